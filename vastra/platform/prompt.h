@@ -1,0 +1,30 @@
+// Modal boxes. A host with a window system installs a prompter of its own; without one the text goes to
+// standard error and the answer is OK.
+#pragma once
+
+#include "vastra/platform/string.h"
+
+namespace vastra {
+
+// Buttons and icon of a box, joined by "|", and its answers.
+constexpr UINT MB_OK = 0x00, MB_OKCANCEL = 0x01, MB_YESNO = 0x04;
+constexpr UINT MB_ICONSTOP = 0x10, MB_ICONQUESTION = 0x20, MB_ICONEXCLAMATION = 0x30;
+constexpr int IDOK = 1, IDCANCEL = 2, IDYES = 6, IDNO = 7;
+
+class VASTRA_API CPrompter {
+ public:
+  virtual ~CPrompter() = default;
+  // Shows a box and returns when the user has answered it. An empty title: the program's name. From any
+  // thread.
+  virtual int Show(const CString& text, const CString& title, UINT type) = 0;
+};
+
+// Installs prompter, which stays the caller's; null brings the default back. Gives what was installed, null
+// for the default. Not while workers run.
+VASTRA_API CPrompter* SetPrompter(CPrompter* prompter);
+
+// Asks the installed prompter.
+VASTRA_API int AfxMessageBox(const CString& text, UINT type);
+VASTRA_API int AfxMessageBox(const CString& text, const CString& title, UINT type);
+
+}  // namespace vastra

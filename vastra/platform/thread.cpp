@@ -1,0 +1,43 @@
+#include "vastra/platform/thread.h"
+
+#include <pthread.h>
+
+#include <new>
+#include <semaphore>
+
+namespace vastra {
+
+struct CWinThread::CGate {
+  std::binary_semaphore open{0};
+};
+
+IMPLEMENT_DYNAMIC(CWinThread, CObject)
+
+CWinThread::CWinThread() : m_gate(std::make_unique<CGate>()) {}
+
+CWinThread::~CWinThread() = default;
+
+void CWinThread::ResumeThread() { m_gate->open.release(); }
+
+void* CWinThread::Main(void* self) {
+  const std::unique_ptr<CWinThread> thread(static_cast<CWinThread*>(self));
+  thread->m_gate->open.acquire();
+  if (thread->InitInstance()) thread->Run();
+  thread->ExitInstance();
+  return nullptr;
+}
+
+CWinThread* AfxBeginThread(const CRuntimeClass& threadClass) try {
+  std::unique_ptr<CObject> object(threadClass.CreateObject());
+  auto* thread = dynamic_cast<CWinThread*>(object.get());
+  if (!thread) return nullptr;
+  pthread_t id = {};
+  if (::pthread_create(&id, nullptr, &CWinThread::Main, thread) != 0) return nullptr;
+  ::pthread_detach(id);
+  object.release();
+  return thread;
+} catch (const std::bad_alloc&) {
+  return nullptr;
+}
+
+}  // namespace vastra

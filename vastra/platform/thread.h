@@ -1,0 +1,93 @@
+// Locks, and threads that are created by class, start suspended and delete themselves.
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+
+#include "vastra/platform/object.h"
+
+namespace vastra {
+
+// A lock that the thread which holds it may take again. A copied owner gets a lock of its own.
+class VASTRA_API CCriticalSection {
+ public:
+  CCriticalSection() = default;
+  CCriticalSection(const CCriticalSection&) {}
+  CCriticalSection& operator=(const CCriticalSection&) { return *this; }
+  void Lock() { m_mutex.lock(); }
+  void Unlock() { m_mutex.unlock(); }
+
+ private:
+  std::recursive_mutex m_mutex;
+};
+
+// Holds a lock, if it was taken, until the end of its scope.
+class VASTRA_API CSingleLock {
+ public:
+  explicit CSingleLock(CCriticalSection* section, bool lockNow = false) : m_section(section) {
+    if (lockNow) Lock();
+  }
+  CSingleLock(const CSingleLock&) = delete;
+  CSingleLock& operator=(const CSingleLock&) = delete;
+  ~CSingleLock() { Unlock(); }
+  void Lock() {
+    m_section->Lock();
+    m_locked = true;
+  }
+  void Unlock() {
+    if (m_locked) m_section->Unlock();
+    m_locked = false;
+  }
+
+ private:
+  CCriticalSection* m_section;
+  bool m_locked = false;
+};
+
+// One thread. Its thread calls InitInstance, Run if that gave non-zero, and ExitInstance, and then deletes
+// the object: nobody touches it after ResumeThread.
+class VASTRA_API CWinThread : public CObject {
+  DECLARE_DYNAMIC(CWinThread)
+ public:
+  ~CWinThread() override;
+  virtual int InitInstance() { return 0; }
+  virtual int Run() { return 0; }
+  virtual int ExitInstance() { return 0; }
+  void ResumeThread();
+
+ protected:
+  CWinThread();
+
+ private:
+  friend VASTRA_API CWinThread* AfxBeginThread(const CRuntimeClass& threadClass);
+  struct CGate;  // where the new thread waits until it is resumed
+  static void* Main(void* thread);
+
+  std::unique_ptr<CGate> m_gate;
+};
+
+// Creates an object of threadClass, which has a default factory, and its thread, suspended. Null if there is
+// no memory or no thread to be had.
+VASTRA_API CWinThread* AfxBeginThread(const CRuntimeClass& threadClass);
+
+// A number that several threads read and change without a lock and without order. A copy takes the present
+// value.
+template <class T>
+class CRelaxed {
+ public:
+  CRelaxed(T value = T()) : m_value(value) {}
+  CRelaxed(const CRelaxed& other) : m_value(other.Get()) {}
+  CRelaxed& operator=(const CRelaxed& other) { return *this = other.Get(); }
+  CRelaxed& operator=(T value) {
+    m_value.store(value, std::memory_order_relaxed);
+    return *this;
+  }
+  T Get() const { return m_value.load(std::memory_order_relaxed); }
+  operator T() const { return Get(); }
+
+ private:
+  std::atomic<T> m_value;
+};
+
+}  // namespace vastra
