@@ -1,0 +1,41 @@
+#include "vastra/stages/chain.h"
+
+namespace vastra {
+namespace {
+
+void Copy(const CStringArray& from, CStringList& to) {
+  for (const CString& text : from) to.AddTail(text);
+}
+
+}  // namespace
+
+CLink* CChain::Open(UINT mode) {
+  const int opened = m_pHead->Open(m_configs, mode);
+  if (!opened) m_pHead.reset();
+  DeleteAll(m_configs);
+  return m_pHead.release();
+}
+
+std::unique_ptr<CFileConfig> BufferConfig(const CStringArray& names) {
+  auto config = std::make_unique<CFileConfig>();
+  config->m_bufferOnly = 1;
+  config->m_varNames = names;
+  return config;
+}
+
+std::unique_ptr<CNameConfig> NameConfig(const CStringArray& names) {
+  auto config = std::make_unique<CNameConfig>();
+  config->m_names = names;
+  return config;
+}
+
+std::unique_ptr<CEquatorConfig> EquatorConfig(const CStringArray& inputs, const CStringArray& equations,
+                                              const CStringArray& outputs) {
+  auto config = std::make_unique<CEquatorConfig>();
+  Copy(inputs, config->m_inputVariables);
+  Copy(equations, config->m_equations);
+  Copy(outputs, config->m_outputVariables);
+  return config;
+}
+
+}  // namespace vastra

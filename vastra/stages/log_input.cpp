@@ -1,0 +1,103 @@
+#include "vastra/stages/log_input.h"
+
+#include "vastra/core/concat_link.h"
+#include "vastra/plc/driver_factory.h"
+#include "vastra/stages/node_chain.h"
+
+namespace vastra {
+namespace {
+
+constexpr int kLinksOfANode = 3;
+
+std::unique_ptr<CFileConfig> ReplayConfig(const CStringList& files) {
+  auto config = std::make_unique<CFileConfig>();
+  for (const CString& file : files) config->m_files.AddTail(file);
+  return config;
+}
+
+std::unique_ptr<CConcatConfig> ConcatConfig() {
+  auto config = std::make_unique<CConcatConfig>();
+  config->m_firstCount = kLinksOfANode;
+  return config;
+}
+
+}  // namespace
+
+IMPLEMENT_DYNCREATE(CInputThread, CWinThread)
+
+int CLogInput::Open() {
+  if (m_open) Close();
+  CChain chain;
+  CFileLink* replay = nullptr;
+  if (m_options.m_simulating)
+    replay = chain.Add(CFileLink::Create(nullptr), "InputFileLink", ReplayConfig(m_options.m_inputFiles));
+  else if (!BuildNodes(chain, 1))
+    return 0;
+  if (m_options.m_preprocess)
+    chain.Add(CEquatorLink::Create(chain.Head()), "InputPreprocessEquatorLink",
+              EquatorConfig({}, m_options.m_preEquations, m_options.m_preNewVars));
+  m_pHeadLink = chain.Open(CLink::modeRead);
+  if (!m_pHeadLink) return 0;
+  m_pFileLink = replay;
+  m_open = 1;
+  return 1;
+}
+
+// From the last node to the first, each around all that was built before and as the first component: so the values
+// come in the order of the nodes.
+int CLogInput::BuildNodes(CChain& chain, int useDriver) const {
+  CDriverFactory& drivers = *CDriverFactory::Instance();
+  for (POSITION pos = m_options.m_plcNodes.GetTailPosition(); pos;) {
+    const CPlcNodeConfig& node = *m_options.m_plcNodes.GetPrev(pos);
+    const int driver = drivers.GetDriverIndex(node.m_driver.plcType);
+    if (driver < 0) continue;
+    std::unique_ptr<CLink> behind = chain.TakeHead();
+    if (!AddNode(chain, node, driver, useDriver)) return 0;
+    if (behind)
+      chain.Add(CConcatLink::Create(chain.Head(), behind.release()), "Concat " + drivers.GetDriverName(driver),
+                ConcatConfig());
+  }
+  return chain.Head() != nullptr;
+}
+
+void CLogInput::Close() {
+  delete m_pHeadLink;
+  m_pHeadLink = nullptr;
+  m_pFileLink = nullptr;
+  m_open = 0;
+}
+
+int CLogInput::Read(CLogSample& sample) {
+  if (!m_open) return 0;
+  if (!m_threaded) return m_pHeadLink->Read(sample);
+  return CInputThread::Start(RUNTIME_CLASS(CInputThread), this, sample, m_notifyWnd, m_notifyMessage);
+}
+
+int CLogInput::Work(CLogSample& sample) { return m_pHeadLink ? m_pHeadLink->Read(sample) : 0; }
+
+int CLogInput::GetVarNames(CStringArray& names) { return m_open ? m_pHeadLink->GetVarNames(names) : 0; }
+
+int CLogInput::PreGetInitialVarNames(CStringArray& names) {
+  if (m_open) return 0;
+  CChain chain;
+  if (m_options.m_simulating)
+    chain.Add(CFileLink::Create(nullptr), "Getting variable names from selected files",
+              ReplayConfig(m_options.m_inputFiles));
+  else if (!BuildNodes(chain, 0))
+    return 0;
+  const std::unique_ptr<CLink> head(chain.Open(CLink::modeRead));
+  return head && head->GetVarNames(names);
+}
+
+int CLogInput::IsFinished() const { return Replay() ? Replay()->Finished() : 0; }
+
+UINT CLogInput::FilesRead() const { return Replay() ? Replay()->GetCurrentFile() : 0; }
+
+UINT CLogInput::TotalFilesToRead() const { return Replay() ? Replay()->GetTotalFiles() : 0; }
+
+float CLogInput::PercentCompleted() const {
+  const UINT total = TotalFilesToRead();
+  return total ? static_cast<float>(FilesRead()) / static_cast<float>(total) : 0.0f;
+}
+
+}  // namespace vastra

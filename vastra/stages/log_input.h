@@ -1,0 +1,68 @@
+// CLogInput: where samples enter. Connected, it reads the PLC nodes of its configuration as one sample; simulating, it
+// replays logs. Preprocessing equations can stand behind either.
+#pragma once
+
+#include "vastra/config/input_config.h"
+#include "vastra/stages/log_facade.h"
+#include "vastra/stages/stage_thread.h"
+
+namespace vastra {
+
+class CChain;
+class CFileLink;
+class CLink;
+class CLogInput;
+
+// Reads one sample while the host's thread goes on.
+class VASTRA_API CInputThread : public CStageThread<CLogInput> {
+  DECLARE_DYNAMIC(CInputThread)
+ public:
+  using CStageThread::Start;
+};
+
+class VASTRA_API CLogInput : public CLogFacade {
+ public:
+  CLogInput() = default;
+  ~CLogInput() override { Close(); }
+
+  // Builds and opens the chain; an open stage closes first. 0: a link failed and has told, or there is no node whose
+  // driver is known, which nobody tells. A node with an unknown driver is left out, with its variables.
+  int Open();
+  void Close();
+
+  // One sample: 1, or 0 on a closed stage, on a failure and at the end of a replay. With a worker (SetCallBack) it only
+  // starts the reading; sample is left alone until the message has come.
+  int Read(CLogSample& sample);
+  int PartialWrite(CLogSample&) { return 0; }  // keeps its place in the interface, does nothing
+
+  // The names of the samples, in value order; 0 on a closed stage.
+  int GetVarNames(CStringArray& names);
+  // The names in front of the preprocessing, from a closed stage and without contacting a PLC; 0 on an open one.
+  int PreGetInitialVarNames(CStringArray& names);
+
+  // Milliseconds from scan to scan; 0: as fast as possible.
+  UINT GetScanPeriod() const { return m_options.m_asFastAsPossible ? 0 : m_options.m_scanPeriod; }
+  int GetAutoStart() const { return m_options.m_autoStart != 0; }
+
+  // Progress of a replay; all 0 on a closed stage and without a replay.
+  int IsFinished() const;
+  UINT FilesRead() const;
+  UINT TotalFilesToRead() const;
+  float PercentCompleted() const;  // a fraction, from 0.0 to below 1.0
+
+  CInputConfig* GetOptions() { return &m_options; }
+  void ClearConfiguration() { m_options.Clear(); }
+
+ private:
+  friend class CStageThread<CLogInput>;
+  int Work(CLogSample& sample);
+
+  int BuildNodes(CChain& chain, int useDriver) const;
+  const CFileLink* Replay() const { return m_open && m_options.m_simulating ? m_pFileLink : nullptr; }
+
+  CLink* m_pHeadLink = nullptr;      // outermost link, owned
+  CFileLink* m_pFileLink = nullptr;  // the link that replays, in the chain
+  CInputConfig m_options;
+};
+
+}  // namespace vastra

@@ -1,0 +1,34 @@
+#include "vastra/stages/log_multi_output.h"
+
+#include "vastra/stages/single_stages.h"
+
+namespace vastra {
+
+int CLogMultiOutput::Open(CStringArray& names) {
+  if (m_open) Close();
+  m_open = OpenSingles(m_outputs, m_options.m_outputs, names);
+  return m_open;
+}
+
+int CLogMultiOutput::Write(CLogSample& sample) {
+  if (!m_open) return 0;
+  for (CLogSingleOutput* output : m_outputs) {
+    if (!output->Verify(sample)) return 0;
+    if (output->RestartLog()) output->Restart();
+    if (output->WriteToLog() && !output->Write(sample)) return 0;
+  }
+  return 1;
+}
+
+int CLogMultiOutput::Restart() {
+  if (!m_open) return 0;
+  for (CLogSingleOutput* output : m_outputs) output->Restart();
+  return 1;
+}
+
+void CLogMultiOutput::Close() {
+  CloseSingles(m_outputs);
+  m_open = 0;
+}
+
+}  // namespace vastra

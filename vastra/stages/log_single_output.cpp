@@ -1,0 +1,64 @@
+#include "vastra/stages/log_single_output.h"
+
+#include "vastra/core/mapper_link.h"
+#include "vastra/stages/chain.h"
+
+namespace vastra {
+namespace {
+
+std::unique_ptr<CFileConfig> LogConfig(const COutputConfig& options) {
+  auto config = std::make_unique<CFileConfig>();
+  config->m_extension = ".rph";
+  config->m_directory = options.m_directory;
+  config->m_varNames = options.m_varNames;
+  config->m_saveRp = options.m_saveRp;
+  config->m_saveCsv = options.m_saveCsv;
+  config->m_maxLogs = options.m_maxLogs;
+  config->m_maxSamples = options.m_maxSamples;
+  config->m_nameVariable = options.m_nameVariable;
+  config->m_dwordName = options.m_dwordName;
+  config->m_prefix = options.m_prefix;
+  config->m_usePrefix = options.m_usePrefix;
+  return config;
+}
+
+}  // namespace
+
+int CLogSingleOutput::Open(CStringArray& names) {
+  if (m_open) Close();
+  m_enable.GetOptions()->m_equations = m_options.m_enableEquations;
+  if (!m_enable.Open(names)) return 0;
+  if (WritesFiles()) {
+    CChain chain;
+    CFileLink* file = chain.Add(CFileLink::Create(nullptr), "OutputFileLink", LogConfig(m_options));
+    // Without a mapper repeated names keep their own values, and a log of all variables costs one copy of the sample.
+    if (!(names == m_options.m_varNames))
+      chain.Add(CMapperLink::Create(chain.Head()), "OutputMapperLink", NameConfig(names));
+    m_pHeadLink = chain.Open(CLink::modeWrite);
+    if (!m_pHeadLink) return 0;
+    m_pFileLink = file;
+  }
+  m_open = 1;
+  return 1;
+}
+
+void CLogSingleOutput::Close() {
+  if (m_pFileLink) Restart();
+  m_enable.Close();
+  delete m_pHeadLink;
+  m_pHeadLink = nullptr;
+  m_pFileLink = nullptr;
+  m_open = 0;
+}
+
+int CLogSingleOutput::Restart() {
+  if (!m_open) return 0;
+  return m_pFileLink ? m_pFileLink->Flush() : 1;
+}
+
+int CLogSingleOutput::Write(CLogSample& sample) {
+  if (!m_open) return 0;
+  return m_pHeadLink ? m_pHeadLink->Write(sample) : 1;
+}
+
+}  // namespace vastra

@@ -1,0 +1,41 @@
+// CLogSingleOutput: one log output. Its enable equations decide on each sample whether the log takes it and whether the
+// log starts anew; its chain selects and orders the log's variables and writes the files.
+#pragma once
+
+#include "vastra/config/output_config.h"
+#include "vastra/stages/single_enable.h"
+
+namespace vastra {
+
+class VASTRA_API CLogSingleOutput : public CLogFacade {
+ public:
+  CLogSingleOutput() = default;
+  ~CLogSingleOutput() override { Close(); }
+
+  // names are those of the samples to come. 1, or 0 with the output closed; the enable object may then be open until
+  // the next Open or Close. An output that writes no files runs its equations and nothing else.
+  int Open(CStringArray& names);
+  // Writes what was gathered as a last, shorter log.
+  void Close();
+
+  // All 0 on a closed output.
+  int Verify(CLogSample& sample) { return m_open ? m_enable.Verify(sample) : 0; }
+  int RestartLog() { return m_open ? m_enable.RestartLog() : 0; }
+  int WriteToLog() { return m_open ? m_enable.WriteToLog() : 0; }
+  // Ends the log that is being gathered and writes it.
+  int Restart();
+  // Hands sample to the log. 0: not taken, or the log that it completed could not be saved.
+  int Write(CLogSample& sample);
+
+  COutputConfig* GetOptions() { return &m_options; }
+
+ private:
+  bool WritesFiles() const { return m_options.m_saveRp || m_options.m_saveCsv; }
+
+  CLink* m_pHeadLink = nullptr;  // outermost link, owned; null if no files are written
+  COutputConfig m_options;
+  CFileLink* m_pFileLink = nullptr;  // in the chain
+  CLogSingleEnable m_enable;
+};
+
+}  // namespace vastra

@@ -1,0 +1,15 @@
+// The links of one PLC node, the same for reading and for writing.
+#pragma once
+
+#include "vastra/config/plc_node_config.h"
+#include "vastra/stages/chain.h"
+
+namespace vastra {
+
+// Adds the links of node to a chain without a head: the driver's link, a namer, a scaler.
+// driver     index of the node's driver in CDriverFactory
+// useDriver  0: the chain is only asked for its names and no PLC is contacted
+// 1, or 0 if the driver's module does not load.
+int AddNode(CChain& chain, const CPlcNodeConfig& node, int driver, int useDriver);
+
+}  // namespace vastra

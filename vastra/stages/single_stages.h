@@ -1,0 +1,29 @@
+// What a stage does that holds a list of single stages, one for each entry of its configuration.
+#pragma once
+
+#include "vastra/platform/list.h"
+
+namespace vastra {
+
+// Makes a Single for each of configs, first to last, with a copy of it as its options, and opens them in that order.
+// 1, or 0 with an empty list: those already open are closed by their destruction.
+template <class Single, class Config>
+int OpenSingles(CList<Single*, Single*>& singles, const CList<Config*, Config*>& configs, CStringArray& names) {
+  DeleteAll(singles);
+  for (const Config* config : configs) {
+    singles.AddTail(new Single);
+    *singles.GetTail()->GetOptions() = *config;
+  }
+  for (Single* single : singles)
+    if (!single->Open(names)) return DeleteAll(singles), 0;
+  return 1;
+}
+
+// Closes all, first to last, and then deletes them.
+template <class Single>
+void CloseSingles(CList<Single*, Single*>& singles) {
+  for (Single* single : singles) single->Close();
+  DeleteAll(singles);
+}
+
+}  // namespace vastra
