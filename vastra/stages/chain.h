@@ -1,5 +1,5 @@
-// CChain: a chain of links while a stage builds it, from its leaf outwards, with the configurations that its Open
-// takes. What has not been handed over when it goes is deleted with it.
+// CChain: a chain of links while a stage builds it, from its leaf outwards, with the configurations that its
+// Open takes. What has not been handed over when it goes is deleted with it.
 #pragma once
 
 #include <memory>
@@ -13,8 +13,8 @@ namespace vastra {
 
 class CChain {
  public:
-  // Makes link, which stands on what Head gave, the new head. Its configuration goes in front of those of the links
-  // inside it. Gives link.
+  // Makes link, which stands on what Head gave, the new head. Its configuration goes in front of those of the
+  // links inside it. Gives link.
   template <class Link>
   Link* Add(Link* link, const CString& name, std::unique_ptr<CLinkConfig> config) {
     link->m_name = name;
@@ -28,8 +28,8 @@ class CChain {
   // Gives the head away, so that a second branch can be built; its configurations stay.
   std::unique_ptr<CLink> TakeHead() { return std::move(m_pHead); }
 
-  // Opens the chain and gives it to the caller. On failure deletes it and gives null. Either way nothing is left of the
-  // configurations.
+  // Opens the chain and gives it to the caller. On failure deletes it and gives null. Either way nothing is
+  // left of the configurations.
   CLink* Open(UINT mode);
 
  private:

@@ -43,8 +43,8 @@ int CLogInput::Open() {
   return 1;
 }
 
-// From the last node to the first, each around all that was built before and as the first component: so the values
-// come in the order of the nodes.
+// From the last node to the first, each around all that was built before and as the first component: so the
+// values come in the order of the nodes.
 int CLogInput::BuildNodes(CChain& chain, int useDriver) const {
   CDriverFactory& drivers = *CDriverFactory::Instance();
   for (POSITION pos = m_options.m_plcNodes.GetTailPosition(); pos;) {
@@ -54,8 +54,8 @@ int CLogInput::BuildNodes(CChain& chain, int useDriver) const {
     std::unique_ptr<CLink> behind = chain.TakeHead();
     if (!AddNode(chain, node, driver, useDriver)) return 0;
     if (behind)
-      chain.Add(CConcatLink::Create(chain.Head(), behind.release()), "Concat " + drivers.GetDriverName(driver),
-                ConcatConfig());
+      chain.Add(CConcatLink::Create(chain.Head(), behind.release()),
+                "Concat " + drivers.GetDriverName(driver), ConcatConfig());
   }
   return chain.Head() != nullptr;
 }

@@ -1,5 +1,5 @@
-// CLogInput: where samples enter. Connected, it reads the PLC nodes of its configuration as one sample; simulating, it
-// replays logs. Preprocessing equations can stand behind either.
+// CLogInput: where samples enter. Connected, it reads the PLC nodes of its configuration as one sample;
+// simulating, it replays logs. Preprocessing equations can stand behind either.
 #pragma once
 
 #include "vastra/config/input_config.h"
@@ -25,19 +25,21 @@ class VASTRA_API CLogInput : public CLogFacade {
   CLogInput() = default;
   ~CLogInput() override { Close(); }
 
-  // Builds and opens the chain; an open stage closes first. 0: a link failed and has told, or there is no node whose
-  // driver is known, which nobody tells. A node with an unknown driver is left out, with its variables.
+  // Builds and opens the chain; an open stage closes first. 0: a link failed and has told, or there is no
+  // node whose driver is known, which nobody tells. A node with an unknown driver is left out, with its
+  // variables.
   int Open();
   void Close();
 
-  // One sample: 1, or 0 on a closed stage, on a failure and at the end of a replay. With a worker (SetCallBack) it only
-  // starts the reading; sample is left alone until the message has come.
+  // One sample: 1, or 0 on a closed stage, on a failure and at the end of a replay. With a worker
+  // (SetCallBack) it only starts the reading; sample is left alone until the message has come.
   int Read(CLogSample& sample);
   int PartialWrite(CLogSample&) { return 0; }  // keeps its place in the interface, does nothing
 
   // The names of the samples, in value order; 0 on a closed stage.
   int GetVarNames(CStringArray& names);
-  // The names in front of the preprocessing, from a closed stage and without contacting a PLC; 0 on an open one.
+  // The names in front of the preprocessing, from a closed stage and without contacting a PLC; 0 on an open
+  // one.
   int PreGetInitialVarNames(CStringArray& names);
 
   // Milliseconds from scan to scan; 0: as fast as possible.

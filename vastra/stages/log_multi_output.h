@@ -1,5 +1,5 @@
-// CLogMultiOutput: the stage that the host writes samples to for logging, with one CLogSingleOutput for each configured
-// output.
+// CLogMultiOutput: the stage that the host writes samples to for logging, with one CLogSingleOutput for each
+// configured output.
 #pragma once
 
 #include "vastra/stages/log_single_output.h"
@@ -13,8 +13,8 @@ class VASTRA_API CLogMultiOutput : public CLogFacade {
 
   // names are those of the samples to come. On 0 no output is left and the stage is closed.
   int Open(CStringArray& names);
-  // Each output, first to last: its equations run, then its log restarts if they say so, then takes the sample if they
-  // say so. The first output that fails ends the pass: those behind it do not see the sample.
+  // Each output, first to last: its equations run, then its log restarts if they say so, then takes the
+  // sample if they say so. The first output that fails ends the pass: those behind it do not see the sample.
   int Write(CLogSample& sample);
   // Ends the current log of every output, whatever comes of it; 0 on a closed stage.
   int Restart();

@@ -1,5 +1,5 @@
-// CLogSingleOutput: one log output. Its enable equations decide on each sample whether the log takes it and whether the
-// log starts anew; its chain selects and orders the log's variables and writes the files.
+// CLogSingleOutput: one log output. Its enable equations decide on each sample whether the log takes it and
+// whether the log starts anew; its chain selects and orders the log's variables and writes the files.
 #pragma once
 
 #include "vastra/config/output_config.h"
@@ -12,8 +12,8 @@ class VASTRA_API CLogSingleOutput : public CLogFacade {
   CLogSingleOutput() = default;
   ~CLogSingleOutput() override { Close(); }
 
-  // names are those of the samples to come. 1, or 0 with the output closed; the enable object may then be open until
-  // the next Open or Close. An output that writes no files runs its equations and nothing else.
+  // names are those of the samples to come. 1, or 0 with the output closed; the enable object may then be
+  // open until the next Open or Close. An output that writes no files runs its equations and nothing else.
   int Open(CStringArray& names);
   // Writes what was gathered as a last, shorter log.
   void Close();

@@ -1,6 +1,6 @@
-// The enable equations of one log output (and of one summary): on each sample they compute three flags that lie in a
-// buffer link until they are asked for. A flag counts as set if its value, cut to an integer towards zero, is not 0:
-// 0.9 is not set, -1.0 is.
+// The enable equations of one log output (and of one summary): on each sample they compute three flags that
+// lie in a buffer link until they are asked for. A flag counts as set if its value, cut to an integer towards
+// zero, is not 0: 0.9 is not set, -1.0 is.
 #pragma once
 
 #include "vastra/config/enable_config.h"
@@ -26,8 +26,8 @@ class VASTRA_API CSingleEnable : public CLogFacade {
  protected:
   // flags are the names of the three flags.
   explicit CSingleEnable(const char* const (&flags)[3]) : m_flags(flags) {}
-  // The flag at place, as an integer, as the last sample made it; 0 on a closed object and before the first sample.
-  // Each question reads the buffer link, which leaves its lines in the console's trace.
+  // The flag at place, as an integer, as the last sample made it; 0 on a closed object and before the first
+  // sample. Each question reads the buffer link, which leaves its lines in the console's trace.
   int Flag(int place);
 
  private:

@@ -5,10 +5,11 @@
 
 namespace vastra {
 
-// Makes a Single for each of configs, first to last, with a copy of it as its options, and opens them in that order.
-// 1, or 0 with an empty list: those already open are closed by their destruction.
+// Makes a Single for each of configs, first to last, with a copy of it as its options, and opens them in that
+// order. 1, or 0 with an empty list: those already open are closed by their destruction.
 template <class Single, class Config>
-int OpenSingles(CList<Single*, Single*>& singles, const CList<Config*, Config*>& configs, CStringArray& names) {
+int OpenSingles(CList<Single*, Single*>& singles, const CList<Config*, Config*>& configs,
+                CStringArray& names) {
   DeleteAll(singles);
   for (const Config* config : configs) {
     singles.AddTail(new Single);

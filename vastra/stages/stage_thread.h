@@ -1,5 +1,5 @@
-// The workers: a thread that does one operation of a stage on one sample, posts the result and ends. The lock order is
-// the stage's lock, then the sample's; both are free again when the message is posted.
+// The workers: a thread that does one operation of a stage on one sample, posts the result and ends. The lock
+// order is the stage's lock, then the sample's; both are free again when the message is posted.
 #pragma once
 
 #include "vastra/core/sample.h"
@@ -31,9 +31,10 @@ class CStageThread : public CWinThread {
   UINT m_notifyMessage = 0;
 
  protected:
-  // Starts a worker for sample: 1, or 0 if there is no thread to be had. The result of the operation comes with the
-  // message.
-  static int Start(const CRuntimeClass& threadClass, Stage* stage, CLogSample& sample, HWND wnd, UINT message) {
+  // Starts a worker for sample: 1, or 0 if there is no thread to be had. The result of the operation comes
+  // with the message.
+  static int Start(const CRuntimeClass& threadClass, Stage* stage, CLogSample& sample, HWND wnd,
+                   UINT message) {
     auto* thread = static_cast<CStageThread*>(AfxBeginThread(threadClass));
     if (!thread) return 0;
     thread->m_pStage = stage;

@@ -1,0 +1,94 @@
+// CScanLoop: the loop of a host over the stages, cut into steps. It opens the stages, says when the next scan
+// is due, makes one scan when told to, and closes the stages in the order in which they were opened. It never
+// waits itself: a command line host sleeps between the steps, a desktop lets its event loop pace them.
+//
+//   loop.Start();
+//   while (loop.IsRunning()) {
+//     if (loop.IsPending()) wait for a message of a worker, then loop.Notify(message, result);
+//     else wait until loop.NextDue(), then loop.Step();
+//   }                      // loop.Stop() at any time, then go on until IsRunning is false
+//
+// The scans lie on a fixed raster of the period from the start on, on a monotonic clock, so that they do not
+// drift. A scan that comes due while another is under way is skipped and counted as late.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+
+#include "host/common/configuration.h"
+#include "vastra/stages/log_input.h"
+#include "vastra/stages/log_multi_output.h"
+
+namespace vastra {
+
+// What became of the scans so far.
+struct CScanCounts {
+  std::uint64_t read = 0;         // samples
+  std::uint64_t failedReads = 0;  // the read that finds the end of a replay is none
+  std::uint64_t late = 0;
+  std::uint64_t failedOutputs = 0;  // samples that the log outputs refused
+};
+
+class CScanLoop {
+ public:
+  using Time = std::chrono::steady_clock::time_point;
+  using Period = std::chrono::milliseconds;
+
+  struct COptions {
+    bool threaded = false;    // a worker reads, and posts to target
+    std::int64_t scans = -1;  // end after so many, failed reads counted; below 0: no limit
+    Period period{-1};        // 0: as fast as possible; below 0: the configuration's
+    HWND target = nullptr;    // where workers post their messages, which the host hands to Notify
+    std::function<Time()> now = std::chrono::steady_clock::now;
+  };
+
+  // How long the loop rests after a failed read where nothing else paces it.
+  static constexpr Period kRest{100};
+  // The message of the worker that reads.
+  static constexpr UINT messageRead = 1;
+
+  CScanLoop(const CConfiguration& configuration, COptions options);
+
+  // Opens the stages, input first; the first scan is due at once. 1, or 0 with all closed again; FailedStage
+  // then tells which one refused, by its key in a configuration.
+  int Start();
+  const char* FailedStage() const { return m_failedStage; }
+
+  bool IsRunning() const { return m_state != EState::closed; }
+  bool IsPending() const { return m_state == EState::reading; }
+  // When the next scan is due, or has been; only while running and not pending.
+  Time NextDue() const { return m_due; }
+
+  // Makes a scan: the whole of it, or up to the start of its worker.
+  void Step();
+  // Takes the message of a worker and goes on with its scan; a message that nobody waits for is dropped.
+  void Notify(UINT message, WPARAM result);
+  // Ends the loop: at once, or when the worker under way has reported.
+  void Stop();
+
+  const CScanCounts& Counts() const { return m_counts; }
+  const CLogInput& Input() const { return m_input; }
+  const CLogMultiOutput& Outputs() const { return m_outputs; }
+
+ private:
+  enum class EState { closed, idle, reading };
+
+  void HaveRead(bool succeeded);
+  void Distribute();
+  void EndScan(bool succeeded);
+  void Schedule(bool succeeded);
+  void Close();
+
+  COptions m_options;
+  CLogInput m_input;
+  CLogMultiOutput m_outputs;
+  CLogSample m_sample;
+  EState m_state = EState::closed;
+  bool m_stopping = false;
+  const char* m_failedStage = nullptr;
+  Time m_due{};
+  CScanCounts m_counts;
+};
+
+}  // namespace vastra
