@@ -1,0 +1,33 @@
+// How this side calls into a driver module. A driver is to be plain C; one that is not may throw, and that
+// ends here.
+#pragma once
+
+#include "vastra/platform/module.h"
+#include "vastra/plc/driver_api.h"
+
+namespace vastra {
+
+// What call gives, or ifThrown if it throws.
+template <class Result, class Call>
+Result AskDriver(Result ifThrown, const Call& call) {
+  try {
+    return call();
+  } catch (...) {
+    return ifThrown;
+  }
+}
+
+// Fills header from module's GetDriverHeader. False, with header untouched, if there is none.
+inline bool AskHeader(HMODULE module, DriverHeader& header) {
+  const auto ask = reinterpret_cast<decltype(&GetDriverHeader)>(FindExport(module, "GetDriverHeader"));
+  return ask && AskDriver(false, [&] { return header = ask(), true; });
+}
+
+// The version of the driver interface that module was written for.
+inline int AskVersion(HMODULE module) {
+  const auto ask =
+      reinterpret_cast<decltype(&GetDriverApiVersion)>(FindExport(module, "GetDriverApiVersion"));
+  return ask ? AskDriver(1, ask) : 1;
+}
+
+}  // namespace vastra

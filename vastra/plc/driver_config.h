@@ -1,0 +1,34 @@
+// DriverConfig: the settings of one PLC node, as the engine keeps, stores and shows them. Its driver alone
+// gives most of them a meaning; the engine reads only plcType and variableCount.
+#pragma once
+
+#include "vastra/platform/string.h"
+#include "vastra/plc/driver_api.h"
+
+namespace vastra {
+
+struct VASTRA_API DriverConfig {
+  int cardNumber = 0;
+  int timeOut = 0;
+  int station = 0;
+  int registerAddress = 0;
+  int registerAddressExt = 0;
+  int plcNodeAddress = 0;
+  UINT variableCount = 0;  // number of values of the node
+  int plcType = 0;         // the driver's ID
+  int openState = 0;
+  CString text1;
+  CString text2;
+  int value1 = 0;
+  int value2 = 0;
+  int value3 = 0;
+  int value4 = 0;
+  int value5 = 0;
+};
+
+// The form in which a driver gets the settings. Its texts are those of config, which has to outlive it.
+VASTRA_API DriverRecord ToRecord(const DriverConfig& config);
+// A copy of what a driver gave; null texts count as empty.
+VASTRA_API DriverConfig FromRecord(const DriverRecord& record);
+
+}  // namespace vastra

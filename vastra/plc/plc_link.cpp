@@ -1,0 +1,187 @@
+#include "vastra/plc/plc_link.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "vastra/platform/prompt.h"
+#include "vastra/plc/driver_call.h"
+
+namespace vastra {
+
+IMPLEMENT_DYNAMIC(CPlcLinkConfig, CLinkConfig)
+
+namespace {
+
+const CString kTypeName = "CPlcLink";
+constexpr DriverFunctions kOffersNothing = {};
+constexpr int kVersionWithClose = 2;
+constexpr int kConfigUnknown = 100;  // openState of a record that no driver gave
+constexpr int kThrew = 0;            // a status that no driver has: counts as unknown
+
+// More than any node has names for. Far below what a system that promises memory it does not have would hand
+// out, and far above it a wrong count in a configuration.
+constexpr UINT kMostValues = 1u << 24;
+
+constexpr CFault kNoVariables = {severityFatal, "Plc has no variables."};
+constexpr CFault kNoOpen = {severityFatal, "Couldn't open driver."};
+constexpr CFault kNoBuffer = {severityFatal, "Couldn't allocate memory."};
+constexpr CFault kNoRead = {severityFatal, "Read function not found in driver."};
+constexpr CFault kNoWrite = {severityFatal, "Write function not found in driver."};
+constexpr CFault kShortSample = {severityError, "Sample is not valid."};
+constexpr CFault kUnknownInOpen = {severityFatal, "Unknown error."};
+constexpr CFault kUnknown = {severityError, "Unknown error."};
+
+// How a status is reported: by Read and Write, and by Open. The words of the driver, where it has any, take
+// the place of those here.
+struct CStatusRow {
+  int status;
+  CFault transfer;
+  CFault open;
+  const char* (*DriverFunctions::*words)(int handle);
+};
+constexpr CStatusRow kStatusRows[] = {
+    {statusNoMemory, {severityFatal, "No memory."}, {severityFatal, "Not enough memory."}, nullptr},
+    {statusExtendedError,
+     {severityError, "Extended error."},
+     {severityFatal, "Extended error."},
+     &DriverFunctions::GetExtendedError},
+    {statusNotOpened, {severityFatal, "Driver is not opened."}, kUnknownInOpen, nullptr},
+    {statusInvalidFrame, {severityError, "Invalid frame."}, kUnknownInOpen, nullptr},
+    {statusTimeout, {severityError, "Timeout error."}, kUnknownInOpen, nullptr},
+    {statusInvalidMode, kUnknown, {severityFatal, "Invalid mode."}, nullptr},
+    {statusReplyError,
+     {severityError, "Reply error."},
+     {severityFatal, "Reply error."},
+     &DriverFunctions::GetReplyError},
+};
+constexpr CStatusRow kOtherStatus = {0, kUnknown, kUnknownInOpen, nullptr};
+
+const CStatusRow& RowOf(int status) {
+  const auto row = std::find_if(std::begin(kStatusRows), std::end(kStatusRows),
+                                [status](const CStatusRow& candidate) { return candidate.status == status; });
+  return row == std::end(kStatusRows) ? kOtherStatus : *row;
+}
+
+int DriverMode(UINT mode) {
+  if (mode == CLink::modeRead) return driverModeRead;
+  return mode == CLink::modeWrite ? driverModeWrite : driverModeOther;
+}
+
+}  // namespace
+
+CPlcLink::CPlcLink(HMODULE module) : CLink(kTypeName), m_module(module), m_version(AskVersion(module)) {
+  AskHeader(module, m_header);
+  m_functions = m_header.functions ? m_header.functions : &kOffersNothing;
+}
+
+CPlcLink::~CPlcLink() {
+  CPlcLink::Close();
+  FreeModule(m_module);
+}
+
+int CPlcLink::Open(CTypedPtrList<CObList, CLinkConfig*>& configs, UINT mode) {
+  BeginOpen();
+  Release();  // a driver may have taken a mode under which a link does not count as open
+  const std::unique_ptr<CLinkConfig> taken =
+      TakeConfig(configs, RUNTIME_CLASS(CPlcLinkConfig), fault::noConfig);
+  if (!taken) return 0;
+  const auto& config = static_cast<const CPlcLinkConfig&>(*taken);
+  if (config.m_config.variableCount == 0) return Fail(functionOpen, kNoVariables);
+  m_count = config.m_config.variableCount;
+  if (config.m_useDriver && !OpenDriver(config.m_config, mode)) return 0;
+  m_mode = mode;
+  return End(functionOpen);
+}
+
+int CPlcLink::OpenDriver(const DriverConfig& config, UINT mode) {
+  if (!m_functions->Open) return Fail(functionOpen, kNoOpen);
+  m_given = config;
+  m_given.openState = 0;
+  const int status =
+      AskDriver(kThrew, [&] { return m_functions->Open(ToRecord(m_given), DriverMode(mode), &m_handle); });
+  if (status != statusOk) {
+    FailStatus(functionOpen, status);
+    m_handle = -1;
+    return 0;
+  }
+  if (m_count <= kMostValues) m_buffer.reset(static_cast<float*>(std::calloc(m_count, sizeof(float))));
+  if (m_buffer) return 1;
+  CloseDriver();
+  return Fail(functionOpen, kNoBuffer);
+}
+
+void CPlcLink::CloseDriver() {
+  if (m_version >= kVersionWithClose && m_functions->Close)
+    AskDriver(0, [&] { return m_functions->Close(m_handle), 0; });
+  m_handle = -1;
+}
+
+void CPlcLink::Release() {
+  if (m_buffer) CloseDriver();
+  m_buffer.reset();
+}
+
+void CPlcLink::Close() {
+  Begin(functionClose);
+  Release();
+  m_mode = modeNotOpened;
+  End(functionClose);
+}
+
+int CPlcLink::BeginTransfer(char function) const {
+  Begin(function);
+  return m_mode != modeNotOpened && m_buffer ? 1 : Fail(function, fault::notOpened);
+}
+
+int CPlcLink::Read(CLogSample& sample) {
+  if (!BeginTransfer(functionRead)) return 0;
+  if (!m_functions->Read) return Fail(functionRead, kNoRead);
+  const int count = static_cast<int>(m_count);
+  const int status = AskDriver(kThrew, [&] { return m_functions->Read(m_buffer.get(), count, m_handle); });
+  if (status != statusOk) return FailStatus(functionRead, status);
+  sample.m_values.SetSize(count);
+  std::copy_n(m_buffer.get(), count, sample.m_values.GetData());
+  _ftime(sample.m_time);
+  return End(functionRead);
+}
+
+int CPlcLink::Write(CLogSample& sample) {
+  if (!BeginTransfer(functionWrite)) return 0;
+  const int count = static_cast<int>(m_count);
+  if (sample.m_values.GetSize() < count) return Fail(functionWrite, kShortSample);
+  std::copy_n(sample.m_values.GetData(), count, m_buffer.get());
+  if (!m_functions->Write) return Fail(functionWrite, kNoWrite);
+  const int status = AskDriver(kThrew, [&] { return m_functions->Write(m_buffer.get(), count, m_handle); });
+  return status == statusOk ? End(functionWrite) : FailStatus(functionWrite, status);
+}
+
+int CPlcLink::FailStatus(char function, int status) const {
+  const CStatusRow& row = RowOf(status);
+  CFault failure = function == functionOpen ? row.open : row.transfer;
+  if (row.words && m_functions->*row.words) {
+    const char* text = AskDriver<const char*>(nullptr, [&] { return (m_functions->*row.words)(m_handle); });
+    if (text) failure.text = text;
+  }
+  return Fail(function, failure);
+}
+
+int CPlcLink::ShowConfig(int isNew) {
+  if (!m_functions->ShowConfig) return IDCANCEL;
+  return AskDriver(0, [&] { return m_functions->ShowConfig(isNew); }) == 1 ? IDOK : IDCANCEL;
+}
+
+DriverConfig CPlcLink::GetConfig() {
+  DriverConfig none;
+  none.openState = kConfigUnknown;
+  if (!m_functions->GetConfig) return none;
+  return AskDriver(none, [&] { return FromRecord(m_functions->GetConfig()); });
+}
+
+int CPlcLink::SetConfig(DriverConfig config) {
+  if (!m_functions->SetConfig) return -1;
+  m_given = std::move(config);
+  AskDriver(0, [&] { return m_functions->SetConfig(ToRecord(m_given)), 0; });
+  return 0;
+}
+
+}  // namespace vastra
