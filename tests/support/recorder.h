@@ -1,0 +1,59 @@
+// CRecorder: the messenger of the tests. It keeps every line that a link sends, filtered ones too, as
+//
+//   function severity name text       "Read Error Not named Could not read component."
+//
+// with the words of the message lines and without text for Begin and End. It shows nothing and asks nothing.
+#pragma once
+
+#include <iterator>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "vastra/core/link.h"
+
+namespace vastra {
+
+// Installs itself; stands in front of the links of a test, which it must outlive.
+class CRecorder : public CMessenger {
+ public:
+  CRecorder() { CLink::SetMessenger(this); }
+  ~CRecorder() override { CLink::SetMessenger(nullptr); }
+
+  void Send(const char*, const char* name, char function, char severity, const char* text) override {
+    static constexpr const char* kFunctions[] = {
+        "Open",        "Close",       "Read",       "Write", "Get Variable Names",
+        "Communicate", "Constructor", "Destructor", "Flush", "PartialFlush"};
+    static constexpr const char* kSeverities[] = {"Fatal", "Error", "Warning", "Notice", "Begin", "End"};
+    std::string line = std::string(kFunctions[std::size_t(function)]) + " " +
+                       kSeverities[std::size_t(severity)] + " " + name;
+    if (text) line += std::string(" ") + text;
+    const std::lock_guard lock(m_mutex);
+    m_lines.push_back({severity, line});
+  }
+
+  // The lines since the last call of one of the two, each with a line end: all of them, or those that are
+  // neither Begin nor End.
+  std::string Take() { return Join(severityEnd); }
+  std::string TakeFaults() { return Join(severityNotice); }
+
+ private:
+  struct CLine {
+    char severity;
+    std::string text;
+  };
+
+  std::string Join(char last) {
+    const std::lock_guard lock(m_mutex);
+    std::string all;
+    for (const CLine& line : m_lines)
+      if (line.severity <= last) all += line.text + "\n";
+    m_lines.clear();
+    return all;
+  }
+
+  std::mutex m_mutex;
+  std::vector<CLine> m_lines;
+};
+
+}  // namespace vastra
