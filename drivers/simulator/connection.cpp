@@ -1,0 +1,71 @@
+#include "connection.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <span>
+#include <utility>
+
+namespace simulator {
+
+CConnection::CConnection(CSettings settings) : m_settings(std::move(settings)) { Connect(); }
+
+void CConnection::Connect() {
+  m_station = m_settings.station > 0 ? &CStation::At(m_settings.station) : nullptr;
+  m_connected = true;
+}
+
+// What every call begins with, and the pattern for a driver of a real PLC. A connection that breaks makes its
+// call fail; the engine only calls again with the same handle, so the next call connects anew before it does
+// its work.
+int CConnection::BeginCall() {
+  if (!m_connected) Connect();
+  ++m_calls;
+  if (m_settings.failEvery == 0 || m_calls % m_settings.failEvery != 0) return statusOk;
+  m_connected = false;
+  return m_settings.failStatus;
+}
+
+int CConnection::Read(float* values, int count) {
+  ++m_reads;  // a read that fails leaves a gap in the counter
+  const int status = BeginCall();
+  if (!m_connected) return status;
+  if (!m_station)
+    FillWaveforms(values, count);
+  else if (HasRegisters(count))
+    m_station->Read(m_settings.firstRegister, values, count);
+  else
+    return statusInvalidFrame;
+  return statusOk;
+}
+
+int CConnection::Write(const float* values, int count) {
+  const int status = BeginCall();
+  if (!m_connected) return status;
+  if (!m_station) return statusOk;  // there is nothing to keep the values
+  if (!HasRegisters(count)) return statusInvalidFrame;
+  m_station->Write(m_settings.firstRegister, values, count);
+  return statusOk;
+}
+
+void CConnection::FillWaveforms(float* values, int count) const {
+  const std::chrono::nanoseconds elapsed = std::chrono::steady_clock::now() - m_opened;
+  const double phase = static_cast<double>((elapsed % m_settings.period).count()) /
+                       static_cast<double>(m_settings.period.count());
+  const CMoment moment = {phase, m_settings.amplitude, m_reads, m_settings.seed};
+  const std::span<float> all(values, static_cast<std::size_t>(count));
+  const std::size_t step = m_settings.waveforms.size();
+  for (std::size_t first = 0; first < std::min(step, all.size()); ++first) {
+    const CWaveform& waveform = *m_settings.waveforms[first];
+    const float value = waveform.at(moment, first);
+    for (std::size_t i = first; i < all.size(); i += step)
+      all[i] = waveform.perValue ? waveform.at(moment, i) : value;
+  }
+}
+
+const char* CConnection::LastError() {
+  std::snprintf(m_error, sizeof m_error, "Simulator: call %llu fails, as value4 = %u asks.",
+                static_cast<unsigned long long>(m_calls), m_settings.failEvery);
+  return m_error;
+}
+
+}  // namespace simulator

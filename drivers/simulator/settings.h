@@ -1,0 +1,28 @@
+// What the simulator makes of the settings of a node.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "vastra/plc/driver_api.h"
+#include "waveform.h"
+
+namespace simulator {
+
+struct CSettings {
+  std::vector<const CWaveform*> waveforms;  // value i has the waveform at i modulo their number; not empty
+  std::chrono::nanoseconds period;
+  double amplitude;
+  std::uint64_t seed;
+  int station;         // 0: waveforms; above: the registers of that station
+  int firstRegister;   // the node's first value
+  unsigned failEvery;  // each n-th call of a handle fails; 0: none does
+  int failStatus;      // with this status
+};
+
+// Reads record into settings. Gives an empty text, or which setting is bad and why.
+std::string ReadSettings(const DriverRecord& record, CSettings& settings);
+
+}  // namespace simulator
