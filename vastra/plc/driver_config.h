@@ -24,6 +24,8 @@ struct VASTRA_API DriverConfig {
   int value3 = 0;
   int value4 = 0;
   int value5 = 0;
+
+  bool operator==(const DriverConfig&) const = default;
 };
 
 // The form in which a driver gets the settings. Its texts are those of config, which has to outlive it.

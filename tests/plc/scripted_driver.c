@@ -1,0 +1,67 @@
+#include "scripted_driver.h"
+
+#include <stdarg.h>
+#include <stdio.h>
+#include <string.h>
+
+static Script script;
+
+static void Note(const char* format, ...) {
+  const size_t used = strlen(script.calls);
+  va_list args;
+  va_start(args, format);
+  vsnprintf(script.calls + used, sizeof script.calls - used, format, args);
+  va_end(args);
+}
+
+static int ShowConfig(int isNew) { return Note("ShowConfig %d, ", isNew), script.showResult; }
+static DriverRecord GetConfig(void) { return Note("GetConfig, "), script.record; }
+static void SetConfig(DriverRecord config) { Note("SetConfig, "), script.record = config; }
+
+static int Open(DriverRecord config, int mode, int* handle) {
+  Note("Open %d %u %d %s %s, ", mode, config.variableCount, config.openState, config.text1, config.text2);
+  script.record = config;
+  *handle = script.handle;
+  return script.openStatus;
+}
+
+static int Read(float* values, int count, int handle) {
+  Note("Read %d %d, ", count, handle);
+  memcpy(values, script.values, (size_t)count * sizeof *values);
+  return script.readStatus;
+}
+
+static int Write(float* values, int count, int handle) {
+  Note("Write %d %d, ", count, handle);
+  memcpy(script.values, values, (size_t)count * sizeof *values);
+  return script.writeStatus;
+}
+
+static void Close(int handle) { Note("Close %d, ", handle); }
+static const char* GetExtendedError(int handle) { return Note("GetExtendedError %d, ", handle), script.text; }
+static const char* GetReplyError(int handle) { return Note("GetReplyError %d, ", handle), script.text; }
+
+Script* FreshScript(void) {
+  static const Script fresh = {
+      {ShowConfig, GetConfig, SetConfig, Open, Read, Write, Close, {0, 0}, GetExtendedError, GetReplyError},
+      DRIVER_API_VERSION,
+      5,
+      statusOk,
+      statusOk,
+      statusOk,
+      1,
+      "driver's words",
+      {1, 2, 3, 4},
+      {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0},
+      ""};
+  script = fresh;
+  return &script;
+}
+
+DriverHeader GetDriverHeader(void) {
+  DriverHeader header = {SCRIPTED_ID, "Scripted", NULL};
+  header.functions = &script.functions;
+  return header;
+}
+
+int GetDriverApiVersion(void) { return script.version; }
