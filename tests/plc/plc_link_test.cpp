@@ -79,6 +79,8 @@ TEST_F(PlcLink, ReportsEachStatusInTheWordsOfTheOperation) {
   for (const CStatusCase& row : kStatusCases) {
     SCOPED_TRACE(row.status);
     const std::string asked = row.asked ? row.asked : "";
+    m_link->Close();
+    m_recorder.Take();
     m_script->openStatus = row.status;
     m_script->calls[0] = 0;
     EXPECT_EQ(0, OpenWith(Config(3)));
