@@ -45,7 +45,7 @@ void CMessenger::Send(const char* linkType, const char* linkName, char function,
   if (kind.before) m_depth = std::max(m_depth + kind.before, 0);
   if (kind.filter && !(this->*kind.filter)) return;
 
-  const char* functionText = kFunctions[static_cast<std::size_t>(function)];
+  const char* functionText = kFunctions[static_cast<unsigned char>(function)];
   CString line(std::string(3 * static_cast<std::size_t>(m_depth.Get()), ' '));
   line += kind.prefix;
   line += linkName;

@@ -34,8 +34,7 @@ CWinThread* AfxBeginThread(const CRuntimeClass& threadClass) try {
   pthread_t id = {};
   if (::pthread_create(&id, nullptr, &CWinThread::Main, thread) != 0) return nullptr;
   ::pthread_detach(id);
-  object.release();
-  return thread;
+  return static_cast<CWinThread*>(object.release());
 } catch (const std::bad_alloc&) {
   return nullptr;
 }

@@ -2,6 +2,7 @@
 // test may replace.
 #pragma once
 
+#include <compare>
 #include <cstdint>
 #include <ctime>
 
