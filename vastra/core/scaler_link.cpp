@@ -17,8 +17,6 @@ float Scaled(float value, const CScalerConfigNode& rule) {
 
 }  // namespace
 
-IMPLEMENT_DYNCREATE(CScalerConfig, CLinkConfig)
-
 CScalerLink* CScalerLink::Create(CLink* component) {
   return component ? new CScalerLink(component) : nullptr;
 }

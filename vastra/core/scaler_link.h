@@ -3,26 +3,9 @@
 // passes unchanged.
 #pragma once
 
-#include "vastra/core/link.h"
+#include "vastra/core/scaler_config.h"
 
 namespace vastra {
-
-// The rule for one variable.
-class VASTRA_API CScalerConfigNode : public CObject {
- public:
-  float m_scale = 1.0f;
-  CString m_varName;
-  int m_clamping = 0;  // non-zero: the limits apply, to the scaled value
-  float m_lowLimit = 0.0f;
-  float m_highLimit = 0.0f;
-};
-
-// Rules in the order in which they apply; several may be for one variable.
-class VASTRA_API CScalerConfig : public CLinkConfig {
-  DECLARE_DYNAMIC(CScalerConfig)
- public:
-  CArray<CScalerConfigNode, CScalerConfigNode> m_nodes;
-};
 
 class VASTRA_API CScalerLink : public CComponentLink {
  public:

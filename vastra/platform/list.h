@@ -159,7 +159,23 @@ class CList {
   std::vector<std::unique_ptr<CSlot[]>> m_blocks;
 };
 
-using CStringList = CList<CString>;
+// A list of texts. A copy has the same texts at positions of its own.
+class CStringList : public CList<CString> {
+ public:
+  CStringList() = default;
+  CStringList(const CStringList& other) { Append(other); }
+  CStringList& operator=(const CStringList& other) {
+    if (this == &other) return *this;
+    RemoveAll();
+    Append(other);
+    return *this;
+  }
+
+ private:
+  void Append(const CStringList& other) {
+    for (const CString& text : other) AddTail(text);
+  }
+};
 
 class CObject;
 using CObList = CList<CObject*, CObject*>;
@@ -173,5 +189,34 @@ template <class T>
 void DeleteAll(CList<T, T>& list) {
   while (!list.IsEmpty()) delete list.RemoveHead();
 }
+
+// A list of objects that it owns: they are deleted with it, and a copy has copies of them. What RemoveHead
+// and RemoveAt take off belongs to the caller.
+template <class T>
+class COwnedList : public CTypedPtrList<CObList, T*> {
+ public:
+  COwnedList() = default;
+  COwnedList(const COwnedList& other) : CTypedPtrList<CObList, T*>() { Append(other); }
+  COwnedList& operator=(const COwnedList& other) {
+    if (this == &other) return *this;
+    RemoveAll();
+    Append(other);
+    return *this;
+  }
+  ~COwnedList() { RemoveAll(); }
+
+  // Deletes all objects.
+  void RemoveAll() { DeleteAll(*this); }
+  // Deletes all objects and makes count new ones.
+  void Renew(UINT count) {
+    RemoveAll();
+    for (; count != 0; --count) this->AddTail(new T);
+  }
+
+ private:
+  void Append(const COwnedList& other) {
+    for (const T* item : other) this->AddTail(new T(*item));
+  }
+};
 
 }  // namespace vastra

@@ -1,0 +1,19 @@
+// CEnableConfig: the equations of an enable object. The output or summary that owns the object fills it from
+// its own settings right before use, so that it is in no configuration file.
+#pragma once
+
+#include "vastra/platform/archive.h"
+#include "vastra/platform/object.h"
+
+namespace vastra {
+
+class VASTRA_API CEnableConfig : public CObject {
+  DECLARE_DYNAMIC(CEnableConfig)
+ public:
+  void Serialize(CArchive& ar) override;
+  void TextSerialize(CArchive& ar);  // the report, to an archive that stores
+
+  CStringArray m_equations;  // one per element
+};
+
+}  // namespace vastra

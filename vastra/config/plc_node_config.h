@@ -1,0 +1,24 @@
+// CPlcNodeConfig: the settings of one PLC node. CInputConfig has a list of them for the nodes that are read,
+// CPlcMultiConfig one for those that are written.
+#pragma once
+
+#include "vastra/core/scaler_config.h"
+#include "vastra/plc/driver_config.h"
+
+namespace vastra {
+
+class VASTRA_API CPlcNodeConfig : public CObject {
+  DECLARE_DYNAMIC(CPlcNodeConfig)
+ public:
+  using CObject::Serialize;
+  void Serialize(CArchive& ar, UINT version);
+  void Fields(CFieldWalk& walk);
+  void TextSerialize(CArchive& ar);  // the report, to an archive that stores
+
+  CScalerConfig m_scaler;
+  DriverConfig m_driver;
+  CString m_nodeName;       // part of the names of the node's links
+  CStringArray m_varNames;  // of the node's values, in value order
+};
+
+}  // namespace vastra

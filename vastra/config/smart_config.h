@@ -1,0 +1,25 @@
+// CSmartConfig: the settings of the smart stage, in which the host's own logic reads and writes variables.
+#pragma once
+
+#include "vastra/core/field_walk.h"
+#include "vastra/platform/object.h"
+
+namespace vastra {
+
+class VASTRA_API CSmartConfig : public CObject {
+  DECLARE_DYNAMIC(CSmartConfig)
+ public:
+  using CObject::Serialize;
+  void Serialize(CArchive& ar, UINT version);
+  void Fields(CFieldWalk& walk);
+  void TextSerialize(CArchive& ar);  // the report, to an archive that stores
+  void Clear();
+
+  CStringArray m_inputNames;  // kept and reported; nothing in the engine uses it
+  CStringArray m_outputVars;  // what the host's logic writes, behind the values of each sample
+  CStringArray m_equations;   // of the smart input, one per element
+  CStringArray m_inputVars;   // what the host's logic reads
+  CString m_equationText;     // the equations as the user typed them
+};
+
+}  // namespace vastra

@@ -1,0 +1,43 @@
+// CSummaryConfig: the settings of one summary, and CMultiSummaryConfig, the list of them. Embedded in the
+// summary stages.
+#pragma once
+
+#include "vastra/core/field_walk.h"
+#include "vastra/platform/object.h"
+
+namespace vastra {
+
+class VASTRA_API CSummaryConfig : public CObject {
+  DECLARE_DYNAMIC(CSummaryConfig)
+ public:
+  using CObject::Serialize;
+  void Serialize(CArchive& ar, UINT version);
+  void Fields(CFieldWalk& walk);
+  void TextSerialize(CArchive& ar);  // the report, to an archive that stores
+
+  CString m_enableText;             // the enable equations as the user typed them
+  CStringArray m_enableEquations;   // the same, one per element
+  CString m_name;                   // for the user
+  CString m_summaryText;            // the summary equations as the user typed them
+  CString m_directory;              // where the summaries go
+  UINT m_maxSummaries = 400;        // the most summary files that stay in the directory
+  UINT m_maxSamples = 4000;         // rows in a summary file
+  int m_saveCsv = 0;                // 1: writes text copies
+  int m_saveRp = 0;                 // 1: writes binary files
+  CStringArray m_summaryEquations;  // the summary equations, one per element
+  CStringArray m_varNames;          // the variables of the summary, in file order
+};
+
+class VASTRA_API CMultiSummaryConfig : public CObject {
+  DECLARE_DYNAMIC(CMultiSummaryConfig)
+ public:
+  using CObject::Serialize;
+  void Serialize(CArchive& ar, UINT version);
+  void Fields(CFieldWalk& walk);
+  virtual void TextSerialize(CArchive& ar);
+  void Clear() { m_summaries.RemoveAll(); }
+
+  COwnedList<CSummaryConfig> m_summaries;
+};
+
+}  // namespace vastra
