@@ -1,0 +1,194 @@
+#include "vastra/logfiles/csv_format.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstdio>
+
+namespace vastra {
+namespace {
+
+constexpr std::size_t kStage = 64 * 1024;       // bytes of text that are handed to a file at a time
+constexpr std::uint32_t kValuesAtATime = 1024;  // for which room is made at a time
+constexpr std::int64_t kQuarter = 900;          // seconds
+
+// The texts of 0 to 999 with leading zeros, four bytes apart. Whoever reads four bytes from the middle of the
+// last one needs the spare.
+struct CThreeDigits {
+  constexpr CThreeDigits() {
+    for (std::size_t n = 0; n < 1000; ++n) {
+      m_text[4 * n] = static_cast<char>('0' + n / 100);
+      m_text[4 * n + 1] = static_cast<char>('0' + n / 10 % 10);
+      m_text[4 * n + 2] = static_cast<char>('0' + n % 10);
+    }
+  }
+  std::array<char, 4004> m_text = {};
+};
+constexpr CThreeDigits kDigits;
+
+// Three digits, also of a small number. Writes one byte more than it gives.
+char* PutThree(char* to, std::uint64_t n) {
+  std::memcpy(to, kDigits.m_text.data() + 4 * n, 4);
+  return to + 3;
+}
+
+// A number below 1000 without leading zeros. Writes up to three bytes more than it gives.
+char* PutShort(char* to, std::uint64_t n) {
+  const std::size_t zeros = static_cast<std::size_t>(n < 100) + static_cast<std::size_t>(n < 10);
+  std::memcpy(to, kDigits.m_text.data() + 4 * n + zeros, 4);
+  return to + 3 - zeros;
+}
+
+char* PutWhole(char* to, std::uint64_t n) {
+  if (n < 1000) return PutShort(to, n);
+  to = PutWhole(to, n / 1000);
+  return PutThree(to, n % 1000);
+}
+
+char* PutTwo(char* to, unsigned n) {
+  to[0] = static_cast<char>('0' + n / 10);
+  to[1] = static_cast<char>('0' + n % 10);
+  return to + 2;
+}
+
+char* PutText(char* to, std::string_view text) { return std::copy(text.begin(), text.end(), to); }
+
+// whole.decimals, with six decimals.
+char* PutFixed(char* to, std::uint64_t millionths) {
+  to = PutWhole(to, millionths / 1'000'000);
+  *to++ = '.';
+  const std::uint64_t decimals = millionths % 1'000'000;
+  return PutThree(PutThree(to, decimals / 1000), decimals % 1000);
+}
+
+// mantissa x 2^-shift: the product with a million is exact, and the bits that are shifted out round it to the
+// nearest, ties to even.
+char* PutFraction(char* to, std::uint64_t mantissa, int shift) {
+  if (shift > 44) return PutFixed(to, 0);  // below half a millionth
+  const std::uint64_t exact = mantissa * 1'000'000;
+  const std::uint64_t half = std::uint64_t{1} << (shift - 1);
+  return PutFixed(to, (exact + (half - 1) + (exact >> shift & 1)) >> shift);
+}
+
+using CWide = unsigned __int128;
+
+char* PutWide(char* to, CWide n) {
+  constexpr std::uint64_t kPart = 1'000'000'000'000'000'000;
+  if (n < kPart) return PutWhole(to, static_cast<std::uint64_t>(n));
+  to = PutWide(to, n / kPart);
+  const auto rest = static_cast<std::uint64_t>(n % kPart);
+  for (std::uint64_t unit = kPart / 1000; unit; unit /= 1000) to = PutThree(to, rest / unit % 1000);
+  return to;
+}
+
+// mantissa x 2^shift, below 2^128.
+char* PutLarge(char* to, std::uint64_t mantissa, int shift) {
+  return PutText(PutWide(to, CWide{mantissa} << shift), ".000000");
+}
+
+}  // namespace
+
+char* PutFloat(char* to, float value) {
+  const auto bits = std::bit_cast<std::uint32_t>(value);
+  const std::uint32_t fraction = bits & 0x7FFFFF;
+  const int exponent = static_cast<int>(bits >> 23 & 0xFF);
+  if (bits >> 31) *to++ = '-';
+  if (exponent == 0xFF) return PutText(to, fraction ? "nan," : "inf,");
+  const std::uint64_t mantissa = exponent ? fraction | 0x800000 : fraction;
+  const int shift = std::max(exponent, 1) - 150;
+  to = shift < 0 ? PutFraction(to, mantissa, -shift) : PutLarge(to, mantissa, shift);
+  *to++ = ',';
+  return to;
+}
+
+char* CTimeText::Put(char* to, const _timeb& time) {
+  const std::int64_t seconds = time.time;
+  const std::int64_t quarter = seconds / kQuarter - (seconds % kQuarter < 0);
+  if (quarter != m_quarter) SetQuarter(quarter);
+  if (m_regular) {
+    const unsigned second = m_start + static_cast<unsigned>(seconds - quarter * kQuarter);
+    PutTwo(m_clock + kClockSize - 5, second / 60);
+    PutTwo(m_clock + kClockSize - 2, second % 60);
+  } else {
+    Compose(seconds);
+  }
+  to = PutText(to, {m_clock, kClockSize});
+  *to++ = ':';
+  to = PutWhole(to, time.millitm);
+  return PutText(to, {m_year, m_yearSize});
+}
+
+void CTimeText::SetQuarter(std::int64_t quarter) {
+  const std::tm first = CTime(quarter * kQuarter).GetLocalTm();
+  const std::tm last = CTime(quarter * kQuarter + kQuarter - 1).GetLocalTm();
+  m_quarter = quarter;
+  m_start = static_cast<unsigned>(first.tm_min * 60 + first.tm_sec);
+  m_regular = first.tm_mday == last.tm_mday && first.tm_hour == last.tm_hour &&
+              first.tm_min * 60 + first.tm_sec + kQuarter - 1 == last.tm_min * 60 + last.tm_sec;
+  if (m_regular) Compose(quarter * kQuarter);
+}
+
+void CTimeText::Compose(std::int64_t seconds) {
+  constexpr const char* kDays[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
+  constexpr const char* kMonths[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                     "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+  const std::tm local = CTime(seconds).GetLocalTm();
+  std::snprintf(m_clock, sizeof m_clock, "%s %s %02d %02d:%02d:%02d", kDays[local.tm_wday],
+                kMonths[local.tm_mon], local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec);
+  m_yearSize = static_cast<std::size_t>(std::snprintf(m_year, sizeof m_year, "  %d,", local.tm_year + 1900));
+}
+
+char* CCsvText::Room(std::size_t size, std::size_t bytes) {
+  if (m_capacity - size < bytes) {
+    const std::size_t capacity = std::max(2 * m_capacity, size + bytes);
+    auto grown = std::make_unique_for_overwrite<char[]>(capacity);
+    if (size) std::memcpy(grown.get(), m_bytes.get(), size);
+    m_bytes = std::move(grown);
+    m_capacity = capacity;
+  }
+  return m_bytes.get() + size;
+}
+
+void CCsvText::FreeMemory() {
+  m_bytes.reset();
+  m_size = m_capacity = 0;
+}
+
+void CCsvText::AddNames(const CStringArray& names) {
+  std::string line = "TimeStamp,";
+  for (const CString& name : names) line.append(name.View()).append(",");
+  line += '\n';
+  PutText(Room(m_size, line.size()), line);
+  m_size += line.size();
+}
+
+void CCsvText::AddSample(const CSampleRecord& sample) {
+  std::size_t size = m_size;
+  const auto end = [&](const char* at) { size = static_cast<std::size_t>(at - m_bytes.get()); };
+  end(m_times.Put(Room(size, kMaxTimeText), sample.m_time));
+  for (std::uint32_t i = 0; i < sample.m_count;) {
+    const std::uint32_t stop = std::min(sample.m_count, i + kValuesAtATime);
+    char* to = Room(size, (stop - i) * kMaxFloatText);
+    for (; i < stop; ++i) to = PutFloat(to, sample.Value(i));
+    end(to);
+  }
+  *Room(size, 1) = '\n';
+  m_size = size + 1;
+}
+
+void WriteCsv(CFile& file, const CStringArray& names, const CSampleStore& samples, CCsvText& text) {
+  const auto hand = [&] {
+    file.Write(text.View().data(), text.View().size());
+    text.RemoveAll();
+  };
+  text.RemoveAll();
+  text.AddNames(names);
+  CSampleRecord sample;
+  for (CSampleStore::CPlace place = samples.GetHeadPlace(); samples.GetNext(place, sample);) {
+    text.AddSample(sample);
+    if (text.View().size() >= kStage) hand();
+  }
+  hand();
+}
+
+}  // namespace vastra

@@ -1,0 +1,66 @@
+// The text copy of a log (.csv), for other programs: a first line with the names and one line for each
+// sample, exactly as printf("%f,") and ctime would write them, but worked out with integers.
+// docs/file-formats.md has the lines. The file link and the hosts write it; nobody reads it back.
+#pragma once
+
+#include <memory>
+#include <string_view>
+
+#include "vastra/logfiles/sample_store.h"
+#include "vastra/platform/file.h"
+
+namespace vastra {
+
+// Longest text of one float: a sign, 39 digits, the point, six decimals and the comma.
+constexpr std::size_t kMaxFloatText = 48;
+// Longest time text of a sample.
+constexpr std::size_t kMaxTimeText = 64;
+
+// Puts the text of printf("%f,", value) at to and gives the place behind it.
+VASTRA_API char* PutFloat(char* to, float value);
+
+// The time text of samples, such as "Sun Sep 09 01:46:40:250  2001,": local time with the milliseconds behind
+// the seconds and two blanks before the year. The text of a quarter hour is made once and its minutes and
+// seconds are replaced.
+class VASTRA_API CTimeText {
+ public:
+  // Puts the text of time, with its comma, at to and gives the place behind it.
+  char* Put(char* to, const _timeb& time);
+
+ private:
+  void Compose(std::int64_t seconds);
+  void SetQuarter(std::int64_t quarter);
+
+  static constexpr std::int64_t kNoQuarter = INT64_MIN;
+  static constexpr std::size_t kClockSize = 19;  // "Sun Sep 09 01:46:40"
+
+  std::int64_t m_quarter = kNoQuarter;  // quarter hours since 1970 began
+  bool m_regular = false;  // within the quarter the local clock runs second by second, in one hour
+  unsigned m_start = 0;    // second of the local hour in which the quarter begins
+  char m_clock[32] = {};
+  char m_year[32] = {};  // "  2001,"
+  std::size_t m_yearSize = 0;
+};
+
+// A text that grows line by line. Each Add throws std::bad_alloc, with the text as it was.
+class VASTRA_API CCsvText {
+ public:
+  void AddNames(const CStringArray& names);
+  void AddSample(const CSampleRecord& sample);
+
+  std::string_view View() const { return {m_bytes.get(), m_size}; }
+  void RemoveAll() { m_size = 0; }  // keeps the memory
+  void FreeMemory();
+
+ private:
+  char* Room(std::size_t size, std::size_t bytes);
+
+  std::unique_ptr<char[]> m_bytes;
+  std::size_t m_size = 0, m_capacity = 0;
+  CTimeText m_times;
+};
+
+// Writes the whole text copy of a log to file, through text, which ends up empty. Throws CFileException.
+VASTRA_API void WriteCsv(CFile& file, const CStringArray& names, const CSampleStore& samples, CCsvText& text);
+
+}  // namespace vastra

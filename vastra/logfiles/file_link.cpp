@@ -1,0 +1,295 @@
+#include "vastra/logfiles/file_link.h"
+
+#include <algorithm>
+#include <new>
+#include <utility>
+#include <vector>
+
+#include "vastra/logfiles/log_file.h"
+#include "vastra/logfiles/log_reader.h"
+#include "vastra/platform/file_system.h"
+
+namespace vastra {
+namespace {
+
+const CString kTypeName = "CFileLink";
+
+constexpr const char* kNamedByTime = "System Time";
+constexpr const char* kCsvExtension = ".csv";
+
+constexpr CFault kNoNameVariable = {
+    severityFatal, "The variable used for naming the logs is not included in the logged variables\n"};
+constexpr CFault kBadDirectory = {severityFatal, "There is a problem with the destination directory"};
+constexpr CFault kNotRead = {severityFatal, "Couldn't read file."};
+constexpr CFault kInvalidOperation = {severityError, "Invalid operation."};
+constexpr CFault kNoMemory = {severityError, "Not enough memory."};
+constexpr CFault kRpNotSaved = {severityError, "Couldn't save file."};
+constexpr CFault kCsvNotSaved = {severityError, "Couldn't save CSV file."};
+constexpr CFault kNotWriting = {severityError, "Invalid configuration."};
+constexpr CFault kEmptyLog = {severityWarning, "Tried to flush an empty log."};
+constexpr CFault kNoSamples = {severityNotice, "No samples to write (Probably new file)."};
+constexpr CFault kEndOfFile = {severityNotice, "Reached end of file"};
+constexpr CFault kEndOfList = {severityWarning, "File list finished."};
+constexpr CFault kFileNotOpened = {severityError, "Couldn't open file."};
+constexpr CFault kOtherVariables = {severityError, "Archive with different variables"};
+
+}  // namespace
+
+IMPLEMENT_DYNAMIC(CFileConfig, CLinkConfig)
+
+CFileLink* CFileLink::Create(CLink* component) { return component ? nullptr : new CFileLink; }
+
+CFileLink::CFileLink() : CLink(kTypeName) {}
+
+int CFileLink::Open(CTypedPtrList<CObList, CLinkConfig*>& configs, UINT mode) {
+  BeginOpen();
+  std::unique_ptr<CLinkConfig> taken = TakeConfig(configs, RUNTIME_CLASS(CFileConfig), fault::noConfig);
+  if (!taken) return 0;
+  const auto& config = static_cast<const CFileConfig&>(*taken);
+  static_cast<CFileSettings&>(*this) = config;
+  const CFault* failed = mode == modeRead && !m_bufferOnly ? OpenReplay(config.m_files)
+                                                           : OpenWriterOrBuffer(config.m_varNames, mode);
+  taken.reset();
+  if (failed) return Fail(functionOpen, *failed);
+  m_filesRead = 0;
+  m_finished = m_partial = 0;
+  m_currentName.Empty();
+  m_mode = mode;
+  if (m_saveRp) m_rpLogs.CreateFileList(m_directory, m_extension);
+  if (m_saveCsv) m_csvLogs.CreateFileList(m_directory, kCsvExtension);
+  return End(functionOpen);
+}
+
+const CFault* CFileLink::OpenReplay(const CStringList& files) {
+  if (!OrderFileList(files)) return &kNotRead;
+  m_nextFile = m_orderedFiles.GetHeadPosition();
+  return OpenNextFile(m_nextFile, 1) ? nullptr : &kNotRead;
+}
+
+const CFault* CFileLink::OpenWriterOrBuffer(const CStringArray& names, UINT mode) {
+  m_varNames = names;
+  const bool namedByTime = m_nameVariable.IsEmpty() || m_nameVariable == kNamedByTime;
+  if (!namedByTime && FindIn(m_varNames, m_nameVariable) < 0) return &kNoNameVariable;
+  return mode == modeWrite && !m_bufferOnly ? OpenDirectory() : nullptr;
+}
+
+const CFault* CFileLink::OpenDirectory() {
+  if (!m_directory.IsEmpty() && !CanEnter(m_directory)) return &kBadDirectory;
+  RemoveLeftImages(m_directory, FileOfRP(""));
+  RemoveLeftImages(m_directory, FileOfCSV(""));
+  m_writer.SetNames(m_varNames);
+  return nullptr;
+}
+
+void CFileLink::Close() {
+  Begin(functionClose);
+  m_samples.FreeMemory();
+  m_csvText.FreeMemory();
+  m_nextFile = nullptr;
+  m_mode = modeNotOpened;
+  End(functionClose);
+}
+
+int CFileLink::Write(CLogSample& sample) {
+  Begin(functionWrite);
+  if (m_mode == modeNotOpened) return Fail(functionWrite, fault::notOpened);
+  if (const CFault* failed = KeepSample(sample)) return Fail(functionWrite, *failed);
+  if (IsWriter() && m_samples.GetCount() >= m_maxSamples && !Flush()) return 0;
+  return End(functionWrite);
+}
+
+const CFault* CFileLink::KeepSample(const CLogSample& sample) {
+  if (!IsWriter() && !m_bufferOnly) return &kInvalidOperation;
+  try {  // all that can fail comes before anything changes
+    if (IsWriter()) m_samples.MakeRoom(sample.m_values.GetSize());
+    m_lastSample = sample;
+  } catch (const std::bad_alloc&) {
+    return &kNoMemory;
+  }
+  if (IsWriter()) m_samples.Append(sample);
+  return nullptr;
+}
+
+int CFileLink::Flush() {
+  Begin(functionFlush);
+  if (m_mode == modeNotOpened) return Fail(functionFlush, fault::notOpened);
+  const CFault* failed = nullptr;
+  if (m_partial)
+    EndPartialLog();
+  else if (IsWriter() && !m_samples.IsEmpty())
+    failed = SaveLog();
+  else if (IsReplay() && !m_orderedFiles.IsEmpty())
+    failed = LoadNextFile();
+  else
+    failed = m_samples.IsEmpty() ? &kEmptyLog : &kNotWriting;
+  return failed ? Fail(functionFlush, *failed) : End(functionFlush);
+}
+
+const CFault* CFileLink::SaveLog() {
+  const CString name = CreateName();
+  const CFault* failed = nullptr;
+  if (m_saveRp) {
+    if (SaveAsRP(name))
+      m_rpLogs.Add(FileOfRP(name)), m_rpLogs.Rotate(m_directory, m_maxLogs);
+    else
+      failed = &kRpNotSaved;
+  }
+  if (m_saveCsv && !failed) {
+    if (SaveAsCSV(name))
+      m_csvLogs.Add(FileOfCSV(name)), m_csvLogs.Rotate(m_directory, m_maxLogs);
+    else
+      failed = &kCsvNotSaved;
+  }
+  m_samples.RemoveAll();
+  return failed;
+}
+
+int CFileLink::PartialFlush() {
+  Begin(functionPartialFlush);
+  if (m_samples.IsEmpty()) return Send(functionPartialFlush, kNoSamples), 1;
+  if (!IsWriter()) return Fail(functionPartialFlush, kInvalidOperation);
+  if (!m_partial) BeginPartialLog();
+  if (m_saveRp) {
+    if (!SaveAsRP(m_currentName)) return Fail(functionPartialFlush, kRpNotSaved);
+    m_rpLogs.Rotate(m_directory, m_maxLogs);
+  }
+  if (m_saveCsv) {
+    if (!SaveAsCSV(m_currentName)) Send(functionPartialFlush, kCsvNotSaved);
+    m_csvLogs.Rotate(m_directory, m_maxLogs);
+  }
+  return End(functionPartialFlush);
+}
+
+// The log takes its place among the others before its first image is written: one that fails is tried again.
+void CFileLink::BeginPartialLog() {
+  m_partial = 1;
+  m_currentName = CreateName();
+  if (m_saveRp) m_rpLogs.Add(FileOfRP(m_currentName));
+  if (m_saveCsv) m_csvLogs.Add(FileOfCSV(m_currentName));
+  m_csvText.RemoveAll();
+}
+
+// What came since the last PartialFlush goes out with one more, whose failure is its own to report.
+void CFileLink::EndPartialLog() {
+  PartialFlush();
+  m_samples.RemoveAll();
+  m_currentName.Empty();
+  m_partial = 0;
+}
+
+CString CFileLink::CreateName() {
+  const CString prefix = m_usePrefix ? m_prefix : CString();
+  if (m_nameVariable == kNamedByTime)
+    return m_hourNames.CreateFileName(CTime(m_samples.GetHead().m_time.time), prefix);
+  return CreateFileNameFromVar(m_nameVariable, m_varNames, m_samples, m_dwordName, prefix);
+}
+
+int CFileLink::SaveAsRP(const CString& name) {
+  return SaveLogFile(JoinPath(m_directory, FileOfRP(name)), m_partial,
+                     [this](CFile& file) { m_writer.Write(file, m_samples); });
+}
+
+int CFileLink::SaveAsCSV(const CString& name) {
+  return SaveLogFile(JoinPath(m_directory, FileOfCSV(name)), m_partial, [this](CFile& file) {
+    m_partial ? WritePartialCsv(file) : WriteCsv(file, m_varNames, m_samples, m_csvText);
+  });
+}
+
+// Only the lines of samples that came since the last image are made.
+void CFileLink::WritePartialCsv(CFile& file) {
+  if (m_csvText.View().empty()) {
+    m_csvPlace = m_samples.GetHeadPlace();
+    m_csvText.AddNames(m_varNames);
+  }
+  CSampleRecord sample;
+  for (CSampleStore::CPlace next = m_csvPlace; m_samples.GetNext(next, sample); m_csvPlace = next)
+    m_csvText.AddSample(sample);
+  file.Write(m_csvText.View().data(), m_csvText.View().size());
+}
+
+int CFileLink::Read(CLogSample& sample) {
+  Begin(functionRead);
+  if (m_mode == modeNotOpened) return Fail(functionRead, fault::notOpened);
+  try {
+    if (!IsReplay()) {
+      sample = m_lastSample;
+      return End(functionRead);
+    }
+    while (m_samples.IsEmpty()) {  // once, but for a log without samples
+      Send(functionRead, kEndOfFile);
+      if (!Flush()) return End(functionRead), 0;
+    }
+    m_samples.RemoveHead(sample);
+  } catch (const std::bad_alloc&) {
+    return Fail(functionRead, kNoMemory);
+  }
+  return End(functionRead);
+}
+
+const CFault* CFileLink::LoadNextFile() {
+  m_samples.RemoveAll();
+  if (!m_nextFile) return m_finished = 1, &kEndOfList;
+  return OpenNextFile(m_nextFile, 0) ? nullptr : &kFileNotOpened;
+}
+
+// Loads the log at position and moves position on, whatever comes of it: a log that fails has been used up
+// and leaves no samples.
+int CFileLink::OpenNextFile(POSITION& position, int loadNames) {
+  if (!position) return 0;
+  const CString& path = m_orderedFiles.GetNext(position);
+  ++m_filesRead;
+  CLogReader log(m_samples);
+  try {
+    if (!log.Open(path)) return 0;
+    if (loadNames)
+      log.GetNames(m_varNames);
+    else if (!log.HasNames(m_varNames))
+      return Fail(functionFlush, kOtherVariables);
+    return log.ReadSamples();
+  } catch (const std::bad_alloc&) {
+    return 0;
+  }
+}
+
+// Puts the logs among files in the order of their first samples; of equal ones the order of files stays. What
+// is no log is passed over; what cannot be read fails the whole.
+int CFileLink::OrderFileList(const CStringList& files) {
+  m_orderedFiles.RemoveAll();
+  std::vector<std::pair<std::int32_t, const CString*>> logs;
+  for (const CString& path : files) {
+    std::int32_t time = 0;
+    const ELogKind kind = ReadFirstTime(path, time);
+    if (kind == ELogKind::unreadable) return 0;
+    if (kind == ELogKind::log) logs.emplace_back(time, &path);
+  }
+  std::stable_sort(logs.begin(), logs.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+  for (const auto& [time, path] : logs) m_orderedFiles.AddTail(*path);
+  return 1;
+}
+
+UINT CFileLink::GetTotalFiles() const {
+  return IsReplay() ? static_cast<UINT>(m_orderedFiles.GetCount()) : 0;
+}
+
+UINT CFileLink::GetCurrentFile() const { return IsReplay() ? m_filesRead : 0; }
+
+int CFileLink::Finished() const { return IsReplay() ? m_finished : 0; }
+
+int CFileLink::ReadVariable(UINT index, float& value) {
+  if (!IsInBuffer(index)) return 0;
+  value = m_lastSample.m_values[static_cast<int>(index)];
+  return 1;
+}
+
+int CFileLink::WriteVariable(UINT index, float value) {
+  if (!IsInBuffer(index)) return 0;
+  m_lastSample.m_values[static_cast<int>(index)] = value;
+  return 1;
+}
+
+bool CFileLink::IsInBuffer(UINT index) const {
+  return m_mode != modeNotOpened && m_bufferOnly &&
+         index < static_cast<UINT>(m_lastSample.m_values.GetSize());
+}
+
+}  // namespace vastra

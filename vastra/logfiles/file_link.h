@@ -1,0 +1,121 @@
+// CFileLink: the leaf link that deals with log files. Its configuration and the mode of Open choose one of
+// three uses:
+//   writer   modeWrite: gathers samples and writes them as one log when the log is full or its stage says so;
+//            keeps the number of logs in the directory within a limit
+//   replay   modeRead: plays a list of binary logs, the one with the earliest first sample first
+//   buffer   m_bufferOnly, in either mode: a store of one sample and its names at the far end of a chain of
+//            equations; touches no file
+//
+// This link decides when something is written, read or removed; the bytes and the names of logs are the
+// business of the files beside it. Comm is the base's and always gives 0 in a leaf.
+#pragma once
+
+#include "vastra/core/link.h"
+#include "vastra/logfiles/csv_format.h"
+#include "vastra/logfiles/log_format.h"
+#include "vastra/logfiles/log_list.h"
+#include "vastra/logfiles/log_name.h"
+#include "vastra/logfiles/sample_store.h"
+
+namespace vastra {
+
+// The settings that the link keeps while it is open.
+struct CFileSettings {
+  CString m_extension;  // of binary logs, with its point: ".rph" for data logs, ".rpd" for summaries
+  int m_bufferOnly = 0;
+  UINT m_maxLogs = 0;      // logs of each kind that stay in the directory
+  UINT m_maxSamples = 0;   // samples at which a log is complete; 0: each is a log of its own
+  int m_saveCsv = 0;       // non-zero: write the text copy of each log
+  int m_saveRp = 0;        // non-zero: write the binary log
+  CString m_directory;     // of the logs; empty: the present directory
+  CString m_nameVariable;  // what names a log: "System Time", or one of the variables
+  int m_dwordName = 0;     // non-zero: the variable behind m_nameVariable joins in the name
+  CString m_prefix;        // of log names
+  int m_usePrefix = 0;
+};
+
+class VASTRA_API CFileConfig : public CLinkConfig, public CFileSettings {
+  DECLARE_DYNAMIC(CFileConfig)
+ public:
+  CStringList m_files;      // to replay, by paths that can be opened as they stand
+  CStringArray m_varNames;  // of the samples that are going to be written; a replay takes those of its logs
+};
+
+class VASTRA_API CFileLink : public CLink, private CFileSettings {
+ public:
+  // A new link; null, and no link, if component is not null, since a file link is a leaf.
+  static CFileLink* Create(CLink* component);
+  ~CFileLink() override { CFileLink::Close(); }
+
+  // Writer: appends a copy of sample to the log, and writes the log if it is complete; 0 if that fails, and
+  // the next sample starts a new log. Buffer: keeps a copy of sample.
+  int Write(CLogSample& sample) override;
+  // Replay: the next sample; 0 at the end of the last log, and once for each log that cannot be read or has
+  // other names than the first, which is then left out. Otherwise: the last sample written.
+  int Read(CLogSample& sample) override;
+  int GetVarNames(CStringArray& names) override { return GiveVarNames(m_varNames, names); }
+  void Close() override;  // drops what was not flushed
+  int Open(CTypedPtrList<CObList, CLinkConfig*>& configs, UINT mode) override;
+
+  // Writer: ends the log that is being gathered and writes it; whatever the result, the next sample starts a
+  // new log. Replay: loads the next log.
+  int Flush();
+  // Writer: writes what is gathered so far, durably, and goes on gathering. On 0 the samples stay and the
+  // next call tries again. A text copy that cannot be saved is no failure.
+  int PartialFlush();
+
+  // Progress of a replay; all 0 in any other state.
+  UINT GetTotalFiles() const;   // logs to be played
+  UINT GetCurrentFile() const;  // logs begun behind the first
+  int Finished() const;         // 1 once a Read has found no log left
+
+  // Buffer: the value at index of the last sample. 0, with value left alone, in any other state or beyond the
+  // end of the sample; without a line.
+  int ReadVariable(UINT index, float& value);
+  int WriteVariable(UINT index, float value);
+
+ protected:
+  CFileLink();
+
+ private:
+  int IsReplay() const { return m_mode == modeRead && !m_bufferOnly; }
+  int IsWriter() const { return m_mode == modeWrite && !m_bufferOnly; }
+
+  const CFault* OpenReplay(const CStringList& files);
+  const CFault* OpenWriterOrBuffer(const CStringArray& names, UINT mode);
+  const CFault* OpenDirectory();
+
+  const CFault* KeepSample(const CLogSample& sample);
+  CString CreateName();
+  const CFault* SaveLog();
+  void BeginPartialLog();
+  void EndPartialLog();
+  int SaveAsRP(const CString& name);
+  int SaveAsCSV(const CString& name);
+  CString FileOfRP(const CString& name) const { return name + m_extension; }
+  CString FileOfCSV(const CString& name) const { return name + m_extension.Right(1) + ".csv"; }
+  void WritePartialCsv(CFile& file);
+
+  int OrderFileList(const CStringList& files);
+  int OpenNextFile(POSITION& position, int loadNames);
+  const CFault* LoadNextFile();
+
+  bool IsInBuffer(UINT index) const;
+
+  CHourNames m_hourNames;  // lives as long as the link: neither Open nor Close starts the numbers anew
+  int m_finished = 0;
+  UINT m_filesRead = 0;
+  int m_partial = 0;              // 1 while a log is being written by PartialFlush
+  CString m_currentName;          // of that log, without its extension
+  POSITION m_nextFile = nullptr;  // in m_orderedFiles: the log to be loaded next; null: all have been begun
+  CLogSample m_lastSample;        // the last one written
+  CStringArray m_varNames;
+  CSampleStore m_samples;      // of the log that is being gathered or played
+  CStringList m_orderedFiles;  // the logs of a replay
+  CLogList m_rpLogs, m_csvLogs;
+  CLogWriter m_writer;
+  CCsvText m_csvText;  // of a log that grows, up to m_csvPlace; other logs only pass through it
+  CSampleStore::CPlace m_csvPlace;
+};
+
+}  // namespace vastra

@@ -1,0 +1,70 @@
+// The bytes of a binary log (.rph, .rpd). A log is a head, all value records, all times and a trailer;
+// docs/file-formats.md has the layout field by field. Everything is little-endian.
+#pragma once
+
+#include <bit>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "vastra/logfiles/sample_store.h"
+#include "vastra/platform/file.h"
+
+namespace vastra {
+
+static_assert(std::endian::native == std::endian::little, "a log is written as it lies in memory");
+
+// The fixed start of a log, in memory as in the file. Behind it come an empty text, the names and the number
+// of samples.
+struct CLogStart {
+  static constexpr std::uint32_t kMagic = 0x2C0F0781;
+
+  std::uint32_t m_magic = kMagic;
+  std::uint32_t m_reserved1 = 0;
+  std::int32_t m_firstTime = 0;  // seconds, of the first sample: the order of a replay
+  std::int32_t m_lastTime = 0;   // seconds, of the last sample
+  std::uint32_t m_reserved2 = 0;
+};
+static_assert(sizeof(CLogStart) == 20);
+
+using CLogTrailer = std::uint32_t;  // 0
+
+// A count takes 2 bytes, or 6 from kLongCount on: the short form of kLongCount, then the value.
+constexpr std::uint16_t kLongCount = 0xFFFF;
+constexpr std::size_t kShortCountSize = 2, kLongCountSize = 6;
+
+constexpr std::size_t SizeOfCount(std::uint32_t count) {
+  return count < kLongCount ? kShortCountSize : kLongCountSize;
+}
+
+// Puts count at to and gives the place behind it.
+inline char* PutCount(char* to, std::uint32_t count) {
+  const auto low = static_cast<std::uint16_t>(count < kLongCount ? count : kLongCount);
+  std::memcpy(to, &low, sizeof low);
+  if (low == kLongCount) std::memcpy(to + sizeof low, &count, sizeof count);
+  return to + SizeOfCount(count);
+}
+
+// Gets the count that stands at from, whole, and gives the place behind it.
+inline const char* GetCountAt(const char* from, std::uint32_t& count) {
+  std::uint16_t low;
+  std::memcpy(&low, from, sizeof low);
+  count = low;
+  if (low != kLongCount) return from + kShortCountSize;
+  std::memcpy(&count, from + kShortCountSize, sizeof count);
+  return from + kLongCountSize;
+}
+
+// Writes logs of one list of names. What does not change from write to write is encoded once.
+class CLogWriter {
+ public:
+  void SetNames(const CStringArray& names);
+  // Writes the whole log of samples, which is not empty, with one system call. Throws CFileException.
+  void Write(CFile& file, const CSampleStore& samples);
+
+ private:
+  std::string m_head;          // up to the number of samples
+  std::vector<iovec> m_parts;  // of the write under way; kept for its memory
+};
+
+}  // namespace vastra

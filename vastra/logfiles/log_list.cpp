@@ -1,0 +1,38 @@
+#include "vastra/logfiles/log_list.h"
+
+#include <algorithm>
+
+#include "vastra/platform/file_system.h"
+
+namespace vastra {
+
+void CLogList::CreateFileList(const CString& directory, const CString& extension) {
+  m_names.RemoveAll();
+  m_uses.clear();
+  CArray<CFileEntry> files = ListFiles(directory, extension);
+  std::stable_sort(files.begin(), files.end(),
+                   [](const CFileEntry& a, const CFileEntry& b) { return a.m_lastWrite < b.m_lastWrite; });
+  for (const CFileEntry& file : files) Add(file.m_name);
+}
+
+void CLogList::Add(const CString& name) {
+  m_names.AddTail(name);
+  ++m_uses[name.Std()];
+}
+
+void CLogList::Rotate(const CString& directory, UINT maxLogs) {
+  while (static_cast<UINT>(m_names.GetCount()) > maxLogs) RemoveFile(directory);
+}
+
+// Takes the oldest entry off and deletes its file, unless the name stands in the list once more: then it was
+// written anew since. An entry whose file could not be deleted (0) is gone all the same.
+int CLogList::RemoveFile(const CString& directory) {
+  const CString name = m_names.RemoveHead();
+  const auto use = m_uses.find(name.Std());
+  if (--use->second > 0) return 1;
+  m_uses.erase(use);
+  const CString path = JoinPath(directory, name);
+  return FileExists(path) ? DeleteFile(path) : 1;
+}
+
+}  // namespace vastra

@@ -1,0 +1,79 @@
+// CLogReader: reads a binary log and believes no count or length that the rest of the file cannot hold. The
+// file link replays with it, the hosts look at logs with it.
+//
+//   CSampleStore samples;
+//   CLogReader log(samples);
+//   if (!log.Open(path) || !log.ReadSamples()) ... log.GetFault() ...
+#pragma once
+
+#include <string_view>
+
+#include "vastra/logfiles/log_format.h"
+
+namespace vastra {
+
+// A walk over fields that are not trusted. Each operation gives false, and stays where it is, if the field
+// goes beyond the end.
+struct CLogCursor {
+  const char* m_at = nullptr;
+  const char* m_end = nullptr;
+
+  std::size_t Left() const { return static_cast<std::size_t>(m_end - m_at); }
+  bool Skip(std::uint64_t bytes);
+  template <class T>
+  bool Get(T& value);
+  bool GetCount(std::uint32_t& count);
+  bool GetText(std::string_view& text);
+};
+
+class VASTRA_API CLogReader {
+ public:
+  // samples is the caller's: it takes the image of the file, and as long as the reader is used nobody else
+  // changes it.
+  explicit CLogReader(CSampleStore& samples) : m_samples(samples) {}
+
+  // Reads the file at path, or file from its beginning, whole and looks through its head. 1, or 0 with the
+  // samples empty; GetFault then tells why.
+  int Open(const CString& path);
+  int Open(CFile& file);
+
+  // Of a log that is open.
+  const CLogStart& GetStart() const { return m_start; }
+  void GetNames(CStringArray& names) const;
+  // Whether the log has exactly these names, byte for byte and in this order.
+  bool HasNames(const CStringArray& names) const;
+
+  // Makes the log's samples those of the store, all of them or, with the result 0, none. What stands behind
+  // the trailer is not looked at, nor are times beyond the number of samples. Once after each Open.
+  int ReadSamples();
+
+  // What is wrong with the log, as one line without the name of the file, such as "ends at byte 50 inside the
+  // values of sample 2 (from byte 49 on)".
+  const CString& GetFault() const { return m_fault; }
+
+ private:
+  int ReadImage(CFile& file);
+  int ReadHead();
+  int SkipRecords(std::uint32_t count);
+  int TakeTimes(std::uint32_t count, const char* records);
+  int Fail(const CString& fault);
+  int FailCut(const CString& field);
+  std::size_t Offset(const char* at) const { return static_cast<std::size_t>(at - m_image); }
+
+  CSampleStore& m_samples;
+  const char* m_image = nullptr;  // of the whole file, in the store
+  CLogCursor m_cursor;
+  CLogStart m_start;
+  std::uint32_t m_nameCount = 0;
+  const char* m_names = nullptr;  // the first of them
+  CString m_fault;
+};
+
+// What a file is to a replay.
+enum class ELogKind { unreadable, other, log };
+
+// Reads the beginning of the file at path. time is the first time of a log, in seconds. A file of under four
+// bytes and a log that ends before its first time are unreadable.
+ELogKind ReadFirstTime(const CString& path, std::int32_t& time);
+
+}  // namespace vastra
