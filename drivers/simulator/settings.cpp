@@ -27,6 +27,15 @@ std::string_view Trimmed(std::string_view text) {
   return text.substr(0, text.find_last_not_of(kBlanks) + 1);
 }
 
+// name as words show it: not longer than a message line can bear, and cut between two characters of UTF-8.
+std::string Shown(std::string_view name) {
+  constexpr std::size_t kLongest = 60;
+  if (name.size() <= kLongest) return std::string(name);
+  std::size_t length = kLongest;
+  while (length > 0 && (name[length] & 0xC0) == 0x80) --length;
+  return std::string(name.substr(0, length)) + "...";
+}
+
 std::string ReadNumbers(const DriverRecord& record) {
   for (const auto& number : kNumbers)
     if (const int value = record.*number.value; value < 0)
@@ -45,7 +54,7 @@ std::string ReadWaveforms(std::string_view list, std::vector<const CWaveform*>& 
     comma = list.find(',', start);
     const std::string_view name = Trimmed(list.substr(start, comma - start));
     const CWaveform* waveform = FindWaveform(name);
-    if (!waveform) return "text1 has an unknown waveform: \"" + std::string(name) + '"';
+    if (!waveform) return "text1 has an unknown waveform: \"" + Shown(name) + '"';
     waveforms.push_back(waveform);
   }
   return {};

@@ -1,0 +1,185 @@
+// One list of calls over every driver that the factory finds: ours, the one of the guide, and hostile ones.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <thread>
+
+#include "tests/support/recorder.h"
+#include "vastra/platform/file_system.h"
+#include "vastra/platform/module.h"
+#include "vastra/platform/prompt.h"
+#include "vastra/plc/driver_factory.h"
+#include "vastra/plc/plc_link.h"
+
+namespace vastra {
+namespace {
+
+// What the folder of the tests has, in the order of the list, and with which line each operation fails.
+struct CDriverCase {
+  const char* file;
+  int id;
+  const char* name;
+  const char* open = "";
+  const char* read = "";
+  const char* write = "";
+};
+constexpr const char* kUnknown = "Error Not named Unknown error.";
+constexpr const char* kFormat = "Error Not named %s%n%s 100%";
+constexpr const char* kNoOpen = "Fatal Not named Couldn't open driver.";
+constexpr CDriverCase kDrivers[] = {
+    {"Upper.SO", 9101, "Upper"},
+    {"format.so", 9102, "%s%n", "", kFormat, kFormat},
+    {"muted.so", 9103, "Muted", "", "Fatal Not named Read function not found in driver.",
+     "Fatal Not named Write function not found in driver."},
+    {"null_name.so", 9104, ""},
+    {"null_slots.so", 9105, "Empty", kNoOpen},
+    {"null_table.so", 9106, "No table", kNoOpen},
+    {"null_text.so", 9107, "No text", "Fatal Not named Reply error."},
+    {"simulator.so", 9001, "Simulator"},
+    {"textfile.so", 9900, "Text file", "Fatal Not named Text file: text1 is no file that can be read."},
+    {"throwing_0.so", 9112, "Throwing", "", kUnknown, kUnknown},
+    {"throwing_1.so", 9212, "Throwing", "Fatal Not named Unknown error."},
+    {"twin_1.so", 9108, "Twin 1"},
+    {"twin_2.so", 9108, "Twin 2"},
+    {"version_0.so", 9109, "Zero"},
+    {"version_1.so", -9110, "One"},
+    {"version_minus.so", 9111, "Minus"},
+    {"zero.so", 9113, "0", "", kUnknown, kUnknown},
+    {"zero_open.so", 9114, "0 open", "Fatal Not named Unknown error."},
+};
+constexpr int kDriverCount = static_cast<int>(std::size(kDrivers));
+
+CDriverFactory& Factory() { return *CDriverFactory::Instance(); }
+
+TEST(DriverFactory, ListsTheDriversInByteOrderOfTheirFiles) {
+  ASSERT_EQ(kDriverCount, Factory().GetDriverCount());
+  for (int i = 0; i < kDriverCount; ++i) {
+    EXPECT_EQ(kDrivers[i].file, Factory().GetDrivers()[i].m_fileName.Std());
+    EXPECT_EQ(kDrivers[i].id, Factory().GetDriverID(i));
+    EXPECT_EQ(kDrivers[i].name, Factory().GetDriverName(i).Std());
+  }
+}
+
+TEST(DriverFactory, SaysWhyItLeftAFileOut) {
+  std::string found;
+  for (const CDriverFactory::CLeftOut& file : Factory().GetLeftOut()) {
+    found += file.m_fileName.Std() + " ";
+    const bool loads = file.m_fileName == "no_export.so";
+    EXPECT_EQ(loads, file.m_reason == "no GetDriverHeader") << file.m_reason.Std();
+    EXPECT_FALSE(file.m_reason.IsEmpty());
+  }
+  EXPECT_EQ("empty.so no_export.so text.so unresolved.so ", found);
+}
+
+TEST(DriverFactory, FindsTheFirstOfTwoWithOneIdAndNothingBeyondTheList) {
+  const int first = Factory().GetDriverIndex(9108);
+  EXPECT_EQ("Twin 1", Factory().GetDriverName(first).Std());
+  EXPECT_EQ(-1, Factory().GetDriverIndex(4711));
+  for (const int index : {-2147483647 - 1, -1, kDriverCount, 2147483647}) {
+    EXPECT_EQ("", Factory().GetDriverName(index).Std());
+    EXPECT_EQ(-1, Factory().GetDriverID(index));
+    EXPECT_EQ(nullptr, Factory().NewDriver(index));
+  }
+}
+
+TEST(DriverFactory, MakesItsFolderTheCurrentDirectoryForGood) {
+  EXPECT_EQ(DirectoryOf(ExecutablePath()).Std(), Factory().GetPath().Std());
+  EXPECT_EQ(Factory().GetPath().Std(), std::filesystem::current_path().string());
+}
+
+TEST(DriverFactory, GivesNoLinkOnAModuleThatHasGone) {
+  struct CLateFactory : CDriverFactory {
+    CLateFactory() { m_drivers.Add({1, "gone.so", "Gone"}); }
+  } factory;
+  EXPECT_EQ(nullptr, factory.NewDriver(kDriverCount));
+}
+
+class CDriver : public testing::TestWithParam<int> {
+ protected:
+  const CDriverCase& Case() const { return kDrivers[GetParam()]; }
+  std::unique_ptr<CPlcLink> NewLink() const {
+    return std::unique_ptr<CPlcLink>(Factory().NewDriver(GetParam()));
+  }
+  static int Open(CPlcLink& link, UINT count, int useDriver = 1, int station = 0) {
+    CLinkConfigList configs;
+    auto* config = new CPlcLinkConfig;
+    config->m_config.variableCount = count;
+    config->m_config.station = station;
+    config->m_useDriver = useDriver;
+    configs.AddTail(config);
+    return link.Open(configs, CLink::modeRead);
+  }
+  // The one line of operation, if it failed, and that each Begin has its end.
+  void ExpectFault(const char* operation, const char* fault, int result) {
+    const std::string lines = m_recorder.Take();
+    const std::string wanted =
+        *fault ? std::string(operation) + " " + fault : operation + std::string(" End Not named");
+    EXPECT_EQ(operation + std::string(" Begin Not named\n") + wanted + "\n", lines);
+    EXPECT_EQ(*fault == 0, result == 1);
+  }
+
+  CRecorder m_recorder;
+};
+
+TEST_P(CDriver, KeepsTheContractOfALink) {
+  const std::unique_ptr<CPlcLink> link = NewLink();
+  ASSERT_TRUE(link);
+  CLogSample sample;
+  sample.m_values.SetSize(2);
+  ExpectFault("Read", "Fatal Not named Linker is not opened.", link->Read(sample));
+  ExpectFault("Open", "Fatal Not named Plc has no variables.", Open(*link, 0));
+  ExpectFault("Open", "", Open(*link, 2, 0));
+  link->Close();
+  m_recorder.Take();
+  for (int run = 0; run < 2; ++run) {
+    ExpectFault("Open", Case().open, Open(*link, 2));
+    const bool open = !*Case().open;
+    const char* closed = "Fatal Not named Linker is not opened.";
+    ExpectFault("Read", open ? Case().read : closed, link->Read(sample));
+    ExpectFault("Write", open ? Case().write : closed, link->Write(sample));
+    EXPECT_EQ(2, sample.m_values.GetSize());
+    link->Close();
+    m_recorder.Take();
+  }
+  Open(*link, 2);  // and goes while it is open
+}
+
+TEST_P(CDriver, RefusesACountBeyondMemoryWithOneLine) {
+  const std::unique_ptr<CPlcLink> link = NewLink();
+  ExpectFault("Open", *Case().open ? Case().open : "Fatal Not named Couldn't allocate memory.",
+              Open(*link, 0xFFFFFFFF));
+}
+
+TEST_P(CDriver, AnswersToItsDialogFunctions) {
+  const std::unique_ptr<CPlcLink> link = NewLink();
+  const int set = link->SetConfig({});
+  EXPECT_TRUE(set == 0 || set == -1);
+  const int shown = link->ShowConfig(1);
+  EXPECT_TRUE(shown == IDOK || shown == IDCANCEL);
+  EXPECT_EQ("", link->GetConfig().text1.Std());
+  EXPECT_EQ("", m_recorder.Take());
+}
+
+TEST_P(CDriver, ServesTwoHandlesOnTwoThreads) {
+  const std::unique_ptr<CPlcLink> links[] = {NewLink(), NewLink()};
+  std::vector<std::thread> threads;
+  for (const auto& link : links)
+    threads.emplace_back([&link, opens = !*Case().open, reads = !*Case().open && !*Case().read] {
+      CLogSample sample;
+      for (int run = 0; run < 20; ++run) {
+        EXPECT_EQ(opens, Open(*link, 3, 1, run % 2) == 1);
+        for (int i = 0; i < 20; ++i) EXPECT_EQ(reads, link->Read(sample) == 1);
+      }
+    });
+  for (std::thread& thread : threads) thread.join();
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, CDriver, testing::Range(0, kDriverCount), [](const auto& driver) {
+  std::string name = kDrivers[driver.param].file;
+  std::replace(name.begin(), name.end(), '.', '_');
+  return name;
+});
+
+}  // namespace
+}  // namespace vastra
