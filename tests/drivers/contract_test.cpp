@@ -145,12 +145,6 @@ TEST_P(CDriver, KeepsTheContractOfALink) {
   Open(*link, 2);  // and goes while it is open
 }
 
-TEST_P(CDriver, RefusesACountBeyondMemoryWithOneLine) {
-  const std::unique_ptr<CPlcLink> link = NewLink();
-  ExpectFault("Open", *Case().open ? Case().open : "Fatal Not named Couldn't allocate memory.",
-              Open(*link, 0xFFFFFFFF));
-}
-
 TEST_P(CDriver, AnswersToItsDialogFunctions) {
   const std::unique_ptr<CPlcLink> link = NewLink();
   const int set = link->SetConfig({});

@@ -152,24 +152,22 @@ TEST_F(Simulator, RefusesABadSettingAndSaysWhich) {
     config.*bad.number = bad.value;
     EXPECT_EQ(std::string("Open Fatal Not named Simulator: ") + bad.words + "\n", Node(config, 2).Fault());
   }
-  EXPECT_EQ(
-      "Open Fatal Not named Simulator: text1 has an unknown waveform: \"" + std::string(210, 'x') + "\n",
-      Node(Waves(std::string(5000, 'x').c_str()), 1).Fault());
+  const std::string kept(59, 'x');
+  EXPECT_EQ("Open Fatal Not named Simulator: text1 has an unknown waveform: \"" + kept + "...\"\n",
+            Node(Waves((kept + "\u20AC and more").c_str()), 1).Fault());
   EXPECT_EQ("Open Fatal Not named Invalid mode.\n", Node({}, 1, 7).Fault());
   EXPECT_EQ("", Node(Station(23, 1048574), 2).Fault());
 }
 
 TEST_F(Simulator, NeverShowsAHalfWrittenScanToAnotherThread) {
-  std::thread writing([this] {
-    CDriverNode writer = Node(Station(24, 0), 500, kWrite);
+  CDriverNode reader = Node(Station(24, 0), 500), writer = Node(Station(24, 0), 500, kWrite);
+  const std::jthread writing([&writer] {
     for (int i = 1; i <= 500; ++i) writer.Write(CValues(500, static_cast<float>(i)));
   });
-  CDriverNode reader = Node(Station(24, 0), 500);
   for (int i = 0; i < 500; ++i) {
     const CValues values = reader.Read();
     ASSERT_EQ(CValues(500, values.at(0)), values);
   }
-  writing.join();
 }
 
 TEST(SimulatorTable, KnowsNoHandleThatIsNotOpen) {
