@@ -154,16 +154,22 @@ TEST_F(PlcLink, GivesTheConnectionBackWhenTheValuesDoNotFitInMemory) {
   }
 }
 
-TEST_F(PlcLink, TellsTheDriverWhatItIsOpenedFor) {
-  for (const auto& [mode, expected] : {std::pair{kRead, "Open 0 3 0 one two, "},
-                                       {kWrite, "Open 1 3 0 one two, "},
-                                       {7u, "Open 100 3 0 one two, "},
-                                       {CLink::modeNotOpened, "Open 100 3 0 one two, "}}) {
+TEST_F(PlcLink, TellsTheDriverWhatItIsOpenedForAndLosesNoConnection) {
+  for (const UINT mode : {kRead, kWrite, 7u, CLink::modeNotOpened, kRead})
     EXPECT_EQ(1, OpenWith(Config(3), mode));
-    EXPECT_STREQ(expected, m_script->calls);
-    m_link->Close();
-    m_script->calls[0] = 0;
-  }
+  EXPECT_STREQ(
+      "Open 0 3 0 one two, Close 5, Open 1 3 0 one two, Close 5, Open 100 3 0 one two, Close 5, "
+      "Open 100 3 0 one two, Close 5, Open 0 3 0 one two, ",
+      m_script->calls);
+}
+
+TEST_F(PlcLink, AsksForWordsUnderNoHandleOfAnotherOpen) {
+  m_script->openStatus = statusExtendedError;
+  OpenWith(Config(3));
+  m_script->handle = SCRIPTED_NO_HANDLE;
+  OpenWith(Config(3));
+  EXPECT_STREQ("Open 0 3 0 one two, GetExtendedError 5, Open 0 3 0 one two, GetExtendedError -1, ",
+               m_script->calls);
 }
 
 TEST_F(PlcLink, ReopensAndClosesTheConnectionOnceEach) {

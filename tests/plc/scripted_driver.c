@@ -21,7 +21,7 @@ static void SetConfig(DriverRecord config) { Note("SetConfig, "), script.record 
 static int Open(DriverRecord config, int mode, int* handle) {
   Note("Open %d %u %d %s %s, ", mode, config.variableCount, config.openState, config.text1, config.text2);
   script.record = config;
-  *handle = script.handle;
+  if (script.handle != SCRIPTED_NO_HANDLE) *handle = script.handle;
   return script.openStatus;
 }
 

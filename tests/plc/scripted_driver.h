@@ -6,11 +6,12 @@
 #include "vastra/plc/driver_api.h"
 
 #define SCRIPTED_ID 777
+#define SCRIPTED_NO_HANDLE -2
 
 typedef struct Script {
   DriverFunctions functions; /* the module's table: a test may take a slot out */
   int version;
-  int handle;     /* that Open stores */
+  int handle;     /* that Open stores, but for SCRIPTED_NO_HANDLE */
   int openStatus; /* and what the calls answer */
   int readStatus;
   int writeStatus;
