@@ -35,8 +35,8 @@ class VASTRA_API CArchive {
   static constexpr UINT load = 1;
   static constexpr std::size_t kBufferSize = 4096;
 
-  // file stays the caller's, and open, for as long as the archive. Loading starts at the file's present
-  // place.
+  // file stays the caller's, and open, for as long as the archive. Loading starts at the beginning of the
+  // file.
   CArchive(CFile* file, UINT mode, std::size_t bufferSize = kBufferSize);
   CArchive(const CArchive&) = delete;
   CArchive& operator=(const CArchive&) = delete;
