@@ -1,13 +1,18 @@
-// TruncateToInt: the one way in which a value becomes a signed 32-bit integer, for flags and names of logs.
+// TruncateToInt: the one way in which a value becomes a signed 32-bit integer, in the bit operators of
+// equations, for flags and for names of logs.
 #pragma once
 
-#include <climits>
+#include <cstdint>
 
 namespace vastra {
 
-// value cut towards zero; the smallest integer for what does not fit, NaN among it.
+// Cuts towards zero: 0.9 gives 0, -1.7 gives -1. Of a whole part that does not fit, the low 32 bits count, so
+// that an unsigned 32-bit word keeps its bits. NaN, infinities and all from 2^63 on give 0: a flag without a
+// defined value is off.
 inline int TruncateToInt(double value) {
-  return value > -2147483649.0 && value < 2147483648.0 ? static_cast<int>(value) : INT_MIN;
+  constexpr double kLimit = 9223372036854775808.0;  // 2^63
+  if (!(value > -kLimit && value < kLimit)) return 0;
+  return static_cast<int>(static_cast<std::uint32_t>(static_cast<std::int64_t>(value)));
 }
 
 }  // namespace vastra

@@ -1,0 +1,103 @@
+#include "vastra/equations/equator.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "vastra/equations/parser.h"
+#include "vastra/equations/separator.h"
+
+namespace vastra {
+namespace {
+
+constexpr const char* kBadStatement = "no statement of the language, or a name that nothing assigns";
+constexpr const char* kHiddenName = "the word before the first \"=\" is not the name that is assigned";
+
+}  // namespace
+
+CEquationFault CEquator::Compile(const CStringArray& inputs, const CStringArray& equations) {
+  CEquator next;
+  next.m_inputVariables = inputs;
+  next.BindTargets(equations);
+  const CEquationFault fault = next.CompileAll(equations);
+  if (fault.statement) return fault;
+  next.TakeValues(*this);
+  next.Lower();
+  *this = std::move(next);
+  return {};
+}
+
+// A statement without "=" gets no target: it does not compile.
+void CEquator::BindTargets(const CStringArray& equations) {
+  for (const CString& equation : equations) {
+    CString name;
+    int target = -1;
+    if (FindAssignedName(equation, name)) {
+      target = FindIn(m_newVariables, name);
+      if (target < 0) target = m_newVariables.Add(name);
+    }
+    m_equationTarget.Add(static_cast<UINT>(target));
+  }
+}
+
+// Names that a statement assigns are found here by words and in the parser by grammar. Where the two differ,
+// reads of the one name would never see what is stored under the other.
+CEquationFault CEquator::CompileAll(const CStringArray& equations) {
+  CStringArray names = m_inputVariables;
+  names.Append(m_newVariables);
+  CParser parser;
+  m_code.SetSize(equations.GetSize());
+  for (int i = 0; i < equations.GetSize(); ++i) {
+    if (!parser.Parse(equations[i], m_code[i].GetHead(), &names))
+      return {i + 1, parser.GetLastError(), kBadStatement};
+    if (names[parser.GetTarget()] == GetTarget(i)) continue;
+    return {i + 1, equations[i].Find('='), kHiddenName};
+  }
+  return {};
+}
+
+void CEquator::TakeValues(const CEquator& before) {
+  const int inputs = m_inputVariables.GetSize();
+  m_values.SetSize(inputs + m_newVariables.GetSize());
+  for (int i = 0; i < m_newVariables.GetSize(); ++i) {
+    const int place = FindIn(before.m_newVariables, m_newVariables[i]);
+    if (place >= 0) m_values[inputs + i] = before.m_values[before.m_inputVariables.GetSize() + place];
+  }
+}
+
+void CEquator::Lower() {
+  m_program = CProgram(m_values.GetSize());
+  for (int i = 0; i < m_code.GetSize(); ++i) m_program.Add(m_code[i], m_inputVariables.GetSize() + Target(i));
+  m_program.Finish();
+  m_undefined.reserve(static_cast<std::size_t>(m_code.GetSize()));
+}
+
+void CEquator::TakeSample(const CArray<float, float>& sample) {
+  const int inputs = m_inputVariables.GetSize();
+  const int given = std::min(inputs, sample.GetSize());
+  std::copy_n(sample.GetData(), given, m_values.GetData());
+  std::fill_n(m_values.GetData() + given, inputs - given, 0.0f);
+}
+
+void CEquator::Run(const CArray<float, float>& sample) {
+  TakeSample(sample);
+  m_program.Run(m_values.GetData(), m_undefined);
+}
+
+void CEquator::RunByLines(const CArray<float, float>& sample, CArray<double, double>& results) {
+  TakeSample(sample);
+  m_undefined.clear();
+  results.SetSize(m_code.GetSize());
+  for (int i = 0; i < m_code.GetSize(); ++i) {
+    if (!m_code[i].Execute(&m_values, results[i])) m_undefined.push_back(i);
+    m_values[m_inputVariables.GetSize() + Target(i)] = static_cast<float>(results[i]);
+  }
+}
+
+UINT CEquator::FindValue(const CString& name) const {
+  int place = FindIn(m_inputVariables, name);
+  if (place >= 0) return static_cast<UINT>(place);
+  place = FindIn(m_newVariables, name);
+  return place < 0 ? noValue : static_cast<UINT>(m_inputVariables.GetSize() + place);
+}
+
+}  // namespace vastra

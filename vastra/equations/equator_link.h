@@ -1,0 +1,43 @@
+// CEquatorLink runs equations on every sample that passes, in either direction. Its outer side speaks the
+// output variables of its configuration: inputs, and variables that the equations assign. Those live in the
+// link from sample to sample and start at 0.0; they last as long as the link does, also from Close to Open.
+#pragma once
+
+#include "vastra/core/link.h"
+#include "vastra/equations/equator.h"
+
+namespace vastra {
+
+class VASTRA_API CEquatorConfig : public CLinkConfig {
+  DECLARE_DYNAMIC(CEquatorConfig)
+ public:
+  CStringList m_inputVariables;   // of incoming samples, in value order; empty: ask the component
+  CStringList m_equations;        // one statement each, without its ";"
+  CStringList m_outputVariables;  // of outgoing samples, in value order; a name found nowhere gives 0.0
+};
+
+class VASTRA_API CEquatorLink : public CComponentLink {
+ public:
+  // Takes over component. Null, and no link, if component is null.
+  static CEquatorLink* Create(CLink* component);
+
+  // The equations run before the component is asked: a failed write has changed their variables too.
+  int Write(CLogSample& sample) override;
+  int Read(CLogSample& sample) override;
+  int GetVarNames(CStringArray& names) override { return GiveVarNames(m_outputVariables, names); }
+
+ protected:
+  explicit CEquatorLink(CLink* component);
+  const CFault* Configure(CLinkConfig& config, UINT mode) override;
+
+ private:
+  void RunEquations(char function, const CLogSample& in, CLogSample& out);
+
+  CStringArray m_outputVariables;
+  CArray<UINT, UINT> m_outputMap;  // for each output its index among the values of m_equator
+  CStringArray m_undefinedTexts;   // for each equation the words for an undefined result
+  CEquator m_equator;
+  CLogSample m_innerSample;  // what goes to or comes from the component
+};
+
+}  // namespace vastra

@@ -1,0 +1,94 @@
+// The instruction set of compiled equations, one row for each opcode. The scanner takes the words of the
+// language from it, the machines what an instruction computes, and tools and documentation the rest.
+#pragma once
+
+#include <cmath>
+#include <cstddef>
+#include <cstdlib>
+
+#include "vastra/core/truncate.h"
+#include "vastra/equations/random.h"
+
+namespace vastra {
+
+// What integer operators give, as double. The smallest integer has no positive partner of its own size, and
+// its remainder by -1 would trap.
+inline double Remainder(double left, double right) {
+  const int divisor = TruncateToInt(right);
+  return divisor == -1 ? 0.0 : TruncateToInt(left) % divisor;
+}
+inline double Magnitude(double value) { return std::fabs(static_cast<double>(TruncateToInt(value))); }
+
+// X(opcode, C++ name, spelling, operands, result, undefined if, the same in words). op1 is the right operand,
+// or the only one, op2 the left one. An opcode is also the token number of its operator or function. A result
+// that is a truth becomes 1.0 or 0.0; any value but 0.0 counts as true.
+#define VASTRA_OPERATIONS(X)                                                                        \
+  X(264, BitAnd, "&", 2, TruncateToInt(op2) & TruncateToInt(op1), false, "")                        \
+  X(265, BitXor, "^", 2, TruncateToInt(op2) ^ TruncateToInt(op1), false, "")                        \
+  X(266, BitOr, "|", 2, TruncateToInt(op2) | TruncateToInt(op1), false, "")                         \
+  X(267, LogicAnd, "&&", 2, op2 != 0.0 && op1 != 0.0, false, "")                                    \
+  X(268, LogicOr, "||", 2, op2 != 0.0 || op1 != 0.0, false, "")                                     \
+  X(269, Plus, "+", 2, op1 + op2, false, "")                                                        \
+  X(270, Minus, "-", 2, op2 - op1, false, "")                                                       \
+  X(271, Times, "*", 2, op1* op2, false, "")                                                        \
+  X(272, Divide, "/", 2, op2 / op1, op1 == 0.0, "the right side is 0")                              \
+  X(273, Modulo, "%", 2, Remainder(op2, op1), TruncateToInt(op1) == 0, "the right side, cut, is 0") \
+  X(274, Less, "<", 2, op2 < op1, false, "")                                                        \
+  X(275, Greater, ">", 2, op2 > op1, false, "")                                                     \
+  X(276, LessEqual, "<=", 2, op2 <= op1, false, "")                                                 \
+  X(277, GreaterEqual, ">=", 2, op2 >= op1, false, "")                                              \
+  X(278, Equal, "==", 2, op1 == op2, false, "")                                                     \
+  X(279, NotEqual, "!=", 2, op1 != op2, false, "")                                                  \
+  X(283, BitNot, "~", 1, ~TruncateToInt(op1), false, "")                                            \
+  X(284, LogicNot, "!", 1, op1 == 0.0, false, "")                                                   \
+  X(285, Abs, "abs", 1, Magnitude(op1), false, "")                                                  \
+  X(286, Sin, "sin", 1, std::sin(op1), false, "")                                                   \
+  X(287, Cos, "cos", 1, std::cos(op1), false, "")                                                   \
+  X(288, Tan, "tan", 1, std::tan(op1), false, "")                                                   \
+  X(289, Exp, "exp", 1, std::exp(op1), false, "")                                                   \
+  X(290, Log, "log", 1, std::log(op1), op1 <= 0.0, "the argument is 0 or negative")                 \
+  X(291, Rand, "rand", 0, NextRandom(), false, "")                                                  \
+  X(292, Sqrt, "sqrt", 1, std::sqrt(op1), op1 < 0.0, "the argument is negative")                    \
+  X(293, Pow, "pow", 2, std::pow(op2, op1), false, "")
+
+// Opcodes: opBitAnd, ..., opPow and what has no operator.
+enum : int {
+  opNone = 0,  // a placeholder of the code generator
+#define VASTRA_OPCODE(number, Name, ...) op##Name = number,
+  VASTRA_OPERATIONS(VASTRA_OPCODE)
+#undef VASTRA_OPCODE
+      opJumpIfZero = 1002,
+  opJump = 1003,
+};
+
+// Each operation as a class, for code that is made for one operation: COperationPlus and so on.
+#define VASTRA_OPERATION(number, Name, spelling, count, result, undefined, words)                           \
+  struct COperation##Name {                                                                                 \
+    static constexpr int kCode = number;                                                                    \
+    static constexpr int kOperands = count;                                                                 \
+    static constexpr bool kMayFail = sizeof(words) > 1;                                                     \
+    static bool IsUndefined([[maybe_unused]] double op1, [[maybe_unused]] double op2) { return undefined; } \
+    static double Result([[maybe_unused]] double op1, [[maybe_unused]] double op2) {                        \
+      return static_cast<double>(result);                                                                   \
+    }                                                                                                       \
+  };
+VASTRA_OPERATIONS(VASTRA_OPERATION)
+#undef VASTRA_OPERATION
+
+// One row of the table at run time.
+struct COpcode {
+  int code;
+  const char* spelling;
+  int operands;
+  const char* undefinedIf;  // empty: never undefined
+  // Sets result; false, and result stays, where the operation is undefined. Null for jumps.
+  bool (*compute)(double op1, double op2, double& result);
+};
+
+// The row of an opcode; null for a number that is none.
+VASTRA_API const COpcode* FindOpcode(int code);
+
+// All rows in order of their numbers.
+VASTRA_API const COpcode* GetOpcodes(std::size_t& count);
+
+}  // namespace vastra
