@@ -22,6 +22,7 @@ void* operator new(std::size_t size) {
   if (void* memory = std::malloc(size ? size : 1)) return memory;
   throw std::bad_alloc();
 }
+#pragma GCC diagnostic ignored "-Wmismatched-new-delete"  // malloc and free are the pair here
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 

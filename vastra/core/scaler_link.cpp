@@ -5,16 +5,6 @@ namespace {
 
 const CString kTypeName = "CScalerLink";
 constexpr CFault kNoNames = {severityError, "Could not get variable names from component."};
-
-// The product of two floats is exact in double, so the limits see it before it is rounded. NaN is not at or
-// above the low limit and becomes it.
-float Scaled(float value, const CScalerConfigNode& rule) {
-  const double result = static_cast<double>(value) * static_cast<double>(rule.m_scale);
-  if (!rule.m_clamping) return static_cast<float>(result);
-  if (result > static_cast<double>(rule.m_highLimit)) return rule.m_highLimit;
-  return result >= static_cast<double>(rule.m_lowLimit) ? static_cast<float>(result) : rule.m_lowLimit;
-}
-
 }  // namespace
 
 CScalerLink* CScalerLink::Create(CLink* component) {
@@ -25,11 +15,13 @@ CScalerLink::CScalerLink(CLink* component)
     : CComponentLink(kTypeName, component, RUNTIME_CLASS(CScalerConfig)) {}
 
 const CFault* CScalerLink::Configure(CLinkConfig& config, UINT) {
-  m_nodes = static_cast<CScalerConfig&>(config).m_nodes;
-  m_indices.RemoveAll();
+  m_nodes.RemoveAll();
   CStringArray names;
   if (!m_pComponent->GetVarNames(names)) return &kNoNames;
-  for (const CScalerConfigNode& rule : m_nodes) m_indices.Add(FindIn(names, rule.m_varName));
+  for (const CScalerConfigNode& rule : static_cast<CScalerConfig&>(config).m_nodes)
+    if (const int index = FindIn(names, rule.m_varName); index >= 0)
+      m_nodes.Add(
+          {static_cast<unsigned>(index), rule.m_clamping, rule.m_scale, rule.m_lowLimit, rule.m_highLimit});
   return nullptr;
 }
 
@@ -41,12 +33,20 @@ int CScalerLink::GetVarNames(CStringArray& names) {
   return result;
 }
 
+// The product of two floats is exact in double, so the limits see it before it is rounded. NaN is not at or
+// above the low limit and becomes it.
+inline float CScalerLink::Scaled(float value, const CRule& rule) {
+  if (!rule.m_clamping) return value * rule.m_scale;
+  const double result = static_cast<double>(value) * static_cast<double>(rule.m_scale);
+  if (result > static_cast<double>(rule.m_highLimit)) return rule.m_highLimit;
+  return result >= static_cast<double>(rule.m_lowLimit) ? static_cast<float>(result) : rule.m_lowLimit;
+}
+
 void CScalerLink::Scale(CArray<float, float>& values) const {
+  float* const data = values.GetData();
   const auto size = static_cast<unsigned>(values.GetSize());
-  for (int i = 0; i < m_indices.GetSize(); ++i) {
-    const int index = m_indices[i];
-    if (static_cast<unsigned>(index) < size) values[index] = Scaled(values[index], m_nodes[i]);
-  }
+  for (const CRule& rule : m_nodes)
+    if (rule.m_index < size) data[rule.m_index] = Scaled(data[rule.m_index], rule);
 }
 
 int CScalerLink::Read(CLogSample& sample) {

@@ -22,10 +22,17 @@ class VASTRA_API CScalerLink : public CComponentLink {
   const CFault* Configure(CLinkConfig& config, UINT mode) override;
 
  private:
+  // A rule whose variable the component has, as it runs for every sample.
+  struct CRule {
+    unsigned m_index;  // place of the variable
+    int m_clamping;
+    float m_scale;
+    float m_lowLimit, m_highLimit;
+  };
+  static float Scaled(float value, const CRule& rule);
   void Scale(CArray<float, float>& values) const;
 
-  CArray<CScalerConfigNode, CScalerConfigNode> m_nodes;
-  CArray<int, int> m_indices;  // for each rule the place of its variable, or -1
+  CArray<CRule, CRule> m_nodes;  // in the order of the configuration
 };
 
 }  // namespace vastra
