@@ -47,6 +47,22 @@ int CConnection::Write(const float* values, int count) {
   return statusOk;
 }
 
+namespace {
+
+// Every step-th value from first on.
+void Fill(const CWaveform& waveform, const CMoment& moment, std::span<float> all, std::size_t first,
+          std::size_t step) {
+  const float value = waveform.at(moment, first);
+  if (step == 1 && !waveform.perValue) {
+    std::ranges::fill(all, value);
+    return;
+  }
+  for (std::size_t i = first; i < all.size(); i += step)
+    all[i] = waveform.perValue ? waveform.at(moment, i) : value;
+}
+
+}  // namespace
+
 void CConnection::FillWaveforms(float* values, int count) const {
   const std::chrono::nanoseconds elapsed = std::chrono::steady_clock::now() - m_opened;
   const double phase = static_cast<double>((elapsed % m_settings.period).count()) /
@@ -54,12 +70,8 @@ void CConnection::FillWaveforms(float* values, int count) const {
   const CMoment moment = {phase, m_settings.amplitude, m_reads, m_settings.seed};
   const std::span<float> all(values, static_cast<std::size_t>(count));
   const std::size_t step = m_settings.waveforms.size();
-  for (std::size_t first = 0; first < std::min(step, all.size()); ++first) {
-    const CWaveform& waveform = *m_settings.waveforms[first];
-    const float value = waveform.at(moment, first);
-    for (std::size_t i = first; i < all.size(); i += step)
-      all[i] = waveform.perValue ? waveform.at(moment, i) : value;
-  }
+  for (std::size_t first = 0; first < std::min(step, all.size()); ++first)
+    Fill(*m_settings.waveforms[first], moment, all, first, step);
 }
 
 const char* CConnection::LastError() {

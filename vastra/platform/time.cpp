@@ -8,17 +8,36 @@ namespace {
 
 CClock* g_clock = nullptr;
 
+// What the time record says of the zone. It holds for a quarter of an hour, the finest step in which any zone
+// changes its clocks, and until the process changes its zone.
+struct CZone {
+  std::int64_t quarter = -1;
+  const char* name = nullptr;
+  std::int16_t minutesWest = 0;
+  std::int16_t dst = 0;
+};
+
+const CZone& ZoneAt(std::int64_t seconds) {
+  thread_local CZone zone;
+  const std::int64_t quarter = seconds / 900;
+  if (zone.quarter == quarter && zone.name == ::tzname[0]) return zone;
+  const std::time_t time = seconds;
+  std::tm local = {};
+  ::localtime_r(&time, &local);  // sets ::timezone, the seconds west of UTC without daylight saving
+  zone = {quarter, ::tzname[0], static_cast<std::int16_t>(::timezone / 60),
+          static_cast<std::int16_t>(local.tm_isdst > 0)};
+  return zone;
+}
+
 _timeb SystemNow() {
   using namespace std::chrono;
   const auto now = duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
-  const std::time_t seconds = now / 1000;
-  std::tm local = {};
-  ::localtime_r(&seconds, &local);  // sets ::timezone, the seconds west of UTC without daylight saving
+  const CZone& zone = ZoneAt(now / 1000);
   _timeb record;
-  record.time = static_cast<std::int32_t>(seconds);
+  record.time = static_cast<std::int32_t>(now / 1000);
   record.millitm = static_cast<std::uint16_t>(now % 1000);
-  record.timezone = static_cast<std::int16_t>(::timezone / 60);
-  record.dstflag = static_cast<std::int16_t>(local.tm_isdst > 0);
+  record.timezone = zone.minutesWest;
+  record.dstflag = zone.dst;
   return record;
 }
 
