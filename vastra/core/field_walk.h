@@ -17,6 +17,7 @@ namespace vastra {
 class VASTRA_API CFieldWalk {
  public:
   enum class Form { stream, named };
+  static constexpr UINT kAllVersions = 0xFFFFFFFF;
 
   virtual ~CFieldWalk() = default;
   CFieldWalk(const CFieldWalk&) = delete;
@@ -86,9 +87,7 @@ class VASTRA_API CFieldWalk {
 // The walk through a stream: stores or loads, as the archive says.
 class VASTRA_API CArchiveWalk : public CFieldWalk {
  public:
-  static constexpr UINT kNewest = 0xFFFFFFFF;
-
-  explicit CArchiveWalk(CArchive& ar, UINT version = kNewest)
+  explicit CArchiveWalk(CArchive& ar, UINT version = kAllVersions)
       : CFieldWalk(Form::stream, ar.IsLoading(), version), m_ar(ar) {}
 
   void Field(const char*, int& number) override { Move(number); }

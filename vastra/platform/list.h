@@ -97,6 +97,17 @@ class CList {
     m_count = 0;
   }
 
+  // The two lists change places, with their positions.
+  void Swap(CList& other) noexcept {
+    std::swap(m_head, other.m_head);
+    std::swap(m_tail, other.m_tail);
+    std::swap(m_free, other.m_free);
+    std::swap(m_fresh, other.m_fresh);
+    std::swap(m_freshEnd, other.m_freshEnd);
+    std::swap(m_count, other.m_count);
+    m_blocks.swap(other.m_blocks);
+  }
+
   POSITION GetHeadPosition() const { return Pos(m_head); }
   POSITION GetTailPosition() const { return Pos(m_tail); }
   const T& GetAt(POSITION pos) const { return Node(pos)->value; }
@@ -163,18 +174,11 @@ class CList {
 class CStringList : public CList<CString> {
  public:
   CStringList() = default;
-  CStringList(const CStringList& other) { Append(other); }
-  CStringList& operator=(const CStringList& other) {
-    if (this == &other) return *this;
-    RemoveAll();
-    Append(other);
-    return *this;
-  }
-
- private:
-  void Append(const CStringList& other) {
+  CStringList(const CStringList& other) {
     for (const CString& text : other) AddTail(text);
   }
+  CStringList(CStringList&& other) noexcept { Swap(other); }
+  CStringList& operator=(CStringList other) noexcept { return Swap(other), *this; }
 };
 
 class CObject;
@@ -196,13 +200,11 @@ template <class T>
 class COwnedList : public CTypedPtrList<CObList, T*> {
  public:
   COwnedList() = default;
-  COwnedList(const COwnedList& other) : CTypedPtrList<CObList, T*>() { Append(other); }
-  COwnedList& operator=(const COwnedList& other) {
-    if (this == &other) return *this;
-    RemoveAll();
-    Append(other);
-    return *this;
+  COwnedList(const COwnedList& other) : CTypedPtrList<CObList, T*>() {
+    for (const T* item : other) this->AddTail(new T(*item));
   }
+  COwnedList(COwnedList&& other) noexcept { this->Swap(other); }
+  COwnedList& operator=(COwnedList other) noexcept { return this->Swap(other), *this; }
   ~COwnedList() { RemoveAll(); }
 
   // Deletes all objects.
@@ -211,11 +213,6 @@ class COwnedList : public CTypedPtrList<CObList, T*> {
   void Renew(UINT count) {
     RemoveAll();
     for (; count != 0; --count) this->AddTail(new T);
-  }
-
- private:
-  void Append(const COwnedList& other) {
-    for (const T* item : other) this->AddTail(new T(*item));
   }
 };
 

@@ -1,0 +1,30 @@
+// CConfiguration: all that a host stores for a logger, an object for each stage. It has two forms on disk,
+// the configuration file and JSON; configuration_file.h reads and writes either.
+#pragma once
+
+#include "vastra/config/input_config.h"
+#include "vastra/config/output_config.h"
+#include "vastra/config/plc_write_config.h"
+#include "vastra/config/smart_config.h"
+#include "vastra/config/stored_form.h"
+#include "vastra/config/summary_config.h"
+#include "vastra/config/trend_config.h"
+
+namespace vastra {
+
+class CConfiguration {
+ public:
+  void Fields(CFieldWalk& walk);
+  // The text report of all blocks, in file order, into file; a CFileException of it passes through.
+  void Report(CFile& file);
+
+  UINT m_version = kVersionNewest;  // of the configuration file
+  CInputConfig m_input;
+  CMultiOutputConfig m_outputs;
+  CMultiSummaryConfig m_summaries;
+  CPlcMultiConfig m_plcWrite;
+  CSmartConfig m_smart;
+  CTrendConfig m_trend;
+};
+
+}  // namespace vastra

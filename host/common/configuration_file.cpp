@@ -1,0 +1,115 @@
+#include "host/common/configuration_file.h"
+
+#include <cstring>
+
+#include "host/common/configuration_json.h"
+#include "host/common/paths.h"
+#include "vastra/platform/file_system.h"
+
+namespace vastra {
+namespace {
+
+constexpr char kMagic[4] = {'V', 'S', 'T', 'R'};
+constexpr std::size_t kBlock = 65536;
+
+void Store(CFile& file, CConfiguration& configuration) {
+  CArchive ar(&file, CArchive::store);
+  ar.Write(kMagic, sizeof kMagic);
+  ar << configuration.m_version;
+  CArchiveWalk walk(ar, configuration.m_version);
+  configuration.Fields(walk);
+  ar.Close();
+}
+
+CString Load(CArchive& ar, CConfiguration& fresh) {
+  CString fault;
+  char magic[sizeof kMagic];
+  if (std::memcmp(magic, kMagic, ar.Read(magic, sizeof magic)) != 0)
+    return "neither a configuration file nor JSON";
+  ar >> fresh.m_version;
+  if (!IsKnownVersion(fresh.m_version)) {
+    fault.Format("a configuration file of version %u, which is unknown", fresh.m_version);
+    return fault;
+  }
+  CArchiveWalk walk(ar, fresh.m_version);
+  fresh.Fields(walk);
+  if (const std::uint64_t rest = ar.Remaining())
+    fault.Format("bytes behind the end: %llu", static_cast<unsigned long long>(rest));
+  return fault;
+}
+
+CString LoadBytes(std::string bytes, CConfiguration& fresh) {
+  CMemFile file(std::move(bytes));
+  CArchive ar(&file, CArchive::load);
+  try {
+    return Load(ar, fresh);
+  } catch (const CArchiveException& fault) {
+    return fault.Text();
+  }
+}
+
+// JSON text has an object or, wrongly, an array at its head, behind white space and the mark of UTF-8.
+bool IsJson(std::string_view bytes) {
+  if (bytes.starts_with("\xEF\xBB\xBF")) bytes.remove_prefix(3);
+  const std::size_t head = bytes.find_first_not_of(" \t\r\n");
+  return head != bytes.npos && (bytes[head] == '{' || bytes[head] == '[');
+}
+
+std::string ReadAll(CFile& file) {
+  std::string bytes;
+  std::size_t size = 0;
+  do {
+    bytes.resize(size + kBlock);
+    size += file.Read(bytes.data() + size, kBlock);
+  } while (size == bytes.size());
+  bytes.resize(size);
+  return bytes;
+}
+
+}  // namespace
+
+CString ParseConfiguration(std::string bytes, const CString& folder, CConfiguration& configuration) {
+  CConfiguration fresh;
+  CString fault =
+      IsJson(bytes) ? ConfigurationFromJson(bytes, folder, fresh) : LoadBytes(std::move(bytes), fresh);
+  if (fault.IsEmpty()) configuration = std::move(fresh);
+  return fault;
+}
+
+CString LoadConfiguration(const CString& path, CConfiguration& configuration) {
+  try {
+    CFile file(path, CFile::modeRead);
+    return ParseConfiguration(ReadAll(file), DirectoryOf(MakeAbsolute(path)), configuration);
+  } catch (const CFileException& fault) {
+    return fault.Text();
+  }
+}
+
+CString SaveConfiguration(const CString& path, CConfiguration& configuration) {
+  try {
+    CReplaceFile file(path);
+    Store(file, configuration);
+    file.Replace();
+  } catch (const CFileException& fault) {
+    return "not saved: " + fault.Text();
+  }
+  return {};
+}
+
+std::string StoreConfiguration(CConfiguration& configuration) {
+  CMemFile file;
+  Store(file, configuration);
+  return file.Bytes();
+}
+
+CStringArray LostInFile(CConfiguration& configuration) {
+  CConfiguration loaded;
+  LoadBytes(StoreConfiguration(configuration), loaded);
+  CString words;
+  words.Format(": a configuration file of version %u cannot hold it", configuration.m_version);
+  CStringArray lines = DifferentKeys(configuration, loaded);
+  for (CString& line : lines) line += words;
+  return lines;
+}
+
+}  // namespace vastra

@@ -1,0 +1,133 @@
+#include "host/common/json_text.h"
+
+namespace vastra {
+namespace {
+
+using nlohmann::json;
+
+constexpr std::size_t kMaxDepth = 32;
+constexpr std::size_t kMaxShown = 60;
+constexpr int kNumberOverflow = 406;  // the library's number for it
+
+// Builds the tree, and refuses while doing so. The library calls it for each token.
+class CTreeBuilder final : public json::json_sax_t {
+ public:
+  explicit CTreeBuilder(json& root) : m_root(root) {}
+
+  bool null() override { return Put(nullptr); }
+  bool boolean(bool value) override { return Put(value); }
+  bool number_integer(json::number_integer_t value) override { return Put(value); }
+  bool number_unsigned(json::number_unsigned_t value) override { return Put(value); }
+  bool number_float(json::number_float_t value, const json::string_t&) override { return Put(value); }
+  bool binary(json::binary_t&) override { return false; }  // stands in no text
+  bool string(json::string_t& value) override {
+    RefuseNul(value);
+    return Put(std::move(value));
+  }
+  bool start_object(std::size_t) override { return Open(json::object()); }
+  bool start_array(std::size_t) override { return Open(json::array()); }
+  bool end_object() override { return Close(); }
+  bool end_array() override { return Close(); }
+  bool key(json::string_t& key) override {
+    CLevel& level = m_levels.back();
+    level.m_key = key;
+    RefuseNul(key);
+    if (level.m_node->contains(key)) throw CJsonFault(Path(), "stands twice");
+    return true;
+  }
+  bool parse_error(std::size_t, const std::string&, const json::exception& fault) override {
+    if (fault.id == kNumberOverflow) throw CJsonFault(Path(), "the number is too large");
+    std::string_view words = fault.what();
+    words.remove_prefix(std::min(words.size(), words.find("line ")));
+    throw CJsonFault("", "no valid JSON, " + CString(words.substr(0, words.find("; last read"))));
+  }
+
+ private:
+  struct CLevel {
+    json* m_node;
+    std::string m_key;  // of the member that comes next or is open
+  };
+
+  void RefuseNul(const std::string& text) const {
+    if (text.find('\0') != text.npos) throw CJsonFault(Path(), "must not hold U+0000");
+  }
+
+  json* Add(json&& value) {
+    if (m_levels.empty()) return &(m_root = std::move(value));
+    CLevel& level = m_levels.back();
+    if (level.m_node->is_object()) return &((*level.m_node)[level.m_key] = std::move(value));
+    level.m_node->push_back(std::move(value));
+    return &level.m_node->back();
+  }
+  bool Put(json&& value) { return Add(std::move(value)), true; }
+  bool Open(json&& value) {
+    if (m_levels.size() == kMaxDepth) throw CJsonFault(Path(), "nested too deeply");
+    m_levels.push_back({Add(std::move(value)), {}});
+    return true;
+  }
+  bool Close() { return m_levels.pop_back(), true; }
+
+  // Of the value that comes next.
+  CString Path() const {
+    CString path;
+    for (const CLevel& level : m_levels) {
+      const std::size_t inside = &level == &m_levels.back() ? 0 : 1;
+      path = level.m_node->is_object() ? MemberPath(path, level.m_key)
+                                       : ElementPath(path, level.m_node->size() - inside);
+    }
+    return path;
+  }
+
+  json& m_root;
+  std::vector<CLevel> m_levels;
+};
+
+void AddLeaves(const CJson& node, const CString& path, std::vector<CJsonLeaf>& leaves) {
+  if (node.is_object()) {
+    for (const auto& [key, value] : node.items()) AddLeaves(value, MemberPath(path, key), leaves);
+  } else if (node.is_array()) {
+    for (std::size_t i = 0; i < node.size(); ++i) AddLeaves(node[i], ElementPath(path, i), leaves);
+  } else {
+    leaves.push_back({path, &node});
+  }
+}
+
+}  // namespace
+
+// A key may be anything; its message is one short line all the same.
+CString MemberPath(const CString& object, std::string_view key) {
+  std::string shown(key.substr(0, kMaxShown));
+  for (char& c : shown)
+    if (static_cast<unsigned char>(c) < ' ' || c == '\x7F') c = '?';
+  if (key.size() > kMaxShown) shown += "...";
+  return object.IsEmpty() ? CString(std::move(shown)) : object + "." + CString(std::move(shown));
+}
+
+CString ElementPath(const CString& array, std::size_t index) {
+  return array + "[" + CString(std::to_string(index)) + "]";
+}
+
+json ParseJson(std::string_view text) {
+  json root;
+  CTreeBuilder builder(root);
+  json::sax_parse(text, &builder);
+  return root;
+}
+
+bool IsJsonText(const CJson& value) {
+  if (value.get_ref<const std::string&>().find('\0') != std::string::npos) return false;
+  try {
+    value.dump();
+    return true;
+  } catch (const CJson::type_error&) {
+    return false;
+  }
+}
+
+std::vector<CJsonLeaf> Leaves(const CJson& root) {
+  std::vector<CJsonLeaf> leaves;
+  AddLeaves(root, {}, leaves);
+  return leaves;
+}
+
+}  // namespace vastra

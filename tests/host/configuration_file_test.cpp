@@ -1,0 +1,164 @@
+#include "host/common/configuration_file.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/configuration_bytes.h"
+#include "tests/support/files.h"
+
+namespace vastra {
+namespace {
+
+// What is wrong with bytes, or an empty text.
+CString Fault(const std::string& bytes) {
+  CConfiguration configuration;
+  return ParseConfiguration(bytes, "/", configuration);
+}
+
+CConfiguration Parsed(const std::string& bytes) {
+  CConfiguration configuration;
+  EXPECT_EQ("", ParseConfiguration(bytes, "/", configuration));
+  return configuration;
+}
+
+TEST(ConfigurationFile, IsTheBlocksInThisOrderAndNothingElse) {
+  CConfiguration full = Parsed(kFile);
+  EXPECT_EQ(Hex(kFile), Hex(StoreConfiguration(full)));
+  CConfiguration fresh;
+  fresh.m_version = 1002;
+  EXPECT_EQ(Hex(Bytes("'VSTR' EA030000 00x16 88130000 00000000 00 000000000000") +  // input
+                Bytes("00000000 00000000 00000000 00x9 000000000000 00000000 00")),
+            Hex(StoreConfiguration(fresh)));
+}
+
+TEST(ConfigurationFile, SaysInItsOwnWordsWhatIsWrong) {
+  const struct {
+    std::string bytes;
+    const char* fault;
+  } kFaults[] = {
+      {"VSTS" + kFile.substr(4), "neither a configuration file nor JSON"},
+      {"x", "neither a configuration file nor JSON"},
+      {Bytes("'VSTR' EC030000") + kFile.substr(8), "a configuration file of version 1004, which is unknown"},
+      {Bytes("'VSTR' 000003EB") + kFile.substr(8),
+       "a configuration file of version 3942842368, which is unknown"},
+      {kFile + '\0', "bytes behind the end: 1"},
+      {kFile + kFile, "bytes behind the end: 492"},
+      {"", "the file ends too early"},
+      {Bytes("'VSTR' EB030000 00x8 FFFFFFFF 00x200"), "a count is larger than the rest of the file"},
+      {Bytes("'VSTR' EB030000 00x24 FF FFFF FFFFFFFF 00x200"), "a count is larger than the rest of the file"},
+  };
+  for (const auto& row : kFaults) EXPECT_EQ(row.fault, Fault(row.bytes)) << Hex(row.bytes);
+}
+
+TEST(ConfigurationFile, IsRefusedWhereverItIsCutAndChangesNothing) {
+  CConfiguration configuration = Parsed(kFile);
+  for (std::size_t n = 0; n < kFile.size(); ++n)
+    EXPECT_NE("", ParseConfiguration(kFile.substr(0, n), "/", configuration)) << n;
+  EXPECT_EQ(Hex(kFile), Hex(StoreConfiguration(configuration)));
+}
+
+TEST(ConfigurationFile, StaysAsItWasWhenTheDiskIsFullAtAnyByte) {
+  const CTempDir dir;
+  const CString path = dir / "logger.vcf";
+  CConfiguration old;
+  CConfiguration full = Parsed(kFile);
+  ASSERT_EQ("", SaveConfiguration(path, old));
+  for (std::size_t n = 0; n < kFile.size(); n += 7) {
+    const CFileSizeLimit limit(n);
+    EXPECT_EQ("not saved: File too large", SaveConfiguration(path, full)) << n;
+  }
+  EXPECT_EQ(Hex(StoreConfiguration(old)), Hex(ReadBytes(path)));
+  EXPECT_FALSE(std::filesystem::exists((path + ".part").Std()));
+  ASSERT_EQ("", SaveConfiguration(path, full));
+  EXPECT_EQ(Hex(kFile), Hex(ReadBytes(path)));
+  EXPECT_EQ("not saved: No such file or directory", SaveConfiguration(dir / "none/logger.vcf", full));
+}
+
+TEST(ConfigurationFile, IsToldFromJsonByItsContent) {
+  const CTempDir dir;
+  CConfiguration configuration;
+  for (const char* head : {"", " \r\n\t", "\xEF\xBB\xBF"}) {
+    WriteBytes(dir / "a", head + kJson);
+    configuration = {};
+    EXPECT_EQ("", LoadConfiguration(dir / "a", configuration));
+    EXPECT_EQ(Hex(kFile), Hex(StoreConfiguration(configuration)));
+  }
+  WriteBytes(dir / "b.json", kFile);
+  configuration = {};
+  EXPECT_EQ("", LoadConfiguration(dir / "b.json", configuration));
+  EXPECT_EQ(Hex(kFile), Hex(StoreConfiguration(configuration)));
+  EXPECT_EQ("No such file or directory", LoadConfiguration(dir / "c", configuration));
+  EXPECT_EQ("Is a directory", LoadConfiguration(dir.Path(), configuration));
+  EXPECT_EQ(Hex(kFile), Hex(StoreConfiguration(configuration)));
+}
+
+TEST(ConfigurationFile, TakesRelativePathsFromTheFolderOfTheJsonFile) {
+  const CTempDir dir;
+  std::filesystem::create_directory((dir / "conf").Std());
+  std::filesystem::create_directory_symlink("/usr/lib", (dir / "conf/link").Std());
+  const std::pair<const char*, CString> kPaths[] = {
+      {"logs", dir / "conf/logs"}, {"./a//b/", dir / "conf/a/b"},
+      {".", dir / "conf"},         {"../logs", dir / "logs"},
+      {"/abs/./x", "/abs/./x"},    {"", ""},
+      {"a/../b", dir / "conf/b"},  {"link/../b", dir / "conf/link/../b"},
+  };
+  for (const auto& [typed, path] : kPaths) {
+    const std::string text = std::string("\"") + typed + "\"";
+    WriteBytes(dir / "conf/a.json", "{\"outputs\":[{\"directory\":" + text +
+                                        "}],\"summaries\":[{\"directory\":" + text +
+                                        "}],\"input\":{\"inputFiles\":[\"\"," + text + "]}}");
+    CConfiguration configuration;
+    EXPECT_EQ("", LoadConfiguration(dir / "conf/a.json", configuration));
+    EXPECT_EQ(path, configuration.m_outputs.m_outputs.GetHead()->m_directory);
+    EXPECT_EQ(path, configuration.m_summaries.m_summaries.GetHead()->m_directory);
+    EXPECT_EQ("", configuration.m_input.m_inputFiles.GetHead());
+    EXPECT_EQ(path, configuration.m_input.m_inputFiles.GetTail());
+  }
+}
+
+TEST(ConfigurationFile, TellsWhichSettingsItLoses) {
+  CConfiguration full = Parsed(kFile);
+  EXPECT_EQ(0, LostInFile(full).GetSize());
+  full.m_plcWrite.m_disableWriting = 1;
+  full.m_plcWrite.m_nodes.GetHead()->m_node.m_driver.value5 = 1;
+  full.m_input.m_plcNodes.GetTail()->m_driver.value5 = 2;
+  full.m_input.m_preEquationText = "\xFF";
+  const auto lost = [&] {
+    std::string lines;
+    for (const CString& line : LostInFile(full)) lines += line.Std() + "\n";
+    return lines;
+  };
+  EXPECT_EQ(
+      "input.plcNodes[1].driver.value5: a configuration file of version 1003 cannot hold it\n"
+      "plcWrite.nodes[0].driver.value5: a configuration file of version 1003 cannot hold it\n"
+      "plcWrite.disableWriting: a configuration file of version 1003 cannot hold it\n",
+      lost());
+  full.m_plcWrite = {};
+  full.m_input = {};
+  full.m_version = 1002;
+  full.m_outputs.m_outputs.AddHead(new COutputConfig);
+  full.m_outputs.m_outputs.GetHead()->m_nameVariable = kSystemTime;
+  EXPECT_EQ(
+      "outputs[1].nameVariable: a configuration file of version 1002 cannot hold it\n"
+      "outputs[1].dwordName: a configuration file of version 1002 cannot hold it\n"
+      "outputs[1].prefix: a configuration file of version 1002 cannot hold it\n"
+      "outputs[1].usePrefix: a configuration file of version 1002 cannot hold it\n",
+      lost());
+}
+
+TEST(ConfigurationFile, ReportsAllBlocksInFileOrder) {
+  CConfiguration full = Parsed(kFile);
+  CMemFile file;
+  full.Report(file);
+  std::size_t place = 0;
+  for (const char* heading :
+       {"[*** Input ***]\r\n\r\n[AutoStart]\r\nYes", "*Node Name\r\nA", "*Node Name\r\nB",
+        "[*** Multiple Outputs ***]", "[*** Output ***]", "[*** Multiple Summaries ***]", "[*** Summary ***]",
+        "[*** Multiple Outputs to Plc***]", "*Node Name\r\nA", "[*** Smart ***]", "[*** Trending ***]"}) {
+    const std::size_t found = file.Bytes().find(heading, place);
+    ASSERT_NE(std::string::npos, found) << heading;
+    place = found + 1;
+  }
+}
+
+}  // namespace
+}  // namespace vastra

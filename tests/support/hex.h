@@ -1,0 +1,39 @@
+// Bytes as people write them.
+#pragma once
+
+#include <string>
+
+namespace vastra {
+
+// The bytes of hex text. White space divides; "00x36" is the byte 00 thirty-six times; what stands in single
+// quotes goes as it is.
+inline std::string Bytes(const std::string& hex) {
+  std::string bytes;
+  for (std::size_t i = 0; i < hex.size();) {
+    if (hex[i] == ' ') {
+      ++i;
+    } else if (hex[i] == '\'') {
+      const std::size_t end = hex.find('\'', i + 1);
+      bytes += hex.substr(i + 1, end - i - 1);
+      i = end + 1;
+    } else if (hex[i] == 'x') {
+      std::size_t digits = 0;
+      bytes.append(std::stoul(hex.substr(i + 1), &digits) - 1, bytes.back());
+      i += 1 + digits;
+    } else {
+      bytes += static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16));
+      i += 2;
+    }
+  }
+  return bytes;
+}
+
+// The other way, in pairs of digits, so that a test shows where bytes differ.
+inline std::string Hex(const std::string& bytes) {
+  constexpr const char* kDigits = "0123456789ABCDEF";
+  std::string hex;
+  for (const char c : bytes) hex += {kDigits[(c >> 4) & 15], kDigits[c & 15], ' '};
+  return hex;
+}
+
+}  // namespace vastra
