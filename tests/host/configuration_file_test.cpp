@@ -23,11 +23,12 @@ CConfiguration Parsed(const std::string& bytes) {
 TEST(ConfigurationFile, IsTheBlocksInThisOrderAndNothingElse) {
   CConfiguration full = Parsed(kFile);
   EXPECT_EQ(Hex(kFile), Hex(StoreConfiguration(full)));
+  const std::string blocks = Bytes(
+      "00x16 88130000 00000000 00 000000000000 00000000 00000000 00000000 00x9 000000000000 00000000 00");
   CConfiguration fresh;
+  EXPECT_EQ(Hex(Bytes("'VSTR' EB030000") + blocks), Hex(StoreConfiguration(fresh)));
   fresh.m_version = 1002;
-  EXPECT_EQ(Hex(Bytes("'VSTR' EA030000 00x16 88130000 00000000 00 000000000000") +  // input
-                Bytes("00000000 00000000 00000000 00x9 000000000000 00000000 00")),
-            Hex(StoreConfiguration(fresh)));
+  EXPECT_EQ(Hex(Bytes("'VSTR' EA030000") + blocks), Hex(StoreConfiguration(fresh)));
 }
 
 TEST(ConfigurationFile, SaysInItsOwnWordsWhatIsWrong) {

@@ -7,6 +7,7 @@
 
 #include "host/common/configuration_file.h"
 #include "tests/support/configuration_bytes.h"
+#include "tests/support/files.h"
 
 namespace vastra {
 namespace {
@@ -224,6 +225,17 @@ TEST(ConfigurationJson, NamesWhatHasNoJsonForm) {
   EXPECT_EQ("plcWrite.nodes[0].scaler[0].lowLimit: a NaN with bits of its own has no JSON form",
             ConfigurationToJson(configuration, text));
   EXPECT_EQ("before", text);
+}
+
+TEST(ConfigurationJson, IsAsItsPageShowsIt) {
+  const std::string page = ReadBytes(VASTRA_DOCS "/file-formats.md");
+  const std::size_t start = page.find("```json\n") + 8;
+  CConfiguration configuration = Parsed(page.substr(start, page.find("```", start) - start));
+  ASSERT_EQ(1, configuration.m_outputs.m_outputs.GetCount());
+  const COutputConfig& output = *configuration.m_outputs.m_outputs.GetHead();
+  EXPECT_EQ("/f/logs", output.m_directory);
+  EXPECT_EQ(3, output.m_enableEquations.GetSize());
+  EXPECT_EQ(2u, configuration.m_input.m_plcNodes.GetHead()->m_driver.variableCount);
 }
 
 }  // namespace
