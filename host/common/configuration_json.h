@@ -10,9 +10,9 @@ namespace vastra {
 // line that begins with the path of the key ("outputs[1].maxLogs: ..."), or an empty text for success.
 CString ConfigurationFromJson(std::string_view text, const CString& folder, CConfiguration& fresh);
 
-// Sets text to the JSON form; import of it gives the same bytes of the configuration file. A text that is no
-// UTF-8 or holds U+0000, and a NaN that is not the usual one, have no JSON form: the result then names the
-// key, and text stays as it was.
+// Sets text to the JSON form. Reading it gives the same bytes of the configuration file, if the paths are
+// absolute or empty. A text that is no UTF-8 or holds U+0000, and a NaN that is not the usual one, have no
+// JSON form: the result then names the key, and text stays as it was.
 CString ConfigurationToJson(CConfiguration& configuration, std::string& text);
 
 // The paths of the keys that differ between two configurations with lists of the same lengths.
