@@ -43,7 +43,7 @@ int SaveLogFile(const CString& path, bool durable, const std::function<void(CFil
 void RemoveLeftImages(const CString& directory, const CString& extension) {
   if (extension.IsEmpty()) return;  // any file could be meant
   for (const CFileEntry& file : ListFiles(directory, extension + CReplaceFile::kSuffix))
-    DeleteFile(JoinPath(directory, file.m_name));
+    CReplaceFile::RemoveLeft(JoinPath(directory, file.m_name));
 }
 
 }  // namespace vastra

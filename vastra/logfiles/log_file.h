@@ -14,7 +14,8 @@ namespace vastra {
 // is.
 int SaveLogFile(const CString& path, bool durable, const std::function<void(CFile&)>& write);
 
-// Removes from directory the new images of logs with extension that a killed process left.
+// Removes from directory the new images of logs with extension that a killed process left; not those that
+// another process is writing.
 void RemoveLeftImages(const CString& directory, const CString& extension);
 
 }  // namespace vastra

@@ -1,6 +1,7 @@
 #include "vastra/platform/file.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/uio.h>
 #include <unistd.h>
@@ -101,8 +102,18 @@ void CMemFile::Write(const void* bytes, std::size_t count) {
   m_bytes.append(static_cast<const char*>(bytes), count);
 }
 
-CReplaceFile::CReplaceFile(const CString& path)
-    : CFile(path + kSuffix, modeWrite | modeCreate), m_target(path) {}
+CReplaceFile::CReplaceFile(const CString& path) : m_target(path) {
+  RemoveLeft(path + kSuffix);
+  if (!Open(path + kSuffix, modeWrite | modeCreate | modeNew)) Fail();
+  ::flock(m_handle, LOCK_EX | LOCK_NB);  // without locks, as on some servers of files, nothing is lost
+}
+
+void CReplaceFile::RemoveLeft(const CString& path) {
+  const int handle = ::open(path, O_WRONLY | O_NONBLOCK | O_CLOEXEC);
+  if (handle < 0) return;
+  if (::flock(handle, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK) ::unlink(path);
+  ::close(handle);
+}
 
 CReplaceFile::~CReplaceFile() {
   if (!m_replaced) ::unlink(m_path);
@@ -110,6 +121,7 @@ CReplaceFile::~CReplaceFile() {
 
 void CReplaceFile::Replace() {
   Sync();
+  const CFile lock(::dup(m_handle));  // keeps the image locked until it has its name
   Close();
   if (::rename(m_path, m_target) != 0) Fail();
   m_replaced = true;

@@ -77,14 +77,18 @@ class VASTRA_API CMemFile : public CFile {
 // A new image of the file at path. It is written beside it, as path with ".part" behind it; Replace syncs it
 // and renames it over the old file, so that a reader, also one after a power cut, finds the whole old image
 // or the whole new one. Without a Replace that succeeded the destructor takes the new image away and the old
-// file stays.
+// file stays. The image is locked as long as it is being written: that tells it from one that a killed
+// process left.
 class VASTRA_API CReplaceFile : public CFile {
  public:
   static constexpr const char* kSuffix = ".part";
 
-  explicit CReplaceFile(const CString& path);  // throws if the image cannot be created
+  explicit CReplaceFile(const CString& path);  // throws if it is being written or cannot be
   ~CReplaceFile() override;
   void Replace();
+
+  // Takes the image at path, its suffix included, away unless a process is writing it.
+  static void RemoveLeft(const CString& path);
 
  private:
   CString m_target;
