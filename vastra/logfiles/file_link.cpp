@@ -275,6 +275,12 @@ UINT CFileLink::GetCurrentFile() const { return IsReplay() ? m_filesRead : 0; }
 
 int CFileLink::Finished() const { return IsReplay() ? m_finished : 0; }
 
+CFill CFileLink::GetFill() const {
+  if (IsReplay()) return {m_samples.GetCount(), m_samples.GetCount() + m_samples.GetTakenCount()};
+  if (IsWriter()) return {m_partial ? 0 : m_samples.GetCount(), m_maxSamples};
+  return {};
+}
+
 int CFileLink::ReadVariable(UINT index, float& value) {
   if (!IsInBuffer(index)) return 0;
   value = m_lastSample.m_values[static_cast<int>(index)];

@@ -41,6 +41,17 @@ class VASTRA_API CFileConfig : public CLinkConfig, public CFileSettings {
   CStringArray m_varNames;  // of the samples that are going to be written; a replay takes those of its logs
 };
 
+// How full something is.
+struct CFill {
+  std::uint64_t m_samples = 0;
+  std::uint64_t m_of = 0;
+
+  CFill& operator+=(const CFill& other) {
+    m_samples += other.m_samples, m_of += other.m_of;
+    return *this;
+  }
+};
+
 class VASTRA_API CFileLink : public CLink, private CFileSettings {
  public:
   // A new link; null, and no link, if component is not null, since a file link is a leaf.
@@ -68,6 +79,10 @@ class VASTRA_API CFileLink : public CLink, private CFileSettings {
   UINT GetTotalFiles() const;   // logs to be played
   UINT GetCurrentFile() const;  // logs begun behind the first
   int Finished() const;         // 1 once a Read has found no log left
+
+  // Samples in memory, and of how many. Writer: gathered and not on the disk yet, of those that make a log;
+  // replay: not read yet, of the log that is playing. All 0 in any other state.
+  CFill GetFill() const;
 
   // Buffer: the value at index of the last sample. 0, with value left alone, in any other state or beyond the
   // end of the sample; without a line.

@@ -45,6 +45,8 @@ class VASTRA_API CSampleStore {
   bool IsEmpty() const { return GetCount() == 0; }
   std::size_t GetCount() const { return m_times.size() - m_head.m_index; }
 
+  std::size_t GetTakenCount() const { return m_head.m_index; }  // by RemoveHead, since the store was filled
+
   // Sees to it that a sample of that many values can be appended without more memory. Throws std::bad_alloc,
   // with the store as it was.
   void MakeRoom(int values);

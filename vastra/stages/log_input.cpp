@@ -100,4 +100,9 @@ float CLogInput::PercentCompleted() const {
   return total ? static_cast<float>(FilesRead()) / static_cast<float>(total) : 0.0f;
 }
 
+float CLogInput::PartOfLog() const {
+  const CFill fill = Replay() ? Replay()->GetFill() : CFill();
+  return fill.m_of ? 1.0f - static_cast<float>(fill.m_samples) / static_cast<float>(fill.m_of) : 0.0f;
+}
+
 }  // namespace vastra

@@ -51,6 +51,7 @@ class VASTRA_API CLogInput : public CLogFacade {
   UINT FilesRead() const;
   UINT TotalFilesToRead() const;
   float PercentCompleted() const;  // a fraction, from 0.0 to below 1.0
+  float PartOfLog() const;         // of the log that is playing, the part that was read: from 0.0 to 1.0
 
   CInputConfig* GetOptions() { return &m_options; }
   void ClearConfiguration() { m_options.Clear(); }

@@ -26,6 +26,12 @@ int CLogMultiOutput::Restart() {
   return 1;
 }
 
+CFill CLogMultiOutput::GetFill() const {
+  CFill fill;
+  for (const CLogSingleOutput* output : m_outputs) fill += output->GetFill();
+  return fill;
+}
+
 void CLogMultiOutput::Close() {
   CloseSingles(m_outputs);
   m_open = 0;

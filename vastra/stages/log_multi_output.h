@@ -23,6 +23,9 @@ class VASTRA_API CLogMultiOutput : public CLogFacade {
   // Deletes all outputs; each closes itself as it goes.
   void DeleteList() { DeleteAll(m_outputs); }
 
+  // The sum over all outputs of the samples that are not on the disk yet, and of what makes their logs full.
+  CFill GetFill() const;
+
   CMultiOutputConfig* GetOptions() { return &m_options; }
   void ClearConfiguration() { m_options.Clear(); }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "vastra/config/output_config.h"
+#include "vastra/logfiles/file_link.h"
 #include "vastra/stages/single_enable.h"
 
 namespace vastra {
@@ -26,6 +27,9 @@ class VASTRA_API CLogSingleOutput : public CLogFacade {
   int Restart();
   // Hands sample to the log. 0: not taken, or the log that it completed could not be saved.
   int Write(CLogSample& sample);
+
+  // Samples that are gathered and not on the disk yet, of those that make a log; 0 of 0 without files.
+  CFill GetFill() const { return m_pFileLink ? m_pFileLink->GetFill() : CFill(); }
 
   COutputConfig* GetOptions() { return &m_options; }
 
