@@ -1,0 +1,21 @@
+#include "host/common/save_file.h"
+
+#include <filesystem>
+
+namespace vastra {
+
+void SaveFile(const CString& path, const std::function<void(CFile&)>& write) {
+  std::error_code failed;
+  const std::filesystem::path real = std::filesystem::canonical(path.Std(), failed);  // behind its links
+  if (!failed && !std::filesystem::is_regular_file(real, failed)) {
+    CFile file(path, CFile::modeWrite);
+    write(file);
+    file.Close();
+    return;
+  }
+  CReplaceFile file(real.empty() ? path : CString(real.string()));
+  write(file);
+  file.Replace();
+}
+
+}  // namespace vastra
