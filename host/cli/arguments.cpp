@@ -1,0 +1,95 @@
+#include "host/cli/arguments.h"
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+#include <limits>
+
+#include "host/common/paths.h"
+
+namespace vastra {
+namespace {
+
+// Of a list that may have any number of values.
+constexpr int kMany = std::numeric_limits<int>::max() / 2;
+
+std::int64_t ToNumber(const char* name, const std::string& typed, std::int64_t lowest, std::int64_t highest) {
+  std::int64_t number = 0;
+  const char* const end = typed.data() + typed.size();
+  const auto [rest, fault] = std::from_chars(typed.data(), end, number);
+  if (fault != std::errc() || rest != end || number < lowest || number > highest)
+    throw CLI::ValidationError(name, typed + " is not a whole number from " + std::to_string(lowest) +
+                                         " to " + std::to_string(highest));
+  return number;
+}
+
+}  // namespace
+
+CFileArgument ToFile(const CString& typed) { return {typed, MakeAbsolute(typed)}; }
+
+CArgument<CString> CArguments::Text(const char* name, const char* words) {
+  auto value = std::make_shared<CString>();
+  const auto take = [value](const std::string& typed) { *value = CString(typed); };
+  m_command.add_option_function<std::string>(name, take, words)->required()->type_name("");
+  return value;
+}
+
+CArgument<CFileArgument> CArguments::File(const char* name, const char* words) {
+  auto value = std::make_shared<CFileArgument>();
+  const auto take = [value](const std::string& typed) { *value = ToFile(CString(typed)); };
+  m_command.add_option_function<std::string>(name, take, words)->required()->type_name("");
+  return value;
+}
+
+CArgument<std::vector<CFileArgument>> CArguments::Files(const char* name, const char* words) {
+  auto value = std::make_shared<std::vector<CFileArgument>>();
+  const auto take = [value](const std::vector<std::string>& typed) {
+    for (const std::string& file : typed) value->push_back(ToFile(CString(file)));
+  };
+  m_command.add_option_function<std::vector<std::string>>(name, take, words)
+      ->required()
+      ->expected(1, kMany)
+      ->type_name("");
+  return value;
+}
+
+CArgument<bool> CArguments::Flag(const char* name, const char* words) {
+  auto value = std::make_shared<bool>(false);
+  m_command.add_flag_callback(
+      name, [value] { *value = true; }, words);
+  return value;
+}
+
+CArgument<CNumber> CArguments::Number(const char* name, const char* value, const char* words,
+                                      std::int64_t lowest, std::int64_t highest) {
+  auto number = std::make_shared<CNumber>();
+  const auto take = [=](const std::string& typed) { *number = ToNumber(name, typed, lowest, highest); };
+  m_command.add_option_function<std::string>(name, take, words)->type_name(value);
+  return number;
+}
+
+CArgument<std::optional<CFileArgument>> CArguments::OptionalFile(const char* name, const char* value,
+                                                                 const char* words) {
+  auto file = std::make_shared<std::optional<CFileArgument>>();
+  const auto take = [file](const std::string& typed) { *file = ToFile(CString(typed)); };
+  m_command.add_option_function<std::string>(name, take, words)->type_name(value);
+  return file;
+}
+
+CArgument<std::vector<CString>> CArguments::Texts(const char* name, const char* value, const char* words) {
+  auto texts = std::make_shared<std::vector<CString>>();
+  const auto take = [texts](const std::vector<std::string>& typed) {
+    for (const std::string& text : typed) texts->emplace_back(text);
+  };
+  m_command.add_option_function<std::vector<std::string>>(name, take, words)
+      ->type_name(value)
+      ->expected(1)
+      ->take_all()
+      ->allow_extra_args(false);  // else it takes what stands behind it too
+  return texts;
+}
+
+void CArguments::Exclude(const char* first, const char* second) {
+  m_command.get_option(first)->excludes(m_command.get_option(second));
+}
+
+}  // namespace vastra

@@ -1,0 +1,29 @@
+#include <iterator>
+
+#include "host/cli/command.h"
+
+namespace vastra {
+namespace {
+
+constexpr CCommand kCommands[] = {
+    {"demo", "Log from the built-in simulator, to see what comes out", "vastra demo --out my-logs",
+     DeclareDemo},
+    {"run", "Run a configuration: read, compute, log", "vastra run kiln.json --scans 100 --period 0",
+     DeclareRun},
+    {"check", "Work out the variables of each stage without contacting a PLC", "vastra check kiln.json",
+     DeclareCheck},
+    {"import", "Make a configuration file from JSON", "vastra import kiln.json kiln.vst", DeclareImport},
+    {"export", "Print a configuration as JSON", "vastra export kiln.vst > kiln.json", DeclareExport},
+    {"report", "Print a configuration as a report to read", "vastra report kiln.json", DeclareReport},
+    {"inspect", "Tell what logs hold", "vastra inspect demo-logs/all/*.rph", DeclareInspect},
+    {"convert", "Print a log as CSV", "vastra convert old.rph --csv old.csv", DeclareConvert},
+    {"eval", "Compile equations and run them on one sample", "vastra eval 'y = 2 * a;' --var a=1.5",
+     DeclareEval},
+    {"drivers", "List the driver modules beside this program", "vastra drivers", DeclareDrivers},
+};
+
+}  // namespace
+
+std::span<const CCommand> Commands() { return kCommands; }
+
+}  // namespace vastra

@@ -1,0 +1,89 @@
+// vastra demo: logs from the simulator, to show what comes out and to leave a configuration to start from.
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "host/cli/command.h"
+#include "host/cli/demo_configuration.h"
+#include "host/cli/session.h"
+#include "host/cli/terminal.h"
+#include "host/common/configuration_file.h"
+#include "host/common/save_file.h"
+#include "vastra/platform/file_system.h"
+
+namespace vastra {
+namespace {
+
+constexpr std::int64_t kScans = 120;
+
+EExit MakeFolders(const CFileArgument& out) {
+  for (const char* folder : kDemoFolders) {
+    std::error_code failed;
+    std::filesystem::create_directories(JoinPath(out.path, folder).Std(), failed);
+    if (failed) return Fail(kFailed, out.typed, CString(failed.message()));
+  }
+  return kDone;
+}
+
+std::string ReadBytes(const CString& path) {
+  std::ifstream file(path.Std(), std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// What the user has made of the file of an earlier demo stays.
+EExit SaveConfigurationFor(const CFileArgument& file) {
+  if (FileExists(file.path)) {
+    if (ReadBytes(file.path) != kDemoConfiguration)
+      Warn(file.typed, "is there already and has been changed: left as it is");
+    return kDone;
+  }
+  try {
+    SaveFile(file.path, [](CFile& to) { to.Write(kDemoConfiguration, std::strlen(kDemoConfiguration)); });
+    return kDone;
+  } catch (const CFileException& fault) {
+    return Fail(kFailed, file.typed, fault.Text());
+  }
+}
+
+void Explain(const CFileArgument& out, const CSessionResult& result) {
+  CTerminal& terminal = CTerminal::Instance();
+  terminal.Line("vastra: " + ToText(result));
+  const CString& dir = out.typed;
+  for (const std::string& file : result.files)
+    terminal.Line("  " + dir + CString(file).Mid(out.path.GetLength()));
+  terminal.Line("The configuration is in " + dir + "/demo.json. Try next:");
+  terminal.Line("  vastra inspect " + dir + "/all/*.rph");
+  terminal.Line("  vastra convert " + dir + "/batches/Batch1.rph");
+  terminal.Line("  vastra check " + dir + "/demo.json");
+  terminal.Line("  vastra run " + dir + "/demo.json");
+}
+
+EExit Demo(const CFileArgument& out, const CSessionOptions& options) {
+  const CFileArgument file = {out.typed + "/demo.json", JoinPath(out.path, "demo.json")};
+  if (MakeFolders(out) != kDone || SaveConfigurationFor(file) != kDone) return kFailed;
+  CConfiguration configuration;
+  const CString fault = ParseConfiguration(kDemoConfiguration, out.path, configuration);
+  if (!fault.IsEmpty()) return Fail(kRefused, "demo", fault);
+  CSessionResult result;
+  const EExit status = RunSession("demo", configuration, options, result);
+  if (status == kDone) Explain(out, result);
+  return status;
+}
+
+}  // namespace
+
+CAction DeclareDemo(CArguments& arguments) {
+  const auto out = arguments.OptionalFile("--out", "DIR", "Where to log; demo-logs without it");
+  const auto scans =
+      arguments.Number("--scans", "N", "Stop after so many scans; 120 without it", 0, kMostScans);
+  const auto period =
+      arguments.Number("--period", "MS", "Milliseconds from scan to scan; 25 without it", 0, kLongestPeriod);
+  const CFileArgument usual = ToFile("demo-logs");
+  return [=] {
+    return Demo(out->value_or(usual), {false, scans->value_or(kScans),
+                                       CScanLoop::Period(period->value_or(-1)), EVerbosity::normal});
+  };
+}
+
+}  // namespace vastra

@@ -1,0 +1,102 @@
+#include "host/cli/inbox.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
+
+namespace vastra {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// What the signal handler works on: it can be given nothing.
+std::atomic<CInbox*> g_inbox{nullptr};
+std::atomic<std::int64_t> g_stoppedAt{0};  // milliseconds on Clock; 0: not yet
+
+constexpr std::int64_t kPatience = 1000;  // milliseconds
+
+constexpr int kStops[] = {SIGINT, SIGTERM, SIGHUP};
+
+void HandleStop(int signal) {
+  const int savedError = errno;
+  const std::int64_t now =
+      std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now().time_since_epoch()).count();
+  std::int64_t first = 0;
+  if (!g_stoppedAt.compare_exchange_strong(first, now) && signal == SIGINT && now - first >= kPatience) {
+    ::signal(signal, SIG_DFL);
+    ::raise(signal);
+  }
+  if (CInbox* inbox = g_inbox) inbox->Post(CStopSignals::messageStop, 0, 0);
+  errno = savedError;
+}
+
+void SetHandler(int signal, void (*handler)(int)) {
+  struct sigaction action = {};
+  action.sa_handler = handler;
+  action.sa_flags = SA_RESTART;  // what a driver waits for goes on
+  ::sigaction(signal, &action, nullptr);
+}
+
+bool IsIgnored(int signal) {
+  struct sigaction action = {};
+  return ::sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
+timespec UntilThen(CInbox::Time until) {
+  const auto rest = std::max(until - Clock::now(), Clock::duration::zero());
+  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(rest);
+  return {seconds.count(), (rest - seconds).count()};
+}
+
+}  // namespace
+
+CInbox::CInbox() {
+  if (::pipe2(m_ends, O_CLOEXEC | O_NONBLOCK) != 0)
+    throw std::system_error(errno, std::generic_category(), "pipe");
+}
+
+CInbox::~CInbox() {
+  for (int end : m_ends) ::close(end);
+}
+
+// A message is shorter than PIPE_BUF: it goes into the pipe whole or not at all. A pipe that is full is full
+// of stops.
+void CInbox::Post(UINT message, WPARAM wparam, LPARAM lparam) {
+  const CMessage posted{message, wparam, lparam};
+  if (::write(m_ends[1], &posted, sizeof posted) == sizeof posted) ++m_count;
+}
+
+int CInbox::Wait(CMessage& message, Time until) {
+  if (m_count == 0 && until <= Clock::now()) return 0;
+  if (!IsReadable(until) || ::read(m_ends[0], &message, sizeof message) != sizeof message) return 0;
+  --m_count;
+  return 1;
+}
+
+bool CInbox::IsReadable(Time until) const {
+  pollfd end = {m_ends[0], POLLIN, 0};
+  for (;;) {
+    const timespec rest = UntilThen(until);
+    const int ready = ::ppoll(&end, 1, until == Time::max() ? nullptr : &rest, nullptr);
+    if (ready >= 0 || errno != EINTR) return ready > 0;
+  }
+}
+
+CStopSignals::CStopSignals(CInbox& inbox) {
+  g_stoppedAt = 0;
+  g_inbox = &inbox;
+  for (int signal : kStops)
+    if (signal != SIGHUP || !IsIgnored(SIGHUP)) SetHandler(signal, HandleStop);  // nohup stays in force
+}
+
+CStopSignals::~CStopSignals() {
+  for (int signal : kStops)
+    if (!IsIgnored(signal)) SetHandler(signal, SIG_DFL);
+  g_inbox = nullptr;
+}
+
+}  // namespace vastra

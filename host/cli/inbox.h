@@ -1,0 +1,45 @@
+// CInbox: what a command that runs for long waits on, with the messages of workers, the signals that stop it
+// and the time of the next scan in one place. Nothing is polled: the host sleeps until one of them comes.
+#pragma once
+
+#include <atomic>
+#include <chrono>
+
+#include "vastra/platform/message.h"
+
+namespace vastra {
+
+class CInbox : public CMessageTarget {
+ public:
+  using Time = std::chrono::steady_clock::time_point;
+
+  CInbox();
+  CInbox(const CInbox&) = delete;
+  CInbox& operator=(const CInbox&) = delete;
+  ~CInbox() override;
+
+  // From any thread, and from a signal handler.
+  void Post(UINT message, WPARAM wparam, LPARAM lparam) override;
+  // Takes the oldest message: 1, or 0 if none has come until then. Only the thread that owns the inbox.
+  int Wait(CMessage& message, Time until);
+
+ private:
+  bool IsReadable(Time until) const;
+
+  int m_ends[2];                // of a pipe of whole messages, to read and to write
+  std::atomic<int> m_count{0};  // of messages, so that a loop at full speed need not ask the system
+};
+
+// While it lives SIGINT, SIGTERM and SIGHUP post messageStop to inbox. A Ctrl-C that comes a second or more
+// after the first stop ends the process at once: the way out when a driver hangs.
+class CStopSignals {
+ public:
+  static constexpr UINT messageStop = 1000;
+
+  explicit CStopSignals(CInbox& inbox);
+  CStopSignals(const CStopSignals&) = delete;
+  CStopSignals& operator=(const CStopSignals&) = delete;
+  ~CStopSignals();
+};
+
+}  // namespace vastra

@@ -1,0 +1,92 @@
+// vastra inspect: what logs hold.
+#include "host/cli/command.h"
+#include "host/cli/json_output.h"
+#include "host/cli/output.h"
+#include "host/cli/terminal.h"
+#include "host/cli/time_text.h"
+#include "vastra/logfiles/log_reader.h"
+
+namespace vastra {
+namespace {
+
+// What one log holds, or why it is none.
+struct CLogFacts {
+  CString file;  // as it was typed
+  CString fault;
+  CStringArray names;
+  std::size_t samples = 0;
+  _timeb first, last;  // if there are samples
+};
+
+CLogFacts Look(const CFileArgument& file) {
+  CLogFacts facts{file.typed, {}, {}, 0, {}, {}};
+  CSampleStore samples;
+  CLogReader log(samples);
+  if (!log.Open(file.path) || !log.ReadSamples()) {
+    facts.fault = log.GetFault();
+    return facts;
+  }
+  log.GetNames(facts.names);
+  facts.samples = samples.GetCount();
+  if (samples.IsEmpty()) return facts;
+  facts.first = samples.GetHead().m_time;
+  facts.last = samples.GetLastTime();
+  return facts;
+}
+
+CJson ToJson(const _timeb& time) { return {time.time, time.millitm, time.timezone, time.dstflag}; }
+
+CJson ToJson(const CLogFacts& facts) {
+  CJson log = {{"file", ToJson(facts.file)}};
+  if (!facts.fault.IsEmpty()) {
+    log["error"] = ToJson(facts.fault);
+    return log;
+  }
+  log["names"] = CJson::array();
+  for (const CString& name : facts.names) log["names"].push_back(ToJson(name));
+  log["samples"] = facts.samples;
+  log["first"] = facts.samples ? ToJson(facts.first) : CJson();
+  log["last"] = facts.samples ? ToJson(facts.last) : CJson();
+  return log;
+}
+
+std::string Count(std::size_t count, const char* noun) {
+  return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
+std::string ToText(const CLogFacts& facts) {
+  const auto variables = static_cast<std::size_t>(facts.names.GetSize());
+  std::string text = facts.file.Std() + "\n  " + Count(facts.samples, "sample") + " of " +
+                     Count(variables, "variable") + "\n";
+  if (facts.samples)
+    text += "  from  " + LocalTimeText(facts.first) + "\n  to    " + LocalTimeText(facts.last) + "\n";
+  for (const CString& name : facts.names) text += "  - " + name.Std() + "\n";
+  return text;
+}
+
+EExit Inspect(const std::vector<CFileArgument>& files, bool asJson) {
+  EExit status = kDone;
+  CJson list = CJson::array();
+  for (const CFileArgument& file : files) {
+    const CLogFacts facts = Look(file);
+    if (!facts.fault.IsEmpty()) status = kFailed;
+    if (asJson)
+      list.push_back(ToJson(facts));
+    else if (!facts.fault.IsEmpty())
+      Fail(kFailed, facts.file, facts.fault);
+    else if (PrintData(ToText(facts)) != kDone)
+      return kFailed;
+  }
+  if (asJson && PrintJson(list) != kDone) return kFailed;
+  return status;
+}
+
+}  // namespace
+
+CAction DeclareInspect(CArguments& arguments) {
+  const auto files = arguments.Files("LOG", "Binary logs, .rph or .rpd");
+  const auto asJson = arguments.Flag("--json", "Print one array of objects");
+  return [=] { return Inspect(*files, *asJson); };
+}
+
+}  // namespace vastra

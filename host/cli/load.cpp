@@ -1,0 +1,13 @@
+#include "host/cli/load.h"
+
+#include "host/cli/terminal.h"
+#include "host/common/configuration_file.h"
+
+namespace vastra {
+
+EExit Load(const CFileArgument& file, CConfiguration& configuration) {
+  const CString fault = LoadConfiguration(file.path, configuration);
+  return fault.IsEmpty() ? kDone : Fail(kRefused, file.typed, fault);
+}
+
+}  // namespace vastra

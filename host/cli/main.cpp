@@ -1,0 +1,89 @@
+// vastra, the command line host.
+#include <fcntl.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <exception>
+
+#include "host/cli/command.h"
+#include "host/cli/output.h"
+#include "host/cli/terminal.h"
+
+namespace vastra {
+namespace {
+
+// A standard stream that the caller has closed must not become the first file that is opened.
+void OccupyStandardStreams() {
+  int handle = 0;
+  while (handle >= 0 && handle <= STDERR_FILENO) handle = ::open("/dev/null", O_RDONLY);
+  if (handle >= 0) ::close(handle);
+}
+
+// The command that is asked for.
+struct CRequest {
+  const char* name = nullptr;
+  CAction action;
+};
+
+void AddCommand(CLI::App& line, const CCommand& command, CRequest& request) {
+  CLI::App* sub = line.add_subcommand(command.name, command.words);
+  sub->footer(std::string("Example:\n  ") + command.example);
+  CArguments arguments(*sub);
+  sub->final_callback([&request, &command, action = command.declare(arguments)] {
+    request = {command.name, action};
+  });
+}
+
+// The words of the library, but for what it tells of the command itself.
+CString WhatIsWrong(const CLI::App& line, const CLI::ParseError& fault) {
+  if (!line.get_subcommands().empty() || line.remaining_size() == 0) return fault.what();
+  return "there is no command " + CString(line.remaining().front());
+}
+
+EExit FailUse(const CLI::App& line, const CLI::ParseError& fault) {
+  const auto given = line.get_subcommands();
+  const CString command = given.empty() ? CString() : " " + CString(given.front()->get_name());
+  return Fail(kWrongUse, given.empty() ? CString("command line") : command.Mid(1),
+              WhatIsWrong(line, fault) + " (vastra" + command + " --help tells more)");
+}
+
+// The words of the help.
+void Describe(CLI::App& line) {
+  line.get_formatter()->label("SUBCOMMAND", "COMMAND");
+  line.get_formatter()->label("Subcommands", "Commands");
+  line.get_formatter()->label("Positionals", "Arguments");
+  line.set_version_flag("--version", "vastra " VASTRA_VERSION, "Print the version and exit");
+  line.footer("vastra COMMAND --help tells more of a command, with an example.");
+}
+
+EExit Main(int argc, char** argv) {
+  CLI::App line("Vastra logs samples from controllers and earlier logs to files.", "vastra");
+  Describe(line);
+  line.require_subcommand(1);
+  CRequest request;
+  for (const CCommand& command : Commands()) AddCommand(line, command, request);
+  try {
+    line.parse(argc, argv);
+  } catch (const CLI::CallForHelp&) {
+    return PrintData(line.help());
+  } catch (const CLI::CallForVersion& version) {
+    return PrintData(version.what() + std::string("\n"));
+  } catch (const CLI::ParseError& fault) {
+    return FailUse(line, fault);
+  }
+  try {
+    return request.action();
+  } catch (const std::exception& fault) {  // no memory, or no pipe to be had
+    return Fail(kFailed, request.name, fault.what());
+  }
+}
+
+}  // namespace
+}  // namespace vastra
+
+int main(int argc, char** argv) {
+  vastra::OccupyStandardStreams();
+  ::signal(SIGPIPE, SIG_IGN);  // a reader that has gone is a failed write
+  return vastra::Main(argc, argv);
+}

@@ -1,0 +1,94 @@
+#include "host/cli/session.h"
+
+#include "host/cli/inbox.h"
+#include "host/cli/progress.h"
+#include "host/cli/terminal.h"
+#include "host/cli/written_files.h"
+#include "host/common/equation_check.h"
+#include "host/common/log_places.h"
+
+namespace vastra {
+namespace {
+
+std::vector<CString> LogDirectories(const CConfiguration& configuration) {
+  std::vector<CString> directories;
+  for (const CLogPlace& place : FindLogPlaces(configuration)) directories.push_back(place.directory);
+  return directories;
+}
+
+void Take(CScanLoop& loop, const CMessage& message) {
+  if (message.m_message == CStopSignals::messageStop)
+    loop.Stop();
+  else
+    loop.Notify(message.m_message, message.m_wparam);
+}
+
+// Drives loop to its end.
+void Follow(CScanLoop& loop, CInbox& inbox) {
+  CProgress progress(loop);
+  while (loop.IsRunning()) {
+    const CInbox::Time until = loop.IsPending() ? CInbox::Time::max() : loop.NextDue();
+    progress.Show(until);
+    CMessage message;
+    if (inbox.Wait(message, until))
+      Take(loop, message);
+    else
+      loop.Step();
+  }
+}
+
+EExit FailOpen(const CString& subject, const CScanLoop& loop, const CConfiguration& configuration) {
+  const CString stage = loop.FailedStage();
+  const CString why = stage == "input" ? ExplainSilence(configuration.m_input) : CString();
+  return Fail(kFailed, subject,
+              stage + ": the stage does not open" + (why.IsEmpty() ? why : ", since " + why));
+}
+
+}  // namespace
+
+EExit TellEquationFaults(const CString& subject, const CConfiguration& configuration,
+                         const CStageNames& names) {
+  const std::vector<CString> faults = FindEquationFaults(configuration, names);
+  for (const CString& fault : faults) Fail(kRefused, subject, fault);
+  return faults.empty() ? kDone : kRefused;
+}
+
+void TellWarnings(const CString& subject, const CConfiguration& configuration) {
+  for (const CString& warning : FindWarnings(configuration)) Warn(subject, warning);
+}
+
+EExit RunSession(const CString& subject, const CConfiguration& configuration, const CSessionOptions& options,
+                 CSessionResult& result) {
+  CHostConsole console(options.verbosity);
+  TellWarnings(subject, configuration);
+  console.ShowNothing();  // what fails here fails again, and is shown, when the stages open
+  const CStageNames names = FindStageNames(configuration);
+  console.Show(options.verbosity);
+  if (TellEquationFaults(subject, configuration, names) != kDone) return kRefused;
+
+  const CWrittenFiles written(LogDirectories(configuration));
+  CInbox inbox;
+  const CStopSignals stops(inbox);
+  CScanLoop loop(configuration, {options.threaded, options.scans, options.period, &inbox});
+  if (!loop.Start()) return FailOpen(subject, loop, configuration);
+  Follow(loop, inbox);
+  result = {loop.Counts(), written.Changed()};
+  return kDone;
+}
+
+CString ToText(const CSessionResult& result) {
+  const CScanCounts& counts = result.counts;
+  const struct {
+    const char* words;
+    std::uint64_t count;
+  } parts[] = {{" read", counts.read},
+               {" failed reads", counts.failedReads},
+               {" late", counts.late},
+               {" failed writes", counts.failedOutputs},
+               {" files written", result.files.size()}};
+  std::string text;
+  for (const auto& part : parts) text += (text.empty() ? "" : ", ") + std::to_string(part.count) + part.words;
+  return CString(text);
+}
+
+}  // namespace vastra

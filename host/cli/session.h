@@ -1,0 +1,43 @@
+// A session: one run of a configuration, from the checks before the stages open to the files that were
+// written. run and demo are built on it.
+#pragma once
+
+#include "host/cli/console.h"
+#include "host/cli/exit.h"
+#include "host/common/scan_loop.h"
+#include "host/common/stage_names.h"
+
+namespace vastra {
+
+// What the options of commands may say.
+constexpr std::int64_t kMostScans = INT64_MAX;
+constexpr std::int64_t kLongestPeriod = UINT32_MAX;  // milliseconds
+
+struct CSessionOptions {
+  bool threaded = false;
+  std::int64_t scans = -1;       // below 0: no limit
+  CScanLoop::Period period{-1};  // below 0: the configuration's
+  EVerbosity verbosity = EVerbosity::normal;
+};
+
+struct CSessionResult {
+  CScanCounts counts;
+  std::vector<std::string> files;  // written and still there, full paths in byte order
+};
+
+// Tells in one line of each equation list that does not compile. subject is what the lines call the
+// configuration. kDone, or kRefused.
+EExit TellEquationFaults(const CString& subject, const CConfiguration& configuration,
+                         const CStageNames& names);
+// Tells of what may not be wanted.
+void TellWarnings(const CString& subject, const CConfiguration& configuration);
+
+// Runs configuration until its end or a signal. kDone, with result; kRefused; or kFailed if a stage did not
+// open. What is wrong has been told.
+EExit RunSession(const CString& subject, const CConfiguration& configuration, const CSessionOptions& options,
+                 CSessionResult& result);
+
+// The counts in words.
+CString ToText(const CSessionResult& result);
+
+}  // namespace vastra
