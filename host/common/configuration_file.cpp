@@ -4,6 +4,7 @@
 
 #include "host/common/configuration_json.h"
 #include "host/common/paths.h"
+#include "host/common/save_file.h"
 #include "vastra/platform/file_system.h"
 
 namespace vastra {
@@ -87,9 +88,7 @@ CString LoadConfiguration(const CString& path, CConfiguration& configuration) {
 
 CString SaveConfiguration(const CString& path, CConfiguration& configuration) {
   try {
-    CReplaceFile file(path);
-    Store(file, configuration);
-    file.Replace();
+    SaveFile(path, [&configuration](CFile& file) { Store(file, configuration); });
   } catch (const CFileException& fault) {
     return "not saved: " + fault.Text();
   }
