@@ -17,7 +17,7 @@ namespace vastra::bench {
 // One bar: time of `ours` divided by time of `peer`, each the name of a benchmark, is to be at most `limit`;
 // with `faster` the other way round: `peer` takes at least `limit` times as long as `ours`.
 struct CGoal {
-  const char* text;
+  std::string text;
   std::vector<std::string> ours, peers;  // in pairs; of several pairs the geometric mean counts
   double limit;
   bool faster;
@@ -55,8 +55,8 @@ inline void PrintGoal(const CGatherer& times, const CGoal& goal) {
   const double ratio = std::exp(logarithms / static_cast<double>(goal.ours.size()));
   if (std::isnan(ratio)) return;
   const bool met = goal.faster ? ratio >= goal.limit : ratio <= goal.limit;
-  std::printf("%-64s %7.2f x   (goal: %s %g x)%s\n", goal.text, ratio, goal.faster ? "at least" : "at most",
-              goal.limit, met ? "" : "   MISSED");
+  std::printf("%-64s %7.2f x   (goal: %s %g x)%s\n", goal.text.c_str(), ratio,
+              goal.faster ? "at least" : "at most", goal.limit, met ? "" : "   MISSED");
 }
 
 inline int RunWithGoals(int argc, char** argv, const std::vector<CGoal>& goals) {

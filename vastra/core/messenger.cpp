@@ -44,7 +44,12 @@ void CMessenger::Send(const char* linkType, const char* linkName, char function,
   const CKind& kind = code < std::size(kKinds) ? kKinds[code] : kOtherKind;
   if (kind.before) m_depth = std::max(m_depth + kind.before, 0);
   if (kind.filter && !(this->*kind.filter)) return;
+  Show(kind, linkType, linkName, function, severity, text);
+}
 
+// Apart from Send, so that a line that nobody sees costs no more than the look at its filter.
+void CMessenger::Show(const CKind& kind, const char* linkType, const char* linkName, char function,
+                      char severity, const char* text) {
   const char* functionText = kFunctions[static_cast<unsigned char>(function)];
   CString line(std::string(3 * static_cast<std::size_t>(m_depth.Get()), ' '));
   line += kind.prefix;

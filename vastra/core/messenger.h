@@ -46,6 +46,8 @@ class VASTRA_API CMessenger {
   struct CKind;
   static const CKind kKinds[6];
   static const CKind kOtherKind;
+  void Show(const CKind& kind, const char* linkType, const char* linkName, char function, char severity,
+            const char* text);
 
   CRelaxed<int> m_fatalFilter = 1;
   CRelaxed<int> m_errorFilter = 1;

@@ -53,17 +53,21 @@ char* PutTwo(char* to, unsigned n) {
 
 char* PutText(char* to, std::string_view text) { return std::copy(text.begin(), text.end(), to); }
 
-// whole.decimals, with six decimals.
-char* PutFixed(char* to, std::uint64_t millionths) {
-  to = PutWhole(to, millionths / 1'000'000);
-  *to++ = '.';
-  const std::uint64_t decimals = millionths % 1'000'000;
-  return PutThree(PutThree(to, decimals / 1000), decimals % 1000);
+// whole.decimals, with six decimals and a comma; below 2^24.
+inline char* PutFixed(char* to, std::uint64_t millionths) {
+  const auto whole = static_cast<std::uint32_t>(millionths / 1'000'000);
+  const auto decimals = static_cast<std::uint32_t>(millionths - whole * std::uint64_t{1'000'000});
+  to = whole < 1000 ? PutShort(to, whole) : PutWhole(to, whole);
+  *to = '.';
+  PutThree(to + 1, decimals / 1000);
+  PutThree(to + 4, decimals % 1000);
+  to[7] = ',';
+  return to + 8;
 }
 
 // mantissa x 2^-shift: the product with a million is exact, and the bits that are shifted out round it to the
 // nearest, ties to even.
-char* PutFraction(char* to, std::uint64_t mantissa, int shift) {
+inline char* PutFraction(char* to, std::uint64_t mantissa, int shift) {
   if (shift > 44) return PutFixed(to, 0);  // below half a millionth
   const std::uint64_t exact = mantissa * 1'000'000;
   const std::uint64_t half = std::uint64_t{1} << (shift - 1);
@@ -83,23 +87,24 @@ char* PutWide(char* to, CWide n) {
 
 // mantissa x 2^shift, below 2^128.
 char* PutLarge(char* to, std::uint64_t mantissa, int shift) {
-  return PutText(PutWide(to, CWide{mantissa} << shift), ".000000");
+  return PutText(PutWide(to, CWide{mantissa} << shift), ".000000,");
+}
+
+inline char* PutValue(char* to, float value) {
+  const auto bits = std::bit_cast<std::uint32_t>(value);
+  const std::uint32_t fraction = bits & 0x7FFFFF;
+  const int exponent = static_cast<int>(bits >> 23 & 0xFF);
+  *to = '-';
+  to += bits >> 31;
+  if (exponent == 0xFF) return PutText(to, fraction ? "nan," : "inf,");
+  const std::uint64_t mantissa = exponent ? fraction | 0x800000 : fraction;
+  const int shift = std::max(exponent, 1) - 150;
+  return shift < 0 ? PutFraction(to, mantissa, -shift) : PutLarge(to, mantissa, shift);
 }
 
 }  // namespace
 
-char* PutFloat(char* to, float value) {
-  const auto bits = std::bit_cast<std::uint32_t>(value);
-  const std::uint32_t fraction = bits & 0x7FFFFF;
-  const int exponent = static_cast<int>(bits >> 23 & 0xFF);
-  if (bits >> 31) *to++ = '-';
-  if (exponent == 0xFF) return PutText(to, fraction ? "nan," : "inf,");
-  const std::uint64_t mantissa = exponent ? fraction | 0x800000 : fraction;
-  const int shift = std::max(exponent, 1) - 150;
-  to = shift < 0 ? PutFraction(to, mantissa, -shift) : PutLarge(to, mantissa, shift);
-  *to++ = ',';
-  return to;
-}
+char* PutFloat(char* to, float value) { return PutValue(to, value); }
 
 char* CTimeText::Put(char* to, const _timeb& time) {
   const std::int64_t seconds = time.time;
@@ -112,10 +117,11 @@ char* CTimeText::Put(char* to, const _timeb& time) {
   } else {
     Compose(seconds);
   }
-  to = PutText(to, {m_clock, kClockSize});
-  *to++ = ':';
-  to = PutWhole(to, time.millitm);
-  return PutText(to, {m_year, m_yearSize});
+  std::memcpy(to, m_clock, kClockSize);
+  to[kClockSize] = ':';
+  to = PutWhole(to + kClockSize + 1, time.millitm);
+  std::memcpy(to, m_year, sizeof m_year);
+  return to + m_yearSize;
 }
 
 void CTimeText::SetQuarter(std::int64_t quarter) {
@@ -169,7 +175,7 @@ void CCsvText::AddSample(const CSampleRecord& sample) {
   for (std::uint32_t i = 0; i < sample.m_count;) {
     const std::uint32_t stop = std::min(sample.m_count, i + kValuesAtATime);
     char* to = Room(size, (stop - i) * kMaxFloatText);
-    for (; i < stop; ++i) to = PutFloat(to, sample.Value(i));
+    for (; i < stop; ++i) to = PutValue(to, sample.Value(i));
     end(to);
   }
   *Room(size, 1) = '\n';

@@ -38,7 +38,7 @@ class VASTRA_API CTimeText {
   bool m_regular = false;  // within the quarter the local clock runs second by second, in one hour
   unsigned m_start = 0;    // second of the local hour in which the quarter begins
   char m_clock[32] = {};
-  char m_year[32] = {};  // "  2001,"
+  char m_year[16] = {};  // "  2001,"
   std::size_t m_yearSize = 0;
 };
 

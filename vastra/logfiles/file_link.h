@@ -12,9 +12,9 @@
 
 #include "vastra/core/link.h"
 #include "vastra/logfiles/csv_format.h"
-#include "vastra/logfiles/log_format.h"
 #include "vastra/logfiles/log_list.h"
 #include "vastra/logfiles/log_name.h"
+#include "vastra/logfiles/log_writer.h"
 #include "vastra/logfiles/sample_store.h"
 
 namespace vastra {

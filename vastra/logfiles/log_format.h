@@ -1,14 +1,12 @@
 // The bytes of a binary log (.rph, .rpd). A log is a head, all value records, all times and a trailer;
-// docs/file-formats.md has the layout field by field. Everything is little-endian.
+// docs/file-formats.md has the layout field by field. CLogWriter and CLogReader go by what stands here, and
+// CSampleStore holds its samples in these bytes.
 #pragma once
 
 #include <bit>
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
-#include <string>
-#include <vector>
-
-#include "vastra/logfiles/sample_store.h"
-#include "vastra/platform/file.h"
 
 namespace vastra {
 
@@ -54,17 +52,5 @@ inline const char* GetCountAt(const char* from, std::uint32_t& count) {
   std::memcpy(&count, from + kShortCountSize, sizeof count);
   return from + kLongCountSize;
 }
-
-// Writes logs of one list of names. What does not change from write to write is encoded once.
-class CLogWriter {
- public:
-  void SetNames(const CStringArray& names);
-  // Writes the whole log of samples, which is not empty, with one system call. Throws CFileException.
-  void Write(CFile& file, const CSampleStore& samples);
-
- private:
-  std::string m_head;          // up to the number of samples
-  std::vector<iovec> m_parts;  // of the write under way; kept for its memory
-};
 
 }  // namespace vastra

@@ -9,6 +9,8 @@
 #include <string_view>
 
 #include "vastra/logfiles/log_format.h"
+#include "vastra/logfiles/sample_store.h"
+#include "vastra/platform/file.h"
 
 namespace vastra {
 

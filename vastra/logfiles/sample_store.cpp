@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "vastra/logfiles/log_format.h"
-
 namespace vastra {
 namespace {
 
@@ -48,11 +46,12 @@ void CSampleStore::Append(const CLogSample& sample) {
 
 int CSampleStore::GetNext(CPlace& place, CSampleRecord& record) const {
   if (place.m_index == m_times.size()) return 0;
-  if (place.m_offset == m_blocks[place.m_block].m_end) {
-    ++place.m_block;
-    place.m_offset = m_blocks[place.m_block].m_begin;
+  const CBlock* block = &m_blocks[place.m_block];
+  if (place.m_offset == block->m_end) {
+    block = &m_blocks[++place.m_block];
+    place.m_offset = block->m_begin;
   }
-  const char* at = m_blocks[place.m_block].m_bytes.get() + place.m_offset;
+  const char* at = block->m_bytes.get() + place.m_offset;
   record.m_time = m_times[place.m_index++];
   record.m_values = GetCountAt(at, record.m_count);
   place.m_offset += static_cast<std::size_t>(record.m_values - at) + record.m_count * sizeof(float);
@@ -61,25 +60,15 @@ int CSampleStore::GetNext(CPlace& place, CSampleRecord& record) const {
 
 CSampleRecord CSampleStore::GetHead() const {
   CSampleRecord record;
-  CPlace place = m_head;
+  CPlace place = GetHeadPlace();
   GetNext(place, record);
   return record;
-}
-
-void CSampleStore::RemoveHead(CLogSample& sample) {
-  CSampleRecord record;
-  CPlace next = m_head;
-  GetNext(next, record);
-  sample.m_values.SetSize(static_cast<int>(record.m_count));
-  if (record.m_count) std::memcpy(sample.m_values.GetData(), record.m_values, record.m_count * sizeof(float));
-  sample.m_time = record.m_time;
-  m_head = next;
 }
 
 void CSampleStore::RemoveAll() {
   m_used = 0;
   m_times.clear();
-  m_head = {};
+  m_taken = 0;
 }
 
 void CSampleStore::FreeMemory() {
@@ -111,7 +100,7 @@ void CSampleStore::TakeImage(std::size_t begin, std::size_t end, std::size_t cou
   m_blocks[0].m_begin = begin;
   m_blocks[0].m_end = end;
   m_used = 1;
-  m_head = {0, begin, 0};
+  m_next = m_blocks[0].m_bytes.get() + begin;
 }
 
 }  // namespace vastra

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "vastra/core/sample.h"
+#include "vastra/logfiles/log_format.h"
 
 namespace vastra {
 
@@ -42,32 +43,33 @@ class VASTRA_API CSampleStore {
   // blockSize in bytes; a record that is longer gets a block of its own.
   explicit CSampleStore(std::size_t blockSize = kBlockSize) : m_blockSize(blockSize) {}
 
-  bool IsEmpty() const { return GetCount() == 0; }
-  std::size_t GetCount() const { return m_times.size() - m_head.m_index; }
+  bool IsEmpty() const { return m_taken == m_times.size(); }
+  std::size_t GetCount() const { return m_times.size() - m_taken; }
 
-  std::size_t GetTakenCount() const { return m_head.m_index; }  // by RemoveHead, since the store was filled
+  std::size_t GetTakenCount() const { return m_taken; }  // by RemoveHead, since the store was filled
 
   // Sees to it that a sample of that many values can be appended without more memory. Throws std::bad_alloc,
   // with the store as it was.
   void MakeRoom(int values);
   // Appends a copy of sample. Throws std::bad_alloc, with the store as it was.
   void Append(const CLogSample& sample);
-  // Takes the oldest sample of a store that is not empty. Throws std::bad_alloc, with the store as it was, if
-  // sample cannot hold the values.
+  // Takes the oldest sample of a log that was read, of which there is one left. Throws std::bad_alloc, with
+  // the store as it was, if sample cannot hold the values.
   void RemoveHead(CLogSample& sample);
   void RemoveAll();  // keeps the memory
   void FreeMemory();
 
-  CPlace GetHeadPlace() const { return m_head; }
+  // What follows is about all samples, also those that were taken.
+  CPlace GetHeadPlace() const { return {0, m_used ? m_blocks[0].m_begin : 0, 0}; }
   // Gives the sample behind place and moves place on: 1, or 0 at the end.
   int GetNext(CPlace& place, CSampleRecord& record) const;
   // The oldest sample and the time of the newest one, of a store that is not empty.
   CSampleRecord GetHead() const;
   const _timeb& GetLastTime() const { return m_times.back(); }
 
-  // Appends to parts where all value records lie, in order; of a store from which no head was taken.
+  // Appends to parts where all value records lie, in order.
   void AddRecordParts(std::vector<iovec>& parts) const;
-  // The times of the same samples, as one block.
+  // The times, as one block.
   iovec GetTimesPart() const;
 
   // For the reader: empties the store and gives room for the image of a log of size bytes. Throws
@@ -93,7 +95,18 @@ class VASTRA_API CSampleStore {
   std::vector<CBlock> m_blocks;
   std::size_t m_used = 0;  // blocks that hold records
   std::vector<_timeb> m_times;
-  CPlace m_head;  // of the oldest sample that was not taken
+  std::size_t m_taken = 0;       // samples
+  const char* m_next = nullptr;  // of an image: the record of the oldest sample that was not taken
 };
+
+inline void CSampleStore::RemoveHead(CLogSample& sample) {
+  std::uint32_t count;
+  const char* values = GetCountAt(m_next, count);
+  const std::size_t bytes = count * sizeof(float);
+  if (sample.m_values.GetSize() != static_cast<int>(count)) sample.m_values.SetSize(static_cast<int>(count));
+  if (count) std::memcpy(sample.m_values.GetData(), values, bytes);
+  sample.m_time = m_times[m_taken++];
+  m_next = values + bytes;
+}
 
 }  // namespace vastra

@@ -1,4 +1,4 @@
-#include "vastra/logfiles/log_format.h"
+#include "vastra/logfiles/log_writer.h"
 
 #include <cstddef>
 
