@@ -5,6 +5,7 @@
 #include "host/cli/output.h"
 #include "host/cli/session.h"
 #include "host/cli/terminal.h"
+#include "host/common/key_path.h"
 #include "vastra/stages/log_single_output.h"
 
 namespace vastra {
@@ -47,12 +48,6 @@ class CFindings {
   EExit m_status = kDone;
 };
 
-CString Key(const char* list, int index) {
-  CString key;
-  key.Format("%s[%d]", list, index);
-  return key;
-}
-
 // Opens the output for real: that alone tells whether it would. Closing it then tells only that nothing was
 // logged.
 void CheckOutput(const CString& key, const COutputConfig& config, CStringArray names, CHostConsole& console,
@@ -77,14 +72,14 @@ void CheckStages(const CConfiguration& configuration, const CStageNames& names, 
   }
   int index = 0;
   for (const COutputConfig* output : configuration.m_outputs.m_outputs)
-    CheckOutput(Key("outputs", index++), *output, names.behindSmart, console, findings);
+    CheckOutput(KeyPath("outputs", index++), *output, names.behindSmart, console, findings);
   index = 0;
   for (const CSummaryConfig* summary : configuration.m_summaries.m_summaries)
-    findings.List(Key("summaries", index++), summary->m_name, summary->m_varNames);
+    findings.List(KeyPath("summaries", index++), summary->m_name, summary->m_varNames);
   index = 0;
   for (const CPlcSingleConfig* single : configuration.m_plcWrite.m_nodes)
-    findings.ListTaken(Key("plcWrite.nodes", index++), single->m_node.m_nodeName, single->m_node.m_varNames,
-                       names.behindSmart);
+    findings.ListTaken(KeyPath("plcWrite.nodes", index++), single->m_node.m_nodeName,
+                       single->m_node.m_varNames, names.behindSmart);
   CStringArray trend = names.input;
   if (configuration.m_trend.m_calculateExtra) trend.Append(configuration.m_trend.m_extraVars);
   findings.List("trend", "", trend);

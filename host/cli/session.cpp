@@ -6,6 +6,7 @@
 #include "host/cli/written_files.h"
 #include "host/common/equation_check.h"
 #include "host/common/log_places.h"
+#include "host/common/warnings.h"
 
 namespace vastra {
 namespace {

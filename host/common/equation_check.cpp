@@ -1,5 +1,6 @@
 #include "host/common/equation_check.h"
 
+#include "host/common/key_path.h"
 #include "vastra/equations/equator.h"
 
 namespace vastra {
@@ -21,22 +22,16 @@ class CEquationCheck {
   std::vector<CString> m_faults;
 };
 
-CString Path(const char* list, int index, const char* field) {
-  CString path;
-  path.Format("%s[%d].%s", list, index, field);
-  return path;
-}
-
 // The stages that see the names behind the smart stage.
 void AddLogStages(const CConfiguration& configuration, const CStringArray& names, CEquationCheck& check) {
   int index = 0;
   for (const COutputConfig* output : configuration.m_outputs.m_outputs)
-    check.Add(Path("outputs", index++, "enableEquations"), output->m_enableEquations, names);
+    check.Add(KeyPath("outputs", index++) + ".enableEquations", output->m_enableEquations, names);
   index = 0;
   for (const CSummaryConfig* summary : configuration.m_summaries.m_summaries) {
-    check.Add(Path("summaries", index, "enableEquations"), summary->m_enableEquations, names);
+    check.Add(KeyPath("summaries", index) + ".enableEquations", summary->m_enableEquations, names);
     if (summary->m_saveRp || summary->m_saveCsv)
-      check.Add(Path("summaries", index, "summaryEquations"), summary->m_summaryEquations, names);
+      check.Add(KeyPath("summaries", index) + ".summaryEquations", summary->m_summaryEquations, names);
     ++index;
   }
 }

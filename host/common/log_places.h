@@ -1,4 +1,4 @@
-// Where a configuration writes its logs, outputs and summaries alike, and what there may be against it.
+// Where a configuration writes its logs, outputs and summaries alike.
 #pragma once
 
 #include <vector>
@@ -17,8 +17,5 @@ struct CLogPlace {
 };
 
 std::vector<CLogPlace> FindLogPlaces(const CConfiguration& configuration);
-
-// What a user may not have wanted, one line each, such as "outputs[1].maxLogs: ...".
-std::vector<CString> FindWarnings(const CConfiguration& configuration);
 
 }  // namespace vastra

@@ -36,6 +36,7 @@ REFUSED = [
 
 # Settings that are no fault, and what is said of them.
 WARNED = [
+    ([output("logs")], r"input\.plcNodes\[1\]: no driver 4711 "),
     ([output("logs", maxLogs=0)], r"outputs\[0\]\.maxLogs: "),
     ([output("logs", maxSamples=0)], r"outputs\[0\]\.maxSamples: "),
     ([output("logs"), output("./logs/../logs")], r"outputs\[1\]\.directory: "),
@@ -72,7 +73,9 @@ class Forms(CommandTest):
     def test_warnings_name_the_key(self):
         for outputs, words in WARNED:
             with self.subTest(words):
-                self.write("c.json", simulated(outputs))
+                config = simulated(outputs)
+                config["input"]["plcNodes"].append({"driver": {"plcType": 4711}, "varNames": ["z"]})
+                self.write("c.json", config)
                 for command in [["check", "c.json"], ["run", "c.json", "--scans", "1"]]:
                     result = self.vastra(*command)
                     self.assertEqual(0, result.status)

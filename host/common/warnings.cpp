@@ -1,0 +1,57 @@
+#include "host/common/warnings.h"
+
+#include <filesystem>
+#include <map>
+
+#include "host/common/key_path.h"
+#include "host/common/log_places.h"
+#include "vastra/plc/driver_factory.h"
+
+namespace vastra {
+namespace {
+
+// The directory itself, by whatever path it is reached.
+std::filesystem::path Place(const CString& directory) {
+  std::error_code failed;
+  const std::filesystem::path given(directory.IsEmpty() ? "." : directory.Std());
+  const std::filesystem::path place = std::filesystem::weakly_canonical(given, failed);
+  return failed ? given : place;
+}
+
+void AddPlaces(const CConfiguration& configuration, std::vector<CString>& warnings) {
+  std::map<std::filesystem::path, CString> users;
+  for (const CLogPlace& place : FindLogPlaces(configuration)) {
+    if (place.maxLogs == 0)
+      warnings.push_back(place.key + "." + place.maxLogsName +
+                         ": 0 removes each log as soon as it is written");
+    if (place.maxSamples == 0)
+      warnings.push_back(place.key + ".maxSamples: 0 makes each sample a log of its own");
+    const auto [user, isFirst] = users.emplace(Place(place.directory), place.key);
+    if (!isFirst)
+      warnings.push_back(place.key + ".directory: is that of " + user->second +
+                         " too: each counts, and removes, the logs of the other");
+  }
+}
+
+// A node with an unknown driver is passed over by its stage without a word.
+void AddNodes(const CInputConfig& input, std::vector<CString>& warnings) {
+  int index = 0;
+  for (const CPlcNodeConfig* node : input.m_plcNodes) {
+    const int type = node->m_driver.plcType;
+    const CString key = KeyPath("input.plcNodes", index++);
+    if (CDriverFactory::Instance()->GetDriverIndex(type) < 0)
+      warnings.push_back(key + ": no driver " + CString(std::to_string(type)) +
+                         " is installed: the node is left out");
+  }
+}
+
+}  // namespace
+
+std::vector<CString> FindWarnings(const CConfiguration& configuration) {
+  std::vector<CString> warnings;
+  if (!configuration.m_input.m_simulating) AddNodes(configuration.m_input, warnings);
+  AddPlaces(configuration, warnings);
+  return warnings;
+}
+
+}  // namespace vastra
