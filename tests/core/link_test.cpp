@@ -214,12 +214,15 @@ TEST(Link, CommGoesTheWayThatTheChainWasOpenedFor) {
   EXPECT_EQ(0, picture.m_leaves[0]->Comm(sample));  // a leaf has no component
 }
 
+struct CSink : CConsoleSink {
+  CSink() { SetConsoleSink(this); }
+  ~CSink() override { SetConsoleSink(nullptr); }
+  int Write(UINT, const CString& text, COLORREF, DWORD) override { return lines += text.Std() + "\n", 1; }
+  std::string lines;
+};
+
 // The trace that a console shows, with its indent.
 TEST(Link, AnOperationClosesAtTheIndentOfItsBegin) {
-  struct CSink : CConsoleSink {
-    int Write(UINT, const CString& text, COLORREF, DWORD) override { return lines += text.Std() + "\n", 1; }
-    std::string lines;
-  } sink;
   CMessenger messenger;
   messenger.SetFilters(1, 1, 1, 1, 1);
   CLink::SetMessenger(&messenger);
@@ -228,17 +231,36 @@ TEST(Link, AnOperationClosesAtTheIndentOfItsBegin) {
     EXPECT_EQ(1, Open(*picture.m_head, "Na Ta"));
     CLogSample sample;
     picture.m_leaves[0]->m_fails = true;
-    SetConsoleSink(&sink);
+    const CSink sink;
     EXPECT_EQ(0, picture.m_head->Read(sample));
-    SetConsoleSink(nullptr);
+    EXPECT_EQ(
+        "Begin - N( CNamerLink,Read)\n"
+        "   Begin - T1( CTestLink,Read)\n"
+        "   Error - T1 : Timeout error.( CTestLink,Read)\n"
+        "Error - N : Could not read component.( CNamerLink,Read)\n",
+        sink.lines);
   }
   CLink::SetMessenger(nullptr);
-  EXPECT_EQ(
-      "Begin - N( CNamerLink,Read)\n"
-      "   Begin - T1( CTestLink,Read)\n"
-      "   Error - T1 : Timeout error.( CTestLink,Read)\n"
-      "Error - N : Could not read component.( CNamerLink,Read)\n",
-      sink.lines);
+}
+
+// A filter may change between a Begin and its End: each End that is dropped still goes one level up.
+TEST(Link, ADroppedEndLowersTheDepthAndADroppedBeginDoesNotRaiseIt) {
+  CMessenger messenger;
+  CLink::SetMessenger(&messenger);
+  {
+    CTestLink link;
+    messenger.SetFilters(1, 1, 1, 1, 1);
+    for (int i = 0; i < 2; ++i) messenger.Send("", "", functionOpen, severityBegin, nullptr);
+    messenger.SetFilters(1, 1, 1, 1, 0);
+    const CSink sink;
+    for (int i = 0; i < 4; ++i) {
+      messenger.Send("", "", functionOpen, severityNotice, nullptr);
+      link.Close();
+    }
+    EXPECT_EQ("      Notice - ( ,Open)\n   Notice - ( ,Open)\nNotice - ( ,Open)\nNotice - ( ,Open)\n",
+              sink.lines);
+  }
+  CLink::SetMessenger(nullptr);
 }
 
 }  // namespace

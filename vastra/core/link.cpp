@@ -1,10 +1,18 @@
 #include "vastra/core/link.h"
 
+#include <typeinfo>
+
 namespace vastra {
 
 IMPLEMENT_DYNAMIC(CLinkConfig, CObject)
 
 CMessenger* CLink::m_pMessenger = nullptr;
+CMessenger* CLink::m_pPlainMessenger = nullptr;
+
+void CLink::SetMessenger(CMessenger* messenger) {
+  m_pMessenger = messenger;
+  m_pPlainMessenger = messenger && typeid(*messenger) == typeid(CMessenger) ? messenger : nullptr;
+}
 
 int CLink::Comm(CLogSample& sample) {
   if (!m_pComponent || m_mode == modeNotOpened) return 0;
@@ -52,13 +60,6 @@ int CComponentLink::Open(CTypedPtrList<CObList, CLinkConfig*>& configs, UINT mod
   if (failed) return Fail(functionOpen, *failed);
   m_mode = mode;
   return End(functionOpen);
-}
-
-int CComponentLink::BeginTransfer(char function, const CFault& ifNoComponent) const {
-  Begin(function);
-  if (!m_pComponent) return Fail(function, ifNoComponent);
-  if (m_mode == modeNotOpened) return Fail(function, fault::notOpened);
-  return 1;
 }
 
 }  // namespace vastra

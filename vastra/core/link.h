@@ -64,7 +64,7 @@ class VASTRA_API CLink : public CObject {
 
   // Hands over the messenger of all links. It belongs to the host, comes before any other call to a link and
   // outlives all links.
-  static void SetMessenger(CMessenger* messenger) { m_pMessenger = messenger; }
+  static void SetMessenger(CMessenger* messenger);
 
   CString m_name = "Not named";  // what messages call this link
 
@@ -76,8 +76,13 @@ class VASTRA_API CLink : public CObject {
   void Send(char function, const CFault& fault) const {
     m_pMessenger->Send(*m_pTypeName, m_name, function, fault.severity, fault.text);
   }
-  void Begin(char function) const { Send(function, {severityBegin, nullptr}); }
-  int End(char function) const { return Send(function, {severityEnd, nullptr}), 1; }
+  void Begin(char function) const {
+    if (!Drops(false)) Send(function, {severityBegin, nullptr});
+  }
+  int End(char function) const {
+    if (!Drops(true)) Send(function, {severityEnd, nullptr});
+    return 1;
+  }
   int Fail(char function, const CFault& fault) const { return Send(function, fault), 0; }
 
   // The first steps of every Open: Begin, and Close of a link that is open.
@@ -91,6 +96,9 @@ class VASTRA_API CLink : public CObject {
   int GiveVarNames(const Names& own, CStringArray& names) const;
 
   static CMessenger* m_pMessenger;
+  // The same, if it is no derived one, which would see every line. Else null.
+  static CMessenger* m_pPlainMessenger;
+  static bool Drops(bool isEnd) { return m_pPlainMessenger && m_pPlainMessenger->Drops(isEnd); }
 
   UINT m_mode = modeNotOpened;
   const CString* m_pTypeName;
@@ -137,7 +145,12 @@ class VASTRA_API CComponentLink : public CLink {
 
   // The first steps of Read and Write: Begin, and the tests for a component and an open link. 1, or 0 after
   // the report.
-  int BeginTransfer(char function, const CFault& ifNoComponent = fault::noComponent) const;
+  int BeginTransfer(char function, const CFault& ifNoComponent = fault::noComponent) const {
+    Begin(function);
+    if (m_pComponent && m_mode != modeNotOpened) [[likely]]
+      return 1;
+    return Fail(function, m_pComponent ? fault::notOpened : ifNoComponent);
+  }
 
  private:
   const CRuntimeClass& m_configClass;
