@@ -12,20 +12,19 @@ CClock* g_clock = nullptr;
 // changes its clocks, and until the process changes its zone.
 struct CZone {
   std::int64_t quarter = -1;
-  const char* name = nullptr;
-  std::int16_t minutesWest = 0;
+  const char* name = nullptr;  // of the zone, and its offset: tzset changes at least one of them
+  long secondsWest = 0;        // without daylight saving
   std::int16_t dst = 0;
 };
 
 const CZone& ZoneAt(std::int64_t seconds) {
   thread_local CZone zone;
   const std::int64_t quarter = seconds / 900;
-  if (zone.quarter == quarter && zone.name == ::tzname[0]) return zone;
+  if (zone.quarter == quarter && zone.name == ::tzname[0] && zone.secondsWest == ::timezone) return zone;
   const std::time_t time = seconds;
   std::tm local = {};
-  ::localtime_r(&time, &local);  // sets ::timezone, the seconds west of UTC without daylight saving
-  zone = {quarter, ::tzname[0], static_cast<std::int16_t>(::timezone / 60),
-          static_cast<std::int16_t>(local.tm_isdst > 0)};
+  ::localtime_r(&time, &local);  // sets ::tzname and ::timezone
+  zone = {quarter, ::tzname[0], ::timezone, static_cast<std::int16_t>(local.tm_isdst > 0)};
   return zone;
 }
 
@@ -36,7 +35,7 @@ _timeb SystemNow() {
   _timeb record;
   record.time = static_cast<std::int32_t>(now / 1000);
   record.millitm = static_cast<std::uint16_t>(now % 1000);
-  record.timezone = zone.minutesWest;
+  record.timezone = static_cast<std::int16_t>(zone.secondsWest / 60);
   record.dstflag = zone.dst;
   return record;
 }
