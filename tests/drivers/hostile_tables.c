@@ -1,6 +1,6 @@
 /* Tables of drivers that break a rule each, or use one to its limit. hostile_driver.c makes a module of one.
  */
-#include "hostile_tables.h"
+#include "tests/drivers/hostile_tables.h"
 
 #include <stddef.h>
 

@@ -3,7 +3,7 @@
 #include <cmath>
 #include <thread>
 
-#include "driver_node.h"
+#include "tests/drivers/driver_node.h"
 
 namespace vastra {
 namespace {

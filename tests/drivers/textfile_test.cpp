@@ -1,5 +1,5 @@
 // The driver of docs/driver-guide.md, compiled from there.
-#include "driver_node.h"
+#include "tests/drivers/driver_node.h"
 #include "tests/support/files.h"
 
 namespace vastra {

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "scripted_driver.h"
+#include "tests/plc/scripted_driver.h"
 #include "tests/support/recorder.h"
 #include "vastra/core/name_config.h"
 #include "vastra/platform/prompt.h"

@@ -1,4 +1,4 @@
-#include "scripted_driver.h"
+#include "tests/plc/scripted_driver.h"
 
 #include <stdarg.h>
 #include <stdio.h>
