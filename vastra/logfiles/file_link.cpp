@@ -74,7 +74,7 @@ const CFault* CFileLink::OpenWriterOrBuffer(const CStringArray& names, UINT mode
 }
 
 const CFault* CFileLink::OpenDirectory() {
-  if (!m_directory.IsEmpty() && !CanEnter(m_directory)) return &kBadDirectory;
+  if (!CanEnter(m_directory)) return &kBadDirectory;
   RemoveLeftImages(m_directory, FileOfRP(""));
   RemoveLeftImages(m_directory, FileOfCSV(""));
   m_writer.SetNames(m_varNames);

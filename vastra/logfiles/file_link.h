@@ -27,7 +27,7 @@ struct CFileSettings {
   UINT m_maxSamples = 0;   // samples at which a log is complete; 0: each is a log of its own
   int m_saveCsv = 0;       // non-zero: write the text copy of each log
   int m_saveRp = 0;        // non-zero: write the binary log
-  CString m_directory;     // of the logs; empty: the present directory
+  CString m_directory;     // of the logs
   CString m_nameVariable;  // what names a log: "System Time", or one of the variables
   int m_dwordName = 0;     // non-zero: the variable behind m_nameVariable joins in the name
   CString m_prefix;        // of log names
