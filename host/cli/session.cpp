@@ -54,17 +54,17 @@ EExit TellEquationFaults(const CString& subject, const CConfiguration& configura
   return faults.empty() ? kDone : kRefused;
 }
 
-void TellWarnings(const CString& subject, const CConfiguration& configuration) {
-  for (const CString& warning : FindWarnings(configuration)) Warn(subject, warning);
+void TellWarnings(const CString& subject, const CConfiguration& configuration, const CStageNames& names) {
+  for (const CString& warning : FindWarnings(configuration, names)) Warn(subject, warning);
 }
 
 EExit RunSession(const CString& subject, const CConfiguration& configuration, const CSessionOptions& options,
                  CSessionResult& result) {
   CHostConsole console(options.verbosity);
-  TellWarnings(subject, configuration);
   console.ShowNothing();  // what fails here fails again, and is shown, when the stages open
   const CStageNames names = FindStageNames(configuration);
   console.Show(options.verbosity);
+  TellWarnings(subject, configuration, names);
   if (TellEquationFaults(subject, configuration, names) != kDone) return kRefused;
 
   const CWrittenFiles written(LogDirectories(configuration));

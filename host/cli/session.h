@@ -30,7 +30,7 @@ struct CSessionResult {
 EExit TellEquationFaults(const CString& subject, const CConfiguration& configuration,
                          const CStageNames& names);
 // Tells of what may not be wanted.
-void TellWarnings(const CString& subject, const CConfiguration& configuration);
+void TellWarnings(const CString& subject, const CConfiguration& configuration, const CStageNames& names);
 
 // Runs configuration until its end or a signal. kDone, with result; kRefused; or kFailed if a stage did not
 // open. What is wrong has been told.

@@ -1,6 +1,7 @@
 // Where a configuration writes its logs, outputs and summaries alike.
 #pragma once
 
+#include <span>
 #include <vector>
 
 #include "host/common/configuration.h"
@@ -14,6 +15,8 @@ struct CLogPlace {
   UINT maxLogs;
   const char* maxLogsName;  // the field's
   UINT maxSamples;
+  const CStringArray& enableEquations;  // the configuration's
+  std::span<const char* const> flags;   // what these must assign for anything to be written
 };
 
 std::vector<CLogPlace> FindLogPlaces(const CConfiguration& configuration);

@@ -1,10 +1,12 @@
 #include "host/common/warnings.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <map>
 
 #include "host/common/key_path.h"
 #include "host/common/log_places.h"
+#include "vastra/equations/separator.h"
 #include "vastra/plc/driver_factory.h"
 
 namespace vastra {
@@ -45,12 +47,30 @@ void AddNodes(const CInputConfig& input, std::vector<CString>& warnings) {
   }
 }
 
+bool Assigns(const CStringArray& equations, const char* name) {
+  CString assigned;
+  return std::any_of(equations.begin(), equations.end(), [&](const CString& equation) {
+    return FindAssignedName(equation, assigned) && assigned == name;
+  });
+}
+
+// A flag that neither an equation nor the sample gives is 0 for good.
+void AddFlags(const CConfiguration& configuration, const CStringArray& names,
+              std::vector<CString>& warnings) {
+  for (const CLogPlace& place : FindLogPlaces(configuration))
+    for (const char* flag : place.flags)
+      if (FindIn(names, flag) < 0 && !Assigns(place.enableEquations, flag))
+        warnings.push_back(place.key + ".enableEquations: nothing assigns " + flag +
+                           ": nothing is ever written");
+}
+
 }  // namespace
 
-std::vector<CString> FindWarnings(const CConfiguration& configuration) {
+std::vector<CString> FindWarnings(const CConfiguration& configuration, const CStageNames& names) {
   std::vector<CString> warnings;
   if (!configuration.m_input.m_simulating) AddNodes(configuration.m_input, warnings);
   AddPlaces(configuration, warnings);
+  if (names.hasInput) AddFlags(configuration, names.behindSmart, warnings);
   return warnings;
 }
 

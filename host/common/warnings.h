@@ -3,11 +3,11 @@
 
 #include <vector>
 
-#include "host/common/configuration.h"
+#include "host/common/stage_names.h"
 
 namespace vastra {
 
 // One line for each, with the path of its key in front, such as "outputs[1].maxLogs: ...".
-std::vector<CString> FindWarnings(const CConfiguration& configuration);
+std::vector<CString> FindWarnings(const CConfiguration& configuration, const CStageNames& names);
 
 }  // namespace vastra

@@ -36,6 +36,7 @@ REFUSED = [
 
 # Settings that are no fault, and what is said of them.
 WARNED = [
+    ([output("logs", enableText="RestartLog = 0;")], r"outputs\[0\]\.enableEquations: .*WriteToLog"),
     ([output("logs")], r"input\.plcNodes\[1\]: no driver 4711 "),
     ([output("logs", maxLogs=0)], r"outputs\[0\]\.maxLogs: "),
     ([output("logs", maxSamples=0)], r"outputs\[0\]\.maxSamples: "),
@@ -53,6 +54,15 @@ class Forms(CommandTest):
         self.assertEqual((0, ""), (result.status, result.err))
         self.assertEqual(b'input: 1 variable\n  x\noutputs[0] "All": 2 variables\n  x\n  Typo  (unknown: always 0)\n'
                          b"trend: 1 variable\n  x\n", result.out)
+
+    def test_check_marks_names_that_nothing_gives(self):
+        config = simulated([output("logs", ["a", "s"])], summaries=[{"summaryText": "n = n + s;", "varNames": ["n", "b"]}],
+                           input={"preprocess": 1, "preEquationText": "a = x;", "preNewVars": ["a", "c"]},
+                           smart={"equationText": "i = a;", "inputVars": ["i", "d"], "outputVars": ["s"]},
+                           trend={"calculateExtra": 1, "equationText": "t = a;", "extraVars": ["t", "e"]})
+        lines = self.vastra("check", self.write("c.json", config)).out.decode().splitlines()
+        marked = [line.split()[0] for line in lines if "unknown" in line]
+        self.assertEqual((["c", "d", "b", "e"], 19), (marked, len(lines)))
 
     def test_check_and_run_refuse_and_say_where_it_is_wrong(self):
         for config, status, words in REFUSED:
