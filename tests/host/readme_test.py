@@ -1,5 +1,5 @@
-"""The README does what it says: its files are written, its commands run in their order, and they show what it
-shows. "..." stands for anything, on a line of its own for any number of lines; a busy
+"""The README and the page on equations do what they say: their files are written, their commands run in their
+order, and they show what is shown. "..." stands for anything, on a line of its own for any number of lines; a busy
 machine may be late."""
 import os
 import re
@@ -8,7 +8,9 @@ import unittest
 
 from commands import CommandTest, VASTRA
 
-README = os.path.join(os.path.dirname(__file__), "../../README.md")
+ROOT = os.path.join(os.path.dirname(__file__), "../..")
+README = os.path.join(ROOT, "README.md")
+EQUATIONS = os.path.join(ROOT, "docs/equations.md")
 
 
 def blocks(text):
@@ -34,7 +36,13 @@ def pattern(shown):
 
 class Readme(CommandTest):
     def test_the_tour(self):
-        with open(README, encoding="utf-8") as file:
+        self.follow(README)
+
+    def test_the_equations(self):
+        self.follow(EQUATIONS)
+
+    def follow(self, page):
+        with open(page, encoding="utf-8") as file:
             text = file.read()
         run = 0
         for language, content, before in blocks(text):
