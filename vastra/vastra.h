@@ -45,6 +45,7 @@
 #include "vastra/logfiles/log_list.h"
 #include "vastra/logfiles/log_name.h"
 #include "vastra/logfiles/log_reader.h"
+#include "vastra/logfiles/log_writer.h"
 #include "vastra/logfiles/sample_store.h"
 #include "vastra/platform/api.h"
 #include "vastra/platform/archive.h"
