@@ -92,11 +92,11 @@
   S(4, Decay, Decay * 0.99 + exp(0 - x4 * 0.1))           \
   S(5, Ntc, x5 > 10 ? 3950 / (log(x5 / 10) + 13.25) - 273.15 : 0)
 
-#define LISTS(L)                                                                                      \
-  L(scaling, LIST_SCALING)                                                                            \
-  L(counters, LIST_COUNTERS)                                                                          \
-  L(conditionals, LIST_CONDITIONALS) L(enable, LIST_ENABLE) L(mixed, LIST_MIXED) L(roots, LIST_ROOTS) \
-      L(waves, LIST_WAVES) L(logs, LIST_LOGS)
+#define LISTS(L)                     \
+  L(scaling, LIST_SCALING)           \
+  L(counters, LIST_COUNTERS)         \
+  L(conditionals, LIST_CONDITIONALS) \
+  L(enable, LIST_ENABLE) L(mixed, LIST_MIXED) L(roots, LIST_ROOTS) L(waves, LIST_WAVES) L(logs, LIST_LOGS)
 
 namespace vastra::bench {
 namespace {

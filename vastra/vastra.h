@@ -31,6 +31,7 @@
 #include "vastra/equations/lowering.h"
 #include "vastra/equations/opcodes.h"
 #include "vastra/equations/parser.h"
+#include "vastra/equations/places.h"
 #include "vastra/equations/program.h"
 #include "vastra/equations/random.h"
 #include "vastra/equations/scanner.h"

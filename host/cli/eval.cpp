@@ -66,7 +66,8 @@ CJson ValuesOf(const CEvaluation& evaluation) {
   CStringArray names = evaluation.names;
   names.Append(evaluation.equator.GetNewVariables());
   for (int i = 0; i < names.GetSize(); ++i)
-    values.emplace(names[i].Std(), ToJson(double{evaluation.equator.GetValue(static_cast<UINT>(i))}));
+    values.emplace(names[i].Std(),
+                   ToJson(double{evaluation.equator.GetValue(evaluation.sample, static_cast<UINT>(i))}));
   return values;
 }
 
@@ -90,7 +91,7 @@ std::string TextOf(const CEvaluation& evaluation) {
     const auto index = static_cast<UINT>(evaluation.names.GetSize() + i);
     int last = equator.GetCount() - 1;  // the statement that gave the value
     while (!(equator.GetTarget(last) == name)) --last;
-    text += name.Std() + " = " + Shortest(equator.GetValue(index)) +
+    text += name.Std() + " = " + Shortest(equator.GetValue(evaluation.sample, index)) +
             (IsUndefined(evaluation, last) ? " (undefined)\n" : "\n");
   }
   return text;

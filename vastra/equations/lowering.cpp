@@ -471,7 +471,8 @@ void CLowering::KeepBranch(CEntry& value, const std::vector<CDraft>& branch, std
 
 void CLowering::EmitSelect(const CEntry& condition, CEntry& first, CEntry& second) {
   if (IsTruth(condition) && Is(first, 1.0) && Is(second, 0.0)) {
-    const bool isMadeHere = condition.kind == CEntry::deferred && condition.draft.kind.source != CSource::fromFile;
+    const bool isMadeHere =
+        condition.kind == CEntry::deferred && condition.draft.kind.source != CSource::fromFile;
     return isMadeHere ? PushMadeBy(condition.draft) : Push(condition);
   }
   CSum ifHolds = AsSum(first), ifFails = AsSum(second);

@@ -85,7 +85,8 @@ void CProgram::Run(const float* inputs, int count, std::vector<int>& undefined) 
   for (const int first : m_blocks)  // the compiler makes two wide moves of each
     for (int i = first; i < first + kBlock; ++i) file[i] = static_cast<double>(inputs[i]);
   const CStep* step = RunSteps(m_steps.data(), file);
-  if (step->b != stopEnd) [[unlikely]] Serve(step, undefined);
+  if (step->b != stopEnd) [[unlikely]]
+    Serve(step, undefined);
 }
 
 void CProgram::RunShort(const float* inputs, int count, std::vector<int>& undefined) {

@@ -82,11 +82,10 @@ int CLogReader::ReadHead() {
   if (!m_cursor.Get(m_start)) return FailCut("the start");
   if (!m_cursor.GetText(reserved)) return FailCut("the reserved text");
   if (!m_cursor.GetCount(m_nameCount)) return FailCut("the number of names");
-  if (m_nameCount > INT_MAX) return Fail("has more names than there can be");
   m_names = m_cursor.m_at;
   for (std::uint32_t i = 0; i < m_nameCount; ++i)
     if (!m_cursor.GetText(name)) return FailCut("name " + CString(std::to_string(i + 1)));
-  return 1;
+  return m_nameCount <= INT_MAX ? 1 : Fail("has more names than there can be");
 }
 
 void CLogReader::GetNames(CStringArray& names) const {

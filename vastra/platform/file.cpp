@@ -102,6 +102,10 @@ void CMemFile::Write(const void* bytes, std::size_t count) {
   m_bytes.append(static_cast<const char*>(bytes), count);
 }
 
+void CMemFile::WriteParts(iovec* parts, std::size_t count) {
+  for (; count > 0; ++parts, --count) CMemFile::Write(parts->iov_base, parts->iov_len);
+}
+
 CReplaceFile::CReplaceFile(const CString& path) : m_target(path) {
   RemoveLeft(path + kSuffix);
   if (!Open(path + kSuffix, modeWrite | modeCreate | modeNew)) Fail();

@@ -43,7 +43,7 @@ class VASTRA_API CFile {
   virtual std::size_t Read(void* bytes, std::size_t count);
   virtual void Write(const void* bytes, std::size_t count);
   // Writes all parts, in order, in as few system calls as there can be. The parts are used up.
-  void WriteParts(iovec* parts, std::size_t count);
+  virtual void WriteParts(iovec* parts, std::size_t count);
   // Size of the file in bytes; the largest number for what has no size, such as a pipe.
   virtual std::uint64_t GetLength() const;
   virtual void Sync();   // returns when all bytes are on the disk
@@ -65,6 +65,7 @@ class VASTRA_API CMemFile : public CFile {
   const std::string& Bytes() const { return m_bytes; }
   std::size_t Read(void* bytes, std::size_t count) override;
   void Write(const void* bytes, std::size_t count) override;
+  void WriteParts(iovec* parts, std::size_t count) override;
   std::uint64_t GetLength() const override { return m_bytes.size(); }
   void Sync() override {}
   void Close() override {}

@@ -1,0 +1,83 @@
+// What the tests of the file link share: one link, a directory of its own, and the lines that it sends. Local
+// time is UTC.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <ctime>
+#include <initializer_list>
+#include <memory>
+
+#include "tests/support/files.h"
+#include "tests/support/recorder.h"
+#include "vastra/logfiles/file_link.h"
+#include "vastra/platform/file_system.h"
+
+namespace vastra {
+
+constexpr std::int32_t kStart = 1041516000;  // 2003-01-02 14:00:00 UTC
+
+inline CStringArray Names(std::initializer_list<const char*> texts) {
+  CStringArray names;
+  for (const char* text : texts) names.Add(text);
+  return names;
+}
+
+inline CLogSample Sample(std::int32_t time, std::initializer_list<float> values) {
+  CLogSample sample;
+  sample.m_time.time = time;
+  for (const float value : values) sample.m_values.Add(value);
+  return sample;
+}
+
+class CLinkFixture : public testing::Test {
+ protected:
+  CLinkFixture() {
+    ::setenv("TZ", "UTC0", 1);
+    ::tzset();
+    NewLink();
+  }
+
+  // A link that knows nothing of the logs before.
+  void NewLink() {
+    m_link.reset(CFileLink::Create(nullptr));
+    m_link->m_name = "F";
+  }
+
+  // The settings of a writer of binary logs of Temp and Flow, named by time, that all stay.
+  std::unique_ptr<CFileConfig> Writer() const {
+    auto config = std::make_unique<CFileConfig>();
+    config->m_extension = ".rph";
+    config->m_maxLogs = config->m_maxSamples = 1000;
+    config->m_saveRp = 1;
+    config->m_directory = m_dir.Path();
+    config->m_varNames = Names({"Temp", "Flow"});
+    config->m_nameVariable = "System Time";
+    return config;
+  }
+
+  int Open(std::unique_ptr<CFileConfig> config, UINT mode = CLink::modeWrite) {
+    CLinkConfigList configs;
+    configs.AddHead(config.release());
+    return m_link->Open(configs, mode);
+  }
+
+  int Write(std::int32_t time, std::initializer_list<float> values = {1, 2}) {
+    CLogSample sample = Sample(time, values);
+    return m_link->Write(sample);
+  }
+
+  // The names in the directory, in byte order, each behind a blank.
+  std::string Files() const {
+    std::string all;
+    for (const CFileEntry& file : ListFiles(m_dir.Path(), "")) all += " " + file.m_name.Std();
+    return all;
+  }
+  std::string Bytes(const char* name) const { return ReadBytes(m_dir / name); }
+
+  CRecorder m_recorder;
+  CTempDir m_dir;
+  std::unique_ptr<CFileLink> m_link;
+};
+
+}  // namespace vastra
