@@ -33,8 +33,8 @@ inline std::string FindDifference(CEquator& lowered, CEquator& plain, const CSam
   if (random != NextRandom()) return "other random numbers";
   if (lowered.GetUndefined() != plain.GetUndefined()) return "other undefined statements";
   for (int i = 0; i < inputs + plain.GetNewVariables().GetSize(); ++i) {
-    const float fast = lowered.GetValue(static_cast<UINT>(i));
-    const float slow = plain.GetValue(static_cast<UINT>(i));
+    const float fast = lowered.GetValue(sample, static_cast<UINT>(i));
+    const float slow = plain.GetValue(sample, static_cast<UINT>(i));
     if (!IsSameResult(fast, slow))
       return "value " + std::to_string(i) + ": " + std::to_string(fast) + " for " + std::to_string(slow);
   }

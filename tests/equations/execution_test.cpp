@@ -205,7 +205,7 @@ TEST(Execution, EveryOperationGivesItsValueOnBothMachines) {
     EXPECT_EQ(isDefined, plain.GetUndefined().empty()) << c.expression;
 
     lowered.Run(InputValues());
-    const float value = lowered.GetValue(lowered.FindValue("y"));
+    const float value = lowered.GetValue(InputValues(), lowered.FindValue("y"));
     EXPECT_TRUE(IsSameResult(isDefined ? static_cast<float>(c.value) : HUGE_VALF, value))
         << c.expression << " gives " << value << " lowered";
     EXPECT_EQ(isDefined, lowered.GetUndefined().empty()) << c.expression << " lowered";

@@ -1,6 +1,7 @@
 #include "vastra/equations/parser.h"
 
 #include <ctime>
+#include <utility>
 
 #include "vastra/equations/compile_state.h"
 #include "vastra/equations/random.h"
@@ -13,7 +14,7 @@ CParser::CParser() { SeedRandom(static_cast<unsigned>(std::time(nullptr))); }
 
 int CParser::Parse(CString equation, CLineCodeList* code, CStringArray* names) {
   if (!code || !names) return 0;
-  compileState.ParsingEq = equation + ';';
+  compileState.ParsingEq = std::move(equation) + ';';
   compileState.pRunLines = code;
   compileState.pVariableNames = names;
   compileState.nTarget = -1;

@@ -8,9 +8,9 @@
 namespace vastra {
 namespace {
 
-constexpr std::size_t kStage = 64 * 1024;       // bytes of text that are handed to a file at a time
-constexpr std::uint32_t kValuesAtATime = 1024;  // for which room is made at a time
-constexpr std::int64_t kQuarter = 900;          // seconds
+constexpr std::size_t kStage = std::size_t{64} * 1024;  // bytes of text that are handed to a file at a time
+constexpr std::uint32_t kValuesAtATime = 1024;          // for which room is made at a time
+constexpr std::int64_t kQuarter = 900;                  // seconds
 
 // The texts of 0 to 999 with leading zeros, four bytes apart. Whoever reads four bytes from the middle of the
 // last one needs the spare.

@@ -31,7 +31,7 @@ struct CSampleRecord {
 
 class VASTRA_API CSampleStore {
  public:
-  static constexpr std::size_t kBlockSize = 256 * 1024;
+  static constexpr std::size_t kBlockSize = std::size_t{256} * 1024;
 
   // A place between two samples. It stays good while samples are appended.
   struct CPlace {

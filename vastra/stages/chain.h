@@ -18,7 +18,7 @@ class CChain {
   template <class Link>
   Link* Add(Link* link, const CString& name, std::unique_ptr<CLinkConfig> config) {
     link->m_name = name;
-    m_pHead.release();  // owned by link from here on
+    static_cast<void>(m_pHead.release());  // owned by link from here on
     m_pHead.reset(link);
     m_configs.AddHead(config.release());
     return link;
