@@ -4,15 +4,24 @@
 
 #include <cstdint>
 
+#ifdef __x86_64__
+#include <emmintrin.h>
+#endif
+
 namespace vastra {
 
 // Cuts towards zero: 0.9 gives 0, -1.7 gives -1. Of a whole part that does not fit, the low 32 bits count, so
 // that an unsigned 32-bit word keeps its bits. NaN, infinities and all from 2^63 on give 0: a flag without a
 // defined value is off.
 inline int TruncateToInt(double value) {
+#ifdef __x86_64__
+  // One instruction, which gives -2^63 for what does not fit 64 bits.
+  const std::int64_t whole = _mm_cvttsd_si64(_mm_set_sd(value));
+#else
   constexpr double kLimit = 9223372036854775808.0;  // 2^63
-  if (!(value > -kLimit && value < kLimit)) return 0;
-  return static_cast<int>(static_cast<std::uint32_t>(static_cast<std::int64_t>(value)));
+  const std::int64_t whole = value > -kLimit && value < kLimit ? static_cast<std::int64_t>(value) : 0;
+#endif
+  return static_cast<int>(static_cast<std::uint32_t>(whole));
 }
 
 }  // namespace vastra

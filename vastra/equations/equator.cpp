@@ -1,6 +1,5 @@
 #include "vastra/equations/equator.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "vastra/equations/parser.h"
@@ -20,8 +19,7 @@ CEquationFault CEquator::Compile(const CStringArray& inputs, const CStringArray&
   next.BindTargets(equations);
   const CEquationFault fault = next.CompileAll(equations);
   if (fault.statement) return fault;
-  next.TakeValues(*this);
-  next.Lower();
+  next.Lower(*this);
   *this = std::move(next);
   return {};
 }
@@ -55,41 +53,30 @@ CEquationFault CEquator::CompileAll(const CStringArray& equations) {
   return {};
 }
 
-void CEquator::TakeValues(const CEquator& before) {
-  const int inputs = m_inputVariables.GetSize();
-  m_values.SetSize(inputs + m_newVariables.GetSize());
+void CEquator::Lower(const CEquator& before) {
+  m_program = CProgram(m_inputVariables.GetSize(), m_newVariables.GetSize());
+  for (int i = 0; i < m_code.GetSize(); ++i) m_program.Add(m_code[i], Target(i));
+  m_program.Finish();
+  m_undefined.reserve(static_cast<std::size_t>(m_code.GetSize()));
   for (int i = 0; i < m_newVariables.GetSize(); ++i) {
     const int place = FindIn(before.m_newVariables, m_newVariables[i]);
-    if (place >= 0) m_values[inputs + i] = before.m_values[before.m_inputVariables.GetSize() + place];
+    if (place >= 0) m_program.SetValue(i, before.m_program.GetValue(place));
   }
 }
 
-void CEquator::Lower() {
-  m_program = CProgram(m_values.GetSize());
-  for (int i = 0; i < m_code.GetSize(); ++i) m_program.Add(m_code[i], m_inputVariables.GetSize() + Target(i));
-  m_program.Finish();
-  m_undefined.reserve(static_cast<std::size_t>(m_code.GetSize()));
-}
-
-void CEquator::TakeSample(const CArray<float, float>& sample) {
-  const int inputs = m_inputVariables.GetSize();
-  const int given = std::min(inputs, sample.GetSize());
-  std::copy_n(sample.GetData(), given, m_values.GetData());
-  std::fill_n(m_values.GetData() + given, inputs - given, 0.0f);
-}
-
-void CEquator::Run(const CArray<float, float>& sample) {
-  TakeSample(sample);
-  m_program.Run(m_values.GetData(), m_undefined);
-}
-
 void CEquator::RunByLines(const CArray<float, float>& sample, CArray<double, double>& results) {
-  TakeSample(sample);
+  const int inputs = m_inputVariables.GetSize();
+  CArray<float, float> values = sample;
+  values.SetSize(inputs + m_newVariables.GetSize());
+  for (int i = 0; i < m_newVariables.GetSize(); ++i) values[inputs + i] = m_program.GetValue(i);
+  for (int i = sample.GetSize(); i < inputs; ++i) values[i] = 0.0f;
+
   m_undefined.clear();
   results.SetSize(m_code.GetSize());
   for (int i = 0; i < m_code.GetSize(); ++i) {
-    if (!m_code[i].Execute(&m_values, results[i])) m_undefined.push_back(i);
-    m_values[m_inputVariables.GetSize() + Target(i)] = static_cast<float>(results[i]);
+    if (!m_code[i].Execute(&values, results[i])) m_undefined.push_back(i);
+    values[inputs + Target(i)] = static_cast<float>(results[i]);
+    m_program.SetValue(Target(i), values[inputs + Target(i)]);
   }
 }
 

@@ -26,7 +26,9 @@ class VASTRA_API CEquator {
 
   // Runs all statements on one sample: a value for each input. A missing one reads 0.0, what is too much is
   // not looked at. No allocation.
-  void Run(const CArray<float, float>& sample);
+  void Run(const CArray<float, float>& sample) {
+    m_program.Run(sample.GetData(), sample.GetSize(), m_undefined);
+  }
 
   // The same on the plain machine, line by line; results gets the double of each statement before it is
   // rounded to float, kUndefinedResult where it is undefined.
@@ -35,11 +37,9 @@ class VASTRA_API CEquator {
   // Which statements, from 0, had no defined result in the last run, in order.
   const std::vector<int>& GetUndefined() const { return m_undefined; }
 
-  // The value of an input as the last run saw it, or of a variable, by index: inputs first, then the new
-  // variables. 0.0 for any other index.
-  float GetValue(UINT index) const {
-    return index < static_cast<UINT>(m_values.GetSize()) ? m_values[static_cast<int>(index)] : 0.0f;
-  }
+  // The value that stands for an index behind the last run, which was on sample: of an input, or of an
+  // assigned variable; the inputs come first. 0.0 for any other index.
+  float GetValue(const CArray<float, float>& sample, UINT index) const;
   // The index of a name, or noValue.
   UINT FindValue(const CString& name) const;
 
@@ -55,19 +55,23 @@ class VASTRA_API CEquator {
   int Target(int statement) const { return static_cast<int>(m_equationTarget[statement]); }
   void BindTargets(const CStringArray& equations);
   CEquationFault CompileAll(const CStringArray& equations);
-  void TakeValues(const CEquator& before);
-  void Lower();
-  void TakeSample(const CArray<float, float>& sample);
+  void Lower(const CEquator& before);
 
   CStringArray m_inputVariables;
   CStringArray m_newVariables;
   CArray<UINT, UINT> m_equationTarget;  // for each statement the index in m_newVariables of what it assigns
   CArray<CExecutionStruct> m_code;
-  CProgram m_program;
-  // The inputs as the last run saw them, and behind them the new variables, which are the state that is kept
-  // from sample to sample.
-  CArray<float, float> m_values;
+  CProgram m_program;  // holds the values of the new variables
   std::vector<int> m_undefined;
 };
+
+inline float CEquator::GetValue(const CArray<float, float>& sample, UINT index) const {
+  const auto inputs = static_cast<UINT>(m_inputVariables.GetSize());
+  if (index < inputs)
+    return index < static_cast<UINT>(sample.GetSize()) ? sample[static_cast<int>(index)] : 0.0f;
+  index -= inputs;
+  return index < static_cast<UINT>(m_newVariables.GetSize()) ? m_program.GetValue(static_cast<int>(index))
+                                                             : 0.0f;
+}
 
 }  // namespace vastra

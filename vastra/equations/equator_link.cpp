@@ -46,7 +46,8 @@ void CEquatorLink::RunEquations(char function, const CLogSample& in, CLogSample&
     Send(function, {severityNotice, m_undefinedTexts[statement]});
   out.m_time = in.m_time;
   out.m_values.SetSize(m_outputMap.GetSize());
-  for (int i = 0; i < m_outputMap.GetSize(); ++i) out.m_values[i] = m_equator.GetValue(m_outputMap[i]);
+  for (int i = 0; i < m_outputMap.GetSize(); ++i)
+    out.m_values[i] = m_equator.GetValue(in.m_values, m_outputMap[i]);
 }
 
 int CEquatorLink::Write(CLogSample& sample) {

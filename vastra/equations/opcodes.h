@@ -19,6 +19,15 @@ inline double Remainder(double left, double right) {
 }
 inline double Magnitude(double value) { return std::fabs(static_cast<double>(TruncateToInt(value))); }
 
+// What any operation gives, as double. A truth comes out of a table: whether it holds is seldom foreseeable,
+// so there must be no branch on it.
+inline double AsDouble(double value) { return value; }
+inline double AsDouble(int value) { return value; }
+inline double AsDouble(bool truth) {
+  static constexpr double kTruths[] = {0.0, 1.0};
+  return kTruths[truth];
+}
+
 // X(opcode, C++ name, spelling, operands, result, undefined if, the same in words). op1 is the right operand,
 // or the only one, op2 the left one. An opcode is also the token number of its operator or function. A result
 // that is a truth becomes 1.0 or 0.0; any value but 0.0 counts as true.
@@ -26,8 +35,8 @@ inline double Magnitude(double value) { return std::fabs(static_cast<double>(Tru
   X(264, BitAnd, "&", 2, TruncateToInt(op2) & TruncateToInt(op1), false, "")                        \
   X(265, BitXor, "^", 2, TruncateToInt(op2) ^ TruncateToInt(op1), false, "")                        \
   X(266, BitOr, "|", 2, TruncateToInt(op2) | TruncateToInt(op1), false, "")                         \
-  X(267, LogicAnd, "&&", 2, op2 != 0.0 && op1 != 0.0, false, "")                                    \
-  X(268, LogicOr, "||", 2, op2 != 0.0 || op1 != 0.0, false, "")                                     \
+  X(267, LogicAnd, "&&", 2, (op2 != 0.0) & (op1 != 0.0), false, "")                                 \
+  X(268, LogicOr, "||", 2, (op2 != 0.0) | (op1 != 0.0), false, "")                                  \
   X(269, Plus, "+", 2, op1 + op2, false, "")                                                        \
   X(270, Minus, "-", 2, op2 - op1, false, "")                                                       \
   X(271, Times, "*", 2, op1* op2, false, "")                                                        \
@@ -68,9 +77,8 @@ enum : int {
     static constexpr int kOperands = count;                                                                 \
     static constexpr bool kMayFail = sizeof(words) > 1;                                                     \
     static bool IsUndefined([[maybe_unused]] double op1, [[maybe_unused]] double op2) { return undefined; } \
-    static double Result([[maybe_unused]] double op1, [[maybe_unused]] double op2) {                        \
-      return static_cast<double>(result);                                                                   \
-    }                                                                                                       \
+    static auto Raw([[maybe_unused]] double op1, [[maybe_unused]] double op2) { return result; }            \
+    static double Result(double op1, double op2) { return AsDouble(Raw(op1, op2)); }                        \
   };
 VASTRA_OPERATIONS(VASTRA_OPERATION)
 #undef VASTRA_OPERATION

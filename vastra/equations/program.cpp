@@ -1,11 +1,13 @@
 #include "vastra/equations/program.h"
 
+#include <algorithm>
+
 namespace vastra {
 
 void CProgram::Add(const CExecutionStruct& statement, int target) {
   const std::vector<CFlatLine> lines = FlatLines(*statement.GetHead());
   FindRead(lines);
-  const bool isPlain = !LowerStatement(lines, target, m_places, m_drafts);
+  const bool isPlain = !LowerStatement(lines, m_inputs + target, m_places, m_drafts);
   if (isPlain) AddStop(stopPlain, m_statements.size(), m_drafts.size() + 1);
   m_statements.push_back({statement.GetHead(), target, isPlain, m_drafts.size()});
 }
@@ -24,19 +26,18 @@ void CProgram::AddUndefinedStops() {
   std::size_t step = 0;
   for (std::size_t i = 0; i < m_statements.size(); ++i) {
     const std::size_t stop = m_drafts.size();
-    const std::size_t end = m_statements[i].end;
     bool isWanted = false;
-    for (; step < end; ++step) {
+    for (; step < m_statements[i].end; ++step) {
       if (m_drafts[step].target != CDraft::kUndefined) continue;
       m_drafts[step].target = static_cast<int>(stop);
       isWanted = true;
     }
-    if (isWanted) AddStop(stopUndefined, i, end);
+    if (isWanted) AddStop(stopUndefined, i, m_statements[i].end);
   }
 }
 
 void CProgram::FindRead(const std::vector<CFlatLine>& lines) {
-  m_isRead.resize(static_cast<std::size_t>(m_places.GetVariables()));
+  m_isRead.resize(static_cast<std::size_t>(m_inputs));
   for (const CFlatLine& line : lines)
     for (const double operand : {line.op1, line.op2}) {
       if (IsLiteral(operand) || operand == kStackOperand) continue;
@@ -45,12 +46,15 @@ void CProgram::FindRead(const std::vector<CFlatLine>& lines) {
     }
 }
 
-void CProgram::GatherRanges() {
-  const int count = static_cast<int>(m_isRead.size());
-  for (int i = 0; i < count; ++i) {
-    if (!m_isRead[static_cast<std::size_t>(i)]) continue;
-    if (m_ranges.empty() || m_ranges.back().end != i) m_ranges.push_back({i, i});
-    m_ranges.back().end = i + 1;
+// The blocks that hold all inputs that are read; the last one may overlap the one before it.
+void CProgram::GatherBlocks() {
+  for (int i = 0; i < m_inputs;) {
+    if (m_isRead[static_cast<std::size_t>(i)]) {
+      m_blocks.push_back(std::max(0, std::min(i, m_inputs - kBlock)));
+      i = m_blocks.back() + kBlock;
+    } else {
+      ++i;
+    }
   }
 }
 
@@ -60,47 +64,58 @@ void CProgram::Finish() {
   for (std::size_t i = 0; i < m_drafts.size(); ++i) {
     const CDraft& draft = m_drafts[i];
     const int jump = draft.target == CDraft::kNoTarget ? 1 : draft.target - static_cast<int>(i);
-    m_steps.push_back({FindHandler(draft.kind), draft.a, draft.b, draft.c, draft.d, draft.to, jump});
+    m_steps.push_back({FindHandler(draft.kind),
+                       draft.a,
+                       draft.b,
+                       {draft.c[0], draft.c[1]},
+                       {draft.d[0], draft.d[1]},
+                       draft.to,
+                       jump});
   }
-  GatherRanges();
+  m_isRead.resize(static_cast<std::size_t>(m_inputs));
+  GatherBlocks();
   m_drafts = {};
   m_isRead = {};
 }
 
-void CProgram::Widen(const float* values) {
-  double* file = m_places.GetFile().data();
-  for (const CRange& range : m_ranges)
-    for (int i = range.first; i < range.end; ++i) file[i] = static_cast<double>(values[i]);
-}
-
-void CProgram::Run(float* values, std::vector<int>& undefined) {
+void CProgram::Run(const float* inputs, int count, std::vector<int>& undefined) {
+  double* file = m_places.GetFile();
   undefined.clear();
-  Widen(values);
-  double* file = m_places.GetFile().data();
-  const CStep* step = m_steps.data();
-  while ((step = RunSteps(step, file, values))->b != stopEnd) {
-    if (!Serve(*step, values)) undefined.push_back(static_cast<int>(step->a));
-    step += step->jump;
-  }
+  if (count < m_inputs || m_inputs < kBlock) return RunShort(inputs, count, undefined);
+  for (const int first : m_blocks)  // the compiler makes two wide moves of each
+    for (int i = first; i < first + kBlock; ++i) file[i] = static_cast<double>(inputs[i]);
+  const CStep* step = RunSteps(m_steps.data(), file);
+  if (step->b != stopEnd) [[unlikely]] Serve(step, undefined);
 }
 
-// Stores what a statement gives that stopped, and tells whether it is defined.
-bool CProgram::Serve(const CStep& stop, float* values) {
-  const CStatement& statement = m_statements[stop.a];
+void CProgram::RunShort(const float* inputs, int count, std::vector<int>& undefined) {
+  double* file = m_places.GetFile();
+  for (int i = 0; i < m_inputs; ++i) file[i] = i < count ? static_cast<double>(inputs[i]) : 0.0;
+  Serve(RunSteps(m_steps.data(), file), undefined);
+}
+
+// Does what each stop asks for, and runs on.
+void CProgram::Serve(const CStep* stop, std::vector<int>& undefined) {
+  while (stop->b != stopEnd) stop = RunSteps(Store(stop, undefined), m_places.GetFile());
+}
+
+// Stores what the statement gives that has stopped, and gives the step to go on at.
+const CStep* CProgram::Store(const CStep* stop, std::vector<int>& undefined) {
+  const CStatement& statement = m_statements[stop->a];
   double result = kUndefinedResult;
   int isDefined = 0;
-  if (stop.b == stopPlain) {
-    const auto count = static_cast<unsigned>(m_places.GetVariables());
+  if (stop->b == stopPlain) {
     const auto variable = [&](int index) {
-      return static_cast<unsigned>(index) < count ? values[index] : 0.0f;
+      return static_cast<unsigned>(index) < static_cast<unsigned>(m_places.GetVariables())
+                 ? m_places.GetFile()[index]
+                 : 0.0;
     };
     m_stack.RemoveAll();
     isDefined = RunLines(*statement.lines, variable, m_stack, result);
   }
-  values[statement.target] = static_cast<float>(result);
-  m_places.GetFile()[static_cast<std::size_t>(statement.target)] =
-      static_cast<double>(values[statement.target]);
-  return isDefined;
+  SetValue(statement.target, static_cast<float>(result));
+  if (!isDefined) undefined.push_back(static_cast<int>(stop->a));
+  return stop + stop->jump;
 }
 
 }  // namespace vastra

@@ -1,6 +1,7 @@
-// CProgram: the statements of one list in the form that runs for every sample. Each is translated once, when
-// a link opens; one that the translation does not know stays as it is and runs on the plain machine. Both
-// ways give the same floats, bit for bit; of a NaN only that it is one.
+// CProgram: the statements of one list in the form that runs for every sample, and the variables that they
+// assign. Each statement is translated once, when a link opens; one that the translation does not know stays
+// as it is and runs on the plain machine. Both ways give the same floats, bit for bit; of a NaN only that it
+// is one.
 #pragma once
 
 #include <vector>
@@ -10,37 +11,42 @@
 
 namespace vastra {
 
-// One thread at a time.
+// One thread at a time. In compiled code the inputs come first among the variables, behind them those that
+// are assigned.
 class VASTRA_API CProgram {
  public:
-  // For statements on that many variables.
-  explicit CProgram(int variables = 0) : m_places(variables) {}
+  explicit CProgram(int inputs = 0, int assigned = 0) : m_inputs(inputs), m_places(inputs + assigned) {}
 
-  // Adds a statement; its result goes to the variable target. The lines must stay as they are, and where they
-  // are, as long as the program runs.
+  // Adds a statement; its result goes to the assigned variable target. The lines must stay as they are, and
+  // where they are, as long as the program runs.
   void Add(const CExecutionStruct& statement, int target);
   // Stands behind the last Add, before the first Run.
   void Finish();
 
   // Runs all statements once, in the order in which they were added; each sees what those before it stored.
-  // values: one float for each variable. undefined: set to the statements, from 0, that had no defined
-  // result, in order. Takes no memory once undefined has room for all statements, but for a statement on the
-  // plain machine that needs a deeper stack than any before.
-  void Run(float* values, std::vector<int>& undefined);
+  // inputs: count values; a missing one reads 0.0, what is too much is not looked at.
+  // undefined: set to the statements, from 0, that had no defined result, in order.
+  // Takes no memory once undefined has room for all statements, but for a statement on the plain machine that
+  // needs a deeper stack than any before.
+  void Run(const float* inputs, int count, std::vector<int>& undefined);
+
+  // An assigned variable. They start at 0.0.
+  float GetValue(int assigned) const { return static_cast<float>(m_places.GetFile()[m_inputs + assigned]); }
+  void SetValue(int assigned, float value) {
+    m_places.GetFile()[m_inputs + assigned] = static_cast<double>(value);
+  }
 
   // Whether a statement runs on the plain machine.
   bool IsPlain(int statement) const { return m_statements[static_cast<std::size_t>(statement)].isPlain; }
 
  private:
+  static constexpr int kBlock = 4;
+
   struct CStatement {
     const CLineCodeList* lines;
     int target;
     bool isPlain;
     std::size_t end;  // the step behind its own
-  };
-  // A stretch of variables that statements read.
-  struct CRange {
-    int first, end;
   };
   // What a step of the family stop asks for, in its b; its a is the statement.
   enum : std::uint32_t { stopEnd, stopUndefined, stopPlain };
@@ -48,17 +54,19 @@ class VASTRA_API CProgram {
   void AddStop(std::uint32_t reason, std::size_t statement, std::size_t next);
   void AddUndefinedStops();
   void FindRead(const std::vector<CFlatLine>& lines);
-  void GatherRanges();
-  void Widen(const float* values);
-  bool Serve(const CStep& stop, float* values);
+  void GatherBlocks();
+  void RunShort(const float* inputs, int count, std::vector<int>& undefined);
+  void Serve(const CStep* stop, std::vector<int>& undefined);
+  const CStep* Store(const CStep* stop, std::vector<int>& undefined);
 
+  int m_inputs;
   CPlaces m_places;
   std::vector<CDraft> m_drafts;  // until Finish
-  std::vector<char> m_isRead;    // until Finish: by variable
+  std::vector<char> m_isRead;    // until Finish: by input
   std::vector<CStatement> m_statements;
   std::vector<CStep> m_steps;
-  std::vector<CRange> m_ranges;
-  CStack<double> m_stack;  // of the plain machine
+  std::vector<int> m_blocks;  // where stretches of kBlock inputs start that hold all that are read
+  CStack<double> m_stack;     // of the plain machine
 };
 
 }  // namespace vastra

@@ -14,22 +14,23 @@ using CRunning = double;
 #else
 using CRunning = double&;
 #endif
-using CFunction = const CStep* (*)(const CStep* step, double* file, float* values, CRunning running);
-
+using CFunction = const CStep* (*)(const CStep* step, double* file, CRunning running);
 CFunction Function(const CStep* step) { return reinterpret_cast<CFunction>(step->run); }
 
 // A work has one static function Do, which does a step and gives the step that follows.
 template <class Work>
-const CStep* Handle(const CStep* step, double* file, float* values, CRunning running) {
-  const CStep* next = Work::Do(step, file, values, running);
+const CStep* Handle(const CStep* step, double* file, CRunning running) {
+  const CStep* next = Work::Do(step, file, running);
 #if defined(VASTRA_TAIL_CALLS) && defined(__clang__)
-  [[clang::musttail]] return Function(next)(next, file, values, running);
+  [[clang::musttail]] return Function(next)(next, file, running);
 #elif defined(VASTRA_TAIL_CALLS)
-  return Function(next)(next, file, values, running);
+  return Function(next)(next, file, running);
 #else
   return next;
 #endif
 }
+
+const CStep* Stop(const CStep* step, double*, CRunning) { return step; }
 
 template <class Work>
 CHandler HandlerOf() {
@@ -37,11 +38,10 @@ CHandler HandlerOf() {
 }
 
 template <CResult result>
-inline void Put(const CStep* step, double* file, float* values, double& running, double made) {
+void Put(const CStep* step, double* file, double& running, double made) {
   if constexpr (result == CResult::toRunning) running = made;
   if constexpr (result == CResult::toTemporary) file[step->to] = made;
-  if constexpr (result == CResult::toVariable)
-    file[step->to] = static_cast<double>(values[step->to] = static_cast<float>(made));
+  if constexpr (result == CResult::toVariable) file[step->to] = static_cast<double>(static_cast<float>(made));
 }
 
 template <class Operation, CSource source>
@@ -54,82 +54,100 @@ double Left(const CStep* step, const double* file, double running) {
   if constexpr (Operation::kOperands < 2) return 0.0;
   return source == CSource::leftRunning ? running : file[step->b];
 }
+template <class Comparison, CSource source>
+bool Holds(const CStep* step, const double* file, double running) {
+  return Comparison::Raw(Right<Comparison, source>(step, file, running),
+                         Left<Comparison, source>(step, file, running));
+}
 
 template <class Operation, CSource source, CResult result>
 struct COperationWork {
-  static const CStep* Do(const CStep* step, double* file, float* values, double& running) {
+  static const CStep* Do(const CStep* step, double* file, double& running) {
     const double op1 = Right<Operation, source>(step, file, running);
     const double op2 = Left<Operation, source>(step, file, running);
     if (Operation::kMayFail && Operation::IsUndefined(op1, op2)) [[unlikely]]
       return step + step->jump;
-    Put<result>(step, file, values, running, Operation::Result(op1, op2));
+    Put<result>(step, file, running, Operation::Result(op1, op2));
     return step + 1;
   }
 };
 
 template <class Inner, class Outer, bool isInnerRight, bool isRunning, CResult result>
 struct CChainWork {
-  static const CStep* Do(const CStep* step, double* file, float* values, double& running) {
+  static const CStep* Do(const CStep* step, double* file, double& running) {
     const double inner = Inner::Result(file[step->a], file[step->b]);
-    const double other = isRunning ? running : file[step->c];
-    Put<result>(step, file, values, running,
+    const double other = isRunning ? running : file[step->c[0]];
+    Put<result>(step, file, running,
                 isInnerRight ? Outer::Result(inner, other) : Outer::Result(other, inner));
     return step + 1;
   }
 };
 
-template <class Comparison, class Logic, CResult result>
-struct CLogicWork {
-  static const CStep* Do(const CStep* step, double* file, float* values, double& running) {
-    const double holds = Comparison::Result(file[step->a], file[step->b]);
-    Put<result>(step, file, values, running, Logic::Result(holds, running));
+template <class Left, class Outer, class Right, CResult result>
+struct CPairWork {
+  static const CStep* Do(const CStep* step, double* file, double& running) {
+    const double left = Left::Result(file[step->a], file[step->b]);
+    const double right = Right::Result(file[step->c[0]], file[step->c[1]]);
+    Put<result>(step, file, running, Outer::Result(right, left));
     return step + 1;
   }
 };
 
-template <class Comparison, bool isSum, CResult result>
+template <class Logic>
+double Both(bool left, bool right) {
+  return AsDouble(Logic::kCode == opLogicAnd ? left & right : left | right);
+}
+
+template <class Comparison, class Logic, CResult result>
+struct CLogicWork {
+  static const CStep* Do(const CStep* step, double* file, double& running) {
+    const bool holds = Holds<Comparison, CSource::fromFile>(step, file, running);
+    Put<result>(step, file, running, Both<Logic>(holds, running != 0.0));
+    return step + 1;
+  }
+};
+
+template <class First, class Second, class Logic, CResult result>
+struct CLogicPairWork {
+  static const CStep* Do(const CStep* step, double* file, double& running) {
+    const bool first = Holds<First, CSource::fromFile>(step, file, running);
+    const bool second = Second::Raw(file[step->c[0]], file[step->c[1]]);
+    Put<result>(step, file, running, Both<Logic>(first, second));
+    return step + 1;
+  }
+};
+
+// Without a branch: which side is taken is seldom foreseeable.
+template <class Comparison, CSource source, CResult result>
 struct CSelectWork {
-  static const CStep* Do(const CStep* step, double* file, float* values, double& running) {
-    const bool holds = Comparison::Result(file[step->a], file[step->b]) != 0.0;
-    const double chosen = file[holds ? step->c : step->d];
-    Put<result>(step, file, values, running, isSum ? chosen + 0.0 : chosen);
+  static const CStep* Do(const CStep* step, double* file, double& running) {
+    const bool holds = Holds<Comparison, source>(step, file, running);
+    Put<result>(step, file, running, file[step->c[holds]] + file[step->d[holds]]);
     return step + 1;
   }
 };
 
 template <class Comparison, CSource source>
 struct CTestWork {
-  static const CStep* Do(const CStep* step, double* file, float*, double& running) {
-    const double op1 = Right<Comparison, source>(step, file, running);
-    const double op2 = Left<Comparison, source>(step, file, running);
-    return Comparison::Result(op1, op2) != 0.0 ? step + 1 : step + step->jump;
-  }
-};
-
-template <CSource source>
-struct CTestZeroWork {
-  static const CStep* Do(const CStep* step, double* file, float*, double& running) {
-    const double tested = source == CSource::fromFile ? file[step->a] : running;
-    return tested == 0.0 ? step + step->jump : step + 1;
+  static const CStep* Do(const CStep* step, double* file, double& running) {
+    return Holds<Comparison, source>(step, file, running) ? step + 1 : step + step->jump;
   }
 };
 
 template <CResult result>
 struct CCopyWork {
-  static const CStep* Do(const CStep* step, double* file, float* values, double& running) {
-    Put<result>(step, file, values, running, file[step->a]);
+  static const CStep* Do(const CStep* step, double* file, double& running) {
+    Put<result>(step, file, running, file[step->a]);
     return step + 1;
   }
 };
 
 struct CJumpWork {
-  static const CStep* Do(const CStep* step, double*, float*, double&) { return step + step->jump; }
+  static const CStep* Do(const CStep* step, double*, double&) { return step + step->jump; }
 };
 
-const CStep* Stop(const CStep* step, double*, float*, CRunning) { return step; }
-
-// From a value known when a statement is lowered to one known when this file is compiled: calls make with the
-// operation of a code, with a result or with a truth as a type. Null if the code is none of these.
+// From a value known when a statement is lowered to one known when this file is compiled: each of these calls
+// make with the operation of a code, with a source, a result or a truth, as a type. Null if there is none.
 template <class... Operations>
 struct COperations {};
 template <class... Operations, class Make>
@@ -161,33 +179,40 @@ CHandler ForSource(CSource source, Make make) {
   return nullptr;
 }
 
-using CComparisons = COperations<COperationLess, COperationGreater, COperationLessEqual,
-                                 COperationGreaterEqual, COperationEqual, COperationNotEqual>;
+using CComparisons = COperations<COperationLess, COperationLessEqual, COperationEqual, COperationNotEqual>;
 using CChainables = COperations<COperationPlus, COperationMinus, COperationTimes>;
 using CLogics = COperations<COperationLogicAnd, COperationLogicOr>;
-struct CNothing {
+struct CNoOperation {
   static constexpr int kCode = opNone;
 };
-#define VASTRA_COMMA_OPERATION(number, Name, ...) , COperation##Name
-using CAllOperations = COperations<CNothing VASTRA_OPERATIONS(VASTRA_COMMA_OPERATION)>;
-#undef VASTRA_COMMA_OPERATION
+#define VASTRA_LISTED(number, Name, ...) , COperation##Name
+using CAllOperations = COperations<CNoOperation VASTRA_OPERATIONS(VASTRA_LISTED)>;
+#undef VASTRA_LISTED
+
+template <class... Operations>
+bool Has(COperations<Operations...>, int code) {
+  return ((Operations::kCode == code) || ...);
+}
 
 CHandler OperationHandler(const CStepKind& kind) {
   return ForCode(CAllOperations(), kind.code, [&]<class Operation>(Operation) -> CHandler {
-    if constexpr (Operation::kCode == opNone) {
+    if constexpr (Operation::kCode == opNone)
       return nullptr;
-    } else {
+    else
       return ForSource<Operation::kOperands>(kind.source, [&](auto source) {
         return ForResult(kind.result, [&](auto result) {
           return HandlerOf<COperationWork<Operation, source(), result()>>();
         });
       });
-    }
   });
 }
 
 CHandler ChainHandler(const CStepKind& kind) {
   return ForCode(CChainables(), kind.code, [&]<class Inner>(Inner) {
+    if (kind.outer == opDivide)
+      return ForResult(kind.result, [&](auto result) {
+        return HandlerOf<CChainWork<Inner, COperationDivide, false, false, result()>>();
+      });
     return ForCode(CChainables(), kind.outer, [&]<class Outer>(Outer) {
       return ForTruth(kind.isInnerRight, [&](auto isRight) {
         return ForTruth(kind.source != CSource::fromFile, [&](auto isRunning) {
@@ -195,6 +220,17 @@ CHandler ChainHandler(const CStepKind& kind) {
             return HandlerOf<CChainWork<Inner, Outer, isRight(), isRunning(), result()>>();
           });
         });
+      });
+    });
+  });
+}
+
+CHandler PairHandler(const CStepKind& kind) {
+  return ForCode(CChainables(), kind.code, [&]<class Left>(Left) {
+    return ForCode(CChainables(), kind.outer, [&]<class Outer>(Outer) {
+      return ForCode(CChainables(), kind.second, [&]<class Right>(Right) {
+        return ForResult(kind.result,
+                         [&](auto result) { return HandlerOf<CPairWork<Left, Outer, Right, result()>>(); });
       });
     });
   });
@@ -209,11 +245,23 @@ CHandler LogicHandler(const CStepKind& kind) {
   });
 }
 
+CHandler LogicPairHandler(const CStepKind& kind) {
+  return ForCode(CComparisons(), kind.code, [&]<class First>(First) {
+    return ForCode(CComparisons(), kind.second, [&]<class Second>(Second) {
+      return ForCode(CLogics(), kind.outer, [&]<class Logic>(Logic) {
+        return ForResult(kind.result, [&](auto result) {
+          return HandlerOf<CLogicPairWork<First, Second, Logic, result()>>();
+        });
+      });
+    });
+  });
+}
+
 CHandler SelectHandler(const CStepKind& kind) {
   return ForCode(CComparisons(), kind.code, [&]<class Comparison>(Comparison) {
-    return ForTruth(kind.family == CFamily::selectSum, [&](auto isSum) {
+    return ForSource<2>(kind.source, [&](auto source) {
       return ForResult(kind.result,
-                       [&](auto result) { return HandlerOf<CSelectWork<Comparison, isSum(), result()>>(); });
+                       [&](auto result) { return HandlerOf<CSelectWork<Comparison, source(), result()>>(); });
     });
   });
 }
@@ -225,9 +273,8 @@ CHandler TestHandler(const CStepKind& kind) {
   });
 }
 
-template <class... Operations>
-bool Has(COperations<Operations...>, int code) {
-  return ((Operations::kCode == code) || ...);
+CHandler CopyHandler(const CStepKind& kind) {
+  return ForResult(kind.result, [](auto result) { return HandlerOf<CCopyWork<result()>>(); });
 }
 
 }  // namespace
@@ -236,38 +283,38 @@ bool IsComparison(int code) { return Has(CComparisons(), code); }
 bool IsChainable(int code) { return Has(CChainables(), code); }
 
 CHandler FindHandler(const CStepKind& kind) {
+  using enum CFamily;
   switch (kind.family) {
-    case CFamily::operation:
+    case operation:
       return OperationHandler(kind);
-    case CFamily::chain:
+    case chain:
       return ChainHandler(kind);
-    case CFamily::logic:
+    case pair:
+      return PairHandler(kind);
+    case logic:
       return LogicHandler(kind);
-    case CFamily::select:
-    case CFamily::selectSum:
+    case logicPair:
+      return LogicPairHandler(kind);
+    case select:
       return SelectHandler(kind);
-    case CFamily::test:
+    case test:
       return TestHandler(kind);
-    case CFamily::testZero:
-      return ForSource<1>(kind.source, [](auto source) { return HandlerOf<CTestZeroWork<source()>>(); });
-    case CFamily::copy:
-      return ForResult(kind.result, [](auto result) { return HandlerOf<CCopyWork<result()>>(); });
-    case CFamily::jump:
+    case copy:
+      return CopyHandler(kind);
+    case jump:
       return HandlerOf<CJumpWork>();
-    case CFamily::stop:
-      break;
+    case stop:
+      return reinterpret_cast<CHandler>(Stop);
   }
-  return reinterpret_cast<CHandler>(Stop);
+  return nullptr;
 }
 
 #ifdef VASTRA_TAIL_CALLS
-const CStep* RunSteps(const CStep* step, double* file, float* values) {
-  return Function(step)(step, file, values, 0.0);
-}
+const CStep* RunSteps(const CStep* step, double* file) { return Function(step)(step, file, 0.0); }
 #else
-const CStep* RunSteps(const CStep* step, double* file, float* values) {
+const CStep* RunSteps(const CStep* step, double* file) {
   double running = 0.0;
-  while (Function(step) != Stop) step = Function(step)(step, file, values, running);
+  while (Function(step) != Stop) step = Function(step)(step, file, running);
   return step;
 }
 #endif

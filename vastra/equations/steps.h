@@ -15,27 +15,26 @@ using CHandler = void (*)();  // steps.cpp knows what it takes and gives
 
 struct CStep {
   CHandler run;
-  std::uint32_t a, b, c, d;  // places of operands
-  std::uint32_t to;          // place of the result
-  std::int32_t jump;         // from this step to the one that follows if it jumps
+  std::uint32_t a, b, c[2], d[2];  // places of operands
+  std::uint32_t to;                // place of the result
+  std::int32_t jump;               // from this step to the one that follows if it jumps
 };
 
-// Where a step takes its right (a) and left (b) operand.
+// Where an operation on a (right) and b (left) finds one of them: in its place or in the register.
 enum class CSource { fromFile, rightRunning, leftRunning };
-constexpr int kSources = 3;
 
-// What becomes of its result. A variable rounds it to float, keeps the float and widens it again.
+// What becomes of a result. A variable rounds it to float.
 enum class CResult { toRunning, toTemporary, toVariable };
-constexpr int kResults = 3;
 
+// Comparisons are < <= == != alone: > and >= are < and <= with their sides changed.
 enum class CFamily {
-  operation,  // code on a and b
-  chain,      // code on a and b, then outer on that and c; see CStepKind
+  operation,  // the operation code; jumps if it is undefined
+  chain,      // code, one of + - *, on a and b; then outer, the same or / by c[0], on that and c[0]
+  pair,       // outer on what code gives of a and b (left) and second of c[0] and c[1] (right), all of + - *
   logic,      // outer, && or ||, on the running value and the comparison code of a and b
-  select,     // c if the comparison code holds for a and b, else d
-  selectSum,  // the same plus 0.0
-  test,       // jumps unless the comparison code holds for a and b
-  testZero,   // jumps if a is 0
+  logicPair,  // the same on the comparisons code of a and b and second of c[0] and c[1]
+  select,     // c[1] + d[1] if the comparison code holds, else c[0] + d[0]
+  test,       // jumps unless the comparison code holds
   copy,       // a
   jump,       // jumps
   stop,       // gives itself to who runs the steps
@@ -44,20 +43,22 @@ enum class CFamily {
 struct CStepKind {
   CFamily family = CFamily::stop;
   int code = 0;
-  CSource source = CSource::fromFile;  // in a chain: not fromFile, then c is the running value
+  CSource source =
+      CSource::fromFile;  // of code; in a chain of outer: if not fromFile, c[0] is the running value
   CResult result = CResult::toRunning;
   int outer = 0;
-  bool isInnerRight = false;  // the inner result is the right operand of outer
+  bool isInnerRight = false;  // in a chain: what code gives is the right operand of outer
+  int second = 0;             // in a pair
 };
 
-// The function for a kind of step. Null: there is none; what there is for which code the families say.
+// The function for a kind of step; null if there is no such kind.
 CHandler FindHandler(const CStepKind& kind);
 
-// Which codes the families other than operation have.
-bool IsComparison(int code);  // < > <= >= == !=
-bool IsChainable(int code);   // + - *
+// Which codes there are for the families that do not have all.
+bool IsComparison(int code);
+bool IsChainable(int code);
 
-// Runs from step on to a stop, and gives that. file: the doubles; values: the variables as floats.
-const CStep* RunSteps(const CStep* step, double* file, float* values);
+// Runs from step on to a stop, and gives that.
+const CStep* RunSteps(const CStep* step, double* file);
 
 }  // namespace vastra
