@@ -93,7 +93,7 @@ void CFile::Fail() const { throw CFileException(m_path, errno); }
 
 std::size_t CMemFile::Read(void* bytes, std::size_t count) {
   const std::size_t part = std::min(count, m_bytes.size() - m_place);
-  std::memcpy(bytes, m_bytes.data() + m_place, part);
+  if (part) std::memcpy(bytes, m_bytes.data() + m_place, part);
   m_place += part;
   return part;
 }
