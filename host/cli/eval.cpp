@@ -1,5 +1,6 @@
 // vastra eval: compiles equations and runs them on one sample, the way an equator link does.
 #include <charconv>
+#include <cmath>
 #include <limits>
 
 #include "host/cli/command.h"
@@ -78,6 +79,7 @@ EExit PrintEvaluation(const CEvaluation& evaluation) {
 }
 
 std::string Shortest(float value) {
+  if (std::isnan(value)) return "nan";  // of either sign
   char text[64];
   return {text, std::to_chars(text, text + sizeof text, value).ptr};
 }
@@ -97,13 +99,40 @@ std::string TextOf(const CEvaluation& evaluation) {
   return text;
 }
 
+bool IsInsideCharacter(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
+
+// The part of the line round the offset that a screen line can show, from begin to end.
+struct CExcerpt {
+  std::size_t begin = 0;
+  std::size_t end = 0;
+};
+
+CExcerpt ExcerptOf(std::string_view text, std::size_t offset) {
+  constexpr std::size_t kSide = 60;  // bytes at most before the offset, and from it on
+  CExcerpt part;
+  part.begin = text.substr(0, offset).find_last_of("\r\n") + 1;
+  part.end = std::min(text.find_first_of("\r\n", offset), text.size());
+  if (offset - part.begin > kSide)
+    for (part.begin = offset - kSide; part.begin < offset && IsInsideCharacter(text[part.begin]);)
+      ++part.begin;
+  if (part.end - offset > kSide)
+    for (part.end = offset + kSide; part.end > offset && IsInsideCharacter(text[part.end]);) --part.end;
+  return part;
+}
+
+// The text with what could steer a terminal shown as "?".
+std::string Printable(std::string_view text) {
+  std::string shown(text);
+  for (char& c : shown)
+    if ((static_cast<unsigned char>(c) < ' ' && c != '\t') || c == '\x7f') c = '?';
+  return shown;
+}
+
 // Blanks as wide as text is on the screen.
 std::string BlanksFor(std::string_view text) {
   std::string blanks;
-  for (const char c : text) {
-    const bool goesOn = (static_cast<unsigned char>(c) & 0xC0) == 0x80;  // a later byte of a UTF-8 character
-    if (!goesOn) blanks += c == '\t' ? '\t' : ' ';
-  }
+  for (const char c : text)
+    if (!IsInsideCharacter(c)) blanks += c == '\t' ? '\t' : ' ';
   return blanks;
 }
 
@@ -114,10 +143,9 @@ EExit TellFault(const CEquationFault& fault, const CString& statement) {
   Fail(kFailed, "eval", place + fault.text);
   const std::string_view text = statement.View();
   const auto offset = static_cast<std::size_t>(fault.offset);
-  const std::size_t begin = text.substr(0, offset).find_last_of("\r\n") + 1;
-  const std::string_view line = text.substr(begin, text.find_first_of("\r\n", offset) - begin);
-  CTerminal::Instance().Line(CString(line));
-  CTerminal::Instance().Line(CString(BlanksFor(text.substr(begin, offset - begin)) + "^"));
+  const CExcerpt part = ExcerptOf(text, offset);
+  CTerminal::Instance().Line(CString(Printable(text.substr(part.begin, part.end - part.begin))));
+  CTerminal::Instance().Line(CString(BlanksFor(text.substr(part.begin, offset - part.begin)) + "^"));
   return kFailed;
 }
 

@@ -21,15 +21,20 @@ VALUES = [
     ("", ["a=1"], 1, {"a": 1.0}),
 ]
 
-# Text, the statement with the fault, its offset, and the line with the caret.
+SYNTAX = "no statement of the language"
+UNKNOWN = "a name that nothing assigns"
+
+# Text, the statement with the fault, its offset, what is told of it, and the line with the caret.
 FAULTS = [
-    ("y = ;", 1, 4, "y = ", "    ^"),
-    ("a = 1; y = b * 2;", 2, 5, " y = b * 2", "     ^"),
-    ("y = 1 +", 1, 7, "y = 1 +", "       ^"),
-    ("a = 1;\n\ty = /* ü */ (2;", 2, 17, "\ty = /* ü */ (2", "\t              ^"),
-    ("a = 1; /* end */", 2, 10, " /* end */", "          ^"),
-    ("x /* = */ = 1;", 1, 5, "x /* = */ = 1", "     ^"),
-    ("y = " + "(" * 100000 + "1", 1, None, None, None),
+    ("y = ;", 1, 4, SYNTAX, "y = ", "    ^"),
+    ("a = 1; y = b * 2;", 2, 5, UNKNOWN, " y = b * 2", "     ^"),
+    ("y = 1 +", 1, 7, SYNTAX, "y = 1 +", "       ^"),
+    ("a = 1;\n\ty = /* ü */ (2;", 2, 17, SYNTAX, "\ty = /* ü */ (2", "\t              ^"),
+    ("a = 1; /* end */", 2, 10, SYNTAX, " /* end */", "          ^"),
+    ("x /* = */ = 1;", 1, 5, "the word before", "x /* = */ = 1", "     ^"),
+    ("y = 1 + " + "ü" * 100 + "; z = 1;", 1, 8, SYNTAX, "y = 1 + " + "ü" * 30, " " * 8 + "^"),
+    ("y = 1" + " + 1" * 40 + " + b" + " + 1" * 40, 1, 168, UNKNOWN, "1 + " * 15 + "b" + " + 1" * 14 + " + ", " " * 60 + "^"),
+    ("y = 1 \x1b[2J + b", 1, 6, SYNTAX, "y = 1 ?[2J + b", "      ^"),
 ]
 
 
@@ -47,20 +52,21 @@ class Eval(CommandTest):
                 self.assertEqual(values, result.json().get("values"))
 
     def test_faults_are_told_with_statement_offset_and_caret(self):
-        for text, statement, offset, line, caret in FAULTS:
+        for text, statement, offset, why, line, caret in FAULTS:
             with self.subTest(text=text[:40]):
                 result = self.evaluate(text)
                 self.assertEqual((1, ""), (result.status, result.err))
-                fault = result.json()["error"]
-                self.assertEqual(statement, fault["statement"])
-                if offset is None:
-                    continue
-                self.assertEqual({"statement": statement, "offset": offset}, fault)
+                self.assertEqual({"statement": statement, "offset": offset}, result.json()["error"])
                 plain = self.vastra("eval", text)
                 self.assertEqual((1, b""), (plain.status, plain.out))
                 told, *shown = plain.err.splitlines()
-                self.assertRegex(told, r"\Avastra: eval: statement %d, offset %d: " % (statement, offset))
+                self.assertRegex(told, r"\Avastra: eval: statement %d, offset %d: %s" % (statement, offset, why))
                 self.assertEqual([line, caret], shown)
+
+    def test_nesting_has_an_end(self):
+        told, *shown = self.vastra("eval", "y = " + "(" * 100000 + "1").err.splitlines()
+        self.assertRegex(told, r"offset \d+: nested too deeply\Z")
+        self.assertEqual(["(" * 120, " " * 60 + "^"], shown)
 
     def test_the_code_of_a_statement(self):
         result = self.evaluate("y = a > 0 ? b : c; z = 1;", ["a=1", "b=2", "c=3"]).json()

@@ -49,7 +49,8 @@ class Run(CommandTest):
         config = simulated([output("logs", maxSamples=2)])
         run = self.start("run", self.write("c.json", config), "--scans", "60", "--json", stdout=subprocess.PIPE,
                          stderr=subprocess.PIPE)
-        time.sleep(0.3)
+        while not os.listdir(self.path("logs")):
+            time.sleep(0.01)
         os.rename(self.path("logs"), self.path("gone"))
         out, _ = run.communicate(timeout=30)
         counts = json.loads(out)
@@ -73,8 +74,10 @@ class Run(CommandTest):
         for signals in [[signal.SIGINT], [signal.SIGTERM], [signal.SIGHUP], [signal.SIGTERM, signal.SIGINT, signal.SIGTERM]]:
             for options in [[], ["--threaded"], ["--period", "0"], ["--period", "3600000"]]:
                 with self.subTest(signals=signals, options=options):
-                    run = self.start("run", config, "--json", *options, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-                    time.sleep(0.2)
+                    run = self.start("run", config, "--json", "--debug", *options, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+                    for line in run.stderr:  # until the first sample is in the log
+                        if b"End - OutputFileLink( CFileLink,Write)" in line:
+                            break
                     for number in signals:
                         run.send_signal(number)
                     out, _ = run.communicate(timeout=10)

@@ -20,6 +20,10 @@ void* operator new(std::size_t size) {
   if (void* memory = std::malloc(size ? size : 1)) return memory;
   throw std::bad_alloc();
 }
+// What asks so is given memory by malloc, too, that the deletes below can free it.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  return g_allocations.fetch_add(1) >= g_limit ? nullptr : std::malloc(size ? size : 1);
+}
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 

@@ -8,7 +8,6 @@
 namespace vastra {
 namespace {
 
-constexpr const char* kBadStatement = "no statement of the language, or a name that nothing assigns";
 constexpr const char* kHiddenName = "the word before the first \"=\" is not the name that is assigned";
 
 }  // namespace
@@ -46,7 +45,7 @@ CEquationFault CEquator::CompileAll(const CStringArray& equations) {
   m_code.SetSize(equations.GetSize());
   for (int i = 0; i < equations.GetSize(); ++i) {
     if (!parser.Parse(equations[i], m_code[i].GetHead(), &names))
-      return {i + 1, parser.GetLastError(), kBadStatement};
+      return {i + 1, parser.GetLastError(), parser.GetLastFault()};
     if (names[parser.GetTarget()] == GetTarget(i)) continue;
     return {i + 1, equations[i].Find('='), kHiddenName};
   }

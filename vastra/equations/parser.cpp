@@ -1,5 +1,6 @@
 #include "vastra/equations/parser.h"
 
+#include <cstring>
 #include <ctime>
 #include <utility>
 
@@ -12,6 +13,17 @@ namespace vastra {
 
 CParser::CParser() { SeedRandom(static_cast<unsigned>(std::time(nullptr))); }
 
+namespace {
+
+// What bison and the grammar report, in words for the user.
+const char* FaultText(const char* reported) {
+  if (!*reported) return "a name that nothing assigns";
+  if (std::strcmp(reported, "memory exhausted") == 0) return "nested too deeply";
+  return "no statement of the language";
+}
+
+}  // namespace
+
 int CParser::Parse(CString equation, CLineCodeList* code, CStringArray* names) {
   if (!code || !names) return 0;
   compileState.ParsingEq = std::move(equation) + ';';
@@ -20,11 +32,13 @@ int CParser::Parse(CString equation, CLineCodeList* code, CStringArray* names) {
   compileState.nTarget = -1;
   const bool accepted = equationparse() == 0;
   m_nLastError = compileState.nCount;
+  m_lastFault = accepted ? "" : FaultText(compileState.pFault);
   m_nTarget = compileState.nTarget;
   return accepted;
 }
 
-void yyerror(const char*) {
+void yyerror(const char* message) {
+  compileState.pFault = message;
   compileState.nCount -= compileState.Text.GetLength();
   compileState.PreParser.End(&compileState.Operands, &compileState.Operators);
 }

@@ -21,11 +21,15 @@ class VASTRA_API CParser {
   // After a failure the offset of the bad token in equation, from 0.
   int GetLastError() const { return m_nLastError; }
 
+  // After a failure what is wrong there, in words; empty after success.
+  const char* GetLastFault() const { return m_lastFault; }
+
   // Index in names of what the statement assigns, -1 if the parser did not come that far.
   int GetTarget() const { return m_nTarget; }
 
  private:
   int m_nLastError = 0;
+  const char* m_lastFault = "";
   int m_nTarget = -1;
 };
 
