@@ -12,37 +12,30 @@ constexpr std::size_t kStage = std::size_t{64} * 1024;  // bytes of text that ar
 constexpr std::uint32_t kValuesAtATime = 1024;          // for which room is made at a time
 constexpr std::int64_t kQuarter = 900;                  // seconds
 
-// The texts of 0 to 999 with leading zeros, four bytes apart. Whoever reads four bytes from the middle of the
-// last one needs the spare.
+// The texts of 0 to 999 with leading zeros, first digit lowest; the fourth byte is 0. Whoever reads four
+// bytes from the middle of the last one needs the spare.
 struct CThreeDigits {
   constexpr CThreeDigits() {
-    for (std::size_t n = 0; n < 1000; ++n) {
-      m_text[4 * n] = static_cast<char>('0' + n / 100);
-      m_text[4 * n + 1] = static_cast<char>('0' + n / 10 % 10);
-      m_text[4 * n + 2] = static_cast<char>('0' + n % 10);
-    }
+    for (std::uint32_t n = 0; n < 1000; ++n)
+      m_text[n] = '0' + n / 100 + ('0' + n / 10 % 10) * 0x100 + ('0' + n % 10) * 0x10000;
   }
-  std::array<char, 4004> m_text = {};
+  std::array<std::uint32_t, 1001> m_text = {};
 };
 constexpr CThreeDigits kDigits;
+static_assert(std::endian::native == std::endian::little);
 
 // Three digits, also of a small number. Writes one byte more than it gives.
-char* PutThree(char* to, std::uint64_t n) {
-  std::memcpy(to, kDigits.m_text.data() + 4 * n, 4);
+char* PutThree(char* to, std::uint32_t n) {
+  std::memcpy(to, &kDigits.m_text[n], 4);
   return to + 3;
 }
 
 // A number below 1000 without leading zeros. Writes up to three bytes more than it gives.
-char* PutShort(char* to, std::uint64_t n) {
+char* PutShort(char* to, std::uint32_t n) {
   const std::size_t zeros = static_cast<std::size_t>(n < 100) + static_cast<std::size_t>(n < 10);
-  std::memcpy(to, kDigits.m_text.data() + 4 * n + zeros, 4);
+  const std::uint32_t text = kDigits.m_text[n] >> 8 * zeros;
+  std::memcpy(to, &text, 4);
   return to + 3 - zeros;
-}
-
-char* PutWhole(char* to, std::uint64_t n) {
-  if (n < 1000) return PutShort(to, n);
-  to = PutWhole(to, n / 1000);
-  return PutThree(to, n % 1000);
 }
 
 char* PutTwo(char* to, unsigned n) {
@@ -53,40 +46,49 @@ char* PutTwo(char* to, unsigned n) {
 
 char* PutText(char* to, std::string_view text) { return std::copy(text.begin(), text.end(), to); }
 
-// whole.decimals, with six decimals and a comma; below 2^24.
-inline char* PutFixed(char* to, std::uint64_t millionths) {
-  const auto whole = static_cast<std::uint32_t>(millionths / 1'000'000);
-  const auto decimals = static_cast<std::uint32_t>(millionths - whole * std::uint64_t{1'000'000});
-  to = whole < 1000 ? PutShort(to, whole) : PutWhole(to, whole);
-  *to = '.';
-  PutThree(to + 1, decimals / 1000);
-  PutThree(to + 4, decimals % 1000);
-  to[7] = ',';
+// A number below 10^9 without leading zeros. Writes up to three bytes more than it gives.
+inline char* PutWhole(char* to, std::uint32_t n) {
+  if (n < 1000) return PutShort(to, n);
+  const std::uint32_t thousands = n / 1000;
+  to =
+      thousands < 1000 ? PutShort(to, thousands) : PutThree(PutShort(to, thousands / 1000), thousands % 1000);
+  return PutThree(to, n % 1000);
+}
+
+// whole.decimals, with six decimals and a comma, the last eight bytes by one store.
+inline char* PutFixed(char* to, std::uint32_t whole, std::uint32_t decimals) {
+  to = PutWhole(to, whole);
+  const std::uint64_t text = std::uint64_t{'.'} | std::uint64_t{kDigits.m_text[decimals / 1000]} << 8 |
+                             std::uint64_t{kDigits.m_text[decimals % 1000]} << 32 | std::uint64_t{','} << 56;
+  std::memcpy(to, &text, 8);
   return to + 8;
 }
 
-// mantissa x 2^-shift: the product with a million is exact, and the bits that are shifted out round it to the
-// nearest, ties to even.
-inline char* PutFraction(char* to, std::uint64_t mantissa, int shift) {
-  if (shift > 44) return PutFixed(to, 0);  // below half a millionth
-  const std::uint64_t exact = mantissa * 1'000'000;
-  const std::uint64_t half = std::uint64_t{1} << (shift - 1);
-  return PutFixed(to, (exact + (half - 1) + (exact >> shift & 1)) >> shift);
+// mantissa x 2^-shift: the product of its fraction with a million is exact, and the bits that are shifted out
+// round it to the nearest, ties to even.
+inline char* PutFraction(char* to, std::uint32_t mantissa, int shift) {
+  if (shift > 44) return PutFixed(to, 0, 0);  // below half a millionth
+  const std::uint64_t one = std::uint64_t{1} << shift;
+  const std::uint64_t exact = (mantissa & (one - 1)) * 1'000'000;
+  auto whole = static_cast<std::uint32_t>(std::uint64_t{mantissa} >> shift);
+  auto decimals = static_cast<std::uint32_t>((exact + (one / 2 - 1) + (exact >> shift & 1)) >> shift);
+  if (decimals == 1'000'000) ++whole, decimals = 0;
+  return PutFixed(to, whole, decimals);
 }
 
 using CWide = unsigned __int128;
 
 char* PutWide(char* to, CWide n) {
-  constexpr std::uint64_t kPart = 1'000'000'000'000'000'000;
-  if (n < kPart) return PutWhole(to, static_cast<std::uint64_t>(n));
+  constexpr std::uint32_t kPart = 1'000'000'000;
+  if (n < kPart) return PutWhole(to, static_cast<std::uint32_t>(n));
   to = PutWide(to, n / kPart);
-  const auto rest = static_cast<std::uint64_t>(n % kPart);
-  for (std::uint64_t unit = kPart / 1000; unit; unit /= 1000) to = PutThree(to, rest / unit % 1000);
+  const auto rest = static_cast<std::uint32_t>(n % kPart);
+  for (std::uint32_t unit = kPart / 1000; unit; unit /= 1000) to = PutThree(to, rest / unit % 1000);
   return to;
 }
 
 // mantissa x 2^shift, below 2^128.
-char* PutLarge(char* to, std::uint64_t mantissa, int shift) {
+char* PutLarge(char* to, std::uint32_t mantissa, int shift) {
   return PutText(PutWide(to, CWide{mantissa} << shift), ".000000,");
 }
 
@@ -97,7 +99,7 @@ inline char* PutValue(char* to, float value) {
   *to = '-';
   to += bits >> 31;
   if (exponent == 0xFF) return PutText(to, fraction ? "nan," : "inf,");
-  const std::uint64_t mantissa = exponent ? fraction | 0x800000 : fraction;
+  const std::uint32_t mantissa = exponent ? fraction | 0x800000 : fraction;
   const int shift = std::max(exponent, 1) - 150;
   return shift < 0 ? PutFraction(to, mantissa, -shift) : PutLarge(to, mantissa, shift);
 }
