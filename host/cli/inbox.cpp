@@ -64,10 +64,12 @@ CInbox::~CInbox() {
 }
 
 // A message is shorter than PIPE_BUF: it goes into the pipe whole or not at all. A pipe that is full is full
-// of stops.
+// of stops. Once the message is in the pipe its reader may be done with the inbox: nothing of it is touched
+// behind that.
 void CInbox::Post(UINT message, WPARAM wparam, LPARAM lparam) {
   const CMessage posted{message, wparam, lparam};
-  if (::write(m_ends[1], &posted, sizeof posted) == sizeof posted) ++m_count;
+  ++m_count;
+  if (::write(m_ends[1], &posted, sizeof posted) != sizeof posted) --m_count;
 }
 
 int CInbox::Wait(CMessage& message, Time until) {

@@ -16,9 +16,9 @@ namespace {
 
 constexpr const char* kEraseLine = "\r\033[K";
 
-bool IsSmartTerminal() {
+bool IsDumb() {
   const char* kind = std::getenv("TERM");
-  return ::isatty(STDERR_FILENO) && !(kind && std::strcmp(kind, "dumb") == 0);
+  return kind && std::strcmp(kind, "dumb") == 0;
 }
 
 // The escape code of the basic colour that is nearest: a channel counts if it has at least half of the
@@ -27,6 +27,14 @@ int ColourCode(COLORREF colour) {
   const COLORREF red = colour & 0xFF, green = colour >> 8 & 0xFF, blue = colour >> 16 & 0xFF;
   const COLORREF half = (std::max({red, green, blue}) + 1) / 2;
   return 30 + (red >= half) + 2 * (green >= half) + 4 * (blue >= half);
+}
+
+// The text with the time before each of its lines.
+std::string Stamped(std::string text) {
+  const std::string stamp = LocalTimeText(std::time(nullptr)) + " ";
+  for (std::size_t at = 0; (at = text.find('\n', at)) != std::string::npos; at += stamp.size())
+    text.insert(++at, stamp);
+  return stamp + text;
 }
 
 // Standard error may be gone; there is nobody left to tell then.
@@ -51,17 +59,16 @@ CTerminal& CTerminal::Instance() {
 }
 
 CTerminal::CTerminal()
-    : m_isTerminal(IsSmartTerminal()), m_coloured(m_isTerminal && !std::getenv("NO_COLOR")) {}
+    : m_isTerminal(::isatty(STDERR_FILENO)),
+      m_obeysCodes(m_isTerminal && !IsDumb()),
+      m_coloured(m_obeysCodes && !std::getenv("NO_COLOR")) {}
 
 void CTerminal::Line(const CString& text, COLORREF colour) {
   const std::lock_guard lock(m_mutex);
-  std::string line = m_status.IsEmpty() ? "" : kEraseLine;
-  if (m_stamped) line += LocalTimeText(std::time(nullptr)) + " ";
+  std::string shown = m_stamped ? Stamped(text.Std()) : text.Std();
   if (m_coloured && colour != kPlain)
-    line += "\033[" + std::to_string(ColourCode(colour)) + "m" + text.Std() + "\033[0m";
-  else
-    line += text.Std();
-  Print(line + "\n" + m_status.Std());
+    shown = "\033[" + std::to_string(ColourCode(colour)) + "m" + shown + "\033[0m";
+  Print((m_status.IsEmpty() ? "" : kEraseLine) + shown + "\n" + m_status.Std());
 }
 
 void CTerminal::Remark(const CString& text, COLORREF colour) {

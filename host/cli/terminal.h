@@ -31,12 +31,13 @@ class CTerminal {
   // Puts text in place of the status line, as much of it as fits.
   void Status(const CString& text);
   void EndStatus() { Status(CString()); }
-  bool HasStatusLine() const { return m_isTerminal && !m_quiet; }
+  bool HasStatusLine() const { return m_obeysCodes && !m_quiet; }
 
  private:
   CTerminal();
 
   bool m_isTerminal = false;
+  bool m_obeysCodes = false;  // a terminal that can erase a line
   bool m_coloured = false;
   bool m_stamped = false;
   bool m_quiet = false;
