@@ -85,5 +85,9 @@ EExit Main(int argc, char** argv) {
 int main(int argc, char** argv) {
   vastra::OccupyStandardStreams();
   ::signal(SIGPIPE, SIG_IGN);  // a reader that has gone is a failed write
-  return vastra::Main(argc, argv);
+  try {
+    return vastra::Main(argc, argv);
+  } catch (...) {  // not even the words for it could be made
+    return vastra::kFailed;
+  }
 }

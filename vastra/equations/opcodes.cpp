@@ -15,11 +15,11 @@ bool Compute(double op1, double op2, double& result) {
 
 constexpr COpcode kOpcodes[] = {
 #define VASTRA_ROW(number, Name, spelling, count, result, undefined, words) \
-  {number, spelling, count, words, Compute<COperation##Name>},
+  {number, count, spelling, words, Compute<COperation##Name>},
     VASTRA_OPERATIONS(VASTRA_ROW)
 #undef VASTRA_ROW
-        {opJumpIfZero, "jump if zero", 1, "", nullptr},
-    {opJump, "jump", 0, "", nullptr},
+        {opJumpIfZero, 1, "jump if zero", "", nullptr},
+    {opJump, 0, "jump", "", nullptr},
 };
 
 }  // namespace

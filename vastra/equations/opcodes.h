@@ -86,8 +86,8 @@ VASTRA_OPERATIONS(VASTRA_OPERATION)
 // One row of the table at run time.
 struct COpcode {
   int code;
-  const char* spelling;
   int operands;
+  const char* spelling;
   const char* undefinedIf;  // empty: never undefined
   // Sets result; false, and result stays, where the operation is undefined. Null for jumps.
   bool (*compute)(double op1, double op2, double& result);

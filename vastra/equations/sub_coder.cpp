@@ -56,9 +56,9 @@ void CSubCoder::End(CStack<double>* operands, CStack<int>* operators) {
   operators->RemoveAll();
 }
 
-int CSubCoder::CodeFind(CString name) { return FindIn(*compileState.pVariableNames, name); }
+int CSubCoder::CodeFind(const CString& name) { return FindIn(*compileState.pVariableNames, name); }
 
-void CSubCoder::CodeNewVar(CString name) {
+void CSubCoder::CodeNewVar(const CString& name) {
   if (CodeFind(name) < 0) compileState.pVariableNames->Add(name);
 }
 

@@ -20,9 +20,9 @@ class CSubCoder : public CObject {
   void End(CStack<double>* operands, CStack<int>* operators);
 
   // Index of a known name, or -1.
-  int CodeFind(CString name);
+  int CodeFind(const CString& name);
   // Makes name known, if it is not.
-  void CodeNewVar(CString name);
+  void CodeNewVar(const CString& name);
 
   // The value on top of operands goes to the run-time stack, if it is not there.
   void CodeSingle(CStack<double>* operands);
