@@ -29,6 +29,7 @@
 #include "vastra/equations/execution.h"
 #include "vastra/equations/line_code.h"
 #include "vastra/equations/lowering.h"
+#include "vastra/equations/lowering_walk.h"
 #include "vastra/equations/opcodes.h"
 #include "vastra/equations/parser.h"
 #include "vastra/equations/places.h"
