@@ -1,17 +1,12 @@
 // Log outputs: which samples reach which log, decided by the enable equations.
 #include <gtest/gtest.h>
 
-#include <sstream>
-
-#include "tests/support/files.h"
+#include "tests/stages/samples.h"
 #include "tests/support/recorder.h"
-#include "vastra/platform/file_system.h"
 #include "vastra/stages/log_multi_output.h"
 
 namespace vastra {
 namespace {
-
-constexpr std::int32_t kStart = 1041516000;  // 2003-01-02 14:00:00 UTC
 
 class LogOutput : public testing::Test {
  protected:
@@ -22,8 +17,7 @@ class LogOutput : public testing::Test {
 
   COutputConfig& Add(const char* equations, const CStringArray& names) {
     auto* output = new COutputConfig;
-    std::istringstream parts(equations);
-    for (std::string part; std::getline(parts, part, ';');) output->m_enableEquations.Add(CString(part));
+    output->m_enableEquations = Equations(equations);
     output->m_varNames = names;
     output->m_saveCsv = 1;
     output->m_directory = m_dir.Path();
@@ -33,33 +27,8 @@ class LogOutput : public testing::Test {
   }
 
   int Write(std::initializer_list<float> values) {
-    CLogSample sample;
-    sample.m_time.time = kStart;
-    for (const float value : values) sample.m_values.Add(value);
+    CLogSample sample = Sample(values);
     return m_stage.Write(sample);
-  }
-
-  // For each CSV log its sequence number and its rows, all values of a row joined: "00: 1 2|01: 3|".
-  static std::string Logs(const CString& dir) {
-    std::string all;
-    for (const CFileEntry& file : ListFiles(dir, ".csv")) {
-      all += file.m_name.Right(7).Left(2).Std() + ":";
-      std::istringstream lines(ReadBytes(JoinPath(dir, file.m_name)));
-      std::string line;
-      std::getline(lines, line);
-      while (std::getline(lines, line)) all += " " + Row(line);
-      all += "|";
-    }
-    return all;
-  }
-
-  static std::string Row(const std::string& line) {
-    std::string row, field;
-    std::istringstream fields(line);
-    std::getline(fields, field, ',');
-    while (std::getline(fields, field, ','))
-      row += (row.empty() ? "" : "/") + field.substr(0, field.find('.'));
-    return row;
   }
 
   CRecorder m_recorder;
@@ -95,8 +64,7 @@ TEST_F(LogOutput, TheFlagsDecideWhichSamplesGoIntoWhichLog) {
     SCOPED_TRACE(row.equations);
     CTempDir dir;
     auto& output = Add(row.equations, {});
-    CStringArray names;
-    names.Add("x");
+    CStringArray names = Names({"x"});
     output.m_varNames = names;
     output.m_directory = dir.Path();
     output.m_maxSamples = row.maxSamples;
@@ -106,12 +74,6 @@ TEST_F(LogOutput, TheFlagsDecideWhichSamplesGoIntoWhichLog) {
     m_stage.ClearConfiguration();
     EXPECT_EQ(row.logs, Logs(dir.Path()));
   }
-}
-
-CStringArray Names(std::initializer_list<const char*> names) {
-  CStringArray array;
-  for (const char* name : names) array.Add(name);
-  return array;
 }
 
 struct CNameCase {
@@ -223,9 +185,7 @@ TEST_F(LogOutput, ReopeningAndDestructionFlushWhatWasGathered) {
   {
     CLogSingleOutput output;
     *output.GetOptions() = Add("WriteToLog = 1", names);
-    CLogSample sample;
-    sample.m_time.time = kStart;
-    sample.m_values.Add(1);
+    CLogSample sample = Sample({1});
     EXPECT_EQ(0, output.Write(sample));
     EXPECT_EQ(1, output.Open(names));
     EXPECT_EQ(1, output.Write(sample));

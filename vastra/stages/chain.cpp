@@ -9,10 +9,14 @@ void Copy(const CStringArray& from, CStringList& to) {
 
 }  // namespace
 
-CLink* CChain::Open(UINT mode) {
+int CChain::OpenHere(UINT mode) {
   const int opened = m_pHead->Open(m_configs, mode);
-  if (!opened) m_pHead.reset();
   DeleteAll(m_configs);
+  return opened;
+}
+
+CLink* CChain::Open(UINT mode) {
+  if (!OpenHere(mode)) m_pHead.reset();
   return m_pHead.release();
 }
 
@@ -26,6 +30,12 @@ std::unique_ptr<CFileConfig> BufferConfig(const CStringArray& names) {
 std::unique_ptr<CNameConfig> NameConfig(const CStringArray& names) {
   auto config = std::make_unique<CNameConfig>();
   config->m_names = names;
+  return config;
+}
+
+std::unique_ptr<CConcatConfig> ConcatConfig(int firstCount) {
+  auto config = std::make_unique<CConcatConfig>();
+  config->m_firstCount = firstCount;
   return config;
 }
 

@@ -4,6 +4,7 @@
 
 #include <memory>
 
+#include "vastra/core/concat_link.h"
 #include "vastra/core/link.h"
 #include "vastra/core/name_config.h"
 #include "vastra/equations/equator_link.h"
@@ -28,6 +29,8 @@ class CChain {
   // Gives the head away, so that a second branch can be built; its configurations stay.
   std::unique_ptr<CLink> TakeHead() { return std::move(m_pHead); }
 
+  // Opens the chain, which stays here whatever comes of it. Nothing is left of the configurations.
+  int OpenHere(UINT mode);
   // Opens the chain and gives it to the caller. On failure deletes it and gives null. Either way nothing is
   // left of the configurations.
   CLink* Open(UINT mode);
@@ -39,7 +42,21 @@ class CChain {
 
 // Settings of links as more than one stage needs them.
 std::unique_ptr<CFileConfig> BufferConfig(const CStringArray& names);
+// Of a link that writes the logs of options, a COutputConfig or a CSummaryConfig: what both have.
+template <class Options>
+std::unique_ptr<CFileConfig> LogConfig(const Options& options, const char* extension) {
+  auto config = std::make_unique<CFileConfig>();
+  config->m_extension = extension;
+  config->m_directory = options.m_directory;
+  config->m_varNames = options.m_varNames;
+  config->m_saveRp = options.m_saveRp;
+  config->m_saveCsv = options.m_saveCsv;
+  config->m_maxSamples = options.m_maxSamples;
+  return config;
+}
 std::unique_ptr<CNameConfig> NameConfig(const CStringArray& names);
+// firstCount: links of the first component.
+std::unique_ptr<CConcatConfig> ConcatConfig(int firstCount);
 std::unique_ptr<CEquatorConfig> EquatorConfig(const CStringArray& inputs, const CStringArray& equations,
                                               const CStringArray& outputs);
 

@@ -15,12 +15,6 @@ std::unique_ptr<CFileConfig> ReplayConfig(const CStringList& files) {
   return config;
 }
 
-std::unique_ptr<CConcatConfig> ConcatConfig() {
-  auto config = std::make_unique<CConcatConfig>();
-  config->m_firstCount = kLinksOfANode;
-  return config;
-}
-
 }  // namespace
 
 IMPLEMENT_DYNCREATE(CInputThread, CWinThread)
@@ -55,7 +49,7 @@ int CLogInput::BuildNodes(CChain& chain, int useDriver) const {
     if (!AddNode(chain, node, driver, useDriver)) return 0;
     if (behind)
       chain.Add(CConcatLink::Create(chain.Head(), behind.release()),
-                "Concat " + drivers.GetDriverName(driver), ConcatConfig());
+                "Concat " + drivers.GetDriverName(driver), ConcatConfig(kLinksOfANode));
   }
   return chain.Head() != nullptr;
 }

@@ -22,7 +22,7 @@ int CLogMultiOutput::Write(CLogSample& sample) {
 
 int CLogMultiOutput::Restart() {
   if (!m_open) return 0;
-  for (CLogSingleOutput* output : m_outputs) output->Restart();
+  RestartSingles(m_outputs);
   return 1;
 }
 

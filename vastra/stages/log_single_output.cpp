@@ -6,15 +6,9 @@
 namespace vastra {
 namespace {
 
-std::unique_ptr<CFileConfig> LogConfig(const COutputConfig& options) {
-  auto config = std::make_unique<CFileConfig>();
-  config->m_extension = ".rph";
-  config->m_directory = options.m_directory;
-  config->m_varNames = options.m_varNames;
-  config->m_saveRp = options.m_saveRp;
-  config->m_saveCsv = options.m_saveCsv;
+std::unique_ptr<CFileConfig> FileConfig(const COutputConfig& options) {
+  std::unique_ptr<CFileConfig> config = LogConfig(options, ".rph");
   config->m_maxLogs = options.m_maxLogs;
-  config->m_maxSamples = options.m_maxSamples;
   config->m_nameVariable = options.m_nameVariable;
   config->m_dwordName = options.m_dwordName;
   config->m_prefix = options.m_prefix;
@@ -30,7 +24,7 @@ int CLogSingleOutput::Open(CStringArray& names) {
   if (!m_enable.Open(names)) return 0;
   if (WritesFiles()) {
     CChain chain;
-    CFileLink* file = chain.Add(CFileLink::Create(nullptr), "OutputFileLink", LogConfig(m_options));
+    CFileLink* file = chain.Add(CFileLink::Create(nullptr), "OutputFileLink", FileConfig(m_options));
     // Without a mapper repeated names keep their own values, and a log of all variables costs one copy of the
     // sample.
     if (!(names == m_options.m_varNames))

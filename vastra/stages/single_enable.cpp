@@ -4,11 +4,9 @@
 #include "vastra/stages/chain.h"
 
 namespace vastra {
-namespace {
-constexpr const char* kLogFlags[3] = {"SampleIsValid", "WriteToLog", "RestartLog"};
-}
 
 CLogSingleEnable::CLogSingleEnable() : CSingleEnable(kLogFlags) {}
+CSummarySingleEnable::CSummarySingleEnable() : CSingleEnable(kSummaryFlags) {}
 
 int CSingleEnable::Open(CStringArray& names) {
   if (m_open) Close();

@@ -1,4 +1,4 @@
-// The enable equations of one log output (and of one summary): on each sample they compute three flags that
+// The enable equations of one log output or of one summary: on each sample they compute three flags that
 // lie in a buffer link until they are asked for. A flag counts as set if its value, cut to an integer towards
 // zero, is not 0: 0.9 is not set, -1.0 is.
 #pragma once
@@ -10,6 +10,10 @@ namespace vastra {
 
 class CFileLink;
 class CLink;
+
+// The names of the flags, in their places.
+inline constexpr const char* kLogFlags[3] = {"SampleIsValid", "WriteToLog", "RestartLog"};
+inline constexpr const char* kSummaryFlags[3] = {"SampleIsValid", "WriteToSummary", "RestartSummary"};
 
 // What the enable objects have in common. The three flags go by their place.
 class VASTRA_API CSingleEnable : public CLogFacade {
@@ -43,6 +47,14 @@ class VASTRA_API CLogSingleEnable : public CSingleEnable {
   CLogSingleEnable();
   int WriteToLog() { return Flag(1); }
   int RestartLog() { return Flag(2); }
+};
+
+class VASTRA_API CSummarySingleEnable : public CSingleEnable {
+ public:
+  CSummarySingleEnable();
+  int IsSampleValid() { return Flag(0); }
+  int WriteToSummary() { return Flag(1); }
+  int RestartSummary() { return Flag(2); }
 };
 
 }  // namespace vastra

@@ -20,6 +20,12 @@ int OpenSingles(CList<Single*, Single*>& singles, const CList<Config*, Config*>&
   return 1;
 }
 
+// Restarts all, first to last, whatever comes of it.
+template <class Single>
+void RestartSingles(const CList<Single*, Single*>& singles) {
+  for (Single* single : singles) single->Restart();
+}
+
 // Closes all, first to last, and then deletes them.
 template <class Single>
 void CloseSingles(CList<Single*, Single*>& singles) {

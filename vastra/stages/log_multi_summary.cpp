@@ -1,0 +1,35 @@
+#include "vastra/stages/log_multi_summary.h"
+
+#include "vastra/stages/single_stages.h"
+
+namespace vastra {
+
+int CLogMultiSummary::Open(CStringArray& names) {
+  if (m_open) Close();
+  m_open = OpenSingles(m_summaries, m_options.m_summaries, names);
+  return m_open;
+}
+
+int CLogMultiSummary::Write(CLogSample& sample) {
+  if (!m_open) return 0;
+  for (CLogSingleSummary* summary : m_summaries) {
+    if (!summary->Verify(sample) || !summary->IsSampleValid()) return 0;
+    if (summary->RestartSummary()) summary->Restart();
+    if (!summary->AddToSummary(sample)) return 0;
+    if (summary->WriteToSummary() && !summary->Flush()) return 0;
+  }
+  return 1;
+}
+
+int CLogMultiSummary::Restart() {
+  if (!m_open) return 0;
+  RestartSingles(m_summaries);
+  return 1;
+}
+
+void CLogMultiSummary::Close() {
+  CloseSingles(m_summaries);
+  m_open = 0;
+}
+
+}  // namespace vastra

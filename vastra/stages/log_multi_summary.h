@@ -1,0 +1,36 @@
+// CLogMultiSummary: the stage that the host writes samples to for summaries, with one CLogSingleSummary for
+// each configured summary.
+#pragma once
+
+#include "vastra/stages/log_single_summary.h"
+
+namespace vastra {
+
+class VASTRA_API CLogMultiSummary : public CLogFacade {
+ public:
+  CLogMultiSummary() = default;
+  ~CLogMultiSummary() override { Close(); }
+
+  // names are those of the samples to come. On 0 no summary is left and the stage is closed. All variables of
+  // the summaries start from zero.
+  int Open(CStringArray& names);
+  // Each summary, first to last: if it finds the sample valid, its file restarts if it says so, its equations
+  // run, and a row is written if it says so. The first that finds the sample invalid, or fails, ends the pass
+  // with 0: those behind it do not see the sample.
+  int Write(CLogSample& sample);
+  // Ends the archive file of every summary, whatever comes of it; 0 on a closed stage.
+  int Restart();
+  // Ends all archive files.
+  void Close();
+  // Deletes all summaries; each closes itself as it goes.
+  void DeleteList() { DeleteAll(m_summaries); }
+
+  CMultiSummaryConfig* GetOptions() { return &m_options; }
+  void ClearConfiguration() { m_options.Clear(); }
+
+ private:
+  CMultiSummaryConfig m_options;
+  CTypedPtrList<CObList, CLogSingleSummary*> m_summaries;
+};
+
+}  // namespace vastra

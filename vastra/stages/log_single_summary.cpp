@@ -1,0 +1,71 @@
+#include "vastra/stages/log_single_summary.h"
+
+#include "vastra/config/output_config.h"
+#include "vastra/stages/chain.h"
+
+namespace vastra {
+namespace {
+
+std::unique_ptr<CFileConfig> ArchiveConfig(const CSummaryConfig& options) {
+  std::unique_ptr<CFileConfig> config = LogConfig(options, ".rpd");
+  config->m_maxLogs = options.m_maxSummaries;
+  config->m_nameVariable = kSystemTime;
+  return config;
+}
+
+}  // namespace
+
+int CLogSingleSummary::Open(CStringArray& names) {
+  if (m_open) Close();
+  m_enable.GetOptions()->m_equations = m_options.m_enableEquations;
+  if (!m_enable.Open(names)) return 0;
+  if (WritesFiles() && !OpenChains(names)) return 0;
+  m_open = 1;
+  return 1;
+}
+
+bool CLogSingleSummary::OpenChains(const CStringArray& names) {
+  CChain archive, equations;  // if one of them does not open, the equations go first
+  CFileLink* const buffer =
+      equations.Add(CFileLink::Create(nullptr), "SummaryBufferFileLink", BufferConfig(m_options.m_varNames));
+  equations.Add(CEquatorLink::Create(equations.Head()), "SummaryEquatorLink",
+                EquatorConfig(names, m_options.m_summaryEquations, m_options.m_varNames));
+  CFileLink* const file =
+      archive.Add(CFileLink::Create(nullptr), "SummaryArchiveFileLink", ArchiveConfig(m_options));
+  if (!equations.OpenHere(CLink::modeWrite) || !archive.OpenHere(CLink::modeWrite)) return false;
+  m_pEquatorLink = equations.TakeHead().release();
+  m_pBufferLink = buffer;
+  static_cast<void>(archive.TakeHead().release());
+  m_pArchiveLink = file;
+  return true;
+}
+
+void CLogSingleSummary::Close() {
+  if (m_pArchiveLink) Restart();
+  m_enable.Close();
+  delete m_pEquatorLink;
+  m_pEquatorLink = nullptr;
+  m_pBufferLink = nullptr;
+  delete m_pArchiveLink;
+  m_pArchiveLink = nullptr;
+  m_open = 0;
+}
+
+int CLogSingleSummary::AddToSummary(CLogSample& sample) {
+  if (!m_open) return 0;
+  return m_pEquatorLink ? m_pEquatorLink->Write(sample) : 1;
+}
+
+int CLogSingleSummary::Flush() {
+  if (!m_open) return 0;
+  if (!m_pArchiveLink) return 1;
+  if (!m_pBufferLink->Read(m_row) || !m_pArchiveLink->Write(m_row)) return 0;
+  return m_pArchiveLink->PartialFlush();
+}
+
+int CLogSingleSummary::Restart() {
+  if (!m_open) return 0;
+  return m_pArchiveLink ? m_pArchiveLink->Flush() : 1;
+}
+
+}  // namespace vastra

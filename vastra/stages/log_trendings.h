@@ -1,0 +1,39 @@
+// CLogTrendings: a mailbox between the scans and the live views. The host writes each sample to it; the views
+// read the newest one at a pace of their own. Equations can add variables that exist in the views alone.
+#pragma once
+
+#include "vastra/config/trend_config.h"
+#include "vastra/stages/log_facade.h"
+
+namespace vastra {
+
+class CFileLink;
+class CLink;
+
+class VASTRA_API CLogTrendings : public CLogFacade {
+ public:
+  CLogTrendings() = default;
+  ~CLogTrendings() override { Close(); }
+
+  // names are those of the samples to come: the ones of the input stage. The views name the values by
+  // m_baseVars and then m_extraVars of the configuration, so the host keeps m_baseVars equal to names.
+  int Open(CStringArray& names);
+  void Close();
+  int IsOpen() const { return m_open; }
+
+  // Keeps a copy of sample, with the extra variables behind it.
+  int Write(CLogSample& sample);
+  // Copies the newest sample, which stays; one without values before the first Write. 0, with sample left
+  // alone, on a closed stage.
+  int Read(CLogSample* sample);
+
+  CTrendConfig* GetOptions() { return &m_options; }
+  void ClearConfiguration() { m_options.Clear(); }
+
+ private:
+  CLink* m_pHeadLink = nullptr;  // outermost link, owned
+  CTrendConfig m_options;
+  CFileLink* m_pFileLink = nullptr;  // the buffer, in the chain
+};
+
+}  // namespace vastra

@@ -1,0 +1,47 @@
+#include "vastra/stages/plc_multi_output.h"
+
+#include "vastra/stages/single_stages.h"
+
+namespace vastra {
+
+IMPLEMENT_DYNCREATE(CPlcWriteThread, CWinThread)
+
+int CPlcMultiOutput::Open(CStringArray& names) {
+  if (m_open) Close();
+  if (!m_options.m_disableWriting) {
+    m_plcEnable.Open(names);
+    if (!OpenSingles(m_outputs, m_options.m_nodes, names)) return 0;
+  }
+  m_open = 1;
+  return 1;
+}
+
+int CPlcMultiOutput::Write(CLogSample& sample) {
+  if (!m_open) return 0;
+  if (!m_options.m_disableWriting && m_plcEnable.CheckIfWrite(sample, m_options.m_nodeNumber))
+    return m_threaded ? CPlcWriteThread::Start(RUNTIME_CLASS(CPlcWriteThread), this, sample, m_notifyWnd,
+                                               m_notifyMessage)
+                      : WriteAll(sample);
+  if (m_threaded) PostMessage(m_notifyWnd, m_notifyMessage, 1, 0);  // a host that waits is not left waiting
+  return 1;
+}
+
+int CPlcMultiOutput::WriteAll(CLogSample& sample) {
+  for (CPlcSingleOutput* output : m_outputs)
+    if (!output->Write(sample)) return 0;
+  return 1;
+}
+
+// A node that fails does not keep the sample from those behind it.
+int CPlcMultiOutput::Work(CLogSample& sample) {
+  int result = 1;
+  for (CPlcSingleOutput* output : m_outputs) result &= output->Write(sample);
+  return result;
+}
+
+void CPlcMultiOutput::Close() {
+  CloseSingles(m_outputs);
+  m_open = 0;
+}
+
+}  // namespace vastra
