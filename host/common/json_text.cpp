@@ -6,6 +6,7 @@ namespace {
 using nlohmann::json;
 
 constexpr std::size_t kMaxDepth = 32;
+constexpr std::size_t kMaxValues = 1'000'000;  // a tree of some hundred MB at most
 constexpr std::size_t kMaxShown = 60;
 constexpr int kNumberOverflow = 406;  // the library's number for it
 
@@ -53,6 +54,7 @@ class CTreeBuilder final : public json::json_sax_t {
   }
 
   json* Add(json&& value) {
+    if (++m_count > kMaxValues) throw CJsonFault(Path(), "is one value too many");
     if (m_levels.empty()) return &(m_root = std::move(value));
     CLevel& level = m_levels.back();
     if (level.m_node->is_object()) return &((*level.m_node)[level.m_key] = std::move(value));
@@ -79,6 +81,7 @@ class CTreeBuilder final : public json::json_sax_t {
   }
 
   json& m_root;
+  std::size_t m_count = 0;  // of values so far
   std::vector<CLevel> m_levels;
 };
 

@@ -22,6 +22,10 @@ constexpr const char* kNeedsTexts = "must be an array of texts";
 constexpr const char* kNeedsObject = "must be an object";
 constexpr const char* kNeedsObjects = "must be an array of objects";
 
+// An empty object in a text of three bytes makes one of some hundred in memory.
+constexpr std::size_t kMaxObjects = 100'000;
+constexpr const char* kTooManyObjects = "has more than 100000 entries";
+
 // Floats that JSON has no number for.
 struct CSpecial {
   const char* text;
@@ -160,6 +164,7 @@ void CJsonReader::EnterList(const char* name, UINT& number, std::size_t) {
   const json* array = Find(name);
   if (!array) array = &kNoArray;
   if (!array->is_array()) Fail(name, kNeedsObjects);
+  if (array->size() > kMaxObjects) Fail(name, kTooManyObjects);
   number = static_cast<UINT>(array->size());
   m_levels.push_back({array, MemberPath(m_levels.back().m_path, name), {}, 0});
 }

@@ -99,6 +99,12 @@ constexpr const char* kNeedsUint = "must be a whole number from 0 to 4294967295"
 constexpr const char* kNeedsFlag = "must be a whole number of 32 bits, true or false";
 constexpr const char* kNeedsFloat = "must be a number within the range of a float";
 
+std::string Repeated(std::string_view text, std::size_t times) {
+  std::string all;
+  while (times-- > 0) all += text;
+  return all;
+}
+
 TEST(ConfigurationJson, NamesTheKeyOfWhatItRefuses) {
   const struct {
     std::string text, path;
@@ -121,6 +127,8 @@ TEST(ConfigurationJson, NamesTheKeyOfWhatItRefuses) {
       {R"({"outputs":[{"varNames":["a",1]}]})", "outputs[0].varNames[1]: ", "must be a text"},
       {R"({"outputs":[{"enableText":1}]})", "outputs[0].enableText: ", "must be a text"},
       {R"({"outputs":{}})", "outputs: ", "must be an array of objects"},
+      {R"({"outputs":[)" + Repeated("{},", 100000) + "{}]}", "outputs: ", "has more than 100000 entries"},
+      {R"({"outputs":[)" + Repeated("0,", 1000000) + "0]}", "outputs[999998]: ", "is one value too many"},
       {R"({"outputs":[[]]})", "outputs[0]: ", "must be an object"},
       {R"({"outputs":[{"maxSummaries":1}]})", "outputs[0].maxSummaries: ", "no such key"},
       {R"({"outputs":[{"name":"a","name":"a"}]})", "outputs[0].name: ", "stands twice"},
