@@ -8,6 +8,10 @@
 #include "host/common/key_path.h"
 #include "vastra/equations/separator.h"
 #include "vastra/stages/log_single_output.h"
+#include "vastra/stages/log_single_summary.h"
+#include "vastra/stages/log_smart.h"
+#include "vastra/stages/log_trendings.h"
+#include "vastra/stages/plc_single_output.h"
 
 namespace vastra {
 namespace {
@@ -42,18 +46,17 @@ class CFindings {
   EExit m_status = kDone;
 };
 
-// Opens the output for real: that alone tells whether it would. Closing it then tells only that nothing was
-// logged.
-void CheckOutput(const CString& key, const COutputConfig& config, CStringArray names, CHostConsole& console,
-                 CFindings& findings) {
-  CLogSingleOutput output;
-  *output.GetOptions() = config;
-  const int opened = output.Open(names);
+// Opens a stage with config for real: that alone tells whether it would. Closing it then tells only that
+// nothing was logged.
+template <class Stage, class Config>
+int Opens(const Config& config, CStringArray names, CHostConsole& console) {
+  Stage stage;
+  *stage.GetOptions() = config;
+  const int opened = stage.Open(names);
   console.ShowNothing();
-  output.Close();
+  stage.Close();
   console.Show(EVerbosity::normal);
-  if (!opened) return findings.Refuse(key);
-  findings.List(key, config.m_name, config.m_varNames, names);
+  return opened;
 }
 
 // What equations can give out on samples of names.
@@ -70,35 +73,72 @@ void CheckInput(const CInputConfig& config, const CStageNames& names, CFindings&
                 config.m_preprocess ? WithAssigned(names.source, config.m_preEquations) : names.source);
 }
 
-void CheckSmart(const CSmartConfig& config, const CStringArray& names, CFindings& findings) {
-  if (!UsesSmart(config)) return;
-  findings.List("smart.inputVars", "", config.m_inputVars, WithAssigned(names, config.m_equations));
-  findings.List("smart.outputVars", "", config.m_outputVars, config.m_outputVars);
-}
+// The stages of one configuration, in the order in which they open.
+class CCheck {
+ public:
+  CCheck(const CConfiguration& configuration, const CStageNames& names, CHostConsole& console,
+         CFindings& findings)
+      : m_configuration(configuration), m_names(names), m_console(console), m_findings(findings) {}
 
-void CheckTrend(const CTrendConfig& config, const CStringArray& names, CFindings& findings) {
-  CStringArray variables = names;
-  if (config.m_calculateExtra) variables.Append(config.m_extraVars);
-  findings.List("trend", "", variables, WithAssigned(names, config.m_equations));
-}
+  void Run() {
+    CheckSmart();
+    int index = 0;
+    for (const COutputConfig* output : m_configuration.m_outputs.m_outputs)
+      CheckLog<CLogSingleOutput>(KeyPath("outputs", index++), *output, m_names.behindSmart);
+    index = 0;
+    for (const CSummaryConfig* summary : m_configuration.m_summaries.m_summaries)
+      CheckLog<CLogSingleSummary>(KeyPath("summaries", index++), *summary,
+                                  WithAssigned(m_names.behindSmart, summary->m_summaryEquations));
+    index = 0;
+    for (const CPlcSingleConfig* single : m_configuration.m_plcWrite.m_nodes)
+      CheckNode(KeyPath("plcWrite.nodes", index++), *single);
+    CheckTrend();
+  }
+
+ private:
+  void CheckSmart() {
+    const CSmartConfig& config = m_configuration.m_smart;
+    if (!UsesSmart(config)) return;
+    if (!Opens<CLogSmart>(config, m_names.input, m_console)) return m_findings.Refuse("smart");
+    m_findings.List("smart.inputVars", "", config.m_inputVars,
+                    WithAssigned(m_names.input, config.m_equations));
+    m_findings.List("smart.outputVars", "", config.m_outputVars, config.m_outputVars);
+  }
+
+  template <class Stage, class Config>
+  void CheckLog(const CString& key, const Config& config, const CStringArray& known) {
+    if (!Opens<Stage>(config, m_names.behindSmart, m_console)) return m_findings.Refuse(key);
+    m_findings.List(key, config.m_name, config.m_varNames, known);
+  }
+
+  void CheckNode(const CString& key, const CPlcSingleConfig& config) {
+    CPlcSingleOutput node;
+    *node.GetOptions() = config;
+    CStringArray names = m_names.behindSmart;
+    if (!m_configuration.m_plcWrite.m_disableWriting && !node.PreOpen(names))
+      return m_findings.Refuse(key, ExplainSilence(config));
+    m_findings.List(key, config.m_node.m_nodeName, config.m_node.m_varNames, names);
+  }
+
+  void CheckTrend() {
+    CTrendConfig config = m_configuration.m_trend;
+    config.m_baseVars = m_names.input;
+    if (!Opens<CLogTrendings>(config, m_names.input, m_console)) return m_findings.Refuse("trend");
+    m_findings.List("trend", "", TrendNames(m_configuration, m_names),
+                    WithAssigned(m_names.input, config.m_equations));
+  }
+
+  const CConfiguration& m_configuration;
+  const CStageNames& m_names;
+  CHostConsole& m_console;
+  CFindings& m_findings;
+};
 
 void CheckStages(const CConfiguration& configuration, const CStageNames& names, CHostConsole& console,
                  CFindings& findings) {
   if (!names.hasSource) return findings.Refuse("input", ExplainSilence(configuration.m_input));
   CheckInput(configuration.m_input, names, findings);
-  CheckSmart(configuration.m_smart, names.input, findings);
-  int index = 0;
-  for (const COutputConfig* output : configuration.m_outputs.m_outputs)
-    CheckOutput(KeyPath("outputs", index++), *output, names.behindSmart, console, findings);
-  index = 0;
-  for (const CSummaryConfig* summary : configuration.m_summaries.m_summaries)
-    findings.List(KeyPath("summaries", index++), summary->m_name, summary->m_varNames,
-                  WithAssigned(names.behindSmart, summary->m_summaryEquations));
-  index = 0;
-  for (const CPlcSingleConfig* single : configuration.m_plcWrite.m_nodes)
-    findings.List(KeyPath("plcWrite.nodes", index++), single->m_node.m_nodeName, single->m_node.m_varNames,
-                  names.behindSmart);
-  CheckTrend(configuration.m_trend, names.input, findings);
+  CCheck(configuration, names, console, findings).Run();
 }
 
 EExit Check(const CFileArgument& file) {

@@ -31,5 +31,6 @@ CAction DeclareInspect(CArguments& arguments);
 CAction DeclareConvert(CArguments& arguments);
 CAction DeclareEval(CArguments& arguments);
 CAction DeclareDrivers(CArguments& arguments);
+CAction DeclareWatch(CArguments& arguments);
 
 }  // namespace vastra

@@ -10,6 +10,8 @@ constexpr CCommand kCommands[] = {
      DeclareDemo},
     {"run", "Run a configuration: read, compute, log", "vastra run kiln.json --scans 100 --period 0",
      DeclareRun},
+    {"watch", "Run a configuration and show its variables live", "vastra watch kiln.json --vars Temp,Items",
+     DeclareWatch},
     {"check", "Work out the variables of each stage without contacting a PLC", "vastra check kiln.json",
      DeclareCheck},
     {"import", "Make a configuration file from JSON", "vastra import kiln.json kiln.vst", DeclareImport},

@@ -6,7 +6,7 @@
 
 #include "host/cli/command.h"
 #include "host/cli/demo_configuration.h"
-#include "host/cli/session.h"
+#include "host/cli/progress.h"
 #include "host/cli/terminal.h"
 #include "host/common/configuration_file.h"
 #include "host/common/save_file.h"
@@ -55,6 +55,7 @@ void Explain(const CFileArgument& out, const CSessionResult& result) {
   terminal.Line("The configuration is in " + dir + "/demo.json. Try next:");
   terminal.Line("  vastra inspect " + dir + "/all/*.rph");
   terminal.Line("  vastra convert " + dir + "/batches/Batch1.rph");
+  terminal.Line("  vastra watch " + dir + "/demo.json --vars Temp,TempMean,Items,Deviation");
   terminal.Line("  vastra check " + dir + "/demo.json");
   terminal.Line("  vastra run " + dir + "/demo.json");
 }
@@ -65,8 +66,9 @@ EExit Demo(const CFileArgument& out, const CSessionOptions& options) {
   CConfiguration configuration;
   const CString fault = ParseConfiguration(kDemoConfiguration, out.path, configuration);
   if (!fault.IsEmpty()) return Fail(kRefused, "demo", fault);
+  CProgress progress;
   CSessionResult result;
-  const EExit status = RunSession("demo", configuration, options, result);
+  const EExit status = RunSession("demo", configuration, options, progress, result);
   if (status == kDone) Explain(out, result);
   return status;
 }

@@ -3,8 +3,8 @@
 
 namespace vastra {
 
-// Folders of its outputs, beside the configuration.
-constexpr const char* kDemoFolders[] = {"all", "batches"};
+// Folders of its outputs and summaries, beside the configuration.
+constexpr const char* kDemoFolders[] = {"all", "batches", "means"};
 
 constexpr const char* kDemoConfiguration = R"({
   "version": 1003,
@@ -17,16 +17,19 @@ constexpr const char* kDemoConfiguration = R"({
         "scaler": [ { "varName": "Feed", "scale": 12.5, "clamping": 1, "lowLimit": 0, "highLimit": 10 } ] },
       { "nodeName": "Line",
         "driver": { "plcType": 9001, "text1": "counter,square", "value1": 1000 },
-        "varNames": ["Items", "Gate"] }
+        "varNames": ["Items", "Gate"] },
+      { "nodeName": "Panel",
+        "driver": { "plcType": 9001, "station": 1 },
+        "varNames": ["ShownTemp", "Lamp"] }
     ],
     "preprocess": 1,
-    "preEquationText": "/* degrees */ Temp = 850 + 40 * Heat; n = n + 1; TempMean = n == 1 ? Temp : TempMean + (Temp - TempMean) / 10; /* twenty items are a batch */ Batch = 1 + (Items - 1 - (Items - 1) % 20) / 20;",
-    "preNewVars": ["Temp", "TempMean", "Draft", "Feed", "Items", "Gate", "Batch"]
+    "preEquationText": "/* degrees */ Temp = 850 + 40 * Heat; n = n + 1; TempMean = n == 1 ? Temp : TempMean + (Temp - TempMean) / 10; /* twenty items are a batch */ Batch = 1 + (Items - 1 - (Items - 1) % 20) / 20; /* the computer that writes to the panel */ ComputerNode = 0;",
+    "preNewVars": ["Temp", "TempMean", "Draft", "Feed", "Items", "Gate", "Batch", "ShownTemp", "Lamp", "ComputerNode"]
   },
   "outputs": [
     { "name": "All variables, named by time",
       "enableText": "WriteToLog = 1;",
-      "varNames": ["Temp", "TempMean", "Draft", "Feed", "Items", "Gate", "Batch"],
+      "varNames": ["Temp", "TempMean", "Draft", "Feed", "Items", "Gate", "Batch", "ShownTemp", "Lamp"],
       "saveRp": 1, "saveCsv": 1, "maxLogs": 20, "maxSamples": 50,
       "directory": "all", "nameVariable": "System Time" },
     { "name": "A log for each batch, named by its number",
@@ -34,7 +37,30 @@ constexpr const char* kDemoConfiguration = R"({
       "varNames": ["Batch", "Items", "Temp", "TempMean"],
       "saveRp": 1, "saveCsv": 1, "maxLogs": 20, "maxSamples": 1000,
       "directory": "batches", "nameVariable": "Batch", "usePrefix": 1, "prefix": "Batch" }
-  ]
+  ],
+  "summaries": [
+    { "name": "Ten samples a row",
+      "enableText": "n = n + 1; SampleIsValid = 1; WriteToSummary = n % 10 == 0;",
+      "summaryText": "Count = Count == 10 ? 1 : Count + 1; Sum = (Count == 1 ? 0 : Sum) + Temp; Mean = Sum / Count; Highest = (Count == 1) || (Temp > Highest) ? Temp : Highest;",
+      "varNames": ["Batch", "Mean", "Highest"],
+      "saveRp": 1, "saveCsv": 1, "maxSummaries": 20, "maxSamples": 100, "directory": "means" }
+  ],
+  "smart": {
+    "equationText": "Hot = TempMean > 860;",
+    "inputVars": ["TempMean", "Hot"],
+    "outputVars": ["SetPoint"]
+  },
+  "plcWrite": {
+    "nodes": [
+      { "nodeName": "Panel",
+        "driver": { "plcType": 9001, "station": 1 },
+        "varNames": ["TempMean", "Gate"] }
+    ]
+  },
+  "trend": {
+    "equationText": "Deviation = Temp - TempMean;",
+    "calculateExtra": 1, "extraVars": ["Deviation"]
+  }
 }
 )";
 

@@ -1,10 +1,10 @@
 // vastra eval: compiles equations and runs them on one sample, the way an equator link does.
 #include <charconv>
-#include <cmath>
 #include <limits>
 
 #include "host/cli/command.h"
 #include "host/cli/json_output.h"
+#include "host/cli/number_text.h"
 #include "host/cli/output.h"
 #include "host/cli/terminal.h"
 #include "vastra/equations/equator.h"
@@ -78,12 +78,6 @@ EExit PrintEvaluation(const CEvaluation& evaluation) {
                     {"values", ValuesOf(evaluation)}});
 }
 
-std::string Shortest(float value) {
-  if (std::isnan(value)) return "nan";  // of either sign
-  char text[64];
-  return {text, std::to_chars(text, text + sizeof text, value).ptr};
-}
-
 // One line for each assigned variable.
 std::string TextOf(const CEvaluation& evaluation) {
   const CEquator& equator = evaluation.equator;
@@ -93,7 +87,7 @@ std::string TextOf(const CEvaluation& evaluation) {
     const auto index = static_cast<UINT>(evaluation.names.GetSize() + i);
     int last = equator.GetCount() - 1;  // the statement that gave the value
     while (!(equator.GetTarget(last) == name)) --last;
-    text += name.Std() + " = " + Shortest(equator.GetValue(evaluation.sample, index)) +
+    text += name.Std() + " = " + ToText(equator.GetValue(evaluation.sample, index)) +
             (IsUndefined(evaluation, last) ? " (undefined)\n" : "\n");
   }
   return text;

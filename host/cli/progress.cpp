@@ -5,7 +5,6 @@
 namespace vastra {
 namespace {
 
-constexpr std::chrono::milliseconds kPause{100};
 constexpr int kBarWidth = 20;
 
 using Number = unsigned long long;  // as printf knows it
@@ -21,26 +20,25 @@ CString Bar(const CLogInput& input) {
   return bar;
 }
 
-}  // namespace
-
-CProgress::~CProgress() { CTerminal::Instance().EndStatus(); }
-
-void CProgress::Show(CScanLoop::Time until) {
-  if (!CTerminal::Instance().HasStatusLine()) return;
-  const CScanLoop::Time now = std::chrono::steady_clock::now();
-  if (now < m_next && until < m_next) return;
-  m_next = now + kPause;
-  CTerminal::Instance().Status(Text());
-}
-
-CString CProgress::Text() const {
-  const CLogInput& input = m_loop.Input();
-  const CScanCounts& counts = m_loop.Counts();
-  const CFill fill = m_loop.Outputs().GetFill();
+CString TextOf(const CScanLoop& loop) {
+  const CLogInput& input = loop.Input();
+  const CScanCounts& counts = loop.Counts();
+  const CFill fill = loop.Outputs().GetFill();
   CString numbers;
   numbers.Format("%llu read, %llu failed, %llu late, in memory %llu of %llu", Number(counts.read),
                  Number(counts.failedReads), Number(counts.late), Number(fill.m_samples), Number(fill.m_of));
   return (input.TotalFilesToRead() ? Bar(input) : CString()) + numbers;
+}
+
+}  // namespace
+
+void CProgress::Show(const CScanLoop& loop, CScanLoop::Time until) {
+  if (CTerminal::Instance().HasStatus() && m_pace.IsDue(until)) CTerminal::Instance().Status(TextOf(loop));
+}
+
+EExit CProgress::End() {
+  CTerminal::Instance().EndStatus();
+  return kDone;
 }
 
 }  // namespace vastra

@@ -2,27 +2,20 @@
 // disk yet.
 #pragma once
 
-#include "host/common/scan_loop.h"
+#include "host/cli/pace.h"
+#include "host/cli/session.h"
 
 namespace vastra {
 
-class CProgress {
+class CProgress : public CSessionView {
  public:
-  // loop is followed as long as this lives; the status line goes with it.
-  explicit CProgress(const CScanLoop& loop) : m_loop(loop) {}
-  CProgress(const CProgress&) = delete;
-  CProgress& operator=(const CProgress&) = delete;
-  ~CProgress();
-
   // Draws the present state, but not more often than ten times a second, unless nothing will happen until
   // then.
-  void Show(CScanLoop::Time until);
+  void Show(const CScanLoop& loop, CScanLoop::Time until) override;
+  EExit End() override;
 
  private:
-  CString Text() const;
-
-  const CScanLoop& m_loop;
-  CScanLoop::Time m_next{};  // when it may be drawn again
+  CPace m_pace;
 };
 
 }  // namespace vastra

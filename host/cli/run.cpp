@@ -2,7 +2,8 @@
 #include "host/cli/command.h"
 #include "host/cli/json_output.h"
 #include "host/cli/load.h"
-#include "host/cli/session.h"
+#include "host/cli/progress.h"
+#include "host/cli/run_arguments.h"
 #include "host/cli/terminal.h"
 
 namespace vastra {
@@ -10,56 +11,40 @@ namespace {
 
 CJson ToJson(const CSessionResult& result) {
   const CScanCounts& counts = result.counts;
-  return {
-      {"read", counts.read},
-      {"failedReads", counts.failedReads},
-      {"late", counts.late},
-      {"failedWrites",
-       {{"smart", 0}, {"outputs", counts.failedOutputs}, {"summaries", 0}, {"plcWrite", 0}, {"trend", 0}}},
-      {"files", result.files}};
+  const auto& failed = counts.failedWrites;
+  return {{"read", counts.read},
+          {"failedReads", counts.failedReads},
+          {"late", counts.late},
+          {"failedWrites",
+           {{"smart", failed.smart},
+            {"outputs", failed.outputs},
+            {"summaries", failed.summaries},
+            {"plcWrite", failed.plcWrite},
+            {"trend", failed.trend}}},
+          {"files", result.files}};
 }
 
-EExit Run(const CFileArgument& file, const CSessionOptions& options, UINT node, bool asJson) {
+EExit Run(const CRunArguments& arguments, bool asJson) {
+  const CSessionOptions options = arguments.Options();
   CTerminal::Instance().StampLines();
   if (options.verbosity == EVerbosity::quiet) CTerminal::Instance().BeQuiet();
   CConfiguration configuration;
-  if (Load(file, configuration) != kDone) return kRefused;
-  configuration.m_plcWrite.m_nodeNumber = node;
+  if (Load(arguments.File(), configuration) != kDone) return kRefused;
+  CProgress progress;
   CSessionResult result;
-  const EExit status = RunSession(file.typed, configuration, options, result);
+  const EExit status = RunSession(arguments.File().typed, configuration, options, progress, result);
   if (status != kDone) return status;
   if (asJson) return PrintJson(ToJson(result));
   CTerminal::Instance().Remark("vastra: " + ToText(result));
   return kDone;
 }
 
-EVerbosity Verbosity(bool debug, bool quiet) {
-  if (quiet) return EVerbosity::quiet;
-  return debug ? EVerbosity::debug : EVerbosity::normal;
-}
-
 }  // namespace
 
 CAction DeclareRun(CArguments& arguments) {
-  const auto file = arguments.File("FILE", "The configuration, as JSON or as a configuration file");
-  const auto scans =
-      arguments.Number("--scans", "N", "Stop after so many scans; failed reads count", 0, kMostScans);
-  const auto period = arguments.Number(
-      "--period", "MS",
-      "Milliseconds from scan to scan, in place of the configuration's; 0: as fast as possible", 0,
-      kLongestPeriod);
-  const auto threaded = arguments.Flag("--threaded", "Read on a worker thread");
-  const auto node =
-      arguments.Number("--node", "N", "Number of this computer on the net of PLCs", 0, UINT32_MAX);
-  const auto debug = arguments.Flag("--debug", "Show each operation of each link");
-  const auto quiet = arguments.Flag("--quiet", "Show errors only, and no progress");
+  const CRunArguments run(arguments);
   const auto asJson = arguments.Flag("--json", "Print the counts and the files written as one object");
-  arguments.Exclude("--debug", "--quiet");
-  return [=] {
-    const CSessionOptions options{*threaded, scans->value_or(-1), CScanLoop::Period(period->value_or(-1)),
-                                  Verbosity(*debug, *quiet)};
-    return Run(*file, options, static_cast<UINT>(node->value_or(0)), *asJson);
-  };
+  return [=] { return Run(run, *asJson); };
 }
 
 }  // namespace vastra

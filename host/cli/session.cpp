@@ -1,7 +1,6 @@
 #include "host/cli/session.h"
 
 #include "host/cli/inbox.h"
-#include "host/cli/progress.h"
 #include "host/cli/terminal.h"
 #include "host/cli/written_files.h"
 #include "host/common/equation_check.h"
@@ -25,11 +24,10 @@ void Take(CScanLoop& loop, const CMessage& message) {
 }
 
 // Drives loop to its end.
-void Follow(CScanLoop& loop, CInbox& inbox) {
-  CProgress progress(loop);
+void Follow(CScanLoop& loop, CInbox& inbox, CSessionView& view) {
   while (loop.IsRunning()) {
     const CInbox::Time until = loop.IsPending() ? CInbox::Time::max() : loop.NextDue();
-    progress.Show(until);
+    view.Show(loop, until);
     CMessage message;
     if (inbox.Wait(message, until))
       Take(loop, message);
@@ -40,7 +38,9 @@ void Follow(CScanLoop& loop, CInbox& inbox) {
 
 EExit FailOpen(const CString& subject, const CScanLoop& loop, const CConfiguration& configuration) {
   const CString stage = loop.FailedStage();
-  const CString why = stage == "input" ? ExplainSilence(configuration.m_input) : CString();
+  const CString why = stage == "input"      ? ExplainSilence(configuration.m_input)
+                      : stage == "plcWrite" ? ExplainSilence(configuration.m_plcWrite)
+                                            : CString();
   return Fail(kFailed, subject,
               stage + ": the stage does not open" + (why.IsEmpty() ? why : ", since " + why));
 }
@@ -59,22 +59,31 @@ void TellWarnings(const CString& subject, const CConfiguration& configuration, c
 }
 
 EExit RunSession(const CString& subject, const CConfiguration& configuration, const CSessionOptions& options,
-                 CSessionResult& result) {
+                 CSessionView& view, CSessionResult& result) {
   CHostConsole console(options.verbosity);
   console.ShowNothing();  // what fails here fails again, and is shown, when the stages open
   const CStageNames names = FindStageNames(configuration);
   console.Show(options.verbosity);
   TellWarnings(subject, configuration, names);
   if (TellEquationFaults(subject, configuration, names) != kDone) return kRefused;
+  if (names.hasInput) {
+    const EExit status = view.Begin(TrendNames(configuration, names));
+    if (status != kDone) return status;
+  }
 
   const CWrittenFiles written(LogDirectories(configuration));
   CInbox inbox;
   const CStopSignals stops(inbox);
-  CScanLoop loop(configuration, {options.threaded, options.scans, options.period, &inbox});
+  CScanLoop loop(configuration, {.threaded = options.threaded,
+                                 .scans = options.scans,
+                                 .period = options.period,
+                                 .target = &inbox,
+                                 .node = options.node,
+                                 .refresh = [&view](CLogTrendings& trend) { view.Refresh(trend); }});
   if (!loop.Start()) return FailOpen(subject, loop, configuration);
-  Follow(loop, inbox);
+  Follow(loop, inbox, view);
   result = {loop.Counts(), written.Changed()};
-  return kDone;
+  return view.End();
 }
 
 CString ToText(const CSessionResult& result) {
@@ -85,7 +94,7 @@ CString ToText(const CSessionResult& result) {
   } parts[] = {{" read", counts.read},
                {" failed reads", counts.failedReads},
                {" late", counts.late},
-               {" failed writes", counts.failedOutputs},
+               {" failed writes", counts.failedWrites.Sum()},
                {" files written", result.files.size()}};
   std::string text;
   for (const auto& part : parts) text += (text.empty() ? "" : ", ") + std::to_string(part.count) + part.words;

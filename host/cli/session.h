@@ -18,6 +18,23 @@ struct CSessionOptions {
   std::int64_t scans = -1;       // below 0: no limit
   CScanLoop::Period period{-1};  // below 0: the configuration's
   EVerbosity verbosity = EVerbosity::normal;
+  UINT node = 0;  // number of this computer on the net of PLCs
+};
+
+// What the user sees of a run while it lasts.
+class CSessionView {
+ public:
+  virtual ~CSessionView() = default;
+  // Called before the stages open, with the names of the trending stage's samples; not called where they
+  // cannot be had, and the input stage will tell why. Anything but kDone, told, and there is no run.
+  virtual EExit Begin(const CStringArray&) { return kDone; }
+  // Called at the end of each scan that read a sample.
+  virtual void Refresh(CLogTrendings&) {}
+  // Called between the steps of loop, which does nothing until then.
+  virtual void Show(const CScanLoop& loop, CScanLoop::Time until) = 0;
+  // Called when the run is over and its stages are closed. Anything but kDone, told, is the result of the
+  // run.
+  virtual EExit End() { return kDone; }
 };
 
 struct CSessionResult {
@@ -32,10 +49,10 @@ EExit TellEquationFaults(const CString& subject, const CConfiguration& configura
 // Tells of what may not be wanted.
 void TellWarnings(const CString& subject, const CConfiguration& configuration, const CStageNames& names);
 
-// Runs configuration until its end or a signal. kDone, with result; kRefused; or kFailed if a stage did not
-// open. What is wrong has been told.
+// Runs configuration until its end or a signal. kDone, with result; kRefused; kFailed if a stage did not
+// open; or what view gives. What is wrong has been told.
 EExit RunSession(const CString& subject, const CConfiguration& configuration, const CSessionOptions& options,
-                 CSessionResult& result);
+                 CSessionView& view, CSessionResult& result);
 
 // The counts in words.
 CString ToText(const CSessionResult& result);

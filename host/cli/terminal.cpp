@@ -14,11 +14,12 @@
 namespace vastra {
 namespace {
 
-constexpr const char* kEraseLine = "\r\033[K";
+constexpr const char* kEraseBelow = "\033[J";
 
-bool IsDumb() {
+// Whether file is a terminal that can erase a line.
+bool ObeysCodes(int file) {
   const char* kind = std::getenv("TERM");
-  return kind && std::strcmp(kind, "dumb") == 0;
+  return ::isatty(file) && !(kind && std::strcmp(kind, "dumb") == 0);
 }
 
 // The escape code of the basic colour that is nearest: a channel counts if it has at least half of the
@@ -37,18 +38,55 @@ std::string Stamped(std::string text) {
   return stamp + text;
 }
 
-// Standard error may be gone; there is nobody left to tell then.
-void Print(const std::string& text) {
+// What reads file may be gone; there is nobody left to tell then.
+void Print(int file, const std::string& text) {
   for (std::size_t done = 0; done < text.size();) {
-    const ssize_t part = ::write(STDERR_FILENO, text.data() + done, text.size() - done);
+    const ssize_t part = ::write(file, text.data() + done, text.size() - done);
     if (part < 0 && errno != EINTR) return;
     if (part > 0) done += static_cast<std::size_t>(part);
   }
 }
 
-std::size_t Width() {
+// Rows and columns of a terminal.
+winsize SizeOf(int file) {
   winsize size = {};
-  return ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 1 ? size.ws_col : 80;
+  if (::ioctl(file, TIOCGWINSZ, &size) != 0) size = {};
+  if (size.ws_row < 2) size.ws_row = 24;
+  if (size.ws_col < 2) size.ws_col = 80;
+  return size;
+}
+
+// As much of a UTF-8 text as fits into columns.
+std::string_view Cut(std::string_view text, int columns) {
+  std::size_t at = 0;
+  for (; at < text.size(); ++at) {
+    const bool begins = (static_cast<unsigned char>(text[at]) & 0xC0) != 0x80;
+    if (begins && columns-- == 0) break;
+  }
+  return text.substr(0, at);
+}
+
+// The lines of text that fit on the terminal, cut to its width. A line that were full could wrap.
+std::vector<std::string> Fit(std::string_view text, int file) {
+  std::vector<std::string> lines;
+  for (const winsize size = SizeOf(file); !text.empty() && lines.size() + 1 < size.ws_row;) {
+    const std::string_view line = text.substr(0, text.find('\n'));
+    lines.emplace_back(Cut(line, size.ws_col - 1));
+    text.remove_prefix(std::min(line.size() + 1, text.size()));
+  }
+  return lines;
+}
+
+// From the end of lines to their beginning.
+std::string Home(const std::vector<std::string>& lines) {
+  if (lines.empty()) return {};
+  return lines.size() < 2 ? "\r" : "\r\033[" + std::to_string(lines.size() - 1) + "A";
+}
+
+std::string Drawn(const std::vector<std::string>& lines) {
+  std::string text;
+  for (const std::string& line : lines) text += (text.empty() ? "" : "\n") + line + "\033[K";
+  return text;
 }
 
 }  // namespace
@@ -60,15 +98,24 @@ CTerminal& CTerminal::Instance() {
 
 CTerminal::CTerminal()
     : m_isTerminal(::isatty(STDERR_FILENO)),
-      m_obeysCodes(m_isTerminal && !IsDumb()),
-      m_coloured(m_obeysCodes && !std::getenv("NO_COLOR")) {}
+      m_statusFile(STDERR_FILENO),
+      m_statusObeys(ObeysCodes(STDERR_FILENO)),
+      m_coloured(m_statusObeys && !std::getenv("NO_COLOR")) {}
+
+bool CTerminal::PutStatusOnOutput() {
+  m_statusFile = STDOUT_FILENO;
+  return m_statusObeys = ObeysCodes(STDOUT_FILENO);
+}
 
 void CTerminal::Line(const CString& text, COLORREF colour) {
   const std::lock_guard lock(m_mutex);
   std::string shown = m_stamped ? Stamped(text.Std()) : text.Std();
   if (m_coloured && colour != kPlain)
     shown = "\033[" + std::to_string(ColourCode(colour)) + "m" + shown + "\033[0m";
-  Print((m_status.IsEmpty() ? "" : kEraseLine) + shown + "\n" + m_status.Std());
+  const bool overStatus = m_isTerminal && !m_status.empty();
+  if (overStatus) Print(m_statusFile, Home(m_status) + kEraseBelow);
+  Print(STDERR_FILENO, shown + "\n");
+  if (overStatus) Print(m_statusFile, Drawn(m_status));
 }
 
 void CTerminal::Remark(const CString& text, COLORREF colour) {
@@ -76,12 +123,12 @@ void CTerminal::Remark(const CString& text, COLORREF colour) {
 }
 
 void CTerminal::Status(const CString& text) {
-  if (!HasStatusLine()) return;
+  if (!HasStatus()) return;
   const std::lock_guard lock(m_mutex);
-  const CString shown = text.Left(static_cast<int>(Width()) - 1);
-  if (shown == m_status) return;
-  m_status = shown;
-  Print(kEraseLine + m_status.Std());
+  std::vector<std::string> lines = Fit(text.View(), m_statusFile);
+  if (lines == m_status) return;
+  Print(m_statusFile, Home(m_status) + Drawn(lines) + kEraseBelow);
+  m_status = std::move(lines);
 }
 
 EExit Fail(EExit status, const CString& subject, const CString& words) {

@@ -1,11 +1,16 @@
-// CTerminal: what the user sees on standard error. Whole lines, coloured on a terminal, and below them one
-// status line that is drawn over again. Where standard error is no terminal there is no colour and no status
-// line; the lines of a command that runs for long then begin with the time.
+// CTerminal: what the user sees on standard error. Whole lines, coloured on a terminal, and below them a
+// status of one or more lines that is drawn over again. Where standard error is no terminal there is no
+// colour and no status; the lines of a command that runs for long then begin with the time. A command whose
+// data is the status shows it on standard output instead.
 //
 // Threads: all operations may be called from any thread; a line is never torn.
 #pragma once
 
+#include <unistd.h>
+
 #include <mutex>
+#include <string>
+#include <vector>
 
 #include "host/cli/exit.h"
 #include "vastra/platform/string.h"
@@ -28,21 +33,24 @@ class CTerminal {
   void Line(const CString& text, COLORREF colour = kPlain);
   // A line that --quiet drops.
   void Remark(const CString& text, COLORREF colour = kPlain);
-  // Puts text in place of the status line, as much of it as fits.
+  // Puts text in place of the status, as much of it as fits; an empty one takes the status away.
   void Status(const CString& text);
   void EndStatus() { Status(CString()); }
-  bool HasStatusLine() const { return m_obeysCodes && !m_quiet; }
+  bool HasStatus() const { return m_statusObeys && (!m_quiet || m_statusFile == STDOUT_FILENO); }
+  // From here on the status goes to standard output; whether that is a terminal that can show it.
+  bool PutStatusOnOutput();
 
  private:
   CTerminal();
 
   bool m_isTerminal = false;
-  bool m_obeysCodes = false;  // a terminal that can erase a line
+  int m_statusFile;            // where the status is drawn
+  bool m_statusObeys = false;  // it is a terminal that can erase a line
   bool m_coloured = false;
   bool m_stamped = false;
   bool m_quiet = false;
   std::mutex m_mutex;
-  CString m_status;  // what stands in the status line
+  std::vector<std::string> m_status;  // the lines that stand there
 };
 
 // Tells in one line what is wrong with subject, a file as it was typed or what else the user knows, and gives

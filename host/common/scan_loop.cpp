@@ -2,29 +2,58 @@
 
 #include <utility>
 
+#include "host/common/stage_names.h"
+
 namespace vastra {
 
-CScanLoop::CScanLoop(const CConfiguration& configuration, COptions options) : m_options(std::move(options)) {
+CScanLoop::CScanLoop(const CConfiguration& configuration, COptions options)
+    : m_options(std::move(options)), m_usesSmart(UsesSmart(configuration.m_smart)) {
   *m_input.GetOptions() = configuration.m_input;
+  *m_smart.GetOptions() = configuration.m_smart;
   *m_outputs.GetOptions() = configuration.m_outputs;
+  *m_summaries.GetOptions() = configuration.m_summaries;
+  *m_plcWrite.GetOptions() = configuration.m_plcWrite;
+  *m_trend.GetOptions() = configuration.m_trend;
   if (m_options.period < Period::zero()) m_options.period = Period(m_input.GetScanPeriod());
 }
 
 int CScanLoop::Start() {
-  CStringArray names;
-  m_failedStage = nullptr;
-  if (!m_input.Open() || !m_input.GetVarNames(names))
-    m_failedStage = "input";
-  else if (!m_outputs.Open(names))
-    m_failedStage = "outputs";
+  m_failedStage = OpenStages();
   if (m_failedStage) return Close(), 0;
+  m_plcWrite.SetNodeNumber(m_options.node);
   m_input.SetCallBack(m_options.threaded, m_options.target, messageRead);
+  m_plcWrite.SetCallBack(m_options.threaded, m_options.target, messageWritten);
   m_counts = {};
   m_stopping = m_options.scans == 0;
   m_due = m_options.now();
   m_state = EState::idle;
   if (m_stopping) Close();
   return 1;
+}
+
+// Gives the stage that does not open, or null. Trending gets the names of the input stage, all others those
+// behind the smart stage.
+const char* CScanLoop::OpenStages() {
+  CStringArray inputNames;
+  if (!m_input.Open() || !m_input.GetVarNames(inputNames)) return "input";
+  CStringArray names = inputNames;
+  if (m_usesSmart && !OpenSmart(names)) return "smart";
+  if (!m_outputs.Open(names)) return "outputs";
+  if (!m_summaries.Open(names)) return "summaries";
+  if (!m_plcWrite.Open(names)) return "plcWrite";
+  return OpenTrend(inputNames) ? nullptr : "trend";
+}
+
+// Gives names the smart output variables, too.
+int CScanLoop::OpenSmart(CStringArray& names) {
+  CStringArray before = names;
+  if (!m_smart.Open(before) || !m_smart.GetVarNames(names)) return 0;
+  return m_options.logic ? m_options.logic->Open(m_smart) : 1;
+}
+
+int CScanLoop::OpenTrend(CStringArray& names) {
+  m_trend.GetOptions()->m_baseVars = names;
+  return m_trend.Open(names);
 }
 
 void CScanLoop::Step() {
@@ -35,19 +64,56 @@ void CScanLoop::Step() {
 }
 
 void CScanLoop::Notify(UINT message, WPARAM result) {
-  if (m_state == EState::reading && message == messageRead) HaveRead(result != 0);
+  if (m_state == EState::reading && message == messageRead)
+    HaveRead(result != 0);
+  else if (m_state == EState::writing && message == messageWritten)
+    HaveWritten(result != 0);
 }
 
 void CScanLoop::HaveRead(bool succeeded) {
   if (!succeeded && m_input.IsFinished()) return Close();
   ++(succeeded ? m_counts.read : m_counts.failedReads);
-  if (succeeded) Distribute();
-  EndScan(succeeded);
+  if (succeeded)
+    Distribute();
+  else
+    EndScan(false);
 }
 
 // A stage that refuses a sample does not keep it from the stages behind it.
 void CScanLoop::Distribute() {
-  if (!m_outputs.Write(m_sample)) ++m_counts.failedOutputs;
+  CLogSample* const sample = m_usesSmart ? PassSmart() : &m_sample;
+  if (!sample) return Finish();
+  if (!m_outputs.Write(*sample)) ++m_counts.failedWrites.outputs;
+  if (!m_summaries.Write(*sample)) ++m_counts.failedWrites.summaries;
+  StartWrite(*sample);
+}
+
+// Gives the sample with the smart output variables, or null if there is none: what the stage would give then
+// is an earlier one.
+CLogSample* CScanLoop::PassSmart() {
+  if (m_smart.Write(m_sample)) {
+    if (m_options.logic) m_options.logic->Run(m_smart, m_sample.m_time);
+    if (m_smart.Read(m_smartSample)) return &m_smartSample;
+  }
+  ++m_counts.failedWrites.smart;
+  return nullptr;
+}
+
+void CScanLoop::StartWrite(CLogSample& sample) {
+  m_state = EState::writing;
+  const int result = m_plcWrite.Write(sample);
+  if (!m_options.threaded || !result) HaveWritten(result);
+}
+
+void CScanLoop::HaveWritten(bool succeeded) {
+  if (!succeeded) ++m_counts.failedWrites.plcWrite;
+  Finish();
+}
+
+void CScanLoop::Finish() {
+  if (!m_trend.Write(m_sample)) ++m_counts.failedWrites.trend;
+  if (m_options.refresh) m_options.refresh(m_trend);
+  EndScan(true);
 }
 
 void CScanLoop::EndScan(bool succeeded) {
@@ -77,7 +143,11 @@ void CScanLoop::Stop() {
 
 void CScanLoop::Close() {
   m_input.Close();
+  m_smart.Close();
   m_outputs.Close();
+  m_summaries.Close();
+  m_plcWrite.Close();
+  m_trend.Close();
   m_state = EState::closed;
 }
 

@@ -17,8 +17,12 @@
 #include <functional>
 
 #include "host/common/configuration.h"
+#include "host/common/smart_logic.h"
 #include "vastra/stages/log_input.h"
 #include "vastra/stages/log_multi_output.h"
+#include "vastra/stages/log_multi_summary.h"
+#include "vastra/stages/log_trendings.h"
+#include "vastra/stages/plc_multi_output.h"
 
 namespace vastra {
 
@@ -27,7 +31,11 @@ struct CScanCounts {
   std::uint64_t read = 0;         // samples
   std::uint64_t failedReads = 0;  // the read that finds the end of a replay is none
   std::uint64_t late = 0;
-  std::uint64_t failedOutputs = 0;  // samples that the log outputs refused
+  struct {  // samples that a stage refused
+    std::uint64_t smart = 0, outputs = 0, summaries = 0, plcWrite = 0, trend = 0;
+
+    std::uint64_t Sum() const { return smart + outputs + summaries + plcWrite + trend; }
+  } failedWrites;
 };
 
 class CScanLoop {
@@ -36,17 +44,23 @@ class CScanLoop {
   using Period = std::chrono::milliseconds;
 
   struct COptions {
-    bool threaded = false;    // a worker reads, and posts to target
-    std::int64_t scans = -1;  // end after so many, failed reads counted; below 0: no limit
-    Period period{-1};        // 0: as fast as possible; below 0: the configuration's
-    HWND target = nullptr;    // where workers post their messages, which the host hands to Notify
+    bool threaded = false;         // workers read and write to the PLCs, and post to target
+    std::int64_t scans = -1;       // end after so many, failed reads counted; below 0: no limit
+    Period period{-1};             // 0: as fast as possible; below 0: the configuration's
+    HWND target = nullptr;         // where workers post their messages, which the host hands to Notify
+    UINT node = 0;                 // number of this computer on the net of PLCs
+    CSmartLogic* logic = nullptr;  // the host's, which outlives the loop; null: nothing runs between the two
+                                   // sides of the smart stage
+    std::function<void(CLogTrendings&)>
+        refresh;  // called at the end of each scan that read a sample, for views
     std::function<Time()> now = std::chrono::steady_clock::now;
   };
 
   // How long the loop rests after a failed read where nothing else paces it.
   static constexpr Period kRest{100};
-  // The message of the worker that reads.
+  // The messages of the workers.
   static constexpr UINT messageRead = 1;
+  static constexpr UINT messageWritten = 2;
 
   CScanLoop(const CConfiguration& configuration, COptions options);
 
@@ -56,7 +70,7 @@ class CScanLoop {
   const char* FailedStage() const { return m_failedStage; }
 
   bool IsRunning() const { return m_state != EState::closed; }
-  bool IsPending() const { return m_state == EState::reading; }
+  bool IsPending() const { return m_state == EState::reading || m_state == EState::writing; }
   // When the next scan is due, or has been; only while running and not pending.
   Time NextDue() const { return m_due; }
 
@@ -72,18 +86,31 @@ class CScanLoop {
   const CLogMultiOutput& Outputs() const { return m_outputs; }
 
  private:
-  enum class EState { closed, idle, reading };
+  enum class EState { closed, idle, reading, writing };
 
+  const char* OpenStages();
+  int OpenSmart(CStringArray& names);
+  int OpenTrend(CStringArray& names);
   void HaveRead(bool succeeded);
   void Distribute();
+  CLogSample* PassSmart();
+  void StartWrite(CLogSample& sample);
+  void HaveWritten(bool succeeded);
+  void Finish();
   void EndScan(bool succeeded);
   void Schedule(bool succeeded);
   void Close();
 
   COptions m_options;
   CLogInput m_input;
+  CLogSmart m_smart;
   CLogMultiOutput m_outputs;
-  CLogSample m_sample;
+  CLogMultiSummary m_summaries;
+  CPlcMultiOutput m_plcWrite;
+  CLogTrendings m_trend;
+  bool m_usesSmart;
+  CLogSample m_sample;       // as the input gave it
+  CLogSample m_smartSample;  // the same with the smart output variables behind it
   EState m_state = EState::closed;
   bool m_stopping = false;
   const char* m_failedStage = nullptr;

@@ -64,13 +64,23 @@ void AddFlags(const CConfiguration& configuration, const CStringArray& names,
                            ": nothing is ever written");
 }
 
+// The list is the host's; one that was stored for other names tells of a configuration that was changed
+// since.
+void AddBaseVars(const CStringArray& stored, const CStringArray& input, std::vector<CString>& warnings) {
+  if (!stored.IsEmpty() && !(stored == input))
+    warnings.push_back("trend.baseVars: differ from the variables of the input, which are used");
+}
+
 }  // namespace
 
 std::vector<CString> FindWarnings(const CConfiguration& configuration, const CStageNames& names) {
   std::vector<CString> warnings;
   if (!configuration.m_input.m_simulating) AddNodes(configuration.m_input, warnings);
   AddPlaces(configuration, warnings);
-  if (names.hasInput) AddFlags(configuration, names.behindSmart, warnings);
+  if (names.hasInput) {
+    AddFlags(configuration, names.behindSmart, warnings);
+    AddBaseVars(configuration.m_trend.m_baseVars, names.input, warnings);
+  }
   return warnings;
 }
 

@@ -32,6 +32,10 @@ REFUSED = [
     (replayed(["none.rph"]), 1, "input: "),
     (simulated([output("nowhere")]), 1, r"outputs\[0\]: "),
     (simulated([output("logs"), output("logs", nameVariable="y")]), 1, r"outputs\[1\]: "),
+    (simulated(summaries=[{"saveRp": 1, "directory": "nowhere"}]), 1, r"summaries\[0\]: "),
+    (simulated(smart={"outputVars": ["x"]}), 1, "smart: "),
+    (simulated(plcWrite={"nodes": [{"driver": {"plcType": 4711}, "varNames": ["x"]}]}), 1,
+     r"plcWrite\.nodes\[0\]: .*no driver 4711 is"),
 ]
 
 # Settings that are no fault, and what is said of them.
@@ -71,13 +75,19 @@ class Forms(CommandTest):
                     result = self.vastra(command[0], self.write("c.json", config), *command[1:])
                     self.assertEqual(status, result.status, result.err)
                     if status == 1 and command[0] == "run":
-                        words = re.sub(r"\\\[.*", ": ", words)  # run opens a stage as a whole
+                        words = re.sub(r"(\\\.nodes)?\\\[0?1?\\\]", "", words)  # run opens a stage as a whole
                     self.assertRegex(result.err, r"(?m)^(\S+ )?vastra: c\.json: " + words)
         self.assertEqual([], os.listdir(self.path("logs")))
 
     def test_equations_not_in_use_are_not_compiled(self):
         config = simulated([output("logs")], trend={"equationText": "bad"}, summaries=[{"summaryText": "bad;"}],
                            input={"preEquationText": "bad;"}, smart={"equationText": "bad;"})
+        self.assertEqual(0, self.vastra("check", self.write("c.json", config)).status)
+
+    def test_without_names_equations_see_those_of_their_own_variables(self):
+        config = simulated([output("logs", enableText="x = WriteToLog;")], input={"preprocess": 1},
+                           summaries=[{"enableText": "y = RestartSummary;", "summaryText": "z = Sum;", "saveRp": 1,
+                                       "varNames": ["Sum"], "directory": "logs"}])
         self.assertEqual(0, self.vastra("check", self.write("c.json", config)).status)
 
     def test_warnings_name_the_key(self):

@@ -1,5 +1,6 @@
-"""The host of docs/host-guide.md logs what it says."""
+"""The hosts of docs/host-guide.md do what it says."""
 import os
+import re
 import signal
 import subprocess
 import time
@@ -8,6 +9,8 @@ import unittest
 from commands import CommandTest
 
 SMALL_HOST = os.environ["SMALL_HOST"]
+LEVEL_HOST = os.environ["LEVEL_HOST"]
+GUIDE = os.environ["GUIDE"]
 
 
 class Guide(CommandTest):
@@ -38,6 +41,16 @@ class Guide(CommandTest):
         host = subprocess.run([SMALL_HOST, "none"], cwd=self.folder, capture_output=True, timeout=60)
         self.assertEqual(1, host.returncode)
         self.assertIn(b"There is a problem with the destination directory", host.stderr)
+
+    def test_logic_of_its_own_holds_the_level(self):
+        with open(GUIDE, encoding="utf-8") as file:
+            self.write("level.json", re.search(r"```json\n(.*?)```", file.read(), re.S)[1])
+        host = subprocess.run([LEVEL_HOST, "level.json", "200"], cwd=self.folder, capture_output=True, timeout=60)
+        self.assertEqual((0, b"200 scans, 0 failed writes\n", b""), (host.returncode, host.stdout, host.stderr))
+        levels = [float(row.split(",")[1]) for row in self.rows()]
+        self.assertLess(levels[0], 1)
+        self.assertLess(max(levels), 75)
+        self.assertLess(max(abs(level - 60) for level in levels[-50:]), 0.5)
 
 
 if __name__ == "__main__":

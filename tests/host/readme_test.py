@@ -1,4 +1,4 @@
-"""The README and the page on equations do what they say: their files are written, their commands run in their
+"""The README and the pages on equations and stages do what they say: their files are written, their commands run in their
 order, and they show what is shown. "..." stands for anything, on a line of its own for any number of lines; a busy
 machine may be late."""
 import os
@@ -11,6 +11,7 @@ from commands import CommandTest, VASTRA
 ROOT = os.path.join(os.path.dirname(__file__), "../..")
 README = os.path.join(ROOT, "README.md")
 EQUATIONS = os.path.join(ROOT, "docs/equations.md")
+STAGES = os.path.join(ROOT, "docs/stages.md")
 
 
 def blocks(text):
@@ -40,6 +41,9 @@ class Readme(CommandTest):
 
     def test_the_equations(self):
         self.follow(EQUATIONS)
+
+    def test_the_stages(self):
+        self.follow(STAGES)
 
     def follow(self, page):
         with open(page, encoding="utf-8") as file:

@@ -139,6 +139,43 @@ class Run(CommandTest):
         self.assertEqual(0, run.wait(timeout=30))
 
 
+class Watch(CommandTest):
+    def setUp(self):
+        super().setUp()
+        self.config = self.write("c.json", simulated(names=["x", "y"], trend={
+            "baseVars": ["x"], "equationText": "d = y - x; e = 1 / 0;", "calculateExtra": 1, "extraVars": ["d", "e"]}))
+
+    def lines(self, *args):
+        result = self.vastra("watch", self.config, *args)
+        self.assertEqual(0, result.status, result.err)
+        lines = [line.split(" ", 1) for line in result.out.decode().splitlines()]
+        for stamp, _ in lines:
+            self.assertRegex(stamp, STAMP.strip().replace(r":\d\d[", r":\d\d\.\d{3}["))
+        return [line for _, line in lines], result.err
+
+    def test_on_a_pipe_it_prints_a_line_a_second_and_the_last_sample(self):
+        lines, err = self.lines("--scans", "5", "--period", "0")
+        self.assertEqual(["x=1 y=1 d=0 e=inf", "x=5 y=5 d=0 e=inf"], lines)
+        self.assertIn("trend.baseVars: differ", err)
+        self.assertIn("5 read", err)
+        self.assertEqual(["d=0 x=1", "d=0 x=3"], self.lines("--scans", "3", "--period", "0", "--vars", "d,x")[0])
+        self.assertEqual(3, len(self.lines("--scans", "15", "--period", "100", "--vars", "x", "--threaded")[0]))
+
+    def test_a_variable_that_is_not_there_is_refused(self):
+        for names in ["x,z", "", "x,"]:
+            result = self.vastra("watch", self.config, "--vars", names, "--scans", "1")
+            self.assertEqual((2, b""), (result.status, result.out))
+            self.assertRegex(result.err, "c.json: --vars z?: there is no such variable")
+        result = self.vastra("watch", self.write("none.json", replayed(["none.rph"])), "--vars", "x")
+        self.assertEqual(1, result.status)
+        self.assertIn("none.json: input: the stage does not open", result.err)
+
+    def test_a_reader_that_has_gone_does_not_end_the_run(self):
+        with open("/dev/full", "wb") as full:
+            result = self.vastra("watch", self.config, "--scans", "2", "--period", "0", stdout=full)
+        self.assertEqual((1, 1), (result.status, result.err.count("standard output")))
+
+
 class Demo(CommandTest):
     def test_it_logs_and_leaves_a_configuration_that_runs(self):
         result = self.vastra("demo", "--scans", "45", "--period", "0")
@@ -146,10 +183,13 @@ class Demo(CommandTest):
         self.assertEqual(["Batch1.rph", "Batch1h.csv", "Batch2.rph", "Batch2h.csv", "Batch3.rph", "Batch3h.csv"],
                          sorted(os.listdir(self.path("demo-logs/batches"))))
         self.assertIn("demo-logs/batches/Batch3h.csv", result.err)
+        rows = [row.split(",") for name in os.listdir(self.path("demo-logs/means")) if name.endswith("d.csv")
+                for row in self.read("demo-logs/means/" + name).decode().splitlines()[1:]]
+        self.assertEqual(["1.000000", "1.000000", "2.000000", "2.000000"], [row[1] for row in rows])
         self.assertIn("vastra inspect demo-logs", result.err)
         self.assertNotIn("rror", result.err)
         counts = self.vastra("run", "demo-logs/demo.json", "--scans", "21", "--period", "0", "--json").json()
-        self.assertEqual((21, 0, 6), (counts["read"], counts["failedReads"], len(counts["files"])))
+        self.assertEqual((21, 0, 8), (counts["read"], counts["failedReads"], len(counts["files"])))
 
     def test_it_keeps_what_the_user_made_of_its_configuration(self):
         self.write("there/demo.json", "{}")

@@ -59,6 +59,42 @@ class ScanLoop : public testing::Test {
   milliseconds m_now{0};
 };
 
+// Doubles In into Out, and keeps what it has seen.
+class CDoubler : public CSmartLogic {
+ public:
+  int Open(CLogSmart& smart) override {
+    CString in = "In", out = "Out";
+    return smart.GetInputIndex(in, m_in) && smart.GetOutputIndex(out, m_out);
+  }
+  void Run(CLogSmart& smart, const _timeb&) override {
+    float value = 0;
+    if (smart.ReadInputVar(m_in, value)) smart.WriteOutputVar(m_out, 2 * value);
+    m_seen.push_back(value);
+  }
+  UINT m_in = 0, m_out = 0;
+  std::vector<float> m_seen;
+};
+
+// All stages: In is x + 1; the register of station 1 gets Out, and every third write of it fails.
+void AddStages(CConfiguration& configuration) {
+  configuration.m_smart.m_equations.Add("In = x + 1");
+  configuration.m_smart.m_inputVars.Add("In");
+  configuration.m_smart.m_outputVars.Add("Out");
+  auto* summary = new CSummaryConfig;  // finds the sample with x = 2 invalid
+  summary->m_enableEquations.Add("SampleIsValid = Out != 6");
+  configuration.m_summaries.m_summaries.AddTail(summary);
+  auto* node = new CPlcSingleConfig;
+  node->m_node.m_driver.plcType = 9001;
+  node->m_node.m_driver.station = 1;
+  node->m_node.m_driver.variableCount = 1;
+  node->m_node.m_driver.value4 = 3;
+  node->m_node.m_varNames.Add("Out");
+  configuration.m_plcWrite.m_nodes.AddTail(node);
+  configuration.m_trend.m_equations.Add("Extra = 10 * x");
+  configuration.m_trend.m_extraVars.Add("Extra");
+  configuration.m_trend.m_calculateExtra = 1;
+}
+
 TEST_F(ScanLoop, ScansStayOnTheRasterAndTheMissedOnesAreLateNotMadeUp) {
   CScanLoop loop(m_configuration, m_options);
   ASSERT_EQ(1, loop.Start());
@@ -112,11 +148,25 @@ TEST_F(ScanLoop, ARefusedSampleIsCountedAndTheLoopGoesOn) {
   ASSERT_EQ(1, loop.Start());
   std::filesystem::remove(m_output->m_directory.Std());
   loop.Step();
-  EXPECT_EQ(1u, loop.Counts().failedOutputs);
+  EXPECT_EQ(1u, loop.Counts().failedWrites.outputs);
   EXPECT_TRUE(loop.IsRunning());
 }
 
 TEST_F(ScanLoop, AStageThatRefusesIsNamedAndAllIsClosed) {
+  AddStages(m_configuration);
+  m_configuration.m_trend.m_equations[0] = "Extra = y";
+  CScanLoop trend(m_configuration, m_options);
+  EXPECT_EQ(0, trend.Start());
+  EXPECT_STREQ("trend", trend.FailedStage());
+  m_configuration.m_plcWrite.m_nodes.GetHead()->m_node.m_driver.plcType = 1;
+  CScanLoop plcWrite(m_configuration, m_options);
+  EXPECT_EQ(0, plcWrite.Start());
+  EXPECT_STREQ("plcWrite", plcWrite.FailedStage());
+  m_configuration.m_smart.m_outputVars[0] = "x";
+  CScanLoop smart(m_configuration, m_options);
+  EXPECT_EQ(0, smart.Start());
+  EXPECT_STREQ("smart", smart.FailedStage());
+  m_configuration.m_smart.Clear();
   m_output->m_nameVariable = "y";
   CScanLoop outputs(m_configuration, m_options);
   EXPECT_EQ(0, outputs.Start());
@@ -128,7 +178,7 @@ TEST_F(ScanLoop, AStageThatRefusesIsNamedAndAllIsClosed) {
   EXPECT_STREQ("input", input.FailedStage());
 }
 
-TEST_F(ScanLoop, AStopWithAWorkerUnderWayWaitsForItsMessage) {
+TEST_F(ScanLoop, AStopWithWorkersUnderWayWaitsForTheirMessages) {
   CMessageQueue queue;
   CMessage message;
   m_options.threaded = true;
@@ -139,14 +189,63 @@ TEST_F(ScanLoop, AStopWithAWorkerUnderWayWaitsForItsMessage) {
   EXPECT_TRUE(loop.IsPending());
   loop.Stop();
   EXPECT_TRUE(loop.IsRunning());
-  ASSERT_EQ(1, queue.Wait(message, 10000));
-  loop.Notify(message.m_message + 1, 1);
-  EXPECT_TRUE(loop.IsRunning());
-  loop.Notify(message.m_message, message.m_wparam);
+  for (const UINT expected : {CScanLoop::messageRead, CScanLoop::messageWritten}) {
+    EXPECT_TRUE(loop.IsPending());
+    ASSERT_EQ(1, queue.Wait(message, 10000));
+    EXPECT_EQ(expected, message.m_message);
+    loop.Notify(message.m_message + 2, 1);
+    EXPECT_TRUE(loop.IsRunning());
+    loop.Notify(message.m_message, message.m_wparam);
+  }
   EXPECT_FALSE(loop.IsRunning());
   loop.Notify(message.m_message, message.m_wparam);
   EXPECT_EQ(1u, loop.Counts().read);
   EXPECT_EQ(1u, LoggedRows());
+}
+
+TEST_F(ScanLoop, ASampleGoesThroughAllStagesWhateverOneOfThemSays) {
+  AddStages(m_configuration);
+  m_output->m_varNames[0] = "Out";
+  m_options.scans = 4;
+  CMessageQueue queue;
+  m_options.target = &queue;
+  for (const bool threaded : {false, true}) {
+    SCOPED_TRACE(threaded);
+    CDoubler logic;
+    std::vector<float> extras;
+    m_options.threaded = threaded;
+    m_options.logic = &logic;
+    m_options.refresh = [&](CLogTrendings& trend) {
+      CLogSample sample;
+      ASSERT_EQ(1, trend.Read(&sample));
+      ASSERT_EQ(2, sample.m_values.GetSize());
+      extras.push_back(sample.m_values[1]);
+    };
+    CScanLoop loop(m_configuration, m_options);
+    ASSERT_EQ(1, loop.Start());
+    while (loop.IsRunning()) {
+      CMessage message;
+      loop.Step();
+      while (loop.IsPending() && queue.Wait(message, 10000)) loop.Notify(message.m_message, message.m_wparam);
+    }
+    EXPECT_EQ((std::vector<float>{2, 3, 4, 5}), logic.m_seen);
+    EXPECT_EQ((std::vector<float>{10, 20, 30, 40}), extras);
+    const auto& failed = loop.Counts().failedWrites;
+    EXPECT_EQ(0u, failed.smart + failed.outputs + failed.trend);
+    EXPECT_EQ(1u, failed.summaries);
+    EXPECT_EQ(1u, failed.plcWrite);
+    EXPECT_EQ(4u, LoggedRows());
+  }
+}
+
+TEST_F(ScanLoop, LogicThatLacksAVariableKeepsTheRunFromStarting) {
+  AddStages(m_configuration);
+  m_configuration.m_smart.m_outputVars[0] = "Other";
+  CDoubler logic;
+  m_options.logic = &logic;
+  CScanLoop loop(m_configuration, m_options);
+  EXPECT_EQ(0, loop.Start());
+  EXPECT_STREQ("smart", loop.FailedStage());
 }
 
 TEST_F(ScanLoop, TheEndOfAReplayIsNoFailedRead) {

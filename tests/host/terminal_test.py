@@ -1,20 +1,22 @@
 """What a terminal shows: colour, a bar or a status line, and nothing of it elsewhere."""
 import os
 import pty
+import re
+import signal
 import subprocess
 import unittest
 
 from commands import CommandTest, VASTRA, log, output, replayed, simulated
 
-RED, ERASE = "\033[31m", "\r\033[K"
+RED, ERASE = "\033[31m", "\r\033[J"
 
 
 class Terminal(CommandTest):
-    def on_terminal(self, *args, **environment):
-        """What args show on a terminal, as standard error."""
+    def on_terminal(self, *args, output=False, until=None, **environment):
+        """What args show on a terminal, as standard error, or as standard output too. Interrupted at `until`."""
         ours, theirs = pty.openpty()
-        process = subprocess.Popen([VASTRA, *args], cwd=self.folder, stdout=subprocess.DEVNULL, stderr=theirs,
-                                   env={**self.environment(), "TERM": "xterm", **environment})
+        process = subprocess.Popen([VASTRA, *args], cwd=self.folder, stdout=theirs if output else subprocess.DEVNULL,
+                                   stderr=theirs, env={**self.environment(), "TERM": "xterm", **environment})
         os.close(theirs)
         shown = b""
         while True:
@@ -22,6 +24,8 @@ class Terminal(CommandTest):
                 shown += os.read(ours, 65536)
             except OSError:  # the other end is closed
                 break
+            if until and until in shown.decode(errors="replace"):
+                process.send_signal(signal.SIGINT)
         os.close(ours)
         process.wait(timeout=30)
         return shown.decode()
@@ -54,6 +58,13 @@ class Terminal(CommandTest):
         self.assertIn("[....................]   ", shown)
         self.assertIn("[##########", shown)
         self.assertIn("log 1 of 1", shown)
+
+    def test_watch_shows_a_table_above_which_lines_go_and_leaves_nothing(self):
+        shown = self.on_terminal("watch", "live.json", output=True, until="█")
+        self.assertIn("Timeout error.", shown)
+        self.assertRegex(shown, r":\d\d\S+  \d+ read\x1b\[K\r\nx +\d+  ▁[▁▂▃▄▅▆▇]*█\x1b\[K")
+        self.assertRegex(shown, r"\r\x1b\[1A\x1b\[Jvastra: \d+ read, .*\r\n\Z")
+        self.assertEqual([], re.findall(r"\x1b\[[^KJAm]*[^KJA\dm;]|\x1b[^\[]", shown))  # no mode to bring back
 
 
 if __name__ == "__main__":

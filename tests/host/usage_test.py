@@ -5,7 +5,7 @@ import unittest
 
 from commands import CommandTest, VASTRA
 
-COMMANDS = ["demo", "run", "check", "import", "export", "report", "inspect", "convert", "eval", "drivers"]
+COMMANDS = ["demo", "run", "watch", "check", "import", "export", "report", "inspect", "convert", "eval", "drivers"]
 
 # Arguments, and a part of the one line that says what is wrong.
 WRONG = [

@@ -1,6 +1,14 @@
-# Writes the first code block of a language in a guide to a file, so that what readers copy is what is built:
-# cmake -DGUIDE=docs/driver-guide.md -DLANGUAGE=c -DOUTPUT=textfile.c -P extract_code.cmake
+# Writes the first code block of a language in a guide, or in the part of it that begins with AFTER, to a file, so
+# that what readers copy is what is built:
+# cmake -DGUIDE=docs/driver-guide.md -DLANGUAGE=c -DOUTPUT=textfile.c [-DAFTER=TEXT] -P extract_code.cmake
 file(READ ${GUIDE} text)
+if(AFTER)
+  string(FIND "${text}" "${AFTER}" start)
+  if(start EQUAL -1)
+    message(FATAL_ERROR "${GUIDE} does not have: ${AFTER}")
+  endif()
+  string(SUBSTRING "${text}" ${start} -1 text)
+endif()
 string(FIND "${text}" "```${LANGUAGE}\n" start)
 if(start EQUAL -1)
   message(FATAL_ERROR "${GUIDE} has no code block of ${LANGUAGE}")

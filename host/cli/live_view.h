@@ -1,0 +1,48 @@
+// CLiveView: the newest sample of a run, live. On a terminal a table with a row for each variable: its name,
+// its value, a spark line of its last values. Anywhere else a line a second. The values come from the
+// trending stage.
+#pragma once
+
+#include <deque>
+#include <vector>
+
+#include "host/cli/pace.h"
+#include "host/cli/session.h"
+
+namespace vastra {
+
+class CLiveView : public CSessionView {
+ public:
+  // wanted: the variables to show, in this order; all if it is empty.
+  CLiveView(const CString& subject, CStringArray wanted);
+
+  // Refuses a variable that the samples do not have.
+  EExit Begin(const CStringArray& names) override;
+  void Refresh(CLogTrendings& trend) override;
+  void Show(const CScanLoop& loop, CScanLoop::Time until) override;
+  EExit End() override;
+
+ private:
+  struct CRow {
+    CString m_name;
+    int m_index;               // in the sample
+    std::deque<float> m_last;  // oldest first
+  };
+
+  void TakeSparks();
+  std::string Table() const;
+  std::string Line() const;
+  void PrintLine();
+
+  CString m_subject;
+  CStringArray m_wanted;
+  bool m_onTerminal;
+  CPace m_pace;
+  std::vector<CRow> m_rows;
+  std::uint64_t m_read = 0;  // samples so far
+  CLogSample m_sample;       // the newest one
+  bool m_shown = true;       // it has been shown
+  EExit m_status = kDone;    // of standard output: when it fails it has been told, and the run goes on
+};
+
+}  // namespace vastra

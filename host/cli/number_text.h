@@ -1,0 +1,17 @@
+// Numbers as this host shows them.
+#pragma once
+
+#include <charconv>
+#include <cmath>
+#include <string>
+
+namespace vastra {
+
+// The shortest text that reads back to the same float; "nan", "inf" or "-inf".
+inline std::string ToText(float value) {
+  if (std::isnan(value)) return "nan";  // of either sign
+  char text[64];
+  return {text, std::to_chars(text, text + sizeof text, value).ptr};
+}
+
+}  // namespace vastra

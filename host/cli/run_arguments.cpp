@@ -1,0 +1,33 @@
+#include "host/cli/run_arguments.h"
+
+namespace vastra {
+namespace {
+
+EVerbosity Verbosity(bool debug, bool quiet) {
+  if (quiet) return EVerbosity::quiet;
+  return debug ? EVerbosity::debug : EVerbosity::normal;
+}
+
+}  // namespace
+
+CRunArguments::CRunArguments(CArguments& arguments)
+    : m_file(arguments.File("FILE", "The configuration, as JSON or as a configuration file")),
+      m_scans(
+          arguments.Number("--scans", "N", "Stop after so many scans; failed reads count", 0, kMostScans)),
+      m_period(arguments.Number(
+          "--period", "MS",
+          "Milliseconds from scan to scan, in place of the configuration's; 0: as fast as possible", 0,
+          kLongestPeriod)),
+      m_node(arguments.Number("--node", "N", "Number of this computer on the net of PLCs", 0, UINT32_MAX)),
+      m_threaded(arguments.Flag("--threaded", "Read, and write to the PLCs, on worker threads")),
+      m_debug(arguments.Flag("--debug", "Show each operation of each link")),
+      m_quiet(arguments.Flag("--quiet", "Show errors only, and no progress")) {
+  arguments.Exclude("--debug", "--quiet");
+}
+
+CSessionOptions CRunArguments::Options() const {
+  return {*m_threaded, m_scans->value_or(-1), CScanLoop::Period(m_period->value_or(-1)),
+          Verbosity(*m_debug, *m_quiet), static_cast<UINT>(m_node->value_or(0))};
+}
+
+}  // namespace vastra

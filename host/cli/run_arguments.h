@@ -1,0 +1,22 @@
+// The arguments that run and watch share.
+#pragma once
+
+#include "host/cli/arguments.h"
+#include "host/cli/session.h"
+
+namespace vastra {
+
+class CRunArguments {
+ public:
+  explicit CRunArguments(CArguments& arguments);
+
+  const CFileArgument& File() const { return *m_file; }
+  CSessionOptions Options() const;
+
+ private:
+  CArgument<CFileArgument> m_file;
+  CArgument<CNumber> m_scans, m_period, m_node;
+  CArgument<bool> m_threaded, m_debug, m_quiet;
+};
+
+}  // namespace vastra

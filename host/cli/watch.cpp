@@ -1,0 +1,42 @@
+// vastra watch: run, with the newest sample live on standard output.
+#include "host/cli/command.h"
+#include "host/cli/live_view.h"
+#include "host/cli/load.h"
+#include "host/cli/run_arguments.h"
+#include "host/cli/terminal.h"
+
+namespace vastra {
+namespace {
+
+// The names between the commas of lists.
+CStringArray NamesIn(const std::vector<CString>& lists) {
+  CStringArray names;
+  for (CString list : lists) {
+    for (int comma; (comma = list.Find(',')) >= 0; list = list.Mid(comma + 1)) names.Add(list.Left(comma));
+    names.Add(list);
+  }
+  return names;
+}
+
+EExit Watch(const CRunArguments& arguments, const std::vector<CString>& variables) {
+  const CSessionOptions options = arguments.Options();
+  CTerminal::Instance().StampLines();
+  if (options.verbosity == EVerbosity::quiet) CTerminal::Instance().BeQuiet();
+  CConfiguration configuration;
+  if (Load(arguments.File(), configuration) != kDone) return kRefused;
+  CLiveView view(arguments.File().typed, NamesIn(variables));
+  CSessionResult result;
+  const EExit status = RunSession(arguments.File().typed, configuration, options, view, result);
+  if (status == kDone) CTerminal::Instance().Remark("vastra: " + ToText(result));
+  return status;
+}
+
+}  // namespace
+
+CAction DeclareWatch(CArguments& arguments) {
+  const CRunArguments run(arguments);
+  const auto variables = arguments.Texts("--vars", "A,B,...", "Show these variables only");
+  return [=] { return Watch(run, *variables); };
+}
+
+}  // namespace vastra

@@ -1,0 +1,23 @@
+// CSmartLogic: the host's own logic, which reads variables of the smart stage and writes others at each scan:
+// a controller, an optimiser, a model of the plant.
+#pragma once
+
+#include "vastra/stages/log_smart.h"
+
+namespace vastra {
+
+class CSmartLogic {
+ public:
+  CSmartLogic() = default;
+  CSmartLogic(const CSmartLogic&) = delete;
+  CSmartLogic& operator=(const CSmartLogic&) = delete;
+  virtual ~CSmartLogic() = default;
+
+  // Called once, when smart has opened: the place to look up the indexes of variables. 0: the logic lacks
+  // something, and the run does not start.
+  virtual int Open(CLogSmart& smart) = 0;
+  // Called once a scan, between the two sides of smart. time is that of the sample.
+  virtual void Run(CLogSmart& smart, const _timeb& time) = 0;
+};
+
+}  // namespace vastra
