@@ -95,10 +95,13 @@ CStopSignals::CStopSignals(CInbox& inbox) {
     if (signal != SIGHUP || !IsIgnored(SIGHUP)) SetHandler(signal, HandleStop);  // nohup stays in force
 }
 
+// Once a stop has come the handlers stay: a signal that comes again must not cost the user the words at the
+// end.
 CStopSignals::~CStopSignals() {
+  g_inbox = nullptr;
+  if (g_stoppedAt != 0) return;
   for (int signal : kStops)
     if (!IsIgnored(signal)) SetHandler(signal, SIG_DFL);
-  g_inbox = nullptr;
 }
 
 }  // namespace vastra

@@ -87,6 +87,18 @@ class Run(CommandTest):
                     self.assertEqual(counts["read"], rows)
                     self.assertGreater(rows, 0)
 
+    def test_a_signal_that_is_sent_again_and_again_costs_nothing(self):
+        config = self.write("c.json", simulated([output("logs", saveCsv=1)]))
+        for _ in range(5):
+            run = self.start("run", config, "--json", "--debug", stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+            run.stderr.readline()
+            run.stderr.close()
+            while run.poll() is None:
+                run.send_signal(signal.SIGTERM)
+            with run.stdout as out:
+                self.assertIn("read", json.load(out))
+            self.assertEqual(0, run.returncode)
+
     def rows(self, files):
         return sum(self.read(file).count(b"\n") - 1 for file in files if file.endswith(".csv"))
 
@@ -159,7 +171,8 @@ class Watch(CommandTest):
         self.assertIn("trend.baseVars: differ", err)
         self.assertIn("5 read", err)
         self.assertEqual(["d=0 x=1", "d=0 x=3"], self.lines("--scans", "3", "--period", "0", "--vars", "d,x")[0])
-        self.assertEqual(3, len(self.lines("--scans", "15", "--period", "100", "--vars", "x", "--threaded")[0]))
+        lines, _ = self.lines("--scans", "15", "--period", "100", "--vars", "x", "--threaded")
+        self.assertIn(len(lines), range(2, 9), lines)
 
     def test_a_variable_that_is_not_there_is_refused(self):
         for names in ["x,z", "", "x,"]:

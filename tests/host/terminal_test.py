@@ -26,6 +26,7 @@ class Terminal(CommandTest):
                 break
             if until and until in shown.decode(errors="replace"):
                 process.send_signal(signal.SIGINT)
+                until = None  # a second one would end it at once
         os.close(ours)
         process.wait(timeout=30)
         return shown.decode()
