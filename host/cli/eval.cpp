@@ -7,6 +7,7 @@
 #include "host/cli/number_text.h"
 #include "host/cli/output.h"
 #include "host/cli/terminal.h"
+#include "host/common/shown_text.h"
 #include "vastra/equations/equator.h"
 #include "vastra/equations/separator.h"
 
@@ -93,8 +94,6 @@ std::string TextOf(const CEvaluation& evaluation) {
   return text;
 }
 
-bool IsInsideCharacter(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
-
 // The part of the line round the offset that a screen line can show, from begin to end.
 struct CExcerpt {
   std::size_t begin = 0;
@@ -112,14 +111,6 @@ CExcerpt ExcerptOf(std::string_view text, std::size_t offset) {
   if (part.end - offset > kSide)
     for (part.end = offset + kSide; part.end > offset && IsInsideCharacter(text[part.end]);) --part.end;
   return part;
-}
-
-// The text with what could steer a terminal shown as "?".
-std::string Printable(std::string_view text) {
-  std::string shown(text);
-  for (char& c : shown)
-    if ((static_cast<unsigned char>(c) < ' ' && c != '\t') || c == '\x7f') c = '?';
-  return shown;
 }
 
 // Blanks as wide as text is on the screen.

@@ -7,6 +7,7 @@
 #include "host/cli/output.h"
 #include "host/cli/terminal.h"
 #include "host/cli/time_text.h"
+#include "host/common/shown_text.h"
 
 namespace vastra {
 namespace {
@@ -16,12 +17,6 @@ constexpr std::size_t kSparks = 40;  // values of a spark line
 constexpr int kNameWidth = 24, kValueWidth = 14;
 
 std::string Blanks(std::size_t count) { return std::string(count, ' '); }
-
-// Characters of a UTF-8 text.
-std::size_t WidthOf(std::string_view text) {
-  return static_cast<std::size_t>(std::count_if(
-      text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
-}
 
 std::string PadRight(const std::string& text, std::size_t width) {
   return text + Blanks(width - std::min(width, WidthOf(text)));
@@ -53,13 +48,14 @@ CLiveView::CLiveView(const CString& subject, CStringArray wanted)
     : m_subject(subject),
       m_wanted(std::move(wanted)),
       m_onTerminal(CTerminal::Instance().PutStatusOnOutput()),
-      m_pace(m_onTerminal ? kTablePause : kLinePause) {}
+      m_pace(m_onTerminal ? kTablePause : kLinePause),
+      m_shown(!m_onTerminal) {}
 
 EExit CLiveView::Begin(const CStringArray& names) {
   for (const CString& name : m_wanted.IsEmpty() ? names : m_wanted) {
     const int index = FindIn(names, name);
     if (index < 0) return Fail(kWrongUse, m_subject, "--vars " + name + ": there is no such variable");
-    m_rows.push_back({name, index, {}});
+    m_rows.push_back({Printable(name.View()), index, {}});
   }
   return kDone;
 }
@@ -70,15 +66,17 @@ void CLiveView::Refresh(CLogTrendings& trend) {
   m_shown = false;
 }
 
-void CLiveView::Show(const CScanLoop&, CScanLoop::Time until) {
-  if (m_onTerminal ? !m_pace.IsDue(until) : m_shown || !m_pace.IsDue(CScanLoop::Time::min())) return;
+CScanLoop::Time CLiveView::Show(const CScanLoop&) {
+  if (m_shown) return CScanLoop::Time::max();
+  if (!m_pace.IsDue()) return m_pace.Next();
   if (m_onTerminal) {
-    if (!m_shown) TakeSparks();
+    TakeSparks();
     CTerminal::Instance().Status(CString(Table()));
   } else {
     PrintLine();
   }
   m_shown = true;
+  return CScanLoop::Time::max();
 }
 
 EExit CLiveView::End() {
@@ -104,7 +102,7 @@ std::string CLiveView::Table() const {
   if (m_read == 0) return "Waiting for the first sample";
   std::string text = LocalTimeText(m_sample.m_time) + "  " + std::to_string(m_read) + " read";
   for (const CRow& row : m_rows)
-    text += "\n" + PadRight(row.m_name.Std(), kNameWidth) +
+    text += "\n" + PadRight(row.m_name, kNameWidth) +
             PadLeft(row.m_last.empty() ? "" : ToText(row.m_last.back()), kValueWidth) + "  " +
             SparkLine(row.m_last);
   return text;
@@ -114,7 +112,7 @@ std::string CLiveView::Line() const {
   std::string text = LocalTimeText(m_sample.m_time);
   for (const CRow& row : m_rows)
     if (row.m_index < m_sample.m_values.GetSize())
-      text += " " + row.m_name.Std() + "=" + ToText(m_sample.m_values[row.m_index]);
+      text += " " + row.m_name + "=" + ToText(m_sample.m_values[row.m_index]);
   return text + "\n";
 }
 

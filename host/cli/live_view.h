@@ -19,12 +19,12 @@ class CLiveView : public CSessionView {
   // Refuses a variable that the samples do not have.
   EExit Begin(const CStringArray& names) override;
   void Refresh(CLogTrendings& trend) override;
-  void Show(const CScanLoop& loop, CScanLoop::Time until) override;
+  CScanLoop::Time Show(const CScanLoop& loop) override;
   EExit End() override;
 
  private:
   struct CRow {
-    CString m_name;
+    std::string m_name;
     int m_index;               // in the sample
     std::deque<float> m_last;  // oldest first
   };
@@ -41,7 +41,7 @@ class CLiveView : public CSessionView {
   std::vector<CRow> m_rows;
   std::uint64_t m_read = 0;  // samples so far
   CLogSample m_sample;       // the newest one
-  bool m_shown = true;       // it has been shown
+  bool m_shown;              // it has been shown; before the first one, on a terminal, that there is none yet
   EExit m_status = kDone;    // of standard output: when it fails it has been told, and the run goes on
 };
 

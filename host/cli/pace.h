@@ -1,4 +1,4 @@
-// CPace: how often what a user sees is drawn.
+// CPace: keeps what a user sees from being drawn too often.
 #pragma once
 
 #include "host/common/scan_loop.h"
@@ -11,13 +11,14 @@ class CPace {
 
   explicit CPace(std::chrono::milliseconds pause = std::chrono::milliseconds(100)) : m_pause(pause) {}
 
-  // Whether it is time to draw: not before the pause is over, unless nothing will happen until then.
-  bool IsDue(Time until) {
+  // Whether it is time to draw; the next time comes when the pause is over.
+  bool IsDue() {
     const Time now = std::chrono::steady_clock::now();
-    if (now < m_next && until < m_next) return false;
+    if (now < m_next) return false;
     m_next = now + m_pause;
     return true;
   }
+  Time Next() const { return m_next; }
 
  private:
   std::chrono::milliseconds m_pause;

@@ -32,8 +32,11 @@ CString TextOf(const CScanLoop& loop) {
 
 }  // namespace
 
-void CProgress::Show(const CScanLoop& loop, CScanLoop::Time until) {
-  if (CTerminal::Instance().HasStatus() && m_pace.IsDue(until)) CTerminal::Instance().Status(TextOf(loop));
+CScanLoop::Time CProgress::Show(const CScanLoop& loop) {
+  if (!CTerminal::Instance().HasStatus()) return CScanLoop::Time::max();
+  if (!m_pace.IsDue()) return m_pace.Next();
+  CTerminal::Instance().Status(TextOf(loop));
+  return CScanLoop::Time::max();
 }
 
 EExit CProgress::End() {

@@ -9,9 +9,8 @@ namespace vastra {
 
 class CProgress : public CSessionView {
  public:
-  // Draws the present state, but not more often than ten times a second, unless nothing will happen until
-  // then.
-  void Show(const CScanLoop& loop, CScanLoop::Time until) override;
+  // Draws the present state, at most ten times a second.
+  CScanLoop::Time Show(const CScanLoop& loop) override;
   EExit End() override;
 
  private:

@@ -1,7 +1,6 @@
 // vastra run: runs a configuration until a replay ends, a number of scans was made or a signal comes.
 #include "host/cli/command.h"
 #include "host/cli/json_output.h"
-#include "host/cli/load.h"
 #include "host/cli/progress.h"
 #include "host/cli/run_arguments.h"
 #include "host/cli/terminal.h"
@@ -25,14 +24,9 @@ CJson ToJson(const CSessionResult& result) {
 }
 
 EExit Run(const CRunArguments& arguments, bool asJson) {
-  const CSessionOptions options = arguments.Options();
-  CTerminal::Instance().StampLines();
-  if (options.verbosity == EVerbosity::quiet) CTerminal::Instance().BeQuiet();
-  CConfiguration configuration;
-  if (Load(arguments.File(), configuration) != kDone) return kRefused;
   CProgress progress;
   CSessionResult result;
-  const EExit status = RunSession(arguments.File().typed, configuration, options, progress, result);
+  const EExit status = arguments.Run(progress, result);
   if (status != kDone) return status;
   if (asJson) return PrintJson(ToJson(result));
   CTerminal::Instance().Remark("vastra: " + ToText(result));

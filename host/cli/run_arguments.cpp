@@ -1,5 +1,8 @@
 #include "host/cli/run_arguments.h"
 
+#include "host/cli/load.h"
+#include "host/cli/terminal.h"
+
 namespace vastra {
 namespace {
 
@@ -23,6 +26,14 @@ CRunArguments::CRunArguments(CArguments& arguments)
       m_debug(arguments.Flag("--debug", "Show each operation of each link")),
       m_quiet(arguments.Flag("--quiet", "Show errors only, and no progress")) {
   arguments.Exclude("--debug", "--quiet");
+}
+
+EExit CRunArguments::Run(CSessionView& view, CSessionResult& result) const {
+  CTerminal::Instance().StampLines();
+  if (*m_quiet) CTerminal::Instance().BeQuiet();
+  CConfiguration configuration;
+  if (Load(*m_file, configuration) != kDone) return kRefused;
+  return RunSession(m_file->typed, configuration, Options(), view, result);
 }
 
 CSessionOptions CRunArguments::Options() const {

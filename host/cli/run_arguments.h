@@ -11,9 +11,12 @@ class CRunArguments {
   explicit CRunArguments(CArguments& arguments);
 
   const CFileArgument& File() const { return *m_file; }
-  CSessionOptions Options() const;
+  // Sets the terminal up, reads the configuration and runs it; see RunSession.
+  EExit Run(CSessionView& view, CSessionResult& result) const;
 
  private:
+  CSessionOptions Options() const;
+
   CArgument<CFileArgument> m_file;
   CArgument<CNumber> m_scans, m_period, m_node;
   CArgument<bool> m_threaded, m_debug, m_quiet;

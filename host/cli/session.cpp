@@ -1,5 +1,7 @@
 #include "host/cli/session.h"
 
+#include <algorithm>
+
 #include "host/cli/inbox.h"
 #include "host/cli/terminal.h"
 #include "host/cli/written_files.h"
@@ -26,12 +28,12 @@ void Take(CScanLoop& loop, const CMessage& message) {
 // Drives loop to its end.
 void Follow(CScanLoop& loop, CInbox& inbox, CSessionView& view) {
   while (loop.IsRunning()) {
-    const CInbox::Time until = loop.IsPending() ? CInbox::Time::max() : loop.NextDue();
-    view.Show(loop, until);
+    const CInbox::Time due = loop.IsPending() ? CInbox::Time::max() : loop.NextDue();
+    const CInbox::Time redraw = view.Show(loop);
     CMessage message;
-    if (inbox.Wait(message, until))
+    if (inbox.Wait(message, std::min(due, redraw)))
       Take(loop, message);
-    else
+    else if (due <= redraw)
       loop.Step();
   }
 }

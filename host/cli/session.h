@@ -30,8 +30,9 @@ class CSessionView {
   virtual EExit Begin(const CStringArray&) { return kDone; }
   // Called at the end of each scan that read a sample.
   virtual void Refresh(CLogTrendings&) {}
-  // Called between the steps of loop, which does nothing until then.
-  virtual void Show(const CScanLoop& loop, CScanLoop::Time until) = 0;
+  // Called between the steps of loop. Gives the time at which it wants to be called again even if nothing
+  // happens before; the end of time if it has shown everything.
+  virtual CScanLoop::Time Show(const CScanLoop& loop) = 0;
   // Called when the run is over and its stages are closed. Anything but kDone, told, is the result of the
   // run.
   virtual EExit End() { return kDone; }

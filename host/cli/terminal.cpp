@@ -10,6 +10,7 @@
 #include <ctime>
 
 #include "host/cli/time_text.h"
+#include "host/common/shown_text.h"
 
 namespace vastra {
 namespace {
@@ -59,10 +60,8 @@ winsize SizeOf(int file) {
 // As much of a UTF-8 text as fits into columns.
 std::string_view Cut(std::string_view text, int columns) {
   std::size_t at = 0;
-  for (; at < text.size(); ++at) {
-    const bool begins = (static_cast<unsigned char>(text[at]) & 0xC0) != 0x80;
-    if (begins && columns-- == 0) break;
-  }
+  for (; at < text.size(); ++at)
+    if (!IsInsideCharacter(text[at]) && columns-- == 0) break;
   return text.substr(0, at);
 }
 
@@ -101,6 +100,8 @@ CTerminal::CTerminal()
       m_statusFile(STDERR_FILENO),
       m_statusObeys(ObeysCodes(STDERR_FILENO)),
       m_coloured(m_statusObeys && !std::getenv("NO_COLOR")) {}
+
+bool CTerminal::HasStatus() const { return m_statusObeys && (!m_quiet || m_statusFile == STDOUT_FILENO); }
 
 bool CTerminal::PutStatusOnOutput() {
   m_statusFile = STDOUT_FILENO;

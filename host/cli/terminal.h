@@ -6,8 +6,6 @@
 // Threads: all operations may be called from any thread; a line is never torn.
 #pragma once
 
-#include <unistd.h>
-
 #include <mutex>
 #include <string>
 #include <vector>
@@ -36,7 +34,7 @@ class CTerminal {
   // Puts text in place of the status, as much of it as fits; an empty one takes the status away.
   void Status(const CString& text);
   void EndStatus() { Status(CString()); }
-  bool HasStatus() const { return m_statusObeys && (!m_quiet || m_statusFile == STDOUT_FILENO); }
+  bool HasStatus() const;
   // From here on the status goes to standard output; whether that is a terminal that can show it.
   bool PutStatusOnOutput();
 

@@ -1,7 +1,6 @@
 // vastra watch: run, with the newest sample live on standard output.
 #include "host/cli/command.h"
 #include "host/cli/live_view.h"
-#include "host/cli/load.h"
 #include "host/cli/run_arguments.h"
 #include "host/cli/terminal.h"
 
@@ -19,14 +18,9 @@ CStringArray NamesIn(const std::vector<CString>& lists) {
 }
 
 EExit Watch(const CRunArguments& arguments, const std::vector<CString>& variables) {
-  const CSessionOptions options = arguments.Options();
-  CTerminal::Instance().StampLines();
-  if (options.verbosity == EVerbosity::quiet) CTerminal::Instance().BeQuiet();
-  CConfiguration configuration;
-  if (Load(arguments.File(), configuration) != kDone) return kRefused;
   CLiveView view(arguments.File().typed, NamesIn(variables));
   CSessionResult result;
-  const EExit status = RunSession(arguments.File().typed, configuration, options, view, result);
+  const EExit status = arguments.Run(view, result);
   if (status == kDone) CTerminal::Instance().Remark("vastra: " + ToText(result));
   return status;
 }

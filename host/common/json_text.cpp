@@ -1,5 +1,7 @@
 #include "host/common/json_text.h"
 
+#include "host/common/shown_text.h"
+
 namespace vastra {
 namespace {
 
@@ -99,9 +101,7 @@ void AddLeaves(const CJson& node, const CString& path, std::vector<CJsonLeaf>& l
 
 // A key may be anything; its message is one short line all the same.
 CString MemberPath(const CString& object, std::string_view key) {
-  std::string shown(key.substr(0, kMaxShown));
-  for (char& c : shown)
-    if (static_cast<unsigned char>(c) < ' ' || c == '\x7F') c = '?';
+  std::string shown = Printable(key.substr(0, kMaxShown));
   if (key.size() > kMaxShown) shown += "...";
   return object.IsEmpty() ? CString(std::move(shown)) : object + "." + CString(std::move(shown));
 }

@@ -9,19 +9,12 @@
 #include <memory>
 
 #include "tests/support/files.h"
+#include "tests/support/names.h"
 #include "tests/support/recorder.h"
 #include "vastra/logfiles/file_link.h"
 #include "vastra/platform/file_system.h"
 
 namespace vastra {
-
-constexpr std::int32_t kStart = 1041516000;  // 2003-01-02 14:00:00 UTC
-
-inline CStringArray Names(std::initializer_list<const char*> texts) {
-  CStringArray names;
-  for (const char* text : texts) names.Add(text);
-  return names;
-}
 
 inline CLogSample Sample(std::int32_t time, std::initializer_list<float> values) {
   CLogSample sample;

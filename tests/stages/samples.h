@@ -4,18 +4,11 @@
 #include <sstream>
 
 #include "tests/support/files.h"
+#include "tests/support/names.h"
 #include "vastra/core/sample.h"
 #include "vastra/platform/file_system.h"
 
 namespace vastra {
-
-constexpr std::int32_t kStart = 1041516000;  // 2003-01-02 14:00:00 UTC
-
-inline CStringArray Names(std::initializer_list<const char*> names) {
-  CStringArray array;
-  for (const char* name : names) array.Add(name);
-  return array;
-}
 
 // The equations of a text, which ends each but the last with a semicolon.
 inline CStringArray Equations(const char* text) {

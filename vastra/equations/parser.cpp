@@ -10,9 +10,6 @@
 int equationparse();  // made from grammar.y; 0: accepted
 
 namespace vastra {
-
-CParser::CParser() { SeedRandom(static_cast<unsigned>(std::time(nullptr))); }
-
 namespace {
 
 // What bison and the grammar report, in words for the user.
@@ -23,6 +20,8 @@ const char* FaultText(const char* reported) {
 }
 
 }  // namespace
+
+CParser::CParser() { SeedRandom(static_cast<unsigned>(std::time(nullptr))); }
 
 int CParser::Parse(CString equation, CLineCodeList* code, CStringArray* names) {
   if (!code || !names) return 0;

@@ -60,4 +60,9 @@ std::unique_ptr<CConcatConfig> ConcatConfig(int firstCount);
 std::unique_ptr<CEquatorConfig> EquatorConfig(const CStringArray& inputs, const CStringArray& equations,
                                               const CStringArray& outputs);
 
+// Adds a buffer for outputs and, in front of it, the equator that computes them from samples of inputs: the
+// pair behind enable flags, summaries and smart logic. Gives the buffer.
+CFileLink* AddEquations(CChain& chain, const char* equator, const char* buffer, const CStringArray& inputs,
+                        const CStringArray& equations, const CStringArray& outputs);
+
 }  // namespace vastra

@@ -26,10 +26,8 @@ int CLogSingleSummary::Open(CStringArray& names) {
 
 bool CLogSingleSummary::OpenChains(const CStringArray& names) {
   CChain archive, equations;  // if one of them does not open, the equations go first
-  CFileLink* const buffer =
-      equations.Add(CFileLink::Create(nullptr), "SummaryBufferFileLink", BufferConfig(m_options.m_varNames));
-  equations.Add(CEquatorLink::Create(equations.Head()), "SummaryEquatorLink",
-                EquatorConfig(names, m_options.m_summaryEquations, m_options.m_varNames));
+  CFileLink* const buffer = AddEquations(equations, "SummaryEquatorLink", "SummaryBufferFileLink", names,
+                                         m_options.m_summaryEquations, m_options.m_varNames);
   CFileLink* const file =
       archive.Add(CFileLink::Create(nullptr), "SummaryArchiveFileLink", ArchiveConfig(m_options));
   if (!equations.OpenHere(CLink::modeWrite) || !archive.OpenHere(CLink::modeWrite)) return false;

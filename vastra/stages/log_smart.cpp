@@ -23,10 +23,8 @@ int CLogSmart::Open(CStringArray& names) {
 
 bool CLogSmart::OpenInput(const CStringArray& names) {
   CChain chain;
-  CFileLink* const buffer =
-      chain.Add(CFileLink::Create(nullptr), "SmartInputFileLink", BufferConfig(m_options.m_inputVars));
-  chain.Add(CEquatorLink::Create(chain.Head()), "SmartInputEquatorLink",
-            EquatorConfig(names, m_options.m_equations, m_options.m_inputVars));
+  CFileLink* const buffer = AddEquations(chain, "SmartInputEquatorLink", "SmartInputFileLink", names,
+                                         m_options.m_equations, m_options.m_inputVars);
   m_pInputEquatorLink = chain.Open(CLink::modeWrite);
   if (m_pInputEquatorLink) m_pInputFileLink = buffer;
   return m_pInputEquatorLink;

@@ -13,9 +13,8 @@ int CSingleEnable::Open(CStringArray& names) {
   CStringArray flags;
   for (const char* flag : m_flags) flags.Add(flag);
   CChain chain;
-  CFileLink* buffer = chain.Add(CFileLink::Create(nullptr), "EnableFileLink", BufferConfig(flags));
-  chain.Add(CEquatorLink::Create(chain.Head()), "EnableEquatorLink",
-            EquatorConfig(names, m_options.m_equations, flags));
+  CFileLink* const buffer =
+      AddEquations(chain, "EnableEquatorLink", "EnableFileLink", names, m_options.m_equations, flags);
   m_pHeadLink = chain.Open(CLink::modeWrite);
   if (!m_pHeadLink) return 0;
   m_pFileLink = buffer;

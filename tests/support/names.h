@@ -1,0 +1,19 @@
+// Names and a time that tests of several rooms write.
+#pragma once
+
+#include <cstdint>
+#include <initializer_list>
+
+#include "vastra/platform/array.h"
+
+namespace vastra {
+
+constexpr std::int32_t kStart = 1041516000;  // 2003-01-02 14:00:00 UTC
+
+inline CStringArray Names(std::initializer_list<const char*> names) {
+  CStringArray array;
+  for (const char* name : names) array.Add(name);
+  return array;
+}
+
+}  // namespace vastra
