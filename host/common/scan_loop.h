@@ -51,8 +51,8 @@ class CScanLoop {
     UINT node = 0;                 // number of this computer on the net of PLCs
     CSmartLogic* logic = nullptr;  // the host's, which outlives the loop; null: nothing runs between the two
                                    // sides of the smart stage
-    std::function<void(CLogTrendings&)>
-        refresh;  // called at the end of each scan that read a sample, for views
+    // Called at the end of each scan that read a sample, for views.
+    std::function<void(CLogTrendings&)> refresh;
     std::function<Time()> now = std::chrono::steady_clock::now;
   };
 

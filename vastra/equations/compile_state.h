@@ -14,7 +14,8 @@ struct CCompileState {
   CString Text;       // what was matched last: a token, white space or a comment
   int nCount = 0;     // how many bytes were matched; after a failed parse where the bad token starts
   double dValue = 0;  // of the number matched last
-  const char* pFault = nullptr;  // after a failed parse: what is wrong, "" for a name that is not known
+  // After a failed parse what the parser reported; "" for a name that is not known.
+  const char* pFault = nullptr;
 
   // Of the code generator.
   CStack<double> Operands;  // operands that no line of code has taken yet
