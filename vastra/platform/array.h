@@ -39,6 +39,14 @@ class CArray {
 };
 
 using CStringArray = CArray<CString>;
+using CUIntArray = CArray<UINT, UINT>;
+
+class CObject;
+using CObArray = CArray<CObject*, CObject*>;
+
+// An array of pointers of one class. Base names the array of plain pointers that it takes the place of.
+template <class Base, class T>
+class CTypedPtrArray : public CArray<T, T> {};
 
 // Index of the first element equal to text, byte for byte, or -1.
 inline int FindIn(const CStringArray& array, const CString& text) {

@@ -1,0 +1,118 @@
+// CDialog: a dialog made from a template, run modally or left open. Its controls are found by their captions.
+//
+//   constexpr CControl kControls[] = {{CControl::edit, "New Variable", {7, 17, 150, 14}}, ...};
+//   constexpr CDialogTemplate kTemplate = {"Insert Variable", {164, 60}, kControls};
+//
+// Templates measure in dialog units: a fourth of the average width and an eighth of the height of a character
+// of the dialog's font.
+#pragma once
+
+#include <span>
+
+#include "vastra/platform/prompt.h"
+#include "vastra/ui/controls.h"
+
+namespace vastra {
+
+class CGXGridWnd;
+
+struct CControl {
+  enum EKind {
+    groupBox,
+    text,
+    button,
+    defaultButton,
+    checkBox,
+    edit,
+    multiLineEdit,  // Return makes a new line
+    listBox,        // one entry can be marked
+    multiListBox,   // several can
+    dragListBox,    // one can, and dragged
+    grid,           // for a CGXGridWnd
+    frame,          // sunken edges
+    area,           // a place without edges
+  };
+  // Edges that follow the right or the bottom edge of the dialog when it is resized.
+  enum EGrow { stay = 0, moveX = 1, moveY = 2, growX = 4, growY = 8, grow = growX | growY, move = moveX | moveY };
+
+  EKind kind;
+  // What a button, a box, a group or a text shows. Of the others, which show none, their name for finding
+  // them and for screen readers: that of the text or the group they stand in.
+  const char* caption;
+  struct {
+    int x, y, cx, cy;
+  } place;
+  int growth = stay;
+};
+
+struct CDialogTemplate {
+  const char* title;
+  CSize size;
+  std::span<const CControl> controls;  // in the order of the tab key
+  enum EStyle { fixed = 0, resizable = 1, minimizeBox = 2 };
+  int style = fixed;
+};
+
+class VASTRA_API CDialog : public CWnd {
+  DECLARE_DYNAMIC(CDialog)
+ public:
+  // parent null: the active window.
+  explicit CDialog(const CDialogTemplate& model, CWnd* parent = nullptr) : m_model(model), m_parent(parent) {}
+  ~CDialog() override;
+
+  // Runs the dialog until it ends, and gives the result of EndDialog.
+  virtual int DoModal();
+  // Makes a window that stays open, hidden at first. 1, or 0 if it ended itself in OnInitDialog: it is
+  // destroyed then, and the object too if its PostNcDestroy deletes it.
+  int Create(CWnd* parent = nullptr);
+  // Ends a modal run with result; destroys a window that was left open.
+  void EndDialog(int result);
+
+  // The control of a caption. That it is there is the template's business.
+  CButton& Button(const char* caption) const { return Control<CButton>(caption); }
+  CStatic& Text(const char* caption) const { return Control<CStatic>(caption); }
+  CEdit& Edit(const char* caption) const { return Control<CEdit>(caption); }
+  CListBox& List(const char* caption) const { return Control<CListBox>(caption); }
+  CWnd& Place(const char* caption) const { return Control<CWnd>(caption); }  // of a frame or an area
+
+ protected:
+  virtual void OnInitDialog() {}
+  virtual void OnOK() { EndDialog(IDOK); }
+  virtual void OnCancel() { EndDialog(IDCANCEL); }
+  // Gives the controls their places.
+  void OnSize(int cx, int cy) override;
+  void OnClose() override { OnCancel(); }
+
+  enum class ENotify { clicked, doubleClicked, focused };
+  // Calls handler when that happens to the control of caption; OK and Cancel have their own operations.
+  void On(const char* caption, std::function<void()> handler, ENotify what = ENotify::clicked);
+
+ private:
+  class CWidget;
+  friend class CWidget;
+  friend class CGXGridWnd;
+  struct CItem {
+    const CControl* model;
+    std::unique_ptr<CWnd> window;
+  };
+
+  template <class T>
+  T& Control(const char* caption) const {
+    for (const CItem& item : m_items)
+      if (CString(item.model->caption) == caption)
+        if (T* found = dynamic_cast<T*>(item.window.get())) return *found;
+    NoSuchControl(caption);
+  }
+  [[noreturn]] static void NoSuchControl(const char* caption);
+  CWidget* Make(CWnd* parent);
+  void AddControl(const CControl& model, QWidget& parent);
+
+  const CDialogTemplate& m_model;
+  CWnd* m_parent;
+  std::vector<CItem> m_items;
+  bool m_modal = false;
+  bool m_ended = false;
+  int m_result = 0;
+};
+
+}  // namespace vastra
