@@ -1,5 +1,5 @@
-// Windows for tests: a user who clicks and types into real widgets found by what they show, boxes and choosers
-// that answer by themselves and remember what they were asked.
+// Windows for tests: a user who clicks and types into real widgets found by what they show, boxes and
+// choosers that answer by themselves and remember what they were asked.
 #pragma once
 
 #include <QAbstractButton>

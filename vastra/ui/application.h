@@ -1,5 +1,5 @@
-// CWindows: what a program with windows gives the engine: real modal boxes and real choosers. One object, made
-// after the toolkit's application and gone before it.
+// CWindows: what a program with windows gives the engine: real modal boxes and real choosers. One object,
+// made after the toolkit's application and gone before it.
 #pragma once
 
 #include <memory>

@@ -7,6 +7,8 @@
 // of the dialog's font.
 #pragma once
 
+#include <functional>
+#include <memory>
 #include <span>
 
 #include "vastra/platform/prompt.h"
@@ -33,7 +35,15 @@ struct CControl {
     area,           // a place without edges
   };
   // Edges that follow the right or the bottom edge of the dialog when it is resized.
-  enum EGrow { stay = 0, moveX = 1, moveY = 2, growX = 4, growY = 8, grow = growX | growY, move = moveX | moveY };
+  enum EGrow {
+    stay = 0,
+    moveX = 1,
+    moveY = 2,
+    growX = 4,
+    growY = 8,
+    grow = growX | growY,
+    move = moveX | moveY
+  };
 
   EKind kind;
   // What a button, a box, a group or a text shows. Of the others, which show none, their name for finding
@@ -59,6 +69,7 @@ class VASTRA_API CDialog : public CWnd {
   // parent null: the active window.
   explicit CDialog(const CDialogTemplate& model, CWnd* parent = nullptr) : m_model(model), m_parent(parent) {}
   ~CDialog() override;
+  int DestroyWindow() override;
 
   // Runs the dialog until it ends, and gives the result of EndDialog.
   virtual int DoModal();
@@ -110,7 +121,7 @@ class VASTRA_API CDialog : public CWnd {
   const CDialogTemplate& m_model;
   CWnd* m_parent;
   std::vector<CItem> m_items;
-  bool m_modal = false;
+  bool m_modal = false;  // a modal run is under way
   bool m_ended = false;
   int m_result = 0;
 };

@@ -33,12 +33,12 @@ struct CBrush {
 
 // What a font is to be: the platform finds the nearest.
 struct CFontRequest {
-  int height = 0;           // of a character cell, pixels; below 0: of the letters alone; 0: the default's
-  int width = 0;            // of an average character, pixels, its sign ignored; 0: as the face has it
-  int escapement = 0;       // tenths of a degree, counterclockwise
-  int weight = 400;         // 400 normal, 700 bold
-  const char* face = "";    // "": the default
-  bool hasSerifs = false;   // where there is no such face
+  int height = 0;          // of a character cell, pixels; below 0: of the letters alone; 0: the default's
+  int width = 0;           // of an average character, pixels, its sign ignored; 0: as the face has it
+  int escapement = 0;      // tenths of a degree, counterclockwise
+  int weight = 400;        // 400 normal, 700 bold
+  const char* face = "";   // "": the default
+  bool hasSerifs = false;  // where there is no such face
 };
 
 class VASTRA_API CFont {
@@ -71,7 +71,7 @@ class VASTRA_API CBitmap {
   int CreateCompatibleBitmap(const CWnd& window, CSize size);
   void DeleteObject();
   bool IsCreated() const;
-  CSize Size() const;                   // as asked for
+  CSize Size() const;                     // as asked for
   COLORREF GetPixel(CPoint point) const;  // of a point in it
   // Moves what it shows by dy rows; the rows that come free keep what they had.
   void ScrollRows(int dy);

@@ -12,10 +12,7 @@ struct CGXStyle {
 
 class VASTRA_API CGXGridWnd : public CWnd {
  public:
-  CGXGridWnd();
-  ~CGXGridWnd() override;
-
-  // Takes the place that dialog's template has for it under caption.
+  // Takes the place that dialog's template has for it under caption. The grid outlives the dialog's window.
   void SubclassDlgItem(const CDialog& dialog, const char* caption);
 
   // Rows and columns without the headers, which are row 0 and column 0.
@@ -25,13 +22,12 @@ class VASTRA_API CGXGridWnd : public CWnd {
 
   void Reset();  // the counts have changed
   void SetColWidth(UINT col, int pixels);
-  void SetRowHeight(UINT row, int pixels);  // row 0; the others share one height
+  void SetHeaderHeight(int pixels);  // of row 0; the other rows are as high as their font asks
   void SetFontSize(int points);
   void Redraw();  // at once
 
  private:
   class CModel;
-  std::unique_ptr<CModel> m_model;
 };
 
 }  // namespace vastra

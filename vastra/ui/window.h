@@ -3,8 +3,7 @@
 // calls it, but for Post.
 #pragma once
 
-#include <functional>
-#include <memory>
+#include <initializer_list>
 
 #include "vastra/platform/message.h"
 #include "vastra/platform/object.h"
@@ -27,21 +26,22 @@ constexpr UINT SB_LINEUP = 0, SB_LINEDOWN = 1, SB_PAGEUP = 2, SB_PAGEDOWN = 3, S
 class VASTRA_API CWnd : public CObject, public CMessageTarget {
   DECLARE_DYNAMIC(CWnd)
  public:
-  CWnd();
+  CWnd() = default;
   ~CWnd() override;
   CWnd(const CWnd&) = delete;
   CWnd& operator=(const CWnd&) = delete;
 
-  // A top-level window with caption, frame, minimise and maximise boxes, hidden at first. place: the corner of
-  // its frame and the size of what is inside, the scroll bar included. parent null: the desktop.
+  // A top-level window with caption, frame, minimise and maximise boxes, hidden at first. place: the corner
+  // of its frame and the size of what is inside, the scroll bar included. parent null: the desktop.
   enum EStyle { plain = 0, verticalScrollBar = 1, ownGround = 2 };  // ownGround: OnPaint fills all of it
   int CreateTopLevel(const CString& title, const CRect& place, CWnd* parent, int style);
 
   QWidget* Widget() const;  // null: there is no window
+  QWidget* Client() const;  // the part of it that the window paints
   HWND GetSafeHwnd() { return Widget() ? this : nullptr; }
   // Takes the window off the screen and runs PostNcDestroy, which may delete the object. 1, or 0 if there is
   // no window.
-  int DestroyWindow();
+  virtual int DestroyWindow();
 
   void ShowWindow(int command);
   bool IsWindowVisible() const;
@@ -66,7 +66,7 @@ class VASTRA_API CWnd : public CObject, public CMessageTarget {
 
   void Invalidate();
   void InvalidateRect(const CRect& rect);
-  void UpdateWindow();  // paints at once what is invalid
+  void UpdateWindow();     // paints at once what is invalid
   int TextHeight() const;  // of a line in the window's font, pixels
 
   // The vertical scroll bar. A position is kept within the range.
@@ -100,11 +100,10 @@ class VASTRA_API CWnd : public CObject, public CMessageTarget {
  private:
   class CEvents;  // what listens to the widget
   friend class CEvents;
-  friend class CDC;
 
   void Detach();
 
-  std::unique_ptr<CEvents> m_events;
+  CEvents* m_events = nullptr;  // owned; null: there is no window
 };
 
 // An hourglass in place of the mouse pointer.

@@ -1,0 +1,135 @@
+#include "vastra/ui/application.h"
+
+#include <QApplication>
+#include <QColorDialog>
+#include <QFileDialog>
+#include <QMessageBox>
+#include <QThread>
+
+#include "vastra/ui/drawing.h"
+#include "vastra/ui/text.h"
+
+namespace vastra {
+namespace {
+
+QMessageBox::Icon IconOf(UINT type) {
+  switch (type & 0xF0) {
+    case MB_ICONSTOP:
+      return QMessageBox::Critical;
+    case MB_ICONQUESTION:
+      return QMessageBox::Question;
+    case MB_ICONEXCLAMATION:
+      return QMessageBox::Warning;
+    default:
+      return QMessageBox::NoIcon;
+  }
+}
+
+QMessageBox::StandardButtons ButtonsOf(UINT type) {
+  switch (type & 0x0F) {
+    case MB_OKCANCEL:
+      return QMessageBox::Ok | QMessageBox::Cancel;
+    case MB_YESNO:
+      return QMessageBox::Yes | QMessageBox::No;
+    default:
+      return QMessageBox::Ok;
+  }
+}
+
+int AnswerOf(int button) {
+  switch (button) {
+    case QMessageBox::Ok:
+      return IDOK;
+    case QMessageBox::Yes:
+      return IDYES;
+    case QMessageBox::No:
+      return IDNO;
+    default:
+      return IDCANCEL;
+  }
+}
+
+int ShowBox(const CString& text, const CString& title, UINT type) {
+  const QString caption = title.IsEmpty() ? QApplication::applicationDisplayName() : ToScreen(title);
+  QMessageBox box(IconOf(type), caption, ToScreen(text), ButtonsOf(type), QApplication::activeWindow());
+  box.setTextFormat(Qt::PlainText);
+  return AnswerOf(box.exec());
+}
+
+class CBoxes : public CPrompter {
+ public:
+  // A worker waits until the user has answered on the window's thread.
+  int Show(const CString& text, const CString& title, UINT type) override {
+    int answer = IDCANCEL;
+    const auto show = [&] { answer = ShowBox(text, title, type); };
+    if (QThread::currentThread() == qApp->thread())
+      show();
+    else
+      QMetaObject::invokeMethod(qApp, show, Qt::BlockingQueuedConnection);
+    return answer;
+  }
+};
+
+// "Text Files (*.txt)|*.txt|All Files (*.*)|*.*||" as the toolkit writes it: the words hold the patterns.
+QStringList FiltersOf(const CString& filter) {
+  const QStringList parts = ToScreen(filter).split('|');
+  QStringList filters;
+  for (qsizetype i = 0; i + 1 < parts.size() && !parts[i].isEmpty(); i += 2) {
+    const qsizetype words = parts[i].indexOf(" (");
+    const QString pattern = parts[i + 1] == "*.*" ? "*" : parts[i + 1];
+    filters += parts[i].left(words) + " (" + QString(pattern).replace(';', ' ') + ")";
+  }
+  return filters;
+}
+
+class CDialogs : public CChooser {
+ public:
+  int ChooseFile(const CFileQuestion& question, CString& path) override {
+    QFileDialog dialog(QApplication::activeWindow());
+    dialog.setAcceptMode(question.save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
+    dialog.setFileMode(question.mustExist ? QFileDialog::ExistingFile : QFileDialog::AnyFile);
+    dialog.setOption(QFileDialog::DontConfirmOverwrite, !question.asksToOverwrite);
+    dialog.setNameFilters(FiltersOf(question.filter));
+    dialog.setDefaultSuffix(ToScreen(question.defaultExtension));
+    if (!question.name.IsEmpty()) dialog.selectFile(ToScreen(question.name));
+    return Take(dialog, path);
+  }
+
+  int ChooseFolder(CString& path) override {
+    QFileDialog dialog(QApplication::activeWindow());
+    dialog.setFileMode(QFileDialog::Directory);
+    dialog.setOption(QFileDialog::ShowDirsOnly);
+    if (!path.IsEmpty()) dialog.setDirectory(ToScreen(path));
+    return Take(dialog, path);
+  }
+
+  int ChooseColour(COLORREF& colour) override {
+    QColorDialog dialog(QColor(colour & 0xFF, colour >> 8 & 0xFF, colour >> 16 & 0xFF),
+                        QApplication::activeWindow());
+    if (!dialog.exec()) return 0;
+    const QColor chosen = dialog.selectedColor();
+    colour = RGB(chosen.red(), chosen.green(), chosen.blue());
+    return 1;
+  }
+
+ private:
+  static int Take(QFileDialog& dialog, CString& path) {
+    if (!dialog.exec() || dialog.selectedFiles().isEmpty()) return 0;
+    path = FromScreen(dialog.selectedFiles().constFirst());
+    return 1;
+  }
+};
+
+}  // namespace
+
+CWindows::CWindows() : m_prompter(std::make_unique<CBoxes>()), m_chooser(std::make_unique<CDialogs>()) {
+  m_formerPrompter = SetPrompter(m_prompter.get());
+  m_formerChooser = SetChooser(m_chooser.get());
+}
+
+CWindows::~CWindows() {
+  SetPrompter(m_formerPrompter);
+  SetChooser(m_formerChooser);
+}
+
+}  // namespace vastra

@@ -1,0 +1,177 @@
+#include "vastra/ui/controls.h"
+
+#include <QAbstractButton>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPlainTextEdit>
+#include <QShortcut>
+#include <QTextBlock>
+#include <QTextDocument>
+
+#include <algorithm>
+
+#include "vastra/ui/text.h"
+
+namespace vastra {
+namespace {
+
+// A caption's "&" is one to be seen, no mark of a key.
+QString ToCaption(const CString& text) { return ToScreen(text).replace('&', "&&"); }
+
+CString FromCaption(const QString& caption) { return FromScreen(QString(caption).replace("&&", "&")); }
+
+// An entry keeps the bytes of its text beside what it shows.
+constexpr int kBytes = Qt::UserRole;
+
+QListWidgetItem* NewItem(const CString& text) {
+  auto* item = new QListWidgetItem(ToScreen(text));
+  item->setData(kBytes, QByteArray(text.View().data(), text.GetLength()));
+  return item;
+}
+
+QListWidget& ListOf(const CWnd& window) { return *static_cast<QListWidget*>(window.Widget()); }
+
+// Moves the marked entry of list by one place.
+void MoveMarked(QListWidget& list, int step) {
+  const int from = list.currentRow();
+  const int to = from + step;
+  if (from < 0 || to < 0 || to >= list.count()) return;
+  list.insertItem(to, list.takeItem(from));
+  list.setCurrentRow(to);
+}
+
+// What a text edit holds, its blanks as they are.
+QString TextOf(const QPlainTextEdit& edit) {
+  return edit.document()->toRawText().replace(QChar::ParagraphSeparator, '\n');
+}
+
+}  // namespace
+
+CButton::CButton(QAbstractButton* widget) { Attach(widget); }
+
+void CButton::SetWindowText(const CString& text) {
+  static_cast<QAbstractButton*>(Widget())->setText(ToCaption(text));
+}
+
+CString CButton::GetWindowText() const {
+  return FromCaption(static_cast<QAbstractButton*>(Widget())->text());
+}
+
+void CButton::SetCheck(int check) { static_cast<QAbstractButton*>(Widget())->setChecked(check != 0); }
+
+int CButton::GetCheck() const { return static_cast<QAbstractButton*>(Widget())->isChecked(); }
+
+CStatic::CStatic(QLabel* widget) { Attach(widget); }
+
+void CStatic::SetWindowText(const CString& text) { static_cast<QLabel*>(Widget())->setText(ToScreen(text)); }
+
+CString CStatic::GetWindowText() const { return FromScreen(static_cast<QLabel*>(Widget())->text()); }
+
+CEdit::CEdit(QWidget* widget) { Attach(widget); }
+
+void CEdit::SetWindowText(const CString& text) {
+  m_text = text;
+  if (auto* lines = qobject_cast<QPlainTextEdit*>(Widget()))
+    lines->setPlainText(ToScreenLines(text));
+  else if (auto* line = qobject_cast<QLineEdit*>(Widget()))
+    line->setText(ToScreen(text));
+}
+
+CString CEdit::GetWindowText() const {
+  if (auto* lines = qobject_cast<QPlainTextEdit*>(Widget())) {
+    const QString now = TextOf(*lines);
+    return now == ToScreenLines(m_text) ? m_text : FromScreenLines(now);
+  }
+  auto* line = qobject_cast<QLineEdit*>(Widget());
+  if (!line) return m_text;
+  return line->text() == ToScreen(m_text) ? m_text : FromScreen(line->text());
+}
+
+void CEdit::SelectAt(int offset, int count) {
+  auto* edit = qobject_cast<QPlainTextEdit*>(Widget());
+  if (!edit) return;
+  QTextCursor cursor = edit->textCursor();
+  const int length = edit->document()->characterCount() - 1;
+  const int place = std::min(ScreenPlace(GetWindowText(), offset), length);
+  cursor.setPosition(place);
+  cursor.setPosition(std::min(place + count, length), QTextCursor::KeepAnchor);
+  edit->setTextCursor(cursor);
+  edit->ensureCursorVisible();
+}
+
+CString CEdit::GetSelectedText() const {
+  auto* edit = qobject_cast<QPlainTextEdit*>(Widget());
+  return edit ? FromScreen(edit->textCursor().selectedText().replace(QChar::ParagraphSeparator, '\n'))
+              : CString();
+}
+
+CListBox::CListBox(QListWidget* widget) { Attach(widget); }
+
+int CListBox::GetCount() const { return ListOf(*this).count(); }
+
+CString CListBox::GetText(int index) const {
+  const QByteArray bytes = ListOf(*this).item(index)->data(kBytes).toByteArray();
+  return CString(bytes.data(), static_cast<std::size_t>(bytes.size()));
+}
+
+int CListBox::AddString(const CString& text) {
+  ListOf(*this).addItem(NewItem(text));
+  return GetCount() - 1;
+}
+
+void CListBox::DeleteString(int index) { delete ListOf(*this).takeItem(index); }
+
+void CListBox::ResetContent() { ListOf(*this).clear(); }
+
+int CListBox::FindStringExact(const CString& text) const {
+  for (int i = 0; i < GetCount(); ++i)
+    if (GetText(i) == text) return i;
+  return -1;
+}
+
+int CListBox::GetCurSel() const {
+  const QListWidget& list = ListOf(*this);
+  const QListWidgetItem* current = list.currentItem();
+  return current && current->isSelected() ? list.currentRow() : -1;
+}
+
+void CListBox::SetCurSel(int index) {
+  QListWidget& list = ListOf(*this);
+  list.setCurrentRow(index);
+  if (index < 0) list.clearSelection();
+}
+
+std::vector<int> CListBox::GetSelItems() const {
+  const QListWidget& list = ListOf(*this);
+  std::vector<int> marked;
+  for (int i = 0; i < list.count(); ++i)
+    if (list.item(i)->isSelected()) marked.push_back(i);
+  return marked;
+}
+
+void CListBox::SelectAll() { ListOf(*this).selectAll(); }
+
+void CListBox::SetTexts(const CStringArray& texts) {
+  ResetContent();
+  for (const CString& text : texts) AddString(text);
+}
+
+CStringArray CListBox::GetTexts() const {
+  CStringArray texts;
+  for (int i = 0; i < GetCount(); ++i) texts.Add(GetText(i));
+  return texts;
+}
+
+CDragListBox::CDragListBox(QListWidget* widget) : CListBox(widget) {
+  widget->setDragDropMode(QAbstractItemView::InternalMove);
+  widget->setDefaultDropAction(Qt::MoveAction);
+  for (const auto& [key, step] : {std::pair(Qt::Key_Up, -1), std::pair(Qt::Key_Down, 1)}) {
+    auto* shortcut = new QShortcut(QKeySequence(Qt::CTRL | key), widget);
+    shortcut->setContext(Qt::WidgetShortcut);
+    QObject::connect(shortcut, &QShortcut::activated, widget,
+                     [widget, step = step] { MoveMarked(*widget, step); });
+  }
+}
+
+}  // namespace vastra

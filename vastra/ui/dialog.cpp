@@ -1,0 +1,227 @@
+#include "vastra/ui/dialog.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QDialog>
+#include <QFrame>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPlainTextEdit>
+#include <QPointer>
+#include <QPushButton>
+#include <QTableView>
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "vastra/ui/text.h"
+
+namespace vastra {
+namespace {
+
+// Pixels of a dialog unit of font, times 4 and 8.
+QSize UnitsOf(const QFont& font) {
+  const QFontMetrics metrics(font);
+  const QString letters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
+  return {(metrics.horizontalAdvance(letters) / 26 + 1) / 2, metrics.height()};
+}
+
+QRect ToPixels(QSize units, int x, int y, int cx, int cy) {
+  const auto across = [&](int value) { return value * units.width() / 4; };
+  const auto down = [&](int value) { return value * units.height() / 8; };
+  return {across(x), down(y), across(x + cx) - across(x), down(y + cy) - down(y)};
+}
+
+QString Caption(const CControl& model) { return ToScreen(model.caption).replace('&', "&&"); }
+
+// A control that is only there to be looked at lets the mouse through to the dialog.
+QFrame* NewFrame(QWidget& parent, bool hasEdges) {
+  auto* frame = new QFrame(&parent);
+  if (hasEdges) {
+    frame->setFrameStyle(QFrame::Panel | QFrame::Sunken);
+    frame->setLineWidth(2);
+  }
+  frame->setAttribute(Qt::WA_TransparentForMouseEvents);
+  return frame;
+}
+
+QPushButton* NewButton(const CControl& model, QWidget& parent) {
+  auto* button = new QPushButton(Caption(model), &parent);
+  button->setDefault(model.kind == CControl::defaultButton);
+  button->setAutoDefault(model.kind == CControl::defaultButton);
+  return button;
+}
+
+QListWidget* NewList(const CControl& model, QWidget& parent) {
+  auto* list = new QListWidget(&parent);
+  if (model.kind == CControl::multiListBox) list->setSelectionMode(QAbstractItemView::ExtendedSelection);
+  return list;
+}
+
+QPlainTextEdit* NewLines(QWidget& parent) {
+  auto* lines = new QPlainTextEdit(&parent);
+  lines->setTabChangesFocus(true);
+  lines->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+  return lines;
+}
+
+// The window of a plain widget.
+class CPlace : public CWnd {
+ public:
+  explicit CPlace(QWidget* widget) { Attach(widget); }
+};
+
+std::unique_ptr<CWnd> NewControl(const CControl& model, QWidget& parent) {
+  switch (model.kind) {
+    case CControl::groupBox:
+      return std::make_unique<CPlace>(new QGroupBox(Caption(model), &parent));
+    case CControl::text: {
+      auto* label = new QLabel(ToScreen(model.caption), &parent);
+      label->setTextFormat(Qt::PlainText);
+      return std::make_unique<CStatic>(label);
+    }
+    case CControl::button:
+    case CControl::defaultButton:
+      return std::make_unique<CButton>(NewButton(model, parent));
+    case CControl::checkBox:
+      return std::make_unique<CButton>(new QCheckBox(Caption(model), &parent));
+    case CControl::edit:
+      return std::make_unique<CEdit>(new QLineEdit(&parent));
+    case CControl::multiLineEdit:
+      return std::make_unique<CEdit>(NewLines(parent));
+    case CControl::listBox:
+    case CControl::multiListBox:
+      return std::make_unique<CListBox>(NewList(model, parent));
+    case CControl::dragListBox:
+      return std::make_unique<CDragListBox>(NewList(model, parent));
+    case CControl::grid:
+      return std::make_unique<CPlace>(new QTableView(&parent));
+    case CControl::frame:
+      return std::make_unique<CPlace>(NewFrame(parent, true));
+    case CControl::area:
+      return std::make_unique<CPlace>(NewFrame(parent, false));
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+// The window. The keys of a dialog and its close box come here.
+class CDialog::CWidget : public QDialog {
+ public:
+  CWidget(CDialog& owner, QWidget* parent) : QDialog(parent), m_owner(&owner) {}
+
+  void accept() override {
+    if (m_owner) m_owner->OnOK();
+  }
+  void reject() override {
+    if (m_owner) m_owner->OnClose();
+  }
+
+  CDialog* m_owner;  // null once the window has gone
+};
+
+IMPLEMENT_DYNAMIC(CDialog, CWnd)
+
+CDialog::~CDialog() {
+  if (auto* widget = static_cast<CWidget*>(Widget())) widget->m_owner = nullptr;
+}
+
+int CDialog::DestroyWindow() {
+  if (auto* widget = static_cast<CWidget*>(Widget())) widget->m_owner = nullptr;
+  return CWnd::DestroyWindow();
+}
+
+void CDialog::NoSuchControl(const char* caption) {
+  std::fprintf(stderr, "no control \"%s\" in the dialog's template\n", caption);
+  std::abort();
+}
+
+CDialog::CWidget* CDialog::Make(CWnd* parent) {
+  auto* widget = new CWidget(*this, parent ? parent->Widget() : QApplication::activeWindow());
+  Attach(widget);
+  SetWindowText(m_model.title);
+  widget->setWindowFlag(Qt::WindowContextHelpButtonHint, false);
+  widget->setWindowFlag(Qt::WindowMinimizeButtonHint, (m_model.style & CDialogTemplate::minimizeBox) != 0);
+  for (const CControl& model : m_model.controls) AddControl(model, *widget);
+  const QSize size = ToPixels(UnitsOf(widget->font()), 0, 0, m_model.size.cx, m_model.size.cy).size();
+  if (m_model.style & CDialogTemplate::resizable) {
+    widget->setMinimumSize(size);
+    widget->resize(size);
+  } else {
+    widget->setFixedSize(size);
+  }
+  CDialog::OnSize(size.width(), size.height());
+  return widget;
+}
+
+void CDialog::AddControl(const CControl& model, QWidget& parent) {
+  m_items.push_back({&model, NewControl(model, parent)});
+  m_items.back().window->Widget()->setAccessibleName(ToScreen(model.caption));
+  if (CString(model.caption) == "OK") On("OK", [this] { OnOK(); });
+  if (CString(model.caption) == "Cancel") On("Cancel", [this] { OnCancel(); });
+}
+
+void CDialog::OnSize(int cx, int cy) {
+  if (!Widget()) return;
+  const QSize units = UnitsOf(Widget()->font());
+  const QSize natural = ToPixels(units, 0, 0, m_model.size.cx, m_model.size.cy).size();
+  const QSize more(cx - natural.width(), cy - natural.height());
+  for (const CItem& item : m_items) {
+    const auto& [kind, caption, at, growth] = *item.model;
+    QRect place = ToPixels(units, at.x, at.y, at.cx, at.cy);
+    place.translate(growth & CControl::moveX ? more.width() : 0,
+                    growth & CControl::moveY ? more.height() : 0);
+    place.adjust(0, 0, growth & CControl::growX ? more.width() : 0,
+                 growth & CControl::growY ? more.height() : 0);
+    item.window->Widget()->setGeometry(place);
+  }
+}
+
+int CDialog::DoModal() {
+  CWidget* widget = Make(m_parent);
+  m_modal = true;
+  m_ended = false;
+  OnInitDialog();
+  if (!m_ended) widget->exec();
+  m_modal = false;
+  DestroyWindow();
+  m_items.clear();
+  return m_result;
+}
+
+int CDialog::Create(CWnd* parent) {
+  const QPointer<CWidget> widget = Make(parent);
+  OnInitDialog();
+  return widget && widget->m_owner;
+}
+
+void CDialog::EndDialog(int result) {
+  if (!m_modal) {
+    DestroyWindow();
+    return;
+  }
+  m_ended = true;
+  m_result = result;
+  static_cast<CWidget*>(Widget())->done(result);
+}
+
+void CDialog::On(const char* caption, std::function<void()> handler, ENotify what) {
+  for (const CItem& item : m_items) {
+    if (CString(item.model->caption) != caption) continue;
+    QWidget* widget = item.window->Widget();
+    if (auto* button = qobject_cast<QAbstractButton*>(widget)) {
+      QObject::connect(button, &QAbstractButton::clicked, button, handler);
+    } else if (auto* list = qobject_cast<QListWidget*>(widget); list && what == ENotify::doubleClicked) {
+      QObject::connect(list, &QListWidget::itemDoubleClicked, list, handler);
+    } else if (what == ENotify::focused && !qobject_cast<QGroupBox*>(widget)) {
+      QObject::connect(qApp, &QApplication::focusChanged, widget, [widget, handler](QWidget*, QWidget* now) {
+        if (now == widget) handler();
+      });
+    }
+  }
+}
+
+}  // namespace vastra

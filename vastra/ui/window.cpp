@@ -1,0 +1,370 @@
+#include "vastra/ui/window.h"
+
+#include <QAbstractScrollArea>
+#include <QApplication>
+#include <QDialog>
+#include <QHash>
+#include <QMenu>
+#include <QMouseEvent>
+#include <QPaintEvent>
+#include <QScrollBar>
+#include <QWindow>
+
+#include <utility>
+
+#include "vastra/ui/text.h"
+
+namespace vastra {
+namespace {
+
+QRect ToRect(const CRect& rect) { return QRect(rect.left, rect.top, rect.Width(), rect.Height()); }
+
+CRect FromRect(const QRect& rect) { return CRect::Of({rect.x(), rect.y()}, {rect.width(), rect.height()}); }
+
+CPoint PlaceOf(const QMouseEvent& event) {
+  const QPoint place = event.position().toPoint();
+  return {place.x(), place.y()};
+}
+
+// A message on its way to a window.
+class CPosted : public QEvent {
+ public:
+  static constexpr QEvent::Type kType = QEvent::User;
+  explicit CPosted(const CMessage& message) : QEvent(kType), m_message(message) {}
+  const CMessage m_message;
+};
+
+// What an action of the toolkit's scroll bar is called here.
+UINT ScrollCode(int action) {
+  switch (action) {
+    case QAbstractSlider::SliderSingleStepAdd:
+      return SB_LINEDOWN;
+    case QAbstractSlider::SliderSingleStepSub:
+      return SB_LINEUP;
+    case QAbstractSlider::SliderPageStepAdd:
+      return SB_PAGEDOWN;
+    case QAbstractSlider::SliderPageStepSub:
+      return SB_PAGEUP;
+    case QAbstractSlider::SliderToMinimum:
+      return SB_TOP;
+    case QAbstractSlider::SliderToMaximum:
+      return SB_BOTTOM;
+    default:
+      return SB_THUMBTRACK;
+  }
+}
+
+// A top-level window whose client area stands beside a scroll bar.
+class CScrolled : public QAbstractScrollArea {
+ public:
+  explicit CScrolled(QWidget* parent) : QAbstractScrollArea(parent) {
+    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setFrameStyle(QFrame::Panel | QFrame::Sunken);
+  }
+};
+
+}  // namespace
+
+// Listens to the widget of a window and calls its operations. It outlives the window by the event in which
+// the window went.
+class CWnd::CEvents : public QObject {
+ public:
+  CEvents(CWnd& owner, QWidget* widget, QWidget* client)
+      : m_owner(&owner), m_widget(widget), m_client(client) {
+    widget->installEventFilter(this);
+    if (client != widget) client->installEventFilter(this);
+    connect(widget, &QObject::destroyed, this, [this] {
+      if (CWnd* gone = Leave()) gone->Detach();
+    });
+    if (QScrollBar* bar = ScrollBar()) {
+      connect(bar, &QAbstractSlider::actionTriggered, this, [this, bar](int action) {
+        if (m_owner) m_owner->OnVScroll(ScrollCode(action), bar->sliderPosition());
+      });
+    }
+  }
+
+  bool eventFilter(QObject* object, QEvent* event) override {
+    if (m_owner && object == m_client && OfClient(*event)) return true;
+    if (m_owner && object == m_widget) return OfWindow(*event);
+    return false;
+  }
+
+  void customEvent(QEvent* event) override {
+    if (!m_owner || event->type() != CPosted::kType) return;
+    const CMessage message = static_cast<CPosted*>(event)->m_message;
+    m_owner->OnMessage(message.m_message, message.m_wparam, message.m_lparam);
+  }
+
+  void timerEvent(QTimerEvent* event) override {
+    if (m_owner) m_owner->OnTimer(m_timers.key(event->timerId()));
+  }
+
+  QScrollBar* ScrollBar() const {
+    auto* area = dynamic_cast<CScrolled*>(m_widget);
+    return area ? area->verticalScrollBar() : nullptr;
+  }
+
+  // Stops listening and gives the window, null if that was done before.
+  CWnd* Leave() {
+    CWnd* owner = std::exchange(m_owner, nullptr);
+    if (owner) deleteLater();
+    return owner;
+  }
+
+  void LimitSize() {
+    if (m_minTrackSize == QSize()) return;
+    const QSize frame = m_widget->frameGeometry().size() - m_widget->geometry().size();
+    m_widget->setMinimumSize(m_minTrackSize - frame);
+  }
+
+  CWnd* m_owner;  // null: the window is gone
+  QWidget* const m_widget;
+  QWidget* const m_client;
+  QHash<UINT, int> m_timers;
+  QRegion m_invalid;
+  QSize m_minTrackSize;
+
+ private:
+  bool OfClient(QEvent& event) {
+    switch (event.type()) {
+      case QEvent::Paint:
+        return m_owner->OnPaint(FromRect(static_cast<QPaintEvent&>(event).rect()));
+      case QEvent::Resize:
+        m_owner->OnSize(m_client->width(), m_client->height());
+        return false;
+      case QEvent::MouseButtonPress:
+      case QEvent::MouseButtonRelease:
+      case QEvent::MouseButtonDblClick:
+        return OfMouse(static_cast<QMouseEvent&>(event));
+      default:
+        return false;
+    }
+  }
+
+  bool OfMouse(const QMouseEvent& event) {
+    const CPoint place = PlaceOf(event);
+    if (event.button() == Qt::RightButton)
+      return event.type() == QEvent::MouseButtonPress && m_owner->OnRButtonDown(place);
+    if (event.button() != Qt::LeftButton) return false;
+    if (event.type() == QEvent::MouseButtonRelease) return m_owner->OnLButtonUp(place);
+    return event.type() == QEvent::MouseButtonDblClick && m_owner->OnLButtonDblClk(place);
+  }
+
+  bool OfWindow(QEvent& event) {
+    if (!m_widget->isWindow()) return false;
+    if (event.type() == QEvent::Show || event.type() == QEvent::Move) TakeFrame();
+    if (event.type() != QEvent::Close || qobject_cast<QDialog*>(m_widget)) return false;
+    event.ignore();
+    m_owner->OnClose();
+    return true;
+  }
+
+  // A window manager tells the frame of a window only when it is on the screen.
+  void TakeFrame() {
+    const QMargins frame(m_widget->geometry().left() - m_widget->frameGeometry().left(),
+                         m_widget->geometry().top() - m_widget->frameGeometry().top(), 0, 0);
+    if (frame == m_frame) return;
+    m_frame = frame;
+    LimitSize();
+    m_owner->OnSize(m_client->width(), m_client->height());
+  }
+
+  QMargins m_frame;
+};
+
+IMPLEMENT_DYNAMIC(CWnd, CObject)
+
+CWnd::~CWnd() {
+  if (!m_events) return;
+  QWidget* widget = m_events->m_widget;
+  m_events->Leave();
+  widget->hide();
+  widget->deleteLater();
+}
+
+int CWnd::CreateTopLevel(const CString& title, const CRect& place, CWnd* parent, int style) {
+  QWidget* over = parent ? parent->Widget() : nullptr;
+  QWidget* widget = nullptr;
+  QWidget* client = nullptr;
+  if (style & verticalScrollBar) {
+    auto* scrolled = new CScrolled(over);
+    widget = scrolled;
+    client = scrolled->viewport();
+  } else {
+    widget = client = new QWidget(over);
+  }
+  widget->setWindowFlag(Qt::Window);
+  if (style & ownGround) client->setAttribute(Qt::WA_OpaquePaintEvent);
+  Attach(widget, client);
+  SetWindowText(title);
+  MoveWindow(place);
+  return 1;
+}
+
+void CWnd::Attach(QWidget* widget, QWidget* client) {
+  m_events = new CEvents(*this, widget, client ? client : widget);
+}
+
+QWidget* CWnd::Widget() const { return m_events ? m_events->m_widget : nullptr; }
+
+QWidget* CWnd::Client() const { return m_events ? m_events->m_client : nullptr; }
+
+int CWnd::DestroyWindow() {
+  if (!m_events) return 0;
+  QWidget* widget = m_events->m_widget;
+  m_events->Leave();
+  widget->hide();
+  widget->deleteLater();
+  Detach();
+  return 1;
+}
+
+void CWnd::Detach() {
+  m_events = nullptr;
+  PostNcDestroy();
+}
+
+void CWnd::ShowWindow(int command) {
+  QWidget* widget = Widget();
+  if (!widget) return;
+  switch (command) {
+    case SW_HIDE:
+      widget->hide();
+      return;
+    case SW_SHOWMINIMIZED:
+    case SW_MINIMIZE:
+      widget->showMinimized();
+      return;
+    case SW_SHOWMAXIMIZED:
+      widget->showMaximized();
+      return;
+    case SW_SHOWNOACTIVATE:
+      widget->show();
+      return;
+    case SW_SHOWNORMAL:
+    case SW_RESTORE:
+      widget->showNormal();
+      break;
+    default:
+      widget->show();
+  }
+  widget->raise();
+  widget->activateWindow();
+}
+
+bool CWnd::IsWindowVisible() const { return Widget() && Widget()->isVisible(); }
+
+bool CWnd::IsIconic() const { return Widget() && Widget()->isMinimized(); }
+
+void CWnd::SetWindowText(const CString& text) {
+  if (Widget()) Widget()->setWindowTitle(ToScreen(text));
+}
+
+CString CWnd::GetWindowText() const { return Widget() ? FromScreen(Widget()->windowTitle()) : CString(); }
+
+void CWnd::EnableWindow(bool on) {
+  if (Widget()) Widget()->setEnabled(on);
+}
+
+bool CWnd::IsWindowEnabled() const { return Widget() && Widget()->isEnabled(); }
+
+void CWnd::SetFocus() {
+  if (Widget()) Widget()->setFocus();
+}
+
+void CWnd::SetTopMost(bool on) {
+  QWidget* widget = Widget();
+  if (!widget) return;
+  // Through the window itself: the widget's own way would take it off the screen and put it back.
+  if (QWindow* window = widget->windowHandle()) window->setFlag(Qt::WindowStaysOnTopHint, on);
+  widget->overrideWindowFlags(widget->windowFlags().setFlag(Qt::WindowStaysOnTopHint, on));
+}
+
+void CWnd::MoveWindow(const CRect& place) {
+  QWidget* widget = Widget();
+  if (!widget) return;
+  widget->move(place.left, place.top);
+  widget->resize(place.Width(), place.Height());
+}
+
+CRect CWnd::GetPlace() const { return Widget() ? FromRect(Widget()->geometry()) : CRect(); }
+
+CRect CWnd::GetNormalPlace() const {
+  const QWidget* widget = Widget();
+  if (!widget) return {};
+  const QPoint frame = widget->geometry().topLeft() - widget->pos();
+  const bool isNormal = !(widget->windowState() & (Qt::WindowMaximized | Qt::WindowFullScreen));
+  const QRect inside = isNormal ? widget->geometry() : widget->normalGeometry();
+  return FromRect(inside.translated(-frame));
+}
+
+CRect CWnd::GetClientRect() const { return Client() ? FromRect(Client()->rect()) : CRect(); }
+
+CRect CWnd::GetFrameRect() const {
+  if (!Widget()) return {};
+  return FromRect(Widget()->frameGeometry().translated(-Widget()->geometry().topLeft()));
+}
+
+void CWnd::SetMinTrackSize(CSize size) {
+  if (!m_events) return;
+  m_events->m_minTrackSize = QSize(size.cx, size.cy);
+  m_events->LimitSize();
+}
+
+void CWnd::Invalidate() { InvalidateRect(GetClientRect()); }
+
+void CWnd::InvalidateRect(const CRect& rect) {
+  if (!m_events) return;
+  m_events->m_invalid += ToRect(rect);
+  m_events->m_client->update(ToRect(rect));
+}
+
+void CWnd::UpdateWindow() {
+  if (!m_events) return;
+  const QRegion invalid = std::exchange(m_events->m_invalid, QRegion());
+  if (!invalid.isEmpty()) m_events->m_client->repaint(invalid);
+}
+
+int CWnd::TextHeight() const { return Client() ? Client()->fontMetrics().height() : 0; }
+
+void CWnd::SetScrollRange(int low, int high) {
+  if (QScrollBar* bar = m_events ? m_events->ScrollBar() : nullptr) bar->setRange(low, high);
+}
+
+void CWnd::SetScrollPos(int position) {
+  if (QScrollBar* bar = m_events ? m_events->ScrollBar() : nullptr) bar->setSliderPosition(position);
+}
+
+int CWnd::GetScrollPos() const {
+  const QScrollBar* bar = m_events ? m_events->ScrollBar() : nullptr;
+  return bar ? bar->sliderPosition() : 0;
+}
+
+void CWnd::SetTimer(UINT id, UINT milliseconds) {
+  if (!m_events) return;
+  KillTimer(id);
+  m_events->m_timers[id] = m_events->startTimer(static_cast<int>(milliseconds), Qt::PreciseTimer);
+}
+
+void CWnd::KillTimer(UINT id) {
+  if (m_events && m_events->m_timers.contains(id)) m_events->killTimer(m_events->m_timers.take(id));
+}
+
+void CWnd::Post(UINT message, WPARAM wparam, LPARAM lparam) {
+  if (m_events) QCoreApplication::postEvent(m_events, new CPosted({message, wparam, lparam}));
+}
+
+CWaitCursor::CWaitCursor() { QApplication::setOverrideCursor(Qt::WaitCursor); }
+
+CWaitCursor::~CWaitCursor() { QApplication::restoreOverrideCursor(); }
+
+int TrackPopupMenu(CWnd& window, CPoint point, std::initializer_list<const char*> items) {
+  if (!window.Client()) return -1;
+  QMenu menu;
+  for (const char* item : items) menu.addAction(ToScreen(CString(item)));
+  const QAction* chosen = menu.exec(window.Client()->mapToGlobal(QPoint(point.x, point.y)));
+  return static_cast<int>(menu.actions().indexOf(chosen));
+}
+
+}  // namespace vastra
