@@ -2,6 +2,8 @@
 // choosers that answer by themselves and remember what they were asked.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <QAbstractButton>
 #include <QApplication>
 #include <QListWidget>
@@ -92,16 +94,23 @@ inline std::vector<std::string> Shown(const QListWidget* list) {
   return texts;
 }
 
-// Runs user as soon as the next modal window stands, with that window, while run waits for it. What is still
-// open when user is done is closed, so that no test hangs.
+// Runs user as soon as a modal window stands that was not there before, with that window, while run waits for
+// it. What is still open when user is done is closed, so that no test hangs.
 inline void WhileModal(const std::function<void()>& run, const std::function<void(QWidget*)>& user) {
-  QTimer::singleShot(0, [&] {
+  QWidget* before = QApplication::activeModalWidget();
+  bool came = false;
+  QTimer watch;
+  QObject::connect(&watch, &QTimer::timeout, [&] {
     QWidget* window = QApplication::activeModalWidget();
-    if (!window) throw std::runtime_error("no modal window came up");
+    if (!window || window == before) return;
+    watch.stop();
+    came = true;
     user(window);
     if (QApplication::activeModalWidget() == window) window->close();
   });
+  watch.start(0);
   run();
+  EXPECT_TRUE(came) << "no modal window came up";
 }
 
 // Paints window and gives what it shows.

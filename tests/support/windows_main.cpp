@@ -6,6 +6,7 @@
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
   const QApplication application(argc, argv);
+  QApplication::setQuitOnLastWindowClosed(false);
   const int result = RUN_ALL_TESTS();
   QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   return result;

@@ -8,6 +8,7 @@
 
 #include "vastra/ui/drawing.h"
 #include "vastra/ui/text.h"
+#include "vastra/ui/window.h"
 
 namespace vastra {
 namespace {
@@ -51,7 +52,7 @@ int AnswerOf(int button) {
 
 int ShowBox(const CString& text, const CString& title, UINT type) {
   const QString caption = title.IsEmpty() ? QApplication::applicationDisplayName() : ToScreen(title);
-  QMessageBox box(IconOf(type), caption, ToScreen(text), ButtonsOf(type), QApplication::activeWindow());
+  QMessageBox box(IconOf(type), caption, ToScreen(text), ButtonsOf(type), GetActiveWidget());
   box.setTextFormat(Qt::PlainText);
   return AnswerOf(box.exec());
 }
@@ -85,7 +86,7 @@ QStringList FiltersOf(const CString& filter) {
 class CDialogs : public CChooser {
  public:
   int ChooseFile(const CFileQuestion& question, CString& path) override {
-    QFileDialog dialog(QApplication::activeWindow());
+    QFileDialog dialog(GetActiveWidget());
     dialog.setAcceptMode(question.save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
     dialog.setFileMode(question.mustExist ? QFileDialog::ExistingFile : QFileDialog::AnyFile);
     dialog.setOption(QFileDialog::DontConfirmOverwrite, !question.asksToOverwrite);
@@ -96,7 +97,7 @@ class CDialogs : public CChooser {
   }
 
   int ChooseFolder(CString& path) override {
-    QFileDialog dialog(QApplication::activeWindow());
+    QFileDialog dialog(GetActiveWidget());
     dialog.setFileMode(QFileDialog::Directory);
     dialog.setOption(QFileDialog::ShowDirsOnly);
     if (!path.IsEmpty()) dialog.setDirectory(ToScreen(path));
@@ -104,8 +105,7 @@ class CDialogs : public CChooser {
   }
 
   int ChooseColour(COLORREF& colour) override {
-    QColorDialog dialog(QColor(colour & 0xFF, colour >> 8 & 0xFF, colour >> 16 & 0xFF),
-                        QApplication::activeWindow());
+    QColorDialog dialog(QColor(colour & 0xFF, colour >> 8 & 0xFF, colour >> 16 & 0xFF), GetActiveWidget());
     if (!dialog.exec()) return 0;
     const QColor chosen = dialog.selectedColor();
     colour = RGB(chosen.red(), chosen.green(), chosen.blue());

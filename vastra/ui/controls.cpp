@@ -1,12 +1,11 @@
 #include "vastra/ui/controls.h"
 
 #include <QAbstractButton>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPlainTextEdit>
-#include <QShortcut>
-#include <QTextBlock>
 #include <QTextDocument>
 
 #include <algorithm>
@@ -32,14 +31,29 @@ QListWidgetItem* NewItem(const CString& text) {
 
 QListWidget& ListOf(const CWnd& window) { return *static_cast<QListWidget*>(window.Widget()); }
 
-// Moves the marked entry of list by one place.
-void MoveMarked(QListWidget& list, int step) {
-  const int from = list.currentRow();
-  const int to = from + step;
-  if (from < 0 || to < 0 || to >= list.count()) return;
-  list.insertItem(to, list.takeItem(from));
-  list.setCurrentRow(to);
-}
+// A list that moves its marked entry with Ctrl and an arrow key.
+class CDragList : public QListWidget {
+ public:
+  using QListWidget::QListWidget;
+
+ protected:
+  void keyPressEvent(QKeyEvent* event) override {
+    const int step = event->key() == Qt::Key_Up ? -1 : event->key() == Qt::Key_Down ? 1 : 0;
+    if (step != 0 && event->modifiers() & Qt::ControlModifier)
+      MoveMarked(step);
+    else
+      QListWidget::keyPressEvent(event);
+  }
+
+ private:
+  void MoveMarked(int step) {
+    const int from = currentRow();
+    const int to = from + step;
+    if (from < 0 || to < 0 || to >= count()) return;
+    insertItem(to, takeItem(from));
+    setCurrentRow(to);
+  }
+};
 
 // What a text edit holds, its blanks as they are.
 QString TextOf(const QPlainTextEdit& edit) {
@@ -163,15 +177,11 @@ CStringArray CListBox::GetTexts() const {
   return texts;
 }
 
-CDragListBox::CDragListBox(QListWidget* widget) : CListBox(widget) {
-  widget->setDragDropMode(QAbstractItemView::InternalMove);
-  widget->setDefaultDropAction(Qt::MoveAction);
-  for (const auto& [key, step] : {std::pair(Qt::Key_Up, -1), std::pair(Qt::Key_Down, 1)}) {
-    auto* shortcut = new QShortcut(QKeySequence(Qt::CTRL | key), widget);
-    shortcut->setContext(Qt::WidgetShortcut);
-    QObject::connect(shortcut, &QShortcut::activated, widget,
-                     [widget, step = step] { MoveMarked(*widget, step); });
-  }
+QListWidget* CDragListBox::NewWidget(QWidget* parent) {
+  auto* list = new CDragList(parent);
+  list->setDragDropMode(QAbstractItemView::InternalMove);
+  list->setDefaultDropAction(Qt::MoveAction);
+  return list;
 }
 
 }  // namespace vastra

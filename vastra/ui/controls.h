@@ -68,7 +68,8 @@ class VASTRA_API CListBox : public CWnd {
 // A list whose entries can be dragged to another place, or moved there with Ctrl and the arrow keys.
 class VASTRA_API CDragListBox : public CListBox {
  public:
-  explicit CDragListBox(QListWidget* widget);
+  using CListBox::CListBox;
+  static QListWidget* NewWidget(QWidget* parent);
 };
 
 }  // namespace vastra

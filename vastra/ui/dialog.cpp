@@ -95,7 +95,7 @@ std::unique_ptr<CWnd> NewControl(const CControl& model, QWidget& parent) {
     case CControl::multiListBox:
       return std::make_unique<CListBox>(NewList(model, parent));
     case CControl::dragListBox:
-      return std::make_unique<CDragListBox>(NewList(model, parent));
+      return std::make_unique<CDragListBox>(CDragListBox::NewWidget(&parent));
     case CControl::grid:
       return std::make_unique<CPlace>(new QTableView(&parent));
     case CControl::frame:
@@ -140,7 +140,7 @@ void CDialog::NoSuchControl(const char* caption) {
 }
 
 CDialog::CWidget* CDialog::Make(CWnd* parent) {
-  auto* widget = new CWidget(*this, parent ? parent->Widget() : QApplication::activeWindow());
+  auto* widget = new CWidget(*this, parent ? parent->Widget() : GetActiveWidget());
   Attach(widget);
   SetWindowText(m_model.title);
   widget->setWindowFlag(Qt::WindowContextHelpButtonHint, false);

@@ -333,12 +333,12 @@ void CWnd::SetScrollRange(int low, int high) {
 }
 
 void CWnd::SetScrollPos(int position) {
-  if (QScrollBar* bar = m_events ? m_events->ScrollBar() : nullptr) bar->setSliderPosition(position);
+  if (QScrollBar* bar = m_events ? m_events->ScrollBar() : nullptr) bar->setValue(position);
 }
 
 int CWnd::GetScrollPos() const {
   const QScrollBar* bar = m_events ? m_events->ScrollBar() : nullptr;
-  return bar ? bar->sliderPosition() : 0;
+  return bar ? bar->value() : 0;
 }
 
 void CWnd::SetTimer(UINT id, UINT milliseconds) {
@@ -353,6 +353,11 @@ void CWnd::KillTimer(UINT id) {
 
 void CWnd::Post(UINT message, WPARAM wparam, LPARAM lparam) {
   if (m_events) QCoreApplication::postEvent(m_events, new CPosted({message, wparam, lparam}));
+}
+
+QWidget* GetActiveWidget() {
+  QWidget* active = QApplication::activeWindow();
+  return active && active->isVisible() ? active : nullptr;  // one that is hidden may be on its way out
 }
 
 CWaitCursor::CWaitCursor() { QApplication::setOverrideCursor(Qt::WaitCursor); }

@@ -69,7 +69,7 @@ class VASTRA_API CWnd : public CObject, public CMessageTarget {
   void UpdateWindow();     // paints at once what is invalid
   int TextHeight() const;  // of a line in the window's font, pixels
 
-  // The vertical scroll bar. A position is kept within the range.
+  // The vertical scroll bar. A position is kept within the range, and OnVScroll sees the one from before.
   void SetScrollRange(int low, int high);
   void SetScrollPos(int position);
   int GetScrollPos() const;
@@ -105,6 +105,9 @@ class VASTRA_API CWnd : public CObject, public CMessageTarget {
 
   CEvents* m_events = nullptr;  // owned; null: there is no window
 };
+
+// The window that a box or a dialog without a parent belongs to; null: none.
+QWidget* GetActiveWidget();
 
 // An hourglass in place of the mouse pointer.
 class VASTRA_API CWaitCursor {

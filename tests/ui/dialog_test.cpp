@@ -1,0 +1,185 @@
+#include "vastra/ui/dialog.h"
+
+#include <gtest/gtest.h>
+
+#include <QLineEdit>
+#include <QPlainTextEdit>
+
+#include "tests/support/windows.h"
+
+namespace vastra {
+namespace {
+
+constexpr CControl kControls[] = {{CControl::groupBox, "Names", {7, 7, 100, 100}, CControl::grow},
+                                  {CControl::dragListBox, "Names", {10, 17, 94, 80}, CControl::grow},
+                                  {CControl::multiListBox, "Others", {110, 17, 94, 80}, CControl::moveX},
+                                  {CControl::edit, "Line", {110, 100, 90, 14}},
+                                  {CControl::multiLineEdit, "Text", {7, 112, 197, 40}},
+                                  {CControl::checkBox, "Black & White", {7, 155, 90, 12}},
+                                  {CControl::defaultButton, "OK", {7, 170, 50, 14}, CControl::move},
+                                  {CControl::button, "Cancel", {60, 170, 50, 14}}};
+constexpr CDialogTemplate kTemplate = {"Test", {212, 190}, kControls, CDialogTemplate::resizable};
+
+class CTestDlg : public CDialog {
+ public:
+  CTestDlg() : CDialog(kTemplate) {}
+  void OnInitDialog() override {
+    if (endsAtOnce) EndDialog(7);
+    On("Black & White", [this] { ++clicks; });
+    On(
+        "Names", [this] { ++doubleClicks; }, ENotify::doubleClicked);
+    On(
+        "Text", [this] { ++focused; }, ENotify::focused);
+  }
+  void OnOK() override {
+    if (!refuses) CDialog::OnOK();
+  }
+  void PostNcDestroy() override { ++gone; }
+
+  bool endsAtOnce = false, refuses = false;
+  int clicks = 0, doubleClicks = 0, focused = 0, gone = 0;
+};
+
+TEST(Dialog, EndsByButtonKeyOrCloseBox) {
+  const struct {
+    const char* what;
+    void (*user)(QWidget*);
+    int result;
+  } cases[] = {{"OK", [](QWidget* window) { Click(window, "OK"); }, IDOK},
+               {"Cancel", [](QWidget* window) { Click(window, "Cancel"); }, IDCANCEL},
+               {"Return", [](QWidget* window) { QTest::keyClick(window, Qt::Key_Return); }, IDOK},
+               {"Escape", [](QWidget* window) { QTest::keyClick(window, Qt::Key_Escape); }, IDCANCEL},
+               {"close box", [](QWidget* window) { window->close(); }, IDCANCEL}};
+  for (const auto& [what, user, result] : cases) {
+    CTestDlg dialog;
+    WhileModal([&, wanted = result] { EXPECT_EQ(dialog.DoModal(), wanted); }, user);
+    EXPECT_EQ(dialog.gone, 1) << what;
+  }
+  CTestDlg dialog;
+  dialog.endsAtOnce = true;
+  EXPECT_EQ(dialog.DoModal(), 7) << "ended before it was shown";
+  dialog.endsAtOnce = false;
+  dialog.refuses = true;
+  WhileModal([&] { EXPECT_EQ(dialog.DoModal(), IDCANCEL); },
+             [&](QWidget* window) {
+               Click(window, "OK");
+               EXPECT_TRUE(window->isVisible()) << "a refused OK closes the dialog";
+             });
+}
+
+TEST(Dialog, StaysOpenUntilItIsDestroyed) {
+  CTestDlg dialog;
+  ASSERT_EQ(dialog.Create(), 1);
+  dialog.ShowWindow(SW_SHOW);
+  Click(dialog.Widget(), "Black & White");
+  EXPECT_EQ(dialog.clicks, 1);
+  EXPECT_EQ(dialog.Button("Black & White").GetCheck(), 1);
+  QTest::keyClick(dialog.Widget(), Qt::Key_Escape);
+  EXPECT_EQ(dialog.gone, 1);
+  EXPECT_EQ(dialog.Widget(), nullptr);
+
+  CTestDlg ended;
+  ended.endsAtOnce = true;
+  EXPECT_EQ(ended.Create(), 0);
+  EXPECT_EQ(ended.gone, 1);
+}
+
+TEST(Dialog, ControlsFollowTheEdges) {
+  CTestDlg dialog;
+  dialog.Create();
+  const auto placeOf = [&](auto& control) { return control.GetPlace(); };
+  const CRect names = placeOf(dialog.List("Names")), others = placeOf(dialog.List("Others"));
+  const CRect ok = placeOf(dialog.Button("OK")), cancel = placeOf(dialog.Button("Cancel"));
+  dialog.ShowWindow(SW_SHOW);
+  dialog.Widget()->resize(dialog.Widget()->size() + QSize(50, 30));
+  QCoreApplication::processEvents();
+  EXPECT_EQ(placeOf(dialog.List("Names")),
+            (CRect{names.left, names.top, names.right + 50, names.bottom + 30}));
+  EXPECT_EQ(placeOf(dialog.List("Others")), others.Moved(50, 0));
+  EXPECT_EQ(placeOf(dialog.Button("OK")), ok.Moved(50, 30));
+  EXPECT_EQ(placeOf(dialog.Button("Cancel")), cancel);
+}
+
+TEST(Dialog, TextsKeepTheirBytesUntilTheyAreEdited) {
+  CTestDlg dialog;
+  dialog.Create();
+  CEdit& line = dialog.Edit("Line");
+  CEdit& text = dialog.Edit("Text");
+  CListBox& list = dialog.List("Names");
+  const CString latin1 = "Ofen \xE4", mixed = "a \xC2\xA0 b\r\nc\nd\r\n";
+  line.SetWindowText(latin1);
+  text.SetWindowText(mixed);
+  list.AddString(latin1);
+  EXPECT_EQ(line.GetWindowText(), latin1);
+  EXPECT_EQ(text.GetWindowText(), mixed);
+  EXPECT_EQ(list.GetText(0), latin1);
+  EXPECT_EQ(list.FindStringExact("Ofen \xC3\xA4"), -1) << "shown alike, but another name";
+  QTest::keyClicks(Find<QLineEdit>(dialog.Widget(), "Line"), "!");
+  EXPECT_EQ(line.GetWindowText(), "Ofen \xC3\xA4!");
+  auto* lines = Find<QPlainTextEdit>(dialog.Widget(), "Text");
+  lines->moveCursor(QTextCursor::End);
+  QTest::keyClick(lines, Qt::Key_Return);
+  EXPECT_EQ(text.GetWindowText(), "a \xC2\xA0 b\r\nc\r\nd\r\n\r\n");
+}
+
+TEST(Dialog, MarksThePlaceOfAByte) {
+  CTestDlg dialog;
+  dialog.Create();
+  CEdit& text = dialog.Edit("Text");
+  const struct {
+    const char* text;
+    int offset;
+    const char* marked;
+  } cases[] = {{"a = b;\r\nc = d;", 12, "d"},
+               {"\xC3\xA4 = b;\r\nc = d;", 13, "d"},
+               {"\xE4 = b;\r\nc = d;", 12, "d"},
+               {"a = b;", 6, ""},
+               {"a = b;", 5, ";"}};
+  for (const auto& [shown, offset, marked] : cases) {
+    text.SetWindowText(shown);
+    text.SelectAt(offset, 1);
+    EXPECT_EQ(text.GetSelectedText(), marked) << shown;
+  }
+}
+
+TEST(Dialog, ListsTellWhatIsMarkedAndMoveIt) {
+  CTestDlg dialog;
+  dialog.Create();
+  dialog.ShowWindow(SW_SHOW);
+  CStringArray names;
+  for (const char* name : {"a", "b", "c"}) names.Add(name);
+  CListBox& one = dialog.List("Names");
+  CListBox& several = dialog.List("Others");
+  one.SetTexts(names);
+  several.SetTexts(names);
+  EXPECT_EQ(one.GetCurSel(), -1);
+  auto* list = Find<QListWidget>(dialog.Widget(), "Names");
+  const auto middle = [list](int row) { return list->visualItemRect(list->item(row)).center(); };
+  QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, middle(0));
+  EXPECT_EQ(one.GetCurSel(), 0);
+  list->setFocus();
+  QTest::keyClick(list, Qt::Key_Down, Qt::ControlModifier);
+  EXPECT_EQ(Shown(list), (std::vector<std::string>{"b", "a", "c"}));
+  EXPECT_EQ(one.GetCurSel(), 1);
+  QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, middle(2));
+  EXPECT_EQ(dialog.doubleClicks, 1);
+  several.SelectAll();
+  EXPECT_EQ(several.GetSelItems(), (std::vector<int>{0, 1, 2}));
+  one.DeleteString(0);
+  EXPECT_EQ(one.GetCount(), 2);
+}
+
+TEST(Dialog, TellsWhenAControlTakesTheFocus) {
+  CTestDlg dialog;
+  dialog.Create();
+  dialog.ShowWindow(SW_SHOW);
+  QApplication::setActiveWindow(dialog.Widget());
+  dialog.Edit("Line").SetFocus();
+  QCoreApplication::processEvents();
+  const int before = dialog.focused;
+  dialog.Edit("Text").SetFocus();
+  EXPECT_EQ(dialog.focused, before + 1);
+}
+
+}  // namespace
+}  // namespace vastra
