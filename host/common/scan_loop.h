@@ -83,6 +83,9 @@ class CScanLoop {
 
   const CScanCounts& Counts() const { return m_counts; }
   const CLogInput& Input() const { return m_input; }
+  // The stages that views stand on; their settings may be changed in between the steps.
+  CLogInput& Input() { return m_input; }
+  CLogTrendings& Trend() { return m_trend; }
   const CLogMultiOutput& Outputs() const { return m_outputs; }
 
  private:

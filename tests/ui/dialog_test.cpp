@@ -161,6 +161,8 @@ TEST(Dialog, ListsTellWhatIsMarkedAndMoveIt) {
   QTest::keyClick(list, Qt::Key_Down, Qt::ControlModifier);
   EXPECT_EQ(Shown(list), (std::vector<std::string>{"b", "a", "c"}));
   EXPECT_EQ(one.GetCurSel(), 1);
+  QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, middle(2));
+  EXPECT_EQ(one.GetCurSel(), 2);
   QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, middle(2));
   EXPECT_EQ(dialog.doubleClicks, 1);
   several.SelectAll();

@@ -1,0 +1,77 @@
+#include "host/desktop/live_views.h"
+
+#include "vastra/views/trending_dlg.h"
+#include "vastra/views/var_scan_dlg.h"
+
+namespace vastra {
+namespace {
+
+constexpr const char* kTrendPlace = "TrendPlace";
+constexpr const char* kGridPlace = "GridPlace";
+
+void BringUp(CWnd& window) { window.ShowWindow(window.IsIconic() ? SW_RESTORE : SW_SHOW); }
+
+}  // namespace
+
+void CLiveViews::ShowTrend(CScanLoop& loop, UINT refreshPeriod) {
+  if (m_pTrend) return BringUp(*m_pTrend);
+  m_pTrend = new CTrendingDlg;
+  m_pTrend->SetInputPointers(&loop.Input(), &loop.Trend(), &m_pTrend);
+  m_pTrend->SetGridPointer(&m_pGrid);
+  m_pTrend->SetTimeScan(refreshPeriod);
+  if (!m_pTrend->Create()) return;
+  CRect place = m_pTrend->GetNormalPlace();
+  m_settings.GetPlace(kTrendPlace, place);
+  m_pTrend->MoveWindow(place);
+  m_pTrend->ShowWindow(SW_SHOW);
+}
+
+void CLiveViews::ShowGrid(CScanLoop& loop) {
+  if (m_pGrid) return BringUp(*m_pGrid);
+  m_pGrid = new CVarScanDlg;
+  m_pGrid->SetInputPointers(&loop.Input(), &loop.Trend(), &m_pGrid);
+  m_pGrid->SetTrendPointer(&m_pTrend);
+  if (!m_pGrid->Create()) return;
+  CRect place = m_pGrid->GetNormalPlace();
+  const CSize fixed = place.Size();
+  m_settings.GetPlace(kGridPlace, place);
+  m_pGrid->MoveWindow(CRect::Of(place.TopLeft(), fixed));
+  m_pGrid->ShowWindow(SW_SHOW);
+}
+
+void CLiveViews::TakeLoop(CScanLoop& loop, UINT refreshPeriod) {
+  if (m_pTrend) {
+    m_pTrend->SetInputPointers(&loop.Input(), &loop.Trend(), &m_pTrend);
+    m_pTrend->RefreshTimeScan(refreshPeriod);
+  }
+  if (m_pGrid) m_pGrid->SetInputPointers(&loop.Input(), &loop.Trend(), &m_pGrid);
+  ResetNames();
+}
+
+void CLiveViews::ResetNames() {
+  if (m_pTrend) m_pTrend->ResetVarNames();
+  if (m_pGrid) m_pGrid->ResetVarNames();
+}
+
+void CLiveViews::Refresh() {
+  if (m_pTrend) m_pTrend->Refresh();
+  if (m_pGrid) m_pGrid->Refresh();
+}
+
+void CLiveViews::Enable(bool on) {
+  if (m_pTrend) m_pTrend->EnableWindow(on);
+  if (m_pGrid) m_pGrid->EnableWindow(on);
+}
+
+void CLiveViews::RememberPlaces() {
+  if (m_pTrend) m_settings.SetPlace(kTrendPlace, m_pTrend->GetNormalPlace());
+  if (m_pGrid) m_settings.SetPlace(kGridPlace, m_pGrid->GetNormalPlace());
+}
+
+void CLiveViews::Close() {
+  RememberPlaces();
+  if (m_pTrend) m_pTrend->DestroyWindow();
+  if (m_pGrid) m_pGrid->DestroyWindow();
+}
+
+}  // namespace vastra

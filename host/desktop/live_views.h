@@ -1,0 +1,40 @@
+// CLiveViews: the trend window and the scan grid of the desktop, each there once or not at all.
+#pragma once
+
+#include "host/common/scan_loop.h"
+#include "host/desktop/settings.h"
+
+namespace vastra {
+
+class CTrendingDlg;
+class CVarScanDlg;
+
+class CLiveViews {
+ public:
+  explicit CLiveViews(CSettings& settings) : m_settings(settings) {}
+  ~CLiveViews() { Close(); }
+  CLiveViews(const CLiveViews&) = delete;
+  CLiveViews& operator=(const CLiveViews&) = delete;
+
+  // Brings the window to the front, or makes it: on the stages of loop, with a refresh each so many
+  // milliseconds.
+  void ShowTrend(CScanLoop& loop, UINT refreshPeriod);
+  void ShowGrid(CScanLoop& loop);
+
+  // Open windows change over to the stages of another loop.
+  void TakeLoop(CScanLoop& loop, UINT refreshPeriod);
+  // The names of the stages may have changed.
+  void ResetNames();
+  void Refresh();
+  void Enable(bool on);  // for the user
+  void Close();
+
+ private:
+  void RememberPlaces();
+
+  CSettings& m_settings;
+  CTrendingDlg* m_pTrend = nullptr;  // the windows set them to null when they go
+  CVarScanDlg* m_pGrid = nullptr;
+};
+
+}  // namespace vastra

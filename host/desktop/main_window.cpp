@@ -1,0 +1,319 @@
+#include "host/desktop/main_window.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QLabel>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QProgressBar>
+#include <QStatusBar>
+#include <QStyle>
+#include <QToolBar>
+
+#include "host/common/equation_check.h"
+#include "host/common/warnings.h"
+#include "host/desktop/overview.h"
+#include "host/desktop/report_window.h"
+#include "vastra/ui/text.h"
+
+namespace vastra {
+namespace {
+
+constexpr const char* kPlace = "MainPlace";
+constexpr const char* kFilter = "Configurations (*.json *.vst)|*.json;*.vst|All Files (*.*)|*.*||";
+
+const char* NameOf(CRunner::EState state) {
+  switch (state) {
+    case CRunner::EState::stopped:
+      return "Stopped";
+    case CRunner::EState::starting:
+      return "Starting";
+    case CRunner::EState::running:
+      return "Running";
+    case CRunner::EState::stopping:
+      return "Stopping";
+  }
+  return "";
+}
+
+void TellFault(const CString& text) { AfxMessageBox(text, MB_OK | MB_ICONEXCLAMATION); }
+
+}  // namespace
+
+CMainWindow::CMainWindow()
+    : m_messages(m_settings),
+      m_runner({.changed = [this] { TakeState(); },
+                .failed = [this] { TellWhyNotOpened(); },
+                .refresh = [this] { m_views.Refresh(); },
+                .tick = [this] { ShowCounts(); }}),
+      m_views(m_settings),
+      m_overview(new COverview(this)) {
+  setCentralWidget(m_overview);
+  MakeActions();
+  MakeStatusBar();
+  resize(fontMetrics().averageCharWidth() * 110, fontMetrics().height() * 26);
+  CRect place = CRect::Of({pos().x(), pos().y()}, {width(), height()});
+  m_settings.GetPlace(kPlace, place);
+  move(place.left, place.top);
+  resize(place.Width(), place.Height());
+  TakeState();
+}
+
+CMainWindow::~CMainWindow() = default;
+
+QAction* CMainWindow::AddAction(QMenu* menu, const char* text, const QKeySequence& key,
+                                std::function<void()> action) {
+  QAction* added = menu->addAction(text);
+  added->setShortcut(key);
+  connect(added, &QAction::triggered, this, std::move(action));
+  return added;
+}
+
+void CMainWindow::MakeActions() {
+  MakeFileMenu();
+  MakeRunMenu();
+  MakeWindowMenu();
+  QMenu* help = menuBar()->addMenu("&Help");
+  AddAction(help, "&About Vastra", {}, [this] { ShowAbout(); });
+}
+
+void CMainWindow::MakeFileMenu() {
+  QMenu* file = menuBar()->addMenu("&File");
+  m_open = AddAction(file, "&Open...", QKeySequence::Open, [this] { AskToOpen(); });
+  m_recent = file->addMenu("Open &Recent");
+  connect(m_recent, &QMenu::aboutToShow, this, [this] { ShowRecent(); });
+  m_needDocument << AddAction(file, "&Save", QKeySequence::Save, [this] { SaveTo(m_document.Path()); })
+                 << AddAction(file, "Save &As...", QKeySequence("Ctrl+Shift+S"), [this] { AskToSave(); });
+  file->addSeparator();
+  m_needDocument << AddAction(file, "Re&port", QKeySequence("Ctrl+R"), [this] { ShowReport(); });
+  file->addSeparator();
+  AddAction(file, "&Quit", QKeySequence("Ctrl+Q"), [this] { close(); });
+}
+
+void CMainWindow::MakeRunMenu() {
+  QMenu* run = menuBar()->addMenu("&Run");
+  m_start = AddAction(run, "&Start", QKeySequence("F5"), [this] { Start(); });
+  m_stop = AddAction(run, "S&top", QKeySequence("Shift+F5"), [this] { m_runner.Stop(); });
+  m_start->setIcon(style()->standardIcon(QStyle::SP_MediaPlay));
+  m_stop->setIcon(style()->standardIcon(QStyle::SP_MediaStop));
+}
+
+void CMainWindow::MakeWindowMenu() {
+  QMenu* window = menuBar()->addMenu("&Window");
+  QAction* trend = AddAction(window, "&Trend", QKeySequence("Ctrl+1"),
+                             [this] { m_views.ShowTrend(m_runner.Loop(), m_runner.RefreshPeriod()); });
+  QAction* grid =
+      AddAction(window, "Scan &Grid", QKeySequence("Ctrl+2"), [this] { m_views.ShowGrid(m_runner.Loop()); });
+  QAction* messages = AddAction(window, "&Messages", QKeySequence("Ctrl+3"), [this] { m_messages.Show(); });
+  window->addSeparator();
+  AddAction(window, "Message &Settings...", QKeySequence("Ctrl+M"), [this] { m_messages.Configure(); });
+  m_needDocument << trend << grid;
+  QToolBar* bar = addToolBar("Run");
+  bar->setMovable(false);
+  bar->setContextMenuPolicy(Qt::PreventContextMenu);
+  bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+  bar->addActions({m_start, m_stop});
+  bar->addSeparator();
+  bar->addActions({trend, grid, messages});
+}
+
+void CMainWindow::MakeStatusBar() {
+  m_stateText = new QLabel(this);
+  m_countsText = new QLabel(this);
+  m_progress = new QProgressBar(this);
+  m_progress->setMaximumWidth(fontMetrics().averageCharWidth() * 30);
+  m_progress->hide();
+  statusBar()->addWidget(m_stateText);
+  statusBar()->addWidget(m_countsText, 1);
+  statusBar()->addPermanentWidget(m_progress);
+}
+
+bool CMainWindow::Open(const CString& path) {
+  const CString fault = m_document.Open(path);
+  if (!fault.IsEmpty()) {
+    TellFault(fault);
+    return false;
+  }
+  m_settings.AddRecent(m_document.Path());
+  UseConfiguration();
+  TakeState();
+  return true;
+}
+
+// Makes the stages of the document, closed, and shows what they will do.
+void CMainWindow::UseConfiguration() {
+  {
+    const CMessages::CQuiet quiet(m_messages);
+    m_names = FindStageNames(m_document.Configuration());
+  }
+  m_runner.SetConfiguration(m_document.Configuration());
+  m_runner.Loop().Trend().GetOptions()->m_baseVars = m_names.input;
+  m_views.TakeLoop(m_runner.Loop(), m_runner.RefreshPeriod());
+  m_overview->ShowConfiguration(m_document.Configuration(), m_names.hasInput ? m_names.input.GetSize() : -1);
+}
+
+void CMainWindow::AskToOpen() {
+  if (!MayLoseChanges()) return;
+  CFileQuestion question;
+  question.filter = kFilter;
+  question.mustExist = true;
+  CString path;
+  if (ChooseFile(question, path)) Open(path);
+}
+
+void CMainWindow::ShowRecent() {
+  m_recent->clear();
+  for (const CString& path : m_settings.Recent()) {
+    AddAction(m_recent, "", {}, [this, path] {
+      if (MayLoseChanges()) Open(path);
+    })->setText(ToScreen(path).replace('&', "&&"));
+  }
+}
+
+bool CMainWindow::SaveTo(const CString& path) {
+  TakeTrend();
+  const CString fault = m_document.Save(path);
+  if (!fault.IsEmpty()) TellFault(fault);
+  m_settings.AddRecent(m_document.Path());
+  ShowState();
+  return fault.IsEmpty();
+}
+
+void CMainWindow::AskToSave() {
+  CFileQuestion question;
+  question.save = question.asksToOverwrite = true;
+  question.defaultExtension = "json";
+  question.name = m_document.Path();
+  question.filter = kFilter;
+  CString path;
+  if (ChooseFile(question, path)) SaveTo(path);
+}
+
+// Asks whether to save what has been changed; false: the user wants to stay.
+bool CMainWindow::MayLoseChanges() {
+  TakeTrend();
+  if (!m_document.IsChanged()) return true;
+  switch (AfxMessageBox("Save the changes to " + m_document.Path() + "?", MB_YESNOCANCEL | MB_ICONQUESTION)) {
+    case IDYES:
+      return SaveTo(m_document.Path());
+    case IDNO:
+      return true;
+    default:
+      return false;
+  }
+}
+
+void CMainWindow::ShowReport() {
+  CMemFile file;
+  m_document.Configuration().Report(file);
+  auto* report = new CReportWindow(CString(file.Bytes()), this);
+  report->setAttribute(Qt::WA_DeleteOnClose);
+  report->show();
+}
+
+void CMainWindow::ShowAbout() {
+  QMessageBox::about(this, "About Vastra",
+                     "Vastra " VASTRA_VERSION "\n\nLogs samples from controllers and earlier logs.");
+}
+
+void CMainWindow::Start() {
+  if (!m_document.IsOpen() || m_runner.State() != CRunner::EState::stopped) return;
+  TakeTrend();
+  UseConfiguration();
+  if (!IsFitToStart()) return;
+  for (const CString& warning : FindWarnings(m_document.Configuration(), m_names)) m_messages.Warn(warning);
+  m_runner.Start();
+}
+
+// Tells each equation list that does not compile.
+bool CMainWindow::IsFitToStart() {
+  CString text;
+  for (const CString& fault : FindEquationFaults(m_document.Configuration(), m_names))
+    text += (text.IsEmpty() ? "" : "\n") + fault;
+  if (!text.IsEmpty()) TellFault(text);
+  return text.IsEmpty();
+}
+
+void CMainWindow::TellWhyNotOpened() {
+  const CString stage = m_runner.Loop().FailedStage();
+  const CConfiguration& configuration = m_document.Configuration();
+  const CString why = stage == "input"      ? ExplainSilence(configuration.m_input)
+                      : stage == "plcWrite" ? ExplainSilence(configuration.m_plcWrite)
+                                            : CString();
+  TellFault(stage + ": the stage does not open" +
+            (why.IsEmpty() ? CString("; the messages tell why.") : ", since " + why));
+}
+
+// What a state allows. While stages open or close on their thread nothing else may touch them.
+void CMainWindow::TakeState() {
+  const CRunner::EState state = m_runner.State();
+  const bool isStopped = state == CRunner::EState::stopped;
+  const bool isSettled = isStopped || state == CRunner::EState::running;
+  m_views.Enable(isSettled);
+  if (state == CRunner::EState::running) m_views.ResetNames();
+  if (isSettled && m_document.IsOpen()) ShowCounts();
+  m_start->setEnabled(isStopped && m_document.IsOpen());
+  m_stop->setEnabled(state == CRunner::EState::running || state == CRunner::EState::starting);
+  m_open->setEnabled(isStopped);
+  m_recent->setEnabled(isStopped);
+  for (QAction* action : m_needDocument) action->setEnabled(isSettled && m_document.IsOpen());
+  ShowState();
+  if (isStopped && m_quitWanted) Quit();
+}
+
+void CMainWindow::ShowState() {
+  m_stateText->setText(NameOf(m_runner.State()));
+  setWindowTitle(m_document.IsOpen() ? ToScreen(m_document.Path()) + "[*] - Vastra" : "Vastra");
+  setWindowModified(m_document.IsChanged());
+}
+
+void CMainWindow::ShowCounts() {
+  TakeTrend();
+  setWindowModified(m_document.IsChanged());
+  const CScanLoop& loop = m_runner.Loop();
+  const CScanCounts& counts = loop.Counts();
+  const CFill fill = loop.Outputs().GetFill();
+  m_countsText->setText(QString("%1 samples, %2 failed reads, %3 late, in memory %4 of %5")
+                            .arg(counts.read)
+                            .arg(counts.failedReads)
+                            .arg(counts.late)
+                            .arg(fill.m_samples)
+                            .arg(fill.m_of));
+  const UINT logs = loop.Input().TotalFilesToRead();
+  m_progress->setVisible(logs != 0);
+  if (logs != 0)
+    m_progress->setValue(static_cast<int>(
+        100 * (loop.Input().PercentCompleted() + loop.Input().PartOfLog() / static_cast<float>(logs))));
+  m_overview->ShowCounts(loop);
+}
+
+void CMainWindow::TakeTrend() {
+  const bool isSettled =
+      m_runner.State() == CRunner::EState::stopped || m_runner.State() == CRunner::EState::running;
+  if (m_document.IsOpen() && isSettled) m_document.TakeTrend(*m_runner.Loop().Trend().GetOptions());
+}
+
+void CMainWindow::closeEvent(QCloseEvent* event) {
+  event->ignore();
+  if (m_runner.State() != CRunner::EState::stopped) {
+    if (AfxMessageBox("The logger is running. Stop it and quit?", MB_YESNO | MB_ICONQUESTION) != IDYES)
+      return;
+  }
+  if (MayLoseChanges()) StopAndQuit();
+}
+
+void CMainWindow::StopAndQuit() {
+  m_quitWanted = true;
+  if (m_runner.State() == CRunner::EState::stopped)
+    Quit();
+  else
+    m_runner.Stop();
+}
+
+void CMainWindow::Quit() {
+  m_settings.SetPlace(kPlace, CRect::Of({pos().x(), pos().y()}, {width(), height()}));
+  m_views.Close();
+  QApplication::quit();
+}
+
+}  // namespace vastra

@@ -1,0 +1,77 @@
+// The window of the desktop host: a configuration, the logger that runs it, and the way to the other windows.
+#pragma once
+
+#include <QMainWindow>
+
+#include "host/desktop/document.h"
+#include "host/desktop/live_views.h"
+#include "host/desktop/messages.h"
+#include "host/desktop/runner.h"
+#include "host/desktop/settings.h"
+#include "vastra/ui/application.h"
+
+class QLabel;
+class QProgressBar;
+
+namespace vastra {
+
+class COverview;
+
+class CMainWindow : public QMainWindow {
+ public:
+  CMainWindow();
+  ~CMainWindow() override;
+
+  // Opens a configuration; false: the user has been told why not.
+  bool Open(const CString& path);
+  bool WantsToStart() { return m_document.Configuration().m_input.m_autoStart != 0; }
+  void Start();
+  // Stops what runs, without a question, and ends the program.
+  void StopAndQuit();
+
+ protected:
+  void closeEvent(QCloseEvent* event) override;
+
+ private:
+  void MakeActions();
+  void MakeStatusBar();
+  void MakeFileMenu();
+  void MakeRunMenu();
+  void MakeWindowMenu();
+  QAction* AddAction(QMenu* menu, const char* text, const QKeySequence& key, std::function<void()> action);
+
+  void AskToOpen();
+  void ShowRecent();
+  void AskToSave();
+  bool SaveTo(const CString& path);
+  bool MayLoseChanges();
+  void ShowReport();
+  void ShowAbout();
+
+  bool IsFitToStart();
+  void TakeTrend();
+  void UseConfiguration();
+  void TellWhyNotOpened();
+  void TakeState();
+  void ShowState();
+  void ShowCounts();
+  void Quit();
+
+  CWindows m_windows;
+  CSettings m_settings;
+  CMessages m_messages;
+  CDocument m_document;
+  CStageNames m_names;
+  CRunner m_runner;
+  CLiveViews m_views;
+  bool m_quitWanted = false;
+
+  COverview* m_overview;
+  QMenu* m_recent = nullptr;
+  QAction *m_open = nullptr, *m_start = nullptr, *m_stop = nullptr;
+  QList<QAction*> m_needDocument;
+  QLabel *m_stateText = nullptr, *m_countsText = nullptr;
+  QProgressBar* m_progress = nullptr;
+};
+
+}  // namespace vastra

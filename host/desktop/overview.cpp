@@ -1,0 +1,87 @@
+#include "host/desktop/overview.h"
+
+#include "host/common/stage_names.h"
+#include "vastra/ui/text.h"
+
+namespace vastra {
+namespace {
+
+enum EColumn { columnPart, columnWhat, columnState, columnCount };
+
+CString Count(std::int64_t count, const char* one, const char* many) {
+  return CString(std::to_string(count)) + " " + (count == 1 ? one : many);
+}
+
+CString Failed(std::uint64_t failed) {
+  return failed ? Count(static_cast<std::int64_t>(failed), "failed write", "failed writes") : CString();
+}
+
+CString InputWords(const CInputConfig& input, int variables) {
+  CString words = input.m_simulating ? Count(input.m_inputFiles.GetSize(), "log to replay", "logs to replay")
+                                     : Count(input.m_plcNodes.GetCount(), "PLC node", "PLC nodes");
+  if (variables >= 0) words += ", " + Count(variables, "variable", "variables");
+  if (input.m_asFastAsPossible) return words + ", as fast as possible";
+  return words + ", every " + CString(std::to_string(input.m_scanPeriod)) + " ms";
+}
+
+CString Forms(int rp, int csv) {
+  return rp && csv ? "binary and CSV" : rp ? "binary" : csv ? "CSV" : "no file";
+}
+
+}  // namespace
+
+COverview::COverview(QWidget* parent) : QTreeWidget(parent) {
+  setColumnCount(columnCount);
+  setHeaderLabels({"Part", "What it does", "Now"});
+  setAccessibleName("Overview");
+  setAllColumnsShowFocus(true);
+}
+
+QTreeWidgetItem& COverview::AddPart(const char* part, const CString& what) {
+  auto* item = new QTreeWidgetItem(this, QStringList{part, ToScreen(what)});
+  item->setExpanded(true);
+  return *item;
+}
+
+void COverview::ShowConfiguration(const CConfiguration& configuration, int inputVariables) {
+  clear();
+  const auto add = [](QTreeWidgetItem& part, const CString& name, const CString& what) {
+    new QTreeWidgetItem(&part, QStringList{ToScreen(name), ToScreen(what)});
+  };
+  QTreeWidgetItem& input = AddPart("Input", InputWords(configuration.m_input, inputVariables));
+  for (const CPlcNodeConfig* node : configuration.m_input.m_plcNodes)
+    add(input, node->m_nodeName, Count(node->m_varNames.GetSize(), "variable", "variables"));
+  if (UsesSmart(configuration.m_smart))
+    AddPart("Smart",
+            Count(configuration.m_smart.m_outputVars.GetSize(), "output variable", "output variables"));
+  QTreeWidgetItem& outputs = AddPart("Outputs", "");
+  for (const COutputConfig* output : configuration.m_outputs.m_outputs)
+    add(outputs, output->m_name, Forms(output->m_saveRp, output->m_saveCsv) + " to " + output->m_directory);
+  QTreeWidgetItem& summaries = AddPart("Summaries", "");
+  for (const CSummaryConfig* summary : configuration.m_summaries.m_summaries)
+    add(summaries, summary->m_name,
+        Forms(summary->m_saveRp, summary->m_saveCsv) + " to " + summary->m_directory);
+  QTreeWidgetItem& plcWrite = AddPart("PLC write", "");
+  for (const CPlcSingleConfig* node : configuration.m_plcWrite.m_nodes)
+    add(plcWrite, node->m_nodeName, Count(node->m_varNames.GetSize(), "variable", "variables"));
+  AddPart("Trend", Count(configuration.m_trend.m_extraVars.GetSize(), "extra variable", "extra variables"));
+  for (int column = 0; column < columnState; ++column) resizeColumnToContents(column);
+}
+
+void COverview::ShowState(const char* part, const CString& state) {
+  for (QTreeWidgetItem* item : findItems(part, Qt::MatchExactly, columnPart))
+    item->setText(columnState, ToScreen(state));
+}
+
+void COverview::ShowCounts(const CScanLoop& loop) {
+  const CScanCounts& counts = loop.Counts();
+  const auto& failed = counts.failedWrites;
+  ShowState("Input", Count(static_cast<std::int64_t>(counts.read), "sample", "samples"));
+  ShowState("Smart", Failed(failed.smart));
+  ShowState("Outputs", Failed(failed.outputs));
+  ShowState("Summaries", Failed(failed.summaries));
+  ShowState("PLC write", Failed(failed.plcWrite));
+  ShowState("Trend", Failed(failed.trend));
+}
+
+}  // namespace vastra

@@ -1,0 +1,22 @@
+// COverview: the parts of the open configuration at a glance, with what has become of their samples.
+#pragma once
+
+#include <QTreeWidget>
+
+#include "host/common/scan_loop.h"
+
+namespace vastra {
+
+class COverview : public QTreeWidget {
+ public:
+  explicit COverview(QWidget* parent);
+  // The parts of configuration; the input gives so many variables, below 0: not known.
+  void ShowConfiguration(const CConfiguration& configuration, int inputVariables);
+  void ShowCounts(const CScanLoop& loop);
+
+ private:
+  QTreeWidgetItem& AddPart(const char* part, const CString& what);
+  void ShowState(const char* part, const CString& state);
+};
+
+}  // namespace vastra

@@ -1,0 +1,122 @@
+#include "host/desktop/runner.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace vastra {
+namespace {
+
+// Beside those of the workers.
+constexpr UINT messageOpened = 100, messageClosed = 101;
+
+constexpr UINT kShortestRefresh = 50, kRefreshAtFullSpeed = 100;  // milliseconds
+constexpr std::chrono::milliseconds kTick{200};
+// A refresh that comes due within half a period of now is made now: scans do not fall on the microsecond.
+constexpr UINT kSlack = 2;
+
+}  // namespace
+
+CRunner::CRunner(CListener listener) : m_listener(std::move(listener)) {
+  m_timer.setSingleShot(true);
+  m_timer.setTimerType(Qt::PreciseTimer);
+  QObject::connect(&m_timer, &QTimer::timeout, &m_receiver, [this] { Go(); });
+}
+
+CRunner::~CRunner() {
+  if (m_background.joinable()) m_background.join();
+}
+
+UINT CRunner::RefreshPeriodOf(UINT scanPeriod) {
+  if (scanPeriod == 0) return kRefreshAtFullSpeed;
+  return (kShortestRefresh + scanPeriod - 1) / scanPeriod * scanPeriod;
+}
+
+void CRunner::SetConfiguration(const CConfiguration& configuration) {
+  CScanLoop::COptions options;
+  options.threaded = true;
+  options.target = this;
+  options.refresh = [this](CLogTrendings&) { RefreshViews(); };
+  m_loop = std::make_unique<CScanLoop>(configuration, std::move(options));
+  m_refreshPeriod = RefreshPeriodOf(m_loop->Input().GetScanPeriod());
+}
+
+void CRunner::Start() {
+  if (m_state != EState::stopped || !m_loop) return;
+  m_stopWanted = false;
+  m_refreshDue = {};
+  Enter(EState::starting);
+  InBackground([this] { return m_loop->Start(); }, messageOpened);
+}
+
+void CRunner::Stop() {
+  m_stopWanted = true;
+  if (m_state == EState::running) Go();
+}
+
+void CRunner::InBackground(std::function<int()> work, UINT message) {
+  if (m_background.joinable()) m_background.join();
+  m_background =
+      std::thread([this, work = std::move(work), message] { Post(message, static_cast<WPARAM>(work()), 0); });
+}
+
+void CRunner::Post(UINT message, WPARAM wparam, LPARAM) {
+  QMetaObject::invokeMethod(
+      &m_receiver, [this, message, wparam] { OnMessage(message, wparam); }, Qt::QueuedConnection);
+}
+
+void CRunner::OnMessage(UINT message, WPARAM wparam) {
+  if (message == messageOpened) {
+    Enter(wparam ? EState::running : EState::stopped);
+    if (!wparam) return m_listener.failed();
+  } else if (message == messageClosed) {
+    return Enter(EState::stopped);
+  } else {
+    Drive([&] { m_loop->Notify(message, wparam); });
+  }
+  Go();
+}
+
+void CRunner::Drive(const std::function<void()>& step) {
+  m_driving = true;
+  step();
+  m_driving = false;
+}
+
+void CRunner::Go() {
+  if (m_state != EState::running || m_driving) return;
+  if (!m_loop->IsPending()) Tick();
+  if (m_loop->IsRunning() && !m_loop->IsPending() && !m_stopWanted &&
+      m_loop->NextDue() <= CScanLoop::Time::clock::now())
+    Drive([this] { m_loop->Step(); });
+  if (!m_loop->IsRunning()) return Enter(EState::stopped);
+  if (m_loop->IsPending()) return;  // the worker's message goes on
+  if (m_stopWanted) {
+    Enter(EState::stopping);
+    return InBackground([this] { return m_loop->Stop(), 1; }, messageClosed);
+  }
+  const auto wait = m_loop->NextDue() - CScanLoop::Time::clock::now();
+  m_timer.start(std::max(std::chrono::ceil<std::chrono::milliseconds>(wait), std::chrono::milliseconds(0)));
+}
+
+void CRunner::RefreshViews() {
+  const auto now = CScanLoop::Time::clock::now();
+  const std::chrono::milliseconds period(m_refreshPeriod);
+  if (now + period / kSlack < m_refreshDue) return;
+  m_refreshDue = std::max(m_refreshDue + period, now);
+  m_listener.refresh();
+}
+
+void CRunner::Tick() {
+  const auto now = CScanLoop::Time::clock::now();
+  if (now < m_tickDue) return;
+  m_tickDue = now + kTick;
+  m_listener.tick();
+}
+
+void CRunner::Enter(EState state) {
+  if (state == EState::stopped) m_timer.stop();
+  m_state = state;
+  m_listener.changed();
+}
+
+}  // namespace vastra

@@ -1,0 +1,23 @@
+// SIGINT and SIGTERM in the event loop: the program is to end in good order.
+#pragma once
+
+#include <QSocketNotifier>
+
+#include <functional>
+#include <memory>
+
+namespace vastra {
+
+class CStopSignals {
+ public:
+  explicit CStopSignals(std::function<void()> stop);
+  ~CStopSignals();
+  CStopSignals(const CStopSignals&) = delete;
+  CStopSignals& operator=(const CStopSignals&) = delete;
+
+ private:
+  int m_pipe[2] = {-1, -1};
+  std::unique_ptr<QSocketNotifier> m_notifier;
+};
+
+}  // namespace vastra
