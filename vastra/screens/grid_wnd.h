@@ -1,0 +1,38 @@
+// CGridWnd: the grid of names and numbers that screens and views share. It holds no cells; what it shows is
+// read, whenever it paints, from arrays that its owner keeps.
+#pragma once
+
+#include "vastra/platform/array.h"
+#include "vastra/ui/grid.h"
+
+namespace vastra {
+
+class CGridWnd : public CGXGridWnd {
+ public:
+  // Behind SubclassDlgItem: a name and its value to each row, 30 rows, the rest of them blank. The arrays
+  // stay the caller's and may grow and shrink.
+  void InitGrid(const CStringArray* names, const CArray<float, float>* values);
+
+  UINT GetRowCount() const override { return m_rows; }
+  UINT GetColCount() const override { return m_cols; }
+  void GetStyleRowCol(UINT row, UINT col, CGXStyle& style) const override;
+
+ private:
+  enum EMode { unset, scan };
+  struct CColumn;
+  struct CMode;
+  static const CMode& ModeOf(int mode);
+
+  void Init(EMode mode, UINT rows);
+  CString NameText(int index) const;  // of the row of index, from 0; empty past the end
+  CString ValueText(int index) const;
+
+  CString m_format = "%.2f";
+  UINT m_rows = 0;
+  UINT m_cols = 0;
+  int m_mode = unset;
+  const CArray<float, float>* m_pValues = nullptr;
+  const CStringArray* m_pNames = nullptr;
+};
+
+}  // namespace vastra

@@ -1,0 +1,34 @@
+#include "vastra/screens/new_var_dlg.h"
+
+namespace vastra {
+namespace {
+
+constexpr const char* kName = "New Variable";
+constexpr CControl kControls[] = {
+    {CControl::text, kName, {7, 7, 172, 9}},
+    {CControl::edit, kName, {7, 18, 172, 14}},
+    {CControl::defaultButton, "OK", {73, 41, 50, 14}},
+    {CControl::button, "Cancel", {129, 41, 50, 14}},
+};
+constexpr CDialogTemplate kTemplate = {"Insert Variable", {186, 62}, kControls};
+
+}  // namespace
+
+CNewVarDlg::CNewVarDlg(CWnd* parent) : CDialog(kTemplate, parent) {}
+
+void CNewVarDlg::OnInitDialog() {
+  Edit(kName).SetWindowText(m_name);
+  Edit(kName).SetFocus();
+}
+
+void CNewVarDlg::OnOK() {
+  const CString name = Edit(kName).GetWindowText();
+  if (name.IsEmpty()) {
+    AfxMessageBox("The name of the variable can't be a null string", "Message", MB_ICONEXCLAMATION);
+    return;
+  }
+  m_name = name;
+  CDialog::OnOK();
+}
+
+}  // namespace vastra

@@ -1,0 +1,101 @@
+#include "vastra/screens/trend_facade_dlg.h"
+
+#include <utility>
+
+#include "vastra/screens/conf_var_list_dlg.h"
+#include "vastra/screens/equations_dlg.h"
+#include "vastra/stages/log_trendings.h"
+
+namespace vastra {
+namespace {
+
+constexpr const char* kVariables = "Variables ";
+constexpr const char* kEquations = "Equations";
+constexpr CControl kControls[] = {
+    {CControl::button, kVariables, {7, 7, 70, 14}},
+    {CControl::button, kEquations, {7, 26, 70, 14}},
+    {CControl::defaultButton, "OK", {91, 7, 50, 14}},
+    {CControl::button, "Cancel", {91, 26, 50, 14}},
+};
+constexpr CDialogTemplate kTemplate = {"Configuration", {148, 47}, kControls};
+
+void Tell(const char* text) { AfxMessageBox(text, "Message", MB_ICONEXCLAMATION); }
+
+}  // namespace
+
+UINT CTrendFacadeDlg::m_suOpen = 0;
+
+CTrendFacadeDlg::CTrendFacadeDlg(CWnd* parent) : CDialog(kTemplate, parent) {}
+
+void CTrendFacadeDlg::SetInputPointers(CLogInput* /*input*/, CLogTrendings* trendings) {
+  m_pTrendings = trendings;
+}
+
+int CTrendFacadeDlg::DoModal() {
+  const int result = CDialog::DoModal();
+  Leave();
+  return result;
+}
+
+void CTrendFacadeDlg::OnInitDialog() {
+  ++m_suOpen;
+  m_isCounted = true;
+  if (m_suOpen > 1) {
+    Leave();
+    Tell("Already open");
+    EndDialog(0);
+    return;
+  }
+  SetConfiguration(*m_pTrendings->GetOptions());
+  On(kVariables, [this] { OnVariablesButton(); });
+  On(kEquations, [this] { OnEquationsButton(); });
+}
+
+// Whatever way the dialog ends.
+void CTrendFacadeDlg::Leave() {
+  if (std::exchange(m_isCounted, false)) --m_suOpen;
+}
+
+void CTrendFacadeDlg::SetConfiguration(const CTrendConfig& config) {
+  m_extraVars = config.m_extraVars;
+  m_equationText = config.m_equationText;
+  m_equations = config.m_equations;
+  m_baseVars = config.m_baseVars;
+}
+
+void CTrendFacadeDlg::GetConfiguration(CTrendConfig& config) const {
+  config.m_extraVars = m_extraVars;
+  config.m_equationText = m_equationText;
+  config.m_equations = m_equations;
+  config.m_baseVars = m_baseVars;
+}
+
+void CTrendFacadeDlg::OnVariablesButton() {
+  if (m_baseVars.IsEmpty()) {
+    Tell("No variables available");
+    return;
+  }
+  CConfVarListDlg dialog(this);
+  dialog.m_source = m_baseVars;
+  dialog.m_added = m_extraVars;
+  if (dialog.DoModal() != IDOK) return;
+  m_extraVars = dialog.m_added;
+  m_pTrendings->GetOptions()->m_calculateExtra = !m_extraVars.IsEmpty();
+}
+
+void CTrendFacadeDlg::OnEquationsButton() {
+  CEquationsDlg dialog(this);
+  dialog.m_varNames = m_baseVars;
+  dialog.m_text = m_equationText;
+  dialog.m_equations = m_equations;
+  if (dialog.DoModal() != IDOK) return;
+  m_equationText = dialog.m_text;
+  m_equations = dialog.m_equations;
+}
+
+void CTrendFacadeDlg::OnOK() {
+  GetConfiguration(*m_pTrendings->GetOptions());
+  CDialog::OnOK();
+}
+
+}  // namespace vastra

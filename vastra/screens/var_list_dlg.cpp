@@ -1,0 +1,40 @@
+#include "vastra/screens/var_list_dlg.h"
+
+namespace vastra {
+namespace {
+
+constexpr CControl kControls[] = {
+    {CControl::text, kVariableList, {7, 7, 130, 9}},
+    {CControl::dragListBox, kVariableList, {7, 18, 130, 185}, CControl::grow},
+    {CControl::button, "Import", {144, 18, 99, 14}, CControl::moveX},
+    {CControl::button, "Export ", {144, 35, 99, 14}, CControl::moveX},
+    {CControl::button, kInsertVariable, {144, 61, 99, 14}, CControl::moveX},
+    {CControl::button, kDeleteVariable, {144, 78, 99, 14}, CControl::moveX},
+    {CControl::button, "Delete All", {144, 95, 99, 14}, CControl::moveX},
+    {CControl::defaultButton, "OK", {144, 172, 99, 14}, CControl::move},
+    {CControl::button, "Cancel", {144, 189, 99, 14}, CControl::move},
+};
+constexpr CDialogTemplate kTemplate = {"Variables", {250, 210}, kControls, CDialogTemplate::resizable};
+
+}  // namespace
+
+CVarListDlg::CVarListDlg(CWnd* parent) : CNameListDlg(kTemplate, kVariableList, "", parent) {}
+
+void CVarListDlg::OnInitDialog() {
+  Names().SetTexts(m_list);
+  ConnectFreeList();
+  On(kInsertVariable, [this] { OnInsertButton(); });
+  On(kDeleteVariable, [this] { OnDeleteButton(); });
+}
+
+void CVarListDlg::OnDeleteButton() {
+  const int index = MarkedVariable();
+  if (index >= 0) DeleteVariable(index);
+}
+
+void CVarListDlg::OnOK() {
+  m_list = Names().GetTexts();
+  CDialog::OnOK();
+}
+
+}  // namespace vastra

@@ -1,0 +1,23 @@
+// CVarListDlg edits a free list of names of variables.
+#pragma once
+
+#include "vastra/screens/name_list_dlg.h"
+
+namespace vastra {
+
+class VASTRA_API CVarListDlg : public CNameListDlg {
+ public:
+  explicit CVarListDlg(CWnd* parent = nullptr);
+
+  CStringArray m_list;  // in and out
+
+ protected:
+  void OnInitDialog() override;
+  void OnOK() override;
+
+ private:
+  void OnInsertButton() { InsertVariable(); }
+  void OnDeleteButton();
+};
+
+}  // namespace vastra
