@@ -49,7 +49,7 @@ void CGridWnd::Init(EMode mode, UINT rows) {
   m_cols = static_cast<UINT>(columns.size()) - 1;
   Reset();
   for (UINT col = 0; col < columns.size(); ++col) SetColWidth(col, columns[col].width);
-  SetRowHeight(0, kHeaderHeight);
+  SetHeaderHeight(kHeaderHeight);
   SetFontSize(kFontSize);
 }
 
