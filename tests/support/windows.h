@@ -68,7 +68,8 @@ class CTestChooser : public CChooser {
   CChooser* m_former;
 };
 
-// The one widget of class T in window that is called name: shows it, or has it for its accessible name.
+// The one widget of class T in window that is called name: shows it, or has it for its accessible name. Windows
+// that belong to window, also those that are on their way out, are windows of their own.
 template <class T>
 T* Find(QWidget* window, const char* name) {
   const auto shows = [](QWidget* widget) {
@@ -78,7 +79,7 @@ T* Find(QWidget* window, const char* name) {
   };
   T* found = nullptr;
   for (T* widget : window->findChildren<T*>())
-    if (shows(widget) == name) found = widget;
+    if (widget->window() == window->window() && shows(widget) == name) found = widget;
   if (!found) throw std::runtime_error(std::string("no widget called ") + name);
   return found;
 }

@@ -31,12 +31,6 @@ void CTrendFacadeDlg::SetInputPointers(CLogInput* /*input*/, CLogTrendings* tren
   m_pTrendings = trendings;
 }
 
-int CTrendFacadeDlg::DoModal() {
-  const int result = CDialog::DoModal();
-  Leave();
-  return result;
-}
-
 void CTrendFacadeDlg::OnInitDialog() {
   ++m_suOpen;
   m_isCounted = true;
@@ -51,7 +45,6 @@ void CTrendFacadeDlg::OnInitDialog() {
   On(kEquations, [this] { OnEquationsButton(); });
 }
 
-// Whatever way the dialog ends.
 void CTrendFacadeDlg::Leave() {
   if (std::exchange(m_isCounted, false)) --m_suOpen;
 }

@@ -13,12 +13,11 @@ class CLogTrendings;
 class CTrendFacadeDlg : public CDialog {
  public:
   explicit CTrendFacadeDlg(CWnd* parent = nullptr);
+  ~CTrendFacadeDlg() override { Leave(); }
 
-  // In front of DoModal. The stages outlive the dialog; the input stage is not looked at.
+  // In front of DoModal, which gives 0 if another such dialog is open, as the user was told. The stages
+  // outlive the dialog; the input stage is not looked at.
   void SetInputPointers(CLogInput* input, CLogTrendings* trendings);
-
-  // IDOK: the options have what the user chose. 0: another such dialog is open, as the user was told.
-  int DoModal() override;
 
   // What is worked on, but for m_calculateExtra: that changes in the stage as soon as the variables do.
   void SetConfiguration(const CTrendConfig& config);
@@ -29,11 +28,12 @@ class CTrendFacadeDlg : public CDialog {
  protected:
   void OnInitDialog() override;
   void OnOK() override;
+  void PostNcDestroy() override { Leave(); }
 
  private:
   void OnVariablesButton();
   void OnEquationsButton();
-  void Leave();
+  void Leave();  // whatever way the dialog ends
 
   CStringArray m_extraVars;
   CString m_equationText;
