@@ -1,0 +1,194 @@
+// Geometry of the trend window, without a window.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+#include "vastra/views/number_text.h"
+#include "vastra/views/simple_color.h"
+#include "vastra/views/trend_geometry.h"
+
+namespace vastra {
+
+void PrintTo(const CRect& r, std::ostream* os) {
+  *os << r.left << "," << r.top << " " << r.Width() << "x" << r.Height();
+}
+void PrintTo(CPoint p, std::ostream* os) { *os << p.x << "," << p.y; }
+
+namespace {
+
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN(), kInf = std::numeric_limits<float>::infinity();
+
+TEST(TrendGeometry, EveryControlHasItsPlaceAtEverySize) {
+  const struct {
+    CSize client;
+    CRect frame;
+    CTrendLayout layout;
+  } kCases[] = {
+      {{640, 480},
+       {-4, -23, 644, 484},
+       {CRect::Of({517, 16}, {106, 320}), CRect::Of({517, 339}, {49, 25}), CRect::Of({574, 339}, {49, 25}),
+        CRect::Of({517, 374}, {106, 25}), CRect::Of({517, 409}, {49, 25}), CRect::Of({574, 409}, {49, 25}),
+        CRect::Of({517, 443}, {106, 25}), CRect::Of({17, 16}, {427, 400}), CRect::Of({448, 16}, {55, 400}),
+        CRect::Of({17, 419}, {427, 53})}},
+      {{1000, 700},
+       {0, 0, 1000, 700},
+       {CRect::Of({847, 46}, {120, 466}), CRect::Of({847, 517}, {55, 25}), CRect::Of({912, 517}, {55, 25}),
+        CRect::Of({847, 568}, {120, 25}), CRect::Of({847, 619}, {55, 25}), CRect::Of({912, 619}, {55, 25}),
+        CRect::Of({847, 667}, {120, 25}), CRect::Of({33, 46}, {705, 583}), CRect::Of({744, 46}, {93, 583}),
+        CRect::Of({33, 634}, {705, 77})}},
+  };
+  for (const auto& row : kCases) {
+    const CTrendLayout layout = LayOutTrend(row.client, row.frame);
+    for (const auto part :
+         {&CTrendLayout::legend, &CTrendLayout::edit, &CTrendLayout::config, &CTrendLayout::freeze,
+          &CTrendLayout::load, &CTrendLayout::save, &CTrendLayout::cancel, &CTrendLayout::plot,
+          &CTrendLayout::vertScale, &CTrendLayout::horizScale})
+      EXPECT_EQ(row.layout.*part, layout.*part);
+  }
+}
+
+TEST(TrendGeometry, AStartScaleReachesFromNoughtToTheNextRoundNumber) {
+  const struct {
+    double value, minimum, maximum;
+  } kCases[] = {
+      {37.2, 0, 40},       {40, 0, 100},     {0.5, 0, 1},       {1, 0, 10},       {3.5, 0, 4},
+      {9.5, 0, 10},        {10, 0, 100},     {95, 0, 100},      {100, 0, 1000},   {1e-40, 0, 1},
+      {-37.2, -40, 0},     {-1, -10, 0},     {0, 0, 0},         {-0.0, 0, 0},     {4.5e9, 0, 5e9},
+      {-2.5e20, -3e20, 0}, {kInf, 0, 10000}, {-kInf, 0, 10000}, {kNaN, 0, 10000},
+  };
+  for (const auto& row : kCases) {
+    const CScale scale = StartScale(row.value);
+    EXPECT_EQ(row.minimum, scale.minimum) << row.value;
+    EXPECT_EQ(row.maximum, scale.maximum) << row.value;
+  }
+  constexpr float kMost = std::numeric_limits<float>::max();
+  EXPECT_LT(double{kMost}, StartScale(kMost).maximum);
+  EXPECT_GT(1e39, StartScale(kMost).maximum);
+}
+
+// The runs of a curve in a plot of 990 x 200, the newest value first.
+std::string Runs(std::initializer_list<float> values, CScale scale) {
+  CList<float, float> history;
+  for (const float value : values) history.AddTail(value);
+  CCurveWalk walk(history, scale, {990, 200});
+  std::string all;
+  for (auto run = walk.NextRun(); !run.empty(); run = walk.NextRun()) {
+    for (const CPoint point : run) all += std::to_string(point.x) + "," + std::to_string(point.y) + " ";
+    all += "|";
+  }
+  return all;
+}
+
+TEST(TrendGeometry, ACurveRunsLeftFromItsNewestPoint) {
+  const struct {
+    std::initializer_list<float> values;
+    CScale scale;
+    const char* runs;
+  } kCases[] = {
+      {{}, {0, 100}, ""},
+      {{50}, {0, 100}, ""},
+      {{50, 0, 100, 33.4F}, {0, 100}, "990,100 980,200 970,0 960,133 |"},
+      {{-50, 150}, {-100, 100}, "990,150 980,-50 |"},
+      {{50, 60}, {100, 0}, "990,100 980,120 |"},  // a file can hold a scale upside down
+      {{1, 2}, {0, 0}, ""},
+      {{7, 7}, {7, 7}, ""},
+      {{1, 2}, {kNaN, 1}, ""},
+      {{1, 2}, {-kInf, kInf}, ""},
+      {{50, 50, kNaN, 0, 0, kNaN, 50, kNaN}, {0, 100}, "990,100 980,100 |960,200 950,200 |"},
+      {{kNaN, 50, kNaN, 0, 0}, {0, 100}, "960,200 950,200 |"},
+      {{3e38F, -3e38F, kInf, -kInf}, {0, 1e-30}, "990,-1048576 980,1048576 970,-1048576 960,1048576 |"},
+  };
+  for (const auto& row : kCases) EXPECT_EQ(row.runs, Runs(row.values, row.scale));
+}
+
+TEST(TrendGeometry, AFullCurveEndsAtTheLeftEdgeAndNeverBeyond) {
+  CList<float, float> history;
+  for (int i = 0; i < 150; ++i) history.AddTail(1);
+  CCurveWalk walk(history, {0, 1}, {500, 100});
+  const auto run = walk.NextRun();
+  ASSERT_EQ(100U, run.size());
+  EXPECT_EQ((CPoint{500, 0}), run[0]);
+  EXPECT_EQ((CPoint{495, 0}), run[1]);  // 500 - 500 / 99
+  EXPECT_EQ((CPoint{0, 0}), run[99]);
+  EXPECT_TRUE(walk.NextRun().empty());
+}
+
+TEST(TrendGeometry, TheTimeAxisRunsFromRightToLeft) {
+  const CRect area = CRect::Of({12, 300}, {427, 53});
+  const CHorizBands bands = HorizBandsOf(area);
+  EXPECT_EQ((CRect{12, 300, 439, 311}), bands.ticks);
+  EXPECT_EQ((CRect{12, 310, 439, 335}), bands.numbers);
+  EXPECT_EQ((CRect{12, 334, 439, 353}), bands.unit);
+  EXPECT_EQ(54, HorizTick(bands.ticks, 10, 1));
+  EXPECT_EQ(396, HorizTick(bands.ticks, 10, 9));
+  EXPECT_EQ((CPoint{432, 310}), HorizNumber(bands.numbers, 10, 0));
+  EXPECT_EQ((CPoint{5, 310}), HorizNumber(bands.numbers, 10, 10));
+  const struct {
+    UINT timeScan, i;
+    const char* text;
+  } kTexts[] = {{100, 0, "0"},  {100, 10, "10"}, {1000, 10, "100"}, {30, 3, "0.9"},
+                {10, 3, "0.3"}, {33, 1, "0.33"}, {0, 10, "0"},      {4294967295U, 10, "4.294967e+08"}};
+  for (const auto& row : kTexts) EXPECT_EQ(row.text, HorizText(row.timeScan, 100, 10, row.i).Std());
+}
+
+TEST(TrendGeometry, TheValueAxisRunsFromTheBottomUp) {
+  const CVertBands bands = VertBandsOf(CRect::Of({440, 16}, {55, 400}));
+  EXPECT_EQ((CRect{440, 16, 451, 416}), bands.ticks);
+  EXPECT_EQ((CRect{451, 16, 495, 416}), bands.numbers);
+  EXPECT_EQ(376, VertTick(bands.ticks, 10, 1));
+  EXPECT_EQ((CRect{451, 403, 495, 431}), VertNumber(bands.numbers, 10, 0));
+  EXPECT_EQ((CRect{451, 3, 495, 31}), VertNumber(bands.numbers, 10, 10));
+  const struct {
+    CScale scale;
+    UINT i;
+    const char* text;
+  } kTexts[] = {{{0, 0}, 0, "0"},     {{0, 0}, 10, "0"},   {{0, 1}, 3, "0.3"},
+                {{-40, 0}, 1, "-36"}, {{-40, 0}, 10, "0"}, {{0, 1e9}, 10, "1e+09"}};
+  for (const auto& row : kTexts) EXPECT_EQ(row.text, VertText(row.scale, 10, row.i).Std());
+}
+
+TEST(TrendGeometry, AClickOnTheLegendFindsTheItemBesideIt) {
+  const CRect frame = CRect::Of({517, 16}, {106, 327});  // rows of 16
+  EXPECT_EQ((CPoint{517, 24}), LegendItem(frame, 20, 0));
+  EXPECT_EQ((CPoint{517, 72}), LegendItem(frame, 20, 3));
+  const struct {
+    CPoint point;
+    int item;  // of three
+  } kCases[] = {{{520, 16}, 0},  {{520, 24}, 0},   {{520, 39}, 0},  {{520, 40}, 1},  {{622, 71}, 2},
+                {{520, 72}, -1}, {{520, 342}, -1}, {{516, 30}, -1}, {{623, 30}, -1}, {{520, 15}, -1}};
+  for (const auto& row : kCases)
+    EXPECT_EQ(row.item, LegendItemOnPoint(frame, 20, 3, row.point)) << row.point.y;
+  EXPECT_EQ(-1, LegendItemOnPoint(frame, 0, 3, {520, 30}));
+  EXPECT_EQ(-1, LegendItemOnPoint(CRect::Of({0, 0}, {9, 9}), 20, 3, {5, 5}));
+  EXPECT_EQ((CRect{5, 4, 20, 16}), ItemPartsOf({76, 16}).square);
+  EXPECT_EQ((CRect{5, 2, 20, 4}), ItemPartsOf({76, 2}).square);
+  EXPECT_EQ((CRect{25, 4, 71, 16}), ItemPartsOf({76, 16}).text);
+}
+
+TEST(SimpleColor, FourteenColoursThenTheFirstAgain) {
+  UINT position = CSimpleColor::GetFirstPosition();
+  for (const COLORREF colour :
+       {0xFA5A5A, 0x5AFA5A, 0xFAFA5A, 0x5A5AFA, 0xFA5AFA, 0x5AFAFA, 0xA00000, 0x00A000, 0xA0A000, 0x0000A0,
+        0xA000A0, 0x00A0A0, 0xA0A0A0, 0x5A5A5A, 0xFA5A5A})
+    EXPECT_EQ(colour, CSimpleColor::GetNextColor(position));
+}
+
+TEST(NumberText, OnlyAWholeFiniteNumberIsOne) {
+  const struct {
+    const char* text;
+    double value;  // NaN: none
+  } kCases[] = {{"5", 5},     {" -1.5\t", -1.5}, {"+2e3", 2000}, {".5", 0.5},  {"", NAN},
+                {" ", NAN},   {"x", NAN},        {"1,5", NAN},   {"1 2", NAN}, {"1e999", NAN},
+                {"inf", NAN}, {"nan", NAN},      {"+-5", NAN},   {"+", NAN},   {"5x", NAN}};
+  for (const auto& row : kCases) {
+    double value = NAN;
+    EXPECT_EQ(!std::isnan(row.value), ParseNumber(row.text, value)) << row.text;
+    if (!std::isnan(row.value)) {
+      EXPECT_EQ(row.value, value);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace vastra

@@ -1,0 +1,82 @@
+// Where everything of the trend window stands: its controls, the points of its curves, the ticks and numbers
+// of its scales and the items of its legend. Whole pixels; halves and fractions are cut towards zero.
+#pragma once
+
+#include <array>
+#include <span>
+
+#include "vastra/platform/list.h"
+#include "vastra/ui/geometry.h"
+
+namespace vastra {
+
+constexpr CSize kTrendMinSize = {400, 325};  // of the window, its frame included
+constexpr int kTrendPoints = 100;            // that a curve keeps
+
+struct CTrendLayout {
+  CRect legend, edit, config, freeze, load, save, cancel, plot, vertScale, horizScale;
+};
+// client: the size of the client area. frame: the outer edges of the window in client coordinates.
+CTrendLayout LayOutTrend(CSize client, const CRect& frame);
+
+// The values at the bottom and at the top of the plot.
+struct CScale {
+  double minimum = 0.0;
+  double maximum = 10000.0;
+};
+// The scale of a curve whose first value is value: 0 and the next number with one digit that is not 0, beyond
+// value. A value that is not finite has the default scale.
+CScale StartScale(double value);
+
+// The points of one curve, from the newest at the right edge on. A value that is not a number leaves a gap,
+// and a scale without height leaves no points at all. A value far off the plot stands as far off it as the
+// drawing can bear.
+class CCurveWalk {
+ public:
+  // history: the newest first; what goes beyond kTrendPoints is not looked at. plot: the size of the plot.
+  CCurveWalk(const CList<float, float>& history, CScale scale, CSize plot);
+  // The next run of points without a gap, of two or more; empty: that was all. Valid until the next call.
+  std::span<const CPoint> NextRun();
+
+ private:
+  bool Place(float value, int& y) const;
+
+  CList<float, float>::CIterator<const float> m_next;
+  int m_count;  // points that were looked at
+  CSize m_plot;
+  CScale m_scale;
+  double m_perUnit;  // pixels
+  std::array<CPoint, kTrendPoints> m_run;
+};
+
+// The time axis. The newest point, 0 seconds, is at the right.
+struct CHorizBands {
+  CRect ticks, numbers, unit;
+};
+CHorizBands HorizBandsOf(const CRect& area);
+int HorizTick(const CRect& ticks, UINT divisions, UINT i);         // x, from the left
+CPoint HorizNumber(const CRect& numbers, UINT divisions, UINT i);  // from the right
+CString HorizText(UINT timeScan, UINT samples, UINT divisions, UINT i);
+
+// The value axis. The lowest number is at the bottom.
+struct CVertBands {
+  CRect ticks, numbers;
+};
+CVertBands VertBandsOf(const CRect& area);
+int VertTick(const CRect& ticks, UINT divisions, UINT i);  // y, from the bottom
+CRect VertNumber(const CRect& numbers, UINT divisions, UINT i);
+CString VertText(CScale scale, UINT divisions, UINT i);
+
+// The legend: rows of one height, one item each.
+int LegendRow(const CRect& frame, UINT rows);  // the height of a row
+CPoint LegendItem(const CRect& frame, UINT rows, UINT i);
+// The item at point; -1: there is none. Only the height of point decides, inside the frame.
+int LegendItemOnPoint(const CRect& frame, UINT rows, UINT count, CPoint point);
+
+// One item of the legend, relative to its corner.
+struct CItemParts {
+  CRect square, text;
+};
+CItemParts ItemPartsOf(CSize size);
+
+}  // namespace vastra
