@@ -1,0 +1,115 @@
+// The two live views over real stages: an input of three variables a, b, c and the trending stage behind it.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <QFrame>
+#include <QTableView>
+
+#include "tests/support/files.h"
+#include "tests/support/names.h"
+#include "tests/support/recorder.h"
+#include "tests/support/windows.h"
+#include "vastra/stages/log_input.h"
+#include "vastra/stages/log_trendings.h"
+#include "vastra/views/trending_dlg.h"
+#include "vastra/views/var_scan_dlg.h"
+
+namespace vastra {
+
+// Counts how often a widget paints.
+class CPaints : public QObject {
+ public:
+  explicit CPaints(QWidget* widget) { widget->installEventFilter(this); }
+  bool eventFilter(QObject*, QEvent* event) override {
+    m_count += event->type() == QEvent::Paint;
+    return false;
+  }
+  int Take() { return std::exchange(m_count, 0); }
+
+ private:
+  int m_count = 0;
+};
+
+class LiveViews : public testing::Test {
+ protected:
+  LiveViews() {
+    auto* node = new CPlcNodeConfig;
+    node->m_driver.plcType = 9001;  // the simulator
+    node->m_driver.text1 = "constant";
+    node->m_driver.variableCount = 3;
+    node->m_varNames = Names({"a", "b", "c"});
+    m_input.GetOptions()->m_plcNodes.AddTail(node);
+    EXPECT_EQ(1, m_input.Open());
+    m_trendings.GetOptions()->m_baseVars = node->m_varNames;
+    EXPECT_EQ(1, m_trendings.Open(node->m_varNames));
+  }
+  ~LiveViews() override {
+    if (m_trend) m_trend->DestroyWindow();
+    if (m_grid) m_grid->DestroyWindow();
+  }
+
+  QWidget* OpenTrend() {
+    m_trend = new CTrendingDlg;
+    m_trend->SetInputPointers(&m_input, &m_trendings, &m_trend);
+    m_trend->SetGridPointer(&m_grid);
+    m_trend->SetTimeScan(1000);
+    EXPECT_EQ(1, m_trend->Create());
+    m_trend->ShowWindow(SW_SHOW);
+    return m_trend->Widget();
+  }
+  QWidget* OpenGrid() {
+    m_grid = new CVarScanDlg;
+    m_grid->SetInputPointers(&m_input, &m_trendings, &m_grid);
+    m_grid->SetTrendPointer(&m_trend);
+    EXPECT_EQ(1, m_grid->Create());
+    m_grid->ShowWindow(SW_SHOW);
+    return m_grid->Widget();
+  }
+
+  void Write(std::initializer_list<float> values) {
+    CLogSample sample;
+    for (const float value : values) sample.m_values.Add(value);
+    EXPECT_EQ(1, m_trendings.Write(sample));
+  }
+  // A new sample, shown by what is open.
+  void Scan(std::initializer_list<float> values) {
+    Write(values);
+    if (m_trend) m_trend->Refresh();
+    if (m_grid) m_grid->Refresh();
+  }
+
+  // The user chooses names, in order, and nothing else.
+  static void Choose(QWidget* window, std::initializer_list<const char*> names) {
+    WhileModal([&] { Click(window, "Edit"); },
+               [&](QWidget* dialog) {
+                 Click(dialog, "<<");
+                 auto* list = Find<QListWidget>(dialog, "Available variables");
+                 for (const char* name : names) {
+                   list->findItems(name, Qt::MatchExactly).at(0)->setSelected(true);
+                   Click(dialog, "--->");
+                 }
+                 Click(dialog, "OK");
+               });
+  }
+  void Load(QWidget* window, const CString& path) {
+    m_chooser.path = path;
+    Click(window, "Load");
+  }
+  static void Configure(QWidget* window) {
+    WhileModal([&] { Click(window, "Config"); }, [](QWidget* dialog) { Click(dialog, "OK"); });
+  }
+
+  CRecorder m_recorder;
+  CTestPrompter m_prompter;
+  CTestChooser m_chooser;
+  CTempDir m_dir;
+  CLogInput m_input;
+  CLogTrendings m_trendings;
+  CTrendingDlg* m_trend = nullptr;  // the host's variables
+  CVarScanDlg* m_grid = nullptr;
+};
+
+using CBoxes = std::vector<std::string>;
+
+}  // namespace vastra

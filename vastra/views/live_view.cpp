@@ -1,0 +1,100 @@
+#include "vastra/views/live_view.h"
+
+#include "vastra/platform/chooser.h"
+#include "vastra/screens/trend_facade_dlg.h"
+#include "vastra/stages/log_input.h"
+#include "vastra/stages/log_trendings.h"
+#include "vastra/views/var_selection_dlg.h"
+
+namespace vastra {
+
+void CLiveView::Tell(const char* text) {
+  if (text) AfxMessageBox(text, "Message", MB_ICONEXCLAMATION);
+}
+
+void CLiveView::ResetVarNames() {
+  const CTrendConfig& options = *m_pTrendings->GetOptions();
+  m_allNames = options.m_baseVars;
+  m_allNames.Append(options.m_extraVars);
+  CalcVarIndex();
+}
+
+void CLiveView::CalcVarIndex() {
+  m_ready = 0;
+  if (MapNames(m_selected, m_allNames, m_index) != 0) {
+    m_selected = NamesWithPlace(m_selected, m_index);
+    CalcVarIndex();  // none is lost this time
+    OnNamesLost();
+    Tell(m_kind.removed);
+    RedrawAll();
+  }
+  OnIndexed();
+  m_ready = 1;
+}
+
+int CLiveView::ReadSample() {
+  return m_pTrendings && m_pTrendings->Read(&m_sample) && !m_sample.m_values.IsEmpty();
+}
+
+int CLiveView::EditSelection() {
+  ResetVarNames();
+  if (m_allNames.IsEmpty()) {
+    Tell("No variables available.");
+    return 0;
+  }
+  CVarSelectionDlg dialog(this);
+  dialog.m_pAvailable = &m_allNames;
+  dialog.m_pSelected = &m_selected;
+  dialog.m_max = m_kind.limit;
+  return dialog.DoModal() == IDOK;
+}
+
+// A box may stand in between, so the sibling is looked for anew at each step.
+void CLiveView::Configure() {
+  CTrendFacadeDlg dialog(this);
+  dialog.SetInputPointers(m_pInput, m_pTrendings);
+  if (dialog.DoModal() != IDOK) return;
+  CTrendConfig chosen;
+  dialog.GetConfiguration(chosen);
+  m_ready = 0;
+  if (CLiveView* sibling = Sibling()) sibling->m_ready = 0;
+  ReopenStage(chosen.m_extraVars);
+  if (CLiveView* sibling = Sibling()) {
+    sibling->ResetVarNames();
+    sibling->m_ready = 1;
+  }
+  m_ready = 1;
+}
+
+void CLiveView::ReopenStage(const CStringArray& extraVars) {
+  CStringArray names;
+  const bool isOpen = m_pTrendings->IsOpen();
+  if (isOpen) {
+    if (!m_pInput->GetVarNames(names)) {
+      Tell("Modification couldn't be done due to internal error.");
+      return;
+    }
+    m_pTrendings->Close();
+  }
+  m_pTrendings->GetOptions()->m_extraVars = extraVars;
+  if (isOpen) m_pTrendings->Open(names);
+  ResetVarNames();
+}
+
+void CLiveView::ToggleFreeze() {
+  m_frozen = !m_frozen;
+  Button("Freeze").SetWindowText(m_frozen ? "Unfreeze" : "Freeze");
+}
+
+int CLiveView::AskFile(bool save, CString& path) const {
+  CFileQuestion question;
+  question.save = question.asksToOverwrite = save;
+  question.filter = m_kind.filter;
+  if (save) {
+    question.defaultExtension = m_kind.extension;
+    question.name = m_kind.fileName;
+  }
+  return ChooseFile(question, path);
+}
+
+}  // namespace vastra

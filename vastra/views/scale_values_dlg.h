@@ -1,0 +1,24 @@
+// CScaleValuesDlg: the user types the scale of a curve.
+#pragma once
+
+#include "vastra/ui/dialog.h"
+
+namespace vastra {
+
+class CScaleValuesDlg : public CDialog {
+ public:
+  explicit CScaleValuesDlg(CWnd* parent = nullptr);
+
+  // In: what the fields show. Out, behind IDOK: what was typed, in whatever order of size.
+  double m_max = 0;
+  double m_min = 0;
+
+ protected:
+  void OnInitDialog() override;
+  void OnOK() override;
+
+ private:
+  int Take(const char* caption, double& value) const;
+};
+
+}  // namespace vastra
