@@ -132,4 +132,9 @@ CWindows::~CWindows() {
   SetChooser(m_formerChooser);
 }
 
+void AtApplicationEnd(void (*routine)()) {
+  qRemovePostRoutine(routine);
+  qAddPostRoutine(routine);
+}
+
 }  // namespace vastra

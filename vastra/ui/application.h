@@ -23,4 +23,8 @@ class VASTRA_API CWindows {
   CChooser* m_formerChooser;
 };
 
+// Calls routine when the toolkit's application goes, while windows can still be used. Asking twice is asking
+// once.
+VASTRA_API void AtApplicationEnd(void (*routine)());
+
 }  // namespace vastra

@@ -92,15 +92,18 @@ COLORREF CBitmap::GetPixel(CPoint point) const {
   return RGB(qRed(pixel), qGreen(pixel), qBlue(pixel));
 }
 
-void CBitmap::ScrollRows(int dy) {
-  const int rows = static_cast<int>(std::lround(dy * m_image->devicePixelRatio()));
+int CBitmap::ScrollRows(int dy) {
+  const double pixels = dy * m_image->devicePixelRatio();
+  const int rows = static_cast<int>(pixels);
+  if (rows != pixels) return 0;
   const int kept = m_image->height() - std::abs(rows);
-  if (rows == 0 || kept <= 0) return;
+  if (rows == 0 || kept <= 0) return 1;
   const auto line = static_cast<std::size_t>(m_image->bytesPerLine());
   uchar* bits = m_image->bits();
   const std::size_t shift = static_cast<std::size_t>(std::abs(rows)) * line;
   std::memmove(rows > 0 ? bits + shift : bits, rows > 0 ? bits : bits + shift,
                static_cast<std::size_t>(kept) * line);
+  return 1;
 }
 
 CDC::CDC(CBitmap& bitmap) : m_painter(std::make_unique<QPainter>(&bitmap.Image())) { Reset(0); }

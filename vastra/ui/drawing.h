@@ -73,8 +73,9 @@ class VASTRA_API CBitmap {
   bool IsCreated() const;
   CSize Size() const;                     // as asked for
   COLORREF GetPixel(CPoint point) const;  // of a point in it
-  // Moves what it shows by dy rows; the rows that come free keep what they had.
-  void ScrollRows(int dy);
+  // Moves what it shows by dy rows; the rows that come free keep what they had. 1, or 0 if those are no whole
+  // pixels of the screen: nothing has moved.
+  int ScrollRows(int dy);
   const QImage& Image() const { return *m_image; }
   QImage& Image() { return *m_image; }
 

@@ -286,6 +286,10 @@ void CWnd::MoveWindow(const CRect& place) {
   if (!widget) return;
   widget->move(place.left, place.top);
   widget->resize(place.Width(), place.Height());
+  if (widget->isVisible() || !m_events->ScrollBar()) return;
+  // A hidden window lays out its inside when it is shown, and its client area is asked for before.
+  QResizeEvent resized(widget->size(), widget->size());
+  QCoreApplication::sendEvent(widget, &resized);
 }
 
 CRect CWnd::GetPlace() const { return Widget() ? FromRect(Widget()->geometry()) : CRect(); }

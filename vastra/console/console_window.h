@@ -1,0 +1,59 @@
+// CConsoleWnd: one console on the screen, a window that shows the newest lines. CConsole owns it; nobody else
+// holds one.
+#pragma once
+
+#include <deque>
+#include <mutex>
+#include <thread>
+
+#include "vastra/console/console_rules.h"
+#include "vastra/ui/drawing.h"
+#include "vastra/ui/window.h"
+
+namespace vastra {
+
+class CConsoleWnd : public CWnd {
+ public:
+  // Hidden at first; 1. The thread that calls it is the window's.
+  int Create(const CString& title, int x, int y, int width, int height, CWnd* parent);
+  // 1, or 0 if there is no window.
+  int Destroy() { return DestroyWindow(); }
+  bool IsOnItsThread() const { return std::this_thread::get_id() == m_thread; }
+
+  // Adds a line; from any thread, as long as the window is there. One written on the window's thread is on
+  // the screen when Write returns, behind all that was written before it. One from another thread follows
+  // when the window's thread comes to it.
+  void Write(const CString& text, COLORREF colour, DWORD reserved);
+  void Clear();
+
+  int m_onTop = 0;  // kept for CConsole
+
+ protected:
+  bool OnPaint(const CRect& dirty) override;
+  void OnSize(int cx, int cy) override;
+  void OnClose() override { ShowWindow(SW_HIDE); }
+  void OnVScroll(UINT code, int position) override;
+  void OnMessage(UINT message, WPARAM wparam, LPARAM lparam) override;
+
+ private:
+  CConsoleArea Area() const;
+  bool IsSeen() const { return IsWindowVisible() && !IsIconic(); }
+  void Queue(const CString& text, COLORREF colour);
+  bool TakeQueued();
+  void Add(const CString& text, COLORREF colour, CConsoleArea area, bool isSeen);
+  void Redraw();
+  void Draw(CConsoleArea area);
+  void DrawRows(int firstRow, CConsoleArea area);
+
+  CConsoleStore m_store;
+  CBitmap m_picture;  // of the client area
+  CConsoleRows m_rows;
+  std::thread::id m_thread;
+
+  // Lines of other threads on their way into the store: the newest, and how many older ones they pushed out.
+  std::mutex m_lock;
+  std::deque<CConsoleStore::CLine> m_queued;
+  int m_pushedOut = 0;
+};
+
+}  // namespace vastra
