@@ -20,9 +20,7 @@ void CLiveViews::ShowTrend(CScanLoop& loop, UINT refreshPeriod) {
   m_pTrend->SetGridPointer(&m_pGrid);
   m_pTrend->SetTimeScan(refreshPeriod);
   if (!m_pTrend->Create()) return;
-  CRect place = m_pTrend->GetNormalPlace();
-  m_settings.GetPlace(kTrendPlace, place);
-  m_pTrend->MoveWindow(place);
+  if (CRect place; m_settings.GetPlace(kTrendPlace, place)) m_pTrend->MoveWindow(place);
   m_pTrend->ShowWindow(SW_SHOW);
 }
 
@@ -32,10 +30,8 @@ void CLiveViews::ShowGrid(CScanLoop& loop) {
   m_pGrid->SetInputPointers(&loop.Input(), &loop.Trend(), &m_pGrid);
   m_pGrid->SetTrendPointer(&m_pTrend);
   if (!m_pGrid->Create()) return;
-  CRect place = m_pGrid->GetNormalPlace();
-  const CSize fixed = place.Size();
-  m_settings.GetPlace(kGridPlace, place);
-  m_pGrid->MoveWindow(CRect::Of(place.TopLeft(), fixed));
+  if (CRect place; m_settings.GetPlace(kGridPlace, place))
+    m_pGrid->MoveWindow(CRect::Of(place.TopLeft(), m_pGrid->GetNormalPlace().Size()));
   m_pGrid->ShowWindow(SW_SHOW);
 }
 

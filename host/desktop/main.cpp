@@ -4,6 +4,8 @@
 #include <QApplication>
 #include <QCommandLineParser>
 
+#include <cstdio>
+
 #include "host/desktop/main_window.h"
 #include "host/desktop/stop_signals.h"
 #include "vastra/ui/text.h"
@@ -23,7 +25,6 @@ int Main(int argc, char** argv) {
   ::signal(SIGPIPE, SIG_IGN);
   const QApplication application(argc, argv);
   QApplication::setApplicationName("vastra-desktop");
-  QApplication::setApplicationDisplayName("Vastra");
   QApplication::setApplicationVersion(VASTRA_VERSION);
   QApplication::setQuitOnLastWindowClosed(false);
   QCommandLineParser line;
@@ -34,8 +35,9 @@ int Main(int argc, char** argv) {
                  "vastra-desktop: command line: more than one FILE (vastra-desktop --help tells more)\n");
     return 2;
   }
+  QApplication::setApplicationName("Vastra");  // what boxes are headed with
   CMainWindow window;
-  const CStopSignals signals([&window] { window.StopAndQuit(); });
+  const CStopSignals stops([&window] { window.StopAndQuit(); });
   window.show();
   if (!line.positionalArguments().isEmpty()) {
     const bool isOpen = window.Open(FromScreen(line.positionalArguments().constFirst()));

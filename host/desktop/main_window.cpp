@@ -52,10 +52,8 @@ CMainWindow::CMainWindow()
   MakeActions();
   MakeStatusBar();
   resize(fontMetrics().averageCharWidth() * 110, fontMetrics().height() * 26);
-  CRect place = CRect::Of({pos().x(), pos().y()}, {width(), height()});
-  m_settings.GetPlace(kPlace, place);
-  move(place.left, place.top);
-  resize(place.Width(), place.Height());
+  if (CRect place; m_settings.GetPlace(kPlace, place))
+    setGeometry(place.left, place.top, place.Width(), place.Height());
   TakeState();
 }
 
@@ -311,7 +309,8 @@ void CMainWindow::StopAndQuit() {
 }
 
 void CMainWindow::Quit() {
-  m_settings.SetPlace(kPlace, CRect::Of({pos().x(), pos().y()}, {width(), height()}));
+  const QRect place = isMaximized() ? normalGeometry() : geometry();
+  m_settings.SetPlace(kPlace, CRect::Of({place.x(), place.y()}, {place.width(), place.height()}));
   m_views.Close();
   QApplication::quit();
 }

@@ -6,7 +6,7 @@
 namespace vastra {
 namespace {
 
-enum EColumn { columnPart, columnWhat, columnState, columnCount };
+enum EColumn { columnPart, columnState, columnWhat };
 
 CString Count(std::int64_t count, const char* one, const char* many) {
   return CString(std::to_string(count)) + " " + (count == 1 ? one : many);
@@ -17,7 +17,7 @@ CString Failed(std::uint64_t failed) {
 }
 
 CString InputWords(const CInputConfig& input, int variables) {
-  CString words = input.m_simulating ? Count(input.m_inputFiles.GetSize(), "log to replay", "logs to replay")
+  CString words = input.m_simulating ? Count(input.m_inputFiles.GetCount(), "log to replay", "logs to replay")
                                      : Count(input.m_plcNodes.GetCount(), "PLC node", "PLC nodes");
   if (variables >= 0) words += ", " + Count(variables, "variable", "variables");
   if (input.m_asFastAsPossible) return words + ", as fast as possible";
@@ -31,14 +31,13 @@ CString Forms(int rp, int csv) {
 }  // namespace
 
 COverview::COverview(QWidget* parent) : QTreeWidget(parent) {
-  setColumnCount(columnCount);
-  setHeaderLabels({"Part", "What it does", "Now"});
+  setHeaderLabels({"Part", "Now", "What it does"});
   setAccessibleName("Overview");
   setAllColumnsShowFocus(true);
 }
 
 QTreeWidgetItem& COverview::AddPart(const char* part, const CString& what) {
-  auto* item = new QTreeWidgetItem(this, QStringList{part, ToScreen(what)});
+  auto* item = new QTreeWidgetItem(this, QStringList{part, "", ToScreen(what)});
   item->setExpanded(true);
   return *item;
 }
@@ -46,7 +45,7 @@ QTreeWidgetItem& COverview::AddPart(const char* part, const CString& what) {
 void COverview::ShowConfiguration(const CConfiguration& configuration, int inputVariables) {
   clear();
   const auto add = [](QTreeWidgetItem& part, const CString& name, const CString& what) {
-    new QTreeWidgetItem(&part, QStringList{ToScreen(name), ToScreen(what)});
+    new QTreeWidgetItem(&part, QStringList{ToScreen(name), "", ToScreen(what)});
   };
   QTreeWidgetItem& input = AddPart("Input", InputWords(configuration.m_input, inputVariables));
   for (const CPlcNodeConfig* node : configuration.m_input.m_plcNodes)
@@ -63,9 +62,10 @@ void COverview::ShowConfiguration(const CConfiguration& configuration, int input
         Forms(summary->m_saveRp, summary->m_saveCsv) + " to " + summary->m_directory);
   QTreeWidgetItem& plcWrite = AddPart("PLC write", "");
   for (const CPlcSingleConfig* node : configuration.m_plcWrite.m_nodes)
-    add(plcWrite, node->m_nodeName, Count(node->m_varNames.GetSize(), "variable", "variables"));
+    add(plcWrite, node->m_node.m_nodeName, Count(node->m_node.m_varNames.GetSize(), "variable", "variables"));
   AddPart("Trend", Count(configuration.m_trend.m_extraVars.GetSize(), "extra variable", "extra variables"));
-  for (int column = 0; column < columnState; ++column) resizeColumnToContents(column);
+  resizeColumnToContents(columnPart);
+  setColumnWidth(columnState, fontMetrics().averageCharWidth() * 20);
 }
 
 void COverview::ShowState(const char* part, const CString& state) {

@@ -9,10 +9,11 @@ CString RecentName(int index) { return "Recent" + CString(std::to_string(index))
 
 }  // namespace
 
-void CSettings::GetPlace(const char* name, CRect& place) const {
+bool CSettings::GetPlace(const char* name, CRect& place) const {
   int x = 0, y = 0, cx = 0, cy = 0;
-  if (std::sscanf(Get(name), "%d,%d,%d,%d", &x, &y, &cx, &cy) == 4 && cx > 0 && cy > 0)
-    place = CRect::Of({x, y}, {cx, cy});
+  if (std::sscanf(Get(name), "%d,%d,%d,%d", &x, &y, &cx, &cy) != 4 || cx <= 0 || cy <= 0) return false;
+  place = CRect::Of({x, y}, {cx, cy});
+  return true;
 }
 
 void CSettings::SetPlace(const char* name, const CRect& place) {

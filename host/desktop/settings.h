@@ -14,8 +14,8 @@ class CSettings {
   CString Get(const char* name) const { return m_registry.GetString(name); }
   void Set(const char* name, const CString& value) { m_registry.SetString(name, value); }
 
-  // A place on the screen; place is left alone if none is known.
-  void GetPlace(const char* name, CRect& place) const;
+  // A place on the screen: true, or false with place left alone if none is known.
+  bool GetPlace(const char* name, CRect& place) const;
   void SetPlace(const char* name, const CRect& place);
 
   // The configurations opened last, the newest first.

@@ -68,8 +68,8 @@ class CTestChooser : public CChooser {
   CChooser* m_former;
 };
 
-// The one widget of class T in window that is called name: shows it, or has it for its accessible name. Windows
-// that belong to window, also those that are on their way out, are windows of their own.
+// The one widget of class T in window that is called name: shows it, or has it for its accessible name.
+// Windows that belong to window, also those that are on their way out, are windows of their own.
 template <class T>
 T* Find(QWidget* window, const char* name) {
   const auto shows = [](QWidget* widget) {

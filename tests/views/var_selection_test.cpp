@@ -22,7 +22,11 @@ TEST(VarChoice, TheLeftListKeepsItsOrderAndTheRightListThatOfChoosing) {
     const char *unused, *chosen;
   } kSteps[] = {
       {"opening", [] {}, "abcb", "dx"},
-      {"two marked", [&] { choice.Choose({0, 2}); }, "bb", "dxac"},
+      {"two marked",
+       [&] {
+         choice.Choose({0, 2});
+       },
+       "bb", "dxac"},
       {"one of two equal names", [&] { choice.Choose({1}); }, "b", "dxacb"},
       {"the other", [&] { choice.Choose({0}); }, "", "dxacbb"},
       {"one of them back", [&] { choice.TakeOut(4); }, "b", "dxacb"},
@@ -65,47 +69,48 @@ class VarSelection : public testing::Test {
 
 TEST_F(VarSelection, ButtonsAndDoubleClicksMoveWhatIsMarkedAndLeaveNothingMarked) {
   EXPECT_EQ(IDOK, Run(9, [](QWidget* dialog) {
-    auto* left = Find<QListWidget>(dialog, "Available variables");
-    auto* right = Find<QListWidget>(dialog, "Selected variables");
-    EXPECT_EQ(std::vector<std::string>({"a", "b", "c", "e"}), Shown(left));
-    for (const int row : {0, 2}) left->item(row)->setSelected(true);
-    for (int twice = 0; twice < 2; ++twice) Click(dialog, "--->");
-    EXPECT_EQ(std::vector<std::string>({"b", "e"}), Shown(left));
-    DoubleClick(left, 1);
-    EXPECT_EQ(std::vector<std::string>({"d", "a", "c", "e"}), Shown(right));
-    right->setCurrentRow(1);
-    for (int twice = 0; twice < 2; ++twice) Click(dialog, "<---");
-    EXPECT_EQ(std::vector<std::string>({"a", "b"}), Shown(left));
-    DoubleClick(right, 0);
-    EXPECT_EQ(std::vector<std::string>({"a", "b", "d"}), Shown(left));
-    Click(dialog, "OK");
-  }));
+              auto* left = Find<QListWidget>(dialog, "Available variables");
+              auto* right = Find<QListWidget>(dialog, "Selected variables");
+              EXPECT_EQ(std::vector<std::string>({"a", "b", "c", "e"}), Shown(left));
+              for (const int row : {0, 2}) left->item(row)->setSelected(true);
+              for (int twice = 0; twice < 2; ++twice) Click(dialog, "--->");
+              EXPECT_EQ(std::vector<std::string>({"b", "e"}), Shown(left));
+              DoubleClick(left, 1);
+              EXPECT_EQ(std::vector<std::string>({"d", "a", "c", "e"}), Shown(right));
+              right->setCurrentRow(1);
+              for (int twice = 0; twice < 2; ++twice) Click(dialog, "<---");
+              EXPECT_EQ(std::vector<std::string>({"a", "b"}), Shown(left));
+              DoubleClick(right, 0);
+              EXPECT_EQ(std::vector<std::string>({"a", "b", "d"}), Shown(left));
+              Click(dialog, "OK");
+            }));
   EXPECT_EQ("ce", Join(m_selected));
 }
 
 TEST_F(VarSelection, TheLimitIsCheckedAtOkAlone) {
   EXPECT_EQ(IDOK, Run(2, [this](QWidget* dialog) {
-    Click(dialog, ">>");
-    EXPECT_EQ(0U, m_prompter.asked.size());
-    Click(dialog, "OK");
-    EXPECT_EQ(std::vector<std::string>({"Message|Maximum number of variables is 2|00"}), m_prompter.Take());
-    ASSERT_TRUE(dialog->isVisible());
-    EXPECT_EQ("d", Join(m_selected));
-    auto* right = Find<QListWidget>(dialog, "Selected variables");
-    for (int i = 0; i < 3; ++i) {
-      right->setCurrentRow(0);
-      Click(dialog, "<---");
-    }
-    Click(dialog, "OK");
-  }));
+              Click(dialog, ">>");
+              EXPECT_EQ(0U, m_prompter.asked.size());
+              Click(dialog, "OK");
+              EXPECT_EQ(std::vector<std::string>({"Message|Maximum number of variables is 2|00"}),
+                        m_prompter.Take());
+              ASSERT_TRUE(dialog->isVisible());
+              EXPECT_EQ("d", Join(m_selected));
+              auto* right = Find<QListWidget>(dialog, "Selected variables");
+              for (int i = 0; i < 3; ++i) {
+                right->setCurrentRow(0);
+                Click(dialog, "<---");
+              }
+              Click(dialog, "OK");
+            }));
   EXPECT_EQ("ce", Join(m_selected));
 }
 
 TEST_F(VarSelection, CancelKeepsTheSelection) {
   EXPECT_EQ(IDCANCEL, Run(9, [](QWidget* dialog) {
-    Click(dialog, "<<");
-    Click(dialog, "Cancel");
-  }));
+              Click(dialog, "<<");
+              Click(dialog, "Cancel");
+            }));
   EXPECT_EQ("d", Join(m_selected));
 }
 

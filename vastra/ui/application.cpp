@@ -51,7 +51,7 @@ int AnswerOf(int button) {
 }
 
 int ShowBox(const CString& text, const CString& title, UINT type) {
-  const QString caption = title.IsEmpty() ? QApplication::applicationDisplayName() : ToScreen(title);
+  const QString caption = title.IsEmpty() ? QApplication::applicationName() : ToScreen(title);
   QMessageBox box(IconOf(type), caption, ToScreen(text), ButtonsOf(type), GetActiveWidget());
   box.setTextFormat(Qt::PlainText);
   return AnswerOf(box.exec());

@@ -1,6 +1,7 @@
 #include "vastra/ui/text.h"
 
 #include <QByteArray>
+#include <QString>
 #include <QStringDecoder>
 
 namespace vastra {

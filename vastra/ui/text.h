@@ -4,9 +4,9 @@
 // UTF-8.
 #pragma once
 
-#include <QString>
-
 #include "vastra/platform/string.h"
+
+class QString;
 
 namespace vastra {
 

@@ -1,6 +1,6 @@
 // CLiveView: what the trend window and the scan grid have in common. Both show variables of the trending
-// stage that the user has chosen: the host calls Refresh at its own pace, and Refresh takes the newest sample.
-// Both let the user change the extra variables of that stage, and tell each other when that happens.
+// stage that the user has chosen: the host calls Refresh at its own pace, and Refresh takes the newest
+// sample. Both let the user change the extra variables of that stage, and tell each other when that happens.
 #pragma once
 
 #include "vastra/core/sample.h"
@@ -22,8 +22,8 @@ struct CLiveViewKind {
 
 class VASTRA_API CLiveView : public CDialog {
  public:
-  // The variables of the stage have changed: takes their names anew from its options. Chosen ones that are not
-  // there any more go, and the user is told.
+  // The variables of the stage have changed: takes their names anew from its options. Chosen ones that are
+  // not there any more go, and the user is told.
   virtual void ResetVarNames();
 
  protected:
@@ -52,7 +52,7 @@ class VASTRA_API CLiveView : public CDialog {
   void ToggleFreeze();
   int AskFile(bool save, CString& path) const;
 
-  static void Tell(const char* text);              // null: nothing to tell
+  static void Tell(const char* text);           // null: nothing to tell
   static int HasNames(ESelectionFile result) {  // of a reading: those read so far are the selection now
     return result == ESelectionFile::good || result == ESelectionFile::endsInside;
   }

@@ -91,7 +91,8 @@ void CHorizScale::PaintNumbers(CDC& dc) const {
 
 void CHorizScale::PaintUnit(CDC& dc) const {
   const CRect& unit = m_bands.unit;
-  dc.SelectObject(CFont({.height = unit.Height() - 6, .width = unit.Width() / 40, .weight = 300, .face = kFace}));
+  dc.SelectObject(
+      CFont({.height = unit.Height() - 6, .width = unit.Width() / 40, .weight = 300, .face = kFace}));
   dc.SetTextAlign(TA_CENTER);
   dc.TextOut({(unit.left + 2 + unit.right - 2) / 2, unit.top + 7}, "Seconds");
 }
@@ -116,10 +117,8 @@ void CVertScale::Paint(CDC& dc) const {
 
 void CVertScale::PaintNumbers(CDC& dc) const {
   const CRect& numbers = m_bands.numbers;
-  dc.SelectObject(CFont({.height = numbers.Height() / 14 - 3,
-                         .width = numbers.Width() / 8 - 1,
-                         .weight = 400,
-                         .face = kFace}));
+  dc.SelectObject(CFont(
+      {.height = numbers.Height() / 14 - 3, .width = numbers.Width() / 8 - 1, .weight = 400, .face = kFace}));
   for (UINT i = 0; i <= m_divisions; ++i)
     dc.DrawText(VertText(m_variable->Scale(), m_divisions, i), VertNumber(numbers, m_divisions, i));
 }

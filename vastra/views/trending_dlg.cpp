@@ -16,11 +16,11 @@ constexpr const char* kPlot = "Trends";
 constexpr const char* kVertScale = "Vertical scale";
 constexpr const char* kHorizScale = "Horizontal scale";
 constexpr CControl kControls[] = {
-    {CControl::frame, kLegend, {348, 9, 72, 179}},      {CControl::frame, kPlot, {11, 9, 287, 223}},
-    {CControl::area, kVertScale, {301, 9, 35, 222}},    {CControl::area, kHorizScale, {12, 235, 286, 30}},
-    {CControl::button, "Edit", {348, 190, 34, 15}},     {CControl::button, "Config", {386, 190, 33, 15}},
-    {CControl::button, "Freeze", {348, 209, 71, 15}},   {CControl::button, "Load", {348, 229, 34, 15}},
-    {CControl::button, "Save", {386, 229, 33, 15}},     {CControl::button, "Cancel", {348, 248, 71, 15}},
+    {CControl::frame, kLegend, {348, 9, 72, 179}},    {CControl::frame, kPlot, {11, 9, 287, 223}},
+    {CControl::area, kVertScale, {301, 9, 35, 222}},  {CControl::area, kHorizScale, {12, 235, 286, 30}},
+    {CControl::button, "Edit", {348, 190, 34, 15}},   {CControl::button, "Config", {386, 190, 33, 15}},
+    {CControl::button, "Freeze", {348, 209, 71, 15}}, {CControl::button, "Load", {348, 229, 34, 15}},
+    {CControl::button, "Save", {386, 229, 33, 15}},   {CControl::button, "Cancel", {348, 248, 71, 15}},
 };
 constexpr CDialogTemplate kTemplate = {"Trending", {432, 270}, kControls, CDialogTemplate::resizable};
 constexpr CLiveViewKind kKind = {20, "Some variables had to be removed from the trending.", "trn", "Trend",
@@ -91,11 +91,11 @@ void CTrendingDlg::OnSize(int cx, int cy) {
   if (!m_isOpen || IsIconic()) return;
   const CTrendLayout layout = LayOutTrend({cx, cy}, GetFrameRect());
   const std::pair<CWnd&, const CRect&> places[] = {
-      {Place(kLegend), layout.legend},   {Place(kPlot), layout.plot},
+      {Place(kLegend), layout.legend},       {Place(kPlot), layout.plot},
       {Place(kVertScale), layout.vertScale}, {Place(kHorizScale), layout.horizScale},
-      {Button("Edit"), layout.edit},     {Button("Config"), layout.config},
-      {Button("Freeze"), layout.freeze}, {Button("Load"), layout.load},
-      {Button("Save"), layout.save},     {Button("Cancel"), layout.cancel},
+      {Button("Edit"), layout.edit},         {Button("Config"), layout.config},
+      {Button("Freeze"), layout.freeze},     {Button("Load"), layout.load},
+      {Button("Save"), layout.save},         {Button("Cancel"), layout.cancel},
   };
   for (const auto& [window, place] : places) window.MoveWindow(place);
   TakePlaces();
@@ -264,10 +264,17 @@ bool CTrendingDlg::OnRButtonDown(CPoint point) {
   if (item < 0) return false;
   m_popupItem = item;
   switch (TrackPopupMenu(*this, point, {"Select", "Set Scale", "Change Color"})) {
-    case 0: OnSelectVarPop(); break;
-    case 1: OnSetScalePop(); break;
-    case 2: OnColorPop(); break;
-    default: break;
+    case 0:
+      OnSelectVarPop();
+      break;
+    case 1:
+      OnSetScalePop();
+      break;
+    case 2:
+      OnColorPop();
+      break;
+    default:
+      break;
   }
   return true;
 }

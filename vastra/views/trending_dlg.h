@@ -88,7 +88,7 @@ class VASTRA_API CTrendingDlg : public CLiveView {
   CLegend m_legend;
   CVertScale m_vertScale;
   CHorizScale m_horizScale;
-  bool m_isOpen = false;          // OnInitDialog has done its work
+  bool m_isOpen = false;        // OnInitDialog has done its work
   bool m_pictureIsNew = false;  // Refresh has drawn it a moment ago
 };
 

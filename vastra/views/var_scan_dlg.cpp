@@ -7,9 +7,9 @@ namespace {
 
 constexpr const char* kGrid = "Values";
 constexpr CControl kControls[] = {
-    {CControl::grid, kGrid, {7, 7, 124, 313}},       {CControl::button, "Config", {137, 200, 50, 14}},
-    {CControl::button, "Edit", {137, 223, 50, 14}},  {CControl::button, "Freeze", {137, 239, 50, 14}},
-    {CControl::button, "Load", {137, 262, 50, 14}},  {CControl::button, "Save", {137, 278, 50, 14}},
+    {CControl::grid, kGrid, {7, 7, 124, 313}},        {CControl::button, "Config", {137, 200, 50, 14}},
+    {CControl::button, "Edit", {137, 223, 50, 14}},   {CControl::button, "Freeze", {137, 239, 50, 14}},
+    {CControl::button, "Load", {137, 262, 50, 14}},   {CControl::button, "Save", {137, 278, 50, 14}},
     {CControl::button, "Cancel", {137, 301, 50, 14}},
 };
 constexpr CDialogTemplate kTemplate = {"Scan Screen", {194, 327}, kControls, CDialogTemplate::minimizeBox};

@@ -6,14 +6,10 @@ namespace {
 constexpr const char* kAvailable = "Available variables";
 constexpr const char* kChosen = "Selected variables";
 constexpr CControl kControls[] = {
-    {CControl::multiListBox, kAvailable, {7, 7, 110, 180}},
-    {CControl::button, "--->", {123, 50, 34, 14}},
-    {CControl::button, "<---", {123, 68, 34, 14}},
-    {CControl::button, ">>", {123, 100, 34, 14}},
-    {CControl::button, "<<", {123, 118, 34, 14}},
-    {CControl::listBox, kChosen, {163, 7, 110, 180}},
-    {CControl::defaultButton, "OK", {168, 194, 50, 14}},
-    {CControl::button, "Cancel", {223, 194, 50, 14}},
+    {CControl::multiListBox, kAvailable, {7, 7, 110, 180}}, {CControl::button, "--->", {123, 50, 34, 14}},
+    {CControl::button, "<---", {123, 68, 34, 14}},          {CControl::button, ">>", {123, 100, 34, 14}},
+    {CControl::button, "<<", {123, 118, 34, 14}},           {CControl::listBox, kChosen, {163, 7, 110, 180}},
+    {CControl::defaultButton, "OK", {168, 194, 50, 14}},    {CControl::button, "Cancel", {223, 194, 50, 14}},
 };
 constexpr CDialogTemplate kTemplate = {"Select Variables", {280, 215}, kControls};
 
@@ -35,8 +31,10 @@ void CVarSelectionDlg::OnInitDialog() {
   On("<---", [this] { OnDelvarButton(); });
   On(">>", [this] { OnSelallvarsButton(); });
   On("<<", [this] { OnDelallvarsButton(); });
-  On(kAvailable, [this] { OnSelvarButton(); }, ENotify::doubleClicked);
-  On(kChosen, [this] { OnDelvarButton(); }, ENotify::doubleClicked);
+  On(
+      kAvailable, [this] { OnSelvarButton(); }, ENotify::doubleClicked);
+  On(
+      kChosen, [this] { OnDelvarButton(); }, ENotify::doubleClicked);
 }
 
 void CVarSelectionDlg::ShowLists() {
