@@ -1,0 +1,285 @@
+// The desktop host: real windows, real stages, the simulator and a driver that lets one wait.
+#include <gtest/gtest.h>
+
+#include <QClipboard>
+#include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPlainTextEdit>
+#include <QTreeWidget>
+
+#include <filesystem>
+
+#include "host/common/configuration_file.h"
+#include "host/desktop/main_window.h"
+#include "tests/support/files.h"
+#include "tests/support/windows.h"
+#include "vastra/console/console.h"
+#include "vastra/core/link.h"
+
+namespace vastra {
+namespace {
+
+std::string Configuration(const std::string& driver, const std::string& more = "") {
+  return R"({"input": {"scanPeriod": 10, "plcNodes": [{"nodeName": "N", "driver": )" + driver +
+         R"(, "varNames": ["a", "b"]}])" + more + R"(},
+"outputs": [{"name": "All", "enableText": "WriteToLog = 1;", "varNames": ["a", "b"], "saveRp": 1, "saveCsv": 1,
+"directory": "."}], "trend": {"calculateExtra": 1, "extraVars": ["c"], "equationText": "c = a + b;"}})";
+}
+constexpr const char* kSimulator = R"({"plcType": 9001, "text1": "counter"})";
+
+class Desktop : public testing::Test {
+ protected:
+  Desktop() {
+    ::setenv("XDG_CONFIG_HOME", m_dir.Path(), 1);
+    WriteBytes(m_dir / "demo.json", Configuration(kSimulator));
+  }
+
+  // Lets the window work until condition holds.
+  static bool Wait(const std::function<bool()>& condition) { return QTest::qWaitFor(condition, 20000); }
+  static QAction* ActionOf(QMainWindow& window, const char* text) {
+    for (const QAction* menu : window.menuBar()->actions())
+      for (QAction* action : menu->menu()->actions())
+        if (action->text().remove('&') == text) return action;
+    throw std::runtime_error(text);
+  }
+  static bool HasStatus(QMainWindow& window, const char* text) {
+    for (const QLabel* label : window.findChildren<QLabel*>())
+      if (label->text().contains(text)) return true;
+    return false;
+  }
+  std::size_t Rows() const {
+    std::size_t rows = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(m_dir.Path().Std()))
+      if (entry.path().extension() == ".csv") {
+        const std::string text = ReadBytes(CString(entry.path().string()));
+        rows += static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')) - 1;
+      }
+    return rows;
+  }
+
+  CTempDir m_dir;
+};
+
+// A runner with what it tells.
+struct CRun {
+  explicit CRun(const std::string& json, const CString& folder) {
+    EXPECT_EQ(ParseConfiguration(json, folder, configuration), "");
+    runner.SetConfiguration(configuration);
+  }
+  bool Reaches(CRunner::EState state) {
+    return QTest::qWaitFor([&] { return runner.State() == state; }, 20000);
+  }
+
+  CConfiguration configuration;
+  int failed = 0, refreshed = 0, ticks = 0;
+  CRunner runner{{[] {}, [this] { ++failed; }, [this] { ++refreshed; }, [this] { ++ticks; }}};
+};
+
+TEST(DesktopRunner, ViewsAreRefreshedWithTheScansButNotOftenerThanTheyCanDraw) {
+  const struct {
+    UINT scan, refresh;
+  } cases[] = {{5000, 5000}, {50, 50}, {49, 98}, {25, 50}, {20, 60}, {1, 50}, {0, 100}};
+  for (const auto& [scan, refresh] : cases) EXPECT_EQ(CRunner::RefreshPeriodOf(scan), refresh) << scan;
+}
+
+TEST_F(Desktop, ARunWritesWhatItReadAndStopsWhereverItIs) {
+  CRun run(Configuration(kSimulator), m_dir.Path());
+  run.runner.Start();
+  EXPECT_EQ(run.runner.State(), CRunner::EState::starting);
+  ASSERT_TRUE(run.Reaches(CRunner::EState::running));
+  ASSERT_TRUE(Wait([&] { return run.runner.Loop().Counts().read >= 30; }));
+  EXPECT_GT(run.refreshed, 2);
+  EXPECT_LT(run.refreshed, 30) << "each scan draws";
+  EXPECT_GT(run.ticks, 0);
+  run.runner.Stop();
+  ASSERT_TRUE(run.Reaches(CRunner::EState::stopped));
+  EXPECT_EQ(Rows(), run.runner.Loop().Counts().read);
+
+  run.runner.Start();
+  run.runner.Stop();  // before it is open
+  EXPECT_TRUE(run.Reaches(CRunner::EState::stopped));
+  EXPECT_EQ(run.failed, 0);
+}
+
+TEST_F(Desktop, AStageThatDoesNotOpenIsNamed) {
+  CRun run(Configuration(R"({"plcType": 1})"), m_dir.Path());
+  run.runner.Start();
+  ASSERT_TRUE(run.Reaches(CRunner::EState::stopped));
+  EXPECT_EQ(run.failed, 1);
+  EXPECT_STREQ(run.runner.Loop().FailedStage(), "input");
+}
+
+// A PLC that does not answer for a second, at any step, never holds up the window.
+TEST_F(Desktop, TheWindowNeverWaitsForAPlc) {
+  CRun run(Configuration(R"({"plcType": 9077, "value1": 700, "value2": 700, "value3": 700})"), m_dir.Path());
+  std::chrono::steady_clock::time_point last = std::chrono::steady_clock::now();
+  std::chrono::steady_clock::duration longest{};
+  QTimer beat;
+  QObject::connect(&beat, &QTimer::timeout, [&] {
+    const auto now = std::chrono::steady_clock::now();
+    longest = std::max(longest, now - last);
+    last = now;
+  });
+  beat.start(5);
+  run.runner.Start();
+  ASSERT_TRUE(run.Reaches(CRunner::EState::running));
+  ASSERT_TRUE(Wait([&] { return run.runner.Loop().Counts().read >= 1; }));
+  run.runner.Stop();
+  ASSERT_TRUE(run.Reaches(CRunner::EState::stopped));
+  EXPECT_LT(longest, std::chrono::milliseconds(600)) << "shorter than each wait of the driver";
+}
+
+TEST_F(Desktop, ADocumentThatCannotBeReadChangesNothing) {
+  CDocument document;
+  ASSERT_EQ(document.Open(m_dir / "demo.json"), "");
+  WriteBytes(m_dir / "bad.json", "{\"version\": 7}");
+  EXPECT_EQ(document.Open(m_dir / "bad.json").Left(m_dir.Path().GetLength()), m_dir.Path());
+  EXPECT_EQ(document.Path(), m_dir / "demo.json");
+  EXPECT_EQ(document.Configuration().m_outputs.m_outputs.GetCount(), 1);
+}
+
+TEST_F(Desktop, WhatTheViewsChangedIsSavedInEitherForm) {
+  for (const char* name : {"saved.json", "saved.vst"}) {
+    CDocument document;
+    ASSERT_EQ(document.Open(m_dir / "demo.json"), "");
+    CTrendConfig trend = document.Configuration().m_trend;
+    trend.m_baseVars.Add("a");
+    document.TakeTrend(trend);
+    EXPECT_FALSE(document.IsChanged()) << "the names of the input are no setting";
+    trend.m_extraVars.Add("d");
+    document.TakeTrend(trend);
+    EXPECT_TRUE(document.IsChanged());
+    ASSERT_EQ(document.Save(m_dir / name), "");
+    EXPECT_FALSE(document.IsChanged());
+    CDocument again;
+    ASSERT_EQ(again.Open(m_dir / name), "");
+    EXPECT_EQ(again.Configuration().m_trend.m_extraVars.GetSize(), 2) << name;
+  }
+  CDocument document;
+  EXPECT_NE(document.Save(m_dir / "no/such/folder.json"), "");
+}
+
+TEST_F(Desktop, SettingsKeepTheNewestFilesOnceAndNoBadPlace) {
+  CSettings settings;
+  for (const char* path : {"a", "b", "a", "c", "d", "e", "f", "g", "h", "i"}) settings.AddRecent(path);
+  std::string all;
+  for (const CString& path : CSettings().Recent()) all += path.Std();
+  EXPECT_EQ(all, "ihgfedca");
+  const struct {
+    const char* value;
+    bool isPlace;
+  } cases[] = {{"1,2,30,40", true}, {"", false}, {"1,2,3", false}, {"1,2,0,40", false}, {"x", false}};
+  for (const auto& [value, isPlace] : cases) {
+    settings.Set("Place", value);
+    CRect place{9, 9, 9, 9};
+    EXPECT_EQ(settings.GetPlace("Place", place), isPlace) << value;
+    EXPECT_EQ(place, isPlace ? CRect({1, 2, 31, 42}) : CRect({9, 9, 9, 9}));
+  }
+}
+
+TEST_F(Desktop, TheWindowRunsAConfigurationAndAsksBeforeItStops) {
+  CMainWindow window;
+  CTestPrompter boxes;
+  window.show();
+  EXPECT_FALSE(ActionOf(window, "Start")->isEnabled());
+  EXPECT_FALSE(window.Open(m_dir / "missing.json"));
+  ASSERT_EQ(boxes.asked.size(), 1u);
+  EXPECT_NE(boxes.Take()[0].find("missing.json: "), std::string::npos);
+  ASSERT_TRUE(window.Open(m_dir / "demo.json"));
+  ActionOf(window, "Start")->trigger();
+  ASSERT_TRUE(Wait([&] { return HasStatus(window, "Running"); }));
+  EXPECT_FALSE(ActionOf(window, "Open...")->isEnabled());
+  ActionOf(window, "Trend")->trigger();
+  ActionOf(window, "Scan Grid")->trigger();
+  ASSERT_TRUE(Wait(
+      [&] { return window.findChildren<QDialog*>().size() + QApplication::topLevelWidgets().size() > 3; }));
+
+  boxes.answer = IDNO;
+  window.close();
+  EXPECT_EQ(boxes.Take(), std::vector<std::string>{"|The logger is running. Stop it and quit?|24"});
+  EXPECT_TRUE(HasStatus(window, "Running"));
+
+  ActionOf(window, "Stop")->trigger();
+  ASSERT_TRUE(Wait([&] { return HasStatus(window, "Stopped"); }));
+  EXPECT_GT(Rows(), 0u);
+  EXPECT_TRUE(HasStatus(window, " samples, 0 failed reads, "));
+  EXPECT_EQ(boxes.Take(), std::vector<std::string>{});
+}
+
+TEST_F(Desktop, AWrongEquationIsToldBeforeAnythingOpens) {
+  WriteBytes(m_dir / "wrong.json",
+             Configuration(kSimulator, R"(, "preprocess": 1, "preEquationText": "x = a; y = ;")"));
+  CMainWindow window;
+  CTestPrompter boxes;
+  ASSERT_TRUE(window.Open(m_dir / "wrong.json"));
+  window.Start();
+  ASSERT_EQ(boxes.asked.size(), 1u);
+  EXPECT_NE(boxes.asked[0].find("input.preEquations"), std::string::npos) << boxes.asked[0];
+  EXPECT_TRUE(HasStatus(window, "Stopped"));
+}
+
+TEST_F(Desktop, TheReportIsShownCopiedAndSaved) {
+  CMainWindow window;
+  CTestChooser chooser;
+  ASSERT_TRUE(window.Open(m_dir / "demo.json"));
+  ActionOf(window, "Report")->trigger();
+  auto* report = window.findChild<QDialog*>();
+  ASSERT_TRUE(report);
+  const QString shown = Find<QPlainTextEdit>(report, "Report")->toPlainText();
+  EXPECT_FALSE(shown.isEmpty());
+  for (QAbstractButton* button : report->findChildren<QAbstractButton*>()) {
+    chooser.path = m_dir / "report.txt";
+    if (button->text() == "&Copy" || button->text() == "&Save...") button->click();
+  }
+  EXPECT_EQ(QGuiApplication::clipboard()->text(), shown);
+  EXPECT_EQ(ToScreenLines(CString(ReadBytes(m_dir / "report.txt"))), shown);
+}
+
+// The kinds of lines that come through, by their first letters.
+std::string Shown() {
+  class CSink : public CConsoleSink {
+   public:
+    int Write(UINT, const CString& text, COLORREF, DWORD) override { return kinds += text[0], 1; }
+    std::string kinds;
+  } sink;
+  class CProbe : public CLink {
+   public:
+    static CMessenger* Messenger() { return m_pMessenger; }
+  };
+  CConsoleSink* former = SetConsoleSink(&sink);
+  for (const char severity : {severityError, severityWarning, severityNotice, severityBegin})
+    CProbe::Messenger()->Send("C", "n", functionRead, severity, nullptr);
+  SetConsoleSink(former);
+  return sink.kinds;
+}
+
+void Configure(CMessages& messages, const std::vector<const char*>& clicks) {
+  WhileModal([&] { messages.Configure(); },
+             [&](QWidget* dialog) {
+               for (const char* caption : clicks) Click(dialog, caption);
+               Click(dialog, "OK");
+             });
+}
+
+TEST_F(Desktop, TheKindsOfMessagesAreRememberedAndAllMeansAll) {
+  CSettings settings;
+  {
+    CMessages messages(settings);
+    EXPECT_EQ(Shown(), "EWN");
+    Configure(messages, {"All Messages"});
+    EXPECT_EQ(Shown(), "EWNB");
+  }
+  {
+    CMessages messages(settings);
+    EXPECT_EQ(Shown(), "EWNB") << "the next run";
+    Configure(messages, {"Warning Messages", "Always on Top"});
+    EXPECT_EQ(Shown(), "W");
+  }
+  CMessages messages(settings);
+  EXPECT_EQ(Shown(), "W");
+  EXPECT_EQ(CConsole::Instance()->IsOnTop(0), 1);
+}
+
+}  // namespace
+}  // namespace vastra
