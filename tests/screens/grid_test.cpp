@@ -15,8 +15,8 @@ constexpr CControl kControls[] = {{CControl::grid, "Grid", {7, 7, 124, 313}}};
 constexpr CDialogTemplate kTemplate = {"", {140, 330}, kControls};
 
 TEST(Grid, ShowsItsOwnersArraysAndThirtyRows) {
-  CDialog dialog(kTemplate);
   CGridWnd grid;
+  CDialog dialog(kTemplate);
   EXPECT_EQ(0u, grid.GetRowCount());
   ASSERT_EQ(1, dialog.Create());
   grid.SubclassDlgItem(dialog, "Grid");

@@ -38,13 +38,6 @@ TEST(TextList, AnEmptyLineEndsWhatIsRead) {
   EXPECT_EQ(std::string("a\0b|", 4), Join(LinesOf(CString("a\0b\r\n", 5))));
 }
 
-TEST(TextList, WhatIsWrittenComesBack) {
-  const CStringArray names = Names({"b", "A b", "a", "\xE9"});
-  EXPECT_EQ("b\r\nA b\r\na\r\n\xE9\r\n\r\n", ListText(names).Std());
-  EXPECT_EQ(names, LinesOf(ListText(names)));
-  EXPECT_EQ(names, LinesOf(JoinLines(names)));
-}
-
 TEST(TextList, NamesAreTheSameOnlyByteForByte) {
   const struct {
     CStringArray present, names;
