@@ -23,6 +23,6 @@ bool ReadTextFile(const CString& path, CString& text);
 // written, and what was there stays.
 bool WriteTextFile(const CString& path, const CString& text);
 
-constexpr std::size_t kMaxTextFile = 16 << 20;  // bytes
+constexpr std::size_t kMaxTextFile = 4 << 20;  // bytes
 
 }  // namespace vastra
