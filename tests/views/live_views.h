@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <QFrame>
+#include <QPaintEvent>
 #include <QTableView>
 
 #include "tests/support/files.h"
@@ -17,17 +18,20 @@
 
 namespace vastra {
 
-// Counts how often a widget paints.
+// Counts how often a widget paints any of part; by default, anything.
 class CPaints : public QObject {
  public:
-  explicit CPaints(QWidget* widget) { widget->installEventFilter(this); }
+  explicit CPaints(QWidget* widget, QRect part = QRect(0, 0, 9999, 9999)) : m_part(part) {
+    widget->installEventFilter(this);
+  }
   bool eventFilter(QObject*, QEvent* event) override {
-    m_count += event->type() == QEvent::Paint;
+    m_count += event->type() == QEvent::Paint && static_cast<QPaintEvent*>(event)->region().intersects(m_part);
     return false;
   }
   int Take() { return std::exchange(m_count, 0); }
 
  private:
+  QRect m_part;
   int m_count = 0;
 };
 
@@ -91,6 +95,7 @@ class LiveViews : public testing::Test {
                  }
                  Click(dialog, "OK");
                });
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);  // the dialog has a "Cancel" too
   }
   void Load(QWidget* window, const CString& path) {
     m_chooser.path = path;

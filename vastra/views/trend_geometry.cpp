@@ -30,7 +30,7 @@ CTrendLayout LayOutTrend(CSize client, const CRect& frame) {
   const int width = client.cx, height = client.cy;
   const int bw = std::min(width / 6, 120), bh = std::min(height / 18, 25);
   const int mx = width / 30, gap = height / 140, row = height / 15;
-  const int y0 = height / 30 + frame.top + 23;
+  const int y0 = std::max(height / 30 + frame.top + kTrendCaption, 0);
   const double tall = height * 0.6666666666666666, half = bw * 0.46511627906976744;
   const int hw = Cut(half), cx = frame.right - mx - bw, cx2 = Cut(frame.right - mx - half + 1.0);
   const int pw = Cut((width - mx - bw) * 0.8333333333333334), ph = Cut(height * 0.8333333333333334);

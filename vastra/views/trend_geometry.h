@@ -12,11 +12,15 @@ namespace vastra {
 
 constexpr CSize kTrendMinSize = {400, 325};  // of the window, its frame included
 constexpr int kTrendPoints = 100;            // that a curve keeps
+// The height of a caption, its edge included, for which the layout is made. A higher one moves all up; with a
+// lower one (some screens tell of none at all) the last controls would stand below the window.
+constexpr int kTrendCaption = 23;
 
 struct CTrendLayout {
   CRect legend, edit, config, freeze, load, save, cancel, plot, vertScale, horizScale;
 };
-// client: the size of the client area. frame: the outer edges of the window in client coordinates.
+// client: the size of the client area. frame: the outer edges of the window in client coordinates; whatever
+// its top, nothing stands above the client area.
 CTrendLayout LayOutTrend(CSize client, const CRect& frame);
 
 // The values at the bottom and at the top of the plot.

@@ -89,7 +89,9 @@ int CTrendingDlg::CreatePicture() {
 
 void CTrendingDlg::OnSize(int cx, int cy) {
   if (!m_isOpen || IsIconic()) return;
-  const CTrendLayout layout = LayOutTrend({cx, cy}, GetFrameRect());
+  CRect frame = GetFrameRect();
+  frame.top = std::min(frame.top, -kTrendCaption);
+  const CTrendLayout layout = LayOutTrend({cx, cy}, frame);
   const std::pair<CWnd&, const CRect&> places[] = {
       {Place(kLegend), layout.legend},       {Place(kPlot), layout.plot},
       {Place(kVertScale), layout.vertScale}, {Place(kHorizScale), layout.horizScale},

@@ -1,0 +1,323 @@
+// The trend window over real stages: what it plots, and what a selection, a file or a change of the variables
+// makes of its curves.
+#include <QLineEdit>
+
+#include "tests/views/live_views.h"
+
+namespace vastra {
+namespace {
+
+constexpr COLORREF kFirst = 0xFA5A5A, kSecond = 0x5AFA5A;
+const char* const kLost = "Message|Some variables had to be removed from the trending.|30";
+const char* const kUnreadable = "Message|Error reading file.|30";
+
+class TrendWindow : public LiveViews {
+ protected:
+  TrendWindow() : m_window(OpenTrend()) { m_prompter.Take(); }
+
+  QRect Frame(const char* name) const { return Find<QFrame>(m_window, name)->geometry(); }
+  QSize PlotSize() const { return Frame("Trends").size(); }
+
+  // The part of the plot's picture that has colour, in coordinates of the picture.
+  QRect Coloured(COLORREF colour) const {
+    const QRect picture = Frame("Trends").adjusted(2, 2, -2, -2);
+    const QImage shown = Grab(*m_trend).copy(picture);
+    QRect found;
+    for (int y = 0; y < shown.height(); ++y)
+      for (int x = 0; x < shown.width(); ++x)
+        if (PixelOf(shown, x, y) == colour) found |= QRect(x, y, 1, 1);
+    return found;
+  }
+
+  // What Save writes: "name minimum..maximum colour|" for each curve, and the one on the scale.
+  std::string Curves() {
+    CTrendSelection selection;
+    const CString path = std::exchange(m_chooser.path, m_dir / "curves");
+    Click(m_window, "Save");
+    m_chooser.path = path;
+    EXPECT_EQ(ESelectionFile::good, ReadSelection(m_dir / "curves", selection));
+    std::string all;
+    for (const auto& [name, minimum, maximum, colour] : selection.curves) {
+      CString text;
+      text.Format("%s %g..%g %06X|", static_cast<const char*>(name), minimum, maximum, colour);
+      all += text.Std();
+    }
+    return all + std::to_string(selection.scaleIndex);
+  }
+
+  QPoint Item(int i) const {
+    const CRect frame = m_trend->Place("Legend").GetPlace();
+    const CPoint item = LegendItem(frame, 20, static_cast<UINT>(i));
+    return {item.x + 40, item.y + 5};
+  }
+  // The user opens the menu of item and takes the entry.
+  void TakeFromMenu(int item, int entry) {
+    Grab(*m_trend);
+    QTimer::singleShot(0, [entry] {
+      QWidget* menu = QApplication::activePopupWidget();
+      for (int i = 0; i <= entry; ++i) QTest::keyClick(menu, Qt::Key_Down);
+      QTest::keyClick(menu, Qt::Key_Return);
+    });
+    QTest::mousePress(m_window, Qt::RightButton, {}, Item(item));
+  }
+  // The user types into the scale dialog, which comes up in open.
+  static void TypeScale(const std::function<void()>& open, const char* minimum, const char* maximum) {
+    WhileModal(open, [=](QWidget* dialog) {
+      Find<QLineEdit>(dialog, "Minimum value:")->setText(minimum);
+      Find<QLineEdit>(dialog, "Maximum value:")->setText(maximum);
+      Click(dialog, "OK");
+    });
+  }
+
+  QWidget* m_window;
+};
+
+TEST_F(TrendWindow, ACurveGrowsFromTheRightEdgeToTheLeft) {
+  Write({20, 0, 0});
+  Choose(m_window, {"a"});  // its first point
+  EXPECT_EQ("a 0..100 FA5A5A|0", (Scan({20, 0, 0}), TypeScale([&] { TakeFromMenu(0, 1); }, "0", "100"), Curves()));
+  m_trend->RefreshTimeScan(500);
+  const int width = PlotSize().width(), height = PlotSize().height();
+  const int y = height * 80 / 100;
+  const struct {
+    int points, left;
+  } kSteps[] = {{1, -1}, {2, width - width / 99}, {51, width - width * 50 / 99}, {100, 0}, {101, 0}};
+  int points = 0;
+  for (const auto& step : kSteps) {
+    for (; points < step.points; ++points) m_trend->Refresh();
+    EXPECT_EQ(step.left < 0 ? QRect() : QRect(QPoint(step.left, y), QPoint(width - 5, y)), Coloured(kFirst)) << points;
+  }
+  m_trend->RefreshTimeScan(1000);
+  EXPECT_EQ(QRect(), Coloured(kFirst));
+  EXPECT_EQ("a 0..100 FA5A5A|0", Curves());
+}
+
+TEST_F(TrendWindow, RefreshPaintsThePlotAtOnceAndFrozenItGoesOnCollecting) {
+  Write({1, 0, 0});
+  Choose(m_window, {"a"});
+  QApplication::processEvents();
+  CPaints paints(m_window, Frame("Trends"));
+  Scan({1, 0, 0});
+  EXPECT_EQ(1, paints.Take());
+  Click(m_window, "Freeze");
+  for (int i = 0; i < 100; ++i) Scan({1, 0, 0});
+  EXPECT_EQ(0, paints.Take());
+  Click(m_window, "Unfreeze");
+  EXPECT_EQ(1, paints.Take());
+  EXPECT_EQ(0, Coloured(kFirst).left());
+}
+
+TEST_F(TrendWindow, ANewSelectionKeepsScalesByNameAndBeginsColoursAnew) {
+  Write({37.2F, -3.5F, 0});
+  Choose(m_window, {"a", "b", "c"});
+  EXPECT_EQ("a 0..40 FA5A5A|b -4..0 5AFA5A|c 0..0 FAFA5A|0", Curves());
+  m_chooser.colour = 0x123456;
+  TakeFromMenu(1, 2);
+  EXPECT_EQ("a 0..40 FA5A5A|b -4..0 123456|c 0..0 FAFA5A|0", Curves());
+  m_chooser.accepts = false;
+  m_chooser.colour = 0;
+  TakeFromMenu(1, 2);
+  Write({99, 99, 99});
+  Choose(m_window, {"c", "b"});
+  EXPECT_EQ("c 0..0 FA5A5A|b -4..0 5AFA5A|0", Curves());
+  Choose(m_window, {});
+  EXPECT_EQ("0", Curves());
+  m_trendings.Close();
+  Choose(m_window, {"a"});
+  EXPECT_EQ("a 0..10000 FA5A5A|0", Curves()) << "nothing to measure it by";
+}
+
+TEST_F(TrendWindow, TheLegendSelectsAndScalesACurve) {
+  Choose(m_window, {"a", "b", "c"});
+  Grab(*m_trend);
+  QTest::mouseClick(m_window, Qt::LeftButton, {}, Item(2));
+  EXPECT_EQ('2', Curves().back());
+  QTest::mouseClick(m_window, Qt::LeftButton, {}, Item(3));
+  EXPECT_EQ('2', Curves().back());
+  TakeFromMenu(1, 0);
+  EXPECT_EQ('1', Curves().back());
+
+  TypeScale([&] { QTest::mouseDClick(m_window, Qt::LeftButton, {}, Item(0)); }, "-1", "1");
+  TypeScale([&] { QTest::mouseDClick(m_window, Qt::LeftButton, {}, Frame("Vertical scale").center()); }, "2", "3");
+  EXPECT_EQ("a -1..1 FA5A5A|b 2..3 5AFA5A|c 0..10000 FAFA5A|1", Curves());
+  TypeScale([&] { TakeFromMenu(2, 1); }, "5", "5");
+  EXPECT_EQ(CBoxes({"Message|Maximum value must be greater than minimum value.|30"}), m_prompter.Take());
+  TypeScale([&] { TakeFromMenu(2, 1); }, "x", "5");
+  EXPECT_EQ(CBoxes({"|Please enter a number.|30"}), m_prompter.Take());
+  EXPECT_EQ("a -1..1 FA5A5A|b 2..3 5AFA5A|c 0..10000 FAFA5A|1", Curves());
+}
+
+TEST_F(TrendWindow, AFileBringsColoursScalesAndTheCurveOnTheScale) {
+  const CCurveRecord a = {"a", -1, 1, 0x111111}, b = {"b", 0, 0.5, 0x222222}, lost = {"lost", 5, 6, 0x333333};
+  const struct {
+    CTrendSelection file;
+    const char* curves;
+    CBoxes boxes;
+  } kCases[] = {
+      {{{b, a}, 1}, "b 0..0.5 222222|a -1..1 111111|1", {}},
+      {{{b, a}, 2}, "b 0..0.5 222222|a -1..1 111111|0", {}},
+      {{{b, a}, 0xFFFFFFFF}, "b 0..0.5 222222|a -1..1 111111|0", {}},
+      {{{lost, b, a}, 2}, "b 0..0.5 FA5A5A|a -1..1 5AFA5A|0", {kLost}},
+      {{{lost}, 0}, "0", {kLost}},
+      {{{}, 7}, "0", {}},
+  };
+  for (const auto& row : kCases) {
+    WriteSelection(m_dir / "x", row.file);
+    Load(m_window, m_dir / "x");
+    EXPECT_EQ(row.boxes, m_prompter.Take());
+    EXPECT_EQ(row.curves, Curves());
+    m_trend->Refresh();
+    Grab(*m_trend);
+  }
+}
+
+TEST_F(TrendWindow, AfterAFileThatCannotBeReadTheCurvesStay) {
+  Scan({1, 2, 3});
+  Choose(m_window, {"a"});
+  const std::string before = Curves();
+  WriteSelection(m_dir / "x", CTrendSelection{{{"c", 0, 1, 1}, {"b", 0, 1, 1}, {"lost", 0, 1, 1}}, 0});
+  const std::string file = ReadBytes(m_dir / "x");
+  WriteBytes(m_dir / "grid", "notours" + file);
+  for (const char* name : {"none", "grid"}) Load(m_window, m_dir / name);
+  EXPECT_EQ(CBoxes({kUnreadable, "Message|Invalid file!.|30"}), m_prompter.Take());
+  for (std::size_t cut = 4; cut < file.size(); ++cut) {
+    WriteBytes(m_dir / "x", file.substr(0, cut));
+    Load(m_window, m_dir / "x");
+    EXPECT_EQ(CBoxes({kUnreadable}), m_prompter.Take());
+    Scan({1, 2, 3});
+    EXPECT_EQ(before, Curves()) << cut;
+  }
+  // The names that were read are the selection; with the next look at the variables it gets its curves.
+  m_trend->ResetVarNames();
+  EXPECT_EQ(CBoxes({kLost}), m_prompter.Take());
+  EXPECT_EQ("c 0..10 FA5A5A|b 0..10 5AFA5A|0", Curves());
+}
+
+TEST_F(TrendWindow, LostVariablesGoWithAllPointsButTheScalesOfTheOthersStay) {
+  Write({10, 20, 30});
+  Choose(m_window, {"a", "b"});
+  for (int i = 0; i < 3; ++i) Scan({10, 20, 30});
+  m_trendings.GetOptions()->m_baseVars = Names({"b", "x", "a"});
+  m_trend->ResetVarNames();
+  EXPECT_FALSE(Coloured(kFirst).isNull()) << "names that only move keep their points";
+  m_trendings.GetOptions()->m_baseVars = Names({"x", "b"});
+  m_trend->ResetVarNames();
+  EXPECT_EQ(CBoxes({kLost}), m_prompter.Take());
+  EXPECT_EQ("b 0..100 FA5A5A|0", Curves());
+  EXPECT_TRUE(Coloured(kFirst).isNull());
+  for (int i = 0; i < 3; ++i) Scan({0, 15});
+  EXPECT_EQ(PlotSize().height() * 85 / 100, Coloured(kFirst).top());
+  EXPECT_TRUE(Coloured(kSecond).isNull());
+}
+
+TEST_F(TrendWindow, ChangingTheExtraVariablesReopensTheStageAndServesBothWindows) {
+  QWidget* grid = OpenGrid();
+  Write({1, 2, 3});
+  Choose(m_window, {"a", "c"});
+  Choose(grid, {"c"});
+  // The names of the host have changed, so both windows lose one; neither is refreshed while the other asks.
+  struct CRefreshing : CTestPrompter {
+    int Show(const CString& text, const CString& title, UINT type) override {
+      if (user) user();
+      return CTestPrompter::Show(text, title, type);
+    }
+    std::function<void()> user;
+  } prompter;
+  CPaints paints(grid->findChild<QTableView*>()->viewport());
+  prompter.user = [&, first = true]() mutable {
+    if (!std::exchange(first, false)) return;
+    paints.Take();
+    m_grid->Refresh();
+    EXPECT_EQ(0, paints.Take());
+  };
+  m_trendings.GetOptions()->m_baseVars = Names({"a", "b"});
+  Configure(m_window);
+  EXPECT_EQ(CBoxes({kLost, "Message|Some variables had to be removed from the grid.|30"}), prompter.Take());
+  EXPECT_EQ("a 0..10 FA5A5A|0", Curves());
+  Grab(*m_grid), paints.Take();
+  Scan({1, 2, 3});
+  EXPECT_EQ(1, paints.Take());
+
+  m_input.Close();
+  for (QWidget* window : {m_window, grid}) {
+    Configure(window);
+    EXPECT_EQ(CBoxes({"Message|Modification couldn't be done due to internal error.|30"}), prompter.Take());
+  }
+  EXPECT_EQ(1, m_trendings.IsOpen());
+  m_trendings.Close();
+  Configure(grid);
+  EXPECT_EQ(CBoxes(), prompter.Take());
+  EXPECT_EQ(0, m_trendings.IsOpen());
+}
+
+TEST_F(TrendWindow, ItsControlsFollowItsSizeDownToTheSmallest) {
+  Write({1, 2, 3});
+  Choose(m_window, {"a"});
+  for (const QSize size : {QSize(900, 700), QSize(10, 10)}) {
+    m_window->resize(size);
+    QApplication::processEvents();
+    const QSize shown = m_window->size(), frame = m_window->frameSize() - shown;
+    EXPECT_EQ(size.expandedTo(QSize(400, 325) - frame), shown);
+    CRect outer = m_trend->GetFrameRect();
+    outer.top = -23;  // this screen has a thinner caption
+    const CTrendLayout layout = LayOutTrend({shown.width(), shown.height()}, outer);
+    for (const auto& [name, place] : {std::pair("Legend", layout.legend), {"Edit", layout.edit},
+                                      {"Config", layout.config}, {"Freeze", layout.freeze}, {"Load", layout.load},
+                                      {"Save", layout.save}, {"Cancel", layout.cancel}, {"Trends", layout.plot},
+                                      {"Vertical scale", layout.vertScale},
+                                      {"Horizontal scale", layout.horizScale}}) {
+      const QRect is = Find<QWidget>(m_window, name)->geometry();
+      EXPECT_EQ(QRect(place.left, place.top, place.Width(), place.Height()), is) << name;
+      EXPECT_TRUE(m_window->rect().contains(is)) << name;
+    }
+    for (int i = 0; i < 2; ++i) Scan({1, 2, 3});
+    EXPECT_EQ(layout.plot.Width() - 5, Coloured(kFirst).right());
+  }
+}
+
+TEST_F(TrendWindow, InADarkThemePlotAndLegendStayWhite) {
+  const QPalette former = QApplication::palette();
+  QPalette dark = former;
+  dark.setColor(QPalette::Window, Qt::black);
+  dark.setColor(QPalette::WindowText, Qt::yellow);
+  QApplication::setPalette(dark);
+  Choose(m_window, {"a"});
+  const QImage shown = Grab(*m_trend);
+  QApplication::setPalette(former);
+  const auto colours = [&](QRect part) {
+    QHash<COLORREF, int> counts;
+    part.adjust(3, 3, -3, -3);
+    for (int y = part.top(); y <= part.bottom(); ++y)
+      for (int x = part.left(); x <= part.right(); ++x) ++counts[PixelOf(shown, x, y)];
+    return counts;
+  };
+  const auto plot = colours(Frame("Trends"));
+  EXPECT_EQ(QList<COLORREF>{0xFFFFFF}, plot.keys());
+  const auto legend = colours(Frame("Legend"));
+  EXPECT_TRUE(legend.contains(0xFFFFFF) && legend.contains(0) && legend.contains(kFirst));
+  EXPECT_FALSE(legend.contains(0x00FFFF));
+  for (const char* scale : {"Vertical scale", "Horizontal scale"}) {
+    const auto counts = colours(Frame(scale));
+    EXPECT_TRUE(counts.contains(0) && !counts.contains(0xFFFFFF)) << scale;
+    int yellow = 0;
+    for (auto i = counts.begin(); i != counts.end(); ++i)
+      if ((i.key() & 0xFF) > 0x80 && (i.key() >> 8 & 0xFF) > 0x80 && !(i.key() >> 16)) yellow += i.value();
+    EXPECT_LT(10, yellow) << scale;
+  }
+}
+
+TEST_F(TrendWindow, ItTellsItsHostThatItIsGone) {
+  Choose(m_window, {"a"});
+  Click(m_window, "Cancel");
+  EXPECT_EQ(nullptr, m_trend);
+  for (int missing = 0; missing < 2; ++missing) {
+    m_trend = static_cast<CTrendingDlg*>(RUNTIME_CLASS(CTrendingDlg).CreateObject());
+    m_trend->SetInputPointers(missing == 0 ? nullptr : &m_input, missing == 1 ? nullptr : &m_trendings, &m_trend);
+    EXPECT_EQ(0, m_trend->Create());
+    EXPECT_EQ(nullptr, m_trend);
+    EXPECT_EQ(CBoxes({"Message|Incorrect initialization.|30"}), m_prompter.Take());
+  }
+}
+
+}  // namespace
+}  // namespace vastra
