@@ -1,0 +1,146 @@
+#include "vastra/console/console_rules.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "vastra/ui/window.h"
+
+namespace vastra {
+namespace {
+
+// A store that is painted behind each line, as in a window that is seen.
+struct CView {
+  explicit CView(int height = 100) : area{height, 10} {}
+  void Write(int count) {
+    for (; count > 0; --count, ++written) {
+      store.Add(CString(std::to_string(written)), static_cast<COLORREF>(written), area);
+      store.Paint(area);
+    }
+  }
+  void Scroll(UINT code, int position = 0) {
+    store.Scroll(code, position);
+    store.Paint(area);
+  }
+  // Text and colour of the top line, scroll position and range: "12 12 at 3 of 7".
+  std::string Stand() const {
+    std::string top = "none";
+    if (store.GetTop() != CConsoleStore::kNone) {
+      const CConsoleStore::CLine& line = store.GetLine(store.GetTop());
+      top = line.text.Std() + " " + std::to_string(line.colour);
+    }
+    return top + " at " + std::to_string(store.GetScrollPos()) + " of " +
+           std::to_string(store.GetScrollMax());
+  }
+  CConsoleStore store;
+  CConsoleArea area;
+  int written = 0;
+};
+
+TEST(ConsoleView, FollowsFromTheLineOnThatWouldTouchTheLowerEdge) {
+  CView view;
+  EXPECT_EQ("none at 0 of 200", view.Stand());
+  const char* stands[] = {"0 0 at 0 of 0", "1 1 at 1 of 1", "2 2 at 2 of 2"};
+  view.Write(8);
+  for (const char* stand : stands) {
+    view.Write(1);
+    EXPECT_EQ(stand, view.Stand());
+  }
+}
+
+TEST(ConsoleView, StandsStillOnceTheEndIsOutOfSightUntilTheStoreIsFull) {
+  CView view;
+  view.Write(50);
+  EXPECT_EQ("41 41 at 41 of 41", view.Stand());
+  for (int up = 0; up < 3; ++up) view.Scroll(SB_LINEUP);
+  EXPECT_TRUE(view.store.IsAtEnd());  // a painter comes to the last line, below the edge
+  view.Scroll(SB_LINEUP);
+  EXPECT_FALSE(view.store.IsAtEnd());
+  view.Write(150);
+  EXPECT_EQ("37 37 at 37 of 191", view.Stand());
+  view.Write(2);
+  EXPECT_EQ("39 39 at 37 of 191", view.Stand());
+  EXPECT_EQ(200, view.store.GetCount());
+  EXPECT_EQ("2", view.store.GetLine(0).text.Std());
+  view.Scroll(SB_THUMBTRACK, 191);
+  EXPECT_TRUE(view.store.IsAtEnd());
+  view.Write(1);
+  EXPECT_EQ("194 194 at 191 of 191", view.Stand());
+}
+
+TEST(ConsoleView, ScrollsByOneOrFiveOrToThePlaceTheThumbHas) {
+  const struct {
+    UINT code;
+    int position;
+    const char* stand;
+  } kCases[] = {
+      {SB_PAGEUP, 0, "15 15 at 15 of 21"},   {SB_LINEUP, 0, "14 14 at 14 of 21"},
+      {SB_PAGEDOWN, 0, "19 19 at 19 of 21"}, {SB_LINEDOWN, 0, "20 20 at 20 of 21"},
+      {SB_TOP, 0, "20 20 at 20 of 21"},      {SB_PAGEDOWN, 0, "21 21 at 21 of 21"},
+      {SB_THUMBTRACK, 3, "3 3 at 3 of 21"},  {SB_PAGEUP, 0, "0 0 at 0 of 21"},
+      {SB_LINEUP, 0, "0 0 at 0 of 21"},      {SB_THUMBPOSITION, 16, "16 16 at 16 of 21"},
+  };
+  CView view;
+  view.Write(30);
+  view.Scroll(SB_LINEUP);
+  for (const auto& c : kCases) {
+    view.Scroll(c.code, c.position);
+    EXPECT_EQ(c.stand, view.Stand());
+  }
+}
+
+TEST(ConsoleView, BeginsAnewBehindClear) {
+  CView view;
+  view.Write(50);
+  view.Scroll(SB_TOP), view.Scroll(SB_THUMBTRACK, 5);
+  view.store.Clear();
+  EXPECT_EQ("none at 1 of 1", view.Stand());
+  view.Write(9);
+  EXPECT_EQ("50 50 at 0 of 0", view.Stand());
+  view.Write(1);
+  EXPECT_EQ("51 51 at 1 of 1", view.Stand());
+}
+
+TEST(ConsoleView, OfLessThanTwoLinesComesBackWhenItIsHighAgain) {
+  CView view(15);
+  view.Write(250);
+  EXPECT_EQ("none at 200 of 200", view.Stand());
+  view.Scroll(SB_LINEUP);
+  EXPECT_EQ("249 249 at 199 of 200", view.Stand());
+  view.Scroll(SB_LINEDOWN);
+  view.area.height = 100;
+  view.Write(1);
+  EXPECT_EQ("242 242 at 191 of 191", view.Stand());
+}
+
+TEST(ConsoleView, KeepsItsTopWhenTheWindowGrowsAndGoesOnFromThere) {
+  CView view;
+  view.Write(50);
+  view.area.height = 200;
+  view.Write(1);
+  EXPECT_EQ("42 42 at 32 of 32", view.Stand());
+}
+
+TEST(ConsolePlace, OfTheUserIsTakenAsFarAsItCanBeRead) {
+  const struct {
+    const char* text;
+    const char* place;
+  } kCases[] = {
+      {"10,20,300,200", "10,20,300,200"},
+      {" -7, +8,9,10 and so on", "-7,8,9,10"},
+      {"5,6,x,7", "5,6,3,4"},
+      {"5 ,6,7,8", "5,2,3,4"},
+      {"", "1,2,3,4"},
+      {",6", "1,2,3,4"},
+      {"5,99999999999999999999,7", "5,2,3,4"},
+      {"5,6,2147483648,8", "5,6,3,4"},
+  };
+  for (const auto& c : kCases) {
+    CConsolePlace place = {1, 2, 3, 4};
+    place.TakeFrom(c.text);
+    EXPECT_EQ(c.place, place.ToText().Std()) << c.text;
+  }
+}
+
+}  // namespace
+}  // namespace vastra

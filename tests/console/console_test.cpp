@@ -1,0 +1,171 @@
+#include "vastra/console/console.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/console/screen.h"
+#include "tests/support/files.h"
+
+namespace vastra {
+namespace {
+
+constexpr const char* kKey = "Software\\Vastra\\Console";
+
+// Settings of its own, and a manager that goes with the test.
+class Console : public testing::Test {
+ protected:
+  Console() { qputenv("XDG_CONFIG_HOME", m_settings.Path().Std().c_str()); }
+  ~Console() override { CConsole::Release(); }
+
+  static std::string Kept(const char* name) {
+    SECRegistry registry;
+    registry.OpenUserKey(kKey);
+    return registry.GetString(name, "nothing").Std();
+  }
+  static void Keep(const char* name, const char* text) {
+    SECRegistry registry;
+    registry.OpenUserKey(kKey);
+    registry.SetString(name, text);
+  }
+  static QWidget* WindowOf(const char* title) {
+    for (QWidget* widget : QApplication::topLevelWidgets())
+      if (widget->windowTitle() == title) return widget;
+    return nullptr;
+  }
+  static std::string PlaceOf(const char* title) {
+    const QRect place(WindowOf(title)->pos(), WindowOf(title)->size());
+    return CConsolePlace{place.x(), place.y(), place.width(), place.height()}.ToText().Std();
+  }
+  // The toolkit takes windows away a little later.
+  static void EndRun() {
+    CConsole::Release();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  }
+
+  CTempDir m_settings;
+};
+
+TEST_F(Console, OfAnIdIsThereOnce) {
+  CConsole& console = *CConsole::Instance();
+  EXPECT_EQ(1, console.Create(3, "first", 10, 20, 300, 200, nullptr));
+  EXPECT_EQ(0, console.Create(3, "second", 1, 2, 3, 4, nullptr));
+  CString name;
+  EXPECT_EQ(1, console.GetWindowName(3, name));
+  EXPECT_EQ("first", name.Std());
+  EXPECT_FALSE(WindowOf("first")->isVisible());
+  EXPECT_EQ(1, console.ShowWindow(3, SW_SHOW));
+  EXPECT_TRUE(WindowOf("first")->isVisible());
+  EXPECT_EQ(1, console.SetWindowName(3, "renamed"));
+  EXPECT_TRUE(WindowOf("renamed"));
+}
+
+TEST_F(Console, UnknownIdDoesNothing) {
+  CConsole& console = *CConsole::Instance();
+  console.Create(0, "other", 10, 20, 300, 200, nullptr);
+  CString name = "untouched";
+  EXPECT_EQ(0, console.Write(7, "lost", 0, 0) + console.ShowWindow(7, SW_SHOW) + console.IsOnTop(7) +
+                   console.GetWindowName(7, name) + console.SetWindowName(7, "x") + console.Destroy(7));
+  console.Clear(7), console.AlwaysOnTop(7, 1);
+  EXPECT_EQ("untouched", name.Std());
+  EXPECT_EQ(0, console.IsOnTop(0));
+}
+
+TEST_F(Console, KeptPlaceGoesBeforeTheCallersWhichIsKeptTheFirstTime) {
+  CConsole& console = *CConsole::Instance();
+  console.Create(3, "a", 10, 20, 300, 200, nullptr);
+  EXPECT_EQ("10,20,300,200", Kept("Console3"));
+  WindowOf("a")->setGeometry(70, 80, 400, 250);
+  EXPECT_EQ(1, console.Destroy(3));
+  EXPECT_EQ("10,20,300,200", Kept("Console3"));
+  console.Create(3, "b", 1, 2, 150, 160, nullptr);
+  EXPECT_EQ("10,20,300,200", PlaceOf("b"));
+  Keep("Console4", "30,40,spoiled");
+  console.Create(4, "c", 1, 2, 150, 160, nullptr);
+  EXPECT_EQ("30,40,150,160", PlaceOf("c"));
+  EXPECT_EQ("30,40,spoiled", Kept("Console4"));
+}
+
+TEST_F(Console, PlacesAreSavedHoweverTheWindowsStandAtTheEnd) {
+  const struct {
+    const char* title;
+    std::vector<int> commands;
+  } kCases[] = {{"never shown", {}},
+                {"shown", {SW_SHOW}},
+                {"hidden", {SW_SHOW, SW_HIDE}},
+                {"minimised", {SW_SHOW, SW_MINIMIZE}},
+                {"maximised", {SW_SHOW, SW_SHOWMAXIMIZED}},
+                {"minimised from large", {SW_SHOW, SW_SHOWMAXIMIZED, SW_MINIMIZE}}};
+  UINT id = 0;
+  for (const auto& c : kCases) {
+    CConsole::Instance()->Create(id, c.title, 10, 20, 300, 200, nullptr);
+    if (!c.commands.empty()) CConsole::Instance()->ShowWindow(id, SW_SHOW);
+    WindowOf(c.title)->move(50, 60), WindowOf(c.title)->resize(310, 210);
+    QApplication::processEvents();
+    for (const int command : c.commands)
+      CConsole::Instance()->ShowWindow(id, command), QApplication::processEvents();
+    ++id;
+  }
+  EndRun();
+  for (UINT i = 0; i < id; ++i)
+    EXPECT_EQ("50,60,310,210", Kept(("Console" + std::to_string(i)).c_str())) << kCases[i].title;
+  EXPECT_FALSE(WindowOf("shown"));
+  EXPECT_EQ(0, WriteToConsole(0, "lost", 0, 0));
+}
+
+// The process that ends is one of its own; it is told in the environment where its settings are.
+TEST_F(Console, PlacesAreSavedWhenTheHostLeavesItToTheEndOfTheProcess) {
+  testing::GTEST_FLAG(death_test_style) = "threadsafe";
+  if (!qEnvironmentVariableIsSet("SETTINGS_OF_TEST"))
+    qputenv("SETTINGS_OF_TEST", m_settings.Path().Std().c_str());
+  const auto run = [this](const std::function<void()>& end) {
+    std::filesystem::remove_all(m_settings.Path().Std());
+    qputenv("XDG_CONFIG_HOME", qgetenv("SETTINGS_OF_TEST"));
+    CConsole::Instance()->Create(1, "left", 10, 20, 300, 200, nullptr);
+    CConsole::Instance()->ShowWindow(1, SW_SHOW);
+    WindowOf("left")->move(50, 60);
+    end();
+  };
+  const auto take = [this] {
+    const std::string bytes = ReadBytes(m_settings / "vastra/settings.ini");
+    std::filesystem::remove_all((m_settings / "vastra").Std());
+    return bytes.find("50,60,300,200") != std::string::npos;
+  };
+  EXPECT_EXIT(run([] { std::exit(0); }), testing::ExitedWithCode(0), "");
+  EXPECT_TRUE(take());
+  EXPECT_EXIT(run([] { qApp->~QCoreApplication(), std::exit(0); }), testing::ExitedWithCode(0), "");
+  EXPECT_TRUE(take());
+}
+
+TEST_F(Console, WithoutAPlaceForSettingsWorksByTheCallersNumbers) {
+  qputenv("XDG_CONFIG_HOME", "/dev/null");
+  CConsole::Instance()->Create(1, "bare", 10, 20, 300, 200, nullptr);
+  EXPECT_EQ("10,20,300,200", PlaceOf("bare"));
+  EndRun();
+}
+
+TEST_F(Console, OnTopIsAFlagAndABandAndNothingElseOfTheWindow) {
+  CConsole& console = *CConsole::Instance();
+  console.Create(1, "top", 10, 20, 300, 200, nullptr);
+  console.ShowWindow(1, SW_SHOW);
+  for (const int onTop : {7, 0}) {
+    console.AlwaysOnTop(1, onTop);
+    EXPECT_EQ(onTop != 0, console.IsOnTop(1));
+    EXPECT_EQ(onTop != 0, (WindowOf("top")->windowFlags() & Qt::WindowStaysOnTopHint) != 0);
+    EXPECT_TRUE(WindowOf("top")->isVisible());
+    EXPECT_EQ("10,20,300,200", PlaceOf("top"));
+  }
+}
+
+TEST_F(Console, TakesTheLinesOfItsIdsFromEverywhere) {
+  CConsole::Instance()->Create(0, "zero", 0, 0, 300, 200, nullptr);
+  EXPECT_EQ(1, WriteToConsole(0, "line", 0xFF, 0));
+  EXPECT_EQ(0, WriteToConsole(1, "line", 0xFF, 0));
+  int written = 0;
+  std::thread([&] { written = WriteToConsole(0, "line", 0xFF, 0) + WriteToConsole(1, "line", 0, 0); }).join();
+  EXPECT_EQ(1, written);
+  CConsole::Instance()->Destroy(0);
+  QApplication::processEvents();  // what was under way goes with the window
+  EXPECT_EQ(0, WriteToConsole(0, "line", 0, 0));
+}
+
+}  // namespace
+}  // namespace vastra

@@ -1,0 +1,61 @@
+// Consoles on the screen: what is to be seen of them without any help of theirs.
+#pragma once
+
+#include <QAbstractScrollArea>
+#include <QScreen>
+#include <QScrollBar>
+
+#include <map>
+
+#include "tests/support/windows.h"
+#include "vastra/console/console_window.h"
+
+namespace vastra {
+
+// The client area as it stands on the screen now; nothing is painted for it.
+inline QImage OnScreen(CWnd& window) {
+  const QImage all = QGuiApplication::primaryScreen()->grabWindow(window.Widget()->winId()).toImage();
+  const QPoint corner = window.Client()->mapTo(window.Widget(), QPoint());
+  return all.copy(QRect(corner, window.Client()->size())).convertToFormat(QImage::Format_RGB32);
+}
+
+// The colour of the letters in a row of lines, white if there are none: the one that is most often there.
+inline COLORREF ColourOf(const QImage& image, int row, int height) {
+  std::map<COLORREF, int> counts;
+  for (int y = row * height; y < (row + 1) * height; ++y)
+    for (int x = 0; x < image.width(); ++x) ++counts[PixelOf(image, x, y)];
+  counts.erase(0xFFFFFF);
+  COLORREF most = 0xFFFFFF;
+  int count = 0;
+  for (const auto& [colour, times] : counts)
+    if (times > count) most = colour, count = times;
+  return most;
+}
+
+inline std::vector<COLORREF> ColoursOf(CWnd& window) {
+  const QImage image = OnScreen(window);
+  std::vector<COLORREF> colours;
+  for (int row = 0; row < image.height() / window.TextHeight(); ++row)
+    colours.push_back(ColourOf(image, row, window.TextHeight()));
+  while (!colours.empty() && colours.back() == 0xFFFFFF) colours.pop_back();
+  return colours;
+}
+
+inline QScrollBar* BarOf(CWnd& window) {
+  return static_cast<QAbstractScrollArea*>(window.Widget())->verticalScrollBar();
+}
+
+// A shown console that has room for rows whole lines.
+class CTestConsole : public CConsoleWnd {
+ public:
+  explicit CTestConsole(int rows, bool shown = true) {
+    Create("test", 0, 0, 300, 100, nullptr);
+    MoveWindow(CRect::Of({0, 0}, {300, 100 - GetClientRect().Height() + rows * TextHeight()}));
+    if (shown) ShowWindow(SW_SHOW), QApplication::processEvents();
+  }
+  void Write(int number) { Write("EEEEEEEE", static_cast<COLORREF>(number)); }
+  void Write(const CString& text, COLORREF colour) { CConsoleWnd::Write(text, colour, 0); }
+  using CConsoleWnd::OnSize;
+};
+
+}  // namespace vastra
