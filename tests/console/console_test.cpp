@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <thread>
+
 #include "tests/console/screen.h"
 #include "tests/support/files.h"
 
@@ -124,15 +127,14 @@ TEST_F(Console, PlacesAreSavedWhenTheHostLeavesItToTheEndOfTheProcess) {
     WindowOf("left")->move(50, 60);
     end();
   };
-  const auto take = [this] {
-    const std::string bytes = ReadBytes(m_settings / "vastra/settings.ini");
-    std::filesystem::remove_all((m_settings / "vastra").Std());
-    return bytes.find("50,60,300,200") != std::string::npos;
+  const auto isKept = [] {
+    const CString path = CString(qgetenv("SETTINGS_OF_TEST").constData()) + "/vastra/settings.ini";
+    return ReadBytes(path).find("50,60,300,200") != std::string::npos;
   };
+  EXPECT_EXIT(run([&] { qApp->~QCoreApplication(), std::exit(isKept()); }), testing::ExitedWithCode(1), "");
+  std::filesystem::remove_all((m_settings / "vastra").Std());
   EXPECT_EXIT(run([] { std::exit(0); }), testing::ExitedWithCode(0), "");
-  EXPECT_TRUE(take());
-  EXPECT_EXIT(run([] { qApp->~QCoreApplication(), std::exit(0); }), testing::ExitedWithCode(0), "");
-  EXPECT_TRUE(take());
+  EXPECT_TRUE(isKept());
 }
 
 TEST_F(Console, WithoutAPlaceForSettingsWorksByTheCallersNumbers) {
@@ -162,8 +164,21 @@ TEST_F(Console, TakesTheLinesOfItsIdsFromEverywhere) {
   int written = 0;
   std::thread([&] { written = WriteToConsole(0, "line", 0xFF, 0) + WriteToConsole(1, "line", 0, 0); }).join();
   EXPECT_EQ(1, written);
-  CConsole::Instance()->Destroy(0);
-  QApplication::processEvents();  // what was under way goes with the window
+}
+
+TEST_F(Console, WindowCanGoWhileAWorkerWritesToIt) {
+  CConsole::Instance();
+  std::atomic<bool> ended = false;
+  std::thread worker([&] {
+    while (!ended) WriteToConsole(0, "line", 0, 0);
+  });
+  for (int i = 0; i < 50; ++i) {
+    CConsole::Instance()->Create(0, "zero", 0, 0, 300, 200, nullptr);
+    EXPECT_EQ(1, CConsole::Instance()->Destroy(0));
+    QApplication::processEvents();
+  }
+  ended = true;
+  worker.join();
   EXPECT_EQ(0, WriteToConsole(0, "line", 0, 0));
 }
 

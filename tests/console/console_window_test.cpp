@@ -134,6 +134,7 @@ TEST(ConsoleWindow, LinesOfAWorkerAndOfTheWindowsThreadKeepTheirOrder) {
   EXPECT_EQ(Numbers(1, 1), ColoursOf(window));
   window.Write(101);
   EXPECT_EQ(Numbers(1, 101), ColoursOf(window));
+  QApplication::processEvents();
   std::thread([&] { window.Write(102); }).join();
   QApplication::processEvents();
   EXPECT_EQ(Numbers(1, 102), ColoursOf(window));

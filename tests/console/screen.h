@@ -16,7 +16,8 @@ namespace vastra {
 inline QImage OnScreen(CWnd& window) {
   const QImage all = QGuiApplication::primaryScreen()->grabWindow(window.Widget()->winId()).toImage();
   const QPoint corner = window.Client()->mapTo(window.Widget(), QPoint());
-  return all.copy(QRect(corner, window.Client()->size())).convertToFormat(QImage::Format_RGB32);
+  const QRectF place(corner * all.devicePixelRatio(), window.Client()->size() * all.devicePixelRatio());
+  return all.copy(place.toAlignedRect()).convertToFormat(QImage::Format_RGB32);
 }
 
 // The colour of the letters in a row of lines, white if there are none: the one that is most often there.

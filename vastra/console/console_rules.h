@@ -36,7 +36,8 @@ class CConsoleStore {
   void Clear();
   // What the user asked of the scroll bar, an SB_ code.
   void Scroll(UINT code, int position);
-  // The view was painted: finds out whether its end was in it.
+  // The view was painted: finds out whether its end was in it. Lines alone never change that, so that it does
+  // not matter whether they are painted one by one or together.
   void Paint(CConsoleArea area);
 
   int GetCount() const { return static_cast<int>(m_lines.size()); }

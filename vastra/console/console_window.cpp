@@ -24,45 +24,31 @@ CConsoleArea CConsoleWnd::Area() const { return {GetClientRect().Height(), std::
 void CConsoleWnd::Write(const CString& text, COLORREF colour, DWORD /*reserved*/) {
   if (!IsOnItsThread()) return Queue(text, colour);
   TakeQueued();
-  Add(text, colour, Area(), IsSeen());
+  m_store.Add(text, colour, Area());
   Redraw();
 }
 
-// More lines than the store can hold need not wait: of the older ones it is enough to know that they were
-// there, for the view moves with them.
+// More lines than the store can hold need not wait: so many fill it, and push out what came before, whatever
+// it was.
 void CConsoleWnd::Queue(const CString& text, COLORREF colour) {
   const std::lock_guard lock(m_lock);
   const bool isFirst = m_queued.empty();
   m_queued.push_back({text, colour});
-  if (m_queued.size() > CConsoleStore::kMaxLines) {
-    m_queued.pop_front();
-    m_pushedOut = std::min(m_pushedOut + 1, CConsoleStore::kMaxLines);
-  }
+  if (m_queued.size() > CConsoleStore::kMaxLines) m_queued.pop_front();
   if (isFirst) Post(kLinesQueued, 0, 0);
 }
 
 // Whether there were any.
 bool CConsoleWnd::TakeQueued() {
   std::deque<CConsoleStore::CLine> lines;
-  int pushedOut = 0;
   {
     const std::lock_guard lock(m_lock);
     lines.swap(m_queued);
-    std::swap(pushedOut, m_pushedOut);
   }
   if (lines.empty()) return false;
   const CConsoleArea area = Area();
-  const bool isSeen = IsSeen();
-  for (; pushedOut > 0; --pushedOut) Add(CString(), 0, area, isSeen);
-  for (const CConsoleStore::CLine& line : lines) Add(line.text, line.colour, area, isSeen);
+  for (const CConsoleStore::CLine& line : lines) m_store.Add(line.text, line.colour, area);
   return true;
-}
-
-// The store is told of a painting for each line, so that it comes out the same whether the lines came one by
-// one or are drawn together.
-void CConsoleWnd::Add(const CString& text, COLORREF colour, CConsoleArea area, bool isSeen) {
-  m_store.Add(text, colour, area);
-  if (isSeen) m_store.Paint(area);
 }
 
 void CConsoleWnd::OnMessage(UINT message, WPARAM, LPARAM) {

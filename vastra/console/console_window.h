@@ -40,7 +40,6 @@ class CConsoleWnd : public CWnd {
   bool IsSeen() const { return IsWindowVisible() && !IsIconic(); }
   void Queue(const CString& text, COLORREF colour);
   bool TakeQueued();
-  void Add(const CString& text, COLORREF colour, CConsoleArea area, bool isSeen);
   void Redraw();
   void Draw(CConsoleArea area);
   void DrawRows(int firstRow, CConsoleArea area);
@@ -50,10 +49,9 @@ class CConsoleWnd : public CWnd {
   CConsoleRows m_rows;
   std::thread::id m_thread;
 
-  // Lines of other threads on their way into the store: the newest, and how many older ones they pushed out.
+  // Lines of other threads on their way into the store.
   std::mutex m_lock;
   std::deque<CConsoleStore::CLine> m_queued;
-  int m_pushedOut = 0;
 };
 
 }  // namespace vastra
