@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <QClipboard>
+#include <QDialog>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
@@ -9,10 +10,12 @@
 #include <QTreeWidget>
 
 #include <filesystem>
+#include <map>
 
 #include "host/common/configuration_file.h"
 #include "host/desktop/main_window.h"
 #include "tests/support/files.h"
+#include "tests/support/recorder.h"
 #include "tests/support/windows.h"
 #include "vastra/console/console.h"
 #include "vastra/core/link.h"
@@ -71,6 +74,7 @@ struct CRun {
     return QTest::qWaitFor([&] { return runner.State() == state; }, 20000);
   }
 
+  CRecorder recorder;
   CConfiguration configuration;
   int failed = 0, refreshed = 0, ticks = 0;
   CRunner runner{{[] {}, [this] { ++failed; }, [this] { ++refreshed; }, [this] { ++ticks; }}};
@@ -110,24 +114,25 @@ TEST_F(Desktop, AStageThatDoesNotOpenIsNamed) {
   EXPECT_STREQ(run.runner.Loop().FailedStage(), "input");
 }
 
-// A PLC that does not answer for a second, at any step, never holds up the window.
+// Whatever the PLC lets one wait for, the window goes on meanwhile.
 TEST_F(Desktop, TheWindowNeverWaitsForAPlc) {
-  CRun run(Configuration(R"({"plcType": 9077, "value1": 700, "value2": 700, "value3": 700})"), m_dir.Path());
-  std::chrono::steady_clock::time_point last = std::chrono::steady_clock::now();
-  std::chrono::steady_clock::duration longest{};
+  CRun run(Configuration(R"({"plcType": 9077, "value1": 500, "value2": 500, "value3": 500})"), m_dir.Path());
+  std::map<std::string, int> beats;
   QTimer beat;
   QObject::connect(&beat, &QTimer::timeout, [&] {
-    const auto now = std::chrono::steady_clock::now();
-    longest = std::max(longest, now - last);
-    last = now;
+    const bool isReading = run.runner.State() == CRunner::EState::running && run.runner.Loop().IsPending();
+    ++beats[isReading                                         ? "reading"
+            : run.runner.State() == CRunner::EState::starting ? "opening"
+            : run.runner.State() == CRunner::EState::stopping ? "closing"
+                                                              : "else"];
   });
-  beat.start(5);
+  beat.start(10);
   run.runner.Start();
   ASSERT_TRUE(run.Reaches(CRunner::EState::running));
   ASSERT_TRUE(Wait([&] { return run.runner.Loop().Counts().read >= 1; }));
   run.runner.Stop();
   ASSERT_TRUE(run.Reaches(CRunner::EState::stopped));
-  EXPECT_LT(longest, std::chrono::milliseconds(600)) << "shorter than each wait of the driver";
+  for (const char* phase : {"opening", "reading", "closing"}) EXPECT_GT(beats[phase], 5) << phase;
 }
 
 TEST_F(Desktop, ADocumentThatCannotBeReadChangesNothing) {

@@ -25,7 +25,8 @@ class CPaints : public QObject {
     widget->installEventFilter(this);
   }
   bool eventFilter(QObject*, QEvent* event) override {
-    m_count += event->type() == QEvent::Paint && static_cast<QPaintEvent*>(event)->region().intersects(m_part);
+    m_count +=
+        event->type() == QEvent::Paint && static_cast<QPaintEvent*>(event)->region().intersects(m_part);
     return false;
   }
   int Take() { return std::exchange(m_count, 0); }

@@ -75,7 +75,8 @@ class TrendWindow : public LiveViews {
 TEST_F(TrendWindow, ACurveGrowsFromTheRightEdgeToTheLeft) {
   Write({20, 0, 0});
   Choose(m_window, {"a"});  // its first point
-  EXPECT_EQ("a 0..100 FA5A5A|0", (Scan({20, 0, 0}), TypeScale([&] { TakeFromMenu(0, 1); }, "0", "100"), Curves()));
+  EXPECT_EQ("a 0..100 FA5A5A|0",
+            (Scan({20, 0, 0}), TypeScale([&] { TakeFromMenu(0, 1); }, "0", "100"), Curves()));
   m_trend->RefreshTimeScan(500);
   const int width = PlotSize().width(), height = PlotSize().height();
   const int y = height * 80 / 100;
@@ -85,7 +86,8 @@ TEST_F(TrendWindow, ACurveGrowsFromTheRightEdgeToTheLeft) {
   int points = 0;
   for (const auto& step : kSteps) {
     for (; points < step.points; ++points) m_trend->Refresh();
-    EXPECT_EQ(step.left < 0 ? QRect() : QRect(QPoint(step.left, y), QPoint(width - 5, y)), Coloured(kFirst)) << points;
+    EXPECT_EQ(step.left < 0 ? QRect() : QRect(QPoint(step.left, y), QPoint(width - 5, y)), Coloured(kFirst))
+        << points;
   }
   m_trend->RefreshTimeScan(1000);
   EXPECT_EQ(QRect(), Coloured(kFirst));
@@ -138,7 +140,8 @@ TEST_F(TrendWindow, TheLegendSelectsAndScalesACurve) {
   EXPECT_EQ('1', Curves().back());
 
   TypeScale([&] { QTest::mouseDClick(m_window, Qt::LeftButton, {}, Item(0)); }, "-1", "1");
-  TypeScale([&] { QTest::mouseDClick(m_window, Qt::LeftButton, {}, Frame("Vertical scale").center()); }, "2", "3");
+  TypeScale([&] { QTest::mouseDClick(m_window, Qt::LeftButton, {}, Frame("Vertical scale").center()); }, "2",
+            "3");
   EXPECT_EQ("a -1..1 FA5A5A|b 2..3 5AFA5A|c 0..10000 FAFA5A|1", Curves());
   TypeScale([&] { TakeFromMenu(2, 1); }, "5", "5");
   EXPECT_EQ(CBoxes({"Message|Maximum value must be greater than minimum value.|30"}), m_prompter.Take());
@@ -261,9 +264,14 @@ TEST_F(TrendWindow, ItsControlsFollowItsSizeDownToTheSmallest) {
     CRect outer = m_trend->GetFrameRect();
     outer.top = -23;  // this screen has a thinner caption
     const CTrendLayout layout = LayOutTrend({shown.width(), shown.height()}, outer);
-    for (const auto& [name, place] : {std::pair("Legend", layout.legend), {"Edit", layout.edit},
-                                      {"Config", layout.config}, {"Freeze", layout.freeze}, {"Load", layout.load},
-                                      {"Save", layout.save}, {"Cancel", layout.cancel}, {"Trends", layout.plot},
+    for (const auto& [name, place] : {std::pair("Legend", layout.legend),
+                                      {"Edit", layout.edit},
+                                      {"Config", layout.config},
+                                      {"Freeze", layout.freeze},
+                                      {"Load", layout.load},
+                                      {"Save", layout.save},
+                                      {"Cancel", layout.cancel},
+                                      {"Trends", layout.plot},
                                       {"Vertical scale", layout.vertScale},
                                       {"Horizontal scale", layout.horizScale}}) {
       const QRect is = Find<QWidget>(m_window, name)->geometry();
@@ -312,7 +320,8 @@ TEST_F(TrendWindow, ItTellsItsHostThatItIsGone) {
   EXPECT_EQ(nullptr, m_trend);
   for (int missing = 0; missing < 2; ++missing) {
     m_trend = static_cast<CTrendingDlg*>(RUNTIME_CLASS(CTrendingDlg).CreateObject());
-    m_trend->SetInputPointers(missing == 0 ? nullptr : &m_input, missing == 1 ? nullptr : &m_trendings, &m_trend);
+    m_trend->SetInputPointers(missing == 0 ? nullptr : &m_input, missing == 1 ? nullptr : &m_trendings,
+                              &m_trend);
     EXPECT_EQ(0, m_trend->Create());
     EXPECT_EQ(nullptr, m_trend);
     EXPECT_EQ(CBoxes({"Message|Incorrect initialization.|30"}), m_prompter.Take());
