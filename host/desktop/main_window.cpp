@@ -36,6 +36,16 @@ const char* NameOf(CRunner::EState state) {
   return "";
 }
 
+// A dialog that is open works on the stages: it is to be closed before they go.
+bool HasOpenDialog() {
+  QWidget* dialog = QApplication::activeModalWidget();
+  if (!dialog) return false;
+  QApplication::beep();
+  dialog->raise();
+  dialog->activateWindow();
+  return true;
+}
+
 void TellFault(const CString& text) { AfxMessageBox(text, MB_OK | MB_ICONEXCLAMATION); }
 
 }  // namespace
@@ -151,7 +161,7 @@ void CMainWindow::UseConfiguration() {
 }
 
 void CMainWindow::AskToOpen() {
-  if (!MayLoseChanges()) return;
+  if (HasOpenDialog() || !MayLoseChanges()) return;
   CFileQuestion question;
   question.filter = kFilter;
   question.mustExist = true;
@@ -163,7 +173,7 @@ void CMainWindow::ShowRecent() {
   m_recent->clear();
   for (const CString& path : m_settings.Recent()) {
     AddAction(m_recent, "", {}, [this, path] {
-      if (MayLoseChanges()) Open(path);
+      if (!HasOpenDialog() && MayLoseChanges()) Open(path);
     })->setText(ToScreen(path).replace('&', "&&"));
   }
 }
@@ -215,7 +225,7 @@ void CMainWindow::ShowAbout() {
 }
 
 void CMainWindow::Start() {
-  if (!m_document.IsOpen() || m_runner.State() != CRunner::EState::stopped) return;
+  if (!m_document.IsOpen() || m_runner.State() != CRunner::EState::stopped || HasOpenDialog()) return;
   TakeTrend();
   UseConfiguration();
   if (!IsFitToStart()) return;
@@ -293,6 +303,7 @@ void CMainWindow::TakeTrend() {
 
 void CMainWindow::closeEvent(QCloseEvent* event) {
   event->ignore();
+  if (HasOpenDialog()) return;
   if (m_runner.State() != CRunner::EState::stopped) {
     if (AfxMessageBox("The logger is running. Stop it and quit?", MB_YESNO | MB_ICONQUESTION) != IDYES)
       return;
@@ -300,7 +311,14 @@ void CMainWindow::closeEvent(QCloseEvent* event) {
   if (MayLoseChanges()) StopAndQuit();
 }
 
+// An open dialog goes first: whoever runs it must be back before the stages go.
 void CMainWindow::StopAndQuit() {
+  QWidget* popup = QApplication::activePopupWidget();
+  if (QWidget* dialog = popup ? popup : QApplication::activeModalWidget()) {
+    dialog->close();
+    QTimer::singleShot(0, this, [this] { StopAndQuit(); });
+    return;
+  }
   m_quitWanted = true;
   if (m_runner.State() == CRunner::EState::stopped)
     Quit();

@@ -1,6 +1,6 @@
 #include "vastra/screens/equation_check_rules.h"
 
-#include "vastra/equations/equator.h"
+#include "vastra/equations/parser.h"
 #include "vastra/equations/separator.h"
 
 namespace vastra {
@@ -10,9 +10,14 @@ CTextFault CheckEquations(const CString& text, const CStringArray& varNames, CSt
   CArray<int, int> positions;
   equations.RemoveAll();
   CEquationSeparator().Separate(text, equations, targets, positions);
-  const CEquationFault fault = CEquator().Compile(varNames, equations);
-  if (!fault.statement) return {};
-  return {fault.statement, positions[fault.statement - 1] + fault.offset};
+  CStringArray known = varNames;
+  for (const CString& target : targets)
+    if (FindIn(known, target) < 0) known.Add(target);
+  CParser parser;
+  CLineCodeList scratch;
+  for (int i = 0; i < equations.GetSize(); ++i)
+    if (!parser.Parse(equations[i], &scratch, &known)) return {i + 1, positions[i] + parser.GetLastError()};
+  return {};
 }
 
 }  // namespace vastra

@@ -10,8 +10,8 @@ struct CTextFault {
   int offset = 0;     // of the bad token in the text, from 0
 };
 
-// Splits text into statements, in place of what equations holds, and compiles them as a link would whose
-// samples have varNames: a statement may also read what another one assigns. Gives the first fault.
+// Splits text into statements, in place of what equations holds, and compiles each of them. It may read
+// varNames and what any other statement assigns. Gives the first fault.
 CTextFault CheckEquations(const CString& text, const CStringArray& varNames, CStringArray& equations);
 
 }  // namespace vastra

@@ -17,7 +17,8 @@ constexpr CControl kControls[] = {
     {CControl::defaultButton, "OK", {91, 7, 50, 14}},
     {CControl::button, "Cancel", {91, 26, 50, 14}},
 };
-constexpr CDialogTemplate kTemplate = {"Configuration", {148, 47}, kControls};
+// The other view stays usable, and is told when it asks for the same dialog.
+constexpr CDialogTemplate kTemplate = {"Configuration", {148, 47}, kControls, CDialogTemplate::blocksParent};
 
 void Tell(const char* text) { AfxMessageBox(text, "Message", MB_ICONEXCLAMATION); }
 

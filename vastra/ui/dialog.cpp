@@ -184,6 +184,7 @@ int CDialog::DoModal() {
   CWidget* widget = Make(m_parent);
   m_modal = true;
   m_ended = false;
+  if (m_model.style & CDialogTemplate::blocksParent) widget->setWindowModality(Qt::WindowModal);
   OnInitDialog();
   if (!m_ended) widget->exec();
   m_modal = false;

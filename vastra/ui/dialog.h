@@ -59,7 +59,8 @@ struct CDialogTemplate {
   const char* title;
   CSize size;
   std::span<const CControl> controls;  // in the order of the tab key
-  enum EStyle { fixed = 0, resizable = 1, minimizeBox = 2 };
+  // blocksParent: a modal run keeps the user from its parent alone, not from all other windows.
+  enum EStyle { fixed = 0, resizable = 1, minimizeBox = 2, blocksParent = 4 };
   int style = fixed;
 };
 
