@@ -62,8 +62,7 @@ CMainWindow::CMainWindow()
   MakeActions();
   MakeStatusBar();
   resize(fontMetrics().averageCharWidth() * 110, fontMetrics().height() * 26);
-  if (CRect place; m_settings.GetPlace(kPlace, place))
-    setGeometry(place.left, place.top, place.Width(), place.Height());
+  restoreGeometry(QByteArray::fromBase64(QByteArray(m_settings.Get(kPlace))));
   TakeState();
 }
 
@@ -327,8 +326,7 @@ void CMainWindow::StopAndQuit() {
 }
 
 void CMainWindow::Quit() {
-  const QRect place = isMaximized() ? normalGeometry() : geometry();
-  m_settings.SetPlace(kPlace, CRect::Of({place.x(), place.y()}, {place.width(), place.height()}));
+  m_settings.Set(kPlace, saveGeometry().toBase64().constData());
   m_views.Close();
   QApplication::quit();
 }

@@ -144,6 +144,7 @@ CDialog::CWidget* CDialog::Make(CWnd* parent) {
   Attach(widget);
   SetWindowText(m_model.title);
   widget->setWindowFlag(Qt::WindowContextHelpButtonHint, false);
+  widget->setWindowFlag(Qt::WindowMaximizeButtonHint, (m_model.style & CDialogTemplate::resizable) != 0);
   widget->setWindowFlag(Qt::WindowMinimizeButtonHint, (m_model.style & CDialogTemplate::minimizeBox) != 0);
   for (const CControl& model : m_model.controls) AddControl(model, *widget);
   const QSize size = ToPixels(UnitsOf(widget->font()), 0, 0, m_model.size.cx, m_model.size.cy).size();
