@@ -127,6 +127,7 @@ IMPLEMENT_DYNAMIC(CDialog, CWnd)
 
 CDialog::~CDialog() {
   if (auto* widget = static_cast<CWidget*>(Widget())) widget->m_owner = nullptr;
+  Abandon();
 }
 
 int CDialog::DestroyWindow() {
@@ -210,7 +211,10 @@ void CDialog::EndDialog(int result) {
   static_cast<CWidget*>(Widget())->done(result);
 }
 
-void CDialog::On(const char* caption, std::function<void()> handler, ENotify what) {
+void CDialog::On(const char* caption, std::function<void()> told, ENotify what) {
+  const auto handler = [window = static_cast<CWidget*>(Widget()), told = std::move(told)] {
+    if (window->m_owner) told();
+  };
   for (const CItem& item : m_items) {
     if (CString(item.model->caption) != caption) continue;
     QWidget* widget = item.window->Widget();

@@ -175,10 +175,13 @@ class CWnd::CEvents : public QObject {
 
 IMPLEMENT_DYNAMIC(CWnd, CObject)
 
-CWnd::~CWnd() {
+CWnd::~CWnd() { Abandon(); }
+
+void CWnd::Abandon() {
   if (!m_events) return;
   QWidget* widget = m_events->m_widget;
   m_events->Leave();
+  m_events = nullptr;
   widget->hide();
   widget->deleteLater();
 }
@@ -212,10 +215,7 @@ QWidget* CWnd::Client() const { return m_events ? m_events->m_client : nullptr; 
 
 int CWnd::DestroyWindow() {
   if (!m_events) return 0;
-  QWidget* widget = m_events->m_widget;
-  m_events->Leave();
-  widget->hide();
-  widget->deleteLater();
+  Abandon();
   Detach();
   return 1;
 }

@@ -83,6 +83,8 @@ class VASTRA_API CWnd : public CObject, public CMessageTarget {
   // Takes widget for its window. The window dies with the object or by DestroyWindow, and the object learns
   // when the toolkit takes it away. client: where it paints; null: widget.
   void Attach(QWidget* widget, QWidget* client = nullptr);
+  // What every destructor of a class with handlers begins with: the window goes, and nothing is told of it.
+  void Abandon();
 
   // dirty: what is to be painted. False: there is nothing of its own.
   virtual bool OnPaint(const CRect& /*dirty*/) { return false; }

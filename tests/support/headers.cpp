@@ -1,0 +1,2 @@
+// Nothing of its own: its target holds the precompiled headers of the tests.
+int main() {}
