@@ -11,6 +11,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "vastra/ui/line_raster.h"
 #include "vastra/ui/text.h"
 #include "vastra/ui/window.h"
 
@@ -106,7 +107,9 @@ int CBitmap::ScrollRows(int dy) {
   return 1;
 }
 
-CDC::CDC(CBitmap& bitmap) : m_painter(std::make_unique<QPainter>(&bitmap.Image())) { Reset(0); }
+CDC::CDC(CBitmap& bitmap) : m_painter(std::make_unique<QPainter>(&bitmap.Image())), m_picture(&bitmap) {
+  Reset(0);
+}
 
 CDC::CDC(CWnd& window) : m_painter(std::make_unique<QPainter>(window.Client())) {
   const QColor text = window.Client()->palette().color(QPalette::WindowText);
@@ -157,7 +160,20 @@ void CDC::LineTo(CPoint point) {
 
 void CDC::Polyline(std::span<const CPoint> points) {
   static_assert(sizeof(QPoint) == sizeof(CPoint) && alignof(QPoint) == alignof(CPoint));
+  if (PolylineOnPicture(points)) return;
   m_painter->drawPolyline(reinterpret_cast<const QPoint*>(points.data()), static_cast<int>(points.size()));
+}
+
+// 0: the picture is finer than the window's own scale, or the pen is wider than a pixel.
+int CDC::PolylineOnPicture(std::span<const CPoint> points) {
+  if (!m_picture || m_picture->Image().devicePixelRatio() != 1.0 || m_painter->pen().width() != 1) return 0;
+  QImage& image = m_picture->Image();
+  QRect clip = image.rect();
+  if (m_painter->hasClipping()) clip &= m_painter->clipBoundingRect().toRect();
+  const CPixels pixels = {reinterpret_cast<std::uint32_t*>(image.bits()), image.bytesPerLine() / 4};
+  RasterLines(pixels, CRect::Of({clip.x(), clip.y()}, {clip.width(), clip.height()}), points,
+              m_painter->pen().color().rgb());
+  return 1;
 }
 
 void CDC::TextOut(CPoint at, const CString& text) {

@@ -119,7 +119,10 @@ class VASTRA_API CDC {
  private:
   void Reset(COLORREF textColour);
 
+  int PolylineOnPicture(std::span<const CPoint> points);
+
   std::unique_ptr<QPainter> m_painter;
+  CBitmap* m_picture = nullptr;  // that is drawn into; null: a window
   CPoint m_at;
   COLORREF m_textColour = 0;
   UINT m_align = TA_LEFT;
