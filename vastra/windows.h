@@ -23,6 +23,7 @@
 #include "vastra/ui/drawing.h"
 #include "vastra/ui/geometry.h"
 #include "vastra/ui/grid.h"
+#include "vastra/ui/line_raster.h"
 #include "vastra/ui/text.h"
 #include "vastra/ui/window.h"
 #include "vastra/views/live_view.h"

@@ -8,8 +8,21 @@ namespace vastra {
 namespace {
 
 constexpr COLORREF kFirst = 0xFA5A5A, kSecond = 0x5AFA5A;
+constexpr COLORREF kWhite = 0xFFFFFF, kBlack = 0, kYellow = 0x00FFFF;
 const char* const kLost = "Message|Some variables had to be removed from the trending.|30";
 const char* const kUnreadable = "Message|Error reading file.|30";
+
+using CPart = std::pair<const char*, CRect CTrendLayout::*>;
+const CPart kParts[] = {{"Legend", &CTrendLayout::legend},
+                        {"Edit", &CTrendLayout::edit},
+                        {"Config", &CTrendLayout::config},
+                        {"Freeze", &CTrendLayout::freeze},
+                        {"Load", &CTrendLayout::load},
+                        {"Save", &CTrendLayout::save},
+                        {"Cancel", &CTrendLayout::cancel},
+                        {"Trends", &CTrendLayout::plot},
+                        {"Vertical scale", &CTrendLayout::vertScale},
+                        {"Horizontal scale", &CTrendLayout::horizScale}};
 
 class TrendWindow : public LiveViews {
  protected:
@@ -73,23 +86,19 @@ class TrendWindow : public LiveViews {
 };
 
 TEST_F(TrendWindow, ACurveGrowsFromTheRightEdgeToTheLeft) {
+  WriteSelection(m_dir / "x", CTrendSelection{{{"a", 0, 100, kFirst}}, 0});
+  Load(m_window, m_dir / "x");
   Write({20, 0, 0});
-  Choose(m_window, {"a"});  // its first point
-  EXPECT_EQ("a 0..100 FA5A5A|0",
-            (Scan({20, 0, 0}), TypeScale([&] { TakeFromMenu(0, 1); }, "0", "100"), Curves()));
-  m_trend->RefreshTimeScan(500);
-  const int width = PlotSize().width(), height = PlotSize().height();
-  const int y = height * 80 / 100;
+  const int width = PlotSize().width(), y = PlotSize().height() * 80 / 100;
   const struct {
     int points, left;
   } kSteps[] = {{1, -1}, {2, width - width / 99}, {51, width - width * 50 / 99}, {100, 0}, {101, 0}};
   int points = 0;
-  for (const auto& step : kSteps) {
-    for (; points < step.points; ++points) m_trend->Refresh();
-    EXPECT_EQ(step.left < 0 ? QRect() : QRect(QPoint(step.left, y), QPoint(width - 5, y)), Coloured(kFirst))
-        << points;
+  for (const auto& [wanted, left] : kSteps) {
+    for (; points < wanted; ++points) m_trend->Refresh();
+    EXPECT_EQ(left < 0 ? QRect() : QRect(QPoint(left, y), QPoint(width - 5, y)), Coloured(kFirst)) << points;
   }
-  m_trend->RefreshTimeScan(1000);
+  m_trend->RefreshTimeScan(500);
   EXPECT_EQ(QRect(), Coloured(kFirst));
   EXPECT_EQ("a 0..100 FA5A5A|0", Curves());
 }
@@ -264,18 +273,9 @@ TEST_F(TrendWindow, ItsControlsFollowItsSizeDownToTheSmallest) {
     CRect outer = m_trend->GetFrameRect();
     outer.top = -23;  // this screen has a thinner caption
     const CTrendLayout layout = LayOutTrend({shown.width(), shown.height()}, outer);
-    for (const auto& [name, place] : {std::pair("Legend", layout.legend),
-                                      {"Edit", layout.edit},
-                                      {"Config", layout.config},
-                                      {"Freeze", layout.freeze},
-                                      {"Load", layout.load},
-                                      {"Save", layout.save},
-                                      {"Cancel", layout.cancel},
-                                      {"Trends", layout.plot},
-                                      {"Vertical scale", layout.vertScale},
-                                      {"Horizontal scale", layout.horizScale}}) {
+    for (const auto& [name, part] : kParts) {
       const QRect is = Find<QWidget>(m_window, name)->geometry();
-      EXPECT_EQ(QRect(place.left, place.top, place.Width(), place.Height()), is) << name;
+      EXPECT_EQ(layout.*part, CRect::Of({is.x(), is.y()}, {is.width(), is.height()})) << name;
       EXPECT_TRUE(m_window->rect().contains(is)) << name;
     }
     for (int i = 0; i < 2; ++i) Scan({1, 2, 3});
@@ -292,25 +292,19 @@ TEST_F(TrendWindow, InADarkThemePlotAndLegendStayWhite) {
   Choose(m_window, {"a"});
   const QImage shown = Grab(*m_trend);
   QApplication::setPalette(former);
-  const auto colours = [&](QRect part) {
-    QHash<COLORREF, int> counts;
-    part.adjust(3, 3, -3, -3);
+  const auto colours = [&](const char* name) {
+    QSet<COLORREF> all;
+    const QRect part = Frame(name).adjusted(3, 3, -3, -3);
     for (int y = part.top(); y <= part.bottom(); ++y)
-      for (int x = part.left(); x <= part.right(); ++x) ++counts[PixelOf(shown, x, y)];
-    return counts;
+      for (int x = part.left(); x <= part.right(); ++x) all += PixelOf(shown, x, y);
+    return all;
   };
-  const auto plot = colours(Frame("Trends"));
-  EXPECT_EQ(QList<COLORREF>{0xFFFFFF}, plot.keys());
-  const auto legend = colours(Frame("Legend"));
-  EXPECT_TRUE(legend.contains(0xFFFFFF) && legend.contains(0) && legend.contains(kFirst));
-  EXPECT_FALSE(legend.contains(0x00FFFF));
+  EXPECT_EQ(QSet<COLORREF>{kWhite}, colours("Trends"));
+  EXPECT_TRUE(colours("Legend").contains({kWhite, kBlack, kFirst}));
+  EXPECT_FALSE(colours("Legend").contains(kYellow));
   for (const char* scale : {"Vertical scale", "Horizontal scale"}) {
-    const auto counts = colours(Frame(scale));
-    EXPECT_TRUE(counts.contains(0) && !counts.contains(0xFFFFFF)) << scale;
-    int yellow = 0;
-    for (auto i = counts.begin(); i != counts.end(); ++i)
-      if ((i.key() & 0xFF) > 0x80 && (i.key() >> 8 & 0xFF) > 0x80 && !(i.key() >> 16)) yellow += i.value();
-    EXPECT_LT(10, yellow) << scale;
+    EXPECT_TRUE(colours(scale).contains({kBlack, kYellow})) << scale;
+    EXPECT_FALSE(colours(scale).contains(kWhite)) << scale;
   }
 }
 
@@ -318,14 +312,11 @@ TEST_F(TrendWindow, ItTellsItsHostThatItIsGone) {
   Choose(m_window, {"a"});
   Click(m_window, "Cancel");
   EXPECT_EQ(nullptr, m_trend);
-  for (int missing = 0; missing < 2; ++missing) {
-    m_trend = static_cast<CTrendingDlg*>(RUNTIME_CLASS(CTrendingDlg).CreateObject());
-    m_trend->SetInputPointers(missing == 0 ? nullptr : &m_input, missing == 1 ? nullptr : &m_trendings,
-                              &m_trend);
-    EXPECT_EQ(0, m_trend->Create());
-    EXPECT_EQ(nullptr, m_trend);
-    EXPECT_EQ(CBoxes({"Message|Incorrect initialization.|30"}), m_prompter.Take());
-  }
+  m_trend = static_cast<CTrendingDlg*>(RUNTIME_CLASS(CTrendingDlg).CreateObject());
+  m_trend->SetInputPointers(nullptr, &m_trendings, &m_trend);
+  EXPECT_EQ(0, m_trend->Create());
+  EXPECT_EQ(nullptr, m_trend);
+  EXPECT_EQ(CBoxes({"Message|Incorrect initialization.|30"}), m_prompter.Take());
 }
 
 }  // namespace

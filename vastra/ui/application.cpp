@@ -6,6 +6,8 @@
 #include <QMessageBox>
 #include <QThread>
 
+#include <clocale>
+
 #include "vastra/ui/drawing.h"
 #include "vastra/ui/text.h"
 #include "vastra/ui/window.h"
@@ -123,6 +125,8 @@ class CDialogs : public CChooser {
 }  // namespace
 
 CWindows::CWindows() : m_prompter(std::make_unique<CBoxes>()), m_chooser(std::make_unique<CDialogs>()) {
+  // The toolkit's application has set the user's locale; numbers of the engine have a point in any.
+  std::setlocale(LC_NUMERIC, "C");
   m_formerPrompter = SetPrompter(m_prompter.get());
   m_formerChooser = SetChooser(m_chooser.get());
 }

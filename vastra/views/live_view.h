@@ -52,10 +52,7 @@ class VASTRA_API CLiveView : public CDialog {
   void ToggleFreeze();
   int AskFile(bool save, CString& path) const;
 
-  static void Tell(const char* text);           // null: nothing to tell
-  static int HasNames(ESelectionFile result) {  // of a reading: those read so far are the selection now
-    return result == ESelectionFile::good || result == ESelectionFile::endsInside;
-  }
+  static void Tell(const char* text);  // null: nothing to tell
 
   CLogInput* m_pInput = nullptr;
   CLogTrendings* m_pTrendings = nullptr;

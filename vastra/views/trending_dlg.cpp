@@ -309,7 +309,7 @@ void CTrendingDlg::OnReadButton() {
   if (!AskFile(false, path)) return;
   CTrendSelection selection;
   const ESelectionFile result = ReadSelection(path, selection);
-  if (HasNames(result)) {
+  if (result == ESelectionFile::good || result == ESelectionFile::endsInside) {
     m_selected.RemoveAll();
     for (const CCurveRecord& curve : selection.curves) m_selected.Add(curve.name);
   }
