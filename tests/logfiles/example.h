@@ -1,4 +1,4 @@
-// The worked example of docs/file-formats.md: its bytes and its text, out of the page itself.
+// The worked examples of docs/file-formats.md: their bytes and their text, out of the page itself.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -13,12 +13,13 @@ namespace vastra {
 
 inline std::string FormatsPage() { return ReadBytes(VASTRA_DOCS "/file-formats.md"); }
 
-// The bytes of the table, whose rows say at which offset each field stands.
-inline std::string ExampleLog() {
+// The bytes of the table in the part of the page from one heading to another. Its rows say at which offset
+// each field stands.
+inline std::string ExampleBytes(const char* from, const char* to) {
   static const std::regex kRow(R"(\| (\d+) \| ((?:[0-9A-F]{2} )+)\| .*)");
   const std::string text = FormatsPage();
-  const std::size_t begin = text.find("## Binary logs");
-  std::istringstream page(text.substr(begin, text.find("## Text logs") - begin));
+  const std::size_t begin = text.find(from);
+  std::istringstream page(text.substr(begin, text.find(to) - begin));
   std::string log;
   std::smatch row;
   for (std::string line; std::getline(page, line);) {
@@ -29,6 +30,8 @@ inline std::string ExampleLog() {
   }
   return log;
 }
+
+inline std::string ExampleLog() { return ExampleBytes("## Binary logs", "## Text logs"); }
 
 inline std::string ExampleCsv() {
   const std::string page = FormatsPage(), mark = "```csv\n";

@@ -1,6 +1,7 @@
 // The files of a selection, byte by byte, cut everywhere, and on a full disk.
 #include <gtest/gtest.h>
 
+#include "tests/logfiles/example.h"
 #include "tests/support/files.h"
 #include "tests/support/hex.h"
 #include "tests/support/names.h"
@@ -11,12 +12,8 @@ namespace {
 
 using enum ESelectionFile;
 
-const std::string kTrendHead = Bytes("b75ae313"), kGridHead = Bytes("583d420d");
-const std::string kTrend = kTrendHead + Bytes(
-                                            "02000000"
-                                            "0161 00000000000024c0 000000000000e03f fa5a5a00"
-                                            "026262 0000000000000000 0000000000408f40 0000a000"
-                                            "01000000");
+const std::string kTrend = ExampleBytes("## Selections", "## The configuration file");
+const std::string kTrendHead = kTrend.substr(0, 4), kGridHead = Bytes("583d420d");
 const std::string kGrid = kGridHead + Bytes("03000000 0161 00 026262");
 
 CTrendSelection TwoCurves() { return {{{"a", -10, 0.5, 0x5A5AFA}, {"bb", 0, 1000, 0xA00000}}, 1}; }
