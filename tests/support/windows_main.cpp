@@ -3,9 +3,12 @@
 
 #include <QApplication>
 
+#include <clocale>
+
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
   const QApplication application(argc, argv);
+  std::setlocale(LC_NUMERIC, "C");  // as CWindows does
   QApplication::setQuitOnLastWindowClosed(false);
   const int result = RUN_ALL_TESTS();
   QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
