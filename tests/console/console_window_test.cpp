@@ -173,7 +173,7 @@ TEST(ConsoleWindow, BurstOfAWorkerIsPaintedOnceAndComesOutAsLineByLine) {
 TEST(ConsoleWindow, WithoutMemoryForItsPictureSaysSoAndComesBackLater) {
   CTestPrompter prompter;
   CTestConsole window(10);
-  window.OnSize(1 << 24, 1 << 24);
+  window.OnSize(1 << 30, 1 << 30);
   EXPECT_EQ(std::vector<std::string>{"|Out of Memory!|10"}, prompter.Take());
   window.Write(1);
   window.OnSize(0, 0);  // no picture is needed
