@@ -2,9 +2,9 @@
 #pragma once
 
 #include "vastra/console/console.h"
-#include "vastra/console/console_conf_dialog.h"
+#include "vastra/console/console_conf_dlg.h"
 #include "vastra/console/console_rules.h"
-#include "vastra/console/console_window.h"
+#include "vastra/console/console_wnd.h"
 #include "vastra/screens/conf_var_list_dlg.h"
 #include "vastra/screens/equation_check_rules.h"
 #include "vastra/screens/equations_dlg.h"

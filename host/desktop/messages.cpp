@@ -4,7 +4,7 @@
 #include <cstdio>
 
 #include "vastra/console/console.h"
-#include "vastra/console/console_conf_dialog.h"
+#include "vastra/console/console_conf_dlg.h"
 #include "vastra/core/console_sink.h"
 #include "vastra/core/link.h"
 #include "vastra/ui/window.h"

@@ -8,7 +8,7 @@
 #include <map>
 
 #include "tests/support/windows.h"
-#include "vastra/console/console_window.h"
+#include "vastra/console/console_wnd.h"
 
 namespace vastra {
 

@@ -1,6 +1,6 @@
 #include "vastra/console/console.h"
 
-#include "vastra/console/console_window.h"
+#include "vastra/console/console_wnd.h"
 #include "vastra/ui/application.h"
 
 namespace vastra {

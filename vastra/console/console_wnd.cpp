@@ -1,4 +1,4 @@
-#include "vastra/console/console_window.h"
+#include "vastra/console/console_wnd.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "vastra/console/console_conf_dialog.h"
+#include "vastra/console/console_conf_dlg.h"
 
 #include <gtest/gtest.h>
 
