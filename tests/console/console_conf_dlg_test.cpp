@@ -10,88 +10,69 @@
 namespace vastra {
 namespace {
 
-constexpr const char* kKinds[] = {"Fatal Error Messages", "Error Messages", "Warning Messages",
-                                  "Notices Messages", "Debug Messages"};
+// In the order of the screen, which the marks below keep: "x" or "." for each.
+const struct {
+  const char* caption;
+  int CConsoleConfDlg::*value;
+} kBoxes[] = {
+    {"Fatal Error Messages", &CConsoleConfDlg::m_fatal}, {"Error Messages", &CConsoleConfDlg::m_error},
+    {"Warning Messages", &CConsoleConfDlg::m_warning},   {"Notices Messages", &CConsoleConfDlg::m_notice},
+    {"Debug Messages", &CConsoleConfDlg::m_debug},       {"All Messages", &CConsoleConfDlg::m_all},
+    {"Always on Top", &CConsoleConfDlg::m_onTop},        {"Clear Console", &CConsoleConfDlg::m_clear},
+};
 
-// The marks in the order of the screen: "x" or "." for each box.
-std::string Marks(QWidget* window) {
-  std::string marks;
-  for (const char* kind : kKinds) marks += Find<QCheckBox>(window, kind)->isChecked() ? 'x' : '.';
-  for (const char* box : {"All Messages", "Always on Top", "Clear Console"})
-    marks += Find<QCheckBox>(window, box)->isChecked() ? 'x' : '.';
-  return marks;
+// Runs dialog with those values, clicks on boxes by their numbers, and leaves by end. Gives what it showed.
+std::string Work(CConsoleConfDlg& dialog, const char* before, const char* clicks, const char* end) {
+  for (int i = 0; i < 8; ++i) dialog.*kBoxes[i].value = before[i] == 'x';
+  std::string shown;
+  const auto user = [&](QWidget* window) {
+    EXPECT_EQ("Console Configuration", window->windowTitle());
+    EXPECT_TRUE(Find<QGroupBox>(window, "Type of Messages Showed "));
+    for (; *clicks; ++clicks) Click(window, kBoxes[*clicks - '1'].caption);
+    for (const auto& box : kBoxes) shown += Find<QCheckBox>(window, box.caption)->isChecked() ? 'x' : '.';
+    Click(window, end);
+  };
+  WhileModal([&] { EXPECT_EQ(*end == 'O' ? IDOK : IDCANCEL, dialog.DoModal()); }, user);
+  return shown;
 }
 
 std::string Values(const CConsoleConfDlg& dialog) {
   std::string values;
-  for (const int value : {dialog.m_fatal, dialog.m_error, dialog.m_warning, dialog.m_notice, dialog.m_debug,
-                          dialog.m_all, dialog.m_onTop, dialog.m_clear})
-    values += value == 1 ? 'x' : value == 0 ? '.' : '?';
+  for (const auto& box : kBoxes) values += dialog.*box.value == 1 ? 'x' : dialog.*box.value == 0 ? '.' : '?';
   return values;
 }
 
-TEST(ConsoleConfDialog, GivesEachBoxItsValueOnOkAndNoneOnCancel) {
-  int CConsoleConfDlg::*const kValues[] = {&CConsoleConfDlg::m_fatal,   &CConsoleConfDlg::m_error,
-                                           &CConsoleConfDlg::m_warning, &CConsoleConfDlg::m_notice,
-                                           &CConsoleConfDlg::m_debug,   &CConsoleConfDlg::m_all,
-                                           &CConsoleConfDlg::m_onTop,   &CConsoleConfDlg::m_clear};
-  for (std::size_t i = 0; i < std::size(kValues); ++i) {
-    std::string one(8, '.');
-    one[i] = 'x';
-    for (const bool ok : {true, false}) {
-      CConsoleConfDlg dialog;
-      dialog.*kValues[i] = 1;
-      int result = 0;
-      WhileModal([&] { result = dialog.DoModal(); },
-                 [&](QWidget* window) {
-                   EXPECT_EQ(one, Marks(window));
-                   EXPECT_EQ("Console Configuration", window->windowTitle());
-                   EXPECT_TRUE(Find<QGroupBox>(window, "Type of Messages Showed "));
-                   Click(window, "Clear Console");
-                   Click(window, ok ? "OK" : "Cancel");
-                 });
-      if (ok) one[7] = i == 7 ? '.' : 'x';
-      EXPECT_EQ(ok ? IDOK : IDCANCEL, result);
-      EXPECT_EQ(one, Values(dialog));
-      if (ok) one[7] = i == 7 ? 'x' : '.';
-    }
+TEST(ConsoleConfDlg, AllAndTheKindsExcludeEachOtherAndOnlyOkGivesTheValuesAway) {
+  const struct {
+    const char *before, *clicks, *after;
+  } kCases[] = {
+      {"x.......", "", "x......."},  {".x......", "", ".x......"},
+      {"..x.....", "", "..x....."},  {"...x....", "", "...x...."},
+      {"....x...", "", "....x..."},  {"......x.", "", "......x."},
+      {".......x", "", ".......x"},  {"........", "78", "......xx"},
+      {"x...xxxx", "", "x...xxxx"},  // only a click makes it so
+      {"xxxxx.xx", "6", ".....xxx"}, {"xxxxxxxx", "6", "......xx"},
+      {".....xxx", "1", "x.....xx"}, {".....xxx", "2", ".x....xx"},
+      {".....xxx", "3", "..x...xx"}, {".....xxx", "4", "...x..xx"},
+      {".....xxx", "5", "....x.xx"}, {"x....x..", "1", "........"},
+      {".x...x..", "2", "........"}, {"..x..x..", "3", "........"},
+      {"...x.x..", "4", "........"}, {"....xx..", "5", "........"},
+  };
+  for (const auto& c : kCases) {
+    CConsoleConfDlg dialog;
+    EXPECT_EQ("........", Values(dialog));
+    EXPECT_EQ(c.after, Work(dialog, c.before, c.clicks, "Cancel"));
+    EXPECT_EQ(c.before, Values(dialog));
+    EXPECT_EQ(c.after, Work(dialog, c.before, c.clicks, "OK"));
+    EXPECT_EQ(c.after, Values(dialog));
   }
 }
 
-TEST(ConsoleConfDialog, AllAndTheKindsExcludeEachOther) {
+TEST(ConsoleConfDlg, OnTopThatTheHostForbidsIsShownAndCannotBeClicked) {
   CConsoleConfDlg dialog;
-  dialog.m_fatal = dialog.m_debug = dialog.m_all = dialog.m_onTop = dialog.m_clear = 1;
-  WhileModal([&] { dialog.DoModal(); },
-             [](QWidget* window) {
-               EXPECT_EQ("x...xxxx", Marks(window));  // only a click makes it so
-               Click(window, "All Messages");
-               EXPECT_EQ("......xx", Marks(window));
-               for (const char* kind : kKinds) {
-                 for (int direction = 0; direction < 2; ++direction) {
-                   Click(window, "All Messages");
-                   EXPECT_EQ(".....xxx", Marks(window)) << kind;
-                   Click(window, kind);
-                   EXPECT_FALSE(Find<QCheckBox>(window, "All Messages")->isChecked());
-                   EXPECT_TRUE(Find<QCheckBox>(window, kind)->isChecked());
-                   Find<QCheckBox>(window, "All Messages")->setChecked(true);
-                   Click(window, kind);
-                   EXPECT_EQ("......xx", Marks(window)) << kind;
-                 }
-               }
-             });
-}
-
-TEST(ConsoleConfDialog, OnTopThatTheHostForbidsIsShownAndCannotBeClicked) {
-  CConsoleConfDlg dialog;
-  dialog.m_onTop = 1;
   dialog.EnableOnTop(0);
-  WhileModal([&] { dialog.DoModal(); },
-             [](QWidget* window) {
-               Click(window, "Always on Top");
-               EXPECT_EQ("......x.", Marks(window));
-               Click(window, "OK");
-             });
-  EXPECT_EQ(1, dialog.m_onTop);
+  EXPECT_EQ("......x.", Work(dialog, "......x.", "7", "OK"));
+  EXPECT_EQ("......x.", Values(dialog));
 }
 
 }  // namespace
