@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QContextMenuEvent>
+
 #include <numeric>
 #include <random>
 #include <thread>
@@ -55,6 +57,16 @@ TEST(ConsoleWindow, ScrollsByFiveLinesWhateverTheToolkitsPageIs) {
   BarOf(window)->setSliderPosition(2);  // as a thumb that is drawn
   window.Write(31);
   EXPECT_EQ(Numbers(3, 12), ColoursOf(window));
+  // The toolkit's menu, if it comes up, moves the bar without an action.
+  QTimer::singleShot(0, [] {
+    if (QWidget* menu = QApplication::activePopupWidget())
+      QTest::keyClick(menu, Qt::Key_Down), QTest::keyClick(menu, Qt::Key_Return);
+  });
+  const QPoint middle = BarOf(window)->rect().center();
+  QContextMenuEvent asked(QContextMenuEvent::Mouse, middle, BarOf(window)->mapToGlobal(middle));
+  QApplication::sendEvent(BarOf(window), &asked);
+  QApplication::processEvents();
+  EXPECT_EQ(2, BarOf(window)->value());
 }
 
 // Letters that reach out of their rows, rows that are half in the picture, steps of all sizes.

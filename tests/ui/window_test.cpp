@@ -82,9 +82,11 @@ TEST(Window, KeepsItsNormalPlaceWhateverItsState) {
   for (const int command : {SW_SHOWNORMAL, SW_SHOWMAXIMIZED, SW_SHOWMINIMIZED, SW_HIDE}) {
     window.ShowWindow(command);
     QTest::qWait(10);
-    EXPECT_EQ(window.GetNormalPlace().Size(), kPlace.Size()) << command;
-    EXPECT_EQ(window.GetNormalPlace().TopLeft(), kPlace.TopLeft()) << command;
+    EXPECT_EQ(window.GetNormalPlace(), kPlace) << command;
   }
+  window.ShowWindow(SW_SHOWMAXIMIZED);
+  window.Widget()->setWindowState(Qt::WindowMinimized);  // all that some window managers tell then
+  EXPECT_EQ(window.GetNormalPlace(), kPlace);
 }
 
 TEST(Window, GoesOnceWhoeverTakesItAway) {

@@ -61,6 +61,8 @@ class CScrolled : public QAbstractScrollArea {
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setFrameStyle(QFrame::Panel | QFrame::Sunken);
+    // The toolkit's menu would move the bar behind the window's back.
+    verticalScrollBar()->setContextMenuPolicy(Qt::NoContextMenu);
   }
 };
 
@@ -118,12 +120,21 @@ class CWnd::CEvents : public QObject {
     m_widget->setMinimumSize(m_minTrackSize - frame);
   }
 
+  // What the toolkit knows of it does not do: a maximised window has another frame, and of one that is then
+  // minimised some window managers tell that alone.
+  void TakeNormalPlace() {
+    const bool isNormal =
+        !(m_widget->windowState() & (Qt::WindowMinimized | Qt::WindowMaximized | Qt::WindowFullScreen));
+    if (isNormal || m_normalPlace.isNull()) m_normalPlace = QRect(m_widget->pos(), m_widget->size());
+  }
+
   CWnd* m_owner;  // null: the window is gone
   QWidget* const m_widget;
   QWidget* const m_client;
   QHash<UINT, int> m_timers;
   QRegion m_invalid;
   QSize m_minTrackSize;
+  QRect m_normalPlace;  // of a top-level window: corner of the frame, size of the inside
 
  private:
   bool OfClient(QEvent& event) {
@@ -154,6 +165,7 @@ class CWnd::CEvents : public QObject {
   bool OfWindow(QEvent& event) {
     if (!m_widget->isWindow()) return false;
     if (event.type() == QEvent::Show || event.type() == QEvent::Move) TakeFrame();
+    if (event.type() == QEvent::Resize || event.type() == QEvent::Move) TakeNormalPlace();
     if (event.type() != QEvent::Close || qobject_cast<QDialog*>(m_widget)) return false;
     event.ignore();
     m_owner->OnClose();
@@ -286,6 +298,7 @@ void CWnd::MoveWindow(const CRect& place) {
   if (!widget) return;
   widget->move(place.left, place.top);
   widget->resize(place.Width(), place.Height());
+  m_events->TakeNormalPlace();
   if (widget->isVisible() || !m_events->ScrollBar()) return;
   // A hidden window lays out its inside when it is shown, and its client area is asked for before.
   QResizeEvent resized(widget->size(), widget->size());
@@ -295,12 +308,9 @@ void CWnd::MoveWindow(const CRect& place) {
 CRect CWnd::GetPlace() const { return Widget() ? FromRect(Widget()->geometry()) : CRect(); }
 
 CRect CWnd::GetNormalPlace() const {
-  const QWidget* widget = Widget();
-  if (!widget) return {};
-  const QPoint frame = widget->geometry().topLeft() - widget->pos();
-  const bool isNormal = !(widget->windowState() & (Qt::WindowMaximized | Qt::WindowFullScreen));
-  const QRect inside = isNormal ? widget->geometry() : widget->normalGeometry();
-  return FromRect(inside.translated(-frame));
+  if (!m_events) return {};
+  m_events->TakeNormalPlace();
+  return FromRect(m_events->m_normalPlace);
 }
 
 CRect CWnd::GetClientRect() const { return Client() ? FromRect(Client()->rect()) : CRect(); }
