@@ -50,6 +50,7 @@ TEST_F(EquationsDlg, OkTakesOnlyATextThatCompilesAndMarksTheFaultOfAnother) {
       {"x = c + a;", "Found error in equation 1", "c", 4},
       {"x = 1;\r\n\r\ny = c;", "Found error in equation 2", "c", 12},
       {"/* \xC3\xA9\xE2\x82\xAC */ x = 1;\r\ny = \xC3\xA9;", "Found error in equation 2", "\xC3\xA9", 20},
+      {"x = \xF0\x9F\x98\x80;", "Found error in equation 1", "\xF0\x9F\x98\x80", 4},
       {"/* \xE9 */ x = 1;\r\ny = c;", "Found error in equation 2", "c", 19},
       {"x = (a;\r\ny = c;", "Found error in equation 1", ";", 6},
       {"x = a +", "Found error in equation 1", "", 7},

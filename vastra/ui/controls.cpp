@@ -107,9 +107,8 @@ void CEdit::SelectAt(int offset, int count) {
   if (!edit) return;
   QTextCursor cursor = edit->textCursor();
   const int length = edit->document()->characterCount() - 1;
-  const int place = std::min(ScreenPlace(GetWindowText(), offset), length);
-  cursor.setPosition(place);
-  cursor.setPosition(std::min(place + count, length), QTextCursor::KeepAnchor);
+  cursor.setPosition(std::min(ScreenPlace(GetWindowText(), offset), length));
+  cursor.movePosition(QTextCursor::NextCharacter, QTextCursor::KeepAnchor, count);
   edit->setTextCursor(cursor);
   edit->ensureCursorVisible();
 }
