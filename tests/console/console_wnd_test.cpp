@@ -38,17 +38,12 @@ TEST(ConsoleWindow, ShowsALineInItsColourWhenWriteReturns) {
   EXPECT_EQ(0, BarOf(window)->maximum());
 }
 
-TEST(ConsoleWindow, FollowsWithItsScrollBarFromTheTenthLineOn) {
-  CTestConsole window(10);
-  for (int i = 1; i <= 12; ++i) window.Write(i);
-  EXPECT_EQ(Numbers(4, 12), ColoursOf(window));
-  EXPECT_EQ(3, BarOf(window)->value());
-  EXPECT_EQ(3, BarOf(window)->maximum());
-}
-
-TEST(ConsoleWindow, ScrollsByFiveLinesWhateverTheToolkitsPageIs) {
+TEST(ConsoleWindow, FollowsAndScrollsByFiveLinesWhateverTheToolkitsPageIs) {
   CTestConsole window(10);
   for (int i = 1; i <= 30; ++i) window.Write(i);
+  EXPECT_EQ(21, BarOf(window)->value());
+  EXPECT_EQ(21, BarOf(window)->maximum());
+  EXPECT_EQ(Numbers(22, 30), ColoursOf(window));
   BarOf(window)->triggerAction(QAbstractSlider::SliderPageStepSub);
   EXPECT_EQ(16, BarOf(window)->value());
   EXPECT_EQ(Numbers(17, 26), ColoursOf(window));

@@ -1,12 +1,16 @@
 #include "vastra/console/console_rules.h"
 
 #include <algorithm>
-#include <climits>
 #include <cstdlib>
 
 #include "vastra/ui/window.h"
 
 namespace vastra {
+namespace {
+
+constexpr long kFarthest = 0xFFFFFF;  // pixels: beyond all screens, and their sums are numbers
+
+}  // namespace
 
 void CConsoleStore::Add(const CString& text, COLORREF colour, CConsoleArea area) {
   if (m_lines.empty()) m_top = 0;
@@ -90,7 +94,7 @@ void CConsolePlace::TakeFrom(const CString& text) {
   for (int* number : {&x, &y, &width, &height}) {
     char* end = nullptr;
     const long value = std::strtol(at, &end, 10);
-    if (end == at || value < INT_MIN || value > INT_MAX) return;
+    if (end == at || value < -kFarthest || value > kFarthest) return;
     *number = static_cast<int>(value);
     if (*end != ',') return;
     at = end + 1;

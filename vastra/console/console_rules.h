@@ -85,7 +85,7 @@ struct CConsolePlace {
   int x = 0, y = 0, width = 0, height = 0;
 
   CString ToText() const;
-  // Takes as many leading numbers as can be read; the others stay.
+  // Takes as many leading numbers as can be read and lie within what screens may be; the others stay.
   void TakeFrom(const CString& text);
 };
 
