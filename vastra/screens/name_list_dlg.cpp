@@ -29,6 +29,10 @@ void CNameListDlg::DeleteVariable(int index) {
   Names().SetCurSel(-1);
 }
 
+void CNameListDlg::DeleteMarked() {
+  if (const int index = MarkedVariable(); index >= 0) DeleteVariable(index);
+}
+
 void CNameListDlg::OnImportButton() {
   CString text;
   if (!ImportText(m_title, text)) return;

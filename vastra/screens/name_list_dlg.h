@@ -28,6 +28,7 @@ class VASTRA_API CNameListDlg : public CDialog {
   void DeleteVariable(int index);
 
   // The buttons of lists that are free as a whole, and the call that connects them.
+  void DeleteMarked();
   void OnDeleteallButton() { Names().ResetContent(); }
   void OnImportButton();
   void OnExportButton();

@@ -27,11 +27,6 @@ void CVarListDlg::OnInitDialog() {
   On(kDeleteVariable, [this] { OnDeleteButton(); });
 }
 
-void CVarListDlg::OnDeleteButton() {
-  const int index = MarkedVariable();
-  if (index >= 0) DeleteVariable(index);
-}
-
 void CVarListDlg::OnOK() {
   m_list = Names().GetTexts();
   CDialog::OnOK();

@@ -17,7 +17,7 @@ class VASTRA_API CVarListDlg : public CNameListDlg {
 
  private:
   void OnInsertButton() { InsertVariable(); }
-  void OnDeleteButton();
+  void OnDeleteButton() { DeleteMarked(); }
 };
 
 }  // namespace vastra

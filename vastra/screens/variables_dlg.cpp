@@ -57,11 +57,6 @@ void CVariablesDlg::OnSelectallvarsButton() {
   OnSelectvarButton();
 }
 
-void CVariablesDlg::OnDeletevarButton() {
-  const int index = MarkedVariable();
-  if (index >= 0) DeleteVariable(index);
-}
-
 void CVariablesDlg::OnOK() {
   m_selected = Names().GetTexts();
   CDialog::OnOK();

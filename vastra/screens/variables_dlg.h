@@ -22,7 +22,7 @@ class CVariablesDlg : public CNameListDlg {
   void OnSelectvarButton();
   void OnSelectallvarsButton();
   void OnInsertvarButton() { InsertVariable(); }
-  void OnDeletevarButton();
+  void OnDeletevarButton() { DeleteMarked(); }
 };
 
 }  // namespace vastra
