@@ -6,7 +6,7 @@
 #include <cstdlib>
 
 #include "bench/ratios.h"
-#include "vastra/console/console_window.h"
+#include "vastra/console/console_wnd.h"
 #include "vastra/ui/text.h"
 
 namespace vastra::bench {

@@ -4,9 +4,11 @@
 #include <QApplication>
 
 #include <clocale>
+#include <cstdlib>
 
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
+  setenv("QT_QPA_PLATFORM", "offscreen", 0);  // also for who only lists the tests
   const QApplication application(argc, argv);
   std::setlocale(LC_NUMERIC, "C");  // as CWindows does
   QApplication::setQuitOnLastWindowClosed(false);
