@@ -19,6 +19,7 @@
 #include "vastra/support/registry.h"
 #include "vastra/ui/application.h"
 #include "vastra/ui/controls.h"
+#include "vastra/ui/convert.h"
 #include "vastra/ui/dialog.h"
 #include "vastra/ui/drawing.h"
 #include "vastra/ui/geometry.h"

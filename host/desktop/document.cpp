@@ -12,7 +12,7 @@ bool IsJsonPath(const CString& path) { return path.Right(5).CompareNoCase(".json
 
 CString SaveAsJson(const CString& path, CConfiguration& configuration) {
   std::string text;
-  const CString fault = ConfigurationToJson(configuration, text);
+  CString fault = ConfigurationToJson(configuration, text);
   if (!fault.IsEmpty()) return fault;
   try {
     SaveFile(path, [&](CFile& file) { file.Write(text.data(), text.size()); });

@@ -8,7 +8,7 @@
 
 #include <clocale>
 
-#include "vastra/ui/drawing.h"
+#include "vastra/ui/convert.h"
 #include "vastra/ui/text.h"
 #include "vastra/ui/window.h"
 
@@ -107,10 +107,9 @@ class CDialogs : public CChooser {
   }
 
   int ChooseColour(COLORREF& colour) override {
-    QColorDialog dialog(QColor(colour & 0xFF, colour >> 8 & 0xFF, colour >> 16 & 0xFF), GetActiveWidget());
+    QColorDialog dialog(ToColour(colour), GetActiveWidget());
     if (!dialog.exec()) return 0;
-    const QColor chosen = dialog.selectedColor();
-    colour = RGB(chosen.red(), chosen.green(), chosen.blue());
+    colour = FromColour(dialog.selectedColor());
     return 1;
   }
 

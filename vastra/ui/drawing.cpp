@@ -11,15 +11,13 @@
 #include <cmath>
 #include <cstring>
 
+#include "vastra/ui/convert.h"
 #include "vastra/ui/line_raster.h"
 #include "vastra/ui/text.h"
 #include "vastra/ui/window.h"
 
 namespace vastra {
 namespace {
-
-QColor ToColour(COLORREF colour) { return QColor(colour & 0xFF, colour >> 8 & 0xFF, colour >> 16 & 0xFF); }
-QRect ToRect(const CRect& rect) { return QRect(rect.left, rect.top, rect.Width(), rect.Height()); }
 
 // The size in pixels at which a line of font is as high as request wants.
 int PixelSize(QFont font, int height) {
@@ -89,8 +87,8 @@ CSize CBitmap::Size() const {
 
 COLORREF CBitmap::GetPixel(CPoint point) const {
   const double scale = m_image->devicePixelRatio();
-  const QRgb pixel = m_image->pixel(static_cast<int>(point.x * scale), static_cast<int>(point.y * scale));
-  return RGB(qRed(pixel), qGreen(pixel), qBlue(pixel));
+  return FromColour(
+      m_image->pixelColor(static_cast<int>(point.x * scale), static_cast<int>(point.y * scale)));
 }
 
 int CBitmap::ScrollRows(int dy) {
@@ -112,8 +110,7 @@ CDC::CDC(CBitmap& bitmap) : m_painter(std::make_unique<QPainter>(&bitmap.Image()
 }
 
 CDC::CDC(CWnd& window) : m_painter(std::make_unique<QPainter>(window.Client())) {
-  const QColor text = window.Client()->palette().color(QPalette::WindowText);
-  Reset(RGB(text.red(), text.green(), text.blue()));
+  Reset(FromColour(window.Client()->palette().color(QPalette::WindowText)));
 }
 
 CDC::~CDC() = default;
@@ -159,7 +156,7 @@ void CDC::LineTo(CPoint point) {
 }
 
 void CDC::Polyline(std::span<const CPoint> points) {
-  static_assert(sizeof(QPoint) == sizeof(CPoint) && alignof(QPoint) == alignof(CPoint));
+  static_assert(sizeof(QPoint) == sizeof(CPoint));
   if (PolylineOnPicture(points)) return;
   m_painter->drawPolyline(reinterpret_cast<const QPoint*>(points.data()), static_cast<int>(points.size()));
 }

@@ -12,14 +12,11 @@
 
 #include <utility>
 
+#include "vastra/ui/convert.h"
 #include "vastra/ui/text.h"
 
 namespace vastra {
 namespace {
-
-QRect ToRect(const CRect& rect) { return QRect(rect.left, rect.top, rect.Width(), rect.Height()); }
-
-CRect FromRect(const QRect& rect) { return CRect::Of({rect.x(), rect.y()}, {rect.width(), rect.height()}); }
 
 CPoint PlaceOf(const QMouseEvent& event) {
   const QPoint place = event.position().toPoint();

@@ -6,7 +6,7 @@ namespace vastra {
 
 CVarChoice::CVarChoice(const CStringArray& available, const CStringArray& chosen)
     : m_available(available), m_chosen(chosen) {
-  for (const CString& name : available) m_used.push_back(FindIn(chosen, name) >= 0);
+  for (const CString& name : available) m_used.push_back(FindIn(chosen, name) >= 0 ? 1 : 0);
 }
 
 CStringArray CVarChoice::Unused() const {

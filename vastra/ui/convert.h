@@ -1,0 +1,17 @@
+// Between our geometry and colours and those of the toolkit.
+#pragma once
+
+#include "vastra/platform/api.h"
+#include "vastra/ui/geometry.h"
+
+class QColor;
+class QRect;
+
+namespace vastra {
+
+QRect ToRect(const CRect& rect);
+CRect FromRect(const QRect& rect);
+QColor ToColour(COLORREF colour);
+COLORREF FromColour(const QColor& colour);
+
+}  // namespace vastra
