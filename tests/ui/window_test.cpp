@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "tests/support/windows.h"
+#include "vastra/ui/application.h"
 
 namespace vastra {
 namespace {
@@ -103,6 +104,29 @@ TEST(Window, GoesOnceWhoeverTakesItAway) {
   delete parent.Widget();
   EXPECT_EQ(parent.gone, 1);
   EXPECT_EQ(child.gone, 1) << "its parent took it along";
+}
+
+TEST(Window, TakesAlongWhatIsOpenOverIt) {
+  const CWindows real;
+  CString path;
+  COLORREF colour = 0;
+  CSpy window;
+  const std::function<int()> kOpen[] = {
+      [] { return AfxMessageBox("Stay?", MB_OK) - IDCANCEL; },
+      [&] { return ChooseFile({}, path); },
+      [&] { return ChooseFolder(path); },
+      [&] { return ChooseColour(colour); },
+      [&] {
+        return TrackPopupMenu(window, {10, 10}, {"First"}) + 1;
+      },
+  };
+  for (const auto& open : kOpen) {
+    window.CreateTopLevel("", kPlace, nullptr, CWnd::plain);
+    window.ShowWindow(SW_SHOW);
+    QApplication::processEvents();
+    QTimer::singleShot(0, [&] { window.DestroyWindow(); });
+    EXPECT_EQ(open(), 0) << &open - kOpen;
+  }
 }
 
 TEST(Window, TakesMessagesInOrderFromAnyThread) {

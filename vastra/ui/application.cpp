@@ -4,6 +4,7 @@
 #include <QColorDialog>
 #include <QFileDialog>
 #include <QMessageBox>
+#include <QPointer>
 #include <QThread>
 
 #include <clocale>
@@ -52,11 +53,34 @@ int AnswerOf(int button) {
   }
 }
 
+// A dialog of the toolkit over the active window. That may go while the dialog is open, and takes it along.
+template <class DIALOG>
+class COverActive {
+ public:
+  COverActive() : m_dialog(new DIALOG(GetActiveWidget())) {}
+  ~COverActive() { delete m_dialog; }
+  COverActive(const COverActive&) = delete;
+  COverActive& operator=(const COverActive&) = delete;
+
+  DIALOG* operator->() const { return m_dialog; }
+  // What its exec gives; 0 also if it is gone.
+  int Run() {
+    const int result = m_dialog->exec();
+    return m_dialog ? result : 0;
+  }
+
+ private:
+  QPointer<DIALOG> m_dialog;
+};
+
 int ShowBox(const CString& text, const CString& title, UINT type) {
-  const QString caption = title.IsEmpty() ? QApplication::applicationName() : ToScreen(title);
-  QMessageBox box(IconOf(type), caption, ToScreen(text), ButtonsOf(type), GetActiveWidget());
-  box.setTextFormat(Qt::PlainText);
-  return AnswerOf(box.exec());
+  COverActive<QMessageBox> box;
+  box->setIcon(IconOf(type));
+  box->setWindowTitle(title.IsEmpty() ? QApplication::applicationName() : ToScreen(title));
+  box->setText(ToScreen(text));
+  box->setStandardButtons(ButtonsOf(type));
+  box->setTextFormat(Qt::PlainText);
+  return AnswerOf(box.Run());
 }
 
 class CBoxes : public CPrompter {
@@ -88,35 +112,36 @@ QStringList FiltersOf(const CString& filter) {
 class CDialogs : public CChooser {
  public:
   int ChooseFile(const CFileQuestion& question, CString& path) override {
-    QFileDialog dialog(GetActiveWidget());
-    dialog.setAcceptMode(question.save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
-    dialog.setFileMode(question.mustExist ? QFileDialog::ExistingFile : QFileDialog::AnyFile);
-    dialog.setOption(QFileDialog::DontConfirmOverwrite, !question.asksToOverwrite);
-    dialog.setNameFilters(FiltersOf(question.filter));
-    dialog.setDefaultSuffix(ToScreen(question.defaultExtension));
-    if (!question.name.IsEmpty()) dialog.selectFile(ToScreen(question.name));
+    COverActive<QFileDialog> dialog;
+    dialog->setAcceptMode(question.save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
+    dialog->setFileMode(question.mustExist ? QFileDialog::ExistingFile : QFileDialog::AnyFile);
+    dialog->setOption(QFileDialog::DontConfirmOverwrite, !question.asksToOverwrite);
+    dialog->setNameFilters(FiltersOf(question.filter));
+    dialog->setDefaultSuffix(ToScreen(question.defaultExtension));
+    if (!question.name.IsEmpty()) dialog->selectFile(ToScreen(question.name));
     return Take(dialog, path);
   }
 
   int ChooseFolder(CString& path) override {
-    QFileDialog dialog(GetActiveWidget());
-    dialog.setFileMode(QFileDialog::Directory);
-    dialog.setOption(QFileDialog::ShowDirsOnly);
-    if (!path.IsEmpty()) dialog.setDirectory(ToScreen(path));
+    COverActive<QFileDialog> dialog;
+    dialog->setFileMode(QFileDialog::Directory);
+    dialog->setOption(QFileDialog::ShowDirsOnly);
+    if (!path.IsEmpty()) dialog->setDirectory(ToScreen(path));
     return Take(dialog, path);
   }
 
   int ChooseColour(COLORREF& colour) override {
-    QColorDialog dialog(ToColour(colour), GetActiveWidget());
-    if (!dialog.exec()) return 0;
-    colour = FromColour(dialog.selectedColor());
+    COverActive<QColorDialog> dialog;
+    dialog->setCurrentColor(ToColour(colour));
+    if (!dialog.Run()) return 0;
+    colour = FromColour(dialog->selectedColor());
     return 1;
   }
 
  private:
-  static int Take(QFileDialog& dialog, CString& path) {
-    if (!dialog.exec() || dialog.selectedFiles().isEmpty()) return 0;
-    path = FromScreen(dialog.selectedFiles().constFirst());
+  static int Take(COverActive<QFileDialog>& dialog, CString& path) {
+    if (!dialog.Run() || dialog->selectedFiles().isEmpty()) return 0;
+    path = FromScreen(dialog->selectedFiles().constFirst());
     return 1;
   }
 };

@@ -379,6 +379,7 @@ int TrackPopupMenu(CWnd& window, CPoint point, std::initializer_list<const char*
   if (!window.Client()) return -1;
   QMenu menu;
   for (const char* item : items) menu.addAction(ToScreen(CString(item)));
+  QObject::connect(window.Client(), &QObject::destroyed, &menu, &QMenu::close);
   const QAction* chosen = menu.exec(window.Client()->mapToGlobal(QPoint(point.x, point.y)));
   return static_cast<int>(menu.actions().indexOf(chosen));
 }
