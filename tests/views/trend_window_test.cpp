@@ -289,9 +289,12 @@ TEST_F(TrendWindow, InADarkThemePlotAndLegendStayWhite) {
   dark.setColor(QPalette::Window, Qt::black);
   dark.setColor(QPalette::WindowText, Qt::yellow);
   QApplication::setPalette(dark);
-  Choose(m_window, {"a"});
+  const char* const kLong = "a name longer than the legend is wide";
+  m_trendings.GetOptions()->m_baseVars = Names({kLong});
+  Choose(m_window, {kLong});
   const QImage shown = Grab(*m_trend);
   QApplication::setPalette(former);
+  EXPECT_EQ(kWhite, PixelOf(shown, Frame("Legend").right() + 2, Item(0).y())) << "above the name's letters";
   const auto colours = [&](const char* name) {
     QSet<COLORREF> all;
     const QRect part = Frame(name).adjusted(3, 3, -3, -3);

@@ -123,13 +123,14 @@ void CDC::Reset(COLORREF textColour) {
 
 void CDC::SaveDC() {
   m_painter->save();
-  m_saved = std::make_unique<CSaved>(CSaved{m_textColour, m_align, m_escapement});
+  m_saved = std::make_unique<CSaved>(CSaved{m_textColour, m_ground, m_align, m_escapement});
 }
 
 void CDC::RestoreDC() {
   if (!m_saved) return;
   m_painter->restore();
   m_textColour = m_saved->textColour;
+  m_ground = m_saved->ground;
   m_align = m_saved->align;
   m_escapement = m_saved->escapement;
   m_saved.reset();
@@ -176,12 +177,13 @@ int CDC::PolylineOnPicture(std::span<const CPoint> points) {
 void CDC::TextOut(CPoint at, const CString& text) {
   const QString shown = ToScreen(text);
   const QFontMetrics metrics = m_painter->fontMetrics();
-  const int width = m_align == TA_LEFT ? 0 : metrics.horizontalAdvance(shown);
+  const int width = m_align == TA_LEFT && !m_ground ? 0 : metrics.horizontalAdvance(shown);
   const int left = m_align == TA_RIGHT ? -width : m_align == TA_CENTER ? -width / 2 : 0;
   const QPen pen = m_painter->pen();
   m_painter->setPen(ToColour(m_textColour));
   m_painter->translate(at.x, at.y);
   if (m_escapement != 0) m_painter->rotate(-m_escapement / 10.0);
+  if (m_ground) m_painter->fillRect(left, 0, width, metrics.height(), ToColour(*m_ground));
   m_painter->drawText(left, metrics.ascent(), shown);
   if (m_escapement != 0) m_painter->rotate(m_escapement / 10.0);
   m_painter->translate(-at.x, -at.y);

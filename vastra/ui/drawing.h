@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <span>
 
 #include "vastra/platform/string.h"
@@ -85,8 +86,8 @@ class VASTRA_API CBitmap {
 
 constexpr UINT TA_LEFT = 0, TA_RIGHT = 2, TA_CENTER = 6;
 
-// A context. Texts are drawn on a transparent ground. A fresh context has a black pen of width 1, the default
-// font, and the window's text colour; on a picture that is black.
+// A context. Texts are drawn on a transparent ground until one is set. A fresh context has a black pen of
+// width 1, the default font, and the window's text colour; on a picture that is black.
 class VASTRA_API CDC {
  public:
   explicit CDC(CBitmap& bitmap);  // draws into bitmap, which outlives the context
@@ -102,6 +103,7 @@ class VASTRA_API CDC {
   void SelectObject(const CPen& pen);
   void SelectObject(const CFont& font);
   void SetTextColor(COLORREF colour);
+  void SetBkColor(COLORREF colour) { m_ground = colour; }
   void SetTextAlign(UINT align) { m_align = align; }
 
   void FillRect(const CRect& rect, const CBrush& brush);
@@ -125,10 +127,12 @@ class VASTRA_API CDC {
   CBitmap* m_picture = nullptr;  // that is drawn into; null: a window
   CPoint m_at;
   COLORREF m_textColour = 0;
+  std::optional<COLORREF> m_ground;  // of texts
   UINT m_align = TA_LEFT;
   int m_escapement = 0;
   struct CSaved {
     COLORREF textColour;
+    std::optional<COLORREF> ground;
     UINT align;
     int escapement;
   };

@@ -137,8 +137,7 @@ void CVertScale::PaintTicks(CDC& dc) const {
 }
 
 CDisplaySquare::CDisplaySquare(CSize size, UINT divisor)
-    : m_size(size),
-      m_font({.height = size.cy, .width = size.cx / static_cast<int>(divisor), .weight = 300, .face = kFace}),
+    : m_font({.height = size.cy, .width = size.cx / static_cast<int>(divisor), .weight = 300, .face = kFace}),
       m_parts(ItemPartsOf(size)) {}
 
 void CDisplaySquare::Paint(CDC& dc, CPoint origin, COLORREF colour, const CString& name) const {
@@ -146,6 +145,7 @@ void CDisplaySquare::Paint(CDC& dc, CPoint origin, COLORREF colour, const CStrin
   const CRect square = m_parts.square.Moved(origin.x, origin.y);
   dc.SelectObject(m_font);
   dc.SetTextColor(kBlack);
+  dc.SetBkColor(kWhite);  // where a name is longer than the legend is wide
   dc.DrawText(name, m_parts.text.Moved(origin.x, origin.y));
   dc.FillRect(square, CBrush{colour});
   dc.SelectObject(CPen{1, kBlack});

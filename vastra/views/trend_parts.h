@@ -57,7 +57,6 @@ class CDisplaySquare {
   void Paint(CDC& dc, CPoint origin, COLORREF colour, const CString& name) const;
 
  private:
-  CSize m_size;
   CFont m_font;
   CItemParts m_parts;
 };
