@@ -311,6 +311,37 @@ TEST_F(TrendWindow, InADarkThemePlotAndLegendStayWhite) {
   }
 }
 
+TEST_F(TrendWindow, TheHostMayDestroyBothViewsWhileABoxOfOneIsOpen) {
+  struct CDestroying : CTestPrompter {
+    int Show(const CString& text, const CString& title, UINT type) override {
+      if (--boxes == 0) destroy();
+      return CTestPrompter::Show(text, title, type);
+    }
+    std::size_t boxes = 0;
+    std::function<void()> destroy;
+  } prompter;
+  prompter.destroy = [this] { m_trend->DestroyWindow(), m_grid->DestroyWindow(); };
+  QWidget* grid = nullptr;
+  const struct {
+    std::function<void()> act;
+    std::size_t box = 1;  // that the views go with; no more may come behind it
+  } kCases[] = {{[&] { m_trend->ResetVarNames(); }}, {[&] { m_grid->ResetVarNames(); }},
+                {[&] { Click(m_window, "Edit"); }},  {[&] { Click(grid, "Edit"); }},
+                {[&] { Configure(m_window); }},      {[&] { Configure(m_window); }, 2},
+                {[&] { Configure(grid); }},          {[&] { Configure(grid); }, 2}};
+  for (const auto& [act, box] : kCases) {
+    m_trendings.GetOptions()->m_baseVars = Names({"a", "b", "c"});
+    if (!m_trend) m_window = OpenTrend();
+    grid = OpenGrid();
+    for (QWidget* window : {m_window, grid}) Choose(window, {"a", "b"});
+    m_trendings.GetOptions()->m_baseVars = Names({"b"});
+    prompter.boxes = box;
+    act();
+    EXPECT_TRUE(!m_trend && !m_grid);
+    EXPECT_EQ(box, prompter.Take().size());
+  }
+}
+
 TEST_F(TrendWindow, ItTellsItsHostThatItIsGone) {
   Choose(m_window, {"a"});
   Click(m_window, "Cancel");

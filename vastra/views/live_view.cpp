@@ -1,5 +1,7 @@
 #include "vastra/views/live_view.h"
 
+#include <utility>
+
 #include "vastra/platform/chooser.h"
 #include "vastra/screens/trend_facade_dlg.h"
 #include "vastra/stages/log_input.h"
@@ -8,15 +10,45 @@
 
 namespace vastra {
 
+// Keeps the object while its window may go.
+class CLiveView::CStay {
+ public:
+  explicit CStay(CLiveView& view) : m_view(view) { ++m_view.m_stays; }
+  ~CStay() {
+    if (--m_view.m_stays == 0 && m_view.m_isGone) delete &m_view;
+  }
+  CStay(const CStay&) = delete;
+  CStay& operator=(const CStay&) = delete;
+
+ private:
+  CLiveView& m_view;
+};
+
+void CLiveView::OnButton(const char* caption, std::function<void()> handler) {
+  On(caption, [this, handler = std::move(handler)] {
+    const CStay stay(*this);
+    handler();
+  });
+}
+
+// Whoever destroys the window may do so with the stages next.
+void CLiveView::PostNcDestroy() {
+  m_isGone = true;
+  m_pTrendings = nullptr;
+  if (m_stays == 0) delete this;
+}
+
 void CLiveView::Tell(const char* text) {
   if (text) AfxMessageBox(text, "Message", MB_ICONEXCLAMATION);
 }
 
 void CLiveView::ResetVarNames() {
+  const CStay stay(*this);
   const CTrendConfig& options = *m_pTrendings->GetOptions();
   m_allNames = options.m_baseVars;
   m_allNames.Append(options.m_extraVars);
   CalcVarIndex();
+  OnNamesReset();
 }
 
 void CLiveView::CalcVarIndex() {
@@ -38,6 +70,7 @@ int CLiveView::ReadSample() {
 
 int CLiveView::EditSelection() {
   ResetVarNames();
+  if (m_isGone) return 0;
   if (m_allNames.IsEmpty()) {
     Tell("No variables available.");
     return 0;
@@ -59,10 +92,7 @@ void CLiveView::Configure() {
   m_ready = 0;
   if (CLiveView* sibling = Sibling()) sibling->m_ready = 0;
   ReopenStage(chosen.m_extraVars);
-  if (CLiveView* sibling = Sibling()) {
-    sibling->ResetVarNames();
-    sibling->m_ready = 1;
-  }
+  if (CLiveView* sibling = Sibling()) sibling->ResetVarNames();  // which makes it ready
   m_ready = 1;
 }
 

@@ -24,7 +24,7 @@ class VASTRA_API CLiveView : public CDialog {
  public:
   // The variables of the stage have changed: takes their names anew from its options. Chosen ones that are
   // not there any more go, and the user is told.
-  virtual void ResetVarNames();
+  void ResetVarNames();
 
  protected:
   CLiveView(const CDialogTemplate& model, const CLiveViewKind& kind) : CDialog(model), m_kind(kind) {}
@@ -33,6 +33,7 @@ class VASTRA_API CLiveView : public CDialog {
   void CalcVarIndex();
   virtual void OnNamesLost() {}            // m_selected is shorter now
   virtual void OnIndexed() {}              // m_index is good
+  virtual void OnNamesReset() {}           // ResetVarNames has done its work
   virtual void RedrawAll() = 0;            // soon or at once
   virtual CLiveView* Sibling() const = 0;  // the other view; null: it is not open
 
@@ -45,6 +46,11 @@ class VASTRA_API CLiveView : public CDialog {
       if (m_index[i] < count) take(i, m_sample.m_values[static_cast<int>(m_index[i])]);
   }
   int ReadSample();  // 0: there is none, or one without values
+
+  // A button's handler. The window may go while a box of the handler is open; the object outlives it.
+  void OnButton(const char* caption, std::function<void()> handler);
+  // The object goes, as soon as nothing runs in it.
+  void PostNcDestroy() override;
 
   // What buttons do. EditSelection: 1, or 0 if the selection stays as it was.
   int EditSelection();
@@ -64,9 +70,12 @@ class VASTRA_API CLiveView : public CDialog {
   int m_frozen = 0;
 
  private:
+  class CStay;
   void ReopenStage(const CStringArray& extraVars);
 
   const CLiveViewKind& m_kind;
+  int m_stays = 0;
+  bool m_isGone = false;  // the window is
 };
 
 }  // namespace vastra

@@ -59,11 +59,11 @@ void CTrendingDlg::OnInitDialog() {
     return;
   }
   SetMinTrackSize(kTrendMinSize);
-  On("Edit", [this] { OnEditTrendingVars(); });
-  On("Config", [this] { Configure(); });
-  On("Freeze", [this] { OnFreezeTrending(); });
-  On("Load", [this] { OnReadButton(); });
-  On("Save", [this] { OnWriteButton(); });
+  OnButton("Edit", [this] { OnEditTrendingVars(); });
+  OnButton("Config", [this] { Configure(); });
+  OnButton("Freeze", [this] { OnFreezeTrending(); });
+  OnButton("Load", [this] { OnReadButton(); });
+  OnButton("Save", [this] { OnWriteButton(); });
   m_isOpen = true;
   ResetVarNames();
 }
@@ -72,7 +72,7 @@ void CTrendingDlg::PostNcDestroy() {
   m_picture.DeleteObject();
   DeleteVarsArray();
   if (m_ppSelf) *m_ppSelf = nullptr;
-  delete this;
+  CLiveView::PostNcDestroy();
 }
 
 // What is painted follows the frames of the dialog.
@@ -145,8 +145,7 @@ void CTrendingDlg::RefreshTimeScan(UINT timeScan) {
 }
 
 // A file that ended too early has left names that are not those of the curves.
-void CTrendingDlg::ResetVarNames() {
-  CLiveView::ResetVarNames();
+void CTrendingDlg::OnNamesReset() {
   if (CurvesAreSelected()) return;
   CreateVariables();
   Invalidate();

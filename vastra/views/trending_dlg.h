@@ -35,7 +35,6 @@ class VASTRA_API CTrendingDlg : public CLiveView {
 
   // Takes the newest sample for one more point of each curve; shows it unless the user has frozen the window.
   void Refresh();
-  void ResetVarNames() override;
 
  protected:
   void OnInitDialog() override;
@@ -46,6 +45,7 @@ class VASTRA_API CTrendingDlg : public CLiveView {
   bool OnLButtonDblClk(CPoint point) override;
   bool OnRButtonDown(CPoint point) override;
   void OnNamesLost() override { CreateVariables(); }
+  void OnNamesReset() override;
   void RedrawAll() override { Invalidate(); }
   CLiveView* Sibling() const override;
 

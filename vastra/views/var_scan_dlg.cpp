@@ -36,17 +36,17 @@ void CVarScanDlg::OnInitDialog() {
     EndDialog(IDCANCEL);
     return;
   }
-  On("Config", [this] { Configure(); });
-  On("Edit", [this] { OnEditVars(); });
-  On("Freeze", [this] { ToggleFreeze(); });
-  On("Load", [this] { OnLoadGrid(); });
-  On("Save", [this] { OnSaveGrid(); });
+  OnButton("Config", [this] { Configure(); });
+  OnButton("Edit", [this] { OnEditVars(); });
+  OnButton("Freeze", [this] { ToggleFreeze(); });
+  OnButton("Load", [this] { OnLoadGrid(); });
+  OnButton("Save", [this] { OnSaveGrid(); });
   ResetVarNames();
 }
 
 void CVarScanDlg::PostNcDestroy() {
   if (m_ppSelf) *m_ppSelf = nullptr;
-  delete this;
+  CLiveView::PostNcDestroy();
 }
 
 void CVarScanDlg::OnIndexed() {
