@@ -1,9 +1,8 @@
 // Files of a selection: what the user has chosen to see in the trend window (.trn) and in the scan grid
 // (.grd). Little-endian, behind a number that tells the kind of file:
 //
-//   .trn   333666999, i32 count, then for each curve its name (string), minimum (f64), maximum (f64) and
-//   colour
-//          (u32), then u32: the place of the curve on the vertical scale
+//   .trn   333666999, i32 count, the curves, u32: the place of the curve on the vertical scale; each curve:
+//          its name (string), minimum (f64), maximum (f64), colour (u32)
 //   .grd   222444888, i32 count, then the names (strings)
 #pragma once
 
