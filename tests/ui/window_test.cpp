@@ -70,6 +70,9 @@ TEST(Window, PaintsAtOnceWhatIsInvalidAndNothingElse) {
   window.paints = 0;
   window.UpdateWindow();
   EXPECT_EQ(window.paints, 0);
+  window.Invalidate();
+  QApplication::processEvents();  // what this paints is valid
+  window.paints = 0;
   window.InvalidateRect({10, 20, 30, 40});
   window.UpdateWindow();
   EXPECT_EQ(window.paints, 1);

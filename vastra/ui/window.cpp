@@ -137,6 +137,7 @@ class CWnd::CEvents : public QObject {
   bool OfClient(QEvent& event) {
     switch (event.type()) {
       case QEvent::Paint:
+        m_invalid -= static_cast<QPaintEvent&>(event).region();
         return m_owner->OnPaint(FromRect(static_cast<QPaintEvent&>(event).rect()));
       case QEvent::Resize:
         m_owner->OnSize(m_client->width(), m_client->height());
