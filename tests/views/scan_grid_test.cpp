@@ -87,12 +87,10 @@ TEST_F(ScanGrid, ASelectionIsSavedAndLoaded) {
   EXPECT_EQ("b 0.00|a 0.00|", Rows());
 
   WriteBytes(m_dir / "cut", ReadBytes(m_dir / "s.grd").substr(0, 11));
-  WriteBytes(m_dir / "other", "MZ..............");
   const struct {
     const char *file, *button, *box, *rows;
   } kFaults[] = {
       {"none", "Load", "Message|Error reading file.|30", "b 0.00|a 0.00|"},
-      {"other", "Load", "Message|Invalid file!.|30", "b 0.00|a 0.00|"},
       {"cut", "Load", "Message|Error reading file.|30", "b 0.00| 0.00|"},  // until the names are mapped again
       {"none/x", "Save", "", "b 0.00| 0.00|"},
       {"", "Load", "", "b 0.00| 0.00|"},
@@ -103,7 +101,6 @@ TEST_F(ScanGrid, ASelectionIsSavedAndLoaded) {
     EXPECT_EQ(*row.box ? CBoxes({row.box}) : CBoxes(), m_prompter.Take()) << row.file;
     EXPECT_EQ(row.rows, Rows()) << row.file;
   }
-  Scan({1, 2, 3});
   m_grid->ResetVarNames();
   EXPECT_EQ("b 0.00|", Rows());
   m_chooser.path = m_dir / "s.grd";

@@ -1,6 +1,8 @@
 // The files of a selection, byte by byte, cut everywhere, and on a full disk.
 #include <gtest/gtest.h>
 
+#include <map>
+
 #include "tests/logfiles/example.h"
 #include "tests/support/files.h"
 #include "tests/support/hex.h"
@@ -66,22 +68,15 @@ TEST_F(SelectionFile, EveryByteHasItsPlace) {
 }
 
 TEST_F(SelectionFile, AFileCutAnywhereGivesTheWholeNamesAheadOfTheCut) {
-  for (std::size_t cut = 0; cut < kTrend.size(); ++cut) {
-    const auto result = cut < 8 ? noCount : endsInside;
-    EXPECT_EQ(cut < 8    ? "old|"
-              : cut < 30 ? ""
-              : cut < 53 ? "a|"
-                         : "a|bb|",
-              ReadTrend(kTrend.substr(0, cut), result));
-  }
-  for (std::size_t cut = 0; cut < kGrid.size(); ++cut) {
-    const auto result = cut < 8 ? noCount : endsInside;
-    EXPECT_EQ(cut < 8    ? "old|"
-              : cut < 10 ? ""
-              : cut < 11 ? "a|"
-                         : "a||",
-              ReadGrid(kGrid.substr(0, cut), result));
-  }
+  const auto after = [](std::size_t cut, std::map<std::size_t, const char*> names) {
+    return std::string(std::prev(names.upper_bound(cut))->second);  // by where they begin to be whole
+  };
+  for (std::size_t cut = 0; cut < kTrend.size(); ++cut)
+    EXPECT_EQ(after(cut, {{0, "old|"}, {8, ""}, {30, "a|"}, {53, "a|bb|"}}),
+              ReadTrend(kTrend.substr(0, cut), cut < 8 ? noCount : endsInside));
+  for (std::size_t cut = 0; cut < kGrid.size(); ++cut)
+    EXPECT_EQ(after(cut, {{0, "old|"}, {8, ""}, {10, "a|"}, {11, "a||"}}),
+              ReadGrid(kGrid.substr(0, cut), cut < 8 ? noCount : endsInside));
   EXPECT_EQ("a|bb|", ReadTrend(kTrend + "more", good));
 }
 
@@ -102,12 +97,9 @@ TEST_F(SelectionFile, NumbersThatCannotBeAreNotFollowed) {
   EXPECT_EQ("", ReadTrend(kTrendHead + Bytes("ffffff7f 0161"), endsInside));
   EXPECT_EQ("old|", ReadTrend(kGrid, otherKind));
   EXPECT_EQ("old|", ReadGrid(kTrend, otherKind));
-}
-
-TEST_F(SelectionFile, WhatIsNoFileCannotBeRead) {
   CStringArray names;
   EXPECT_EQ(cannotOpen, ReadSelection(m_dir / "none", names));
-  EXPECT_EQ(noCount, ReadSelection(m_dir.Path(), names));
+  EXPECT_EQ(noCount, ReadSelection(m_dir.Path(), names)) << "a directory";
 }
 
 TEST_F(SelectionFile, AFailedSaveLosesNothing) {
