@@ -64,8 +64,8 @@ TEST_F(ScanGrid, NamesThatAreLostGoAndTheOthersMoveUp) {
   m_trendings.GetOptions()->m_extraVars = Names({"y"});
   m_grid->ResetVarNames();
   EXPECT_EQ(kLost, m_prompter.Take());
-  m_grid->Refresh();
-  EXPECT_EQ("a 2.00|", Rows());
+  Choose(window, {"y", "a"});
+  EXPECT_EQ("y 3.00|a 2.00|", Rows());
   m_trendings.GetOptions()->m_baseVars.RemoveAll();
   m_trendings.GetOptions()->m_extraVars.RemoveAll();
   Click(window, "Edit");

@@ -110,6 +110,8 @@ TEST_F(TrendWindow, RefreshPaintsThePlotAtOnceAndFrozenItGoesOnCollecting) {
   CPaints paints(m_window, Frame("Trends"));
   Scan({1, 0, 0});
   EXPECT_EQ(1, paints.Take());
+  EXPECT_FALSE(Coloured(kFirst).isNull()) << "choosing has refreshed it";
+  paints.Take();
   Click(m_window, "Freeze");
   for (int i = 0; i < 100; ++i) Scan({1, 0, 0});
   EXPECT_EQ(0, paints.Take());
@@ -157,6 +159,34 @@ TEST_F(TrendWindow, TheLegendSelectsAndScalesACurve) {
   TypeScale([&] { TakeFromMenu(2, 1); }, "x", "5");
   EXPECT_EQ(CBoxes({"|Please enter a number.|30"}), m_prompter.Take());
   EXPECT_EQ("a -1..1 FA5A5A|b 2..3 5AFA5A|c 0..10000 FAFA5A|1", Curves());
+}
+
+TEST_F(TrendWindow, TheScalesShowTheTimeAndTheCurveThatIsSelected) {
+  Choose(m_window, {"a", "b"});
+  Grab(*m_trend);
+  QTest::mouseClick(m_window, Qt::LeftButton, {}, Item(1));
+  const QImage shown = Grab(*m_trend);
+  const CRect values = m_trend->Place("Vertical scale").GetPlace();
+  EXPECT_EQ(kSecond, PixelOf(shown, values.left + 3, values.top + 5));
+  const CHorizBands time = HorizBandsOf(m_trend->Place("Horizontal scale").GetPlace());
+  for (UINT i = 0; i < 10; ++i)
+    EXPECT_EQ(RGB(255, 0, 0), PixelOf(shown, HorizTick(time.ticks, 10, i), time.ticks.bottom - 3)) << i;
+
+  // "100" reads upward and ends at its point.
+  const CPoint end = HorizNumber(time.numbers, 10, 10);
+  const auto ink = [&end](const QImage& image) {
+    QRect all;
+    for (int y = end.y; y < end.y + 25; ++y)
+      for (int x = end.x - 8; x < end.x + 20; ++x)
+        if (qRed(image.pixel(x, y)) < 100) all |= QRect(x, y, 1, 1);
+    return all;
+  };
+  const QRect number = ink(shown);
+  EXPECT_GT(number.height(), number.width());
+  EXPECT_GE(number.left(), end.x);
+  EXPECT_LE(number.top(), end.y + 2);
+  m_trend->RefreshTimeScan(10);
+  EXPECT_LT(ink(Grab(*m_trend)).height(), number.height()) << "\"1\"";
 }
 
 TEST_F(TrendWindow, AFileBringsColoursScalesAndTheCurveOnTheScale) {
