@@ -374,8 +374,14 @@ TEST_F(TrendWindow, TheHostMayDestroyBothViewsWhileABoxOfOneIsOpen) {
 
 TEST_F(TrendWindow, ItTellsItsHostThatItIsGone) {
   Choose(m_window, {"a"});
+  m_window->activateWindow();
+  QApplication::processEvents();
+  ASSERT_TRUE(m_window->isActiveWindow());
+  OpenGrid();
   Click(m_window, "Cancel");
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   EXPECT_EQ(nullptr, m_trend);
+  EXPECT_NE(nullptr, m_grid) << "opened while the trend was the active window";
   m_trend = static_cast<CTrendingDlg*>(RUNTIME_CLASS(CTrendingDlg).CreateObject());
   m_trend->SetInputPointers(nullptr, &m_trendings, &m_trend);
   EXPECT_EQ(0, m_trend->Create());

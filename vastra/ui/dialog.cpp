@@ -140,8 +140,8 @@ void CDialog::NoSuchControl(const char* caption) {
   std::abort();
 }
 
-CDialog::CWidget* CDialog::Make(CWnd* parent) {
-  auto* widget = new CWidget(*this, parent ? parent->Widget() : GetActiveWidget());
+CDialog::CWidget* CDialog::Make(QWidget* parent) {
+  auto* widget = new CWidget(*this, parent);
   Attach(widget);
   SetWindowText(m_model.title);
   widget->setWindowFlag(Qt::WindowContextHelpButtonHint, false);
@@ -183,7 +183,7 @@ void CDialog::OnSize(int cx, int cy) {
 }
 
 int CDialog::DoModal() {
-  CWidget* widget = Make(m_parent);
+  CWidget* widget = Make(m_parent ? m_parent->Widget() : GetActiveWidget());
   m_modal = true;
   m_ended = false;
   if (m_model.style & CDialogTemplate::blocksParent) widget->setWindowModality(Qt::WindowModal);
@@ -196,7 +196,9 @@ int CDialog::DoModal() {
 }
 
 int CDialog::Create(CWnd* parent) {
-  const QPointer<CWidget> widget = Make(parent);
+  QWidget* owner = parent ? parent->Widget() : GetActiveWidget();
+  while (!parent && dynamic_cast<CWidget*>(owner)) owner = owner->parentWidget();
+  const QPointer<CWidget> widget = Make(owner);
   OnInitDialog();
   return widget && widget->m_owner;
 }

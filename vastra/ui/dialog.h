@@ -74,8 +74,9 @@ class VASTRA_API CDialog : public CWnd {
 
   // Runs the dialog until it ends, and gives the result of EndDialog.
   virtual int DoModal();
-  // Makes a window that stays open, hidden at first. 1, or 0 if it ended itself in OnInitDialog: it is
-  // destroyed then, and the object too if its PostNcDestroy deletes it.
+  // Makes a window that stays open, hidden at first. It goes with its parent; null: the active window, or
+  // what that belongs to if it is a dialog. 1, or 0 if it ended itself in OnInitDialog: it is destroyed then,
+  // and the object too if its PostNcDestroy deletes it.
   int Create(CWnd* parent = nullptr);
   // Ends a modal run with result; destroys a window that was left open.
   void EndDialog(int result);
@@ -116,7 +117,7 @@ class VASTRA_API CDialog : public CWnd {
     NoSuchControl(caption);
   }
   [[noreturn]] static void NoSuchControl(const char* caption);
-  CWidget* Make(CWnd* parent);
+  CWidget* Make(QWidget* parent);
   void AddControl(const CControl& model, QWidget& parent);
 
   const CDialogTemplate& m_model;
