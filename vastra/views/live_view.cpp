@@ -13,15 +13,18 @@ namespace vastra {
 // Keeps the object while its window may go.
 class CLiveView::CStay {
  public:
-  explicit CStay(CLiveView& view) : m_view(view) { ++m_view.m_stays; }
+  explicit CStay(CLiveView& view) : m_view(view), m_wasBusy(std::exchange(view.m_isBusy, true)) {}
   ~CStay() {
-    if (--m_view.m_stays == 0 && m_view.m_isGone) delete &m_view;
+    if (m_wasBusy) return;
+    m_view.m_isBusy = false;
+    if (m_view.m_isGone) delete &m_view;
   }
   CStay(const CStay&) = delete;
   CStay& operator=(const CStay&) = delete;
 
  private:
   CLiveView& m_view;
+  const bool m_wasBusy;
 };
 
 void CLiveView::OnButton(const char* caption, std::function<void()> handler) {
@@ -35,7 +38,7 @@ void CLiveView::OnButton(const char* caption, std::function<void()> handler) {
 void CLiveView::PostNcDestroy() {
   m_isGone = true;
   m_pTrendings = nullptr;
-  if (m_stays == 0) delete this;
+  if (!m_isBusy) delete this;
 }
 
 void CLiveView::Tell(const char* text) {
@@ -44,6 +47,10 @@ void CLiveView::Tell(const char* text) {
 
 void CLiveView::ResetVarNames() {
   const CStay stay(*this);
+  TakeNames();
+}
+
+void CLiveView::TakeNames() {
   const CTrendConfig& options = *m_pTrendings->GetOptions();
   m_allNames = options.m_baseVars;
   m_allNames.Append(options.m_extraVars);
@@ -69,7 +76,7 @@ int CLiveView::ReadSample() {
 }
 
 int CLiveView::EditSelection() {
-  ResetVarNames();
+  TakeNames();
   if (m_isGone) return 0;
   if (m_allNames.IsEmpty()) {
     Tell("No variables available.");
@@ -108,7 +115,7 @@ void CLiveView::ReopenStage(const CStringArray& extraVars) {
   }
   m_pTrendings->GetOptions()->m_extraVars = extraVars;
   if (isOpen) m_pTrendings->Open(names);
-  ResetVarNames();
+  TakeNames();
 }
 
 void CLiveView::ToggleFreeze() {

@@ -71,10 +71,11 @@ class VASTRA_API CLiveView : public CDialog {
 
  private:
   class CStay;
+  void TakeNames();
   void ReopenStage(const CStringArray& extraVars);
 
   const CLiveViewKind& m_kind;
-  int m_stays = 0;
+  bool m_isBusy = false;  // something runs in it
   bool m_isGone = false;  // the window is
 };
 
