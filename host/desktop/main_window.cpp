@@ -328,7 +328,7 @@ void CMainWindow::StopAndQuit() {
 void CMainWindow::Quit() {
   m_settings.Set(kPlace, saveGeometry().toBase64().constData());
   m_views.Close();
-  QApplication::quit();
+  QApplication::exit();  // quit() would ask each window, and that of the messages does not close
 }
 
 }  // namespace vastra

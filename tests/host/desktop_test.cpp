@@ -212,6 +212,19 @@ TEST_F(Desktop, TheWindowRunsAConfigurationAndAsksBeforeItStops) {
   EXPECT_EQ(boxes.Take(), std::vector<std::string>{});
 }
 
+TEST_F(Desktop, TheProgramEndsWithEveryWindowOpen) {
+  CMainWindow window;
+  window.show();
+  ASSERT_TRUE(window.Open(m_dir / "demo.json"));
+  window.Start();
+  ASSERT_TRUE(Wait([&] { return HasStatus(window, "Running"); }));
+  for (const char* view : {"Trend", "Scan Grid", "Messages", "Report"}) ActionOf(window, view)->trigger();
+  QTimer::singleShot(0, &window, [&] { window.StopAndQuit(); });
+  QTimer::singleShot(20000, &window, [] { QApplication::exit(1); });
+  EXPECT_EQ(QApplication::exec(), 0) << "a window that does not close keeps it";
+  EXPECT_TRUE(HasStatus(window, "Stopped"));
+}
+
 TEST_F(Desktop, AWrongEquationIsToldBeforeAnythingOpens) {
   WriteBytes(m_dir / "wrong.json",
              Configuration(kSimulator, R"(, "preprocess": 1, "preEquationText": "x = a; y = ;")"));
