@@ -1,5 +1,7 @@
 #include "host/desktop/live_views.h"
 
+#include <QWidget>
+
 #include "vastra/views/trending_dlg.h"
 #include "vastra/views/var_scan_dlg.h"
 
@@ -8,6 +10,13 @@ namespace {
 
 constexpr const char* kTrendPlace = "TrendPlace";
 constexpr const char* kGridPlace = "GridPlace";
+
+// A view is a window beside the main one, to be minimised and covered by itself. Without this it would belong
+// to whichever window is active now, and go with it.
+void StandAlone(CWnd& view) {
+  QWidget* widget = view.Widget();
+  widget->setParent(nullptr, (widget->windowFlags() & ~Qt::WindowType_Mask) | Qt::Window);
+}
 
 void BringUp(CWnd& window) { window.ShowWindow(window.IsIconic() ? SW_RESTORE : SW_SHOW); }
 
@@ -20,6 +29,7 @@ void CLiveViews::ShowTrend(CScanLoop& loop, UINT refreshPeriod) {
   m_pTrend->SetGridPointer(&m_pGrid);
   m_pTrend->SetTimeScan(refreshPeriod);
   if (!m_pTrend->Create()) return;
+  StandAlone(*m_pTrend);
   if (CRect place; m_settings.GetPlace(kTrendPlace, place)) m_pTrend->MoveWindow(place);
   m_pTrend->ShowWindow(SW_SHOW);
 }
@@ -30,6 +40,7 @@ void CLiveViews::ShowGrid(CScanLoop& loop) {
   m_pGrid->SetInputPointers(&loop.Input(), &loop.Trend(), &m_pGrid);
   m_pGrid->SetTrendPointer(&m_pTrend);
   if (!m_pGrid->Create()) return;
+  StandAlone(*m_pGrid);
   if (CRect place; m_settings.GetPlace(kGridPlace, place))
     m_pGrid->MoveWindow(CRect::Of(place.TopLeft(), m_pGrid->GetNormalPlace().Size()));
   m_pGrid->ShowWindow(SW_SHOW);

@@ -36,6 +36,11 @@ const char* NameOf(CRunner::EState state) {
   return "";
 }
 
+// The keys of menu work in the other windows, too.
+void UseKeysEverywhere(const QMenu& menu) {
+  for (QAction* action : menu.actions()) action->setShortcutContext(Qt::ApplicationShortcut);
+}
+
 // A dialog that is open works on the stages: it is to be closed before they go.
 bool HasOpenDialog() {
   QWidget* dialog = QApplication::activeModalWidget();
@@ -61,7 +66,7 @@ CMainWindow::CMainWindow()
   setCentralWidget(m_overview);
   MakeActions();
   MakeStatusBar();
-  resize(fontMetrics().averageCharWidth() * 110, fontMetrics().height() * 26);
+  resize(fontMetrics().averageCharWidth() * 130, fontMetrics().height() * 26);
   restoreGeometry(QByteArray::fromBase64(QByteArray(m_settings.Get(kPlace))));
   TakeState();
 }
@@ -101,6 +106,7 @@ void CMainWindow::MakeRunMenu() {
   QMenu* run = menuBar()->addMenu("&Run");
   m_start = AddAction(run, "&Start", QKeySequence("F5"), [this] { Start(); });
   m_stop = AddAction(run, "S&top", QKeySequence("Shift+F5"), [this] { m_runner.Stop(); });
+  UseKeysEverywhere(*run);
   m_start->setIcon(style()->standardIcon(QStyle::SP_MediaPlay));
   m_stop->setIcon(style()->standardIcon(QStyle::SP_MediaStop));
 }
@@ -114,6 +120,7 @@ void CMainWindow::MakeWindowMenu() {
   QAction* messages = AddAction(window, "&Messages", QKeySequence("Ctrl+3"), [this] { m_messages.Show(); });
   window->addSeparator();
   AddAction(window, "Message &Settings...", QKeySequence("Ctrl+M"), [this] { m_messages.Configure(); });
+  UseKeysEverywhere(*window);
   m_needDocument << trend << grid;
   QToolBar* bar = addToolBar("Run");
   bar->setMovable(false);

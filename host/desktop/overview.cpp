@@ -45,7 +45,8 @@ QTreeWidgetItem& COverview::AddPart(const char* part, const CString& what) {
 void COverview::ShowConfiguration(const CConfiguration& configuration, int inputVariables) {
   clear();
   const auto add = [](QTreeWidgetItem& part, const CString& name, const CString& what) {
-    new QTreeWidgetItem(&part, QStringList{ToScreen(name), "", ToScreen(what)});
+    auto* item = new QTreeWidgetItem(&part, QStringList{ToScreen(name), "", ToScreen(what)});
+    item->setToolTip(columnWhat, ToScreen(what));  // the column may be too narrow for a path
   };
   QTreeWidgetItem& input = AddPart("Input", InputWords(configuration.m_input, inputVariables));
   for (const CPlcNodeConfig* node : configuration.m_input.m_plcNodes)

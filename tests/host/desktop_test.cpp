@@ -212,6 +212,29 @@ TEST_F(Desktop, TheWindowRunsAConfigurationAndAsksBeforeItStops) {
   EXPECT_EQ(boxes.Take(), std::vector<std::string>{});
 }
 
+// The window called title that stands; null: none does.
+QWidget* TopLevel(const char* title) {
+  for (QWidget* widget : QApplication::topLevelWidgets())
+    if (widget->isVisible() && widget->windowTitle() == title) return widget;
+  return nullptr;
+}
+
+TEST_F(Desktop, AViewDoesNotGoWithTheOneThatWasActiveWhenItOpened) {
+  CMainWindow window;
+  window.show();
+  ASSERT_TRUE(window.Open(m_dir / "demo.json"));
+  ActionOf(window, "Trend")->trigger();
+  ASSERT_TRUE(TopLevel("Trending"));
+  TopLevel("Trending")->activateWindow();
+  ASSERT_TRUE(Wait([] { return QApplication::activeWindow() == TopLevel("Trending"); }));
+  QTest::keyClick(TopLevel("Trending"), Qt::Key_2, Qt::ControlModifier);
+  ASSERT_TRUE(TopLevel("Scan Screen")) << "the key does not work here";
+  Click(TopLevel("Trending"), "Cancel");
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  EXPECT_FALSE(TopLevel("Trending"));
+  EXPECT_TRUE(TopLevel("Scan Screen"));
+}
+
 TEST_F(Desktop, TheProgramEndsWithEveryWindowOpen) {
   CMainWindow window;
   window.show();
