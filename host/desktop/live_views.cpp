@@ -1,6 +1,10 @@
 #include "host/desktop/live_views.h"
 
+#include <QGuiApplication>
+#include <QScreen>
 #include <QWidget>
+
+#include <algorithm>
 
 #include "vastra/views/trending_dlg.h"
 #include "vastra/views/var_scan_dlg.h"
@@ -18,6 +22,15 @@ void StandAlone(CWnd& view) {
   widget->setParent(nullptr, (widget->windowFlags() & ~Qt::WindowType_Mask) | Qt::Window);
 }
 
+// A place of former days, moved onto a screen of today: the whole of it, or its upper left corner.
+CRect OntoScreen(const CRect& place) {
+  const QScreen* screen = QGuiApplication::screenAt({(place.left + place.right) / 2, place.top});
+  const QRect all = (screen ? screen : QGuiApplication::primaryScreen())->availableGeometry();
+  const int x = std::clamp(place.left, all.left(), std::max(all.left(), all.right() - place.Width()));
+  const int y = std::clamp(place.top, all.top(), std::max(all.top(), all.bottom() - place.Height()));
+  return CRect::Of({x, y}, place.Size());
+}
+
 void BringUp(CWnd& window) { window.ShowWindow(window.IsIconic() ? SW_RESTORE : SW_SHOW); }
 
 }  // namespace
@@ -30,7 +43,7 @@ void CLiveViews::ShowTrend(CScanLoop& loop, UINT refreshPeriod) {
   m_pTrend->SetTimeScan(refreshPeriod);
   if (!m_pTrend->Create()) return;
   StandAlone(*m_pTrend);
-  if (CRect place; m_settings.GetPlace(kTrendPlace, place)) m_pTrend->MoveWindow(place);
+  if (CRect place; m_settings.GetPlace(kTrendPlace, place)) m_pTrend->MoveWindow(OntoScreen(place));
   m_pTrend->ShowWindow(SW_SHOW);
 }
 
@@ -42,7 +55,7 @@ void CLiveViews::ShowGrid(CScanLoop& loop) {
   if (!m_pGrid->Create()) return;
   StandAlone(*m_pGrid);
   if (CRect place; m_settings.GetPlace(kGridPlace, place))
-    m_pGrid->MoveWindow(CRect::Of(place.TopLeft(), m_pGrid->GetNormalPlace().Size()));
+    m_pGrid->MoveWindow(OntoScreen(CRect::Of(place.TopLeft(), m_pGrid->GetNormalPlace().Size())));
   m_pGrid->ShowWindow(SW_SHOW);
 }
 

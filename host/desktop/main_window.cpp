@@ -299,6 +299,7 @@ void CMainWindow::ShowCounts() {
     m_progress->setValue(static_cast<int>(
         100 * (loop.Input().PercentCompleted() + loop.Input().PartOfLog() / static_cast<float>(logs))));
   m_overview->ShowCounts(loop);
+  m_overview->ShowTrend(m_document.Configuration().m_trend);
 }
 
 void CMainWindow::TakeTrend() {

@@ -64,25 +64,30 @@ void COverview::ShowConfiguration(const CConfiguration& configuration, int input
   QTreeWidgetItem& plcWrite = AddPart("PLC write", "");
   for (const CPlcSingleConfig* node : configuration.m_plcWrite.m_nodes)
     add(plcWrite, node->m_node.m_nodeName, Count(node->m_node.m_varNames.GetSize(), "variable", "variables"));
-  AddPart("Trend", Count(configuration.m_trend.m_extraVars.GetSize(), "extra variable", "extra variables"));
+  AddPart("Trend", "");
+  ShowTrend(configuration.m_trend);
   resizeColumnToContents(columnPart);
   setColumnWidth(columnState, fontMetrics().averageCharWidth() * 20);
 }
 
-void COverview::ShowState(const char* part, const CString& state) {
+void COverview::ShowTrend(const CTrendConfig& trend) {
+  Show("Trend", columnWhat, Count(trend.m_extraVars.GetSize(), "extra variable", "extra variables"));
+}
+
+void COverview::Show(const char* part, int column, const CString& text) {
   for (QTreeWidgetItem* item : findItems(part, Qt::MatchExactly, columnPart))
-    item->setText(columnState, ToScreen(state));
+    item->setText(column, ToScreen(text));
 }
 
 void COverview::ShowCounts(const CScanLoop& loop) {
   const CScanCounts& counts = loop.Counts();
   const auto& failed = counts.failedWrites;
-  ShowState("Input", Count(static_cast<std::int64_t>(counts.read), "sample", "samples"));
-  ShowState("Smart", Failed(failed.smart));
-  ShowState("Outputs", Failed(failed.outputs));
-  ShowState("Summaries", Failed(failed.summaries));
-  ShowState("PLC write", Failed(failed.plcWrite));
-  ShowState("Trend", Failed(failed.trend));
+  Show("Input", columnState, Count(static_cast<std::int64_t>(counts.read), "sample", "samples"));
+  Show("Smart", columnState, Failed(failed.smart));
+  Show("Outputs", columnState, Failed(failed.outputs));
+  Show("Summaries", columnState, Failed(failed.summaries));
+  Show("PLC write", columnState, Failed(failed.plcWrite));
+  Show("Trend", columnState, Failed(failed.trend));
 }
 
 }  // namespace vastra

@@ -13,10 +13,11 @@ class COverview : public QTreeWidget {
   // The parts of configuration; the input gives so many variables, below 0: not known.
   void ShowConfiguration(const CConfiguration& configuration, int inputVariables);
   void ShowCounts(const CScanLoop& loop);
+  void ShowTrend(const CTrendConfig& trend);  // which the views change
 
  private:
   QTreeWidgetItem& AddPart(const char* part, const CString& what);
-  void ShowState(const char* part, const CString& state);
+  void Show(const char* part, int column, const CString& text);
 };
 
 }  // namespace vastra

@@ -7,6 +7,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QPlainTextEdit>
+#include <QScreen>
 #include <QTreeWidget>
 
 #include <filesystem>
@@ -233,6 +234,15 @@ TEST_F(Desktop, AViewDoesNotGoWithTheOneThatWasActiveWhenItOpened) {
   QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   EXPECT_FALSE(TopLevel("Trending"));
   EXPECT_TRUE(TopLevel("Scan Screen"));
+}
+
+TEST_F(Desktop, AViewComesBackOntoTheScreen) {
+  CSettings().SetPlace("TrendPlace", {5000, -3000, 5500, -2600});
+  CMainWindow window;
+  ASSERT_TRUE(window.Open(m_dir / "demo.json"));
+  ActionOf(window, "Trend")->trigger();
+  ASSERT_TRUE(TopLevel("Trending"));
+  EXPECT_TRUE(window.screen()->geometry().contains(TopLevel("Trending")->geometry().center()));
 }
 
 TEST_F(Desktop, TheProgramEndsWithEveryWindowOpen) {
