@@ -66,12 +66,16 @@ class TrendWindow : public LiveViews {
   // The user opens the menu of item and takes the entry.
   void TakeFromMenu(int item, int entry) {
     Grab(*m_trend);
+    TakeEntry(entry);
+    QTest::mousePress(m_window, Qt::RightButton, {}, Item(item));
+  }
+  // What the user takes from the menu that comes up next.
+  static void TakeEntry(int entry) {
     QTimer::singleShot(0, [entry] {
       QWidget* menu = QApplication::activePopupWidget();
       for (int i = 0; i <= entry; ++i) QTest::keyClick(menu, Qt::Key_Down);
       QTest::keyClick(menu, Qt::Key_Return);
     });
-    QTest::mousePress(m_window, Qt::RightButton, {}, Item(item));
   }
   // The user types into the scale dialog, which comes up in open.
   static void TypeScale(const std::function<void()>& open, const char* minimum, const char* maximum) {
@@ -159,6 +163,24 @@ TEST_F(TrendWindow, TheLegendSelectsAndScalesACurve) {
   TypeScale([&] { TakeFromMenu(2, 1); }, "x", "5");
   EXPECT_EQ(CBoxes({"|Please enter a number.|30"}), m_prompter.Take());
   EXPECT_EQ("a -1..1 FA5A5A|b 2..3 5AFA5A|c 0..10000 FAFA5A|1", Curves());
+}
+
+TEST_F(TrendWindow, TheKeyboardReachesEveryCurve) {
+  Choose(m_window, {"a", "b", "c"});
+  QWidget* focus = Find<QAbstractButton>(m_window, "Freeze");
+  const struct {
+    Qt::Key key;
+    char selected;
+  } kSteps[] = {
+      {Qt::Key_PageDown, '1'}, {Qt::Key_PageDown, '2'}, {Qt::Key_PageDown, '2'}, {Qt::Key_PageUp, '1'}};
+  for (const auto& [key, selected] : kSteps) {
+    QTest::keyClick(focus, key);
+    EXPECT_EQ(selected, Curves().back());
+  }
+  m_chooser.colour = 0x123456;
+  TakeEntry(2);
+  QTest::keyClick(focus, Qt::Key_Menu);
+  EXPECT_EQ("a 0..10000 FA5A5A|b 0..10000 123456|c 0..10000 FAFA5A|1", Curves());
 }
 
 TEST_F(TrendWindow, TheScalesShowTheTimeAndTheCurveThatIsSelected) {

@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QDialog>
 #include <QHash>
+#include <QKeyEvent>
 #include <QMenu>
 #include <QMouseEvent>
 #include <QPaintEvent>
@@ -48,6 +49,22 @@ UINT ScrollCode(int action) {
       return SB_BOTTOM;
     default:
       return SB_THUMBTRACK;
+  }
+}
+
+// 0: a key that windows are not told of.
+UINT KeyOf(const QKeyEvent& event) {
+  switch (event.key()) {
+    case Qt::Key_PageUp:
+      return VK_PRIOR;
+    case Qt::Key_PageDown:
+      return VK_NEXT;
+    case Qt::Key_Menu:
+      return VK_APPS;
+    case Qt::Key_F10:
+      return event.modifiers() & Qt::ShiftModifier ? VK_APPS : 0;
+    default:
+      return 0;
   }
 }
 
@@ -164,6 +181,10 @@ class CWnd::CEvents : public QObject {
     if (!m_widget->isWindow()) return false;
     if (event.type() == QEvent::Show || event.type() == QEvent::Move) TakeFrame();
     if (event.type() == QEvent::Resize || event.type() == QEvent::Move) TakeNormalPlace();
+    if (event.type() == QEvent::KeyPress) {
+      const UINT key = KeyOf(static_cast<QKeyEvent&>(event));
+      return key != 0 && m_owner->OnKeyDown(key);
+    }
     if (event.type() != QEvent::Close || qobject_cast<QDialog*>(m_widget)) return false;
     event.ignore();
     m_owner->OnClose();

@@ -23,6 +23,9 @@ constexpr int SW_HIDE = 0, SW_SHOWNORMAL = 1, SW_SHOWMINIMIZED = 2, SW_SHOWMAXIM
 constexpr UINT SB_LINEUP = 0, SB_LINEDOWN = 1, SB_PAGEUP = 2, SB_PAGEDOWN = 3, SB_THUMBPOSITION = 4,
                SB_THUMBTRACK = 5, SB_TOP = 6, SB_BOTTOM = 7;
 
+// Keys. VK_APPS: the one for the menu of what is marked, or Shift and F10.
+constexpr UINT VK_PRIOR = 0x21, VK_NEXT = 0x22, VK_APPS = 0x5D;
+
 class VASTRA_API CWnd : public CObject, public CMessageTarget {
   DECLARE_DYNAMIC(CWnd)
  public:
@@ -94,6 +97,7 @@ class VASTRA_API CWnd : public CObject, public CMessageTarget {
   virtual bool OnLButtonUp(CPoint) { return false; }
   virtual bool OnLButtonDblClk(CPoint) { return false; }
   virtual bool OnRButtonDown(CPoint) { return false; }
+  virtual bool OnKeyDown(UINT /*key*/) { return false; }  // one that no control has taken
   virtual void OnVScroll(UINT /*code*/, int /*position*/) {}
   virtual void OnTimer(UINT /*id*/) {}
   virtual void OnMessage(UINT, WPARAM, LPARAM) {}

@@ -262,7 +262,22 @@ bool CTrendingDlg::OnLButtonDblClk(CPoint point) {
 
 bool CTrendingDlg::OnRButtonDown(CPoint point) {
   const int item = m_legend.ItemOnPoint(point);
+  if (item >= 0) ShowPopup(item, point);
+  return item >= 0;
+}
+
+// The keyboard goes through the curves, and opens the menu of the one on the vertical scale.
+bool CTrendingDlg::OnKeyDown(UINT key) {
+  const int item = ItemOf(m_vertScale.GetVariable());
   if (item < 0) return false;
+  if (key == VK_APPS)
+    ShowPopup(item, m_legend.Frame().TopLeft());
+  else
+    SelectVariable(key == VK_PRIOR ? item - 1 : item + 1);
+  return true;
+}
+
+void CTrendingDlg::ShowPopup(int item, CPoint point) {
   m_popupItem = item;
   switch (TrackPopupMenu(*this, point, {"Select", "Set Scale", "Change Color"})) {
     case 0:
@@ -277,7 +292,6 @@ bool CTrendingDlg::OnRButtonDown(CPoint point) {
     default:
       break;
   }
-  return true;
 }
 
 void CTrendingDlg::OnEditTrendingVars() {

@@ -44,6 +44,7 @@ class VASTRA_API CTrendingDlg : public CLiveView {
   bool OnLButtonUp(CPoint point) override;
   bool OnLButtonDblClk(CPoint point) override;
   bool OnRButtonDown(CPoint point) override;
+  bool OnKeyDown(UINT key) override;
   void OnNamesLost() override { CreateVariables(); }
   void OnNamesReset() override;
   void RedrawAll() override { Invalidate(); }
@@ -55,6 +56,7 @@ class VASTRA_API CTrendingDlg : public CLiveView {
   void OnReadButton();
   void OnWriteButton();
   void ShowSelection(const CTrendSelection& selection);
+  void ShowPopup(int item, CPoint point);
   void OnSelectVarPop() { SelectVariable(m_popupItem); }
   void OnSetScalePop() { SetScale(m_popupItem); }
   void OnColorPop();
