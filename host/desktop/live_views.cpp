@@ -16,7 +16,7 @@ constexpr const char* kTrendPlace = "TrendPlace";
 constexpr const char* kGridPlace = "GridPlace";
 
 // A view is a window beside the main one, to be minimised and covered by itself. Without this it would belong
-// to whichever window is active now, and go with it.
+// to the main window, which some desktops then minimise with it.
 void StandAlone(CWnd& view) {
   QWidget* widget = view.Widget();
   widget->setParent(nullptr, (widget->windowFlags() & ~Qt::WindowType_Mask) | Qt::Window);

@@ -3,6 +3,7 @@
 
 #include <QClipboard>
 #include <QDialog>
+#include <QFileDialog>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
@@ -243,6 +244,18 @@ TEST_F(Desktop, AViewComesBackOntoTheScreen) {
   ActionOf(window, "Trend")->trigger();
   ASSERT_TRUE(TopLevel("Trending"));
   EXPECT_TRUE(window.screen()->geometry().contains(TopLevel("Trending")->geometry().center()));
+}
+
+TEST_F(Desktop, FilesAreChosenWhereTheProgramWasStarted) {
+  const std::filesystem::path former = std::filesystem::current_path();
+  std::filesystem::current_path(m_dir.Path().Std());
+  CMainWindow window;
+  std::filesystem::current_path(former);  // as a run does that looks for drivers
+  CString path;
+  WhileModal([&] { ChooseFile({}, path); },
+             [&](QWidget* dialog) {
+               EXPECT_EQ(qobject_cast<QFileDialog*>(dialog)->directory(), QDir(m_dir.Path().Std().c_str()));
+             });
 }
 
 TEST_F(Desktop, TheProgramEndsWithEveryWindowOpen) {

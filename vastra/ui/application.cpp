@@ -109,6 +109,8 @@ QStringList FiltersOf(const CString& filter) {
   return filters;
 }
 
+// They begin in the folder of the last choice. The first begins where the program was started: the current
+// directory may have become another since.
 class CDialogs : public CChooser {
  public:
   int ChooseFile(const CFileQuestion& question, CString& path) override {
@@ -118,6 +120,7 @@ class CDialogs : public CChooser {
     dialog->setOption(QFileDialog::DontConfirmOverwrite, !question.asksToOverwrite);
     dialog->setNameFilters(FiltersOf(question.filter));
     dialog->setDefaultSuffix(ToScreen(question.defaultExtension));
+    dialog->setDirectory(m_folder);
     if (!question.name.IsEmpty()) dialog->selectFile(ToScreen(question.name));
     return Take(dialog, path);
   }
@@ -126,7 +129,7 @@ class CDialogs : public CChooser {
     COverActive<QFileDialog> dialog;
     dialog->setFileMode(QFileDialog::Directory);
     dialog->setOption(QFileDialog::ShowDirsOnly);
-    if (!path.IsEmpty()) dialog->setDirectory(ToScreen(path));
+    dialog->setDirectory(path.IsEmpty() ? m_folder : ToScreen(path));
     return Take(dialog, path);
   }
 
@@ -139,11 +142,14 @@ class CDialogs : public CChooser {
   }
 
  private:
-  static int Take(COverActive<QFileDialog>& dialog, CString& path) {
+  int Take(COverActive<QFileDialog>& dialog, CString& path) {
     if (!dialog.Run() || dialog->selectedFiles().isEmpty()) return 0;
+    m_folder = dialog->directory().absolutePath();
     path = FromScreen(dialog->selectedFiles().constFirst());
     return 1;
   }
+
+  QString m_folder = QDir::currentPath();
 };
 
 }  // namespace
