@@ -1,7 +1,8 @@
 #include "host/desktop/live_views.h"
 
-#include <QGuiApplication>
+#include <QApplication>
 #include <QScreen>
+#include <QStyle>
 #include <QWidget>
 
 #include <algorithm>
@@ -27,7 +28,8 @@ CRect OntoScreen(const CRect& place) {
   const QScreen* screen = QGuiApplication::screenAt({(place.left + place.right) / 2, place.top});
   const QRect all = (screen ? screen : QGuiApplication::primaryScreen())->availableGeometry();
   const int x = std::clamp(place.left, all.left(), std::max(all.left(), all.right() - place.Width()));
-  const int y = std::clamp(place.top, all.top(), std::max(all.top(), all.bottom() - place.Height()));
+  const int bottom = all.bottom() - QApplication::style()->pixelMetric(QStyle::PM_TitleBarHeight);
+  const int y = std::clamp(place.top, all.top(), std::max(all.top(), bottom - place.Height()));
   return CRect::Of({x, y}, place.Size());
 }
 
