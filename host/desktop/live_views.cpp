@@ -45,7 +45,8 @@ void CLiveViews::ShowTrend(CScanLoop& loop, UINT refreshPeriod) {
   m_pTrend->SetTimeScan(refreshPeriod);
   if (!m_pTrend->Create()) return;
   StandAlone(*m_pTrend);
-  if (CRect place; m_settings.GetPlace(kTrendPlace, place)) m_pTrend->MoveWindow(OntoScreen(place));
+  CRect place = m_trendPlace;
+  if (!place.IsEmpty() || m_settings.GetPlace(kTrendPlace, place)) m_pTrend->MoveWindow(OntoScreen(place));
   m_pTrend->ShowWindow(SW_SHOW);
 }
 
@@ -56,7 +57,8 @@ void CLiveViews::ShowGrid(CScanLoop& loop) {
   m_pGrid->SetTrendPointer(&m_pTrend);
   if (!m_pGrid->Create()) return;
   StandAlone(*m_pGrid);
-  if (CRect place; m_settings.GetPlace(kGridPlace, place))
+  CRect place = m_gridPlace;
+  if (!place.IsEmpty() || m_settings.GetPlace(kGridPlace, place))
     m_pGrid->MoveWindow(OntoScreen(CRect::Of(place.TopLeft(), m_pGrid->GetNormalPlace().Size())));
   m_pGrid->ShowWindow(SW_SHOW);
 }
@@ -85,13 +87,15 @@ void CLiveViews::Enable(bool on) {
   if (m_pGrid) m_pGrid->EnableWindow(on);
 }
 
-void CLiveViews::RememberPlaces() {
-  if (m_pTrend) m_settings.SetPlace(kTrendPlace, m_pTrend->GetNormalPlace());
-  if (m_pGrid) m_settings.SetPlace(kGridPlace, m_pGrid->GetNormalPlace());
+void CLiveViews::NotePlaces() {
+  if (m_pTrend) m_trendPlace = m_pTrend->GetNormalPlace();
+  if (m_pGrid) m_gridPlace = m_pGrid->GetNormalPlace();
 }
 
 void CLiveViews::Close() {
-  RememberPlaces();
+  NotePlaces();
+  if (!m_trendPlace.IsEmpty()) m_settings.SetPlace(kTrendPlace, m_trendPlace);
+  if (!m_gridPlace.IsEmpty()) m_settings.SetPlace(kGridPlace, m_gridPlace);
   if (m_pTrend) m_pTrend->DestroyWindow();
   if (m_pGrid) m_pGrid->DestroyWindow();
 }

@@ -27,14 +27,15 @@ class CLiveViews {
   void ResetNames();
   void Refresh();
   void Enable(bool on);  // for the user
-  void Close();
+  // Where the windows are now: a view that the user closes comes back there. Called some times a second.
+  void NotePlaces();
+  void Close();  // the places go to the settings
 
  private:
-  void RememberPlaces();
-
   CSettings& m_settings;
   CTrendingDlg* m_pTrend = nullptr;  // the windows set them to null when they go
   CVarScanDlg* m_pGrid = nullptr;
+  CRect m_trendPlace, m_gridPlace;  // empty: not open in this run
 };
 
 }  // namespace vastra

@@ -3,6 +3,7 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QTimer>
 
 #include <cstdio>
 
@@ -13,6 +14,12 @@
 namespace vastra {
 namespace {
 
+// What the command line says.
+struct CRequest {
+  CString file;
+  bool start = false;
+};
+
 void Describe(QCommandLineParser& line) {
   line.setApplicationDescription("Logs samples from controllers and earlier logs, with live windows.");
   line.addHelpOption();
@@ -21,28 +28,43 @@ void Describe(QCommandLineParser& line) {
   line.addOption({"start", "Start the logger at once"});
 }
 
-int Main(int argc, char** argv) {
-  ::signal(SIGPIPE, SIG_IGN);
-  const QApplication application(argc, argv);
-  QApplication::setApplicationName("vastra-desktop");
-  QApplication::setApplicationVersion(VASTRA_VERSION);
-  QApplication::setQuitOnLastWindowClosed(false);
+// An exit status, or -1 to go on. Asks for no display.
+int ReadCommandLine(int argc, char** argv, CRequest& request) {
+  const QCoreApplication application(argc, argv);
+  QCoreApplication::setApplicationName("vastra-desktop");
+  QCoreApplication::setApplicationVersion(VASTRA_VERSION);
   QCommandLineParser line;
   Describe(line);
-  line.process(application);
-  if (line.positionalArguments().size() > 1) {
-    std::fprintf(stderr,
-                 "vastra-desktop: command line: more than one FILE (vastra-desktop --help tells more)\n");
+  QString fault = line.parse(QCoreApplication::arguments()) ? QString() : line.errorText();
+  const QStringList files = line.positionalArguments();
+  if (fault.isEmpty() && files.size() > 1) fault = "more than one FILE";
+  if (!fault.isEmpty()) {
+    std::fprintf(stderr, "vastra-desktop: command line: %s (vastra-desktop --help tells more)\n",
+                 qPrintable(fault));
     return 2;
   }
+  if (line.isSet("help")) return std::fputs(qPrintable(line.helpText()), stdout), 0;
+  if (line.isSet("version")) return std::puts("vastra-desktop " VASTRA_VERSION), 0;
+  request = {files.isEmpty() ? CString() : FromScreen(files.constFirst()), line.isSet("start")};
+  return -1;
+}
+
+void Follow(const CRequest& request, CMainWindow& window) {
+  if (request.file.IsEmpty() || !window.Open(request.file)) return;
+  if (request.start || window.WantsToStart()) window.Start();
+}
+
+int Main(int argc, char** argv) {
+  ::signal(SIGPIPE, SIG_IGN);
+  CRequest request;
+  if (const int status = ReadCommandLine(argc, argv, request); status >= 0) return status;
+  const QApplication application(argc, argv);
   QApplication::setApplicationName("Vastra");  // what boxes are headed with
+  QApplication::setQuitOnLastWindowClosed(false);
   CMainWindow window;
   const CStopSignals stops([&window] { window.StopAndQuit(); });
   window.show();
-  if (!line.positionalArguments().isEmpty()) {
-    const bool isOpen = window.Open(FromScreen(line.positionalArguments().constFirst()));
-    if (isOpen && (line.isSet("start") || window.WantsToStart())) window.Start();
-  }
+  QTimer::singleShot(0, &window, [&] { Follow(request, window); });
   return QApplication::exec();
 }
 

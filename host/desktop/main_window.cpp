@@ -282,6 +282,7 @@ void CMainWindow::ShowState() {
 }
 
 void CMainWindow::ShowCounts() {
+  m_views.NotePlaces();
   TakeTrend();
   setWindowModified(m_document.IsChanged());
   const CScanLoop& loop = m_runner.Loop();
@@ -308,11 +309,22 @@ void CMainWindow::TakeTrend() {
   if (m_document.IsOpen() && isSettled) m_document.TakeTrend(*m_runner.Loop().Trend().GetOptions());
 }
 
+// Views that were used meanwhile may have changed the extra variables.
+void CMainWindow::changeEvent(QEvent* event) {
+  if (event->type() == QEvent::ActivationChange && m_document.IsOpen()) {
+    TakeTrend();
+    m_views.NotePlaces();
+    ShowState();
+  }
+  QMainWindow::changeEvent(event);
+}
+
 void CMainWindow::closeEvent(QCloseEvent* event) {
   event->ignore();
   if (HasOpenDialog()) return;
   if (m_runner.State() != CRunner::EState::stopped) {
-    if (AfxMessageBox("The logger is running. Stop it and quit?", MB_YESNO | MB_ICONQUESTION) != IDYES)
+    if (AfxMessageBox("The logger is running. Stop it and quit?",
+                      MB_YESNO | MB_ICONQUESTION | MB_DEFBUTTON2) != IDYES)
       return;
   }
   if (MayLoseChanges()) StopAndQuit();

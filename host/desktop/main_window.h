@@ -30,6 +30,7 @@ class CMainWindow : public QMainWindow {
   void StopAndQuit();
 
  protected:
+  void changeEvent(QEvent* event) override;
   void closeEvent(QCloseEvent* event) override;
 
  private:

@@ -204,7 +204,7 @@ TEST_F(Desktop, TheWindowRunsAConfigurationAndAsksBeforeItStops) {
 
   boxes.answer = IDNO;
   window.close();
-  EXPECT_EQ(boxes.Take(), std::vector<std::string>{"|The logger is running. Stop it and quit?|24"});
+  EXPECT_EQ(boxes.Take(), std::vector<std::string>{"|The logger is running. Stop it and quit?|124"});
   EXPECT_TRUE(HasStatus(window, "Running"));
 
   ActionOf(window, "Stop")->trigger();

@@ -9,6 +9,7 @@ namespace vastra {
 // Buttons and icon of a box, joined by "|", and its answers.
 constexpr UINT MB_OK = 0x00, MB_OKCANCEL = 0x01, MB_YESNOCANCEL = 0x03, MB_YESNO = 0x04;
 constexpr UINT MB_ICONSTOP = 0x10, MB_ICONQUESTION = 0x20, MB_ICONEXCLAMATION = 0x30;
+constexpr UINT MB_DEFBUTTON2 = 0x100;  // the second button is the one that Return presses
 constexpr int IDOK = 1, IDCANCEL = 2, IDYES = 6, IDNO = 7;
 
 class VASTRA_API CPrompter {

@@ -80,6 +80,8 @@ int ShowBox(const CString& text, const CString& title, UINT type) {
   box->setText(ToScreen(text));
   box->setStandardButtons(ButtonsOf(type));
   box->setTextFormat(Qt::PlainText);
+  if (type & MB_DEFBUTTON2)
+    box->setDefaultButton((type & 0x0F) == MB_OKCANCEL ? QMessageBox::Cancel : QMessageBox::No);
   return AnswerOf(box.Run());
 }
 

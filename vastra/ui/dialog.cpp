@@ -49,8 +49,7 @@ QFrame* NewFrame(QWidget& parent, bool hasEdges) {
 
 QPushButton* NewButton(const CControl& model, QWidget& parent) {
   auto* button = new QPushButton(Caption(model), &parent);
-  button->setDefault(model.kind == CControl::defaultButton);
-  button->setAutoDefault(model.kind == CControl::defaultButton);
+  button->setDefault(model.kind == CControl::defaultButton);  // Return presses it, or the one with the focus
   return button;
 }
 
