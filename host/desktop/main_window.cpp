@@ -161,7 +161,7 @@ void CMainWindow::UseConfiguration() {
     m_names = FindStageNames(m_document.Configuration());
   }
   m_runner.SetConfiguration(m_document.Configuration());
-  m_runner.Loop().Trend().GetOptions()->m_baseVars = m_names.input;
+  Trend().m_baseVars = m_names.input;
   m_views.TakeLoop(m_runner.Loop(), m_runner.RefreshPeriod());
   m_overview->ShowConfiguration(m_document.Configuration(), m_names.hasInput ? m_names.input.GetSize() : -1);
 }
@@ -306,7 +306,7 @@ void CMainWindow::ShowCounts() {
 void CMainWindow::TakeTrend() {
   const bool isSettled =
       m_runner.State() == CRunner::EState::stopped || m_runner.State() == CRunner::EState::running;
-  if (m_document.IsOpen() && isSettled) m_document.TakeTrend(*m_runner.Loop().Trend().GetOptions());
+  if (m_document.IsOpen() && isSettled) m_document.TakeTrend(Trend());
 }
 
 // Views that were used meanwhile may have changed the extra variables.

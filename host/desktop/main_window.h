@@ -26,6 +26,8 @@ class CMainWindow : public QMainWindow {
   bool Open(const CString& path);
   bool WantsToStart() { return m_document.Configuration().m_input.m_autoStart != 0; }
   void Start();
+  // The settings of the trending stage that the views work on; a configuration is open.
+  CTrendConfig& Trend() { return *m_runner.Loop().Trend().GetOptions(); }
   // Stops what runs, without a question, and ends the program.
   void StopAndQuit();
 

@@ -271,6 +271,35 @@ TEST_F(Desktop, TheProgramEndsWithEveryWindowOpen) {
   EXPECT_TRUE(HasStatus(window, "Stopped"));
 }
 
+TEST_F(Desktop, ChangesAreNotLostWithoutAQuestion) {
+  const struct {
+    int answer;
+    bool quits, isSaved;
+  } cases[] = {{IDCANCEL, false, false}, {IDNO, true, false}, {IDYES, true, true}};
+  for (const auto& [answer, quits, isSaved] : cases) {
+    WriteBytes(m_dir / "demo.json", Configuration(kSimulator));
+    CMainWindow window;
+    CTestPrompter boxes;
+    ASSERT_TRUE(window.Open(m_dir / "demo.json"));
+    window.Trend().m_extraVars.Add("d");
+    boxes.answer = answer;
+    bool hasQuit = true;
+    QTimer stays;  // ends a program that goes on
+    QObject::connect(&stays, &QTimer::timeout, [&] { hasQuit = false, QApplication::exit(); });
+    QTimer::singleShot(0, [&] {
+      window.close();
+      stays.start(200);
+    });
+    QApplication::exec();
+    EXPECT_EQ(hasQuit, quits) << answer;
+    EXPECT_EQ(boxes.Take(),
+              std::vector<std::string>{"|Save the changes to " + (m_dir / "demo.json").Std() + "?|23"});
+    CConfiguration saved;
+    ASSERT_EQ(LoadConfiguration(m_dir / "demo.json", saved), "");
+    EXPECT_EQ(saved.m_trend.m_extraVars.GetSize(), isSaved ? 2 : 1) << answer;
+  }
+}
+
 TEST_F(Desktop, AWrongEquationIsToldBeforeAnythingOpens) {
   WriteBytes(m_dir / "wrong.json",
              Configuration(kSimulator, R"(, "preprocess": 1, "preEquationText": "x = a; y = ;")"));
