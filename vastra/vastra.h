@@ -61,6 +61,7 @@
 #include "vastra/platform/module.h"
 #include "vastra/platform/object.h"
 #include "vastra/platform/prompt.h"
+#include "vastra/platform/save_file.h"
 #include "vastra/platform/singleton.h"
 #include "vastra/platform/string.h"
 #include "vastra/platform/thread.h"

@@ -2,9 +2,9 @@
 #include "host/cli/command.h"
 #include "host/cli/output.h"
 #include "host/cli/terminal.h"
-#include "host/common/save_file.h"
 #include "vastra/logfiles/csv_format.h"
 #include "vastra/logfiles/log_reader.h"
+#include "vastra/platform/save_file.h"
 
 namespace vastra {
 namespace {

@@ -9,8 +9,8 @@
 #include "host/cli/progress.h"
 #include "host/cli/terminal.h"
 #include "host/common/configuration_file.h"
-#include "host/common/save_file.h"
 #include "vastra/platform/file_system.h"
+#include "vastra/platform/save_file.h"
 
 namespace vastra {
 namespace {

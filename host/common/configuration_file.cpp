@@ -4,8 +4,8 @@
 
 #include "host/common/configuration_json.h"
 #include "host/common/paths.h"
-#include "host/common/save_file.h"
 #include "vastra/platform/file_system.h"
+#include "vastra/platform/save_file.h"
 
 namespace vastra {
 namespace {

@@ -3,7 +3,7 @@
 #include "host/common/configuration_file.h"
 #include "host/common/configuration_json.h"
 #include "host/common/paths.h"
-#include "host/common/save_file.h"
+#include "vastra/platform/save_file.h"
 
 namespace vastra {
 namespace {
@@ -40,6 +40,8 @@ CString CDocument::Save(const CString& path) {
   m_changed = false;
   return {};
 }
+
+CStringArray CDocument::Lost() { return IsJsonPath(m_path) ? CStringArray() : LostInFile(m_configuration); }
 
 void CDocument::TakeTrend(const CTrendConfig& trend) {
   CTrendConfig& mine = m_configuration.m_trend;

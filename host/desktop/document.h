@@ -14,6 +14,9 @@ class CDocument {
   // Writes it: a path that ends with ".json" gets JSON, any other the configuration file. As Open.
   CString Save(const CString& path);
 
+  // A line for each setting that the file at Path does not hold, since its form has no place for it.
+  CStringArray Lost();
+
   bool IsOpen() const { return !m_path.IsEmpty(); }
   const CString& Path() const { return m_path; }
   CConfiguration& Configuration() { return m_configuration; }

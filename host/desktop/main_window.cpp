@@ -187,10 +187,21 @@ void CMainWindow::ShowRecent() {
 bool CMainWindow::SaveTo(const CString& path) {
   TakeTrend();
   const CString fault = m_document.Save(path);
-  if (!fault.IsEmpty()) TellFault(fault);
+  if (!fault.IsEmpty()) {
+    TellFault(fault);
+    return false;
+  }
   m_settings.AddRecent(m_document.Path());
   ShowState();
-  return fault.IsEmpty();
+  TellLost();
+  return true;
+}
+
+// A configuration file has no place for some settings, which JSON has.
+void CMainWindow::TellLost() {
+  CString text;
+  for (const CString& lost : m_document.Lost()) text += "\n" + lost;
+  if (!text.IsEmpty()) TellFault(m_document.Path() + ":" + text);
 }
 
 void CMainWindow::AskToSave() {

@@ -47,6 +47,7 @@ class CMainWindow : public QMainWindow {
   void ShowRecent();
   void AskToSave();
   bool SaveTo(const CString& path);
+  void TellLost();
   bool MayLoseChanges();
   void ShowReport();
   void ShowAbout();

@@ -8,9 +8,9 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-#include "host/common/save_file.h"
 #include "vastra/platform/chooser.h"
 #include "vastra/platform/prompt.h"
+#include "vastra/platform/save_file.h"
 #include "vastra/ui/text.h"
 
 namespace vastra {

@@ -165,6 +165,11 @@ TEST_F(Desktop, WhatTheViewsChangedIsSavedInEitherForm) {
   }
   CDocument document;
   EXPECT_NE(document.Save(m_dir / "no/such/folder.json"), "");
+  document.Configuration().m_plcWrite.m_disableWriting = 1;
+  ASSERT_EQ(document.Save(m_dir / "x.json"), "");
+  EXPECT_EQ(document.Lost().GetSize(), 0);
+  ASSERT_EQ(document.Save(m_dir / "x.vst"), "");
+  EXPECT_EQ(document.Lost().GetSize(), 1) << "the file cannot hold that writing is disabled";
 }
 
 TEST_F(Desktop, SettingsKeepTheNewestFilesOnceAndNoBadPlace) {

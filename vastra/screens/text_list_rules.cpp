@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <unordered_set>
 
-#include "vastra/platform/file.h"
+#include "vastra/platform/save_file.h"
 
 namespace vastra {
 namespace {
@@ -68,12 +68,10 @@ bool ReadTextFile(const CString& path, CString& text) {
 
 bool WriteTextFile(const CString& path, const CString& text) {
   std::error_code failed;
-  const std::filesystem::path real = std::filesystem::canonical(path.Std(), failed);  // behind its links
-  if (!failed && !std::filesystem::is_regular_file(real, failed)) return false;
+  const bool isThere = std::filesystem::exists(path.Std(), failed);
+  if (isThere && !std::filesystem::is_regular_file(path.Std(), failed)) return false;
   try {
-    CReplaceFile file(real.empty() ? path : CString(real.string()));
-    file.Write(text, static_cast<std::size_t>(text.GetLength()));
-    file.Replace();
+    SaveFile(path, [&](CFile& file) { file.Write(text, static_cast<std::size_t>(text.GetLength())); });
     return true;
   } catch (const CFileException&) {
     return false;

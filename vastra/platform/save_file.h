@@ -1,4 +1,4 @@
-// Files that a host writes for its user.
+// Files that a program writes for its user.
 #pragma once
 
 #include <functional>
@@ -10,6 +10,6 @@ namespace vastra {
 // Lets write fill the file at path, or leaves what was there exactly as it was: the new file is written
 // beside the old one, synced and renamed over it. What is no regular file, such as a pipe, is written as it
 // stands. Throws CFileException.
-void SaveFile(const CString& path, const std::function<void(CFile&)>& write);
+VASTRA_API void SaveFile(const CString& path, const std::function<void(CFile&)>& write);
 
 }  // namespace vastra

@@ -1,4 +1,4 @@
-#include "host/common/save_file.h"
+#include "vastra/platform/save_file.h"
 
 #include <filesystem>
 
