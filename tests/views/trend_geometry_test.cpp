@@ -5,7 +5,7 @@
 #include <limits>
 #include <sstream>
 
-#include "vastra/views/number_text.h"
+#include "vastra/ui/number_text.h"
 #include "vastra/views/simple_color.h"
 #include "vastra/views/trend_geometry.h"
 

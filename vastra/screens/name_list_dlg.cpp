@@ -9,7 +9,7 @@ namespace vastra {
 int CNameListDlg::InsertVariable() {
   CNewVarDlg dialog(this);
   if (dialog.DoModal() != IDOK) return 0;
-  if (Names().FindStringExact(dialog.m_name) >= 0) {
+  if (Names().Find(dialog.m_name) >= 0) {
     Tell("This variable already exists in the list");
     return 0;
   }

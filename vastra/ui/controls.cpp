@@ -1,6 +1,7 @@
 #include "vastra/ui/controls.h"
 
 #include <QAbstractButton>
+#include <QComboBox>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -23,10 +24,25 @@ CString FromCaption(const QString& caption) { return FromScreen(QString(caption)
 // An entry keeps the bytes of its text beside what it shows.
 constexpr int kBytes = Qt::UserRole;
 
+QByteArray ToBytes(const CString& text) { return {text.View().data(), text.GetLength()}; }
+
+CString FromBytes(const QVariant& data) {
+  const QByteArray bytes = data.toByteArray();
+  return CString(bytes.data(), static_cast<std::size_t>(bytes.size()));
+}
+
 QListWidgetItem* NewItem(const CString& text) {
   auto* item = new QListWidgetItem(ToScreen(text));
-  item->setData(kBytes, QByteArray(text.View().data(), text.GetLength()));
+  item->setData(kBytes, ToBytes(text));
   return item;
+}
+
+// Of a list or a combo box.
+template <class T>
+int FindText(const T& list, const CString& text) {
+  for (int i = 0; i < list.GetCount(); ++i)
+    if (list.GetText(i) == text) return i;
+  return -1;
 }
 
 QListWidget& ListOf(const CWnd& window) { return *static_cast<QListWidget*>(window.Widget()); }
@@ -119,14 +135,15 @@ CString CEdit::GetSelectedText() const {
               : CString();
 }
 
+void CEdit::SelectAll() {
+  if (auto* line = qobject_cast<QLineEdit*>(Widget())) line->selectAll();
+}
+
 CListBox::CListBox(QListWidget* widget) { Attach(widget); }
 
 int CListBox::GetCount() const { return ListOf(*this).count(); }
 
-CString CListBox::GetText(int index) const {
-  const QByteArray bytes = ListOf(*this).item(index)->data(kBytes).toByteArray();
-  return CString(bytes.data(), static_cast<std::size_t>(bytes.size()));
-}
+CString CListBox::GetText(int index) const { return FromBytes(ListOf(*this).item(index)->data(kBytes)); }
 
 int CListBox::AddString(const CString& text) {
   ListOf(*this).addItem(NewItem(text));
@@ -137,9 +154,15 @@ void CListBox::DeleteString(int index) { delete ListOf(*this).takeItem(index); }
 
 void CListBox::ResetContent() { ListOf(*this).clear(); }
 
-int CListBox::FindStringExact(const CString& text) const {
-  for (int i = 0; i < GetCount(); ++i)
-    if (GetText(i) == text) return i;
+int CListBox::Find(const CString& text) const { return FindText(*this, text); }
+
+int CListBox::FindStringExact(int after, const CString& text) const {
+  const QString wanted = ToScreen(text);
+  const int count = GetCount();
+  for (int i = 1; i <= count; ++i) {
+    const int at = (after + i) % count;
+    if (ListOf(*this).item(at)->text().compare(wanted, Qt::CaseInsensitive) == 0) return at;
+  }
   return -1;
 }
 
@@ -182,5 +205,39 @@ QListWidget* CDragListBox::NewWidget(QWidget* parent) {
   list->setDefaultDropAction(Qt::MoveAction);
   return list;
 }
+
+namespace {
+
+QComboBox& ComboOf(const CWnd& window) { return *static_cast<QComboBox*>(window.Widget()); }
+
+}  // namespace
+
+CComboBox::CComboBox(QComboBox* widget) { Attach(widget); }
+
+void CComboBox::SetWindowText(const CString& text) { ComboOf(*this).setEditText(ToScreen(text)); }
+
+CString CComboBox::GetWindowText() const {
+  const int selected = GetCurSel();
+  return selected >= 0 ? GetText(selected) : FromScreen(ComboOf(*this).currentText());
+}
+
+int CComboBox::GetCount() const { return ComboOf(*this).count(); }
+
+CString CComboBox::GetText(int index) const { return FromBytes(ComboOf(*this).itemData(index, kBytes)); }
+
+int CComboBox::AddString(const CString& text) {
+  ComboOf(*this).addItem(ToScreen(text));
+  ComboOf(*this).setItemData(GetCount() - 1, ToBytes(text), kBytes);
+  return GetCount() - 1;
+}
+
+int CComboBox::GetCurSel() const {
+  const QComboBox& combo = ComboOf(*this);
+  return combo.currentText() == combo.itemText(combo.currentIndex()) ? combo.currentIndex() : -1;
+}
+
+void CComboBox::SetCurSel(int index) { ComboOf(*this).setCurrentIndex(index); }
+
+int CComboBox::Find(const CString& text) const { return FindText(*this, text); }
 
 }  // namespace vastra

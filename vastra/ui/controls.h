@@ -6,6 +6,7 @@
 #include "vastra/platform/array.h"
 #include "vastra/ui/window.h"
 
+class QComboBox;
 class QLabel;
 class QAbstractButton;
 class QListWidget;
@@ -33,12 +34,14 @@ class VASTRA_API CStatic : public CWnd {
 // are typed end with "\r\n".
 class VASTRA_API CEdit : public CWnd {
  public:
+  CEdit() = default;
   explicit CEdit(QWidget* widget);  // a line edit or a plain text edit
   void SetWindowText(const CString& text) override;
   CString GetWindowText() const override;
   // Marks count characters from the byte at offset of GetWindowText on, and scrolls them into view.
   void SelectAt(int offset, int count);
   CString GetSelectedText() const;
+  void SelectAll();
 
  private:
   CString m_text;  // as set
@@ -53,7 +56,10 @@ class VASTRA_API CListBox : public CWnd {
   int AddString(const CString& text);  // at the end; its index
   void DeleteString(int index);
   void ResetContent();
-  int FindStringExact(const CString& text) const;  // byte for byte; -1: not there
+  int Find(const CString& text) const;  // byte for byte; -1: not there
+  // The first entry behind index after that is text as a whole, whatever the letter case. The search goes on
+  // at the top, up to after itself; -1: there is none.
+  int FindStringExact(int after, const CString& text) const;
   // Of a list in which one entry can be marked; -1: none.
   int GetCurSel() const;
   void SetCurSel(int index);
@@ -70,6 +76,21 @@ class VASTRA_API CDragListBox : public CListBox {
  public:
   using CListBox::CListBox;
   static QListWidget* NewWidget(QWidget* parent);
+};
+
+// A list that drops down, of which one entry is selected; one that can be typed in, too.
+class VASTRA_API CComboBox : public CWnd {
+ public:
+  explicit CComboBox(QComboBox* widget);
+  // What is shown: an entry with the bytes it was added with, or what was typed.
+  void SetWindowText(const CString& text) override;  // of one that can be typed in
+  CString GetWindowText() const override;
+  int GetCount() const;
+  CString GetText(int index) const;
+  int AddString(const CString& text);  // at the end; its index
+  int GetCurSel() const;               // -1: none, or what is shown has been typed
+  void SetCurSel(int index);
+  int Find(const CString& text) const;  // byte for byte; -1: not there
 };
 
 }  // namespace vastra

@@ -1,7 +1,9 @@
 #include "vastra/ui/dialog.h"
 
 #include <QApplication>
+#include <QButtonGroup>
 #include <QCheckBox>
+#include <QComboBox>
 #include <QDialog>
 #include <QFrame>
 #include <QGroupBox>
@@ -9,13 +11,16 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPlainTextEdit>
-#include <QPointer>
 #include <QPushButton>
+#include <QRadioButton>
+#include <QRegularExpressionValidator>
+#include <QTabWidget>
 #include <QTableView>
 
 #include <cstdio>
 #include <cstdlib>
 
+#include "vastra/ui/number_text.h"
 #include "vastra/ui/text.h"
 
 namespace vastra {
@@ -59,6 +64,22 @@ QListWidget* NewList(const CControl& model, QWidget& parent) {
   return list;
 }
 
+QLineEdit* NewLine(const CControl& model, QWidget& parent) {
+  auto* line = new QLineEdit(&parent);
+  if (model.kind == CControl::numberEdit)
+    line->setValidator(new QRegularExpressionValidator(QRegularExpression("[0-9]*"), line));
+  return line;
+}
+
+QComboBox* NewCombo(const CControl& model, QWidget& parent) {
+  auto* combo = new QComboBox(&parent);
+  if (model.kind != CControl::comboEdit) return combo;
+  combo->setEditable(true);
+  combo->setInsertPolicy(QComboBox::NoInsert);
+  combo->setCompleter(nullptr);  // which would put the case of an entry in place of what is typed
+  return combo;
+}
+
 QPlainTextEdit* NewLines(QWidget& parent) {
   auto* lines = new QPlainTextEdit(&parent);
   lines->setTabChangesFocus(true);
@@ -86,8 +107,12 @@ std::unique_ptr<CWnd> NewControl(const CControl& model, QWidget& parent) {
       return std::make_unique<CButton>(NewButton(model, parent));
     case CControl::checkBox:
       return std::make_unique<CButton>(new QCheckBox(Caption(model), &parent));
+    case CControl::firstRadioButton:
+    case CControl::radioButton:
+      return std::make_unique<CButton>(new QRadioButton(Caption(model), &parent));
     case CControl::edit:
-      return std::make_unique<CEdit>(new QLineEdit(&parent));
+    case CControl::numberEdit:
+      return std::make_unique<CEdit>(NewLine(model, parent));
     case CControl::multiLineEdit:
       return std::make_unique<CEdit>(NewLines(parent));
     case CControl::listBox:
@@ -95,6 +120,11 @@ std::unique_ptr<CWnd> NewControl(const CControl& model, QWidget& parent) {
       return std::make_unique<CListBox>(NewList(model, parent));
     case CControl::dragListBox:
       return std::make_unique<CDragListBox>(CDragListBox::NewWidget(&parent));
+    case CControl::comboBox:
+    case CControl::comboEdit:
+      return std::make_unique<CComboBox>(NewCombo(model, parent));
+    case CControl::tabs:
+      return std::make_unique<CPlace>(new QTabWidget(&parent));
     case CControl::grid:
       return std::make_unique<CPlace>(new QTableView(&parent));
     case CControl::frame:
@@ -110,28 +140,37 @@ std::unique_ptr<CWnd> NewControl(const CControl& model, QWidget& parent) {
 // The window. The keys of a dialog and its close box come here.
 class CDialog::CWidget : public QDialog {
  public:
-  CWidget(CDialog& owner, QWidget* parent) : QDialog(parent), m_owner(&owner) {}
+  explicit CWidget(QWidget* parent) : QDialog(parent) {}
 
   void accept() override {
-    if (m_owner) m_owner->OnOK();
+    if (m_owner && *m_owner) (*m_owner)->OnOK();
   }
   void reject() override {
-    if (m_owner) m_owner->OnClose();
+    if (m_owner && *m_owner) (*m_owner)->OnClose();
   }
 
-  CDialog* m_owner;  // null once the window has gone
+  std::shared_ptr<CDialog*> m_owner;
 };
 
 IMPLEMENT_DYNAMIC(CDialog, CWnd)
 
 CDialog::~CDialog() {
-  if (auto* widget = static_cast<CWidget*>(Widget())) widget->m_owner = nullptr;
+  Leave();
   Abandon();
 }
 
 int CDialog::DestroyWindow() {
-  if (auto* widget = static_cast<CWidget*>(Widget())) widget->m_owner = nullptr;
+  Leave();
   return CWnd::DestroyWindow();
+}
+
+void CDialog::Leave() {
+  if (m_self) *m_self = nullptr;
+}
+
+void CDialog::Release() {
+  DestroyWindow();
+  m_items.clear();
 }
 
 void CDialog::NoSuchControl(const char* caption) {
@@ -140,27 +179,34 @@ void CDialog::NoSuchControl(const char* caption) {
 }
 
 CDialog::CWidget* CDialog::Make(QWidget* parent) {
-  auto* widget = new CWidget(*this, parent);
-  Attach(widget);
-  SetWindowText(m_model.title);
+  auto* widget = new CWidget(parent);
   widget->setWindowFlag(Qt::WindowContextHelpButtonHint, false);
   widget->setWindowFlag(Qt::WindowMaximizeButtonHint, (m_model.style & CDialogTemplate::resizable) != 0);
   widget->setWindowFlag(Qt::WindowMinimizeButtonHint, (m_model.style & CDialogTemplate::minimizeBox) != 0);
+  Fill(widget);
+  widget->m_owner = m_self;
+  if (!(m_model.style & CDialogTemplate::resizable)) widget->setFixedSize(widget->size());
+  return widget;
+}
+
+void CDialog::Fill(QWidget* widget) {
+  Attach(widget);
+  m_self = std::make_shared<CDialog*>(this);
+  SetWindowText(m_model.title);
+  m_items.clear();
   for (const CControl& model : m_model.controls) AddControl(model, *widget);
   const QSize size = ToPixels(UnitsOf(widget->font()), 0, 0, m_model.size.cx, m_model.size.cy).size();
-  if (m_model.style & CDialogTemplate::resizable) {
-    widget->setMinimumSize(size);
-    widget->resize(size);
-  } else {
-    widget->setFixedSize(size);
-  }
+  widget->setMinimumSize(size);
+  widget->resize(size);
   CDialog::OnSize(size.width(), size.height());
-  return widget;
 }
 
 void CDialog::AddControl(const CControl& model, QWidget& parent) {
   m_items.push_back({&model, NewControl(model, parent)});
-  m_items.back().window->Widget()->setAccessibleName(ToScreen(model.caption));
+  QWidget* widget = m_items.back().window->Widget();
+  widget->setAccessibleName(ToScreen(model.caption));
+  if (model.kind == CControl::firstRadioButton) m_radios = new QButtonGroup(&parent);
+  if (auto* radio = qobject_cast<QRadioButton*>(widget)) m_radios->addButton(radio);
   if (CString(model.caption) == "OK") On("OK", [this] { OnOK(); });
   if (CString(model.caption) == "Cancel") On("Cancel", [this] { OnCancel(); });
 }
@@ -189,17 +235,17 @@ int CDialog::DoModal() {
   OnInitDialog();
   if (!m_ended) widget->exec();
   m_modal = false;
-  DestroyWindow();
-  m_items.clear();
+  Release();
   return m_result;
 }
 
 int CDialog::Create(CWnd* parent) {
   QWidget* owner = parent ? parent->Widget() : GetActiveWidget();
   while (!parent && dynamic_cast<CWidget*>(owner)) owner = owner->parentWidget();
-  const QPointer<CWidget> widget = Make(owner);
+  Make(owner);
+  const std::shared_ptr<CDialog*> self = m_self;  // OnInitDialog may be the end of this object
   OnInitDialog();
-  return widget && widget->m_owner;
+  return *self != nullptr;
 }
 
 void CDialog::EndDialog(int result) {
@@ -213,8 +259,8 @@ void CDialog::EndDialog(int result) {
 }
 
 void CDialog::On(const char* caption, std::function<void()> told, ENotify what) {
-  const auto handler = [window = static_cast<CWidget*>(Widget()), told = std::move(told)] {
-    if (window->m_owner) told();
+  const auto handler = [self = m_self, told = std::move(told)] {
+    if (*self) told();
   };
   for (const CItem& item : m_items) {
     if (CString(item.model->caption) != caption) continue;
@@ -223,12 +269,33 @@ void CDialog::On(const char* caption, std::function<void()> told, ENotify what) 
       QObject::connect(button, &QAbstractButton::clicked, button, handler);
     } else if (auto* list = qobject_cast<QListWidget*>(widget); list && what == ENotify::doubleClicked) {
       QObject::connect(list, &QListWidget::itemDoubleClicked, list, handler);
+    } else if (auto* combo = qobject_cast<QComboBox*>(widget); combo && what == ENotify::selected) {
+      QObject::connect(combo, &QComboBox::activated, combo, handler);
     } else if (what == ENotify::focused && !qobject_cast<QGroupBox*>(widget)) {
       QObject::connect(qApp, &QApplication::focusChanged, widget, [widget, handler](QWidget*, QWidget* now) {
         if (now == widget) handler();
       });
     }
   }
+}
+
+int CDialog::ReadNumber(const char* caption, UINT low, UINT high, UINT& value) const {
+  CEdit& edit = Edit(caption);
+  std::int64_t number = 0;
+  if (ParseWhole(edit.GetWindowText(), low, high, number)) {
+    value = static_cast<UINT>(number);
+    return 1;
+  }
+  CString text;
+  text.Format("Please enter a whole number from %u to %u.", low, high);
+  AfxMessageBox(text, MB_ICONEXCLAMATION);
+  edit.SetFocus();
+  edit.SelectAll();
+  return 0;
+}
+
+void CDialog::ShowNumber(const char* caption, UINT value) const {
+  Edit(caption).SetWindowText(CString(std::to_string(value)));
 }
 
 }  // namespace vastra

@@ -14,9 +14,9 @@
 #include "vastra/platform/prompt.h"
 #include "vastra/ui/controls.h"
 
-namespace vastra {
+class QButtonGroup;
 
-class CGXGridWnd;
+namespace vastra {
 
 struct CControl {
   enum EKind {
@@ -25,11 +25,17 @@ struct CControl {
     button,
     defaultButton,
     checkBox,
+    firstRadioButton,  // begins a group of which one is checked
+    radioButton,       // belongs to the group begun before it
     edit,
+    numberEdit,     // takes digits alone
     multiLineEdit,  // Return makes a new line
     listBox,        // one entry can be marked
     multiListBox,   // several can
     dragListBox,    // one can, and dragged
+    comboBox,       // one of a list that drops down
+    comboEdit,      // that, or a text that is typed
+    tabs,           // of the pages of a property sheet
     grid,           // for a CGXGridWnd
     frame,          // sunken edges
     area,           // a place without edges
@@ -86,9 +92,11 @@ class VASTRA_API CDialog : public CWnd {
   CStatic& Text(const char* caption) const { return Control<CStatic>(caption); }
   CEdit& Edit(const char* caption) const { return Control<CEdit>(caption); }
   CListBox& List(const char* caption) const { return Control<CListBox>(caption); }
+  CComboBox& Combo(const char* caption) const { return Control<CComboBox>(caption); }
   CWnd& Place(const char* caption) const { return Control<CWnd>(caption); }  // of a frame or an area
 
  protected:
+  const CDialogTemplate& Model() const { return m_model; }
   virtual void OnInitDialog() {}
   virtual void OnOK() { EndDialog(IDOK); }
   virtual void OnCancel() { EndDialog(IDCANCEL); }
@@ -96,14 +104,23 @@ class VASTRA_API CDialog : public CWnd {
   void OnSize(int cx, int cy) override;
   void OnClose() override { OnCancel(); }
 
-  enum class ENotify { clicked, doubleClicked, focused };
+  enum class ENotify { clicked, doubleClicked, focused, selected };
   // Calls handler when that happens to the control of caption; OK and Cancel have their own operations.
+  // selected: the user has chosen an entry of a combo box.
   void On(const char* caption, std::function<void()> handler, ENotify what = ENotify::clicked);
+
+  // The whole number, from low to high, that the edit of caption shows: 1. Or 0, when the user has been told
+  // the bounds, and the edit has the focus.
+  int ReadNumber(const char* caption, UINT low, UINT high, UINT& value) const;
+  void ShowNumber(const char* caption, UINT value) const;
+
+  // Makes the controls of the template in widget, which becomes the window; and takes it away again.
+  void Fill(QWidget* widget);
+  void Release();
 
  private:
   class CWidget;
   friend class CWidget;
-  friend class CGXGridWnd;
   struct CItem {
     const CControl* model;
     std::unique_ptr<CWnd> window;
@@ -119,11 +136,15 @@ class VASTRA_API CDialog : public CWnd {
   [[noreturn]] static void NoSuchControl(const char* caption);
   CWidget* Make(QWidget* parent);
   void AddControl(const CControl& model, QWidget& parent);
+  void Leave();
 
   const CDialogTemplate& m_model;
   CWnd* m_parent;
   std::vector<CItem> m_items;
-  bool m_modal = false;  // a modal run is under way
+  // What the window and its handlers hold of the dialog: null once the window has gone.
+  std::shared_ptr<CDialog*> m_self;
+  QButtonGroup* m_radios = nullptr;  // of the last group begun
+  bool m_modal = false;              // a modal run is under way
   bool m_ended = false;
   int m_result = 0;
 };

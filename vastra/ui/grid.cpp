@@ -1,7 +1,9 @@
 #include "vastra/ui/grid.h"
 
 #include <QAbstractTableModel>
+#include <QApplication>
 #include <QHeaderView>
+#include <QLineEdit>
 #include <QPainter>
 #include <QStyledItemDelegate>
 #include <QTableView>
@@ -13,12 +15,17 @@ namespace {
 
 constexpr int kMargin = 3;  // of a text to the edges of its cell, pixels
 
-// Draws a cell: a text on a plain ground, that of column 0 as in a header.
+// Draws a cell: a text on a plain ground, that of column 0 as in a header. Cells that can be changed are
+// drawn as the toolkit does.
 class CCellPainter : public QStyledItemDelegate {
  public:
   using QStyledItemDelegate::QStyledItemDelegate;
 
   void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override {
+    if (index.flags() & (Qt::ItemIsEditable | Qt::ItemIsUserCheckable)) {
+      QStyledItemDelegate::paint(painter, option, index);
+      return;
+    }
     const bool isHeader = index.column() == 0;
     const QPalette& palette = option.palette;
     if (isHeader) painter->fillRect(option.rect, palette.color(QPalette::Button));
@@ -27,6 +34,18 @@ class CCellPainter : public QStyledItemDelegate {
     painter->setPen(palette.color(isHeader ? QPalette::ButtonText : QPalette::Text));
     painter->setFont(option.font);
     painter->drawText(option.rect.adjusted(kMargin, 0, -kMargin, 0), Qt::AlignVCenter | Qt::AlignLeft, text);
+  }
+
+  QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem&, const QModelIndex&) const override {
+    auto* edit = new QLineEdit(parent);
+    edit->setFrame(false);
+    return edit;
+  }
+
+  // A cell that was only looked at keeps its value, of which it may show no more than a part.
+  void setModelData(QWidget* editor, QAbstractItemModel* model, const QModelIndex& index) const override {
+    const auto* edit = static_cast<const QLineEdit*>(editor);
+    if (edit->isModified()) model->setData(index, edit->text());
   }
 };
 
@@ -37,7 +56,7 @@ QTableView* ViewOf(const CWnd& grid) { return static_cast<QTableView*>(grid.Widg
 // What the toolkit's view asks. Its horizontal header is row 0, its first column is column 0.
 class CGXGridWnd::CModel : public QAbstractTableModel {
  public:
-  CModel(const CGXGridWnd& grid, QObject* parent) : QAbstractTableModel(parent), m_grid(grid) {}
+  CModel(CGXGridWnd& grid, QObject* parent) : QAbstractTableModel(parent), m_grid(grid) {}
 
   int rowCount(const QModelIndex& parent) const override {
     return parent.isValid() ? 0 : static_cast<int>(m_grid.GetRowCount());
@@ -46,24 +65,50 @@ class CGXGridWnd::CModel : public QAbstractTableModel {
     return parent.isValid() ? 0 : static_cast<int>(m_grid.GetColCount()) + 1;
   }
   QVariant data(const QModelIndex& index, int role) const override {
-    return role == Qt::DisplayRole ? TextOf(index.row() + 1, index.column()) : QVariant();
+    if (role != Qt::DisplayRole && role != Qt::EditRole && role != Qt::CheckStateRole) return {};
+    const CGXStyle style = StyleOf(index.row() + 1, index.column());
+    const bool isBox = style.control == CGXStyle::checkBox;
+    if (role != Qt::CheckStateRole) return isBox ? QVariant() : ToScreen(style.text);
+    return isBox ? QVariant(style.text == "1" ? Qt::Checked : Qt::Unchecked) : QVariant();
+  }
+  Qt::ItemFlags flags(const QModelIndex& index) const override {
+    static constexpr Qt::ItemFlag kOwn[] = {Qt::NoItemFlags, Qt::ItemIsEditable, Qt::ItemIsUserCheckable};
+    return Qt::ItemIsEnabled | Qt::ItemIsSelectable |
+           kOwn[m_readOnly ? CGXStyle::fixed : StyleOf(index.row() + 1, index.column()).control];
+  }
+  bool setData(const QModelIndex& index, const QVariant& value, int role) override {
+    const auto row = static_cast<UINT>(index.row()) + 1;
+    const auto col = static_cast<UINT>(index.column());
+    bool isTaken = true;
+    if (role == Qt::CheckStateRole) {
+      m_grid.m_current = value.toInt() == Qt::Checked ? "1" : "0";
+      m_grid.OnClickedButtonRowCol(row, col);
+    } else {
+      m_grid.m_current = FromScreen(value.toString());
+      isTaken = m_grid.OnValidateCell(row, col);
+    }
+    emit dataChanged(index, index);
+    return isTaken;
   }
   QVariant headerData(int section, Qt::Orientation orientation, int role) const override {
-    return role == Qt::DisplayRole && orientation == Qt::Horizontal ? TextOf(0, section) : QVariant();
+    if (role != Qt::DisplayRole || orientation != Qt::Horizontal) return {};
+    return ToScreen(StyleOf(0, section).text);
   }
   void Reset() {
     beginResetModel();
     endResetModel();
   }
 
+  bool m_readOnly = true;
+
  private:
-  QVariant TextOf(int row, int col) const {
+  CGXStyle StyleOf(int row, int col) const {
     CGXStyle style;
     m_grid.GetStyleRowCol(static_cast<UINT>(row), static_cast<UINT>(col), style);
-    return ToScreen(style.text);
+    return style;
   }
 
-  const CGXGridWnd& m_grid;
+  CGXGridWnd& m_grid;
 };
 
 void CGXGridWnd::SubclassDlgItem(const CDialog& dialog, const char* caption) {
@@ -99,6 +144,20 @@ void CGXGridWnd::SetFontSize(int points) {
   view->horizontalHeader()->setFont(font);
   view->verticalHeader()->setMinimumSectionSize(1);
   view->verticalHeader()->setDefaultSectionSize(QFontMetrics(font).height() + kMargin);
+}
+
+void CGXGridWnd::SetReadOnly(bool readOnly) {
+  QTableView* view = ViewOf(*this);
+  if (!view) return;
+  static_cast<CModel*>(view->model())->m_readOnly = readOnly;
+  view->setSelectionMode(readOnly ? QAbstractItemView::NoSelection : QAbstractItemView::SingleSelection);
+  view->setEditTriggers(readOnly ? QAbstractItemView::NoEditTriggers : QAbstractItemView::AllEditTriggers);
+}
+
+void CGXGridWnd::TransferCurrentCell() {
+  QTableView* view = ViewOf(*this);
+  QWidget* editor = QApplication::focusWidget();
+  if (view && editor && view->viewport()->isAncestorOf(editor)) view->setFocus();  // which closes the editor
 }
 
 void CGXGridWnd::Redraw() {

@@ -1,13 +1,19 @@
 // CGXGridWnd: a virtual grid. It holds no cells: for each cell that is to be seen it asks for the text.
+//
+// Cells that can be edited keep nothing either. What the user does in one becomes the text of the current
+// cell, and the owner is told to take it over.
 #pragma once
 
 #include "vastra/ui/dialog.h"
 
 namespace vastra {
 
-// What a cell shows.
+// What a cell is.
 struct CGXStyle {
-  CString text;
+  enum EControl { fixed, edit, checkBox };
+
+  CString text;  // of a check box "1", checked, or "0"
+  EControl control = fixed;
 };
 
 class VASTRA_API CGXGridWnd : public CWnd {
@@ -24,10 +30,23 @@ class VASTRA_API CGXGridWnd : public CWnd {
   void SetColWidth(UINT col, int pixels);
   void SetHeaderHeight(int pixels);  // of row 0; the other rows are as high as their font asks
   void SetFontSize(int points);
-  void Redraw();  // at once
+  void SetReadOnly(bool readOnly);  // at first it is
+  void Redraw();                    // at once
+  // Ends what the user edits as if the cell were left.
+  void TransferCurrentCell();
+
+ protected:
+  // What the user has made of the cell that one of the next two is told of.
+  const CString& GetCurrentText() const { return m_current; }
+  // A cell whose text the user has changed is left. False: the cell keeps its text from before.
+  virtual bool OnValidateCell(UINT /*row*/, UINT /*col*/) { return true; }
+  // A check box has been clicked.
+  virtual void OnClickedButtonRowCol(UINT /*row*/, UINT /*col*/) {}
 
  private:
   class CModel;
+
+  CString m_current;
 };
 
 }  // namespace vastra

@@ -1,6 +1,6 @@
 #include "vastra/views/scale_values_dlg.h"
 
-#include "vastra/views/number_text.h"
+#include "vastra/ui/number_text.h"
 
 namespace vastra {
 namespace {

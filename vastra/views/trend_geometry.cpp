@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "vastra/views/number_text.h"
+#include "vastra/ui/number_text.h"
 
 namespace vastra {
 namespace {
