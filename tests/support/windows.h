@@ -54,12 +54,14 @@ class CTestChooser : public CChooser {
     return !path.IsEmpty();
   }
   int ChooseFolder(CString& chosen) override {
-    chosen = path;
+    folder = chosen;
+    if (!path.IsEmpty()) chosen = path;
     return !path.IsEmpty();
   }
   int ChooseColour(COLORREF& chosen) override { return accepts ? (chosen = colour, 1) : 0; }
 
   CFileQuestion file;  // the last question
+  CString folder;      // where the last one began
   CString path;
   bool accepts = true;
   COLORREF colour = 0;

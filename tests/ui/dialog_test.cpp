@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QComboBox>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 
@@ -181,6 +182,114 @@ TEST(Dialog, TellsWhenAControlTakesTheFocus) {
   const int before = dialog.focused;
   dialog.Edit("Text").SetFocus();
   EXPECT_EQ(dialog.focused, before + 1);
+}
+
+constexpr CControl kChoices[] = {{CControl::firstRadioButton, "Red", {7, 7, 60, 12}},
+                                 {CControl::radioButton, "Green", {7, 20, 60, 12}},
+                                 {CControl::firstRadioButton, "Small", {77, 7, 60, 12}},
+                                 {CControl::radioButton, "Large", {77, 20, 60, 12}},
+                                 {CControl::comboBox, "Kind", {7, 40, 100, 14}},
+                                 {CControl::comboEdit, "Basis", {7, 60, 100, 14}},
+                                 {CControl::numberEdit, "Period", {7, 80, 60, 14}},
+                                 {CControl::listBox, "Nodes", {140, 7, 60, 60}},
+                                 {CControl::button, "Read", {140, 80, 50, 14}}};
+constexpr CDialogTemplate kChoicesTemplate = {"Choices", {210, 100}, kChoices};
+
+class CChoicesDlg : public CDialog {
+ public:
+  CChoicesDlg() : CDialog(kChoicesTemplate) {}
+  void OnInitDialog() override {
+    for (const char* text : {"one", "Two", "two"}) {
+      Combo("Kind").AddString(text);
+      Combo("Basis").AddString(text);
+    }
+    On(
+        "Basis", [this] { ++selected; }, ENotify::selected);
+    On("Read", [this] { isRead = ReadNumber("Period", 10, 65000, number); });
+  }
+
+  int selected = 0, isRead = -1;
+  UINT number = 7;
+};
+
+TEST(Dialog, RadioButtonsKeepToTheirGroup) {
+  CChoicesDlg dialog;
+  dialog.Create();
+  const auto checked = [&] {
+    std::string names;
+    for (const char* name : {"Red", "Green", "Small", "Large"})
+      if (dialog.Button(name).GetCheck()) names += name[0];
+    return names;
+  };
+  EXPECT_EQ(checked(), "");
+  for (const char* name : {"Red", "Large", "Green"}) Click(dialog.Widget(), name);
+  EXPECT_EQ(checked(), "GL");
+  dialog.Button("Small").SetCheck(1);
+  EXPECT_EQ(checked(), "GS");
+}
+
+TEST(Dialog, ComboBoxGivesAnEntryOrWhatWasTyped) {
+  CChoicesDlg dialog;
+  dialog.Create();
+  dialog.ShowWindow(SW_SHOW);
+  CComboBox& basis = dialog.Combo("Basis");
+  auto* edit = Find<QComboBox>(dialog.Widget(), "Basis");
+  EXPECT_EQ(dialog.Combo("Kind").GetCurSel(), 0);
+  basis.SetCurSel(2);
+  EXPECT_EQ(dialog.selected, 0) << "nobody has chosen it";
+  EXPECT_EQ(basis.Find("two"), 2);
+  EXPECT_EQ(basis.GetWindowText(), "two");
+  edit->lineEdit()->selectAll();
+  QTest::keyClicks(edit->lineEdit(), "TWO");
+  EXPECT_EQ(basis.GetWindowText(), "TWO") << "an entry of another case takes its place";
+  EXPECT_EQ(basis.GetCurSel(), -1);
+  QTest::keyClick(edit->lineEdit(), Qt::Key_Return);
+  EXPECT_EQ(basis.GetCount(), 3) << "what is typed becomes an entry";
+  dialog.selected = 0;
+  QTest::keyClick(edit, Qt::Key_Up);
+  EXPECT_EQ(dialog.selected, 1);
+  basis.SetWindowText("Ofen \xE4");
+  EXPECT_EQ(basis.GetWindowText(), "Ofen \xC3\xA4");
+}
+
+TEST(Dialog, NumberIsWithinItsBoundsOrTheUserIsTold) {
+  const CTestPrompter prompter;
+  CChoicesDlg dialog;
+  dialog.Create();
+  dialog.ShowWindow(SW_SHOW);
+  auto* edit = Find<QLineEdit>(dialog.Widget(), "Period");
+  QTest::keyClicks(edit, "-1e0x7");
+  EXPECT_EQ(edit->text(), "107") << "only digits can be typed";
+  const struct {
+    const char* text;
+    UINT number;  // 0: refused
+  } cases[] = {{"10", 10}, {" 65000 ", 65000}, {"9", 0}, {"65001", 0},
+               {"", 0},    {"12a", 0},         {"-", 0}, {"99999999999999999999", 0}};
+  for (const auto& [text, number] : cases) {
+    dialog.number = 7;
+    dialog.Edit("Period").SetWindowText(text);
+    Click(dialog.Widget(), "Read");
+    EXPECT_EQ(dialog.isRead, number != 0) << text;
+    EXPECT_EQ(dialog.number, number ? number : 7) << text;
+  }
+  EXPECT_EQ(prompter.asked, std::vector<std::string>(6, "|Please enter a whole number from 10 to 65000.|30"));
+  EXPECT_EQ(edit->selectedText(), "99999999999999999999");
+}
+
+TEST(Dialog, ListIsSearchedRoundItsEnd) {
+  CChoicesDlg dialog;
+  dialog.Create();
+  CListBox& list = dialog.List("Nodes");
+  EXPECT_EQ(list.FindStringExact(-1, ""), -1);
+  for (const char* text : {"Kiln", "Ofen \xC3\xA4", "KILN", "Kiln 2"}) list.AddString(text);
+  const struct {
+    int after;
+    const char* text;
+    int found;
+  } cases[] = {{-1, "kiln", 0},         {0, "kiln", 2}, {2, "kiln", 0}, {-1, "OFEN \xC3\x84", 1},
+               {1, "Ofen \xC3\xA4", 1}, {3, "Kiln", 0}, {-1, "Kil", -1}};
+  for (const auto& [after, text, found] : cases)
+    EXPECT_EQ(list.FindStringExact(after, text), found) << after << " " << text;
 }
 
 }  // namespace

@@ -10,16 +10,21 @@ namespace vastra {
 void SECBrowseDirEdit::SubclassDlgItem(const CDialog& dialog, const char* caption) {
   QWidget* edit = dialog.Edit(caption).Widget();
   Attach(edit);
-  auto* button = new QPushButton("...", edit->parentWidget());
-  button->setAutoDefault(false);
-  button->setToolTip("Choose the folder");
-  QRect place = edit->geometry();
-  place.setLeft(place.right() + 1 -
-                std::max(place.height(), button->fontMetrics().horizontalAdvance("....")));
-  button->setGeometry(place);
-  edit->setGeometry(edit->geometry().adjusted(0, 0, -place.width(), 0));
-  QWidget::setTabOrder(edit, button);
-  QObject::connect(button, &QPushButton::clicked, edit, [this] { OnBrowse(); });
+  m_button = new QPushButton("...", edit);
+  m_button->setAutoDefault(false);
+  m_button->setCursor(Qt::ArrowCursor);
+  m_button->setToolTip("Choose the folder");
+  m_button->setAccessibleName("Browse");
+  QWidget::setTabOrder(edit, m_button);
+  QObject::connect(m_button, &QPushButton::clicked, edit, [this] { OnBrowse(); });
+  OnSize(edit->width(), edit->height());
+}
+
+void SECBrowseDirEdit::OnSize(int cx, int cy) {
+  if (!m_button) return;
+  const int width = std::max(cy, m_button->fontMetrics().horizontalAdvance("....."));
+  m_button->setGeometry(cx - width, 0, width, cy);
+  static_cast<QLineEdit*>(Widget())->setTextMargins(0, 0, width, 0);
 }
 
 void SECBrowseDirEdit::OnBrowse() {

@@ -3,16 +3,23 @@
 
 #include "vastra/ui/dialog.h"
 
+class QPushButton;
+
 namespace vastra {
 
 class VASTRA_API SECBrowseDirEdit : public CEdit {
  public:
-  // Takes the place that dialog's template has for an edit under caption; its right end becomes the button,
-  // which is called "..." and comes behind the edit in the order of the tab key.
+  // Becomes the edit that dialog's template has under caption. The button, which is called "...", lies at its
+  // right end and comes behind it in the order of the tab key.
   void SubclassDlgItem(const CDialog& dialog, const char* caption);
+
+ protected:
+  void OnSize(int cx, int cy) override;
 
  private:
   void OnBrowse();
+
+  QPushButton* m_button = nullptr;  // goes with the edit
 };
 
 }  // namespace vastra

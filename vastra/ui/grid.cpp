@@ -56,13 +56,13 @@ QTableView* ViewOf(const CWnd& grid) { return static_cast<QTableView*>(grid.Widg
 // What the toolkit's view asks. Its horizontal header is row 0, its first column is column 0.
 class CGXGridWnd::CModel : public QAbstractTableModel {
  public:
-  CModel(CGXGridWnd& grid, QObject* parent) : QAbstractTableModel(parent), m_grid(grid) {}
+  CModel(CGXGridWnd& grid, QObject* parent) : QAbstractTableModel(parent), m_grid(&grid) {}
 
   int rowCount(const QModelIndex& parent) const override {
-    return parent.isValid() ? 0 : static_cast<int>(m_grid.GetRowCount());
+    return parent.isValid() ? 0 : Count(&CGXGridWnd::GetRowCount);
   }
   int columnCount(const QModelIndex& parent) const override {
-    return parent.isValid() ? 0 : static_cast<int>(m_grid.GetColCount()) + 1;
+    return parent.isValid() ? 0 : Count(&CGXGridWnd::GetColCount) + 1;
   }
   QVariant data(const QModelIndex& index, int role) const override {
     if (role != Qt::DisplayRole && role != Qt::EditRole && role != Qt::CheckStateRole) return {};
@@ -80,12 +80,13 @@ class CGXGridWnd::CModel : public QAbstractTableModel {
     const auto row = static_cast<UINT>(index.row()) + 1;
     const auto col = static_cast<UINT>(index.column());
     bool isTaken = true;
+    if (!m_grid) return false;
     if (role == Qt::CheckStateRole) {
-      m_grid.m_current = value.toInt() == Qt::Checked ? "1" : "0";
-      m_grid.OnClickedButtonRowCol(row, col);
+      m_grid->m_current = value.toInt() == Qt::Checked ? "1" : "0";
+      m_grid->OnClickedButtonRowCol(row, col);
     } else {
-      m_grid.m_current = FromScreen(value.toString());
-      isTaken = m_grid.OnValidateCell(row, col);
+      m_grid->m_current = FromScreen(value.toString());
+      isTaken = m_grid->OnValidateCell(row, col);
     }
     emit dataChanged(index, index);
     return isTaken;
@@ -99,19 +100,30 @@ class CGXGridWnd::CModel : public QAbstractTableModel {
     endResetModel();
   }
 
+  CGXGridWnd* m_grid;  // null: it has gone, before the view
   bool m_readOnly = true;
 
  private:
+  int Count(UINT (CGXGridWnd::*what)() const) const {
+    return m_grid ? static_cast<int>((m_grid->*what)()) : 0;
+  }
   CGXStyle StyleOf(int row, int col) const {
     CGXStyle style;
-    m_grid.GetStyleRowCol(static_cast<UINT>(row), static_cast<UINT>(col), style);
+    if (m_grid) m_grid->GetStyleRowCol(static_cast<UINT>(row), static_cast<UINT>(col), style);
     return style;
   }
-
-  CGXGridWnd& m_grid;
 };
 
+CGXGridWnd::~CGXGridWnd() { Leave(); }
+
+// The view goes at the next round of the event loop, and asks for nothing until then.
+void CGXGridWnd::Leave() {
+  if (QTableView* view = ViewOf(*this)) static_cast<CModel*>(view->model())->m_grid = nullptr;
+  Abandon();
+}
+
 void CGXGridWnd::SubclassDlgItem(const CDialog& dialog, const char* caption) {
+  Leave();
   auto* view = static_cast<QTableView*>(dialog.Place(caption).Widget());
   Attach(view, view->viewport());
   view->setModel(new CModel(*this, view));

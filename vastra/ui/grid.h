@@ -18,7 +18,9 @@ struct CGXStyle {
 
 class VASTRA_API CGXGridWnd : public CWnd {
  public:
-  // Takes the place that dialog's template has for it under caption. The grid outlives the dialog's window.
+  ~CGXGridWnd() override;
+  // Takes the place that dialog's template has for it
+  // under caption.
   void SubclassDlgItem(const CDialog& dialog, const char* caption);
 
   // Rows and columns without the headers, which are row 0 and column 0.
@@ -45,6 +47,7 @@ class VASTRA_API CGXGridWnd : public CWnd {
 
  private:
   class CModel;
+  void Leave();
 
   CString m_current;
 };

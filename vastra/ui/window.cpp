@@ -237,6 +237,7 @@ int CWnd::CreateTopLevel(const CString& title, const CRect& place, CWnd* parent,
 }
 
 void CWnd::Attach(QWidget* widget, QWidget* client) {
+  Abandon();
   m_events = new CEvents(*this, widget, client ? client : widget);
 }
 

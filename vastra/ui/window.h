@@ -83,8 +83,9 @@ class VASTRA_API CWnd : public CObject, public CMessageTarget {
   void Post(UINT message, WPARAM wparam, LPARAM lparam) override;
 
  protected:
-  // Takes widget for its window. The window dies with the object or by DestroyWindow, and the object learns
-  // when the toolkit takes it away. client: where it paints; null: widget.
+  // Takes widget for its window, in place of a former one. The window dies with the object or by
+  // DestroyWindow, and the object learns when the toolkit takes it away. client: where it paints; null:
+  // widget.
   void Attach(QWidget* widget, QWidget* client = nullptr);
   // What every destructor of a class with handlers begins with: the window goes, and nothing is told of it.
   void Abandon();
