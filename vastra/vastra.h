@@ -70,6 +70,7 @@
 #include "vastra/plc/driver_call.h"
 #include "vastra/plc/driver_config.h"
 #include "vastra/plc/driver_factory.h"
+#include "vastra/plc/driver_host.h"
 #include "vastra/plc/plc_link.h"
 #include "vastra/stages/chain.h"
 #include "vastra/stages/log_facade.h"

@@ -8,9 +8,6 @@
 namespace simulator {
 namespace {
 
-constexpr int kDefaultPeriod = 10000;    // milliseconds
-constexpr int kDefaultAmplitude = 1000;  // thousandths
-
 // The numbers that make no sense below 0.
 constexpr struct {
   int DriverRecord::*value;

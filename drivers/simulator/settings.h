@@ -11,6 +11,10 @@
 
 namespace simulator {
 
+constexpr int kDriverId = 9001;
+constexpr int kDefaultPeriod = 10000;    // milliseconds
+constexpr int kDefaultAmplitude = 1000;  // thousandths
+
 struct CSettings {
   std::vector<const CWaveform*> waveforms;  // value i has the waveform at i modulo their number; not empty
   std::chrono::nanoseconds period;

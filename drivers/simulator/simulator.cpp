@@ -9,11 +9,10 @@
 #include <utility>
 
 #include "connection.h"
+#include "dialog.h"
 
 namespace simulator {
 namespace {
-
-constexpr int kDriverId = 9001;
 
 std::mutex g_lock;  // of the two below
 std::map<int, std::unique_ptr<CConnection>> g_connections;
@@ -73,9 +72,9 @@ const char* GetError(int handle) {
 }
 
 constexpr DriverFunctions kFunctions = {
-    .ShowConfig = nullptr,  // no dialog, so nothing to hand to it or to take from it
-    .GetConfig = nullptr,
-    .SetConfig = nullptr,
+    .ShowConfig = ShowConfig,
+    .GetConfig = GetConfig,
+    .SetConfig = SetConfig,
     .Open = Open,
     .Read = Read,
     .Write = Write,
@@ -91,3 +90,5 @@ constexpr DriverFunctions kFunctions = {
 DriverHeader GetDriverHeader() { return {simulator::kDriverId, "Simulator", &simulator::kFunctions}; }
 
 int GetDriverApiVersion() { return DRIVER_API_VERSION; }
+
+void SetDriverHost(const DriverHost* host) { simulator::SetHost(host); }

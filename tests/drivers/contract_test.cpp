@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <thread>
 
+#include "tests/drivers/scripted_host.h"
 #include "tests/support/recorder.h"
 #include "vastra/platform/file_system.h"
 #include "vastra/platform/module.h"
@@ -152,6 +153,21 @@ TEST_P(CDriver, AnswersToItsDialogFunctions) {
   const int shown = link->ShowConfig(1);
   EXPECT_TRUE(shown == IDOK || shown == IDCANCEL);
   EXPECT_EQ("", link->GetConfig().text1.Std());
+  EXPECT_EQ("", m_recorder.Take());
+}
+
+TEST_P(CDriver, TakesTheAnswersOfAHostThatHasForms) {
+  CScriptedHost host;
+  const std::unique_ptr<CPlcLink> link = NewLink();
+  for (const bool accepts : {false, true}) {
+    host.accepts = accepts;
+    host.shown = "";
+    const int result = link->ShowConfig(1);
+    if (host.shown.empty()) continue;  // the driver asked for no form
+    EXPECT_EQ(accepts ? IDOK : IDCANCEL, result);
+    const int type = link->GetConfig().plcType;
+    EXPECT_TRUE(type == Case().id || !accepts) << type;
+  }
   EXPECT_EQ("", m_recorder.Take());
 }
 

@@ -4,6 +4,8 @@
 #include <thread>
 
 #include "tests/drivers/driver_node.h"
+#include "tests/drivers/scripted_host.h"
+#include "vastra/platform/prompt.h"
 
 namespace vastra {
 namespace {
@@ -168,6 +170,113 @@ TEST_F(Simulator, NeverShowsAHalfWrittenScanToAnotherThread) {
     const CValues values = reader.Read();
     ASSERT_EQ(CValues(500, values.at(0)), values);
   }
+}
+
+class SimulatorForm : public testing::Test {
+ protected:
+  DriverConfig Given() const { return {1, 2, 3, 4, 5, 6, 7, 8, 9, " ramp,sine", "two", 10, 11, 12, 13, 109}; }
+  std::unique_ptr<CPlcLink> NewLink() const {
+    return std::unique_ptr<CPlcLink>(
+        CDriverFactory::Instance()->NewDriver(CDriverFactory::Instance()->GetDriverIndex(kSimulator)));
+  }
+  CRecorder m_recorder;
+  CScriptedHost m_host;
+};
+
+TEST_F(SimulatorForm, BeginsANewNodeWithTheDefaults) {
+  const std::unique_ptr<CPlcLink> link = NewLink();
+  link->SetConfig(Given());  // of another node
+  EXPECT_EQ(IDOK, link->ShowConfig(1));
+  EXPECT_EQ(
+      "Waveforms=sine|Period (ms)=10000|Amplitude (1/1000)=1000|Seed of the noise=0|Station=0|First "
+      "register=0|"
+      "Each n-th call fails=0|It fails with=Unknown error|",
+      m_host.shown);
+  DriverConfig defaults;
+  defaults.plcType = kSimulator;
+  defaults.text1 = "sine";
+  defaults.value1 = 10000;
+  defaults.value2 = 1000;
+  EXPECT_TRUE(defaults == link->GetConfig());
+}
+
+TEST_F(SimulatorForm, ChangesWhatTheUserEnteredAndNothingElse) {
+  const struct {
+    const char *field, *value;
+    void (*changes)(DriverConfig&);
+  } kCases[] = {
+      {"", "", [](DriverConfig&) {}},
+      {"Waveforms", "noise", [](DriverConfig& config) { config.text1 = "noise"; }},
+      {"Period (ms)", "0", [](DriverConfig& config) { config.value1 = 0; }},
+      {"Amplitude (1/1000)", "77", [](DriverConfig& config) { config.value2 = 77; }},
+      {"Seed of the noise", "77", [](DriverConfig& config) { config.value3 = 77; }},
+      {"Station", "77", [](DriverConfig& config) { config.station = 77; }},
+      {"First register", "1048569", [](DriverConfig& config) { config.registerAddress = 1048569; }},
+      {"Each n-th call fails", "77", [](DriverConfig& config) { config.value4 = 77; }},
+      {"It fails with", "Reply error", [](DriverConfig& config) { config.value5 = statusReplyError; }},
+  };
+  for (const auto& c : kCases) {
+    DriverConfig wanted = Given();
+    wanted.plcType = kSimulator;
+    c.changes(wanted);
+    m_host.enters = {{c.field, c.value}};
+    const std::unique_ptr<CPlcLink> link = NewLink();
+    link->SetConfig(Given());
+    EXPECT_EQ(IDOK, link->ShowConfig(0));
+    EXPECT_TRUE(wanted == link->GetConfig()) << c.field;
+  }
+  EXPECT_EQ(
+      "Waveforms= ramp,sine|Period (ms)=10|Amplitude (1/1000)=11|Seed of the noise=12|Station=3|First "
+      "register=4|"
+      "Each n-th call fails=13|It fails with=Time-out|",
+      m_host.shown);
+}
+
+TEST_F(SimulatorForm, KeepsASettingThatItsFieldsWouldNotGive) {
+  DriverConfig config = Given();
+  config.plcType = kSimulator;
+  config.text1 = std::string(3000, ' ').c_str();
+  config.value5 = -60;
+  const std::unique_ptr<CPlcLink> link = NewLink();
+  link->SetConfig(config);
+  EXPECT_EQ(IDOK, link->ShowConfig(0));
+  EXPECT_TRUE(config == link->GetConfig());
+  EXPECT_NE(std::string::npos, m_host.shown.find("It fails with=Status -60|")) << m_host.shown;
+}
+
+TEST_F(SimulatorForm, LeavesTheSettingsWhenItIsCancelledRefusedOrNotShown) {
+  const struct {
+    const char *field, *value, *refusal;
+    bool accepts;
+  } kCases[] = {
+      {"Period (ms)", "77", "", false},
+      {"Waveforms", "sine, cosine", "text1 has an unknown waveform: \"cosine\"", true},
+      {"Waveforms", "ramp,", "text1 has an unknown waveform: \"\"", true},
+      {"First register", "1048570", "registerAddress is too high: the registers of a station end at 1048575",
+       true},
+  };
+  DriverConfig wanted = Given();
+  wanted.plcType = kSimulator;
+  const std::unique_ptr<CPlcLink> link = NewLink();
+  link->SetConfig(Given());
+  for (const auto& c : kCases) {
+    m_host.enters = {{c.field, c.value}};
+    m_host.accepts = c.accepts;
+    EXPECT_EQ(IDCANCEL, link->ShowConfig(0)) << c.value;
+    EXPECT_EQ(c.refusal, m_host.refusal);
+    EXPECT_TRUE(wanted == link->GetConfig()) << c.value;
+  }
+  m_host.accepts = false;
+  EXPECT_EQ(IDCANCEL, link->ShowConfig(1));
+  EXPECT_TRUE(wanted == link->GetConfig());
+  m_host.accepts = true;
+  const DriverHost* former = InstallDriverHost(nullptr);
+  const std::unique_ptr<CPlcLink> headless = NewLink();
+  InstallDriverHost(former);
+  m_host.shown = "";
+  EXPECT_EQ(IDCANCEL, headless->ShowConfig(0));
+  EXPECT_EQ("", m_host.shown);
+  EXPECT_TRUE(wanted == headless->GetConfig());
 }
 
 TEST(SimulatorTable, KnowsNoHandleThatIsNotOpen) {

@@ -31,3 +31,5 @@ constexpr DriverFunctions kFunctions = {
 DriverHeader GetDriverHeader() { return {9112 + THROWS_IN_OPEN * 100, "Throwing", &kFunctions}; }
 
 int GetDriverApiVersion() { return DRIVER_API_VERSION; }
+
+void SetDriverHost(const DriverHost*) { Throw(); }

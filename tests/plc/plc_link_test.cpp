@@ -8,6 +8,7 @@
 #include "vastra/core/name_config.h"
 #include "vastra/platform/prompt.h"
 #include "vastra/plc/driver_factory.h"
+#include "vastra/plc/driver_host.h"
 
 namespace vastra {
 namespace {
@@ -274,6 +275,22 @@ TEST_F(PlcLink, CarriesAllSettingsToTheDriversDialogAndBack) {
   m_script->showResult = 0;
   EXPECT_EQ(IDCANCEL, m_link->ShowConfig(1));
   EXPECT_EQ("", m_recorder.Take());
+}
+
+TEST_F(PlcLink, GivesTheModuleTheHostThatIsInstalledWhenItIsMade) {
+  const CDriverFactory& factory = *CDriverFactory::Instance();
+  const auto renew = [&] { m_link.reset(factory.NewDriver(factory.GetDriverIndex(SCRIPTED_ID))); };
+  const DriverHost host = {DRIVER_HOST_VERSION, nullptr};
+  EXPECT_EQ(1, m_script->hosts) << "also a host that offers nothing is given";
+  EXPECT_EQ(nullptr, m_script->host);
+  EXPECT_EQ(nullptr, InstallDriverHost(&host));
+  EXPECT_EQ(nullptr, m_script->host);
+  renew();
+  EXPECT_EQ(&host, m_script->host);
+  EXPECT_EQ(&host, InstallDriverHost(nullptr));
+  renew();
+  EXPECT_EQ(nullptr, m_script->host);
+  EXPECT_EQ(3, m_script->hosts);
 }
 
 TEST_F(PlcLink, AnswersForADriverWithoutADialog) {

@@ -53,7 +53,9 @@ Script* FreshScript(void) {
       "driver's words",
       {1, 2, 3, 4},
       {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0},
-      ""};
+      "",
+      0,
+      NULL};
   script = fresh;
   return &script;
 }
@@ -65,3 +67,5 @@ DriverHeader GetDriverHeader(void) {
 }
 
 int GetDriverApiVersion(void) { return script.version; }
+
+void SetDriverHost(const DriverHost* host) { ++script.hosts, script.host = host; }

@@ -20,6 +20,8 @@ typedef struct Script {
   float values[4];     /* what Read gives and Write leaves */
   DriverRecord record; /* what SetConfig gave and GetConfig gives */
   char calls[512];     /* "Open 0 3 a b, Read 3 5, ..." */
+  int hosts;           /* how often a host was given, and the last one */
+  const DriverHost* host;
 } Script;
 
 /* The script of the module, as it is at first. */

@@ -66,8 +66,8 @@ enum { driverModeRead = 0, driverModeWrite = 1, driverModeOther = 100 };
 
 /* A null slot is a function that the driver does not offer. */
 typedef struct DriverFunctions {
-  /*  0  Shows the driver's own modal dialog. isNew 1: start from defaults; 0: from what SetConfig gave. 1 if
-   *     the user accepted it. Null: no dialog. */
+  /*  0  Shows the driver's own modal dialog, for which DriverHost has a form. isNew 1: start from defaults;
+   * 0: from what SetConfig gave. 1 if the user accepted it. Null: no dialog. */
   int (*ShowConfig)(int isNew);
   /*  1  The settings with which the dialog ended. */
   DriverRecord (*GetConfig)(void);
@@ -99,12 +99,63 @@ typedef struct DriverHeader {
   const DriverFunctions* functions; /* null: offers nothing */
 } DriverHeader;
 
+/* What a field of a form is for. */
+enum {
+  driverFieldNumber = 0, /* a whole number from low to high */
+  driverFieldText = 1,   /* a text of one line */
+  driverFieldChoice = 2  /* one of choices */
+};
+
+/* One setting in a form. A host leaves a field out that it cannot show (a kind it does not know, no choices,
+ * a low above high, no room for a text): its value stays. */
+typedef struct DriverField {
+  const char* name; /* a word or two, as the user is to see them */
+  const char* help; /* a sentence or two; null: none */
+  int kind;         /* driverField... */
+  int low;          /* driverFieldNumber: the bounds, both allowed */
+  int high;
+  const char* const* choices; /* driverFieldChoice: what the user chooses from */
+  int choiceCount;            /* 1 to 1000 */
+  int number;                 /* in and out: the number, or the index of the choice */
+  char* text;                 /* in and out: driverFieldText, in a buffer of the module's */
+  unsigned int textSize;      /* bytes of the buffer, the final 0 among them */
+} DriverField;
+
+/* What the user is asked. All of it stays the module's and as it is until ShowForm returns. */
+typedef struct DriverForm {
+  const char* title;
+  DriverField* fields; /* from top to bottom */
+  int fieldCount;      /* 0 to 40 */
+  /* Optional: asked on OK, once each field is fine by itself. Gives null, or a sentence that the user is
+   * shown while the form stays open; the sentence is valid until the next call of check. fields is a copy
+   * with what the user has entered, in the order of the form and only to be read: the form's own fields are
+   * untouched until the user's values are accepted. */
+  const char* (*check)(const DriverField* fields, int fieldCount, void* user);
+  void* user; /* for check */
+} DriverForm;
+
+#define DRIVER_HOST_VERSION 1 /* of the table below in this file */
+
+/* What a host with windows does for a module. Only from ShowConfig, on its thread. */
+typedef struct DriverHost {
+  int version; /* of the table: one more for each function that is added at the end */
+  /* Since version 1. Shows form, modal. 1: accepted, and the fields have the user's values, each within its
+   * bounds; 0: cancelled, or not to be shown, and the fields are as they were. */
+  int (*ShowForm)(const DriverForm* form);
+} DriverHost;
+
 /* The export that makes a module a driver. It works directly after loading and any number of times. */
 DRIVER_EXPORT DriverHeader GetDriverHeader(void);
 
 /* Optional: the DRIVER_API_VERSION that the module was written for. A module without it is of version 1, and
  * only the slots of version 1 are looked at. */
 DRIVER_EXPORT int GetDriverApiVersion(void);
+
+/* Optional, in a module of any version: takes the services of the host. Null: it offers none, as a host
+ * without windows. Called once for each node that loads the module, before any function of the table, and so
+ * also while other nodes are open and served by other threads. host is valid until the next call or until the
+ * module goes. */
+DRIVER_EXPORT void SetDriverHost(const DriverHost* host);
 
 #ifdef __cplusplus
 }

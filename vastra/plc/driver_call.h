@@ -30,4 +30,10 @@ inline int AskVersion(HMODULE module) {
   return ask ? AskDriver(1, ask) : 1;
 }
 
+// Gives module the services of host, null for none, if it wants to know of them.
+inline void GiveHost(HMODULE module, const DriverHost* host) {
+  const auto give = reinterpret_cast<decltype(&SetDriverHost)>(FindExport(module, "SetDriverHost"));
+  if (give) AskDriver(0, [&] { return give(host), 0; });
+}
+
 }  // namespace vastra

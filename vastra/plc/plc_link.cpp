@@ -5,6 +5,7 @@
 
 #include "vastra/platform/prompt.h"
 #include "vastra/plc/driver_call.h"
+#include "vastra/plc/driver_host.h"
 
 namespace vastra {
 
@@ -71,6 +72,7 @@ int DriverMode(UINT mode) {
 
 CPlcLink::CPlcLink(HMODULE module) : CLink(kTypeName), m_module(module), m_version(AskVersion(module)) {
   AskHeader(module, m_header);
+  GiveHost(module, InstalledDriverHost());
   m_functions = m_header.functions ? m_header.functions : &kOffersNothing;
 }
 

@@ -49,8 +49,8 @@ class VASTRA_API CPlcLink : public CLink {
 
  protected:
   friend class CDriverFactory;
-  // Takes over module, which the destructor unloads. A module that is no driver gives a link that offers
-  // nothing.
+  // Takes over module, which the destructor unloads, and gives it the installed host. A module that is no
+  // driver gives a link that offers nothing.
   explicit CPlcLink(HMODULE module);
 
   struct CFree {
