@@ -6,6 +6,8 @@
 #include "vastra/console/console_rules.h"
 #include "vastra/console/console_wnd.h"
 #include "vastra/screens/conf_var_list_dlg.h"
+#include "vastra/screens/driver_form_dlg.h"
+#include "vastra/screens/driver_form_rules.h"
 #include "vastra/screens/equation_check_rules.h"
 #include "vastra/screens/equations_dlg.h"
 #include "vastra/screens/grid_wnd.h"

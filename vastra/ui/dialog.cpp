@@ -26,6 +26,8 @@
 namespace vastra {
 namespace {
 
+constexpr int kLineOfText = 12;  // dialog units: a text that is higher has several
+
 // Pixels of a dialog unit of font, times 4 and 8.
 QSize UnitsOf(const QFont& font) {
   const QFontMetrics metrics(font);
@@ -100,6 +102,10 @@ std::unique_ptr<CWnd> NewControl(const CControl& model, QWidget& parent) {
     case CControl::text: {
       auto* label = new QLabel(ToScreen(model.caption), &parent);
       label->setTextFormat(Qt::PlainText);
+      if (model.place.cy > kLineOfText) {
+        label->setWordWrap(true);
+        label->setAlignment(Qt::AlignTop | Qt::AlignLeft);
+      }
       return std::make_unique<CStatic>(label);
     }
     case CControl::button:

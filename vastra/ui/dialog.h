@@ -52,8 +52,9 @@ struct CControl {
   };
 
   EKind kind;
-  // What a button, a box, a group or a text shows. Of the others, which show none, their name for finding
-  // them and for screen readers: that of the text or the group they stand in.
+  // What a button, a box, a group or a text shows; a text breaks its lines if there is room for two. Of the
+  // others, which show none, their name for finding them and for screen readers: that of the text or the
+  // group they stand in.
   const char* caption;
   struct {
     int x, y, cx, cy;
