@@ -1,6 +1,8 @@
 // The driver of docs/driver-guide.md, compiled from there.
 #include "tests/drivers/driver_node.h"
+#include "tests/drivers/scripted_host.h"
 #include "tests/support/files.h"
+#include "vastra/platform/prompt.h"
 
 namespace vastra {
 namespace {
@@ -42,6 +44,33 @@ TEST(GuideDriver, RefusesWhatItCannotServe) {
   config.text1 = CString(std::string(300, 'a'));
   EXPECT_EQ("Open Fatal Not named Text file: text1 is no file that can be read.\n",
             CDriverNode(recorder, 9900, config, 1).Fault());
+}
+
+TEST(GuideDriver, AsksForItsPathInAForm) {
+  CRecorder recorder;
+  CScriptedHost host;
+  const CDriverFactory& factory = *CDriverFactory::Instance();
+  int index = 0;
+  while (factory.GetDriverName(index) != "Text file's dialog") ++index;
+  const std::unique_ptr<CPlcLink> link(factory.NewDriver(index));
+  DriverConfig config;
+  config.timeOut = 7;
+  config.text1 = "/old";
+  config.plcType = 9900;
+  link->SetConfig(config);
+  host.enters["Path"] = "new";
+  EXPECT_EQ(IDCANCEL, link->ShowConfig(0));
+  EXPECT_EQ("Path=/old|", host.shown);
+  EXPECT_EQ("Path: it has to begin with a slash.", host.refusal);
+  EXPECT_TRUE(config == link->GetConfig());
+  host.enters["Path"] = "/new";
+  config.text1 = "/new";
+  EXPECT_EQ(IDOK, link->ShowConfig(0));
+  EXPECT_TRUE(config == link->GetConfig());
+  config.timeOut = 0;
+  EXPECT_EQ(IDOK, link->ShowConfig(1));
+  EXPECT_TRUE(config == link->GetConfig());
+  EXPECT_EQ("Path=|", host.shown);
 }
 
 }  // namespace

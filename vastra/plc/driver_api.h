@@ -107,7 +107,7 @@ enum {
 };
 
 /* One setting in a form. A host leaves a field out that it cannot show (a kind it does not know, no choices,
- * a low above high, no room for a text): its value stays. */
+ * a low above high, no room for a text or more of it than a line takes): its value stays. */
 typedef struct DriverField {
   const char* name; /* a word or two, as the user is to see them */
   const char* help; /* a sentence or two; null: none */
