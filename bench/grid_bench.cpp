@@ -31,6 +31,7 @@ class CGiven : public CChooser {
   explicit CGiven(const CString& path) : m_path(path), m_former(SetChooser(this)) {}
   ~CGiven() override { SetChooser(m_former); }
   int ChooseFile(const CFileQuestion&, CString& path) override { return path = m_path, 1; }
+  int ChooseFiles(const CFileQuestion&, CStringArray&) override { return 0; }
   int ChooseFolder(CString&) override { return 0; }
   int ChooseColour(COLORREF&) override { return 0; }
 

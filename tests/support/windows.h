@@ -43,7 +43,7 @@ class CTestPrompter : public CPrompter {
   CPrompter* m_former;
 };
 
-// Gives path and colour; with an empty path every file chooser is cancelled.
+// Gives path and colour, and paths where several are asked for; without a path a chooser is cancelled.
 class CTestChooser : public CChooser {
  public:
   CTestChooser() : m_former(SetChooser(this)) {}
@@ -52,6 +52,11 @@ class CTestChooser : public CChooser {
     file = question;
     chosen = path;
     return !path.IsEmpty();
+  }
+  int ChooseFiles(const CFileQuestion& question, CStringArray& chosen) override {
+    file = question;
+    chosen = paths;
+    return !paths.IsEmpty();
   }
   int ChooseFolder(CString& chosen) override {
     folder = chosen;
@@ -63,6 +68,7 @@ class CTestChooser : public CChooser {
   CFileQuestion file;  // the last question
   CString folder;      // where the last one began
   CString path;
+  CStringArray paths;
   bool accepts = true;
   COLORREF colour = 0;
 

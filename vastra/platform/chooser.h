@@ -2,7 +2,7 @@
 // counts as cancelled.
 #pragma once
 
-#include "vastra/platform/string.h"
+#include "vastra/platform/array.h"
 
 namespace vastra {
 
@@ -20,6 +20,8 @@ class VASTRA_API CChooser {
   virtual ~CChooser() = default;
   // 1 and the full path, or 0 if the user cancelled. Only from the application's thread.
   virtual int ChooseFile(const CFileQuestion& question, CString& path) = 0;
+  // The same for several files, in the order that the chooser gives.
+  virtual int ChooseFiles(const CFileQuestion& question, CStringArray& paths) = 0;
   virtual int ChooseFolder(CString& path) = 0;     // in: where to begin
   virtual int ChooseColour(COLORREF& colour) = 0;  // in: the present one
 };
@@ -30,6 +32,7 @@ VASTRA_API CChooser* SetChooser(CChooser* chooser);
 
 // Ask the installed chooser.
 VASTRA_API int ChooseFile(const CFileQuestion& question, CString& path);
+VASTRA_API int ChooseFiles(const CFileQuestion& question, CStringArray& paths);
 VASTRA_API int ChooseFolder(CString& path);
 VASTRA_API int ChooseColour(COLORREF& colour);
 

@@ -5,19 +5,31 @@
 
 namespace vastra {
 
+CTextFault CheckStatements(const CStringArray& equations, const CStringArray& varNames) {
+  CStringArray known = varNames;
+  for (const CString& equation : equations)
+    if (const CString target = TargetName(equation); FindIn(known, target) < 0) known.Add(target);
+  CParser parser;
+  CLineCodeList scratch;
+  for (int i = 0; i < equations.GetSize(); ++i)
+    if (!parser.Parse(equations[i], &scratch, &known)) return {i + 1, parser.GetLastError()};
+  return {};
+}
+
 CTextFault CheckEquations(const CString& text, const CStringArray& varNames, CStringArray& equations) {
   CStringArray targets;
   CArray<int, int> positions;
   equations.RemoveAll();
   CEquationSeparator().Separate(text, equations, targets, positions);
-  CStringArray known = varNames;
-  for (const CString& target : targets)
-    if (FindIn(known, target) < 0) known.Add(target);
-  CParser parser;
-  CLineCodeList scratch;
-  for (int i = 0; i < equations.GetSize(); ++i)
-    if (!parser.Parse(equations[i], &scratch, &known)) return {i + 1, positions[i] + parser.GetLastError()};
-  return {};
+  CTextFault fault = CheckStatements(equations, varNames);
+  if (fault.statement) fault.offset += positions[fault.statement - 1];
+  return fault;
+}
+
+CString TargetName(const CString& equation) {
+  CString name;
+  FindAssignedName(equation, name);
+  return name;
 }
 
 }  // namespace vastra

@@ -1,4 +1,5 @@
-// The check that the equation editor makes before it gives a text away.
+// The checks that are made before equations are given away: by their editor, and when what they may read has
+// changed.
 #pragma once
 
 #include "vastra/platform/array.h"
@@ -7,11 +8,16 @@ namespace vastra {
 
 struct CTextFault {
   int statement = 0;  // from 1; 0: there is none
-  int offset = 0;     // of the bad token in the text, from 0
+  int offset = 0;     // of the bad token, from 0
 };
 
-// Splits text into statements, in place of what equations holds, and compiles each of them. It may read
-// varNames and what any other statement assigns. Gives the first fault.
+// Compiles statements, which may read varNames and what any of them assigns. Gives the first fault, by its
+// offset in the statement.
+CTextFault CheckStatements(const CStringArray& equations, const CStringArray& varNames);
+// The same for a text, which is split into statements, in place of what equations holds.
 CTextFault CheckEquations(const CString& text, const CStringArray& varNames, CStringArray& equations);
+
+// The name that a statement assigns; empty without a "=".
+CString TargetName(const CString& equation);
 
 }  // namespace vastra

@@ -1,5 +1,6 @@
 #include "vastra/screens/grid_wnd.h"
 
+#include <cstdlib>
 #include <span>
 
 namespace vastra {
@@ -21,6 +22,7 @@ struct CGridWnd::CColumn {
   const char* head;
   int width;
   CString (CGridWnd::*text)(int index) const;
+  CGXStyle::EControl control = CGXStyle::fixed;
 };
 
 struct CGridWnd::CMode {
@@ -31,7 +33,12 @@ struct CGridWnd::CMode {
 const CGridWnd::CMode& CGridWnd::ModeOf(int mode) {
   static constexpr CColumn kScan[] = {{"Variables", 100, &CGridWnd::NameText},
                                       {"Values", 85, &CGridWnd::ValueText}};
-  static constexpr CMode kModes[] = {{"%.2f", {}}, {"%.2f", kScan}};
+  static constexpr CColumn kScaler[] = {{"Variables", 91, &CGridWnd::NameText},
+                                        {"Scales", 79, &CGridWnd::ScaleText, CGXStyle::edit},
+                                        {"Min. Val.", 79, &CGridWnd::MinimumText, CGXStyle::edit},
+                                        {"Max. Val.", 79, &CGridWnd::MaximumText, CGXStyle::edit},
+                                        {"Clamp", 50, &CGridWnd::ClampText, CGXStyle::checkBox}};
+  static constexpr CMode kModes[] = {{"%.2f", {}}, {"%.2f", kScan}, {"%.4f", kScaler}};
   return kModes[mode];
 }
 
@@ -39,6 +46,18 @@ void CGridWnd::InitGrid(const CStringArray* names, const CArray<float, float>* v
   m_pNames = names;
   m_pValues = values;
   Init(scan, kScanRows);
+}
+
+void CGridWnd::InitGridScaler(const CStringArray* names, CArray<float, float>* scales,
+                              CArray<float, float>* minimums, CArray<float, float>* maximums,
+                              CArray<int, int>* clamps) {
+  m_pNames = names;
+  m_pScales = scales;
+  m_pMinimums = minimums;
+  m_pMaximums = maximums;
+  m_pClamps = clamps;
+  Init(scaler, static_cast<UINT>(names->GetSize()));
+  SetReadOnly(false);
 }
 
 void CGridWnd::Init(EMode mode, UINT rows) {
@@ -57,17 +76,38 @@ void CGridWnd::GetStyleRowCol(UINT row, UINT col, CGXStyle& style) const {
   const std::span<const CColumn> columns = ModeOf(m_mode).columns;
   if (col >= columns.size()) return;
   const CColumn& column = columns[col];
-  style.text = row == 0 ? CString(column.head) : (this->*column.text)(static_cast<int>(row) - 1);
+  if (row == 0) {
+    style.text = column.head;
+    return;
+  }
+  style.text = (this->*column.text)(static_cast<int>(row) - 1);
+  if (!style.text.IsEmpty()) style.control = column.control;
 }
 
 CString CGridWnd::NameText(int index) const {
   return Holds(m_pNames, index) ? (*m_pNames)[index] : CString();
 }
 
-CString CGridWnd::ValueText(int index) const {
+CString CGridWnd::NumberText(const CArray<float, float>* numbers, int index) const {
   CString text;
-  if (Holds(m_pValues, index)) text.Format(m_format, static_cast<double>((*m_pValues)[index]));
+  if (Holds(numbers, index)) text.Format(m_format, static_cast<double>((*numbers)[index]));
   return text;
+}
+
+CString CGridWnd::ClampText(int index) const {
+  if (!Holds(m_pClamps, index)) return "";
+  return (*m_pClamps)[index] == 1 ? "1" : "0";
+}
+
+// A text that is no number counts as 0.
+bool CGridWnd::OnValidateCell(UINT row, UINT col) {
+  CArray<float, float>* const numbers[] = {m_pScales, m_pMinimums, m_pMaximums};
+  (*numbers[col - 1])[static_cast<int>(row) - 1] = static_cast<float>(std::atof(GetCurrentText()));
+  return true;
+}
+
+void CGridWnd::OnClickedButtonRowCol(UINT row, UINT /*col*/) {
+  (*m_pClamps)[static_cast<int>(row) - 1] = GetCurrentText() == "1";
 }
 
 }  // namespace vastra

@@ -12,20 +12,33 @@ class CGridWnd : public CGXGridWnd {
   // Behind SubclassDlgItem: a name and its value to each row, 30 rows, the rest of them blank. The arrays
   // stay the caller's and may grow and shrink.
   void InitGrid(const CStringArray* names, const CArray<float, float>* values);
+  // To each name its scale, its limits and whether they apply, 1 or 0: all but the names can be edited, and
+  // goes into the arrays, the caller's as well. Each has an element for each name.
+  void InitGridScaler(const CStringArray* names, CArray<float, float>* scales, CArray<float, float>* minimums,
+                      CArray<float, float>* maximums, CArray<int, int>* clamps);
 
   UINT GetRowCount() const override { return m_rows; }
   UINT GetColCount() const override { return m_cols; }
   void GetStyleRowCol(UINT row, UINT col, CGXStyle& style) const override;
 
+ protected:
+  bool OnValidateCell(UINT row, UINT col) override;
+  void OnClickedButtonRowCol(UINT row, UINT col) override;
+
  private:
-  enum EMode { unset, scan };
+  enum EMode { unset, scan, scaler };
   struct CColumn;
   struct CMode;
   static const CMode& ModeOf(int mode);
 
   void Init(EMode mode, UINT rows);
   CString NameText(int index) const;  // of the row of index, from 0; empty past the end
-  CString ValueText(int index) const;
+  CString ValueText(int index) const { return NumberText(m_pValues, index); }
+  CString ScaleText(int index) const { return NumberText(m_pScales, index); }
+  CString MinimumText(int index) const { return NumberText(m_pMinimums, index); }
+  CString MaximumText(int index) const { return NumberText(m_pMaximums, index); }
+  CString ClampText(int index) const;
+  CString NumberText(const CArray<float, float>* numbers, int index) const;
 
   CString m_format = "%.2f";
   UINT m_rows = 0;
@@ -33,6 +46,10 @@ class CGridWnd : public CGXGridWnd {
   int m_mode = unset;
   const CArray<float, float>* m_pValues = nullptr;
   const CStringArray* m_pNames = nullptr;
+  CArray<float, float>* m_pScales = nullptr;
+  CArray<float, float>* m_pMinimums = nullptr;
+  CArray<float, float>* m_pMaximums = nullptr;
+  CArray<int, int>* m_pClamps = nullptr;
 };
 
 }  // namespace vastra

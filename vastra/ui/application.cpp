@@ -118,15 +118,15 @@ QStringList FiltersOf(const CString& filter) {
 class CDialogs : public CChooser {
  public:
   int ChooseFile(const CFileQuestion& question, CString& path) override {
-    COverActive<QFileDialog> dialog;
-    dialog->setAcceptMode(question.save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
-    dialog->setFileMode(question.mustExist ? QFileDialog::ExistingFile : QFileDialog::AnyFile);
-    dialog->setOption(QFileDialog::DontConfirmOverwrite, !question.asksToOverwrite);
-    dialog->setNameFilters(FiltersOf(question.filter));
-    dialog->setDefaultSuffix(ToScreen(question.defaultExtension));
-    dialog->setDirectory(m_folder);
-    if (!question.name.IsEmpty()) dialog->selectFile(ToScreen(question.name));
-    return Take(dialog, path);
+    CStringArray paths;
+    if (!Ask(question, question.mustExist ? QFileDialog::ExistingFile : QFileDialog::AnyFile, paths))
+      return 0;
+    path = paths[0];
+    return 1;
+  }
+
+  int ChooseFiles(const CFileQuestion& question, CStringArray& paths) override {
+    return Ask(question, QFileDialog::ExistingFiles, paths);
   }
 
   int ChooseFolder(CString& path) override {
@@ -134,7 +134,10 @@ class CDialogs : public CChooser {
     dialog->setFileMode(QFileDialog::Directory);
     dialog->setOption(QFileDialog::ShowDirsOnly);
     dialog->setDirectory(path.IsEmpty() ? m_folder : ToScreen(path));
-    return Take(dialog, path);
+    CStringArray paths;
+    if (!Take(dialog, paths)) return 0;
+    path = paths[0];
+    return 1;
   }
 
   int ChooseColour(COLORREF& colour) override {
@@ -146,10 +149,24 @@ class CDialogs : public CChooser {
   }
 
  private:
-  int Take(COverActive<QFileDialog>& dialog, CString& path) {
+  int Ask(const CFileQuestion& question, QFileDialog::FileMode mode, CStringArray& paths) {
+    COverActive<QFileDialog> dialog;
+    dialog->setAcceptMode(question.save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
+    dialog->setFileMode(mode);
+    dialog->setOption(QFileDialog::DontConfirmOverwrite, !question.asksToOverwrite);
+    dialog->setNameFilters(FiltersOf(question.filter));
+    dialog->setDefaultSuffix(ToScreen(question.defaultExtension));
+    dialog->setDirectory(m_folder);
+    if (!question.name.IsEmpty()) dialog->selectFile(ToScreen(question.name));
+    return Take(dialog, paths);
+  }
+
+  // 1: there is a path at least.
+  int Take(COverActive<QFileDialog>& dialog, CStringArray& paths) {
     if (!dialog.Run() || dialog->selectedFiles().isEmpty()) return 0;
     m_folder = dialog->directory().absolutePath();
-    path = FromScreen(dialog->selectedFiles().constFirst());
+    paths.RemoveAll();
+    for (const QString& path : dialog->selectedFiles()) paths.Add(FromScreen(path));
     return 1;
   }
 

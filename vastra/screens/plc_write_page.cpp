@@ -1,0 +1,77 @@
+#include "vastra/screens/plc_write_page.h"
+
+#include "vastra/screens/driver_type_dlg.h"
+#include "vastra/screens/node_list.h"
+
+namespace vastra {
+namespace {
+
+constexpr const char* kNodes = "Net nodes";
+constexpr const char* kDisable = "Disable Writing";
+constexpr const char* kAdd = "Add ";
+constexpr const char* kEdit = "Edit ";
+constexpr const char* kDelete = "Delete ";
+constexpr CControl kControls[] = {
+    {CControl::groupBox, kNodes, {7, 7, 266, 168}}, {CControl::listBox, kNodes, {14, 19, 170, 148}},
+    {CControl::button, kAdd, {191, 19, 75, 14}},    {CControl::button, kEdit, {191, 36, 75, 14}},
+    {CControl::button, kDelete, {191, 53, 75, 14}}, {CControl::checkBox, kDisable, {14, 181, 160, 10}},
+};
+constexpr CDialogTemplate kTemplate = {"Plc Write", {280, 198}, kControls};
+
+}  // namespace
+
+IMPLEMENT_DYNCREATE(CPlcWritePage, CPropertyPage)
+
+CPlcWritePage::CPlcWritePage() : CPropertyPage(kTemplate) {}
+
+void CPlcWritePage::SetConfiguration(const CPlcMultiConfig& config) {
+  m_disableWriting = config.m_disableWriting;
+  for (const CPlcSingleConfig* single : config.m_nodes) m_nodes.AddTail(new CPlcNodeConfig(single->m_node));
+}
+
+void CPlcWritePage::GetConfiguration(CPlcMultiConfig& config) const {
+  config.m_nodes.RemoveAll();
+  config.m_disableWriting = m_disableWriting;
+  for (const CPlcNodeConfig* node : m_nodes) {
+    auto* single = new CPlcSingleConfig;
+    single->m_node = *node;
+    config.m_nodes.AddTail(single);
+  }
+}
+
+void CPlcWritePage::UpdatePLCList() {
+  if (Widget()) ShowNodes(List(kNodes), m_nodes);
+}
+
+void CPlcWritePage::OnInitDialog() {
+  Button(kDisable).SetCheck(m_disableWriting);
+  UpdatePLCList();
+  On(kDisable, [this] { m_disableWriting = Button(kDisable).GetCheck(); });
+  On(kAdd, [this] { OnAddplcwriteButton(); });
+  On(kEdit, [this] { OnEditplcwriteButton(); });
+  On(kDelete, [this] { OnDelplcwriteButton(); });
+  On(
+      kNodes, [this] { OnDblclkPlcwriteList(); }, ENotify::doubleClicked);
+}
+
+void CPlcWritePage::Prepare(CDriverTypeDlg& dialog) const {
+  dialog.m_mode = CDriverTypeDlg::writeNode;
+  dialog.m_pInputPage = m_pInputPage;
+  dialog.m_pSmartPage = m_pSmartPage;
+}
+
+void CPlcWritePage::OnAddplcwriteButton() {
+  CDriverTypeDlg dialog(this);
+  Prepare(dialog);
+  AddNode(dialog, List(kNodes), m_nodes);
+}
+
+void CPlcWritePage::OnEditplcwriteButton() {
+  CDriverTypeDlg dialog(this);
+  Prepare(dialog);
+  EditNode(dialog, List(kNodes), m_nodes);
+}
+
+void CPlcWritePage::OnDelplcwriteButton() { DeleteNode(List(kNodes), m_nodes); }
+
+}  // namespace vastra
