@@ -20,6 +20,7 @@ class CArray {
     m_items.push_back(item);
     return GetSize() - 1;
   }
+  void RemoveAt(int index) { m_items.erase(m_items.begin() + index); }
   void Append(const CArray& other) { m_items.insert(m_items.end(), other.begin(), other.end()); }
 
   const T& operator[](int index) const { return m_items[static_cast<std::size_t>(index)]; }

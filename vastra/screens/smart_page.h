@@ -20,7 +20,18 @@ class VASTRA_API CSmartPage : public CPropertyPage {
   void SetConfiguration(const CSmartConfig& config);
   void GetConfiguration(CSmartConfig& config) const;  // m_inputNames stays
 
+ protected:
+  void OnInitDialog() override;
+
  private:
+  void OnInputVariables();
+  void OnEquationsSmart();
+  void OnSmartoutvarsButton();
+
+  CStringArray m_outputVars;
+  CStringArray m_equations;
+  CStringArray m_inputVars;
+  CString m_equationText;
   CInputPage* m_pInputPage = nullptr;
 };
 

@@ -31,10 +31,9 @@ CString FromBytes(const QVariant& data) {
   return CString(bytes.data(), static_cast<std::size_t>(bytes.size()));
 }
 
-QListWidgetItem* NewItem(const CString& text) {
-  auto* item = new QListWidgetItem(ToScreen(text));
-  item->setData(kBytes, ToBytes(text));
-  return item;
+void Show(QListWidgetItem& item, const CString& text) {
+  item.setText(ToScreen(text));
+  item.setData(kBytes, ToBytes(text));
 }
 
 // Of a list or a combo box.
@@ -146,9 +145,13 @@ int CListBox::GetCount() const { return ListOf(*this).count(); }
 CString CListBox::GetText(int index) const { return FromBytes(ListOf(*this).item(index)->data(kBytes)); }
 
 int CListBox::AddString(const CString& text) {
-  ListOf(*this).addItem(NewItem(text));
+  auto* item = new QListWidgetItem;
+  Show(*item, text);
+  ListOf(*this).addItem(item);
   return GetCount() - 1;
 }
+
+void CListBox::SetText(int index, const CString& text) { Show(*ListOf(*this).item(index), text); }
 
 void CListBox::DeleteString(int index) { delete ListOf(*this).takeItem(index); }
 

@@ -54,6 +54,7 @@ class VASTRA_API CListBox : public CWnd {
   int GetCount() const;
   CString GetText(int index) const;
   int AddString(const CString& text);  // at the end; its index
+  void SetText(int index, const CString& text);
   void DeleteString(int index);
   void ResetContent();
   int Find(const CString& text) const;  // byte for byte; -1: not there

@@ -1,0 +1,49 @@
+// CItemPage: what the pages of the log outputs and of the summaries have in common. It works on copies, and
+// the entry at a place of its list box is the item at that place.
+#pragma once
+
+#include "vastra/config/output_config.h"
+#include "vastra/config/summary_config.h"
+#include "vastra/ui/property_sheet.h"
+
+namespace vastra {
+
+class CInputPage;
+class COutputNodeDlg;
+class CSmartPage;
+class CSummaryNodeDlg;
+
+template <class TConfig, class TDialog>
+class CItemPage : public CPropertyPage {
+ public:
+  // The pages that tell which variables there are, the host's; null: none.
+  void SetInputPointer(CInputPage* page) { m_pInputPage = page; }
+  void SetSmartPointer(CSmartPage* page) { m_pSmartPage = page; }
+
+ protected:
+  // list: the caption of the list box.
+  CItemPage(const CDialogTemplate& model, const char* list) : CPropertyPage(model), m_list(list) {}
+
+  // With a window or without.
+  void SetItems(const COwnedList<TConfig>& items);
+  void GetItems(COwnedList<TConfig>& items) const;  // in place of what is there
+
+  void OnInitDialog() override { ShowNames(); }
+  void AddItem();
+  void EditItem();    // the marked one, if there is one
+  void DeleteItem();  // the same
+
+ private:
+  void ShowNames();
+  int Run(TDialog& dialog);
+
+  const char* m_list;
+  CArray<TConfig> m_items;
+  CInputPage* m_pInputPage = nullptr;
+  CSmartPage* m_pSmartPage = nullptr;
+};
+
+extern template class VASTRA_API CItemPage<COutputConfig, COutputNodeDlg>;
+extern template class VASTRA_API CItemPage<CSummaryConfig, CSummaryNodeDlg>;
+
+}  // namespace vastra

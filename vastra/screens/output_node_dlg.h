@@ -1,0 +1,23 @@
+// COutputNodeDlg edits one log output.
+#pragma once
+
+#include "vastra/screens/item_dlg.h"
+
+namespace vastra {
+
+class COutputNodeDlg : public CItemDlg<COutputConfig> {
+ public:
+  explicit COutputNodeDlg(CWnd* parent = nullptr);
+
+ protected:
+  void OnInitDialog() override;
+  int TakeFields() override;
+
+ private:
+  void OnVariablesButton() { EditVariables(); }
+  void OnEnableeqButton() { EditEnableEquations(); }
+  void OnSelchangeNameBasis();
+  void OnUsePrefix();
+};
+
+}  // namespace vastra
