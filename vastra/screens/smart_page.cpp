@@ -12,11 +12,11 @@ constexpr const char* kInputVariables = "Smart Input Variables...";
 constexpr const char* kEquations = "Smart Equations...";
 constexpr const char* kOutputVariables = "Smart Output Variables...";
 constexpr CControl kControls[] = {
-    {CControl::groupBox, "Tarvex Input", {7, 7, 266, 62}},
-    {CControl::button, kInputVariables, {80, 22, 120, 14}},
-    {CControl::button, kEquations, {80, 44, 120, 14}},
-    {CControl::groupBox, "Tarvex Output", {7, 78, 266, 40}},
-    {CControl::button, kOutputVariables, {80, 93, 120, 14}},
+    {CControl::groupBox, "Tarvex Input", {7, 7, 266, 66}},
+    {CControl::button, kInputVariables, {80, 27, 120, 14}},
+    {CControl::button, kEquations, {80, 48, 120, 14}},
+    {CControl::groupBox, "Tarvex Output", {7, 82, 266, 45}},
+    {CControl::button, kOutputVariables, {80, 102, 120, 14}},
 };
 constexpr CDialogTemplate kTemplate = {"Tarvex", {280, 200}, kControls};
 
