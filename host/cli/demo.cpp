@@ -1,49 +1,24 @@
 // vastra demo: logs from the simulator, to show what comes out and to leave a configuration to start from.
-#include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-
+#include "host/common/demo.h"
 #include "host/cli/command.h"
-#include "host/cli/demo_configuration.h"
 #include "host/cli/progress.h"
 #include "host/cli/terminal.h"
 #include "host/common/configuration_file.h"
 #include "vastra/platform/file_system.h"
-#include "vastra/platform/save_file.h"
 
 namespace vastra {
 namespace {
 
 constexpr std::int64_t kScans = 120;
 
-EExit MakeFolders(const CFileArgument& out) {
-  for (const char* folder : kDemoFolders) {
-    std::error_code failed;
-    std::filesystem::create_directories(JoinPath(out.path, folder).Std(), failed);
-    if (failed) return Fail(kFailed, out.typed, CString(failed.message()));
-  }
+EExit Prepare(const CFileArgument& out, const CFileArgument& file) {
+  if (const CString fault = MakeDemoFolders(out.path); !fault.IsEmpty())
+    return Fail(kFailed, out.typed, fault);
+  bool isChanged = false;
+  if (const CString fault = SaveDemo(file.path, isChanged); !fault.IsEmpty())
+    return Fail(kFailed, file.typed, fault);
+  if (isChanged) Warn(file.typed, "is there already and has been changed: left as it is");
   return kDone;
-}
-
-std::string ReadBytes(const CString& path) {
-  std::ifstream file(path.Std(), std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
-// What the user has made of the file of an earlier demo stays.
-EExit SaveConfigurationFor(const CFileArgument& file) {
-  if (FileExists(file.path)) {
-    if (ReadBytes(file.path) != kDemoConfiguration)
-      Warn(file.typed, "is there already and has been changed: left as it is");
-    return kDone;
-  }
-  try {
-    SaveFile(file.path, [](CFile& to) { to.Write(kDemoConfiguration, std::strlen(kDemoConfiguration)); });
-    return kDone;
-  } catch (const CFileException& fault) {
-    return Fail(kFailed, file.typed, fault.Text());
-  }
 }
 
 void Explain(const CFileArgument& out, const CSessionResult& result) {
@@ -61,8 +36,8 @@ void Explain(const CFileArgument& out, const CSessionResult& result) {
 }
 
 EExit Demo(const CFileArgument& out, const CSessionOptions& options) {
-  const CFileArgument file = {out.typed + "/demo.json", JoinPath(out.path, "demo.json")};
-  if (MakeFolders(out) != kDone || SaveConfigurationFor(file) != kDone) return kFailed;
+  const CFileArgument file = {out.typed + "/" + kDemoFile, JoinPath(out.path, kDemoFile)};
+  if (Prepare(out, file) != kDone) return kFailed;
   CConfiguration configuration;
   const CString fault = ParseConfiguration(kDemoConfiguration, out.path, configuration);
   if (!fault.IsEmpty()) return Fail(kRefused, "demo", fault);

@@ -1,5 +1,6 @@
 #include "host/common/configuration_json.h"
 
+#include "host/common/configuration_file.h"
 #include "host/common/json_text.h"
 #include "host/common/json_walk.h"
 
@@ -62,6 +63,11 @@ CStringArray DifferentKeys(CConfiguration& a, CConfiguration& b) {
   for (std::size_t i = 0; i < leavesA.size() && i < leavesB.size(); ++i)
     if (*leavesA[i].m_value != *leavesB[i].m_value) paths.Add(leavesA[i].m_path);
   return paths;
+}
+
+// A number that has no JSON form tells nothing there, and a stream lacks some fields.
+bool IsSame(CConfiguration& a, CConfiguration& b) {
+  return ToJson(a) == ToJson(b) && StoreConfiguration(a) == StoreConfiguration(b);
 }
 
 }  // namespace vastra

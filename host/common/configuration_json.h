@@ -18,4 +18,7 @@ CString ConfigurationToJson(CConfiguration& configuration, std::string& text);
 // The paths of the keys that differ between two configurations with lists of the same lengths.
 CStringArray DifferentKeys(CConfiguration& a, CConfiguration& b);
 
+// Whether two configurations hold the same in all that either form on disk holds.
+bool IsSame(CConfiguration& a, CConfiguration& b);
+
 }  // namespace vastra

@@ -8,6 +8,8 @@ namespace vastra {
 
 class CDocument {
  public:
+  // Begins an empty configuration, which has no file yet.
+  void New();
   // Reads either form of a configuration: an empty text, or one line that says what is wrong, with the path
   // in front; the document is then as it was.
   CString Open(const CString& path);
@@ -16,18 +18,26 @@ class CDocument {
 
   // A line for each setting that the file at Path does not hold, since its form has no place for it.
   CStringArray Lost();
+  // A line for each setting that a file at path would not hold, but would in the newest version; then
+  // UseNewestVersion makes it that of the document.
+  CStringArray LostToVersion(const CString& path);
+  void UseNewestVersion() { m_configuration.m_version = kVersionNewest; }
 
-  bool IsOpen() const { return !m_path.IsEmpty(); }
-  const CString& Path() const { return m_path; }
+  bool IsOpen() const { return m_open; }
+  const CString& Path() const { return m_path; }  // empty: it has no file yet
+  CString Title() const { return m_path.IsEmpty() ? "Untitled" : m_path; }
   CConfiguration& Configuration() { return m_configuration; }
   bool IsChanged() const { return m_changed; }
 
   // Takes what the views have changed in the trending stage.
   void TakeTrend(const CTrendConfig& trend);
+  // Takes what the user has made of the configuration: whether that is another one.
+  bool Take(CConfiguration& edited);
 
  private:
   CConfiguration m_configuration;
-  CString m_path;  // full; empty: nothing is open
+  CString m_path;  // full
+  bool m_open = false;
   bool m_changed = false;
 };
 

@@ -50,7 +50,8 @@ int ReadCommandLine(int argc, char** argv, CRequest& request) {
 }
 
 void Follow(const CRequest& request, CMainWindow& window) {
-  if (request.file.IsEmpty() || !window.Open(request.file)) return;
+  if (request.file.IsEmpty()) return window.OfferDemo();
+  if (!window.Open(request.file)) return;
   if (request.start || window.WantsToStart()) window.Start();
 }
 

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QDir>
 #include <QLabel>
 #include <QMenuBar>
 #include <QMessageBox>
@@ -10,16 +11,19 @@
 #include <QStyle>
 #include <QToolBar>
 
+#include "host/common/demo.h"
 #include "host/common/equation_check.h"
 #include "host/common/warnings.h"
 #include "host/desktop/overview.h"
 #include "host/desktop/report_window.h"
+#include "vastra/platform/file_system.h"
 #include "vastra/ui/text.h"
 
 namespace vastra {
 namespace {
 
 constexpr const char* kPlace = "MainPlace";
+constexpr const char* kDemoOffered = "DemoOffered";
 constexpr const char* kFilter = "Configurations (*.json *.vst)|*.json;*.vst|All Files (*.*)|*.*||";
 
 const char* NameOf(CRunner::EState state) {
@@ -91,10 +95,11 @@ void CMainWindow::MakeActions() {
 
 void CMainWindow::MakeFileMenu() {
   QMenu* file = menuBar()->addMenu("&File");
+  m_new = AddAction(file, "&New", QKeySequence::New, [this] { New(); });
   m_open = AddAction(file, "&Open...", QKeySequence::Open, [this] { AskToOpen(); });
   m_recent = file->addMenu("Open &Recent");
   connect(m_recent, &QMenu::aboutToShow, this, [this] { ShowRecent(); });
-  m_needDocument << AddAction(file, "&Save", QKeySequence::Save, [this] { SaveTo(m_document.Path()); })
+  m_needDocument << AddAction(file, "&Save", QKeySequence::Save, [this] { Save(); })
                  << AddAction(file, "Save &As...", QKeySequence("Ctrl+Shift+S"), [this] { AskToSave(); });
   file->addSeparator();
   m_needDocument << AddAction(file, "Re&port", QKeySequence("Ctrl+R"), [this] { ShowReport(); });
@@ -154,6 +159,27 @@ bool CMainWindow::Open(const CString& path) {
   return true;
 }
 
+// A folder of its own in that of the user; what is in it already stays.
+void CMainWindow::OfferDemo() {
+  if (!m_settings.Recent().IsEmpty() || !m_settings.Get(kDemoOffered).IsEmpty()) return;
+  m_settings.Set(kDemoOffered, "1");
+  const CString folder = JoinPath(FromScreen(QDir::homePath()), "vastra-demo");
+  if (AfxMessageBox(
+          "Vastra has not been used here before.\n\nShall it make a demo to look around in? It logs a "
+          "kiln that is simulated; no PLC is needed. Its configuration, " +
+              CString(kDemoFile) + ", and its logs go into the folder\n\n" + folder,
+          MB_YESNO | MB_ICONQUESTION) != IDYES)
+    return;
+  const CString path = JoinPath(folder, kDemoFile);
+  bool isChanged = false;
+  CString fault = MakeDemoFolders(folder);
+  if (fault.IsEmpty()) fault = SaveDemo(path, isChanged);
+  if (fault.IsEmpty())
+    Open(path);
+  else
+    TellFault(folder + ": " + fault);
+}
+
 // Makes the stages of the document, closed, and shows what they will do.
 void CMainWindow::UseConfiguration() {
   {
@@ -164,6 +190,13 @@ void CMainWindow::UseConfiguration() {
   Trend().m_baseVars = m_names.input;
   m_views.TakeLoop(m_runner.Loop(), m_runner.RefreshPeriod());
   m_overview->ShowConfiguration(m_document.Configuration(), m_names.hasInput ? m_names.input.GetSize() : -1);
+}
+
+void CMainWindow::New() {
+  if (HasOpenDialog() || !MayLoseChanges()) return;
+  m_document.New();
+  UseConfiguration();
+  TakeState();
 }
 
 void CMainWindow::AskToOpen() {
@@ -184,8 +217,11 @@ void CMainWindow::ShowRecent() {
   }
 }
 
+bool CMainWindow::Save() { return m_document.Path().IsEmpty() ? AskToSave() : SaveTo(m_document.Path()); }
+
 bool CMainWindow::SaveTo(const CString& path) {
   TakeTrend();
+  AskForVersion(path);
   const CString fault = m_document.Save(path);
   if (!fault.IsEmpty()) {
     TellFault(fault);
@@ -204,23 +240,33 @@ void CMainWindow::TellLost() {
   if (!text.IsEmpty()) TellFault(m_document.Path() + ":" + text);
 }
 
-void CMainWindow::AskToSave() {
+// A file keeps the version it has come with, unless that is too old for what it is to hold.
+void CMainWindow::AskForVersion(const CString& path) {
+  CString text;
+  for (const CString& lost : m_document.LostToVersion(path)) text += "\n" + lost;
+  if (text.IsEmpty()) return;
+  text += "\n\nA file of version " + CString(std::to_string(kVersionNewest)) + " can. Save it as one?";
+  if (AfxMessageBox(path + ":" + text, MB_YESNO | MB_ICONQUESTION) == IDYES) m_document.UseNewestVersion();
+}
+
+bool CMainWindow::AskToSave() {
   CFileQuestion question;
   question.save = question.asksToOverwrite = true;
   question.defaultExtension = "json";
   question.name = m_document.Path();
   question.filter = kFilter;
   CString path;
-  if (ChooseFile(question, path)) SaveTo(path);
+  return ChooseFile(question, path) && SaveTo(path);
 }
 
 // Asks whether to save what has been changed; false: the user wants to stay.
 bool CMainWindow::MayLoseChanges() {
   TakeTrend();
   if (!m_document.IsChanged()) return true;
-  switch (AfxMessageBox("Save the changes to " + m_document.Path() + "?", MB_YESNOCANCEL | MB_ICONQUESTION)) {
+  switch (
+      AfxMessageBox("Save the changes to " + m_document.Title() + "?", MB_YESNOCANCEL | MB_ICONQUESTION)) {
     case IDYES:
-      return SaveTo(m_document.Path());
+      return Save();
     case IDNO:
       return true;
     default:
@@ -279,6 +325,7 @@ void CMainWindow::TakeState() {
   if (isSettled && m_document.IsOpen()) ShowCounts();
   m_start->setEnabled(isStopped && m_document.IsOpen());
   m_stop->setEnabled(state == CRunner::EState::running || state == CRunner::EState::starting);
+  m_new->setEnabled(isStopped);
   m_open->setEnabled(isStopped);
   m_recent->setEnabled(isStopped);
   for (QAction* action : m_needDocument) action->setEnabled(isSettled && m_document.IsOpen());
@@ -288,7 +335,7 @@ void CMainWindow::TakeState() {
 
 void CMainWindow::ShowState() {
   m_stateText->setText(NameOf(m_runner.State()));
-  setWindowTitle(m_document.IsOpen() ? ToScreen(m_document.Path()) + "[*] - Vastra" : "Vastra");
+  setWindowTitle(m_document.IsOpen() ? ToScreen(m_document.Title()) + "[*] - Vastra" : "Vastra");
   setWindowModified(m_document.IsChanged());
 }
 

@@ -24,6 +24,8 @@ class CMainWindow : public QMainWindow {
 
   // Opens a configuration; false: the user has been told why not.
   bool Open(const CString& path);
+  // Asks somebody who has never used the program whether to begin with the demo, once.
+  void OfferDemo();
   bool WantsToStart() { return m_document.Configuration().m_input.m_autoStart != 0; }
   void Start();
   // The settings of the trending stage that the views work on; a configuration is open.
@@ -43,10 +45,13 @@ class CMainWindow : public QMainWindow {
   void MakeWindowMenu();
   QAction* AddAction(QMenu* menu, const char* text, const QKeySequence& key, std::function<void()> action);
 
+  void New();
   void AskToOpen();
   void ShowRecent();
-  void AskToSave();
+  bool Save();
+  bool AskToSave();
   bool SaveTo(const CString& path);
+  void AskForVersion(const CString& path);
   void TellLost();
   bool MayLoseChanges();
   void ShowReport();
@@ -72,7 +77,7 @@ class CMainWindow : public QMainWindow {
 
   COverview* m_overview;
   QMenu* m_recent = nullptr;
-  QAction *m_open = nullptr, *m_start = nullptr, *m_stop = nullptr;
+  QAction *m_new = nullptr, *m_open = nullptr, *m_start = nullptr, *m_stop = nullptr;
   QList<QAction*> m_needDocument;
   QLabel *m_stateText = nullptr, *m_countsText = nullptr;
   QProgressBar* m_progress = nullptr;

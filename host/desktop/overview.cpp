@@ -19,6 +19,8 @@ CString Failed(std::uint64_t failed) {
 CString InputWords(const CInputConfig& input, int variables) {
   CString words = input.m_simulating ? Count(input.m_inputFiles.GetCount(), "log to replay", "logs to replay")
                                      : Count(input.m_plcNodes.GetCount(), "PLC node", "PLC nodes");
+  if (!input.m_simulating && input.m_plcNodes.IsEmpty())
+    words = "no PLC node yet: File > Configuration adds one";
   if (variables >= 0) words += ", " + Count(variables, "variable", "variables");
   if (input.m_asFastAsPossible) return words + ", as fast as possible";
   return words + ", every " + CString(std::to_string(input.m_scanPeriod)) + " ms";
@@ -34,12 +36,19 @@ COverview::COverview(QWidget* parent) : QTreeWidget(parent) {
   setHeaderLabels({"Part", "Now", "What it does"});
   setAccessibleName("Overview");
   setAllColumnsShowFocus(true);
+  ShowHint("Nothing is open", "File > New begins a configuration, File > Open takes one from disk");
 }
 
 QTreeWidgetItem& COverview::AddPart(const char* part, const CString& what) {
   auto* item = new QTreeWidgetItem(this, QStringList{part, "", ToScreen(what)});
   item->setExpanded(true);
   return *item;
+}
+
+void COverview::ShowHint(const char* state, const char* hint) {
+  clear();
+  new QTreeWidgetItem(this, QStringList{state, "", hint});
+  resizeColumnToContents(columnPart);
 }
 
 void COverview::ShowConfiguration(const CConfiguration& configuration, int inputVariables) {

@@ -16,6 +16,7 @@ class COverview : public QTreeWidget {
   void ShowTrend(const CTrendConfig& trend);  // which the views change
 
  private:
+  void ShowHint(const char* state, const char* hint);
   QTreeWidgetItem& AddPart(const char* part, const CString& what);
   void Show(const char* part, int column, const CString& text);
 };

@@ -305,6 +305,94 @@ TEST_F(Desktop, ChangesAreNotLostWithoutAQuestion) {
   }
 }
 
+// What the user sees of the document.
+std::string Title(const CMainWindow& window) { return window.windowTitle().toStdString(); }
+
+TEST_F(Desktop, ANewDocumentIsNamedWhenItIsSaved) {
+  CMainWindow window;
+  CTestPrompter boxes;
+  CTestChooser chooser;
+  window.show();
+  EXPECT_FALSE(ActionOf(window, "Save")->isEnabled());
+  ActionOf(window, "New")->trigger();
+  EXPECT_EQ(Title(window), "Untitled[*] - Vastra");
+  ASSERT_TRUE(ActionOf(window, "Start")->isEnabled());
+  window.Start();
+  ASSERT_TRUE(Wait([&] { return !boxes.asked.empty(); }));
+  EXPECT_NE(boxes.Take()[0].find("input: the stage does not open, since there is no PLC node"),
+            std::string::npos);
+
+  window.Trend().m_extraVars.Add("d");
+  boxes.answer = IDCANCEL;
+  ActionOf(window, "New")->trigger();
+  EXPECT_EQ(boxes.Take(), std::vector<std::string>{"|Save the changes to Untitled?|23"});
+  ActionOf(window, "Save")->trigger();  // the chooser is cancelled
+  EXPECT_EQ(Title(window), "Untitled[*] - Vastra");
+  chooser.path = m_dir / "mine.json";
+  ActionOf(window, "Save")->trigger();
+  EXPECT_EQ(chooser.file.defaultExtension, "json");
+  EXPECT_EQ(Title(window), (m_dir / "mine.json[*] - Vastra").Std());
+  EXPECT_FALSE(window.isWindowModified());
+  EXPECT_NE(ReadBytes(m_dir / "mine.json").find("\"version\": 1003"), std::string::npos);
+
+  ActionOf(window, "New")->trigger();
+  EXPECT_EQ(Title(window), "Untitled[*] - Vastra") << "the name of the former document stays";
+  EXPECT_TRUE(window.Trend().m_extraVars.IsEmpty());
+  EXPECT_EQ(boxes.Take(), std::vector<std::string>{});
+}
+
+TEST_F(Desktop, AFileKeepsItsVersionUnlessThatLosesSettings) {
+  const std::string start = R"({"version": 1002, "outputs": [{"name": "a")";
+  const struct {
+    const char *more, *file;
+    int answer;
+    std::size_t boxes;
+    char version;  // the low byte in the file; 0: no configuration file
+  } cases[] = {{"", "x.vst", IDYES, 0, '\xEA'},
+               {R"(, "usePrefix": 1, "prefix": "P")", "x.vst", IDYES, 1, '\xEB'},
+               {R"(, "usePrefix": 1, "prefix": "P")", "x.vst", IDNO, 2, '\xEA'},
+               {R"(, "usePrefix": 1, "prefix": "P")", "x.json", IDNO, 0, 0}};
+  for (const auto& [more, file, answer, boxCount, version] : cases) {
+    WriteBytes(m_dir / "old.json", start + more + "}]}");
+    CMainWindow window;
+    CTestPrompter boxes;
+    CTestChooser chooser;
+    ASSERT_TRUE(window.Open(m_dir / "old.json"));
+    boxes.answer = answer;
+    chooser.path = m_dir / file;
+    ActionOf(window, "Save As...")->trigger();
+    ASSERT_EQ(boxes.asked.size(), boxCount) << more;
+    for (const std::string& box : boxes.asked)
+      EXPECT_NE(box.find("outputs[0].prefix: "), std::string::npos) << box;
+    const std::string bytes = ReadBytes(chooser.path);
+    EXPECT_EQ(version ? bytes.at(4) == version : bytes.find("\"version\": 1002") != bytes.npos, true) << more;
+  }
+}
+
+TEST_F(Desktop, WhoIsNewHereIsOfferedTheDemoOnce) {
+  ::setenv("HOME", m_dir.Path(), 1);
+  const CString demo = m_dir / "vastra-demo/demo.json";
+  for (const int answer : {IDNO, IDYES}) {
+    CSettings().Set("DemoOffered", "");
+    CMainWindow window;
+    CTestPrompter boxes;
+    boxes.answer = answer;
+    EXPECT_EQ(window.findChild<QTreeWidget*>()->topLevelItem(0)->text(0), "Nothing is open");
+    window.OfferDemo();
+    window.OfferDemo();
+    ASSERT_EQ(boxes.asked.size(), 1u);
+    EXPECT_NE(boxes.asked[0].find((m_dir / "vastra-demo").Std() + "|24"), std::string::npos)
+        << boxes.asked[0];
+    EXPECT_EQ(Title(window), answer == IDYES ? (demo + "[*] - Vastra").Std() : "Vastra");
+    EXPECT_EQ(std::filesystem::exists(demo.Std()), answer == IDYES);
+  }
+  CSettings().Set("DemoOffered", "");
+  CMainWindow window;
+  CTestPrompter boxes;
+  window.OfferDemo();
+  EXPECT_EQ(boxes.Take(), std::vector<std::string>{}) << "has been used before";
+}
+
 TEST_F(Desktop, AWrongEquationIsToldBeforeAnythingOpens) {
   WriteBytes(m_dir / "wrong.json",
              Configuration(kSimulator, R"(, "preprocess": 1, "preEquationText": "x = a; y = ;")"));

@@ -1,12 +1,27 @@
-// The configuration of vastra demo, in the form in which it is written for the user too.
-#pragma once
+#include "host/common/demo.h"
+
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "vastra/platform/file_system.h"
+#include "vastra/platform/save_file.h"
 
 namespace vastra {
+namespace {
 
-// Folders of its outputs and summaries, beside the configuration.
-constexpr const char* kDemoFolders[] = {"all", "batches", "means"};
+// Of the outputs and summaries, beside the configuration.
+constexpr const char* kFolders[] = {"all", "batches", "means"};
 
-constexpr const char* kDemoConfiguration = R"({
+std::string ReadBytes(const CString& path) {
+  std::ifstream file(path.Std(), std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+}  // namespace
+
+const char* const kDemoConfiguration = R"({
   "version": 1003,
   "input": {
     "scanPeriod": 25,
@@ -63,5 +78,29 @@ constexpr const char* kDemoConfiguration = R"({
   }
 }
 )";
+
+CString MakeDemoFolders(const CString& folder) {
+  for (const char* each : kFolders) {
+    std::error_code failed;
+    std::filesystem::create_directories(JoinPath(folder, each).Std(), failed);
+    if (failed) return CString(failed.message());
+  }
+  return {};
+}
+
+// What the user has made of the file of an earlier demo stays.
+CString SaveDemo(const CString& path, bool& isChanged) {
+  isChanged = false;
+  if (FileExists(path)) {
+    isChanged = ReadBytes(path) != kDemoConfiguration;
+    return {};
+  }
+  try {
+    SaveFile(path, [](CFile& to) { to.Write(kDemoConfiguration, std::strlen(kDemoConfiguration)); });
+    return {};
+  } catch (const CFileException& fault) {
+    return fault.Text();
+  }
+}
 
 }  // namespace vastra
