@@ -20,6 +20,7 @@ CScanLoop::CScanLoop(const CConfiguration& configuration, COptions options)
 int CScanLoop::Start() {
   m_failedStage = OpenStages();
   if (m_failedStage) return Close(), 0;
+  m_openedToWrite = !m_plcWrite.GetOptions()->m_disableWriting;
   m_plcWrite.SetNodeNumber(m_options.node);
   m_input.SetCallBack(m_options.threaded, m_options.target, messageRead);
   m_plcWrite.SetCallBack(m_options.threaded, m_options.target, messageWritten);
@@ -134,6 +135,12 @@ void CScanLoop::Schedule(bool succeeded) {
   const auto missed = (now - m_due + m_options.period - Time::duration(1)) / m_options.period;
   m_counts.late += static_cast<std::uint64_t>(missed);
   m_due += missed * m_options.period;
+}
+
+// A worker that is under way does not look at the switch: its write is finished.
+bool CScanLoop::DisableWriting(bool disable) {
+  m_plcWrite.GetOptions()->m_disableWriting = disable;
+  return disable || m_openedToWrite;
 }
 
 void CScanLoop::Stop() {

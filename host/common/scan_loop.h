@@ -78,6 +78,9 @@ class CScanLoop {
   void Step();
   // Takes the message of a worker and goes on with its scan; a message that nobody waits for is dropped.
   void Notify(UINT message, WPARAM result);
+  // Turns the writing to PLCs off or on from the next scan on; not from the thread of a worker. False: the
+  // stage was opened without its nodes, since writing was off, and writes when it is opened anew.
+  bool DisableWriting(bool disable);
   // Ends the loop: at once, or when the worker under way has reported.
   void Stop();
 
@@ -112,6 +115,7 @@ class CScanLoop {
   CPlcMultiOutput m_plcWrite;
   CLogTrendings m_trend;
   bool m_usesSmart;
+  bool m_openedToWrite = false;
   CLogSample m_sample;       // as the input gave it
   CLogSample m_smartSample;  // the same with the smart output variables behind it
   EState m_state = EState::closed;

@@ -3,6 +3,7 @@
 #include "host/common/configuration_file.h"
 #include "host/common/configuration_json.h"
 #include "host/common/paths.h"
+#include "vastra/platform/file_system.h"
 #include "vastra/platform/save_file.h"
 
 namespace vastra {
@@ -22,6 +23,19 @@ CString SaveAsJson(const CString& path, CConfiguration& configuration) {
   }
 }
 
+// The folders that logs go to.
+template <class ACTION>
+void ForEachDirectory(CConfiguration& configuration, ACTION action) {
+  for (COutputConfig* output : configuration.m_outputs.m_outputs) action(output->m_directory);
+  for (CSummaryConfig* summary : configuration.m_summaries.m_summaries) action(summary->m_directory);
+}
+
+CStringArray Directories(CConfiguration& configuration) {
+  CStringArray directories;
+  ForEachDirectory(configuration, [&](const CString& directory) { directories.Add(directory); });
+  return directories;
+}
+
 // What a line is about: the words behind it name the version.
 CString KeyOf(const CString& line) { return line.Left(line.Find(':')); }
 
@@ -32,9 +46,13 @@ CStringArray KeysOf(CStringArray lines) {
 
 }  // namespace
 
+CDocument::CDocument() : m_startFolder(MakeAbsolute(".")) {}
+
 void CDocument::New() {
-  *this = {};
+  m_configuration = {};
+  m_path.Empty();
   m_open = true;
+  m_changed = false;
 }
 
 CString CDocument::Open(const CString& path) {
@@ -80,10 +98,20 @@ void CDocument::TakeTrend(const CTrendConfig& trend) {
   m_changed = true;
 }
 
-bool CDocument::Take(CConfiguration& edited) {
+bool CDocument::Take(CConfiguration edited) {
+  const CStringArray former = Directories(m_configuration);
+  const CString folder = m_path.IsEmpty() ? m_startFolder : DirectoryOf(m_path);
+  ForEachDirectory(edited, [&](CString& directory) {
+    if (FindIn(former, directory) < 0) directory = MakeAbsolute(folder, directory);
+  });
   if (IsSame(m_configuration, edited)) return false;
-  m_configuration = edited;
+  m_configuration = std::move(edited);
   return m_changed = true;
+}
+
+void CDocument::TakeBaseVars(const CStringArray& names) {
+  CStringArray& mine = m_configuration.m_trend.m_baseVars;
+  if (!mine.IsEmpty()) mine = names;
 }
 
 }  // namespace vastra

@@ -8,6 +8,8 @@ namespace vastra {
 
 class CDocument {
  public:
+  CDocument();
+
   // Begins an empty configuration, which has no file yet.
   void New();
   // Reads either form of a configuration: an empty text, or one line that says what is wrong, with the path
@@ -31,10 +33,14 @@ class CDocument {
 
   // Takes what the views have changed in the trending stage.
   void TakeTrend(const CTrendConfig& trend);
-  // Takes what the user has made of the configuration: whether that is another one.
-  bool Take(CConfiguration& edited);
+  // Takes what the user has made of the configuration: whether that is another one. Relative paths that were
+  // typed are taken from the folder of the file; without a file, from where the program was started.
+  bool Take(CConfiguration edited);
+  // The variables of the input, now. Whoever does not store them does not get them.
+  void TakeBaseVars(const CStringArray& names);
 
  private:
+  CString m_startFolder;
   CConfiguration m_configuration;
   CString m_path;  // full
   bool m_open = false;

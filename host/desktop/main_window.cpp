@@ -11,9 +11,11 @@
 #include <QStyle>
 #include <QToolBar>
 
+#include "host/common/configuration_json.h"
 #include "host/common/demo.h"
 #include "host/common/equation_check.h"
 #include "host/common/warnings.h"
+#include "host/desktop/configuration_sheet.h"
 #include "host/desktop/overview.h"
 #include "host/desktop/report_window.h"
 #include "vastra/platform/file_system.h"
@@ -102,7 +104,9 @@ void CMainWindow::MakeFileMenu() {
   m_needDocument << AddAction(file, "&Save", QKeySequence::Save, [this] { Save(); })
                  << AddAction(file, "Save &As...", QKeySequence("Ctrl+Shift+S"), [this] { AskToSave(); });
   file->addSeparator();
-  m_needDocument << AddAction(file, "Re&port", QKeySequence("Ctrl+R"), [this] { ShowReport(); });
+  m_edit = AddAction(file, "&Configuration...", QKeySequence("Ctrl+E"), [this] { EditConfiguration(); });
+  m_edit->setIcon(style()->standardIcon(QStyle::SP_FileDialogDetailedView));
+  m_needDocument << m_edit << AddAction(file, "Re&port", QKeySequence("Ctrl+R"), [this] { ShowReport(); });
   file->addSeparator();
   AddAction(file, "&Quit", QKeySequence("Ctrl+Q"), [this] { close(); });
 }
@@ -131,6 +135,8 @@ void CMainWindow::MakeWindowMenu() {
   bar->setMovable(false);
   bar->setContextMenuPolicy(Qt::PreventContextMenu);
   bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+  bar->addAction(m_edit);
+  bar->addSeparator();
   bar->addActions({m_start, m_stop});
   bar->addSeparator();
   bar->addActions({trend, grid, messages});
@@ -182,13 +188,18 @@ void CMainWindow::OfferDemo() {
 
 // Makes the stages of the document, closed, and shows what they will do.
 void CMainWindow::UseConfiguration() {
+  m_runner.SetConfiguration(m_document.Configuration());
+  m_isAhead = false;
+  ShowConfiguration();
+  Trend().m_baseVars = m_names.input;
+  m_views.TakeLoop(m_runner.Loop(), m_runner.RefreshPeriod());
+}
+
+void CMainWindow::ShowConfiguration() {
   {
     const CMessages::CQuiet quiet(m_messages);
     m_names = FindStageNames(m_document.Configuration());
   }
-  m_runner.SetConfiguration(m_document.Configuration());
-  Trend().m_baseVars = m_names.input;
-  m_views.TakeLoop(m_runner.Loop(), m_runner.RefreshPeriod());
   m_overview->ShowConfiguration(m_document.Configuration(), m_names.hasInput ? m_names.input.GetSize() : -1);
 }
 
@@ -274,6 +285,47 @@ bool CMainWindow::MayLoseChanges() {
   }
 }
 
+void CMainWindow::EditConfiguration() {
+  // The configuration of a view lets other windows be used, and the sheet itself refuses an Apply then.
+  const QWidget* dialog = QApplication::activeModalWidget();
+  if (dialog && dialog->windowModality() == Qt::ApplicationModal && HasOpenDialog()) return;
+  TakeTrend();
+  CConfigurationSheet sheet(m_document.Configuration(), [&] { Apply(sheet); });
+  sheet.SetTrend(&Trend());
+  sheet.DoModal();
+}
+
+// What the stages work on is left alone while they run: it goes into the document, and from there into those
+// of the next start.
+void CMainWindow::Apply(CConfigurationSheet& sheet) {
+  TakeTrend();  // the sheet may have emptied the equations
+  const CConfiguration former = m_document.Configuration();
+  CConfiguration edited = former;
+  sheet.GetConfiguration(edited);
+  if (m_document.Take(std::move(edited))) {
+    if (m_runner.State() == CRunner::EState::stopped)
+      UseConfiguration();
+    else
+      ApplyWhileRunning(former);
+    if (m_names.hasInput) m_document.TakeBaseVars(m_names.input);
+    sheet.SetTrend(&Trend());
+  }
+  ShowState();
+}
+
+void CMainWindow::ApplyWhileRunning(CConfiguration former) {
+  CConfiguration& now = m_document.Configuration();
+  const int disable = now.m_plcWrite.m_disableWriting;
+  bool isAhead = !m_runner.Loop().DisableWriting(disable != 0);
+  former.m_plcWrite.m_disableWriting = disable;
+  isAhead = !IsSame(former, now) || isAhead;
+  ShowConfiguration();
+  if (!isAhead) return;
+  m_isAhead = true;
+  ShowState();
+  AfxMessageBox("The logger is running: the changes apply at the next start.", MB_OK);
+}
+
 void CMainWindow::ShowReport() {
   CMemFile file;
   m_document.Configuration().Report(file);
@@ -334,7 +386,10 @@ void CMainWindow::TakeState() {
 }
 
 void CMainWindow::ShowState() {
-  m_stateText->setText(NameOf(m_runner.State()));
+  m_stateText->setText(NameOf(m_runner.State()) +
+                       QString(m_isAhead && m_runner.State() == CRunner::EState::running
+                                   ? " (changes apply at the next start)"
+                                   : ""));
   setWindowTitle(m_document.IsOpen() ? ToScreen(m_document.Title()) + "[*] - Vastra" : "Vastra");
   setWindowModified(m_document.IsChanged());
 }

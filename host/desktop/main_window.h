@@ -8,6 +8,7 @@
 #include "host/desktop/messages.h"
 #include "host/desktop/runner.h"
 #include "host/desktop/settings.h"
+#include "vastra/screens/driver_form_dlg.h"
 #include "vastra/ui/application.h"
 
 class QLabel;
@@ -15,6 +16,7 @@ class QProgressBar;
 
 namespace vastra {
 
+class CConfigurationSheet;
 class COverview;
 
 class CMainWindow : public QMainWindow {
@@ -54,12 +56,16 @@ class CMainWindow : public QMainWindow {
   void AskForVersion(const CString& path);
   void TellLost();
   bool MayLoseChanges();
+  void EditConfiguration();
+  void Apply(CConfigurationSheet& sheet);
+  void ApplyWhileRunning(CConfiguration former);
   void ShowReport();
   void ShowAbout();
 
   bool IsFitToStart();
   void TakeTrend();
   void UseConfiguration();
+  void ShowConfiguration();
   void TellWhyNotOpened();
   void TakeState();
   void ShowState();
@@ -67,6 +73,7 @@ class CMainWindow : public QMainWindow {
   void Quit();
 
   CWindows m_windows;
+  CDriverForms m_driverForms;
   CSettings m_settings;
   CMessages m_messages;
   CDocument m_document;
@@ -74,10 +81,11 @@ class CMainWindow : public QMainWindow {
   CRunner m_runner;
   CLiveViews m_views;
   bool m_quitWanted = false;
+  bool m_isAhead = false;  // the document holds what the stages that run do not
 
   COverview* m_overview;
   QMenu* m_recent = nullptr;
-  QAction *m_new = nullptr, *m_open = nullptr, *m_start = nullptr, *m_stop = nullptr;
+  QAction *m_new = nullptr, *m_open = nullptr, *m_edit = nullptr, *m_start = nullptr, *m_stop = nullptr;
   QList<QAction*> m_needDocument;
   QLabel *m_stateText = nullptr, *m_countsText = nullptr;
   QProgressBar* m_progress = nullptr;

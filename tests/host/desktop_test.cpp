@@ -15,56 +15,13 @@
 #include <map>
 
 #include "host/common/configuration_file.h"
-#include "host/desktop/main_window.h"
-#include "tests/support/files.h"
+#include "tests/host/desktop_window.h"
 #include "tests/support/recorder.h"
-#include "tests/support/windows.h"
 #include "vastra/console/console.h"
 #include "vastra/core/link.h"
 
 namespace vastra {
 namespace {
-
-std::string Configuration(const std::string& driver, const std::string& more = "") {
-  return R"({"input": {"scanPeriod": 10, "plcNodes": [{"nodeName": "N", "driver": )" + driver +
-         R"(, "varNames": ["a", "b"]}])" + more + R"(},
-"outputs": [{"name": "All", "enableText": "WriteToLog = 1;", "varNames": ["a", "b"], "saveRp": 1, "saveCsv": 1,
-"directory": "."}], "trend": {"calculateExtra": 1, "extraVars": ["c"], "equationText": "c = a + b;"}})";
-}
-constexpr const char* kSimulator = R"({"plcType": 9001, "text1": "counter"})";
-
-class Desktop : public testing::Test {
- protected:
-  Desktop() {
-    ::setenv("XDG_CONFIG_HOME", m_dir.Path(), 1);
-    WriteBytes(m_dir / "demo.json", Configuration(kSimulator));
-  }
-
-  // Lets the window work until condition holds.
-  static bool Wait(const std::function<bool()>& condition) { return QTest::qWaitFor(condition, 20000); }
-  static QAction* ActionOf(QMainWindow& window, const char* text) {
-    for (const QAction* menu : window.menuBar()->actions())
-      for (QAction* action : menu->menu()->actions())
-        if (action->text().remove('&') == text) return action;
-    throw std::runtime_error(text);
-  }
-  static bool HasStatus(QMainWindow& window, const char* text) {
-    for (const QLabel* label : window.findChildren<QLabel*>())
-      if (label->text().contains(text)) return true;
-    return false;
-  }
-  std::size_t Rows() const {
-    std::size_t rows = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(m_dir.Path().Std()))
-      if (entry.path().extension() == ".csv") {
-        const std::string text = ReadBytes(CString(entry.path().string()));
-        rows += static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')) - 1;
-      }
-    return rows;
-  }
-
-  CTempDir m_dir;
-};
 
 // A runner with what it tells.
 struct CRun {
@@ -219,13 +176,6 @@ TEST_F(Desktop, TheWindowRunsAConfigurationAndAsksBeforeItStops) {
   EXPECT_EQ(boxes.Take(), std::vector<std::string>{});
 }
 
-// The window called title that stands; null: none does.
-QWidget* TopLevel(const char* title) {
-  for (QWidget* widget : QApplication::topLevelWidgets())
-    if (widget->isVisible() && widget->windowTitle() == title) return widget;
-  return nullptr;
-}
-
 TEST_F(Desktop, AViewDoesNotGoWithTheOneThatWasActiveWhenItOpened) {
   CMainWindow window;
   window.show();
@@ -304,9 +254,6 @@ TEST_F(Desktop, ChangesAreNotLostWithoutAQuestion) {
     EXPECT_EQ(saved.m_trend.m_extraVars.GetSize(), isSaved ? 2 : 1) << answer;
   }
 }
-
-// What the user sees of the document.
-std::string Title(const CMainWindow& window) { return window.windowTitle().toStdString(); }
 
 TEST_F(Desktop, ANewDocumentIsNamedWhenItIsSaved) {
   CMainWindow window;

@@ -1,0 +1,44 @@
+#include "host/desktop/configuration_sheet.h"
+
+#include <utility>
+
+#include "vastra/screens/trend_facade_dlg.h"
+
+namespace vastra {
+
+int CCheckedInputPage::OnApply() {
+  CInputConfig shown;
+  GetConfiguration(shown);
+  m_pTrendOptions = shown.m_preprocess || CTrendFacadeDlg::m_suOpen > 0 ? m_pTrend : nullptr;
+  return CInputPage::OnApply();
+}
+
+CConfigurationSheet::CConfigurationSheet(const CConfiguration& configuration, std::function<void()> applied)
+    : CPropertySheet("Configuration"), m_applied(std::move(applied)) {
+  m_smart.SetInputPointer(&m_input);
+  const auto link = [this](auto& page) {
+    page.SetInputPointer(&m_input);
+    page.SetSmartPointer(&m_smart);
+  };
+  link(m_outputs);
+  link(m_summaries);
+  link(m_plcWrite);
+  m_input.SetConfiguration(configuration.m_input);
+  m_outputs.SetConfiguration(configuration.m_outputs);
+  m_summaries.SetConfiguration(configuration.m_summaries);
+  m_smart.SetConfiguration(configuration.m_smart);
+  m_plcWrite.SetConfiguration(configuration.m_plcWrite);
+  for (CPropertyPage* page :
+       std::initializer_list<CPropertyPage*>{&m_input, &m_outputs, &m_summaries, &m_smart, &m_plcWrite})
+    AddPage(*page);
+}
+
+void CConfigurationSheet::GetConfiguration(CConfiguration& configuration) const {
+  m_input.GetConfiguration(configuration.m_input);
+  m_outputs.GetConfiguration(configuration.m_outputs);
+  m_summaries.GetConfiguration(configuration.m_summaries);
+  m_smart.GetConfiguration(configuration.m_smart);
+  m_plcWrite.GetConfiguration(configuration.m_plcWrite);
+}
+
+}  // namespace vastra
