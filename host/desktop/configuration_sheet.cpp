@@ -2,16 +2,7 @@
 
 #include <utility>
 
-#include "vastra/screens/trend_facade_dlg.h"
-
 namespace vastra {
-
-int CCheckedInputPage::OnApply() {
-  CInputConfig shown;
-  GetConfiguration(shown);
-  m_pTrendOptions = shown.m_preprocess || CTrendFacadeDlg::m_suOpen > 0 ? m_pTrend : nullptr;
-  return CInputPage::OnApply();
-}
 
 CConfigurationSheet::CConfigurationSheet(const CConfiguration& configuration, std::function<void()> applied)
     : CPropertySheet("Configuration"), m_applied(std::move(applied)) {

@@ -12,15 +12,6 @@
 
 namespace vastra {
 
-// The page for the input checks the equations of the views against the preprocessed variables alone. Where
-// nothing is preprocessed they read others, and are looked at when the logger starts.
-class CCheckedInputPage : public CInputPage {
- public:
-  int OnApply() override;
-
-  CTrendConfig* m_pTrend = nullptr;
-};
-
 class CConfigurationSheet : public CPropertySheet {
  public:
   // applied is called each time the user applies the sheet, also with OK.
@@ -29,14 +20,14 @@ class CConfigurationSheet : public CPropertySheet {
   void GetConfiguration(CConfiguration& configuration) const;
   // The settings of the trending stage: the input page checks their equations, and empties them where the
   // user says so. They are given anew when other stages are made.
-  void SetTrend(CTrendConfig* trend) { m_input.m_pTrend = trend; }
+  void SetTrend(CTrendConfig* trend) { m_input.m_pTrendOptions = trend; }
 
  protected:
   void OnApplied() override { m_applied(); }
 
  private:
   const std::function<void()> m_applied;
-  CCheckedInputPage m_input;
+  CInputPage m_input;
   COutputPage m_outputs;
   CSummaryPage m_summaries;
   CSmartPage m_smart;

@@ -67,6 +67,8 @@ void CDriverTypeDlg::OnConfplcButton() {
   const std::unique_ptr<CPlcLink> link(CDriverFactory::Instance()->NewDriver(index));
   if (!link) return;
   const bool isNew = m_driverId == kNoDriver;
+  m_driver.variableCount =
+      static_cast<UINT>(m_varNames.GetSize());  // by which a driver may judge its settings
   if (!isNew) link->SetConfig(m_driver);
   if (link->ShowConfig(isNew) != IDOK) return;
   if (isNew) m_driverId = static_cast<UINT>(index);

@@ -14,8 +14,7 @@ const char* FaultOf(const CInputConfig& config) {
     return "Wrong Configuration!!\n If the logger is simulating you must select input logs files";
   if (config.m_preprocess && config.m_preNewVars.IsEmpty())
     return "Wrong Configuration!!\n If the preprocess input option is checked you must select one variable "
-           "at "
-           "least from the variables list";
+           "at least from the variables list";
   return nullptr;
 }
 
