@@ -14,8 +14,12 @@ const char* const kDword = "Use the next variable to form a DWORD based name";
 const char* const kPrefix = "Use prefix for the log names :";
 const char* const kMaxLogs = "Maximum number of logs stored :";
 const char* const kMaxSamples = "Maximum number of samples in a log : ";
-const char* const kNoEquations =
-    "|Wrong Configuration!!\n To write logs you must enter the basic enable equations at least|30";
+const char* const kNoVariables =
+    "Wrong Configuration!!\n To write logs you must select at least 1 output variable";
+const char* const kNoPrefix =
+    "WrongConfiguration!!\nYou selected to use a prefix, please type the prefix to be used";
+const char* const kNotLogged =
+    "WrongConfiguration!!\nThe selected variable for the log names must be included in the logged variables";
 
 std::string Line(const COutputConfig& c) {
   CString numbers;
@@ -61,6 +65,7 @@ class OutputPage : public testing::Test {
     SetInput(m_input, {"a", "b"});
     m_page.SetInputPointer(&m_input);
   }
+  ~OutputPage() override { EXPECT_EQ(CTexts(), m_prompter.Take()); }
   void Hold(std::initializer_list<COutputConfig*> outputs) {
     CMultiOutputConfig config;
     for (COutputConfig* output : outputs) config.m_outputs.AddTail(output);
@@ -79,7 +84,6 @@ class OutputPage : public testing::Test {
     OnPage(m_page, [&](QWidget* page) {
       Find<QListWidget>(page, "Outputs")->setCurrentRow(row);
       In(page, "Edit", user, end);
-      m_shown = Shown(Find<QListWidget>(page, "Outputs"));
     });
   }
 
@@ -88,62 +92,52 @@ class OutputPage : public testing::Test {
   CSmartPage m_smart;
   COutputPage m_page;
   CTestPrompter m_prompter;
-  CTexts m_shown;  // what the list showed at last
 };
 
 TEST_F(OutputPage, WhatGoesInComesOut) {
-  CTexts lines;
+  const CTexts kLines = {
+      "x|WriteToLog = b;|WriteToLog = b,|b,a,|1 7 4294967288 1 1 1|p_x|b|/logs/x",
+      "y|WriteToLog = b;|WriteToLog = b,|b,a,|1 8 4294967287 0 1 0|p_y|System Time|/logs/y"};
   Hold({NewOutput("gone")});
   Hold({NewOutput("x", "b", 7), NewOutput("y", "System Time", 8)});
-  for (const auto& [name, basis, number] : {std::tuple("x", "b", 7U), std::tuple("y", "System Time", 8U)}) {
-    const std::unique_ptr<COutputConfig> output(NewOutput(name, basis, number));
-    lines.push_back(Line(*output));
-  }
-  EXPECT_EQ(lines, Held());
+  EXPECT_EQ(kLines, Held());
   for (const int row : {0, 1}) Edit(row, [](QWidget*) {});
-  EXPECT_EQ(lines, Held()) << "changed by a dialog in which nothing was done";
+  EXPECT_EQ(kLines, Held()) << "changed by a dialog in which nothing was done";
   Edit(
       0, [](QWidget* dialog) { Type(dialog, "Name:", "given up"); }, "Cancel");
-  EXPECT_EQ(lines, Held());
-  EXPECT_EQ(m_prompter.Take(), CTexts());
+  EXPECT_EQ(kLines, Held());
 }
 
 TEST_F(OutputPage, ANewOutputIsCheckedInOrder) {
   CTestChooser chooser;
   chooser.path = "/logs";
-  const auto refused = [&](QWidget* dialog) {
-    Click(dialog, "OK");
-    EXPECT_TRUE(dialog->isVisible());
-    return m_prompter.Take();
-  };
   OnPage(m_page, [&](QWidget* page) {
     In(page, "Add", [&](QWidget* dialog) {
+      const auto isRefused = [&](const char* box) { IsRefused(dialog, m_prompter, box); };
+      const auto* prefix = Find<QLineEdit>(dialog, kPrefix);
       EXPECT_EQ("0 0", Typed(dialog, kMaxLogs) + " " + Typed(dialog, kMaxSamples));
       EXPECT_EQ(0, Find<QComboBox>(dialog, kBasis)->currentIndex());
-      EXPECT_FALSE(Enabled(dialog, kDword));
-      EXPECT_FALSE(Find<QLineEdit>(dialog, kPrefix)->isEnabled());
-      const char* kNumber = "|Please enter a whole number from 0 to 4294967295.|30";
+      EXPECT_FALSE(Enabled(dialog, kDword) || prefix->isEnabled());
       Type(dialog, kMaxLogs, "4294967296");
-      Type(dialog, kMaxSamples, "");
-      EXPECT_EQ(CTexts{kNumber}, refused(dialog));
+      isRefused(kNoWhole);
       Type(dialog, kMaxLogs, "4294967295");
-      EXPECT_EQ(CTexts{kNumber}, refused(dialog));
+      Type(dialog, kMaxSamples, "");
+      isRefused(kNoWhole);
       EXPECT_EQ(Find<QLineEdit>(dialog, kMaxSamples), dialog->focusWidget());
       Type(dialog, kMaxSamples, "7");
-      EXPECT_EQ(CTexts{"|Wrong Configuration!!\n You must give a name|30"}, refused(dialog));
+      isRefused(kNoName);
       Type(dialog, "Name:", "new");
-      EXPECT_EQ(CTexts{"|Wrong Configuration!!\n You must select a destination path|30"}, refused(dialog));
+      isRefused(kNoPath);
       Click(dialog, "...");
-      EXPECT_EQ(CTexts{kNoEquations}, refused(dialog));
+      isRefused(kNoEquations);
       In(dialog, "Enable Equations...", Write("WriteToLog = a;"));
-      EXPECT_EQ(
-          CTexts{"|Wrong Configuration!!\n To write logs you must select at least 1 output variable|30"},
-          refused(dialog));
+      isRefused(kNoVariables);
       In(dialog, "Variable List...", TakeAll);
-      Check(dialog, kPrefix);
-      EXPECT_EQ(
-          CTexts{"|WrongConfiguration!!\nYou selected to use a prefix, please type the prefix to be used|30"},
-          refused(dialog));
+      for (const bool isUsed : {true, false, true}) {
+        Check(dialog, kPrefix);
+        EXPECT_EQ(isUsed, prefix->isEnabled());
+      }
+      isRefused(kNoPrefix);
       Type(dialog, kPrefix, "p");
       Check(dialog, "Write Logs");
       Check(dialog, "Write Text Files");
@@ -155,53 +149,44 @@ TEST_F(OutputPage, ANewOutputIsCheckedInOrder) {
 }
 
 TEST_F(OutputPage, TheProposedEquationsStayWhenTheEditorIsGivenUp) {
-  const std::string kProposed =
-      "/*Replace with your equations*/\nSampleIsValid= 1; \nWriteToLog= 1; \nRestartLog= 0;";
+  Hold({NewOutput("x")});
   OnPage(m_page, [&](QWidget* page) {
     In(page, "Add", [&](QWidget* dialog) {
       Type(dialog, "Name:", "n");
       Type(dialog, "Path:", "/");
       In(dialog, "Variable List...", TakeAll);
-      const CUser look = [&](QWidget* editor) { EXPECT_EQ(kProposed, Written(editor)); };
-      In(dialog, "Enable Equations...", look, "Cancel");
-      Click(dialog, "OK");
-      EXPECT_EQ(CTexts{kNoEquations}, m_prompter.Take());
-      In(dialog, "Enable Equations...", look);
+      GiveUp(dialog, "Enable Equations...", [](QWidget* editor) { Click(editor, "Parse"); });
+      IsRefused(dialog, m_prompter, kNoEquations);
+      In(dialog, "Enable Equations...", [](QWidget*) {});
     });
   });
   EXPECT_EQ(
-      CTexts{"n|/*Replace with your equations*/\r\nSampleIsValid= 1; \r\nWriteToLog= 1; \r\n"
-             "RestartLog= 0;|/*Replace with your equations*/\r\nSampleIsValid= 1, \r\nWriteToLog= 1, \r\n"
-             "RestartLog= 0,|a,b,|0 0 0 0 0 0||System Time|/"},
-      Held());
+      "n|/*Replace with your equations*/\r\nSampleIsValid= 1; \r\nWriteToLog= 1; \r\nRestartLog= 0;|"
+      "/*Replace with your equations*/\r\nSampleIsValid= 1, \r\nWriteToLog= 1, \r\nRestartLog= 0,|"
+      "a,b,|0 0 0 0 0 0||System Time|/",
+      Held().at(1));
 }
 
 TEST_F(OutputPage, TheDwordBoxFollowsTheBasis) {
   const struct {
     const char* stored;
-    std::function<void(QWidget*)> user;
-    bool enabled;
+    std::vector<int> selected;
+    bool isEnabled;
     const char* basis;
     int dword;
   } kCases[] = {
-      {"b", [](QWidget*) {}, true, "b", 1},
-      {"B", [](QWidget*) {}, false, "System Time", 1},
-      {"", [](QWidget*) {}, false, "System Time", 1},
-      {"System Time", [](QWidget* dialog) { Select(dialog, 1); }, true, "a", 1},
-      {"b", [](QWidget* dialog) { Select(dialog, 0); }, false, "System Time", 0},
-      {"b",
-       [](QWidget* dialog) {
-         Select(dialog, 0);
-         Select(dialog, 2);
-       },
-       true, "b", 0},
-      {"b", [](QWidget* dialog) { Find<QComboBox>(dialog, kBasis)->setEditText("a"); }, true, "a", 1},
+      {"b", {}, true, "b", 1},
+      {"B", {}, false, "System Time", 1},
+      {"", {}, false, "System Time", 1},
+      {"System Time", {1}, true, "a", 1},
+      {"b", {0}, false, "System Time", 0},
+      {"b", {0, 2}, true, "b", 0},
   };
   for (const auto& c : kCases) {
     Hold({NewOutput("x", c.stored)});
     Edit(0, [&](QWidget* dialog) {
-      c.user(dialog);
-      EXPECT_EQ(c.enabled, Enabled(dialog, kDword)) << c.stored;
+      for (const int index : c.selected) Select(dialog, index);
+      EXPECT_EQ(c.isEnabled, Enabled(dialog, kDword)) << c.stored;
     });
     const std::unique_ptr<COutputConfig> wanted(NewOutput("x", c.basis));
     wanted->m_dwordName = c.dword;
@@ -209,20 +194,20 @@ TEST_F(OutputPage, TheDwordBoxFollowsTheBasis) {
   }
 }
 
-TEST_F(OutputPage, ABasisThatIsNoLongerLoggedIsRefused) {
+TEST_F(OutputPage, ABasisThatIsNotLoggedIsRefused) {
   Hold({NewOutput("x")});
   Edit(0, [&](QWidget* dialog) {
     In(dialog, "Variable List...", [](QWidget* list) {
       Find<QListWidget>(list, "Selected Vars")->setCurrentRow(0);
       Click(list, "Delete Variable");
     });
-    Click(dialog, "OK");
-    EXPECT_EQ(CTexts{"|WrongConfiguration!!\nThe selected variable for the log names must be included in the "
-                     "logged variables|30"},
-              m_prompter.Take());
-    Select(dialog, 1);
+    IsRefused(dialog, m_prompter, kNotLogged);
+    auto* basis = Find<QComboBox>(dialog, kBasis);
+    basis->setEditText("A");
+    IsRefused(dialog, m_prompter, kNotLogged);
+    basis->setEditText("a");
   });
-  EXPECT_EQ("x|WriteToLog = b;|WriteToLog = b,|a,|1 0 4294967295 0 1 0|p_x|a|/logs/x", Held().at(0));
+  EXPECT_EQ(CTexts{"x|WriteToLog = b;|WriteToLog = b,|a,|1 0 4294967295 0 1 0|p_x|a|/logs/x"}, Held());
 }
 
 TEST_F(OutputPage, OffersWhatThePagesInFrontGive) {
@@ -268,7 +253,6 @@ TEST_F(OutputPage, WithoutNamesNothingOpensAndNothingIsLost) {
   EXPECT_NE("", m_links.TakeFaults());
   SetInput(m_input, {});
   tryAll();
-  EXPECT_EQ(m_prompter.Take(), CTexts());
 }
 
 TEST_F(OutputPage, DeletingAndEditingKeepTheOthersAsTheyAre) {
@@ -297,9 +281,7 @@ TEST_F(OutputPage, DeletingAndEditingKeepTheOthersAsTheyAre) {
                });
     EXPECT_EQ((CTexts{"Y", "z"}), Shown(list));
   });
-  EXPECT_EQ("Y" + before[1].substr(1), Held()[0]);
-  EXPECT_EQ(before[2], Held()[1]);
-  EXPECT_EQ(m_prompter.Take(), CTexts());
+  EXPECT_EQ((CTexts{"Y" + before[1].substr(1), before[2]}), Held());
 }
 
 }  // namespace

@@ -15,6 +15,12 @@ namespace vastra {
 using CUser = std::function<void(QWidget*)>;
 using CTexts = std::vector<std::string>;
 
+constexpr const char* kNoWhole = "Please enter a whole number from 0 to 4294967295.";
+constexpr const char* kNoName = "Wrong Configuration!!\n You must give a name";
+constexpr const char* kNoPath = "Wrong Configuration!!\n You must select a destination path";
+constexpr const char* kNoEquations =
+    "Wrong Configuration!!\n To write logs you must enter the basic enable equations at least";
+
 // Opens a sheet of page alone, and lets user work on it.
 inline void OnPage(CPropertyPage& page, const CUser& user) {
   CPropertySheet sheet("Test");
@@ -29,6 +35,17 @@ inline void In(QWidget* window, const char* button, const CUser& user, const cha
                user(dialog);
                Click(dialog, end);
              });
+}
+
+inline void GiveUp(QWidget* window, const char* button, const CUser& user) {
+  In(window, button, user, "Cancel");
+}
+
+// OK leaves the dialog open and the user with box.
+inline void IsRefused(QWidget* dialog, CTestPrompter& prompter, const std::string& box) {
+  Click(dialog, "OK");
+  EXPECT_TRUE(dialog->isVisible());
+  EXPECT_EQ(CTexts{"|" + box + "|30"}, prompter.Take());
 }
 
 // Presses button, behind which no dialog is to open.

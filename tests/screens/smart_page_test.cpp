@@ -54,7 +54,7 @@ TEST_F(SmartPage, EachDialogEditsItsPartBehindOk) {
   };
   EXPECT_EQ(kBefore, Held());
   OnPage(m_page, [&](QWidget* page) {
-    for (const auto& c : kCases) In(page, c.button, c.user, "Cancel");
+    for (const auto& c : kCases) GiveUp(page, c.button, c.user);
     EXPECT_EQ(kBefore, Held());
     for (const auto& c : kCases) {
       In(page, c.button, c.user);

@@ -65,35 +65,31 @@ TEST_F(SummaryPage, WhatGoesInComesOut) {
 }
 
 TEST_F(SummaryPage, ANewSummaryIsCheckedInOrder) {
-  const std::string kProposed =
-      "/*Replace with your equations*/\nSampleIsValid= 1; \nWriteToSummary= 1; \nRestartSummary= 0;";
   const char* kMaxSamples = "Maximum number\nof samples in a\n summary : ";
   const char* kMaxSummaries = "Maximum number\nof summaries\nstored :";
+  const auto shows = [](const char* text) {
+    return [=](QWidget* editor) { EXPECT_EQ(text, Written(editor)); };
+  };
   OnPage(m_page, [&](QWidget* page) {
     In(page, "Add", [&](QWidget* dialog) {
-      const auto isRefused = [&](const char* box) {
-        Click(dialog, "OK");
-        EXPECT_TRUE(dialog->isVisible());
-        EXPECT_EQ(CTexts{std::string("|") + box + "|30"}, m_prompter.Take());
-      };
+      const auto isRefused = [&](const char* box) { IsRefused(dialog, m_prompter, box); };
       EXPECT_EQ("0 0", Typed(dialog, kMaxSamples) + " " + Typed(dialog, kMaxSummaries));
       Type(dialog, kMaxSummaries, "");
-      isRefused("Please enter a whole number from 0 to 4294967295.");
+      isRefused(kNoWhole);
       Type(dialog, kMaxSummaries, "3");
       Type(dialog, kMaxSamples, "4");
-      isRefused("Wrong Configuration!!\n You must give a name");
+      isRefused(kNoName);
       Type(dialog, "Name:", "n");
-      isRefused("Wrong Configuration!!\n You must select a destination path");
+      isRefused(kNoPath);
       Type(dialog, "Path:", "/p");
-      In(
-          dialog, "Enable Equations...", [&](QWidget* editor) { EXPECT_EQ(kProposed, Written(editor)); },
-          "Cancel");
-      isRefused("Wrong Configuration!!\n To write logs you must enter the basic enable equations at least");
+      GiveUp(dialog, "Enable Equations...",
+             shows("/*Replace with your equations*/\nSampleIsValid= 1; \nWriteToSummary= 1; \n"
+                   "RestartSummary= 0;"));
+      isRefused(kNoEquations);
       In(dialog, "Enable Equations...", Write("WriteToSummary = s;"));
       isRefused("Wrong Configuration!!\n To write summary you must enter at least 1 output variable");
       In(dialog, "Variable List...", TakeAll);
-      In(
-          dialog, "Summary Equations...", [](QWidget* editor) { EXPECT_EQ("", Written(editor)); }, "Cancel");
+      GiveUp(dialog, "Summary Equations...", shows(""));
       In(dialog, "Summary Equations...", Write("t = a;"));
       Check(dialog, "Write Summary");
     });
@@ -104,15 +100,12 @@ TEST_F(SummaryPage, ANewSummaryIsCheckedInOrder) {
 TEST_F(SummaryPage, WithoutNamesNothingOpens) {
   SetInput(m_input, {});
   OnPage(m_page, [](QWidget* page) {
-    In(
-        page, "Add",
-        [](QWidget* dialog) {
-          for (const char* button : {"Summary Equations...", "Variable List...", "Enable Equations..."})
-            Quietly(dialog, button);
-        },
-        "Cancel");
+    GiveUp(page, "Add", [](QWidget* dialog) {
+      for (const char* button : {"Summary Equations...", "Variable List...", "Enable Equations..."})
+        Quietly(dialog, button);
+    });
   });
-  EXPECT_EQ(m_prompter.Take(), CTexts());
+  EXPECT_EQ(CTexts(), m_prompter.Take());
 }
 
 }  // namespace
