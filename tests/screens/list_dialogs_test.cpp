@@ -8,8 +8,12 @@
 #include "tests/support/names.h"
 #include "tests/support/windows.h"
 #include "vastra/screens/conf_var_list_dlg.h"
+#include "vastra/screens/driver_type_dlg.h"
 #include "vastra/screens/equations_dlg.h"
+#include "vastra/screens/input_page.h"
 #include "vastra/screens/new_var_dlg.h"
+#include "vastra/screens/plc_write_page.h"
+#include "vastra/screens/scaler_dlg.h"
 #include "vastra/screens/trend_facade_dlg.h"
 #include "vastra/screens/var_list_dlg.h"
 #include "vastra/screens/variables_dlg.h"
@@ -248,7 +252,16 @@ TEST(Screens, NoCaptionIsCut) {
   CVariablesDlg variables;
   CConfVarListDlg conf;
   CEquationsDlg equations;
-  CDialog* const all[] = {&newVar, &varList, &variables, &conf, &equations, &facade};
+  CDriverTypeDlg node;
+  CScalerDlg scaler;
+  const CStringArray names;
+  CScalerConfig rows;
+  scaler.m_pNames = &names;
+  scaler.m_pScaler = &rows;
+  CInputPage input;
+  CPlcWritePage write;
+  CDialog* const all[] = {&newVar, &varList, &variables, &conf,  &equations,
+                          &facade, &node,    &scaler,    &input, &write};
   for (CDialog* dialog : all) {
     ASSERT_EQ(1, dialog->Create());
     for (const QWidget* widget : dialog->Widget()->findChildren<QWidget*>(Qt::FindDirectChildrenOnly)) {

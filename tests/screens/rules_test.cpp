@@ -130,5 +130,43 @@ TEST(EquationCheck, TheFirstFaultIsFoundByItsOffsetInTheWholeText) {
   }
 }
 
+TEST(EquationCheck, StatementsMayReadWhatAnyOfThemAssigns) {
+  const struct {
+    CStringArray equations;
+    int statement, offset;
+  } kCases[] = {
+      // a may be read
+      {{}, 0, 0},
+      {Names({"y = x", "x = a", "x = x + 1"}), 0, 0},
+      {Names({"x = a", "y = b", "z = c"}), 2, 4},
+      {Names({"/* old */ x\n = a", " y = x"}), 0, 0},
+      {Names({"x = a", "a"}), 2, 1},
+      {Names({""}), 1, 0},
+      {Names({"A = 1", "x = a + A"}), 0, 0},
+  };
+  for (const auto& c : kCases) {
+    const CTextFault fault = CheckStatements(c.equations, Names({"a"}));
+    EXPECT_EQ(c.statement, fault.statement) << Join(c.equations);
+    EXPECT_EQ(c.offset, fault.offset) << Join(c.equations);
+  }
+}
+
+TEST(EquationCheck, ATargetIsTheLastWordBeforeTheFirstSign) {
+  const struct {
+    const char *equation, *target;
+  } kCases[] = {{"x = a", "x"},
+                {"x=y=z", "x"},
+                {" \r\n x  = a", "x"},
+                {"/* c */ x = 1", "x"},
+                {"/* c\nx = 1", "x"},
+                {"x y = 1", "y"},
+                {"x", ""},
+                {"", ""},
+                {"= 1", ""},
+                {"\xC3\xA9 x == 1", "x"},
+                {"x\ty = 1", "x\ty"}};
+  for (const auto& c : kCases) EXPECT_EQ(c.target, TargetName(c.equation)) << c.equation;
+}
+
 }  // namespace
 }  // namespace vastra

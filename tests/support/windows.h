@@ -93,7 +93,9 @@ T* Find(QWidget* window, const char* name) {
 }
 
 inline void Click(QWidget* window, const char* caption) {
-  QTest::mouseClick(Find<QAbstractButton>(window, caption), Qt::LeftButton);
+  auto* button = Find<QAbstractButton>(window, caption);
+  const QPoint mark = {8, button->height() / 2};  // a box may be wider than what can be clicked
+  QTest::mouseClick(button, Qt::LeftButton, {}, button->isCheckable() ? mark : QPoint());
 }
 
 // What a list shows, top to bottom.

@@ -27,27 +27,27 @@ constexpr const char* kAddNode = "Add net node...";
 constexpr const char* kEditNode = "Edit net node...";
 constexpr const char* kDeleteNode = "Delete Node";
 constexpr CControl kControls[] = {
-    {CControl::groupBox, "Source", {7, 7, 160, 58}},
-    {CControl::firstRadioButton, kConnected, {14, 18, 146, 10}},
-    {CControl::radioButton, kSimulating, {14, 31, 146, 10}},
-    {CControl::button, kFiles, {14, 45, 110, 14}},
-    {CControl::groupBox, "Preprocessing", {7, 69, 160, 62}},
-    {CControl::checkBox, kPreprocess, {14, 80, 146, 10}},
-    {CControl::button, kVariables, {14, 94, 110, 14}},
-    {CControl::button, kEquations, {14, 111, 110, 14}},
-    {CControl::groupBox, "Scan", {7, 135, 160, 43}},
-    {CControl::firstRadioButton, kAsFast, {14, 146, 146, 10}},
-    {CControl::radioButton, kPeriod, {14, 161, 60, 10}},
-    {CControl::numberEdit, kPeriod, {76, 159, 36, 14}},
-    {CControl::text, "milliseconds", {116, 161, 46, 10}},
-    {CControl::checkBox, kAutoStart, {14, 183, 146, 10}},
-    {CControl::groupBox, kNodes, {174, 7, 99, 184}},
-    {CControl::listBox, kNodes, {181, 18, 85, 115}},
-    {CControl::button, kAddNode, {181, 137, 85, 14}},
-    {CControl::button, kEditNode, {181, 154, 85, 14}},
-    {CControl::button, kDeleteNode, {181, 171, 85, 14}},
+    {CControl::groupBox, "Source", {7, 7, 160, 61}},
+    {CControl::firstRadioButton, kConnected, {14, 21, 146, 10}},
+    {CControl::radioButton, kSimulating, {14, 34, 146, 10}},
+    {CControl::button, kFiles, {14, 48, 110, 14}},
+    {CControl::groupBox, "Preprocessing", {7, 72, 160, 64}},
+    {CControl::checkBox, kPreprocess, {14, 86, 146, 10}},
+    {CControl::button, kVariables, {14, 99, 110, 14}},
+    {CControl::button, kEquations, {14, 116, 110, 14}},
+    {CControl::groupBox, "Scan", {7, 140, 160, 44}},
+    {CControl::firstRadioButton, kAsFast, {14, 154, 146, 10}},
+    {CControl::radioButton, kPeriod, {14, 168, 60, 10}},
+    {CControl::numberEdit, kPeriod, {76, 166, 36, 14}},
+    {CControl::text, "milliseconds", {116, 168, 46, 10}},
+    {CControl::checkBox, kAutoStart, {14, 188, 146, 10}},
+    {CControl::groupBox, kNodes, {174, 7, 99, 191}},
+    {CControl::listBox, kNodes, {181, 21, 85, 119}},
+    {CControl::button, kAddNode, {181, 144, 85, 14}},
+    {CControl::button, kEditNode, {181, 161, 85, 14}},
+    {CControl::button, kDeleteNode, {181, 178, 85, 14}},
 };
-constexpr CDialogTemplate kTemplate = {"Input", {280, 198}, kControls};
+constexpr CDialogTemplate kTemplate = {"Input", {280, 205}, kControls};
 
 constexpr UINT kUsualScanPeriod = 5000;
 

@@ -12,9 +12,9 @@ constexpr const char* kAdd = "Add ";
 constexpr const char* kEdit = "Edit ";
 constexpr const char* kDelete = "Delete ";
 constexpr CControl kControls[] = {
-    {CControl::groupBox, kNodes, {7, 7, 266, 168}}, {CControl::listBox, kNodes, {14, 19, 170, 148}},
-    {CControl::button, kAdd, {191, 19, 75, 14}},    {CControl::button, kEdit, {191, 36, 75, 14}},
-    {CControl::button, kDelete, {191, 53, 75, 14}}, {CControl::checkBox, kDisable, {14, 181, 160, 10}},
+    {CControl::groupBox, kNodes, {7, 7, 266, 168}}, {CControl::listBox, kNodes, {14, 21, 170, 147}},
+    {CControl::button, kAdd, {191, 21, 75, 14}},    {CControl::button, kEdit, {191, 38, 75, 14}},
+    {CControl::button, kDelete, {191, 55, 75, 14}}, {CControl::checkBox, kDisable, {14, 181, 160, 10}},
 };
 constexpr CDialogTemplate kTemplate = {"Plc Write", {280, 198}, kControls};
 

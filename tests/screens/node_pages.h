@@ -1,0 +1,133 @@
+// The pages of the configuration sheet that have PLC nodes, in a sheet, and the driver that their dialogs
+// find.
+#pragma once
+
+#include <QComboBox>
+#include <QLineEdit>
+
+#include "tests/plc/scripted_driver.h"
+#include "tests/support/names.h"
+#include "tests/support/recorder.h"
+#include "tests/support/windows.h"
+#include "vastra/platform/module.h"
+#include "vastra/plc/driver_factory.h"
+#include "vastra/ui/property_sheet.h"
+
+namespace vastra {
+
+using CTexts = std::vector<std::string>;
+using CUser = std::function<void(QWidget*)>;
+
+inline void NoUser(QWidget*) {}
+
+// Opens the dialog behind button, lets user work there and leaves it by end; null: user has left it.
+inline CUser In(const char* button, const CUser& user, const char* end = "OK") {
+  return [=](QWidget* window) {
+    WhileModal([&] { Click(window, button); },
+               [&](QWidget* inner) {
+                 user(inner);
+                 if (end) Click(inner, end);
+               });
+  };
+}
+
+// One after the other.
+inline CUser All(const std::vector<CUser>& users) {
+  return [=](QWidget* window) {
+    for (const CUser& user : users) user(window);
+  };
+}
+
+inline CUser Press(const char* caption) {
+  return [=](QWidget* window) { Click(window, caption); };
+}
+
+// Puts text in place of what the field shows.
+inline CUser Type(const char* field, const char* text) {
+  return [=](QWidget* window) {
+    auto* edit = Find<QLineEdit>(window, field);
+    edit->selectAll();
+    QTest::keyClick(edit, Qt::Key_Delete);
+    QTest::keyClicks(edit, text);
+  };
+}
+
+inline CUser Mark(const char* list, int row) {
+  return [=](QWidget* window) { Find<QListWidget>(window, list)->setCurrentRow(row); };
+}
+
+inline void DoubleClick(QListWidget* list, int row) {
+  const QPoint place = list->visualItemRect(list->item(row)).center();
+  QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, place);
+  QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, place);
+}
+
+// Opens pages in a sheet, lets user work there and leaves it by end.
+inline int RunSheet(const std::vector<CPropertyPage*>& pages, const CUser& user, const char* end = "OK") {
+  CPropertySheet sheet("Configuration");
+  for (CPropertyPage* page : pages) sheet.AddPage(*page);
+  int result = -1;
+  WhileModal([&] { result = sheet.DoModal(); },
+             [&](QWidget* window) {
+               user(window);
+               Click(window, end);
+             });
+  return result;
+}
+
+// The driver with a form. In front of it is one without.
+constexpr int kSilent = 0, kScripted = 1;  // indexes
+
+inline Script* g_script = nullptr;
+// The form as a user works it: what it starts from shows in what comes out.
+inline int AcceptForm(int isNew) {
+  g_script->record.value1 += isNew ? 10 : 20;
+  g_script->record.plcType = SCRIPTED_ID;
+  g_script->record.text1 = g_script->record.text2 = "typed";  // those it was given are gone by now, or soon
+  return 1;
+}
+inline int CancelForm(int isNew) { return AcceptForm(isNew), 0; }
+
+class CScriptedDriver {
+ public:
+  CScriptedDriver() {
+    const CDriverFactory& factory = *CDriverFactory::Instance();
+    m_module = LoadModule(factory.GetPath() + "/" + factory.GetDrivers()[kScripted].m_fileName);
+    Restart();
+  }
+  CScriptedDriver(const CScriptedDriver&) = delete;
+  CScriptedDriver& operator=(const CScriptedDriver&) = delete;
+  ~CScriptedDriver() { FreeModule(m_module); }
+  void Restart() {
+    g_script = reinterpret_cast<Script* (*)()>(FindExport(m_module, "FreshScript"))();
+    g_script->functions.ShowConfig = AcceptForm;
+  }
+
+ private:
+  CRecorder m_recorder;  // for the links
+  HMODULE m_module;
+};
+
+inline CUser Select(int driver) {
+  return [=](QWidget* window) {
+    auto* combo = Find<QComboBox>(window, "Type of PLC :");
+    QTest::keyClick(combo, driver == 0 ? Qt::Key_Home : Qt::Key_End);
+    EXPECT_EQ(driver, combo->currentIndex());
+  };
+}
+
+inline CUser AddVariable(const char* name) { return In("Insert  New Variable", Type("New Variable", name)); }
+
+// Makes a node in its dialog: configured, called name, with the variables v and w.
+inline CUser MakeNode(const char* name) {
+  return All({Select(kScripted), Type("Name :", name),
+              In("Variable List", All({AddVariable("v"), AddVariable("w")})), Press("Configure PLC")});
+}
+
+inline std::string Join(const CStringArray& texts) {
+  std::string all;
+  for (const CString& text : texts) all += text.Std() + ",";
+  return all;
+}
+
+}  // namespace vastra
