@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QPlainTextEdit>
 #include <QTabWidget>
 
 #include "tests/screens/node_pages.h"
@@ -50,7 +49,7 @@ class InputPage : public testing::Test {
     state.Format("%d %d %d %d %u|", config.m_simulating, config.m_preprocess, config.m_asFastAsPossible,
                  config.m_autoStart, config.m_scanPeriod);
     for (const CString& file : config.m_inputFiles) state += file + ",";
-    state += CString("|" + Join(config.m_preNewVars) + "|" + Join(config.m_preEquations) + "|");
+    state += CString("|" + Joined(config.m_preNewVars) + "|" + Joined(config.m_preEquations) + "|");
     return (state + config.m_preEquationText).Std();
   }
 
@@ -303,7 +302,7 @@ TEST_F(InputPage, AnApplyAsksBeforeItErasesEquations) {
       {openAndAbsent, Names({"x = a"}), {}, {}, {}, true, "x = a,|"},
   };
   for (const auto& c : kCases) {
-    SCOPED_TRACE(Join(c.pre) + "|" + Join(c.trend));
+    SCOPED_TRACE(Joined(c.pre) + "|" + Joined(c.trend));
     CInputConfig config;
     AddNode(config);
     config.m_preNewVars = Names({"a"});
@@ -330,7 +329,7 @@ TEST_F(InputPage, AnApplyAsksBeforeItErasesEquations) {
     EXPECT_EQ(c.applied, !isOpen);
     EXPECT_EQ(c.asked, answers.Take());
     m_page.GetConfiguration(config);
-    EXPECT_EQ(c.left, Join(config.m_preEquations) + "|" + Join(trend.m_equations));
+    EXPECT_EQ(c.left, Joined(config.m_preEquations) + "|" + Joined(trend.m_equations));
     EXPECT_EQ(config.m_preEquations == c.pre ? "pre" : "", config.m_preEquationText);
     EXPECT_EQ(trend.m_equations == c.trend ? "trend" : "", trend.m_equationText);
   }

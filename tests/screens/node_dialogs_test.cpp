@@ -248,7 +248,7 @@ TEST_F(NodeDialog, ANodeThatIsWrittenHasTheVariablesOfThePages) {
     const CUser user =
         c.offered ? All({In("Variable List", takeOut), In("Variable List", choose)}) : Press("Variable List");
     EXPECT_EQ(CTexts(), Run(user, "OK", false, CDriverTypeDlg::writeNode));
-    EXPECT_EQ(c.chosen, Join(m_node.m_varNames));
+    EXPECT_EQ(c.chosen, Joined(m_node.m_varNames));
     EXPECT_EQ(c.rows, Rows()) << "a scale went with its variable, which came back";
   }
 }
@@ -258,7 +258,7 @@ struct CNodePage {
   const char *add, *edit, *remove;
   void (*set)(CPropertyPage& page, const COwnedList<CPlcNodeConfig>& nodes);
   COwnedList<CPlcNodeConfig> (*get)(const CPropertyPage& page);
-  CPropertyPage* (*make)();
+  const CRuntimeClass& kind;
 };
 const CNodePage kPages[] = {
     {"Add net node...", "Edit net node...", "Delete Node",
@@ -272,7 +272,7 @@ const CNodePage kPages[] = {
        static_cast<const CInputPage&>(page).GetConfiguration(config);
        return config.m_plcNodes;
      },
-     []() -> CPropertyPage* { return new CInputPage; }},
+     CInputPage::classCInputPage},
     {"Add ", "Edit ", "Delete ",
      [](CPropertyPage& page, const COwnedList<CPlcNodeConfig>& nodes) {
        CPlcMultiConfig config;
@@ -290,31 +290,31 @@ const CNodePage kPages[] = {
          nodes.AddTail(new CPlcNodeConfig(single->m_node));
        return nodes;
      },
-     []() -> CPropertyPage* { return new CPlcWritePage; }},
+     CPlcWritePage::classCPlcWritePage},
 };
 
 CTexts ShownNodes(QWidget* window) { return Shown(Find<QListWidget>(window, "Net nodes")); }
 
 TEST(NodePages, NodesAreAddedAndEditedInTheirDialog) {
-  for (const CNodePage& kind : kPages) {
+  for (const CNodePage& row : kPages) {
     CTestPrompter prompter;
     const CScriptedDriver driver;
-    const std::unique_ptr<CPropertyPage> page(kind.make());
+    const std::unique_ptr<CPropertyPage> page(static_cast<CPropertyPage*>(row.kind.CreateObject()));
     const CTexts kTaken = {"|PLC name already used|30"}, kNone = {"|There isn't any node selected|30"};
     const CUser user = [&](QWidget* window) {
       auto* list = Find<QListWidget>(window, "Net nodes");
-      Click(window, kind.edit);
+      Click(window, row.edit);
       EXPECT_EQ(kNone, prompter.Take());
-      In(kind.add, MakeNode("none"), "Cancel")(window);
-      In(kind.add, MakeNode("A"))(window);
-      In(kind.add, All({MakeNode("a"), Press("OK"), Type("Name :", "B")}))(window);
+      In(row.add, MakeNode("none"), "Cancel")(window);
+      In(row.add, MakeNode("A"))(window);
+      In(row.add, All({MakeNode("a"), Press("OK"), Type("Name :", "B")}))(window);
       EXPECT_EQ(kTaken, prompter.Take());
       EXPECT_EQ((CTexts{"A", "B"}), Shown(list));
 
       list->setCurrentRow(0);
-      In(kind.edit, Type("Name :", "A"))(window);
+      In(row.edit, Type("Name :", "A"))(window);
       list->setCurrentRow(0);
-      In(kind.edit, Type("Name :", "C"), "Cancel")(window);
+      In(row.edit, Type("Name :", "C"), "Cancel")(window);
       EXPECT_EQ((CTexts{"A", "B"}), Shown(list));
       WhileModal([&] { DoubleClick(list, 1); },
                  [](QWidget* inner) {
@@ -325,10 +325,10 @@ TEST(NodePages, NodesAreAddedAndEditedInTheirDialog) {
     };
     EXPECT_EQ(IDCANCEL, RunSheet({page.get()}, user, "Cancel"));
     std::string nodes;
-    for (const CPlcNodeConfig* node : kind.get(*page)) {
+    for (const CPlcNodeConfig* node : row.get(*page)) {
       CString text;
       text.Format("%s: %d %d %u %s %d|", node->m_nodeName.Std().c_str(), node->m_driver.plcType,
-                  node->m_driver.value1, node->m_driver.variableCount, Join(node->m_varNames).c_str(),
+                  node->m_driver.value1, node->m_driver.variableCount, Joined(node->m_varNames).c_str(),
                   node->m_scaler.m_nodes.GetSize());
       nodes += text.Std();
     }
@@ -338,28 +338,28 @@ TEST(NodePages, NodesAreAddedAndEditedInTheirDialog) {
 }
 
 TEST(NodePages, AllNodesOfTheNameThatIsMarkedAreDeleted) {
-  for (const CNodePage& kind : kPages) {
+  for (const CNodePage& row : kPages) {
     CTestPrompter prompter;
-    const std::unique_ptr<CPropertyPage> page(kind.make());
+    const std::unique_ptr<CPropertyPage> page(static_cast<CPropertyPage*>(row.kind.CreateObject()));
     COwnedList<CPlcNodeConfig> nodes;
     for (const char* name : {"x", "y", "x", "X", "", "x"}) {
       nodes.AddTail(new CPlcNodeConfig);
       nodes.GetTail()->m_nodeName = name;
     }
-    kind.set(*page, nodes);
+    row.set(*page, nodes);
     RunSheet(
         {page.get()},
         [&](QWidget* window) {
-          Click(window, kind.remove);
+          Click(window, row.remove);
           EXPECT_EQ(CTexts{"|There isn't any node selected|30"}, prompter.Take());
-          All({Mark("Net nodes", 2), Press(kind.remove)})(window);
+          All({Mark("Net nodes", 2), Press(row.remove)})(window);
           EXPECT_EQ((CTexts{"y", "X", ""}), ShownNodes(window));
-          All({Mark("Net nodes", 2), Press(kind.remove)})(window);
+          All({Mark("Net nodes", 2), Press(row.remove)})(window);
           EXPECT_EQ(CTexts{"|Node index is wrong|30"}, prompter.Take());
           EXPECT_EQ((CTexts{"y", "X", ""}), ShownNodes(window));
         },
         "Cancel");
-    EXPECT_EQ(3, kind.get(*page).GetCount());
+    EXPECT_EQ(3, row.get(*page).GetCount());
   }
 }
 

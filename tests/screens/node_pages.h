@@ -2,33 +2,19 @@
 // find.
 #pragma once
 
-#include <QComboBox>
-#include <QLineEdit>
-
 #include "tests/plc/scripted_driver.h"
-#include "tests/support/names.h"
+#include "tests/screens/sheet_user.h"
 #include "tests/support/recorder.h"
-#include "tests/support/windows.h"
 #include "vastra/platform/module.h"
 #include "vastra/plc/driver_factory.h"
-#include "vastra/ui/property_sheet.h"
 
 namespace vastra {
 
-using CTexts = std::vector<std::string>;
-using CUser = std::function<void(QWidget*)>;
-
 inline void NoUser(QWidget*) {}
 
-// Opens the dialog behind button, lets user work there and leaves it by end; null: user has left it.
+// The same as steps of a user.
 inline CUser In(const char* button, const CUser& user, const char* end = "OK") {
-  return [=](QWidget* window) {
-    WhileModal([&] { Click(window, button); },
-               [&](QWidget* inner) {
-                 user(inner);
-                 if (end) Click(inner, end);
-               });
-  };
+  return [=](QWidget* window) { In(window, button, user, end); };
 }
 
 // One after the other.
@@ -122,12 +108,6 @@ inline CUser AddVariable(const char* name) { return In("Insert  New Variable", T
 inline CUser MakeNode(const char* name) {
   return All({Select(kScripted), Type("Name :", name),
               In("Variable List", All({AddVariable("v"), AddVariable("w")})), Press("Configure PLC")});
-}
-
-inline std::string Join(const CStringArray& texts) {
-  std::string all;
-  for (const CString& text : texts) all += text.Std() + ",";
-  return all;
 }
 
 }  // namespace vastra

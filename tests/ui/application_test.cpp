@@ -2,11 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <QFileDialog>
+#include <QLineEdit>
 #include <QMessageBox>
 
 #include <atomic>
 #include <thread>
 
+#include "tests/support/files.h"
 #include "tests/support/windows.h"
 
 namespace vastra {
@@ -66,6 +69,39 @@ TEST(Boxes, AWorkerWaitsForTheAnswer) {
       });
   worker.join();
   EXPECT_EQ(answer, IDYES);
+}
+
+TEST(Choosers, SeveralFilesComeInTheOrderInWhichTheyWereChosen) {
+  const CWindows real;
+  const CTempDir dir;
+  for (const char* name : {"a.rph", "b.rph", "c.txt"}) WriteBytes(dir / name, "");
+  CFileQuestion question;
+  question.filter = "Heat Files (*.rph)|*.rph||";
+  const struct {
+    const char* typed;
+    std::vector<std::string> names;  // empty: the user gives up
+  } kCases[] = {{R"("b.rph" "a.rph")", {"b.rph", "a.rph"}}, {"a.rph", {"a.rph"}}, {nullptr, {}}};
+  for (const auto& c : kCases) {
+    CStringArray paths;
+    paths.Add("from before");
+    int chosen = -1;
+    WhileModal([&] { chosen = ChooseFiles(question, paths); },
+               [&](QWidget* window) {
+                 auto* dialog = qobject_cast<QFileDialog*>(window);
+                 ASSERT_TRUE(dialog);
+                 EXPECT_EQ(QStringList("Heat Files (*.rph)"), dialog->nameFilters());
+                 dialog->setDirectory(dir.Path().Std().c_str());
+                 if (!c.typed) return;
+                 window->findChild<QLineEdit*>("fileNameEdit")->setText(c.typed);
+                 QTest::keyClick(window, Qt::Key_Return);
+               });
+    EXPECT_EQ(c.typed ? 1 : 0, chosen);
+    std::vector<std::string> names;
+    for (const CString& path : paths) names.push_back(path.Std());
+    std::vector<std::string> expected;
+    for (const std::string& name : c.names) expected.push_back((dir / name.c_str()).Std());
+    EXPECT_EQ(c.typed ? expected : std::vector<std::string>{"from before"}, names);
+  }
 }
 
 }  // namespace
