@@ -109,6 +109,7 @@ TEST_F(InputPage, ControlsFollowTheChoices) {
   config.m_simulating = config.m_preprocess = config.m_asFastAsPossible = 1;
   EXPECT_EQ("SVPxxxx -77", opened());
   config = CInputConfig();
+  config.m_scanPeriod = 77;
   m_page.SetConfiguration(config);
   const struct {
     const char *click, *state;

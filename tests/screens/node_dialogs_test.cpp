@@ -212,14 +212,10 @@ TEST_F(NodeDialog, RowsOfTheScalerFollowTheVariables) {
 
 TEST_F(NodeDialog, ANodeThatIsWrittenHasTheVariablesOfThePages) {
   CInputPage input, unknown;
-  CInputConfig config;
-  config.m_preprocess = 1;
-  config.m_preNewVars = Names({"p", "q"});
-  input.SetConfiguration(config);  // unknown is connected to no node
+  SetInput(input, {"p", "q"});
+  SetInput(unknown, {});
   CSmartPage smart;
-  CSmartConfig smartConfig;
-  smartConfig.m_outputVars = Names({"s"});
-  smart.SetConfiguration(smartConfig);
+  SetSmart(smart, {"s"});
   AddRow("a", 4);
   const struct {
     CInputPage* input;
@@ -237,16 +233,14 @@ TEST_F(NodeDialog, ANodeThatIsWrittenHasTheVariablesOfThePages) {
     m_pSmart = c.smart;
     m_node.m_varNames = Names({"a", "b"});
     const CUser takeOut = All({Mark("Selected Vars", 0), Press("Delete Variable")});
-    const CUser choose =
-        All({[&](QWidget* window) {
-               std::string offered;
-               for (const std::string& name : Shown(Find<QListWidget>(window, "Available Vars")))
-                 offered += name + ",";
-               EXPECT_EQ(c.offered, offered);
-             },
-             AddVariable("a"), Press("->>")});
-    const CUser user =
-        c.offered ? All({In("Variable List", takeOut), In("Variable List", choose)}) : Press("Variable List");
+    const CUser choose = All({[&](QWidget* window) {
+                                CStringArray offered;
+                                for (const std::string& name : Offered(window)) offered.Add(CString(name));
+                                EXPECT_EQ(c.offered, Joined(offered));
+                              },
+                              AddVariable("a"), TakeAll});
+    const CUser user = c.offered ? All({In("Variable List", takeOut), In("Variable List", choose)})
+                                 : [](QWidget* window) { Quietly(window, "Variable List"); };
     EXPECT_EQ(CTexts(), Run(user, "OK", false, CDriverTypeDlg::writeNode));
     EXPECT_EQ(c.chosen, Joined(m_node.m_varNames));
     EXPECT_EQ(c.rows, Rows()) << "a scale went with its variable, which came back";
@@ -397,6 +391,23 @@ TEST(PlcWritePage, KeepsTheNumberOfItsTarget) {
   page.GetConfiguration(target);
   EXPECT_EQ("", names());
   EXPECT_EQ(1, target.m_disableWriting);
+}
+
+TEST(PlcWritePage, OffersWhatTheOtherPagesGive) {
+  const CScriptedDriver driver;
+  CInputPage input;
+  SetInput(input, {"p"});
+  CSmartPage smart;
+  SetSmart(smart, {"s"});
+  CPlcWritePage page;
+  page.SetInputPointer(&input);
+  page.SetSmartPointer(&smart);
+  const CUser look = In("Variable List", [](QWidget* window) {
+    EXPECT_EQ((CTexts{"p", "s"}), Offered(window));
+  });
+  const CUser user = All({In("Add ", MakeNode("A")), In("Add ", look, "Cancel"), Mark("Net nodes", 0),
+                          In("Edit ", look, "Cancel")});
+  RunSheet({&page}, user);
 }
 
 }  // namespace

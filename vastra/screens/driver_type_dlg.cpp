@@ -113,7 +113,7 @@ void CDriverTypeDlg::UpdateScalers(int mode) {
 bool CDriverTypeDlg::IsNameTaken() const {
   if (!m_pNameList || m_pNameList->GetCount() == 0) return false;
   const int first = m_pNameList->FindStringExact(-1, m_name);
-  if (m_oldName.IsEmpty() || m_oldName != m_name) return first >= 0;
+  if (m_oldName != m_name) return first >= 0;
   return m_pNameList->FindStringExact(first, m_name) != first;
 }
 
