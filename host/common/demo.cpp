@@ -39,7 +39,7 @@ const char* const kDemoConfiguration = R"({
     ],
     "preprocess": 1,
     "preEquationText": "/* degrees */ Temp = 850 + 40 * Heat; n = n + 1; TempMean = n == 1 ? Temp : TempMean + (Temp - TempMean) / 10; /* twenty items are a batch */ Batch = 1 + (Items - 1 - (Items - 1) % 20) / 20; /* the computer that writes to the panel */ ComputerNode = 0;",
-    "preNewVars": ["Heat", "Temp", "TempMean", "Draft", "Feed", "Items", "Gate", "Batch", "ShownTemp", "Lamp", "ComputerNode"]
+    "preNewVars": ["Temp", "TempMean", "Draft", "Feed", "Items", "Gate", "Batch", "ShownTemp", "Lamp", "ComputerNode", "Heat"]
   },
   "outputs": [
     { "name": "All variables, named by time",

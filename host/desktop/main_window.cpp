@@ -14,6 +14,7 @@
 #include "host/common/configuration_json.h"
 #include "host/common/demo.h"
 #include "host/common/equation_check.h"
+#include "host/common/log_places.h"
 #include "host/common/warnings.h"
 #include "host/desktop/configuration_sheet.h"
 #include "host/desktop/overview.h"
@@ -58,6 +59,14 @@ bool HasOpenDialog() {
 }
 
 void TellFault(const CString& text) { AfxMessageBox(text, MB_OK | MB_ICONEXCLAMATION); }
+
+// A stage whose logs have nowhere to go tells so in the messages, without the place.
+CString ExplainPlaces(const CConfiguration& configuration, const CString& stage) {
+  for (const CLogPlace& place : FindLogPlaces(configuration))
+    if (place.key.Find(stage) == 0 && !CanEnter(place.directory))
+      return "there is no folder " + place.directory;
+  return {};
+}
 
 }  // namespace
 
@@ -105,7 +114,6 @@ void CMainWindow::MakeFileMenu() {
                  << AddAction(file, "Save &As...", QKeySequence("Ctrl+Shift+S"), [this] { AskToSave(); });
   file->addSeparator();
   m_edit = AddAction(file, "&Configuration...", QKeySequence("Ctrl+E"), [this] { EditConfiguration(); });
-  m_edit->setIcon(style()->standardIcon(QStyle::SP_FileDialogDetailedView));
   m_needDocument << m_edit << AddAction(file, "Re&port", QKeySequence("Ctrl+R"), [this] { ShowReport(); });
   file->addSeparator();
   AddAction(file, "&Quit", QKeySequence("Ctrl+Q"), [this] { close(); });
@@ -362,7 +370,7 @@ void CMainWindow::TellWhyNotOpened() {
   const CConfiguration& configuration = m_document.Configuration();
   const CString why = stage == "input"      ? ExplainSilence(configuration.m_input)
                       : stage == "plcWrite" ? ExplainSilence(configuration.m_plcWrite)
-                                            : CString();
+                                            : ExplainPlaces(configuration, stage);
   TellFault(stage + ": the stage does not open" +
             (why.IsEmpty() ? CString("; the messages tell why.") : ", since " + why));
 }

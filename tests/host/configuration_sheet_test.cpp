@@ -5,8 +5,8 @@
 #include <QTabWidget>
 #include <QTableView>
 
-#include <map>
 #include <nlohmann/json.hpp>
+#include <set>
 
 #include "host/common/configuration_file.h"
 #include "host/common/configuration_json.h"
@@ -75,11 +75,12 @@ void Insert(QWidget* dialog, const std::vector<const char*>& names) {
 
 // The samples of the binary logs in folder, in the order of their variables.
 std::vector<std::vector<float>> Log(const CString& folder) {
+  std::set<std::string> paths;  // logs of the same second are played in the order of the list
+  for (const auto& entry : std::filesystem::directory_iterator(folder.Std()))
+    if (entry.path().extension() == ".rph") paths.insert(entry.path().string());
   CLogInput replay;
   replay.GetOptions()->m_simulating = 1;
-  for (const auto& entry : std::filesystem::directory_iterator(folder.Std()))
-    if (entry.path().extension() == ".rph")
-      replay.GetOptions()->m_inputFiles.AddTail(CString(entry.path().string()));
+  for (const std::string& path : paths) replay.GetOptions()->m_inputFiles.AddTail(CString(path));
   std::vector<std::vector<float>> rows;
   CLogSample sample;
   EXPECT_TRUE(replay.Open());

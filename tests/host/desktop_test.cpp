@@ -352,6 +352,19 @@ TEST_F(Desktop, AWrongEquationIsToldBeforeAnythingOpens) {
   EXPECT_TRUE(HasStatus(window, "Stopped"));
 }
 
+TEST_F(Desktop, ALogWithoutAFolderIsTold) {
+  WriteBytes(
+      m_dir / "lost.json",
+      Configuration(kSimulator, R"(}, "summaries": [{"saveCsv": 1, "directory": "nowhere"}], "smart": {)"));
+  CMainWindow window;
+  CTestPrompter boxes;
+  ASSERT_TRUE(window.Open(m_dir / "lost.json"));
+  window.Start();
+  ASSERT_TRUE(Wait([&] { return HasStatus(window, "Stopped"); }));
+  EXPECT_EQ(boxes.asked.back(), "|summaries: the stage does not open, since there is no folder " +
+                                    (m_dir / "nowhere").Std() + "|30");
+}
+
 TEST_F(Desktop, TheReportIsShownCopiedAndSaved) {
   CMainWindow window;
   CTestChooser chooser;
