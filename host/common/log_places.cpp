@@ -4,8 +4,8 @@
 
 namespace vastra {
 namespace {
-constexpr const char* kOutputFlags[] = {"WriteToLog"};
-constexpr const char* kSummaryFlags[] = {"SampleIsValid", "WriteToSummary"};
+constexpr const char* kLogPlaceFlags[] = {"WriteToLog"};
+constexpr const char* kSummaryPlaceFlags[] = {"SampleIsValid", "WriteToSummary"};
 }  // namespace
 
 std::vector<CLogPlace> FindLogPlaces(const CConfiguration& configuration) {
@@ -15,14 +15,14 @@ std::vector<CLogPlace> FindLogPlaces(const CConfiguration& configuration) {
     const CString key = KeyPath("outputs", index++);
     if (output->m_saveRp || output->m_saveCsv)
       places.push_back({key, output->m_directory, output->m_maxLogs, "maxLogs", output->m_maxSamples,
-                        output->m_enableEquations, kOutputFlags});
+                        output->m_enableEquations, kLogPlaceFlags});
   }
   index = 0;
   for (const CSummaryConfig* summary : configuration.m_summaries.m_summaries) {
     const CString key = KeyPath("summaries", index++);
     if (summary->m_saveRp || summary->m_saveCsv)
       places.push_back({key, summary->m_directory, summary->m_maxSummaries, "maxSummaries",
-                        summary->m_maxSamples, summary->m_enableEquations, kSummaryFlags});
+                        summary->m_maxSamples, summary->m_enableEquations, kSummaryPlaceFlags});
   }
   return places;
 }

@@ -8,7 +8,7 @@ constexpr const char *kFatal = "Fatal Error Messages", *kError = "Error Messages
                      *kDebug = "Debug Messages", *kAll = "All Messages", *kOnTop = "Always on Top",
                      *kClear = "Clear Console";
 
-constexpr CControl kControls[] = {
+constexpr CControl kConsoleConfControls[] = {
     {CControl::groupBox, "Type of Messages Showed ", {7, 7, 126, 98}},
     {CControl::checkBox, kFatal, {15, 20, 110, 10}},
     {CControl::checkBox, kError, {15, 34, 110, 10}},
@@ -21,7 +21,7 @@ constexpr CControl kControls[] = {
     {CControl::defaultButton, "OK", {14, 144, 50, 14}},
     {CControl::button, "Cancel", {76, 144, 50, 14}},
 };
-constexpr CDialogTemplate kTemplate = {"Console Configuration", {140, 165}, kControls};
+constexpr CDialogTemplate kConsoleConfTemplate = {"Console Configuration", {140, 165}, kConsoleConfControls};
 
 }  // namespace
 
@@ -32,7 +32,7 @@ const CConsoleConfDlg::CBox CConsoleConfDlg::kBoxes[] = {
     {kOnTop, &CConsoleConfDlg::m_onTop},     {kClear, &CConsoleConfDlg::m_clear},
 };
 
-CConsoleConfDlg::CConsoleConfDlg(CWnd* parent) : CDialog(kTemplate, parent) {}
+CConsoleConfDlg::CConsoleConfDlg(CWnd* parent) : CDialog(kConsoleConfTemplate, parent) {}
 
 void CConsoleConfDlg::OnInitDialog() {
   for (const CBox& box : kBoxes) Button(box.caption).SetCheck(this->*box.value != 0);

@@ -2,7 +2,7 @@
 
 namespace vastra {
 namespace {
-const CString kTypeName = "CConcatLink";
+const CString kConcatTypeName = "CConcatLink";
 constexpr CFault kReadsOnly = {severityFatal, "Cannot open CConcatLink on write mode."};
 constexpr CFault kNoWrite = {severityError, "CConcatLink cannot be used in write mode."};
 constexpr CFault kNoComponents = {severityFatal, "Linker does not have its components."};
@@ -15,7 +15,8 @@ CConcatLink* CConcatLink::Create(CLink* first, CLink* second) {
   return first && second ? new CConcatLink(first, second) : nullptr;
 }
 
-CConcatLink::CConcatLink(CLink* first, CLink* second) : CLink(kTypeName, first), m_pSecondComponent(second) {}
+CConcatLink::CConcatLink(CLink* first, CLink* second)
+    : CLink(kConcatTypeName, first), m_pSecondComponent(second) {}
 
 CConcatLink::~CConcatLink() {
   CConcatLink::Close();

@@ -3,7 +3,7 @@
 namespace vastra {
 namespace {
 
-const CString kTypeName = "CMapperLink";
+const CString kMapperTypeName = "CMapperLink";
 
 // For each of names the place of its first match in others, or -1.
 void MapNames(const CStringArray& names, const CStringArray& others, CArray<int, int>& map) {
@@ -25,7 +25,7 @@ CMapperLink* CMapperLink::Create(CLink* component) {
 }
 
 CMapperLink::CMapperLink(CLink* component)
-    : CComponentLink(kTypeName, component, RUNTIME_CLASS(CNameConfig)) {}
+    : CComponentLink(kMapperTypeName, component, RUNTIME_CLASS(CNameConfig)) {}
 
 const CFault* CMapperLink::Configure(CLinkConfig& config, UINT) {
   CStringArray inner;

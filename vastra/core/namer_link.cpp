@@ -2,13 +2,14 @@
 
 namespace vastra {
 namespace {
-const CString kTypeName = "CNamerLink";
+const CString kNamerTypeName = "CNamerLink";
 constexpr CFault kBadSample = {severityError, "Sample is not valid."};
 }  // namespace
 
 CNamerLink* CNamerLink::Create(CLink* component) { return component ? new CNamerLink(component) : nullptr; }
 
-CNamerLink::CNamerLink(CLink* component) : CComponentLink(kTypeName, component, RUNTIME_CLASS(CNameConfig)) {}
+CNamerLink::CNamerLink(CLink* component)
+    : CComponentLink(kNamerTypeName, component, RUNTIME_CLASS(CNameConfig)) {}
 
 const CFault* CNamerLink::Configure(CLinkConfig& config, UINT) {
   m_names = static_cast<CNameConfig&>(config).m_names;

@@ -3,7 +3,7 @@
 namespace vastra {
 namespace {
 
-const CString kTypeName = "CScalerLink";
+const CString kScalerTypeName = "CScalerLink";
 constexpr CFault kNoNames = {severityError, "Could not get variable names from component."};
 }  // namespace
 
@@ -12,7 +12,7 @@ CScalerLink* CScalerLink::Create(CLink* component) {
 }
 
 CScalerLink::CScalerLink(CLink* component)
-    : CComponentLink(kTypeName, component, RUNTIME_CLASS(CScalerConfig)) {}
+    : CComponentLink(kScalerTypeName, component, RUNTIME_CLASS(CScalerConfig)) {}
 
 const CFault* CScalerLink::Configure(CLinkConfig& config, UINT) {
   m_nodes.RemoveAll();

@@ -3,7 +3,7 @@
 namespace vastra {
 namespace {
 
-const CString kTypeName = "CEquatorLink";
+const CString kEquatorTypeName = "CEquatorLink";
 constexpr CFault kNotConfigured = {severityFatal, "Linker could not configure itself."};
 constexpr CFault kNoComponentToWrite = {severityError, fault::noComponent.text};
 
@@ -22,7 +22,7 @@ CEquatorLink* CEquatorLink::Create(CLink* component) {
 }
 
 CEquatorLink::CEquatorLink(CLink* component)
-    : CComponentLink(kTypeName, component, RUNTIME_CLASS(CEquatorConfig)) {}
+    : CComponentLink(kEquatorTypeName, component, RUNTIME_CLASS(CEquatorConfig)) {}
 
 const CFault* CEquatorLink::Configure(CLinkConfig& config, UINT) {
   const auto& wanted = static_cast<CEquatorConfig&>(config);

@@ -12,7 +12,7 @@
 namespace vastra {
 namespace {
 
-const CString kTypeName = "CFileLink";
+const CString kFileTypeName = "CFileLink";
 
 constexpr const char* kNamedByTime = "System Time";
 constexpr const char* kCsvExtension = ".csv";
@@ -39,7 +39,7 @@ IMPLEMENT_DYNAMIC(CFileConfig, CLinkConfig)
 
 CFileLink* CFileLink::Create(CLink* component) { return component ? nullptr : new CFileLink; }
 
-CFileLink::CFileLink() : CLink(kTypeName) {}
+CFileLink::CFileLink() : CLink(kFileTypeName) {}
 
 int CFileLink::Open(CTypedPtrList<CObList, CLinkConfig*>& configs, UINT mode) {
   BeginOpen();

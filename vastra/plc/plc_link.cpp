@@ -13,7 +13,7 @@ IMPLEMENT_DYNAMIC(CPlcLinkConfig, CLinkConfig)
 
 namespace {
 
-const CString kTypeName = "CPlcLink";
+const CString kPlcTypeName = "CPlcLink";
 constexpr DriverFunctions kOffersNothing = {};
 constexpr int kVersionWithClose = 2;
 constexpr int kConfigUnknown = 100;  // openState of a record that no driver gave
@@ -70,7 +70,7 @@ int DriverMode(UINT mode) {
 
 }  // namespace
 
-CPlcLink::CPlcLink(HMODULE module) : CLink(kTypeName), m_module(module), m_version(AskVersion(module)) {
+CPlcLink::CPlcLink(HMODULE module) : CLink(kPlcTypeName), m_module(module), m_version(AskVersion(module)) {
   AskHeader(module, m_header);
   GiveHost(module, InstalledDriverHost());
   m_functions = m_header.functions ? m_header.functions : &kOffersNothing;

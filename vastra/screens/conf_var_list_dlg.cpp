@@ -3,7 +3,7 @@
 namespace vastra {
 namespace {
 
-constexpr CControl kControls[] = {
+constexpr CControl kConfVarListControls[] = {
     {CControl::text, kVariableList, {7, 7, 130, 9}},
     {CControl::listBox, kVariableList, {7, 18, 130, 145}, CControl::grow},
     {CControl::button, kInsertVariable, {144, 18, 99, 14}, CControl::moveX},
@@ -11,11 +11,13 @@ constexpr CControl kControls[] = {
     {CControl::button, "Cancel", {144, 132, 99, 14}, CControl::move},
     {CControl::defaultButton, "OK", {144, 149, 99, 14}, CControl::move},
 };
-constexpr CDialogTemplate kTemplate = {"Dialog", {250, 170}, kControls, CDialogTemplate::resizable};
+constexpr CDialogTemplate kConfVarListTemplate = {
+    "Dialog", {250, 170}, kConfVarListControls, CDialogTemplate::resizable};
 
 }  // namespace
 
-CConfVarListDlg::CConfVarListDlg(CWnd* parent) : CNameListDlg(kTemplate, kVariableList, "Message", parent) {}
+CConfVarListDlg::CConfVarListDlg(CWnd* parent)
+    : CNameListDlg(kConfVarListTemplate, kVariableList, "Message", parent) {}
 
 void CConfVarListDlg::OnInitDialog() {
   CStringArray names = m_source;

@@ -9,7 +9,7 @@ namespace {
 
 constexpr const char* kEquations = "Equations";
 constexpr const char* kStatus = "";  // the line shows nothing at first
-constexpr CControl kControls[] = {
+constexpr CControl kEquationsControls[] = {
     {CControl::groupBox, kEquations, {7, 7, 292, 170}, CControl::grow},
     {CControl::multiLineEdit, kEquations, {13, 18, 280, 153}, CControl::grow},
     {CControl::text, kStatus, {13, 181, 280, 10}, CControl::moveY | CControl::growX},
@@ -19,11 +19,12 @@ constexpr CControl kControls[] = {
     {CControl::defaultButton, "OK", {187, 200, 54, 14}, CControl::move},
     {CControl::button, "Cancel", {245, 200, 54, 14}, CControl::move},
 };
-constexpr CDialogTemplate kTemplate = {"Equations", {306, 221}, kControls, CDialogTemplate::resizable};
+constexpr CDialogTemplate kEquationsTemplate = {
+    "Equations", {306, 221}, kEquationsControls, CDialogTemplate::resizable};
 
 }  // namespace
 
-CEquationsDlg::CEquationsDlg(CWnd* parent) : CDialog(kTemplate, parent) {}
+CEquationsDlg::CEquationsDlg(CWnd* parent) : CDialog(kEquationsTemplate, parent) {}
 
 void CEquationsDlg::OnInitDialog() {
   Edit(kEquations).SetWindowText(m_text);

@@ -4,17 +4,17 @@ namespace vastra {
 namespace {
 
 constexpr const char* kName = "New Variable";
-constexpr CControl kControls[] = {
+constexpr CControl kNewVarControls[] = {
     {CControl::text, kName, {7, 7, 172, 9}},
     {CControl::edit, kName, {7, 18, 172, 14}},
     {CControl::defaultButton, "OK", {73, 41, 50, 14}},
     {CControl::button, "Cancel", {129, 41, 50, 14}},
 };
-constexpr CDialogTemplate kTemplate = {"Insert Variable", {186, 62}, kControls};
+constexpr CDialogTemplate kNewVarTemplate = {"Insert Variable", {186, 62}, kNewVarControls};
 
 }  // namespace
 
-CNewVarDlg::CNewVarDlg(CWnd* parent) : CDialog(kTemplate, parent) {}
+CNewVarDlg::CNewVarDlg(CWnd* parent) : CDialog(kNewVarTemplate, parent) {}
 
 void CNewVarDlg::OnInitDialog() {
   Edit(kName).SetWindowText(m_name);

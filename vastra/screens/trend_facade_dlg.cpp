@@ -10,15 +10,16 @@ namespace vastra {
 namespace {
 
 constexpr const char* kVariables = "Variables ";
-constexpr const char* kEquations = "Equations";
-constexpr CControl kControls[] = {
+constexpr const char* kEquationsButton = "Equations";
+constexpr CControl kTrendFacadeControls[] = {
     {CControl::button, kVariables, {7, 7, 70, 14}},
-    {CControl::button, kEquations, {7, 26, 70, 14}},
+    {CControl::button, kEquationsButton, {7, 26, 70, 14}},
     {CControl::defaultButton, "OK", {91, 7, 50, 14}},
     {CControl::button, "Cancel", {91, 26, 50, 14}},
 };
 // The other view stays usable, and is told when it asks for the same dialog.
-constexpr CDialogTemplate kTemplate = {"Configuration", {148, 47}, kControls, CDialogTemplate::blocksParent};
+constexpr CDialogTemplate kTrendFacadeTemplate = {
+    "Configuration", {148, 47}, kTrendFacadeControls, CDialogTemplate::blocksParent};
 
 void Tell(const char* text) { AfxMessageBox(text, "Message", MB_ICONEXCLAMATION); }
 
@@ -26,7 +27,7 @@ void Tell(const char* text) { AfxMessageBox(text, "Message", MB_ICONEXCLAMATION)
 
 UINT CTrendFacadeDlg::m_suOpen = 0;
 
-CTrendFacadeDlg::CTrendFacadeDlg(CWnd* parent) : CDialog(kTemplate, parent) {}
+CTrendFacadeDlg::CTrendFacadeDlg(CWnd* parent) : CDialog(kTrendFacadeTemplate, parent) {}
 
 void CTrendFacadeDlg::SetInputPointers(CLogInput* /*input*/, CLogTrendings* trendings) {
   m_pTrendings = trendings;
@@ -43,7 +44,7 @@ void CTrendFacadeDlg::OnInitDialog() {
   }
   SetConfiguration(*m_pTrendings->GetOptions());
   On(kVariables, [this] { OnVariablesButton(); });
-  On(kEquations, [this] { OnEquationsButton(); });
+  On(kEquationsButton, [this] { OnEquationsButton(); });
 }
 
 void CTrendFacadeDlg::Leave() {

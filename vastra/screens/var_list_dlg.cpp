@@ -3,7 +3,7 @@
 namespace vastra {
 namespace {
 
-constexpr CControl kControls[] = {
+constexpr CControl kVarListControls[] = {
     {CControl::text, kVariableList, {7, 7, 130, 9}},
     {CControl::dragListBox, kVariableList, {7, 18, 130, 185}, CControl::grow},
     {CControl::button, "Import", {144, 18, 99, 14}, CControl::moveX},
@@ -14,11 +14,12 @@ constexpr CControl kControls[] = {
     {CControl::defaultButton, "OK", {144, 172, 99, 14}, CControl::move},
     {CControl::button, "Cancel", {144, 189, 99, 14}, CControl::move},
 };
-constexpr CDialogTemplate kTemplate = {"Variables", {250, 210}, kControls, CDialogTemplate::resizable};
+constexpr CDialogTemplate kVarListTemplate = {
+    "Variables", {250, 210}, kVarListControls, CDialogTemplate::resizable};
 
 }  // namespace
 
-CVarListDlg::CVarListDlg(CWnd* parent) : CNameListDlg(kTemplate, kVariableList, "", parent) {}
+CVarListDlg::CVarListDlg(CWnd* parent) : CNameListDlg(kVarListTemplate, kVariableList, "", parent) {}
 
 void CVarListDlg::OnInitDialog() {
   Names().SetTexts(m_list);

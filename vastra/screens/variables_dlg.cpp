@@ -7,7 +7,7 @@ namespace {
 
 constexpr const char* kAvailable = "Available Vars";
 constexpr const char* kSelected = "Selected Vars";
-constexpr CControl kControls[] = {
+constexpr CControl kVariablesControls[] = {
     {CControl::text, kAvailable, {7, 7, 115, 9}},
     {CControl::multiListBox, kAvailable, {7, 18, 115, 195}, CControl::growY},
     {CControl::button, "->", {128, 76, 30, 14}},
@@ -22,11 +22,12 @@ constexpr CControl kControls[] = {
     {CControl::defaultButton, "OK", {286, 182, 99, 14}, CControl::move},
     {CControl::button, "Cancel", {286, 199, 99, 14}, CControl::move},
 };
-constexpr CDialogTemplate kTemplate = {"Variables", {392, 220}, kControls, CDialogTemplate::resizable};
+constexpr CDialogTemplate kVariablesTemplate = {
+    "Variables", {392, 220}, kVariablesControls, CDialogTemplate::resizable};
 
 }  // namespace
 
-CVariablesDlg::CVariablesDlg(CWnd* parent) : CNameListDlg(kTemplate, kSelected, "", parent) {}
+CVariablesDlg::CVariablesDlg(CWnd* parent) : CNameListDlg(kVariablesTemplate, kSelected, "", parent) {}
 
 void CVariablesDlg::OnInitDialog() {
   List(kAvailable).SetTexts(m_available);

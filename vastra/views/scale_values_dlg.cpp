@@ -7,18 +7,18 @@ namespace {
 
 constexpr const char* kMinimum = "Minimum value:";
 constexpr const char* kMaximum = "Maximum value:";
-constexpr CControl kControls[] = {
+constexpr CControl kScaleValuesControls[] = {
     {CControl::text, kMinimum, {7, 9, 60, 10}},        {CControl::edit, kMinimum, {70, 7, 70, 14}},
     {CControl::text, kMaximum, {7, 29, 60, 10}},       {CControl::edit, kMaximum, {70, 27, 70, 14}},
     {CControl::defaultButton, "OK", {153, 7, 50, 14}}, {CControl::button, "Cancel", {153, 27, 50, 14}},
 };
-constexpr CDialogTemplate kTemplate = {"Scale Values", {210, 49}, kControls};
+constexpr CDialogTemplate kScaleValuesTemplate = {"Scale Values", {210, 49}, kScaleValuesControls};
 
 constexpr int kDigits = 15;  // that every number with a point has
 
 }  // namespace
 
-CScaleValuesDlg::CScaleValuesDlg(CWnd* parent) : CDialog(kTemplate, parent) {}
+CScaleValuesDlg::CScaleValuesDlg(CWnd* parent) : CDialog(kScaleValuesTemplate, parent) {}
 
 void CScaleValuesDlg::OnInitDialog() {
   Edit(kMinimum).SetWindowText(NumberText(m_min, kDigits));

@@ -15,16 +15,17 @@ constexpr const char* kLegend = "Legend";
 constexpr const char* kPlot = "Trends";
 constexpr const char* kVertScale = "Vertical scale";
 constexpr const char* kHorizScale = "Horizontal scale";
-constexpr CControl kControls[] = {
+constexpr CControl kTrendingControls[] = {
     {CControl::frame, kLegend, {348, 9, 72, 179}},    {CControl::frame, kPlot, {11, 9, 287, 223}},
     {CControl::area, kVertScale, {301, 9, 35, 222}},  {CControl::area, kHorizScale, {12, 235, 286, 30}},
     {CControl::button, "Edit", {348, 190, 34, 15}},   {CControl::button, "Config", {386, 190, 33, 15}},
     {CControl::button, "Freeze", {348, 209, 71, 15}}, {CControl::button, "Load", {348, 229, 34, 15}},
     {CControl::button, "Save", {386, 229, 33, 15}},   {CControl::button, "Cancel", {348, 248, 71, 15}},
 };
-constexpr CDialogTemplate kTemplate = {"Trending", {432, 270}, kControls, CDialogTemplate::resizable};
-constexpr CLiveViewKind kKind = {20, "Some variables had to be removed from the trending.", "trn", "Trend",
-                                 "Trending Files (*.trn)|*.trn|All Files (*.*)|*.*||"};
+constexpr CDialogTemplate kTrendingTemplate = {
+    "Trending", {432, 270}, kTrendingControls, CDialogTemplate::resizable};
+constexpr CLiveViewKind kTrendingKind = {20, "Some variables had to be removed from the trending.", "trn",
+                                         "Trend", "Trending Files (*.trn)|*.trn|All Files (*.*)|*.*||"};
 
 constexpr UINT kLegendRows = 20;
 constexpr int kEdge = 2;  // of the plot's frame: the picture lies within
@@ -33,7 +34,7 @@ constexpr int kEdge = 2;  // of the plot's frame: the picture lies within
 
 IMPLEMENT_DYNCREATE(CTrendingDlg, CDialog)
 
-CTrendingDlg::CTrendingDlg() : CLiveView(kTemplate, kKind) {}
+CTrendingDlg::CTrendingDlg() : CLiveView(kTrendingTemplate, kTrendingKind) {}
 
 CTrendingDlg::~CTrendingDlg() { DeleteVarsArray(); }
 

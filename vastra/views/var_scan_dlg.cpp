@@ -6,19 +6,20 @@ namespace vastra {
 namespace {
 
 constexpr const char* kGrid = "Values";
-constexpr CControl kControls[] = {
+constexpr CControl kVarScanControls[] = {
     {CControl::grid, kGrid, {7, 7, 124, 313}},        {CControl::button, "Config", {137, 200, 50, 14}},
     {CControl::button, "Edit", {137, 223, 50, 14}},   {CControl::button, "Freeze", {137, 239, 50, 14}},
     {CControl::button, "Load", {137, 262, 50, 14}},   {CControl::button, "Save", {137, 278, 50, 14}},
     {CControl::button, "Cancel", {137, 301, 50, 14}},
 };
-constexpr CDialogTemplate kTemplate = {"Scan Screen", {194, 327}, kControls, CDialogTemplate::minimizeBox};
-constexpr CLiveViewKind kKind = {30, "Some variables had to be removed from the grid.", "grd", "Grid",
-                                 "Grid Files (*.grd)|*.grd|All Files (*.*)|*.*||"};
+constexpr CDialogTemplate kVarScanTemplate = {
+    "Scan Screen", {194, 327}, kVarScanControls, CDialogTemplate::minimizeBox};
+constexpr CLiveViewKind kVarScanKind = {30, "Some variables had to be removed from the grid.", "grd", "Grid",
+                                        "Grid Files (*.grd)|*.grd|All Files (*.*)|*.*||"};
 
 }  // namespace
 
-CVarScanDlg::CVarScanDlg() : CLiveView(kTemplate, kKind) {}
+CVarScanDlg::CVarScanDlg() : CLiveView(kVarScanTemplate, kVarScanKind) {}
 
 void CVarScanDlg::SetInputPointers(CLogInput* input, CLogTrendings* trendings, CVarScanDlg** self) {
   m_pInput = input;

@@ -5,17 +5,17 @@ namespace {
 
 constexpr const char* kAvailable = "Available variables";
 constexpr const char* kChosen = "Selected variables";
-constexpr CControl kControls[] = {
+constexpr CControl kVarSelectionControls[] = {
     {CControl::multiListBox, kAvailable, {7, 7, 110, 180}}, {CControl::button, "--->", {123, 50, 34, 14}},
     {CControl::button, "<---", {123, 68, 34, 14}},          {CControl::button, ">>", {123, 100, 34, 14}},
     {CControl::button, "<<", {123, 118, 34, 14}},           {CControl::listBox, kChosen, {163, 7, 110, 180}},
     {CControl::defaultButton, "OK", {168, 194, 50, 14}},    {CControl::button, "Cancel", {223, 194, 50, 14}},
 };
-constexpr CDialogTemplate kTemplate = {"Select Variables", {280, 215}, kControls};
+constexpr CDialogTemplate kVarSelectionTemplate = {"Select Variables", {280, 215}, kVarSelectionControls};
 
 }  // namespace
 
-CVarSelectionDlg::CVarSelectionDlg(CWnd* parent) : CDialog(kTemplate, parent) {}
+CVarSelectionDlg::CVarSelectionDlg(CWnd* parent) : CDialog(kVarSelectionTemplate, parent) {}
 
 int CVarSelectionDlg::GetColumnNumber(const CString& name, int& place) const {
   const int found = FindIn(*m_pAvailable, name);
