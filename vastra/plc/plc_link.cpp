@@ -27,7 +27,7 @@ constexpr CFault kNoVariables = {severityFatal, "Plc has no variables."};
 constexpr CFault kNoOpen = {severityFatal, "Couldn't open driver."};
 constexpr CFault kNoBuffer = {severityFatal, "Couldn't allocate memory."};
 constexpr CFault kNoRead = {severityFatal, "Read function not found in driver."};
-constexpr CFault kNoWrite = {severityFatal, "Write function not found in driver."};
+constexpr CFault kPlcNoWrite = {severityFatal, "Write function not found in driver."};
 constexpr CFault kShortSample = {severityError, "Sample is not valid."};
 constexpr CFault kUnknownInOpen = {severityFatal, "Unknown error."};
 constexpr CFault kUnknown = {severityError, "Unknown error."};
@@ -152,7 +152,7 @@ int CPlcLink::Write(CLogSample& sample) {
   const int count = static_cast<int>(m_count);
   if (sample.m_values.GetSize() < count) return Fail(functionWrite, kShortSample);
   std::copy_n(sample.m_values.GetData(), count, m_buffer.get());
-  if (!m_functions->Write) return Fail(functionWrite, kNoWrite);
+  if (!m_functions->Write) return Fail(functionWrite, kPlcNoWrite);
   const int status = AskDriver(kThrew, [&] { return m_functions->Write(m_buffer.get(), count, m_handle); });
   return status == statusOk ? End(functionWrite) : FailStatus(functionWrite, status);
 }

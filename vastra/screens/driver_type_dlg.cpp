@@ -15,20 +15,20 @@ constexpr const char* kName = "Name :";
 constexpr const char* kVariables = "Variable List";
 constexpr const char* kConfigure = "Configure PLC";
 constexpr const char* kScaler = "Scaler";
-constexpr CControl kControls[] = {
+constexpr CControl kDriverTypeControls[] = {
     {CControl::text, kType, {7, 9, 58, 10}},         {CControl::comboBox, kType, {67, 7, 113, 14}},
     {CControl::text, kName, {7, 28, 58, 10}},        {CControl::edit, kName, {67, 26, 113, 14}},
     {CControl::button, kVariables, {7, 50, 74, 14}}, {CControl::button, kConfigure, {87, 50, 74, 14}},
     {CControl::button, kScaler, {167, 50, 74, 14}},  {CControl::defaultButton, "OK", {191, 7, 50, 14}},
     {CControl::button, "Cancel", {191, 26, 50, 14}},
 };
-constexpr CDialogTemplate kTemplate = {"Node", {248, 71}, kControls};
+constexpr CDialogTemplate kDriverTypeTemplate = {"Node", {248, 71}, kDriverTypeControls};
 
 void Tell(const char* text) { AfxMessageBox(text, MB_ICONEXCLAMATION); }
 
 }  // namespace
 
-CDriverTypeDlg::CDriverTypeDlg(CWnd* parent) : CDialog(kTemplate, parent) {}
+CDriverTypeDlg::CDriverTypeDlg(CWnd* parent) : CDialog(kDriverTypeTemplate, parent) {}
 
 void CDriverTypeDlg::OnInitDialog() {
   const CDriverFactory& factory = *CDriverFactory::Instance();

@@ -17,8 +17,8 @@ constexpr const char* kConnected = "Connected";
 constexpr const char* kSimulating = "Simulating";
 constexpr const char* kFiles = "Select Files...";
 constexpr const char* kPreprocess = "Preprocess input";
-constexpr const char* kVariables = "Variable List...";
-constexpr const char* kEquations = "Preprocessed equations...";
+constexpr const char* kInputVariables = "Variable List...";
+constexpr const char* kInputEquations = "Preprocessed equations...";
 constexpr const char* kAsFast = "As fast as possible";
 constexpr const char* kPeriod = "Scan period :";
 constexpr const char* kAutoStart = "Auto Start";
@@ -26,15 +26,15 @@ constexpr const char* kNodes = "Net nodes";
 constexpr const char* kAddNode = "Add net node...";
 constexpr const char* kEditNode = "Edit net node...";
 constexpr const char* kDeleteNode = "Delete Node";
-constexpr CControl kControls[] = {
+constexpr CControl kInputPageControls[] = {
     {CControl::groupBox, "Source", {7, 7, 160, 61}},
     {CControl::firstRadioButton, kConnected, {14, 21, 146, 10}},
     {CControl::radioButton, kSimulating, {14, 34, 146, 10}},
     {CControl::button, kFiles, {14, 48, 110, 14}},
     {CControl::groupBox, "Preprocessing", {7, 72, 160, 64}},
     {CControl::checkBox, kPreprocess, {14, 86, 146, 10}},
-    {CControl::button, kVariables, {14, 99, 110, 14}},
-    {CControl::button, kEquations, {14, 116, 110, 14}},
+    {CControl::button, kInputVariables, {14, 99, 110, 14}},
+    {CControl::button, kInputEquations, {14, 116, 110, 14}},
     {CControl::groupBox, "Scan", {7, 140, 160, 44}},
     {CControl::firstRadioButton, kAsFast, {14, 154, 146, 10}},
     {CControl::radioButton, kPeriod, {14, 168, 60, 10}},
@@ -47,11 +47,11 @@ constexpr CControl kControls[] = {
     {CControl::button, kEditNode, {181, 161, 85, 14}},
     {CControl::button, kDeleteNode, {181, 178, 85, 14}},
 };
-constexpr CDialogTemplate kTemplate = {"Input", {280, 205}, kControls};
+constexpr CDialogTemplate kInputPageTemplate = {"Input", {280, 205}, kInputPageControls};
 
 constexpr UINT kUsualScanPeriod = 5000;
 
-void Tell(const char* text) { AfxMessageBox(text, MB_ICONEXCLAMATION); }
+void TellOfInput(const char* text) { AfxMessageBox(text, MB_ICONEXCLAMATION); }
 
 // True: the user lets go of the equations of that kind, which are not valid any more.
 bool MayErase(const char* kind) {
@@ -64,7 +64,7 @@ bool MayErase(const char* kind) {
 
 IMPLEMENT_DYNCREATE(CInputPage, CPropertyPage)
 
-CInputPage::CInputPage() : CPropertyPage(kTemplate) {}
+CInputPage::CInputPage() : CPropertyPage(kInputPageTemplate) {}
 
 void CInputPage::SetConfiguration(const CInputConfig& config) {
   m_initialVars = config.m_preNewVars;
@@ -109,8 +109,8 @@ void CInputPage::OnInitDialog() {
   On(kSimulating, [this] { OnSimulatingRadio(); });
   On(kFiles, [this] { OnSelectfilesButton(); });
   On(kPreprocess, [this] { OnPreprocessCheck(); });
-  On(kVariables, [this] { OnVariablelistButton(); });
-  On(kEquations, [this] { OnPreequationsButton(); });
+  On(kInputVariables, [this] { OnVariablelistButton(); });
+  On(kInputEquations, [this] { OnPreequationsButton(); });
   On(kAsFast, [this] { OnAsfastRadio(); });
   On(kPeriod, [this] { OnScanRadio(); });
   On(kAutoStart, [this] { OnAutostartCheck(); });
@@ -126,7 +126,8 @@ void CInputPage::EnableControls() {
   List(kNodes).EnableWindow(enabled.nodes);
   for (const char* caption : {kAddNode, kEditNode, kDeleteNode}) Button(caption).EnableWindow(enabled.nodes);
   Button(kFiles).EnableWindow(enabled.files);
-  for (const char* caption : {kVariables, kEquations}) Button(caption).EnableWindow(enabled.preprocess);
+  for (const char* caption : {kInputVariables, kInputEquations})
+    Button(caption).EnableWindow(enabled.preprocess);
   Edit(kPeriod).EnableWindow(enabled.period);
 }
 
@@ -206,13 +207,13 @@ int CInputPage::OnKillActive() {
   CInputConfig config;
   GetConfiguration(config);
   const char* fault = FaultOf(config);
-  if (fault) Tell(fault);
+  if (fault) TellOfInput(fault);
   return !fault;
 }
 
 int CInputPage::OnApply() {
   if (m_pTrendOptions && CTrendFacadeDlg::m_suOpen > 0) {
-    Tell("Changes can't be made until the Trendings/Grid configuration dialog is closed!");
+    TellOfInput("Changes can't be made until the Trendings/Grid configuration dialog is closed!");
     return 0;
   }
   const bool isValid = CheckStatements(m_preEquations, m_preNewVars).statement == 0;

@@ -3,10 +3,10 @@
 namespace vastra {
 namespace {
 
-constexpr const char* kName = "New Variable";
+constexpr const char* kNewName = "New Variable";
 constexpr CControl kNewVarControls[] = {
-    {CControl::text, kName, {7, 7, 172, 9}},
-    {CControl::edit, kName, {7, 18, 172, 14}},
+    {CControl::text, kNewName, {7, 7, 172, 9}},
+    {CControl::edit, kNewName, {7, 18, 172, 14}},
     {CControl::defaultButton, "OK", {73, 41, 50, 14}},
     {CControl::button, "Cancel", {129, 41, 50, 14}},
 };
@@ -17,12 +17,12 @@ constexpr CDialogTemplate kNewVarTemplate = {"Insert Variable", {186, 62}, kNewV
 CNewVarDlg::CNewVarDlg(CWnd* parent) : CDialog(kNewVarTemplate, parent) {}
 
 void CNewVarDlg::OnInitDialog() {
-  Edit(kName).SetWindowText(m_name);
-  Edit(kName).SetFocus();
+  Edit(kNewName).SetWindowText(m_name);
+  Edit(kNewName).SetFocus();
 }
 
 void CNewVarDlg::OnOK() {
-  const CString name = Edit(kName).GetWindowText();
+  const CString name = Edit(kNewName).GetWindowText();
   if (name.IsEmpty()) {
     AfxMessageBox("The name of the variable can't be a null string", "Message", MB_ICONEXCLAMATION);
     return;

@@ -5,12 +5,12 @@
 namespace vastra {
 namespace {
 
-void Tell(const char* text) { AfxMessageBox(text, MB_ICONEXCLAMATION); }
+void TellOfNodes(const char* text) { AfxMessageBox(text, MB_ICONEXCLAMATION); }
 
 // Index of the marked entry; -1: there is none, and the user was told.
 int Marked(const CListBox& list) {
   const int index = list.GetCurSel();
-  if (index < 0) Tell("There isn't any node selected");
+  if (index < 0) TellOfNodes("There isn't any node selected");
   return index;
 }
 
@@ -56,7 +56,7 @@ void DeleteNode(CListBox& list, CPlcNodes& nodes) {
   if (index < 0) return;
   const CString name = list.GetText(index);
   if (name.IsEmpty()) {
-    Tell("Node index is wrong");
+    TellOfNodes("Node index is wrong");
     return;
   }
   for (POSITION pos = nodes.GetHeadPosition(); pos;) {

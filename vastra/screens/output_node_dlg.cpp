@@ -11,7 +11,7 @@ constexpr const char* kMaxSamples = "Maximum number of samples in a log : ";
 constexpr const char* kBasis = "Name the logs based on :";
 constexpr const char* kDword = "Use the next variable to form a DWORD based name";
 constexpr const char* kPrefix = "Use prefix for the log names :";
-constexpr CControl kControls[] = {
+constexpr CControl kOutputNodeControls[] = {
     {CControl::text, kItemName, {7, 10, 36, 10}},
     {CControl::edit, kItemName, {46, 7, 168, 14}},
     {CControl::text, kItemPath, {7, 30, 36, 10}},
@@ -32,12 +32,12 @@ constexpr CControl kControls[] = {
     {CControl::defaultButton, "OK", {222, 7, 91, 14}},
     {CControl::button, "Cancel", {222, 27, 91, 14}},
 };
-constexpr CDialogTemplate kTemplate = {"Output", {320, 170}, kControls};
+constexpr CDialogTemplate kOutputNodeTemplate = {"Output", {320, 170}, kOutputNodeControls};
 
 }  // namespace
 
 COutputNodeDlg::COutputNodeDlg(CWnd* parent)
-    : CItemDlg(kTemplate, kLogs, kMaxLogs, kMaxSamples, &COutputConfig::m_maxLogs, parent) {}
+    : CItemDlg(kOutputNodeTemplate, kLogs, kMaxLogs, kMaxSamples, &COutputConfig::m_maxLogs, parent) {}
 
 void COutputNodeDlg::OnInitDialog() {
   CItemDlg::OnInitDialog();

@@ -6,23 +6,23 @@
 namespace vastra {
 namespace {
 
-constexpr const char* kNodes = "Net nodes";
+constexpr const char* kWriteNodes = "Net nodes";
 constexpr const char* kDisable = "Disable Writing";
 constexpr const char* kAdd = "Add ";
 constexpr const char* kEdit = "Edit ";
 constexpr const char* kDelete = "Delete ";
-constexpr CControl kControls[] = {
-    {CControl::groupBox, kNodes, {7, 7, 266, 168}}, {CControl::listBox, kNodes, {14, 21, 170, 147}},
-    {CControl::button, kAdd, {191, 21, 75, 14}},    {CControl::button, kEdit, {191, 38, 75, 14}},
-    {CControl::button, kDelete, {191, 55, 75, 14}}, {CControl::checkBox, kDisable, {14, 181, 160, 10}},
+constexpr CControl kPlcWritePageControls[] = {
+    {CControl::groupBox, kWriteNodes, {7, 7, 266, 168}}, {CControl::listBox, kWriteNodes, {14, 21, 170, 147}},
+    {CControl::button, kAdd, {191, 21, 75, 14}},         {CControl::button, kEdit, {191, 38, 75, 14}},
+    {CControl::button, kDelete, {191, 55, 75, 14}},      {CControl::checkBox, kDisable, {14, 181, 160, 10}},
 };
-constexpr CDialogTemplate kTemplate = {"Plc Write", {280, 198}, kControls};
+constexpr CDialogTemplate kPlcWritePageTemplate = {"Plc Write", {280, 198}, kPlcWritePageControls};
 
 }  // namespace
 
 IMPLEMENT_DYNCREATE(CPlcWritePage, CPropertyPage)
 
-CPlcWritePage::CPlcWritePage() : CPropertyPage(kTemplate) {}
+CPlcWritePage::CPlcWritePage() : CPropertyPage(kPlcWritePageTemplate) {}
 
 void CPlcWritePage::SetConfiguration(const CPlcMultiConfig& config) {
   m_disableWriting = config.m_disableWriting;
@@ -40,7 +40,7 @@ void CPlcWritePage::GetConfiguration(CPlcMultiConfig& config) const {
 }
 
 void CPlcWritePage::UpdatePLCList() {
-  if (Widget()) ShowNodes(List(kNodes), m_nodes);
+  if (Widget()) ShowNodes(List(kWriteNodes), m_nodes);
 }
 
 void CPlcWritePage::OnInitDialog() {
@@ -51,7 +51,7 @@ void CPlcWritePage::OnInitDialog() {
   On(kEdit, [this] { OnEditplcwriteButton(); });
   On(kDelete, [this] { OnDelplcwriteButton(); });
   On(
-      kNodes, [this] { OnDblclkPlcwriteList(); }, ENotify::doubleClicked);
+      kWriteNodes, [this] { OnDblclkPlcwriteList(); }, ENotify::doubleClicked);
 }
 
 void CPlcWritePage::Prepare(CDriverTypeDlg& dialog) const {
@@ -63,15 +63,15 @@ void CPlcWritePage::Prepare(CDriverTypeDlg& dialog) const {
 void CPlcWritePage::OnAddplcwriteButton() {
   CDriverTypeDlg dialog(this);
   Prepare(dialog);
-  AddNode(dialog, List(kNodes), m_nodes);
+  AddNode(dialog, List(kWriteNodes), m_nodes);
 }
 
 void CPlcWritePage::OnEditplcwriteButton() {
   CDriverTypeDlg dialog(this);
   Prepare(dialog);
-  EditNode(dialog, List(kNodes), m_nodes);
+  EditNode(dialog, List(kWriteNodes), m_nodes);
 }
 
-void CPlcWritePage::OnDelplcwriteButton() { DeleteNode(List(kNodes), m_nodes); }
+void CPlcWritePage::OnDelplcwriteButton() { DeleteNode(List(kWriteNodes), m_nodes); }
 
 }  // namespace vastra

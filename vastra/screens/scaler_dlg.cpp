@@ -4,12 +4,13 @@ namespace vastra {
 namespace {
 
 constexpr const char* kTable = "Scaler";
-constexpr CControl kControls[] = {
+constexpr CControl kScalerControls[] = {
     {CControl::grid, kTable, {7, 7, 256, 170}, CControl::grow},
     {CControl::defaultButton, "OK", {156, 184, 50, 14}, CControl::move},
     {CControl::button, "Cancel", {213, 184, 50, 14}, CControl::move},
 };
-constexpr CDialogTemplate kTemplate = {"Scaler", {270, 205}, kControls, CDialogTemplate::resizable};
+constexpr CDialogTemplate kScalerTemplate = {
+    "Scaler", {270, 205}, kScalerControls, CDialogTemplate::resizable};
 
 }  // namespace
 
@@ -21,7 +22,7 @@ CScalerConfigNode ScalerRowOf(const CScalerConfig& scaler, const CString& name) 
   return row;
 }
 
-CScalerDlg::CScalerDlg(CWnd* parent) : CDialog(kTemplate, parent) {}
+CScalerDlg::CScalerDlg(CWnd* parent) : CDialog(kScalerTemplate, parent) {}
 
 void CScalerDlg::OnInitDialog() {
   m_names = *m_pNames;

@@ -8,23 +8,23 @@
 namespace vastra {
 namespace {
 
-constexpr const char* kInputVariables = "Smart Input Variables...";
-constexpr const char* kEquations = "Smart Equations...";
+constexpr const char* kSmartInputVariables = "Smart Input Variables...";
+constexpr const char* kSmartEquations = "Smart Equations...";
 constexpr const char* kOutputVariables = "Smart Output Variables...";
-constexpr CControl kControls[] = {
+constexpr CControl kSmartPageControls[] = {
     {CControl::groupBox, "Tarvex Input", {7, 7, 266, 66}},
-    {CControl::button, kInputVariables, {80, 27, 120, 14}},
-    {CControl::button, kEquations, {80, 48, 120, 14}},
+    {CControl::button, kSmartInputVariables, {80, 27, 120, 14}},
+    {CControl::button, kSmartEquations, {80, 48, 120, 14}},
     {CControl::groupBox, "Tarvex Output", {7, 82, 266, 45}},
     {CControl::button, kOutputVariables, {80, 102, 120, 14}},
 };
-constexpr CDialogTemplate kTemplate = {"Tarvex", {280, 200}, kControls};
+constexpr CDialogTemplate kSmartPageTemplate = {"Tarvex", {280, 200}, kSmartPageControls};
 
 }  // namespace
 
 IMPLEMENT_DYNCREATE(CSmartPage, CPropertyPage)
 
-CSmartPage::CSmartPage() : CPropertyPage(kTemplate) {}
+CSmartPage::CSmartPage() : CPropertyPage(kSmartPageTemplate) {}
 
 void CSmartPage::SetConfiguration(const CSmartConfig& config) {
   m_outputVars = config.m_outputVars;
@@ -41,8 +41,8 @@ void CSmartPage::GetConfiguration(CSmartConfig& config) const {
 }
 
 void CSmartPage::OnInitDialog() {
-  On(kInputVariables, [this] { OnInputVariables(); });
-  On(kEquations, [this] { OnEquationsSmart(); });
+  On(kSmartInputVariables, [this] { OnInputVariables(); });
+  On(kSmartEquations, [this] { OnEquationsSmart(); });
   On(kOutputVariables, [this] { OnSmartoutvarsButton(); });
 }
 

@@ -9,10 +9,10 @@
 namespace vastra {
 namespace {
 
-constexpr const char* kVariables = "Variables ";
+constexpr const char* kVariablesButton = "Variables ";
 constexpr const char* kEquationsButton = "Equations";
 constexpr CControl kTrendFacadeControls[] = {
-    {CControl::button, kVariables, {7, 7, 70, 14}},
+    {CControl::button, kVariablesButton, {7, 7, 70, 14}},
     {CControl::button, kEquationsButton, {7, 26, 70, 14}},
     {CControl::defaultButton, "OK", {91, 7, 50, 14}},
     {CControl::button, "Cancel", {91, 26, 50, 14}},
@@ -21,7 +21,7 @@ constexpr CControl kTrendFacadeControls[] = {
 constexpr CDialogTemplate kTrendFacadeTemplate = {
     "Configuration", {148, 47}, kTrendFacadeControls, CDialogTemplate::blocksParent};
 
-void Tell(const char* text) { AfxMessageBox(text, "Message", MB_ICONEXCLAMATION); }
+void TellOfTrend(const char* text) { AfxMessageBox(text, "Message", MB_ICONEXCLAMATION); }
 
 }  // namespace
 
@@ -38,12 +38,12 @@ void CTrendFacadeDlg::OnInitDialog() {
   m_isCounted = true;
   if (m_suOpen > 1) {
     Leave();
-    Tell("Already open");
+    TellOfTrend("Already open");
     EndDialog(0);
     return;
   }
   SetConfiguration(*m_pTrendings->GetOptions());
-  On(kVariables, [this] { OnVariablesButton(); });
+  On(kVariablesButton, [this] { OnVariablesButton(); });
   On(kEquationsButton, [this] { OnEquationsButton(); });
 }
 
@@ -67,7 +67,7 @@ void CTrendFacadeDlg::GetConfiguration(CTrendConfig& config) const {
 
 void CTrendFacadeDlg::OnVariablesButton() {
   if (m_baseVars.IsEmpty()) {
-    Tell("No variables available");
+    TellOfTrend("No variables available");
     return;
   }
   CConfVarListDlg dialog(this);

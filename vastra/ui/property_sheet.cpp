@@ -11,7 +11,8 @@ namespace vastra {
 namespace {
 
 constexpr const char* kTabs = "Pages";
-constexpr int kMargin = 7, kTabHeight = 20, kEdges = 6;  // dialog units: around all, of the tabs, of a page
+constexpr int kSheetMargin = 7, kTabHeight = 20,
+              kEdges = 6;  // dialog units: around all, of the tabs, of a page
 constexpr CSize kButton = {50, 14};
 
 }  // namespace
@@ -28,15 +29,15 @@ int CPropertySheet::DoModal() {
   for (const CPropertyPage* each : m_pages)
     page = {std::max(page.cx, each->Model().size.cx), std::max(page.cy, each->Model().size.cy)};
   const CSize tabs = {page.cx + kEdges, page.cy + kTabHeight};
-  const int top = kMargin + tabs.cy + kMargin;
+  const int top = kSheetMargin + tabs.cy + kSheetMargin;
   const auto left = [&](int fromRight) {
-    return kMargin + tabs.cx - fromRight * kButton.cx - (fromRight - 1) * kMargin;
+    return kSheetMargin + tabs.cx - fromRight * kButton.cx - (fromRight - 1) * kSheetMargin;
   };
-  m_controls = {{CControl::tabs, kTabs, {kMargin, kMargin, tabs.cx, tabs.cy}},
+  m_controls = {{CControl::tabs, kTabs, {kSheetMargin, kSheetMargin, tabs.cx, tabs.cy}},
                 {CControl::defaultButton, "OK", {left(3), top, kButton.cx, kButton.cy}},
                 {CControl::button, "Cancel", {left(2), top, kButton.cx, kButton.cy}},
                 {CControl::button, "Apply", {left(1), top, kButton.cx, kButton.cy}}};
-  m_own.size = {tabs.cx + 2 * kMargin, top + kButton.cy + kMargin};
+  m_own.size = {tabs.cx + 2 * kSheetMargin, top + kButton.cy + kSheetMargin};
   m_own.controls = m_controls;
   m_active = 0;
   const int result = CDialog::DoModal();

@@ -5,7 +5,7 @@
 namespace vastra {
 namespace {
 
-constexpr COLORREF kWhite = RGB(255, 255, 255);
+constexpr COLORREF kTrendWhite = RGB(255, 255, 255);
 constexpr COLORREF kBlack = RGB(0, 0, 0);
 constexpr COLORREF kTimeTicks = RGB(255, 0, 0);
 constexpr const char* kFace = "Times";
@@ -33,7 +33,7 @@ void DrawCurves(CDC& dc, const CVariableArray& variables, CSize plot) {
   const CSavedContext saved(dc);
   const CRect all = CRect::Of({0, 0}, plot);
   dc.IntersectClipRect(all);
-  dc.FillRect(all, CBrush{kWhite});
+  dc.FillRect(all, CBrush{kTrendWhite});
   for (const CVariable* variable : variables) {
     dc.SelectObject(CPen{1, variable->m_color});
     CCurveWalk walk(variable->m_history, variable->Scale(), plot);
@@ -145,7 +145,7 @@ void CDisplaySquare::Paint(CDC& dc, CPoint origin, COLORREF colour, const CStrin
   const CRect square = m_parts.square.Moved(origin.x, origin.y);
   dc.SelectObject(m_font);
   dc.SetTextColor(kBlack);
-  dc.SetBkColor(kWhite);  // where a name is longer than the legend is wide
+  dc.SetBkColor(kTrendWhite);  // where a name is longer than the legend is wide
   dc.DrawText(name, m_parts.text.Moved(origin.x, origin.y));
   dc.FillRect(square, CBrush{colour});
   dc.SelectObject(CPen{1, kBlack});
@@ -164,7 +164,7 @@ void CLegend::SetValues(const CRect& frame, UINT rows) {
 
 void CLegend::Paint(CDC& dc, const CVariableArray& variables) {
   if (m_frame.IsEmpty()) return;
-  dc.FillRect(m_frame, CBrush{kWhite});
+  dc.FillRect(m_frame, CBrush{kTrendWhite});
   m_count = static_cast<UINT>(variables.GetSize());
   const CDisplaySquare square({m_frame.Width() - 30, LegendRow(m_frame, m_rows)}, 15);
   for (UINT i = 0; i < m_count; ++i) {

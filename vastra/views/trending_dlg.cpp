@@ -28,7 +28,7 @@ constexpr CLiveViewKind kTrendingKind = {20, "Some variables had to be removed f
                                          "Trend", "Trending Files (*.trn)|*.trn|All Files (*.*)|*.*||"};
 
 constexpr UINT kLegendRows = 20;
-constexpr int kEdge = 2;  // of the plot's frame: the picture lies within
+constexpr int kTrendingEdge = 2;  // of the plot's frame: the picture lies within
 
 }  // namespace
 
@@ -85,7 +85,8 @@ void CTrendingDlg::TakePlaces() {
 }
 
 int CTrendingDlg::CreatePicture() {
-  return m_picture.CreateCompatibleBitmap(*this, {m_plot.Width() - 2 * kEdge, m_plot.Height() - 2 * kEdge});
+  return m_picture.CreateCompatibleBitmap(
+      *this, {m_plot.Width() - 2 * kTrendingEdge, m_plot.Height() - 2 * kTrendingEdge});
 }
 
 void CTrendingDlg::OnSize(int cx, int cy) {
@@ -121,7 +122,7 @@ bool CTrendingDlg::OnPaint(const CRect& dirty) {
   if (dirty.Meets(m_legend.Frame())) m_legend.Paint(dc, m_vars);
   if (dirty.Meets(m_vertScale.Reach())) m_vertScale.Paint(dc);
   if (dirty.Meets(m_horizScale.Reach())) m_horizScale.Paint(dc);
-  dc.BitBlt({m_plot.left + kEdge, m_plot.top + kEdge}, m_picture);
+  dc.BitBlt({m_plot.left + kTrendingEdge, m_plot.top + kTrendingEdge}, m_picture);
   return true;
 }
 
@@ -133,7 +134,7 @@ void CTrendingDlg::Refresh() {
   if (m_frozen || !IsWindowVisible()) return;
   DrawPicture();
   m_pictureIsNew = true;
-  InvalidateRect(CRect::Of({m_plot.left + kEdge, m_plot.top + kEdge}, m_picture.Size()));
+  InvalidateRect(CRect::Of({m_plot.left + kTrendingEdge, m_plot.top + kTrendingEdge}, m_picture.Size()));
   UpdateWindow();
   m_pictureIsNew = false;
 }

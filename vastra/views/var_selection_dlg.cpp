@@ -3,13 +3,17 @@
 namespace vastra {
 namespace {
 
-constexpr const char* kAvailable = "Available variables";
+constexpr const char* kAvailableVariables = "Available variables";
 constexpr const char* kChosen = "Selected variables";
 constexpr CControl kVarSelectionControls[] = {
-    {CControl::multiListBox, kAvailable, {7, 7, 110, 180}}, {CControl::button, "--->", {123, 50, 34, 14}},
-    {CControl::button, "<---", {123, 68, 34, 14}},          {CControl::button, ">>", {123, 100, 34, 14}},
-    {CControl::button, "<<", {123, 118, 34, 14}},           {CControl::listBox, kChosen, {163, 7, 110, 180}},
-    {CControl::defaultButton, "OK", {168, 194, 50, 14}},    {CControl::button, "Cancel", {223, 194, 50, 14}},
+    {CControl::multiListBox, kAvailableVariables, {7, 7, 110, 180}},
+    {CControl::button, "--->", {123, 50, 34, 14}},
+    {CControl::button, "<---", {123, 68, 34, 14}},
+    {CControl::button, ">>", {123, 100, 34, 14}},
+    {CControl::button, "<<", {123, 118, 34, 14}},
+    {CControl::listBox, kChosen, {163, 7, 110, 180}},
+    {CControl::defaultButton, "OK", {168, 194, 50, 14}},
+    {CControl::button, "Cancel", {223, 194, 50, 14}},
 };
 constexpr CDialogTemplate kVarSelectionTemplate = {"Select Variables", {280, 215}, kVarSelectionControls};
 
@@ -32,19 +36,19 @@ void CVarSelectionDlg::OnInitDialog() {
   On(">>", [this] { OnSelallvarsButton(); });
   On("<<", [this] { OnDelallvarsButton(); });
   On(
-      kAvailable, [this] { OnSelvarButton(); }, ENotify::doubleClicked);
+      kAvailableVariables, [this] { OnSelvarButton(); }, ENotify::doubleClicked);
   On(
       kChosen, [this] { OnDelvarButton(); }, ENotify::doubleClicked);
 }
 
 void CVarSelectionDlg::ShowLists() {
-  List(kAvailable).SetTexts(m_choice.Unused());
+  List(kAvailableVariables).SetTexts(m_choice.Unused());
   List(kChosen).SetTexts(m_choice.Chosen());
 }
 
 // The lists are not filled anew: they stay where the user has scrolled them.
 void CVarSelectionDlg::OnSelvarButton() {
-  CListBox& available = List(kAvailable);
+  CListBox& available = List(kAvailableVariables);
   const std::vector<int> marked = available.GetSelItems();
   for (const int place : marked) List(kChosen).AddString(available.GetText(place));
   for (auto place = marked.rbegin(); place != marked.rend(); ++place) available.DeleteString(*place);
@@ -58,7 +62,7 @@ void CVarSelectionDlg::OnDelvarButton() {
   m_choice.TakeOut(marked);
   List(kChosen).DeleteString(marked);
   List(kChosen).SetCurSel(-1);
-  List(kAvailable).SetTexts(m_choice.Unused());
+  List(kAvailableVariables).SetTexts(m_choice.Unused());
 }
 
 void CVarSelectionDlg::OnSelallvarsButton() {
