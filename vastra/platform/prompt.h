@@ -25,7 +25,7 @@ class VASTRA_API CPrompter {
 VASTRA_API CPrompter* SetPrompter(CPrompter* prompter);
 
 // Asks the installed prompter.
-VASTRA_API int AfxMessageBox(const CString& text, UINT type);
+VASTRA_API int AfxMessageBox(const CString& text, UINT type = MB_ICONEXCLAMATION);
 VASTRA_API int AfxMessageBox(const CString& text, const CString& title, UINT type);
 
 }  // namespace vastra

@@ -24,8 +24,6 @@ constexpr CControl kDriverTypeControls[] = {
 };
 constexpr CDialogTemplate kDriverTypeTemplate = {"Node", {248, 71}, kDriverTypeControls};
 
-void Tell(const char* text) { AfxMessageBox(text, MB_ICONEXCLAMATION); }
-
 }  // namespace
 
 CDriverTypeDlg::CDriverTypeDlg(CWnd* parent) : CDialog(kDriverTypeTemplate, parent) {}
@@ -43,7 +41,7 @@ void CDriverTypeDlg::OnInitDialog() {
     m_oldName = m_name;
     m_driverIndex = factory.GetDriverIndex(static_cast<int>(m_driverId));
     if (m_driverIndex < 0) {
-      Tell("Driver not found!");
+      AfxMessageBox("Driver not found!");
       m_driverIndex = 0;
     }
   }
@@ -130,7 +128,7 @@ void CDriverTypeDlg::OnOK() {
   m_driver.variableCount = static_cast<UINT>(m_varNames.GetSize());
   ReadControls();
   if (const char* fault = Fault()) {
-    Tell(fault);
+    AfxMessageBox(fault);
     return;
   }
   UpdateScalers(0);

@@ -51,8 +51,6 @@ constexpr CDialogTemplate kInputPageTemplate = {"Input", {280, 205}, kInputPageC
 
 constexpr UINT kUsualScanPeriod = 5000;
 
-void TellOfInput(const char* text) { AfxMessageBox(text, MB_ICONEXCLAMATION); }
-
 // True: the user lets go of the equations of that kind, which are not valid any more.
 bool MayErase(const char* kind) {
   CString text;
@@ -207,13 +205,13 @@ int CInputPage::OnKillActive() {
   CInputConfig config;
   GetConfiguration(config);
   const char* fault = FaultOf(config);
-  if (fault) TellOfInput(fault);
+  if (fault) AfxMessageBox(fault);
   return !fault;
 }
 
 int CInputPage::OnApply() {
   if (m_pTrendOptions && CTrendFacadeDlg::m_suOpen > 0) {
-    TellOfInput("Changes can't be made until the Trendings/Grid configuration dialog is closed!");
+    AfxMessageBox("Changes can't be made until the Trendings/Grid configuration dialog is closed!");
     return 0;
   }
   const bool isValid = CheckStatements(m_preEquations, m_preNewVars).statement == 0;

@@ -44,7 +44,7 @@ template <class TConfig>
 void CItemDlg<TConfig>::OnOK() {
   if (!TakeFields()) return;
   if (const char* fault = FirstFault(m_config))
-    AfxMessageBox(fault, MB_ICONEXCLAMATION);
+    AfxMessageBox(fault);
   else
     CDialog::OnOK();
 }

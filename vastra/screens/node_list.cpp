@@ -5,12 +5,10 @@
 namespace vastra {
 namespace {
 
-void TellOfNodes(const char* text) { AfxMessageBox(text, MB_ICONEXCLAMATION); }
-
 // Index of the marked entry; -1: there is none, and the user was told.
 int Marked(const CListBox& list) {
   const int index = list.GetCurSel();
-  if (index < 0) TellOfNodes("There isn't any node selected");
+  if (index < 0) AfxMessageBox("There isn't any node selected");
   return index;
 }
 
@@ -56,7 +54,7 @@ void DeleteNode(CListBox& list, CPlcNodes& nodes) {
   if (index < 0) return;
   const CString name = list.GetText(index);
   if (name.IsEmpty()) {
-    TellOfNodes("Node index is wrong");
+    AfxMessageBox("Node index is wrong");
     return;
   }
   for (POSITION pos = nodes.GetHeadPosition(); pos;) {

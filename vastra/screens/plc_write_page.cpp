@@ -1,5 +1,7 @@
 #include "vastra/screens/plc_write_page.h"
 
+#include <new>
+
 #include "vastra/screens/driver_type_dlg.h"
 #include "vastra/screens/node_list.h"
 
@@ -26,7 +28,11 @@ CPlcWritePage::CPlcWritePage() : CPropertyPage(kPlcWritePageTemplate) {}
 
 void CPlcWritePage::SetConfiguration(const CPlcMultiConfig& config) {
   m_disableWriting = config.m_disableWriting;
-  for (const CPlcSingleConfig* single : config.m_nodes) m_nodes.AddTail(new CPlcNodeConfig(single->m_node));
+  try {
+    for (const CPlcSingleConfig* single : config.m_nodes) m_nodes.AddTail(new CPlcNodeConfig(single->m_node));
+  } catch (const std::bad_alloc&) {
+    DeleteList();  // some of the nodes would pass for all of them
+  }
 }
 
 void CPlcWritePage::GetConfiguration(CPlcMultiConfig& config) const {

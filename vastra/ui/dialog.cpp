@@ -294,7 +294,7 @@ int CDialog::ReadNumber(const char* caption, UINT low, UINT high, UINT& value) c
   }
   CString text;
   text.Format("Please enter a whole number from %u to %u.", low, high);
-  AfxMessageBox(text, MB_ICONEXCLAMATION);
+  AfxMessageBox(text);
   edit.SetFocus();
   edit.SelectAll();
   return 0;

@@ -30,7 +30,7 @@ int CScaleValuesDlg::Take(const char* caption, double& value) const {
   CEdit& field = Edit(caption);
   const CString text = field.GetWindowText();
   if (ParseNumber(text, value)) return 1;
-  AfxMessageBox("Please enter a number.", MB_ICONEXCLAMATION);
+  AfxMessageBox("Please enter a number.");
   field.SetFocus();
   field.SelectAt(0, text.GetLength());
   return 0;
