@@ -17,10 +17,10 @@ CString Failed(std::uint64_t failed) {
 }
 
 CString InputWords(const CInputConfig& input, int variables) {
+  if (!input.m_simulating && input.m_plcNodes.IsEmpty())
+    return "no PLC node yet: File > Configuration adds one";
   CString words = input.m_simulating ? Count(input.m_inputFiles.GetCount(), "log to replay", "logs to replay")
                                      : Count(input.m_plcNodes.GetCount(), "PLC node", "PLC nodes");
-  if (!input.m_simulating && input.m_plcNodes.IsEmpty())
-    words = "no PLC node yet: File > Configuration adds one";
   if (variables >= 0) words += ", " + Count(variables, "variable", "variables");
   if (input.m_asFastAsPossible) return words + ", as fast as possible";
   return words + ", every " + CString(std::to_string(input.m_scanPeriod)) + " ms";

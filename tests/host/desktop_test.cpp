@@ -263,6 +263,7 @@ TEST_F(Desktop, ANewDocumentIsNamedWhenItIsSaved) {
   EXPECT_FALSE(ActionOf(window, "Save")->isEnabled());
   ActionOf(window, "New")->trigger();
   EXPECT_EQ(Title(window), "Untitled[*] - Vastra");
+  EXPECT_TRUE(window.findChild<QTreeWidget*>()->topLevelItem(0)->text(2).contains("File > Configuration"));
   ASSERT_TRUE(ActionOf(window, "Start")->isEnabled());
   window.Start();
   ASSERT_TRUE(Wait([&] { return !boxes.asked.empty(); }));
