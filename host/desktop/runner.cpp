@@ -24,6 +24,7 @@ CRunner::CRunner(CListener listener) : m_listener(std::move(listener)) {
 
 CRunner::~CRunner() {
   if (m_background.joinable()) m_background.join();
+  m_loop.reset();  // waits for a worker, which reports to this
 }
 
 UINT CRunner::RefreshPeriodOf(UINT scanPeriod) {

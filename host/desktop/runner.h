@@ -27,7 +27,7 @@ class CRunner : private CMessageTarget {
   };
 
   explicit CRunner(CListener listener);
-  ~CRunner() override;  // waits for a thread that opens or closes stages
+  ~CRunner() override;  // waits for what is under way
   CRunner(const CRunner&) = delete;
   CRunner& operator=(const CRunner&) = delete;
 

@@ -94,6 +94,17 @@ TEST_F(Desktop, TheWindowNeverWaitsForAPlc) {
   for (const char* phase : {"opening", "reading", "closing"}) EXPECT_GT(beats[phase], 5) << phase;
 }
 
+TEST_F(Desktop, AWindowMayGoWhileTheLoggerRuns) {
+  CTestPrompter boxes;
+  auto window = std::make_unique<CMainWindow>();
+  ASSERT_TRUE(window->Open(m_dir / "demo.json"));
+  window->Start();
+  EXPECT_TRUE(Wait([&] { return Samples(*window) > 0; }));
+  window.reset();
+  QCoreApplication::processEvents();
+  EXPECT_GT(Rows(), 0u) << "what was in memory is lost";
+}
+
 TEST_F(Desktop, ADocumentThatCannotBeReadChangesNothing) {
   CDocument document;
   ASSERT_EQ(document.Open(m_dir / "demo.json"), "");
