@@ -23,7 +23,7 @@ constexpr CDialogTemplate kTemplate = {"Test", {212, 190}, kControls, CDialogTem
 
 class CTestDlg : public CDialog {
  public:
-  CTestDlg() : CDialog(kTemplate) {}
+  explicit CTestDlg(CWnd* parent = nullptr) : CDialog(kTemplate, parent) {}
   void OnInitDialog() override {
     if (endsAtOnce) EndDialog(7);
     On("Black & White", [this] { ++clicks; });
@@ -66,6 +66,16 @@ TEST(Dialog, EndsByButtonKeyOrCloseBox) {
                Click(window, "OK");
                EXPECT_TRUE(window->isVisible()) << "a refused OK closes the dialog";
              });
+}
+
+TEST(Dialog, IsCancelledWhenItsParentTakesItAlong) {
+  CWnd parent;
+  parent.CreateTopLevel("", {0, 0, 100, 100}, nullptr, CWnd::plain);
+  parent.ShowWindow(SW_SHOW);
+  CTestDlg dialog(&parent);
+  WhileModal([&] { EXPECT_EQ(dialog.DoModal(), IDOK); }, [](QWidget* window) { Click(window, "OK"); });
+  QTimer::singleShot(0, [&] { delete parent.Widget(); });
+  EXPECT_EQ(dialog.DoModal(), IDCANCEL) << "what the run before gave";
 }
 
 TEST(Dialog, StaysOpenUntilItIsDestroyed) {
@@ -115,6 +125,9 @@ TEST(Dialog, TextsKeepTheirBytesUntilTheyAreEdited) {
   EXPECT_EQ(text.GetWindowText(), mixed);
   EXPECT_EQ(list.GetText(0), latin1);
   EXPECT_EQ(list.Find("Ofen \xC3\xA4"), -1) << "shown alike, but another name";
+  line.SetWindowText(CString(std::string(40000, 'x')));
+  EXPECT_EQ(line.GetWindowText().GetLength(), 40000);
+  line.SetWindowText(latin1);
   QTest::keyClicks(Find<QLineEdit>(dialog.Widget(), "Line"), "!");
   EXPECT_EQ(line.GetWindowText(), "Ofen \xC3\xA4!");
   auto* lines = Find<QPlainTextEdit>(dialog.Widget(), "Text");
@@ -170,6 +183,13 @@ TEST(Dialog, ListsTellWhatIsMarkedAndMoveIt) {
   EXPECT_EQ(several.GetSelItems(), (std::vector<int>{0, 1, 2}));
   one.DeleteString(0);
   EXPECT_EQ(one.GetCount(), 2);
+  one.SetTexts(names);
+  list->setCurrentRow(0, QItemSelectionModel::NoUpdate);  // where the tab key comes to
+  EXPECT_EQ(one.GetCurSel(), -1);
+  QTest::keyClick(list, Qt::Key_Down);
+  EXPECT_EQ(one.GetCurSel(), 0) << "the arrow passes over the first entry";
+  QTest::keyClick(list, Qt::Key_Down);
+  EXPECT_EQ(one.GetCurSel(), 1);
 }
 
 TEST(Dialog, TellsWhenAControlTakesTheFocus) {
@@ -226,6 +246,11 @@ TEST(Dialog, RadioButtonsKeepToTheirGroup) {
   EXPECT_EQ(checked(), "GL");
   dialog.Button("Small").SetCheck(1);
   EXPECT_EQ(checked(), "GS");
+  for (const char* name : {"Small", "Large"}) {
+    dialog.Button(name).SetCheck(1);
+    for (const char* each : {"Small", "Large"})
+      EXPECT_EQ(each == std::string(name), (dialog.Button(each).Widget()->focusPolicy() & Qt::TabFocus) != 0);
+  }
 }
 
 TEST(Dialog, ComboBoxGivesAnEntryOrWhatWasTyped) {

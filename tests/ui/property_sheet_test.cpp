@@ -85,6 +85,25 @@ TEST(PropertySheet, AsksThePageInFrontThenAllOfThem) {
   EXPECT_EQ(sheet.Take(), (Log{"One & only init", "Two init"}));
 }
 
+TEST(PropertySheet, TheTabKeyGoesOverThePageToTheButtons) {
+  CTestSheet sheet;
+  const auto user = [&](QWidget* window) {
+    EXPECT_TRUE(QTest::qWaitForWindowActive(window));
+    sheet.SetActivePage(1);
+    const QList<QWidget*> order = {Find<QLineEdit>(window, "Second"), Find<QAbstractButton>(window, "Press"),
+                                   Find<QAbstractButton>(window, "OK"),
+                                   Find<QAbstractButton>(window, "Cancel"),
+                                   Find<QAbstractButton>(window, "Apply")};
+    order[0]->setFocus();
+    for (QWidget* each : order) {
+      EXPECT_EQ(each, window->focusWidget());
+      QTest::keyClick(each, Qt::Key_Tab);
+    }
+    EXPECT_EQ(window->focusWidget()->parentWidget(), window->findChild<QTabWidget*>());
+  };
+  WhileModal([&] { sheet.DoModal(); }, user);
+}
+
 TEST(PropertySheet, HasRoomForItsLargestPage) {
   CTestSheet sheet;
   WhileModal([&] { sheet.DoModal(); },

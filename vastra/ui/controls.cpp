@@ -1,6 +1,7 @@
 #include "vastra/ui/controls.h"
 
 #include <QAbstractButton>
+#include <QButtonGroup>
 #include <QComboBox>
 #include <QKeyEvent>
 #include <QLabel>
@@ -46,10 +47,26 @@ int FindText(const T& list, const CString& text) {
 
 QListWidget& ListOf(const CWnd& window) { return *static_cast<QListWidget*>(window.Widget()); }
 
-// A list that moves its marked entry with Ctrl and an arrow key.
-class CDragList : public QListWidget {
+// A list whose entries can all be marked with the arrow keys. The one that the tab key has come to is not
+// marked yet: the first arrow marks it, where the toolkit's would leave it for the next, if there is one.
+class CKeyList : public QListWidget {
  public:
   using QListWidget::QListWidget;
+
+ protected:
+  void keyPressEvent(QKeyEvent* event) override {
+    const bool isArrow = event->key() == Qt::Key_Up || event->key() == Qt::Key_Down;
+    if (isArrow && event->modifiers() == Qt::NoModifier && currentItem() && selectedItems().isEmpty())
+      setCurrentRow(currentRow());
+    else
+      QListWidget::keyPressEvent(event);
+  }
+};
+
+// A list that moves its marked entry with Ctrl and an arrow key.
+class CDragList : public CKeyList {
+ public:
+  using CKeyList::CKeyList;
 
  protected:
   void keyPressEvent(QKeyEvent* event) override {
@@ -57,7 +74,7 @@ class CDragList : public QListWidget {
     if (step != 0 && event->modifiers() & Qt::ControlModifier)
       MoveMarked(step);
     else
-      QListWidget::keyPressEvent(event);
+      CKeyList::keyPressEvent(event);
   }
 
  private:
@@ -87,7 +104,15 @@ CString CButton::GetWindowText() const {
   return FromCaption(static_cast<QAbstractButton*>(Widget())->text());
 }
 
-void CButton::SetCheck(int check) { static_cast<QAbstractButton*>(Widget())->setChecked(check != 0); }
+// Of a group the tab key goes to the button that is checked. The toolkit sees to that only once one of them
+// has had the focus.
+void CButton::SetCheck(int check) {
+  auto* button = static_cast<QAbstractButton*>(Widget());
+  button->setChecked(check != 0);
+  if (!button->group() || !check) return;
+  for (QAbstractButton* each : button->group()->buttons())
+    each->setFocusPolicy(each == button ? Qt::StrongFocus : Qt::ClickFocus);
+}
 
 int CButton::GetCheck() const { return static_cast<QAbstractButton*>(Widget())->isChecked(); }
 
@@ -201,6 +226,8 @@ CStringArray CListBox::GetTexts() const {
   for (int i = 0; i < GetCount(); ++i) texts.Add(GetText(i));
   return texts;
 }
+
+QListWidget* CListBox::NewWidget(QWidget* parent) { return new CKeyList(parent); }
 
 QListWidget* CDragListBox::NewWidget(QWidget* parent) {
   auto* list = new CDragList(parent);

@@ -51,6 +51,7 @@ class VASTRA_API CEdit : public CWnd {
 class VASTRA_API CListBox : public CWnd {
  public:
   explicit CListBox(QListWidget* widget);
+  static QListWidget* NewWidget(QWidget* parent);
   int GetCount() const;
   CString GetText(int index) const;
   int AddString(const CString& text);  // at the end; its index

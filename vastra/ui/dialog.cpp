@@ -19,6 +19,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <limits>
 
 #include "vastra/ui/number_text.h"
 #include "vastra/ui/text.h"
@@ -61,13 +62,14 @@ QPushButton* NewButton(const CControl& model, QWidget& parent) {
 }
 
 QListWidget* NewList(const CControl& model, QWidget& parent) {
-  auto* list = new QListWidget(&parent);
+  auto* list = CListBox::NewWidget(&parent);
   if (model.kind == CControl::multiListBox) list->setSelectionMode(QAbstractItemView::ExtendedSelection);
   return list;
 }
 
 QLineEdit* NewLine(const CControl& model, QWidget& parent) {
   auto* line = new QLineEdit(&parent);
+  line->setMaxLength(std::numeric_limits<int>::max());  // the toolkit's would cut off what is shown
   if (model.kind == CControl::numberEdit)
     line->setValidator(new QRegularExpressionValidator(QRegularExpression("[0-9]*"), line));
   return line;
@@ -237,6 +239,7 @@ int CDialog::DoModal() {
   CWidget* widget = Make(m_parent ? m_parent->Widget() : GetActiveWidget());
   m_modal = true;
   m_ended = false;
+  m_result = IDCANCEL;  // stays if the window goes with its parent
   if (m_model.style & CDialogTemplate::blocksParent) widget->setWindowModality(Qt::WindowModal);
   OnInitDialog();
   if (!m_ended) widget->exec();

@@ -79,7 +79,7 @@ class VASTRA_API CDialog : public CWnd {
   ~CDialog() override;
   int DestroyWindow() override;
 
-  // Runs the dialog until it ends, and gives the result of EndDialog.
+  // Runs the dialog until it ends, and gives the result of EndDialog; IDCANCEL if its parent takes it along.
   virtual int DoModal();
   // Makes a window that stays open, hidden at first. It goes with its parent; null: the active window, or
   // what that belongs to if it is a dialog. 1, or 0 if it ended itself in OnInitDialog: it is destroyed then,

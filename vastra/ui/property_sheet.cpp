@@ -54,11 +54,22 @@ void CPropertySheet::OnInitDialog() {
     m_tabs->addTab(widget, ToScreen(page->Model().title).replace('&', "&&"));
     page->OnInitDialog();
   }
+  PutButtonsLast();
   QObject::connect(m_tabs, &QTabWidget::currentChanged, m_tabs, [this](int index) {
     Show(m_active);  // the page in front stays there while it is asked
     SetActivePage(index);
   });
   On("Apply", [this] { Apply(); });
+}
+
+// The tab key goes from the tabs to what is on the page, and from there to the buttons, which are older.
+void CPropertySheet::PutButtonsLast() {
+  QWidget* last = Widget()->previousInFocusChain();
+  for (const char* caption : {"OK", "Cancel", "Apply"}) {
+    QWidget* button = Button(caption).Widget();
+    QWidget::setTabOrder(last, button);
+    last = button;
+  }
 }
 
 void CPropertySheet::SetActivePage(int index) {

@@ -51,6 +51,7 @@ class VASTRA_API CPropertySheet : public CDialog {
   virtual void OnApplied() {}
 
  private:
+  void PutButtonsLast();
   int Apply();
   void Show(int index);
 
