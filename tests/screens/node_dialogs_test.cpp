@@ -111,6 +111,12 @@ TEST_F(NodeDialog, AnAcceptedFormConfiguresTheNode) {
   const CUser twice = All({Select(kScripted), Press("Configure PLC"), Press("Configure PLC")});
   EXPECT_EQ(CTexts(), Run(twice, "OK", true));
   EXPECT_EQ(30, m_node.m_driver.value1) << "a form that was accepted is not new any more";
+  m_driver.Restart();
+  g_script->functions.ShowConfig = CancelForm;
+  m_node.m_driver.variableCount = 7;
+  Run(All({Select(kScripted), Press("Configure PLC")}), "Cancel");
+  EXPECT_EQ(2u, g_script->record.variableCount) << "what the driver judges by";
+  EXPECT_EQ(7u, m_node.m_driver.variableCount) << "a form that was not accepted changes the settings";
 }
 
 TEST_F(NodeDialog, OpensOnTheDriverOfTheNode) {

@@ -1,5 +1,7 @@
 #include "vastra/screens/driver_type_dlg.h"
 
+#include <unordered_set>
+
 #include "vastra/plc/driver_factory.h"
 #include "vastra/plc/plc_link.h"
 #include "vastra/screens/offered_variables.h"
@@ -65,9 +67,11 @@ void CDriverTypeDlg::OnConfplcButton() {
   const std::unique_ptr<CPlcLink> link(CDriverFactory::Instance()->NewDriver(index));
   if (!link) return;
   const bool isNew = m_driverId == kNoDriver;
-  m_driver.variableCount =
-      static_cast<UINT>(m_varNames.GetSize());  // by which a driver may judge its settings
-  if (!isNew) link->SetConfig(m_driver);
+  if (!isNew) {
+    DriverConfig given = m_driver;
+    given.variableCount = static_cast<UINT>(m_varNames.GetSize());  // by which it may judge its settings
+    link->SetConfig(given);
+  }
   if (link->ShowConfig(isNew) != IDOK) return;
   if (isNew) m_driverId = static_cast<UINT>(index);
   m_driver = link->GetConfig();
@@ -96,14 +100,15 @@ void CDriverTypeDlg::OnScalerButton() {
 }
 
 void CDriverTypeDlg::UpdateScalers(int mode) {
-  CScalerConfig updated;
   if (mode == 1) {
+    std::unordered_set<std::string_view> names;
+    for (const CString& name : m_varNames) names.insert(name.View());
+    CScalerConfig kept;
     for (const CScalerConfigNode& row : m_scaler.m_nodes)
-      if (FindIn(m_varNames, row.m_varName) >= 0) updated.m_nodes.Add(row);
-    m_scaler.m_nodes = updated.m_nodes;
+      if (names.contains(row.m_varName.View())) kept.m_nodes.Add(row);
+    m_scaler.m_nodes = kept.m_nodes;
   } else if (m_pScaler) {
-    for (const CString& name : m_varNames) updated.m_nodes.Add(ScalerRowOf(m_scaler, name));
-    m_pScaler->m_nodes = updated.m_nodes;
+    m_pScaler->m_nodes = ScalerRowsOf(m_scaler, m_varNames).m_nodes;
   }
 }
 

@@ -1,5 +1,7 @@
 #include "vastra/screens/scaler_dlg.h"
 
+#include <unordered_map>
+
 namespace vastra {
 namespace {
 
@@ -14,20 +16,25 @@ constexpr CDialogTemplate kScalerTemplate = {
 
 }  // namespace
 
-CScalerConfigNode ScalerRowOf(const CScalerConfig& scaler, const CString& name) {
-  for (const CScalerConfigNode& row : scaler.m_nodes)
-    if (row.m_varName == name) return row;
-  CScalerConfigNode row;
-  row.m_varName = name;
-  return row;
+CScalerConfig ScalerRowsOf(const CScalerConfig& scaler, const CStringArray& names) {
+  std::unordered_map<std::string_view, const CScalerConfigNode*> known;
+  for (const CScalerConfigNode& row : scaler.m_nodes) known.emplace(row.m_varName.View(), &row);
+  CScalerConfig rows;
+  for (const CString& name : names) {
+    CScalerConfigNode unscaled;
+    unscaled.m_varName = name;
+    const auto found = known.find(name.View());
+    rows.m_nodes.Add(found == known.end() ? unscaled : *found->second);
+  }
+  return rows;
 }
 
 CScalerDlg::CScalerDlg(CWnd* parent) : CDialog(kScalerTemplate, parent) {}
 
 void CScalerDlg::OnInitDialog() {
   m_names = *m_pNames;
-  for (const CString& name : m_names) {
-    const CScalerConfigNode row = ScalerRowOf(*m_pScaler, name);
+  const CScalerConfig scaler = ScalerRowsOf(*m_pScaler, m_names);
+  for (const CScalerConfigNode& row : scaler.m_nodes) {
     m_scales.Add(row.m_scale);
     m_minimums.Add(row.m_lowLimit);
     m_maximums.Add(row.m_highLimit);

@@ -6,8 +6,8 @@
 
 namespace vastra {
 
-// The first row of scaler for a variable; without one, a row that leaves its values as they are.
-CScalerConfigNode ScalerRowOf(const CScalerConfig& scaler, const CString& name);
+// For each variable the first row of scaler; without one, a row that leaves its values as they are.
+CScalerConfig ScalerRowsOf(const CScalerConfig& scaler, const CStringArray& names);
 
 class VASTRA_API CScalerDlg : public CDialog {
  public:
