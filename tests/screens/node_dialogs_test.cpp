@@ -244,7 +244,7 @@ TEST_F(NodeDialog, ANodeThatIsWrittenHasTheVariablesOfThePages) {
                                 for (const std::string& name : Offered(window)) offered.Add(CString(name));
                                 EXPECT_EQ(c.offered, Joined(offered));
                               },
-                              AddVariable("a"), TakeAll});
+                              AddVariable("a"), Press("->>")});
     const CUser user = c.offered ? All({In("Variable List", takeOut), In("Variable List", choose)})
                                  : [](QWidget* window) { Quietly(window, "Variable List"); };
     EXPECT_EQ(CTexts(), Run(user, "OK", false, CDriverTypeDlg::writeNode));

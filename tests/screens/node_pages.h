@@ -10,57 +10,6 @@
 
 namespace vastra {
 
-inline void NoUser(QWidget*) {}
-
-// The same as steps of a user.
-inline CUser In(const char* button, const CUser& user, const char* end = "OK") {
-  return [=](QWidget* window) { In(window, button, user, end); };
-}
-
-// One after the other.
-inline CUser All(const std::vector<CUser>& users) {
-  return [=](QWidget* window) {
-    for (const CUser& user : users) user(window);
-  };
-}
-
-inline CUser Press(const char* caption) {
-  return [=](QWidget* window) { Click(window, caption); };
-}
-
-// Puts text in place of what the field shows.
-inline CUser Type(const char* field, const char* text) {
-  return [=](QWidget* window) {
-    auto* edit = Find<QLineEdit>(window, field);
-    edit->selectAll();
-    QTest::keyClick(edit, Qt::Key_Delete);
-    QTest::keyClicks(edit, text);
-  };
-}
-
-inline CUser Mark(const char* list, int row) {
-  return [=](QWidget* window) { Find<QListWidget>(window, list)->setCurrentRow(row); };
-}
-
-inline void DoubleClick(QListWidget* list, int row) {
-  const QPoint place = list->visualItemRect(list->item(row)).center();
-  QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, place);
-  QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, place);
-}
-
-// Opens pages in a sheet, lets user work there and leaves it by end.
-inline int RunSheet(const std::vector<CPropertyPage*>& pages, const CUser& user, const char* end = "OK") {
-  CPropertySheet sheet("Configuration");
-  for (CPropertyPage* page : pages) sheet.AddPage(*page);
-  int result = -1;
-  WhileModal([&] { result = sheet.DoModal(); },
-             [&](QWidget* window) {
-               user(window);
-               Click(window, end);
-             });
-  return result;
-}
-
 // The driver with a form. In front of it is one without.
 constexpr int kSilent = 0, kScripted = 1;  // indexes
 

@@ -15,37 +15,42 @@ namespace vastra {
 using CUser = std::function<void(QWidget*)>;
 using CTexts = std::vector<std::string>;
 
-constexpr const char* kNoWhole = "Please enter a whole number from 0 to 4294967295.";
-constexpr const char* kNoName = "Wrong Configuration!!\n You must give a name";
-constexpr const char* kNoPath = "Wrong Configuration!!\n You must select a destination path";
-constexpr const char* kNoEquations =
-    "Wrong Configuration!!\n To write logs you must enter the basic enable equations at least";
+// Opens pages in a sheet, lets user work there and leaves it by end.
+inline int RunSheet(const std::vector<CPropertyPage*>& pages, const CUser& user, const char* end = "OK") {
+  CPropertySheet sheet("Configuration");
+  for (CPropertyPage* page : pages) sheet.AddPage(*page);
+  int result = -1;
+  WhileModal([&] { result = sheet.DoModal(); },
+             [&](QWidget* window) {
+               user(window);
+               Click(window, end);
+             });
+  return result;
+}
 
-// Opens a sheet of page alone, and lets user work on it.
-inline void OnPage(CPropertyPage& page, const CUser& user) {
-  CPropertySheet sheet("Test");
-  sheet.AddPage(page);
-  WhileModal([&] { sheet.DoModal(); }, [&](QWidget*) { user(page.Widget()); });
+inline void NoUser(QWidget*) {}
+
+// One after the other.
+inline CUser All(const std::vector<CUser>& users) {
+  return [=](QWidget* window) {
+    for (const CUser& user : users) user(window);
+  };
 }
 
 // Opens the dialog behind button, lets user work there and leaves it by end.
-inline void In(QWidget* window, const char* button, const CUser& user, const char* end = "OK") {
-  WhileModal([&] { Click(window, button); },
-             [&](QWidget* dialog) {
-               user(dialog);
-               Click(dialog, end);
-             });
+inline CUser In(const char* button, const CUser& user, const char* end = "OK") {
+  return [=](QWidget* window) {
+    WhileModal([&] { Click(window, button); },
+               [&](QWidget* dialog) {
+                 user(dialog);
+                 Click(dialog, end);
+                 EXPECT_FALSE(dialog->isVisible()) << "behind " << button;
+               });
+  };
 }
 
-inline void GiveUp(QWidget* window, const char* button, const CUser& user) {
-  In(window, button, user, "Cancel");
-}
-
-// OK leaves the dialog open and the user with box.
-inline void IsRefused(QWidget* dialog, CTestPrompter& prompter, const std::string& box) {
-  Click(dialog, "OK");
-  EXPECT_TRUE(dialog->isVisible());
-  EXPECT_EQ(CTexts{"|" + box + "|30"}, prompter.Take());
+inline CUser Press(const char* caption) {
+  return [=](QWidget* window) { Click(window, caption); };
 }
 
 // Presses button, behind which no dialog is to open.
@@ -62,32 +67,46 @@ inline void Quietly(QWidget* window, const char* button) {
   QCoreApplication::processEvents();
 }
 
-inline void Type(QWidget* window, const char* field, const char* text) {
-  Find<QLineEdit>(window, field)->setText(text);
+// Puts text in place of what the field shows.
+inline CUser Type(const char* field, const char* text) {
+  return [=](QWidget* window) {
+    auto* edit = Find<QLineEdit>(window, field);
+    edit->selectAll();
+    QTest::keyClick(edit, Qt::Key_Delete);
+    QTest::keyClicks(edit, text);
+  };
 }
 
-inline std::string Typed(QWidget* window, const char* field) {
-  return Find<QLineEdit>(window, field)->text().toStdString();
+inline CUser Mark(const char* list, int row) {
+  return [=](QWidget* window) { Find<QListWidget>(window, list)->setCurrentRow(row); };
 }
 
-inline bool Enabled(QWidget* window, const char* button) {
-  return Find<QAbstractButton>(window, button)->isEnabled();
+inline void DoubleClick(QListWidget* list, int row) {
+  const QPoint place = list->visualItemRect(list->item(row)).center();
+  QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, place);
+  QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, place);
 }
 
-inline void Check(QWidget* window, const char* box) { Find<QAbstractButton>(window, box)->click(); }
-
-// In the editor of equations.
-inline CUser Write(const char* text) {
-  return [=](QWidget* editor) { Find<QPlainTextEdit>(editor, "Equations")->setPlainText(text); };
+// What keeps the user from leaving a dialog by OK, and what then helps; in the order that it comes in.
+struct CHurdle {
+  const char* box;
+  CUser help;
+};
+inline void Overcome(QWidget* dialog, CTestPrompter& prompter, const std::vector<CHurdle>& hurdles) {
+  for (const CHurdle& hurdle : hurdles) {
+    Click(dialog, "OK");
+    EXPECT_TRUE(dialog->isVisible());
+    EXPECT_EQ(CTexts{std::string("|") + hurdle.box + "|30"}, prompter.Take());
+    hurdle.help(dialog);
+  }
 }
 
-inline std::string Written(QWidget* editor) {
-  return Find<QPlainTextEdit>(editor, "Equations")->toPlainText().toStdString();
+// In the editor of equations: puts text behind what is there.
+inline CUser Append(const char* text) {
+  return [=](QWidget* editor) { Find<QPlainTextEdit>(editor, "Equations")->appendPlainText(text); };
 }
 
-// In the dialog of variables: takes all there are.
-inline void TakeAll(QWidget* dialog) { Click(dialog, "->>"); }
-
+// In the dialog of variables.
 inline CTexts Offered(QWidget* dialog) { return Shown(Find<QListWidget>(dialog, "Available Vars")); }
 
 inline std::string Joined(const CStringArray& texts) {
@@ -109,5 +128,12 @@ inline void SetSmart(CSmartPage& page, std::initializer_list<const char*> output
   config.m_outputVars = Names(outputs);
   page.SetConfiguration(config);
 }
+
+// Dialogs of outputs and of summaries.
+constexpr const char* kNoWhole = "Please enter a whole number from 0 to 4294967295.";
+constexpr const char* kNoName = "Wrong Configuration!!\n You must give a name";
+constexpr const char* kNoPath = "Wrong Configuration!!\n You must select a destination path";
+constexpr const char* kNoEquations =
+    "Wrong Configuration!!\n To write logs you must enter the basic enable equations at least";
 
 }  // namespace vastra
