@@ -91,6 +91,7 @@ class OutputPage : public testing::Test {
 TEST_F(OutputPage, KeepsWhatIsNotEditedAsItIs) {
   std::vector<COutputConfig> outputs = {Output("x", "b", 7), Output("y", "System Time", 8),
                                         Output("z", "a", 9)};
+  outputs[1].m_prefix.Empty();
   outputs[2].m_enableText.Empty();
   Hold({Output("gone")});
   Hold(outputs);
