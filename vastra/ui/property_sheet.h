@@ -41,7 +41,7 @@ class VASTRA_API CPropertySheet : public CDialog {
   int DoModal() override;
   // Index of the page in front, from 0 in the order of AddPage.
   int GetActiveIndex() const { return m_active; }
-  // Brings page index to the front if that in front may be left.
+  // Brings page index to the front if that in front may be left; only while the sheet is open.
   void SetActivePage(int index);
 
  protected:
