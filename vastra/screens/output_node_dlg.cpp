@@ -12,17 +12,17 @@ constexpr const char* kBasis = "Name the logs based on :";
 constexpr const char* kDword = "Use the next variable to form a DWORD based name";
 constexpr const char* kPrefix = "Use prefix for the log names :";
 constexpr CControl kOutputNodeControls[] = {
-    {CControl::text, kItemName, {7, 10, 36, 10}},
+    {CControl::text, kItemName, {7, 9, 36, 10}},
     {CControl::edit, kItemName, {46, 7, 168, 14}},
-    {CControl::text, kItemPath, {7, 30, 36, 10}},
+    {CControl::text, kItemPath, {7, 29, 36, 10}},
     {CControl::edit, kItemPath, {46, 27, 168, 14}},
     {CControl::checkBox, kLogs, {46, 48, 80, 12}},
     {CControl::checkBox, kItemText, {130, 48, 84, 12}},
-    {CControl::text, kMaxLogs, {7, 70, 147, 10}},
+    {CControl::text, kMaxLogs, {7, 69, 147, 10}},
     {CControl::numberEdit, kMaxLogs, {158, 67, 56, 14}},
-    {CControl::text, kMaxSamples, {7, 90, 147, 10}},
+    {CControl::text, kMaxSamples, {7, 89, 147, 10}},
     {CControl::numberEdit, kMaxSamples, {158, 87, 56, 14}},
-    {CControl::text, kBasis, {7, 114, 90, 10}},
+    {CControl::text, kBasis, {7, 113, 90, 10}},
     {CControl::comboEdit, kBasis, {100, 111, 114, 14}},
     {CControl::checkBox, kDword, {7, 131, 207, 12}},
     {CControl::checkBox, kPrefix, {7, 150, 128, 12}},

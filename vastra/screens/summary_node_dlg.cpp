@@ -8,9 +8,9 @@ constexpr const char* kSummaryMaxSamples = "Maximum number\nof samples in a\n su
 constexpr const char* kMaxSummaries = "Maximum number\nof summaries\nstored :";
 constexpr const char* kSummaryEquations = "Summary Equations...";
 constexpr CControl kSummaryNodeControls[] = {
-    {CControl::text, kItemName, {7, 10, 36, 10}},
+    {CControl::text, kItemName, {7, 9, 36, 10}},
     {CControl::edit, kItemName, {46, 7, 168, 14}},
-    {CControl::text, kItemPath, {7, 30, 36, 10}},
+    {CControl::text, kItemPath, {7, 29, 36, 10}},
     {CControl::edit, kItemPath, {46, 27, 168, 14}},
     {CControl::checkBox, kSummary, {46, 48, 80, 12}},
     {CControl::checkBox, kItemText, {130, 48, 84, 12}},
