@@ -67,7 +67,7 @@ enum { driverModeRead = 0, driverModeWrite = 1, driverModeOther = 100 };
 /* A null slot is a function that the driver does not offer. */
 typedef struct DriverFunctions {
   /*  0  Shows the driver's own modal dialog, for which DriverHost has a form. isNew 1: start from defaults;
-   * 0: from what SetConfig gave. 1 if the user accepted it. Null: no dialog. */
+   *     0: from what SetConfig gave. 1 if the user accepted it. Null: no dialog. */
   int (*ShowConfig)(int isNew);
   /*  1  The settings with which the dialog ended. */
   DriverRecord (*GetConfig)(void);
