@@ -4,12 +4,10 @@
 #include <QCloseEvent>
 #include <QDir>
 #include <QLabel>
-#include <QMenuBar>
+#include <QMenu>
 #include <QMessageBox>
 #include <QProgressBar>
 #include <QStatusBar>
-#include <QStyle>
-#include <QToolBar>
 
 #include "host/common/configuration_json.h"
 #include "host/common/demo.h"
@@ -43,11 +41,6 @@ const char* NameOf(CRunner::EState state) {
   return "";
 }
 
-// The keys of menu work in the other windows, too.
-void UseKeysEverywhere(const QMenu& menu) {
-  for (QAction* action : menu.actions()) action->setShortcutContext(Qt::ApplicationShortcut);
-}
-
 // A dialog that is open works on the stages: it is to be closed before they go.
 bool HasOpenDialog() {
   QWidget* dialog = QApplication::activeModalWidget();
@@ -57,8 +50,6 @@ bool HasOpenDialog() {
   dialog->activateWindow();
   return true;
 }
-
-void TellFault(const CString& text) { AfxMessageBox(text, MB_OK | MB_ICONEXCLAMATION); }
 
 // A stage whose logs have nowhere to go tells so in the messages, without the place.
 CString ExplainPlaces(const CConfiguration& configuration, const CString& stage) {
@@ -88,83 +79,10 @@ CMainWindow::CMainWindow()
 
 CMainWindow::~CMainWindow() = default;
 
-QAction* CMainWindow::AddAction(QMenu* menu, const char* text, const QKeySequence& key,
-                                std::function<void()> action) {
-  QAction* added = menu->addAction(text);
-  added->setShortcut(key);
-  connect(added, &QAction::triggered, this, std::move(action));
-  return added;
-}
-
-void CMainWindow::MakeActions() {
-  MakeFileMenu();
-  MakeRunMenu();
-  MakeWindowMenu();
-  QMenu* help = menuBar()->addMenu("&Help");
-  AddAction(help, "&About Vastra", {}, [this] { ShowAbout(); });
-}
-
-void CMainWindow::MakeFileMenu() {
-  QMenu* file = menuBar()->addMenu("&File");
-  m_new = AddAction(file, "&New", QKeySequence::New, [this] { New(); });
-  m_open = AddAction(file, "&Open...", QKeySequence::Open, [this] { AskToOpen(); });
-  m_recent = file->addMenu("Open &Recent");
-  connect(m_recent, &QMenu::aboutToShow, this, [this] { ShowRecent(); });
-  m_needDocument << AddAction(file, "&Save", QKeySequence::Save, [this] { Save(); })
-                 << AddAction(file, "Save &As...", QKeySequence("Ctrl+Shift+S"), [this] { AskToSave(); });
-  file->addSeparator();
-  m_edit = AddAction(file, "&Configuration...", QKeySequence("Ctrl+E"), [this] { EditConfiguration(); });
-  m_needDocument << m_edit << AddAction(file, "Re&port", QKeySequence("Ctrl+R"), [this] { ShowReport(); });
-  file->addSeparator();
-  AddAction(file, "&Quit", QKeySequence("Ctrl+Q"), [this] { close(); });
-}
-
-void CMainWindow::MakeRunMenu() {
-  QMenu* run = menuBar()->addMenu("&Run");
-  m_start = AddAction(run, "&Start", QKeySequence("F5"), [this] { Start(); });
-  m_stop = AddAction(run, "S&top", QKeySequence("Shift+F5"), [this] { m_runner.Stop(); });
-  UseKeysEverywhere(*run);
-  m_start->setIcon(style()->standardIcon(QStyle::SP_MediaPlay));
-  m_stop->setIcon(style()->standardIcon(QStyle::SP_MediaStop));
-}
-
-void CMainWindow::MakeWindowMenu() {
-  QMenu* window = menuBar()->addMenu("&Window");
-  QAction* trend = AddAction(window, "&Trend", QKeySequence("Ctrl+1"),
-                             [this] { m_views.ShowTrend(m_runner.Loop(), m_runner.RefreshPeriod()); });
-  QAction* grid =
-      AddAction(window, "Scan &Grid", QKeySequence("Ctrl+2"), [this] { m_views.ShowGrid(m_runner.Loop()); });
-  QAction* messages = AddAction(window, "&Messages", QKeySequence("Ctrl+3"), [this] { m_messages.Show(); });
-  window->addSeparator();
-  AddAction(window, "Message &Settings...", QKeySequence("Ctrl+M"), [this] { m_messages.Configure(); });
-  UseKeysEverywhere(*window);
-  m_needDocument << trend << grid;
-  QToolBar* bar = addToolBar("Run");
-  bar->setMovable(false);
-  bar->setContextMenuPolicy(Qt::PreventContextMenu);
-  bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-  bar->addAction(m_edit);
-  bar->addSeparator();
-  bar->addActions({m_start, m_stop});
-  bar->addSeparator();
-  bar->addActions({trend, grid, messages});
-}
-
-void CMainWindow::MakeStatusBar() {
-  m_stateText = new QLabel(this);
-  m_countsText = new QLabel(this);
-  m_progress = new QProgressBar(this);
-  m_progress->setMaximumWidth(fontMetrics().averageCharWidth() * 30);
-  m_progress->hide();
-  statusBar()->addWidget(m_stateText);
-  statusBar()->addWidget(m_countsText, 1);
-  statusBar()->addPermanentWidget(m_progress);
-}
-
 bool CMainWindow::Open(const CString& path) {
   const CString fault = m_document.Open(path);
   if (!fault.IsEmpty()) {
-    TellFault(fault);
+    AfxMessageBox(fault);
     return false;
   }
   m_settings.AddRecent(m_document.Path());
@@ -191,7 +109,7 @@ void CMainWindow::OfferDemo() {
   if (fault.IsEmpty())
     Open(path);
   else
-    TellFault(folder + ": " + fault);
+    AfxMessageBox(folder + ": " + fault);
 }
 
 // Makes the stages of the document, closed, and shows what they will do.
@@ -243,7 +161,7 @@ bool CMainWindow::SaveTo(const CString& path) {
   AskForVersion(path);
   const CString fault = m_document.Save(path);
   if (!fault.IsEmpty()) {
-    TellFault(fault);
+    AfxMessageBox(fault);
     return false;
   }
   m_settings.AddRecent(m_document.Path());
@@ -256,7 +174,7 @@ bool CMainWindow::SaveTo(const CString& path) {
 void CMainWindow::TellLost() {
   CString text;
   for (const CString& lost : m_document.Lost()) text += "\n" + lost;
-  if (!text.IsEmpty()) TellFault(m_document.Path() + ":" + text);
+  if (!text.IsEmpty()) AfxMessageBox(m_document.Path() + ":" + text);
 }
 
 // A file keeps the version it has come with, unless that is too old for what it is to hold.
@@ -361,7 +279,7 @@ bool CMainWindow::IsFitToStart() {
   CString text;
   for (const CString& fault : FindEquationFaults(m_document.Configuration(), m_names))
     text += (text.IsEmpty() ? "" : "\n") + fault;
-  if (!text.IsEmpty()) TellFault(text);
+  if (!text.IsEmpty()) AfxMessageBox(text);
   return text.IsEmpty();
 }
 
@@ -371,8 +289,8 @@ void CMainWindow::TellWhyNotOpened() {
   const CString why = stage == "input"      ? ExplainSilence(configuration.m_input)
                       : stage == "plcWrite" ? ExplainSilence(configuration.m_plcWrite)
                                             : ExplainPlaces(configuration, stage);
-  TellFault(stage + ": the stage does not open" +
-            (why.IsEmpty() ? CString("; the messages tell why.") : ", since " + why));
+  AfxMessageBox(stage + ": the stage does not open" +
+                (why.IsEmpty() ? CString("; the messages tell why.") : ", since " + why));
 }
 
 // What a state allows. While stages open or close on their thread nothing else may touch them.

@@ -1,0 +1,94 @@
+// The menus, the tool bar and the status bar of the main window.
+#include <QLabel>
+#include <QMenuBar>
+#include <QProgressBar>
+#include <QStatusBar>
+#include <QStyle>
+#include <QToolBar>
+
+#include "host/desktop/main_window.h"
+
+namespace vastra {
+namespace {
+
+// The keys of menu work in the other windows, too.
+void UseKeysEverywhere(const QMenu& menu) {
+  for (QAction* action : menu.actions()) action->setShortcutContext(Qt::ApplicationShortcut);
+}
+
+}  // namespace
+
+QAction* CMainWindow::AddAction(QMenu* menu, const char* text, const QKeySequence& key,
+                                std::function<void()> action) {
+  QAction* added = menu->addAction(text);
+  added->setShortcut(key);
+  connect(added, &QAction::triggered, this, std::move(action));
+  return added;
+}
+
+void CMainWindow::MakeActions() {
+  MakeFileMenu();
+  MakeRunMenu();
+  MakeWindowMenu();
+  QMenu* help = menuBar()->addMenu("&Help");
+  AddAction(help, "&About Vastra", {}, [this] { ShowAbout(); });
+}
+
+void CMainWindow::MakeFileMenu() {
+  QMenu* file = menuBar()->addMenu("&File");
+  m_new = AddAction(file, "&New", QKeySequence::New, [this] { New(); });
+  m_open = AddAction(file, "&Open...", QKeySequence::Open, [this] { AskToOpen(); });
+  m_recent = file->addMenu("Open &Recent");
+  connect(m_recent, &QMenu::aboutToShow, this, [this] { ShowRecent(); });
+  m_needDocument << AddAction(file, "&Save", QKeySequence::Save, [this] { Save(); })
+                 << AddAction(file, "Save &As...", QKeySequence("Ctrl+Shift+S"), [this] { AskToSave(); });
+  file->addSeparator();
+  m_edit = AddAction(file, "&Configuration...", QKeySequence("Ctrl+E"), [this] { EditConfiguration(); });
+  m_needDocument << m_edit << AddAction(file, "Re&port", QKeySequence("Ctrl+R"), [this] { ShowReport(); });
+  file->addSeparator();
+  AddAction(file, "&Quit", QKeySequence("Ctrl+Q"), [this] { close(); });
+}
+
+void CMainWindow::MakeRunMenu() {
+  QMenu* run = menuBar()->addMenu("&Run");
+  m_start = AddAction(run, "&Start", QKeySequence("F5"), [this] { Start(); });
+  m_stop = AddAction(run, "S&top", QKeySequence("Shift+F5"), [this] { m_runner.Stop(); });
+  UseKeysEverywhere(*run);
+  m_start->setIcon(style()->standardIcon(QStyle::SP_MediaPlay));
+  m_stop->setIcon(style()->standardIcon(QStyle::SP_MediaStop));
+}
+
+void CMainWindow::MakeWindowMenu() {
+  QMenu* window = menuBar()->addMenu("&Window");
+  QAction* trend = AddAction(window, "&Trend", QKeySequence("Ctrl+1"),
+                             [this] { m_views.ShowTrend(m_runner.Loop(), m_runner.RefreshPeriod()); });
+  QAction* grid =
+      AddAction(window, "Scan &Grid", QKeySequence("Ctrl+2"), [this] { m_views.ShowGrid(m_runner.Loop()); });
+  QAction* messages = AddAction(window, "&Messages", QKeySequence("Ctrl+3"), [this] { m_messages.Show(); });
+  window->addSeparator();
+  AddAction(window, "Message &Settings...", QKeySequence("Ctrl+M"), [this] { m_messages.Configure(); });
+  UseKeysEverywhere(*window);
+  m_needDocument << trend << grid;
+  QToolBar* bar = addToolBar("Run");
+  bar->setMovable(false);
+  bar->setContextMenuPolicy(Qt::PreventContextMenu);
+  bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+  bar->addAction(m_edit);
+  bar->addSeparator();
+  bar->addActions({m_start, m_stop});
+  bar->addSeparator();
+  bar->addActions({trend, grid, messages});
+}
+
+void CMainWindow::MakeStatusBar() {
+  m_stateText = new QLabel(this);
+  m_countsText = new QLabel(this);
+  m_progress = new QProgressBar(this);
+  m_progress->setMaximumWidth(fontMetrics().averageCharWidth() * 30);
+  m_progress->hide();
+  statusBar()->addWidget(m_stateText);
+  statusBar()->addWidget(m_countsText, 1);
+  statusBar()->addPermanentWidget(m_progress);
+}
+
+}  // namespace vastra
