@@ -14,7 +14,7 @@ bool IsJsonPath(const CString& path) { return path.Right(5).CompareNoCase(".json
 CString SaveAsJson(const CString& path, CConfiguration& configuration) {
   std::string text;
   CString fault = ConfigurationToJson(configuration, text);
-  if (!fault.IsEmpty()) return fault;
+  if (!fault.IsEmpty()) return fault + "; a configuration file, .vst, can hold it";
   try {
     SaveFile(path, [&](CFile& file) { file.Write(text.data(), text.size()); });
     return {};
