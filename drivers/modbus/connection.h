@@ -1,0 +1,44 @@
+// CConnection: what stands behind one handle. It carries out the requests that were planned, and after a
+// failure leaves the device alone for a while, so that one that is dead does not hold up the others.
+#pragma once
+
+#include "line.h"
+
+namespace modbus {
+
+class CConnection {
+ public:
+  // Begins to connect, and does not wait for it. Null with fault: what is wrong with the settings. Throws
+  // std::bad_alloc.
+  static std::unique_ptr<CConnection> Open(const DriverRecord& record, int mode, std::string& fault);
+  CConnection(CSettings settings, std::shared_ptr<CLine> line);
+
+  // Statuses. Calls for one connection never overlap.
+  int Read(float* values, int count);
+  int Write(const float* values, int count);
+  // Words for the failure of the last call; valid until the next call.
+  const char* LastError() const { return m_words.c_str(); }
+
+ private:
+  bool Checks(int count);
+  bool FitTypes(const float* values);
+  CTime PatienceFrom(CTime now) const;
+  int Begin();
+  int Exchange(const CRequest& request, const CFrame& frame, CFrame& reply);
+  int End(int status);
+  int Fail(int status, const std::string& words);
+  int Lose(const CResult& result, const std::string& where);
+
+  const CSettings m_settings;
+  const std::string m_name;
+  std::shared_ptr<CLine> m_line;
+  std::string m_words;
+  std::string m_lost;  // words for the failure that the device is left alone for
+  milliseconds m_pause{0};
+  CTime m_restUntil;      // no attempt before
+  CTime m_tried;          // when the last attempt was
+  CTime m_nextRequest;    // no request before
+  bool m_isWary = false;  // the device has not answered since it failed
+};
+
+}  // namespace modbus

@@ -1,0 +1,15 @@
+// The place of a device, as text1 has it.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "settings.h"
+
+namespace modbus {
+
+// Reads `host`, `host:port`, `[v6 address]:port` or `/dev/tty...:baud,bits,parity,stop`. Gives an empty text,
+// or what is wrong with it.
+std::string ReadEndpoint(std::string_view text, CEndpoint& endpoint);
+
+}  // namespace modbus

@@ -1,0 +1,35 @@
+// What both lines ask of the library. Its calls are those of a client, and what they are handed has been
+// checked before.
+#pragma once
+
+#include <modbus/modbus.h>
+
+#include <memory>
+#include <string>
+
+#include "line.h"
+#include "packet.h"
+
+namespace modbus {
+
+struct CFreeContext {
+  void operator()(modbus_t* context) const { modbus_free(context); }
+};
+using CContext = std::unique_ptr<modbus_t, CFreeContext>;
+
+// Throws std::bad_alloc for no context.
+CContext Take(modbus_t* context);
+// The library waits by select, which has room for the lower file handles alone.
+bool IsWaitable(int file);
+// Waits for an event of poll, or until file is lost. False if `until` comes first.
+bool WaitFor(int file, short event, CTime until);
+// Receives the packet whose first bytes are there, until `until` at most. A good result of size 0: it was for
+// another unit.
+CResult Receive(modbus_t* context, CTime until, CPacket& packet);
+CResult Lost(const std::string& words);
+// The words of the system for its number of an error.
+std::string SystemWords(int error);
+CResult BadFrame(const std::string& words);
+CResult NoReply(const CSettings& settings);
+
+}  // namespace modbus

@@ -1,0 +1,33 @@
+#include "line.h"
+
+#include <map>
+#include <mutex>
+
+#include "serial_line.h"
+#include "tcp_line.h"
+
+namespace modbus {
+namespace {
+
+std::mutex g_linesLock;
+std::map<std::string, std::weak_ptr<CSerialLine>> g_lines;  // by device, those in use
+
+std::shared_ptr<CLine> SerialLine(const CEndpoint& endpoint, std::string& fault) {
+  const std::lock_guard guard(g_linesLock);
+  std::erase_if(g_lines, [](const auto& entry) { return entry.second.expired(); });
+  std::shared_ptr<CSerialLine> line = g_lines[endpoint.device].lock();
+  if (!line) g_lines[endpoint.device] = line = std::make_shared<CSerialLine>(endpoint);
+  if (line->Endpoint() == endpoint) return line;
+  fault = "text1: another node uses " + endpoint.device + " with other settings of the line";
+  return nullptr;
+}
+
+}  // namespace
+
+std::shared_ptr<CLine> NewLine(const CSettings& settings, std::string& fault) {
+  const CEndpoint& endpoint = settings.endpoint;
+  if (endpoint.IsSerial()) return SerialLine(endpoint, fault);
+  return std::make_shared<CTcpLine>(endpoint.host, endpoint.port);
+}
+
+}  // namespace modbus

@@ -1,0 +1,27 @@
+// A frame with what a line puts round it: by TCP a head with the number of the request, the length and the
+// unit; on a serial line the unit, and a check sum that is the library's business.
+#pragma once
+
+#include <modbus/modbus.h>
+
+#include <array>
+#include <string>
+
+#include "frame.h"
+
+namespace modbus {
+
+struct CPacket {
+  int size = 0;
+  std::array<std::uint8_t, MODBUS_MAX_ADU_LENGTH> bytes;
+};
+
+CPacket TcpPacket(int number, int unit, const CFrame& frame);
+CPacket SerialPacket(int unit, const CFrame& frame);  // without the check sum
+
+// Take the frame out of what was received: empty, or why it is not the reply to request, which had number and
+// unit.
+std::string TakeTcpReply(const CPacket& packet, int number, int unit, const CFrame& request, CFrame& reply);
+std::string TakeSerialReply(const CPacket& packet, const CFrame& request, CFrame& reply);
+
+}  // namespace modbus

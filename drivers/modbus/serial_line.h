@@ -1,0 +1,37 @@
+// CSerialLine: a serial line with the devices on it. All nodes of the process that name it share it and use
+// it in turn, since their requests and replies meet on the same wire.
+#pragma once
+
+#include <mutex>
+
+#include "library.h"
+
+namespace modbus {
+
+class CSerialLine : public CLine {
+ public:
+  explicit CSerialLine(const CEndpoint& endpoint);
+  ~CSerialLine() override { CSerialLine::Drop(); }
+
+  const CEndpoint& Endpoint() const { return m_endpoint; }
+  bool IsConnected() override;
+  CResult Connect(const CSettings& settings, CTime until, bool wary) override;
+  CResult Exchange(const CSettings& settings, const CFrame& request, CFrame& reply) override;
+  void Drop() override;
+
+ private:
+  CResult Ask(const CSettings& settings, const CFrame& request, CFrame& reply);
+  CResult Send(int unit, const CFrame& request);
+  CResult TakeReply(const CSettings& settings, const CFrame& request, CFrame& reply);
+  void Close();
+
+  const CEndpoint m_endpoint;
+  const CClock::duration m_silence;  // between two packets
+
+  std::mutex m_lock;  // of the rest
+  CContext m_context;
+  bool m_isOpen = false;
+  CTime m_quietUntil;
+};
+
+}  // namespace modbus

@@ -1,0 +1,68 @@
+// What the driver makes of the settings of a node.
+#pragma once
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include "plan.h"
+#include "vastra/plc/driver_api.h"
+
+namespace modbus {
+
+using CClock = std::chrono::steady_clock;
+using CTime = CClock::time_point;
+using std::chrono::milliseconds;
+
+constexpr int kDriverId = 9002;
+constexpr int kDefaultTimeOut = 1000;  // milliseconds
+constexpr int kLongestTimeOut = 60000;
+constexpr int kLongestPause = 60000;
+constexpr int kMostRegisters = 125;  // of a request, by the protocol
+constexpr int kMostWritten = 123;    // the same when they are written
+constexpr int kLastUnit = 255;
+constexpr int kLastSerialUnit = 247;
+
+// What value4 asks for; both together are 3.
+constexpr int kSingleRequests = 1;  // one request for each value
+constexpr int kCloseAfterScan = 2;  // no connection between scans
+
+// Where a device is reached: by TCP, or on a serial line.
+struct CEndpoint {
+  std::string name;  // for messages
+  std::string host;  // empty: a serial line
+  std::string port;
+  std::string device;
+  int baud;
+  char parity;  // N, E or O
+  int stop;     // bits
+
+  bool operator==(const CEndpoint&) const = default;
+  bool IsSerial() const { return host.empty(); }
+};
+
+// Between two attempts to reach a device: it grows from the first to the longest.
+struct CPauses {
+  milliseconds first{500};
+  milliseconds longest{30000};
+};
+
+struct CSettings {
+  CEndpoint endpoint;
+  int unit;
+  milliseconds timeOut;       // of a reply
+  milliseconds requestPause;  // between two requests
+  milliseconds connectPause;  // behind a connecting
+  bool closesAfterScan;
+  int count;                       // of values
+  std::vector<CRequest> requests;  // of one transfer
+  CPauses pauses;
+};
+
+// Reads record into settings, for a node that is written or read. Gives an empty text, or which setting is
+// bad and why.
+std::string ReadSettings(const DriverRecord& record, bool writes, CSettings& settings);
+// What ReadSettings would say of a node that is read, but for the number of its values.
+std::string CheckSettings(const DriverRecord& record);
+
+}  // namespace modbus

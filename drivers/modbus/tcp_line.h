@@ -1,0 +1,68 @@
+// CTcpLine: the connection of one node by TCP. Connecting goes step by step and can be gone on with in a
+// later call, so that a device that is dead holds nobody up.
+//
+// The head of a packet is the driver's own: the library numbers no request that it is given as a frame, and
+// looks neither at the unit nor at the length of a reply, and a value must not come from another device or
+// another request.
+#pragma once
+
+#include <iterator>
+#include <optional>
+#include <string>
+
+#include "library.h"
+#include "resolver.h"
+
+namespace modbus {
+
+class CTcpLine : public CLine {
+ public:
+  CTcpLine(const std::string& host, const std::string& port);
+  ~CTcpLine() override { CTcpLine::Drop(); }
+
+  bool IsConnected() override;
+  CResult Connect(const CSettings& settings, CTime until, bool wary) override;
+  CResult Exchange(const CSettings& settings, const CFrame& request, CFrame& reply) override;
+  void Drop() override;
+
+ private:
+  // How long a step may wait for the device now, and how it is to be judged.
+  struct CPatience {
+    CTime until;
+    bool wary;
+  };
+  using CStep = CResult (CTcpLine::*)(const CSettings& settings, const CPatience& patience);
+
+  // The steps of connecting, in their order.
+  CResult Resolve(const CSettings& settings, const CPatience& patience);
+  CResult Dial(const CSettings& settings, const CPatience& patience);
+  CResult Settle(const CSettings& settings, const CPatience& patience);
+  CResult Prove(const CSettings& settings, const CPatience& patience);
+  static constexpr CStep kSteps[] = {&CTcpLine::Resolve, &CTcpLine::Dial, &CTcpLine::Settle,
+                                     &CTcpLine::Prove};
+  static constexpr int kConnected = static_cast<int>(std::size(kSteps));
+
+  CResult BeginDialling(const CAddress& address);
+  CResult DialOutcome(CTime until);
+  void Hang();
+  // What there is to read without a request: 0 nothing, 1 something, -1 the end of the connection.
+  int Peek() const;
+  CResult Send(int unit, const CFrame& request);
+  // The reply to what was sent last; pending if nothing of it is there at `until`. It is complete at
+  // deadline.
+  CResult TakeReply(int unit, const CFrame& request, CTime until, CTime deadline, CFrame& reply);
+  CResult Ask(const CSettings& settings, const CFrame& request, CFrame& reply);
+  // result, or failed with words once the present step has lasted for the time-out.
+  CResult UntilDeadline(CResult result, const CSettings& settings, const char* words) const;
+
+  CResolver m_resolver;
+  CContext m_context;
+  int m_socket = -1;
+  int m_step = 0;                // what is to be done next; kConnected: nothing
+  std::optional<CTime> m_begun;  // when the present step was; none: no attempt is under way
+  std::size_t m_next = 0;        // address to dial
+  int m_number = 0;              // of the last request
+  bool m_asked = false;          // the proof is under way
+};
+
+}  // namespace modbus
