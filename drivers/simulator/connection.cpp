@@ -7,6 +7,12 @@
 
 namespace simulator {
 
+std::unique_ptr<CConnection> CConnection::Open(const DriverRecord& record, int /*mode*/, std::string& fault) {
+  CSettings settings;
+  fault = ReadSettings(record, settings);
+  return fault.empty() ? std::make_unique<CConnection>(std::move(settings)) : nullptr;
+}
+
 CConnection::CConnection(CSettings settings) : m_settings(std::move(settings)) { Connect(); }
 
 void CConnection::Connect() {

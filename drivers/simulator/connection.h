@@ -9,7 +9,8 @@ namespace simulator {
 // Calls for one connection never overlap. Read and Write give a status and allocate nothing.
 class CConnection {
  public:
-  // Throws std::bad_alloc.
+  // Null with fault: which setting is bad and why. Throws std::bad_alloc.
+  static std::unique_ptr<CConnection> Open(const DriverRecord& record, int mode, std::string& fault);
   explicit CConnection(CSettings settings);
 
   int Read(float* values, int count);

@@ -1,8 +1,8 @@
 #include "settings.h"
 
-#include <algorithm>
 #include <string_view>
 
+#include "drivers/common/text.h"
 #include "station.h"
 
 namespace simulator {
@@ -18,21 +18,6 @@ constexpr struct {
     {&DriverRecord::value3, "value3"},   {&DriverRecord::value4, "value4"},
 };
 
-std::string_view Trimmed(std::string_view text) {
-  constexpr std::string_view kBlanks = " \t\r\n";
-  text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
-  return text.substr(0, text.find_last_not_of(kBlanks) + 1);
-}
-
-// name as words show it: not longer than a message line can bear, and cut between two characters of UTF-8.
-std::string Shown(std::string_view name) {
-  constexpr std::size_t kLongest = 60;
-  if (name.size() <= kLongest) return std::string(name);
-  std::size_t length = kLongest;
-  while (length > 0 && (name[length] & 0xC0) == 0x80) --length;
-  return std::string(name.substr(0, length)) + "...";
-}
-
 std::string ReadNumbers(const DriverRecord& record) {
   for (const auto& number : kNumbers)
     if (const int value = record.*number.value; value < 0)
@@ -46,12 +31,12 @@ std::string ReadNumbers(const DriverRecord& record) {
 
 // A comma list of names; a text without any name means a sine.
 std::string ReadWaveforms(std::string_view list, std::vector<const CWaveform*>& waveforms) {
-  if (Trimmed(list).empty()) list = "sine";
+  if (driver::Trimmed(list).empty()) list = "sine";
   for (std::size_t start = 0, comma = 0; comma != std::string_view::npos; start = comma + 1) {
     comma = list.find(',', start);
-    const std::string_view name = Trimmed(list.substr(start, comma - start));
+    const std::string_view name = driver::Trimmed(list.substr(start, comma - start));
     const CWaveform* waveform = FindWaveform(name);
-    if (!waveform) return "text1 has an unknown waveform: \"" + Shown(name) + '"';
+    if (!waveform) return "text1 has an unknown waveform: \"" + driver::Shown(name) + '"';
     waveforms.push_back(waveform);
   }
   return {};
