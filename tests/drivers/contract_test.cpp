@@ -31,6 +31,9 @@ constexpr const char* kNoOpen = "Fatal Not named Couldn't open driver.";
 constexpr CDriverCase kDrivers[] = {
     {"Upper.SO", 9101, "Upper"},
     {"format.so", 9102, "%s%n", "", kFormat, kFormat},
+    {"modbus.so", 9002, "Modbus",
+     "Fatal Not named Modbus: text1: it is empty: the device is host:port, or /dev/ttyUSB0:19200,8,E,1 on a "
+     "serial line"},
     {"muted.so", 9103, "Muted", "", "Fatal Not named Read function not found in driver.",
      "Fatal Not named Write function not found in driver."},
     {"null_name.so", 9104, ""},
