@@ -31,6 +31,7 @@ CAction DeclareInspect(CArguments& arguments);
 CAction DeclareConvert(CArguments& arguments);
 CAction DeclareEval(CArguments& arguments);
 CAction DeclareDrivers(CArguments& arguments);
+CAction DeclareProbe(CArguments& arguments);
 CAction DeclareWatch(CArguments& arguments);
 
 }  // namespace vastra

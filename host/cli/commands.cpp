@@ -22,6 +22,8 @@ constexpr CCommand kCommands[] = {
     {"eval", "Compile equations and run them on one sample", "vastra eval 'y = 2 * a;' --var a=1.5",
      DeclareEval},
     {"drivers", "List the driver modules beside this program", "vastra drivers", DeclareDrivers},
+    {"probe", "Open a driver, read and write, without a configuration",
+     "vastra probe 9001 --set text1=sine,counter --count 2 --reads 3", DeclareProbe},
 };
 
 }  // namespace

@@ -5,7 +5,8 @@ import unittest
 
 from commands import CommandTest, VASTRA
 
-COMMANDS = ["demo", "run", "watch", "check", "import", "export", "report", "inspect", "convert", "eval", "drivers"]
+COMMANDS = ["demo", "run", "watch", "check", "import", "export", "report", "inspect", "convert", "eval", "drivers",
+            "probe"]
 
 # Arguments, and a part of the one line that says what is wrong.
 WRONG = [
