@@ -13,6 +13,7 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <limits>
 #include <mutex>
 #include <system_error>
 #include <thread>
@@ -27,12 +28,14 @@ using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t kMostWords = 4096;  // bytes in which the words of a driver have to end
+constexpr int kMostNoted = 500;           // bytes, about
 constexpr std::size_t kGuard = 64;        // floats before and behind the values
 const float kUntouched = std::bit_cast<float>(0x7FC5A5A5u);
-constexpr int kTries = 3;       // for a read; one that fails now and then is a driver's right
-constexpr auto kRest = 100ms;   // before the next try
-constexpr auto kPatience = 5s;  // with a rule that repeats its calls
-constexpr int kRounds = 200;    // of Open and Close
+constexpr int kException = std::numeric_limits<int>::min();  // in place of a status
+constexpr auto kRest = 100ms;                                // before a next try
+constexpr auto kReadPatience = 1s;  // with a read: one that fails now and then is a driver's right
+constexpr auto kPatience = 5s;      // with a rule that repeats its calls
+constexpr int kRounds = 200;        // of Open and Close
 constexpr int kThreadRounds = 10;
 
 constexpr int kOpenStatuses[] = {statusNoMemory, statusExtendedError, statusOk, statusInvalidMode,
@@ -48,6 +51,7 @@ bool IsOfTransfer(int status) {
 
 bool IsUtf8(const CString& text) { return IsJsonText(CJson(text.Std())); }
 
+CString NameOf(int status) { return status == kException ? "an exception" : StatusName(status); }
 CString Number(long long number) { return CString(std::to_string(number)); }
 
 // What came of trying a rule.
@@ -63,7 +67,8 @@ class CNotes {
  public:
   void Add(const CString& words) {
     const std::lock_guard lock(m_mutex);
-    if (m_text.Find(words) < 0) m_text += (m_text.IsEmpty() ? "" : "; ") + words;
+    if (m_text.GetLength() < kMostNoted && m_text.Find(words) < 0)
+      m_text += (m_text.IsEmpty() ? "" : "; ") + words;
   }
   CSeen Judge() const { return m_text.IsEmpty() ? CSeen() : Broken(m_text); }
 
@@ -95,7 +100,7 @@ struct CConnection {
   DriverConfig config;
   CGivenText text1, text2;
   DriverRecord record;
-  int status = kThrew;
+  int status = kException;
   int handle = kNoHandle;
 };
 
@@ -212,7 +217,7 @@ void CTrial::Send(const CJson& message) const {
   const std::string line = message.dump(-1, ' ', false, CJson::error_handler_t::replace) + "\n";
   for (std::size_t done = 0; done < line.size();) {
     const ssize_t part = ::write(m_pipe, line.data() + done, line.size() - done);
-    if (part < 0 && errno != EINTR) ::_exit(kThrew);
+    if (part < 0 && errno != EINTR) ::_exit(1);
     if (part > 0) done += static_cast<std::size_t>(part);
   }
 }
@@ -310,7 +315,7 @@ CSeen CTrial::HasClose() {
 // "Read failed (statusTimeout)".
 CString CTrial::Describe(const char* call, int status) const {
   const CString words = HasWords(status) && !m_lastWords.IsEmpty() ? ": " + m_lastWords : CString();
-  return CString(call) + " failed (" + StatusName(status) + words + ")";
+  return CString(call) + " failed (" + NameOf(status) + words + ")";
 }
 
 void CTrial::AskWords(const char* call, int status, int handle) {
@@ -318,7 +323,7 @@ void CTrial::AskWords(const char* call, int status, int handle) {
   ++m_wordsAsked;
   const CDriverWords words = WordsFor(*m_table, status);
   if (!words)
-    return m_wordFaults.Add(CString(call) + " gave " + StatusName(status) + ", and there is no " + name);
+    return m_wordFaults.Add(CString(call) + " gave " + NameOf(status) + ", and there is no " + name);
   const char* text = nullptr;
   if (!Call(name, [&] { text = words(handle); })) return;
   if (!text) return m_wordFaults.Add(name + " gave null after " + call);
@@ -333,7 +338,7 @@ void CTrial::AskWords(const char* call, int status, int handle) {
 }
 
 void CTrial::Open(CConnection& connection, int mode) {
-  connection.status = kThrew;
+  connection.status = kException;
   connection.handle = kNoHandle;
   Call("Open", [&] { connection.status = m_table->Open(connection.record, mode, &connection.handle); });
   if (HasWords(connection.status)) AskWords("Open", connection.status, connection.handle);
@@ -361,25 +366,25 @@ void CTrial::JudgeArea(std::span<const float> area, int status) {
 int CTrial::Read(CConnection& connection) {
   const std::size_t count = m_test.config.variableCount;
   std::vector<float> area(count + 2 * kGuard, kUntouched);
-  int status = kThrew;
+  int status = kException;
   const bool returned = Call(
       "Read", [&] { status = m_table->Read(&area[kGuard], static_cast<int>(count), connection.handle); });
   if (HasWords(status)) AskWords("Read", status, connection.handle);
   if (!returned) return status;
   ++m_transfers;
   JudgeArea(area, status);
-  if (!IsOfTransfer(status)) m_statusFaults.Add("Read gave " + StatusName(status));
+  if (!IsOfTransfer(status)) m_statusFaults.Add("Read gave " + NameOf(status));
   return status;
 }
 
 // The status of the first read that is good, or of the last try.
 int CTrial::ReadWell(CConnection& connection) {
-  int status = Read(connection);
-  for (int i = 1; i < kTries && status != statusOk; ++i) {
+  const Clock::time_point end = Clock::now() + kReadPatience;
+  for (;;) {
+    const int status = Read(connection);
+    if (status == statusOk || Clock::now() >= end) return status;
     std::this_thread::sleep_for(kRest);
-    status = Read(connection);
   }
-  return status;
 }
 
 CSeen CTrial::Opens() {
@@ -388,7 +393,7 @@ CSeen CTrial::Opens() {
   Open(*m_first, Mode());
   const int status = m_first->status;
   m_whyNoOpen = status == statusOk ? CString() : Describe("Open", status);
-  if (!IsOfOpen(status)) return Broken("it gave " + StatusName(status));
+  if (!IsOfOpen(status)) return Broken("it gave " + NameOf(status));
   if (status == statusOk && m_first->handle == kNoHandle) return Broken("it stored no handle");
   return {};
 }
@@ -413,14 +418,14 @@ CSeen CTrial::Writes() {
   Open(connection, driverModeWrite);
   if (connection.status != statusOk) return NotTried(Describe("Open to write", connection.status));
   std::vector<float> values = m_test.values;
-  int status = kThrew;
+  int status = kException;
   const bool returned = Call("Write", [&] {
     status = m_table->Write(values.data(), static_cast<int>(values.size()), connection.handle);
   });
   if (HasWords(status)) AskWords("Write", status, connection.handle);
   Close(connection);
   m_transfers += returned;
-  if (!IsOfTransfer(status)) return Broken("it gave " + StatusName(status));
+  if (!IsOfTransfer(status)) return Broken("it gave " + NameOf(status));
   return {};
 }
 
@@ -442,7 +447,7 @@ CSeen CTrial::KnowsModes() {
   Open(connection, driverModeOther);
   Close(connection);
   if (connection.status == statusInvalidMode) return {};
-  if (connection.status != statusOk) return Broken("it gave " + StatusName(connection.status));
+  if (connection.status != statusOk) return Broken("it gave " + NameOf(connection.status));
   return connection.handle == kNoHandle ? Broken("it gave statusOk and stored no handle") : CSeen();
 }
 
@@ -473,10 +478,10 @@ void CTrial::Serve(CNotes& faults) {
   for (int round = 0; round < kThreadRounds && Clock::now() < end; ++round) {
     CConnection connection(m_test.config);
     Open(connection, Mode());
-    if (connection.status != statusOk) return faults.Add("Open gave " + StatusName(connection.status));
+    if (connection.status != statusOk) return faults.Add("Open gave " + NameOf(connection.status));
     const int status = ReadWell(connection);
     Close(connection);
-    if (status != statusOk) return faults.Add("Read gave " + StatusName(status));
+    if (status != statusOk) return faults.Add("Read gave " + NameOf(status));
   }
 }
 
@@ -525,7 +530,7 @@ CSeen CTrial::BearsFailedOpen() {
   Open(connection, Mode());
   Close(connection);
   if (!HasWords(connection.status))
-    return NotTried("an Open with nonsense gave " + StatusName(connection.status));
+    return NotTried("an Open with nonsense gave " + NameOf(connection.status));
   const CDriverWords words = WordsFor(*m_table, connection.status);
   if (words && !Call("the words for handle -1", [&] { words(kNoHandle); }))
     return Broken("an exception left the call for handle -1");
@@ -699,7 +704,9 @@ bool CTrialProcess::TellFinding(EFinding finding, const CString& words) {
 
 CString CTrialProcess::HowEnded() const {
   const CString call = " in " + CString(m_call);
-  if (m_hangs) return "it did not come back within " + Number(m_test.limit.count()) + " s" + call;
+  if (m_hangs)
+    return "it did not come back within " + Number(m_test.limit.count()) + " s" + call +
+           " (--limit gives it more)";
   if (!WIFSIGNALED(m_waitStatus))
     return "its process ended with status " + Number(WEXITSTATUS(m_waitStatus)) + call;
   const int signal = WTERMSIG(m_waitStatus);

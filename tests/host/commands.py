@@ -35,8 +35,8 @@ class CommandTest(unittest.TestCase):
         return dict(os.environ, TZ=self.zone)
 
     def vastra(self, *args, **options):
-        options = dict(dict(stdout=subprocess.PIPE, stderr=subprocess.PIPE), **options)
-        return Result(subprocess.run([VASTRA, *args], cwd=self.folder, env=self.environment(), timeout=60, **options))
+        options = dict(dict(stdout=subprocess.PIPE, stderr=subprocess.PIPE, env=self.environment()), **options)
+        return Result(subprocess.run([VASTRA, *args], cwd=self.folder, timeout=60, **options))
 
     def start(self, *args, **options):
         return subprocess.Popen([VASTRA, *args], cwd=self.folder, env=self.environment(), **options)

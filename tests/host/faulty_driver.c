@@ -1,0 +1,124 @@
+/* A driver that keeps its contract, but for the one fault that the variable FAULT names. Its values are 1,
+ * 2, 3... while text1 is what it was when the handle was opened; no text is to begin with a control
+ * character. */
+#include <fcntl.h>
+#include <pthread.h>
+#include <signal.h>
+#include <stdlib.h>
+#include <string.h>
+#include <unistd.h>
+
+#include "vastra/plc/driver_api.h"
+
+#define MOST_NODES 64
+
+static struct Node {
+  int used;
+  char text[64];
+  const char* given;
+} nodes[MOST_NODES];
+static pthread_mutex_t lock = PTHREAD_MUTEX_INITIALIZER;
+static pthread_t loader;
+static DriverRecord settings;
+static DriverFunctions table;
+
+static int Has(const char* fault) {
+  const char* given = getenv("FAULT");
+  return given && strcmp(given, fault) == 0;
+}
+
+static void* Wander(void* unused) {
+  for (;;) usleep(1000);
+  return unused;
+}
+
+static void Leave(void) {
+  pthread_t thread;
+  if (Has("leaves a file") && open("/dev/null", O_RDONLY) < 0) abort();
+  if (Has("leaves a thread") && pthread_create(&thread, NULL, Wander, NULL) == 0) pthread_detach(thread);
+}
+
+static int Open(DriverRecord config, int mode, int* handle) {
+  int status = statusNoMemory, i;
+  if (mode == driverModeOther) return Has("refuses a mode") ? statusNotOpened : statusInvalidMode;
+  if (Has("gives a status of Read")) return statusTimeout;
+  if (config.text1[0] == '\1') return statusExtendedError;
+  Leave();
+  if (Has("stores no handle")) return statusOk;
+  pthread_mutex_lock(&lock);
+  for (i = 0; i < MOST_NODES && nodes[i].used && !Has("has one handle"); ++i) continue;
+  if (i < MOST_NODES) {
+    nodes[i].used = 1;
+    strncpy(nodes[i].text, config.text1, sizeof nodes[i].text - 1);
+    nodes[i].given = config.text1;
+    *handle = i;
+    status = statusOk;
+  }
+  pthread_mutex_unlock(&lock);
+  return status;
+}
+
+static int Read(float* values, int count, int handle) {
+  int i;
+  if (handle < 0 || handle >= MOST_NODES || !nodes[handle].used) return statusNotOpened;
+  if (Has("crashes")) raise(SIGSEGV);
+  if (Has("exits")) _exit(7);
+  while (Has("hangs")) pause();
+  if (Has("keeps a text") && strcmp(nodes[handle].given, nodes[handle].text) != 0) return statusTimeout;
+  if (Has("serves one thread") && !pthread_equal(loader, pthread_self())) return statusTimeout;
+  if (Has("gives 0")) return 0;
+  if (strncmp(getenv("FAULT"), "words ", 6) == 0) return statusExtendedError;
+  for (i = 0; i < count + Has("writes behind") - Has("leaves a value"); ++i) values[i] = (float)i + 1;
+  if (Has("writes before")) values[-1] = 0;
+  return statusOk;
+}
+
+static int Write(float* values, int count, int handle) {
+  return (void)values, (void)count, (void)handle, Has("writes with 1") ? 1 : statusOk;
+}
+
+static void Close(int handle) {
+  pthread_mutex_lock(&lock);
+  nodes[handle].used = 0;
+  pthread_mutex_unlock(&lock);
+}
+
+static const char* GetExtendedError(int handle) {
+  static char endless[10000];
+  if (Has("crashes without a handle") && handle < 0) raise(SIGSEGV);
+  if (Has("words null")) return NULL;
+  if (Has("words empty")) return "";
+  if (Has("words in Latin-1")) return "Ger\xE4t";
+  if (Has("words without end")) return memset(endless, 'x', sizeof endless - 1);
+  return "It does not work.";
+}
+
+static int ShowConfig(int isNew) { return (void)isNew, Has("shows a form"); }
+static DriverRecord GetConfig(void) {
+  settings.plcType = Has("forgets its ID") ? settings.plcType : 9500;
+  settings.text1 = settings.text2 = NULL;
+  return settings;
+}
+static void SetConfig(DriverRecord config) { settings = config; }
+
+DriverHeader GetDriverHeader(void) {
+  static int calls = 0;
+  static const DriverFunctions all = {ShowConfig, GetConfig,        SetConfig,       Open, Read, Write, Close,
+                                      {0, 0},     GetExtendedError, GetExtendedError};
+  DriverHeader header = {9500, "Faulty", &table};
+  table = all;
+  loader = pthread_self();
+  if (Has("has a new ID each time")) header.id += calls++;
+  if (Has("has no table")) header.functions = NULL;
+  if (Has("has no transfer")) table.Read = NULL, table.Write = NULL;
+  if (Has("has no Close")) table.Close = NULL;
+  if (Has("words missing")) table.GetExtendedError = NULL;
+  if (Has("is named in Latin-1")) header.name = "Ger\xE4t";
+  if (Has("has no name")) header.name = NULL;
+  if (Has("crashes at once")) raise(SIGSEGV);
+  return header;
+}
+
+int GetDriverApiVersion(void) {
+  return Has("is of the future") ? DRIVER_API_VERSION + 1 : DRIVER_API_VERSION;
+}

@@ -1,0 +1,166 @@
+"""vastra probe: values and statuses of the simulator, and what its test of a module finds in drivers that break a rule
+each."""
+import os
+import signal
+import subprocess
+import unittest
+
+from commands import CommandTest
+
+FAULTY = os.environ["FAULTY_DRIVER"]
+THROWING = os.environ["THROWING_DRIVER"]
+SIMULATOR = os.path.join(os.path.dirname(os.environ["VASTRA"]), "simulator.so")
+
+HEADER, NAME, TABLE, VERSION, TRANSFERS, CLOSE, OPEN, READ, WRITE, TEXTS, MODE, HANDLES, THREADS, LEAK, FAILED_OPEN, \
+    STATUSES, WORDS, FORMS, ID, THROWS, UNLOAD = range(21)
+
+# A fault, the rules that it breaks, and a part of the words for the first of them.
+FAULTS = [
+    ("none", [], None),
+    ("has a new ID each time", [HEADER, ID], "9500, then 9501"),
+    ("has no name", [NAME], "null"),
+    ("is named in Latin-1", [NAME], "UTF-8"),
+    ("has no table", [TABLE, TRANSFERS, CLOSE], "null"),
+    ("is of the future", [VERSION], "3; from 1 to 2"),
+    ("has no transfer", [TRANSFERS], "neither"),
+    ("has no Close", [CLOSE], "end with the module"),
+    ("gives a status of Read", [OPEN], "statusTimeout"),
+    ("stores no handle", [OPEN], "no handle"),
+    ("writes behind", [READ], "behind"),
+    ("writes before", [READ], "before"),
+    ("leaves a value", [READ], "value 2 of 2"),
+    ("writes with 1", [WRITE], "unknown status 1"),
+    ("keeps a text", [TEXTS], "overwritten"),
+    ("refuses a mode", [MODE], "statusNotOpened"),
+    ("has one handle", [HANDLES], "handle 0"),
+    ("serves one thread", [THREADS], "statusTimeout"),
+    ("leaves a file", [LEAK], "files went from"),
+    ("gives 0", [STATUSES], "unknown status 0"),
+    ("words null", [WORDS], "null"),
+    ("words empty", [WORDS], "empty"),
+    ("words in Latin-1", [WORDS], "UTF-8"),
+    ("words without end", [WORDS], "does not end"),
+    ("words missing", [WORDS], "no GetExtendedError"),
+    ("shows a form", [FORMS], "no forms"),
+    ("forgets its ID", [ID], "plcType is 0"),
+    # The test ends with these.
+    ("crashes at once", [HEADER], "signal 11 (Segmentation fault) in GetDriverHeader"),
+    ("crashes", [READ], "signal 11 (Segmentation fault) in Read"),
+    ("exits", [READ], "ended with status 7 in Read"),
+    ("hangs", [READ], "within 1 s in Read"),
+    ("crashes without a handle", [FAILED_OPEN], "signal 11 (Segmentation fault) in GetExtendedError"),
+    ("leaves a thread", [LEAK, UNLOAD], "threads from"),
+]
+
+# Arguments behind "probe", and a part of the one line that says what is wrong.
+WRONG = [
+    (["9001", "--set", "station"], "FIELD=VALUE"),
+    (["9001", "--set", "=1"], "FIELD=VALUE"),
+    (["9001", "--set", "speed=1"], "cardNumber, registerAddress, registerAddressExt, plcNodeAddress, timeOut, station, "
+                                   "text1, text2, value1, value2, value3, value4, value5\n"),
+    (["9001", "--set", "station=2147483648"], "from -2147483648 to 2147483647"),
+    (["9001", "--set", "station=one"], "must be a whole number"),
+    (["9001", "--set", "plcType=1"], "set with the driver"),
+    (["9001", "--set", "openState=1"], "openState is 0"),
+    (["9001", "--set", "variableCount=1"], "--count"),
+    (["9001", "--count", "0"], "from 1"),
+    (["9001", "--count", "1", "--write", "1,2"], "2 values"),
+    (["9001", "--write", "1,,2"], "1,,2"),
+    (["9001", "--write", "1e99"], "1e99"),
+    (["9001", "--reads", "-1"], "from 0"),
+]
+
+
+class Probe(CommandTest):
+    def probe(self, *args, fault="none"):
+        return self.vastra("probe", *args, env=dict(self.environment(), FAULT=fault))
+
+    def calls(self, *args):
+        return [(call["call"], call["statusName"], call.get("values"), call.get("words"))
+                for call in self.probe("9001", "--json", *args).json()["calls"]]
+
+    def test_reads_as_the_driver_is_set(self):
+        result = self.probe("9001", "--set", "text1=counter,constant", "--set", "value2=2500", "--count", "2",
+                            "--reads", "2")
+        self.assertEqual((0, ""), (result.status, result.err))
+        self.assertRegex(result.out.decode(), r"\ASimulator  \(simulator.so\), ID 9001, version 2\n.*\n"
+                         r"Open   statusOk +[\d.]+\nRead   statusOk +[\d.]+  1 2.5\nRead   statusOk +[\d.]+  2 2.5\n\Z")
+
+    def test_writes_and_reads_back(self):
+        station = ["--set", "station=7", "--write", "-1.5,0.1,inf,-nan"]
+        values = [-1.5, 0.1, "inf", "nan"]
+        wrote = [("Open", "statusOk", None, None), ("Write", "statusOk", values, None)]
+        self.assertEqual(wrote, self.calls(*station))
+        self.assertEqual(wrote + [("Open", "statusOk", None, None), ("Read", "statusOk", values, None)],
+                         self.calls(*station, "--reads", "1"))
+        self.assertEqual([("Open", "statusOk", None, None)], self.calls("--reads", "0"))
+
+    def test_tells_a_status_with_its_words_and_goes_on(self):
+        for status, name, words in ((109, "statusTimeout", None), (157, "statusReplyError", "call 2 fails"),
+                                    (61, "unknown status 61", None)):
+            args = ["--set", "value4=2", "--set", "value5=%d" % status, "--reads", "3"]
+            calls = self.calls(*args)
+            self.assertEqual(["statusOk", "statusOk", name, "statusOk"], [call[1] for call in calls])
+            self.assertIn(words or "", calls[2][3] or "")
+            self.assertEqual(1, self.probe("9001", *args).status)
+        self.assertEqual([("Open", "statusExtendedError", None, "Simulator: station is negative: -1")],
+                         self.calls("--set", "station=-1"))
+
+    def test_wrong_use_is_one_line(self):
+        for args, words in WRONG:
+            with self.subTest(args):
+                result = self.probe(*args)
+                self.assertEqual((2, b""), (result.status, result.out))
+                self.assertRegex(result.err, r"\Avastra: [^\n]*\n\Z")
+                self.assertIn(words, result.err)
+
+    def test_what_is_no_driver_is_one_line(self):
+        self.write("text.so", "This is no module.\n")
+        for driver, words in (("4711", "vastra drivers"), ("99999999999", "vastra drivers"), ("gone.so", "No such file"),
+                              ("text.so", "text.so: file too short"), ("/lib/x86_64-linux-gnu/libm.so.6", "no GetDriv")):
+            with self.subTest(driver):
+                result = self.probe(driver)
+                self.assertEqual((1, b""), (result.status, result.out))
+                self.assertRegex(result.err, r"\Avastra: %s: [^\n]*\n\Z" % driver)
+                self.assertIn(words, result.err)
+
+    def test_an_interrupt_ends_it_well(self):
+        process = self.start("probe", "9001", "--reads", "1000000000", stdout=subprocess.PIPE)
+        while b"Read" not in process.stdout.readline():
+            pass
+        process.send_signal(signal.SIGINT)
+        process.communicate(timeout=60)
+        self.assertEqual(0, process.returncode)
+
+    def test_finds_the_rule_that_a_module_breaks(self):
+        for fault, broken, words in FAULTS:
+            with self.subTest(fault):
+                result = self.probe(FAULTY, "--json", "--write", "1,2", "--reads", "1", "--limit",
+                                    "1" if fault == "hangs" else "60", fault=fault)
+                rules = result.json()["contract"]
+                self.assertEqual(broken, [i for i, rule in enumerate(rules) if not rule["kept"]])
+                self.assertEqual(UNLOAD + 1, len(rules))
+                self.assertEqual(1 if broken else 0, result.status)
+                if broken:
+                    self.assertIn(words, rules[broken[0]]["words"])
+                ended = "in the test" in result.err
+                self.assertEqual(ended, not result.json()["calls"] and fault != "has no table")
+
+    def test_every_rule_is_tried_that_the_settings_allow(self):
+        def not_tried(*args):
+            rules = self.probe(*args, "--json").json()["contract"]
+            return [i for i, rule in enumerate(rules) if rule.get("words", "").startswith("not tried: ")]
+        self.assertEqual([], not_tried(SIMULATOR, "--write", "1"))
+        self.assertEqual([WRITE], not_tried(SIMULATOR))
+        self.assertEqual([READ, WRITE, TEXTS, MODE, HANDLES, THREADS, LEAK, STATUSES],
+                         not_tried(SIMULATOR, "--set", "station=-1"))
+
+    def test_an_exception_is_told_of(self):
+        result = self.probe(THROWING)
+        self.assertEqual(1, result.status)
+        self.assertIn(b"BROKEN", result.out)
+        self.assertRegex(result.out.decode(), "an exception (left Read|that nobody can catch)")
+
+
+if __name__ == "__main__":
+    unittest.main()
