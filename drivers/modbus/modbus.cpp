@@ -1,4 +1,4 @@
-// Modbus: a driver module for controllers that speak Modbus TCP or RTU. This file is its side of the driver
+// Modbus: a driver module for devices that speak Modbus TCP or RTU. This file is its side of the driver
 // interface. docs/modbus.md has its settings and messages.
 #include "connection.h"
 #include "drivers/common/handles.h"
