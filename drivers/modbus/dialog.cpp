@@ -18,21 +18,20 @@ constexpr driver::CChoice kWorkarounds[] = {
 constexpr driver::CField kFields[] = {
     {"Device",
      "text1: where the device is. On the network 192.168.0.10 or plc.plant:1502, with port 502 if none is "
-     "given; on a serial line its port, speed, data bits, parity (N, E, O) and stop bits: "
-     "/dev/ttyUSB0:19200,8,E,1.",
+     "given; on a serial line /dev/ttyUSB0:19200,8,E,1, with rate, data bits, parity (N, E, O) and stop "
+     "bits.",
      &DriverRecord::text1},
     {"Unit",
-     "station: number of the unit, also called slave address: 1 to 247 on a serial line, 0 to 255 on the "
-     "network, where it tells apart the devices behind a gateway.",
+     "station: number of the unit, also called slave address: 1 to 247 on a serial line; on the network 0 to "
+     "255, where it tells apart the devices behind a gateway.",
      &DriverRecord::station, 0, kLastUnit},
     {"Time-out (ms)", "timeOut: how long a reply is waited for, in milliseconds. 0: 1000.",
      &DriverRecord::timeOut, 0, kLongestTimeOut},
     {"Values",
      "text2: one value for each variable, in order, with commas between: h100, c5, h200 x 3: f32 cdab. "
-     "Kinds: "
-     "c coil, d discrete input, h holding register, i input register. Addresses count from 0: what a list "
-     "calls 40101 is h100. Types of registers: u16 (if none is given), i16, u32, i32, f32, f64; orders of "
-     "their bytes: abcd (if none is given), cdab, badc, dcba.",
+     "Kinds: c coil, d discrete input, h holding register, i input register. Addresses count from 0: what a "
+     "list calls 40101 is h100. Types of registers: u16 (if none is given), i16, u32, i32, f32, f64; orders "
+     "of their bytes: abcd (if none is given), cdab, badc, dcba.",
      &DriverRecord::text2},
     {"Added to each address",
      "registerAddress: is added to each address of the values. With -40001 they may be given as in a list "
@@ -47,9 +46,8 @@ constexpr driver::CField kFields[] = {
      "that is not ready at once. 0: no pause.",
      &DriverRecord::value2, 0, kLongestPause},
     {"Most registers in a request",
-     "value3: a longer request is split: for a device that refuses it. Of coils and discrete inputs a "
-     "request "
-     "has up to sixteen times as many. 0: 125, the most there can be.",
+     "value3: for a device that refuses longer requests. Of coils and discrete inputs a request has up to "
+     "sixteen times as many. 0: 125, the most there can be.",
      &DriverRecord::value3, 0, kMostRegisters},
     {"Workarounds",
      "value4: 1, one request for each value, for a device that has gaps between its registers or refuses "
