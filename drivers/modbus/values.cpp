@@ -129,10 +129,9 @@ std::string CheckAddresses(const CEntry& entry, std::int64_t typed, int added) {
   const std::int64_t first = typed + added;
   const std::int64_t last = first + std::int64_t{SizeOf(entry.first.type)} * entry.count - 1;
   if (first >= 0 && last <= kLastAddress) return {};
-  std::string fault = "it has the addresses " + std::to_string(first) + " to " + std::to_string(last) +
-                      (added ? " with registerAddress " + std::to_string(added) : std::string()) +
-                      ", and they go from 0 to " + std::to_string(kLastAddress);
-  return fault;
+  return "it has the addresses " + std::to_string(first) + " to " + std::to_string(last) +
+         (added ? " with registerAddress " + std::to_string(added) : std::string()) +
+         ", and they go from 0 to " + std::to_string(kLastAddress);
 }
 
 std::string ReadEntry(std::string_view text, int added, CEntry& entry) {
@@ -145,8 +144,9 @@ std::string ReadEntry(std::string_view text, int added, CEntry& entry) {
   if (reader.Take(':'))
     if (std::string fault = ReadType(reader, entry.first); !fault.empty()) return fault;
   if (!reader.IsAtEnd()) return "\"" + reader.Rest() + "\" is too much";
-  entry.first.address = typed + added;
-  return CheckAddresses(entry, typed, added);
+  std::string fault = CheckAddresses(entry, typed, added);
+  if (fault.empty()) entry.first.address = typed + added;
+  return fault;
 }
 
 // Where the byte of a number stands among its size bytes on the wire; 0 is the highest one.
