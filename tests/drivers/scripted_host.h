@@ -31,7 +31,8 @@ class CScriptedHost {
     if (field.kind == driverFieldNumber) field.number = std::stoi(value);
     for (int i = 0; field.kind == driverFieldChoice && i < field.choiceCount; ++i)
       if (field.choices[i] == value) field.number = i;
-    if (field.kind == driverFieldText) std::strcpy(field.text, value.c_str());
+    if (field.kind == driverFieldText && value.size() < field.textSize)
+      std::strcpy(field.text, value.c_str());
   }
   int Show(const DriverForm& form) {
     const auto count = static_cast<std::size_t>(form.fieldCount);
