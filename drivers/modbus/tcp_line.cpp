@@ -169,7 +169,7 @@ CResult CTcpLine::Send(int unit, const CFrame& request) {
 }
 
 CResult CTcpLine::TakeReply(int unit, const CFrame& request, CTime until, CTime deadline, CFrame& reply) {
-  if (!WaitFor(m_socket, POLLIN, until)) return Pending("its reply is awaited");
+  if (!WaitFor(m_socket, POLLIN, until)) return Pending("it is being asked again");
   CPacket packet;
   if (CResult received = Receive(m_context.get(), deadline, packet); !received.IsGood()) return received;
   const std::string fault = TakeTcpReply(packet, m_number, unit, request, reply);
