@@ -64,7 +64,7 @@ CResult CTcpLine::Connect(const CSettings& settings, CTime until, bool wary) {
   if (m_begun && CClock::now() - *m_begun > settings.timeOut + settings.connectPause + kForgotten) Drop();
   if (!m_begun) m_begun = CClock::now();
   while (m_step < kConnected) {
-    const CResult result = (this->*kSteps[m_step])(settings, {until, wary});
+    CResult result = (this->*kSteps[m_step])(settings, {until, wary});
     if (result.pending) return result;
     if (!result.IsGood()) {
       Drop();
