@@ -131,7 +131,7 @@ TEST_F(DriverFormDlg, HelpsWithTheFieldThatHasTheFocus) {
   Show([](QWidget* window) {
     EXPECT_TRUE(QTest::qWaitForWindowActive(window));
     const auto* help = Find<QLabel>(window, "Help");
-    EXPECT_EQ("How long.", help->text().toStdString());
+    EXPECT_EQ("How long. From -5 to 100.", help->text().toStdString());
     Find<QLineEdit>(window, "Name")->setFocus();
     EXPECT_EQ("What for.", help->text().toStdString());
     Find<QComboBox>(window, "Mode")->setFocus();

@@ -9,10 +9,25 @@ constexpr const char* kHelp = "Help";
 
 // Dialog units. Columns begin as soon as one would be higher than a small screen.
 constexpr int kMostRows = 14, kPitch = 17, kEdge = 7, kGap = 4;
-constexpr int kNameWidth = 84, kFieldWidth = 110, kColumn = kNameWidth + kFieldWidth + 2 * kEdge;
-constexpr int kHelpHeight = 46, kButtonWidth = 50, kButtonHeight = 14;
+constexpr int kCharacter = 4, kLine = 9;  // about
+constexpr int kLeastNameWidth = 84, kMostNameWidth = 140;
+constexpr int kWideField = 170, kNarrowField = 110;  // in one column, in several
+constexpr int kLeastHelpHeight = 46, kMostHelpHeight = 100;
+constexpr int kButtonWidth = 50, kButtonHeight = 14;
 
 int ColumnsFor(int rows) { return std::max(1, (rows + kMostRows - 1) / kMostRows); }
+
+int NameWidthFor(const std::vector<CFormRow>& rows) {
+  int longest = 0;
+  for (const CFormRow& row : rows) longest = std::max(longest, row.name.GetLength());
+  return std::clamp(kCharacter * longest + kGap, kLeastNameWidth, kMostNameWidth);
+}
+
+int HelpHeightFor(const std::vector<CFormRow>& rows, int width) {
+  int longest = 0;
+  for (const CFormRow& row : rows) longest = std::max(longest, HelpOf(row).GetLength());
+  return std::clamp(kLine * (kCharacter * longest / width + 1), kLeastHelpHeight, kMostHelpHeight);
+}
 
 CControl::EKind KindOf(const CFormRow& row) {
   return row.kind == driverFieldChoice ? CControl::comboBox : CControl::edit;
@@ -29,18 +44,22 @@ void CDriverFormDlg::BuildTemplate() {
   const int count = static_cast<int>(m_rows.size());
   const int columns = ColumnsFor(count);
   const int rows = (count + columns - 1) / columns;
-  const int width = columns * kColumn;
+  const int nameWidth = NameWidthFor(m_rows);
+  const int fieldWidth = columns > 1 ? kNarrowField : kWideField;
+  const int column = nameWidth + fieldWidth + 2 * kEdge;
+  const int width = columns * column;
   const int helpTop = kEdge + rows * kPitch + kGap;
-  const int buttonTop = helpTop + kHelpHeight + kGap;
+  const int helpHeight = HelpHeightFor(m_rows, width - 2 * kEdge);
+  const int buttonTop = helpTop + helpHeight + kGap;
   const int cancelLeft = width - kEdge - kButtonWidth;
   // First, so that it is found under its caption though a field should have the same one.
-  m_controls.push_back({CControl::text, kHelp, {kEdge, helpTop, width - 2 * kEdge, kHelpHeight}});
+  m_controls.push_back({CControl::text, kHelp, {kEdge, helpTop, width - 2 * kEdge, helpHeight}});
   for (int i = 0; i < count; ++i) {
     const CFormRow& row = m_rows[static_cast<std::size_t>(i)];
-    const int x = kEdge + i / rows * kColumn;
+    const int x = kEdge + i / rows * column;
     const int y = kEdge + i % rows * kPitch;
-    m_controls.push_back({CControl::text, row.name, {x, y + 2, kNameWidth - kGap, 10}});
-    m_controls.push_back({KindOf(row), row.name, {x + kNameWidth, y, kFieldWidth, kButtonHeight}});
+    m_controls.push_back({CControl::text, row.name, {x, y + 2, nameWidth - kGap, 10}});
+    m_controls.push_back({KindOf(row), row.name, {x + nameWidth, y, fieldWidth, kButtonHeight}});
   }
   m_controls.push_back({CControl::defaultButton,
                         "OK",
@@ -63,9 +82,9 @@ void CDriverFormDlg::OnInitDialog() {
       Edit(row.name).SetWindowText(row.text);
     }
     On(
-        row.name, [this, &row] { Text(kHelp).SetWindowText(row.help); }, ENotify::focused);
+        row.name, [this, &row] { Text(kHelp).SetWindowText(HelpOf(row)); }, ENotify::focused);
   }
-  Text(kHelp).SetWindowText(m_rows.empty() ? CString() : m_rows.front().help);
+  Text(kHelp).SetWindowText(m_rows.empty() ? CString() : HelpOf(m_rows.front()));
   if (!m_rows.empty()) FieldOf(m_rows.front()).SetFocus();
 }
 

@@ -112,6 +112,13 @@ std::vector<CFormRow> RowsOf(const DriverForm& form) {
   return rows;
 }
 
+CString HelpOf(const CFormRow& row) {
+  if (row.kind != driverFieldNumber) return row.help;
+  CString bounds;
+  bounds.Format("%sFrom %d to %d.", row.help.IsEmpty() ? "" : " ", row.low, row.high);
+  return row.help + bounds;
+}
+
 CString RowFault(const CFormRow& row) {
   CString fault;
   std::int64_t number = 0;

@@ -30,6 +30,8 @@ bool IsShowable(const DriverForm* form);
 CString FormTitle(const DriverForm& form);
 // The fields that can be edited. The others keep what they have.
 std::vector<CFormRow> RowsOf(const DriverForm& form);
+// What is shown while the field has the focus: its help, and the bounds of a number.
+CString HelpOf(const CFormRow& row);
 // Why row cannot be accepted; empty: it can.
 CString RowFault(const CFormRow& row);
 // What the module's check says of rows, of which none has a fault; empty: it agrees. The form stays as it is.
