@@ -116,7 +116,7 @@ std::vector<std::uint16_t> CModbusServer::Get(char kind, int first, int count, i
   return {mapping.tab_bits + first, mapping.tab_bits + first + count};
 }
 
-void CModbusServer::Spoil(CFault fault) {
+void CModbusServer::Spoil(CReplyFault fault) {
   const std::lock_guard guard(m_lock);
   m_faults.push_back(std::move(fault));
 }
@@ -199,7 +199,7 @@ void CModbusServer::Answer(int client, const CBytes& request) {
   const bool isSingle = frame[0] == 5 || frame[0] == 6;
   m_log += std::to_string(frame[0]) + " " + std::to_string(frame[1] << 8 | frame[2]) + "+" +
            std::to_string(isSingle ? 1 : frame[3] << 8 | frame[4]) + ", ";
-  CFault fault;
+  CReplyFault fault;
   if (!m_faults.empty()) {
     fault = std::move(m_faults.front());
     m_faults.pop_front();
@@ -209,7 +209,7 @@ void CModbusServer::Answer(int client, const CBytes& request) {
   if (fault.spoil) fault.spoil(reply, former);
   Sleep(fault.delay);
   Send(client, reply, fault.drips);
-  if (fault.end != CFault::stays) End(client, fault.end == CFault::resets);
+  if (fault.end != CReplyFault::stays) End(client, fault.end == CReplyFault::resets);
 }
 
 // A unit that is not there: silence on a line, an exception by the gateway else.

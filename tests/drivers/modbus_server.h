@@ -20,7 +20,7 @@ namespace vastra {
 using CBytes = std::vector<std::uint8_t>;
 
 // What becomes of one reply.
-struct CFault {
+struct CReplyFault {
   enum EEnd { stays, closes, resets };
   std::function<void(CBytes& reply, const CBytes& former)> spoil;  // former: the right reply before
   EEnd end = stays;                                                // of the connection, behind the reply
@@ -44,9 +44,9 @@ class CModbusServer {
   // The registers or bits of a kind (c, d, h, i) from first on.
   void Put(char kind, int first, const std::vector<std::uint16_t>& values, int unit = 1);
   std::vector<std::uint16_t> Get(char kind, int first, int count, int unit = 1);
-  void Spoil(CFault fault);  // the next reply of those that are not to be spoilt yet
-  void SetDeaf(bool deaf);   // hangs: nothing is accepted, nothing received
-  void Drop(bool resets);    // ends the connections, and waits until they are gone
+  void Spoil(CReplyFault fault);  // the next reply of those that are not to be spoilt yet
+  void SetDeaf(bool deaf);        // hangs: nothing is accepted, nothing received
+  void Drop(bool resets);         // ends the connections, and waits until they are gone
   // The requests since the last call, "3 100+2, " each: function, address, count.
   std::string TakeLog();
   int Connections();
@@ -83,7 +83,7 @@ class CModbusServer {
   int m_listener = -1, m_slave = -1;
   bool m_stops = false, m_isDeaf = false;
   std::map<int, CBytes> m_clients;  // by file, what has come of the next request
-  std::deque<CFault> m_faults;
+  std::deque<CReplyFault> m_faults;
   CBytes m_former;
   std::string m_log;
   int m_connections = 0;

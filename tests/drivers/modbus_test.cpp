@@ -1,0 +1,784 @@
+// The Modbus driver through the links of the engine, against devices that behave and such that do not.
+#include <unistd.h>
+
+#include <atomic>
+#include <bit>
+#include <chrono>
+#include <cmath>
+#include <filesystem>
+#include <limits>
+#include <thread>
+
+#include "drivers/modbus/connection.h"
+#include "tests/drivers/driver_node.h"
+#include "tests/drivers/modbus_server.h"
+
+namespace vastra {
+namespace {
+
+using CValues = std::vector<float>;
+using CWords = std::vector<std::uint16_t>;
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+constexpr int kModbus = 9002;
+constexpr UINT kWrite = CLink::modeWrite;
+constexpr int kLong = 20000;  // milliseconds: a time-out that must not come
+constexpr int kShort = 300;   // one that does
+constexpr const char* kTimeOut = "Error Not named Timeout error.\n";
+constexpr const char* kBadFrame = "Error Not named Invalid frame.\n";
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+constexpr float kInf = std::numeric_limits<float>::infinity();
+
+bool Has(const std::string& text, const std::string& piece) { return text.find(piece) != std::string::npos; }
+
+void Nap() { std::this_thread::sleep_for(milliseconds(1)); }
+
+std::string PathOfLine() { return testing::TempDir() + "modbus_line_" + std::to_string(::getpid()); }
+
+DriverConfig At(const CModbusServer& server, const std::string& list, int timeOut = kLong) {
+  DriverConfig config;
+  const bool isSerial = server.Name().front() == '/';
+  config.text1 = (server.Name() + (isSerial ? ":115200,8,E,1" : "")).c_str();
+  config.text2 = list.c_str();
+  config.station = 1;
+  config.timeOut = timeOut;
+  return config;
+}
+
+// Tries until it succeeds.
+template <class Try>
+testing::AssertionResult Soon(Try attempt) {
+  const auto end = steady_clock::now() + std::chrono::seconds(60);
+  while (!attempt())
+    if (Nap(); steady_clock::now() > end) return testing::AssertionFailure() << "for a minute now";
+  return testing::AssertionSuccess();
+}
+
+// Reads until there are values, which must be the right ones.
+testing::AssertionResult Recovers(CDriverNode& node, const CValues& right) {
+  CValues values;
+  const auto recovers = Soon([&] { return !(values = node.Read()).empty(); });
+  if (!recovers) return testing::AssertionFailure() << node.Fault();
+  return values == right ? recovers : testing::AssertionFailure() << testing::PrintToString(values);
+}
+
+class Modbus : public testing::Test {
+ protected:
+  CDriverNode Node(const DriverConfig& config, UINT count, UINT mode = CLink::modeRead) {
+    return CDriverNode(m_recorder, kModbus, config, count, mode);
+  }
+  CRecorder m_recorder;
+};
+
+// ---------------------------------------------------------------------------------------------- values
+
+// What a type has on the wire in each order, as places in the number from its highest byte on.
+struct COrdered {
+  const char *order, *of16, *of32, *of64;
+};
+constexpr COrdered kOrders[] = {{"", "AB", "ABCD", "ABCDEFGH"},
+                                {"abcd", "AB", "ABCD", "ABCDEFGH"},
+                                {"cdab", "AB", "CDAB", "GHEFCDAB"},
+                                {"badc", "BA", "BADC", "BADCFEHG"},
+                                {"DCBA", "BA", "DCBA", "HGFEDCBA"}};
+
+int SizeOf(const std::string& type) { return std::stoi(type.substr(1)) / 16; }
+
+CWords OnTheWire(std::uint64_t number, int size, const COrdered& order) {
+  const char* places = size == 1 ? order.of16 : size == 2 ? order.of32 : order.of64;
+  const auto byte = [=](int at) { return number >> 8 * (2 * size - 1 - (places[at] - 'A')) & 0xFF; };
+  CWords words;
+  for (int i = 0; i < size; ++i)
+    words.push_back(static_cast<std::uint16_t>(byte(2 * i) << 8 | byte(2 * i + 1)));
+  return words;
+}
+
+constexpr std::uint32_t kAnyNaN = 0x7FFFFFFF;
+std::uint32_t Bits(float value, bool anyNaN) {
+  return anyNaN && std::isnan(value) ? kAnyNaN : std::bit_cast<std::uint32_t>(value);
+}
+
+TEST_F(Modbus, ReadsEachTypeInEachOrderBitByBit) {
+  const struct {
+    const char* type;
+    std::uint64_t number;
+    std::uint32_t bits;  // of the float
+  } kNumbers[] = {
+      {"u16", 0xFFFF, Bits(65535, false)},
+      {"u16", 0x1234, Bits(4660, false)},
+      {"i16", 0x8001, Bits(-32767, false)},
+      {"i16", 0x7FFE, Bits(32766, false)},
+      {"u32", 0xFFFFFFFF, Bits(4294967296.0f, false)},
+      {"u32", 0x00010203, Bits(66051, false)},
+      {"u32", 0x80000080, Bits(2147483648.0f, false)},  // a tie goes to the even one
+      {"i32", 0x80000000, Bits(-2147483648.0f, false)},
+      {"i32", 0xFF010203, Bits(-16711165, false)},
+      {"i32", 0x7FFFFFFF, Bits(2147483648.0f, false)},
+      {"f32", 0x3DFCD6EA, 0x3DFCD6EA},
+      {"f32", 0x80000000, 0x80000000},
+      {"f32", 0x00000001, 0x00000001},
+      {"f32", 0x7FC12345, 0x7FC12345},
+      {"f32", 0xFFA00001, 0xFFA00001},
+      {"f32", 0xFF800000, 0xFF800000},
+      {"f64", 0x3FB999999999999A, Bits(0.1f, false)},
+      {"f64", 0x3FF0000010000000, 0x3F800000},
+      {"f64", 0x3FF0000010000001, 0x3F800001},
+      {"f64", 0x47EFFFFFEFFFFFFF, 0x7F7FFFFF},
+      {"f64", 0x47EFFFFFF0000000, 0x7F800000},
+      {"f64", 0xFFEFFFFFFFFFFFFF, 0xFF800000},
+      {"f64", 0x8000000000000001, 0x80000000},
+      {"f64", 0x36A0000000000000, 0x00000001},
+      {"f64", 0x7FF8000012345678, kAnyNaN},
+  };
+  CModbusServer server;
+  for (const char kind : {'h', 'i'})
+    for (const COrdered& order : kOrders) {
+      std::string list;
+      for (int at = 3; const auto& row : kNumbers) {
+        const int size = SizeOf(row.type);
+        server.Put(kind, at, OnTheWire(row.number, size, order));
+        list += std::string(list.empty() ? "" : ",") + kind + std::to_string(at) + ":" + row.type + " " +
+                order.order;
+        at += size;
+      }
+      const CValues values = Node(At(server, list), std::size(kNumbers)).Read();
+      ASSERT_EQ(std::size(kNumbers), values.size());
+      for (std::size_t i = 0; i < values.size(); ++i)
+        EXPECT_EQ(kNumbers[i].bits, Bits(values[i], kNumbers[i].bits == kAnyNaN))
+            << kind << ' ' << order.order << ' ' << kNumbers[i].type << std::hex << ' ' << kNumbers[i].number;
+    }
+}
+
+constexpr std::uint64_t kMisfit = 0xBADBADBADBADBAD;
+
+TEST_F(Modbus, WritesEachTypeInEachOrderAndNothingThatDoesNotFit) {
+  const struct {
+    const char* type;
+    float value;
+    std::uint64_t number;
+  } kNumbers[] = {
+      {"u16", 65535.4f, 0xFFFF},
+      {"u16", 1.6f, 2},
+      {"u16", -0.4f, 0},
+      {"u16", 65535.6f, kMisfit},
+      {"u16", -0.6f, kMisfit},
+      {"u16", kNaN, kMisfit},
+      {"i16", -32768.4f, 0x8000},
+      {"i16", 32767, 0x7FFF},
+      {"i16", -1.6f, 0xFFFE},
+      {"i16", 32768, kMisfit},
+      {"i16", -32769, kMisfit},
+      {"i16", -kInf, kMisfit},
+      {"u32", 4294967040.0f, 0xFFFFFF00},
+      {"u32", 66051, 0x00010203},
+      {"u32", 4294967296.0f, kMisfit},
+      {"u32", -1, kMisfit},
+      {"u32", kNaN, kMisfit},
+      {"i32", -2147483648.0f, 0x80000000},
+      {"i32", 2147483520, 0x7FFFFF80},
+      {"i32", 2147483648.0f, kMisfit},
+      {"i32", -2147483904.0f, kMisfit},
+      {"i32", kInf, kMisfit},
+      {"f32", std::bit_cast<float>(0x7FC12345), 0x7FC12345},
+      {"f32", std::bit_cast<float>(0xFFA00001), 0xFFA00001},
+      {"f32", -0.0f, 0x80000000},
+      {"f32", 1e-45f, 1},
+      {"f32", kInf, 0x7F800000},
+      {"f64", 0.1f, 0x3FB99999A0000000},
+      {"f64", -0.0f, 0x8000000000000000},
+      {"f64", 1e-45f, 0x36A0000000000000},
+      {"f64", -kInf, 0xFFF0000000000000},
+      {"f64", kNaN, 0x7FF8000000000000},
+  };
+  CModbusServer server;
+  for (const COrdered& order : kOrders)
+    for (const auto& row : kNumbers) {
+      const int size = SizeOf(row.type);
+      const CWords before(static_cast<std::size_t>(size + 1), 0xA5A5);
+      server.Put('h', 20, before);
+      CDriverNode node =
+          Node(At(server, std::string("h20, h21 : ") + row.type + " " + order.order), 2, kWrite);
+      const bool fits = row.number != kMisfit;
+      EXPECT_EQ(fits, node.Write({7, row.value})) << row.type << ' ' << row.value;
+      CWords wanted = {7};
+      for (const std::uint16_t word : OnTheWire(row.number, size, order)) wanted.push_back(word);
+      EXPECT_EQ(fits ? wanted : before, server.Get('h', 20, size + 1))
+          << row.type << ' ' << row.value << order.order;
+      EXPECT_EQ(!fits, Has(node.Fault(), std::string(" does not fit ") + row.type + ", holding register"));
+      EXPECT_EQ(fits, !server.TakeLog().empty()) << "the misfit is told before anything is sent";
+    }
+}
+
+TEST_F(Modbus, ReadsAndWritesBits) {
+  CModbusServer server;
+  server.Put('c', 9, {1, 0, 1, 1, 0, 0, 0, 1, 0, 1});
+  server.Put('d', 65533, {0, 1, 1});
+  EXPECT_EQ((CValues{1, 0, 1, 1, 1, 0, 1, 1, 0}),
+            Node(At(server, "C 9X4, d65535, d65533, c16, c18,\tc17"), 9).Read());
+  CDriverNode writer = Node(At(server, "c9 x 10, c30"), 11, kWrite);
+  EXPECT_TRUE(writer.Write({0, -0.0f, 0.5f, -1, kInf, 1e-45f, 0, 0, 1, 0, 2}));
+  EXPECT_EQ((CWords{0, 0, 1, 1, 1, 1, 0, 0, 1, 0}), server.Get('c', 9, 10));
+  EXPECT_EQ(CWords{1}, server.Get('c', 30, 1));
+}
+
+TEST_F(Modbus, AsksTheUnitOfItsNodeAtTheAddressesThatAreMeant) {
+  CModbusServer server({0, 1, 2, 255});
+  for (const int unit : {0, 1, 2, 255})
+    for (const char kind : {'h', 'i', 'c', 'd'})
+      server.Put(kind, 65534, {std::uint16_t(unit != 2), std::uint16_t(unit)}, unit);
+  for (const int unit : {0, 2, 255, 3}) {
+    DriverConfig config = At(server, "h65544, i65545, c65545, d65544");
+    config.station = unit;
+    config.registerAddress = -10;
+    CDriverNode node = Node(config, 4);
+    const float value = static_cast<float>(unit), bit = unit != 0, other = unit != 2;
+    EXPECT_EQ(unit == 3 ? CValues{} : (CValues{other, value, bit, other}), node.Read());
+    EXPECT_EQ(unit == 3, Has(node.Fault(), " unit 3: exception 11 ")) << node.Fault();
+  }
+}
+
+// ---------------------------------------------------------------------------------------------- planning
+
+TEST_F(Modbus, AsksForAsMuchAsALimitAllowsAndForNoValueInTwo) {
+  const struct {
+    const char* list;
+    UINT count;
+    int most, single;  // value3, value4
+    const char* requests;
+  } kReads[] = {
+      {"h2, h0, h1", 3, 0, 0, "3 0+3, "},
+      {"i0, i9", 2, 0, 0, "4 0+10, "},
+      {"i0, i10", 2, 0, 0, "4 0+1, 4 10+1, "},
+      {"h6: u32, h16", 2, 0, 0, "3 6+11, "},
+      {"d9, d0", 2, 0, 0, "2 0+10, "},
+      {"d10, d0", 2, 0, 0, "2 0+1, 2 10+1, "},
+      {"h10 x 125", 125, 0, 0, "3 10+125, "},
+      {"h10 x 126", 126, 0, 0, "3 10+125, 3 135+1, "},
+      {"c3 x 2000", 2000, 0, 0, "1 3+2000, "},
+      {"c3 x 2001", 2001, 0, 0, "1 3+2000, 1 2003+1, "},
+      {"h0 x 32 : f64", 32, 0, 0, "3 0+124, 3 124+4, "},
+      {"h0 x 5 : u32", 5, 7, 0, "3 0+6, 3 6+4, "},
+      {"c0 x 161", 161, 10, 0, "1 0+160, 1 160+1, "},
+      {"h0, h4", 2, 4, 0, "3 0+1, 3 4+1, "},
+      {"h0: f64, h1, h0 x 3, h1: u32", 6, 0, 0, "3 0+4, "},
+      {"h0, h1, h1", 3, 0, 1, "3 0+1, 3 1+1, 3 1+1, "},
+      {"h0 x 2: f32", 2, 0, 3, "3 0+2, 3 2+2, "},
+  };
+  CModbusServer server;
+  for (const auto& row : kReads) {
+    DriverConfig config = At(server, row.list);
+    config.value3 = row.most;
+    config.value4 = row.single;
+    EXPECT_EQ(row.count, Node(config, row.count).Read().size()) << row.list;
+    EXPECT_EQ(row.requests, server.TakeLog()) << row.list;
+  }
+}
+
+TEST_F(Modbus, GivesEachValueItsPlaceHoweverTheListIsOrdered) {
+  CModbusServer server;
+  CWords words(300);
+  for (std::size_t i = 0; i < words.size(); ++i) words[i] = static_cast<std::uint16_t>(i);
+  server.Put('h', 0, words);
+  server.Put('c', 0, {0, 1, 0});
+  server.Put('i', 5, {77});
+  EXPECT_EQ((CValues{299, 5, 458758, 77, 6, 1, 5, 0}),
+            Node(At(server, "h299, h5, h6: u32 cdab, i5, h6, c1, h5, c0"), 8).Read());
+}
+
+TEST_F(Modbus, WritesInTheOrderOfTheListAndJoinsTrueNeighboursAlone) {
+  const struct {
+    const char* list;
+    UINT count;
+    int most, single;
+    const char* requests;
+  } kWrites[] = {
+      {"h5", 1, 0, 0, "6 5+1, "},
+      {"c5", 1, 0, 0, "5 5+1, "},
+      {"h0, h1", 2, 0, 0, "16 0+2, "},
+      {"c0 x 3", 3, 0, 0, "15 0+3, "},
+      {"h0: f32", 1, 0, 0, "16 0+2, "},
+      {"h0, h2", 2, 0, 0, "6 0+1, 6 2+1, "},
+      {"h1, h0", 2, 0, 0, "6 1+1, 6 0+1, "},
+      {"h0, c1, h1", 3, 0, 0, "6 0+1, 5 1+1, 6 1+1, "},
+      {"h0 x 125", 125, 0, 0, "16 0+123, 16 123+2, "},
+      {"h0 x 31 : f64", 31, 0, 0, "16 0+120, 16 120+4, "},
+      {"c0 x 1969", 1969, 0, 0, "15 0+1968, 5 1968+1, "},
+      {"h0 x 5", 5, 2, 0, "16 0+2, 16 2+2, 6 4+1, "},
+      {"h0, h1, c0, c1", 4, 0, 1, "6 0+1, 6 1+1, 5 0+1, 5 1+1, "},
+  };
+  CModbusServer server;
+  for (const auto& row : kWrites) {
+    DriverConfig config = At(server, row.list);
+    config.value3 = row.most;
+    config.value4 = row.single;
+    CValues values(row.count);
+    for (UINT i = 0; i < row.count; ++i) values[i] = Has(row.list, "c") ? 1 : static_cast<float>(i + 1);
+    EXPECT_TRUE(Node(config, row.count, kWrite).Write(values)) << row.list;
+    EXPECT_EQ(row.requests, server.TakeLog()) << row.list;
+    EXPECT_EQ(values, Node(At(server, row.list), row.count).Read()) << row.list;
+    server.TakeLog();
+  }
+  EXPECT_TRUE(Node(At(server, "h3, h3"), 2, kWrite).Write({1, 2}));
+  EXPECT_EQ("6 3+1, 6 3+1, ", server.TakeLog());
+  EXPECT_EQ(CWords{2}, server.Get('h', 3, 1));
+}
+
+// ---------------------------------------------------------------------------------------------- settings
+
+struct CSetting {
+  int DriverConfig::*number;
+  int value;
+  const char *device, *list, *words;  // no words: it is fine
+  UINT count = 1;
+  UINT mode = CLink::modeRead;
+};
+
+TEST_F(Modbus, RefusesABadSettingAndSaysWhich) {
+  constexpr const char* kTcp = "127.0.0.1:1";
+  constexpr const char* kLine = "/dev/ttyNone:9600,8,N,1";
+  constexpr auto kUnit = &DriverConfig::station;
+  const CSetting kSettings[] = {
+      {kUnit, 1, "", "h0", "text1: "},
+      {kUnit, 1, " ", "h0", "text1: "},
+      {kUnit, 1, ":502", "h0", "text1: \":502\" has no host"},
+      {kUnit, 1, "plc:", "h0", "text1: "},
+      {kUnit, 1, "plc:0", "h0", "text1: \"0\" is no port"},
+      {kUnit, 1, "plc:65536", "h0", "text1: \"65536\" is no port"},
+      {kUnit, 1, "plc:5x", "h0", "text1: \"5x\" is no port"},
+      {kUnit, 1, "plc:-5", "h0", "text1: \"-5\" is no port"},
+      {kUnit, 1, "two words", "h0", "text1: "},
+      {kUnit, 1, "[::1", "h0", "text1: "},
+      {kUnit, 1, "[::1]5", "h0", "text1: "},
+      {kUnit, 1, "/dev/ttyS0", "h0", "text1: "},
+      {kUnit, 1, "/dev/ttyS0:9600", "h0", "text1: \"9600\" is not baud,bits,parity,stop"},
+      {kUnit, 1, "/dev/ttyS0:9600,8,N,1,2", "h0", "text1: "},
+      {kUnit, 1, "/dev/ttyS0:9601,8,N,1", "h0", "text1: \"9601\""},
+      {kUnit, 1, "/dev/ttyS0:9600,7,N,1", "h0", "text1: \"7\" data bits"},
+      {kUnit, 1, "/dev/ttyS0:9600,8,M,1", "h0", "text1: \"M\" is no parity"},
+      {kUnit, 1, "/dev/ttyS0:9600,8,N,3", "h0", "text1: \"3\" stop bits"},
+      {kUnit, 1, "plc", "h0", ""},
+      {kUnit, 1, " plc : 502 ", "h0", ""},
+      {kUnit, 1, "[::1]:5", "h0", ""},
+      {kUnit, 1, " /dev/a:b , c:9600, 8, o, 2", "h0", ""},
+      {kUnit, -1, kTcp, "h0", "station: -1"},
+      {kUnit, 256, kTcp, "h0", "station: 256"},
+      {kUnit, 255, kTcp, "h0", ""},
+      {kUnit, 0, kLine, "h0", "station: 0"},
+      {kUnit, 248, kLine, "h0", "station: 248"},
+      {kUnit, 247, kLine, "h0", ""},
+      {&DriverConfig::timeOut, -1, kTcp, "h0", "timeOut: -1"},
+      {&DriverConfig::value1, -1, kTcp, "h0", "value1: -1"},
+      {&DriverConfig::value2, -1, kTcp, "h0", "value2: -1"},
+      {&DriverConfig::value3, -1, kTcp, "h0", "value3: -1"},
+      {&DriverConfig::value3, 126, kTcp, "h0", "value3: 126"},
+      {&DriverConfig::value3, 3, kTcp, "h0: f64", "value3: 3 registers"},
+      {&DriverConfig::value4, 4, kTcp, "h0", "value4: 4"},
+      {&DriverConfig::value4, -1, kTcp, "h0", "value4: -1"},
+      {&DriverConfig::registerAddress, -1, kTcp, "h0",
+       "text2: entry 1, \"h0\": it has the addresses -1 to -1"},
+      {&DriverConfig::registerAddress, 65535, kTcp, "h0, h1", "text2: entry 2, \"h1\""},
+      {&DriverConfig::registerAddress, 2147483647, kTcp, "h999999999", "text2: entry 1"},
+      {&DriverConfig::registerAddress, -2147483647 - 1, kTcp, "h0", "text2: entry 1"},
+      {&DriverConfig::registerAddress, -5, kTcp, "h65540", ""},
+      {kUnit, 1, kTcp, "h65535", ""},
+      {kUnit, 1, kTcp, "h65536", "65536"},
+      {kUnit, 1, kTcp, "h65535: f32", "65536"},
+      {kUnit, 1, kTcp, "h65530 x 2: f64", "65537", 2},
+      {kUnit, 1, kTcp, "h99999999999", "text2: entry 1"},
+      {kUnit, 1, kTcp, "", "text2: it is empty"},
+      {kUnit, 1, kTcp, "h0,", "text2: entry 2"},
+      {kUnit, 1, kTcp, ",h0", "text2: entry 1"},
+      {kUnit, 1, kTcp, "x5", "text2: entry 1, \"x5\""},
+      {kUnit, 1, kTcp, "40001", "h0"},
+      {kUnit, 1, kTcp, "h", "text2: entry 1, \"h\": an address"},
+      {kUnit, 1, kTcp, "h-1", "an address"},
+      {kUnit, 1, kTcp, "h1 2", "\"2\" is too much"},
+      {kUnit, 1, kTcp, "h1 x", "a number of values"},
+      {kUnit, 1, kTcp, "h1 x 0", "a number of values"},
+      {kUnit, 1, kTcp, "h1 x 999999999", "text2: entry 1"},
+      {kUnit, 1, kTcp, "h1 :", "there is no type \"\""},
+      {kUnit, 1, kTcp, "h1: u8", "there is no type \"u8\""},
+      {kUnit, 1, kTcp, "h1: bit", "there is no type \"bit\""},
+      {kUnit, 1, kTcp, "c1: u16", "a coil has no type"},
+      {kUnit, 1, kTcp, "h1: f32 abdc", "there is no order \"abdc\""},
+      {kUnit, 1, kTcp, "h1: f32 abcd x 3", "\"x 3\" is too much"},
+      {kUnit, 1, kTcp, "h0 x 3", "text2: it lists 3 values, and the node has 2 variables", 2},
+      {kUnit, 1, kTcp, "h0", "text2: it lists 1 values, and the node has 2 variables", 2},
+      {kUnit, 1, kTcp, " H 0 X2 :F32 CDAB , i7:i16", "", 3},
+      {kUnit, 1, kTcp, "h0, d5", "discrete input 5", 2, kWrite},
+      {kUnit, 1, kTcp, "i5", "input register 5", 1, kWrite},
+  };
+  for (const CSetting& row : kSettings) {
+    DriverConfig config;
+    config.station = 1;
+    config.text1 = row.device;
+    config.text2 = row.list;
+    config.*row.number = row.value;
+    const std::string fault = Node(config, row.count, row.mode).Fault();
+    const std::string what = std::string(row.device) + " | " + row.list + " | " + std::to_string(row.value);
+    if (*row.words)
+      EXPECT_TRUE(fault.starts_with("Open Fatal Not named Modbus: ") && Has(fault, row.words))
+          << what << ": " << fault;
+    else
+      EXPECT_EQ("", fault) << what;
+  }
+  EXPECT_EQ("Open Fatal Not named Invalid mode.\n", Node({}, 1, 7).Fault());
+}
+
+// ---------------------------------------------------------------------------------------------- faults
+
+using CSpoil = decltype(CReplyFault::spoil);
+CSpoil Set(std::size_t at, int value) {
+  return [=](CBytes& reply, const CBytes&) { reply.at(at) = static_cast<std::uint8_t>(value); };
+}
+CSpoil Cut(std::size_t size) {
+  return [=](CBytes& reply, const CBytes&) { reply.resize(std::min(size, reply.size())); };
+}
+CSpoil Fill(std::size_t size, int value) {
+  return [=](CBytes& reply, const CBytes&) { reply.assign(size, static_cast<std::uint8_t>(value)); };
+}
+// Bytes behind the reply, which the length of a TCP head counts.
+CSpoil Lengthen(int by, bool counted) {
+  return [=](CBytes& reply, const CBytes&) {
+    reply.insert(reply.end(), static_cast<std::size_t>(by), 0);
+    if (counted) reply.at(5) = static_cast<std::uint8_t>(reply.at(5) + by);
+  };
+}
+void Stale(CBytes& reply, const CBytes& former) { reply = former; }
+void Twice(CBytes& reply, const CBytes&) {
+  const CBytes once = reply;
+  reply.insert(reply.end(), once.begin(), once.end());
+}
+
+struct CFaultRow {
+  const char* name;
+  CReplyFault fault;
+  int timeOut;
+  std::string line;  // what it has; empty: it succeeds
+};
+
+std::vector<CFaultRow> TcpFaults() {
+  constexpr auto kCloses = CReplyFault::closes, kResets = CReplyFault::resets;
+  const std::string kLost = " unit 1: ";
+  std::vector<CFaultRow> rows = {
+      {"slow", {{}, {}, 50}, kLong, ""},
+      {"drips", {{}, {}, 0, true}, kLong, ""},
+      {"twice", {Twice}, kLong, ""},
+      {"more behind", {Lengthen(3, false)}, kLong, ""},
+      {"closes behind", {{}, kCloses}, kLong, ""},
+      {"silent", {Cut(0)}, kShort, kTimeOut},
+      {"too late", {{}, {}, 3 * kShort}, kShort, kTimeOut},
+      {"closes", {Cut(0), kCloses}, kLong, kLost},
+      {"resets", {Cut(0), kResets}, kLong, kLost},
+      {"closes within", {Cut(10), kCloses}, kLong, kLost},
+      {"resets within", {Cut(10), kResets}, kLong, kLost},
+      {"garbage", {Fill(13, 0xAA)}, kShort, kBadFrame},
+      {"much garbage", {Fill(600, 0xFF)}, kShort, kBadFrame},
+      {"zeros", {Fill(260, 0)}, kShort, kBadFrame},
+      {"cut in the head", {Cut(5)}, kShort, kBadFrame},
+      {"cut", {Cut(11)}, kShort, kBadFrame},
+      {"other request", {Set(0, 0x55)}, kShort, kBadFrame},
+      {"stale", {Stale}, kShort, kBadFrame},
+      {"other protocol", {Set(3, 1)}, kShort, kBadFrame},
+      {"length too large", {Set(5, 8)}, kShort, kBadFrame},
+      {"length too small", {Set(5, 6)}, kShort, kBadFrame},
+      {"length huge", {Set(4, 1)}, kShort, kBadFrame},
+      {"more counted", {Lengthen(2, true)}, kShort, kBadFrame},
+      {"other unit", {Set(6, 2)}, kShort, kBadFrame},
+      {"unit 0", {Set(6, 0)}, kShort, kBadFrame},
+      {"other function", {Set(7, 4)}, kShort, kBadFrame},
+      {"no function", {Set(7, 0)}, kShort, kBadFrame},
+      {"function that writes", {Set(7, 16)}, kShort, kBadFrame},
+      {"exception of another", {Set(7, 0x84), {}, 0, false, 2}, kShort, kBadFrame},
+      {"exception that is longer", {Lengthen(1, true), {}, 0, false, 2}, kShort, kBadFrame},
+      {"more bytes", {Set(8, 6)}, kShort, kBadFrame},
+      {"less bytes", {Set(8, 2)}, kShort, kBadFrame},
+      {"no bytes", {Set(8, 0)}, kShort, kBadFrame},
+  };
+  for (int code = 1; code <= 11; ++code)
+    rows.push_back({"exception",
+                    {{}, {}, 0, false, code},
+                    kLong,
+                    kLost + "exception " + std::to_string(code) + (code == 9 ? "," : " (")});
+  for (const int code : {0, 12, 127, 255})
+    rows.push_back({"unknown exception",
+                    {Set(8, code), {}, 0, false, 1},
+                    kLong,
+                    kLost + "exception " + std::to_string(code) + ", holding registers 7 to 8"});
+  return rows;
+}
+
+// One device for each row, since each is left alone for a while behind its fault.
+void RunFaults(CRecorder& recorder, std::vector<CFaultRow> rows, const std::string& path) {
+  const CValues right = {258, 772};
+  std::vector<std::unique_ptr<CModbusServer>> servers;
+  std::vector<std::unique_ptr<CDriverNode>> nodes;
+  for (const CFaultRow& row : rows) {
+    const std::string line = path.empty() ? path : path + std::to_string(nodes.size());
+    CModbusServer& server = *servers.emplace_back(std::make_unique<CModbusServer>(std::vector{1}, line));
+    CDriverNode& node = *nodes.emplace_back(
+        std::make_unique<CDriverNode>(recorder, kModbus, At(server, "h7, h8", row.timeOut), 2));
+    server.Put('h', 7, {1, 2});
+    ASSERT_TRUE(Recovers(node, {1, 2}));
+    server.Put('h', 7, {258, 772});
+    server.Spoil(row.fault);
+    EXPECT_EQ(row.line.empty() ? right : CValues{}, node.Read()) << row.name;
+    EXPECT_EQ(row.line.empty(), node.Fault().empty()) << row.name << ": " << node.Fault();
+    EXPECT_TRUE(Has(node.Fault(), row.line)) << row.name << ": " << node.Fault();
+    const bool isNamed = Has(node.Fault(), server.Name()) && Has(node.Fault(), "holding registers 7 to 8");
+    EXPECT_EQ(Has(node.Fault(), " unit 1: "), isNamed) << row.name << ": " << node.Fault();
+  }
+  for (std::size_t i = 0; i < nodes.size(); ++i) EXPECT_TRUE(Recovers(*nodes[i], right)) << rows[i].name;
+}
+
+TEST_F(Modbus, TellsEachFaultByItsStatusAndReadsOnWithoutAWrongValue) {
+  RunFaults(m_recorder, TcpFaults(), {});
+}
+
+TEST_F(Modbus, TakesNoReplyForASuccessThatDoesNotRepeatWhatWasWritten) {
+  const struct {
+    const char *name, *list;
+    CReplyFault fault;
+    std::string line;
+  } kRows[] = {
+      {"other address", "h7 x 2", {Set(9, 8)}, kBadFrame},
+      {"other count", "h7 x 2", {Set(11, 1)}, kBadFrame},
+      {"other function", "h7 x 2", {Set(7, 15)}, kBadFrame},
+      {"other value", "h7, h9", {Set(11, 5)}, kBadFrame},
+      {"other bit", "c7, c9", {Set(10, 0x00)}, kBadFrame},
+      {"stale", "h9, h7", {Stale}, kBadFrame},
+      {"silent", "h7 x 2", {Cut(0)}, kTimeOut},
+      {"refused", "h7 x 2", {{}, {}, 0, false, 4}, " unit 1: exception 4 "},
+      {"closed", "c7 x 2", {Cut(0), CReplyFault::closes}, " unit 1: "},
+  };
+  CModbusServer servers[std::size(kRows)];
+  std::vector<CDriverNode> nodes;
+  for (std::size_t i = 0; i < std::size(kRows); ++i) {
+    nodes.push_back(Node(At(servers[i], kRows[i].list, kShort), 2, kWrite));
+    EXPECT_TRUE(Soon([&] { return nodes[i].Write({0, 3}); }));
+    servers[i].Spoil(kRows[i].fault);
+    EXPECT_FALSE(nodes[i].Write({1, 2})) << kRows[i].name;
+    EXPECT_TRUE(Has(nodes[i].Fault(), kRows[i].line)) << kRows[i].name << ": " << nodes[i].Fault();
+  }
+  for (std::size_t i = 0; i < std::size(kRows); ++i)
+    EXPECT_TRUE(Soon([&] { return nodes[i].Write({1, 2}); })) << kRows[i].name;
+}
+
+// ---------------------------------------------------------------------------------------------- connection
+
+TEST_F(Modbus, FindsADeviceThatAppearsLater) {
+  CModbusServer server;
+  server.Stop();
+  CDriverNode node = Node(At(server, "h0"), 1), writer = Node(At(server, "h1"), 1, kWrite);
+  EXPECT_EQ("", writer.Fault());
+  EXPECT_EQ(CValues{}, node.Read());
+  EXPECT_TRUE(Has(node.Fault(), "Error Not named Modbus " + server.Name() + " unit 1: ")) << node.Fault();
+  EXPECT_FALSE(writer.Write({1}));
+  server.Start();
+  EXPECT_TRUE(Recovers(node, {0}));
+  EXPECT_TRUE(Soon([&] { return writer.Write({5}); }));
+  EXPECT_EQ(CWords{5}, server.Get('h', 1, 1));
+}
+
+TEST_F(Modbus, LosesNoScanWhenTheDeviceClosedAnIdleConnection) {
+  CModbusServer server;
+  CDriverNode node = Node(At(server, "h0"), 1), writer = Node(At(server, "h0"), 1, kWrite);
+  for (int i = 0; i < 30; ++i) {
+    const float value = static_cast<float>(i);
+    EXPECT_TRUE(writer.Write({value})) << writer.Fault();
+    EXPECT_EQ(CValues{value}, node.Read()) << node.Fault();
+    if (i % 3 < 2) {
+      server.Drop(i % 3);
+      continue;
+    }
+    server.Stop();
+    server.Start();
+  }
+}
+
+TEST_F(Modbus, KeepsItsConnectionUnlessItIsToldToClose) {
+  for (const int closes : {0, 2}) {
+    CModbusServer server;
+    DriverConfig config = At(server, "h0, h20");
+    config.value1 = 3;
+    config.value2 = 3;
+    config.value4 = closes;
+    CDriverNode node = Node(config, 2);
+    for (int i = 0; i < 5; ++i) EXPECT_EQ((CValues{0, 0}), node.Read()) << node.Fault();
+    EXPECT_EQ(closes ? 5 : 1, server.Connections());
+    EXPECT_EQ(5u * std::string("3 0+1, 3 20+1, ").size(), server.TakeLog().size());
+  }
+}
+
+// As long as a single time-out lasts there are many calls.
+TEST_F(Modbus, FailsAtOnceWhileItsDeviceHangsAndReadsOnBehindThat) {
+  CModbusServer server;
+  CDriverNode node = Node(At(server, "h0", 500), 1);
+  EXPECT_TRUE(Recovers(node, {0}));
+  server.SetDeaf(true);
+  EXPECT_EQ(CValues{}, node.Read());
+  EXPECT_TRUE(Has(node.Fault(), kTimeOut));
+  int calls = 0;
+  for (const auto end = steady_clock::now() + std::chrono::seconds(2); steady_clock::now() < end;
+       ++calls, Nap()) {
+    EXPECT_EQ(CValues{}, node.Read());
+  }
+  EXPECT_GT(calls, 20) << "the whole time-out each";
+  server.SetDeaf(false);
+  EXPECT_TRUE(Recovers(node, {0}));
+}
+
+TEST_F(Modbus, ReadsOnFromADeviceWhileAnotherHangs) {
+  CModbusServer hanging, server;
+  hanging.Spoil({Cut(0)});
+  CDriverNode stuck = Node(At(hanging, "h0", 60000), 1), node = Node(At(server, "h0"), 1);
+  std::atomic<bool> returned = false;
+  std::thread other([&] {
+    stuck.Read();
+    returned = true;
+  });
+  EXPECT_TRUE(Soon([&] { return !hanging.TakeLog().empty(); }));
+  for (int i = 0; i < 50; ++i) EXPECT_EQ(CValues{0}, node.Read());
+  EXPECT_EQ(CValues{0}, Node(At(server, "h0"), 1).Read()) << "nor does an Open wait";
+  EXPECT_FALSE(returned);
+  hanging.Stop();
+  other.join();
+}
+
+// A connection without the module round it, which lets its pauses be chosen.
+class ModbusPauses : public testing::Test {
+ protected:
+  std::unique_ptr<modbus::CConnection> Open(int first, int longest) const {
+    DriverConfig config = At(m_server, "h0");
+    config.variableCount = 1;
+    modbus::CSettings settings;
+    EXPECT_EQ("", modbus::ReadSettings(ToRecord(config), false, settings));
+    settings.pauses = {milliseconds(first), milliseconds(longest)};
+    std::string fault;
+    return std::make_unique<modbus::CConnection>(settings, modbus::NewLine(settings, fault));
+  }
+  static bool Tried(const modbus::CConnection& node) { return !Has(node.LastError(), "next attempt"); }
+  static constexpr int kForEver = 100'000'000;
+  CModbusServer m_server;
+  float m_value = 0;
+};
+
+TEST_F(ModbusPauses, GrowUntilTheLongest) {
+  m_server.Stop();
+  const auto growing = Open(10, kForEver), short_ = Open(1, 1);
+  int attempts = 0, shortAttempts = 0;
+  const auto end = steady_clock::now() + std::chrono::seconds(1);
+  while (steady_clock::now() < end || shortAttempts < 40) {
+    EXPECT_EQ(statusExtendedError, growing->Read(&m_value, 1));
+    EXPECT_EQ(statusExtendedError, short_->Read(&m_value, 1));
+    if (steady_clock::now() < end) attempts += Tried(*growing);
+    shortAttempts += Tried(*short_);
+    Nap();
+  }
+  EXPECT_GT(attempts, 1);
+  EXPECT_LT(attempts, 9) << "0, 10, 30, 70, 150, 310, 630 ms";
+}
+
+TEST_F(ModbusPauses, BeginAnewOnceTheDeviceHasAnsweredBeItWithAnException) {
+  const auto node = Open(1, kForEver);
+  for (int i = 0; i < 40; ++i) {
+    const int wanted = i % 2 ? statusOk : statusReplyError;
+    EXPECT_TRUE(Soon([&] { return node->Read(&m_value, 1) == statusOk; })) << node->LastError();
+    m_server.Spoil({Cut(0), CReplyFault::closes});
+    EXPECT_EQ(statusExtendedError, node->Read(&m_value, 1));
+    if (wanted == statusReplyError)
+      for (int k = 0; k < 2; ++k) m_server.Spoil({{}, {}, 0, false, 2});
+    ASSERT_TRUE(Soon([&] { return node->Read(&m_value, 1) == wanted; })) << node->LastError();
+  }
+}
+
+constexpr int kDropOuts = 50'000;
+
+std::ptrdiff_t Entries(const char* folder) {
+  return std::distance(std::filesystem::directory_iterator(folder), {});
+}
+
+TEST_F(ModbusPauses, LeaveNothingBehindHoweverOftenAConnectionGoes) {
+  CRecorder recorder;
+  CDriverNode idle(recorder, kModbus, At(m_server, "h0"), 1);
+  const auto failing = Open(0, 0);
+  EXPECT_EQ(CValues{0}, idle.Read());
+  EXPECT_EQ(statusOk, failing->Read(&m_value, 1));
+  const auto files = Entries("/proc/self/fd"), threads = Entries("/proc/self/task");
+  for (int i = 0; i < kDropOuts; ++i) {
+    m_server.Drop(true);
+    ASSERT_EQ(CValues{0}, idle.Read()) << idle.Fault();
+    if (i % 100) continue;
+    m_server.Spoil(i % 200 ? CReplyFault{Cut(9), CReplyFault::resets} : CReplyFault{Set(6, 9)});
+    failing->Read(&m_value, 1);
+    CDriverNode(recorder, kModbus, At(m_server, "h0"), 1);
+    ASSERT_TRUE(Soon([&] { return failing->Read(&m_value, 1) == statusOk; }));
+  }
+  EXPECT_EQ(statusOk, failing->Read(&m_value, 1));
+  EXPECT_TRUE(Soon([&] { return Entries("/proc/self/fd") == files; })) << Entries("/proc/self/fd") - files;
+  EXPECT_EQ(threads, Entries("/proc/self/task"));
+}
+
+// ---------------------------------------------------------------------------------------------- serial lines
+
+TEST_F(Modbus, SharesALineWithItsUnitsAmongNodesOnTwoThreads) {
+  CModbusServer line({1, 2}, PathOfLine());
+  line.Put('h', 7, {1, 2, 3});
+  line.Put('h', 7, {4, 5, 6}, 2);
+  DriverConfig first = At(line, "h7 x 3"), second = first, wanted = first,
+               missing = At(line, "h7 x 3", kShort);
+  second.station = 2;
+  missing.station = 3;
+  CDriverNode one = Node(first, 3), two = Node(second, 3),
+              writer = Node(At(line, "h20 x 2: f32 cdab, c3"), 3, kWrite);
+  std::thread other([&] {
+    for (int i = 0; i < 60; ++i) EXPECT_EQ((CValues{4, 5, 6}), two.Read());
+  });
+  for (int i = 0; i < 60; ++i) EXPECT_EQ((CValues{1, 2, 3}), one.Read());
+  other.join();
+  EXPECT_TRUE(writer.Write({1.5f, -2, 1}));
+  EXPECT_EQ((CWords{0, 0x3FC0, 0, 0xC000}), line.Get('h', 20, 4));
+  EXPECT_EQ(CWords{1}, line.Get('c', 3, 1));
+  CDriverNode nobody = Node(missing, 3);
+  EXPECT_EQ(CValues{}, nobody.Read());
+  EXPECT_TRUE(Has(nobody.Fault(), kTimeOut)) << nobody.Fault();
+  wanted.text1 = (line.Name() + ":9600,8,E,1").c_str();
+  EXPECT_TRUE(Has(Node(wanted, 3).Fault(), "Open Fatal Not named Modbus: text1: "))
+      << "other settings of the line";
+}
+
+TEST_F(Modbus, TellsTheFaultsOfALineAndReadsOnBehindThem) {
+  const std::vector<CFaultRow> rows = {
+      {"slow", {{}, {}, 50}, kLong, ""},
+      {"drips", {{}, {}, 0, true}, kLong, ""},
+      {"more behind", {Lengthen(5, false)}, kShort, ""},
+      {"silent", {Cut(0)}, kShort, kTimeOut},
+      {"too late", {{}, {}, 3 * kShort / 2}, kShort, kTimeOut},
+      {"check sum", {Set(8, 0x99)}, kShort, kBadFrame},
+      {"other value", {Set(4, 0x99)}, kShort, kBadFrame},
+      {"other unit", {Set(0, 2)}, kShort, kBadFrame},
+      {"other function", {Set(1, 4)}, kShort, kBadFrame},
+      {"more bytes", {Set(2, 6)}, kShort, kBadFrame},
+      {"less bytes", {Set(2, 2)}, kShort, kBadFrame},
+      {"cut", {Cut(6)}, kShort, kBadFrame},
+      {"garbage", {Fill(40, 0xAA)}, kShort, kBadFrame},
+      {"exception", {{}, {}, 0, false, 6}, kLong, " unit 1: exception 6 "},
+  };
+  RunFaults(m_recorder, rows, PathOfLine());
+}
+
+TEST_F(Modbus, FindsALineAgainThatWasGone) {
+  CModbusServer line({1}, PathOfLine());
+  line.Stop();
+  CDriverNode node = Node(At(line, "h7"), 1);
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(CValues{}, node.Read());
+    EXPECT_TRUE(Has(node.Fault(), "Error Not named Modbus " + line.Name() + " unit 1: ")) << node.Fault();
+    line.Start();
+    EXPECT_TRUE(Recovers(node, {0}));
+    line.Stop();
+  }
+}
+
+}  // namespace
+}  // namespace vastra
