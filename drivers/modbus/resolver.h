@@ -1,10 +1,9 @@
 // CResolver finds the network addresses of a host by its name, without holding up its caller.
 #pragma once
 
-#include <netdb.h>
 #include <sys/socket.h>
 
-#include <memory>
+#include <future>
 #include <string>
 #include <vector>
 
@@ -20,10 +19,6 @@ struct CAddress {
 class CResolver {
  public:
   CResolver(std::string host, std::string port);
-  CResolver(const CResolver&) = delete;
-  CResolver& operator=(const CResolver&) = delete;
-  // A question that has been sent is waited for: the system gives up on it by itself.
-  ~CResolver();
 
   // Goes on until `until` at most. Good: Addresses has one at least.
   CResult Resolve(CTime until);
@@ -32,14 +27,17 @@ class CResolver {
   void Forget();
 
  private:
-  void Ask();
-  CResult Take(int error);
+  struct CAnswer {
+    std::vector<CAddress> addresses;
+    std::string fault;  // if there are none
+  };
+  static CAnswer Ask(const std::string& host, const std::string& port, int flags);
 
   const std::string m_host, m_port;
-  addrinfo m_wanted = {};
-  bool m_isNumeric = false;
   std::vector<CAddress> m_addresses;
-  std::unique_ptr<gaicb> m_question;  // while it is under way
+  const bool m_isNumeric;
+  // While the system is being asked. Who destroys it waits for the system, which gives up by itself.
+  std::future<CAnswer> m_question;
 };
 
 }  // namespace modbus
