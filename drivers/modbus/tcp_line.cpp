@@ -64,7 +64,8 @@ CResult CTcpLine::Connect(const CSettings& settings, CTime until, bool wary) {
   if (m_begun && CClock::now() - *m_begun > settings.timeOut + settings.connectPause + kForgotten) Drop();
   if (!m_begun) m_begun = CClock::now();
   while (m_step < kConnected) {
-    CResult result = (this->*kSteps[m_step])(settings, {until, wary});
+    const CStep step = kSteps[m_step];
+    CResult result = (this->*step)(settings, {until, wary});
     if (result.pending) return result;
     if (!result.IsGood()) {
       Drop();
