@@ -121,7 +121,7 @@ struct CHoldings {
 // it is.
 class CTrial {
  public:
-  CTrial(const CContractTest& test, int pipe) : m_test(test), m_pipe(pipe) {}
+  CTrial(const CContractTest& test, int pipe) : m_test(test), m_config(test.config), m_pipe(pipe) {}
   void Run();
 
   CSeen HeaderStays();
@@ -170,6 +170,7 @@ class CTrial {
   void Serve(CNotes& faults);
 
   const CContractTest& m_test;
+  DriverConfig m_config;
   const int m_pipe;
   HMODULE m_module = nullptr;
   DriverHeader m_header = {};
@@ -257,6 +258,7 @@ bool CTrial::AskForHeader() {
 void CTrial::Run() {
   CString reason;
   if (!Load(reason)) return Send({{"noDriver", reason.Std()}});
+  m_config.plcType = m_header.id;
   Send({{"facts", {m_header.id, m_name.Std(), m_version}}});
   for (const auto& rule : kRules) {
     const CSeen seen = (this->*rule.tryIt)();
@@ -364,7 +366,7 @@ void CTrial::JudgeArea(std::span<const float> area, int status) {
 }
 
 int CTrial::Read(CConnection& connection) {
-  const std::size_t count = m_test.config.variableCount;
+  const std::size_t count = m_config.variableCount;
   std::vector<float> area(count + 2 * kGuard, kUntouched);
   int status = kException;
   const bool returned = Call(
@@ -389,7 +391,7 @@ int CTrial::ReadWell(CConnection& connection) {
 
 CSeen CTrial::Opens() {
   if (!m_table->Open) return NotTried(m_whyNoOpen = "there is no Open");
-  m_first = std::make_unique<CConnection>(m_test.config);
+  m_first = std::make_unique<CConnection>(m_config);
   Open(*m_first, Mode());
   const int status = m_first->status;
   m_whyNoOpen = status == statusOk ? CString() : Describe("Open", status);
@@ -414,7 +416,7 @@ CSeen CTrial::Writes() {
   if (!WhyNoOpen().IsEmpty()) return NotTried(WhyNoOpen());
   if (!m_table->Write) return NotTried("there is no Write");
   if (m_test.values.empty()) return NotTried("there is no --write");
-  CConnection connection(m_test.config);
+  CConnection connection(m_config);
   Open(connection, driverModeWrite);
   if (connection.status != statusOk) return NotTried(Describe("Open to write", connection.status));
   std::vector<float> values = m_test.values;
@@ -431,7 +433,7 @@ CSeen CTrial::Writes() {
 
 CSeen CTrial::CopiesTexts() {
   if (!WhyNoRead().IsEmpty()) return NotTried(WhyNoRead());
-  CConnection connection(m_test.config);
+  CConnection connection(m_config);
   Open(connection, Mode());
   connection.text1.Spoil();
   connection.text2.Spoil();
@@ -443,7 +445,7 @@ CSeen CTrial::CopiesTexts() {
 
 CSeen CTrial::KnowsModes() {
   if (!WhyNoOpen().IsEmpty()) return NotTried(WhyNoOpen());
-  CConnection connection(m_test.config);
+  CConnection connection(m_config);
   Open(connection, driverModeOther);
   Close(connection);
   if (connection.status == statusInvalidMode) return {};
@@ -453,7 +455,7 @@ CSeen CTrial::KnowsModes() {
 
 CSeen CTrial::ServesTwoHandles() {
   if (!WhyNoRead().IsEmpty()) return NotTried(WhyNoRead());
-  CConnection first(m_test.config), second(m_test.config);
+  CConnection first(m_config), second(m_config);
   Open(first, Mode());
   Open(second, Mode());
   CNotes faults;
@@ -476,7 +478,7 @@ CSeen CTrial::ServesTwoHandles() {
 void CTrial::Serve(CNotes& faults) {
   const Clock::time_point end = Clock::now() + kPatience;
   for (int round = 0; round < kThreadRounds && Clock::now() < end; ++round) {
-    CConnection connection(m_test.config);
+    CConnection connection(m_config);
     Open(connection, Mode());
     if (connection.status != statusOk) return faults.Add("Open gave " + NameOf(connection.status));
     const int status = ReadWell(connection);
@@ -501,7 +503,7 @@ CSeen CTrial::LeavesNothing() {
   const CHoldings before;
   int rounds = 0;
   for (; rounds < kRounds && Clock::now() < end; ++rounds) {
-    CConnection connection(m_test.config);
+    CConnection connection(m_config);
     Open(connection, Mode());
     if (connection.status == statusOk && m_table->Read) Read(connection);
     Close(connection);
@@ -518,7 +520,7 @@ CSeen CTrial::LeavesNothing() {
 
 CSeen CTrial::BearsFailedOpen() {
   if (!m_table->Open) return NotTried("there is no Open");
-  DriverConfig nonsense = m_test.config;
+  DriverConfig nonsense = m_config;
   nonsense.text1 = nonsense.text2 = "\1 no setting of any driver";
   for (int DriverConfig::*field :
        {&DriverConfig::cardNumber, &DriverConfig::timeOut, &DriverConfig::station,
@@ -554,7 +556,7 @@ CSeen CTrial::DoesWithoutForms() {
 
 CSeen CTrial::GivesItsId() {
   if (!m_table->SetConfig || !m_table->GetConfig) return NotTried("there is no SetConfig or no GetConfig");
-  CConnection given(m_test.config);
+  CConnection given(m_config);
   given.record.plcType = 0;  // it is the driver that sets it
   Call("SetConfig", [&] { m_table->SetConfig(given.record); });
   DriverConfig result;

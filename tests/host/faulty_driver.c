@@ -41,6 +41,7 @@ static void Leave(void) {
 static int Open(DriverRecord config, int mode, int* handle) {
   int status = statusNoMemory, i;
   if (mode == driverModeOther) return Has("refuses a mode") ? statusNotOpened : statusInvalidMode;
+  if (config.plcType != 9500 || config.openState != 0 || config.variableCount != 2) return statusNoMemory;
   if (Has("gives a status of Read")) return statusTimeout;
   if (config.text1[0] == '\1') return statusExtendedError;
   Leave();
