@@ -60,7 +60,7 @@ CDriverReply CDriverCalls::Ask(const int& handle, const Function& function) cons
 
 CDriverReply CDriverCalls::Open(const DriverConfig& config, int mode, int& handle) const {
   handle = kNoHandle;
-  const CDriverReply reply = Ask(handle, [&] { return Table().Open(ToRecord(config), mode, &handle); });
+  CDriverReply reply = Ask(handle, [&] { return Table().Open(ToRecord(config), mode, &handle); });
   if (reply.status != statusOk) handle = kNoHandle;
   return reply;
 }

@@ -334,9 +334,9 @@ void CTrial::AskWords(const char* call, int status, int handle) {
   if (static_cast<std::size_t>(copy.GetLength()) == kMostWords)
     m_wordFaults.Add("the text of " + name + " does not end within " + Number(kMostWords) + " bytes");
   else if (!IsUtf8(copy))
-    m_wordFaults.Add("the text of " + name + " is no UTF-8: " + copy);
+    m_wordFaults.Add("the text of " + name + " is no UTF-8: " + copy.Left(kMostNoted));
   const std::lock_guard lock(m_lastMutex);
-  m_lastWords = copy;
+  m_lastWords = copy.Left(kMostNoted);
 }
 
 void CTrial::Open(CConnection& connection, int mode) {
