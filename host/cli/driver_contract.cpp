@@ -29,7 +29,6 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t kMostWords = 4096;  // bytes in which the words of a driver have to end
 constexpr int kMostNoted = 500;           // bytes, about
-constexpr std::size_t kGuard = 64;        // floats before and behind the values
 const float kUntouched = std::bit_cast<float>(0x7FC5A5A5u);
 constexpr int kException = std::numeric_limits<int>::min();  // in place of a status
 constexpr auto kRest = 100ms;                                // before a next try
@@ -396,8 +395,9 @@ CSeen CTrial::Opens() {
   const int status = m_first->status;
   m_whyNoOpen = status == statusOk ? CString() : Describe("Open", status);
   if (!IsOfOpen(status)) return Broken("it gave " + NameOf(status));
-  if (status == statusOk && m_first->handle == kNoHandle) return Broken("it stored no handle");
-  return {};
+  if (status != statusOk || m_first->handle != kNoHandle) return {};
+  m_whyNoOpen = "Open stored no handle";
+  return Broken("it stored no handle");
 }
 
 CSeen CTrial::FillsValues() {

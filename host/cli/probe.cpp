@@ -136,7 +136,11 @@ EExit CReport::End() {
 class CProbing {
  public:
   CProbing(const CProbe& probe, const CDriverCalls& driver, CReport& report)
-      : m_probe(probe), m_driver(driver), m_report(report), m_values(probe.config.variableCount) {}
+      : m_probe(probe),
+        m_driver(driver),
+        m_report(report),
+        m_area(probe.config.variableCount + 2 * kGuard),
+        m_values(std::span(m_area).subspan(kGuard, probe.config.variableCount)) {}
 
   void Run() {
     if (!m_driver.Table().Open) return m_report.Fault("the driver offers no Open");
@@ -154,7 +158,7 @@ class CProbing {
   void Write() {
     if (!Open(driverModeWrite)) return;
     if (m_driver.Table().Write) {
-      m_values = m_probe.values;
+      std::ranges::copy(m_probe.values, m_values.begin());
       m_report.Call("Write", m_driver.Write(m_values, m_handle), m_probe.values);
     } else {
       m_report.Fault("the driver offers no Write");
@@ -178,7 +182,7 @@ class CProbing {
       std::ranges::fill(m_values, 0.0f);
       const CDriverReply reply = m_driver.Read(m_values, m_handle);
       const bool isGood = reply.status == statusOk;
-      m_report.Call("Read", reply, isGood ? m_values : std::span<const float>());
+      m_report.Call("Read", reply, isGood ? m_values : std::span<float>());
       const auto now = std::chrono::steady_clock::now();
       CMessage stop;
       if (inbox.Wait(stop, isGood || i + 1 == m_probe.reads ? now : now + kRest)) return;
@@ -188,7 +192,8 @@ class CProbing {
   const CProbe& m_probe;
   const CDriverCalls& m_driver;
   CReport& m_report;
-  std::vector<float> m_values;
+  std::vector<float> m_area;
+  const std::span<float> m_values;  // within the area
   int m_handle = kNoHandle;
 };
 

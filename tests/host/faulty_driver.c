@@ -80,7 +80,7 @@ static int Write(float* values, int count, int handle) {
 
 static void Close(int handle) {
   pthread_mutex_lock(&lock);
-  nodes[handle].used = 0;
+  if (handle >= 0 && handle < MOST_NODES) nodes[handle].used = 0;
   pthread_mutex_unlock(&lock);
 }
 
