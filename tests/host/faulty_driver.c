@@ -79,6 +79,7 @@ static int Write(float* values, int count, int handle) {
 }
 
 static void Close(int handle) {
+  if (Has("has one handle")) return;
   pthread_mutex_lock(&lock);
   if (handle >= 0 && handle < MOST_NODES) nodes[handle].used = 0;
   pthread_mutex_unlock(&lock);
