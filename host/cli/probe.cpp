@@ -1,8 +1,8 @@
 // vastra probe: opens a driver without a configuration, reads and writes, and tells what each call gave; with
 // a module's file also whether it keeps the contract of drivers.
+#include <algorithm>
 #include <charconv>
 #include <limits>
-#include <numeric>
 
 #include "host/cli/command.h"
 #include "host/cli/driver_calls.h"
@@ -23,7 +23,7 @@ namespace {
 constexpr std::int64_t kMostValues = 1 << 24;  // as many as a node can have
 constexpr std::int64_t kLongestLimit = 3600;   // seconds
 constexpr std::int64_t kUsualLimit = 10;
-constexpr auto kRest = std::chrono::milliseconds(100);  // after a failed read
+constexpr auto kRestAfterFailure = std::chrono::milliseconds(100);  // after a failed read
 
 // What was asked for.
 struct CProbe {
@@ -39,7 +39,8 @@ std::string Shown(const char* before, const CString& words) {
   return words.IsEmpty() ? std::string() : before + Printable(words.View());
 }
 
-CJson ToJson(float value) {
+// The shortest number that reads back to the same float.
+CJson FloatToJson(float value) {
   const std::string text = ToText(value);
   double number = 0;
   if (!std::isfinite(value)) return text;
@@ -84,10 +85,8 @@ bool CReport::Print(const std::string& text) {
 
 bool CReport::Facts(const CDriverFacts& facts) {
   if (!m_object.empty()) return true;  // known from the test
-  m_object = {{"id", facts.id},
-              {"name", vastra::ToJson(facts.name)},
-              {"file", vastra::ToJson(m_file)},
-              {"version", facts.version}};
+  m_object = {
+      {"id", facts.id}, {"name", ToJson(facts.name)}, {"file", ToJson(m_file)}, {"version", facts.version}};
   return Print(Shown("", facts.name) + Shown("  (", m_file) + "), ID " + std::to_string(facts.id) +
                ", version " + std::to_string(facts.version) + "\n");
 }
@@ -115,17 +114,16 @@ void CReport::Call(const char* call, const CDriverReply& reply, std::span<const 
   if (!m_asJson) return;
   CJson row = {{"call", call},
                {"status", reply.status},
-               {"statusName", vastra::ToJson(StatusName(reply.status))},
+               {"statusName", ToJson(StatusName(reply.status))},
                {"milliseconds", std::round(reply.milliseconds * 1000) / 1000}};
-  if (!reply.words.IsEmpty()) row["words"] = vastra::ToJson(reply.words);
-  for (const float value : values) row["values"].push_back(ToJson(value));
+  if (!reply.words.IsEmpty()) row["words"] = ToJson(reply.words);
+  for (const float value : values) row["values"].push_back(FloatToJson(value));
   m_calls.push_back(row);
 }
 
 EExit CReport::End() {
   if (!m_asJson) return m_status;
-  if (m_object.empty())
-    m_object = {{"id", {}}, {"name", {}}, {"file", vastra::ToJson(m_file)}, {"version", {}}};
+  if (m_object.empty()) m_object = {{"id", {}}, {"name", {}}, {"file", ToJson(m_file)}, {"version", {}}};
   m_object["calls"] = m_calls;
   if (!m_contract.is_null()) m_object["contract"] = m_contract;
   Worsen(PrintJson(m_object));
@@ -185,7 +183,7 @@ class CProbing {
       m_report.Call("Read", reply, isGood ? m_values : std::span<float>());
       const auto now = std::chrono::steady_clock::now();
       CMessage stop;
-      if (inbox.Wait(stop, isGood || i + 1 == m_probe.reads ? now : now + kRest)) return;
+      if (inbox.Wait(stop, isGood || i + 1 == m_probe.reads ? now : now + kRestAfterFailure)) return;
     }
   }
 
