@@ -10,15 +10,18 @@ constexpr DriverFunctions kOffersNothing = {};
 constexpr struct {
   int status;
   const char* name;
+  const char* meaning;
   CDriverWords DriverFunctions::*words;
-} kStatuses[] = {{statusNoMemory, "statusNoMemory", nullptr},
-                 {statusExtendedError, "statusExtendedError", &DriverFunctions::GetExtendedError},
-                 {statusOk, "statusOk", nullptr},
-                 {statusNotOpened, "statusNotOpened", nullptr},
-                 {statusInvalidFrame, "statusInvalidFrame", nullptr},
-                 {statusTimeout, "statusTimeout", nullptr},
-                 {statusInvalidMode, "statusInvalidMode", nullptr},
-                 {statusReplyError, "statusReplyError", &DriverFunctions::GetReplyError}};
+} kStatuses[] = {
+    {statusNoMemory, "statusNoMemory", "the driver has run out of memory", nullptr},
+    {statusExtendedError, "statusExtendedError", "", &DriverFunctions::GetExtendedError},
+    {statusOk, "statusOk", "", nullptr},
+    {statusNotOpened, "statusNotOpened", "the handle is not open", nullptr},
+    {statusInvalidFrame, "statusInvalidFrame", "a bad frame came from the device", nullptr},
+    {statusTimeout, "statusTimeout", "no reply in time", nullptr},
+    {statusInvalidMode, "statusInvalidMode", "the driver does not open for this", nullptr},
+    {statusReplyError, "statusReplyError", "", &DriverFunctions::GetReplyError},
+};
 
 }  // namespace
 
@@ -26,6 +29,12 @@ CString StatusName(int status) {
   for (const auto& row : kStatuses)
     if (row.status == status) return row.name;
   return "unknown status " + CString(std::to_string(status));
+}
+
+CString StatusMeaning(int status) {
+  for (const auto& row : kStatuses)
+    if (row.status == status) return row.meaning;
+  return {};
 }
 
 bool HasWords(int status) { return status == statusExtendedError || status == statusReplyError; }

@@ -16,6 +16,8 @@ constexpr std::size_t kGuard = 64;  // floats around the values of a call, for d
 
 // "statusOk", or "unknown status 7".
 CString StatusName(int status);
+// In words, for a status of which a driver has none of its own.
+CString StatusMeaning(int status);
 // The function of table that has words for status; null if status has none or the driver lacks it.
 using CDriverWords = const char* (*)(int handle);
 bool HasWords(int status);

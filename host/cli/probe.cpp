@@ -108,9 +108,10 @@ void CReport::Call(const char* call, const CDriverReply& reply, std::span<const 
   CString line;
   line.Format("%-6s %-20s %11.3f", call, static_cast<const char*>(StatusName(reply.status)),
               reply.milliseconds);
-  std::string shown = line.Std() + (reply.words.IsEmpty() && values.empty() ? "" : " ");
+  const CString words = reply.words.IsEmpty() ? StatusMeaning(reply.status) : reply.words;
+  std::string shown = line.Std() + (words.IsEmpty() && values.empty() ? "" : " ");
   for (const float value : values) shown += " " + ToText(value);
-  Print(shown + Shown(" ", reply.words) + "\n");
+  Print(shown + Shown(" ", words) + "\n");
   if (!m_asJson) return;
   CJson row = {{"call", call},
                {"status", reply.status},

@@ -159,7 +159,7 @@ class Probe(CommandTest):
         result = self.probe(THROWING)
         self.assertEqual(1, result.status)
         self.assertIn(b"BROKEN", result.out)
-        self.assertRegex(result.out.decode(), "an exception (left Read|that nobody can catch)")
+        self.assertIn(b"an exception left Read", result.out)
 
 
 if __name__ == "__main__":
