@@ -48,6 +48,10 @@ bool CSerialLine::IsConnected() {
 
 CResult CSerialLine::Connect(const CSettings& settings, CTime, bool) {
   const std::lock_guard guard(m_lock);
+  return Open(settings);
+}
+
+CResult CSerialLine::Open(const CSettings& settings) {
   if (m_isOpen) return {};
   if (modbus_connect(m_context.get()) != 0) return NotOpened(errno);
   m_isOpen = true;
@@ -68,7 +72,8 @@ CResult CSerialLine::Exchange(const CSettings& settings, const CFrame& request, 
 }
 
 CResult CSerialLine::Ask(const CSettings& settings, const CFrame& request, CFrame& reply) {
-  if (!m_isOpen) return Lost("the line is closed");
+  // Another node may have closed it since.
+  if (CResult opened = Open(settings); !opened.IsGood()) return opened;
   std::this_thread::sleep_until(m_quietUntil);
   modbus_flush(m_context.get());  // what is left of a reply that came too late
   CResult sent = Send(settings.unit, request);

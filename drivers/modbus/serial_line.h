@@ -20,6 +20,7 @@ class CSerialLine : public CLine {
   void Drop() override;
 
  private:
+  CResult Open(const CSettings& settings);
   CResult Ask(const CSettings& settings, const CFrame& request, CFrame& reply);
   CResult Send(int unit, const CFrame& request);
   CResult TakeReply(const CSettings& settings, const CFrame& request, CFrame& reply);
