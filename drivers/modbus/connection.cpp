@@ -102,7 +102,11 @@ int CConnection::Begin() {
 
 int CConnection::Exchange(const CRequest& request, const CFrame& frame, CFrame& reply) {
   std::this_thread::sleep_until(m_nextRequest);
-  const CResult result = m_line->Exchange(m_settings, frame, reply);
+  CResult result;
+  // The device may have closed since it was found to be there, as some do behind each reply.
+  if (!m_line->IsConnected())
+    result = m_line->Connect(m_settings, CClock::now() + m_settings.timeOut + m_settings.connectPause, false);
+  if (result.IsGood()) result = m_line->Exchange(m_settings, frame, reply);
   m_nextRequest = CClock::now() + m_settings.requestPause;
   if (!result.IsGood()) return Lose(result, ", " + NameOf(request));
   const int exception = ExceptionOf(reply);
