@@ -228,10 +228,10 @@ CBytes CModbusServer::RightReply(const CBytes& request, int exception) {
   return reply;
 }
 
-void CModbusServer::Send(int client, const CBytes& reply, bool drips) const {
+void CModbusServer::Send(int client, const CBytes& reply, int drips) const {
   const std::size_t step = drips ? 1 : std::max<std::size_t>(reply.size(), 1);
   for (std::size_t at = 0; at < reply.size(); at += step) {
-    if (drips) Sleep(2);
+    Sleep(drips);
     const ssize_t sent = IsSerial() ? ::write(client, reply.data() + at, step)
                                     : ::send(client, reply.data() + at, step, MSG_NOSIGNAL);
     if (sent < 0) return;

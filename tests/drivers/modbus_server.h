@@ -25,7 +25,7 @@ struct CReplyFault {
   std::function<void(CBytes& reply, const CBytes& former)> spoil;  // former: the right reply before
   EEnd end = stays;                                                // of the connection, behind the reply
   int delay = 0;                                                   // milliseconds
-  bool drips = false;                                              // byte by byte
+  int drips = 0;                                                   // milliseconds in front of each byte
   int exception = 0;                                               // of the library, in place of the reply
 };
 
@@ -67,7 +67,7 @@ class CModbusServer {
   std::size_t Length(const CBytes& received) const;
   void Answer(int client, const CBytes& request);
   CBytes RightReply(const CBytes& request, int exception);
-  void Send(int client, const CBytes& reply, bool drips) const;
+  void Send(int client, const CBytes& reply, int drips) const;
   void End(int client, bool resets);
 
   const std::string m_path;
