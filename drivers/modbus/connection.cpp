@@ -14,7 +14,7 @@ namespace {
 constexpr int kIllegalAddress = MODBUS_EXCEPTION_ILLEGAL_DATA_ADDRESS;
 constexpr int kIllegalValue = MODBUS_EXCEPTION_ILLEGAL_DATA_VALUE;
 
-// A device that has failed is waited for so long, or a thousandth of the time since the last attempt: that is
+// A device that has failed is waited for so long, or a thousandth of the time since the last call: that is
 // enough for one on a plant's net, and a scan that comes once an hour can wait longer.
 constexpr milliseconds kShortPatience{20};
 constexpr int kPatienceShare = 1000;
@@ -79,12 +79,14 @@ int CConnection::Lose(const CResult& result, const std::string& where) {
 CTime CConnection::PatienceFrom(CTime now) const {
   const CClock::duration whole = m_settings.timeOut + m_settings.connectPause;
   if (!m_isWary) return now + whole;
-  return now + std::clamp<CClock::duration>((now - m_tried) / kPatienceShare, kShortPatience,
+  return now + std::clamp<CClock::duration>((now - m_called) / kPatienceShare, kShortPatience,
                                             std::max<CClock::duration>(whole, kShortPatience));
 }
 
 int CConnection::Begin() {
   const CTime now = CClock::now();
+  const CTime patience = PatienceFrom(now);
+  m_called = now;
   if (now < m_restUntil) {
     char next[64];
     std::snprintf(next, sizeof next, "; next attempt in %.1f s",
@@ -92,8 +94,8 @@ int CConnection::Begin() {
     return Fail(statusExtendedError, m_lost + next);
   }
   if (m_line->IsConnected()) return statusOk;
-  const CResult result = m_line->Connect(m_settings, PatienceFrom(now), m_isWary);
-  m_tried = now;
+  const CResult result = m_line->Connect(m_settings, patience, m_isWary);
+  if (m_isWary) m_nextRequest = CClock::now() + m_settings.requestPause;  // it has been asked something
   if (result.IsGood()) return statusOk;
   return result.pending
              ? Fail(statusExtendedError, m_lost.empty() ? result.words : m_lost + "; " + result.words)

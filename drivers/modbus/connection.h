@@ -36,7 +36,7 @@ class CConnection {
   std::string m_lost;  // words for the failure that the device is left alone for
   milliseconds m_pause{0};
   CTime m_restUntil;      // no attempt before
-  CTime m_tried;          // when the last attempt was
+  CTime m_called;         // when the last transfer began
   CTime m_nextRequest;    // no request before
   bool m_isWary = false;  // the device has not answered since it failed
 };
