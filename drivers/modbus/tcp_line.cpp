@@ -54,6 +54,11 @@ int CTcpLine::Peek() const {
   return size < 0 && (errno == EAGAIN || errno == EINTR) ? 0 : -1;
 }
 
+bool CTcpLine::HasClosed() const {
+  char byte = 0;
+  return m_socket >= 0 && ::recv(m_socket, &byte, sizeof byte, MSG_PEEK | MSG_DONTWAIT) == 0;
+}
+
 bool CTcpLine::IsConnected() {
   if (m_step != kConnected) return false;
   if (Peek() < 0) Drop();
@@ -61,11 +66,27 @@ bool CTcpLine::IsConnected() {
 }
 
 CResult CTcpLine::Connect(const CSettings& settings, CTime until, bool wary) {
-  if (m_begun && CClock::now() - *m_begun > settings.timeOut + settings.connectPause + kForgotten) Drop();
+  const CTime now = CClock::now();
+  const CPatience whole = {now + settings.timeOut + settings.connectPause, wary};
+  if (m_begun && !wary && now - *m_begun > settings.timeOut + settings.connectPause + kForgotten) Drop();
+  // A wary attempt is gone on with however long ago that was: if scans are far apart and the device is slow,
+  // another one would get no further. If the device has closed this one meanwhile, as many do that are idle,
+  // then it lives, and is waited for.
+  const bool goesOn = m_begun && wary;
+  if (goesOn && HasClosed()) {
+    Drop();
+    return TakeSteps(settings, whole);
+  }
+  CResult result = TakeSteps(settings, {until, wary});
+  if (goesOn && result.IsGood() && !IsConnected()) result = TakeSteps(settings, whole);
+  return result;
+}
+
+CResult CTcpLine::TakeSteps(const CSettings& settings, const CPatience& patience) {
   if (!m_begun) m_begun = CClock::now();
   while (m_step < kConnected) {
     const CStep step = kSteps[m_step];
-    CResult result = (this->*step)(settings, {until, wary});
+    CResult result = (this->*step)(settings, patience);
     if (result.pending) return result;
     if (!result.IsGood()) {
       Drop();

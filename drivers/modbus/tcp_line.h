@@ -33,6 +33,7 @@ class CTcpLine : public CLine {
   };
   using CStep = CResult (CTcpLine::*)(const CSettings& settings, const CPatience& patience);
 
+  CResult TakeSteps(const CSettings& settings, const CPatience& patience);
   // The steps of connecting, in their order.
   CResult Resolve(const CSettings& settings, const CPatience& patience);
   CResult Dial(const CSettings& settings, const CPatience& patience);
@@ -47,6 +48,8 @@ class CTcpLine : public CLine {
   void Hang();
   // What there is to read without a request: 0 nothing, 1 something, -1 the end of the connection.
   int Peek() const;
+  // Whether the device has closed its side, and nothing is to be read any more.
+  bool HasClosed() const;
   CResult Send(int unit, const CFrame& request);
   // The reply to what was sent last; pending if nothing of it is there at `until`. It is complete at
   // deadline.
