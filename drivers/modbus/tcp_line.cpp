@@ -192,8 +192,12 @@ CResult CTcpLine::Send(int unit, const CFrame& request) {
 
 CResult CTcpLine::TakeReply(int unit, const CFrame& request, CTime until, CTime deadline, CFrame& reply) {
   if (!WaitFor(m_socket, POLLIN, until)) return Pending("it is being asked again");
+  const bool hasBegun = Peek() > 0;
   CPacket packet;
-  if (CResult received = Receive(m_context.get(), deadline, packet); !received.IsGood()) return received;
+  if (CResult received = Receive(m_context.get(), deadline, packet); !received.IsGood())
+    return hasBegun && received.status == statusExtendedError
+               ? BadFrame("it is cut short, the device closed the connection")
+               : received;
   const std::string fault = TakeTcpReply(packet, m_number, unit, request, reply);
   return fault.empty() ? CResult() : BadFrame(fault);
 }
