@@ -110,7 +110,12 @@ int CConnection::Exchange(const CRequest& request, const CFrame& frame, CFrame& 
     result = m_line->Connect(m_settings, CClock::now() + m_settings.timeOut + m_settings.connectPause, false);
   if (result.IsGood()) result = m_line->Exchange(m_settings, frame, reply);
   m_nextRequest = CClock::now() + m_settings.requestPause;
-  if (!result.IsGood()) return Lose(result, ", " + NameOf(request));
+  if (!result.IsGood()) {
+    const std::string where = ", " + NameOf(request);
+    const bool isNoise = m_settings.endpoint.IsSerial() && result.status == statusInvalidFrame;
+    return isNoise && !std::exchange(m_wasNoise, true) ? Fail(result.status, result.words + where)
+                                                       : Lose(result, where);
+  }
   const int exception = ExceptionOf(reply);
   return exception < 0 ? statusOk : Fail(statusReplyError, ExceptionWords(exception, request));
 }
@@ -120,6 +125,7 @@ int CConnection::End(int status) {
   if (status == statusOk || status == statusReplyError) {
     m_pause = milliseconds(0);
     m_isWary = false;
+    m_wasNoise = false;
     m_lost.clear();
   }
   if (m_settings.closesAfterScan) m_line->Drop();

@@ -39,6 +39,9 @@ class CConnection {
   CTime m_called;         // when the last transfer began
   CTime m_nextRequest;    // no request before
   bool m_isWary = false;  // the device has not answered since it failed
+  // A bad frame came by a serial line since the last good transfer: a single one may be noise, and loses
+  // nothing.
+  bool m_wasNoise = false;
 };
 
 }  // namespace modbus
