@@ -117,9 +117,12 @@ void Library(benchmark::State& state) {
   modbus_free(context);
 }
 
-BENCHMARK_CAPTURE(Driver, planned, 0)->Unit(benchmark::kMicrosecond)->UseRealTime();
-BENCHMARK_CAPTURE(Driver, single, modbus::kSingleRequests)->Unit(benchmark::kMicrosecond)->UseRealTime();
-BENCHMARK(Library)->Unit(benchmark::kMicrosecond)->UseRealTime();
+BENCHMARK_CAPTURE(Driver, planned, 0)->Unit(benchmark::kMicrosecond)->UseRealTime()->MinTime(0.3);
+BENCHMARK_CAPTURE(Driver, single, modbus::kSingleRequests)
+    ->Unit(benchmark::kMicrosecond)
+    ->UseRealTime()
+    ->MinTime(0.3);
+BENCHMARK(Library)->Unit(benchmark::kMicrosecond)->UseRealTime()->MinTime(0.3);
 
 void PrintRequests() {
   const CServer server;
@@ -137,13 +140,13 @@ int main(int argc, char** argv) {
   using namespace vastra::bench;
   const int result = RunWithGoals(argc, argv,
                                   {{"Modbus scan, planned: speed to that of one request a value",
-                                    {"Driver/planned/real_time"},
-                                    {"Driver/single/real_time"},
+                                    {"Driver/planned/min_time:0.300/real_time"},
+                                    {"Driver/single/min_time:0.300/real_time"},
                                     5,
                                     true},
                                    {"Modbus scan: time to that of the bare calls for the same requests",
-                                    {"Driver/planned/real_time"},
-                                    {"Library/real_time"},
+                                    {"Driver/planned/min_time:0.300/real_time"},
+                                    {"Library/min_time:0.300/real_time"},
                                     1.1,
                                     false}});
   if (result == 0) PrintRequests();

@@ -104,20 +104,17 @@ int CConnection::Begin() {
 
 int CConnection::Exchange(const CRequest& request, const CFrame& frame, CFrame& reply) {
   std::this_thread::sleep_until(m_nextRequest);
-  CResult result;
-  // The device may have closed since it was found to be there, as some do behind each reply.
-  if (!m_line->IsConnected())
-    result = m_line->Connect(m_settings, CClock::now() + m_settings.timeOut + m_settings.connectPause, false);
-  if (result.IsGood()) result = m_line->Exchange(m_settings, frame, reply);
+  const CResult result = m_line->Exchange(m_settings, frame, reply);
   m_nextRequest = CClock::now() + m_settings.requestPause;
-  if (!result.IsGood()) {
-    const std::string where = ", " + NameOf(request);
-    const bool isNoise = m_settings.endpoint.IsSerial() && result.status == statusInvalidFrame;
-    return isNoise && !std::exchange(m_wasNoise, true) ? Fail(result.status, result.words + where)
-                                                       : Lose(result, where);
-  }
+  if (!result.IsGood()) return FailExchange(result, ", " + NameOf(request));
   const int exception = ExceptionOf(reply);
   return exception < 0 ? statusOk : Fail(statusReplyError, ExceptionWords(exception, request));
+}
+
+int CConnection::FailExchange(const CResult& result, const std::string& where) {
+  const bool isNoise = m_settings.endpoint.IsSerial() && result.status == statusInvalidFrame;
+  if (isNoise && !std::exchange(m_wasNoise, true)) return Fail(result.status, result.words + where);
+  return Lose(result, where);
 }
 
 // What every transfer ends with. A device that has answered is there, even if it refused.

@@ -25,6 +25,7 @@ class CConnection {
   CTime PatienceFrom(CTime now) const;
   int Begin();
   int Exchange(const CRequest& request, const CFrame& frame, CFrame& reply);
+  int FailExchange(const CResult& result, const std::string& where);
   int End(int status);
   int Fail(int status, const std::string& words);
   int Lose(const CResult& result, const std::string& where);

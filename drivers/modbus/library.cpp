@@ -32,14 +32,15 @@ CContext Take(modbus_t* context) {
 
 bool IsWaitable(int file) { return file < FD_SETSIZE; }
 
-bool WaitFor(int file, short event, CTime until) {
+short WaitFor(int file, short events, CTime until) {
   for (;;) {
     const auto left = std::max(CClock::duration(0), until - CClock::now());
     const auto wait = static_cast<int>(std::chrono::ceil<milliseconds>(left).count());
-    pollfd entry = {file, event, 0};
+    pollfd entry = {file, events, 0};
     const int ready = ::poll(&entry, 1, wait);
-    if (ready > 0 || (ready < 0 && errno != EINTR)) return true;
-    if (wait == 0) return false;
+    if (ready > 0) return entry.revents;
+    if (ready < 0 && errno != EINTR) return POLLERR;
+    if (wait == 0) return 0;
   }
 }
 

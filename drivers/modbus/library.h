@@ -21,8 +21,8 @@ using CContext = std::unique_ptr<modbus_t, CFreeContext>;
 CContext Take(modbus_t* context);
 // The library waits by select, which has room for the lower file handles alone.
 bool IsWaitable(int file);
-// Waits for an event of poll, or until file is lost. False if `until` comes first.
-bool WaitFor(int file, short event, CTime until);
+// Waits for one of events, of poll, or until file is lost: those that came. 0 if `until` comes first.
+short WaitFor(int file, short events, CTime until);
 // Receives the packet whose first bytes are there, until `until` at most. A good result of size 0: it was for
 // another unit.
 CResult Receive(modbus_t* context, CTime until, CPacket& packet);

@@ -30,8 +30,8 @@ class CLine {
   // Connects, or goes on with it, and waits until `until` at most. A wary attempt is for a device that has
   // failed: it only counts as connected once it has answered.
   virtual CResult Connect(const CSettings& settings, CTime until, bool wary) = 0;
-  // Sends request and waits for its reply, for the time-out at most. After a failure the next exchange begins
-  // on a clean line, or IsConnected says no.
+  // Sends request and waits for its reply, for the time-out at most; connects anew first if the other side
+  // has closed since. After a failure the next exchange begins on a clean line, or IsConnected says no.
   virtual CResult Exchange(const CSettings& settings, const CFrame& request, CFrame& reply) = 0;
   virtual void Drop() = 0;
 };

@@ -65,21 +65,20 @@ bool CTcpLine::IsConnected() {
   return m_step == kConnected;
 }
 
+// For a device that lives: the whole time is waited.
+CResult CTcpLine::ConnectAnew(const CSettings& settings, bool wary) {
+  Drop();
+  return TakeSteps(settings, {CClock::now() + settings.timeOut + settings.connectPause, wary});
+}
+
 CResult CTcpLine::Connect(const CSettings& settings, CTime until, bool wary) {
-  const CTime now = CClock::now();
-  const CPatience whole = {now + settings.timeOut + settings.connectPause, wary};
-  if (m_begun && !wary && now - *m_begun > settings.timeOut + settings.connectPause + kForgotten) Drop();
+  const CClock::duration forgotten = settings.timeOut + settings.connectPause + kForgotten;
+  if (m_begun && !wary && CClock::now() - *m_begun > forgotten) Drop();
   // A wary attempt is gone on with however long ago that was: if scans are far apart and the device is slow,
   // another one would get no further. If the device has closed this one meanwhile, as many do that are idle,
-  // then it lives, and is waited for.
-  const bool goesOn = m_begun && wary;
-  if (goesOn && HasClosed()) {
-    Drop();
-    return TakeSteps(settings, whole);
-  }
-  CResult result = TakeSteps(settings, {until, wary});
-  if (goesOn && result.IsGood() && !IsConnected()) result = TakeSteps(settings, whole);
-  return result;
+  // then it lives.
+  if (m_begun && wary && HasClosed()) return ConnectAnew(settings, wary);
+  return TakeSteps(settings, {until, wary});
 }
 
 CResult CTcpLine::TakeSteps(const CSettings& settings, const CPatience& patience) {
@@ -174,8 +173,10 @@ CResult CTcpLine::Exchange(const CSettings& settings, const CFrame& request, CFr
 }
 
 CResult CTcpLine::Ask(const CSettings& settings, const CFrame& request, CFrame& reply) {
-  if (m_step != kConnected) return Lost("there is no connection");
-  if (Peek() > 0) return BadFrame("it came without a request");
+  const int waiting = m_step == kConnected ? Peek() : -1;
+  if (waiting > 0) return BadFrame("it came without a request");
+  if (waiting < 0)  // the device may have closed since it was found to be there, as some do behind each reply
+    if (CResult again = ConnectAnew(settings, false); !again.IsGood()) return again;
   if (CResult sent = Send(settings.unit, request); !sent.IsGood()) return sent;
   const CTime deadline = CClock::now() + settings.timeOut;
   const CResult result = TakeReply(settings.unit, request, deadline, deadline, reply);
@@ -191,8 +192,9 @@ CResult CTcpLine::Send(int unit, const CFrame& request) {
 }
 
 CResult CTcpLine::TakeReply(int unit, const CFrame& request, CTime until, CTime deadline, CFrame& reply) {
-  if (!WaitFor(m_socket, POLLIN, until)) return Pending("it is being asked again");
-  const bool hasBegun = Peek() > 0;
+  const short came = WaitFor(m_socket, POLLIN | POLLRDHUP, until);
+  if (!came) return Pending("it is being asked again");
+  const bool hasBegun = came == POLLIN || Peek() > 0;
   CPacket packet;
   if (CResult received = Receive(m_context.get(), deadline, packet); !received.IsGood())
     return hasBegun && received.status == statusExtendedError

@@ -34,6 +34,7 @@ class CTcpLine : public CLine {
   using CStep = CResult (CTcpLine::*)(const CSettings& settings, const CPatience& patience);
 
   CResult TakeSteps(const CSettings& settings, const CPatience& patience);
+  CResult ConnectAnew(const CSettings& settings, bool wary);
   // The steps of connecting, in their order.
   CResult Resolve(const CSettings& settings, const CPatience& patience);
   CResult Dial(const CSettings& settings, const CPatience& patience);
