@@ -1,0 +1,256 @@
+"""The Modbus driver as its page shows it, and against devices of pymodbus, which has another author: what goes over the
+wire is what both take for the protocol."""
+import contextlib
+import json
+import os
+import pty
+import signal
+import socket
+import struct
+import subprocess
+import threading
+import time
+import tty
+import unittest
+
+from commands import output
+from pages import PageTest
+
+PYTHON = os.environ["PYTHON_WITH_PYMODBUS"]
+HERE = os.path.dirname(os.path.abspath(__file__))
+PAGE = os.path.join(HERE, "../../docs/modbus.md")
+
+# Where the bytes of a number stand, the highest being A, by their count.
+ORDERS = {"abcd": {2: "AB", 4: "ABCD", 8: "ABCDEFGH"}, "cdab": {2: "AB", 4: "CDAB", 8: "GHEFCDAB"},
+          "badc": {2: "BA", 4: "BADC", 8: "BADCFEHG"}, "dcba": {2: "BA", 4: "DCBA", 8: "HGFEDCBA"}}
+
+# A type, its letter in struct, a number, and what a float keeps of it.
+NUMBERS = [
+    ("u16", "H", 0, 0), ("u16", "H", 0xABCD, 0xABCD), ("i16", "h", -2, -2), ("i16", "h", -0x8000, -0x8000),
+    ("u32", "I", 0x12345600, 0x12345600), ("u32", "I", 2**24 + 1, 2**24), ("u32", "I", 2**32 - 1, 2**32),
+    ("i32", "i", -0x12345600, -0x12345600), ("i32", "i", -2**31, -2**31),
+    ("f32", "f", 0.1, 0.1), ("f32", "f", -0.0, -0.0), ("f32", "f", 1e-45, 1e-45), ("f32", "f", "-inf", "-inf"),
+    ("f64", "d", 0.1, 0.1), ("f64", "d", -1234.5678, -1234.5678), ("f64", "d", 1e300, "inf"), ("f64", "d", 1e-300, 0),
+]
+
+# What is read or written of a device that has the registers 0 to 9 but for 5, and the end of its words.
+REFUSED = [
+    ("h10", 1, [], r"exception 2 \(Illegal data address\), holding register 10"),
+    ("i8 x 3", 3, [], r"exception 2 \(.*\), input registers 8 to 10; value4 1 .*"),
+    ("h4, h6", 2, [], r"exception 2 \(.*\), holding registers 4 to 6; value4 1 .*"),
+    ("h40001", 1, [], r"exception 2 \(.*\), holding register 40001; .* 40001 may be h0"),
+    ("c0", 1, [], r"exception 2 \(.*\), coil 0"),
+    ("c0", 1, ["--write", "1"], r"exception 2 \(.*\), coil 0"),
+    ("h9: u32", 1, ["--write", "1"], r"exception 2 \(.*\), holding registers 9 to 10"),
+]
+
+
+def packed(letter, number):
+    """The bytes of a number, the highest first."""
+    return struct.pack(">" + letter, float(number) if letter in "fd" else int(number))
+
+
+def registers(data):
+    return list(struct.unpack(">%dH" % (len(data) // 2), data))
+
+
+def in_order(data, order):
+    return registers(bytes(data[ord(letter) - ord("A")] for letter in ORDERS[order][len(data)]))
+
+
+def bits(value):
+    return struct.pack("f", float(value))
+
+
+def listener():
+    """A device that takes connections and never says a word."""
+    return socket.create_server(("127.0.0.1", 0))
+
+
+def place_of(server):
+    return "127.0.0.1:%d" % server.getsockname()[1]
+
+
+class Modbus(PageTest):
+    def serve(self, units, place=0):
+        """Starts a device. Gives its process, and its place once it can be asked."""
+        with open(self.path("device.log"), "ab") as log:
+            process = subprocess.Popen([PYTHON, os.path.join(HERE, "modbus_server.py"), json.dumps(units), str(place)],
+                                       stdout=subprocess.PIPE, stderr=log)
+        self.addCleanup(process.communicate)
+        self.addCleanup(process.kill)
+        place = process.stdout.readline().decode().strip()
+        self.assertTrue(place, self.read("device.log"))
+        return process, place if place.startswith("/") else "127.0.0.1:" + place
+
+    def probe(self, place, text2, *args, unit=1):
+        """The last call."""
+        return self.vastra("probe", "9002", "--json", "--set", "text1=" + place, "--set", "station=%d" % unit,
+                           "--set", "text2=" + text2, *args).json()["calls"][-1]
+
+    def values(self, place, text2, count, **options):
+        return self.probe(place, text2, "--count", str(count), **options).get("values")
+
+    def run_plant(self, nodes, *args, **more):
+        """Runs a configuration that reads a register of each place and unit."""
+        self.write("plant.json", self.plant(nodes, **more))
+        result = self.vastra("run", "plant.json", "--json", *args)
+        return json.loads(result.out.splitlines()[-1]), result.err
+
+    @staticmethod
+    def nodes(places, time_out=100, text2="h0"):
+        return [{"nodeName": "N%d" % i, "varNames": ["v%d" % i],
+                 "driver": {"plcType": 9002, "text1": place, "station": unit, "text2": text2, "timeOut": time_out}}
+                for i, (place, unit) in enumerate(places)]
+
+    def plant(self, nodes, outputs=(), **more):
+        return {"input": {"scanPeriod": 20, "plcNodes": nodes}, "outputs": list(outputs), **more}
+
+    def test_the_page(self):
+        kiln = {"hr": {0: [8505] + [0] * 9 + in_order(packed("f", 12.25), "cdab")}, "di": {0: [1]}}
+        meter = {"ir": {0: registers(struct.pack(">fff12xI", 230.5, 231, 229.75, 123456))}}
+        _, kiln = self.serve({1: kiln})
+        _, meter = self.serve({2: meter})
+        self.follow(PAGE, {"192.168.0.10:502": kiln, "192.168.0.10": kiln, "192.168.0.11": meter})
+
+    def test_each_type_and_order_is_the_same_on_both_sides(self):
+        cases = [(kind, letter, number, kept, order) for kind, letter, number, kept in NUMBERS for order in ORDERS]
+        entries, content = [], []
+        for kind, letter, number, _, order in cases:
+            entries.append("{}%d: %s %s" % (len(content), kind, order))
+            content += in_order(packed(letter, number), order)
+        _, place = self.serve({1: {"hr": {0: content}, "ir": {0: content}}, 2: {"hr": {0: [0xFFFF] * len(content)}}})
+        for table in "hi":
+            values = self.values(place, ", ".join(entries).format(*table * len(cases)), len(cases))
+            for case, value in zip(cases, values):
+                self.assertEqual(bits(case[3]), bits(value), case)
+
+        # What fits its type comes back, register by register.
+        written, expected, first = [], [], 0
+        for entry, (kind, letter, number, kept, order) in zip(entries, cases):
+            size = struct.calcsize(letter) // 2
+            if kept != 2**32:
+                kept = struct.unpack("f", bits(kept))[0]
+                written.append((entry.format("h"), "%.9g" % kept))
+                expected.append((first, in_order(packed(letter, kept), order)))
+            first += size
+        text2, numbers = (",".join(part) for part in zip(*written))
+        self.assertEqual("statusOk", self.probe(place, text2, "--write", numbers, unit=2)["statusName"])
+        held = self.values(place, "h0 x %d" % len(content), len(content), unit=2)
+        for (entry, number), (first, content) in zip(written, expected):
+            self.assertEqual(content, held[first:first + len(content)], entry + " = " + number)
+
+    def test_bits_are_the_same_on_both_sides(self):
+        pattern = [1, 0, 1, 1, 0, 0, 0, 1, 0, 1, 1]
+        _, place = self.serve({0: {"di": {3: pattern}, "co": {3: [0] * 11}}})
+        self.assertEqual(pattern, self.values(place, "d3 x 11", 11, unit=0))
+        self.probe(place, "c3 x 10, c13", "--write", ",".join(map(str, pattern)), unit=0)
+        self.assertEqual(pattern[::-1], self.values(place, "c13, " + ", ".join("c%d" % i for i in range(12, 2, -1)), 11,
+                                                    unit=0))
+
+    def test_what_a_device_refuses_is_told(self):
+        _, place = self.serve({1: {"hr": {0: [1] * 5, 6: [1] * 4}, "ir": {0: [1] * 10}}})
+        for text2, count, args, words in REFUSED:
+            with self.subTest(text2):
+                call = self.probe(place, text2, "--count", str(count), *args)
+                self.assertEqual("statusReplyError", call["statusName"])
+                self.assertRegex(call["words"], r"\AModbus %s unit 1: %s\Z" % (place, words))
+        self.assertEqual([1, 1], self.probe(place, "h4, h6", "--count", "2", "--set", "value4=1").get("values"))
+        self.assertEqual("statusTimeout", self.probe(place, "h0", "--set", "timeOut=200", unit=9)["statusName"])
+
+    def test_a_device_that_comes_back_is_logged_again(self):
+        os.mkdir(self.path("log"))
+        log = output("log", ["v0"], saveRp=0, saveCsv=1, maxSamples=2)
+        device, place = self.serve({1: {"hr": {0: [1111]}}})
+        self.write("plant.json", self.plant(self.nodes([(place, 1)]), [log]))
+        run = self.start("run", "plant.json", "--period", "100", "--json", stdout=subprocess.PIPE,
+                         stderr=subprocess.PIPE)
+        self.addCleanup(run.kill)
+
+        def files():
+            return len(os.listdir(self.path("log")))
+
+        def until(count):
+            end = time.monotonic() + 30
+            while files() < count and time.monotonic() < end:
+                time.sleep(0.02)
+            self.assertGreaterEqual(files(), count)
+        until(2)
+        device.kill()
+        device.wait()
+        while b"next attempt in" not in run.stderr.readline():
+            self.assertIsNone(run.poll())
+        self.serve({1: {"hr": {0: [2222]}}}, place.rpartition(":")[2])
+        until(files() + 3)
+        run.send_signal(signal.SIGTERM)
+        counts = json.loads(run.communicate(timeout=30)[0].splitlines()[-1])
+        self.assertGreater(counts["failedReads"], 1)
+        rows = [line.split(",")[1] for name in sorted(os.listdir(self.path("log")))
+                for line in self.read("log/" + name).decode().splitlines()[1:]]
+        self.assertEqual(counts["read"], len(rows))
+        self.assertRegex(" ".join(rows), r"\A(1111.000000 ){4,}(2222.000000 ?){4,}\Z")
+
+    def test_a_device_that_hangs_is_left_alone(self):
+        _, place = self.serve({1: {"hr": {0: [5]}}})
+        for threaded in ([], ["--threaded"]):
+            with self.subTest(threaded), listener() as hung:
+                counts, said = self.run_plant(self.nodes([(place, 1), (place_of(hung), 1)]), "--scans", "40", *threaded)
+                self.assertEqual((0, 40), (counts["read"], counts["failedReads"]))
+                self.assertRegex(said, "Modbus %s unit 1: no reply within 100 ms, .*; next attempt in" % place_of(hung))
+                hung.setblocking(False)
+                asked = 0
+                with contextlib.suppress(BlockingIOError):
+                    while True:
+                        hung.accept()[0].close()
+                        asked += 1
+                self.assertIn(asked, range(1, 20))
+        counts, _ = self.run_plant(self.nodes([(place, 1)]), "--scans", "40")
+        self.assertEqual((40, 0), (counts["read"], counts["failedReads"]))
+
+    # Without that, the dead ones would take 100 s.
+    def test_dead_devices_hold_nobody_up(self):
+        _, place = self.serve({unit: {"hr": {0: [0]}} for unit in range(1, 11)})
+        with listener() as hung, socket.create_server(("127.0.0.1", 0), backlog=0) as full, \
+                contextlib.ExitStack() as waiting:
+            for _ in range(3):
+                client = waiting.enter_context(socket.socket())
+                client.setblocking(False)
+                client.connect_ex(full.getsockname())
+            dead = [place_of(hung), place_of(full), "127.0.0.1:1", place_of(hung), place_of(full)]
+            both = [node for unit in range(1, 11) for node in ((dead[unit % 5], unit), (place, unit))]
+            nodes = self.nodes(both, text2="h0")
+            for node in nodes:
+                node["varNames"] = ["x"]
+            counter = {"nodeName": "Counter", "varNames": ["x"], "driver": {"plcType": 9001, "text1": "counter"}}
+            self.run_plant([counter], "--scans", "150", "--threaded", plcWrite={"nodes": nodes})
+        for unit in range(1, 11):
+            self.assertEqual([150], self.values(place, "h0", 1, unit=unit))
+
+    def test_a_serial_line(self):
+        ends = [pty.openpty() for _ in range(2)]
+        for ours, theirs in ends:
+            tty.setraw(theirs)
+            self.addCleanup(os.close, theirs)
+            self.addCleanup(os.close, ours)
+        names = [os.ttyname(theirs) for _, theirs in ends]
+
+        def copy(source, target):
+            with contextlib.suppress(OSError):
+                while data := os.read(source, 4096):
+                    os.write(target, data)
+        for source, target in ((0, 1), (1, 0)):
+            threading.Thread(target=copy, args=(ends[source][0], ends[target][0]), daemon=True).start()
+        numbers = list(range(1000, 1200))
+        self.serve({1: {"hr": {0: numbers}}, 7: {"hr": {0: [7]}, "co": {0: [0] * 9}}}, names[0])
+        line = names[1] + ":19200,8,E,1"
+        self.assertEqual(numbers, self.values(line, "h0 x 200", 200))
+        self.probe(line, "c0 x 9, h0: i16", "--write", "1,0,1,1,0,0,1,0,1,-5", unit=7)
+        self.assertEqual([1, 0, 1, 1, 0, 0, 1, 0, 1, -5], self.values(line, "c0 x 9, h0: i16", 10, unit=7))
+        self.assertIn("exception 2", self.probe(line, "h200")["words"])
+        self.assertEqual("statusTimeout", self.probe(line, "h0", "--set", "timeOut=200", unit=3)["statusName"])
+        counts, _ = self.run_plant(self.nodes([(line, 1), (line, 7)], 1000), "--scans", "20")
+        self.assertEqual((20, 0), (counts["read"], counts["failedReads"]))
+
+
+if __name__ == "__main__":
+    unittest.main()
