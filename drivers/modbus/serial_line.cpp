@@ -11,6 +11,12 @@ namespace {
 
 constexpr int kDataBits = 8;
 
+// A reply has no number. So that one that comes late is not taken for that to the next request, of another
+// node maybe, its unit is not asked for a while: after a time-out, and after noise, which it may stand
+// behind.
+constexpr milliseconds kLate{500};
+constexpr milliseconds kNoise{100};
+
 // Three and a half characters, and never less than 1.75 ms.
 CClock::duration SilenceOf(int baud) {
   using std::chrono::microseconds;
@@ -72,26 +78,44 @@ CResult CSerialLine::Exchange(const CSettings& settings, const CFrame& request, 
 }
 
 CResult CSerialLine::Ask(const CSettings& settings, const CFrame& request, CFrame& reply) {
-  // Another node may have closed it since.
-  if (CResult opened = Open(settings); !opened.IsGood()) return opened;
+  if (CResult opened = Open(settings); !opened.IsGood()) return opened;  // another node has closed it
+  modbus_set_slave(m_context.get(), settings.unit);
+  CTime& lateUntil = m_lateUntil[static_cast<std::size_t>(settings.unit)];
+  AwaitLateReply(settings.unit, lateUntil);
   std::this_thread::sleep_until(m_quietUntil);
-  modbus_flush(m_context.get());  // what is left of a reply that came too late
-  CResult sent = Send(settings.unit, request);
-  return sent.IsGood() ? TakeReply(settings, request, reply) : sent;
+  modbus_flush(m_context.get());
+  if (CResult sent = Send(settings.unit, request); !sent.IsGood()) return sent;
+  const CTime deadline = CClock::now() + settings.timeOut;
+  CResult result = TakeReply(settings, request, deadline, reply);
+  const CTime now = CClock::now();
+  lateUntil = result.IsGood() ? now : now < deadline ? std::min(deadline, now + kNoise) : now + kLate;
+  return result;
+}
+
+bool CSerialLine::Hears(CTime until) const {
+  return CClock::now() < until && WaitFor(modbus_get_socket(m_context.get()), POLLIN, until);
+}
+
+void CSerialLine::AwaitLateReply(int unit, CTime until) {
+  while (Hears(until)) {
+    CPacket packet;
+    const CResult received = Receive(m_context.get(), until, packet);
+    m_quietUntil = CClock::now() + m_silence;
+    if (received.status == statusExtendedError || (packet.size > 0 && packet.bytes[0] == unit)) return;
+  }
 }
 
 CResult CSerialLine::Send(int unit, const CFrame& request) {
   const CPacket packet = SerialPacket(unit, request);
-  modbus_set_slave(m_context.get(), unit);
   if (modbus_send_raw_request(m_context.get(), packet.bytes.data(), packet.size) >= 0) return {};
   return Lost(SystemWords(errno));
 }
 
 // Replies of other units are passed over: they may be late ones to other nodes.
-CResult CSerialLine::TakeReply(const CSettings& settings, const CFrame& request, CFrame& reply) {
-  const CTime deadline = CClock::now() + settings.timeOut;
+CResult CSerialLine::TakeReply(const CSettings& settings, const CFrame& request, CTime deadline,
+                               CFrame& reply) {
   CResult silence = NoReply(settings);
-  while (WaitFor(modbus_get_socket(m_context.get()), POLLIN, deadline)) {
+  while (Hears(deadline)) {
     CPacket packet;
     if (CResult received = Receive(m_context.get(), deadline, packet); !received.IsGood()) return received;
     silence = BadFrame("it is from another unit");

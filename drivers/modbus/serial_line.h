@@ -2,6 +2,7 @@
 // it in turn, since their requests and replies meet on the same wire.
 #pragma once
 
+#include <array>
 #include <mutex>
 
 #include "library.h"
@@ -23,7 +24,11 @@ class CSerialLine : public CLine {
   CResult Open(const CSettings& settings);
   CResult Ask(const CSettings& settings, const CFrame& request, CFrame& reply);
   CResult Send(int unit, const CFrame& request);
-  CResult TakeReply(const CSettings& settings, const CFrame& request, CFrame& reply);
+  CResult TakeReply(const CSettings& settings, const CFrame& request, CTime deadline, CFrame& reply);
+  // Whether there is something before `until`: who babbles without end must not be heard for ever.
+  bool Hears(CTime until) const;
+  // Passes over what comes until the late reply of unit is there, or `until` is.
+  void AwaitLateReply(int unit, CTime until);
   void Close();
 
   const CEndpoint m_endpoint;
@@ -33,6 +38,7 @@ class CSerialLine : public CLine {
   CContext m_context;
   bool m_isOpen = false;
   CTime m_quietUntil;
+  std::array<CTime, kLastSerialUnit + 1> m_lateUntil;  // by unit: its late reply may come so long
 };
 
 }  // namespace modbus
