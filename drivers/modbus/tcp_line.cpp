@@ -13,7 +13,8 @@
 namespace modbus {
 namespace {
 
-constexpr milliseconds kForgotten{1000};  // an attempt that nobody has gone on with is begun anew
+// A connection that was begun, as in an Open, and that nobody has used is made anew after so long.
+constexpr milliseconds kForgotten{1000};
 
 CResult Pending(const char* words) {
   CResult result = Lost(words);
@@ -54,6 +55,10 @@ int CTcpLine::Peek() const {
   return size < 0 && (errno == EAGAIN || errno == EINTR) ? 0 : -1;
 }
 
+bool CTcpLine::IsAwaited() const {
+  return m_resolver.Addresses().empty() || (m_socket >= 0 && !WaitFor(m_socket, POLLOUT, CClock::now()));
+}
+
 bool CTcpLine::HasClosed() const {
   char byte = 0;
   return m_socket >= 0 && ::recv(m_socket, &byte, sizeof byte, MSG_PEEK | MSG_DONTWAIT) == 0;
@@ -73,7 +78,7 @@ CResult CTcpLine::ConnectAnew(const CSettings& settings, bool wary) {
 
 CResult CTcpLine::Connect(const CSettings& settings, CTime until, bool wary) {
   const CClock::duration forgotten = settings.timeOut + settings.connectPause + kForgotten;
-  if (m_begun && !wary && CClock::now() - *m_begun > forgotten) Drop();
+  if (m_begun && !wary && CClock::now() - *m_begun > forgotten && !IsAwaited()) Drop();
   // A wary attempt is gone on with however long ago that was: if scans are far apart and the device is slow,
   // another one would get no further. If the device has closed this one meanwhile, as many do that are idle,
   // then it lives.

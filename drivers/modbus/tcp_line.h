@@ -49,6 +49,9 @@ class CTcpLine : public CLine {
   void Hang();
   // What there is to read without a request: 0 nothing, 1 something, -1 the end of the connection.
   int Peek() const;
+  // Whether the name server or the device has not replied yet to the attempt. Such a one is judged by its own
+  // begin, however old it is: of a hundred nodes that are opened together only the first that is dead waits.
+  bool IsAwaited() const;
   // Whether the device has closed its side, and nothing is to be read any more.
   bool HasClosed() const;
   CResult Send(int unit, const CFrame& request);
