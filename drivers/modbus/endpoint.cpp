@@ -49,7 +49,7 @@ std::string ReadLineSettings(std::string_view text, CEndpoint& endpoint) {
 std::string ReadSerial(std::string_view text, CEndpoint& endpoint) {
   const std::size_t colon = text.rfind(':');
   if (colon == std::string_view::npos)
-    return Quoted(text) + " lacks the settings of the line, such as " + driver::Shown(text) + ":19200,8,E,1";
+    return Quoted(text) + " lacks a colon and the settings of the line, such as /dev/ttyUSB0:19200,8,E,1";
   endpoint.device = driver::Trimmed(text.substr(0, colon));
   endpoint.name = endpoint.device;
   return ReadLineSettings(text.substr(colon + 1), endpoint);
@@ -73,6 +73,9 @@ std::string ReadTcp(std::string_view text, CEndpoint& endpoint) {
   if (endpoint.host.empty()) return Quoted(text) + " has no host";
   if (endpoint.host.find_first_of(" \t\r\n,;/") != std::string::npos)
     return Quoted(text) + " is no host with a port, such as 192.168.0.10:502";
+  if (port.find(',') != std::string_view::npos)
+    return Quoted(text) +
+           " is no host:port; a serial line begins with a slash, such as /dev/ttyUSB0:19200,8,E,1";
   const int number = ToNumber(driver::Trimmed(port));
   if (number < 1 || number > kLastPort) return Quoted(port) + " is no port: 1 to 65535";
   endpoint.port = std::to_string(number);

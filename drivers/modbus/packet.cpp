@@ -50,8 +50,8 @@ CPacket SerialPacket(int unit, const CFrame& frame) {
 
 std::string TakeTcpReply(const CPacket& packet, int number, int unit, const CFrame& request, CFrame& reply) {
   if (packet.size <= kTcpHead) return "it is too short";
-  if (Word(packet, 0) != number) return "it belongs to another request";
   if (Word(packet, 2) != 0) return "it is of another protocol";
+  if (Word(packet, 0) != number) return "it belongs to another request";
   if (Word(packet, 4) != packet.size - kTcpCounted) return "its length is wrong";
   if (packet.bytes[6] != unit) return "it is from unit " + std::to_string(packet.bytes[6]);
   return TakeFrame(packet, kTcpHead, 0, request, reply);

@@ -143,7 +143,8 @@ std::string ReadEntry(std::string_view text, int added, CEntry& entry) {
   if (entry.count < 1) return "a number of values has to follow the x, such as h100 x 3";
   if (reader.Take(':'))
     if (std::string fault = ReadType(reader, entry.first); !fault.empty()) return fault;
-  if (!reader.IsAtEnd()) return "\"" + reader.Rest() + "\" is too much";
+  if (!reader.IsAtEnd())
+    return "\"" + reader.Rest() + "\" is too much: a comma ends an entry such as h100 x 3: f32 cdab";
   std::string fault = CheckAddresses(entry, typed, added);
   if (fault.empty()) entry.first.address = typed + added;
   return fault;

@@ -277,6 +277,7 @@ class ModbusSettings : public Modbus {
 constexpr const char* kDevices = R"( -> text1: it is empty; :502 -> text1: ":502" has no host
 plc: -> text1: "" is no port; plc:0 -> text1: "0" is no port; plc:65536 -> text1: "65536" is no port
 plc:5x -> text1: "5x" is no port; two words -> text1: ; [::1 -> text1: ; [::1]5 -> text1: ; /dev/ttyS0 -> text1:
+ttyS0:9600,8,N,1 -> text1: "ttyS0:9600,8,N,1" is no host:port
 /dev/ttyS0:9600 -> text1: "9600" is not baud,bits,parity,stop; /dev/ttyS0:9600,8,N,1,2 -> text1:
 /dev/ttyS0:9601,8,N,1 -> text1: "9601"; /dev/ttyS0:9600,7,N,1 -> text1: "7" data bits
 /dev/ttyS0:9600,8,M,1 -> text1: "M" is no parity; /dev/ttyS0:9600,8,N,3 -> text1: "3" stop bits

@@ -158,6 +158,18 @@ class Modbus(PageTest):
         self.assertEqual([1, 1], self.probe(place, "h4, h6", "--count", "2", "--set", "value4=1").get("values"))
         self.assertEqual("statusTimeout", self.probe(place, "h0", "--set", "timeOut=200", unit=9)["statusName"])
 
+    def test_a_web_server_is_no_device(self):
+        def answer(server):
+            with contextlib.suppress(OSError):
+                with server.accept()[0] as client:
+                    client.recv(100)
+                    client.sendall(b"HTTP/1.1 400 Bad Request\r\n\r\n")
+                    client.recv(100)
+        with listener() as web:
+            threading.Thread(target=answer, args=(web,), daemon=True).start()
+            call = self.probe(place_of(web), "h0", "--reads", "2")
+        self.assertIn("bad reply: it is of another protocol, holding register 0; next attempt", call["words"])
+
     def test_a_device_that_comes_back_is_logged_again(self):
         os.mkdir(self.path("log"))
         log = output("log", ["v0"], saveRp=0, saveCsv=1, maxSamples=2)
