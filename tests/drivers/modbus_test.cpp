@@ -620,7 +620,7 @@ TEST_F(ModbusPauses, BeginAnewOnceTheDeviceHasAnsweredBeItWithAnException) {
   }
 }
 
-constexpr int kDropOuts = 50'000;
+constexpr int kDropOuts = 100'000;
 
 std::ptrdiff_t Entries(const char* folder) {
   return std::distance(std::filesystem::directory_iterator(folder), {});
