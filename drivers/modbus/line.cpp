@@ -1,5 +1,6 @@
 #include "line.h"
 
+#include <filesystem>
 #include <map>
 #include <mutex>
 
@@ -12,12 +13,20 @@ namespace {
 std::mutex g_linesLock;
 std::map<std::string, std::weak_ptr<CSerialLine>> g_lines;  // by device, those in use
 
+// One for all the names that lead to a device.
+std::string KeyOf(const std::string& device) {
+  std::error_code unknown;  // a device that is not there has the name given
+  const std::filesystem::path path = std::filesystem::canonical(device, unknown);
+  return unknown ? device : path.string();
+}
+
 std::shared_ptr<CLine> SerialLine(const CEndpoint& endpoint, std::string& fault) {
   const std::lock_guard guard(g_linesLock);
   std::erase_if(g_lines, [](const auto& entry) { return entry.second.expired(); });
-  std::shared_ptr<CSerialLine> line = g_lines[endpoint.device].lock();
-  if (!line) g_lines[endpoint.device] = line = std::make_shared<CSerialLine>(endpoint);
-  if (line->Endpoint() == endpoint) return line;
+  std::weak_ptr<CSerialLine>& known = g_lines[KeyOf(endpoint.device)];
+  std::shared_ptr<CSerialLine> line = known.lock();
+  if (!line) known = line = std::make_shared<CSerialLine>(endpoint);
+  if (line->Endpoint().HasSameSettings(endpoint)) return line;
   fault = "text1: another node uses " + endpoint.device + " with other settings of the line";
   return nullptr;
 }

@@ -37,7 +37,9 @@ struct CEndpoint {
   char parity;  // N, E or O
   int stop;     // bits
 
-  bool operator==(const CEndpoint&) const = default;
+  bool HasSameSettings(const CEndpoint& other) const {
+    return baud == other.baud && parity == other.parity && stop == other.stop;
+  }
   bool IsSerial() const { return host.empty(); }
 };
 

@@ -665,6 +665,8 @@ TEST_F(Modbus, SharesALineWithItsUnitsAmongNodesOnTwoThreads) {
   DriverConfig first = At(line, "h7 x 3"), second = first, wanted = first,
                missing = At(line, "h7 x 3", kShort);
   second.station = 2;
+  second.text1 =
+      (std::filesystem::canonical(line.Name()).string() + ":115200,8,E,1").c_str();  // its other name
   missing.station = 3;
   CDriverNode one = Node(first, 3), two = Node(second, 3),
               writer = Node(At(line, "h20 x 2: f32 cdab, c3"), 3, kWrite);
