@@ -92,19 +92,20 @@ class Modbus(PageTest):
         return self.probe(place, text2, "--count", str(count), **options).get("values")
 
     def run_plant(self, nodes, *args, **more):
-        """Runs a configuration that reads a register of each place and unit."""
         self.write("plant.json", self.plant(nodes, **more))
         result = self.vastra("run", "plant.json", "--json", *args)
         return json.loads(result.out.splitlines()[-1]), result.err
 
     @staticmethod
-    def nodes(places, time_out=100, text2="h0"):
+    def nodes(places, time_out=100):
+        """A node for each place and unit, with its first register."""
         return [{"nodeName": "N%d" % i, "varNames": ["v%d" % i],
-                 "driver": {"plcType": 9002, "text1": place, "station": unit, "text2": text2, "timeOut": time_out}}
+                 "driver": {"plcType": 9002, "text1": place, "station": unit, "text2": "h0", "timeOut": time_out}}
                 for i, (place, unit) in enumerate(places)]
 
-    def plant(self, nodes, outputs=(), **more):
-        return {"input": {"scanPeriod": 20, "plcNodes": nodes}, "outputs": list(outputs), **more}
+    @staticmethod
+    def plant(nodes, **more):
+        return {"input": {"scanPeriod": 20, "plcNodes": nodes}, **more}
 
     def test_the_page(self):
         kiln = {"hr": {0: [8505] + [0] * 9 + in_order(packed("f", 12.25), "cdab")}, "di": {0: [1]}}
@@ -144,7 +145,7 @@ class Modbus(PageTest):
         pattern = [1, 0, 1, 1, 0, 0, 0, 1, 0, 1, 1]
         _, place = self.serve({0: {"di": {3: pattern}, "co": {3: [0] * 11}}})
         self.assertEqual(pattern, self.values(place, "d3 x 11", 11, unit=0))
-        self.probe(place, "c3 x 10, c13", "--write", ",".join(map(str, pattern)), unit=0)
+        self.probe(place, "c13, c3 x 10", "--write", ",".join(map(str, pattern[10:] + pattern[:10])), unit=0)
         self.assertEqual(pattern[::-1], self.values(place, "c13, " + ", ".join("c%d" % i for i in range(12, 2, -1)), 11,
                                                     unit=0))
 
@@ -174,26 +175,23 @@ class Modbus(PageTest):
         os.mkdir(self.path("log"))
         log = output("log", ["v0"], saveRp=0, saveCsv=1, maxSamples=2)
         device, place = self.serve({1: {"hr": {0: [1111]}}})
-        self.write("plant.json", self.plant(self.nodes([(place, 1)]), [log]))
+        self.write("plant.json", self.plant(self.nodes([(place, 1)]), outputs=[log]))
         run = self.start("run", "plant.json", "--period", "100", "--json", stdout=subprocess.PIPE,
                          stderr=subprocess.PIPE)
         self.addCleanup(run.kill)
 
-        def files():
-            return len(os.listdir(self.path("log")))
-
-        def until(count):
+        def wait_for_files(count):
             end = time.monotonic() + 30
-            while files() < count and time.monotonic() < end:
+            while len(os.listdir(self.path("log"))) < count:
+                self.assertLess(time.monotonic(), end)
                 time.sleep(0.02)
-            self.assertGreaterEqual(files(), count)
-        until(2)
+        wait_for_files(2)
         device.kill()
         device.wait()
-        while b"next attempt in" not in run.stderr.readline():
-            self.assertIsNone(run.poll())
+        said = [run.stderr.readline() for _ in range(40)]  # a failed scan has three
+        self.assertIn(b"next attempt in", b"".join(said))
         self.serve({1: {"hr": {0: [2222]}}}, place.rpartition(":")[2])
-        until(files() + 3)
+        wait_for_files(len(os.listdir(self.path("log"))) + 3)
         run.send_signal(signal.SIGTERM)
         counts = json.loads(run.communicate(timeout=30)[0].splitlines()[-1])
         self.assertGreater(counts["failedReads"], 1)
@@ -219,7 +217,7 @@ class Modbus(PageTest):
         counts, _ = self.run_plant(self.nodes([(place, 1)]), "--scans", "40")
         self.assertEqual((40, 0), (counts["read"], counts["failedReads"]))
 
-    # Without that, the dead ones would take 100 s.
+    # If each scan waited for the dead ones, it would take 100 s.
     def test_dead_devices_hold_nobody_up(self):
         _, place = self.serve({unit: {"hr": {0: [0]}} for unit in range(1, 11)})
         with listener() as hung, socket.create_server(("127.0.0.1", 0), backlog=0) as full, \
@@ -230,28 +228,27 @@ class Modbus(PageTest):
                 client.connect_ex(full.getsockname())
             dead = [place_of(hung), place_of(full), "127.0.0.1:1", place_of(hung), place_of(full)]
             both = [node for unit in range(1, 11) for node in ((dead[unit % 5], unit), (place, unit))]
-            nodes = self.nodes(both, text2="h0")
-            for node in nodes:
-                node["varNames"] = ["x"]
+            nodes = [dict(node, varNames=["x"]) for node in self.nodes(both)]
             counter = {"nodeName": "Counter", "varNames": ["x"], "driver": {"plcType": 9001, "text1": "counter"}}
             self.run_plant([counter], "--scans", "150", "--threaded", plcWrite={"nodes": nodes})
         for unit in range(1, 11):
             self.assertEqual([150], self.values(place, "h0", 1, unit=unit))
 
     def test_a_serial_line(self):
-        ends = [pty.openpty() for _ in range(2)]
-        for ours, theirs in ends:
-            tty.setraw(theirs)
-            self.addCleanup(os.close, theirs)
-            self.addCleanup(os.close, ours)
-        names = [os.ttyname(theirs) for _, theirs in ends]
-
         def copy(source, target):
-            with contextlib.suppress(OSError):
+            with contextlib.suppress(OSError):  # the end of the line
                 while data := os.read(source, 4096):
                     os.write(target, data)
-        for source, target in ((0, 1), (1, 0)):
-            threading.Thread(target=copy, args=(ends[source][0], ends[target][0]), daemon=True).start()
+        ours, theirs = zip(pty.openpty(), pty.openpty())
+        threads = [threading.Thread(target=copy, args=ends, daemon=True) for ends in (ours, ours[::-1])]
+        for thread in threads:
+            thread.start()
+        for step, things in ((os.close, ours), (threading.Thread.join, threads), (os.close, theirs)):
+            for thing in things:
+                self.addCleanup(step, thing)
+        names = [os.ttyname(end) for end in theirs]
+        for end in theirs:
+            tty.setraw(end)
         numbers = list(range(1000, 1200))
         self.serve({1: {"hr": {0: numbers}}, 7: {"hr": {0: [7]}, "co": {0: [0] * 9}}}, names[0])
         line = names[1] + ":19200,8,E,1"
