@@ -29,7 +29,8 @@ std::string HintFor(int code, const CRequest& request) {
   if (!paper.empty() && paper.front() == request.kind->letter)
     return "; addresses count from 0: what a list calls " + std::to_string(request.first) + " may be " +
            paper;
-  return request.places.size() > 1 ? "; value4 1 asks for each value alone, and shows which it is" : "";
+  if (request.places.size() == 1) return {};
+  return "; value4 1 asks for each value alone and shows which it is, value3 makes the requests smaller";
 }
 
 std::string ExceptionWords(int code, const CRequest& request) {

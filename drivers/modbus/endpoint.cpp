@@ -36,7 +36,7 @@ std::string ReadLineSettings(std::string_view text, CEndpoint& endpoint) {
   endpoint.baud = ToNumber(parts[0]);
   if (std::ranges::find(kBauds, endpoint.baud) == std::end(kBauds))
     return Quoted(parts[0]) + " is no rate of a serial line, such as 9600 or 19200";
-  if (parts[1] != "8") return Quoted(parts[1]) + " data bits: this protocol needs 8";
+  if (parts[1] != "8") return Quoted(parts[1]) + " data bits: this protocol needs 8, as in 19200,8,E,1";
   endpoint.parity = parts[2].size() == 1 ? static_cast<char>(parts[2][0] & ~0x20) : '?';
   if (std::string_view("NEO").find(endpoint.parity) == std::string_view::npos)
     return Quoted(parts[2]) + " is no parity: N (none), E (even) or O (odd)";

@@ -25,8 +25,10 @@ CClock::duration SilenceOf(int baud) {
 }
 
 CResult NotOpened(int error) {
-  return Lost("it cannot be opened: " + SystemWords(error) +
-              (error == EACCES ? " (is the user in the group dialout?)" : ""));
+  const char* hint = error == EACCES   ? " (is the user in the group dialout?)"
+                     : error == ENOTTY ? " (is it a serial line?)"
+                                       : "";
+  return Lost("it cannot be opened: " + SystemWords(error) + hint);
 }
 
 }  // namespace

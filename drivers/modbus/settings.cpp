@@ -79,8 +79,8 @@ std::string ReadSettings(const DriverRecord& record, bool writes, CSettings& set
   std::string fault = ReadMost(record, writes, settings.endpoint, entries);
   if (!fault.empty()) return fault;
   if (CountOf(entries) != std::int64_t{record.variableCount})
-    return "text2: the number of its values is " + std::to_string(CountOf(entries)) +
-           ", and the number of variables is " + std::to_string(record.variableCount);
+    return "text2: it lists " + std::to_string(CountOf(entries)) + " value(s), and the node has " +
+           std::to_string(record.variableCount) + " variable(s)";
   settings.unit = record.station;
   settings.timeOut = milliseconds(record.timeOut ? record.timeOut : kDefaultTimeOut);
   settings.requestPause = milliseconds(record.value1);

@@ -12,12 +12,18 @@ namespace modbus {
 namespace {
 
 constexpr CKind kKinds[] = {
-    {'c', "coil", "coils", false, 1, 5, 15, 1},
-    {'d', "discrete input", "discrete inputs", false, 2, 0, 0, 10001},
-    {'i', "input register", "input registers", true, 4, 0, 0, 30001},
-    {'h', "holding register", "holding registers", true, 3, 6, 16, 40001},
+    {'c', "coil", "coils", false, 1, 5, 15, 0},
+    {'d', "discrete input", "discrete inputs", false, 2, 0, 0, 1},
+    {'i', "input register", "input registers", true, 4, 0, 0, 3},
+    {'h', "holding register", "holding registers", true, 3, 6, 16, 4},
 };
-constexpr int kPaperTable = 9999;  // entries of a table in lists for people
+
+// Lists for people have 40001 for the first holding register, and up to 49999; or 400001, and up to 465536.
+struct CPaper {
+  int unit;  // the digit of the table stands before so many
+  int count;
+};
+constexpr CPaper kPapers[] = {{10000, 9999}, {100000, kLastAddress + 1}};
 
 // The types of registers, at the place of their EType.
 struct CTypeRow {
@@ -237,8 +243,11 @@ bool ToRegisters(const CValue& value, float number, std::uint8_t* registers) {
 
 std::string OffPaper(std::int64_t number) {
   for (const CKind& kind : kKinds)
-    if (kind.onPaper > 1 && number >= kind.onPaper && number < kind.onPaper + kPaperTable)
-      return kind.letter + std::to_string(number - kind.onPaper);
+    for (const CPaper& paper : kPapers) {
+      const std::int64_t address = number - std::int64_t{kind.digit} * paper.unit - 1;
+      if (kind.digit > 0 && address >= 0 && address < paper.count)
+        return kind.letter + std::to_string(address);
+    }
   return {};
 }
 

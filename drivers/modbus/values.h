@@ -18,7 +18,7 @@ struct CKind {
   std::uint8_t read;    // the functions of the protocol; 0: there is none
   std::uint8_t write;   // of a single one
   std::uint8_t writes;  // of several
-  int onPaper;          // what lists for people call its first one
+  int digit;            // with which its entries begin in lists for people; 0: none that tells
 };
 
 enum class EType : std::uint8_t { bit, u16, i16, u32, i32, f32, f64 };

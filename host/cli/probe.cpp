@@ -111,7 +111,7 @@ void CReport::Call(const char* call, const CDriverReply& reply, std::span<const 
   const CString words = reply.words.IsEmpty() ? StatusMeaning(reply.status) : reply.words;
   std::string shown = line.Std() + (words.IsEmpty() && values.empty() ? "" : " ");
   for (const float value : values) shown += " " + ToText(value);
-  Print(shown + Shown(" ", words) + "\n");
+  Print(shown + Shown(values.empty() ? " " : "; ", words) + "\n");
   if (!m_asJson) return;
   CJson row = {{"call", call},
                {"status", reply.status},
@@ -231,7 +231,11 @@ EExit ProbeModule(CProbe& probe, bool asJson) {
                           return report.Facts(facts);
                         },
                     .tellFinding = [&](const CFinding& finding) { return report.Finding(finding); }});
-  if (!result.noDriver.IsEmpty()) return Fail(kFailed, probe.driver.typed, result.noDriver);
+  if (!result.noDriver.IsEmpty()) {
+    const bool isWord = probe.driver.typed.Find('/') < 0 && probe.driver.typed.Find('.') < 0;
+    const char* hint = isWord ? " (vastra drivers lists the IDs of those that are installed)" : "";
+    return Fail(kFailed, probe.driver.typed, result.noDriver + hint);
+  }
   if (!report.CanBeSeen()) return report.End();
   if (result.end.IsEmpty()) return RunProbe(probe, probe.driver.path, report);
   report.Fault("the driver is not opened here, since in the test " + result.end);

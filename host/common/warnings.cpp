@@ -35,7 +35,17 @@ void AddPlaces(const CConfiguration& configuration, std::vector<CString>& warnin
   }
 }
 
-// A node with an unknown driver is passed over by its stage without a word.
+// A rule for a variable that the node does not have is passed over without a word.
+void AddRules(const CString& key, const CPlcNodeConfig& node, std::vector<CString>& warnings) {
+  int index = 0;
+  for (const CScalerConfigNode& rule : node.m_scaler.m_nodes) {
+    const CString place = KeyPath(key + ".scaler", index++);
+    if (FindIn(node.m_varNames, rule.m_varName) < 0)
+      warnings.push_back(place + ".varName: the node has no variable " + rule.m_varName);
+  }
+}
+
+// So is a node with an unknown driver.
 void AddNodes(const CInputConfig& input, std::vector<CString>& warnings) {
   int index = 0;
   for (const CPlcNodeConfig* node : input.m_plcNodes) {
@@ -44,7 +54,14 @@ void AddNodes(const CInputConfig& input, std::vector<CString>& warnings) {
     if (CDriverFactory::Instance()->GetDriverIndex(type) < 0)
       warnings.push_back(key + ": no driver " + CString(std::to_string(type)) +
                          " is installed: the node is left out");
+    AddRules(key, *node, warnings);
   }
+}
+
+void AddWrittenNodes(const CPlcMultiConfig& plcWrite, std::vector<CString>& warnings) {
+  int index = 0;
+  for (const CPlcSingleConfig* node : plcWrite.m_nodes)
+    AddRules(KeyPath("plcWrite.nodes", index++), node->m_node, warnings);
 }
 
 bool Assigns(const CStringArray& equations, const char* name) {
@@ -76,6 +93,7 @@ void AddBaseVars(const CStringArray& stored, const CStringArray& input, std::vec
 std::vector<CString> FindWarnings(const CConfiguration& configuration, const CStageNames& names) {
   std::vector<CString> warnings;
   if (!configuration.m_input.m_simulating) AddNodes(configuration.m_input, warnings);
+  AddWrittenNodes(configuration.m_plcWrite, warnings);
   AddPlaces(configuration, warnings);
   if (names.hasInput) {
     AddFlags(configuration, names.behindSmart, warnings);

@@ -287,8 +287,8 @@ x5 -> text2: entry 1, "x5"; 40001 -> h0; h -> text2: entry 1, "h": an address; h
 h99999999999 -> text2: entry 1; h1 2 -> "2" is too much; h1 x -> a number of values; h1 x 0 -> a number of values
 h1 x 999999999 -> text2: entry 1; h1 : -> there is no type ""; h1: bit -> there is no type "bit"
 c1: u16 -> a coil has no type; h1: f32 abdc -> there is no order "abdc"; h1: f32 abcd x 3 -> "x 3" is too much
-h65536 -> 65536; h65535: f32 -> 65536; h65535; h0 x 2 -> text2: the number of its values is 2)";
-constexpr const char* kListsOfTwo = R"(h0 -> text2: the number of its values is 1; h0 x 3 -> values is 3
+h65536 -> 65536; h65535: f32 -> 65536; h65535; h0 x 2 -> text2: it lists 2 value(s), and the node has 1)";
+constexpr const char* kListsOfTwo = R"(h0 -> text2: it lists 1 value(s); h0 x 3 -> lists 3
 h65530 x 2: f64 -> 65537;  H 0 X1 :F32 CDAB , i7:i16)";
 
 TEST_F(ModbusSettings, AreRefusedWithWordsThatTellWhich) {

@@ -42,6 +42,7 @@ REFUSED = [
 WARNED = [
     ([output("logs", enableText="RestartLog = 0;")], r"outputs\[0\]\.enableEquations: .*WriteToLog"),
     ([output("logs")], r"input\.plcNodes\[1\]: no driver 4711 "),
+    ([output("logs")], r"plcWrite\.nodes\[0\]\.scaler\[1\]\.varName: the node has no variable X\n"),
     ([output("logs", maxLogs=0)], r"outputs\[0\]\.maxLogs: "),
     ([output("logs", maxSamples=0)], r"outputs\[0\]\.maxSamples: "),
     ([output("logs"), output("./logs/../logs")], r"outputs\[1\]\.directory: "),
@@ -95,6 +96,8 @@ class Forms(CommandTest):
             with self.subTest(words):
                 config = simulated(outputs)
                 config["input"]["plcNodes"].append({"driver": {"plcType": 4711}, "varNames": ["z"]})
+                config["plcWrite"] = {"nodes": [{"driver": {"plcType": 9001}, "varNames": ["x"],
+                                                 "scaler": [{"varName": "x"}, {"varName": "X"}]}]}
                 self.write("c.json", config)
                 for command in [["check", "c.json"], ["run", "c.json", "--scans", "1"]]:
                     result = self.vastra(*command)
