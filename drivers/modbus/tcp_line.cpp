@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <thread>
+#include <utility>
 
 namespace modbus {
 namespace {
@@ -172,8 +173,15 @@ CResult CTcpLine::Prove(const CSettings& settings, const CPatience& patience) {
 }
 
 CResult CTcpLine::Exchange(const CSettings& settings, const CFrame& request, CFrame& reply) {
+  const bool isProven = std::exchange(m_asked, false);
   CResult result = Ask(settings, request, reply);
   if (!result.IsGood()) Drop();
+  // Some devices close a little behind each reply, and so did this one behind its proof: it would never be
+  // reached again.
+  if (isProven && result.status == statusExtendedError) {
+    result = Ask(settings, request, reply);
+    if (!result.IsGood()) Drop();
+  }
   return result;
 }
 

@@ -69,7 +69,7 @@ class CTcpLine : public CLine {
   std::optional<CTime> m_begun;  // when the present step was; none: no attempt is under way
   std::size_t m_next = 0;        // address to dial
   int m_number = 0;              // of the last request
-  bool m_asked = false;          // the proof is under way
+  bool m_asked = false;          // the proof, and nothing else since
 };
 
 }  // namespace modbus

@@ -544,7 +544,9 @@ TEST_F(Modbus, LosesNoScanWhenTheDeviceClosedBeforeTheFirst) {
 TEST_F(Modbus, ReadsADeviceThatClosesBehindEachReply) {
   CModbusServer server;
   for (int i = 0; i < 1000; ++i) server.Spoil({i == 7 ? Cut(0) : CSpoil(), CReplyFault::closes});
-  CDriverNode node = Node(At(server, "h0, h20"), 2);
+  DriverConfig config = At(server, "h0, h20");
+  config.value1 = 20;
+  CDriverNode node = Node(config, 2);
   for (int i = 0; i < 5; ++i) EXPECT_TRUE(Recovers(node, {0, 0}));
 }
 
