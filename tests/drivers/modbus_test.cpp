@@ -1,4 +1,6 @@
 // The Modbus driver through the links of the engine, against devices that behave and such that do not.
+#include <fcntl.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -12,6 +14,7 @@
 #include <thread>
 
 #include "drivers/modbus/connection.h"
+#include "drivers/modbus/endpoint.h"
 #include "tests/drivers/driver_node.h"
 #include "tests/drivers/modbus_server.h"
 
@@ -121,7 +124,7 @@ TEST_F(Modbus, ReadsEachTypeInEachOrderBitByBit) {
         const int size = SizeOf(row.type), count = static_cast<int>(row.values.size());
         for (int i = 0; i < count; ++i)
           server.Put(kind, 3 + i * size, OnTheWire(row.numbers[std::size_t(i)], size, order));
-        const std::string list = kind + ("3x" + std::to_string(count)) + ":" + row.type + " " + order.order;
+        const std::string list = kind + ("3x" + std::to_string(count)) + ":" + row.type + "\t" + order.order;
         const CValues values = Node(At(server, list), UINT(count)).Read();
         ASSERT_EQ(row.values.size(), values.size()) << list;
         for (std::size_t i = 0; i < values.size(); ++i)
@@ -173,6 +176,8 @@ TEST_F(Modbus, ReadsAndWritesBits) {
   EXPECT_TRUE(writer.Write({0, -0.0f, 0.5f, -1, kInf, 1e-45f, 0, 0, 1, 0, 2}));
   EXPECT_EQ((CWords{0, 0, 1, 1, 1, 1, 0, 0, 1, 0}), server.Get('c', 9, 10));
   EXPECT_EQ(CWords{1}, server.Get('c', 30, 1));
+  EXPECT_FALSE(writer.Write({0, 0, 0, 0, 0, 0, 0, 0, 0, 0, kNaN}));
+  EXPECT_TRUE(Has(writer.Fault(), "nan does not fit bit, coil 30")) << writer.Fault();
 }
 
 TEST_F(Modbus, AsksTheUnitOfItsNodeAtTheAddressesThatAreMeant) {
@@ -198,7 +203,7 @@ TEST_F(Modbus, JoinsWhatItMayAndSplitsNoValue) {
     int most, single;  // value3, value4
     const char* requests;
   } kRows[] = {
-      {"h2, h0, h1", 3, 0, 0, "3 0+3, "},
+      {"h2, i1, h0, i0, h1", 5, 0, 0, "3 0+3, 4 0+2, "},
       {"i0, i9", 2, 0, 0, "4 0+10, "},
       {"i0, i10", 2, 0, 0, "4 0+1, 4 10+1, "},
       {"h6: u32, h16", 2, 0, 0, "3 6+11, "},
@@ -207,7 +212,7 @@ TEST_F(Modbus, JoinsWhatItMayAndSplitsNoValue) {
       {"h10 x 126", 126, 0, 0, "3 10+125, 3 135+1, "},
       {"c3 x 2001", 2001, 0, 0, "1 3+2000, 1 2003+1, "},
       {"h0 x 32 : f64", 32, 0, 0, "3 0+124, 3 124+4, "},
-      {"h0 x 5 : u32", 5, 7, 0, "3 0+6, 3 6+4, "},
+      {"h0 x 2 : u32", 2, 2, 0, "3 0+2, 3 2+2, "},
       {"c0 x 161", 161, 10, 0, "1 0+160, 1 160+1, "},
       {"h0, h4", 2, 4, 0, "3 0+1, 3 4+1, "},
       {"h0: f64, h1, h0 x 3, h1: u32", 6, 0, 0, "3 0+4, "},
@@ -246,17 +251,6 @@ TEST_F(Modbus, JoinsWhatItMayAndSplitsNoValue) {
   EXPECT_EQ(CWords{2}, server.Get('h', 3, 1));
 }
 
-TEST_F(Modbus, GivesEachValueItsPlaceHoweverTheListIsOrdered) {
-  CModbusServer server;
-  CWords words(300);
-  for (std::size_t i = 0; i < words.size(); ++i) words[i] = static_cast<std::uint16_t>(i);
-  server.Put('h', 0, words);
-  server.Put('c', 0, {0, 1, 0});
-  server.Put('i', 5, {77});
-  EXPECT_EQ((CValues{299, 5, 458758, 77, 6, 1, 5, 0}),
-            Node(At(server, "h299, h5, h6: u32 cdab, i5, h6, c1, h5, c0"), 8).Read());
-}
-
 class ModbusSettings : public Modbus {
  protected:
   // Opens a node with what stands in front of the arrow in row, for the words behind it; none: it opens.
@@ -280,8 +274,7 @@ plc:5x -> text1: "5x" is no port; two words -> text1: ; [::1 -> text1: ; [::1]5 
 ttyS0:9600,8,N,1 -> text1: "ttyS0:9600,8,N,1" is no host:port
 /dev/ttyS0:9600 -> text1: "9600" is not baud,bits,parity,stop; /dev/ttyS0:9600,8,N,1,2 -> text1:
 /dev/ttyS0:9601,8,N,1 -> text1: "9601"; /dev/ttyS0:9600,7,N,1 -> text1: "7" data bits
-/dev/ttyS0:9600,8,M,1 -> text1: "M" is no parity; /dev/ttyS0:9600,8,N,3 -> text1: "3" stop bits
-127.0.0.1;  127.0.0.1 : 1 ; [::1]:5;  /dev/a:b , c:9600, 8, o, 2)";
+/dev/ttyS0:9600,8,M,1 -> text1: "M" is no parity; /dev/ttyS0:9600,8,N,3 -> text1: "3" stop bits)";
 constexpr const char* kLists = R"( -> text2: it is empty; h0, -> text2: entry 2; ,h0 -> text2: entry 1
 x5 -> text2: entry 1, "x5"; 40001 -> h0; h -> text2: entry 1, "h": an address; h-1 -> an address
 h99999999999 -> text2: entry 1; h1 2 -> "2" is too much; h1 x -> a number of values; h1 x 0 -> a number of values
@@ -301,9 +294,24 @@ TEST_F(ModbusSettings, AreRefusedWithWordsThatTellWhich) {
   TryAll(kDevices, true, 1);
   TryAll(kLists, false, 1);
   TryAll(kListsOfTwo, false, 2);
+  const std::string start = "x" + std::string(58, '0');
+  Try(start + "\u00e4\u00e4 -> \"" + start + "...\"", false);
   Try("h0, d5 -> discrete input 5", false, 2, kWrite);
   Try("i5 -> input register 5", false, 1, kWrite);
   EXPECT_EQ("Open Fatal Not named Invalid mode.\n", Node({}, 1, 7).Fault());
+}
+
+TEST(ModbusEndpoint, IsWhatItsTextSays) {
+  const std::pair<const char*, const char*> kRows[] = {{"plc", "plc:502"},
+                                                       {" 127.0.0.1 : 1 ", "127.0.0.1:1"},
+                                                       {"[::1]:65535", "[::1]:65535"},
+                                                       {"fe80::1", "[fe80::1]:502"},
+                                                       {" /dev/a:b , c:9600, 8, o, 2", "/dev/a:b , c"}};
+  for (const auto& [text, name] : kRows) {
+    modbus::CEndpoint endpoint;
+    EXPECT_EQ("", modbus::ReadEndpoint(text, endpoint));
+    EXPECT_EQ(name, endpoint.name);
+  }
 }
 
 TEST_F(ModbusSettings, ThatAreNumbersAreRefusedOutsideTheirBounds) {
@@ -315,9 +323,9 @@ TEST_F(ModbusSettings, ThatAreNumbersAreRefusedOutsideTheirBounds) {
       {&DriverConfig::station, -1, "h0 -> station: -1"},
       {&DriverConfig::station, 256, "h0 -> station: 256"},
       {&DriverConfig::station, 255, "h0"},
-      {&DriverConfig::timeOut, -1, "h0 -> timeOut: -1"},
-      {&DriverConfig::value1, -1, "h0 -> value1: -1"},
-      {&DriverConfig::value2, -1, "h0 -> value2: -1"},
+      {&DriverConfig::timeOut, 60001, "h0 -> timeOut: 60001"},
+      {&DriverConfig::value1, 60001, "h0 -> value1: 60001"},
+      {&DriverConfig::value2, 60001, "h0 -> value2: 60001"},
       {&DriverConfig::value3, 126, "h0 -> value3: 126"},
       {&DriverConfig::value3, 3, "h0: f64 -> value3: 3 registers"},
       {&DriverConfig::value4, 4, "h0 -> value4: 4"},
@@ -392,27 +400,28 @@ std::vector<CFaultRow> TcpFaults() {
       {"garbage", {Fill(13, 0xAA)}, kShort, kBadFrame},
       {"much garbage", {Fill(600, 0xFF)}, kShort, kBadFrame},
       {"cut", {Cut(11)}, kShort, kBadFrame},
-      {"other request", {Set(0, 0x55)}, kShort, kBadFrame},
-      {"stale", {Stale}, kShort, kBadFrame},
-      {"other protocol", {Set(3, 1)}, kShort, kBadFrame},
-      {"length too large", {Set(5, 8)}, kShort, kBadFrame},
-      {"length too small", {Set(5, 6)}, kShort, kBadFrame},
-      {"more counted", {Lengthen(2, true)}, kShort, kBadFrame},
-      {"other unit", {Set(6, 2)}, kShort, kBadFrame},
-      {"unit 0", {Set(6, 0)}, kShort, kBadFrame},
-      {"other function", {Set(7, 4)}, kShort, kBadFrame},
-      {"exception of another", {Set(7, 0x84), {}, 0, 0, 2}, kShort, kBadFrame},
-      {"exception that is longer", {Lengthen(1, true), {}, 0, 0, 2}, kShort, kBadFrame},
-      {"less registers", {Resize(1)}, kShort, kBadFrame},
-      {"more registers", {Resize(3)}, kShort, kBadFrame},
-      {"more bytes", {Set(8, 6)}, kShort, kBadFrame},
-      {"less bytes", {Set(8, 2)}, kShort, kBadFrame},
+      {"other request", {Set(0, 0x55)}, kLong, kBadFrame},
+      {"stale", {Stale}, kLong, kBadFrame},
+      {"other protocol", {Set(3, 1)}, kLong, kBadFrame},
+      {"length too large", {Set(5, 8)}, kLong, kBadFrame},
+      {"length too small", {Set(5, 6)}, kLong, kBadFrame},
+      {"more counted", {Lengthen(2, true)}, kLong, kBadFrame},
+      {"other unit", {Set(6, 2)}, kLong, kBadFrame},
+      {"unit 0", {Set(6, 0)}, kLong, kBadFrame},
+      {"other function", {Set(7, 4)}, kLong, kBadFrame},
+      {"exception of another", {Set(7, 0x84), {}, 0, 0, 2}, kLong, kBadFrame},
+      {"exception that is longer", {Lengthen(1, true), {}, 0, 0, 2}, kLong, kBadFrame},
+      {"less registers", {Resize(1)}, kLong, kBadFrame},
+      {"more registers", {Resize(3)}, kLong, kBadFrame},
+      {"too many bytes", {Set(8, 255)}, kLong, kBadFrame},
+      {"less bytes", {Set(8, 2)}, kLong, kBadFrame},
   };
   for (int code = 1; code <= 11; ++code)
     rows.push_back({"exception",
                     {{}, {}, 0, 0, code},
                     kLong,
                     kLost + "exception " + std::to_string(code) + (code == 9 ? "," : " (")});
+  rows.push_back({"too long", {{}, {}, 0, 0, 3}, kLong, "holding registers 7 to 8; value3 makes"});
   for (const int code : {0, 12, 127, 255})
     rows.push_back({"unknown exception",
                     {Set(8, code), {}, 0, 0, 1},
@@ -486,7 +495,8 @@ TEST_F(Modbus, FindsADeviceThatAppearsLater) {
   CDriverNode node = Node(At(server, "h0"), 1), writer = Node(At(server, "h1"), 1, kWrite);
   EXPECT_EQ("", writer.Fault());
   EXPECT_EQ(CValues{}, node.Read());
-  EXPECT_TRUE(Has(node.Fault(), "Error Not named Modbus " + server.Name() + " unit 1: ")) << node.Fault();
+  EXPECT_TRUE(Has(node.Fault(), "Error Not named Modbus " + server.Name() + " unit 1: no connection: "))
+      << node.Fault();
   EXPECT_FALSE(writer.Write({1}));
   server.Start();
   EXPECT_TRUE(Recovers(node, {0}));
@@ -494,31 +504,17 @@ TEST_F(Modbus, FindsADeviceThatAppearsLater) {
   EXPECT_EQ(CWords{5}, server.Get('h', 1, 1));
 }
 
-TEST_F(Modbus, LosesNoScanWhenTheDeviceClosedAnIdleConnection) {
-  CModbusServer server;
-  CDriverNode node = Node(At(server, "h0"), 1), writer = Node(At(server, "h0"), 1, kWrite);
-  for (int i = 0; i < 30; ++i) {
-    const float value = static_cast<float>(i);
-    EXPECT_TRUE(writer.Write({value})) << writer.Fault();
-    EXPECT_EQ(CValues{value}, node.Read()) << node.Fault();
-    if (i % 3 < 2) {
-      server.Drop(i % 3);
-      continue;
-    }
-    server.Stop();
-    server.Start();
-  }
-}
-
 TEST_F(Modbus, KeepsItsConnectionUnlessItIsToldToClose) {
   for (const int closes : {0, 2}) {
     CModbusServer server;
     DriverConfig config = At(server, "h0, h20");
-    config.value1 = 3;
-    config.value2 = 3;
+    config.value1 = closes ? 0 : 5;
+    config.value2 = closes ? 9 : 0;
     config.value4 = closes;
+    const auto begin = steady_clock::now();
     CDriverNode node = Node(config, 2);
     for (int i = 0; i < 5; ++i) EXPECT_EQ((CValues{0, 0}), node.Read()) << node.Fault();
+    EXPECT_LE(milliseconds(45), steady_clock::now() - begin) << "its pauses";
     EXPECT_EQ(closes ? 5 : 1, server.Connections());
     EXPECT_EQ(5u * std::string("3 0+1, 3 20+1, ").size(), server.TakeLog().size());
   }
@@ -529,6 +525,10 @@ TEST_F(Modbus, FindsADeviceByItsName) {
   DriverConfig config = At(server, "h0");
   config.text1 = ("localhost:" + server.Name().substr(10)).c_str();
   EXPECT_EQ(CValues{0}, Node(config, 1).Read());
+  config.text1 = std::string(64, 'a').c_str();
+  CDriverNode missing = Node(config, 1);
+  EXPECT_EQ(CValues{}, missing.Read());
+  EXPECT_TRUE(Has(missing.Fault(), "has no address")) << missing.Fault();
 }
 
 TEST_F(Modbus, LosesNoScanWhenTheDeviceClosedBeforeTheFirst) {
@@ -571,7 +571,11 @@ TEST_F(Modbus, ReadsOnFromADeviceWhileAnotherHangs) {
 class ModbusPauses : public testing::Test {
  protected:
   std::unique_ptr<modbus::CConnection> Open(int first, int longest, int timeOut = kLong) const {
-    DriverConfig config = At(m_server, "h0", timeOut);
+    return Open(first, longest, timeOut, m_server);
+  }
+  static std::unique_ptr<modbus::CConnection> Open(int first, int longest, int timeOut,
+                                                   const CModbusServer& server) {
+    DriverConfig config = At(server, "h0", timeOut);
     config.variableCount = 1;
     modbus::CSettings settings;
     EXPECT_EQ("", modbus::ReadSettings(ToRecord(config), false, settings));
@@ -617,6 +621,9 @@ TEST_F(ModbusPauses, AreNotFollowedByAWaitForADeviceThatHangs) {
     EXPECT_GT(calls, 10);
     m_server.SetDeaf(false);
     EXPECT_TRUE(Soon([&] { return node->Read(&m_value, 1) == statusOk; })) << node->LastError();
+    m_server.Drop(false);
+    m_server.Spoil({{}, {}, 50});
+    EXPECT_EQ(statusOk, node->Read(&m_value, 1)) << "it has answered: " << node->LastError();
   }
 }
 
@@ -630,6 +637,24 @@ TEST_F(ModbusPauses, BeginAnewOnceTheDeviceHasAnsweredBeItWithAnException) {
     for (int k = 0; refuses && k < 2; ++k) m_server.Spoil({{}, {}, 0, 0, 2});
     const int wanted = refuses ? statusReplyError : statusOk;
     ASSERT_TRUE(Soon([&] { return node->Read(&m_value, 1) == wanted; })) << node->LastError();
+  }
+}
+
+TEST_F(ModbusPauses, FollowABadFrameButNotASingleOneOfALine) {
+  CModbusServer line({1}, PathOfLine());
+  for (CModbusServer* server : {&m_server, &line}) {
+    const auto node = Open(kForEver, kForEver, kLong, *server);
+    for (int i = 0; i < 5; ++i) {
+      EXPECT_EQ(statusOk, node->Read(&m_value, 1)) << node->LastError();
+      server->Spoil({Set(server == &line ? 4 : 6, 9)});
+      EXPECT_EQ(statusInvalidFrame, node->Read(&m_value, 1));
+      if (server == &m_server) break;
+    }
+    if (server == &line) line.Spoil({Set(4, 9)}), node->Read(&m_value, 1);
+    EXPECT_EQ(statusExtendedError, node->Read(&m_value, 1));
+    EXPECT_FALSE(Tried(*node)) << node->LastError();
+    EXPECT_EQ(statusExtendedError, node->Read(&m_value, 2));
+    EXPECT_TRUE(Has(node->LastError(), "number of values")) << node->LastError();
   }
 }
 
@@ -655,7 +680,11 @@ TEST_F(ModbusPauses, LeaveNothingBehindHoweverOftenAConnectionGoes) {
     CDriverNode(recorder, kModbus, At(m_server, "h0"), 1);
     ASSERT_TRUE(Soon([&] { return failing->Read(&m_value, 1) == statusOk; }));
   }
-  EXPECT_EQ(statusOk, failing->Read(&m_value, 1));
+  m_server.Stop();
+  for (int i = 0; i < 9; ++i) failing->Read(&m_value, 1);
+  m_server.Start();
+  EXPECT_TRUE(Soon([&] { return failing->Read(&m_value, 1) == statusOk; }));
+  EXPECT_EQ(CValues{0}, idle.Read());
   EXPECT_TRUE(Soon([&] { return Entries("/proc/self/fd") == files; })) << Entries("/proc/self/fd") - files;
   EXPECT_EQ(threads, Entries("/proc/self/task"));
 }
@@ -672,11 +701,13 @@ TEST_F(Modbus, SharesALineWithItsUnitsAmongNodesOnTwoThreads) {
   missing.station = 3;
   CDriverNode one = Node(first, 3), two = Node(second, 3),
               writer = Node(At(line, "h20 x 2: f32 cdab, c3"), 3, kWrite);
+  const auto begin = steady_clock::now();
   std::thread other([&] {
     for (int i = 0; i < 60; ++i) EXPECT_EQ((CValues{4, 5, 6}), two.Read());
   });
   for (int i = 0; i < 60; ++i) EXPECT_EQ((CValues{1, 2, 3}), one.Read());
   other.join();
+  EXPECT_LE(std::chrono::microseconds(119 * 1750), steady_clock::now() - begin) << "the silence of a line";
   EXPECT_TRUE(writer.Write({1.5f, -2, 1}));
   EXPECT_EQ((CWords{0, 0x3FC0, 0, 0xC000}), line.Get('h', 20, 4));
   EXPECT_EQ(CWords{1}, line.Get('c', 3, 1));
@@ -698,14 +729,56 @@ TEST_F(Modbus, TellsTheFaultsOfALineAndReadsOnBehindThem) {
       {"check sum", {Set(8, 0x99)}, kShort, kBadFrame},
       {"other value", {Set(4, 0x99)}, kShort, kBadFrame},
       {"other unit", {Set(0, 2)}, kShort, kBadFrame},
-      {"other function", {Set(1, 4)}, kShort, kBadFrame},
-      {"more bytes", {Set(2, 6)}, kShort, kBadFrame},
-      {"less bytes", {Set(2, 2)}, kShort, kBadFrame},
+      {"other function", {Set(1, 4)}, kLong, kBadFrame},
+      {"too many bytes", {Set(2, 255)}, kLong, kBadFrame},
+      {"less bytes", {Set(2, 2)}, kLong, kBadFrame},
       {"cut", {Cut(6)}, kShort, kBadFrame},
       {"garbage", {Fill(40, 0xAA)}, kShort, kBadFrame},
       {"exception", {{}, {}, 0, 0, 6}, kLong, " unit 1: exception 6 "},
   };
   RunFaults(m_recorder, rows, PathOfLine());
+}
+
+CSpoil Behind(const CBytes& bytes) {
+  return [=](CBytes& reply, const CBytes&) { reply.insert(reply.begin(), bytes.begin(), bytes.end()); };
+}
+const CBytes kOfOthers = {2, 3, 2, 0, 9, 0x3C, 0x42, 0, 3, 2, 0, 9, 0x45, 0x82};  // units 2 and 0
+
+TEST_F(Modbus, TakesNoReplyOfALineForThatToAnotherRequest) {
+  const struct {
+    const char* name;
+    CReplyFault fault;
+    bool succeeds;
+  } kRows[] = {{"twice", {Twice}, true},
+               {"behind those of others", {Behind(kOfOthers)}, true},
+               {"late", {{}, {}, 3 * kShort / 2}, false},
+               {"late, behind those of others", {Behind(kOfOthers), {}, 3 * kShort / 2, 1}, false},
+               {"behind noise", {Behind({1, 0x83, 2, 0, 0}), {}, 0, 1}, false}};
+  CModbusServer line({1}, PathOfLine());
+  line.Put('h', 7, {1, 2});
+  CDriverNode next = Node(At(line, "h8"), 1);
+  for (const auto& row : kRows) {
+    line.Spoil(row.fault);
+    EXPECT_EQ(row.succeeds ? CValues{1} : CValues{}, Node(At(line, "h7", kShort), 1).Read()) << row.name;
+    EXPECT_EQ(CValues{2}, next.Read()) << row.name << ": " << next.Fault();
+  }
+}
+
+TEST_F(Modbus, SetsItsLineAndKeepsThePausesOfIt) {
+  CModbusServer line({1}, PathOfLine());
+  DriverConfig config = At(line, "h0, h20");
+  config.text1 = (line.Name() + ":600,8,o,2").c_str();
+  config.value2 = 200;
+  const auto begin = steady_clock::now();
+  CDriverNode node = Node(config, 2);
+  EXPECT_EQ((CValues{0, 0}), node.Read());
+  EXPECT_LE(std::chrono::microseconds(264'166), steady_clock::now() - begin) << "and 3.5 characters";
+  termios set = {};
+  const int file = ::open(line.Name().c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
+  ::tcgetattr(file, &set);
+  ::close(file);
+  EXPECT_EQ(speed_t{B600}, ::cfgetospeed(&set));
+  EXPECT_EQ(tcflag_t{CSTOPB | PARODD}, set.c_cflag & (CSTOPB | PARODD));
 }
 
 TEST_F(Modbus, LosesNoScanWhenAnotherNodeClosesTheLineBehindItsOwn) {

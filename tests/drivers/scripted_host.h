@@ -1,6 +1,7 @@
 // A host with a user who fills forms in as the test says.
 #pragma once
 
+#include <algorithm>
 #include <cstring>
 #include <map>
 #include <string>
@@ -28,7 +29,7 @@ class CScriptedHost {
     return field.kind == driverFieldChoice ? field.choices[field.number] : std::to_string(field.number);
   }
   static void Enter(DriverField& field, const std::string& value) {
-    if (field.kind == driverFieldNumber) field.number = std::stoi(value);
+    if (field.kind == driverFieldNumber) field.number = std::clamp(std::stoi(value), field.low, field.high);
     for (int i = 0; field.kind == driverFieldChoice && i < field.choiceCount; ++i)
       if (field.choices[i] == value) field.number = i;
     if (field.kind == driverFieldText && value.size() < field.textSize)
