@@ -22,7 +22,6 @@ bool Takes(const CRequest& request, const CValue& value, int widestGap, const CL
 }
 
 void Extend(CRequest& request, const CPlace& place) {
-  request.hasGap |= place.value.address > EndOf(request);
   request.count = std::max(request.count, EndOf(place.value) - request.first);
   request.places.push_back(place);
 }
@@ -44,7 +43,7 @@ std::vector<CRequest> PlanReads(const std::vector<CValue>& values, const CLimits
   std::vector<CRequest> requests;
   for (const CPlace& place : places) {
     if (requests.empty() || !Takes(requests.back(), place.value, kWidestGap, limits))
-      requests.push_back({place.value.kind, place.value.address, 0, false, {}});
+      requests.push_back({place.value.kind, place.value.address, 0, {}});
     Extend(requests.back(), place);
   }
   return requests;
@@ -55,7 +54,7 @@ std::vector<CRequest> PlanWrites(const std::vector<CValue>& values, const CLimit
   for (const CPlace& place : PlacesOf(values)) {
     const bool follows = !requests.empty() && place.value.address == EndOf(requests.back());
     if (!follows || !Takes(requests.back(), place.value, 0, limits))
-      requests.push_back({place.value.kind, place.value.address, 0, false, {}});
+      requests.push_back({place.value.kind, place.value.address, 0, {}});
     Extend(requests.back(), place);
   }
   return requests;

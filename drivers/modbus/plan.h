@@ -18,7 +18,6 @@ struct CRequest {
   const CKind* kind;
   int first;
   int count;
-  bool hasGap;  // of addresses that no value needs
   std::vector<CPlace> places;
 };
 

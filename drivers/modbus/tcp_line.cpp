@@ -27,7 +27,7 @@ std::string Within(milliseconds time) { return " within " + std::to_string(time.
 
 // A request to which every device that lives has a reply: the first register or bit that is asked for.
 CFrame ProofOf(const CSettings& settings) {
-  CRequest request = {settings.requests.front().kind, settings.requests.front().first, 1, false, {}};
+  CRequest request = {settings.requests.front().kind, settings.requests.front().first, 1, {}};
   return ReadFrame(request);
 }
 
