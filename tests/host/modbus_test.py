@@ -20,17 +20,46 @@ PYTHON = os.environ["PYTHON_WITH_PYMODBUS"]
 HERE = os.path.dirname(os.path.abspath(__file__))
 PAGE = os.path.join(HERE, "../../docs/modbus.md")
 
+# Where the bytes of a number stand, the highest being A, by their count.
+ORDERS = {"abcd": {2: "AB", 4: "ABCD", 8: "ABCDEFGH"}, "cdab": {2: "AB", 4: "CDAB", 8: "GHEFCDAB"},
+          "badc": {2: "BA", 4: "BADC", 8: "BADCFEHG"}, "dcba": {2: "BA", 4: "DCBA", 8: "HGFEDCBA"}}
+
+# A type, its letter in struct, a number, and what a float keeps of it.
+NUMBERS = [
+    ("u16", "H", 0, 0), ("u16", "H", 0xABCD, 0xABCD), ("i16", "h", -2, -2), ("i16", "h", -0x8000, -0x8000),
+    ("u32", "I", 0x12345600, 0x12345600), ("u32", "I", 2**24 + 1, 2**24), ("u32", "I", 2**32 - 1, 2**32),
+    ("i32", "i", -0x12345600, -0x12345600), ("i32", "i", -2**31, -2**31),
+    ("f32", "f", 0.1, 0.1), ("f32", "f", -0.0, -0.0), ("f32", "f", 1e-45, 1e-45), ("f32", "f", "-inf", "-inf"),
+    ("f64", "d", 0.1, 0.1), ("f64", "d", -1234.5678, -1234.5678), ("f64", "d", 1e300, "inf"), ("f64", "d", 1e-300, 0),
+]
+
 # What is read or written of a device that has the registers 0 to 9 but for 5, and the end of its words.
 REFUSED = [
     ("h10", 1, [], r"exception 2 \(Illegal data address\), holding register 10"),
     ("i8 x 3", 3, [], r"exception 2 \(.*\), input registers 8 to 10; value4 1 .*"),
     ("h4, h6", 2, [], r"exception 2 \(.*\), holding registers 4 to 6; value4 1 .*"),
-    ("h49999", 1, [], r"exception 2 \(.*\), holding register 49999; .* 49999 may be h9998"),
-    ("i40001", 1, [], r"exception 2 \(.*\), input register 40001"),
+    ("h40001", 1, [], r"exception 2 \(.*\), holding register 40001; .* 40001 may be h0"),
     ("c0", 1, [], r"exception 2 \(.*\), coil 0"),
     ("c0", 1, ["--write", "1"], r"exception 2 \(.*\), coil 0"),
     ("h9: u32", 1, ["--write", "1"], r"exception 2 \(.*\), holding registers 9 to 10"),
 ]
+
+
+def packed(letter, number):
+    """The bytes of a number, the highest first."""
+    return struct.pack(">" + letter, float(number) if letter in "fd" else int(number))
+
+
+def registers(data):
+    return list(struct.unpack(">%dH" % (len(data) // 2), data))
+
+
+def in_order(data, order):
+    return registers(bytes(data[ord(letter) - ord("A")] for letter in ORDERS[order][len(data)]))
+
+
+def bits(value):
+    return struct.pack("f", float(value))
 
 
 def listener():
@@ -79,11 +108,38 @@ class Modbus(PageTest):
         return {"input": {"scanPeriod": 20, "plcNodes": nodes}, **more}
 
     def test_the_page(self):
-        kiln = {"hr": {0: [8505] + [0] * 9 + [0, 0x4144]}, "di": {0: [1]}}
-        meter = {"ir": {0: list(struct.unpack(">14H", struct.pack(">fff12xI", 230.5, 231, 229.75, 123456)))}}
+        kiln = {"hr": {0: [8505] + [0] * 9 + in_order(packed("f", 12.25), "cdab")}, "di": {0: [1]}}
+        meter = {"ir": {0: registers(struct.pack(">fff12xI", 230.5, 231, 229.75, 123456))}}
         _, kiln = self.serve({1: kiln})
         _, meter = self.serve({2: meter})
         self.follow(PAGE, {"192.168.0.10:502": kiln, "192.168.0.10": kiln, "192.168.0.11": meter})
+
+    def test_each_type_and_order_is_the_same_on_both_sides(self):
+        cases = [(kind, letter, number, kept, order) for kind, letter, number, kept in NUMBERS for order in ORDERS]
+        entries, content = [], []
+        for kind, letter, number, _, order in cases:
+            entries.append("{}%d: %s %s" % (len(content), kind, order))
+            content += in_order(packed(letter, number), order)
+        _, place = self.serve({1: {"hr": {0: content}, "ir": {0: content}}, 2: {"hr": {0: [0xFFFF] * len(content)}}})
+        for table in "hi":
+            values = self.values(place, ", ".join(entries).format(*table * len(cases)), len(cases))
+            for case, value in zip(cases, values):
+                self.assertEqual(bits(case[3]), bits(value), case)
+
+        # What fits its type comes back, register by register.
+        written, expected, first = [], [], 0
+        for entry, (kind, letter, number, kept, order) in zip(entries, cases):
+            size = struct.calcsize(letter) // 2
+            if kept != 2**32:
+                kept = struct.unpack("f", bits(kept))[0]
+                written.append((entry.format("h"), "%.9g" % kept))
+                expected.append((first, in_order(packed(letter, kept), order)))
+            first += size
+        text2, numbers = (",".join(part) for part in zip(*written))
+        self.assertEqual("statusOk", self.probe(place, text2, "--write", numbers, unit=2)["statusName"])
+        held = self.values(place, "h0 x %d" % len(content), len(content), unit=2)
+        for (entry, number), (first, content) in zip(written, expected):
+            self.assertEqual(content, held[first:first + len(content)], entry + " = " + number)
 
     def test_bits_are_the_same_on_both_sides(self):
         pattern = [1, 0, 1, 1, 0, 0, 0, 1, 0, 1, 1]
