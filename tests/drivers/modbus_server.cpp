@@ -45,7 +45,8 @@ CModbusServer::CModbusServer(std::vector<int> units, std::string path)
 
 CModbusServer::~CModbusServer() {
   Stop();
-  for (const int file : {m_wake, m_mirror[0], m_mirror[1]}) ::close(file);
+  for (const int file : {m_wake, m_mirror[0], m_mirror[1], m_keeper})
+    if (file >= 0) ::close(file);
 }
 
 void CModbusServer::Start() {
@@ -54,19 +55,26 @@ void CModbusServer::Start() {
   m_thread = std::thread([this] { Run(); });
 }
 
-void CModbusServer::Listen() {
-  m_listener = Check(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0), "socket");
+int CModbusServer::Bind() {
+  const int file = Check(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0), "socket");
   const int reuse = 1;
-  ::setsockopt(m_listener, SOL_SOCKET, SO_REUSEADDR, &reuse, sizeof reuse);
+  ::setsockopt(file, SOL_SOCKET, SO_REUSEADDR, &reuse, sizeof reuse);
   sockaddr_in place = {};
   place.sin_family = AF_INET;
   place.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   place.sin_port = htons(static_cast<std::uint16_t>(m_port));
   socklen_t size = sizeof place;
-  Check(::bind(m_listener, reinterpret_cast<sockaddr*>(&place), size), "bind");
-  Check(::listen(m_listener, 16), "listen");
-  ::getsockname(m_listener, reinterpret_cast<sockaddr*>(&place), &size);
+  Check(::bind(file, reinterpret_cast<sockaddr*>(&place), size), "bind");
+  ::getsockname(file, reinterpret_cast<sockaddr*>(&place), &size);
   m_port = ntohs(place.sin_port);
+  return file;
+}
+
+// One socket more keeps the port while nobody listens.
+void CModbusServer::Listen() {
+  if (m_keeper < 0) m_keeper = Bind();
+  m_listener = Bind();
+  Check(::listen(m_listener, 16), "listen");
 }
 
 // Its own handle on the far side keeps a line alive that no client has open.

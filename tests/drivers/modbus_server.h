@@ -58,6 +58,7 @@ class CModbusServer {
   };
 
   bool IsSerial() const { return !m_path.empty(); }
+  int Bind();
   void Listen();
   void OpenLine();
   void Wake();
@@ -80,7 +81,7 @@ class CModbusServer {
   std::mutex m_lock;  // of the rest
   std::condition_variable m_gone;
   std::map<int, std::unique_ptr<modbus_mapping_t, CFree>> m_units;
-  int m_listener = -1, m_slave = -1;
+  int m_listener = -1, m_keeper = -1, m_slave = -1;
   bool m_stops = false, m_isDeaf = false;
   std::map<int, CBytes> m_clients;  // by file, what has come of the next request
   std::deque<CReplyFault> m_faults;
