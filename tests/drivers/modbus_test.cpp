@@ -658,7 +658,11 @@ TEST_F(ModbusPauses, FollowABadFrameButNotASingleOneOfALine) {
   }
 }
 
-constexpr int kDropOuts = 100'000;
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr int kDropOuts = 20'000;  // slower, and no sanitizer sees more in more of them
+#else
+constexpr int kDropOuts = 100'000;  // with more requests than their number has room for
+#endif
 
 std::ptrdiff_t Entries(const char* folder) {
   return std::distance(std::filesystem::directory_iterator(folder), {});
