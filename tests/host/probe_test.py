@@ -1,5 +1,6 @@
 """vastra probe: values and statuses of the simulator, and what its test of a module finds in drivers that break a rule
 each."""
+import concurrent.futures
 import os
 import signal
 import subprocess
@@ -133,10 +134,13 @@ class Probe(CommandTest):
         self.assertEqual(0, process.returncode)
 
     def test_finds_the_rule_that_a_module_breaks(self):
-        for fault, broken, words in FAULTS:
+        def probe(row):
+            return self.probe(FAULTY, "--json", "--write", "1,2", "--reads", "1", "--limit",
+                              "1" if row[0] == "hangs" else "60", fault=row[0])
+        with concurrent.futures.ThreadPoolExecutor(4) as pool:  # most of the time is patience with a driver
+            results = list(pool.map(probe, FAULTS))
+        for (fault, broken, words), result in zip(FAULTS, results):
             with self.subTest(fault):
-                result = self.probe(FAULTY, "--json", "--write", "1,2", "--reads", "1", "--limit",
-                                    "1" if fault == "hangs" else "60", fault=fault)
                 rules = result.json()["contract"]
                 self.assertEqual(broken, [i for i, rule in enumerate(rules) if not rule["kept"]])
                 self.assertEqual(UNLOAD + 1, len(rules))
