@@ -30,6 +30,7 @@ struct CProbe {
   CFileArgument driver;  // or its ID, as it was typed
   DriverConfig config;
   std::vector<float> values;  // to write
+  bool isCounted = false;     // whether the number of values was given
   std::int64_t reads = 1;
   std::int64_t limit = kUsualLimit;
 };
@@ -151,6 +152,8 @@ class CProbing {
   bool Open(int mode) {
     const CDriverReply reply = m_driver.Open(m_probe.config, mode, m_handle);
     m_report.Call("Open", reply, {});
+    if (reply.status != statusOk && !m_probe.isCounted)
+      Warn("probe", "the driver was opened for 1 value; --count gives another number");
     return reply.status == statusOk;
   }
 
@@ -259,6 +262,7 @@ EExit Probe(const CProbeArguments& arguments) {
       return Fail(kWrongUse, "probe", "--write " + values + ": is no comma list of numbers");
   const auto given = static_cast<std::int64_t>(probe.values.size());
   const std::int64_t count = arguments.count->value_or(given > 0 ? given : 1);
+  probe.isCounted = *arguments.count || given > 0;
   if (given > 0 && count != given)
     return Fail(kWrongUse, "probe",
                 "--count is " + CString(std::to_string(count)) + ", and --write has " +
