@@ -66,6 +66,8 @@ CResult Receive(modbus_t* context, CTime until, CPacket& packet) {
 
 CResult Lost(const std::string& words) { return {statusExtendedError, words}; }
 
+CResult Pending(const std::string& words) { return {statusExtendedError, words, true}; }
+
 std::string SystemWords(int error) { return std::generic_category().message(error); }
 
 CResult BadFrame(const std::string& words) { return {statusInvalidFrame, "bad reply: " + words}; }

@@ -27,6 +27,7 @@ short WaitFor(int file, short events, CTime until);
 // another unit.
 CResult Receive(modbus_t* context, CTime until, CPacket& packet);
 CResult Lost(const std::string& words);
+CResult Pending(const std::string& words);
 // The words of the system for its number of an error.
 std::string SystemWords(int error);
 CResult BadFrame(const std::string& words);

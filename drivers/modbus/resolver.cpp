@@ -45,11 +45,8 @@ CResult CResolver::Resolve(CTime until) {
   } catch (const std::system_error&) {  // there is no thread to be had
     return Lost("names cannot be looked up now");
   }
-  if (m_question.wait_until(until) != std::future_status::ready) {
-    CResult result = Lost("its name is being looked up");
-    result.pending = true;
-    return result;
-  }
+  if (m_question.wait_until(until) != std::future_status::ready)
+    return Pending("its name is being looked up");
   CAnswer answer = m_question.get();
   m_addresses = std::move(answer.addresses);
   return m_addresses.empty() ? Lost("the name \"" + m_host + "\" has no address: " + answer.fault)

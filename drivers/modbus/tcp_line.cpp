@@ -17,12 +17,6 @@ namespace {
 // A connection that was begun, as in an Open, and that nobody has used is made anew after so long.
 constexpr milliseconds kForgotten{1000};
 
-CResult Pending(const char* words) {
-  CResult result = Lost(words);
-  result.pending = true;
-  return result;
-}
-
 std::string Within(milliseconds time) { return " within " + std::to_string(time.count()) + " ms"; }
 
 // A request to which every device that lives has a reply: the first register or bit that is asked for.
