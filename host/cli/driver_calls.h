@@ -9,8 +9,6 @@
 
 namespace vastra {
 
-constexpr int kThrew = 0;  // a status that no driver has
-constexpr int kVersionWithClose = 2;
 constexpr int kNoHandle = -1;
 constexpr std::size_t kGuard = 64;  // floats around the values of a call, for drivers that write beside them
 

@@ -7,6 +7,9 @@
 
 namespace vastra {
 
+constexpr int kVersionWithClose = 2;  // of the driver interface
+constexpr int kThrew = 0;             // a status that no driver has: counts as unknown
+
 // What call gives, or ifThrown if it throws.
 template <class Result, class Call>
 Result AskDriver(Result ifThrown, const Call& call) {

@@ -15,9 +15,7 @@ namespace {
 
 const CString kPlcTypeName = "CPlcLink";
 constexpr DriverFunctions kOffersNothing = {};
-constexpr int kVersionWithClose = 2;
 constexpr int kConfigUnknown = 100;  // openState of a record that no driver gave
-constexpr int kThrew = 0;            // a status that no driver has: counts as unknown
 
 // More than any node has names for. Far below what a system that promises memory it does not have would hand
 // out, and far above it a wrong count in a configuration.
