@@ -45,6 +45,7 @@
 #include "vastra/logfiles/log_file.h"
 #include "vastra/logfiles/log_format.h"
 #include "vastra/logfiles/log_list.h"
+#include "vastra/logfiles/log_listener.h"
 #include "vastra/logfiles/log_name.h"
 #include "vastra/logfiles/log_reader.h"
 #include "vastra/logfiles/log_writer.h"

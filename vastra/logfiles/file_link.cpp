@@ -1,6 +1,7 @@
 #include "vastra/logfiles/file_link.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <new>
 #include <utility>
 #include <vector>
@@ -32,6 +33,17 @@ constexpr CFault kEndOfFile = {severityNotice, "Reached end of file"};
 constexpr CFault kEndOfList = {severityWarning, "File list finished."};
 constexpr CFault kFileNotOpened = {severityError, "Couldn't open file."};
 constexpr CFault kOtherVariables = {severityError, "Archive with different variables"};
+
+CString AbsolutePath(const CString& path) {
+  std::error_code ignored;
+  return CString(std::filesystem::absolute(path.Std(), ignored).string());
+}
+
+std::uint64_t SizeOf(const CString& path) {
+  std::error_code failed;
+  const std::uintmax_t size = std::filesystem::file_size(path.Std(), failed);
+  return failed ? 0 : size;
+}
 
 }  // namespace
 
@@ -171,7 +183,9 @@ void CFileLink::BeginPartialLog() {
 
 // What came since the last PartialFlush goes out with one more, whose failure is its own to report.
 void CFileLink::EndPartialLog() {
+  m_ending = true;
   PartialFlush();
+  m_ending = false;
   m_samples.RemoveAll();
   m_currentName.Empty();
   m_partial = 0;
@@ -184,13 +198,34 @@ CString CFileLink::CreateName() {
   return CreateFileNameFromVar(m_nameVariable, m_varNames, m_samples, m_dwordName, prefix);
 }
 
+int CFileLink::SaveFile(const CString& file, const std::function<void(CFile&)>& write) {
+  const CString path = JoinPath(m_directory, file);
+  CSaveFailure failure;
+  const int saved = SaveLogFile(path, m_partial, write, m_pListener ? &failure : nullptr);
+  if (m_pListener) saved ? ReportSaved(path) : ReportFailure(path, failure);
+  return saved;
+}
+
+void CFileLink::ReportSaved(const CString& path) {
+  const CSavedLog log = {m_listenerLog,           AbsolutePath(path),   m_samples.GetHead().m_time,
+                         m_samples.GetLastTime(), m_samples.GetCount(), SizeOf(path)};
+  if (m_partial && !m_ending)
+    m_pListener->LogGrew(log);
+  else
+    m_pListener->LogClosed(log);
+}
+
+void CFileLink::ReportFailure(const CString& path, const CSaveFailure& failure) {
+  m_pListener->LogNotSaved(
+      {m_listenerLog, AbsolutePath(path), failure.reason, m_samples.GetCount(), failure.leftShortFile});
+}
+
 int CFileLink::SaveAsRP(const CString& name) {
-  return SaveLogFile(JoinPath(m_directory, FileOfRP(name)), m_partial,
-                     [this](CFile& file) { m_writer.Write(file, m_samples); });
+  return SaveFile(FileOfRP(name), [this](CFile& file) { m_writer.Write(file, m_samples); });
 }
 
 int CFileLink::SaveAsCSV(const CString& name) {
-  return SaveLogFile(JoinPath(m_directory, FileOfCSV(name)), m_partial, [this](CFile& file) {
+  return SaveFile(FileOfCSV(name), [this](CFile& file) {
     m_partial ? WritePartialCsv(file) : WriteCsv(file, m_varNames, m_samples, m_csvText);
   });
 }

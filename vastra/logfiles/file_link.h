@@ -10,14 +10,19 @@
 // business of the files beside it. Comm is the base's and always gives 0 in a leaf.
 #pragma once
 
+#include <functional>
+
 #include "vastra/core/link.h"
 #include "vastra/logfiles/csv_format.h"
 #include "vastra/logfiles/log_list.h"
+#include "vastra/logfiles/log_listener.h"
 #include "vastra/logfiles/log_name.h"
 #include "vastra/logfiles/log_writer.h"
 #include "vastra/logfiles/sample_store.h"
 
 namespace vastra {
+
+struct CSaveFailure;
 
 // The settings that the link keeps while it is open.
 struct CFileSettings {
@@ -75,6 +80,13 @@ class VASTRA_API CFileLink : public CLink, private CFileSettings {
   // next call tries again. A text copy that cannot be saved is no failure.
   int PartialFlush();
 
+  // Writer: listener, which must exist until the link is closed, hears of each file that is saved or cannot
+  // be saved, on the thread of the operation. log is passed on with each event. Null: nobody hears.
+  void SetLogListener(CLogListener* listener, int log = 0) {
+    m_pListener = listener;
+    m_listenerLog = log;
+  }
+
   // Progress of a replay; all 0 in any other state.
   UINT GetTotalFiles() const;   // logs to be played
   UINT GetCurrentFile() const;  // logs begun behind the first
@@ -105,6 +117,9 @@ class VASTRA_API CFileLink : public CLink, private CFileSettings {
   const CFault* SaveLog();
   void BeginPartialLog();
   void EndPartialLog();
+  int SaveFile(const CString& file, const std::function<void(CFile&)>& write);
+  void ReportSaved(const CString& path);
+  void ReportFailure(const CString& path, const CSaveFailure& failure);
   int SaveAsRP(const CString& name);
   int SaveAsCSV(const CString& name);
   CString FileOfRP(const CString& name) const { return name + m_extension; }
@@ -121,6 +136,7 @@ class VASTRA_API CFileLink : public CLink, private CFileSettings {
   int m_finished = 0;
   UINT m_filesRead = 0;
   int m_partial = 0;              // 1 while a log is being written by PartialFlush
+  bool m_ending = false;          // PartialFlush writes the last image of its log
   CString m_currentName;          // of that log, without its extension
   POSITION m_nextFile = nullptr;  // in m_orderedFiles: the log to be loaded next; null: all have been begun
   CLogSample m_lastSample;        // the last one written
@@ -131,6 +147,8 @@ class VASTRA_API CFileLink : public CLink, private CFileSettings {
   CLogWriter m_writer;
   CCsvText m_csvText;  // of a log that grows, up to m_csvPlace; other logs only pass through it
   CSampleStore::CPlace m_csvPlace;
+  CLogListener* m_pListener = nullptr;  // the host's
+  int m_listenerLog = 0;
 };
 
 }  // namespace vastra

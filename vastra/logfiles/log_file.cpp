@@ -23,20 +23,27 @@ void WriteReplacement(const CString& path, const std::function<void(CFile&)>& wr
 
 }  // namespace
 
-int SaveLogFile(const CString& path, bool durable, const std::function<void(CFile&)>& write) {
+int SaveLogFile(const CString& path, bool durable, const std::function<void(CFile&)>& write,
+                CSaveFailure* failure) {
+  bool isNew = false;
+  const auto fail = [&](const auto& reason) {
+    if (failure) *failure = {reason(), isNew};
+    return 0;
+  };
   try {
     CFile file;
-    if (file.Open(path, CFile::modeWrite | CFile::modeCreate | CFile::modeNew))
+    isNew = file.Open(path, CFile::modeWrite | CFile::modeCreate | CFile::modeNew);
+    if (isNew)
       WriteInPlace(file, durable, write);
     else if (errno == EEXIST)
       WriteReplacement(path, write);
     else
-      return 0;
+      throw CFileException(path, errno);
     return 1;
-  } catch (const CFileException&) {
-    return 0;
-  } catch (const std::exception&) {  // no memory
-    return 0;
+  } catch (const CFileException& fault) {
+    return fail([&] { return fault.Text(); });
+  } catch (const std::exception&) {
+    return fail([] { return CFileException("", ENOMEM).Text(); });
   }
 }
 

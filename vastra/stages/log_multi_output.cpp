@@ -6,7 +6,8 @@ namespace vastra {
 
 int CLogMultiOutput::Open(CStringArray& names) {
   if (m_open) Close();
-  m_open = OpenSingles(m_outputs, m_options.m_outputs, names);
+  m_open = OpenSingles(m_outputs, m_options.m_outputs, names,
+                       [this](auto& single, int log) { single.SetLogListener(m_pListener, log); });
   return m_open;
 }
 

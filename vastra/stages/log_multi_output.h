@@ -26,11 +26,16 @@ class VASTRA_API CLogMultiOutput : public CLogFacade {
   // The sum over all outputs of the samples that are not on the disk yet, and of what makes their logs full.
   CFill GetFill() const;
 
+  // listener, which must exist until the stage is closed, hears of the files of all outputs from the next
+  // Open on.
+  void SetLogListener(CLogListener* listener) { m_pListener = listener; }
+
   CMultiOutputConfig* GetOptions() { return &m_options; }
   void ClearConfiguration() { m_options.Clear(); }
 
  private:
   CMultiOutputConfig m_options;
+  CLogListener* m_pListener = nullptr;  // the host's
   CTypedPtrList<CObList, CLogSingleOutput*> m_outputs;
 };
 

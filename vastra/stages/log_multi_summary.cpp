@@ -6,7 +6,8 @@ namespace vastra {
 
 int CLogMultiSummary::Open(CStringArray& names) {
   if (m_open) Close();
-  m_open = OpenSingles(m_summaries, m_options.m_summaries, names);
+  m_open = OpenSingles(m_summaries, m_options.m_summaries, names,
+                       [this](auto& single, int log) { single.SetLogListener(m_pListener, log); });
   return m_open;
 }
 

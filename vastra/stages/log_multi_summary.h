@@ -25,11 +25,16 @@ class VASTRA_API CLogMultiSummary : public CLogFacade {
   // Deletes all summaries; each closes itself as it goes.
   void DeleteList() { DeleteAll(m_summaries); }
 
+  // listener, which must exist until the stage is closed, hears of the files of all summaries from the next
+  // Open on.
+  void SetLogListener(CLogListener* listener) { m_pListener = listener; }
+
   CMultiSummaryConfig* GetOptions() { return &m_options; }
   void ClearConfiguration() { m_options.Clear(); }
 
  private:
   CMultiSummaryConfig m_options;
+  CLogListener* m_pListener = nullptr;  // the host's
   CTypedPtrList<CObList, CLogSingleSummary*> m_summaries;
 };
 

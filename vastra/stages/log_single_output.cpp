@@ -32,6 +32,7 @@ int CLogSingleOutput::Open(CStringArray& names) {
     m_pHeadLink = chain.Open(CLink::modeWrite);
     if (!m_pHeadLink) return 0;
     m_pFileLink = file;
+    file->SetLogListener(m_pListener, m_listenerLog);
   }
   m_open = 1;
   return 1;

@@ -31,6 +31,13 @@ class VASTRA_API CLogSingleOutput : public CLogFacade {
   // Samples that are gathered and not on the disk yet, of those that make a log; 0 of 0 without files.
   CFill GetFill() const { return m_pFileLink ? m_pFileLink->GetFill() : CFill(); }
 
+  // listener, which must exist until the output is closed, hears of its files from the next Open on, with log
+  // as the number of the output.
+  void SetLogListener(CLogListener* listener, int log) {
+    m_pListener = listener;
+    m_listenerLog = log;
+  }
+
   COutputConfig* GetOptions() { return &m_options; }
 
  private:
@@ -38,6 +45,8 @@ class VASTRA_API CLogSingleOutput : public CLogFacade {
 
   CLink* m_pHeadLink = nullptr;  // outermost link, owned; null if no files are written
   COutputConfig m_options;
+  CLogListener* m_pListener = nullptr;  // the host's
+  int m_listenerLog = 0;
   CFileLink* m_pFileLink = nullptr;  // in the chain
   CLogSingleEnable m_enable;
 };

@@ -35,6 +35,7 @@ bool CLogSingleSummary::OpenChains(const CStringArray& names) {
   m_pBufferLink = buffer;
   static_cast<void>(archive.TakeHead().release());
   m_pArchiveLink = file;
+  file->SetLogListener(m_pListener, m_listenerLog);
   return true;
 }
 

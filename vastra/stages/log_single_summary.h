@@ -35,6 +35,13 @@ class VASTRA_API CLogSingleSummary : public CLogFacade {
   // Ends the archive file; the variables keep their values.
   int Restart();
 
+  // listener, which must exist until the summary is closed, hears of its files from the next Open on, with
+  // log as the number of the summary.
+  void SetLogListener(CLogListener* listener, int log) {
+    m_pListener = listener;
+    m_listenerLog = log;
+  }
+
   CSummaryConfig* GetOptions() { return &m_options; }
 
  private:
@@ -42,6 +49,8 @@ class VASTRA_API CLogSingleSummary : public CLogFacade {
   bool OpenChains(const CStringArray& names);
 
   CSummaryConfig m_options;
+  CLogListener* m_pListener = nullptr;  // the host's
+  int m_listenerLog = 0;
   CLink* m_pEquatorLink = nullptr;     // outermost link of the equations, owned; null if no files are written
   CFileLink* m_pBufferLink = nullptr;  // behind it: the newest values
   CFileLink* m_pArchiveLink = nullptr;  // a chain of its own, owned

@@ -6,18 +6,27 @@
 namespace vastra {
 
 // Makes a Single for each of configs, first to last, with a copy of it as its options, and opens them in that
-// order. 1, or 0 with an empty list: those already open are closed by their destruction.
-template <class Single, class Config>
-int OpenSingles(CList<Single*, Single*>& singles, const CList<Config*, Config*>& configs,
-                CStringArray& names) {
+// order. 1, or 0 with an empty list: those already open are closed by their destruction. prepare is called on
+// each before any opens, with its place in configs.
+template <class Single, class Config, class Prepare>
+int OpenSingles(CList<Single*, Single*>& singles, const CList<Config*, Config*>& configs, CStringArray& names,
+                Prepare prepare) {
   DeleteAll(singles);
+  int place = 0;
   for (const Config* config : configs) {
     singles.AddTail(new Single);
     *singles.GetTail()->GetOptions() = *config;
+    prepare(*singles.GetTail(), place++);
   }
   for (Single* single : singles)
     if (!single->Open(names)) return DeleteAll(singles), 0;
   return 1;
+}
+
+template <class Single, class Config>
+int OpenSingles(CList<Single*, Single*>& singles, const CList<Config*, Config*>& configs,
+                CStringArray& names) {
+  return OpenSingles(singles, configs, names, [](Single&, int) {});
 }
 
 // Restarts all, first to last, whatever comes of it.
