@@ -1,4 +1,6 @@
-// The engine in one include. Each room can also be had alone, such as "vastra/core/link.h".
+// The engine in one include, for hosts and tools. A header can also be included alone, by its module path, such as
+// "vastra/core/link.h". A header that is not listed here serves its own module alone and is installed only where a
+// listed one includes it.
 #pragma once
 
 #include "vastra/config/enable_config.h"
@@ -28,21 +30,15 @@
 #include "vastra/equations/equator_link.h"
 #include "vastra/equations/execution.h"
 #include "vastra/equations/line_code.h"
-#include "vastra/equations/lowering.h"
-#include "vastra/equations/lowering_walk.h"
 #include "vastra/equations/opcodes.h"
 #include "vastra/equations/parser.h"
-#include "vastra/equations/places.h"
-#include "vastra/equations/program.h"
 #include "vastra/equations/random.h"
 #include "vastra/equations/scanner.h"
 #include "vastra/equations/separator.h"
 #include "vastra/equations/stack.h"
-#include "vastra/equations/steps.h"
 #include "vastra/equations/sub_coder.h"
 #include "vastra/logfiles/csv_format.h"
 #include "vastra/logfiles/file_link.h"
-#include "vastra/logfiles/log_file.h"
 #include "vastra/logfiles/log_format.h"
 #include "vastra/logfiles/log_list.h"
 #include "vastra/logfiles/log_listener.h"
@@ -73,7 +69,6 @@
 #include "vastra/plc/driver_factory.h"
 #include "vastra/plc/driver_host.h"
 #include "vastra/plc/plc_link.h"
-#include "vastra/stages/chain.h"
 #include "vastra/stages/log_facade.h"
 #include "vastra/stages/log_input.h"
 #include "vastra/stages/log_multi_output.h"
@@ -82,10 +77,8 @@
 #include "vastra/stages/log_single_summary.h"
 #include "vastra/stages/log_smart.h"
 #include "vastra/stages/log_trendings.h"
-#include "vastra/stages/node_chain.h"
 #include "vastra/stages/plc_enable.h"
 #include "vastra/stages/plc_multi_output.h"
 #include "vastra/stages/plc_single_output.h"
 #include "vastra/stages/single_enable.h"
-#include "vastra/stages/single_stages.h"
 #include "vastra/stages/stage_thread.h"

@@ -1,4 +1,6 @@
-// The windows in one include. Each room can also be had alone, such as "vastra/console/console.h".
+// The windows in one include, for hosts with Qt. A header can also be included alone, by its module path, such as
+// "vastra/console/console.h". A header that is not listed here serves its own module alone and is installed only
+// where a listed one includes it.
 #pragma once
 
 #include "vastra/console/console.h"
@@ -9,18 +11,13 @@
 #include "vastra/screens/driver_form_dlg.h"
 #include "vastra/screens/driver_form_rules.h"
 #include "vastra/screens/driver_type_dlg.h"
-#include "vastra/screens/equation_check_rules.h"
 #include "vastra/screens/equations_dlg.h"
 #include "vastra/screens/grid_wnd.h"
 #include "vastra/screens/input_page.h"
-#include "vastra/screens/input_page_rules.h"
 #include "vastra/screens/item_dlg.h"
 #include "vastra/screens/item_page.h"
-#include "vastra/screens/item_rules.h"
 #include "vastra/screens/name_list_dlg.h"
 #include "vastra/screens/new_var_dlg.h"
-#include "vastra/screens/node_list.h"
-#include "vastra/screens/offered_variables.h"
 #include "vastra/screens/output_node_dlg.h"
 #include "vastra/screens/output_page.h"
 #include "vastra/screens/plc_write_page.h"
@@ -28,8 +25,6 @@
 #include "vastra/screens/smart_page.h"
 #include "vastra/screens/summary_node_dlg.h"
 #include "vastra/screens/summary_page.h"
-#include "vastra/screens/text_files.h"
-#include "vastra/screens/text_list_rules.h"
 #include "vastra/screens/trend_facade_dlg.h"
 #include "vastra/screens/var_list_dlg.h"
 #include "vastra/screens/variables_dlg.h"
@@ -37,12 +32,10 @@
 #include "vastra/support/registry.h"
 #include "vastra/ui/application.h"
 #include "vastra/ui/controls.h"
-#include "vastra/ui/convert.h"
 #include "vastra/ui/dialog.h"
 #include "vastra/ui/drawing.h"
 #include "vastra/ui/geometry.h"
 #include "vastra/ui/grid.h"
-#include "vastra/ui/line_raster.h"
 #include "vastra/ui/number_text.h"
 #include "vastra/ui/property_sheet.h"
 #include "vastra/ui/text.h"

@@ -16,6 +16,6 @@ static int ReadNode(float* values, int count, int handle) {
 
 DriverHeader GetDriverHeader(void) {
   static const DriverFunctions functions = {.Open = OpenNode, .Read = ReadNode};
-  const DriverHeader header = {77, "Stranger", &functions};
+  const DriverHeader header = {77, "External", &functions};
   return header;
 }

@@ -1,4 +1,4 @@
-// One scan of a stranger's program: from a driver module beside it, through a namer, into a file link.
+// One scan of an external program: from a driver module in its folder, through a namer, into a file link.
 #include <vastra/vastra.h>
 
 #include <cstdio>

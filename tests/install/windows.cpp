@@ -1,5 +1,5 @@
-// Links the windows as a stranger's host does. Without an application object none of them can be shown, so
-// this only asks what can be asked before.
+// Links the windows as an external host does. No window can be shown without an application object, so this only
+// calls what needs none.
 #include <vastra/windows.h>
 
 using namespace vastra;

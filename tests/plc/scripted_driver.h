@@ -1,7 +1,6 @@
 /* A driver that does what a test says and notes what it is asked. The test loads the module too and so shares
  * its one script. */
-#ifndef SCRIPTED_DRIVER_H
-#define SCRIPTED_DRIVER_H
+#pragma once
 
 #include "vastra/plc/driver_api.h"
 
@@ -26,5 +25,3 @@ typedef struct Script {
 
 /* The script of the module, as it is at first. */
 DRIVER_EXPORT Script* FreshScript(void);
-
-#endif

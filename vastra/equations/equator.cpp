@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "vastra/equations/parser.h"
+#include "vastra/equations/program.h"
 #include "vastra/equations/separator.h"
 
 namespace vastra {
@@ -11,6 +12,11 @@ namespace {
 constexpr const char* kHiddenName = "the word before the first \"=\" is not the name that is assigned";
 
 }  // namespace
+
+CEquator::CEquator() : m_program(std::make_unique<CProgram>()) {}
+CEquator::CEquator(CEquator&& other) noexcept = default;
+CEquator& CEquator::operator=(CEquator&& other) noexcept = default;
+CEquator::~CEquator() = default;
 
 CEquationFault CEquator::Compile(const CStringArray& inputs, const CStringArray& equations) {
   CEquator next;
@@ -53,21 +59,25 @@ CEquationFault CEquator::CompileAll(const CStringArray& equations) {
 }
 
 void CEquator::Lower(const CEquator& before) {
-  m_program = CProgram(m_inputVariables.GetSize(), m_newVariables.GetSize());
-  for (int i = 0; i < m_code.GetSize(); ++i) m_program.Add(m_code[i], Target(i));
-  m_program.Finish();
+  *m_program = CProgram(m_inputVariables.GetSize(), m_newVariables.GetSize());
+  for (int i = 0; i < m_code.GetSize(); ++i) m_program->Add(m_code[i], Target(i));
+  m_program->Finish();
   m_undefined.reserve(static_cast<std::size_t>(m_code.GetSize()));
   for (int i = 0; i < m_newVariables.GetSize(); ++i) {
     const int place = FindIn(before.m_newVariables, m_newVariables[i]);
-    if (place >= 0) m_program.SetValue(i, before.m_program.GetValue(place));
+    if (place >= 0) m_program->SetValue(i, before.m_program->GetValue(place));
   }
+}
+
+void CEquator::Run(const CArray<float, float>& sample) {
+  m_program->Run(sample.GetData(), sample.GetSize(), m_undefined);
 }
 
 void CEquator::RunByLines(const CArray<float, float>& sample, CArray<double, double>& results) {
   const int inputs = m_inputVariables.GetSize();
   CArray<float, float> values = sample;
   values.SetSize(inputs + m_newVariables.GetSize());
-  for (int i = 0; i < m_newVariables.GetSize(); ++i) values[inputs + i] = m_program.GetValue(i);
+  for (int i = 0; i < m_newVariables.GetSize(); ++i) values[inputs + i] = m_program->GetValue(i);
   for (int i = sample.GetSize(); i < inputs; ++i) values[i] = 0.0f;
 
   m_undefined.clear();
@@ -75,8 +85,14 @@ void CEquator::RunByLines(const CArray<float, float>& sample, CArray<double, dou
   for (int i = 0; i < m_code.GetSize(); ++i) {
     if (!m_code[i].Execute(&values, results[i])) m_undefined.push_back(i);
     values[inputs + Target(i)] = static_cast<float>(results[i]);
-    m_program.SetValue(Target(i), values[inputs + Target(i)]);
+    m_program->SetValue(Target(i), values[inputs + Target(i)]);
   }
+}
+
+float CEquator::GetNewValue(UINT variable) const {
+  return variable < static_cast<UINT>(m_newVariables.GetSize())
+             ? m_program->GetValue(static_cast<int>(variable))
+             : 0.0f;
 }
 
 UINT CEquator::FindValue(const CString& name) const {

@@ -2,9 +2,14 @@
 // what an equator link runs on each sample, and what checks and tools use without a chain.
 #pragma once
 
-#include "vastra/equations/program.h"
+#include <memory>
+#include <vector>
+
+#include "vastra/equations/execution.h"
 
 namespace vastra {
+
+class CProgram;
 
 // What is wrong with a list of statements.
 struct CEquationFault {
@@ -18,6 +23,11 @@ class VASTRA_API CEquator {
  public:
   static constexpr UINT noValue = 0xFFFFFFFF;
 
+  CEquator();
+  CEquator(CEquator&& other) noexcept;
+  CEquator& operator=(CEquator&& other) noexcept;
+  ~CEquator();
+
   // Binds equations, one statement each without its ";", to samples with a value for each of inputs, and
   // compiles them. A right side may read any input and whatever any statement of the list assigns; where a
   // name is both, it is the input. On a fault everything is as it was before, else the new list is in place,
@@ -26,9 +36,7 @@ class VASTRA_API CEquator {
 
   // Runs all statements on one sample: a value for each input. A missing one reads 0.0, what is too much is
   // not looked at. No allocation.
-  void Run(const CArray<float, float>& sample) {
-    m_program.Run(sample.GetData(), sample.GetSize(), m_undefined);
-  }
+  void Run(const CArray<float, float>& sample);
 
   // The same on the plain machine, line by line; results gets the double of each statement before it is
   // rounded to float, kUndefinedResult where it is undefined.
@@ -52,6 +60,7 @@ class VASTRA_API CEquator {
   const CString& GetTarget(int statement) const { return m_newVariables[Target(statement)]; }
 
  private:
+  float GetNewValue(UINT variable) const;  // 0.0 for an index that no variable has
   int Target(int statement) const { return static_cast<int>(m_equationTarget[statement]); }
   void BindTargets(const CStringArray& equations);
   CEquationFault CompileAll(const CStringArray& equations);
@@ -61,17 +70,14 @@ class VASTRA_API CEquator {
   CStringArray m_newVariables;
   CArray<UINT, UINT> m_equationTarget;  // for each statement the index in m_newVariables of what it assigns
   CArray<CExecutionStruct> m_code;
-  CProgram m_program;  // holds the values of the new variables
+  std::unique_ptr<CProgram> m_program;  // holds the values of the new variables
   std::vector<int> m_undefined;
 };
 
 inline float CEquator::GetValue(const CArray<float, float>& sample, UINT index) const {
   const auto inputs = static_cast<UINT>(m_inputVariables.GetSize());
-  if (index < inputs)
-    return index < static_cast<UINT>(sample.GetSize()) ? sample[static_cast<int>(index)] : 0.0f;
-  index -= inputs;
-  return index < static_cast<UINT>(m_newVariables.GetSize()) ? m_program.GetValue(static_cast<int>(index))
-                                                             : 0.0f;
+  if (index >= inputs) return GetNewValue(index - inputs);
+  return index < static_cast<UINT>(sample.GetSize()) ? sample[static_cast<int>(index)] : 0.0f;
 }
 
 }  // namespace vastra

@@ -1,4 +1,4 @@
-# find_package(vastra): vastra::engine is the static engine, vastra::vastra the dynamic library.
+# find_package(vastra) defines vastra::engine, the static engine, and vastra::vastra, the shared library.
 include(CMakeFindDependencyMacro)
 find_dependency(Threads)
 include(${CMAKE_CURRENT_LIST_DIR}/vastraTargets.cmake)
