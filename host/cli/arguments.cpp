@@ -9,7 +9,7 @@
 namespace vastra {
 namespace {
 
-// Of a list that may have any number of values.
+// The largest number of values of a list.
 constexpr int kMany = std::numeric_limits<int>::max() / 2;
 
 std::int64_t ToNumber(const char* name, const std::string& typed, std::int64_t lowest, std::int64_t highest) {
@@ -26,65 +26,65 @@ std::int64_t ToNumber(const char* name, const std::string& typed, std::int64_t l
 
 CFileArgument ToFile(const CString& typed) { return {typed, MakeAbsolute(typed)}; }
 
-CArgument<CString> CArguments::Text(const char* name, const char* words) {
+CArgument<CString> CArguments::Text(const char* name, const char* help) {
   auto value = std::make_shared<CString>();
   const auto take = [value](const std::string& typed) { *value = CString(typed); };
-  m_command.add_option_function<std::string>(name, take, words)->required()->type_name("");
+  m_command.add_option_function<std::string>(name, take, help)->required()->type_name("");
   return value;
 }
 
-CArgument<CFileArgument> CArguments::File(const char* name, const char* words) {
+CArgument<CFileArgument> CArguments::File(const char* name, const char* help) {
   auto value = std::make_shared<CFileArgument>();
   const auto take = [value](const std::string& typed) { *value = ToFile(CString(typed)); };
-  m_command.add_option_function<std::string>(name, take, words)->required()->type_name("");
+  m_command.add_option_function<std::string>(name, take, help)->required()->type_name("");
   return value;
 }
 
-CArgument<std::vector<CFileArgument>> CArguments::Files(const char* name, const char* words) {
+CArgument<std::vector<CFileArgument>> CArguments::Files(const char* name, const char* help) {
   auto value = std::make_shared<std::vector<CFileArgument>>();
   const auto take = [value](const std::vector<std::string>& typed) {
     for (const std::string& file : typed) value->push_back(ToFile(CString(file)));
   };
-  m_command.add_option_function<std::vector<std::string>>(name, take, words)
+  m_command.add_option_function<std::vector<std::string>>(name, take, help)
       ->required()
       ->expected(1, kMany)
       ->type_name("");
   return value;
 }
 
-CArgument<bool> CArguments::Flag(const char* name, const char* words) {
+CArgument<bool> CArguments::Flag(const char* name, const char* help) {
   auto value = std::make_shared<bool>(false);
   m_command.add_flag_callback(
-      name, [value] { *value = true; }, words);
+      name, [value] { *value = true; }, help);
   return value;
 }
 
-CArgument<CNumber> CArguments::Number(const char* name, const char* value, const char* words,
+CArgument<CNumber> CArguments::Number(const char* name, const char* value, const char* help,
                                       std::int64_t lowest, std::int64_t highest) {
   auto number = std::make_shared<CNumber>();
   const auto take = [=](const std::string& typed) { *number = ToNumber(name, typed, lowest, highest); };
-  m_command.add_option_function<std::string>(name, take, words)->type_name(value);
+  m_command.add_option_function<std::string>(name, take, help)->type_name(value);
   return number;
 }
 
 CArgument<std::optional<CFileArgument>> CArguments::OptionalFile(const char* name, const char* value,
-                                                                 const char* words) {
+                                                                 const char* help) {
   auto file = std::make_shared<std::optional<CFileArgument>>();
   const auto take = [file](const std::string& typed) { *file = ToFile(CString(typed)); };
-  m_command.add_option_function<std::string>(name, take, words)->type_name(value);
+  m_command.add_option_function<std::string>(name, take, help)->type_name(value);
   return file;
 }
 
-CArgument<std::vector<CString>> CArguments::Texts(const char* name, const char* value, const char* words) {
+CArgument<std::vector<CString>> CArguments::Texts(const char* name, const char* value, const char* help) {
   auto texts = std::make_shared<std::vector<CString>>();
   const auto take = [texts](const std::vector<std::string>& typed) {
     for (const std::string& text : typed) texts->emplace_back(text);
   };
-  m_command.add_option_function<std::vector<std::string>>(name, take, words)
+  m_command.add_option_function<std::vector<std::string>>(name, take, help)
       ->type_name(value)
       ->expected(1)
       ->take_all()
-      ->allow_extra_args(false);  // else it takes what stands behind it too
+      ->allow_extra_args(false);  // it would consume later arguments, too
   return texts;
 }
 

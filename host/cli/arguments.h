@@ -1,6 +1,6 @@
-// CArguments: what one command takes from the command line. A command declares its arguments here and gets a
-// place for the value of each, which is filled when the line has been read. No command sees the library that
-// reads the line.
+// CArguments: the arguments of one command. A command declares each argument and gets a place for its value,
+// which is filled when the command line has been parsed. Commands do not depend on the library that parses
+// it.
 #pragma once
 
 #include <cstdint>
@@ -16,8 +16,8 @@ class App;
 
 namespace vastra {
 
-// A file or folder: as it was typed, for the user's eyes, and as the program uses it. The second is absolute,
-// since the search for driver modules changes the current directory.
+// A file or folder, as it was typed, for messages, and as an absolute path, for the program: the search for
+// driver modules changes the current directory.
 struct CFileArgument {
   CString typed;
   CString path;
@@ -25,30 +25,29 @@ struct CFileArgument {
 
 CFileArgument ToFile(const CString& typed);
 
-// Where the value of an argument is found once the line has been read.
+// The value of an argument, once the command line has been parsed.
 template <class T>
 using CArgument = std::shared_ptr<T>;
 using CNumber = std::optional<std::int64_t>;
 
 class CArguments {
  public:
-  // command is what the library knows the command by; it outlives this object.
+  // command: of the parsing library; it must outlive this object.
   explicit CArguments(CLI::App& command) : m_command(command) {}
 
-  // What must be given, by its place on the line.
-  CArgument<CString> Text(const char* name, const char* words);
-  CArgument<CFileArgument> File(const char* name, const char* words);
-  CArgument<std::vector<CFileArgument>> Files(const char* name, const char* words);  // one or more
+  // Required arguments, by position.
+  CArgument<CString> Text(const char* name, const char* help);
+  CArgument<CFileArgument> File(const char* name, const char* help);
+  CArgument<std::vector<CFileArgument>> Files(const char* name, const char* help);  // one or more
 
-  // What can be given, by name: without a value, with one, with one that may come again.
-  CArgument<bool> Flag(const char* name, const char* words);
-  CArgument<CNumber> Number(const char* name, const char* value, const char* words, std::int64_t lowest,
+  // Options: without a value, with a value, with a value and repeatable.
+  CArgument<bool> Flag(const char* name, const char* help);
+  CArgument<CNumber> Number(const char* name, const char* value, const char* help, std::int64_t lowest,
                             std::int64_t highest);
-  CArgument<std::optional<CFileArgument>> OptionalFile(const char* name, const char* value,
-                                                       const char* words);
-  CArgument<std::vector<CString>> Texts(const char* name, const char* value, const char* words);
+  CArgument<std::optional<CFileArgument>> OptionalFile(const char* name, const char* value, const char* help);
+  CArgument<std::vector<CString>> Texts(const char* name, const char* value, const char* help);
 
-  // first and second cannot both be given.
+  // Refuses a command line that has both first and second.
   void Exclude(const char* first, const char* second);
 
  private:

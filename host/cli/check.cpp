@@ -4,7 +4,7 @@
 #include "host/cli/load.h"
 #include "host/cli/output.h"
 #include "host/cli/session.h"
-#include "host/cli/terminal.h"
+#include "host/cli/terminal/terminal.h"
 #include "host/common/key_path.h"
 #include "vastra/equations/separator.h"
 #include "vastra/stages/log_single_output.h"
@@ -26,23 +26,23 @@ class CFindings {
   void List(const CString& key, const CString& name, const CStringArray& variables,
             const CStringArray& known) {
     const int count = variables.GetSize();
-    m_text += key.Std() + (name.IsEmpty() ? "" : " \"" + name.Std() + "\"") + ": " + std::to_string(count) +
-              (count == 1 ? " variable\n" : " variables\n");
+    m_lines.push_back(key.Std() + (name.IsEmpty() ? "" : " \"" + name.Std() + "\"") + ": " +
+                      std::to_string(count) + (count == 1 ? " variable" : " variables"));
     for (const CString& variable : variables)
-      m_text += "  " + variable.Std() + (FindIn(known, variable) < 0 ? "  (unknown: always 0)\n" : "\n");
+      m_lines.push_back("  " + variable.Std() + (FindIn(known, variable) < 0 ? "  (unknown: always 0)" : ""));
   }
   void Refuse(const CString& key, const CString& why = CString()) {
     m_status =
         Fail(kFailed, m_subject, key + ": the stage refuses" + (why.IsEmpty() ? why : ", since " + why));
   }
   EExit Print() const {
-    const EExit printed = PrintData(m_text);
+    const EExit printed = PrintLines(m_lines);
     return printed == kDone ? m_status : printed;
   }
 
  private:
   CString m_subject;
-  std::string m_text;
+  std::vector<std::string> m_lines;
   EExit m_status = kDone;
 };
 

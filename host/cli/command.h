@@ -1,5 +1,5 @@
-// The commands of this host: one row for each, from which the command line, its help and the dispatch come.
-// To add a command, write its file, declare its function here and give it a row in commands.cpp.
+// The commands of this host. The command line, its help and the dispatch use one table with a row for each.
+// To add a command, write its file, declare its function here and add a row to commands.cpp.
 #pragma once
 
 #include <functional>
@@ -14,9 +14,9 @@ using CAction = std::function<EExit()>;
 
 struct CCommand {
   const char* name;
-  const char* words;                // what it does
+  const char* help;                 // what it does
   const char* example;              // a line to type
-  CAction (*declare)(CArguments&);  // declares its arguments; gives what to do when they have been read
+  CAction (*declare)(CArguments&);  // declares its arguments; returns what to do after parsing
 };
 
 std::span<const CCommand> Commands();

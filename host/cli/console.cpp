@@ -1,6 +1,6 @@
 #include "host/cli/console.h"
 
-#include "host/cli/terminal.h"
+#include "host/cli/terminal/terminal.h"
 #include "vastra/core/link.h"
 
 namespace vastra {

@@ -1,5 +1,5 @@
-// CHostConsole: the messenger of this host and what it needs around it. The lines of the links go to standard
-// error; the box of a Fatal line is answered OK, since its line has been printed already.
+// CHostConsole: the messenger of this host. It prints the messages of the links to standard error. It answers
+// the message box of a Fatal message with OK, since the message has been printed already.
 #pragma once
 
 #include "vastra/core/console_sink.h"
@@ -8,19 +8,19 @@
 
 namespace vastra {
 
-// Which lines of the links are shown.
+// Which messages of the links are shown.
 enum class EVerbosity { normal, debug, quiet };
 
 class CHostConsole : private CConsoleSink, private CPrompter {
  public:
-  // Installs itself; there is one at a time, and no link outlives it.
+  // Installs itself. Only one can exist at a time, and it must outlive all links.
   explicit CHostConsole(EVerbosity verbosity);
   CHostConsole(const CHostConsole&) = delete;
   CHostConsole& operator=(const CHostConsole&) = delete;
   ~CHostConsole() override;
 
   void Show(EVerbosity verbosity);
-  // No line at all, until the next Show.
+  // No messages at all, until the next Show.
   void ShowNothing() { m_messenger.SetFilters(0, 0, 0, 0, 0); }
 
  private:

@@ -1,20 +1,22 @@
 // vastra convert: a binary log as the CSV copy that the logger itself writes.
 #include "host/cli/command.h"
+#include "host/cli/files.h"
 #include "host/cli/output.h"
-#include "host/cli/terminal.h"
+#include "host/cli/read_log.h"
+#include "host/cli/terminal/terminal.h"
 #include "vastra/logfiles/csv_format.h"
-#include "vastra/logfiles/log_reader.h"
 #include "vastra/platform/save_file.h"
 
 namespace vastra {
 namespace {
 
 EExit Convert(const CFileArgument& log, const std::optional<CFileArgument>& csv) {
-  CSampleStore samples;
-  CLogReader reader(samples);
-  if (!reader.Open(log.path) || !reader.ReadSamples()) return Fail(kFailed, log.typed, reader.GetFault());
+  if (csv && IsSameFile(log.path, csv->path))
+    return Fail(kWrongUse, csv->typed, "not written: it is the log to convert");
   CStringArray names;
-  reader.GetNames(names);
+  CSampleStore samples;
+  const CString fault = ReadLog(log, names, samples);
+  if (!fault.IsEmpty()) return Fail(kFailed, log.typed, fault);
   const auto write = [&](CFile& file) {
     CCsvText text;
     WriteCsv(file, names, samples, text);
@@ -23,8 +25,8 @@ EExit Convert(const CFileArgument& log, const std::optional<CFileArgument>& csv)
   try {
     SaveFile(csv->path, write);
     return kDone;
-  } catch (const CFileException& fault) {
-    return Fail(kFailed, csv->typed, fault.Text());
+  } catch (const CFileException& exception) {
+    return Fail(kFailed, csv->typed, exception.Text());
   }
 }
 

@@ -2,7 +2,7 @@
 #include "host/common/demo.h"
 #include "host/cli/command.h"
 #include "host/cli/progress.h"
-#include "host/cli/terminal.h"
+#include "host/cli/terminal/terminal.h"
 #include "host/common/configuration_file.h"
 #include "vastra/platform/file_system.h"
 

@@ -1,4 +1,4 @@
-// What the program ends with.
+// The exit status of the program.
 #pragma once
 
 namespace vastra {

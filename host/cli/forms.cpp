@@ -1,8 +1,9 @@
 // vastra import, export and report: the forms of a configuration.
 #include "host/cli/command.h"
+#include "host/cli/files.h"
 #include "host/cli/load.h"
 #include "host/cli/output.h"
-#include "host/cli/terminal.h"
+#include "host/cli/terminal/terminal.h"
 #include "host/common/configuration_file.h"
 #include "host/common/configuration_json.h"
 
@@ -12,6 +13,8 @@ namespace {
 constexpr const char* kFileWords = "The configuration, as JSON or as a configuration file";
 
 EExit Import(const CFileArgument& from, const CFileArgument& to, const CNumber& version) {
+  if (IsSameFile(from.path, to.path))
+    return Fail(kWrongUse, to.typed, "not written: it is the file to import");
   CConfiguration configuration;
   if (Load(from, configuration) != kDone) return kRefused;
   if (version) configuration.m_version = static_cast<UINT>(*version);
@@ -40,7 +43,7 @@ CAction DeclareImport(CArguments& arguments) {
   const auto from = arguments.File("JSON", kFileWords);
   const auto to = arguments.File("FILE", "The configuration file to write");
   const auto version =
-      arguments.Number("--version", "1002|1003", "Version of the file, in place of the configuration's",
+      arguments.Number("--version", "1002|1003", "Version of the file; without it, that of the configuration",
                        kVersionFirst, kVersionNewest);
   return [=] { return Import(*from, *to, *version); };
 }

@@ -1,15 +1,15 @@
-// vastra inspect: what logs hold.
+// vastra inspect: variables, sample count and times of logs.
 #include "host/cli/command.h"
 #include "host/cli/json_output.h"
 #include "host/cli/output.h"
-#include "host/cli/terminal.h"
+#include "host/cli/read_log.h"
+#include "host/cli/terminal/terminal.h"
 #include "host/cli/time_text.h"
-#include "vastra/logfiles/log_reader.h"
 
 namespace vastra {
 namespace {
 
-// What one log holds, or why it is none.
+// The contents of one log, or why it cannot be read.
 struct CLogFacts {
   CString file;  // as it was typed
   CString fault;
@@ -21,12 +21,7 @@ struct CLogFacts {
 CLogFacts Look(const CFileArgument& file) {
   CLogFacts facts{file.typed, {}, {}, 0, {}, {}};
   CSampleStore samples;
-  CLogReader log(samples);
-  if (!log.Open(file.path) || !log.ReadSamples()) {
-    facts.fault = log.GetFault();
-    return facts;
-  }
-  log.GetNames(facts.names);
+  facts.fault = ReadLog(file, facts.names, samples);
   facts.samples = samples.GetCount();
   if (samples.IsEmpty()) return facts;
   facts.first = samples.GetHead().m_time;
@@ -54,14 +49,16 @@ std::string Count(std::size_t count, const char* noun) {
   return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
-std::string ToText(const CLogFacts& facts) {
+std::vector<std::string> ToLines(const CLogFacts& facts) {
   const auto variables = static_cast<std::size_t>(facts.names.GetSize());
-  std::string text = facts.file.Std() + "\n  " + Count(facts.samples, "sample") + " of " +
-                     Count(variables, "variable") + "\n";
-  if (facts.samples)
-    text += "  from  " + LocalTimeText(facts.first) + "\n  to    " + LocalTimeText(facts.last) + "\n";
-  for (const CString& name : facts.names) text += "  - " + name.Std() + "\n";
-  return text;
+  std::vector<std::string> lines = {
+      facts.file.Std(), "  " + Count(facts.samples, "sample") + " of " + Count(variables, "variable")};
+  if (facts.samples) {
+    lines.push_back("  from  " + LocalTimeText(facts.first));
+    lines.push_back("  to    " + LocalTimeText(facts.last));
+  }
+  for (const CString& name : facts.names) lines.push_back("  - " + name.Std());
+  return lines;
 }
 
 EExit Inspect(const std::vector<CFileArgument>& files, bool asJson) {
@@ -74,7 +71,7 @@ EExit Inspect(const std::vector<CFileArgument>& files, bool asJson) {
       list.push_back(ToJson(facts));
     else if (!facts.fault.IsEmpty())
       Fail(kFailed, facts.file, facts.fault);
-    else if (PrintData(ToText(facts)) != kDone)
+    else if (PrintLines(ToLines(facts)) != kDone)
       return kFailed;
   }
   if (asJson && PrintJson(list) != kDone) return kFailed;

@@ -1,5 +1,5 @@
-// The JSON that commands print: one line, keys in the order in which they were put, texts that are no UTF-8
-// with U+FFFD for what is wrong in them.
+// The JSON that commands print: one line, keys in the order in which they were added, U+FFFD for bytes that
+// are not UTF-8.
 #pragma once
 
 #include "host/cli/exit.h"
@@ -8,7 +8,8 @@
 
 namespace vastra {
 
-// A number that reads back to the same double; "inf", "-inf" and "nan" for those that JSON lacks.
+// A number that reads back to the same double; the strings "inf", "-inf" and "nan" for what JSON cannot
+// represent.
 CJson ToJson(double number);
 inline CJson ToJson(const CString& text) { return text.Std(); }
 

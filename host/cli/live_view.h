@@ -6,8 +6,8 @@
 #include <deque>
 #include <vector>
 
-#include "host/cli/pace.h"
 #include "host/cli/session.h"
+#include "host/cli/terminal/pace.h"
 
 namespace vastra {
 
@@ -30,7 +30,7 @@ class CLiveView : public CSessionView {
   };
 
   void TakeSparks();
-  std::string Table() const;
+  std::vector<std::string> Table() const;
   std::string Line() const;
   void PrintLine();
 

@@ -1,6 +1,6 @@
 #include "host/cli/load.h"
 
-#include "host/cli/terminal.h"
+#include "host/cli/terminal/terminal.h"
 #include "host/common/configuration_file.h"
 
 namespace vastra {

@@ -8,26 +8,26 @@
 
 #include "host/cli/command.h"
 #include "host/cli/output.h"
-#include "host/cli/terminal.h"
+#include "host/cli/terminal/terminal.h"
 
 namespace vastra {
 namespace {
 
-// A standard stream that the caller has closed must not become the first file that is opened.
+// A standard stream that the caller has closed must not become the first file that the program opens.
 void OccupyStandardStreams() {
   int handle = 0;
   while (handle >= 0 && handle <= STDERR_FILENO) handle = ::open("/dev/null", O_RDONLY);
   if (handle >= 0) ::close(handle);
 }
 
-// The command that is asked for.
+// The command to run.
 struct CRequest {
   const char* name = nullptr;
   CAction action;
 };
 
 void AddCommand(CLI::App& line, const CCommand& command, CRequest& request) {
-  CLI::App* sub = line.add_subcommand(command.name, command.words);
+  CLI::App* sub = line.add_subcommand(command.name, command.help);
   sub->footer(std::string("Example:\n  ") + command.example);
   CArguments arguments(*sub);
   sub->final_callback([&request, &command, action = command.declare(arguments)] {
@@ -35,7 +35,7 @@ void AddCommand(CLI::App& line, const CCommand& command, CRequest& request) {
   });
 }
 
-// The words of the library, but for what it tells of the command itself.
+// The message of the parsing library; for an unknown command, one of our own.
 CString WhatIsWrong(const CLI::App& line, const CLI::ParseError& fault) {
   if (!line.get_subcommands().empty() || line.remaining_size() == 0) return fault.what();
   return "there is no command " + CString(line.remaining().front());
@@ -45,16 +45,16 @@ EExit FailUse(const CLI::App& line, const CLI::ParseError& fault) {
   const auto given = line.get_subcommands();
   const CString command = given.empty() ? CString() : " " + CString(given.front()->get_name());
   return Fail(kWrongUse, given.empty() ? CString("command line") : command.Mid(1),
-              WhatIsWrong(line, fault) + " (vastra" + command + " --help tells more)");
+              WhatIsWrong(line, fault) + " (see vastra" + command + " --help)");
 }
 
-// The words of the help.
+// The texts of the help.
 void Describe(CLI::App& line) {
   line.get_formatter()->label("SUBCOMMAND", "COMMAND");
   line.get_formatter()->label("Subcommands", "Commands");
   line.get_formatter()->label("Positionals", "Arguments");
   line.set_version_flag("--version", "vastra " VASTRA_VERSION, "Print the version and exit");
-  line.footer("vastra COMMAND --help tells more of a command, with an example.");
+  line.footer("vastra COMMAND --help explains a command, with an example.");
 }
 
 EExit Main(int argc, char** argv) {
@@ -74,7 +74,7 @@ EExit Main(int argc, char** argv) {
   }
   try {
     return request.action();
-  } catch (const std::exception& fault) {  // no memory, or no pipe to be had
+  } catch (const std::exception& fault) {  // such as no memory
     return Fail(kFailed, request.name, fault.what());
   }
 }
@@ -84,10 +84,10 @@ EExit Main(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   vastra::OccupyStandardStreams();
-  ::signal(SIGPIPE, SIG_IGN);  // a reader that has gone is a failed write
+  ::signal(SIGPIPE, SIG_IGN);  // a reader that has closed the pipe is a failed write
   try {
     return vastra::Main(argc, argv);
-  } catch (...) {  // not even the words for it could be made
+  } catch (...) {  // no memory for a message
     return vastra::kFailed;
   }
 }

@@ -1,4 +1,4 @@
-// Numbers as this host shows them.
+// Numbers as the commands show them.
 #pragma once
 
 #include <charconv>
@@ -7,7 +7,7 @@
 
 namespace vastra {
 
-// The shortest text that reads back to the same float; "nan", "inf" or "-inf".
+// The shortest string that reads back to the same float; "nan", "inf" or "-inf".
 inline std::string ToText(float value) {
   if (std::isnan(value)) return "nan";  // of either sign
   char text[64];

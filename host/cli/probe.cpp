@@ -12,7 +12,7 @@
 #include "host/cli/json_output.h"
 #include "host/cli/number_text.h"
 #include "host/cli/output.h"
-#include "host/cli/terminal.h"
+#include "host/cli/terminal/terminal.h"
 #include "host/common/shown_text.h"
 #include "vastra/platform/file_system.h"
 #include "vastra/plc/driver_factory.h"

@@ -1,22 +1,19 @@
 #include "host/cli/progress.h"
 
-#include "host/cli/terminal.h"
+#include "host/cli/terminal/figures.h"
+#include "host/cli/terminal/terminal.h"
 
 namespace vastra {
 namespace {
 
-constexpr int kBarWidth = 20;
-
 using Number = unsigned long long;  // as printf knows it
 
-CString Bar(const CLogInput& input) {
+CString BarOf(const CLogInput& input) {
   const UINT total = input.TotalFilesToRead();
   const float part = input.PercentCompleted() + input.PartOfLog() / static_cast<float>(total);
-  const auto done = static_cast<int>(part * kBarWidth);
   CString bar;
-  bar.Format("[%s%s] %3d %%  log %u of %u  ", std::string(static_cast<std::size_t>(done), '#').c_str(),
-             std::string(static_cast<std::size_t>(kBarWidth - done), '.').c_str(),
-             static_cast<int>(part * 100), input.FilesRead() + 1, total);
+  bar.Format("%s %3d %%  log %u of %u  ", Bar(part).c_str(), static_cast<int>(part * 100),
+             input.FilesRead() + 1, total);
   return bar;
 }
 
@@ -27,7 +24,7 @@ CString TextOf(const CScanLoop& loop) {
   CString numbers;
   numbers.Format("%llu read, %llu failed, %llu late, in memory %llu of %llu", Number(counts.read),
                  Number(counts.failedReads), Number(counts.late), Number(fill.m_samples), Number(fill.m_of));
-  return (input.TotalFilesToRead() ? Bar(input) : CString()) + numbers;
+  return (input.TotalFilesToRead() ? BarOf(input) : CString()) + numbers;
 }
 
 }  // namespace
@@ -35,7 +32,7 @@ CString TextOf(const CScanLoop& loop) {
 CScanLoop::Time CProgress::Show(const CScanLoop& loop) {
   if (!CTerminal::Instance().HasStatus()) return CScanLoop::Time::max();
   if (!m_pace.IsDue()) return m_pace.Next();
-  CTerminal::Instance().Status(TextOf(loop));
+  CTerminal::Instance().Status({TextOf(loop).Std()});
   return CScanLoop::Time::max();
 }
 

@@ -2,8 +2,8 @@
 // disk yet.
 #pragma once
 
-#include "host/cli/pace.h"
 #include "host/cli/session.h"
+#include "host/cli/terminal/pace.h"
 
 namespace vastra {
 

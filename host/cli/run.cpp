@@ -3,7 +3,7 @@
 #include "host/cli/json_output.h"
 #include "host/cli/progress.h"
 #include "host/cli/run_arguments.h"
-#include "host/cli/terminal.h"
+#include "host/cli/terminal/terminal.h"
 
 namespace vastra {
 namespace {

@@ -1,7 +1,7 @@
 #include "host/cli/run_arguments.h"
 
 #include "host/cli/load.h"
-#include "host/cli/terminal.h"
+#include "host/cli/terminal/terminal.h"
 
 namespace vastra {
 namespace {

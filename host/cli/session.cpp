@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "host/cli/inbox.h"
-#include "host/cli/terminal.h"
+#include "host/cli/terminal/terminal.h"
 #include "host/cli/written_files.h"
 #include "host/common/equation_check.h"
 #include "host/common/log_places.h"

@@ -1,4 +1,4 @@
-// Times as this host shows them.
+// Times as the commands show them.
 #pragma once
 
 #include <cstdint>

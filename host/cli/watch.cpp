@@ -2,7 +2,7 @@
 #include "host/cli/command.h"
 #include "host/cli/live_view.h"
 #include "host/cli/run_arguments.h"
-#include "host/cli/terminal.h"
+#include "host/cli/terminal/terminal.h"
 
 namespace vastra {
 namespace {

@@ -1,26 +1,31 @@
-// Texts of users and of files as a screen can show them: UTF-8, and nothing in them that steers a terminal.
+// Texts of users, files and drivers as a screen can show them. Each host passes all text that it shows
+// through Printable or PrintableLines, so that no text can control a terminal.
 #pragma once
 
-#include <algorithm>
 #include <string>
 #include <string_view>
 
 namespace vastra {
 
-// Whether c goes on with the character that a byte before it began.
+// Whether c is a byte of a UTF-8 character after its first byte.
 inline bool IsInsideCharacter(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
 
-// Characters of text.
-inline std::size_t WidthOf(std::string_view text) {
-  return text.size() - static_cast<std::size_t>(std::count_if(text.begin(), text.end(), IsInsideCharacter));
-}
+// Number of characters of text.
+std::size_t WidthOf(std::string_view text);
 
-// The text with "?" for control bytes other than the tab.
-inline std::string Printable(std::string_view text) {
-  std::string shown(text);
-  for (char& c : shown)
-    if ((static_cast<unsigned char>(c) < ' ' && c != '\t') || c == '\x7F') c = '?';
-  return shown;
-}
+// One line: text with "?" for each control character (U+0000 to U+001F except the tab, U+007F to U+009F).
+// Other bytes stay, also those that are not UTF-8.
+std::string Printable(std::string_view text);
+// Several lines: line feeds stay, and a carriage return before a line feed is removed.
+std::string PrintableLines(std::string_view text);
+
+// A place in a text, for an error message: the line of the text around the place, cut to what a screen line
+// can show, and a line with a caret under the place.
+struct CMarkedPlace {
+  std::string line;
+  std::string caret;
+};
+// offset: bytes from the start of text, up to its size.
+CMarkedPlace MarkPlace(std::string_view text, std::size_t offset);
 
 }  // namespace vastra

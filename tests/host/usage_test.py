@@ -61,7 +61,7 @@ class Usage(CommandTest):
         os.close(read)
         result = self.vastra("drivers", "--json", stdout=write)
         os.close(write)
-        self.assertEqual((1, "vastra: standard output: Broken pipe\n"), (result.status, result.err))
+        self.assertEqual((1, ""), (result.status, result.err))
         closed = subprocess.run(["sh", "-c", '"$0" drivers >&-', VASTRA], capture_output=True)
         self.assertEqual((1, b"vastra: standard output: Bad file descriptor\n"), (closed.returncode, closed.stderr))
 

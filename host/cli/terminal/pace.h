@@ -1,4 +1,4 @@
-// CPace: keeps what a user sees from being drawn too often.
+// CPace: limits how often the status is drawn.
 #pragma once
 
 #include "host/common/scan_loop.h"
@@ -11,7 +11,7 @@ class CPace {
 
   explicit CPace(std::chrono::milliseconds pause = std::chrono::milliseconds(100)) : m_pause(pause) {}
 
-  // Whether it is time to draw; the next time comes when the pause is over.
+  // Whether it is time to draw. If so, the next time is one pause later.
   bool IsDue() {
     const Time now = std::chrono::steady_clock::now();
     if (now < m_next) return false;

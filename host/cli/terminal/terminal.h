@@ -1,0 +1,63 @@
+// CTerminal: what the user sees on standard error. Whole lines, coloured on a terminal, and below them a
+// status of one or more lines that is redrawn in place. Where standard error is not a terminal there is no
+// colour and no status; the lines of a command that runs for long then begin with the time. watch draws its
+// status on standard output instead.
+//
+// Control characters in a line or in the status are shown as "?", in a pipe or a file too: a message is
+// always one line.
+//
+// Threads: all operations may be called from any thread; lines are never mixed.
+#pragma once
+
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "host/cli/exit.h"
+#include "vastra/platform/string.h"
+
+namespace vastra {
+
+constexpr COLORREF kPlain = 0x000000, kErrorColour = 0x0000B4, kWarningColour = 0x0082FF;
+
+class CTerminal {
+ public:
+  // The only one of this process.
+  static CTerminal& Instance();
+
+  // From now on each line begins with the local time if standard error is not a terminal.
+  void StampLines() { m_stamped = !m_isTerminal; }
+  // From now on Remark prints nothing, and there is no status on standard error.
+  void BeQuiet() { m_quiet = true; }
+
+  // Prints one line; text has no line end.
+  void Line(const CString& text, COLORREF colour = kPlain);
+  // Prints a line that --quiet drops.
+  void Remark(const CString& text, COLORREF colour = kPlain);
+  // Replaces the status with as many of lines as fit; without lines it removes the status.
+  void Status(const std::vector<std::string>& lines);
+  void EndStatus() { Status({}); }
+  bool HasStatus() const;
+  // From now on the status goes to standard output. Returns whether that is a terminal that can show it.
+  bool PutStatusOnOutput();
+
+ private:
+  CTerminal();
+
+  bool m_isTerminal = false;
+  int m_statusFile;            // where the status is drawn
+  bool m_statusObeys = false;  // m_statusFile is a terminal that can erase a line
+  bool m_coloured = false;
+  bool m_stamped = false;
+  bool m_quiet = false;
+  std::mutex m_mutex;
+  std::vector<std::string> m_status;  // the lines on the screen
+};
+
+// Prints the error message "vastra: SUBJECT: WORDS" and returns status. subject is a file as it was typed, or
+// a command.
+EExit Fail(EExit status, const CString& subject, const CString& words);
+// Prints a warning in the same form; --quiet drops it.
+void Warn(const CString& subject, const CString& words);
+
+}  // namespace vastra
