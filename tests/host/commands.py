@@ -1,6 +1,8 @@
-"""What the tests of the commands share: the real program, real files, and logs made here byte by byte."""
+"""Shared by the tests of the commands: the real program, real files, logs made byte by byte, and a real terminal."""
 import json
 import os
+import pty
+import signal
 import struct
 import subprocess
 import tempfile
@@ -10,10 +12,8 @@ VASTRA = os.environ["VASTRA"]
 
 
 class Result:
-    def __init__(self, process):
-        self.status = process.returncode
-        self.out = process.stdout
-        self.err = process.stderr.decode("utf-8", "surrogateescape")
+    def __init__(self, status, out, err):
+        self.status, self.out, self.err = status, out, err.decode("utf-8", "surrogateescape")
 
     def json(self):
         return json.loads(self.out)
@@ -34,22 +34,42 @@ class CommandTest(unittest.TestCase):
     def environment(self):
         return dict(os.environ, TZ=self.zone)
 
-    def vastra(self, *args, **options):
-        options = dict(dict(stdout=subprocess.PIPE, stderr=subprocess.PIPE, env=self.environment()), **options)
-        return Result(subprocess.run([VASTRA, *args], cwd=self.folder, timeout=60, **options))
-
     def start(self, *args, **options):
-        return subprocess.Popen([VASTRA, *args], cwd=self.folder, env=self.environment(), **options)
+        options = {"cwd": self.folder, "env": self.environment(), **options}
+        return subprocess.Popen([options.pop("program", VASTRA), *args], **options)
+
+    def vastra(self, *args, **options):
+        process = self.start(*args, **{"stdout": subprocess.PIPE, "stderr": subprocess.PIPE, **options})
+        with process:
+            out, err = process.communicate(timeout=60)
+        return Result(process.returncode, out, err or b"")
+
+    def on_terminal(self, *args, output=False, until=None, **environment):
+        """What args show on a terminal, as standard error, or as standard output too. Interrupted at `until`."""
+        ours, theirs = pty.openpty()
+        process = self.start(*args, stdout=theirs if output else subprocess.DEVNULL, stderr=theirs,
+                             env={**self.environment(), "TERM": "xterm", **environment})
+        os.close(theirs)
+        shown = b""
+        while True:
+            try:
+                shown += os.read(ours, 65536)
+            except OSError:  # the other end is closed
+                break
+            if until and until in shown.decode(errors="replace"):
+                process.send_signal(signal.SIGINT)
+                until = None  # a second signal would end it at once
+        os.close(ours)
+        process.wait(timeout=30)
+        return shown.decode(errors="surrogateescape")
 
     def write(self, name, content):
-        """Writes bytes, a text or a tree as JSON; gives the name."""
+        """Writes bytes, a text or a tree as JSON; returns the name."""
         if isinstance(content, dict):
             content = json.dumps(content)
-        if isinstance(content, str):
-            content = content.encode()
         os.makedirs(os.path.dirname(self.path(name)), exist_ok=True)
         with open(self.path(name), "wb") as file:
-            file.write(content)
+            file.write(content.encode() if isinstance(content, str) else content)
         return name
 
     def read(self, name):
@@ -57,20 +77,27 @@ class CommandTest(unittest.TestCase):
             return file.read()
 
 
-def text(value):
-    value = value.encode()
-    return (bytes([len(value)]) if len(value) < 255 else b"\xff" + struct.pack("<H", len(value))) + value
+class LogTest(CommandTest):
+    """With a folder for logs."""
+
+    def setUp(self):
+        super().setUp()
+        os.mkdir(self.path("logs"))
+
+    def rows(self):
+        """The rows of all text copies in the folder, as lists of their columns."""
+        return [row.split(",") for name in sorted(os.listdir(self.path("logs"))) if name.endswith(".csv")
+                for row in self.read("logs/" + name).decode().splitlines()[1:]]
 
 
 def log(names, samples):
     """The bytes of a binary log. A sample is its second, and its values."""
-    def time(second):
-        return struct.pack("<iHhhH", second, 0, 0, 0, 0)
-    first, last = samples[0][0], samples[-1][0]
-    parts = [struct.pack("<IIiiI", 0x2C0F0781, 0, first, last, 0), b"\0",
-             struct.pack("<H", len(names)), *map(text, names), struct.pack("<I", len(samples))]
+    parts = [struct.pack("<IIiiI", 0x2C0F0781, 0, samples[0][0], samples[-1][0], 0), b"\0",
+             struct.pack("<H", len(names)), *(bytes([len(name.encode())]) + name.encode() for name in names),
+             struct.pack("<I", len(samples))]
     parts += [struct.pack("<H%df" % len(values), len(values), *values) for _, *values in samples]
-    parts += [struct.pack("<H", len(samples)), *(time(second) for second, *_ in samples), struct.pack("<I", 0)]
+    parts += [struct.pack("<H", len(samples)), *(struct.pack("<iHhhH", time, 0, 0, 0, 0) for time, *_ in samples),
+              struct.pack("<I", 0)]
     return b"".join(parts)
 
 
@@ -88,5 +115,4 @@ def replayed(files, outputs=(), **more):
 
 
 def output(directory, names=("x",), **more):
-    return {"enableText": "WriteToLog = 1;", "varNames": list(names), "saveRp": 1, "directory": directory,
-            "nameVariable": "System Time", **more}
+    return {"enableText": "WriteToLog = 1;", "varNames": list(names), "saveRp": 1, "directory": directory, **more}

@@ -1,40 +1,31 @@
-"""vastra eval: what a user learns of equations."""
+"""vastra eval: how it shows values, code and faults. What equations compute is tested in tests/equations."""
 import math
 import unittest
 
 from commands import CommandTest
 
-# Text, inputs, passes, and the variables after the last pass.
+# Text, inputs, passes, and the variables after the last pass; None for a fault.
 VALUES = [
-    ("y = 2 * a + 1;", ["a=1.5"], 1, {"a": 1.5, "y": 4.0}),
-    ("n = n + 1", [], 3, {"n": 3.0}),
+    ("y = 2 * a + 1; n = n + 1;", ["a=1.5"], 3, {"a": 1.5, "y": 4.0, "n": 3.0}),
     ("b = a + 1; a = 1;", [], 1, {"b": 1.0, "a": 1.0}),
-    ("b = a + 1; a = 1;", [], 2, {"b": 2.0, "a": 1.0}),
     ("y = 0.1;", [], 1, {"y": 0.10000000149011612}),
-    ("y = a / 0; z = y;", ["a=1"], 1, {"a": 1.0, "y": "inf", "z": "inf"}),
     ("y = -a; z = y - y;", ["a=inf"], 1, {"a": "inf", "y": "-inf", "z": "nan"}),
-    ("x = x + 1;", ["x=5"], 1, {"x": 5.0}),  # computes into a variable that no name reaches
+    ("x = x + 1;", ["x=5"], 1, {"x": 5.0}),  # the name is that of the input
     ("y = a;", ["a=1", "a=2"], 1, {"a": 1.0, "y": 1.0}),
-    ("y = Grün;", ["Grün=1"], 1, None),
     ("y = a;", ["a=-1e-3"], 1, {"a": -0.0010000000474974513, "y": -0.0010000000474974513}),
-    ("/* note */ y = 1; // end\n", [], 1, None),
+    ("y = Grün;", ["Grün=1"], 1, None),
     ("", ["a=1"], 1, {"a": 1.0}),
 ]
 
-SYNTAX = "no statement of the language"
-UNKNOWN = "a name that nothing assigns"
-
-# Text, the statement with the fault, its offset, what is told of it, and the line with the caret.
+# Text, the statement with the fault, its offset, and the lines with the fault and the caret.
 FAULTS = [
-    ("y = ;", 1, 4, SYNTAX, "y = ", "    ^"),
-    ("a = 1; y = b * 2;", 2, 5, UNKNOWN, " y = b * 2", "     ^"),
-    ("y = 1 +", 1, 7, SYNTAX, "y = 1 +", "       ^"),
-    ("a = 1;\n\ty = /* ü */ (2;", 2, 17, SYNTAX, "\ty = /* ü */ (2", "\t              ^"),
-    ("a = 1; /* end */", 2, 10, SYNTAX, " /* end */", "          ^"),
-    ("x /* = */ = 1;", 1, 5, "the word before", "x /* = */ = 1", "     ^"),
-    ("y = 1 + " + "ü" * 100 + "; z = 1;", 1, 8, SYNTAX, "y = 1 + " + "ü" * 30, " " * 8 + "^"),
-    ("y = 1" + " + 1" * 40 + " + b" + " + 1" * 40, 1, 168, UNKNOWN, "1 + " * 15 + "b" + " + 1" * 14 + " + ", " " * 60 + "^"),
-    ("y = 1 \x1b[2J + b", 1, 6, SYNTAX, "y = 1 ?[2J + b", "      ^"),
+    ("a = 1; y = b * 2;", 2, 5, " y = b * 2", "     ^"),
+    ("y = 1 +", 1, 7, "y = 1 +", "       ^"),
+    ("a = 1;\n\ty = /* ü */ (2;", 2, 17, "\ty = /* ü */ (2", "\t              ^"),
+    ("y = 1 + " + "ü" * 100 + "; z = 1;", 1, 8, "y = 1 + " + "ü" * 30, " " * 8 + "^"),
+    ("y = 1" + " + 1" * 40 + " + b" + " + 1" * 40, 1, 168, "1 + " * 15 + "b" + " + 1" * 14 + " + ", " " * 60 + "^"),
+    ("y =" + " " * 58 + "b", 1, 61, " =" + " " * 58 + "b", " " * 60 + "^"),
+    ("y = 1 \x1b[2J\x7f\x9b + b", 1, 6, "y = 1 ?[2J?? + b", "      ^"),
 ]
 
 
@@ -47,26 +38,20 @@ class Eval(CommandTest):
         for text, variables, passes, values in VALUES:
             with self.subTest(text=text, passes=passes):
                 result = self.evaluate(text, variables, passes)
-                self.assertEqual("", result.err)
-                self.assertEqual(0 if values is not None else 1, result.status)
+                self.assertEqual((0 if values else 1, ""), (result.status, result.err))
                 self.assertEqual(values, result.json().get("values"))
 
-    def test_faults_are_told_with_statement_offset_and_caret(self):
-        for text, statement, offset, why, line, caret in FAULTS:
+    def test_a_fault_has_its_statement_offset_and_caret(self):
+        for text, statement, offset, line, caret in FAULTS:
             with self.subTest(text=text[:40]):
                 result = self.evaluate(text)
                 self.assertEqual((1, ""), (result.status, result.err))
                 self.assertEqual({"statement": statement, "offset": offset}, result.json()["error"])
                 plain = self.vastra("eval", text)
                 self.assertEqual((1, b""), (plain.status, plain.out))
-                told, *shown = plain.err.splitlines()
-                self.assertRegex(told, r"\Avastra: eval: statement %d, offset %d: %s" % (statement, offset, why))
+                message, *shown = plain.err.splitlines()
+                self.assertRegex(message, r"\Avastra: eval: statement %d, offset %d: \w+" % (statement, offset))
                 self.assertEqual([line, caret], shown)
-
-    def test_nesting_has_an_end(self):
-        told, *shown = self.vastra("eval", "y = " + "(" * 100000 + "1").err.splitlines()
-        self.assertRegex(told, r"offset \d+: nested too deeply\Z")
-        self.assertEqual(["(" * 120, " " * 60 + "^"], shown)
 
     def test_the_code_of_a_statement(self):
         result = self.evaluate("y = a > 0 ? b : c; z = 1;", ["a=1", "b=2", "c=3"]).json()
@@ -79,18 +64,12 @@ class Eval(CommandTest):
             "positions": [0, 18, 25],
             "values": {"a": 1.0, "b": 2.0, "c": 3.0, "y": 2.0, "z": 1.0}}, result)
 
-    def test_results_are_doubles_and_undefined_is_said(self):
-        statements = self.evaluate("y = 0.1; z = log(0); w = exp(1000);").json()["statements"]
-        self.assertEqual([0.1, "undefined", "inf"], [statement["result"] for statement in statements])
-
-    def test_plain_output_names_what_is_assigned(self):
-        result = self.vastra("eval", "y = a / 3; x = 1 / 0; y = y + 1;", "--var", "a=1")
-        self.assertEqual((0, ""), (result.status, result.err))
-        self.assertEqual(b"y = 1.3333334\nx = inf (undefined)\n", result.out)
-
-    def test_numbers_read_back_to_the_same_double(self):
-        result = self.evaluate("y = 1 / 3; z = exp(1); w = 1e99;").json()["statements"]
-        self.assertEqual([1 / 3, math.e, 1e99], [statement["result"] for statement in result])
+    def test_results_are_doubles_and_undefined_is_shown(self):
+        statements = self.evaluate("y = 1 / 3; z = log(0); w = exp(1000); v = exp(1);").json()["statements"]
+        self.assertEqual([1 / 3, "undefined", "inf", math.e], [statement["result"] for statement in statements])
+        plain = self.vastra("eval", "y = a / 3; x = 1 / 0; y = y + 1; z = 0 - x; n = x + z;", "--var", "a=1")
+        self.assertEqual((0, ""), (plain.status, plain.err))
+        self.assertEqual(b"y = 1.3333334\nx = inf (undefined)\nz = -inf\nn = nan\n", plain.out)
 
 
 if __name__ == "__main__":

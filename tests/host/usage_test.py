@@ -1,67 +1,68 @@
-"""The command line itself: help, wrong use, where words and data go."""
+"""The command line itself: help, wrong use, driver modules, and output that cannot be written."""
 import os
+import shutil
 import subprocess
 import unittest
 
 from commands import CommandTest, VASTRA
 
-COMMANDS = ["demo", "run", "watch", "check", "import", "export", "report", "inspect", "convert", "eval", "drivers",
-            "probe"]
+COMMANDS = ["demo", "run", "watch", "check", "import", "export", "report", "inspect", "convert", "eval", "drivers", "probe"]
 
-# Arguments, and a part of the one line that says what is wrong.
+# Arguments, and a part of the one line of the message.
 WRONG = [
-    ([], "required"),
-    (["fly"], "fly"),
-    (["run"], "FILE is required"),
-    (["run", "a.json", "b.json"], "b.json"),
-    (["run", "a.json", "--scans", "-1"], "--scans"),
-    (["run", "a.json", "--scans", "1x"], "1x"),
-    (["run", "a.json", "--scans", "99999999999999999999"], "not a whole number"),
-    (["run", "a.json", "--scans", "2", "--scans", "3"], "--scans"),
-    (["run", "a.json", "--period", "4294967296"], "4294967295"),
-    (["run", "a.json", "--debug", "--quiet"], "--debug"),
-    (["import", "a.json", "b.vst", "--version", "1001"], "1001"),
-    (["import", "a.json"], "FILE is required"),
-    (["inspect"], "LOG is required"),
-    (["eval", "y = a;", "--var", "a"], "NAME=VALUE"),
-    (["eval", "y = a;", "--var", "a=1.5x"], "1.5x"),
-    (["eval", "y = a;", "--var", "=1"], "NAME=VALUE"),
-    (["eval", "y = 1;", "--passes", "0"], "from 1"),
+    ("", "required"), ("fly\x1b[2J\n", "command fly?[2J? "), ("run", "FILE is required"), ("run a.json b.json", "b.json"),
+    ("run a.json --scans -1", "--scans"), ("run a.json --scans 1x", "1x"), ("run a.json --scans", "--scans"),
+    ("run a.json --scans 99999999999999999999", "not a whole number"), ("run a.json --scans 2 --scans 3", "--scans"),
+    ("run a.json --period 4294967296", "4294967295"), ("run a.json --debug --quiet", "--debug"),
+    ("import a.json b.vst --version 1001", "1001"), ("import a.json", "FILE is required"), ("inspect", "LOG is required"),
+    ("watch --vars a,b", "FILE is required"), ("eval y=a; --var a", "NAME=VALUE"), ("eval y=a; --var a=1.5x", "1.5x"),
+    ("eval y=a; --var =1", "NAME=VALUE"), ("eval y=1; --passes 0", "from 1"),
 ]
 
 
 class Usage(CommandTest):
     def test_wrong_use_is_one_line_and_status_2(self):
-        for args, words in WRONG:
-            with self.subTest(args):
-                result = self.vastra(*args)
+        for line, words in WRONG:
+            with self.subTest(line):
+                result = self.vastra(*line.split(" ") if line else [])
                 self.assertEqual((2, b""), (result.status, result.out))
                 self.assertRegex(result.err, r"\Avastra: [^\n]*\n\Z")
                 self.assertIn(words, result.err)
+        self.assertEqual(3, self.vastra("watch", "--vars", "a", "none.json").status)
 
-    def test_each_command_has_help_with_an_example(self):
+    def test_help_has_an_example_and_version_is_data(self):
         for command in COMMANDS:
-            with self.subTest(command):
-                result = self.vastra(command, "--help")
-                self.assertEqual((0, ""), (result.status, result.err))
-                self.assertIn(b"Example:\n  vastra " + command.encode(), result.out)
-
-    def test_version_is_data(self):
+            result = self.vastra(command, "--help")
+            self.assertEqual((0, ""), (result.status, result.err))
+            self.assertIn(b"Example:\n  vastra " + command.encode(), result.out)
         result = self.vastra("--version")
         self.assertEqual((0, ""), (result.status, result.err))
         self.assertRegex(result.out, rb"\Avastra \d+\.\d+\.\d+\n\Z")
 
+    def test_drivers_lists_modules_and_what_is_left_out(self):
+        program = shutil.copy(VASTRA, self.path("vastra"))
+        shutil.copy(os.path.join(os.path.dirname(VASTRA), "simulator.so"), self.path("b.SO"))
+        self.write("text.so", "no module")
+        os.mkdir(self.path("folder.so"))
+        os.mkdir(self.path("folder"))
+        os.symlink("folder.so", self.path("link.so"))
+        os.symlink("nothing", self.path("dangling\n.so"))
+        os.symlink("b.SO", self.path("c.so"))
+        result = self.vastra("drivers", program=program)
+        self.assertEqual((0, b"  0        9001  Simulator  (b.SO)\n  1        9001  Simulator  (c.so)\n"),
+                         (result.status, result.out))
+        self.assertRegex(result.err, r"""\Avastra: dangling\?\.so: left out: it is a link to nothing
+vastra: folder\.so: left out: it is a folder
+vastra: link\.so: left out: it is a folder
+vastra: text\.so: left out: .*file too short\n\Z""")
+        self.assertEqual([{"index": i, "id": 9001, "name": "Simulator", "file": file} for i, file in enumerate(["b.SO", "c.so"])],
+                         self.vastra("drivers", "--json", program=program).json())
+
     def test_data_that_cannot_be_written_is_a_failure(self):
-        commands = [["--help"], ["--version"], ["drivers"], ["drivers", "--json"], ["eval", "y = 1;"]]
-        for args in commands:
+        for args in [["--help"], ["--version"], ["drivers"], ["drivers", "--json"], ["eval", "y = 1;"]]:
             with self.subTest(args), open("/dev/full", "wb") as full:
                 result = self.vastra(*args, stdout=full)
                 self.assertEqual((1, "vastra: standard output: No space left on device\n"), (result.status, result.err))
-        read, write = os.pipe()
-        os.close(read)
-        result = self.vastra("drivers", "--json", stdout=write)
-        os.close(write)
-        self.assertEqual((1, ""), (result.status, result.err))
         closed = subprocess.run(["sh", "-c", '"$0" drivers >&-', VASTRA], capture_output=True)
         self.assertEqual((1, b"vastra: standard output: Bad file descriptor\n"), (closed.returncode, closed.stderr))
 
