@@ -13,20 +13,20 @@ VASTRA = os.environ["VASTRA"]
 
 class Result:
     def __init__(self, status, out, err):
-        self.status, self.out, self.err = status, out, err.decode("utf-8", "surrogateescape")
+        self.status, self.out, self.err = status, out, (err or b"").decode("utf-8", "surrogateescape")
 
     def json(self):
         return json.loads(self.out)
 
 
 class CommandTest(unittest.TestCase):
-    """Each test works in an empty folder of its own, in the zone UTC."""
+    """Each test works in a folder of its own, in the zone UTC."""
+    zone = "UTC"
 
     def setUp(self):
         folder = tempfile.TemporaryDirectory(prefix="vastra-")
         self.addCleanup(folder.cleanup)
         self.folder = os.path.realpath(folder.name)
-        self.zone = "UTC"
 
     def path(self, *parts):
         return os.path.join(self.folder, *parts)
@@ -34,15 +34,24 @@ class CommandTest(unittest.TestCase):
     def environment(self):
         return dict(os.environ, TZ=self.zone)
 
-    def start(self, *args, **options):
-        options = {"cwd": self.folder, "env": self.environment(), **options}
-        return subprocess.Popen([options.pop("program", VASTRA), *args], **options)
+    def start(self, *args, program=VASTRA, **options):
+        return subprocess.Popen([program, *args], **{"cwd": self.folder, "env": self.environment(), **options})
 
     def vastra(self, *args, **options):
-        process = self.start(*args, **{"stdout": subprocess.PIPE, "stderr": subprocess.PIPE, **options})
-        with process:
+        with self.start(*args, **{"stdout": subprocess.PIPE, "stderr": subprocess.PIPE, **options}) as process:
             out, err = process.communicate(timeout=60)
-        return Result(process.returncode, out, err or b"")
+        return Result(process.returncode, out, err)
+
+    def expect(self, args, status=0, out="", err="", **options):
+        """Runs a command. out: its output; err: how its only message begins, a pattern. None: anything."""
+        args = args.split() if isinstance(args, str) else args
+        result = self.vastra(*args, **options)
+        with self.subTest(args):
+            self.assertEqual(status, result.status, result.err)
+            self.assertEqual(result.out if out is None else out.encode() if isinstance(out, str) else out, result.out)
+            if err is not None:
+                self.assertRegex(result.err, r"\A%s\Z" % (err and r"(\S+ )?vastra: " + err + r"[^\n]*\n"))
+        return result
 
     def on_terminal(self, *args, output=False, until=None, **environment):
         """What args show on a terminal, as standard error, or as standard output too. Interrupted at `until`."""
@@ -51,16 +60,15 @@ class CommandTest(unittest.TestCase):
                              env={**self.environment(), "TERM": "xterm", **environment})
         os.close(theirs)
         shown = b""
-        while True:
+        with open(ours, "rb", buffering=0) as terminal:
             try:
-                shown += os.read(ours, 65536)
+                while True:
+                    shown += terminal.read(65536)
+                    if until and until in shown.decode(errors="replace"):
+                        process.send_signal(signal.SIGINT)
+                        until = None  # a second signal would end it at once
             except OSError:  # the other end is closed
-                break
-            if until and until in shown.decode(errors="replace"):
-                process.send_signal(signal.SIGINT)
-                until = None  # a second signal would end it at once
-        os.close(ours)
-        process.wait(timeout=30)
+                process.wait(timeout=30)
         return shown.decode(errors="surrogateescape")
 
     def write(self, name, content):
@@ -84,29 +92,26 @@ class LogTest(CommandTest):
         super().setUp()
         os.mkdir(self.path("logs"))
 
-    def rows(self):
-        """The rows of all text copies in the folder, as lists of their columns."""
-        return [row.split(",") for name in sorted(os.listdir(self.path("logs"))) if name.endswith(".csv")
-                for row in self.read("logs/" + name).decode().splitlines()[1:]]
+    def rows(self, folder="logs"):
+        """The rows of all text copies in the folder, without their times."""
+        return [row.split(",")[1:] for name in sorted(os.listdir(self.path(folder))) if name.endswith(".csv")
+                for row in self.read(os.path.join(folder, name)).decode().splitlines()[1:]]
 
 
 def log(names, samples):
     """The bytes of a binary log. A sample is its second, and its values."""
-    parts = [struct.pack("<IIiiI", 0x2C0F0781, 0, samples[0][0], samples[-1][0], 0), b"\0",
-             struct.pack("<H", len(names)), *(bytes([len(name.encode())]) + name.encode() for name in names),
-             struct.pack("<I", len(samples))]
+    parts = [struct.pack("<IIiiIBH", 0x2C0F0781, 0, samples[0][0], samples[-1][0], 0, 0, len(names)),
+             *(bytes([len(name.encode())]) + name.encode() for name in names), struct.pack("<I", len(samples))]
     parts += [struct.pack("<H%df" % len(values), len(values), *values) for _, *values in samples]
     parts += [struct.pack("<H", len(samples)), *(struct.pack("<iHhhH", time, 0, 0, 0, 0) for time, *_ in samples),
               struct.pack("<I", 0)]
     return b"".join(parts)
 
 
-def simulated(outputs=(), waveforms="counter", names=("x",), **more):
+def simulated(outputs=(), waveforms="counter", names=("x",), driver={}, input={}, **more):
     """A configuration that reads the simulator."""
-    driver = {"plcType": 9001, "text1": waveforms, **more.pop("driver", {})}
-    node = {"nodeName": "N", "driver": driver, "varNames": list(names)}
-    return {"input": {"scanPeriod": 10, "plcNodes": [node], **more.pop("input", {})},
-            "outputs": list(outputs), **more}
+    node = {"nodeName": "N", "driver": {"plcType": 9001, "text1": waveforms, **driver}, "varNames": list(names)}
+    return {"input": {"scanPeriod": 10, "plcNodes": [node], **input}, "outputs": list(outputs), **more}
 
 
 def replayed(files, outputs=(), **more):

@@ -4,54 +4,36 @@ import re
 import signal
 import subprocess
 import time
-import unittest
 
-from commands import CommandTest
+from commands import LogTest, Result
 
-SMALL_HOST = os.environ["SMALL_HOST"]
-LEVEL_HOST = os.environ["LEVEL_HOST"]
-GUIDE = os.environ["GUIDE"]
+SMALL_HOST, LEVEL_HOST, GUIDE = os.environ["SMALL_HOST"], os.environ["LEVEL_HOST"], os.environ["GUIDE"]
 
 
-class Guide(CommandTest):
-    def rows(self):
-        """The rows of the one text copy in the folder, without the names."""
-        name, = [name for name in os.listdir(self.path("logs")) if name.endswith(".csv")]
-        return self.read("logs/" + name).decode().splitlines()[1:]
+class Guide(LogTest):
+    def host(self, *args, interrupt_after=None):
+        with subprocess.Popen(args, cwd=self.folder, stdout=subprocess.PIPE, stderr=subprocess.PIPE) as host:
+            if interrupt_after:
+                time.sleep(interrupt_after)
+                host.send_signal(signal.SIGINT)
+            out, err = host.communicate(timeout=60)
+        return Result(host.returncode, out, err)
 
-    def setUp(self):
-        super().setUp()
-        os.mkdir(self.path("logs"))
-
-    def test_it_logs_what_its_equation_lets_through(self):
-        host = subprocess.run([SMALL_HOST, "logs", "6"], cwd=self.folder, capture_output=True, timeout=60)
-        self.assertEqual((0, b"0 of 6 scans failed\n", b""), (host.returncode, host.stdout, host.stderr))
-        self.assertEqual(["2.000000", "3.000000", "4.000000", "5.000000", "6.000000"],
-                         [row.split(",")[1] for row in self.rows()])
-
-    def test_an_interrupt_loses_nothing(self):
-        host = subprocess.Popen([SMALL_HOST, "logs", "100000"], cwd=self.folder, stdout=subprocess.PIPE)
-        time.sleep(1)
-        host.send_signal(signal.SIGINT)
-        host.communicate(timeout=30)
-        self.assertEqual(0, host.returncode)
+    def test_the_small_host_logs_what_its_equation_selects_and_loses_nothing(self):
+        host = self.host(SMALL_HOST, "logs", "6")
+        self.assertEqual((0, b"0 of 6 scans failed\n", ""), (host.status, host.out, host.err))
+        self.assertEqual([2, 3, 4, 5, 6], [float(row[0]) for row in self.rows()])
+        self.assertEqual(0, self.host(SMALL_HOST, "logs", "100000", interrupt_after=1).status)
         self.assertGreater(len(self.rows()), 3)
-
-    def test_a_folder_that_is_missing_is_told(self):
-        host = subprocess.run([SMALL_HOST, "none"], cwd=self.folder, capture_output=True, timeout=60)
-        self.assertEqual(1, host.returncode)
-        self.assertIn(b"There is a problem with the destination directory", host.stderr)
+        host = self.host(SMALL_HOST, "none")
+        self.assertEqual(1, host.status)
+        self.assertIn("There is a problem with the destination directory", host.err)
 
     def test_logic_of_its_own_holds_the_level(self):
         with open(GUIDE, encoding="utf-8") as file:
             self.write("level.json", re.search(r"```json\n(.*?)```", file.read(), re.S)[1])
-        host = subprocess.run([LEVEL_HOST, "level.json", "200"], cwd=self.folder, capture_output=True, timeout=60)
-        self.assertEqual((0, b"200 scans, 0 failed writes\n", b""), (host.returncode, host.stdout, host.stderr))
-        levels = [float(row.split(",")[1]) for row in self.rows()]
-        self.assertLess(levels[0], 1)
-        self.assertLess(max(levels), 75)
+        host = self.host(LEVEL_HOST, "level.json", "200")
+        self.assertEqual((0, b"200 scans, 0 failed writes\n", ""), (host.status, host.out, host.err))
+        levels = [float(row[0]) for row in self.rows()]
+        self.assertTrue(levels[0] < 1 and max(levels) < 75, levels)
         self.assertLess(max(abs(level - 60) for level in levels[-50:]), 0.5)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -1,6 +1,5 @@
-"""What the tests of pages share: a page does what it says. Its files are written, its commands run in their order, and
-they show what is shown. "..." stands for anything, on a line of its own for any number of lines; a busy machine may be
-late."""
+"""Shared by the tests of pages: the files of a page are written, its commands run in order, and their output is what the
+page shows. "..." is any text, on a line of its own any number of lines. A busy machine may be late."""
 import os
 import re
 import subprocess
@@ -9,7 +8,7 @@ from commands import CommandTest, VASTRA
 
 
 def blocks(text):
-    """Language, content and the text in front, for each code block."""
+    """Language, content and the text before it, for each code block."""
     before = 0
     for match in re.finditer(r"^```(\w*)\n(.*?)^```$", text, re.M | re.S):
         yield match[1], match[2], text[before:match.start()]
@@ -31,7 +30,7 @@ def pattern(shown):
 
 class PageTest(CommandTest):
     def follow(self, page, places=None):
-        """Each of places, texts of the page, is taken for what it is here."""
+        """places: what to write in place of texts of the page."""
         with open(page, encoding="utf-8") as file:
             text = file.read()
         for place, here in (places or {}).items():

@@ -5,19 +5,15 @@ import re
 import signal
 import subprocess
 import time
-import unittest
 
 from commands import LogTest, log, output, replayed, simulated
 
-NO_FAILURES = {"smart": 0, "outputs": 0, "summaries": 0, "plcWrite": 0, "trend": 0}
-STAMP = r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d[+-]\d\d:\d\d "
+STAMP = r"^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d"
 
 
 class Run(LogTest):
     def counts(self, config, *args):
-        result = self.vastra("run", self.write("c.json", config), *args, "--json")
-        self.assertEqual(0, result.status, result.err)
-        return result.json()
+        return self.expect(["run", self.write("c.json", config), *args, "--json"], out=None, err=None).json()
 
     def test_a_replay_ends_and_names_the_files_of_this_run(self):
         self.write("a.rph", log(["x"], [(10, 1.0), (11, 2.0)]))
@@ -25,18 +21,17 @@ class Run(LogTest):
         self.write("other.rph", log(["y"], [(15, 3.0)]))
         config = replayed(["b.rph", "a.rph"], [output("logs/", nameVariable="x", maxSamples=1, maxLogs=2),
                                                output("./logs", saveRp=0)],
-                          summaries=[{"enableText": "n = n + 1; SampleIsValid = n > 1; WriteToSummary = n == 2;", "saveRp": 1,
-                                      "varNames": ["x"], "directory": "."}])
+                          summaries=[{"enableText": "n = n + 1; SampleIsValid = n > 1; WriteToSummary = n == 2;",
+                                      "saveRp": 1, "varNames": ["x"], "directory": "."}])
         for options in [[], ["--threaded"], ["--period", "1"]]:
-            with self.subTest(options):
-                self.write("logs/kept.csv", "old")
-                self.write("logs/7.rph", "to be written over")
-                counts = self.counts(config, *options)
-                summary, = [name for name in os.listdir(self.folder) if name.endswith(".rpd")]
-                self.assertEqual({"read": 7, "failedReads": 0, "late": counts["late"],
-                                  "failedWrites": dict(NO_FAILURES, summaries=1),
-                                  "files": [self.path(name) for name in [summary, "logs/6.rph", "logs/7.rph"]]}, counts)
-                self.assertEqual(["6.rph", "7.rph", "kept.csv"], sorted(os.listdir(self.path("logs"))))
+            self.write("logs/kept.csv", "old")
+            self.write("logs/7.rph", "to be written over")
+            counts = self.counts(config, *options)
+            summary, = [name for name in os.listdir(self.folder) if name.endswith(".rpd")]
+            self.assertEqual({"read": 7, "failedReads": 0, "late": counts["late"],
+                              "failedWrites": {"smart": 0, "outputs": 0, "summaries": 1, "plcWrite": 0, "trend": 0},
+                              "files": [self.path(name) for name in [summary, "logs/6.rph", "logs/7.rph"]]}, counts)
+            self.assertEqual(["6.rph", "7.rph", "kept.csv"], sorted(os.listdir(self.path("logs"))))
         config["input"]["inputFiles"].append("other.rph")
         self.assertEqual(1, self.counts(config)["failedReads"])
 
@@ -51,20 +46,16 @@ class Run(LogTest):
         time.sleep(0.5)
         run.send_signal(signal.SIGCONT)
         self.assertGreater(json.loads(run.communicate(timeout=30)[0])["late"], 20)
-        begin = time.monotonic()
-        self.assertEqual(0, self.counts(simulated(input={"scanPeriod": 60000}), "--scans", "1")["late"])
         self.assertEqual(0, self.counts(simulated(input={"scanPeriod": 60000}), "--scans", "500", "--period", "0")["late"])
-        self.assertLess(time.monotonic() - begin, 30)
 
     def test_a_signal_stops_it_with_every_log_flushed(self):
-        config = self.write("c.json", simulated([output("logs", saveCsv=1)]))
+        self.write("c.json", simulated([output("logs", saveCsv=1)]))
         for signals in [[signal.SIGINT], [signal.SIGHUP], [signal.SIGTERM, signal.SIGINT, signal.SIGTERM] * 100]:
             for options in [[], ["--threaded"], ["--period", "0"], ["--period", "3600000"]]:
                 with self.subTest(signals=signals[:3], options=options):
-                    run = self.start("run", config, "--json", "--debug", *options, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-                    for line in run.stderr:  # until the first sample is in the log
-                        if b"End - OutputFileLink( CFileLink,Write)" in line:
-                            break
+                    run = self.start("run", "c.json", "--json", "--debug", *options, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+                    while b"End - OutputFileLink( CFileLink,Write)" not in run.stderr.readline():
+                        pass  # until the first sample is in the log
                     for number in signals:
                         run.send_signal(number)
                     counts = json.loads(run.communicate(timeout=10)[0])
@@ -72,100 +63,71 @@ class Run(LogTest):
                     self.assertEqual((0, counts["read"]), (run.returncode, rows))
                     self.assertGreater(rows, 0)
 
-    def test_lines_begin_with_the_time_and_an_offset(self):
-        config = self.write("c.json", simulated([output("logs", maxLogs=0)], driver={"value4": 2, "value5": 1}))
-        for zone, offset in [("Asia/Kolkata", r"\+05:30"), ("America/St_Johns", "-0[23]:30"), ("UTC", r"\+00:00")]:
-            self.zone = zone
-            lines = self.vastra("run", config, "--scans", "2", "--debug").err.splitlines()
-            self.assertGreater(len(lines), 10)
+    def test_messages_begin_with_the_time_and_depend_on_the_verbosity(self):
+        self.write("c.json", simulated([output("logs", maxLogs=0)], driver={"value4": 2, "value5": 109},
+                                       input={"preprocess": 1, "preEquationText": "y = x;", "preNewVars": ["y", "x"]}))
+        self.zone = "Asia/Kolkata"
+        for option, kinds in [("--quiet", ["Error"]), ("--json", ["Error", "warning"]),
+                              ("--debug", ["Begin", "End", "Error", "warning", "2 read"])]:
+            lines = self.vastra("run", "c.json", "--scans", "3", option).err.splitlines()
             for line in lines:
-                self.assertRegex(line, "^" + STAMP)
-                self.assertRegex(line[19:26], offset)
-        self.assertRegex(self.vastra("run", "none.json").err, r"\A%svastra: none.json: No such file or directory\n\Z" % STAMP)
-
-    def test_verbosity_and_the_trace_of_the_stages(self):
-        config = simulated([output("logs", maxLogs=0)], driver={"value4": 2, "value5": 109},
-                           input={"preprocess": 1, "preEquationText": "y = x;", "preNewVars": ["y", "x"]})
-        self.write("c.json", config)
-        for option, kinds in [("--quiet", {"Error"}), ("--json", {"Error", "warning"}),
-                              ("--debug", {"Begin", "End", "Error", "warning", "2 read"})]:
-            err = self.vastra("run", "c.json", "--scans", "3", option).err
-            self.assertEqual(kinds, {kind for kind in ["Begin", "End", "Error", "warning", "2 read"] if kind in err})
-        trace = [line for line in re.sub(STAMP, "", err).splitlines() if "Begin" in line]
+                self.assertRegex(line, STAMP + r"\+05:30 ")
+            self.assertEqual(kinds, [kind for kind in ["Begin", "End", "Error", "warning", "2 read"] if kind in str(lines)])
+        trace = [line[26:] for line in lines if "Begin" in line]
         self.assertEqual("Begin - InputPreprocessEquatorLink( CEquatorLink,Open)", trace[0])
         self.assertEqual(1, sum("Begin - Simulator (N)( CPlcLink,Open)" in line for line in trace))
+        self.assertRegex(self.vastra("run", "none.json").err, STAMP + r"\S+ vastra: none.json: No such file or directory\n\Z")
 
     def test_output_that_cannot_be_written_fails_after_the_logs_are_safe(self):
-        config = self.write("c.json", simulated([output("logs", saveCsv=1)]))
+        self.write("c.json", simulated([output("logs", saveCsv=1)]))
         with open("/dev/full", "wb") as full:
-            result = self.vastra("run", config, "--scans", "3", "--json", stdout=full)
-        self.assertEqual((1, 3), (result.status, len(self.rows())))
-        read, write = os.pipe()
-        os.close(read)
-        self.assertEqual(0, self.vastra("run", config, "--scans", "3", stderr=write).status)
-        os.close(write)
+            self.expect("run c.json --scans 3 --json", 1, out=None, err=None, stdout=full)
+            self.assertEqual(3, len(self.rows()))
+            watch = self.expect("watch c.json --scans 2 --period 0", 1, out=None, err=None, stdout=full)
+            self.assertEqual(1, watch.err.count("standard output"))
+            self.expect("run c.json --scans 3", stderr=full, out=None)
 
 
 class Watch(LogTest):
     def setUp(self):
         super().setUp()
-        self.config = self.write("c.json", simulated(names=["x", "y"], trend={
+        self.write("c.json", simulated(names=["x", "y"], trend={
             "baseVars": ["x"], "equationText": "d = y - x; e = 1 / 0;", "calculateExtra": 1, "extraVars": ["d", "e"]}))
 
-    def watch(self, *args):
-        result = self.vastra("watch", self.config, *args)
-        self.assertEqual(0, result.status, result.err)
-        lines = result.out.decode().splitlines()
-        for line in lines:
-            self.assertRegex(line, r"^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}\+00:00 ")
-        return [line.split(" ", 1)[1] for line in lines], result.err
+    def watch(self, args):
+        result = self.expect("watch c.json " + args, out=None, err=None)
+        self.assertIn("warning: trend.baseVars: ", result.err)
+        for line in result.out.decode().splitlines():
+            self.assertRegex(line, STAMP + r"\.\d{3}\+00:00 ")
+        return [line.split(" ", 1)[1] for line in result.out.decode().splitlines()]
 
     def test_on_a_pipe_it_prints_a_line_a_second_and_the_last_sample(self):
-        lines, err = self.watch("--scans", "5", "--period", "0")
-        self.assertEqual(["x=1 y=1 d=0 e=inf", "x=5 y=5 d=0 e=inf"], lines)
-        self.assertIn("trend.baseVars: differ", err)
-        self.assertIn("5 read", err)
-        self.assertEqual(["d=0 x=1", "d=0 x=3"], self.watch("--scans", "3", "--period", "0", "--vars", "d,x")[0])
-        lines, _ = self.watch("--scans", "15", "--period", "100", "--vars", "x", "--threaded")
-        self.assertIn(len(lines), range(2, 9), lines)
+        self.assertEqual(["x=1 y=1 d=0 e=inf", "x=5 y=5 d=0 e=inf"], self.watch("--scans 5 --period 0"))
+        self.assertEqual(["d=0 x=1", "d=0 x=3"], self.watch("--scans 3 --period 0 --vars d,x"))
+        self.assertIn(len(self.watch("--scans 15 --period 100 --vars x --threaded")), range(2, 9))
 
     def test_a_variable_that_is_not_there_is_refused(self):
         for names in ["x,z", "", "x,"]:
-            result = self.vastra("watch", self.config, "--vars", names, "--scans", "1")
-            self.assertEqual((2, b""), (result.status, result.out))
+            result = self.expect(["watch", "c.json", "--vars", names, "--scans", "1"], 2, err=None)
             self.assertRegex(result.err, "c.json: --vars z?: there is no such variable")
-        result = self.vastra("watch", self.write("none.json", replayed(["none.rph"])), "--vars", "x")
-        self.assertEqual(1, result.status, result.err)
-
-    def test_output_that_cannot_be_written_does_not_end_the_run(self):
-        with open("/dev/full", "wb") as full:
-            result = self.vastra("watch", self.config, "--scans", "2", "--period", "0", stdout=full)
-        self.assertEqual((1, 1), (result.status, result.err.count("standard output")))
+        self.write("none.json", replayed(["none.rph"]))
+        self.expect("watch none.json --vars x", 1, err=None)
 
 
 class Demo(LogTest):
     def test_it_logs_and_leaves_a_configuration_that_runs(self):
-        result = self.vastra("demo", "--scans", "45", "--period", "0", "--out", "logs")
-        self.assertEqual((0, b""), (result.status, result.out))
+        err = self.expect("demo --scans 45 --period 0 --out logs", err=None).err
         self.assertEqual(["Batch%d%s" % (i, end) for i in [1, 2, 3] for end in [".rph", "h.csv"]],
                          sorted(os.listdir(self.path("logs/batches"))))
-        for words in ["logs/batches/Batch3h.csv", "vastra inspect logs"]:
-            self.assertIn(words, result.err)
-        self.assertNotIn("rror", result.err)
-        means, = [name for name in os.listdir(self.path("logs/means")) if name.endswith("d.csv")]
-        self.assertEqual(["1.000000", "1.000000", "2.000000", "2.000000"],
-                         [row.split(",")[1] for row in self.read("logs/means/" + means).decode().splitlines()[1:]])
-        counts = self.vastra("run", "logs/demo.json", "--scans", "21", "--period", "0", "--json").json()
+        self.assertRegex(err, r"(?s)\A((?!rror).)*\n  logs/batches/Batch3h.csv\n.*\n  vastra inspect logs/")
+        self.assertEqual(["1.000000", "1.000000", "2.000000", "2.000000"], [row[0] for row in self.rows("logs/means")])
+        counts = self.expect("run logs/demo.json --scans 21 --period 0 --json", out=None, err=None).json()
         self.assertEqual((21, 0, 8), (counts["read"], counts["failedReads"], len(counts["files"])))
         self.assertIn(" 120 read", self.vastra("demo", "--period", "0").err)
 
     def test_it_keeps_what_the_user_made_of_its_configuration(self):
         self.write("logs/demo.json", "{}")
-        result = self.vastra("demo", "--out", "logs", "--scans", "1")
-        self.assertEqual((0, b"{}"), (result.status, self.read("logs/demo.json")))
-        self.assertIn("logs/demo.json: warning: ", result.err)
-        self.assertEqual(1, self.vastra("demo", "--out", "logs/demo.json").status)
-
-
-if __name__ == "__main__":
-    unittest.main()
+        err = self.expect("demo --out logs --scans 1", err=None).err
+        self.assertIn("logs/demo.json: warning: ", err)
+        self.assertEqual(b"{}", self.read("logs/demo.json"))
+        self.expect("demo --out logs/demo.json", 1, err="logs/demo.json: ")

@@ -1,6 +1,5 @@
 """What a terminal shows: colour, a bar or a status line, no control characters of others, and no codes elsewhere."""
 import re
-import unittest
 
 from commands import LogTest, log, output, replayed, simulated
 
@@ -64,7 +63,3 @@ class Terminal(LogTest):
         self.write("wide.json", simulated(names=["x%d" % i for i in range(40)]))
         self.assertIn("\r\x1b[22A", self.on_terminal("watch", "wide.json", "--scans", "20", output=True))
         self.assertEqual([], re.findall(r"\x1b\[[^KJAm]*[^KJA\dm;]|\x1b[^\[]", shown))  # no mode to restore
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -1,16 +1,16 @@
 """The command line itself: help, wrong use, driver modules, and output that cannot be written."""
 import os
+import re
 import shutil
 import subprocess
-import unittest
 
 from commands import CommandTest, VASTRA
 
 COMMANDS = ["demo", "run", "watch", "check", "import", "export", "report", "inspect", "convert", "eval", "drivers", "probe"]
 
-# Arguments, and a part of the one line of the message.
+# Arguments, and a part of the message.
 WRONG = [
-    ("", "required"), ("fly\x1b[2J\n", "command fly?[2J? "), ("run", "FILE is required"), ("run a.json b.json", "b.json"),
+    ("", "required"), ("fly\x1b[2J", "command fly?[2J "), ("run", "FILE is required"), ("run a.json b.json", "b.json"),
     ("run a.json --scans -1", "--scans"), ("run a.json --scans 1x", "1x"), ("run a.json --scans", "--scans"),
     ("run a.json --scans 99999999999999999999", "not a whole number"), ("run a.json --scans 2 --scans 3", "--scans"),
     ("run a.json --period 4294967296", "4294967295"), ("run a.json --debug --quiet", "--debug"),
@@ -19,53 +19,38 @@ WRONG = [
     ("eval y=a; --var =1", "NAME=VALUE"), ("eval y=1; --passes 0", "from 1"),
 ]
 
+LEFT_OUT = r"""(dangling\?).so: left out: it is a link to nothing
+vastra: folder.so: left out: it is a folder
+vastra: link.so: left out: it is a folder
+vastra: text.so: left out: .*file too short"""
+
 
 class Usage(CommandTest):
     def test_wrong_use_is_one_line_and_status_2(self):
         for line, words in WRONG:
-            with self.subTest(line):
-                result = self.vastra(*line.split(" ") if line else [])
-                self.assertEqual((2, b""), (result.status, result.out))
-                self.assertRegex(result.err, r"\Avastra: [^\n]*\n\Z")
-                self.assertIn(words, result.err)
-        self.assertEqual(3, self.vastra("watch", "--vars", "a", "none.json").status)
+            self.expect(line, 2, err=".*" + re.escape(words))
+        self.expect("watch --vars a none.json", 3, err="none.json: ")
 
     def test_help_has_an_example_and_version_is_data(self):
         for command in COMMANDS:
-            result = self.vastra(command, "--help")
-            self.assertEqual((0, ""), (result.status, result.err))
-            self.assertIn(b"Example:\n  vastra " + command.encode(), result.out)
-        result = self.vastra("--version")
-        self.assertEqual((0, ""), (result.status, result.err))
-        self.assertRegex(result.out, rb"\Avastra \d+\.\d+\.\d+\n\Z")
+            self.assertIn(b"Example:\n  vastra " + command.encode(), self.expect(command + " --help", out=None).out)
+        self.assertRegex(self.expect("--version", out=None).out, rb"\Avastra \d+\.\d+\.\d+\n\Z")
 
     def test_drivers_lists_modules_and_what_is_left_out(self):
         program = shutil.copy(VASTRA, self.path("vastra"))
         shutil.copy(os.path.join(os.path.dirname(VASTRA), "simulator.so"), self.path("b.SO"))
         self.write("text.so", "no module")
-        os.mkdir(self.path("folder.so"))
-        os.mkdir(self.path("folder"))
-        os.symlink("folder.so", self.path("link.so"))
-        os.symlink("nothing", self.path("dangling\n.so"))
-        os.symlink("b.SO", self.path("c.so"))
-        result = self.vastra("drivers", program=program)
-        self.assertEqual((0, b"  0        9001  Simulator  (b.SO)\n  1        9001  Simulator  (c.so)\n"),
-                         (result.status, result.out))
-        self.assertRegex(result.err, r"""\Avastra: dangling\?\.so: left out: it is a link to nothing
-vastra: folder\.so: left out: it is a folder
-vastra: link\.so: left out: it is a folder
-vastra: text\.so: left out: .*file too short\n\Z""")
+        for name in ["folder", "folder.so"]:
+            os.mkdir(self.path(name))
+        for name, target in [("link.so", "folder.so"), ("dangling\n.so", "nothing"), ("c.so", "b.SO")]:
+            os.symlink(target, self.path(name))
+        self.expect("drivers", 0, "  0        9001  Simulator  (b.SO)\n  1        9001  Simulator  (c.so)\n", LEFT_OUT, program=program)
         self.assertEqual([{"index": i, "id": 9001, "name": "Simulator", "file": file} for i, file in enumerate(["b.SO", "c.so"])],
                          self.vastra("drivers", "--json", program=program).json())
 
     def test_data_that_cannot_be_written_is_a_failure(self):
-        for args in [["--help"], ["--version"], ["drivers"], ["drivers", "--json"], ["eval", "y = 1;"]]:
-            with self.subTest(args), open("/dev/full", "wb") as full:
-                result = self.vastra(*args, stdout=full)
-                self.assertEqual((1, "vastra: standard output: No space left on device\n"), (result.status, result.err))
+        with open("/dev/full", "wb") as full:
+            for args in ["--help", "--version", "drivers", "drivers --json", "eval y=1;"]:
+                self.expect(args, 1, out=None, err="standard output: No space left on device", stdout=full)
         closed = subprocess.run(["sh", "-c", '"$0" drivers >&-', VASTRA], capture_output=True)
         self.assertEqual((1, b"vastra: standard output: Bad file descriptor\n"), (closed.returncode, closed.stderr))
-
-
-if __name__ == "__main__":
-    unittest.main()
