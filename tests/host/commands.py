@@ -6,17 +6,10 @@ import signal
 import struct
 import subprocess
 import tempfile
+import types
 import unittest
 
 VASTRA = os.environ["VASTRA"]
-
-
-class Result:
-    def __init__(self, status, out, err):
-        self.status, self.out, self.err = status, out, (err or b"").decode("utf-8", "surrogateescape")
-
-    def json(self):
-        return json.loads(self.out)
 
 
 class CommandTest(unittest.TestCase):
@@ -40,7 +33,8 @@ class CommandTest(unittest.TestCase):
     def vastra(self, *args, **options):
         with self.start(*args, **{"stdout": subprocess.PIPE, "stderr": subprocess.PIPE, **options}) as process:
             out, err = process.communicate(timeout=60)
-        return Result(process.returncode, out, err)
+        err = (err or b"").decode("utf-8", "surrogateescape")
+        return types.SimpleNamespace(status=process.returncode, out=out, err=err, json=lambda: json.loads(out))
 
     def expect(self, args, status=0, out="", err="", **options):
         """Runs a command. out: its output; err: how its only message begins, a pattern. None: anything."""

@@ -35,29 +35,16 @@ WARNINGS = ["input.plcNodes[1]: no driver 4711 ", "plcWrite.nodes[0].scaler[0].v
 
 
 class Forms(LogTest):
-    def test_check_lists_the_variables_of_each_stage_and_marks_the_unknown_ones(self):
+    def test_check_marks_the_names_that_nothing_gives(self):
         self.write("c.json", simulated(
-            [output("logs", ["a", "s", "x\x1b[2J\n\x7fy\x9b5m"], name="All")],
-            summaries=[{"summaryText": "n = n + s;", "varNames": ["n", "b"]}],
+            [output("logs", ["a", "s", "x\x1b[2J\n\x7fy\x9b5m"])], summaries=[{"summaryText": "n = n + s;", "varNames": ["n", "b"]}],
             input={"preprocess": 1, "preEquationText": "a = x;", "preNewVars": ["a", "c"]},
             smart={"equationText": "i = a;", "inputVars": ["i", "d"], "outputVars": ["s"]},
-            plcWrite={"disableWriting": 1, "nodes": [{"driver": {"plcType": 4711}, "varNames": ["a"]}]},
+            plcWrite={"disableWriting": 1, "nodes": [{"driver": {"plcType": 4711}, "varNames": ["a", "p"]}]},
             trend={"calculateExtra": 1, "equationText": "t = a;", "extraVars": ["t", "e"]}))
-        self.assertEqual("""input: 2 variables
-  a\n  c  (unknown: always 0)
-smart.inputVars: 2 variables
-  i\n  d  (unknown: always 0)
-smart.outputVars: 1 variable
-  s
-outputs[0] "All": 3 variables
-  a\n  s\n  x?[2J??y?5m  (unknown: always 0)
-summaries[0]: 2 variables
-  n\n  b  (unknown: always 0)
-plcWrite.nodes[0]: 1 variable
-  a
-trend: 4 variables
-  a\n  c\n  t\n  e  (unknown: always 0)
-""", self.expect("check c.json", out=None, err=None).out.decode())
+        lines = self.expect("check c.json", out=None, err=None).out.decode().splitlines()
+        unknown = [line.split("  ")[1] for line in lines if line.endswith("  (unknown: always 0)")]
+        self.assertEqual((["c", "d", "x?[2J??y?5m", "b", "p", "e"], 23), (unknown, len(lines)))
 
     def test_check_and_run_refuse_and_say_where_it_is_wrong(self):
         for command in ["check c.json", "run c.json --scans 1 --json"]:
@@ -86,9 +73,6 @@ trend: 4 variables
         exported = self.expect("export c.vst", out=None)
         self.expect("export c.json", out=exported.out)
         self.assertEqual(self.path("logs"), exported.json()["outputs"][0]["directory"])
-        self.write("again.json", exported.out)
-        self.expect("import again.json again.vst --version 1003")
-        self.assertEqual(self.read("c.vst"), self.read("again.vst"))
         for name in ["c.json", "c.vst"]:
             self.assertTrue(self.vastra("report", name).out.startswith(b"[*** Input ***]\r\n\r\n[AutoStart]\r\nNo\r\n"))
             self.expect("run " + name + " --scans 2 --quiet")

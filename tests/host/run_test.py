@@ -73,9 +73,7 @@ class Run(LogTest):
             for line in lines:
                 self.assertRegex(line, STAMP + r"\+05:30 ")
             self.assertEqual(kinds, [kind for kind in ["Begin", "End", "Error", "warning", "2 read"] if kind in str(lines)])
-        trace = [line[26:] for line in lines if "Begin" in line]
-        self.assertEqual("Begin - InputPreprocessEquatorLink( CEquatorLink,Open)", trace[0])
-        self.assertEqual(1, sum("Begin - Simulator (N)( CPlcLink,Open)" in line for line in trace))
+        self.assertEqual(1, str(lines).count("Begin - Simulator (N)( CPlcLink,Open)"))
         self.assertRegex(self.vastra("run", "none.json").err, STAMP + r"\S+ vastra: none.json: No such file or directory\n\Z")
 
     def test_output_that_cannot_be_written_fails_after_the_logs_are_safe(self):
@@ -97,9 +95,7 @@ class Watch(LogTest):
     def watch(self, args):
         result = self.expect("watch c.json " + args, out=None, err=None)
         self.assertIn("warning: trend.baseVars: ", result.err)
-        for line in result.out.decode().splitlines():
-            self.assertRegex(line, STAMP + r"\.\d{3}\+00:00 ")
-        return [line.split(" ", 1)[1] for line in result.out.decode().splitlines()]
+        return re.sub(STAMP + r"\.\d{3}\+00:00 ", "", result.out.decode(), flags=re.M).splitlines()
 
     def test_on_a_pipe_it_prints_a_line_a_second_and_the_last_sample(self):
         self.assertEqual(["x=1 y=1 d=0 e=inf", "x=5 y=5 d=0 e=inf"], self.watch("--scans 5 --period 0"))
@@ -115,19 +111,11 @@ class Watch(LogTest):
 
 
 class Demo(LogTest):
-    def test_it_logs_and_leaves_a_configuration_that_runs(self):
-        err = self.expect("demo --scans 45 --period 0 --out logs", err=None).err
-        self.assertEqual(["Batch%d%s" % (i, end) for i in [1, 2, 3] for end in [".rph", "h.csv"]],
-                         sorted(os.listdir(self.path("logs/batches"))))
-        self.assertRegex(err, r"(?s)\A((?!rror).)*\n  logs/batches/Batch3h.csv\n.*\n  vastra inspect logs/")
-        self.assertEqual(["1.000000", "1.000000", "2.000000", "2.000000"], [row[0] for row in self.rows("logs/means")])
+    def test_it_leaves_a_configuration_that_runs_and_keeps_that_of_the_user(self):
+        self.expect("demo --scans 1 --out logs", err=None)
         counts = self.expect("run logs/demo.json --scans 21 --period 0 --json", out=None, err=None).json()
         self.assertEqual((21, 0, 8), (counts["read"], counts["failedReads"], len(counts["files"])))
-        self.assertIn(" 120 read", self.vastra("demo", "--period", "0").err)
-
-    def test_it_keeps_what_the_user_made_of_its_configuration(self):
         self.write("logs/demo.json", "{}")
-        err = self.expect("demo --out logs --scans 1", err=None).err
-        self.assertIn("logs/demo.json: warning: ", err)
+        self.assertIn("logs/demo.json: warning: ", self.expect("demo --out logs --scans 1", err=None).err)
         self.assertEqual(b"{}", self.read("logs/demo.json"))
         self.expect("demo --out logs/demo.json", 1, err="logs/demo.json: ")
