@@ -2,6 +2,7 @@
 #include "host/cli/command.h"
 #include "host/cli/console.h"
 #include "host/cli/load.h"
+#include "host/cli/number_text.h"
 #include "host/cli/output.h"
 #include "host/cli/session.h"
 #include "host/cli/terminal/terminal.h"
@@ -25,9 +26,8 @@ class CFindings {
   // are taken by name from known ones.
   void List(const CString& key, const CString& name, const CStringArray& variables,
             const CStringArray& known) {
-    const int count = variables.GetSize();
     m_lines.push_back(key.Std() + (name.IsEmpty() ? "" : " \"" + name.Std() + "\"") + ": " +
-                      std::to_string(count) + (count == 1 ? " variable" : " variables"));
+                      Counted(static_cast<std::size_t>(variables.GetSize()), "variable"));
     for (const CString& variable : variables)
       m_lines.push_back("  " + variable.Std() + (FindIn(known, variable) < 0 ? "  (unknown: always 0)" : ""));
   }

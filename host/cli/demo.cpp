@@ -28,8 +28,10 @@ void Explain(const CFileArgument& out, const CSessionResult& result) {
   for (const std::string& file : result.files)
     terminal.Line("  " + dir + CString(file).Mid(out.path.GetLength()));
   terminal.Line("The configuration is in " + dir + "/demo.json. Try next:");
-  terminal.Line("  vastra inspect " + dir + "/all/*.rph");
-  terminal.Line("  vastra convert " + dir + "/batches/Batch1.rph");
+  if (!result.files.empty()) {
+    terminal.Line("  vastra inspect " + dir + "/all/*.rph");
+    terminal.Line("  vastra convert " + dir + "/batches/Batch1.rph");
+  }
   terminal.Line("  vastra watch " + dir + "/demo.json --vars Temp,TempMean,Items,Deviation");
   terminal.Line("  vastra check " + dir + "/demo.json");
   terminal.Line("  vastra run " + dir + "/demo.json");

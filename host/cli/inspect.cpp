@@ -1,6 +1,7 @@
 // vastra inspect: variables, sample count and times of logs.
 #include "host/cli/command.h"
 #include "host/cli/json_output.h"
+#include "host/cli/number_text.h"
 #include "host/cli/output.h"
 #include "host/cli/read_log.h"
 #include "host/cli/terminal/terminal.h"
@@ -45,14 +46,10 @@ CJson ToJson(const CLogFacts& facts) {
   return log;
 }
 
-std::string Count(std::size_t count, const char* noun) {
-  return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
-}
-
 std::vector<std::string> ToLines(const CLogFacts& facts) {
   const auto variables = static_cast<std::size_t>(facts.names.GetSize());
   std::vector<std::string> lines = {
-      facts.file.Std(), "  " + Count(facts.samples, "sample") + " of " + Count(variables, "variable")};
+      facts.file.Std(), "  " + Counted(facts.samples, "sample") + " of " + Counted(variables, "variable")};
   if (facts.samples) {
     lines.push_back("  from  " + LocalTimeText(facts.first));
     lines.push_back("  to    " + LocalTimeText(facts.last));

@@ -28,17 +28,18 @@ struct CRequest {
 
 void AddCommand(CLI::App& line, const CCommand& command, CRequest& request) {
   CLI::App* sub = line.add_subcommand(command.name, command.help);
-  sub->footer(std::string("Example:\n  ") + command.example);
+  sub->group("Commands")->footer(std::string("Example:\n  ") + command.example);
   CArguments arguments(*sub);
   sub->final_callback([&request, &command, action = command.declare(arguments)] {
     request = {command.name, action};
   });
 }
 
-// The message of the parsing library; for an unknown command, one of our own.
+// The message of the parsing library, except for a command that is missing or unknown.
 CString WhatIsWrong(const CLI::App& line, const CLI::ParseError& fault) {
-  if (!line.get_subcommands().empty() || line.remaining_size() == 0) return fault.what();
-  return "there is no command " + CString(line.remaining().front());
+  if (!line.get_subcommands().empty()) return fault.what();
+  if (line.remaining_size() > 0) return "there is no command " + CString(line.remaining().front());
+  return fault.get_name() == "RequiredError" ? CString("a COMMAND is required") : CString(fault.what());
 }
 
 EExit FailUse(const CLI::App& line, const CLI::ParseError& fault) {
@@ -51,7 +52,6 @@ EExit FailUse(const CLI::App& line, const CLI::ParseError& fault) {
 // The texts of the help.
 void Describe(CLI::App& line) {
   line.get_formatter()->label("SUBCOMMAND", "COMMAND");
-  line.get_formatter()->label("Subcommands", "Commands");
   line.get_formatter()->label("Positionals", "Arguments");
   line.set_version_flag("--version", "vastra " VASTRA_VERSION, "Print the version and exit");
   line.footer("vastra COMMAND --help explains a command, with an example.");

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "host/cli/inbox.h"
+#include "host/cli/number_text.h"
 #include "host/cli/terminal/terminal.h"
 #include "host/cli/written_files.h"
 #include "host/common/equation_check.h"
@@ -90,17 +91,10 @@ EExit RunSession(const CString& subject, const CConfiguration& configuration, co
 
 CString ToText(const CSessionResult& result) {
   const CScanCounts& counts = result.counts;
-  const struct {
-    const char* words;
-    std::uint64_t count;
-  } parts[] = {{" read", counts.read},
-               {" failed reads", counts.failedReads},
-               {" late", counts.late},
-               {" failed writes", counts.failedWrites.Sum()},
-               {" files written", result.files.size()}};
-  std::string text;
-  for (const auto& part : parts) text += (text.empty() ? "" : ", ") + std::to_string(part.count) + part.words;
-  return CString(text);
+  return CString(std::to_string(counts.read) + " read, " + Counted(counts.failedReads, "failed read") + ", " +
+                 std::to_string(counts.late) + " late, " +
+                 Counted(counts.failedWrites.Sum(), "failed write") + ", " +
+                 Counted(result.files.size(), "file") + " written");
 }
 
 }  // namespace vastra

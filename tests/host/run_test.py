@@ -112,7 +112,9 @@ class Watch(LogTest):
 
 class Demo(LogTest):
     def test_it_leaves_a_configuration_that_runs_and_keeps_that_of_the_user(self):
-        self.expect("demo --scans 1 --out logs", err=None)
+        err = self.expect("demo --scans 0 --out logs", err=None).err
+        self.assertIn("vastra: 0 read, 0 failed reads, 0 late, 0 failed writes, 0 files written\n", err)
+        self.assertNotIn("inspect", err)
         counts = self.expect("run logs/demo.json --scans 21 --period 0 --json", out=None, err=None).json()
         self.assertEqual((21, 0, 8), (counts["read"], counts["failedReads"], len(counts["files"])))
         self.write("logs/demo.json", "{}")

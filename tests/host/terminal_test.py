@@ -43,7 +43,7 @@ class Terminal(LogTest):
         self.assertRegex(shown, r"of 100\x1b\[K\r\x1b\[J\x1b\[31mError.*\r\n\d+ read")  # a line goes above it
         last = shown.split(ERASE)[-1]
         self.assertNotIn("in memory", last)
-        self.assertIn("30 read, 10 failed reads", last)
+        self.assertIn("30 read, 10 failed reads, ", last)
         self.assertNotIn("in memory", self.on_terminal("run", "live.json", "--scans", "4", "--quiet"))
 
     def test_a_replay_has_a_bar_that_moves_within_a_log(self):
