@@ -3,7 +3,6 @@
 #include <charconv>
 
 #include "host/common/json_walk.h"
-#include "host/common/shown_text.h"
 #include "vastra/config/plc_node_config.h"
 
 namespace vastra {
@@ -69,7 +68,7 @@ CString TakeSettings(const std::vector<CString>& settings, DriverConfig& config)
   json tree = {{"driver", json::object()}};
   for (const CString& setting : settings) {
     const CString fault = TakeSetting(setting, fields, tree["driver"]);
-    if (!fault.IsEmpty()) return CString(Printable(setting.View())) + ": " + fault;
+    if (!fault.IsEmpty()) return setting + ": " + fault;
   }
   CJsonReader(tree, "").Read(node);
   config = node.m_driver;

@@ -13,7 +13,6 @@
 #include "host/cli/number_text.h"
 #include "host/cli/output.h"
 #include "host/cli/terminal/terminal.h"
-#include "host/common/shown_text.h"
 #include "vastra/platform/file_system.h"
 #include "vastra/plc/driver_factory.h"
 
@@ -35,9 +34,9 @@ struct CProbe {
   std::int64_t limit = kUsualLimit;
 };
 
-// Words with what steers a terminal taken out of them, and before in front; nothing for no words.
-std::string Shown(const char* before, const CString& words) {
-  return words.IsEmpty() ? std::string() : before + Printable(words.View());
+// Words after a separator; empty without words.
+std::string After(const char* separator, const CString& words) {
+  return words.IsEmpty() ? std::string() : separator + words.Std();
 }
 
 // The shortest number that reads back to the same float.
@@ -65,7 +64,7 @@ class CReport {
 
  private:
   void Worsen(EExit status) { m_status = status == kDone ? m_status : status; }
-  bool Print(const std::string& text);
+  bool Print(const std::string& line);
 
   const CString m_file;  // as the user knows it
   const bool m_asJson;
@@ -77,9 +76,9 @@ class CReport {
   EExit m_status = kDone;
 };
 
-bool CReport::Print(const std::string& text) {
+bool CReport::Print(const std::string& line) {
   if (m_asJson || !m_canBeSeen) return m_canBeSeen;
-  if (PrintData(text) == kDone) return true;
+  if (PrintLines({line}) == kDone) return true;
   Worsen(kFailed);
   return m_canBeSeen = false;
 }
@@ -88,8 +87,8 @@ bool CReport::Facts(const CDriverFacts& facts) {
   if (!m_object.empty()) return true;  // known from the test
   m_object = {
       {"id", facts.id}, {"name", ToJson(facts.name)}, {"file", ToJson(m_file)}, {"version", facts.version}};
-  return Print(Shown("", facts.name) + Shown("  (", m_file) + "), ID " + std::to_string(facts.id) +
-               ", version " + std::to_string(facts.version) + "\n");
+  return Print(facts.name.Std() + "  (" + m_file.Std() + "), ID " + std::to_string(facts.id) + ", version " +
+               std::to_string(facts.version));
 }
 
 bool CReport::Finding(const CFinding& finding) {
@@ -99,12 +98,12 @@ bool CReport::Finding(const CFinding& finding) {
   if (!finding.words.IsEmpty()) row["words"] = (isTried ? "" : "not tried: ") + finding.words.Std();
   m_contract.push_back(row);
   const char* heading = !isTried ? "not tried  " : isBroken ? "BROKEN     " : "kept       ";
-  return Print(heading + std::string(finding.rule) + Shown(": ", finding.words) + "\n");
+  return Print(heading + std::string(finding.rule) + After(": ", finding.words));
 }
 
 void CReport::Call(const char* call, const CDriverReply& reply, std::span<const float> values) {
   if (reply.status != statusOk) Worsen(kFailed);
-  if (!m_hasHeading) Print("call   status                        ms  values or words\n");
+  if (!m_hasHeading) Print("call   status                        ms  values or words");
   m_hasHeading = true;
   CString line;
   line.Format("%-6s %-20s %11.3f", call, static_cast<const char*>(StatusName(reply.status)),
@@ -112,7 +111,7 @@ void CReport::Call(const char* call, const CDriverReply& reply, std::span<const 
   const CString words = reply.words.IsEmpty() ? StatusMeaning(reply.status) : reply.words;
   std::string shown = line.Std() + (words.IsEmpty() && values.empty() ? "" : " ");
   for (const float value : values) shown += " " + ToText(value);
-  Print(shown + Shown(values.empty() ? " " : "; ", words) + "\n");
+  Print(shown + After(values.empty() ? " " : "; ", words));
   if (!m_asJson) return;
   CJson row = {{"call", call},
                {"status", reply.status},

@@ -7,6 +7,7 @@
 
 #include <cstdio>
 
+#include "host/common/shown_text.h"
 #include "host/desktop/main_window.h"
 #include "host/desktop/stop_signals.h"
 #include "vastra/ui/text.h"
@@ -39,8 +40,8 @@ int ReadCommandLine(int argc, char** argv, CRequest& request) {
   const QStringList files = line.positionalArguments();
   if (fault.isEmpty() && files.size() > 1) fault = "more than one FILE";
   if (!fault.isEmpty()) {
-    std::fprintf(stderr, "vastra-desktop: command line: %s (vastra-desktop --help tells more)\n",
-                 qPrintable(fault));
+    std::fprintf(stderr, "vastra-desktop: command line: %s (see vastra-desktop --help)\n",
+                 Printable(fault.toStdString()).c_str());
     return 2;
   }
   if (line.isSet("help")) return std::fputs(qPrintable(line.helpText()), stdout), 0;
