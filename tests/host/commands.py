@@ -1,8 +1,7 @@
 """Shared by the tests of the commands: the real program, real files, logs made byte by byte, and a real terminal."""
 import json
 import os
-import pty
-import signal
+import shlex
 import struct
 import subprocess
 import tempfile
@@ -47,23 +46,13 @@ class CommandTest(unittest.TestCase):
                 self.assertRegex(result.err, r"\A%s\Z" % (err and r"(\S+ )?vastra: " + err + r"[^\n]*\n"))
         return result
 
-    def on_terminal(self, *args, output=False, until=None, **environment):
-        """What args show on a terminal, as standard error, or as standard output too. Interrupted at `until`."""
-        ours, theirs = pty.openpty()
-        process = self.start(*args, stdout=theirs if output else subprocess.DEVNULL, stderr=theirs,
-                             env={**self.environment(), "TERM": "xterm", **environment})
-        os.close(theirs)
-        shown = b""
-        with open(ours, "rb", buffering=0) as terminal:
-            try:
-                while True:
-                    shown += terminal.read(65536)
-                    if until and until in shown.decode(errors="replace"):
-                        process.send_signal(signal.SIGINT)
-                        until = None  # a second signal would end it at once
-            except OSError:  # the other end is closed
-                process.wait(timeout=30)
-        return shown.decode(errors="surrogateescape")
+    def on_terminal(self, *args, output=False, **environment):
+        """What args show on a terminal, as standard error, or as standard output too."""
+        command = shlex.join([VASTRA, *args]) + ("" if output else " >/dev/null")
+        script = subprocess.run(["script", "-qec", command, "/dev/null"], cwd=self.folder, timeout=60,
+                                stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                                env={**self.environment(), "TERM": "xterm", **environment})
+        return script.stdout.decode(errors="surrogateescape")
 
     def write(self, name, content):
         """Writes bytes, a text or a tree as JSON; returns the name."""

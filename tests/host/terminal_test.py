@@ -56,7 +56,7 @@ class Terminal(LogTest):
         self.assertEqual(79, max(map(len, re.findall(r"([^\r\n\x1b]*)\x1b\[K", shown))))
 
     def test_watch_shows_a_table_above_which_lines_go_and_leaves_nothing(self):
-        shown = self.on_terminal("watch", "live.json", output=True, until="█")
+        shown = self.on_terminal("watch", "live.json", "--scans", "40", output=True)
         self.assertIn("Timeout error.", shown)
         self.assertRegex(shown, r":\d\d\S+  \d+ read\x1b\[K\r\nx +\d+  ▁[▁▂▃▄▅▆▇]*█\x1b\[K")
         self.assertRegex(shown, r"\r\x1b\[1A\x1b\[Jvastra: \d+ read, .*\r\n\Z")
