@@ -1,6 +1,6 @@
-// The engine in one include, for hosts and tools. A header can also be included alone, by its module path, such as
-// "vastra/core/link.h". A header that is not listed here serves its own module alone and is installed only where a
-// listed one includes it.
+// The engine in one include, for hosts and tools. A header can also be included alone, by its module path,
+// such as "vastra/core/link.h". A header that is not listed here serves its own module alone and is installed
+// only where a listed one includes it.
 #pragma once
 
 #include "vastra/config/enable_config.h"

@@ -1,6 +1,6 @@
-// The windows in one include, for hosts with Qt. A header can also be included alone, by its module path, such as
-// "vastra/console/console.h". A header that is not listed here serves its own module alone and is installed only
-// where a listed one includes it.
+// The windows in one include, for hosts with Qt. A header can also be included alone, by its module path,
+// such as "vastra/console/console.h". A header that is not listed here serves its own module alone and is
+// installed only where a listed one includes it.
 #pragma once
 
 #include "vastra/console/console.h"

@@ -136,7 +136,7 @@ TEST_F(Console, PlacesAreSavedWhenTheHostLeavesItToTheEndOfTheProcess) {
     const CString path = CString(qgetenv("SETTINGS_OF_TEST").constData()) + "/vastra/settings.ini";
     return ReadBytes(path).find("50,60,300,200") != std::string::npos;
   };
-  EXPECT_EXIT(run([&] { qApp->~QCoreApplication(), std::exit(isKept()); }), testing::ExitedWithCode(1), "");
+  EXPECT_EXIT(run([&] { qApp->~QApplication(), std::exit(isKept()); }), testing::ExitedWithCode(1), "");
   std::filesystem::remove_all((m_settings / "vastra").Std());
   EXPECT_EXIT(run([] { std::exit(0); }), testing::ExitedWithCode(0), "");
   EXPECT_TRUE(isKept());

@@ -1,5 +1,5 @@
-// Links the windows as an external host does. No window can be shown without an application object, so this only
-// calls what needs none.
+// Links the windows as an external host does. No window can be shown without an application object, so this
+// only calls what needs none.
 #include <vastra/windows.h>
 
 using namespace vastra;

@@ -200,10 +200,10 @@ TEST_F(OutputPage, OffersWhatThePagesInFrontGive) {
                                                                  {&m_input, &m_smart, {"a", "b", "s"}}};
   SetSmart(m_smart, {"s"});
   Hold({Output("x")});
-  for (auto [input, smart, names] : kCases) {
+  for (const auto& [input, smart, offered] : kCases) {
     m_page.SetInputPointer(input);
     m_page.SetSmartPointer(smart);
-    const auto look = [&](QWidget* dialog) {
+    const auto look = [&, names = offered](QWidget* dialog) mutable {
       In("Variable List...", [&](QWidget* list) { EXPECT_EQ(names, Offered(list)); })(dialog);
       names.insert(names.begin(), "System Time");
       EXPECT_EQ(names, Bases(dialog));
