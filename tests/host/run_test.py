@@ -54,8 +54,7 @@ class Run(LogTest):
             for options in [[], ["--threaded"], ["--period", "0"], ["--period", "3600000"]]:
                 with self.subTest(signals=signals[:3], options=options):
                     run = self.start("run", "c.json", "--json", "--debug", *options, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-                    while b"End - OutputFileLink( CFileLink,Write)" not in run.stderr.readline():
-                        pass  # until the first sample is in the log
+                    next(line for line in run.stderr if b"End - OutputFileLink( CFileLink,Write)" in line)  # a sample is in the log
                     for number in signals:
                         run.send_signal(number)
                     counts = json.loads(run.communicate(timeout=10)[0])
