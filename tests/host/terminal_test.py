@@ -28,7 +28,7 @@ class Terminal(LogTest):
         self.write(EVIL + ".rph", log([EVIL], [(1, 1.0)]))
         for args in [["check", "c.json"], ["report", "c.json"], ["export", "c.json"], ["inspect", EVIL + ".rph"],
                      ["inspect", EVIL], ["convert", EVIL + ".rph"], ["run", EVIL], ["eval", EVIL], [EVIL],
-                     ["run", "c.json", "--scans", "2", "--period", "0"], ["watch", "c.json", "--scans", "2", "--period", "0"],
+                     ["run", "c.json", "--scans", "2", "--period", "0"], ["watch", "c.json", "--scans", "8", "--period", "0"],
                      ["probe", "9001", "--set", "text1=" + EVIL]]:
             with self.subTest(args):
                 shown = self.on_terminal(*args, output=True)
