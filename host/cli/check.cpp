@@ -7,6 +7,7 @@
 #include "host/cli/session.h"
 #include "host/cli/terminal/terminal.h"
 #include "host/common/key_path.h"
+#include "host/run/open_fault.h"
 #include "vastra/equations/separator.h"
 #include "vastra/stages/log_single_output.h"
 #include "vastra/stages/log_single_summary.h"
@@ -31,9 +32,8 @@ class CFindings {
     for (const CString& variable : variables)
       m_lines.push_back("  " + variable.Std() + (FindIn(known, variable) < 0 ? "  (unknown: always 0)" : ""));
   }
-  void Refuse(const CString& key, const CString& why = CString()) {
-    m_status =
-        Fail(kFailed, m_subject, key + ": the stage refuses" + (why.IsEmpty() ? why : ", since " + why));
+  void Refuse(const CString& key, const CString& why) {
+    m_status = Fail(kFailed, m_subject, key + ": the stage does not open: " + WhyNotOpened(why));
   }
   EExit Print() const {
     const EExit printed = PrintLines(m_lines);
@@ -99,7 +99,7 @@ class CCheck {
   void CheckSmart() {
     const CSmartConfig& config = m_configuration.m_smart;
     if (!UsesSmart(config)) return;
-    if (!Opens<CLogSmart>(config, m_names.input, m_console)) return m_findings.Refuse("smart");
+    if (!Opens<CLogSmart>(config, m_names.input, m_console)) return m_findings.Refuse("smart", "");
     m_findings.List("smart.inputVars", "", config.m_inputVars,
                     WithAssigned(m_names.input, config.m_equations));
     m_findings.List("smart.outputVars", "", config.m_outputVars, config.m_outputVars);
@@ -107,7 +107,8 @@ class CCheck {
 
   template <class Stage, class Config>
   void CheckLog(const CString& key, const Config& config, const CStringArray& known) {
-    if (!Opens<Stage>(config, m_names.behindSmart, m_console)) return m_findings.Refuse(key);
+    if (!Opens<Stage>(config, m_names.behindSmart, m_console))
+      return m_findings.Refuse(key, FindFolderFault(m_configuration, key));
     m_findings.List(key, config.m_name, config.m_varNames, known);
   }
 
@@ -116,15 +117,15 @@ class CCheck {
     *node.GetOptions() = config;
     CStringArray names = m_names.behindSmart;
     if (!m_configuration.m_plcWrite.m_disableWriting && !node.PreOpen(names))
-      return m_findings.Refuse(key, ExplainSilence(config));
+      return m_findings.Refuse(key, FindOpenFault(config, key));
     m_findings.List(key, config.m_node.m_nodeName, config.m_node.m_varNames, names);
   }
 
   void CheckTrend() {
     CTrendConfig config = m_configuration.m_trend;
     config.m_baseVars = m_names.input;
-    if (!Opens<CLogTrendings>(config, m_names.input, m_console)) return m_findings.Refuse("trend");
-    m_findings.List("trend", "", TrendNames(m_configuration, m_names),
+    if (!Opens<CLogTrendings>(config, m_names.input, m_console)) return m_findings.Refuse("trend", "");
+    m_findings.List("trend", "", TrendNames(m_names, m_configuration.m_trend),
                     WithAssigned(m_names.input, config.m_equations));
   }
 
@@ -136,7 +137,7 @@ class CCheck {
 
 void CheckStages(const CConfiguration& configuration, const CStageNames& names, CHostConsole& console,
                  CFindings& findings) {
-  if (!names.hasSource) return findings.Refuse("input", ExplainSilence(configuration.m_input));
+  if (!names.hasSource) return findings.Refuse("input", FindOpenFault(configuration, EStage::input));
   CheckInput(configuration.m_input, names, findings);
   CCheck(configuration, names, console, findings).Run();
 }
@@ -146,8 +147,8 @@ EExit Check(const CFileArgument& file) {
   if (Load(file, configuration) != kDone) return kRefused;
   CHostConsole console(EVerbosity::normal);
   const CStageNames names = FindStageNames(configuration);
-  TellWarnings(file.typed, configuration, names);
-  if (TellEquationFaults(file.typed, configuration, names) != kDone) return kRefused;
+  PrintWarnings(file.typed, FindWarnings(configuration, names));
+  if (PrintEquationFaults(file.typed, FindEquationFaults(configuration, names)) != kDone) return kRefused;
   CFindings findings(file.typed);
   CheckStages(configuration, names, console, findings);
   return findings.Print();

@@ -2,8 +2,8 @@
 // the message box of a Fatal message with OK, since the message has been printed already.
 #pragma once
 
+#include "host/run/run_messenger.h"
 #include "vastra/core/console_sink.h"
-#include "vastra/core/messenger.h"
 #include "vastra/platform/prompt.h"
 
 namespace vastra {
@@ -19,6 +19,8 @@ class CHostConsole : private CConsoleSink, private CPrompter {
   CHostConsole& operator=(const CHostConsole&) = delete;
   ~CHostConsole() override;
 
+  CRunMessenger& Messenger() { return m_messenger; }
+
   void Show(EVerbosity verbosity);
   // No messages at all, until the next Show.
   void ShowNothing() { m_messenger.SetFilters(0, 0, 0, 0, 0); }
@@ -27,7 +29,7 @@ class CHostConsole : private CConsoleSink, private CPrompter {
   int Write(UINT id, const CString& text, COLORREF colour, DWORD reserved) override;
   int Show(const CString& text, const CString& title, UINT type) override;
 
-  CMessenger m_messenger;
+  CRunMessenger m_messenger;
 };
 
 }  // namespace vastra

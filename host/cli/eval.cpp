@@ -99,9 +99,7 @@ EExit ReportFault(const CEquationFault& fault, const CString& statement) {
   CString place;
   place.Format("statement %d, offset %d: ", fault.statement, fault.offset);
   Fail(kFailed, "eval", place + fault.text);
-  const CMarkedPlace marked = MarkPlace(statement.View(), static_cast<std::size_t>(fault.offset));
-  CTerminal::Instance().Line(CString(marked.line));
-  CTerminal::Instance().Line(CString(marked.caret));
+  PrintPlace(statement, fault.offset);
   return kFailed;
 }
 

@@ -31,13 +31,13 @@ EExit CLiveView::Begin(const CStringArray& names) {
   return kDone;
 }
 
-void CLiveView::Refresh(CLogTrendings& trend) {
-  if (!trend.Read(&m_sample)) return;
+void CLiveView::Sampled(const CLogSample& sample) {
+  m_sample = sample;
   ++m_read;
   m_shown = false;
 }
 
-CScanLoop::Time CLiveView::Show(const CScanLoop&) {
+CScanLoop::Time CLiveView::Show() {
   if (m_shown) return CScanLoop::Time::max();
   if (!m_pace.IsDue()) return m_pace.Next();
   if (m_onTerminal) {

@@ -1,6 +1,5 @@
 // CLiveView: the newest sample of a run, live. On a terminal a table with a row for each variable: its name,
-// its value, a spark line of its last values. Anywhere else a line a second. The values come from the
-// trending stage.
+// its value, a spark line of its last values. Elsewhere a line a second.
 #pragma once
 
 #include <deque>
@@ -18,8 +17,8 @@ class CLiveView : public CSessionView {
 
   // Refuses a variable that the samples do not have.
   EExit Begin(const CStringArray& names) override;
-  void Refresh(CLogTrendings& trend) override;
-  CScanLoop::Time Show(const CScanLoop& loop) override;
+  void Sampled(const CLogSample& sample) override;
+  CScanLoop::Time Show() override;
   EExit End() override;
 
  private:

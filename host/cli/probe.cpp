@@ -8,11 +8,11 @@
 #include "host/cli/driver_calls.h"
 #include "host/cli/driver_contract.h"
 #include "host/cli/driver_settings.h"
-#include "host/cli/inbox.h"
 #include "host/cli/json_output.h"
 #include "host/cli/number_text.h"
 #include "host/cli/output.h"
 #include "host/cli/terminal/terminal.h"
+#include "host/run/inbox.h"
 #include "vastra/platform/file_system.h"
 #include "vastra/plc/driver_factory.h"
 

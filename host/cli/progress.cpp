@@ -8,31 +8,27 @@ namespace {
 
 using Number = unsigned long long;  // as printf knows it
 
-CString BarOf(const CLogInput& input) {
-  const UINT total = input.TotalFilesToRead();
-  const float part = input.PercentCompleted() + input.PartOfLog() / static_cast<float>(total);
+CString BarOf(const CRunCounts& counts) {
   CString bar;
-  bar.Format("%s %3d %%  log %u of %u  ", Bar(part).c_str(), static_cast<int>(part * 100),
-             input.FilesRead() + 1, total);
+  bar.Format("%s %3d %%  log %u of %u  ", Bar(counts.replay.part).c_str(),
+             static_cast<int>(counts.replay.part * 100), counts.replay.done + 1, counts.replay.logs);
   return bar;
 }
 
-CString TextOf(const CScanLoop& loop) {
-  const CLogInput& input = loop.Input();
-  const CScanCounts& counts = loop.Counts();
-  const CFill fill = loop.Outputs().GetFill();
+CString TextOf(const CRunCounts& counts) {
   CString numbers;
-  numbers.Format("%llu read, %llu failed, %llu late, in memory %llu of %llu", Number(counts.read),
-                 Number(counts.failedReads), Number(counts.late), Number(fill.m_samples), Number(fill.m_of));
-  return (input.TotalFilesToRead() ? BarOf(input) : CString()) + numbers;
+  numbers.Format("%llu read, %llu failed, %llu late, in memory %llu of %llu", Number(counts.scans.read),
+                 Number(counts.scans.failedReads), Number(counts.scans.late), Number(counts.fill.m_samples),
+                 Number(counts.fill.m_of));
+  return (counts.replay.logs ? BarOf(counts) : CString()) + numbers;
 }
 
 }  // namespace
 
-CScanLoop::Time CProgress::Show(const CScanLoop& loop) {
+CScanLoop::Time CProgress::Show() {
   if (!CTerminal::Instance().HasStatus()) return CScanLoop::Time::max();
   if (!m_pace.IsDue()) return m_pace.Next();
-  CTerminal::Instance().Status({TextOf(loop).Std()});
+  CTerminal::Instance().Status({TextOf(m_counts).Std()});
   return CScanLoop::Time::max();
 }
 

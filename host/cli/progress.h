@@ -9,11 +9,13 @@ namespace vastra {
 
 class CProgress : public CSessionView {
  public:
+  void Counted(const CRunCounts& counts) override { m_counts = counts; }
   // Draws the present state, at most ten times a second.
-  CScanLoop::Time Show(const CScanLoop& loop) override;
+  CScanLoop::Time Show() override;
   EExit End() override;
 
  private:
+  CRunCounts m_counts;
   CPace m_pace;
 };
 

@@ -1,15 +1,14 @@
-// A session: one run of a configuration, from the checks before the stages open to the files that were
-// written. run and demo are built on it.
+// A session: one run of a configuration in the terminal, from the checks before the stages open to the files
+// that were written. run, watch and demo are built on it.
 #pragma once
 
 #include "host/cli/console.h"
 #include "host/cli/exit.h"
-#include "host/common/scan_loop.h"
-#include "host/common/stage_names.h"
+#include "host/run/run.h"
 
 namespace vastra {
 
-// What the options of commands may say.
+// Bounds of the options of commands.
 constexpr std::int64_t kMostScans = INT64_MAX;
 constexpr std::int64_t kLongestPeriod = UINT32_MAX;  // milliseconds
 
@@ -21,37 +20,33 @@ struct CSessionOptions {
   UINT node = 0;  // number of this computer on the net of PLCs
 };
 
-// What the user sees of a run while it lasts.
-class CSessionView {
+// What the user sees of a run while it goes on.
+class CSessionView : public CRunObserver {
  public:
-  virtual ~CSessionView() = default;
-  // Called before the stages open, with the names of the trending stage's samples; not called where they
-  // cannot be had, and the input stage will tell why. Anything but kDone, told, and there is no run.
+  // Called before the stages open, with the names of the samples; not called if they cannot be worked out:
+  // the input stage will report the reason. Anything but kDone, reported by the view, ends the session.
   virtual EExit Begin(const CStringArray&) { return kDone; }
-  // Called at the end of each scan that read a sample.
-  virtual void Refresh(CLogTrendings&) {}
-  // Called between the steps of loop. Gives the time at which it wants to be called again even if nothing
-  // happens before; the end of time if it has shown everything.
-  virtual CScanLoop::Time Show(const CScanLoop& loop) = 0;
-  // Called when the run is over and its stages are closed. Anything but kDone, told, is the result of the
-  // run.
+  // Called between the steps of the run. Returns the time at which the view wants to be called again even if
+  // nothing happens before; the end of time if it has shown everything.
+  virtual CScanLoop::Time Show() = 0;
+  // Called when the run is over and its stages are closed. Anything but kDone, reported by the view, is the
+  // result of the session.
   virtual EExit End() { return kDone; }
 };
 
 struct CSessionResult {
   CScanCounts counts;
-  std::vector<std::string> files;  // written and still there, full paths in byte order
+  std::vector<std::string> files;  // written and still there, absolute paths in byte order
 };
 
-// Tells in one line of each equation list that does not compile. subject is what the lines call the
-// configuration. kDone, or kRefused.
-EExit TellEquationFaults(const CString& subject, const CConfiguration& configuration,
-                         const CStageNames& names);
-// Tells of what may not be wanted.
-void TellWarnings(const CString& subject, const CConfiguration& configuration, const CStageNames& names);
+// Prints the warnings.
+void PrintWarnings(const CString& subject, const std::vector<CString>& warnings);
+// Prints each equation list that does not compile, with a caret under the place of the fault. subject is what
+// the lines call the configuration. kDone, or kRefused.
+EExit PrintEquationFaults(const CString& subject, const std::vector<CEquationFinding>& faults);
 
 // Runs configuration until its end or a signal. kDone, with result; kRefused; kFailed if a stage did not
-// open; or what view gives. What is wrong has been told.
+// open; or what view returns. What is wrong has been printed.
 EExit RunSession(const CString& subject, const CConfiguration& configuration, const CSessionOptions& options,
                  CSessionView& view, CSessionResult& result);
 

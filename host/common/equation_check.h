@@ -8,9 +8,17 @@
 
 namespace vastra {
 
-// One line for each equation list in use that does not compile against the names that it will see: the path
-// of the list, the statement, counted from 1, the offset in it, counted from 0, and what is wrong there. A
-// list whose names are not to be had is passed over: its stage will tell.
-std::vector<CString> FindEquationFaults(const CConfiguration& configuration, const CStageNames& names);
+// An equation list that does not compile against the names that it will see.
+struct CEquationFinding {
+  CString message;    // one line: the path of the key that the user typed, the name of its object, the
+                      // statement, counted from 1, the offset in it, counted from 0, and what is wrong there
+  CString statement;  // its text
+  int offset = 0;
+};
+
+// One for each list in use. A list whose names cannot be worked out is left out: its stage reports the
+// reason.
+std::vector<CEquationFinding> FindEquationFaults(const CConfiguration& configuration,
+                                                 const CStageNames& names);
 
 }  // namespace vastra

@@ -6,6 +6,11 @@
 
 namespace vastra {
 
+const char* KeyOf(EStage stage) {
+  constexpr const char* kKeys[] = {"", "input", "smart", "outputs", "summaries", "plcWrite", "trend"};
+  return kKeys[static_cast<std::size_t>(stage)];
+}
+
 CScanLoop::CScanLoop(const CConfiguration& configuration, COptions options)
     : m_options(std::move(options)), m_usesSmart(UsesSmart(configuration.m_smart)) {
   *m_input.GetOptions() = configuration.m_input;
@@ -13,13 +18,16 @@ CScanLoop::CScanLoop(const CConfiguration& configuration, COptions options)
   *m_outputs.GetOptions() = configuration.m_outputs;
   *m_summaries.GetOptions() = configuration.m_summaries;
   *m_plcWrite.GetOptions() = configuration.m_plcWrite;
-  *m_trend.GetOptions() = configuration.m_trend;
+  m_trend.ShareOptions(m_options.trend);
+  if (!m_options.trend) *m_trend.GetOptions() = configuration.m_trend;
+  m_outputs.SetLogListener(m_options.outputs);
+  m_summaries.SetLogListener(m_options.summaries);
   if (m_options.period < Period::zero()) m_options.period = Period(m_input.GetScanPeriod());
 }
 
 int CScanLoop::Start() {
   m_failedStage = OpenStages();
-  if (m_failedStage) return Close(), 0;
+  if (m_failedStage != EStage::none) return Close(), 0;
   m_openedToWrite = !m_plcWrite.GetOptions()->m_disableWriting;
   m_plcWrite.SetNodeNumber(m_options.node);
   m_input.SetCallBack(m_options.threaded, m_options.target, messageRead);
@@ -32,17 +40,17 @@ int CScanLoop::Start() {
   return 1;
 }
 
-// Gives the stage that does not open, or null. Trending gets the names of the input stage, all others those
-// behind the smart stage.
-const char* CScanLoop::OpenStages() {
+// Returns the stage that does not open. Trending gets the names of the input stage, all others those after
+// the smart stage.
+EStage CScanLoop::OpenStages() {
   CStringArray inputNames;
-  if (!m_input.Open() || !m_input.GetVarNames(inputNames)) return "input";
+  if (!m_input.Open() || !m_input.GetVarNames(inputNames)) return EStage::input;
   CStringArray names = inputNames;
-  if (m_usesSmart && !OpenSmart(names)) return "smart";
-  if (!m_outputs.Open(names)) return "outputs";
-  if (!m_summaries.Open(names)) return "summaries";
-  if (!m_plcWrite.Open(names)) return "plcWrite";
-  return OpenTrend(inputNames) ? nullptr : "trend";
+  if (m_usesSmart && !OpenSmart(names)) return EStage::smart;
+  if (!m_outputs.Open(names)) return EStage::outputs;
+  if (!m_summaries.Open(names)) return EStage::summaries;
+  if (!m_plcWrite.Open(names)) return EStage::plcWrite;
+  return OpenTrend(inputNames) ? EStage::none : EStage::trend;
 }
 
 // Gives names the smart output variables, too.
@@ -149,6 +157,7 @@ void CScanLoop::Stop() {
 }
 
 void CScanLoop::Close() {
+  if (m_state != EState::closed && m_options.closing) m_options.closing();
   m_input.Close();
   m_smart.Close();
   m_outputs.Close();

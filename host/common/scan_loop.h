@@ -26,6 +26,12 @@
 
 namespace vastra {
 
+// The stages that a loop opens; none: no stage.
+enum class EStage { none, input, smart, outputs, summaries, plcWrite, trend };
+
+// The key of a stage in a configuration.
+const char* KeyOf(EStage stage);
+
 // What became of the scans so far.
 struct CScanCounts {
   std::uint64_t read = 0;         // samples
@@ -44,15 +50,19 @@ class CScanLoop {
   using Period = std::chrono::milliseconds;
 
   struct COptions {
-    bool threaded = false;         // workers read and write to the PLCs, and post to target
-    std::int64_t scans = -1;       // end after so many, failed reads counted; below 0: no limit
-    Period period{-1};             // 0: as fast as possible; below 0: the configuration's
-    HWND target = nullptr;         // where workers post their messages, which the host hands to Notify
-    UINT node = 0;                 // number of this computer on the net of PLCs
+    bool threaded = false;          // workers read and write to the PLCs, and post to target
+    std::int64_t scans = -1;        // end after so many, failed reads counted; below 0: no limit
+    Period period{-1};              // 0: as fast as possible; below 0: the configuration's
+    HWND target = nullptr;          // where workers post their messages, which the host hands to Notify
+    UINT node = 0;                  // number of this computer on the net of PLCs
+    CTrendConfig* trend = nullptr;  // settings that the trending stage shares; null: those of configuration
+    CLogListener *outputs = nullptr, *summaries = nullptr;  // hear of the log files of these stages
     CSmartLogic* logic = nullptr;  // the host's, which outlives the loop; null: nothing runs between the two
                                    // sides of the smart stage
     // Called at the end of each scan that read a sample, for views.
     std::function<void(CLogTrendings&)> refresh;
+    // Called when the last scan is done and the stages are about to close.
+    std::function<void()> closing;
     std::function<Time()> now = std::chrono::steady_clock::now;
   };
 
@@ -65,9 +75,9 @@ class CScanLoop {
   CScanLoop(const CConfiguration& configuration, COptions options);
 
   // Opens the stages, input first; the first scan is due at once. 1, or 0 with all closed again; FailedStage
-  // then tells which one refused, by its key in a configuration.
+  // then returns the stage that refused.
   int Start();
-  const char* FailedStage() const { return m_failedStage; }
+  EStage FailedStage() const { return m_failedStage; }
 
   bool IsRunning() const { return m_state != EState::closed; }
   bool IsPending() const { return m_state == EState::reading || m_state == EState::writing; }
@@ -94,7 +104,7 @@ class CScanLoop {
  private:
   enum class EState { closed, idle, reading, writing };
 
-  const char* OpenStages();
+  EStage OpenStages();
   int OpenSmart(CStringArray& names);
   int OpenTrend(CStringArray& names);
   void HaveRead(bool succeeded);
@@ -120,7 +130,7 @@ class CScanLoop {
   CLogSample m_smartSample;  // the same with the smart output variables behind it
   EState m_state = EState::closed;
   bool m_stopping = false;
-  const char* m_failedStage = nullptr;
+  EStage m_failedStage = EStage::none;
   Time m_due{};
   CScanCounts m_counts;
 };

@@ -1,6 +1,5 @@
 #include "host/common/stage_names.h"
 
-#include "vastra/plc/driver_factory.h"
 #include "vastra/stages/log_input.h"
 
 namespace vastra {
@@ -22,30 +21,10 @@ CStageNames FindStageNames(const CConfiguration& configuration) {
   return names;
 }
 
-CStringArray TrendNames(const CConfiguration& configuration, const CStageNames& names) {
+CStringArray TrendNames(const CStageNames& names, const CTrendConfig& trend) {
   CStringArray result = names.input;
-  if (configuration.m_trend.m_calculateExtra) result.Append(configuration.m_trend.m_extraVars);
+  if (trend.m_calculateExtra) result.Append(trend.m_extraVars);
   return result;
-}
-
-CString ExplainSilence(const CInputConfig& input) {
-  if (input.m_simulating) return {};
-  if (input.m_plcNodes.IsEmpty()) return "there is no PLC node";
-  for (const CPlcNodeConfig* node : input.m_plcNodes)
-    if (CDriverFactory::Instance()->GetDriverIndex(node->m_driver.plcType) >= 0) return {};
-  return "no PLC node has a driver that is installed";
-}
-
-CString ExplainSilence(const CPlcMultiConfig& plcWrite) {
-  for (const CPlcSingleConfig* node : plcWrite.m_nodes)
-    if (CString why = ExplainSilence(*node); !why.IsEmpty()) return why;
-  return {};
-}
-
-CString ExplainSilence(const CPlcSingleConfig& node) {
-  const int type = node.m_node.m_driver.plcType;
-  if (CDriverFactory::Instance()->GetDriverIndex(type) >= 0) return {};
-  return "no driver " + CString(std::to_string(type)) + " is installed";
 }
 
 }  // namespace vastra

@@ -18,14 +18,9 @@ struct CStageNames {
 bool UsesSmart(const CSmartConfig& smart);
 
 // The names of the samples of the trending stage.
-CStringArray TrendNames(const CConfiguration& configuration, const CStageNames& names);
+CStringArray TrendNames(const CStageNames& names, const CTrendConfig& trend);
 
 // Opens temporary links; what fails in them goes to the messenger.
 CStageNames FindStageNames(const CConfiguration& configuration);
-
-// Why a stage that told nothing did not open; empty if it must have told.
-CString ExplainSilence(const CInputConfig& input);
-CString ExplainSilence(const CPlcMultiConfig& plcWrite);
-CString ExplainSilence(const CPlcSingleConfig& node);
 
 }  // namespace vastra

@@ -76,6 +76,7 @@ void CTrendFacadeDlg::OnVariablesButton() {
   if (dialog.DoModal() != IDOK) return;
   m_extraVars = dialog.m_added;
   m_pTrendings->GetOptions()->m_calculateExtra = !m_extraVars.IsEmpty();
+  m_pTrendings->OptionsChanged();
 }
 
 void CTrendFacadeDlg::OnEquationsButton() {
@@ -90,6 +91,7 @@ void CTrendFacadeDlg::OnEquationsButton() {
 
 void CTrendFacadeDlg::OnOK() {
   GetConfiguration(*m_pTrendings->GetOptions());
+  m_pTrendings->OptionsChanged();
   CDialog::OnOK();
 }
 

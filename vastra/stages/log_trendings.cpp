@@ -16,11 +16,11 @@ int CLogTrendings::Open(CStringArray& names) {
   if (m_open) Close();
   CChain chain;
   CFileLink* const buffer = chain.Add(CFileLink::Create(nullptr), "TrendingsFileLink",
-                                      BufferConfig(Joined(names, m_options.m_extraVars)));
-  if (m_options.m_calculateExtra)
-    chain.Add(
-        CEquatorLink::Create(chain.Head()), "TrendingsEquatorLink",
-        EquatorConfig(names, m_options.m_equations, Joined(m_options.m_baseVars, m_options.m_extraVars)));
+                                      BufferConfig(Joined(names, m_pOptions->m_extraVars)));
+  if (m_pOptions->m_calculateExtra)
+    chain.Add(CEquatorLink::Create(chain.Head()), "TrendingsEquatorLink",
+              EquatorConfig(names, m_pOptions->m_equations,
+                            Joined(m_pOptions->m_baseVars, m_pOptions->m_extraVars)));
   m_pHeadLink = chain.Open(CLink::modeWrite);
   if (!m_pHeadLink) return 0;
   m_pFileLink = buffer;

@@ -2,6 +2,8 @@
 // read the newest one at a pace of their own. Equations can add variables that exist in the views alone.
 #pragma once
 
+#include <functional>
+
 #include "vastra/config/trend_config.h"
 #include "vastra/stages/log_facade.h"
 
@@ -27,12 +29,26 @@ class VASTRA_API CLogTrendings : public CLogFacade {
   // alone, on a closed stage.
   int Read(CLogSample* sample);
 
-  CTrendConfig* GetOptions() { return &m_options; }
-  void ClearConfiguration() { m_options.Clear(); }
+  // The settings: those of the stage itself, or the shared ones.
+  CTrendConfig* GetOptions() { return m_pOptions; }
+  void ClearConfiguration() { m_pOptions->Clear(); }
+
+  // The stage and the views work on options from now on, which must exist as long as the stage; null: on the
+  // settings of the stage. A host that stores a configuration shares its part of it, so that there is one
+  // copy.
+  void ShareOptions(CTrendConfig* options) { m_pOptions = options ? options : &m_options; }
+  // changed is called after a view or a dialog has changed the settings.
+  void SetOptionsListener(std::function<void()> changed) { m_changed = std::move(changed); }
+  // Called by whoever has changed the settings through GetOptions.
+  void OptionsChanged() const {
+    if (m_changed) m_changed();
+  }
 
  private:
   CLink* m_pHeadLink = nullptr;  // outermost link, owned
   CTrendConfig m_options;
+  CTrendConfig* m_pOptions = &m_options;
+  std::function<void()> m_changed;   // the host's
   CFileLink* m_pFileLink = nullptr;  // the buffer, in the chain
 };
 

@@ -114,6 +114,7 @@ void CLiveView::ReopenStage(const CStringArray& extraVars) {
     m_pTrendings->Close();
   }
   m_pTrendings->GetOptions()->m_extraVars = extraVars;
+  m_pTrendings->OptionsChanged();
   if (isOpen) m_pTrendings->Open(names);
   TakeNames();
 }

@@ -70,6 +70,12 @@ EExit Fail(EExit status, const CString& subject, const CString& words) {
   return status;
 }
 
+void PrintPlace(const CString& text, int offset) {
+  const CMarkedPlace marked = MarkPlace(text.View(), static_cast<std::size_t>(offset));
+  CTerminal::Instance().Line(CString(marked.line));
+  CTerminal::Instance().Line(CString(marked.caret));
+}
+
 void Warn(const CString& subject, const CString& words) {
   CTerminal::Instance().Remark("vastra: " + subject + ": warning: " + words, kWarningColour);
 }

@@ -57,6 +57,9 @@ class CTerminal {
 // Prints the error message "vastra: SUBJECT: WORDS" and returns status. subject is a file as it was typed, or
 // a command.
 EExit Fail(EExit status, const CString& subject, const CString& words);
+// Prints the line of text that has the place of an error, and below it a caret under that place. offset:
+// bytes from the start of text.
+void PrintPlace(const CString& text, int offset);
 // Prints a warning in the same form; --quiet drops it.
 void Warn(const CString& subject, const CString& words);
 

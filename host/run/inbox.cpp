@@ -1,19 +1,22 @@
-#include "host/cli/inbox.h"
+#include "host/run/inbox.h"
 
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <system_error>
+
+#include "host/run/run.h"
 
 namespace vastra {
 namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// What the signal handler works on: it can be given nothing.
+// A signal handler has no argument for these.
 std::atomic<CInbox*> g_inbox{nullptr};
 std::atomic<std::int64_t> g_stoppedAt{0};  // milliseconds on Clock; 0: not yet
 
@@ -37,7 +40,7 @@ void HandleStop(int signal) {
 void SetHandler(int signal, void (*handler)(int)) {
   struct sigaction action = {};
   action.sa_handler = handler;
-  action.sa_flags = SA_RESTART;  // what a driver waits for goes on
+  action.sa_flags = SA_RESTART;  // does not interrupt the waiting of a driver
   ::sigaction(signal, &action, nullptr);
 }
 
@@ -63,9 +66,9 @@ CInbox::~CInbox() {
   for (int end : m_ends) ::close(end);
 }
 
-// A message is shorter than PIPE_BUF: it goes into the pipe whole or not at all. A pipe that is full is full
-// of stops. Once the message is in the pipe its reader may be done with the inbox: nothing of it is touched
-// behind that.
+// A message is shorter than PIPE_BUF: it is written whole or not at all. If the pipe is full, a stop request
+// is already pending, so this one can be dropped. After the write the reader may destroy the inbox: no member
+// is used from then on.
 void CInbox::Post(UINT message, WPARAM wparam, LPARAM lparam) {
   const CMessage posted{message, wparam, lparam};
   ++m_count;
@@ -92,16 +95,31 @@ CStopSignals::CStopSignals(CInbox& inbox) {
   g_stoppedAt = 0;
   g_inbox = &inbox;
   for (int signal : kStops)
-    if (signal != SIGHUP || !IsIgnored(SIGHUP)) SetHandler(signal, HandleStop);  // nohup stays in force
+    if (signal != SIGHUP || !IsIgnored(SIGHUP)) SetHandler(signal, HandleStop);  // nohup keeps its effect
 }
 
-// Once a stop has come the handlers stay: a signal that comes again must not cost the user the words at the
-// end.
+// After a stop the handlers stay installed: a repeated signal must not end the process before the last lines
+// are printed.
 CStopSignals::~CStopSignals() {
   g_inbox = nullptr;
   if (g_stoppedAt != 0) return;
   for (int signal : kStops)
     if (!IsIgnored(signal)) SetHandler(signal, SIG_DFL);
+}
+
+void DriveToEnd(CRun& run, CInbox& inbox, const std::function<CInbox::Time()>& show) {
+  while (run.IsRunning()) {
+    const CInbox::Time due = run.IsPending() ? CInbox::Time::max() : run.NextDue();
+    const CInbox::Time redraw = show();
+    CMessage message;
+    if (!inbox.Wait(message, std::min(due, redraw))) {
+      if (due <= redraw) run.Step();
+    } else if (message.m_message == CStopSignals::messageStop) {
+      run.Stop();
+    } else {
+      run.Notify(message.m_message, message.m_wparam);
+    }
+  }
 }
 
 }  // namespace vastra

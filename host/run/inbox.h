@@ -1,13 +1,16 @@
-// CInbox: what a command that runs for long waits on, with the messages of workers, the signals that stop it
-// and the time of the next scan in one place. Nothing is polled: the host sleeps until one of them comes.
+// CInbox: what a host without an event loop waits on. The messages of workers, the signals that stop it and
+// the time of the next scan come in one place. Nothing is polled: the host sleeps until one of them comes.
 #pragma once
 
 #include <atomic>
 #include <chrono>
+#include <functional>
 
 #include "vastra/platform/message.h"
 
 namespace vastra {
+
+class CRun;
 
 class CInbox : public CMessageTarget {
  public:
@@ -20,7 +23,7 @@ class CInbox : public CMessageTarget {
 
   // From any thread, and from a signal handler.
   void Post(UINT message, WPARAM wparam, LPARAM lparam) override;
-  // Takes the oldest message: 1, or 0 if none has come until then. Only the thread that owns the inbox.
+  // Removes the oldest message: 1, or 0 if none has come until then. Only the thread that owns the inbox.
   int Wait(CMessage& message, Time until);
 
  private:
@@ -30,8 +33,8 @@ class CInbox : public CMessageTarget {
   std::atomic<int> m_count{0};  // of messages, so that a loop at full speed need not ask the system
 };
 
-// While it lives SIGINT, SIGTERM and SIGHUP post messageStop to inbox. A Ctrl-C that comes a second or more
-// after the first stop ends the process at once: the way out when a driver hangs.
+// While the object exists SIGINT, SIGTERM and SIGHUP post messageStop to inbox. A Ctrl-C that comes a second
+// or more after the first stop ends the process at once, for the case that a driver hangs.
 class CStopSignals {
  public:
   static constexpr UINT messageStop = 1000;
@@ -41,5 +44,12 @@ class CStopSignals {
   CStopSignals& operator=(const CStopSignals&) = delete;
   ~CStopSignals();
 };
+
+// Drives run, which has been started, to its end. inbox is its target. show is called between the steps; it
+// returns the time at which it wants to be called again even if nothing happens before.
+void DriveToEnd(CRun& run, CInbox& inbox, const std::function<CInbox::Time()>& show);
+inline void DriveToEnd(CRun& run, CInbox& inbox) {
+  DriveToEnd(run, inbox, [] { return CInbox::Time::max(); });
+}
 
 }  // namespace vastra

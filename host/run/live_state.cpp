@@ -1,0 +1,127 @@
+#include "host/run/live_state.h"
+
+#include <algorithm>
+#include <cstring>
+#include <thread>
+#include <type_traits>
+
+namespace vastra {
+
+CLiveSnapshot CLiveState::Snapshot() const {
+  CLiveSnapshot snapshot;
+  std::shared_ptr<const std::vector<CString>> names;
+  std::shared_ptr<const Values> values;
+  {
+    const std::lock_guard lock(m_mutex);
+    snapshot.isRunning = m_isRunning;
+    names = m_names;
+    values = m_values;
+    snapshot.logs = m_logs;
+    snapshot.messages = m_messages;
+    std::rotate(snapshot.messages.begin(), snapshot.messages.begin() + static_cast<std::ptrdiff_t>(m_oldest),
+                snapshot.messages.end());
+  }
+  if (!values) return snapshot;
+  snapshot.names = *names;
+  snapshot.values.resize(values->size());
+  while (!CopyNumbers(*values, snapshot)) std::this_thread::yield();
+  if (snapshot.samples == 0) snapshot.values.clear();
+  return snapshot;
+}
+
+// False: the writer has stored meanwhile. The acquiring loads keep their order, so that a sequence number
+// that is the same before and after says that nothing in between changed.
+bool CLiveState::CopyNumbers(const Values& values, CLiveSnapshot& snapshot) const {
+  static_assert(std::is_trivially_copyable_v<CHead>);
+  const std::uint64_t before = m_sequence.load(std::memory_order_acquire);
+  Word words[kWords];
+  std::transform(m_words.begin(), m_words.end(), words,
+                 [](const auto& word) { return word.load(std::memory_order_acquire); });
+  std::transform(values.begin(), values.end(), snapshot.values.begin(),
+                 [](const auto& value) { return value.load(std::memory_order_acquire); });
+  if (before % 2 != 0 || m_sequence.load(std::memory_order_relaxed) != before) return false;
+  CHead head;
+  std::memcpy(&head, words, sizeof head);
+  snapshot.time = head.time;
+  snapshot.samples = head.samples;
+  snapshot.counts = head.counts;
+  return true;
+}
+
+void CLiveState::StoreHead() {
+  Word words[kWords] = {};
+  std::memcpy(words, &m_head, sizeof m_head);
+  for (std::size_t i = 0; i < kWords; ++i) m_words[i].store(words[i], std::memory_order_release);
+}
+
+void CLiveState::Started(const CStringArray& names) {
+  {
+    const std::lock_guard lock(m_mutex);
+    m_isRunning = true;
+    m_logs.clear();
+  }
+  m_head.counts = {};
+  Renamed(names);
+}
+
+void CLiveState::Renamed(const CStringArray& names) {
+  auto copy = std::make_shared<const std::vector<CString>>(names.begin(), names.end());
+  auto values = std::make_shared<Values>(copy->size());
+  m_head.samples = 0;  // there is none with these names yet
+  const std::lock_guard lock(m_mutex);
+  m_names.swap(copy);
+  m_values.swap(values);
+  BeginChange();
+  StoreHead();
+  EndChange();
+}
+
+void CLiveState::Sampled(const CLogSample& sample) {
+  const auto count = std::min(m_values->size(), static_cast<std::size_t>(sample.m_values.GetSize()));
+  m_head.time = sample.m_time;
+  ++m_head.samples;
+  BeginChange();
+  StoreHead();
+  for (std::size_t i = 0; i < count; ++i)
+    (*m_values)[i].store(sample.m_values[static_cast<int>(i)], std::memory_order_release);
+  EndChange();
+}
+
+void CLiveState::Counted(const CRunCounts& counts) {
+  m_head.counts = counts;
+  BeginChange();
+  StoreHead();
+  EndChange();
+}
+
+void CLiveState::Message(const CRunMessage& message) {
+  auto kept = std::make_shared<const CKeptMessage>(CKeptMessage{
+      message.time, message.severity, message.function, message.link, message.name, message.text});
+  const std::lock_guard lock(m_mutex);
+  if (m_messages.size() < kMessages) return m_messages.push_back(std::move(kept));
+  m_messages[m_oldest].swap(kept);
+  m_oldest = (m_oldest + 1) % kMessages;
+}
+
+void CLiveState::LogClosed(const CLogSource& source, const CSavedLog& log) {
+  Keep(std::make_shared<const CLastLog>(CLastLog{source, log.path, log.first, log.last, log.samples, {}}));
+}
+
+void CLiveState::LogNotSaved(const CLogSource& source, const CUnsavedLog& log) {
+  Keep(std::make_shared<const CLastLog>(CLastLog{source, log.path, {}, {}, log.samples, log.reason}));
+}
+
+void CLiveState::Keep(std::shared_ptr<const CLastLog> log) {
+  const std::lock_guard lock(m_mutex);
+  const auto former = std::find_if(m_logs.begin(), m_logs.end(),
+                                   [&](const auto& other) { return other->source.key == log->source.key; });
+  if (former == m_logs.end()) return m_logs.push_back(std::move(log));
+  former->swap(log);  // the former goes after the lock
+}
+
+void CLiveState::Stopped() {
+  const std::lock_guard lock(m_mutex);
+  m_isRunning = false;
+}
+
+}  // namespace vastra

@@ -1,0 +1,106 @@
+#include "host/run/open_fault.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "host/common/key_path.h"
+#include "host/common/log_places.h"
+#include "vastra/platform/file_system.h"
+#include "vastra/plc/driver_factory.h"
+
+namespace vastra {
+namespace {
+
+CString SystemReason(const CString& key, const CString& path, int error) {
+  return key + ": " + path + ": " + std::strerror(error);
+}
+
+// 0, or why the file cannot be read.
+int ReadError(const CString& path) {
+  const int file = ::open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  if (file < 0) return errno;
+  ::close(file);
+  return 0;
+}
+
+// 0, or why the folder cannot be entered.
+int EnterError(const CString& folder) {
+  struct stat status = {};
+  if (::stat(folder, &status) != 0) return errno;
+  if (!S_ISDIR(status.st_mode)) return ENOTDIR;
+  return ::access(folder, X_OK) == 0 ? 0 : errno;
+}
+
+bool IsInstalled(const CPlcNodeConfig& node) {
+  return CDriverFactory::Instance()->GetDriverIndex(node.m_driver.plcType) >= 0;
+}
+
+CString FindReplayFault(const CInputConfig& input) {
+  if (input.m_inputFiles.IsEmpty()) return "input.inputFiles: there is no log to replay";
+  int index = 0;
+  for (const CString& path : input.m_inputFiles) {
+    const CString key = KeyPath("input.inputFiles", index++);
+    if (const int error = ReadError(path)) return SystemReason(key, path, error);
+  }
+  return {};
+}
+
+CString FindInputFault(const CConfiguration& configuration) {
+  const CInputConfig& input = configuration.m_input;
+  if (input.m_simulating) return FindReplayFault(input);
+  if (input.m_plcNodes.IsEmpty()) return "input.plcNodes: there is no PLC node";
+  for (const CPlcNodeConfig* node : input.m_plcNodes)
+    if (IsInstalled(*node)) return {};
+  return "input.plcNodes: no PLC node has a driver that is installed";
+}
+
+CString FindWriteFault(const CConfiguration& configuration) {
+  int index = 0;
+  for (const CPlcSingleConfig* node : configuration.m_plcWrite.m_nodes) {
+    CString why = FindOpenFault(*node, KeyPath("plcWrite.nodes", index++));
+    if (!why.IsEmpty()) return why;
+  }
+  return {};
+}
+
+CString FindNothing(const CConfiguration&) { return {}; }
+
+}  // namespace
+
+CString FindFolderFault(const CConfiguration& configuration, const CString& key) {
+  for (const CLogPlace& place : FindLogPlaces(configuration)) {
+    if (place.key.Find(key) != 0 || place.directory.IsEmpty()) continue;
+    if (const int error = EnterError(place.directory))
+      return SystemReason(place.key + ".directory", place.directory, error);
+  }
+  return {};
+}
+
+CString FindOpenFault(const CPlcSingleConfig& node, const CString& key) {
+  if (IsInstalled(node.m_node)) return {};
+  return key + ".driver.plcType: no driver " + CString(std::to_string(node.m_node.m_driver.plcType)) +
+         " is installed";
+}
+
+CString FindOpenFault(const CConfiguration& configuration, EStage stage) {
+  static constexpr CString (*kFinders[])(const CConfiguration&) = {
+      FindNothing,
+      FindInputFault,
+      FindNothing,  // smart
+      [](const CConfiguration& all) { return FindFolderFault(all, "outputs"); },
+      [](const CConfiguration& all) { return FindFolderFault(all, "summaries"); },
+      FindWriteFault,
+      FindNothing,  // trend
+  };
+  return kFinders[static_cast<std::size_t>(stage)](configuration);
+}
+
+CString WhyNotOpened(const CString& why) {
+  return why.IsEmpty() ? CString("the messages of the links say why") : why;
+}
+
+}  // namespace vastra

@@ -1,0 +1,126 @@
+#include "host/run/run.h"
+
+#include <utility>
+
+#include "host/common/key_path.h"
+#include "host/run/open_fault.h"
+
+namespace vastra {
+namespace {
+
+template <class CONFIG>
+std::vector<CLogSource> SourcesOf(const CList<CONFIG*, CONFIG*>& configs, const char* list) {
+  std::vector<CLogSource> sources;
+  for (const CONFIG* config : configs)
+    sources.push_back({KeyPath(list, static_cast<int>(sources.size())), config->m_name});
+  return sources;
+}
+
+CStageNames FindQuietly(const CConfiguration& configuration, CRunMessenger& messenger) {
+  const CRunMessenger::CQuiet quiet(messenger);
+  return FindStageNames(configuration);
+}
+
+}  // namespace
+
+CRun::CRun(const CConfiguration& configuration, CRunMessenger& messenger, const CRunOptions& options)
+    : m_configuration(configuration),
+      m_messenger(messenger),
+      m_names(FindQuietly(configuration, messenger)),
+      m_outputLogs(*this, SourcesOf(m_configuration.m_outputs.m_outputs, "outputs")),
+      m_summaryLogs(*this, SourcesOf(m_configuration.m_summaries.m_summaries, "summaries")),
+      m_trendChanged(options.trendChanged),
+      m_makesNoScan(options.scans == 0),
+      m_loop(m_configuration, LoopOptions(options)) {
+  Trend().SetOptionsListener([this] {
+    m_isRenamed = true;
+    if (m_trendChanged) m_trendChanged();
+  });
+  m_messenger.Attach(this);
+}
+
+CRun::~CRun() { m_messenger.Attach(nullptr); }
+
+CScanLoop::COptions CRun::LoopOptions(const CRunOptions& options) {
+  CScanLoop::COptions result;
+  result.threaded = options.threaded;
+  result.scans = options.scans == 0 ? -1 : options.scans;  // of none Start makes the end
+  result.period = options.period;
+  result.target = options.target;
+  result.node = options.node;
+  result.logic = options.logic;
+  result.trend = options.trend;
+  result.outputs = &m_outputLogs;
+  result.summaries = &m_summaryLogs;
+  result.refresh = [this](CLogTrendings&) { Publish(); };
+  result.closing = [this] { Tell(&CRunObserver::Stopping); };
+  return result;
+}
+
+int CRun::Start() {
+  m_isRenamed = false;
+  if (!m_loop.Start()) return 0;
+  m_counts = {};
+  Tell(&CRunObserver::Started, SampleNames());
+  if (m_makesNoScan) Stop();
+  return 1;
+}
+
+CString CRun::OpenFault() const {
+  const EStage stage = m_loop.FailedStage();
+  return CString(KeyOf(stage)) +
+         ": the stage does not open: " + WhyNotOpened(FindOpenFault(m_configuration, stage));
+}
+
+void CRun::Step() {
+  Drive([this] { m_loop.Step(); });
+}
+
+void CRun::Notify(UINT message, WPARAM result) {
+  Drive([&] { m_loop.Notify(message, result); });
+}
+
+void CRun::Stop() {
+  Drive([this] { m_loop.Stop(); });
+}
+
+// Does something with the loop, and reports the scan, or the end, that it leads to.
+template <class ACTION>
+void CRun::Drive(ACTION action) {
+  if (!m_loop.IsRunning()) return;
+  action();
+  if (m_loop.IsPending()) return;
+  Count();
+  Tell(&CRunObserver::Counted, m_counts);
+  if (!m_loop.IsRunning()) Tell(&CRunObserver::Stopped);
+}
+
+// The stages that are closed have no progress: that of the replay stays.
+void CRun::Count() {
+  m_counts.scans = m_loop.Counts();
+  m_counts.fill = std::as_const(m_loop).Outputs().GetFill();
+  const CLogInput& input = m_loop.Input();
+  const UINT logs = input.TotalFilesToRead();
+  if (logs != 0)
+    m_counts.replay = {logs, input.FilesRead(),
+                       input.PercentCompleted() + input.PartOfLog() / static_cast<float>(logs)};
+}
+
+// Called at the end of each scan that read a sample.
+void CRun::Publish() {
+  if (std::exchange(m_isRenamed, false)) Tell(&CRunObserver::Renamed, SampleNames());
+  if (Trend().Read(&m_sample)) Tell(&CRunObserver::Sampled, m_sample);
+}
+
+// The read that finds the end of a replay is no failure: the links outside of the one that replays call it an
+// Error, which is not shown. Read by a worker, the input is that of the same thread.
+bool CRun::TakeMessage(const char* linkType, const char* linkName, char function, char severity,
+                       const char* text) {
+  if (severity == severityError && function == functionRead && m_loop.Input().IsFinished()) return false;
+  CRunMessage message = {{}, severity, function, linkType, linkName, text};
+  _ftime(message.time);
+  Tell(&CRunObserver::Message, message);
+  return true;
+}
+
+}  // namespace vastra

@@ -1,0 +1,141 @@
+// CRun: a run of one configuration, from the checks before the stages open to the files that were written. It
+// is what the command, the desktop and any other host drive; a host adds observers for what it shows.
+//
+//   CRunMessenger messenger;                   // before all links, installed by CLink::SetMessenger
+//   CRun run(configuration, messenger);
+//   for (warning : run.Warnings()) show it; refuse if run.EquationFaults() is not empty
+//   run.AddObserver(&progress);
+//   if (!run.Start()) show run.OpenFault();
+//   while (run.IsRunning()) {
+//     if (run.IsPending()) wait for a message of a worker, then run.Notify(message, result);
+//     else wait until run.NextDue(), then run.Step();
+//   }
+//
+// The run never waits itself: a command sleeps between the steps, a desktop lets its event loop pace them.
+// One thread at a time drives it. Stop can be called between the steps, and Start and Stop on a thread of
+// their own while the host leaves the run alone.
+#pragma once
+
+#include <memory>
+
+#include "host/common/equation_check.h"
+#include "host/common/warnings.h"
+#include "host/run/live_state.h"
+#include "host/run/run_messenger.h"
+#include "host/run/written_files.h"
+
+namespace vastra {
+
+struct CRunOptions {
+  bool threaded = false;          // workers read and write to the PLCs, and post to target
+  std::int64_t scans = -1;        // end after so many, failed reads counted; below 0: no limit
+  CScanLoop::Period period{-1};   // 0: as fast as possible; below 0: the configuration's
+  HWND target = nullptr;          // where workers post their messages, which the host hands to Notify
+  UINT node = 0;                  // number of this computer on the net of PLCs
+  CSmartLogic* logic = nullptr;   // the host's, which outlives the run
+  CTrendConfig* trend = nullptr;  // settings that the trending stage shares; null: the configuration's
+  std::function<void()> trendChanged = {};  // a view or a dialog has changed them
+};
+
+class CRun : private CRunMessenger::CReader {
+ public:
+  using Time = CScanLoop::Time;
+
+  // Works out the names, without a message and without contacting a PLC. messenger is the one that the links
+  // use; it outlives the run. No other run uses it until this one is gone.
+  CRun(const CConfiguration& configuration, CRunMessenger& messenger, const CRunOptions& options = {});
+  ~CRun() override;
+  CRun(const CRun&) = delete;
+  CRun& operator=(const CRun&) = delete;
+
+  // What the stages will see.
+  const CStageNames& Names() const { return m_names; }
+  // The names of the samples that the observers get, as far as they can be worked out before the start.
+  CStringArray SampleNames() { return TrendNames(m_names, *Trend().GetOptions()); }
+  // What the settings allow and a user has hardly meant, a line each.
+  std::vector<CString> Warnings() const { return FindWarnings(m_configuration, m_names); }
+  // The equation lists that do not compile. A host does not start a run that has one.
+  std::vector<CEquationFinding> EquationFaults() const {
+    return FindEquationFaults(m_configuration, m_names);
+  }
+
+  // Adds an observer, which must exist as long as the run; only while the run is stopped.
+  void AddObserver(CRunObserver* observer) { m_observers.push_back(observer); }
+
+  // Opens the stages; the first scan is due at once. 1, or 0 with all closed again; OpenFault then says why.
+  int Start();
+  // One line: the stage and why it does not open.
+  CString OpenFault() const;
+
+  bool IsRunning() const { return m_loop.IsRunning(); }
+  bool IsPending() const { return m_loop.IsPending(); }
+  Time NextDue() const { return m_loop.NextDue(); }  // of the next scan; only while running and not pending
+
+  // Makes a scan: the whole of it, or up to the start of its worker.
+  void Step();
+  // Accepts the message of a worker and continues its scan.
+  void Notify(UINT message, WPARAM result);
+  // Ends the run: at once, or when the worker under way has reported.
+  void Stop();
+  // Turns the writing to PLCs off or on from the next scan on. False: the stage was opened without its nodes,
+  // since writing was off, and writes after the next start.
+  bool DisableWriting(bool disable) { return m_loop.DisableWriting(disable); }
+
+  // On the thread that drives the run; Live is for all others.
+  const CRunCounts& Counts() const { return m_counts; }
+  // Of the files written so far, those that still exist: absolute paths in byte order.
+  std::vector<std::string> Files() const { return m_files.Existing(); }
+  // The stages that views work on; their settings may be changed between the steps.
+  CLogInput& Input() { return m_loop.Input(); }
+  CLogTrendings& Trend() { return m_loop.Trend(); }
+
+  // The present state, from any thread.
+  CLiveSnapshot Live() const { return m_live.Snapshot(); }
+
+ private:
+  // The listener of a stage: adds which of its outputs or summaries a file belongs to.
+  class CLogs : public CLogListener {
+   public:
+    CLogs(CRun& run, std::vector<CLogSource> sources) : m_run(run), m_sources(std::move(sources)) {}
+    void LogClosed(const CSavedLog& log) override { Tell(&CRunObserver::LogClosed, log); }
+    void LogGrew(const CSavedLog& log) override { Tell(&CRunObserver::LogGrew, log); }
+    void LogNotSaved(const CUnsavedLog& log) override { Tell(&CRunObserver::LogNotSaved, log); }
+
+   private:
+    template <class EVENT, class LOG>
+    void Tell(EVENT event, const LOG& log) {
+      m_run.Tell(event, m_sources[static_cast<std::size_t>(log.log)], log);
+    }
+
+    CRun& m_run;
+    const std::vector<CLogSource> m_sources;
+  };
+
+  bool TakeMessage(const char* linkType, const char* linkName, char function, char severity,
+                   const char* text) override;
+  CScanLoop::COptions LoopOptions(const CRunOptions& options);
+  template <class ACTION>
+  void Drive(ACTION action);
+  void Publish();
+  void Count();
+  template <class EVENT, class... ARGUMENTS>
+  void Tell(EVENT event, const ARGUMENTS&... arguments) {
+    for (CRunObserver* observer : m_observers) (observer->*event)(arguments...);
+  }
+
+  const CConfiguration m_configuration;
+  CRunMessenger& m_messenger;
+  CStageNames m_names;
+  CLiveState m_live;
+  CWrittenFiles m_files;
+  std::vector<CRunObserver*> m_observers{&m_live, &m_files};
+  CRunCounts m_counts;
+  CLogSample m_sample;  // the newest one of the trending stage
+  CLogs m_outputLogs, m_summaryLogs;
+  std::function<void()> m_trendChanged;  // the host's
+  bool m_isRenamed = false;              // since the last sample
+  const bool m_makesNoScan;
+  CScanLoop m_loop;
+};
+
+}  // namespace vastra

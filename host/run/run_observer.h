@@ -1,0 +1,61 @@
+// CRunObserver: what a host hears of a run: a progress line, a table of values, a window, a socket. The run
+// calls its observers in the order in which they were added, on the thread that drives it at that moment.
+// Only Message can come on another thread, that of a worker, and at the same time as other calls.
+#pragma once
+
+#include "host/common/scan_loop.h"
+#include "vastra/logfiles/log_listener.h"
+
+namespace vastra {
+
+// What became of a run so far, for those who look at it.
+struct CRunCounts {
+  CScanCounts scans;
+  CFill fill;  // samples of outputs that are in memory only, and of how many
+  struct {
+    UINT logs = 0;   // in the list; 0: live input
+    UINT done = 0;   // logs that have been played
+    float part = 0;  // of the whole list, 0.0 to 1.0
+  } replay;
+};
+
+// A line of a link. The pointers are valid during the call.
+struct CRunMessage {
+  _timeb time;
+  char severity;  // severityFatal to severityNotice
+  char function;
+  const char* link;  // the class
+  const char* name;  // of this link
+  const char* text;  // never null
+};
+
+// The output or summary that a log file belongs to.
+struct CLogSource {
+  CString key;   // such as "outputs[1]"
+  CString name;  // as the user calls it
+};
+
+class CRunObserver {
+ public:
+  virtual ~CRunObserver() = default;
+
+  // The stages are open; names are those of the samples to come.
+  virtual void Started(const CStringArray& /*names*/) {}
+  // The extra variables have changed: names are those of the next samples.
+  virtual void Renamed(const CStringArray& /*names*/) {}
+  // The newest sample: the variables of the input and the extra variables. The stages have had it.
+  virtual void Sampled(const CLogSample&) {}
+  // After each scan.
+  virtual void Counted(const CRunCounts&) {}
+  // A Fatal, Error, Warning or Notice line, whether it is shown or not.
+  virtual void Message(const CRunMessage&) {}
+  virtual void LogClosed(const CLogSource&, const CSavedLog&) {}
+  // A summary archive was saved with one more row and is still open.
+  virtual void LogGrew(const CLogSource&, const CSavedLog&) {}
+  virtual void LogNotSaved(const CLogSource&, const CUnsavedLog&) {}
+  // The last scan is done; the stages close now and save what they hold.
+  virtual void Stopping() {}
+  virtual void Stopped() {}
+};
+
+}  // namespace vastra
