@@ -50,6 +50,7 @@ CDocument::CDocument() : m_startFolder(MakeAbsolute(".")) {}
 
 void CDocument::New() {
   m_configuration = {};
+  m_storedBaseVars.RemoveAll();
   m_path.Empty();
   m_open = true;
   m_changed = false;
@@ -58,6 +59,7 @@ void CDocument::New() {
 CString CDocument::Open(const CString& path) {
   const CString fault = LoadConfiguration(MakeAbsolute(path), m_configuration);
   if (!fault.IsEmpty()) return path + ": " + fault;
+  m_storedBaseVars = m_configuration.m_trend.m_baseVars;
   m_path = MakeAbsolute(path);
   m_open = true;
   m_changed = false;
@@ -65,8 +67,8 @@ CString CDocument::Open(const CString& path) {
 }
 
 CString CDocument::Save(const CString& path) {
-  const CString fault =
-      IsJsonPath(path) ? SaveAsJson(path, m_configuration) : SaveConfiguration(path, m_configuration);
+  CConfiguration stored = Stored();
+  const CString fault = IsJsonPath(path) ? SaveAsJson(path, stored) : SaveConfiguration(path, stored);
   if (!fault.IsEmpty()) return path + ": " + fault;
   m_path = path;
   m_changed = false;
@@ -86,16 +88,10 @@ CStringArray CDocument::LostToVersion(const CString& path) {
   return lines;
 }
 
-void CDocument::TakeTrend(const CTrendConfig& trend) {
-  CTrendConfig& mine = m_configuration.m_trend;
-  const bool isSame = mine.m_extraVars == trend.m_extraVars && mine.m_equationText == trend.m_equationText &&
-                      mine.m_equations == trend.m_equations &&
-                      mine.m_calculateExtra == trend.m_calculateExtra;
-  if (isSame) return;
-  const CStringArray baseVars = mine.m_baseVars;
-  mine = trend;
-  mine.m_baseVars = baseVars;
-  m_changed = true;
+CConfiguration CDocument::Stored() const {
+  CConfiguration stored = m_configuration;
+  stored.m_trend.m_baseVars = m_storedBaseVars;
+  return stored;
 }
 
 bool CDocument::Take(CConfiguration edited) {
@@ -110,8 +106,7 @@ bool CDocument::Take(CConfiguration edited) {
 }
 
 void CDocument::TakeBaseVars(const CStringArray& names) {
-  CStringArray& mine = m_configuration.m_trend.m_baseVars;
-  if (!mine.IsEmpty()) mine = names;
+  if (!m_storedBaseVars.IsEmpty()) m_storedBaseVars = names;
 }
 
 }  // namespace vastra

@@ -31,17 +31,21 @@ class CDocument {
   CConfiguration& Configuration() { return m_configuration; }
   bool IsChanged() const { return m_changed; }
 
-  // Takes what the views have changed in the trending stage.
-  void TakeTrend(const CTrendConfig& trend);
+  // The configuration as it is stored: with the base variables that the file has, in place of those that the
+  // host has set.
+  CConfiguration Stored() const;
+  // The views have changed the settings of the trending stage, which are those of the configuration.
+  void TrendChanged() { m_changed = true; }
   // Takes what the user has made of the configuration: whether that is another one. Relative paths that were
   // typed are taken from the folder of the file; without a file, from where the program was started.
   bool Take(CConfiguration edited);
-  // The variables of the input, now. Whoever does not store them does not get them.
+  // Sets the base variables that are stored, unless the file has none.
   void TakeBaseVars(const CStringArray& names);
 
  private:
   CString m_startFolder;
   CConfiguration m_configuration;
+  CStringArray m_storedBaseVars;
   CString m_path;  // full
   bool m_open = false;
   bool m_changed = false;

@@ -37,10 +37,10 @@ void BringUp(CWnd& window) { window.ShowWindow(window.IsIconic() ? SW_RESTORE : 
 
 }  // namespace
 
-void CLiveViews::ShowTrend(CScanLoop& loop, UINT refreshPeriod) {
+void CLiveViews::ShowTrend(CRun& run, UINT refreshPeriod) {
   if (m_pTrend) return BringUp(*m_pTrend);
   m_pTrend = new CTrendingDlg;
-  m_pTrend->SetInputPointers(&loop.Input(), &loop.Trend(), &m_pTrend);
+  m_pTrend->SetInputPointers(&run.Input(), &run.Trend(), &m_pTrend);
   m_pTrend->SetGridPointer(&m_pGrid);
   m_pTrend->SetTimeScan(refreshPeriod);
   if (!m_pTrend->Create()) return;
@@ -50,10 +50,10 @@ void CLiveViews::ShowTrend(CScanLoop& loop, UINT refreshPeriod) {
   m_pTrend->ShowWindow(SW_SHOW);
 }
 
-void CLiveViews::ShowGrid(CScanLoop& loop) {
+void CLiveViews::ShowGrid(CRun& run) {
   if (m_pGrid) return BringUp(*m_pGrid);
   m_pGrid = new CVarScanDlg;
-  m_pGrid->SetInputPointers(&loop.Input(), &loop.Trend(), &m_pGrid);
+  m_pGrid->SetInputPointers(&run.Input(), &run.Trend(), &m_pGrid);
   m_pGrid->SetTrendPointer(&m_pTrend);
   if (!m_pGrid->Create()) return;
   StandAlone(*m_pGrid);
@@ -63,12 +63,12 @@ void CLiveViews::ShowGrid(CScanLoop& loop) {
   m_pGrid->ShowWindow(SW_SHOW);
 }
 
-void CLiveViews::TakeLoop(CScanLoop& loop, UINT refreshPeriod) {
+void CLiveViews::TakeRun(CRun& run, UINT refreshPeriod) {
   if (m_pTrend) {
-    m_pTrend->SetInputPointers(&loop.Input(), &loop.Trend(), &m_pTrend);
+    m_pTrend->SetInputPointers(&run.Input(), &run.Trend(), &m_pTrend);
     m_pTrend->RefreshTimeScan(refreshPeriod);
   }
-  if (m_pGrid) m_pGrid->SetInputPointers(&loop.Input(), &loop.Trend(), &m_pGrid);
+  if (m_pGrid) m_pGrid->SetInputPointers(&run.Input(), &run.Trend(), &m_pGrid);
   ResetNames();
 }
 

@@ -1,7 +1,7 @@
 // CLiveViews: the trend window and the scan grid of the desktop, each there once or not at all.
 #pragma once
 
-#include "host/common/scan_loop.h"
+#include "host/run/run.h"
 #include "host/desktop/settings.h"
 
 namespace vastra {
@@ -16,13 +16,13 @@ class CLiveViews {
   CLiveViews(const CLiveViews&) = delete;
   CLiveViews& operator=(const CLiveViews&) = delete;
 
-  // Brings the window to the front, or makes it: on the stages of loop, with a refresh each so many
+  // Brings the window to the front, or makes it: on the stages of run, with a refresh each so many
   // milliseconds.
-  void ShowTrend(CScanLoop& loop, UINT refreshPeriod);
-  void ShowGrid(CScanLoop& loop);
+  void ShowTrend(CRun& run, UINT refreshPeriod);
+  void ShowGrid(CRun& run);
 
-  // Open windows change over to the stages of another loop.
-  void TakeLoop(CScanLoop& loop, UINT refreshPeriod);
+  // Open windows change over to the stages of another run.
+  void TakeRun(CRun& run, UINT refreshPeriod);
   // The names of the stages may have changed.
   void ResetNames();
   void Refresh();

@@ -61,9 +61,9 @@ void CMainWindow::MakeRunMenu() {
 void CMainWindow::MakeWindowMenu() {
   QMenu* window = menuBar()->addMenu("&Window");
   QAction* trend = AddAction(window, "&Trend", QKeySequence("Ctrl+1"),
-                             [this] { m_views.ShowTrend(m_runner.Loop(), m_runner.RefreshPeriod()); });
+                             [this] { m_views.ShowTrend(m_runner.Run(), m_runner.RefreshPeriod()); });
   QAction* grid =
-      AddAction(window, "Scan &Grid", QKeySequence("Ctrl+2"), [this] { m_views.ShowGrid(m_runner.Loop()); });
+      AddAction(window, "Scan &Grid", QKeySequence("Ctrl+2"), [this] { m_views.ShowGrid(m_runner.Run()); });
   QAction* messages = AddAction(window, "&Messages", QKeySequence("Ctrl+3"), [this] { m_messages.Show(); });
   window->addSeparator();
   AddAction(window, "Message &Settings...", QKeySequence("Ctrl+M"), [this] { m_messages.Configure(); });

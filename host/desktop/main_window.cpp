@@ -11,9 +11,6 @@
 
 #include "host/common/configuration_json.h"
 #include "host/common/demo.h"
-#include "host/common/equation_check.h"
-#include "host/common/log_places.h"
-#include "host/common/warnings.h"
 #include "host/desktop/configuration_sheet.h"
 #include "host/desktop/overview.h"
 #include "host/desktop/report_window.h"
@@ -41,6 +38,11 @@ const char* NameOf(CRunner::EState state) {
   return "";
 }
 
+CString Trimmed(CString text) {
+  text.TrimLeft();
+  return text;
+}
+
 // A dialog that is open works on the stages: it is to be closed before they go.
 bool HasOpenDialog() {
   QWidget* dialog = QApplication::activeModalWidget();
@@ -51,14 +53,6 @@ bool HasOpenDialog() {
   return true;
 }
 
-// A stage whose logs have nowhere to go tells so in the messages, without the place.
-CString ExplainPlaces(const CConfiguration& configuration, const CString& stage) {
-  for (const CLogPlace& place : FindLogPlaces(configuration))
-    if (place.key.Find(stage) == 0 && !CanEnter(place.directory))
-      return "there is no folder " + place.directory;
-  return {};
-}
-
 }  // namespace
 
 CMainWindow::CMainWindow()
@@ -66,7 +60,9 @@ CMainWindow::CMainWindow()
       m_runner({.changed = [this] { TakeState(); },
                 .failed = [this] { TellWhyNotOpened(); },
                 .refresh = [this] { m_views.Refresh(); },
-                .tick = [this] { ShowCounts(); }}),
+                .tick = [this] { ShowCounts(); },
+                .trend = [this] { TakeTrend(); }},
+               m_messages.Messenger()),
       m_views(m_settings),
       m_overview(new COverview(this)) {
   setCentralWidget(m_overview);
@@ -114,18 +110,15 @@ void CMainWindow::OfferDemo() {
 
 // Makes the stages of the document, closed, and shows what they will do.
 void CMainWindow::UseConfiguration() {
-  m_runner.SetConfiguration(m_document.Configuration());
+  m_runner.SetConfiguration(m_document.Stored(), Trend());
   m_isAhead = false;
-  ShowConfiguration();
+  ShowNames(m_runner.Run().Names());
   Trend().m_baseVars = m_names.input;
-  m_views.TakeLoop(m_runner.Loop(), m_runner.RefreshPeriod());
+  m_views.TakeRun(m_runner.Run(), m_runner.RefreshPeriod());
 }
 
-void CMainWindow::ShowConfiguration() {
-  {
-    const CMessages::CQuiet quiet(m_messages);
-    m_names = FindStageNames(m_document.Configuration());
-  }
+void CMainWindow::ShowNames(const CStageNames& names) {
+  m_names = names;
   m_overview->ShowConfiguration(m_document.Configuration(), m_names.hasInput ? m_names.input.GetSize() : -1);
 }
 
@@ -157,7 +150,6 @@ void CMainWindow::ShowRecent() {
 bool CMainWindow::Save() { return m_document.Path().IsEmpty() ? AskToSave() : SaveTo(m_document.Path()); }
 
 bool CMainWindow::SaveTo(const CString& path) {
-  TakeTrend();
   AskForVersion(path);
   const CString fault = m_document.Save(path);
   if (!fault.IsEmpty()) {
@@ -198,7 +190,6 @@ bool CMainWindow::AskToSave() {
 
 // Asks whether to save what has been changed; false: the user wants to stay.
 bool CMainWindow::MayLoseChanges() {
-  TakeTrend();
   if (!m_document.IsChanged()) return true;
   switch (
       AfxMessageBox("Save the changes to " + m_document.Title() + "?", MB_YESNOCANCEL | MB_ICONQUESTION)) {
@@ -215,26 +206,25 @@ void CMainWindow::EditConfiguration() {
   // The configuration of a view lets other windows be used, and the sheet itself refuses an Apply then.
   const QWidget* dialog = QApplication::activeModalWidget();
   if (dialog && dialog->windowModality() == Qt::ApplicationModal && HasOpenDialog()) return;
-  TakeTrend();
-  CConfigurationSheet sheet(m_document.Configuration(), [&] { Apply(sheet); });
-  sheet.SetTrend(&Trend());
+  CTrendConfig trend = Trend();
+  CConfigurationSheet sheet(m_document.Configuration(), [&] { Apply(sheet, trend); });
+  sheet.SetTrend(&trend);
   sheet.DoModal();
 }
 
 // What the stages work on is left alone while they run: it goes into the document, and from there into those
 // of the next start.
-void CMainWindow::Apply(CConfigurationSheet& sheet) {
-  TakeTrend();  // the sheet may have emptied the equations
+void CMainWindow::Apply(const CConfigurationSheet& sheet, const CTrendConfig& trend) {
   const CConfiguration former = m_document.Configuration();
   CConfiguration edited = former;
   sheet.GetConfiguration(edited);
+  edited.m_trend = trend;
   if (m_document.Take(std::move(edited))) {
     if (m_runner.State() == CRunner::EState::stopped)
       UseConfiguration();
     else
       ApplyWhileRunning(former);
     if (m_names.hasInput) m_document.TakeBaseVars(m_names.input);
-    sheet.SetTrend(&Trend());
   }
   ShowState();
 }
@@ -242,10 +232,13 @@ void CMainWindow::Apply(CConfigurationSheet& sheet) {
 void CMainWindow::ApplyWhileRunning(CConfiguration former) {
   CConfiguration& now = m_document.Configuration();
   const int disable = now.m_plcWrite.m_disableWriting;
-  bool isAhead = !m_runner.Loop().DisableWriting(disable != 0);
+  bool isAhead = !m_runner.Run().DisableWriting(disable != 0);
   former.m_plcWrite.m_disableWriting = disable;
   isAhead = !IsSame(former, now) || isAhead;
-  ShowConfiguration();
+  {
+    const CRunMessenger::CQuiet quiet(m_messages.Messenger());
+    ShowNames(FindStageNames(now));
+  }
   if (!isAhead) return;
   m_isAhead = true;
   ShowState();
@@ -254,7 +247,7 @@ void CMainWindow::ApplyWhileRunning(CConfiguration former) {
 
 void CMainWindow::ShowReport() {
   CMemFile file;
-  m_document.Configuration().Report(file);
+  m_document.Stored().Report(file);
   auto* report = new CReportWindow(CString(file.Bytes()), this);
   report->setAttribute(Qt::WA_DeleteOnClose);
   report->show();
@@ -267,30 +260,27 @@ void CMainWindow::ShowAbout() {
 
 void CMainWindow::Start() {
   if (!m_document.IsOpen() || m_runner.State() != CRunner::EState::stopped || HasOpenDialog()) return;
-  TakeTrend();
   UseConfiguration();
   if (!IsFitToStart()) return;
-  for (const CString& warning : FindWarnings(m_document.Configuration(), m_names)) m_messages.Warn(warning);
+  for (const CString& warning : m_runner.Run().Warnings()) m_messages.Warn(warning);
   m_runner.Start();
 }
 
-// Tells each equation list that does not compile.
+// Shows each equation list that does not compile.
 bool CMainWindow::IsFitToStart() {
   CString text;
-  for (const CString& fault : FindEquationFaults(m_document.Configuration(), m_names))
-    text += (text.IsEmpty() ? "" : "\n") + fault;
+  for (const CEquationFinding& fault : m_runner.Run().EquationFaults())
+    text += (text.IsEmpty() ? "" : "\n") + fault.message + "\n    " + Trimmed(fault.statement);
   if (!text.IsEmpty()) AfxMessageBox(text);
   return text.IsEmpty();
 }
 
-void CMainWindow::TellWhyNotOpened() {
-  const CString stage = m_runner.Loop().FailedStage();
-  const CConfiguration& configuration = m_document.Configuration();
-  const CString why = stage == "input"      ? ExplainSilence(configuration.m_input)
-                      : stage == "plcWrite" ? ExplainSilence(configuration.m_plcWrite)
-                                            : ExplainPlaces(configuration, stage);
-  AfxMessageBox(stage + ": the stage does not open" +
-                (why.IsEmpty() ? CString("; the messages tell why.") : ", since " + why));
+void CMainWindow::TellWhyNotOpened() { AfxMessageBox(m_runner.Run().OpenFault()); }
+
+void CMainWindow::TakeTrend() {
+  m_document.TrendChanged();
+  m_overview->ShowTrend(Trend());
+  ShowState();
 }
 
 // What a state allows. While stages open or close on their thread nothing else may touch them.
@@ -322,36 +312,20 @@ void CMainWindow::ShowState() {
 
 void CMainWindow::ShowCounts() {
   m_views.NotePlaces();
-  TakeTrend();
-  setWindowModified(m_document.IsChanged());
-  const CScanLoop& loop = m_runner.Loop();
-  const CScanCounts& counts = loop.Counts();
-  const CFill fill = loop.Outputs().GetFill();
+  const CRunCounts& counts = m_runner.Run().Counts();
   m_countsText->setText(QString("%1 samples, %2 failed reads, %3 late, in memory %4 of %5")
-                            .arg(counts.read)
-                            .arg(counts.failedReads)
-                            .arg(counts.late)
-                            .arg(fill.m_samples)
-                            .arg(fill.m_of));
-  const UINT logs = loop.Input().TotalFilesToRead();
-  m_progress->setVisible(logs != 0);
-  if (logs != 0)
-    m_progress->setValue(static_cast<int>(
-        100 * (loop.Input().PercentCompleted() + loop.Input().PartOfLog() / static_cast<float>(logs))));
-  m_overview->ShowCounts(loop);
-  m_overview->ShowTrend(m_document.Configuration().m_trend);
+                            .arg(counts.scans.read)
+                            .arg(counts.scans.failedReads)
+                            .arg(counts.scans.late)
+                            .arg(counts.fill.m_samples)
+                            .arg(counts.fill.m_of));
+  m_progress->setVisible(counts.replay.logs != 0);
+  if (counts.replay.logs != 0) m_progress->setValue(static_cast<int>(100 * counts.replay.part));
+  m_overview->ShowCounts(counts.scans);
 }
 
-void CMainWindow::TakeTrend() {
-  const bool isSettled =
-      m_runner.State() == CRunner::EState::stopped || m_runner.State() == CRunner::EState::running;
-  if (m_document.IsOpen() && isSettled) m_document.TakeTrend(Trend());
-}
-
-// Views that were used meanwhile may have changed the extra variables.
 void CMainWindow::changeEvent(QEvent* event) {
   if (event->type() == QEvent::ActivationChange && m_document.IsOpen()) {
-    TakeTrend();
     m_views.NotePlaces();
     ShowState();
   }

@@ -30,8 +30,8 @@ class CMainWindow : public QMainWindow {
   void OfferDemo();
   bool WantsToStart() { return m_document.Configuration().m_input.m_autoStart != 0; }
   void Start();
-  // The settings of the trending stage that the views work on; a configuration is open.
-  CTrendConfig& Trend() { return *m_runner.Loop().Trend().GetOptions(); }
+  // The stage that the views work on; a configuration is open.
+  CLogTrendings& Trendings() { return m_runner.Run().Trend(); }
   // Stops what runs, without a question, and ends the program.
   void StopAndQuit();
 
@@ -57,15 +57,16 @@ class CMainWindow : public QMainWindow {
   void TellLost();
   bool MayLoseChanges();
   void EditConfiguration();
-  void Apply(CConfigurationSheet& sheet);
+  void Apply(const CConfigurationSheet& sheet, const CTrendConfig& trend);
   void ApplyWhileRunning(CConfiguration former);
   void ShowReport();
   void ShowAbout();
 
   bool IsFitToStart();
-  void TakeTrend();
   void UseConfiguration();
-  void ShowConfiguration();
+  void ShowNames(const CStageNames& names);
+  CTrendConfig& Trend() { return m_document.Configuration().m_trend; }
+  void TakeTrend();
   void TellWhyNotOpened();
   void TakeState();
   void ShowState();
@@ -77,7 +78,7 @@ class CMainWindow : public QMainWindow {
   CSettings m_settings;
   CMessages m_messages;
   CDocument m_document;
-  CStageNames m_names;
+  CStageNames m_names;  // of the document, which the run may not have yet
   CRunner m_runner;
   CLiveViews m_views;
   bool m_quitWanted = false;

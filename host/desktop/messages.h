@@ -2,7 +2,7 @@
 #pragma once
 
 #include "host/desktop/settings.h"
-#include "vastra/core/messenger.h"
+#include "host/run/run_messenger.h"
 
 namespace vastra {
 
@@ -19,19 +19,7 @@ class CMessages {
   // A line of the host's own, as a warning.
   void Warn(const CString& text);
 
-  // As long as it lives no message is shown: what fails now fails again, and is told, when the stages open.
-  class CQuiet {
-   public:
-    explicit CQuiet(CMessages& messages) : m_messages(messages) {
-      m_messages.m_messenger.SetFilters(0, 0, 0, 0, 0);
-    }
-    ~CQuiet() { m_messages.Apply(); }
-    CQuiet(const CQuiet&) = delete;
-    CQuiet& operator=(const CQuiet&) = delete;
-
-   private:
-    CMessages& m_messages;
-  };
+  CRunMessenger& Messenger() { return m_messenger; }
 
  private:
   void Restore();
@@ -39,7 +27,7 @@ class CMessages {
   void Apply();
 
   CSettings& m_settings;
-  CMessenger m_messenger;
+  CRunMessenger m_messenger;
   int m_all = 0;
   int m_kinds[5] = {1, 1, 1, 1, 0};  // fatal, error, warning, notice, debug
   int m_onTop = 0;

@@ -88,8 +88,7 @@ void COverview::Show(const char* part, int column, const CString& text) {
     item->setText(column, ToScreen(text));
 }
 
-void COverview::ShowCounts(const CScanLoop& loop) {
-  const CScanCounts& counts = loop.Counts();
+void COverview::ShowCounts(const CScanCounts& counts) {
   const auto& failed = counts.failedWrites;
   Show("Input", columnState, Count(static_cast<std::int64_t>(counts.read), "sample", "samples"));
   Show("Smart", columnState, Failed(failed.smart));

@@ -12,7 +12,7 @@ class COverview : public QTreeWidget {
   explicit COverview(QWidget* parent);
   // The parts of configuration; the input gives so many variables, below 0: not known.
   void ShowConfiguration(const CConfiguration& configuration, int inputVariables);
-  void ShowCounts(const CScanLoop& loop);
+  void ShowCounts(const CScanCounts& counts);
   void ShowTrend(const CTrendConfig& trend);  // which the views change
 
  private:

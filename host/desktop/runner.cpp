@@ -16,7 +16,8 @@ constexpr UINT kSlack = 2;
 
 }  // namespace
 
-CRunner::CRunner(CListener listener) : m_listener(std::move(listener)) {
+CRunner::CRunner(CListener listener, CRunMessenger& messenger)
+    : m_listener(std::move(listener)), m_messenger(messenger) {
   m_timer.setSingleShot(true);
   m_timer.setTimerType(Qt::PreciseTimer);
   QObject::connect(&m_timer, &QTimer::timeout, &m_receiver, [this] { Go(); });
@@ -24,7 +25,7 @@ CRunner::CRunner(CListener listener) : m_listener(std::move(listener)) {
 
 CRunner::~CRunner() {
   if (m_background.joinable()) m_background.join();
-  m_loop.reset();  // waits for a worker, which reports to this
+  m_run.reset();  // waits for a worker, which reports to this
 }
 
 UINT CRunner::RefreshPeriodOf(UINT scanPeriod) {
@@ -32,21 +33,21 @@ UINT CRunner::RefreshPeriodOf(UINT scanPeriod) {
   return (kShortestRefresh + scanPeriod - 1) / scanPeriod * scanPeriod;
 }
 
-void CRunner::SetConfiguration(const CConfiguration& configuration) {
-  CScanLoop::COptions options;
-  options.threaded = true;
-  options.target = this;
-  options.refresh = [this](CLogTrendings&) { RefreshViews(); };
-  m_loop = std::make_unique<CScanLoop>(configuration, std::move(options));
-  m_refreshPeriod = RefreshPeriodOf(m_loop->Input().GetScanPeriod());
+void CRunner::SetConfiguration(const CConfiguration& configuration, CTrendConfig& trend) {
+  m_run.reset();  // first: one run at a time uses the messenger
+  m_run = std::make_unique<CRun>(
+      configuration, m_messenger,
+      CRunOptions{.threaded = true, .target = this, .trend = &trend, .trendChanged = m_listener.trend});
+  m_run->AddObserver(this);
+  m_refreshPeriod = RefreshPeriodOf(m_run->Input().GetScanPeriod());
 }
 
 void CRunner::Start() {
-  if (m_state != EState::stopped || !m_loop) return;
+  if (m_state != EState::stopped || !m_run) return;
   m_stopWanted = false;
   m_refreshDue = {};
   Enter(EState::starting);
-  InBackground([this] { return m_loop->Start(); }, messageOpened);
+  InBackground([this] { return m_run->Start(); }, messageOpened);
 }
 
 void CRunner::Stop() {
@@ -72,7 +73,7 @@ void CRunner::OnMessage(UINT message, WPARAM wparam) {
   } else if (message == messageClosed) {
     return Enter(EState::stopped);
   } else {
-    Drive([&] { m_loop->Notify(message, wparam); });
+    Drive([&] { m_run->Notify(message, wparam); });
   }
   Go();
 }
@@ -85,21 +86,21 @@ void CRunner::Drive(const std::function<void()>& step) {
 
 void CRunner::Go() {
   if (m_state != EState::running || m_driving) return;
-  if (!m_loop->IsPending()) Tick();
-  if (m_loop->IsRunning() && !m_loop->IsPending() && !m_stopWanted &&
-      m_loop->NextDue() <= CScanLoop::Time::clock::now())
-    Drive([this] { m_loop->Step(); });
-  if (!m_loop->IsRunning()) return Enter(EState::stopped);
-  if (m_loop->IsPending()) return;  // the worker's message goes on
+  if (!m_run->IsPending()) Tick();
+  if (m_run->IsRunning() && !m_run->IsPending() && !m_stopWanted &&
+      m_run->NextDue() <= CScanLoop::Time::clock::now())
+    Drive([this] { m_run->Step(); });
+  if (!m_run->IsRunning()) return Enter(EState::stopped);
+  if (m_run->IsPending()) return;  // the worker's message goes on
   if (m_stopWanted) {
     Enter(EState::stopping);
-    return InBackground([this] { return m_loop->Stop(), 1; }, messageClosed);
+    return InBackground([this] { return m_run->Stop(), 1; }, messageClosed);
   }
-  const auto wait = m_loop->NextDue() - CScanLoop::Time::clock::now();
+  const auto wait = m_run->NextDue() - CScanLoop::Time::clock::now();
   m_timer.start(std::max(std::chrono::ceil<std::chrono::milliseconds>(wait), std::chrono::milliseconds(0)));
 }
 
-void CRunner::RefreshViews() {
+void CRunner::Sampled(const CLogSample&) {
   const auto now = CScanLoop::Time::clock::now();
   const std::chrono::milliseconds period(m_refreshPeriod);
   if (now + period / kSlack < m_refreshDue) return;

@@ -11,34 +11,36 @@
 #include <memory>
 #include <thread>
 
-#include "host/common/scan_loop.h"
+#include "host/run/run.h"
 
 namespace vastra {
 
-class CRunner : private CMessageTarget {
+class CRunner : private CMessageTarget, private CRunObserver {
  public:
   enum class EState { stopped, starting, running, stopping };
   // What the owner wants to hear of, on the window's thread.
   struct CListener {
     std::function<void()> changed;  // the state
-    std::function<void()> failed;   // a stage did not open: Loop().FailedStage()
+    std::function<void()> failed;   // a stage did not open: Run().OpenFault()
     std::function<void()> refresh;  // the views may draw
-    std::function<void()> tick;  // between two scans, some times a second: the counts of Loop() can be read
+    std::function<void()> tick;     // between two scans, some times a second: the counts of Run() can be read
+    std::function<void()> trend;    // a view has changed the settings of the trending stage
   };
 
-  explicit CRunner(CListener listener);
+  CRunner(CListener listener, CRunMessenger& messenger);
   ~CRunner() override;  // waits for what is under way
   CRunner(const CRunner&) = delete;
   CRunner& operator=(const CRunner&) = delete;
 
   // Makes the stages of configuration, closed; only while stopped. The former ones go, so what points to them
   // must be given the new ones.
-  void SetConfiguration(const CConfiguration& configuration);
+  // trend: the settings that the trending stage shares.
+  void SetConfiguration(const CConfiguration& configuration, CTrendConfig& trend);
   void Start();  // only while stopped
   void Stop();   // any time
 
   EState State() const { return m_state; }
-  CScanLoop& Loop() { return *m_loop; }
+  CRun& Run() { return *m_run; }
   // Milliseconds from refresh to refresh of the views: the period of the scans, or its smallest multiple from
   // 50 ms on; 100 ms if the scans follow each other at once.
   UINT RefreshPeriod() const { return m_refreshPeriod; }
@@ -50,7 +52,7 @@ class CRunner : private CMessageTarget {
   void OnMessage(UINT message, WPARAM wparam);
   void Go();  // makes the scans that are due and sets the timer for the next one
   void Drive(const std::function<void()>& step);
-  void RefreshViews();
+  void Sampled(const CLogSample&) override;
   void Tick();
   void InBackground(std::function<int()> work, UINT message);
   void Enter(EState state);
@@ -58,7 +60,8 @@ class CRunner : private CMessageTarget {
   const CListener m_listener;
   QObject m_receiver;  // of what is posted; goes before the rest
   QTimer m_timer;
-  std::unique_ptr<CScanLoop> m_loop;
+  CRunMessenger& m_messenger;
+  std::unique_ptr<CRun> m_run;
   std::thread m_background;
   EState m_state = EState::stopped;
   bool m_stopWanted = false;

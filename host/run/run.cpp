@@ -62,6 +62,8 @@ int CRun::Start() {
   if (!m_loop.Start()) return 0;
   m_counts = {};
   Tell(&CRunObserver::Started, SampleNames());
+  Count();
+  Tell(&CRunObserver::Counted, m_counts);
   if (m_makesNoScan) Stop();
   return 1;
 }

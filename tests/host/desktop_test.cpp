@@ -24,10 +24,10 @@ namespace vastra {
 namespace {
 
 // A runner with what it tells.
-struct CRun {
-  explicit CRun(const std::string& json, const CString& folder) {
+struct CRunning {
+  explicit CRunning(const std::string& json, const CString& folder) {
     EXPECT_EQ(ParseConfiguration(json, folder, configuration), "");
-    runner.SetConfiguration(configuration);
+    runner.SetConfiguration(configuration, configuration.m_trend);
   }
   bool Reaches(CRunner::EState state) {
     return QTest::qWaitFor([&] { return runner.State() == state; }, 20000);
@@ -36,7 +36,8 @@ struct CRun {
   CRecorder recorder;
   CConfiguration configuration;
   int failed = 0, refreshed = 0, ticks = 0;
-  CRunner runner{{[] {}, [this] { ++failed; }, [this] { ++refreshed; }, [this] { ++ticks; }}};
+  CRunMessenger messenger;
+  CRunner runner{{[] {}, [this] { ++failed; }, [this] { ++refreshed; }, [this] { ++ticks; }, {}}, messenger};
 };
 
 TEST(DesktopRunner, ViewsAreRefreshedWithTheScansButNotOftenerThanTheyCanDraw) {
@@ -47,17 +48,17 @@ TEST(DesktopRunner, ViewsAreRefreshedWithTheScansButNotOftenerThanTheyCanDraw) {
 }
 
 TEST_F(Desktop, ARunWritesWhatItReadAndStopsWhereverItIs) {
-  CRun run(Configuration(kSimulator), m_dir.Path());
+  CRunning run(Configuration(kSimulator), m_dir.Path());
   run.runner.Start();
   EXPECT_EQ(run.runner.State(), CRunner::EState::starting);
   ASSERT_TRUE(run.Reaches(CRunner::EState::running));
-  ASSERT_TRUE(Wait([&] { return run.runner.Loop().Counts().read >= 30; }));
+  ASSERT_TRUE(Wait([&] { return run.runner.Run().Counts().scans.read >= 30; }));
   EXPECT_GT(run.refreshed, 2);
   EXPECT_LT(run.refreshed, 30) << "each scan draws";
   EXPECT_GT(run.ticks, 0);
   run.runner.Stop();
   ASSERT_TRUE(run.Reaches(CRunner::EState::stopped));
-  EXPECT_EQ(Rows(), run.runner.Loop().Counts().read);
+  EXPECT_EQ(Rows(), run.runner.Run().Counts().scans.read);
 
   run.runner.Start();
   run.runner.Stop();  // before it is open
@@ -66,20 +67,20 @@ TEST_F(Desktop, ARunWritesWhatItReadAndStopsWhereverItIs) {
 }
 
 TEST_F(Desktop, AStageThatDoesNotOpenIsNamed) {
-  CRun run(Configuration(R"({"plcType": 1})"), m_dir.Path());
+  CRunning run(Configuration(R"({"plcType": 1})"), m_dir.Path());
   run.runner.Start();
   ASSERT_TRUE(run.Reaches(CRunner::EState::stopped));
   EXPECT_EQ(run.failed, 1);
-  EXPECT_STREQ(run.runner.Loop().FailedStage(), "input");
+  EXPECT_EQ(run.runner.Run().OpenFault().Find("input: the stage does not open: input.plcNodes: "), 0);
 }
 
 // Whatever the PLC lets one wait for, the window goes on meanwhile.
 TEST_F(Desktop, TheWindowNeverWaitsForAPlc) {
-  CRun run(Configuration(R"({"plcType": 9077, "value1": 500, "value2": 500, "value3": 500})"), m_dir.Path());
+  CRunning run(Configuration(R"({"plcType": 9077, "value1": 500, "value2": 500, "value3": 500})"), m_dir.Path());
   std::map<std::string, int> beats;
   QTimer beat;
   QObject::connect(&beat, &QTimer::timeout, [&] {
-    const bool isReading = run.runner.State() == CRunner::EState::running && run.runner.Loop().IsPending();
+    const bool isReading = run.runner.State() == CRunner::EState::running && run.runner.Run().IsPending();
     ++beats[isReading                                         ? "reading"
             : run.runner.State() == CRunner::EState::starting ? "opening"
             : run.runner.State() == CRunner::EState::stopping ? "closing"
@@ -88,7 +89,7 @@ TEST_F(Desktop, TheWindowNeverWaitsForAPlc) {
   beat.start(10);
   run.runner.Start();
   ASSERT_TRUE(run.Reaches(CRunner::EState::running));
-  ASSERT_TRUE(Wait([&] { return run.runner.Loop().Counts().read >= 1; }));
+  ASSERT_TRUE(Wait([&] { return run.runner.Run().Counts().scans.read >= 1; }));
   run.runner.Stop();
   ASSERT_TRUE(run.Reaches(CRunner::EState::stopped));
   for (const char* phase : {"opening", "reading", "closing"}) EXPECT_GT(beats[phase], 5) << phase;
@@ -118,18 +119,16 @@ TEST_F(Desktop, WhatTheViewsChangedIsSavedInEitherForm) {
   for (const char* name : {"saved.json", "saved.vst"}) {
     CDocument document;
     ASSERT_EQ(document.Open(m_dir / "demo.json"), "");
-    CTrendConfig trend = document.Configuration().m_trend;
-    trend.m_baseVars.Add("a");
-    document.TakeTrend(trend);
-    EXPECT_FALSE(document.IsChanged()) << "the names of the input are no setting";
-    trend.m_extraVars.Add("d");
-    document.TakeTrend(trend);
+    document.Configuration().m_trend.m_baseVars.Add("a");  // as the host does
+    document.Configuration().m_trend.m_extraVars.Add("d");
+    document.TrendChanged();
     EXPECT_TRUE(document.IsChanged());
     ASSERT_EQ(document.Save(m_dir / name), "");
     EXPECT_FALSE(document.IsChanged());
     CDocument again;
     ASSERT_EQ(again.Open(m_dir / name), "");
     EXPECT_EQ(again.Configuration().m_trend.m_extraVars.GetSize(), 2) << name;
+    EXPECT_EQ(again.Configuration().m_trend.m_baseVars.GetSize(), 0) << "the names of the input are no setting";
   }
   CDocument document;
   EXPECT_NE(document.Save(m_dir / "no/such/folder.json"), "");
@@ -237,6 +236,12 @@ TEST_F(Desktop, TheProgramEndsWithEveryWindowOpen) {
   EXPECT_TRUE(HasStatus(window, "Stopped"));
 }
 
+// As the dialog of a view does.
+void AddExtraVariable(CMainWindow& window) {
+  window.Trendings().GetOptions()->m_extraVars.Add("d");
+  window.Trendings().OptionsChanged();
+}
+
 TEST_F(Desktop, ChangesAreNotLostWithoutAQuestion) {
   const struct {
     int answer;
@@ -247,7 +252,7 @@ TEST_F(Desktop, ChangesAreNotLostWithoutAQuestion) {
     CMainWindow window;
     CTestPrompter boxes;
     ASSERT_TRUE(window.Open(m_dir / "demo.json"));
-    window.Trend().m_extraVars.Add("d");
+    AddExtraVariable(window);
     boxes.answer = answer;
     bool hasQuit = true;
     QTimer stays;  // ends a program that goes on
@@ -278,10 +283,9 @@ TEST_F(Desktop, ANewDocumentIsNamedWhenItIsSaved) {
   ASSERT_TRUE(ActionOf(window, "Start")->isEnabled());
   window.Start();
   ASSERT_TRUE(Wait([&] { return !boxes.asked.empty(); }));
-  EXPECT_NE(boxes.Take()[0].find("input: the stage does not open, since there is no PLC node"),
-            std::string::npos);
+  EXPECT_EQ(boxes.Take()[0], "|input: the stage does not open: input.plcNodes: there is no PLC node|30");
 
-  window.Trend().m_extraVars.Add("d");
+  AddExtraVariable(window);
   boxes.answer = IDCANCEL;
   ActionOf(window, "New")->trigger();
   EXPECT_EQ(boxes.Take(), std::vector<std::string>{"|Save the changes to Untitled?|23"});
@@ -296,7 +300,7 @@ TEST_F(Desktop, ANewDocumentIsNamedWhenItIsSaved) {
 
   ActionOf(window, "New")->trigger();
   EXPECT_EQ(Title(window), "Untitled[*] - Vastra") << "the name of the former document stays";
-  EXPECT_TRUE(window.Trend().m_extraVars.IsEmpty());
+  EXPECT_TRUE(window.Trendings().GetOptions()->m_extraVars.IsEmpty());
   EXPECT_EQ(boxes.Take(), std::vector<std::string>{});
 }
 
@@ -360,7 +364,7 @@ TEST_F(Desktop, AWrongEquationIsToldBeforeAnythingOpens) {
   ASSERT_TRUE(window.Open(m_dir / "wrong.json"));
   window.Start();
   ASSERT_EQ(boxes.asked.size(), 1u);
-  EXPECT_NE(boxes.asked[0].find("input.preEquations"), std::string::npos) << boxes.asked[0];
+  EXPECT_NE(boxes.asked[0].find("input.preEquationText: statement 2, offset 5: "), std::string::npos) << boxes.asked[0];
   EXPECT_TRUE(HasStatus(window, "Stopped"));
 }
 
@@ -373,8 +377,8 @@ TEST_F(Desktop, ALogWithoutAFolderIsTold) {
   ASSERT_TRUE(window.Open(m_dir / "lost.json"));
   window.Start();
   ASSERT_TRUE(Wait([&] { return HasStatus(window, "Stopped"); }));
-  EXPECT_EQ(boxes.asked.back(), "|summaries: the stage does not open, since there is no folder " +
-                                    (m_dir / "nowhere").Std() + "|30");
+  EXPECT_EQ(boxes.asked.back(), "|summaries: the stage does not open: summaries[0].directory: " +
+                                    (m_dir / "nowhere").Std() + ": No such file or directory|30");
 }
 
 TEST_F(Desktop, TheReportIsShownCopiedAndSaved) {

@@ -157,25 +157,25 @@ TEST_F(ScanLoop, AStageThatRefusesIsNamedAndAllIsClosed) {
   m_configuration.m_trend.m_equations[0] = "Extra = y";
   CScanLoop trend(m_configuration, m_options);
   EXPECT_EQ(0, trend.Start());
-  EXPECT_STREQ("trend", trend.FailedStage());
+  EXPECT_EQ(trend.FailedStage(), EStage::trend);
   m_configuration.m_plcWrite.m_nodes.GetHead()->m_node.m_driver.plcType = 1;
   CScanLoop plcWrite(m_configuration, m_options);
   EXPECT_EQ(0, plcWrite.Start());
-  EXPECT_STREQ("plcWrite", plcWrite.FailedStage());
+  EXPECT_EQ(plcWrite.FailedStage(), EStage::plcWrite);
   m_configuration.m_smart.m_outputVars[0] = "x";
   CScanLoop smart(m_configuration, m_options);
   EXPECT_EQ(0, smart.Start());
-  EXPECT_STREQ("smart", smart.FailedStage());
+  EXPECT_EQ(smart.FailedStage(), EStage::smart);
   m_configuration.m_smart.Clear();
   m_output->m_nameVariable = "y";
   CScanLoop outputs(m_configuration, m_options);
   EXPECT_EQ(0, outputs.Start());
-  EXPECT_STREQ("outputs", outputs.FailedStage());
+  EXPECT_EQ(outputs.FailedStage(), EStage::outputs);
   EXPECT_FALSE(outputs.IsRunning());
   m_driver->text1 = "nonsense";
   CScanLoop input(m_configuration, m_options);
   EXPECT_EQ(0, input.Start());
-  EXPECT_STREQ("input", input.FailedStage());
+  EXPECT_EQ(input.FailedStage(), EStage::input);
 }
 
 TEST_F(ScanLoop, AStopWithWorkersUnderWayWaitsForTheirMessages) {
@@ -245,7 +245,7 @@ TEST_F(ScanLoop, LogicThatLacksAVariableKeepsTheRunFromStarting) {
   m_options.logic = &logic;
   CScanLoop loop(m_configuration, m_options);
   EXPECT_EQ(0, loop.Start());
-  EXPECT_STREQ("smart", loop.FailedStage());
+  EXPECT_EQ(loop.FailedStage(), EStage::smart);
 }
 
 TEST_F(ScanLoop, TheEndOfAReplayIsNoFailedRead) {

@@ -75,8 +75,9 @@ void CTrendFacadeDlg::OnVariablesButton() {
   dialog.m_added = m_extraVars;
   if (dialog.DoModal() != IDOK) return;
   m_extraVars = dialog.m_added;
-  m_pTrendings->GetOptions()->m_calculateExtra = !m_extraVars.IsEmpty();
-  m_pTrendings->OptionsChanged();
+  const int calculates = !m_extraVars.IsEmpty();
+  if (std::exchange(m_pTrendings->GetOptions()->m_calculateExtra, calculates) != calculates)
+    m_pTrendings->OptionsChanged();
 }
 
 void CTrendFacadeDlg::OnEquationsButton() {
@@ -90,8 +91,11 @@ void CTrendFacadeDlg::OnEquationsButton() {
 }
 
 void CTrendFacadeDlg::OnOK() {
-  GetConfiguration(*m_pTrendings->GetOptions());
-  m_pTrendings->OptionsChanged();
+  CTrendConfig& options = *m_pTrendings->GetOptions();
+  const bool changes = !(m_extraVars == options.m_extraVars && m_equationText == options.m_equationText &&
+                         m_equations == options.m_equations);
+  GetConfiguration(options);
+  if (changes) m_pTrendings->OptionsChanged();
   CDialog::OnOK();
 }
 

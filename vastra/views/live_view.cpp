@@ -113,8 +113,11 @@ void CLiveView::ReopenStage(const CStringArray& extraVars) {
     }
     m_pTrendings->Close();
   }
-  m_pTrendings->GetOptions()->m_extraVars = extraVars;
-  m_pTrendings->OptionsChanged();
+  CStringArray& options = m_pTrendings->GetOptions()->m_extraVars;
+  if (!(options == extraVars)) {
+    options = extraVars;
+    m_pTrendings->OptionsChanged();
+  }
   if (isOpen) m_pTrendings->Open(names);
   TakeNames();
 }
