@@ -23,9 +23,14 @@ CRunner::CRunner(CListener listener, CRunMessenger& messenger)
   QObject::connect(&m_timer, &QTimer::timeout, &m_receiver, [this] { Go(); });
 }
 
+// A worker posts its report after it has released the stage: the runner waits for the report itself.
 CRunner::~CRunner() {
   if (m_background.joinable()) m_background.join();
-  m_run.reset();  // waits for a worker, which reports to this
+  if (m_run && m_run->IsPending()) {
+    std::unique_lock lock(m_mutex);
+    m_posted.wait(lock, [this] { return m_reports > 0; });
+  }
+  m_run.reset();
 }
 
 UINT CRunner::RefreshPeriodOf(UINT scanPeriod) {
@@ -61,9 +66,14 @@ void CRunner::InBackground(std::function<int()> work, UINT message) {
       std::thread([this, work = std::move(work), message] { Post(message, static_cast<WPARAM>(work()), 0); });
 }
 
+// From any thread.
 void CRunner::Post(UINT message, WPARAM wparam, LPARAM) {
   QMetaObject::invokeMethod(
       &m_receiver, [this, message, wparam] { OnMessage(message, wparam); }, Qt::QueuedConnection);
+  if (message == messageOpened || message == messageClosed) return;
+  const std::lock_guard lock(m_mutex);
+  ++m_reports;
+  m_posted.notify_one();
 }
 
 void CRunner::OnMessage(UINT message, WPARAM wparam) {
@@ -73,6 +83,10 @@ void CRunner::OnMessage(UINT message, WPARAM wparam) {
   } else if (message == messageClosed) {
     return Enter(EState::stopped);
   } else {
+    {
+      const std::lock_guard lock(m_mutex);
+      --m_reports;
+    }
     Drive([&] { m_run->Notify(message, wparam); });
   }
   Go();

@@ -8,7 +8,9 @@
 #include <QObject>
 #include <QTimer>
 
+#include <condition_variable>
 #include <memory>
+#include <mutex>
 #include <thread>
 
 #include "host/run/run.h"
@@ -63,6 +65,9 @@ class CRunner : private CMessageTarget, private CRunObserver {
   CRunMessenger& m_messenger;
   std::unique_ptr<CRun> m_run;
   std::thread m_background;
+  std::mutex m_mutex;
+  std::condition_variable m_posted;
+  int m_reports = 0;  // of workers that were posted and are not handled yet; guarded by m_mutex
   EState m_state = EState::stopped;
   bool m_stopWanted = false;
   bool m_driving = false;  // a step is under way; a box in it runs the event loop

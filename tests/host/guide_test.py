@@ -25,7 +25,8 @@ class Guide(LogTest):
     def test_logic_of_its_own_holds_the_level(self):
         with open(GUIDE, encoding="utf-8") as file:
             self.write("level.json", re.search(r"```json\n(.*?)```", file.read(), re.S)[1])
-        self.expect("level.json 200", 0, "200 scans, 0 failed writes\n", program=LEVEL_HOST)
+        said = self.expect("level.json 200", 0, "200 scans, 0 failed writes\n", None, program=LEVEL_HOST).err
+        self.assertRegex(said, r"\A%s/\d{10}h\.csv is complete\n\Z" % self.path("logs"))
         levels = [float(row[0]) for row in self.rows()]
         self.assertTrue(levels[0] < 1 and max(levels) < 75, levels)
         self.assertLess(max(abs(level - 60) for level in levels[-50:]), 0.5)
