@@ -76,7 +76,8 @@ TEST_F(Desktop, AStageThatDoesNotOpenIsNamed) {
 
 // Whatever the PLC lets one wait for, the window goes on meanwhile.
 TEST_F(Desktop, TheWindowNeverWaitsForAPlc) {
-  CRunning run(Configuration(R"({"plcType": 9077, "value1": 500, "value2": 500, "value3": 500})"), m_dir.Path());
+  CRunning run(Configuration(R"({"plcType": 9077, "value1": 500, "value2": 500, "value3": 500})"),
+               m_dir.Path());
   std::map<std::string, int> beats;
   QTimer beat;
   QObject::connect(&beat, &QTimer::timeout, [&] {
@@ -128,7 +129,8 @@ TEST_F(Desktop, WhatTheViewsChangedIsSavedInEitherForm) {
     CDocument again;
     ASSERT_EQ(again.Open(m_dir / name), "");
     EXPECT_EQ(again.Configuration().m_trend.m_extraVars.GetSize(), 2) << name;
-    EXPECT_EQ(again.Configuration().m_trend.m_baseVars.GetSize(), 0) << "the names of the input are no setting";
+    EXPECT_EQ(again.Configuration().m_trend.m_baseVars.GetSize(), 0)
+        << "the names of the input are no setting";
   }
   CDocument document;
   EXPECT_NE(document.Save(m_dir / "no/such/folder.json"), "");
@@ -364,7 +366,8 @@ TEST_F(Desktop, AWrongEquationIsToldBeforeAnythingOpens) {
   ASSERT_TRUE(window.Open(m_dir / "wrong.json"));
   window.Start();
   ASSERT_EQ(boxes.asked.size(), 1u);
-  EXPECT_NE(boxes.asked[0].find("input.preEquationText: statement 2, offset 5: "), std::string::npos) << boxes.asked[0];
+  EXPECT_NE(boxes.asked[0].find("input.preEquationText: statement 2, offset 5: "), std::string::npos)
+      << boxes.asked[0];
   EXPECT_TRUE(HasStatus(window, "Stopped"));
 }
 
