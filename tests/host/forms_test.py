@@ -11,8 +11,8 @@ FAULTS = simulated([output("logs"), output("logs", enableText="WriteToLog = x > 
                    smart={"inputVars": ["x"], "outputVars": ["Out"], "equationText": "s = Out;"},
                    summaries=[{"enableText": "SampleIsValid = nobody;"}, {"summaryText": "s = nobody;", "saveRp": 1}],
                    trend={"calculateExtra": 1, "equationText": "t = nobody;"})
-PLACES = ["input.preEq 2 9", "smart.equat 1 4", "outputs[1].enabl 1 17", "summaries[0].enabl 1 16",
-          "summaries[1].summa 1 4", "trend.equat 1 4"]
+PLACES = ["input.preEquationText 2 9", "smart.equationText 1 4", "outputs[1].enableText 1 17",
+          "summaries[0].enableText 1 16", "summaries[1].summaryText 1 4", "trend.equationText 1 4"]
 
 # Configurations with a stage that refuses, and the message. run does not name the entry in braces.
 REFUSED = [
@@ -51,8 +51,10 @@ class Forms(LogTest):
             self.write("c.json", "{")
             self.expect(command, 3, err="c.json: ")
             self.write("c.json", FAULTS)
-            places = re.findall(r"vastra: c.json: (\S+\.\w{5})\S+: statement (\d), offset (\d+): ", self.expect(command, 3, err=None).err)
+            err = self.expect(command, 3, err=None).err
+            places = re.findall(r"vastra: c.json: (\S+): statement (\d), offset (\d+): ", err)
             self.assertEqual(PLACES, [" ".join(place) for place in places])
+            self.assertRegex(err, r"\n(\S+T\S+ )? z = 2 \* \* x\n(\S+T\S+ )?         \^\n")
             for config, words in REFUSED:
                 self.write("c.json", config)
                 place = re.sub("{(.*)}", r"\1" if "check" in command else "", words)
