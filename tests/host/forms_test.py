@@ -14,14 +14,14 @@ FAULTS = simulated([output("logs"), output("logs", enableText="WriteToLog = x > 
 PLACES = ["input.preEquationText 2 9", "smart.equationText 1 4", "outputs[1].enableText 1 17",
           "summaries[0].enableText 1 16", "summaries[1].summaryText 1 4", "trend.equationText 1 4"]
 
-# Configurations with a stage that refuses, and the message. run does not name the entry in braces.
+# Configurations with a stage that does not open, and the message of check.
 REFUSED = [
-    (simulated(input={"plcNodes": []}), "input: .*no PLC node"),
     (replayed(["none.rph"]), "input: "),
-    (simulated([output("logs"), output("logs", nameVariable="y")]), r"outputs{\[1\]}: "),
-    (simulated(summaries=[{"saveRp": 1, "directory": "nowhere"}]), r"summaries{\[0\]}: "),
+    (simulated([output("logs"), output("logs", nameVariable="y")]), r"outputs\[1\]: "),
+    (simulated(summaries=[{"saveRp": 1, "directory": "nowhere"}]), r"summaries\[0\]: .*nowhere"),
     (simulated(smart={"outputVars": ["x"]}), "smart: "),
-    (simulated(plcWrite={"nodes": [{"driver": {"plcType": 4711}, "varNames": ["x"]}]}), r"plcWrite{\.nodes\[0\]}: .*no driver 4711 is"),
+    (simulated(plcWrite={"nodes": [{"driver": {"plcType": 4711}, "varNames": ["x"]}]}), r"plcWrite.nodes\[0\]: .*no driver 4711 is"),
+    (simulated(input={"plcNodes": []}), "input: .*no PLC node"),
 ]
 
 # A configuration that runs, with faults in equations that are not in use, and its warnings.
@@ -55,11 +55,10 @@ class Forms(LogTest):
             places = re.findall(r"vastra: c.json: (\S+): statement (\d), offset (\d+): ", err)
             self.assertEqual(PLACES, [" ".join(place) for place in places])
             self.assertRegex(err, r"\n(\S+T\S+ )? z = 2 \* \* x\n(\S+T\S+ )?         \^\n")
-            for config, words in REFUSED:
-                self.write("c.json", config)
-                place = re.sub("{(.*)}", r"\1" if "check" in command else "", words)
-                result = self.expect(command, 1, out=None, err=None)
-                self.assertRegex(result.err, r"(?m)^(\S+ )?vastra: c\.json: " + place)
+        for config, words in REFUSED:
+            self.write("c.json", config)
+            self.assertRegex(self.expect("check c.json", 1, None, None).err, r"(?m)^vastra: c\.json: " + words)
+        self.expect("run c.json --json", 1, err="c.json: " + words)
         self.assertEqual([], os.listdir(self.path("logs")))
 
     def test_warnings_name_the_key(self):
