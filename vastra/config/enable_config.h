@@ -1,5 +1,5 @@
 // CEnableConfig: the equations of an enable object. The output or summary that owns the object fills it from
-// its own settings right before use, so that it is in no configuration file.
+// its own settings immediately before use, so no configuration file contains it.
 #pragma once
 
 #include "vastra/platform/archive.h"
@@ -13,7 +13,7 @@ class VASTRA_API CEnableConfig : public CObject {
   void Serialize(CArchive& ar) override;
   void TextSerialize(CArchive& ar);  // the report, to an archive that stores
 
-  CStringArray m_equations;  // one per element
+  CStringArray m_equations;  // one statement per element
 };
 
 }  // namespace vastra

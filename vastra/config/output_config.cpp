@@ -20,7 +20,7 @@ void COutputConfig::Fields(CFieldWalk& walk) {
   walk.Field("maxSamples", m_maxSamples);
   walk.Path("directory", m_directory);
   walk.Field("enableText", m_enableText);
-  if (walk.IsLoading()) {  // what it means when a form says nothing of names
+  if (walk.IsLoading()) {  // the values for a form without the naming fields
     m_nameVariable = kSystemTime;
     m_dwordName = m_usePrefix = 0;
     m_prefix.Empty();

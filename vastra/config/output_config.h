@@ -1,4 +1,4 @@
-// COutputConfig: the settings of one log output, and CMultiOutputConfig, the list of them. Embedded in
+// COutputConfig: the settings of one log output; CMultiOutputConfig: the list of them. Members of
 // CLogSingleOutput and CLogMultiOutput.
 #pragma once
 
@@ -7,7 +7,7 @@
 
 namespace vastra {
 
-// The value of m_nameVariable by which logs are named by the time of their first sample.
+// The value of m_nameVariable for logs that are named by the time of their first sample.
 VASTRA_API extern const CString kSystemTime;
 
 class VASTRA_API COutputConfig : public CObject {
@@ -18,19 +18,19 @@ class VASTRA_API COutputConfig : public CObject {
   void Fields(CFieldWalk& walk);
   virtual void TextSerialize(CArchive& ar);  // the report, to an archive that stores
 
-  CString m_name;                  // for the user
+  CString m_name;                  // shown to the user
   CString m_enableText;            // the enable equations as the user typed them
-  CStringArray m_enableEquations;  // the same, one per element
+  CStringArray m_enableEquations;  // the same, one statement per element
   CStringArray m_varNames;         // the variables of the log, in log order
   int m_saveRp = 0;                // 1: writes binary logs
-  UINT m_maxLogs = 400;            // the most logs that stay in the directory
-  UINT m_maxSamples = 4000;        // samples in a log
+  UINT m_maxLogs = 400;            // the maximum number of logs in the directory
+  UINT m_maxSamples = 4000;        // the maximum number of samples in a log
   int m_saveCsv = 0;               // 1: writes text copies
-  int m_dwordName = 0;             // 1: the variable behind m_nameVariable joins in the name of a log
-  int m_usePrefix = 0;             // 1: m_prefix stands in front of the name
+  int m_dwordName = 0;             // 1: the variable after m_nameVariable is also part of a log's name
+  int m_usePrefix = 0;             // 1: the name of a log begins with m_prefix
   CString m_prefix;
   CString m_nameVariable;  // kSystemTime, or a variable of the log
-  CString m_directory;     // where the logs go
+  CString m_directory;     // of the logs
 };
 
 class VASTRA_API CMultiOutputConfig : public CObject {

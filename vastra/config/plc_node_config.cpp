@@ -6,7 +6,7 @@
 namespace vastra {
 namespace {
 
-// The settings of the driver, in an order of the stored form's own.
+// The settings of the driver, in the order of the stored form, which differs from DriverConfig.
 struct CDriverFields {
   DriverConfig& driver;
 

@@ -1,5 +1,5 @@
-// CPlcNodeConfig: the settings of one PLC node. CInputConfig has a list of them for the nodes that are read,
-// CPlcMultiConfig one for those that are written.
+// CPlcNodeConfig: the settings of one PLC node. CInputConfig lists the nodes that are read, CPlcMultiConfig
+// those that are written.
 #pragma once
 
 #include "vastra/core/scaler_config.h"
@@ -18,7 +18,7 @@ class VASTRA_API CPlcNodeConfig : public CObject {
   CScalerConfig m_scaler;
   DriverConfig m_driver;
   CString m_nodeName;       // part of the names of the node's links
-  CStringArray m_varNames;  // of the node's values, in value order
+  CStringArray m_varNames;  // the names of the node's values, in value order
 };
 
 }  // namespace vastra

@@ -1,4 +1,4 @@
-// CPlcMultiConfig: the settings of the stage that writes to PLCs, with CPlcSingleConfig for each node that it
+// CPlcMultiConfig: the settings of the stage that writes to PLCs; CPlcSingleConfig: those of one node that it
 // writes.
 #pragma once
 
@@ -6,7 +6,7 @@
 
 namespace vastra {
 
-// Its stored form and its report are those of m_node, with nothing around them.
+// Its stored form and its report are exactly those of m_node.
 class VASTRA_API CPlcSingleConfig : public CObject {
   DECLARE_DYNAMIC(CPlcSingleConfig)
  public:
@@ -22,15 +22,15 @@ class VASTRA_API CPlcMultiConfig : public CObject {
   DECLARE_DYNAMIC(CPlcMultiConfig)
  public:
   using CObject::Serialize;
-  // Sets m_nodeNumber to 0 first, storing or loading; whoever needs it sets it again afterwards.
+  // Storing and loading both set m_nodeNumber to 0; a caller that needs it sets it again afterwards.
   void Serialize(CArchive& ar, UINT version);
   void Fields(CFieldWalk& walk);
   virtual void TextSerialize(CArchive& ar);  // the report, to an archive that stores
-  void Clear();                              // m_nodeNumber stays
+  void Clear();                              // does not change m_nodeNumber
 
   COwnedList<CPlcSingleConfig> m_nodes;
-  UINT m_nodeNumber = 0;     // of this computer on the net; stored nowhere
-  int m_disableWriting = 0;  // 1: the stage writes nothing
+  UINT m_nodeNumber = 0;     // of this computer on the network; in no stored form
+  int m_disableWriting = 0;  // 1: the stage does not write
 };
 
 }  // namespace vastra

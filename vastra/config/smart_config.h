@@ -1,4 +1,4 @@
-// CSmartConfig: the settings of the smart stage, in which the host's own logic reads and writes variables.
+// CSmartConfig: the settings of the smart stage, where the host's own logic reads and writes variables.
 #pragma once
 
 #include "vastra/core/field_walk.h"
@@ -15,10 +15,10 @@ class VASTRA_API CSmartConfig : public CObject {
   void TextSerialize(CArchive& ar);  // the report, to an archive that stores
   void Clear();
 
-  CStringArray m_inputNames;  // kept and reported; nothing in the engine uses it
-  CStringArray m_outputVars;  // what the host's logic writes, behind the values of each sample
-  CStringArray m_equations;   // of the smart input, one per element
-  CStringArray m_inputVars;   // what the host's logic reads
+  CStringArray m_inputNames;  // stored and reported, but not used by the engine
+  CStringArray m_outputVars;  // the host's logic writes them; they follow the values of each sample
+  CStringArray m_equations;   // of the smart input, one statement per element
+  CStringArray m_inputVars;   // the host's logic reads them
   CString m_equationText;     // the equations as the user typed them
 };
 

@@ -1,5 +1,5 @@
-// CSummaryConfig: the settings of one summary, and CMultiSummaryConfig, the list of them. Embedded in the
-// summary stages.
+// CSummaryConfig: the settings of one summary; CMultiSummaryConfig: the list of them. Members of the summary
+// stages.
 #pragma once
 
 #include "vastra/core/field_walk.h"
@@ -16,15 +16,15 @@ class VASTRA_API CSummaryConfig : public CObject {
   void TextSerialize(CArchive& ar);  // the report, to an archive that stores
 
   CString m_enableText;             // the enable equations as the user typed them
-  CStringArray m_enableEquations;   // the same, one per element
-  CString m_name;                   // for the user
+  CStringArray m_enableEquations;   // the same, one statement per element
+  CString m_name;                   // shown to the user
   CString m_summaryText;            // the summary equations as the user typed them
-  CString m_directory;              // where the summaries go
-  UINT m_maxSummaries = 400;        // the most summary files that stay in the directory
-  UINT m_maxSamples = 4000;         // rows in a summary file
+  CString m_directory;              // of the summary files
+  UINT m_maxSummaries = 400;        // the maximum number of summary files in the directory
+  UINT m_maxSamples = 4000;         // the maximum number of rows in a summary file
   int m_saveCsv = 0;                // 1: writes text copies
   int m_saveRp = 0;                 // 1: writes binary files
-  CStringArray m_summaryEquations;  // the summary equations, one per element
+  CStringArray m_summaryEquations;  // the same, one statement per element
   CStringArray m_varNames;          // the variables of the summary, in file order
 };
 

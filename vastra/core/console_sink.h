@@ -1,4 +1,5 @@
-// Where finished message lines go. The console windows install themselves here; without them a line is lost.
+// The destination of finished message lines. The console windows install themselves here; without a sink,
+// lines are lost.
 #pragma once
 
 #include "vastra/platform/string.h"
@@ -8,16 +9,16 @@ namespace vastra {
 class VASTRA_API CConsoleSink {
  public:
   virtual ~CConsoleSink() = default;
-  // Takes one line, without a line end, for console window id; from any thread. 1, or 0 if there is no such
-  // window and the line is lost. reserved is 0 and nothing reads it.
+  // Shows one line, without a line end, in console window id. Called from any thread. Returns 1, or 0 if
+  // there is no such window and the line is lost. reserved is 0 and unused.
   virtual int Write(UINT id, const CString& text, COLORREF colour, DWORD reserved) = 0;
 };
 
-// Installs sink, which stays the caller's; null: lines are lost. Gives what was installed, or null. Not while
-// workers run.
+// Installs sink, which the caller keeps; with null, lines are lost. Returns the previous sink or null. Must
+// not be called while worker threads run.
 VASTRA_API CConsoleSink* SetConsoleSink(CConsoleSink* sink);
 
-// Hands a line to the installed sink: its result, or 0 without one.
+// Passes a line to the installed sink. Returns its result, or 0 without a sink.
 VASTRA_API int WriteToConsole(UINT id, const CString& text, COLORREF colour, DWORD reserved);
 
 }  // namespace vastra

@@ -1,13 +1,14 @@
-// CFieldWalk: one pass over the named fields of an object. A class that is stored says once, in a function
+// CFieldWalk: a visitor for the fields of an object. A class that is stored lists its fields, with their
+// names and in their order, in a function
 //
 //   void Fields(CFieldWalk& walk);
 //
-// which fields its stored form has, under which names and in which order, and every walker goes through that
-// list: CArchiveWalk stores and loads bytes, the hosts read and write JSON. A walker is one of two kinds. In
-// a stream, fields have places and no names; in a named form, names and no places. What only one kind has is
-// said in the list, by IsStream and by the operations below.
+// All visitors use this list: CArchiveWalk stores and loads bytes, the hosts read and write JSON. There are
+// two forms. A stream identifies fields by their order, a named form by their names. IsStream and the
+// operations below mark the fields that only one form has.
 //
-// A walker throws what its form throws (CArchiveException for a stream); the object is then half loaded.
+// A visitor throws the exceptions of its form (CArchiveException for a stream); the object is then partly
+// loaded.
 #pragma once
 
 #include "vastra/platform/archive.h"
@@ -25,53 +26,53 @@ class VASTRA_API CFieldWalk {
 
   bool IsLoading() const { return m_loading; }
   bool IsStream() const { return m_form == Form::stream; }
-  // Whether the form has the fields that came with version; a named form has them all.
+  // Whether the form has the fields that version has added; a named form has all fields.
   bool HasSince(UINT version) const { return m_version >= version; }
 
-  // One field. A named form that lacks it leaves it as it is.
+  // One field. Loading does not change a field that a named form lacks.
   virtual void Field(const char* name, int& number) = 0;
   virtual void Field(const char* name, UINT& number) = 0;
   virtual void Field(const char* name, float& number) = 0;
   virtual void Field(const char* name, CString& text) = 0;
   virtual void Field(const char* name, CStringArray& texts) = 0;
 
-  // Fields that say more of themselves than their type does.
-  // Any number but 0 is yes, and stays the number that it is.
+  // Fields with more meaning than their type.
+  // Any number except 0 means yes; the number is preserved.
   virtual void Flag(const char* name, int& flag) { Field(name, flag); }
   virtual void Path(const char* name, CString& path) { Field(name, path); }
   // Loading appends to what the list holds.
   virtual void Paths(const char* name, CStringList& paths) = 0;
-  // The statements of the field textName; a named form may have the text alone.
+  // The statements of the field textName; a named form may omit them and have only the text.
   virtual void Equations(const char* name, const char* textName, CStringArray& equations);
-  // The size of the field arrayName; a named form may have the array alone.
+  // The size of the field arrayName; a named form may omit it and have only the array.
   virtual void SizeOf(const char* name, const char* arrayName, UINT& size);
 
   // An object within the object.
   template <class T>
   void Object(const char* name, T& object);
-  // A list of objects, head first. A stream has their number in front, as u32; one that is below 1 when taken
-  // with its sign means none.
+  // A list of objects, head first. In a stream their number comes first, as a u32; a number below 1, read as
+  // a signed integer, means none.
   template <class T>
   void Objects(const char* name, COwnedList<T>& objects);
-  // An array of objects: the same, with an unsigned number.
+  // An array of objects: the same, but the number is unsigned.
   template <class T>
   void Objects(const char* name, CArray<T, T>& objects);
-  // A list of objects that a stream has tail first. Their number stands elsewhere in it, where the list of
-  // fields says Number.
+  // A list of objects that a stream stores tail first. Their number is a separate field of the stream,
+  // visited by Number.
   template <class T>
   void TailFirst(const char* name, COwnedList<T>& objects, UINT number);
-  virtual void Number(UINT& number) = 0;  // of objects; in a stream alone
+  virtual void Number(UINT& number) = 0;  // of objects; only a stream has it
 
  protected:
   CFieldWalk(Form form, bool loading, UINT version) : m_form(form), m_loading(loading), m_version(version) {}
 
-  // Around the fields of an object, which is the field name or the next element of the list that is open.
+  // Called before the fields of an object, which is the field name or the next element of the open list.
   virtual void Enter(const char*) {}
   virtual void EnterElement() {}
-  // Around the elements of a list. Loading a named form sets number; a stream tests whether number objects of
-  // at least objectBytes fit into the rest of it.
+  // Called before the elements of a list. Loading from a named form sets number; loading from a stream checks
+  // that its rest can contain number objects of at least objectBytes.
   virtual void EnterList(const char* name, UINT& number, std::size_t objectBytes) = 0;
-  virtual void Leave() {}
+  virtual void Leave() {}  // called after an object or list
 
  private:
   template <class T>
@@ -84,7 +85,7 @@ class VASTRA_API CFieldWalk {
   const UINT m_version;
 };
 
-// The walk through a stream: stores or loads, as the archive says.
+// The visitor for a stream: stores or loads, depending on the archive.
 class VASTRA_API CArchiveWalk : public CFieldWalk {
  public:
   explicit CArchiveWalk(CArchive& ar, UINT version = kAllVersions)
@@ -127,7 +128,7 @@ void CFieldWalk::Element(T& object) {
   Leave();
 }
 
-// A new object has empty texts and lists, so that none of its class takes fewer bytes.
+// A new object has empty strings and lists, so no object of its class is stored in fewer bytes.
 template <class T>
 std::size_t CFieldWalk::FewestBytes() const {
   if (!IsStream() || !IsLoading()) return 0;

@@ -1,9 +1,9 @@
-// One step of a chain. A link owns the next one, its component; a stage calls the outermost link, and the
-// innermost is a leaf that touches a PLC (CPlcLink) or log files (CFileLink).
+// One step of a chain. A link owns the next one, its component. A stage calls the outermost link; the
+// innermost link is a leaf that accesses a PLC (CPlcLink) or log files (CFileLink).
 //
-// Threads: a link has no lock. One thread at a time uses a chain; the lock of the stage sees to that.
-// Errors: 1 is success, 0 failure. The link that fails has then sent exactly one line to the messenger, so a
-// caller adds its own line or passes the 0 on. No exception leaves a link.
+// Threads: a link has no lock. One thread at a time uses a chain; the lock of the stage ensures that.
+// Errors: 1 is success, 0 failure. A link that fails sends exactly one line to the messenger, so a caller
+// adds its own line or returns the 0. No exception leaves a link.
 #pragma once
 
 #include <memory>
@@ -14,14 +14,13 @@
 
 namespace vastra {
 
-// The settings of one link, by its own derived class. A stage makes it, the link that takes it off the list
-// deletes it.
+// The settings of one link, in its own derived class. A stage creates it; the link that removes it from the
+// list deletes it.
 class VASTRA_API CLinkConfig : public CObject {
   DECLARE_DYNAMIC(CLinkConfig)
 };
 
-// One object for each link of a chain, outermost first. What a list still holds when it goes is deleted with
-// it.
+// One object for each link of a chain, outermost first. The destructor deletes the objects still on the list.
 class VASTRA_API CLinkConfigList : public CTypedPtrList<CObList, CLinkConfig*> {
  public:
   ~CLinkConfigList() { DeleteAll(*this); }
@@ -33,37 +32,36 @@ class VASTRA_API CLink : public CObject {
   static constexpr UINT modeRead = 1;
   static constexpr UINT modeWrite = 2;
 
-  // Hands one scan to the component, in a chain that is open to write. sample has a value for each name at
-  // the outer side of this link, in the unit of the variable, and stays as it is (CScalerLink alone scales it
-  // in place). On 0 the link stays open: the next call tries again.
+  // Writes one scan to the component, in a chain that is open for writing. sample has a value for each name
+  // at the outer side of this link, in the unit of the variable. It is not changed, except by CScalerLink,
+  // which scales it in place. On 0 the link stays open and the next call tries again.
   virtual int Write(CLogSample& sample) = 0;
 
-  // Gives one scan: a value for each name that the link gives out, in that order, and the component's time
-  // (UTC, the whole record). What sample held before does not matter. On 0 it holds nothing to rely on, and
-  // the link stays open.
+  // Reads one scan: a value for each name at the outer side of this link, in that order, and the component's
+  // time (UTC, the whole record). Replaces the contents of sample. On 0 they are undefined and the link stays
+  // open.
   virtual int Read(CLogSample& sample) = 0;
 
-  // Sets names to those of the outer side of this link, in value order. Only on an open link; names stays as
-  // it was on 0.
+  // Sets names to those of the outer side of this link, in value order. Only on an open link; on 0 names is
+  // not changed.
   virtual int GetVarNames(CStringArray& names) = 0;
 
-  // Read or Write, whatever the chain was opened for; 0 in a leaf and on a closed link, without a line.
+  // Read or Write, depending on the mode of the chain. Returns 0 in a leaf and on a closed link, without
+  // sending a line.
   virtual int Comm(CLogSample& sample);
 
-  // Closes the component, then this link; harmless on a closed one. The chain stays whole and can be opened
-  // again.
+  // Closes the component, then this link; allowed on a closed link. The chain can be opened again.
   virtual void Close() {}
 
   // Opens the component, then this link; an open link closes first.
-  // configs  one object for each link of the chain, outermost first. The link takes its own off the head and
-  // deletes
-  //          it, after a failure too. What stays on the list is the caller's.
-  // mode     modeRead or modeWrite, handed down unchanged.
+  // configs  one object for each link of the chain, outermost first. The link removes its own from the
+  //          head and deletes it, also after a failure. The caller keeps the rest.
+  // mode     modeRead or modeWrite, passed to the component unchanged.
   // On 0 the link is in modeNotOpened.
   virtual int Open(CTypedPtrList<CObList, CLinkConfig*>& configs, UINT mode) = 0;
 
-  // Hands over the messenger of all links. It belongs to the host, comes before any other call to a link and
-  // outlives all links.
+  // Sets the messenger of all links. The host owns it, sets it before any other call to a link and keeps it
+  // until the last link is destroyed.
   static void SetMessenger(CMessenger* messenger);
 
   CString m_name = "Not named";  // what messages call this link
@@ -85,18 +83,18 @@ class VASTRA_API CLink : public CObject {
   }
   int Fail(char function, const CFault& fault) const { return Send(function, fault), 0; }
 
-  // The first steps of every Open: Begin, and Close of a link that is open.
+  // The first steps of every Open: sends Begin and closes an open link.
   void BeginOpen();
-  // Takes the head off configs and gives it, if it is a wanted one. Otherwise it is deleted, the failure is
-  // reported and null is the result. ifNull is the link's word for a null head.
+  // Removes the head of configs and returns it if its class is wanted. Otherwise deletes it, reports the
+  // failure (ifNull for a null head) and returns null.
   std::unique_ptr<CLinkConfig> TakeConfig(CTypedPtrList<CObList, CLinkConfig*>& configs,
                                           const CRuntimeClass& wanted, const CFault& ifNull) const;
-  // All of GetVarNames for a link that knows its names.
+  // GetVarNames for a link that has its own list of names.
   template <class Names>
   int GiveVarNames(const Names& own, CStringArray& names) const;
 
   static CMessenger* m_pMessenger;
-  // The same, if it is no derived one, which would see every line. Else null.
+  // The same if its class is CMessenger itself; null for a derived class, which receives every line.
   static CMessenger* m_pPlainMessenger;
   static bool Drops(bool isEnd) { return m_pPlainMessenger && m_pPlainMessenger->Drops(isEnd); }
 
@@ -105,7 +103,7 @@ class VASTRA_API CLink : public CObject {
   CLink* m_pComponent;  // owned by a link that has components, null in a leaf
 };
 
-// Failures that several links report in the same words.
+// Failures that several links report with the same text.
 namespace fault {
 constexpr CFault notOpened = {severityFatal, "Linker is not opened."};
 constexpr CFault noComponent = {severityFatal, "Linker does not have a component."};
@@ -127,8 +125,8 @@ int CLink::GiveVarNames(const Names& own, CStringArray& names) const {
   return End(functionGetVarNames);
 }
 
-// A link with one component, which it owns. It opens the component before itself; a derived link adds how it
-// configures itself and what it does to a sample.
+// A link with one component, which it owns. It opens the component first. A derived link implements its
+// configuration and the transfer of a sample.
 class VASTRA_API CComponentLink : public CLink {
  public:
   ~CComponentLink() override;
@@ -139,12 +137,12 @@ class VASTRA_API CComponentLink : public CLink {
   CComponentLink(const CString& typeName, CLink* component, const CRuntimeClass& configClass)
       : CLink(typeName, component), m_configClass(configClass) {}
 
-  // The link's own step of Open, with the component open and config of the link's class. Null, or what
-  // failed; the caller reports it.
+  // The derived link's part of Open. The component is open and config has the link's class. Returns null, or
+  // the failure, which Open reports.
   virtual const CFault* Configure(CLinkConfig& config, UINT mode) = 0;
 
-  // The first steps of Read and Write: Begin, and the tests for a component and an open link. 1, or 0 after
-  // the report.
+  // The first steps of Read and Write: sends Begin and checks for a component and an open link. Returns 1, or
+  // 0 after it has reported the failure.
   int BeginTransfer(char function, const CFault& ifNoComponent = fault::noComponent) const {
     Begin(function);
     if (m_pComponent && m_mode != modeNotOpened) [[likely]]

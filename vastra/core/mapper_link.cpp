@@ -5,13 +5,13 @@ namespace {
 
 const CString kMapperTypeName = "CMapperLink";
 
-// For each of names the place of its first match in others, or -1.
+// For each name the index of its first match in others, or -1.
 void MapNames(const CStringArray& names, const CStringArray& others, CArray<int, int>& map) {
   map.RemoveAll();
   for (const CString& name : names) map.Add(FindIn(others, name));
 }
 
-// Gives to one value for each entry of map. An entry that names no place of from gives 0.0.
+// Sets to to one value for each entry of map: an index in from. An index outside from selects 0.0.
 void Select(const CArray<float, float>& from, const CArray<int, int>& map, CArray<float, float>& to) {
   to.SetSize(map.GetSize());
   const auto size = static_cast<unsigned>(from.GetSize());

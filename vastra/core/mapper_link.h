@@ -1,6 +1,6 @@
-// CMapperLink selects and orders variables by name: its outer side speaks the names of its configuration, its
-// inner side those of its component. A name without a partner reads as 0.0 and is no failure. Where a name
-// stands twice in a list, its first place counts.
+// CMapperLink selects and orders variables by name: its outer side has the names of its configuration, its
+// inner side those of its component. A name that the other side lacks has the value 0.0; this is not a
+// failure. If a list has a name twice, the first one counts.
 #pragma once
 
 #include "vastra/core/name_config.h"
@@ -9,10 +9,10 @@ namespace vastra {
 
 class VASTRA_API CMapperLink : public CComponentLink {
  public:
-  // Takes over component. Null, and no link, if component is null.
+  // The link owns component. Returns null if component is null.
   static CMapperLink* Create(CLink* component);
 
-  // A sample shorter than the outer names reads as 0.0 behind its end.
+  // In a sample shorter than the outer names the missing values are 0.0.
   int Write(CLogSample& sample) override;
   int Read(CLogSample& sample) override;
   int GetVarNames(CStringArray& names) override { return GiveVarNames(m_names, names); }
@@ -21,10 +21,10 @@ class VASTRA_API CMapperLink : public CComponentLink {
   explicit CMapperLink(CLink* component);
   const CFault* Configure(CLinkConfig& config, UINT mode) override;
 
-  CLogSample m_innerSample;     // in the layout of the component
+  CLogSample m_innerSample;     // one value for each name of the component
   CStringArray m_names;         // of the outer side
-  CArray<int, int> m_readMap;   // for each outer name its place in the component's list, or -1
-  CArray<int, int> m_writeMap;  // for each name of the component its place in the outer list, or -1
+  CArray<int, int> m_readMap;   // for each outer name its index in the component's names, or -1
+  CArray<int, int> m_writeMap;  // for each name of the component its index in the outer names, or -1
 };
 
 }  // namespace vastra

@@ -22,12 +22,12 @@ constexpr UINT kConsole = 0;
 struct CMessenger::CKind {
   const char* prefix;
   COLORREF colour;
-  CRelaxed<int> CMessenger::*filter;  // the line shows while this is not 0; null: always
+  CRelaxed<int> CMessenger::*filter;  // the line is shown unless this is 0; null: always
   int before, after;                  // change of m_depth before and after the line
 };
 
-// The kinds of line, indexed by severity code. A failure stands in for the End of its operation and so closes
-// the indent that Begin opened, even when its filter drops the line.
+// The kinds of line, indexed by severity code. A failure takes the place of the End of its operation, so it
+// closes the indent that Begin has opened, even if its filter drops the line.
 const CMessenger::CKind CMessenger::kKinds[6] = {
     {"Fatal error - ", 0x0000B4, &CMessenger::m_fatalFilter, -1, 0},
     {"Error - ", 0x0000B4, &CMessenger::m_errorFilter, -1, 0},
@@ -47,7 +47,7 @@ void CMessenger::Send(const char* linkType, const char* linkName, char function,
   Show(kind, linkType, linkName, function, severity, text);
 }
 
-// Apart from Send, so that a line that nobody sees costs no more than the look at its filter.
+// Separate from Send, so that a dropped line costs no more than the check of its filter.
 void CMessenger::Show(const CKind& kind, const char* linkType, const char* linkName, char function,
                       char severity, const char* text) {
   const char* functionText = kFunctions[static_cast<unsigned char>(function)];

@@ -1,9 +1,9 @@
-// CMessenger: the one channel by which links report. Each operation of a link sends Begin, and at its end
-// either End or one line that says what failed; a Notice in between ends nothing. From their nesting the
-// messenger makes an indented trace of a call going down a chain, in console window 0.
+// CMessenger: all links report through it. Each operation of a link sends Begin, and at its end either End or
+// one line with the failure; Notices in between do not end the operation. The messenger writes an indented
+// trace of the calls through a chain to console window 0.
 //
-// Threads: Send takes no lock. Chains that run at the same moment share depth and filters and can disturb
-// each other's indent, and nothing else.
+// Threads: Send has no lock. Chains that run at the same time share depth and filters, so they can disturb
+// each other's indent, but nothing else.
 #pragma once
 
 #include "vastra/platform/object.h"
@@ -16,18 +16,19 @@ constexpr char functionOpen = 0, functionClose = 1, functionRead = 2, functionWr
                functionGetVarNames = 4, functionCommunicate = 5, functionConstructor = 6,
                functionDestructor = 7, functionFlush = 8, functionPartialFlush = 9;
 
-// Kinds of line. Fatal: misuse or a bad configuration, with a modal box; Error: a failure at run time that
-// can be tried again; Warning: a request without effect; Notice: an event that is no failure.
+// Kinds of line. Fatal: misuse or a bad configuration, shown in a modal box too. Error: a failure at run
+// time; a retry may succeed. Warning: a request without effect. Notice: an event that is not a failure.
 constexpr char severityFatal = 0, severityError = 1, severityWarning = 2, severityNotice = 3,
                severityBegin = 4, severityEnd = 5;
 
-// What went wrong, or what is worth a line: the severity and the words.
+// A failure or an event: its severity and its text.
 struct CFault {
   char severity;
   const char* text;
 };
 
-// A host may derive from it and replace Send, which sees every line of every link, filtered ones too.
+// A host can derive from it and override Send, which then receives every line of every link, before the
+// filters.
 class VASTRA_API CMessenger {
  public:
   virtual void Send(const char* linkType, const char* linkName, char function, char severity,
@@ -38,15 +39,15 @@ class VASTRA_API CMessenger {
   CMessenger(const CMessenger&) = default;
   CMessenger& operator=(const CMessenger&) = default;
 
-  // What Send does with a Begin or an End (isEnd) that the filter drops: true, and the depth moved. False if
-  // the filter lets the line through: nothing was done. Spares a link the call of Send.
+  // Spares a link the call of Send for a Begin or an End (isEnd) that the filter drops: then adjusts the
+  // depth as Send does and returns true. Returns false, without effect, if the line passes the filter.
   bool Drops(bool isEnd) {
     if (m_debugFilter) return false;
     if (isEnd && m_depth > 0) m_depth = m_depth - 1;
     return true;
   }
 
-  // Non-zero shows the kind; debug is Begin and End.
+  // Non-zero: this kind is shown. debug is for Begin and End.
   void SetFilters(int fatal, int error, int warning, int notice, int debug);
   void GetFilters(int& fatal, int& error, int& warning, int& notice, int& debug) const;
 
@@ -62,10 +63,10 @@ class VASTRA_API CMessenger {
   CRelaxed<int> m_warningFilter = 1;
   CRelaxed<int> m_noticeFilter = 1;
   CRelaxed<int> m_debugFilter = 0;
-  CRelaxed<int> m_depth = 0;  // of the indent; never below 0
+  CRelaxed<int> m_depth = 0;  // levels of indent; never below 0
 };
 
-// Two tallies of errors that a host may keep; no link touches them.
+// Two error counters for a host; no link uses them.
 class VASTRA_API CErrorManager : public CObject {
  public:
   void AddError1() { ++m_error1Count, m_error1Flag = 1; }

@@ -1,4 +1,4 @@
-// CNameConfig: the configuration of the two links that work on names, CNamerLink and CMapperLink.
+// CNameConfig: the configuration of CNamerLink and CMapperLink.
 #pragma once
 
 #include "vastra/core/link.h"

@@ -1,5 +1,5 @@
-// CNamerLink gives names to a component that has none, such as a PLC, and guards the length of samples: one
-// that does not have exactly one value for each name stops here. It passes samples both ways unchanged.
+// CNamerLink adds names to a component that has none, such as a PLC, and checks the length of samples: one
+// that does not have exactly one value for each name is refused. It does not change samples.
 #pragma once
 
 #include "vastra/core/name_config.h"
@@ -8,7 +8,7 @@ namespace vastra {
 
 class VASTRA_API CNamerLink : public CComponentLink {
  public:
-  // Takes over component. Null, and no link, if component is null.
+  // The link owns component. Returns null if component is null.
   static CNamerLink* Create(CLink* component);
 
   int Write(CLogSample& sample) override;

@@ -1,5 +1,5 @@
-// CLogSample: one scan. It carries no names: the value at place i belongs to the i-th name of the link or
-// stage that gave the sample.
+// CLogSample: one scan. It has no names: the value at index i belongs to the i-th name of the link or stage
+// that has produced the sample.
 #pragma once
 
 #include "vastra/platform/array.h"
@@ -9,13 +9,14 @@
 
 namespace vastra {
 
-// A copy takes the time, as one block of 12 bytes, and the values; the lock is each sample's own.
+// A copy has the time, all 12 bytes, and the values; each sample has its own lock.
 class VASTRA_API CLogSample : public CObject {
   DECLARE_DYNAMIC(CLogSample)
  public:
   _timeb m_time;                  // all 0 until a producer fills it
   CArray<float, float> m_values;  // in the unit of each variable
-  CCriticalSection m_lock;  // held by a worker that reads or fills the sample, behind the lock of its stage
+  CCriticalSection
+      m_lock;  // held while a worker reads or fills the sample; locked after the lock of its stage
 };
 
 }  // namespace vastra

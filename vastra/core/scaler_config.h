@@ -1,5 +1,5 @@
-// The configuration of CScalerLink: a rule for each variable that is scaled. A PLC node holds one as part of
-// its own.
+// The configuration of CScalerLink: a rule for each scaled variable. It is part of the configuration of a PLC
+// node.
 #pragma once
 
 #include "vastra/core/field_walk.h"
@@ -19,7 +19,7 @@ class VASTRA_API CScalerConfigNode : public CObject {
   float m_highLimit = 0.0f;
 };
 
-// Rules in the order in which they apply; several may be for one variable.
+// The rules in the order in which they are applied. A variable can have several rules.
 class VASTRA_API CScalerConfig : public CLinkConfig {
   DECLARE_DYNAMIC(CScalerConfig)
  public:

@@ -34,19 +34,19 @@ int CScalerLink::GetVarNames(CStringArray& names) {
 }
 
 // The product of two floats is exact in double, so the limits see it before it is rounded. NaN is not at or
-// above the low limit and becomes it.
+// above the low limit, so it becomes the low limit.
 inline float CScalerLink::Scaled(float value, const CRule& rule) {
-  if (!rule.m_clamping) return value * rule.m_scale;
-  const double result = static_cast<double>(value) * static_cast<double>(rule.m_scale);
-  if (result > static_cast<double>(rule.m_highLimit)) return rule.m_highLimit;
-  return result >= static_cast<double>(rule.m_lowLimit) ? static_cast<float>(result) : rule.m_lowLimit;
+  if (!rule.clamping) return value * rule.scale;
+  const double result = static_cast<double>(value) * static_cast<double>(rule.scale);
+  if (result > static_cast<double>(rule.highLimit)) return rule.highLimit;
+  return result >= static_cast<double>(rule.lowLimit) ? static_cast<float>(result) : rule.lowLimit;
 }
 
 void CScalerLink::Scale(CArray<float, float>& values) const {
   float* const data = values.GetData();
   const auto size = static_cast<unsigned>(values.GetSize());
   for (const CRule& rule : m_nodes)
-    if (rule.m_index < size) data[rule.m_index] = Scaled(data[rule.m_index], rule);
+    if (rule.index < size) data[rule.index] = Scaled(data[rule.index], rule);
 }
 
 int CScalerLink::Read(CLogSample& sample) {

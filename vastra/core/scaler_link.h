@@ -1,6 +1,6 @@
-// CScalerLink turns raw values of a PLC into engineering values: value x factor, held between two limits if
-// the rule says so. Reading and writing apply the same factor; there is no inverse. A variable without a rule
-// passes unchanged.
+// CScalerLink turns raw values of a PLC into engineering values: value x factor, limited to a range if the
+// rule has limits. Reading and writing apply the same factor; there is no inverse. A variable without a rule
+// does not change.
 #pragma once
 
 #include "vastra/core/scaler_config.h"
@@ -9,12 +9,12 @@ namespace vastra {
 
 class VASTRA_API CScalerLink : public CComponentLink {
  public:
-  // Takes over component. Null, and no link, if component is null.
+  // The link owns component. Returns null if component is null.
   static CScalerLink* Create(CLink* component);
 
-  int Write(CLogSample& sample) override;  // sample holds the scaled values afterwards, also on 0
+  int Write(CLogSample& sample) override;  // scales sample in place, also if it returns 0
   int Read(CLogSample& sample) override;
-  // The component's names, whatever the state of this link; sends End also when the component fails.
+  // The component's names, even if this link is closed. Sends End even if the component fails.
   int GetVarNames(CStringArray& names) override;
 
  protected:
@@ -22,12 +22,12 @@ class VASTRA_API CScalerLink : public CComponentLink {
   const CFault* Configure(CLinkConfig& config, UINT mode) override;
 
  private:
-  // A rule whose variable the component has, as it runs for every sample.
+  // A rule whose variable the component has; applied to every sample.
   struct CRule {
-    unsigned m_index;  // place of the variable
-    int m_clamping;
-    float m_scale;
-    float m_lowLimit, m_highLimit;
+    unsigned index;  // of the variable
+    int clamping;
+    float scale;
+    float lowLimit, highLimit;
   };
   static float Scaled(float value, const CRule& rule);
   void Scale(CArray<float, float>& values) const;

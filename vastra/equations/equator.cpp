@@ -29,7 +29,7 @@ CEquationFault CEquator::Compile(const CStringArray& inputs, const CStringArray&
   return {};
 }
 
-// A statement without "=" gets no target: it does not compile.
+// A statement without "=" gets no target; it does not compile.
 void CEquator::BindTargets(const CStringArray& equations) {
   for (const CString& equation : equations) {
     CString name;
@@ -42,8 +42,8 @@ void CEquator::BindTargets(const CStringArray& equations) {
   }
 }
 
-// Names that a statement assigns are found here by words and in the parser by grammar. Where the two differ,
-// reads of the one name would never see what is stored under the other.
+// BindTargets finds the assigned name as the last word before "=", the parser by the grammar. If they differ,
+// the statement is refused: other statements would never read what this one stores.
 CEquationFault CEquator::CompileAll(const CStringArray& equations) {
   CStringArray names = m_inputVariables;
   names.Append(m_newVariables);

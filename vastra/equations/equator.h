@@ -1,5 +1,5 @@
-// CEquator: a list of statements bound to the names of a sample, with the variables that they assign. It is
-// what an equator link runs on each sample, and what checks and tools use without a chain.
+// CEquator: a list of statements, bound to the names of a sample, and the variables that they assign. An
+// equator link runs it on each sample; checks and tools use it without a chain.
 #pragma once
 
 #include <memory>
@@ -11,9 +11,9 @@ namespace vastra {
 
 class CProgram;
 
-// What is wrong with a list of statements.
+// The fault of a list of statements.
 struct CEquationFault {
-  int statement = 0;  // from 1; 0: nothing is wrong
+  int statement = 0;  // from 1; 0: no fault
   int offset = 0;     // of the bad token in the statement, from 0
   const char* text = "";
 };
@@ -28,34 +28,34 @@ class VASTRA_API CEquator {
   CEquator& operator=(CEquator&& other) noexcept;
   ~CEquator();
 
-  // Binds equations, one statement each without its ";", to samples with a value for each of inputs, and
-  // compiles them. A right side may read any input and whatever any statement of the list assigns; where a
-  // name is both, it is the input. On a fault everything is as it was before, else the new list is in place,
-  // and a variable that the list before assigned too keeps its value.
+  // Compiles equations, one statement each without its ";", for samples with a value for each of inputs. A
+  // right side can read all inputs and all assigned variables; a name that is both is the input. On a fault
+  // nothing changes. Otherwise the new list replaces the old one, and a variable that both assign keeps its
+  // value.
   CEquationFault Compile(const CStringArray& inputs, const CStringArray& equations);
 
-  // Runs all statements on one sample: a value for each input. A missing one reads 0.0, what is too much is
-  // not looked at. No allocation.
+  // Runs all statements on one sample, which has a value for each input. Missing values are 0.0, extra values
+  // are ignored. Does not allocate memory.
   void Run(const CArray<float, float>& sample);
 
-  // The same on the plain machine, line by line; results gets the double of each statement before it is
-  // rounded to float, kUndefinedResult where it is undefined.
+  // The same with the reference interpreter, line by line. Sets results to the double of each statement
+  // before it is rounded to float, or to kUndefinedResult.
   void RunByLines(const CArray<float, float>& sample, CArray<double, double>& results);
 
-  // Which statements, from 0, had no defined result in the last run, in order.
+  // The statements, from 0 and in order, whose result was undefined in the last run.
   const std::vector<int>& GetUndefined() const { return m_undefined; }
 
-  // The value that stands for an index behind the last run, which was on sample: of an input, or of an
-  // assigned variable; the inputs come first. 0.0 for any other index.
+  // The value of an input or, after the inputs, of an assigned variable after the last run, which was on
+  // sample. 0.0 for any other index.
   float GetValue(const CArray<float, float>& sample, UINT index) const;
-  // The index of a name, or noValue.
+  // The index of a name for GetValue, or noValue.
   UINT FindValue(const CString& name) const;
 
-  // What the statements assign, each name once, in order of its first statement. They start at 0.0.
+  // The assigned variables, each name once, in the order of their first statements. They start at 0.0.
   const CStringArray& GetNewVariables() const { return m_newVariables; }
 
   int GetCount() const { return m_code.GetSize(); }
-  // Of a statement, from 0: its compiled form and the name that it assigns.
+  // The compiled form of a statement, from 0, and the name that it assigns.
   const CExecutionStruct& GetCode(int statement) const { return m_code[statement]; }
   const CString& GetTarget(int statement) const { return m_newVariables[Target(statement)]; }
 
@@ -68,9 +68,9 @@ class VASTRA_API CEquator {
 
   CStringArray m_inputVariables;
   CStringArray m_newVariables;
-  CArray<UINT, UINT> m_equationTarget;  // for each statement the index in m_newVariables of what it assigns
+  CArray<UINT, UINT> m_equationTarget;  // for each statement the index in m_newVariables of its name
   CArray<CExecutionStruct> m_code;
-  std::unique_ptr<CProgram> m_program;  // holds the values of the new variables
+  std::unique_ptr<CProgram> m_program;  // has the values of the new variables
   std::vector<int> m_undefined;
 };
 

@@ -1,7 +1,7 @@
-// CExecutionStruct: one compiled statement, as the list of its lines, and the plain machine that runs it.
+// CExecutionStruct: one compiled statement as a list of lines, and the reference interpreter that runs it.
 //
-// The plain machine takes any list, also one that no parser made, and is what the language means. A list of
-// statements that runs for every sample does so in another form that gives the same bits (program.h).
+// The reference interpreter defines the language. It runs any list, even one that the parser cannot produce.
+// Statements that run for every sample have a faster form with bit-identical results (program.h).
 #pragma once
 
 #include <limits>
@@ -14,10 +14,10 @@
 
 namespace vastra {
 
-// What an undefined statement gives. As a float it is plus infinity.
+// The result of an undefined statement. As a float it is plus infinity.
 constexpr double kUndefinedResult = std::numeric_limits<double>::max();
 
-// Owns its lines; it can be moved, and the lines stay where they are.
+// Owns its lines. Moving it does not move the lines in memory.
 class VASTRA_API CExecutionStruct : public CObject {
  public:
   CExecutionStruct() : m_pLines(std::make_unique<CLineCodeList>()) {}
@@ -26,18 +26,19 @@ class VASTRA_API CExecutionStruct : public CObject {
   CLineCodeList* GetHead() { return m_pLines.get(); }
   const CLineCodeList* GetHead() const { return m_pLines.get(); }
 
-  // Runs the lines on values, where variable i is element i; one that is not there reads 0.0.
-  // 1: result is the value. 0: it is undefined, and result is kUndefinedResult.
-  // 0 also without values; result then stays as it was, as it does after a list that leaves no value.
+  // Runs the lines. Variable i is element i of values; a missing element is 0.0.
+  // Returns 1 and sets result to the value, or returns 0 and sets it to kUndefinedResult.
+  // Without values returns 0 and does not change result; a list that leaves no value does not change it
+  // either.
   int Execute(CArray<float, float>* values, double& result) const;
 
  private:
   std::unique_ptr<CLineCodeList> m_pLines;
 };
 
-// The plain machine. variable(i) gives the value of variable i, for any int; stack must be empty and is used.
-// Results as those of Execute. All lines run even after an undefined operation, which pushes nothing: what
-// they draw from rand counts.
+// The reference interpreter. variable(i) returns the value of variable i, for any int. stack must be empty.
+// Returns as Execute. All lines run, even after an undefined operation, which pushes no value: their calls of
+// rand count.
 template <class Variable>
 int RunLines(const CLineCodeList& lines, Variable variable, CStack<double>& stack, double& result) {
   bool isDefined = true;

@@ -1,9 +1,9 @@
-/* The grammar of one statement. An action that stands behind a name, a number, an operator or the semicolon
- * runs before the next token is read: it sees the text of that token. The parser of a state that can only
- * reduce asks for no token, and the marker rules below put such a state at each of these points.
+/* The grammar of one statement. An action after a name, a number, an operator or the semicolon runs before the
+ * next token is read, so that Text is still this token. The reason: in a state that can only reduce, the parser
+ * does not read a token, and the marker rules below create such a state at each of these points.
  *
- * All binary rules recurse to the right; what makes the operators associate to the left is the pending
- * operator of the code generator. */
+ * All binary rules recurse to the right. The pending operators of the code generator make the operators
+ * associate to the left. */
 
 %define api.pure full
 %define api.prefix {equation}
@@ -12,7 +12,7 @@
 %expect 0
 
 %code top {
-  /* How deep a statement may nest, in states of the parser. */
+  /* The maximum nesting of a statement, in states of the parser. */
   #define YYINITDEPTH 200
   #define YYMAXDEPTH 10000
 
@@ -27,7 +27,7 @@
   int equationlex(int* value) { return *value = yylex(); }
   void equationerror(const char* message) { yyerror(message); }
 
-  /* The operations of the code generator, on the stacks of this compile. */
+  /* The operations of the code generator, on the stacks of this compilation. */
   void End() { compileState.PreParser.End(&compileState.Operands, &compileState.Operators); }
   void Single() { compileState.PreParser.CodeSingle(&compileState.Operands); }
   void Special(int op) { compileState.PreParser.CodeSpecial(op, &compileState.Operands); }
@@ -41,21 +41,21 @@
   void Compare() { compileState.PreParser.CodeCompare(&compileState.Operands, &compileState.Operators); }
   void Equal() { compileState.PreParser.CodeEqual(&compileState.Operands, &compileState.Operators); }
 
-  /* An operator, or the mark of an open bracket, waits; what waits on top goes. */
+  /* Push a pending operator or the marker of an open bracket; remove the top one. */
   void Wait(int op) { compileState.Operators.Push(op); }
   void DropWaiting() {
     int dropped;
     compileState.Operators.Pop(dropped);
   }
 
-  /* The name matched last is the one that the statement assigns. */
+  /* The last name matched is the one that the statement assigns. */
   void Assign() {
     compileState.nInt = compileState.PreParser.CodeFind(compileState.Text);
     if (compileState.nInt == -1) compileState.PreParser.CodeNewVar(compileState.Text);
     compileState.nTarget = compileState.PreParser.CodeFind(compileState.Text);
   }
 
-  /* The name matched last is an operand, if it is known. */
+  /* The last name matched is an operand. Fails if the name is unknown. */
   bool UseName() {
     compileState.nInt = compileState.PreParser.CodeFind(compileState.Text);
     if (compileState.nInt == -1) return yyerror(""), false;

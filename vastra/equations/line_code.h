@@ -1,8 +1,8 @@
-// CLineCode: one instruction of a compiled statement. A list of them is the compiled form that the parser
-// fills, tools print and the machines run.
+// CLineCode: one instruction of a compiled statement. The parser makes a list of them, tools print it, and
+// the reference interpreter runs it.
 //
-// An operand is one double with three meanings: 0.0 or above is a literal, -1.0 the value on top of the
-// stack, and -(i + 2) the variable with index i.
+// An operand is a double with one of three meanings: 0.0 or above is a literal, -1.0 is the value on top of
+// the stack, and -(i + 2) is the variable with index i.
 #pragma once
 
 #include <vector>
@@ -17,8 +17,8 @@ class VASTRA_API CLineCode : public CObject {
   CLineCode() = default;
   CLineCode(int code, double op1, double op2) : m_code(code), m_op1(op1), m_op2(op2) {}
 
-  // op1 is the right operand, or the only one, op2 the left one. jump is a place in the list that holds this
-  // line: a jump goes on at the line behind it.
+  // op1 is the right operand, or the only one; op2 is the left operand. jump is a position in the list of
+  // this line: a jump continues at the line after it.
   void Set(int code, double op1, double op2, POSITION jump) {
     m_jump = jump, m_code = code, m_op1 = op1, m_op2 = op2;
   }
@@ -39,17 +39,17 @@ constexpr double kStackOperand = -1.0;
 constexpr double VariableOperand(int index) { return -(index + 2.0); }
 constexpr bool IsLiteral(double operand) { return operand >= 0.0; }
 
-// The index in an operand that is neither literal nor stack, -1 if no int can hold it.
+// The index in an operand that is neither a literal nor the stack; -1 if it does not fit an int.
 constexpr int OperandIndex(double operand) {
   const double index = -operand - 2.0;
   return index > -1.0 && index < 2147483647.0 ? static_cast<int>(index) : -1;
 }
 
-// One line with its jump as a number.
+// One line, with its jump as an index.
 struct CFlatLine {
   int code;
   double op1, op2;
-  int jump;  // place of the target in the list, from 0; -1: none
+  int jump;  // index of the target in the list, from 0; -1: none
 };
 
 // The lines of a list in order.

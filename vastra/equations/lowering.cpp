@@ -7,7 +7,7 @@
 namespace vastra {
 namespace {
 
-// Whether an operation gives the same for -0.0 as for 0.0 on either side.
+// Whether an operation has the same result for -0.0 as for 0.0 on either side.
 bool IgnoresSignOfZero(int code) {
   return code <= opLogicOr || IsBetween(code, opModulo, opNotEqual) || IsBetween(code, opBitNot, opAbs);
 }
@@ -16,7 +16,7 @@ bool IgnoresSignOfZero(int code) {
 
 CDraft OperationDraft(int code, std::uint32_t right, std::uint32_t left) {
   CDraft draft;
-  draft.kind.family = CFamily::operation;
+  draft.kind.family = EFamily::operation;
   draft.kind.code = code;
   draft.a = right;
   draft.b = left;
@@ -29,7 +29,7 @@ bool CLowering::Lower(std::uint32_t target) {
   for (; m_line < static_cast<int>(m_lines.size()) && m_isKnown; ++m_line) Follow();
   m_isKnown = m_isKnown && m_conditionals.empty() && m_stack.size() == 1;
   if (m_isKnown)
-    Deliver(m_stack.back(), CResult::toVariable, target);
+    Deliver(m_stack.back(), EResult::toVariable, target);
   else
     m_steps.resize(before);
   return m_isKnown;
@@ -60,7 +60,7 @@ CEntry CLowering::Operand(double operand) {
   return entry;
 }
 
-// A branch takes nothing that was there before it.
+// A branch must not remove values that were on the stack before it.
 CEntry CLowering::Pop() {
   if (m_stack.size() <= (m_conditionals.empty() ? 0 : m_conditionals.back().depth)) {
     Refuse();
@@ -83,22 +83,23 @@ void CLowering::PushDeferred(const CDraft& draft) {
   Push(std::move(entry));
 }
 
-// Appends a step whose result is the new running value.
+// Appends a step whose result is the new value of the accumulator.
 void CLowering::PushMadeBy(const CDraft& draft) {
-  SpillRunning();
+  SpillAccumulator();
   m_steps.push_back(draft);
   CEntry entry;
-  entry.kind = CEntry::running;
+  entry.kind = CEntry::accumulator;
   entry.makers = {m_steps.size() - 1};
   Push(std::move(entry));
 }
 
-// Lets the value of an entry go to result. What makes a running value is told so afterwards.
-void CLowering::Deliver(CEntry& entry, CResult result, std::uint32_t to) {
-  if (entry.kind != CEntry::running) {
+// Sends the value of an entry to result. The steps that make a value in the accumulator exist already: they
+// are changed.
+void CLowering::Deliver(CEntry& entry, EResult result, std::uint32_t to) {
+  if (entry.kind != CEntry::accumulator) {
     if (entry.kind != CEntry::deferred) {
       entry.draft = {};
-      entry.draft.kind.family = CFamily::copy;
+      entry.draft.kind.family = EFamily::copy;
       entry.draft.a = entry.place;
     }
     entry.makers = {m_steps.size()};
@@ -110,30 +111,30 @@ void CLowering::Deliver(CEntry& entry, CResult result, std::uint32_t to) {
   }
 }
 
-// To a temporary, unless it is in some place already. The running value stays what it is.
+// Moves a value that is not in a place yet to a temporary. Does not change the accumulator.
 void CLowering::KeepAt(CEntry& entry, std::uint32_t place) {
-  if (entry.kind != CEntry::running && entry.kind != CEntry::deferred) return;
-  Deliver(entry, CResult::toTemporary, place);
+  if (entry.kind != CEntry::accumulator && entry.kind != CEntry::deferred) return;
+  Deliver(entry, EResult::toTemporary, place);
   entry.kind = CEntry::kept;
   entry.place = place;
 }
 
-// A new running value is about to be made: one that waits on the stack has to go to a temporary. There is one
-// at most.
-void CLowering::SpillRunning() {
+// Called before a step that overwrites the accumulator: a value of the stack that is in the accumulator moves
+// to a temporary. There is at most one.
+void CLowering::SpillAccumulator() {
   const auto waiting = std::find_if(m_stack.rbegin(), m_stack.rend(),
-                                    [](const CEntry& entry) { return entry.kind == CEntry::running; });
+                                    [](const CEntry& entry) { return entry.kind == CEntry::accumulator; });
   if (waiting != m_stack.rend()) Keep(*waiting);
 }
 
-void CLowering::MakeRunning(CEntry& entry) {
-  if (entry.kind == CEntry::running) return;
-  SpillRunning();
-  Deliver(entry, CResult::toRunning, 0);
-  entry.kind = CEntry::running;
+void CLowering::LoadAccumulator(CEntry& entry) {
+  if (entry.kind == CEntry::accumulator) return;
+  SpillAccumulator();
+  Deliver(entry, EResult::toAccumulator, 0);
+  entry.kind = CEntry::accumulator;
 }
 
-// Whether a deferred value is that of a variable plus 0.0, as a name that stands alone is compiled.
+// Whether a deferred value is a variable plus 0.0: the compiled form of a name alone.
 bool CLowering::IsPlusZero(const CEntry& entry) const {
   return entry.kind == CEntry::deferred && entry.draft.kind.code == opPlus &&
          m_places.IsLiteral(entry.draft.b) &&
@@ -169,7 +170,7 @@ void CLowering::Operation() {
   EmitOperation(code, right, left);
 }
 
-// An operation on literals is worked out now, by the function that would do it at run time.
+// An operation on literals is computed now, by the same function as at run time.
 bool CLowering::Fold(const COpcode& opcode, const CEntry& right, const CEntry& left) {
   double result = 0;
   if (opcode.code == opRand || !IsLiteral(right) || !IsLiteral(left) ||
@@ -188,39 +189,41 @@ bool CLowering::Defer(int code, const CEntry& right, const CEntry& left) {
   return true;
 }
 
-// && or || of a deferred comparison and another one, or a running value. Which side is which is all the same.
+// && or || of a deferred comparison and another deferred comparison or the accumulator. The order of the
+// sides does not matter.
 bool CLowering::FuseLogic(int code, CEntry& right, CEntry& left) {
   const auto isComparison = [](const CEntry& entry) {
     return entry.kind == CEntry::deferred && IsComparison(entry.draft.kind.code);
   };
   if (!IsBetween(code, opLogicAnd, opLogicOr)) return false;
   if (!isComparison(right)) std::swap(right, left);
-  if (!isComparison(right) || (left.kind != CEntry::running && left.kind != CEntry::deferred)) return false;
+  if (!isComparison(right) || (left.kind != CEntry::accumulator && left.kind != CEntry::deferred))
+    return false;
   CDraft draft = right.draft;
-  draft.kind.family = CFamily::logic;
+  draft.kind.family = EFamily::logic;
   draft.kind.outer = code;
   if (isComparison(left)) {
-    draft.kind.family = CFamily::logicPair;
+    draft.kind.family = EFamily::logicPair;
     draft.kind.second = left.draft.kind.code;
     draft.c[0] = left.draft.a;
     draft.c[1] = left.draft.b;
   } else {
-    MakeRunning(left);
+    LoadAccumulator(left);
   }
   PushMadeBy(draft);
   return true;
 }
 
-// Whether a value is a deferred + - *.
+// Whether a value is a deferred +, - or *.
 bool IsDeferredSum(const CEntry& entry) {
   return entry.kind == CEntry::deferred && IsChainable(entry.draft.kind.code);
 }
 
-// + - * of two such values.
+// +, - or * of two such values.
 bool CLowering::FusePair(int code, const CEntry& right, const CEntry& left) {
   if (!IsChainable(code) || !IsDeferredSum(right) || !IsDeferredSum(left)) return false;
   CDraft draft = left.draft;
-  draft.kind.family = CFamily::pair;
+  draft.kind.family = EFamily::pair;
   draft.kind.outer = code;
   draft.kind.second = right.draft.kind.code;
   draft.c[0] = right.draft.a;
@@ -229,33 +232,33 @@ bool CLowering::FusePair(int code, const CEntry& right, const CEntry& left) {
   return true;
 }
 
-// + - * of a deferred + - * and anything, or such a thing divided by a literal.
+// +, - or * of such a value and any other, or such a value divided by a literal.
 bool CLowering::FuseChain(int code, CEntry& right, CEntry& left) {
   const bool isRight = IsDeferredSum(right);
   CEntry& inner = isRight ? right : left;
   CEntry& other = isRight ? left : right;
   const bool divides = code == opDivide && !isRight && IsLiteral(right) && IsLiteralNotZero(right.place);
   if (!IsDeferredSum(inner) || (!IsChainable(code) && !divides)) return false;
-  if (other.kind == CEntry::deferred) MakeRunning(other);
+  if (other.kind == CEntry::deferred) LoadAccumulator(other);
   CDraft draft = inner.draft;
-  draft.kind.family = CFamily::chain;
+  draft.kind.family = EFamily::chain;
   draft.kind.outer = code;
   draft.kind.isInnerRight = isRight;
   draft.c[0] = other.place;
-  if (other.kind == CEntry::running) draft.kind.source = CSource::rightRunning;
+  if (other.kind == CEntry::accumulator) draft.kind.source = ESource::rightAccumulator;
   PushMadeBy(draft);
   return true;
 }
 
 void CLowering::EmitOperation(int code, CEntry& right, CEntry& left) {
-  // Of two sides that are not made yet, or not in a place, one goes to a temporary.
+  // The accumulator can contain one side only: if neither side is in a place, one moves to a temporary.
   if (right.kind != CEntry::inPlace && left.kind == CEntry::deferred) Keep(left);
-  if (left.kind == CEntry::running) Keep(right);
-  if (right.kind == CEntry::deferred) MakeRunning(right);
-  if (left.kind == CEntry::deferred) MakeRunning(left);
+  if (left.kind == CEntry::accumulator) Keep(right);
+  if (right.kind == CEntry::deferred) LoadAccumulator(right);
+  if (left.kind == CEntry::deferred) LoadAccumulator(left);
   CDraft draft = OperationDraft(code, right.place, left.place);
-  if (right.kind == CEntry::running) draft.kind.source = CSource::rightRunning;
-  if (left.kind == CEntry::running) draft.kind.source = CSource::leftRunning;
+  if (right.kind == CEntry::accumulator) draft.kind.source = ESource::rightAccumulator;
+  if (left.kind == CEntry::accumulator) draft.kind.source = ESource::leftAccumulator;
   PushMadeBy(draft);
 }
 

@@ -1,4 +1,4 @@
-// The translation of one statement, from its lines to steps (steps.h). For CProgram.
+// Translates the lines of one statement to steps (steps.h). Called by CProgram.
 #pragma once
 
 #include <vector>
@@ -9,18 +9,18 @@
 
 namespace vastra {
 
-// A step whose function and distances are not looked up yet.
+// A step before its function and its jump distance are known.
 struct CDraft {
   static constexpr int kNoTarget = -1, kUndefined = -2;
 
   CStepKind kind;
   std::uint32_t a = 0, b = 0, c[2] = {0, 0}, d[2] = {0, 0}, to = 0;
-  int target = kNoTarget;  // the step that it jumps to; kUndefined: what serves an undefined result
+  int target = kNoTarget;  // the step that it jumps to; kUndefined: the stop for an undefined result
 };
 
-// Appends to steps those of one statement, which leave its result in the variable target. False, and nothing
-// is appended, for lines that no parser makes, and for those that can be undefined and draw from rand too:
-// how often they draw is up to the plain machine.
+// Appends the steps of one statement, which store its result in the variable target. Returns false and
+// appends nothing for lines that the parser cannot produce, and for a statement that can be undefined and
+// calls rand: only the reference interpreter makes all its calls of rand.
 bool LowerStatement(const std::vector<CFlatLine>& lines, int target, CPlaces& places,
                     std::vector<CDraft>& steps);
 

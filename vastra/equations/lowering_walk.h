@@ -1,5 +1,5 @@
-// CLowering: the translation of one statement while it goes on. For LowerStatement alone; lowering.cpp has
-// the operations, lowering_conditional.cpp the conditionals.
+// CLowering: the state of the translation of one statement. Used only by LowerStatement; lowering.cpp has the
+// operations, lowering_conditional.cpp the conditionals.
 #pragma once
 
 #include <utility>
@@ -9,38 +9,38 @@
 
 namespace vastra {
 
-// Where a value on the run-time stack will be.
+// The location of a value of the run-time stack.
 struct CEntry {
-  enum CKind {
-    inPlace,   // in a place that keeps it: a variable, a literal
-    deferred,  // not made yet: an operation, cheap and without effect, on two such places
-    running,   // the running value
-    kept,      // in a temporary
+  enum EKind {
+    inPlace,      // a variable or a literal
+    deferred,     // not computed yet: a cheap operation without effects on two such places
+    accumulator,  // in the accumulator
+    kept,         // in a temporary
   };
-  CKind kind = inPlace;
+  EKind kind = inPlace;
   std::uint32_t place = 0;               // inPlace and kept
   CDraft draft = {};                     // deferred
-  std::vector<std::size_t> makers = {};  // running: the steps that make it, one for each way that leads there
+  std::vector<std::size_t> makers = {};  // accumulator: the steps that make it, one for each path
   std::size_t depth = 0;
 };
 
 // A conditional whose branches are not complete.
 struct CConditional {
   int middle, end;    // the lines that end the first and the second branch
-  std::size_t depth;  // of the stack outside
-  std::size_t start;  // the step that tests the condition, which is made before it
+  std::size_t depth;  // of the stack before the conditional
+  std::size_t start;  // the step that tests the condition
   CEntry condition;
-  CEntry first = {};       // the value of the first branch; if it took no step, before it was made
-  CEntry running = {};     // the same as the running value
-  std::size_t second = 0;  // the first step of the second branch, behind the jump
+  CEntry first = {};       // the value of the first branch, where its own steps have left it
+  CEntry loaded = {};      // the same value, loaded into the accumulator
+  std::size_t second = 0;  // the first step of the second branch, after the jump
 };
 
 inline bool IsBetween(int code, int first, int last) { return code >= first && code <= last; }
 
 CDraft OperationDraft(int code, std::uint32_t right, std::uint32_t left);
 
-// Follows the lines with a stack of entries in place of values. What is deferred until it is known who wants
-// it can become part of a larger step.
+// Follows the lines with a stack of entries instead of values. A deferred operation can become part of the
+// step that uses its value.
 class CLowering {
  public:
   CLowering(const std::vector<CFlatLine>& lines, CPlaces& places, std::vector<CDraft>& steps)
@@ -59,11 +59,11 @@ class CLowering {
   void PushDeferred(const CDraft& draft);
   void PushMadeBy(const CDraft& draft);
 
-  void Deliver(CEntry& entry, CResult result, std::uint32_t to);
+  void Deliver(CEntry& entry, EResult result, std::uint32_t to);
   void KeepAt(CEntry& entry, std::uint32_t place);
   void Keep(CEntry& entry) { KeepAt(entry, m_places.Temporary(entry.depth)); }
-  void SpillRunning();
-  void MakeRunning(CEntry& entry);
+  void SpillAccumulator();
+  void LoadAccumulator(CEntry& entry);
 
   void Operation();
   bool Fold(const COpcode& opcode, const CEntry& right, const CEntry& left);
@@ -104,7 +104,7 @@ class CLowering {
   int m_line = 0;
   bool m_isKnown = true;  // so far
   std::vector<CEntry> m_stack;
-  std::vector<CConditional> m_conditionals;  // around the line, outermost first
+  std::vector<CConditional> m_conditionals;  // those that contain the line, outermost first
 };
 
 }  // namespace vastra

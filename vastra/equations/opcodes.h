@@ -1,5 +1,5 @@
-// The instruction set of compiled equations, one row for each opcode. The scanner takes the words of the
-// language from it, the machines what an instruction computes, and tools and documentation the rest.
+// The instruction set of compiled equations, one row for each opcode. The scanner uses its words, both forms
+// of execution use its operations, and tools and documentation use the rest.
 #pragma once
 
 #include <cmath>
@@ -11,16 +11,16 @@
 
 namespace vastra {
 
-// What integer operators give, as double. The smallest integer has no positive partner of its own size, and
-// its remainder by -1 would trap.
+// The results of integer operators, as double. The smallest integer has no positive counterpart, and its
+// remainder by -1 would trap.
 inline double Remainder(double left, double right) {
   const int divisor = TruncateToInt(right);
   return divisor == -1 ? 0.0 : TruncateToInt(left) % divisor;
 }
 inline double Magnitude(double value) { return std::fabs(static_cast<double>(TruncateToInt(value))); }
 
-// What any operation gives, as double. A truth comes out of a table: whether it holds is seldom foreseeable,
-// so there must be no branch on it.
+// The result of any operation, as double. A bool selects from a table: the processor could rarely predict a
+// branch on it.
 inline double AsDouble(double value) { return value; }
 inline double AsDouble(int value) { return value; }
 inline double AsDouble(bool truth) {
@@ -29,8 +29,8 @@ inline double AsDouble(bool truth) {
 }
 
 // X(opcode, C++ name, spelling, operands, result, undefined if, the same in words). op1 is the right operand,
-// or the only one, op2 the left one. An opcode is also the token number of its operator or function. A result
-// that is a truth becomes 1.0 or 0.0; any value but 0.0 counts as true.
+// or the only one; op2 is the left operand. An opcode is also the token number of its operator or function. A
+// bool result becomes 1.0 or 0.0; any value except 0.0 counts as true.
 #define VASTRA_OPERATIONS(X)                                                                        \
   X(264, BitAnd, "&", 2, TruncateToInt(op2) & TruncateToInt(op1), false, "")                        \
   X(265, BitXor, "^", 2, TruncateToInt(op2) ^ TruncateToInt(op1), false, "")                        \
@@ -60,7 +60,7 @@ inline double AsDouble(bool truth) {
   X(292, Sqrt, "sqrt", 1, std::sqrt(op1), op1 < 0.0, "the argument is negative")                    \
   X(293, Pow, "pow", 2, std::pow(op2, op1), false, "")
 
-// Opcodes: opBitAnd, ..., opPow and what has no operator.
+// Opcodes: opBitAnd, ..., opPow, and those without an operator.
 enum : int {
   opNone = 0,  // a placeholder of the code generator
 #define VASTRA_OPCODE(number, Name, ...) op##Name = number,
@@ -70,7 +70,7 @@ enum : int {
   opJump = 1003,
 };
 
-// Each operation as a class, for code that is made for one operation: COperationPlus and so on.
+// Each operation as a class, COperationPlus and so on, for templates that are compiled for one operation.
 #define VASTRA_OPERATION(number, Name, spelling, count, result, undefined, words)                           \
   struct COperation##Name {                                                                                 \
     static constexpr int kCode = number;                                                                    \
@@ -89,14 +89,14 @@ struct COpcode {
   int operands;
   const char* spelling;
   const char* undefinedIf;  // empty: never undefined
-  // Sets result; false, and result stays, where the operation is undefined. Null for jumps.
+  // Sets result and returns true; returns false if the operation is undefined. Null for jumps.
   bool (*compute)(double op1, double op2, double& result);
 };
 
-// The row of an opcode; null for a number that is none.
+// The row of an opcode; null for any other number.
 VASTRA_API const COpcode* FindOpcode(int code);
 
-// All rows in order of their numbers.
+// All rows, ordered by opcode.
 VASTRA_API const COpcode* GetOpcodes(std::size_t& count);
 
 }  // namespace vastra

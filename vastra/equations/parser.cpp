@@ -7,12 +7,12 @@
 #include "vastra/equations/compile_state.h"
 #include "vastra/equations/random.h"
 
-int equationparse();  // made from grammar.y; 0: accepted
+int equationparse();  // generated from grammar.y; returns 0 if the statement is accepted
 
 namespace vastra {
 namespace {
 
-// What bison and the grammar report, in words for the user.
+// The message for the user for a fault that bison or the grammar reports.
 const char* FaultText(const char* reported) {
   if (!*reported) return "a name that nothing assigns";
   if (std::strcmp(reported, "memory exhausted") == 0) return "nested too deeply";

@@ -1,4 +1,4 @@
-// CParser compiles one statement of the equation language to a list of instructions.
+// CParser compiles one statement of the equation language to a list of lines.
 #pragma once
 
 #include "vastra/equations/line_code.h"
@@ -6,14 +6,14 @@
 
 namespace vastra {
 
-// Threads: each thread compiles with a state of its own.
+// Threads: several threads can compile at the same time, each with its own parser.
 class VASTRA_API CParser {
  public:
-  // Seeds the random numbers of the language with the present time.
+  // Seeds rand() with the present time.
   CParser();
 
-  // Compiles the first statement of equation, to the end or to its ";". 1, or 0 if it has a fault.
-  // code   receives the lines at its tail; after a failure those made so far.
+  // Compiles the first statement of equation, up to its ";" or the end. Returns 1, or 0 if it has a fault.
+  // code   the lines are added at its tail; after a fault those before it.
   // names  the known variables in the order of their indexes. A new name that the statement assigns is added,
   //        even if a fault follows it.
   int Parse(CString equation, CLineCodeList* code, CStringArray* names);
@@ -21,10 +21,10 @@ class VASTRA_API CParser {
   // After a failure the offset of the bad token in equation, from 0.
   int GetLastError() const { return m_nLastError; }
 
-  // After a failure what is wrong there, in words; empty after success.
+  // After a failure the message for the user; empty after success.
   const char* GetLastFault() const { return m_lastFault; }
 
-  // Index in names of what the statement assigns, -1 if the parser did not come that far.
+  // The index in names of the assigned name; -1 if the fault is before it.
   int GetTarget() const { return m_nTarget; }
 
  private:

@@ -1,5 +1,5 @@
-// CPlaces: the file of doubles that lowered statements work on: the variables, and behind them literals and
-// temporaries as statements need them. A place is an index into it.
+// CPlaces: the register file of lowered statements: an array of doubles with the variables first, then
+// literals and temporaries as statements need them. A place is an index into it.
 #pragma once
 
 #include <cstddef>
@@ -11,17 +11,17 @@ namespace vastra {
 
 class CPlaces {
  public:
-  // Variables are numbered as in compiled code and start at 0.0.
+  // Variables have the same numbers as in compiled code and start at 0.0.
   explicit CPlaces(int variables) : m_variables(variables), m_file(static_cast<std::size_t>(variables)) {}
 
   int GetVariables() const { return m_variables; }
   std::uint32_t Literal(double value);
-  // For a value at that depth of the run-time stack; free again when the value is taken.
+  // For a value at that depth of the run-time stack; free again when the value is popped.
   std::uint32_t Temporary(std::size_t depth);
-  // For one value that nothing else shares its place with.
+  // For one value only: no other value uses the place.
   std::uint32_t Fresh() { return Add(0.0); }
 
-  // Of a place that is no temporary: whether it is a literal, and which.
+  // For a place that is not a temporary: whether it is a literal, and its value.
   bool IsLiteral(std::uint32_t place) const { return place >= static_cast<std::uint32_t>(m_variables); }
   double GetLiteral(std::uint32_t place) const { return m_file[place]; }
 

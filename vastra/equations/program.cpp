@@ -7,21 +7,21 @@ namespace vastra {
 void CProgram::Add(const CExecutionStruct& statement, int target) {
   const std::vector<CFlatLine> lines = FlatLines(*statement.GetHead());
   FindRead(lines);
-  const bool isPlain = !LowerStatement(lines, m_inputs + target, m_places, m_drafts);
-  if (isPlain) AddStop(stopPlain, m_statements.size(), m_drafts.size() + 1);
-  m_statements.push_back({statement.GetHead(), target, isPlain, m_drafts.size()});
+  const bool isInterpreted = !LowerStatement(lines, m_inputs + target, m_places, m_drafts);
+  if (isInterpreted) AddStop(stopInterpret, m_statements.size(), m_drafts.size() + 1);
+  m_statements.push_back({statement.GetHead(), target, isInterpreted, m_drafts.size()});
 }
 
 void CProgram::AddStop(std::uint32_t reason, std::size_t statement, std::size_t next) {
   CDraft stop;
-  stop.kind.family = CFamily::stop;
+  stop.kind.family = EFamily::stop;
   stop.a = static_cast<std::uint32_t>(statement);
   stop.b = reason;
   stop.target = static_cast<int>(next);
   m_drafts.push_back(stop);
 }
 
-// One for each statement that asks for it, behind all statements.
+// Adds one stop for each statement that can jump to it, after the steps of all statements.
 void CProgram::AddUndefinedStops() {
   std::size_t step = 0;
   for (std::size_t i = 0; i < m_statements.size(); ++i) {
@@ -46,7 +46,7 @@ void CProgram::FindRead(const std::vector<CFlatLine>& lines) {
     }
 }
 
-// The blocks that hold all inputs that are read; the last one may overlap the one before it.
+// Finds blocks that cover all inputs that are read. The last block may overlap the one before it.
 void CProgram::GatherBlocks() {
   for (int i = 0; i < m_inputs;) {
     if (m_isRead[static_cast<std::size_t>(i)]) {
@@ -82,7 +82,7 @@ void CProgram::Run(const float* inputs, int count, std::vector<int>& undefined) 
   double* file = m_places.GetFile();
   undefined.clear();
   if (count < m_inputs || m_inputs < kBlock) return RunShort(inputs, count, undefined);
-  for (const int first : m_blocks)  // the compiler makes two wide moves of each
+  for (const int first : m_blocks)  // the compiler turns each into two wide moves
     for (int i = first; i < first + kBlock; ++i) file[i] = static_cast<double>(inputs[i]);
   const CStep* step = RunSteps(m_steps.data(), file);
   if (step->b != stopEnd) [[unlikely]]
@@ -95,17 +95,17 @@ void CProgram::RunShort(const float* inputs, int count, std::vector<int>& undefi
   Serve(RunSteps(m_steps.data(), file), undefined);
 }
 
-// Does what each stop asks for, and runs on.
+// Handles stops and continues after each, until the end.
 void CProgram::Serve(const CStep* stop, std::vector<int>& undefined) {
   while (stop->b != stopEnd) stop = RunSteps(Store(stop, undefined), m_places.GetFile());
 }
 
-// Stores what the statement gives that has stopped, and gives the step to go on at.
+// Stores the result of the statement that has stopped. Returns the step to continue at.
 const CStep* CProgram::Store(const CStep* stop, std::vector<int>& undefined) {
   const CStatement& statement = m_statements[stop->a];
   double result = kUndefinedResult;
   int isDefined = 0;
-  if (stop->b == stopPlain) {
+  if (stop->b == stopInterpret) {
     const auto variable = [&](int index) {
       return static_cast<unsigned>(index) < static_cast<unsigned>(m_places.GetVariables())
                  ? m_places.GetFile()[index]

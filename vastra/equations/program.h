@@ -1,7 +1,6 @@
-// CProgram: the statements of one list in the form that runs for every sample, and the variables that they
-// assign. Each statement is translated once, when a link opens; one that the translation does not know stays
-// as it is and runs on the plain machine. Both ways give the same floats, bit for bit; of a NaN only that it
-// is one.
+// CProgram: a list of statements in the form that runs for every sample, and the variables that they assign.
+// Each statement is translated once, when a link opens. One that cannot be translated runs in the reference
+// interpreter. Both forms have bit-identical results, except for the bits of a NaN.
 #pragma once
 
 #include <vector>
@@ -11,33 +10,34 @@
 
 namespace vastra {
 
-// One thread at a time. In compiled code the inputs come first among the variables, behind them those that
-// are assigned.
+// One thread at a time. In compiled code the variables are the inputs, then the assigned variables.
 class VASTRA_API CProgram {
  public:
   explicit CProgram(int inputs = 0, int assigned = 0) : m_inputs(inputs), m_places(inputs + assigned) {}
 
-  // Adds a statement; its result goes to the assigned variable target. The lines must stay as they are, and
-  // where they are, as long as the program runs.
+  // Adds a statement; its result is stored in the assigned variable target. The lines must not change or move
+  // while the program exists.
   void Add(const CExecutionStruct& statement, int target);
-  // Stands behind the last Add, before the first Run.
+  // Must be called after the last Add, before the first Run.
   void Finish();
 
-  // Runs all statements once, in the order in which they were added; each sees what those before it stored.
-  // inputs: count values; a missing one reads 0.0, what is too much is not looked at.
-  // undefined: set to the statements, from 0, that had no defined result, in order.
-  // Takes no memory once undefined has room for all statements, but for a statement on the plain machine that
-  // needs a deeper stack than any before.
+  // Runs all statements once, in the order of adding; each reads what those before it have stored.
+  // inputs: count values; missing ones are 0.0, extra ones are ignored.
+  // undefined: set to the statements, from 0 and in order, whose result was undefined.
+  // Allocates no memory once undefined has the capacity for all statements, unless a statement in the
+  // reference interpreter needs a deeper stack than any before.
   void Run(const float* inputs, int count, std::vector<int>& undefined);
 
-  // An assigned variable. They start at 0.0.
+  // Of an assigned variable, which starts at 0.0.
   float GetValue(int assigned) const { return static_cast<float>(m_places.GetFile()[m_inputs + assigned]); }
   void SetValue(int assigned, float value) {
     m_places.GetFile()[m_inputs + assigned] = static_cast<double>(value);
   }
 
-  // Whether a statement runs on the plain machine.
-  bool IsPlain(int statement) const { return m_statements[static_cast<std::size_t>(statement)].isPlain; }
+  // Whether a statement runs in the reference interpreter.
+  bool IsPlain(int statement) const {
+    return m_statements[static_cast<std::size_t>(statement)].isInterpreted;
+  }
 
  private:
   static constexpr int kBlock = 4;
@@ -45,11 +45,11 @@ class VASTRA_API CProgram {
   struct CStatement {
     const CLineCodeList* lines;
     int target;
-    bool isPlain;
-    std::size_t end;  // the step behind its own
+    bool isInterpreted;
+    std::size_t end;  // the step after its own
   };
-  // What a step of the family stop asks for, in its b; its a is the statement.
-  enum : std::uint32_t { stopEnd, stopUndefined, stopPlain };
+  // Operand b of a stop step is the reason; operand a is the index of the statement.
+  enum : std::uint32_t { stopEnd, stopUndefined, stopInterpret };
 
   void AddStop(std::uint32_t reason, std::size_t statement, std::size_t next);
   void AddUndefinedStops();
@@ -65,8 +65,8 @@ class VASTRA_API CProgram {
   std::vector<char> m_isRead;    // until Finish: by input
   std::vector<CStatement> m_statements;
   std::vector<CStep> m_steps;
-  std::vector<int> m_blocks;  // where stretches of kBlock inputs start that hold all that are read
-  CStack<double> m_stack;     // of the plain machine
+  std::vector<int> m_blocks;  // the first inputs of blocks of kBlock that cover all inputs that are read
+  CStack<double> m_stack;     // of the reference interpreter
 };
 
 }  // namespace vastra

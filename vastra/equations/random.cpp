@@ -11,7 +11,7 @@ CRelaxed<std::uint32_t> g_state = 1;
 
 void SeedRandom(unsigned seed) { g_state = seed; }
 
-// A linear congruential sequence of period 2^32. Its low bits repeat early, so the upper ones are given out.
+// A linear congruential sequence of period 2^32. Its low bits have short periods, so the upper bits are used.
 int NextRandom() {
   const std::uint32_t state = g_state * 214013u + 2531011u;
   g_state = state;

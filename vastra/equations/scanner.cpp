@@ -15,7 +15,7 @@ struct CWord {
   int token;
 };
 
-// Keywords and operators: those of the instruction set and the rest.
+// Keywords and operators: those of the instruction set, then the others.
 constexpr CWord kWords[] = {
 #define VASTRA_WORD(number, Name, spelling, ...) {spelling, number},
     VASTRA_OPERATIONS(VASTRA_WORD)
@@ -32,7 +32,7 @@ constexpr CWord kWords[] = {
     {"=", tokenAssign},
 };
 
-// 0: no such word.
+// Returns 0 if there is no such word.
 int FindWord(std::string_view text) {
   for (const CWord& word : kWords)
     if (word.spelling == text) return word.token;
@@ -43,10 +43,10 @@ bool IsLetter(int c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); 
 bool IsDigit(int c) { return c >= '0' && c <= '9'; }
 bool IsWhite(int c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
 
-// Each automaton starts behind what opens its text and gives the place behind the longest match. It may read
-// further than that.
+// Each Match function starts after the first bytes of its token and returns the offset after the longest
+// match. It may read more bytes than that.
 
-// A letter was read. Letters, digits and single underscores that a letter or digit follows.
+// Called after a letter. Matches letters, digits and single underscores before a letter or digit.
 int MatchName() {
   int end = compileState.nEqIndex;
   for (;;) {
@@ -57,7 +57,7 @@ int MatchName() {
   }
 }
 
-// Goes past digits, at most limit of them. Gives the byte behind them.
+// Skips digits, at most limit of them. Returns the byte after them.
 int PassDigits(int c, int limit, int& end) {
   while (limit-- > 0 && IsDigit(c)) {
     end = compileState.nEqIndex;
@@ -66,7 +66,7 @@ int PassDigits(int c, int limit, int& end) {
   return c;
 }
 
-// A digit was read: digits, then a point and digits, then an exponent of one or two digits.
+// Called after a digit. Matches digits, then a point and digits, then an exponent of one or two digits.
 int MatchNumber() {
   constexpr int kAny = std::numeric_limits<int>::max();
   int end = compileState.nEqIndex;
@@ -83,8 +83,8 @@ int MatchNumber() {
   return end;
 }
 
-// The opening was read. An odd run of stars and a slash ends the comment; an even run and a slash is an end
-// only if no later one comes. -1: it has no end, so it is no comment.
+// Called after the opening. An odd number of stars and a slash ends the comment; an even number and a slash
+// ends it only if no later end follows. Returns -1 without an end: then it is not a comment.
 int MatchBlockComment() {
   enum { inText, oneStar, twoStars } state = inText;
   int end = -1;
@@ -100,8 +100,8 @@ int MatchBlockComment() {
   return end;
 }
 
-// The opening was read. The first line feed ends it; without one the last carriage return does. -1: neither
-// is there, so it is no comment.
+// Called after the opening. The first line feed ends the comment; without a line feed the last carriage
+// return does. Returns -1 without either: then it is not a comment.
 int MatchLineComment() {
   int end = -1;
   for (int c = getmine(); c >= 0; c = getmine()) {
@@ -111,28 +111,28 @@ int MatchLineComment() {
   return end;
 }
 
-// A slash was read. -1: no comment starts with it.
+// Called after a slash. Returns -1 if it does not start a comment.
 int MatchComment() {
   const int c = getmine();
   return c == '*' ? MatchBlockComment() : c == '/' ? MatchLineComment() : -1;
 }
 
-// The value as a C program reads it, whatever the locale. Beyond the range of a double it is infinite or 0; a
-// text that stands for so small a number has no digit but 0 in front of its point.
+// The value as C reads it, in any locale. Outside the range of a double it is infinity or 0: a number that is
+// too small has only zeros before its point.
 double Value(std::string_view text) {
   double value = 0;
   if (std::from_chars(text.data(), text.data() + text.size(), value).ec == std::errc()) return value;
   return text[text.find_first_not_of('0')] == '.' ? 0.0 : HUGE_VAL;
 }
 
-// Takes the text from start to end as matched.
+// Makes the text from start to end the match.
 void Accept(int start, int end) {
   compileState.nEqIndex = end;
   compileState.Text = compileState.ParsingEq.Mid(start, end - start);
   compileState.nCount += end - start;
 }
 
-// An operator of two bytes, or of one, or a byte that nothing starts with.
+// Matches an operator of two bytes or one, or one byte that starts no token.
 int AcceptOperator(int start) {
   std::string_view text = compileState.ParsingEq.View().substr(static_cast<std::size_t>(start), 2);
   int token = FindWord(text);

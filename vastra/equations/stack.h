@@ -1,4 +1,4 @@
-// CStack: the growable stack of the equation compiler and of the machine that runs its code.
+// CStack: the growable stack of the equation compiler and of the reference interpreter.
 #pragma once
 
 #include <vector>
@@ -15,7 +15,7 @@ class CStack {
     if (place == m_items.size()) m_items.resize(2 * place);
     m_items[place] = item;
   }
-  // Leaves item as it was on an empty stack.
+  // Does not change item if the stack is empty.
   void Pop(T& item) {
     if (m_nCount > 0) item = m_items[static_cast<std::size_t>(--m_nCount)];
   }

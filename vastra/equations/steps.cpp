@@ -7,88 +7,88 @@
 namespace vastra {
 namespace {
 
-// Does one step and all that follow it up to a stop, which it gives; or, driven by a loop, gives the next
-// one. running: what the last step made.
+// Runs one step. With tail calls also runs all steps after it and returns the stop that ends them; in a loop
+// returns the next step. accumulator: the result of the last step.
 #ifdef VASTRA_TAIL_CALLS
-using CRunning = double;
+using CAccumulator = double;
 #else
-using CRunning = double&;
+using CAccumulator = double&;
 #endif
-using CFunction = const CStep* (*)(const CStep* step, double* file, CRunning running);
+using CFunction = const CStep* (*)(const CStep* step, double* file, CAccumulator accumulator);
 CFunction Function(const CStep* step) { return reinterpret_cast<CFunction>(step->run); }
 
-// A work has one static function Do, which does a step and gives the step that follows.
+// Work has one static function Do, which runs a step and returns the next one.
 template <class Work>
-const CStep* Handle(const CStep* step, double* file, CRunning running) {
-  const CStep* next = Work::Do(step, file, running);
+const CStep* Handle(const CStep* step, double* file, CAccumulator accumulator) {
+  const CStep* next = Work::Do(step, file, accumulator);
 #if defined(VASTRA_TAIL_CALLS) && defined(__clang__)
-  [[clang::musttail]] return Function(next)(next, file, running);
+  [[clang::musttail]] return Function(next)(next, file, accumulator);
 #elif defined(VASTRA_TAIL_CALLS)
-  return Function(next)(next, file, running);
+  return Function(next)(next, file, accumulator);
 #else
   return next;
 #endif
 }
 
-const CStep* Stop(const CStep* step, double*, CRunning) { return step; }
+const CStep* Stop(const CStep* step, double*, CAccumulator) { return step; }
 
 template <class Work>
 CHandler HandlerOf() {
   return reinterpret_cast<CHandler>(static_cast<CFunction>(Handle<Work>));
 }
 
-template <CResult result>
-void Put(const CStep* step, double* file, double& running, double made) {
-  if constexpr (result == CResult::toRunning) running = made;
-  if constexpr (result == CResult::toTemporary) file[step->to] = made;
-  if constexpr (result == CResult::toVariable) file[step->to] = static_cast<double>(static_cast<float>(made));
+template <EResult result>
+void Put(const CStep* step, double* file, double& accumulator, double made) {
+  if constexpr (result == EResult::toAccumulator) accumulator = made;
+  if constexpr (result == EResult::toTemporary) file[step->to] = made;
+  if constexpr (result == EResult::toVariable) file[step->to] = static_cast<double>(static_cast<float>(made));
 }
 
-template <class Operation, CSource source>
-double Right(const CStep* step, const double* file, double running) {
+template <class Operation, ESource source>
+double Right(const CStep* step, const double* file, double accumulator) {
   if constexpr (Operation::kOperands == 0) return 0.0;
-  return source == CSource::rightRunning ? running : file[step->a];
+  return source == ESource::rightAccumulator ? accumulator : file[step->a];
 }
-template <class Operation, CSource source>
-double Left(const CStep* step, const double* file, double running) {
+template <class Operation, ESource source>
+double Left(const CStep* step, const double* file, double accumulator) {
   if constexpr (Operation::kOperands < 2) return 0.0;
-  return source == CSource::leftRunning ? running : file[step->b];
+  return source == ESource::leftAccumulator ? accumulator : file[step->b];
 }
-template <class Comparison, CSource source>
-bool Holds(const CStep* step, const double* file, double running) {
-  return Comparison::Raw(Right<Comparison, source>(step, file, running),
-                         Left<Comparison, source>(step, file, running));
+template <class Comparison, ESource source>
+bool Holds(const CStep* step, const double* file, double accumulator) {
+  return Comparison::Raw(Right<Comparison, source>(step, file, accumulator),
+                         Left<Comparison, source>(step, file, accumulator));
 }
 
-template <class Operation, CSource source, CResult result>
+template <class Operation, ESource source, EResult result>
 struct COperationWork {
-  static const CStep* Do(const CStep* step, double* file, double& running) {
-    const double op1 = Right<Operation, source>(step, file, running);
-    const double op2 = Left<Operation, source>(step, file, running);
+  static const CStep* Do(const CStep* step, double* file, double& accumulator) {
+    const double op1 = Right<Operation, source>(step, file, accumulator);
+    const double op2 = Left<Operation, source>(step, file, accumulator);
     if (Operation::kMayFail && Operation::IsUndefined(op1, op2)) [[unlikely]]
       return step + step->jump;
-    Put<result>(step, file, running, Operation::Result(op1, op2));
+    Put<result>(step, file, accumulator, Operation::Result(op1, op2));
     return step + 1;
   }
 };
 
-template <class Inner, class Outer, bool isInnerRight, bool isRunning, CResult result>
+template <class Inner, class Outer, bool isInnerRight, bool isAccumulator, EResult result>
 struct CChainWork {
-  static const CStep* Do(const CStep* step, double* file, double& running) {
+  static const CStep* Do(const CStep* step, double* file, double& accumulator) {
     const double inner = Inner::Result(file[step->a], file[step->b]);
-    const double other = isRunning ? running : file[step->c[0]];
-    Put<result>(step, file, running,
+    const double other = isAccumulator ? accumulator : file[step->c[0]];
+    Put<result>(step, file, accumulator,
                 isInnerRight ? Outer::Result(inner, other) : Outer::Result(other, inner));
     return step + 1;
   }
 };
 
-template <class Left, class Outer, class Right, CResult result>
+template <class Left, class Outer, class Right, EResult result>
 struct CPairWork {
-  static const CStep* Do(const CStep* step, double* file, double& running) {
+  static const CStep* Do(const CStep* step, double* file, double& accumulator) {
     const double left = Left::Result(file[step->a], file[step->b]);
     const double right = Right::Result(file[step->c[0]], file[step->c[1]]);
-    Put<result>(step, file, running, Outer::Result(right, left));
+    Put<result>(step, file, accumulator, Outer::Result(right, left));
     return step + 1;
   }
 };
@@ -98,46 +98,46 @@ double Both(bool left, bool right) {
   return AsDouble(Logic::kCode == opLogicAnd ? left & right : left | right);
 }
 
-template <class Comparison, class Logic, CResult result>
+template <class Comparison, class Logic, EResult result>
 struct CLogicWork {
-  static const CStep* Do(const CStep* step, double* file, double& running) {
-    const bool holds = Holds<Comparison, CSource::fromFile>(step, file, running);
-    Put<result>(step, file, running, Both<Logic>(holds, running != 0.0));
+  static const CStep* Do(const CStep* step, double* file, double& accumulator) {
+    const bool holds = Holds<Comparison, ESource::fromFile>(step, file, accumulator);
+    Put<result>(step, file, accumulator, Both<Logic>(holds, accumulator != 0.0));
     return step + 1;
   }
 };
 
-template <class First, class Second, class Logic, CResult result>
+template <class First, class Second, class Logic, EResult result>
 struct CLogicPairWork {
-  static const CStep* Do(const CStep* step, double* file, double& running) {
-    const bool first = Holds<First, CSource::fromFile>(step, file, running);
+  static const CStep* Do(const CStep* step, double* file, double& accumulator) {
+    const bool first = Holds<First, ESource::fromFile>(step, file, accumulator);
     const bool second = Second::Raw(file[step->c[0]], file[step->c[1]]);
-    Put<result>(step, file, running, Both<Logic>(first, second));
+    Put<result>(step, file, accumulator, Both<Logic>(first, second));
     return step + 1;
   }
 };
 
-// Without a branch: which side is taken is seldom foreseeable.
-template <class Comparison, CSource source, CResult result>
+// Has no branch, because the processor could rarely predict it.
+template <class Comparison, ESource source, EResult result>
 struct CSelectWork {
-  static const CStep* Do(const CStep* step, double* file, double& running) {
-    const bool holds = Holds<Comparison, source>(step, file, running);
-    Put<result>(step, file, running, file[step->c[holds]] + file[step->d[holds]]);
+  static const CStep* Do(const CStep* step, double* file, double& accumulator) {
+    const bool holds = Holds<Comparison, source>(step, file, accumulator);
+    Put<result>(step, file, accumulator, file[step->c[holds]] + file[step->d[holds]]);
     return step + 1;
   }
 };
 
-template <class Comparison, CSource source>
+template <class Comparison, ESource source>
 struct CTestWork {
-  static const CStep* Do(const CStep* step, double* file, double& running) {
-    return Holds<Comparison, source>(step, file, running) ? step + 1 : step + step->jump;
+  static const CStep* Do(const CStep* step, double* file, double& accumulator) {
+    return Holds<Comparison, source>(step, file, accumulator) ? step + 1 : step + step->jump;
   }
 };
 
-template <CResult result>
+template <EResult result>
 struct CCopyWork {
-  static const CStep* Do(const CStep* step, double* file, double& running) {
-    Put<result>(step, file, running, file[step->a]);
+  static const CStep* Do(const CStep* step, double* file, double& accumulator) {
+    Put<result>(step, file, accumulator, file[step->a]);
     return step + 1;
   }
 };
@@ -146,8 +146,8 @@ struct CJumpWork {
   static const CStep* Do(const CStep* step, double*, double&) { return step + step->jump; }
 };
 
-// From a value known when a statement is lowered to one known when this file is compiled: each of these calls
-// make with the operation of a code, with a source, a result or a truth, as a type. Null if there is none.
+// These functions turn a value that is known when a statement is lowered into a template argument: each calls
+// make with an operation, a source, a result or a bool as a type. Returns null if there is none.
 template <class... Operations>
 struct COperations {};
 template <class... Operations, class Make>
@@ -157,11 +157,11 @@ CHandler ForCode(COperations<Operations...>, int code, Make make) {
   return handler;
 }
 template <class Make>
-CHandler ForResult(CResult result, Make make) {
-  using enum CResult;
-  if (result == toRunning) return make(std::integral_constant<CResult, toRunning>());
-  if (result == toTemporary) return make(std::integral_constant<CResult, toTemporary>());
-  return make(std::integral_constant<CResult, toVariable>());
+CHandler ForResult(EResult result, Make make) {
+  using enum EResult;
+  if (result == toAccumulator) return make(std::integral_constant<EResult, toAccumulator>());
+  if (result == toTemporary) return make(std::integral_constant<EResult, toTemporary>());
+  return make(std::integral_constant<EResult, toVariable>());
 }
 template <class Make>
 CHandler ForTruth(bool truth, Make make) {
@@ -169,13 +169,13 @@ CHandler ForTruth(bool truth, Make make) {
 }
 // count: how many operands the operation has.
 template <int count, class Make>
-CHandler ForSource(CSource source, Make make) {
-  using enum CSource;
-  if (source == fromFile) return make(std::integral_constant<CSource, fromFile>());
+CHandler ForSource(ESource source, Make make) {
+  using enum ESource;
+  if (source == fromFile) return make(std::integral_constant<ESource, fromFile>());
   if constexpr (count > 0)
-    if (source == rightRunning) return make(std::integral_constant<CSource, rightRunning>());
+    if (source == rightAccumulator) return make(std::integral_constant<ESource, rightAccumulator>());
   if constexpr (count > 1)
-    if (source == leftRunning) return make(std::integral_constant<CSource, leftRunning>());
+    if (source == leftAccumulator) return make(std::integral_constant<ESource, leftAccumulator>());
   return nullptr;
 }
 
@@ -215,9 +215,9 @@ CHandler ChainHandler(const CStepKind& kind) {
       });
     return ForCode(CChainables(), kind.outer, [&]<class Outer>(Outer) {
       return ForTruth(kind.isInnerRight, [&](auto isRight) {
-        return ForTruth(kind.source != CSource::fromFile, [&](auto isRunning) {
+        return ForTruth(kind.source != ESource::fromFile, [&](auto isAccumulator) {
           return ForResult(kind.result, [&](auto result) {
-            return HandlerOf<CChainWork<Inner, Outer, isRight(), isRunning(), result()>>();
+            return HandlerOf<CChainWork<Inner, Outer, isRight(), isAccumulator(), result()>>();
           });
         });
       });
@@ -283,7 +283,7 @@ bool IsComparison(int code) { return Has(CComparisons(), code); }
 bool IsChainable(int code) { return Has(CChainables(), code); }
 
 CHandler FindHandler(const CStepKind& kind) {
-  using enum CFamily;
+  using enum EFamily;
   switch (kind.family) {
     case operation:
       return OperationHandler(kind);
@@ -313,8 +313,8 @@ CHandler FindHandler(const CStepKind& kind) {
 const CStep* RunSteps(const CStep* step, double* file) { return Function(step)(step, file, 0.0); }
 #else
 const CStep* RunSteps(const CStep* step, double* file) {
-  double running = 0.0;
-  while (Function(step) != Stop) step = Function(step)(step, file, running);
+  double accumulator = 0.0;
+  while (Function(step) != Stop) step = Function(step)(step, file, accumulator);
   return step;
 }
 #endif

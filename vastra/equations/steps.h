@@ -1,64 +1,63 @@
-// The steps into which statements are lowered for running. Variables, literals and temporaries stand in one
-// file of doubles, an operand is a place in it, and the value that the last step made is handed from step to
-// step in a register.
+// The steps that statements are lowered to. Variables, literals and temporaries are in one register file of
+// doubles, and an operand is an index into it. The result of the last step is in the accumulator, which is
+// passed from step to step in a processor register.
 //
-// Each kind of step is one small function that does its work and calls the next one at its very end. Where
-// the compiler does not promise that such a call leaves nothing behind on the stack, the same functions
-// return the next step to a loop instead.
+// Each kind of step is a small function that ends with a tail call of the next one. If the compiler does not
+// guarantee tail calls, the same functions return the next step to a loop.
 #pragma once
 
 #include <cstdint>
 
 namespace vastra {
 
-using CHandler = void (*)();  // steps.cpp knows what it takes and gives
+using CHandler = void (*)();  // steps.cpp casts it to its real type
 
 struct CStep {
   CHandler run;
   std::uint32_t a, b, c[2], d[2];  // places of operands
   std::uint32_t to;                // place of the result
-  std::int32_t jump;               // from this step to the one that follows if it jumps
+  std::int32_t jump;               // distance from this step to the next one if it jumps
 };
 
-// Where an operation on a (right) and b (left) finds one of them: in its place or in the register.
-enum class CSource { fromFile, rightRunning, leftRunning };
+// Whether the right operand (a) or the left one (b) of an operation is in the accumulator.
+enum class ESource { fromFile, rightAccumulator, leftAccumulator };
 
-// What becomes of a result. A variable rounds it to float.
-enum class CResult { toRunning, toTemporary, toVariable };
+// The destination of a result. A variable rounds it to float.
+enum class EResult { toAccumulator, toTemporary, toVariable };
 
-// Comparisons are < <= == != alone: > and >= are < and <= with their sides changed.
-enum class CFamily {
+// Comparisons are <, <=, == and !=: > and >= are < and <= with exchanged sides.
+enum class EFamily {
   operation,  // the operation code; jumps if it is undefined
-  chain,      // code, one of + - *, on a and b; then outer, the same or / by c[0], on that and c[0]
-  pair,       // outer on what code gives of a and b (left) and second of c[0] and c[1] (right), all of + - *
-  logic,      // outer, && or ||, on the running value and the comparison code of a and b
-  logicPair,  // the same on the comparisons code of a and b and second of c[0] and c[1]
+  chain,      // code (+ - *) on a and b; then outer (+ - *, or / by c[0]) on the result and c[0]
+  pair,       // outer on the results of code on a and b (left) and second on c[0] and c[1] (right); all + - *
+  logic,      // outer (&& ||) on the accumulator and the comparison code of a and b
+  logicPair,  // outer (&& ||) on the comparisons code of a and b and second of c[0] and c[1]
   select,     // c[1] + d[1] if the comparison code holds, else c[0] + d[0]
   test,       // jumps unless the comparison code holds
-  copy,       // a
+  copy,       // copies a
   jump,       // jumps
-  stop,       // gives itself to who runs the steps
+  stop,       // ends RunSteps, which returns it
 };
 
 struct CStepKind {
-  CFamily family = CFamily::stop;
+  EFamily family = EFamily::stop;
   int code = 0;
-  CSource source =
-      CSource::fromFile;  // of code; in a chain of outer: if not fromFile, c[0] is the running value
-  CResult result = CResult::toRunning;
+  ESource source =
+      ESource::fromFile;  // of code; in a chain of outer: if not fromFile, the accumulator replaces c[0]
+  EResult result = EResult::toAccumulator;
   int outer = 0;
-  bool isInnerRight = false;  // in a chain: what code gives is the right operand of outer
-  int second = 0;             // in a pair
+  bool isInnerRight = false;  // in a chain: the result of code is the right operand of outer
+  int second = 0;             // in a pair or logicPair
 };
 
-// The function for a kind of step; null if there is no such kind.
+// The function of a kind of step; null if there is no such kind.
 CHandler FindHandler(const CStepKind& kind);
 
-// Which codes there are for the families that do not have all.
+// Whether a code is allowed in the families that accept only some.
 bool IsComparison(int code);
 bool IsChainable(int code);
 
-// Runs from step on to a stop, and gives that.
+// Runs from step to the next stop and returns it.
 const CStep* RunSteps(const CStep* step, double* file);
 
 }  // namespace vastra

@@ -16,7 +16,7 @@ double Pop(CStack<double>* operands) {
   return operand;
 }
 
-// Emits an operation that leaves its result on the run-time stack. The right operand lies on top.
+// Emit an operation that leaves its result on the run-time stack. The right operand is on top of operands.
 void EmitUnary(int code, CStack<double>* operands) {
   Emit(code, Pop(operands));
   operands->Push(kStackOperand);
@@ -29,7 +29,7 @@ void EmitBinary(int code, CStack<double>* operands) {
 
 bool IsBetween(int code, int first, int last) { return code >= first && code <= last; }
 
-// Emits the pending operator if it is one from first to last, and then lets op wait, unless at a tail.
+// Emits the pending operator if it is one from first to last. Then pushes op as pending, unless at a tail.
 void CodeLevel(int first, int last, int op, CStack<double>* operands, CStack<int>* operators, bool tail) {
   if (!operators->IsEmpty()) {
     int pending = 0;
@@ -48,7 +48,7 @@ void CSubCoder::Start() {
   compileState.nCount = 0;
   compileState.nEqIndex = 0;
   compileState.Text.Empty();
-  compileState.Jumps.RemoveAll();  // a faulty statement may have left some
+  compileState.Jumps.RemoveAll();  // a faulty statement can leave some
 }
 
 void CSubCoder::End(CStack<double>* operands, CStack<int>* operators) {
@@ -76,8 +76,8 @@ void CSubCoder::CodeSpecial(int op, CStack<double>* operands) {
   operands->Push(kStackOperand);
 }
 
-// The value of the condition, and that of each branch, lies on the run-time stack. A false condition jumps
-// past the line that ends the first branch; that line jumps past the last line of the second.
+// The values of the condition and of each branch are on the run-time stack. A false condition jumps to the
+// line after the end of the first branch; that end jumps to the line after the second branch.
 void CSubCoder::CodeCondition(int kind, CStack<double>* operands) {
   CLineCodeList& lines = *compileState.pRunLines;
   POSITION waiting = nullptr;
@@ -85,7 +85,7 @@ void CSubCoder::CodeCondition(int kind, CStack<double>* operands) {
   if (kind != 0) compileState.Jumps.Push(Emit(opNone));
   if (kind == tokenElse) lines.GetAt(waiting).Set(opJumpIfZero, kStackOperand, 0.0, lines.GetTailPosition());
   if (kind == 0) lines.GetAt(waiting).Set(opJump, 0.0, 0.0, lines.GetTailPosition());
-  // What is left for the whole conditional is the entry that was made for the condition.
+  // The entry of the condition becomes the value of the whole conditional.
   if (kind != tokenThen) Pop(operands);
 }
 
@@ -102,7 +102,7 @@ void CSubCoder::CodeCompare(CStack<double>* operands, CStack<int>* operators) {
   CodeLevel(opLess, opGreaterEqual, opNone, operands, operators, true);
 }
 
-// A minus that waits here is always the unary one: a binary one has become code before.
+// A pending minus is always the unary one here: a binary minus has been emitted before.
 void CSubCoder::CodeEqual(CStack<double>* operands, CStack<int>* operators) {
   if (operators->IsEmpty()) return;
   int pending = 0;

@@ -1,6 +1,6 @@
-// CSubCoder: the code generator of the equation language. The grammar calls it at fixed points while it
-// reads a statement from left to right; no tree is built. Operands that no line has taken yet and operators
-// that wait for their right side stand on two stacks, code goes to compileState.pRunLines.
+// CSubCoder: the code generator of the equation language. The grammar calls it at fixed points while it reads
+// a statement from left to right, without a syntax tree. Two stacks have the operands that no line uses yet
+// and the operators whose right side is not complete. The code is added to compileState.pRunLines.
 #pragma once
 
 #include "vastra/equations/line_code.h"
@@ -11,7 +11,7 @@ namespace vastra {
 template <class T>
 class CStack;
 
-// Pending operators below it belong to what surrounds a bracket.
+// The marker of an open bracket: pending operators below it are outside the bracket.
 constexpr int markerOpen = 1001;
 
 class CSubCoder : public CObject {
@@ -19,24 +19,25 @@ class CSubCoder : public CObject {
   void Start();  // a new statement
   void End(CStack<double>* operands, CStack<int>* operators);
 
-  // Index of a known name, or -1.
+  // The index of a known name, or -1.
   int CodeFind(const CString& name);
-  // Makes name known, if it is not.
+  // Adds name to the known names if it is not one.
   void CodeNewVar(const CString& name);
 
-  // The value on top of operands goes to the run-time stack, if it is not there.
+  // Moves the value on top of operands to the run-time stack, if it is not there.
   void CodeSingle(CStack<double>* operands);
-  // The function op is complete.
+  // Called when the function op is complete.
   void CodeSpecial(int op, CStack<double>* operands);
-  // kind tokenThen: a first branch begins; tokenElse: the second one; 0: the conditional is complete.
+  // Called for kind tokenThen when the first branch begins, for tokenElse when the second branch begins, and
+  // for 0 when the conditional is complete.
   void CodeCondition(int kind, CStack<double>* operands);
-  // A binary operator was read; or, with tail, its side is complete. A pending operator that binds at least
-  // as tightly becomes code first, which makes these operators associate to the left.
+  // Called after a binary operator; or, with tail, when its right side is complete. First emits a pending
+  // operator that binds at least as tightly, so that these operators associate to the left.
   void CodeMath(int op, CStack<double>* operands, CStack<int>* operators, bool tail);
   void CodeBol(int op, CStack<double>* operands, CStack<int>* operators, bool tail);
-  // A comparison is complete.
+  // Called when a comparison is complete.
   void CodeCompare(CStack<double>* operands, CStack<int>* operators);
-  // A unary operator, or the right side of an equality, is complete.
+  // Called when the operand of a unary operator or the right side of an equality is complete.
   void CodeEqual(CStack<double>* operands, CStack<int>* operators);
 };
 

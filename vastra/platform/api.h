@@ -1,4 +1,4 @@
-// The export mark and the plain number types that every room uses.
+// The export mark and the number types that every module uses.
 #pragma once
 
 #include <cstdint>

@@ -6,7 +6,7 @@
 
 namespace vastra {
 
-static_assert(std::endian::native == std::endian::little, "fields move as they lie in memory");
+static_assert(std::endian::native == std::endian::little, "fields are copied byte for byte");
 
 namespace {
 constexpr const char* kEnd = "the file ends too early";
@@ -16,7 +16,7 @@ constexpr std::uint32_t kNone = 0xFFFFFFFF;
 
 CArchive::CArchive(CFile* file, UINT mode, std::size_t bufferSize)
     : m_file(file), m_mode(mode), m_size(bufferSize), m_buffer(std::make_unique<char[]>(bufferSize)) {
-  if (IsLoading()) m_behind = file->GetLength();
+  if (IsLoading()) m_after = file->GetLength();
 }
 
 void CArchive::Flush() {
@@ -27,7 +27,7 @@ void CArchive::Flush() {
 bool CArchive::Fill() {
   m_place = 0;
   m_end = m_file->Read(m_buffer.get(), m_size);
-  m_behind = m_end == m_size ? m_behind - std::min<std::uint64_t>(m_behind, m_end) : 0;
+  m_after = m_end == m_size ? m_after - std::min<std::uint64_t>(m_after, m_end) : 0;
   return m_end != 0;
 }
 

@@ -1,14 +1,13 @@
-// CArchive: a stream of fields over a CFile, storing or loading. All integers and floats are little-endian;
-// there are no tags. The encodings are those of the log files and of the configuration blocks:
+// CArchive: stores fields to a CFile or loads them from it. Log files and configuration files are written
+// with it. All integers and floats are little-endian; there are no tags. The encodings are:
 //
 //   u32      4 bytes
 //   float    4 bytes, IEEE 754 single precision
 //   count    2 bytes; from 0xFFFF on the bytes FF FF and then 4 bytes
-//   string   its length and its bytes. The length is 1 byte below 255; FF and 2 bytes up to 0xFFFD; FF, FF FF
-//   and
-//            4 bytes from 0xFFFE on
+//   string   the length, then the bytes. A length below 255 has 1 byte; one up to 0xFFFD has FF and 2 bytes;
+//            from 0xFFFE on it has FF, FF FF and 4 bytes
 //
-// A length or count is compared with what is left of the file before memory is taken for it.
+// A length or count is compared with the rest of the file before memory is allocated for it.
 #pragma once
 
 #include <cstdint>
@@ -35,22 +34,22 @@ class VASTRA_API CArchive {
   static constexpr UINT load = 1;
   static constexpr std::size_t kBufferSize = 4096;
 
-  // file stays the caller's, and open, for as long as the archive. Loading starts at the beginning of the
+  // The caller keeps file and leaves it open while the archive exists. Loading starts at the beginning of the
   // file.
   CArchive(CFile* file, UINT mode, std::size_t bufferSize = kBufferSize);
   CArchive(const CArchive&) = delete;
   CArchive& operator=(const CArchive&) = delete;
-  ~CArchive() = default;  // drops what is still in the buffer: whoever stores calls Close
+  ~CArchive() = default;  // discards the buffer: the caller ends storing with Close
 
   bool IsStoring() const { return m_mode == store; }
   bool IsLoading() const { return m_mode == load; }
-  void Flush();  // hands what is in the buffer to the file
+  void Flush();  // writes the buffer to the file
   void Close() { Flush(); }
 
-  // Bytes that can still be read.
-  std::uint64_t Remaining() const { return m_behind + (m_end - m_place); }
+  // The number of bytes that can still be read.
+  std::uint64_t Remaining() const { return m_after + (m_end - m_place); }
 
-  // Reads up to count bytes and gives their number, below count only at the end of the file.
+  // Reads up to count bytes. Returns how many it has read: fewer than count only at the end of the file.
   std::size_t Read(void* bytes, std::size_t count);
   void Write(const void* bytes, std::size_t count);
 
@@ -69,19 +68,20 @@ class VASTRA_API CArchive {
   CArchive& operator<<(const CString& text);
 
   void WriteCount(std::uint32_t count);
-  // A count of elements that take at least elementBytes (1 or more) each: throws if the rest of the file
-  // cannot hold them.
+  // Reads the count of elements that have at least elementBytes (1 or more) each. Throws CArchiveException if
+  // the rest of the file is too short for them.
   std::uint32_t ReadCount(std::size_t elementBytes);
-  // The same test for a count that was read by other means.
+  // The same check for a count that was read as another field.
   void CheckCount(std::uint64_t count, std::size_t elementBytes) const;
 
   // The bytes of text, with no terminator and no line end.
   void WriteString(const char* text);
-  // Reads a line, up to its line end, which it drops: "\n", or "\r\n" as one. 0 at the end of the file.
+  // Sets line to the next line without its line end, which is "\n" or "\r\n". Returns 0 at the end of the
+  // file.
   int ReadString(CString& line);
 
-  // An array takes exactly the elements that are read; a list appends them to what it holds. For a list the
-  // count 0xFFFFFFFF means none.
+  // Loading replaces the elements of an array, but appends to a list. For a list the count 0xFFFFFFFF means
+  // none.
   void Serialize(CStringArray& array);
   void Serialize(CStringList& list);
 
@@ -98,9 +98,9 @@ class VASTRA_API CArchive {
   UINT m_mode;
   std::size_t m_size;
   std::unique_ptr<char[]> m_buffer;
-  std::size_t m_place = 0;     // of the next byte to store or load in the buffer
-  std::size_t m_end = 0;       // loading: end of what the buffer holds
-  std::uint64_t m_behind = 0;  // loading: bytes of the file behind the buffer
+  std::size_t m_place = 0;    // offset in the buffer of the next byte to store or load
+  std::size_t m_end = 0;      // loading: how many bytes the buffer has
+  std::uint64_t m_after = 0;  // loading: bytes of the file after those in the buffer
 };
 
 }  // namespace vastra

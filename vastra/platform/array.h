@@ -7,13 +7,13 @@
 
 namespace vastra {
 
-// ARG is the type by which an element is handed in. An index is from 0 to below GetSize().
+// ARG is the parameter type of an element. An index is from 0 to below GetSize().
 template <class T, class ARG = const T&>
 class CArray {
  public:
   int GetSize() const { return static_cast<int>(m_items.size()); }
   bool IsEmpty() const { return m_items.empty(); }
-  // New elements are value-initialised: numbers are 0, texts empty.
+  // New elements are value-initialised: numbers are 0, strings are empty.
   void SetSize(int size) { m_items.resize(static_cast<std::size_t>(size)); }
   void RemoveAll() { m_items.clear(); }
   int Add(ARG item) {
@@ -45,7 +45,7 @@ using CUIntArray = CArray<UINT, UINT>;
 class CObject;
 using CObArray = CArray<CObject*, CObject*>;
 
-// An array of pointers of one class. Base names the array of plain pointers that it takes the place of.
+// An array of pointers to one class. Base is the array of untyped pointers that it replaces.
 template <class Base, class T>
 class CTypedPtrArray : public CArray<T, T> {};
 

@@ -1,5 +1,5 @@
-// Choosers of files, folders and colours. A host with a window system installs one; without it every question
-// counts as cancelled.
+// Dialogs that choose files, folders and colours. A host with windows installs a chooser; without one every
+// dialog counts as cancelled.
 #pragma once
 
 #include "vastra/platform/array.h"
@@ -7,27 +7,28 @@
 namespace vastra {
 
 struct CFileQuestion {
-  bool save = false;         // false: for opening
+  bool save = false;         // false: to open
   CString defaultExtension;  // added to a name typed without one
-  CString name;              // that the user finds typed in
+  CString name;              // in the name field when the dialog opens
   CString filter;            // "Text Files (*.txt)|*.txt|All Files (*.*)|*.*||"
   bool asksToOverwrite = false;
-  bool mustExist = false;  // for opening: a file that does not exist is refused by the chooser
+  bool mustExist = false;  // to open: the chooser refuses a file that does not exist
 };
 
 class VASTRA_API CChooser {
  public:
   virtual ~CChooser() = default;
-  // 1 and the full path, or 0 if the user cancelled. Only from the application's thread.
+  // Returns 1 and sets path to the full path, or returns 0 if the user cancels. Only from the application's
+  // thread.
   virtual int ChooseFile(const CFileQuestion& question, CString& path) = 0;
-  // The same for several files, in the order that the chooser gives.
+  // The same for several files, in the chooser's order.
   virtual int ChooseFiles(const CFileQuestion& question, CStringArray& paths) = 0;
-  virtual int ChooseFolder(CString& path) = 0;     // in: where to begin
-  virtual int ChooseColour(COLORREF& colour) = 0;  // in: the present one
+  virtual int ChooseFolder(CString& path) = 0;     // in: the folder to begin in
+  virtual int ChooseColour(COLORREF& colour) = 0;  // in: the present colour
 };
 
-// Installs chooser, which stays the caller's; null brings the default back. Gives what was installed, null
-// for the default.
+// Installs chooser, which the caller keeps; null installs the default. Returns the previous chooser, null for
+// the default.
 VASTRA_API CChooser* SetChooser(CChooser* chooser);
 
 // Ask the installed chooser.

@@ -109,7 +109,7 @@ void CMemFile::WriteParts(iovec* parts, std::size_t count) {
 CReplaceFile::CReplaceFile(const CString& path) : m_target(path) {
   RemoveLeft(path + kSuffix);
   if (!Open(path + kSuffix, modeWrite | modeCreate | modeNew)) Fail();
-  ::flock(m_handle, LOCK_EX | LOCK_NB);  // without locks, as on some servers of files, nothing is lost
+  ::flock(m_handle, LOCK_EX | LOCK_NB);  // may fail: some network file systems have no locks
 }
 
 void CReplaceFile::RemoveLeft(const CString& path) {
@@ -125,7 +125,7 @@ CReplaceFile::~CReplaceFile() {
 
 void CReplaceFile::Replace() {
   Sync();
-  const CFile lock(::dup(m_handle));  // keeps the image locked until it has its name
+  const CFile lock(::dup(m_handle));  // keeps the lock until the new image has its name
   Close();
   if (::rename(m_path, m_target) != 0) Fail();
   m_replaced = true;

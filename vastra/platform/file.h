@@ -1,5 +1,5 @@
-// CFile: a file of bytes, and its two relatives: one in memory, and one that replaces another file whole or
-// not at all. Whatever fails throws CFileException, which names the file and what is wrong with it.
+// CFile: a file on disk; CMemFile: a file in memory; CReplaceFile: a file that replaces another one whole or
+// not at all. Every failure throws CFileException with the path and the system's reason.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +14,7 @@ namespace vastra {
 class VASTRA_API CFileException {
  public:
   CFileException(CString path, int error) : m_path(std::move(path)), m_error(error) {}
-  CString Text() const;  // the system's words, without the path
+  CString Text() const;  // the system's reason, without the path
 
   CString m_path;
   int m_error;  // errno
@@ -24,30 +24,30 @@ class VASTRA_API CFile {
  public:
   static constexpr UINT modeRead = 0;
   static constexpr UINT modeWrite = 1;
-  static constexpr UINT modeCreate = 2;  // with modeWrite: a file that exists is emptied
-  static constexpr UINT modeNew = 4;     // with modeCreate: a file that exists is a failure
+  static constexpr UINT modeCreate = 2;  // with modeWrite: empties an existing file
+  static constexpr UINT modeNew = 4;     // with modeCreate: fails if the file exists
 
   CFile() = default;
-  explicit CFile(int handle) : m_handle(handle) {}  // an open descriptor, which is closed with the file
-  CFile(const CString& path, UINT mode);            // Open that throws
+  explicit CFile(int handle) : m_handle(handle) {}  // owns the open descriptor
+  CFile(const CString& path, UINT mode);            // as Open, but throws on failure
   CFile(const CFile&) = delete;
   CFile& operator=(const CFile&) = delete;
   virtual ~CFile();
 
-  // 1, or 0 with the reason in errno.
+  // Returns 1, or 0 with the reason in errno.
   int Open(const CString& path, UINT mode);
   bool IsOpen() const { return m_handle >= 0; }
   const CString& GetPath() const { return m_path; }
 
-  // Reads up to count bytes and gives their number, below count only at the end of the file.
+  // Reads up to count bytes. Returns how many it has read: fewer than count only at the end of the file.
   virtual std::size_t Read(void* bytes, std::size_t count);
   virtual void Write(const void* bytes, std::size_t count);
-  // Writes all parts, in order, in as few system calls as there can be. The parts are used up.
+  // Writes all parts in order, with as few system calls as possible. Changes the elements of parts.
   virtual void WriteParts(iovec* parts, std::size_t count);
-  // Size of the file in bytes; the largest number for what has no size, such as a pipe.
+  // The size of the file in bytes; the largest number for a file without a size, such as a pipe.
   virtual std::uint64_t GetLength() const;
   virtual void Sync();   // returns when all bytes are on the disk
-  virtual void Close();  // safe on a closed file
+  virtual void Close();  // no effect on a closed file
 
  protected:
   [[noreturn]] void Fail() const;
@@ -75,20 +75,20 @@ class VASTRA_API CMemFile : public CFile {
   std::size_t m_place = 0;  // of the next read
 };
 
-// A new image of the file at path. It is written beside it, as path with ".part" behind it; Replace syncs it
-// and renames it over the old file, so that a reader, also one after a power cut, finds the whole old image
-// or the whole new one. Without a Replace that succeeded the destructor takes the new image away and the old
-// file stays. The image is locked as long as it is being written: that tells it from one that a killed
-// process left.
+// A new image of the file at path. The image is written to path + ".part". Replace syncs it and renames it
+// over the old file, so that a reader finds the whole old image or the whole new one, even after a power cut.
+// The destructor removes an image that has not replaced the old file. The image is locked while it is being
+// written, which distinguishes it from one that a killed process has left.
 class VASTRA_API CReplaceFile : public CFile {
  public:
   static constexpr const char* kSuffix = ".part";
 
-  explicit CReplaceFile(const CString& path);  // throws if it is being written or cannot be
+  explicit CReplaceFile(
+      const CString& path);  // throws if another process is writing it or it cannot be created
   ~CReplaceFile() override;
   void Replace();
 
-  // Takes the image at path, its suffix included, away unless a process is writing it.
+  // Removes the image at path, which includes the suffix, unless a process is writing it.
   static void RemoveLeft(const CString& path);
 
  private:

@@ -1,6 +1,5 @@
-// CList: a doubly linked list whose nodes lie in blocks, in the order in which they were added, so that
-// walking it costs what walking an array costs. A POSITION names a node and is valid until that node is
-// removed.
+// CList: a doubly linked list. Its nodes are allocated in blocks in the order of adding, so that iterating
+// costs no more than for an array. A POSITION identifies a node and is valid until that node is removed.
 #pragma once
 
 #include <algorithm>
@@ -15,10 +14,10 @@
 
 namespace vastra {
 
-struct CListNode;             // never defined: a list knows what stands behind its own positions
-using POSITION = CListNode*;  // null: no place
+struct CListNode;             // never defined: a list casts its positions to its own nodes
+using POSITION = CListNode*;  // null: no node
 
-// ARG is the type by which an element is handed in. A list cannot be copied: its positions belong to it.
+// ARG is the parameter type of an element. A list cannot be copied, because its positions belong to it.
 template <class T, class ARG = const T&>
 class CList {
   struct CNode {
@@ -27,7 +26,7 @@ class CList {
     CNode* prev = nullptr;
     T value;
   };
-  union CSlot {  // room for one node; a free slot holds the next free one
+  union CSlot {  // memory of one node; a free slot points to the next free slot
     CSlot* nextFree;
     alignas(CNode) std::byte room[sizeof(CNode)];
   };
@@ -61,7 +60,7 @@ class CList {
   int GetCount() const { return m_count; }
   bool IsEmpty() const { return m_count == 0; }
 
-  // Head and tail of a list that is not empty.
+  // The list must not be empty.
   const T& GetHead() const { return m_head->value; }
   T& GetHead() { return m_head->value; }
   const T& GetTail() const { return m_tail->value; }
@@ -69,12 +68,12 @@ class CList {
 
   POSITION AddHead(ARG item) { return Link(New(item), nullptr, m_head); }
   POSITION AddTail(ARG item) { return Link(New(item), m_tail, nullptr); }
-  // In front of pos; at the tail if pos is null.
+  // Inserts before pos, or at the tail if pos is null.
   POSITION InsertBefore(POSITION pos, ARG item) {
     return pos ? Link(New(item), Node(pos)->prev, Node(pos)) : AddTail(item);
   }
 
-  // Takes the head off a list that is not empty.
+  // Removes the head and returns it. The list must not be empty.
   T RemoveHead() {
     T item = std::move(m_head->value);
     RemoveAt(Pos(m_head));
@@ -88,7 +87,7 @@ class CList {
     m_free = new (node) CSlot{m_free};
     --m_count;
   }
-  // Removes all elements and gives their memory back.
+  // Removes all elements and frees their memory.
   void RemoveAll() {
     for (CNode* node = m_head; node;) std::exchange(node, node->next)->~CNode();
     m_blocks.clear();
@@ -97,7 +96,7 @@ class CList {
     m_count = 0;
   }
 
-  // The two lists change places, with their positions.
+  // Exchanges the elements of both lists. Positions stay valid, in the other list.
   void Swap(CList& other) noexcept {
     std::swap(m_head, other.m_head);
     std::swap(m_tail, other.m_tail);
@@ -112,7 +111,7 @@ class CList {
   POSITION GetTailPosition() const { return Pos(m_tail); }
   const T& GetAt(POSITION pos) const { return Node(pos)->value; }
   T& GetAt(POSITION pos) { return Node(pos)->value; }
-  // Gives the element at pos and moves pos on; pos becomes null behind the last (in front of the first).
+  // Returns the element at pos and moves pos to the next (previous) element, or to null if there is none.
   T& GetNext(POSITION& pos) {
     CNode* node = Node(pos);
     pos = Pos(node->next);
@@ -170,7 +169,7 @@ class CList {
   std::vector<std::unique_ptr<CSlot[]>> m_blocks;
 };
 
-// A list of texts. A copy has the same texts at positions of its own.
+// A list of strings. A copy has its own nodes.
 class CStringList : public CList<CString> {
  public:
   CStringList() = default;
@@ -184,7 +183,7 @@ class CStringList : public CList<CString> {
 class CObject;
 using CObList = CList<CObject*, CObject*>;
 
-// A list of pointers of one class. Base names the list of plain pointers that it takes the place of.
+// A list of pointers to one class. Base is the list of untyped pointers that it replaces.
 template <class Base, class T>
 class CTypedPtrList : public CList<T, T> {};
 
@@ -194,8 +193,8 @@ void DeleteAll(CList<T, T>& list) {
   while (!list.IsEmpty()) delete list.RemoveHead();
 }
 
-// A list of objects that it owns: they are deleted with it, and a copy has copies of them. What RemoveHead
-// and RemoveAt take off belongs to the caller.
+// A list that owns its objects: it deletes them, and a copy has copies of them. RemoveHead and RemoveAt pass
+// the object to the caller, who then owns it.
 template <class T>
 class COwnedList : public CTypedPtrList<CObList, T*> {
  public:
@@ -209,7 +208,7 @@ class COwnedList : public CTypedPtrList<CObList, T*> {
 
   // Deletes all objects.
   void RemoveAll() { DeleteAll(*this); }
-  // Deletes all objects and makes count new ones.
+  // Deletes all objects and creates count new ones.
   void Renew(UINT count) {
     RemoveAll();
     for (; count != 0; --count) this->AddTail(new T);

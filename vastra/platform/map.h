@@ -1,4 +1,4 @@
-// CTypedPtrMap: from small numbers to pointers of one class.
+// CTypedPtrMap: maps small numbers to pointers to one class.
 #pragma once
 
 #include <map>
@@ -7,9 +7,9 @@
 
 namespace vastra {
 
-struct CMapWordToPtr;  // names the map of plain pointers
+struct CMapWordToPtr;  // the map of untyped pointers
 
-// Base names the map of plain pointers that it takes the place of. Walking it goes by rising keys.
+// Base is the map of untyped pointers that it replaces. Iterating visits the keys in rising order.
 template <class Base, class KEY, class VALUE>
 class CTypedPtrMap {
  public:

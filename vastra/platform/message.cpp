@@ -7,7 +7,7 @@ namespace vastra {
 void CMessageQueue::Post(UINT message, WPARAM wparam, LPARAM lparam) {
   const std::lock_guard lock(m_mutex);
   m_messages.push_back({message, wparam, lparam});
-  m_posted.notify_one();  // under the lock: the waiter may destroy the queue as soon as it has the message
+  m_posted.notify_one();  // under the lock, because the waiter may destroy the queue once it has the message
 }
 
 int CMessageQueue::Wait(CMessage& message, int milliseconds) {

@@ -1,5 +1,5 @@
-// Posted messages: how a worker tells the thread of its host that it has done its work. A target takes a
-// message at once, and its owner finds it later, in the order of posting.
+// Posted messages: a worker thread posts one when its work is done, and the thread of the host handles it
+// later. Messages stay in the order of posting.
 #pragma once
 
 #include <condition_variable>
@@ -10,7 +10,7 @@
 
 namespace vastra {
 
-// What messages can be posted to: the queue below, or a window.
+// Receives messages: the queue below, or a window.
 class VASTRA_API CMessageTarget {
  public:
   virtual ~CMessageTarget() = default;
@@ -19,7 +19,7 @@ class VASTRA_API CMessageTarget {
 };
 using HWND = CMessageTarget*;
 
-// Posts a message. A null target drops it.
+// Posts a message. It is lost if target is null.
 inline void PostMessage(HWND target, UINT message, WPARAM wparam, LPARAM lparam) {
   if (target) target->Post(message, wparam, lparam);
 }
@@ -30,11 +30,12 @@ struct CMessage {
   LPARAM m_lparam = 0;
 };
 
-// A target without a window. One thread waits on it. The queue outlives whoever posts.
+// A target without a window. One thread waits on it. The queue must outlive all threads that post to it.
 class VASTRA_API CMessageQueue : public CMessageTarget {
  public:
   void Post(UINT message, WPARAM wparam, LPARAM lparam) override;
-  // Takes the oldest message: 1, or 0 if none has come within milliseconds (below 0: without a limit).
+  // Removes the oldest message and returns 1. Returns 0 if none arrives within milliseconds (below 0: waits
+  // without limit).
   int Wait(CMessage& message, int milliseconds);
 
  private:

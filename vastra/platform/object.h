@@ -1,5 +1,5 @@
-// CObject: the base of all classes with a run-time class. A link tests by it what configuration it was given,
-// a worker thread is created by it.
+// CObject: the base of all classes with a run-time class. A link checks the class of its configuration with
+// it, and AfxBeginThread creates a worker thread by its class.
 #pragma once
 
 #include "vastra/platform/api.h"
@@ -9,14 +9,13 @@ namespace vastra {
 class CArchive;
 class CObject;
 
-// The record of one class: its name, its base (null in CObject) and its default factory (null if it has
-// none).
+// Describes one class: its name, its base (null for CObject) and its default factory (null if it has none).
 struct VASTRA_API CRuntimeClass {
   const char* m_name;
   const CRuntimeClass* m_base;
   CObject* (*m_create)();
 
-  // A new object, owned by the caller; null if the class has no default factory.
+  // Returns a new object, which the caller owns; null if the class has no default factory.
   CObject* CreateObject() const { return m_create ? m_create() : nullptr; }
   bool IsDerivedFrom(const CRuntimeClass& base) const;
 };
@@ -38,7 +37,8 @@ class VASTRA_API CObject {
   CObject& operator=(const CObject&) = default;
 };
 
-// In the class, and beside its functions; the second form of the latter gives a default factory too.
+// DECLARE_DYNAMIC goes into the class, IMPLEMENT_ into its source file. IMPLEMENT_DYNCREATE also defines a
+// default factory.
 #define DECLARE_DYNAMIC(Class)                       \
  public:                                             \
   static const ::vastra::CRuntimeClass class##Class; \

@@ -6,7 +6,7 @@ namespace vastra {
 
 void SaveFile(const CString& path, const std::function<void(CFile&)>& write) {
   std::error_code failed;
-  const std::filesystem::path real = std::filesystem::canonical(path.Std(), failed);  // behind its links
+  const std::filesystem::path real = std::filesystem::canonical(path.Std(), failed);  // follows links
   if (!failed && !std::filesystem::is_regular_file(real, failed)) {
     CFile file(path, CFile::modeWrite);
     write(file);

@@ -1,4 +1,4 @@
-// Files that a program writes for its user.
+// SaveFile: writes a file for the user, whole or not at all.
 #pragma once
 
 #include <functional>
@@ -7,9 +7,9 @@
 
 namespace vastra {
 
-// Lets write fill the file at path, or leaves what was there exactly as it was: the new file is written
-// beside the old one, synced and renamed over it. What is no regular file, such as a pipe, is written as it
-// stands. Throws CFileException.
+// Calls write to fill the file at path. The new file is written beside the old one, synced and renamed over
+// it; on failure the old file does not change. Follows a symbolic link. A file that is not a regular file,
+// such as a pipe, is written directly. Throws CFileException, and whatever write throws.
 VASTRA_API void SaveFile(const CString& path, const std::function<void(CFile&)>& write);
 
 }  // namespace vastra

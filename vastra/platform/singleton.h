@@ -1,4 +1,4 @@
-// SingletonSmartPtr: holds the one object of a class and deletes it, once, when the process ends.
+// SingletonSmartPtr: owns the single object of a class and deletes it when the process ends.
 #pragma once
 
 namespace vastra {

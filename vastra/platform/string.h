@@ -1,5 +1,5 @@
-// CString: a text of 8-bit bytes. It may hold any byte, also 0, and nothing here interprets them: what a log
-// or a configuration holds comes back byte for byte.
+// CString: a string of 8-bit bytes. It can contain any byte, including 0, and no operation interprets their
+// encoding: the strings of a log or a configuration are written back byte for byte.
 #pragma once
 
 #include <string>
@@ -27,18 +27,18 @@ class VASTRA_API CString {
   char operator[](int index) const { return m_text[static_cast<std::size_t>(index)]; }
   void SetAt(int index, char c) { m_text[static_cast<std::size_t>(index)] = c; }
 
-  // Zero-terminated; a 0 byte inside ends what the reader of a C string sees.
+  // Zero-terminated. For a reader of C strings the string ends at its first 0 byte.
   operator const char*() const { return m_text.c_str(); }
   std::string_view View() const { return m_text; }
   const std::string& Std() const { return m_text; }
 
-  // Parts of the text. A place or a count beyond its ends is cut to them.
+  // Parts of the string. An index or a count outside the string is limited to it.
   CString Left(int count) const { return Mid(0, count); }
   CString Right(int count) const;
   CString Mid(int first) const { return Mid(first, GetLength()); }
   CString Mid(int first, int count) const;
 
-  // Index of the first (last) place from which on the text matches, or -1.
+  // The index of the first (last) match, or -1.
   int Find(char c, int start = 0) const;
   int Find(const char* text, int start = 0) const;
   int ReverseFind(char c) const;
@@ -47,10 +47,10 @@ class VASTRA_API CString {
   void TrimLeft();
   void TrimRight();
 
-  // printf into this text.
+  // Replaces the string by the output of printf.
   void Format(const char* format, ...) __attribute__((format(printf, 2, 3)));
 
-  // Below, equal or above 0, as strcmp; letters A to Z count as a to z.
+  // Negative, 0 or positive, as strcmp; the letters A to Z compare equal to a to z.
   int CompareNoCase(const CString& other) const;
 
   CString& operator+=(const CString& other) { return m_text += other.m_text, *this; }

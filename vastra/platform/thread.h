@@ -1,4 +1,4 @@
-// Locks, and threads that are created by class, start suspended and delete themselves.
+// Locks and worker threads. A thread is created by its class, starts suspended and deletes itself.
 #pragma once
 
 #include <atomic>
@@ -9,7 +9,7 @@
 
 namespace vastra {
 
-// A lock that the thread which holds it may take again. A copied owner gets a lock of its own.
+// A recursive lock: the thread that holds it can lock it again. A copy is a separate, unlocked lock.
 class VASTRA_API CCriticalSection {
  public:
   CCriticalSection() = default;
@@ -22,7 +22,7 @@ class VASTRA_API CCriticalSection {
   std::recursive_mutex m_mutex;
 };
 
-// Holds a lock, if it was taken, until the end of its scope.
+// Locks a section and unlocks it at the end of the scope.
 class VASTRA_API CSingleLock {
  public:
   explicit CSingleLock(CCriticalSection* section, bool lockNow = false) : m_section(section) {
@@ -45,8 +45,8 @@ class VASTRA_API CSingleLock {
   bool m_locked = false;
 };
 
-// One thread. Its thread calls InitInstance, Run if that gave non-zero, and ExitInstance, and then deletes
-// the object: nobody touches it after ResumeThread.
+// One thread. It calls InitInstance, then Run if that has returned non-zero, then ExitInstance, and deletes
+// the object. The creator must not use the object after ResumeThread.
 class VASTRA_API CWinThread : public CObject {
   DECLARE_DYNAMIC(CWinThread)
  public:
@@ -61,18 +61,18 @@ class VASTRA_API CWinThread : public CObject {
 
  private:
   friend VASTRA_API CWinThread* AfxBeginThread(const CRuntimeClass& threadClass);
-  struct CGate;  // where the new thread waits until it is resumed
+  struct CGate;  // the new thread waits for it until ResumeThread
   static void* Main(void* thread);
 
   std::unique_ptr<CGate> m_gate;
 };
 
-// Creates an object of threadClass, which has a default factory, and its thread, suspended. Null if there is
-// no memory or no thread to be had.
+// Creates an object of threadClass, which has a default factory, and its suspended thread. Returns null if
+// memory or a thread cannot be allocated.
 VASTRA_API CWinThread* AfxBeginThread(const CRuntimeClass& threadClass);
 
-// A number that several threads read and change without a lock and without order. A copy takes the present
-// value.
+// A number that several threads read and change without a lock, with relaxed memory order. A copy has the
+// present value.
 template <class T>
 class CRelaxed {
  public:

@@ -8,11 +8,11 @@ namespace {
 
 CClock* g_clock = nullptr;
 
-// What the time record says of the zone. It holds for a quarter of an hour, the finest step in which any zone
-// changes its clocks, and until the process changes its zone.
+// The zone fields of a time record. They are valid for a quarter of an hour, because no zone changes its
+// clocks in finer steps, and until the process changes its zone.
 struct CZone {
   std::int64_t quarter = -1;
-  const char* name = nullptr;  // of the zone, and its offset: tzset changes at least one of them
+  const char* name = nullptr;  // tzset changes the name of the zone or its offset
   long secondsWest = 0;        // without daylight saving
   std::int16_t dst = 0;
 };

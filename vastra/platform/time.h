@@ -1,5 +1,5 @@
-// Points in time: the 12-byte time record of a sample, a count of seconds, and the clock that a host or a
-// test may replace.
+// Points in time: the 12-byte time record of a sample, a count of seconds, and the clock, which a host or a
+// test can replace.
 #pragma once
 
 #include <compare>
@@ -10,13 +10,13 @@
 
 namespace vastra {
 
-// The time stamp of a sample, in memory as in a log file.
+// The time stamp of a sample. A log file has the same bytes.
 struct _timeb {
   std::int32_t time = 0;      // seconds since 1970-01-01 00:00:00 UTC
   std::uint16_t millitm = 0;  // milliseconds within the second
   std::int16_t timezone = 0;  // minutes west of UTC, without daylight saving
   std::int16_t dstflag = 0;   // non-zero while daylight saving applies
-  std::uint16_t padding = 0;  // means nothing, and comes back from a log as it was
+  std::uint16_t padding = 0;  // unused; a replay preserves it
 
   bool operator==(const _timeb&) const = default;
 };
@@ -35,15 +35,15 @@ class VASTRA_API CTime {
   std::int64_t m_seconds = 0;
 };
 
-// Where the time comes from.
+// The source of the time.
 class VASTRA_API CClock {
  public:
   virtual ~CClock() = default;
   virtual _timeb Now() = 0;
 };
 
-// Installs clock, which stays the caller's; null brings the system's clock back. Gives what was installed,
-// null for the system's clock. Not while workers run.
+// Installs clock, which the caller keeps; null installs the system's clock. Returns the previous clock, null
+// for the system's. Must not be called while worker threads run.
 VASTRA_API CClock* SetClock(CClock* clock);
 
 // The present time, from the installed clock.
