@@ -43,11 +43,11 @@ TEST(ConfigurationJson, KeepsWhatTheFileCannotHold) {
       R"({"version":1002,"plcWrite":{"disableWriting":true,"nodes":[{"driver":{"value5":-3}}]},
 "outputs":[{"nameVariable":"k","prefix":"p"}]})");
   full = Parsed(Json(full));
-  EXPECT_EQ(1002u, full.m_version);
-  EXPECT_EQ(1, full.m_plcWrite.m_disableWriting);
-  EXPECT_EQ(-3, full.m_plcWrite.m_nodes.GetHead()->m_node.m_driver.value5);
-  EXPECT_EQ("k", full.m_outputs.m_outputs.GetHead()->m_nameVariable);
-  EXPECT_EQ("p", full.m_outputs.m_outputs.GetHead()->m_prefix);
+  EXPECT_EQ(full.m_version, 1002u);
+  EXPECT_EQ(full.m_plcWrite.m_disableWriting, 1);
+  EXPECT_EQ(full.m_plcWrite.m_nodes.GetHead()->m_node.m_driver.value5, -3);
+  EXPECT_EQ(full.m_outputs.m_outputs.GetHead()->m_nameVariable, "k");
+  EXPECT_EQ(full.m_outputs.m_outputs.GetHead()->m_prefix, "p");
 }
 
 // One text for all that has a default: what a configuration becomes that says only this.
@@ -85,13 +85,13 @@ TEST(ConfigurationJson, TakesTheseNumbersForWholeOnes) {
       R"({"input":{"scanPeriod":4294967295.0,"simulating":-1,"preprocess":4294967295,"autoStart":true,
 "asFastAsPossible":2.0,"plcNodes":[{"driver":{"station":-2147483648,"timeOut":2e3,"value1":-0.0}}]}})");
   const CInputConfig& input = configuration.m_input;
-  EXPECT_EQ(4294967295u, input.m_scanPeriod);
-  EXPECT_EQ(-1, input.m_simulating);
-  EXPECT_EQ(-1, input.m_preprocess);
-  EXPECT_EQ(1, input.m_autoStart);
-  EXPECT_EQ(2, input.m_asFastAsPossible);
+  EXPECT_EQ(input.m_scanPeriod, 4294967295u);
+  EXPECT_EQ(input.m_simulating, -1);
+  EXPECT_EQ(input.m_preprocess, -1);
+  EXPECT_EQ(input.m_autoStart, 1);
+  EXPECT_EQ(input.m_asFastAsPossible, 2);
   EXPECT_EQ(-2147483647 - 1, input.m_plcNodes.GetHead()->m_driver.station);
-  EXPECT_EQ(2000, input.m_plcNodes.GetHead()->m_driver.timeOut);
+  EXPECT_EQ(input.m_plcNodes.GetHead()->m_driver.timeOut, 2000);
 }
 
 constexpr const char* kNeedsInt = "must be a whole number from -2147483648 to 2147483647";
@@ -232,7 +232,7 @@ TEST(ConfigurationJson, NamesWhatHasNoJsonForm) {
       std::bit_cast<float>(0xFFC00001);
   EXPECT_EQ("plcWrite.nodes[0].scaler[0].lowLimit: a NaN with bits of its own has no JSON form",
             ConfigurationToJson(configuration, text));
-  EXPECT_EQ("before", text);
+  EXPECT_EQ(text, "before");
 }
 
 TEST(ConfigurationJson, IsAsItsPageShowsIt) {
@@ -241,9 +241,9 @@ TEST(ConfigurationJson, IsAsItsPageShowsIt) {
   CConfiguration configuration = Parsed(page.substr(start, page.find("```", start) - start));
   ASSERT_EQ(1, configuration.m_outputs.m_outputs.GetCount());
   const COutputConfig& output = *configuration.m_outputs.m_outputs.GetHead();
-  EXPECT_EQ("/f/logs", output.m_directory);
-  EXPECT_EQ(3, output.m_enableEquations.GetSize());
-  EXPECT_EQ(2u, configuration.m_input.m_plcNodes.GetHead()->m_driver.variableCount);
+  EXPECT_EQ(output.m_directory, "/f/logs");
+  EXPECT_EQ(output.m_enableEquations.GetSize(), 3);
+  EXPECT_EQ(configuration.m_input.m_plcNodes.GetHead()->m_driver.variableCount, 2u);
 }
 
 }  // namespace
