@@ -48,19 +48,27 @@ class Run(LogTest):
         self.assertGreater(json.loads(run.communicate(timeout=30)[0])["late"], 20)
         self.assertEqual(0, self.counts(simulated(input={"scanPeriod": 60000}), "--scans", "500", "--period", "0")["late"])
 
+    def counts_after(self, signals, *args, **options):
+        """The counts of a run that gets the signals when its first sample is in the log."""
+        run = self.start("run", "c.json", "--json", "--debug", *args, stdout=subprocess.PIPE, stderr=subprocess.PIPE, **options)
+        next(line for line in run.stderr if b"End - OutputFileLink( CFileLink,Write)" in line)
+        for number in signals:
+            run.send_signal(number)
+        counts = json.loads(run.communicate(timeout=10)[0])
+        self.assertEqual(0, run.returncode)
+        return counts
+
     def test_a_signal_stops_it_with_every_log_flushed(self):
         self.write("c.json", simulated([output("logs", saveCsv=1)]))
         for signals in [[signal.SIGINT], [signal.SIGHUP], [signal.SIGTERM, signal.SIGINT, signal.SIGTERM] * 100]:
             for options in [[], ["--threaded"], ["--period", "0"], ["--period", "3600000"]]:
                 with self.subTest(signals=signals[:3], options=options):
-                    run = self.start("run", "c.json", "--json", "--debug", *options, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-                    next(line for line in run.stderr if b"End - OutputFileLink( CFileLink,Write)" in line)  # a sample is in the log
-                    for number in signals:
-                        run.send_signal(number)
-                    counts = json.loads(run.communicate(timeout=10)[0])
+                    counts = self.counts_after(signals, *options)
                     rows = sum(self.read(file).count(b"\n") - 1 for file in counts["files"] if file.endswith(".csv"))
-                    self.assertEqual((0, counts["read"]), (run.returncode, rows))
+                    self.assertEqual(counts["read"], rows)
                     self.assertGreater(rows, 0)
+        nohup = self.counts_after([signal.SIGHUP], "--scans", "30", preexec_fn=lambda: signal.signal(signal.SIGHUP, signal.SIG_IGN))
+        self.assertEqual(30, nohup["read"])
 
     def test_messages_begin_with_the_time_and_depend_on_the_verbosity(self):
         self.write("c.json", simulated([output("logs", maxLogs=0)], driver={"value4": 2, "value5": 109},
