@@ -1,6 +1,6 @@
-// The chain itself. Calls: what the contract of a link costs, four links deep with all messages filtered,
-// beside four bare virtual calls. Work: guard, scale, select and store of 100 values by four links, beside
-// one plain function with the same tables. Samples go outside in, as in an output.
+// The chain itself. Calls: the cost of the contract of a link, four links deep with all messages filtered,
+// compared with four bare virtual calls. Work: guard, scale, select and store 100 values by four links,
+// compared with one plain function with the same tables. Samples pass from the outside in, as in an output.
 #include "bench/ratios.h"
 #include "vastra/core/mapper_link.h"
 #include "vastra/core/namer_link.h"
@@ -30,7 +30,7 @@ void Fill(CLogSample& sample) {
 
 // ---- four links
 
-// The leaf: keeps the last sample, or only says that it was called.
+// The leaf: keeps the last sample, or only counts its calls.
 class CStoreLink : public CLink {
  public:
   explicit CStoreLink(bool keeps) : CLink(kTypeName), m_keeps(keeps) {}
@@ -113,7 +113,7 @@ void WorkOfLinks(benchmark::State& state) {
 
 // ---- the peers
 
-// What a step is without the contract: a call through the table of its class, and a look at the result.
+// A step without the contract: a virtual call and a check of the result.
 class CBare {
  public:
   virtual ~CBare() = default;

@@ -1,5 +1,5 @@
-// A console that is seen, each line on the screen before the next one comes: our window beside the toolkit's
-// own text view, which draws without colours. Both keep 200 lines, and neither wraps them.
+// A visible console that draws each line before the next one comes: our window compared with the text view of
+// the toolkit, which draws without colours. Both keep 200 lines, and neither wraps them.
 #include <QApplication>
 #include <QPlainTextEdit>
 
@@ -15,7 +15,7 @@ namespace {
 constexpr int kLines = 10'000;
 constexpr CSize kSize = {800, 600};
 
-// Lines as a chain sends them, in its colours.
+// Lines like those of a chain, in its colours.
 struct CLine {
   CString text;
   COLORREF colour;

@@ -1,5 +1,5 @@
-// The memory of the desktop: how much its resident size grows from the first hundred thousand scans at full
-// speed to a million. With an argument, as script/test gives, the scans are 25 times fewer.
+// The memory of the desktop: the growth of its resident size from the first hundred thousand scans at full
+// speed to a million. With an argument, which script/test passes, there are 25 times fewer scans.
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -18,10 +18,10 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr int kLogs = 250;          // of the whole run
-constexpr int kFirst = kLogs / 10;  // after which it is measured first
+constexpr int kFirst = kLogs / 10;  // logs before the first measurement
 constexpr double kGoal = 1;         // MB
 
-// Each log has a name of its own, so that their number tells the scans.
+// Each log has a different name, so the number of logs shows the number of scans.
 std::string Configuration(int samples) {
   const std::string size = std::to_string(samples);
   return R"({"input":{"asFastAsPossible":1,"plcNodes":[{"nodeName":"N","driver":{"plcType":9001,"text1":"sine"},)"
@@ -48,7 +48,7 @@ double Resident(pid_t process) {
   return -1;
 }
 
-// Waits for so many logs and gives the size then; below 0: the program has ended, or nothing comes.
+// Waits for that many logs and returns the size then; below 0: the program has ended, or no logs appear.
 double ResidentAfter(pid_t process, const fs::path& logs, int count) {
   std::ptrdiff_t before = -1;
   for (int idle = 0; idle < 300; ++idle) {

@@ -1,6 +1,6 @@
-// Statement lists as loggers have them, on samples of 16 inputs: run as an equator link runs them, compiled
-// into this program by its own compiler, and evaluated by muParser. All three have to give the same floats,
-// bit for bit, before their times are taken.
+// Statement lists typical of loggers, on samples of 16 inputs: run by an equator link, compiled into this
+// program by its own compiler, and evaluated by muParser. All three must give the same floats, bit for bit,
+// before they are timed.
 #include <muParser.h>
 
 #include <bit>
@@ -11,9 +11,9 @@
 #include "bench/ratios.h"
 #include "vastra/equations/equator.h"
 
-// The lists. Each row is the name that a statement assigns and its right side, which has to mean the same in
-// the three languages: comparisons stand in brackets beside && and ||. Variables keep their values from
-// sample to sample, x0 to x15 are the inputs.
+// The lists. Each row has the name that a statement assigns and its right side, which must mean the same in
+// the three languages: comparisons next to && and || are in parentheses. Variables keep their values from
+// sample to sample; x0 to x15 are the inputs.
 #define LIST_SCALING(S)               \
   S(0, T0, x0 * 0.1 - 40)             \
   S(1, T1, x1 * 0.1 - 40)             \
@@ -107,7 +107,7 @@ struct CStatementText {
   std::string target, right;
 };
 
-// REST(a, b) is what a % b is in a statement.
+// REST(a, b) is a % b in a statement.
 double Rest(double left, double right) { return static_cast<int>(left) % static_cast<int>(right); }
 #define REST(a, b) Rest(a, b)
 
@@ -125,7 +125,7 @@ double Rest(double left, double right) { return static_cast<int>(left) % static_
 LISTS(NATIVE)
 #undef REST
 
-// The lists as texts.
+// The lists as text.
 #define REST(a, b) (a % b)
 #define QUOTE(text) #text
 #define TEXT(i, target, right) {#target, QUOTE(right)},
@@ -145,7 +145,7 @@ const std::vector<CArray<float, float>>& Samples() {
   return samples;
 }
 
-// One list in one of the languages. Run gives the floats of all variables after a sample.
+// One list in one of the languages. Run returns the floats of all variables after a sample.
 class CLanguage {
  public:
   virtual ~CLanguage() = default;
@@ -213,7 +213,7 @@ class CMuParser : public CLanguage {
   double m_variables[kMaxVariables] = {};
 };
 
-// Goes round the samples.
+// Repeats the samples.
 void Measure(benchmark::State& state, CLanguage& language) {
   std::size_t sample = 0;
   for (auto _ : state) {

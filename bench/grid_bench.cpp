@@ -1,5 +1,5 @@
-// Refresh of the scan grid, 30 rows. Beside it a plain table of the toolkit over a model that has the numbers
-// at hand, painted at once.
+// Refresh of the scan grid, 30 rows, compared with a plain table of the toolkit on a model that already has
+// the numbers, painted at once.
 #include <QAbstractButton>
 #include <QAbstractTableModel>
 #include <QApplication>
@@ -25,7 +25,7 @@ constexpr int kRows = 30;
 // Numbers that change from refresh to refresh.
 float ValueOf(int row, int round) { return static_cast<float>(row * 1000 + round % 1000) * 0.37F; }
 
-// Gives the file that holds the selection.
+// Returns the file with the selection.
 class CGiven : public CChooser {
  public:
   explicit CGiven(const CString& path) : m_path(path), m_former(SetChooser(this)) {}
@@ -40,7 +40,7 @@ class CGiven : public CChooser {
   CChooser* m_former;
 };
 
-// The grid over its stage, which has a sample of 100 variables. The grid shows the first 30.
+// The grid on its stage, which has a sample of 100 variables. The grid shows the first 30.
 struct CGrid {
   CGrid() {
     CLink::SetMessenger(&messenger);
@@ -86,7 +86,7 @@ struct CGrid {
   int round = 0;
 };
 
-// The plain table: the same view, set up as ours, over numbers at hand.
+// The plain table: the same view with the same settings, on numbers that are already there.
 class CModel : public QAbstractTableModel {
  public:
   int rowCount(const QModelIndex&) const override { return kRows; }

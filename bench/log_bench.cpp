@@ -1,6 +1,7 @@
-// Log files, through the file link: writing a binary log beside one write of the same bytes, a text log
-// beside the same lines by fprintf, replaying a log beside one read and memcpy, and a log that grows row by
-// row beside its images ready in memory. All on a memory file system, but for the growing log that is synced.
+// Log files, through the file link: writing a binary log compared with one write of the same bytes, a text
+// log compared with the same lines by fprintf, replaying a log compared with one read and memcpy, and a log
+// that grows row by row compared with writing its prepared images. All on a memory file system, except the
+// growing log, which is synced.
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -24,7 +25,7 @@ constexpr UINT kSamples = 4000;
 constexpr int kRowValues = 16;
 constexpr std::int32_t kStart = 1041516000;  // 2003-01-02 14:00:00 UTC
 
-// A fresh directory, gone with the object.
+// A new directory, removed with the object.
 class CDirectory {
  public:
   explicit CDirectory(const std::string& place) : m_path(place + "/vastra-bench-XXXXXX") {
@@ -36,7 +37,7 @@ class CDirectory {
 };
 constexpr const char* kMemory = "/dev/shm";
 
-// Seconds that work takes.
+// Seconds that work needs.
 double Time(const std::function<void()>& work) {
   const auto begin = std::chrono::steady_clock::now();
   work();
@@ -48,7 +49,7 @@ std::string Bytes(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// One log's worth of samples, one a second, with values as a plant has them.
+// The samples of one log, one a second, with values typical of a plant.
 std::vector<CLogSample> Samples(int values) {
   std::mt19937 random(7);
   std::normal_distribution<float> spread(0, 40);
@@ -102,7 +103,7 @@ std::string OnlyFile(const std::string& directory, const char* extension) {
   return directory + "/" + files[0].m_name.Std();
 }
 
-// The flush of a full log; extension is what it writes.
+// The flush of a full log; extension selects the form that is written.
 void Save(benchmark::State& state, const char* extension) {
   const CDirectory directory(kMemory);
   const int values = static_cast<int>(state.range(0)), csv = CString(extension) == ".csv";
@@ -236,7 +237,7 @@ std::string ImageOfRows(const std::string& whole, std::uint32_t rows) {
   return image;
 }
 
-// The same images, ready in memory: write handles one.
+// The same images, prepared in memory; write writes one.
 void EachImage(benchmark::State& state, const char* place,
                const std::function<void(const std::string& path, const std::string& image)>& write) {
   const CDirectory directory(place);
@@ -284,7 +285,7 @@ struct CPair {
   const char* peer;
   double limit, limitAt16;
   bool faster;
-  const char* behind;  // the size in their names
+  const char* suffix;  // the part of their names after the peer: the size
 };
 constexpr CPair kPairs[] = {
     {"binary log, %d values: flush to one write of the bytes", "Save/rp", "OneWrite", 1.3, 1.3, false,
@@ -298,12 +299,12 @@ std::vector<CGoal> Goals() {
   std::vector<CGoal> goals;
   for (const CPair& pair : kPairs)
     for (const int values : {16, 100, 1000}) {
-      const std::string behind = "/" + std::to_string(values) + pair.behind;
+      const std::string suffix = "/" + std::to_string(values) + pair.suffix;
       char text[100];
       std::snprintf(text, sizeof text, pair.text, values);
       goals.push_back({text,
-                       {pair.ours + behind},
-                       {pair.peer + behind},
+                       {pair.ours + suffix},
+                       {pair.peer + suffix},
                        values == 16 ? pair.limitAt16 : pair.limit,
                        pair.faster});
     }

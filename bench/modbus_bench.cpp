@@ -1,6 +1,6 @@
 // A scan of a Modbus device: 500 values scattered over its registers, from a server on loopback. The planned
-// requests beside one request for each value, and the driver's whole scan beside the bare calls of libmodbus
-// for the same requests.
+// requests compared with one request for each value, and the driver's whole scan compared with the bare calls
+// of libmodbus for the same requests.
 #include <modbus/modbus.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
@@ -19,7 +19,7 @@ namespace {
 constexpr int kValues = 500;
 constexpr int kRegisters = 8000;
 
-// One in sixteen registers or so, in runs and alone, of both tables and of several types.
+// About one in sixteen registers, in runs and alone, of both tables and of several types.
 std::string ScatteredValues() {
   constexpr const char* kTypes[] = {"u16", "i16", "f32", "u32 cdab"};
   std::string list;
@@ -35,7 +35,7 @@ std::string ScatteredValues() {
   return list;
 }
 
-// A server for one connection after the other.
+// A server for one connection at a time.
 class CServer {
  public:
   CServer()

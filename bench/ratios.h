@@ -1,6 +1,6 @@
-// The main part of every benchmark program: runs all benchmarks, several times in mixed order, and prints for
-// each goal how the two sides compare in this very run. A time alone says nothing on a machine that others
-// use too.
+// The main function of every benchmark program: runs all benchmarks, several times in random order, and
+// prints for each goal how the two sides compare in this run. Absolute times mean little on a machine that
+// others use, too.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -14,16 +14,16 @@
 
 namespace vastra::bench {
 
-// One bar: time of `ours` divided by time of `peer`, each the name of a benchmark, is to be at most `limit`;
-// with `faster` the other way round: `peer` takes at least `limit` times as long as `ours`.
+// One goal: the time of `ours` divided by the time of `peer`, each the name of a benchmark, must be at most
+// `limit`; with `faster` the other way round: `peer` must need at least `limit` times as long as `ours`.
 struct CGoal {
   std::string text;
-  std::vector<std::string> ours, peers;  // in pairs; of several pairs the geometric mean counts
+  std::vector<std::string> ours, peers;  // in pairs; with several pairs the geometric mean counts
   double limit;
   bool faster;
 };
 
-// Gathers the times of all repetitions, beside the usual table.
+// Collects the times of all repetitions and prints the usual table.
 class CGatherer : public benchmark::ConsoleReporter {
  public:
   void ReportRuns(const std::vector<Run>& runs) override {

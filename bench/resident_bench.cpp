@@ -1,5 +1,5 @@
-// The memory of a logger: the largest resident size of `vastra run` with 4000 samples of 100 values in hand,
-// beside that of a program that does nothing.
+// The memory of a logger: the largest resident size of `vastra run` with 4000 samples of 100 values in
+// memory, compared with that of a program that does nothing.
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>

@@ -1,6 +1,6 @@
 // A whole scan: 100 values of the simulator through namer, scaler and equator, three enable statements, a
-// mapper and the file link, with the logs on a memory file system; beside it SQLite, which takes the bare
-// rows in one transaction. Also counts the heap allocations between two flushes, once the first log is done.
+// mapper and the file link, with the logs on a memory file system; compared with SQLite, which stores the
+// bare rows in one transaction. Also counts the heap allocations between two flushes after the first log.
 #include <sqlite3.h>
 #include <unistd.h>
 
@@ -22,7 +22,7 @@ void* operator new(std::size_t size) {
   if (void* memory = std::malloc(size ? size : 1)) return memory;
   throw std::bad_alloc();
 }
-#pragma GCC diagnostic ignored "-Wmismatched-new-delete"  // malloc and free are the pair here
+#pragma GCC diagnostic ignored "-Wmismatched-new-delete"  // malloc and free match here
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
@@ -38,7 +38,7 @@ CString Name(int i) {
   return name;
 }
 
-// A directory on a memory file system, gone with the object.
+// A directory on a memory file system, removed with the object.
 class CMemoryDirectory {
  public:
   CMemoryDirectory() : m_path("/dev/shm/vastra-bench-" + std::to_string(::getpid())) {
@@ -48,7 +48,7 @@ class CMemoryDirectory {
   std::string m_path;
 };
 
-// The stages of one logger, driven as a host drives them.
+// The stages of one logger, driven like a host does.
 class CLogger {
  public:
   explicit CLogger(int csv) {
@@ -151,7 +151,7 @@ BENCHMARK_CAPTURE(Logger, rp, 0)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(Logger, rp_and_csv, 1)->Unit(benchmark::kMillisecond);
 BENCHMARK(Sqlite)->Unit(benchmark::kMillisecond);
 
-// Allocations of all scans of a log but the one that flushes it.
+// Allocations of all scans of a log except the one that flushes it.
 void PrintAllocations() {
   CLogger logger(1);
   for (UINT i = 0; i < kSamplesInALog; ++i) logger.Scan();

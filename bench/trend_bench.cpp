@@ -1,5 +1,5 @@
-// Redraw of a trend: 20 curves of 100 points, 800 x 600, into a picture in memory. Beside it the same curves
-// by QCustomPlot, set to its fastest: bare axes, no antialiasing, fast lines.
+// Redraw of a trend: 20 curves of 100 points, 800 x 600, into an image in memory, compared with the same
+// curves by QCustomPlot with its fastest settings: bare axes, no antialiasing, fast lines.
 #include <qcustomplot.h>
 
 #include <cmath>
@@ -78,7 +78,7 @@ struct CPeer {
   QCustomPlot plot;
 };
 
-// What lies under the curves; about the same on both sides, or they do not draw the same.
+// The number of pixels under the curves; similar on both sides if they draw the same.
 int Coloured(const QImage& image) {
   int count = 0;
   for (int y = 0; y < image.height(); ++y)
@@ -98,7 +98,7 @@ void TrendDrawn(benchmark::State& state) {
     state.SkipWithError(("not the same curves: " + std::to_string(ratio)).c_str());
 }
 
-// By toPainter, which is faster than replot.
+// Uses toPainter, which is faster than replot.
 void PlotPainted(benchmark::State& state) {
   CPeer peer;
   QImage image(kSize.cx, kSize.cy, QImage::Format_RGB32);

@@ -1,5 +1,5 @@
-// Bytes taken for a configuration file. What loads, stores and loads again as the same, and so it does by way
-// of JSON, if it has a JSON form.
+// Arbitrary bytes as a configuration file. If they load, storing and loading again gives the same
+// configuration, also through its JSON form if there is one.
 #include <cstdlib>
 
 #include "host/common/configuration_file.h"

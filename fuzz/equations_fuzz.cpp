@@ -1,4 +1,5 @@
-// Bytes taken for the text of an equation editor. What compiles gives the same values on both machines.
+// Arbitrary bytes as the text of an equation editor. If they compile, both ways of execution give the same
+// values.
 #include <cstdio>
 #include <cstdlib>
 
@@ -33,7 +34,7 @@ const std::vector<CSampleValues>& Samples() {
   return samples;
 }
 
-// A name for each statement with a "=", and a place in the text for each cut.
+// A name for each statement with a "=", and a position in the text for each divider.
 void CheckCuts(const CString& text, const CStringArray& equations, const CStringArray& variables,
                const CArray<int, int>& positions) {
   Require(variables.GetSize() <= equations.GetSize());
@@ -42,7 +43,7 @@ void CheckCuts(const CString& text, const CStringArray& equations, const CString
     Require(text.Mid(positions[i], equations[i].GetLength()) == equations[i]);
 }
 
-// A fault lies in the statement, or at the ";" behind it.
+// A fault is in the statement, or at the ";" after it.
 void CheckFault(const CEquationFault& fault, const CStringArray& equations) {
   if (fault.statement == 0) return;
   Require(fault.statement <= equations.GetSize());

@@ -1,5 +1,5 @@
-// Bytes taken for the JSON form of a configuration. What is accepted has a JSON form, which is accepted as
-// the same configuration; what is refused gets one line.
+// Arbitrary bytes as the JSON form of a configuration. If they are accepted, the configuration has a JSON
+// form that is accepted as the same configuration; otherwise there is one line of error.
 #include <cstdlib>
 
 #include "host/common/configuration_file.h"

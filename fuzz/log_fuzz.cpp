@@ -1,4 +1,4 @@
-// The reader of binary logs on any bytes. What it takes is written as a text log too, and written again as a
+// The reader of binary logs on arbitrary bytes. A log that it accepts is written as a text log, and as a
 // binary log that reads back the same.
 #include <cstdlib>
 

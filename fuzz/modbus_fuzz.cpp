@@ -1,5 +1,5 @@
-// Replies of a Modbus device: any bytes on a connection or a serial line, taken as the reply to a request for
-// values of each type; and any text as the settings of a node. The first byte chooses.
+// Replies of a Modbus device: arbitrary bytes on a connection or a serial line as the reply to a request for
+// values of each type; and arbitrary text as the settings of a node. The first byte selects.
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -45,7 +45,7 @@ const CSettings& Node() {
   return settings;
 }
 
-// A socket that has bytes and then its end.
+// A socket that supplies bytes and then the end of file.
 class CStream {
  public:
   explicit CStream(CBytes bytes) {
@@ -65,7 +65,7 @@ class CStream {
   int m_ends[2];
 };
 
-// A right reply fills the values of its request and no other.
+// A correct reply fills the values of its request and no others.
 void TakeOver(const CRequest& request, const CFrame& request_, const CFrame& reply) {
   Require(reply.size >= 2 && reply.size <= kMostBytes);
   if (ExceptionOf(reply) >= 0) return;
@@ -92,7 +92,7 @@ void Reply(bool serial, const CRequest& request, CBytes bytes) {
   if (fault.empty()) TakeOver(request, asked, reply);
 }
 
-// What is accepted can be planned and asked for, each value once.
+// Accepted settings can be planned and requested, each value once.
 void Settings(CBytes bytes) {
   const std::string text(bytes.begin(), bytes.end());
   const std::size_t end = text.find('\n');

@@ -1,5 +1,5 @@
-// The reader of selection files on any bytes, as either kind. What it takes is written and reads back the
-// same.
+// The reader of selection files on arbitrary bytes, as either kind. A file that it accepts is written and
+// reads back the same.
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -31,7 +31,7 @@ class CFuzzFile {
   int m_handle;
 };
 
-// A folder of this process, gone with it.
+// A folder of this process, removed with it.
 class CScratch {
  public:
   CScratch() { Require(::mkdtemp(m_folder) != nullptr); }

@@ -1,4 +1,4 @@
-// The worked examples of docs/file-formats.md: their bytes and their text, out of the page itself.
+// The worked examples of docs/file-formats.md: their bytes and text, read from the page itself.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -13,8 +13,7 @@ namespace vastra {
 
 inline std::string FormatsPage() { return ReadBytes(VASTRA_DOCS "/file-formats.md"); }
 
-// The bytes of the table in the part of the page from one heading to another. Its rows say at which offset
-// each field stands.
+// The bytes of the table between two headings of the page. Each row states the offset of its field.
 inline std::string ExampleBytes(const char* from, const char* to) {
   static const std::regex kRow(R"(\| (\d+) \| ((?:[0-9A-F]{2} )+)\| .*)");
   const std::string text = FormatsPage();
@@ -24,7 +23,7 @@ inline std::string ExampleBytes(const char* from, const char* to) {
   std::smatch row;
   for (std::string line; std::getline(page, line);) {
     if (!std::regex_match(line, row, kRow)) continue;
-    EXPECT_EQ(std::stoul(row[1]), log.size()) << line;
+    EXPECT_EQ(log.size(), std::stoul(row[1])) << line;
     std::istringstream bytes(row[2]);
     for (unsigned byte; bytes >> std::hex >> byte;) log += static_cast<char>(byte);
   }
@@ -39,15 +38,10 @@ inline std::string ExampleCsv() {
   return page.substr(begin, page.find("```", begin) - begin);
 }
 
-// value, little-endian, as part of a log.
+// value as little-endian bytes.
 template <class T>
 std::string Raw(T value) {
   return {reinterpret_cast<const char*>(&value), sizeof value};
-}
-
-// The log of the example with `with` in place of `size` bytes from `offset` on.
-inline std::string Patched(std::size_t offset, std::size_t size, const std::string& with) {
-  return ExampleLog().replace(offset, size, with);
 }
 
 }  // namespace vastra

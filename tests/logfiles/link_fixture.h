@@ -1,4 +1,4 @@
-// What the tests of the file link share: one link, a directory of its own, and the lines that it sends. Local
+// Shared by the tests of the file link: one link, a directory, and the messages that the link sends. Local
 // time is UTC.
 #pragma once
 
@@ -12,6 +12,7 @@
 #include "tests/support/names.h"
 #include "tests/support/recorder.h"
 #include "vastra/logfiles/file_link.h"
+#include "vastra/logfiles/log_reader.h"
 #include "vastra/platform/file_system.h"
 
 namespace vastra {
@@ -31,13 +32,14 @@ class CLinkFixture : public testing::Test {
     NewLink();
   }
 
-  // A link that knows nothing of the logs before.
+  // Starts with an empty directory and a link that has written no log.
   void NewLink() {
     m_link.reset(CFileLink::Create(nullptr));
     m_link->m_name = "F";
+    for (const CFileEntry& file : ListFiles(m_dir.Path(), "")) DeleteFile(m_dir / file.m_name);
   }
 
-  // The settings of a writer of binary logs of Temp and Flow, named by time, that all stay.
+  // The settings of a writer of binary logs of Temp and Flow, named by time; all logs stay.
   std::unique_ptr<CFileConfig> Writer() const {
     auto config = std::make_unique<CFileConfig>();
     config->m_extension = ".rph";
@@ -55,18 +57,32 @@ class CLinkFixture : public testing::Test {
     return m_link->Open(configs, mode);
   }
 
+  // Writes a sample at kStart + time.
   int Write(std::int32_t time, std::initializer_list<float> values = {1, 2}) {
-    CLogSample sample = Sample(time, values);
+    CLogSample sample = Sample(kStart + time, values);
     return m_link->Write(sample);
   }
 
-  // The names in the directory, in byte order, each behind a blank.
+  // The file names in the directory, in byte order, each after a blank.
   std::string Files() const {
     std::string all;
     for (const CFileEntry& file : ListFiles(m_dir.Path(), "")) all += " " + file.m_name.Std();
     return all;
   }
   std::string Bytes(const char* name) const { return ReadBytes(m_dir / name); }
+
+  // The times of the samples in a binary log, from kStart on, each after a blank; or the reader's fault.
+  std::string Times(const char* name) const {
+    CSampleStore samples;
+    CLogReader log(samples);
+    if (!log.Open(m_dir / name) || !log.ReadSamples()) return log.GetFault().Std();
+    std::string times;
+    for (CLogSample sample; !samples.IsEmpty();) {
+      samples.RemoveHead(sample);
+      times += " " + std::to_string(sample.m_time.time - kStart);
+    }
+    return times;
+  }
 
   CRecorder m_recorder;
   CTempDir m_dir;

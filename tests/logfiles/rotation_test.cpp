@@ -1,4 +1,4 @@
-// What logs are called, and which of them go.
+// The names of logs, and which logs are removed.
 #include <cmath>
 #include <functional>
 
@@ -28,30 +28,29 @@ class Rotation : public CLinkFixture {
   const std::filesystem::file_time_type m_begun = std::filesystem::file_time_type::clock::now();
 };
 
-struct CNameCase {
-  const char* variable;
-  int dwordName;
-  const char* prefix;
-  std::initializer_list<float> values;  // of a, b, a, c
-  const char* files;
-};
-const CNameCase kNames[] = {
-    {"b", 0, "", {1, -3.7f}, " -3.rph"},
-    {"a", 1, "", {12.9f, 345}, " 12345.rph"},
-    {"a", 1, "Kiln ", {-1, -2}, " Kiln -1-2.rph"},
-    {"c", 1, "", {1, 2, 3, 4}, " 4.rph"},
-    {"a", 0, "", {1, 2, 3, 4}, " 1.rph"},  // the first of two
-    {"a", 0, "", {4294967295.0f}, " 0.rph"},
-    {"a", 0, "", {NAN}, " 0.rph"},
-    {"b", 0, "P", {1}, " PNoValue.rph"},  // the sample has no such value
-    {"", 0, "P", {1}, " PNoValue.rph"},
-    {"System Time", 1, "P", {1}, " P0301021400.rph"},
-    {"a", 0, "inner/P", {7}, ""},
-};
-
 TEST_F(Rotation, TheNamingSettingsMakeTheName) {
+  const struct {
+    const char* variable;
+    int dwordName;
+    const char* prefix;
+    std::initializer_list<float> values;  // of a, b, a, c
+    const char* files;
+  } kNames[] = {
+      {"b", 0, "", {1, -3.7f}, " -3.rph"},
+      {"a", 1, "", {12.9f, 345}, " 12345.rph"},
+      {"a", 1, "Kiln ", {-1, -2}, " Kiln -1-2.rph"},
+      {"c", 1, "", {1, 2, 3, 4}, " 4.rph"},
+      {"a", 0, "", {1, 2, 3, 4}, " 1.rph"},  // the first of two
+      {"a", 0, "", {4294967295.0f}, " 0.rph"},
+      {"a", 0, "", {NAN}, " 0.rph"},
+      {"b", 0, "P", {1}, " PNoValue.rph"},  // the sample has no such value
+      {"", 0, "P", {1}, " PNoValue.rph"},
+      {"System Time", 1, "P", {1}, " P0301021400.rph"},
+      {"a", 0, "inner/P", {7}, ""},
+  };
   std::filesystem::create_directory((m_dir / "inner").Std());
-  for (const CNameCase& name : kNames) {
+  for (const auto& name : kNames) {
+    NewLink();
     ASSERT_TRUE(OpenSingles(10, [&](CFileConfig& config) {
       config.m_varNames = Names({"a", "b", "a", "c"});
       config.m_nameVariable = name.variable;
@@ -59,95 +58,68 @@ TEST_F(Rotation, TheNamingSettingsMakeTheName) {
       config.m_prefix = name.prefix;
       config.m_usePrefix = 1;
     }));
-    EXPECT_TRUE(Write(kStart, name.values));
-    EXPECT_EQ(name.files, Files());
-    for (const CFileEntry& file : ListFiles(m_dir.Path(), "")) DeleteFile(m_dir / file.m_name);
-    NewLink();
+    EXPECT_TRUE(Write(0, name.values));
+    EXPECT_EQ(Files(), name.files);
   }
   EXPECT_TRUE(FileExists(m_dir / "inner/P7.rph"));
 }
 
-TEST_F(Rotation, TheNumberGoesOnWithinAnHourAcrossOpensAndStartsAnewWithAnotherPrefix) {
-  const auto open = [this](int usePrefix) {
+TEST_F(Rotation, TheNumberContinuesWithinAnHourAndIsZeroForAnotherPrefix) {
+  const auto write = [this](int usePrefix, std::int32_t time) {
     OpenSingles(10, [usePrefix](CFileConfig& config) {
       config.m_prefix = "P";
       config.m_usePrefix = usePrefix;
     });
+    Write(time);
   };
-  open(0), Write(kStart);
-  open(0), Write(kStart + 60);
-  Write(kStart + 3600);
-  open(1), Write(kStart + 3601);
-  open(0), Write(kStart + 3602);
-  EXPECT_EQ(" 0301021400.rph 0301021401.rph 0301021500.rph P0301021500.rph", Files());
-  EXPECT_EQ(0, Bytes("0301021500.rph").find(std::string("\x81\x07\x0F\x2C", 4)));
-  const std::int32_t last = kStart + 3602;  // the hour's name came back: 00 again
-  EXPECT_EQ(0, std::memcmp(&last, Bytes("0301021500.rph").data() + 8, sizeof last));
+  write(0, 0), write(0, 60), Write(3600), write(1, 3601), write(0, 3602);
+  EXPECT_EQ(Files(), " 0301021400.rph 0301021401.rph 0301021500.rph P0301021500.rph");
+  EXPECT_EQ(Times("0301021500.rph"), " 3602");
 }
 
 TEST_F(Rotation, TheHundredAndFirstLogOfAnHourReplacesTheFirstAndOutlivesItsOldEntry) {
   OpenSingles(101);
-  for (int i = 0; i < 101; ++i) Write(kStart + i);
-  EXPECT_EQ(100, ListFiles(m_dir.Path(), ".rph").GetSize());
-  const std::int32_t time = kStart + 100;
-  EXPECT_EQ(0, std::memcmp(&time, Bytes("0301021400.rph").data() + 8, sizeof time));
-  Write(kStart + 101);  // 01 once more: the entry of the old 00 goes, and the file is the new one's
-  EXPECT_TRUE(FileExists(m_dir / "0301021400.rph"));
-  EXPECT_EQ(100, ListFiles(m_dir.Path(), ".rph").GetSize());
+  for (int i = 0; i < 101; ++i) Write(i);
+  EXPECT_EQ(Times("0301021400.rph"), " 100");
+  Write(101);  // replaces 01; the oldest entry, of the former 00, leaves the list
+  EXPECT_EQ(Times("0301021400.rph"), " 100");
+  EXPECT_EQ(ListFiles(m_dir.Path(), ".rph").GetSize(), 100);
 }
 
-TEST_F(Rotation, TheOldestGoAfterTheNewOneIsThere) {
-  OpenSingles(2);
-  const char* const kFiles[] = {" 0301021400.rph", " 0301021400.rph 0301021401.rph",
-                                " 0301021401.rph 0301021402.rph"};
-  for (int i = 0; i < 3; ++i) {
-    Write(kStart + i);
-    EXPECT_EQ(kFiles[i], Files());
-  }
-}
-
-TEST_F(Rotation, LogsOfEarlierRunsGoByTheirAgeWhateverTheirNames) {
+TEST_F(Rotation, LogsOfEarlierRunsAreRemovedByAgeAfterTheNewLogIsWritten) {
   Old("c.RPH", 40), Old("a.rph", 30), Old("d.rph", 20), Old("b.rph", 20), Old("x.rpd", 90), Old("z.csv", 90);
   OpenSingles(4);
-  Write(kStart);
-  EXPECT_EQ(" 0301021400.rph a.rph b.rph d.rph x.rpd z.csv", Files());
-  Write(kStart + 1), Write(kStart + 2);
-  EXPECT_EQ(" 0301021400.rph 0301021401.rph 0301021402.rph d.rph x.rpd z.csv", Files());
-  OpenSingles(1);
-  Write(kStart + 3);
-  EXPECT_EQ(" 0301021403.rph x.rpd z.csv", Files());
+  Write(0);
+  EXPECT_EQ(Files(), " 0301021400.rph a.rph b.rph d.rph x.rpd z.csv");
+  Write(1), Write(2);
+  EXPECT_EQ(Files(), " 0301021400.rph 0301021401.rph 0301021402.rph d.rph x.rpd z.csv");
+  OpenSingles(0);
+  Write(3);
+  EXPECT_EQ(Files(), " x.rpd z.csv");
 }
 
-TEST_F(Rotation, TextCopiesAreCountedApartAndTogetherWithThoseOfSummaries) {
+TEST_F(Rotation, TextCopiesHaveACountOfTheirOwnThatIncludesThoseOfSummaries) {
   Old("1d.csv", 30), Old("0h.csv", 20);
   OpenSingles(2, [](CFileConfig& config) { config.m_saveCsv = 1; });
-  Write(kStart);
-  EXPECT_EQ(" 0301021400.rph 0301021400h.csv 0h.csv", Files());
+  Write(0);
+  EXPECT_EQ(Files(), " 0301021400.rph 0301021400h.csv 0h.csv");
 }
 
-TEST_F(Rotation, BinaryLogsRotateBeforeTheTextCopyIsTried) {
+TEST_F(Rotation, BinaryLogsRotateBeforeTheTextCopyIsWritten) {
   Old("a.rph", 20);
-  std::filesystem::create_directory((m_dir / "0301021400h.csv").Std());  // nothing can replace it
+  std::filesystem::create_directory((m_dir / "0301021400h.csv").Std());
   OpenSingles(1, [](CFileConfig& config) { config.m_saveCsv = 1; });
-  m_recorder.Take();
-  EXPECT_FALSE(Write(kStart));
-  EXPECT_EQ("Flush Error F Couldn't save CSV file.\n", m_recorder.TakeFaults());
-  EXPECT_EQ(" 0301021400.rph", Files());
+  EXPECT_FALSE(Write(0));
+  EXPECT_EQ(Files(), " 0301021400.rph");
 }
 
-TEST_F(Rotation, WithALimitOfNoLogsEachGoesAtOnce) {
-  OpenSingles(0);
-  EXPECT_TRUE(Write(kStart));
-  EXPECT_EQ("", Files());
-}
-
-TEST_F(Rotation, AnEntryThatCannotBeDeletedIsNotTriedAgain) {
+TEST_F(Rotation, AnEntryThatCannotBeDeletedIsTriedOnce) {
   Old("a.rph", 20);
   OpenSingles(1);
   DeleteFile(m_dir / "a.rph");
   std::filesystem::create_directory((m_dir / "a.rph").Std());
-  EXPECT_TRUE(Write(kStart) && Write(kStart + 1));
-  EXPECT_EQ(" 0301021401.rph", Files());
+  EXPECT_TRUE(Write(0) && Write(1));
+  EXPECT_EQ(Files(), " 0301021401.rph");
   EXPECT_TRUE(FileExists(m_dir / "a.rph"));
 }
 

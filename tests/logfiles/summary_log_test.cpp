@@ -1,185 +1,148 @@
-// Logs that are on the disk while they grow: PartialFlush.
+// PartialFlush: logs that are on the disk while they grow.
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
+#include <optional>
 #include <random>
+#include <sstream>
 
 #include "tests/logfiles/link_fixture.h"
-#include "vastra/logfiles/log_reader.h"
 
 namespace vastra {
 namespace {
 
+constexpr const char* kLog = "0301021400.rpd";
+constexpr const char* kCsv = "0301021400d.csv";
+const std::string kBoth = std::string(" ") + kLog + " " + kCsv;
+const std::string kNotSaved = "PartialFlush Error F Couldn't save file.\n";
+
 class SummaryLog : public CLinkFixture {
  protected:
-  std::unique_ptr<CFileConfig> Summary(UINT maxSamples = 1000) const {
+  void OpenSummary(UINT maxSamples = 1000, UINT maxLogs = 1000) {
     auto config = Writer();
     config->m_extension = ".rpd";
     config->m_saveCsv = 1;
     config->m_maxSamples = maxSamples;
-    return config;
+    config->m_maxLogs = maxLogs;
+    ASSERT_TRUE(Open(std::move(config)));
   }
-
-  // Rows of the log; -1 if it is damaged or not there.
-  static int Rows(const CString& path) {
-    CSampleStore samples;
-    CLogReader log(samples);
-    return log.Open(path) && log.ReadSamples() ? static_cast<int>(samples.GetCount()) : -1;
+  int Grow(std::int32_t time) {
+    return Write(time, {static_cast<float>(time), -0.5f}) && m_link->PartialFlush();
   }
-  int Rows() const { return Rows(m_dir / "0301021400.rpd"); }
 };
 
 TEST_F(SummaryLog, AGrownLogHasTheBytesOfOneWrittenAtOnce) {
-  Open(Summary());
-  for (int i = 0; i < 50; ++i) {
-    Write(kStart + i, {static_cast<float>(i), -0.5f});
-    EXPECT_TRUE(m_link->PartialFlush());
-    EXPECT_EQ(i + 1, Rows());
-  }
-  const std::string rp = Bytes("0301021400.rpd"), csv = Bytes("0301021400d.csv");
-  EXPECT_EQ(" 0301021400.rpd 0301021400d.csv", Files());
-  m_link->Close();
-  NewLink();
-  Open(Summary());
-  for (int i = 0; i < 50; ++i) Write(kStart + i, {static_cast<float>(i), -0.5f});
-  m_link->Flush();
-  EXPECT_EQ(rp, Bytes("0301021400.rpd"));
-  EXPECT_EQ(csv, Bytes("0301021400d.csv"));
-}
-
-TEST_F(SummaryLog, TheClosingFlushWritesWhatCameSinceAndTheNextLogIsAnother) {
-  Open(Summary());
-  Write(kStart);
-  m_link->PartialFlush();
-  Write(kStart + 1);
-  m_recorder.Take();
+  OpenSummary();
+  for (int i = 0; i < 50; ++i) Write(i, {static_cast<float>(i), -0.5f});
   EXPECT_TRUE(m_link->Flush());
-  EXPECT_EQ("Flush Begin F\nPartialFlush Begin F\nPartialFlush End F\nFlush End F\n", m_recorder.Take());
-  EXPECT_EQ(2, Rows());
-  Write(kStart + 2);
-  m_link->PartialFlush();
-  EXPECT_EQ(1, Rows(m_dir / "0301021401.rpd"));
-  EXPECT_EQ(std::string("TimeStamp,Temp,Flow,\nThu Jan 02 14:00:02:0  2003,1.000000,2.000000,\n"),
-            Bytes("0301021401d.csv"));
-}
-
-TEST_F(SummaryLog, BehindACompleteLogThereIsNothingToWrite) {
-  Open(Summary(2));
-  Write(kStart);
-  m_link->PartialFlush();
-  Write(kStart + 1);
-  m_recorder.Take();
-  EXPECT_TRUE(m_link->PartialFlush());
-  EXPECT_EQ("PartialFlush Begin F\nPartialFlush Notice F No samples to write (Probably new file).\n",
-            m_recorder.Take());
-  EXPECT_EQ(2, Rows());
-}
-
-TEST_F(SummaryLog, RowsThatCouldNotBeSavedGoOutWithTheNextUnderTheNameOfTheFirst) {
-  Open(Summary());
-  Write(kStart);
-  {
-    const CFileSizeLimit full(50);
-    m_recorder.Take();
-    EXPECT_FALSE(m_link->PartialFlush());
-    EXPECT_EQ("PartialFlush Error F Couldn't save file.\n", m_recorder.TakeFaults());
-    Write(kStart + 3600);
-    EXPECT_FALSE(m_link->PartialFlush());
-    EXPECT_EQ("PartialFlush Error F Couldn't save file.\n", m_recorder.TakeFaults());
+  const std::string rp = Bytes(kLog), csv = Bytes(kCsv);
+  NewLink();
+  OpenSummary();
+  for (int i = 0; i < 50; ++i) {
+    EXPECT_TRUE(Grow(i));
+    EXPECT_TRUE(Times(kLog).ends_with(" " + std::to_string(i)));
   }
-  Write(kStart + 3601);
-  EXPECT_TRUE(m_link->PartialFlush());
-  EXPECT_EQ(3, Rows());
-  EXPECT_EQ(" 0301021400.rpd 0301021400d.csv", Files());
+  EXPECT_EQ(Files(), kBoth);
+  EXPECT_EQ(Bytes(kLog), rp);
+  EXPECT_EQ(Bytes(kCsv), csv);
 }
 
-TEST_F(SummaryLog, AFullDiskLeavesTheRowsThatWereConfirmed) {
-  Open(Summary());
-  Write(kStart);
-  m_link->PartialFlush();
-  const std::string before = Bytes("0301021400.rpd");
-  Write(kStart + 1);
-  for (std::size_t size = 0; size < before.size() + 22; ++size) {
+// "3" writes a sample at kStart + 3, "p" and "f" are the two flushes, "(" and ")" begin and end a full disk.
+TEST_F(SummaryLog, WritesRowsOnceAndInTheirFiles) {
+  const std::string empty = "Flush Warning F Tried to flush an empty log.\n";
+  const std::string none = "PartialFlush Notice F No samples to write (Probably new file).\n";
+  const struct {
+    const char *steps, *results;
+    std::string faults;
+    std::vector<std::string> times;  // of each log
+    UINT maxSamples = 1000, maxLogs = 1000;
+  } kCases[] = {
+      {"0 p 1 f 2 p", "111111", "", {" 0 1", " 2"}},
+      {"0 p 1 p", "1111", none, {" 0 1"}, 2},
+      {"( 0 p 3600 p ) 3601 p", "101011", kNotSaved + kNotSaved, {" 0 3600 3601"}},
+      {"0 p 1 ( f ) f", "11110", kNotSaved + empty, {" 0"}},
+      {"0 p 1 p 2 p 3 p 4 p 5 p 6 p", "11111111111111", none + none, {"", " 3 4 5", " 6"}, 3, 2},
+  };
+  for (const auto& row : kCases) {
+    NewLink();
+    OpenSummary(row.maxSamples, row.maxLogs);
+    std::istringstream steps(row.steps);
+    std::string results, step;
+    std::optional<CFileSizeLimit> full;
+    m_recorder.Take();
+    while (steps >> step) {
+      if (step == "(") full.emplace(50);
+      if (step == ")") full.reset();
+      if (step == "p") results += std::to_string(m_link->PartialFlush());
+      if (step == "f") results += std::to_string(m_link->Flush());
+      if (std::isdigit(step[0])) results += std::to_string(Write(std::stoi(step)));
+    }
+    EXPECT_EQ(results, row.results);
+    EXPECT_EQ(m_recorder.TakeFaults(), row.faults);
+    std::string files;
+    for (std::size_t i = 0; i < row.times.size(); ++i) {
+      const std::string name = "030102140" + std::to_string(i);
+      if (row.times[i].empty()) continue;
+      EXPECT_EQ(Times((name + ".rpd").c_str()), row.times[i]) << row.steps;
+      files += " " + name + ".rpd " + name + "d.csv";
+    }
+    EXPECT_EQ(Files(), files) << row.steps;
+  }
+}
+
+TEST_F(SummaryLog, AFullDiskLeavesTheConfirmedRows) {
+  OpenSummary();
+  Grow(0);
+  Write(1);
+  for (std::size_t size = 0; size < Bytes(kLog).size() + 22; ++size) {
     const CFileSizeLimit full(size);
     EXPECT_FALSE(m_link->PartialFlush());
-    EXPECT_EQ(before, Bytes("0301021400.rpd"));
-    EXPECT_EQ(" 0301021400.rpd 0301021400d.csv", Files());
+    EXPECT_EQ(Times(kLog), " 0");
+    EXPECT_EQ(Files(), kBoth);
   }
   EXPECT_TRUE(m_link->PartialFlush());
-  EXPECT_EQ(2, Rows());
+  EXPECT_EQ(Times(kLog), " 0 1");
 }
 
-TEST_F(SummaryLog, ATextCopyThatCannotBeSavedIsNoFailure) {
-  Open(Summary());
-  std::filesystem::create_directory((m_dir / "0301021400d.csv").Std());
-  Write(kStart);
-  m_recorder.Take();
-  EXPECT_TRUE(m_link->PartialFlush());
-  EXPECT_EQ("PartialFlush Begin F\nPartialFlush Error F Couldn't save CSV file.\nPartialFlush End F\n",
-            m_recorder.Take());
-  std::filesystem::remove((m_dir / "0301021400d.csv").Std());
-  Write(kStart + 1);
-  m_link->PartialFlush();
-  EXPECT_EQ(std::string("TimeStamp,Temp,Flow,\nThu Jan 02 14:00:00:0  2003,1.000000,2.000000,\n"
-                        "Thu Jan 02 14:00:01:0  2003,1.000000,2.000000,\n"),
-            Bytes("0301021400d.csv"));
-}
-
-TEST_F(SummaryLog, TheClosingFlushHidesTheFailureOfItsLastWrite) {
-  Open(Summary());
-  Write(kStart);
-  m_link->PartialFlush();
-  Write(kStart + 1);
-  m_recorder.Take();
-  {
-    const CFileSizeLimit full(10);
-    EXPECT_TRUE(m_link->Flush());
-  }
-  EXPECT_EQ("PartialFlush Error F Couldn't save file.\n", m_recorder.TakeFaults());
-  EXPECT_EQ(1, Rows());
-  EXPECT_FALSE(m_link->Flush());  // the row is lost
-  EXPECT_EQ("Flush Warning F Tried to flush an empty log.\n", m_recorder.TakeFaults());
-}
-
-TEST_F(SummaryLog, AGrowingLogCountsOnceInTheRotation) {
-  auto config = Summary(3);
-  config->m_maxLogs = 2;
-  Open(std::move(config));
-  for (int i = 0; i < 9; ++i) Write(kStart + i), m_link->PartialFlush();
-  EXPECT_EQ(" 0301021401.rpd 0301021401d.csv 0301021402.rpd 0301021402d.csv", Files());
-}
-
-// Writes rows until it is killed, and tells confirmed of each one that Flush has confirmed.
-[[noreturn]] void GrowForEver(CFileLink& link, int confirmed) {
-  for (int i = 0;; ++i) {
-    CLogSample row = Sample(kStart + i, {1, 2});
-    if (!link.Write(row) || !link.PartialFlush() || ::write(confirmed, "", 1) != 1) ::_exit(1);
-  }
+TEST_F(SummaryLog, ATextCopyThatCannotBeSavedIsNotAFailureAndIsWrittenLater) {
+  OpenSummary();
+  std::filesystem::create_directory((m_dir / kCsv).Std());
+  EXPECT_TRUE(Grow(0));
+  EXPECT_EQ(m_recorder.TakeFaults(), "PartialFlush Error F Couldn't save CSV file.\n");
+  std::filesystem::remove((m_dir / kCsv).Std());
+  Grow(1);
+  EXPECT_EQ(Bytes(kCsv),
+            "TimeStamp,Temp,Flow,\nThu Jan 02 14:00:00:0  2003,0.000000,-0.500000,\n"
+            "Thu Jan 02 14:00:01:0  2003,1.000000,-0.500000,\n");
 }
 
 TEST_F(SummaryLog, AKillLeavesTheConfirmedRowsOrOneMore) {
   std::mt19937 random(5);
   for (int round = 0; round < 20; ++round) {
-    Open(Summary());
+    NewLink();
+    OpenSummary();
     int ends[2];
-    ASSERT_EQ(0, ::pipe(ends));
+    ASSERT_EQ(::pipe(ends), 0);
     const pid_t child = ::fork();
-    if (child == 0) GrowForEver(*m_link, ends[1]);
+    for (int i = 0; child == 0; ++i)  // grows until it is killed and sends a byte for each confirmed row
+      if (!Grow(i) || ::write(ends[1], "", 1) != 1) ::_exit(1);
     ::close(ends[1]);
     char byte;
-    ASSERT_EQ(1, ::read(ends[0], &byte, 1));
+    ASSERT_EQ(::read(ends[0], &byte, 1), 1);
     ::usleep(static_cast<useconds_t>(random() % 20'000));
     ::kill(child, SIGKILL);
     ::waitpid(child, nullptr, 0);
     int confirmed = 1;
     while (::read(ends[0], &byte, 1) == 1) ++confirmed;
     ::close(ends[0]);
-    const int rows = Rows();
-    EXPECT_TRUE(rows == confirmed || rows == confirmed + 1) << rows << " of " << confirmed;
+    const std::string times = Times(kLog);
+    const auto rows = std::count(times.begin(), times.end(), ' ');
+    EXPECT_TRUE(rows == confirmed || rows == confirmed + 1) << times << " of " << confirmed;
   }
-  Open(Summary());
-  EXPECT_EQ(" 0301021400.rpd 0301021400d.csv", Files());
+  OpenSummary();
+  EXPECT_EQ(Files(), kBoth) << "Open has removed an unfinished image";
 }
 
 }  // namespace

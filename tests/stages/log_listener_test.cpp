@@ -1,10 +1,7 @@
 // What a listener hears of the log files of outputs and summaries.
 #include "vastra/logfiles/log_listener.h"
 
-#include <gtest/gtest.h>
-
 #include "tests/stages/samples.h"
-#include "tests/support/recorder.h"
 #include "vastra/stages/log_multi_output.h"
 #include "vastra/stages/log_multi_summary.h"
 
@@ -40,12 +37,8 @@ class CHearer : public CLogListener {
   std::string m_lines;
 };
 
-class LogListener : public testing::Test {
+class LogListener : public CStageFixture {
  protected:
-  LogListener() {
-    ::setenv("TZ", "UTC0", 1);
-    ::tzset();
-  }
   template <class Config>
   Config* Make(const char* enable) const {
     auto* config = new Config;
@@ -60,8 +53,6 @@ class LogListener : public testing::Test {
     return stage.Write(sample);
   }
 
-  CRecorder m_recorder;
-  CTempDir m_dir;
   CHearer m_hearer{m_dir.Path()};
   CStringArray m_names = Names({"x"});
 };

@@ -1,16 +1,19 @@
-// Names and samples of the tests of stages, and what came of them in the logs.
+// Names and samples for the tests of stages, and the content of the logs as text.
 #pragma once
+
+#include <gtest/gtest.h>
 
 #include <sstream>
 
 #include "tests/support/files.h"
 #include "tests/support/names.h"
+#include "tests/support/recorder.h"
 #include "vastra/core/sample.h"
 #include "vastra/platform/file_system.h"
 
 namespace vastra {
 
-// The equations of a text, which ends each but the last with a semicolon.
+// The equations of a text, which separates them with semicolons.
 inline CStringArray Equations(const char* text) {
   CStringArray equations;
   std::istringstream parts(text);
@@ -39,27 +42,34 @@ inline std::string Values(const CLogSample& sample) {
   return all;
 }
 
-// All values of a CSV line, as integers, joined.
-inline std::string Row(const std::string& line) {
-  std::string row, field;
-  std::istringstream fields(line);
-  std::getline(fields, field, ',');
-  while (std::getline(fields, field, ',')) row += (row.empty() ? "" : "/") + field.substr(0, field.find('.'));
-  return row;
-}
-
-// For each CSV log in dir its sequence number and its rows: "00: 1 2|01: 3|".
+// For each CSV log in dir its sequence number and its rows, as integers: "00: 1/5 2/7|01: 3/8|".
 inline std::string Logs(const CString& dir) {
   std::string all;
   for (const CFileEntry& file : ListFiles(dir, ".csv")) {
     all += file.m_name.Right(7).Left(2).Std() + ":";
     std::istringstream lines(ReadBytes(JoinPath(dir, file.m_name)));
-    std::string line;
+    std::string line, field;
     std::getline(lines, line);
-    while (std::getline(lines, line)) all += " " + Row(line);
+    while (std::getline(lines, line)) {
+      std::istringstream fields(line);
+      std::getline(fields, field, ',');
+      for (char divider = ' '; std::getline(fields, field, ','); divider = '/')
+        all += divider + field.substr(0, field.find('.'));
+    }
     all += "|";
   }
   return all;
 }
+
+// A messenger, a directory, and UTC as the local time.
+class CStageFixture : public testing::Test {
+ protected:
+  CStageFixture() {
+    ::setenv("TZ", "UTC0", 1);
+    ::tzset();
+  }
+  CRecorder m_recorder;
+  CTempDir m_dir;
+};
 
 }  // namespace vastra

@@ -1,14 +1,11 @@
 // The trending stage: the newest sample, with the variables that the live views add.
-#include <gtest/gtest.h>
-
 #include "tests/stages/samples.h"
-#include "tests/support/recorder.h"
 #include "vastra/stages/log_trendings.h"
 
 namespace vastra {
 namespace {
 
-class Trending : public testing::Test {
+class Trending : public CStageFixture {
  protected:
   // Extra variables are computed if there are equations.
   int Open(std::initializer_list<const char*> names, std::initializer_list<const char*> base,
@@ -20,7 +17,7 @@ class Trending : public testing::Test {
     options.m_calculateExtra = *equations != 0;
     CStringArray given = Names(names);
     const int opened = m_stage.Open(given);
-    EXPECT_EQ(opened, m_stage.IsOpen());
+    EXPECT_EQ(m_stage.IsOpen(), opened);
     return opened;
   }
   int Write(std::initializer_list<float> values, std::int32_t time = kStart) {
@@ -29,12 +26,11 @@ class Trending : public testing::Test {
   }
   std::string Read() { return m_stage.Read(&m_sample) ? Values(m_sample) : "failed"; }
 
-  CRecorder m_recorder;
   CLogSample m_sample = Sample({-7});
   CLogTrendings m_stage;
 };
 
-TEST_F(Trending, BaseVariablesAreFollowedByTheExtrasOnlyWhereTheseAreComputed) {
+TEST_F(Trending, ExtraVariablesFollowTheBaseVariablesWhereTheyAreComputed) {
   const struct {
     std::initializer_list<const char*> base, extra;
     const char *equations, *stored;  // of the sample 1, 2
@@ -48,45 +44,45 @@ TEST_F(Trending, BaseVariablesAreFollowedByTheExtrasOnlyWhereTheseAreComputed) {
       {{}, {"sum"}, "sum = a + b", "3"},
   };
   for (const auto& row : kCases) {
-    ASSERT_EQ(1, Open({"a", "b"}, row.base, row.extra, row.equations));
+    ASSERT_EQ(Open({"a", "b"}, row.base, row.extra, row.equations), 1);
     m_recorder.Take();
-    EXPECT_EQ(1, Write({1, 2}));
-    EXPECT_EQ(*row.equations == 0, m_recorder.Take().starts_with("Write Begin TrendingsFileLink\n"));
-    EXPECT_EQ(row.stored, Read());
+    EXPECT_EQ(Write({1, 2}), 1);
+    EXPECT_EQ(m_recorder.Take().starts_with("Write Begin TrendingsFileLink\n"), *row.equations == 0);
+    EXPECT_EQ(Read(), row.stored);
   }
 }
 
-TEST_F(Trending, EachReaderGetsTheNewestSampleAndNoneBeforeTheFirst) {
-  EXPECT_EQ("failed", Read());
-  EXPECT_EQ("-7", Values(m_sample)) << "a closed stage leaves the sample alone";
-  EXPECT_EQ(0, Write({1, 2}));
-  ASSERT_EQ(1, Open({"a", "b"}, {"a", "b"}, {"n"}, "n = n + 1"));
-  EXPECT_EQ("", Read());
+TEST_F(Trending, EachReaderGetsTheNewestSample) {
+  EXPECT_EQ(Read(), "failed");
+  EXPECT_EQ(Values(m_sample), "-7") << "a closed stage does not change the sample";
+  EXPECT_EQ(Write({1, 2}), 0);
+  ASSERT_EQ(Open({"a", "b"}, {"a", "b"}, {"n"}, "n = n + 1"), 1);
+  EXPECT_EQ(Read(), "");
   for (const int n : {1, 2}) {
-    EXPECT_EQ(1, Write({3, 4}, kStart + n));
+    EXPECT_EQ(Write({3, 4}, kStart + n), 1);
     for (int reader = 0; reader < 2; ++reader) {
-      EXPECT_EQ("3 4 " + std::to_string(n), Read());
-      EXPECT_EQ(kStart + n, m_sample.m_time.time);
+      EXPECT_EQ(Read(), "3 4 " + std::to_string(n));
+      EXPECT_EQ(m_sample.m_time.time, kStart + n);
     }
   }
-  ASSERT_EQ(1, Open({"x"}, {"x"}, {"n"}, "n = n + 1"));
-  EXPECT_EQ("", Read());
-  EXPECT_EQ(1, Write({5}));
-  EXPECT_EQ("5 1", Read());
+  ASSERT_EQ(Open({"x"}, {"x"}, {"n"}, "n = n + 1"), 1);
+  EXPECT_EQ(Read(), "");
+  EXPECT_EQ(Write({5}), 1);
+  EXPECT_EQ(Read(), "5 1");
   m_stage.Close();
-  EXPECT_EQ(0, m_stage.IsOpen());
-  EXPECT_EQ("failed", Read());
-  EXPECT_EQ("5 1", Values(m_sample));
-  EXPECT_EQ("", m_recorder.TakeFaults());
+  EXPECT_EQ(m_stage.IsOpen(), 0);
+  EXPECT_EQ(Read(), "failed");
+  EXPECT_EQ(Values(m_sample), "5 1");
+  EXPECT_EQ(m_recorder.TakeFaults(), "");
 }
 
 TEST_F(Trending, ExtrasThatDoNotCompileLeaveTheStageClosed) {
-  ASSERT_EQ(1, Open({"a"}, {"a"}));
-  EXPECT_EQ(1, Write({1}));
-  EXPECT_EQ(0, Open({"a"}, {"a"}, {"n"}, "n = b"));
-  EXPECT_EQ("Open Fatal TrendingsEquatorLink Linker could not configure itself.\n", m_recorder.TakeFaults());
-  EXPECT_EQ("failed", Read());
-  EXPECT_EQ(0, Write({1}));
+  ASSERT_EQ(Open({"a"}, {"a"}), 1);
+  EXPECT_EQ(Write({1}), 1);
+  EXPECT_EQ(Open({"a"}, {"a"}, {"n"}, "n = b"), 0);
+  EXPECT_EQ(m_recorder.TakeFaults(), "Open Fatal TrendingsEquatorLink Linker could not configure itself.\n");
+  EXPECT_EQ(Read(), "failed");
+  EXPECT_EQ(Write({1}), 0);
 }
 
 }  // namespace

@@ -8,12 +8,12 @@
 namespace vastra {
 namespace {
 
-constexpr std::size_t kStage = std::size_t{64} * 1024;  // bytes of text that are handed to a file at a time
-constexpr std::uint32_t kValuesAtATime = 1024;          // for which room is made at a time
+constexpr std::size_t kStage = std::size_t{64} * 1024;  // bytes of text for one write to a file
+constexpr std::uint32_t kValuesAtATime = 1024;          // values for which memory is reserved at a time
 constexpr std::int64_t kQuarter = 900;                  // seconds
 
-// The texts of 0 to 999 with leading zeros, first digit lowest; the fourth byte is 0. Whoever reads four
-// bytes from the middle of the last one needs the spare.
+// The texts of 0 to 999 with leading zeros, the first digit in the lowest byte; the fourth byte is 0. The
+// additional entry allows reading four bytes from the middle of the last text.
 struct CThreeDigits {
   constexpr CThreeDigits() {
     for (std::uint32_t n = 0; n < 1000; ++n)
@@ -24,13 +24,13 @@ struct CThreeDigits {
 constexpr CThreeDigits kDigits;
 static_assert(std::endian::native == std::endian::little);
 
-// Three digits, also of a small number. Writes one byte more than it gives.
+// Always three digits. Writes one byte more than it returns.
 char* PutThree(char* to, std::uint32_t n) {
   std::memcpy(to, &kDigits.m_text[n], 4);
   return to + 3;
 }
 
-// A number below 1000 without leading zeros. Writes up to three bytes more than it gives.
+// A number below 1000 without leading zeros. Writes up to three bytes more than it returns.
 char* PutShort(char* to, std::uint32_t n) {
   const std::size_t zeros = static_cast<std::size_t>(n < 100) + static_cast<std::size_t>(n < 10);
   const std::uint32_t text = kDigits.m_text[n] >> 8 * zeros;
@@ -46,7 +46,7 @@ char* PutTwo(char* to, unsigned n) {
 
 char* PutText(char* to, std::string_view text) { return std::copy(text.begin(), text.end(), to); }
 
-// A number below 10^9 without leading zeros. Writes up to three bytes more than it gives.
+// A number below 10^9 without leading zeros. Writes up to three bytes more than it returns.
 inline char* PutWhole(char* to, std::uint32_t n) {
   if (n < 1000) return PutShort(to, n);
   const std::uint32_t thousands = n / 1000;
@@ -55,7 +55,7 @@ inline char* PutWhole(char* to, std::uint32_t n) {
   return PutThree(to, n % 1000);
 }
 
-// whole.decimals, with six decimals and a comma, the last eight bytes by one store.
+// whole.decimals, with six decimals and a comma. One store writes the last eight bytes.
 inline char* PutFixed(char* to, std::uint32_t whole, std::uint32_t decimals) {
   to = PutWhole(to, whole);
   const std::uint64_t text = std::uint64_t{'.'} | std::uint64_t{kDigits.m_text[decimals / 1000]} << 8 |
@@ -64,8 +64,8 @@ inline char* PutFixed(char* to, std::uint32_t whole, std::uint32_t decimals) {
   return to + 8;
 }
 
-// mantissa x 2^-shift: the product of its fraction with a million is exact, and the bits that are shifted out
-// round it to the nearest, ties to even.
+// mantissa x 2^-shift. The product of its fraction and a million is exact; shifting rounds it to the nearest
+// value, ties to even.
 inline char* PutFraction(char* to, std::uint32_t mantissa, int shift) {
   if (shift > 44) return PutFixed(to, 0, 0);  // below half a millionth
   const std::uint64_t one = std::uint64_t{1} << shift;

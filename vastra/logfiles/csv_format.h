@@ -1,6 +1,6 @@
 // The text copy of a log (.csv), for other programs: a first line with the names and one line for each
-// sample, exactly as printf("%f,") and ctime would write them, but worked out with integers.
-// docs/file-formats.md has the lines. The file link and the hosts write it; nobody reads it back.
+// sample, with the text of printf("%f,") and ctime but computed with integers. docs/file-formats.md describes
+// the lines. The file link and the hosts write it; nothing reads it back.
 #pragma once
 
 #include <memory>
@@ -16,15 +16,15 @@ constexpr std::size_t kMaxFloatText = 48;
 // Longest time text of a sample.
 constexpr std::size_t kMaxTimeText = 64;
 
-// Puts the text of printf("%f,", value) at to and gives the place behind it.
+// Puts the text of printf("%f,", value) at to and returns the place after it.
 VASTRA_API char* PutFloat(char* to, float value);
 
-// The time text of samples, such as "Sun Sep 09 01:46:40:250  2001,": local time with the milliseconds behind
-// the seconds and two blanks before the year. The text of a quarter hour is made once and its minutes and
-// seconds are replaced.
+// The time text of samples, such as "Sun Sep 09 01:46:40:250  2001,": local time with the milliseconds after
+// the seconds and two blanks before the year. The text is computed once for each quarter of an hour; for the
+// samples within it only minutes and seconds are replaced.
 class VASTRA_API CTimeText {
  public:
-  // Puts the text of time, with its comma, at to and gives the place behind it.
+  // Puts the text of time, with its comma, at to and returns the place after it.
   char* Put(char* to, const _timeb& time);
 
  private:
@@ -34,15 +34,15 @@ class VASTRA_API CTimeText {
   static constexpr std::int64_t kNoQuarter = INT64_MIN;
   static constexpr std::size_t kClockSize = 19;  // "Sun Sep 09 01:46:40"
 
-  std::int64_t m_quarter = kNoQuarter;  // quarter hours since 1970 began
-  bool m_regular = false;  // within the quarter the local clock runs second by second, in one hour
+  std::int64_t m_quarter = kNoQuarter;  // quarters of an hour since the beginning of 1970
+  bool m_regular = false;  // within the quarter the local clock has no jump and stays in one hour
   unsigned m_start = 0;    // second of the local hour in which the quarter begins
   char m_clock[32] = {};
   char m_year[16] = {};  // "  2001,"
   std::size_t m_yearSize = 0;
 };
 
-// A text that grows line by line. Each Add throws std::bad_alloc, with the text as it was.
+// A text that grows line by line. Add throws std::bad_alloc and leaves the text unchanged then.
 class VASTRA_API CCsvText {
  public:
   void AddNames(const CStringArray& names);
@@ -60,7 +60,8 @@ class VASTRA_API CCsvText {
   CTimeText m_times;
 };
 
-// Writes the whole text copy of a log to file, through text, which ends up empty. Throws CFileException.
+// Writes the whole text copy of a log to file. text is the buffer and is empty afterwards. Throws
+// CFileException.
 VASTRA_API void WriteCsv(CFile& file, const CStringArray& names, const CSampleStore& samples, CCsvText& text);
 
 }  // namespace vastra

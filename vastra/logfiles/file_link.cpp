@@ -112,7 +112,7 @@ int CFileLink::Write(CLogSample& sample) {
 
 const CFault* CFileLink::KeepSample(const CLogSample& sample) {
   if (!IsWriter() && !m_bufferOnly) return &kInvalidOperation;
-  try {  // all that can fail comes before anything changes
+  try {  // everything that can fail comes before the first change
     if (IsWriter()) m_samples.MakeRoom(sample.m_values.GetSize());
     m_lastSample = sample;
   } catch (const std::bad_alloc&) {
@@ -172,7 +172,8 @@ int CFileLink::PartialFlush() {
   return End(functionPartialFlush);
 }
 
-// The log takes its place among the others before its first image is written: one that fails is tried again.
+// Adds the log to the lists before its first image is written, because an image that fails is written again
+// later.
 void CFileLink::BeginPartialLog() {
   m_partial = 1;
   m_currentName = CreateName();
@@ -181,7 +182,7 @@ void CFileLink::BeginPartialLog() {
   m_csvText.RemoveAll();
 }
 
-// What came since the last PartialFlush goes out with one more, whose failure is its own to report.
+// Writes the samples since the last PartialFlush by another one, which reports its own failure.
 void CFileLink::EndPartialLog() {
   m_ending = true;
   PartialFlush();
@@ -230,7 +231,7 @@ int CFileLink::SaveAsCSV(const CString& name) {
   });
 }
 
-// Only the lines of samples that came since the last image are made.
+// Makes only the lines of the samples since the last image.
 void CFileLink::WritePartialCsv(CFile& file) {
   if (m_csvText.View().empty()) {
     m_csvPlace = m_samples.GetHeadPlace();
@@ -250,7 +251,7 @@ int CFileLink::Read(CLogSample& sample) {
       sample = m_lastSample;
       return End(functionRead);
     }
-    while (m_samples.IsEmpty()) {  // once, but for a log without samples
+    while (m_samples.IsEmpty()) {  // repeats only for a log without samples
       Send(functionRead, kEndOfFile);
       if (!Flush()) return End(functionRead), 0;
     }
@@ -267,8 +268,8 @@ const CFault* CFileLink::LoadNextFile() {
   return OpenNextFile(m_nextFile, 0) ? nullptr : &kFileNotOpened;
 }
 
-// Loads the log at position and moves position on, whatever comes of it: a log that fails has been used up
-// and leaves no samples.
+// Loads the log at position and moves position to the next one, also if that fails: a log that fails is not
+// tried again and leaves no samples.
 int CFileLink::OpenNextFile(POSITION& position, int loadNames) {
   if (!position) return 0;
   const CString& path = m_orderedFiles.GetNext(position);
@@ -286,8 +287,8 @@ int CFileLink::OpenNextFile(POSITION& position, int loadNames) {
   }
 }
 
-// Puts the logs among files in the order of their first samples; of equal ones the order of files stays. What
-// is no log is passed over; what cannot be read fails the whole.
+// Sorts the logs among files by the times of their first samples; logs with equal times keep their order.
+// Skips files that are not logs; returns 0 if a file cannot be read.
 int CFileLink::OrderFileList(const CStringList& files) {
   m_orderedFiles.RemoveAll();
   std::vector<std::pair<std::int32_t, const CString*>> logs;

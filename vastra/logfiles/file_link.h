@@ -1,13 +1,13 @@
-// CFileLink: the leaf link that deals with log files. Its configuration and the mode of Open choose one of
-// three uses:
-//   writer   modeWrite: gathers samples and writes them as one log when the log is full or its stage says so;
-//            keeps the number of logs in the directory within a limit
+// CFileLink: the leaf link for log files. Its configuration and the mode of Open choose one of three uses:
+//   writer   modeWrite: collects samples and writes them as one log when the log is full or the stage asks
+//   for
+//            it; limits the number of logs in the directory
 //   replay   modeRead: plays a list of binary logs, the one with the earliest first sample first
-//   buffer   m_bufferOnly, in either mode: a store of one sample and its names at the far end of a chain of
-//            equations; touches no file
+//   buffer   m_bufferOnly, in either mode: keeps one sample and its names at the end of a chain of equations;
+//            touches no file
 //
-// This link decides when something is written, read or removed; the bytes and the names of logs are the
-// business of the files beside it. Comm is the base's and always gives 0 in a leaf.
+// This link decides when a file is written, read or removed. The other files of this module handle the bytes
+// and the names of logs. Comm is that of the base class and always returns 0.
 #pragma once
 
 #include <functional>
@@ -26,15 +26,15 @@ struct CSaveFailure;
 
 // The settings that the link keeps while it is open.
 struct CFileSettings {
-  CString m_extension;  // of binary logs, with its point: ".rph" for data logs, ".rpd" for summaries
+  CString m_extension;  // of binary logs, with the dot: ".rph" for data logs, ".rpd" for summaries
   int m_bufferOnly = 0;
   UINT m_maxLogs = 0;      // logs of each kind that stay in the directory
   UINT m_maxSamples = 0;   // samples at which a log is complete; 0: each is a log of its own
   int m_saveCsv = 0;       // non-zero: write the text copy of each log
   int m_saveRp = 0;        // non-zero: write the binary log
   CString m_directory;     // of the logs
-  CString m_nameVariable;  // what names a log: "System Time", or one of the variables
-  int m_dwordName = 0;     // non-zero: the variable behind m_nameVariable joins in the name
+  CString m_nameVariable;  // source of the name of a log: "System Time" or a variable
+  int m_dwordName = 0;     // non-zero: the name also contains the variable after m_nameVariable
   CString m_prefix;        // of log names
   int m_usePrefix = 0;
 };
@@ -42,11 +42,11 @@ struct CFileSettings {
 class VASTRA_API CFileConfig : public CLinkConfig, public CFileSettings {
   DECLARE_DYNAMIC(CFileConfig)
  public:
-  CStringList m_files;      // to replay, by paths that can be opened as they stand
-  CStringArray m_varNames;  // of the samples that are going to be written; a replay takes those of its logs
+  CStringList m_files;      // to replay; paths that can be opened as they are
+  CStringArray m_varNames;  // of the samples to be written; a replay uses those of its logs
 };
 
-// How full something is.
+// How full a log is.
 struct CFill {
   std::uint64_t m_samples = 0;
   std::uint64_t m_of = 0;
@@ -59,45 +59,46 @@ struct CFill {
 
 class VASTRA_API CFileLink : public CLink, private CFileSettings {
  public:
-  // A new link; null, and no link, if component is not null, since a file link is a leaf.
+  // Returns a new link; null if component is not null, because a file link is a leaf.
   static CFileLink* Create(CLink* component);
   ~CFileLink() override { CFileLink::Close(); }
 
-  // Writer: appends a copy of sample to the log, and writes the log if it is complete; 0 if that fails, and
-  // the next sample starts a new log. Buffer: keeps a copy of sample.
+  // Writer: appends a copy of sample to the log and writes the log if it is complete; 0 if that fails: the
+  // log is lost and the next sample starts a new one. Buffer: keeps a copy of sample.
   int Write(CLogSample& sample) override;
-  // Replay: the next sample; 0 at the end of the last log, and once for each log that cannot be read or has
-  // other names than the first, which is then left out. Otherwise: the last sample written.
+  // Replay: reads the next sample; 0 at the end of the last log, and once for each log that cannot be read or
+  // has other names than the first; such a log is skipped. Other uses: reads the last sample written.
   int Read(CLogSample& sample) override;
   int GetVarNames(CStringArray& names) override { return GiveVarNames(m_varNames, names); }
-  void Close() override;  // drops what was not flushed
+  void Close() override;  // discards samples that were not flushed
   int Open(CTypedPtrList<CObList, CLinkConfig*>& configs, UINT mode) override;
 
-  // Writer: ends the log that is being gathered and writes it; whatever the result, the next sample starts a
-  // new log. Replay: loads the next log.
+  // Writer: ends the current log and writes it; whatever the result, the next sample starts a new log.
+  // Replay: loads the next log.
   int Flush();
-  // Writer: writes what is gathered so far, durably, and goes on gathering. On 0 the samples stay and the
-  // next call tries again. A text copy that cannot be saved is no failure.
+  // Writer: writes the samples collected so far, durably, and keeps collecting. On 0 the samples stay and the
+  // next call tries again. A text copy that cannot be saved does not count as a failure.
   int PartialFlush();
 
-  // Writer: listener, which must exist until the link is closed, hears of each file that is saved or cannot
-  // be saved, on the thread of the operation. log is passed on with each event. Null: nobody hears.
+  // Writer: reports each file that is saved or cannot be saved to listener, on the thread of the operation.
+  // listener must exist until the link is closed; null: no reports. Each event contains log.
   void SetLogListener(CLogListener* listener, int log = 0) {
     m_pListener = listener;
     m_listenerLog = log;
   }
 
   // Progress of a replay; all 0 in any other state.
-  UINT GetTotalFiles() const;   // logs to be played
-  UINT GetCurrentFile() const;  // logs begun behind the first
-  int Finished() const;         // 1 once a Read has found no log left
+  UINT GetTotalFiles() const;   // logs to play
+  UINT GetCurrentFile() const;  // logs begun after the first
+  int Finished() const;         // 1 after a Read has found no further log
 
-  // Samples in memory, and of how many. Writer: gathered and not on the disk yet, of those that make a log;
-  // replay: not read yet, of the log that is playing. All 0 in any other state.
+  // Samples in memory, and how many make a whole. Writer: collected samples that are not on the disk yet, of
+  // those that make a log; replay: samples not read yet, of the log that is playing. All 0 in any other
+  // state.
   CFill GetFill() const;
 
-  // Buffer: the value at index of the last sample. 0, with value left alone, in any other state or beyond the
-  // end of the sample; without a line.
+  // Buffer: the value at index of the last sample. 0, with value unchanged and without a message, in any
+  // other state or beyond the end of the sample.
   int ReadVariable(UINT index, float& value);
   int WriteVariable(UINT index, float value);
 
@@ -132,20 +133,20 @@ class VASTRA_API CFileLink : public CLink, private CFileSettings {
 
   bool IsInBuffer(UINT index) const;
 
-  CHourNames m_hourNames;  // lives as long as the link: neither Open nor Close starts the numbers anew
+  CHourNames m_hourNames;  // keeps its numbers across Open and Close
   int m_finished = 0;
   UINT m_filesRead = 0;
   int m_partial = 0;              // 1 while a log is being written by PartialFlush
-  bool m_ending = false;          // PartialFlush writes the last image of its log
-  CString m_currentName;          // of that log, without its extension
-  POSITION m_nextFile = nullptr;  // in m_orderedFiles: the log to be loaded next; null: all have been begun
+  bool m_ending = false;          // PartialFlush is writing the last image of its log
+  CString m_currentName;          // name of that log, without its extension
+  POSITION m_nextFile = nullptr;  // in m_orderedFiles: the next log to load; null: none is left
   CLogSample m_lastSample;        // the last one written
   CStringArray m_varNames;
-  CSampleStore m_samples;      // of the log that is being gathered or played
+  CSampleStore m_samples;      // of the log that is being collected or played
   CStringList m_orderedFiles;  // the logs of a replay
   CLogList m_rpLogs, m_csvLogs;
   CLogWriter m_writer;
-  CCsvText m_csvText;  // of a log that grows, up to m_csvPlace; other logs only pass through it
+  CCsvText m_csvText;  // of a growing log, up to m_csvPlace; for other logs only a buffer
   CSampleStore::CPlace m_csvPlace;
   CLogListener* m_pListener = nullptr;  // the host's
   int m_listenerLog = 0;

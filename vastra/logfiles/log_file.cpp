@@ -48,7 +48,7 @@ int SaveLogFile(const CString& path, bool durable, const std::function<void(CFil
 }
 
 void RemoveLeftImages(const CString& directory, const CString& extension) {
-  if (extension.IsEmpty()) return;  // any file could be meant
+  if (extension.IsEmpty()) return;  // it would match any file
   for (const CFileEntry& file : ListFiles(directory, extension + CReplaceFile::kSuffix))
     CReplaceFile::RemoveLeft(JoinPath(directory, file.m_name));
 }

@@ -24,8 +24,8 @@ void CLogList::Rotate(const CString& directory, UINT maxLogs) {
   while (static_cast<UINT>(m_names.GetCount()) > maxLogs) RemoveFile(directory);
 }
 
-// Takes the oldest entry off and deletes its file, unless the name stands in the list once more: then it was
-// written anew since. An entry whose file could not be deleted (0) is gone all the same.
+// Removes the oldest entry and deletes its file, unless the list contains the name again: then a newer log
+// has replaced the file. If the file cannot be deleted (0), the entry is removed all the same.
 int CLogList::RemoveFile(const CString& directory) {
   const CString name = m_names.RemoveHead();
   const auto use = m_uses.find(name.Std());

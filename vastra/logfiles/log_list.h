@@ -1,4 +1,4 @@
-// CLogList: the logs of one kind in a directory, oldest first, and which of them go when there are too many.
+// CLogList: the logs of one kind in a directory, oldest first. Removes the oldest when there are too many.
 #pragma once
 
 #include <string>
@@ -10,12 +10,12 @@ namespace vastra {
 
 class CLogList {
  public:
-  // Makes the files of directory whose name ends in extension, letter case ignored, the list, in the order in
-  // which they were last written; of several that were written at once in the order of their names.
+  // Fills the list with the files of directory whose names end in extension, ignoring case, in the order of
+  // their last write times; files with equal times in the order of their names.
   void CreateFileList(const CString& directory, const CString& extension);
-  // Appends a log, by its bare name with its extension.
+  // Appends a log by its file name without the directory.
   void Add(const CString& name);
-  // Removes the oldest logs of directory until the list has maxLogs of them.
+  // Removes the oldest logs of directory until the list has maxLogs entries.
   void Rotate(const CString& directory, UINT maxLogs);
 
   int GetCount() const { return m_names.GetCount(); }
@@ -24,7 +24,7 @@ class CLogList {
   int RemoveFile(const CString& directory);
 
   CStringList m_names;
-  std::unordered_map<std::string, int> m_uses;  // how often each name stands in the list
+  std::unordered_map<std::string, int> m_uses;  // how often each name is in the list
 };
 
 }  // namespace vastra

@@ -1,7 +1,6 @@
-// CLogListener: the interface by which a host learns what becomes of each log file. The host installs a
+// CLogListener: the interface that reports to a host what happens to each log file. The host installs a
 // listener for an output or summary stage before Open; the stage passes it to its file links. By default
-// there is none. The file link calls it after each attempt to save a file, never while it only gathers a
-// sample.
+// there is none. The file link calls it after each attempt to save a file.
 #pragma once
 
 #include <cstdint>
@@ -24,7 +23,7 @@ struct CSavedLog {
 struct CUnsavedLog {
   int log = 0;  // as in CSavedLog
   CString path;
-  CString reason;  // the system's words
+  CString reason;  // the system's error message
   std::uint64_t samples = 0;
   bool leftShortFile = false;  // a new file stays on the disk, with a part of the log
 };

@@ -31,7 +31,8 @@ CString CreateFileNameFromVar(const CString& variable, const CStringArray& names
   if (samples.IsEmpty()) return kNoValue;
   CString name = kNoValue;
   const CSampleRecord first = samples.GetHead();
-  const auto place = static_cast<UINT>(FindIn(names, variable));  // beyond every sample if there is none
+  const auto place =
+      static_cast<UINT>(FindIn(names, variable));  // beyond every sample if names does not contain it
   if (place < first.m_count) {
     const auto value = [&first](UINT index) { return TruncateToInt(first.Value(index)); };
     if (dwordName && place + 1 < first.m_count)

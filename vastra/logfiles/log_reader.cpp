@@ -67,7 +67,7 @@ int CLogReader::Open(CFile& file) {
 
 int CLogReader::ReadImage(CFile& file) {
   const std::uint64_t length = file.GetLength();
-  if (length == std::numeric_limits<std::uint64_t>::max()) return Fail("is no regular file");
+  if (length == std::numeric_limits<std::uint64_t>::max()) return Fail("is not a regular file");
   char* image = m_samples.MakeImage(length);
   m_image = image;
   m_cursor = {image, image + file.Read(image, length)};
@@ -78,14 +78,14 @@ int CLogReader::ReadHead() {
   std::string_view reserved, name;
   std::uint32_t magic = 0;
   if (CLogCursor start = m_cursor; start.Get(magic) && magic != CLogStart::kMagic)
-    return Fail("is no log: it does not begin like one");
+    return Fail("is not a log: its first bytes are those of another format");
   if (!m_cursor.Get(m_start)) return FailCut("the start");
   if (!m_cursor.GetText(reserved)) return FailCut("the reserved text");
   if (!m_cursor.GetCount(m_nameCount)) return FailCut("the number of names");
   m_names = m_cursor.m_at;
   for (std::uint32_t i = 0; i < m_nameCount; ++i)
     if (!m_cursor.GetText(name)) return FailCut("name " + CString(std::to_string(i + 1)));
-  return m_nameCount <= INT_MAX ? 1 : Fail("has more names than there can be");
+  return m_nameCount <= INT_MAX ? 1 : Fail("has too many names");
 }
 
 void CLogReader::GetNames(CStringArray& names) const {

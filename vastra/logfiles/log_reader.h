@@ -1,9 +1,9 @@
-// CLogReader: reads a binary log and believes no count or length that the rest of the file cannot hold. The
-// file link replays with it, the hosts look at logs with it.
+// CLogReader: reads a binary log and checks each count and length against the rest of the file. The file link
+// replays with it, and the hosts examine logs with it.
 //
-//   CSampleStore samples;
-//   CLogReader log(samples);
-//   if (!log.Open(path) || !log.ReadSamples()) ... log.GetFault() ...
+//     CSampleStore samples;
+//     CLogReader log(samples);
+//     if (!log.Open(path) || !log.ReadSamples()) ... log.GetFault() ...
 #pragma once
 
 #include <string_view>
@@ -14,8 +14,8 @@
 
 namespace vastra {
 
-// A walk over fields that are not trusted. Each operation gives false, and stays where it is, if the field
-// goes beyond the end.
+// A position in bytes that are not trusted. Each operation returns false and does not move if the field
+// extends beyond the end.
 struct CLogCursor {
   const char* m_at = nullptr;
   const char* m_end = nullptr;
@@ -30,12 +30,12 @@ struct CLogCursor {
 
 class VASTRA_API CLogReader {
  public:
-  // samples is the caller's: it takes the image of the file, and as long as the reader is used nobody else
-  // changes it.
+  // samples belongs to the caller and receives the image of the file; it must not change while the reader is
+  // in use.
   explicit CLogReader(CSampleStore& samples) : m_samples(samples) {}
 
-  // Reads the file at path, or file from its beginning, whole and looks through its head. 1, or 0 with the
-  // samples empty; GetFault then tells why.
+  // Reads all of the file at path, or all of file from its beginning, and checks its head. 1, or 0 with
+  // samples empty and the reason in GetFault.
   int Open(const CString& path);
   int Open(CFile& file);
 
@@ -45,12 +45,12 @@ class VASTRA_API CLogReader {
   // Whether the log has exactly these names, byte for byte and in this order.
   bool HasNames(const CStringArray& names) const;
 
-  // Makes the log's samples those of the store, all of them or, with the result 0, none. What stands behind
-  // the trailer is not looked at, nor are times beyond the number of samples. Once after each Open.
+  // Puts all samples of the log into the store, or none with the result 0. Bytes after the trailer and times
+  // beyond the number of samples are ignored. Once after each Open.
   int ReadSamples();
 
-  // What is wrong with the log, as one line without the name of the file, such as "ends at byte 50 inside the
-  // values of sample 2 (from byte 49 on)".
+  // What is wrong with the log, as one line without the file name, such as "ends at byte 50 inside the values
+  // of sample 2 (from byte 49 on)".
   const CString& GetFault() const { return m_fault; }
 
  private:
@@ -67,15 +67,15 @@ class VASTRA_API CLogReader {
   CLogCursor m_cursor;
   CLogStart m_start;
   std::uint32_t m_nameCount = 0;
-  const char* m_names = nullptr;  // the first of them
+  const char* m_names = nullptr;  // of the first name
   CString m_fault;
 };
 
-// What a file is to a replay.
+// How a replay treats a file.
 enum class ELogKind { unreadable, other, log };
 
-// Reads the beginning of the file at path. time is the first time of a log, in seconds. A file of under four
-// bytes and a log that ends before its first time are unreadable.
+// Reads the beginning of the file at path. time is the first time of a log, in seconds. A file of fewer than
+// four bytes and a log that ends before its first time are unreadable.
 ELogKind ReadFirstTime(const CString& path, std::int32_t& time);
 
 }  // namespace vastra

@@ -11,7 +11,7 @@ void CLogWriter::SetNames(const CStringArray& names) {
   const std::uint32_t noSamples = 0;
   CMemFile head;
   CArchive ar(&head, CArchive::store);
-  CStringArray copy = names;  // an archive stores and loads by one function
+  CStringArray copy = names;  // an archive stores and loads through the same function
   ar.Write(&start, sizeof start);
   ar << CString();
   ar.Serialize(copy);

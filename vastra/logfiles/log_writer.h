@@ -1,5 +1,5 @@
-// CLogWriter: writes binary logs of one list of names. What does not change from log to log, or from row to
-// row of a log that grows, is encoded once.
+// CLogWriter: writes binary logs with one list of names. The head, which does not change from log to log, is
+// encoded once.
 #pragma once
 
 #include <string>
@@ -13,12 +13,12 @@ namespace vastra {
 class CLogWriter {
  public:
   void SetNames(const CStringArray& names);
-  // Writes the whole log of samples, which is not empty, with one system call. Throws CFileException.
+  // Writes samples, which must not be empty, as a log with one system call. Throws CFileException.
   void Write(CFile& file, const CSampleStore& samples);
 
  private:
   std::string m_head;          // up to the number of samples
-  std::vector<iovec> m_parts;  // of the write under way; kept for its memory
+  std::vector<iovec> m_parts;  // of the current write; a member to reuse its memory
 };
 
 }  // namespace vastra

@@ -11,14 +11,14 @@ std::size_t RecordSize(std::size_t values) {
 
 }  // namespace
 
-// Makes the block at index, at most one behind the last, one of at least bytes; a new one has size bytes if
-// that is more.
+// Ensures that the block at index, at most one after the last, has at least bytes; a new block has size bytes
+// if that is more.
 void CSampleStore::NeedBlock(std::size_t index, std::size_t bytes, std::size_t size) {
   if (index == m_blocks.size()) m_blocks.emplace_back();
   CBlock& block = m_blocks[index];
   if (block.m_size >= bytes) return;
   size = std::max(bytes, size);
-  block = {};  // a long image does not have to wait for the memory of a short one
+  block = {};  // frees the old memory before a larger block is allocated
   block.m_bytes = std::make_unique_for_overwrite<char[]>(size);
   block.m_size = size;
 }

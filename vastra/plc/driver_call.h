@@ -1,5 +1,4 @@
-// How this side calls into a driver module. A driver is to be plain C; one that is not may throw, and that
-// ends here.
+// How the engine calls a driver module. A driver should be plain C; exceptions of one that is not end here.
 #pragma once
 
 #include "vastra/platform/module.h"
@@ -8,9 +7,9 @@
 namespace vastra {
 
 constexpr int kVersionWithClose = 2;  // of the driver interface
-constexpr int kThrew = 0;             // a status that no driver has: counts as unknown
+constexpr int kThrew = 0;             // not a status of a driver: counts as unknown
 
-// What call gives, or ifThrown if it throws.
+// Returns the result of call, or ifThrown if call throws.
 template <class Result, class Call>
 Result AskDriver(Result ifThrown, const Call& call) {
   try {
@@ -20,7 +19,7 @@ Result AskDriver(Result ifThrown, const Call& call) {
   }
 }
 
-// Fills header from module's GetDriverHeader. False, with header untouched, if there is none.
+// Fills header from the module's GetDriverHeader. False, with header unchanged, if there is none.
 inline bool AskHeader(HMODULE module, DriverHeader& header) {
   const auto ask = reinterpret_cast<decltype(&GetDriverHeader)>(FindExport(module, "GetDriverHeader"));
   return ask && AskDriver(false, [&] { return header = ask(), true; });
@@ -33,7 +32,7 @@ inline int AskVersion(HMODULE module) {
   return ask ? AskDriver(1, ask) : 1;
 }
 
-// Gives module the services of host, null for none, if it wants to know of them.
+// Passes host, null for none, to the module if it exports SetDriverHost.
 inline void GiveHost(HMODULE module, const DriverHost* host) {
   const auto give = reinterpret_cast<decltype(&SetDriverHost)>(FindExport(module, "SetDriverHost"));
   if (give) AskDriver(0, [&] { return give(host), 0; });

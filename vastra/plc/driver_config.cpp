@@ -3,7 +3,7 @@
 namespace vastra {
 namespace {
 
-// Both records have the same fields in the same order; only the texts differ in type.
+// Both records have the same fields in the same order; only the strings differ in type.
 template <class To, class From>
 To Convert(const From& from) {
   return {

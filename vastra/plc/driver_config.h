@@ -1,5 +1,5 @@
-// DriverConfig: the settings of one PLC node, as the engine keeps, stores and shows them. Its driver alone
-// gives most of them a meaning; the engine reads only plcType and variableCount.
+// DriverConfig: the settings of one PLC node, as the engine keeps, stores and shows them. The engine reads
+// only plcType and variableCount; the driver defines the meaning of the others.
 #pragma once
 
 #include "vastra/platform/string.h"
@@ -28,9 +28,9 @@ struct VASTRA_API DriverConfig {
   bool operator==(const DriverConfig&) const = default;
 };
 
-// The form in which a driver gets the settings. Its texts are those of config, which has to outlive it.
+// The form in which a driver gets the settings. Its strings are those of config, which must outlive it.
 VASTRA_API DriverRecord ToRecord(const DriverConfig& config);
-// A copy of what a driver gave; null texts count as empty.
+// A copy of a record that comes from a driver; null strings count as empty.
 VASTRA_API DriverConfig FromRecord(const DriverRecord& record);
 
 }  // namespace vastra

@@ -1,7 +1,7 @@
-// CDriverFactory finds the driver modules beside the host's executable and makes links on them. The stages
+// CDriverFactory finds the driver modules next to the host's executable and makes links on them. The stages
 // turn the stored ID of a node into an index and ask for a link; the screens list the drivers by name.
 //
-// The factory keeps no module loaded: its list, built once, holds copies. An index is from 0 to below the
+// The factory keeps no module loaded: its list, built once, contains copies. An index is from 0 to below the
 // count.
 #pragma once
 
@@ -16,18 +16,18 @@ class VASTRA_API CDriverFactory {
  public:
   struct CDriverInfo {
     int m_id;
-    CString m_fileName;  // bare
+    CString m_fileName;  // without the folder
     CString m_name;      // what users see
   };
-  // A file that looks like a module and is no driver, and why.
+  // A file with the name of a module that is not a driver, and the reason.
   struct CLeftOut {
     CString m_fileName;
     CString m_reason;
   };
 
-  // The one factory. The first call loads each module once to ask it, and makes the folder of the executable
-  // the current directory of the process for good: a host makes its paths absolute first. There is no lock:
-  // it comes from the thread that builds the configuration.
+  // The only factory. The first call loads each module once to query it, and makes the folder of the
+  // executable the current directory of the process permanently: a host must make its paths absolute before.
+  // There is no lock: the thread that builds the configuration makes the call.
   static CDriverFactory* Instance();
   virtual ~CDriverFactory() = default;
 
@@ -38,12 +38,12 @@ class VASTRA_API CDriverFactory {
   int GetDriverID(int index) const;
   // The first driver with this ID; -1 if there is none.
   int GetDriverIndex(int id) const;
-  // A new link, the caller's, which holds the driver's module until it is deleted. Null beyond the list and
-  // for a module that no longer loads.
+  // A new link, owned by the caller; it keeps the driver's module loaded until it is deleted. Null beyond the
+  // list and for a module that can no longer be loaded.
   CPlcLink* NewDriver(int index) const;
 
-  // The folder searched, empty if the system did not tell; what was found there, in byte order of the file
-  // names; and what was passed over.
+  // The folder that was searched, empty if the system did not report it; the drivers in it, in byte order of
+  // the file names; and the files that were skipped.
   const CString& GetPath() const { return m_path; }
   const CArray<CDriverInfo, CDriverInfo>& GetDrivers() const { return m_drivers; }
   const CArray<CLeftOut>& GetLeftOut() const { return m_leftOut; }

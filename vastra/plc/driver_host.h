@@ -1,5 +1,5 @@
-// What the host does for driver modules: forms for their settings. A host with a window system installs its
-// table; without it the modules learn that there is none, and their dialogs count as cancelled.
+// The services of the host for driver modules: forms for their settings. A host with a window system installs
+// its table; without it the modules are told that there is none, and their dialogs count as cancelled.
 #pragma once
 
 #include "vastra/platform/api.h"
@@ -7,12 +7,12 @@
 
 namespace vastra {
 
-// Installs host for the links that are made from now on. It stays the caller's, and stands for as long as one
-// of them lives. Null brings the default back. Gives what was installed, null for the default. Not while
-// workers run.
+// Installs host for the links made from now on. It stays the caller's and must exist as long as one of these
+// links does. Null restores the default. Returns the previous host, null for the default. Not while workers
+// run.
 VASTRA_API const DriverHost* InstallDriverHost(const DriverHost* host);
 
-// What is installed; null: nothing.
+// The installed host, or null.
 VASTRA_API const DriverHost* InstalledDriverHost();
 
 }  // namespace vastra

@@ -15,10 +15,10 @@ namespace {
 
 const CString kPlcTypeName = "CPlcLink";
 constexpr DriverFunctions kOffersNothing = {};
-constexpr int kConfigUnknown = 100;  // openState of a record that no driver gave
+constexpr int kConfigUnknown = 100;  // openState of a record that does not come from a driver
 
-// More than any node has names for. Far below what a system that promises memory it does not have would hand
-// out, and far above it a wrong count in a configuration.
+// More values than any node has. A system that overcommits memory would grant much more, and a wrong count in
+// a configuration is usually far larger.
 constexpr UINT kMostValues = 1u << 24;
 
 constexpr CFault kNoVariables = {severityFatal, "Plc has no variables."};
@@ -81,7 +81,7 @@ CPlcLink::~CPlcLink() {
 
 int CPlcLink::Open(CTypedPtrList<CObList, CLinkConfig*>& configs, UINT mode) {
   BeginOpen();
-  Release();  // a driver may have taken a mode under which a link does not count as open
+  Release();  // in some modes the driver is open although the link does not count as open
   const std::unique_ptr<CLinkConfig> taken =
       TakeConfig(configs, RUNTIME_CLASS(CPlcLinkConfig), fault::noConfig);
   if (!taken) return 0;

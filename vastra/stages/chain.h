@@ -1,5 +1,5 @@
-// CChain: a chain of links while a stage builds it, from its leaf outwards, with the configurations that its
-// Open takes. What has not been handed over when it goes is deleted with it.
+// CChain: a chain of links while a stage builds it, from its leaf outwards, with the configurations for its
+// Open. The destructor deletes what was not passed on.
 #pragma once
 
 #include <memory>
@@ -14,25 +14,25 @@ namespace vastra {
 
 class CChain {
  public:
-  // Makes link, which stands on what Head gave, the new head. Its configuration goes in front of those of the
-  // links inside it. Gives link.
+  // Makes link, which contains the present head, the new head. Its configuration precedes those of the links
+  // inside it. Returns link.
   template <class Link>
   Link* Add(Link* link, const CString& name, std::unique_ptr<CLinkConfig> config) {
     link->m_name = name;
-    static_cast<void>(m_pHead.release());  // owned by link from here on
+    static_cast<void>(m_pHead.release());  // link owns it now
     m_pHead.reset(link);
     m_configs.AddHead(config.release());
     return link;
   }
 
   CLink* Head() const { return m_pHead.get(); }
-  // Gives the head away, so that a second branch can be built; its configurations stay.
+  // Passes the head to the caller, so that a second branch can be built; its configurations stay.
   std::unique_ptr<CLink> TakeHead() { return std::move(m_pHead); }
 
-  // Opens the chain, which stays here whatever comes of it. Nothing is left of the configurations.
+  // Opens the chain, which stays here whatever the result. Its configurations are consumed.
   int OpenHere(UINT mode);
-  // Opens the chain and gives it to the caller. On failure deletes it and gives null. Either way nothing is
-  // left of the configurations.
+  // Opens the chain and passes it to the caller. On failure deletes it and returns null. Its configurations
+  // are consumed in both cases.
   CLink* Open(UINT mode);
 
  private:
@@ -40,9 +40,10 @@ class CChain {
   CLinkConfigList m_configs;
 };
 
-// Settings of links as more than one stage needs them.
+// Configurations of links that more than one stage needs.
 std::unique_ptr<CFileConfig> BufferConfig(const CStringArray& names);
-// Of a link that writes the logs of options, a COutputConfig or a CSummaryConfig: what both have.
+// For a link that writes the logs of options, a COutputConfig or a CSummaryConfig: the settings that both
+// have.
 template <class Options>
 std::unique_ptr<CFileConfig> LogConfig(const Options& options, const char* extension) {
   auto config = std::make_unique<CFileConfig>();
@@ -55,13 +56,13 @@ std::unique_ptr<CFileConfig> LogConfig(const Options& options, const char* exten
   return config;
 }
 std::unique_ptr<CNameConfig> NameConfig(const CStringArray& names);
-// firstCount: links of the first component.
+// firstCount: number of links of the first component.
 std::unique_ptr<CConcatConfig> ConcatConfig(int firstCount);
 std::unique_ptr<CEquatorConfig> EquatorConfig(const CStringArray& inputs, const CStringArray& equations,
                                               const CStringArray& outputs);
 
-// Adds a buffer for outputs and, in front of it, the equator that computes them from samples of inputs: the
-// pair behind enable flags, summaries and smart logic. Gives the buffer.
+// Adds a buffer for outputs and around it the equator that computes them from samples of inputs: the pair for
+// enable flags, summaries and smart logic. Returns the buffer.
 CFileLink* AddEquations(CChain& chain, const char* equator, const char* buffer, const CStringArray& inputs,
                         const CStringArray& equations, const CStringArray& outputs);
 

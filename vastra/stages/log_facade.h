@@ -1,10 +1,10 @@
-// CLogFacade: the base of all stages. A stage is what the host drives: it builds its chains of links in Open,
-// deletes them in Close and passes samples to them in between. A stage sends no messages; a link that fails
-// has told the messenger, and the stage returns 0.
+// CLogFacade: the base of all stages. The host drives a stage: the stage builds its chains of links in Open,
+// deletes them in Close and passes samples to them in between. A stage sends no messages itself: a link that
+// fails has sent one already, and the stage returns 0.
 //
 // Threads: all members of a stage run on the host's thread and take no lock. Only a worker (see
-// stage_thread.h) takes the lock of its stage and then that of its sample; the host keeps both alive, and the
-// stage open, until the worker's message has come.
+// stage_thread.h) locks its stage and then its sample; the host keeps both alive, and the stage open, until
+// the message of the worker has arrived.
 #pragma once
 
 #include "vastra/core/sample.h"
@@ -15,8 +15,8 @@ namespace vastra {
 class VASTRA_API CLogFacade : public CObject {
  public:
   // threaded non-zero: Read of CLogInput and Write of CPlcMultiOutput only start a worker, which posts
-  // message to wnd with the result (1 or 0) as WPARAM. The other stages keep the values and never look at
-  // them. Gives 1.
+  // message to wnd with the result (1 or 0) as WPARAM. The other stages store the values and do not use them.
+  // Returns 1.
   virtual int SetCallBack(int threaded, HWND wnd, UINT message);
 
  protected:

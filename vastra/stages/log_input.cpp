@@ -37,8 +37,8 @@ int CLogInput::Open() {
   return 1;
 }
 
-// From the last node to the first, each around all that was built before and as the first component: so the
-// values come in the order of the nodes.
+// Builds from the last node to the first. Each new node is the first component of a concat link around those
+// built before, so the values are in the order of the nodes.
 int CLogInput::BuildNodes(CChain& chain, int useDriver) const {
   CDriverFactory& drivers = *CDriverFactory::Instance();
   for (POSITION pos = m_options.m_plcNodes.GetTailPosition(); pos;) {

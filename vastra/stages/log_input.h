@@ -1,5 +1,5 @@
-// CLogInput: where samples enter. Connected, it reads the PLC nodes of its configuration as one sample;
-// simulating, it replays logs. Preprocessing equations can stand behind either.
+// CLogInput: the source of samples. Connected, it reads the PLC nodes of its configuration as one sample;
+// simulating, it replays logs. Preprocessing equations can follow either.
 #pragma once
 
 #include "vastra/config/input_config.h"
@@ -25,21 +25,20 @@ class VASTRA_API CLogInput : public CLogFacade {
   CLogInput() = default;
   ~CLogInput() override { Close(); }
 
-  // Builds and opens the chain; an open stage closes first. 0: a link failed and has told, or there is no
-  // node whose driver is known, which nobody tells. A node with an unknown driver is left out, with its
-  // variables.
+  // Builds and opens the chain; an open stage is closed first. 0: a link failed and has reported it, or no
+  // node has a known driver, for which there is no message. A node with an unknown driver is left out, with
+  // its variables.
   int Open();
   void Close();
 
-  // One sample: 1, or 0 on a closed stage, on a failure and at the end of a replay. With a worker
-  // (SetCallBack) it only starts the reading; sample is left alone until the message has come.
+  // Reads one sample: 1, or 0 on a closed stage, on a failure and at the end of a replay. With a worker
+  // (SetCallBack) it only starts the read; the caller must not use sample until the message has arrived.
   int Read(CLogSample& sample);
-  int PartialWrite(CLogSample&) { return 0; }  // keeps its place in the interface, does nothing
+  int PartialWrite(CLogSample&) { return 0; }  // part of the interface; does nothing
 
   // The names of the samples, in value order; 0 on a closed stage.
   int GetVarNames(CStringArray& names);
-  // The names in front of the preprocessing, from a closed stage and without contacting a PLC; 0 on an open
-  // one.
+  // The names before the preprocessing, from a closed stage and without contacting a PLC; 0 on an open stage.
   int PreGetInitialVarNames(CStringArray& names);
 
   // Milliseconds from scan to scan; 0: as fast as possible.
@@ -51,7 +50,7 @@ class VASTRA_API CLogInput : public CLogFacade {
   UINT FilesRead() const;
   UINT TotalFilesToRead() const;
   float PercentCompleted() const;  // a fraction, from 0.0 to below 1.0
-  float PartOfLog() const;         // of the log that is playing, the part that was read: from 0.0 to 1.0
+  float PartOfLog() const;         // the fraction of the current log that was read, from 0.0 to 1.0
 
   CInputConfig* GetOptions() { return &m_options; }
   void ClearConfiguration() { m_options.Clear(); }

@@ -1,5 +1,4 @@
-// CLogMultiOutput: the stage that the host writes samples to for logging, with one CLogSingleOutput for each
-// configured output.
+// CLogMultiOutput: the stage for logging, with one CLogSingleOutput for each configured output.
 #pragma once
 
 #include "vastra/stages/log_single_output.h"
@@ -11,23 +10,23 @@ class VASTRA_API CLogMultiOutput : public CLogFacade {
   CLogMultiOutput() = default;
   ~CLogMultiOutput() override { Close(); }
 
-  // names are those of the samples to come. On 0 no output is left and the stage is closed.
+  // names are those of the samples to come. On 0 there are no outputs and the stage is closed.
   int Open(CStringArray& names);
-  // Each output, first to last: its equations run, then its log restarts if they say so, then takes the
-  // sample if they say so. The first output that fails ends the pass: those behind it do not see the sample.
+  // For each output, first to last: its equations run, then its log restarts and then receives the sample if
+  // they say so. The first output that fails ends the pass: the later ones do not get the sample.
   int Write(CLogSample& sample);
-  // Ends the current log of every output, whatever comes of it; 0 on a closed stage.
+  // Ends the current log of every output, whatever the results; 0 on a closed stage.
   int Restart();
-  // Writes what was gathered as last logs.
+  // Writes the samples collected so far as last logs.
   void Close();
-  // Deletes all outputs; each closes itself as it goes.
+  // Deletes all outputs; their destructors close them.
   void DeleteList() { DeleteAll(m_outputs); }
 
-  // The sum over all outputs of the samples that are not on the disk yet, and of what makes their logs full.
+  // The sums over all outputs of the samples that are not on the disk yet and of the samples of a full log.
   CFill GetFill() const;
 
-  // listener, which must exist until the stage is closed, hears of the files of all outputs from the next
-  // Open on.
+  // Reports the files of all outputs to listener from the next Open on; it must exist until the stage is
+  // closed.
   void SetLogListener(CLogListener* listener) { m_pListener = listener; }
 
   CMultiOutputConfig* GetOptions() { return &m_options; }

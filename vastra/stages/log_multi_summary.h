@@ -1,5 +1,4 @@
-// CLogMultiSummary: the stage that the host writes samples to for summaries, with one CLogSingleSummary for
-// each configured summary.
+// CLogMultiSummary: the stage for summaries, with one CLogSingleSummary for each configured summary.
 #pragma once
 
 #include "vastra/stages/log_single_summary.h"
@@ -11,22 +10,22 @@ class VASTRA_API CLogMultiSummary : public CLogFacade {
   CLogMultiSummary() = default;
   ~CLogMultiSummary() override { Close(); }
 
-  // names are those of the samples to come. On 0 no summary is left and the stage is closed. All variables of
-  // the summaries start from zero.
+  // names are those of the samples to come. On 0 there are no summaries and the stage is closed. All
+  // variables of the summaries start at zero.
   int Open(CStringArray& names);
-  // Each summary, first to last: if it finds the sample valid, its file restarts if it says so, its equations
-  // run, and a row is written if it says so. The first that finds the sample invalid, or fails, ends the pass
-  // with 0: those behind it do not see the sample.
+  // For each summary, first to last: if it finds the sample valid, its file restarts if it says so, its
+  // equations run, and a row is written if it says so. The first summary that finds the sample invalid, or
+  // fails, ends the pass with 0: the later ones do not get the sample.
   int Write(CLogSample& sample);
-  // Ends the archive file of every summary, whatever comes of it; 0 on a closed stage.
+  // Ends the archive file of every summary, whatever the results; 0 on a closed stage.
   int Restart();
   // Ends all archive files.
   void Close();
-  // Deletes all summaries; each closes itself as it goes.
+  // Deletes all summaries; their destructors close them.
   void DeleteList() { DeleteAll(m_summaries); }
 
-  // listener, which must exist until the stage is closed, hears of the files of all summaries from the next
-  // Open on.
+  // Reports the files of all summaries to listener from the next Open on; it must exist until the stage is
+  // closed.
   void SetLogListener(CLogListener* listener) { m_pListener = listener; }
 
   CMultiSummaryConfig* GetOptions() { return &m_options; }

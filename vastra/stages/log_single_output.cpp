@@ -25,8 +25,8 @@ int CLogSingleOutput::Open(CStringArray& names) {
   if (WritesFiles()) {
     CChain chain;
     CFileLink* file = chain.Add(CFileLink::Create(nullptr), "OutputFileLink", FileConfig(m_options));
-    // Without a mapper repeated names keep their own values, and a log of all variables costs one copy of the
-    // sample.
+    // Without a mapper repeated names keep their own values, and a log of all variables needs one copy of the
+    // sample less.
     if (!(names == m_options.m_varNames))
       chain.Add(CMapperLink::Create(chain.Head()), "OutputMapperLink", NameConfig(names));
     m_pHeadLink = chain.Open(CLink::modeWrite);

@@ -1,5 +1,5 @@
-// CLogSingleOutput: one log output. Its enable equations decide on each sample whether the log takes it and
-// whether the log starts anew; its chain selects and orders the log's variables and writes the files.
+// CLogSingleOutput: one log output. For each sample its enable equations decide whether the log receives it
+// and whether the log restarts; its chain selects and orders the log's variables and writes the files.
 #pragma once
 
 #include "vastra/config/output_config.h"
@@ -13,26 +13,26 @@ class VASTRA_API CLogSingleOutput : public CLogFacade {
   CLogSingleOutput() = default;
   ~CLogSingleOutput() override { Close(); }
 
-  // names are those of the samples to come. 1, or 0 with the output closed; the enable object may then be
-  // open until the next Open or Close. An output that writes no files runs its equations and nothing else.
+  // names are those of the samples to come. 1, or 0 with the output closed; the enable object may then stay
+  // open until the next Open or Close. An output that writes no files only runs its equations.
   int Open(CStringArray& names);
-  // Writes what was gathered as a last, shorter log.
+  // Writes the samples collected so far as a last, shorter log.
   void Close();
 
   // All 0 on a closed output.
   int Verify(CLogSample& sample) { return m_open ? m_enable.Verify(sample) : 0; }
   int RestartLog() { return m_open ? m_enable.RestartLog() : 0; }
   int WriteToLog() { return m_open ? m_enable.WriteToLog() : 0; }
-  // Ends the log that is being gathered and writes it.
+  // Ends the current log and writes it.
   int Restart();
-  // Hands sample to the log. 0: not taken, or the log that it completed could not be saved.
+  // Passes sample to the log. 0: the log refused it, or the log that it completed could not be saved.
   int Write(CLogSample& sample);
 
-  // Samples that are gathered and not on the disk yet, of those that make a log; 0 of 0 without files.
+  // Samples collected and not on the disk yet, of those that make a log; 0 of 0 without files.
   CFill GetFill() const { return m_pFileLink ? m_pFileLink->GetFill() : CFill(); }
 
-  // listener, which must exist until the output is closed, hears of its files from the next Open on, with log
-  // as the number of the output.
+  // Reports the output's files to listener from the next Open on, with log as the number of the output.
+  // listener must exist until the output is closed.
   void SetLogListener(CLogListener* listener, int log) {
     m_pListener = listener;
     m_listenerLog = log;

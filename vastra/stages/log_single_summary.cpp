@@ -25,7 +25,7 @@ int CLogSingleSummary::Open(CStringArray& names) {
 }
 
 bool CLogSingleSummary::OpenChains(const CStringArray& names) {
-  CChain archive, equations;  // if one of them does not open, the equations go first
+  CChain archive, equations;  // on failure the equations are deleted first
   CFileLink* const buffer = AddEquations(equations, "SummaryEquatorLink", "SummaryBufferFileLink", names,
                                          m_options.m_summaryEquations, m_options.m_varNames);
   CFileLink* const file =

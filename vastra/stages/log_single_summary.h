@@ -1,6 +1,6 @@
-// CLogSingleSummary: one summary, which turns many samples into few rows. Its equations run on every valid
-// sample and keep their variables from one to the next; when its enable equations say so, the values of its
-// variables become a row of the archive, and the archive is on the disk at once.
+// CLogSingleSummary: one summary, which reduces many samples to few rows. Its equations run on every valid
+// sample and keep their variables from sample to sample. When its enable equations say so, the values of its
+// variables become a row of the archive, which is saved at once.
 #pragma once
 
 #include "vastra/config/summary_config.h"
@@ -14,9 +14,8 @@ class VASTRA_API CLogSingleSummary : public CLogFacade {
   CLogSingleSummary() = default;
   ~CLogSingleSummary() override { Close(); }
 
-  // names are those of the samples to come. 1, or 0 with the summary closed; the enable object may then be
-  // open until the next Open or Close. A summary that writes no files runs its enable equations and nothing
-  // else.
+  // names are those of the samples to come. 1, or 0 with the summary closed; the enable object may then stay
+  // open until the next Open or Close. A summary that writes no files only runs its enable equations.
   int Open(CStringArray& names);
   // Ends the archive file.
   void Close();
@@ -28,15 +27,16 @@ class VASTRA_API CLogSingleSummary : public CLogFacade {
   int WriteToSummary() { return m_open ? m_enable.WriteToSummary() : 0; }
   // Runs the summary equations on sample.
   int AddToSummary(CLogSample& sample);
-  // Makes the values of the summary's variables a row, with the time of the sample that made them. On 1 the
-  // row is on the disk, unless it is the last of its file: ending a file hides that it could not be saved. On
-  // 0 the row was not taken, or it is kept and goes out with the next; in files of one row it is lost.
+  // Makes the values of the summary's variables a row, with the time of the sample that produced them. On 1
+  // the row is on the disk, unless it is the last row of its file: a failure to save that one is not
+  // returned. On 0 the row was refused, or it is kept and saved with the next; in files of one row it is
+  // lost.
   int Flush();
   // Ends the archive file; the variables keep their values.
   int Restart();
 
-  // listener, which must exist until the summary is closed, hears of its files from the next Open on, with
-  // log as the number of the summary.
+  // Reports the summary's files to listener from the next Open on, with log as the number of the summary.
+  // listener must exist until the summary is closed.
   void SetLogListener(CLogListener* listener, int log) {
     m_pListener = listener;
     m_listenerLog = log;
@@ -52,10 +52,10 @@ class VASTRA_API CLogSingleSummary : public CLogFacade {
   CLogListener* m_pListener = nullptr;  // the host's
   int m_listenerLog = 0;
   CLink* m_pEquatorLink = nullptr;     // outermost link of the equations, owned; null if no files are written
-  CFileLink* m_pBufferLink = nullptr;  // behind it: the newest values
+  CFileLink* m_pBufferLink = nullptr;  // its buffer: the newest values
   CFileLink* m_pArchiveLink = nullptr;  // a chain of its own, owned
   CSummarySingleEnable m_enable;
-  CLogSample m_row;  // kept for its memory
+  CLogSample m_row;  // a member to reuse its memory
 };
 
 }  // namespace vastra

@@ -30,7 +30,7 @@ bool CLogSmart::OpenInput(const CStringArray& names) {
   return m_pInputEquatorLink;
 }
 
-// The chain only reads; the stage writes to its two buffers past the link that joins them.
+// The chain is only read; the stage writes directly to its two buffers.
 bool CLogSmart::OpenOutput(const CStringArray& names) {
   CChain chain;
   CFileLink* const output =

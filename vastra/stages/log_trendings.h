@@ -1,5 +1,5 @@
-// CLogTrendings: a mailbox between the scans and the live views. The host writes each sample to it; the views
-// read the newest one at a pace of their own. Equations can add variables that exist in the views alone.
+// CLogTrendings: keeps the newest sample for the live views. The host writes each sample to it; the views
+// read the newest one whenever they update. Equations can add variables that exist only in the views.
 #pragma once
 
 #include <functional>
@@ -17,16 +17,16 @@ class VASTRA_API CLogTrendings : public CLogFacade {
   CLogTrendings() = default;
   ~CLogTrendings() override { Close(); }
 
-  // names are those of the samples to come: the ones of the input stage. The views name the values by
-  // m_baseVars and then m_extraVars of the configuration, so the host keeps m_baseVars equal to names.
+  // names are those of the samples to come: the names of the input stage. The views name the values by
+  // m_baseVars and then m_extraVars of the configuration, so the host must keep m_baseVars equal to names.
   int Open(CStringArray& names);
   void Close();
   int IsOpen() const { return m_open; }
 
-  // Keeps a copy of sample, with the extra variables behind it.
+  // Keeps a copy of sample, followed by the extra variables.
   int Write(CLogSample& sample);
-  // Copies the newest sample, which stays; one without values before the first Write. 0, with sample left
-  // alone, on a closed stage.
+  // Copies the newest sample, which stays; a sample without values before the first Write. 0, with sample
+  // unchanged, on a closed stage.
   int Read(CLogSample* sample);
 
   // The settings: those of the stage itself, or the shared ones.

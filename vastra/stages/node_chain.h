@@ -7,9 +7,9 @@
 namespace vastra {
 
 // Adds the links of node to a chain without a head: the driver's link, a namer, a scaler.
-// driver     index of the node's driver in CDriverFactory
-// useDriver  0: the chain is only asked for its names and no PLC is contacted
-// 1, or 0 if the driver's module does not load.
+//   driver     index of the node's driver in CDriverFactory
+//   useDriver  0: the chain is only asked for its names and no PLC is contacted
+// 1, or 0 if the driver's module cannot be loaded.
 int AddNode(CChain& chain, const CPlcNodeConfig& node, int driver, int useDriver);
 
 }  // namespace vastra

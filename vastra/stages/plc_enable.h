@@ -1,5 +1,5 @@
-// CPlcEnable: which computer of a net writes to the PLCs. Where the samples have a variable "ComputerNode",
-// only the computer whose number it holds does; without one every computer does.
+// CPlcEnable: decides which computer of a network writes to the PLCs. If the samples have a variable
+// "ComputerNode", only the computer with that number writes; without it every computer does.
 #pragma once
 
 #include "vastra/core/sample.h"
@@ -13,10 +13,10 @@ class VASTRA_API CPlcEnable {
   CPlcEnable& operator=(const CPlcEnable&) = delete;
   virtual ~CPlcEnable() = default;
 
-  // Looks for the variable among the names of the samples to come.
+  // Finds the variable among the names of the samples to come.
   void Open(CStringArray& names);
-  // 1 if the computer with nodeNumber writes sample. The value is compared as a number, exactly; a sample
-  // that is too short to hold it selects nobody.
+  // 1 if the computer with nodeNumber writes sample. The value is compared as a number, exactly; a sample too
+  // short to contain it selects no computer.
   int CheckIfWrite(CLogSample& sample, UINT nodeNumber) const;
 
  private:

@@ -22,7 +22,7 @@ int CPlcMultiOutput::Write(CLogSample& sample) {
     return m_threaded ? CPlcWriteThread::Start(RUNTIME_CLASS(CPlcWriteThread), this, sample, m_notifyWnd,
                                                m_notifyMessage)
                       : WriteAll(sample);
-  if (m_threaded) PostMessage(m_notifyWnd, m_notifyMessage, 1, 0);  // a host that waits is not left waiting
+  if (m_threaded) PostMessage(m_notifyWnd, m_notifyMessage, 1, 0);  // a host may be waiting for it
   return 1;
 }
 
@@ -32,7 +32,7 @@ int CPlcMultiOutput::WriteAll(CLogSample& sample) {
   return 1;
 }
 
-// A node that fails does not keep the sample from those behind it.
+// A node that fails does not stop the write to the later ones.
 int CPlcMultiOutput::Work(CLogSample& sample) {
   int result = 1;
   for (CPlcSingleOutput* output : m_outputs) result &= output->Write(sample);

@@ -1,5 +1,5 @@
-// CPlcMultiOutput: the stage that the host writes samples to for the PLCs, with one CPlcSingleOutput for each
-// configured node. One switch of the configuration turns all writing off.
+// CPlcMultiOutput: the stage for writing to PLCs, with one CPlcSingleOutput for each configured node. One
+// switch of the configuration turns all writing off.
 #pragma once
 
 #include "vastra/stages/plc_enable.h"
@@ -22,19 +22,19 @@ class VASTRA_API CPlcMultiOutput : public CLogFacade {
   CPlcMultiOutput() = default;
   ~CPlcMultiOutput() override { Close(); }
 
-  // names are those of the samples to come. On 0 no output is left and the stage is closed. With writing
-  // disabled the stage opens without outputs, and stays so until it is opened anew.
+  // names are those of the samples to come. On 0 there are no outputs and the stage is closed. With writing
+  // disabled the stage opens without outputs and stays so until the next Open.
   int Open(CStringArray& names);
-  // sample to all nodes, first to last: 1, or 0 as soon as one fails. Nothing is written, with result 1,
-  // while writing is disabled or "ComputerNode" names another computer. With a worker (SetCallBack) it only
-  // starts the writing, which then reaches all nodes, also those behind one that failed; sample is left alone
-  // until the message has come.
+  // Writes sample to all nodes, first to last: 1, or 0 as soon as one fails. While writing is disabled or
+  // "ComputerNode" names another computer, nothing is written and the result is 1. With a worker
+  // (SetCallBack) it only starts the write, which then reaches all nodes, also those after one that failed;
+  // the caller must not use sample until the message has arrived.
   int Write(CLogSample& sample);
   void Close();
-  // Deletes all outputs; each closes itself as it goes.
+  // Deletes all outputs; their destructors close them.
   void DeleteList() { DeleteAll(m_outputs); }
 
-  // The number of this computer on the net. Whoever loads or stores the configuration sets it again.
+  // The number of this computer on the network. Set it again after loading or storing the configuration.
   void SetNodeNumber(UINT number) { m_options.m_nodeNumber = number; }
   CPlcMultiConfig* GetOptions() { return &m_options; }
   void ClearConfiguration() { m_options.Clear(); }

@@ -1,5 +1,5 @@
-// CPlcSingleOutput: the writing to one PLC node. Its chain picks the node's variables by name, scales them
-// and hands them to the driver.
+// CPlcSingleOutput: writes to one PLC node. Its chain selects the node's variables by name, scales them and
+// passes them to the driver.
 #pragma once
 
 #include "vastra/config/plc_write_config.h"
@@ -14,10 +14,10 @@ class VASTRA_API CPlcSingleOutput : public CLogFacade {
   CPlcSingleOutput() = default;
   ~CPlcSingleOutput() override { Close(); }
 
-  // names are those of the samples to come. 0: a link failed and has told, or no driver of the node's type is
-  // installed, which nobody tells.
+  // names are those of the samples to come. 0: a link failed and has reported it, or no driver of the node's
+  // type is installed, for which there is no message.
   int Open(CStringArray& names);
-  // Whether Open would take names, found out without contacting the PLC; 0 on an open output, too.
+  // Whether Open would accept names, without contacting the PLC; 0 also on an open output.
   int PreOpen(CStringArray& names);
   void Close();
   int Write(CLogSample& sample);

@@ -1,4 +1,4 @@
-// What a stage does that holds a list of single stages, one for each entry of its configuration.
+// Shared by the stages that own a list of single stages, one for each entry of the configuration.
 #pragma once
 
 #include "vastra/platform/list.h"
@@ -6,8 +6,8 @@
 namespace vastra {
 
 // Makes a Single for each of configs, first to last, with a copy of it as its options, and opens them in that
-// order. 1, or 0 with an empty list: those already open are closed by their destruction. prepare is called on
-// each before any opens, with its place in configs.
+// order. 1, or 0 with an empty list: the destructors close those already open. prepare is called for each
+// before any of them opens, with its index in configs.
 template <class Single, class Config, class Prepare>
 int OpenSingles(CList<Single*, Single*>& singles, const CList<Config*, Config*>& configs, CStringArray& names,
                 Prepare prepare) {
@@ -29,7 +29,7 @@ int OpenSingles(CList<Single*, Single*>& singles, const CList<Config*, Config*>&
   return OpenSingles(singles, configs, names, [](Single&, int) {});
 }
 
-// Restarts all, first to last, whatever comes of it.
+// Restarts all, first to last, whatever the results.
 template <class Single>
 void RestartSingles(const CList<Single*, Single*>& singles) {
   for (Single* single : singles) single->Restart();

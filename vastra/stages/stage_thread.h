@@ -1,5 +1,5 @@
-// The workers: a thread that does one operation of a stage on one sample, posts the result and ends. The lock
-// order is the stage's lock, then the sample's; both are free again when the message is posted.
+// The workers: a thread that does one operation of a stage on one sample, posts the result and ends. It locks
+// the stage, then the sample; both are unlocked again when the message is posted.
 #pragma once
 
 #include "vastra/core/sample.h"
@@ -8,7 +8,7 @@
 
 namespace vastra {
 
-// Stage offers `int Work(CLogSample&)`, the operation on the worker, and makes this class a friend.
+// Stage has `int Work(CLogSample&)`, the operation on the worker, and makes this class a friend.
 template <class Stage>
 class CStageThread : public CWinThread {
  public:
@@ -31,8 +31,8 @@ class CStageThread : public CWinThread {
   UINT m_notifyMessage = 0;
 
  protected:
-  // Starts a worker for sample: 1, or 0 if there is no thread to be had. The result of the operation comes
-  // with the message.
+  // Starts a worker for sample: 1, or 0 if no thread could be started. The result of the operation comes with
+  // the message.
   static int Start(const CRuntimeClass& threadClass, Stage* stage, CLogSample& sample, HWND wnd,
                    UINT message) {
     auto* thread = static_cast<CStageThread*>(AfxBeginThread(threadClass));
