@@ -127,7 +127,9 @@ TEST_F(FileLink, ABufferKeepsOneSampleInEitherMode) {
 }
 
 TEST_F(FileLink, WithoutMemoryASampleIsRefusedAndTheLogContinues) {
-  CLink::SetMessenger(nullptr);  // needs memory of its own
+  CMessenger quiet;  // needs no memory
+  quiet.SetFilters(0, 0, 0, 0, 0);
+  CLink::SetMessenger(&quiet);
   CLogSample sample;
   sample.m_values.SetSize(20'000);  // three to a block
   int refusals = 0;
@@ -147,6 +149,7 @@ TEST_F(FileLink, WithoutMemoryASampleIsRefusedAndTheLogContinues) {
     EXPECT_EQ(Times("0301021400.rph"), kept);
   }
   EXPECT_EQ(refusals, 3);  // the first sample, and each that needs a new block
+  m_link.reset();
 }
 
 }  // namespace

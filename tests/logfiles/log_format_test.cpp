@@ -1,6 +1,8 @@
 // The bytes of a binary log: what is written, what is read back, and what is refused.
 #include <gtest/gtest.h>
 
+#include <concepts>
+
 #include "tests/logfiles/example.h"
 #include "tests/support/names.h"
 #include "vastra/logfiles/log_reader.h"
@@ -36,7 +38,7 @@ std::string Read(const std::string& bytes) {
 std::string Patched(std::size_t offset, std::size_t size, const std::string& with) {
   return ExampleLog().replace(offset, size, with);
 }
-template <class T>
+template <std::unsigned_integral T>
 std::string Patched(std::size_t offset, std::size_t size, T with) {
   return Patched(offset, size, Raw(with));
 }
