@@ -60,9 +60,9 @@ class DriverFormDlg : public testing::Test {
   CTestPrompter m_prompter;
 };
 
-const char* const kPeriod = "Pump|Period: a whole number from -5 to 100.|30";
-const char* const kMode = "Pump|Mode: one of the list is to be chosen.|30";
-const char* const kRefused = "Driver|The driver's settings cannot be shown.|30";
+const char* const kPeriod = "Pump|Period: enter a whole number from -5 to 100.|30";
+const char* const kMode = "Pump|Mode: choose an entry of the list.|30";
+const char* const kRefused = "Driver|The driver's settings cannot be shown: the form is not valid.|30";
 
 void Enter(QWidget* window, const char* field, const char* value) {
   Find<QLineEdit>(window, field)->setText(value);
@@ -84,7 +84,7 @@ TEST_F(DriverFormDlg, GivesWhatTheUserEnteredOnOkAlone) {
 }
 
 TEST_F(DriverFormDlg, RefusesAValueOutOfItsBoundsAndStaysOpenOnItsField) {
-  const char* const kName = "Pump|Name: a text of up to 7 bytes; this one has 8.|30";
+  const char* const kName = "Pump|Name: enter at most 7 bytes; the text has 8.|30";
   const struct {
     const char *field, *value, *box;
   } kCases[] = {{"Period", "-6", kPeriod},

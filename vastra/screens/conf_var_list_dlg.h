@@ -1,4 +1,4 @@
-// CConfVarListDlg adds names to a fixed list.
+// CConfVarListDlg edits the names that the user adds to a fixed list. The trend's configuration opens it.
 #pragma once
 
 #include "vastra/screens/name_list_dlg.h"
@@ -9,8 +9,8 @@ class CConfVarListDlg : public CNameListDlg {
  public:
   explicit CConfVarListDlg(CWnd* parent = nullptr);
 
-  CStringArray m_source;  // in: those that cannot be deleted
-  CStringArray m_added;   // in and out: those of the user, which stand behind them
+  CStringArray m_source;  // in: the fixed names, which cannot be deleted
+  CStringArray m_added;   // in and out: the user's names, listed after the fixed ones
 
  protected:
   void OnInitDialog() override;

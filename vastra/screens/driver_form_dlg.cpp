@@ -7,11 +7,11 @@ namespace {
 
 constexpr const char* kHelp = "Help";
 
-// Dialog units. Columns begin as soon as one would be higher than a small screen.
+// Dialog units. A second column starts when one column would not fit on a small screen.
 constexpr int kMostRows = 14, kPitch = 17, kEdge = 7, kGap = 4;
-constexpr int kCharacter = 4, kLine = 9;  // about
+constexpr int kCharacter = 4, kLine = 9;  // averages
 constexpr int kLeastNameWidth = 84, kMostNameWidth = 140;
-constexpr int kWideField = 170, kNarrowField = 110;  // in one column, in several
+constexpr int kWideField = 170, kNarrowField = 110;  // with one column, with several
 constexpr int kLeastHelpHeight = 46, kMostHelpHeight = 100;
 constexpr int kButtonWidth = 50, kButtonHeight = 14;
 
@@ -52,7 +52,7 @@ void CDriverFormDlg::BuildTemplate() {
   const int helpHeight = HelpHeightFor(m_rows, width - 2 * kEdge);
   const int buttonTop = helpTop + helpHeight + kGap;
   const int cancelLeft = width - kEdge - kButtonWidth;
-  // First, so that it is found under its caption though a field should have the same one.
+  // The help comes first: it is found by its caption even if a field has the same name.
   m_controls.push_back({CControl::text, kHelp, {kEdge, helpTop, width - 2 * kEdge, helpHeight}});
   for (int i = 0; i < count; ++i) {
     const CFormRow& row = m_rows[static_cast<std::size_t>(i)];
@@ -120,9 +120,10 @@ namespace {
 int ShowForm(const DriverForm* form) {
   try {
     if (IsShowable(form)) return CDriverFormDlg(*form).DoModal() == IDOK;
-    AfxMessageBox("The driver's settings cannot be shown.", "Driver", MB_ICONEXCLAMATION);
+    AfxMessageBox("The driver's settings cannot be shown: the form is not valid.", "Driver",
+                  MB_ICONEXCLAMATION);
   } catch (...) {
-    // Nothing is thrown into a module: what could not be shown was not accepted.
+    // No exception may reach the driver module. A form that cannot be shown counts as cancelled.
   }
   return 0;
 }

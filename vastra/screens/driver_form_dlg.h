@@ -1,5 +1,5 @@
-// CDriverFormDlg shows the form of a driver module: a row for each field, the help of the field that has the
-// focus below them. CDriverForms is the host that shows forms this way.
+// CDriverFormDlg shows the form of a driver module: a row for each field, and below them the help of the
+// field with the focus. CDriverForms is the driver host that shows forms with it; the desktop creates one.
 #pragma once
 
 #include "vastra/plc/driver_host.h"
@@ -10,7 +10,7 @@ namespace vastra {
 
 class VASTRA_API CDriverFormDlg : public CDialog {
  public:
-  // form IsShowable and outlives the dialog; its fields change on an accepted OK alone.
+  // IsShowable(&form), and form outlives the dialog. Only an accepted OK changes its fields.
   explicit CDriverFormDlg(const DriverForm& form, CWnd* parent = nullptr);
 
  protected:
@@ -25,12 +25,12 @@ class VASTRA_API CDriverFormDlg : public CDialog {
 
   const DriverForm m_form;
   const CString m_title;
-  std::vector<CFormRow> m_rows;  // never moves: the controls have their captions from here
+  std::vector<CFormRow> m_rows;  // fixed: the captions of the controls point into it
   std::vector<CControl> m_controls;
   CDialogTemplate m_template;
 };
 
-// While it lives, driver modules have a host whose forms are dialogs. For the thread of the windows.
+// While the object exists, the forms of driver modules are dialogs. For the window thread.
 class VASTRA_API CDriverForms {
  public:
   CDriverForms();

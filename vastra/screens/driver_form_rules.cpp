@@ -11,11 +11,11 @@ namespace vastra {
 namespace {
 
 constexpr int kMostChoices = 1000;
-constexpr std::size_t kLongestText = 32000;  // what a line of an edit takes, whole
-// Bytes of words that are shown.
+constexpr std::size_t kLongestText = 32000;  // the most that a line edit can hold
+// Limits of the texts shown to the user, in bytes.
 constexpr std::size_t kLongestName = 60, kLongestHelp = 500, kLongestChoice = 100;
 
-// The first bytes of text, which may have no end behind them: whole characters, longest bytes at most.
+// The first whole characters of text, longest bytes at most. text may lack a terminating zero.
 CString Beginning(const char* text, std::size_t longest) {
   std::size_t length = ::strnlen(text, longest + 1);
   if (length <= longest) return CString(text, length);
@@ -24,14 +24,14 @@ CString Beginning(const char* text, std::size_t longest) {
   return CString(text, length);
 }
 
-// Words that a module shows the user.
-CString Words(const char* text, std::size_t longest) {
+// A text of the driver module for the user, cut to longest bytes.
+CString ShownText(const char* text, std::size_t longest) {
   if (!text) return {};
   const bool isWhole = ::strnlen(text, longest + 1) <= longest;
   return isWhole ? CString(text) : Beginning(text, longest) + "...";
 }
 
-// The longest text that field can hold, as far as a line can be that long; -1: none.
+// Bytes of the longest text that field can hold and a line edit can show; -1: the field cannot be edited.
 int LongestOf(const DriverField& field) {
   if (!field.text || field.textSize == 0) return -1;
   const std::size_t longest = std::min<std::size_t>(field.textSize - 1, kLongestText);
@@ -52,9 +52,9 @@ bool CanEdit(const DriverField& field) {
   }
 }
 
-// The name of field, with a number behind it if a row has that name already.
+// The name of field; a number is appended if a row has that name already.
 CString NameOf(const DriverField& field, const std::vector<CFormRow>& rows) {
-  CString wanted = Words(field.name, kLongestName);
+  CString wanted = ShownText(field.name, kLongestName);
   if (wanted.IsEmpty()) wanted = "Setting";
   CString name = wanted;
   const auto hasName = [&](const CFormRow& row) { return row.name == name; };
@@ -67,7 +67,7 @@ CFormRow RowOf(const DriverField& field, int index, const std::vector<CFormRow>&
   CFormRow row = {index,
                   field.kind,
                   NameOf(field, rows),
-                  Words(field.help, kLongestHelp),
+                  ShownText(field.help, kLongestHelp),
                   field.low,
                   field.high,
                   {},
@@ -80,7 +80,7 @@ CFormRow RowOf(const DriverField& field, int index, const std::vector<CFormRow>&
     row.longest = LongestOf(field);
     row.text = Beginning(field.text, static_cast<std::size_t>(row.longest));
   } else {
-    for (int i = 0; i < field.choiceCount; ++i) row.choices.Add(Words(field.choices[i], kLongestChoice));
+    for (int i = 0; i < field.choiceCount; ++i) row.choices.Add(ShownText(field.choices[i], kLongestChoice));
     if (field.number >= 0 && field.number < field.choiceCount) row.choice = field.number;
   }
   return row;
@@ -101,7 +101,7 @@ bool IsShowable(const DriverForm* form) {
 }
 
 CString FormTitle(const DriverForm& form) {
-  const CString title = Words(form.title, kLongestName);
+  const CString title = ShownText(form.title, kLongestName);
   return title.IsEmpty() ? CString("Driver") : title;
 }
 
@@ -124,13 +124,13 @@ CString RowFault(const CFormRow& row) {
   std::int64_t number = 0;
   const char* name = row.name;
   if (row.kind == driverFieldNumber && !ParseWhole(row.text, row.low, row.high, number))
-    fault.Format("%s: a whole number from %d to %d.", name, row.low, row.high);
+    fault.Format("%s: enter a whole number from %d to %d.", name, row.low, row.high);
   else if (row.kind == driverFieldChoice && row.choice < 0)
-    fault.Format("%s: one of the list is to be chosen.", name);
+    fault.Format("%s: choose an entry of the list.", name);
   else if (row.kind == driverFieldText && row.text.GetLength() > row.longest)
-    fault.Format("%s: a text of up to %d bytes; this one has %d.", name, row.longest, row.text.GetLength());
+    fault.Format("%s: enter at most %d bytes; the text has %d.", name, row.longest, row.text.GetLength());
   else if (row.kind == driverFieldText && row.text.Find('\0') >= 0)
-    fault.Format("%s: a text without the character of code 0.", name);
+    fault.Format("%s: remove the character of code 0.", name);
   return fault;
 }
 
@@ -150,7 +150,7 @@ CString CheckFault(const DriverForm& form, const std::vector<CFormRow>& rows) {
   }
   const char* words = AskDriver("The driver could not check the settings.",
                                 [&] { return form.check(fields.data(), form.fieldCount, form.user); });
-  return Words(words, kLongestHelp);
+  return ShownText(words, kLongestHelp);
 }
 
 void StoreRows(const DriverForm& form, const std::vector<CFormRow>& rows) {

@@ -1,5 +1,5 @@
-// What the form of a driver module shows and accepts, without a window. Nothing in a form is believed before
-// it is looked at, but that a pointer which is not null leads to as much as the counts beside it say.
+// Which rows the dialog of a driver module's form shows and which values it accepts; CDriverFormDlg calls it.
+// Validates every field of the form. Only the buffer sizes and counts stated by the module are trusted.
 #pragma once
 
 #include <vector>
@@ -9,34 +9,35 @@
 
 namespace vastra {
 
-// One field as the dialog has it.
+// One field of the form in the dialog.
 struct CFormRow {
-  int field;     // its index in the form
+  int field;     // index in the form
   int kind;      // driverField...
-  CString name;  // no other row has it
+  CString name;  // unique among the rows
   CString help;
   int low, high;         // of a number
-  CStringArray choices;  // what is shown of them
-  int longest;           // bytes that a text may have
-  // What the user works on: the text of an edit, also of a number; the index of a choice, -1 for none.
+  CStringArray choices;  // as shown
+  int longest;           // of a text, in bytes
+  // What the user edits: the content of the edit, also for a number; the index of the choice, -1 for none.
   CString text;
   int choice;
 };
 
 constexpr int kMostFields = 40;
 
-// Whether there is a form to be shown.
+// False: form is null or its fields are missing or too many.
 bool IsShowable(const DriverForm* form);
 CString FormTitle(const DriverForm& form);
-// The fields that can be edited. The others keep what they have.
+// A row for each field that can be edited. The other fields keep their values.
 std::vector<CFormRow> RowsOf(const DriverForm& form);
-// What is shown while the field has the focus: its help, and the bounds of a number.
+// The help text of the row, with the bounds of a number.
 CString HelpOf(const CFormRow& row);
-// Why row cannot be accepted; empty: it can.
+// Why the row's value is refused; empty: it is valid.
 CString RowFault(const CFormRow& row);
-// What the module's check says of rows, of which none has a fault; empty: it agrees. The form stays as it is.
+// Passes rows without faults to the module's check. Returns its error message; empty: accepted. The form does
+// not change.
 CString CheckFault(const DriverForm& form, const std::vector<CFormRow>& rows);
-// Puts rows, of which none has a fault, into the fields of the form.
+// Writes rows without faults to the fields of the form.
 void StoreRows(const DriverForm& form, const std::vector<CFormRow>& rows);
 
 }  // namespace vastra

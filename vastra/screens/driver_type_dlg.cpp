@@ -1,7 +1,5 @@
 #include "vastra/screens/driver_type_dlg.h"
 
-#include <unordered_set>
-
 #include "vastra/plc/driver_factory.h"
 #include "vastra/plc/plc_link.h"
 #include "vastra/screens/offered_variables.h"
@@ -69,7 +67,7 @@ void CDriverTypeDlg::OnConfplcButton() {
   const bool isNew = m_driverId == kNoDriver;
   if (!isNew) {
     DriverConfig given = m_driver;
-    given.variableCount = static_cast<UINT>(m_varNames.GetSize());  // by which it may judge its settings
+    given.variableCount = static_cast<UINT>(m_varNames.GetSize());  // the driver may check it
     link->SetConfig(given);
   }
   if (link->ShowConfig(isNew) != IDOK) return;
@@ -100,19 +98,13 @@ void CDriverTypeDlg::OnScalerButton() {
 }
 
 void CDriverTypeDlg::UpdateScalers(int mode) {
-  if (mode == 1) {
-    std::unordered_set<std::string_view> names;
-    for (const CString& name : m_varNames) names.insert(name.View());
-    CScalerConfig kept;
-    for (const CScalerConfigNode& row : m_scaler.m_nodes)
-      if (names.contains(row.m_varName.View())) kept.m_nodes.Add(row);
-    m_scaler.m_nodes = kept.m_nodes;
-  } else if (m_pScaler) {
+  if (mode == 1)
+    m_scaler.m_nodes = KeptScalerRows(m_scaler, m_varNames).m_nodes;
+  else if (m_pScaler)
     m_pScaler->m_nodes = ScalerRowsOf(m_scaler, m_varNames).m_nodes;
-  }
 }
 
-// The node's own entry is in the list too: it may keep its name unless another has it as well.
+// The list contains the node's own name, which it may keep unless another node has the same name.
 bool CDriverTypeDlg::IsNameTaken() const {
   if (!m_pNameList || m_pNameList->GetCount() == 0) return false;
   const int first = m_pNameList->FindStringExact(-1, m_name);
@@ -120,7 +112,7 @@ bool CDriverTypeDlg::IsNameTaken() const {
   return m_pNameList->FindStringExact(first, m_name) != first;
 }
 
-// What keeps OK from ending the dialog; null: nothing.
+// Why OK is refused; null: it is accepted.
 const char* CDriverTypeDlg::Fault() const {
   if (m_driverId == kNoDriver) return "The PLC hasn't been configured";
   if (m_name.IsEmpty()) return "You must assign a name to this node";

@@ -1,5 +1,5 @@
-// CDriverTypeDlg edits one PLC node: its driver and the driver's own settings, its name, its variables and
-// their scaling. The caller fills the fields, runs it, and takes them back after OK.
+// CDriverTypeDlg edits one PLC node: its driver and the driver's settings, its name, its variables and their
+// scaling. The pages with nodes fill the public fields, run it and read them after OK.
 #pragma once
 
 #include "vastra/core/scaler_config.h"
@@ -18,24 +18,24 @@ class VASTRA_API CDriverTypeDlg : public CDialog {
   enum EMode { readNode, writeNode };
   static constexpr UINT kNoDriver = 0xFFFFFFFF;
 
-  // Of a node that is written: the pages that tell which variables it can have; null: none.
+  // For a node that is written: the pages that provide its variables; null: none.
   CSmartPage* m_pSmartPage = nullptr;
   CInputPage* m_pInputPage = nullptr;
   int m_mode = readNode;
-  CScalerConfig* m_pScaler = nullptr;  // the node's, written by OK
-  CScalerConfig m_scaler;              // what the user works on
-  CString m_oldName;                   // as it was when the dialog opened; of a new node empty
-  CListBox* m_pNameList = nullptr;     // the names of the page's nodes, none of which may be taken
+  CScalerConfig* m_pScaler = nullptr;  // the node's; OK writes it
+  CScalerConfig m_scaler;              // the working copy
+  CString m_oldName;                   // the name when the dialog opened; empty for a new node
+  CListBox* m_pNameList = nullptr;     // the names of the page's nodes, which may not be used again
   DriverConfig m_driver;
-  // The node's plcType. kNoDriver: no driver's dialog has been accepted for it so far. One that is accepted
-  // leaves its index here, as a mark: the driver itself puts its ID in m_driver.
+  // The node's plcType. kNoDriver: the node is not configured yet. An accepted driver dialog replaces
+  // kNoDriver by the driver's index, as a mark; the driver writes its ID to m_driver.
   UINT m_driverId = kNoDriver;
   CStringArray m_varNames;
   CString m_name;
-  int m_driverIndex = -1;  // the driver that is selected
+  int m_driverIndex = -1;  // of the selected driver
 
-  // 1: takes the rows out of m_scaler that have lost their variable. 0: rebuilds the node's scaler, a row for
-  // each variable, from m_scaler and from the defaults.
+  // 1: removes the rows of m_scaler whose variable was removed. 0: rewrites the node's scaler with a row for
+  // each variable, from m_scaler or with defaults.
   void UpdateScalers(int mode);
 
  protected:

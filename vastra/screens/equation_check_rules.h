@@ -1,4 +1,4 @@
-// The checks that are made before equations are given away: by their editor, and when what they may read has
+// Compiles equations to check them: for the equation editor, and for the input page when the variables have
 // changed.
 #pragma once
 
@@ -7,17 +7,18 @@
 namespace vastra {
 
 struct CTextFault {
-  int statement = 0;  // from 1; 0: there is none
-  int offset = 0;     // of the bad token, from 0
+  int statement = 0;  // from 1; 0: no fault
+  int offset = 0;     // of the bad token, from 0, in bytes
 };
 
-// Compiles statements, which may read varNames and what any of them assigns. Gives the first fault, by its
-// offset in the statement.
+// Compiles statements, which may read varNames and every variable that one of them assigns. Returns the first
+// fault; its offset counts from the start of the statement.
 CTextFault CheckStatements(const CStringArray& equations, const CStringArray& varNames);
-// The same for a text, which is split into statements, in place of what equations holds.
+// Splits text into equations, replacing their content, and checks them. The offset counts from the start of
+// text.
 CTextFault CheckEquations(const CString& text, const CStringArray& varNames, CStringArray& equations);
 
-// The name that a statement assigns; empty without a "=".
+// The name of the variable that equation assigns; empty without a "=".
 CString TargetName(const CString& equation);
 
 }  // namespace vastra

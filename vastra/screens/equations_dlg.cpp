@@ -8,7 +8,7 @@ namespace vastra {
 namespace {
 
 constexpr const char* kEquations = "Equations";
-constexpr const char* kStatus = "";  // the line shows nothing at first
+constexpr const char* kStatus = "";  // the status line is empty at first
 constexpr CControl kEquationsControls[] = {
     {CControl::groupBox, kEquations, {7, 7, 292, 170}, CControl::grow},
     {CControl::multiLineEdit, kEquations, {13, 18, 280, 153}, CControl::grow},
@@ -46,11 +46,11 @@ int CEquationsDlg::OnParseButton() {
   m_status.Format("Found error in equation %d", fault.statement);
   edit.SelectAt(fault.offset, 1);
   edit.SetFocus();
-  OnSetfocusEquationsEdit();  // which no event calls if the focus was there
+  OnSetfocusEquationsEdit();  // no event occurs if the edit had the focus already
   return 0;
 }
 
-// Shows text until the line is next drawn.
+// Shows text until the edit gets the focus.
 void CEquationsDlg::Flash(const CString& text) {
   Text(kStatus).SetWindowText(text);
   m_status.Empty();

@@ -1,5 +1,5 @@
-// CEquationsDlg is the equation editor: it compiles the text on the spot and shows the place of the first
-// fault. A text that it gives away with OK compiles.
+// CEquationsDlg is the equation editor. It compiles the text and marks the first fault; OK accepts only a
+// text that compiles. The pages and dialogs with equations open it.
 #pragma once
 
 #include "vastra/ui/dialog.h"
@@ -10,7 +10,7 @@ class CEquationsDlg : public CDialog {
  public:
   explicit CEquationsDlg(CWnd* parent = nullptr);
 
-  CStringArray m_varNames;   // in: what the equations may read beside what they assign
+  CStringArray m_varNames;   // in: variables that the equations may read
   CString m_text;            // in and out: as typed
   CStringArray m_equations;  // out: the statements
 
@@ -25,7 +25,7 @@ class CEquationsDlg : public CDialog {
   void OnSetfocusEquationsEdit();
   void Flash(const CString& text);
 
-  CString m_status;  // what the line below the text is to show when it is next drawn
+  CString m_status;  // shown in the status line when the edit gets the focus
 };
 
 }  // namespace vastra

@@ -17,7 +17,7 @@ bool Holds(const T* array, int index) {
 
 }  // namespace
 
-// A column, from the header column on: what its head shows, its width in pixels, what its cells show.
+// A column; the first one is the header column. width: pixels. text: of the cell in the row of index.
 struct CGridWnd::CColumn {
   const char* head;
   int width;
@@ -99,7 +99,7 @@ CString CGridWnd::ClampText(int index) const {
   return (*m_pClamps)[index] == 1 ? "1" : "0";
 }
 
-// A text that is no number counts as 0.
+// A text that is not a number counts as 0.
 bool CGridWnd::OnValidateCell(UINT row, UINT col) {
   CArray<float, float>* const numbers[] = {m_pScales, m_pMinimums, m_pMaximums};
   (*numbers[col - 1])[static_cast<int>(row) - 1] = static_cast<float>(std::atof(GetCurrentText()));

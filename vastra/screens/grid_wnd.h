@@ -1,5 +1,5 @@
-// CGridWnd: the grid of names and numbers that screens and views share. It holds no cells; what it shows is
-// read, whenever it paints, from arrays that its owner keeps.
+// CGridWnd: the grid of names and numbers that screens and views share. It stores no cells: it reads them
+// from arrays of its owner whenever it paints.
 #pragma once
 
 #include "vastra/platform/array.h"
@@ -9,11 +9,11 @@ namespace vastra {
 
 class CGridWnd : public CGXGridWnd {
  public:
-  // Behind SubclassDlgItem: a name and its value to each row, 30 rows, the rest of them blank. The arrays
-  // stay the caller's and may grow and shrink.
+  // Call it after SubclassDlgItem. Shows 30 rows of a name and its value; rows past the arrays are blank. The
+  // caller owns the arrays, which may grow and shrink.
   void InitGrid(const CStringArray* names, const CArray<float, float>* values);
-  // To each name its scale, its limits and whether they apply, 1 or 0: all but the names can be edited, and
-  // goes into the arrays, the caller's as well. Each has an element for each name.
+  // Shows for each name its scale, its limits and whether the limits apply, 1 or 0. The user edits all but
+  // the names; edits go to the arrays. The caller owns the arrays, which have an element for each name.
   void InitGridScaler(const CStringArray* names, CArray<float, float>* scales, CArray<float, float>* minimums,
                       CArray<float, float>* maximums, CArray<int, int>* clamps);
 
@@ -32,7 +32,7 @@ class CGridWnd : public CGXGridWnd {
   static const CMode& ModeOf(int mode);
 
   void Init(EMode mode, UINT rows);
-  CString NameText(int index) const;  // of the row of index, from 0; empty past the end
+  CString NameText(int index) const;  // index from 0; empty past the end
   CString ValueText(int index) const { return NumberText(m_pValues, index); }
   CString ScaleText(int index) const { return NumberText(m_pScales, index); }
   CString MinimumText(int index) const { return NumberText(m_pMinimums, index); }

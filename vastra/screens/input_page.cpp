@@ -51,7 +51,7 @@ constexpr CDialogTemplate kInputPageTemplate = {"Input", {280, 205}, kInputPageC
 
 constexpr UINT kUsualScanPeriod = 5000;
 
-// True: the user lets go of the equations of that kind, which are not valid any more.
+// Asks whether equations that are no longer valid may be erased. kind: their name in the question.
 bool MayErase(const char* kind) {
   CString text;
   text.Format("%s equations are not valid and will be erased.\n Continue anyway?", kind);
@@ -139,7 +139,7 @@ void CInputPage::OnPreprocessCheck() {
   EnableControls();
 }
 
-// The period is not used then: what the field shows is only to be valid.
+// The period is not used in this mode; the field shows a valid number for the check of the page.
 void CInputPage::OnAsfastRadio() {
   m_scanMode = 0;
   ShowNumber(kPeriod, kMinScanPeriod);

@@ -1,5 +1,5 @@
-// CInputPage: the page of the configuration sheet for where samples come from. The other pages ask it which
-// variables there will be. It works on copies: a CInputConfig goes in and comes out.
+// CInputPage: the page of the configuration sheet for the source of the samples. The other pages ask it for
+// the variables. It edits a copy of a CInputConfig.
 #pragma once
 
 #include "vastra/config/input_config.h"
@@ -14,16 +14,16 @@ class VASTRA_API CInputPage : public CPropertyPage {
   CInputPage();
 
   void SetConfiguration(const CInputConfig& config);
-  // Any time, also without a window.
+  // Can be called at any time, also without a window.
   void GetConfiguration(CInputConfig& config) const;
 
-  // Shows the names of the nodes anew, in list order.
+  // Refills the list box with the names of the nodes, in order.
   void UpdatePLCList();
 
   int OnKillActive() override;
   int OnApply() override;
 
-  // The settings of the trending stage, whose equations an Apply checks; the host's. Null: no check.
+  // The settings of the trending stage, owned by the host. OnApply checks their equations; null: no check.
   CTrendConfig* m_pTrendOptions = nullptr;
 
  protected:
@@ -46,7 +46,7 @@ class VASTRA_API CInputPage : public CPropertyPage {
   void ChooseSource(int source);
   void EnableControls();
 
-  CStringArray m_initialVars;  // what the source gives, as far as the user has asked for it
+  CStringArray m_initialVars;  // variables of the source, once the user has opened their list
   CString m_preEquationText;
   COwnedList<CPlcNodeConfig> m_plcNodes;
   CStringArray m_preNewVars;

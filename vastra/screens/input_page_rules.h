@@ -1,4 +1,4 @@
-// Which controls of the input page can be used, and what its settings lack.
+// Which controls of the input page are enabled, and the check of its settings; CInputPage calls it.
 #pragma once
 
 #include "vastra/config/input_config.h"
@@ -18,7 +18,7 @@ CInputControls EnabledControls(int source, int preprocess, int scanMode);
 // Bounds of the scan period, milliseconds.
 constexpr UINT kMinScanPeriod = 10, kMaxScanPeriod = 65000;
 
-// What the user is told of settings that cannot work; null: they can.
+// The message about settings that cannot work; null: they are valid.
 const char* FaultOf(const CInputConfig& config);
 
 }  // namespace vastra

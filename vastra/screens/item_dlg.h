@@ -1,5 +1,5 @@
-// CItemDlg: what the dialogs of a log output and of a summary have in common. Whoever runs one fills the
-// public fields and reads m_config behind OK.
+// CItemDlg: the common part of the dialogs of a log output and of a summary. CItemPage fills the public
+// fields, runs the dialog and reads m_config after OK.
 #pragma once
 
 #include "vastra/config/output_config.h"
@@ -11,7 +11,7 @@ namespace vastra {
 class CInputPage;
 class CSmartPage;
 
-// Captions that both templates have.
+// Captions in both templates.
 constexpr const char* kItemName = "Name:";
 constexpr const char* kItemPath = "Path:";
 constexpr const char* kItemVariables = "Variable List...";
@@ -21,26 +21,26 @@ constexpr const char* kItemText = "Write Text Files";
 template <class TConfig>
 class CItemDlg : public CDialog {
  public:
-  // The pages in front, which tell what variables there are; null: none.
+  // The pages that provide the variables; null: none.
   CSmartPage* m_pSmartPage = nullptr;
   CInputPage* m_pInputPage = nullptr;
-  TConfig m_config;  // in and out; of a new item without numbers
+  TConfig m_config;  // in and out; the numbers of a new item are 0
 
  protected:
-  // binary: the caption of the box for binary files. most, samples: of the two numbers.
+  // Captions: binary of the check box for binary files, most and samples of the two number edits.
   CItemDlg(const CDialogTemplate& model, const char* binary, const char* most, const char* samples,
            UINT TConfig::*mostFiles, CWnd* parent);
 
   void OnInitDialog() override;
   void OnOK() override;
-  // Takes over what the controls show: 1, or 0 if a number is none, as the user was told.
+  // Reads the controls into m_config: 1. Or 0: a number is not valid, and the user was told.
   virtual int TakeFields();
 
-  // 0, when the stages have told why.
+  // The variables to choose from. 0: a stage has reported why they are not known.
   int Offered(CStringArray& names) const;
   void EditVariables();
   void EditEquations(CString& text, CStringArray& equations);
-  // Begins with a proposal, which stays there if the user gives the editor up.
+  // Without a text it proposes one, which stays even if the user cancels the editor.
   void EditEnableEquations();
 
  private:

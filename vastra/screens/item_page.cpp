@@ -56,7 +56,7 @@ void CItemPage<TConfig, TDialog>::DeleteItem() {
   if (index < 0) return;
   m_items.RemoveAt(index);
   List(m_list).DeleteString(index);
-  List(m_list).SetCurSel(-1);  // another Delete takes another choice
+  List(m_list).SetCurSel(-1);  // a second click must not delete the next item
 }
 
 template class CItemPage<COutputConfig, COutputNodeDlg>;

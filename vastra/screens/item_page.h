@@ -1,5 +1,5 @@
-// CItemPage: what the pages of the log outputs and of the summaries have in common. It works on copies, and
-// the entry at a place of its list box is the item at that place.
+// CItemPage: the common part of the pages of the log outputs and of the summaries. It edits copies; entry i
+// of its list box is item i.
 #pragma once
 
 #include "vastra/config/output_config.h"
@@ -16,7 +16,7 @@ class CSummaryNodeDlg;
 template <class TConfig, class TDialog>
 class CItemPage : public CPropertyPage {
  public:
-  // The pages that tell which variables there are, the host's; null: none.
+  // The pages that provide the variables, owned by the host; null: none.
   void SetInputPointer(CInputPage* page) { m_pInputPage = page; }
   void SetSmartPointer(CSmartPage* page) { m_pSmartPage = page; }
 
@@ -24,14 +24,14 @@ class CItemPage : public CPropertyPage {
   // list: the caption of the list box.
   CItemPage(const CDialogTemplate& model, const char* list) : CPropertyPage(model), m_list(list) {}
 
-  // With a window or without.
+  // Can be called with or without a window.
   void SetItems(const COwnedList<TConfig>& items);
-  void GetItems(COwnedList<TConfig>& items) const;  // in place of what is there
+  void GetItems(COwnedList<TConfig>& items) const;  // replaces the content
 
   void OnInitDialog() override { ShowNames(); }
   void AddItem();
-  void EditItem();    // the marked one, if there is one
-  void DeleteItem();  // the same
+  void EditItem();    // the marked item, if any
+  void DeleteItem();  // the marked item, if any
 
  private:
   void ShowNames();

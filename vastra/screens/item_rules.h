@@ -1,4 +1,4 @@
-// What the dialogs of a log output and of a summary propose and check, without a window.
+// What the dialogs of a log output and of a summary propose and check; CItemDlg and COutputNodeDlg call it.
 #pragma once
 
 #include "vastra/config/output_config.h"
@@ -6,23 +6,23 @@
 
 namespace vastra {
 
-// What the user is told of the first fault, by the order of the checks; null: there is none.
+// The message about the first fault, in the order of the checks; null: no fault.
 VASTRA_API const char* FirstFault(const COutputConfig& output);
 VASTRA_API const char* FirstFault(const CSummaryConfig& summary);
 
-// The enable equations that a user who has none begins with.
+// The text of enable equations that the editor proposes for an item without any.
 VASTRA_API CString ProposedEnableText(const COutputConfig& output);
 VASTRA_API CString ProposedEnableText(const CSummaryConfig& summary);
 
-// What logs can be named by: the time, or a variable.
+// What the names of logs can be based on: the time, or a variable.
 struct CNameBasis {
   CStringArray offered;  // the time first
   int selected = 0;
 };
-// names: the variables there are; null when they are not known. Then a variable that is stored stays offered
-// and selected, so that the dialog does not lose it.
+// names: the available variables; null: not known. Then the stored variable is offered and selected, so that
+// the dialog keeps it.
 VASTRA_API CNameBasis NameBasis(const CStringArray* names, const CString& stored);
-// Whether the variable behind basis can join in the names.
+// Whether the variable after basis can be part of the names.
 VASTRA_API bool CanJoinNext(const CString& basis);
 
 }  // namespace vastra

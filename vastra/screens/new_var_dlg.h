@@ -1,4 +1,4 @@
-// CNewVarDlg asks for the name of one new variable.
+// CNewVarDlg asks for the name of a new variable; CNameListDlg opens it.
 #pragma once
 
 #include "vastra/ui/dialog.h"
@@ -9,7 +9,7 @@ class VASTRA_API CNewVarDlg : public CDialog {
  public:
   explicit CNewVarDlg(CWnd* parent = nullptr);
 
-  CString m_name;  // in and out; behind OK it is not empty
+  CString m_name;  // in and out; not empty after OK
 
  protected:
   void OnInitDialog() override;

@@ -5,14 +5,14 @@
 namespace vastra {
 namespace {
 
-// Index of the marked entry; -1: there is none, and the user was told.
+// Index of the marked entry; -1: nothing is marked, and the user was told.
 int Marked(const CListBox& list) {
   const int index = list.GetCurSel();
   if (index < 0) AfxMessageBox("There isn't any node selected");
   return index;
 }
 
-// 1: node has become what the user made of it.
+// Runs dialog on node. 1: OK, and node has changed.
 int Run(CDriverTypeDlg& dialog, CListBox& list, CPlcNodeConfig& node) {
   dialog.m_pNameList = &list;
   dialog.m_pScaler = &node.m_scaler;

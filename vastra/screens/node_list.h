@@ -1,4 +1,5 @@
-// What the pages that keep PLC nodes do with them alike. list shows the names of nodes, in their order.
+// Adding, editing and deleting PLC nodes for the input page and the PLC write page. list shows the names of
+// nodes, in order.
 #pragma once
 
 #include "vastra/config/plc_node_config.h"
@@ -12,12 +13,12 @@ using CPlcNodes = COwnedList<CPlcNodeConfig>;
 
 void ShowNodes(CListBox& list, const CPlcNodes& nodes);
 
-// dialog is as the page makes it; the node is put in here. Without OK nothing changes.
+// Runs dialog, which the page has prepared, on a new node. Without OK nothing changes.
 void AddNode(CDriverTypeDlg& dialog, CListBox& list, CPlcNodes& nodes);
-// The marked node; the user is told if there is none.
+// Runs dialog on the marked node; tells the user if nothing is marked.
 void EditNode(CDriverTypeDlg& dialog, CListBox& list, CPlcNodes& nodes);
 
-// All nodes with the name that is marked.
+// Deletes all nodes with the marked name; tells the user if nothing is marked.
 void DeleteNode(CListBox& list, CPlcNodes& nodes);
 
 }  // namespace vastra

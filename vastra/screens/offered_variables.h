@@ -1,4 +1,5 @@
-// Which variables a dialog of the configuration sheet offers, by what the pages in front of it hold.
+// The variables that a dialog of the configuration sheet offers. They depend on the input page and the smart
+// page.
 #pragma once
 
 #include "vastra/platform/array.h"
@@ -8,10 +9,10 @@ namespace vastra {
 class CInputPage;
 class CSmartPage;
 
-// What the input gives: the preprocessed variables, or those of the source, which closed temporary stages are
-// asked for. Without a page: none. 0, when the stages have told why, and names is as it was.
+// Sets names to the variables of the input: the preprocessed ones, or those of the source. Without a page:
+// none. 0: a stage has reported why they are not known, and names does not change.
 int InputVariables(const CInputPage* input, CStringArray& names);
-// The same with the smart output variables behind them; without a smart page, those of the input alone.
+// Appends the smart output variables to those of the input, if there is a smart page. Result as above.
 int OfferedVariables(const CInputPage* input, const CSmartPage* smart, CStringArray& names);
 
 }  // namespace vastra

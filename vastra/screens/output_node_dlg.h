@@ -1,4 +1,4 @@
-// COutputNodeDlg edits one log output.
+// COutputNodeDlg edits one log output; COutputPage opens it.
 #pragma once
 
 #include "vastra/screens/item_dlg.h"

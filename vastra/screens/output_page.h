@@ -1,5 +1,5 @@
-// COutputPage: the page of the configuration sheet for the log outputs. It works on copies: a
-// CMultiOutputConfig goes in and comes out.
+// COutputPage: the page of the configuration sheet for the log outputs. It edits a copy of a
+// CMultiOutputConfig.
 #pragma once
 
 #include "vastra/screens/item_page.h"

@@ -31,7 +31,7 @@ void CPlcWritePage::SetConfiguration(const CPlcMultiConfig& config) {
   try {
     for (const CPlcSingleConfig* single : config.m_nodes) m_nodes.AddTail(new CPlcNodeConfig(single->m_node));
   } catch (const std::bad_alloc&) {
-    DeleteList();  // some of the nodes would pass for all of them
+    DeleteList();  // a part of the nodes must not be taken for all of them
   }
 }
 

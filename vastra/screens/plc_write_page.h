@@ -1,5 +1,5 @@
-// CPlcWritePage: the page of the configuration sheet for the PLC nodes that are written. It works on copies:
-// a CPlcMultiConfig goes in and comes out.
+// CPlcWritePage: the page of the configuration sheet for the PLC nodes that are written. It edits a copy of a
+// CPlcMultiConfig.
 #pragma once
 
 #include "vastra/config/plc_write_config.h"
@@ -16,15 +16,15 @@ class VASTRA_API CPlcWritePage : public CPropertyPage {
  public:
   CPlcWritePage();
 
-  // The pages that tell which variables there are, the host's; null: none.
+  // The pages that provide the variables, owned by the host; null: none.
   void SetInputPointer(CInputPage* page) { m_pInputPage = page; }
   void SetSmartPointer(CSmartPage* page) { m_pSmartPage = page; }
 
-  // Adds its nodes to those that the page has: for a page with none.
+  // Appends the nodes of config to those of the page, so call it for a page without nodes.
   void SetConfiguration(const CPlcMultiConfig& config);
-  void GetConfiguration(CPlcMultiConfig& config) const;  // m_nodeNumber stays
+  void GetConfiguration(CPlcMultiConfig& config) const;  // except m_nodeNumber
 
-  // Shows the names of the nodes anew, in list order.
+  // Refills the list box with the names of the nodes, in order.
   void UpdatePLCList();
   // Deletes all nodes.
   void DeleteList() { m_nodes.RemoveAll(); }

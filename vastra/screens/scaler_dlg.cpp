@@ -1,7 +1,5 @@
 #include "vastra/screens/scaler_dlg.h"
 
-#include <unordered_map>
-
 namespace vastra {
 namespace {
 
@@ -15,19 +13,6 @@ constexpr CDialogTemplate kScalerTemplate = {
     "Scaler", {270, 205}, kScalerControls, CDialogTemplate::resizable};
 
 }  // namespace
-
-CScalerConfig ScalerRowsOf(const CScalerConfig& scaler, const CStringArray& names) {
-  std::unordered_map<std::string_view, const CScalerConfigNode*> known;
-  for (const CScalerConfigNode& row : scaler.m_nodes) known.emplace(row.m_varName.View(), &row);
-  CScalerConfig rows;
-  for (const CString& name : names) {
-    CScalerConfigNode unscaled;
-    unscaled.m_varName = name;
-    const auto found = known.find(name.View());
-    rows.m_nodes.Add(found == known.end() ? unscaled : *found->second);
-  }
-  return rows;
-}
 
 CScalerDlg::CScalerDlg(CWnd* parent) : CDialog(kScalerTemplate, parent) {}
 

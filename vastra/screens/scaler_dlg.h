@@ -1,19 +1,16 @@
-// CScalerDlg: the table in which the user sets scale, limits and clamping of the variables of a node.
+// CScalerDlg: the table of scale, limits and clamping of a node's variables. CDriverTypeDlg opens it.
 #pragma once
 
-#include "vastra/core/scaler_config.h"
 #include "vastra/screens/grid_wnd.h"
+#include "vastra/screens/scaler_rules.h"
 
 namespace vastra {
-
-// For each variable the first row of scaler; without one, a row that leaves its values as they are.
-CScalerConfig ScalerRowsOf(const CScalerConfig& scaler, const CStringArray& names);
 
 class VASTRA_API CScalerDlg : public CDialog {
  public:
   explicit CScalerDlg(CWnd* parent = nullptr);
 
-  // Both the caller's. OK gives the scaler a row for each name; what it had for others goes.
+  // Owned by the caller. OK rewrites the scaler with one row for each name.
   const CStringArray* m_pNames = nullptr;
   CScalerConfig* m_pScaler = nullptr;
 

@@ -1,5 +1,5 @@
 // CSmartPage: the page of the configuration sheet for the variables that the host's own logic reads and
-// writes. It works on copies: a CSmartConfig goes in and comes out.
+// writes. It edits a copy of a CSmartConfig.
 #pragma once
 
 #include "vastra/config/smart_config.h"
@@ -14,11 +14,11 @@ class VASTRA_API CSmartPage : public CPropertyPage {
  public:
   CSmartPage();
 
-  // The page that tells which variables there are, the host's; null: none.
+  // The page that provides the variables, owned by the host; null: none.
   void SetInputPointer(CInputPage* page) { m_pInputPage = page; }
 
   void SetConfiguration(const CSmartConfig& config);
-  void GetConfiguration(CSmartConfig& config) const;  // m_inputNames stays
+  void GetConfiguration(CSmartConfig& config) const;  // except m_inputNames
 
  protected:
   void OnInitDialog() override;

@@ -1,4 +1,4 @@
-// CSummaryNodeDlg edits one summary.
+// CSummaryNodeDlg edits one summary; CSummaryPage opens it.
 #pragma once
 
 #include "vastra/screens/item_dlg.h"

@@ -1,5 +1,5 @@
-// CSummaryPage: the page of the configuration sheet for the summaries. It works on copies: a
-// CMultiSummaryConfig goes in and comes out.
+// CSummaryPage: the page of the configuration sheet for the summaries. It edits a copy of a
+// CMultiSummaryConfig.
 #pragma once
 
 #include "vastra/screens/item_page.h"

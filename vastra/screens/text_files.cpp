@@ -9,7 +9,7 @@ namespace {
 
 constexpr const char* kFilter = "Text Files (*.txt)|*.txt||";
 
-// The words have been like this for as long as there are users who look for them.
+// The spelling is old; users search for it, so it stays.
 constexpr const char* kNotOpened = "An error ocurred when trying to open the file";
 constexpr const char* kNotSaved = "An error ocurred when trying to save the file";
 

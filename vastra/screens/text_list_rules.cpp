@@ -52,8 +52,7 @@ CStringArray MissingFrom(const CStringArray& present, const CStringArray& names)
 
 bool ReadTextFile(const CString& path, CString& text) {
   std::error_code failed;
-  if (!std::filesystem::is_regular_file(path.Std(), failed))
-    return false;  // to open a pipe could take forever
+  if (!std::filesystem::is_regular_file(path.Std(), failed)) return false;  // opening a pipe could block
   try {
     CFile file(path, CFile::modeRead);
     if (file.GetLength() > kMaxTextFile) return false;

@@ -17,7 +17,7 @@ constexpr CControl kTrendFacadeControls[] = {
     {CControl::defaultButton, "OK", {91, 7, 50, 14}},
     {CControl::button, "Cancel", {91, 26, 50, 14}},
 };
-// The other view stays usable, and is told when it asks for the same dialog.
+// The other view stays usable; it gets a message when it opens the same dialog.
 constexpr CDialogTemplate kTrendFacadeTemplate = {
     "Configuration", {148, 47}, kTrendFacadeControls, CDialogTemplate::blocksParent};
 

@@ -1,5 +1,6 @@
-// CTrendFacadeDlg configures what the live views share: the extra variables and the equations that compute
-// them. It works on the options of the trending stage, which its caller reopens behind OK.
+// CTrendFacadeDlg edits the settings that the live views share: the extra variables and the equations that
+// compute them. The views open it. It edits the options of the trending stage, which the caller reopens after
+// OK.
 #pragma once
 
 #include "vastra/config/trend_config.h"
@@ -15,15 +16,15 @@ class CTrendFacadeDlg : public CDialog {
   explicit CTrendFacadeDlg(CWnd* parent = nullptr);
   ~CTrendFacadeDlg() override { Leave(); }
 
-  // In front of DoModal, which gives 0 if another such dialog is open, as the user was told. The stages
-  // outlive the dialog; the input stage is not looked at.
+  // Call it before DoModal. The stages outlive the dialog; the input stage is not used. DoModal returns 0 if
+  // another such dialog is open, after a message.
   void SetInputPointers(CLogInput* input, CLogTrendings* trendings);
 
-  // What is worked on, but for m_calculateExtra: that changes in the stage as soon as the variables do.
+  // The edited settings, except m_calculateExtra, which changes in the stage as soon as the variables change.
   void SetConfiguration(const CTrendConfig& config);
   void GetConfiguration(CTrendConfig& config) const;
 
-  static UINT m_suOpen;  // how many are open
+  static UINT m_suOpen;  // number of open dialogs
 
  protected:
   void OnInitDialog() override;
@@ -33,14 +34,14 @@ class CTrendFacadeDlg : public CDialog {
  private:
   void OnVariablesButton();
   void OnEquationsButton();
-  void Leave();  // whatever way the dialog ends
+  void Leave();  // called however the dialog ends
 
   CStringArray m_extraVars;
   CString m_equationText;
   CStringArray m_equations;
   CStringArray m_baseVars;
   CLogTrendings* m_pTrendings = nullptr;
-  bool m_isCounted = false;  // in m_suOpen
+  bool m_isCounted = false;  // counted in m_suOpen
 };
 
 }  // namespace vastra

@@ -1,4 +1,4 @@
-// CVarListDlg edits a free list of names of variables.
+// CVarListDlg edits a list of variable names that the user types.
 #pragma once
 
 #include "vastra/screens/name_list_dlg.h"

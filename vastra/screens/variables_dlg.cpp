@@ -39,7 +39,7 @@ void CVariablesDlg::OnInitDialog() {
   On(kDeleteVariable, [this] { OnDeletevarButton(); });
 }
 
-// A name that is marked twice and is not there yet comes in twice, as it stands among those available.
+// A name that is available twice and marked twice is added twice.
 void CVariablesDlg::OnSelectvarButton() {
   CStringArray marked;
   CStringArray missing;

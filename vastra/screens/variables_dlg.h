@@ -1,4 +1,4 @@
-// CVariablesDlg chooses names from those available, and adds new ones.
+// CVariablesDlg selects names from the available ones; the user can add new names.
 #pragma once
 
 #include "vastra/screens/name_list_dlg.h"
