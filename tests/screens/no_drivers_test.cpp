@@ -1,33 +1,23 @@
-// The dialog of a PLC node where there is no driver.
+// The dialog of a PLC node without driver modules.
 #include <gtest/gtest.h>
 
-#include <QComboBox>
-
-#include "tests/support/names.h"
-#include "tests/support/windows.h"
+#include "tests/screens/sheet_user.h"
 #include "vastra/screens/driver_type_dlg.h"
 
 namespace vastra {
 namespace {
 
 TEST(NoDrivers, ANodeCanNeitherBeConfiguredNorAdded) {
-  using CTexts = std::vector<std::string>;
   for (const bool isNew : {true, false}) {
-    CTestPrompter prompter;
+    CSheetUser user;
     CDriverTypeDlg dialog;
     if (!isNew) dialog.m_driverId = 5;
     dialog.m_name = "node";
     dialog.m_varNames = Names({"v"});
-    WhileModal([&] { EXPECT_EQ(isNew ? IDCANCEL : IDOK, dialog.DoModal()); },
-               [&](QWidget* window) {
-                 EXPECT_EQ(isNew ? CTexts() : CTexts{"|Driver not found!|30"}, prompter.Take());
-                 auto* combo = Find<QComboBox>(window, "Type of PLC :");
-                 EXPECT_EQ(1, combo->count());
-                 EXPECT_EQ("No Drivers Avaliable", combo->currentText().toStdString());
-                 EXPECT_FALSE(Find<QAbstractButton>(window, "Configure PLC")->isEnabled());
-                 Click(window, "OK");
-               });
-    EXPECT_EQ(isNew ? CTexts{"|The PLC hasn't been configured|30"} : CTexts(), prompter.Take());
+    CSteps steps = {isNew ? "!" : "!Driver not found!", "Type of PLC :?No Drivers Avaliable",
+                    "Configure PLC?-", "OK"};
+    if (isNew) steps.emplace_back("!The PLC hasn't been configured");
+    EXPECT_EQ(user.Run(dialog, steps), isNew ? IDCANCEL : IDOK);
   }
 }
 

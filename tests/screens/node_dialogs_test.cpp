@@ -1,13 +1,11 @@
-// The dialog of one PLC node, and the two pages that open it.
+// The dialog of a PLC node, and the two pages that open it.
 #include <gtest/gtest.h>
 
 #include <QTableView>
 
 #include "tests/screens/node_pages.h"
 #include "vastra/screens/driver_type_dlg.h"
-#include "vastra/screens/input_page.h"
 #include "vastra/screens/plc_write_page.h"
-#include "vastra/screens/smart_page.h"
 
 namespace vastra {
 namespace {
@@ -15,26 +13,26 @@ namespace {
 constexpr CControl kListControls[] = {{CControl::listBox, "Names", {7, 7, 100, 100}}};
 constexpr CDialogTemplate kListTemplate = {"", {114, 114}, kListControls};
 
+CPlcNodeConfig Node(const char* name) {
+  CPlcNodeConfig node;
+  node.m_nodeName = name;
+  node.m_driver.plcType = SCRIPTED_ID;
+  node.m_driver.value1 = 1;
+  node.m_varNames = Names({"a", "b"});
+  for (const auto& [variable, scale] : {std::pair("b", 2.0f), {"gone", 3.0f}, {"a", 4.0f}}) {
+    CScalerConfigNode row;
+    row.m_varName = variable;
+    row.m_scale = scale;
+    node.m_scaler.m_nodes.Add(row);
+  }
+  return node;
+}
+
 class NodeDialog : public testing::Test {
  protected:
-  NodeDialog() {
-    m_list.Create();
-    m_node.m_driver.plcType = SCRIPTED_ID;
-    m_node.m_driver.value1 = 1;
-    m_node.m_nodeName = "node";
-    m_node.m_varNames = Names({"a", "b"});
-  }
-  void AddRow(const char* name, float scale) {
-    CScalerConfigNode row;
-    row.m_varName = name;
-    row.m_scale = scale;
-    row.m_lowLimit = -scale;
-    row.m_highLimit = scale + 1;
-    row.m_clamping = 1;
-    m_node.m_scaler.m_nodes.Add(row);
-  }
-  // Edits m_node, or a new one, in the mode; gives what the boxes said. OK ends it if they said nothing.
-  CTexts Run(const CUser& user, const char* end = "OK", bool isNew = false, int mode = 0) {
+  NodeDialog() { m_list.Create(); }
+  // Edits m_node, or a new one. OK closes the dialog unless a box refuses it.
+  int Run(const CSteps& steps, bool isNew = false, int mode = CDriverTypeDlg::readNode) {
     CDriverTypeDlg dialog;
     dialog.m_mode = mode;
     dialog.m_pInputPage = m_pInput;
@@ -45,170 +43,132 @@ class NodeDialog : public testing::Test {
     dialog.m_driver = m_node.m_driver;
     dialog.m_name = m_node.m_nodeName;
     dialog.m_varNames = m_node.m_varNames;
-    int result = -1;
-    WhileModal([&] { result = dialog.DoModal(); },
-               [&](QWidget* window) {
-                 user(window);
-                 Click(window, end);
-               });
+    const int result = m_user.Run(dialog, steps);
     m_node.m_driver = dialog.m_driver;
-    m_node.m_nodeName = dialog.m_name;
     m_node.m_varNames = dialog.m_varNames;
-    const CTexts asked = m_prompter.Take();
-    EXPECT_EQ(asked.empty() && std::string(end) == "OK" ? IDOK : IDCANCEL, result);
-    return asked;
+    return result;
   }
-  // "a 2 -2 3 1," for each row of the node's scaler.
-  std::string Rows() const {
+  std::string Scales() const {
     CString rows;
     for (const CScalerConfigNode& row : m_node.m_scaler.m_nodes) {
       CString text;
-      text.Format("%s %g %g %g %d,", row.m_varName.Std().c_str(), static_cast<double>(row.m_scale),
-                  static_cast<double>(row.m_lowLimit), static_cast<double>(row.m_highLimit), row.m_clamping);
+      text.Format("%s %g,", row.m_varName.Std().c_str(), static_cast<double>(row.m_scale));
       rows += text;
     }
     return rows.Std();
   }
 
-  CTestPrompter m_prompter;
+  CSheetUser m_user;
   CScriptedDriver m_driver;
   CDialog m_list{kListTemplate};
   CListBox* m_pNames = nullptr;
   CInputPage* m_pInput = nullptr;
   CSmartPage* m_pSmart = nullptr;
-  CPlcNodeConfig m_node;
+  CPlcNodeConfig m_node = Node("node");
 };
 
 TEST_F(NodeDialog, AnAcceptedFormConfiguresTheNode) {
-  const CTexts kUnconfigured = {"|The PLC hasn't been configured|30"};
+  const std::string kUnconfigured = "!The PLC hasn't been configured";
   const struct {
     const char* what;
     bool isNew;
     int (*form)(int);
-    int driver;
+    const char* driver;
     int value1;
-    CTexts asked;
+    std::string told;
   } kCases[] = {
-      {"new", true, AcceptForm, kScripted, 10, {}},
-      {"new, cancelled", true, CancelForm, kScripted, 1, kUnconfigured},
-      {"new, without a form", true, nullptr, kScripted, 1, kUnconfigured},
-      {"new, another driver", true, AcceptForm, kSilent, 1, kUnconfigured},
-      {"known", false, AcceptForm, kScripted, 21, {}},
-      {"known, cancelled", false, CancelForm, kScripted, 1, {}},
-      {"known, without a form", false, nullptr, kScripted, 1, {}},
-      {"known, another driver", false, AcceptForm, kSilent, 1, {}},
+      {"new", true, AcceptForm, "Scripted", 10, "!"},
+      {"new, cancelled", true, CancelForm, "Scripted", 1, kUnconfigured},
+      {"new, without a form", true, nullptr, "Scripted", 1, kUnconfigured},
+      {"new, another driver", true, AcceptForm, "Silent", 1, kUnconfigured},
+      {"known", false, AcceptForm, "Scripted", 21, "!"},
+      {"known, cancelled", false, CancelForm, "Scripted", 1, "!"},
+      {"known, another driver", false, AcceptForm, "Silent", 1, "!"},
   };
   for (const auto& c : kCases) {
     SCOPED_TRACE(c.what);
-    m_driver.Restart();
-    g_script->functions.ShowConfig = c.form;
-    m_node.m_driver.value1 = 1;
-    EXPECT_EQ(c.asked, Run(All({Select(c.driver), Press("Configure PLC")}), "OK", c.isNew));
-    EXPECT_EQ(c.value1, m_node.m_driver.value1);
-    EXPECT_EQ(2u, m_node.m_driver.variableCount);
+    m_driver.Restart(c.form);
+    m_node = Node("node");
+    Run({std::string("Type of PLC :=") + c.driver, "Configure PLC", "OK", c.told}, c.isNew);
+    EXPECT_EQ(m_node.m_driver.value1, c.value1);
+    EXPECT_EQ(m_node.m_driver.variableCount, 2u);
   }
   m_driver.Restart();
-  const CUser twice = All({Select(kScripted), Press("Configure PLC"), Press("Configure PLC")});
-  EXPECT_EQ(CTexts(), Run(twice, "OK", true));
-  EXPECT_EQ(30, m_node.m_driver.value1) << "a form that was accepted is not new any more";
-  m_driver.Restart();
-  g_script->functions.ShowConfig = CancelForm;
+  Run({"Type of PLC :=Scripted", "Configure PLC", "Configure PLC", "OK"}, true);
+  EXPECT_EQ(m_node.m_driver.value1, 30) << "the second time the form is not new";
+  m_driver.Restart(CancelForm);
   m_node.m_driver.variableCount = 7;
-  Run(All({Select(kScripted), Press("Configure PLC")}), "Cancel");
-  EXPECT_EQ(2u, g_script->record.variableCount) << "what the driver judges by";
-  EXPECT_EQ(7u, m_node.m_driver.variableCount) << "a form that was not accepted changes the settings";
+  Run({"Configure PLC", "Cancel"});
+  EXPECT_EQ(g_script->record.variableCount, 2u) << "the driver checks the current variables";
+  EXPECT_EQ(m_node.m_driver.variableCount, 7u) << "a cancelled form changes the node";
 }
 
 TEST_F(NodeDialog, OpensOnTheDriverOfTheNode) {
-  const struct {
-    int id;
-    const char* shown;
-    CTexts asked;
-  } kCases[] = {{SCRIPTED_ID, "Scripted", {}}, {5, "Silent", {}}, {6, "Silent", {"|Driver not found!|30"}}};
-  for (const auto& c : kCases) {
-    m_node.m_driver.plcType = c.id;
-    EXPECT_EQ(c.asked, Run(
-                           [&](QWidget* window) {
-                             auto* combo = Find<QComboBox>(window, "Type of PLC :");
-                             EXPECT_EQ(2, combo->count());
-                             EXPECT_EQ(c.shown, combo->currentText().toStdString());
-                           },
-                           "Cancel"));
+  for (const auto& [id, steps] : {std::pair(SCRIPTED_ID, CSteps{"!", "Type of PLC :?Scripted"}),
+                                  {5, {"!", "Type of PLC :?Silent"}},
+                                  {6, {"!Driver not found!", "Type of PLC :?Silent"}}}) {
+    m_node.m_driver.plcType = id;
+    Run(steps);
   }
 }
 
-TEST_F(NodeDialog, TellsTheFirstThingThatIsMissing) {
+TEST_F(NodeDialog, TheFirstFaultIsTold) {
+  const std::string kTaken = "!PLC name already used";
   const struct {
     bool isNew;
     const char *name, *typed;
-    CStringArray variables;
-    CStringArray taken;
-    std::string fault;  // empty: there is none
+    CStringArray variables, taken;
+    std::string told;
   } kCases[] = {
-      {true, "", "", {}, {}, "The PLC hasn't been configured"},
-      {true, "", "x", Names({"v"}), Names({"x"}), "The PLC hasn't been configured"},
-      {false, "node", "", {}, Names({""}), "You must assign a name to this node"},
-      {false, "node", "x", {}, Names({"x"}), "You must assign at least 1 variable to this node"},
-      {false, "Oven", "Oven", Names({"v"}), Names({"Oven", "other"}), ""},
-      {false, "Oven", "Oven", Names({"v"}), Names({"Oven", "oVEN"}), "PLC name already used"},
-      {false, "oVEN", "oVEN", Names({"v"}), Names({"Oven", "x", "oVEN"}), "PLC name already used"},
-      {false, "Oven", "oVEN", Names({"v"}), Names({"Oven"}), "PLC name already used"},
-      {false, "Oven", "Other", Names({"v"}), Names({"Oven", "oTHER"}), "PLC name already used"},
-      {false, "Oven", "\u00F6fen", Names({"v"}), Names({"Oven", "\u00D6fen"}), "PLC name already used"},
-      {false, "Oven", "Oven 2", Names({"v"}), Names({"Oven", "Ove"}), ""},
-      {false, "Oven", "Oven", Names({"v"}), Names({"other"}), ""},
-      {false, "", "Oven", Names({"v"}), Names({"", "Oven"}), "PLC name already used"},
-      {false, "Oven", "Oven", Names({"v"}), {}, ""},
+      {true, "", "", {}, {}, "!The PLC hasn't been configured"},
+      {false, "node", "", {}, {}, "!You must assign a name to this node"},
+      {false, "node", "x", {}, Names({"x"}), "!You must assign at least 1 variable to this node"},
+      {false, "Oven", "Oven", Names({"v"}), Names({"Oven", "other"}), "!"},
+      {false, "Oven", "Oven", Names({"v"}), Names({"Oven", "oVEN"}), kTaken},
+      {false, "oVEN", "oVEN", Names({"v"}), Names({"Oven", "x", "oVEN"}), kTaken},
+      {false, "Oven", "oVEN", Names({"v"}), Names({"Oven"}), kTaken},
+      {false, "Oven", "\u00F6fen", Names({"v"}), Names({"Oven", "\u00D6fen"}), kTaken},
+      {false, "Oven", "Oven 2", Names({"v"}), Names({"Oven", "Ove"}), "!"},
+      {false, "Oven", "Oven", Names({"v"}), Names({"other"}), "!"},
+      {false, "Oven", "Oven", Names({"v"}), {}, "!"},
   };
   for (const auto& c : kCases) {
-    SCOPED_TRACE(std::string(c.name) + " becomes " + c.typed);
     m_list.List("Names").SetTexts(c.taken);
     for (CListBox* list : {&m_list.List("Names"), static_cast<CListBox*>(nullptr)}) {
       m_node.m_nodeName = c.name;
       m_node.m_varNames = c.variables;
       m_pNames = list;
-      const bool isTold = !c.fault.empty() && (list || c.fault != "PLC name already used");
-      const CTexts asked = isTold ? CTexts{"|" + c.fault + "|30"} : CTexts();
-      EXPECT_EQ(asked, Run([&](QWidget* window) { Find<QLineEdit>(window, "Name :")->setText(c.typed); },
-                           "OK", c.isNew));
+      const std::string told = !list && c.told == kTaken ? "!" : c.told;
+      EXPECT_EQ(Run({std::string("Name :=") + c.typed, "OK", told}, c.isNew), told == "!" ? IDOK : IDCANCEL);
     }
   }
 }
 
-CUser DeleteVariable(int row) { return All({Mark("Variable List", row), Press("Delete Variable")}); }
-
 TEST_F(NodeDialog, RowsOfTheScalerFollowTheVariables) {
-  const CUser scale = In("Scaler", [](QWidget* window) {
-    auto* view = Find<QTableView>(window, "Scaler");
-    EXPECT_TRUE(view->model()->setData(view->model()->index(1, 1), "8"));
-  });
+  const CSteps remove = {"Variable List", "Variable List#0", "Delete Variable"},
+               insert = {"Insert  New Variable", "New Variable=a", "OK", "OK"};
+  const CSteps scale = {"Scaler",
+                        [](QWidget* window) {
+                          auto* model = Find<QTableView>(window, "Scaler")->model();
+                          EXPECT_TRUE(model->setData(model->index(1, 1), "8"));
+                        },
+                        "OK"};
   const struct {
     const char* what;
-    CUser user;
+    CSteps steps;
     const char* rows;
   } kCases[] = {
-      {"untouched", NoUser, "a 4 -4 5 1,b 2 -2 3 1,"},
-      {"taken out and put back",
-       All({In("Variable List", DeleteVariable(0)), In("Variable List", AddVariable("a"))}),
-       "b 2 -2 3 1,a 1 0 0 0,"},
-      {"put back at once", In("Variable List", All({DeleteVariable(0), AddVariable("a")})),
-       "b 2 -2 3 1,a 4 -4 5 1,"},
-      {"taken out, but not accepted", All({In("Variable List", DeleteVariable(0), "Cancel")}),
-       "a 4 -4 5 1,b 2 -2 3 1,"},
-      {"another case", In("Variable List", AddVariable("GONE")), "a 4 -4 5 1,b 2 -2 3 1,GONE 1 0 0 0,"},
-      {"scaled", scale, "a 4 -4 5 1,b 8 -2 3 1,"},
-      {"scaled, then taken out", All({scale, In("Variable List", DeleteVariable(0))}), "b 8 -2 3 1,"},
+      {"not edited", {}, "a 4,b 2,"},
+      {"removed and inserted again", remove + CSteps{"OK", "Variable List"} + insert, "b 2,a 1,"},
+      {"removed and inserted at once", remove + insert, "b 2,a 4,"},
+      {"the removal is cancelled", remove + CSteps{"Cancel"}, "a 4,b 2,"},
+      {"scaled", scale, "a 4,b 8,"},
   };
   for (const auto& c : kCases) {
-    SCOPED_TRACE(c.what);
     for (const char* end : {"OK", "Cancel"}) {
-      m_node.m_varNames = Names({"a", "b"});
-      m_node.m_scaler.m_nodes.RemoveAll();
-      for (const auto& [name, factor] : {std::pair("b", 2.0f), {"gone", 3.0f}, {"a", 4.0f}, {"b", 5.0f}})
-        AddRow(name, factor);
-      EXPECT_EQ(CTexts(), Run(c.user, end));
-      EXPECT_EQ(end == std::string("OK") ? c.rows : "b 2 -2 3 1,gone 3 -3 4 1,a 4 -4 5 1,b 5 -5 6 1,",
-                Rows());
+      m_node = Node("node");
+      Run(c.steps + CSteps{end});
+      EXPECT_EQ(Scales(), *end == 'O' ? c.rows : "b 2,gone 3,a 4,") << c.what;
     }
   }
   CDriverTypeDlg alone;
@@ -216,204 +176,121 @@ TEST_F(NodeDialog, RowsOfTheScalerFollowTheVariables) {
   alone.UpdateScalers(0);  // there is no node to write to
 }
 
-TEST_F(NodeDialog, ANodeThatIsWrittenHasTheVariablesOfThePages) {
+TEST_F(NodeDialog, AWrittenNodeHasTheVariablesOfThePages) {
   CInputPage input, unknown;
-  SetInput(input, {"p", "q"});
+  SetInput(input, {"p"});
   SetInput(unknown, {});
   CSmartPage smart;
   SetSmart(smart, {"s"});
-  AddRow("a", 4);
   const struct {
     CInputPage* input;
     CSmartPage* smart;
-    const char* offered;  // null: no dialog
-    const char *chosen, *rows;
+    const char* offered;  // null: no dialog opens
+    const char* scales;
   } kCases[] = {
-      {nullptr, nullptr, "", "b,a,", "b 1 0 0 0,a 4 -4 5 1,"},
-      {&input, nullptr, "p,q,", "b,a,p,q,", "b 1 0 0 0,a 4 -4 5 1,p 1 0 0 0,q 1 0 0 0,"},
-      {&input, &smart, "p,q,s,", "b,a,p,q,s,", "b 1 0 0 0,a 4 -4 5 1,p 1 0 0 0,q 1 0 0 0,s 1 0 0 0,"},
-      {&unknown, &smart, nullptr, "a,b,", "a 4 -4 5 1,b 1 0 0 0,"},
+      {nullptr, nullptr, "", "b 2,a 4,"},
+      {&input, nullptr, "p,", "b 2,a 4,p 1,"},
+      {&input, &smart, "p,s,", "b 2,a 4,p 1,s 1,"},
+      {&unknown, &smart, nullptr, "a 4,b 2,"},
   };
   for (const auto& c : kCases) {
     m_pInput = c.input;
     m_pSmart = c.smart;
-    m_node.m_varNames = Names({"a", "b"});
-    const CUser takeOut = All({Mark("Selected Vars", 0), Press("Delete Variable")});
-    const CUser choose = All({[&](QWidget* window) {
-                                CStringArray offered;
-                                for (const std::string& name : Offered(window)) offered.Add(CString(name));
-                                EXPECT_EQ(c.offered, Joined(offered));
-                              },
-                              AddVariable("a"), Press("->>")});
-    const CUser user = c.offered ? All({In("Variable List", takeOut), In("Variable List", choose)})
-                                 : [](QWidget* window) { Quietly(window, "Variable List"); };
-    EXPECT_EQ(CTexts(), Run(user, "OK", false, CDriverTypeDlg::writeNode));
-    EXPECT_EQ(c.chosen, Joined(m_node.m_varNames));
-    EXPECT_EQ(c.rows, Rows()) << "a scale went with its variable, which came back";
+    m_node = Node("node");
+    CSteps steps = {"Variable List"};
+    // A scale survives the removal of its variable until OK.
+    if (c.offered)
+      steps = {"Variable List",
+               "Selected Vars#0",
+               "Delete Variable",
+               "OK",
+               "Variable List",
+               std::string("Available Vars?") + c.offered,
+               "Insert  New Variable",
+               "New Variable=a",
+               "OK",
+               "->>",
+               "OK"};
+    EXPECT_EQ(Run(steps + CSteps{"OK"}, false, CDriverTypeDlg::writeNode), IDOK);
+    EXPECT_EQ(Scales(), c.scales);
   }
 }
 
-// One of the two pages.
-struct CNodePage {
-  const char *add, *edit, *remove;
-  void (*set)(CPropertyPage& page, const COwnedList<CPlcNodeConfig>& nodes);
-  COwnedList<CPlcNodeConfig> (*get)(const CPropertyPage& page);
-  const CRuntimeClass& kind;
-};
-const CNodePage kPages[] = {
-    {"Add net node...", "Edit net node...", "Delete Node",
-     [](CPropertyPage& page, const COwnedList<CPlcNodeConfig>& nodes) {
-       CInputConfig config;
-       config.m_plcNodes = nodes;
-       static_cast<CInputPage&>(page).SetConfiguration(config);
-     },
-     [](const CPropertyPage& page) {
-       CInputConfig config;
-       static_cast<const CInputPage&>(page).GetConfiguration(config);
-       return config.m_plcNodes;
-     },
-     CInputPage::classCInputPage},
-    {"Add ", "Edit ", "Delete ",
-     [](CPropertyPage& page, const COwnedList<CPlcNodeConfig>& nodes) {
-       CPlcMultiConfig config;
-       for (const CPlcNodeConfig* node : nodes) {
-         config.m_nodes.AddTail(new CPlcSingleConfig);
-         config.m_nodes.GetTail()->m_node = *node;
-       }
-       static_cast<CPlcWritePage&>(page).SetConfiguration(config);
-     },
-     [](const CPropertyPage& page) {
-       CPlcMultiConfig config;
-       static_cast<const CPlcWritePage&>(page).GetConfiguration(config);
-       COwnedList<CPlcNodeConfig> nodes;
-       for (const CPlcSingleConfig* single : config.m_nodes)
-         nodes.AddTail(new CPlcNodeConfig(single->m_node));
-       return nodes;
-     },
-     CPlcWritePage::classCPlcWritePage},
-};
+void AddNode(CInputConfig& config, const CPlcNodeConfig& node) {
+  config.m_plcNodes.AddTail(new CPlcNodeConfig(node));
+}
+void AddNode(CPlcMultiConfig& config, const CPlcNodeConfig& node) {
+  config.m_nodes.AddTail(new CPlcSingleConfig);
+  config.m_nodes.GetTail()->m_node = node;
+}
 
-CTexts ShownNodes(QWidget* window) { return Shown(Find<QListWidget>(window, "Net nodes")); }
-
-TEST(NodePages, NodesAreAddedAndEditedInTheirDialog) {
-  for (const CNodePage& row : kPages) {
-    CTestPrompter prompter;
-    const CScriptedDriver driver;
-    const std::unique_ptr<CPropertyPage> page(static_cast<CPropertyPage*>(row.kind.CreateObject()));
-    const CTexts kTaken = {"|PLC name already used|30"}, kNone = {"|There isn't any node selected|30"};
-    const CUser user = [&](QWidget* window) {
-      auto* list = Find<QListWidget>(window, "Net nodes");
-      Click(window, row.edit);
-      EXPECT_EQ(kNone, prompter.Take());
-      In(row.add, MakeNode("none"), "Cancel")(window);
-      In(row.add, MakeNode("A"))(window);
-      In(row.add, All({MakeNode("a"), Press("OK"), Type("Name :", "B")}))(window);
-      EXPECT_EQ(kTaken, prompter.Take());
-      EXPECT_EQ((CTexts{"A", "B"}), Shown(list));
-
-      list->setCurrentRow(0);
-      In(row.edit, Type("Name :", "A"))(window);
-      list->setCurrentRow(0);
-      In(row.edit, Type("Name :", "C"), "Cancel")(window);
-      EXPECT_EQ((CTexts{"A", "B"}), Shown(list));
-      WhileModal([&] { DoubleClick(list, 1); },
-                 [](QWidget* inner) {
-                   EXPECT_EQ("B", Find<QLineEdit>(inner, "Name :")->text().toStdString());
-                   All({Type("Name :", "C"), Press("Configure PLC"), Press("OK")})(inner);
-                 });
-      EXPECT_EQ((CTexts{"A", "C"}), Shown(list));
-    };
-    EXPECT_EQ(IDCANCEL, RunSheet({page.get()}, user, "Cancel"));
-    std::string nodes;
-    for (const CPlcNodeConfig* node : row.get(*page)) {
-      CString text;
-      text.Format("%s: %d %d %u %s %d|", node->m_nodeName.Std().c_str(), node->m_driver.plcType,
-                  node->m_driver.value1, node->m_driver.variableCount, Joined(node->m_varNames).c_str(),
-                  node->m_scaler.m_nodes.GetSize());
-      nodes += text.Std();
+template <class TPage, class TConfig>
+void EditNodes(const std::string& add, const std::string& edit, const std::string& remove) {
+  CSheetUser user;
+  const CScriptedDriver driver;
+  TPage page;
+  TConfig config;
+  for (const char* name : {"x", "y", "x", "X", "", "x"}) AddNode(config, Node(name));
+  page.SetConfiguration(config);
+  const std::string kNone = "!There isn't any node selected";
+  user.Run({&page},
+           CSteps{edit, kNone, remove, kNone, "Net nodes#2", remove, "Net nodes?y,X,,", "Net nodes#2", remove,
+                  "!Node index is wrong", "Net nodes#1", remove, add} +
+               MakeNode("none", "Cancel") + CSteps{add} + MakeNode("A") + CSteps{add} + MakeNode("a") +
+               CSteps{"!PLC name already used", "Name :=B", "OK", "Net nodes?y,,A,B,", "Net nodes#2", edit,
+                      "Name :=A", "OK", "Net nodes#2", edit, "Name :=C", "Cancel", "Net nodes##3", "Name :?B",
+                      "Name :=C", "Configure PLC", "OK", "Net nodes?y,,A,C,", "Cancel"});
+  TConfig wanted;
+  for (const char* name : {"y", "", "A", "C"}) {
+    CPlcNodeConfig node = Node(name);
+    if (*name == 'A' || *name == 'C') {
+      node.m_driver.value1 = *name == 'A' ? 20 : 50;
+      node.m_driver.variableCount = 2;
+      node.m_driver.text1 = node.m_driver.text2 = "typed";
+      node.m_varNames = Names({"v", "w"});
+      node.m_scaler.m_nodes.SetSize(2);
+      node.m_scaler.m_nodes[0].m_varName = "v";
+      node.m_scaler.m_nodes[1].m_varName = "w";
+      node.m_scaler.m_nodes[0].m_scale = node.m_scaler.m_nodes[1].m_scale = 1;
     }
-    EXPECT_EQ("A: 777 20 2 v,w, 2|C: 777 50 2 v,w, 2|", nodes);
-    EXPECT_EQ(CTexts(), prompter.Take());
+    AddNode(wanted, node);
   }
+  EXPECT_EQ(Held<TConfig>(page, config), TextOf(wanted));
 }
 
-TEST(NodePages, AllNodesOfTheNameThatIsMarkedAreDeleted) {
-  for (const CNodePage& row : kPages) {
-    CTestPrompter prompter;
-    const std::unique_ptr<CPropertyPage> page(static_cast<CPropertyPage*>(row.kind.CreateObject()));
-    COwnedList<CPlcNodeConfig> nodes;
-    for (const char* name : {"x", "y", "x", "X", "", "x"}) {
-      nodes.AddTail(new CPlcNodeConfig);
-      nodes.GetTail()->m_nodeName = name;
-    }
-    row.set(*page, nodes);
-    RunSheet(
-        {page.get()},
-        [&](QWidget* window) {
-          Click(window, row.remove);
-          EXPECT_EQ(CTexts{"|There isn't any node selected|30"}, prompter.Take());
-          All({Mark("Net nodes", 2), Press(row.remove)})(window);
-          EXPECT_EQ((CTexts{"y", "X", ""}), ShownNodes(window));
-          All({Mark("Net nodes", 2), Press(row.remove)})(window);
-          EXPECT_EQ(CTexts{"|Node index is wrong|30"}, prompter.Take());
-          EXPECT_EQ((CTexts{"y", "X", ""}), ShownNodes(window));
-        },
-        "Cancel");
-    EXPECT_EQ(3, row.get(*page).GetCount());
-  }
+TEST(NodePages, NodesAreAddedEditedAndDeleted) {
+  EditNodes<CInputPage, CInputConfig>("Add net node...", "Edit net node...", "Delete Node");
+  EditNodes<CPlcWritePage, CPlcMultiConfig>("Add ", "Edit ", "Delete ");
 }
 
-TEST(PlcWritePage, KeepsTheNumberOfItsTarget) {
+TEST(PlcWritePage, AppendsNodesAndOffersTheVariablesOfThePages) {
   CPlcWritePage page;
-  CPlcMultiConfig config;
+  CPlcMultiConfig config, target;
   config.m_disableWriting = 1;
-  for (const char* name : {"a", "b"}) {
-    config.m_nodes.AddTail(new CPlcSingleConfig);
-    config.m_nodes.GetTail()->m_node.m_nodeName = name;
-    config.m_nodes.GetTail()->m_node.m_scaler.m_nodes.SetSize(2);
-  }
+  AddNode(config, Node("a"));
   page.SetConfiguration(config);
   config.m_disableWriting = 0;
-  delete config.m_nodes.RemoveHead();
   page.SetConfiguration(config);
-  CPlcMultiConfig target;
+  AddNode(config, Node("a"));
   target.m_nodeNumber = 7;
   target.m_disableWriting = 1;
-  target.m_nodes.AddTail(new CPlcSingleConfig);
   page.GetConfiguration(target);
-  const auto names = [&] {
-    std::string all;
-    for (const CPlcSingleConfig* single : target.m_nodes) {
-      all += single->m_node.m_nodeName.Std();
-      EXPECT_EQ(2, single->m_node.m_scaler.m_nodes.GetSize());
-    }
-    return all;
-  };
-  EXPECT_EQ("abb", names());
-  EXPECT_EQ(7u, target.m_nodeNumber);
-  EXPECT_EQ(0, target.m_disableWriting);
-  RunSheet({&page}, Press("Disable Writing"));
-  page.DeleteList();
-  page.GetConfiguration(target);
-  EXPECT_EQ("", names());
-  EXPECT_EQ(1, target.m_disableWriting);
-}
+  EXPECT_EQ(TextOf(target), TextOf(config));
+  EXPECT_EQ(target.m_nodeNumber, 7u);
 
-TEST(PlcWritePage, OffersWhatTheOtherPagesGive) {
   const CScriptedDriver driver;
   CInputPage input;
   SetInput(input, {"p"});
   CSmartPage smart;
   SetSmart(smart, {"s"});
-  CPlcWritePage page;
   page.SetInputPointer(&input);
   page.SetSmartPointer(&smart);
-  const CUser look = In("Variable List", [](QWidget* window) {
-    EXPECT_EQ((CTexts{"p", "s"}), Offered(window));
-  });
-  const CUser user = All({In("Add ", MakeNode("A")), In("Add ", look, "Cancel"), Mark("Net nodes", 0),
-                          In("Edit ", look, "Cancel")});
-  RunSheet({&page}, user);
+  const CSteps look = {"Variable List", "Available Vars?p,s,", "Cancel", "Cancel"};
+  CSheetUser user;
+  user.Run({&page},
+           CSteps{"Disable Writing", "Add "} + look + CSteps{"Net nodes#0", "Edit "} + look + CSteps{"OK"});
+  page.DeleteList();
+  EXPECT_EQ(Held<CPlcMultiConfig>(page), "nodes[}disableWriting:1|");
 }
 
 }  // namespace

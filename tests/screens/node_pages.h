@@ -1,5 +1,4 @@
-// The pages of the configuration sheet that have PLC nodes, in a sheet, and the driver that their dialogs
-// find.
+// The driver that the dialogs of PLC nodes find, and the steps that make a node with it.
 #pragma once
 
 #include "tests/plc/scripted_driver.h"
@@ -10,53 +9,51 @@
 
 namespace vastra {
 
-// The driver with a form. In front of it is one without.
-constexpr int kSilent = 0, kScripted = 1;  // indexes
-
 inline Script* g_script = nullptr;
-// The form as a user works it: what it starts from shows in what comes out.
+// A form that the user accepts. Its result shows the values it was opened with.
 inline int AcceptForm(int isNew) {
   g_script->record.value1 += isNew ? 10 : 20;
   g_script->record.plcType = SCRIPTED_ID;
-  g_script->record.text1 = g_script->record.text2 = "typed";  // those it was given are gone by now, or soon
+  g_script->record.text1 = g_script->record.text2 = "typed";  // the texts it was given may be gone by now
   return 1;
 }
 inline int CancelForm(int isNew) { return AcceptForm(isNew), 0; }
 
+// The module "Scripted"; the one before it, "Silent", has no form.
 class CScriptedDriver {
  public:
   CScriptedDriver() {
     const CDriverFactory& factory = *CDriverFactory::Instance();
-    m_module = LoadModule(factory.GetPath() + "/" + factory.GetDrivers()[kScripted].m_fileName);
+    m_module = LoadModule(factory.GetPath() + "/" + factory.GetDrivers()[1].m_fileName);
     Restart();
   }
   CScriptedDriver(const CScriptedDriver&) = delete;
   CScriptedDriver& operator=(const CScriptedDriver&) = delete;
   ~CScriptedDriver() { FreeModule(m_module); }
-  void Restart() {
+  void Restart(int (*form)(int) = AcceptForm) {
     g_script = reinterpret_cast<Script* (*)()>(FindExport(m_module, "FreshScript"))();
-    g_script->functions.ShowConfig = AcceptForm;
+    g_script->functions.ShowConfig = form;
   }
 
  private:
-  CRecorder m_recorder;  // for the links
+  CRecorder m_recorder;  // of the messages of links
   HMODULE m_module;
 };
 
-inline CUser Select(int driver) {
-  return [=](QWidget* window) {
-    auto* combo = Find<QComboBox>(window, "Type of PLC :");
-    QTest::keyClick(combo, driver == 0 ? Qt::Key_Home : Qt::Key_End);
-    EXPECT_EQ(driver, combo->currentIndex());
-  };
-}
-
-inline CUser AddVariable(const char* name) { return In("Insert  New Variable", Type("New Variable", name)); }
-
-// Makes a node in its dialog: configured, called name, with the variables v and w.
-inline CUser MakeNode(const char* name) {
-  return All({Select(kScripted), Type("Name :", name),
-              In("Variable List", All({AddVariable("v"), AddVariable("w")})), Press("Configure PLC")});
+// In the dialog of a node: gives it a driver, a name and the variables v and w, and ends with end.
+inline CSteps MakeNode(const std::string& name, const char* end = "OK") {
+  return {"Type of PLC :=Scripted",
+          "Name :=" + name,
+          "Variable List",
+          "Insert  New Variable",
+          "New Variable=v",
+          "OK",
+          "Insert  New Variable",
+          "New Variable=w",
+          "OK",
+          "OK",
+          "Configure PLC",
+          end};
 }
 
 }  // namespace vastra

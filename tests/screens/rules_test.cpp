@@ -1,11 +1,16 @@
-// What the list dialogs and the equation editor check and write, without a window.
+// The rules of pages and dialogs, without a window.
 #include <gtest/gtest.h>
 
 #include <filesystem>
 
+#include "tests/screens/driver_form.h"
 #include "tests/support/files.h"
 #include "tests/support/names.h"
+#include "vastra/screens/driver_form_rules.h"
 #include "vastra/screens/equation_check_rules.h"
+#include "vastra/screens/input_page_rules.h"
+#include "vastra/screens/item_rules.h"
+#include "vastra/screens/scaler_rules.h"
 #include "vastra/screens/text_list_rules.h"
 
 namespace vastra {
@@ -17,50 +22,39 @@ std::string Join(const CStringArray& array) {
   return all;
 }
 
-TEST(TextList, AnEmptyLineEndsWhatIsRead) {
+std::string Told(const char* message) { return message ? message : ""; }
+
+TEST(TextList, ReadingStopsAtAnEmptyLine) {
   const struct {
     const char *text, *lines;
   } kCases[] = {
       {"", ""},
-      {"\r\n", ""},
       {"a", "a|"},
       {"a\r\nb\r\n\r\n", "a|b|"},
-      {"a\nb\n", "a|b|"},
-      {"a\r\n\r\nb\r\n", "a|"},
       {"a\n\nb", "a|"},
       {"\r\na", ""},
       {" a \r\n \r\nb", " a | |b|"},
       {"a\rb\r\nc\r", "a\rb|c\r|"},
       {"a\r\r\nb", "a\r|b|"},
-      {"\xC3\xA9\r\n\xE9\r\n", "\xC3\xA9|\xE9|"},
+      {"\xC3\xA9\r\n\xE9\n", "\xC3\xA9|\xE9|"},
   };
-  for (const auto& c : kCases) EXPECT_EQ(c.lines, Join(LinesOf(c.text))) << c.text;
-  EXPECT_EQ(std::string("a\0b|", 4), Join(LinesOf(CString("a\0b\r\n", 5))));
+  for (const auto& c : kCases) EXPECT_EQ(Join(LinesOf(c.text)), c.lines) << c.text;
+  EXPECT_EQ(Join(LinesOf(CString("a\0b\r\n", 5))), std::string("a\0b|", 4));
 }
 
-TEST(TextList, NamesAreTheSameOnlyByteForByte) {
-  const struct {
-    CStringArray present, names;
-    bool hasRepeats;  // in names
-    const char* missing;
-  } kCases[] = {
-      {{}, {}, false, ""},
-      {Names({"a"}), Names({"b", "a", "A", "a "}), false, "b|A|a |"},
-      {Names({"a", "b"}), Names({"c", "b", "c"}), true, "c|c|"},
-  };
-  for (const auto& c : kCases) {
-    EXPECT_EQ(c.hasRepeats, HasRepeats(c.names));
-    EXPECT_EQ(c.missing, Join(MissingFrom(c.present, c.names)));
-  }
+TEST(TextList, NamesAreComparedByteForByte) {
+  EXPECT_FALSE(HasRepeats(Names({"a", "A", "a "})));
+  EXPECT_TRUE(HasRepeats(Names({"c", "b", "c"})));
+  EXPECT_EQ(Join(MissingFrom(Names({"a", "b"}), Names({"c", "b", "A", "a ", "c"}))), "c|A|a |c|");
 }
 
-TEST(TextFile, OnlyAFileThatIsNoLongerThanAListIsRead) {
+TEST(TextFile, OnlyARegularFileUpToTheLimitIsRead) {
   const CTempDir dir;
-  WriteBytes(dir / "list", "a\r\n");
-  WriteBytes(dir / "longest", "");
-  std::filesystem::resize_file((dir / "longest").Std(), kMaxTextFile);
-  WriteBytes(dir / "longer", "");
-  std::filesystem::resize_file((dir / "longer").Std(), kMaxTextFile + 1);
+  for (const auto& [name, size] :
+       {std::pair("list", std::size_t{3}), {"longest", kMaxTextFile}, {"longer", kMaxTextFile + 1}}) {
+    WriteBytes(dir / name, "");
+    std::filesystem::resize_file((dir / name).Std(), size);
+  }
   const struct {
     CString path;
     std::size_t length;  // 0: not read
@@ -73,12 +67,12 @@ TEST(TextFile, OnlyAFileThatIsNoLongerThanAListIsRead) {
                 {"", 0}};
   for (const auto& c : kCases) {
     CString text;
-    EXPECT_EQ(c.length != 0, ReadTextFile(c.path, text)) << c.path.Std();
-    EXPECT_EQ(c.length, text.View().size()) << c.path.Std();
+    EXPECT_EQ(ReadTextFile(c.path, text), c.length != 0) << c.path.Std();
+    EXPECT_EQ(text.View().size(), c.length) << c.path.Std();
   }
 }
 
-TEST(TextFile, AnExportThatFailsLeavesWhatWasThere) {
+TEST(TextFile, AFailedExportLeavesTheFileUnchanged) {
   const CTempDir dir;
   const CString path = dir / "list.txt";
   WriteBytes(path, "old");
@@ -87,85 +81,265 @@ TEST(TextFile, AnExportThatFailsLeavesWhatWasThere) {
     const CFileSizeLimit full(2);
     EXPECT_FALSE(WriteTextFile(path, "newer"));
   }
-  EXPECT_EQ("old", ReadBytes(path));
+  EXPECT_EQ(ReadBytes(path), "old");
   EXPECT_TRUE(WriteTextFile(dir / "link", CString("n\0w", 3)));
-  EXPECT_EQ(std::string("n\0w", 3), ReadBytes(path)) << "the link was replaced, not the file";
-  EXPECT_TRUE(WriteTextFile(path, ""));
-  EXPECT_EQ("", ReadBytes(path));
+  EXPECT_EQ(ReadBytes(path), std::string("n\0w", 3)) << "the link was replaced, not the file";
   for (const CString& bad : {dir.Path(), dir / "none/list", CString("/dev/null"), CString()})
     EXPECT_FALSE(WriteTextFile(bad, "x")) << bad.Std();
   EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
-  EXPECT_EQ(2, std::distance(std::filesystem::directory_iterator(dir.Path().Std()), {})) << "left-overs";
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.Path().Std()), {}), 2) << "files left over";
 }
 
-TEST(EquationCheck, TheFirstFaultIsFoundByItsOffsetInTheWholeText) {
+TEST(EquationCheck, TheFirstFaultIsFoundByItsOffsetInTheText) {
   const struct {
     const char *text, *equations;
     int statement, offset;
   } kCases[] = {
       // a and b may be read
-      {"", "", 0, 0},
       {" \r\n\t", "", 0, 0},
       {"x = a + b; y = x", "x = a + b| y = x|", 0, 0},
       {"x = y;\r\ny = a;\r\n", "x = y|\r\ny = a|", 0, 0},
-      {"x = c", "x = c|", 1, 4},
       {"x = c; y = d;", "x = c| y = d|", 1, 4},
       {"x = 1;\r\ny = 2;\r\nz = nope + 1;\r\n", "x = 1|\r\ny = 2|\r\nz = nope + 1|", 3, 20},
       {"x = 1;\r\ny =\r\n 2 +", "x = 1|\r\ny =\r\n 2 +|", 2, 17},
-      {"x = a\r\n", "x = a|", 0, 0},
-      {"x = \r\n", "x =|", 1, 3},
       {"x = 1;;", "x = 1||", 2, 6},
       {"x = 1; /* end */", "x = 1| /* end */|", 2, 16},
-      {"x = \xC3\xA9", "x = \xC3\xA9|", 1, 4},
       {"x = 1; /* \xC3\xA9 */ y = c", "x = 1| /* \xC3\xA9 */ y = c|", 2, 20},
       {"A = 1; x = A; y = B", "A = 1| x = A| y = B|", 3, 18},
       {"x = 1; y /* */ = 2", "x = 1| y /* */ = 2|", 0, 0},
   };
   for (const auto& c : kCases) {
-    CStringArray equations = Names({"left from before"});
+    CStringArray equations = Names({"replaced"});
     const CTextFault fault = CheckEquations(c.text, Names({"a", "b"}), equations);
-    EXPECT_EQ(c.statement, fault.statement) << c.text;
-    EXPECT_EQ(c.offset, fault.offset) << c.text;
-    EXPECT_EQ(c.equations, Join(equations)) << c.text;
+    EXPECT_EQ(fault.statement, c.statement) << c.text;
+    EXPECT_EQ(fault.offset, c.offset) << c.text;
+    EXPECT_EQ(Join(equations), c.equations) << c.text;
   }
+  EXPECT_EQ(CheckStatements(Names({"y = x", "x = a", "x = x + 1"}), Names({"a"})).statement, 0);
+  const CTextFault fault = CheckStatements(Names({"x = a", "y = b", "z = c"}), Names({"a"}));
+  EXPECT_EQ(fault.statement, 2);
+  EXPECT_EQ(fault.offset, 4) << "from the start of its statement";
 }
 
-TEST(EquationCheck, StatementsMayReadWhatAnyOfThemAssigns) {
-  const struct {
-    CStringArray equations;
-    int statement, offset;
-  } kCases[] = {
-      // a may be read
-      {{}, 0, 0},
-      {Names({"y = x", "x = a", "x = x + 1"}), 0, 0},
-      {Names({"x = a", "y = b", "z = c"}), 2, 4},
-      {Names({"/* old */ x\n = a", " y = x"}), 0, 0},
-      {Names({"x = a", "a"}), 2, 1},
-      {Names({""}), 1, 0},
-      {Names({"A = 1", "x = a + A"}), 0, 0},
-  };
-  for (const auto& c : kCases) {
-    const CTextFault fault = CheckStatements(c.equations, Names({"a"}));
-    EXPECT_EQ(c.statement, fault.statement) << Join(c.equations);
-    EXPECT_EQ(c.offset, fault.offset) << Join(c.equations);
-  }
-}
-
-TEST(EquationCheck, ATargetIsTheLastWordBeforeTheFirstSign) {
+TEST(EquationCheck, ATargetIsTheLastWordBeforeTheFirstEqualsSign) {
   const struct {
     const char *equation, *target;
-  } kCases[] = {{"x = a", "x"},
-                {"x=y=z", "x"},
-                {" \r\n x  = a", "x"},
-                {"/* c */ x = 1", "x"},
-                {"/* c\nx = 1", "x"},
-                {"x y = 1", "y"},
-                {"x", ""},
-                {"", ""},
-                {"= 1", ""},
-                {"\xC3\xA9 x == 1", "x"},
-                {"x\ty = 1", "x\ty"}};
-  for (const auto& c : kCases) EXPECT_EQ(c.target, TargetName(c.equation)) << c.equation;
+  } kCases[] = {{"x=y=z", "x"}, {" \r\n x  = a", "x"}, {"/* c\nx = 1", "x"},     {"x y = 1", "y"},
+                {"x", ""},      {"= 1", ""},           {"\xC3\xA9 x == 1", "x"}, {"x\ty = 1", "x\ty"}};
+  for (const auto& c : kCases) EXPECT_EQ(TargetName(c.equation).Std(), c.target) << c.equation;
+}
+
+TEST(InputPageRules, ControlsDependOnTheChoices) {
+  const struct {
+    int source, preprocess, scanMode;
+    CInputControls enabled;  // nodes, files, preprocess, period
+  } kCases[] = {{0, 0, 0, {true, false, false, false}},
+                {1, 0, 1, {false, true, false, true}},
+                {1, 1, 0, {false, true, true, false}},
+                {0, 1, 1, {true, false, true, true}}};
+  for (const auto& c : kCases) EXPECT_TRUE(EnabledControls(c.source, c.preprocess, c.scanMode) == c.enabled);
+}
+
+TEST(InputPageRules, TheFirstFaultIsTold) {
+  const std::string
+      kNoNode = "If the logger is going to be connected to a PLC net, you must select one net node at least",
+      kNoFiles = "If the logger is simulating you must select input logs files",
+      kNoVariables =
+          "If the preprocess input option is checked you must select one variable at least "
+          "from the variables list";
+  const struct {
+    bool simulating, preprocess, hasNode, hasFile, hasVariable;
+    std::string told;
+  } kCases[] = {
+      {false, false, true, false, false, ""},         {false, true, false, true, false, kNoNode},
+      {true, true, true, false, false, kNoFiles},     {true, false, false, true, false, ""},
+      {true, true, false, true, false, kNoVariables}, {false, true, true, false, true, ""},
+  };
+  for (const auto& c : kCases) {
+    CInputConfig config;
+    if (c.hasNode) config.m_plcNodes.AddTail(new CPlcNodeConfig);
+    if (c.hasFile) config.m_inputFiles.AddTail("/a.rph");
+    if (c.hasVariable) config.m_preNewVars = Names({"b"});
+    config.m_simulating = c.simulating;
+    config.m_preprocess = c.preprocess;
+    EXPECT_EQ(Told(FaultOf(config)), c.told.empty() ? "" : "Wrong Configuration!!\n " + c.told);
+  }
+}
+
+TEST(ItemRules, ABasisThatIsNotOfferedFallsBackToTheTime) {
+  const CStringArray names = Names({"a", "b"});
+  const struct {
+    const CStringArray* names;
+    const char *stored, *offered;
+    int selected;
+  } kCases[] = {{&names, "b", "System Time|a|b|", 2},
+                {&names, "B", "System Time|a|b|", 0},
+                {nullptr, "b", "System Time|b|", 1},
+                {nullptr, "System Time", "System Time|", 0},
+                {nullptr, "", "System Time|", 0}};
+  for (const auto& c : kCases) {
+    const CNameBasis basis = NameBasis(c.names, c.stored);
+    EXPECT_EQ(Join(basis.offered), c.offered) << c.stored;
+    EXPECT_EQ(basis.selected, c.selected) << c.stored;
+  }
+}
+
+TEST(ItemRules, TheNamesOfLogsNeedALoggedVariableOrAPrefix) {
+  const struct {
+    const char *basis, *prefix;
+    int usesPrefix;
+    const char* told;
+  } kCases[] = {
+      {"System Time", "", 0, ""},
+      {"System Time", "p", 1, ""},
+      {"System Time", "", 1, "You selected to use a prefix, please type the prefix to be used"},
+      {"a", "", 1, ""},
+      {"A", "p", 0, "The selected variable for the log names must be included in the logged variables"}};
+  for (const auto& c : kCases) {
+    COutputConfig output;
+    output.m_name = output.m_directory = "x";
+    output.m_enableEquations = output.m_varNames = Names({"a"});
+    output.m_nameVariable = c.basis;
+    output.m_prefix = c.prefix;
+    output.m_usePrefix = c.usesPrefix;
+    EXPECT_EQ(Told(FirstFault(output)), *c.told ? std::string("WrongConfiguration!!\n") + c.told : "");
+  }
+}
+
+TEST(ScalerRules, EachVariableHasTheFirstRowOfItsName) {
+  CScalerConfig scaler;
+  for (const auto& [name, scale] : {std::pair("b", 2.0f), {"gone", 3.0f}, {"A", 4.0f}, {"b", 5.0f}}) {
+    CScalerConfigNode row;
+    row.m_varName = name;
+    row.m_scale = scale;
+    scaler.m_nodes.Add(row);
+  }
+  const auto text = [](const CScalerConfig& rows) {
+    CString all;
+    for (const CScalerConfigNode& row : rows.m_nodes) {
+      CString one;
+      one.Format("%s %g|", row.m_varName.Std().c_str(), static_cast<double>(row.m_scale));
+      all += one;
+    }
+    return all.Std();
+  };
+  EXPECT_EQ(text(ScalerRowsOf(scaler, Names({"a", "b"}))), "a 1|b 2|");
+  EXPECT_EQ(text(KeptScalerRows(scaler, Names({"a", "b"}))), "b 2|b 5|");
+}
+
+// "Period=5|Name=abc|Mode=1|": a choice by its index.
+std::string TextOf(const std::vector<CFormRow>& rows) {
+  std::string all;
+  for (const CFormRow& row : rows)
+    all += row.name.Std() + "=" +
+           (row.kind == driverFieldChoice ? std::to_string(row.choice) : row.text.Std()) + "|";
+  return all;
+}
+
+TEST(DriverForm, AHostileFormShowsWhatCanBeEditedAndKeepsTheRest) {
+  static const std::string kEndless(100000, 'n');
+  const struct {
+    const char* what;
+    void (*change)(CModule& m);
+    const char* rows;               // null: the form is refused
+    const char* state = "5|abc|1";  // after the rows are stored
+    const char* fault = "";
+  } kCases[] = {
+      {"no fields", [](CModule& m) { m.form.fields = nullptr; }, nullptr},
+      {"count below 0", [](CModule& m) { m.form.fieldCount = -2147483647 - 1; }, nullptr},
+      {"count too high", [](CModule& m) { m.form.fieldCount = 41; }, nullptr},
+      {"empty", [](CModule& m) { m.form.fields = nullptr, m.form.fieldCount = 0; }, ""},
+      {"no names",
+       [](CModule& m) {
+         for (DriverField& field : m.fields) field.name = field.help = nullptr;
+       },
+       "Setting=5|Setting (2)=abc|Setting (3)=1|"},
+      {"endless name", [](CModule& m) { m.fields[0].name = m.fields[0].help = kEndless.c_str(); },
+       "nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn...=5|Name=abc|Mode=1|"},
+      {"unknown kinds", [](CModule& m) { m.fields[0].kind = -1, m.fields[1].kind = 3; }, "Mode=1|"},
+      {"empty range, no buffer", [](CModule& m) { m.fields[0].low = 101, m.fields[1].text = nullptr; },
+       "Mode=1|"},
+      {"choices below 0", [](CModule& m) { m.fields[2].choiceCount = -1; }, "Period=5|Name=abc|"},
+      {"no choices", [](CModule& m) { m.fields[2].choices = nullptr; }, "Period=5|Name=abc|"},
+      {"buffer of 0, too many choices",
+       [](CModule& m) { m.fields[1].textSize = 0, m.fields[2].choiceCount = 2147483647; }, "Period=5|"},
+      {"text without end", [](CModule& m) { std::memcpy(m.text, "12345678", 8); },
+       "Period=5|Name=1234567|Mode=1|", "5|1234567|1"},
+      {"cut character", [](CModule& m) { std::memcpy(m.text, "12345\u20AC", 8); },
+       "Period=5|Name=12345|Mode=1|", "5|12345|1"},
+      {"not UTF-8", [](CModule& m) { std::memcpy(m.text, "\x80\xFF\r\n", 5); },
+       "Period=5|Name=\x80\xFF\r\n|Mode=1|", "5|\x80\xFF\r\n|1"},
+      {"number outside", [](CModule& m) { m.fields[0].number = 2147483647; },
+       "Period=2147483647|Name=abc|Mode=1|", "2147483647|abc|1",
+       "Period: enter a whole number from -5 to 100."},
+      {"choice below 0", [](CModule& m) { m.fields[2].number = -1; }, "Period=5|Name=abc|Mode=-1|",
+       "5|abc|-1", "Mode: choose an entry of the list."},
+      {"choice outside", [](CModule& m) { m.fields[2].number = 2; }, "Period=5|Name=abc|Mode=-1|", "5|abc|2",
+       "Mode: choose an entry of the list."},
+  };
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(c.what);
+    CModule module;
+    c.change(module);
+    ASSERT_EQ(IsShowable(&module.form), c.rows != nullptr);
+    if (!c.rows) continue;
+    const std::vector<CFormRow> rows = RowsOf(module.form);
+    EXPECT_EQ(TextOf(rows), c.rows);
+    std::string faults;
+    for (const CFormRow& row : rows) faults += RowFault(row).Std();
+    EXPECT_EQ(faults, c.fault);
+    if (faults.empty()) StoreRows(module.form, rows);
+    EXPECT_EQ(module.State(), c.state);
+  }
+  EXPECT_FALSE(IsShowable(nullptr));
+  CModule module;
+  module.form.title = nullptr;
+  EXPECT_EQ(FormTitle(module.form).Std(), "Driver");
+}
+
+TEST(DriverForm, ValuesAreCheckedAgainstTheirField) {
+  CModule module;
+  std::vector<CFormRow> rows = RowsOf(module.form);
+  const std::string kPeriod = "Period: enter a whole number from -5 to 100.";
+  const struct {
+    std::size_t row;
+    std::string text, fault;
+  } kCases[] = {{0, "-6", kPeriod},
+                {0, "101", kPeriod},
+                {0, "", kPeriod},
+                {0, " 100 ", ""},
+                {1, "1234567", ""},
+                {1, "12345\u20AC", "Name: enter at most 7 bytes; the text has 8."},
+                {1, std::string("a\0b", 3), "Name: remove the character of code 0."}};
+  for (const auto& c : kCases) {
+    rows[c.row].text = CString(c.text);
+    EXPECT_EQ(RowFault(rows[c.row]).Std(), c.fault) << c.text;
+  }
+  rows[1].help.Empty();
+  EXPECT_EQ(HelpOf(rows[0]).Std() + "|" + HelpOf(rows[1]).Std(), "How long. From -5 to 100.|");
+  rows[0].help.Empty();
+  EXPECT_EQ(HelpOf(rows[0]).Std(), "From -5 to 100.");
+}
+
+TEST(DriverForm, TheModuleChecksACopy) {
+  CModule module;
+  module.fields[0].kind = -1;  // so that rows and fields differ in their indexes
+  std::vector<CFormRow> rows = RowsOf(module.form);
+  EXPECT_EQ(CheckFault(module.form, rows), "");
+  rows[0].text = "new";
+  module.form.user = &module;
+  module.form.check = [](const DriverField* fields, int count, void* user) -> const char* {
+    EXPECT_EQ(count, 3);
+    EXPECT_EQ(static_cast<CModule*>(user)->State(), "5|abc|1");
+    EXPECT_STREQ(fields[1].text, "new");
+    if (fields[2].number == 1) throw 1;
+    return "refused";
+  };
+  EXPECT_EQ(CheckFault(module.form, rows), "The driver could not check the settings.");
+  rows[1].choice = 0;
+  EXPECT_EQ(CheckFault(module.form, rows), "refused");
+  StoreRows(module.form, rows);
+  EXPECT_EQ(module.State(), "5|new|0");
 }
 
 }  // namespace

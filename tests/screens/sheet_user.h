@@ -1,84 +1,86 @@
-// A user of the configuration sheet: what the tests of its pages do alike.
+// A user of dialogs and of the configuration sheet who follows a list of steps, and configurations as text.
 #pragma once
 
 #include <QComboBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 
+#include <algorithm>
+#include <sstream>
+#include <variant>
+
 #include "tests/support/names.h"
 #include "tests/support/windows.h"
+#include "vastra/core/field_walk.h"
 #include "vastra/screens/input_page.h"
 #include "vastra/screens/smart_page.h"
 
 namespace vastra {
 
-using CUser = std::function<void(QWidget*)>;
 using CTexts = std::vector<std::string>;
 
-// Opens pages in a sheet, lets user work there and leaves it by end.
-inline int RunSheet(const std::vector<CPropertyPage*>& pages, const CUser& user, const char* end = "OK") {
-  CPropertySheet sheet("Configuration");
-  for (CPropertyPage* page : pages) sheet.AddPage(*page);
-  int result = -1;
-  WhileModal([&] { result = sheet.DoModal(); },
-             [&](QWidget* window) {
-               user(window);
-               Click(window, end);
-             });
-  return result;
+// A function that gets the window, or one of these texts:
+//   Add           clicks the button; a dialog that it opens gets the next steps until it closes
+//   Name:=x       replaces the text of the edit, or selects x in the combo box
+//   Outputs#1     marks the row of the list; ##1 double-clicks it
+//   Outputs?a,b,  expects what the control shows, "-" before it if the control is disabled
+//   !text         expects one box with that text, or with "title|text|type"; without text: no box
+using CStep = std::variant<std::string, std::function<void(QWidget*)>>;
+using CSteps = std::vector<CStep>;
+
+inline CSteps operator+(CSteps steps, const CSteps& more) {
+  steps.insert(steps.end(), more.begin(), more.end());
+  return steps;
 }
 
-inline void NoUser(QWidget*) {}
+template <class T>
+T* Seek(QWidget* window, const char* name) {
+  try {
+    return Find<T>(window, name);
+  } catch (const std::runtime_error&) {
+    return nullptr;
+  }
+}
 
-// One after the other.
-inline CUser All(const std::vector<CUser>& users) {
-  return [=](QWidget* window) {
-    for (const CUser& user : users) user(window);
+inline std::string StateOf(QWidget* window, const char* name) {
+  const auto state = [](const QWidget* control, const QString& text) {
+    return (control->isEnabled() ? "" : "-") + text.toStdString();
   };
+  if (const auto* edit = Seek<QLineEdit>(window, name)) return state(edit, edit->text());
+  if (const auto* edit = Seek<QPlainTextEdit>(window, name)) return state(edit, edit->toPlainText());
+  if (const auto* combo = Seek<QComboBox>(window, name)) return state(combo, combo->currentText());
+  if (const auto* button = Seek<QAbstractButton>(window, name))
+    return state(button, button->isChecked() ? "x" : "");
+  if (const auto* list = Seek<QListWidget>(window, name)) {
+    QString texts;
+    for (int i = 0; i < list->count(); ++i) texts += list->item(i)->text() + ",";
+    return state(list, texts);
+  }
+  return Find<QLabel>(window, name)->text().toStdString();
 }
 
-// Opens the dialog behind button, lets user work there and leaves it by end.
-inline CUser In(const char* button, const CUser& user, const char* end = "OK") {
-  return [=](QWidget* window) {
-    WhileModal([&] { Click(window, button); },
-               [&](QWidget* dialog) {
-                 user(dialog);
-                 Click(dialog, end);
-                 EXPECT_FALSE(dialog->isVisible()) << "behind " << button;
-               });
-  };
-}
-
-inline CUser Press(const char* caption) {
-  return [=](QWidget* window) { Click(window, caption); };
-}
-
-// Presses button, behind which no dialog is to open.
-inline void Quietly(QWidget* window, const char* button) {
-  bool done = false;
-  QTimer::singleShot(0, [&done, before = QApplication::activeModalWidget()] {
-    QWidget* now = QApplication::activeModalWidget();
-    if (done || now == before) return;
-    ADD_FAILURE() << "a dialog opened";
-    now->close();
-  });
-  Click(window, button);
-  done = true;
-  QCoreApplication::processEvents();
-}
-
-// Puts text in place of what the field shows.
-inline CUser Type(const char* field, const char* text) {
-  return [=](QWidget* window) {
-    auto* edit = Find<QLineEdit>(window, field);
-    edit->selectAll();
-    QTest::keyClick(edit, Qt::Key_Delete);
+inline void Enter(QWidget* window, const char* name, const QString& text) {
+  if (auto* edit = Seek<QPlainTextEdit>(window, name)) return edit->setPlainText(text);
+  if (auto* combo = Seek<QComboBox>(window, name)) {
+    const int wanted = combo->findText(text, Qt::MatchExactly | Qt::MatchCaseSensitive);
+    if (wanted < 0) return combo->setEditText(text);
+    while (combo->currentIndex() != wanted)
+      QTest::keyClick(combo, combo->currentIndex() < wanted ? Qt::Key_Down : Qt::Key_Up);
+    return;
+  }
+  auto* edit = Find<QLineEdit>(window, name);
+  edit->selectAll();
+  QTest::keyClick(edit, Qt::Key_Delete);
+  if (text == QString::fromLatin1(text.toLatin1()))
     QTest::keyClicks(edit, text);
-  };
+  else
+    edit->insert(text);  // no key types it
 }
 
-inline CUser Mark(const char* list, int row) {
-  return [=](QWidget* window) { Find<QListWidget>(window, list)->setCurrentRow(row); };
+inline void Mark(QListWidget* list, int row) {
+  if (list->selectionMode() == QAbstractItemView::SingleSelection) return list->setCurrentRow(row);
+  list->item(row)->setSelected(true);
 }
 
 inline void DoubleClick(QListWidget* list, int row) {
@@ -87,35 +89,137 @@ inline void DoubleClick(QListWidget* list, int row) {
   QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, place);
 }
 
-// What keeps the user from leaving a dialog by OK, and what then helps; in the order that it comes in.
-struct CHurdle {
-  const char* box;
-  CUser help;
-};
-inline void Overcome(QWidget* dialog, CTestPrompter& prompter, const std::vector<CHurdle>& hurdles) {
-  for (const CHurdle& hurdle : hurdles) {
-    Click(dialog, "OK");
-    EXPECT_TRUE(dialog->isVisible());
-    EXPECT_EQ(CTexts{std::string("|") + hurdle.box + "|30"}, prompter.Take());
-    hurdle.help(dialog);
+class CSheetUser {
+ public:
+  ~CSheetUser() { EXPECT_EQ(boxes.Take(), CTexts()); }
+
+  // Follows steps in the dialog that run opens, closes it if it is still open, and returns the result of run.
+  int Run(const std::function<int()>& run, const CSteps& steps) {
+    m_steps = steps;
+    m_next = 0;
+    int result = -1;
+    Act([&] { result = run(); });
+    EXPECT_EQ(m_next, steps.size()) << "steps followed";
+    return result;
   }
+  int Run(CDialog& dialog, const CSteps& steps) {
+    return Run([&] { return dialog.DoModal(); }, steps);
+  }
+  int Run(const std::vector<CPropertyPage*>& pages, const CSteps& steps) {
+    CPropertySheet sheet("Configuration");
+    for (CPropertyPage* page : pages) sheet.AddPage(*page);
+    return Run(sheet, steps);
+  }
+
+  CTestPrompter boxes;
+  CTestChooser chooser;
+
+ private:
+  // Does what may open a dialog, which then gets the next steps.
+  void Act(const std::function<void()>& action) {
+    QTimer watch;
+    QObject::connect(&watch, &QTimer::timeout, [&] {
+      QWidget* window = QApplication::activeModalWidget();
+      if (!window || std::ranges::find(m_open, window) != m_open.end()) return;
+      watch.stop();
+      Follow(window);
+      if (QApplication::activeModalWidget() == window) window->close();
+    });
+    watch.start(0);
+    action();
+  }
+
+  void Follow(QWidget* window) {
+    m_open.push_back(window);
+    while (m_next < m_steps.size() && window->isVisible()) {
+      const CStep step = m_steps[m_next++];
+      if (const auto* text = std::get_if<std::string>(&step))
+        Do(window, *text);
+      else
+        std::get<1>(step)(window);
+    }
+    m_open.pop_back();
+  }
+
+  void Do(QWidget* window, const std::string& step) {
+    SCOPED_TRACE("step " + std::to_string(m_next) + ": " + step);
+    if (step[0] == '!') return ExpectBox(step.substr(1));
+    const std::size_t end = std::min(step.find_first_of("=?#"), step.size());
+    const std::string name = step.substr(0, end), rest = step.substr(std::min(end + 1, step.size()));
+    if (end == step.size()) return Act([&] { Click(window, name.c_str()); });
+    if (step[end] == '=') return Enter(window, name.c_str(), QString::fromStdString(rest));
+    if (step[end] == '?') return EXPECT_EQ(StateOf(window, name.c_str()), rest), void();
+    auto* list = Find<QListWidget>(window, name.c_str());
+    if (rest[0] != '#') return Mark(list, std::stoi(rest));
+    Act([&] { DoubleClick(list, std::stoi(rest.substr(1))); });
+  }
+
+  void ExpectBox(const std::string& text) {
+    const bool isWhole = text.find('|') != std::string::npos;
+    EXPECT_EQ(boxes.Take(), text.empty() ? CTexts() : CTexts{isWhole ? text : "|" + text + "|30"});
+  }
+
+  CSteps m_steps;
+  std::size_t m_next = 0;
+  std::vector<QWidget*> m_open;  // the dialogs that get steps, innermost last
+};
+
+// Writes "name:value|" for each field that is neither 0 nor empty.
+class CTextWalk : public CFieldWalk {
+ public:
+  CTextWalk() : CFieldWalk(Form::named, false, kAllVersions) {}
+  void Field(const char* name, int& number) override { Add(name, number); }
+  void Field(const char* name, UINT& number) override { Add(name, number); }
+  void Field(const char* name, float& number) override { Add(name, number); }
+  void Field(const char* name, CString& value) override { Put(name, value.Std()); }
+  void Field(const char* name, CStringArray& texts) override { Put(name, Joined(texts)); }
+  void Paths(const char* name, CStringList& paths) override { Put(name, Joined(paths)); }
+  void Number(UINT&) override {}
+
+  template <class T>
+  static std::string Joined(const T& texts) {
+    std::string all;
+    for (const CString& each : texts) all += each.Std() + ",";
+    return all;
+  }
+
+  std::string text;
+
+ protected:
+  void EnterElement() override { text += "{"; }
+  void EnterList(const char* name, UINT&, std::size_t) override { text += std::string(name) + "["; }
+  void Leave() override { text += "}"; }
+
+ private:
+  template <class T>
+  void Add(const char* name, T number) {
+    std::ostringstream digits;
+    digits << number;
+    if (number != T()) Put(name, digits.str());
+  }
+  void Put(const char* name, const std::string& value) {
+    if (!value.empty()) text += std::string(name) + ":" + value + "|";
+  }
+};
+
+template <class T>
+std::string TextOf(const T& config) {
+  T copy = config;
+  CTextWalk walk;
+  copy.Fields(walk);
+  return walk.text;
 }
 
-// In the editor of equations: puts text behind what is there.
-inline CUser Append(const char* text) {
-  return [=](QWidget* editor) { Find<QPlainTextEdit>(editor, "Equations")->appendPlainText(text); };
+// The same of what a page holds. filled: what the page replaces.
+template <class TConfig, class TPage>
+std::string Held(const TPage& page, TConfig filled = TConfig()) {
+  page.GetConfiguration(filled);
+  return TextOf(filled);
 }
 
-// In the dialog of variables.
-inline CTexts Offered(QWidget* dialog) { return Shown(Find<QListWidget>(dialog, "Available Vars")); }
+inline std::string Joined(const CStringArray& texts) { return CTextWalk::Joined(texts); }
 
-inline std::string Joined(const CStringArray& texts) {
-  std::string all;
-  for (const CString& text : texts) all += text.Std() + ",";
-  return all;
-}
-
-// Gives names by preprocessing, or, without any, fails: it is connected to no node.
+// The page provides names by preprocessing. Without names a request for them fails: the page has no node.
 inline void SetInput(CInputPage& page, std::initializer_list<const char*> names) {
   CInputConfig config;
   config.m_preprocess = names.size() != 0;
@@ -128,12 +232,5 @@ inline void SetSmart(CSmartPage& page, std::initializer_list<const char*> output
   config.m_outputVars = Names(outputs);
   page.SetConfiguration(config);
 }
-
-// Dialogs of outputs and of summaries.
-constexpr const char* kNoWhole = "Please enter a whole number from 0 to 4294967295.";
-constexpr const char* kNoName = "Wrong Configuration!!\n You must give a name";
-constexpr const char* kNoPath = "Wrong Configuration!!\n You must select a destination path";
-constexpr const char* kNoEquations =
-    "Wrong Configuration!!\n To write logs you must enter the basic enable equations at least";
 
 }  // namespace vastra

@@ -8,60 +8,60 @@
 namespace vastra {
 namespace {
 
-constexpr const char* kInput = "Smart Input Variables...";
-constexpr const char* kEquations = "Smart Equations...";
-constexpr const char* kOutput = "Smart Output Variables...";
-
-std::string Held(const CSmartPage& page) {
-  CSmartConfig config;
-  config.m_inputNames = Names({"kept"});
-  config.m_equations = config.m_outputVars = config.m_inputVars = Names({"gone"});
-  page.GetConfiguration(config);
-  return Joined(config.m_inputNames) + "|" + Joined(config.m_inputVars) + "|" + config.m_equationText.Std() +
-         "|" + Joined(config.m_equations) + "|" + Joined(config.m_outputVars);
-}
-
-TEST(SmartPage, EachDialogEditsItsPartBehindOk) {
-  CInputPage input;
-  SetInput(input, {"a"});
+TEST(SmartPage, EachDialogEditsItsPartOnOkAlone) {
+  const std::string kInput = "Smart Input Variables...", kEquations = "Smart Equations...",
+                    kOutput = "Smart Output Variables...";
   CSmartConfig config;
   config.m_outputVars = Names({"o"});
   config.m_equations = Names({"e = 1"});
-  config.m_inputVars = Names({"i"});
   config.m_equationText = "e = 1;";
-  config.m_inputNames = Names({"another's"});
+  config.m_inputVars = Names({"i"});
+  CSmartConfig filled = config;
+  filled.m_inputNames = Names({"kept"});
+  filled.m_outputVars = filled.m_inputVars = Names({"replaced"});
+  CInputPage input;
+  SetInput(input, {"a"});
   CSmartPage page;
   page.SetConfiguration(config);
-  const auto offers = [](const CTexts& names) {
-    return [=](QWidget* list) { EXPECT_EQ(names, Offered(list)); };
+  CSheetUser user;
+  const auto expect = [&](const char* text) {
+    return [&, text](QWidget*) { EXPECT_EQ(Held(page, filled), text); };
   };
-  CTestPrompter prompter;
+  const char* const kBefore =
+      "equations:e = 1,|inputNames:kept,|inputVars:i,|outputVars:o,|equationText:e = 1;|";
 
-  // Without an input page the dialogs open, and offer nothing.
-  RunSheet({&page}, All({In(kInput, offers({})), In(kEquations, NoUser)}));
+  // Without an input page there is nothing to choose from.
+  user.Run({&page}, {kInput, "Available Vars?", "OK", kEquations, "OK", "OK"});
   page.SetInputPointer(&input);
-  const char* before = "kept,|i,|e = 1;|e = 1,|o,";
-  const struct {
-    const char* button;
-    CUser user;
-    const char* after;
-  } kCases[] = {
-      {kInput, All({offers({"a"}), Press("->>")}), "kept,|i,a,|e = 1;|e = 1,|o,"},
-      {kEquations, Append("x = a;"), "kept,|i,a,|e = 1;\r\nx = a;|e = 1,\r\nx = a,|o,"},
-      {kOutput, Press("Delete All"), "kept,|i,a,|e = 1;\r\nx = a;|e = 1,\r\nx = a,|"},
-  };
-  RunSheet({&page}, [&](QWidget* window) {
-    for (const auto& c : kCases) {
-      In(c.button, c.user, "Cancel")(window);
-      EXPECT_EQ(before, Held(page));
-      In(c.button, c.user)(window);
-      EXPECT_EQ(before = c.after, Held(page));
-    }
-    SetInput(input, {});  // whose names cannot be found
-    for (const char* button : {kInput, kEquations}) Quietly(window, button);
-    In(kOutput, NoUser)(window);
-  });
-  EXPECT_EQ(CTexts(), prompter.Take());
+  user.Run({&page}, {kInput,
+                     "->>",
+                     "Cancel",
+                     kEquations,
+                     "Equations=x = a;",
+                     "Cancel",
+                     kOutput,
+                     "Delete All",
+                     "Cancel",
+                     expect(kBefore),
+                     kInput,
+                     "Available Vars?a,",
+                     "->>",
+                     "OK",
+                     kEquations,
+                     "Equations?e = 1;",
+                     "Equations=x = a;",
+                     "OK",
+                     kOutput,
+                     "Variable List?o,",
+                     "Delete All",
+                     "OK",
+                     expect("equations:x = a,|inputNames:kept,|inputVars:i,a,|equationText:x = a;|"),
+                     [&](QWidget*) { SetInput(input, {}); },  // its names are not known
+                     kInput,
+                     kEquations,
+                     kOutput,
+                     "OK",
+                     "OK"});
 }
 
 }  // namespace

@@ -3,115 +3,76 @@
 
 #include <gtest/gtest.h>
 
-#include <QLineEdit>
-#include <QPlainTextEdit>
-
-#include "tests/support/names.h"
-#include "tests/support/windows.h"
+#include "tests/screens/sheet_user.h"
 #include "vastra/stages/log_trendings.h"
 
 namespace vastra {
 namespace {
 
-using CUser = std::function<void(QWidget*)>;
-
 class TrendFacade : public testing::Test {
  protected:
-  int Run(const CUser& user) {
-    m_options.m_baseVars = Names({"a", "b"});
-    m_options.m_extraVars = Names({"old"});
-    m_options.m_equationText = "old = a";
-    m_options.m_equations = Names({"old = a"});
-    m_options.m_calculateExtra = 7;
-    int result = -1;
+  int Run(const CSteps& steps) {
     CTrendFacadeDlg dialog;
     dialog.SetInputPointers(nullptr, &m_stage);
-    WhileModal([&] { result = dialog.DoModal(); }, user);
-    EXPECT_EQ(0u, CTrendFacadeDlg::m_suOpen) << "a way out that is not counted";
+    const int result = m_user.Run(dialog, steps);
+    EXPECT_EQ(CTrendFacadeDlg::m_suOpen, 0u);
     return result;
   }
-  std::string State() const {
-    std::string state;
-    for (const CStringArray* array :
-         {&m_options.m_baseVars, &m_options.m_extraVars, &m_options.m_equations}) {
-      for (const CString& text : *array) state += text.Std() + ",";
-      state += "|";
-    }
-    return state + m_options.m_equationText.Std() + "|" + std::to_string(m_options.m_calculateExtra);
-  }
-
   CLogTrendings m_stage;
   CTrendConfig& m_options = *m_stage.GetOptions();
-  CTestPrompter m_prompter;
+  CSheetUser m_user;
 };
 
-// Opens the dialog behind button, lets user work there and leaves it by end.
-CUser In(const char* button, const CUser& user, const char* end) {
-  return [=](QWidget* window) {
-    WhileModal([&] { Click(window, button); },
-               [&](QWidget* inner) {
-                 user(inner);
-                 Click(inner, end);
-               });
+TEST_F(TrendFacade, OkWritesTheSettingsAndOnlyTheFlagSurvivesCancel) {
+  const CSteps insert = {"Variables ", "Insert  New Variable", "New Variable=new", "OK"};
+  const auto state = [](const char* extra, const char* equations, const char* flag, const char* text) {
+    return std::string(extra) + "equations:" + equations + "|baseVars:a,b,|" + flag + "equationText:" + text +
+           "|";
   };
-}
-
-void DeleteLast(QWidget* variables) {
-  Find<QListWidget>(variables, "Variable List")->setCurrentRow(2);
-  Click(variables, "Delete Variable");
-}
-
-const CUser kAdd = In(
-    "Insert  New Variable", [](QWidget* box) { Find<QLineEdit>(box, "New Variable")->setText("new"); }, "OK");
-
-void Type(QWidget* equations) { Find<QPlainTextEdit>(equations, "Equations")->setPlainText("n = b; m = n;"); }
-
-TEST_F(TrendFacade, OkWritesWhatWasChosenAndTheFlagAloneSurvivesCancel) {
-  const char* kBefore = "a,b,|old,|old = a,|old = a|7";
+  const std::string kBefore = state("extraVars:old,|", "old = a,", "calculateExtra:7|", "old = a");
   const struct {
-    CUser user;
-    const char *ok, *cancelled;
+    CSteps steps;
+    std::string ok, cancelled;
   } kCases[] = {
-      {[](QWidget*) {}, kBefore, kBefore},
-      {In("Variables ", DeleteLast, "OK"), "a,b,||old = a,|old = a|0", "a,b,|old,|old = a,|old = a|0"},
-      {In("Variables ", kAdd, "OK"), "a,b,|old,new,|old = a,|old = a|1", "a,b,|old,|old = a,|old = a|1"},
-      {In("Variables ", kAdd, "Cancel"), kBefore, kBefore},
-      {In("Equations", Type, "OK"), "a,b,|old,|n = b, m = n,|n = b; m = n;|7", kBefore},
-      {In("Equations", Type, "Cancel"), kBefore, kBefore},
+      {{}, kBefore, kBefore},
+      {{"Variables ", "Variable List#2", "Delete Variable", "OK"},
+       state("", "old = a,", "", "old = a"),
+       state("extraVars:old,|", "old = a,", "", "old = a")},
+      {insert + CSteps{"OK"}, state("extraVars:old,new,|", "old = a,", "calculateExtra:1|", "old = a"),
+       state("extraVars:old,|", "old = a,", "calculateExtra:1|", "old = a")},
+      {insert + CSteps{"Cancel"}, kBefore, kBefore},
+      {{"Equations", "Equations?old = a", "Equations=n = b; m = n;", "OK"},
+       state("extraVars:old,|", "n = b, m = n,", "calculateExtra:7|", "n = b; m = n;"),
+       kBefore},
+      {{"Equations", "Equations=n = b;", "Cancel"}, kBefore, kBefore},
   };
   for (const auto& c : kCases) {
-    EXPECT_EQ(IDOK, Run([&](QWidget* window) {
-                c.user(window);
-                Click(window, "OK");
-              }));
-    EXPECT_EQ(c.ok, State());
-    EXPECT_EQ(IDCANCEL, Run(c.user));  // closed by its close box
-    EXPECT_EQ(c.cancelled, State());
+    for (const bool accepts : {true, false}) {
+      m_options.m_baseVars = Names({"a", "b"});
+      m_options.m_extraVars = Names({"old"});
+      m_options.m_equationText = "old = a";
+      m_options.m_equations = Names({"old = a"});
+      m_options.m_calculateExtra = 7;
+      EXPECT_EQ(Run(c.steps + (accepts ? CSteps{"OK"} : CSteps{})), accepts ? IDOK : IDCANCEL);
+      EXPECT_EQ(TextOf(m_options), accepts ? c.ok : c.cancelled);
+    }
   }
 }
 
 TEST_F(TrendFacade, OnlyOneIsOpen) {
-  Run([&](QWidget*) {
+  const auto openAnother = [&](QWidget*) {
     CTrendFacadeDlg second;
     second.SetInputPointers(nullptr, &m_stage);
-    EXPECT_EQ(0, second.DoModal());
-    EXPECT_EQ(std::vector<std::string>{"Message|Already open|30"}, m_prompter.Take());
-    EXPECT_EQ(1u, CTrendFacadeDlg::m_suOpen);
-  });
+    EXPECT_EQ(second.DoModal(), 0);
+    EXPECT_EQ(CTrendFacadeDlg::m_suOpen, 1u);
+  };
+  Run({openAnother, "!Message|Already open|30", "Variables ", "!Message|No variables available|30"});
   {
     CTrendFacadeDlg left;
     left.SetInputPointers(nullptr, &m_stage);
-    EXPECT_EQ(1, left.Create());
+    EXPECT_EQ(left.Create(), 1);
   }
-  Run([](QWidget* window) { QTest::keyClick(window, Qt::Key_Escape); });
-  EXPECT_EQ(std::vector<std::string>(), m_prompter.Take());
-}
-
-TEST_F(TrendFacade, WithoutNamesThereIsNothingToChoose) {
-  CTrendFacadeDlg dialog;
-  dialog.SetInputPointers(nullptr, &m_stage);
-  WhileModal([&] { dialog.DoModal(); }, [](QWidget* window) { Click(window, "Variables "); });
-  EXPECT_EQ(std::vector<std::string>{"Message|No variables available|30"}, m_prompter.Take());
+  Run({[](QWidget* window) { QTest::keyClick(window, Qt::Key_Escape); }});
 }
 
 }  // namespace
