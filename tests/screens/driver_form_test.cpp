@@ -20,8 +20,7 @@ class DriverFormDlg : public testing::Test {
 };
 
 TEST_F(DriverFormDlg, OnlyOkWritesTheValues) {
-  const CSteps enter = {"Period?5",    "Name?abc",           "Mode?fast",
-                        "Period= -5 ", "Name=\u20AC\u20AC1", "Mode=slow"};
+  const CSteps enter = {"Period?5 / Name?abc / Mode?fast / Period= -5  / Name=\u20AC\u20AC1 / Mode=slow"};
   for (const char* end : {"Cancel", "OK"}) {
     CSteps steps = enter;
     steps.emplace_back(end);
@@ -34,11 +33,11 @@ TEST_F(DriverFormDlg, AnInvalidValueKeepsTheDialogOpenOnItsField) {
   const auto hasFocus = [](const char* field) {
     return [=](QWidget* window) { EXPECT_EQ(window->focusWidget()->accessibleName(), field); };
   };
-  EXPECT_EQ(
-      Show({"Period=101", "Name=12345\u20AC", "OK", "!Pump|Period: enter a whole number from -5 to 100.|30",
-            "Period?101", hasFocus("Period"), "Period=6", "OK",
-            "!Pump|Name: enter at most 7 bytes; the text has 8.|30", hasFocus("Name")}),
-      0);
+  EXPECT_EQ(Show({"Period=101 / Name=12345\u20AC / OK / !Pump|Period: enter a whole number from -5 to "
+                  "100.|30 / Period?101",
+                  hasFocus("Period"), "Period=6 / OK / !Pump|Name: enter at most 7 bytes; the text has 8.|30",
+                  hasFocus("Name")}),
+            0);
   EXPECT_EQ(m_module.State(), "5|abc|1");
 }
 
@@ -46,8 +45,8 @@ TEST_F(DriverFormDlg, TheModuleChecksTheValuesBeforeTheyAreWritten) {
   m_module.form.check = [](const DriverField* fields, int, void*) {
     return fields[0].number == 6 ? "" : "Period has to be 6.";
   };
-  EXPECT_EQ(Show({"Name=new", "OK", "!Pump|Period has to be 6.|30",
-                  [&](QWidget*) { EXPECT_EQ(m_module.State(), "5|abc|1"); }, "Period=6", "OK"}),
+  EXPECT_EQ(Show({"Name=new / OK / !Pump|Period has to be 6.|30",
+                  [&](QWidget*) { EXPECT_EQ(m_module.State(), "5|abc|1"); }, "Period=6 / OK"}),
             1);
   EXPECT_EQ(m_module.State(), "6|new|1");
 }

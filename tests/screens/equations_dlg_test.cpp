@@ -41,8 +41,8 @@ TEST_F(EquationsDlg, AFaultIsMarkedAndRefusesOk) {
     SCOPED_TRACE(c.text);
     const std::string status = std::string("?") + c.status;
     // With the focus elsewhere and in the editor.
-    CSteps steps = {"Parse", status, Focus, [](QWidget* w) { Find<QAbstractButton>(w, "Parse")->click(); },
-                    status,  "OK"};
+    CSteps steps = {"Parse / " + status, Focus,
+                    [](QWidget* w) { Find<QAbstractButton>(w, "Parse")->click(); }, status + " / OK"};
     if (c.marked) {
       steps.emplace_back(status);
       steps.emplace_back([&](QWidget* window) {
@@ -57,9 +57,10 @@ TEST_F(EquationsDlg, AFaultIsMarkedAndRefusesOk) {
 }
 
 TEST_F(EquationsDlg, TheStatusIsShownUntilTheEditorGetsTheFocus) {
-  EXPECT_EQ(Run("x = c", {"?", "Parse", "?Found error in equation 1", "Equations=x = 1;\ny = x", "Parse",
-                          "?0 errors", Focus, "?", "OK"}),
-            IDOK);
+  EXPECT_EQ(
+      Run("x = c", {"? / Parse / ?Found error in equation 1 / Equations=x = 1;\ny = x / Parse / ?0 errors",
+                    Focus, "? / OK"}),
+      IDOK);
   EXPECT_EQ(m_dialog.m_text.Std(), "x = 1;\r\ny = x");
   EXPECT_EQ(Joined(m_dialog.m_equations), "x = 1,\r\ny = x,");
 }
@@ -70,19 +71,19 @@ TEST_F(EquationsDlg, AnExportKeepsTheBytesAndAnImportEndsAtAnEmptyLine) {
   const auto expectFile = [&](const std::string& bytes) {
     return [&, bytes](QWidget*) { EXPECT_EQ(ReadBytes(m_user.chooser.path), bytes); };
   };
-  Run(CString(text), {"Export...", expectFile(text), "Parse", "Import...", "?File containing 2 lines",
-                      "Equations?x = a;\ny = \u00E9 + c\n", Focus, "?", "Export...",
-                      expectFile("x = a;\r\ny = \xE9 + c\r\n")});
+  Run(CString(text), {"Export...", expectFile(text),
+                      "Parse / Import... / ?File containing 2 lines / Equations?x = a;\ny = \u00E9 + c\n",
+                      Focus, "? / Export...", expectFile("x = a;\r\ny = \xE9 + c\r\n")});
 }
 
 TEST_F(EquationsDlg, FilesThatFailLeaveTheText) {
   const auto choose = [&](const CString& path) {
     return [&, path](QWidget*) { m_user.chooser.path = path; };
   };
-  Run("x = a",
-      {choose(m_dir / "none/x"), "Import...", "!Message|An error ocurred when trying to open the file|30",
-       "Export...", "!Message|An error ocurred when trying to save the file|30", choose(""), "Import...",
-       "Export...", "!", "?", "Equations?x = a"});
+  Run("x = a", {choose(m_dir / "none/x"),
+                "Import... / !Message|An error ocurred when trying to open the file|30 / Export... / "
+                "!Message|An error ocurred when trying to save the file|30",
+                choose(""), "Import... / Export... / ! / ? / Equations?x = a"});
 }
 
 }  // namespace

@@ -55,17 +55,17 @@ TEST_F(InputPage, ControlsDependOnTheChoices) {
   config.m_simulating = config.m_preprocess = config.m_asFastAsPossible = config.m_autoStart = 1;
   m_page.SetConfiguration(config);
   const auto expect = [](const char* state) { return [=](QWidget* w) { EXPECT_EQ(Controls(w), state); }; };
-  m_user.Run({&m_page}, {expect("SVPxxxx -77"), "Auto Start", "Connected", expect("AEDVP+xx -77"),
-                         "Scan period :", expect("AEDVP+x 5000"), "Scan period :=1234", "Preprocess input",
+  m_user.Run({&m_page}, {expect("SVPxxxx -77"), "Auto Start / Connected", expect("AEDVP+xx -77"),
+                         "Scan period :", expect("AEDVP+x 5000"), "Scan period :=1234 / Preprocess input",
                          expect("AED+ 1234"), "As fast as possible", expect("AED+x -10"), "Simulating",
                          expect("Sxx -10")});
 }
 
 TEST_F(InputPage, EditsGoToTheConfiguration) {
-  const CSteps variables = {"Preprocess input", "Variable List...", "Available Vars?v,w,", "Selected Vars?b,",
-                            "->>"},
-               equations = {"Preprocess input", "Preprocessed equations...", "Equations?x = b;",
-                            "Equations=y = b; z = y"};
+  const CSteps
+      variables = {"Preprocess input / Variable List... / Available Vars?v,w, / Selected Vars?b, / ->>"},
+      equations = {
+          "Preprocess input / Preprocessed equations... / Equations?x = b; / Equations=y = b; z = y"};
   const auto choose = [&](const CStringArray& paths) {
     return [&, paths](QWidget*) { m_user.chooser.paths = paths; };
   };
@@ -99,14 +99,14 @@ TEST_F(InputPage, EditsGoToTheConfiguration) {
        }},
       {equations + CSteps{"Cancel"}, [](CInputConfig& c) { c.m_preprocess = 1; }},
       // Without a node the names are not known and no list opens.
-      {{"Net nodes#0", "Delete Node", "Preprocess input", "Variable List...", "Simulating"},
+      {{"Net nodes#0 / Delete Node / Preprocess input / Variable List... / Simulating"},
        [](CInputConfig& c) { c.m_preprocess = c.m_simulating = 1, c.m_plcNodes.RemoveAll(); }},
   };
   for (const auto& c : kCases) {
     CInputConfig wanted = Config();
     m_page.SetConfiguration(wanted);
     c.change(wanted);
-    EXPECT_EQ(m_user.Run({&m_page}, c.steps + CSteps{"!", "OK"}), IDOK);
+    EXPECT_EQ(m_user.Run({&m_page}, c.steps + CSteps{"! / OK"}), IDOK);
     EXPECT_EQ(Held<CInputConfig>(m_page, Config()), TextOf(wanted));
   }
   EXPECT_EQ(m_user.chooser.file.filter, "Heat Files (*.rph)|*.rph||");
@@ -137,8 +137,9 @@ TEST_F(InputPage, ThePageRefusesSettingsThatCannotWork) {
       EXPECT_EQ(tabs->currentIndex(), c.told == "!" ? 1 : 0);
     };
     const auto turnBack = [](QWidget* window) { window->findChild<QTabWidget*>()->setCurrentIndex(0); };
-    m_user.Run({&m_page, &other}, {std::string("Scan period :=") + c.period, turn, c.told, turnBack,
-                                   std::string("Scan period :?") + c.period, "Apply", c.told, "Cancel"});
+    m_user.Run({&m_page, &other},
+               {std::string("Scan period :=") + c.period, turn, c.told, turnBack,
+                std::string("Scan period :?") + c.period + " / Apply / " + c.told + " / Cancel"});
   }
 }
 

@@ -56,9 +56,7 @@ class ItemPages : public testing::Test {
   void Hold(const std::vector<COutputConfig>& outputs) { m_page.SetConfiguration(Outputs(outputs)); }
   std::string Held() const { return vastra::Held<CMultiOutputConfig>(m_page, Outputs({Output("replaced")})); }
   // Edits the first output and closes the sheet.
-  void Edit(const CSteps& steps) {
-    m_user.Run({&m_page}, CSteps{"Outputs#0", "Edit"} + steps + CSteps{"OK"});
-  }
+  void Edit(const CSteps& steps) { m_user.Run({&m_page}, CSteps{"Outputs#0 / Edit"} + steps + CSteps{"OK"}); }
 
   CRecorder m_links;
   CInputPage m_input;
@@ -75,36 +73,14 @@ TEST_F(ItemPages, FieldsThatAreNotEditedAreKept) {
   outputs[2].m_enableText.Empty();
   Hold({Output("replaced")});
   Hold(outputs);
-  m_user.Run({&m_page}, {"Edit",
-                         "Delete",
-                         "Outputs?x,y,z,",
-                         "Outputs#0",
-                         "Edit",
-                         "OK",
-                         "Outputs#1",
-                         "Edit",
-                         "OK",
-                         "Outputs#0",
-                         "Edit",
-                         "Name:=cancelled",
-                         "Variable List...",
-                         "->>",
-                         "!",
-                         "OK",
-                         "Cancel",
-                         "Outputs#2",
-                         "Edit",
-                         "Enable Equations...",
-                         "Equations=n = 1;",
-                         "Cancel",
-                         "OK",
-                         "OK"});
+  m_user.Run({&m_page}, {"Edit / Delete / Outputs?x,y,z, / Outputs#0 / Edit / OK / Outputs#1 / Edit / OK / "
+                         "Outputs#0 / Edit / Name:=cancelled / Variable List... / Delete All / OK / Cancel / "
+                         "Outputs#2 / Edit / Enable Equations... / Equations=n = 1; / Cancel / OK / OK"});
   outputs[2].m_enableText =
       "/*Replace with your equations*/\r\nSampleIsValid= 1; \r\nWriteToLog= 1; \r\nRestartLog= 0;";
   EXPECT_EQ(Held(), TextOf(Outputs(outputs)));
-  m_user.Run({&m_page},
-             {"Outputs#0", "Delete", "Delete", "Outputs?y,z,", "Outputs##0", "Name:=Y", "Variable List...",
-              "Delete All", "Available Vars#0", "->", "Cancel", "OK", "Outputs?Y,z,", "OK"});
+  m_user.Run({&m_page}, {"Outputs#0 / Delete / Delete / Outputs?y,z, / Outputs##0 / Name:=Y / Variable "
+                         "List... / Delete All / Available Vars#0 / -> / Cancel / OK / Outputs?Y,z, / OK"});
   outputs[1].m_name = "Y";
   EXPECT_EQ(Held(), TextOf(Outputs({outputs[1], outputs[2]})));
 }
@@ -115,54 +91,19 @@ TEST_F(ItemPages, ANewOutputIsCheckedInOrder) {
   const auto usesPrefix = [](bool isUsed) {
     return [=](QWidget* dialog) { EXPECT_EQ(Find<QLineEdit>(dialog, kPrefix.c_str())->isEnabled(), isUsed); };
   };
-  m_user.Run({&m_page},
-             {"Add",
-              kMaxLogs + "?0",
-              kMaxSamples + "?0",
-              "OK",
-              kNoName,
-              kMaxLogs + "=4294967296",
-              "OK",
-              kNoWhole,
-              kMaxLogs + "=4294967295",
-              kMaxSamples + "=",
-              "OK",
-              kNoWhole,
-              kMaxSamples + "=7",
-              "OK",
-              kNoName,
-              "Name:=new",
-              "OK",
-              kNoPath,
-              "...",
-              "OK",
-              kNoEquations,
-              "Enable Equations...",
-              "Parse",
-              "Cancel",
-              "OK",
-              kNoEquations,
-              "Enable Equations...",
-              "OK",
-              "OK",
-              kWrong + "To write logs you must select at least 1 output variable",
-              "Variable List...",
-              "->>",
-              "OK",
-              usesPrefix(false),
-              kPrefix,
-              usesPrefix(true),
-              kPrefix,
-              usesPrefix(false),
-              kPrefix,
-              "OK",
-              "!WrongConfiguration!!\nYou selected to use a prefix, please type the prefix to be used",
-              kPrefix + "=p",
-              "Write Logs",
-              "Write Text Files",
-              "OK",
-              "Outputs?x,new,",
-              "OK"});
+  m_user.Run(
+      {&m_page},
+      {"Add / " + kMaxLogs + "?0 / " + kMaxSamples + "?0 / OK / " + kNoName + " / " + kMaxLogs +
+           "=4294967296 / OK / " + kNoWhole + " / " + kMaxLogs + "=4294967295 / " + kMaxSamples +
+           "= / OK / " + kNoWhole + " / " + kMaxSamples + "=7 / OK / " + kNoName + " / Name:=new / OK / " +
+           kNoPath + " / ... / OK / " + kNoEquations + " / Enable Equations... / Parse / Cancel / OK / " +
+           kNoEquations + " / Enable Equations... / OK / OK / " + kWrong +
+           "To write logs you must select at least 1 output variable / Variable List... / ->> / OK",
+       usesPrefix(false), kPrefix, usesPrefix(true), kPrefix, usesPrefix(false),
+       kPrefix +
+           " / OK / !WrongConfiguration!!\nYou selected to use a prefix, please type the prefix to be used "
+           "/ " +
+           kPrefix + "=p / Write Logs / Write Text Files / OK / Outputs?x,new, / OK"});
   COutputConfig wanted = Output("new", "System Time");
   wanted.m_enableText =
       "/*Replace with your equations*/\r\nSampleIsValid= 1; \r\nWriteToLog= 1; \r\nRestartLog= 0;";
@@ -191,7 +132,7 @@ TEST_F(ItemPages, TheDwordBoxDependsOnTheBasis) {
   };
   for (const auto& c : kCases) {
     Hold({Output("x", c.stored)});
-    Edit(c.steps + CSteps{kDword + "?" + c.state, "OK"});
+    Edit(c.steps + CSteps{kDword + "?" + c.state + " / OK"});
     COutputConfig wanted = Output("x", c.basis);
     wanted.m_dwordName = c.dword;
     EXPECT_EQ(Held(), TextOf(Outputs({wanted}))) << c.stored;
@@ -200,8 +141,8 @@ TEST_F(ItemPages, TheDwordBoxDependsOnTheBasis) {
   const std::string kNotLogged =
       "!WrongConfiguration!!\nThe selected variable for the log names must be included in the logged "
       "variables";
-  Edit({kPrefix + "=", kBasis + "=A", "OK", kNotLogged, kBasis + "=system time", "OK", kNotLogged,
-        kBasis + "=b", "OK"});
+  Edit({kPrefix + "= / " + kBasis + "=A / OK / " + kNotLogged + " / " + kBasis + "=system time / OK / " +
+        kNotLogged + " / " + kBasis + "=b / OK"});
 }
 
 TEST_F(ItemPages, TheDialogOffersTheVariablesOfThePages) {
@@ -214,11 +155,11 @@ TEST_F(ItemPages, TheDialogOffersTheVariablesOfThePages) {
     m_page.SetInputPointer(input);
     m_page.SetSmartPointer(smart);
     const auto look = [&](QWidget* dialog) { EXPECT_EQ(Bases(dialog), "System Time," + names); };
-    Edit({look, "Variable List...", "Available Vars?" + names, "OK", "Cancel"});
+    Edit({look, "Variable List... / Available Vars?" + names + " / OK / Cancel"});
   }
   const std::string before = Held();
   const auto look = [](QWidget* dialog) { EXPECT_EQ(Bases(dialog), "System Time,b,") << "the stored basis"; };
-  const CSteps steps = {look, "Variable List...", "Enable Equations...", "Path:?/logs", "OK"};
+  const CSteps steps = {look, "Variable List... / Enable Equations... / Path:?/logs / OK"};
   SetSmart(m_smart, {"a"});  // a name of the input
   Edit(steps);
   EXPECT_NE(m_links.TakeFaults(), "");
@@ -234,34 +175,13 @@ TEST_F(ItemPages, ASummaryIsEditedTheSameWay) {
   const std::string kMost = "Maximum number\nof summaries\nstored :";
   m_summaries.SetInputPointer(&m_input);
   m_summaries.SetSmartPointer(&m_smart);
-  m_user.Run({&m_summaries}, {"Add",
-                              kMost + "?0",
-                              "OK",
-                              kNoName,
-                              kMost + "=",
-                              "OK",
-                              kNoWhole,
-                              kMost + "=3",
-                              "Name:=n",
-                              "Path:=/p",
-                              "OK",
-                              kNoEquations,
-                              "Enable Equations...",
-                              "OK",
-                              "OK",
-                              kWrong + "To write summary you must enter at least 1 output variable",
-                              "Variable List...",
-                              "->>",
-                              "OK",
-                              "Summary Equations...",
-                              "Equations=t = a + s;",
-                              "OK",
-                              "Maximum number\nof samples in a\n summary : =4",
-                              "Write Summary",
-                              "OK",
-                              "Summaries##0",
-                              "OK",
-                              "OK"});
+  m_user.Run(
+      {&m_summaries},
+      {"Add / " + kMost + "?0 / OK / " + kNoName + " / " + kMost + "= / OK / " + kNoWhole + " / " + kMost +
+       "=3 / Name:=n / Path:=/p / OK / " + kNoEquations + " / Enable Equations... / OK / OK / " + kWrong +
+       "To write summary you must enter at least 1 output variable / Variable List... / ->> / OK / Summary "
+       "Equations... / Equations=t = a + s; / OK / Maximum number\nof samples in a\n summary : =4 / Write "
+       "Summary / OK / Summaries##0 / OK / OK"});
   const std::string kProposed =
       "/*Replace with your equations*/\r\nSampleIsValid= 1; \r\nWriteToSummary= 1; \r\nRestartSummary= 0;";
   EXPECT_EQ((vastra::Held<CMultiSummaryConfig>(m_summaries)),
@@ -270,7 +190,7 @@ TEST_F(ItemPages, ASummaryIsEditedTheSameWay) {
             "\r\nRestartSummary= 0,|summaryEquations:t = a + s,|varNames:a,b,s,|name:n|saveRp:1|maxSamples:4|"
             "maxSummaries:3|directory:/p|summaryText:t = a + s;|enableText:" +
                 kProposed + "|}}");
-  m_user.Run({&m_summaries}, {"Summaries#0", "Edit", "Cancel", "Delete", "Summaries?", "OK"});
+  m_user.Run({&m_summaries}, {"Summaries#0 / Edit / Cancel / Delete / Summaries? / OK"});
 }
 
 }  // namespace

@@ -41,12 +41,12 @@ TEST_F(ListDialogs, AFreeListIsEditedAndOnlyOkReturnsIt) {
     CSteps steps;
     const char* after;
   } kCases[] = {
-      {Names({"a"}), kInsert + CSteps{"New Variable=A", "OK"}, "a,A,"},
-      {Names({"a"}), kInsert + CSteps{"New Variable=b", "Cancel"}, "a,"},
-      {Names({"a"}), kInsert + CSteps{"New Variable=a", "OK", "!This variable already exists in the list"},
+      {Names({"a"}), kInsert + CSteps{"New Variable=A / OK"}, "a,A,"},
+      {Names({"a"}), kInsert + CSteps{"New Variable=b / Cancel"}, "a,"},
+      {Names({"a"}), kInsert + CSteps{"New Variable=a / OK / !This variable already exists in the list"},
        "a,"},
       {Names({"a", "b", "c"}),
-       {"Variable List#1", "Delete Variable", "Delete Variable", "!You must select a variable"},
+       {"Variable List#1 / Delete Variable / Delete Variable / !You must select a variable"},
        "a,c,"},
       {{}, {"Delete Variable"}, ""},
       {Names({"a", "b"}), {"Delete All"}, ""},
@@ -58,13 +58,13 @@ TEST_F(ListDialogs, AFreeListIsEditedAndOnlyOkReturnsIt) {
        "c,a,b,"},
       {Names({"old"}), {Choose("list", "b\r\na\r\n\r\na"), "Import"}, "b,a,"},
       {Names({"old"}), {Choose("list"), "Import"}, ""},
-      {Names({"old"}), {Choose(""), "Import", "Export "}, "old,"},
+      {Names({"old"}), {Choose(""), "Import / Export "}, "old,"},
       {Names({"old"}),
-       {Choose("none"), "Import", "!An error ocurred when trying to open the file", Choose("none/list"),
-        "Export ", "!An error ocurred when trying to save the file"},
+       {Choose("none"), "Import / !An error ocurred when trying to open the file", Choose("none/list"),
+        "Export  / !An error ocurred when trying to save the file"},
        "old,"},
       {Names({"old"}),
-       {Choose("list", "a\r\nb\r\na"), "Import", "!Invalid list, variables must not be repeated."},
+       {Choose("list", "a\r\nb\r\na"), "Import / !Invalid list, variables must not be repeated."},
        "old,"},
       {{}, {"Export ", "!You can't export an empty list"}, ""},
   };
@@ -87,7 +87,7 @@ TEST_F(ListDialogs, AnImportReadsBackAnExport) {
     EXPECT_TRUE(file.save && file.asksToOverwrite && file.defaultExtension == "txt");
     EXPECT_EQ(file.filter, "Text Files (*.txt)|*.txt||");
   };
-  m_user.Run(dialog, {Choose("list"), "Export ", look, "Delete All", "Import", "OK"});
+  m_user.Run(dialog, {Choose("list"), "Export ", look, "Delete All / Import / OK"});
   EXPECT_EQ(Joined(dialog.m_list), "b,\xC3\xA9,\xE9 latin,a,");
   EXPECT_FALSE(m_user.chooser.file.save);
 }
@@ -100,13 +100,13 @@ TEST_F(ListDialogs, AvailableNamesAreAppendedUnlessTheyAreSelectedAlready) {
     const char* after;
   } kCases[] = {
       {Names({"x"}), {"->"}, "x,"},
-      {Names({"x"}), {"Available Vars#3", "Available Vars#0", "->"}, "x,a,c,"},
-      {Names({"b", "x"}), {"Available Vars#0", "Available Vars#1", "->", kSome}, "b,x,a,"},
-      {{}, {"Available Vars#0", "Available Vars#4", "->"}, "a,a,"},
+      {Names({"x"}), {"Available Vars#3 / Available Vars#0 / ->"}, "x,a,c,"},
+      {Names({"b", "x"}), {"Available Vars#0 / Available Vars#1 / -> / " + kSome}, "b,x,a,"},
+      {{}, {"Available Vars#0 / Available Vars#4 / ->"}, "a,a,"},
       {Names({"c"}), {"->>", kSome}, "c,a,b,A,a,"},
       {Names({"x", "y"}), {"Selected Vars#0", "Delete Variable"}, "y,"},
-      {Names({"x"}), {Choose("list", "b\r\na"), "Import", "Export "}, "b,a,"},
-      {Names({"x"}), CSteps{"Delete All"} + kInsert + CSteps{"New Variable=n", "OK"}, "n,"},
+      {Names({"x"}), {Choose("list", "b\r\na"), "Import / Export "}, "b,a,"},
+      {Names({"x"}), CSteps{"Delete All"} + kInsert + CSteps{"New Variable=n / OK"}, "n,"},
   };
   for (const auto& c : kCases) {
     for (const char* end : {"Cancel", "OK"}) {
@@ -124,20 +124,20 @@ TEST_F(ListDialogs, FixedNamesCannotBeDeleted) {
   CConfVarListDlg dialog;
   dialog.m_source = Names({"s", "t"});
   dialog.m_added = Names({"a", "b"});
-  m_user.Run(dialog,
-             kInsert + CSteps{"New Variable=s", "OK", kThere} + kInsert +
-                 CSteps{"New Variable=b", "OK", kThere, "Variable List#1", "Delete Variable",
-                        "!Message|You can't delete source variables|30", "Variable List#2", "Delete Variable",
-                        "Delete Variable", "!Message|You must select a variable|30", "Variable List?s,t,b,"} +
-                 kInsert + CSteps{"New Variable=c", "OK", "OK"});
+  m_user.Run(dialog, kInsert + CSteps{"New Variable=s / OK / " + kThere} + kInsert +
+                         CSteps{"New Variable=b / OK / " + kThere +
+                                " / Variable List#1 / Delete Variable / !Message|You can't delete source "
+                                "variables|30 / Variable List#2 / Delete Variable / Delete Variable / "
+                                "!Message|You must select a variable|30 / Variable List?s,t,b,"} +
+                         kInsert + CSteps{"New Variable=c / OK / OK"});
   EXPECT_EQ(Joined(dialog.m_added), "b,c,");
 }
 
 TEST_F(ListDialogs, ANewVariableHasAName) {
   CNewVarDlg dialog;
   EXPECT_EQ(m_user.Run(dialog,
-                       {"OK", "!Message|The name of the variable can't be a null string|30",
-                        "New Variable= x", [](QWidget* window) { QTest::keyClick(window, Qt::Key_Return); }}),
+                       {"OK / !Message|The name of the variable can't be a null string|30 / New Variable= x",
+                        [](QWidget* window) { QTest::keyClick(window, Qt::Key_Return); }}),
             IDOK);
   EXPECT_EQ(dialog.m_name, " x");
 }

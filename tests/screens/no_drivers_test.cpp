@@ -14,10 +14,10 @@ TEST(NoDrivers, ANodeCanNeitherBeConfiguredNorAdded) {
     if (!isNew) dialog.m_driverId = 5;
     dialog.m_name = "node";
     dialog.m_varNames = Names({"v"});
-    CSteps steps = {isNew ? "!" : "!Driver not found!", "Type of PLC :?No Drivers Avaliable",
-                    "Configure PLC?-", "OK"};
-    if (isNew) steps.emplace_back("!The PLC hasn't been configured");
-    EXPECT_EQ(user.Run(dialog, steps), isNew ? IDCANCEL : IDOK);
+    const std::string steps = "Type of PLC :?No Drivers Avaliable / Configure PLC?- / OK";
+    const CSteps all = {isNew ? "! / " + steps + " / !The PLC hasn't been configured"
+                              : "!Driver not found! / " + steps + " / !"};
+    EXPECT_EQ(user.Run(dialog, all), isNew ? IDCANCEL : IDOK);
   }
 }
 

@@ -89,12 +89,12 @@ TEST_F(NodeDialog, AnAcceptedFormConfiguresTheNode) {
     SCOPED_TRACE(c.what);
     m_driver.Restart(c.form);
     m_node = Node("node");
-    Run({std::string("Type of PLC :=") + c.driver, "Configure PLC", "OK", c.told}, c.isNew);
+    Run({std::string("Type of PLC :=") + c.driver + " / Configure PLC / OK / " + c.told}, c.isNew);
     EXPECT_EQ(m_node.m_driver.value1, c.value1);
     EXPECT_EQ(m_node.m_driver.variableCount, 2u);
   }
   m_driver.Restart();
-  Run({"Type of PLC :=Scripted", "Configure PLC", "Configure PLC", "OK"}, true);
+  Run({"Type of PLC :=Scripted / Configure PLC / Configure PLC / OK"}, true);
   EXPECT_EQ(m_node.m_driver.value1, 30) << "the second time the form is not new";
   m_driver.Restart(CancelForm);
   m_node.m_driver.variableCount = 7;
@@ -104,7 +104,7 @@ TEST_F(NodeDialog, AnAcceptedFormConfiguresTheNode) {
 }
 
 TEST_F(NodeDialog, OpensOnTheDriverOfTheNode) {
-  for (const auto& [id, steps] : {std::pair(SCRIPTED_ID, CSteps{"!", "Type of PLC :?Scripted"}),
+  for (const auto& [id, steps] : {std::pair(SCRIPTED_ID, CSteps{"! / Type of PLC :?Scripted"}),
                                   {5, {"!", "Type of PLC :?Silent"}},
                                   {6, {"!Driver not found!", "Type of PLC :?Silent"}}}) {
     m_node.m_driver.plcType = id;
@@ -145,8 +145,8 @@ TEST_F(NodeDialog, TheFirstFaultIsTold) {
 }
 
 TEST_F(NodeDialog, RowsOfTheScalerFollowTheVariables) {
-  const CSteps remove = {"Variable List", "Variable List#0", "Delete Variable"},
-               insert = {"Insert  New Variable", "New Variable=a", "OK", "OK"};
+  const CSteps remove = {"Variable List / Variable List#0 / Delete Variable"},
+               insert = {"Insert  New Variable / New Variable=a / OK / OK"};
   const CSteps scale = {"Scaler",
                         [](QWidget* window) {
                           auto* model = Find<QTableView>(window, "Scaler")->model();
@@ -159,7 +159,7 @@ TEST_F(NodeDialog, RowsOfTheScalerFollowTheVariables) {
     const char* rows;
   } kCases[] = {
       {"not edited", {}, "a 4,b 2,"},
-      {"removed and inserted again", remove + CSteps{"OK", "Variable List"} + insert, "b 2,a 1,"},
+      {"removed and inserted again", remove + CSteps{"OK / Variable List"} + insert, "b 2,a 1,"},
       {"removed and inserted at once", remove + insert, "b 2,a 4,"},
       {"the removal is cancelled", remove + CSteps{"Cancel"}, "a 4,b 2,"},
       {"scaled", scale, "a 4,b 8,"},
@@ -200,17 +200,9 @@ TEST_F(NodeDialog, AWrittenNodeHasTheVariablesOfThePages) {
     CSteps steps = {"Variable List"};
     // A scale survives the removal of its variable until OK.
     if (c.offered)
-      steps = {"Variable List",
-               "Selected Vars#0",
-               "Delete Variable",
-               "OK",
-               "Variable List",
-               std::string("Available Vars?") + c.offered,
-               "Insert  New Variable",
-               "New Variable=a",
-               "OK",
-               "->>",
-               "OK"};
+      steps = {"Variable List / Selected Vars#0 / Delete Variable / OK / Variable List / " +
+               std::string("Available Vars?") + c.offered +
+               " / Insert  New Variable / New Variable=a / OK / ->> / OK"};
     EXPECT_EQ(Run(steps + CSteps{"OK"}, false, CDriverTypeDlg::writeNode), IDOK);
     EXPECT_EQ(Scales(), c.scales);
   }
@@ -285,10 +277,10 @@ TEST(PlcWritePage, AppendsNodesAndOffersTheVariablesOfThePages) {
   SetSmart(smart, {"s"});
   page.SetInputPointer(&input);
   page.SetSmartPointer(&smart);
-  const CSteps look = {"Variable List", "Available Vars?p,s,", "Cancel", "Cancel"};
+  const CSteps look = {"Variable List / Available Vars?p,s, / Cancel / Cancel"};
   CSheetUser user;
   user.Run({&page},
-           CSteps{"Disable Writing", "Add "} + look + CSteps{"Net nodes#0", "Edit "} + look + CSteps{"OK"});
+           CSteps{"Disable Writing / Add "} + look + CSteps{"Net nodes#0 / Edit "} + look + CSteps{"OK"});
   page.DeleteList();
   EXPECT_EQ(Held<CPlcMultiConfig>(page), "nodes[}disableWriting:1|");
 }

@@ -42,18 +42,9 @@ class CScriptedDriver {
 
 // In the dialog of a node: gives it a driver, a name and the variables v and w, and ends with end.
 inline CSteps MakeNode(const std::string& name, const char* end = "OK") {
-  return {"Type of PLC :=Scripted",
-          "Name :=" + name,
-          "Variable List",
-          "Insert  New Variable",
-          "New Variable=v",
-          "OK",
-          "Insert  New Variable",
-          "New Variable=w",
-          "OK",
-          "OK",
-          "Configure PLC",
-          end};
+  const std::string insert = "Insert  New Variable / New Variable=";
+  return {"Type of PLC :=Scripted / Name :=" + name + " / Variable List / " + insert + "v / OK / " + insert +
+          "w / OK / OK / Configure PLC / " + end};
 }
 
 }  // namespace vastra

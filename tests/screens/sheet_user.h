@@ -20,7 +20,7 @@ namespace vastra {
 
 using CTexts = std::vector<std::string>;
 
-// A function that gets the window, or one of these texts:
+// A function that gets the window, or texts separated by " / ", each of them one of these:
 //   Add           clicks the button; a dialog that it opens gets the next steps until it closes
 //   Name:=x       replaces the text of the edit, or selects x in the combo box
 //   Outputs#1     marks the row of the list; ##1 double-clicks it
@@ -72,10 +72,10 @@ inline void Enter(QWidget* window, const char* name, const QString& text) {
   auto* edit = Find<QLineEdit>(window, name);
   edit->selectAll();
   QTest::keyClick(edit, Qt::Key_Delete);
-  if (text == QString::fromLatin1(text.toLatin1()))
+  if (std::ranges::all_of(text, [](QChar c) { return c < QChar(0x80); }))
     QTest::keyClicks(edit, text);
   else
-    edit->insert(text);  // no key types it
+    edit->insert(text);  // QTest has no keys for it
 }
 
 inline void Mark(QListWidget* list, int row) {
@@ -95,11 +95,15 @@ class CSheetUser {
 
   // Follows steps in the dialog that run opens, closes it if it is still open, and returns the result of run.
   int Run(const std::function<int()>& run, const CSteps& steps) {
-    m_steps = steps;
+    m_steps.clear();
+    for (const CStep& step : steps) Add(step);
     m_next = 0;
     int result = -1;
     Act([&] { result = run(); });
-    EXPECT_EQ(m_next, steps.size()) << "steps followed";
+    // A box may come after OK.
+    if (m_next + 1 == m_steps.size())
+      if (const auto* last = std::get_if<std::string>(&m_steps.back())) ExpectBox(last->substr(1)), ++m_next;
+    EXPECT_EQ(m_next, m_steps.size()) << "steps followed";
     return result;
   }
   int Run(CDialog& dialog, const CSteps& steps) {
@@ -115,6 +119,16 @@ class CSheetUser {
   CTestChooser chooser;
 
  private:
+  void Add(const CStep& step) {
+    const auto* text = std::get_if<std::string>(&step);
+    if (!text) return m_steps.push_back(step);
+    const std::string kBetween = " / ";
+    for (std::size_t start = 0, end = 0; end != std::string::npos; start = end + kBetween.size()) {
+      end = text->find(kBetween, start);
+      m_steps.emplace_back(text->substr(start, end == std::string::npos ? end : end - start));
+    }
+  }
+
   // Does what may open a dialog, which then gets the next steps.
   void Act(const std::function<void()>& action) {
     QTimer watch;
@@ -133,10 +147,14 @@ class CSheetUser {
     m_open.push_back(window);
     while (m_next < m_steps.size() && window->isVisible()) {
       const CStep step = m_steps[m_next++];
-      if (const auto* text = std::get_if<std::string>(&step))
-        Do(window, *text);
-      else
-        std::get<1>(step)(window);
+      try {
+        if (const auto* text = std::get_if<std::string>(&step))
+          Do(window, *text);
+        else
+          std::get<1>(step)(window);
+      } catch (const std::runtime_error& e) {
+        ADD_FAILURE() << "step " << m_next << ": " << e.what();
+      }
     }
     m_open.pop_back();
   }
@@ -148,11 +166,13 @@ class CSheetUser {
     const std::string name = step.substr(0, end), rest = step.substr(std::min(end + 1, step.size()));
     if (end == step.size()) return Act([&] { Click(window, name.c_str()); });
     if (step[end] == '=') return Enter(window, name.c_str(), QString::fromStdString(rest));
-    if (step[end] == '?') return EXPECT_EQ(StateOf(window, name.c_str()), rest), void();
+    if (step[end] == '?') return Expect(StateOf(window, name.c_str()), rest);
     auto* list = Find<QListWidget>(window, name.c_str());
     if (rest[0] != '#') return Mark(list, std::stoi(rest));
     Act([&] { DoubleClick(list, std::stoi(rest.substr(1))); });
   }
+
+  static void Expect(const std::string& state, const std::string& expected) { EXPECT_EQ(state, expected); }
 
   void ExpectBox(const std::string& text) {
     const bool isWhole = text.find('|') != std::string::npos;

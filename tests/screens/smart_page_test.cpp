@@ -31,7 +31,7 @@ TEST(SmartPage, EachDialogEditsItsPartOnOkAlone) {
       "equations:e = 1,|inputNames:kept,|inputVars:i,|outputVars:o,|equationText:e = 1;|";
 
   // Without an input page there is nothing to choose from.
-  user.Run({&page}, {kInput, "Available Vars?", "OK", kEquations, "OK", "OK"});
+  user.Run({&page}, {kInput + " / Available Vars? / OK / " + kEquations + " / OK / OK"});
   page.SetInputPointer(&input);
   user.Run({&page}, {kInput,
                      "->>",

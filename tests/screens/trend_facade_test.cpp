@@ -24,7 +24,7 @@ class TrendFacade : public testing::Test {
 };
 
 TEST_F(TrendFacade, OkWritesTheSettingsAndOnlyTheFlagSurvivesCancel) {
-  const CSteps insert = {"Variables ", "Insert  New Variable", "New Variable=new", "OK"};
+  const CSteps insert = {"Variables  / Insert  New Variable / New Variable=new / OK"};
   const auto state = [](const char* extra, const char* equations, const char* flag, const char* text) {
     return std::string(extra) + "equations:" + equations + "|baseVars:a,b,|" + flag + "equationText:" + text +
            "|";
@@ -35,16 +35,16 @@ TEST_F(TrendFacade, OkWritesTheSettingsAndOnlyTheFlagSurvivesCancel) {
     std::string ok, cancelled;
   } kCases[] = {
       {{}, kBefore, kBefore},
-      {{"Variables ", "Variable List#2", "Delete Variable", "OK"},
+      {{"Variables  / Variable List#2 / Delete Variable / OK"},
        state("", "old = a,", "", "old = a"),
        state("extraVars:old,|", "old = a,", "", "old = a")},
       {insert + CSteps{"OK"}, state("extraVars:old,new,|", "old = a,", "calculateExtra:1|", "old = a"),
        state("extraVars:old,|", "old = a,", "calculateExtra:1|", "old = a")},
       {insert + CSteps{"Cancel"}, kBefore, kBefore},
-      {{"Equations", "Equations?old = a", "Equations=n = b; m = n;", "OK"},
+      {{"Equations / Equations?old = a / Equations=n = b; m = n; / OK"},
        state("extraVars:old,|", "n = b, m = n,", "calculateExtra:7|", "n = b; m = n;"),
        kBefore},
-      {{"Equations", "Equations=n = b;", "Cancel"}, kBefore, kBefore},
+      {{"Equations / Equations=n = b; / Cancel"}, kBefore, kBefore},
   };
   for (const auto& c : kCases) {
     for (const bool accepts : {true, false}) {
@@ -66,7 +66,7 @@ TEST_F(TrendFacade, OnlyOneIsOpen) {
     EXPECT_EQ(second.DoModal(), 0);
     EXPECT_EQ(CTrendFacadeDlg::m_suOpen, 1u);
   };
-  Run({openAnother, "!Message|Already open|30", "Variables ", "!Message|No variables available|30"});
+  Run({openAnother, "!Message|Already open|30 / Variables  / !Message|No variables available|30"});
   {
     CTrendFacadeDlg left;
     left.SetInputPointers(nullptr, &m_stage);
