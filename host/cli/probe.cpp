@@ -1,17 +1,17 @@
-// vastra probe: opens a driver without a configuration, reads and writes, and tells what each call gave; with
-// a module's file also whether it keeps the contract of drivers.
-#include <algorithm>
+// vastra probe: opens a driver without a configuration, writes and reads, and prints the result of each call.
+// For the file of a module it also prints which rules of drivers the module keeps.
 #include <charconv>
+#include <cmath>
 #include <limits>
+#include <optional>
 
 #include "host/cli/command.h"
-#include "host/cli/driver_calls.h"
-#include "host/cli/driver_contract.h"
-#include "host/cli/driver_settings.h"
 #include "host/cli/json_output.h"
 #include "host/cli/number_text.h"
 #include "host/cli/output.h"
 #include "host/cli/terminal/terminal.h"
+#include "host/probe/driver_settings.h"
+#include "host/probe/probe.h"
 #include "host/run/inbox.h"
 #include "vastra/platform/file_system.h"
 #include "vastra/plc/driver_factory.h"
@@ -22,17 +22,6 @@ namespace {
 constexpr std::int64_t kMostValues = 1 << 24;  // as many as a node can have
 constexpr std::int64_t kLongestLimit = 3600;   // seconds
 constexpr std::int64_t kUsualLimit = 10;
-constexpr auto kRestAfterFailure = std::chrono::milliseconds(100);  // after a failed read
-
-// What was asked for.
-struct CProbe {
-  CFileArgument driver;  // or its ID, as it was typed
-  DriverConfig config;
-  std::vector<float> values;  // to write
-  bool isCounted = false;     // whether the number of values was given
-  std::int64_t reads = 1;
-  std::int64_t limit = kUsualLimit;
-};
 
 // Words after a separator; empty without words.
 std::string After(const char* separator, const CString& words) {
@@ -48,18 +37,26 @@ CJson FloatToJson(float value) {
   return number;
 }
 
-// What the user sees: lines while it goes on, or one object at the end.
-class CReport {
+// Prints what a probe finds: lines during the probe, or one object at its end.
+class CReport : public CProbeObserver {
  public:
-  CReport(const CString& file, bool asJson) : m_file(file), m_asJson(asJson) {}
+  CReport(const CString& file, bool asJson, bool isCounted)
+      : m_file(file), m_asJson(asJson), m_isCounted(isCounted) {}
 
-  // False if nobody can see it.
-  bool Facts(const CDriverFacts& facts);
-  bool Finding(const CFinding& finding);
-  void Call(const char* call, const CDriverReply& reply, std::span<const float> values);
-  // With a line on standard error.
-  void Fault(const CString& words) { Worsen(Fail(kFailed, m_file, words)); }
-  bool CanBeSeen() const { return m_canBeSeen; }
+  // False if the output cannot be written.
+  bool OnFacts(const CDriverFacts& facts) override;
+  bool OnFinding(const CFinding& finding) override;
+  void OnCall(const char* call, const CDriverReply& reply, std::span<const float> values) override;
+  void OnFault(const CString& words) override { Worsen(Fail(kFailed, m_file, words)); }
+  void OnCountMatters() override {
+    if (!m_isCounted) Warn("probe", "the driver was opened for 1 value; --count gives another number");
+  }
+  bool BeginReads() override {
+    m_stop.emplace();
+    return m_canBeSeen;
+  }
+  void EndReads() override { m_stop.reset(); }
+  bool Rest(std::chrono::milliseconds time) override;
   EExit End();
 
  private:
@@ -68,6 +65,13 @@ class CReport {
 
   const CString m_file;  // as the user knows it
   const bool m_asJson;
+  const bool m_isCounted;  // the user gave the number of values
+  // A signal ends the reads.
+  struct CStop {
+    CInbox inbox;
+    CStopSignals signals{inbox};
+  };
+  std::optional<CStop> m_stop;  // during the reads
   CJson m_object = CJson::object();
   CJson m_calls = CJson::array();
   CJson m_contract;
@@ -83,7 +87,7 @@ bool CReport::Print(const std::string& line) {
   return m_canBeSeen = false;
 }
 
-bool CReport::Facts(const CDriverFacts& facts) {
+bool CReport::OnFacts(const CDriverFacts& facts) {
   if (!m_object.empty()) return true;  // known from the test
   m_object = {
       {"id", facts.id}, {"name", ToJson(facts.name)}, {"file", ToJson(m_file)}, {"version", facts.version}};
@@ -91,7 +95,7 @@ bool CReport::Facts(const CDriverFacts& facts) {
                std::to_string(facts.version));
 }
 
-bool CReport::Finding(const CFinding& finding) {
+bool CReport::OnFinding(const CFinding& finding) {
   const bool isTried = finding.finding != EFinding::notTried, isBroken = finding.finding == EFinding::broken;
   if (isBroken) Worsen(kFailed);
   CJson row = {{"rule", finding.rule}, {"kept", !isBroken}};
@@ -101,7 +105,7 @@ bool CReport::Finding(const CFinding& finding) {
   return Print(heading + std::string(finding.rule) + After(": ", finding.words));
 }
 
-void CReport::Call(const char* call, const CDriverReply& reply, std::span<const float> values) {
+void CReport::OnCall(const char* call, const CDriverReply& reply, std::span<const float> values) {
   if (reply.status != statusOk) Worsen(kFailed);
   if (!m_hasHeading) Print("call   status                        ms  values or words");
   m_hasHeading = true;
@@ -131,117 +135,39 @@ EExit CReport::End() {
   return m_status;
 }
 
-// One driver, opened, read and written as asked.
-class CProbing {
- public:
-  CProbing(const CProbe& probe, const CDriverCalls& driver, CReport& report)
-      : m_probe(probe),
-        m_driver(driver),
-        m_report(report),
-        m_area(probe.config.variableCount + 2 * kGuard),
-        m_values(std::span(m_area).subspan(kGuard, probe.config.variableCount)) {}
-
-  void Run() {
-    if (!m_driver.Table().Open) return m_report.Fault("the driver offers no Open");
-    if (!m_probe.values.empty()) Write();
-    if (m_probe.values.empty() || m_probe.reads > 0) Read();
-  }
-
- private:
-  bool Open(int mode) {
-    const CDriverReply reply = m_driver.Open(m_probe.config, mode, m_handle);
-    m_report.Call("Open", reply, {});
-    if (reply.status != statusOk && !m_probe.isCounted)
-      Warn("probe", "the driver was opened for 1 value; --count gives another number");
-    return reply.status == statusOk;
-  }
-
-  void Write() {
-    if (!Open(driverModeWrite)) return;
-    if (m_driver.Table().Write) {
-      std::ranges::copy(m_probe.values, m_values.begin());
-      m_report.Call("Write", m_driver.Write(m_values, m_handle), m_probe.values);
-    } else {
-      m_report.Fault("the driver offers no Write");
-    }
-    m_driver.Close(m_handle);
-  }
-
-  void Read() {
-    if (!Open(driverModeRead)) return;
-    if (m_driver.Table().Read)
-      ReadAll();
-    else if (m_probe.reads > 0)
-      m_report.Fault("the driver offers no Read");
-    m_driver.Close(m_handle);
-  }
-
-  void ReadAll() {
-    CInbox inbox;
-    const CStopSignals stops(inbox);
-    for (std::int64_t i = 0; i < m_probe.reads && m_report.CanBeSeen(); ++i) {
-      std::ranges::fill(m_values, 0.0f);
-      const CDriverReply reply = m_driver.Read(m_values, m_handle);
-      const bool isGood = reply.status == statusOk;
-      m_report.Call("Read", reply, isGood ? m_values : std::span<float>());
-      const auto now = std::chrono::steady_clock::now();
-      CMessage stop;
-      if (inbox.Wait(stop, isGood || i + 1 == m_probe.reads ? now : now + kRestAfterFailure)) return;
-    }
-  }
-
-  const CProbe& m_probe;
-  const CDriverCalls& m_driver;
-  CReport& m_report;
-  std::vector<float> m_area;
-  const std::span<float> m_values;  // within the area
-  int m_handle = kNoHandle;
-};
-
-EExit RunProbe(CProbe& probe, const CString& path, CReport& report) {
-  CString reason;
-  const CDriverCalls driver(LoadModule(path, &reason));
-  if (!driver.IsDriver())
-    return Fail(kFailed, probe.driver.typed, reason.IsEmpty() ? "no GetDriverHeader" : reason);
-  if (!report.Facts({driver.Id(), driver.Name(), driver.Version()})) return report.End();
-  probe.config.plcType = driver.Id();
-  CProbing(probe, driver, report).Run();
-  return report.End();
+bool CReport::Rest(std::chrono::milliseconds time) {
+  CMessage stop;
+  return !m_stop->inbox.Wait(stop, std::chrono::steady_clock::now() + time) && m_canBeSeen;
 }
 
-EExit ProbeId(CProbe& probe, std::int64_t id, bool asJson) {
+// What was asked for.
+struct CProbe {
+  CProbeRequest request;
+  CString typed;  // the driver's ID or file
+  bool isCounted = false;
+  bool asJson = false;
+};
+
+EExit ProbeId(CProbe& probe, std::int64_t id) {
   const CDriverFactory& factory = *CDriverFactory::Instance();
   const int index = factory.GetDriverIndex(static_cast<int>(id));
   if (index < 0 || factory.GetDriverID(index) != id)
-    return Fail(kFailed, probe.driver.typed,
+    return Fail(kFailed, probe.typed,
                 "there is no driver with this ID; vastra drivers lists those there are");
   const CString& file = factory.GetDrivers()[index].m_fileName;
-  CReport report(file, asJson);
-  return RunProbe(probe, JoinPath(factory.GetPath(), file), report);
+  probe.request.path = JoinPath(factory.GetPath(), file);
+  CReport report(file, probe.asJson, probe.isCounted);
+  const CString noDriver = ProbeDriver(probe.request, report);
+  return noDriver.IsEmpty() ? report.End() : Fail(kFailed, probe.typed, noDriver);
 }
 
-EExit ProbeModule(CProbe& probe, bool asJson) {
-  CReport report(probe.driver.typed, asJson);
-  const CContractResult result =
-      TestContract({.path = probe.driver.path,
-                    .config = probe.config,
-                    .values = probe.values,
-                    .limit = std::chrono::seconds(probe.limit),
-                    .tellFacts =
-                        [&](const CDriverFacts& facts) {
-                          probe.config.plcType = facts.id;
-                          return report.Facts(facts);
-                        },
-                    .tellFinding = [&](const CFinding& finding) { return report.Finding(finding); }});
-  if (!result.noDriver.IsEmpty()) {
-    const bool isWord = probe.driver.typed.Find('/') < 0 && probe.driver.typed.Find('.') < 0;
-    const char* hint = isWord ? " (vastra drivers lists the IDs of those that are installed)" : "";
-    return Fail(kFailed, probe.driver.typed, result.noDriver + hint);
-  }
-  if (!report.CanBeSeen()) return report.End();
-  if (result.end.IsEmpty()) return RunProbe(probe, probe.driver.path, report);
-  report.Fault("the driver is not opened here, since in the test " + result.end);
-  return report.End();
+EExit ProbeFile(const CProbe& probe) {
+  CReport report(probe.typed, probe.asJson, probe.isCounted);
+  const CString noDriver = ProbeModule(probe.request, report);
+  if (noDriver.IsEmpty()) return report.End();
+  const bool isWord = probe.typed.Find('/') < 0 && probe.typed.Find('.') < 0;
+  const char* hint = isWord ? " (vastra drivers lists the IDs of those that are installed)" : "";
+  return Fail(kFailed, probe.typed, noDriver + hint);
 }
 
 struct CProbeArguments {
@@ -251,30 +177,36 @@ struct CProbeArguments {
   CArgument<bool> asJson;
 };
 
+// All of text as an ID.
+std::optional<std::int64_t> ToId(std::string_view text) {
+  std::int64_t id = 0;
+  const auto [rest, error] = std::from_chars(text.data(), text.data() + text.size(), id);
+  return error == std::errc() && rest == text.data() + text.size() ? std::optional(id) : std::nullopt;
+}
+
 EExit Probe(const CProbeArguments& arguments) {
   CProbe probe;
-  probe.driver = *arguments.driver;
-  const CString fault = TakeSettings(*arguments.settings, probe.config);
+  CProbeRequest& request = probe.request;
+  const CString fault = ReadSettings(*arguments.settings, request.config);
   if (!fault.IsEmpty()) return Fail(kWrongUse, "probe", "--set " + fault);
   for (const CString& values : *arguments.values)
-    if (!TakeNumbers(values, probe.values))
+    if (!ReadNumbers(values, request.values))
       return Fail(kWrongUse, "probe", "--write " + values + ": is no comma list of numbers");
-  const auto given = static_cast<std::int64_t>(probe.values.size());
+  const auto given = static_cast<std::int64_t>(request.values.size());
   const std::int64_t count = arguments.count->value_or(given > 0 ? given : 1);
-  probe.isCounted = *arguments.count || given > 0;
   if (given > 0 && count != given)
     return Fail(kWrongUse, "probe",
                 "--count is " + CString(std::to_string(count)) + ", and --write has " +
                     CString(std::to_string(given)) + " values");
-  probe.config.variableCount = static_cast<UINT>(count);
-  probe.reads = arguments.reads->value_or(given > 0 ? 0 : 1);
-  probe.limit = arguments.limit->value_or(kUsualLimit);
-  const std::string_view typed = probe.driver.typed.View();
-  std::int64_t id = 0;
-  const auto [rest, error] = std::from_chars(typed.data(), typed.data() + typed.size(), id);
-  if (error == std::errc() && rest == typed.data() + typed.size())
-    return ProbeId(probe, id, *arguments.asJson);
-  return ProbeModule(probe, *arguments.asJson);
+  request.path = arguments.driver->path;
+  request.config.variableCount = static_cast<UINT>(count);
+  request.reads = arguments.reads->value_or(given > 0 ? 0 : 1);
+  request.limit = std::chrono::seconds(arguments.limit->value_or(kUsualLimit));
+  probe.typed = arguments.driver->typed;
+  probe.isCounted = *arguments.count || given > 0;
+  probe.asJson = *arguments.asJson;
+  const auto id = ToId(probe.typed.View());
+  return id ? ProbeId(probe, *id) : ProbeFile(probe);
 }
 
 }  // namespace

@@ -106,8 +106,10 @@ class Probe(CommandTest):
             self.assertEqual(1, self.probe("9001", *args).status)
         self.assertEqual([("Open", "statusExtendedError", None, "Simulator: station is negative: -1")],
                          self.calls("--set", "station=-1"))
-        self.assertIn("--count", self.probe("9001", "--set", "station=-1").err)
-        self.assertEqual("", self.probe("9001", "--set", "station=-1", "--count", "1").err)
+        self.assertEqual("", self.probe("9001", "--set", "station=-1").err)
+        modbus = ["9002", "--set", "text1=127.0.0.1:1", "--set", "text2=h0 x 2", "--reads", "0"]
+        self.assertIn("--count", self.probe(*modbus).err)
+        self.assertEqual("", self.probe(*modbus, "--count", "1").err)
 
     def test_wrong_use_is_one_line(self):
         for args, words in WRONG:

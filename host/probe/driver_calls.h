@@ -1,5 +1,5 @@
-// A driver module called directly, without a link: each call gives the driver's own status and the time that
-// it took.
+// A driver module called directly, without a link: each call returns the driver's own status and its
+// duration. The probe and the contract test use it.
 #pragma once
 
 #include <span>
@@ -10,13 +10,17 @@
 namespace vastra {
 
 constexpr int kNoHandle = -1;
-constexpr std::size_t kGuard = 64;  // floats around the values of a call, for drivers that write beside them
+constexpr std::size_t kGuard =
+    64;  // floats before and after the values of a call, for drivers that write too much
 
 // "statusOk", or "unknown status 7".
 CString StatusName(int status);
-// In words, for a status of which a driver has none of its own.
+// The meaning of a status for which the driver has no words of its own; empty for the others.
 CString StatusMeaning(int status);
-// The function of table that has words for status; null if status has none or the driver lacks it.
+// Whether status is one of those that Open, or Read and Write, may return.
+bool IsOpenStatus(int status);
+bool IsTransferStatus(int status);
+// Whether the driver explains status in words, and its function for them: null if it lacks the function.
 using CDriverWords = const char* (*)(int handle);
 bool HasWords(int status);
 CDriverWords WordsFor(const DriverFunctions& table, int status);
@@ -24,12 +28,12 @@ CDriverWords WordsFor(const DriverFunctions& table, int status);
 struct CDriverReply {
   int status = kThrew;
   double milliseconds = 0;
-  CString words;  // of the driver, or on what became of the call
+  CString words;  // of the driver, or of the host for a call that threw
 };
 
 class CDriverCalls {
  public:
-  // Takes over the hold of module, of which IsDriver tells whether it is one.
+  // Becomes the owner of module, which may be null. IsDriver says whether it is a driver.
   explicit CDriverCalls(HMODULE module);
   CDriverCalls(const CDriverCalls&) = delete;
   CDriverCalls& operator=(const CDriverCalls&) = delete;
@@ -41,7 +45,7 @@ class CDriverCalls {
   int Version() const { return m_version; }
   const DriverFunctions& Table() const { return *m_functions; }
 
-  // Of functions that the table has. handle is -1 unless Open gave statusOk.
+  // Only for functions that the table has. handle is -1 unless Open returned statusOk.
   CDriverReply Open(const DriverConfig& config, int mode, int& handle) const;
   CDriverReply Read(std::span<float> values, int handle) const;
   CDriverReply Write(std::span<float> values, int handle) const;

@@ -1,4 +1,4 @@
-#include "host/cli/driver_contract.h"
+#include "host/probe/contract.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -10,8 +10,8 @@
 #include <cstring>
 #include <system_error>
 
-#include "host/cli/driver_trial.h"
 #include "host/common/json_text.h"
+#include "host/probe/trial.h"
 
 namespace vastra {
 namespace {
@@ -19,11 +19,11 @@ namespace {
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
-constexpr auto kSlice = 100ms;  // after which a process that has ended is missed
+constexpr auto kSlice = 100ms;  // between two looks at whether the process has ended
 
 CString Decimal(long long number) { return CString(std::to_string(number)); }
 
-// The process of the trial, as its host sees it.
+// The process of the trial. Follow reads its lines until it is done, has ended or hangs.
 class CTrialProcess {
  public:
   explicit CTrialProcess(const CContractTest& test);
@@ -36,21 +36,25 @@ class CTrialProcess {
  private:
   void Listen();
   bool ReadPipe();
-  bool Take(const std::string& line);
-  bool TellFinding(EFinding finding, const CString& words);
+  bool Handle(const std::string& line);
+  bool Report(EFinding finding, const CString& words);
+  bool GoesOn(bool wanted) {
+    m_result.isStopped = !wanted;
+    return wanted;
+  }
   bool HasEnded();
   CString HowEnded() const;
-  void TellEnd();
+  void ReportEnd();
 
   const CContractTest& m_test;
   pid_t m_process = 0;
-  int m_ended = 0;  // whether it has, and how
-  int m_waitStatus = 0;
+  bool m_ended = false;
+  int m_waitStatus = 0;  // how it ended
   int m_pipe = -1;
-  std::string m_received;  // of the line that comes
-  std::string m_call;      // that is under way
+  std::string m_received;  // of the next line
+  std::string m_call;      // the last call that was begun
   std::size_t m_findings = 0;
-  bool m_isDone = false;  // there is nothing more to hear
+  bool m_isDone = false;  // the rest of the lines is not read
   bool m_hangs = false;
   CContractResult m_result;
 };
@@ -84,11 +88,11 @@ bool CTrialProcess::HasEnded() {
   return m_ended;
 }
 
-// Until all has been said, the process has ended or it has been silent for too long.
+// Reads lines until the last one, the end of the process or a silence longer than the limit.
 void CTrialProcess::Listen() {
   Clock::time_point heard = Clock::now();
   while (!m_isDone) {
-    const bool ended = HasEnded();  // before the look at what it has said
+    const bool ended = HasEnded();  // asked before the pipe, so that the last lines are read
     pollfd end = {m_pipe, POLLIN, 0};
     if (::poll(&end, 1, ended ? 0 : static_cast<int>(kSlice / 1ms)) > 0) {
       if (!ReadPipe()) return;
@@ -110,31 +114,30 @@ bool CTrialProcess::ReadPipe() {
   std::size_t begin = 0;
   for (std::size_t end; !m_isDone && (end = m_received.find('\n', begin)) != std::string::npos;
        begin = end + 1)
-    if (!Take(m_received.substr(begin, end - begin))) m_isDone = true;
+    if (!Handle(m_received.substr(begin, end - begin))) m_isDone = true;
   m_received.erase(0, begin);
   return true;
 }
 
-// False ends the test.
-bool CTrialProcess::Take(const std::string& line) {
+// Returns false if the test ends with this line.
+bool CTrialProcess::Handle(const std::string& line) {
   const CJson message = CJson::parse(line);
   if (message.contains("call")) return m_call = message["call"], true;
   if (message.contains("facts")) {
     const CJson& facts = message["facts"];
-    return m_test.tellFacts({facts[0], CString(facts[1].get<std::string>()), facts[2]});
+    return GoesOn(m_test.onFacts({facts[0], CString(facts[1].get<std::string>()), facts[2]}));
   }
   if (message.contains("finding")) {
     const CJson& finding = message["finding"];
-    return TellFinding(static_cast<EFinding>(finding[0].get<int>()), CString(finding[1].get<std::string>()));
+    return Report(static_cast<EFinding>(finding[0].get<int>()), CString(finding[1].get<std::string>()));
   }
   if (message.contains("noDriver")) m_result.noDriver = CString(message["noDriver"].get<std::string>());
   return false;
 }
 
-bool CTrialProcess::TellFinding(EFinding finding, const CString& words) {
+bool CTrialProcess::Report(EFinding finding, const CString& words) {
   if (m_findings == TrialRuleCount()) return false;
-  if (finding == EFinding::broken) m_result.isKept = false;
-  return m_test.tellFinding({TrialRule(m_findings++), finding, words});
+  return GoesOn(m_test.onFinding({TrialRule(m_findings++), finding, words}));
 }
 
 CString CTrialProcess::HowEnded() const {
@@ -150,19 +153,18 @@ CString CTrialProcess::HowEnded() const {
          hint;
 }
 
-// The rule that was being tried is broken, the ones behind it are not tried.
-void CTrialProcess::TellEnd() {
+// Reports the rule that was being tried as broken, and the rules after it as not tried.
+void CTrialProcess::ReportEnd() {
   m_result.end = HowEnded();
-  bool isHeard = TellFinding(EFinding::broken, m_result.end);
-  while (isHeard && m_findings < TrialRuleCount())
-    isHeard = TellFinding(EFinding::notTried, "the test had ended");
+  bool isHeard = Report(EFinding::broken, m_result.end);
+  while (isHeard && m_findings < TrialRuleCount()) isHeard = Report(EFinding::notTried, "the test had ended");
 }
 
 CContractResult CTrialProcess::Follow() {
   Listen();
   if (m_isDone) return m_result;
   if (!m_hangs && !m_ended) m_ended = ::waitpid(m_process, &m_waitStatus, 0) == m_process;
-  TellEnd();
+  ReportEnd();
   return m_result;
 }
 

@@ -1,48 +1,58 @@
-#include "host/cli/driver_calls.h"
+#include "host/probe/driver_calls.h"
 
+#include <algorithm>
 #include <chrono>
+#include <iterator>
 
 namespace vastra {
 namespace {
 
 constexpr DriverFunctions kOffersNothing = {};
 
-constexpr struct {
+struct CStatus {
   int status;
   const char* name;
   const char* meaning;
   CDriverWords DriverFunctions::*words;
-} kStatuses[] = {
-    {statusNoMemory, "statusNoMemory", "the driver has run out of memory", nullptr},
-    {statusExtendedError, "statusExtendedError", "", &DriverFunctions::GetExtendedError},
-    {statusOk, "statusOk", "", nullptr},
-    {statusNotOpened, "statusNotOpened", "the handle is not open", nullptr},
-    {statusInvalidFrame, "statusInvalidFrame", "a bad frame came from the device", nullptr},
-    {statusTimeout, "statusTimeout", "no reply in time", nullptr},
-    {statusInvalidMode, "statusInvalidMode", "the driver does not open for this", nullptr},
-    {statusReplyError, "statusReplyError", "", &DriverFunctions::GetReplyError},
+  bool isOfOpen;
+  bool isOfTransfer;
 };
+constexpr CStatus kStatuses[] = {
+    {statusNoMemory, "statusNoMemory", "the driver has run out of memory", nullptr, true, true},
+    {statusExtendedError, "statusExtendedError", "", &DriverFunctions::GetExtendedError, true, true},
+    {statusOk, "statusOk", "", nullptr, true, true},
+    {statusNotOpened, "statusNotOpened", "the handle is not open", nullptr, false, true},
+    {statusInvalidFrame, "statusInvalidFrame", "a bad frame came from the device", nullptr, false, true},
+    {statusTimeout, "statusTimeout", "no reply in time", nullptr, false, true},
+    {statusInvalidMode, "statusInvalidMode", "the driver does not open for this", nullptr, true, false},
+    {statusReplyError, "statusReplyError", "", &DriverFunctions::GetReplyError, true, true},
+};
+
+const CStatus* Find(int status) {
+  const auto row = std::ranges::find(kStatuses, status, &CStatus::status);
+  return row == std::end(kStatuses) ? nullptr : row;
+}
 
 }  // namespace
 
 CString StatusName(int status) {
-  for (const auto& row : kStatuses)
-    if (row.status == status) return row.name;
-  return "unknown status " + CString(std::to_string(status));
+  const CStatus* row = Find(status);
+  return row ? CString(row->name) : "unknown status " + CString(std::to_string(status));
 }
 
 CString StatusMeaning(int status) {
-  for (const auto& row : kStatuses)
-    if (row.status == status) return row.meaning;
-  return {};
+  const CStatus* row = Find(status);
+  return row ? row->meaning : "";
 }
 
-bool HasWords(int status) { return status == statusExtendedError || status == statusReplyError; }
+bool IsOpenStatus(int status) { return Find(status) && Find(status)->isOfOpen; }
+
+bool IsTransferStatus(int status) { return Find(status) && Find(status)->isOfTransfer; }
+
+bool HasWords(int status) { return Find(status) && Find(status)->words; }
 
 CDriverWords WordsFor(const DriverFunctions& table, int status) {
-  for (const auto& row : kStatuses)
-    if (row.status == status && row.words) return table.*row.words;
-  return nullptr;
+  return HasWords(status) ? table.*Find(status)->words : nullptr;
 }
 
 CDriverCalls::CDriverCalls(HMODULE module) : m_module(module) {
@@ -53,7 +63,7 @@ CDriverCalls::CDriverCalls(HMODULE module) : m_module(module) {
   GiveHost(module, nullptr);
 }
 
-// Calls function and asks for the words on its status at once.
+// Calls function, and then at once the function for the words on its status.
 template <class Function>
 CDriverReply CDriverCalls::Ask(const int& handle, const Function& function) const {
   using Clock = std::chrono::steady_clock;

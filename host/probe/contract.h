@@ -1,6 +1,5 @@
 // The test of the contract between a driver module and its host: a list of rules, tried one after the other
-// in a process of its own, so that a driver that crashes, ends its process or hangs takes nothing else with
-// it.
+// in a process of its own. A driver that crashes, ends its process or hangs does no harm to the host.
 #pragma once
 
 #include <chrono>
@@ -27,21 +26,21 @@ struct CFinding {
 
 struct CContractTest {
   CString path;                // of the module, absolute
-  DriverConfig config;         // with which it is opened
-  std::vector<float> values;   // what is written; none: nothing is
+  DriverConfig config;         // with which the driver is opened
+  std::vector<float> values;   // to write; empty: nothing is written
   std::chrono::seconds limit;  // the longest that a call may take
-  // Told while the test goes on: the facts, before the first finding, and a finding for each rule. False ends
-  // the test.
-  std::function<bool(const CDriverFacts&)> tellFacts;
-  std::function<bool(const CFinding&)> tellFinding;
+  // Called during the test: onFacts before the first finding, onFinding for each rule. False ends the test.
+  std::function<bool(const CDriverFacts&)> onFacts;
+  std::function<bool(const CFinding&)> onFinding;
 };
 
 struct CContractResult {
-  CString noDriver;  // why the module is none; nothing has been told then
+  CString noDriver;  // why the module is not a driver; nothing was called then
   CString end;  // how the driver ended its process or that it hung, and in which call; empty if it did not
-  bool isKept = true;
+  bool isStopped = false;  // onFacts or onFinding ended the test
 };
 
+// Throws std::system_error if the process cannot be started.
 CContractResult TestContract(const CContractTest& test);
 
 }  // namespace vastra

@@ -1,4 +1,4 @@
-#include "host/cli/driver_settings.h"
+#include "host/probe/driver_settings.h"
 
 #include <charconv>
 
@@ -10,7 +10,7 @@ namespace {
 
 using nlohmann::json;
 
-// Fields that are not the user's here, and whose they are.
+// Fields that the user cannot set here, and what sets them.
 constexpr struct {
   const char* field;
   const char* words;
@@ -25,13 +25,13 @@ const char* WhyNotSettable(const CString& field) {
 }
 
 template <class T>
-bool TakeNumber(std::string_view text, T& number) {
+bool ReadNumber(std::string_view text, T& number) {
   const char* const end = text.data() + text.size();
   const auto [rest, fault] = std::from_chars(text.data(), end, number);
   return fault == std::errc() && rest == end;
 }
 
-// The settings of a driver with their names, as a configuration has them.
+// The settings of a driver by their names in a configuration.
 CJson FieldsOf(CPlcNodeConfig& node) {
   CJsonWriter writer;
   writer.Write(node);
@@ -45,8 +45,8 @@ CString ListOf(const CJson& fields) {
   return list;
 }
 
-// Takes one setting into driver, which has what fields has.
-CString TakeSetting(const CString& setting, const CJson& fields, json& driver) {
+// Adds one setting to driver; fields has all fields of a driver.
+CString ReadSetting(const CString& setting, const CJson& fields, json& driver) {
   const int sign = setting.Find('=');
   if (sign < 1) return "is no FIELD=VALUE";
   const CString field = setting.Left(sign), value = setting.Mid(sign + 1);
@@ -55,19 +55,19 @@ CString TakeSetting(const CString& setting, const CJson& fields, json& driver) {
   if (const char* why = WhyNotSettable(field)) return field + " " + why;
   if (known->is_string()) return driver[field.Std()] = value.Std(), "";
   int number = 0;
-  if (!TakeNumber(value.View(), number)) return "must be a whole number from -2147483648 to 2147483647";
+  if (!ReadNumber(value.View(), number)) return "must be a whole number from -2147483648 to 2147483647";
   return driver[field.Std()] = number, "";
 }
 
 }  // namespace
 
-CString TakeSettings(const std::vector<CString>& settings, DriverConfig& config) {
+CString ReadSettings(const std::vector<CString>& settings, DriverConfig& config) {
   CPlcNodeConfig node;
   node.m_driver = config;
   const CJson fields = FieldsOf(node);
   json tree = {{"driver", json::object()}};
   for (const CString& setting : settings) {
-    const CString fault = TakeSetting(setting, fields, tree["driver"]);
+    const CString fault = ReadSetting(setting, fields, tree["driver"]);
     if (!fault.IsEmpty()) return setting + ": " + fault;
   }
   CJsonReader(tree, "").Read(node);
@@ -75,10 +75,10 @@ CString TakeSettings(const std::vector<CString>& settings, DriverConfig& config)
   return "";
 }
 
-bool TakeNumbers(const CString& list, std::vector<float>& numbers) {
+bool ReadNumbers(const CString& list, std::vector<float>& numbers) {
   for (std::string_view rest = list.View();;) {
     const std::size_t comma = std::min(rest.find(','), rest.size());
-    if (!TakeNumber(rest.substr(0, comma), numbers.emplace_back())) return false;
+    if (!ReadNumber(rest.substr(0, comma), numbers.emplace_back())) return false;
     if (comma == rest.size()) return true;
     rest.remove_prefix(comma + 1);
   }
