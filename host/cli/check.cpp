@@ -1,4 +1,5 @@
-// vastra check: the variables of each stage, worked out without contacting a PLC, or which stage refuses.
+// vastra check: lists the variables of each stage without contacting a PLC, or reports the stage that does
+// not open.
 #include "host/cli/command.h"
 #include "host/cli/console.h"
 #include "host/cli/load.h"
@@ -18,13 +19,13 @@
 namespace vastra {
 namespace {
 
-// What check finds, stage by stage.
+// The results of the check, stage by stage.
 class CFindings {
  public:
   explicit CFindings(const CString& subject) : m_subject(subject) {}
 
-  // key is that of a stage, or of one entry of its list; name is what the user calls the entry. The variables
-  // are taken by name from known ones.
+  // key: of a stage or of an entry of its list. name: of the entry, by the user. known: the names that
+  // variables can use.
   void List(const CString& key, const CString& name, const CStringArray& variables,
             const CStringArray& known) {
     m_lines.push_back(key.Std() + (name.IsEmpty() ? "" : " \"" + name.Std() + "\"") + ": " +
@@ -46,8 +47,8 @@ class CFindings {
   EExit m_status = kDone;
 };
 
-// Opens a stage with config for real: that alone tells whether it would. Closing it then tells only that
-// nothing was logged.
+// Opens a stage with config: no other check is complete. The messages of the Close, that nothing was logged,
+// are not shown.
 template <class Stage, class Config>
 int Opens(const Config& config, CStringArray names, CHostConsole& console) {
   Stage stage;
@@ -59,7 +60,7 @@ int Opens(const Config& config, CStringArray names, CHostConsole& console) {
   return opened;
 }
 
-// What equations can give out on samples of names.
+// names, and the names that equations assign.
 CStringArray WithAssigned(CStringArray names, const CStringArray& equations) {
   for (const CString& equation : equations) {
     CString assigned;

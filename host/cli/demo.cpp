@@ -1,4 +1,4 @@
-// vastra demo: logs from the simulator, to show what comes out and to leave a configuration to start from.
+// vastra demo: logs from the simulator and writes a configuration to start from.
 #include "host/common/demo.h"
 #include "host/cli/command.h"
 #include "host/cli/progress.h"

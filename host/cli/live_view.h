@@ -1,4 +1,4 @@
-// CLiveView: the newest sample of a run, live. On a terminal a table with a row for each variable: its name,
+// CLiveView: shows the newest sample of a run. On a terminal a table with a row for each variable: its name,
 // its value, a spark line of its last values. Elsewhere a line a second.
 #pragma once
 
@@ -40,8 +40,8 @@ class CLiveView : public CSessionView {
   std::vector<CRow> m_rows;
   std::uint64_t m_read = 0;  // samples so far
   CLogSample m_sample;       // the newest one
-  bool m_shown;              // it has been shown; before the first one, on a terminal, that there is none yet
-  EExit m_status = kDone;    // of standard output: when it fails it has been told, and the run goes on
+  bool m_shown;              // the present sample, or that there is none yet, has been shown
+  EExit m_status = kDone;    // of standard output; after an error, which has been reported, the run continues
 };
 
 }  // namespace vastra

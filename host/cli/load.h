@@ -1,4 +1,4 @@
-// How commands read the configuration that they are given.
+// Reads the configuration that is the argument of a command.
 #pragma once
 
 #include "host/cli/arguments.h"
@@ -7,7 +7,7 @@
 
 namespace vastra {
 
-// kDone, or kRefused after telling why; configuration is then as it was.
+// Returns kDone, or kRefused after an error message; then configuration does not change.
 EExit Load(const CFileArgument& file, CConfiguration& configuration);
 
 }  // namespace vastra

@@ -6,7 +6,7 @@
 namespace vastra {
 namespace {
 
-using Number = unsigned long long;  // as printf knows it
+using Number = unsigned long long;  // for printf
 
 CString BarOf(const CRunCounts& counts) {
   CString bar;

@@ -1,4 +1,4 @@
-// CProgress: the status line of a run: a bar for a replay, the counts for live input, and how much is not on
+// CProgress: the status line of a run: a bar for a replay, the counts, and how many samples are not on
 // disk yet.
 #pragma once
 
@@ -10,7 +10,7 @@ namespace vastra {
 class CProgress : public CSessionView {
  public:
   void Counted(const CRunCounts& counts) override { m_counts = counts; }
-  // Draws the present state, at most ten times a second.
+  // Draws the counts, at most ten times a second.
   CScanLoop::Time Show() override;
   EExit End() override;
 

@@ -1,4 +1,4 @@
-// vastra run: runs a configuration until a replay ends, a number of scans was made or a signal comes.
+// vastra run: runs a configuration until a replay ends, a number of scans is reached or a signal arrives.
 #include "host/cli/command.h"
 #include "host/cli/json_output.h"
 #include "host/cli/progress.h"

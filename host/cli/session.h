@@ -15,12 +15,12 @@ constexpr std::int64_t kLongestPeriod = UINT32_MAX;  // milliseconds
 struct CSessionOptions {
   bool threaded = false;
   std::int64_t scans = -1;       // below 0: no limit
-  CScanLoop::Period period{-1};  // below 0: the configuration's
+  CScanLoop::Period period{-1};  // below 0: that of the configuration
   EVerbosity verbosity = EVerbosity::normal;
   UINT node = 0;  // number of this computer on the net of PLCs
 };
 
-// What the user sees of a run while it goes on.
+// What the user sees during a run.
 class CSessionView : public CRunObserver {
  public:
   // Called before the stages open, with the names of the samples; not called if they cannot be worked out:
@@ -36,7 +36,7 @@ class CSessionView : public CRunObserver {
 
 struct CSessionResult {
   CScanCounts counts;
-  std::vector<std::string> files;  // written and still there, absolute paths in byte order
+  std::vector<std::string> files;  // written and still existing, absolute paths in byte order
 };
 
 // Prints the warnings.
@@ -46,7 +46,7 @@ void PrintWarnings(const CString& subject, const std::vector<CString>& warnings)
 EExit PrintEquationFaults(const CString& subject, const std::vector<CEquationFinding>& faults);
 
 // Runs configuration until its end or a signal. kDone, with result; kRefused; kFailed if a stage did not
-// open; or what view returns. What is wrong has been printed.
+// open; or the result of view. Errors have been printed.
 EExit RunSession(const CString& subject, const CConfiguration& configuration, const CSessionOptions& options,
                  CSessionView& view, CSessionResult& result);
 

@@ -1,4 +1,4 @@
-// vastra watch: run, with the newest sample live on standard output.
+// vastra watch: like run, with the newest sample on standard output.
 #include "host/cli/command.h"
 #include "host/cli/live_view.h"
 #include "host/cli/run_arguments.h"
@@ -7,7 +7,7 @@
 namespace vastra {
 namespace {
 
-// The names between the commas of lists.
+// Splits lists at their commas.
 CStringArray NamesIn(const std::vector<CString>& lists) {
   CStringArray names;
   for (CString list : lists) {

@@ -1,5 +1,5 @@
-// CConfiguration: all that a host stores for a logger, an object for each stage. It has two forms on disk,
-// the configuration file and JSON; configuration_file.h reads and writes either.
+// CConfiguration: the settings that a host stores for a logger, one object for each stage. It has two forms
+// on disk, the configuration file and JSON; configuration_file.h reads and writes both.
 #pragma once
 
 #include "vastra/config/input_config.h"
@@ -15,7 +15,7 @@ namespace vastra {
 class CConfiguration {
  public:
   void Fields(CFieldWalk& walk);
-  // The text report of all blocks, in file order, into file; a CFileException of it passes through.
+  // Writes the text report of all blocks, in file order, to file. Throws the CFileException of file.
   void Report(CFile& file);
 
   UINT m_version = kVersionNewest;  // of the configuration file

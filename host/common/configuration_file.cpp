@@ -35,7 +35,7 @@ CString Load(CArchive& ar, CConfiguration& fresh) {
   CArchiveWalk walk(ar, fresh.m_version);
   fresh.Fields(walk);
   if (const std::uint64_t rest = ar.Remaining())
-    fault.Format("bytes behind the end: %llu", static_cast<unsigned long long>(rest));
+    fault.Format("%llu extra bytes after the end", static_cast<unsigned long long>(rest));
   return fault;
 }
 
@@ -49,7 +49,7 @@ CString LoadBytes(std::string bytes, CConfiguration& fresh) {
   }
 }
 
-// JSON text has an object or, wrongly, an array at its head, behind white space and the mark of UTF-8.
+// JSON text begins with an object or, wrongly, an array, after a BOM and white space.
 bool IsJson(std::string_view bytes) {
   if (bytes.starts_with("\xEF\xBB\xBF")) bytes.remove_prefix(3);
   const std::size_t head = bytes.find_first_not_of(" \t\r\n");

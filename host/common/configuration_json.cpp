@@ -7,7 +7,7 @@
 namespace vastra {
 namespace {
 
-// The whole text: the version, which the configuration file has in its head, and the blocks.
+// The JSON object of a configuration: its version and the blocks.
 struct CDocument {
   CConfiguration& m_configuration;
 
@@ -25,11 +25,11 @@ CJson ToJson(CConfiguration& configuration) {
   return writer.Take();
 }
 
-// Null is what the writer makes of a number that has no JSON form.
+// The writer writes null for a number that has no JSON form.
 const char* FaultOf(const CJson& value) {
   if (value.is_null()) return "a NaN with bits of its own has no JSON form";
   if (value.is_string() && !IsJsonText(value))
-    return "a text that is no UTF-8 or holds U+0000 has no JSON form";
+    return "a string that is not UTF-8 or has U+0000 has no JSON form";
   return nullptr;
 }
 
@@ -65,7 +65,8 @@ CStringArray DifferentKeys(CConfiguration& a, CConfiguration& b) {
   return paths;
 }
 
-// A number that has no JSON form tells nothing there, and a stream lacks some fields.
+// Neither form alone is enough: JSON writes each NaN with a payload as null, and the configuration file lacks
+// some settings.
 bool IsSame(CConfiguration& a, CConfiguration& b) {
   return ToJson(a) == ToJson(b) && StoreConfiguration(a) == StoreConfiguration(b);
 }

@@ -11,7 +11,7 @@
 namespace vastra {
 namespace {
 
-// Of the outputs and summaries, beside the configuration.
+// Of the outputs and summaries, in the folder of the configuration.
 constexpr const char* kFolders[] = {"all", "batches", "means"};
 
 std::string ReadBytes(const CString& path) {
@@ -88,7 +88,7 @@ CString MakeDemoFolders(const CString& folder) {
   return {};
 }
 
-// What the user has made of the file of an earlier demo stays.
+// A file that the user has changed is not overwritten.
 CString SaveDemo(const CString& path, bool& isChanged) {
   isChanged = false;
   if (FileExists(path)) {

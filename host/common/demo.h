@@ -10,10 +10,10 @@ extern const char* const kDemoConfiguration;  // JSON; its paths are relative
 
 constexpr const char* kDemoFile = "demo.json";
 
-// Makes folder and those of the logs in it. Gives one line that says what is wrong, or an empty text.
+// Makes folder and the log folders in it. Returns an error message of one line, or an empty string.
 CString MakeDemoFolders(const CString& folder);
-// Writes the configuration to path. A file that is there already stays; isChanged then says that it is no
-// longer what an earlier demo has written. As MakeDemoFolders.
+// Writes the configuration to path, unless the file exists; isChanged then says whether it differs from what
+// the demo writes. Returns the same as MakeDemoFolders.
 CString SaveDemo(const CString& path, bool& isChanged);
 
 }  // namespace vastra

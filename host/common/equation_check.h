@@ -1,5 +1,5 @@
 // Compiles the equations of a configuration before its stages open, so that a user learns which statement is
-// wrong: a link that does not open names no statement.
+// wrong: the message of a link that does not open does not name the statement.
 #pragma once
 
 #include <vector>

@@ -10,9 +10,9 @@ using nlohmann::json;
 constexpr std::size_t kMaxDepth = 32;
 constexpr std::size_t kMaxValues = 1'000'000;  // a tree of some hundred MB at most
 constexpr std::size_t kMaxShown = 60;
-constexpr int kNumberOverflow = 406;  // the library's number for it
+constexpr int kNumberOverflow = 406;  // the code of the JSON library
 
-// Builds the tree, and refuses while doing so. The library calls it for each token.
+// Builds the tree and checks it at the same time. The JSON library calls it for each token.
 class CTreeBuilder final : public json::json_sax_t {
  public:
   explicit CTreeBuilder(json& root) : m_root(root) {}
@@ -22,7 +22,7 @@ class CTreeBuilder final : public json::json_sax_t {
   bool number_integer(json::number_integer_t value) override { return Put(value); }
   bool number_unsigned(json::number_unsigned_t value) override { return Put(value); }
   bool number_float(json::number_float_t value, const json::string_t&) override { return Put(value); }
-  bool binary(json::binary_t&) override { return false; }  // stands in no text
+  bool binary(json::binary_t&) override { return false; }  // does not occur in text
   bool string(json::string_t& value) override {
     RefuseNul(value);
     return Put(std::move(value));
@@ -35,7 +35,7 @@ class CTreeBuilder final : public json::json_sax_t {
     CLevel& level = m_levels.back();
     level.m_key = key;
     RefuseNul(key);
-    if (level.m_node->contains(key)) throw CJsonFault(Path(), "stands twice");
+    if (level.m_node->contains(key)) throw CJsonFault(Path(), "is a duplicate key");
     return true;
   }
   bool parse_error(std::size_t, const std::string&, const json::exception& fault) override {
@@ -48,7 +48,7 @@ class CTreeBuilder final : public json::json_sax_t {
  private:
   struct CLevel {
     json* m_node;
-    std::string m_key;  // of the member that comes next or is open
+    std::string m_key;  // of the next or present member
   };
 
   void RefuseNul(const std::string& text) const {
@@ -71,7 +71,7 @@ class CTreeBuilder final : public json::json_sax_t {
   }
   bool Close() { return m_levels.pop_back(), true; }
 
-  // Of the value that comes next.
+  // Of the next value.
   CString Path() const {
     CString path;
     for (const CLevel& level : m_levels) {
@@ -99,7 +99,7 @@ void AddLeaves(const CJson& node, const CString& path, std::vector<CJsonLeaf>& l
 
 }  // namespace
 
-// A key may be anything; its message is one short line all the same.
+// A key can be any string; the message is one short line.
 CString MemberPath(const CString& object, std::string_view key) {
   std::string shown = Printable(key.substr(0, kMaxShown));
   if (key.size() > kMaxShown) shown += "...";

@@ -1,5 +1,5 @@
-// JSON text in and out: what the JSON library does not say or forbid by itself. A value is named by its path,
-// as in "outputs[1].maxLogs".
+// Reading and writing JSON text, with errors and limits that the JSON library does not have. An error names a
+// value by its path, as in "outputs[1].maxLogs".
 #pragma once
 
 #include <nlohmann/json.hpp>
@@ -10,12 +10,12 @@
 
 namespace vastra {
 
-using CJson = nlohmann::ordered_json;  // what is written keeps its order
+using CJson = nlohmann::ordered_json;  // keys are written in the order of the fields
 
-// What is wrong with a JSON text, thrown by its readers.
+// An error in a JSON text, thrown by its readers.
 class CJsonFault {
  public:
-  // path is empty for the text as a whole.
+  // path is empty if the error concerns the whole text.
   CJsonFault(const CString& path, const CString& words)
       : m_text(path.IsEmpty() ? words : path + ": " + words) {}
   const CString& Text() const { return m_text; }
@@ -27,14 +27,14 @@ class CJsonFault {
 CString MemberPath(const CString& object, std::string_view key);
 CString ElementPath(const CString& array, std::size_t index);
 
-// Throws CJsonFault for what is no JSON or no UTF-8, for a key that stands twice in its object, for U+0000 in
-// a text and for values that are nested deeper than any of ours.
+// Throws CJsonFault for text that is not JSON or not UTF-8, for a duplicate key, for U+0000 in a string, for
+// too many values and for values that are nested too deeply.
 nlohmann::json ParseJson(std::string_view text);
 
-// Whether ParseJson would take the text value back.
+// Whether ParseJson accepts the string value.
 bool IsJsonText(const CJson& value);
 
-// The values of a tree that are neither object nor array, in their order.
+// The values of a tree that are neither object nor array, in order.
 struct CJsonLeaf {
   CString m_path;
   const CJson* m_value;

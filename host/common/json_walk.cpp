@@ -14,7 +14,7 @@ namespace {
 using nlohmann::json;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kFloatEnd = 0x1.ffffffp127;  // from here on a number rounds to infinity
+constexpr double kFloatEnd = 0x1.ffffffp127;  // numbers from here on round to infinity
 
 constexpr const char* kNeedsFloat = "must be a number within the range of a float";
 constexpr const char* kNeedsText = "must be a text";
@@ -22,11 +22,11 @@ constexpr const char* kNeedsTexts = "must be an array of texts";
 constexpr const char* kNeedsObject = "must be an object";
 constexpr const char* kNeedsObjects = "must be an array of objects";
 
-// An empty object in a text of three bytes makes one of some hundred in memory.
+// An empty object takes three bytes of text and some hundred bytes of memory.
 constexpr std::size_t kMaxObjects = 100'000;
 constexpr const char* kTooManyObjects = "has more than 100000 entries";
 
-// Floats that JSON has no number for.
+// Floats that are not JSON numbers.
 struct CSpecial {
   const char* text;
   float value;
@@ -38,7 +38,7 @@ constexpr CSpecial kSpecials[] = {{"inf", std::numeric_limits<float>::infinity()
 const json kNoObject = json::object();
 const json kNoArray = json::array();
 
-// The shortest decimal text that is this float and no other, as the double that prints so.
+// The double whose shortest decimal text is that of this float: it reads back to the same float.
 double Shortest(float number) {
   char digits[64];
   const auto end = std::to_chars(digits, digits + sizeof digits, number);
@@ -58,7 +58,7 @@ void CJsonReader::Push(const json& object, const CString& path) {
   m_levels.push_back({&object, path, {}, 0});
 }
 
-// The value of a field, or null if the open object lacks it.
+// The value of a field, or null if the present object does not have it.
 const json* CJsonReader::Find(const char* name) {
   CLevel& level = m_levels.back();
   level.m_known.push_back(name);

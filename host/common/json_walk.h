@@ -1,4 +1,4 @@
-// The walks over the named fields of an object in JSON. Keys are the names of the fields.
+// The visitors that read and write the named fields of an object as JSON. Keys are the names of the fields.
 #pragma once
 
 #include "host/common/json_text.h"
@@ -6,11 +6,11 @@
 
 namespace vastra {
 
-// Reads a tree. A field that the tree lacks stays as it is. Throws CJsonFault, with the path of the key, for
-// a key that no field has asked for, a wrong type and a number out of range.
+// Reads a tree. A field without a key in the tree does not change. Throws CJsonFault, with the path of the
+// key, for a key without a field, a wrong type and a number out of range.
 class CJsonReader : public CFieldWalk {
  public:
-  // Relative paths are taken from folder. root outlives the reader.
+  // Relative paths are relative to folder. root must exist as long as the reader.
   CJsonReader(const nlohmann::json& root, const CString& folder);
 
   template <class T>
@@ -41,7 +41,7 @@ class CJsonReader : public CFieldWalk {
  private:
   struct CRange {
     double low, high;
-    const char* words;  // for a value outside
+    const char* words;  // the error for a value outside
   };
   static constexpr CRange kInt = {-2147483648.0, 2147483647.0,
                                   "must be a whole number from -2147483648 to 2147483647"};
@@ -49,10 +49,10 @@ class CJsonReader : public CFieldWalk {
   static constexpr CRange kFlag = {-2147483648.0, 4294967295.0,
                                    "must be a whole number of 32 bits, true or false"};
 
-  struct CLevel {  // an object or a list that is open
+  struct CLevel {  // an object or a list that is being read
     const nlohmann::json* m_node;
     CString m_path;
-    std::vector<std::string_view> m_known;  // keys that the fields of the object have asked for
+    std::vector<std::string_view> m_known;  // keys that belong to fields
     std::size_t m_next;                     // element of the list
   };
 
@@ -67,7 +67,8 @@ class CJsonReader : public CFieldWalk {
   std::vector<CLevel> m_levels;
 };
 
-// Makes a tree. Texts go into it as they are, UTF-8 or not; a number that has no JSON form becomes null.
+// Makes a tree. Strings are copied unchanged, also if they are not UTF-8; a number without a JSON form
+// becomes null.
 class CJsonWriter : public CFieldWalk {
  public:
   CJsonWriter() : CFieldWalk(Form::named, false, kAllVersions), m_root(CJson::object()), m_levels{&m_root} {}
@@ -98,7 +99,7 @@ class CJsonWriter : public CFieldWalk {
   void Texts(const char* name, const List& texts);
 
   CJson m_root;
-  std::vector<CJson*> m_levels;  // the objects and lists that are open
+  std::vector<CJson*> m_levels;  // the objects and lists that are being written
 };
 
 }  // namespace vastra

@@ -1,4 +1,4 @@
-// How lines for the user name the entries of a configuration.
+// How messages name the entries of a configuration.
 #pragma once
 
 #include "vastra/platform/string.h"

@@ -1,4 +1,4 @@
-// Where a configuration writes its logs, outputs and summaries alike.
+// The folders to which the outputs and summaries of a configuration write.
 #pragma once
 
 #include <span>
@@ -13,10 +13,10 @@ struct CLogPlace {
   CString key;  // such as "outputs[1]"
   CString directory;
   UINT maxLogs;
-  const char* maxLogsName;  // the field's
+  const char* maxLogsName;  // name of the field
   UINT maxSamples;
-  const CStringArray& enableEquations;  // the configuration's
-  std::span<const char* const> flags;   // what these must assign for anything to be written
+  const CStringArray& enableEquations;  // of the configuration
+  std::span<const char* const> flags;   // flags that must be assigned, or nothing is written
 };
 
 std::vector<CLogPlace> FindLogPlaces(const CConfiguration& configuration);

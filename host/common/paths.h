@@ -5,10 +5,10 @@
 
 namespace vastra {
 
-// A relative path, taken from folder and without "." parts; ".." takes the part before it away unless that is
-// a symbolic link. An empty path and an absolute one come back as they are.
+// Makes a relative path absolute, relative to folder, and removes "." parts. ".." removes the part before it,
+// unless that is a symbolic link. An empty or absolute path is returned unchanged.
 CString MakeAbsolute(const CString& folder, const CString& path);
-// The same, taken from the current directory of the process.
+// The same, relative to the current directory of the process.
 CString MakeAbsolute(const CString& path);
 
 }  // namespace vastra

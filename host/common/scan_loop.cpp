@@ -53,7 +53,7 @@ EStage CScanLoop::OpenStages() {
   return OpenTrend(inputNames) ? EStage::none : EStage::trend;
 }
 
-// Gives names the smart output variables, too.
+// Adds the smart output variables to names.
 int CScanLoop::OpenSmart(CStringArray& names) {
   CStringArray before = names;
   if (!m_smart.Open(before) || !m_smart.GetVarNames(names)) return 0;
@@ -88,7 +88,7 @@ void CScanLoop::HaveRead(bool succeeded) {
     EndScan(false);
 }
 
-// A stage that refuses a sample does not keep it from the stages behind it.
+// The later stages get a sample that a stage refuses.
 void CScanLoop::Distribute() {
   CLogSample* const sample = m_usesSmart ? PassSmart() : &m_sample;
   if (!sample) return Finish();
@@ -97,8 +97,8 @@ void CScanLoop::Distribute() {
   StartWrite(*sample);
 }
 
-// Gives the sample with the smart output variables, or null if there is none: what the stage would give then
-// is an earlier one.
+// Returns the sample with the smart output variables. Null if the stage refuses the sample: it would return
+// an earlier one.
 CLogSample* CScanLoop::PassSmart() {
   if (m_smart.Write(m_sample)) {
     if (m_options.logic) m_options.logic->Run(m_smart, m_sample.m_time);
@@ -145,7 +145,7 @@ void CScanLoop::Schedule(bool succeeded) {
   m_due += missed * m_options.period;
 }
 
-// A worker that is under way does not look at the switch: its write is finished.
+// A worker that has started finishes its write.
 bool CScanLoop::DisableWriting(bool disable) {
   m_plcWrite.GetOptions()->m_disableWriting = disable;
   return disable || m_openedToWrite;

@@ -1,6 +1,6 @@
 // CScanLoop: the loop of a host over the stages, cut into steps. It opens the stages, says when the next scan
-// is due, makes one scan when told to, and closes the stages in the order in which they were opened. It never
-// waits itself: a command line host sleeps between the steps, a desktop lets its event loop pace them.
+// is due, makes one scan at each Step, and closes the stages in the order in which they were opened. It never
+// waits: a command line host sleeps between the steps, a desktop host uses its event loop.
 //
 //   loop.Start();
 //   while (loop.IsRunning()) {
@@ -8,8 +8,8 @@
 //     else wait until loop.NextDue(), then loop.Step();
 //   }                      // loop.Stop() at any time, then go on until IsRunning is false
 //
-// The scans lie on a fixed raster of the period from the start on, on a monotonic clock, so that they do not
-// drift. A scan that comes due while another is under way is skipped and counted as late.
+// Scans are due at fixed intervals from the start on, by a monotonic clock, so that they do not drift. A scan
+// that becomes due during another one is skipped and counted as late.
 #pragma once
 
 #include <chrono>
@@ -32,10 +32,10 @@ enum class EStage { none, input, smart, outputs, summaries, plcWrite, trend };
 // The key of a stage in a configuration.
 const char* KeyOf(EStage stage);
 
-// What became of the scans so far.
+// The results of the scans so far.
 struct CScanCounts {
   std::uint64_t read = 0;         // samples
-  std::uint64_t failedReads = 0;  // the read that finds the end of a replay is none
+  std::uint64_t failedReads = 0;  // without the read that finds the end of a replay
   std::uint64_t late = 0;
   struct {  // samples that a stage refused
     std::uint64_t smart = 0, outputs = 0, summaries = 0, plcWrite = 0, trend = 0;
@@ -56,9 +56,9 @@ class CScanLoop {
     HWND target = nullptr;          // where workers post their messages, which the host hands to Notify
     UINT node = 0;                  // number of this computer on the net of PLCs
     CTrendConfig* trend = nullptr;  // settings that the trending stage shares; null: those of configuration
-    CLogListener *outputs = nullptr, *summaries = nullptr;  // hear of the log files of these stages
-    CSmartLogic* logic = nullptr;  // the host's, which outlives the loop; null: nothing runs between the two
-                                   // sides of the smart stage
+    CLogListener *outputs = nullptr, *summaries = nullptr;  // of these stages
+    CSmartLogic* logic = nullptr;  // between the two sides of the smart stage; must exist as long as the
+                                   // loop; null: none
     // Called at the end of each scan that read a sample, for views.
     std::function<void(CLogTrendings&)> refresh;
     // Called when the last scan is done and the stages are about to close.
@@ -66,9 +66,9 @@ class CScanLoop {
     std::function<Time()> now = std::chrono::steady_clock::now;
   };
 
-  // How long the loop rests after a failed read where nothing else paces it.
+  // Pause after a failed read if the period is 0.
   static constexpr Period kRest{100};
-  // The messages of the workers.
+  // The IDs of the messages of the workers.
   static constexpr UINT messageRead = 1;
   static constexpr UINT messageWritten = 2;
 
@@ -81,22 +81,22 @@ class CScanLoop {
 
   bool IsRunning() const { return m_state != EState::closed; }
   bool IsPending() const { return m_state == EState::reading || m_state == EState::writing; }
-  // When the next scan is due, or has been; only while running and not pending.
+  // When the next scan is due; can be in the past. Only while running and not pending.
   Time NextDue() const { return m_due; }
 
-  // Makes a scan: the whole of it, or up to the start of its worker.
+  // Makes a scan: the whole scan, or its part before the worker starts.
   void Step();
-  // Takes the message of a worker and goes on with its scan; a message that nobody waits for is dropped.
+  // Continues the scan with the message of its worker. An unexpected message is dropped.
   void Notify(UINT message, WPARAM result);
-  // Turns the writing to PLCs off or on from the next scan on; not from the thread of a worker. False: the
-  // stage was opened without its nodes, since writing was off, and writes when it is opened anew.
+  // Switches the writing to PLCs off or on from the next scan on; not from the thread of a worker. False: the
+  // stage was opened without its nodes, since writing was off, and writes after the next start.
   bool DisableWriting(bool disable);
-  // Ends the loop: at once, or when the worker under way has reported.
+  // Ends the loop: at once, or when the present worker has reported.
   void Stop();
 
   const CScanCounts& Counts() const { return m_counts; }
   const CLogInput& Input() const { return m_input; }
-  // The stages that views stand on; their settings may be changed in between the steps.
+  // The stages that views use; their settings can be changed between the steps.
   CLogInput& Input() { return m_input; }
   CLogTrendings& Trend() { return m_trend; }
   const CLogMultiOutput& Outputs() const { return m_outputs; }
@@ -126,8 +126,8 @@ class CScanLoop {
   CLogTrendings m_trend;
   bool m_usesSmart;
   bool m_openedToWrite = false;
-  CLogSample m_sample;       // as the input gave it
-  CLogSample m_smartSample;  // the same with the smart output variables behind it
+  CLogSample m_sample;       // of the input
+  CLogSample m_smartSample;  // the same and the smart output variables
   EState m_state = EState::closed;
   bool m_stopping = false;
   EStage m_failedStage = EStage::none;

@@ -1,5 +1,5 @@
-// Texts of users, files and drivers as a screen can show them. Each host passes all text that it shows
-// through Printable or PrintableLines, so that no text can control a terminal.
+// Strings of users, files and drivers, made safe for a screen. Each host passes everything that it shows
+// through Printable or PrintableLines, so that no string can control a terminal.
 #pragma once
 
 #include <string>
@@ -14,9 +14,9 @@ inline bool IsInsideCharacter(char c) { return (static_cast<unsigned char>(c) & 
 std::size_t WidthOf(std::string_view text);
 
 // One line: text with "?" for each control character (U+0000 to U+001F except the tab, U+007F to U+009F).
-// Other bytes stay, also those that are not UTF-8.
+// Other bytes do not change, also those that are not UTF-8.
 std::string Printable(std::string_view text);
-// Several lines: line feeds stay, and a carriage return before a line feed is removed.
+// Several lines: line feeds are kept, and a carriage return before a line feed is removed.
 std::string PrintableLines(std::string_view text);
 
 // A place in a text, for an error message: the line of the text around the place, cut to what a screen line

@@ -1,5 +1,5 @@
-// CSmartLogic: the host's own logic, which reads variables of the smart stage and writes others at each scan:
-// a controller, an optimiser, a model of the plant.
+// CSmartLogic: logic of the host that reads variables of the smart stage and writes others at each scan, such
+// as a controller, an optimiser or a model of the plant.
 #pragma once
 
 #include "vastra/stages/log_smart.h"
@@ -13,10 +13,10 @@ class CSmartLogic {
   CSmartLogic& operator=(const CSmartLogic&) = delete;
   virtual ~CSmartLogic() = default;
 
-  // Called once, when smart has opened: the place to look up the indexes of variables. 0: the logic lacks
-  // something, and the run does not start.
+  // Called once, after smart has opened, to look up the indexes of variables. 0: a variable is missing, and
+  // the run does not start.
   virtual int Open(CLogSmart& smart) = 0;
-  // Called once a scan, between the two sides of smart. time is that of the sample.
+  // Called once a scan, between the two sides of smart. time: of the sample.
   virtual void Run(CLogSmart& smart, const _timeb& time) = 0;
 };
 

@@ -12,7 +12,7 @@
 namespace vastra {
 namespace {
 
-// The directory itself, by whatever path it is reached.
+// The canonical path of directory.
 std::filesystem::path Place(const CString& directory) {
   std::error_code failed;
   const std::filesystem::path given(directory.IsEmpty() ? "." : directory.Std());
@@ -35,7 +35,7 @@ void AddPlaces(const CConfiguration& configuration, std::vector<CString>& warnin
   }
 }
 
-// A rule for a variable that the node does not have is passed over without a word.
+// The scaler ignores a rule for a variable that the node does not have, without a message.
 void AddRules(const CString& key, const CPlcNodeConfig& node, std::vector<CString>& warnings) {
   int index = 0;
   for (const CScalerConfigNode& rule : node.m_scaler.m_nodes) {
@@ -45,7 +45,7 @@ void AddRules(const CString& key, const CPlcNodeConfig& node, std::vector<CStrin
   }
 }
 
-// So is a node with an unknown driver.
+// The input stage leaves out a node with an unknown driver, without a message.
 void AddNodes(const CInputConfig& input, std::vector<CString>& warnings) {
   int index = 0;
   for (const CPlcNodeConfig* node : input.m_plcNodes) {
@@ -71,7 +71,7 @@ bool Assigns(const CStringArray& equations, const char* name) {
   });
 }
 
-// A flag that neither an equation nor the sample gives is 0 for good.
+// A flag that neither an equation nor the sample sets is always 0.
 void AddFlags(const CConfiguration& configuration, const CStringArray& names,
               std::vector<CString>& warnings) {
   for (const CLogPlace& place : FindLogPlaces(configuration))
@@ -81,8 +81,7 @@ void AddFlags(const CConfiguration& configuration, const CStringArray& names,
                            ": nothing is ever written");
 }
 
-// The list is the host's; one that was stored for other names tells of a configuration that was changed
-// since.
+// The host sets the list; a stored list with other names comes from an earlier state of the configuration.
 void AddBaseVars(const CStringArray& stored, const CStringArray& input, std::vector<CString>& warnings) {
   if (!stored.IsEmpty() && !(stored == input))
     warnings.push_back("trend.baseVars: differ from the variables of the input, which are used");

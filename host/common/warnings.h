@@ -1,4 +1,4 @@
-// What the settings of a configuration allow and a user has hardly meant.
+// Settings that are valid but probably not intended.
 #pragma once
 
 #include <vector>
@@ -7,7 +7,7 @@
 
 namespace vastra {
 
-// One line for each, with the path of its key in front, such as "outputs[1].maxLogs: ...".
+// A line for each, which begins with the path of its key, such as "outputs[1].maxLogs: ...".
 std::vector<CString> FindWarnings(const CConfiguration& configuration, const CStageNames& names);
 
 }  // namespace vastra

@@ -1,6 +1,5 @@
-// CConfigurationSheet: the sheet in which the user edits a configuration, a page for each part of it. It
-// works on copies: a CConfiguration goes in and comes out, and of that nothing but what the pages show is
-// touched.
+// CConfigurationSheet: the sheet in which the user edits a configuration, with a page for each part. It
+// works on copies. GetConfiguration changes only the settings that the pages show.
 #pragma once
 
 #include "host/common/configuration.h"
@@ -18,8 +17,8 @@ class CConfigurationSheet : public CPropertySheet {
   CConfigurationSheet(const CConfiguration& configuration, std::function<void()> applied);
 
   void GetConfiguration(CConfiguration& configuration) const;
-  // The settings of the trending stage: the input page checks their equations, and empties them where the
-  // user says so. They are given anew when other stages are made.
+  // The settings of the trending stage. The input page checks their equations and empties them if the user
+  // agrees. trend must exist as long as the sheet.
   void SetTrend(CTrendConfig* trend) { m_input.m_pTrendOptions = trend; }
 
  protected:

@@ -23,7 +23,7 @@ CString SaveAsJson(const CString& path, CConfiguration& configuration) {
   }
 }
 
-// The folders that logs go to.
+// Calls action with each log folder.
 template <class ACTION>
 void ForEachDirectory(CConfiguration& configuration, ACTION action) {
   for (COutputConfig* output : configuration.m_outputs.m_outputs) action(output->m_directory);
@@ -36,7 +36,7 @@ CStringArray Directories(CConfiguration& configuration) {
   return directories;
 }
 
-// What a line is about: the words behind it name the version.
+// The key in a line of LostInFile; the rest of the line names the version.
 CString KeyOf(const CString& line) { return line.Left(line.Find(':')); }
 
 CStringArray KeysOf(CStringArray lines) {

@@ -1,4 +1,4 @@
-// CDocument: the configuration that the desktop works on, and the file it came from.
+// CDocument: the configuration that the desktop edits and runs, and its file.
 #pragma once
 
 #include "host/common/configuration.h"
@@ -10,34 +10,36 @@ class CDocument {
  public:
   CDocument();
 
-  // Begins an empty configuration, which has no file yet.
+  // Starts an empty configuration without a file.
   void New();
-  // Reads either form of a configuration: an empty text, or one line that says what is wrong, with the path
-  // in front; the document is then as it was.
+  // Reads either form of a configuration. Returns an empty string, or an error message that begins with the
+  // path; then the document does not change.
   CString Open(const CString& path);
-  // Writes it: a path that ends with ".json" gets JSON, any other the configuration file. As Open.
+  // Writes the configuration: as JSON to a path that ends with ".json", otherwise as a configuration file.
+  // Returns the same as Open.
   CString Save(const CString& path);
 
-  // A line for each setting that the file at Path does not hold, since its form has no place for it.
+  // A line for each setting that the form of the file at Path cannot hold.
   CStringArray Lost();
-  // A line for each setting that a file at path would not hold, but would in the newest version; then
-  // UseNewestVersion makes it that of the document.
+  // A line for each setting that a file at path cannot hold in the version of the document, but can in the
+  // newest version. UseNewestVersion changes the document to that version.
   CStringArray LostToVersion(const CString& path);
   void UseNewestVersion() { m_configuration.m_version = kVersionNewest; }
 
   bool IsOpen() const { return m_open; }
-  const CString& Path() const { return m_path; }  // empty: it has no file yet
+  const CString& Path() const { return m_path; }  // empty: no file yet
   CString Title() const { return m_path.IsEmpty() ? "Untitled" : m_path; }
   CConfiguration& Configuration() { return m_configuration; }
   bool IsChanged() const { return m_changed; }
 
-  // The configuration as it is stored: with the base variables that the file has, in place of those that the
-  // host has set.
+  // The configuration as Save writes it: with the base variables of the file in place of those that the host
+  // has set.
   CConfiguration Stored() const;
   // The views have changed the settings of the trending stage, which are those of the configuration.
   void TrendChanged() { m_changed = true; }
-  // Takes what the user has made of the configuration: whether that is another one. Relative paths that were
-  // typed are taken from the folder of the file; without a file, from where the program was started.
+  // Replaces the configuration with the one that the user has edited. Returns whether it differs. New
+  // relative paths are relative to the folder of the file; without a file, to the start folder of the
+  // program.
   bool Take(CConfiguration edited);
   // Sets the base variables that are stored, unless the file has none.
   void TakeBaseVars(const CStringArray& names);
@@ -46,7 +48,7 @@ class CDocument {
   CString m_startFolder;
   CConfiguration m_configuration;
   CStringArray m_storedBaseVars;
-  CString m_path;  // full
+  CString m_path;  // absolute
   bool m_open = false;
   bool m_changed = false;
 };

@@ -16,14 +16,14 @@ namespace {
 constexpr const char* kTrendPlace = "TrendPlace";
 constexpr const char* kGridPlace = "GridPlace";
 
-// A view is a window beside the main one, to be minimised and covered by itself. Without this it would belong
-// to the main window, which some desktops then minimise with it.
+// Makes view a window of its own. As a child of the main window it would be minimised with it by some
+// desktops.
 void StandAlone(CWnd& view) {
   QWidget* widget = view.Widget();
   widget->setParent(nullptr, (widget->windowFlags() & ~Qt::WindowType_Mask) | Qt::Window);
 }
 
-// A place of former days, moved onto a screen of today: the whole of it, or its upper left corner.
+// Moves a stored place onto a present screen: the whole window, or at least its upper left corner.
 CRect OntoScreen(const CRect& place) {
   const QScreen* screen = QGuiApplication::screenAt({(place.left + place.right) / 2, place.top});
   const QRect all = (screen ? screen : QGuiApplication::primaryScreen())->availableGeometry();

@@ -1,8 +1,8 @@
-// CLiveViews: the trend window and the scan grid of the desktop, each there once or not at all.
+// CLiveViews: the trend window and the scan grid of the desktop, at most one of each.
 #pragma once
 
-#include "host/run/run.h"
 #include "host/desktop/settings.h"
+#include "host/run/run.h"
 
 namespace vastra {
 
@@ -16,26 +16,25 @@ class CLiveViews {
   CLiveViews(const CLiveViews&) = delete;
   CLiveViews& operator=(const CLiveViews&) = delete;
 
-  // Brings the window to the front, or makes it: on the stages of run, with a refresh each so many
-  // milliseconds.
+  // Brings the window to the front, or opens it on the stages of run. refreshPeriod: milliseconds.
   void ShowTrend(CRun& run, UINT refreshPeriod);
   void ShowGrid(CRun& run);
 
-  // Open windows change over to the stages of another run.
+  // Connects the open windows to the stages of another run.
   void TakeRun(CRun& run, UINT refreshPeriod);
-  // The names of the stages may have changed.
+  // Called when the names of the stages may have changed.
   void ResetNames();
   void Refresh();
-  void Enable(bool on);  // for the user
-  // Where the windows are now: a view that the user closes comes back there. Called some times a second.
+  void Enable(bool on);  // lets the user work in the windows, or not
+  // Saves the places of the open windows, where they open again. Called a few times a second.
   void NotePlaces();
-  void Close();  // the places go to the settings
+  void Close();  // saves the places in the settings
 
  private:
   CSettings& m_settings;
-  CTrendingDlg* m_pTrend = nullptr;  // the windows set them to null when they go
+  CTrendingDlg* m_pTrend = nullptr;  // a window sets its pointer to null when it is destroyed
   CVarScanDlg* m_pGrid = nullptr;
-  CRect m_trendPlace, m_gridPlace;  // empty: not open in this run
+  CRect m_trendPlace, m_gridPlace;  // empty: not opened yet
 };
 
 }  // namespace vastra

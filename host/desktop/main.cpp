@@ -15,7 +15,7 @@
 namespace vastra {
 namespace {
 
-// What the command line says.
+// The command line.
 struct CRequest {
   CString file;
   bool start = false;
@@ -29,7 +29,7 @@ void Describe(QCommandLineParser& line) {
   line.addOption({"start", "Start the logger at once"});
 }
 
-// An exit status, or -1 to go on. Asks for no display.
+// Returns an exit status, or -1 to continue. Needs no display.
 int ReadCommandLine(int argc, char** argv, CRequest& request) {
   const QCoreApplication application(argc, argv);
   QCoreApplication::setApplicationName("vastra-desktop");
@@ -61,7 +61,7 @@ int Main(int argc, char** argv) {
   CRequest request;
   if (const int status = ReadCommandLine(argc, argv, request); status >= 0) return status;
   const QApplication application(argc, argv);
-  QApplication::setApplicationName("Vastra");  // what boxes are headed with
+  QApplication::setApplicationName("Vastra");  // the title of message boxes
   QApplication::setQuitOnLastWindowClosed(false);
   CMainWindow window;
   const CStopSignals stops([&window] { window.StopAndQuit(); });

@@ -11,7 +11,7 @@
 namespace vastra {
 namespace {
 
-// The keys of menu work in the other windows, too.
+// Makes the keys of menu work in the other windows, too.
 void UseKeysEverywhere(const QMenu& menu) {
   for (QAction* action : menu.actions()) action->setShortcutContext(Qt::ApplicationShortcut);
 }

@@ -43,7 +43,7 @@ CString Trimmed(CString text) {
   return text;
 }
 
-// A dialog that is open works on the stages: it is to be closed before they go.
+// An open dialog uses the stages: the user has to close it before they are replaced.
 bool HasOpenDialog() {
   QWidget* dialog = QApplication::activeModalWidget();
   if (!dialog) return false;
@@ -58,7 +58,7 @@ bool HasOpenDialog() {
 CMainWindow::CMainWindow()
     : m_messages(m_settings),
       m_runner({.changed = [this] { TakeState(); },
-                .failed = [this] { TellWhyNotOpened(); },
+                .failed = [this] { ShowOpenFault(); },
                 .refresh = [this] { m_views.Refresh(); },
                 .tick = [this] { ShowCounts(); },
                 .trend = [this] { TakeTrend(); }},
@@ -87,7 +87,7 @@ bool CMainWindow::Open(const CString& path) {
   return true;
 }
 
-// A folder of its own in that of the user; what is in it already stays.
+// The demo gets a folder in the home folder; files that exist are kept.
 void CMainWindow::OfferDemo() {
   if (!m_settings.Recent().IsEmpty() || !m_settings.Get(kDemoOffered).IsEmpty()) return;
   m_settings.Set(kDemoOffered, "1");
@@ -108,7 +108,7 @@ void CMainWindow::OfferDemo() {
     AfxMessageBox(folder + ": " + fault);
 }
 
-// Makes the stages of the document, closed, and shows what they will do.
+// Makes a run of the document, stopped, and shows its parts.
 void CMainWindow::UseConfiguration() {
   m_runner.SetConfiguration(m_document.Stored(), Trend());
   m_isAhead = false;
@@ -158,18 +158,18 @@ bool CMainWindow::SaveTo(const CString& path) {
   }
   m_settings.AddRecent(m_document.Path());
   ShowState();
-  TellLost();
+  ShowLost();
   return true;
 }
 
-// A configuration file has no place for some settings, which JSON has.
-void CMainWindow::TellLost() {
+// Shows the settings that a configuration file cannot hold.
+void CMainWindow::ShowLost() {
   CString text;
   for (const CString& lost : m_document.Lost()) text += "\n" + lost;
   if (!text.IsEmpty()) AfxMessageBox(m_document.Path() + ":" + text);
 }
 
-// A file keeps the version it has come with, unless that is too old for what it is to hold.
+// Offers the newest version if the version of the document cannot hold a setting.
 void CMainWindow::AskForVersion(const CString& path) {
   CString text;
   for (const CString& lost : m_document.LostToVersion(path)) text += "\n" + lost;
@@ -188,7 +188,7 @@ bool CMainWindow::AskToSave() {
   return ChooseFile(question, path) && SaveTo(path);
 }
 
-// Asks whether to save what has been changed; false: the user wants to stay.
+// Asks whether to save the changes; false: the user has cancelled.
 bool CMainWindow::MayLoseChanges() {
   if (!m_document.IsChanged()) return true;
   switch (
@@ -203,7 +203,7 @@ bool CMainWindow::MayLoseChanges() {
 }
 
 void CMainWindow::EditConfiguration() {
-  // The configuration of a view lets other windows be used, and the sheet itself refuses an Apply then.
+  // The dialog of a view does not block this window; the sheet itself refuses an Apply while it is open.
   const QWidget* dialog = QApplication::activeModalWidget();
   if (dialog && dialog->windowModality() == Qt::ApplicationModal && HasOpenDialog()) return;
   CTrendConfig trend = Trend();
@@ -212,8 +212,7 @@ void CMainWindow::EditConfiguration() {
   sheet.DoModal();
 }
 
-// What the stages work on is left alone while they run: it goes into the document, and from there into those
-// of the next start.
+// While the logger runs, changes go to the document alone; the next start uses them.
 void CMainWindow::Apply(const CConfigurationSheet& sheet, const CTrendConfig& trend) {
   const CConfiguration former = m_document.Configuration();
   CConfiguration edited = former;
@@ -275,7 +274,7 @@ bool CMainWindow::IsFitToStart() {
   return text.IsEmpty();
 }
 
-void CMainWindow::TellWhyNotOpened() { AfxMessageBox(m_runner.Run().OpenFault()); }
+void CMainWindow::ShowOpenFault() { AfxMessageBox(m_runner.Run().OpenFault()); }
 
 void CMainWindow::TakeTrend() {
   m_document.TrendChanged();
@@ -283,7 +282,8 @@ void CMainWindow::TakeTrend() {
   ShowState();
 }
 
-// What a state allows. While stages open or close on their thread nothing else may touch them.
+// Enables what the state allows. While the stages open or close on their own thread nothing else may use
+// them.
 void CMainWindow::TakeState() {
   const CRunner::EState state = m_runner.State();
   const bool isStopped = state == CRunner::EState::stopped;
@@ -343,7 +343,7 @@ void CMainWindow::closeEvent(QCloseEvent* event) {
   if (MayLoseChanges()) StopAndQuit();
 }
 
-// An open dialog goes first: whoever runs it must be back before the stages go.
+// Closes an open dialog first: its caller has to return before the stages are destroyed.
 void CMainWindow::StopAndQuit() {
   QWidget* popup = QApplication::activePopupWidget();
   if (QWidget* dialog = popup ? popup : QApplication::activeModalWidget()) {
@@ -361,7 +361,7 @@ void CMainWindow::StopAndQuit() {
 void CMainWindow::Quit() {
   m_settings.Set(kPlace, saveGeometry().toBase64().constData());
   m_views.Close();
-  QApplication::exit();  // quit() would ask each window, and that of the messages does not close
+  QApplication::exit();  // quit() asks each window, and the message window does not close
 }
 
 }  // namespace vastra

@@ -1,4 +1,4 @@
-// The window of the desktop host: a configuration, the logger that runs it, and the way to the other windows.
+// The main window of the desktop host: a configuration, its run, and the menus that open the other windows.
 #pragma once
 
 #include <QMainWindow>
@@ -24,15 +24,15 @@ class CMainWindow : public QMainWindow {
   CMainWindow();
   ~CMainWindow() override;
 
-  // Opens a configuration; false: the user has been told why not.
+  // Opens a configuration; false: it cannot be read, and the user has seen the reason.
   bool Open(const CString& path);
-  // Asks somebody who has never used the program whether to begin with the demo, once.
+  // Asks a new user, once, whether to start with the demo.
   void OfferDemo();
   bool WantsToStart() { return m_document.Configuration().m_input.m_autoStart != 0; }
   void Start();
-  // The stage that the views work on; a configuration is open.
+  // The stage that the views use. Only while a configuration is open.
   CLogTrendings& Trendings() { return m_runner.Run().Trend(); }
-  // Stops what runs, without a question, and ends the program.
+  // Stops the run and ends the program, without a question.
   void StopAndQuit();
 
  protected:
@@ -54,7 +54,7 @@ class CMainWindow : public QMainWindow {
   bool AskToSave();
   bool SaveTo(const CString& path);
   void AskForVersion(const CString& path);
-  void TellLost();
+  void ShowLost();
   bool MayLoseChanges();
   void EditConfiguration();
   void Apply(const CConfigurationSheet& sheet, const CTrendConfig& trend);
@@ -67,7 +67,7 @@ class CMainWindow : public QMainWindow {
   void ShowNames(const CStageNames& names);
   CTrendConfig& Trend() { return m_document.Configuration().m_trend; }
   void TakeTrend();
-  void TellWhyNotOpened();
+  void ShowOpenFault();
   void TakeState();
   void ShowState();
   void ShowCounts();
@@ -78,11 +78,11 @@ class CMainWindow : public QMainWindow {
   CSettings m_settings;
   CMessages m_messages;
   CDocument m_document;
-  CStageNames m_names;  // of the document, which the run may not have yet
+  CStageNames m_names;  // of the document; the run can have older ones
   CRunner m_runner;
   CLiveViews m_views;
   bool m_quitWanted = false;
-  bool m_isAhead = false;  // the document holds what the stages that run do not
+  bool m_isAhead = false;  // the document has changes that the run does not have
 
   COverview* m_overview;
   QMenu* m_recent = nullptr;

@@ -1,4 +1,4 @@
-// CMessages: the messages of all links, in console window 0, and what the user has said about them.
+// CMessages: the messages of all links, in console window 0, and their settings.
 #pragma once
 
 #include "host/desktop/settings.h"
@@ -8,15 +8,15 @@ namespace vastra {
 
 class CMessages {
  public:
-  explicit CMessages(CSettings& settings);  // makes the window, hidden
-  ~CMessages();                             // takes it away; its place is remembered
+  explicit CMessages(CSettings& settings);  // creates the hidden window
+  ~CMessages();                             // destroys the window and saves its place
   CMessages(const CMessages&) = delete;
   CMessages& operator=(const CMessages&) = delete;
 
   void Show();
   // Asks which kinds to show, whether the window stays on top and whether to clear it.
   void Configure();
-  // A line of the host's own, as a warning.
+  // Shows a warning of the host.
   void Warn(const CString& text);
 
   CRunMessenger& Messenger() { return m_messenger; }

@@ -1,4 +1,4 @@
-// COverview: the parts of the open configuration at a glance, with what has become of their samples.
+// COverview: the parts of the open configuration, with the counts of their samples.
 #pragma once
 
 #include <QTreeWidget>
@@ -10,10 +10,10 @@ namespace vastra {
 class COverview : public QTreeWidget {
  public:
   explicit COverview(QWidget* parent);
-  // The parts of configuration; the input gives so many variables, below 0: not known.
+  // Shows the parts of configuration. inputVariables: their number; below 0: unknown.
   void ShowConfiguration(const CConfiguration& configuration, int inputVariables);
   void ShowCounts(const CScanCounts& counts);
-  void ShowTrend(const CTrendConfig& trend);  // which the views change
+  void ShowTrend(const CTrendConfig& trend);  // after a change by a view
 
  private:
   void ShowHint(const char* state, const char* hint);

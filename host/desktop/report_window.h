@@ -1,4 +1,4 @@
-// The text report of a configuration in a window, to read, to copy and to save.
+// A window with the text report of a configuration, which can be copied and saved.
 #pragma once
 
 #include <QDialog>
@@ -9,7 +9,7 @@ namespace vastra {
 
 class CReportWindow : public QDialog {
  public:
-  // text: the report, with "\r\n" at the ends of its lines.
+  // text: the report, with "\r\n" as line end.
   CReportWindow(CString text, QWidget* parent);
 
  private:

@@ -6,12 +6,12 @@
 namespace vastra {
 namespace {
 
-// Beside those of the workers.
+// Messages in addition to those of the workers.
 constexpr UINT messageOpened = 100, messageClosed = 101;
 
 constexpr UINT kShortestRefresh = 50, kRefreshAtFullSpeed = 100;  // milliseconds
 constexpr std::chrono::milliseconds kTick{200};
-// A refresh that comes due within half a period of now is made now: scans do not fall on the microsecond.
+// A refresh that is due within half a period is made now, since scans are not exact to the microsecond.
 constexpr UINT kSlack = 2;
 
 }  // namespace
@@ -39,7 +39,7 @@ UINT CRunner::RefreshPeriodOf(UINT scanPeriod) {
 }
 
 void CRunner::SetConfiguration(const CConfiguration& configuration, CTrendConfig& trend) {
-  m_run.reset();  // first: one run at a time uses the messenger
+  m_run.reset();  // before the new run: only one run at a time uses the messenger
   m_run = std::make_unique<CRun>(
       configuration, m_messenger,
       CRunOptions{.threaded = true, .target = this, .trend = &trend, .trendChanged = m_listener.trend});
@@ -105,7 +105,7 @@ void CRunner::Go() {
       m_run->NextDue() <= CScanLoop::Time::clock::now())
     Drive([this] { m_run->Step(); });
   if (!m_run->IsRunning()) return Enter(EState::stopped);
-  if (m_run->IsPending()) return;  // the worker's message goes on
+  if (m_run->IsPending()) return;  // the message of the worker continues the scan
   if (m_stopWanted) {
     Enter(EState::stopping);
     return InBackground([this] { return m_run->Stop(), 1; }, messageClosed);

@@ -1,4 +1,4 @@
-// CSettings: what the desktop remembers of its user from run to run.
+// CSettings: the settings of the user that the desktop keeps between its starts.
 #pragma once
 
 #include "vastra/platform/array.h"
@@ -14,11 +14,11 @@ class CSettings {
   CString Get(const char* name) const { return m_registry.GetString(name); }
   void Set(const char* name, const CString& value) { m_registry.SetString(name, value); }
 
-  // A place on the screen: true, or false with place left alone if none is known.
+  // A stored place on the screen; false, and place does not change, if there is none.
   bool GetPlace(const char* name, CRect& place) const;
   void SetPlace(const char* name, const CRect& place);
 
-  // The configurations opened last, the newest first.
+  // The configurations opened last, newest first.
   static constexpr int kRecent = 8;
   CStringArray Recent() const;
   void AddRecent(const CString& path);

@@ -11,7 +11,7 @@ namespace {
 
 std::atomic<int> g_writeEnd{-1};
 
-// All that a handler may do: wake the event loop.
+// A signal handler may do no more than wake the event loop.
 void OnSignal(int) {
   const char one = 1;
   [[maybe_unused]] const auto written = ::write(g_writeEnd, &one, 1);

@@ -1,4 +1,4 @@
-// SIGINT and SIGTERM in the event loop: the program is to end in good order.
+// SIGINT and SIGTERM as events: the program closes its logs and ends.
 #pragma once
 
 #include <QSocketNotifier>

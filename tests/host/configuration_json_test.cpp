@@ -131,10 +131,10 @@ TEST(ConfigurationJson, NamesTheKeyOfWhatItRefuses) {
       {R"({"outputs":[)" + Repeated("0,", 1000000) + "0]}", "outputs[999998]: ", "is one value too many"},
       {R"({"outputs":[[]]})", "outputs[0]: ", "must be an object"},
       {R"({"outputs":[{"maxSummaries":1}]})", "outputs[0].maxSummaries: ", "no such key"},
-      {R"({"outputs":[{"name":"a","name":"a"}]})", "outputs[0].name: ", "stands twice"},
+      {R"({"outputs":[{"name":"a","name":"a"}]})", "outputs[0].name: ", "is a duplicate key"},
       {R"({"outputs":[{"varNames":["a"]},{"varNames":["b"],"varNames":1}]})",
-       "outputs[1].varNames: ", "stands twice"},
-      {R"({"input":{},"input":{}})", "input: ", "stands twice"},
+       "outputs[1].varNames: ", "is a duplicate key"},
+      {R"({"input":{},"input":{}})", "input: ", "is a duplicate key"},
       {R"({"input":{"inputFiles":["a",2]}})", "input.inputFiles[1]: ", "must be a text"},
       {R"({"input":{"plcNodes":[{"driver":[]}]}})", "input.plcNodes[0].driver: ", "must be an object"},
       {R"({"input":{"plcNodes":[{"driver":{"station":2147483648}}]}})",
@@ -221,10 +221,10 @@ TEST(ConfigurationJson, NamesWhatHasNoJsonForm) {
   CConfiguration configuration = Parsed(kJson);
   std::string text = "before";
   configuration.m_outputs.m_outputs.GetHead()->m_varNames[1] = "a\xC3";
-  EXPECT_EQ("outputs[0].varNames[1]: a text that is no UTF-8 or holds U+0000 has no JSON form",
+  EXPECT_EQ("outputs[0].varNames[1]: a string that is not UTF-8 or has U+0000 has no JSON form",
             ConfigurationToJson(configuration, text));
   configuration.m_input.m_plcNodes.GetHead()->m_driver.text1 = CString("\0", 1);
-  EXPECT_EQ("input.plcNodes[0].driver.text1: a text that is no UTF-8 or holds U+0000 has no JSON form",
+  EXPECT_EQ("input.plcNodes[0].driver.text1: a string that is not UTF-8 or has U+0000 has no JSON form",
             ConfigurationToJson(configuration, text));
   configuration.m_input.m_plcNodes.GetHead()->m_driver.text1 = "\xE2\x82\xAC";
   configuration.m_outputs.Clear();
