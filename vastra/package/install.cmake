@@ -27,12 +27,16 @@ function(vastra_install_driver target)
 endfunction()
 
 # An external project links the library as vastra::NAME and includes HEADERS, paths in the source tree, and the
-# headers of ours that these include.
+# headers of ours that these include. Those of host/ get a folder of their own below the system's headers.
 function(vastra_install_library target name)
   cmake_parse_arguments(PARSE_ARGV 2 ARG "" "" "HEADERS")
   add_library(vastra::${name} ALIAS ${target})
   set_target_properties(${target} PROPERTIES EXPORT_NAME ${name})
-  target_include_directories(${target} INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+  set(folder ${CMAKE_INSTALL_INCLUDEDIR})
+  if(ARG_HEADERS MATCHES "^host/")
+    set(folder ${folder}/vastra-host)
+  endif()
+  target_include_directories(${target} INTERFACE $<INSTALL_INTERFACE:${folder}>)
   set_property(GLOBAL APPEND PROPERTY vastra_libraries ${target})
   set_property(GLOBAL APPEND PROPERTY vastra_headers ${ARG_HEADERS})
 endfunction()
