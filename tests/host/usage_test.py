@@ -10,7 +10,7 @@ COMMANDS = ["demo", "run", "watch", "check", "import", "export", "report", "insp
 
 # Arguments, and a part of the message.
 WRONG = [
-    ("", "required"), ("fly\x1b[2J", "command fly?[2J "), ("run", "FILE is required"), ("run a.json b.json", "b.json"),
+    ("", "a COMMAND is required"), ("fly\x1b[2J", "command fly?[2J "), ("run", "FILE is required"), ("run a.json b.json", "b.json"),
     ("run a.json --scans -1", "--scans"), ("run a.json --scans 1x", "1x"), ("run a.json --scans", "--scans"),
     ("run a.json --scans 99999999999999999999", "not a whole number"), ("run a.json --scans 2 --scans 3", "--scans"),
     ("run a.json --period 4294967296", "4294967295"), ("run a.json --debug --quiet", "--debug"),
