@@ -105,14 +105,6 @@ TEST_F(Rotation, TextCopiesHaveACountOfTheirOwnThatIncludesThoseOfSummaries) {
   EXPECT_EQ(Files(), " 0301021400.rph 0301021400h.csv 0h.csv");
 }
 
-TEST_F(Rotation, BinaryLogsRotateBeforeTheTextCopyIsWritten) {
-  Old("a.rph", 20);
-  std::filesystem::create_directory((m_dir / "0301021400h.csv").Std());
-  OpenSingles(1, [](CFileConfig& config) { config.m_saveCsv = 1; });
-  EXPECT_FALSE(Write(0));
-  EXPECT_EQ(Files(), " 0301021400.rph");
-}
-
 TEST_F(Rotation, AnEntryThatCannotBeDeletedIsTriedOnce) {
   Old("a.rph", 20);
   OpenSingles(1);

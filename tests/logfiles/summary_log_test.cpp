@@ -1,11 +1,5 @@
 // PartialFlush: logs that are on the disk while they grow.
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <csignal>
 #include <optional>
-#include <random>
 #include <sstream>
 
 #include "tests/logfiles/link_fixture.h"
@@ -116,33 +110,6 @@ TEST_F(SummaryLog, ATextCopyThatCannotBeSavedIsNotAFailureAndIsWrittenLater) {
   EXPECT_EQ(Bytes(kCsv),
             "TimeStamp,Temp,Flow,\nThu Jan 02 14:00:00:0  2003,0.000000,-0.500000,\n"
             "Thu Jan 02 14:00:01:0  2003,1.000000,-0.500000,\n");
-}
-
-TEST_F(SummaryLog, AKillLeavesTheConfirmedRowsOrOneMore) {
-  std::mt19937 random(5);
-  for (int round = 0; round < 20; ++round) {
-    NewLink();
-    OpenSummary();
-    int ends[2];
-    ASSERT_EQ(::pipe(ends), 0);
-    const pid_t child = ::fork();
-    for (int i = 0; child == 0; ++i)  // grows until it is killed and sends a byte for each confirmed row
-      if (!Grow(i) || ::write(ends[1], "", 1) != 1) ::_exit(1);
-    ::close(ends[1]);
-    char byte;
-    ASSERT_EQ(::read(ends[0], &byte, 1), 1);
-    ::usleep(static_cast<useconds_t>(random() % 20'000));
-    ::kill(child, SIGKILL);
-    ::waitpid(child, nullptr, 0);
-    int confirmed = 1;
-    while (::read(ends[0], &byte, 1) == 1) ++confirmed;
-    ::close(ends[0]);
-    const std::string times = Times(kLog);
-    const auto rows = std::count(times.begin(), times.end(), ' ');
-    EXPECT_TRUE(rows == confirmed || rows == confirmed + 1) << times << " of " << confirmed;
-  }
-  OpenSummary();
-  EXPECT_EQ(Files(), kBoth) << "Open has removed an unfinished image";
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-/* A driver that does what a test says and notes what it is asked. The test loads the module too and so shares
- * its one script. */
+/* A driver that follows the script of a test and records its calls. The test loads the module, too, and so
+ * shares its script. */
 #pragma once
 
 #include "vastra/plc/driver_api.h"
@@ -8,20 +8,20 @@
 #define SCRIPTED_NO_HANDLE -2
 
 typedef struct Script {
-  DriverFunctions functions; /* the module's table: a test may take a slot out */
+  DriverFunctions functions; /* the module's table; a test may clear a slot */
   int version;
-  int handle;     /* that Open stores, but for SCRIPTED_NO_HANDLE */
-  int openStatus; /* and what the calls answer */
+  int handle;     /* stored by Open unless SCRIPTED_NO_HANDLE */
+  int openStatus; /* and the results of the other calls */
   int readStatus;
   int writeStatus;
   int showResult;
   const char* text;    /* of both errors; null: none */
-  float values[4];     /* what Read gives and Write leaves */
-  DriverRecord record; /* what SetConfig gave and GetConfig gives */
+  float values[4];     /* returned by Read, set by Write */
+  DriverRecord record; /* set by SetConfig, returned by GetConfig */
   char calls[512];     /* "Open 0 3 a b, Read 3 5, ..." */
-  int hosts;           /* how often a host was given, and the last one */
+  int hosts;           /* number of calls of SetDriverHost, and the last host */
   const DriverHost* host;
 } Script;
 
-/* The script of the module, as it is at first. */
+/* Resets the script of the module and returns it. */
 DRIVER_EXPORT Script* FreshScript(void);

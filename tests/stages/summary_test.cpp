@@ -50,9 +50,7 @@ TEST_F(Summary, TheFlagsDecideWhatTheEquationsSeeAndWhatBecomesARow) {
       {"SampleIsValid = 1;WriteToSummary = x == 3", "111", "00: 3/6|"},
       {"SampleIsValid = x != 2;WriteToSummary = 1", "101", "00: 1/1 2/4|"},
       {"SampleIsValid = 1;WriteToSummary = 1;RestartSummary = x == 2", "111", "00: 1/1|01: 2/3 3/6|"},
-      {"SampleIsValid = x != 2;WriteToSummary = 1;RestartSummary = x == 2", "101", "00: 1/1 2/4|"},
       {"SampleIsValid = 1;WriteToSummary = x != 2;RestartSummary = x == 2", "111", "00: 1/1|01: 3/6|"},
-      {"SampleIsValid = 1;WriteToSummary = 1;RestartSummary = 0.5", "111", "00: 1/1 2/3 3/6|"},
       {kAlways, "111", "00: 1/1 2/3|01: 3/6|", 2},
       {kAlways, "111", "00: 1/1|01: 2/3|02: 3/6|", 0},
       {kAlways, "111", "01: 2/3|02: 3/6|", 1, 2},
@@ -181,15 +179,6 @@ TEST_F(Summary, AFailedOpenNamesTheLinkAndLeavesNoSummary) {
     EXPECT_EQ(m_recorder.TakeFaults(), std::string("Open Fatal ") + row.fault + first);
     EXPECT_EQ(Write(1), 0);
     EXPECT_EQ(m_stage.Restart(), 0);
-
-    CLogSingleSummary summary;
-    *summary.GetOptions() = config;
-    EXPECT_EQ(summary.Open(m_names), 0);
-    EXPECT_EQ(summary.Flush(), 0);
-    m_recorder.Take();
-    summary.Close();  // the enable object is what a failed Open can leave open
-    EXPECT_EQ(m_recorder.Take().substr(0, 30),
-              row.enable == kAlways ? "Close Begin EnableEquatorLink\n" : "");
     m_stage.ClearConfiguration();
   }
 }

@@ -30,8 +30,8 @@ constexpr CFault kShortSample = {severityError, "Sample is not valid."};
 constexpr CFault kUnknownInOpen = {severityFatal, "Unknown error."};
 constexpr CFault kUnknown = {severityError, "Unknown error."};
 
-// How a status is reported: by Read and Write, and by Open. The words of the driver, where it has any, take
-// the place of those here.
+// How Read and Write, and Open, report a status. The driver's own text, if there is one, replaces the text
+// here.
 struct CStatusRow {
   int status;
   CFault transfer;

@@ -45,10 +45,10 @@ int CLogInput::BuildNodes(CChain& chain, int useDriver) const {
     const CPlcNodeConfig& node = *m_options.m_plcNodes.GetPrev(pos);
     const int driver = drivers.GetDriverIndex(node.m_driver.plcType);
     if (driver < 0) continue;
-    std::unique_ptr<CLink> behind = chain.TakeHead();
+    std::unique_ptr<CLink> rest = chain.TakeHead();
     if (!AddNode(chain, node, driver, useDriver)) return 0;
-    if (behind)
-      chain.Add(CConcatLink::Create(chain.Head(), behind.release()),
+    if (rest)
+      chain.Add(CConcatLink::Create(chain.Head(), rest.release()),
                 "Concat " + drivers.GetDriverName(driver), ConcatConfig(kLinksOfANode));
   }
   return chain.Head() != nullptr;
