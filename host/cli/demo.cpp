@@ -17,7 +17,7 @@ EExit Prepare(const CFileArgument& out, const CFileArgument& file) {
   bool isChanged = false;
   if (const CString fault = SaveDemo(file.path, isChanged); !fault.IsEmpty())
     return Fail(kFailed, file.typed, fault);
-  if (isChanged) Warn(file.typed, "is there already and has been changed: left as it is");
+  if (isChanged) Warn(file.typed, "not written: the file exists, and its content is not that of the demo");
   return kDone;
 }
 
@@ -53,11 +53,10 @@ EExit Demo(const CFileArgument& out, const CSessionOptions& options) {
 }  // namespace
 
 CAction DeclareDemo(CArguments& arguments) {
-  const auto out = arguments.OptionalFile("--out", "DIR", "Where to log; demo-logs without it");
-  const auto scans =
-      arguments.Number("--scans", "N", "Stop after so many scans; 120 without it", 0, kMostScans);
+  const auto out = arguments.OptionalFile("--out", "DIR", "Folder for the logs (default: demo-logs)");
+  const auto scans = arguments.Number("--scans", "N", "Stop after N scans (default: 120)", 0, kMostScans);
   const auto period =
-      arguments.Number("--period", "MS", "Milliseconds from scan to scan; 25 without it", 0, kLongestPeriod);
+      arguments.Number("--period", "MS", "Milliseconds from scan to scan (default: 25)", 0, kLongestPeriod);
   const CFileArgument usual = ToFile("demo-logs");
   return [=] {
     return Demo(out->value_or(usual), {false, scans->value_or(kScans),

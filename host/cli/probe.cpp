@@ -214,19 +214,17 @@ EExit Probe(const CProbeArguments& arguments) {
 CAction DeclareProbe(CArguments& arguments) {
   CProbeArguments probe;
   probe.driver = arguments.File("DRIVER",
-                                "ID of a driver beside this program, or the file of a module, which is "
-                                "tested whether it keeps the rules for drivers");
-  probe.settings = arguments.Texts("--set", "FIELD=VALUE", "A setting of the driver; may come again");
-  probe.count =
-      arguments.Number("--count", "N", "Number of values; 1, or that of --write, without it", 1, kMostValues);
-  probe.values = arguments.Texts("--write", "V,V,...", "Open to write, and write these values");
-  probe.reads =
-      arguments.Number("--reads", "N", "Read so many times; 0 opens only. 1 without it, 0 with --write", 0,
-                       std::numeric_limits<std::int64_t>::max());
+                                "ID of a driver in this program's folder, or the file of a driver module; a "
+                                "file is also tested against the rules for drivers");
+  probe.settings = arguments.Texts("--set", "FIELD=VALUE", "A setting of the driver; can be repeated");
+  probe.count = arguments.Number(
+      "--count", "N", "Number of values (default: 1, or the number of values of --write)", 1, kMostValues);
+  probe.values = arguments.Texts("--write", "V,V,...", "Open for writing, and write these values");
+  probe.reads = arguments.Number("--reads", "N", "Number of reads; 0 opens only (default: 1, with --write 0)",
+                                 0, std::numeric_limits<std::int64_t>::max());
   probe.limit = arguments.Number("--limit", "SECONDS",
-                                 "The longest that a call may take in the test of a module; 10 "
-                                 "without it",
-                                 1, kLongestLimit);
+                                 "Longest time that a call may take in the test of a module (default: 10)", 1,
+                                 kLongestLimit);
   probe.asJson = arguments.Flag("--json", "Print one object");
   return [=] { return Probe(probe); };
 }

@@ -15,14 +15,14 @@ EVerbosity Verbosity(bool debug, bool quiet) {
 
 CRunArguments::CRunArguments(CArguments& arguments)
     : m_file(arguments.File("FILE", "The configuration, as JSON or as a configuration file")),
-      m_scans(
-          arguments.Number("--scans", "N", "Stop after so many scans; failed reads count", 0, kMostScans)),
+      m_scans(arguments.Number("--scans", "N", "Stop after N scans; failed reads count, too", 0, kMostScans)),
       m_period(arguments.Number(
           "--period", "MS",
           "Milliseconds from scan to scan, in place of the configuration's; 0: as fast as possible", 0,
           kLongestPeriod)),
-      m_node(arguments.Number("--node", "N", "Number of this computer on the net of PLCs", 0, UINT32_MAX)),
-      m_threaded(arguments.Flag("--threaded", "Read, and write to the PLCs, on worker threads")),
+      m_node(arguments.Number("--node", "N", "Number of this computer in the network of the PLCs", 0,
+                              UINT32_MAX)),
+      m_threaded(arguments.Flag("--threaded", "Read from and write to the PLCs on worker threads")),
       m_debug(arguments.Flag("--debug", "Show each operation of each link")),
       m_quiet(arguments.Flag("--quiet", "Show errors only, and no progress")) {
   arguments.Exclude("--debug", "--quiet");
