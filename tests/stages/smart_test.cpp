@@ -101,11 +101,10 @@ TEST_F(Smart, AClosedStageOffersOnlyItsConfiguration) {
     EXPECT_EQ(!open || m_stage.Open(m_names), 1);
     EXPECT_EQ(Write({1, 2}), open);
     EXPECT_EQ(Read(), open ? "1 2 0 0" : "failed");
-    EXPECT_EQ(m_stage.ReadInputVar(0, value), open);
-    EXPECT_EQ(m_stage.ReadOutputVar(0, value), open);
-    EXPECT_EQ(m_stage.WriteOutputVar(0, 1), open);
-    EXPECT_EQ(m_stage.GetSAInputVars(in), open);
-    EXPECT_EQ(m_stage.GetSAOutputVars(out), open);
+    for (const int result :
+         {m_stage.ReadInputVar(0, value), m_stage.ReadOutputVar(0, value), m_stage.WriteOutputVar(0, 1),
+          m_stage.GetSAInputVars(in), m_stage.GetSAOutputVars(out)})
+      EXPECT_EQ(result, open);
     EXPECT_EQ(Join(in) + "/" + Join(out), open ? "sum a nothing/u v" : "/");
     EXPECT_EQ(m_stage.GetSAInputVarsNotConnected(inOffline), 1);
     EXPECT_EQ(m_stage.GetSAOutputVarsNotConnected(outOffline), 1);
