@@ -48,8 +48,8 @@ int CLogInput::BuildNodes(CChain& chain, int useDriver) const {
     std::unique_ptr<CLink> rest = chain.TakeHead();
     if (!AddNode(chain, node, driver, useDriver)) return 0;
     if (rest)
-      chain.Add(CConcatLink::Create(chain.Head(), rest.release()),
-                "Concat " + drivers.GetDriverName(driver), ConcatConfig(kLinksOfANode));
+      chain.Add(CConcatLink::Create(chain.Head(), rest.release()), "Concat " + drivers.GetDriverName(driver),
+                ConcatConfig(kLinksOfANode));
   }
   return chain.Head() != nullptr;
 }
