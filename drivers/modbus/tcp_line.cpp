@@ -191,7 +191,7 @@ CResult CTcpLine::Ask(const CSettings& settings, const CFrame& request, CFrame& 
 }
 
 CResult CTcpLine::Send(int unit, const CFrame& request) {
-  m_number = (m_number + 1) & 0xFFFF;
+  ++m_number;
   const CPacket packet = TcpPacket(m_number, unit, request);
   const auto size = static_cast<std::size_t>(packet.size);
   const ssize_t sent = ::send(m_socket, packet.bytes.data(), size, MSG_NOSIGNAL);

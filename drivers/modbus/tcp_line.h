@@ -6,6 +6,7 @@
 // another request.
 #pragma once
 
+#include <cstdint>
 #include <iterator>
 #include <optional>
 #include <string>
@@ -68,7 +69,7 @@ class CTcpLine : public CLine {
   int m_step = 0;                // what is to be done next; kConnected: nothing
   std::optional<CTime> m_begun;  // when the present step was; none: no attempt is under way
   std::size_t m_next = 0;        // address to dial
-  int m_number = 0;              // of the last request
+  std::uint16_t m_number = 0;    // of the last request
   bool m_asked = false;          // the proof, and nothing else since
 };
 

@@ -33,22 +33,22 @@ constexpr const DriverFunctions& kTable = driver::kFunctions<CFailing>;
 
 TEST(DriverHandles, LetNothingThrownLeaveAndKeepNoHandleOfAFailedOpen) {
   int handle = -1;
-  ASSERT_EQ(statusOk, kTable.Open({}, driverModeRead, &handle));
+  ASSERT_EQ(kTable.Open({}, driverModeRead, &handle), statusOk);
   const int opened = handle;
   const int kStatuses[] = {statusOk, statusExtendedError, statusNoMemory, 0};
   for (const int failure : {words, noMemory, other}) {
     DriverRecord record = {};
     record.value1 = failure;
-    EXPECT_EQ(kStatuses[failure], kTable.Open(record, driverModeWrite, &handle));
-    EXPECT_EQ(kStatuses[failure], kTable.Read(nullptr, failure, opened));
-    EXPECT_EQ(kStatuses[failure], kTable.Write(nullptr, failure, opened));
-    EXPECT_EQ(opened, handle);
+    EXPECT_EQ(kTable.Open(record, driverModeWrite, &handle), kStatuses[failure]);
+    EXPECT_EQ(kTable.Read(nullptr, failure, opened), kStatuses[failure]);
+    EXPECT_EQ(kTable.Write(nullptr, failure, opened), kStatuses[failure]);
+    EXPECT_EQ(handle, opened);
   }
-  EXPECT_EQ(statusInvalidMode, kTable.Open({}, driverModeOther, &handle));
+  EXPECT_EQ(kTable.Open({}, driverModeOther, &handle), statusInvalidMode);
   EXPECT_STREQ("%s", kTable.GetExtendedError(opened));
-  EXPECT_EQ("Made up: " + std::string(502, '%'), kTable.GetExtendedError(-1)) << "cut to its buffer";
+  EXPECT_EQ(kTable.GetExtendedError(-1), "Made up: " + std::string(502, '%')) << "cut to its buffer";
   kTable.Close(opened);
-  EXPECT_EQ(statusNotOpened, kTable.Read(nullptr, none, opened));
+  EXPECT_EQ(kTable.Read(nullptr, none, opened), statusNotOpened);
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
-// The Modbus driver through the links of the engine, against devices that behave and such that do not.
+// The Modbus driver through the links of the engine, against devices that keep the protocol and devices that
+// do not.
 #include <fcntl.h>
 #include <termios.h>
 #include <unistd.h>
@@ -85,8 +86,6 @@ constexpr COrdered kOrders[] = {{"", "AB", "ABCD", "ABCDEFGH"},
                                 {"badc", "BA", "BADC", "BADCFEHG"},
                                 {"DCBA", "BA", "DCBA", "HGFEDCBA"}};
 
-int SizeOf(const std::string& type) { return std::stoi(type.substr(1)) / 16; }
-
 CWords OnTheWire(std::uint64_t number, int size, const COrdered& order) {
   const char* places = size == 1 ? order.of16 : size == 2 ? order.of32 : order.of64;
   const auto byte = [=](int at) { return number >> 8 * (2 * size - 1 - (places[at] - 'A')) & 0xFF; };
@@ -97,73 +96,80 @@ CWords OnTheWire(std::uint64_t number, int size, const COrdered& order) {
 }
 
 std::uint32_t Bits(float value) { return std::bit_cast<std::uint32_t>(value); }
-float FromBits(std::uint32_t bits) { return std::bit_cast<float>(bits); }
+constexpr float FromBits(std::uint32_t bits) { return std::bit_cast<float>(bits); }
 
-TEST_F(Modbus, ReadsEachTypeInEachOrderBitByBit) {
-  const struct {
-    std::string type;
-    std::vector<std::uint64_t> numbers;
-    CValues values;
-  } kRows[] = {
-      {"u16", {0xFFFF, 0x1234, 0x8000}, {65535, 4660, 32768}},
-      {"i16", {0x8001, 0x7FFE, 0xFFFF}, {-32767, 32766, -1}},
-      {"u32", {0xFFFFFFFF, 0x00010203, 0x80000080}, {4294967296.0f, 66051, 2147483648.0f}},
-      {"i32", {0x80000000, 0xFF010203, 0x7FFFFFFF}, {-2147483648.0f, -16711165, 2147483648.0f}},
-      {"f32", {0x3DFCD6EA, 0x80000000, 1, 0xFF800000}, {FromBits(0x3DFCD6EA), -0.0f, 1e-45f, -kInf}},
-      {"f32", {0x7FC12345, 0xFFA00001}, {FromBits(0x7FC12345), FromBits(0xFFA00001)}},
-      // Rounded: to the even one of two, up, to the largest, to infinity, to 0.
-      {"f64", {0x3FB999999999999A, 0x3FF0000010000000, 0x3FF0000010000001}, {0.1f, 1, FromBits(0x3F800001)}},
-      {"f64", {0x47EFFFFFEFFFFFFF, 0x47EFFFFFF0000000}, {FromBits(0x7F7FFFFF), kInf}},
-      {"f64", {0xFFEFFFFFFFFFFFFF, 0x8000000000000001, 0x36A0000000000000}, {-kInf, -0.0f, 1e-45f}},
-      {"f64", {0x7FF8000000000000}, {kNaN}},
-  };
-  CModbusServer server;
-  for (const char kind : {'h', 'i'})
-    for (const COrdered& order : kOrders)
-      for (const auto& row : kRows) {
-        const int size = SizeOf(row.type), count = static_cast<int>(row.values.size());
-        for (int i = 0; i < count; ++i)
-          server.Put(kind, 3 + i * size, OnTheWire(row.numbers[std::size_t(i)], size, order));
-        const std::string list = kind + ("3x" + std::to_string(count)) + ":" + row.type + "\t" + order.order;
-        const CValues values = Node(At(server, list), UINT(count)).Read();
-        ASSERT_EQ(row.values.size(), values.size()) << list;
-        for (std::size_t i = 0; i < values.size(); ++i)
-          EXPECT_EQ(Bits(row.values[i]), Bits(values[i])) << list << ' ' << i;
-      }
+// A number on the wire and its value; both directions unless only one is possible.
+struct CNumberRow {
+  const char* type;
+  std::uint64_t number;
+  float value;
+  enum { both, read, write } way = both;
+};
+constexpr CNumberRow kNumbers[] = {
+    {"u16", 0xFFFF, 65535},
+    {"u16", 0x1234, 4660},
+    {"u16", 0xFFFF, 65535.4f, CNumberRow::write},
+    {"u16", 2, 1.6f, CNumberRow::write},
+    {"u16", 0, -0.4f, CNumberRow::write},
+    {"i16", 0x8001, -32767},
+    {"i16", 0x7FFE, 32766},
+    {"i16", 0x8000, -32768.4f, CNumberRow::write},
+    {"i16", 0xFFFE, -1.6f, CNumberRow::write},
+    {"u32", 0x00010203, 66051},
+    {"u32", 0xFFFFFF00, 4294967040.0f},
+    {"u32", 0xFFFFFFFF, 4294967296.0f, CNumberRow::read},
+    {"i32", 0x80000000, -2147483648.0f},
+    {"i32", 0x7FFFFF80, 2147483520},
+    {"i32", 0x7FFFFFFF, 2147483648.0f, CNumberRow::read},
+    {"f32", 0x3DFCD6EA, FromBits(0x3DFCD6EA)},
+    {"f32", 0x80000000, -0.0f},
+    {"f32", 0x7FC12345, FromBits(0x7FC12345)},
+    {"f32", 0xFFA00001, FromBits(0xFFA00001)},
+    {"f64", 0x3FB99999A0000000, 0.1f},
+    {"f64", 0x36A0000000000000, 1e-45f},
+    {"f64", 0xFFF0000000000000, -kInf},
+    {"f64", 0x7FF8000000000000, kNaN},
+    // Rounded: to the even one of two, up, to the largest, to infinity, to 0.
+    {"f64", 0x3FF0000010000000, 1, CNumberRow::read},
+    {"f64", 0x3FF0000010000001, FromBits(0x3F800001), CNumberRow::read},
+    {"f64", 0x47EFFFFFEFFFFFFF, FromBits(0x7F7FFFFF), CNumberRow::read},
+    {"f64", 0x47EFFFFFF0000000, kInf, CNumberRow::read},
+    {"f64", 0x8000000000000001, -0.0f, CNumberRow::read},
+};
+
+TEST(ModbusValues, AreReadAndWrittenBitByBitInEachOrder) {
+  for (const COrdered& order : kOrders)
+    for (const CNumberRow& row : kNumbers) {
+      std::vector<modbus::CEntry> entries;
+      ASSERT_EQ(modbus::ReadEntries(std::string("h3:") + row.type + "\t" + order.order, 0, entries), "");
+      const modbus::CValue& value = entries[0].first;
+      CBytes wire;
+      for (const std::uint16_t word : OnTheWire(row.number, modbus::SizeOf(value.type), order))
+        wire.insert(wire.end(), {std::uint8_t(word >> 8), std::uint8_t(word)});
+      const float read = row.way == CNumberRow::write ? row.value : modbus::FromRegisters(value, wire.data());
+      EXPECT_EQ(Bits(read), Bits(row.value)) << row.type << order.order;
+      if (row.way == CNumberRow::read) continue;
+      CBytes written(wire.size());
+      EXPECT_TRUE(modbus::ToRegisters(value, row.value, written.data()));
+      EXPECT_EQ(written, wire) << row.type << ' ' << row.value << order.order;
+    }
 }
 
-TEST_F(Modbus, WritesEachTypeInEachOrderAndNothingThatDoesNotFit) {
-  const struct {
-    std::string type;
-    CValues values;
-    std::vector<std::uint64_t> numbers;  // of the first of them; the others do not fit
-  } kRows[] = {
-      {"u16", {65535.4f, 1.6f, -0.4f, 65535.6f, -0.6f, kNaN}, {0xFFFF, 2, 0}},
-      {"i16", {-32768.4f, 32767, -1.6f, 32768, -32769, -kInf}, {0x8000, 0x7FFF, 0xFFFE}},
-      {"u32", {4294967040.0f, 66051, 4294967296.0f, -1, kNaN}, {0xFFFFFF00, 0x00010203}},
-      {"i32", {-2147483648.0f, 2147483520, 2147483648.0f, -2147483904.0f, kInf}, {0x80000000, 0x7FFFFF80}},
-      {"f32",
-       {FromBits(0x7FC12345), FromBits(0xFFA00001), -0.0f, 1e-45f},
-       {0x7FC12345, 0xFFA00001, 0x80000000, 1}},
-      {"f64", {0.1f, -0.0f, 1e-45f}, {0x3FB99999A0000000, 0x8000000000000000, 0x36A0000000000000}},
-      {"f64", {-kInf, kNaN}, {0xFFF0000000000000, 0x7FF8000000000000}},
+TEST_F(Modbus, SendsNothingIfAValueDoesNotFitItsType) {
+  const std::pair<const char*, CValues> kMisfits[] = {
+      {"u16", {65535.6f, -0.6f, kNaN}},
+      {"i16", {32768, -32769, -kInf}},
+      {"u32", {4294967296.0f, -1, kNaN}},
+      {"i32", {2147483648.0f, -2147483904.0f, kInf}},
   };
   CModbusServer server;
-  for (const COrdered& order : kOrders)
-    for (const auto& row : kRows)
-      for (std::size_t i = 0; i < row.values.size(); ++i) {
-        const int size = SizeOf(row.type);
-        const bool fits = i < row.numbers.size();
-        CWords wanted(static_cast<std::size_t>(size) + 1, 0xA5A5);
-        server.Put('h', 20, wanted);
-        CDriverNode node = Node(At(server, "h20, h21 : " + row.type + " " + order.order), 2, kWrite);
-        EXPECT_EQ(fits, node.Write({7, row.values[i]})) << row.type << ' ' << row.values[i];
-        if (fits) wanted = OnTheWire(row.numbers[i], size, order);
-        if (fits) wanted.insert(wanted.begin(), 7);
-        EXPECT_EQ(wanted, server.Get('h', 20, size + 1)) << row.type << ' ' << row.values[i] << order.order;
-        EXPECT_EQ(!fits, Has(node.Fault(), " does not fit " + row.type + ", holding register"));
-        EXPECT_EQ(fits, !server.TakeLog().empty()) << "a misfit is told before anything is sent";
-      }
+  for (const auto& [type, values] : kMisfits)
+    for (const float value : values) {
+      CDriverNode node = Node(At(server, std::string("h20, h21 : ") + type), 2, kWrite);
+      EXPECT_FALSE(node.Write({7, value})) << type << ' ' << value;
+      EXPECT_TRUE(Has(node.Fault(), std::string(" does not fit ") + type + ", holding register"));
+    }
+  EXPECT_EQ(server.TakeLog(), "");
 }
 
 TEST_F(Modbus, ReadsAndWritesBits) {
@@ -174,8 +180,8 @@ TEST_F(Modbus, ReadsAndWritesBits) {
             Node(At(server, "C 9X4, d65535, d65533, c16, c18,\tc17"), 9).Read());
   CDriverNode writer = Node(At(server, "c9 x 10, c30"), 11, kWrite);
   EXPECT_TRUE(writer.Write({0, -0.0f, 0.5f, -1, kInf, 1e-45f, 0, 0, 1, 0, 2}));
-  EXPECT_EQ((CWords{0, 0, 1, 1, 1, 1, 0, 0, 1, 0}), server.Get('c', 9, 10));
-  EXPECT_EQ(CWords{1}, server.Get('c', 30, 1));
+  EXPECT_EQ(server.Get('c', 9, 10), (CWords{0, 0, 1, 1, 1, 1, 0, 0, 1, 0}));
+  EXPECT_EQ(server.Get('c', 30, 1), CWords{1});
   EXPECT_FALSE(writer.Write({0, 0, 0, 0, 0, 0, 0, 0, 0, 0, kNaN}));
   EXPECT_TRUE(Has(writer.Fault(), "nan does not fit bit, coil 30")) << writer.Fault();
 }
@@ -191,8 +197,8 @@ TEST_F(Modbus, AsksTheUnitOfItsNodeAtTheAddressesThatAreMeant) {
     config.registerAddress = -10;
     CDriverNode node = Node(config, 4);
     const float value = static_cast<float>(unit), bit = unit != 0, other = unit != 2;
-    EXPECT_EQ(unit == 3 ? CValues{} : (CValues{other, value, bit, other}), node.Read());
-    EXPECT_EQ(unit == 3, Has(node.Fault(), " unit 3: exception 11 ")) << node.Fault();
+    EXPECT_EQ(node.Read(), unit == 3 ? CValues{} : (CValues{other, value, bit, other}));
+    EXPECT_EQ(Has(node.Fault(), " unit 3: exception 11 "), unit == 3) << node.Fault();
   }
 }
 
@@ -241,14 +247,14 @@ TEST_F(Modbus, JoinsWhatItMayAndSplitsNoValue) {
     const bool writes = std::stoi(row.requests) > 4;
     CDriverNode node = Node(config, row.count, writes ? kWrite : CLink::modeRead);
     EXPECT_TRUE(writes ? node.Write(values) : node.Read().size() == row.count) << row.list;
-    EXPECT_EQ(row.requests, server.TakeLog()) << row.list;
+    EXPECT_EQ(server.TakeLog(), row.requests) << row.list;
     const CValues back = Node(At(server, row.list), row.count).Read();
-    EXPECT_EQ(writes ? values : back, back) << row.list;
+    EXPECT_EQ(back, writes ? values : back) << row.list;
     server.TakeLog();
   }
   EXPECT_TRUE(Node(At(server, "h3, h3"), 2, kWrite).Write({1, 2}));
-  EXPECT_EQ("6 3+1, 6 3+1, ", server.TakeLog());
-  EXPECT_EQ(CWords{2}, server.Get('h', 3, 1));
+  EXPECT_EQ(server.TakeLog(), "6 3+1, 6 3+1, ");
+  EXPECT_EQ(server.Get('h', 3, 1), CWords{2});
 }
 
 class ModbusSettings : public Modbus {
@@ -261,7 +267,7 @@ class ModbusSettings : public Modbus {
     m_config.text1 = isDevice ? text.c_str() : m_device;
     m_config.text2 = isDevice ? "h0" : text.c_str();
     const std::string fault = Node(m_config, count, mode).Fault();
-    EXPECT_EQ(arrow != row.npos, fault.starts_with("Open Fatal Not named Modbus: ")) << row << ": " << fault;
+    EXPECT_EQ(fault.starts_with("Open Fatal Not named Modbus: "), arrow != row.npos) << row << ": " << fault;
     EXPECT_TRUE(Has(fault, words)) << row << ": " << fault;
   }
   DriverConfig m_config;
@@ -298,7 +304,7 @@ TEST_F(ModbusSettings, AreRefusedWithWordsThatTellWhich) {
   Try(start + "\u00e4\u00e4 -> \"" + start + "...\"", false);
   Try("h0, d5 -> discrete input 5", false, 2, kWrite);
   Try("i5 -> input register 5", false, 1, kWrite);
-  EXPECT_EQ("Open Fatal Not named Invalid mode.\n", Node({}, 1, 7).Fault());
+  EXPECT_EQ(Node({}, 1, 7).Fault(), "Open Fatal Not named Invalid mode.\n");
 }
 
 TEST(ModbusEndpoint, IsWhatItsTextSays) {
@@ -309,8 +315,8 @@ TEST(ModbusEndpoint, IsWhatItsTextSays) {
                                                        {" /dev/a:b , c:9600, 8, o, 2", "/dev/a:b , c"}};
   for (const auto& [text, name] : kRows) {
     modbus::CEndpoint endpoint;
-    EXPECT_EQ("", modbus::ReadEndpoint(text, endpoint));
-    EXPECT_EQ(name, endpoint.name);
+    EXPECT_EQ(modbus::ReadEndpoint(text, endpoint), "");
+    EXPECT_EQ(endpoint.name, name);
   }
 }
 
@@ -386,9 +392,7 @@ std::vector<CFaultRow> TcpFaults() {
   const std::string kLost = " unit 1: ";
   std::vector<CFaultRow> rows = {
       {"slow", {{}, {}, 50}, kLong, ""},
-      {"drips", {{}, {}, 0, 2}, kLong, ""},
       {"twice", {Twice}, kLong, ""},
-      {"more behind", {Lengthen(3, false)}, kLong, ""},
       {"closes behind", {{}, kCloses}, kLong, ""},
       {"silent", {Cut(0)}, kShort, kTimeOut},
       {"too late", {{}, {}, 3 * kShort}, kShort, kTimeOut},
@@ -396,25 +400,16 @@ std::vector<CFaultRow> TcpFaults() {
       {"closes", {Cut(0), kCloses}, kLong, kLost},
       {"resets", {Cut(0), kResets}, kLong, kLost},
       {"closes within", {Cut(10), kCloses}, kLong, kBadFrame},
-      {"resets within", {Cut(10), kResets}, kLong, kBadFrame},
       {"garbage", {Fill(13, 0xAA)}, kShort, kBadFrame},
-      {"much garbage", {Fill(600, 0xFF)}, kShort, kBadFrame},
-      {"cut", {Cut(11)}, kShort, kBadFrame},
       {"other request", {Set(0, 0x55)}, kLong, kBadFrame},
       {"stale", {Stale}, kLong, kBadFrame},
       {"other protocol", {Set(3, 1)}, kLong, kBadFrame},
-      {"length too large", {Set(5, 8)}, kLong, kBadFrame},
-      {"length too small", {Set(5, 6)}, kLong, kBadFrame},
       {"more counted", {Lengthen(2, true)}, kLong, kBadFrame},
       {"other unit", {Set(6, 2)}, kLong, kBadFrame},
-      {"unit 0", {Set(6, 0)}, kLong, kBadFrame},
       {"other function", {Set(7, 4)}, kLong, kBadFrame},
-      {"exception of another", {Set(7, 0x84), {}, 0, 0, 2}, kLong, kBadFrame},
       {"exception that is longer", {Lengthen(1, true), {}, 0, 0, 2}, kLong, kBadFrame},
       {"less registers", {Resize(1)}, kLong, kBadFrame},
-      {"more registers", {Resize(3)}, kLong, kBadFrame},
       {"too many bytes", {Set(8, 255)}, kLong, kBadFrame},
-      {"less bytes", {Set(8, 2)}, kLong, kBadFrame},
   };
   for (int code = 1; code <= 11; ++code)
     rows.push_back({"exception",
@@ -444,8 +439,8 @@ void RunFaults(CRecorder& recorder, std::vector<CFaultRow> rows, const std::stri
     ASSERT_TRUE(Recovers(node, {1, 2}));
     server.Put('h', 7, {258, 772});
     server.Spoil(row.fault);
-    EXPECT_EQ(row.line.empty() ? right : CValues{}, node.Read()) << row.name;
-    EXPECT_EQ(row.line.empty(), node.Fault().empty()) << row.name << ": " << node.Fault();
+    EXPECT_EQ(node.Read(), row.line.empty() ? right : CValues{}) << row.name;
+    EXPECT_EQ(node.Fault().empty(), row.line.empty()) << row.name << ": " << node.Fault();
     EXPECT_TRUE(Has(node.Fault(), row.line)) << row.name << ": " << node.Fault();
     const bool isNamed = Has(node.Fault(), server.Name()) && Has(node.Fault(), "holding registers 7 to 8");
     EXPECT_EQ(Has(node.Fault(), " unit 1: "), isNamed) << row.name << ": " << node.Fault();
@@ -493,15 +488,15 @@ TEST_F(Modbus, FindsADeviceThatAppearsLater) {
   CModbusServer server;
   server.Stop();
   CDriverNode node = Node(At(server, "h0"), 1), writer = Node(At(server, "h1"), 1, kWrite);
-  EXPECT_EQ("", writer.Fault());
-  EXPECT_EQ(CValues{}, node.Read());
+  EXPECT_EQ(writer.Fault(), "");
+  EXPECT_EQ(node.Read(), CValues{});
   EXPECT_TRUE(Has(node.Fault(), "Error Not named Modbus " + server.Name() + " unit 1: no connection: "))
       << node.Fault();
   EXPECT_FALSE(writer.Write({1}));
   server.Start();
   EXPECT_TRUE(Recovers(node, {0}));
   EXPECT_TRUE(Soon([&] { return writer.Write({5}); }));
-  EXPECT_EQ(CWords{5}, server.Get('h', 1, 1));
+  EXPECT_EQ(server.Get('h', 1, 1), CWords{5});
 }
 
 TEST_F(Modbus, KeepsItsConnectionUnlessItIsToldToClose) {
@@ -513,10 +508,10 @@ TEST_F(Modbus, KeepsItsConnectionUnlessItIsToldToClose) {
     config.value4 = closes;
     const auto begin = steady_clock::now();
     CDriverNode node = Node(config, 2);
-    for (int i = 0; i < 5; ++i) EXPECT_EQ((CValues{0, 0}), node.Read()) << node.Fault();
+    for (int i = 0; i < 5; ++i) EXPECT_EQ(node.Read(), (CValues{0, 0})) << node.Fault();
     EXPECT_LE(milliseconds(45), steady_clock::now() - begin) << "its pauses";
-    EXPECT_EQ(closes ? 5 : 1, server.Connections());
-    EXPECT_EQ(5u * std::string("3 0+1, 3 20+1, ").size(), server.TakeLog().size());
+    EXPECT_EQ(server.Connections(), closes ? 5 : 1);
+    EXPECT_EQ(server.TakeLog().size(), 5u * std::string("3 0+1, 3 20+1, ").size());
   }
 }
 
@@ -524,10 +519,10 @@ TEST_F(Modbus, FindsADeviceByItsName) {
   CModbusServer server;
   DriverConfig config = At(server, "h0");
   config.text1 = ("localhost:" + server.Name().substr(10)).c_str();
-  EXPECT_EQ(CValues{0}, Node(config, 1).Read());
+  EXPECT_EQ(Node(config, 1).Read(), CValues{0});
   config.text1 = std::string(64, 'a').c_str();
   CDriverNode missing = Node(config, 1);
-  EXPECT_EQ(CValues{}, missing.Read());
+  EXPECT_EQ(missing.Read(), CValues{});
   EXPECT_TRUE(Has(missing.Fault(), "has no address")) << missing.Fault();
 }
 
@@ -538,7 +533,7 @@ TEST_F(Modbus, LosesNoScanWhenTheDeviceClosedBeforeTheFirst) {
   CDriverNode node = Node(config, 1);
   EXPECT_TRUE(Soon([&] { return server.Connections() == 1; }));
   server.Drop(false);
-  EXPECT_EQ(CValues{0}, node.Read()) << node.Fault();
+  EXPECT_EQ(node.Read(), CValues{0}) << node.Fault();
 }
 
 TEST_F(Modbus, ReadsADeviceThatClosesBehindEachReply) {
@@ -560,8 +555,8 @@ TEST_F(Modbus, ReadsOnFromADeviceWhileAnotherHangs) {
     returned = true;
   });
   EXPECT_TRUE(Soon([&] { return !hanging.TakeLog().empty(); }));
-  for (int i = 0; i < 50; ++i) EXPECT_EQ(CValues{0}, node.Read());
-  EXPECT_EQ(CValues{0}, Node(At(server, "h0"), 1).Read()) << "nor does an Open wait";
+  for (int i = 0; i < 50; ++i) EXPECT_EQ(node.Read(), CValues{0});
+  EXPECT_EQ(Node(At(server, "h0"), 1).Read(), CValues{0}) << "nor does an Open wait";
   EXPECT_FALSE(returned);
   hanging.Stop();
   other.join();
@@ -578,7 +573,7 @@ class ModbusPauses : public testing::Test {
     DriverConfig config = At(server, "h0", timeOut);
     config.variableCount = 1;
     modbus::CSettings settings;
-    EXPECT_EQ("", modbus::ReadSettings(ToRecord(config), false, settings));
+    EXPECT_EQ(modbus::ReadSettings(ToRecord(config), false, settings), "");
     settings.pauses = {milliseconds(first), milliseconds(longest)};
     std::string fault;
     return std::make_unique<modbus::CConnection>(settings, modbus::NewLine(settings, fault));
@@ -593,16 +588,16 @@ TEST_F(ModbusPauses, GrowUntilTheLongest) {
   m_server.Stop();
   const auto growing = Open(10, kForEver), short_ = Open(1, 1);
   int attempts = 0, shortAttempts = 0;
-  const auto end = steady_clock::now() + std::chrono::seconds(1);
+  const auto end = steady_clock::now() + milliseconds(400);
   while (steady_clock::now() < end || shortAttempts < 40) {
-    EXPECT_EQ(statusExtendedError, growing->Read(&m_value, 1));
-    EXPECT_EQ(statusExtendedError, short_->Read(&m_value, 1));
+    EXPECT_EQ(growing->Read(&m_value, 1), statusExtendedError);
+    EXPECT_EQ(short_->Read(&m_value, 1), statusExtendedError);
     if (steady_clock::now() < end) attempts += Tried(*growing);
     shortAttempts += Tried(*short_);
     Nap();
   }
   EXPECT_GT(attempts, 1);
-  EXPECT_LT(attempts, 9) << "0, 10, 30, 70, 150, 310, 630 ms";
+  EXPECT_LT(attempts, 8) << "0, 10, 30, 70, 150, 310 ms";
 }
 
 // In the time of two time-outs there are many calls, with one that is not accepted as with one that is deaf.
@@ -611,32 +606,32 @@ TEST_F(ModbusPauses, AreNotFollowedByAWaitForADeviceThatHangs) {
     m_server.SetDeaf(true);
     std::vector<std::unique_ptr<modbus::CConnection>> queue;
     for (int i = 0; i < 20 && !isAccepted; ++i) queue.push_back(Open(1, 1));
-    const auto node = Open(1, 1, 500);
-    EXPECT_EQ(isAccepted ? statusTimeout : statusExtendedError, node->Read(&m_value, 1)) << node->LastError();
+    const auto node = Open(1, 1, 200);
+    EXPECT_EQ(node->Read(&m_value, 1), isAccepted ? statusTimeout : statusExtendedError) << node->LastError();
     int calls = 0, timeOuts = 0;
-    for (const auto end = steady_clock::now() + std::chrono::seconds(1); steady_clock::now() < end;) {
+    for (const auto end = steady_clock::now() + milliseconds(450); steady_clock::now() < end;) {
       const int status = node->Read(&m_value, 1);
       EXPECT_NE(statusOk, status);
       timeOuts += status == statusTimeout;
       calls += Tried(*node);
     }
     EXPECT_GT(calls, 10);
-    EXPECT_EQ(isAccepted, timeOuts > 0) << "the question whether it is back has an end, too";
+    EXPECT_EQ(timeOuts > 0, isAccepted) << "the question whether it is back has an end, too";
     m_server.SetDeaf(false);
     EXPECT_TRUE(Soon([&] { return node->Read(&m_value, 1) == statusOk; })) << node->LastError();
     m_server.Drop(false);
     m_server.Spoil({{}, {}, 50});
-    EXPECT_EQ(statusOk, node->Read(&m_value, 1)) << "it has answered: " << node->LastError();
+    EXPECT_EQ(node->Read(&m_value, 1), statusOk) << "it has answered: " << node->LastError();
   }
 }
 
 TEST_F(ModbusPauses, BeginAnewOnceTheDeviceHasAnsweredBeItWithAnException) {
   const auto node = Open(1, kForEver);
-  EXPECT_EQ(statusOk, node->Read(&m_value, 1));
-  for (int i = 0; i < 40; ++i) {
-    const bool refuses = i < 20;
+  EXPECT_EQ(node->Read(&m_value, 1), statusOk);
+  for (int i = 0; i < 24; ++i) {
+    const bool refuses = i < 12;
     m_server.Spoil({Cut(0), CReplyFault::closes});
-    EXPECT_EQ(statusExtendedError, node->Read(&m_value, 1));
+    EXPECT_EQ(node->Read(&m_value, 1), statusExtendedError);
     for (int k = 0; refuses && k < 2; ++k) m_server.Spoil({{}, {}, 0, 0, 2});
     const int wanted = refuses ? statusReplyError : statusOk;
     ASSERT_TRUE(Soon([&] { return node->Read(&m_value, 1) == wanted; })) << node->LastError();
@@ -648,24 +643,18 @@ TEST_F(ModbusPauses, FollowABadFrameButNotASingleOneOfALine) {
   for (CModbusServer* server : {&m_server, &line}) {
     const auto node = Open(kForEver, kForEver, kLong, *server);
     for (int i = 0; i < 5; ++i) {
-      EXPECT_EQ(statusOk, node->Read(&m_value, 1)) << node->LastError();
+      EXPECT_EQ(node->Read(&m_value, 1), statusOk) << node->LastError();
       server->Spoil({Set(server == &line ? 4 : 6, 9)});
-      EXPECT_EQ(statusInvalidFrame, node->Read(&m_value, 1));
+      EXPECT_EQ(node->Read(&m_value, 1), statusInvalidFrame);
       if (server == &m_server) break;
     }
     if (server == &line) line.Spoil({Set(4, 9)}), node->Read(&m_value, 1);
-    EXPECT_EQ(statusExtendedError, node->Read(&m_value, 1));
+    EXPECT_EQ(node->Read(&m_value, 1), statusExtendedError);
     EXPECT_FALSE(Tried(*node)) << node->LastError();
-    EXPECT_EQ(statusExtendedError, node->Read(&m_value, 2));
+    EXPECT_EQ(node->Read(&m_value, 2), statusExtendedError);
     EXPECT_TRUE(Has(node->LastError(), "number of values")) << node->LastError();
   }
 }
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr int kDropOuts = 20'000;  // slower, and no sanitizer sees more in more of them
-#else
-constexpr int kDropOuts = 100'000;  // with more requests than their number has room for
-#endif
 
 std::ptrdiff_t Entries(const char* folder) {
   return std::distance(std::filesystem::directory_iterator(folder), {});
@@ -675,14 +664,14 @@ TEST_F(ModbusPauses, LeaveNothingBehindHoweverOftenAConnectionGoes) {
   CRecorder recorder;
   CDriverNode idle(recorder, kModbus, At(m_server, "h0"), 1);
   const auto failing = Open(0, 0);
-  EXPECT_EQ(CValues{0}, idle.Read());
-  EXPECT_EQ(statusOk, failing->Read(&m_value, 1));
+  EXPECT_EQ(idle.Read(), CValues{0});
+  EXPECT_EQ(failing->Read(&m_value, 1), statusOk);
   const auto files = Entries("/proc/self/fd"), threads = Entries("/proc/self/task");
-  for (int i = 0; i < kDropOuts; ++i) {
+  for (int i = 0; i < 2000; ++i) {
     m_server.Drop(true);
     ASSERT_EQ(CValues{0}, idle.Read()) << idle.Fault();
-    if (i % 100) continue;
-    m_server.Spoil(i % 200 ? CReplyFault{Cut(9), CReplyFault::resets} : CReplyFault{Set(6, 9)});
+    if (i % 20) continue;
+    m_server.Spoil(i % 40 ? CReplyFault{Cut(9), CReplyFault::resets} : CReplyFault{Set(6, 9)});
     failing->Read(&m_value, 1);
     CDriverNode(recorder, kModbus, At(m_server, "h0"), 1);
     ASSERT_TRUE(Soon([&] { return failing->Read(&m_value, 1) == statusOk; }));
@@ -691,9 +680,9 @@ TEST_F(ModbusPauses, LeaveNothingBehindHoweverOftenAConnectionGoes) {
   for (int i = 0; i < 9; ++i) failing->Read(&m_value, 1);
   m_server.Start();
   EXPECT_TRUE(Soon([&] { return failing->Read(&m_value, 1) == statusOk; }));
-  EXPECT_EQ(CValues{0}, idle.Read());
+  EXPECT_EQ(idle.Read(), CValues{0});
   EXPECT_TRUE(Soon([&] { return Entries("/proc/self/fd") == files; })) << Entries("/proc/self/fd") - files;
-  EXPECT_EQ(threads, Entries("/proc/self/task"));
+  EXPECT_EQ(Entries("/proc/self/task"), threads);
 }
 
 TEST_F(Modbus, SharesALineWithItsUnitsAmongNodesOnTwoThreads) {
@@ -710,16 +699,16 @@ TEST_F(Modbus, SharesALineWithItsUnitsAmongNodesOnTwoThreads) {
               writer = Node(At(line, "h20 x 2: f32 cdab, c3"), 3, kWrite);
   const auto begin = steady_clock::now();
   std::thread other([&] {
-    for (int i = 0; i < 60; ++i) EXPECT_EQ((CValues{4, 5, 6}), two.Read());
+    for (int i = 0; i < 60; ++i) EXPECT_EQ(two.Read(), (CValues{4, 5, 6}));
   });
-  for (int i = 0; i < 60; ++i) EXPECT_EQ((CValues{1, 2, 3}), one.Read());
+  for (int i = 0; i < 60; ++i) EXPECT_EQ(one.Read(), (CValues{1, 2, 3}));
   other.join();
   EXPECT_LE(std::chrono::microseconds(119 * 1750), steady_clock::now() - begin) << "the silence of a line";
   EXPECT_TRUE(writer.Write({1.5f, -2, 1}));
-  EXPECT_EQ((CWords{0, 0x3FC0, 0, 0xC000}), line.Get('h', 20, 4));
-  EXPECT_EQ(CWords{1}, line.Get('c', 3, 1));
+  EXPECT_EQ(line.Get('h', 20, 4), (CWords{0, 0x3FC0, 0, 0xC000}));
+  EXPECT_EQ(line.Get('c', 3, 1), CWords{1});
   CDriverNode nobody = Node(missing, 3);
-  EXPECT_EQ(CValues{}, nobody.Read());
+  EXPECT_EQ(nobody.Read(), CValues{});
   EXPECT_TRUE(Has(nobody.Fault(), kTimeOut)) << nobody.Fault();
   wanted.text1 = (line.Name() + ":9600,8,E,1").c_str();
   EXPECT_TRUE(Has(Node(wanted, 3).Fault(), "Open Fatal Not named Modbus: text1: "))
@@ -766,8 +755,8 @@ TEST_F(Modbus, TakesNoReplyOfALineForThatToAnotherRequest) {
   CDriverNode next = Node(At(line, "h8"), 1);
   for (const auto& row : kRows) {
     line.Spoil(row.fault);
-    EXPECT_EQ(row.succeeds ? CValues{1} : CValues{}, Node(At(line, "h7", kShort), 1).Read()) << row.name;
-    EXPECT_EQ(CValues{2}, next.Read()) << row.name << ": " << next.Fault();
+    EXPECT_EQ(Node(At(line, "h7", kShort), 1).Read(), row.succeeds ? CValues{1} : CValues{}) << row.name;
+    EXPECT_EQ(next.Read(), CValues{2}) << row.name << ": " << next.Fault();
   }
 }
 
@@ -778,14 +767,14 @@ TEST_F(Modbus, SetsItsLineAndKeepsThePausesOfIt) {
   config.value2 = 200;
   const auto begin = steady_clock::now();
   CDriverNode node = Node(config, 2);
-  EXPECT_EQ((CValues{0, 0}), node.Read());
+  EXPECT_EQ(node.Read(), (CValues{0, 0}));
   EXPECT_LE(std::chrono::microseconds(264'166), steady_clock::now() - begin) << "and 3.5 characters";
   termios set = {};
   const int file = ::open(line.Name().c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
   ::tcgetattr(file, &set);
   ::close(file);
-  EXPECT_EQ(speed_t{B600}, ::cfgetospeed(&set));
-  EXPECT_EQ(tcflag_t{CSTOPB | PARODD}, set.c_cflag & (CSTOPB | PARODD));
+  EXPECT_EQ(::cfgetospeed(&set), speed_t{B600});
+  EXPECT_EQ(set.c_cflag & (CSTOPB | PARODD), tcflag_t{CSTOPB | PARODD});
 }
 
 TEST_F(Modbus, LosesNoScanWhenAnotherNodeClosesTheLineBehindItsOwn) {
@@ -797,7 +786,7 @@ TEST_F(Modbus, LosesNoScanWhenAnotherNodeClosesTheLineBehindItsOwn) {
   std::thread other([&] {
     for (int i = 0; i < 100; ++i) one.Read();
   });
-  for (int i = 0; i < 100; ++i) EXPECT_EQ((CValues{0, 0}), two.Read());
+  for (int i = 0; i < 100; ++i) EXPECT_EQ(two.Read(), (CValues{0, 0}));
   other.join();
 }
 
@@ -806,7 +795,7 @@ TEST_F(Modbus, FindsALineAgainThatWasGone) {
   line.Stop();
   CDriverNode node = Node(At(line, "h7"), 1);
   for (int i = 0; i < 2; ++i) {
-    EXPECT_EQ(CValues{}, node.Read());
+    EXPECT_EQ(node.Read(), CValues{});
     EXPECT_TRUE(Has(node.Fault(), "Error Not named Modbus " + line.Name() + " unit 1: ")) << node.Fault();
     line.Start();
     EXPECT_TRUE(Recovers(node, {0}));

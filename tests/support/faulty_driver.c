@@ -1,6 +1,5 @@
-/* A driver that keeps its contract, but for the one fault that the variable FAULT names. Its values are 1,
- * 2, 3... while text1 is what it was when the handle was opened; no text is to begin with a control
- * character. */
+/* A driver that keeps the contract, with one named fault: the variable FAULT at run time, or MODULE_FAULT of
+ * the build. Its values are 1, 2, 3... while text1 is the one that the handle was opened with. */
 #include <fcntl.h>
 #include <pthread.h>
 #include <signal.h>
@@ -10,6 +9,11 @@
 
 #include "vastra/plc/driver_api.h"
 
+#ifndef MODULE_ID
+#define MODULE_ID 9500
+#define MODULE_NAME "Faulty"
+#define MODULE_FAULT "none"
+#endif
 #define MOST_NODES 64
 
 static struct Node {
@@ -22,10 +26,12 @@ static pthread_t loader;
 static DriverRecord settings;
 static DriverFunctions table;
 
-static int Has(const char* fault) {
+static const char* Fault(void) {
   const char* given = getenv("FAULT");
-  return given && strcmp(given, fault) == 0;
+  return given ? given : MODULE_FAULT;
 }
+
+static int Has(const char* fault) { return strcmp(Fault(), fault) == 0; }
 
 static void* Wander(void* unused) {
   for (;;) usleep(1000);
@@ -41,7 +47,8 @@ static void Leave(void) {
 static int Open(DriverRecord config, int mode, int* handle) {
   int status = statusNoMemory, i;
   if (mode == driverModeOther) return Has("refuses a mode") ? statusNotOpened : statusInvalidMode;
-  if (config.plcType != 9500 || config.openState != 0 || config.variableCount != 2) return statusNoMemory;
+  if (getenv("FAULT") && (config.plcType != MODULE_ID || config.variableCount != 2)) return statusNoMemory;
+  if (config.openState != 0) return statusNoMemory;
   if (Has("gives a status of Read")) return statusTimeout;
   if (config.text1[0] == '\1') return statusExtendedError;
   Leave();
@@ -68,7 +75,7 @@ static int Read(float* values, int count, int handle) {
   if (Has("keeps a text") && strcmp(nodes[handle].given, nodes[handle].text) != 0) return statusTimeout;
   if (Has("serves one thread") && !pthread_equal(loader, pthread_self())) return statusTimeout;
   if (Has("gives 0")) return 0;
-  if (strncmp(getenv("FAULT"), "words ", 6) == 0) return statusExtendedError;
+  if (strncmp(Fault(), "words ", 6) == 0) return statusExtendedError;
   for (i = 0; i < count + Has("writes behind") - Has("leaves a value"); ++i) values[i] = (float)i + 1;
   if (Has("writes before")) values[-1] = 0;
   return statusOk;
@@ -90,6 +97,7 @@ static const char* GetExtendedError(int handle) {
   if (Has("crashes without a handle") && handle < 0) raise(SIGSEGV);
   if (Has("words null")) return NULL;
   if (Has("words empty")) return "";
+  if (Has("words with percent signs")) return "%s%n%s 100%";
   if (Has("words in Latin-1")) return "Ger\xE4t";
   if (Has("words without end")) return memset(endless, 'x', sizeof endless - 1);
   return "It does not work.";
@@ -97,7 +105,7 @@ static const char* GetExtendedError(int handle) {
 
 static int ShowConfig(int isNew) { return (void)isNew, Has("shows a form"); }
 static DriverRecord GetConfig(void) {
-  settings.plcType = Has("forgets its ID") ? settings.plcType : 9500;
+  settings.plcType = Has("forgets its ID") ? settings.plcType : MODULE_ID;
   settings.text1 = settings.text2 = NULL;
   return settings;
 }
@@ -107,13 +115,14 @@ DriverHeader GetDriverHeader(void) {
   static int calls = 0;
   static const DriverFunctions all = {ShowConfig, GetConfig,        SetConfig,       Open, Read, Write, Close,
                                       {0, 0},     GetExtendedError, GetExtendedError};
-  DriverHeader header = {9500, "Faulty", &table};
+  DriverHeader header = {MODULE_ID, MODULE_NAME, &table};
   table = all;
   loader = pthread_self();
   if (Has("has a new ID each time")) header.id += calls++;
   if (Has("has no table")) header.functions = NULL;
   if (Has("has no transfer")) table.Read = NULL, table.Write = NULL;
   if (Has("has no Close")) table.Close = NULL;
+  if (Has("has garbage for Close")) table.Close = (void (*)(int))(size_t)0x5A5A5A5A;
   if (Has("words missing")) table.GetExtendedError = NULL;
   if (Has("is named in Latin-1")) header.name = "Ger\xE4t";
   if (Has("has no name")) header.name = NULL;
@@ -121,6 +130,8 @@ DriverHeader GetDriverHeader(void) {
   return header;
 }
 
+#ifndef NO_VERSION
 int GetDriverApiVersion(void) {
   return Has("is of the future") ? DRIVER_API_VERSION + 1 : DRIVER_API_VERSION;
 }
+#endif
