@@ -1,4 +1,4 @@
-// What a listener hears of the log files of outputs and summaries.
+// The events of a listener for the log files of outputs and summaries.
 #include "vastra/logfiles/log_listener.h"
 
 #include "tests/stages/samples.h"
@@ -9,9 +9,9 @@ namespace vastra {
 namespace {
 
 // One line for each event; times count from kStart.
-class CHearer : public CLogListener {
+class CEvents : public CLogListener {
  public:
-  explicit CHearer(const CString& folder) : m_folder(folder) {}
+  explicit CEvents(const CString& folder) : m_folder(folder) {}
   void LogClosed(const CSavedLog& log) override { Add("closed", log); }
   void LogGrew(const CSavedLog& log) override { Add("grew", log); }
   void LogNotSaved(const CUnsavedLog& log) override {
@@ -53,11 +53,11 @@ class LogListener : public CStageFixture {
     return stage.Write(sample);
   }
 
-  CHearer m_hearer{m_dir.Path()};
+  CEvents m_events{m_dir.Path()};
   CStringArray m_names = Names({"x"});
 };
 
-TEST_F(LogListener, HearsOfEachFileOfEachOutput) {
+TEST_F(LogListener, GetsAnEventForEachFileOfEachOutput) {
   CLogMultiOutput stage;
   for (const char* prefix : {"a", "b"}) {
     auto* output = Make<COutputConfig>("WriteToLog = 1");
@@ -66,18 +66,18 @@ TEST_F(LogListener, HearsOfEachFileOfEachOutput) {
     stage.GetOptions()->m_outputs.AddTail(output);
   }
   stage.GetOptions()->m_outputs.GetTail()->m_saveRp = 1;
-  stage.SetLogListener(&m_hearer);
+  stage.SetLogListener(&m_events);
   ASSERT_EQ(stage.Open(m_names), 1);
   Write(stage, 0);
-  EXPECT_EQ(m_hearer.Take(), "");
+  EXPECT_EQ(m_events.Take(), "");
   Write(stage, 5);
-  EXPECT_EQ(m_hearer.Take(), "0 closed a1h.csv 2 0..5\n1 closed b1.rph 2 0..5\n1 closed b1h.csv 2 0..5\n");
+  EXPECT_EQ(m_events.Take(), "0 closed a1h.csv 2 0..5\n1 closed b1.rph 2 0..5\n1 closed b1h.csv 2 0..5\n");
   Write(stage, 7);
   {
     const CFileSizeLimit limit(10);
     stage.Close();
   }
-  EXPECT_EQ(m_hearer.Take(), "0 not saved a1h.csv 1: File too large\n1 not saved b1.rph 1: File too large\n");
+  EXPECT_EQ(m_events.Take(), "0 not saved a1h.csv 1: File too large\n1 not saved b1.rph 1: File too large\n");
   std::filesystem::remove((m_dir / "a1h.csv").Std());
   std::filesystem::remove((m_dir / "b1.rph").Std());
   ASSERT_EQ(stage.Open(m_names), 1);
@@ -86,24 +86,24 @@ TEST_F(LogListener, HearsOfEachFileOfEachOutput) {
     const CFileSizeLimit limit(10);
     stage.Close();
   }
-  EXPECT_EQ(m_hearer.Take(),
+  EXPECT_EQ(m_events.Take(),
             "0 not saved a1h.csv 1 short: File too large\n1 not saved b1.rph 1 short: File too large\n");
 }
 
-TEST_F(LogListener, HearsOfEachRowOfASummaryAndOfItsEnd) {
+TEST_F(LogListener, GetsAnEventForEachRowOfASummaryAndForItsEnd) {
   CLogMultiSummary stage;
   stage.GetOptions()->m_summaries.AddTail(Make<CSummaryConfig>("SampleIsValid = 1;WriteToSummary = 1"));
-  stage.SetLogListener(&m_hearer);
+  stage.SetLogListener(&m_events);
   ASSERT_EQ(stage.Open(m_names), 1);
   Write(stage, 0);
   Write(stage, 5);
   stage.Restart();
   EXPECT_EQ(
-      m_hearer.Take(),
+      m_events.Take(),
       "0 grew 0301021400d.csv 1 0..0\n0 grew 0301021400d.csv 2 0..5\n0 closed 0301021400d.csv 2 0..5\n");
   std::filesystem::remove_all(m_dir.Path().Std());
   Write(stage, 6);
-  EXPECT_EQ(m_hearer.Take(), "0 not saved 0301021401d.csv 1: No such file or directory\n");
+  EXPECT_EQ(m_events.Take(), "0 not saved 0301021401d.csv 1: No such file or directory\n");
 }
 
 }  // namespace

@@ -33,13 +33,12 @@ class VASTRA_API CLogTrendings : public CLogFacade {
   CTrendConfig* GetOptions() { return m_pOptions; }
   void ClearConfiguration() { m_pOptions->Clear(); }
 
-  // The stage and the views work on options from now on, which must exist as long as the stage; null: on the
-  // settings of the stage. A host that stores a configuration shares its part of it, so that there is one
-  // copy.
+  // Stage and views use options from now on, which must exist as long as the stage; null: the settings of the
+  // stage. A host that stores a configuration shares its part of it, so that there is only one copy.
   void ShareOptions(CTrendConfig* options) { m_pOptions = options ? options : &m_options; }
   // changed is called after a view or a dialog has changed the settings.
   void SetOptionsListener(std::function<void()> changed) { m_changed = std::move(changed); }
-  // Called by whoever has changed the settings through GetOptions.
+  // Call this after changing the settings through GetOptions.
   void OptionsChanged() const {
     if (m_changed) m_changed();
   }
