@@ -62,54 +62,40 @@ TEST_F(InputPage, ControlsDependOnTheChoices) {
 }
 
 TEST_F(InputPage, EditsGoToTheConfiguration) {
-  const CSteps
-      variables = {"Preprocess input / Variable List... / Available Vars?v,w, / Selected Vars?b, / ->>"},
-      equations = {
-          "Preprocess input / Preprocessed equations... / Equations?x = b; / Equations=y = b; z = y"};
-  const auto choose = [&](const CStringArray& paths) {
-    return [&, paths](QWidget*) { m_user.chooser.paths = paths; };
+  const CInputConfig config = Config();
+  CInputConfig wanted = config;
+  const auto edit = [&](const CSteps& steps) {
+    m_page.SetConfiguration(config);
+    EXPECT_EQ(m_user.Run({&m_page}, steps), IDOK);
+    EXPECT_EQ(Held<CInputConfig>(m_page, config), TextOf(wanted));
   };
-  const struct {
-    CSteps steps;
-    std::function<void(CInputConfig&)> change;
-  } kCases[] = {
-      {{}, [](CInputConfig&) {}},
-      {{"Auto Start", "As fast as possible"},
-       [](CInputConfig& c) { c.m_autoStart = c.m_asFastAsPossible = 1, c.m_scanPeriod = 10; }},
-      {{"As fast as possible", "Scan period :"}, [](CInputConfig& c) { c.m_scanPeriod = 5000; }},
-      {{"Scan period :=65000"}, [](CInputConfig& c) { c.m_scanPeriod = 65000; }},
-      {{"Simulating", choose(Names({"/z.rph", "/a.rph"})), "Select Files..."},
-       [](CInputConfig& c) {
-         c.m_simulating = 1;
-         c.m_inputFiles.RemoveAll();
-         c.m_inputFiles.AddTail("/z.rph");
-         c.m_inputFiles.AddTail("/a.rph");
-       }},
-      {{"Simulating", choose({}), "Select Files..."}, [](CInputConfig& c) { c.m_simulating = 1; }},
-      {variables + CSteps{"OK"},
-       [](CInputConfig& c) {
-         c.m_preprocess = 1, c.m_preNewVars = Names({"b", "v", "w"});
-       }},
-      {variables + CSteps{"Cancel"}, [](CInputConfig& c) { c.m_preprocess = 1; }},
-      {equations + CSteps{"OK"},
-       [](CInputConfig& c) {
-         c.m_preprocess = 1;
-         c.m_preEquations = Names({"y = b", " z = y"});
-         c.m_preEquationText = "y = b; z = y";
-       }},
-      {equations + CSteps{"Cancel"}, [](CInputConfig& c) { c.m_preprocess = 1; }},
-      // Without a node the names are not known and no list opens.
-      {{"Net nodes#0 / Delete Node / Preprocess input / Variable List... / Simulating"},
-       [](CInputConfig& c) { c.m_preprocess = c.m_simulating = 1, c.m_plcNodes.RemoveAll(); }},
-  };
-  for (const auto& c : kCases) {
-    CInputConfig wanted = Config();
-    m_page.SetConfiguration(wanted);
-    c.change(wanted);
-    EXPECT_EQ(m_user.Run({&m_page}, c.steps + CSteps{"! / OK"}), IDOK);
-    EXPECT_EQ(Held<CInputConfig>(m_page, Config()), TextOf(wanted));
-  }
+  wanted.m_preprocess = 1;
+  edit(
+      {"Preprocess input / Variable List... / ->> / Cancel / Preprocessed equations... / Equations=z = 1; / "
+       "Cancel / Simulating / Select Files... / Connected / OK"});
+  wanted.m_autoStart = wanted.m_simulating = 1;
+  wanted.m_scanPeriod = 65000;
+  wanted.m_preNewVars = Names({"b", "v", "w"});
+  wanted.m_preEquations = Names({"y = b", " z = y"});
+  wanted.m_preEquationText = "y = b; z = y";
+  wanted.m_inputFiles.RemoveAll();
+  for (const char* path : {"/z.rph", "/a.rph"}) wanted.m_inputFiles.AddTail(path);
+  m_user.chooser.paths = Names({"/z.rph", "/a.rph"});
+  edit(
+      {"Preprocess input / Variable List... / Available Vars?v,w, / Selected Vars?b, / ->> / OK / "
+       "Preprocessed equations... / Equations?x = b; / Equations=y = b; z = y / OK / Scan period :=65000 / "
+       "Auto Start / Simulating / Select Files... / OK"});
   EXPECT_EQ(m_user.chooser.file.filter, "Heat Files (*.rph)|*.rph||");
+  wanted = config;
+  wanted.m_scanPeriod = 5000;
+  edit({"As fast as possible / Scan period : / OK"});
+  wanted.m_scanPeriod = 10;
+  wanted.m_asFastAsPossible = wanted.m_simulating = 1;
+  wanted.m_plcNodes.RemoveAll();
+  // Without a node the names are not known: no list opens.
+  edit(
+      {"As fast as possible / Net nodes#0 / Delete Node / Preprocess input / Variable List... / Preprocess "
+       "input / Simulating / OK"});
 }
 
 TEST_F(InputPage, ThePageRefusesSettingsThatCannotWork) {

@@ -32,11 +32,8 @@ class NodeDialog : public testing::Test {
  protected:
   NodeDialog() { m_list.Create(); }
   // Edits m_node, or a new one. OK closes the dialog unless a box refuses it.
-  int Run(const CSteps& steps, bool isNew = false, int mode = CDriverTypeDlg::readNode) {
+  int Run(const CSteps& steps, bool isNew = false) {
     CDriverTypeDlg dialog;
-    dialog.m_mode = mode;
-    dialog.m_pInputPage = m_pInput;
-    dialog.m_pSmartPage = m_pSmart;
     dialog.m_pNameList = m_pNames;
     dialog.m_pScaler = &m_node.m_scaler;
     if (!isNew) dialog.m_driverId = static_cast<UINT>(m_node.m_driver.plcType);
@@ -62,8 +59,6 @@ class NodeDialog : public testing::Test {
   CScriptedDriver m_driver;
   CDialog m_list{kListTemplate};
   CListBox* m_pNames = nullptr;
-  CInputPage* m_pInput = nullptr;
-  CSmartPage* m_pSmart = nullptr;
   CPlcNodeConfig m_node = Node("node");
 };
 
@@ -176,38 +171,6 @@ TEST_F(NodeDialog, RowsOfTheScalerFollowTheVariables) {
   alone.UpdateScalers(0);  // there is no node to write to
 }
 
-TEST_F(NodeDialog, AWrittenNodeHasTheVariablesOfThePages) {
-  CInputPage input, unknown;
-  SetInput(input, {"p"});
-  SetInput(unknown, {});
-  CSmartPage smart;
-  SetSmart(smart, {"s"});
-  const struct {
-    CInputPage* input;
-    CSmartPage* smart;
-    const char* offered;  // null: no dialog opens
-    const char* scales;
-  } kCases[] = {
-      {nullptr, nullptr, "", "b 2,a 4,"},
-      {&input, nullptr, "p,", "b 2,a 4,p 1,"},
-      {&input, &smart, "p,s,", "b 2,a 4,p 1,s 1,"},
-      {&unknown, &smart, nullptr, "a 4,b 2,"},
-  };
-  for (const auto& c : kCases) {
-    m_pInput = c.input;
-    m_pSmart = c.smart;
-    m_node = Node("node");
-    CSteps steps = {"Variable List"};
-    // A scale survives the removal of its variable until OK.
-    if (c.offered)
-      steps = {"Variable List / Selected Vars#0 / Delete Variable / OK / Variable List / " +
-               std::string("Available Vars?") + c.offered +
-               " / Insert  New Variable / New Variable=a / OK / ->> / OK"};
-    EXPECT_EQ(Run(steps + CSteps{"OK"}, false, CDriverTypeDlg::writeNode), IDOK);
-    EXPECT_EQ(Scales(), c.scales);
-  }
-}
-
 void AddNode(CInputConfig& config, const CPlcNodeConfig& node) {
   config.m_plcNodes.AddTail(new CPlcNodeConfig(node));
 }
@@ -232,22 +195,15 @@ void EditNodes(const std::string& add, const std::string& edit, const std::strin
                CSteps{"!PLC name already used", "Name :=B", "OK", "Net nodes?y,,A,B,", "Net nodes#2", edit,
                       "Name :=A", "OK", "Net nodes#2", edit, "Name :=C", "Cancel", "Net nodes##3", "Name :?B",
                       "Name :=C", "Configure PLC", "OK", "Net nodes?y,,A,C,", "Cancel"});
-  TConfig wanted;
-  for (const char* name : {"y", "", "A", "C"}) {
-    CPlcNodeConfig node = Node(name);
-    if (*name == 'A' || *name == 'C') {
-      node.m_driver.value1 = *name == 'A' ? 20 : 50;
-      node.m_driver.variableCount = 2;
-      node.m_driver.text1 = node.m_driver.text2 = "typed";
-      node.m_varNames = Names({"v", "w"});
-      node.m_scaler.m_nodes.SetSize(2);
-      node.m_scaler.m_nodes[0].m_varName = "v";
-      node.m_scaler.m_nodes[1].m_varName = "w";
-      node.m_scaler.m_nodes[0].m_scale = node.m_scaler.m_nodes[1].m_scale = 1;
-    }
-    AddNode(wanted, node);
-  }
-  EXPECT_EQ(Held<TConfig>(page, config), TextOf(wanted));
+  const std::string
+      kOld =
+          "plcType:777|value1:1|}varNames:a,b,|scaler[{scale:2|varName:b|}{scale:3|varName:gone|}{scale:4|"
+          "varName:a|}}}",
+      kForm = "variableCount:2|plcType:777|text1:typed|text2:typed|value1:",
+      kNew = "|}varNames:v,w,|scaler[{scale:1|varName:v|}{scale:1|varName:w|}}}";
+  const std::string held = Held<TConfig>(page, config);
+  EXPECT_EQ(held.substr(held.find('[')), "[{nodeName:y|" + kOld + "{" + kOld + "{nodeName:A|" + kForm + "20" +
+                                             kNew + "{nodeName:C|" + kForm + "50" + kNew + "}");
 }
 
 TEST(NodePages, NodesAreAddedEditedAndDeleted) {
@@ -257,13 +213,14 @@ TEST(NodePages, NodesAreAddedEditedAndDeleted) {
 
 TEST(PlcWritePage, AppendsNodesAndOffersTheVariablesOfThePages) {
   CPlcWritePage page;
-  CPlcMultiConfig config, target;
+  CPlcMultiConfig config, second, target;
   config.m_disableWriting = 1;
   AddNode(config, Node("a"));
+  AddNode(second, Node("c"));
   page.SetConfiguration(config);
+  page.SetConfiguration(second);
+  AddNode(config, Node("c"));
   config.m_disableWriting = 0;
-  page.SetConfiguration(config);
-  AddNode(config, Node("a"));
   target.m_nodeNumber = 7;
   target.m_disableWriting = 1;
   page.GetConfiguration(target);
@@ -277,10 +234,17 @@ TEST(PlcWritePage, AppendsNodesAndOffersTheVariablesOfThePages) {
   SetSmart(smart, {"s"});
   page.SetInputPointer(&input);
   page.SetSmartPointer(&smart);
-  const CSteps look = {"Variable List / Available Vars?p,s, / Cancel / Cancel"};
+  const std::string look = "Variable List / Available Vars?p,s, / Cancel / Cancel / Net nodes#0 / Edit  / ",
+                    remove = "Variable List / Selected Vars#0 / Delete Variable / OK / ",
+                    insert = "Variable List / Insert  New Variable / New Variable=a / OK / ->> / OK / OK";
   CSheetUser user;
-  user.Run({&page},
-           CSteps{"Disable Writing / Add "} + look + CSteps{"Net nodes#0 / Edit "} + look + CSteps{"OK"});
+  user.Run({&page}, {"Disable Writing / Add  / " + look + remove + insert,
+                     [&](QWidget*) { SetInput(input, {}); },  // its names are not known: no list opens
+                     "Net nodes#0 / Edit  / Variable List / OK / OK"});
+  page.GetConfiguration(target);
+  const CPlcNodeConfig& node = target.m_nodes.GetHead()->m_node;
+  EXPECT_EQ(Joined(node.m_varNames), "b,a,p,s,");
+  EXPECT_EQ(node.m_scaler.m_nodes[1].m_scale, 4) << "the scale is kept until OK";
   page.DeleteList();
   EXPECT_EQ(Held<CPlcMultiConfig>(page), "nodes[}disableWriting:1|");
 }

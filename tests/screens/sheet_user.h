@@ -78,17 +78,6 @@ inline void Enter(QWidget* window, const char* name, const QString& text) {
     edit->insert(text);  // QTest has no keys for it
 }
 
-inline void Mark(QListWidget* list, int row) {
-  if (list->selectionMode() == QAbstractItemView::SingleSelection) return list->setCurrentRow(row);
-  list->item(row)->setSelected(true);
-}
-
-inline void DoubleClick(QListWidget* list, int row) {
-  const QPoint place = list->visualItemRect(list->item(row)).center();
-  QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, place);
-  QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, place);
-}
-
 class CSheetUser {
  public:
   ~CSheetUser() { EXPECT_EQ(boxes.Take(), CTexts()); }
@@ -168,8 +157,13 @@ class CSheetUser {
     if (step[end] == '=') return Enter(window, name.c_str(), QString::fromStdString(rest));
     if (step[end] == '?') return Expect(StateOf(window, name.c_str()), rest);
     auto* list = Find<QListWidget>(window, name.c_str());
-    if (rest[0] != '#') return Mark(list, std::stoi(rest));
-    Act([&] { DoubleClick(list, std::stoi(rest.substr(1))); });
+    const bool isDouble = rest[0] == '#';
+    QListWidgetItem* item = list->item(std::stoi(rest.substr(isDouble)));
+    list->setCurrentItem(item);
+    item->setSelected(true);  // also in a list without a current item
+    const QPoint place = list->visualItemRect(item).center();
+    if (isDouble) QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, place);
+    if (isDouble) Act([&] { QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, place); });
   }
 
   static void Expect(const std::string& state, const std::string& expected) { EXPECT_EQ(state, expected); }

@@ -24,27 +24,15 @@ class TrendFacade : public testing::Test {
 };
 
 TEST_F(TrendFacade, OkWritesTheSettingsAndOnlyTheFlagSurvivesCancel) {
-  const CSteps insert = {"Variables  / Insert  New Variable / New Variable=new / OK"};
-  const auto state = [](const char* extra, const char* equations, const char* flag, const char* text) {
-    return std::string(extra) + "equations:" + equations + "|baseVars:a,b,|" + flag + "equationText:" + text +
-           "|";
-  };
-  const std::string kBefore = state("extraVars:old,|", "old = a,", "calculateExtra:7|", "old = a");
+  const std::string kInsert = "Variables  / Insert  New Variable / New Variable=new / OK / ";
   const struct {
-    CSteps steps;
-    std::string ok, cancelled;
+    std::string steps, flag, extra, equations, text;  // after OK
   } kCases[] = {
-      {{}, kBefore, kBefore},
-      {{"Variables  / Variable List#2 / Delete Variable / OK"},
-       state("", "old = a,", "", "old = a"),
-       state("extraVars:old,|", "old = a,", "", "old = a")},
-      {insert + CSteps{"OK"}, state("extraVars:old,new,|", "old = a,", "calculateExtra:1|", "old = a"),
-       state("extraVars:old,|", "old = a,", "calculateExtra:1|", "old = a")},
-      {insert + CSteps{"Cancel"}, kBefore, kBefore},
-      {{"Equations / Equations?old = a / Equations=n = b; m = n; / OK"},
-       state("extraVars:old,|", "n = b, m = n,", "calculateExtra:7|", "n = b; m = n;"),
-       kBefore},
-      {{"Equations / Equations=n = b; / Cancel"}, kBefore, kBefore},
+      {kInsert + "Cancel / Equations / Equations=n = b; / Cancel", "calculateExtra:7|", "extraVars:old,|",
+       "old = a,", "old = a"},
+      {"Variables  / Variable List#2 / Delete Variable / OK", "", "", "old = a,", "old = a"},
+      {kInsert + "OK / Equations / Equations?old = a / Equations=n = b; m = n; / OK", "calculateExtra:1|",
+       "extraVars:old,new,|", "n = b, m = n,", "n = b; m = n;"},
   };
   for (const auto& c : kCases) {
     for (const bool accepts : {true, false}) {
@@ -53,8 +41,11 @@ TEST_F(TrendFacade, OkWritesTheSettingsAndOnlyTheFlagSurvivesCancel) {
       m_options.m_equationText = "old = a";
       m_options.m_equations = Names({"old = a"});
       m_options.m_calculateExtra = 7;
-      EXPECT_EQ(Run(c.steps + (accepts ? CSteps{"OK"} : CSteps{})), accepts ? IDOK : IDCANCEL);
-      EXPECT_EQ(TextOf(m_options), accepts ? c.ok : c.cancelled);
+      EXPECT_EQ(Run(accepts ? CSteps{c.steps, "OK"} : CSteps{c.steps}), accepts ? IDOK : IDCANCEL);
+      EXPECT_EQ(TextOf(m_options), accepts ? c.extra + "equations:" + c.equations + "|baseVars:a,b,|" +
+                                                 c.flag + "equationText:" + c.text + "|"
+                                           : "extraVars:old,|equations:old = a,|baseVars:a,b,|" + c.flag +
+                                                 "equationText:old = a|");
     }
   }
 }
