@@ -21,7 +21,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr auto kSlice = 100ms;  // between two looks at whether the process has ended
 
-CString Decimal(long long number) { return CString(std::to_string(number)); }
+CString NumberText(long long number) { return CString(std::to_string(number)); }
 
 // The process of the trial. Follow reads its lines until it is done, has ended or hangs.
 class CTrialProcess {
@@ -143,13 +143,13 @@ bool CTrialProcess::Report(EFinding finding, const CString& words) {
 CString CTrialProcess::HowEnded() const {
   const CString call = " in " + CString(m_call);
   if (m_hangs)
-    return "it did not come back within " + Decimal(m_test.limit.count()) + " s" + call +
+    return "it did not come back within " + NumberText(m_test.limit.count()) + " s" + call +
            " (--limit gives it more)";
   if (!WIFSIGNALED(m_waitStatus))
-    return "its process ended with status " + Decimal(WEXITSTATUS(m_waitStatus)) + call;
+    return "its process ended with status " + NumberText(WEXITSTATUS(m_waitStatus)) + call;
   const int signal = WTERMSIG(m_waitStatus);
   const char* hint = signal == SIGABRT ? ", as by an exception that nobody can catch" : "";
-  return "its process was ended by signal " + Decimal(signal) + " (" + ::strsignal(signal) + ")" + call +
+  return "its process was ended by signal " + NumberText(signal) + " (" + ::strsignal(signal) + ")" + call +
          hint;
 }
 
