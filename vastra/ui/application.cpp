@@ -55,7 +55,7 @@ int AnswerOf(int button) {
   }
 }
 
-// A dialog of the toolkit over the active window. That may go while the dialog is open, and takes it along.
+// A dialog of the toolkit over the active window. If that window is destroyed, so is the dialog.
 template <class DIALOG>
 class COverActive {
  public:
@@ -65,7 +65,7 @@ class COverActive {
   COverActive& operator=(const COverActive&) = delete;
 
   DIALOG* operator->() const { return m_dialog; }
-  // What its exec gives; 0 also if it is gone.
+  // The result of exec; 0 also if the dialog was destroyed.
   int Run() {
     const int result = m_dialog->exec();
     return m_dialog ? result : 0;
@@ -89,7 +89,7 @@ int ShowBox(const CString& text, const CString& title, UINT type) {
 
 class CBoxes : public CPrompter {
  public:
-  // A worker waits until the user has answered on the window's thread.
+  // A worker waits until the user has answered on the thread of the windows.
   int Show(const CString& text, const CString& title, UINT type) override {
     int answer = IDCANCEL;
     const auto show = [&] { answer = ShowBox(text, title, type); };
@@ -101,7 +101,7 @@ class CBoxes : public CPrompter {
   }
 };
 
-// "Text Files (*.txt)|*.txt|All Files (*.*)|*.*||" as the toolkit writes it: the words hold the patterns.
+// Converts "Text Files (*.txt)|*.txt|All Files (*.*)|*.*||" to the form of the toolkit.
 QStringList FiltersOf(const CString& filter) {
   const QStringList parts = ToScreen(filter).split('|');
   QStringList filters;
@@ -113,8 +113,8 @@ QStringList FiltersOf(const CString& filter) {
   return filters;
 }
 
-// They begin in the folder of the last choice. The first begins where the program was started: the current
-// directory may have become another since.
+// A chooser starts in the folder of the last choice. The first one starts in the start folder of the program,
+// since the current directory can have changed.
 class CDialogs : public CChooser {
  public:
   int ChooseFile(const CFileQuestion& question, CString& path) override {
@@ -161,7 +161,7 @@ class CDialogs : public CChooser {
     return Take(dialog, paths);
   }
 
-  // 1: there is a path at least.
+  // 1: a path was chosen.
   int Take(COverActive<QFileDialog>& dialog, CStringArray& paths) {
     if (!dialog.Run() || dialog->selectedFiles().isEmpty()) return 0;
     m_folder = dialog->directory().absolutePath();
@@ -176,7 +176,7 @@ class CDialogs : public CChooser {
 }  // namespace
 
 CWindows::CWindows() : m_prompter(std::make_unique<CBoxes>()), m_chooser(std::make_unique<CDialogs>()) {
-  // The toolkit's application has set the user's locale; numbers of the engine have a point in any.
+  // The application object has set the user's locale; the engine needs a decimal point.
   std::setlocale(LC_NUMERIC, "C");
   m_formerPrompter = SetPrompter(m_prompter.get());
   m_formerChooser = SetChooser(m_chooser.get());

@@ -1,5 +1,5 @@
-// CWindows: what a program with windows gives the engine: real modal boxes and real choosers. One object,
-// made after the toolkit's application and gone before it.
+// CWindows: installs modal message boxes and choosers for the engine. A program with windows makes one
+// object, after the application object of the toolkit, and destroys it before that.
 #pragma once
 
 #include <memory>
@@ -23,8 +23,7 @@ class VASTRA_API CWindows {
   CChooser* m_formerChooser;
 };
 
-// Calls routine when the toolkit's application goes, while windows can still be used. Asking twice is asking
-// once.
+// Calls routine once when the application object is destroyed, while windows can still be used.
 VASTRA_API void AtApplicationEnd(void (*routine)());
 
 }  // namespace vastra

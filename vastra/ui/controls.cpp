@@ -17,12 +17,12 @@
 namespace vastra {
 namespace {
 
-// A caption's "&" is one to be seen, no mark of a key.
+// Shows each "&" of a caption; none marks a key.
 QString ToCaption(const CString& text) { return ToScreen(text).replace('&', "&&"); }
 
 CString FromCaption(const QString& caption) { return FromScreen(QString(caption).replace("&&", "&")); }
 
-// An entry keeps the bytes of its text beside what it shows.
+// An entry stores the bytes of its string beside the shown text.
 constexpr int kBytes = Qt::UserRole;
 
 QByteArray ToBytes(const CString& text) { return {text.View().data(), text.GetLength()}; }
@@ -47,8 +47,8 @@ int FindText(const T& list, const CString& text) {
 
 QListWidget& ListOf(const CWnd& window) { return *static_cast<QListWidget*>(window.Widget()); }
 
-// A list whose entries can all be marked with the arrow keys. The one that the tab key has come to is not
-// marked yet: the first arrow marks it, where the toolkit's would leave it for the next, if there is one.
+// A list in which the first arrow key selects the current entry if none is selected. The toolkit's list would
+// select the next one, so that a single entry could not be selected.
 class CKeyList : public QListWidget {
  public:
   using QListWidget::QListWidget;
@@ -63,7 +63,7 @@ class CKeyList : public QListWidget {
   }
 };
 
-// A list that moves its marked entry with Ctrl and an arrow key.
+// A list that moves its selected entry with Ctrl and an arrow key.
 class CDragList : public CKeyList {
  public:
   using CKeyList::CKeyList;
@@ -87,7 +87,7 @@ class CDragList : public CKeyList {
   }
 };
 
-// What a text edit holds, its blanks as they are.
+// The text of a text edit, with its blanks unchanged.
 QString TextOf(const QPlainTextEdit& edit) {
   return edit.document()->toRawText().replace(QChar::ParagraphSeparator, '\n');
 }
@@ -104,8 +104,8 @@ CString CButton::GetWindowText() const {
   return FromCaption(static_cast<QAbstractButton*>(Widget())->text());
 }
 
-// Of a group the tab key goes to the button that is checked. The toolkit sees to that only once one of them
-// has had the focus.
+// Makes the checked button of a group its tab stop. The toolkit does so only after one of the buttons has had
+// the focus.
 void CButton::SetCheck(int check) {
   auto* button = static_cast<QAbstractButton*>(Widget());
   button->setChecked(check != 0);

@@ -1,4 +1,4 @@
-// The controls of dialogs. A dialog makes them from its template and finds them by caption.
+// The controls of dialogs. A dialog creates them from its template and finds them by caption.
 #pragma once
 
 #include <vector>
@@ -30,69 +30,69 @@ class VASTRA_API CStatic : public CWnd {
   CString GetWindowText() const override;
 };
 
-// A field of one or of many lines. The text that was set keeps its bytes until the user edits it. Lines that
-// are typed end with "\r\n".
+// A field of one or more lines. A text that was set keeps its bytes until the user edits it. Typed lines end
+// with "\r\n".
 class VASTRA_API CEdit : public CWnd {
  public:
   CEdit() = default;
   explicit CEdit(QWidget* widget);  // a line edit or a plain text edit
   void SetWindowText(const CString& text) override;
   CString GetWindowText() const override;
-  // Marks count characters from the byte at offset of GetWindowText on, and scrolls them into view.
+  // Selects count characters from the byte offset in GetWindowText on and scrolls them into view.
   void SelectAt(int offset, int count);
   CString GetSelectedText() const;
   void SelectAll();
 
  private:
-  CString m_text;  // as set
+  CString m_text;  // that was set
 };
 
-// A list of texts. Indexes run from 0 to below GetCount().
+// A list of strings. Indexes are from 0 to GetCount() - 1.
 class VASTRA_API CListBox : public CWnd {
  public:
   explicit CListBox(QListWidget* widget);
   static QListWidget* NewWidget(QWidget* parent);
   int GetCount() const;
   CString GetText(int index) const;
-  int AddString(const CString& text);  // at the end; its index
+  int AddString(const CString& text);  // at the end; returns its index
   void SetText(int index, const CString& text);
   void DeleteString(int index);
   void ResetContent();
-  int Find(const CString& text) const;  // byte for byte; -1: not there
-  // The first entry behind index after that is text as a whole, whatever the letter case. The search goes on
-  // at the top, up to after itself; -1: there is none.
+  int Find(const CString& text) const;  // byte for byte; -1: not found
+  // The first entry after index after that equals text, ignoring case. The search continues at the top, up to
+  // and including after; -1: not found.
   int FindStringExact(int after, const CString& text) const;
-  // Of a list in which one entry can be marked; -1: none.
+  // Of a list with single selection; -1: none.
   int GetCurSel() const;
   void SetCurSel(int index);
-  // Of a list in which several can.
+  // Of a list with multiple selection.
   std::vector<int> GetSelItems() const;  // in order
   void SelectAll();
 
-  void SetTexts(const CStringArray& texts);  // in place of what it holds
+  void SetTexts(const CStringArray& texts);  // replaces all entries
   CStringArray GetTexts() const;             // top to bottom
 };
 
-// A list whose entries can be dragged to another place, or moved there with Ctrl and the arrow keys.
+// A list whose entries can be moved by dragging, or with Ctrl and the arrow keys.
 class VASTRA_API CDragListBox : public CListBox {
  public:
   using CListBox::CListBox;
   static QListWidget* NewWidget(QWidget* parent);
 };
 
-// A list that drops down, of which one entry is selected; one that can be typed in, too.
+// A drop-down list; some can be typed in.
 class VASTRA_API CComboBox : public CWnd {
  public:
   explicit CComboBox(QComboBox* widget);
-  // What is shown: an entry with the bytes it was added with, or what was typed.
-  void SetWindowText(const CString& text) override;  // of one that can be typed in
+  // The shown text: an entry, with the bytes that were added, or the typed text.
+  void SetWindowText(const CString& text) override;  // only if it can be typed in
   CString GetWindowText() const override;
   int GetCount() const;
   CString GetText(int index) const;
-  int AddString(const CString& text);  // at the end; its index
-  int GetCurSel() const;               // -1: none, or what is shown has been typed
+  int AddString(const CString& text);  // at the end; returns its index
+  int GetCurSel() const;               // -1: none, or a typed text
   void SetCurSel(int index);
-  int Find(const CString& text) const;  // byte for byte; -1: not there
+  int Find(const CString& text) const;  // byte for byte; -1: not found
 };
 
 }  // namespace vastra

@@ -1,4 +1,4 @@
-// Between our geometry and colours and those of the toolkit.
+// Converts geometry and colours to those of the toolkit and back.
 #pragma once
 
 #include "vastra/platform/api.h"

@@ -27,9 +27,9 @@
 namespace vastra {
 namespace {
 
-constexpr int kLineOfText = 12;  // dialog units: a text that is higher has several
+constexpr int kLineOfText = 12;  // dialog units; a higher label has several lines
 
-// Pixels of a dialog unit of font, times 4 and 8.
+// Pixels of 4 horizontal and 8 vertical dialog units of font.
 QSize UnitsOf(const QFont& font) {
   const QFontMetrics metrics(font);
   const QString letters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
@@ -44,7 +44,7 @@ QRect ToPixels(QSize units, int x, int y, int cx, int cy) {
 
 QString Caption(const CControl& model) { return ToScreen(model.caption).replace('&', "&&"); }
 
-// A control that is only there to be looked at lets the mouse through to the dialog.
+// A control without input passes the mouse events to the dialog.
 QFrame* NewFrame(QWidget& parent, bool hasEdges) {
   auto* frame = new QFrame(&parent);
   if (hasEdges) {
@@ -57,7 +57,8 @@ QFrame* NewFrame(QWidget& parent, bool hasEdges) {
 
 QPushButton* NewButton(const CControl& model, QWidget& parent) {
   auto* button = new QPushButton(Caption(model), &parent);
-  button->setDefault(model.kind == CControl::defaultButton);  // Return presses it, or the one with the focus
+  button->setDefault(model.kind ==
+                     CControl::defaultButton);  // Return presses the default button or the one with the focus
   return button;
 }
 
@@ -69,7 +70,7 @@ QListWidget* NewList(const CControl& model, QWidget& parent) {
 
 QLineEdit* NewLine(const CControl& model, QWidget& parent) {
   auto* line = new QLineEdit(&parent);
-  line->setMaxLength(std::numeric_limits<int>::max());  // the toolkit's would cut off what is shown
+  line->setMaxLength(std::numeric_limits<int>::max());  // the toolkit's limit would cut the text
   if (model.kind == CControl::numberEdit)
     line->setValidator(new QRegularExpressionValidator(QRegularExpression("[0-9]*"), line));
   return line;
@@ -80,7 +81,7 @@ QComboBox* NewCombo(const CControl& model, QWidget& parent) {
   if (model.kind != CControl::comboEdit) return combo;
   combo->setEditable(true);
   combo->setInsertPolicy(QComboBox::NoInsert);
-  combo->setCompleter(nullptr);  // which would put the case of an entry in place of what is typed
+  combo->setCompleter(nullptr);  // it would change the case of typed text to that of an entry
   return combo;
 }
 
@@ -145,7 +146,7 @@ std::unique_ptr<CWnd> NewControl(const CControl& model, QWidget& parent) {
 
 }  // namespace
 
-// The window. The keys of a dialog and its close box come here.
+// The window, which gets the keys of a dialog and its close box.
 class CDialog::CWidget : public QDialog {
  public:
   explicit CWidget(QWidget* parent) : QDialog(parent) {}
@@ -239,7 +240,7 @@ int CDialog::DoModal() {
   CWidget* widget = Make(m_parent ? m_parent->Widget() : GetActiveWidget());
   m_modal = true;
   m_ended = false;
-  m_result = IDCANCEL;  // stays if the window goes with its parent
+  m_result = IDCANCEL;  // the result if the parent is destroyed
   if (m_model.style & CDialogTemplate::blocksParent) widget->setWindowModality(Qt::WindowModal);
   OnInitDialog();
   if (!m_ended) widget->exec();
@@ -252,7 +253,7 @@ int CDialog::Create(CWnd* parent) {
   QWidget* owner = parent ? parent->Widget() : GetActiveWidget();
   while (!parent && dynamic_cast<CWidget*>(owner)) owner = owner->parentWidget();
   Make(owner);
-  const std::shared_ptr<CDialog*> self = m_self;  // OnInitDialog may be the end of this object
+  const std::shared_ptr<CDialog*> self = m_self;  // OnInitDialog can delete this object
   OnInitDialog();
   return *self != nullptr;
 }

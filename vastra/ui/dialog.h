@@ -1,10 +1,10 @@
-// CDialog: a dialog made from a template, run modally or left open. Its controls are found by their captions.
+// CDialog: a dialog made from a template, modal or modeless. Its controls are found by their captions.
 //
 //   constexpr CControl kControls[] = {{CControl::edit, "New Variable", {7, 17, 150, 14}}, ...};
 //   constexpr CDialogTemplate kTemplate = {"Insert Variable", {164, 60}, kControls};
 //
-// Templates measure in dialog units: a fourth of the average width and an eighth of the height of a character
-// of the dialog's font.
+// Templates use dialog units: a quarter of the average width and an eighth of the height of a character of
+// the dialog's font.
 #pragma once
 
 #include <functional>
@@ -25,22 +25,22 @@ struct CControl {
     button,
     defaultButton,
     checkBox,
-    firstRadioButton,  // begins a group of which one is checked
-    radioButton,       // belongs to the group begun before it
+    firstRadioButton,  // starts a group, of which one button is checked
+    radioButton,       // belongs to the group before it
     edit,
-    numberEdit,     // takes digits alone
-    multiLineEdit,  // Return makes a new line
-    listBox,        // one entry can be marked
-    multiListBox,   // several can
-    dragListBox,    // one can, and dragged
-    comboBox,       // one of a list that drops down
-    comboEdit,      // that, or a text that is typed
+    numberEdit,     // accepts digits only
+    multiLineEdit,  // Return inserts a line end
+    listBox,        // single selection
+    multiListBox,   // multiple selection
+    dragListBox,    // single selection, entries can be dragged
+    comboBox,       // a drop-down list
+    comboEdit,      // the same, or a typed text
     tabs,           // of the pages of a property sheet
     grid,           // for a CGXGridWnd
-    frame,          // sunken edges
-    area,           // a place without edges
+    frame,          // an area with sunken edges
+    area,           // an area without edges
   };
-  // Edges that follow the right or the bottom edge of the dialog when it is resized.
+  // Edges that move with the right or bottom edge of the dialog when it is resized.
   enum EGrow {
     stay = 0,
     moveX = 1,
@@ -52,9 +52,8 @@ struct CControl {
   };
 
   EKind kind;
-  // What a button, a box, a group or a text shows; a text breaks its lines if there is room for two. Of the
-  // others, which show none, their name for finding them and for screen readers: that of the text or the
-  // group they stand in.
+  // The text of a button, box, group or label; a label breaks its lines if there is room for two. Of other
+  // controls the name by which they are found, and for screen readers: that of their label or group.
   const char* caption;
   struct {
     int x, y, cx, cy;
@@ -65,8 +64,8 @@ struct CControl {
 struct CDialogTemplate {
   const char* title;
   CSize size;
-  std::span<const CControl> controls;  // in the order of the tab key
-  // blocksParent: a modal run keeps the user from its parent alone, not from all other windows.
+  std::span<const CControl> controls;  // in tab order
+  // blocksParent: the modal dialog blocks its parent window only, not all windows.
   enum EStyle { fixed = 0, resizable = 1, minimizeBox = 2, blocksParent = 4 };
   int style = fixed;
 };
@@ -79,16 +78,16 @@ class VASTRA_API CDialog : public CWnd {
   ~CDialog() override;
   int DestroyWindow() override;
 
-  // Runs the dialog until it ends, and gives the result of EndDialog; IDCANCEL if its parent takes it along.
+  // Runs the dialog until it ends. Returns the result of EndDialog; IDCANCEL if its parent is destroyed.
   virtual int DoModal();
-  // Makes a window that stays open, hidden at first. It goes with its parent; null: the active window, or
-  // what that belongs to if it is a dialog. 1, or 0 if it ended itself in OnInitDialog: it is destroyed then,
-  // and the object too if its PostNcDestroy deletes it.
+  // Creates a hidden modeless window. It is destroyed with its parent; null: the active window, or the owner
+  // of that if it is a dialog. 1, or 0 if OnInitDialog ended the dialog: then the window is destroyed, and so
+  // is the object if its PostNcDestroy deletes it.
   int Create(CWnd* parent = nullptr);
-  // Ends a modal run with result; destroys a window that was left open.
+  // Ends a modal dialog with result; destroys a modeless one.
   void EndDialog(int result);
 
-  // The control of a caption. That it is there is the template's business.
+  // The control with caption, which the template must have.
   CButton& Button(const char* caption) const { return Control<CButton>(caption); }
   CStatic& Text(const char* caption) const { return Control<CStatic>(caption); }
   CEdit& Edit(const char* caption) const { return Control<CEdit>(caption); }
@@ -101,21 +100,21 @@ class VASTRA_API CDialog : public CWnd {
   virtual void OnInitDialog() {}
   virtual void OnOK() { EndDialog(IDOK); }
   virtual void OnCancel() { EndDialog(IDCANCEL); }
-  // Gives the controls their places.
+  // Places the controls.
   void OnSize(int cx, int cy) override;
   void OnClose() override { OnCancel(); }
 
   enum class ENotify { clicked, doubleClicked, focused, selected };
-  // Calls handler when that happens to the control of caption; OK and Cancel have their own operations.
-  // selected: the user has chosen an entry of a combo box.
+  // Calls handler when the event happens to the control with caption; OK and Cancel have operations of their
+  // own. selected: the user has chosen an entry of a combo box.
   void On(const char* caption, std::function<void()> handler, ENotify what = ENotify::clicked);
 
-  // The whole number, from low to high, that the edit of caption shows: 1. Or 0, when the user has been told
-  // the bounds, and the edit has the focus.
+  // Reads the whole number in the edit with caption: 1. 0 if it is not from low to high: a message tells the
+  // user the bounds, and the edit gets the focus.
   int ReadNumber(const char* caption, UINT low, UINT high, UINT& value) const;
   void ShowNumber(const char* caption, UINT value) const;
 
-  // Makes the controls of the template in widget, which becomes the window; and takes it away again.
+  // Creates the controls of the template in widget, which becomes the window; and releases it.
   void Fill(QWidget* widget);
   void Release();
 
@@ -142,10 +141,10 @@ class VASTRA_API CDialog : public CWnd {
   const CDialogTemplate& m_model;
   CWnd* m_parent;
   std::vector<CItem> m_items;
-  // What the window and its handlers hold of the dialog: null once the window has gone.
+  // The reference of the window and its handlers to the dialog: null after the window is destroyed.
   std::shared_ptr<CDialog*> m_self;
-  QButtonGroup* m_radios = nullptr;  // of the last group begun
-  bool m_modal = false;              // a modal run is under way
+  QButtonGroup* m_radios = nullptr;  // the present group
+  bool m_modal = false;              // during DoModal
   bool m_ended = false;
   int m_result = 0;
 };

@@ -19,7 +19,7 @@
 namespace vastra {
 namespace {
 
-// The size in pixels at which a line of font is as high as request wants.
+// The pixel size at which font has the requested height.
 int PixelSize(QFont font, int height) {
   if (height < 0) return -height;
   constexpr int kProbe = 100;
@@ -162,7 +162,7 @@ void CDC::Polyline(std::span<const CPoint> points) {
   m_painter->drawPolyline(reinterpret_cast<const QPoint*>(points.data()), static_cast<int>(points.size()));
 }
 
-// 0: the picture is finer than the window's own scale, or the pen is wider than a pixel.
+// 0: the picture has a scale factor, or the pen is wider than a pixel.
 int CDC::PolylineOnPicture(std::span<const CPoint> points) {
   if (!m_picture || m_picture->Image().devicePixelRatio() != 1.0 || m_painter->pen().width() != 1) return 0;
   QImage& image = m_picture->Image();

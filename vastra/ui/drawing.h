@@ -1,5 +1,5 @@
-// Drawing: contexts on windows and on pictures in memory, with the pens, brushes and fonts they are given.
-// Coordinates are whole pixels of the window's own scale; on a finer screen a picture is finer too.
+// Drawing: contexts on windows and on pictures in memory, with pens, brushes and fonts. Coordinates are whole
+// device-independent pixels; on a screen with a scale factor a picture has that resolution, too.
 #pragma once
 
 #include <memory>
@@ -32,14 +32,14 @@ struct CBrush {
   COLORREF colour = 0;
 };
 
-// What a font is to be: the platform finds the nearest.
+// A font request: the platform chooses the nearest font.
 struct CFontRequest {
-  int height = 0;          // of a character cell, pixels; below 0: of the letters alone; 0: the default's
-  int width = 0;           // of an average character, pixels, its sign ignored; 0: as the face has it
+  int height = 0;          // of a character cell, pixels; below 0: of the letters only; 0: default
+  int width = 0;           // of an average character, pixels, sign ignored; 0: default of the face
   int escapement = 0;      // tenths of a degree, counterclockwise
   int weight = 400;        // 400 normal, 700 bold
   const char* face = "";   // "": the default
-  bool hasSerifs = false;  // where there is no such face
+  bool hasSerifs = false;  // if the face does not exist
 };
 
 class VASTRA_API CFont {
@@ -67,15 +67,15 @@ class VASTRA_API CBitmap {
   CBitmap(const CBitmap&) = delete;
   CBitmap& operator=(const CBitmap&) = delete;
 
-  // A new picture of size pixels, as fine as the screen of window; what it shows is undefined. 1, or 0 if
-  // there is no room for it or size is empty: there is then no picture.
+  // Makes a picture of size pixels with the resolution of the screen of window; its contents are undefined.
+  // 1, or 0 without a picture if there is no memory or size is empty.
   int CreateCompatibleBitmap(const CWnd& window, CSize size);
   void DeleteObject();
   bool IsCreated() const;
-  CSize Size() const;                     // as asked for
+  CSize Size() const;                     // of CreateCompatible
   COLORREF GetPixel(CPoint point) const;  // of a point in it
-  // Moves what it shows by dy rows; the rows that come free keep what they had. 1, or 0 if those are no whole
-  // pixels of the screen: nothing has moved.
+  // Scrolls the picture by dy rows; the uncovered rows do not change. 1, or 0 without a change if dy rows are
+  // not whole pixels of the screen.
   int ScrollRows(int dy);
   const QImage& Image() const { return *m_image; }
   QImage& Image() { return *m_image; }
@@ -86,11 +86,11 @@ class VASTRA_API CBitmap {
 
 constexpr UINT TA_LEFT = 0, TA_RIGHT = 2, TA_CENTER = 6;
 
-// A context. Texts are drawn on a transparent ground until one is set. A fresh context has a black pen of
-// width 1, the default font, and the window's text colour; on a picture that is black.
+// A device context. The background of text is transparent until it is set. A new context has a black pen of
+// width 1, the default font, and the text colour of the window, or black on a picture.
 class VASTRA_API CDC {
  public:
-  explicit CDC(CBitmap& bitmap);  // draws into bitmap, which outlives the context
+  explicit CDC(CBitmap& bitmap);  // bitmap must exist as long as the context
   explicit CDC(CWnd& window);     // only while the window paints
   ~CDC();
   CDC(const CDC&) = delete;
@@ -110,12 +110,12 @@ class VASTRA_API CDC {
   void MoveTo(CPoint point) { m_at = point; }
   void LineTo(CPoint point);
   void Polyline(std::span<const CPoint> points);
-  // With the alignment: at is the left end, the right end or the middle of the text's upper edge. A font with
-  // an escapement turns the text about at.
+  // By the alignment at is the left end, right end or middle of the upper edge of the text. A font with an
+  // escapement turns the text around at.
   void TextOut(CPoint at, const CString& text);
-  // At the upper left of rect, on one line, not cut off at its edges.
+  // At the upper left of rect, on one line, not clipped.
   void DrawText(const CString& text, const CRect& rect);
-  // Copies picture, its upper left corner at at.
+  // Copies picture; at: its upper left corner.
   void BitBlt(CPoint at, const CBitmap& picture);
 
  private:
@@ -124,10 +124,10 @@ class VASTRA_API CDC {
   int PolylineOnPicture(std::span<const CPoint> points);
 
   std::unique_ptr<QPainter> m_painter;
-  CBitmap* m_picture = nullptr;  // that is drawn into; null: a window
+  CBitmap* m_picture = nullptr;  // target; null: a window
   CPoint m_at;
   COLORREF m_textColour = 0;
-  std::optional<COLORREF> m_ground;  // of texts
+  std::optional<COLORREF> m_ground;  // background of text
   UINT m_align = TA_LEFT;
   int m_escapement = 0;
   struct CSaved {

@@ -1,4 +1,4 @@
-// Points, sizes and rectangles in whole pixels. The right and the bottom edge of a rectangle are not in it.
+// Points, sizes and rectangles in whole pixels. The right and the bottom edge do not belong to a rectangle.
 #pragma once
 
 namespace vastra {

@@ -13,10 +13,10 @@
 namespace vastra {
 namespace {
 
-constexpr int kMargin = 3;  // of a text to the edges of its cell, pixels
+constexpr int kMargin = 3;  // between a text and the edges of its cell, pixels
 
-// Draws a cell: a text on a plain ground, that of column 0 as in a header. Cells that can be changed are
-// drawn as the toolkit does.
+// Draws a cell as text on a plain background, column 0 like a header. The toolkit draws cells that can be
+// changed.
 class CCellPainter : public QStyledItemDelegate {
  public:
   using QStyledItemDelegate::QStyledItemDelegate;
@@ -42,7 +42,7 @@ class CCellPainter : public QStyledItemDelegate {
     return edit;
   }
 
-  // A cell that was only looked at keeps its value, of which it may show no more than a part.
+  // A cell that was not changed keeps its value: the editor can show a part of it only.
   void setModelData(QWidget* editor, QAbstractItemModel* model, const QModelIndex& index) const override {
     const auto* edit = static_cast<const QLineEdit*>(editor);
     if (edit->isModified()) model->setData(index, edit->text());
@@ -53,7 +53,7 @@ QTableView* ViewOf(const CWnd& grid) { return static_cast<QTableView*>(grid.Widg
 
 }  // namespace
 
-// What the toolkit's view asks. Its horizontal header is row 0, its first column is column 0.
+// The model of the toolkit's view. Its horizontal header is row 0, its first column is column 0.
 class CGXGridWnd::CModel : public QAbstractTableModel {
  public:
   CModel(CGXGridWnd& grid, QObject* parent) : QAbstractTableModel(parent), m_grid(&grid) {}
@@ -100,7 +100,7 @@ class CGXGridWnd::CModel : public QAbstractTableModel {
     endResetModel();
   }
 
-  CGXGridWnd* m_grid;  // null: it has gone, before the view
+  CGXGridWnd* m_grid;  // null: destroyed before the view
   bool m_readOnly = true;
 
  private:
@@ -116,7 +116,7 @@ class CGXGridWnd::CModel : public QAbstractTableModel {
 
 CGXGridWnd::~CGXGridWnd() { Leave(); }
 
-// The view goes at the next round of the event loop, and asks for nothing until then.
+// The event loop destroys the view later; until then it gets no data.
 void CGXGridWnd::Leave() {
   if (QTableView* view = ViewOf(*this)) static_cast<CModel*>(view->model())->m_grid = nullptr;
   Abandon();
@@ -169,7 +169,7 @@ void CGXGridWnd::SetReadOnly(bool readOnly) {
 void CGXGridWnd::TransferCurrentCell() {
   QTableView* view = ViewOf(*this);
   QWidget* editor = QApplication::focusWidget();
-  if (view && editor && view->viewport()->isAncestorOf(editor)) view->setFocus();  // which closes the editor
+  if (view && editor && view->viewport()->isAncestorOf(editor)) view->setFocus();  // closes the editor
 }
 
 void CGXGridWnd::Redraw() {

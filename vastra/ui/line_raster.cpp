@@ -8,7 +8,7 @@
 namespace vastra {
 namespace {
 
-// Cuts the line from a to b down to what lies in clip; false: nothing does.
+// Clips the line from a to b to clip; false: nothing is left.
 bool CutLine(const CRect& clip, CPoint& a, CPoint& b) {
   const double x = a.x, y = a.y, dx = b.x - x, dy = b.y - y;
   const struct {
@@ -31,7 +31,7 @@ bool CutLine(const CRect& clip, CPoint& a, CPoint& b) {
   return true;
 }
 
-// Steps along the longer side, and aside whenever the error says so.
+// Steps along the longer side, and sideways when the error term overflows.
 void RasterLine(const CPixels& pixels, CPoint a, CPoint b, std::uint32_t colour) {
   int along = std::abs(b.x - a.x), aside = std::abs(b.y - a.y);
   std::ptrdiff_t step = b.x < a.x ? -1 : 1, stepAside = b.y < a.y ? -pixels.row : pixels.row;

@@ -1,5 +1,5 @@
-// Lines of one pixel's width into the pixels of a picture. Curves are redrawn at every refresh; this takes a
-// fifth of the time of the toolkit's own lines.
+// Draws lines of one pixel's width into the pixels of a picture, in a fifth of the time of the toolkit's
+// lines: curves are redrawn at every refresh.
 #pragma once
 
 #include <cstddef>
@@ -15,8 +15,8 @@ struct CPixels {
   std::ptrdiff_t row;    // pixels from row to row
 };
 
-// Lines from each point to the next, both ends included, as far as they lie in clip, which lies in the
-// picture. Points may lie anywhere.
+// Draws a line from each point to the next, including both ends, clipped to clip, which is inside the
+// picture. Points can be anywhere.
 void RasterLines(const CPixels& pixels, const CRect& clip, std::span<const CPoint> points,
                  std::uint32_t colour);
 

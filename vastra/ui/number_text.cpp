@@ -6,7 +6,7 @@
 namespace vastra {
 namespace {
 
-// False, with value left alone, unless text is one number and no more.
+// False, and value does not change, if text is not exactly one number.
 template <class T>
 bool Parse(CString text, T& value) {
   text.TrimLeft();

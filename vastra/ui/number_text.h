@@ -1,4 +1,4 @@
-// Numbers as the windows write and read them: with a point, whatever the user's language.
+// Numbers as the windows write and read them: with a decimal point in all languages.
 #pragma once
 
 #include <cstdint>
@@ -7,10 +7,10 @@
 
 namespace vastra {
 
-// Up to digits significant digits, without zeros at the end; with an exponent where that is shorter.
+// Up to digits significant digits, without trailing zeros; with an exponent if that is shorter.
 VASTRA_API CString NumberText(double value, int digits);
 
-// False, with value left alone, unless text is one finite number, with blanks around it or not.
+// False, and value does not change, if text is not one finite number. Blanks around it are allowed.
 VASTRA_API bool ParseNumber(const CString& text, double& value);
 // The same for a whole number from low to high.
 VASTRA_API bool ParseWhole(const CString& text, std::int64_t low, std::int64_t high, std::int64_t& value);

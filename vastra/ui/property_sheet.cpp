@@ -23,7 +23,7 @@ IMPLEMENT_DYNAMIC(CPropertySheet, CDialog)
 CPropertySheet::CPropertySheet(const char* title, CWnd* parent)
     : CDialog(m_own, parent), m_own{title, {}, {}} {}
 
-// As large as its largest page asks for.
+// The sheet has the size of its largest page.
 int CPropertySheet::DoModal() {
   CSize page;
   for (const CPropertyPage* each : m_pages)
@@ -56,13 +56,13 @@ void CPropertySheet::OnInitDialog() {
   }
   PutButtonsLast();
   QObject::connect(m_tabs, &QTabWidget::currentChanged, m_tabs, [this](int index) {
-    Show(m_active);  // the page in front stays there while it is asked
+    Show(m_active);  // the active page stays visible until it agrees
     SetActivePage(index);
   });
   On("Apply", [this] { Apply(); });
 }
 
-// The tab key goes from the tabs to what is on the page, and from there to the buttons, which are older.
+// Sets the tab order: tabs, controls of the page, buttons.
 void CPropertySheet::PutButtonsLast() {
   QWidget* last = Widget()->previousInFocusChain();
   for (const char* caption : {"OK", "Cancel", "Apply"}) {
@@ -83,7 +83,7 @@ void CPropertySheet::Show(int index) {
   m_tabs->setCurrentIndex(index);
 }
 
-// 1: all pages have accepted. The one that refuses comes to the front.
+// 1: all pages have accepted. A page that refuses is activated.
 int CPropertySheet::Apply() {
   if (!m_pages[static_cast<std::size_t>(m_active)]->OnKillActive()) return 0;
   for (std::size_t i = 0; i < m_pages.size(); ++i) {

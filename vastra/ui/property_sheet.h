@@ -1,5 +1,5 @@
-// CPropertySheet: a dialog of pages behind tabs, with OK, Cancel and Apply. A page may refuse to be left and
-// to be applied.
+// CPropertySheet: a dialog of pages with tabs, and OK, Cancel and Apply. A page can refuse to be left or
+// applied.
 //
 //   CPropertySheet sheet("Configuration");
 //   sheet.AddPage(input);
@@ -12,17 +12,17 @@ class QTabWidget;
 
 namespace vastra {
 
-// A page: a template like that of a dialog, whose title stands on the tab. Its window is there while the
-// sheet is open; OnInitDialog runs before the sheet is shown.
+// A page: made from a dialog template, whose title is on the tab. Its window exists while the sheet is open;
+// OnInitDialog is called before the sheet is shown.
 class VASTRA_API CPropertyPage : public CDialog {
   DECLARE_DYNAMIC(CPropertyPage)
  public:
   explicit CPropertyPage(const CDialogTemplate& model) : CDialog(model) {}
 
-  // The page is about to be left or applied: 1, and it has taken over what its controls show, or 0 if it
-  // refuses, when it has told why.
+  // Called before the page is left or applied. 1: it has read its controls; 0: it refuses, after a message to
+  // the user.
   virtual int OnKillActive() { return 1; }
-  // The user applies the sheet: 1, or 0 if the page refuses, when it has told why.
+  // Called when the user applies the sheet: 1, or 0 if the page refuses, after a message to the user.
   virtual int OnApply() { return 1; }
 
  private:
@@ -35,13 +35,13 @@ class VASTRA_API CPropertySheet : public CDialog {
   // parent null: the active window.
   explicit CPropertySheet(const char* title, CWnd* parent = nullptr);
 
-  // A sheet has at least one page. The pages stay the caller's and are there as long as the sheet.
+  // A sheet has at least one page. page must exist as long as the sheet.
   void AddPage(CPropertyPage& page) { m_pages.push_back(&page); }
   // IDOK: every page has accepted. IDCANCEL also after an Apply.
   int DoModal() override;
-  // Index of the page in front, from 0 in the order of AddPage.
+  // Index of the active page, from 0 in the order of AddPage.
   int GetActiveIndex() const { return m_active; }
-  // Brings page index to the front if that in front may be left; only while the sheet is open.
+  // Activates page index if the active page can be left; only while the sheet is open.
   void SetActivePage(int index);
 
  protected:

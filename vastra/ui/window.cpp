@@ -24,7 +24,7 @@ CPoint PlaceOf(const QMouseEvent& event) {
   return {place.x(), place.y()};
 }
 
-// A message on its way to a window.
+// A posted message.
 class CPosted : public QEvent {
  public:
   static constexpr QEvent::Type kType = QEvent::User;
@@ -32,7 +32,7 @@ class CPosted : public QEvent {
   const CMessage m_message;
 };
 
-// What an action of the toolkit's scroll bar is called here.
+// The scroll code of an action of the toolkit's scroll bar.
 UINT ScrollCode(int action) {
   switch (action) {
     case QAbstractSlider::SliderSingleStepAdd:
@@ -52,7 +52,7 @@ UINT ScrollCode(int action) {
   }
 }
 
-// 0: a key that windows are not told of.
+// 0: a key without a code.
 UINT KeyOf(const QKeyEvent& event) {
   switch (event.key()) {
     case Qt::Key_PageUp:
@@ -68,22 +68,22 @@ UINT KeyOf(const QKeyEvent& event) {
   }
 }
 
-// A top-level window whose client area stands beside a scroll bar.
+// A top-level window with a scroll bar beside its client area.
 class CScrolled : public QAbstractScrollArea {
  public:
   explicit CScrolled(QWidget* parent) : QAbstractScrollArea(parent) {
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setFrameStyle(QFrame::Panel | QFrame::Sunken);
-    // The toolkit's menu would move the bar behind the window's back.
+    // The toolkit's menu would move the bar without OnVScroll.
     verticalScrollBar()->setContextMenuPolicy(Qt::NoContextMenu);
   }
 };
 
 }  // namespace
 
-// Listens to the widget of a window and calls its operations. It outlives the window by the event in which
-// the window went.
+// Filters the events of a window's widget and calls the operations of the window. It exists until the event
+// in which the window was destroyed has ended.
 class CWnd::CEvents : public QObject {
  public:
   CEvents(CWnd& owner, QWidget* widget, QWidget* client)
@@ -121,7 +121,7 @@ class CWnd::CEvents : public QObject {
     return area ? area->verticalScrollBar() : nullptr;
   }
 
-  // Stops listening and gives the window, null if that was done before.
+  // Ends the filtering. Returns the window; null if it had ended before.
   CWnd* Leave() {
     CWnd* owner = std::exchange(m_owner, nullptr);
     if (owner) deleteLater();
@@ -134,15 +134,15 @@ class CWnd::CEvents : public QObject {
     m_widget->setMinimumSize(m_minTrackSize - frame);
   }
 
-  // What the toolkit knows of it does not do: a maximised window has another frame, and of one that is then
-  // minimised some window managers tell that alone.
+  // The toolkit's normal geometry is not usable: a maximised window has another frame, and some window
+  // managers do not report that a minimised window is maximised.
   void TakeNormalPlace() {
     const bool isNormal =
         !(m_widget->windowState() & (Qt::WindowMinimized | Qt::WindowMaximized | Qt::WindowFullScreen));
     if (isNormal || m_normalPlace.isNull()) m_normalPlace = QRect(m_widget->pos(), m_widget->size());
   }
 
-  CWnd* m_owner;  // null: the window is gone
+  CWnd* m_owner;  // null: the window was destroyed
   QWidget* const m_widget;
   QWidget* const m_client;
   QHash<UINT, int> m_timers;
@@ -191,7 +191,7 @@ class CWnd::CEvents : public QObject {
     return true;
   }
 
-  // A window manager tells the frame of a window only when it is on the screen.
+  // The frame is known only while the window is on the screen.
   void TakeFrame() {
     const QMargins frame(m_widget->geometry().left() - m_widget->frameGeometry().left(),
                          m_widget->geometry().top() - m_widget->frameGeometry().top(), 0, 0);
@@ -308,7 +308,7 @@ void CWnd::SetFocus() {
 void CWnd::SetTopMost(bool on) {
   QWidget* widget = Widget();
   if (!widget) return;
-  // Through the window itself: the widget's own way would take it off the screen and put it back.
+  // By the native window: the widget's own flag would hide the window and show it again.
   if (QWindow* window = widget->windowHandle()) window->setFlag(Qt::WindowStaysOnTopHint, on);
   widget->overrideWindowFlags(widget->windowFlags().setFlag(Qt::WindowStaysOnTopHint, on));
 }
@@ -320,7 +320,7 @@ void CWnd::MoveWindow(const CRect& place) {
   widget->resize(place.Width(), place.Height());
   m_events->TakeNormalPlace();
   if (widget->isVisible() || !m_events->ScrollBar()) return;
-  // A hidden window lays out its inside when it is shown, and its client area is asked for before.
+  // A hidden window gets its layout when it is shown, but its client area is needed before.
   QResizeEvent resized(widget->size(), widget->size());
   QCoreApplication::sendEvent(widget, &resized);
 }
@@ -391,7 +391,7 @@ void CWnd::Post(UINT message, WPARAM wparam, LPARAM lparam) {
 
 QWidget* GetActiveWidget() {
   QWidget* active = QApplication::activeWindow();
-  return active && active->isVisible() ? active : nullptr;  // one that is hidden may be on its way out
+  return active && active->isVisible() ? active : nullptr;  // a hidden one can be about to be destroyed
 }
 
 CWaitCursor::CWaitCursor() { QApplication::setOverrideCursor(Qt::WaitCursor); }
