@@ -32,7 +32,7 @@ void CConsole::Release() {
 
 CConsole::CConsole() : m_formerSink(SetConsoleSink(this)) {
   m_registry.OpenUserKey(kKey);
-  AtApplicationEnd(&Release);  // at process exit it would be too late for windows
+  AtApplicationEnd(&Release);  // at process exit it is too late for windows
 }
 
 CConsole::~CConsole() {
@@ -127,8 +127,8 @@ int CConsole::IsOnTop(UINT id) {
   return window ? window->m_onTop : 0;
 }
 
-// A worker holds the table while it hands its line over, so that the window stays. The windows' thread need
-// not, and must not: what it writes is painted, and the toolkit may do other things meanwhile.
+// A worker locks the table while it adds its line, so that the window cannot be destroyed. The thread of the
+// windows must not: its line is painted, during which the toolkit can call other code.
 int CConsole::Write(UINT id, const CString& text, COLORREF colour, DWORD reserved) {
   std::unique_lock lock(m_lock);
   CConsoleWnd* window = nullptr;

@@ -1,11 +1,11 @@
-// CConsole: the one owner of all console windows, known to everybody else by small numbers. It takes the
-// lines that go to a console, and keeps the places of its windows from run to run.
+// CConsole: owns all console windows, which others know by their IDs. It receives the lines for the consoles
+// and saves the places of the windows.
 //
 //   CConsole::Instance()->Create(0, "Messages", 100, 100, 600, 300, nullptr);
 //   CConsole::Instance()->ShowWindow(0, SW_SHOW);
 //
-// Ids go from 0 to 65535; of a larger number the lower 16 bits count. Write may come from any thread; all
-// else, and the first call of Instance, is the business of the thread of the windows.
+// IDs are from 0 to 65535; of a larger number the lower 16 bits count. Write can be called from any thread;
+// all else, and the first call of Instance, only on the thread of the windows.
 #pragma once
 
 #include <mutex>
@@ -22,17 +22,17 @@ class CWnd;
 
 class VASTRA_API CConsole : public CConsoleSink {
  public:
-  // From the first call on, messages go to the windows.
+  // The first call installs the console sink.
   static CConsole* Instance();
-  // Saves the places of the windows and takes them away, with the manager. Happens by itself when the
-  // application object goes; a host that wants it sooner calls it. Not while workers run.
+  // Saves the places of the windows and destroys windows and manager. The end of the application object does
+  // so, too. Not while workers run.
   static void Release();
   ~CConsole() override;
 
-  // A new window, hidden: 1, or 0 if the id is taken. The place kept from earlier runs goes before the given
-  // one, which is kept if there is none. A parent, which may be null, outlives the window.
+  // Creates a hidden window: 1, or 0 if the id is in use. A saved place replaces the given one; if there is
+  // none, the given one is saved. The parent, if not null, must exist as long as the window.
   int Create(UINT id, const CString& title, int x, int y, int width, int height, CWnd* parent);
-  // Takes a window away; the place kept is not changed. 1, or 0 if there is no such window, as the next
+  // Destroys a window; the saved place does not change. 1, or 0 if there is no such window; so do the next
   // three.
   int Destroy(UINT id);
   int ShowWindow(UINT id, int command);  // an SW_ command
@@ -41,7 +41,7 @@ class VASTRA_API CConsole : public CConsoleSink {
   void Clear(UINT id);
   void AlwaysOnTop(UINT id, int onTop);
   int IsOnTop(UINT id);  // 0 if there is no such window
-  // A line written on the windows' thread is on the screen when Write returns.
+  // A line written on the thread of the windows is on the screen when Write returns.
   int Write(UINT id, const CString& text, COLORREF colour, DWORD reserved) override;
 
  private:
@@ -52,7 +52,8 @@ class VASTRA_API CConsole : public CConsoleSink {
 
   static SingletonSmartPtr<CConsole> m_pInstance;
 
-  std::mutex m_lock;  // of the table. What it points to goes only when the windows' thread has taken it out
+  std::mutex m_lock;  // of the table. The thread of the windows removes a window from it before it destroys
+                      // the window
   CTypedPtrMap<CMapWordToPtr, unsigned short, CConsoleWnd*> m_windows;
   SECRegistry m_registry;
   CConsoleSink* m_formerSink;

@@ -1,6 +1,6 @@
-// CConsoleConfDlg: the user says which kinds of messages a console shows, whether it stays on top, and
-// whether to clear it now. The host sets the check values, runs the dialog, and after IDOK applies them: the
-// kinds by CMessenger::SetFilters, the rest by CConsole.
+// CConsoleConfDlg: asks which kinds of messages a console shows, whether it stays on top, and whether to
+// clear it. The host sets the check values, runs the dialog, and after IDOK applies them: the kinds by
+// CMessenger::SetFilters, the rest by CConsole.
 #pragma once
 
 #include "vastra/ui/dialog.h"
@@ -14,7 +14,7 @@ class VASTRA_API CConsoleConfDlg : public CDialog {
   // 0: the user cannot change "Always on Top".
   void EnableOnTop(int enabled) { m_onTopEnabled = enabled; }
 
-  int m_all = 0;  // all kinds: the five kinds are 0 then
+  int m_all = 0;  // all kinds; then the five kinds are 0
   int m_onTop = 0;
   int m_error = 0;
   int m_fatal = 0;

@@ -8,7 +8,7 @@
 namespace vastra {
 namespace {
 
-constexpr long kFarthest = 0xFFFFFF;  // pixels: beyond all screens, and their sums are numbers
+constexpr long kFarthest = 0xFFFFFF;  // pixels; beyond all screens, and sums do not overflow
 
 }  // namespace
 
@@ -17,19 +17,19 @@ void CConsoleStore::Add(const CString& text, COLORREF colour, CConsoleArea area)
   m_lines.push_back({text, colour});
   const bool isFull = GetCount() > kMaxLines;
   if (isFull) {
-    m_lines.pop_front();  // the top keeps its index, and the text under it moves on
+    m_lines.pop_front();  // the top keeps its index, so the view scrolls
     ++m_gone;
   } else if (m_atEnd && GetCount() * area.line > area.height - area.line) {
     Advance();
   }
   m_maxPosition = std::max(GetCount() - (area.height - area.line) / area.line, 0);
   m_position = std::min(m_position, m_maxPosition);
-  if (m_top == kNone) m_top = LineAt(m_position);  // it was scrolled past the end of a very low window
+  if (m_top == kNone) m_top = LineAt(m_position);  // the view was scrolled past the end of a very low window
 }
 
 void CConsoleStore::Advance() {
   if (m_top != kNone) m_top = LineAt(m_top + 1);
-  ++m_position;  // the range follows
+  ++m_position;  // the range grows with it
 }
 
 void CConsoleStore::Clear() {
@@ -38,7 +38,7 @@ void CConsoleStore::Clear() {
   m_top = kNone;
   m_maxPosition = 1;
   m_position = std::min(m_position, m_maxPosition);
-  m_atEnd = true;  // also of a view that nobody paints now
+  m_atEnd = true;  // also if the view is not painted now
 }
 
 void CConsoleStore::Scroll(UINT code, int position) {
@@ -65,7 +65,7 @@ void CConsoleStore::Scroll(UINT code, int position) {
   m_top = LineAt(m_position);
 }
 
-// A painter goes down row by row until it has passed the lower edge by one.
+// Painting goes down row by row and ends one row after the lower edge.
 void CConsoleStore::Paint(CConsoleArea area) {
   const int rows = area.height / area.line + 2;
   m_atEnd = m_top == kNone || m_top + rows >= GetCount();

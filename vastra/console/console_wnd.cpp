@@ -7,7 +7,7 @@
 namespace vastra {
 namespace {
 
-constexpr UINT kLinesQueued = 1;  // the one message that a console posts to itself
+constexpr UINT kLinesQueued = 1;  // the message that a console posts to itself
 constexpr COLORREF kWhite = RGB(255, 255, 255);
 
 }  // namespace
@@ -28,8 +28,7 @@ void CConsoleWnd::Write(const CString& text, COLORREF colour, DWORD /*reserved*/
   Redraw();
 }
 
-// More lines than the store can hold need not wait: so many fill it, and push out what came before, whatever
-// it was.
+// The queue is limited to the size of the store: more lines would push out its first ones.
 void CConsoleWnd::Queue(const CString& text, COLORREF colour) {
   const std::lock_guard lock(m_lock);
   const bool isFirst = m_queued.empty();
@@ -38,7 +37,7 @@ void CConsoleWnd::Queue(const CString& text, COLORREF colour) {
   if (isFirst) Post(kLinesQueued, 0, 0);
 }
 
-// Whether there were any.
+// Returns whether there were any.
 bool CConsoleWnd::TakeQueued() {
   std::deque<CConsoleStore::CLine> lines;
   {
@@ -66,8 +65,7 @@ void CConsoleWnd::OnVScroll(UINT code, int position) {
   Redraw();
 }
 
-// Brings scroll bar and screen up to the store. The range goes first: the position may lie beyond the old
-// one.
+// Updates scroll bar and screen. The range is set first, since the position can be outside the old one.
 void CConsoleWnd::Redraw() {
   SetScrollRange(0, m_store.GetScrollMax());
   SetScrollPos(m_store.GetScrollPos());
@@ -98,7 +96,7 @@ void CConsoleWnd::Draw(CConsoleArea area) {
   DrawRows(hasMoved ? firstRow : 0, area);
 }
 
-// Each line keeps to its row, whatever its letters look like, so that a row can be moved or drawn by itself.
+// Each line is clipped to its row, so that rows can be moved and drawn independently.
 void CConsoleWnd::DrawRows(int firstRow, CConsoleArea area) {
   const int width = m_picture.Size().cx;
   int y = firstRow * area.line;

@@ -1,5 +1,4 @@
-// CConsoleWnd: one console on the screen, a window that shows the newest lines. CConsole owns it; nobody else
-// holds one.
+// CConsoleWnd: a console window, which shows the newest lines. Only CConsole owns and uses it.
 #pragma once
 
 #include <deque>
@@ -14,19 +13,18 @@ namespace vastra {
 
 class CConsoleWnd : public CWnd {
  public:
-  // Hidden at first; 1. The thread that calls it is the window's.
+  // Creates the hidden window on the calling thread; 1.
   int Create(const CString& title, int x, int y, int width, int height, CWnd* parent);
   // 1, or 0 if there is no window.
   int Destroy() { return DestroyWindow(); }
   bool IsOnItsThread() const { return std::this_thread::get_id() == m_thread; }
 
-  // Adds a line; from any thread, as long as the window is there. One written on the window's thread is on
-  // the screen when Write returns, behind all that was written before it. One from another thread follows
-  // when the window's thread comes to it.
+  // Adds a line; from any thread while the window exists. A line of the window's thread is on the screen when
+  // Write returns, after all earlier lines. A line of another thread is shown later by the window's thread.
   void Write(const CString& text, COLORREF colour, DWORD reserved);
   void Clear();
 
-  int m_onTop = 0;  // kept for CConsole
+  int m_onTop = 0;  // used by CConsole
 
  protected:
   bool OnPaint(const CRect& dirty) override;
@@ -49,7 +47,7 @@ class CConsoleWnd : public CWnd {
   CConsoleRows m_rows;
   std::thread::id m_thread;
 
-  // Lines of other threads on their way into the store.
+  // Lines of other threads that are not in the store yet.
   std::mutex m_lock;
   std::deque<CConsoleStore::CLine> m_queued;
 };

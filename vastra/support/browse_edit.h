@@ -1,4 +1,4 @@
-// SECBrowseDirEdit: a field for a folder's path, with a button that lets the user pick the folder.
+// SECBrowseDirEdit: a field for the path of a folder, with a button that opens the folder chooser.
 #pragma once
 
 #include "vastra/ui/dialog.h"
@@ -9,8 +9,8 @@ namespace vastra {
 
 class VASTRA_API SECBrowseDirEdit : public CEdit {
  public:
-  // Becomes the edit that dialog's template has under caption. The button, which is called "...", lies at its
-  // right end and comes behind it in the order of the tab key.
+  // Attaches to the edit with caption of dialog's template. The button "..." is at its right end and after it
+  // in the tab order.
   void SubclassDlgItem(const CDialog& dialog, const char* caption);
 
  protected:
@@ -19,7 +19,7 @@ class VASTRA_API SECBrowseDirEdit : public CEdit {
  private:
   void OnBrowse();
 
-  QPushButton* m_button = nullptr;  // goes with the edit
+  QPushButton* m_button = nullptr;  // destroyed with the edit
 };
 
 }  // namespace vastra

@@ -6,8 +6,7 @@
 namespace vastra {
 namespace {
 
-constexpr const char* kDefaultValue =
-    "@";  // the nameless value that each key has: it says that the key is there
+constexpr const char* kDefaultValue = "@";  // an unnamed value of each key, which marks that the key exists
 
 QByteArray BytesOf(const CString& text) { return QByteArray(text.View().data(), text.GetLength()); }
 
@@ -19,14 +18,14 @@ QString PathOf(const CString& key, const CString& name) {
   return QString::fromUtf8(BytesOf(key)).replace('\\', '/') + '/' + QString::fromUtf8(BytesOf(name));
 }
 
-// What is no text of the file's encoding goes in as bytes.
+// A string that is not valid in the encoding of the file is stored as bytes.
 QVariant ToStored(const CString& value) {
   const QByteArray bytes = BytesOf(value);
   const QString text = QString::fromUtf8(bytes);
   return text.toUtf8() == bytes ? QVariant(text) : QVariant(bytes);
 }
 
-// A text with commas that somebody typed into the file without quotes comes as a list.
+// A value with commas that was typed into the file without quotes is read as a list.
 CString FromStored(const QVariant& stored) {
   if (stored.typeId() == QMetaType::QByteArray) return TextOf(stored.toByteArray());
   const QString text =

@@ -10,7 +10,7 @@
 
 namespace vastra {
 
-// Keeps the object while its window may go.
+// Keeps the object while its window can be destroyed.
 class CLiveView::CStay {
  public:
   explicit CStay(CLiveView& view) : m_view(view), m_wasBusy(std::exchange(view.m_isBusy, true)) {}
@@ -34,7 +34,7 @@ void CLiveView::OnButton(const char* caption, std::function<void()> handler) {
   });
 }
 
-// Whoever destroys the window may do so with the stages next.
+// After the window its owner can destroy the stages.
 void CLiveView::PostNcDestroy() {
   m_isGone = true;
   m_pTrendings = nullptr;
@@ -62,7 +62,7 @@ void CLiveView::CalcVarIndex() {
   m_ready = 0;
   if (MapNames(m_selected, m_allNames, m_index) != 0) {
     m_selected = NamesWithPlace(m_selected, m_index);
-    CalcVarIndex();  // none is lost this time
+    CalcVarIndex();  // no name is missing now
     OnNamesLost();
     Tell(m_kind.removed);
     RedrawAll();
@@ -89,7 +89,7 @@ int CLiveView::EditSelection() {
   return dialog.DoModal() == IDOK;
 }
 
-// A box may stand in between, so the sibling is looked for anew at each step.
+// Between the steps a box can be open, so each step finds the sibling again.
 void CLiveView::Configure() {
   CTrendFacadeDlg dialog(this);
   dialog.SetInputPointers(m_pInput, m_pTrendings);
@@ -99,7 +99,7 @@ void CLiveView::Configure() {
   m_ready = 0;
   if (CLiveView* sibling = Sibling()) sibling->m_ready = 0;
   ReopenStage(chosen.m_extraVars);
-  if (CLiveView* sibling = Sibling()) sibling->ResetVarNames();  // which makes it ready
+  if (CLiveView* sibling = Sibling()) sibling->ResetVarNames();  // makes it ready
   m_ready = 1;
 }
 

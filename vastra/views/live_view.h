@@ -1,6 +1,6 @@
-// CLiveView: what the trend window and the scan grid have in common. Both show variables of the trending
-// stage that the user has chosen: the host calls Refresh at its own pace, and Refresh takes the newest
-// sample. Both let the user change the extra variables of that stage, and tell each other when that happens.
+// CLiveView: the common part of the trend window and the scan grid. Both show variables of the trending stage
+// that the user has selected. The host calls Refresh, which reads the newest sample. In both the user can
+// change the extra variables of the stage; then they update each other.
 #pragma once
 
 #include "vastra/core/sample.h"
@@ -13,31 +13,32 @@ namespace vastra {
 class CLogInput;
 class CLogTrendings;
 
-// What one view has of its own for what both do.
+// The differences between the views.
 struct CLiveViewKind {
-  UINT limit;           // of variables that can be chosen
-  const char* removed;  // what the user is told when some of them have gone
+  UINT limit;           // of selected variables
+  const char* removed;  // message when selected variables were removed
   const char *extension, *fileName, *filter;
 };
 
 class VASTRA_API CLiveView : public CDialog {
  public:
-  // The variables of the stage have changed: takes their names anew from its options. Chosen ones that are
-  // not there any more go, and the user is told.
+  // Called when the variables of the stage have changed: reads their names from its options, removes selected
+  // variables that do not exist any more, and tells the user.
   void ResetVarNames();
 
  protected:
   CLiveView(const CDialogTemplate& model, const CLiveViewKind& kind) : CDialog(model), m_kind(kind) {}
 
-  // Maps the chosen names to the values of a sample; what is lost goes. Nothing is refreshed meanwhile.
+  // Maps the selected names to the values of a sample and removes those that do not exist. Refresh does
+  // nothing meanwhile.
   void CalcVarIndex();
-  virtual void OnNamesLost() {}            // m_selected is shorter now
-  virtual void OnIndexed() {}              // m_index is good
-  virtual void OnNamesReset() {}           // ResetVarNames has done its work
+  virtual void OnNamesLost() {}            // names were removed from m_selected
+  virtual void OnIndexed() {}              // m_index is valid
+  virtual void OnNamesReset() {}           // ResetVarNames is done
   virtual void RedrawAll() = 0;            // soon or at once
   virtual CLiveView* Sibling() const = 0;  // the other view; null: it is not open
 
-  // Takes the newest sample and hands each value that is there to take, with its place in m_index.
+  // Reads the newest sample and calls take with each of its selected values and the place in m_index.
   template <class TAKE>
   void EachValue(TAKE take) {
     if (!ReadSample()) return;
@@ -45,27 +46,28 @@ class VASTRA_API CLiveView : public CDialog {
     for (int i = 0; i < m_index.GetSize(); ++i)
       if (m_index[i] < count) take(i, m_sample.m_values[static_cast<int>(m_index[i])]);
   }
-  int ReadSample();  // 0: there is none, or one without values
+  int ReadSample();  // 0: there is no sample, or it has no values
 
-  // A button's handler. The window may go while a box of the handler is open; the object outlives it.
+  // Runs the handler of a button. The window can be destroyed while a box of the handler is open; the object
+  // exists until the handler has returned.
   void OnButton(const char* caption, std::function<void()> handler);
-  // The object goes, as soon as nothing runs in it.
+  // Deletes the object as soon as no handler runs.
   void PostNcDestroy() override;
 
-  // What buttons do. EditSelection: 1, or 0 if the selection stays as it was.
+  // The actions of buttons. EditSelection: 1, or 0 if the selection does not change.
   int EditSelection();
   void Configure();
   void ToggleFreeze();
   int AskFile(bool save, CString& path) const;
 
-  static void Tell(const char* text);  // null: nothing to tell
+  static void Tell(const char* text);  // null: no message
 
   CLogInput* m_pInput = nullptr;
   CLogTrendings* m_pTrendings = nullptr;
   CLogSample m_sample;      // the newest
-  CStringArray m_allNames;  // in the order of its values
-  CStringArray m_selected;  // chosen ones
-  CUIntArray m_index;       // for each of these its place in m_allNames
+  CStringArray m_allNames;  // of its values, in order
+  CStringArray m_selected;  // the names that the user has selected
+  CUIntArray m_index;       // the place of each selected name in m_allNames
   int m_ready = 1;          // 0: the tables are being rebuilt, Refresh does nothing
   int m_frozen = 0;
 
@@ -75,8 +77,8 @@ class VASTRA_API CLiveView : public CDialog {
   void ReopenStage(const CStringArray& extraVars);
 
   const CLiveViewKind& m_kind;
-  bool m_isBusy = false;  // something runs in it
-  bool m_isGone = false;  // the window is
+  bool m_isBusy = false;  // a handler runs
+  bool m_isGone = false;  // the window was destroyed
 };
 
 }  // namespace vastra

@@ -1,13 +1,13 @@
-// Where the names that a live view shows stand among those that there are.
+// The places of the names of a live view in the list of all names.
 #pragma once
 
 #include "vastra/platform/array.h"
 
 namespace vastra {
 
-constexpr UINT kNotAvailable = 20000;  // the place of a name that is not there
+constexpr UINT kNotAvailable = 20000;  // the place of a name that does not exist
 
-// Puts into index the place of each name of selected in all, and gives how many are not there.
+// Sets index to the place in all of each name of selected. Returns how many do not exist.
 inline int MapNames(const CStringArray& selected, const CStringArray& all, CUIntArray& index) {
   int missing = 0;
   index.SetSize(selected.GetSize());
@@ -19,7 +19,7 @@ inline int MapNames(const CStringArray& selected, const CStringArray& all, CUInt
   return missing;
 }
 
-// The names whose place is known. index may be shorter than names: those without a place go too.
+// The names that have a place. index can be shorter than names: names without an entry are left out, too.
 inline CStringArray NamesWithPlace(const CStringArray& names, const CUIntArray& index) {
   CStringArray found;
   for (int i = 0; i < names.GetSize() && i < index.GetSize(); ++i)

@@ -14,7 +14,7 @@ constexpr CControl kScaleValuesControls[] = {
 };
 constexpr CDialogTemplate kScaleValuesTemplate = {"Scale Values", {210, 49}, kScaleValuesControls};
 
-constexpr int kDigits = 15;  // that every number with a point has
+constexpr int kDigits = 15;  // of decimal numbers
 
 }  // namespace
 
@@ -25,7 +25,7 @@ void CScaleValuesDlg::OnInitDialog() {
   Edit(kMaximum).SetWindowText(NumberText(m_max, kDigits));
 }
 
-// 0: the field holds no number, and the user is told.
+// 0: the field is not a number, and the user has seen a message.
 int CScaleValuesDlg::Take(const char* caption, double& value) const {
   CEdit& field = Edit(caption);
   const CString text = field.GetWindowText();

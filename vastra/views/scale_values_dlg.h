@@ -1,4 +1,4 @@
-// CScaleValuesDlg: the user types the scale of a curve.
+// CScaleValuesDlg: asks for the scale of a curve.
 #pragma once
 
 #include "vastra/ui/dialog.h"
@@ -9,7 +9,7 @@ class CScaleValuesDlg : public CDialog {
  public:
   explicit CScaleValuesDlg(CWnd* parent = nullptr);
 
-  // In: what the fields show. Out, behind IDOK: what was typed, in whatever order of size.
+  // In: the shown values. Out, after IDOK: the typed values; either can be the larger one.
   double m_max = 0;
   double m_min = 0;
 

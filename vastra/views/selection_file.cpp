@@ -22,7 +22,7 @@ void Get(CArchive& ar, double& value) {
   value = std::bit_cast<double>(std::uint64_t{high} << 32 | low);
 }
 
-// Opens the file and reads up to its count; then calls clear, and readAll with the archive and the count.
+// Opens the file and reads up to the count; then calls clear, and readAll with the archive and the count.
 template <class CLEAR, class BODY>
 ESelectionFile Read(const CString& path, UINT magic, CLEAR clear, BODY readAll) {
   CFile file;

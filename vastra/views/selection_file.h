@@ -1,7 +1,7 @@
-// Files of a selection: what the user has chosen to see in the trend window (.trn) and in the scan grid
-// (.grd). Little-endian, behind a number that tells the kind of file:
+// The files of a selection of variables in the trend window (.trn) or in the scan grid (.grd). Little-endian,
+// after a number that identifies the kind of file:
 //
-//   .trn   333666999, i32 count, the curves, u32: the place of the curve on the vertical scale; each curve:
+//   .trn   333666999, i32 count, the curves, u32: the index of the curve on the vertical scale; each curve:
 //          its name (string), minimum (f64), maximum (f64), colour (u32)
 //   .grd   222444888, i32 count, then the names (strings)
 #pragma once
@@ -23,28 +23,28 @@ struct CCurveRecord {
 
 struct CTrendSelection {
   std::vector<CCurveRecord> curves;
-  UINT scaleIndex = 0;  // as the file has it: it may lie past the curves
+  UINT scaleIndex = 0;  // as in the file: can be larger than the last index
 };
 
 enum class ESelectionFile {
   good,
   cannotOpen,
-  otherKind,   // its first number is not ours
-  noCount,     // it ends ahead of the names, or says that there are fewer than none
-  endsInside,  // it ends among the names or behind them
+  otherKind,   // another first number
+  noCount,     // it ends before the names, or the count is negative
+  endsInside,  // it ends within the names or after them
   cannotCreate,
   cannotWrite,
 };
 
-// What the user is to be told; null: nothing.
+// The message for the user; null: none.
 const char* TextOf(ESelectionFile result);
 
-// Read a file. What they are given to fill is left alone but for good and endsInside: then it holds what was
-// read, whole names and curves. Memory is taken for what is there, not for what the count promises.
+// Read a file. The second argument changes only for good and endsInside: then it has the names and curves
+// that were read completely. Memory depends on the size of the file, not on its count.
 ESelectionFile ReadSelection(const CString& path, CTrendSelection& selection);
 ESelectionFile ReadSelection(const CString& path, CStringArray& names);
 
-// Write a file anew; one that exists is replaced when all of the new one is written.
+// Write a file. An existing file is replaced when the new one is complete.
 ESelectionFile WriteSelection(const CString& path, const CTrendSelection& selection);
 ESelectionFile WriteSelection(const CString& path, const CStringArray& names);
 

@@ -1,4 +1,4 @@
-// CSimpleColor: the colours that curves get by default, a sequence of 14 that repeats.
+// CSimpleColor: the default colours of curves, a repeating sequence of 14.
 #pragma once
 
 #include "vastra/platform/api.h"
@@ -8,8 +8,8 @@ namespace vastra {
 struct CSimpleColor {
   static constexpr UINT GetFirstPosition() { return 9; }
 
-  // The colour at position, which moves on. The bits of a position are, from the highest: light, red, green,
-  // blue.
+  // Returns the colour at position and increments it. The bits of a position are, from the highest: light,
+  // red, green, blue.
   static constexpr COLORREF GetNextColor(UINT& position) {
     const auto part = [position](UINT bit) -> COLORREF {
       return (position >> bit & 1) * 160 + (position >> 3 & 1) * 90;

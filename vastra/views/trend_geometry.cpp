@@ -7,14 +7,14 @@
 namespace vastra {
 namespace {
 
-constexpr double kFarOff = 1 << 20;  // pixels; the toolkit's own arithmetic has room for many times that
+constexpr double kFarOff = 1 << 20;  // pixels; far below the limits of the toolkit's arithmetic
 
 int Cut(double value) { return static_cast<int>(value); }
 int Cut(float value) { return static_cast<int>(value); }
 
 float Wide(int pixels) { return static_cast<float>(pixels); }
 
-// The least of the numbers d * 10^n that is above a, which is above 0; one digit d, n from 0 on.
+// The least number d * 10^n above a, with one digit d and n from 0 on. a is above 0.
 double NextRound(double a) {
   double power = 1;
   while (a / power >= 1) power *= 10;
@@ -64,7 +64,7 @@ CCurveWalk::CCurveWalk(const CList<float, float>& history, CScale scale, CSize p
       m_scale(scale),
       m_perUnit(plot.cy / (scale.maximum - scale.minimum)) {}
 
-// False: there is no such place.
+// False: invalid place.
 bool CCurveWalk::Place(float value, int& y) const {
   const double place = m_plot.cy - m_perUnit * (static_cast<double>(value) - m_scale.minimum);
   if (std::isnan(place)) return false;

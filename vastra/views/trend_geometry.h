@@ -1,5 +1,5 @@
-// Where everything of the trend window stands: its controls, the points of its curves, the ticks and numbers
-// of its scales and the items of its legend. Whole pixels; halves and fractions are cut towards zero.
+// The geometry of the trend window: its controls, the points of its curves, the ticks and numbers of its
+// scales and the items of its legend. Whole pixels, truncated towards zero.
 #pragma once
 
 #include <array>
@@ -10,43 +10,42 @@
 
 namespace vastra {
 
-constexpr CSize kTrendMinSize = {400, 325};  // of the window, its frame included
-constexpr int kTrendPoints = 100;            // that a curve keeps
-// The height of a caption, its edge included, for which the layout is made. A higher one moves all up; with a
-// lower one (some screens tell of none at all) the last controls would stand below the window.
+constexpr CSize kTrendMinSize = {400, 325};  // of the window with its frame
+constexpr int kTrendPoints = 100;            // of a curve
+// The least height of a caption with its edge. The layout moves up by the caption; with less than this (some
+// screens report 0) the last controls would be below the window.
 constexpr int kTrendCaption = 23;
 
 struct CTrendLayout {
   CRect legend, edit, config, freeze, load, save, cancel, plot, vertScale, horizScale;
 };
-// client: the size of the client area. frame: the outer edges of the window in client coordinates; whatever
-// its top, nothing stands above the client area.
+// client: the size of the client area. frame: the outer edges of the window in client coordinates; no control
+// is placed above the client area.
 CTrendLayout LayOutTrend(CSize client, const CRect& frame);
 
-// The values at the bottom and at the top of the plot.
+// The values at the bottom and the top of the plot.
 struct CScale {
   double minimum = 0.0;
   double maximum = 10000.0;
 };
-// The scale of a curve whose first value is value: 0 and the next number with one digit that is not 0, beyond
-// value. A value that is not finite has the default scale.
+// The scale of a curve whose first value is value: from 0 to the next number beyond value with one non-zero
+// digit. A value that is not finite has the default scale.
 CScale StartScale(double value);
 
-// The points of one curve, from the newest at the right edge on. A value that is not a number leaves a gap,
-// and a scale without height leaves no points at all. A value far off the plot stands as far off it as the
-// drawing can bear.
+// The points of one curve, from the newest at the right edge on. NaN leaves a gap; a scale without height has
+// no points. The distance of a point from the plot is limited to what drawing can represent.
 class CCurveWalk {
  public:
-  // history: the newest first; what goes beyond kTrendPoints is not looked at. plot: the size of the plot.
+  // history: newest first; values after kTrendPoints are ignored. plot: the size of the plot.
   CCurveWalk(const CList<float, float>& history, CScale scale, CSize plot);
-  // The next run of points without a gap, of two or more; empty: that was all. Valid until the next call.
+  // The next two or more points without a gap; empty: no more. Valid until the next call.
   std::span<const CPoint> NextRun();
 
  private:
   bool Place(float value, int& y) const;
 
   CList<float, float>::CIterator<const float> m_next;
-  int m_count;  // points that were looked at
+  int m_count;  // values that were used
   CSize m_plot;
   CScale m_scale;
   double m_perUnit;  // pixels
@@ -74,7 +73,7 @@ CString VertText(CScale scale, UINT divisions, UINT i);
 // The legend: rows of one height, one item each.
 int LegendRow(const CRect& frame, UINT rows);  // the height of a row
 CPoint LegendItem(const CRect& frame, UINT rows, UINT i);
-// The item at point; -1: there is none. Only the height of point decides, inside the frame.
+// The item at point; -1: none. Inside the frame only the y coordinate of point counts.
 int LegendItemOnPoint(const CRect& frame, UINT rows, UINT count, CPoint point);
 
 // One item of the legend, relative to its corner.

@@ -10,7 +10,7 @@ constexpr COLORREF kBlack = RGB(0, 0, 0);
 constexpr COLORREF kTimeTicks = RGB(255, 0, 0);
 constexpr const char* kFace = "Times";
 
-// A context as it is now, until the end of the block.
+// Restores the context at the end of the block.
 class CSavedContext {
  public:
   explicit CSavedContext(CDC& dc) : m_dc(dc) { dc.SaveDC(); }
@@ -102,7 +102,7 @@ void CVertScale::SetArea(const CRect& area) {
   m_bands = VertBandsOf(area);
 }
 
-// A number may be wider than its band.
+// A number can be wider than its area.
 CRect CVertScale::Reach() const {
   const int row = m_area.Height() / 14;
   return {m_area.left, m_area.top - row, m_area.right + m_area.Width(), m_area.bottom + row};
@@ -145,7 +145,7 @@ void CDisplaySquare::Paint(CDC& dc, CPoint origin, COLORREF colour, const CStrin
   const CRect square = m_parts.square.Moved(origin.x, origin.y);
   dc.SelectObject(m_font);
   dc.SetTextColor(kBlack);
-  dc.SetBkColor(kTrendWhite);  // where a name is longer than the legend is wide
+  dc.SetBkColor(kTrendWhite);  // behind a name that is wider than the legend
   dc.DrawText(name, m_parts.text.Moved(origin.x, origin.y));
   dc.FillRect(square, CBrush{colour});
   dc.SelectObject(CPen{1, kBlack});

@@ -1,5 +1,5 @@
-// What the trend window draws: the curves, and around them two scales and a legend. None of these owns a
-// window; they hold places in the client area of the window they are painted on.
+// The drawn parts of the trend window: the curves, two scales and the legend. They are not windows; they have
+// places in the client area of the window.
 #pragma once
 
 #include "vastra/ui/drawing.h"
@@ -7,16 +7,16 @@
 
 namespace vastra {
 
-// The curves on white ground, in the rectangle of size plot at 0, 0.
+// The curves on a white background, in the rectangle of size plot at 0, 0.
 void DrawCurves(CDC& dc, const CVariableArray& variables, CSize plot);
 
 // The time axis, below the curves.
 class CHorizScale {
  public:
   void SetArea(const CRect& area);
-  void SetValues(UINT timeScan, UINT samples);  // milliseconds from point to point, points
+  void SetValues(UINT timeScan, UINT samples);  // milliseconds between points, number of points
   void Paint(CDC& dc) const;
-  CRect Reach() const;  // of what Paint draws: numbers stand out of the area
+  CRect Reach() const;  // what Paint draws: numbers extend beyond the area
 
  private:
   void PaintTicks(CDC& dc) const;
@@ -30,7 +30,7 @@ class CHorizScale {
   UINT m_divisions = 10;
 };
 
-// The value axis of one curve, in its colour; of none, nothing.
+// The value axis of one curve, in its colour. Without a curve nothing is drawn.
 class CVertScale {
  public:
   void SetArea(const CRect& area);
@@ -53,7 +53,7 @@ class CVertScale {
 // One item of the legend: a square in the colour of the curve, and its name.
 class CDisplaySquare {
  public:
-  CDisplaySquare(CSize size, UINT divisor);  // an average letter is size.cx / divisor wide
+  CDisplaySquare(CSize size, UINT divisor);  // the average width of a letter is size.cx / divisor
   void Paint(CDC& dc, CPoint origin, COLORREF colour, const CString& name) const;
 
  private:
@@ -61,7 +61,7 @@ class CDisplaySquare {
   CItemParts m_parts;
 };
 
-// The names of the curves, on white ground.
+// The names of the curves, on a white background.
 class CLegend {
  public:
   void SetValues(const CRect& frame, UINT rows);

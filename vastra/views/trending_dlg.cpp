@@ -28,7 +28,7 @@ constexpr CLiveViewKind kTrendingKind = {20, "Some variables had to be removed f
                                          "Trend", "Trending Files (*.trn)|*.trn|All Files (*.*)|*.*||"};
 
 constexpr UINT kLegendRows = 20;
-constexpr int kTrendingEdge = 2;  // of the plot's frame: the picture lies within
+constexpr int kTrendingEdge = 2;  // of the frame of the plot, which contains the picture
 
 }  // namespace
 
@@ -76,7 +76,7 @@ void CTrendingDlg::PostNcDestroy() {
   CLiveView::PostNcDestroy();
 }
 
-// What is painted follows the frames of the dialog.
+// Places the painted parts in the frames of the dialog.
 void CTrendingDlg::TakePlaces() {
   m_plot = Place(kPlot).GetPlace();
   m_legend.SetValues(Place(kLegend).GetPlace(), kLegendRows);
@@ -106,8 +106,7 @@ void CTrendingDlg::OnSize(int cx, int cy) {
   if (CreatePicture()) Invalidate();
 }
 
-// The picture is smaller than the frame it is drawn for: what lies on the frame's right and lower edge is cut
-// off.
+// The picture is smaller than the frame: points on the right and lower edge of the frame are clipped.
 void CTrendingDlg::DrawTrendings(CDC& dc) const { DrawCurves(dc, m_vars, m_plot.Size()); }
 
 void CTrendingDlg::DrawPicture() {
@@ -146,7 +145,7 @@ void CTrendingDlg::RefreshTimeScan(UINT timeScan) {
   Invalidate();
 }
 
-// A file that ended too early has left names that are not those of the curves.
+// After a file that ended too early the selected names can differ from the curves.
 void CTrendingDlg::OnNamesReset() {
   if (CurvesAreSelected()) return;
   CreateVariables();
@@ -160,7 +159,7 @@ bool CTrendingDlg::CurvesAreSelected() const {
   return true;
 }
 
-// Makes the curves of a new selection. Scales stay by name; colours and points begin anew.
+// Makes the curves of a new selection. A variable keeps its scale; colours and points start again.
 void CTrendingDlg::CreateVariables() {
   CVariableArray variables;
   UINT position = CSimpleColor::GetFirstPosition();
@@ -177,7 +176,7 @@ void CTrendingDlg::CreateVariables() {
   TakeVariables(variables);
 }
 
-// A scale for the present value of variable, which has its place in m_index at place.
+// Sets the scale by the present value of variable. place: in m_index.
 void CTrendingDlg::CalcScales(int place, CVariable& variable) {
   if (place >= m_index.GetSize() || !ReadSample()) return;
   const UINT at = m_index[place];
@@ -225,7 +224,7 @@ void CTrendingDlg::SelectVariable(int item) {
   Invalidate();
 }
 
-// The host may change the variables while the dialog is open, so a copy stands for the curve.
+// The host can change the variables while the dialog is open, so the dialog works on a copy of the curve.
 void CTrendingDlg::SetScale(int item) {
   const CVariable* variable = VariableAt(item);
   if (!variable) return;
@@ -268,7 +267,7 @@ bool CTrendingDlg::OnRButtonDown(CPoint point) {
   return item >= 0;
 }
 
-// The keyboard goes through the curves, and opens the menu of the one on the vertical scale.
+// Keys select a curve for the vertical scale and open its menu.
 bool CTrendingDlg::OnKeyDown(UINT key) {
   const int item = ItemOf(m_vertScale.GetVariable());
   if (item < 0) return false;
@@ -332,7 +331,7 @@ void CTrendingDlg::OnReadButton() {
   if (result == ESelectionFile::good) ShowSelection(selection);
 }
 
-// Takes the curves of a file, with their colours and scales.
+// Replaces the curves by those of a file, with their colours and scales.
 void CTrendingDlg::ShowSelection(const CTrendSelection& selection) {
   CVariableArray variables;
   for (const auto& [name, minimum, maximum, colour] : selection.curves) {

@@ -1,16 +1,16 @@
-// CTrendingDlg: the trend window, which plots variables that the user has chosen. A curve has one point for
-// each of the last refreshes, the newest at the right.
+// CTrendingDlg: the trend window, which plots the selected variables. A curve has one point for each of the
+// last refreshes, the newest at the right.
 //
-//   CTrendingDlg* trend = nullptr;  // the host's variable: the window sets it to null when it goes
+//   CTrendingDlg* trend = nullptr;  // of the host: the window sets it to null when it is destroyed
 //   trend = new CTrendingDlg;
 //   trend->SetInputPointers(&input, &trendings, &trend);
-//   trend->SetGridPointer(&grid);  // the host's variable for the scan grid
+//   trend->SetGridPointer(&grid);  // the pointer of the host to the scan grid
 //   trend->SetTimeScan(1000);
 //   if (trend->Create()) trend->ShowWindow(SW_SHOW);
 //   ...
 //   if (trend) trend->Refresh();  // once per scan
 //
-// The window frees itself. Only the application's thread calls it.
+// The window deletes itself. Only the thread of the application calls it.
 #pragma once
 
 #include "vastra/views/live_view.h"
@@ -27,13 +27,13 @@ class VASTRA_API CTrendingDlg : public CLiveView {
   ~CTrendingDlg() override;
 
   void SetInputPointers(CLogInput* input, CLogTrendings* trendings, CTrendingDlg** self);
-  void SetGridPointer(CVarScanDlg** grid) { m_ppGrid = grid; }  // may be null, or point at null
-  // Milliseconds from one Refresh to the next, in front of Create.
+  void SetGridPointer(CVarScanDlg** grid) { m_ppGrid = grid; }  // can be null or point to null
+  // Milliseconds between two calls of Refresh. Before Create.
   void SetTimeScan(UINT timeScan) { m_timeScan = timeScan; }
-  // The same for an open window: all curves begin anew.
+  // The same for an open window: all curves start again.
   void RefreshTimeScan(UINT timeScan);
 
-  // Takes the newest sample for one more point of each curve; shows it unless the user has frozen the window.
+  // Adds a point of the newest sample to each curve, and shows it unless the window is frozen.
   void Refresh();
 
  protected:
@@ -68,7 +68,7 @@ class VASTRA_API CTrendingDlg : public CLiveView {
   void DeleteVarsArray();
   bool CurvesAreSelected() const;
 
-  // The curve at item; null: there is none. With a name: null also if it is another variable's by now.
+  // The curve at item; null: none. With a name: null also if the item has another variable now.
   CVariable* VariableAt(int item, const CString* name = nullptr) const;
   CVariable* VariableOf(const CString& name) const;
   int ItemOf(const CVariable* variable) const;  // -1: none
@@ -90,8 +90,8 @@ class VASTRA_API CTrendingDlg : public CLiveView {
   CLegend m_legend;
   CVertScale m_vertScale;
   CHorizScale m_horizScale;
-  bool m_isOpen = false;        // OnInitDialog has done its work
-  bool m_pictureIsNew = false;  // Refresh has drawn it a moment ago
+  bool m_isOpen = false;        // OnInitDialog is done
+  bool m_pictureIsNew = false;  // Refresh has just drawn it
 };
 
 }  // namespace vastra

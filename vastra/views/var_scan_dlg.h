@@ -1,14 +1,14 @@
-// CVarScanDlg: the scan grid, a window that shows the present values of variables that the user has chosen.
+// CVarScanDlg: the scan grid, a window with the present values of the selected variables.
 //
-//   CVarScanDlg* grid = nullptr;  // the host's variable: the window sets it to null when it goes
+//   CVarScanDlg* grid = nullptr;  // of the host: the window sets it to null when it is destroyed
 //   grid = new CVarScanDlg;
 //   grid->SetInputPointers(&input, &trendings, &grid);
-//   grid->SetTrendPointer(&trend);  // the host's variable for the trend window
+//   grid->SetTrendPointer(&trend);  // the pointer of the host to the trend window
 //   if (grid->Create()) grid->ShowWindow(SW_SHOW);
 //   ...
 //   if (grid) grid->Refresh();  // once per scan
 //
-// The window frees itself. Only the application's thread calls it.
+// The window deletes itself. Only the thread of the application calls it.
 #pragma once
 
 #include "vastra/screens/grid_wnd.h"
@@ -23,9 +23,9 @@ class VASTRA_API CVarScanDlg : public CLiveView {
   CVarScanDlg();
 
   void SetInputPointers(CLogInput* input, CLogTrendings* trendings, CVarScanDlg** self);
-  void SetTrendPointer(CTrendingDlg** trend) { m_ppTrend = trend; }  // may be null, or point at null
+  void SetTrendPointer(CTrendingDlg** trend) { m_ppTrend = trend; }  // can be null or point to null
 
-  // Takes the newest sample; shows it unless the user has frozen the window.
+  // Reads the newest sample, and shows it unless the window is frozen.
   void Refresh();
 
  protected:
@@ -43,7 +43,7 @@ class VASTRA_API CVarScanDlg : public CLiveView {
   CVarScanDlg** m_ppSelf = nullptr;
   CTrendingDlg** m_ppTrend = nullptr;
   CArray<float, float> m_values;  // shown, one per row
-  CGridWnd m_grid;                // reads m_selected and m_values whenever it paints
+  CGridWnd m_grid;                // reads m_selected and m_values to paint
 };
 
 }  // namespace vastra

@@ -46,7 +46,7 @@ void CVarSelectionDlg::ShowLists() {
   List(kChosen).SetTexts(m_choice.Chosen());
 }
 
-// The lists are not filled anew: they stay where the user has scrolled them.
+// The lists are changed, not filled again, so that they keep their scroll positions.
 void CVarSelectionDlg::OnSelvarButton() {
   CListBox& available = List(kAvailableVariables);
   const std::vector<int> marked = available.GetSelItems();

@@ -1,4 +1,4 @@
-// CVarSelectionDlg: the user picks variables out of those that there are, in an order of his own.
+// CVarSelectionDlg: the user selects variables in any order.
 #pragma once
 
 #include "vastra/ui/dialog.h"
@@ -10,12 +10,12 @@ class VASTRA_API CVarSelectionDlg : public CDialog {
  public:
   explicit CVarSelectionDlg(CWnd* parent = nullptr);
 
-  // In front of DoModal. The arrays stay the caller's. m_pSelected changes with OK alone.
-  UINT m_max = 0;                              // names that may be chosen
-  CStringArray* m_pSelected = nullptr;         // in and out: the chosen names
-  const CStringArray* m_pAvailable = nullptr;  // those to choose from
+  // Set before DoModal. The caller owns the arrays. Only OK changes m_pSelected.
+  UINT m_max = 0;                              // limit of selected names
+  CStringArray* m_pSelected = nullptr;         // in and out: the selected names
+  const CStringArray* m_pAvailable = nullptr;  // all names
 
-  // 1 and the place of name among the available ones, or 0.
+  // 1 and the place of name in the available names, or 0.
   int GetColumnNumber(const CString& name, int& place) const;
 
  protected:

@@ -1,4 +1,4 @@
-// What the dialog of chosen variables does with its two lists, without a window.
+// The rules for the two lists of the selection dialog, without a window.
 #pragma once
 
 #include <vector>
@@ -10,13 +10,13 @@ namespace vastra {
 class CVarChoice {
  public:
   CVarChoice() = default;
-  // chosen may hold names that are not available: they stay chosen until they are taken out.
+  // chosen can have names that are not available: they stay until they are removed.
   CVarChoice(const CStringArray& available, const CStringArray& chosen);
 
   const CStringArray& Chosen() const { return m_chosen; }  // in the order of choosing
   CStringArray Unused() const;                             // in the order of the available ones
 
-  // Both take places in Unused() and Chosen() respectively; one that is not there does nothing.
+  // places: indexes in Unused() and in Chosen(); invalid ones are ignored.
   void Choose(const std::vector<int>& places);  // in order
   void TakeOut(int place);
   void ChooseAll();
