@@ -1,4 +1,4 @@
-// The table of calls of a driver module: handles with a connection behind each, and nothing thrown beyond it.
+// The table of functions of a driver module: a connection for each handle. No exception leaves it.
 #pragma once
 
 #include <cstdio>
@@ -12,14 +12,14 @@
 
 namespace driver {
 
-// Calls for one connection never overlap. All of them may throw std::bad_alloc. Connection has
+// Calls for one connection never overlap. Each may throw std::bad_alloc. Connection has
 //   static std::unique_ptr<Connection> Open(const DriverRecord&, int mode, std::string& fault)
-//     for reading or writing; null with fault: what is wrong with the settings
+//     to read or write; null with the reason in fault if the settings are wrong
 //   int Read(float* values, int count)
 //   int Write(const float* values, int count)
 //     a status
 //   const char* LastError()
-//     words for the failure of the last call, valid until the next call
+//     the text for the failure of the last call, valid until the next call
 template <class Connection>
 class CHandles {
  public:
@@ -46,7 +46,7 @@ class CHandles {
     Connection* connection = Find(handle);
     return connection ? Guarded([&] { return connection->Write(values, count); }) : statusNotOpened;
   }
-  // The connection ends without the lock, so that others need not wait for it.
+  // The connection is destroyed after the unlock, so that other handles do not wait for it.
   static void Close(int handle) {
     std::unique_lock guard(g_lock);
     const auto closed = g_connections.extract(handle);
@@ -79,11 +79,11 @@ class CHandles {
   static inline std::mutex g_lock;  // of the two below
   static inline std::map<int, std::unique_ptr<Connection>> g_connections;
   static inline int g_lastHandle = 0;
-  // A failed Open leaves no handle to keep its words under. They are asked for on the thread that opened.
+  // The text of a failed Open, which has no handle. The host asks for it on the same thread.
   static inline thread_local char t_openError[512] = "";
 };
 
-// All slots, the dialog's too.
+// All slots, those of the dialog included.
 template <class Connection>
 constexpr DriverFunctions kFunctions = {
     .ShowConfig = ShowConfig,

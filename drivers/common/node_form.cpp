@@ -11,7 +11,7 @@ namespace {
 
 std::atomic<const DriverHost*> g_host = nullptr;
 
-// The settings of a node, with texts of its own.
+// The settings of a node, with copies of its texts.
 class CNode {
  public:
   CNode() = default;
@@ -20,7 +20,7 @@ class CNode {
         m_text1(record.text1 ? record.text1 : ""),
         m_text2(record.text2 ? record.text2 : "") {}
 
-  // Valid while the node lives and is unchanged.
+  // Valid while the node exists and is unchanged.
   DriverRecord Record() const {
     DriverRecord record = m_record;
     record.text1 = m_text1.c_str();
@@ -29,15 +29,15 @@ class CNode {
   }
 
  private:
-  DriverRecord m_record = {};  // but for its texts
+  DriverRecord m_record = {};  // except its texts
   std::string m_text1;
   std::string m_text2;
 };
 CNode g_node;  // of SetConfig, or of the last accepted form
 
-// What a field of the form points to.
+// The data that a field of the form points to.
 struct CBuffers {
-  std::string text;         // the 0 behind it belongs to the buffer
+  std::string text;         // the final 0 is part of the buffer
   std::vector<int> values;  // of the choices
   std::vector<const char*> words;
   std::string other;
@@ -59,7 +59,7 @@ class CForm {
                              this};
     return host.ShowForm(&form) == 1;
   }
-  // The node with what the fields have.
+  // The node with the values of the fields.
   CNode Result() const { return CNode(RecordOf(m_fields.data())); }
 
  private:
@@ -81,7 +81,7 @@ class CForm {
     }
     return field;
   }
-  // Gives the index of value.
+  // Returns the index of value.
   static int ListChoices(const CField& row, int value, CBuffers& buffers) {
     const auto add = [&](int choice, const char* words) {
       buffers.values.push_back(choice);
@@ -95,7 +95,7 @@ class CForm {
     }
     return static_cast<int>(found - row.choices.begin());
   }
-  // The settings with what fields, of this form or a copy, have.
+  // The settings with the values of fields, which are those of this form or a copy.
   DriverRecord RecordOf(const DriverField* fields) const {
     DriverRecord record = m_record;
     for (std::size_t i = 0; i < m_buffers.size(); ++i) {

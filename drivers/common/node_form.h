@@ -1,4 +1,4 @@
-// The dialog of a driver module: a form of the host's for the settings of a node, made from a table.
+// The dialog of a driver module: a form that the host shows for the settings of a node, made from a table.
 #pragma once
 
 #include <span>
@@ -13,7 +13,7 @@ struct CChoice {
   const char* words;
 };
 
-// One setting. Its help begins with the name that it has outside of the form, in faults too.
+// One setting. Its help begins with the name of the setting, which messages use, too.
 struct CField {
   constexpr CField(const char* fieldName, const char* fieldHelp, const char* DriverRecord::*member)
       : name(fieldName), help(fieldHelp), kind(driverFieldText), text(member) {}
@@ -25,7 +25,7 @@ struct CField {
         number(member),
         low(lowest),
         high(highest) {}
-  // A value that is none of all is one more choice for the node that has it: the number behind otherWord.
+  // A value that is not in all becomes one more choice for the node that has it: otherWord and the number.
   constexpr CField(const char* fieldName, const char* fieldHelp, int DriverRecord::*member,
                    std::span<const CChoice> all, const char* otherWord)
       : name(fieldName),
@@ -50,17 +50,17 @@ struct CNodeForm {
   int id;                                            // the driver's
   const char* title;                                 // its name
   std::span<const CField> fields;                    // from top to bottom
-  DriverRecord newNode;                              // the settings that one starts with
-  std::string (*check)(const DriverRecord& record);  // what Open would say of them; empty: nothing
+  DriverRecord newNode;                              // the settings of a new node
+  std::string (*check)(const DriverRecord& record);  // the reason why Open would refuse them, or empty
 };
 
 // The one form of the module, which defines it.
 extern const CNodeForm kNodeForm;
 
-// Any thread; the others are called by the screens alone, on theirs.
+// Any thread. The other functions are only called by the windows, on their thread.
 void SetHost(const DriverHost* host);
 
-// The slots of the table. A setting that has no field goes through them untouched.
+// The slots of the table. They do not change a setting that has no field.
 int ShowConfig(int isNew);
 DriverRecord GetConfig();
 void SetConfig(DriverRecord config);

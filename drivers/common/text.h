@@ -13,7 +13,7 @@ inline std::string_view Trimmed(std::string_view text) {
   return text.substr(0, text.find_last_not_of(kBlanks) + 1);
 }
 
-// text as words show it: not longer than a message line can bear, and cut between two characters of UTF-8.
+// text for a message: at most 60 bytes and "...", cut between two characters of UTF-8.
 inline std::string Shown(std::string_view text) {
   constexpr std::size_t kLongest = 60;
   if (text.size() <= kLongest) return std::string(text);

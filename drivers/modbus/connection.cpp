@@ -14,14 +14,14 @@ namespace {
 constexpr int kIllegalAddress = MODBUS_EXCEPTION_ILLEGAL_DATA_ADDRESS;
 constexpr int kIllegalValue = MODBUS_EXCEPTION_ILLEGAL_DATA_VALUE;
 
-// A device that has failed is waited for so long, or a thousandth of the time since the last call: that is
-// enough for one on a plant's net, and a scan that comes once an hour can wait longer.
+// How long a call waits for a device that has failed: this time, or a thousandth of the time since the last
+// call if that is longer. It is enough on a local network, and a slow schedule can wait longer.
 constexpr milliseconds kShortPatience{20};
 constexpr int kPatienceShare = 1000;
 
 std::string NameOf(const CRequest& request) { return NameOf(*request.kind, request.first, request.count); }
 
-// What the user may try, for an exception that has a usual cause.
+// A hint for an exception that has a usual cause.
 std::string HintFor(int code, const CRequest& request) {
   if (code != kIllegalAddress && (code != kIllegalValue || request.count == 1)) return {};
   if (code == kIllegalValue) return "; value3 makes the requests smaller";
@@ -59,7 +59,7 @@ CConnection::CConnection(CSettings settings, std::shared_ptr<CLine> line)
     : m_settings(std::move(settings)),
       m_name("Modbus " + m_settings.endpoint.name + " unit " + std::to_string(m_settings.unit) + ": "),
       m_line(std::move(line)) {
-  // A device that is there has answered by the first call; one that is not is found to be missing then.
+  // Most devices are connected by the first call; a missing one is found then.
   if (!m_settings.endpoint.IsSerial()) m_line->Connect(m_settings, CClock::now(), false);
 }
 
@@ -68,7 +68,7 @@ int CConnection::Fail(int status, const std::string& words) {
   return status;
 }
 
-// The device is left alone for a pause that grows until it has answered.
+// No request is sent for a pause, which grows until the device has answered.
 int CConnection::Lose(const CResult& result, const std::string& where) {
   m_lost = result.words + where;
   m_pause = m_pause.count() ? std::min(2 * m_pause, m_settings.pauses.longest) : m_settings.pauses.first;
@@ -96,7 +96,7 @@ int CConnection::Begin() {
   }
   if (m_line->IsConnected()) return statusOk;
   const CResult result = m_line->Connect(m_settings, patience, m_isWary);
-  if (m_isWary) m_nextRequest = CClock::now() + m_settings.requestPause;  // it has been asked something
+  if (m_isWary) m_nextRequest = CClock::now() + m_settings.requestPause;  // the attempt has sent a request
   if (result.IsGood()) return statusOk;
   return result.pending
              ? Fail(statusExtendedError, m_lost.empty() ? result.words : m_lost + "; " + result.words)
@@ -118,7 +118,7 @@ int CConnection::FailExchange(const CResult& result, const std::string& where) {
   return Lose(result, where);
 }
 
-// What every transfer ends with. A device that has answered is there, even if it refused.
+// The end of each transfer. A device that has answered is present, even if it refused.
 int CConnection::End(int status) {
   if (status == statusOk || status == statusReplyError) {
     m_pause = milliseconds(0);

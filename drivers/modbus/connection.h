@@ -1,5 +1,5 @@
-// CConnection: what stands behind one handle. It carries out the requests that were planned, and after a
-// failure leaves the device alone for a while, so that one that is dead does not hold up the others.
+// CConnection: the connection of one handle. It sends the planned requests. After a failure it pauses, so
+// that a dead device does not delay the other nodes.
 #pragma once
 
 #include "line.h"
@@ -8,7 +8,7 @@ namespace modbus {
 
 class CConnection {
  public:
-  // Begins to connect, and does not wait for it. Null with fault: what is wrong with the settings. Throws
+  // Begins to connect without waiting. Null with the reason in fault if the settings are wrong. Throws
   // std::bad_alloc.
   static std::unique_ptr<CConnection> Open(const DriverRecord& record, int mode, std::string& fault);
   CConnection(CSettings settings, std::shared_ptr<CLine> line);
@@ -16,7 +16,7 @@ class CConnection {
   // Statuses. Calls for one connection never overlap.
   int Read(float* values, int count);
   int Write(const float* values, int count);
-  // Words for the failure of the last call; valid until the next call.
+  // The text for the failure of the last call; valid until the next call.
   const char* LastError() const { return m_words.c_str(); }
 
  private:

@@ -12,11 +12,11 @@ namespace {
 constexpr std::string_view kStandardPort = "502";
 constexpr int kLastPort = 65535;
 
-// What serial lines can be set to; the library takes any other for 9600.
+// The rates of serial lines; the library uses 9600 for any other.
 constexpr int kBauds[] = {110,   300,    600,    1200,   2400,   4800,   9600,   19200,  38400,
                           57600, 115200, 230400, 460800, 500000, 576000, 921600, 1000000};
 
-// All of text as a number; -1 if it is none.
+// All of text as a number; -1 if it is not one.
 int ToNumber(std::string_view text) {
   int number = -1;
   const auto [rest, fault] = std::from_chars(text.data(), text.data() + text.size(), number);
@@ -45,7 +45,7 @@ std::string ReadLineSettings(std::string_view text, CEndpoint& endpoint) {
   return {};
 }
 
-// A path may have colons of its own: the settings of the line stand behind the last one.
+// A path may have colons of its own: the settings of the line follow the last one.
 std::string ReadSerial(std::string_view text, CEndpoint& endpoint) {
   const std::size_t colon = text.rfind(':');
   if (colon == std::string_view::npos)

@@ -8,8 +8,8 @@
 
 namespace modbus {
 
-// Reads `host`, `host:port`, `[v6 address]:port` or `/dev/tty...:baud,bits,parity,stop`. Gives an empty text,
-// or what is wrong with it.
+// Reads `host`, `host:port`, `[v6 address]:port` or `/dev/tty...:baud,bits,parity,stop`. Returns an empty
+// text, or the reason why text is not one of these.
 std::string ReadEndpoint(std::string_view text, CEndpoint& endpoint);
 
 }  // namespace modbus

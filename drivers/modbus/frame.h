@@ -1,5 +1,5 @@
-// The frames of the protocol, without what carries them: a function and its data. Formulas and limits are
-// those of the Modbus application protocol, 1.1b3.
+// The frames of the protocol, without the header of TCP or of a serial line: a function and its data.
+// Formulas and limits are those of the Modbus application protocol, 1.1b3.
 #pragma once
 
 #include <array>
@@ -27,11 +27,11 @@ CFrame ReadFrame(const CRequest& request);
 // Empty if a value does not fit its type; misfit is then its place.
 CFrame WriteFrame(const CRequest& request, const float* values, const CPlace*& misfit);
 
-// Null if reply is one to request, a reply of an exception too; else what is wrong with it.
+// Null if reply answers request, also by an exception; else the fault of the reply.
 const char* FaultOf(const CFrame& request, const CFrame& reply);
-// The code of the exception that a right reply has; -1: none.
+// The code of the exception in a correct reply; -1: none.
 int ExceptionOf(const CFrame& reply);
-// Puts what a right reply to ReadFrame(request) has to the places of its values.
+// Stores the values of a correct reply to ReadFrame(request).
 void TakeValues(const CRequest& request, const CFrame& reply, float* values);
 
 }  // namespace modbus

@@ -1,5 +1,4 @@
-// What both lines ask of the library. Its calls are those of a client, and what they are handed has been
-// checked before.
+// The calls of the Modbus library that both kinds of line use.
 #pragma once
 
 #include <modbus/modbus.h>
@@ -19,16 +18,16 @@ using CContext = std::unique_ptr<modbus_t, CFreeContext>;
 
 // Throws std::bad_alloc for no context.
 CContext Take(modbus_t* context);
-// The library waits by select, which has room for the lower file handles alone.
+// The library waits with select, which only accepts small file handles.
 bool IsWaitable(int file);
 // Waits for one of events, of poll, or until file is lost: those that came. 0 if `until` comes first.
 short WaitFor(int file, short events, CTime until);
-// Receives the packet whose first bytes are there, until `until` at most. A good result of size 0: it was for
-// another unit.
+// Receives the packet whose first bytes are there, until `until` at most. A good result of size 0: the
+// packet was for another unit.
 CResult Receive(modbus_t* context, CTime until, CPacket& packet);
 CResult Lost(const std::string& words);
 CResult Pending(const std::string& words);
-// The words of the system for its number of an error.
+// The system's text for an error number.
 std::string SystemWords(int error);
 CResult BadFrame(const std::string& words);
 CResult NoReply(const CSettings& settings);

@@ -1,4 +1,4 @@
-// CLine: what carries the frames to a device and back, a TCP connection or a serial line.
+// CLine: transport of frames to a device and back, by a TCP connection or a serial line.
 #pragma once
 
 #include <memory>
@@ -9,7 +9,7 @@
 
 namespace modbus {
 
-// How a step ended: statusOk, or a status of the driver interface and words for it.
+// The result of a step: statusOk, or a status of the driver interface and its text.
 struct CResult {
   int status = statusOk;
   std::string words;     // without the name of the device
@@ -30,8 +30,9 @@ class CLine {
   // Connects, or goes on with it, and waits until `until` at most. A wary attempt is for a device that has
   // failed: it only counts as connected once it has answered.
   virtual CResult Connect(const CSettings& settings, CTime until, bool wary) = 0;
-  // Sends request and waits for its reply, for the time-out at most; connects anew first if the other side
-  // has closed since. After a failure the next exchange begins on a clean line, or IsConnected says no.
+  // Sends request and waits for its reply, for the time-out at most; connects again first if the device
+  // has closed the connection. After a failure the next exchange begins on a clean line, or IsConnected says
+  // no.
   virtual CResult Exchange(const CSettings& settings, const CFrame& request, CFrame& reply) = 0;
   virtual void Drop() = 0;
 };

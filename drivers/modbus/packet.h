@@ -1,5 +1,5 @@
-// A frame with what a line puts round it: by TCP a head with the number of the request, the length and the
-// unit; on a serial line the unit, and a check sum that is the library's business.
+// A frame with its envelope: by TCP a head with the number of the request, the length and the unit; on a
+// serial line the unit and a check sum, which the library adds.
 #pragma once
 
 #include <modbus/modbus.h>
@@ -19,8 +19,8 @@ struct CPacket {
 CPacket TcpPacket(int number, int unit, const CFrame& frame);
 CPacket SerialPacket(int unit, const CFrame& frame);  // without the check sum
 
-// Take the frame out of what was received: empty, or why it is not the reply to request, which had number and
-// unit.
+// Extract the frame from a received packet. Return an empty text, or why it is not the reply to request,
+// which had number and unit.
 std::string TakeTcpReply(const CPacket& packet, int number, int unit, const CFrame& request, CFrame& reply);
 std::string TakeSerialReply(const CPacket& packet, const CFrame& request, CFrame& reply);
 

@@ -21,14 +21,14 @@ struct CRequest {
   std::vector<CPlace> places;
 };
 
-// How much may be asked for at once.
+// Limits of one request.
 struct CLimits {
   int registers;  // in one request; bits: sixteen times as many
   bool single;    // one request for each value
 };
 
-// As few requests as the limits allow, whatever the order of values: gaps of up to eight addresses are read
-// over. No value is split.
+// As few requests as the limits allow, in any order of the values. Gaps of up to eight addresses are read and
+// ignored. No value is split.
 std::vector<CRequest> PlanReads(const std::vector<CValue>& values, const CLimits& limits);
 // The same for writing: in the order of values, and only true neighbours together.
 std::vector<CRequest> PlanWrites(const std::vector<CValue>& values, const CLimits& limits);

@@ -1,4 +1,4 @@
-// CResolver finds the network addresses of a host by its name, without holding up its caller.
+// CResolver finds the network addresses of a host by its name without blocking its caller.
 #pragma once
 
 #include <sys/socket.h>
@@ -36,7 +36,7 @@ class CResolver {
   const std::string m_host, m_port;
   std::vector<CAddress> m_addresses;
   const bool m_isNumeric;
-  // While the system is being asked. Who destroys it waits for the system, which gives up by itself.
+  // The question to the system, while it runs. The destructor waits for it; the system has a time-out.
   std::future<CAnswer> m_question;
 };
 

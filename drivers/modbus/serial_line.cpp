@@ -11,9 +11,9 @@ namespace {
 
 constexpr int kDataBits = 8;
 
-// A reply has no number. So that one that comes late is not taken for that to the next request, of another
-// node maybe, its unit is not asked for a while: after a time-out, and after noise, which it may stand
-// behind.
+// A reply on a serial line has no number, so a late one could be mistaken for the reply to the next request.
+// Therefore the unit gets no request for a while after a time-out, and after noise, which a late reply may
+// follow.
 constexpr milliseconds kLate{500};
 constexpr milliseconds kNoise{100};
 
@@ -113,7 +113,7 @@ CResult CSerialLine::Send(int unit, const CFrame& request) {
   return Lost(SystemWords(errno));
 }
 
-// Replies of other units are passed over: they may be late ones to other nodes.
+// Skips replies of other units: they may be late replies to other nodes.
 CResult CSerialLine::TakeReply(const CSettings& settings, const CFrame& request, CTime deadline,
                                CFrame& reply) {
   CResult silence = NoReply(settings);

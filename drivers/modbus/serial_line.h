@@ -25,9 +25,9 @@ class CSerialLine : public CLine {
   CResult Ask(const CSettings& settings, const CFrame& request, CFrame& reply);
   CResult Send(int unit, const CFrame& request);
   CResult TakeReply(const CSettings& settings, const CFrame& request, CTime deadline, CFrame& reply);
-  // Whether there is something before `until`: who babbles without end must not be heard for ever.
+  // Whether data comes before `until`. A device that sends without end is not read for ever.
   bool Hears(CTime until) const;
-  // Passes over what comes until the late reply of unit is there, or `until` is.
+  // Discards data up to the late reply of unit, or until `until`.
   void AwaitLateReply(int unit, CTime until);
   void Close();
 
@@ -38,7 +38,7 @@ class CSerialLine : public CLine {
   CContext m_context;
   bool m_isOpen = false;
   CTime m_quietUntil;
-  std::array<CTime, kLastSerialUnit + 1> m_lateUntil;  // by unit: its late reply may come so long
+  std::array<CTime, kLastSerialUnit + 1> m_lateUntil;  // by unit: until when its late reply may come
 };
 
 }  // namespace modbus

@@ -1,4 +1,4 @@
-// What the driver makes of the settings of a node.
+// The settings of a Modbus node, read from its record.
 #pragma once
 
 #include <chrono>
@@ -23,7 +23,7 @@ constexpr int kMostWritten = 123;    // the same when they are written
 constexpr int kLastUnit = 255;
 constexpr int kLastSerialUnit = 247;
 
-// What value4 asks for; both together are 3.
+// The bits of value4.
 constexpr int kSingleRequests = 1;  // one request for each value
 constexpr int kCloseAfterScan = 2;  // no connection between scans
 
@@ -54,17 +54,17 @@ struct CSettings {
   int unit;
   milliseconds timeOut;       // of a reply
   milliseconds requestPause;  // between two requests
-  milliseconds connectPause;  // behind a connecting
+  milliseconds connectPause;  // after connecting
   bool closesAfterScan;
   int count;                       // of values
   std::vector<CRequest> requests;  // of one transfer
   CPauses pauses;
 };
 
-// Reads record into settings, for a node that is written or read. Gives an empty text, or which setting is
-// bad and why.
+// Reads record into settings, for a node that is written or read. Returns an empty text, or the bad setting
+// and the reason.
 std::string ReadSettings(const DriverRecord& record, bool writes, CSettings& settings);
-// What ReadSettings would say of a node that is read, but for the number of its values.
+// The same check for a node that is read, without the number of its values.
 std::string CheckSettings(const DriverRecord& record);
 
 }  // namespace modbus

@@ -14,12 +14,12 @@
 namespace modbus {
 namespace {
 
-// A connection that was begun, as in an Open, and that nobody has used is made anew after so long.
+// A connection that was begun and not used for this time is made again.
 constexpr milliseconds kForgotten{1000};
 
 std::string Within(milliseconds time) { return " within " + std::to_string(time.count()) + " ms"; }
 
-// A request to which every device that lives has a reply: the first register or bit that is asked for.
+// A request that a working device answers: for the first register or bit of the node.
 CFrame ProofOf(const CSettings& settings) {
   CRequest request = {settings.requests.front().kind, settings.requests.front().first, 1, {}};
   return ReadFrame(request);
@@ -27,7 +27,7 @@ CFrame ProofOf(const CSettings& settings) {
 
 }  // namespace
 
-// The library has a socket from somewhere else; the address is only what its context is made with.
+// The library gets a connected socket later. Its context needs an address, which is not used.
 CTcpLine::CTcpLine(const std::string& host, const std::string& port)
     : m_resolver(host, port), m_context(Take(modbus_new_tcp("127.0.0.1", MODBUS_TCP_DEFAULT_PORT))) {}
 
@@ -65,7 +65,7 @@ bool CTcpLine::IsConnected() {
   return m_step == kConnected;
 }
 
-// For a device that lives: the whole time is waited.
+// For a device that answers: waits for the whole time-out.
 CResult CTcpLine::ConnectAnew(const CSettings& settings, bool wary) {
   Drop();
   return TakeSteps(settings, {CClock::now() + settings.timeOut + settings.connectPause, wary});
@@ -170,8 +170,8 @@ CResult CTcpLine::Exchange(const CSettings& settings, const CFrame& request, CFr
   const bool isProven = std::exchange(m_asked, false);
   CResult result = Ask(settings, request, reply);
   if (!result.IsGood()) Drop();
-  // Some devices close a little behind each reply, and so did this one behind its proof: it would never be
-  // reached again.
+  // Some devices close the connection a little after each reply, as here after the proof. Without a second
+  // attempt such a device would never be reached again.
   if (isProven && result.status == statusExtendedError) {
     result = Ask(settings, request, reply);
     if (!result.IsGood()) Drop();
@@ -182,7 +182,7 @@ CResult CTcpLine::Exchange(const CSettings& settings, const CFrame& request, CFr
 CResult CTcpLine::Ask(const CSettings& settings, const CFrame& request, CFrame& reply) {
   const int waiting = m_step == kConnected ? Peek() : -1;
   if (waiting > 0) return BadFrame("it came without a request");
-  if (waiting < 0)  // the device may have closed since it was found to be there, as some do behind each reply
+  if (waiting < 0)  // the device may have closed since it was found to be there, as some do after each reply
     if (CResult again = ConnectAnew(settings, false); !again.IsGood()) return again;
   if (CResult sent = Send(settings.unit, request); !sent.IsGood()) return sent;
   const CTime deadline = CClock::now() + settings.timeOut;

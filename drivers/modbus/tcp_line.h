@@ -1,9 +1,8 @@
-// CTcpLine: the connection of one node by TCP. Connecting goes step by step and can be gone on with in a
-// later call, so that a device that is dead holds nobody up.
+// CTcpLine: the TCP connection of one node. Connecting has several steps, and a later call can continue it,
+// so that a dead device does not delay the other nodes.
 //
-// The head of a packet is the driver's own: the library numbers no request that it is given as a frame, and
-// looks neither at the unit nor at the length of a reply, and a value must not come from another device or
-// another request.
+// The driver makes and checks the head of a packet itself. The library neither numbers a request that it gets
+// as a frame nor checks unit and length of a reply, and a value must not come from another device or request.
 #pragma once
 
 #include <cstdint>
@@ -48,12 +47,12 @@ class CTcpLine : public CLine {
   CResult BeginDialling(const CAddress& address);
   CResult DialOutcome(CTime until);
   void Hang();
-  // What there is to read without a request: 0 nothing, 1 something, -1 the end of the connection.
+  // Data that came without a request: 0 none, 1 some, -1 the connection has ended.
   int Peek() const;
   // Whether the name server or the device has not replied yet to the attempt. Such a one is judged by its own
   // begin, however old it is: of a hundred nodes that are opened together only the first that is dead waits.
   bool IsAwaited() const;
-  // Whether the device has closed its side, and nothing is to be read any more.
+  // Whether the device has closed its side and no data is left to read.
   bool HasClosed() const;
   CResult Send(int unit, const CFrame& request);
   // The reply to what was sent last; pending if nothing of it is there at `until`. It is complete at

@@ -17,7 +17,7 @@ constexpr CKind kKinds[] = {
     {'h', "holding register", "holding registers", true, 3, 6, 16, 4},
 };
 
-// Lists for people have 40001 for the first holding register, and up to 49999; or 400001, and up to 465536.
+// Printed lists number the holding registers 40001 to 49999, or 400001 to 465536.
 struct CPaper {
   int unit;  // the digit of the table stands before so many
   int count;
@@ -57,7 +57,7 @@ constexpr std::string_view kDigits = "0123456789";
 
 char Lower(char letter) { return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + 32) : letter; }
 
-// Takes one entry of the list apart, from its begin to its end.
+// Reads one entry of the list from begin to end.
 class CEntryReader {
  public:
   explicit CEntryReader(std::string_view text) : m_rest(text) {}
@@ -67,7 +67,7 @@ class CEntryReader {
     return m_rest.empty();
   }
   std::string Rest() const { return driver::Shown(m_rest); }
-  // Takes the letter if it comes next.
+  // Consumes the letter if it comes next.
   bool Take(char letter) {
     if (IsAtEnd() || Lower(m_rest.front()) != letter) return false;
     m_rest.remove_prefix(1);
@@ -155,7 +155,7 @@ std::string ReadEntry(std::string_view text, int added, CEntry& entry) {
   return fault;
 }
 
-// Where the byte of a number stands among its size bytes on the wire; 0 is the highest one.
+// The place of a byte of a number among its size bytes on the wire; byte 0 is the highest.
 int PlaceOf(int byte, int size, COrder order) {
   const int place = order.wordsReversed ? size - 2 - (byte & ~1) + (byte & 1) : byte;
   return order.bytesSwapped ? place ^ 1 : place;

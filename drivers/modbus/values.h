@@ -1,4 +1,4 @@
-// The values of a node: what the list in its settings says, and how registers and floats become each other.
+// The values of a node: the list in its settings, and the conversion between registers and floats.
 #pragma once
 
 #include <cstdint>
@@ -17,12 +17,13 @@ struct CKind {
   std::uint8_t read;    // the functions of the protocol; 0: there is none
   std::uint8_t write;   // of a single one
   std::uint8_t writes;  // of several
-  int digit;            // with which its entries begin in lists for people; 0: none that tells
+  int digit;            // the first digit of its numbers in printed lists; 0: none
 };
 
 enum class EType : std::uint8_t { bit, u16, i16, u32, i32, f32, f64 };
 
-// How the bytes of a number lie in its registers. abcd is the order of the protocol: the high byte first.
+// The order of the bytes of a number in its registers. abcd is the order of the protocol: the high byte
+// first.
 struct COrder {
   bool wordsReversed;
   bool bytesSwapped;
@@ -50,7 +51,7 @@ std::int64_t CountOf(const std::vector<CEntry>& entries);
 // The single values, in the order of the list.
 std::vector<CValue> ValuesOf(const std::vector<CEntry>& entries);
 
-// Addresses that a value takes.
+// The number of addresses of a value.
 int SizeOf(EType type);
 const char* NameOf(EType type);
 
@@ -61,7 +62,7 @@ float FromRegisters(const CValue& value, const std::uint8_t* registers);
 // the type.
 bool ToRegisters(const CValue& value, float number, std::uint8_t* registers);
 
-// What stands for number in a list for people, such as "h0" for 40001; empty if no such list would have it.
+// The entry for a number of a printed list, such as "h0" for 40001; empty if no printed list has the number.
 std::string OffPaper(std::int64_t number);
 // Such as "holding registers 100 to 109".
 std::string NameOf(const CKind& kind, int first, int count);

@@ -20,9 +20,8 @@ void CConnection::Connect() {
   m_connected = true;
 }
 
-// What every call begins with, and the pattern for a driver of a real PLC. A connection that breaks makes its
-// call fail; the engine only calls again with the same handle, so the next call connects anew before it does
-// its work.
+// The start of each call, and the pattern for a driver of a real PLC. When a connection breaks, its call
+// fails. The engine then calls again with the same handle, so the next call connects again first.
 int CConnection::BeginCall() {
   if (!m_connected) Connect();
   ++m_calls;
@@ -47,7 +46,7 @@ int CConnection::Read(float* values, int count) {
 int CConnection::Write(const float* values, int count) {
   const int status = BeginCall();
   if (!m_connected) return status;
-  if (!m_station) return statusOk;  // there is nothing to keep the values
+  if (!m_station) return statusOk;  // the values are dropped
   if (!HasRegisters(count)) return statusInvalidFrame;
   m_station->Write(m_settings.firstRegister, values, count);
   return statusOk;

@@ -1,4 +1,4 @@
-// CConnection: what stands behind one handle.
+// CConnection: the connection of one handle.
 #pragma once
 
 #include "settings.h"
@@ -6,16 +6,16 @@
 
 namespace simulator {
 
-// Calls for one connection never overlap. Read and Write give a status and allocate nothing.
+// Calls for one connection never overlap. Read and Write return a status and allocate nothing.
 class CConnection {
  public:
-  // Null with fault: which setting is bad and why. Throws std::bad_alloc.
+  // Null with the bad setting and the reason in fault. Throws std::bad_alloc.
   static std::unique_ptr<CConnection> Open(const DriverRecord& record, int mode, std::string& fault);
   explicit CConnection(CSettings settings);
 
   int Read(float* values, int count);
   int Write(const float* values, int count);
-  // Words for the failure of the last call; valid until the next call.
+  // The text for the failure of the last call; valid until the next call.
   const char* LastError();
 
  private:

@@ -10,15 +10,9 @@ namespace {
 
 constexpr int kHighest = std::numeric_limits<int>::max();
 
-constexpr driver::CChoice kStatuses[] = {
-    {0, "Unknown error"},
-    {statusNoMemory, "No memory"},
-    {statusExtendedError, "Extended error"},
-    {statusNotOpened, "Not opened"},
-    {statusInvalidFrame, "Invalid frame"},
-    {statusTimeout, "Time-out"},
-    {statusReplyError, "Reply error"},
-};
+#define ROW(status, title, meaning, severity, transfer, open, words) {status, title},
+constexpr driver::CChoice kStatuses[] = {{0, "Unknown error"}, DRIVER_TRANSFER_FAILURES(ROW)};
+#undef ROW
 
 constexpr driver::CField kFields[] = {
     {"Waveforms",
@@ -41,7 +35,7 @@ constexpr driver::CField kFields[] = {
      &DriverRecord::value5, kStatuses, "Status"},
 };
 
-// The defaults in figures, where a 0 would stand for them.
+// The defaults as numbers; in a stored node 0 means the default.
 constexpr DriverRecord NewNode() {
   DriverRecord record = {};
   record.text1 = "sine";

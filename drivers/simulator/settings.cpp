@@ -8,7 +8,7 @@
 namespace simulator {
 namespace {
 
-// The numbers that make no sense below 0.
+// The numbers that must not be negative.
 constexpr struct {
   int DriverRecord::*value;
   const char* name;

@@ -1,4 +1,4 @@
-// What the simulator makes of the settings of a node.
+// The settings of a simulator node, read from its record.
 #pragma once
 
 #include <chrono>
@@ -22,11 +22,11 @@ struct CSettings {
   std::uint64_t seed;
   int station;         // 0: waveforms; above: the registers of that station
   int firstRegister;   // the node's first value
-  unsigned failEvery;  // each n-th call of a handle fails; 0: none does
+  unsigned failEvery;  // each n-th call of a handle fails; 0: none
   int failStatus;      // with this status
 };
 
-// Reads record into settings. Gives an empty text, or which setting is bad and why.
+// Reads record into settings. Returns an empty text, or the bad setting and the reason.
 std::string ReadSettings(const DriverRecord& record, CSettings& settings);
 
 }  // namespace simulator

@@ -1,5 +1,5 @@
-// The simulator: a driver module without a PLC, for demonstrations, tests and as a pattern for drivers. This
-// file is its side of the driver interface. docs/driver-guide.md has the table of its settings.
+// The simulator: a driver module without a PLC, for demonstrations and tests, and as an example of a driver.
+// This file has its exports. docs/driver-guide.md has the table of its settings.
 #include "connection.h"
 #include "drivers/common/handles.h"
 

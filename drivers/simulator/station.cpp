@@ -7,7 +7,7 @@
 namespace simulator {
 namespace {
 std::mutex g_stationsLock;
-std::map<int, CStation> g_stations;  // never shrinks, so that a station keeps its place in memory
+std::map<int, CStation> g_stations;  // no station is removed: pointers to it stay valid
 }  // namespace
 
 CStation::CStation() : m_registers(static_cast<float*>(std::calloc(kRegisters, sizeof(float)))) {

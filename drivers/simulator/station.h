@@ -1,5 +1,5 @@
-// A station: the registers of one simulated PLC, shared by all handles of the process that name it. It lives
-// as long as the module is loaded.
+// A station: the registers of one simulated PLC, shared by all handles of the process with its number. It
+// exists while the module is loaded.
 #pragma once
 
 #include <cstdlib>
@@ -27,7 +27,7 @@ class CStation {
   };
 
   std::mutex m_lock;
-  // Cleared by the system, page by page, when a page is first used: a station costs what it is used for.
+  // The system clears each page when it is first used, so that unused registers take no memory.
   std::unique_ptr<float[], CFree> m_registers;
 };
 

@@ -7,7 +7,7 @@ namespace {
 
 constexpr double kTwoPi = 6.283185307179586;
 
-// Spreads the bits of a number over all 64: the last steps of the SplitMix64 generator.
+// Mixes the bits of a number: the last steps of the SplitMix64 generator.
 std::uint64_t Mix(std::uint64_t bits) {
   bits += 0x9E3779B97F4A7C15u;
   bits = (bits ^ (bits >> 30)) * 0xBF58476D1CE4E5B9u;
@@ -25,7 +25,7 @@ float Square(const CMoment& moment, std::size_t) {
   return static_cast<float>(moment.phase < 0.5 ? moment.amplitude : -moment.amplitude);
 }
 
-// Depends on seed, read and place alone, so that the same seed gives the same run.
+// Depends only on seed, read and index, so that the same seed repeats the same run.
 float Noise(const CMoment& moment, std::size_t index) {
   const std::uint64_t bits = Mix(Mix(Mix(moment.seed) + moment.read) + index);
   const double unit = static_cast<double>(bits >> 11) * 0x1p-53;  // from 0 to below 1

@@ -1,4 +1,4 @@
-// The waveforms of the simulator: what value a node has at a moment.
+// The waveforms of the simulator: the value of a node at a moment.
 #pragma once
 
 #include <cstddef>
@@ -7,9 +7,9 @@
 
 namespace simulator {
 
-// What one read sees of its connection.
+// The state of a connection during one read.
 struct CMoment {
-  double phase;        // place within the period, from 0 to below 1
+  double phase;        // within the period, from 0 to below 1
   double amplitude;    // in the unit of the values
   std::uint64_t read;  // number of the read on its handle, from 1
   std::uint64_t seed;  // of the noise
@@ -17,12 +17,12 @@ struct CMoment {
 
 struct CWaveform {
   const char* name;
-  // The value at place index of the node.
+  // The value of the node at index.
   float (*at)(const CMoment& moment, std::size_t index);
-  bool perValue;  // whether values of one read differ: otherwise one call does for all
+  bool perValue;  // whether the values of one read differ; if not, one call is enough
 };
 
-// The waveform of this name, letter by letter; null if there is none.
+// The waveform of this exact name; null if there is none.
 const CWaveform* FindWaveform(std::string_view name);
 
 }  // namespace simulator

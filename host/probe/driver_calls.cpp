@@ -1,58 +1,39 @@
 #include "host/probe/driver_calls.h"
 
-#include <algorithm>
 #include <chrono>
-#include <iterator>
 
 namespace vastra {
 namespace {
 
 constexpr DriverFunctions kOffersNothing = {};
 
-struct CStatus {
-  int status;
-  const char* name;
-  const char* meaning;
-  CDriverWords DriverFunctions::*words;
-  bool isOfOpen;
-  bool isOfTransfer;
-};
-constexpr CStatus kStatuses[] = {
-    {statusNoMemory, "statusNoMemory", "the driver has run out of memory", nullptr, true, true},
-    {statusExtendedError, "statusExtendedError", "", &DriverFunctions::GetExtendedError, true, true},
-    {statusOk, "statusOk", "", nullptr, true, true},
-    {statusNotOpened, "statusNotOpened", "the handle is not open", nullptr, false, true},
-    {statusInvalidFrame, "statusInvalidFrame", "a bad frame came from the device", nullptr, false, true},
-    {statusTimeout, "statusTimeout", "no reply in time", nullptr, false, true},
-    {statusInvalidMode, "statusInvalidMode", "the driver does not open for this", nullptr, true, false},
-    {statusReplyError, "statusReplyError", "", &DriverFunctions::GetReplyError, true, true},
-};
-
-const CStatus* Find(int status) {
-  const auto row = std::ranges::find(kStatuses, status, &CStatus::status);
-  return row == std::end(kStatuses) ? nullptr : row;
-}
-
 }  // namespace
 
 CString StatusName(int status) {
-  const CStatus* row = Find(status);
-  return row ? CString(row->name) : "unknown status " + CString(std::to_string(status));
+  if (status == statusOk) return "statusOk";
+  const CDriverFailure* failure = FindFailure(status);
+  return failure ? CString(failure->name) : "unknown status " + CString(std::to_string(status));
 }
 
 CString StatusMeaning(int status) {
-  const CStatus* row = Find(status);
-  return row ? row->meaning : "";
+  const CDriverFailure* failure = FindFailure(status);
+  return failure ? failure->meaning : "";
 }
 
-bool IsOpenStatus(int status) { return Find(status) && Find(status)->isOfOpen; }
+bool IsOpenStatus(int status) {
+  const CDriverFailure* failure = FindFailure(status);
+  return status == statusOk || (failure && *failure->open);
+}
 
-bool IsTransferStatus(int status) { return Find(status) && Find(status)->isOfTransfer; }
+bool IsTransferStatus(int status) {
+  const CDriverFailure* failure = FindFailure(status);
+  return status == statusOk || (failure && *failure->transfer);
+}
 
-bool HasWords(int status) { return Find(status) && Find(status)->words; }
+bool HasWords(int status) { return FindFailure(status) && FindFailure(status)->words; }
 
 CDriverWords WordsFor(const DriverFunctions& table, int status) {
-  return HasWords(status) ? table.*Find(status)->words : nullptr;
+  return HasWords(status) ? table.*FindFailure(status)->words : nullptr;
 }
 
 CDriverCalls::CDriverCalls(HMODULE module) : m_module(module) {

@@ -6,6 +6,7 @@
 
 #include "vastra/plc/driver_call.h"
 #include "vastra/plc/driver_config.h"
+#include "vastra/plc/driver_failure.h"
 
 namespace vastra {
 
@@ -21,7 +22,6 @@ CString StatusMeaning(int status);
 bool IsOpenStatus(int status);
 bool IsTransferStatus(int status);
 // Whether the driver explains status in words, and its function for them: null if it lacks the function.
-using CDriverWords = const char* (*)(int handle);
 bool HasWords(int status);
 CDriverWords WordsFor(const DriverFunctions& table, int status);
 

@@ -61,6 +61,24 @@ enum {
   statusReplyError = 157    /* the PLC replied with an error that GetReplyError explains */
 };
 
+/* The failures, one row each, for the tables of hosts and drivers:
+ * X(status, title in a list, meaning, severity and message of Read and Write, message of Open, words)
+ * An empty message: the operation does not have the status, and it is reported as an unknown error. words:
+ * the function of the table whose text replaces the message, or None. */
+#define DRIVER_TRANSFER_FAILURES(X)                                                                       \
+  X(statusNoMemory, "No memory", "the driver has run out of memory", Fatal, "No memory.",                 \
+    "Not enough memory.", None)                                                                           \
+  X(statusExtendedError, "Extended error", "", Error, "Extended error.", "Extended error.",               \
+    GetExtendedError)                                                                                     \
+  X(statusNotOpened, "Not opened", "the handle is not open", Fatal, "Driver is not opened.", "", None)    \
+  X(statusInvalidFrame, "Invalid frame", "a bad frame came from the device", Error, "Invalid frame.", "", \
+    None)                                                                                                 \
+  X(statusTimeout, "Time-out", "no reply in time", Error, "Timeout error.", "", None)                     \
+  X(statusReplyError, "Reply error", "", Error, "Reply error.", "Reply error.", GetReplyError)
+#define DRIVER_FAILURES(X)    \
+  DRIVER_TRANSFER_FAILURES(X) \
+  X(statusInvalidMode, "Invalid mode", "the driver does not open for this", Error, "", "Invalid mode.", None)
+
 /* What a connection is opened for. */
 enum { driverModeRead = 0, driverModeWrite = 1, driverModeOther = 100 };
 

@@ -3,6 +3,7 @@
 
 #include "vastra/platform/module.h"
 #include "vastra/plc/driver_api.h"
+#include "vastra/plc/driver_failure.h"
 
 namespace vastra {
 

@@ -1,10 +1,10 @@
 #include "vastra/plc/plc_link.h"
 
 #include <algorithm>
-#include <iterator>
 
 #include "vastra/platform/prompt.h"
 #include "vastra/plc/driver_call.h"
+#include "vastra/plc/driver_failure.h"
 #include "vastra/plc/driver_host.h"
 
 namespace vastra {
@@ -29,37 +29,6 @@ constexpr CFault kPlcNoWrite = {severityFatal, "Write function not found in driv
 constexpr CFault kShortSample = {severityError, "Sample is not valid."};
 constexpr CFault kUnknownInOpen = {severityFatal, "Unknown error."};
 constexpr CFault kUnknown = {severityError, "Unknown error."};
-
-// How Read and Write, and Open, report a status. The driver's own text, if there is one, replaces the text
-// here.
-struct CStatusRow {
-  int status;
-  CFault transfer;
-  CFault open;
-  const char* (*DriverFunctions::*words)(int handle);
-};
-constexpr CStatusRow kStatusRows[] = {
-    {statusNoMemory, {severityFatal, "No memory."}, {severityFatal, "Not enough memory."}, nullptr},
-    {statusExtendedError,
-     {severityError, "Extended error."},
-     {severityFatal, "Extended error."},
-     &DriverFunctions::GetExtendedError},
-    {statusNotOpened, {severityFatal, "Driver is not opened."}, kUnknownInOpen, nullptr},
-    {statusInvalidFrame, {severityError, "Invalid frame."}, kUnknownInOpen, nullptr},
-    {statusTimeout, {severityError, "Timeout error."}, kUnknownInOpen, nullptr},
-    {statusInvalidMode, kUnknown, {severityFatal, "Invalid mode."}, nullptr},
-    {statusReplyError,
-     {severityError, "Reply error."},
-     {severityFatal, "Reply error."},
-     &DriverFunctions::GetReplyError},
-};
-constexpr CStatusRow kOtherStatus = {0, kUnknown, kUnknownInOpen, nullptr};
-
-const CStatusRow& RowOf(int status) {
-  const auto row = std::find_if(std::begin(kStatusRows), std::end(kStatusRows),
-                                [status](const CStatusRow& candidate) { return candidate.status == status; });
-  return row == std::end(kStatusRows) ? kOtherStatus : *row;
-}
 
 int DriverMode(UINT mode) {
   if (mode == CLink::modeRead) return driverModeRead;
@@ -156,10 +125,14 @@ int CPlcLink::Write(CLogSample& sample) {
 }
 
 int CPlcLink::FailStatus(char function, int status) const {
-  const CStatusRow& row = RowOf(status);
-  CFault failure = function == functionOpen ? row.open : row.transfer;
-  if (row.words && m_functions->*row.words) {
-    const char* text = AskDriver<const char*>(nullptr, [&] { return (m_functions->*row.words)(m_handle); });
+  const bool isOpen = function == functionOpen;
+  CFault failure = isOpen ? kUnknownInOpen : kUnknown;
+  const CDriverFailure* row = FindFailure(status);
+  if (!row) return Fail(function, failure);
+  if (const char* text = isOpen ? row->open : row->transfer; *text)
+    failure = {isOpen || row->isFatal ? severityFatal : severityError, text};
+  if (row->words && m_functions->*row->words) {
+    const char* text = AskDriver<const char*>(nullptr, [&] { return (m_functions->*row->words)(m_handle); });
     if (text) failure.text = text;
   }
   return Fail(function, failure);

@@ -1,0 +1,43 @@
+// The failures that a driver can report, as a table for the PLC link and the hosts. The rows are those of
+// driver_api.h.
+#pragma once
+
+#include "vastra/plc/driver_api.h"
+
+namespace vastra {
+
+// A function of the driver for its own text.
+using CDriverWords = const char* (*)(int handle);
+
+struct CDriverFailure {
+  int status;
+  const char* name;                      // of the constant
+  const char* meaning;                   // empty if the driver has words for it
+  bool isFatal;                          // after Read and Write; after Open each failure is fatal
+  const char* transfer;                  // message after Read and Write; empty: not a status of theirs
+  const char* open;                      // message after Open; empty: not a status of Open
+  CDriverWords DriverFunctions::*words;  // replace the message; null: none
+};
+
+namespace driver_failure {
+
+constexpr bool Fatal = true, Error = false;
+constexpr CDriverWords DriverFunctions::*None = nullptr;
+constexpr CDriverWords DriverFunctions::*GetExtendedError = &DriverFunctions::GetExtendedError;
+constexpr CDriverWords DriverFunctions::*GetReplyError = &DriverFunctions::GetReplyError;
+
+#define VASTRA_ROW(status, title, meaning, severity, transfer, open, words) \
+  {status, #status, meaning, severity, transfer, open, words},
+inline constexpr CDriverFailure kAll[] = {DRIVER_FAILURES(VASTRA_ROW)};
+#undef VASTRA_ROW
+
+}  // namespace driver_failure
+
+// Null for statusOk and for an unknown status.
+inline const CDriverFailure* FindFailure(int status) {
+  for (const CDriverFailure& failure : driver_failure::kAll)
+    if (failure.status == status) return &failure;
+  return nullptr;
+}
+
+}  // namespace vastra
