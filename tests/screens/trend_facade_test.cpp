@@ -57,7 +57,9 @@ TEST_F(TrendFacade, OnlyOneIsOpen) {
     EXPECT_EQ(second.DoModal(), 0);
     EXPECT_EQ(CTrendFacadeDlg::m_suOpen, 1u);
   };
-  Run({openAnother, "!Message|Already open|30 / Variables  / !Message|No variables available|30"});
+  EXPECT_EQ(
+      Run({openAnother, "!Message|Already open|30 / Variables  / !Message|No variables available|30 / OK"}),
+      IDOK);
   {
     CTrendFacadeDlg left;
     left.SetInputPointers(nullptr, &m_stage);
