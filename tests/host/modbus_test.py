@@ -4,16 +4,13 @@ import contextlib
 import json
 import os
 import pty
-import signal
 import socket
 import struct
 import subprocess
 import threading
-import time
 import tty
 import unittest
 
-from commands import output
 from pages import PageTest
 
 PYTHON = os.environ["PYTHON_WITH_PYMODBUS"]
@@ -126,35 +123,6 @@ class Modbus(PageTest):
                 self.assertRegex(call["words"], r"\AModbus %s unit 1: %s\Z" % (place, words))
         self.assertEqual([1, 1], self.probe(place, "h4, h6", "--count", "2", "--set", "value4=1").get("values"))
         self.assertEqual("statusTimeout", self.probe(place, "h0", "--set", "timeOut=200", unit=9)["statusName"])
-
-    def test_a_device_that_comes_back_is_logged_again(self):
-        os.mkdir(self.path("log"))
-        log = output("log", ["v0"], saveRp=0, saveCsv=1, maxSamples=2)
-        device, place = self.serve({1: {"hr": {0: [1111]}}})
-        self.write("plant.json", self.plant(self.nodes([(place, 1)]), outputs=[log]))
-        run = self.start("run", "plant.json", "--period", "100", "--json", stdout=subprocess.PIPE,
-                         stderr=subprocess.PIPE)
-        self.addCleanup(run.kill)
-
-        def wait_for_files(count):
-            end = time.monotonic() + 30
-            while len(os.listdir(self.path("log"))) < count:
-                self.assertLess(time.monotonic(), end)
-                time.sleep(0.02)
-        wait_for_files(2)
-        device.kill()
-        device.wait()
-        said = [run.stderr.readline() for _ in range(40)]  # a failed scan has three
-        self.assertIn(b"next attempt in", b"".join(said))
-        self.serve({1: {"hr": {0: [2222]}}}, place.rpartition(":")[2])
-        wait_for_files(len(os.listdir(self.path("log"))) + 3)
-        run.send_signal(signal.SIGTERM)
-        counts = json.loads(run.communicate(timeout=30)[0].splitlines()[-1])
-        self.assertGreater(counts["failedReads"], 1)
-        rows = [line.split(",")[1] for name in sorted(os.listdir(self.path("log")))
-                for line in self.read("log/" + name).decode().splitlines()[1:]]
-        self.assertEqual(counts["read"], len(rows))
-        self.assertRegex(" ".join(rows), r"\A(1111.000000 ){4,}(2222.000000 ?){4,}\Z")
 
     # If each scan waited for the dead ones, it would take 100 s.
     def test_dead_devices_hold_nobody_up(self):
