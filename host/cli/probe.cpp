@@ -37,6 +37,12 @@ CJson FloatToJson(float value) {
   return number;
 }
 
+// A signal ends the reads while this object exists.
+struct CProbeStop {
+  CInbox inbox;
+  CStopSignals signals{inbox};
+};
+
 // Prints what a probe finds: lines during the probe, or one object at its end.
 class CReport : public CProbeObserver {
  public:
@@ -65,13 +71,8 @@ class CReport : public CProbeObserver {
 
   const CString m_file;  // as the user knows it
   const bool m_asJson;
-  const bool m_isCounted;  // the user gave the number of values
-  // A signal ends the reads.
-  struct CStop {
-    CInbox inbox;
-    CStopSignals signals{inbox};
-  };
-  std::optional<CStop> m_stop;  // during the reads
+  const bool m_isCounted;            // the user gave the number of values
+  std::optional<CProbeStop> m_stop;  // during the reads
   CJson m_object = CJson::object();
   CJson m_calls = CJson::array();
   CJson m_contract;
