@@ -64,7 +64,7 @@ int Main(int argc, char** argv) {
   QApplication::setApplicationName("Vastra");  // the title of message boxes
   QApplication::setQuitOnLastWindowClosed(false);
   CMainWindow window;
-  const CStopSignals stops([&window] { window.StopAndQuit(); });
+  const CQuitSignals stops([&window] { window.StopAndQuit(); });
   window.show();
   QTimer::singleShot(0, &window, [&] { Follow(request, window); });
   return QApplication::exec();

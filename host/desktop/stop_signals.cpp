@@ -26,7 +26,7 @@ void Handle(void (*handler)(int)) {
 
 }  // namespace
 
-CStopSignals::CStopSignals(std::function<void()> stop) {
+CQuitSignals::CQuitSignals(std::function<void()> stop) {
   if (::pipe2(m_pipe, O_CLOEXEC | O_NONBLOCK) != 0) return;
   g_writeEnd = m_pipe[1];
   m_notifier = std::make_unique<QSocketNotifier>(m_pipe[0], QSocketNotifier::Read);
@@ -40,7 +40,7 @@ CStopSignals::CStopSignals(std::function<void()> stop) {
   Handle(OnSignal);
 }
 
-CStopSignals::~CStopSignals() {
+CQuitSignals::~CQuitSignals() {
   if (!m_notifier) return;
   Handle(SIG_DFL);
   g_writeEnd = -1;

@@ -8,12 +8,12 @@
 
 namespace vastra {
 
-class CStopSignals {
+class CQuitSignals {
  public:
-  explicit CStopSignals(std::function<void()> stop);
-  ~CStopSignals();
-  CStopSignals(const CStopSignals&) = delete;
-  CStopSignals& operator=(const CStopSignals&) = delete;
+  explicit CQuitSignals(std::function<void()> stop);
+  ~CQuitSignals();
+  CQuitSignals(const CQuitSignals&) = delete;
+  CQuitSignals& operator=(const CQuitSignals&) = delete;
 
  private:
   int m_pipe[2] = {-1, -1};
