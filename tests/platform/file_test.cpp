@@ -2,6 +2,8 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <sys/uio.h>
 #include <unistd.h>
@@ -16,54 +18,57 @@
 namespace vastra {
 namespace {
 
-std::vector<std::string> Names(const CArray<CFileEntry>& files) {
-  std::vector<std::string> names;
-  for (const CFileEntry& file : files) names.push_back(file.m_name.Std());
-  return names;
-}
-
-TEST(File, PartsAreWrittenInOrderHoweverManyAndHoweverSlowTheReader) {
+// Signals interrupt the writer, so that the system writes parts of parts.
+TEST(File, WritesManyPartsInOrderThroughAFullPipe) {
   int ends[2];
-  ASSERT_EQ(0, ::pipe(ends));
-  std::string sent, come;
+  ASSERT_EQ(::pipe(ends), 0);
+  struct sigaction action = {};
+  action.sa_handler = [](int) {};
+  ::sigaction(SIGUSR1, &action, nullptr);
+  std::string sent, received;
   std::vector<std::string> texts;
   for (int i = 0; i < IOV_MAX + 10; ++i)
     texts.push_back(std::string(static_cast<std::size_t>(i), char('a' + i % 26)));
-  for (const std::string& text : texts) sent += text;
-  std::thread reader([&] {
-    CFile file(ends[0]);
-    come.resize(sent.size() + 1);
-    come.resize(file.Read(come.data(), come.size()));
-  });
   std::vector<iovec> parts;
-  for (std::string& text : texts) parts.push_back({text.data(), text.size()});
-  {
-    CFile file(ends[1]);
-    file.WriteParts(parts.data(), parts.size());
-  }
+  for (std::string& text : texts) sent += text, parts.push_back({text.data(), text.size()});
+  std::thread reader([&, writer = ::pthread_self()] {
+    for (int i = 0; i < 20; ++i) ::usleep(1000), ::pthread_kill(writer, SIGUSR1);
+    CFile file(ends[0]);
+    received.resize(sent.size() + 1);
+    received.resize(file.Read(received.data(), received.size()));
+  });
+  CFile file(ends[1]);
+  file.WriteParts(parts.data(), parts.size());
+  file.Close();
   reader.join();
-  EXPECT_TRUE(come == sent);
+  EXPECT_TRUE(received == sent);
 }
 
 TEST(File, FailuresNameTheFileAndTheReason) {
   const CTempDir dir;
   CFile file;
-  EXPECT_EQ(0, file.Open(dir / "none", CFile::modeRead));
-  EXPECT_EQ(ENOENT, errno);
+  EXPECT_EQ(file.Open(dir / "none", CFile::modeRead), 0);
+  EXPECT_EQ(errno, ENOENT);
   WriteBytes(dir / "old", "old");
-  EXPECT_EQ(0, file.Open(dir / "old", CFile::modeWrite | CFile::modeCreate | CFile::modeNew));
-  EXPECT_EQ(EEXIST, errno);
+  EXPECT_EQ(file.Open(dir / "old", CFile::modeWrite | CFile::modeCreate | CFile::modeNew), 0);
+  EXPECT_EQ(errno, EEXIST);
   try {
     char byte;
     CFile(dir.Path(), CFile::modeRead).Read(&byte, 1);
     FAIL() << "a directory was read";
   } catch (const CFileException& fault) {
-    EXPECT_EQ(dir.Path().Std(), fault.m_path.Std());
-    EXPECT_EQ("Is a directory", fault.Text().Std());
+    EXPECT_EQ(fault.m_path, dir.Path());
+    EXPECT_EQ(fault.Text(), "Is a directory");
   }
 }
 
-// What stands at path after it was to be replaced by image, and the files beside it.
+std::string Names(const CArray<CFileEntry>& files) {
+  std::string names;
+  for (const CFileEntry& file : files) names += file.m_name.Std() + " ";
+  return names;
+}
+
+// The file after image was to replace it. No other file is left in the directory.
 std::string Replaced(const CTempDir& dir, const std::string& image) {
   WriteBytes(dir / "log", "old");
   try {
@@ -72,24 +77,26 @@ std::string Replaced(const CTempDir& dir, const std::string& image) {
     file.Replace();
   } catch (const CFileException&) {
   }
-  EXPECT_EQ(std::vector<std::string>{"log"}, Names(ListFiles(dir.Path(), "")));
+  EXPECT_EQ(Names(ListFiles(dir.Path(), "")), "log ");
   return ReadBytes(dir / "log");
 }
 
-TEST(File, AReplacementIsWholeOrNotThere) {
+TEST(File, AReplacementIsCompleteOrHasNoEffect) {
   const CTempDir dir;
-  EXPECT_EQ("new image", Replaced(dir, "new image"));
+  WriteBytes(dir / "log.part", "of a process that was killed");
+  EXPECT_EQ(Replaced(dir, "new image"), "new image");
   for (std::size_t n = 3; n < 9; ++n) {
     const CFileSizeLimit full(n);
-    EXPECT_EQ("old", Replaced(dir, "new image")) << n;
+    EXPECT_EQ(Replaced(dir, "new image"), "old") << n;
   }
 }
 
-TEST(File, AReplacementThatCannotTakeThePlaceLeavesNothing) {
+TEST(File, AReplacementThatFailsLeavesNoFile) {
   const CTempDir dir;
   std::filesystem::create_directories((dir / "log/inside").Std());
   {
     CReplaceFile file(dir / "log");
+    EXPECT_THROW(CReplaceFile(dir / "log"), CFileException) << "two at a time";
     file.Write("x", 1);
     EXPECT_THROW(file.Replace(), CFileException);
   }
@@ -97,28 +104,23 @@ TEST(File, AReplacementThatCannotTakeThePlaceLeavesNothing) {
   EXPECT_THROW(CReplaceFile(dir / "none/log"), CFileException);
 }
 
-TEST(FileSystem, ListsTheFilesOfAnExtensionAndNothingElse) {
+TEST(FileSystem, ListsTheFilesOfAnExtensionWithTheTimeOfTheirLastWrite) {
   const CTempDir dir;
   for (const char* name : {"b.rph", "a.RPH", "rph", "a.rphx", ".rph", "c.csv"}) WriteBytes(dir / name, "");
   std::filesystem::create_directory((dir / "d.rph").Std());
   std::filesystem::create_symlink("none", (dir / "e.rph").Std());
-  EXPECT_EQ((std::vector<std::string>{".rph", "a.RPH", "b.rph"}), Names(ListFiles(dir.Path(), ".rph")));
+  EXPECT_EQ(Names(ListFiles(dir.Path(), ".rph")), ".rph a.RPH b.rph ");
   EXPECT_TRUE(ListFiles(dir / "none", "").IsEmpty());
-}
-
-TEST(FileSystem, ListedTimesAreThoseOfTheLastWrite) {
-  const CTempDir dir;
-  WriteBytes(dir / "a", "");
   const timespec times[2] = {{0, 0}, {1'000'000'000, 123'456'000}};
-  ASSERT_EQ(0, ::utimensat(AT_FDCWD, dir / "a", times, 0));
-  EXPECT_EQ(1'000'000'000'123'456'000, ListFiles(dir.Path(), "")[0].m_lastWrite);
+  ASSERT_EQ(::utimensat(AT_FDCWD, dir / "c.csv", times, 0), 0);
+  EXPECT_EQ(ListFiles(dir.Path(), ".csv")[0].m_lastWrite, 1'000'000'000'123'456'000);
 }
 
 TEST(FileSystem, DirectoryOfAPath) {
   const char* cases[][2] = {{"a", "."}, {"/a", "/"}, {"b/a", "b"}, {"/b/c/a", "/b/c"}, {"b/", "b"}};
-  for (const auto& [path, directory] : cases) EXPECT_EQ(directory, DirectoryOf(path).Std());
-  EXPECT_EQ("a", JoinPath("", "a").Std());
-  EXPECT_EQ("b/a", JoinPath("b", "a").Std());
+  for (const auto& [path, directory] : cases) EXPECT_EQ(DirectoryOf(path), directory);
+  EXPECT_EQ(JoinPath("", "a"), "a");
+  EXPECT_EQ(JoinPath("b", "a"), "b/a");
 }
 
 }  // namespace

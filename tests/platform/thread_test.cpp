@@ -9,74 +9,65 @@
 namespace vastra {
 namespace {
 
-constexpr UINT kDone = 1, kGone = 2;
+constexpr UINT kRun = 1, kDeleted = 2;
 
-// Says what it did, and that it went.
+// Posts when it runs and when it is deleted.
 class CWorker : public CWinThread {
   DECLARE_DYNAMIC(CWorker)
  public:
-  ~CWorker() override { PostMessage(m_target, kGone, 0, 0); }
-  int InitInstance() override { return m_number >= 0; }
-  int Run() override { return PostMessage(m_target, kDone, static_cast<WPARAM>(m_number), 0), 0; }
+  ~CWorker() override { PostMessage(m_target, kDeleted, 0, 0); }
+  int InitInstance() override { return m_runs; }
+  int Run() override { return PostMessage(m_target, kRun, 0, 0), 0; }
 
-  int m_number = -1;  // below 0: there is nothing to run
+  bool m_runs = false;
   HWND m_target = nullptr;
 };
 IMPLEMENT_DYNCREATE(CWorker, CWinThread)
 
-CWorker* Begin(CMessageQueue& queue, int number) {
-  auto* worker = static_cast<CWorker*>(AfxBeginThread(RUNTIME_CLASS(CWorker)));
-  worker->m_number = number;
-  worker->m_target = &queue;
-  return worker;
-}
-
-TEST(Thread, RunsWhenItIsResumedAndDeletesItself) {
-  CMessageQueue queue;
+UINT Next(CMessageQueue& queue, int milliseconds = -1) {
   CMessage message;
-  CWorker* worker = Begin(queue, 7);
-  EXPECT_EQ(0, queue.Wait(message, 50)) << "it ran while it was suspended";
-  worker->ResumeThread();
-  ASSERT_EQ(1, queue.Wait(message, -1));
-  EXPECT_EQ(kDone, message.m_message);
-  EXPECT_EQ(7u, message.m_wparam);
-  ASSERT_EQ(1, queue.Wait(message, -1));
-  EXPECT_EQ(kGone, message.m_message);
+  return queue.Wait(message, milliseconds) ? message.m_message : 0;
 }
 
-TEST(Thread, AnInitThatGivesZeroSkipsTheRun) {
-  CMessageQueue queue;
-  CMessage message;
-  Begin(queue, -1)->ResumeThread();
-  ASSERT_EQ(1, queue.Wait(message, -1));
-  EXPECT_EQ(kGone, message.m_message);
+TEST(Thread, RunsWhenItIsResumedUnlessInitInstanceReturnsZeroAndDeletesItself) {
+  for (const bool runs : {true, false}) {
+    CMessageQueue queue;
+    auto* worker = static_cast<CWorker*>(AfxBeginThread(RUNTIME_CLASS(CWorker)));
+    worker->m_runs = runs;
+    worker->m_target = &queue;
+    EXPECT_EQ(Next(queue, 50), 0u) << "it ran while it was suspended";
+    worker->ResumeThread();
+    if (runs) {
+      EXPECT_EQ(Next(queue), kRun);
+    }
+    EXPECT_EQ(Next(queue), kDeleted);
+  }
 }
 
-TEST(Thread, OnlyAClassOfThreadsWithAFactoryBegins) {
-  EXPECT_EQ(nullptr, AfxBeginThread(RUNTIME_CLASS(CWinThread)));
-  EXPECT_EQ(nullptr, AfxBeginThread(RUNTIME_CLASS(CObject)));
+TEST(Thread, OnlyAThreadClassWithAFactoryBegins) {
+  EXPECT_EQ(AfxBeginThread(RUNTIME_CLASS(CWinThread)), nullptr);
+  EXPECT_EQ(AfxBeginThread(RUNTIME_CLASS(CObject)), nullptr);
 }
 
 TEST(MessageQueue, KeepsTheOrderOfEachSender) {
-  constexpr int kSenders = 4;
   constexpr LPARAM kEach = 500;
   CMessageQueue queue;
   std::vector<std::thread> senders;
-  for (WPARAM sender = 0; sender < kSenders; ++sender)
+  for (WPARAM sender = 0; sender < 4; ++sender)
     senders.emplace_back([&queue, sender] {
       for (LPARAM i = 0; i < kEach; ++i) PostMessage(&queue, 1, sender, i);
     });
-  LPARAM next[kSenders] = {};
+  LPARAM next[4] = {};
   CMessage message;
-  for (int i = 0; i < kSenders * kEach; ++i) {
-    ASSERT_EQ(1, queue.Wait(message, -1));
-    EXPECT_EQ(next[message.m_wparam]++, message.m_lparam);
+  for (int i = 0; i < 4 * kEach; ++i) {
+    ASSERT_EQ(queue.Wait(message, -1), 1);
+    EXPECT_EQ(message.m_lparam, next[message.m_wparam]++);
   }
   for (std::thread& sender : senders) sender.join();
-  EXPECT_EQ(0, queue.Wait(message, 0));
+  EXPECT_EQ(queue.Wait(message, 0), 0);
 }
 
-TEST(CriticalSection, LetsOneThreadInAndThatOneAgain) {
+TEST(CriticalSection, ExcludesOtherThreadsAndIsRecursive) {
   CCriticalSection section;
   int sum = 0;
   const auto add = [&] {
@@ -89,7 +80,7 @@ TEST(CriticalSection, LetsOneThreadInAndThatOneAgain) {
   std::thread other(add);
   add();
   other.join();
-  EXPECT_EQ(20000, sum);
+  EXPECT_EQ(sum, 20000);
 }
 
 }  // namespace
