@@ -24,7 +24,7 @@ void CHostConsole::Show(EVerbosity verbosity) {
 }
 
 int CHostConsole::Write(UINT, const CString& text, COLORREF colour, DWORD) {
-  CTerminal::Instance().Line(text, colour);
+  CTerminal::Instance().Lines(text, colour);
   return 1;
 }
 

@@ -111,7 +111,8 @@ void CRun::Count() {
 // Called at the end of each scan that read a sample.
 void CRun::Publish() {
   if (std::exchange(m_isRenamed, false)) Tell(&CRunObserver::Renamed, SampleNames());
-  if (Trend().Read(&m_sample)) Tell(&CRunObserver::Sampled, m_sample);
+  const CLogSample* sample = Trend().Newest();
+  if (sample) Tell(&CRunObserver::Sampled, *sample);
 }
 
 // The read that finds the end of a replay is no failure: the links outside of the one that replays call it an

@@ -130,7 +130,6 @@ class CRun : private CRunMessenger::CReader {
   CWrittenFiles m_files;
   std::vector<CRunObserver*> m_observers{&m_live, &m_files};
   CRunCounts m_counts;
-  CLogSample m_sample;  // the newest one of the trending stage
   CLogs m_outputLogs, m_summaryLogs;
   std::function<void()> m_trendChanged;  // the host's
   bool m_isRenamed = false;              // since the last sample

@@ -2,14 +2,17 @@
 
 #include <algorithm>
 
+#include "host/common/shown_text.h"
+
 namespace vastra {
 
 void CRunMessenger::Send(const char* linkType, const char* linkName, char function, char severity,
                          const char* text) {
   CReader* const reader =
       severity >= severityFatal && severity <= severityNotice ? m_pReader.load() : nullptr;
-  if (!reader || reader->TakeMessage(linkType, linkName, function, severity, text ? text : ""))
-    CMessenger::Send(linkType, linkName, function, severity, text);
+  const std::string name = Printable(linkName);
+  if (!reader || reader->TakeMessage(linkType, name.c_str(), function, severity, text ? text : ""))
+    CMessenger::Send(linkType, name.c_str(), function, severity, text);
   else if (severity != severityNotice)
     m_depth = std::max(m_depth - 1, 0);  // the line ends its operation, shown or not
 }

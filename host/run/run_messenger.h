@@ -1,5 +1,6 @@
 // CRunMessenger: the messenger of a host that makes runs. It does what CMessenger does and passes each line
-// that is not Begin or End to the run that is attached.
+// that is not Begin or End to the run that is attached. Control characters in the name of a link, which comes
+// from the configuration or a driver, become "?"; the texts of the links themselves can have line feeds.
 #pragma once
 
 #include <atomic>

@@ -87,6 +87,9 @@ class VASTRA_API CFileLink : public CLink, private CFileSettings {
     m_listenerLog = log;
   }
 
+  // Writer and buffer: the sample of the last Write, without a message; without values before the first one.
+  const CLogSample& LastSample() const { return m_lastSample; }
+
   // Progress of a replay; all 0 in any other state.
   UINT GetTotalFiles() const;   // logs to play
   UINT GetCurrentFile() const;  // logs begun after the first

@@ -37,6 +37,8 @@ void CLogTrendings::Close() {
 
 int CLogTrendings::Write(CLogSample& sample) { return m_open ? m_pHeadLink->Write(sample) : 0; }
 
+const CLogSample* CLogTrendings::Newest() const { return m_open ? &m_pFileLink->LastSample() : nullptr; }
+
 int CLogTrendings::Read(CLogSample* sample) { return m_open && m_pFileLink->Read(*sample) > 0; }
 
 }  // namespace vastra

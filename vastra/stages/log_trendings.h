@@ -28,6 +28,8 @@ class VASTRA_API CLogTrendings : public CLogFacade {
   // Copies the newest sample, which stays; a sample without values before the first Write. 0, with sample
   // unchanged, on a closed stage.
   int Read(CLogSample* sample);
+  // The newest sample, without a copy and a message; null on a closed stage.
+  const CLogSample* Newest() const;
 
   // The settings: those of the stage itself, or the shared ones.
   CTrendConfig* GetOptions() { return m_pOptions; }

@@ -42,9 +42,12 @@ bool CTerminal::PutStatusOnOutput() {
   return m_statusObeys = CanErase(STDOUT_FILENO);
 }
 
-void CTerminal::Line(const CString& text, COLORREF colour) {
+void CTerminal::Line(const CString& text, COLORREF colour) { Lines(CString(Printable(text.View())), colour); }
+
+void CTerminal::Lines(const CString& text, COLORREF colour) {
   const std::lock_guard lock(m_mutex);
-  std::string shown = (m_stamped ? LocalTimeText(std::time(nullptr)) + " " : "") + Printable(text.View());
+  std::string shown =
+      (m_stamped ? LocalTimeText(std::time(nullptr)) + " " : "") + PrintableLines(text.View());
   if (m_coloured && colour != kPlain) shown = Coloured(shown, colour);
   const bool overStatus = m_isTerminal && !m_status.empty();
   if (overStatus) Print(m_statusFile, Home(m_status) + kEraseBelow);

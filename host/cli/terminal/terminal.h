@@ -3,8 +3,8 @@
 // colour and no status; the lines of a command that runs for long then begin with the time. watch draws its
 // status on standard output instead.
 //
-// Control characters in a line or in the status are shown as "?", in a pipe or a file too: a message is
-// always one line.
+// Control characters in a line or in the status are shown as "?", in a pipe or a file too: a message is one
+// line, except where a link has line feeds in its text.
 //
 // Threads: all operations may be called from any thread; lines are never mixed.
 #pragma once
@@ -32,6 +32,8 @@ class CTerminal {
 
   // Prints one line; text has no line end.
   void Line(const CString& text, COLORREF colour = kPlain);
+  // The same for the message of a link, which can have line feeds of its own.
+  void Lines(const CString& text, COLORREF colour);
   // Prints a line that --quiet drops.
   void Remark(const CString& text, COLORREF colour = kPlain);
   // Replaces the status with as many of lines as fit; without lines it removes the status.
