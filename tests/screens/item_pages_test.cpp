@@ -154,7 +154,9 @@ TEST_F(ItemPages, TheDialogOffersTheVariablesOfThePages) {
   for (const auto& [input, smart, names] : kCases) {
     m_page.SetInputPointer(input);
     m_page.SetSmartPointer(smart);
-    const auto look = [&](QWidget* dialog) { EXPECT_EQ(Bases(dialog), "System Time," + names); };
+    const auto look = [&, bases = "System Time," + names](QWidget* dialog) {
+      EXPECT_EQ(Bases(dialog), bases);
+    };
     Edit({look, "Variable List... / Available Vars?" + names + " / OK / Cancel"});
   }
   const std::string before = Held();
