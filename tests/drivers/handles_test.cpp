@@ -48,7 +48,12 @@ TEST(DriverHandles, LetNothingThrownLeaveAndKeepNoHandleOfAFailedOpen) {
   EXPECT_STREQ("%s", kTable.GetExtendedError(opened));
   EXPECT_EQ(kTable.GetExtendedError(-1), "Made up: " + std::string(502, '%')) << "cut to its buffer";
   kTable.Close(opened);
-  EXPECT_EQ(kTable.Read(nullptr, none, opened), statusNotOpened);
+  kTable.Close(opened);
+  for (const int closed : {opened, -1, 0, 2147483647}) {
+    EXPECT_EQ(kTable.Read(nullptr, none, closed), statusNotOpened);
+    EXPECT_EQ(kTable.Write(nullptr, none, closed), statusNotOpened);
+    EXPECT_NE(kTable.GetExtendedError(closed), nullptr);
+  }
 }
 
 }  // namespace
