@@ -17,7 +17,7 @@ namespace vastra {
 namespace {
 
 using namespace std::chrono_literals;
-using Clock = std::chrono::steady_clock;
+using CTrialClock = std::chrono::steady_clock;
 
 constexpr auto kSlice = 100ms;  // between two looks at whether the process has ended
 
@@ -90,16 +90,16 @@ bool CTrialProcess::HasEnded() {
 
 // Reads lines until the last one, the end of the process or a silence longer than the limit.
 void CTrialProcess::Listen() {
-  Clock::time_point heard = Clock::now();
+  CTrialClock::time_point heard = CTrialClock::now();
   while (!m_isDone) {
     const bool ended = HasEnded();  // asked before the pipe, so that the last lines are read
     pollfd end = {m_pipe, POLLIN, 0};
     if (::poll(&end, 1, ended ? 0 : static_cast<int>(kSlice / 1ms)) > 0) {
       if (!ReadPipe()) return;
-      heard = Clock::now();
+      heard = CTrialClock::now();
     } else if (ended) {
       return;
-    } else if (Clock::now() - heard > m_test.limit) {
+    } else if (CTrialClock::now() - heard > m_test.limit) {
       m_hangs = true;
       return;
     }
