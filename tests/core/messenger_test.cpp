@@ -3,15 +3,15 @@
 #include <gtest/gtest.h>
 
 #include <thread>
-#include <vector>
 
+#include "tests/core/picture.h"
 #include "vastra/core/console_sink.h"
 #include "vastra/platform/prompt.h"
 
 namespace vastra {
 namespace {
 
-constexpr char kProbe = 42;  // a kind without a row: always shown, so that its indent tells the depth
+constexpr char kProbe = 42;  // an unknown kind: always shown, so that its indent is the depth
 
 // Everything that a message shows: console lines as "window colour line", boxes as "box type text".
 class CScreen : public CConsoleSink, public CPrompter {
@@ -52,13 +52,12 @@ void Deepen(CMessenger& messenger, CScreen& screen, int levels) {
   screen.Take();
 }
 
-struct CKindCase {
+const struct {
   char severity;
   std::vector<std::string> shown;  // for a line at depth 2
-  int depth;                       // behind it, and behind one that its filter drops
-  int dropped;
-};
-const CKindCase kCases[] = {
+  int depth;                       // after the line
+  int dropped;                     // after a line that its filter drops
+} kCases[] = {
     {severityFatal,
      {"0 0000B4    Fatal error - pump : No.( CPump,Flush)",
       "box 10 Fatal error\n\n    pump\n    No.\n\nLinker type : CPump\nFunction :Flush"},
@@ -73,74 +72,48 @@ const CKindCase kCases[] = {
     {-1, {"0 000000       pump : No.( CPump,Flush)"}, 2, 2},
 };
 
-TEST(Messenger, EachKindHasItsWordsItsColourAndItsPlaceInTheTrace) {
-  for (const CKindCase& c : kCases) {
-    CScreen screen;
-    CMessenger messenger;
-    Deepen(messenger, screen, 2);
-    messenger.Send("CPump", "pump", functionFlush, c.severity, "No.");
-    EXPECT_EQ(c.shown, screen.Take());
-    EXPECT_EQ(c.depth, Depth(messenger, screen)) << int(c.severity);
-  }
-}
-
-TEST(Messenger, AFilterDropsItsKindAloneAndLeavesTheDepthInStep) {
-  for (int off = 0; off < 5; ++off)
-    for (const CKindCase& c : kCases) {
+TEST(Messenger, EachKindHasItsWordsColourDepthAndFilter) {
+  for (int off = 0; off < 6; ++off)  // 5: no filter drops
+    for (const auto& c : kCases) {
       CScreen screen;
       CMessenger messenger;
       Deepen(messenger, screen, 2);
       messenger.SetFilters(off != 0, off != 1, off != 2, off != 3, off != 4);
       messenger.Send("CPump", "pump", functionFlush, c.severity, "No.");
-      const bool drops = off == c.severity || (off == 4 && c.severity == severityEnd);
-      EXPECT_EQ(drops ? std::vector<std::string>() : c.shown, screen.Take());
-      EXPECT_EQ(drops ? c.dropped : c.depth, Depth(messenger, screen)) << off << " " << int(c.severity);
+      const bool drops = off < 5 && (off == c.severity || (off == 4 && c.severity == severityEnd));
+      EXPECT_EQ(screen.Take(), drops ? std::vector<std::string>() : c.shown);
+      EXPECT_EQ(Depth(messenger, screen), drops ? c.dropped : c.depth) << off << " " << int(c.severity);
     }
 }
 
-TEST(Messenger, ShowsFailuresAndNoticesUntilItIsToldOtherwise) {
+TEST(Messenger, FiltersShowFailuresAndNoticesUntilTheyAreSet) {
   CScreen screen;
   CMessenger messenger;
-  std::size_t shown = 0;
   for (char severity = severityFatal; severity <= severityEnd; ++severity)
     messenger.Send("CPump", "pump", functionOpen, severity, nullptr);
-  for (const std::string& line : screen.Take()) shown += line.find("pump") != std::string::npos;
-  EXPECT_EQ(5u, shown);  // four lines and a box
-}
-
-TEST(Messenger, DepthNeverFallsBelowTheFirstColumn) {
-  CScreen screen;
-  CMessenger messenger;
-  for (const char severity : {severityEnd, severityError, severityFatal})
-    messenger.Send("", "", functionOpen, severity, "");
-  EXPECT_EQ(0, Depth(messenger, screen));
-}
-
-TEST(Messenger, NoTextIsAnEmptyLineInTheBoxAndNothingInTheTrace) {
-  CScreen screen;
-  CMessenger messenger;
-  messenger.Send("CPump", "pump", functionGetVarNames, severityFatal, nullptr);
-  EXPECT_EQ((std::vector<std::string>{
-                "0 0000B4 Fatal error - pump( CPump,Get Variable Names)",
-                "box 10 Fatal error\n\n    pump\n    \n\nLinker type : CPump\nFunction :Get Variable Names"}),
-            screen.Take());
-}
-
-TEST(Messenger, ACopyTakesFiltersAndDepth) {
-  CScreen screen;
-  CMessenger messenger;
-  Deepen(messenger, screen, 2);
+  EXPECT_EQ(screen.Take().size(), 5u);  // four lines and a box
   messenger.SetFilters(5, 4, 3, 2, 1);
-  CMessenger copy(messenger), assigned;
-  assigned = copy;
   int filters[5] = {};
-  assigned.GetFilters(filters[0], filters[1], filters[2], filters[3], filters[4]);
-  EXPECT_EQ((std::vector<int>{5, 4, 3, 2, 1}), std::vector<int>(filters, filters + 5));
-  EXPECT_EQ(2, Depth(assigned, screen));
+  messenger.GetFilters(filters[0], filters[1], filters[2], filters[3], filters[4]);
+  EXPECT_EQ(std::vector<int>(filters, filters + 5), (std::vector<int>{5, 4, 3, 2, 1}));
+}
+
+TEST(Messenger, DepthIsNeverNegativeAndMissingTextIsAnEmptyLineInTheBox) {
+  CScreen screen;
+  CMessenger messenger;
+  for (const char severity : {severityEnd, severityError}) messenger.Send("", "", functionOpen, severity, "");
+  screen.Take();
+  messenger.Send("CPump", "pump", functionGetVarNames, severityFatal, nullptr);
+  EXPECT_EQ(
+      screen.Take(),
+      (std::vector<std::string>{
+          "0 0000B4 Fatal error - pump( CPump,Get Variable Names)",
+          "box 10 Fatal error\n\n    pump\n    \n\nLinker type : CPump\nFunction :Get Variable Names"}));
+  EXPECT_EQ(Depth(messenger, screen), 0);
 }
 
 // For the thread sanitizer: chains on two threads share one messenger.
-TEST(Messenger, TakesLinesOfTwoThreads) {
+TEST(Messenger, AcceptsLinesOfTwoThreads) {
   CMessenger messenger;
   messenger.SetFilters(0, 1, 1, 1, 1);
   const auto send = [&] {
@@ -153,6 +126,44 @@ TEST(Messenger, TakesLinesOfTwoThreads) {
   std::thread other(send);
   send();
   other.join();
+}
+
+// Links send to messenger while the object exists.
+struct CInstalled {
+  explicit CInstalled(CMessenger& messenger) { CLink::SetMessenger(&messenger); }
+  ~CInstalled() { CLink::SetMessenger(nullptr); }
+};
+
+TEST(Messenger, AnOperationOfALinkEndsAtTheIndentOfItsBegin) {
+  CMessenger messenger;
+  messenger.SetFilters(1, 1, 1, 1, 1);
+  const CInstalled installed(messenger);
+  CScreen screen;
+  CPicture picture("N(T)");
+  EXPECT_EQ(Open(*picture.m_head, "Na Ta"), 1);
+  screen.Take();
+  CLogSample sample;
+  picture.m_leaves[0]->m_fails = true;
+  EXPECT_EQ(picture.m_head->Read(sample), 0);
+  EXPECT_EQ(screen.Take(),
+            (std::vector<std::string>{"0 000000 Begin - N( CNamerLink,Read)",
+                                      "0 000000    Begin - T1( CTestLink,Read)",
+                                      "0 0000B4    Error - T1 : Timeout error.( CTestLink,Read)",
+                                      "0 0000B4 Error - N : Could not read component.( CNamerLink,Read)"}));
+}
+
+// A filter may change between a Begin and its End: each End that is dropped still goes one level up.
+TEST(Messenger, ADroppedEndOfALinkLowersTheDepthAndADroppedBeginDoesNotRaiseIt) {
+  CMessenger messenger;
+  const CInstalled installed(messenger);
+  CScreen screen;
+  CTestLink link;
+  Deepen(messenger, screen, 2);
+  messenger.SetFilters(1, 1, 1, 1, 0);
+  for (const int depth : {2, 1, 0, 0}) {
+    EXPECT_EQ(Depth(messenger, screen), depth);
+    link.Close();
+  }
 }
 
 }  // namespace

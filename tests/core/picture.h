@@ -1,7 +1,8 @@
-// Chains and lists of configurations by their pictures.
+// Chains of links and lists of configurations, written as short strings.
 #pragma once
 
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -13,20 +14,28 @@
 
 namespace vastra {
 
-// A chain such as "C(N(T),T)": C concat, M mapper, N namer, S scaler, T a leaf of the tests, t one without
-// names. Links are called by their letter, leaves T1, T2 ... from left to right.
+// A chain such as "C(N(T),T)": C concat, M mapper, N namer, S scaler, T a test leaf, t a leaf whose names
+// cannot be read. The name of a link is its letter; the leaves are T1, T2 ... from left to right.
 class CPicture {
  public:
   explicit CPicture(const char* picture) : m_head(Build(picture)) {}
 
   std::vector<CTestLink*> m_leaves;
-  std::unique_ptr<CLink> m_head;  // behind the leaves, which building it notes
+  std::unique_ptr<CLink> m_head;  // after m_leaves, which Build fills
 
  private:
   CLink* Build(const char*& at) {
     const char letter = *at++;
-    CLink* link = letter == 'T' || letter == 't' ? Leaf(letter == 't') : Inner(letter, at);
-    if (letter != 'T' && letter != 't') link->m_name = CString(letter);
+    if (letter == 'T' || letter == 't') return Leaf(letter == 't');
+    CLink* first = Build(++at);
+    CLink* second = letter == 'C' ? Build(++at) : nullptr;
+    ++at;  // the closing bracket
+    CLink* link = nullptr;
+    if (letter == 'C') link = CConcatLink::Create(first, second);
+    if (letter == 'M') link = CMapperLink::Create(first);
+    if (letter == 'N') link = CNamerLink::Create(first);
+    if (letter == 'S') link = CScalerLink::Create(first);
+    link->m_name = CString(letter);
     return link;
   }
   CLink* Leaf(bool nameless) {
@@ -35,21 +44,6 @@ class CPicture {
     leaf->m_name.Format("T%d", static_cast<int>(m_leaves.size()));
     leaf->m_nameless = nameless;
     return leaf;
-  }
-  CLink* Inner(char letter, const char*& at) {
-    CLink* first = Build(++at);
-    CLink* second = letter == 'C' ? Build(++at) : nullptr;
-    ++at;  // the closing bracket
-    switch (letter) {
-      case 'C':
-        return CConcatLink::Create(first, second);
-      case 'M':
-        return CMapperLink::Create(first);
-      case 'N':
-        return CNamerLink::Create(first);
-      default:
-        return CScalerLink::Create(first);
-    }
   }
 };
 
@@ -60,7 +54,7 @@ inline CStringArray Names(const std::string& letters) {
 }
 
 // One configuration: "C1" concat with its count, "Nab" the names a and b, "Tab" the same for a leaf, "S" no
-// rules, "0" null, "X" a class that no link wants.
+// rules, "0" null, "X" a class that no link accepts.
 inline CLinkConfig* Config(const std::string& word) {
   class CWrong : public CLinkConfig {};
   if (word[0] == '0') return nullptr;
@@ -70,22 +64,19 @@ inline CLinkConfig* Config(const std::string& word) {
     concat->m_firstCount = std::stoi(word.substr(1));
     return concat;
   }
-  if (word[0] == 'N') {
-    auto* names = new CNameConfig;
-    names->m_names = Names(word.substr(1));
-    return names;
-  }
-  if (word[0] != 'T') return new CWrong;
-  auto* leaf = new CTestConfig;
-  leaf->m_names = Names(word.substr(1));
-  return leaf;
+  const auto named = [&](auto* config) {
+    config->m_names = Names(word.substr(1));
+    return config;
+  };
+  if (word[0] == 'N') return named(new CNameConfig);
+  if (word[0] == 'T') return named(new CTestConfig);
+  return new CWrong;
 }
 
 // Words with a blank between them, outermost configuration first.
 inline void Fill(CLinkConfigList& configs, const std::string& words) {
-  for (std::size_t at = 0; at < words.size();
-       at = words.find(' ', at) == std::string::npos ? words.size() : words.find(' ', at) + 1)
-    configs.AddTail(Config(words.substr(at, words.find(' ', at) - at)));
+  std::istringstream stream(words);
+  for (std::string word; stream >> word;) configs.AddTail(Config(word));
 }
 
 inline int Open(CLink& link, const std::string& words, UINT mode = CLink::modeRead) {

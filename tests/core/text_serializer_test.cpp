@@ -16,13 +16,13 @@ std::string Stored(T value) {
   return file.Bytes();
 }
 
-// What value is after it was read from text, and where the next part begins.
+// The value after a load from text; next is the offset of the bytes that remain.
 template <class T>
 T Loaded(const std::string& text, T value, std::size_t next) {
   CMemFile file(text);
   CArchive ar(&file, CArchive::load);
   CTextSerializer::TextSerialize(value, ar);
-  EXPECT_EQ(text.size() - next, ar.Remaining()) << text;
+  EXPECT_EQ(ar.Remaining(), text.size() - next) << text;
   return value;
 }
 
@@ -33,8 +33,8 @@ CStringArray Array(std::initializer_list<const char*> texts) {
 }
 
 TEST(TextSerializer, ReadsAFlagAsANumber) {
-  EXPECT_EQ("Yes\r\n", Stored(2));
-  EXPECT_EQ("No\r\n", Stored(0));
+  EXPECT_EQ(Stored(2), "Yes\r\n");
+  EXPECT_EQ(Stored(0), "No\r\n");
   struct {
     const char* text;
     int before, after;
@@ -45,20 +45,20 @@ TEST(TextSerializer, ReadsAFlagAsANumber) {
       {"4294967295", 1, -1, 10},   {"\r\n5", 6, 6, 2},
   };
   for (const auto& flag : kFlags)
-    EXPECT_EQ(flag.after, Loaded(flag.text, flag.before, flag.next)) << flag.text;
+    EXPECT_EQ(Loaded(flag.text, flag.before, flag.next), flag.after) << flag.text;
 }
 
-TEST(TextSerializer, ReadsTheRestOfTheArchiveAsAText) {
-  EXPECT_EQ("a\r\n", Stored(CString("a\r\n")));
+TEST(TextSerializer, ReadsTheRestOfTheArchiveAsAString) {
+  EXPECT_EQ(Stored(CString("a\r\n")), "a\r\n");
   for (const std::size_t size : {0u, 1u, 1023u, 1024u, 1025u, 2048u, 9000u}) {
     const std::string text = std::string(size, 'x');
-    EXPECT_EQ(text, Loaded(text, CString("before"), size).Std());
+    EXPECT_EQ(Loaded(text, CString("before"), size).Std(), text);
   }
 }
 
-TEST(TextSerializer, EndsALineOfTextsWithAnEmptyOne) {
-  EXPECT_EQ("\r\n", Stored(CStringArray()));
-  EXPECT_EQ("a\r\nb\r\n\r\n", Stored(Array({"a", "b"})));
+TEST(TextSerializer, AnEmptyLineEndsAListOfStrings) {
+  EXPECT_EQ(Stored(CStringArray()), "\r\n");
+  EXPECT_EQ(Stored(Array({"a", "b"})), "a\r\nb\r\n\r\n");
   struct {
     const char* text;
     CStringArray texts;
@@ -70,25 +70,25 @@ TEST(TextSerializer, EndsALineOfTextsWithAnEmptyOne) {
       {"", {}, 0},
   };
   for (const auto& row : kLists) {
-    EXPECT_EQ(row.texts, Loaded(row.text, Array({"before"}), row.next)) << row.text;
+    EXPECT_EQ(Loaded(row.text, Array({"before"}), row.next), row.texts) << row.text;
     CStringList before;
     before.AddTail("before");
     CStringArray texts;
     for (const CString& text : Loaded(row.text, before, row.next)) texts.Add(text);
-    EXPECT_EQ(row.texts, texts) << row.text;
+    EXPECT_EQ(texts, row.texts) << row.text;
   }
 }
 
-TEST(TextReport, PrintsNumbersAsTheReportHasThem) {
-  EXPECT_EQ("-1", CTextReport::Decimal(4294967295u));
-  EXPECT_EQ("-2147483648", CTextReport::Decimal(std::numeric_limits<int>::min()));
+TEST(TextReport, FormatsNumbers) {
+  EXPECT_EQ(CTextReport::Decimal(4294967295u), "-1");
+  EXPECT_EQ(CTextReport::Decimal(std::numeric_limits<int>::min()), "-2147483648");
   const std::pair<float, const char*> kFloats[] = {
       {0.1f, "0.100000"},
       {-0.0f, "-0.000000"},
       {2.5e-7f, "0.000000"},
       {16777217.0f, "16777216.000000"},
       {3.4028235e38f, "340282346638528859811704183484516925440.000000"}};
-  for (const auto& [number, text] : kFloats) EXPECT_EQ(text, CTextReport::Fixed(number));
+  for (const auto& [number, text] : kFloats) EXPECT_EQ(CTextReport::Fixed(number), text);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// What each link of this room does to the values and the time of a sample.
+// What each link of core does to the values and the time of a sample.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -23,37 +23,37 @@ void Set(CLogSample& sample, const CValues& values, const _timeb& time = kTime) 
 }
 CValues Values(const CLogSample& sample) { return {sample.m_values.begin(), sample.m_values.end()}; }
 
-// A chain that is open both ways would be misuse: each direction opens anew.
 struct CTransferCase {
   const char* configs;
-  CValues inner, read;      // what the component gives, and what comes out
-  CValues outer, written;   // what goes in, and what the component gets
+  CValues inner, read;      // the values of the component, and of the sample after a read
+  CValues outer, written;   // the values of the sample, and of the component after a write
   const char* faults = "";  // of both directions
 };
 
 void Check(const char* chain, const CTransferCase& c) {
+  SCOPED_TRACE(c.configs);
   CRecorder recorder;
-  CPicture picture(chain);
-  CTestLink& leaf = *picture.m_leaves[0];
   CLogSample sample;
-  ASSERT_EQ(1, Open(*picture.m_head, c.configs, CLink::modeRead));
-  Set(leaf.m_sample, c.inner);
+  const CPicture reader(chain), writer(chain);
+  ASSERT_EQ(Open(*reader.m_head, c.configs, CLink::modeRead), 1);
+  Set(reader.m_leaves[0]->m_sample, c.inner);
   Set(sample, {9, 9, 9, 9, 9, 9, 9}, kOther);
-  EXPECT_EQ(*c.faults == 0, picture.m_head->Read(sample)) << c.configs;
-  EXPECT_EQ(c.read, Values(sample)) << c.configs;
-  EXPECT_EQ(kTime, sample.m_time);
+  EXPECT_EQ(reader.m_head->Read(sample), *c.faults == 0);
+  EXPECT_EQ(Values(sample), c.read);
+  EXPECT_EQ(sample.m_time, kTime);
 
-  ASSERT_EQ(1, Open(*picture.m_head, c.configs, CLink::modeWrite));
-  Set(leaf.m_sample, {}, kOther);
+  CLogSample& stored = writer.m_leaves[0]->m_sample;
+  ASSERT_EQ(Open(*writer.m_head, c.configs, CLink::modeWrite), 1);
+  Set(stored, {}, kOther);
   Set(sample, c.outer);
-  EXPECT_EQ(*c.faults == 0, picture.m_head->Write(sample)) << c.configs;
-  EXPECT_EQ(c.written, Values(leaf.m_sample)) << c.configs;
-  EXPECT_EQ(c.outer, Values(sample)) << "the caller's sample changed";
-  EXPECT_EQ(*c.faults ? kOther : kTime, leaf.m_sample.m_time);
-  EXPECT_EQ(c.faults, recorder.TakeFaults());
+  EXPECT_EQ(writer.m_head->Write(sample), *c.faults == 0);
+  EXPECT_EQ(Values(stored), c.written);
+  EXPECT_EQ(Values(sample), c.outer);
+  EXPECT_EQ(stored.m_time, *c.faults ? kOther : kTime);
+  EXPECT_EQ(recorder.TakeFaults(), c.faults);
 }
 
-TEST(MapperLink, GoesByNameAndByTheFirstPlaceOfAName) {
+TEST(MapperLink, UsesNamesAndTheFirstPlaceOfAName) {
   const CTransferCase cases[] = {
       {"NCXAC TABC", {1, 2, 3}, {3, 0, 1, 3}, {5, 6, 7, 8}, {7, 0, 5}},
       {"NAB TABAB", {1, 2, 3, 4}, {1, 2}, {5, 6}, {5, 6, 5, 6}},
@@ -66,10 +66,10 @@ TEST(MapperLink, GoesByNameAndByTheFirstPlaceOfAName) {
   for (const CTransferCase& c : cases) Check("M(T)", c);
 }
 
-TEST(NamerLink, LetsOneValueForEachNamePassAndStopsTheRest) {
+TEST(NamerLink, PassesOneValueForEachNameAndRefusesOtherSamples) {
   const char* const kFaults = "Read Error N Sample is not valid.\nWrite Error N Sample is not valid.\n";
   const CTransferCase cases[] = {
-      {"Nab Txyz", {1, 2}, {1, 2}, {5, 6}, {5, 6}},  // the names need not be those of the component
+      {"Nab Txyz", {1, 2}, {1, 2}, {5, 6}, {5, 6}},  // names may differ from those of the component
       {"N T", {}, {}, {}, {}},
       {"Nabc T", {1, 2}, {1, 2}, {5, 6}, {}, kFaults},
       {"N T", {1}, {1}, {5}, {}, kFaults},
@@ -78,17 +78,17 @@ TEST(NamerLink, LetsOneValueForEachNamePassAndStopsTheRest) {
 }
 
 TEST(Names, AreThoseOfTheOuterSide) {
-  struct CCase {
-    const char *chain, *configs, *names;
-  };
-  for (const CCase& c : {CCase{"N(T)", "Nab Txyz", "ab"}, CCase{"M(T)", "NCXAC TABC", "CXAC"},
-                         CCase{"S(T)", "S Tab", "ab"}, CCase{"C(T,C(T,T))", "C1 Tcc C1 Tb Ta", "ccba"}}) {
+  const char* cases[][3] = {{"N(T)", "Nab Txyz", "ab"},
+                            {"M(T)", "NCXAC TABC", "CXAC"},
+                            {"S(T)", "S Tab", "ab"},
+                            {"C(T,C(T,T))", "C1 Tcc C1 Tb Ta", "ccba"}};
+  for (const auto& [chain, configs, expected] : cases) {
     CRecorder recorder;
-    CPicture picture(c.chain);
-    ASSERT_EQ(1, Open(*picture.m_head, c.configs));
+    CPicture picture(chain);
+    ASSERT_EQ(Open(*picture.m_head, configs), 1);
     CStringArray names = Names("old");
-    EXPECT_EQ(1, picture.m_head->GetVarNames(names));
-    EXPECT_EQ(Names(c.names), names) << c.chain;
+    EXPECT_EQ(picture.m_head->GetVarNames(names), 1);
+    EXPECT_EQ(names, Names(expected)) << chain;
   }
 }
 
@@ -99,11 +99,11 @@ struct CRule {
   float low, high;
 };
 
-// Opens a scaler with rules over a leaf with the names a and b.
+// A scaler with rules over a leaf with the names a and b.
 std::unique_ptr<CPicture> Scaler(const std::vector<CRule>& rules, UINT mode) {
   auto picture = std::make_unique<CPicture>("S(T)");
   CLinkConfigList configs;
-  auto* config = new CScalerConfig;
+  Fill(configs, "S Tab");
   for (const CRule& rule : rules) {
     CScalerConfigNode node;
     node.m_varName = rule.name;
@@ -111,34 +111,30 @@ std::unique_ptr<CPicture> Scaler(const std::vector<CRule>& rules, UINT mode) {
     node.m_clamping = rule.clamping;
     node.m_lowLimit = rule.low;
     node.m_highLimit = rule.high;
-    config->m_nodes.Add(node);
+    static_cast<CScalerConfig*>(configs.GetHead())->m_nodes.Add(node);
   }
-  configs.AddTail(config);
-  configs.AddTail(Config("Tab"));
-  EXPECT_EQ(1, picture->m_head->Open(configs, mode));
+  EXPECT_EQ(picture->m_head->Open(configs, mode), 1);
   return picture;
 }
 
 std::uint32_t Bits(float value) { return std::bit_cast<std::uint32_t>(value); }
 
-TEST(ScalerLink, ScalesThenHolds) {
-  struct CCase {
+TEST(ScalerLink, ScalesThenLimits) {
+  const float kOdd = 1.7f;
+  const struct {
     std::vector<CRule> rules;
     float value, scaled;
-  };
-  const float kOdd = 1.7f;
-  const CCase cases[] = {
+  } cases[] = {
       {{}, 1.5f, 1.5f},
       {{{"a", 1, 0, 0, 0}}, -0.0f, -0.0f},
-      {{{"a", 2, 0, 5, 5}}, 3, 6},  // limits without clamping
+      {{{"a", 2, 0, 5, 5}}, 3, 6},  // no clamping
       {{{"a", 1, 1, 0, 0}}, 3, 0},
       {{{"a", 1, 1, 0, 0}}, -3, 0},
       {{{"a", 1, 1, 0, 0}}, -0.0f, -0.0f},
-      {{{"a", 3, -1, 0, 6}}, 2, 6},  // any clamping but 0
+      {{{"a", 3, -1, 0, 6}}, 3, 6},  // clamping is any value except 0
       {{{"a", 3, 1, 6, 9}}, 2, 6},
       {{{"a", 1, 1, 5, 2}}, 3, 2},  // the high limit first, and no second test
       {{{"a", 1, 1, 5, 2}}, 1, 5},
-      {{{"a", 1, 1, 5, 2}}, 2, 5},
       {{{"a", 2, 1, 1, 9}}, kNan, 1},
       {{{"a", 0, 1, 1, 9}}, kInf, 1},
       {{{"a", 2, 1, 1, kNan}}, 7, 14},
@@ -146,64 +142,61 @@ TEST(ScalerLink, ScalesThenHolds) {
       {{{"a", 2, 0, 1, 9}}, kInf, kInf},
       {{{"a", 2, 1, -kInf, kInf}}, 3e38f, kInf},
       {{{"a", 1e-30f, 0, 0, 0}}, 1e-10f, 1e-40f},
+      {{{"a", 1e-30f, 1, 0, 9}}, -1e-30f, 0.0f},       // below 0 until it is rounded to -0.0
       {{{"A", 5, 0, 0, 0}, {"z", 5, 0, 0, 0}}, 1, 1},  // no such variable
       {{{"a", 2, 0, 0, 0}, {"a", 3, 1, 0, 10}}, 1.5f, 9},
       {{{"a", 3, 1, 0, 10}, {"a", 2, 0, 0, 0}}, 4, 20},
-      // Between two rules the value is a float.
-      {{{"a", kOdd, 0, 0, 0}, {"a", kOdd, 0, 0, 0}}, kOdd, kOdd * kOdd * kOdd},
+      {{{"a", kOdd, 0, 0, 0}, {"a", kOdd, 0, 0, 0}}, kOdd, kOdd * kOdd * kOdd},  // rounds after each rule
   };
-  static_assert(static_cast<float>(1.7f * 1.7f) * 1.7f !=
-                static_cast<float>(double{1.7f} * double{1.7f} * double{1.7f}));
-  for (const CCase& c : cases) {
+  for (const auto& c : cases) {
     CRecorder recorder;
     CLogSample sample;
     const auto reader = Scaler(c.rules, CLink::modeRead);
     Set(reader->m_leaves[0]->m_sample, {c.value, 7});
-    EXPECT_EQ(1, reader->m_head->Read(sample));
-    EXPECT_EQ(Bits(c.scaled), Bits(sample.m_values[0])) << c.value << " gives " << sample.m_values[0];
-    EXPECT_EQ(7, sample.m_values[1]);
-    EXPECT_EQ(kTime, sample.m_time);
+    EXPECT_EQ(reader->m_head->Read(sample), 1);
+    EXPECT_EQ(Bits(sample.m_values[0]), Bits(c.scaled)) << c.value << " becomes " << sample.m_values[0];
+    EXPECT_EQ(sample.m_values[1], 7);
+    EXPECT_EQ(sample.m_time, kTime);
 
     const auto writer = Scaler(c.rules, CLink::modeWrite);
     Set(sample, {c.value, 7});
-    EXPECT_EQ(1, writer->m_head->Write(sample));
-    EXPECT_EQ(Bits(c.scaled), Bits(writer->m_leaves[0]->m_sample.m_values[0]));
-    EXPECT_EQ(Bits(c.scaled), Bits(sample.m_values[0])) << "the caller's sample is scaled in place";
+    EXPECT_EQ(writer->m_head->Write(sample), 1);
+    EXPECT_EQ(Bits(writer->m_leaves[0]->m_sample.m_values[0]), Bits(c.scaled));
+    EXPECT_EQ(Bits(sample.m_values[0]), Bits(c.scaled)) << "Write scales the caller's sample";
   }
 }
 
-TEST(ScalerLink, StaysWithinAShortSampleAndScalesBeforeAFailedWrite) {
+TEST(ScalerLink, AcceptsAShortSampleAndScalesBeforeAWriteThatFails) {
   CRecorder recorder;
   CLogSample sample;
   const auto writer = Scaler({{"b", 2, 0, 0, 0}, {"a", 3, 0, 0, 0}}, CLink::modeWrite);
   Set(sample, {1});
   writer->m_leaves[0]->m_fails = true;
-  EXPECT_EQ(0, writer->m_head->Write(sample));
-  EXPECT_EQ(CValues{3}, Values(sample));
+  EXPECT_EQ(writer->m_head->Write(sample), 0);
+  EXPECT_EQ(Values(sample), CValues{3});
 }
 
-TEST(ConcatLink, JoinsValuesAndTakesTheTimeOfTheFirst) {
+TEST(ConcatLink, JoinsTheValuesThatTheComponentsHaveAndUsesTheTimeOfTheFirst) {
   CRecorder recorder;
   CPicture picture("C(T,C(T,T))");
-  ASSERT_EQ(1, Open(*picture.m_head, "C1 Tab C1 Tc Tde"));
+  ASSERT_EQ(Open(*picture.m_head, "C1 Tabfghi C1 Tc Tde"), 1);
   CLogSample sample;
   Set(picture.m_leaves[0]->m_sample, {1, 2});
   Set(picture.m_leaves[1]->m_sample, {}, kOther);
   Set(picture.m_leaves[2]->m_sample, {4, 5, 6}, kOther);
-  for (int i = 0; i < 2; ++i) {  // nothing is left over from the first read
+  for (int i = 0; i < 2; ++i) {  // the second read does not see the first
     Set(sample, {9, 9, 9, 9, 9, 9, 9, 9}, kOther);
-    EXPECT_EQ(1, picture.m_head->Read(sample));
-    EXPECT_EQ((CValues{1, 2, 4, 5, 6}), Values(sample));
-    EXPECT_EQ(kTime, sample.m_time);
+    EXPECT_EQ(picture.m_head->Read(sample), 1);
+    EXPECT_EQ(Values(sample), (CValues{1, 2, 4, 5, 6}));
+    EXPECT_EQ(sample.m_time, kTime);
   }
   picture.m_leaves[2]->m_fails = true;
-  EXPECT_EQ(0, picture.m_head->Read(sample));
-  EXPECT_EQ((CValues{1, 2}), Values(sample));
+  EXPECT_EQ(picture.m_head->Read(sample), 0);
+  EXPECT_EQ(Values(sample), (CValues{1, 2}));
   picture.m_leaves[0]->m_fails = true;
   recorder.Take();
-  EXPECT_EQ(0, picture.m_head->Read(sample));
-  EXPECT_EQ(std::string::npos, recorder.Take().find("T2"))
-      << "the second was read behind a failure of the first";
+  EXPECT_EQ(picture.m_head->Read(sample), 0);
+  EXPECT_EQ(recorder.Take().find("T2"), std::string::npos) << "read the second after the first failed";
 }
 
 }  // namespace
