@@ -1,4 +1,4 @@
-// Equations between a caller and a component that holds one sample.
+// Equations between a caller and a component that keeps one sample.
 #include "vastra/equations/equator_link.h"
 
 #include <gtest/gtest.h>
@@ -8,6 +8,7 @@
 #include <memory>
 #include <sstream>
 
+#include "tests/support/names.h"
 #include "tests/support/recorder.h"
 #include "tests/support/test_link.h"
 #include "vastra/logfiles/file_link.h"
@@ -15,7 +16,7 @@
 namespace vastra {
 namespace {
 
-// The parts of text between marks; an empty text has none.
+// The parts of text between marks; none if text is empty.
 std::vector<std::string> Split(const std::string& text, char mark) {
   std::vector<std::string> parts;
   std::istringstream stream(text);
@@ -31,7 +32,7 @@ CLogSample Sample(const std::string& values) {
   return sample;
 }
 
-// "1 2", behind another time "late".
+// "1 2", or "late 1 2" if the time is not that of Sample.
 std::string Show(const CLogSample& sample) {
   std::string all = sample.m_time.time == 1234567 && sample.m_time.millitm == 89 ? "" : "late";
   for (const float value : sample.m_values) {
@@ -66,10 +67,10 @@ struct CChain {
     configs.AddTail(Config(inputs, equations, outputs));
     AddFile(configs, held);
     const int result = m_link->Open(configs, mode);
-    EXPECT_EQ(0, configs.GetCount());
+    EXPECT_EQ(configs.GetCount(), 0);
     return result;
   }
-  // What arrives at the other side: in write mode in the file link, in read mode at the caller.
+  // The sample on the other side: in write mode that of the file link, in read mode that of the caller.
   std::string Pass(const std::string& values, UINT mode) {
     CLogSample in = Sample(values), out;
     CLink& inner = *m_file;
@@ -77,7 +78,7 @@ struct CChain {
     CLink& to = mode == CLink::modeWrite ? inner : *m_link;
     out.m_values.SetSize(9);
     if (!from.Write(in) || !to.Read(out)) return "failed";
-    EXPECT_EQ(Show(Sample(values)), Show(in)) << "the caller's sample changed";
+    EXPECT_EQ(Show(in), Show(Sample(values))) << "the caller's sample changed";
     return Show(out);
   }
 
@@ -94,10 +95,9 @@ struct CChain {
   }
 };
 
-struct CPassCase {
+const struct {
   const char *inputs, *equations, *outputs, *in, *out, *undefined;
-};
-const CPassCase kPasses[] = {
+} kPasses[] = {
     {"a b c", "", "c a", "1 2 3", "3 1", ""},
     {"a", "", "", "1", "", ""},
     {"x", "a = 1;b = a + 1", "b a x", "5|6", "2 1 5|2 1 6", ""},
@@ -111,36 +111,36 @@ const CPassCase kPasses[] = {
     {"x x", "", "x", "1 2", "1", ""},
     {"x y", "n = x + y;m = m + 1", "n x m y", "4|1 2 3|", "4 4 1 0|3 1 2 2|0 0 3 0", ""},
     {"x", "y = 1 / x", "y", "0|2|0", "inf|0.5|inf", "y y "},
+    {"a b c d e", "y = a + b + c + d + e", "y", "1 2 3 4 5|1 2||1 2 3 4", "15|3|0|10", ""},
     {"x", "y = y + 1 / x;z = sqrt(x - 1);w = y", "y w z", "0|2", "inf inf inf|inf inf 1", "y z "},
 };
 
 TEST(EquatorLink, EquationsRunAlikeInBothDirections) {
   for (const UINT mode : {CLink::modeWrite, CLink::modeRead})
-    for (const CPassCase& c : kPasses) {
+    for (const auto& c : kPasses) {
       const std::string what = std::string(c.equations) + (mode == CLink::modeRead ? ", read" : ", written");
       CChain chain;
-      const bool asks = mode == CLink::modeRead;  // for the names of the inputs
-      ASSERT_EQ(1, chain.Open(asks ? "" : c.inputs, c.equations, c.outputs, mode, c.inputs)) << what;
+      const bool asks = mode == CLink::modeRead;  // the component for the names of the inputs
+      ASSERT_EQ(chain.Open(asks ? "" : c.inputs, c.equations, c.outputs, mode, c.inputs), 1) << what;
       std::string out;
       std::vector<std::string> samples = Split(c.in, '|');
       if (c.in[std::strlen(c.in) - 1] == '|') samples.emplace_back();
       for (const std::string& sample : samples)
         out += (&sample == &samples.front() ? "" : "|") + chain.Pass(sample, mode);
-      EXPECT_EQ(c.out, out) << what;
+      EXPECT_EQ(out, c.out) << what;
 
       std::string notices;
       for (const std::string& name : Split(c.undefined, ' '))
         notices +=
             (asks ? "Read" : "Write") + std::string(" Notice E Result undefined for variable ") + name + "\n";
-      EXPECT_EQ(notices, chain.m_recorder.TakeFaults()) << what;
+      EXPECT_EQ(chain.m_recorder.TakeFaults(), notices) << what;
     }
 }
 
-struct COpenCase {
+const struct {
   const char *inputs, *equations;
   bool opens;
-};
-const COpenCase kOpens[] = {
+} kOpens[] = {
     {"x", "a = b;b = x", true},
     {"x", "a = nope", false},
     {"x", "a = 1;b = X", false},
@@ -150,116 +150,109 @@ const COpenCase kOpens[] = {
     {"", "a = held", true},
     {"x", "a = held", false},
     {"x", "/* note\nor two */ a = 1", true},
-    {"x", "/* b = 2 */ a = 1", false},       // the name is hidden
-    {"b", "/* b = 2 */ a = 1", false},       // also behind one that is known
-    {"x", "/* a = 2 */ a = 1;y = a", true},  // both ways find the same name
+    {"x", "/* b = 2 */ a = 1", false},       // the assigned name is hidden
+    {"b", "/* b = 2 */ a = 1", false},       // even if the word is a known name
+    {"x", "/* a = 2 */ a = 1;y = a", true},  // both rules find the same name
     {"x", "a /* note */ = 1", false},
 };
 
-TEST(EquatorLink, OpenTakesOnlyListsThatCompileAndFailsAsAWhole) {
-  for (const COpenCase& c : kOpens) {
+TEST(EquatorLink, OpenAcceptsListsThatCompile) {
+  for (const auto& c : kOpens) {
+    SCOPED_TRACE(c.equations);
     CChain chain;
-    EXPECT_EQ(c.opens, chain.Open(c.inputs, c.equations, "a", CLink::modeWrite, "held")) << c.equations;
-    EXPECT_EQ(c.opens ? "" : "Open Fatal E Linker could not configure itself.\n",
-              chain.m_recorder.TakeFaults())
-        << c.equations;
-    EXPECT_EQ(c.opens, chain.Pass("1", CLink::modeWrite) != "failed") << c.equations;
-    EXPECT_EQ(c.opens ? "" : "Write Fatal E Linker is not opened.\n", chain.m_recorder.TakeFaults());
+    EXPECT_EQ(chain.Open(c.inputs, c.equations, "a", CLink::modeWrite, "held"), c.opens);
+    EXPECT_EQ(chain.m_recorder.TakeFaults(),
+              c.opens ? "" : "Open Fatal E Linker could not configure itself.\n");
+    EXPECT_EQ(chain.Pass("1", CLink::modeWrite) != "failed", c.opens);
+    EXPECT_EQ(chain.m_recorder.TakeFaults(), c.opens ? "" : "Write Fatal E Linker is not opened.\n");
   }
 }
 
-TEST(EquatorLink, AComponentThatKeepsItsNamesFailsTheOpen) {
+TEST(EquatorLink, AComponentWithoutNamesFailsAnOpenThatAsksForThem) {
   CRecorder recorder;
   const auto component = new CTestLink;
   component->m_nameless = true;
   const std::unique_ptr<CEquatorLink> link(CEquatorLink::Create(component));
-  for (const char* inputs : {"", "x"}) {  // it is only asked where none are given
+  for (const char* inputs : {"", "x"}) {
     CLinkConfigList configs;
     configs.AddTail(CChain::Config(inputs, "a = 1", "a"));
     configs.AddTail(new CTestConfig);
-    EXPECT_EQ(*inputs != 0, link->Open(configs, CLink::modeRead)) << inputs;
+    EXPECT_EQ(link->Open(configs, CLink::modeRead), *inputs != 0) << inputs;
   }
-  EXPECT_EQ(
-      "Get Variable Names Error Not named Timeout error.\n"
-      "Open Fatal Not named Linker could not configure itself.\n",
-      recorder.TakeFaults());
-  EXPECT_EQ(nullptr, CEquatorLink::Create(nullptr));
+  EXPECT_EQ(recorder.TakeFaults(),
+            "Get Variable Names Error Not named Timeout error.\n"
+            "Open Fatal Not named Linker could not configure itself.\n");
+  EXPECT_EQ(CEquatorLink::Create(nullptr), nullptr);
 }
 
-TEST(EquatorLink, TheTraceOfAPassIsComplete) {
+TEST(EquatorLink, APassIsTraced) {
   CChain chain;
-  ASSERT_EQ(1, chain.Open("x", "y = 1 / x", "y x", CLink::modeWrite, ""));
-  chain.m_recorder.Take();
+  CRecorder& recorder = chain.m_recorder;
   CLogSample sample = Sample("0");
-  EXPECT_EQ(1, chain.m_link->Write(sample));
-  EXPECT_EQ(
-      "Write Begin E\nWrite Notice E Result undefined for variable y\n"
-      "Write Begin F\nWrite End F\nWrite End E\n",
-      chain.m_recorder.Take());
-  EXPECT_EQ(1, chain.m_link->Read(sample));
-  EXPECT_EQ("Read Begin E\nRead Begin F\nRead End F\nRead End E\n", chain.m_recorder.Take());
-
   CStringArray names;
-  EXPECT_EQ(1, chain.m_link->GetVarNames(names));
-  ASSERT_EQ(2, names.GetSize());
-  EXPECT_STREQ("y", names[0]);
+  ASSERT_EQ(chain.Open("x", "y = 1 / x", "y x", CLink::modeWrite, ""), 1);
+  recorder.Take();
+  EXPECT_EQ(chain.m_link->Write(sample), 1);
+  EXPECT_EQ(recorder.Take(),
+            "Write Begin E\nWrite Notice E Result undefined for variable y\n"
+            "Write Begin F\nWrite End F\nWrite End E\n");
+  EXPECT_EQ(chain.m_link->Read(sample), 1);
+  EXPECT_EQ(recorder.Take(), "Read Begin E\nRead Begin F\nRead End F\nRead End E\n");
+  EXPECT_EQ(chain.m_link->GetVarNames(names), 1);
+  EXPECT_EQ(names, Names({"y", "x"}));
   chain.m_link->Close();
-  chain.m_recorder.Take();
-  EXPECT_EQ(0, chain.m_link->GetVarNames(names));
-  EXPECT_EQ(0, chain.m_link->Write(sample));
-  EXPECT_EQ(0, chain.m_link->Read(sample));
-  EXPECT_EQ(
-      "Get Variable Names Fatal E Linker is not opened.\n"
-      "Write Fatal E Linker is not opened.\nRead Fatal E Linker is not opened.\n",
-      chain.m_recorder.TakeFaults());
+  recorder.Take();
+  EXPECT_EQ(chain.m_link->GetVarNames(names), 0);
+  EXPECT_EQ(chain.m_link->Write(sample), 0);
+  EXPECT_EQ(chain.m_link->Read(sample), 0);
+  EXPECT_EQ(recorder.TakeFaults(),
+            "Get Variable Names Fatal E Linker is not opened.\n"
+            "Write Fatal E Linker is not opened.\nRead Fatal E Linker is not opened.\n");
 }
 
-TEST(EquatorLink, StateLastsAsLongAsTheLink) {
+TEST(EquatorLink, VariablesKeepTheirValuesWhileTheLinkExists) {
   CChain chain;
   const auto open = [&](const char* equations) {
     return chain.Open("x", equations, "n", CLink::modeWrite, "n");
   };
-  ASSERT_EQ(1, open("n = n + 1"));
-  EXPECT_EQ("1", chain.Pass("0", CLink::modeWrite));
+  ASSERT_EQ(open("n = n + 1"), 1);
+  EXPECT_EQ(chain.Pass("0", CLink::modeWrite), "1");
   chain.m_link->Close();
-  ASSERT_EQ(1, open("n = n + 1"));
-  EXPECT_EQ("2", chain.Pass("0", CLink::modeWrite));
-  ASSERT_EQ(0, open("n = 5;m = nope"));
-  ASSERT_EQ(1, open("n = n + 1"));
-  EXPECT_EQ("3", chain.Pass("0", CLink::modeWrite)) << "an Open that failed, or one without Close, lost it";
+  ASSERT_EQ(open("n = n + 1"), 1);
+  EXPECT_EQ(chain.Pass("0", CLink::modeWrite), "2");
+  ASSERT_EQ(open("n = 5;m = nope"), 0);
+  ASSERT_EQ(open("n = n + 1"), 1);
+  EXPECT_EQ(chain.Pass("0", CLink::modeWrite), "3") << "after an Open that failed, or one without Close";
 
-  chain.m_recorder.Take();
   chain.m_file->Close();
   chain.m_recorder.Take();
   CLogSample sample = Sample("0");
-  EXPECT_EQ(0, chain.m_link->Write(sample));
-  EXPECT_EQ("Write Fatal F Linker is not opened.\nWrite Error E Could not write to component.\n",
-            chain.m_recorder.TakeFaults());
-  EXPECT_EQ(0, chain.m_link->Read(sample));
-  EXPECT_EQ("Read Fatal F Linker is not opened.\nRead Error E Could not read component.\n",
-            chain.m_recorder.TakeFaults());
-  ASSERT_EQ(1, chain.OpenFile("n", CLink::modeWrite));
-  EXPECT_EQ("5", chain.Pass("0", CLink::modeWrite)) << "only the write that failed counts, not the read";
+  EXPECT_EQ(chain.m_link->Write(sample), 0);
+  EXPECT_EQ(chain.m_link->Read(sample), 0);
+  EXPECT_EQ(chain.m_recorder.TakeFaults(),
+            "Write Fatal F Linker is not opened.\nWrite Error E Could not write to component.\n"
+            "Read Fatal F Linker is not opened.\nRead Error E Could not read component.\n");
+  ASSERT_EQ(chain.OpenFile("n", CLink::modeWrite), 1);
+  EXPECT_EQ(chain.Pass("0", CLink::modeWrite), "5") << "the write that failed counts, the read does not";
 }
 
-TEST(EquatorLink, AFaultyListIsNotTakenAndTheFaultIsNamed) {
-  struct {
+TEST(Equator, RefusesAFaultyListAndNamesTheFault) {
+  const struct {
     const char* equations;
     int statement, offset;
-  } const kCases[] = {{"a = 1", 0, 0},
-                      {"a = 1;b = nope", 2, 4},
-                      {"a = ;b = nope", 1, 4},
-                      {"a = 1;/* c = 1 */ b = 1", 2, 5},
-                      {"a = 1;  ", 2, 2}};
+  } cases[] = {{"a = 1", 0, 0},
+               {"a = 1;b = nope", 2, 4},
+               {"a = ;b = nope", 1, 4},
+               {"a = 1;/* c = 1 */ b = 1", 2, 5},
+               {"a = 1;  ", 2, 2}};
   CEquator equator;
-  CStringArray inputs;
-  for (const auto& c : kCases) {
+  for (const auto& c : cases) {
     CStringArray equations;
     for (const std::string& text : Split(c.equations, ';')) equations.Add(CString(text));
-    const CEquationFault fault = equator.Compile(inputs, equations);
-    EXPECT_EQ(c.statement, fault.statement) << c.equations;
-    EXPECT_EQ(c.offset, fault.offset) << c.equations;
-    EXPECT_EQ(1, equator.GetCount()) << "the list before is gone: " << c.equations;
+    const CEquationFault fault = equator.Compile({}, equations);
+    EXPECT_EQ(fault.statement, c.statement) << c.equations;
+    EXPECT_EQ(fault.offset, c.offset) << c.equations;
+    EXPECT_EQ(equator.GetCount(), 1) << "the list before was lost: " << c.equations;
   }
 }
 
