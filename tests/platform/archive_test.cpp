@@ -48,9 +48,10 @@ TEST(Archive, LengthsHaveThreeForms) {
 TEST(Archive, CountsHaveTwoForms) {
   for (const auto& [count, head] : {std::pair{0xFFFEu, "FEFF"}, std::pair{0xFFFFu, "FFFFFFFF0000"},
                                     std::pair{0x10000u, "FFFF00000100"}}) {
-    const std::string bytes = Stored([&](CArchive& ar) { ar.WriteCount(count); });
+    const std::string bytes = Stored([count = count](CArchive& ar) { ar.WriteCount(count); });
     EXPECT_EQ(Hex(bytes), Hex(Bytes(head)));
-    Load(bytes + std::string(count, '\0'), [&](CArchive& ar) { EXPECT_EQ(ar.ReadCount(1), count); });
+    Load(bytes + std::string(count, '\0'),
+         [count = count](CArchive& ar) { EXPECT_EQ(ar.ReadCount(1), count); });
   }
 }
 
