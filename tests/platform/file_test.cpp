@@ -14,6 +14,7 @@
 
 #include "tests/support/files.h"
 #include "vastra/platform/file_system.h"
+#include "vastra/platform/save_file.h"
 
 namespace vastra {
 namespace {
@@ -102,6 +103,21 @@ TEST(File, AReplacementThatFailsLeavesNoFile) {
   }
   EXPECT_FALSE(FileExists(dir / "log.part"));
   EXPECT_THROW(CReplaceFile(dir / "none/log"), CFileException);
+}
+
+TEST(File, SaveFileFollowsALinkAndWritesToAPipe) {
+  const CTempDir dir;
+  const auto save = [](const CString& path) { SaveFile(path, [](CFile& file) { file.Write("new", 3); }); };
+  WriteBytes(dir / "file", "old");
+  ASSERT_EQ(::symlink("file", dir / "link"), 0);
+  save(dir / "link");
+  EXPECT_EQ(Names(ListFiles(dir.Path(), "")), "file link ");
+  EXPECT_EQ(ReadBytes(dir / "file"), "new");
+  ASSERT_EQ(::mkfifo(dir / "pipe", 0600), 0);
+  CFile reader(::open(dir / "pipe", O_RDONLY | O_NONBLOCK));
+  save(dir / "pipe");
+  char bytes[4] = {};
+  EXPECT_EQ(reader.Read(bytes, 3), 3u);
 }
 
 TEST(FileSystem, ListsTheFilesOfAnExtensionWithTheTimeOfTheirLastWrite) {
