@@ -1,5 +1,5 @@
-// The bytes of a whole configuration, block by block. No two fields of a block have the same value, so that
-// one in the place of another shows.
+// The bytes of a whole configuration, block by block. All fields of a block have different values, so that a
+// test sees two fields that are swapped.
 #pragma once
 
 #include "tests/support/hex.h"
@@ -18,7 +18,7 @@ inline const std::string kInput = Bytes("01000000 02000000 02000000 03000000 E80
 inline const std::string kOutput1002 =
     Bytes("0200 01'v' 01'w' 0100 01'e' 01'n' 01000000 02000000 03000000 04000000 02'/d' 02'e;'");
 inline const std::string kOutput1003 = kOutput1002 + Bytes("01'k' 05000000 01'p' 06000000");
-inline const std::string kOutputNew = Bytes(  // as a load of version 1002 gives it, but for the first fields
+inline const std::string kOutputNew = Bytes(  // after a load of version 1002, without the first fields
     "0000 0000 00 00000000 00000000 90010000 A00F0000 00 00");
 
 inline const std::string kSummary = Bytes(
@@ -34,7 +34,7 @@ inline const std::string kTrend = Bytes("0100 01'x' 0100 01'q' 0100 01'b' 070000
 inline const std::string kFile =
     Bytes("'VSTR' EB030000") + kInput + kOutputs + kSummaries + kPlcWrite + kSmart + kTrend;
 
-// The same in JSON.
+// The same configuration in JSON.
 inline const std::string kNodeAJson =
     R"({"nodeName":"A","driver":{"cardNumber":1,"timeOut":2,"station":3,"registerAddress":4,"registerAddressExt":5,
 "plcNodeAddress":6,"variableCount":7,"plcType":8,"openState":9,"text1":"t","text2":"u","value1":11,"value2":12,

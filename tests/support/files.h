@@ -1,5 +1,5 @@
-// Real files for tests: a directory of one test's own, whole files in and out, and a disk that is full after
-// n bytes.
+// Files for tests: a temporary directory, whole files read and written, and a disk that is full after n
+// bytes.
 #pragma once
 
 #include <sys/resource.h>
@@ -15,7 +15,7 @@
 
 namespace vastra {
 
-// A fresh directory, taken away with all that is in it.
+// A new directory. The destructor removes it with its files.
 class CTempDir {
  public:
   CTempDir() {
@@ -36,7 +36,7 @@ class CTempDir {
   CString m_path;
 };
 
-// All bytes of a file; none if it cannot be read.
+// All bytes of a file; an empty string if it cannot be read.
 inline std::string ReadBytes(const CString& path) {
   std::ifstream file(path.Std(), std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};
@@ -46,7 +46,7 @@ inline void WriteBytes(const CString& path, const std::string& bytes) {
   std::ofstream(path.Std(), std::ios::binary) << bytes;
 }
 
-// As long as it lives, no file of this process grows beyond bytes: the write past it fails as on a full disk.
+// While the object exists, no file of this process can grow beyond bytes: a write fails as on a full disk.
 class CFileSizeLimit {
  public:
   explicit CFileSizeLimit(std::size_t bytes) {

@@ -1,2 +1,2 @@
-// Nothing of its own: its target holds the precompiled headers of the tests.
+// An empty program: its target builds the precompiled headers of the tests.
 int main() {}

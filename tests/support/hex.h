@@ -1,12 +1,11 @@
-// Bytes as people write them.
+// Bytes written as hex text, and hex text of bytes.
 #pragma once
 
 #include <string>
 
 namespace vastra {
 
-// The bytes of hex text. White space divides; "00x36" is the byte 00 thirty-six times; what stands in single
-// quotes goes as it is.
+// The bytes of hex text. Blanks separate; "00x36" is 36 bytes 00; text in single quotes is copied.
 inline std::string Bytes(const std::string& hex) {
   std::string bytes;
   for (std::size_t i = 0; i < hex.size();) {
@@ -28,7 +27,7 @@ inline std::string Bytes(const std::string& hex) {
   return bytes;
 }
 
-// The other way, in pairs of digits, so that a test shows where bytes differ.
+// Hex digits, two for each byte, so that a failed test shows where bytes differ.
 inline std::string Hex(const std::string& bytes) {
   constexpr const char* kDigits = "0123456789ABCDEF";
   std::string hex;

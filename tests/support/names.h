@@ -1,4 +1,4 @@
-// Names and a time that tests of several rooms write.
+// Names and a time for the tests of several modules.
 #pragma once
 
 #include <cstdint>

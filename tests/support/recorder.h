@@ -1,8 +1,8 @@
-// CRecorder: the messenger of the tests. It keeps every line that a link sends, filtered ones too, as
+// CRecorder: a messenger for tests. It keeps every line that a link sends, filtered ones too, as
 //
 //   function severity name text       "Read Error Not named Could not read component."
 //
-// with the words of the message lines and without text for Begin and End. It shows nothing and asks nothing.
+// with the words of the message lines and without text for Begin and End. It shows no lines and no boxes.
 #pragma once
 
 #include <iterator>
@@ -14,7 +14,7 @@
 
 namespace vastra {
 
-// Installs itself; stands in front of the links of a test, which it must outlive.
+// Installs itself. Declare it before the links of a test: they use it until they are deleted.
 class CRecorder : public CMessenger {
  public:
   CRecorder() { CLink::SetMessenger(this); }
@@ -32,8 +32,8 @@ class CRecorder : public CMessenger {
     m_lines.push_back({severity, line});
   }
 
-  // The lines since the last call of one of the two, each with a line end: all of them, or those that are
-  // neither Begin nor End.
+  // The lines since the last call of either function, each with a line end. TakeFaults leaves out Begin and
+  // End.
   std::string Take() { return Join(severityEnd); }
   std::string TakeFaults() { return Join(severityNotice); }
 

@@ -1,5 +1,5 @@
-// CTestLink: the leaf link of the tests. It gives the names of its configuration and the values that the test
-// puts into it, keeps what is written to it, and fails where the test says so.
+// CTestLink: a leaf link for tests. It has the names of its configuration, reads and writes m_sample, and
+// fails on request.
 #pragma once
 
 #include "vastra/core/link.h"
@@ -48,8 +48,8 @@ class CTestLink : public CLink {
     return End(functionOpen);
   }
 
-  CLogSample m_sample;      // what Read gives and Write has taken
-  bool m_fails = false;     // Read and Write
+  CLogSample m_sample;      // Read copies from it, Write copies to it
+  bool m_fails = false;     // Read and Write fail
   bool m_nameless = false;  // GetVarNames fails
 
  private:
