@@ -1,6 +1,7 @@
 // Chains of links and lists of configurations, written as short strings.
 #pragma once
 
+#include <cstdio>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -53,12 +54,24 @@ inline CStringArray Names(const std::string& letters) {
   return names;
 }
 
-// One configuration: "C1" concat with its count, "Nab" the names a and b, "Tab" the same for a leaf, "S" no
-// rules, "0" null, "X" a class that no link accepts.
+// One configuration: "C1" concat with its count, "Nab" the names a and b, "Tab" the same for a leaf, "0"
+// null, "X" a class that no link accepts. "Sa,2,1,0,9;b,..." are rules of a scaler: name, scale, clamping,
+// limits.
 inline CLinkConfig* Config(const std::string& word) {
   class CWrong : public CLinkConfig {};
   if (word[0] == '0') return nullptr;
-  if (word[0] == 'S') return new CScalerConfig;
+  if (word[0] == 'S') {
+    auto* scaler = new CScalerConfig;
+    std::istringstream rules(word.substr(1));
+    for (std::string rule; std::getline(rules, rule, ';');) {
+      CScalerConfigNode node;
+      node.m_varName = CString(rule[0]);
+      std::sscanf(rule.c_str() + 2, "%f,%d,%f,%f", &node.m_scale, &node.m_clamping, &node.m_lowLimit,
+                  &node.m_highLimit);
+      scaler->m_nodes.Add(node);
+    }
+    return scaler;
+  }
   if (word[0] == 'C') {
     auto* concat = new CConcatConfig;
     concat->m_firstCount = std::stoi(word.substr(1));

@@ -4,6 +4,8 @@
 
 #include <limits>
 
+#include "tests/support/names.h"
+
 namespace vastra {
 namespace {
 
@@ -24,12 +26,6 @@ T Loaded(const std::string& text, T value, std::size_t next) {
   CTextSerializer::TextSerialize(value, ar);
   EXPECT_EQ(ar.Remaining(), text.size() - next) << text;
   return value;
-}
-
-CStringArray Array(std::initializer_list<const char*> texts) {
-  CStringArray array;
-  for (const char* text : texts) array.Add(text);
-  return array;
 }
 
 TEST(TextSerializer, ReadsAFlagAsANumber) {
@@ -58,19 +54,19 @@ TEST(TextSerializer, ReadsTheRestOfTheArchiveAsAString) {
 
 TEST(TextSerializer, AnEmptyLineEndsAListOfStrings) {
   EXPECT_EQ(Stored(CStringArray()), "\r\n");
-  EXPECT_EQ(Stored(Array({"a", "b"})), "a\r\nb\r\n\r\n");
+  EXPECT_EQ(Stored(Names({"a", "b"})), "a\r\nb\r\n\r\n");
   struct {
     const char* text;
     CStringArray texts;
     std::size_t next;
   } const kLists[] = {
-      {"a\r\nb\r\n\r\nc", Array({"a", "b"}), 8},
+      {"a\r\nb\r\n\r\nc", Names({"a", "b"}), 8},
       {"\r\na", {}, 2},
-      {"a\nb", Array({"a", "b"}), 3},
+      {"a\nb", Names({"a", "b"}), 3},
       {"", {}, 0},
   };
   for (const auto& row : kLists) {
-    EXPECT_EQ(Loaded(row.text, Array({"before"}), row.next), row.texts) << row.text;
+    EXPECT_EQ(Loaded(row.text, Names({"before"}), row.next), row.texts) << row.text;
     CStringList before;
     before.AddTail("before");
     CStringArray texts;

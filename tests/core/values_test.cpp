@@ -92,76 +92,52 @@ TEST(Names, AreThoseOfTheOuterSide) {
   }
 }
 
-struct CRule {
-  const char* name;
-  float scale;
-  int clamping;
-  float low, high;
-};
-
-// A scaler with rules over a leaf with the names a and b.
-std::unique_ptr<CPicture> Scaler(const std::vector<CRule>& rules, UINT mode) {
-  auto picture = std::make_unique<CPicture>("S(T)");
-  CLinkConfigList configs;
-  Fill(configs, "S Tab");
-  for (const CRule& rule : rules) {
-    CScalerConfigNode node;
-    node.m_varName = rule.name;
-    node.m_scale = rule.scale;
-    node.m_clamping = rule.clamping;
-    node.m_lowLimit = rule.low;
-    node.m_highLimit = rule.high;
-    static_cast<CScalerConfig*>(configs.GetHead())->m_nodes.Add(node);
-  }
-  EXPECT_EQ(picture->m_head->Open(configs, mode), 1);
-  return picture;
-}
-
 std::uint32_t Bits(float value) { return std::bit_cast<std::uint32_t>(value); }
 
 TEST(ScalerLink, ScalesThenLimits) {
-  const float kOdd = 1.7f;
   const struct {
-    std::vector<CRule> rules;
+    const char* rules;
     float value, scaled;
   } cases[] = {
-      {{}, 1.5f, 1.5f},
-      {{{"a", 1, 0, 0, 0}}, -0.0f, -0.0f},
-      {{{"a", 2, 0, 5, 5}}, 3, 6},  // no clamping
-      {{{"a", 1, 1, 0, 0}}, 3, 0},
-      {{{"a", 1, 1, 0, 0}}, -3, 0},
-      {{{"a", 1, 1, 0, 0}}, -0.0f, -0.0f},
-      {{{"a", 3, -1, 0, 6}}, 3, 6},  // clamping is any value except 0
-      {{{"a", 3, 1, 6, 9}}, 2, 6},
-      {{{"a", 1, 1, 5, 2}}, 3, 2},  // the high limit first, and no second test
-      {{{"a", 1, 1, 5, 2}}, 1, 5},
-      {{{"a", 2, 1, 1, 9}}, kNan, 1},
-      {{{"a", 0, 1, 1, 9}}, kInf, 1},
-      {{{"a", 2, 1, 1, kNan}}, 7, 14},
-      {{{"a", 2, 1, kNan, 9}}, 3, kNan},
-      {{{"a", 2, 0, 1, 9}}, kInf, kInf},
-      {{{"a", 2, 1, -kInf, kInf}}, 3e38f, kInf},
-      {{{"a", 1e-30f, 0, 0, 0}}, 1e-10f, 1e-40f},
-      {{{"a", 1e-30f, 1, 0, 9}}, -1e-30f, 0.0f},       // below 0 until it is rounded to -0.0
-      {{{"A", 5, 0, 0, 0}, {"z", 5, 0, 0, 0}}, 1, 1},  // no such variable
-      {{{"a", 2, 0, 0, 0}, {"a", 3, 1, 0, 10}}, 1.5f, 9},
-      {{{"a", 3, 1, 0, 10}, {"a", 2, 0, 0, 0}}, 4, 20},
-      {{{"a", kOdd, 0, 0, 0}, {"a", kOdd, 0, 0, 0}}, kOdd, kOdd * kOdd * kOdd},  // rounds after each rule
+      {"S", 1.5f, 1.5f},
+      {"Sa,1,0,0,0", -0.0f, -0.0f},
+      {"Sa,2,0,5,5", 3, 6},  // no clamping
+      {"Sa,1,1,0,0", 3, 0},
+      {"Sa,1,1,0,0", -3, 0},
+      {"Sa,1,1,0,0", -0.0f, -0.0f},
+      {"Sa,3,-1,0,6", 3, 6},  // clamping is any value except 0
+      {"Sa,3,1,6,9", 2, 6},
+      {"Sa,1,1,5,2", 3, 2},  // the high limit first, and no second test
+      {"Sa,1,1,5,2", 1, 5},
+      {"Sa,2,1,1,9", kNan, 1},
+      {"Sa,0,1,1,9", kInf, 1},
+      {"Sa,2,1,1,nan", 7, 14},
+      {"Sa,2,1,nan,9", 3, kNan},
+      {"Sa,2,0,1,9", kInf, kInf},
+      {"Sa,2,1,-inf,inf", 3e38f, kInf},
+      {"Sa,1e-30,0,0,0", 1e-10f, 1e-40f},
+      {"Sa,1e-30,1,0,9", -1e-30f, 0.0f},  // below 0 until it is rounded to -0.0
+      {"SA,5,0,0,0;z,5,0,0,0", 1, 1},     // no such variable
+      {"Sa,2,0,0,0;a,3,1,0,10", 1.5f, 9},
+      {"Sa,3,1,0,10;a,2,0,0,0", 4, 20},
+      {"Sa,1.7,0,0,0;a,1.7,0,0,0", 1.7f, 1.7f * 1.7f * 1.7f},  // rounds after each rule
   };
   for (const auto& c : cases) {
+    SCOPED_TRACE(c.rules);
     CRecorder recorder;
     CLogSample sample;
-    const auto reader = Scaler(c.rules, CLink::modeRead);
-    Set(reader->m_leaves[0]->m_sample, {c.value, 7});
-    EXPECT_EQ(reader->m_head->Read(sample), 1);
+    const CPicture reader("S(T)"), writer("S(T)");
+    ASSERT_EQ(Open(*reader.m_head, c.rules + std::string(" Tab"), CLink::modeRead), 1);
+    Set(reader.m_leaves[0]->m_sample, {c.value, 7});
+    EXPECT_EQ(reader.m_head->Read(sample), 1);
     EXPECT_EQ(Bits(sample.m_values[0]), Bits(c.scaled)) << c.value << " becomes " << sample.m_values[0];
     EXPECT_EQ(sample.m_values[1], 7);
     EXPECT_EQ(sample.m_time, kTime);
 
-    const auto writer = Scaler(c.rules, CLink::modeWrite);
+    ASSERT_EQ(Open(*writer.m_head, c.rules + std::string(" Tab"), CLink::modeWrite), 1);
     Set(sample, {c.value, 7});
-    EXPECT_EQ(writer->m_head->Write(sample), 1);
-    EXPECT_EQ(Bits(writer->m_leaves[0]->m_sample.m_values[0]), Bits(c.scaled));
+    EXPECT_EQ(writer.m_head->Write(sample), 1);
+    EXPECT_EQ(Bits(writer.m_leaves[0]->m_sample.m_values[0]), Bits(c.scaled));
     EXPECT_EQ(Bits(sample.m_values[0]), Bits(c.scaled)) << "Write scales the caller's sample";
   }
 }
@@ -169,10 +145,11 @@ TEST(ScalerLink, ScalesThenLimits) {
 TEST(ScalerLink, AcceptsAShortSampleAndScalesBeforeAWriteThatFails) {
   CRecorder recorder;
   CLogSample sample;
-  const auto writer = Scaler({{"b", 2, 0, 0, 0}, {"a", 3, 0, 0, 0}}, CLink::modeWrite);
+  const CPicture writer("S(T)");
+  ASSERT_EQ(Open(*writer.m_head, "Sb,2,0,0,0;a,3,0,0,0 Tab", CLink::modeWrite), 1);
   Set(sample, {1});
-  writer->m_leaves[0]->m_fails = true;
-  EXPECT_EQ(writer->m_head->Write(sample), 0);
+  writer.m_leaves[0]->m_fails = true;
+  EXPECT_EQ(writer.m_head->Write(sample), 0);
   EXPECT_EQ(Values(sample), CValues{3});
 }
 
