@@ -1,4 +1,4 @@
-// Equations between a caller and a component that keeps one sample.
+// Equations between a caller and a component.
 #include "vastra/equations/equator_link.h"
 
 #include <gtest/gtest.h>
@@ -11,7 +11,6 @@
 #include "tests/support/names.h"
 #include "tests/support/recorder.h"
 #include "tests/support/test_link.h"
-#include "vastra/logfiles/file_link.h"
 
 namespace vastra {
 namespace {
@@ -43,56 +42,39 @@ std::string Show(const CLogSample& sample) {
   return all;
 }
 
-// An equator link E on a file link F that keeps one sample.
+// An equator link E on a test link F.
 struct CChain {
-  CChain() : m_file(CFileLink::Create(nullptr)), m_link(CEquatorLink::Create(m_file)) {
-    m_file->m_name = "F";
-    m_link->m_name = "E";
-  }
+  CChain() { m_leaf->m_name = "F", m_link->m_name = "E"; }
 
-  static CEquatorConfig* Config(const char* inputs, const char* equations, const char* outputs) {
+  int Open(const char* inputs, const char* equations, const char* outputs, UINT mode, const char* held) {
     const auto config = new CEquatorConfig;
     for (const std::string& name : Split(inputs, ' ')) config->m_inputVariables.AddTail(CString(name));
     for (const std::string& text : Split(equations, ';')) config->m_equations.AddTail(CString(text));
     for (const std::string& name : Split(outputs, ' ')) config->m_outputVariables.AddTail(CString(name));
-    return config;
-  }
-  int OpenFile(const char* names, UINT mode) {
+    const auto leaf = new CTestConfig;
+    for (const std::string& name : Split(held, ' ')) leaf->m_names.Add(CString(name));
     CLinkConfigList configs;
-    AddFile(configs, names);
-    return m_file->Open(configs, mode);
+    configs.AddTail(config);
+    configs.AddTail(leaf);
+    return m_link->Open(configs, mode);
   }
-  int Open(const char* inputs, const char* equations, const char* outputs, UINT mode, const char* held) {
-    CLinkConfigList configs;
-    configs.AddTail(Config(inputs, equations, outputs));
-    AddFile(configs, held);
-    const int result = m_link->Open(configs, mode);
-    EXPECT_EQ(configs.GetCount(), 0);
-    return result;
-  }
-  // The sample on the other side: in write mode that of the file link, in read mode that of the caller.
+  // The sample on the other side: in write mode that of the leaf, in read mode that of the caller.
   std::string Pass(const std::string& values, UINT mode) {
-    CLogSample in = Sample(values), out;
-    CLink& inner = *m_file;
-    CLink& from = mode == CLink::modeWrite ? *m_link : inner;
-    CLink& to = mode == CLink::modeWrite ? inner : *m_link;
-    out.m_values.SetSize(9);
-    if (!from.Write(in) || !to.Read(out)) return "failed";
-    EXPECT_EQ(Show(in), Show(Sample(values))) << "the caller's sample changed";
-    return Show(out);
+    CLogSample sample = Sample(values);
+    if (mode == CLink::modeWrite) {
+      const int written = m_link->Write(sample);
+      EXPECT_EQ(Show(sample), Show(Sample(values))) << "the caller's sample changed";
+      return written ? Show(m_leaf->m_sample) : "failed";
+    }
+    m_leaf->m_sample = sample;
+    sample = CLogSample();
+    sample.m_values.SetSize(9);
+    return m_link->Read(sample) ? Show(sample) : "failed";
   }
 
   CRecorder m_recorder;
-  CFileLink* m_file;  // of m_link
-  std::unique_ptr<CEquatorLink> m_link;
-
- private:
-  static void AddFile(CLinkConfigList& configs, const char* names) {
-    const auto file = new CFileConfig;
-    file->m_bufferOnly = 1;
-    for (const std::string& name : Split(names, ' ')) file->m_varNames.Add(CString(name));
-    configs.AddTail(file);
-  }
+  CTestLink* m_leaf = new CTestLink;  // of m_link
+  std::unique_ptr<CEquatorLink> m_link{CEquatorLink::Create(m_leaf)};
 };
 
 const struct {
@@ -170,19 +152,12 @@ TEST(EquatorLink, OpenAcceptsListsThatCompile) {
 }
 
 TEST(EquatorLink, AComponentWithoutNamesFailsAnOpenThatAsksForThem) {
-  CRecorder recorder;
-  const auto component = new CTestLink;
-  component->m_nameless = true;
-  const std::unique_ptr<CEquatorLink> link(CEquatorLink::Create(component));
-  for (const char* inputs : {"", "x"}) {
-    CLinkConfigList configs;
-    configs.AddTail(CChain::Config(inputs, "a = 1", "a"));
-    configs.AddTail(new CTestConfig);
-    EXPECT_EQ(link->Open(configs, CLink::modeRead), *inputs != 0) << inputs;
-  }
-  EXPECT_EQ(recorder.TakeFaults(),
-            "Get Variable Names Error Not named Timeout error.\n"
-            "Open Fatal Not named Linker could not configure itself.\n");
+  CChain chain;
+  chain.m_leaf->m_nameless = true;
+  for (const char* inputs : {"", "x"})
+    EXPECT_EQ(chain.Open(inputs, "a = 1", "a", CLink::modeRead, ""), *inputs != 0) << inputs;
+  EXPECT_EQ(chain.m_recorder.TakeFaults(),
+            "Get Variable Names Error F Timeout error.\nOpen Fatal E Linker could not configure itself.\n");
   EXPECT_EQ(CEquatorLink::Create(nullptr), nullptr);
 }
 
@@ -225,15 +200,15 @@ TEST(EquatorLink, VariablesKeepTheirValuesWhileTheLinkExists) {
   ASSERT_EQ(open("n = n + 1"), 1);
   EXPECT_EQ(chain.Pass("0", CLink::modeWrite), "3") << "after an Open that failed, or one without Close";
 
-  chain.m_file->Close();
   chain.m_recorder.Take();
+  chain.m_leaf->m_fails = true;
   CLogSample sample = Sample("0");
   EXPECT_EQ(chain.m_link->Write(sample), 0);
   EXPECT_EQ(chain.m_link->Read(sample), 0);
   EXPECT_EQ(chain.m_recorder.TakeFaults(),
-            "Write Fatal F Linker is not opened.\nWrite Error E Could not write to component.\n"
-            "Read Fatal F Linker is not opened.\nRead Error E Could not read component.\n");
-  ASSERT_EQ(chain.OpenFile("n", CLink::modeWrite), 1);
+            "Write Error F Timeout error.\nWrite Error E Could not write to component.\n"
+            "Read Error F Timeout error.\nRead Error E Could not read component.\n");
+  chain.m_leaf->m_fails = false;
   EXPECT_EQ(chain.Pass("0", CLink::modeWrite), "5") << "the write that failed counts, the read does not";
 }
 
