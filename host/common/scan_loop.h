@@ -74,10 +74,11 @@ class CScanLoop {
 
   CScanLoop(const CConfiguration& configuration, COptions options);
 
-  // Opens the stages, input first; the first scan is due at once. 1, or 0 with all closed again; FailedStage
-  // then returns the stage that refused.
+  // Opens the stages, input first; the first scan is due at once. 1, or 0 with all closed again; WhichFailed
+  // then returns the stage that refused, FailedStage its key in a configuration, or null.
   int Start();
-  EStage FailedStage() const { return m_failedStage; }
+  EStage WhichFailed() const { return m_failedStage; }
+  const char* FailedStage() const { return m_failedStage == EStage::none ? nullptr : KeyOf(m_failedStage); }
 
   bool IsRunning() const { return m_state != EState::closed; }
   bool IsPending() const { return m_state == EState::reading || m_state == EState::writing; }

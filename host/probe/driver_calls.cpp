@@ -47,10 +47,10 @@ CDriverCalls::CDriverCalls(HMODULE module) : m_module(module) {
 // Calls function, and then at once the function for the words on its status.
 template <class Function>
 CDriverReply CDriverCalls::Ask(const int& handle, const Function& function) const {
-  using Clock = std::chrono::steady_clock;
+  using CCallClock = std::chrono::steady_clock;
   CDriverReply reply;
   reply.words = "an exception left the driver";
-  const Clock::time_point begin = Clock::now();
+  const CCallClock::time_point begin = CCallClock::now();
   AskDriver(0, [&] { return reply.status = function(), reply.words.Empty(), 0; });
   reply.milliseconds = std::chrono::duration<double, std::milli>(Clock::now() - begin).count();
   if (const CDriverWords words = WordsFor(Table(), reply.status))

@@ -69,7 +69,7 @@ int CRun::Start() {
 }
 
 CString CRun::OpenFault() const {
-  const EStage stage = m_loop.FailedStage();
+  const EStage stage = m_loop.WhichFailed();
   return CString(KeyOf(stage)) +
          ": the stage does not open: " + WhyNotOpened(FindOpenFault(m_configuration, stage));
 }

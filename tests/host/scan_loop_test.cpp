@@ -110,14 +110,14 @@ TEST_F(ScanLoop, AStageThatRefusesIsNamedAndAllIsClosed) {
   for (const auto& [configuration, stage] : cases) {
     CScanLoop loop(configuration, m_options);
     EXPECT_EQ(loop.Start(), 0);
-    EXPECT_EQ(loop.FailedStage(), stage) << KeyOf(stage);
+    EXPECT_EQ(loop.WhichFailed(), stage) << KeyOf(stage);
     EXPECT_FALSE(loop.IsRunning());
   }
   CDoubler logic;
   m_options.logic = &logic;
   CScanLoop loop(change(R"("outputVars": ["Out"])", R"("outputVars": ["Other"])"), m_options);
   EXPECT_EQ(loop.Start(), 0);
-  EXPECT_EQ(loop.FailedStage(), EStage::smart) << "the logic lacks a variable";
+  EXPECT_STREQ(loop.FailedStage(), "smart") << "the logic lacks a variable";
 }
 
 TEST_F(ScanLoop, AStopWithWorkersUnderWayWaitsForTheirMessages) {
