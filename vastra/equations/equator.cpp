@@ -76,9 +76,8 @@ void CEquator::Run(const CArray<float, float>& sample) {
 void CEquator::RunByLines(const CArray<float, float>& sample, CArray<double, double>& results) {
   const int inputs = m_inputVariables.GetSize();
   CArray<float, float> values = sample;
-  values.SetSize(inputs + m_newVariables.GetSize());
+  values.SetSize(inputs + m_newVariables.GetSize());  // fills a short sample with 0
   for (int i = 0; i < m_newVariables.GetSize(); ++i) values[inputs + i] = m_program->GetValue(i);
-  for (int i = sample.GetSize(); i < inputs; ++i) values[i] = 0.0f;
 
   m_undefined.clear();
   results.SetSize(m_code.GetSize());
