@@ -52,7 +52,7 @@ CDriverReply CDriverCalls::Ask(const int& handle, const Function& function) cons
   reply.words = "an exception left the driver";
   const CCallClock::time_point begin = CCallClock::now();
   AskDriver(0, [&] { return reply.status = function(), reply.words.Empty(), 0; });
-  reply.milliseconds = std::chrono::duration<double, std::milli>(Clock::now() - begin).count();
+  reply.milliseconds = std::chrono::duration<double, std::milli>(CCallClock::now() - begin).count();
   if (const CDriverWords words = WordsFor(Table(), reply.status))
     reply.words = AskDriver<const char*>(nullptr, [&] { return words(handle); });
   return reply;
