@@ -190,5 +190,15 @@ TEST(StoredForm, EnableEquationsHaveNoVersion) {
   EXPECT_EQ(Hex(file.Bytes()), Hex(Bytes("0100 01'e'")));
 }
 
+// A swap of two keys, the same in each direction, would not change the bytes.
+TEST(StoredForm, EachFieldOfADriverHasItsPlace) {
+  const auto driver = Loaded<CPlcNodeConfig>(kNodeA).m_driver;
+  EXPECT_EQ((std::vector<std::int64_t>{
+                driver.cardNumber, driver.timeOut, driver.station, driver.registerAddress,
+                driver.registerAddressExt, driver.plcNodeAddress, driver.variableCount, driver.plcType,
+                driver.openState, driver.value1, driver.value2, driver.value3, driver.value4}),
+            (std::vector<std::int64_t>{1, 2, 3, 4, 5, 6, 7, 8, 9, 11, 12, 13, 14}));
+}
+
 }  // namespace
 }  // namespace vastra
