@@ -23,7 +23,7 @@ class CScreen : public CConsoleSink, public CPrompter {
     CString line;
     line.Format("%u %06X ", id, colour);
     m_shown.push_back((line + text).Std());
-    EXPECT_EQ(0u, reserved);
+    EXPECT_EQ(reserved, 0u);
     return 1;
   }
   int Show(const CString& text, const CString&, UINT type) override {
