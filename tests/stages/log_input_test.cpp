@@ -6,32 +6,19 @@
 namespace vastra {
 namespace {
 
-constexpr int kSimulator = 9001;
-constexpr int kNoDriver = 1;
-constexpr int kTimeout = 109;
-
-class LogInput : public CStageFixture {
+class LogInput : public CStageFixture<CLogInput> {
  protected:
   CInputConfig& Options() { return *m_stage.GetOptions(); }
 
   // A node whose values are all `value`.
-  CPlcNodeConfig& Add(const char* name, int driver, int value, std::initializer_list<const char*> names) {
+  CPlcNodeConfig& Add(const char* name, int driver, int value, const char* names) {
     auto* node = new CPlcNodeConfig;
-    node->m_nodeName = name;
+    SetNode(*node, name, names);
     node->m_driver.plcType = driver;
     node->m_driver.text1 = "constant";
     node->m_driver.value2 = value * 1000;
-    node->m_driver.variableCount = static_cast<UINT>(names.size());
-    node->m_varNames = Names(names);
     Options().m_plcNodes.AddTail(node);
     return *node;
-  }
-  // Makes each second read of node fail.
-  static void Fail(CPlcNodeConfig& node) { node.m_driver.value4 = 2, node.m_driver.value5 = kTimeout; }
-
-  std::string Given() {
-    CStringArray names;
-    return m_stage.GetVarNames(names) ? Join(names) : "none";
   }
   std::string GivenBefore() {
     CStringArray names;
@@ -44,63 +31,40 @@ class LogInput : public CStageFixture {
     CSampleStore samples;
     for (const float value : values) samples.Append(Sample({value}, first++));
     CLogWriter writer;
-    writer.SetNames(Names({"x"}));
+    writer.SetNames(Split("x"));
     CFile file(m_dir / name, CFile::modeWrite | CFile::modeCreate);
     writer.Write(file, samples);
     Options().m_inputFiles.AddTail(m_dir / name);
   }
-
-  CLogInput m_stage;
-  CLogSample m_sample;
 };
 
 TEST_F(LogInput, ReadsItsNodesInListOrderAndPreprocessesThem) {
-  Add("A", kSimulator, 1, {"a1", "a2"});
-  CScalerConfigNode rule;
-  rule.m_varName = "b";
-  rule.m_scale = 10;
-  Add("B", kSimulator, 2, {"b"}).m_scaler.m_nodes.Add(rule);
-  Add("C", kSimulator, 3, {"c"});
+  Add("A", kSimulator, 1, "a1 a2");
+  SetScale(Add("B", kSimulator, 2, "b"), "b", 10);
+  Add("C", kSimulator, 3, "c");
   ASSERT_EQ(m_stage.Open(), 1);
-  EXPECT_EQ(Given(), "a1 a2 b c");
-  EXPECT_EQ(Read(), "1 1 20 3");
+  EXPECT_EQ(Given() + ": " + Read(), "a1 a2 b c: 1 1 20 3");
   EXPECT_NE(m_sample.m_time.time, 0);
-  delete Options().m_plcNodes.RemoveHead();
   Options().m_preprocess = 1;
   Options().m_preEquations.Add("sum = b + c");
   Options().m_preNewVars.Add("sum");
   ASSERT_EQ(m_stage.Open(), 1);
-  m_recorder.Take();
-  EXPECT_EQ(Read(), "23");
-  EXPECT_EQ(m_recorder.Take(),
-            "Read Begin InputPreprocessEquatorLink\nRead Begin Concat Simulator\n"
-            "Read Begin Simulator\nRead Begin Simulator\nRead Begin Simulator (B)\n"
-            "Read End Simulator (B)\nRead End Simulator\nRead End Simulator\n"
-            "Read Begin Simulator\nRead Begin Simulator\nRead Begin Simulator (C)\n"
-            "Read End Simulator (C)\nRead End Simulator\nRead End Simulator\n"
-            "Read End Concat Simulator\nRead End InputPreprocessEquatorLink\n");
+  EXPECT_EQ(Given() + ": " + Read(), "sum: 23");
 }
 
 TEST_F(LogInput, ANodeWithoutADriverIsLeftOutAndNoNodeIsAFailureWithoutMessages) {
   EXPECT_EQ(m_stage.Open(), 0);
-  Add("X", kNoDriver, 9, {"x"});
+  Add("X", kNoDriver, 9, "x");
   EXPECT_EQ(m_stage.Open(), 0);
   EXPECT_EQ(m_recorder.Take(), "");
-  Add("A", kSimulator, 1, {"a"});
-  Add("Y", kNoDriver, 9, {"y"});
+  Add("A", kSimulator, 1, "a");
+  Add("Y", kNoDriver, 9, "y");
   ASSERT_EQ(m_stage.Open(), 1);
   EXPECT_EQ(Given() + ": " + Read(), "a: 1");
 }
 
-TEST_F(LogInput, ANameOfTwoNodesFailsTheOpenAndLeavesNothing) {
-  for (const char* name : {"a", "b", "a"}) Add(name, kSimulator, 1, {name});
-  EXPECT_EQ(m_stage.Open(), 0);
-  EXPECT_EQ(m_recorder.TakeFaults(), "Open Fatal Concat Simulator Variable names were duplicated.\n");
-  EXPECT_EQ(Given() + ": " + Read(), "none: failed");
-}
-
 TEST_F(LogInput, TheNamesBeforePreprocessingNeedNoPlcAndAClosedStage) {
-  CPlcNodeConfig& node = Add("A", kSimulator, 1, {"a"});
+  CPlcNodeConfig& node = Add("A", kSimulator, 1, "a");
   node.m_driver.text1 = "no such waveform";
   Options().m_preprocess = 1;
   EXPECT_EQ(GivenBefore(), "a");
@@ -119,42 +83,29 @@ TEST_F(LogInput, AReplayShowsItsProgress) {
   EXPECT_EQ(GivenBefore(), "x");
   ASSERT_EQ(m_stage.Open(), 1);
   EXPECT_EQ(Given(), "x");
-  const struct {
-    const char* value;
-    UINT files;
-    float part;
-    int finished;
-  } kReads[] = {{"1", 0, 0.5f, 0}, {"2", 0, 1, 0}, {"3", 1, 1, 0}, {"failed", 1, 0, 1}};
-  for (const auto& read : kReads) {
-    EXPECT_EQ(Read(), read.value);
-    EXPECT_EQ(m_stage.FilesRead(), read.files);
-    EXPECT_EQ(m_stage.PercentCompleted(), static_cast<float>(read.files) / 2);
-    EXPECT_EQ(m_stage.PartOfLog(), read.part) << read.value;
-    EXPECT_EQ(m_stage.IsFinished(), read.finished);
-    EXPECT_EQ(m_stage.TotalFilesToRead(), 2u);
+  std::ostringstream progress;
+  for (int i = 0; i < 4; ++i) {
+    progress << Read() << " ";
+    progress << m_stage.FilesRead() << " " << m_stage.PercentCompleted() << " " << m_stage.PartOfLog() << " "
+             << m_stage.IsFinished() << "|";
   }
+  EXPECT_EQ(progress.str(), "1 0 0 0.5 0|2 0 0 1 0|3 1 0.5 1 0|failed 1 0.5 0 1|");
   m_stage.Close();
   EXPECT_EQ(m_stage.IsFinished(), 0);
   EXPECT_EQ(m_stage.TotalFilesToRead(), 0u);
 }
 
 TEST_F(LogInput, TheWorkerPostsTheResultOfEachReadAndAFailureLeavesTheStageOpen) {
-  constexpr UINT kMessage = 77;
-  CMessageQueue queue;
-  CMessage message;
-  Fail(Add("A", kSimulator, 1, {"a"}));
-  EXPECT_EQ(m_stage.SetCallBack(1, &queue, kMessage), 1);
-  EXPECT_EQ(m_stage.Read(m_sample), 0);  // a closed stage starts no worker and posts nothing
-  EXPECT_EQ(queue.Wait(message, 20), 0);
+  FailEverySecondCall(Add("A", kSimulator, 1, "a"));
+  EXPECT_EQ(m_stage.SetCallBack(1, &m_queue, kMessage), 1);
+  EXPECT_EQ(Read(), "failed");  // a closed stage starts no worker and posts nothing
+  EXPECT_EQ(Posted(20), -1);
   ASSERT_EQ(m_stage.Open(), 1);
-  for (const WPARAM result : {1u, 0u, 1u}) {
+  for (const int result : {1, 0, 1}) {
     EXPECT_EQ(m_stage.Read(m_sample), 1);
-    ASSERT_EQ(queue.Wait(message, 10000), 1);
-    EXPECT_EQ(message.m_message, kMessage);
-    EXPECT_EQ(message.m_wparam, result);
-    EXPECT_EQ(message.m_lparam, 0);
+    EXPECT_EQ(Posted(), result);
     CSingleLock lock(&m_sample.m_lock, true);
-    EXPECT_EQ(m_sample.m_values.GetSize(), 1);
+    EXPECT_EQ(Values(m_sample), "1");
   }
 }
 
@@ -162,9 +113,6 @@ TEST_F(LogInput, TheScanPeriodNeedsNoOpenStage) {
   EXPECT_EQ(m_stage.GetScanPeriod(), 5000u);
   Options().m_asFastAsPossible = 2;
   EXPECT_EQ(m_stage.GetScanPeriod(), 0u);
-  Options().m_autoStart = 7;
-  EXPECT_EQ(m_stage.GetAutoStart(), 1);
-  EXPECT_EQ(m_stage.PartialWrite(m_sample), 0);
 }
 
 }  // namespace

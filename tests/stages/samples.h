@@ -1,24 +1,31 @@
-// Names and samples for the tests of stages, and the content of the logs as text.
+// What the tests of stages share: names and samples from short text, and the content of the logs as text.
 #pragma once
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <regex>
 #include <sstream>
 
 #include "tests/support/files.h"
 #include "tests/support/names.h"
 #include "tests/support/recorder.h"
+#include "vastra/config/plc_node_config.h"
 #include "vastra/core/sample.h"
 #include "vastra/platform/file_system.h"
+#include "vastra/platform/message.h"
 
 namespace vastra {
 
-// The equations of a text, which separates them with semicolons.
-inline CStringArray Equations(const char* text) {
-  CStringArray equations;
-  std::istringstream parts(text);
-  for (std::string part; std::getline(parts, part, ';');) equations.Add(CString(part));
-  return equations;
+constexpr int kSimulator = 9001, kNoDriver = 1;  // types of driver
+constexpr UINT kMessage = 77;
+
+// Blanks separate names, semicolons separate equations.
+inline CStringArray Split(const std::string& text, char divider = ' ') {
+  CStringArray parts;
+  std::istringstream all(text);
+  for (std::string part; std::getline(all, part, divider);) parts.Add(CString(part));
+  return parts;
 }
 
 inline std::string Join(const CStringArray& names) {
@@ -36,40 +43,93 @@ inline CLogSample Sample(std::initializer_list<float> values, std::int32_t time 
 
 // The values of sample, as integers.
 inline std::string Values(const CLogSample& sample) {
-  std::string all;
-  for (const float value : sample.m_values)
-    all += (all.empty() ? "" : " ") + std::to_string(static_cast<int>(value));
-  return all;
+  CStringArray values;
+  for (const float value : sample.m_values) values.Add(CString(std::to_string(static_cast<int>(value))));
+  return Join(values);
 }
 
 // For each CSV log in dir its sequence number and its rows, as integers: "00: 1/5 2/7|01: 3/8|".
 inline std::string Logs(const CString& dir) {
+  static const std::regex kRow(R"([^,]*,([^\n]*),\n)"), kFraction(R"(\.\d*)");
   std::string all;
   for (const CFileEntry& file : ListFiles(dir, ".csv")) {
-    all += file.m_name.Right(7).Left(2).Std() + ":";
-    std::istringstream lines(ReadBytes(JoinPath(dir, file.m_name)));
-    std::string line, field;
-    std::getline(lines, line);
-    while (std::getline(lines, line)) {
-      std::istringstream fields(line);
-      std::getline(fields, field, ',');
-      for (char divider = ' '; std::getline(fields, field, ','); divider = '/')
-        all += divider + field.substr(0, field.find('.'));
-    }
-    all += "|";
+    std::string rows = ReadBytes(JoinPath(dir, file.m_name));
+    rows = std::regex_replace(rows.substr(rows.find('\n') + 1), kRow, " $1");
+    std::replace(rows.begin(), rows.end(), ',', '/');
+    all += file.m_name.Right(7).Left(2).Std() + ":" + std::regex_replace(rows, kFraction, "") + "|";
   }
   return all;
 }
 
-// A messenger, a directory, and UTC as the local time.
+// The settings of an output or a summary that writes x to CSV logs in directory.
+template <class Config>
+Config* NewConfig(const char* enable, const CString& directory) {
+  auto* config = new Config;
+  config->m_enableEquations = Split(enable, ';');
+  config->m_varNames = Split("x");
+  config->m_saveCsv = 1;
+  config->m_directory = directory;
+  std::filesystem::create_directory(directory.Std());
+  return config;
+}
+
+inline void SetNode(CPlcNodeConfig& node, const char* name, const char* names) {
+  node.m_nodeName = name;
+  node.m_varNames = Split(names);
+  node.m_driver.plcType = kSimulator;
+  node.m_driver.variableCount = static_cast<UINT>(node.m_varNames.GetSize());
+}
+inline void SetScale(CPlcNodeConfig& node, const char* variable, float scale) {
+  CScalerConfigNode rule;
+  rule.m_varName = variable;
+  rule.m_scale = scale;
+  node.m_scaler.m_nodes.Add(rule);
+}
+inline void FailEverySecondCall(CPlcNodeConfig& node) {
+  node.m_driver.value4 = 2;
+  node.m_driver.value5 = 109;  // a timeout
+}
+
+// A stage, a messenger, a directory, and UTC as the local time.
+template <class Stage>
 class CStageFixture : public testing::Test {
  protected:
   CStageFixture() {
     ::setenv("TZ", "UTC0", 1);
     ::tzset();
   }
+  int Open(const char* names = "x") {
+    CStringArray given = Split(names);
+    return m_stage.Open(given);
+  }
+  int Write(std::initializer_list<float> values, std::int32_t time = kStart) {
+    CLogSample sample = Sample(values, time);
+    return m_stage.Write(sample);
+  }
+  // The results for the samples 1, 2, 3.
+  std::string WriteThree() {
+    std::string results;
+    for (const float x : {1.0f, 2.0f, 3.0f}) results += std::to_string(Write({x}));
+    return results;
+  }
+  std::string Given() {
+    CStringArray names;
+    return m_stage.GetVarNames(names) ? Join(names) : "none";
+  }
+  // The result that a worker posts, or -1 if it posts none.
+  int Posted(int milliseconds = 10000) {
+    CMessage message;
+    if (!m_queue.Wait(message, milliseconds)) return -1;
+    EXPECT_EQ(message.m_message, kMessage);
+    EXPECT_EQ(message.m_lparam, 0);
+    return static_cast<int>(message.m_wparam);
+  }
+
   CRecorder m_recorder;
   CTempDir m_dir;
+  CMessageQueue m_queue;
+  CLogSample m_sample;
+  Stage m_stage;
 };
 
 }  // namespace vastra
