@@ -46,12 +46,13 @@ TEST_F(Smart, OutputVariablesFollowTheSampleAndKeepTheirValues) {
 }
 
 TEST_F(Smart, AnIndexIsFoundByTheExactNameAndIsZeroOnAMiss) {
-  const std::pair<const char*, const char*> kCases[] = {{"a", "11 00"}, {"A", "00 00"}, {"v", "00 11"}};
+  const std::pair<const char*, const char*> kCases[] = {{"a", "11 0"}, {"A", "0 0"}, {"v", "0 11"}};
   for (const auto& [text, found] : kCases) {
     CString name = text;
-    UINT place = 7;
-    std::string results = std::to_string(m_stage.GetInputIndex(name, place)) + std::to_string(place) + " ";
-    results += std::to_string(m_stage.GetOutputIndex(name, place = 7)) + std::to_string(place);
+    UINT input = 7, output = 7;
+    const int isInput = m_stage.GetInputIndex(name, input), isOutput = m_stage.GetOutputIndex(name, output);
+    const std::string results =
+        std::to_string(10 * isInput + int(input)) + " " + std::to_string(10 * isOutput + int(output));
     EXPECT_EQ(results, found) << text;
   }
 }
