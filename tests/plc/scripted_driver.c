@@ -42,21 +42,16 @@ static const char* GetExtendedError(int handle) { return Note("GetExtendedError 
 static const char* GetReplyError(int handle) { return Note("GetReplyError %d, ", handle), script.text; }
 
 Script* FreshScript(void) {
-  static const Script fresh = {
-      {ShowConfig, GetConfig, SetConfig, Open, Read, Write, Close, {0, 0}, GetExtendedError, GetReplyError},
-      DRIVER_API_VERSION,
-      5,
-      statusOk,
-      statusOk,
-      statusOk,
-      1,
-      "driver's words",
-      {1, 2, 3, 4},
-      {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0},
-      "",
-      0,
-      NULL};
-  script = fresh;
+  static const DriverFunctions functions = {
+      ShowConfig, GetConfig, SetConfig, Open, Read, Write, Close, {0, 0}, GetExtendedError, GetReplyError};
+  memset(&script, 0, sizeof script);
+  script.functions = functions;
+  script.version = DRIVER_API_VERSION;
+  script.handle = 5;
+  script.openStatus = script.readStatus = script.writeStatus = statusOk;
+  script.showResult = 1;
+  script.text = "driver's words";
+  for (int i = 0; i < 4; ++i) script.values[i] = (float)(i + 1);
   return &script;
 }
 
