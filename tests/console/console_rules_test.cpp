@@ -9,7 +9,7 @@
 namespace vastra {
 namespace {
 
-// A store that is painted behind each line, as in a window that is seen.
+// A store that is painted after each line, as in a visible window.
 struct CView {
   explicit CView(int height = 100) : area{height, 10} {}
   void Write(int count) {
@@ -37,38 +37,38 @@ struct CView {
   int written = 0;
 };
 
-TEST(ConsoleView, FollowsFromTheLineOnThatWouldTouchTheLowerEdge) {
+TEST(ConsoleView, FollowsFromTheLineThatWouldTouchTheLowerEdge) {
   CView view;
-  EXPECT_EQ("none at 0 of 200", view.Stand());
+  EXPECT_EQ(view.Stand(), "none at 0 of 200");
   const char* stands[] = {"0 0 at 0 of 0", "1 1 at 1 of 1", "2 2 at 2 of 2"};
   view.Write(8);
   for (const char* stand : stands) {
     view.Write(1);
-    EXPECT_EQ(stand, view.Stand());
+    EXPECT_EQ(view.Stand(), stand);
   }
 }
 
-TEST(ConsoleView, StandsStillOnceTheEndIsOutOfSightUntilTheStoreIsFull) {
+TEST(ConsoleView, StaysWhileTheEndIsOutOfSightUntilTheStoreIsFull) {
   CView view;
   view.Write(50);
-  EXPECT_EQ("41 41 at 41 of 41", view.Stand());
+  EXPECT_EQ(view.Stand(), "41 41 at 41 of 41");
   for (int up = 0; up < 3; ++up) view.Scroll(SB_LINEUP);
-  EXPECT_TRUE(view.store.IsAtEnd());  // a painter comes to the last line, below the edge
+  EXPECT_TRUE(view.store.IsAtEnd());  // the last line, below the edge, is painted
   view.Scroll(SB_LINEUP);
   EXPECT_FALSE(view.store.IsAtEnd());
   view.Write(150);
-  EXPECT_EQ("37 37 at 37 of 191", view.Stand());
+  EXPECT_EQ(view.Stand(), "37 37 at 37 of 191");
   view.Write(2);
-  EXPECT_EQ("39 39 at 37 of 191", view.Stand());
-  EXPECT_EQ(200, view.store.GetCount());
-  EXPECT_EQ("2", view.store.GetLine(0).text.Std());
+  EXPECT_EQ(view.Stand(), "39 39 at 37 of 191");
+  EXPECT_EQ(view.store.GetCount(), 200);
+  EXPECT_EQ(view.store.GetLine(0).text.Std(), "2");
   view.Scroll(SB_THUMBTRACK, 191);
   EXPECT_TRUE(view.store.IsAtEnd());
   view.Write(1);
-  EXPECT_EQ("194 194 at 191 of 191", view.Stand());
+  EXPECT_EQ(view.Stand(), "194 194 at 191 of 191");
 }
 
-TEST(ConsoleView, ScrollsByOneOrFiveOrToThePlaceTheThumbHas) {
+TEST(ConsoleView, ScrollsByOneLineByFiveOrToTheThumb) {
   const struct {
     UINT code;
     int position;
@@ -85,43 +85,44 @@ TEST(ConsoleView, ScrollsByOneOrFiveOrToThePlaceTheThumbHas) {
   view.Scroll(SB_LINEUP);
   for (const auto& c : kCases) {
     view.Scroll(c.code, c.position);
-    EXPECT_EQ(c.stand, view.Stand());
+    EXPECT_EQ(view.Stand(), c.stand);
   }
 }
 
-TEST(ConsoleView, BeginsAnewBehindClear) {
+TEST(ConsoleView, StartsAgainAfterClear) {
   CView view;
   view.Write(50);
-  view.Scroll(SB_TOP), view.Scroll(SB_THUMBTRACK, 5);
+  view.Scroll(SB_THUMBTRACK, 5);
   view.store.Clear();
-  EXPECT_EQ("none at 1 of 1", view.Stand());
+  EXPECT_TRUE(view.store.IsAtEnd());
+  EXPECT_EQ(view.Stand(), "none at 1 of 1");
   view.Write(9);
-  EXPECT_EQ("50 50 at 0 of 0", view.Stand());
+  EXPECT_EQ(view.Stand(), "50 50 at 0 of 0");
   view.Write(1);
-  EXPECT_EQ("51 51 at 1 of 1", view.Stand());
+  EXPECT_EQ(view.Stand(), "51 51 at 1 of 1");
 }
 
-TEST(ConsoleView, OfLessThanTwoLinesComesBackWhenItIsHighAgain) {
+TEST(ConsoleView, OfLessThanTwoLinesIsRestoredWhenItIsHighAgain) {
   CView view(15);
   view.Write(250);
-  EXPECT_EQ("none at 200 of 200", view.Stand());
+  EXPECT_EQ(view.Stand(), "none at 200 of 200");
   view.Scroll(SB_LINEUP);
-  EXPECT_EQ("249 249 at 199 of 200", view.Stand());
+  EXPECT_EQ(view.Stand(), "249 249 at 199 of 200");
   view.Scroll(SB_LINEDOWN);
   view.area.height = 100;
   view.Write(1);
-  EXPECT_EQ("242 242 at 191 of 191", view.Stand());
+  EXPECT_EQ(view.Stand(), "242 242 at 191 of 191");
 }
 
-TEST(ConsoleView, KeepsItsTopWhenTheWindowGrowsAndGoesOnFromThere) {
+TEST(ConsoleView, KeepsItsTopWhenTheWindowGrows) {
   CView view;
   view.Write(50);
   view.area.height = 200;
   view.Write(1);
-  EXPECT_EQ("42 42 at 32 of 32", view.Stand());
+  EXPECT_EQ(view.Stand(), "42 42 at 32 of 32");
 }
 
-TEST(ConsolePlace, OfTheUserIsTakenAsFarAsItCanBeRead) {
+TEST(ConsolePlace, OfTheUserIsReadUpToTheFirstError) {
   const struct {
     const char* text;
     const char* place;
@@ -130,6 +131,7 @@ TEST(ConsolePlace, OfTheUserIsTakenAsFarAsItCanBeRead) {
       {" -7, +8,9,10 and so on", "-7,8,9,10"},
       {"5,6,x,7", "5,6,3,4"},
       {"5 ,6,7,8", "5,2,3,4"},
+      {"5 6,7,8", "5,2,3,4"},
       {"", "1,2,3,4"},
       {",6", "1,2,3,4"},
       {"5,99999999999999999999,7", "5,2,3,4"},
@@ -139,7 +141,7 @@ TEST(ConsolePlace, OfTheUserIsTakenAsFarAsItCanBeRead) {
   for (const auto& c : kCases) {
     CConsolePlace place = {1, 2, 3, 4};
     place.TakeFrom(c.text);
-    EXPECT_EQ(c.place, place.ToText().Std()) << c.text;
+    EXPECT_EQ(place.ToText().Std(), c.place) << c.text;
   }
 }
 

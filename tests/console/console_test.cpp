@@ -13,7 +13,7 @@ namespace {
 
 constexpr const char* kKey = "Software\\Vastra\\Console";
 
-// Settings of its own, and a manager that goes with the test.
+// Each test has its own settings and its own manager of consoles.
 class Console : public testing::Test {
  protected:
   Console() { qputenv("XDG_CONFIG_HOME", m_settings.Path().Std().c_str()); }
@@ -24,11 +24,6 @@ class Console : public testing::Test {
     registry.OpenUserKey(kKey);
     return registry.GetString(name, "nothing").Std();
   }
-  static void Keep(const char* name, const char* text) {
-    SECRegistry registry;
-    registry.OpenUserKey(kKey);
-    registry.SetString(name, text);
-  }
   static QWidget* WindowOf(const char* title) {
     for (QWidget* widget : QApplication::topLevelWidgets())
       if (widget->windowTitle() == title) return widget;
@@ -38,7 +33,7 @@ class Console : public testing::Test {
     const QRect place(WindowOf(title)->pos(), WindowOf(title)->size());
     return CConsolePlace{place.x(), place.y(), place.width(), place.height()}.ToText().Std();
   }
-  // The toolkit takes windows away a little later.
+  // Also deletes the widgets, which the toolkit would do later.
   static void EndRun() {
     CConsole::Release();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
@@ -47,52 +42,49 @@ class Console : public testing::Test {
   CTempDir m_settings;
 };
 
-TEST_F(Console, OfAnIdIsThereOnce) {
+TEST_F(Console, AnIdHasOneWindowAndAnUnknownIdNone) {
   CConsole& console = *CConsole::Instance();
-  EXPECT_EQ(1, console.Create(3, "first", 10, 20, 300, 200, nullptr));
-  EXPECT_EQ(0, console.Create(3, "second", 1, 2, 3, 4, nullptr));
-  CString name;
-  EXPECT_EQ(1, console.GetWindowName(3, name));
-  EXPECT_EQ("first", name.Std());
-  EXPECT_FALSE(WindowOf("first")->isVisible());
-  EXPECT_EQ(1, console.ShowWindow(3, SW_SHOW));
-  EXPECT_TRUE(WindowOf("first")->isVisible());
-  EXPECT_EQ(1, console.SetWindowName(3, "renamed"));
-  EXPECT_TRUE(WindowOf("renamed"));
-}
-
-TEST_F(Console, UnknownIdDoesNothing) {
-  CConsole& console = *CConsole::Instance();
-  console.Create(0, "other", 10, 20, 300, 200, nullptr);
+  EXPECT_EQ(console.Create(0, "first", 10, 20, 300, 200, nullptr), 1);
+  EXPECT_EQ(console.Create(0, "second", 1, 2, 3, 4, nullptr), 0);
   CString name = "untouched";
-  EXPECT_EQ(0, console.Write(7, "lost", 0, 0) + console.ShowWindow(7, SW_SHOW) + console.IsOnTop(7) +
-                   console.GetWindowName(7, name) + console.SetWindowName(7, "x") + console.Destroy(7));
+  EXPECT_EQ(console.Write(7, "lost", 0, 0) + console.ShowWindow(7, SW_SHOW) + console.IsOnTop(7) +
+                console.GetWindowName(7, name) + console.SetWindowName(7, "x") + console.Destroy(7),
+            0);
   console.Clear(7), console.AlwaysOnTop(7, 1);
-  EXPECT_EQ("untouched", name.Std());
-  EXPECT_EQ(0, console.IsOnTop(0));
+  EXPECT_EQ(name.Std(), "untouched");
+  EXPECT_EQ(console.IsOnTop(0), 0);
+  EXPECT_EQ(console.GetWindowName(0, name), 1);
+  EXPECT_EQ(name.Std(), "first");
+  EXPECT_FALSE(WindowOf("first")->isVisible());
+  EXPECT_EQ(console.ShowWindow(0, SW_SHOW), 1);
+  EXPECT_TRUE(WindowOf("first")->isVisible());
+  EXPECT_EQ(console.SetWindowName(0, "renamed"), 1);
+  EXPECT_TRUE(WindowOf("renamed"));
   int written = 0;
   std::thread([&] {
     written = WriteToConsole(0, "line", 0, 0) + 2 * WriteToConsole(1, "line", 0, 0);
   }).join();
-  EXPECT_EQ(1, written);
+  EXPECT_EQ(written, 1);
 }
 
-TEST_F(Console, KeptPlaceGoesBeforeTheCallersWhichIsKeptTheFirstTime) {
+TEST_F(Console, KeptPlaceOverridesTheCallersWhichIsKeptTheFirstTime) {
   CConsole& console = *CConsole::Instance();
   console.Create(3, "a", 10, 20, 300, 200, nullptr);
-  EXPECT_EQ("10,20,300,200", Kept("Console3"));
+  EXPECT_EQ(Kept("Console3"), "10,20,300,200");
   WindowOf("a")->setGeometry(70, 80, 400, 250);
-  EXPECT_EQ(1, console.Destroy(3));
-  EXPECT_EQ("10,20,300,200", Kept("Console3"));
+  EXPECT_EQ(console.Destroy(3), 1);
+  EXPECT_EQ(Kept("Console3"), "10,20,300,200");
   console.Create(3, "b", 1, 2, 150, 160, nullptr);
-  EXPECT_EQ("10,20,300,200", PlaceOf("b"));
-  Keep("Console4", "30,40,spoiled");
+  EXPECT_EQ(PlaceOf("b"), "10,20,300,200");
+  SECRegistry registry;
+  registry.OpenUserKey(kKey);
+  registry.SetString("Console4", "30,40,spoiled");
   console.Create(4, "c", 1, 2, 150, 160, nullptr);
-  EXPECT_EQ("30,40,150,160", PlaceOf("c"));
-  EXPECT_EQ("30,40,spoiled", Kept("Console4"));
+  EXPECT_EQ(PlaceOf("c"), "30,40,150,160");
+  EXPECT_EQ(Kept("Console4"), "30,40,spoiled");
 }
 
-TEST_F(Console, PlacesAreSavedHoweverTheWindowsStandAtTheEnd) {
+TEST_F(Console, PlacesAreSavedInEveryStateOfTheWindows) {
   const struct {
     const char* title;
     std::vector<int> commands;
@@ -114,13 +106,13 @@ TEST_F(Console, PlacesAreSavedHoweverTheWindowsStandAtTheEnd) {
   }
   EndRun();
   for (UINT i = 0; i < id; ++i)
-    EXPECT_EQ("50,60,310,210", Kept(("Console" + std::to_string(i)).c_str())) << kCases[i].title;
+    EXPECT_EQ(Kept(("Console" + std::to_string(i)).c_str()), "50,60,310,210") << kCases[i].title;
   EXPECT_FALSE(WindowOf("shown"));
-  EXPECT_EQ(0, WriteToConsole(0, "lost", 0, 0));
+  EXPECT_EQ(WriteToConsole(0, "lost", 0, 0), 0);
 }
 
-// The process that ends is one of its own; it is told in the environment where its settings are.
-TEST_F(Console, PlacesAreSavedWhenTheHostLeavesItToTheEndOfTheProcess) {
+// The process that ends is a child; an environment variable has the path of its settings.
+TEST_F(Console, PlacesAreSavedAtTheEndOfTheProcess) {
   testing::GTEST_FLAG(death_test_style) = "threadsafe";
   if (!qEnvironmentVariableIsSet("SETTINGS_OF_TEST"))
     qputenv("SETTINGS_OF_TEST", m_settings.Path().Std().c_str());
@@ -142,27 +134,27 @@ TEST_F(Console, PlacesAreSavedWhenTheHostLeavesItToTheEndOfTheProcess) {
   EXPECT_TRUE(isKept());
 }
 
-TEST_F(Console, WithoutAPlaceForSettingsWorksByTheCallersNumbers) {
+TEST_F(Console, WithoutSettingsUsesTheCallersNumbers) {
   qputenv("XDG_CONFIG_HOME", "/dev/null");
   CConsole::Instance()->Create(1, "bare", 10, 20, 300, 200, nullptr);
-  EXPECT_EQ("10,20,300,200", PlaceOf("bare"));
+  EXPECT_EQ(PlaceOf("bare"), "10,20,300,200");
   EndRun();
 }
 
-TEST_F(Console, OnTopIsAFlagAndABandAndNothingElseOfTheWindow) {
+TEST_F(Console, OnTopChangesNothingElseOfTheWindow) {
   CConsole& console = *CConsole::Instance();
   console.Create(1, "top", 10, 20, 300, 200, nullptr);
   console.ShowWindow(1, SW_SHOW);
   for (const int onTop : {7, 0}) {
     console.AlwaysOnTop(1, onTop);
-    EXPECT_EQ(onTop != 0, console.IsOnTop(1));
-    EXPECT_EQ(onTop != 0, (WindowOf("top")->windowFlags() & Qt::WindowStaysOnTopHint) != 0);
+    EXPECT_EQ(console.IsOnTop(1), onTop != 0);
+    EXPECT_EQ((WindowOf("top")->windowFlags() & Qt::WindowStaysOnTopHint) != 0, onTop != 0);
     EXPECT_TRUE(WindowOf("top")->isVisible());
-    EXPECT_EQ("10,20,300,200", PlaceOf("top"));
+    EXPECT_EQ(PlaceOf("top"), "10,20,300,200");
   }
 }
 
-TEST_F(Console, WindowCanGoWhileAWorkerWritesToIt) {
+TEST_F(Console, WindowIsDestroyedWhileAWorkerWritesToIt) {
   CConsole::Instance();
   std::atomic<bool> ended = false;
   std::thread worker([&] {
@@ -170,12 +162,12 @@ TEST_F(Console, WindowCanGoWhileAWorkerWritesToIt) {
   });
   for (int i = 0; i < 50; ++i) {
     CConsole::Instance()->Create(0, "zero", 0, 0, 300, 200, nullptr);
-    EXPECT_EQ(1, CConsole::Instance()->Destroy(0));
+    EXPECT_EQ(CConsole::Instance()->Destroy(0), 1);
     QApplication::processEvents();
   }
   ended = true;
   worker.join();
-  EXPECT_EQ(0, WriteToConsole(0, "line", 0, 0));
+  EXPECT_EQ(WriteToConsole(0, "line", 0, 0), 0);
 }
 
 }  // namespace

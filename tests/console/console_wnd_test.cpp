@@ -19,40 +19,28 @@ std::vector<COLORREF> Numbers(COLORREF first, COLORREF last) {
   return numbers;
 }
 
-int PaintsOf(CWnd& window, const std::function<void()>& work) {
-  struct CCounter : QObject {
-    bool eventFilter(QObject*, QEvent* event) override {
-      return paints += event->type() == QEvent::Paint, false;
-    }
-    int paints = 0;
-  } counter;
-  window.Client()->installEventFilter(&counter);
-  work();
-  return counter.paints;
-}
-
 TEST(ConsoleWindow, ShowsALineInItsColourWhenWriteReturns) {
   CTestConsole window(10);
   for (const COLORREF colour : {0x0000B4, 0x0082FF, 0x960000, 0x000000}) window.Write("EEEE", colour);
-  EXPECT_EQ((std::vector<COLORREF>{0x0000B4, 0x0082FF, 0x960000, 0x000000}), ColoursOf(window));
-  EXPECT_EQ(0, BarOf(window)->maximum());
+  EXPECT_EQ(ColoursOf(window), (std::vector<COLORREF>{0x0000B4, 0x0082FF, 0x960000, 0x000000}));
+  EXPECT_EQ(BarOf(window)->maximum(), 0);
 }
 
 TEST(ConsoleWindow, FollowsAndScrollsByFiveLinesWhateverTheToolkitsPageIs) {
   CTestConsole window(10);
   for (int i = 1; i <= 30; ++i) window.Write(i);
-  EXPECT_EQ(21, BarOf(window)->value());
-  EXPECT_EQ(21, BarOf(window)->maximum());
-  EXPECT_EQ(Numbers(22, 30), ColoursOf(window));
+  EXPECT_EQ(BarOf(window)->value(), 21);
+  EXPECT_EQ(BarOf(window)->maximum(), 21);
+  EXPECT_EQ(ColoursOf(window), Numbers(22, 30));
   BarOf(window)->triggerAction(QAbstractSlider::SliderPageStepSub);
-  EXPECT_EQ(16, BarOf(window)->value());
-  EXPECT_EQ(Numbers(17, 26), ColoursOf(window));
+  EXPECT_EQ(BarOf(window)->value(), 16);
+  EXPECT_EQ(ColoursOf(window), Numbers(17, 26));
   BarOf(window)->triggerAction(QAbstractSlider::SliderSingleStepAdd);
-  EXPECT_EQ(Numbers(18, 27), ColoursOf(window));
-  BarOf(window)->setSliderPosition(2);  // as a thumb that is drawn
+  EXPECT_EQ(ColoursOf(window), Numbers(18, 27));
+  BarOf(window)->setSliderPosition(2);  // as a drag of the thumb
   window.Write(31);
-  EXPECT_EQ(Numbers(3, 12), ColoursOf(window));
-  // The toolkit's menu, if it comes up, moves the bar without an action.
+  EXPECT_EQ(ColoursOf(window), Numbers(3, 12));
+  // The toolkit's menu, if it opens, would move the bar without an action.
   QTimer::singleShot(0, [] {
     if (QWidget* menu = QApplication::activePopupWidget())
       QTest::keyClick(menu, Qt::Key_Down), QTest::keyClick(menu, Qt::Key_Return);
@@ -61,11 +49,11 @@ TEST(ConsoleWindow, FollowsAndScrollsByFiveLinesWhateverTheToolkitsPageIs) {
   QContextMenuEvent asked(QContextMenuEvent::Mouse, middle, BarOf(window)->mapToGlobal(middle));
   QApplication::sendEvent(BarOf(window), &asked);
   QApplication::processEvents();
-  EXPECT_EQ(2, BarOf(window)->value());
+  EXPECT_EQ(BarOf(window)->value(), 2);
 }
 
-// Letters that reach out of their rows, rows that are half in the picture, steps of all sizes.
-TEST(ConsoleWindow, PictureThatWasMovedIsTheOneDrawnAnew) {
+// Letters that leave their rows, rows that are half visible, steps of all sizes.
+TEST(ConsoleWindow, PictureThatWasMovedEqualsANewOne) {
   const char* texts[] = {"plain",
                          "gjpqy|_",
                          "Z\xCC\x8C\xCC\x81\xCC\x8C\xCC\x81",
@@ -98,38 +86,28 @@ TEST(ConsoleWindow, PictureThatWasMovedIsTheOneDrawnAnew) {
     const QImage moved = OnScreen(window);
     window.OnSize(window.GetClientRect().Width(), window.GetClientRect().Height());
     window.Client()->repaint();
-    ASSERT_EQ(OnScreen(window), moved) << step;
+    ASSERT_EQ(moved, OnScreen(window)) << step;
   }
 }
 
-TEST(ConsoleWindow, CloseBoxHidesItAndLinesGoOnBeingKept) {
-  CTestConsole window(10);
-  window.Write(1);
-  window.Widget()->close();
-  EXPECT_FALSE(window.IsWindowVisible());
-  EXPECT_EQ(0, PaintsOf(window, [&] { window.Write(2); }));
-  window.ShowWindow(SW_SHOW);
-  QApplication::processEvents();
-  EXPECT_EQ(Numbers(1, 2), ColoursOf(window));
-}
-
-TEST(ConsoleWindow, ThatWasNeverShownFollowsByTheHeightItWillHave) {
-  CTestConsole window(10, false);
-  for (int i = 1; i <= 30; ++i) window.Write(i);
-  window.ShowWindow(SW_SHOW);
-  QApplication::processEvents();
-  EXPECT_EQ(Numbers(22, 30), ColoursOf(window));
-}
-
-TEST(ConsoleWindow, PaintsNothingWhileMinimisedAndAllOfItAfterwards) {
-  CTestConsole window(10);
-  window.ShowWindow(SW_MINIMIZE);
-  EXPECT_EQ(0, PaintsOf(window, [&] {
-              for (int i = 1; i <= 12; ++i) window.Write(i);
-            }));
-  window.ShowWindow(SW_RESTORE);
-  QApplication::processEvents();
-  EXPECT_EQ(Numbers(4, 12), ColoursOf(window));
+TEST(ConsoleWindow, PaintsNothingWhileItIsNotSeenAndAllLinesAfterwards) {
+  const struct {
+    bool shown;
+    void (*hide)(CTestConsole&);
+    int show;
+  } kCases[] = {{true, [](CTestConsole& window) { window.Widget()->close(); }, SW_SHOW},
+                {true, [](CTestConsole& window) { window.ShowWindow(SW_MINIMIZE); }, SW_RESTORE},
+                {false, [](CTestConsole&) {}, SW_SHOW}};
+  for (const auto& [shown, hide, show] : kCases) {
+    CTestConsole window(10, shown);
+    hide(window);
+    CPaints paints(window.Client());
+    for (int i = 1; i <= 30; ++i) window.Write(i);
+    EXPECT_EQ(paints.Take(), 0);
+    window.ShowWindow(show);
+    QApplication::processEvents();
+    EXPECT_EQ(ColoursOf(window), Numbers(22, 30));
+  }
 }
 
 TEST(ConsoleWindow, LinesOfAWorkerAndOfTheWindowsThreadKeepTheirOrder) {
@@ -138,16 +116,16 @@ TEST(ConsoleWindow, LinesOfAWorkerAndOfTheWindowsThreadKeepTheirOrder) {
   std::thread([&] {
     for (int i = 2; i <= 100; ++i) window.Write(i);
   }).join();
-  EXPECT_EQ(Numbers(1, 1), ColoursOf(window));
+  EXPECT_EQ(ColoursOf(window), Numbers(1, 1));
   window.Write(101);
-  EXPECT_EQ(Numbers(1, 101), ColoursOf(window));
+  EXPECT_EQ(ColoursOf(window), Numbers(1, 101));
   QApplication::processEvents();
   std::thread([&] { window.Write(102); }).join();
   QApplication::processEvents();
-  EXPECT_EQ(Numbers(1, 102), ColoursOf(window));
+  EXPECT_EQ(ColoursOf(window), Numbers(1, 102));
 }
 
-TEST(ConsoleWindow, LinesOfManyThreadsAtOnceAreAllThereEachThreadsInItsOrder) {
+TEST(ConsoleWindow, LinesOfManyThreadsAreCompleteAndKeepTheOrderOfEachThread) {
   CTestConsole window(300);
   std::vector<std::thread> workers;
   const auto write = [&window](int writer) {
@@ -158,11 +136,11 @@ TEST(ConsoleWindow, LinesOfManyThreadsAtOnceAreAllThereEachThreadsInItsOrder) {
   for (std::thread& worker : workers) worker.join();
   QApplication::processEvents();
   std::map<COLORREF, COLORREF> next;
-  for (const COLORREF colour : ColoursOf(window)) EXPECT_EQ(next[colour >> 16]++, colour & 0xFFFF);
-  EXPECT_EQ((std::map<COLORREF, COLORREF>{{1, 50}, {2, 50}, {3, 50}, {4, 50}}), next);
+  for (const COLORREF colour : ColoursOf(window)) EXPECT_EQ(colour & 0xFFFF, next[colour >> 16]++);
+  EXPECT_EQ(next, (std::map<COLORREF, COLORREF>{{1, 50}, {2, 50}, {3, 50}, {4, 50}}));
 }
 
-TEST(ConsoleWindow, BurstOfAWorkerIsPaintedOnceAndComesOutAsLineByLine) {
+TEST(ConsoleWindow, BurstOfAWorkerIsPaintedOnceAndLooksLikeSingleLines) {
   for (const int lines : {3, 50, 199, 201, 1000}) {
     CTestConsole window(10), other(10);
     for (int i = 1; i <= 12; ++i) window.Write(i), other.Write(i);
@@ -171,22 +149,24 @@ TEST(ConsoleWindow, BurstOfAWorkerIsPaintedOnceAndComesOutAsLineByLine) {
     std::thread([&] {
       for (int i = 0; i < lines; ++i) window.Write(i);
     }).join();
-    EXPECT_EQ(1, PaintsOf(window, [] { QApplication::processEvents(); })) << lines;
-    EXPECT_EQ(OnScreen(other), OnScreen(window)) << lines;
-    EXPECT_EQ(BarOf(other)->value(), BarOf(window)->value()) << lines;
+    CPaints paints(window.Client());
+    QApplication::processEvents();
+    EXPECT_EQ(paints.Take(), 1) << lines;
+    EXPECT_EQ(OnScreen(window), OnScreen(other)) << lines;
+    EXPECT_EQ(BarOf(window)->value(), BarOf(other)->value()) << lines;
   }
 }
 
-TEST(ConsoleWindow, WithoutMemoryForItsPictureSaysSoAndComesBackLater) {
+TEST(ConsoleWindow, WithoutMemoryForItsPictureReportsItAndRecovers) {
   CTestPrompter prompter;
   CTestConsole window(10);
   window.OnSize(1 << 30, 1 << 30);
-  EXPECT_EQ(std::vector<std::string>{"|Out of Memory!|10"}, prompter.Take());
+  EXPECT_EQ(prompter.Take(), std::vector<std::string>{"|Out of Memory!|10"});
   window.Write(1);
   window.OnSize(0, 0);  // no picture is needed
   window.OnSize(300, 200);
   window.Write(2);
-  EXPECT_EQ(Numbers(1, 2), ColoursOf(window));
+  EXPECT_EQ(ColoursOf(window), Numbers(1, 2));
   EXPECT_TRUE(prompter.Take().empty());
 }
 

@@ -1,4 +1,4 @@
-// Consoles on the screen: what is to be seen of them without any help of theirs.
+// Consoles as the screen shows them, without a call of theirs.
 #pragma once
 
 #include <QAbstractScrollArea>
@@ -12,7 +12,7 @@
 
 namespace vastra {
 
-// The client area as it stands on the screen now; nothing is painted for it.
+// The client area as the screen shows it; paints nothing.
 inline QImage OnScreen(CWnd& window) {
   const QImage all = QGuiApplication::primaryScreen()->grabWindow(window.Widget()->winId()).toImage();
   const QPoint corner = window.Client()->mapTo(window.Widget(), QPoint());
@@ -20,7 +20,7 @@ inline QImage OnScreen(CWnd& window) {
   return all.copy(place.toAlignedRect()).convertToFormat(QImage::Format_RGB32);
 }
 
-// The colour of the letters in a row of lines, white if there are none: the one that is most often there.
+// The most frequent colour in a row of text besides white; white if there is no other.
 inline COLORREF ColourOf(const QImage& image, int row, int height) {
   std::map<COLORREF, int> counts;
   for (int y = row * height; y < (row + 1) * height; ++y)
@@ -46,7 +46,7 @@ inline QScrollBar* BarOf(CWnd& window) {
   return static_cast<QAbstractScrollArea*>(window.Widget())->verticalScrollBar();
 }
 
-// A shown console that has room for rows whole lines.
+// A console with room for rows whole lines.
 class CTestConsole : public CConsoleWnd {
  public:
   explicit CTestConsole(int rows, bool shown = true) {

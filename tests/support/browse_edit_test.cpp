@@ -13,7 +13,7 @@ constexpr CControl kControls[] = {{CControl::edit, "Path:", {7, 7, 150, 14}},
                                   {CControl::edit, "Name:", {7, 27, 150, 14}}};
 constexpr CDialogTemplate kTemplate = {"", {170, 50}, kControls};
 
-TEST(BrowseDirEdit, TakesTheChosenFolder) {
+TEST(BrowseDirEdit, KeepsTheChosenFolder) {
   CTestChooser chooser;
   CDialog dialog(kTemplate);
   dialog.Create();

@@ -1,5 +1,4 @@
-// Windows for tests: a user who clicks and types into real widgets found by what they show, boxes and
-// choosers that answer by themselves and remember what they were asked.
+// For tests of windows: finds real widgets by their texts, clicks and types, and answers boxes and choosers.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -7,6 +6,7 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QListWidget>
+#include <QPaintEvent>
 #include <QTest>
 #include <QTimer>
 
@@ -22,28 +22,30 @@
 
 namespace vastra {
 
-// Answers each box with answer and keeps "title|text|type in hexadecimal".
+// Answers each box with answer, after a call of user, and keeps "title|text|type in hexadecimal".
 class CTestPrompter : public CPrompter {
  public:
   CTestPrompter() : m_former(SetPrompter(this)) {}
   ~CTestPrompter() override { SetPrompter(m_former); }
   int Show(const CString& text, const CString& title, UINT type) override {
+    if (user) user();
     CString line;
     line.Format("%s|%s|%02x", title.Std().c_str(), text.Std().c_str(), type);
     asked.push_back(line.Std());
     return answer;
   }
-  // What was asked since the last call.
+  // The boxes since the last call.
   std::vector<std::string> Take() { return std::exchange(asked, {}); }
 
   int answer = IDOK;
+  std::function<void()> user;
   std::vector<std::string> asked;
 
  private:
   CPrompter* m_former;
 };
 
-// Gives path and colour, and paths where several are asked for; without a path a chooser is cancelled.
+// Returns path, paths or colour; without a path the chooser is cancelled.
 class CTestChooser : public CChooser {
  public:
   CTestChooser() : m_former(SetChooser(this)) {}
@@ -66,7 +68,7 @@ class CTestChooser : public CChooser {
   int ChooseColour(COLORREF& chosen) override { return accepts ? (chosen = colour, 1) : 0; }
 
   CFileQuestion file;  // the last question
-  CString folder;      // where the last one began
+  CString folder;      // where the last search for a folder began
   CString path;
   CStringArray paths;
   bool accepts = true;
@@ -76,8 +78,8 @@ class CTestChooser : public CChooser {
   CChooser* m_former;
 };
 
-// The one widget of class T in window that is called name: shows it, or has it for its accessible name.
-// Windows that belong to window, also those that are on their way out, are windows of their own.
+// The widget of class T in window whose text or accessible name is name. Dialogs that belong to window are
+// not searched, since one that is closed may not be deleted yet.
 template <class T>
 T* Find(QWidget* window, const char* name) {
   const auto shows = [](QWidget* widget) {
@@ -94,19 +96,19 @@ T* Find(QWidget* window, const char* name) {
 
 inline void Click(QWidget* window, const char* caption) {
   auto* button = Find<QAbstractButton>(window, caption);
-  const QPoint mark = {8, button->height() / 2};  // a box may be wider than what can be clicked
+  const QPoint mark = {8, button->height() / 2};  // of a check box, only the mark and its text can be clicked
   QTest::mouseClick(button, Qt::LeftButton, {}, button->isCheckable() ? mark : QPoint());
 }
 
-// What a list shows, top to bottom.
+// The texts of a list, from top to bottom.
 inline std::vector<std::string> Shown(const QListWidget* list) {
   std::vector<std::string> texts;
   for (int i = 0; i < list->count(); ++i) texts.push_back(list->item(i)->text().toStdString());
   return texts;
 }
 
-// Runs user as soon as a modal window stands that was not there before, with that window, while run waits for
-// it. What is still open when user is done is closed, so that no test hangs.
+// Calls run, which opens a modal window, and user with that window. Closes the window if user leaves it open,
+// so that no test hangs.
 inline void WhileModal(const std::function<void()>& run, const std::function<void(QWidget*)>& user) {
   QWidget* before = QApplication::activeModalWidget();
   bool came = false;
@@ -124,7 +126,25 @@ inline void WhileModal(const std::function<void()>& run, const std::function<voi
   EXPECT_TRUE(came) << "no modal window came up";
 }
 
-// Paints window and gives what it shows.
+// Counts how often a widget paints any of part; by default, anything.
+class CPaints : public QObject {
+ public:
+  explicit CPaints(QWidget* widget, QRect part = QRect(0, 0, 9999, 9999)) : m_part(part) {
+    widget->installEventFilter(this);
+  }
+  bool eventFilter(QObject*, QEvent* event) override {
+    m_count +=
+        event->type() == QEvent::Paint && static_cast<QPaintEvent*>(event)->region().intersects(m_part);
+    return false;
+  }
+  int Take() { return std::exchange(m_count, 0); }
+
+ private:
+  QRect m_part;
+  int m_count = 0;
+};
+
+// Paints window and returns the picture.
 inline QImage Grab(CWnd& window) { return window.Widget()->grab().toImage(); }
 
 // The colour at a point as 0x00BBGGRR.

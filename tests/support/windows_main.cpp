@@ -8,7 +8,7 @@
 
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
-  setenv("QT_QPA_PLATFORM", "offscreen", 0);  // also for who only lists the tests
+  setenv("QT_QPA_PLATFORM", "offscreen", 0);  // needed even to list the tests
   const QApplication application(argc, argv);
   std::setlocale(LC_NUMERIC, "C");  // as CWindows does
   QApplication::setQuitOnLastWindowClosed(false);

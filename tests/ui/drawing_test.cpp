@@ -18,7 +18,7 @@ class CPicture : public CBitmap {
     CDC(*this).FillRect({0, 0, 100, 100}, {kWhite});
   }
 
-  // The smallest rectangle that holds all that is drawn.
+  // The smallest rectangle around all drawn pixels.
   CRect Drawn() const {
     CRect box{100, 100, 0, 0};
     for (int y = 0; y < 100; ++y)
@@ -30,7 +30,7 @@ class CPicture : public CBitmap {
   }
 };
 
-TEST(Drawing, ShapesEndWhereTheyShould) {
+TEST(Drawing, ShapesEndAtTheirEdgesOrAtTheClip) {
   const struct {
     const char* what;
     void (*draw)(CDC&);
@@ -40,11 +40,6 @@ TEST(Drawing, ShapesEndWhereTheyShould) {
                   dc.FillRect({10, 20, 30, 40}, {kRed});
                 },
                 {10, 20, 30, 40}},
-               {"a line has both its ends",
-                [](CDC& dc) {
-                  dc.MoveTo({10, 20}), dc.LineTo({30, 20});
-                },
-                {10, 20, 31, 21}},
                {"nothing passes the clip",
                 [](CDC& dc) {
                   dc.SaveDC();
@@ -59,13 +54,7 @@ TEST(Drawing, ShapesEndWhereTheyShould) {
                   dc.RestoreDC();
                   dc.MoveTo({10, 10}), dc.LineTo({90, 10});
                 },
-                {10, 10, 91, 11}},
-               {"a polyline goes through its points",
-                [](CDC& dc) {
-                  const CPoint points[] = {{5, 5}, {50, 5}, {50, 60}};
-                  dc.Polyline(points);
-                },
-                {5, 5, 51, 61}}};
+                {10, 10, 91, 11}}};
   for (const auto& [what, draw, box] : cases) {
     CPicture picture;
     {
@@ -76,11 +65,11 @@ TEST(Drawing, ShapesEndWhereTheyShould) {
   }
 }
 
-TEST(Drawing, ATextLiesOnTheSideThatItsAlignmentAndItsTurnSay) {
+TEST(Drawing, ATextIsPlacedByItsAlignmentAndItsAngle) {
   const struct {
     UINT align;
     int escapement;
-    CRect room;  // all of the text lies in it, seen from 50, 50
+    CRect room;  // the text at 50, 50 is inside
   } cases[] = {{TA_LEFT, 0, {49, 50, 100, 75}},
                {TA_RIGHT, 0, {0, 50, 51, 75}},
                {TA_CENTER, 0, {25, 50, 75, 75}},
@@ -91,6 +80,9 @@ TEST(Drawing, ATextLiesOnTheSideThatItsAlignmentAndItsTurnSay) {
     {
       CDC dc(picture);
       dc.SelectObject(CFont({.height = 20, .escapement = escapement, .face = "Times", .hasSerifs = true}));
+      dc.SaveDC();
+      dc.SelectObject(CFont());
+      dc.RestoreDC();
       dc.SetTextAlign(align);
       dc.TextOut({50, 50}, "1234");
     }
@@ -103,11 +95,10 @@ TEST(Drawing, ATextLiesOnTheSideThatItsAlignmentAndItsTurnSay) {
   }
 }
 
-TEST(Drawing, AFontHasTheHeightAndTheWidthAskedFor) {
+TEST(Drawing, AFontHasTheRequestedHeightAndWidth) {
   EXPECT_NEAR(CFont({.height = 30, .face = "Times"}).Height(), 30, 2);
   const auto widthAt = [](int width) {
     CPicture picture;
-    CDC(picture).SelectObject(CFont());
     {
       CDC dc(picture);
       dc.SelectObject(CFont({.height = 20, .width = width, .face = "Times"}));
@@ -130,7 +121,7 @@ TEST(Drawing, RowsOfAPictureMoveBothWays) {
   }
 }
 
-TEST(Drawing, NoPictureWithoutRoomForIt) {
+TEST(Drawing, APictureOfAnImpossibleSizeIsNotCreated) {
   CWnd none;
   CBitmap picture;
   for (const CSize size : {CSize{0, 10}, {10, -1}, {1 << 30, 1 << 30}}) {

@@ -1,4 +1,4 @@
-// Cells that can be edited. What the grids of the house show is tested with them.
+// Cells that can be edited. The contents of the grids are tested with their windows.
 #include "vastra/ui/grid.h"
 
 #include <gtest/gtest.h>
@@ -15,7 +15,7 @@ constexpr CControl kControls[] = {{CControl::grid, "Grid", {7, 7, 200, 100}},
                                   {CControl::defaultButton, "OK", {7, 120, 50, 14}}};
 constexpr CDialogTemplate kTemplate = {"", {220, 140}, kControls};
 
-// Two rows of a name, a text and a box. Refuses "no".
+// Two rows of a name, a text and a box. The text "no" is refused.
 class CTestGrid : public CGXGridWnd {
  public:
   UINT GetRowCount() const override { return 2; }
@@ -75,13 +75,13 @@ struct CUser {
   QTableView* view;
 };
 
-TEST(GridCells, AreTakenOverWhenTheyAreLeft) {
+TEST(GridCells, AreStoredWhenTheyAreLeft) {
   CTestDlg dialog;
   const auto user = [&](QWidget* window) {
     CUser it(window);
     it.ClickAt(0, 1);
     it.ClickAt(1, 1);
-    EXPECT_EQ(dialog.grid.told, "") << "a cell that was only looked at";
+    EXPECT_EQ(dialog.grid.told, "") << "a cell that was opened but not edited";
     it.ClickAt(0, 1);
     it.Type("1.5");
     QTest::keyClick(it.Editor(), Qt::Key_Return);
@@ -115,7 +115,7 @@ TEST(GridCells, AreTakenOverWhenTheyAreLeft) {
   EXPECT_EQ(dialog.grid.told, "vvvv");
 }
 
-TEST(GridCells, OfBoxesFollowMouseAndSpaceBar) {
+TEST(GridCells, WithBoxesAreChangedByMouseAndSpaceBar) {
   CTestDlg dialog;
   const auto user = [&](QWidget* window) {
     CUser it(window);

@@ -12,7 +12,7 @@ namespace {
 constexpr int kWidth = 9, kHeight = 5, kFar = 1 << 30;
 constexpr CRect kClip = {1, 1, 8, 4};
 
-// The picture, row by row, after lines through points. No line may touch the rim, which is not in the clip.
+// The rows of the picture after lines through points. The rim is outside the clip and must stay empty.
 std::string Drawn(const std::vector<CPoint>& points) {
   std::vector<std::uint32_t> pixels(kWidth * kHeight, '.');
   RasterLines({pixels.data(), kWidth}, kClip, points, '#');
@@ -20,7 +20,7 @@ std::string Drawn(const std::vector<CPoint>& points) {
   for (int y = 0; y < kHeight; ++y) {
     const std::string row(pixels.begin() + y * kWidth, pixels.begin() + (y + 1) * kWidth);
     const bool isRim = y == 0 || y == kHeight - 1;
-    EXPECT_EQ(isRim ? std::string(kWidth, '.') : "." + row.substr(1, 7) + ".", row);
+    EXPECT_EQ(row, isRim ? std::string(kWidth, '.') : "." + row.substr(1, 7) + ".");
     if (!isRim) all += row.substr(1, 7) + " ";
   }
   return all;
@@ -47,10 +47,10 @@ TEST(LineRaster, ALineHasBothItsEndsAndNothingBeyondTheClip) {
       {{{-5, 2}, {2, -5}}, "....... ....... ....... "},
       {{{0, 3}, {3, 0}}, ".#..... #...... ....... "},
   };
-  for (const auto& row : kCases) EXPECT_EQ(row.picture, Drawn(row.points));
+  for (const auto& row : kCases) EXPECT_EQ(Drawn(row.points), row.picture);
 }
 
-TEST(LineRaster, NothingIsDrawnWhereThereIsNoPicture) {
+TEST(LineRaster, NothingIsDrawnWithoutAPicture) {
   const std::vector<CPoint> points = {{0, 0}, {3, 3}};
   RasterLines({nullptr, 0}, {}, points, 1);
 }

@@ -16,7 +16,7 @@ constexpr CControl kSecond[] = {{CControl::edit, "Second", {7, 7, 150, 14}},
 constexpr CDialogTemplate kFirstTemplate = {"One & only", {120, 30}, kFirst};
 constexpr CDialogTemplate kSecondTemplate = {"Two", {160, 100}, kSecond};
 
-// Keeps what it is asked in a log that the pages of a sheet share.
+// Records its calls in a log that the pages of a sheet share.
 class CTestPage : public CPropertyPage {
  public:
   CTestPage(const CDialogTemplate& model, std::vector<std::string>& log) : CPropertyPage(model), m_log(log) {}
@@ -46,7 +46,7 @@ class CTestSheet : public CPropertySheet {
 
 using Log = std::vector<std::string>;
 
-TEST(PropertySheet, AsksThePageInFrontThenAllOfThem) {
+TEST(PropertySheet, AsksTheActivePageThenAllPages) {
   CTestSheet sheet;
   const auto user = [&](QWidget* window) {
     auto* tabs = window->findChild<QTabWidget*>();
@@ -79,13 +79,13 @@ TEST(PropertySheet, AsksThePageInFrontThenAllOfThem) {
   EXPECT_EQ(sheet.Take(), (Log{"One & only leave", "One & only apply", "Two apply", "applied"}));
   EXPECT_EQ(sheet.first.Widget(), nullptr);
 
-  // A second run makes the pages anew; Escape on a page ends it, and no page is asked.
+  // A second run creates the pages again. Escape on a page ends it without a question to the pages.
   WhileModal([&] { EXPECT_EQ(sheet.DoModal(), IDCANCEL); },
              [&](QWidget* window) { QTest::keyClick(Find<QLineEdit>(window, "First"), Qt::Key_Escape); });
   EXPECT_EQ(sheet.Take(), (Log{"One & only init", "Two init"}));
 }
 
-TEST(PropertySheet, TheTabKeyGoesOverThePageToTheButtons) {
+TEST(PropertySheet, TheTabKeyVisitsThePageThenTheButtons) {
   CTestSheet sheet;
   const auto user = [&](QWidget* window) {
     EXPECT_TRUE(QTest::qWaitForWindowActive(window));
@@ -96,7 +96,7 @@ TEST(PropertySheet, TheTabKeyGoesOverThePageToTheButtons) {
                                    Find<QAbstractButton>(window, "Apply")};
     order[0]->setFocus();
     for (QWidget* each : order) {
-      EXPECT_EQ(each, window->focusWidget());
+      EXPECT_EQ(window->focusWidget(), each);
       QTest::keyClick(each, Qt::Key_Tab);
     }
     EXPECT_EQ(window->focusWidget()->parentWidget(), window->findChild<QTabWidget*>());
@@ -104,7 +104,7 @@ TEST(PropertySheet, TheTabKeyGoesOverThePageToTheButtons) {
   WhileModal([&] { sheet.DoModal(); }, user);
 }
 
-TEST(PropertySheet, HasRoomForItsLargestPage) {
+TEST(PropertySheet, FitsItsLargestPage) {
   CTestSheet sheet;
   WhileModal([&] { sheet.DoModal(); },
              [&](QWidget* window) {

@@ -7,7 +7,7 @@
 namespace vastra {
 namespace {
 
-TEST(Text, WhatIsNoUtf8IsShownAsLatin1) {
+TEST(Text, InvalidUtf8IsShownAsLatin1) {
   const struct {
     const char* bytes;
     const char16_t* shown;
@@ -21,7 +21,7 @@ TEST(Text, WhatIsNoUtf8IsShownAsLatin1) {
   EXPECT_EQ(FromScreen(QString::fromUtf16(u"\u00E4")), "\xC3\xA4");
 }
 
-TEST(Text, APlaceInLinesCountsALineEndOnceAndACharacterOnce) {
+TEST(Text, APlaceCountsEachLineEndAndEachCharacterOnce) {
   const struct {
     const char* text;
     int offset, place;

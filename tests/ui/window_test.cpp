@@ -14,7 +14,7 @@
 namespace vastra {
 namespace {
 
-// Keeps what happens to it.
+// Records its events.
 class CSpy : public CWnd {
  public:
   bool OnPaint(const CRect& dirty) override { return painted = dirty, ++paints, true; }
@@ -39,7 +39,7 @@ class CSpy : public CWnd {
 
 constexpr CRect kPlace{30, 40, 330, 240};
 
-TEST(Window, TellsItsEvents) {
+TEST(Window, CallsTheHandlersOfItsEvents) {
   CSpy window;
   ASSERT_EQ(window.CreateTopLevel("Title", kPlace, nullptr, CWnd::plain), 1);
   EXPECT_FALSE(window.IsWindowVisible());
@@ -55,13 +55,13 @@ TEST(Window, TellsItsEvents) {
   EXPECT_EQ(window.left, (CPoint{5, 6}));
   window.SetTimer(3, 0);
   QTest::qWait(20);
-  EXPECT_EQ(window.timers, std::vector<UINT>{3}) << "a timer that was killed goes on";
+  EXPECT_EQ(window.timers, std::vector<UINT>{3}) << "a killed timer continues";
   window.Widget()->close();
   EXPECT_EQ(window.closes, 1);
-  EXPECT_TRUE(window.IsWindowVisible()) << "the close box is the window's own business";
+  EXPECT_TRUE(window.IsWindowVisible()) << "OnClose alone decides";
 }
 
-TEST(Window, PaintsAtOnceWhatIsInvalidAndNothingElse) {
+TEST(Window, PaintsAtOnceTheInvalidAreaOnly) {
   CSpy window;
   window.CreateTopLevel("", kPlace, nullptr, CWnd::ownGround);
   window.ShowWindow(SW_SHOW);
@@ -71,7 +71,7 @@ TEST(Window, PaintsAtOnceWhatIsInvalidAndNothingElse) {
   window.UpdateWindow();
   EXPECT_EQ(window.paints, 0);
   window.Invalidate();
-  QApplication::processEvents();  // what this paints is valid
+  QApplication::processEvents();  // paints, so the window is valid
   window.paints = 0;
   window.InvalidateRect({10, 20, 30, 40});
   window.UpdateWindow();
@@ -79,7 +79,7 @@ TEST(Window, PaintsAtOnceWhatIsInvalidAndNothingElse) {
   EXPECT_EQ(window.painted, (CRect{10, 20, 30, 40}));
 }
 
-TEST(Window, KeepsItsNormalPlaceWhateverItsState) {
+TEST(Window, KeepsItsNormalPlaceInEveryState) {
   CSpy window;
   window.CreateTopLevel("", kPlace, nullptr, CWnd::plain);
   EXPECT_EQ(window.GetNormalPlace(), kPlace) << "never shown";
@@ -89,11 +89,11 @@ TEST(Window, KeepsItsNormalPlaceWhateverItsState) {
     EXPECT_EQ(window.GetNormalPlace(), kPlace) << command;
   }
   window.ShowWindow(SW_SHOWMAXIMIZED);
-  window.Widget()->setWindowState(Qt::WindowMinimized);  // all that some window managers tell then
+  window.Widget()->setWindowState(Qt::WindowMinimized);  // some window managers report no more
   EXPECT_EQ(window.GetNormalPlace(), kPlace);
 }
 
-TEST(Window, GoesOnceWhoeverTakesItAway) {
+TEST(Window, IsDestroyedOnce) {
   CSpy destroyed;
   destroyed.CreateTopLevel("", kPlace, nullptr, CWnd::plain);
   EXPECT_EQ(destroyed.DestroyWindow(), 1);
@@ -106,10 +106,10 @@ TEST(Window, GoesOnceWhoeverTakesItAway) {
   child.CreateTopLevel("", kPlace, &parent, CWnd::plain);
   delete parent.Widget();
   EXPECT_EQ(parent.gone, 1);
-  EXPECT_EQ(child.gone, 1) << "its parent took it along";
+  EXPECT_EQ(child.gone, 1) << "deleted with its parent";
 }
 
-TEST(Window, TakesAlongWhatIsOpenOverIt) {
+TEST(Window, ClosesTheDialogsOverItWhenItIsDestroyed) {
   const CWindows real;
   CString path;
   COLORREF colour = 0;
@@ -132,7 +132,7 @@ TEST(Window, TakesAlongWhatIsOpenOverIt) {
   }
 }
 
-TEST(Window, TakesMessagesInOrderFromAnyThread) {
+TEST(Window, ReceivesMessagesInOrderFromAnyThread) {
   CSpy window;
   window.CreateTopLevel("", kPlace, nullptr, CWnd::plain);
   std::thread([&] {
@@ -144,10 +144,10 @@ TEST(Window, TakesMessagesInOrderFromAnyThread) {
   PostMessage(window.GetSafeHwnd(), 8, 0, 0);
   window.DestroyWindow();
   QCoreApplication::processEvents();
-  EXPECT_EQ(window.messages.size(), 3u) << "a window that is gone takes no message";
+  EXPECT_EQ(window.messages.size(), 3u) << "a destroyed window receives no message";
 }
 
-TEST(Window, ScrollsByWhatItsBarIsAskedFor) {
+TEST(Window, PassesOnTheActionsOfItsScrollBar) {
   CSpy window;
   window.CreateTopLevel("", kPlace, nullptr, CWnd::verticalScrollBar);
   window.ShowWindow(SW_SHOW);
@@ -164,7 +164,7 @@ TEST(Window, ScrollsByWhatItsBarIsAskedFor) {
   EXPECT_EQ(codes, (std::vector<int>{SB_LINEUP, SB_PAGEDOWN, SB_TOP}));
 }
 
-TEST(Window, APopupMenuGivesTheItemOrNone) {
+TEST(Window, APopupMenuReturnsTheItemOrNone) {
   CSpy window;
   window.CreateTopLevel("", kPlace, nullptr, CWnd::plain);
   window.ShowWindow(SW_SHOW);

@@ -1,10 +1,9 @@
-// The two live views over real stages: an input of three variables a, b, c and the trending stage behind it.
+// The two live views on real stages: an input of three variables a, b, c, then the trending stage.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <QFrame>
-#include <QPaintEvent>
 #include <QTableView>
 
 #include "tests/support/files.h"
@@ -18,24 +17,6 @@
 
 namespace vastra {
 
-// Counts how often a widget paints any of part; by default, anything.
-class CPaints : public QObject {
- public:
-  explicit CPaints(QWidget* widget, QRect part = QRect(0, 0, 9999, 9999)) : m_part(part) {
-    widget->installEventFilter(this);
-  }
-  bool eventFilter(QObject*, QEvent* event) override {
-    m_count +=
-        event->type() == QEvent::Paint && static_cast<QPaintEvent*>(event)->region().intersects(m_part);
-    return false;
-  }
-  int Take() { return std::exchange(m_count, 0); }
-
- private:
-  QRect m_part;
-  int m_count = 0;
-};
-
 class LiveViews : public testing::Test {
  protected:
   LiveViews() {
@@ -45,9 +26,9 @@ class LiveViews : public testing::Test {
     node->m_driver.variableCount = 3;
     node->m_varNames = Names({"a", "b", "c"});
     m_input.GetOptions()->m_plcNodes.AddTail(node);
-    EXPECT_EQ(1, m_input.Open());
+    EXPECT_EQ(m_input.Open(), 1);
     m_trendings.GetOptions()->m_baseVars = node->m_varNames;
-    EXPECT_EQ(1, m_trendings.Open(node->m_varNames));
+    EXPECT_EQ(m_trendings.Open(node->m_varNames), 1);
   }
   ~LiveViews() override {
     if (m_trend) m_trend->DestroyWindow();
@@ -59,7 +40,7 @@ class LiveViews : public testing::Test {
     m_trend->SetInputPointers(&m_input, &m_trendings, &m_trend);
     m_trend->SetGridPointer(&m_grid);
     m_trend->SetTimeScan(1000);
-    EXPECT_EQ(1, m_trend->Create());
+    EXPECT_EQ(m_trend->Create(), 1);
     m_trend->ShowWindow(SW_SHOW);
     return m_trend->Widget();
   }
@@ -67,7 +48,7 @@ class LiveViews : public testing::Test {
     m_grid = new CVarScanDlg;
     m_grid->SetInputPointers(&m_input, &m_trendings, &m_grid);
     m_grid->SetTrendPointer(&m_trend);
-    EXPECT_EQ(1, m_grid->Create());
+    EXPECT_EQ(m_grid->Create(), 1);
     m_grid->ShowWindow(SW_SHOW);
     return m_grid->Widget();
   }
@@ -75,16 +56,16 @@ class LiveViews : public testing::Test {
   void Write(std::initializer_list<float> values) {
     CLogSample sample;
     for (const float value : values) sample.m_values.Add(value);
-    EXPECT_EQ(1, m_trendings.Write(sample));
+    EXPECT_EQ(m_trendings.Write(sample), 1);
   }
-  // A new sample, shown by what is open.
+  // Writes a sample and refreshes the open views.
   void Scan(std::initializer_list<float> values) {
     Write(values);
     if (m_trend) m_trend->Refresh();
     if (m_grid) m_grid->Refresh();
   }
 
-  // The user chooses names, in order, and nothing else.
+  // The user chooses exactly names, in this order.
   static void Choose(QWidget* window, std::initializer_list<const char*> names) {
     WhileModal([&] { Click(window, "Edit"); },
                [&](QWidget* dialog) {
@@ -96,7 +77,8 @@ class LiveViews : public testing::Test {
                  }
                  Click(dialog, "OK");
                });
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);  // the dialog has a "Cancel" too
+    QCoreApplication::sendPostedEvents(nullptr,
+                                       QEvent::DeferredDelete);  // its "Cancel" must not be found later
   }
   void Load(QWidget* window, const CString& path) {
     m_chooser.path = path;

@@ -1,4 +1,6 @@
-// The files of a selection, byte by byte, cut everywhere, and on a full disk.
+// The files of a selection: every byte, cut at every place, and on a full disk.
+#include "vastra/views/selection_file.h"
+
 #include <gtest/gtest.h>
 
 #include <map>
@@ -7,7 +9,6 @@
 #include "tests/support/files.h"
 #include "tests/support/hex.h"
 #include "tests/support/names.h"
-#include "vastra/views/selection_file.h"
 
 namespace vastra {
 namespace {
@@ -17,101 +18,86 @@ using enum ESelectionFile;
 const std::string kTrend = ExampleBytes("## Selections", "## The configuration file");
 const std::string kTrendHead = kTrend.substr(0, 4), kGridHead = Bytes("583d420d");
 const std::string kGrid = kGridHead + Bytes("03000000 0161 00 026262");
-
-CTrendSelection TwoCurves() { return {{{"a", -10, 0.5, 0x5A5AFA}, {"bb", 0, 1000, 0xA00000}}, 1}; }
-
-std::string Names(const CStringArray& names) {
-  std::string all;
-  for (const CString& name : names) all += name.Std() + "|";
-  return all;
-}
-std::string Names(const CTrendSelection& selection) {
-  std::string all;
-  for (const CCurveRecord& curve : selection.curves) all += curve.name.Std() + "|";
-  return all;
-}
+const CTrendSelection kTwoCurves = {{{"a", -10, 0.5, 0x5A5AFA}, {"bb", 0, 1000, 0xA00000}}, 1};
 
 class SelectionFile : public testing::Test {
  protected:
-  // The names after reading bytes into a selection of the name "old".
-  std::string ReadTrend(const std::string& bytes, ESelectionFile result) {
+  // The result and the names after reading bytes into a selection of the name "old".
+  std::string ReadTrend(const std::string& bytes) {
     CTrendSelection selection = {{{"old", 1, 2, 3}}, 0};
     WriteBytes(m_path, bytes);
-    EXPECT_EQ(result, ReadSelection(m_path, selection)) << bytes.size();
-    return Names(selection);
+    std::string all = kResults.at(ReadSelection(m_path, selection));
+    for (const CCurveRecord& curve : selection.curves) all += curve.name.Std() + "|";
+    return all;
   }
-  std::string ReadGrid(const std::string& bytes, ESelectionFile result) {
-    CStringArray names = vastra::Names({"old"});
+  std::string ReadGrid(const std::string& bytes) {
+    CStringArray names = Names({"old"});
     WriteBytes(m_path, bytes);
-    EXPECT_EQ(result, ReadSelection(m_path, names)) << bytes.size();
-    return Names(names);
+    std::string all = kResults.at(ReadSelection(m_path, names));
+    for (const CString& name : names) all += name.Std() + "|";
+    return all;
   }
 
+  const std::map<ESelectionFile, const char*> kResults = {
+      {good, ""}, {noCount, "no count "}, {endsInside, "cut "}, {otherKind, "other "}};
   CTempDir m_dir;
   const CString m_path = m_dir / "x";
 };
 
 TEST_F(SelectionFile, EveryByteHasItsPlace) {
-  ASSERT_EQ(good, WriteSelection(m_path, TwoCurves()));
-  EXPECT_EQ(kTrend, ReadBytes(m_path));
+  ASSERT_EQ(WriteSelection(m_path, kTwoCurves), good);
+  EXPECT_EQ(ReadBytes(m_path), kTrend);
   CTrendSelection selection;
-  ASSERT_EQ(good, ReadSelection(m_path, selection));
-  EXPECT_EQ(TwoCurves().curves, selection.curves);
-  EXPECT_EQ(1U, selection.scaleIndex);
+  ASSERT_EQ(ReadSelection(m_path, selection), good);
+  EXPECT_EQ(selection.curves, kTwoCurves.curves);
+  EXPECT_EQ(selection.scaleIndex, 1U);
 
-  const CString name(std::string(300, 'n'));
-  CStringArray names;
-  names.Add(name);
-  ASSERT_EQ(good, WriteSelection(m_path, names));
-  EXPECT_EQ(kGridHead + Bytes("01000000 ff2c01") + name.Std(), ReadBytes(m_path));
-  EXPECT_EQ(kGrid, (WriteSelection(m_path, vastra::Names({"a", "", "bb"})), ReadBytes(m_path)));
+  const std::string name(300, 'n');
+  ASSERT_EQ(WriteSelection(m_path, Names({name.c_str()})), good);
+  EXPECT_EQ(ReadBytes(m_path), kGridHead + Bytes("01000000 ff2c01") + name);
+  ASSERT_EQ(WriteSelection(m_path, Names({"a", "", "bb"})), good);
+  EXPECT_EQ(ReadBytes(m_path), kGrid);
 }
 
-TEST_F(SelectionFile, AFileCutAnywhereGivesTheWholeNamesAheadOfTheCut) {
-  const auto after = [](std::size_t cut, std::map<std::size_t, const char*> names) {
-    return std::string(std::prev(names.upper_bound(cut))->second);  // by where they begin to be whole
-  };
+TEST_F(SelectionFile, AFileThatIsCutKeepsTheWholeNames) {
+  using CNames = std::map<std::size_t, const char*>;  // by the size from which they are read
+  const CNames trend = {{0, "no count old|"}, {8, "cut "}, {30, "cut a|"}, {53, "cut a|bb|"}};
+  const CNames grid = {{0, "no count old|"}, {8, "cut "}, {10, "cut a|"}, {11, "cut a||"}};
   for (std::size_t cut = 0; cut < kTrend.size(); ++cut)
-    EXPECT_EQ(after(cut, {{0, "old|"}, {8, ""}, {30, "a|"}, {53, "a|bb|"}}),
-              ReadTrend(kTrend.substr(0, cut), cut < 8 ? noCount : endsInside));
+    EXPECT_EQ(ReadTrend(kTrend.substr(0, cut)), std::prev(trend.upper_bound(cut))->second) << cut;
   for (std::size_t cut = 0; cut < kGrid.size(); ++cut)
-    EXPECT_EQ(after(cut, {{0, "old|"}, {8, ""}, {10, "a|"}, {11, "a||"}}),
-              ReadGrid(kGrid.substr(0, cut), cut < 8 ? noCount : endsInside));
-  EXPECT_EQ("a|bb|", ReadTrend(kTrend + "more", good));
+    EXPECT_EQ(ReadGrid(kGrid.substr(0, cut)), std::prev(grid.upper_bound(cut))->second) << cut;
+  EXPECT_EQ(ReadTrend(kTrend + "more"), "a|bb|");
 }
 
-TEST_F(SelectionFile, NumbersThatCannotBeAreNotFollowed) {
+TEST_F(SelectionFile, ImpossibleNumbersAreRefused) {
   const struct {
-    const char* bytes;  // behind the magic
-    ESelectionFile result;
-    const char* names;
+    const char *bytes, *read;  // the bytes after the magic
   } kCases[] = {
-      {"ffffffff 0161", noCount, "old|"},              // a count below 0
-      {"00000080 0161", noCount, "old|"},              // the lowest
-      {"ffffff7f 0161", endsInside, "a|"},             // a huge one
-      {"01000000 ffffffffffff7f 61", endsInside, ""},  // a name of 2 GB
-      {"00000000", good, ""},
+      {"ffffffff 0161", "no count old|"},      // a count below 0
+      {"00000080 0161", "no count old|"},      // the lowest
+      {"ffffff7f 0161", "cut a|"},             // a huge count
+      {"01000000 ffffffffffff7f 61", "cut "},  // a name of 2 GB
+      {"00000000", ""},
   };
-  for (const auto& row : kCases) EXPECT_EQ(row.names, ReadGrid(kGridHead + Bytes(row.bytes), row.result));
-  EXPECT_EQ("old|", ReadTrend(kTrendHead + Bytes("feffffff 0161"), noCount));
-  EXPECT_EQ("", ReadTrend(kTrendHead + Bytes("ffffff7f 0161"), endsInside));
-  EXPECT_EQ("old|", ReadTrend(kGrid, otherKind));
-  EXPECT_EQ("old|", ReadGrid(kTrend, otherKind));
+  for (const auto& row : kCases) EXPECT_EQ(ReadGrid(kGridHead + Bytes(row.bytes)), row.read);
+  EXPECT_EQ(ReadTrend(kTrendHead + Bytes("feffffff 0161")), "no count old|");
+  EXPECT_EQ(ReadTrend(kTrendHead + Bytes("ffffff7f 0161")), "cut ");
+  EXPECT_EQ(ReadTrend(kGrid), "other old|");
+  EXPECT_EQ(ReadGrid(kTrend), "other old|");
   CStringArray names;
-  EXPECT_EQ(cannotOpen, ReadSelection(m_dir / "none", names));
-  EXPECT_EQ(noCount, ReadSelection(m_dir.Path(), names)) << "a directory";
+  EXPECT_EQ(ReadSelection(m_dir / "none", names), cannotOpen);
+  EXPECT_EQ(ReadSelection(m_dir.Path(), names), noCount) << "a directory";
 }
 
-TEST_F(SelectionFile, AFailedSaveLosesNothing) {
+TEST_F(SelectionFile, AFailedSaveKeepsTheFormerFile) {
   WriteBytes(m_path, "former");
   for (std::size_t size = 0; size < kTrend.size(); ++size) {
     const CFileSizeLimit limit(size);
-    EXPECT_EQ(cannotWrite, WriteSelection(m_path, TwoCurves()));
-    EXPECT_EQ("former", ReadBytes(m_path));
+    EXPECT_EQ(WriteSelection(m_path, kTwoCurves), cannotWrite);
+    EXPECT_EQ(ReadBytes(m_path), "former");
   }
-  EXPECT_EQ(cannotCreate, WriteSelection(m_dir / "none/x", CStringArray()));
-  EXPECT_EQ(good, WriteSelection(m_path, TwoCurves()));
-  EXPECT_EQ(kTrend, ReadBytes(m_path));
+  EXPECT_EQ(WriteSelection(m_dir / "none/x", CStringArray()), cannotCreate);
 }
 
 }  // namespace

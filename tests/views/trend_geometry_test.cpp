@@ -32,14 +32,14 @@ std::string Text(const CTrendLayout& layout) {
 
 TEST(TrendGeometry, EveryControlHasItsPlaceAtEverySize) {
   EXPECT_EQ(
+      Text(LayOutTrend({640, 480}, {-4, -23, 644, 484})),
       "517,16 106x320|517,339 49x25|574,339 49x25|517,374 106x25|517,409 49x25|574,409 49x25|517,443 106x25|"
-      "17,16 427x400|448,16 55x400|17,419 427x53|",
-      Text(LayOutTrend({640, 480}, {-4, -23, 644, 484})));
+      "17,16 427x400|448,16 55x400|17,419 427x53|");
   EXPECT_EQ(
+      Text(LayOutTrend({1000, 700}, {0, 0, 1000, 700})),
       "847,46 120x466|847,517 55x25|912,517 55x25|847,568 120x25|847,619 55x25|912,619 55x25|847,667 120x25|"
-      "33,46 705x583|744,46 93x583|33,634 705x77|",
-      Text(LayOutTrend({1000, 700}, {0, 0, 1000, 700})));
-  EXPECT_EQ(0, LayOutTrend({400, 300}, {0, -60, 400, 300}).plot.top) << "a high caption";
+      "33,46 705x583|744,46 93x583|33,634 705x77|");
+  EXPECT_EQ(LayOutTrend({400, 300}, {0, -60, 400, 300}).plot.top, 0) << "a high caption";
 }
 
 TEST(TrendGeometry, AStartScaleReachesFromNoughtToTheNextRoundNumber) {
@@ -53,8 +53,8 @@ TEST(TrendGeometry, AStartScaleReachesFromNoughtToTheNextRoundNumber) {
   };
   for (const auto& row : kCases) {
     const CScale scale = StartScale(row.value);
-    EXPECT_EQ(row.minimum, scale.minimum) << row.value;
-    EXPECT_EQ(row.maximum, scale.maximum) << row.value;
+    EXPECT_EQ(scale.minimum, row.minimum) << row.value;
+    EXPECT_EQ(scale.maximum, row.maximum) << row.value;
   }
   constexpr float kMost = std::numeric_limits<float>::max();
   EXPECT_LT(double{kMost}, StartScale(kMost).maximum);
@@ -93,59 +93,59 @@ TEST(TrendGeometry, ACurveRunsLeftFromItsNewestPoint) {
       {{kNaN, 50, kNaN, 0, 0}, {0, 100}, "960,200 950,200 |"},
       {{3e38F, -3e38F, kInf, -kInf}, {0, 1e-30}, "990,-1048576 980,1048576 970,-1048576 960,1048576 |"},
   };
-  for (const auto& row : kCases) EXPECT_EQ(row.runs, Runs(row.values, row.scale));
+  for (const auto& row : kCases) EXPECT_EQ(Runs(row.values, row.scale), row.runs);
 }
 
 TEST(TrendGeometry, TheTimeAxisRunsFromRightToLeft) {
   const CRect area = CRect::Of({12, 300}, {427, 53});
   const CHorizBands bands = HorizBandsOf(area);
-  EXPECT_EQ((CRect{12, 300, 439, 311}), bands.ticks);
-  EXPECT_EQ((CRect{12, 310, 439, 335}), bands.numbers);
-  EXPECT_EQ((CRect{12, 334, 439, 353}), bands.unit);
-  EXPECT_EQ(54, HorizTick(bands.ticks, 10, 1));
-  EXPECT_EQ(396, HorizTick(bands.ticks, 10, 9));
-  EXPECT_EQ((CPoint{432, 310}), HorizNumber(bands.numbers, 10, 0));
-  EXPECT_EQ((CPoint{5, 310}), HorizNumber(bands.numbers, 10, 10));
+  EXPECT_EQ(bands.ticks, (CRect{12, 300, 439, 311}));
+  EXPECT_EQ(bands.numbers, (CRect{12, 310, 439, 335}));
+  EXPECT_EQ(bands.unit, (CRect{12, 334, 439, 353}));
+  EXPECT_EQ(HorizTick(bands.ticks, 10, 1), 54);
+  EXPECT_EQ(HorizTick(bands.ticks, 10, 9), 396);
+  EXPECT_EQ(HorizNumber(bands.numbers, 10, 0), (CPoint{432, 310}));
+  EXPECT_EQ(HorizNumber(bands.numbers, 10, 10), (CPoint{5, 310}));
   const struct {
     UINT timeScan, i;
     const char* text;
   } kTexts[] = {{100, 0, "0"},  {100, 10, "10"}, {1000, 10, "100"}, {30, 3, "0.9"},
                 {10, 3, "0.3"}, {33, 1, "0.33"}, {0, 10, "0"},      {4294967295U, 10, "4.294967e+08"}};
-  for (const auto& row : kTexts) EXPECT_EQ(row.text, HorizText(row.timeScan, 100, 10, row.i).Std());
+  for (const auto& row : kTexts) EXPECT_EQ(HorizText(row.timeScan, 100, 10, row.i).Std(), row.text);
 }
 
 TEST(TrendGeometry, TheValueAxisRunsFromTheBottomUp) {
   const CVertBands bands = VertBandsOf(CRect::Of({440, 16}, {55, 400}));
-  EXPECT_EQ((CRect{440, 16, 451, 416}), bands.ticks);
-  EXPECT_EQ((CRect{451, 16, 495, 416}), bands.numbers);
-  EXPECT_EQ(376, VertTick(bands.ticks, 10, 1));
-  EXPECT_EQ((CRect{451, 403, 495, 431}), VertNumber(bands.numbers, 10, 0));
-  EXPECT_EQ((CRect{451, 3, 495, 31}), VertNumber(bands.numbers, 10, 10));
+  EXPECT_EQ(bands.ticks, (CRect{440, 16, 451, 416}));
+  EXPECT_EQ(bands.numbers, (CRect{451, 16, 495, 416}));
+  EXPECT_EQ(VertTick(bands.ticks, 10, 1), 376);
+  EXPECT_EQ(VertNumber(bands.numbers, 10, 0), (CRect{451, 403, 495, 431}));
+  EXPECT_EQ(VertNumber(bands.numbers, 10, 10), (CRect{451, 3, 495, 31}));
   const struct {
     CScale scale;
     UINT i;
     const char* text;
   } kTexts[] = {{{0, 0}, 0, "0"},     {{0, 0}, 10, "0"},   {{0, 1}, 3, "0.3"},
                 {{-40, 0}, 1, "-36"}, {{-40, 0}, 10, "0"}, {{0, 1e9}, 10, "1e+09"}};
-  for (const auto& row : kTexts) EXPECT_EQ(row.text, VertText(row.scale, 10, row.i).Std());
+  for (const auto& row : kTexts) EXPECT_EQ(VertText(row.scale, 10, row.i).Std(), row.text);
 }
 
 TEST(TrendGeometry, AClickOnTheLegendFindsTheItemBesideIt) {
   const CRect frame = CRect::Of({517, 16}, {106, 327});  // rows of 16
-  EXPECT_EQ((CPoint{517, 24}), LegendItem(frame, 20, 0));
-  EXPECT_EQ((CPoint{517, 72}), LegendItem(frame, 20, 3));
+  EXPECT_EQ(LegendItem(frame, 20, 0), (CPoint{517, 24}));
+  EXPECT_EQ(LegendItem(frame, 20, 3), (CPoint{517, 72}));
   const struct {
     CPoint point;
     int item;  // of three
   } kCases[] = {{{520, 16}, 0},  {{520, 24}, 0},   {{520, 39}, 0},  {{520, 40}, 1},  {{622, 71}, 2},
                 {{520, 72}, -1}, {{520, 342}, -1}, {{516, 30}, -1}, {{623, 30}, -1}, {{520, 15}, -1}};
   for (const auto& row : kCases)
-    EXPECT_EQ(row.item, LegendItemOnPoint(frame, 20, 3, row.point)) << row.point.y;
-  EXPECT_EQ(-1, LegendItemOnPoint(frame, 0, 3, {520, 30}));
-  EXPECT_EQ(-1, LegendItemOnPoint(CRect::Of({0, 0}, {9, 9}), 20, 3, {5, 5}));
-  EXPECT_EQ((CRect{5, 4, 20, 16}), ItemPartsOf({76, 16}).square);
-  EXPECT_EQ((CRect{5, 2, 20, 4}), ItemPartsOf({76, 2}).square);
-  EXPECT_EQ((CRect{25, 4, 71, 16}), ItemPartsOf({76, 16}).text);
+    EXPECT_EQ(LegendItemOnPoint(frame, 20, 3, row.point), row.item) << row.point.y;
+  EXPECT_EQ(LegendItemOnPoint(frame, 0, 3, {520, 30}), -1);
+  EXPECT_EQ(LegendItemOnPoint(CRect::Of({0, 0}, {9, 9}), 20, 3, {5, 5}), -1);
+  EXPECT_EQ(ItemPartsOf({76, 16}).square, (CRect{5, 4, 20, 16}));
+  EXPECT_EQ(ItemPartsOf({76, 2}).square, (CRect{5, 2, 20, 4}));
+  EXPECT_EQ(ItemPartsOf({76, 16}).text, (CRect{25, 4, 71, 16}));
 }
 
 TEST(SimpleColor, FourteenColoursThenTheFirstAgain) {
@@ -153,7 +153,7 @@ TEST(SimpleColor, FourteenColoursThenTheFirstAgain) {
   for (const COLORREF colour :
        {0xFA5A5A, 0x5AFA5A, 0xFAFA5A, 0x5A5AFA, 0xFA5AFA, 0x5AFAFA, 0xA00000, 0x00A000, 0xA0A000, 0x0000A0,
         0xA000A0, 0x00A0A0, 0xA0A0A0, 0x5A5A5A, 0xFA5A5A})
-    EXPECT_EQ(colour, CSimpleColor::GetNextColor(position));
+    EXPECT_EQ(CSimpleColor::GetNextColor(position), colour);
 }
 
 TEST(NumberText, OnlyAWholeFiniteNumberIsOne) {
@@ -165,9 +165,9 @@ TEST(NumberText, OnlyAWholeFiniteNumberIsOne) {
                 {"inf", NAN}, {"nan", NAN},      {"+-5", NAN},   {"+", NAN},   {"5x", NAN}};
   for (const auto& row : kCases) {
     double value = NAN;
-    EXPECT_EQ(!std::isnan(row.value), ParseNumber(row.text, value)) << row.text;
+    EXPECT_EQ(ParseNumber(row.text, value), !std::isnan(row.value)) << row.text;
     if (!std::isnan(row.value)) {
-      EXPECT_EQ(row.value, value);
+      EXPECT_EQ(value, row.value);
     }
   }
 }

@@ -1,5 +1,4 @@
-// The trend window over real stages: what it plots, and what a selection, a file or a change of the variables
-// makes of its curves.
+// The trend window on real stages: its plot, and its curves after a selection, a file or other variables.
 #include <QLineEdit>
 
 #include "tests/views/live_views.h"
@@ -31,7 +30,7 @@ class TrendWindow : public LiveViews {
   QRect Frame(const char* name) const { return Find<QFrame>(m_window, name)->geometry(); }
   QSize PlotSize() const { return Frame("Trends").size(); }
 
-  // The part of the plot's picture that has colour, in coordinates of the picture.
+  // The smallest rectangle around the pixels of colour, in coordinates of the plot.
   QRect Coloured(COLORREF colour) const {
     const QRect picture = Frame("Trends").adjusted(2, 2, -2, -2);
     const QImage shown = Grab(*m_trend).copy(picture);
@@ -42,13 +41,13 @@ class TrendWindow : public LiveViews {
     return found;
   }
 
-  // What Save writes: "name minimum..maximum colour|" for each curve, and the one on the scale.
+  // The contents of Save: "name minimum..maximum colour|" of each curve, then the index of the selected one.
   std::string Curves() {
     CTrendSelection selection;
     const CString path = std::exchange(m_chooser.path, m_dir / "curves");
     Click(m_window, "Save");
     m_chooser.path = path;
-    EXPECT_EQ(ESelectionFile::good, ReadSelection(m_dir / "curves", selection));
+    EXPECT_EQ(ReadSelection(m_dir / "curves", selection), ESelectionFile::good);
     std::string all;
     for (const auto& [name, minimum, maximum, colour] : selection.curves) {
       CString text;
@@ -63,13 +62,13 @@ class TrendWindow : public LiveViews {
     const CPoint item = LegendItem(frame, 20, static_cast<UINT>(i));
     return {item.x + 40, item.y + 5};
   }
-  // The user opens the menu of item and takes the entry.
+  // The user opens the menu of item and chooses entry.
   void TakeFromMenu(int item, int entry) {
     Grab(*m_trend);
     TakeEntry(entry);
     QTest::mousePress(m_window, Qt::RightButton, {}, Item(item));
   }
-  // What the user takes from the menu that comes up next.
+  // The user chooses entry from the next menu.
   static void TakeEntry(int entry) {
     QTimer::singleShot(0, [entry] {
       QWidget* menu = QApplication::activePopupWidget();
@@ -77,7 +76,7 @@ class TrendWindow : public LiveViews {
       QTest::keyClick(menu, Qt::Key_Return);
     });
   }
-  // The user types into the scale dialog, which comes up in open.
+  // The user types into the scale dialog that open opens.
   static void TypeScale(const std::function<void()>& open, const char* minimum, const char* maximum) {
     WhileModal(open, [=](QWidget* dialog) {
       Find<QLineEdit>(dialog, "Minimum value:")->setText(minimum);
@@ -100,99 +99,96 @@ TEST_F(TrendWindow, ACurveGrowsFromTheRightEdgeToTheLeft) {
   int points = 0;
   for (const auto& [wanted, left] : kSteps) {
     for (; points < wanted; ++points) m_trend->Refresh();
-    EXPECT_EQ(left < 0 ? QRect() : QRect(QPoint(left, y), QPoint(width - 5, y)), Coloured(kFirst)) << points;
+    EXPECT_EQ(Coloured(kFirst), left < 0 ? QRect() : QRect(QPoint(left, y), QPoint(width - 5, y))) << points;
   }
   m_trend->RefreshTimeScan(500);
-  EXPECT_EQ(QRect(), Coloured(kFirst));
-  EXPECT_EQ("a 0..100 FA5A5A|0", Curves());
+  EXPECT_EQ(Coloured(kFirst), QRect());
+  EXPECT_EQ(Curves(), "a 0..100 FA5A5A|0");
 }
 
-TEST_F(TrendWindow, RefreshPaintsThePlotAtOnceAndFrozenItGoesOnCollecting) {
+TEST_F(TrendWindow, RefreshPaintsThePlotAtOnceAndAFrozenPlotCollectsPoints) {
   Write({1, 0, 0});
   Choose(m_window, {"a"});
   QApplication::processEvents();
   CPaints paints(m_window, Frame("Trends"));
   Scan({1, 0, 0});
-  EXPECT_EQ(1, paints.Take());
+  EXPECT_EQ(paints.Take(), 1);
   EXPECT_FALSE(Coloured(kFirst).isNull()) << "choosing has refreshed it";
   paints.Take();
   Click(m_window, "Freeze");
   for (int i = 0; i < 100; ++i) Scan({1, 0, 0});
-  EXPECT_EQ(0, paints.Take());
+  EXPECT_EQ(paints.Take(), 0);
   Click(m_window, "Unfreeze");
-  EXPECT_EQ(1, paints.Take());
-  EXPECT_EQ(0, Coloured(kFirst).left());
+  EXPECT_EQ(paints.Take(), 1);
+  EXPECT_EQ(Coloured(kFirst).left(), 0);
 }
 
-TEST_F(TrendWindow, ANewSelectionKeepsScalesByNameAndBeginsColoursAnew) {
+TEST_F(TrendWindow, ANewSelectionKeepsScalesByNameAndColoursRestart) {
   Write({37.2F, -3.5F, 0});
   Choose(m_window, {"a", "b", "c"});
-  EXPECT_EQ("a 0..40 FA5A5A|b -4..0 5AFA5A|c 0..0 FAFA5A|0", Curves());
+  EXPECT_EQ(Curves(), "a 0..40 FA5A5A|b -4..0 5AFA5A|c 0..0 FAFA5A|0");
   m_chooser.colour = 0x123456;
   TakeFromMenu(1, 2);
-  EXPECT_EQ("a 0..40 FA5A5A|b -4..0 123456|c 0..0 FAFA5A|0", Curves());
+  EXPECT_EQ(Curves(), "a 0..40 FA5A5A|b -4..0 123456|c 0..0 FAFA5A|0");
   m_chooser.accepts = false;
   m_chooser.colour = 0;
   TakeFromMenu(1, 2);
   Write({99, 99, 99});
   Choose(m_window, {"c", "b"});
-  EXPECT_EQ("c 0..0 FA5A5A|b -4..0 5AFA5A|0", Curves());
+  EXPECT_EQ(Curves(), "c 0..0 FA5A5A|b -4..0 5AFA5A|0");
   Choose(m_window, {});
-  EXPECT_EQ("0", Curves());
+  EXPECT_EQ(Curves(), "0");
   m_trendings.Close();
   Choose(m_window, {"a"});
-  EXPECT_EQ("a 0..10000 FA5A5A|0", Curves()) << "nothing to measure it by";
+  EXPECT_EQ(Curves(), "a 0..10000 FA5A5A|0") << "nothing to measure it by";
 }
 
 TEST_F(TrendWindow, TheLegendSelectsAndScalesACurve) {
   Choose(m_window, {"a", "b", "c"});
   Grab(*m_trend);
   QTest::mouseClick(m_window, Qt::LeftButton, {}, Item(2));
-  EXPECT_EQ('2', Curves().back());
+  EXPECT_EQ(Curves().back(), '2');
   QTest::mouseClick(m_window, Qt::LeftButton, {}, Item(3));
-  EXPECT_EQ('2', Curves().back());
+  EXPECT_EQ(Curves().back(), '2');
   TakeFromMenu(1, 0);
-  EXPECT_EQ('1', Curves().back());
+  EXPECT_EQ(Curves().back(), '1');
 
   TypeScale([&] { QTest::mouseDClick(m_window, Qt::LeftButton, {}, Item(0)); }, "-1", "1");
   TypeScale([&] { QTest::mouseDClick(m_window, Qt::LeftButton, {}, Frame("Vertical scale").center()); }, "2",
             "3");
-  EXPECT_EQ("a -1..1 FA5A5A|b 2..3 5AFA5A|c 0..10000 FAFA5A|1", Curves());
+  EXPECT_EQ(Curves(), "a -1..1 FA5A5A|b 2..3 5AFA5A|c 0..10000 FAFA5A|1");
   TypeScale([&] { TakeFromMenu(2, 1); }, "5", "5");
-  EXPECT_EQ(CBoxes({"Message|Maximum value must be greater than minimum value.|30"}), m_prompter.Take());
+  EXPECT_EQ(m_prompter.Take(), CBoxes({"Message|Maximum value must be greater than minimum value.|30"}));
   TypeScale([&] { TakeFromMenu(2, 1); }, "x", "5");
-  EXPECT_EQ(CBoxes({"|Please enter a number.|30"}), m_prompter.Take());
-  EXPECT_EQ("a -1..1 FA5A5A|b 2..3 5AFA5A|c 0..10000 FAFA5A|1", Curves());
+  EXPECT_EQ(m_prompter.Take(), CBoxes({"|Please enter a number.|30"}));
+  EXPECT_EQ(Curves(), "a -1..1 FA5A5A|b 2..3 5AFA5A|c 0..10000 FAFA5A|1");
 }
 
 TEST_F(TrendWindow, TheKeyboardReachesEveryCurve) {
   Choose(m_window, {"a", "b", "c"});
   QWidget* focus = Find<QAbstractButton>(m_window, "Freeze");
-  const struct {
-    Qt::Key key;
-    char selected;
-  } kSteps[] = {
-      {Qt::Key_PageDown, '1'}, {Qt::Key_PageDown, '2'}, {Qt::Key_PageDown, '2'}, {Qt::Key_PageUp, '1'}};
-  for (const auto& [key, selected] : kSteps) {
+  std::string selected;
+  for (const Qt::Key key : {Qt::Key_PageDown, Qt::Key_PageDown, Qt::Key_PageDown, Qt::Key_PageUp}) {
     QTest::keyClick(focus, key);
-    EXPECT_EQ(selected, Curves().back());
+    selected += Curves().back();
   }
+  EXPECT_EQ(selected, "1221");
   m_chooser.colour = 0x123456;
   TakeEntry(2);
   QTest::keyClick(focus, Qt::Key_Menu);
-  EXPECT_EQ("a 0..10000 FA5A5A|b 0..10000 123456|c 0..10000 FAFA5A|1", Curves());
+  EXPECT_EQ(Curves(), "a 0..10000 FA5A5A|b 0..10000 123456|c 0..10000 FAFA5A|1");
 }
 
-TEST_F(TrendWindow, TheScalesShowTheTimeAndTheCurveThatIsSelected) {
+TEST_F(TrendWindow, TheScalesShowTheTimeAndTheSelectedCurve) {
   Choose(m_window, {"a", "b"});
   Grab(*m_trend);
   QTest::mouseClick(m_window, Qt::LeftButton, {}, Item(1));
   const QImage shown = Grab(*m_trend);
   const CRect values = m_trend->Place("Vertical scale").GetPlace();
-  EXPECT_EQ(kSecond, PixelOf(shown, values.left + 3, values.top + 5));
+  EXPECT_EQ(PixelOf(shown, values.left + 3, values.top + 5), kSecond);
   const CHorizBands time = HorizBandsOf(m_trend->Place("Horizontal scale").GetPlace());
   for (UINT i = 0; i < 10; ++i)
-    EXPECT_EQ(RGB(255, 0, 0), PixelOf(shown, HorizTick(time.ticks, 10, i), time.ticks.bottom - 3)) << i;
+    EXPECT_EQ(PixelOf(shown, HorizTick(time.ticks, 10, i), time.ticks.bottom - 3), RGB(255, 0, 0)) << i;
 
   // "100" reads upward and ends at its point.
   const CPoint end = HorizNumber(time.numbers, 10, 10);
@@ -211,7 +207,7 @@ TEST_F(TrendWindow, TheScalesShowTheTimeAndTheCurveThatIsSelected) {
   EXPECT_LT(ink(Grab(*m_trend)).height(), number.height()) << "\"1\"";
 }
 
-TEST_F(TrendWindow, AFileBringsColoursScalesAndTheCurveOnTheScale) {
+TEST_F(TrendWindow, AFileSetsColoursScalesAndTheSelectedCurve) {
   const CCurveRecord a = {"a", -1, 1, 0x111111}, b = {"b", 0, 0.5, 0x222222}, lost = {"lost", 5, 6, 0x333333};
   const struct {
     CTrendSelection file;
@@ -228,8 +224,8 @@ TEST_F(TrendWindow, AFileBringsColoursScalesAndTheCurveOnTheScale) {
   for (const auto& row : kCases) {
     WriteSelection(m_dir / "x", row.file);
     Load(m_window, m_dir / "x");
-    EXPECT_EQ(row.boxes, m_prompter.Take());
-    EXPECT_EQ(row.curves, Curves());
+    EXPECT_EQ(m_prompter.Take(), row.boxes);
+    EXPECT_EQ(Curves(), row.curves);
     m_trend->Refresh();
     Grab(*m_trend);
   }
@@ -243,21 +239,19 @@ TEST_F(TrendWindow, AfterAFileThatCannotBeReadTheCurvesStay) {
   const std::string file = ReadBytes(m_dir / "x");
   WriteBytes(m_dir / "grid", "notours" + file);
   for (const char* name : {"none", "grid"}) Load(m_window, m_dir / name);
-  EXPECT_EQ(CBoxes({kUnreadable, "Message|Invalid file!.|30"}), m_prompter.Take());
-  for (std::size_t cut = 4; cut < file.size(); ++cut) {
-    WriteBytes(m_dir / "x", file.substr(0, cut));
-    Load(m_window, m_dir / "x");
-    EXPECT_EQ(CBoxes({kUnreadable}), m_prompter.Take());
-    Scan({1, 2, 3});
-    EXPECT_EQ(before, Curves()) << cut;
-  }
-  // The names that were read are the selection; with the next look at the variables it gets its curves.
+  EXPECT_EQ(m_prompter.Take(), CBoxes({kUnreadable, "Message|Invalid file!.|30"}));
+  WriteBytes(m_dir / "x", file.substr(0, file.size() - 1));
+  Load(m_window, m_dir / "x");
+  EXPECT_EQ(m_prompter.Take(), CBoxes({kUnreadable}));
+  Scan({1, 2, 3});
+  EXPECT_EQ(Curves(), before);
+  // The names that were read are the selection. Its curves are made when the variables are mapped again.
   m_trend->ResetVarNames();
-  EXPECT_EQ(CBoxes({kLost}), m_prompter.Take());
-  EXPECT_EQ("c 0..10 FA5A5A|b 0..10 5AFA5A|0", Curves());
+  EXPECT_EQ(m_prompter.Take(), CBoxes({kLost}));
+  EXPECT_EQ(Curves(), "c 0..10 FA5A5A|b 0..10 5AFA5A|0");
 }
 
-TEST_F(TrendWindow, LostVariablesGoWithAllPointsButTheScalesOfTheOthersStay) {
+TEST_F(TrendWindow, LostVariablesClearAllPointsButTheOtherScalesStay) {
   Write({10, 20, 30});
   Choose(m_window, {"a", "b"});
   for (int i = 0; i < 3; ++i) Scan({10, 20, 30});
@@ -266,11 +260,11 @@ TEST_F(TrendWindow, LostVariablesGoWithAllPointsButTheScalesOfTheOthersStay) {
   EXPECT_FALSE(Coloured(kFirst).isNull()) << "names that only move keep their points";
   m_trendings.GetOptions()->m_baseVars = Names({"x", "b"});
   m_trend->ResetVarNames();
-  EXPECT_EQ(CBoxes({kLost}), m_prompter.Take());
-  EXPECT_EQ("b 0..100 FA5A5A|0", Curves());
+  EXPECT_EQ(m_prompter.Take(), CBoxes({kLost}));
+  EXPECT_EQ(Curves(), "b 0..100 FA5A5A|0");
   EXPECT_TRUE(Coloured(kFirst).isNull());
   for (int i = 0; i < 3; ++i) Scan({0, 15});
-  EXPECT_EQ(PlotSize().height() * 85 / 100, Coloured(kFirst).top());
+  EXPECT_EQ(Coloured(kFirst).top(), PlotSize().height() * 85 / 100);
   EXPECT_TRUE(Coloured(kSecond).isNull());
 }
 
@@ -279,39 +273,32 @@ TEST_F(TrendWindow, ChangingTheExtraVariablesReopensTheStageAndServesBothWindows
   Write({1, 2, 3});
   Choose(m_window, {"a", "c"});
   Choose(grid, {"c"});
-  // The names of the host have changed, so both windows lose one; neither is refreshed while the other asks.
-  struct CRefreshing : CTestPrompter {
-    int Show(const CString& text, const CString& title, UINT type) override {
-      if (user) user();
-      return CTestPrompter::Show(text, title, type);
-    }
-    std::function<void()> user;
-  } prompter;
+  // Both windows lose a name. Neither is refreshed while the other shows its box.
   CPaints paints(grid->findChild<QTableView*>()->viewport());
-  prompter.user = [&, first = true]() mutable {
+  m_prompter.user = [&, first = true]() mutable {
     if (!std::exchange(first, false)) return;
     paints.Take();
     m_grid->Refresh();
-    EXPECT_EQ(0, paints.Take());
+    EXPECT_EQ(paints.Take(), 0);
   };
   m_trendings.GetOptions()->m_baseVars = Names({"a", "b"});
   Configure(m_window);
-  EXPECT_EQ(CBoxes({kLost, "Message|Some variables had to be removed from the grid.|30"}), prompter.Take());
-  EXPECT_EQ("a 0..10 FA5A5A|0", Curves());
+  EXPECT_EQ(m_prompter.Take(), CBoxes({kLost, "Message|Some variables had to be removed from the grid.|30"}));
+  EXPECT_EQ(Curves(), "a 0..10 FA5A5A|0");
   Grab(*m_grid), paints.Take();
   Scan({1, 2, 3});
-  EXPECT_EQ(1, paints.Take());
+  EXPECT_EQ(paints.Take(), 1);
 
   m_input.Close();
   for (QWidget* window : {m_window, grid}) {
     Configure(window);
-    EXPECT_EQ(CBoxes({"Message|Modification couldn't be done due to internal error.|30"}), prompter.Take());
+    EXPECT_EQ(m_prompter.Take(), CBoxes({"Message|Modification couldn't be done due to internal error.|30"}));
   }
-  EXPECT_EQ(1, m_trendings.IsOpen());
+  EXPECT_EQ(m_trendings.IsOpen(), 1);
   m_trendings.Close();
   Configure(grid);
-  EXPECT_EQ(CBoxes(), prompter.Take());
-  EXPECT_EQ(0, m_trendings.IsOpen());
+  EXPECT_EQ(m_prompter.Take(), CBoxes());
+  EXPECT_EQ(m_trendings.IsOpen(), 0);
 }
 
 TEST_F(TrendWindow, ItsControlsFollowItsSizeDownToTheSmallest) {
@@ -321,17 +308,17 @@ TEST_F(TrendWindow, ItsControlsFollowItsSizeDownToTheSmallest) {
     m_window->resize(size);
     QApplication::processEvents();
     const QSize shown = m_window->size(), frame = m_window->frameSize() - shown;
-    EXPECT_EQ(size.expandedTo(QSize(400, 325) - frame), shown);
+    EXPECT_EQ(shown, size.expandedTo(QSize(400, 325) - frame));
     CRect outer = m_trend->GetFrameRect();
     outer.top = -23;  // this screen has a thinner caption
     const CTrendLayout layout = LayOutTrend({shown.width(), shown.height()}, outer);
     for (const auto& [name, part] : kParts) {
       const QRect is = Find<QWidget>(m_window, name)->geometry();
-      EXPECT_EQ(layout.*part, CRect::Of({is.x(), is.y()}, {is.width(), is.height()})) << name;
+      EXPECT_EQ(CRect::Of({is.x(), is.y()}, {is.width(), is.height()}), layout.*part) << name;
       EXPECT_TRUE(m_window->rect().contains(is)) << name;
     }
     for (int i = 0; i < 2; ++i) Scan({1, 2, 3});
-    EXPECT_EQ(layout.plot.Width() - 5, Coloured(kFirst).right());
+    EXPECT_EQ(Coloured(kFirst).right(), layout.plot.Width() - 5);
   }
 }
 
@@ -346,7 +333,7 @@ TEST_F(TrendWindow, InADarkThemePlotAndLegendStayWhite) {
   Choose(m_window, {kLong});
   const QImage shown = Grab(*m_trend);
   QApplication::setPalette(former);
-  EXPECT_EQ(kWhite, PixelOf(shown, Frame("Legend").right() + 2, Item(0).y())) << "above the name's letters";
+  EXPECT_EQ(PixelOf(shown, Frame("Legend").right() + 2, Item(0).y()), kWhite) << "above the name's letters";
   const auto colours = [&](const char* name) {
     QSet<COLORREF> all;
     const QRect part = Frame(name).adjusted(3, 3, -3, -3);
@@ -354,7 +341,7 @@ TEST_F(TrendWindow, InADarkThemePlotAndLegendStayWhite) {
       for (int x = part.left(); x <= part.right(); ++x) all += PixelOf(shown, x, y);
     return all;
   };
-  EXPECT_EQ(QSet<COLORREF>{kWhite}, colours("Trends"));
+  EXPECT_EQ(colours("Trends"), QSet<COLORREF>{kWhite});
   EXPECT_TRUE(colours("Legend").contains({kWhite, kBlack, kFirst}));
   EXPECT_FALSE(colours("Legend").contains(kYellow));
   for (const char* scale : {"Vertical scale", "Horizontal scale"}) {
@@ -364,19 +351,14 @@ TEST_F(TrendWindow, InADarkThemePlotAndLegendStayWhite) {
 }
 
 TEST_F(TrendWindow, TheHostMayDestroyBothViewsWhileABoxOfOneIsOpen) {
-  struct CDestroying : CTestPrompter {
-    int Show(const CString& text, const CString& title, UINT type) override {
-      if (--boxes == 0) destroy();
-      return CTestPrompter::Show(text, title, type);
-    }
-    std::size_t boxes = 0;
-    std::function<void()> destroy;
-  } prompter;
-  prompter.destroy = [this] { m_trend->DestroyWindow(), m_grid->DestroyWindow(); };
+  std::size_t boxes = 0;
+  m_prompter.user = [&] {
+    if (--boxes == 0) m_trend->DestroyWindow(), m_grid->DestroyWindow();
+  };
   QWidget* grid = nullptr;
   const struct {
     std::function<void()> act;
-    std::size_t box = 1;  // that the views go with; no more may come behind it
+    std::size_t box = 1;  // the box that destroys both views; it must be the last
   } kCases[] = {{[&] { m_trend->ResetVarNames(); }}, {[&] { m_grid->ResetVarNames(); }},
                 {[&] { Click(m_window, "Edit"); }},  {[&] { Click(grid, "Edit"); }},
                 {[&] { Configure(m_window); }},      {[&] { Configure(m_window); }, 2},
@@ -387,14 +369,14 @@ TEST_F(TrendWindow, TheHostMayDestroyBothViewsWhileABoxOfOneIsOpen) {
     grid = OpenGrid();
     for (QWidget* window : {m_window, grid}) Choose(window, {"a", "b"});
     m_trendings.GetOptions()->m_baseVars = Names({"b"});
-    prompter.boxes = box;
+    boxes = box;
     act();
     EXPECT_TRUE(!m_trend && !m_grid);
-    EXPECT_EQ(box, prompter.Take().size());
+    EXPECT_EQ(m_prompter.Take().size(), box);
   }
 }
 
-TEST_F(TrendWindow, ItTellsItsHostThatItIsGone) {
+TEST_F(TrendWindow, AClosedWindowClearsThePointerOfTheHost) {
   Choose(m_window, {"a"});
   m_window->activateWindow();
   QApplication::processEvents();
@@ -402,13 +384,13 @@ TEST_F(TrendWindow, ItTellsItsHostThatItIsGone) {
   OpenGrid();
   Click(m_window, "Cancel");
   QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-  EXPECT_EQ(nullptr, m_trend);
+  EXPECT_EQ(m_trend, nullptr);
   EXPECT_NE(nullptr, m_grid) << "opened while the trend was the active window";
   m_trend = static_cast<CTrendingDlg*>(RUNTIME_CLASS(CTrendingDlg).CreateObject());
   m_trend->SetInputPointers(nullptr, &m_trendings, &m_trend);
-  EXPECT_EQ(0, m_trend->Create());
-  EXPECT_EQ(nullptr, m_trend);
-  EXPECT_EQ(CBoxes({"Message|Incorrect initialization.|30"}), m_prompter.Take());
+  EXPECT_EQ(m_trend->Create(), 0);
+  EXPECT_EQ(m_trend, nullptr);
+  EXPECT_EQ(m_prompter.Take(), CBoxes({"Message|Incorrect initialization.|30"}));
 }
 
 }  // namespace

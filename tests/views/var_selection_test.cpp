@@ -1,4 +1,4 @@
-// Choosing variables: what goes from list to list, and the limit.
+// The choice of variables: moves between the lists, and the limit.
 #include <gtest/gtest.h>
 
 #include "tests/support/names.h"
@@ -7,6 +7,8 @@
 
 namespace vastra {
 namespace {
+
+using CNames = std::vector<std::string>;
 
 std::string Join(const CStringArray& names) {
   std::string all;
@@ -39,14 +41,14 @@ TEST(VarChoice, TheLeftListKeepsItsOrderAndTheRightListThatOfChoosing) {
   };
   for (const auto& step : kSteps) {
     step.act();
-    EXPECT_EQ(step.unused, Join(choice.Unused())) << step.what;
-    EXPECT_EQ(step.chosen, Join(choice.Chosen())) << step.what;
+    EXPECT_EQ(Join(choice.Unused()), step.unused) << step.what;
+    EXPECT_EQ(Join(choice.Chosen()), step.chosen) << step.what;
   }
 }
 
 class VarSelection : public testing::Test {
  protected:
-  // Runs the dialog with the names a to e, of which max may be chosen; gives the result.
+  // Runs the dialog on the names a to e, of which max may be chosen; returns the result.
   int Run(UINT max, const std::function<void(QWidget*)>& user) {
     CStringArray available = Names({"a", "b", "c", "d", "e"});
     CVarSelectionDlg dialog;
@@ -67,45 +69,43 @@ class VarSelection : public testing::Test {
   CStringArray m_selected = Names({"d"});
 };
 
-TEST_F(VarSelection, ButtonsAndDoubleClicksMoveWhatIsMarkedAndLeaveNothingMarked) {
-  EXPECT_EQ(IDOK, Run(9, [](QWidget* dialog) {
-              auto* left = Find<QListWidget>(dialog, "Available variables");
-              auto* right = Find<QListWidget>(dialog, "Selected variables");
-              EXPECT_EQ(std::vector<std::string>({"a", "b", "c", "e"}), Shown(left));
-              for (const int row : {0, 2}) left->item(row)->setSelected(true);
-              for (int twice = 0; twice < 2; ++twice) Click(dialog, "--->");
-              EXPECT_EQ(std::vector<std::string>({"b", "e"}), Shown(left));
-              DoubleClick(left, 1);
-              EXPECT_EQ(std::vector<std::string>({"d", "a", "c", "e"}), Shown(right));
-              right->setCurrentRow(1);
-              for (int twice = 0; twice < 2; ++twice) Click(dialog, "<---");
-              EXPECT_EQ(std::vector<std::string>({"a", "b"}), Shown(left));
-              DoubleClick(right, 0);
-              EXPECT_EQ(std::vector<std::string>({"a", "b", "d"}), Shown(left));
-              Click(dialog, "OK");
-            }));
-  EXPECT_EQ("ce", Join(m_selected));
-  EXPECT_EQ(IDCANCEL, Run(9, [](QWidget* dialog) { Click(dialog, "<<"), Click(dialog, "Cancel"); }));
-  EXPECT_EQ("ce", Join(m_selected));
+TEST_F(VarSelection, ButtonsAndDoubleClicksMoveMarkedNamesAndClearTheMarks) {
+  const auto user = [](QWidget* dialog) {
+    auto* left = Find<QListWidget>(dialog, "Available variables");
+    auto* right = Find<QListWidget>(dialog, "Selected variables");
+    EXPECT_EQ(Shown(left), CNames({"a", "b", "c", "e"}));
+    for (const int row : {0, 2}) left->item(row)->setSelected(true);
+    for (int twice = 0; twice < 2; ++twice) Click(dialog, "--->");
+    EXPECT_EQ(Shown(left), CNames({"b", "e"}));
+    DoubleClick(left, 1);
+    EXPECT_EQ(Shown(right), CNames({"d", "a", "c", "e"}));
+    right->setCurrentRow(1);
+    for (int twice = 0; twice < 2; ++twice) Click(dialog, "<---");
+    EXPECT_EQ(Shown(left), CNames({"a", "b"}));
+    DoubleClick(right, 0);
+    EXPECT_EQ(Shown(left), CNames({"a", "b", "d"}));
+    Click(dialog, "OK");
+  };
+  EXPECT_EQ(Run(9, user), IDOK);
+  EXPECT_EQ(Join(m_selected), "ce");
+  EXPECT_EQ(Run(9, [](QWidget* dialog) { Click(dialog, "<<"), Click(dialog, "Cancel"); }), IDCANCEL);
+  EXPECT_EQ(Join(m_selected), "ce");
 }
 
-TEST_F(VarSelection, TheLimitIsCheckedAtOkAlone) {
-  EXPECT_EQ(IDOK, Run(2, [this](QWidget* dialog) {
-              Click(dialog, ">>");
-              EXPECT_EQ(0U, m_prompter.asked.size());
-              Click(dialog, "OK");
-              EXPECT_EQ(std::vector<std::string>({"Message|Maximum number of variables is 2|00"}),
-                        m_prompter.Take());
-              ASSERT_TRUE(dialog->isVisible());
-              EXPECT_EQ("d", Join(m_selected));
-              auto* right = Find<QListWidget>(dialog, "Selected variables");
-              for (int i = 0; i < 3; ++i) {
-                right->setCurrentRow(0);
-                Click(dialog, "<---");
-              }
-              Click(dialog, "OK");
-            }));
-  EXPECT_EQ("ce", Join(m_selected));
+TEST_F(VarSelection, OkAloneChecksTheLimit) {
+  const auto user = [this](QWidget* dialog) {
+    Click(dialog, ">>");
+    EXPECT_TRUE(m_prompter.asked.empty());
+    Click(dialog, "OK");
+    EXPECT_EQ(m_prompter.Take(), CNames({"Message|Maximum number of variables is 4|00"}));
+    ASSERT_TRUE(dialog->isVisible());
+    EXPECT_EQ(Join(m_selected), "d");
+    Find<QListWidget>(dialog, "Selected variables")->setCurrentRow(0);
+    Click(dialog, "<---");
+    Click(dialog, "OK");
+  };
+  EXPECT_EQ(Run(4, user), IDOK);
+  EXPECT_EQ(Join(m_selected), "abce");
 }
 
 }  // namespace
