@@ -66,13 +66,19 @@ static int Open(DriverRecord config, int mode, int* handle) {
   return status;
 }
 
+/* Whether a text that was kept has changed. It is dead memory, which the address sanitizer would report. */
+__attribute__((no_sanitize("address"))) static int HasChanged(const volatile char* kept, const char* text) {
+  while (*kept == *text && *text) ++kept, ++text;
+  return *kept != *text;
+}
+
 static int Read(float* values, int count, int handle) {
   int i;
   if (handle < 0 || handle >= MOST_NODES || !nodes[handle].used) return statusNotOpened;
   if (Has("crashes")) raise(SIGSEGV);
   if (Has("exits")) _exit(7);
   while (Has("hangs")) pause();
-  if (Has("keeps a text") && strcmp(nodes[handle].given, nodes[handle].text) != 0) return statusTimeout;
+  if (Has("keeps a text") && HasChanged(nodes[handle].given, nodes[handle].text)) return statusTimeout;
   if (Has("serves one thread") && !pthread_equal(loader, pthread_self())) return statusTimeout;
   if (Has("gives 0")) return 0;
   if (strncmp(Fault(), "words ", 6) == 0) return statusExtendedError;
