@@ -102,6 +102,8 @@ TEST(PropertySheet, TheTabKeyVisitsThePageThenTheButtons) {
     EXPECT_EQ(window->focusWidget()->parentWidget(), window->findChild<QTabWidget*>());
   };
   WhileModal([&] { sheet.DoModal(); }, user);
+  const auto again = [&](QWidget*) { EXPECT_EQ(sheet.GetActiveIndex(), 0) << "the page of the run before"; };
+  WhileModal([&] { sheet.DoModal(); }, again);
 }
 
 TEST(PropertySheet, FitsItsLargestPage) {
