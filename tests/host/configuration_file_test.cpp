@@ -5,11 +5,12 @@
 #include "tests/logfiles/example.h"
 #include "tests/support/configuration_bytes.h"
 #include "tests/support/files.h"
+#include "tests/support/names.h"
 
 namespace vastra {
 namespace {
 
-// What is wrong with bytes, or an empty text.
+// The error message for bytes, or an empty string.
 CString Fault(const std::string& bytes) {
   CConfiguration configuration;
   return ParseConfiguration(bytes, "/", configuration);
@@ -33,7 +34,7 @@ TEST(ConfigurationFile, IsTheBlocksInThisOrderAndNothingElse) {
   EXPECT_EQ(Hex(StoreConfiguration(fresh)), Hex(page.replace(4, 1, "\xEA")));
 }
 
-TEST(ConfigurationFile, SaysInItsOwnWordsWhatIsWrong) {
+TEST(ConfigurationFile, NamesWhatIsWrong) {
   const struct {
     std::string bytes;
     const char* fault;
@@ -49,14 +50,14 @@ TEST(ConfigurationFile, SaysInItsOwnWordsWhatIsWrong) {
       {Bytes("'VSTR' EB030000 00x8 FFFFFFFF 00x200"), "a count is larger than the rest of the file"},
       {Bytes("'VSTR' EB030000 00x24 FF FFFF FFFFFFFF 00x200"), "a count is larger than the rest of the file"},
   };
-  for (const auto& row : kFaults) EXPECT_EQ(row.fault, Fault(row.bytes)) << Hex(row.bytes);
+  for (const auto& row : kFaults) EXPECT_EQ(Fault(row.bytes), row.fault) << Hex(row.bytes);
 }
 
 TEST(ConfigurationFile, IsRefusedWhereverItIsCutAndChangesNothing) {
   CConfiguration configuration = Parsed(kFile);
   for (std::size_t n = 0; n < kFile.size(); ++n)
     EXPECT_NE(ParseConfiguration(kFile.substr(0, n), "/", configuration), "") << n;
-  EXPECT_EQ(Hex(kFile), Hex(StoreConfiguration(configuration)));
+  EXPECT_EQ(Hex(StoreConfiguration(configuration)), Hex(kFile));
 }
 
 TEST(ConfigurationFile, StaysAsItWasWhenTheDiskIsFullAtAnyByte) {
@@ -64,37 +65,37 @@ TEST(ConfigurationFile, StaysAsItWasWhenTheDiskIsFullAtAnyByte) {
   const CString path = dir / "logger.vcf";
   CConfiguration old;
   CConfiguration full = Parsed(kFile);
-  ASSERT_EQ("", SaveConfiguration(path, old));
+  ASSERT_EQ(SaveConfiguration(path, old), "");
   for (std::size_t n = 0; n < kFile.size(); n += 7) {
     const CFileSizeLimit limit(n);
     EXPECT_EQ(SaveConfiguration(path, full), "not saved: File too large") << n;
   }
-  EXPECT_EQ(Hex(StoreConfiguration(old)), Hex(ReadBytes(path)));
+  EXPECT_EQ(Hex(ReadBytes(path)), Hex(StoreConfiguration(old)));
   EXPECT_FALSE(std::filesystem::exists((path + ".part").Std()));
-  ASSERT_EQ("", SaveConfiguration(path, full));
-  EXPECT_EQ(Hex(kFile), Hex(ReadBytes(path)));
+  ASSERT_EQ(SaveConfiguration(path, full), "");
+  EXPECT_EQ(Hex(ReadBytes(path)), Hex(kFile));
   EXPECT_EQ(SaveConfiguration(dir / "none/logger.vcf", full), "not saved: No such file or directory");
 }
 
-TEST(ConfigurationFile, IsToldFromJsonByItsContent) {
+TEST(ConfigurationFile, IsDistinguishedFromJsonByItsContent) {
   const CTempDir dir;
   CConfiguration configuration;
   for (const char* head : {"", " \r\n\t", "\xEF\xBB\xBF"}) {
     WriteBytes(dir / "a", head + kJson);
     configuration = {};
     EXPECT_EQ(LoadConfiguration(dir / "a", configuration), "");
-    EXPECT_EQ(Hex(kFile), Hex(StoreConfiguration(configuration)));
+    EXPECT_EQ(Hex(StoreConfiguration(configuration)), Hex(kFile));
   }
   WriteBytes(dir / "b.json", kFile);
   configuration = {};
   EXPECT_EQ(LoadConfiguration(dir / "b.json", configuration), "");
-  EXPECT_EQ(Hex(kFile), Hex(StoreConfiguration(configuration)));
+  EXPECT_EQ(Hex(StoreConfiguration(configuration)), Hex(kFile));
   EXPECT_EQ(LoadConfiguration(dir / "c", configuration), "No such file or directory");
   EXPECT_EQ(LoadConfiguration(dir.Path(), configuration), "Is a directory");
-  EXPECT_EQ(Hex(kFile), Hex(StoreConfiguration(configuration)));
+  EXPECT_EQ(Hex(StoreConfiguration(configuration)), Hex(kFile));
 }
 
-TEST(ConfigurationFile, TakesRelativePathsFromTheFolderOfTheJsonFile) {
+TEST(ConfigurationFile, ReadsRelativePathsFromTheFolderOfTheJsonFile) {
   const CTempDir dir;
   std::filesystem::create_directory((dir / "conf").Std());
   std::filesystem::create_directory_symlink("/usr/lib", (dir / "conf/link").Std());
@@ -111,41 +112,32 @@ TEST(ConfigurationFile, TakesRelativePathsFromTheFolderOfTheJsonFile) {
                                         "}],\"input\":{\"inputFiles\":[\"\"," + text + "]}}");
     CConfiguration configuration;
     EXPECT_EQ(LoadConfiguration(dir / "conf/a.json", configuration), "");
-    EXPECT_EQ(path, configuration.m_outputs.m_outputs.GetHead()->m_directory);
-    EXPECT_EQ(path, configuration.m_summaries.m_summaries.GetHead()->m_directory);
+    EXPECT_EQ(configuration.m_outputs.m_outputs.GetHead()->m_directory, path);
+    EXPECT_EQ(configuration.m_summaries.m_summaries.GetHead()->m_directory, path);
     EXPECT_EQ(configuration.m_input.m_inputFiles.GetHead(), "");
-    EXPECT_EQ(path, configuration.m_input.m_inputFiles.GetTail());
+    EXPECT_EQ(configuration.m_input.m_inputFiles.GetTail(), path);
   }
 }
 
-TEST(ConfigurationFile, TellsWhichSettingsItLoses) {
+TEST(ConfigurationFile, ReportsWhichSettingsItLoses) {
   CConfiguration full = Parsed(kFile);
   EXPECT_EQ(LostInFile(full).GetSize(), 0);
   full.m_plcWrite.m_disableWriting = 1;
   full.m_plcWrite.m_nodes.GetHead()->m_node.m_driver.value5 = 1;
   full.m_input.m_plcNodes.GetTail()->m_driver.value5 = 2;
   full.m_input.m_preEquationText = "\xFF";
-  const auto lost = [&] {
-    std::string lines;
-    for (const CString& line : LostInFile(full)) lines += line.Std() + "\n";
-    return lines;
-  };
-  EXPECT_EQ(
-      "input.plcNodes[1].driver.value5: a configuration file of version 1003 cannot hold it\n"
-      "plcWrite.nodes[0].driver.value5: a configuration file of version 1003 cannot hold it\n"
-      "plcWrite.disableWriting: a configuration file of version 1003 cannot hold it\n",
-      lost());
+  const CString kNewest = ": a configuration file of version 1003 cannot hold it";
+  EXPECT_EQ(LostInFile(full),
+            Names({"input.plcNodes[1].driver.value5" + kNewest, "plcWrite.nodes[0].driver.value5" + kNewest,
+                   "plcWrite.disableWriting" + kNewest}));
   full.m_plcWrite = {};
   full.m_input = {};
   full.m_version = 1002;
   full.m_outputs.m_outputs.AddHead(new COutputConfig);
   full.m_outputs.m_outputs.GetHead()->m_nameVariable = kSystemTime;
-  EXPECT_EQ(
-      "outputs[1].nameVariable: a configuration file of version 1002 cannot hold it\n"
-      "outputs[1].dwordName: a configuration file of version 1002 cannot hold it\n"
-      "outputs[1].prefix: a configuration file of version 1002 cannot hold it\n"
-      "outputs[1].usePrefix: a configuration file of version 1002 cannot hold it\n",
-      lost());
+  const CString kOld = ": a configuration file of version 1002 cannot hold it";
+  EXPECT_EQ(LostInFile(full), Names({"outputs[1].nameVariable" + kOld, "outputs[1].dwordName" + kOld,
+                                     "outputs[1].prefix" + kOld, "outputs[1].usePrefix" + kOld}));
 }
 
 TEST(ConfigurationFile, ReportsAllBlocksInFileOrder) {

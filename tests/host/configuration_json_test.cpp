@@ -12,7 +12,7 @@
 namespace vastra {
 namespace {
 
-// What is wrong with text, or an empty text.
+// The error message for text, or an empty string.
 CString Fault(const std::string& text) {
   CConfiguration configuration;
   return ConfigurationFromJson(text, "/f", configuration);
@@ -20,22 +20,22 @@ CString Fault(const std::string& text) {
 
 CConfiguration Parsed(const std::string& text) {
   CConfiguration configuration;
-  EXPECT_EQ("", ConfigurationFromJson(text, "/f", configuration));
+  EXPECT_EQ(ConfigurationFromJson(text, "/f", configuration), "");
   return configuration;
 }
 
 std::string Json(CConfiguration& configuration) {
   std::string text;
-  EXPECT_EQ("", ConfigurationToJson(configuration, text));
+  EXPECT_EQ(ConfigurationToJson(configuration, text), "");
   return text;
 }
 
 TEST(ConfigurationJson, HasTheseKeysInBothDirections) {
   CConfiguration full = Parsed(kJson);
-  EXPECT_EQ(Hex(kFile), Hex(StoreConfiguration(full)));
-  EXPECT_EQ(nlohmann::json::parse(kJson), nlohmann::json::parse(Json(full)));
+  EXPECT_EQ(Hex(StoreConfiguration(full)), Hex(kFile));
+  EXPECT_EQ(nlohmann::json::parse(Json(full)), nlohmann::json::parse(kJson));
   CConfiguration fresh = Parsed("{}");
-  EXPECT_EQ(StoreConfiguration(*std::make_unique<CConfiguration>()), StoreConfiguration(fresh));
+  EXPECT_EQ(StoreConfiguration(fresh), StoreConfiguration(*std::make_unique<CConfiguration>()));
 }
 
 TEST(ConfigurationJson, KeepsWhatTheFileCannotHold) {
@@ -50,7 +50,6 @@ TEST(ConfigurationJson, KeepsWhatTheFileCannotHold) {
   EXPECT_EQ(full.m_outputs.m_outputs.GetHead()->m_prefix, "p");
 }
 
-// One text for all that has a default: what a configuration becomes that says only this.
 TEST(ConfigurationJson, FillsInWhatIsLeftOut) {
   const std::pair<const char*, const char*> kCases[] = {
       {R"({"outputs":[{}]})",
@@ -80,7 +79,7 @@ TEST(ConfigurationJson, FillsInWhatIsLeftOut) {
   }
 }
 
-TEST(ConfigurationJson, TakesTheseNumbersForWholeOnes) {
+TEST(ConfigurationJson, AcceptsTheseAsWholeNumbers) {
   CConfiguration configuration = Parsed(
       R"({"input":{"scanPeriod":4294967295.0,"simulating":-1,"preprocess":4294967295,"autoStart":true,
 "asFastAsPossible":2.0,"plcNodes":[{"driver":{"station":-2147483648,"timeOut":2e3,"value1":-0.0}}]}})");
@@ -90,7 +89,7 @@ TEST(ConfigurationJson, TakesTheseNumbersForWholeOnes) {
   EXPECT_EQ(input.m_preprocess, -1);
   EXPECT_EQ(input.m_autoStart, 1);
   EXPECT_EQ(input.m_asFastAsPossible, 2);
-  EXPECT_EQ(-2147483647 - 1, input.m_plcNodes.GetHead()->m_driver.station);
+  EXPECT_EQ(input.m_plcNodes.GetHead()->m_driver.station, -2147483647 - 1);
   EXPECT_EQ(input.m_plcNodes.GetHead()->m_driver.timeOut, 2000);
 }
 
@@ -121,35 +120,27 @@ TEST(ConfigurationJson, NamesTheKeyOfWhatItRefuses) {
       {R"({"outputs":[{"saveRp":4294967296}]})", "outputs[0].saveRp: ", kNeedsFlag},
       {R"({"outputs":[{"saveRp":-2147483649}]})", "outputs[0].saveRp: ", kNeedsFlag},
       {R"({"outputs":[{"saveRp":0.5}]})", "outputs[0].saveRp: ", kNeedsFlag},
-      {R"({"outputs":[{"name":5}]})", "outputs[0].name: ", "must be a text"},
       {R"({"outputs":[{"directory":[]}]})", "outputs[0].directory: ", "must be a text"},
       {R"({"outputs":[{"varNames":"a"}]})", "outputs[0].varNames: ", "must be an array of texts"},
       {R"({"outputs":[{"varNames":["a",1]}]})", "outputs[0].varNames[1]: ", "must be a text"},
-      {R"({"outputs":[{"enableText":1}]})", "outputs[0].enableText: ", "must be a text"},
       {R"({"outputs":{}})", "outputs: ", "must be an array of objects"},
       {R"({"outputs":[)" + Repeated("{},", 100000) + "{}]}", "outputs: ", "has more than 100000 entries"},
       {R"({"outputs":[)" + Repeated("0,", 1000000) + "0]}", "outputs[999998]: ", "is one value too many"},
       {R"({"outputs":[[]]})", "outputs[0]: ", "must be an object"},
       {R"({"outputs":[{"maxSummaries":1}]})", "outputs[0].maxSummaries: ", "no such key"},
       {R"({"outputs":[{"name":"a","name":"a"}]})", "outputs[0].name: ", "is a duplicate key"},
-      {R"({"outputs":[{"varNames":["a"]},{"varNames":["b"],"varNames":1}]})",
-       "outputs[1].varNames: ", "is a duplicate key"},
       {R"({"input":{},"input":{}})", "input: ", "is a duplicate key"},
-      {R"({"input":{"inputFiles":["a",2]}})", "input.inputFiles[1]: ", "must be a text"},
       {R"({"input":{"plcNodes":[{"driver":[]}]}})", "input.plcNodes[0].driver: ", "must be an object"},
       {R"({"input":{"plcNodes":[{"driver":{"station":2147483648}}]}})",
        "input.plcNodes[0].driver.station: ", kNeedsInt},
       {R"({"input":{"plcNodes":[{"driver":{"variableCount":-1}}]}})",
        "input.plcNodes[0].driver.variableCount: ", kNeedsUint},
-      {R"({"input":{"plcNodes":[{"varNames":4}]}})",
-       "input.plcNodes[0].varNames: ", "must be an array of texts"},
       {R"({"input":{"plcNodes":[{"scaler":[{"scale":1e39}]}]}})",
        "input.plcNodes[0].scaler[0].scale: ", kNeedsFloat},
       {R"({"input":{"plcNodes":[{"scaler":[{"scale":false}]}]}})",
        "input.plcNodes[0].scaler[0].scale: ", kNeedsFloat},
       {R"({"plcWrite":{"nodeNumber":1}})", "plcWrite.nodeNumber: ", "no such key"},
       {R"({"plcWrite":{"nodes":[{"a\nb":1}]}})", "plcWrite.nodes[0].a?b: ", "no such key"},
-      {R"({"plcWrite":[]})", "plcWrite: ", "must be an object"},
       {R"({"m_input":{}})", "m_input: ", "no such key"},
       {R"({"version":1004})", "version: ", "must be 1002 or 1003"},
       {R"({"version":"1003"})", "version: ", kNeedsUint},
@@ -157,21 +148,13 @@ TEST(ConfigurationJson, NamesTheKeyOfWhatItRefuses) {
       {R"({"trend":{"baseVars":["a",[["b\u0000"]]]}})", "trend.baseVars[1][0][0]: ", "must not hold U+0000"},
       {"{\"" + std::string(100, 'k') + "\":1}", std::string(60, 'k') + "...: ", "no such key"},
       {"[]", "", "must be an object"},
-      {std::string(1000000, '['),
-       std::string() +
-           [] {
-             std::string p;
-             for (int i = 0; i < 32; ++i) p += "[0]";
-             return p;
-           }() +
-           ": ",
-       "nested too deeply"},
+      {std::string(1000000, '['), Repeated("[0]", 32) + ": ", "nested too deeply"},
   };
   for (const auto& row : kFaults)
-    EXPECT_EQ(row.path + row.words, Fault(row.text).Std()) << row.text.substr(0, 200);
+    EXPECT_EQ(Fault(row.text).Std(), row.path + row.words) << row.text.substr(0, 200);
 }
 
-TEST(ConfigurationJson, SaysInOneShortLineWhereTheTextIsBroken) {
+TEST(ConfigurationJson, ReportsWhereTheSyntaxIsWrong) {
   const std::pair<std::string, const char*> kFaults[] = {
       {"{",
        "no valid JSON, line 1, column 2: syntax error while parsing object key - unexpected end of input; "
@@ -188,7 +171,7 @@ TEST(ConfigurationJson, SaysInOneShortLineWhereTheTextIsBroken) {
        "no valid JSON, line 1, column 13: syntax error while parsing value - invalid string: surrogate "
        "U+D800..U+DBFF must be followed by U+DC00..U+DFFF"},
   };
-  for (const auto& [text, fault] : kFaults) EXPECT_EQ(fault, Fault(text)) << text.substr(0, 100);
+  for (const auto& [text, fault] : kFaults) EXPECT_EQ(Fault(text), fault) << text.substr(0, 100);
 }
 
 TEST(ConfigurationJson, KeepsEveryFloat) {
@@ -201,7 +184,7 @@ TEST(ConfigurationJson, KeepsEveryFloat) {
     if (number != number) continue;
     scale() = number;
     configuration = Parsed(Json(configuration));
-    EXPECT_EQ(bits, std::bit_cast<UINT>(scale()));
+    EXPECT_EQ(std::bit_cast<UINT>(scale()), bits);
   }
   const std::pair<float, const char*> kTexts[] = {
       {0.1f, "\"scale\": 0.1,"},          {3.4028235e38f, "\"scale\": 3.4028235e+38,"},
@@ -211,9 +194,9 @@ TEST(ConfigurationJson, KeepsEveryFloat) {
   };
   for (const auto& [number, text] : kTexts) {
     scale() = number;
-    EXPECT_NE(std::string::npos, Json(configuration).find(text)) << text;
+    EXPECT_NE(Json(configuration).find(text), std::string::npos) << text;
     configuration = Parsed(Json(configuration));
-    EXPECT_EQ(std::bit_cast<UINT>(number), std::bit_cast<UINT>(scale()));
+    EXPECT_EQ(std::bit_cast<UINT>(scale()), std::bit_cast<UINT>(number));
   }
 }
 
@@ -221,25 +204,24 @@ TEST(ConfigurationJson, NamesWhatHasNoJsonForm) {
   CConfiguration configuration = Parsed(kJson);
   std::string text = "before";
   configuration.m_outputs.m_outputs.GetHead()->m_varNames[1] = "a\xC3";
-  EXPECT_EQ("outputs[0].varNames[1]: a string that is not UTF-8 or has U+0000 has no JSON form",
-            ConfigurationToJson(configuration, text));
+  const CString kNoText = ": a string that is not UTF-8 or has U+0000 has no JSON form";
+  EXPECT_EQ(ConfigurationToJson(configuration, text), "outputs[0].varNames[1]" + kNoText);
   configuration.m_input.m_plcNodes.GetHead()->m_driver.text1 = CString("\0", 1);
-  EXPECT_EQ("input.plcNodes[0].driver.text1: a string that is not UTF-8 or has U+0000 has no JSON form",
-            ConfigurationToJson(configuration, text));
+  EXPECT_EQ(ConfigurationToJson(configuration, text), "input.plcNodes[0].driver.text1" + kNoText);
   configuration.m_input.m_plcNodes.GetHead()->m_driver.text1 = "\xE2\x82\xAC";
   configuration.m_outputs.Clear();
   configuration.m_plcWrite.m_nodes.GetHead()->m_node.m_scaler.m_nodes[0].m_lowLimit =
       std::bit_cast<float>(0xFFC00001);
-  EXPECT_EQ("plcWrite.nodes[0].scaler[0].lowLimit: a NaN with bits of its own has no JSON form",
-            ConfigurationToJson(configuration, text));
+  EXPECT_EQ(ConfigurationToJson(configuration, text),
+            "plcWrite.nodes[0].scaler[0].lowLimit: a NaN with bits of its own has no JSON form");
   EXPECT_EQ(text, "before");
 }
 
-TEST(ConfigurationJson, IsAsItsPageShowsIt) {
+TEST(ConfigurationJson, ReadsTheExampleOfItsPage) {
   const std::string page = ReadBytes(VASTRA_DOCS "/file-formats.md");
   const std::size_t start = page.find("```json\n") + 8;
   CConfiguration configuration = Parsed(page.substr(start, page.find("```", start) - start));
-  ASSERT_EQ(1, configuration.m_outputs.m_outputs.GetCount());
+  ASSERT_EQ(configuration.m_outputs.m_outputs.GetCount(), 1);
   const COutputConfig& output = *configuration.m_outputs.m_outputs.GetHead();
   EXPECT_EQ(output.m_directory, "/f/logs");
   EXPECT_EQ(output.m_enableEquations.GetSize(), 3);

@@ -1,4 +1,4 @@
-// The desktop host: real windows, real stages, the simulator and a driver that lets one wait.
+// The desktop host: real windows, real stages, the simulator and a slow driver.
 #include <gtest/gtest.h>
 
 #include <QClipboard>
@@ -16,6 +16,7 @@
 
 #include "host/common/configuration_file.h"
 #include "tests/host/desktop_window.h"
+#include "tests/support/names.h"
 #include "tests/support/recorder.h"
 #include "vastra/console/console.h"
 #include "vastra/core/link.h"
@@ -23,7 +24,6 @@
 namespace vastra {
 namespace {
 
-// A runner with what it tells.
 struct CRunning {
   explicit CRunning(const std::string& json, const CString& folder) {
     EXPECT_EQ(ParseConfiguration(json, folder, configuration), "");
@@ -53,39 +53,26 @@ TEST_F(Desktop, ARunWritesWhatItReadAndStopsWhereverItIs) {
   EXPECT_EQ(run.runner.State(), CRunner::EState::starting);
   ASSERT_TRUE(run.Reaches(CRunner::EState::running));
   ASSERT_TRUE(Wait([&] { return run.runner.Run().Counts().scans.read >= 30; }));
-  EXPECT_GT(run.refreshed, 2);
-  EXPECT_LT(run.refreshed, 30) << "each scan draws";
+  EXPECT_TRUE(run.refreshed > 2 && run.refreshed < 30) << run.refreshed << " refreshes";
   EXPECT_GT(run.ticks, 0);
   run.runner.Stop();
   ASSERT_TRUE(run.Reaches(CRunner::EState::stopped));
   EXPECT_EQ(Rows(), run.runner.Run().Counts().scans.read);
 
   run.runner.Start();
-  run.runner.Stop();  // before it is open
+  run.runner.Stop();  // before the stages are open
   EXPECT_TRUE(run.Reaches(CRunner::EState::stopped));
   EXPECT_EQ(run.failed, 0);
 }
 
-TEST_F(Desktop, AStageThatDoesNotOpenIsNamed) {
-  CRunning run(Configuration(R"({"plcType": 1})"), m_dir.Path());
-  run.runner.Start();
-  ASSERT_TRUE(run.Reaches(CRunner::EState::stopped));
-  EXPECT_EQ(run.failed, 1);
-  EXPECT_EQ(run.runner.Run().OpenFault().Find("input: the stage does not open: input.plcNodes: "), 0);
-}
-
-// Whatever the PLC lets one wait for, the window goes on meanwhile.
 TEST_F(Desktop, TheWindowNeverWaitsForAPlc) {
   CRunning run(Configuration(R"({"plcType": 9077, "value1": 500, "value2": 500, "value3": 500})"),
                m_dir.Path());
-  std::map<std::string, int> beats;
+  std::map<CRunner::EState, int> beats;  // running: while a read is pending
   QTimer beat;
   QObject::connect(&beat, &QTimer::timeout, [&] {
-    const bool isReading = run.runner.State() == CRunner::EState::running && run.runner.Run().IsPending();
-    ++beats[isReading                                         ? "reading"
-            : run.runner.State() == CRunner::EState::starting ? "opening"
-            : run.runner.State() == CRunner::EState::stopping ? "closing"
-                                                              : "else"];
+    const auto state = run.runner.State();
+    beats[state] += state != CRunner::EState::running || run.runner.Run().IsPending();
   });
   beat.start(10);
   run.runner.Start();
@@ -93,131 +80,104 @@ TEST_F(Desktop, TheWindowNeverWaitsForAPlc) {
   ASSERT_TRUE(Wait([&] { return run.runner.Run().Counts().scans.read >= 1; }));
   run.runner.Stop();
   ASSERT_TRUE(run.Reaches(CRunner::EState::stopped));
-  for (const char* phase : {"opening", "reading", "closing"}) EXPECT_GT(beats[phase], 5) << phase;
+  for (const auto state : {CRunner::EState::starting, CRunner::EState::running, CRunner::EState::stopping})
+    EXPECT_GT(beats[state], 5) << static_cast<int>(state);
 }
 
-TEST_F(Desktop, AWindowMayGoWhileTheLoggerRuns) {
-  CTestPrompter boxes;
-  auto window = std::make_unique<CMainWindow>();
-  ASSERT_TRUE(window->Open(m_dir / "demo.json"));
-  window->Start();
-  EXPECT_TRUE(Wait([&] { return Samples(*window) > 0; }));
-  window.reset();
+TEST_F(Desktop, AWindowMayBeDestroyedWhileTheLoggerRuns) {
+  {
+    CMainWindow window;
+    ASSERT_TRUE(window.Open(m_demo));
+    window.Start();
+    EXPECT_TRUE(Wait([&] { return Samples(window) > 0; }));
+  }
   QCoreApplication::processEvents();
-  EXPECT_GT(Rows(), 0u) << "what was in memory is lost";
+  EXPECT_GT(Rows(), 0u) << "the samples in memory are lost";
 }
 
-TEST_F(Desktop, ADocumentThatCannotBeReadChangesNothing) {
-  CDocument document;
-  ASSERT_EQ(document.Open(m_dir / "demo.json"), "");
+TEST_F(Desktop, ADocumentIsSavedInEitherFormAndAFaultChangesNothing) {
   WriteBytes(m_dir / "bad.json", "{\"version\": 7}");
-  EXPECT_EQ(document.Open(m_dir / "bad.json").Left(m_dir.Path().GetLength()), m_dir.Path());
-  EXPECT_EQ(document.Path(), m_dir / "demo.json");
-  EXPECT_EQ(document.Configuration().m_outputs.m_outputs.GetCount(), 1);
-}
-
-TEST_F(Desktop, WhatTheViewsChangedIsSavedInEitherForm) {
   for (const char* name : {"saved.json", "saved.vst"}) {
-    CDocument document;
-    ASSERT_EQ(document.Open(m_dir / "demo.json"), "");
+    CDocument document, again;
+    ASSERT_EQ(document.Open(m_demo), "");
+    EXPECT_EQ(document.Open(m_dir / "bad.json").Left(m_dir.Path().GetLength()), m_dir.Path());
+    EXPECT_EQ(document.Path(), m_demo);
     document.Configuration().m_trend.m_baseVars.Add("a");  // as the host does
     document.Configuration().m_trend.m_extraVars.Add("d");
     document.TrendChanged();
     EXPECT_TRUE(document.IsChanged());
+    EXPECT_NE(document.Save(m_dir / "no/such/folder.json"), "");
+    EXPECT_TRUE(document.IsChanged());
+    document.Configuration().m_plcWrite.m_disableWriting = 1;
     ASSERT_EQ(document.Save(m_dir / name), "");
     EXPECT_FALSE(document.IsChanged());
-    CDocument again;
+    EXPECT_EQ(document.Lost().GetSize(), CString(name).Right(4) == ".vst");
     ASSERT_EQ(again.Open(m_dir / name), "");
+    EXPECT_EQ(again.Configuration().m_outputs.m_outputs.GetCount(), 1);
     EXPECT_EQ(again.Configuration().m_trend.m_extraVars.GetSize(), 2) << name;
     EXPECT_EQ(again.Configuration().m_trend.m_baseVars.GetSize(), 0)
-        << "the names of the input are no setting";
+        << "names of the input are not a setting";
   }
-  CDocument document;
-  EXPECT_NE(document.Save(m_dir / "no/such/folder.json"), "");
-  document.Configuration().m_plcWrite.m_disableWriting = 1;
-  ASSERT_EQ(document.Save(m_dir / "x.json"), "");
-  EXPECT_EQ(document.Lost().GetSize(), 0);
-  ASSERT_EQ(document.Save(m_dir / "x.vst"), "");
-  EXPECT_EQ(document.Lost().GetSize(), 1) << "the file cannot hold that writing is disabled";
 }
 
 TEST_F(Desktop, SettingsKeepTheNewestFilesOnceAndNoBadPlace) {
   CSettings settings;
   for (const char* path : {"a", "b", "a", "c", "d", "e", "f", "g", "h", "i"}) settings.AddRecent(path);
-  std::string all;
-  for (const CString& path : CSettings().Recent()) all += path.Std();
-  EXPECT_EQ(all, "ihgfedca");
-  const struct {
-    const char* value;
-    bool isPlace;
-  } cases[] = {{"1,2,30,40", true}, {"", false}, {"1,2,3", false}, {"1,2,0,40", false}, {"x", false}};
-  for (const auto& [value, isPlace] : cases) {
+  EXPECT_EQ(CSettings().Recent(), Names({"i", "h", "g", "f", "e", "d", "c", "a"}));
+  for (const char* value : {"", "1,2,3", "1,2,0,40", "x", "1,2,30,40"}) {
     settings.Set("Place", value);
     CRect place{9, 9, 9, 9};
+    const bool isPlace = CString(value) == "1,2,30,40";
     EXPECT_EQ(settings.GetPlace("Place", place), isPlace) << value;
-    EXPECT_EQ(place, isPlace ? CRect({1, 2, 31, 42}) : CRect({9, 9, 9, 9}));
+    EXPECT_EQ(place, isPlace ? CRect({1, 2, 31, 42}) : CRect({9, 9, 9, 9})) << value;
   }
 }
 
 TEST_F(Desktop, TheWindowRunsAConfigurationAndAsksBeforeItStops) {
-  CMainWindow window;
-  CTestPrompter boxes;
+  CTestWindow window;
   window.show();
   EXPECT_FALSE(ActionOf(window, "Start")->isEnabled());
   EXPECT_FALSE(window.Open(m_dir / "missing.json"));
-  ASSERT_EQ(boxes.asked.size(), 1u);
-  EXPECT_NE(boxes.Take()[0].find("missing.json: "), std::string::npos);
-  ASSERT_TRUE(window.Open(m_dir / "demo.json"));
+  EXPECT_EQ(window.boxes.Take(),
+            Texts{"|" + (m_dir / "missing.json").Std() + ": No such file or directory|30"});
+  ASSERT_TRUE(window.Open(m_demo));
   ActionOf(window, "Start")->trigger();
   ASSERT_TRUE(Wait([&] { return HasStatus(window, "Running"); }));
   EXPECT_FALSE(ActionOf(window, "Open...")->isEnabled());
-  ActionOf(window, "Trend")->trigger();
-  ActionOf(window, "Scan Grid")->trigger();
-  ASSERT_TRUE(Wait(
-      [&] { return window.findChildren<QDialog*>().size() + QApplication::topLevelWidgets().size() > 3; }));
-
-  boxes.answer = IDNO;
+  window.boxes.answer = IDNO;
   window.close();
-  EXPECT_EQ(boxes.Take(), std::vector<std::string>{"|The logger is running. Stop it and quit?|124"});
+  EXPECT_EQ(window.boxes.Take(), Texts{"|The logger is running. Stop it and quit?|124"});
   EXPECT_TRUE(HasStatus(window, "Running"));
-
   ActionOf(window, "Stop")->trigger();
   ASSERT_TRUE(Wait([&] { return HasStatus(window, "Stopped"); }));
   EXPECT_GT(Rows(), 0u);
   EXPECT_TRUE(HasStatus(window, " samples, 0 failed reads, "));
-  EXPECT_EQ(boxes.Take(), std::vector<std::string>{});
 }
 
-TEST_F(Desktop, AViewDoesNotGoWithTheOneThatWasActiveWhenItOpened) {
+TEST_F(Desktop, ViewsOpenOnTheScreenAndCloseOneByOne) {
+  CSettings().SetPlace("TrendPlace", {5000, -3000, 5500, -2600});
   CMainWindow window;
   window.show();
-  ASSERT_TRUE(window.Open(m_dir / "demo.json"));
+  ASSERT_TRUE(window.Open(m_demo));
   ActionOf(window, "Trend")->trigger();
-  ASSERT_TRUE(TopLevel("Trending"));
-  TopLevel("Trending")->activateWindow();
-  ASSERT_TRUE(Wait([] { return QApplication::activeWindow() == TopLevel("Trending"); }));
-  QTest::keyClick(TopLevel("Trending"), Qt::Key_2, Qt::ControlModifier);
+  QWidget* trend = TopLevel("Trending");
+  ASSERT_TRUE(trend);
+  EXPECT_TRUE(window.screen()->geometry().contains(trend->geometry().center()));
+  trend->activateWindow();
+  ASSERT_TRUE(Wait([&] { return QApplication::activeWindow() == trend; }));
+  QTest::keyClick(trend, Qt::Key_2, Qt::ControlModifier);
   ASSERT_TRUE(TopLevel("Scan Screen")) << "the key does not work here";
-  Click(TopLevel("Trending"), "Cancel");
+  Click(trend, "Cancel");
   QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   EXPECT_FALSE(TopLevel("Trending"));
   EXPECT_TRUE(TopLevel("Scan Screen"));
-}
-
-TEST_F(Desktop, AViewComesBackOntoTheScreen) {
-  CSettings().SetPlace("TrendPlace", {5000, -3000, 5500, -2600});
-  CMainWindow window;
-  ASSERT_TRUE(window.Open(m_dir / "demo.json"));
-  ActionOf(window, "Trend")->trigger();
-  ASSERT_TRUE(TopLevel("Trending"));
-  EXPECT_TRUE(window.screen()->geometry().contains(TopLevel("Trending")->geometry().center()));
 }
 
 TEST_F(Desktop, FilesAreChosenWhereTheProgramWasStarted) {
   const std::filesystem::path former = std::filesystem::current_path();
   std::filesystem::current_path(m_dir.Path().Std());
   CMainWindow window;
-  std::filesystem::current_path(former);  // as a run does that looks for drivers
+  std::filesystem::current_path(former);
   CString path;
   WhileModal([&] { ChooseFile({}, path); },
              [&](QWidget* dialog) {
@@ -228,55 +188,47 @@ TEST_F(Desktop, FilesAreChosenWhereTheProgramWasStarted) {
 TEST_F(Desktop, TheProgramEndsWithEveryWindowOpen) {
   CMainWindow window;
   window.show();
-  ASSERT_TRUE(window.Open(m_dir / "demo.json"));
+  ASSERT_TRUE(window.Open(m_demo));
   window.Start();
   ASSERT_TRUE(Wait([&] { return HasStatus(window, "Running"); }));
   for (const char* view : {"Trend", "Scan Grid", "Messages", "Report"}) ActionOf(window, view)->trigger();
   QTimer::singleShot(0, &window, [&] { window.StopAndQuit(); });
   QTimer::singleShot(20000, &window, [] { QApplication::exit(1); });
-  EXPECT_EQ(QApplication::exec(), 0) << "a window that does not close keeps it";
+  EXPECT_EQ(QApplication::exec(), 0) << "the program goes on";
   EXPECT_TRUE(HasStatus(window, "Stopped"));
 }
 
-// As the dialog of a view does.
+// Does what the dialog of a view does.
 void AddExtraVariable(CMainWindow& window) {
   window.Trendings().GetOptions()->m_extraVars.Add("d");
   window.Trendings().OptionsChanged();
 }
 
 TEST_F(Desktop, ChangesAreNotLostWithoutAQuestion) {
-  const struct {
-    int answer;
-    bool quits, isSaved;
-  } cases[] = {{IDCANCEL, false, false}, {IDNO, true, false}, {IDYES, true, true}};
-  for (const auto& [answer, quits, isSaved] : cases) {
-    WriteBytes(m_dir / "demo.json", Configuration(kSimulator));
-    CMainWindow window;
-    CTestPrompter boxes;
-    ASSERT_TRUE(window.Open(m_dir / "demo.json"));
+  for (const int answer : {IDCANCEL, IDNO, IDYES}) {
+    WriteBytes(m_demo, Configuration(kSimulator));
+    CTestWindow window;
+    ASSERT_TRUE(window.Open(m_demo));
     AddExtraVariable(window);
-    boxes.answer = answer;
+    window.boxes.answer = answer;
     bool hasQuit = true;
-    QTimer stays;  // ends a program that goes on
+    QTimer stays;  // ends the program if it goes on
     QObject::connect(&stays, &QTimer::timeout, [&] { hasQuit = false, QApplication::exit(); });
     QTimer::singleShot(0, [&] {
       window.close();
       stays.start(200);
     });
     QApplication::exec();
-    EXPECT_EQ(hasQuit, quits) << answer;
-    EXPECT_EQ(boxes.Take(),
-              std::vector<std::string>{"|Save the changes to " + (m_dir / "demo.json").Std() + "?|23"});
+    EXPECT_EQ(hasQuit, answer != IDCANCEL);
+    EXPECT_EQ(window.boxes.Take(), Texts{"|Save the changes to " + m_demo.Std() + "?|23"});
     CConfiguration saved;
-    ASSERT_EQ(LoadConfiguration(m_dir / "demo.json", saved), "");
-    EXPECT_EQ(saved.m_trend.m_extraVars.GetSize(), isSaved ? 2 : 1) << answer;
+    ASSERT_EQ(LoadConfiguration(m_demo, saved), "");
+    EXPECT_EQ(saved.m_trend.m_extraVars.GetSize(), answer == IDYES ? 2 : 1) << answer;
   }
 }
 
 TEST_F(Desktop, ANewDocumentIsNamedWhenItIsSaved) {
-  CMainWindow window;
-  CTestPrompter boxes;
-  CTestChooser chooser;
+  CTestWindow window;
   window.show();
   EXPECT_FALSE(ActionOf(window, "Save")->isEnabled());
   ActionOf(window, "New")->trigger();
@@ -284,18 +236,19 @@ TEST_F(Desktop, ANewDocumentIsNamedWhenItIsSaved) {
   EXPECT_TRUE(window.findChild<QTreeWidget*>()->topLevelItem(0)->text(2).contains("File > Configuration"));
   ASSERT_TRUE(ActionOf(window, "Start")->isEnabled());
   window.Start();
-  ASSERT_TRUE(Wait([&] { return !boxes.asked.empty(); }));
-  EXPECT_EQ(boxes.Take()[0], "|input: the stage does not open: input.plcNodes: there is no PLC node|30");
+  ASSERT_TRUE(Wait([&] { return !window.boxes.asked.empty(); }));
+  EXPECT_EQ(window.boxes.Take()[0],
+            "|input: the stage does not open: input.plcNodes: there is no PLC node|30");
 
   AddExtraVariable(window);
-  boxes.answer = IDCANCEL;
+  window.boxes.answer = IDCANCEL;
   ActionOf(window, "New")->trigger();
-  EXPECT_EQ(boxes.Take(), std::vector<std::string>{"|Save the changes to Untitled?|23"});
+  EXPECT_EQ(window.boxes.Take(), Texts{"|Save the changes to Untitled?|23"});
   ActionOf(window, "Save")->trigger();  // the chooser is cancelled
   EXPECT_EQ(Title(window), "Untitled[*] - Vastra");
-  chooser.path = m_dir / "mine.json";
+  window.chooser.path = m_dir / "mine.json";
   ActionOf(window, "Save")->trigger();
-  EXPECT_EQ(chooser.file.defaultExtension, "json");
+  EXPECT_EQ(window.chooser.file.defaultExtension, "json");
   EXPECT_EQ(Title(window), (m_dir / "mine.json[*] - Vastra").Std());
   EXPECT_FALSE(window.isWindowModified());
   EXPECT_NE(ReadBytes(m_dir / "mine.json").find("\"version\": 1003"), std::string::npos);
@@ -303,7 +256,6 @@ TEST_F(Desktop, ANewDocumentIsNamedWhenItIsSaved) {
   ActionOf(window, "New")->trigger();
   EXPECT_EQ(Title(window), "Untitled[*] - Vastra") << "the name of the former document stays";
   EXPECT_TRUE(window.Trendings().GetOptions()->m_extraVars.IsEmpty());
-  EXPECT_EQ(boxes.Take(), std::vector<std::string>{});
 }
 
 TEST_F(Desktop, AFileKeepsItsVersionUnlessThatLosesSettings) {
@@ -319,17 +271,15 @@ TEST_F(Desktop, AFileKeepsItsVersionUnlessThatLosesSettings) {
                {R"(, "usePrefix": 1, "prefix": "P")", "x.json", IDNO, 0, 0}};
   for (const auto& [more, file, answer, boxCount, version] : cases) {
     WriteBytes(m_dir / "old.json", start + more + "}]}");
-    CMainWindow window;
-    CTestPrompter boxes;
-    CTestChooser chooser;
+    CTestWindow window;
     ASSERT_TRUE(window.Open(m_dir / "old.json"));
-    boxes.answer = answer;
-    chooser.path = m_dir / file;
+    window.boxes.answer = answer;
+    window.chooser.path = m_dir / file;
     ActionOf(window, "Save As...")->trigger();
-    ASSERT_EQ(boxes.asked.size(), boxCount) << more;
-    for (const std::string& box : boxes.asked)
-      EXPECT_NE(box.find("outputs[0].prefix: "), std::string::npos) << box;
-    const std::string bytes = ReadBytes(chooser.path);
+    const Texts asked = window.boxes.Take();
+    ASSERT_EQ(asked.size(), boxCount) << more;
+    for (const std::string& box : asked) EXPECT_NE(box.find("outputs[0].prefix: "), std::string::npos) << box;
+    const std::string bytes = ReadBytes(window.chooser.path);
     EXPECT_EQ(version ? bytes.at(4) == version : bytes.find("\"version\": 1002") != bytes.npos, true) << more;
   }
 }
@@ -339,69 +289,45 @@ TEST_F(Desktop, WhoIsNewHereIsOfferedTheDemoOnce) {
   const CString demo = m_dir / "vastra-demo/demo.json";
   for (const int answer : {IDNO, IDYES}) {
     CSettings().Set("DemoOffered", "");
-    CMainWindow window;
-    CTestPrompter boxes;
-    boxes.answer = answer;
+    CTestWindow window;
+    window.boxes.answer = answer;
     EXPECT_EQ(window.findChild<QTreeWidget*>()->topLevelItem(0)->text(0), "Nothing is open");
     window.OfferDemo();
     window.OfferDemo();
-    ASSERT_EQ(boxes.asked.size(), 1u);
-    EXPECT_NE(boxes.asked[0].find((m_dir / "vastra-demo").Std() + "|24"), std::string::npos)
-        << boxes.asked[0];
+    ASSERT_EQ(window.boxes.asked.size(), 1u);
+    EXPECT_TRUE(window.boxes.Take()[0].ends_with((m_dir / "vastra-demo").Std() + "|24"));
     EXPECT_EQ(Title(window), answer == IDYES ? (demo + "[*] - Vastra").Std() : "Vastra");
     EXPECT_EQ(std::filesystem::exists(demo.Std()), answer == IDYES);
   }
   CSettings().Set("DemoOffered", "");
-  CMainWindow window;
-  CTestPrompter boxes;
-  window.OfferDemo();
-  EXPECT_EQ(boxes.Take(), std::vector<std::string>{}) << "has been used before";
+  CTestWindow().OfferDemo();  // does not ask: the program has been used before
 }
 
-TEST_F(Desktop, AWrongEquationIsToldBeforeAnythingOpens) {
-  WriteBytes(m_dir / "wrong.json",
-             Configuration(kSimulator, R"(, "preprocess": 1, "preEquationText": "x = a; y = ;")"));
-  CMainWindow window;
-  CTestPrompter boxes;
-  ASSERT_TRUE(window.Open(m_dir / "wrong.json"));
+TEST_F(Desktop, AWrongEquationIsShownBeforeAnythingOpens) {
+  WriteBytes(m_demo, Configuration(kSimulator, R"(, "preprocess": 1, "preEquationText": "x = a; y = ;")"));
+  CTestWindow window;
+  ASSERT_TRUE(window.Open(m_demo));
   window.Start();
-  ASSERT_EQ(boxes.asked.size(), 1u);
-  EXPECT_NE(boxes.asked[0].find("input.preEquationText: statement 2, offset 5: "), std::string::npos)
-      << boxes.asked[0];
+  ASSERT_EQ(window.boxes.asked.size(), 1u);
+  EXPECT_NE(window.boxes.Take()[0].find("input.preEquationText: statement 2, offset 5: "), std::string::npos);
   EXPECT_TRUE(HasStatus(window, "Stopped"));
 }
 
-TEST_F(Desktop, ALogWithoutAFolderIsTold) {
-  WriteBytes(
-      m_dir / "lost.json",
-      Configuration(kSimulator, R"(}, "summaries": [{"saveCsv": 1, "directory": "nowhere"}], "smart": {)"));
-  CMainWindow window;
-  CTestPrompter boxes;
-  ASSERT_TRUE(window.Open(m_dir / "lost.json"));
-  window.Start();
-  ASSERT_TRUE(Wait([&] { return HasStatus(window, "Stopped"); }));
-  EXPECT_EQ(boxes.asked.back(), "|summaries: the stage does not open: summaries[0].directory: " +
-                                    (m_dir / "nowhere").Std() + ": No such file or directory|30");
-}
-
 TEST_F(Desktop, TheReportIsShownCopiedAndSaved) {
-  CMainWindow window;
-  CTestChooser chooser;
-  ASSERT_TRUE(window.Open(m_dir / "demo.json"));
+  CTestWindow window;
+  ASSERT_TRUE(window.Open(m_demo));
   ActionOf(window, "Report")->trigger();
   auto* report = window.findChild<QDialog*>();
   ASSERT_TRUE(report);
   const QString shown = Find<QPlainTextEdit>(report, "Report")->toPlainText();
   EXPECT_FALSE(shown.isEmpty());
-  for (QAbstractButton* button : report->findChildren<QAbstractButton*>()) {
-    chooser.path = m_dir / "report.txt";
-    if (button->text() == "&Copy" || button->text() == "&Save...") button->click();
-  }
+  window.chooser.path = m_dir / "report.txt";
+  for (const char* button : {"&Copy", "&Save..."}) Find<QAbstractButton>(report, button)->click();
   EXPECT_EQ(QGuiApplication::clipboard()->text(), shown);
   EXPECT_EQ(ToScreenLines(CString(ReadBytes(m_dir / "report.txt"))), shown);
 }
 
-// The kinds of lines that come through, by their first letters.
+// The first letters of the messages that pass the filters.
 std::string Shown() {
   class CSink : public CConsoleSink {
    public:
@@ -437,7 +363,7 @@ TEST_F(Desktop, TheKindsOfMessagesAreRememberedAndAllMeansAll) {
   }
   {
     CMessages messages(settings);
-    EXPECT_EQ(Shown(), "EWNB") << "the next run";
+    EXPECT_EQ(Shown(), "EWNB");
     Configure(messages, {"Warning Messages", "Always on Top"});
     EXPECT_EQ(Shown(), "W");
   }

@@ -1,4 +1,4 @@
-// The desktop for tests: its main window with a folder and settings of its own, and what the user sees of it.
+// Tests of the desktop: a folder and settings of the test's own, and what the user sees of the main window.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -24,14 +24,24 @@ inline std::string Configuration(const std::string& driver, const std::string& m
 }
 constexpr const char* kSimulator = R"({"plcType": 9001, "text1": "counter"})";
 
+using Texts = std::vector<std::string>;
+
+// The main window with boxes and choosers that answer by themselves. A test takes the boxes that it expects.
+struct CTestWindow : CMainWindow {
+  ~CTestWindow() override { EXPECT_EQ(boxes.Take(), Texts()); }
+
+  CTestPrompter boxes;
+  CTestChooser chooser;
+};
+
 class Desktop : public testing::Test {
  protected:
   Desktop() {
     ::setenv("XDG_CONFIG_HOME", m_dir.Path(), 1);
-    WriteBytes(m_dir / "demo.json", Configuration(kSimulator));
+    WriteBytes(m_demo, Configuration(kSimulator));
   }
 
-  // Lets the window work until condition holds.
+  // Processes events until condition is true.
   static bool Wait(const std::function<bool()>& condition) { return QTest::qWaitFor(condition, 20000); }
   static QAction* ActionOf(QMainWindow& window, const char* text) {
     for (const QAction* menu : window.menuBar()->actions())
@@ -50,6 +60,8 @@ class Desktop : public testing::Test {
         return words.constFirst().toInt();
     return 0;
   }
+  static std::string Title(const CMainWindow& window) { return window.windowTitle().toStdString(); }
+  // The rows of the logs.
   std::size_t Rows() const {
     std::size_t rows = 0;
     for (const auto& entry : std::filesystem::directory_iterator(m_dir.Path().Std()))
@@ -61,16 +73,14 @@ class Desktop : public testing::Test {
   }
 
   CTempDir m_dir;
+  const CString m_demo = m_dir / "demo.json";
 };
 
-// The window called title that stands; null: none does.
+// The visible window with that title, or null.
 inline QWidget* TopLevel(const char* title) {
   for (QWidget* widget : QApplication::topLevelWidgets())
     if (widget->isVisible() && widget->windowTitle() == title) return widget;
   return nullptr;
 }
-
-// What the user sees of the document.
-inline std::string Title(const CMainWindow& window) { return window.windowTitle().toStdString(); }
 
 }  // namespace vastra

@@ -78,8 +78,8 @@ class CTestChooser : public CChooser {
   CChooser* m_former;
 };
 
-// The widget of class T in window whose text or accessible name is name. Dialogs that belong to window are
-// not searched, since one that is closed may not be deleted yet.
+// The widget of class T in window whose text or accessible name is name; that of a visible page is preferred.
+// Dialogs that belong to window are not searched, since one that is closed may not be deleted yet.
 template <class T>
 T* Find(QWidget* window, const char* name) {
   const auto shows = [](QWidget* widget) {
@@ -89,7 +89,9 @@ T* Find(QWidget* window, const char* name) {
   };
   T* found = nullptr;
   for (T* widget : window->findChildren<T*>())
-    if (widget->window() == window->window() && shows(widget) == name) found = widget;
+    if (widget->window() == window->window() && shows(widget) == name &&
+        (!found || widget->isVisible() || !found->isVisible()))
+      found = widget;
   if (!found) throw std::runtime_error(std::string("no widget called ") + name);
   return found;
 }
