@@ -73,7 +73,10 @@ class CLiveState : public CRunObserver {
   using Values = std::vector<std::atomic<float>>;
 
   void StoreHead();
-  void BeginChange() { m_sequence.store(m_sequence.load(std::memory_order_relaxed) + 1); }
+  // Each store between the two is releasing, so a reader that sees one of them sees the odd number, too.
+  void BeginChange() {
+    m_sequence.store(m_sequence.load(std::memory_order_relaxed) + 1, std::memory_order_release);
+  }
   void EndChange() { BeginChange(); }
   bool CopyNumbers(const Values& values, CLiveSnapshot& snapshot) const;
   void Keep(std::shared_ptr<const CLastLog> log);
