@@ -94,9 +94,10 @@ TEST_F(PlcLink, ReportsEachStatusAsItsOperationDoes) {
     Calls();
   }
   m_script->openStatus = statusExtendedError;
+  Open();
   m_script->handle = SCRIPTED_NO_HANDLE;
   Open();
-  EXPECT_EQ(Calls(), kOpen + "GetExtendedError -1, ") << "not the handle of another open";
+  EXPECT_EQ(Calls(), kOpen + "GetExtendedError 5, " + kOpen + "GetExtendedError -1, ");
   m_script->openStatus = statusOk;
   Open();
   m_recorder.Take();
