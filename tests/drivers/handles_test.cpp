@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
 #include <stdexcept>
+#include <thread>
 
 const driver::CNodeForm driver::kNodeForm = {0, "Made up", {}, {}, nullptr};
 
@@ -54,6 +56,22 @@ TEST(DriverHandles, LetNothingThrownLeaveAndKeepNoHandleOfAFailedOpen) {
     EXPECT_EQ(kTable.Write(nullptr, none, closed), statusNotOpened);
     EXPECT_NE(kTable.GetExtendedError(closed), nullptr);
   }
+}
+
+TEST(DriverHandles, AreDifferentWhenTwoThreadsOpen) {
+  constexpr std::size_t kOpens = 5000;
+  std::vector<int> handles[2] = {std::vector<int>(kOpens), std::vector<int>(kOpens)};
+  {
+    std::vector<std::jthread> threads;
+    for (std::vector<int>& own : handles)
+      threads.emplace_back([&own] {
+        for (int& handle : own) kTable.Open({}, driverModeRead, &handle);
+      });
+  }
+  std::set<int> all(handles[0].begin(), handles[0].end());
+  all.insert(handles[1].begin(), handles[1].end());
+  EXPECT_EQ(all.size(), 2 * kOpens);
+  for (const int handle : all) kTable.Close(handle);
 }
 
 }  // namespace

@@ -224,6 +224,7 @@ TEST_F(Modbus, JoinsWhatItMayAndSplitsNoValue) {
       {"h0: f64, h1, h0 x 3, h1: u32", 6, 0, 0, "3 0+4, "},
       {"h0, h1, h1", 3, 0, 1, "3 0+1, 3 1+1, 3 1+1, "},
       {"h0 x 2: f32", 2, 0, 3, "3 0+2, 3 2+2, "},
+      {"h0, h1", 2, 0, 2, "3 0+2, "},
       {"h5", 1, 0, 0, "6 5+1, "},
       {"c5", 1, 0, 0, "5 5+1, "},
       {"h0: f32", 1, 0, 0, "16 0+2, "},
@@ -378,6 +379,11 @@ void Stale(CBytes& reply, const CBytes& former) { reply = former; }
 void Twice(CBytes& reply, const CBytes&) {
   const CBytes once = reply;
   reply.insert(reply.end(), once.begin(), once.end());
+}
+
+void BeAWebServer(CBytes& reply, const CBytes&) {
+  const std::string words = "HTTP/1.1 400 Bad Request\r\n\r\n";
+  reply.assign(words.begin(), words.end());
 }
 
 struct CFaultRow {
@@ -623,6 +629,19 @@ TEST_F(ModbusPauses, AreNotFollowedByAWaitForADeviceThatHangs) {
     m_server.Spoil({{}, {}, 50});
     EXPECT_EQ(node->Read(&m_value, 1), statusOk) << "it has answered: " << node->LastError();
   }
+}
+
+TEST_F(ModbusPauses, NameTheBadReplyBeforeThem) {
+  const auto node = Open(0, 0);
+  EXPECT_EQ(node->Read(&m_value, 1), statusOk);
+  m_server.Spoil({Twice});
+  EXPECT_EQ(node->Read(&m_value, 1), statusOk);
+  EXPECT_EQ(node->Read(&m_value, 1), statusInvalidFrame);
+  EXPECT_TRUE(Has(node->LastError(), "it came without a request")) << node->LastError();
+  ASSERT_TRUE(Soon([&] { return node->Read(&m_value, 1) == statusOk; })) << node->LastError();
+  m_server.Spoil({BeAWebServer, CReplyFault::closes});
+  EXPECT_EQ(node->Read(&m_value, 1), statusInvalidFrame);
+  EXPECT_TRUE(Has(node->LastError(), "it is of another protocol")) << node->LastError();
 }
 
 TEST_F(ModbusPauses, BeginAnewOnceTheDeviceHasAnsweredBeItWithAnException) {

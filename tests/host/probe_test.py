@@ -68,6 +68,7 @@ WRONG = [
     (["9001", "--count", "1", "--write", "1,2"], "2 values"),
     (["9001", "--write", "1,,2"], "1,,2"),
     (["9001", "--write", "1e99"], "1e99"),
+    (["9001", "--write", "1x"], "1x"),
     (["9001", "--reads", "-1"], "from 0"),
 ]
 
@@ -103,6 +104,7 @@ class Probe(CommandTest):
             calls = self.calls(*args)
             self.assertEqual(["statusOk", "statusOk", name, "statusOk"], [call[1] for call in calls])
             self.assertIn(words or "", calls[2][3] or "")
+            self.assertIsNone(calls[2][2])
             self.assertEqual(1, self.probe("9001", *args).status)
         self.assertEqual([("Open", "statusExtendedError", None, "Simulator: station is negative: -1")],
                          self.calls("--set", "station=-1"))
