@@ -13,7 +13,7 @@ namespace {
 
 using std::chrono::microseconds;
 
-constexpr microseconds kShortest{1000};  // the library takes no time-out of 0
+constexpr microseconds kShortest{1000};  // the library refuses a time-out of 0
 
 void SetTimeOut(modbus_t* context, CTime until) {
   const auto left = std::max(kShortest, std::chrono::duration_cast<microseconds>(until - CClock::now()));

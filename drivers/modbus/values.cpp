@@ -19,7 +19,7 @@ constexpr CKind kKinds[] = {
 
 // Printed lists number the holding registers 40001 to 49999, or 400001 to 465536.
 struct CPaper {
-  int unit;  // the digit of the table stands before so many
+  int unit;  // the digit of the table comes before this many
   int count;
 };
 constexpr CPaper kPapers[] = {{10000, 9999}, {100000, kLastAddress + 1}};
