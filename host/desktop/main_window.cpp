@@ -217,7 +217,8 @@ void CMainWindow::Apply(const CConfigurationSheet& sheet, const CTrendConfig& tr
   const CConfiguration former = m_document.Configuration();
   CConfiguration edited = former;
   sheet.GetConfiguration(edited);
-  edited.m_trend = trend;
+  edited.m_trend.m_equations = trend.m_equations;  // the input page can have emptied them
+  edited.m_trend.m_equationText = trend.m_equationText;
   if (m_document.Take(std::move(edited))) {
     if (m_runner.State() == CRunner::EState::stopped)
       UseConfiguration();
@@ -319,7 +320,7 @@ void CMainWindow::ShowCounts() {
                             .arg(counts.scans.late)
                             .arg(counts.fill.m_samples)
                             .arg(counts.fill.m_of));
-  m_progress->setVisible(counts.replay.logs != 0);
+  m_progress->setVisible(counts.replay.logs != 0 && m_runner.State() == CRunner::EState::running);
   if (counts.replay.logs != 0) m_progress->setValue(static_cast<int>(100 * counts.replay.part));
   m_overview->ShowCounts(counts.scans);
 }

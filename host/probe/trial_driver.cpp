@@ -87,7 +87,7 @@ void CTrialDriver::AskWords(const char* call, int status, int handle) {
   if (static_cast<std::size_t>(copy.GetLength()) == kMostWords)
     m_wordFaults.Add("the text of " + name + " does not end within " + Decimal(kMostWords) + " bytes");
   else if (!IsUtf8(copy))
-    m_wordFaults.Add("the text of " + name + " is no UTF-8: " + copy.Left(kMostNoted));
+    m_wordFaults.Add("the text of " + name + " is not UTF-8: " + copy.Left(kMostNoted));
   const std::lock_guard lock(m_lastMutex);
   m_lastWords = copy.Left(kMostNoted);
 }
@@ -108,7 +108,7 @@ void CTrialDriver::CheckArea(std::span<const float> area, int status) {
   const auto before = area.first(kGuard), after = area.last(kGuard);
   const auto values = area.subspan(kGuard, area.size() - 2 * kGuard);
   if (!std::ranges::all_of(before, IsUntouched)) m_areaFaults.Add("it wrote before the first value");
-  if (!std::ranges::all_of(after, IsUntouched)) m_areaFaults.Add("it wrote behind the last value");
+  if (!std::ranges::all_of(after, IsUntouched)) m_areaFaults.Add("it wrote after the last value");
   const auto left = std::ranges::find_if(values, IsUntouched);
   if (status == statusOk && left != values.end())
     m_areaFaults.Add("value " + Decimal(left - values.begin() + 1) + " of " +

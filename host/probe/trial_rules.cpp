@@ -70,7 +70,7 @@ CSeen HeaderStays(CTrial& trial) {
 CSeen HasName(CTrial& trial) {
   const CString& name = trial.driver.Name();
   if (name.IsEmpty()) return Broken(trial.driver.Header().name ? "it is empty" : "it is null");
-  return IsUtf8(name) ? CSeen() : Broken("it is no UTF-8: " + name);
+  return IsUtf8(name) ? CSeen() : Broken("it is not UTF-8: " + name);
 }
 
 CSeen HasTable(CTrial& trial) {

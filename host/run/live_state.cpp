@@ -8,25 +8,28 @@
 namespace vastra {
 
 CLiveSnapshot CLiveState::Snapshot() const {
-  CLiveSnapshot snapshot;
-  std::shared_ptr<const std::vector<CString>> names;
-  std::shared_ptr<const Values> values;
-  {
+  for (;;) {
+    CLiveSnapshot snapshot;
+    const CFixed fixed = CopyFixed(snapshot);
+    if (!fixed.values) return snapshot;
+    snapshot.names = *fixed.names;
+    snapshot.values.resize(fixed.values->size());
+    while (!CopyNumbers(*fixed.values, snapshot)) std::this_thread::yield();
+    if (snapshot.samples == 0) snapshot.values.clear();
     const std::lock_guard lock(m_mutex);
-    snapshot.isRunning = m_isRunning;
-    names = m_names;
-    values = m_values;
-    snapshot.logs = m_logs;
-    snapshot.messages = m_messages;
-    std::rotate(snapshot.messages.begin(), snapshot.messages.begin() + static_cast<std::ptrdiff_t>(m_oldest),
-                snapshot.messages.end());
+    if (m_values == fixed.values) return snapshot;  // else the numbers can be of samples with other names
   }
-  if (!values) return snapshot;
-  snapshot.names = *names;
-  snapshot.values.resize(values->size());
-  while (!CopyNumbers(*values, snapshot)) std::this_thread::yield();
-  if (snapshot.samples == 0) snapshot.values.clear();
-  return snapshot;
+}
+
+// Copies what the mutex guards.
+CLiveState::CFixed CLiveState::CopyFixed(CLiveSnapshot& snapshot) const {
+  const std::lock_guard lock(m_mutex);
+  snapshot.isRunning = m_isRunning;
+  snapshot.logs = m_logs;
+  snapshot.messages = m_messages;
+  std::rotate(snapshot.messages.begin(), snapshot.messages.begin() + static_cast<std::ptrdiff_t>(m_oldest),
+              snapshot.messages.end());
+  return {m_names, m_values};
 }
 
 // False: the writer has stored meanwhile. The acquiring loads keep their order, so that a sequence number

@@ -72,6 +72,12 @@ class CLiveState : public CRunObserver {
   static constexpr std::size_t kWords = (sizeof(CHead) + sizeof(Word) - 1) / sizeof(Word);
   using Values = std::vector<std::atomic<float>>;
 
+  struct CFixed {
+    std::shared_ptr<const std::vector<CString>> names;
+    std::shared_ptr<const Values> values;
+  };
+
+  CFixed CopyFixed(CLiveSnapshot& snapshot) const;
   void StoreHead();
   // Each store between the two is releasing, so a reader that sees one of them sees the odd number, too.
   void BeginChange() {

@@ -44,7 +44,7 @@ CRun::~CRun() { m_messenger.Attach(nullptr); }
 CScanLoop::COptions CRun::LoopOptions(const CRunOptions& options) {
   CScanLoop::COptions result;
   result.threaded = options.threaded;
-  result.scans = options.scans == 0 ? -1 : options.scans;  // of none Start makes the end
+  result.scans = options.scans == 0 ? -1 : options.scans;  // with 0 scans Start ends the run
   result.period = options.period;
   result.target = options.target;
   result.node = options.node;
@@ -115,8 +115,8 @@ void CRun::Publish() {
   if (sample) Tell(&CRunObserver::Sampled, *sample);
 }
 
-// The read that finds the end of a replay is no failure: the links outside of the one that replays call it an
-// Error, which is not shown. Read by a worker, the input is that of the same thread.
+// The read that finds the end of a replay is not a failure. The outer links report it as an Error, which is
+// not shown. A worker that reads uses the input itself, so the access is safe.
 bool CRun::TakeMessage(const char* linkType, const char* linkName, char function, char severity,
                        const char* text) {
   if (severity == severityError && function == functionRead && m_loop.Input().IsFinished()) return false;

@@ -52,7 +52,7 @@ class CRun : private CRunMessenger::CReader {
   const CStageNames& Names() const { return m_names; }
   // The names of the samples that the observers get, as far as they can be worked out before the start.
   CStringArray SampleNames() { return TrendNames(m_names, *Trend().GetOptions()); }
-  // What the settings allow and a user has hardly meant, a line each.
+  // Settings that are valid but probably not intended, a line each.
   std::vector<CString> Warnings() const { return FindWarnings(m_configuration, m_names); }
   // The equation lists that do not compile. A host does not start a run that has one.
   std::vector<CEquationFinding> EquationFaults() const {

@@ -27,7 +27,7 @@ FAULTS = [
     ("has no Close", [CLOSE], "end with the module"),
     ("gives a status of Read", [OPEN], "statusTimeout"),
     ("stores no handle", [OPEN], "no handle"),
-    ("writes behind", [READ], "behind"),
+    ("writes behind", [READ], "after the last value"),
     ("writes before", [READ], "before"),
     ("leaves a value", [READ], "value 2 of 2"),
     ("writes with 1", [WRITE], "unknown status 1"),
