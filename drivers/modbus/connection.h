@@ -34,7 +34,7 @@ class CConnection {
   const std::string m_name;
   std::shared_ptr<CLine> m_line;
   std::string m_words;
-  std::string m_lost;  // words for the failure that the device is left alone for
+  std::string m_lost;  // the text of the failure that began the pause
   milliseconds m_pause{0};
   CTime m_restUntil;      // no attempt before
   CTime m_called;         // when the last transfer began

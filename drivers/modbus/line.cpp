@@ -13,9 +13,9 @@ namespace {
 std::mutex g_linesLock;
 std::map<std::string, std::weak_ptr<CSerialLine>> g_lines;  // by device, those in use
 
-// One for all the names that lead to a device.
+// The same for all names of a device.
 std::string KeyOf(const std::string& device) {
-  std::error_code unknown;  // a device that is not there has the name given
+  std::error_code unknown;  // a missing device keeps the name as typed
   const std::filesystem::path path = std::filesystem::canonical(device, unknown);
   return unknown ? device : path.string();
 }

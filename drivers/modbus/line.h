@@ -13,7 +13,7 @@ namespace modbus {
 struct CResult {
   int status = statusOk;
   std::string words;     // without the name of the device
-  bool pending = false;  // no failure yet: a later call goes on
+  bool pending = false;  // no failure yet: a later call continues
 
   bool IsGood() const { return status == statusOk; }
 };
@@ -27,8 +27,8 @@ class CLine {
 
   // Whether frames can be sent. A device that has closed its side is not connected.
   virtual bool IsConnected() = 0;
-  // Connects, or goes on with it, and waits until `until` at most. A wary attempt is for a device that has
-  // failed: it only counts as connected once it has answered.
+  // Connects, or continues to connect, and waits until `until` at most. A wary attempt is for a device that
+  // has failed: it only counts as connected once it has answered.
   virtual CResult Connect(const CSettings& settings, CTime until, bool wary) = 0;
   // Sends request and waits for its reply, for the time-out at most; connects again first if the device
   // has closed the connection. After a failure the next exchange begins on a clean line, or IsConnected says

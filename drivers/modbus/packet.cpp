@@ -6,7 +6,7 @@ namespace modbus {
 namespace {
 
 constexpr int kTcpHead = 7;
-constexpr int kTcpCounted = 6;  // bytes in front of those that the length in the head counts
+constexpr int kTcpCounted = 6;  // bytes before those that the length in the head counts
 constexpr int kSerialHead = 1;
 constexpr int kSerialTail = 2;
 

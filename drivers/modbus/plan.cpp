@@ -15,7 +15,7 @@ int MostOf(const CKind& kind, const CLimits& limits) {
   return kind.isRegister ? limits.registers : 16 * limits.registers;
 }
 
-// Whether value, which does not begin in front of request, can be asked for by it too.
+// Whether request can also contain value, which does not begin before it.
 bool Takes(const CRequest& request, const CValue& value, int widestGap, const CLimits& limits) {
   return !limits.single && request.kind == value.kind && value.address - EndOf(request) <= widestGap &&
          EndOf(value) - request.first <= MostOf(*value.kind, limits);

@@ -42,7 +42,7 @@ CResult CResolver::Resolve(CTime until) {
   if (!m_addresses.empty()) return {};
   try {
     if (!m_question.valid()) m_question = std::async(std::launch::async, Ask, m_host, m_port, 0);
-  } catch (const std::system_error&) {  // there is no thread to be had
+  } catch (const std::system_error&) {  // the system has no thread left
     return Lost("names cannot be looked up now");
   }
   if (m_question.wait_until(until) != std::future_status::ready)

@@ -74,9 +74,8 @@ CResult CTcpLine::ConnectAnew(const CSettings& settings, bool wary) {
 CResult CTcpLine::Connect(const CSettings& settings, CTime until, bool wary) {
   const CClock::duration forgotten = settings.timeOut + settings.connectPause + kForgotten;
   if (m_begun && !wary && CClock::now() - *m_begun > forgotten && !IsAwaited()) Drop();
-  // A wary attempt is gone on with however long ago that was: if scans are far apart and the device is slow,
-  // another one would get no further. If the device has closed this one meanwhile, as many do that are idle,
-  // then it lives.
+  // A wary attempt continues, however old it is: if scans are far apart and the device is slow, a new attempt
+  // would not get further. If the device has closed the idle connection meanwhile, the device works.
   if (m_begun && wary && HasClosed()) return ConnectAnew(settings, wary);
   return TakeSteps(settings, {until, wary});
 }
@@ -182,7 +181,7 @@ CResult CTcpLine::Exchange(const CSettings& settings, const CFrame& request, CFr
 CResult CTcpLine::Ask(const CSettings& settings, const CFrame& request, CFrame& reply) {
   const int waiting = m_step == kConnected ? Peek() : -1;
   if (waiting > 0) return BadFrame("it came without a request");
-  if (waiting < 0)  // the device may have closed since it was found to be there, as some do after each reply
+  if (waiting < 0)  // the device may have closed after the check, as some do after each reply
     if (CResult again = ConnectAnew(settings, false); !again.IsGood()) return again;
   if (CResult sent = Send(settings.unit, request); !sent.IsGood()) return sent;
   const CTime deadline = CClock::now() + settings.timeOut;

@@ -49,8 +49,8 @@ class CTcpLine : public CLine {
   void Hang();
   // Data that came without a request: 0 none, 1 some, -1 the connection has ended.
   int Peek() const;
-  // Whether the name server or the device has not replied yet to the attempt. Such a one is judged by its own
-  // begin, however old it is: of a hundred nodes that are opened together only the first that is dead waits.
+  // Whether the name server or the device has not replied yet to the attempt. The time-out counts from the
+  // begin of the attempt: if a hundred nodes open together, only the first dead one waits.
   bool IsAwaited() const;
   // Whether the device has closed its side and no data is left to read.
   bool HasClosed() const;

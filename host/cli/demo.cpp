@@ -1,5 +1,8 @@
 // vastra demo: logs from the simulator and writes a configuration to start from.
 #include "host/common/demo.h"
+
+#include <cstring>
+
 #include "host/cli/command.h"
 #include "host/cli/progress.h"
 #include "host/cli/terminal/terminal.h"
@@ -21,20 +24,30 @@ EExit Prepare(const CFileArgument& out, const CFileArgument& file) {
   return kDone;
 }
 
+// The path as a shell reads it: in quotes if it has blanks or characters that a shell interprets.
+CString ShellWord(const CString& path) {
+  constexpr const char* kPlain = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789/._-+,:@%";
+  if (std::strspn(path, kPlain) == static_cast<std::size_t>(path.GetLength())) return path;
+  CString word = "'";
+  for (int i = 0; i < path.GetLength(); ++i) word += path[i] == '\'' ? "'\\''" : CString(path[i]);
+  return word + "'";
+}
+
 void Explain(const CFileArgument& out, const CSessionResult& result) {
   CTerminal& terminal = CTerminal::Instance();
   terminal.Line("vastra: " + ToText(result));
   const CString& dir = out.typed;
   for (const std::string& file : result.files)
     terminal.Line("  " + dir + CString(file).Mid(out.path.GetLength()));
-  terminal.Line("The configuration is in " + dir + "/demo.json. Try next:");
+  terminal.Line("The configuration is in " + dir + "/" + kDemoFile + ". Try next:");
+  const CString demo = ShellWord(dir + "/" + kDemoFile);
   if (!result.files.empty()) {
-    terminal.Line("  vastra inspect " + dir + "/all/*.rph");
-    terminal.Line("  vastra convert " + dir + "/batches/Batch1.rph");
+    terminal.Line("  vastra inspect " + ShellWord(dir + "/all") + "/*.rph");
+    terminal.Line("  vastra convert " + ShellWord(dir + "/batches/Batch1.rph"));
   }
-  terminal.Line("  vastra watch " + dir + "/demo.json --vars Temp,TempMean,Items,Deviation");
-  terminal.Line("  vastra check " + dir + "/demo.json");
-  terminal.Line("  vastra run " + dir + "/demo.json");
+  terminal.Line("  vastra watch " + demo + " --vars Temp,TempMean,Items,Deviation");
+  terminal.Line("  vastra check " + demo);
+  terminal.Line("  vastra run " + demo);
 }
 
 EExit Demo(const CFileArgument& out, const CSessionOptions& options) {

@@ -55,7 +55,7 @@ class CReport : public CProbeObserver {
   void OnCall(const char* call, const CDriverReply& reply, std::span<const float> values) override;
   void OnFault(const CString& words) override { Worsen(Fail(kFailed, m_file, words)); }
   void OnCountMatters() override {
-    if (!m_isCounted) Warn("probe", "the driver was opened for 1 value; --count gives another number");
+    if (!m_isCounted) Warn("probe", "the driver was opened for 1 value; --count sets another number");
   }
   bool BeginReads() override {
     m_stop.emplace();
