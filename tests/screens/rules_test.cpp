@@ -25,9 +25,7 @@ std::string Join(const CStringArray& array) {
 std::string Told(const char* message) { return message ? message : ""; }
 
 TEST(TextList, ReadingStopsAtAnEmptyLine) {
-  const struct {
-    const char *text, *lines;
-  } kCases[] = {
+  const std::pair<const char*, const char*> kCases[] = {
       {"", ""},
       {"a", "a|"},
       {"a\r\nb\r\n\r\n", "a|b|"},
@@ -38,7 +36,7 @@ TEST(TextList, ReadingStopsAtAnEmptyLine) {
       {"a\r\r\nb", "a\r|b|"},
       {"\xC3\xA9\r\n\xE9\n", "\xC3\xA9|\xE9|"},
   };
-  for (const auto& c : kCases) EXPECT_EQ(Join(LinesOf(c.text)), c.lines) << c.text;
+  for (const auto& [text, lines] : kCases) EXPECT_EQ(Join(LinesOf(text)), lines) << text;
   EXPECT_EQ(Join(LinesOf(CString("a\0b\r\n", 5))), std::string("a\0b|", 4));
 }
 
@@ -48,78 +46,52 @@ TEST(TextList, NamesAreComparedByteForByte) {
   EXPECT_EQ(Join(MissingFrom(Names({"a", "b"}), Names({"c", "b", "A", "a ", "c"}))), "c|A|a |c|");
 }
 
-TEST(TextFile, OnlyARegularFileUpToTheLimitIsRead) {
+TEST(TextFile, OnlyRegularFilesUpToTheLimitAreReadAndWritten) {
   const CTempDir dir;
-  for (const auto& [name, size] :
-       {std::pair("list", std::size_t{3}), {"longest", kMaxTextFile}, {"longer", kMaxTextFile + 1}}) {
-    WriteBytes(dir / name, "");
-    std::filesystem::resize_file((dir / name).Std(), size);
-  }
-  const auto lengthOf = [](const CString& path) {  // -1: not read
-    CString text;
-    return ReadTextFile(path, text) ? text.GetLength() : -1;
-  };
-  EXPECT_EQ(lengthOf(dir / "list"), 3);
-  EXPECT_EQ(lengthOf(dir / "longest"), static_cast<int>(kMaxTextFile));
-  for (const CString& bad : {dir / "longer", dir / "none", dir.Path(), CString("/dev/zero"), CString()})
-    EXPECT_EQ(lengthOf(bad), -1) << bad.Std();
-}
-
-TEST(TextFile, AFailedExportLeavesTheFileUnchanged) {
-  const CTempDir dir;
-  const CString path = dir / "list.txt";
-  WriteBytes(path, "old");
-  std::filesystem::create_symlink("list.txt", (dir / "link").Std());
+  const CString path = dir / "list", text("n\0w", 3);
+  CString read;
+  for (const CString& bad : {dir.Path(), dir / "none/list", CString("/dev/zero"), CString()})
+    EXPECT_FALSE(ReadTextFile(bad, read) || WriteTextFile(bad, text)) << bad.Std();
+  EXPECT_TRUE(WriteTextFile(path, text));
   {
     const CFileSizeLimit full(2);
-    EXPECT_FALSE(WriteTextFile(path, "newer"));
+    EXPECT_FALSE(WriteTextFile(path, "longer"));
   }
-  EXPECT_EQ(ReadBytes(path), "old");
-  EXPECT_TRUE(WriteTextFile(dir / "link", CString("n\0w", 3)));
-  EXPECT_EQ(ReadBytes(path), std::string("n\0w", 3)) << "the link was replaced, not the file";
-  for (const CString& bad : {dir.Path(), dir / "none/list", CString("/dev/null"), CString()})
-    EXPECT_FALSE(WriteTextFile(bad, "x")) << bad.Std();
-  EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
-  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.Path().Std()), {}), 2) << "files left over";
+  EXPECT_TRUE(ReadTextFile(path, read));
+  EXPECT_EQ(read, text);
+  for (const bool isLonger : {false, true}) {
+    std::filesystem::resize_file(path.Std(), kMaxTextFile + isLonger);
+    EXPECT_EQ(ReadTextFile(path, read), !isLonger);
+  }
 }
 
 TEST(EquationCheck, TheFirstFaultIsFoundByItsOffsetInTheText) {
   const struct {
-    const char *text, *equations;
+    const char* text;
     int statement, offset;
   } kCases[] = {
       // a and b may be read
-      {" \r\n\t", "", 0, 0},
-      {"x = a + b; y = x", "x = a + b| y = x|", 0, 0},
-      {"x = y;\r\ny = a;\r\n", "x = y|\r\ny = a|", 0, 0},
-      {"x = c; y = d;", "x = c| y = d|", 1, 4},
-      {"x = 1;\r\ny = 2;\r\nz = nope + 1;\r\n", "x = 1|\r\ny = 2|\r\nz = nope + 1|", 3, 20},
-      {"x = 1;\r\ny =\r\n 2 +", "x = 1|\r\ny =\r\n 2 +|", 2, 17},
-      {"x = 1;;", "x = 1||", 2, 6},
-      {"x = 1; /* end */", "x = 1| /* end */|", 2, 16},
-      {"x = 1; /* \xC3\xA9 */ y = c", "x = 1| /* \xC3\xA9 */ y = c|", 2, 20},
-      {"A = 1; x = A; y = B", "A = 1| x = A| y = B|", 3, 18},
-      {"x = 1; y /* */ = 2", "x = 1| y /* */ = 2|", 0, 0},
+      {" \r\n\t", 0, 0},
+      {"x = a + b; y = x", 0, 0},
+      {"x = y;\r\ny = a;\r\n", 0, 0},
+      {"x = c; y = d;", 1, 4},
+      {"x = 1;\r\ny = 2;\r\nz = nope + 1;\r\n", 3, 20},
+      {"x = 1;\r\ny =\r\n 2 +", 2, 17},
+      {"x = 1;;", 2, 6},
+      {"x = 1; /* end */", 2, 16},
+      {"x = 1; /* \xC3\xA9 */ y = c", 2, 20},
+      {"A = 1; x = A; y = B", 3, 18},
+      {"x = 1; y /* */ = 2", 0, 0},
   };
+  CStringArray equations;
   for (const auto& c : kCases) {
-    CStringArray equations = Names({"replaced"});
     const CTextFault fault = CheckEquations(c.text, Names({"a", "b"}), equations);
     EXPECT_EQ(fault.statement, c.statement) << c.text;
     EXPECT_EQ(fault.offset, c.offset) << c.text;
-    EXPECT_EQ(Join(equations), c.equations) << c.text;
   }
+  EXPECT_EQ(Join(equations), "x = 1| y /* */ = 2|") << "those of the last text";
   EXPECT_EQ(CheckStatements(Names({"y = x", "x = a", "x = x + 1"}), Names({"a"})).statement, 0);
-  const CTextFault fault = CheckStatements(Names({"x = a", "y = b", "z = c"}), Names({"a"}));
-  EXPECT_EQ(fault.statement, 2);
-  EXPECT_EQ(fault.offset, 4) << "from the start of its statement";
-}
-
-TEST(EquationCheck, ATargetIsTheLastWordBeforeTheFirstEqualsSign) {
-  const struct {
-    const char *equation, *target;
-  } kCases[] = {{"x=y=z", "x"}, {" \r\n x  = a", "x"}, {"/* c\nx = 1", "x"},     {"x y = 1", "y"},
-                {"x", ""},      {"= 1", ""},           {"\xC3\xA9 x == 1", "x"}, {"x\ty = 1", "x\ty"}};
-  for (const auto& c : kCases) EXPECT_EQ(TargetName(c.equation).Std(), c.target) << c.equation;
+  EXPECT_EQ(CheckStatements(Names({"x = a", "y = b"}), Names({"a"})).offset, 4) << "in its statement";
 }
 
 TEST(InputPageRules, ControlsDependOnTheChoices) {
@@ -140,22 +112,20 @@ TEST(InputPageRules, TheFirstFaultIsTold) {
       kNoVariables =
           "If the preprocess input option is checked you must select one variable at least "
           "from the variables list";
-  const struct {
-    bool simulating, preprocess, hasNode, hasFile, hasVariable;
-    std::string told;
-  } kCases[] = {
-      {false, false, true, false, false, ""},         {false, true, false, true, false, kNoNode},
-      {true, true, true, false, false, kNoFiles},     {true, false, false, true, false, ""},
-      {true, true, false, true, false, kNoVariables}, {false, true, true, false, true, ""},
+  const std::pair<std::string, std::string> kCases[] = {
+      // simulating, preprocess, a node, a file, a variable
+      {"n", ""}, {"pf", kNoNode}, {"spn", kNoFiles}, {"sf", ""}, {"spf", kNoVariables}, {"pnv", ""},
   };
-  for (const auto& c : kCases) {
+  for (const auto& [settings, told] : kCases) {
     CInputConfig config;
-    if (c.hasNode) config.m_plcNodes.AddTail(new CPlcNodeConfig);
-    if (c.hasFile) config.m_inputFiles.AddTail("/a.rph");
-    if (c.hasVariable) config.m_preNewVars = Names({"b"});
-    config.m_simulating = c.simulating;
-    config.m_preprocess = c.preprocess;
-    EXPECT_EQ(Told(FaultOf(config)), c.told.empty() ? "" : "Wrong Configuration!!\n " + c.told);
+    for (const char setting : settings) {
+      if (setting == 's') config.m_simulating = 1;
+      if (setting == 'p') config.m_preprocess = 1;
+      if (setting == 'n') config.m_plcNodes.AddTail(new CPlcNodeConfig);
+      if (setting == 'f') config.m_inputFiles.AddTail("/a.rph");
+      if (setting == 'v') config.m_preNewVars = Names({"b"});
+    }
+    EXPECT_EQ(Told(FaultOf(config)), told.empty() ? "" : "Wrong Configuration!!\n " + told) << settings;
   }
 }
 
@@ -177,21 +147,39 @@ TEST(ItemRules, ABasisThatIsNotOfferedFallsBackToTheTime) {
   }
 }
 
-TEST(ItemRules, TheNamesOfLogsNeedALoggedVariableOrAPrefix) {
+template <class TConfig>
+void ExpectFaults(TConfig& item, const char* noVariables, const CString& proposed) {
+  const auto told = [&] { return Told(FirstFault(item)); };
+  const std::string kWrong = "Wrong Configuration!!\n ";
+  EXPECT_EQ(told(), kWrong + "You must give a name");
+  item.m_name = "x";
+  EXPECT_EQ(told(), kWrong + "You must select a destination path");
+  item.m_directory = "x";
+  EXPECT_EQ(told(), kWrong + "To write logs you must enter the basic enable equations at least");
+  item.m_enableEquations = Names({"a"});
+  EXPECT_EQ(told(), kWrong + noVariables);
+  item.m_varNames = Names({"a"});
+  EXPECT_EQ(ProposedEnableText(item), "/*Replace with your equations*/\r\nSampleIsValid= 1; \r\n" + proposed);
+}
+
+TEST(ItemRules, TheFirstFaultIsTold) {
+  CSummaryConfig summary;
+  ExpectFaults(summary, "To write summary you must enter at least 1 output variable",
+               "WriteToSummary= 1; \r\nRestartSummary= 0;");
+  EXPECT_EQ(Told(FirstFault(summary)), "");
+  COutputConfig output;
+  ExpectFaults(output, "To write logs you must select at least 1 output variable",
+               "WriteToLog= 1; \r\nRestartLog= 0;");
   const struct {
     const char *basis, *prefix;
     int usesPrefix;
     const char* told;
   } kCases[] = {
-      {"System Time", "", 0, ""},
       {"System Time", "p", 1, ""},
       {"System Time", "", 1, "You selected to use a prefix, please type the prefix to be used"},
       {"a", "", 1, ""},
       {"A", "p", 0, "The selected variable for the log names must be included in the logged variables"}};
   for (const auto& c : kCases) {
-    COutputConfig output;
-    output.m_name = output.m_directory = "x";
-    output.m_enableEquations = output.m_varNames = Names({"a"});
     output.m_nameVariable = c.basis;
     output.m_prefix = c.prefix;
     output.m_usePrefix = c.usesPrefix;
@@ -208,25 +196,13 @@ TEST(ScalerRules, EachVariableHasTheFirstRowOfItsName) {
     scaler.m_nodes.Add(row);
   }
   const auto text = [](const CScalerConfig& rows) {
-    CString all;
-    for (const CScalerConfigNode& row : rows.m_nodes) {
-      CString one;
-      one.Format("%s %g|", row.m_varName.Std().c_str(), static_cast<double>(row.m_scale));
-      all += one;
-    }
-    return all.Std();
+    std::string all;
+    for (const CScalerConfigNode& row : rows.m_nodes)
+      all += row.m_varName.Std() + " " + std::to_string(static_cast<int>(row.m_scale)) + "|";
+    return all;
   };
   EXPECT_EQ(text(ScalerRowsOf(scaler, Names({"a", "b"}))), "a 1|b 2|");
   EXPECT_EQ(text(KeptScalerRows(scaler, Names({"a", "b"}))), "b 2|b 5|");
-}
-
-// "Period=5|Name=abc|Mode=1|": a choice by its index.
-std::string TextOf(const std::vector<CFormRow>& rows) {
-  std::string all;
-  for (const CFormRow& row : rows)
-    all += row.name.Std() + "=" +
-           (row.kind == driverFieldChoice ? std::to_string(row.choice) : row.text.Std()) + "|";
-  return all;
 }
 
 TEST(DriverForm, AHostileFormShowsWhatCanBeEditedAndKeepsTheRest) {
@@ -247,26 +223,27 @@ TEST(DriverForm, AHostileFormShowsWhatCanBeEditedAndKeepsTheRest) {
          for (DriverField& field : m.fields) field.name = field.help = nullptr;
        },
        "Setting=5|Setting (2)=abc|Setting (3)=1|"},
-      {"endless name", [](CModule& m) { m.fields[0].name = m.fields[0].help = kEndless.c_str(); },
-       "nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn...=5|Name=abc|Mode=1|"},
-      {"unknown kinds", [](CModule& m) { m.fields[0].kind = -1, m.fields[1].kind = 3; }, "Mode=1|"},
-      {"empty range, no buffer", [](CModule& m) { m.fields[0].low = 101, m.fields[1].text = nullptr; },
-       "Mode=1|"},
-      {"choices below 0", [](CModule& m) { m.fields[2].choiceCount = -1; }, "Period=5|Name=abc|"},
-      {"no choices", [](CModule& m) { m.fields[2].choices = nullptr; }, "Period=5|Name=abc|"},
-      {"buffer of 0, too many choices",
-       [](CModule& m) { m.fields[1].textSize = 0, m.fields[2].choiceCount = 2147483647; }, "Period=5|"},
+      {"endless name, no room, too many choices",
+       [](CModule& m) {
+         m.fields[0].name = m.fields[0].help = kEndless.c_str();
+         m.fields[1].textSize = 0, m.fields[2].choiceCount = 2147483647;
+       },
+       "nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn...=5|"},
+      {"unknown kinds, choices below 0",
+       [](CModule& m) { m.fields[0].kind = -1, m.fields[1].kind = 3, m.fields[2].choiceCount = -1; }, ""},
+      {"empty range, no buffer, no choices",
+       [](CModule& m) { m.fields[0].low = 101, m.fields[1].text = nullptr, m.fields[2].choices = nullptr; },
+       ""},
       {"text without end", [](CModule& m) { std::memcpy(m.text, "12345678", 8); },
        "Period=5|Name=1234567|Mode=1|", "5|1234567|1"},
       {"cut character", [](CModule& m) { std::memcpy(m.text, "12345\u20AC", 8); },
        "Period=5|Name=12345|Mode=1|", "5|12345|1"},
       {"not UTF-8", [](CModule& m) { std::memcpy(m.text, "\x80\xFF\r\n", 5); },
        "Period=5|Name=\x80\xFF\r\n|Mode=1|", "5|\x80\xFF\r\n|1"},
-      {"number outside", [](CModule& m) { m.fields[0].number = 2147483647; },
-       "Period=2147483647|Name=abc|Mode=1|", "2147483647|abc|1",
-       "Period: enter a whole number from -5 to 100."},
-      {"choice below 0", [](CModule& m) { m.fields[2].number = -1; }, "Period=5|Name=abc|Mode=-1|",
-       "5|abc|-1", "Mode: choose an entry of the list."},
+      {"number outside, choice below 0",
+       [](CModule& m) { m.fields[0].number = 2147483647, m.fields[2].number = -1; },
+       "Period=2147483647|Name=abc|Mode=-1|", "2147483647|abc|-1",
+       "Period: enter a whole number from -5 to 100.Mode: choose an entry of the list."},
       {"choice outside", [](CModule& m) { m.fields[2].number = 2; }, "Period=5|Name=abc|Mode=-1|", "5|abc|2",
        "Mode: choose an entry of the list."},
   };
@@ -277,9 +254,13 @@ TEST(DriverForm, AHostileFormShowsWhatCanBeEditedAndKeepsTheRest) {
     ASSERT_EQ(IsShowable(&module.form), c.rows != nullptr);
     if (!c.rows) continue;
     const std::vector<CFormRow> rows = RowsOf(module.form);
-    EXPECT_EQ(TextOf(rows), c.rows);
-    std::string faults;
-    for (const CFormRow& row : rows) faults += RowFault(row).Std();
+    std::string faults, texts;
+    for (const CFormRow& row : rows) {
+      faults += RowFault(row).Std();
+      const bool isChoice = row.kind == driverFieldChoice;
+      texts += row.name.Std() + "=" + (isChoice ? std::to_string(row.choice) : row.text.Std()) + "|";
+    }
+    EXPECT_EQ(texts, c.rows);
     EXPECT_EQ(faults, c.fault);
     if (faults.empty()) StoreRows(module.form, rows);
     EXPECT_EQ(module.State(), c.state);
@@ -287,7 +268,7 @@ TEST(DriverForm, AHostileFormShowsWhatCanBeEditedAndKeepsTheRest) {
   EXPECT_FALSE(IsShowable(nullptr));
   CModule module;
   module.form.title = nullptr;
-  EXPECT_EQ(FormTitle(module.form).Std(), "Driver");
+  EXPECT_EQ(FormTitle(module.form), "Driver");
 }
 
 TEST(DriverForm, ValuesAreCheckedAgainstTheirField) {
