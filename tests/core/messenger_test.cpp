@@ -4,163 +4,130 @@
 
 #include <thread>
 
-#include "tests/core/picture.h"
+#include "tests/support/test_link.h"
 #include "vastra/core/console_sink.h"
 #include "vastra/platform/prompt.h"
 
 namespace vastra {
 namespace {
 
-constexpr char kProbe = 42;  // an unknown kind: always shown, so that its indent is the depth
-
-// Everything that a message shows: console lines as "window colour line", boxes as "box type text".
+// A messenger, also that of the links, and what it shows: lines as "window colour text", boxes as "box type
+// text".
 class CScreen : public CConsoleSink, public CPrompter {
  public:
-  CScreen() : m_sink(SetConsoleSink(this)), m_prompter(SetPrompter(this)) {}
-  ~CScreen() override { SetConsoleSink(m_sink), SetPrompter(m_prompter); }
+  CScreen() { SetConsoleSink(this), SetPrompter(this), CLink::SetMessenger(&m_messenger); }
+  ~CScreen() override { SetConsoleSink(nullptr), SetPrompter(nullptr), CLink::SetMessenger(nullptr); }
 
   int Write(UINT id, const CString& text, COLORREF colour, DWORD reserved) override {
     CString line;
-    line.Format("%u %06X ", id, colour);
-    m_shown.push_back((line + text).Std());
+    line.Format("%u %06X %s\n", id, colour, text.Std().c_str());
     EXPECT_EQ(reserved, 0u);
-    return 1;
+    return m_shown += line.Std(), 1;
   }
   int Show(const CString& text, const CString&, UINT type) override {
     CString box;
-    box.Format("box %02X ", type);
-    m_shown.push_back((box + text).Std());
-    return IDOK;
+    box.Format("box %02X %s\n", type, text.Std().c_str());
+    return m_shown += box.Std(), IDOK;
   }
-  std::vector<std::string> Take() { return std::exchange(m_shown, {}); }
+  std::string Take() { return std::exchange(m_shown, {}); }
+
+  // Shows all kinds of line, the next one at depth levels.
+  void Deepen(int levels) {
+    m_messenger.SetFilters(1, 1, 1, 1, 1);
+    for (int i = 0; i < levels; ++i) m_messenger.Send("", "", functionOpen, severityBegin, nullptr);
+    m_shown.clear();
+  }
+  // From the indent of a kind of line that no filter drops.
+  int Depth() {
+    m_messenger.Send("", "", functionOpen, 42, nullptr);
+    return static_cast<int>(Take().find('(') - std::size("0 000000")) / 3;
+  }
+
+  CMessenger m_messenger;
 
  private:
-  CConsoleSink* m_sink;
-  CPrompter* m_prompter;
-  std::vector<std::string> m_shown;
+  std::string m_shown;
 };
-
-int Depth(CMessenger& messenger, CScreen& screen) {
-  messenger.Send("", "", functionOpen, kProbe, nullptr);
-  const std::string line = screen.Take().back().substr(std::size("0 000000"));
-  return static_cast<int>(line.find('(')) / 3;
-}
-
-void Deepen(CMessenger& messenger, CScreen& screen, int levels) {
-  messenger.SetFilters(1, 1, 1, 1, 1);
-  for (int i = 0; i < levels; ++i) messenger.Send("", "", functionOpen, severityBegin, nullptr);
-  screen.Take();
-}
 
 const struct {
   char severity;
-  std::vector<std::string> shown;  // for a line at depth 2
-  int depth;                       // after the line
-  int dropped;                     // after a line that its filter drops
+  const char* shown;  // for a line at depth 2
+  int depth;          // after the line
+  int dropped;        // after a line that its filter drops
 } kCases[] = {
     {severityFatal,
-     {"0 0000B4    Fatal error - pump : No.( CPump,Flush)",
-      "box 10 Fatal error\n\n    pump\n    No.\n\nLinker type : CPump\nFunction :Flush"},
-     1,
-     1},
-    {severityError, {"0 0000B4    Error - pump : No.( CPump,Flush)"}, 1, 1},
-    {severityWarning, {"0 0082FF    Warning - pump : No.( CPump,Flush)"}, 1, 1},
-    {severityNotice, {"0 960000       Notice - pump : No.( CPump,Flush)"}, 2, 2},
-    {severityBegin, {"0 000000       Begin - pump : No.( CPump,Flush)"}, 3, 2},
-    {severityEnd, {"0 000000    End - pump : No.( CPump,Flush)"}, 1, 1},
-    {6, {"0 000000       pump : No.( CPump,Flush)"}, 2, 2},
-    {-1, {"0 000000       pump : No.( CPump,Flush)"}, 2, 2},
+     "0 0000B4    Fatal error - pump : No.( CPump,Flush)\n"
+     "box 10 Fatal error\n\n    pump\n    No.\n\nLinker type : CPump\nFunction :Flush\n",
+     1, 1},
+    {severityError, "0 0000B4    Error - pump : No.( CPump,Flush)\n", 1, 1},
+    {severityWarning, "0 0082FF    Warning - pump : No.( CPump,Flush)\n", 1, 1},
+    {severityNotice, "0 960000       Notice - pump : No.( CPump,Flush)\n", 2, 2},
+    {severityBegin, "0 000000       Begin - pump : No.( CPump,Flush)\n", 3, 2},
+    {severityEnd, "0 000000    End - pump : No.( CPump,Flush)\n", 1, 1},
+    {6, "0 000000       pump : No.( CPump,Flush)\n", 2, 2},
+    {-1, "0 000000       pump : No.( CPump,Flush)\n", 2, 2},
 };
 
 TEST(Messenger, EachKindHasItsWordsColourDepthAndFilter) {
   for (int off = 0; off < 6; ++off)  // 5: no filter drops
     for (const auto& c : kCases) {
       CScreen screen;
-      CMessenger messenger;
-      Deepen(messenger, screen, 2);
-      messenger.SetFilters(off != 0, off != 1, off != 2, off != 3, off != 4);
-      messenger.Send("CPump", "pump", functionFlush, c.severity, "No.");
+      screen.Deepen(2);
+      screen.m_messenger.SetFilters(off != 0, off != 1, off != 2, off != 3, off != 4);
+      screen.m_messenger.Send("CPump", "pump", functionFlush, c.severity, "No.");
       const bool drops = off < 5 && (off == c.severity || (off == 4 && c.severity == severityEnd));
-      EXPECT_EQ(screen.Take(), drops ? std::vector<std::string>() : c.shown);
-      EXPECT_EQ(Depth(messenger, screen), drops ? c.dropped : c.depth) << off << " " << int(c.severity);
+      EXPECT_EQ(screen.Take(), drops ? "" : c.shown);
+      EXPECT_EQ(screen.Depth(), drops ? c.dropped : c.depth) << off << " " << int(c.severity);
     }
 }
 
-TEST(Messenger, FiltersShowFailuresAndNoticesUntilTheyAreSet) {
+TEST(Messenger, ShowsFailuresAndNoticesAtFirstAndNoTextAsAnEmptyLineInTheBox) {
   CScreen screen;
-  CMessenger messenger;
   for (char severity = severityFatal; severity <= severityEnd; ++severity)
-    messenger.Send("CPump", "pump", functionOpen, severity, nullptr);
-  EXPECT_EQ(screen.Take().size(), 5u);  // four lines and a box
-  messenger.SetFilters(5, 4, 3, 2, 1);
+    screen.m_messenger.Send("CPump", "pump", functionOpen, severity, nullptr);
+  EXPECT_EQ(screen.Take(),
+            "0 0000B4 Fatal error - pump( CPump,Open)\n"
+            "box 10 Fatal error\n\n    pump\n    \n\nLinker type : CPump\nFunction :Open\n"
+            "0 0000B4 Error - pump( CPump,Open)\n0 0082FF Warning - pump( CPump,Open)\n"
+            "0 960000 Notice - pump( CPump,Open)\n");
+  EXPECT_EQ(screen.Depth(), 0) << "negative";
   int filters[5] = {};
-  messenger.GetFilters(filters[0], filters[1], filters[2], filters[3], filters[4]);
+  screen.m_messenger.SetFilters(5, 4, 3, 2, 1);
+  screen.m_messenger.GetFilters(filters[0], filters[1], filters[2], filters[3], filters[4]);
   EXPECT_EQ(std::vector<int>(filters, filters + 5), (std::vector<int>{5, 4, 3, 2, 1}));
-}
-
-TEST(Messenger, DepthIsNeverNegativeAndMissingTextIsAnEmptyLineInTheBox) {
-  CScreen screen;
-  CMessenger messenger;
-  for (const char severity : {severityEnd, severityError}) messenger.Send("", "", functionOpen, severity, "");
-  screen.Take();
-  messenger.Send("CPump", "pump", functionGetVarNames, severityFatal, nullptr);
-  EXPECT_EQ(
-      screen.Take(),
-      (std::vector<std::string>{
-          "0 0000B4 Fatal error - pump( CPump,Get Variable Names)",
-          "box 10 Fatal error\n\n    pump\n    \n\nLinker type : CPump\nFunction :Get Variable Names"}));
-  EXPECT_EQ(Depth(messenger, screen), 0);
 }
 
 // Also for the thread sanitizer: chains on two threads share one messenger.
 TEST(Messenger, AcceptsLinesOfTwoThreads) {
   CScreen screen;
-  CMessenger messenger;
   const auto send = [&](const char severity) {
-    for (int i = 0; i < 1000; ++i) messenger.Send("", "", functionRead, severity, nullptr);
+    for (int i = 0; i < 1000; ++i) screen.m_messenger.Send("", "", functionRead, severity, nullptr);
   };
-  messenger.SetFilters(0, 0, 0, 0, 0);
+  screen.m_messenger.SetFilters(0, 0, 0, 0, 0);
   std::thread other(send, severityEnd);
   send(severityError);
   other.join();
-  EXPECT_EQ(Depth(messenger, screen), 0);
+  EXPECT_EQ(screen.Depth(), 0);
 }
 
-// Links send to messenger while the object exists.
-struct CInstalled {
-  explicit CInstalled(CMessenger& messenger) { CLink::SetMessenger(&messenger); }
-  ~CInstalled() { CLink::SetMessenger(nullptr); }
-};
-
-TEST(Messenger, AnOperationOfALinkEndsAtTheIndentOfItsBegin) {
-  CMessenger messenger;
-  messenger.SetFilters(1, 1, 1, 1, 1);
-  const CInstalled installed(messenger);
+// A filter may change between a Begin and its End.
+TEST(Messenger, ALinkEndsAtTheIndentOfItsBeginAndADroppedEndLowersTheDepth) {
   CScreen screen;
   CPicture picture("N(T)");
-  EXPECT_EQ(Open(*picture.m_head, "Na Ta"), 1);
-  screen.Take();
   CLogSample sample;
+  EXPECT_EQ(Open(*picture.m_head, "Na Ta"), 1);
+  screen.Deepen(0);
   picture.m_leaves[0]->m_fails = true;
   EXPECT_EQ(picture.m_head->Read(sample), 0);
   EXPECT_EQ(screen.Take(),
-            (std::vector<std::string>{"0 000000 Begin - N( CNamerLink,Read)",
-                                      "0 000000    Begin - T1( CTestLink,Read)",
-                                      "0 0000B4    Error - T1 : Timeout error.( CTestLink,Read)",
-                                      "0 0000B4 Error - N : Could not read component.( CNamerLink,Read)"}));
-}
-
-// A filter may change between a Begin and its End: each End that is dropped still goes one level up.
-TEST(Messenger, ADroppedEndOfALinkLowersTheDepthAndADroppedBeginDoesNotRaiseIt) {
-  CMessenger messenger;
-  const CInstalled installed(messenger);
-  CScreen screen;
-  CTestLink link;
-  Deepen(messenger, screen, 2);
-  messenger.SetFilters(1, 1, 1, 1, 0);
+            "0 000000 Begin - N( CNamerLink,Read)\n0 000000    Begin - T1( CTestLink,Read)\n"
+            "0 0000B4    Error - T1 : Timeout error.( CTestLink,Read)\n"
+            "0 0000B4 Error - N : Could not read component.( CNamerLink,Read)\n");
+  screen.Deepen(2);
+  screen.m_messenger.SetFilters(1, 1, 1, 1, 0);
   for (const int depth : {2, 1, 0, 0}) {
-    EXPECT_EQ(Depth(messenger, screen), depth);
-    link.Close();
+    EXPECT_EQ(screen.Depth(), depth);
+    picture.m_leaves[0]->Close();
   }
 }
 

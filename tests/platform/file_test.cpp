@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
-#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <sys/uio.h>
 #include <unistd.h>
@@ -27,11 +26,10 @@ TEST(File, WritesManyPartsInOrderThroughAFullPipe) {
   action.sa_handler = [](int) {};
   ::sigaction(SIGUSR1, &action, nullptr);
   std::string sent, received;
-  std::vector<std::string> texts;
-  for (int i = 0; i < IOV_MAX + 10; ++i)
-    texts.push_back(std::string(static_cast<std::size_t>(i), char('a' + i % 26)));
   std::vector<iovec> parts;
-  for (std::string& text : texts) sent += text, parts.push_back({text.data(), text.size()});
+  for (std::size_t i = 0; i < IOV_MAX + 10; ++i) sent += std::string(i, static_cast<char>('a' + i % 26));
+  for (std::size_t i = 0, start = 0; i < IOV_MAX + 10; start += i++)
+    parts.push_back({sent.data() + start, i});
   std::thread reader([&, writer = ::pthread_self()] {
     for (int i = 0; i < 20; ++i) ::usleep(1000), ::pthread_kill(writer, SIGUSR1);
     CFile file(ends[0]);
@@ -63,45 +61,37 @@ TEST(File, FailuresNameTheFileAndTheReason) {
   }
 }
 
-std::string Names(const CArray<CFileEntry>& files) {
+std::string Names(const CString& directory, const CString& extension = "") {
   std::string names;
-  for (const CFileEntry& file : files) names += file.m_name.Std() + " ";
+  for (const CFileEntry& file : ListFiles(directory, extension)) names += file.m_name.Std() + " ";
   return names;
-}
-
-// The file after image was to replace it. No other file is left in the directory.
-std::string Replaced(const CTempDir& dir, const std::string& image) {
-  WriteBytes(dir / "log", "old");
-  try {
-    CReplaceFile file(dir / "log");
-    file.Write(image.data(), image.size());
-    file.Replace();
-  } catch (const CFileException&) {
-  }
-  EXPECT_EQ(Names(ListFiles(dir.Path(), "")), "log ");
-  return ReadBytes(dir / "log");
 }
 
 TEST(File, AReplacementIsCompleteOrHasNoEffect) {
   const CTempDir dir;
+  WriteBytes(dir / "log", "old");
   WriteBytes(dir / "log.part", "of a process that was killed");
-  EXPECT_EQ(Replaced(dir, "new image"), "new image");
-  for (std::size_t n = 3; n < 9; ++n) {
-    const CFileSizeLimit full(n);
-    EXPECT_EQ(Replaced(dir, "new image"), "old") << n;
+  for (std::size_t space = 3; space < 10; ++space) {
+    const CFileSizeLimit full(space);
+    const bool fits = space == 9;
+    try {
+      CReplaceFile file(dir / "log");
+      file.Write("new image", 9);
+      file.Replace();
+      EXPECT_TRUE(fits);
+    } catch (const CFileException&) {
+      EXPECT_FALSE(fits);
+    }
+    EXPECT_EQ(Names(dir.Path()), "log ");
+    EXPECT_EQ(ReadBytes(dir / "log"), fits ? "new image" : "old") << space;
   }
-}
-
-TEST(File, AReplacementThatFailsLeavesNoFile) {
-  const CTempDir dir;
-  std::filesystem::create_directories((dir / "log/inside").Std());
+  std::filesystem::create_directories((dir / "other/inside").Std());
   {
-    CReplaceFile file(dir / "log");
-    EXPECT_THROW(CReplaceFile(dir / "log"), CFileException) << "two at a time";
-    file.Write("x", 1);
+    CReplaceFile file(dir / "other");
+    EXPECT_THROW(CReplaceFile(dir / "other"), CFileException) << "two at a time";
     EXPECT_THROW(file.Replace(), CFileException);
   }
-  EXPECT_FALSE(FileExists(dir / "log.part"));
+  EXPECT_FALSE(FileExists(dir / "other.part"));
   EXPECT_THROW(CReplaceFile(dir / "none/log"), CFileException);
 }
 
@@ -111,7 +101,7 @@ TEST(File, SaveFileFollowsALinkAndWritesToAPipe) {
   WriteBytes(dir / "file", "old");
   ASSERT_EQ(::symlink("file", dir / "link"), 0);
   save(dir / "link");
-  EXPECT_EQ(Names(ListFiles(dir.Path(), "")), "file link ");
+  EXPECT_EQ(Names(dir.Path()), "file link ");
   EXPECT_EQ(ReadBytes(dir / "file"), "new");
   ASSERT_EQ(::mkfifo(dir / "pipe", 0600), 0);
   CFile reader(::open(dir / "pipe", O_RDONLY | O_NONBLOCK));
@@ -125,8 +115,8 @@ TEST(FileSystem, ListsTheFilesOfAnExtensionWithTheTimeOfTheirLastWrite) {
   for (const char* name : {"b.rph", "a.RPH", "rph", "a.rphx", ".rph", "c.csv"}) WriteBytes(dir / name, "");
   std::filesystem::create_directory((dir / "d.rph").Std());
   std::filesystem::create_symlink("none", (dir / "e.rph").Std());
-  EXPECT_EQ(Names(ListFiles(dir.Path(), ".rph")), ".rph a.RPH b.rph ");
-  EXPECT_TRUE(ListFiles(dir / "none", "").IsEmpty());
+  EXPECT_EQ(Names(dir.Path(), ".rph"), ".rph a.RPH b.rph ");
+  EXPECT_EQ(Names(dir / "none"), "");
   const timespec times[2] = {{0, 0}, {1'000'000'000, 123'456'000}};
   ASSERT_EQ(::utimensat(AT_FDCWD, dir / "c.csv", times, 0), 0);
   EXPECT_EQ(ListFiles(dir.Path(), ".csv")[0].m_lastWrite, 1'000'000'000'123'456'000);

@@ -6,20 +6,17 @@ namespace vastra {
 namespace {
 
 TEST(String, PartsEndAtTheEndOfTheString) {
+  const CString text = "abc";
   const struct {
     int first, count;
     const char* mid;
   } cases[] = {{0, 3, "abc"}, {1, 1, "b"}, {1, 9, "bc"}, {3, 1, ""}, {9, 9, ""}, {-1, 2, "ab"}, {0, -1, ""}};
-  for (const auto& c : cases) EXPECT_EQ(CString("abc").Mid(c.first, c.count), c.mid) << c.first;
-  EXPECT_EQ(CString("abc").Right(2), "bc");
-  EXPECT_EQ(CString("abc").Right(9), "abc");
-  EXPECT_EQ(CString("abc").Right(-1), "");
-  EXPECT_EQ(CString("abc").Left(9), "abc");
+  for (const auto& c : cases) EXPECT_EQ(text.Mid(c.first, c.count), c.mid) << c.first;
+  EXPECT_EQ(text.Left(9) + text.Right(2) + text.Right(9) + text.Right(-1), "abcbcabc");
 }
 
 TEST(String, KeepsEveryByte) {
   const CString zero("a\0b\xFF", 4);
-  EXPECT_EQ(zero.GetLength(), 4);
   EXPECT_EQ((zero + "!").View(), std::string_view("a\0b\xFF!", 5));
   EXPECT_FALSE(zero == CString("a"));
   EXPECT_TRUE(CString(static_cast<const char*>(nullptr)).IsEmpty());
@@ -37,14 +34,12 @@ TEST(String, TrimRemovesAllWhiteSpaceAndNothingElse) {
 }
 
 TEST(String, CompareNoCaseFoldsAsciiLettersOnly) {
-  const struct {
-    const char *left, *right;
-    int sign;
-  } cases[] = {{"AkZ", "aKz", 0},    {"a", "B", -1}, {"b", "A", 1},  {"a", "ab", -1},
-               {"\xC4", "\xE4", -1}, {"@", "`", -1}, {"[", "{", -1}, {"z", "\x80", -1}};
-  for (const auto& c : cases) {
-    const int order = CString(c.left).CompareNoCase(c.right);
-    EXPECT_EQ((order > 0) - (order < 0), c.sign) << c.left << " " << c.right;
+  EXPECT_EQ(CString("AkZ").CompareNoCase("aKz"), 0);
+  const char* less[][2] = {{"a", "B"}, {"A", "b"}, {"a", "ab"},  {"\xC4", "\xE4"},
+                           {"@", "`"}, {"[", "{"}, {"z", "\x80"}};
+  for (const auto& [left, right] : less) {
+    EXPECT_LT(CString(left).CompareNoCase(right), 0) << left << " " << right;
+    EXPECT_GT(CString(right).CompareNoCase(left), 0) << left << " " << right;
   }
 }
 
@@ -52,7 +47,6 @@ TEST(String, FormatAcceptsAnyLengthAndAPartOfItself) {
   const std::string word(5000, 'x');
   CString text;
   text.Format("%s%d", word.c_str(), -1);
-  EXPECT_EQ(text.Std(), word + "-1");
   text.Format("%s", text.Std().c_str());
   EXPECT_EQ(text.Std(), word + "-1");
 }

@@ -32,8 +32,8 @@ TEST(Time, AnInstalledClockIsUsedUntilItIsRemoved) {
   struct CFixed : CClock {
     _timeb Now() override { return {1, 2, 3, 4, 5}; }
   } fixed;
-  EXPECT_EQ(SetClock(&fixed), nullptr);
   _timeb now;
+  EXPECT_EQ(SetClock(&fixed), nullptr);
   _ftime(now);
   EXPECT_EQ(now, (_timeb{1, 2, 3, 4, 5}));
   EXPECT_EQ(SetClock(nullptr), &fixed);

@@ -18,8 +18,6 @@ inline const std::string kInput = Bytes("01000000 02000000 02000000 03000000 E80
 inline const std::string kOutput1002 =
     Bytes("0200 01'v' 01'w' 0100 01'e' 01'n' 01000000 02000000 03000000 04000000 02'/d' 02'e;'");
 inline const std::string kOutput1003 = kOutput1002 + Bytes("01'k' 05000000 01'p' 06000000");
-inline const std::string kOutputNew = Bytes(  // after a load of version 1002, without the first fields
-    "0000 0000 00 00000000 00000000 90010000 A00F0000 00 00");
 
 inline const std::string kSummary = Bytes(
     "0100 01'e' 0200 01's' 01't' 0100 01'v' 01'n' 01000000 02000000 03000000 04000000 02'/d' 04's;t;' "

@@ -1,7 +1,9 @@
-// Bytes written as hex text, and hex text of bytes.
+// Bytes written as hex text, hex text of bytes, and the bytes that an archive stores and loads.
 #pragma once
 
 #include <string>
+
+#include "vastra/platform/archive.h"
 
 namespace vastra {
 
@@ -33,6 +35,24 @@ inline std::string Hex(const std::string& bytes) {
   std::string hex;
   for (const char c : bytes) hex += {kDigits[(c >> 4) & 15], kDigits[c & 15], ' '};
   return hex;
+}
+
+template <class Store>
+std::string StoredBytes(Store store) {
+  CMemFile file;
+  CArchive ar(&file, CArchive::store);
+  store(ar);
+  ar.Close();
+  return file.Bytes();
+}
+
+// Returns how many bytes are left.
+template <class Load>
+std::size_t LoadBytes(const std::string& bytes, Load load, std::size_t buffer = CArchive::kBufferSize) {
+  CMemFile file(bytes);
+  CArchive ar(&file, CArchive::load, buffer);
+  load(ar);
+  return ar.Remaining();
 }
 
 }  // namespace vastra

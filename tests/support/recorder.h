@@ -5,9 +5,9 @@
 // with the words of the message lines and without text for Begin and End. It shows no lines and no boxes.
 #pragma once
 
-#include <iterator>
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "vastra/core/link.h"
@@ -29,31 +29,25 @@ class CRecorder : public CMessenger {
                        kSeverities[std::size_t(severity)] + " " + name;
     if (text) line += std::string(" ") + text;
     const std::lock_guard lock(m_mutex);
-    m_lines.push_back({severity, line});
+    m_lines.emplace_back(severity, line);
   }
 
-  // The lines since the last call of either function, each with a line end. TakeFaults leaves out Begin and
-  // End.
+  // The lines since the last call, each with a line end; TakeFaults leaves out Begin and End.
   std::string Take() { return Join(severityEnd); }
   std::string TakeFaults() { return Join(severityNotice); }
 
  private:
-  struct CLine {
-    char severity;
-    std::string text;
-  };
-
   std::string Join(char last) {
     const std::lock_guard lock(m_mutex);
     std::string all;
-    for (const CLine& line : m_lines)
-      if (line.severity <= last) all += line.text + "\n";
+    for (const auto& [severity, line] : m_lines)
+      if (severity <= last) all += line + "\n";
     m_lines.clear();
     return all;
   }
 
   std::mutex m_mutex;
-  std::vector<CLine> m_lines;
+  std::vector<std::pair<char, std::string>> m_lines;  // with the severity
 };
 
 }  // namespace vastra
