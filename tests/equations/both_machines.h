@@ -20,38 +20,29 @@ bool IsSameResult(T a, T b) {
   return (std::isnan(a) && std::isnan(b)) || std::memcmp(&a, &b, sizeof a) == 0;
 }
 
-// Describes how the two forms differ after a sample: in the values, in the undefined statements or in the
-// number of random numbers that they used. Empty if they agree.
-inline std::string FindDifference(CEquator& lowered, CEquator& reference, const CSampleValues& sample,
-                                  int inputs) {
-  CArray<double, double> results;
-  SeedRandom(7);
-  lowered.Run(sample);
-  const int random = NextRandom();
-  SeedRandom(7);
-  reference.RunByLines(sample, results);
-  if (random != NextRandom()) return "other random numbers";
-  if (lowered.GetUndefined() != reference.GetUndefined()) return "other undefined statements";
-  for (int i = 0; i < inputs + reference.GetNewVariables().GetSize(); ++i) {
-    const float fast = lowered.GetValue(sample, static_cast<UINT>(i));
-    const float slow = reference.GetValue(sample, static_cast<UINT>(i));
-    if (!IsSameResult(fast, slow))
-      return "value " + std::to_string(i) + ": " + std::to_string(fast) + " for " + std::to_string(slow);
-  }
-  return {};
-}
-
-// The same over several samples. For statements that do not compile it sets fault and returns an empty
-// string.
+// Describes how the two forms differ after one of the samples: in the values, in the undefined statements or
+// in the number of random numbers that they used. Empty if they agree. For statements that do not compile it
+// sets fault and returns an empty string.
 inline std::string CompareMachines(const CStringArray& inputs, const CStringArray& statements,
                                    const std::vector<CSampleValues>& samples, CEquationFault& fault) {
   CEquator lowered, reference;
+  CArray<double, double> results;
   fault = lowered.Compile(inputs, statements);
   if (fault.statement) return {};
   reference.Compile(inputs, statements);
-  for (std::size_t pass = 0; pass < samples.size(); ++pass) {
-    const std::string difference = FindDifference(lowered, reference, samples[pass], inputs.GetSize());
-    if (!difference.empty()) return "pass " + std::to_string(pass) + ", " + difference;
+  for (const CSampleValues& sample : samples) {
+    SeedRandom(7);
+    lowered.Run(sample);
+    const int random = NextRandom();
+    SeedRandom(7);
+    reference.RunByLines(sample, results);
+    if (random != NextRandom()) return "other random numbers";
+    if (lowered.GetUndefined() != reference.GetUndefined()) return "other undefined statements";
+    for (UINT i = 0; i < static_cast<UINT>(inputs.GetSize() + reference.GetNewVariables().GetSize()); ++i) {
+      const float fast = lowered.GetValue(sample, i), slow = reference.GetValue(sample, i);
+      if (!IsSameResult(fast, slow))
+        return "value " + std::to_string(i) + ": " + std::to_string(fast) + " for " + std::to_string(slow);
+    }
   }
   return {};
 }

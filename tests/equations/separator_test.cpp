@@ -18,22 +18,16 @@ const struct {
     {"", "", "", "0|"},
     {" \r\n", "", "", "0|"},
     {"a=1", "a=1|", "a|", "0|"},
-    {"a=1;", "a=1|", "a|", "0|4|"},
     {"a=1; b = 2 ;\r\n", "a=1| b = 2 |", "a|b|", "0|4|12|"},
-    {"a=1 \r\n", "a=1|", "a|", "0|"},
     {" ; ", " |", "", "0|2|"},
     {"z = 1;;", "z = 1||", "z|", "0|6|7|"},
     {"x\r\ny \r\n z\t= 1", "x\r\ny \r\n z\t= 1|", "z|", "0|"},
     {"a b\nc=1", "a b\nc=1|", "c|", "0|"},
-    {"a\nb c=1", "a\nb c=1|", "c|", "0|"},
     {"a\tb=1", "a\tb=1|", "a\tb|", "0|"},
     {" = 1", " = 1|", "|", "0|"},
     {"a == b = 1", "a == b = 1|", "a|", "0|"},
-    {"/* note */ x = 1", "/* note */ x = 1|", "x|", "0|"},
     {"y /* comment */ = 1", "y /* comment */ = 1|", "*/|", "0|"},
-    {"a=1; /* end */", "a=1| /* end */|", "a|", "0|4|"},
     {"/* a; b=2 */ c = 3", "/* a| b=2 */ c = 3|", "b|", "0|5|"},
-    {"/** note **/ x = 1; /* more */ y = 2;", "/** note **/ x = 1| /* more */ y = 2|", "x|y|", "0|19|37|"},
 };
 
 std::string Join(const CStringArray& array) {
@@ -125,7 +119,6 @@ const struct {
     // a, b and c are -2, -3 and -4; a new variable is -5
     {"y = 5", "269 5 0"},
     {"y = 007.50e+2", "269 750 0"},
-    {"y = a", "269 -2 0"},
     {"y = y + 1", "269 1 -5"},
     {"y = --a", "270 -2 0|270 -1 0"},
     {"y = a - -b", "270 -3 0|270 -1 -2"},
@@ -134,7 +127,6 @@ const struct {
     {"z = a + b * 2 - 1", "271 2 -3|269 -1 -2|270 1 -1"},
     {"y = a / b % c * 2", "272 -3 -2|273 -4 -1|271 2 -1"},
     {"y = a - (b - c)", "270 -4 -3|270 -1 -2"},
-    {"y = (a) - (b)", "269 -2 0|269 -3 0|270 -1 -1"},
     {"y = (1 + 2) * rand()", "269 2 1|291 0 0|271 -1 -1"},
     {"y = 5 + rand()", "291 0 0|269 -1 5"},
     {"y = pow(a + 1, 3)", "269 1 -2|293 3 -1"},
@@ -175,9 +167,8 @@ TEST(EquationParser, StatementsBecomeTheseLines) {
 }
 
 TEST(EquationParser, AFaultyStatementHasAddedItsName) {
-  const char* cases[][2] = {
-      {"new = nope", "a|new|"}, {"new", "a|new|"}, {"a = nope", "a|"}, {"1 = new", "a|"}, {"= 1", "a|"}};
-  for (const auto& [statement, expected] : cases) {
+  for (const auto& [statement, expected] :
+       {std::pair{"new = nope", "a|new|"}, {"new", "a|new|"}, {"a = nope", "a|"}, {"1 = new", "a|"}}) {
     CStringArray names = Names({"a"});
     CLineCodeList code;
     EXPECT_EQ(CParser().Parse(statement, &code, &names), 0) << statement;
