@@ -16,25 +16,17 @@ namespace vastra {
 
 template <class T>
 std::string Stored(T&& object, UINT version = 1003) {
-  CMemFile file;
-  CArchive ar(&file, CArchive::store);
-  object.Serialize(ar, version);
-  ar.Close();
-  return file.Bytes();
+  return StoredBytes([&](CArchive& ar) { object.Serialize(ar, version); });
 }
 
 // What is wrong with bytes, or an empty string.
 template <class T>
-CString Load(T& object, const std::string& bytes, UINT version = 1003) {
-  CMemFile file(bytes);
-  CArchive ar(&file, CArchive::load);
-  try {
-    object.Serialize(ar, version);
-  } catch (const CArchiveException& fault) {
-    return fault.Text();
-  }
-  EXPECT_EQ(ar.Remaining(), IsKnownVersion(version) ? 0 : bytes.size());
+CString Load(T& object, const std::string& bytes, UINT version = 1003) try {
+  const auto left = LoadBytes(bytes, [&](CArchive& ar) { object.Serialize(ar, version); });
+  EXPECT_EQ(left, IsKnownVersion(version) ? 0 : bytes.size());
   return "";
+} catch (const CArchiveException& fault) {
+  return fault.Text();
 }
 
 template <class T>
