@@ -135,7 +135,7 @@ TEST(Execution, ListsOfAnyOriginRun) {
   }
 }
 
-// Makes statements of the whole language by the rules of its grammar.
+// Makes statements of the whole language.
 class CWriter {
  public:
   explicit CWriter(unsigned seed) : m_random(seed) {}
@@ -144,8 +144,7 @@ class CWriter {
 
   // Three samples. The last has fewer values than there are inputs.
   std::vector<CSampleValues> Samples() {
-    static constexpr float kOdd[] = {0.0f,  -0.0f,  1.0f,  -1.0f, 2.5f,           1.1f,      1e30f,
-                                     -3e9f, 1e-40f, 32.0f, 0.5f,  -2147483648.0f, HUGE_VALF, NAN};
+    static constexpr float kOdd[] = {0.0f, -0.0f, 1.0f, 1e30f, -3e9f, 1e-40f, -2147483648.0f, HUGE_VALF, NAN};
     std::vector<CSampleValues> samples(3);
     for (CSampleValues& sample : samples)
       for (std::size_t i = 0; i < std::size(kInputs); ++i)
@@ -155,44 +154,34 @@ class CWriter {
   }
 
  private:
-  static constexpr int kRelation = 6, kSum = 7, kUnary = 9;
-  static constexpr std::initializer_list<const char*> kOperators[kUnary] = {
-      {" == ", " != "},
-      {" || "},
-      {" && "},
-      {" | "},
-      {" ^ "},
-      {" & "},
-      {" < ", " > ", " <= ", " >= "},
-      {" + ", " - "},
-      {" * ", " / ", " % ", " * ", " * "}};
-
   int Below(int limit) { return static_cast<int>(m_random() % static_cast<unsigned>(limit)); }
   std::string Pick(std::initializer_list<const char*> texts) {
     return texts.begin()[Below(static_cast<int>(texts.size()))];
   }
   std::string Expression(int depth) {
-    const std::string condition = Level(0, depth);
-    if (depth == 0 || Below(6)) return condition;
-    return condition + " ? " + Expression(depth - 1) + " : " + Expression(depth - 1);
+    std::string text = Relation(depth);
+    while (Below(3) == 0)
+      text += Pick({" == ", " != ", " || ", " && ", " | ", " ^ ", " & "}) + Relation(depth);
+    if (depth == 0 || Below(6)) return text;
+    return text + " ? " + Expression(depth - 1) + " : " + Expression(depth - 1);
   }
-  std::string Level(int level, int depth) {
-    if (level == kUnary) return Unary(depth);
-    std::string text = Level(level + 1, depth);
-    for (int i = level == kRelation ? 1 : 2; i > 0 && Below(level >= kSum ? 4 : 9) == 0; --i)
-      text += Pick(kOperators[level]) + Level(level + 1, depth);
+  std::string Relation(int depth) {
+    return Sum(depth) + (Below(9) ? "" : Pick({" < ", " > ", " <= ", " >= "}) + Sum(depth));
+  }
+  std::string Sum(int depth) {
+    std::string text = Unary(depth);
+    while (Below(3) == 0) text += Pick({" + ", " - ", " * ", " / ", " % ", " * "}) + Unary(depth);
     return text;
   }
   std::string Unary(int depth) {
     if (Below(8) == 0) return Pick({"-", "!", "~"}) + Unary(depth);
     if (depth-- == 0 || Below(3) == 0)
       return Pick({"x", "m", "f", "p", "q", "n", "i", "y", "z", "w", "0", "1", "2", "0.5", "3000000000"});
-    const int kind = Below(8);
-    if (kind == 0)
-      return Pick({"abs(", "sin(", "cos(", "exp(", "log(", "sqrt(", "tan("}) + Level(kSum, depth) + ")";
-    if (kind == 1) return "pow(" + Level(kSum, depth) + ", " + Level(kSum, depth) + ")";
-    if (kind == 2) return Below(3) ? Unary(depth) : "rand()";
-    if (kind > 4) return "(" + Expression(depth) + ")";
+    const int kind = Below(7);
+    if (kind == 0) return Pick({"abs(", "sin(", "cos(", "exp(", "log(", "sqrt(", "tan("}) + Sum(depth) + ")";
+    if (kind == 1) return "pow(" + Sum(depth) + ", " + Sum(depth) + ")";
+    if (kind == 2) return "rand()";
+    if (kind > 3) return "(" + Expression(depth) + ")";
     return "if(" + Expression(depth) + ", " + Expression(depth) + ", " + Expression(depth) + ")";
   }
 
