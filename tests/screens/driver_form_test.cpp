@@ -1,10 +1,11 @@
-// The dialog of a driver module's form.
+// The dialog of a driver module's form, and the dialog of a node without driver modules.
 #include "vastra/screens/driver_form_dlg.h"
 
 #include <gtest/gtest.h>
 
 #include "tests/screens/driver_form.h"
 #include "tests/screens/sheet_user.h"
+#include "vastra/screens/driver_type_dlg.h"
 
 namespace vastra {
 namespace {
@@ -20,32 +21,25 @@ class DriverFormDlg : public testing::Test {
 };
 
 TEST_F(DriverFormDlg, OnlyOkWritesTheValues) {
-  const CSteps enter = {"Period?5 / Name?abc / Mode?fast / Period= -5  / Name=\u20AC\u20AC1 / Mode=slow"};
-  for (const char* end : {"Cancel", "OK"}) {
-    CSteps steps = enter;
-    steps.emplace_back(end);
-    EXPECT_EQ(Show(steps), *end == 'O');
-    EXPECT_EQ(m_module.State(), *end == 'O' ? "-5|\u20AC\u20AC1|0" : "5|abc|1");
+  for (const std::string end : {"Cancel", "OK"}) {
+    EXPECT_EQ(
+        Show({"Period?5 / Name?abc / Mode?fast / Period= -5  / Name=\u20AC\u20AC1 / Mode=slow / " + end}),
+        end == "OK");
+    EXPECT_EQ(m_module.State(), end == "OK" ? "-5|\u20AC\u20AC1|0" : "5|abc|1");
   }
 }
 
-TEST_F(DriverFormDlg, AnInvalidValueKeepsTheDialogOpenOnItsField) {
+TEST_F(DriverFormDlg, ARefusedValueKeepsTheDialogOpen) {
   const auto hasFocus = [](const char* field) {
     return [=](QWidget* window) { EXPECT_EQ(window->focusWidget()->accessibleName(), field); };
   };
-  EXPECT_EQ(Show({"Period=101 / Name=12345\u20AC / OK / !Pump|Period: enter a whole number from -5 to "
-                  "100.|30 / Period?101",
-                  hasFocus("Period"), "Period=6 / OK / !Pump|Name: enter at most 7 bytes; the text has 8.|30",
-                  hasFocus("Name")}),
-            0);
-  EXPECT_EQ(m_module.State(), "5|abc|1");
-}
-
-TEST_F(DriverFormDlg, TheModuleChecksTheValuesBeforeTheyAreWritten) {
   m_module.form.check = [](const DriverField* fields, int, void*) {
     return fields[0].number == 6 ? "" : "Period has to be 6.";
   };
-  EXPECT_EQ(Show({"Name=new / OK / !Pump|Period has to be 6.|30",
+  EXPECT_EQ(Show({"Period=101 / Name=12345\u20AC / OK / !Pump|Period: enter a whole number from -5 to "
+                  "100.|30 / Period?101",
+                  hasFocus("Period"), "Period=7 / OK / !Pump|Name: enter at most 7 bytes; the text has 8.|30",
+                  hasFocus("Name"), "Name=new / OK / !Pump|Period has to be 6.|30",
                   [&](QWidget*) { EXPECT_EQ(m_module.State(), "5|abc|1"); }, "Period=6 / OK"}),
             1);
   EXPECT_EQ(m_module.State(), "6|new|1");
@@ -85,6 +79,20 @@ TEST_F(DriverFormDlg, RefusesAnInvalidFormAndRestoresTheFormerHost) {
   const DriverHost* forms = InstallDriverHost(&own);
   { const CDriverForms inner; }
   EXPECT_EQ(InstallDriverHost(forms), &own);
+}
+
+TEST(NoDrivers, ANodeCanNeitherBeConfiguredNorAdded) {
+  for (const bool isNew : {true, false}) {
+    CSheetUser user;
+    CDriverTypeDlg dialog;
+    if (!isNew) dialog.m_driverId = 5;
+    dialog.m_name = "node";
+    dialog.m_varNames = Names({"v"});
+    const CSteps steps = {isNew ? "!" : "!Driver not found!",
+                          "Type of PLC :?No Drivers Avaliable / Configure PLC?- / OK",
+                          isNew ? "!The PLC hasn't been configured" : "!"};
+    EXPECT_EQ(user.Run(dialog, steps), isNew ? IDCANCEL : IDOK);
+  }
 }
 
 }  // namespace

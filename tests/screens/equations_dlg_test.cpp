@@ -11,14 +11,17 @@ namespace {
 
 QPlainTextEdit* Editor(QWidget* window) { return Find<QPlainTextEdit>(window, "Equations"); }
 void Focus(QWidget* window) { Editor(window)->setFocus(); }
-void Activate(QWidget* window) { EXPECT_TRUE(QTest::qWaitForWindowActive(window)); }
 
 class EquationsDlg : public testing::Test {
  protected:
-  EquationsDlg() { m_dialog.m_varNames = Names({"a", "b", "\xC3\xA9"}); }
-  int Run(const CString& text, const CSteps& steps) {
+  int Run(const char* text, const CSteps& steps) {
+    m_dialog.m_varNames = Names({"a", "\xC3\xA9"});
     m_dialog.m_text = text;
-    return m_user.Run(m_dialog, CSteps{Activate} + steps);
+    const auto activate = [](QWidget* window) { EXPECT_TRUE(QTest::qWaitForWindowActive(window)); };
+    return m_user.Run(m_dialog, CSteps{activate} + steps);
+  }
+  CStep Choose(const char* name) {
+    return [=, this](QWidget*) { m_user.chooser.path = *name ? m_dir / name : CString(); };
   }
   CEquationsDlg m_dialog;
   CSheetUser m_user;
@@ -26,64 +29,34 @@ class EquationsDlg : public testing::Test {
 };
 
 TEST_F(EquationsDlg, AFaultIsMarkedAndRefusesOk) {
-  const struct {
-    const char *text, *status, *marked;
-    int place;  // of the mark in the text as shown, where a line end is one character
-  } kCases[] = {
-      {"", "0 errors", nullptr, 0},
-      {"x = y;\r\ny = a;\r\n", "0 errors", nullptr, 0},
-      {"x = 1;\r\n\r\ny = c;", "Found error in equation 2", "c", 12},
-      {"/* \xC3\xA9\xE2\x82\xAC */ x = 1;\r\ny = \xC3\xA9;", "Found error in equation 2", "\xC3\xA9", 20},
-      {"/* \xE9 */ x = 1;\r\ny = c;", "Found error in equation 2", "c", 19},
-      {"x = a +", "Found error in equation 1", "", 7},
+  const auto isMarked = [](const char* marked, int place) -> CStep {
+    return [=](QWidget* window) {
+      EXPECT_TRUE(Editor(window)->hasFocus());
+      EXPECT_EQ(Editor(window)->textCursor().selectedText().toStdString(), marked);
+      EXPECT_EQ(Editor(window)->textCursor().selectionStart(), place);
+    };
   };
-  for (const auto& c : kCases) {
-    SCOPED_TRACE(c.text);
-    const std::string status = std::string("?") + c.status;
-    // With the focus elsewhere and in the editor.
-    CSteps steps = {"Parse / " + status, Focus,
-                    [](QWidget* w) { Find<QAbstractButton>(w, "Parse")->click(); }, status + " / OK"};
-    if (c.marked) {
-      steps.emplace_back(status);
-      steps.emplace_back([&](QWidget* window) {
-        EXPECT_TRUE(Editor(window)->hasFocus());
-        EXPECT_EQ(Editor(window)->textCursor().selectedText().toStdString(), c.marked);
-        EXPECT_EQ(Editor(window)->textCursor().selectionStart(), c.place);
-      });
-    }
-    EXPECT_EQ(Run(c.text, steps), c.marked ? IDCANCEL : IDOK);
-    EXPECT_EQ(m_dialog.m_text.Std(), c.text);
-  }
-}
-
-TEST_F(EquationsDlg, TheStatusIsShownUntilTheEditorGetsTheFocus) {
-  EXPECT_EQ(
-      Run("x = c", {"? / Parse / ?Found error in equation 1 / Equations=x = 1;\ny = x / Parse / ?0 errors",
-                    Focus, "? / OK"}),
-      IDOK);
-  EXPECT_EQ(m_dialog.m_text.Std(), "x = 1;\r\ny = x");
+  const auto parse = [](QWidget* window) { Find<QAbstractButton>(window, "Parse")->click(); };
+  EXPECT_EQ(Run("/* \xC3\xA9\xE2\x82\xAC */ x = 1;\r\ny = \xC3\xA9;",
+                {"? / OK / ?Found error in equation 2", isMarked("\xC3\xA9", 20), "Equations=x = a +", parse,
+                 "?Found error in equation 1", isMarked("", 7), "Equations=x = 1;\ny = x / Parse / ?0 errors",
+                 Focus, "?", parse, "?0 errors / OK"}),
+            IDOK);
+  EXPECT_EQ(m_dialog.m_text, "x = 1;\r\ny = x");
   EXPECT_EQ(Joined(m_dialog.m_equations), "x = 1,\r\ny = x,");
 }
 
 TEST_F(EquationsDlg, AnExportKeepsTheBytesAndAnImportEndsAtAnEmptyLine) {
   const std::string text = "x = a;\r\ny = \xE9 + c\r\n\r\nz = 1;";
-  m_user.chooser.path = m_dir / "equations.txt";
-  const auto expectFile = [&](const std::string& bytes) {
-    return [&, bytes](QWidget*) { EXPECT_EQ(ReadBytes(m_user.chooser.path), bytes); };
+  const auto isExported = [&](const std::string& bytes) -> CStep {
+    return [&, bytes](QWidget*) { EXPECT_EQ(ReadBytes(m_dir / "list"), bytes); };
   };
-  Run(CString(text), {"Export...", expectFile(text),
-                      "Parse / Import... / ?File containing 2 lines / Equations?x = a;\ny = \u00E9 + c\n",
-                      Focus, "? / Export...", expectFile("x = a;\r\ny = \xE9 + c\r\n")});
-}
-
-TEST_F(EquationsDlg, FilesThatFailLeaveTheText) {
-  const auto choose = [&](const CString& path) {
-    return [&, path](QWidget*) { m_user.chooser.path = path; };
-  };
-  Run("x = a", {choose(m_dir / "none/x"),
-                "Import... / !Message|An error ocurred when trying to open the file|30 / Export... / "
-                "!Message|An error ocurred when trying to save the file|30",
-                choose(""), "Import... / Export... / ! / ? / Equations?x = a"});
+  Run(text.c_str(), {Choose("list"), "Export...", isExported(text),
+                     "Parse / Import... / ?File containing 2 lines / Equations?x = a;\ny = \u00E9 + c\n",
+                     Focus, "? / Export...", isExported("x = a;\r\ny = \xE9 + c\r\n"), Choose("none/x"),
+                     "Import... / !Message|An error ocurred when trying to open the file|30 / Export... / "
+                     "!Message|An error ocurred when trying to save the file|30",
+                     Choose(""), "Import... / Export... / ! / ? / Equations?x = a;\ny = \u00E9 + c\n"});
 }
 
 }  // namespace

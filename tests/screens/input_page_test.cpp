@@ -3,38 +3,24 @@
 
 #include <gtest/gtest.h>
 
-#include <QTabWidget>
-
-#include "tests/screens/node_pages.h"
-#include "vastra/screens/plc_write_page.h"
+#include "tests/screens/sheet_user.h"
+#include "tests/support/recorder.h"
 #include "vastra/screens/trend_facade_dlg.h"
 #include "vastra/stages/log_trendings.h"
 
 namespace vastra {
 namespace {
 
-CInputConfig Config() {
-  CInputConfig config;
-  config.m_scanPeriod = 700;
-  config.m_inputFiles.AddTail("old");
-  config.m_preNewVars = Names({"b"});
-  config.m_preEquations = Names({"x = b"});
-  config.m_preEquationText = "x = b;";
-  auto* node = new CPlcNodeConfig;
-  node->m_nodeName = "node";
-  node->m_driver.plcType = SCRIPTED_ID;
-  node->m_driver.value5 = 15;
-  node->m_driver.variableCount = 2;
-  node->m_varNames = Names({"v", "w"});
-  config.m_plcNodes.AddTail(node);
-  return config;
-}
+using nlohmann::json;
 
 class InputPage : public testing::Test {
  protected:
-  CScriptedDriver m_driver;
+  CRecorder m_recorder;  // of the messages of links
   CSheetUser m_user;
   CInputPage m_page;
+  const json m_config = json::parse(R"({"scanPeriod": 700, "inputFiles": ["/old"], "preNewVars": ["b"],
+    "preEquationText": "x = b;", "plcNodes": [{"nodeName": "node", "driver": {"plcType": 777, "value5": 15},
+                                               "varNames": ["v", "w"]}]})");
 };
 
 // A letter for each control that is enabled, an x for each that is checked, and the period.
@@ -50,10 +36,8 @@ std::string Controls(QWidget* window) {
 }
 
 TEST_F(InputPage, ControlsDependOnTheChoices) {
-  CInputConfig config;
-  config.m_scanPeriod = 77;
-  config.m_simulating = config.m_preprocess = config.m_asFastAsPossible = config.m_autoStart = 1;
-  m_page.SetConfiguration(config);
+  m_page.SetConfiguration(Configured<CInputConfig>(
+      R"({"scanPeriod": 77, "simulating": 1, "preprocess": 1, "asFastAsPossible": 1, "autoStart": 1})"));
   const auto expect = [](const char* state) { return [=](QWidget* w) { EXPECT_EQ(Controls(w), state); }; };
   m_user.Run({&m_page}, {expect("SVPxxxx -77"), "Auto Start / Connected", expect("AEDVP+xx -77"),
                          "Scan period :", expect("AEDVP+x 5000"), "Scan period :=1234 / Preprocess input",
@@ -62,85 +46,51 @@ TEST_F(InputPage, ControlsDependOnTheChoices) {
 }
 
 TEST_F(InputPage, EditsGoToTheConfiguration) {
-  const CInputConfig config = Config();
-  CInputConfig wanted = config;
-  const auto edit = [&](const CSteps& steps) {
+  const auto edit = [&](const char* steps, const json& changes) {
+    const auto config = Configured<CInputConfig>(m_config);
+    json wanted = m_config;
+    wanted.update(changes);
     m_page.SetConfiguration(config);
-    EXPECT_EQ(m_user.Run({&m_page}, steps), IDOK);
-    EXPECT_EQ(Held<CInputConfig>(m_page, config), TextOf(wanted));
+    EXPECT_EQ(m_user.Run({&m_page}, {steps}), IDOK);
+    EXPECT_EQ(Held(m_page, config), FieldsOf(Configured<CInputConfig>(wanted)));
   };
-  wanted.m_preprocess = 1;
   edit(
-      {"Preprocess input / Variable List... / ->> / Cancel / Preprocessed equations... / Equations=z = 1; / "
-       "Cancel / Simulating / Select Files... / Connected / OK"});
-  wanted.m_autoStart = wanted.m_simulating = 1;
-  wanted.m_scanPeriod = 65000;
-  wanted.m_preNewVars = Names({"b", "v", "w"});
-  wanted.m_preEquations = Names({"y = b", " z = y"});
-  wanted.m_preEquationText = "y = b; z = y";
-  wanted.m_inputFiles.RemoveAll();
-  for (const char* path : {"/z.rph", "/a.rph"}) wanted.m_inputFiles.AddTail(path);
+      "Preprocess input / Variable List... / ->> / Cancel / Preprocessed equations... / Equations=z = 1; / "
+      "Cancel / Simulating / Select Files... / Connected / OK",
+      {{"preprocess", 1}});
   m_user.chooser.paths = Names({"/z.rph", "/a.rph"});
   edit(
-      {"Preprocess input / Variable List... / Available Vars?v,w, / Selected Vars?b, / ->> / OK / "
-       "Preprocessed equations... / Equations?x = b; / Equations=y = b; z = y / OK / Scan period :=65000 / "
-       "Auto Start / Simulating / Select Files... / OK"});
+      "Preprocess input / Variable List... / Available Vars?v,w, / Selected Vars?b, / ->> / OK / "
+      "Preprocessed equations... / Equations?x = b; / Equations=y = b; z = y / OK / Scan period :=65000 / "
+      "Auto Start / Simulating / Select Files... / OK",
+      {{"preprocess", 1},
+       {"preNewVars", {"b", "v", "w"}},
+       {"preEquationText", "y = b; z = y"},
+       {"scanPeriod", 65000},
+       {"autoStart", 1},
+       {"simulating", 1},
+       {"inputFiles", {"/z.rph", "/a.rph"}}});
   EXPECT_EQ(m_user.chooser.file.filter, "Heat Files (*.rph)|*.rph||");
-  wanted = config;
-  wanted.m_scanPeriod = 5000;
-  edit({"As fast as possible / Scan period : / OK"});
-  wanted.m_scanPeriod = 10;
-  wanted.m_asFastAsPossible = wanted.m_simulating = 1;
-  wanted.m_plcNodes.RemoveAll();
+  edit("As fast as possible / Scan period : / OK", {{"scanPeriod", 5000}});
   // Without a node the names are not known: no list opens.
   edit(
-      {"As fast as possible / Net nodes#0 / Delete Node / Preprocess input / Variable List... / Preprocess "
-       "input / Simulating / OK"});
+      "As fast as possible / Net nodes#0 / Delete Node / Preprocess input / Variable List... / Preprocess "
+      "input / Simulating / OK",
+      {{"scanPeriod", 10}, {"asFastAsPossible", 1}, {"simulating", 1}, {"plcNodes", json::array()}});
 }
 
-TEST_F(InputPage, ThePageRefusesSettingsThatCannotWork) {
-  const std::string kPeriod = "!Please enter a whole number from 10 to 65000.";
-  const struct {
-    const char* period;
-    std::string told;  // "!": the page can be left
-    bool isEmpty = false;
-  } kCases[] = {
-      {"9", kPeriod, true},
-      {"65001", kPeriod},
-      {"", kPeriod},
-      {"10",
-       "!Wrong Configuration!!\n If the logger is going to be connected to a PLC net, you must select "
-       "one net node at least",
-       true},
-      {"10", "!"},
-      {"65000", "!"}};
-  CPlcWritePage other;
-  for (const auto& c : kCases) {
-    m_page.SetConfiguration(c.isEmpty ? CInputConfig() : Config());
-    const auto turn = [&](QWidget* window) {
-      auto* tabs = window->findChild<QTabWidget*>();
-      tabs->setCurrentIndex(1);
-      EXPECT_EQ(tabs->currentIndex(), c.told == "!" ? 1 : 0);
-    };
-    const auto turnBack = [](QWidget* window) { window->findChild<QTabWidget*>()->setCurrentIndex(0); };
-    m_user.Run({&m_page, &other},
-               {std::string("Scan period :=") + c.period, turn, c.told, turnBack,
-                std::string("Scan period :?") + c.period + " / Apply / " + c.told + " / Cancel"});
-  }
+TEST_F(InputPage, RefusesSettingsThatCannotWork) {
+  const std::string kPeriod = "Scan period :=",
+                    kRefused = " / OK / !Please enter a whole number from 10 to 65000. / ";
+  EXPECT_EQ(
+      m_user.Run(
+          {&m_page},
+          {kPeriod + "9" + kRefused + kPeriod + "65001" + kRefused + kPeriod + kRefused + kPeriod +
+           "10 / OK / "
+           "!Wrong Configuration!!\n If the logger is going to be connected to a PLC net, you must select "
+           "one net node at least / Cancel"}),
+      IDCANCEL);
 }
-
-// Gives one answer after the other, then IDYES.
-class CAnswers : public CTestPrompter {
- public:
-  explicit CAnswers(std::vector<int> answers) : m_answers(std::move(answers)) {}
-  int Show(const CString& text, const CString& title, UINT type) override {
-    answer = asked.size() < m_answers.size() ? m_answers[asked.size()] : IDYES;
-    return CTestPrompter::Show(text, title, type);
-  }
-
- private:
-  std::vector<int> m_answers;
-};
 
 TEST_F(InputPage, ApplyAsksBeforeItErasesEquations) {
   const std::string kErased = " equations are not valid and will be erased.\n Continue anyway?|34",
@@ -150,46 +100,46 @@ TEST_F(InputPage, ApplyAsksBeforeItErasesEquations) {
   enum EOptions { absent, present, open, openAndAbsent };
   const struct {
     EOptions options;
-    CStringArray pre, trend;
-    std::vector<int> answers;
+    const char *pre, *trend;  // a may be read
     CTexts asked;
+    std::string answers;  // yes or no
     bool isApplied;
     const char* left;  // of pre and of trend
   } kCases[] = {
-      // a may be read
-      {present, {}, {}, {}, {}, true, "|"},
-      {present, Names({"y = x", "x = a"}), Names({"t = t + a"}), {}, {}, true, "y = x,x = a,|t = t + a,"},
-      {present, Names({"x = b"}), Names({"t = a"}), {IDYES}, {kPre}, true, "|t = a,"},
-      {present, Names({"x = a"}), Names({"t = x"}), {IDNO}, {kTrend}, false, "x = a,|t = x,"},
-      {present, Names({"x = a"}), Names({"t = x"}), {IDYES}, {kTrend}, true, "x = a,|"},
-      {present, Names({"x = b"}), Names({"t = b"}), {IDNO}, {kPre}, false, "x = b,|t = b,"},
-      {present, Names({"x = b"}), Names({"t = b"}), {IDYES, IDNO}, {kPre, kTrend}, false, "x = b,|t = b,"},
-      {present, Names({"x = b"}), Names({"t = b"}), {IDYES, IDYES}, {kPre, kTrend}, true, "|"},
-      {absent, Names({"x = b"}), Names({"t = b"}), {}, {kPre}, true, "|t = b,"},
-      {open, Names({"x = b"}), Names({"t = b"}), {}, {kOpen}, false, "x = b,|t = b,"},
-      {openAndAbsent, Names({"x = a"}), {}, {}, {}, true, "x = a,|"},
+      {present, "", "", {}, "yy", true, "|"},
+      {present, "y = x; x = a", "t = t + a", {}, "yy", true, "y = x; x = a|t = t + a"},
+      {present, "x = b", "t = a", {kPre}, "yy", true, "|t = a"},
+      {present, "x = a", "t = x", {kTrend}, "ny", false, "x = a|t = x"},
+      {present, "x = a", "t = x", {kTrend}, "yy", true, "x = a|"},
+      {present, "x = b", "t = b", {kPre}, "ny", false, "x = b|t = b"},
+      {present, "x = b", "t = b", {kPre, kTrend}, "yn", false, "x = b|t = b"},
+      {present, "x = b", "t = b", {kPre, kTrend}, "yy", true, "|"},
+      {absent, "x = b", "t = b", {kPre}, "yy", true, "|t = b"},
+      {open, "x = b", "t = b", {kOpen}, "yy", false, "x = b|t = b"},
+      {openAndAbsent, "x = a", "", {}, "yy", true, "x = a|"},
   };
   for (const auto& c : kCases) {
-    SCOPED_TRACE(Joined(c.pre) + "|" + Joined(c.trend));
-    CInputConfig config = Config();
-    config.m_preNewVars = Names({"a"});
-    config.m_preEquations = c.pre;
-    m_page.SetConfiguration(config);
+    SCOPED_TRACE(std::string(c.pre) + "|" + c.trend);
+    json config = m_config;
+    config.update({{"preNewVars", {"a"}}, {"preEquationText", c.pre}});
+    m_page.SetConfiguration(Configured<CInputConfig>(config));
     CLogTrendings trendings;
     CTrendConfig& trend = *trendings.GetOptions();
-    trend.m_equations = c.trend;
-    trend.m_equationText = "trend";
+    trend = Configured<CTrendConfig>({{"equationText", c.trend}});
     m_page.m_pTrendOptions = c.options == absent || c.options == openAndAbsent ? nullptr : &trend;
     CTrendFacadeDlg dialog;
     dialog.SetInputPointers(nullptr, &trendings);
     if (c.options >= open) dialog.Create();
-    CAnswers answers(c.answers);
+    m_user.boxes.user = [&] {
+      m_user.boxes.answer = c.answers.at(m_user.boxes.asked.size()) == 'n' ? IDNO : IDYES;
+    };
     EXPECT_EQ(m_user.Run({&m_page}, {"OK"}), c.isApplied ? IDOK : IDCANCEL);
-    EXPECT_EQ(answers.Take(), c.asked);
-    m_page.GetConfiguration(config);
-    EXPECT_EQ(Joined(config.m_preEquations) + "|" + Joined(trend.m_equations), c.left);
-    EXPECT_EQ(config.m_preEquationText, config.m_preEquations == c.pre ? "x = b;" : "");
-    EXPECT_EQ(trend.m_equationText, trend.m_equations == c.trend ? "trend" : "");
+    EXPECT_EQ(m_user.boxes.Take(), c.asked);
+    CInputConfig left;
+    m_page.GetConfiguration(left);
+    EXPECT_EQ(left.m_preEquationText.Std() + "|" + trend.m_equationText.Std(), c.left);
+    EXPECT_EQ(left.m_preEquations.IsEmpty(), left.m_preEquationText.IsEmpty());
+    EXPECT_EQ(trend.m_equations.IsEmpty(), trend.m_equationText.IsEmpty());
   }
 }
 

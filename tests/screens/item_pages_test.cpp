@@ -3,196 +3,163 @@
 
 #include "tests/screens/sheet_user.h"
 #include "tests/support/recorder.h"
+#include "vastra/screens/input_page.h"
+#include "vastra/screens/item_rules.h"
 #include "vastra/screens/output_page.h"
+#include "vastra/screens/smart_page.h"
 #include "vastra/screens/summary_page.h"
 
 namespace vastra {
 namespace {
 
-const std::string kBasis = "Name the logs based on :",
-                  kDword = "Use the next variable to form a DWORD based name",
-                  kPrefix = "Use prefix for the log names :", kMaxLogs = "Maximum number of logs stored :",
-                  kMaxSamples = "Maximum number of samples in a log : ", kWrong = "!Wrong Configuration!!\n ",
-                  kNoWhole = "!Please enter a whole number from 0 to 4294967295.",
-                  kNoName = kWrong + "You must give a name",
-                  kNoPath = kWrong + "You must select a destination path",
-                  kNoEquations = kWrong + "To write logs you must enter the basic enable equations at least";
+using nlohmann::json;
 
-COutputConfig Output(const char* name, const char* basis = "b") {
-  COutputConfig output;
-  output.m_name = name;
-  output.m_enableText = "WriteToLog = b;";
-  output.m_enableEquations = Names({"WriteToLog = b"});
-  output.m_varNames = Names({"b", "a"});
-  output.m_saveRp = output.m_dwordName = output.m_usePrefix = 1;
-  output.m_maxLogs = 7;
-  output.m_maxSamples = 4294967295U;
-  output.m_prefix = "p";
-  output.m_nameVariable = basis;
-  output.m_directory = "/logs";
-  return output;
+const std::string kBasis = "Name the logs based on :", kPrefix = "Use prefix for the log names :",
+                  kDword = "Use the next variable to form a DWORD based name";
+
+json Item(const char* name) {
+  return {{"name", name},   {"enableText", "W = b;"},    {"varNames", {"b", "a"}},
+          {"saveRp", true}, {"maxSamples", 4294967295U}, {"directory", "/logs"}};
 }
 
-CMultiOutputConfig Outputs(const std::vector<COutputConfig>& all) {
-  CMultiOutputConfig config;
-  for (const COutputConfig& output : all) config.m_outputs.AddTail(new COutputConfig(output));
-  return config;
+// The steps and the fields in which the two kinds of items differ.
+struct CKind {
+  const char *list, *items, *binary, *most, *mostField, *samples;
+  std::string steps;  // in the dialog of a new item
+  json fields;        // after these steps
+};
+
+template <class TPage, class TConfig>
+void EditItems(const CKind& kind, const CString& proposed) {
+  CInputPage input;
+  input.SetConfiguration(Configured<CInputConfig>(R"({"preprocess": 1, "preNewVars": ["a", "b"]})"));
+  TPage page;
+  page.SetInputPointer(&input);
+  CSheetUser user;
+  user.chooser.path = "/chosen";
+  const auto configured = [&](const json& items) { return Configured<TConfig>({{kind.items, items}}); };
+  const auto replaced = configured(json::array({Item("replaced")}));
+  json items = {Item("x"), Item("y"), Item("z")};
+  items[1].update({{"saveRp", 0}, {"saveCsv", 1}});
+  items[2].update({{"enableText", ""}, {"enableEquations", {"W = b"}}});
+  page.SetConfiguration(replaced);
+  page.SetConfiguration(configured(items));
+  const std::string list = kind.list, most = kind.most, samples = kind.samples;
+  user.Run({&page}, {"Edit / Delete / " + list + "?x,y,z, / " + list + "#1 / Edit / OK / " + list +
+                     "#0 / Edit / Name:=cancelled / Variable List... / Delete All / OK / Cancel / " + list +
+                     "#2 / Edit / Variable List... / Delete All / Cancel / Enable Equations... / "
+                     "Equations=n = 1; / Cancel / OK / OK"});
+  items[2]["enableText"] = proposed.Std();
+  EXPECT_EQ(Held(page, replaced), FieldsOf(configured(items)));
+
+  const std::string kNoWhole = "= / OK / !Please enter a whole number from 0 to 4294967295. / ",
+                    kRest = " / Variable List... / Delete All / ->> / OK / " + kind.steps + " / OK / " + list;
+  user.Run({&page},
+           {list + "#0 / Delete / Delete / " + list + "?y,z, / " + list + "##0 / Name:=Y" + kRest +
+            "?Y,z, / Add / " + most + "?0 / " + samples + "?0 / " + most + kNoWhole + most +
+            "=4294967295 / " + samples + kNoWhole + samples +
+            "=7 / OK / !Wrong Configuration!!\n You must give a name / Name:=new / ... / " +
+            "Enable Equations... / OK / " + kind.binary + " / Write Text Files" + kRest + "?Y,z,new, / OK"});
+  items[0] = items[1];
+  items[0].update({{"name", "Y"}, {"varNames", {"a", "b"}}});
+  items[1] = items[2];
+  items[2] = {{"name", "new"},
+              {"enableText", proposed.Std()},
+              {"varNames", {"a", "b"}},
+              {"saveRp", 1},
+              {"saveCsv", 1},
+              {"maxSamples", 7},
+              {kind.mostField, 4294967295U},
+              {"directory", "/chosen"}};
+  for (const std::size_t edited : {0, 2}) items[edited].update(kind.fields);
+  EXPECT_EQ(Held(page, replaced), FieldsOf(configured(items)));
 }
 
-std::string Bases(QWidget* dialog) {
-  const auto* combo = Find<QComboBox>(dialog, kBasis.c_str());
-  std::string texts;
-  for (int i = 0; i < combo->count(); ++i) texts += combo->itemText(i).toStdString() + ",";
-  return texts;
+TEST(ItemPages, ItemsAreAddedEditedAndDeleted) {
+  EditItems<COutputPage, CMultiOutputConfig>({"Outputs",
+                                              "outputs",
+                                              "Write Logs",
+                                              "Maximum number of logs stored :",
+                                              "maxLogs",
+                                              "Maximum number of samples in a log : ",
+                                              kPrefix + " / " + kPrefix + "=p",
+                                              {{"usePrefix", 1}, {"prefix", "p"}}},
+                                             ProposedEnableText(COutputConfig()));
+  EditItems<CSummaryPage, CMultiSummaryConfig>({"Summaries",
+                                                "summaries",
+                                                "Write Summary",
+                                                "Maximum number\nof summaries\nstored :",
+                                                "maxSummaries",
+                                                "Maximum number\nof samples in a\n summary : ",
+                                                "Summary Equations... / Equations=t = a; / OK",
+                                                {{"summaryText", "t = a;"}}},
+                                               ProposedEnableText(CSummaryConfig()));
 }
 
-class ItemPages : public testing::Test {
+class OutputDialog : public testing::Test {
  protected:
-  ItemPages() {
-    SetInput(m_input, {"a", "b"});
-    SetSmart(m_smart, {"s"});
+  OutputDialog() {
+    m_input.SetConfiguration(Configured<CInputConfig>(R"({"preprocess": 1, "preNewVars": ["a", "b"]})"));
     m_page.SetInputPointer(&m_input);
   }
-  void Hold(const std::vector<COutputConfig>& outputs) { m_page.SetConfiguration(Outputs(outputs)); }
-  std::string Held() const { return vastra::Held<CMultiOutputConfig>(m_page, Outputs({Output("replaced")})); }
-  // Edits the first output and closes the sheet.
-  void Edit(const CSteps& steps) { m_user.Run({&m_page}, CSteps{"Outputs#0 / Edit"} + steps + CSteps{"OK"}); }
+  // Edits an output whose name is based on a stored variable, and returns it.
+  json Edit(const char* basis, const CSteps& steps) {
+    json output = Item("x");
+    output.update({{"nameVariable", basis}, {"dwordName", 1}, {"prefix", "p"}, {"usePrefix", 1}});
+    m_page.SetConfiguration(Configured<CMultiOutputConfig>({{"outputs", json::array({output})}}));
+    m_user.Run({&m_page}, CSteps{"Outputs#0 / Edit"} + steps + CSteps{"OK"});
+    return Held<CMultiOutputConfig>(m_page)["outputs"][0];
+  }
 
   CRecorder m_links;
   CInputPage m_input;
   CSmartPage m_smart;
   COutputPage m_page;
-  CSummaryPage m_summaries;
   CSheetUser m_user;
 };
 
-TEST_F(ItemPages, FieldsThatAreNotEditedAreKept) {
-  std::vector<COutputConfig> outputs = {Output("x"), Output("y", "System Time"), Output("z", "a")};
-  outputs[1].m_saveRp = 0;
-  outputs[1].m_saveCsv = 1;
-  outputs[2].m_enableText.Empty();
-  Hold({Output("replaced")});
-  Hold(outputs);
-  m_user.Run({&m_page}, {"Edit / Delete / Outputs?x,y,z, / Outputs#0 / Edit / OK / Outputs#1 / Edit / OK / "
-                         "Outputs#0 / Edit / Name:=cancelled / Variable List... / Delete All / OK / Cancel / "
-                         "Outputs#2 / Edit / Enable Equations... / Equations=n = 1; / Cancel / OK / OK"});
-  outputs[2].m_enableText =
-      "/*Replace with your equations*/\r\nSampleIsValid= 1; \r\nWriteToLog= 1; \r\nRestartLog= 0;";
-  EXPECT_EQ(Held(), TextOf(Outputs(outputs)));
-  m_user.Run({&m_page}, {"Outputs#0 / Delete / Delete / Outputs?y,z, / Outputs##0 / Name:=Y / Variable "
-                         "List... / Delete All / Available Vars#0 / -> / Cancel / OK / Outputs?Y,z, / OK"});
-  outputs[1].m_name = "Y";
-  EXPECT_EQ(Held(), TextOf(Outputs({outputs[1], outputs[2]})));
-}
-
-TEST_F(ItemPages, ANewOutputIsCheckedInOrder) {
-  Hold({Output("x")});
-  m_user.chooser.path = "/logs";
-  const auto usesPrefix = [](bool isUsed) {
-    return [=](QWidget* dialog) { EXPECT_EQ(Find<QLineEdit>(dialog, kPrefix.c_str())->isEnabled(), isUsed); };
-  };
-  m_user.Run(
-      {&m_page},
-      {"Add / " + kMaxLogs + "?0 / " + kMaxSamples + "?0 / OK / " + kNoName + " / " + kMaxLogs +
-           "=4294967296 / OK / " + kNoWhole + " / " + kMaxLogs + "=4294967295 / " + kMaxSamples +
-           "= / OK / " + kNoWhole + " / " + kMaxSamples + "=7 / OK / " + kNoName + " / Name:=new / OK / " +
-           kNoPath + " / ... / OK / " + kNoEquations + " / Enable Equations... / Parse / Cancel / OK / " +
-           kNoEquations + " / Enable Equations... / OK / OK / " + kWrong +
-           "To write logs you must select at least 1 output variable / Variable List... / ->> / OK",
-       usesPrefix(false), kPrefix, usesPrefix(true), kPrefix, usesPrefix(false),
-       kPrefix +
-           " / OK / !WrongConfiguration!!\nYou selected to use a prefix, please type the prefix to be used "
-           "/ " +
-           kPrefix + "=p / Write Logs / Write Text Files / OK / Outputs?x,new, / OK"});
-  COutputConfig wanted = Output("new", "System Time");
-  wanted.m_enableText =
-      "/*Replace with your equations*/\r\nSampleIsValid= 1; \r\nWriteToLog= 1; \r\nRestartLog= 0;";
-  wanted.m_enableEquations = Names(
-      {"/*Replace with your equations*/\r\nSampleIsValid= 1", " \r\nWriteToLog= 1", " \r\nRestartLog= 0"});
-  wanted.m_varNames = Names({"a", "b"});
-  wanted.m_maxLogs = 4294967295U;
-  wanted.m_maxSamples = 7;
-  wanted.m_saveCsv = 1;
-  wanted.m_dwordName = 0;
-  EXPECT_EQ(Held(), TextOf(Outputs({Output("x"), wanted})));
-}
-
-TEST_F(ItemPages, TheDwordBoxDependsOnTheBasis) {
-  const struct {
-    const char* stored;
-    CSteps steps;
-    const char *state, *basis;
-    int dword;
-  } kCases[] = {
-      {"b", {}, "x", "b", 1},
-      {"B", {}, "-x", "System Time", 1},
-      {"System Time", {kBasis + "=a"}, "x", "a", 1},
-      {"b", {kBasis + "=System Time"}, "-", "System Time", 0},
-      {"a", {kBasis + "=System Time", kBasis + "=a"}, "", "a", 0},
-  };
-  for (const auto& c : kCases) {
-    Hold({Output("x", c.stored)});
-    Edit(c.steps + CSteps{kDword + "?" + c.state + " / OK"});
-    COutputConfig wanted = Output("x", c.basis);
-    wanted.m_dwordName = c.dword;
-    EXPECT_EQ(Held(), TextOf(Outputs({wanted}))) << c.stored;
-  }
-  // A typed basis has to be a logged variable; only the time needs a prefix.
+TEST_F(OutputDialog, TheNameDependsOnABasisAndAPrefix) {
+  json held = Edit(
+      "b", {kBasis + "?b / " + kDword + "?x / " + kPrefix + "?p / " + kPrefix + " / " + kPrefix + "?-p / " +
+            kBasis + "=System Time / " + kDword + "?- / " + kBasis + "=a / " + kDword + "? / OK"});
+  EXPECT_EQ(held["nameVariable"], "a");
+  EXPECT_EQ(held["dwordName"], 0);
+  EXPECT_EQ(held["usePrefix"], 0);
   const std::string kNotLogged =
-      "!WrongConfiguration!!\nThe selected variable for the log names must be included in the logged "
-      "variables";
-  Edit({kPrefix + "= / " + kBasis + "=A / OK / " + kNotLogged + " / " + kBasis + "=system time / OK / " +
-        kNotLogged + " / " + kBasis + "=b / OK"});
+      "OK / !WrongConfiguration!!\nThe selected variable for the log names must be included in the logged "
+      "variables / ";
+  held = Edit("B", {kBasis + "?System Time / " + kDword + "?-x / " + kPrefix + "= / " + kBasis + "=A / " +
+                    kNotLogged + kBasis + "=system time / " + kNotLogged + kBasis + "=b / OK"});
+  EXPECT_EQ(held["nameVariable"], "b");
+  EXPECT_EQ(held["dwordName"], 1);
 }
 
-TEST_F(ItemPages, TheDialogOffersTheVariablesOfThePages) {
+TEST_F(OutputDialog, OffersTheVariablesOfThePages) {
+  const auto offers = [](const std::string& names) -> CStep {
+    return [=](QWidget* dialog) {
+      const auto* combo = Find<QComboBox>(dialog, kBasis.c_str());
+      std::string texts;
+      for (int i = 0; i < combo->count(); ++i) texts += combo->itemText(i).toStdString() + ",";
+      EXPECT_EQ(texts, "System Time," + names);
+    };
+  };
+  m_smart.SetConfiguration(Configured<CSmartConfig>(R"({"outputVars": ["s"]})"));
   const std::tuple<CInputPage*, CSmartPage*, std::string> kCases[] = {{nullptr, nullptr, ""},
                                                                       {&m_input, nullptr, "a,b,"},
                                                                       {nullptr, &m_smart, "s,"},
                                                                       {&m_input, &m_smart, "a,b,s,"}};
-  Hold({Output("x")});
   for (const auto& [input, smart, names] : kCases) {
     m_page.SetInputPointer(input);
     m_page.SetSmartPointer(smart);
-    const auto look = [&, bases = "System Time," + names](QWidget* dialog) {
-      EXPECT_EQ(Bases(dialog), bases);
-    };
-    Edit({look, "Variable List... / Available Vars?" + names + " / OK / Cancel"});
+    Edit("a", {offers(names), "Variable List... / Available Vars?" + names + " / OK / Cancel"});
   }
-  const std::string before = Held();
-  const auto look = [](QWidget* dialog) { EXPECT_EQ(Bases(dialog), "System Time,b,") << "the stored basis"; };
-  const CSteps steps = {look, "Variable List... / Enable Equations... / Path:?/logs / OK"};
-  SetSmart(m_smart, {"a"});  // a name of the input
-  Edit(steps);
+  const json before = Edit("b", {"OK"});
+  const CSteps kNothingOpens = {offers("b,"), "Variable List... / Enable Equations... / Path:?/logs / OK"};
+  m_smart.SetConfiguration(Configured<CSmartConfig>(R"({"outputVars": ["a"]})"));  // a name of the input
+  EXPECT_EQ(Edit("b", kNothingOpens), before);
   EXPECT_NE(m_links.TakeFaults(), "");
-  SetInput(m_input, {});  // names that are not known
-  CInputConfig unused;
-  unused.m_preNewVars = Names({"p"});
-  m_input.SetConfiguration(unused);
-  Edit(steps);
-  EXPECT_EQ(Held(), before);
-}
-
-TEST_F(ItemPages, ASummaryIsEditedTheSameWay) {
-  const std::string kMost = "Maximum number\nof summaries\nstored :";
-  m_summaries.SetInputPointer(&m_input);
-  m_summaries.SetSmartPointer(&m_smart);
-  m_user.Run(
-      {&m_summaries},
-      {"Add / " + kMost + "?0 / OK / " + kNoName + " / " + kMost + "= / OK / " + kNoWhole + " / " + kMost +
-       "=3 / Name:=n / Path:=/p / OK / " + kNoEquations + " / Enable Equations... / OK / OK / " + kWrong +
-       "To write summary you must enter at least 1 output variable / Variable List... / ->> / OK / Summary "
-       "Equations... / Equations=t = a + s; / OK / Maximum number\nof samples in a\n summary : =4 / Write "
-       "Summary / OK / Summaries##0 / OK / OK"});
-  const std::string kProposed =
-      "/*Replace with your equations*/\r\nSampleIsValid= 1; \r\nWriteToSummary= 1; \r\nRestartSummary= 0;";
-  EXPECT_EQ((vastra::Held<CMultiSummaryConfig>(m_summaries)),
-            "summaries[{enableEquations:/*Replace with your equations*/\r\nSampleIsValid= 1, "
-            "\r\nWriteToSummary= 1, "
-            "\r\nRestartSummary= 0,|summaryEquations:t = a + s,|varNames:a,b,s,|name:n|saveRp:1|maxSamples:4|"
-            "maxSummaries:3|directory:/p|summaryText:t = a + s;|enableText:" +
-                kProposed + "|}}");
-  m_user.Run({&m_summaries}, {"Summaries#0 / Edit / Cancel / Delete / Summaries? / OK"});
+  m_input.SetConfiguration(Configured<CInputConfig>(R"({"preNewVars": ["p"]})"));  // it has no source
+  EXPECT_EQ(Edit("b", kNothingOpens), before);
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include "vastra/screens/conf_var_list_dlg.h"
 #include "vastra/screens/driver_type_dlg.h"
 #include "vastra/screens/equations_dlg.h"
+#include "vastra/screens/input_page.h"
 #include "vastra/screens/new_var_dlg.h"
 #include "vastra/screens/plc_write_page.h"
 #include "vastra/screens/scaler_dlg.h"
@@ -30,115 +31,88 @@ class ListDialogs : public testing::Test {
   CTempDir m_dir;
 };
 
-const CSteps kInsert = {"Insert  New Variable", [](QWidget* box) {
-                          EXPECT_EQ(Find<QLineEdit>(box, "New Variable"), box->focusWidget());
-                        }};
+const std::string kInsert = " / Insert  New Variable / New Variable=";
 
 TEST_F(ListDialogs, AFreeListIsEditedAndOnlyOkReturnsIt) {
   const auto list = [](QWidget* window) { return Find<QListWidget>(window, "Variable List"); };
-  const struct {
-    CStringArray before;
-    CSteps steps;
-    const char* after;
-  } kCases[] = {
-      {Names({"a"}), kInsert + CSteps{"New Variable=A / OK"}, "a,A,"},
-      {Names({"a"}), kInsert + CSteps{"New Variable=b / Cancel"}, "a,"},
-      {Names({"a"}), kInsert + CSteps{"New Variable=a / OK / !This variable already exists in the list"},
-       "a,"},
-      {Names({"a", "b", "c"}),
-       {"Variable List#1 / Delete Variable / Delete Variable / !You must select a variable"},
-       "a,c,"},
-      {{}, {"Delete Variable"}, ""},
-      {Names({"a", "b"}), {"Delete All"}, ""},
-      {Names({"a", "b", "c"}),
-       {"Variable List#0", [=](QWidget* w) { QTest::keyClick(list(w), Qt::Key_Down, Qt::ControlModifier); }},
-       "b,a,c,"},
-      {Names({"a", "b", "c"}),
-       {[=](QWidget* w) { EXPECT_TRUE(list(w)->model()->moveRow({}, 2, {}, 0)); }},
-       "c,a,b,"},
-      {Names({"old"}), {Choose("list", "b\r\na\r\n\r\na"), "Import"}, "b,a,"},
-      {Names({"old"}), {Choose("list"), "Import"}, ""},
-      {Names({"old"}), {Choose(""), "Import / Export "}, "old,"},
-      {Names({"old"}),
-       {Choose("none"), "Import / !An error ocurred when trying to open the file", Choose("none/list"),
-        "Export  / !An error ocurred when trying to save the file"},
-       "old,"},
-      {Names({"old"}),
-       {Choose("list", "a\r\nb\r\na"), "Import / !Invalid list, variables must not be repeated."},
-       "old,"},
-      {{}, {"Export ", "!You can't export an empty list"}, ""},
-  };
-  for (const auto& c : kCases) {
-    for (const char* end : {"Cancel", "OK"}) {
-      CVarListDlg dialog;
-      dialog.m_list = c.before;
-      m_user.Run(dialog, c.steps + CSteps{std::string("Variable List?") + c.after, end});
-      EXPECT_EQ(Joined(dialog.m_list), *end == 'O' ? c.after : Joined(c.before));
-    }
+  const auto moveDown = [=](QWidget* w) { QTest::keyClick(list(w), Qt::Key_Down, Qt::ControlModifier); };
+  const auto drag = [=](QWidget* w) { EXPECT_TRUE(list(w)->model()->moveRow({}, 2, {}, 0)); };
+  for (const char* end : {"Cancel", "OK"}) {
+    CVarListDlg dialog;
+    dialog.m_list = Names({"a", "b", "c"});
+    m_user.Run(dialog, {"Variable List?a,b,c," + kInsert + "A / OK" + kInsert + "x / Cancel" + kInsert +
+                            "a / OK / !This variable already exists in the list / Variable List?a,b,c,A, / "
+                            "Variable List#1 / Delete Variable / Delete Variable / "
+                            "!You must select a variable / Variable List?a,c,A, / Variable List#0",
+                        moveDown, "Variable List?c,a,A,", drag, end});
+    EXPECT_EQ(Joined(dialog.m_list), *end == 'O' ? "A,c,a," : "a,b,c,");
   }
 }
 
-TEST_F(ListDialogs, AnImportReadsBackAnExport) {
-  CVarListDlg dialog;
-  dialog.m_list = Names({"b", "\xC3\xA9", "\xE9 latin", "a"});
-  const auto look = [&](QWidget*) {
+TEST_F(ListDialogs, AListIsExportedAndImported) {
+  const auto isExported = [&](QWidget*) {
     EXPECT_EQ(ReadBytes(m_user.chooser.path), "b\r\n\xC3\xA9\r\n\xE9 latin\r\na\r\n\r\n");
     const CFileQuestion& file = m_user.chooser.file;
     EXPECT_TRUE(file.save && file.asksToOverwrite && file.defaultExtension == "txt");
     EXPECT_EQ(file.filter, "Text Files (*.txt)|*.txt||");
   };
-  m_user.Run(dialog, {Choose("list"), "Export ", look, "Delete All / Import / OK"});
+  CVarListDlg dialog;
+  dialog.m_list = Names({"b", "\xC3\xA9", "\xE9 latin", "a"});
+  m_user.Run(dialog, {Choose("list"), "Export ", isExported, "Delete All / Import / OK"});
   EXPECT_EQ(Joined(dialog.m_list), "b,\xC3\xA9,\xE9 latin,a,");
   EXPECT_FALSE(m_user.chooser.file.save);
+  m_user.Run(dialog,
+             {Choose("list", "a\r\nb\r\na"), "Import / !Invalid list, variables must not be repeated.",
+              Choose("none"), "Import / !An error ocurred when trying to open the file", Choose("none/list"),
+              "Export  / !An error ocurred when trying to save the file", Choose(""),
+              "Import / Export  / ! / Variable List?b,\u00E9,\u00E9 latin,a,",
+              Choose("list", "b\r\na\r\n\r\na"), "Import / Variable List?b,a,", Choose("list"),
+              "Import / Variable List? / Delete Variable / ! / Export  / "
+              "!You can't export an empty list / OK"});
+  EXPECT_EQ(Joined(dialog.m_list), "");
 }
 
 TEST_F(ListDialogs, AvailableNamesAreAppendedUnlessTheyAreSelectedAlready) {
-  const std::string kSome = "!The variable or some of the variables selected already exist in the list";
-  const struct {
-    CStringArray selected;
-    CSteps steps;
-    const char* after;
-  } kCases[] = {
-      {Names({"x"}), {"->"}, "x,"},
-      {Names({"x"}), {"Available Vars#3 / Available Vars#0 / ->"}, "x,a,c,"},
-      {Names({"b", "x"}), {"Available Vars#0 / Available Vars#1 / -> / " + kSome}, "b,x,a,"},
-      {{}, {"Available Vars#0 / Available Vars#4 / ->"}, "a,a,"},
-      {Names({"c"}), {"->>", kSome}, "c,a,b,A,a,"},
-      {Names({"x", "y"}), {"Selected Vars#0", "Delete Variable"}, "y,"},
-      {Names({"x"}), {Choose("list", "b\r\na"), "Import / Export "}, "b,a,"},
-      {Names({"x"}), CSteps{"Delete All"} + kInsert + CSteps{"New Variable=n / OK"}, "n,"},
-  };
-  for (const auto& c : kCases) {
-    for (const char* end : {"Cancel", "OK"}) {
-      CVariablesDlg dialog;
-      dialog.SetAvailableVars(Names({"a", "b", "A", "c", "a"}));
-      dialog.m_selected = c.selected;
-      m_user.Run(dialog, c.steps + CSteps{"!", "Available Vars?a,b,A,c,a,", end});
-      EXPECT_EQ(Joined(dialog.m_selected), *end == 'O' ? c.after : Joined(c.selected));
-    }
+  const std::string kSome = " / !The variable or some of the variables selected already exist in the list / ";
+  for (const char* end : {"Cancel", "OK"}) {
+    CVariablesDlg dialog;
+    dialog.SetAvailableVars(Names({"a", "b", "A", "c", "a"}));
+    dialog.m_selected = Names({"x"});
+    m_user.Run(
+        dialog,
+        {"-> / Available Vars#3 / Available Vars#0 / -> / ! / Selected Vars?x,a,c, / "
+         "Available Vars#1 / ->" +
+             kSome + "Selected Vars?x,a,c,b, / ->>" + kSome +
+             "Selected Vars?x,a,c,b,A, / Delete All / -> / ! / Selected Vars?a,b,A,c,a, / Selected Vars#0 / "
+             "Delete Variable / Selected Vars?b,A,c,a," +
+             kInsert + "n / OK / Selected Vars?b,A,c,a,n,",
+         Choose("list", "b\r\na"), "Import / Export  / Available Vars?a,b,A,c,a,", end});
+    EXPECT_EQ(Joined(dialog.m_selected), *end == 'O' ? "b,a," : "x,");
   }
 }
 
 TEST_F(ListDialogs, FixedNamesCannotBeDeleted) {
-  const std::string kThere = "!Message|This variable already exists in the list|30";
+  const std::string kThere = " / OK / !Message|This variable already exists in the list|30";
   CConfVarListDlg dialog;
   dialog.m_source = Names({"s", "t"});
   dialog.m_added = Names({"a", "b"});
-  m_user.Run(dialog, kInsert + CSteps{"New Variable=s / OK / " + kThere} + kInsert +
-                         CSteps{"New Variable=b / OK / " + kThere +
-                                " / Variable List#1 / Delete Variable / !Message|You can't delete source "
-                                "variables|30 / Variable List#2 / Delete Variable / Delete Variable / "
-                                "!Message|You must select a variable|30 / Variable List?s,t,b,"} +
-                         kInsert + CSteps{"New Variable=c / OK / OK"});
+  m_user.Run(dialog,
+             {"!" + kInsert + "s" + kThere + kInsert + "b" + kThere +
+              " / Variable List#1 / Delete Variable / !Message|You can't delete source variables|30 / "
+              "Variable List#2 / Delete Variable / Delete Variable / "
+              "!Message|You must select a variable|30 / Variable List?s,t,b," +
+              kInsert + "c / OK / OK"});
   EXPECT_EQ(Joined(dialog.m_added), "b,c,");
 }
 
 TEST_F(ListDialogs, ANewVariableHasAName) {
   CNewVarDlg dialog;
-  EXPECT_EQ(m_user.Run(dialog,
-                       {"OK / !Message|The name of the variable can't be a null string|30 / New Variable= x",
-                        [](QWidget* window) { QTest::keyClick(window, Qt::Key_Return); }}),
-            IDOK);
+  EXPECT_EQ(
+      m_user.Run(dialog,
+                 {[](QWidget* box) { EXPECT_EQ(Find<QLineEdit>(box, "New Variable"), box->focusWidget()); },
+                  "OK / !Message|The name of the variable can't be a null string|30 / New Variable= x",
+                  [](QWidget* box) { QTest::keyClick(box, Qt::Key_Return); }}),
+      IDOK);
   EXPECT_EQ(dialog.m_name, " x");
 }
 
@@ -146,29 +120,26 @@ TEST(Screens, NoCaptionIsCut) {
   CLogTrendings stage;
   CTrendFacadeDlg facade;
   facade.SetInputPointers(nullptr, &stage);
-  CNewVarDlg newVar;
-  CVarListDlg varList;
-  CVariablesDlg variables;
-  CConfVarListDlg conf;
-  CEquationsDlg equations;
-  CDriverTypeDlg node;
-  CScalerDlg scaler;
   const CStringArray names;
   CScalerConfig rows;
+  CScalerDlg scaler;
   scaler.m_pNames = &names;
   scaler.m_pScaler = &rows;
-  CInputPage input;
-  CPlcWritePage write;
-  for (CDialog* dialog : std::initializer_list<CDialog*>{&newVar, &varList, &variables, &conf, &equations,
-                                                         &facade, &node, &scaler, &input, &write}) {
-    ASSERT_EQ(dialog->Create(), 1);
-    for (const QWidget* widget : dialog->Widget()->findChildren<QWidget*>(Qt::FindDirectChildrenOnly)) {
+  std::tuple<CNewVarDlg, CVarListDlg, CVariablesDlg, CConfVarListDlg, CEquationsDlg, CDriverTypeDlg,
+             CInputPage, CPlcWritePage>
+      others;
+  const auto look = [](CDialog& dialog) {
+    ASSERT_EQ(dialog.Create(), 1);
+    for (const QWidget* widget : dialog.Widget()->findChildren<QWidget*>(Qt::FindDirectChildrenOnly)) {
       const QString name = widget->accessibleName();
-      EXPECT_TRUE(dialog->Widget()->rect().contains(widget->geometry())) << name.toStdString();
+      EXPECT_TRUE(dialog.Widget()->rect().contains(widget->geometry())) << name.toStdString();
       if (!qobject_cast<const QAbstractButton*>(widget) && !qobject_cast<const QLabel*>(widget)) continue;
       EXPECT_LE(widget->fontMetrics().horizontalAdvance(name), widget->width() - 4) << name.toStdString();
     }
-  }
+  };
+  look(facade);
+  look(scaler);
+  std::apply([&](auto&... each) { (look(each), ...); }, others);
 }
 
 }  // namespace

@@ -3,151 +3,124 @@
 
 #include <QTableView>
 
-#include "tests/screens/node_pages.h"
-#include "vastra/screens/driver_type_dlg.h"
+#include "tests/plc/scripted_driver.h"
+#include "tests/screens/sheet_user.h"
+#include "tests/support/recorder.h"
+#include "vastra/platform/module.h"
+#include "vastra/plc/driver_factory.h"
+#include "vastra/screens/input_page.h"
 #include "vastra/screens/plc_write_page.h"
+#include "vastra/screens/smart_page.h"
 
 namespace vastra {
 namespace {
 
-constexpr CControl kListControls[] = {{CControl::listBox, "Names", {7, 7, 100, 100}}};
-constexpr CDialogTemplate kListTemplate = {"", {114, 114}, kListControls};
+using nlohmann::json;
 
-CPlcNodeConfig Node(const char* name) {
-  CPlcNodeConfig node;
-  node.m_nodeName = name;
-  node.m_driver.plcType = SCRIPTED_ID;
-  node.m_driver.value1 = 1;
-  node.m_varNames = Names({"a", "b"});
-  for (const auto& [variable, scale] : {std::pair("b", 2.0f), {"gone", 3.0f}, {"a", 4.0f}}) {
-    CScalerConfigNode row;
-    row.m_varName = variable;
-    row.m_scale = scale;
-    node.m_scaler.m_nodes.Add(row);
-  }
-  return node;
+Script* g_script = nullptr;
+// A form that the user accepts. Its result shows the values it was opened with.
+int AcceptForm(int isNew) {
+  g_script->record.value1 += isNew ? 10 : 20;
+  g_script->record.plcType = SCRIPTED_ID;
+  g_script->record.text1 = g_script->record.text2 = "typed";  // the texts it was given may be gone by now
+  return 1;
+}
+int CancelForm(int isNew) { return AcceptForm(isNew), 0; }
+
+json Node(const char* name) {
+  return {{"nodeName", name},
+          {"driver", {{"plcType", SCRIPTED_ID}, {"value1", 1}, {"variableCount", 7}}},
+          {"varNames", {"a", "b"}},
+          {"scaler", json::parse(R"([{"varName": "b", "scale": 2}, {"varName": "gone", "scale": 3},
+                                     {"varName": "a", "scale": 4}])")}};
 }
 
-class NodeDialog : public testing::Test {
+// The module "Scripted" has forms; the one before it, "Silent", has none.
+class NodeDialogs : public testing::Test {
  protected:
-  NodeDialog() { m_list.Create(); }
-  // Edits m_node, or a new one. OK closes the dialog unless a box refuses it.
-  int Run(const CSteps& steps, bool isNew = false) {
-    CDriverTypeDlg dialog;
-    dialog.m_pNameList = m_pNames;
-    dialog.m_pScaler = &m_node.m_scaler;
-    if (!isNew) dialog.m_driverId = static_cast<UINT>(m_node.m_driver.plcType);
-    dialog.m_driver = m_node.m_driver;
-    dialog.m_name = m_node.m_nodeName;
-    dialog.m_varNames = m_node.m_varNames;
-    const int result = m_user.Run(dialog, steps);
-    m_node.m_driver = dialog.m_driver;
-    m_node.m_varNames = dialog.m_varNames;
-    return result;
+  NodeDialogs() {
+    const CDriverFactory& factory = *CDriverFactory::Instance();
+    m_module = LoadModule(factory.GetPath() + "/" + factory.GetDrivers()[1].m_fileName);
+    Restart(AcceptForm);
   }
-  std::string Scales() const {
-    CString rows;
-    for (const CScalerConfigNode& row : m_node.m_scaler.m_nodes) {
-      CString text;
-      text.Format("%s %g,", row.m_varName.Std().c_str(), static_cast<double>(row.m_scale));
-      rows += text;
-    }
-    return rows.Std();
+  ~NodeDialogs() override { FreeModule(m_module); }
+  void Restart(int (*form)(int)) {
+    g_script = reinterpret_cast<Script* (*)()>(FindExport(m_module, "FreshScript"))();
+    g_script->functions.ShowConfig = form;
+  }
+  // The nodes after steps on a page that has nodes.
+  json Run(const json& nodes, const CSteps& steps) {
+    m_page.SetConfiguration(Configured<CInputConfig>({{"plcNodes", nodes}}));
+    m_user.Run({&m_page}, steps);
+    return Held<CInputConfig>(m_page)["plcNodes"];
+  }
+  // The first node after steps in its dialog, which OK closes unless a box refuses it.
+  json Edit(const CSteps& steps) {
+    return Run(json::array({m_node}), CSteps{"Net nodes#0 / Edit net node..."} + steps)[0];
   }
 
+  CRecorder m_recorder;  // of the messages of links
+  HMODULE m_module;
   CSheetUser m_user;
-  CScriptedDriver m_driver;
-  CDialog m_list{kListTemplate};
-  CListBox* m_pNames = nullptr;
-  CPlcNodeConfig m_node = Node("node");
+  CInputPage m_page;
+  json m_node = Node("node");
 };
 
-TEST_F(NodeDialog, AnAcceptedFormConfiguresTheNode) {
-  const std::string kUnconfigured = "!The PLC hasn't been configured";
+TEST_F(NodeDialogs, AnAcceptedFormConfiguresTheNode) {
   const struct {
     const char* what;
-    bool isNew;
     int (*form)(int);
-    const char* driver;
-    int value1;
-    std::string told;
+    std::string driver;
+    int value1;           // of a node that was configured before
+    const char* newNode;  // what OK says of another
   } kCases[] = {
-      {"new", true, AcceptForm, "Scripted", 10, "!"},
-      {"new, cancelled", true, CancelForm, "Scripted", 1, kUnconfigured},
-      {"new, without a form", true, nullptr, "Scripted", 1, kUnconfigured},
-      {"new, another driver", true, AcceptForm, "Silent", 1, kUnconfigured},
-      {"known", false, AcceptForm, "Scripted", 21, "!"},
-      {"known, cancelled", false, CancelForm, "Scripted", 1, "!"},
-      {"known, another driver", false, AcceptForm, "Silent", 1, "!"},
+      {"accepted", AcceptForm, "Scripted", 21, "!You must assign a name to this node"},
+      {"cancelled", CancelForm, "Scripted", 1, "!The PLC hasn't been configured"},
+      {"no form", nullptr, "Scripted", 1, "!The PLC hasn't been configured"},
+      {"another driver", AcceptForm, "Silent", 1, "!The PLC hasn't been configured"},
   };
   for (const auto& c : kCases) {
     SCOPED_TRACE(c.what);
-    m_driver.Restart(c.form);
-    m_node = Node("node");
-    Run({std::string("Type of PLC :=") + c.driver + " / Configure PLC / OK / " + c.told}, c.isNew);
-    EXPECT_EQ(m_node.m_driver.value1, c.value1);
-    EXPECT_EQ(m_node.m_driver.variableCount, 2u);
-  }
-  m_driver.Restart();
-  Run({"Type of PLC :=Scripted / Configure PLC / Configure PLC / OK"}, true);
-  EXPECT_EQ(m_node.m_driver.value1, 30) << "the second time the form is not new";
-  m_driver.Restart(CancelForm);
-  m_node.m_driver.variableCount = 7;
-  Run({"Configure PLC", "Cancel"});
-  EXPECT_EQ(g_script->record.variableCount, 2u) << "the driver checks the current variables";
-  EXPECT_EQ(m_node.m_driver.variableCount, 7u) << "a cancelled form changes the node";
-}
-
-TEST_F(NodeDialog, OpensOnTheDriverOfTheNode) {
-  for (const auto& [id, steps] : {std::pair(SCRIPTED_ID, CSteps{"! / Type of PLC :?Scripted"}),
-                                  {5, {"!", "Type of PLC :?Silent"}},
-                                  {6, {"!Driver not found!", "Type of PLC :?Silent"}}}) {
-    m_node.m_driver.plcType = id;
-    Run(steps);
+    const std::string configure = "Type of PLC :=" + c.driver + " / Configure PLC / OK";
+    Restart(c.form);
+    const json driver = Edit({configure})["driver"];
+    EXPECT_EQ(driver["value1"], c.value1);
+    EXPECT_EQ(driver["variableCount"], 2);
+    EXPECT_EQ(g_script->record.variableCount, c.driver == "Scripted" ? 2U : 0U) << "what the driver checks";
+    Run(json::array(), {"Add net node... / " + configure, c.newNode});
   }
 }
 
-TEST_F(NodeDialog, TheFirstFaultIsTold) {
-  const std::string kTaken = "!PLC name already used";
-  const struct {
-    bool isNew;
-    const char *name, *typed;
-    CStringArray variables, taken;
-    std::string told;
-  } kCases[] = {
-      {true, "", "", {}, {}, "!The PLC hasn't been configured"},
-      {false, "node", "", {}, {}, "!You must assign a name to this node"},
-      {false, "node", "x", {}, Names({"x"}), "!You must assign at least 1 variable to this node"},
-      {false, "Oven", "Oven", Names({"v"}), Names({"Oven", "other"}), "!"},
-      {false, "Oven", "Oven", Names({"v"}), Names({"Oven", "oVEN"}), kTaken},
-      {false, "oVEN", "oVEN", Names({"v"}), Names({"Oven", "x", "oVEN"}), kTaken},
-      {false, "Oven", "oVEN", Names({"v"}), Names({"Oven"}), kTaken},
-      {false, "Oven", "\u00F6fen", Names({"v"}), Names({"Oven", "\u00D6fen"}), kTaken},
-      {false, "Oven", "Oven 2", Names({"v"}), Names({"Oven", "Ove"}), "!"},
-      {false, "Oven", "Oven", Names({"v"}), Names({"other"}), "!"},
-      {false, "Oven", "Oven", Names({"v"}), {}, "!"},
-  };
-  for (const auto& c : kCases) {
-    m_list.List("Names").SetTexts(c.taken);
-    for (CListBox* list : {&m_list.List("Names"), static_cast<CListBox*>(nullptr)}) {
-      m_node.m_nodeName = c.name;
-      m_node.m_varNames = c.variables;
-      m_pNames = list;
-      const std::string told = !list && c.told == kTaken ? "!" : c.told;
-      EXPECT_EQ(Run({std::string("Name :=") + c.typed, "OK", told}, c.isNew), told == "!" ? IDOK : IDCANCEL);
-    }
+TEST_F(NodeDialogs, OpensOnTheDriverOfTheNode) {
+  for (const auto& [id, steps] : {std::pair(SCRIPTED_ID, "! / Type of PLC :?Scripted"),
+                                  {5, "! / Type of PLC :?Silent"},
+                                  {6, "!Driver not found! / Type of PLC :?Silent"}}) {
+    m_node["driver"]["plcType"] = id;
+    Edit({steps});
   }
 }
 
-TEST_F(NodeDialog, RowsOfTheScalerFollowTheVariables) {
+TEST_F(NodeDialogs, TheFirstFaultIsTold) {
+  const std::string kTaken = " / OK / !PLC name already used / ";
+  const json nodes = json::array({Node("Oven"), Node("Ove"), Node("oVEN"), Node("\u00D6fen")});
+  Run(nodes,
+      {"Net nodes#0 / Edit net node..." + kTaken + "Name :=oVEN" + kTaken + "Name :=\u00F6fen" + kTaken +
+       "Variable List / Delete All / OK / Name := / OK / !You must assign a name to this node / "
+       "Name :=Oven 2 / OK / !You must assign at least 1 variable to this node / Cancel / "
+       "Net nodes#2 / Edit net node..." +
+       kTaken +
+       "Name :=Oven 2 / OK / ! / "
+       "Net nodes#0 / Edit net node... / OK / ! / Net nodes#0 / Edit net node... / Name :=oVEN" +
+       kTaken + "Cancel"});
+}
+
+TEST_F(NodeDialogs, RowsOfTheScalerFollowTheVariables) {
   const CSteps remove = {"Variable List / Variable List#0 / Delete Variable"},
                insert = {"Insert  New Variable / New Variable=a / OK / OK"};
-  const CSteps scale = {"Scaler",
-                        [](QWidget* window) {
-                          auto* model = Find<QTableView>(window, "Scaler")->model();
-                          EXPECT_TRUE(model->setData(model->index(1, 1), "8"));
-                        },
-                        "OK"};
+  const auto scale = [](QWidget* window) {
+    auto* model = Find<QTableView>(window, "Scaler")->model();
+    EXPECT_TRUE(model->setData(model->index(1, 1), "8"));
+  };
   const struct {
     const char* what;
     CSteps steps;
@@ -157,95 +130,86 @@ TEST_F(NodeDialog, RowsOfTheScalerFollowTheVariables) {
       {"removed and inserted again", remove + CSteps{"OK / Variable List"} + insert, "b 2,a 1,"},
       {"removed and inserted at once", remove + insert, "b 2,a 4,"},
       {"the removal is cancelled", remove + CSteps{"Cancel"}, "a 4,b 2,"},
-      {"scaled", scale, "a 4,b 8,"},
+      {"scaled", {"Scaler", scale, "OK"}, "a 4,b 8,"},
   };
   for (const auto& c : kCases) {
-    for (const char* end : {"OK", "Cancel"}) {
-      m_node = Node("node");
-      Run(c.steps + CSteps{end});
-      EXPECT_EQ(Scales(), *end == 'O' ? c.rows : "b 2,gone 3,a 4,") << c.what;
-    }
+    std::string rows;
+    const json node = Edit(c.steps + CSteps{"OK"});
+    for (const json& row : node["scaler"])
+      rows += row["varName"].get<std::string>() + " " + std::to_string(row["scale"].get<int>()) + ",";
+    EXPECT_EQ(rows, c.rows) << c.what;
+    EXPECT_EQ(Edit(c.steps + CSteps{"Cancel"}), Edit({"Cancel"})) << c.what;
   }
-  CDriverTypeDlg alone;
-  alone.m_varNames = Names({"a"});
-  alone.UpdateScalers(0);  // there is no node to write to
 }
 
-void AddNode(CInputConfig& config, const CPlcNodeConfig& node) {
-  config.m_plcNodes.AddTail(new CPlcNodeConfig(node));
-}
-void AddNode(CPlcMultiConfig& config, const CPlcNodeConfig& node) {
-  config.m_nodes.AddTail(new CPlcSingleConfig);
-  config.m_nodes.GetTail()->m_node = node;
-}
-
-template <class TPage, class TConfig>
-void EditNodes(const std::string& add, const std::string& edit, const std::string& remove) {
-  CSheetUser user;
-  const CScriptedDriver driver;
-  TPage page;
-  TConfig config;
-  for (const char* name : {"x", "y", "x", "X", "", "x"}) AddNode(config, Node(name));
-  page.SetConfiguration(config);
-  const std::string kNone = "!There isn't any node selected";
-  user.Run({&page},
-           CSteps{edit, kNone, remove, kNone, "Net nodes#2", remove, "Net nodes?y,X,,", "Net nodes#2", remove,
-                  "!Node index is wrong", "Net nodes#1", remove, add} +
-               MakeNode("none", "Cancel") + CSteps{add} + MakeNode("A") + CSteps{add} + MakeNode("a") +
-               CSteps{"!PLC name already used", "Name :=B", "OK", "Net nodes?y,,A,B,", "Net nodes#2", edit,
-                      "Name :=A", "OK", "Net nodes#2", edit, "Name :=C", "Cancel", "Net nodes##3", "Name :?B",
-                      "Name :=C", "Configure PLC", "OK", "Net nodes?y,,A,C,", "Cancel"});
-  const std::string
-      kOld =
-          "plcType:777|value1:1|}varNames:a,b,|scaler[{scale:2|varName:b|}{scale:3|varName:gone|}{scale:4|"
-          "varName:a|}}}",
-      kForm = "variableCount:2|plcType:777|text1:typed|text2:typed|value1:",
-      kNew = "|}varNames:v,w,|scaler[{scale:1|varName:v|}{scale:1|varName:w|}}}";
-  const std::string held = Held<TConfig>(page, config);
-  EXPECT_EQ(held.substr(held.find('[')), "[{nodeName:y|" + kOld + "{" + kOld + "{nodeName:A|" + kForm + "20" +
-                                             kNew + "{nodeName:C|" + kForm + "50" + kNew + "}");
+// Page: also TConfig, with the nodes in the list key.
+template <class TConfig, class TPage>
+void EditNodes(TPage& page, const char* key, const std::string& add, const std::string& edit,
+               const std::string& remove) {
+  const auto configured = [&](const json& nodes) { return Configured<TConfig>({{key, nodes}}); };
+  json nodes = json::array();
+  for (const char* name : {"x", "y", "x", "X", "", "x"}) nodes.push_back(Node(name));
+  page.SetConfiguration(configured(nodes));
+  const std::string kNone = " / !There isn't any node selected / ",
+                    insert = "Insert  New Variable / New Variable=";
+  const auto make = [&](const char* name) {
+    return add + " / Type of PLC :=Scripted / Name :=" + name + " / Variable List / " + insert + "v / OK / " +
+           insert + "w / OK / OK / Configure PLC / ";
+  };
+  CSheetUser().Run(
+      {&page}, {edit + kNone + remove + kNone + "Net nodes#2 / " + remove +
+                " / Net nodes?y,X,, / Net nodes#2 / " + remove + " / !Node index is wrong / Net nodes#1 / " +
+                remove + " / " + make("none") + "Cancel / " + make("A") + "OK / " + make("a") +
+                "OK / !PLC name already used / Name :=B / OK / Net nodes?y,,A,B, / Net nodes#2 / " + edit +
+                " / Name :=C / Cancel / Net nodes##3 / Name :?B / "
+                "Name :=C / Configure PLC / OK / Net nodes?y,,A,C, / Cancel"});
+  json made = {{"driver", {{"plcType", SCRIPTED_ID}, {"text1", "typed"}, {"text2", "typed"}}},
+               {"varNames", {"v", "w"}},
+               {"scaler", json::parse(R"([{"varName": "v"}, {"varName": "w"}])")}};
+  nodes = {Node("y"), Node(""), made, made};
+  nodes[2].merge_patch({{"nodeName", "A"}, {"driver", {{"value1", 20}}}});
+  nodes[3].merge_patch({{"nodeName", "C"}, {"driver", {{"value1", 50}}}});
+  EXPECT_EQ(Held<TConfig>(page), FieldsOf(configured(nodes)));
 }
 
-TEST(NodePages, NodesAreAddedEditedAndDeleted) {
-  EditNodes<CInputPage, CInputConfig>("Add net node...", "Edit net node...", "Delete Node");
-  EditNodes<CPlcWritePage, CPlcMultiConfig>("Add ", "Edit ", "Delete ");
-}
-
-TEST(PlcWritePage, AppendsNodesAndOffersTheVariablesOfThePages) {
+TEST_F(NodeDialogs, NodesAreAddedEditedAndDeleted) {
+  EditNodes<CInputConfig>(m_page, "plcNodes", "Add net node...", "Edit net node...", "Delete Node");
+  Restart(AcceptForm);
   CPlcWritePage page;
-  CPlcMultiConfig config, second, target;
-  second.m_disableWriting = 1;
-  AddNode(config, Node("a"));
-  AddNode(second, Node("c"));
-  page.SetConfiguration(config);
-  page.SetConfiguration(second);
-  AddNode(config, Node("c"));
-  config.m_disableWriting = 1;
+  EditNodes<CPlcMultiConfig>(page, "nodes", "Add ", "Edit ", "Delete ");
+}
+
+TEST_F(NodeDialogs, ThePageOfWrittenNodesAppendsNodesAndOffersTheVariablesOfThePages) {
+  CPlcWritePage page;
+  page.SetConfiguration(Configured<CPlcMultiConfig>({{"nodes", json::array({Node("a")})}}));
+  page.SetConfiguration(
+      Configured<CPlcMultiConfig>({{"nodes", json::array({Node("c")})}, {"disableWriting", 1}}));
+  CPlcMultiConfig target = Configured<CPlcMultiConfig>({{"nodes", json::array({Node("replaced")})}});
   target.m_nodeNumber = 7;
   page.GetConfiguration(target);
-  EXPECT_EQ(TextOf(target), TextOf(config));
+  EXPECT_EQ(
+      FieldsOf(target),
+      FieldsOf(Configured<CPlcMultiConfig>({{"nodes", {Node("a"), Node("c")}}, {"disableWriting", 1}})));
   EXPECT_EQ(target.m_nodeNumber, 7u);
 
-  const CScriptedDriver driver;
-  CInputPage input;
-  SetInput(input, {"p"});
+  const auto source = Configured<CInputConfig>(R"({"preprocess": 1, "preNewVars": ["p"]})");
+  m_page.SetConfiguration(source);
   CSmartPage smart;
-  SetSmart(smart, {"s"});
-  page.SetInputPointer(&input);
+  smart.SetConfiguration(Configured<CSmartConfig>(R"({"outputVars": ["s"]})"));
+  page.SetInputPointer(&m_page);
   page.SetSmartPointer(&smart);
-  const std::string look = "Variable List / Available Vars?p,s, / Cancel / Cancel / Net nodes#0 / Edit  / ",
-                    remove = "Variable List / Selected Vars#0 / Delete Variable / OK / ",
-                    insert = "Variable List / Insert  New Variable / New Variable=a / OK / ->> / OK / OK";
-  CSheetUser user;
-  user.Run({&page}, {"Disable Writing / Add  / " + look + remove + insert,
-                     [&](QWidget*) { SetInput(input, {}); },  // its names are not known: no list opens
-                     "Net nodes#0 / Edit  / Variable List / OK / OK"});
-  page.GetConfiguration(target);
-  const CPlcNodeConfig& node = target.m_nodes.GetHead()->m_node;
-  EXPECT_EQ(Joined(node.m_varNames), "b,a,p,s,");
-  EXPECT_EQ(node.m_scaler.m_nodes[1].m_scale, 4) << "the scale is kept until OK";
+  m_user.Run({&page},
+             {"Disable Writing / Add  / Variable List / Available Vars?p,s, / Cancel / Cancel / "
+              "Net nodes#0 / Edit  / Variable List / Selected Vars#0 / Delete Variable / OK / "
+              "Variable List / Insert  New Variable / New Variable=a / OK / ->> / OK / OK",
+              [&](QWidget*) { m_page.SetConfiguration({}); },  // its names are not known: no list opens
+              "Net nodes#0 / Edit  / Variable List / OK / OK"});
+  const json held = Held<CPlcMultiConfig>(page);
+  EXPECT_EQ(held["disableWriting"], 0);
+  EXPECT_EQ(held["nodes"][0]["varNames"], json({"b", "a", "p", "s"}));
+  EXPECT_EQ(held["nodes"][0]["scaler"][1]["scale"], 4) << "the scale is kept until OK";
   page.DeleteList();
-  EXPECT_EQ(Held<CPlcMultiConfig>(page), "nodes[}");
+  EXPECT_EQ(Held<CPlcMultiConfig>(page)["nodes"], json::array());
 }
 
 }  // namespace

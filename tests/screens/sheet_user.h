@@ -1,4 +1,4 @@
-// A user of dialogs and of the configuration sheet who follows a list of steps, and configurations as text.
+// A user of dialogs and of the configuration sheet who follows a list of steps, and configurations as JSON.
 #pragma once
 
 #include <QComboBox>
@@ -7,14 +7,12 @@
 #include <QPlainTextEdit>
 
 #include <algorithm>
-#include <sstream>
 #include <variant>
 
+#include "host/common/json_walk.h"
 #include "tests/support/names.h"
 #include "tests/support/windows.h"
-#include "vastra/core/field_walk.h"
-#include "vastra/screens/input_page.h"
-#include "vastra/screens/smart_page.h"
+#include "vastra/ui/property_sheet.h"
 
 namespace vastra {
 
@@ -35,12 +33,10 @@ inline CSteps operator+(CSteps steps, const CSteps& more) {
 }
 
 template <class T>
-T* Seek(QWidget* window, const char* name) {
-  try {
-    return Find<T>(window, name);
-  } catch (const std::runtime_error&) {
-    return nullptr;
-  }
+T* Seek(QWidget* window, const char* name) try {
+  return Find<T>(window, name);
+} catch (const std::runtime_error&) {
+  return nullptr;
 }
 
 inline std::string StateOf(QWidget* window, const char* name) {
@@ -111,11 +107,8 @@ class CSheetUser {
   void Add(const CStep& step) {
     const auto* text = std::get_if<std::string>(&step);
     if (!text) return m_steps.push_back(step);
-    const std::string kBetween = " / ";
-    for (std::size_t start = 0, end = 0; end != std::string::npos; start = end + kBetween.size()) {
-      end = text->find(kBetween, start);
-      m_steps.emplace_back(text->substr(start, end == std::string::npos ? end : end - start));
-    }
+    for (const QString& each : QString::fromStdString(*text).split(" / "))
+      m_steps.emplace_back(each.toStdString());
   }
 
   // Does what may open a dialog, which then gets the next steps.
@@ -178,73 +171,35 @@ class CSheetUser {
   std::vector<QWidget*> m_open;  // the dialogs that get steps, innermost last
 };
 
-// Writes "name:value|" for each field that is neither 0 nor empty.
-class CTextWalk : public CFieldWalk {
- public:
-  CTextWalk() : CFieldWalk(Form::named, false, kAllVersions) {}
-  void Field(const char* name, int& number) override { Add(name, number); }
-  void Field(const char* name, UINT& number) override { Add(name, number); }
-  void Field(const char* name, float& number) override { Add(name, number); }
-  void Field(const char* name, CString& value) override { Put(name, value.Std()); }
-  void Field(const char* name, CStringArray& texts) override { Put(name, Joined(texts)); }
-  void Paths(const char* name, CStringList& paths) override { Put(name, Joined(paths)); }
-  void Number(UINT&) override {}
-
-  template <class T>
-  static std::string Joined(const T& texts) {
-    std::string all;
-    for (const CString& each : texts) all += each.Std() + ",";
-    return all;
-  }
-
-  std::string text;
-
- protected:
-  void EnterElement() override { text += "{"; }
-  void EnterList(const char* name, UINT&, std::size_t) override { text += std::string(name) + "["; }
-  void Leave() override { text += "}"; }
-
- private:
-  template <class T>
-  void Add(const char* name, T number) {
-    std::ostringstream digits;
-    digits << number;
-    if (number != T()) Put(name, digits.str());
-  }
-  void Put(const char* name, const std::string& value) {
-    if (!value.empty()) text += std::string(name) + ":" + value + "|";
-  }
-};
-
+// The fields of a configuration as JSON, and a configuration with such fields.
 template <class T>
-std::string TextOf(const T& config) {
-  T copy = config;
-  CTextWalk walk;
-  copy.Fields(walk);
-  return walk.text;
+nlohmann::json FieldsOf(T config) {
+  CJsonWriter writer;
+  writer.Write(config);
+  return writer.Take();
+}
+template <class T>
+T Configured(const nlohmann::json& fields) {
+  T config;
+  CJsonReader(fields, "/").Read(config);
+  return config;
+}
+template <class T>
+T Configured(const char* fields) {
+  return Configured<T>(nlohmann::json::parse(fields));
 }
 
-// The same of what a page holds. filled: what the page replaces.
+// The fields that a page holds. filled: what the page replaces.
 template <class TConfig, class TPage>
-std::string Held(const TPage& page, TConfig filled = TConfig()) {
+nlohmann::json Held(const TPage& page, TConfig filled = TConfig()) {
   page.GetConfiguration(filled);
-  return TextOf(filled);
+  return FieldsOf(filled);
 }
 
-inline std::string Joined(const CStringArray& texts) { return CTextWalk::Joined(texts); }
-
-// The page provides names by preprocessing. Without names a request for them fails: the page has no node.
-inline void SetInput(CInputPage& page, std::initializer_list<const char*> names) {
-  CInputConfig config;
-  config.m_preprocess = names.size() != 0;
-  config.m_preNewVars = Names(names);
-  page.SetConfiguration(config);
-}
-
-inline void SetSmart(CSmartPage& page, std::initializer_list<const char*> outputs) {
-  CSmartConfig config;
-  config.m_outputVars = Names(outputs);
-  page.SetConfiguration(config);
+inline std::string Joined(const CStringArray& texts) {
+  std::string all;
+  for (const CString& text : texts) all += text.Std() + ",";
+  return all;
 }
 
 }  // namespace vastra

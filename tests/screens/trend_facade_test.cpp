@@ -19,38 +19,37 @@ class TrendFacade : public testing::Test {
     return result;
   }
   CLogTrendings m_stage;
-  CTrendConfig& m_options = *m_stage.GetOptions();
   CSheetUser m_user;
 };
 
 TEST_F(TrendFacade, OkWritesTheSettingsAndOnlyTheFlagSurvivesCancel) {
   const std::string kInsert = "Variables  / Insert  New Variable / New Variable=new / OK / ";
+  const auto kBefore = nlohmann::json::parse(
+      R"({"baseVars": ["a", "b"], "extraVars": ["old"], "equationText": "old = a", "calculateExtra": 7})");
   const struct {
-    std::string steps, flag, extra, equations, text;  // after OK
+    std::string steps;
+    int flag;
+    const char* after;  // OK, of the other settings
   } kCases[] = {
-      {kInsert + "Cancel / Equations / Equations=n = b; / Cancel", "calculateExtra:7|", "extraVars:old,|",
-       "old = a,", "old = a"},
-      {"Variables  / Variable List#2 / Delete Variable / OK", "", "", "old = a,", "old = a"},
-      {kInsert + "OK / Equations / Equations?old = a / Equations=n = b; m = n; / OK", "calculateExtra:1|",
-       "extraVars:old,new,|", "n = b, m = n,", "n = b; m = n;"},
+      {kInsert + "Cancel / Equations / Equations=n = b; / Cancel", 7, "{}"},
+      {"Variables  / Variable List#2 / Delete Variable / OK", 0, R"({"extraVars": []})"},
+      {kInsert + "OK / Equations / Equations?old = a / Equations=n = b; m = n; / OK", 1,
+       R"({"extraVars": ["old", "new"], "equationText": "n = b; m = n;"})"},
   };
   for (const auto& c : kCases) {
     for (const bool accepts : {true, false}) {
-      m_options.m_baseVars = Names({"a", "b"});
-      m_options.m_extraVars = Names({"old"});
-      m_options.m_equationText = "old = a";
-      m_options.m_equations = Names({"old = a"});
-      m_options.m_calculateExtra = 7;
+      *m_stage.GetOptions() = Configured<CTrendConfig>(kBefore);
       EXPECT_EQ(Run(accepts ? CSteps{c.steps, "OK"} : CSteps{c.steps}), accepts ? IDOK : IDCANCEL);
-      EXPECT_EQ(TextOf(m_options), accepts ? c.extra + "equations:" + c.equations + "|baseVars:a,b,|" +
-                                                 c.flag + "equationText:" + c.text + "|"
-                                           : "extraVars:old,|equations:old = a,|baseVars:a,b,|" + c.flag +
-                                                 "equationText:old = a|");
+      nlohmann::json after = kBefore;
+      after["calculateExtra"] = c.flag;
+      if (accepts) after.update(nlohmann::json::parse(c.after));
+      EXPECT_EQ(FieldsOf(*m_stage.GetOptions()), FieldsOf(Configured<CTrendConfig>(after))) << c.steps;
     }
   }
 }
 
 TEST_F(TrendFacade, OnlyOneIsOpen) {
+  m_user.boxes.user = [] { EXPECT_EQ(CTrendFacadeDlg::m_suOpen, 1u); };
   const auto openAnother = [&](QWidget*) {
     CTrendFacadeDlg second;
     second.SetInputPointers(nullptr, &m_stage);
