@@ -15,16 +15,13 @@ inline std::string FormatsPage() { return ReadBytes(VASTRA_DOCS "/file-formats.m
 
 // The bytes of the table between two headings of the page. Each row states the offset of its field.
 inline std::string ExampleBytes(const char* from, const char* to) {
-  static const std::regex kRow(R"(\| (\d+) \| ((?:[0-9A-F]{2} )+)\| .*)");
-  const std::string text = FormatsPage();
-  const std::size_t begin = text.find(from);
-  std::istringstream page(text.substr(begin, text.find(to) - begin));
+  static const std::regex kRow(R"(\| (\d+) \| ((?:[0-9A-F]{2} )+)\|)");
+  const std::string page = FormatsPage(),
+                    text = page.substr(page.find(from), page.find(to) - page.find(from));
   std::string log;
-  std::smatch row;
-  for (std::string line; std::getline(page, line);) {
-    if (!std::regex_match(line, row, kRow)) continue;
-    EXPECT_EQ(log.size(), std::stoul(row[1])) << line;
-    std::istringstream bytes(row[2]);
+  for (std::sregex_iterator row(text.begin(), text.end(), kRow), end; row != end; ++row) {
+    EXPECT_EQ(log.size(), std::stoul((*row)[1])) << row->str();
+    std::istringstream bytes((*row)[2]);
     for (unsigned byte; bytes >> std::hex >> byte;) log += static_cast<char>(byte);
   }
   return log;

@@ -4,10 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <ctime>
-#include <initializer_list>
-#include <memory>
-
 #include "tests/support/files.h"
 #include "tests/support/names.h"
 #include "tests/support/recorder.h"
@@ -39,24 +35,23 @@ class CLinkFixture : public testing::Test {
     for (const CFileEntry& file : ListFiles(m_dir.Path(), "")) DeleteFile(m_dir / file.m_name);
   }
 
-  // The settings of a writer of binary logs of Temp and Flow, named by time; all logs stay.
-  std::unique_ptr<CFileConfig> Writer() const {
+  // The settings of a writer of binary logs of Temp and Flow, named by time.
+  std::unique_ptr<CFileConfig> Writer(UINT maxSamples = 1000, UINT maxLogs = 1000) const {
     auto config = std::make_unique<CFileConfig>();
     config->m_extension = ".rph";
-    config->m_maxLogs = config->m_maxSamples = 1000;
+    config->m_maxSamples = maxSamples;
+    config->m_maxLogs = maxLogs;
     config->m_saveRp = 1;
     config->m_directory = m_dir.Path();
     config->m_varNames = Names({"Temp", "Flow"});
     config->m_nameVariable = "System Time";
     return config;
   }
-
-  int Open(std::unique_ptr<CFileConfig> config, UINT mode = CLink::modeWrite) {
+  int Open(std::unique_ptr<CLinkConfig> config, UINT mode = CLink::modeWrite) {
     CLinkConfigList configs;
     configs.AddHead(config.release());
     return m_link->Open(configs, mode);
   }
-
   // Writes a sample at kStart + time.
   int Write(std::int32_t time, std::initializer_list<float> values = {1, 2}) {
     CLogSample sample = Sample(kStart + time, values);
@@ -70,17 +65,14 @@ class CLinkFixture : public testing::Test {
     return all;
   }
   std::string Bytes(const char* name) const { return ReadBytes(m_dir / name); }
-
   // The times of the samples in a binary log, from kStart on, each after a blank; or the reader's fault.
   std::string Times(const char* name) const {
     CSampleStore samples;
     CLogReader log(samples);
     if (!log.Open(m_dir / name) || !log.ReadSamples()) return log.GetFault().Std();
     std::string times;
-    for (CLogSample sample; !samples.IsEmpty();) {
+    for (CLogSample sample; !samples.IsEmpty(); times += " " + std::to_string(sample.m_time.time - kStart))
       samples.RemoveHead(sample);
-      times += " " + std::to_string(sample.m_time.time - kStart);
-    }
     return times;
   }
 

@@ -1,6 +1,5 @@
 // The names of logs, and which logs are removed.
 #include <cmath>
-#include <functional>
 
 #include "tests/logfiles/link_fixture.h"
 
@@ -9,16 +8,6 @@ namespace {
 
 class Rotation : public CLinkFixture {
  protected:
-  // Opens a writer of logs of one sample each.
-  int OpenSingles(
-      UINT maxLogs, const std::function<void(CFileConfig&)>& change = [](CFileConfig&) {}) {
-    auto config = Writer();
-    config->m_maxSamples = 1;
-    config->m_maxLogs = maxLogs;
-    change(*config);
-    return Open(std::move(config));
-  }
-
   // A file of an earlier run, written age seconds before this test.
   void Old(const char* name, int age) {
     WriteBytes(m_dir / name, "old");
@@ -37,7 +26,6 @@ TEST_F(Rotation, TheNamingSettingsMakeTheName) {
     const char* files;
   } kNames[] = {
       {"b", 0, "", {1, -3.7f}, " -3.rph"},
-      {"a", 1, "", {12.9f, 345}, " 12345.rph"},
       {"a", 1, "Kiln ", {-1, -2}, " Kiln -1-2.rph"},
       {"c", 1, "", {1, 2, 3, 4}, " 4.rph"},
       {"a", 0, "", {1, 2, 3, 4}, " 1.rph"},  // the first of two
@@ -51,13 +39,13 @@ TEST_F(Rotation, TheNamingSettingsMakeTheName) {
   std::filesystem::create_directory((m_dir / "inner").Std());
   for (const auto& name : kNames) {
     NewLink();
-    ASSERT_TRUE(OpenSingles(10, [&](CFileConfig& config) {
-      config.m_varNames = Names({"a", "b", "a", "c"});
-      config.m_nameVariable = name.variable;
-      config.m_dwordName = name.dwordName;
-      config.m_prefix = name.prefix;
-      config.m_usePrefix = 1;
-    }));
+    auto config = Writer(1);
+    config->m_varNames = Names({"a", "b", "a", "c"});
+    config->m_nameVariable = name.variable;
+    config->m_dwordName = name.dwordName;
+    config->m_prefix = name.prefix;
+    config->m_usePrefix = 1;
+    ASSERT_TRUE(Open(std::move(config)));
     EXPECT_TRUE(Write(0, name.values));
     EXPECT_EQ(Files(), name.files);
   }
@@ -66,10 +54,10 @@ TEST_F(Rotation, TheNamingSettingsMakeTheName) {
 
 TEST_F(Rotation, TheNumberContinuesWithinAnHourAndIsZeroForAnotherPrefix) {
   const auto write = [this](int usePrefix, std::int32_t time) {
-    OpenSingles(10, [usePrefix](CFileConfig& config) {
-      config.m_prefix = "P";
-      config.m_usePrefix = usePrefix;
-    });
+    auto config = Writer(1);
+    config->m_prefix = "P";
+    config->m_usePrefix = usePrefix;
+    Open(std::move(config));
     Write(time);
   };
   write(0, 0), write(0, 60), Write(3600), write(1, 3601), write(0, 3602);
@@ -78,7 +66,7 @@ TEST_F(Rotation, TheNumberContinuesWithinAnHourAndIsZeroForAnotherPrefix) {
 }
 
 TEST_F(Rotation, TheHundredAndFirstLogOfAnHourReplacesTheFirstAndOutlivesItsOldEntry) {
-  OpenSingles(101);
+  Open(Writer(1, 101));
   for (int i = 0; i < 101; ++i) Write(i);
   EXPECT_EQ(Times("0301021400.rph"), " 100");
   Write(101);  // replaces 01; the oldest entry, of the former 00, leaves the list
@@ -88,26 +76,28 @@ TEST_F(Rotation, TheHundredAndFirstLogOfAnHourReplacesTheFirstAndOutlivesItsOldE
 
 TEST_F(Rotation, LogsOfEarlierRunsAreRemovedByAgeAfterTheNewLogIsWritten) {
   Old("c.RPH", 40), Old("a.rph", 30), Old("d.rph", 20), Old("b.rph", 20), Old("x.rpd", 90), Old("z.csv", 90);
-  OpenSingles(4);
+  Open(Writer(1, 4));
   Write(0);
   EXPECT_EQ(Files(), " 0301021400.rph a.rph b.rph d.rph x.rpd z.csv");
   Write(1), Write(2);
   EXPECT_EQ(Files(), " 0301021400.rph 0301021401.rph 0301021402.rph d.rph x.rpd z.csv");
-  OpenSingles(0);
+  Open(Writer(1, 0));
   Write(3);
   EXPECT_EQ(Files(), " x.rpd z.csv");
 }
 
 TEST_F(Rotation, TextCopiesHaveACountOfTheirOwnThatIncludesThoseOfSummaries) {
   Old("1d.csv", 30), Old("0h.csv", 20);
-  OpenSingles(2, [](CFileConfig& config) { config.m_saveCsv = 1; });
+  auto config = Writer(1, 2);
+  config->m_saveCsv = 1;
+  Open(std::move(config));
   Write(0);
   EXPECT_EQ(Files(), " 0301021400.rph 0301021400h.csv 0h.csv");
 }
 
 TEST_F(Rotation, AnEntryThatCannotBeDeletedIsTriedOnce) {
   Old("a.rph", 20);
-  OpenSingles(1);
+  Open(Writer(1, 1));
   DeleteFile(m_dir / "a.rph");
   std::filesystem::create_directory((m_dir / "a.rph").Std());
   EXPECT_TRUE(Write(0) && Write(1));

@@ -1,9 +1,13 @@
 // The file link as a writer: when a log reaches the disk, and what is lost if it cannot.
+#include <optional>
+
 #include "tests/logfiles/example.h"
 #include "tests/logfiles/link_fixture.h"
 
 namespace vastra {
 namespace {
+
+constexpr const char *kLog = "0109090100.rph", *kCsv = "0109090100h.csv";
 
 class WriteLog : public CLinkFixture {
  protected:
@@ -26,8 +30,8 @@ TEST_F(WriteLog, HasTheBytesOfTheFormatsPageAndDropsWhatCloseFindsUnflushed) {
   EXPECT_EQ(Files(), "");
   GatherExample();
   EXPECT_TRUE(m_link->Flush());
-  EXPECT_EQ(Bytes("0109090100.rph"), ExampleLog());
-  EXPECT_EQ(Bytes("0109090100h.csv"), ExampleCsv());
+  EXPECT_EQ(Bytes(kLog), ExampleLog());
+  EXPECT_EQ(Bytes(kCsv), ExampleCsv());
   EXPECT_EQ(Files(), " 0109090100.rph 0109090100h.csv");
   EXPECT_FALSE(m_link->Flush());
   EXPECT_EQ(m_recorder.TakeFaults(), "Flush Warning F Tried to flush an empty log.\n");
@@ -39,26 +43,24 @@ TEST_F(WriteLog, ReportsADiskThatIsFullAtAnyByte) {
   for (const std::string old : {"", "old"})
     for (std::size_t size = 0; size < csv.size(); ++size) {
       NewLink();
-      for (const char* name : {"0109090100.rph", "0109090100h.csv"})
+      for (const char* name : {kLog, kCsv})
         if (!old.empty()) WriteBytes(m_dir / name, old);
       GatherExample();
+      std::optional<CFileSizeLimit> full(size);
+      EXPECT_FALSE(m_link->Flush());
+      full.reset();
       const bool whole = size >= log.size();
-      {
-        const CFileSizeLimit full(size);
-        EXPECT_FALSE(m_link->Flush());
-      }
       EXPECT_EQ(m_recorder.TakeFaults(),
                 whole ? "Flush Error F Couldn't save CSV file.\n" : "Flush Error F Couldn't save file.\n");
-      EXPECT_EQ(Bytes("0109090100.rph"), whole ? log : old.empty() ? log.substr(0, size) : old);
-      EXPECT_EQ(Bytes("0109090100h.csv"), whole && old.empty() ? csv.substr(0, size) : old);
-      EXPECT_EQ(Files(), whole || !old.empty() ? " 0109090100.rph 0109090100h.csv" : " 0109090100.rph");
+      EXPECT_EQ(Bytes(kLog), whole ? log : old.empty() ? log.substr(0, size) : old);
+      EXPECT_EQ(Bytes(kCsv), whole && old.empty() ? csv.substr(0, size) : old);
       EXPECT_FALSE(m_link->Flush()) << "the samples are lost";
     }
   NewLink();
-  WriteBytes(m_dir / "0109090100h.csv", std::string(1000, 'o'));
+  WriteBytes(m_dir / kCsv, std::string(1000, 'o'));
   GatherExample();
   EXPECT_TRUE(m_link->Flush());
-  EXPECT_EQ(Bytes("0109090100h.csv"), csv);
+  EXPECT_EQ(Bytes(kCsv), csv);
 }
 
 TEST_F(WriteLog, FailsWhileTheDirectoryIsMissingAndThenGoesOn) {

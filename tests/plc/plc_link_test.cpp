@@ -17,18 +17,9 @@ constexpr UINT kRead = CLink::modeRead, kWrite = CLink::modeWrite;
 
 class PlcLink : public testing::Test {
  protected:
-  PlcLink() {
-    const CString file = m_factory.GetPath() + "/" + m_factory.GetDrivers()[m_index].m_fileName;
-    m_module = LoadModule(file);
-    m_script = reinterpret_cast<Script* (*)()>(FindExport(m_module, "FreshScript"))();
-    NewLink();
-  }
-  ~PlcLink() override {
-    m_link.reset();
-    FreeModule(m_module);
-  }
+  PlcLink() { NewLink(); }
   void NewLink() {
-    m_link.reset(m_factory.NewDriver(m_index));
+    m_link.reset(m_factory.NewDriver(m_factory.GetDriverIndex(SCRIPTED_ID)));
     m_link->m_name = "P";
   }
   static CPlcLinkConfig* Config(UINT count, int useDriver = 1) {
@@ -55,10 +46,9 @@ class PlcLink : public testing::Test {
   }
 
   const CDriverFactory& m_factory = *CDriverFactory::Instance();
-  const int m_index = m_factory.GetDriverIndex(SCRIPTED_ID);
+  const HMODULE m_module = LoadModule(m_factory.GetPath() + "/scripted_driver.so");  // stays loaded
+  Script* const m_script = reinterpret_cast<Script* (*)()>(FindExport(m_module, "FreshScript"))();
   CRecorder m_recorder;
-  HMODULE m_module;
-  Script* m_script;
   std::unique_ptr<CPlcLink> m_link;
   CLogSample m_sample;
 };
@@ -144,40 +134,35 @@ TEST_F(PlcLink, PassesTheModeOnAndClosesEachConnectionOnce) {
   }
 }
 
-// A clock that keeps the calls of the driver up to the moment it is asked.
-class CWatchingClock : public CClock {
- public:
-  explicit CWatchingClock(const Script& script) : m_script(script) { SetClock(this); }
-  ~CWatchingClock() override { SetClock(nullptr); }
-  _timeb Now() override { return m_seen = m_script.calls, _timeb{1000000000, 250, -60, 1, 0}; }
-  const Script& m_script;
-  std::string m_seen;
-};
-
 TEST_F(PlcLink, StampsASampleAfterTheDriversAnswerAndDoesNotChangeItOnAFailure) {
-  CWatchingClock clock(*m_script);
+  static constexpr _timeb kNow = {1000000000, 250, -60, 1, 0};
+  struct CWatchingClock : CClock {
+    explicit CWatchingClock(const Script& script) : m_script(script) {}
+    _timeb Now() override { return m_seen = m_script.calls, kNow; }
+    const Script& m_script;
+    std::string m_seen;
+  } clock(*m_script);
+  SetClock(&clock);
   Open();
   Calls();
   m_sample.m_values.Add(7);
-  m_sample.m_time.time = 42;
   m_script->readStatus = statusTimeout;
   EXPECT_EQ(Read(), 0);
   EXPECT_EQ(m_sample.m_values.GetSize(), 1);
-  EXPECT_EQ(m_sample.m_time.time, 42);
+  EXPECT_EQ(m_sample.m_time, _timeb());
   m_script->readStatus = statusOk;
   EXPECT_EQ(Read(), 1);
+  SetClock(nullptr);
   EXPECT_EQ(clock.m_seen, "Read 3 5, Read 3 5, ");
-  EXPECT_EQ(m_sample.m_time, (_timeb{1000000000, 250, -60, 1, 0}));
-  ASSERT_EQ(m_sample.m_values.GetSize(), 3);
-  EXPECT_EQ(m_sample.m_values[2], 3.0f);
+  EXPECT_EQ(m_sample.m_time, kNow);
+  EXPECT_EQ(std::vector(m_sample.m_values.begin(), m_sample.m_values.end()), (std::vector{1.0f, 2.0f, 3.0f}));
 }
 
 TEST_F(PlcLink, SendsTheFirstValuesOfASampleAndRefusesAShortOne) {
   Open(Config(3), kWrite);
   for (const float value : {10.0f, 20.0f, 30.0f, 40.0f}) m_sample.m_values.Add(value);
   EXPECT_EQ(Write(), 1);
-  EXPECT_EQ(m_script->values[2], 30.0f);
-  EXPECT_EQ(m_script->values[3], 4.0f);
+  EXPECT_EQ(std::vector(m_script->values, m_script->values + 4), (std::vector{10.0f, 20.0f, 30.0f, 4.0f}));
   m_sample.m_values.SetSize(2);
   Calls();
   EXPECT_EQ(Write(), 0);

@@ -41,7 +41,7 @@ TEST_F(OutputListener, GetsAnEventForEachFile) {
     output->m_nameVariable = "x";
     output->m_prefix = prefix, output->m_usePrefix = 1;
     output->m_maxSamples = 2, output->m_saveRp = *prefix == 'b';
-    m_stage.GetOptions()->m_outputs.AddTail(output);
+    Options().m_outputs.AddTail(output);
   }
   ASSERT_EQ(Open(), 1);
   Write({1});
@@ -64,7 +64,7 @@ TEST_F(OutputListener, GetsAnEventForEachFile) {
 TEST_F(SummaryListener, GetsAnEventForEachRowAndForTheEnd) {
   CEvents events;
   m_stage.SetLogListener(&events);
-  m_stage.GetOptions()->m_summaries.AddTail(
+  Options().m_summaries.AddTail(
       NewConfig<CSummaryConfig>("SampleIsValid = 1;WriteToSummary = 1", m_dir.Path()));
   ASSERT_EQ(Open(), 1);
   Write({1});

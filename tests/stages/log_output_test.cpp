@@ -10,7 +10,7 @@ class LogOutput : public CStageFixture<CLogMultiOutput> {
   COutputConfig& Add(const char* equations, const CString& directory) {
     auto* output = NewConfig<COutputConfig>(equations, directory);
     output->m_nameVariable = "System Time";
-    m_stage.GetOptions()->m_outputs.AddTail(output);
+    Options().m_outputs.AddTail(output);
     return *output;
   }
 };

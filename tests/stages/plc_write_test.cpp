@@ -9,13 +9,12 @@ namespace {
 
 class PlcWrite : public CStageFixture<CPlcMultiOutput> {
  protected:
-  CPlcMultiConfig& Options() { return *m_stage.GetOptions(); }
-
-  // A node for names, with its values in the registers after those of the nodes before it.
-  CPlcNodeConfig& Add(const char* name, const char* names = "x") {
+  // A node with its values in the registers after those of the nodes before it.
+  CPlcNodeConfig& Add(const char* names = "x", float scale = 0, bool fails = false) {
     auto* config = new CPlcSingleConfig;
     CPlcNodeConfig& node = config->m_node;
-    SetNode(node, name, names);
+    SetNode(node, names, scale, fails);
+    node.m_nodeName = CString(std::to_string(m_registers));
     node.m_driver.station = m_station;
     node.m_driver.registerAddress = static_cast<int>(m_registers);
     m_registers += node.m_driver.variableCount;
@@ -26,10 +25,7 @@ class PlcWrite : public CStageFixture<CPlcMultiOutput> {
   std::string Registers() {
     DriverConfig config;
     config.station = m_station;
-    CLogSample sample;
-    for (const float value : CDriverNode(m_recorder, kSimulator, config, m_registers).Read())
-      sample.m_values.Add(value);
-    return Values(sample);
+    return Values(CDriverNode(m_recorder, kSimulator, config, m_registers).Read());
   }
   // Writes values on a worker and returns its result.
   int WriteAndWait(std::initializer_list<float> values) {
@@ -44,8 +40,8 @@ class PlcWrite : public CStageFixture<CPlcMultiOutput> {
 int PlcWrite::s_lastStation = 500;
 
 TEST_F(PlcWrite, EachNodeGetsItsVariablesByNameScaledFromTheSamplesForThisComputer) {
-  Add("A", "c");
-  SetScale(Add("B", "b C a"), "b", 10);
+  Add("c");
+  Add("b C a", 10);
   ASSERT_EQ(Open("a b c ComputerNode"), 1);
   m_stage.SetNodeNumber(2);
   EXPECT_EQ(Write({1, 2, 3, 2}) + Write({4, 5, 6, 1}), 2);
@@ -62,7 +58,6 @@ TEST(PlcEnable, ComparesComputerNodeAsANumber) {
     enable.Open(names);
     return enable.CheckIfWrite(sample, number);
   };
-  EXPECT_EQ(writes("x", {1}, 7), 1);
   EXPECT_EQ(writes("x computernode", {1, 2}, 7), 1);
   EXPECT_EQ(writes("ComputerNode x", {2, 1}, 2), 1);
   EXPECT_EQ(writes("x ComputerNode", {1, 2.5f}, 2), 0);
@@ -74,27 +69,24 @@ TEST(PlcEnable, ComparesComputerNodeAsANumber) {
 }
 
 TEST_F(PlcWrite, AFailureStopsThePassButNotTheWorkerAndTheNextSampleTriesAll) {
-  for (const char* name : {"A", "B", "C"}) {
-    CPlcNodeConfig& node = Add(name);
-    if (*name == 'B') FailEverySecondCall(node);
-  }
+  for (const bool fails : {false, true, false}) Add("x", 0, fails);
   for (const int threaded : {0, 1}) {
     m_stage.SetCallBack(threaded, &m_queue, kMessage);
     ASSERT_EQ(Open(), 1);
+    const char* const registers[] = {"1 1 1", threaded ? "2 1 2" : "2 1 1", "3 3 3"};
     for (const int x : {1, 2, 3}) {
       const auto value = static_cast<float>(x);
       m_recorder.Take();
       EXPECT_EQ(threaded ? WriteAndWait({value}) : Write({value}), x != 2);
-      EXPECT_EQ(m_recorder.TakeFaults().starts_with("Write Error Simulator (B) Timeout error.\n"), x == 2);
-      const char* const registers[] = {"1 1 1", threaded ? "2 1 2" : "2 1 1", "3 3 3"};
+      EXPECT_EQ(m_recorder.TakeFaults().starts_with("Write Error Simulator (1) Timeout error.\n"), x == 2);
       EXPECT_EQ(Registers(), registers[x - 1]);
     }
   }
 }
 
 TEST_F(PlcWrite, DisablingTakesEffectWithTheNextSampleAndEnablingWithTheNextOpen) {
-  DriverConfig& driver = Add("A").m_driver;
-  driver.plcType = kNoDriver;
+  int& driver = Add().m_driver.plcType;
+  driver = kNoDriver;
   m_stage.SetCallBack(1, &m_queue, kMessage);
   for (const int known : {0, 1}) {
     EXPECT_EQ(Open(), known);
@@ -106,7 +98,7 @@ TEST_F(PlcWrite, DisablingTakesEffectWithTheNextSampleAndEnablingWithTheNextOpen
       EXPECT_EQ(WriteAndWait({static_cast<float>(2 + disabled)}), 1);
       EXPECT_EQ(Registers(), known ? "2" : "0");
     }
-    driver.plcType = kSimulator;
+    driver = kSimulator;
   }
   EXPECT_EQ(Posted(20), -1) << "one message for each sample";
 }
@@ -115,7 +107,7 @@ TEST_F(PlcWrite, WorkersWaitForStageAndSampleAndKeepTheTargetOfTheirStart) {
   CMessageQueue other;
   CMessage message;
   CLogSample first = Sample({5}), second = Sample({7});
-  Add("A");
+  Add();
   m_stage.SetCallBack(1, &m_queue, kMessage);
   ASSERT_EQ(Open(), 1);
   {

@@ -27,7 +27,6 @@ inline CStringArray Split(const std::string& text, char divider = ' ') {
   for (std::string part; std::getline(all, part, divider);) parts.Add(CString(part));
   return parts;
 }
-
 inline std::string Join(const CStringArray& names) {
   std::string all;
   for (const CString& name : names) all += (all.empty() ? "" : " ") + name.Std();
@@ -41,11 +40,11 @@ inline CLogSample Sample(std::initializer_list<float> values, std::int32_t time 
   return sample;
 }
 
-// The values of sample, as integers.
-inline std::string Values(const CLogSample& sample) {
-  CStringArray values;
-  for (const float value : sample.m_values) values.Add(CString(std::to_string(static_cast<int>(value))));
-  return Join(values);
+// Numbers, as integers.
+inline std::string Values(const auto& values) {
+  CStringArray texts;
+  for (const float value : values) texts.Add(CString(std::to_string(static_cast<int>(value))));
+  return Join(texts);
 }
 
 // For each CSV log in dir its sequence number and its rows, as integers: "00: 1/5 2/7|01: 3/8|".
@@ -73,21 +72,16 @@ Config* NewConfig(const char* enable, const CString& directory) {
   return config;
 }
 
-inline void SetNode(CPlcNodeConfig& node, const char* name, const char* names) {
-  node.m_nodeName = name;
+// A node of the simulator. scale, if not 0, is that of its first variable; each second call may time out.
+inline void SetNode(CPlcNodeConfig& node, const char* names, float scale = 0, bool fails = false) {
   node.m_varNames = Split(names);
   node.m_driver.plcType = kSimulator;
   node.m_driver.variableCount = static_cast<UINT>(node.m_varNames.GetSize());
-}
-inline void SetScale(CPlcNodeConfig& node, const char* variable, float scale) {
+  if (fails) node.m_driver.value4 = 2, node.m_driver.value5 = statusTimeout;
   CScalerConfigNode rule;
-  rule.m_varName = variable;
+  rule.m_varName = node.m_varNames[0];
   rule.m_scale = scale;
-  node.m_scaler.m_nodes.Add(rule);
-}
-inline void FailEverySecondCall(CPlcNodeConfig& node) {
-  node.m_driver.value4 = 2;
-  node.m_driver.value5 = 109;  // a timeout
+  if (scale != 0) node.m_scaler.m_nodes.Add(rule);
 }
 
 // A stage, a messenger, a directory, and UTC as the local time.
@@ -98,6 +92,7 @@ class CStageFixture : public testing::Test {
     ::setenv("TZ", "UTC0", 1);
     ::tzset();
   }
+  auto& Options() { return *m_stage.GetOptions(); }
   int Open(const char* names = "x") {
     CStringArray given = Split(names);
     return m_stage.Open(given);
@@ -116,6 +111,7 @@ class CStageFixture : public testing::Test {
     CStringArray names;
     return m_stage.GetVarNames(names) ? Join(names) : "none";
   }
+  std::string Read() { return m_stage.Read(m_sample) ? Values(m_sample.m_values) : "failed"; }
   // The result that a worker posts, or -1 if it posts none.
   int Posted(int milliseconds = 10000) {
     CMessage message;

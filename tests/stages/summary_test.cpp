@@ -14,7 +14,7 @@ class Summary : public CStageFixture<CLogMultiSummary> {
     auto* config = NewConfig<CSummaryConfig>(enable, m_dir / directory);
     config->m_summaryEquations = Split("n = n + 1;sum = sum + x", ';');
     config->m_varNames = Split("n sum");
-    m_stage.GetOptions()->m_summaries.AddTail(config);
+    Options().m_summaries.AddTail(config);
     return *config;
   }
 };

@@ -9,14 +9,13 @@ class Trending : public CStageFixture<CLogTrendings> {
  protected:
   // Extra variables are computed if there are equations.
   int Open(const char* names, const char* base, const char* extra = "", const char* equations = "") {
-    CTrendConfig& options = *m_stage.GetOptions();
-    options.m_baseVars = Split(base);
-    options.m_extraVars = Split(extra);
-    options.m_equations = Split(equations, ';');
-    options.m_calculateExtra = *equations != 0;
+    Options().m_baseVars = Split(base);
+    Options().m_extraVars = Split(extra);
+    Options().m_equations = Split(equations, ';');
+    Options().m_calculateExtra = *equations != 0;
     return CStageFixture::Open(names);
   }
-  std::string Read() { return m_stage.Read(&m_sample) ? Values(m_sample) : "failed"; }
+  std::string Read() { return m_stage.Read(&m_sample) ? Values(m_sample.m_values) : "failed"; }
 };
 
 TEST_F(Trending, ExtraVariablesFollowTheBaseVariablesWhereTheyAreComputed) {
@@ -53,7 +52,7 @@ TEST_F(Trending, EachReaderGetsTheNewestSampleAndAClosedStageDoesNotChangeTheirs
   EXPECT_EQ(Open("x", "x", "n", "n = b"), 0);
   EXPECT_EQ(m_recorder.TakeFaults(), "Open Fatal TrendingsEquatorLink Linker could not configure itself.\n");
   EXPECT_EQ(Read(), "failed");
-  EXPECT_EQ(Values(m_sample), "6 2");
+  EXPECT_EQ(Values(m_sample.m_values), "6 2");
   EXPECT_EQ(m_stage.IsOpen() + Write({1}), 0);
 }
 

@@ -17,20 +17,15 @@
 #define MOST_NODES 64
 
 static struct Node {
-  int used;
-  char text[64];
-  const char* given;
+  const char* given; /* text1, while the handle is open */
+  char copy[64];
 } nodes[MOST_NODES];
 static pthread_mutex_t lock = PTHREAD_MUTEX_INITIALIZER;
 static pthread_t loader;
 static DriverRecord settings;
 static DriverFunctions table;
 
-static const char* Fault(void) {
-  const char* given = getenv("FAULT");
-  return given ? given : MODULE_FAULT;
-}
-
+static const char* Fault(void) { return getenv("FAULT") ? getenv("FAULT") : MODULE_FAULT; }
 static int Has(const char* fault) { return strcmp(Fault(), fault) == 0; }
 
 static void* Wander(void* unused) {
@@ -38,32 +33,24 @@ static void* Wander(void* unused) {
   return unused;
 }
 
-static void Leave(void) {
-  pthread_t thread;
-  if (Has("leaves a file") && open("/dev/null", O_RDONLY) < 0) abort();
-  if (Has("leaves a thread") && pthread_create(&thread, NULL, Wander, NULL) == 0) pthread_detach(thread);
-}
-
 static int Open(DriverRecord config, int mode, int* handle) {
-  int status = statusNoMemory, i;
+  pthread_t thread;
+  int i = 0;
   if (mode == driverModeOther) return Has("refuses a mode") ? statusNotOpened : statusInvalidMode;
   if (getenv("FAULT") && (config.plcType != MODULE_ID || config.variableCount != 2)) return statusNoMemory;
   if (config.openState != 0) return statusNoMemory;
   if (Has("gives a status of Read")) return statusTimeout;
   if (config.text1[0] == '\1') return statusExtendedError;
-  Leave();
+  if (Has("leaves a file") && open("/dev/null", O_RDONLY) < 0) abort();
+  if (Has("leaves a thread") && pthread_create(&thread, NULL, Wander, NULL) == 0) pthread_detach(thread);
   if (Has("stores no handle")) return statusOk;
   pthread_mutex_lock(&lock);
-  for (i = 0; i < MOST_NODES && nodes[i].used && !Has("has one handle"); ++i) continue;
-  if (i < MOST_NODES) {
-    nodes[i].used = 1;
-    strncpy(nodes[i].text, config.text1, sizeof nodes[i].text - 1);
-    nodes[i].given = config.text1;
-    *handle = i;
-    status = statusOk;
-  }
+  while (i < MOST_NODES - 1 && nodes[i].given && !Has("has one handle")) ++i;
+  strncpy(nodes[i].copy, config.text1, sizeof nodes[i].copy - 1);
+  nodes[i].given = config.text1;
   pthread_mutex_unlock(&lock);
-  return status;
+  *handle = i;
+  return statusOk;
 }
 
 /* Whether a text that was kept has changed. It is dead memory, which the address sanitizer would report. */
@@ -74,11 +61,11 @@ __attribute__((no_sanitize("address"))) static int HasChanged(const volatile cha
 
 static int Read(float* values, int count, int handle) {
   int i;
-  if (handle < 0 || handle >= MOST_NODES || !nodes[handle].used) return statusNotOpened;
+  if (handle < 0 || handle >= MOST_NODES || !nodes[handle].given) return statusNotOpened;
   if (Has("crashes")) raise(SIGSEGV);
   if (Has("exits")) _exit(7);
   while (Has("hangs")) pause();
-  if (Has("keeps a text") && HasChanged(nodes[handle].given, nodes[handle].text)) return statusTimeout;
+  if (Has("keeps a text") && HasChanged(nodes[handle].given, nodes[handle].copy)) return statusTimeout;
   if (Has("serves one thread") && !pthread_equal(loader, pthread_self())) return statusTimeout;
   if (Has("gives 0")) return 0;
   if (strncmp(Fault(), "words ", 6) == 0) return statusExtendedError;
@@ -92,9 +79,8 @@ static int Write(float* values, int count, int handle) {
 }
 
 static void Close(int handle) {
-  if (Has("has one handle")) return;
   pthread_mutex_lock(&lock);
-  if (handle >= 0 && handle < MOST_NODES) nodes[handle].used = 0;
+  if (!Has("has one handle") && handle >= 0) nodes[handle].given = NULL;
   pthread_mutex_unlock(&lock);
 }
 
