@@ -24,10 +24,7 @@ class PlcLink : public testing::Test {
   }
   static CPlcLinkConfig* Config(UINT count, int useDriver = 1) {
     auto* config = new CPlcLinkConfig;
-    config->m_config.variableCount = count;
-    config->m_config.openState = 3;
-    config->m_config.text1 = "one";
-    config->m_config.text2 = "two";
+    config->m_config = {.variableCount = count, .openState = 3, .text1 = "one", .text2 = "two"};
     config->m_useDriver = useDriver;
     return config;
   }
@@ -56,10 +53,9 @@ class PlcLink : public testing::Test {
 const std::string kOpen = "Open 0 3 0 one two, ";
 
 TEST_F(PlcLink, ReportsEachStatusAsItsOperationDoes) {
-  constexpr struct {
+  const struct {
     int status;
-    const char *open, *transfer;
-    const char* asked = "";  // the driver's function for the text
+    std::string open, transfer, asked = "";  // the driver's function for the text
   } kCases[] = {
       {58, "Fatal P Not enough memory.", "Fatal P No memory."},
       {59, "Fatal P driver's words", "Error P driver's words", "GetExtendedError 5, "},
@@ -71,38 +67,35 @@ TEST_F(PlcLink, ReportsEachStatusAsItsOperationDoes) {
       {0, "Fatal P Unknown error.", "Error P Unknown error."},
   };
   m_sample.m_values.SetSize(3);
-  for (const auto& [status, open, transfer, asked] : kCases) {
-    m_script->openStatus = m_script->readStatus = m_script->writeStatus = status;
+  for (const auto& row : kCases) {
+    m_script->openStatus = m_script->readStatus = m_script->writeStatus = row.status;
     EXPECT_EQ(Open(), 0);
     m_script->openStatus = statusOk;
     EXPECT_EQ(Open(), 1);
     EXPECT_EQ(Read() + Write(), 0);
-    const std::string failed = std::string(transfer) + "\n", question = asked;
-    EXPECT_EQ(m_recorder.TakeFaults(), std::string("Open ") + open + "\nRead " + failed + "Write " + failed);
-    EXPECT_EQ(Calls(), kOpen + question + kOpen + "Read 3 5, " + question + "Write 3 5, " + question);
+    EXPECT_EQ(m_recorder.TakeFaults(),
+              "Open " + row.open + "\nRead " + row.transfer + "\nWrite " + row.transfer + "\n");
+    EXPECT_EQ(Calls(), kOpen + row.asked + kOpen + "Read 3 5, " + row.asked + "Write 3 5, " + row.asked);
     m_link->Close();
     Calls();
   }
+}
+
+TEST_F(PlcLink, AsksForTheTextOfAFailureAndReplacesAMissingOne) {
   m_script->openStatus = statusExtendedError;
-  Open();
-  m_script->handle = SCRIPTED_NO_HANDLE;
-  Open();
+  for (const int handle : {5, SCRIPTED_NO_HANDLE}) m_script->handle = handle, Open();
   EXPECT_EQ(Calls(), kOpen + "GetExtendedError 5, " + kOpen + "GetExtendedError -1, ");
   m_script->openStatus = statusOk;
-  Open();
-  m_recorder.Take();
   m_script->functions.GetReplyError = nullptr;
   m_script->text = nullptr;
+  Open();
+  m_recorder.Take();
   for (const int status : {statusReplyError, statusExtendedError}) m_script->readStatus = status, Read();
   EXPECT_EQ(m_recorder.TakeFaults(), "Read Error P Reply error.\nRead Error P Extended error.\n");
 }
 
 TEST_F(PlcLink, RefusesWhatItCannotOpenAndStaysClosed) {
-  for (CLinkConfig* config : {static_cast<CLinkConfig*>(nullptr), static_cast<CLinkConfig*>(new CNameConfig),
-                              static_cast<CLinkConfig*>(Config(0, 0)), static_cast<CLinkConfig*>(Config(0))})
-    EXPECT_EQ(Open(config), 0);
-  EXPECT_EQ(Calls(), "");
-  m_sample.m_values.SetSize(3);
+  EXPECT_FALSE(Open(nullptr) || Open(new CNameConfig) || Open(Config(0, 0)) || Open(Config(0)));
   EXPECT_EQ(Open(Config(3, 0)), 1);  // without the driver, for the names only
   EXPECT_EQ(Calls(), "");
   EXPECT_EQ(Open(Config((1u << 24) + 1)), 0);  // too many values for the memory
@@ -117,14 +110,11 @@ TEST_F(PlcLink, RefusesWhatItCannotOpenAndStaysClosed) {
 }
 
 TEST_F(PlcLink, PassesTheModeOnAndClosesEachConnectionOnce) {
-  for (const UINT mode : {kRead, kWrite, 7u, CLink::modeNotOpened, kRead})
-    EXPECT_EQ(Open(Config(3), mode), 1);
-  EXPECT_EQ(Calls(), kOpen +
-                         "Close 5, Open 1 3 0 one two, Close 5, Open 100 3 0 one two, Close 5, "
-                         "Open 100 3 0 one two, Close 5, " +
-                         kOpen);
+  for (const UINT mode : {kRead, kWrite, 7u, CLink::modeNotOpened}) EXPECT_EQ(Open(Config(3), mode), 1);
   for (int time = 0; time < 2; ++time) m_link->Close();
-  EXPECT_EQ(Calls(), "Close 5, ");
+  EXPECT_EQ(Calls(),
+            "Open 0 3 0 one two, Close 5, Open 1 3 0 one two, Close 5, "
+            "Open 100 3 0 one two, Close 5, Open 100 3 0 one two, Close 5, ");
   for (const int version : {2, 1}) {  // a driver of version 1 is not closed
     m_script->version = version;
     NewLink();
@@ -189,13 +179,14 @@ TEST_F(PlcLink, PassesAllSettingsToTheDriversDialogAndBack) {
 
 TEST_F(PlcLink, PassesTheInstalledHostToEachNewModule) {
   const DriverHost host = {DRIVER_HOST_VERSION, nullptr};
-  EXPECT_EQ(InstallDriverHost(&host), nullptr);
-  EXPECT_EQ(m_script->host, nullptr);
-  NewLink();
-  EXPECT_EQ(m_script->host, &host);
-  EXPECT_EQ(InstallDriverHost(nullptr), &host);
-  NewLink();
-  EXPECT_EQ(m_script->host, nullptr);
+  const DriverHost* installed = nullptr;
+  for (const DriverHost* next : {&host, static_cast<const DriverHost*>(nullptr)}) {
+    EXPECT_EQ(InstallDriverHost(next), installed);
+    EXPECT_EQ(m_script->host, installed);
+    NewLink();
+    EXPECT_EQ(m_script->host, next);
+    installed = next;
+  }
   EXPECT_EQ(m_script->hosts, 3) << "also without a host";
 }
 

@@ -55,12 +55,7 @@ Script* FreshScript(void) {
   return &script;
 }
 
-DriverHeader GetDriverHeader(void) {
-  DriverHeader header = {SCRIPTED_ID, "Scripted", NULL};
-  header.functions = &script.functions;
-  return header;
-}
-
+DriverHeader GetDriverHeader(void) { return (DriverHeader){SCRIPTED_ID, "Scripted", &script.functions}; }
 int GetDriverApiVersion(void) { return script.version; }
 
 void SetDriverHost(const DriverHost* host) { ++script.hosts, script.host = host; }

@@ -1,6 +1,8 @@
 // The events of a listener for the log files of outputs and summaries.
 #include "vastra/logfiles/log_listener.h"
 
+#include <optional>
+
 #include "tests/stages/samples.h"
 #include "vastra/stages/log_multi_output.h"
 #include "vastra/stages/log_multi_summary.h"
@@ -37,35 +39,33 @@ TEST_F(OutputListener, GetsAnEventForEachFile) {
   CEvents events;
   m_stage.SetLogListener(&events);
   for (const char* prefix : {"a", "b"}) {
-    auto* output = NewConfig<COutputConfig>("WriteToLog = 1", m_dir.Path());
-    output->m_nameVariable = "x";
-    output->m_prefix = prefix, output->m_usePrefix = 1;
-    output->m_maxSamples = 2, output->m_saveRp = *prefix == 'b';
-    Options().m_outputs.AddTail(output);
+    COutputConfig& output = Add(Options().m_outputs, "WriteToLog = 1", "0");
+    output.m_nameVariable = "x";
+    output.m_prefix = prefix, output.m_usePrefix = 1;
+    output.m_maxSamples = 2, output.m_saveRp = *prefix == 'b';
   }
   ASSERT_EQ(Open(), 1);
   Write({1});
   EXPECT_EQ(events.Take(), "");
   Write({1}, kStart + 5);
   EXPECT_EQ(events.Take(), "0 closed a1h.csv 2 0..5\n1 closed b1.rph 2 0..5\n1 closed b1h.csv 2 0..5\n");
-  for (const char* left : {"", " short"}) {  // a failed write leaves a new file short, an old one whole
+  for (const std::string left : {"", " short"}) {  // a failed write leaves a new file short, an old one whole
     ASSERT_EQ(Open(), 1);
     Write({1});
-    {
-      const CFileSizeLimit limit(10);
-      m_stage.Close();
-    }
-    EXPECT_EQ(events.Take(), std::string("0 not saved a1h.csv 1") + left +
-                                 ": File too large\n1 not saved b1.rph 1" + left + ": File too large\n");
-    for (const char* file : {"a1h.csv", "b1.rph"}) std::filesystem::remove((m_dir / file).Std());
+    std::optional<CFileSizeLimit> limit(10);
+    m_stage.Close();
+    limit.reset();
+    EXPECT_EQ(events.Take(), "0 not saved a1h.csv 1" + left + ": File too large\n1 not saved b1.rph 1" +
+                                 left + ": File too large\n");
+    std::filesystem::remove_all((m_dir / "0").Std());
+    std::filesystem::create_directory((m_dir / "0").Std());
   }
 }
 
 TEST_F(SummaryListener, GetsAnEventForEachRowAndForTheEnd) {
   CEvents events;
   m_stage.SetLogListener(&events);
-  Options().m_summaries.AddTail(
-      NewConfig<CSummaryConfig>("SampleIsValid = 1;WriteToSummary = 1", m_dir.Path()));
+  Add(Options().m_summaries, "SampleIsValid = 1;WriteToSummary = 1", "0");
   ASSERT_EQ(Open(), 1);
   Write({1});
   Write({1}, kStart + 5);
@@ -73,7 +73,7 @@ TEST_F(SummaryListener, GetsAnEventForEachRowAndForTheEnd) {
   EXPECT_EQ(
       events.Take(),
       "0 grew 0301021400d.csv 1 0..0\n0 grew 0301021400d.csv 2 0..5\n0 closed 0301021400d.csv 2 0..5\n");
-  std::filesystem::remove_all(m_dir.Path().Std());
+  std::filesystem::remove_all((m_dir / "0").Std());
   Write({1}, kStart + 6);
   EXPECT_EQ(events.Take(), "0 not saved 0301021401d.csv 1: No such file or directory\n");
   m_stage.Close();  // while the listener exists

@@ -33,11 +33,10 @@ class PlcWrite : public CStageFixture<CPlcMultiOutput> {
     return m_stage.Write(sample) ? Posted() : -2;
   }
 
-  static int s_lastStation;
-  const int m_station = ++s_lastStation;  // its registers are all 0
+  // One for each test, so that its registers are all 0.
+  const int m_station = testing::UnitTest::GetInstance()->current_test_info()->line();
   UINT m_registers = 0;
 };
-int PlcWrite::s_lastStation = 500;
 
 TEST_F(PlcWrite, EachNodeGetsItsVariablesByNameScaledFromTheSamplesForThisComputer) {
   Add("c");

@@ -47,31 +47,6 @@ inline std::string Values(const auto& values) {
   return Join(texts);
 }
 
-// For each CSV log in dir its sequence number and its rows, as integers: "00: 1/5 2/7|01: 3/8|".
-inline std::string Logs(const CString& dir) {
-  static const std::regex kRow(R"([^,]*,([^\n]*),\n)"), kFraction(R"(\.\d*)");
-  std::string all;
-  for (const CFileEntry& file : ListFiles(dir, ".csv")) {
-    std::string rows = ReadBytes(JoinPath(dir, file.m_name));
-    rows = std::regex_replace(rows.substr(rows.find('\n') + 1), kRow, " $1");
-    std::replace(rows.begin(), rows.end(), ',', '/');
-    all += file.m_name.Right(7).Left(2).Std() + ":" + std::regex_replace(rows, kFraction, "") + "|";
-  }
-  return all;
-}
-
-// The settings of an output or a summary that writes x to CSV logs in directory.
-template <class Config>
-Config* NewConfig(const char* enable, const CString& directory) {
-  auto* config = new Config;
-  config->m_enableEquations = Split(enable, ';');
-  config->m_varNames = Split("x");
-  config->m_saveCsv = 1;
-  config->m_directory = directory;
-  std::filesystem::create_directory(directory.Std());
-  return config;
-}
-
 // A node of the simulator. scale, if not 0, is that of its first variable; each second call may time out.
 inline void SetNode(CPlcNodeConfig& node, const char* names, float scale = 0, bool fails = false) {
   node.m_varNames = Split(names);
@@ -106,6 +81,32 @@ class CStageFixture : public testing::Test {
     std::string results;
     for (const float x : {1.0f, 2.0f, 3.0f}) results += std::to_string(Write({x}));
     return results;
+  }
+  // Adds an output or a summary that writes x to CSV logs in a directory.
+  template <class Config>
+  Config& Add(COwnedList<Config>& configs, const char* enable, const char* directory) {
+    auto* config = new Config;
+    config->m_enableEquations = Split(enable, ';');
+    config->m_varNames = Split("x");
+    config->m_saveCsv = 1;
+    config->m_directory = m_dir / directory;
+    std::filesystem::create_directory(config->m_directory.Std());
+    configs.AddTail(config);
+    return *config;
+  }
+  // For each CSV log in the directories its sequence number and its rows, as integers: "00: 1/5 2/7|01:
+  // 3/8|".
+  std::string Logs(const std::string& directories = "0") {
+    static const std::regex kRow(R"([^,]*,([^\n]*),\n)"), kFraction(R"(\.\d*)");
+    std::string all;
+    for (const CString& directory : Split(directories))
+      for (const CFileEntry& file : ListFiles(m_dir / directory, ".csv")) {
+        std::string rows = ReadBytes(m_dir / directory + "/" + file.m_name);
+        rows = std::regex_replace(rows.substr(rows.find('\n') + 1), kRow, " $1");
+        std::replace(rows.begin(), rows.end(), ',', '/');
+        all += file.m_name.Right(7).Left(2).Std() + ":" + std::regex_replace(rows, kFraction, "") + "|";
+      }
+    return all;
   }
   std::string Given() {
     CStringArray names;

@@ -14,16 +14,14 @@
 #define MODULE_NAME "Faulty"
 #define MODULE_FAULT "none"
 #endif
-#define MOST_NODES 64
+#define MOST_NODES 1024 /* a handle is used again after as many calls of Open */
 
 static struct Node {
   const char* given; /* text1, while the handle is open */
   char copy[64];
 } nodes[MOST_NODES];
-static pthread_mutex_t lock = PTHREAD_MUTEX_INITIALIZER;
 static pthread_t loader;
 static DriverRecord settings;
-static DriverFunctions table;
 
 static const char* Fault(void) { return getenv("FAULT") ? getenv("FAULT") : MODULE_FAULT; }
 static int Has(const char* fault) { return strcmp(Fault(), fault) == 0; }
@@ -34,8 +32,9 @@ static void* Wander(void* unused) {
 }
 
 static int Open(DriverRecord config, int mode, int* handle) {
+  static int opened = 0;
   pthread_t thread;
-  int i = 0;
+  struct Node* node;
   if (mode == driverModeOther) return Has("refuses a mode") ? statusNotOpened : statusInvalidMode;
   if (getenv("FAULT") && (config.plcType != MODULE_ID || config.variableCount != 2)) return statusNoMemory;
   if (config.openState != 0) return statusNoMemory;
@@ -44,12 +43,10 @@ static int Open(DriverRecord config, int mode, int* handle) {
   if (Has("leaves a file") && open("/dev/null", O_RDONLY) < 0) abort();
   if (Has("leaves a thread") && pthread_create(&thread, NULL, Wander, NULL) == 0) pthread_detach(thread);
   if (Has("stores no handle")) return statusOk;
-  pthread_mutex_lock(&lock);
-  while (i < MOST_NODES - 1 && nodes[i].given && !Has("has one handle")) ++i;
-  strncpy(nodes[i].copy, config.text1, sizeof nodes[i].copy - 1);
-  nodes[i].given = config.text1;
-  pthread_mutex_unlock(&lock);
-  *handle = i;
+  *handle = Has("has one handle") ? 0 : __sync_fetch_and_add(&opened, 1) % MOST_NODES;
+  node = &nodes[*handle];
+  strncpy(node->copy, config.text1, sizeof node->copy - 1);
+  node->given = config.text1;
   return statusOk;
 }
 
@@ -79,9 +76,7 @@ static int Write(float* values, int count, int handle) {
 }
 
 static void Close(int handle) {
-  pthread_mutex_lock(&lock);
   if (!Has("has one handle") && handle >= 0) nodes[handle].given = NULL;
-  pthread_mutex_unlock(&lock);
 }
 
 static const char* GetExtendedError(int handle) {
@@ -97,18 +92,16 @@ static const char* GetExtendedError(int handle) {
 
 static int ShowConfig(int isNew) { return (void)isNew, Has("shows a form"); }
 static DriverRecord GetConfig(void) {
-  settings.plcType = Has("forgets its ID") ? settings.plcType : MODULE_ID;
-  settings.text1 = settings.text2 = NULL;
+  if (!Has("forgets its ID")) settings.plcType = MODULE_ID;
   return settings;
 }
-static void SetConfig(DriverRecord config) { settings = config; }
+static void SetConfig(DriverRecord config) { settings = config, settings.text1 = settings.text2 = NULL; }
 
 DriverHeader GetDriverHeader(void) {
   static int calls = 0;
-  static const DriverFunctions all = {ShowConfig, GetConfig,        SetConfig,       Open, Read, Write, Close,
-                                      {0, 0},     GetExtendedError, GetExtendedError};
+  static DriverFunctions table = {ShowConfig, GetConfig,        SetConfig,       Open, Read, Write, Close,
+                                  {0, 0},     GetExtendedError, GetExtendedError};
   DriverHeader header = {MODULE_ID, MODULE_NAME, &table};
-  table = all;
   loader = pthread_self();
   if (Has("has a new ID each time")) header.id += calls++;
   if (Has("has no table")) header.functions = NULL;
@@ -123,7 +116,5 @@ DriverHeader GetDriverHeader(void) {
 }
 
 #ifndef NO_VERSION
-int GetDriverApiVersion(void) {
-  return Has("is of the future") ? DRIVER_API_VERSION + 1 : DRIVER_API_VERSION;
-}
+int GetDriverApiVersion(void) { return DRIVER_API_VERSION + Has("is of the future"); }
 #endif
