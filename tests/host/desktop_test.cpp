@@ -1,18 +1,11 @@
 // The desktop host: real windows, real stages, the simulator and a slow driver.
-#include <gtest/gtest.h>
-
 #include <QClipboard>
 #include <QDialog>
 #include <QElapsedTimer>
 #include <QFileDialog>
-#include <QLabel>
-#include <QMenu>
-#include <QMenuBar>
 #include <QPlainTextEdit>
 #include <QScreen>
-#include <QTreeWidget>
 
-#include <filesystem>
 #include <map>
 
 #include "host/common/configuration_file.h"
@@ -26,12 +19,15 @@ namespace vastra {
 namespace {
 
 struct CRunning {
-  explicit CRunning(const std::string& json, const CString& folder) {
-    EXPECT_EQ(ParseConfiguration(json, folder, configuration), "");
+  CRunning(const std::string& driver, const CString& folder) {
+    EXPECT_EQ(ParseConfiguration(Configuration(driver), folder, configuration), "");
     runner.SetConfiguration(configuration, configuration.m_trend);
   }
   bool Reaches(CRunner::EState state) {
     return QTest::qWaitFor([&] { return runner.State() == state; }, 20000);
+  }
+  bool Reads(std::uint64_t samples) {
+    return QTest::qWaitFor([&] { return runner.Run().Counts().scans.read >= samples; }, 20000);
   }
 
   CRecorder recorder;
@@ -49,14 +45,13 @@ TEST(DesktopRunner, ViewsAreRefreshedWithTheScansButNotOftenerThanTheyCanDraw) {
 }
 
 TEST_F(Desktop, ARunWritesWhatItReadAndStopsWhereverItIs) {
-  CRunning run(Configuration(kSimulator), m_dir.Path());
+  CRunning run(kSimulator, m_dir.Path());
   run.runner.Start();
-  EXPECT_EQ(run.runner.State(), CRunner::EState::starting);
   ASSERT_TRUE(run.Reaches(CRunner::EState::running));
   QElapsedTimer time;
   time.start();
   const int before = run.refreshed;
-  ASSERT_TRUE(Wait([&] { return run.runner.Run().Counts().scans.read >= 30; }));
+  ASSERT_TRUE(run.Reads(30));
   EXPECT_GT(run.refreshed, 2);
   EXPECT_LE(run.refreshed - before, time.elapsed() / run.runner.RefreshPeriod() + 2) << "each scan draws";
   EXPECT_GT(run.ticks, 0);
@@ -71,8 +66,7 @@ TEST_F(Desktop, ARunWritesWhatItReadAndStopsWhereverItIs) {
 }
 
 TEST_F(Desktop, TheWindowNeverWaitsForAPlc) {
-  CRunning run(Configuration(R"({"plcType": 9077, "value1": 500, "value2": 500, "value3": 500})"),
-               m_dir.Path());
+  CRunning run(R"({"plcType": 9077, "value1": 500, "value2": 500, "value3": 500})", m_dir.Path());
   std::map<CRunner::EState, int> beats;  // running: while a read is pending
   QTimer beat;
   QObject::connect(&beat, &QTimer::timeout, [&] {
@@ -82,7 +76,7 @@ TEST_F(Desktop, TheWindowNeverWaitsForAPlc) {
   beat.start(10);
   run.runner.Start();
   ASSERT_TRUE(run.Reaches(CRunner::EState::running));
-  ASSERT_TRUE(Wait([&] { return run.runner.Run().Counts().scans.read >= 1; }));
+  ASSERT_TRUE(run.Reads(1));
   run.runner.Stop();
   ASSERT_TRUE(run.Reaches(CRunner::EState::stopped));
   for (const auto state : {CRunner::EState::starting, CRunner::EState::running, CRunner::EState::stopping})
@@ -102,33 +96,33 @@ TEST_F(Desktop, AWindowMayBeDestroyedWhileTheLoggerRuns) {
 
 TEST_F(Desktop, ADocumentIsSavedInEitherFormAndAFaultChangesNothing) {
   WriteBytes(m_dir / "bad.json", "{\"version\": 7}");
-  for (const char* name : {"saved.json", "saved.vst"}) {
+  for (const bool isJson : {true, false}) {
+    const CString path = m_dir / (isJson ? "saved.json" : "saved.vst");
     CDocument document, again;
     ASSERT_EQ(document.Open(m_demo), "");
-    EXPECT_EQ(document.Open(m_dir / "bad.json").Left(m_dir.Path().GetLength()), m_dir.Path());
+    EXPECT_EQ(document.Open(m_dir / "bad.json").Find(m_dir / "bad.json: "), 0);
     EXPECT_EQ(document.Path(), m_demo);
     document.Configuration().m_trend.m_baseVars.Add("a");  // as the host does
+    document.TakeBaseVars(Names({"a"}));                   // the file has none
     document.Configuration().m_trend.m_extraVars.Add("d");
+    document.Configuration().m_plcWrite.m_disableWriting = 1;
     document.TrendChanged();
-    EXPECT_TRUE(document.IsChanged());
     EXPECT_NE(document.Save(m_dir / "no/such/folder.json"), "");
     EXPECT_TRUE(document.IsChanged());
-    document.Configuration().m_plcWrite.m_disableWriting = 1;
-    ASSERT_EQ(document.Save(m_dir / name), "");
+    ASSERT_EQ(document.Save(path), "");
     EXPECT_FALSE(document.IsChanged());
-    EXPECT_EQ(document.Lost().GetSize(), CString(name).Right(4) == ".vst");
-    ASSERT_EQ(again.Open(m_dir / name), "");
+    EXPECT_EQ(document.Lost().GetSize(), !isJson);
+    ASSERT_EQ(again.Open(path), "");
     EXPECT_EQ(again.Configuration().m_outputs.m_outputs.GetCount(), 1);
-    EXPECT_EQ(again.Configuration().m_trend.m_extraVars.GetSize(), 2) << name;
-    EXPECT_EQ(again.Configuration().m_trend.m_baseVars.GetSize(), 0)
-        << "names of the input are not a setting";
+    EXPECT_EQ(again.Configuration().m_trend.m_extraVars, Names({"c", "d"}));
+    EXPECT_EQ(again.Configuration().m_trend.m_baseVars, Names({})) << "names of the input are not a setting";
   }
 }
 
 TEST_F(Desktop, SettingsKeepTheNewestFilesOnceAndNoBadPlace) {
   CSettings settings;
-  for (const char* path : {"a", "b", "a", "c", "d", "e", "f", "g", "h", "i"}) settings.AddRecent(path);
-  EXPECT_EQ(CSettings().Recent(), Names({"i", "h", "g", "f", "e", "d", "c", "a"}));
+  for (const char* path : {"a", "b", "c", "d", "e", "f", "g", "h", "i", "c"}) settings.AddRecent(path);
+  EXPECT_EQ(CSettings().Recent(), Names({"c", "i", "h", "g", "f", "e", "d", "b"}));
   for (const char* value : {"", "1,2,3", "1,2,0,40", "x", "1,2,30,40"}) {
     settings.Set("Place", value);
     CRect place{9, 9, 9, 9};
@@ -138,9 +132,22 @@ TEST_F(Desktop, SettingsKeepTheNewestFilesOnceAndNoBadPlace) {
   }
 }
 
-TEST_F(Desktop, TheWindowRunsAConfigurationAndAsksBeforeItStops) {
+// Closes the window, answers its question, and returns whether that ends the program.
+bool Quits(CTestWindow& window, int answer) {
+  bool quits = true;
+  QTimer stays;
+  QObject::connect(&stays, &QTimer::timeout, [&] { quits = false, QApplication::exit(); });
+  QTimer::singleShot(0, [&] {
+    window.boxes.answer = answer;
+    window.close();
+    stays.start(answer == IDYES ? 20000 : 200);
+  });
+  QApplication::exec();
+  return quits;
+}
+
+TEST_F(Desktop, TheWindowRunsAConfigurationAndAsksBeforeItStopsAndQuits) {
   CTestWindow window;
-  window.show();
   EXPECT_FALSE(ActionOf(window, "Start")->isEnabled());
   EXPECT_FALSE(window.Open(m_dir / "missing.json"));
   EXPECT_EQ(window.boxes.Take(),
@@ -149,20 +156,24 @@ TEST_F(Desktop, TheWindowRunsAConfigurationAndAsksBeforeItStops) {
   ActionOf(window, "Start")->trigger();
   ASSERT_TRUE(Wait([&] { return HasStatus(window, "Running"); }));
   EXPECT_FALSE(ActionOf(window, "Open...")->isEnabled());
-  window.boxes.answer = IDNO;
-  window.close();
-  EXPECT_EQ(window.boxes.Take(), Texts{"|The logger is running. Stop it and quit?|124"});
-  EXPECT_TRUE(HasStatus(window, "Running"));
   ActionOf(window, "Stop")->trigger();
   ASSERT_TRUE(Wait([&] { return HasStatus(window, "Stopped"); }));
   EXPECT_GT(Rows(), 0u);
   EXPECT_TRUE(HasStatus(window, " samples, 0 failed reads, "));
+
+  window.Start();
+  ASSERT_TRUE(Wait([&] { return HasStatus(window, "Running"); }));
+  for (const char* view : {"Trend", "Scan Grid", "Messages", "Report"}) ActionOf(window, view)->trigger();
+  for (const int answer : {IDNO, IDYES}) {
+    EXPECT_EQ(Quits(window, answer), answer == IDYES);
+    EXPECT_EQ(window.boxes.Take(), Texts{"|The logger is running. Stop it and quit?|124"});
+    EXPECT_TRUE(HasStatus(window, answer == IDYES ? "Stopped" : "Running"));
+  }
 }
 
 TEST_F(Desktop, ViewsOpenOnTheScreenAndCloseOneByOne) {
   CSettings().SetPlace("TrendPlace", {5000, -3000, 5500, -2600});
-  CMainWindow window;
-  window.show();
+  CTestWindow window;
   ASSERT_TRUE(window.Open(m_demo));
   ActionOf(window, "Trend")->trigger();
   QWidget* trend = TopLevel("Trending");
@@ -179,28 +190,13 @@ TEST_F(Desktop, ViewsOpenOnTheScreenAndCloseOneByOne) {
 }
 
 TEST_F(Desktop, FilesAreChosenWhereTheProgramWasStarted) {
-  const std::filesystem::path former = std::filesystem::current_path();
-  std::filesystem::current_path(m_dir.Path().Std());
   CMainWindow window;
-  std::filesystem::current_path(former);
+  std::filesystem::current_path("/");
   CString path;
   WhileModal([&] { ChooseFile({}, path); },
              [&](QWidget* dialog) {
                EXPECT_EQ(qobject_cast<QFileDialog*>(dialog)->directory(), QDir(m_dir.Path().Std().c_str()));
              });
-}
-
-TEST_F(Desktop, TheProgramEndsWithEveryWindowOpen) {
-  CMainWindow window;
-  window.show();
-  ASSERT_TRUE(window.Open(m_demo));
-  window.Start();
-  ASSERT_TRUE(Wait([&] { return HasStatus(window, "Running"); }));
-  for (const char* view : {"Trend", "Scan Grid", "Messages", "Report"}) ActionOf(window, view)->trigger();
-  QTimer::singleShot(0, &window, [&] { window.StopAndQuit(); });
-  QTimer::singleShot(20000, &window, [] { QApplication::exit(1); });
-  EXPECT_EQ(QApplication::exec(), 0) << "the program goes on";
-  EXPECT_TRUE(HasStatus(window, "Stopped"));
 }
 
 // Does what the dialog of a view does.
@@ -211,20 +207,10 @@ void AddExtraVariable(CMainWindow& window) {
 
 TEST_F(Desktop, ChangesAreNotLostWithoutAQuestion) {
   for (const int answer : {IDCANCEL, IDNO, IDYES}) {
-    WriteBytes(m_demo, Configuration(kSimulator));
     CTestWindow window;
     ASSERT_TRUE(window.Open(m_demo));
     AddExtraVariable(window);
-    window.boxes.answer = answer;
-    bool hasQuit = true;
-    QTimer stays;  // ends the program if it goes on
-    QObject::connect(&stays, &QTimer::timeout, [&] { hasQuit = false, QApplication::exit(); });
-    QTimer::singleShot(0, [&] {
-      window.close();
-      stays.start(200);
-    });
-    QApplication::exec();
-    EXPECT_EQ(hasQuit, answer != IDCANCEL);
+    EXPECT_EQ(Quits(window, answer), answer != IDCANCEL);
     EXPECT_EQ(window.boxes.Take(), Texts{"|Save the changes to " + m_demo.Std() + "?|23"});
     CConfiguration saved;
     ASSERT_EQ(LoadConfiguration(m_demo, saved), "");
@@ -234,16 +220,10 @@ TEST_F(Desktop, ChangesAreNotLostWithoutAQuestion) {
 
 TEST_F(Desktop, ANewDocumentIsNamedWhenItIsSaved) {
   CTestWindow window;
-  window.show();
   EXPECT_FALSE(ActionOf(window, "Save")->isEnabled());
   ActionOf(window, "New")->trigger();
   EXPECT_EQ(Title(window), "Untitled[*] - Vastra");
   EXPECT_TRUE(window.findChild<QTreeWidget*>()->topLevelItem(0)->text(2).contains("File > Configuration"));
-  ASSERT_TRUE(ActionOf(window, "Start")->isEnabled());
-  window.Start();
-  ASSERT_TRUE(Wait([&] { return !window.boxes.asked.empty(); }));
-  EXPECT_EQ(window.boxes.Take()[0],
-            "|input: the stage does not open: input.plcNodes: there is no PLC node|30");
 
   AddExtraVariable(window);
   window.boxes.answer = IDCANCEL;
@@ -264,28 +244,27 @@ TEST_F(Desktop, ANewDocumentIsNamedWhenItIsSaved) {
 }
 
 TEST_F(Desktop, AFileKeepsItsVersionUnlessThatLosesSettings) {
-  const std::string start = R"({"version": 1002, "outputs": [{"name": "a")";
   const struct {
-    const char *more, *file;
+    const char *prefix, *file;
     int answer;
     std::size_t boxes;
-    char version;  // the low byte in the file; 0: no configuration file
-  } cases[] = {{"", "x.vst", IDYES, 0, '\xEA'},
-               {R"(, "usePrefix": 1, "prefix": "P")", "x.vst", IDYES, 1, '\xEB'},
-               {R"(, "usePrefix": 1, "prefix": "P")", "x.vst", IDNO, 2, '\xEA'},
-               {R"(, "usePrefix": 1, "prefix": "P")", "x.json", IDNO, 0, 0}};
-  for (const auto& [more, file, answer, boxCount, version] : cases) {
-    WriteBytes(m_dir / "old.json", start + more + "}]}");
+    const char* start;  // of the file
+  } cases[] = {{"", "x.vst", IDYES, 0, "VSTR\xEA"},
+               {"P", "x.vst", IDYES, 1, "VSTR\xEB"},
+               {"P", "x.vst", IDNO, 2, "VSTR\xEA"},
+               {"P", "x.json", IDNO, 0, "{\n  \"version\": 1002,"}};
+  for (const auto& [prefix, file, answer, boxCount, start] : cases) {
+    WriteBytes(m_dir / "old.json",
+               R"({"version": 1002, "outputs": [{"prefix": ")" + std::string(prefix) + "\"}]}");
     CTestWindow window;
     ASSERT_TRUE(window.Open(m_dir / "old.json"));
     window.boxes.answer = answer;
     window.chooser.path = m_dir / file;
     ActionOf(window, "Save As...")->trigger();
     const Texts asked = window.boxes.Take();
-    ASSERT_EQ(asked.size(), boxCount) << more;
+    ASSERT_EQ(asked.size(), boxCount) << start;
     for (const std::string& box : asked) EXPECT_NE(box.find("outputs[0].prefix: "), std::string::npos) << box;
-    const std::string bytes = ReadBytes(window.chooser.path);
-    EXPECT_EQ(version ? bytes.at(4) == version : bytes.find("\"version\": 1002") != bytes.npos, true) << more;
+    EXPECT_TRUE(ReadBytes(window.chooser.path).starts_with(start)) << start;
   }
 }
 
@@ -308,14 +287,20 @@ TEST_F(Desktop, WhoIsNewHereIsOfferedTheDemoOnce) {
   CTestWindow().OfferDemo();  // does not ask: the program has been used before
 }
 
-TEST_F(Desktop, AWrongEquationIsShownBeforeAnythingOpens) {
-  WriteBytes(m_demo, Configuration(kSimulator, R"(, "preprocess": 1, "preEquationText": "x = a; y = ;")"));
-  CTestWindow window;
-  ASSERT_TRUE(window.Open(m_demo));
-  window.Start();
-  ASSERT_EQ(window.boxes.asked.size(), 1u);
-  EXPECT_NE(window.boxes.Take()[0].find("input.preEquationText: statement 2, offset 5: "), std::string::npos);
-  EXPECT_TRUE(HasStatus(window, "Stopped"));
+TEST_F(Desktop, WhatPreventsAStartIsShown) {
+  const std::pair<std::string, std::string> cases[] = {
+      {Configuration(kSimulator, R"(, "preprocess": 1, "preEquationText": "x = a; y = ;")"),
+       "|input.preEquationText: statement 2, offset 5: "},
+      {"{}", "|input: the stage does not open: input.plcNodes: there is no PLC node|30"}};
+  for (const auto& [configuration, box] : cases) {
+    WriteBytes(m_demo, configuration);
+    CTestWindow window;
+    ASSERT_TRUE(window.Open(m_demo));
+    window.Start();
+    ASSERT_TRUE(Wait([&] { return !window.boxes.asked.empty(); }));
+    EXPECT_EQ(window.boxes.Take()[0].substr(0, box.size()), box);
+    EXPECT_TRUE(HasStatus(window, "Stopped"));
+  }
 }
 
 TEST_F(Desktop, TheReportIsShownCopiedAndSaved) {
@@ -325,56 +310,36 @@ TEST_F(Desktop, TheReportIsShownCopiedAndSaved) {
   auto* report = window.findChild<QDialog*>();
   ASSERT_TRUE(report);
   const QString shown = Find<QPlainTextEdit>(report, "Report")->toPlainText();
-  EXPECT_FALSE(shown.isEmpty());
+  EXPECT_TRUE(shown.startsWith("[*** Input ***]"));
   window.chooser.path = m_dir / "report.txt";
   for (const char* button : {"&Copy", "&Save..."}) Find<QAbstractButton>(report, button)->click();
   EXPECT_EQ(QGuiApplication::clipboard()->text(), shown);
   EXPECT_EQ(ToScreenLines(CString(ReadBytes(m_dir / "report.txt"))), shown);
 }
 
-// The first letters of the messages that pass the filters.
-std::string Shown() {
-  class CSink : public CConsoleSink {
-   public:
-    int Write(UINT, const CString& text, COLORREF, DWORD) override { return kinds += text[0], 1; }
-    std::string kinds;
-  } sink;
-  class CProbe : public CLink {
-   public:
-    static CMessenger* Messenger() { return m_pMessenger; }
-  };
-  CConsoleSink* former = SetConsoleSink(&sink);
-  for (const char severity : {severityError, severityWarning, severityNotice, severityBegin})
-    CProbe::Messenger()->Send("C", "n", functionRead, severity, nullptr);
-  SetConsoleSink(former);
-  return sink.kinds;
-}
-
-void Configure(CMessages& messages, const std::vector<const char*>& clicks) {
-  WhileModal([&] { messages.Configure(); },
-             [&](QWidget* dialog) {
-               for (const char* caption : clicks) Click(dialog, caption);
-               Click(dialog, "OK");
-             });
-}
-
 TEST_F(Desktop, TheKindsOfMessagesAreRememberedAndAllMeansAll) {
+  struct CProbe : CLink {
+    using CLink::m_pMessenger;
+  };
+  const struct {
+    std::vector<const char*> clicks;
+    std::vector<int> shown;  // before the clicks: fatal, error, warning, notice, debug
+  } cases[] = {{{"All Messages"}, {1, 1, 1, 1, 0}},
+               {{"Warning Messages", "Always on Top"}, {1, 1, 1, 1, 1}},
+               {{}, {0, 0, 1, 0, 0}}};
   CSettings settings;
-  {
+  for (const auto& each : cases) {
     CMessages messages(settings);
-    EXPECT_EQ(Shown(), "EWN");
-    Configure(messages, {"All Messages"});
-    EXPECT_EQ(Shown(), "EWNB");
+    std::vector<int> f(5);
+    CProbe::m_pMessenger->GetFilters(f[0], f[1], f[2], f[3], f[4]);
+    EXPECT_EQ(f, each.shown);
+    EXPECT_EQ(CConsole::Instance()->IsOnTop(0), each.clicks.empty());
+    WhileModal([&] { messages.Configure(); },
+               [&](QWidget* dialog) {
+                 for (const char* caption : each.clicks) Click(dialog, caption);
+                 Click(dialog, "OK");
+               });
   }
-  {
-    CMessages messages(settings);
-    EXPECT_EQ(Shown(), "EWNB");
-    Configure(messages, {"Warning Messages", "Always on Top"});
-    EXPECT_EQ(Shown(), "W");
-  }
-  CMessages messages(settings);
-  EXPECT_EQ(Shown(), "W");
-  EXPECT_EQ(CConsole::Instance()->IsOnTop(0), 1);
 }
 
 }  // namespace

@@ -6,9 +6,9 @@
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
+#include <QTreeWidget>
 
 #include <algorithm>
-#include <filesystem>
 
 #include "host/desktop/main_window.h"
 #include "tests/support/files.h"
@@ -28,18 +28,22 @@ using Texts = std::vector<std::string>;
 
 // The main window with boxes and choosers that answer by themselves. A test takes the boxes that it expects.
 struct CTestWindow : CMainWindow {
+  CTestWindow() { show(); }
   ~CTestWindow() override { EXPECT_EQ(boxes.Take(), Texts()); }
 
   CTestPrompter boxes;
   CTestChooser chooser;
 };
 
+// The program has been started in the folder of the test.
 class Desktop : public testing::Test {
  protected:
   Desktop() {
     ::setenv("XDG_CONFIG_HOME", m_dir.Path(), 1);
+    std::filesystem::current_path(m_dir.Path().Std());
     WriteBytes(m_demo, Configuration(kSimulator));
   }
+  ~Desktop() override { std::filesystem::current_path(m_former); }
 
   // Processes events until condition is true.
   static bool Wait(const std::function<bool()>& condition) { return QTest::qWaitFor(condition, 20000); }
@@ -50,30 +54,35 @@ class Desktop : public testing::Test {
     throw std::runtime_error(text);
   }
   static bool HasStatus(QMainWindow& window, const char* text) {
-    for (const QLabel* label : window.findChildren<QLabel*>())
-      if (label->text().contains(text)) return true;
-    return false;
+    return std::ranges::any_of(window.findChildren<QLabel*>(),
+                               [&](const QLabel* label) { return label->text().contains(text); });
   }
+  // The samples that the overview shows.
   static int Samples(QMainWindow& window) {
-    for (const QLabel* label : window.findChildren<QLabel*>())
-      if (const QStringList words = label->text().split(" samples, "); words.size() == 2)
-        return words.constFirst().toInt();
-    return 0;
+    return window.findChild<QTreeWidget*>()->topLevelItem(0)->text(1).section(' ', 0, 0).toInt();
   }
   static std::string Title(const CMainWindow& window) { return window.windowTitle().toStdString(); }
+  // The logs in folder, in the order of their names.
+  static std::vector<std::string> Logs(const CString& folder, const char* extension) {
+    std::vector<std::string> paths;
+    for (const auto& entry : std::filesystem::directory_iterator(folder.Std()))
+      if (entry.path().extension() == extension) paths.push_back(entry.path().string());
+    std::ranges::sort(paths);
+    return paths;
+  }
   // The rows of the logs.
-  std::size_t Rows() const {
-    std::size_t rows = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(m_dir.Path().Std()))
-      if (entry.path().extension() == ".csv") {
-        const std::string text = ReadBytes(CString(entry.path().string()));
-        rows += static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')) - 1;
-      }
+  std::uint64_t Rows() const {
+    std::uint64_t rows = 0;
+    for (const std::string& path : Logs(m_dir.Path(), ".csv")) {
+      const std::string text = ReadBytes(CString(path));
+      rows += static_cast<std::uint64_t>(std::ranges::count(text, '\n')) - 1;
+    }
     return rows;
   }
 
   CTempDir m_dir;
   const CString m_demo = m_dir / "demo.json";
+  const std::filesystem::path m_former = std::filesystem::current_path();
 };
 
 // The visible window with that title, or null.

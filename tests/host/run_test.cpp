@@ -1,4 +1,4 @@
-// A run of a configuration: what its observers hear, its live state, and why it does not start.
+// A run of a configuration: what its observers hear, its live state, its checks, and why it does not start.
 #include "host/run/run.h"
 
 #include <atomic>
@@ -8,9 +8,6 @@
 
 namespace vastra {
 namespace {
-
-constexpr const char* kCounter =
-    R"("plcNodes": [{"driver": {"plcType": 9001, "text1": "counter"}, "varNames": ["x"]}])";
 
 class Run : public CLoggerTest, public CRunObserver {
  protected:
@@ -34,8 +31,10 @@ class Run : public CLoggerTest, public CRunObserver {
   void Say(const std::string& event) { m_events += event + "\n"; }
   std::string Take() { return std::exchange(m_events, {}); }
 
-  static void Play(CRun& run) {
+  void Play(CRun& run) {
+    run.AddObserver(this);
     ASSERT_EQ(run.Start(), 1);
+    std::filesystem::remove((m_dir / "gone").Std());
     while (run.IsRunning()) run.Step();
   }
 
@@ -44,32 +43,32 @@ class Run : public CLoggerTest, public CRunObserver {
 };
 
 TEST_F(Run, ObserversHearOfEachStepInOrder) {
-  CRun run(Logger("", "", R"("maxSamples": 2, "nameVariable": "x")"), m_messenger,
-           {.scans = 3, .period = CScanLoop::Period(0)});
-  run.AddObserver(this);
+  CRun run(
+      Logger(R"({"summaries": [{"enableText": "SampleIsValid = 1; WriteToSummary = 1;", "varNames": ["x"],
+"saveCsv": 1, "directory": "."}]})",
+             "{}", R"({"maxSamples": 2, "nameVariable": "x"})"),
+      m_messenger, {.scans = 3, .period = CScanLoop::Period(0)});
   Play(run);
   EXPECT_EQ(Take(),
             "started x\ncounts 0\nsample\ncounts 1\nclosed outputs[0] 2\nsample\ncounts 2\nsample\nstopping\n"
-            "closed outputs[0] 1\ncounts 3\nstopped\n");
-  EXPECT_EQ(run.Files(), (std::vector<std::string>{(m_dir / "1h.csv").Std(), (m_dir / "3h.csv").Std()}));
+            "closed outputs[0] 1\nclosed summaries[0] 3\ncounts 3\nstopped\n");
+  EXPECT_EQ(run.Files().size(), 3u);
 }
 
 TEST_F(Run, TheEndOfAReplayIsNeitherAFailedReadNorAnErrorAndALostLogIsReported) {
-  CRun record(Logger("", "", R"("saveRp": 1)"), m_messenger, {.scans = 2, .period = CScanLoop::Period(0)});
+  CRun record(Logger("{}", "{}", R"({"saveRp": 1})"), m_messenger,
+              {.scans = 2, .period = CScanLoop::Period(0)});
   Play(record);
-  const CString log = CString(record.Files()[0]).Right(14);
+  Take();
   std::filesystem::create_directory((m_dir / "gone").Std());
-  const std::string input = R"({"input": {"simulating": 1, "preprocess": 1, "preEquationText": "y = x;",
+  const std::string log = record.Files()[0];
+  CRun replay(Logger((R"({"input": {"simulating": 1, "preprocess": 1, "preEquationText": "y = x;",
 "preNewVars": ["y"], "inputFiles": [")" +
-                            log.Std() + R"("]}, "outputs": [{"name": "Lost", "saveCsv": 1,
-"enableText": "WriteToLog = 1;", "varNames": ["y"], "directory": "gone"}]})";
-  CConfiguration configuration;
-  ASSERT_EQ(ParseConfiguration(input, m_dir.Path(), configuration), "");
-  CRun replay(configuration, m_messenger, {.period = CScanLoop::Period(0)});
-  replay.AddObserver(this);
-  ASSERT_EQ(replay.Start(), 1);
-  std::filesystem::remove((m_dir / "gone").Std());
-  while (replay.IsRunning()) replay.Step();
+                      log + "\"]}}")
+                         .c_str(),
+                     "{}", R"({"name": "Lost", "varNames": ["y"], "directory": "gone"})"),
+              m_messenger, {.period = CScanLoop::Period(0)});
+  Play(replay);
   EXPECT_EQ(
       Take(),
       "started y\ncounts 0\nsample\ncounts 1\nsample\ncounts 2\nReached end of file\nFile list finished.\n"
@@ -78,8 +77,31 @@ TEST_F(Run, TheEndOfAReplayIsNeitherAFailedReadNorAnErrorAndALostLogIsReported) 
   EXPECT_EQ(replay.Counts().replay.logs, 1u);
 }
 
+TEST_F(Run, ALineThatIsNotShownEndsItsOperation) {
+  struct CMute : CRunMessenger, CRunMessenger::CReader {
+    bool TakeMessage(const char*, const char*, char, char, const char*) override { return false; }
+    int Depth() const { return m_depth; }
+  } messenger;
+  messenger.Attach(&messenger);
+  messenger.SetFilters(1, 1, 1, 1, 1);
+  for (const char severity : {severityBegin, severityBegin, severityNotice, severityError})
+    messenger.Send("C", "n", functionRead, severity, "");
+  EXPECT_EQ(messenger.Depth(), 1);
+}
+
+TEST_F(Run, OfTheFilesWrittenThoseThatExistCountOnce) {
+  WriteBytes(m_dir / "a", "");
+  WriteBytes(m_dir / "c", "");
+  std::filesystem::create_hard_link((m_dir / "c").Std(), (m_dir / "d").Std());
+  CWrittenFiles files;
+  CSavedLog log;
+  for (const char* name : {"d", "gone", "c", "./a"}) log.path = m_dir / name, files.LogClosed({}, log);
+  EXPECT_EQ(files.Existing(), (std::vector<std::string>{(m_dir / "a").Std(), (m_dir / "c").Std()}));
+}
+
 TEST_F(Run, ASnapshotOfAnyThreadIsOfOneSample) {
-  CRun run(Logger(R"(, "trend": {"calculateExtra": 1, "equationText": "e = 10 * x;", "extraVars": ["e"]})"),
+  CRun run(Logger(R"({"trend": {"calculateExtra": 1, "equationText": "e = 10 * x;", "extraVars": ["e"]}})",
+                  "{}", R"({"maxSamples": 2000})"),
            m_messenger, {.scans = 3000, .period = CScanLoop::Period(0)});
   std::atomic<bool> stop{false};
   std::uint64_t newest = 0;
@@ -102,8 +124,8 @@ TEST_F(Run, ASnapshotOfAnyThreadIsOfOneSample) {
   const CLiveSnapshot live = run.Live();
   EXPECT_FALSE(live.isRunning);
   EXPECT_EQ(live.counts.scans.read, 3000u);
-  ASSERT_EQ(live.logs.size(), 1u);
-  EXPECT_EQ(live.logs[0]->samples, 3000u);
+  ASSERT_EQ(live.logs.size(), 1u) << "of the last log alone";
+  EXPECT_EQ(live.logs[0]->samples, 1000u);
 }
 
 TEST_F(Run, NewExtraVariablesRenameTheSamplesAndMessagesAreKept) {
@@ -123,7 +145,8 @@ TEST_F(Run, NewExtraVariablesRenameTheSamplesAndMessagesAreKept) {
   run.Trend().Open(names);
   Take();
   run.Step();
-  EXPECT_EQ(Take(), "renamed e\nsample\ncounts 2\n");
+  run.Step();
+  EXPECT_EQ(Take(), "renamed e\nsample\ncounts 2\nsample\ncounts 3\n");
   EXPECT_EQ(m_last, 7);
   EXPECT_EQ(changes, 1);
   for (int i = 0; i < 105; ++i)
@@ -132,36 +155,75 @@ TEST_F(Run, NewExtraVariablesRenameTheSamplesAndMessagesAreKept) {
   ASSERT_EQ(messages.size(), CLiveState::kMessages);
   EXPECT_EQ(messages.front()->text, "5");
   EXPECT_EQ(messages.back()->text, "104");
-  run.Stop();
+}
+
+TEST_F(Run, WarnsOfSettingsThatAreProbablyNotIntended) {
+  const CRun run(Logger(R"({
+"input": {"plcNodes": [{"driver": {"plcType": 9001}, "varNames": ["x", "SampleIsValid"]},
+  {"driver": {"plcType": 4711}, "varNames": ["z"]}]},
+"outputs": [{"enableText": "RestartLog = 0;", "saveRp": 1, "directory": "."}, {"maxLogs": 0},
+  {"enableText": "WriteToLog = 0;", "saveCsv": 1, "directory": "a/..", "maxLogs": 0, "maxSamples": 0}],
+"summaries": [{"enableText": "WriteToSummary = 1;", "saveRp": 1, "directory": "other"}],
+"plcWrite": {"nodes": [{"driver": {"plcType": 9001}, "varNames": ["x"], "scaler": [{"varName": "X"}]}]},
+"trend": {"baseVars": ["y"]}})"),
+                 m_messenger);
+  std::string keys;
+  for (const CString& warning : run.Warnings())
+    keys += warning.Std().substr(0, warning.Std().find(':')) + "\n";
+  EXPECT_EQ(
+      keys,
+      "input.plcNodes[1]\nplcWrite.nodes[0].scaler[0].varName\noutputs[2].maxLogs\noutputs[2].maxSamples\n"
+      "outputs[2].directory\noutputs[0].enableEquations\ntrend.baseVars\n");
+  EXPECT_TRUE(CRun(Logger(), m_messenger).Warnings().empty());
+}
+
+TEST_F(Run, FindsTheEquationsInUseThatDoNotCompile) {
+  CConfiguration configuration = Logger(R"({
+"input": {"preprocess": 1, "preEquationText": "y = x; z = 2 * * x;", "preNewVars": ["y"]},
+"smart": {"inputVars": ["y"], "outputVars": ["Out"], "equationText": "s = Out;"},
+"outputs": [{"enableText": "WriteToLog = Out;"}, {"name": "All", "enableText": "WriteToLog = y > Limit;"}],
+"summaries": [{"enableText": "SampleIsValid = nobody;"}, {"summaryText": "s = nobody;", "saveRp": 1},
+  {"summaryText": "s = nobody;"}],
+"trend": {"calculateExtra": 1, "equationText": "t = nobody;"}})");
+  const auto expectFaults = [&](const std::vector<std::string>& expected) {
+    std::vector<std::string> faults;
+    for (const CEquationFinding& fault : CRun(configuration, m_messenger).EquationFaults())
+      faults.push_back(fault.message.Std().substr(0, fault.message.Std().rfind(": ")));
+    EXPECT_EQ(faults, expected);
+  };
+  expectFaults({"input.preEquationText: statement 2, offset 9", "smart.equationText: statement 1, offset 4",
+                "outputs[1].enableText (\"All\"): statement 1, offset 17",
+                "summaries[0].enableText: statement 1, offset 16",
+                "summaries[1].summaryText: statement 1, offset 4",
+                "trend.equationText: statement 1, offset 4"});
+  configuration.m_outputs.Clear();
+  configuration.m_summaries.Clear();
+  configuration.m_smart = {};
+  configuration.m_input.m_preprocess = configuration.m_trend.m_calculateExtra = 0;
+  expectFaults({});
 }
 
 TEST_F(Run, SaysWhyAStageDoesNotOpen) {
   WriteBytes(m_dir / "file", "");
   const CString prefix = ": the stage does not open: ", dir = m_dir.Path();
-  const struct {
-    std::string input;
-    const char* more;
-    CString fault;
-  } cases[] = {
-      {R"("plcNodes": [])", "", "input" + prefix + "input.plcNodes: there is no PLC node"},
-      {R"("plcNodes": [{"driver": {"plcType": 77}}])", "",
+  const std::pair<const char*, CString> cases[] = {
+      {R"({"input": {"simulating": 1}})", "input" + prefix + "input.inputFiles: there is no log to replay"},
+      {R"({"input": {"plcNodes": []}})", "input" + prefix + "input.plcNodes: there is no PLC node"},
+      {R"({"input": {"plcNodes": [{"driver": {"plcType": 77}}]}})",
        "input" + prefix + "input.plcNodes: no PLC node has a driver that is installed"},
-      {R"("simulating": 1, "inputFiles": ["file", "no.rph"])", "",
+      {R"({"input": {"simulating": 1, "inputFiles": ["file", "no.rph"]}})",
        "input" + prefix + "input.inputFiles[1]: " + dir + "/no.rph: No such file or directory"},
-      {kCounter, R"("outputs": [{}, {"saveRp": 1, "directory": "file"}])",
+      {R"({"outputs": [{}, {"saveRp": 1, "directory": "file"}]})",
        "outputs" + prefix + "outputs[1].directory: " + dir + "/file: Not a directory"},
-      {kCounter, R"("summaries": [{"saveCsv": 1, "directory": "no"}])",
+      {R"({"summaries": [{"saveCsv": 1, "directory": "no"}]})",
        "summaries" + prefix + "summaries[0].directory: " + dir + "/no: No such file or directory"},
-      {kCounter, R"("plcWrite": {"nodes": [{"driver": {"plcType": 78}}]})",
-       "plcWrite" + prefix + "plcWrite.nodes[0].driver.plcType: no driver 78 is installed"},
-      {R"("preprocess": 1, "preEquations": ["y = z"], "preNewVars": ["y"], )" + std::string(kCounter), "",
+      {R"({"plcWrite": {"nodes": [{"driver": {"plcType": 9001}}, {"driver": {"plcType": 78}}]}})",
+       "plcWrite" + prefix + "plcWrite.nodes[1].driver.plcType: no driver 78 is installed"},
+      {R"({"input": {"preprocess": 1, "preEquations": ["y = z"], "preNewVars": ["y"]}})",
        "input" + prefix + "the messages of the links say why"},
   };
-  for (const auto& [input, more, fault] : cases) {
-    CConfiguration configuration;
-    const std::string behind = *more ? std::string(", ") + more : "";
-    ASSERT_EQ(ParseConfiguration("{\"input\": {" + input + "}" + behind + "}", dir, configuration), "");
-    CRun run(configuration, m_messenger);
+  for (const auto& [settings, fault] : cases) {
+    CRun run(Logger(settings), m_messenger);
     EXPECT_EQ(run.Start(), 0);
     EXPECT_EQ(run.OpenFault(), fault);
   }
