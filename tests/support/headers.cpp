@@ -1,2 +1,1 @@
-// An empty program: its target builds the precompiled headers of the tests.
-int main() {}
+int main() {}  // an empty program: its target builds the precompiled headers of the tests
