@@ -166,7 +166,7 @@ class CWriter {
     return text + " ? " + Expression(depth - 1) + " : " + Expression(depth - 1);
   }
   std::string Relation(int depth) {
-    return Sum(depth) + (Below(9) ? "" : Pick({" < ", " > ", " <= ", " >= "}) + Sum(depth));
+    return Sum(depth) + (Below(4) ? "" : Pick({" < ", " > ", " <= ", " >= "}) + Sum(depth));
   }
   std::string Sum(int depth) {
     std::string text = Unary(depth);

@@ -53,8 +53,8 @@ TEST(MessageQueue, KeepsTheOrderOfEachSender) {
       for (LPARAM i = 0; i < kEach; ++i) {
         CSingleLock outer(&section, true), inner(&section);
         inner.Lock();
-        ++sum;
         inner.Unlock();
+        ++sum;
         outer.Unlock();
         PostMessage(&queue, 1, sender, i);
       }
