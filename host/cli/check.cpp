@@ -47,8 +47,8 @@ class CFindings {
   EExit m_status = kDone;
 };
 
-// Opens a stage with config: no other check is complete. The messages of the Close, that nothing was logged,
-// are not shown.
+// Opens a stage with config, because only opening it checks everything. The message of Close that nothing was
+// logged is not shown.
 template <class Stage, class Config>
 int Opens(const Config& config, CStringArray names, CHostConsole& console) {
   Stage stage;

@@ -28,7 +28,7 @@ bool ComesFromText(const CList& list) {
 
 class CEquationCheck {
  public:
-  // Compiles list against the names that it sees. Without names the link uses those of its own result: own.
+  // Compiles list with the variables names. If names is empty, the link uses the names of its result: own.
   void Add(const CList& list, const CStringArray& names, const CStringArray& own) {
     const CEquationFault fault = CEquator().Compile(names.IsEmpty() ? own : names, list.equations);
     if (fault.statement == 0) return;

@@ -1,5 +1,5 @@
-// Compiles the equations of a configuration before its stages open, so that a user learns which statement is
-// wrong: the message of a link that does not open does not name the statement.
+// Compiles the equations of a configuration before its stages open, because the message of a link that does
+// not open does not name the wrong statement.
 #pragma once
 
 #include <vector>
@@ -8,10 +8,11 @@
 
 namespace vastra {
 
-// An equation list that does not compile against the names that it will see.
+// An equation list that does not compile with the variables that it can read.
 struct CEquationFinding {
-  CString message;    // one line: the path of the key that the user typed, the name of its object, the
-                      // statement, counted from 1, the offset in it, counted from 0, and what is wrong there
+  // One line: the path of the key that the user typed, the name of its object, the number of the statement
+  // (from 1), the offset in it (from 0) and the error.
+  CString message;
   CString statement;  // its text
   int offset = 0;
 };

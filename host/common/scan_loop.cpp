@@ -88,7 +88,7 @@ void CScanLoop::HaveRead(bool succeeded) {
     EndScan(false);
 }
 
-// The later stages get a sample that a stage refuses.
+// If a stage refuses the sample, the later stages still get it.
 void CScanLoop::Distribute() {
   CLogSample* const sample = m_usesSmart ? PassSmart() : &m_sample;
   if (!sample) return Finish();
@@ -97,8 +97,8 @@ void CScanLoop::Distribute() {
   StartWrite(*sample);
 }
 
-// Returns the sample with the smart output variables. Null if the stage refuses the sample: it would return
-// an earlier one.
+// Returns the sample with the smart output variables. Returns null if the smart stage refuses the sample,
+// because its Read would return an earlier sample.
 CLogSample* CScanLoop::PassSmart() {
   if (m_smart.Write(m_sample)) {
     if (m_options.logic) m_options.logic->Run(m_smart, m_sample.m_time);

@@ -13,7 +13,7 @@ struct CStageNames {
   CStringArray behindSmart;  // the same and the smart output variables
 };
 
-// Whether configuration uses the smart stage.
+// Whether a configuration with these settings uses the smart stage.
 bool UsesSmart(const CSmartConfig& smart);
 
 // The names of the samples of the trending stage.

@@ -1,4 +1,4 @@
-// SIGINT and SIGTERM as events: the program closes its logs and ends.
+// SIGINT, SIGTERM and SIGHUP as events: the program closes its logs and ends.
 #pragma once
 
 #include <QSocketNotifier>

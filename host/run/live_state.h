@@ -1,5 +1,5 @@
-// CLiveState: the present state of a run, for readers on any thread: windows, a status line, a feed. The run
-// writes it at each scan and never waits for a reader.
+// CLiveState: the present state of a run, for readers on any thread, such as a window or a status line. The
+// run writes it at each scan and never waits for a reader.
 //
 // Time, values and counts are in a sequence lock: numbers that the writer stores one by one between two steps
 // of a sequence number. A reader copies them and starts again if the number has moved. Names, logs and

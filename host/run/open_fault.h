@@ -1,4 +1,5 @@
-// Why a stage does not open, in the words of a user: the links name no key and no path.
+// Why a stage does not open, as a message for the user: it contains the key and the path, which the messages
+// of the links do not contain.
 #pragma once
 
 #include "host/common/configuration.h"
@@ -15,7 +16,7 @@ CString FindFolderFault(const CConfiguration& configuration, const CString& key)
 // The same for one node of the PLC write stage. key: its path.
 CString FindOpenFault(const CPlcSingleConfig& node, const CString& key);
 
-// why, or where to look if it is empty.
+// Returns why or, if it is empty, a reference to the messages of the links.
 CString WhyNotOpened(const CString& why);
 
 }  // namespace vastra

@@ -86,7 +86,7 @@ void CRun::Stop() {
   Drive([this] { m_loop.Stop(); });
 }
 
-// Does something with the loop, and reports the scan, or the end, that it leads to.
+// Calls action, which drives the loop, and reports the end of the scan or of the run.
 template <class ACTION>
 void CRun::Drive(ACTION action) {
   if (!m_loop.IsRunning()) return;
@@ -97,7 +97,7 @@ void CRun::Drive(ACTION action) {
   if (!m_loop.IsRunning()) Tell(&CRunObserver::Stopped);
 }
 
-// The stages that are closed have no progress: that of the replay stays.
+// Closed stages have no progress: the last progress of the replay is kept.
 void CRun::Count() {
   m_counts.scans = m_loop.Counts();
   m_counts.fill = std::as_const(m_loop).Outputs().GetFill();
@@ -116,7 +116,7 @@ void CRun::Publish() {
 }
 
 // The read that finds the end of a replay is not a failure. The outer links report it as an Error, which is
-// not shown. A worker that reads uses the input itself, so the access is safe.
+// not shown. This function is called on the thread that reads, the only one that uses the input stage then.
 bool CRun::TakeMessage(const char* linkType, const char* linkName, char function, char severity,
                        const char* text) {
   if (severity == severityError && function == functionRead && m_loop.Input().IsFinished()) return false;

@@ -1,5 +1,5 @@
-// CRun: a run of one configuration, from the checks before the stages open to the files that were written. It
-// is what the command, the desktop and any other host drive; a host adds observers for what it shows.
+// CRun: a run of one configuration, from the checks before the stages open to the files that were written.
+// The command, the desktop and any other host drive it; a host adds observers for what it shows.
 //
 //   CRunMessenger messenger;                   // before all links, installed by CLink::SetMessenger
 //   CRun run(configuration, messenger);
@@ -32,7 +32,7 @@ struct CRunOptions {
   CScanLoop::Period period{-1};   // 0: as fast as possible; below 0: the configuration's
   HWND target = nullptr;          // where workers post their messages, which the host hands to Notify
   UINT node = 0;                  // number of this computer on the net of PLCs
-  CSmartLogic* logic = nullptr;   // the host's, which outlives the run
+  CSmartLogic* logic = nullptr;   // the host's; must exist while the run exists
   CTrendConfig* trend = nullptr;  // settings that the trending stage shares; null: the configuration's
   std::function<void()> trendChanged = {};  // a view or a dialog has changed them
 };
@@ -42,13 +42,13 @@ class CRun : private CRunMessenger::CReader {
   using Time = CScanLoop::Time;
 
   // Works out the names, without a message and without contacting a PLC. messenger is the one that the links
-  // use; it outlives the run. No other run uses it until this one is gone.
+  // use. It must exist until the run is destroyed, and no other run may use it before that.
   CRun(const CConfiguration& configuration, CRunMessenger& messenger, const CRunOptions& options = {});
   ~CRun() override;
   CRun(const CRun&) = delete;
   CRun& operator=(const CRun&) = delete;
 
-  // What the stages will see.
+  // The names of the samples of each stage.
   const CStageNames& Names() const { return m_names; }
   // The names of the samples that the observers get, as far as they can be worked out before the start.
   CStringArray SampleNames() { return TrendNames(m_names, *Trend().GetOptions()); }
@@ -75,7 +75,7 @@ class CRun : private CRunMessenger::CReader {
   void Step();
   // Accepts the message of a worker and continues its scan.
   void Notify(UINT message, WPARAM result);
-  // Ends the run: at once, or when the worker under way has reported.
+  // Ends the run: at once, or when the current worker has posted its result.
   void Stop();
   // Turns the writing to PLCs off or on from the next scan on. False: the stage was opened without its nodes,
   // since writing was off, and writes after the next start.

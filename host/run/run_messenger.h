@@ -22,8 +22,8 @@ class CRunMessenger : public CMessenger {
 
   void Send(const char* linkType, const char* linkName, char function, char severity,
             const char* text) override;
-  // reader, which must exist until it is replaced, hears of the lines from now on; null: nobody. Only while
-  // no worker runs.
+  // Passes the lines from now on to reader, which must exist until it is replaced; null: to no reader. Only
+  // while no worker runs.
   void Attach(CReader* reader) { m_pReader = reader; }
 
   // While the object exists nothing is shown: what fails now fails again, and is shown, when the stages open.

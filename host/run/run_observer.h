@@ -1,4 +1,4 @@
-// CRunObserver: what a host hears of a run: a progress line, a table of values, a window, a socket. The run
+// CRunObserver: receives the events of a run, for a progress line, a table of values or a window. The run
 // calls its observers in the order in which they were added, on the thread that drives it at that moment.
 // Only Message can come on another thread, that of a worker, and at the same time as other calls.
 #pragma once
@@ -8,10 +8,10 @@
 
 namespace vastra {
 
-// What became of a run so far, for those who look at it.
+// The results of a run so far.
 struct CRunCounts {
   CScanCounts scans;
-  CFill fill;  // samples of outputs that are in memory only, and of how many
+  CFill fill;  // of the outputs: samples in memory only, and those of full logs
   struct {
     UINT logs = 0;   // in the list; 0: live input
     UINT done = 0;   // logs that have been played
@@ -43,7 +43,8 @@ class CRunObserver {
   virtual void Started(const CStringArray& /*names*/) {}
   // The extra variables have changed: names are those of the next samples.
   virtual void Renamed(const CStringArray& /*names*/) {}
-  // The newest sample: the variables of the input and the extra variables. The stages have had it.
+  // The newest sample: the variables of the input and the extra variables. Called after the stages have
+  // processed the sample.
   virtual void Sampled(const CLogSample&) {}
   // After each scan.
   virtual void Counted(const CRunCounts&) {}
@@ -53,7 +54,7 @@ class CRunObserver {
   // A summary archive was saved with one more row and is still open.
   virtual void LogGrew(const CLogSource&, const CSavedLog&) {}
   virtual void LogNotSaved(const CLogSource&, const CUnsavedLog&) {}
-  // The last scan is done; the stages close now and save what they hold.
+  // The last scan is done. Next the stages close and save the samples in memory.
   virtual void Stopping() {}
   virtual void Stopped() {}
 };

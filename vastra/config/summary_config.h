@@ -24,7 +24,7 @@ class VASTRA_API CSummaryConfig : public CObject {
   UINT m_maxSamples = 4000;         // the maximum number of rows in a summary file
   int m_saveCsv = 0;                // 1: writes text copies
   int m_saveRp = 0;                 // 1: writes binary files
-  CStringArray m_summaryEquations;  // the same, one statement per element
+  CStringArray m_summaryEquations;  // the summary equations, one statement per element
   CStringArray m_varNames;          // the variables of the summary, in file order
 };
 

@@ -1,5 +1,6 @@
 // One step of a chain. A link owns the next one, its component. A stage calls the outermost link; the
-// innermost link is a leaf that accesses a PLC (CPlcLink) or log files (CFileLink).
+// innermost link is a leaf that accesses a PLC (CPlcLink) or log files (CFileLink). The outer side of a link
+// is the side of its caller, the inner side that of its component.
 //
 // Threads: a link has no lock. One thread at a time uses a chain; the lock of the stage ensures that.
 // Errors: 1 is success, 0 failure. A link that fails sends exactly one line to the messenger, so a caller

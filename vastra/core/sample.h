@@ -15,8 +15,8 @@ class VASTRA_API CLogSample : public CObject {
  public:
   _timeb m_time;                  // all 0 until a producer fills it
   CArray<float, float> m_values;  // in the unit of each variable
-  CCriticalSection
-      m_lock;  // held while a worker reads or fills the sample; locked after the lock of its stage
+  // Held while a worker reads or fills the sample; locked after the lock of its stage.
+  CCriticalSection m_lock;
 };
 
 }  // namespace vastra

@@ -1,7 +1,6 @@
 // CFileLink: the leaf link for log files. Its configuration and the mode of Open choose one of three uses:
 //   writer   modeWrite: collects samples and writes them as one log when the log is full or the stage asks
-//   for
-//            it; limits the number of logs in the directory
+//            for it; limits the number of logs in the directory
 //   replay   modeRead: plays a list of binary logs, the one with the earliest first sample first
 //   buffer   m_bufferOnly, in either mode: keeps one sample and its names at the end of a chain of equations;
 //            touches no file
@@ -95,9 +94,8 @@ class VASTRA_API CFileLink : public CLink, private CFileSettings {
   UINT GetCurrentFile() const;  // logs begun after the first
   int Finished() const;         // 1 after a Read has found no further log
 
-  // Samples in memory, and how many make a whole. Writer: collected samples that are not on the disk yet, of
-  // those that make a log; replay: samples not read yet, of the log that is playing. All 0 in any other
-  // state.
+  // Writer: the samples that are not on the disk yet, and the samples of a full log. Replay: the samples of
+  // the current log that were not read yet, and all its samples. Both 0 in any other state.
   CFill GetFill() const;
 
   // Buffer: the value at index of the last sample. 0, with value unchanged and without a message, in any

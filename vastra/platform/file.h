@@ -83,8 +83,8 @@ class VASTRA_API CReplaceFile : public CFile {
  public:
   static constexpr const char* kSuffix = ".part";
 
-  explicit CReplaceFile(
-      const CString& path);  // throws if another process is writing it or it cannot be created
+  // Throws CFileException if another process is writing the image or the image cannot be created.
+  explicit CReplaceFile(const CString& path);
   ~CReplaceFile() override;
   void Replace();
 

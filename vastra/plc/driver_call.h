@@ -1,4 +1,4 @@
-// How the engine calls a driver module. A driver should be plain C; exceptions of one that is not end here.
+// The calls from the engine to a driver module. An exception that leaves the driver is caught here.
 #pragma once
 
 #include "vastra/platform/module.h"

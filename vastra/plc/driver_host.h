@@ -1,5 +1,5 @@
 // The services of the host for driver modules: forms for their settings. A host with a window system installs
-// its table; without it the modules are told that there is none, and their dialogs count as cancelled.
+// its table. Without a table the modules receive null, and their dialogs count as cancelled.
 #pragma once
 
 #include "vastra/platform/api.h"
@@ -7,9 +7,9 @@
 
 namespace vastra {
 
-// Installs host for the links made from now on. It stays the caller's and must exist as long as one of these
-// links does. Null restores the default. Returns the previous host, null for the default. Not while workers
-// run.
+// Installs host for the links that are created from now on. The caller keeps host, which must exist while one
+// of these links exists. Null restores the default. Returns the previous host, null for the default. Must not
+// be called while worker threads run.
 VASTRA_API const DriverHost* InstallDriverHost(const DriverHost* host);
 
 // The installed host, or null.

@@ -1,6 +1,6 @@
 // CPlcLink: the leaf link of all live data. It represents one PLC node, reached through one driver module:
 // opened to read it returns samples, stamped with the clock; opened to write it sends samples to the PLC. It
-// knows no names; the CNamerLink directly above it supplies them and checks the length.
+// has no names; the CNamerLink that owns it supplies them and checks the length.
 //
 // A link that is never opened serves the screens: it shows the driver's configuration dialog.
 //

@@ -27,8 +27,8 @@ class VASTRA_API CDriverTypeDlg : public CDialog {
   CString m_oldName;                   // the name when the dialog opened; empty for a new node
   CListBox* m_pNameList = nullptr;     // the names of the page's nodes, which may not be used again
   DriverConfig m_driver;
-  // The node's plcType. kNoDriver: the node is not configured yet. An accepted driver dialog replaces
-  // kNoDriver by the driver's index, as a mark; the driver writes its ID to m_driver.
+  // The node's plcType. kNoDriver: the node is not configured yet. After an accepted driver dialog a new node
+  // has the driver's index here. It only shows that the node is configured; the ID is in m_driver.plcType.
   UINT m_driverId = kNoDriver;
   CStringArray m_varNames;
   CString m_name;

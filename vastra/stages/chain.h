@@ -42,8 +42,8 @@ class CChain {
 
 // Configurations of links that more than one stage needs.
 std::unique_ptr<CFileConfig> BufferConfig(const CStringArray& names);
-// For a link that writes the logs of options, a COutputConfig or a CSummaryConfig: the settings that both
-// have.
+// The configuration of a link that writes logs, from the settings that a COutputConfig and a CSummaryConfig
+// (options) have in common.
 template <class Options>
 std::unique_ptr<CFileConfig> LogConfig(const Options& options, const char* extension) {
   auto config = std::make_unique<CFileConfig>();

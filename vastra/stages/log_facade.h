@@ -2,7 +2,8 @@
 // deletes them in Close and passes samples to them in between. A stage sends no messages itself: a link that
 // fails has sent one already, and the stage returns 0.
 //
-// Threads: all members of a stage run on the host's thread and take no lock. Only a worker (see
+// Threads: one thread at a time calls the members of a stage, and they take no lock. It is the host's thread,
+// or one on which the host opens and closes the stages while it does not use them itself. Only a worker (see
 // stage_thread.h) locks its stage and then its sample; the host keeps both alive, and the stage open, until
 // the message of the worker has arrived.
 #pragma once

@@ -13,9 +13,9 @@ class VASTRA_API CLogMultiSummary : public CLogFacade {
   // names are those of the samples to come. On 0 there are no summaries and the stage is closed. All
   // variables of the summaries start at zero.
   int Open(CStringArray& names);
-  // For each summary, first to last: if it finds the sample valid, its file restarts if it says so, its
-  // equations run, and a row is written if it says so. The first summary that finds the sample invalid, or
-  // fails, ends the pass with 0: the later ones do not get the sample.
+  // For each summary, first to last: its enable equations run. If SampleIsValid is set, RestartSummary ends
+  // the file, the summary equations run, and WriteToSummary writes a row. The first summary for which the
+  // sample is not valid, or that fails, ends the pass with 0: the later ones do not get the sample.
   int Write(CLogSample& sample);
   // Ends the archive file of every summary, whatever the results; 0 on a closed stage.
   int Restart();
