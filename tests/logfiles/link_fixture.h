@@ -20,6 +20,15 @@ inline CLogSample Sample(std::int32_t time, std::initializer_list<float> values)
   return sample;
 }
 
+// The bytes of a log.
+inline std::string Written(const CStringArray& names, const CSampleStore& samples) {
+  CLogWriter writer;
+  writer.SetNames(names);
+  CMemFile file;
+  writer.Write(file, samples);
+  return file.Bytes();
+}
+
 class CLinkFixture : public testing::Test {
  protected:
   CLinkFixture() {
@@ -53,10 +62,11 @@ class CLinkFixture : public testing::Test {
     return m_link->Open(configs, mode);
   }
   // Writes a sample at kStart + time.
-  int Write(std::int32_t time, std::initializer_list<float> values = {1, 2}) {
+  int Write(std::int32_t time, std::initializer_list<float> values) {
     CLogSample sample = Sample(kStart + time, values);
     return m_link->Write(sample);
   }
+  int Write(std::int32_t time) { return Write(time, {static_cast<float>(time), -0.5f}); }
 
   // The file names in the directory, in byte order, each after a blank.
   std::string Files() const {

@@ -1,9 +1,6 @@
 // The bytes of a binary log: what is written, what is read back, and what is refused.
-#include <gtest/gtest.h>
-
 #include "tests/logfiles/example.h"
-#include "vastra/logfiles/log_reader.h"
-#include "vastra/logfiles/log_writer.h"
+#include "tests/logfiles/link_fixture.h"
 
 namespace vastra {
 namespace {
@@ -61,14 +58,6 @@ TEST(LogReader, AcceptsOddLogsAndReportsWhatIsWrongAndWhere) {
   for (const auto& [bytes, text] : kCases) EXPECT_EQ(Read(bytes), text);
   for (std::size_t size = 0; size < log.size(); ++size)
     EXPECT_TRUE(Read(log.substr(0, size)).starts_with("ends at byte " + std::to_string(size) + " "));
-}
-
-std::string Written(const CStringArray& names, const CSampleStore& samples) {
-  CLogWriter writer;
-  writer.SetNames(names);
-  CMemFile file;
-  writer.Write(file, samples);
-  return file.Bytes();
 }
 
 // Logs at the borders of the encodings.

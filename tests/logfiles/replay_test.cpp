@@ -1,7 +1,6 @@
 // The file link as a replay: the order of its logs, its progress, and logs that cannot be read.
 #include "tests/logfiles/example.h"
 #include "tests/logfiles/link_fixture.h"
-#include "vastra/logfiles/log_writer.h"
 
 namespace vastra {
 namespace {
@@ -13,10 +12,7 @@ class Replay : public CLinkFixture {
            std::initializer_list<const char*> names = {"Temp"}) {
     CSampleStore samples;
     for (const std::int32_t time : times) samples.Append(Sample(time, {1}));
-    CLogWriter writer;
-    writer.SetNames(Names(names));
-    CFile file(m_dir / name, CFile::modeWrite | CFile::modeCreate);
-    writer.Write(file, samples);
+    WriteBytes(m_dir / name, Written(Names(names), samples));
   }
 
   int Play(std::initializer_list<const char*> names) {

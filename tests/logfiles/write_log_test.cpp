@@ -1,4 +1,6 @@
-// The file link as a writer: when a log reaches the disk, and what is lost if it cannot.
+// The file link as a writer: when a log reaches the disk and what is lost if it cannot, the names of logs,
+// and which logs are removed.
+#include <cmath>
 #include <optional>
 
 #include "tests/logfiles/example.h"
@@ -22,6 +24,14 @@ class WriteLog : public CLinkFixture {
     EXPECT_TRUE(m_link->Write(first) && m_link->Write(second));
     m_recorder.Take();
   }
+
+  // A file of an earlier run, written age seconds before this test.
+  void Old(const char* name, int age) {
+    WriteBytes(m_dir / name, "old");
+    std::filesystem::last_write_time((m_dir / name).Std(), m_begun - std::chrono::seconds(age));
+  }
+
+  const std::filesystem::file_time_type m_begun = std::filesystem::file_time_type::clock::now();
 };
 
 TEST_F(WriteLog, HasTheBytesOfTheFormatsPageAndDropsWhatCloseFindsUnflushed) {
@@ -54,6 +64,7 @@ TEST_F(WriteLog, ReportsADiskThatIsFullAtAnyByte) {
                 whole ? "Flush Error F Couldn't save CSV file.\n" : "Flush Error F Couldn't save file.\n");
       EXPECT_EQ(Bytes(kLog), whole ? log : old.empty() ? log.substr(0, size) : old);
       EXPECT_EQ(Bytes(kCsv), whole && old.empty() ? csv.substr(0, size) : old);
+      EXPECT_EQ(Files(), whole || !old.empty() ? " 0109090100.rph 0109090100h.csv" : " 0109090100.rph");
       EXPECT_FALSE(m_link->Flush()) << "the samples are lost";
     }
   NewLink();
@@ -64,18 +75,14 @@ TEST_F(WriteLog, ReportsADiskThatIsFullAtAnyByte) {
 }
 
 TEST_F(WriteLog, FailsWhileTheDirectoryIsMissingAndThenGoesOn) {
-  auto config = Writer();
-  config->m_directory = m_dir / "inner";
-  config->m_maxSamples = 1;
-  std::filesystem::create_directory((m_dir / "inner").Std());
-  ASSERT_TRUE(Open(std::move(config)));
-  std::filesystem::remove((m_dir / "inner").Std());
+  ASSERT_TRUE(Open(Writer(1)));
+  std::filesystem::remove(m_dir.Path().Std());
   m_recorder.Take();
   EXPECT_FALSE(Write(0));
   EXPECT_EQ(m_recorder.Take(), "Write Begin F\nFlush Begin F\nFlush Error F Couldn't save file.\n");
-  std::filesystem::create_directory((m_dir / "inner").Std());
+  std::filesystem::create_directory(m_dir.Path().Std());
   EXPECT_TRUE(Write(1));
-  EXPECT_EQ(Times("inner/0301021401.rph"), " 1") << "the failed log has used its number";
+  EXPECT_EQ(Times("0301021401.rph"), " 1") << "the failed log has used its number";
 }
 
 TEST_F(WriteLog, OpenRemovesUnfinishedImagesOfItsOwnKindOnly) {
@@ -87,6 +94,94 @@ TEST_F(WriteLog, OpenRemovesUnfinishedImagesOfItsOwnKindOnly) {
   EXPECT_EQ(Files(), " 1.rph.part 1d.csv.part 1h.csv.part film.part x.rph");
   Open(Writer());
   EXPECT_EQ(Files(), " 1d.csv.part film.part x.rph");
+}
+
+TEST_F(WriteLog, TheNamingSettingsMakeTheName) {
+  const struct {
+    const char* variable;
+    int dwordName;
+    const char* prefix;
+    std::initializer_list<float> values;  // of a, b, a, c
+    const char* files;
+  } kNames[] = {
+      {"b", 0, "", {1, -3.7f}, " -3.rph"},
+      {"a", 1, "Kiln ", {-1, -2}, " Kiln -1-2.rph"},
+      {"c", 1, "", {1, 2, 3, 4}, " 4.rph"},
+      {"a", 0, "", {1, 2, 3, 4}, " 1.rph"},  // the first of two
+      {"a", 0, "", {4294967295.0f}, " 0.rph"},
+      {"a", 0, "", {NAN}, " 0.rph"},
+      {"b", 0, "P", {1}, " PNoValue.rph"},  // the sample has no such value
+      {"", 0, "P", {1}, " PNoValue.rph"},
+      {"System Time", 1, "P", {1}, " P0301021400.rph"},
+      {"a", 0, "inner/P", {7}, ""},
+  };
+  std::filesystem::create_directory((m_dir / "inner").Std());
+  for (const auto& name : kNames) {
+    NewLink();
+    auto config = Writer(1);
+    config->m_varNames = Names({"a", "b", "a", "c"});
+    config->m_nameVariable = name.variable;
+    config->m_dwordName = name.dwordName;
+    config->m_prefix = name.prefix;
+    config->m_usePrefix = 1;
+    ASSERT_TRUE(Open(std::move(config)));
+    EXPECT_TRUE(Write(0, name.values));
+    EXPECT_EQ(Files(), name.files);
+  }
+  EXPECT_TRUE(FileExists(m_dir / "inner/P7.rph"));
+}
+
+TEST_F(WriteLog, TheNumberContinuesWithinAnHourAndIsZeroForAnotherPrefix) {
+  const auto write = [this](int usePrefix, std::int32_t time) {
+    auto config = Writer(1);
+    config->m_prefix = "P";
+    config->m_usePrefix = usePrefix;
+    Open(std::move(config));
+    Write(time);
+  };
+  write(0, 0), write(0, 60), Write(3600), write(1, 3601), write(0, 3602);
+  EXPECT_EQ(Files(), " 0301021400.rph 0301021401.rph 0301021500.rph P0301021500.rph");
+  EXPECT_EQ(Times("0301021500.rph"), " 3602");
+}
+
+TEST_F(WriteLog, TheHundredAndFirstLogOfAnHourReplacesTheFirstAndOutlivesItsOldEntry) {
+  Open(Writer(1, 101));
+  for (int i = 0; i < 101; ++i) Write(i);
+  EXPECT_EQ(Times("0301021400.rph"), " 100");
+  Write(101);  // replaces 01; the oldest entry, of the former 00, leaves the list
+  EXPECT_EQ(Times("0301021400.rph"), " 100");
+  EXPECT_EQ(ListFiles(m_dir.Path(), ".rph").GetSize(), 100);
+}
+
+TEST_F(WriteLog, LogsOfEarlierRunsAreRemovedByAgeAfterTheNewLogIsWritten) {
+  Old("c.RPH", 40), Old("a.rph", 30), Old("d.rph", 20), Old("b.rph", 20), Old("x.rpd", 90), Old("z.csv", 90);
+  Open(Writer(1, 4));
+  Write(0);
+  EXPECT_EQ(Files(), " 0301021400.rph a.rph b.rph d.rph x.rpd z.csv");
+  Write(1), Write(2);
+  EXPECT_EQ(Files(), " 0301021400.rph 0301021401.rph 0301021402.rph d.rph x.rpd z.csv");
+  Open(Writer(1, 0));
+  Write(3);
+  EXPECT_EQ(Files(), " x.rpd z.csv");
+}
+
+TEST_F(WriteLog, TextCopiesHaveACountOfTheirOwnThatIncludesThoseOfSummaries) {
+  Old("1d.csv", 30), Old("0h.csv", 20);
+  auto config = Writer(1, 2);
+  config->m_saveCsv = 1;
+  Open(std::move(config));
+  Write(0);
+  EXPECT_EQ(Files(), " 0301021400.rph 0301021400h.csv 0h.csv");
+}
+
+TEST_F(WriteLog, AnEntryThatCannotBeDeletedIsTriedOnce) {
+  Old("a.rph", 20);
+  Open(Writer(1, 1));
+  DeleteFile(m_dir / "a.rph");
+  std::filesystem::create_directory((m_dir / "a.rph").Std());
+  EXPECT_TRUE(Write(0) && Write(1));
+  EXPECT_EQ(Files(), " 0301021401.rph");
+  EXPECT_TRUE(FileExists(m_dir / "a.rph"));
 }
 
 }  // namespace

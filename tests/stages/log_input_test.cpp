@@ -82,7 +82,7 @@ TEST_F(LogInput, AReplayShowsItsProgress) {
 
 TEST_F(LogInput, TheWorkerPostsTheResultOfEachReadAndAFailureLeavesTheStageOpen) {
   SetNode(Add("a", 1), "a", 0, true);
-  m_stage.SetCallBack(1, &m_queue, kMessage);
+  EXPECT_EQ(m_stage.SetCallBack(1, &m_queue, kMessage), 1);
   EXPECT_EQ(Read(), "failed");  // a closed stage starts no worker and posts nothing
   EXPECT_EQ(Posted(20), -1);
   ASSERT_EQ(m_stage.Open(), 1);
