@@ -28,14 +28,7 @@ void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 namespace vastra {
 namespace {
 
-class FileLink : public CLinkFixture {
- protected:
-  std::unique_ptr<CFileConfig> Buffer() const {
-    auto config = std::make_unique<CFileConfig>();
-    config->m_bufferOnly = 1;
-    return config;
-  }
-};
+using FileLink = CLinkFixture;
 
 TEST_F(FileLink, OpenReportsWhatIsWrongWithItsSettings) {
   EXPECT_EQ(CFileLink::Create(m_link.get()), nullptr);

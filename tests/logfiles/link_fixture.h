@@ -56,6 +56,12 @@ class CLinkFixture : public testing::Test {
     config->m_nameVariable = "System Time";
     return config;
   }
+  // The same for a buffer, which ignores most of them.
+  std::unique_ptr<CFileConfig> Buffer() const {
+    auto config = Writer();
+    config->m_bufferOnly = 1;
+    return config;
+  }
   int Open(std::unique_ptr<CLinkConfig> config, UINT mode = CLink::modeWrite) {
     CLinkConfigList configs;
     configs.AddHead(config.release());
