@@ -1,180 +1,172 @@
 // The forms of the driver modules, filled in through the links of the engine.
-#include <gtest/gtest.h>
-
+#include <cstring>
 #include <memory>
 
-#include "tests/drivers/scripted_host.h"
 #include "tests/support/recorder.h"
 #include "vastra/platform/prompt.h"
 #include "vastra/plc/driver_factory.h"
+#include "vastra/plc/driver_host.h"
 #include "vastra/plc/plc_link.h"
 
 namespace vastra {
 namespace {
 
-using CChange = void (*)(DriverConfig&);
+// A host with a user who fills forms in as the test says.
+class CScriptedHost {
+ public:
+  CScriptedHost() { s_host = this; }
+  ~CScriptedHost() { InstallDriverHost(m_former); }
+  CScriptedHost(const CScriptedHost&) = delete;
+  CScriptedHost& operator=(const CScriptedHost&) = delete;
 
-// A value entered in a field, and what it changes in the settings.
-struct CEntry {
-  const char *field, *value;
-  CChange change;
-};
+  std::string enters;   // "|Name=value|" of fields; a choice by its words
+  bool accepts = true;  // false: enters, and cancels
+  std::string shown;    // the last form, with all its fields
+  std::string refusal;  // what its check said
 
-struct CFormCase {
-  const char* driver;
-  DriverConfig given;
-  const char* newNode;  // the form of a new node
-  std::map<std::string, std::string> newEnters;
-  DriverConfig newSettings;
-  const char* shown;  // a part of the form of given
-  std::vector<CEntry> entries;
-  std::vector<std::pair<std::map<std::string, std::string>, const char*>>
-      refused;  // with the begin of the words
-};
-
-DriverConfig Settings(int id, CChange change) {
-  DriverConfig config;
-  config.plcType = id;
-  change(config);
-  return config;
-}
-
-const CFormCase kForms[] = {
-    {"Simulator",
-     {1, 2, 3, 4, 5, 6, 7, 9001, 9, " ramp,sine", "two", 10, 11, 12, 13, 109},
-     "Waveforms=sine|Period (ms)=10000|Amplitude (1/1000)=1000|Seed of the noise=0|Station=0|First "
-     "register=0|"
-     "Each n-th call fails=0|It fails with=Unknown error|",
-     {},
-     Settings(9001, [](DriverConfig& c) { c.text1 = "sine", c.value1 = 10000, c.value2 = 1000; }),
-     "Waveforms= ramp,sine|Period (ms)=10|Amplitude (1/1000)=11|Seed of the noise=12|Station=3|"
-     "First register=4|Each n-th call fails=13|It fails with=Time-out|",
-     {{"Waveforms", "noise", [](DriverConfig& c) { c.text1 = "noise"; }},
-      {"Period (ms)", "0", [](DriverConfig& c) { c.value1 = 0; }},
-      {"Amplitude (1/1000)", "77", [](DriverConfig& c) { c.value2 = 77; }},
-      {"Seed of the noise", "77", [](DriverConfig& c) { c.value3 = 77; }},
-      {"Station", "77", [](DriverConfig& c) { c.station = 77; }},
-      {"First register", "1048569", [](DriverConfig& c) { c.registerAddress = 1048569; }},
-      {"Each n-th call fails", "77", [](DriverConfig& c) { c.value4 = 77; }},
-      {"It fails with", "Reply error", [](DriverConfig& c) { c.value5 = statusReplyError; }}},
-     {{{{"Waveforms", "sine, cosine"}}, "text1 has an unknown waveform: \"cosine\""},
-      {{{"First register", "1048570"}}, "registerAddress is too high"}}},
-    {"Modbus",
-     {1, 2, 3, -4, 5, 6, 7, 9002, 9, "plc:1502", "h4 x 2: f32", 10, 11, 12, 3, 13},
-     "Device=|Unit=1|Time-out (ms)=1000|Values=|Added to each address=0|Pause between requests (ms)=0|"
-     "Pause after connecting (ms)=0|Most registers in a request=0|Workarounds=None|",
-     {{"Device", "plc"}, {"Values", "c0"}},
-     Settings(9002,
-              [](DriverConfig& c) { c.text1 = "plc", c.text2 = "c0", c.station = 1, c.timeOut = 1000; }),
-     "|Workarounds=Both|",
-     {{"Device", "plc", [](DriverConfig& c) { c.text1 = "plc"; }},
-      {"Values", "c7", [](DriverConfig& c) { c.text2 = "c7"; }},
-      {"Unit", "77", [](DriverConfig& c) { c.station = 77; }},
-      {"Time-out (ms)", "77", [](DriverConfig& c) { c.timeOut = 77; }},
-      {"Added to each address", "-3", [](DriverConfig& c) { c.registerAddress = -3; }},
-      {"Pause between requests (ms)", "77", [](DriverConfig& c) { c.value1 = 77; }},
-      {"Pause after connecting (ms)", "77", [](DriverConfig& c) { c.value2 = 77; }},
-      {"Most registers in a request", "77", [](DriverConfig& c) { c.value3 = 77; }},
-      {"Workarounds", "None", [](DriverConfig& c) { c.value4 = 0; }},
-      {"Workarounds", "One request for each value", [](DriverConfig& c) { c.value4 = 1; }},
-      {"Workarounds", "Connection closed after each scan", [](DriverConfig& c) { c.value4 = 2; }}},
-     {{{{"Values", "h4, x1"}}, "text2: entry 2, "}, {{{"Most registers in a request", "1"}}, "value3: "}}},
-    {"Text file's dialog",
-     {1, 2, 3, 4, 5, 6, 7, 9900, 9, "/old", "", 10, 11, 12, 13, 14},
-     "Path=|",
-     {{"Path", "/new"}},
-     Settings(9900, [](DriverConfig& c) { c.text1 = "/new"; }),
-     "Path=/old|",
-     {{"Path", "/new", [](DriverConfig& c) { c.text1 = "/new"; }}},
-     {{{{"Path", "new"}}, "Path: it has to begin with a slash."}}},
-};
-
-class FormValues : public testing::Test {
- protected:
-  static std::unique_ptr<CPlcLink> NewLink(const char* driver, const DriverConfig& config) {
-    const CDriverFactory& factory = *CDriverFactory::Instance();
-    int index = 0;
-    while (factory.GetDriverName(index) != driver) ++index;
-    std::unique_ptr<CPlcLink> link(factory.NewDriver(index));
-    link->SetConfig(config);
-    return link;
+ private:
+  static std::string Shown(const DriverField& field) {
+    if (field.kind == driverFieldText) return field.text;
+    return field.kind == driverFieldChoice ? field.choices[field.number] : std::to_string(field.number);
+  }
+  static void Enter(DriverField& field, const std::string& value) {
+    if (field.kind == driverFieldNumber) field.number = std::clamp(std::stoi(value), field.low, field.high);
+    for (int i = 0; i < field.choiceCount; ++i)
+      if (field.choices[i] == value) field.number = i;
+    if (value.size() < field.textSize) std::strcpy(field.text, value.c_str());
+  }
+  // The user edits a copy, which goes into the form when it is accepted.
+  int Show(const DriverForm& form) {
+    std::vector<DriverField> fields(form.fields, form.fields + form.fieldCount);
+    std::vector<std::string> texts;
+    texts.reserve(fields.size());
+    shown = "|";
+    refusal = "";
+    for (DriverField& field : fields) {
+      shown += field.name + ("=" + Shown(field)) + "|";
+      field.text = texts.emplace_back(field.text ? field.text : "").append(field.textSize, '\0').data();
+      const std::string name = "|" + std::string(field.name) + "=";
+      const std::size_t at = enters.find(name), begin = at + name.size();
+      if (at != enters.npos) Enter(field, enters.substr(begin, enters.find('|', begin) - begin));
+    }
+    const char* words = form.check(fields.data(), form.fieldCount, form.user);
+    if (words) refusal = words;
+    if (words || !accepts) return 0;
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+      form.fields[i].number = fields[i].number;
+      if (form.fields[i].text) std::strcpy(form.fields[i].text, fields[i].text);
+    }
+    return 1;
   }
 
+  static inline CScriptedHost* s_host = nullptr;
+  const DriverHost m_table = {DRIVER_HOST_VERSION,
+                              [](const DriverForm* form) { return s_host->Show(*form); }};
+  const DriverHost* m_former = InstallDriverHost(&m_table);
+};
+
+const struct {
+  const char* driver;
+  DriverConfig given;
+  const char *shown, *enters;  // the form of given, and what the user enters
+  DriverConfig changed;
+  const char *newNode, *newEnters;  // the same for a new node
+  DriverConfig newSettings;
+  std::vector<std::pair<const char*, const char*>> refused;  // with the begin of the words
+} kForms[] = {
+    {"Simulator",
+     {1, 2, 3, 4, 5, 6, 7, 9001, 9, " ramp,sine", "two", 10, 11, 12, 13, 109},
+     "|Waveforms= ramp,sine|Period (ms)=10|Amplitude (1/1000)=11|Seed of the noise=12|Station=3|"
+     "First register=4|Each n-th call fails=13|It fails with=Time-out|",
+     "|Waveforms=noise|Period (ms)=0|Amplitude (1/1000)=71|Seed of the noise=72|Station=73|"
+     "First register=1048569|Each n-th call fails=74|It fails with=Reply error|",
+     {1, 2, 73, 1048569, 5, 6, 7, 9001, 9, "noise", "two", 0, 71, 72, 74, 157},
+     "|Waveforms=sine|Period (ms)=10000|Amplitude (1/1000)=1000|Seed of the noise=0|Station=0|"
+     "First register=0|Each n-th call fails=0|It fails with=Unknown error|",
+     "",
+     {0, 0, 0, 0, 0, 0, 0, 9001, 0, "sine", "", 10000, 1000},
+     {{"|Waveforms=sine, cosine|", "text1 has an unknown waveform: \"cosine\""},
+      {"|First register=1048570|", "registerAddress is too high"}}},
+    {"Modbus",
+     {1, 2, 3, -4, 5, 6, 7, 9002, 9, "plc:1502", "h4 x 2: f32", 10, 11, 12, 3, 13},
+     "|Device=plc:1502|Unit=3|Time-out (ms)=2|Values=h4 x 2: f32|Added to each address=-4|"
+     "Pause between requests (ms)=10|Pause after connecting (ms)=11|Most registers in a request=12|"
+     "Workarounds=Both|",
+     "|Device=plc|Unit=71|Time-out (ms)=72|Values=c7|Added to each address=-3|Pause between requests (ms)=73|"
+     "Pause after connecting (ms)=74|Most registers in a request=75|"
+     "Workarounds=Connection closed after each scan|",
+     {1, 72, 71, -3, 5, 6, 7, 9002, 9, "plc", "c7", 73, 74, 75, 2, 13},
+     "|Device=|Unit=1|Time-out (ms)=1000|Values=|Added to each address=0|Pause between requests (ms)=0|"
+     "Pause after connecting (ms)=0|Most registers in a request=0|Workarounds=None|",
+     "|Device=plc|Values=c0|Workarounds=One request for each value|",
+     {0, 1000, 1, 0, 0, 0, 0, 9002, 0, "plc", "c0", 0, 0, 0, 1},
+     {{"|Values=h4, x1|", "text2: entry 2, "}, {"|Most registers in a request=1|", "value3: "}}},
+    {"Text file's dialog",
+     {1, 2, 3, 4, 5, 6, 7, 9900, 9, "/old", "", 10, 11, 12, 13, 14},
+     "|Path=/old|",
+     "|Path=/new|",
+     {1, 2, 3, 4, 5, 6, 7, 9900, 9, "/new", "", 10, 11, 12, 13, 14},
+     "|Path=|",
+     "|Path=/new|",
+     {0, 0, 0, 0, 0, 0, 0, 9900, 0, "/new", ""},
+     {{"|Path=new|", "Path: it has to begin with a slash."}}},
+};
+
+std::unique_ptr<CPlcLink> NewLink(const char* driver, const DriverConfig& config) {
+  const CDriverFactory& factory = *CDriverFactory::Instance();
+  int index = 0;
+  while (factory.GetDriverName(index) != driver) ++index;
+  std::unique_ptr<CPlcLink> link(factory.NewDriver(index));
+  link->SetConfig(config);
+  return link;
+}
+
+class Forms : public testing::Test {
+ protected:
+  // Shows the form of link to a user who enters and accepts what the test says.
+  int Show(CPlcLink& link, const std::string& enters, int isNew = 0, bool accepts = true) {
+    m_host.enters = enters;
+    m_host.accepts = accepts;
+    return link.ShowConfig(isNew);
+  }
   CRecorder m_recorder;
   CScriptedHost m_host;
 };
 
-class Forms : public FormValues, public testing::WithParamInterface<CFormCase> {
- protected:
-  static std::unique_ptr<CPlcLink> NewGiven() { return NewLink(GetParam().driver, GetParam().given); }
-};
-
-TEST_P(Forms, BeginANewNodeWithTheDefaults) {
-  const std::unique_ptr<CPlcLink> link = NewGiven();  // which has the settings of another node
-  m_host.enters = GetParam().newEnters;
-  EXPECT_EQ(link->ShowConfig(1), IDOK) << m_host.refusal;
-  EXPECT_EQ(m_host.shown, GetParam().newNode);
-  EXPECT_TRUE(link->GetConfig() == GetParam().newSettings);
-}
-
-TEST_P(Forms, ChangeWhatTheUserEnteredAndNothingElse) {
-  for (const CEntry& entry : GetParam().entries) {
-    DriverConfig wanted = GetParam().given;
-    entry.change(wanted);
-    m_host.enters = {{entry.field, entry.value}};
-    const std::unique_ptr<CPlcLink> link = NewGiven();
-    EXPECT_EQ(link->ShowConfig(0), IDOK) << entry.field << m_host.refusal;
-    EXPECT_TRUE(link->GetConfig() == wanted) << entry.field << entry.value;
-    EXPECT_NE(m_host.shown.find(GetParam().shown), std::string::npos) << m_host.shown;
+TEST_F(Forms, ChangeWhatTheUserEnteredAndNothingElse) {
+  for (const auto& form : kForms) {
+    SCOPED_TRACE(form.driver);
+    const std::unique_ptr<CPlcLink> link = NewLink(form.driver, form.given);
+    for (const int isNew : {0, 1}) EXPECT_EQ(Show(*link, form.enters, isNew, false), IDCANCEL);
+    for (const auto& [enters, words] : form.refused) {
+      EXPECT_EQ(Show(*link, enters), IDCANCEL) << words;
+      EXPECT_TRUE(m_host.refusal.starts_with(words)) << m_host.refusal;
+    }
+    EXPECT_TRUE(link->GetConfig() == form.given);
+    EXPECT_EQ(Show(*link, form.enters), IDOK) << m_host.refusal;
+    EXPECT_EQ(m_host.shown, form.shown);
+    EXPECT_TRUE(link->GetConfig() == form.changed);
+    EXPECT_EQ(Show(*link, form.newEnters, 1), IDOK) << m_host.refusal;
+    EXPECT_EQ(m_host.shown, form.newNode);
+    EXPECT_TRUE(link->GetConfig() == form.newSettings);
+    const DriverHost* former = InstallDriverHost(nullptr);
+    EXPECT_EQ(NewLink(form.driver, form.given)->ShowConfig(0), IDCANCEL);
+    InstallDriverHost(former);
   }
 }
 
-TEST_P(Forms, ChangeNothingWhenTheyAreRefusedCancelledOrNotShown) {
-  const std::unique_ptr<CPlcLink> link = NewGiven();
-  const auto isUnchanged = [&] { return link->GetConfig() == GetParam().given; };
-  for (const auto& [enters, words] : GetParam().refused) {
-    m_host.enters = enters;
-    EXPECT_EQ(link->ShowConfig(0), IDCANCEL) << words;
-    EXPECT_TRUE(m_host.refusal.starts_with(words)) << m_host.refusal;
-    EXPECT_TRUE(isUnchanged()) << words;
-  }
-  const CEntry& entry = GetParam().entries.front();
-  m_host.enters = {{entry.field, entry.value}};
-  m_host.accepts = false;
-  for (const int isNew : {0, 1}) EXPECT_EQ(link->ShowConfig(isNew), IDCANCEL);
-  EXPECT_TRUE(isUnchanged());
-  const DriverHost* former = InstallDriverHost(nullptr);
-  const std::unique_ptr<CPlcLink> headless = NewGiven();
-  InstallDriverHost(former);
-  m_host.shown = "";
-  EXPECT_EQ(headless->ShowConfig(0), IDCANCEL);
-  EXPECT_EQ(m_host.shown, "");
-}
-
-INSTANTIATE_TEST_SUITE_P(Each, Forms, testing::ValuesIn(kForms),
-                         [](const auto& form) { return std::string(form.param.driver).substr(0, 4); });
-
-// A field keeps a value that it cannot offer, and has room for a text as long as a list may be.
-TEST_F(FormValues, AreKeptThoughAFieldDoesNotOfferThem) {
+TEST_F(Forms, KeepAValueThatAFieldDoesNotOfferAndHaveRoomForALongText) {
   DriverConfig config = kForms[0].given;
   config.text1 = std::string(17000, ' ').c_str();
   config.value5 = -60;
-  std::unique_ptr<CPlcLink> link = NewLink("Simulator", config);
-  EXPECT_EQ(link->ShowConfig(0), IDOK);
+  const std::unique_ptr<CPlcLink> link = NewLink("Simulator", config);
+  EXPECT_EQ(Show(*link, ""), IDOK);
+  EXPECT_NE(m_host.shown.find("|It fails with=Status -60|"), std::string::npos) << m_host.shown;
   EXPECT_TRUE(link->GetConfig() == config);
-  EXPECT_NE(m_host.shown.find("It fails with=Status -60|"), std::string::npos) << m_host.shown;
-
-  config = kForms[1].given;
-  config.value4 = 7;
-  link = NewLink("Modbus", config);
-  EXPECT_EQ(link->ShowConfig(0), IDCANCEL);
-  EXPECT_EQ(m_host.refusal.find("value4: "), 0u) << m_host.refusal;
-  const std::string longList = std::string(15998, ' ') + "h4";
-  m_host.enters = {{"Workarounds", "Both"}, {"Values", longList}};
-  config.value4 = 3;
-  config.text2 = longList.c_str();
-  EXPECT_EQ(link->ShowConfig(0), IDOK);
-  EXPECT_TRUE(link->GetConfig() == config);
+  link->SetConfig(kForms[0].given);
+  const std::string text = std::string(15996, ' ') + "ramp";
+  EXPECT_EQ(Show(*link, "|Waveforms=" + text + "|"), IDOK) << m_host.refusal;
+  EXPECT_EQ(link->GetConfig().text1.Std(), text);
 }
 
 }  // namespace

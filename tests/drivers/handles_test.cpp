@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <future>
 #include <set>
 #include <stdexcept>
 #include <thread>
@@ -11,7 +12,8 @@ const driver::CNodeForm driver::kNodeForm = {0, "Made up", {}, {}, nullptr};
 
 namespace {
 
-enum EFailure { none, words, noMemory, other };
+enum EFailure { none, words, noMemory, other, hangs };
+std::promise<void> g_begun, g_released;
 
 class CFailing {
  public:
@@ -28,6 +30,7 @@ class CFailing {
   static int Fail(int failure) {
     if (failure == noMemory) throw std::bad_alloc();
     if (failure == other) throw std::runtime_error("");
+    if (failure == hangs) g_begun.set_value(), g_released.get_future().wait();
     return failure == words ? statusExtendedError : statusOk;
   }
 };
@@ -58,20 +61,30 @@ TEST(DriverHandles, LetNothingThrownLeaveAndKeepNoHandleOfAFailedOpen) {
   }
 }
 
-TEST(DriverHandles, AreDifferentWhenTwoThreadsOpen) {
-  constexpr std::size_t kOpens = 5000;
-  std::vector<int> handles[2] = {std::vector<int>(kOpens), std::vector<int>(kOpens)};
+TEST(DriverHandles, AreDifferentWhenThreadsOpenTogether) {
+  std::vector<int> handles[4];
   {
     std::vector<std::jthread> threads;
     for (std::vector<int>& own : handles)
       threads.emplace_back([&own] {
-        for (int& handle : own) kTable.Open({}, driverModeRead, &handle);
+        for (int& handle : own = std::vector<int>(10'000)) kTable.Open({}, driverModeRead, &handle);
       });
   }
-  std::set<int> all(handles[0].begin(), handles[0].end());
-  all.insert(handles[1].begin(), handles[1].end());
-  EXPECT_EQ(all.size(), 2 * kOpens);
+  std::set<int> all;
+  for (const std::vector<int>& own : handles) all.insert(own.begin(), own.end());
+  EXPECT_EQ(all.size(), 40'000u);
   for (const int handle : all) kTable.Close(handle);
+}
+
+TEST(DriverHandles, DoNotWaitForACallOfAnotherHandle) {
+  int hanging = 0, other = 0;
+  kTable.Open({}, driverModeRead, &hanging);
+  const std::jthread thread([&] { EXPECT_EQ(kTable.Read(nullptr, hangs, hanging), statusOk); });
+  g_begun.get_future().wait();
+  EXPECT_EQ(kTable.Open({}, driverModeRead, &other), statusOk);
+  EXPECT_EQ(kTable.Read(nullptr, none, other), statusOk);
+  kTable.Close(other);
+  g_released.set_value();
 }
 
 }  // namespace

@@ -1,0 +1,213 @@
+// The simulator and the driver of docs/driver-guide.md, through the links of the engine.
+#include <chrono>
+#include <cmath>
+#include <thread>
+
+#include "tests/support/files.h"
+#include "tests/support/recorder.h"
+#include "vastra/plc/driver_factory.h"
+#include "vastra/plc/plc_link.h"
+
+namespace vastra {
+namespace {
+
+using CValues = std::vector<float>;
+using std::chrono::steady_clock;
+constexpr UINT kWrite = CLink::modeWrite;
+
+DriverConfig Text(const CString& text, int value1 = 0, int value2 = 0, int value3 = 0, int value4 = 0,
+                  int value5 = 0) {
+  return {0, 0, 0, 0, 0, 0, 0, 0, 0, text, "", value1, value2, value3, value4, value5};
+}
+DriverConfig Station(int station, int first) {
+  return {.station = station, .registerAddress = first, .text1 = "", .text2 = ""};
+}
+
+class CDriverNode {
+ public:
+  CDriverNode(CRecorder& recorder, int id, const DriverConfig& config, UINT count, UINT mode)
+      : m_recorder(recorder),
+        m_link(CDriverFactory::Instance()->NewDriver(CDriverFactory::Instance()->GetDriverIndex(id))) {
+    auto* linkConfig = new CPlcLinkConfig;
+    linkConfig->m_config = config;
+    linkConfig->m_config.variableCount = count;
+    CLinkConfigList configs;
+    configs.AddTail(linkConfig);
+    m_link->Open(configs, mode);
+    fault = m_recorder.TakeFaults();
+  }
+  // The values of one read; none if it failed.
+  CValues Read() {
+    CLogSample sample;
+    m_link->Read(sample);
+    fault = m_recorder.TakeFaults();
+    return {sample.m_values.begin(), sample.m_values.end()};
+  }
+  bool Write(const CValues& values) {
+    CLogSample sample;
+    for (const float value : values) sample.m_values.Add(value);
+    const bool done = m_link->Write(sample) == 1;
+    fault = m_recorder.TakeFaults();
+    return done;
+  }
+
+  std::string fault;  // the line of the last operation if that failed
+
+ private:
+  CRecorder& m_recorder;
+  std::unique_ptr<CPlcLink> m_link;
+};
+
+template <int kDriver>
+class CNodes : public testing::Test {
+ protected:
+  CDriverNode Node(const DriverConfig& config, UINT count, UINT mode = CLink::modeRead) {
+    return CDriverNode(m_recorder, kDriver, config, count, mode);
+  }
+  CRecorder m_recorder;
+};
+class Simulator : public CNodes<9001> {};
+class GuideDriver : public CNodes<9900> {};
+
+TEST_F(Simulator, RepeatsItsListOfWaveformsAndHasDefaults) {
+  CDriverNode node = Node(Text(" constant ,\tcounter,square", 0, 2500), 5);
+  EXPECT_EQ(node.Read(), (CValues{2.5f, 1, 2.5f, 2.5f, 1}));
+  EXPECT_EQ(node.Read(), (CValues{2.5f, 2, 2.5f, 2.5f, 2}));
+  EXPECT_EQ(Node(Text("constant"), 1).Read(), CValues{1});
+  for (const char* text : {"", "  "}) {
+    const auto begin = steady_clock::now();
+    CDriverNode sine = Node(Text(text), 1);
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    const double periods = sine.Read().at(0) / 6.283185;  // at most, as sin(x) <= x
+    EXPECT_LE(periods * std::chrono::seconds(10), steady_clock::now() - begin);
+  }
+}
+
+TEST_F(Simulator, RunsItsCurvesThroughWholePeriodsInStep) {
+  CDriverNode node = Node(Text("sine,ramp,square", 40, 2000), 3);
+  float lowest = 0, highest = 0, before = 0;
+  bool fell = false;
+  const auto end = steady_clock::now() + std::chrono::seconds(20);
+  while ((lowest > -1.9f || highest < 1.9f || !fell) && steady_clock::now() < end) {
+    const CValues values = node.Read();
+    const double phase = values.at(1) / 2.0;
+    ASSERT_TRUE(phase >= 0 && phase <= 1) << phase;
+    EXPECT_NEAR(values[0], 2 * std::sin(phase * 6.283185307179586), 1e-5);
+    EXPECT_EQ(values[2], phase < 0.5 ? 2.0f : -2.0f);
+    lowest = std::min(lowest, values[0]);
+    highest = std::max(highest, values[0]);
+    fell |= values[1] < std::exchange(before, values[1]);
+  }
+  EXPECT_TRUE(lowest <= -1.9f && highest >= 1.9f && fell) << lowest << ' ' << highest;
+}
+
+TEST_F(Simulator, MakesTheSameNoiseOfTheSameSeedAlone) {
+  CDriverNode a = Node(Text("noise", 0, 3000, 7), 2), b = Node(Text("noise", 0, 3000, 7), 2);
+  CDriverNode other = Node(Text("noise", 0, 3000, 8), 2);
+  double sum = 0;
+  for (int i = 0; i < 1000; ++i) {
+    const CValues values = a.Read();
+    EXPECT_EQ(b.Read(), values);
+    EXPECT_NE(values, other.Read());
+    EXPECT_NE(values[0], values[1]);
+    EXPECT_TRUE(std::abs(values[0]) <= 3 && std::abs(values[1]) <= 3);
+    sum += values[0] + values[1];
+  }
+  EXPECT_LT(std::abs(sum / 2000), 0.2) << "five times the deviation of the mean";
+}
+
+TEST_F(Simulator, SharesTheRegistersOfAStationAndOfNoOther) {
+  CDriverNode reader = Node(Station(1, 10), 3);
+  EXPECT_EQ(reader.Read(), (CValues{0, 0, 0}));
+  EXPECT_TRUE(Node(Station(1, 10), 3, kWrite).Write({1.5f, -2, 3}));
+  EXPECT_EQ(reader.Read(), (CValues{1.5f, -2, 3}));
+  EXPECT_EQ(Node(Station(1, 8), 3).Read(), (CValues{0, 0, 1.5f}));
+  EXPECT_EQ(Node(Station(22, 10), 3).Read(), (CValues{0, 0, 0}));
+}
+
+TEST_F(Simulator, FailsEachNthCallAsToldAndRecoversInTheNext) {
+  const std::pair<int, const char*> kFaults[] = {
+      {statusTimeout, "Timeout error."},
+      {statusExtendedError, "Simulator: call 6 fails, as value4 = 3 asks."},
+      {statusReplyError, "Simulator: call 6 fails, as value4 = 3 asks."},
+      {-1, "Unknown error."}};
+  for (const auto& [status, fault] : kFaults) {
+    CDriverNode node = Node(Text("counter", 0, 0, 0, 3, status), 1);
+    EXPECT_EQ(node.Read(), CValues{1});
+    EXPECT_TRUE(node.Write({0}));
+    EXPECT_EQ(node.Read(), CValues{});
+    EXPECT_EQ(node.Read(), CValues{3});
+    EXPECT_EQ(node.Read(), CValues{4});
+    EXPECT_FALSE(node.Write({0}));
+    EXPECT_EQ(node.fault, std::string("Write Error Not named ") + fault + "\n");
+    EXPECT_EQ(node.Read(), CValues{5});
+  }
+}
+
+TEST_F(Simulator, RefusesABadSettingAndSaysWhich) {
+  const std::string kept(59, 'x'),
+      high = "registerAddress is too high: the registers of a station end at 1048575";
+  const std::pair<DriverConfig, std::string> kRefusals[] = {
+      {Text("", -5), "value1 is negative: -5"},
+      {Text("", 0, -1), "value2 is negative: -1"},
+      {Text("", 0, 0, -1), "value3 is negative: -1"},
+      {Text("", 0, 0, 0, -2147483647 - 1), "value4 is negative: -2147483648"},
+      {Station(-1, 0), "station is negative: -1"},
+      {Station(0, -1), "registerAddress is negative: -1"},
+      {Station(1, 1048575), high},
+      {Station(1, 2147483647), high},
+      {Text("sine, cosine"), "text1 has an unknown waveform: \"cosine\""},
+      {Text("Sine"), "text1 has an unknown waveform: \"Sine\""},
+      {Text("ramp,"), "text1 has an unknown waveform: \"\""},
+      {Text(",ramp"), "text1 has an unknown waveform: \"\""},
+      {Text((kept + "\u20AC and more").c_str()), "text1 has an unknown waveform: \"" + kept + "...\""}};
+  for (const auto& [config, words] : kRefusals)
+    EXPECT_EQ(Node(config, 2).fault, "Open Fatal Not named Simulator: " + words + "\n");
+  EXPECT_EQ(Node(Station(23, 1048574), 2).fault, "");
+}
+
+TEST_F(Simulator, NeverShowsAHalfWrittenScanToAnotherThread) {
+  constexpr UINT kCount = 1'000'000;  // a copy that takes long enough to be interrupted
+  CDriverNode reader = Node(Station(24, 0), kCount), writer = Node(Station(24, 0), kCount, kWrite);
+  const std::jthread writing([&writer](const std::stop_token& stop) {
+    for (float value = 1; !stop.stop_requested(); ++value) writer.Write(CValues(kCount, value));
+  });
+  for (int i = 0; i < 30; ++i) {
+    const CValues values = reader.Read();
+    ASSERT_TRUE(values == CValues(kCount, values.at(0)));
+  }
+}
+
+TEST_F(GuideDriver, ReadsItsFileAndFindsItAgainAfterALoss) {
+  const CTempDir folder;
+  const CString path = folder / "numbers.txt";
+  WriteBytes(path, "1.5 -2\n");
+  CDriverNode node = Node(Text(path), 2), second = Node(Text(path), 2);
+  EXPECT_EQ(node.Read(), (CValues{1.5f, -2}));
+  WriteBytes(path, "3");
+  EXPECT_EQ(node.Read(), CValues{});
+  EXPECT_EQ(node.fault, "Read Error Not named " + path.Std() + ": has too few numbers.\n");
+  std::filesystem::remove(path.Std());
+  EXPECT_EQ(node.Read(), CValues{});
+  EXPECT_EQ(node.fault, "Read Error Not named " + path.Std() + ": cannot be opened.\n");
+  WriteBytes(path, "4 5 6");
+  EXPECT_EQ(node.Read(), (CValues{4, 5}));
+}
+
+TEST_F(GuideDriver, RefusesWhatItCannotServe) {
+  const CTempDir folder;
+  const DriverConfig config = Text(folder / "numbers.txt");
+  WriteBytes(config.text1, "1");
+  EXPECT_EQ(Node(config, 1, kWrite).fault, "Open Fatal Not named Invalid mode.\n");
+  std::vector<CDriverNode> nodes;
+  while (nodes.size() < 64) nodes.push_back(Node(config, 1));
+  EXPECT_EQ(nodes.back().Read(), CValues{1});
+  EXPECT_EQ(Node(config, 1).fault, "Open Fatal Not named Not enough memory.\n");
+  nodes.clear();
+  EXPECT_EQ(Node(config, 1).fault, "");
+  EXPECT_EQ(Node(Text(std::string(300, 'a').c_str()), 1).fault,
+            "Open Fatal Not named Text file: text1 is no file that can be read.\n");
+}
+
+}  // namespace
+}  // namespace vastra
