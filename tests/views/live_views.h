@@ -1,9 +1,6 @@
 // The two live views on real stages: an input of three variables a, b, c, then the trending stage.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <QFrame>
 #include <QTableView>
 
 #include "tests/support/files.h"
@@ -17,6 +14,8 @@
 
 namespace vastra {
 
+using CBoxes = std::vector<std::string>;
+
 class LiveViews : public testing::Test {
  protected:
   LiveViews() {
@@ -24,11 +23,10 @@ class LiveViews : public testing::Test {
     node->m_driver.plcType = 9001;  // the simulator
     node->m_driver.text1 = "constant";
     node->m_driver.variableCount = 3;
-    node->m_varNames = Names({"a", "b", "c"});
+    node->m_varNames = m_names = Names({"a", "b", "c"});
     m_input.GetOptions()->m_plcNodes.AddTail(node);
     EXPECT_EQ(m_input.Open(), 1);
-    m_trendings.GetOptions()->m_baseVars = node->m_varNames;
-    EXPECT_EQ(m_trendings.Open(node->m_varNames), 1);
+    EXPECT_EQ(m_trendings.Open(m_names), 1);
   }
   ~LiveViews() override {
     if (m_trend) m_trend->DestroyWindow();
@@ -64,28 +62,22 @@ class LiveViews : public testing::Test {
     if (m_trend) m_trend->Refresh();
     if (m_grid) m_grid->Refresh();
   }
-
   // The user chooses exactly names, in this order.
   static void Choose(QWidget* window, std::initializer_list<const char*> names) {
-    WhileModal([&] { Click(window, "Edit"); },
-               [&](QWidget* dialog) {
-                 Click(dialog, "<<");
-                 auto* list = Find<QListWidget>(dialog, "Available variables");
-                 for (const char* name : names) {
-                   list->findItems(name, Qt::MatchExactly).at(0)->setSelected(true);
-                   Click(dialog, "--->");
-                 }
-                 Click(dialog, "OK");
-               });
-    QCoreApplication::sendPostedEvents(nullptr,
-                                       QEvent::DeferredDelete);  // its "Cancel" must not be found later
+    const auto user = [&](QWidget* dialog) {
+      Click(dialog, "<<");
+      auto* list = Find<QListWidget>(dialog, "Available variables");
+      for (const char* name : names) {
+        list->findItems(name, Qt::MatchExactly).at(0)->setSelected(true);
+        Click(dialog, "--->");
+      }
+      Click(dialog, "OK");
+    };
+    WhileModal([&] { Click(window, "Edit"); }, user);
   }
-  void Load(QWidget* window, const CString& path) {
-    m_chooser.path = path;
+  void Load(QWidget* window, const char* file) {
+    m_chooser.path = m_dir / file;
     Click(window, "Load");
-  }
-  static void Configure(QWidget* window) {
-    WhileModal([&] { Click(window, "Config"); }, [](QWidget* dialog) { Click(dialog, "OK"); });
   }
 
   CRecorder m_recorder;
@@ -94,10 +86,9 @@ class LiveViews : public testing::Test {
   CTempDir m_dir;
   CLogInput m_input;
   CLogTrendings m_trendings;
+  CStringArray& m_names = m_trendings.GetOptions()->m_baseVars;
   CTrendingDlg* m_trend = nullptr;  // the host's variables
   CVarScanDlg* m_grid = nullptr;
 };
-
-using CBoxes = std::vector<std::string>;
 
 }  // namespace vastra

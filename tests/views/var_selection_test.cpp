@@ -1,14 +1,10 @@
 // The choice of variables: moves between the lists, and the limit.
-#include <gtest/gtest.h>
-
 #include "tests/support/names.h"
 #include "tests/support/windows.h"
 #include "vastra/views/var_selection_dlg.h"
 
 namespace vastra {
 namespace {
-
-using CNames = std::vector<std::string>;
 
 std::string Join(const CStringArray& names) {
   std::string all;
@@ -19,93 +15,78 @@ std::string Join(const CStringArray& names) {
 TEST(VarChoice, TheLeftListKeepsItsOrderAndTheRightListThatOfChoosing) {
   CVarChoice choice(Names({"a", "b", "c", "d", "b"}), Names({"d", "x"}));
   const struct {
-    const char* what;
-    std::function<void()> act;
+    std::vector<int> choose;
+    int takeOut;
     const char *unused, *chosen;
   } kSteps[] = {
-      {"opening", [] {}, "abcb", "dx"},
-      {"two marked",
-       [&] {
-         choice.Choose({2, 0});
-       },
-       "bb", "dxac"},
-      {"one of two equal names", [&] { choice.Choose({1}); }, "b", "dxacb"},
-      {"the other", [&] { choice.Choose({0}); }, "", "dxacbb"},
-      {"one of them back", [&] { choice.TakeOut(4); }, "b", "dxacb"},
-      {"the other back", [&] { choice.TakeOut(4); }, "bb", "dxac"},
-      {"a name that is not available", [&] { choice.TakeOut(1); }, "bb", "dac"},
-      {"back in its place", [&] { choice.TakeOut(1); }, "abb", "dc"},
-      {"nothing marked", [&] { choice.TakeOut(-1), choice.Choose({}), choice.Choose({9}); }, "abb", "dc"},
-      {"all", [&] { choice.ChooseAll(); }, "", "dcabb"},
-      {"none", [&] { choice.TakeOutAll(); }, "abcdb", ""},
+      {{}, -1, "abcb", "dx"},     {{2, 0}, -1, "bb", "dxac"},
+      {{1}, -1, "b", "dxacb"},  // one of two equal names
+      {{0, 9}, -1, "", "dxacbb"}, {{}, 4, "b", "dxacb"},
+      {{}, 4, "bb", "dxac"},      {{}, 1, "bb", "dac"},  // not available
+      {{}, 1, "abb", "dc"},
   };
   for (const auto& step : kSteps) {
-    step.act();
-    EXPECT_EQ(Join(choice.Unused()), step.unused) << step.what;
-    EXPECT_EQ(Join(choice.Chosen()), step.chosen) << step.what;
+    choice.Choose(step.choose);
+    choice.TakeOut(step.takeOut);
+    EXPECT_EQ(Join(choice.Unused()), step.unused);
+    EXPECT_EQ(Join(choice.Chosen()), step.chosen);
   }
+  choice.ChooseAll();
+  EXPECT_EQ(Join(choice.Unused()) + "|" + Join(choice.Chosen()), "|dcabb");
+  choice.TakeOutAll();
+  EXPECT_EQ(Join(choice.Unused()) + "|" + Join(choice.Chosen()), "abcdb|");
 }
 
-class VarSelection : public testing::Test {
- protected:
-  // Runs the dialog on the names a to e, of which max may be chosen; returns the result.
-  int Run(UINT max, const std::function<void(QWidget*)>& user) {
-    CStringArray available = Names({"a", "b", "c", "d", "e"});
-    CVarSelectionDlg dialog;
-    dialog.m_pAvailable = &available;
-    dialog.m_pSelected = &m_selected;
-    dialog.m_max = max;
-    int result = 0;
-    WhileModal([&] { result = dialog.DoModal(); }, user);
-    return result;
-  }
-  static void DoubleClick(QListWidget* list, int row) {
-    const QPoint place = list->visualItemRect(list->item(row)).center();
-    QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, place);
-    QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, place);
-  }
+constexpr const char *kLeft = "Available variables", *kRight = "Selected variables";
 
-  CTestPrompter m_prompter;
-  CStringArray m_selected = Names({"d"});
-};
+void DoubleClick(QListWidget* list, int row) {
+  const QPoint place = list->visualItemRect(list->item(row)).center();
+  QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, place);
+  QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, place);
+}
 
-TEST_F(VarSelection, ButtonsAndDoubleClicksMoveMarkedNamesAndClearTheMarks) {
-  const auto user = [](QWidget* dialog) {
-    auto* left = Find<QListWidget>(dialog, "Available variables");
-    auto* right = Find<QListWidget>(dialog, "Selected variables");
-    EXPECT_EQ(Shown(left), CNames({"a", "b", "c", "e"}));
+TEST(VarSelection, ButtonsAndDoubleClicksMoveMarkedNamesAndOkAloneChecksTheLimit) {
+  CTestPrompter prompter;
+  CStringArray available = Names({"a", "b", "c", "d", "e", "f"}), selected = Names({"d"});
+  CVarSelectionDlg dialog;
+  dialog.m_pAvailable = &available;
+  dialog.m_pSelected = &selected;
+  dialog.m_max = 2;
+  const auto lists = [&] {
+    return Join(dialog.List(kLeft).GetTexts()) + "|" + Join(dialog.List(kRight).GetTexts());
+  };
+  const auto mover = [&](QWidget* window) {
+    auto* left = Find<QListWidget>(window, kLeft);
+    auto* right = Find<QListWidget>(window, kRight);
     for (const int row : {0, 2}) left->item(row)->setSelected(true);
-    for (int twice = 0; twice < 2; ++twice) Click(dialog, "--->");
-    EXPECT_EQ(Shown(left), CNames({"b", "e"}));
+    for (int twice = 0; twice < 2; ++twice) Click(window, "--->");
+    EXPECT_EQ(lists(), "bef|dac");
     DoubleClick(left, 1);
-    EXPECT_EQ(Shown(right), CNames({"d", "a", "c", "e"}));
+    EXPECT_EQ(lists(), "bf|dace");
+    QTest::keyClick(left, Qt::Key_Down);
+    EXPECT_TRUE(left->item(0)->isSelected()) << "after a move no entry is the current one";
+    Click(window, "OK");
+    EXPECT_EQ(prompter.Take(), std::vector<std::string>{"Message|Maximum number of variables is 2|00"});
+    ASSERT_TRUE(window->isVisible());
     right->setCurrentRow(1);
-    for (int twice = 0; twice < 2; ++twice) Click(dialog, "<---");
-    EXPECT_EQ(Shown(left), CNames({"a", "b"}));
+    for (int twice = 0; twice < 2; ++twice) Click(window, "<---");
+    EXPECT_EQ(lists(), "abf|dce");
     DoubleClick(right, 0);
-    EXPECT_EQ(Shown(left), CNames({"a", "b", "d"}));
-    Click(dialog, "OK");
+    EXPECT_EQ(lists(), "abdf|ce");
+    EXPECT_EQ(Join(selected), "d");
+    Click(window, "OK");
   };
-  EXPECT_EQ(Run(9, user), IDOK);
-  EXPECT_EQ(Join(m_selected), "ce");
-  EXPECT_EQ(Run(9, [](QWidget* dialog) { Click(dialog, "<<"), Click(dialog, "Cancel"); }), IDCANCEL);
-  EXPECT_EQ(Join(m_selected), "ce");
-}
-
-TEST_F(VarSelection, OkAloneChecksTheLimit) {
-  const auto user = [this](QWidget* dialog) {
-    Click(dialog, ">>");
-    EXPECT_TRUE(m_prompter.asked.empty());
-    Click(dialog, "OK");
-    EXPECT_EQ(m_prompter.Take(), CNames({"Message|Maximum number of variables is 4|00"}));
-    ASSERT_TRUE(dialog->isVisible());
-    EXPECT_EQ(Join(m_selected), "d");
-    Find<QListWidget>(dialog, "Selected variables")->setCurrentRow(0);
-    Click(dialog, "<---");
-    Click(dialog, "OK");
+  WhileModal([&] { EXPECT_EQ(dialog.DoModal(), IDOK); }, mover);
+  EXPECT_EQ(Join(selected), "ce");
+  const auto canceller = [&](QWidget* window) {
+    Click(window, "<<");
+    EXPECT_EQ(lists(), "abcdef|");
+    Click(window, ">>");
+    EXPECT_EQ(lists(), "|abcdef");
+    Click(window, "Cancel");
   };
-  EXPECT_EQ(Run(4, user), IDOK);
-  EXPECT_EQ(Join(m_selected), "abce");
+  WhileModal([&] { EXPECT_EQ(dialog.DoModal(), IDCANCEL); }, canceller);
+  EXPECT_EQ(Join(selected), "ce");
 }
 
 }  // namespace
