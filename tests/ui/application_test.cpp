@@ -1,7 +1,5 @@
 #include "vastra/ui/application.h"
 
-#include <gtest/gtest.h>
-
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -20,83 +18,69 @@ TEST(Boxes, HaveTheirButtonsAndReturnTheAnswer) {
   using B = QMessageBox;
   const struct {
     UINT type;
-    B::StandardButton pressed;
+    B::StandardButton pressed;  // NoButton: the Return key
     int answer;
     B::StandardButtons all;
-  } cases[] = {{MB_OK, B::Ok, IDOK, B::Ok},
-               {MB_OKCANCEL, B::Cancel, IDCANCEL, B::Ok | B::Cancel},
-               {MB_YESNO | MB_ICONQUESTION, B::No, IDNO, B::Yes | B::No},
-               {MB_YESNOCANCEL, B::Yes, IDYES, B::Yes | B::No | B::Cancel}};
-  for (const auto& [type, pressed, answer, all] : cases) {
-    int given = 0;
-    WhileModal([&, boxType = type] { given = AfxMessageBox("a <b>text</b>", "Title", boxType); },
-               [&, button = pressed, wanted = all](QWidget* window) {
-                 auto* box = qobject_cast<QMessageBox*>(window);
-                 ASSERT_TRUE(box);
-                 EXPECT_EQ(box->standardButtons(), wanted);
-                 EXPECT_EQ(box->windowTitle(), "Title");
-                 EXPECT_EQ(box->textFormat(), Qt::PlainText);
-                 box->button(button)->click();
-               });
-    EXPECT_EQ(given, answer) << type;
-  }
-}
-
-TEST(Boxes, ReturnPressesTheSecondButtonIfThatIsTheDefault) {
-  const CWindows real;
-  for (const auto& [type, answer] : {std::pair(MB_YESNO, IDYES), std::pair(MB_YESNO | MB_DEFBUTTON2, IDNO)}) {
-    int given = 0;
-    WhileModal([&, boxType = type] { given = AfxMessageBox("", boxType); },
-               [](QWidget* window) { QTest::keyClick(window, Qt::Key_Return); });
-    EXPECT_EQ(given, answer);
+  } kCases[] = {{MB_OK, B::Ok, IDOK, B::Ok},
+                {MB_OKCANCEL, B::Cancel, IDCANCEL, B::Ok | B::Cancel},
+                {MB_YESNO | MB_ICONQUESTION, B::No, IDNO, B::Yes | B::No},
+                {MB_YESNOCANCEL, B::Yes, IDYES, B::Yes | B::No | B::Cancel},
+                {MB_YESNO, B::NoButton, IDYES, B::Yes | B::No},
+                {MB_YESNO | MB_DEFBUTTON2, B::NoButton, IDNO, B::Yes | B::No}};
+  for (const auto& row : kCases) {
+    const auto user = [&](QWidget* window) {
+      auto* box = qobject_cast<QMessageBox*>(window);
+      ASSERT_TRUE(box);
+      EXPECT_EQ(box->standardButtons(), row.all);
+      EXPECT_EQ(box->windowTitle(), "Title");
+      EXPECT_EQ(box->textFormat(), Qt::PlainText);
+      row.pressed ? box->button(row.pressed)->click() : QTest::keyClick(window, Qt::Key_Return);
+    };
+    WhileModal([&] { EXPECT_EQ(AfxMessageBox("a <b>text</b>", "Title", row.type), row.answer); }, user);
   }
 }
 
 TEST(Boxes, AWorkerWaitsForTheAnswer) {
   const CWindows real;
   std::atomic<int> answer{0};
-  std::thread worker;
-  WhileModal(
-      [&] {
-        worker = std::thread([&] { answer = AfxMessageBox("from a worker", MB_YESNO); });
-        EXPECT_TRUE(QTest::qWaitFor([&] { return answer != 0; }, 20000));
-      },
-      [&](QWidget* window) {
-        EXPECT_EQ(answer, 0);
-        qobject_cast<QMessageBox*>(window)->button(QMessageBox::Yes)->click();
-      });
+  std::thread worker([&] { answer = AfxMessageBox("from a worker", MB_YESNO); });
+  const auto user = [&](QWidget* window) {
+    EXPECT_EQ(answer, 0);
+    qobject_cast<QMessageBox*>(window)->button(QMessageBox::Yes)->click();
+  };
+  WhileModal([&] { EXPECT_TRUE(QTest::qWaitFor([&] { return answer != 0; }, 20000)); }, user);
   worker.join();
   EXPECT_EQ(answer, IDYES);
 }
 
-TEST(Choosers, SeveralFilesKeepTheOrderOfTheChoice) {
+TEST(Choosers, SeveralFilesKeepTheOrderOfTheChoiceAndTheFolderIsRemembered) {
   const CWindows real;
   const CTempDir dir;
   for (const char* name : {"a.rph", "b.rph", "c.txt"}) WriteBytes(dir / name, "");
   CFileQuestion question;
   question.filter = "Heat Files (*.rph;*.heat)|*.rph;*.heat||";
+  QString folder = QDir::currentPath();
   const struct {
-    const char* typed;
-    std::vector<std::string> names;  // empty: cancelled
-  } kCases[] = {{R"("b.rph" "a.rph")", {"b.rph", "a.rph"}}, {"a.rph", {"a.rph"}}, {nullptr, {}}};
-  for (const auto& c : kCases) {
+    const char* typed;  // null: cancelled
+    std::vector<std::string> names;
+  } kCases[] = {{R"("b.rph" "a.rph")", {"b.rph", "a.rph"}}, {"a.rph", {"a.rph"}}, {nullptr, {"before"}}};
+  for (const auto& row : kCases) {
     CStringArray paths;
-    paths.Add("from before");
-    int chosen = -1;
-    WhileModal([&] { chosen = ChooseFiles(question, paths); },
-               [&](QWidget* window) {
-                 auto* dialog = qobject_cast<QFileDialog*>(window);
-                 ASSERT_TRUE(dialog);
-                 EXPECT_EQ(dialog->nameFilters(), QStringList("Heat Files (*.rph *.heat)"));
-                 dialog->setDirectory(dir.Path().Std().c_str());
-                 if (!c.typed) return;
-                 window->findChild<QLineEdit*>("fileNameEdit")->setText(c.typed);
-                 QTest::keyClick(window, Qt::Key_Return);
-               });
-    EXPECT_EQ(chosen, c.typed ? 1 : 0);
+    paths.Add("before");
+    const auto user = [&](QWidget* window) {
+      auto* dialog = qobject_cast<QFileDialog*>(window);
+      ASSERT_TRUE(dialog);
+      EXPECT_EQ(dialog->nameFilters(), QStringList("Heat Files (*.rph *.heat)"));
+      EXPECT_EQ(dialog->directory().absolutePath(), std::exchange(folder, dir.Path().Std().c_str()));
+      dialog->setDirectory(folder);
+      if (!row.typed) return;
+      window->findChild<QLineEdit*>("fileNameEdit")->setText(row.typed);
+      QTest::keyClick(window, Qt::Key_Return);
+    };
+    WhileModal([&] { EXPECT_EQ(ChooseFiles(question, paths), row.typed ? 1 : 0); }, user);
     std::vector<std::string> names;
     for (const CString& path : paths) names.push_back(std::filesystem::path(path.Std()).filename());
-    EXPECT_EQ(names, c.typed ? c.names : std::vector<std::string>{"from before"});
+    EXPECT_EQ(names, row.names);
   }
 }
 

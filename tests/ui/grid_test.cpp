@@ -1,8 +1,6 @@
 // Cells that can be edited. The contents of the grids are tested with their windows.
 #include "vastra/ui/grid.h"
 
-#include <gtest/gtest.h>
-
 #include <QLineEdit>
 #include <QTableView>
 
@@ -39,107 +37,93 @@ class CTestGrid : public CGXGridWnd {
   std::string told;
 };
 
-class CTestDlg : public CDialog {
- public:
-  CTestDlg() : CDialog(kTemplate) {}
+class GridCells : public testing::Test, public CDialog {
+ protected:
+  GridCells() : CDialog(kTemplate) {}
   void OnInitDialog() override {
-    grid.SubclassDlgItem(*this, "Grid");
-    grid.SetReadOnly(readOnly);
+    m_grid.SubclassDlgItem(*this, "Grid");
+    m_grid.SetReadOnly(m_readOnly);
+    m_view = Find<QTableView>(Widget(), "Grid");
   }
   void OnOK() override {
-    grid.TransferCurrentCell();
+    m_grid.TransferCurrentCell();
     CDialog::OnOK();
   }
 
-  bool readOnly = false;
-  CTestGrid grid;
-};
-
-struct CUser {
-  explicit CUser(QWidget* window) : view(Find<QTableView>(window, "Grid")) {}
   void ClickAt(int row, int col, bool atLeft = false) {
-    const QRect cell = view->visualRect(view->model()->index(row, col));
-    QTest::mouseClick(view->viewport(), Qt::LeftButton, {},
+    const QRect cell = m_view->visualRect(m_view->model()->index(row, col));
+    QTest::mouseClick(m_view->viewport(), Qt::LeftButton, {},
                       atLeft ? QPoint(cell.left() + 10, cell.center().y()) : cell.center());
   }
   QLineEdit* Editor() {
-    for (auto* edit : view->viewport()->findChildren<QLineEdit*>())
+    for (auto* edit : m_view->viewport()->findChildren<QLineEdit*>())
       if (edit->isVisible()) return edit;
     return nullptr;
   }
-  void Type(const char* text) {
+  // Types text into a cell, then key.
+  void TypeAt(int row, const char* text, Qt::Key key = Qt::Key_unknown) {
+    ClickAt(row, 1);
     ASSERT_TRUE(Editor());
     Editor()->selectAll();
     QTest::keyClicks(Editor(), text);
+    if (key != Qt::Key_unknown) QTest::keyClick(Editor(), key);
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(Widget()->isVisible()) << "Return or Escape in a cell ends the dialog";
   }
-  QTableView* view;
+
+  bool m_readOnly = false;
+  CTestGrid m_grid;
+  QTableView* m_view = nullptr;
 };
 
-TEST(GridCells, AreStoredWhenTheyAreLeft) {
-  CTestDlg dialog;
+TEST_F(GridCells, AreStoredWhenTheyAreLeft) {
+  const auto& cells = m_grid.cells;
   const auto user = [&](QWidget* window) {
-    CUser it(window);
-    it.ClickAt(0, 1);
-    it.ClickAt(1, 1);
-    EXPECT_EQ(dialog.grid.told, "") << "a cell that was opened but not edited";
-    it.ClickAt(0, 1);
-    it.Type("1.5");
-    QTest::keyClick(it.Editor(), Qt::Key_Return);
-    QCoreApplication::processEvents();
-    EXPECT_TRUE(window->isVisible()) << "Return in a cell ends the dialog";
-    EXPECT_EQ(dialog.grid.cells[0][1], "1.5");
-
-    it.ClickAt(1, 1);
-    it.Type("no");
-    it.ClickAt(0, 0);
-    EXPECT_EQ(dialog.grid.cells[1][1], "two");
-    it.ClickAt(1, 1);
-    it.Type("gone");
-    QTest::keyClick(it.Editor(), Qt::Key_Escape);
-    EXPECT_TRUE(window->isVisible()) << "Escape in a cell ends the dialog";
-    EXPECT_EQ(dialog.grid.cells[1][1], "two");
-
+    ClickAt(0, 1);
+    ClickAt(1, 1);
+    EXPECT_EQ(m_grid.told, "") << "a cell that was opened but not edited";
+    TypeAt(0, "1.5", Qt::Key_Return);
+    EXPECT_EQ(cells[0][1], "1.5");
+    TypeAt(1, "no");
+    ClickAt(0, 0);
+    EXPECT_EQ(cells[1][1], "two");
+    TypeAt(1, "gone", Qt::Key_Escape);
+    EXPECT_EQ(cells[1][1], "two");
     QTest::qWait(QApplication::doubleClickInterval());
-    it.ClickAt(0, 1);
-    it.Type("a");
-    QTest::keyClick(it.Editor(), Qt::Key_Tab);
-    QCoreApplication::processEvents();
-    EXPECT_EQ(dialog.grid.cells[0][1], "a");
-    EXPECT_EQ(it.view->currentIndex(), it.view->model()->index(0, 2));
-    it.ClickAt(1, 1);
-    it.Type("last");
+    TypeAt(0, "a", Qt::Key_Tab);
+    EXPECT_EQ(cells[0][1], "a");
+    EXPECT_EQ(m_view->currentIndex(), m_view->model()->index(0, 2));
+    TypeAt(1, "last");
     Click(window, "OK");
   };
-  WhileModal([&] { EXPECT_EQ(dialog.DoModal(), IDOK); }, user);
-  EXPECT_EQ(dialog.grid.cells[1][1], "last") << "the cell that was open at OK";
-  EXPECT_EQ(dialog.grid.told, "vvvv");
+  WhileModal([&] { EXPECT_EQ(DoModal(), IDOK); }, user);
+  EXPECT_EQ(cells[1][1], "last") << "the cell that was open at OK";
+  EXPECT_EQ(m_grid.told, "vvvv");
 }
 
-TEST(GridCells, WithBoxesAreChangedByMouseAndSpaceBar) {
-  CTestDlg dialog;
-  const auto user = [&](QWidget* window) {
-    CUser it(window);
-    it.ClickAt(0, 2, true);
-    EXPECT_EQ(dialog.grid.cells[0][2], "1");
-    it.ClickAt(1, 2, true);
-    EXPECT_EQ(dialog.grid.cells[1][2], "0");
-    it.view->setCurrentIndex(it.view->model()->index(0, 2));
-    QTest::keyClick(it.view, Qt::Key_Space);
-    EXPECT_EQ(dialog.grid.cells[0][2], "0");
-    EXPECT_EQ(dialog.grid.told, "ccc");
+TEST_F(GridCells, WithBoxesAreChangedByMouseAndSpaceBar) {
+  const auto clicks = [&](QWidget*) {
+    ClickAt(0, 2, true);
+    ClickAt(1, 2, true);
+    ClickAt(0, 1);
   };
-  WhileModal([&] { dialog.DoModal(); }, user);
-
-  dialog.readOnly = true;
-  dialog.grid.told.clear();
-  const auto reader = [&](QWidget* window) {
-    CUser it(window);
-    it.ClickAt(0, 2, true);
-    it.ClickAt(0, 1);
-    EXPECT_FALSE(it.Editor());
-    EXPECT_EQ(dialog.grid.told, "");
-  };
-  WhileModal([&] { dialog.DoModal(); }, reader);
+  WhileModal([&] { DoModal(); },
+             [&](QWidget* window) {
+               clicks(window);
+               EXPECT_TRUE(Editor());
+               EXPECT_EQ(m_grid.cells[0][2] + m_grid.cells[1][2], "10");
+               m_view->setCurrentIndex(m_view->model()->index(0, 2));
+               QTest::keyClick(m_view, Qt::Key_Space);
+               EXPECT_EQ(m_grid.cells[0][2], "0");
+               EXPECT_EQ(std::exchange(m_grid.told, ""), "ccc");
+             });
+  m_readOnly = true;
+  WhileModal([&] { DoModal(); },
+             [&](QWidget* window) {
+               clicks(window);
+               EXPECT_FALSE(Editor());
+               EXPECT_EQ(m_grid.told, "");
+             });
 }
 
 }  // namespace

@@ -50,10 +50,5 @@ TEST(LineRaster, ALineHasBothItsEndsAndNothingBeyondTheClip) {
   for (const auto& row : kCases) EXPECT_EQ(Drawn(row.points), row.picture);
 }
 
-TEST(LineRaster, NothingIsDrawnWithoutAPicture) {
-  const std::vector<CPoint> points = {{0, 0}, {3, 3}};
-  RasterLines({nullptr, 0}, {}, points, 1);
-}
-
 }  // namespace
 }  // namespace vastra
