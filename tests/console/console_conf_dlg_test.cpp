@@ -1,7 +1,5 @@
 #include "vastra/console/console_conf_dlg.h"
 
-#include <gtest/gtest.h>
-
 #include <QCheckBox>
 #include <QGroupBox>
 
@@ -10,66 +8,53 @@
 namespace vastra {
 namespace {
 
-// In the order of the screen. The strings below have an "x" or a "." for each box.
-const struct {
-  const char* caption;
-  int CConsoleConfDlg::*value;
-} kBoxes[] = {
+// In the order of the screen. The strings below have a 1 or a 0 for each box.
+const std::pair<const char*, int CConsoleConfDlg::*> kBoxes[] = {
     {"Fatal Error Messages", &CConsoleConfDlg::m_fatal}, {"Error Messages", &CConsoleConfDlg::m_error},
     {"Warning Messages", &CConsoleConfDlg::m_warning},   {"Notices Messages", &CConsoleConfDlg::m_notice},
     {"Debug Messages", &CConsoleConfDlg::m_debug},       {"All Messages", &CConsoleConfDlg::m_all},
     {"Always on Top", &CConsoleConfDlg::m_onTop},        {"Clear Console", &CConsoleConfDlg::m_clear},
 };
 
-// Runs dialog with the values of before, clicks boxes by number, then the button end. Returns the marks
-// shown.
-std::string Work(CConsoleConfDlg& dialog, const char* before, const char* clicks, const char* end) {
-  for (int i = 0; i < 8; ++i) dialog.*kBoxes[i].value = before[i] == 'x';
+// Runs dialog with values, clicks boxes by number, then the button end. Returns the marks shown, then the
+// values after that.
+std::string UsersRun(CConsoleConfDlg& dialog, const char* values, const char* clicks, const char* end) {
+  for (int i = 0; i < 8; ++i) dialog.*kBoxes[i].second = values[i] - '0';
   std::string shown;
   const auto user = [&](QWidget* window) {
     EXPECT_EQ(window->windowTitle(), "Console Configuration");
     EXPECT_TRUE(Find<QGroupBox>(window, "Type of Messages Showed "));
-    for (; *clicks; ++clicks) Click(window, kBoxes[*clicks - '1'].caption);
-    for (const auto& box : kBoxes) shown += Find<QCheckBox>(window, box.caption)->isChecked() ? 'x' : '.';
+    for (; *clicks; ++clicks) Click(window, kBoxes[*clicks - '1'].first);
+    for (const auto& [caption, value] : kBoxes)
+      shown += Find<QCheckBox>(window, caption)->isChecked() ? '1' : '0';
     Click(window, end);
   };
   WhileModal([&] { EXPECT_EQ(dialog.DoModal(), *end == 'O' ? IDOK : IDCANCEL); }, user);
+  shown += " ";
+  for (const auto& [caption, value] : kBoxes) shown += std::to_string(dialog.*value);
   return shown;
-}
-
-std::string Values(const CConsoleConfDlg& dialog) {
-  std::string values;
-  for (const auto& box : kBoxes) values += dialog.*box.value == 1 ? 'x' : dialog.*box.value == 0 ? '.' : '?';
-  return values;
 }
 
 TEST(ConsoleConfDlg, AllAndTheKindsExcludeEachOtherAndOnlyOkSetsTheValues) {
   const struct {
-    const char *before, *clicks, *after;
-  } kCases[] = {
-      {"x.x.x...", "", "x.x.x..."},  {".x.x....", "78", ".x.x..xx"},
-      {"x...xxxx", "", "x...xxxx"},  // only a click excludes
-      {"xxxxx.xx", "6", ".....xxx"}, {"xxxxxxxx", "6", "......xx"},
-      {".....xxx", "1", "x.....xx"}, {".....xxx", "2", ".x....xx"},
-      {".....xxx", "3", "..x...xx"}, {".....xxx", "4", "...x..xx"},
-      {".....xxx", "5", "....x.xx"}, {"x....x..", "1", "........"},
-      {"....xx..", "5", "........"},
-  };
-  for (const auto& c : kCases) {
+    std::string before;
+    const char* clicks;
+    std::string after;
+  } kCases[] = {{"01010000", "78", "01010011"}, {"10001111", "", "10001111"},  // only a click excludes
+                {"11111111", "6", "00000011"},  {"00000111", "1", "10000011"}, {"00000111", "2", "01000011"},
+                {"00000111", "3", "00100011"},  {"00000111", "4", "00010011"}, {"00000111", "5", "00001011"},
+                {"11111011", "6", "00000111"},  {"10000100", "1", "00000000"}};
+  for (const auto& [before, clicks, after] : kCases) {
     CConsoleConfDlg dialog;
-    EXPECT_EQ(Values(dialog), "........");
-    EXPECT_EQ(Work(dialog, c.before, c.clicks, "Cancel"), c.after);
-    EXPECT_EQ(Values(dialog), c.before);
-    EXPECT_EQ(Work(dialog, c.before, c.clicks, "OK"), c.after);
-    EXPECT_EQ(Values(dialog), c.after);
+    EXPECT_EQ(UsersRun(dialog, before.c_str(), clicks, "Cancel"), after + " " + before);
+    EXPECT_EQ(UsersRun(dialog, before.c_str(), clicks, "OK"), after + " " + after);
   }
 }
 
 TEST(ConsoleConfDlg, ForbiddenOnTopIsShownAndCannotBeClicked) {
   CConsoleConfDlg dialog;
   dialog.EnableOnTop(0);
-  EXPECT_EQ(Work(dialog, "......x.", "7", "OK"), "......x.");
-  EXPECT_EQ(Values(dialog), "......x.");
+  EXPECT_EQ(UsersRun(dialog, "00000010", "7", "OK"), "00000010 00000010");
 }
 
 }  // namespace

@@ -1,12 +1,13 @@
 #include "vastra/console/console.h"
 
-#include <gtest/gtest.h>
+#include <QApplication>
 
 #include <atomic>
+#include <functional>
 #include <thread>
 
-#include "tests/console/screen.h"
 #include "tests/support/files.h"
+#include "vastra/console/console_wnd.h"
 
 namespace vastra {
 namespace {
@@ -30,31 +31,29 @@ class Console : public testing::Test {
     return nullptr;
   }
   static std::string PlaceOf(const char* title) {
-    const QRect place(WindowOf(title)->pos(), WindowOf(title)->size());
-    return CConsolePlace{place.x(), place.y(), place.width(), place.height()}.ToText().Std();
+    const QWidget* window = WindowOf(title);
+    return CConsolePlace{window->x(), window->y(), window->width(), window->height()}.ToText().Std();
   }
-  // Also deletes the widgets, which the toolkit would do later.
-  static void EndRun() {
-    CConsole::Release();
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  // The console id with a window of the same place.
+  CConsole& Open(UINT id, const char* title) {
+    EXPECT_EQ(CConsole::Instance()->Create(id, title, 10, 20, 300, 200, nullptr), 1);
+    return *CConsole::Instance();
   }
 
   CTempDir m_settings;
 };
 
 TEST_F(Console, AnIdHasOneWindowAndAnUnknownIdNone) {
-  CConsole& console = *CConsole::Instance();
-  EXPECT_EQ(console.Create(0, "first", 10, 20, 300, 200, nullptr), 1);
+  CConsole& console = Open(0, "first");
   EXPECT_EQ(console.Create(0, "second", 1, 2, 3, 4, nullptr), 0);
   CString name = "untouched";
   EXPECT_EQ(console.Write(7, "lost", 0, 0) + console.ShowWindow(7, SW_SHOW) + console.IsOnTop(7) +
                 console.GetWindowName(7, name) + console.SetWindowName(7, "x") + console.Destroy(7),
             0);
   console.Clear(7), console.AlwaysOnTop(7, 1);
-  EXPECT_EQ(name.Std(), "untouched");
-  EXPECT_EQ(console.IsOnTop(0), 0);
+  EXPECT_EQ(name, "untouched");
   EXPECT_EQ(console.GetWindowName(0, name), 1);
-  EXPECT_EQ(name.Std(), "first");
+  EXPECT_EQ(name, "first");
   EXPECT_FALSE(WindowOf("first")->isVisible());
   EXPECT_EQ(console.ShowWindow(0, SW_SHOW), 1);
   EXPECT_TRUE(WindowOf("first")->isVisible());
@@ -68,47 +67,38 @@ TEST_F(Console, AnIdHasOneWindowAndAnUnknownIdNone) {
 }
 
 TEST_F(Console, KeptPlaceOverridesTheCallersWhichIsKeptTheFirstTime) {
-  CConsole& console = *CConsole::Instance();
-  console.Create(3, "a", 10, 20, 300, 200, nullptr);
+  CConsole& console = Open(3, "a");
   EXPECT_EQ(Kept("Console3"), "10,20,300,200");
   WindowOf("a")->setGeometry(70, 80, 400, 250);
   EXPECT_EQ(console.Destroy(3), 1);
   EXPECT_EQ(Kept("Console3"), "10,20,300,200");
-  console.Create(3, "b", 1, 2, 150, 160, nullptr);
-  EXPECT_EQ(PlaceOf("b"), "10,20,300,200");
   SECRegistry registry;
   registry.OpenUserKey(kKey);
-  registry.SetString("Console4", "30,40,spoiled");
-  console.Create(4, "c", 1, 2, 150, 160, nullptr);
-  EXPECT_EQ(PlaceOf("c"), "30,40,150,160");
-  EXPECT_EQ(Kept("Console4"), "30,40,spoiled");
+  registry.SetString("Console3", "30,40,spoiled");
+  Open(3, "b");
+  EXPECT_EQ(PlaceOf("b"), "30,40,300,200");
+  EXPECT_EQ(Kept("Console3"), "30,40,spoiled");
+  CConsole::Release();
+  qputenv("XDG_CONFIG_HOME", "/dev/null");
+  Open(3, "without settings");
+  EXPECT_EQ(PlaceOf("without settings"), "10,20,300,200");
 }
 
 TEST_F(Console, PlacesAreSavedInEveryStateOfTheWindows) {
-  const struct {
-    const char* title;
-    std::vector<int> commands;
-  } kCases[] = {{"never shown", {}},
-                {"shown", {SW_SHOW}},
-                {"hidden", {SW_SHOW, SW_HIDE}},
-                {"minimised", {SW_SHOW, SW_MINIMIZE}},
-                {"maximised", {SW_SHOW, SW_SHOWMAXIMIZED}},
-                {"minimised from large", {SW_SHOW, SW_SHOWMAXIMIZED, SW_MINIMIZE}}};
-  UINT id = 0;
-  for (const auto& c : kCases) {
-    CConsole::Instance()->Create(id, c.title, 10, 20, 300, 200, nullptr);
-    if (!c.commands.empty()) CConsole::Instance()->ShowWindow(id, SW_SHOW);
-    WindowOf(c.title)->move(50, 60), WindowOf(c.title)->resize(310, 210);
+  const std::vector<int> kCommands[] = {
+      {}, {SW_SHOW}, {SW_HIDE}, {SW_MINIMIZE}, {SW_SHOWMAXIMIZED}, {SW_SHOWMAXIMIZED, SW_MINIMIZE}};
+  for (const auto& commands : kCommands) {
+    CConsole& console = Open(1, "moved");
+    if (!commands.empty()) console.ShowWindow(1, SW_SHOW);
+    WindowOf("moved")->move(50, 60), WindowOf("moved")->resize(310, 210);
     QApplication::processEvents();
-    for (const int command : c.commands)
-      CConsole::Instance()->ShowWindow(id, command), QApplication::processEvents();
-    ++id;
+    for (const int command : commands) console.ShowWindow(1, command), QApplication::processEvents();
+    CConsole::Release();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_EQ(Kept("Console1"), "50,60,310,210") << commands.size();
+    EXPECT_FALSE(WindowOf("moved"));
+    EXPECT_EQ(WriteToConsole(1, "lost", 0, 0), 0);
   }
-  EndRun();
-  for (UINT i = 0; i < id; ++i)
-    EXPECT_EQ(Kept(("Console" + std::to_string(i)).c_str()), "50,60,310,210") << kCases[i].title;
-  EXPECT_FALSE(WindowOf("shown"));
-  EXPECT_EQ(WriteToConsole(0, "lost", 0, 0), 0);
 }
 
 // The process that ends is a child; an environment variable has the path of its settings.
@@ -117,10 +107,8 @@ TEST_F(Console, PlacesAreSavedAtTheEndOfTheProcess) {
   if (!qEnvironmentVariableIsSet("SETTINGS_OF_TEST"))
     qputenv("SETTINGS_OF_TEST", m_settings.Path().Std().c_str());
   const auto run = [this](const std::function<void()>& end) {
-    std::filesystem::remove_all(m_settings.Path().Std());
     qputenv("XDG_CONFIG_HOME", qgetenv("SETTINGS_OF_TEST"));
-    CConsole::Instance()->Create(1, "left", 10, 20, 300, 200, nullptr);
-    CConsole::Instance()->ShowWindow(1, SW_SHOW);
+    Open(1, "left").ShowWindow(1, SW_SHOW);
     WindowOf("left")->move(50, 60);
     end();
   };
@@ -134,17 +122,10 @@ TEST_F(Console, PlacesAreSavedAtTheEndOfTheProcess) {
   EXPECT_TRUE(isKept());
 }
 
-TEST_F(Console, WithoutSettingsUsesTheCallersNumbers) {
-  qputenv("XDG_CONFIG_HOME", "/dev/null");
-  CConsole::Instance()->Create(1, "bare", 10, 20, 300, 200, nullptr);
-  EXPECT_EQ(PlaceOf("bare"), "10,20,300,200");
-  EndRun();
-}
-
 TEST_F(Console, OnTopChangesNothingElseOfTheWindow) {
-  CConsole& console = *CConsole::Instance();
-  console.Create(1, "top", 10, 20, 300, 200, nullptr);
+  CConsole& console = Open(1, "top");
   console.ShowWindow(1, SW_SHOW);
+  EXPECT_EQ(console.IsOnTop(1), 0);
   for (const int onTop : {7, 0}) {
     console.AlwaysOnTop(1, onTop);
     EXPECT_EQ(console.IsOnTop(1), onTop != 0);
@@ -158,16 +139,15 @@ TEST_F(Console, WindowIsDestroyedWhileAWorkerWritesToIt) {
   CConsole::Instance();
   std::atomic<bool> ended = false;
   std::thread worker([&] {
-    while (!ended) WriteToConsole(0, "line", 0, 0);
+    const CString text(std::string(1 << 20, 'x'));  // its copy takes long
+    while (!ended) WriteToConsole(0, text, 0, 0);
   });
   for (int i = 0; i < 50; ++i) {
-    CConsole::Instance()->Create(0, "zero", 0, 0, 300, 200, nullptr);
-    EXPECT_EQ(CConsole::Instance()->Destroy(0), 1);
+    EXPECT_EQ(Open(0, "zero").Destroy(0), 1);
     QApplication::processEvents();
   }
   ended = true;
   worker.join();
-  EXPECT_EQ(WriteToConsole(0, "line", 0, 0), 0);
 }
 
 }  // namespace

@@ -1,17 +1,63 @@
+// Consoles as the screen shows them.
 #include "vastra/console/console_wnd.h"
 
-#include <gtest/gtest.h>
-
+#include <QAbstractScrollArea>
 #include <QContextMenuEvent>
+#include <QScreen>
+#include <QScrollBar>
 
+#include <map>
 #include <numeric>
 #include <random>
 #include <thread>
 
-#include "tests/console/screen.h"
+#include "tests/support/windows.h"
 
 namespace vastra {
 namespace {
+
+// A console with room for rows whole lines.
+class CTestConsole : public CConsoleWnd {
+ public:
+  explicit CTestConsole(int rows, bool shown = true) {
+    Create("test", 0, 0, 300, 100, nullptr);
+    MoveWindow(CRect::Of({0, 0}, {300, 100 - GetClientRect().Height() + rows * TextHeight()}));
+    if (shown) ShowWindow(SW_SHOW), QApplication::processEvents();
+  }
+  QScrollBar* Bar() { return static_cast<QAbstractScrollArea*>(Widget())->verticalScrollBar(); }
+
+  // Lines of the colours first to last, by this thread or by a worker.
+  void Write(COLORREF first, COLORREF last) {
+    for (COLORREF colour = first; colour <= last; ++colour) CConsoleWnd::Write("EEEEEEEE", colour, 0);
+  }
+  void WriteByWorker(COLORREF first, COLORREF last) {
+    std::thread([&] { Write(first, last); }).join();
+  }
+
+  // The client area as the screen shows it; paints nothing.
+  QImage OnScreen() {
+    const QImage all = QGuiApplication::primaryScreen()->grabWindow(Widget()->winId()).toImage();
+    const QPoint corner = Client()->mapTo(Widget(), QPoint());
+    const QRectF place(corner * all.devicePixelRatio(), Client()->size() * all.devicePixelRatio());
+    return all.copy(place.toAlignedRect()).convertToFormat(QImage::Format_RGB32);
+  }
+  // Of each row up to the first empty one, the most frequent colour besides white.
+  std::vector<COLORREF> Colours() {
+    const QImage image = OnScreen();
+    std::vector<COLORREF> colours;
+    for (int top = 0; top + TextHeight() <= image.height(); top += TextHeight()) {
+      std::map<COLORREF, int> counts;
+      for (int y = top; y < top + TextHeight(); ++y)
+        for (int x = 0; x < image.width(); ++x) ++counts[PixelOf(image, x, y)];
+      counts.erase(0xFFFFFF);
+      if (counts.empty()) break;
+      const auto rarer = [](const auto& a, const auto& b) { return a.second < b.second; };
+      colours.push_back(std::max_element(counts.begin(), counts.end(), rarer)->first);
+    }
+    return colours;
+  }
+  using CConsoleWnd::OnSize;
+};
 
 std::vector<COLORREF> Numbers(COLORREF first, COLORREF last) {
   std::vector<COLORREF> numbers(last - first + 1);
@@ -19,141 +65,113 @@ std::vector<COLORREF> Numbers(COLORREF first, COLORREF last) {
   return numbers;
 }
 
-TEST(ConsoleWindow, ShowsALineInItsColourWhenWriteReturns) {
-  CTestConsole window(10);
-  for (const COLORREF colour : {0x0000B4, 0x0082FF, 0x960000, 0x000000}) window.Write("EEEE", colour);
-  EXPECT_EQ(ColoursOf(window), (std::vector<COLORREF>{0x0000B4, 0x0082FF, 0x960000, 0x000000}));
-  EXPECT_EQ(BarOf(window)->maximum(), 0);
-}
-
 TEST(ConsoleWindow, FollowsAndScrollsByFiveLinesWhateverTheToolkitsPageIs) {
   CTestConsole window(10);
-  for (int i = 1; i <= 30; ++i) window.Write(i);
-  EXPECT_EQ(BarOf(window)->value(), 21);
-  EXPECT_EQ(BarOf(window)->maximum(), 21);
-  EXPECT_EQ(ColoursOf(window), Numbers(22, 30));
-  BarOf(window)->triggerAction(QAbstractSlider::SliderPageStepSub);
-  EXPECT_EQ(BarOf(window)->value(), 16);
-  EXPECT_EQ(ColoursOf(window), Numbers(17, 26));
-  BarOf(window)->triggerAction(QAbstractSlider::SliderSingleStepAdd);
-  EXPECT_EQ(ColoursOf(window), Numbers(18, 27));
-  BarOf(window)->setSliderPosition(2);  // as a drag of the thumb
-  window.Write(31);
-  EXPECT_EQ(ColoursOf(window), Numbers(3, 12));
-  // The toolkit's menu, if it opens, would move the bar without an action.
+  window.Write(0, 8);
+  EXPECT_EQ(window.Bar()->maximum(), 0);
+  EXPECT_EQ(window.Colours(), Numbers(0, 8));
+  window.Write(9, 29);
+  EXPECT_EQ(window.Bar()->value(), 21);
+  EXPECT_EQ(window.Bar()->maximum(), 21);
+  EXPECT_EQ(window.Colours(), Numbers(21, 29));
+  window.Bar()->triggerAction(QAbstractSlider::SliderPageStepSub);
+  EXPECT_EQ(window.Bar()->value(), 16);
+  EXPECT_EQ(window.Colours(), Numbers(16, 25));
+  window.Bar()->triggerAction(QAbstractSlider::SliderSingleStepAdd);
+  EXPECT_EQ(window.Colours(), Numbers(17, 26));
+  window.Bar()->setSliderPosition(2);  // as a drag of the thumb
+  window.Write(30, 30);
+  EXPECT_EQ(window.Colours(), Numbers(2, 11));
+  // The toolkit's menu would move the bar without an action.
+  const QPoint middle = window.Bar()->rect().center();
+  QContextMenuEvent asked(QContextMenuEvent::Mouse, middle, window.Bar()->mapToGlobal(middle));
   QTimer::singleShot(0, [] {
-    if (QWidget* menu = QApplication::activePopupWidget())
-      QTest::keyClick(menu, Qt::Key_Down), QTest::keyClick(menu, Qt::Key_Return);
+    if (QWidget* menu = QApplication::activePopupWidget()) menu->close(), ADD_FAILURE() << "a menu";
   });
-  const QPoint middle = BarOf(window)->rect().center();
-  QContextMenuEvent asked(QContextMenuEvent::Mouse, middle, BarOf(window)->mapToGlobal(middle));
-  QApplication::sendEvent(BarOf(window), &asked);
+  QApplication::sendEvent(window.Bar(), &asked);
   QApplication::processEvents();
-  EXPECT_EQ(BarOf(window)->value(), 2);
 }
 
 // Letters that leave their rows, rows that are half visible, steps of all sizes.
 TEST(ConsoleWindow, PictureThatWasMovedEqualsANewOne) {
-  const char* texts[] = {"plain",
-                         "gjpqy|_",
-                         "Z\xCC\x8C\xCC\x81\xCC\x8C\xCC\x81",
-                         "\xE0\xB8\x81\xE0\xB9\x89",
-                         "",
-                         "a line that is cut off at the right edge of its window, whatever it says"};
+  const char* const kTexts[] = {"plain",
+                                "gjpqy|_",
+                                "Z\xCC\x8C\xCC\x81\xCC\x8C\xCC\x81",
+                                "\xE0\xB8\x81\xE0\xB9\x89",
+                                "",
+                                "a line that is cut off at the right edge of its window, whatever it says"};
   std::mt19937 random(3);
   CTestConsole window(7);
   window.MoveWindow(CRect::Of({0, 0}, {300, window.GetPlace().Height() + 5}));
+  int clears = 0;
+  const std::function<void()> kSteps[] = {
+      [&] { window.Bar()->setSliderPosition(static_cast<int>(random() % 200)); },
+      [&] { window.Bar()->triggerAction(QAbstractSlider::SliderPageStepAdd); },
+      [&] {
+        if (++clears % 9 == 0) window.Clear();
+      },
+      [&] { window.WriteByWorker(0, 2), QApplication::processEvents(); },
+      [&] { static_cast<CConsoleWnd&>(window).Write(kTexts[random() % 6], random() & 0xFFFFFF, 0); }};
   for (int step = 0; step < 400; ++step) {
-    switch (random() % 20) {
-      case 0:
-        BarOf(window)->setSliderPosition(static_cast<int>(random() % 200));
-        break;
-      case 1:
-        BarOf(window)->triggerAction(QAbstractSlider::SliderPageStepAdd);
-        break;
-      case 2:
-        if (step % 9 == 0) window.Clear();
-        break;
-      case 3:
-        std::thread([&] {
-          for (int i = 0; i < 3; ++i) window.Write(i);
-        }).join();
-        QApplication::processEvents();
-        break;
-      default:
-        window.Write(texts[random() % 6], random() & 0xFFFFFF);
-    }
-    const QImage moved = OnScreen(window);
+    kSteps[std::min<std::size_t>(random() % 20, 4)]();
+    const QImage moved = window.OnScreen();
     window.OnSize(window.GetClientRect().Width(), window.GetClientRect().Height());
     window.Client()->repaint();
-    ASSERT_EQ(moved, OnScreen(window)) << step;
+    ASSERT_EQ(moved, window.OnScreen()) << step;
   }
 }
 
 TEST(ConsoleWindow, PaintsNothingWhileItIsNotSeenAndAllLinesAfterwards) {
-  const struct {
-    bool shown;
-    void (*hide)(CTestConsole&);
-    int show;
-  } kCases[] = {{true, [](CTestConsole& window) { window.Widget()->close(); }, SW_SHOW},
-                {true, [](CTestConsole& window) { window.ShowWindow(SW_MINIMIZE); }, SW_RESTORE},
-                {false, [](CTestConsole&) {}, SW_SHOW}};
-  for (const auto& [shown, hide, show] : kCases) {
-    CTestConsole window(10, shown);
-    hide(window);
+  for (const int hide : {SW_HIDE, SW_MINIMIZE, SW_RESTORE}) {
+    CTestConsole window(10, hide != SW_RESTORE);  // never shown
+    if (hide == SW_HIDE) window.Widget()->close();
+    if (hide == SW_MINIMIZE) window.ShowWindow(hide);
     CPaints paints(window.Client());
-    for (int i = 1; i <= 30; ++i) window.Write(i);
+    window.Write(1, 30);
     EXPECT_EQ(paints.Take(), 0);
-    window.ShowWindow(show);
+    window.ShowWindow(hide == SW_MINIMIZE ? SW_RESTORE : SW_SHOW);
     QApplication::processEvents();
-    EXPECT_EQ(ColoursOf(window), Numbers(22, 30));
+    EXPECT_EQ(window.Colours(), Numbers(22, 30));
   }
 }
 
 TEST(ConsoleWindow, LinesOfAWorkerAndOfTheWindowsThreadKeepTheirOrder) {
   CTestConsole window(300);
-  window.Write(1);
-  std::thread([&] {
-    for (int i = 2; i <= 100; ++i) window.Write(i);
-  }).join();
-  EXPECT_EQ(ColoursOf(window), Numbers(1, 1));
-  window.Write(101);
-  EXPECT_EQ(ColoursOf(window), Numbers(1, 101));
+  window.Write(1, 1);
+  window.WriteByWorker(2, 100);
+  EXPECT_EQ(window.Colours(), Numbers(1, 1));
+  window.Write(101, 101);
+  EXPECT_EQ(window.Colours(), Numbers(1, 101));
   QApplication::processEvents();
-  std::thread([&] { window.Write(102); }).join();
+  window.WriteByWorker(102, 102);
   QApplication::processEvents();
-  EXPECT_EQ(ColoursOf(window), Numbers(1, 102));
+  EXPECT_EQ(window.Colours(), Numbers(1, 102));
 }
 
 TEST(ConsoleWindow, LinesOfManyThreadsAreCompleteAndKeepTheOrderOfEachThread) {
   CTestConsole window(300);
   std::vector<std::thread> workers;
-  const auto write = [&window](int writer) {
-    for (int i = 0; i < 50; ++i) window.Write(writer << 16 | i);
-  };
-  for (const int worker : {1, 2, 3}) workers.emplace_back(write, worker);
-  write(4);
+  for (const COLORREF first : {0x10000u, 0x20000u, 0x30000u})
+    workers.emplace_back([&, first] { window.Write(first, first + 49); });
+  window.Write(0x40000, 0x40000 + 49);
   for (std::thread& worker : workers) worker.join();
   QApplication::processEvents();
   std::map<COLORREF, COLORREF> next;
-  for (const COLORREF colour : ColoursOf(window)) EXPECT_EQ(colour & 0xFFFF, next[colour >> 16]++);
+  for (const COLORREF colour : window.Colours()) EXPECT_EQ(colour & 0xFFFF, next[colour >> 16]++);
   EXPECT_EQ(next, (std::map<COLORREF, COLORREF>{{1, 50}, {2, 50}, {3, 50}, {4, 50}}));
 }
 
 TEST(ConsoleWindow, BurstOfAWorkerIsPaintedOnceAndLooksLikeSingleLines) {
-  for (const int lines : {3, 50, 199, 201, 1000}) {
+  for (const COLORREF lines : {3u, 199u, 201u, 1000u}) {
     CTestConsole window(10), other(10);
-    for (int i = 1; i <= 12; ++i) window.Write(i), other.Write(i);
-    BarOf(window)->setSliderPosition(0), BarOf(other)->setSliderPosition(0);
-    for (int i = 0; i < lines; ++i) other.Write(i);
-    std::thread([&] {
-      for (int i = 0; i < lines; ++i) window.Write(i);
-    }).join();
+    for (CTestConsole* each : {&window, &other}) each->Write(1, 12), each->Bar()->setSliderPosition(0);
+    other.Write(1, lines);
+    window.WriteByWorker(1, lines);
     CPaints paints(window.Client());
     QApplication::processEvents();
     EXPECT_EQ(paints.Take(), 1) << lines;
-    EXPECT_EQ(OnScreen(window), OnScreen(other)) << lines;
-    EXPECT_EQ(BarOf(window)->value(), BarOf(other)->value()) << lines;
+    EXPECT_EQ(window.OnScreen(), other.OnScreen()) << lines;
+    EXPECT_EQ(window.Bar()->value(), other.Bar()->value()) << lines;
   }
 }
 
@@ -162,11 +180,11 @@ TEST(ConsoleWindow, WithoutMemoryForItsPictureReportsItAndRecovers) {
   CTestConsole window(10);
   window.OnSize(1 << 30, 1 << 30);
   EXPECT_EQ(prompter.Take(), std::vector<std::string>{"|Out of Memory!|10"});
-  window.Write(1);
+  window.Write(1, 1);
   window.OnSize(0, 0);  // no picture is needed
   window.OnSize(300, 200);
-  window.Write(2);
-  EXPECT_EQ(ColoursOf(window), Numbers(1, 2));
+  window.Write(2, 2);
+  EXPECT_EQ(window.Colours(), Numbers(1, 2));
   EXPECT_TRUE(prompter.Take().empty());
 }
 
