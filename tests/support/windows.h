@@ -25,8 +25,8 @@ namespace vastra {
 // Answers each box with answer, after a call of user, and keeps "title|text|type in hexadecimal".
 class CTestPrompter : public CPrompter {
  public:
-  CTestPrompter() : m_former(SetPrompter(this)) {}
-  ~CTestPrompter() override { SetPrompter(m_former); }
+  CTestPrompter() { SetPrompter(this); }
+  ~CTestPrompter() override { SetPrompter(nullptr); }
   int Show(const CString& text, const CString& title, UINT type) override {
     if (user) user();
     CString line;
@@ -40,16 +40,13 @@ class CTestPrompter : public CPrompter {
   int answer = IDOK;
   std::function<void()> user;
   std::vector<std::string> asked;
-
- private:
-  CPrompter* m_former;
 };
 
-// Returns path, paths or colour; without a path the chooser is cancelled.
+// Returns path, paths or colour. The user cancels if that is empty or 0.
 class CTestChooser : public CChooser {
  public:
-  CTestChooser() : m_former(SetChooser(this)) {}
-  ~CTestChooser() override { SetChooser(m_former); }
+  CTestChooser() { SetChooser(this); }
+  ~CTestChooser() override { SetChooser(nullptr); }
   int ChooseFile(const CFileQuestion& question, CString& chosen) override {
     file = question;
     chosen = path;
@@ -61,37 +58,30 @@ class CTestChooser : public CChooser {
     return !paths.IsEmpty();
   }
   int ChooseFolder(CString& chosen) override {
-    folder = chosen;
-    if (!path.IsEmpty()) chosen = path;
+    folder = std::exchange(chosen, path);
     return !path.IsEmpty();
   }
-  int ChooseColour(COLORREF& chosen) override { return accepts ? (chosen = colour, 1) : 0; }
+  int ChooseColour(COLORREF& chosen) override { return (chosen = colour) != 0; }
 
   CFileQuestion file;  // the last question
   CString folder;      // where the last search for a folder began
   CString path;
   CStringArray paths;
-  bool accepts = true;
   COLORREF colour = 0;
-
- private:
-  CChooser* m_former;
 };
 
 // The widget of class T in window whose text or accessible name is name; that of a visible page is preferred.
 // Dialogs that belong to window are not searched, since one that is closed may not be deleted yet.
 template <class T>
 T* Find(QWidget* window, const char* name) {
-  const auto shows = [](QWidget* widget) {
-    QString text = widget->accessibleName();
-    if (auto* button = qobject_cast<QAbstractButton*>(widget)) text = button->text();
-    return text.replace("&&", "&");
-  };
   T* found = nullptr;
-  for (T* widget : window->findChildren<T*>())
-    if (widget->window() == window->window() && shows(widget) == name &&
+  for (T* widget : window->findChildren<T*>()) {
+    const auto* button = qobject_cast<QAbstractButton*>(widget);
+    const QString text = button ? button->text().replace("&&", "&") : widget->accessibleName();
+    if (text == name && widget->window() == window->window() &&
         (!found || widget->isVisible() || !found->isVisible()))
       found = widget;
+  }
   if (!found) throw std::runtime_error(std::string("no widget called ") + name);
   return found;
 }
@@ -142,12 +132,9 @@ class CPaints : public QObject {
   int Take() { return std::exchange(m_count, 0); }
 
  private:
-  QRect m_part;
+  const QRect m_part;
   int m_count = 0;
 };
-
-// Paints window and returns the picture.
-inline QImage Grab(CWnd& window) { return window.Widget()->grab().toImage(); }
 
 // The colour at a point as 0x00BBGGRR.
 inline COLORREF PixelOf(const QImage& image, int x, int y) {

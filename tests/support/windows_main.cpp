@@ -4,7 +4,6 @@
 #include <QApplication>
 
 #include <clocale>
-#include <cstdlib>
 
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);

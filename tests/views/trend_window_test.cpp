@@ -17,11 +17,12 @@ const char* const kUnreadable = "Message|Error reading file.|30";
 
 class TrendWindow : public LiveViews {
  protected:
+  QImage Grab() const { return m_window->grab().toImage(); }
   QRect Frame(const char* name) const { return Find<QFrame>(m_window, name)->geometry(); }
 
   // The smallest rectangle around the pixels of colour inside the frame of part.
   QRect Coloured(COLORREF colour, const char* part = "Trends") const {
-    const QImage shown = Grab(*m_trend).copy(Frame(part).adjusted(2, 2, -2, -2));
+    const QImage shown = Grab().copy(Frame(part).adjusted(2, 2, -2, -2));
     QRect found;
     for (int y = 0; y < shown.height(); ++y)
       for (int x = 0; x < shown.width(); ++x)
@@ -47,7 +48,7 @@ class TrendWindow : public LiveViews {
   }
   // The user opens the menu of item and chooses entry.
   void TakeFromMenu(UINT item, int entry) {
-    Grab(*m_trend);
+    Grab();
     TakeEntry(entry);
     QTest::mousePress(m_window, Qt::RightButton, {}, Item(item));
   }
@@ -103,7 +104,8 @@ TEST_F(TrendWindow, ANewSelectionKeepsScalesByNameAndColoursRestart) {
   Write({37.2F, -3.5F, 0});
   Choose(m_window, {"a", "b", "c"});
   EXPECT_EQ(Curves(), "a 0..40 FA5A5A|b -4..0 5AFA5A|c 0..0 FAFA5A|0");
-  for (m_chooser.colour = 0x123456; m_chooser.accepts; m_chooser.accepts = false, m_chooser.colour = 0) {
+  for (const COLORREF colour : {0x123456u, 0u}) {
+    m_chooser.colour = colour;
     TakeFromMenu(1, 2);
     EXPECT_EQ(Curves(), "a 0..40 FA5A5A|b -4..0 123456|c 0..0 FAFA5A|0");
   }
@@ -119,7 +121,7 @@ TEST_F(TrendWindow, ANewSelectionKeepsScalesByNameAndColoursRestart) {
 
 TEST_F(TrendWindow, LegendMenuAndKeyboardSelectAndScaleACurve) {
   Choose(m_window, {"a", "b", "c"});
-  Grab(*m_trend);
+  Grab();
   for (const UINT item : {2u, 3u}) {
     QTest::mouseClick(m_window, Qt::LeftButton, {}, Item(item));
     EXPECT_EQ(Curves().back(), '2');
@@ -151,7 +153,7 @@ TEST_F(TrendWindow, LegendMenuAndKeyboardSelectAndScaleACurve) {
 TEST_F(TrendWindow, TheScalesShowTheTimeAndTheSelectedCurve) {
   WriteSelection(m_dir / "x", CTrendSelection{{{"a", 0, 1, kFirst}, {"b", 0, 1, kSecond}}, 1});
   Load(m_window, "x");
-  const QImage shown = Grab(*m_trend);
+  const QImage shown = Grab();
   const QPoint values = Frame("Vertical scale").topLeft();
   EXPECT_EQ(PixelOf(shown, values.x() + 3, values.y() + 5), kSecond);
   const auto [ticks, numbers, unit] = HorizBandsOf(m_trend->Place("Horizontal scale").GetPlace());
@@ -168,7 +170,7 @@ TEST_F(TrendWindow, TheScalesShowTheTimeAndTheSelectedCurve) {
   EXPECT_GE(ink.left(), end.x);
   EXPECT_LE(ink.top(), end.y + 2);
   m_trend->RefreshTimeScan(10);
-  EXPECT_NE(Grab(*m_trend), shown);
+  EXPECT_NE(Grab(), shown);
 }
 
 TEST_F(TrendWindow, AFileSetsColoursScalesAndTheSelectedCurve) {
@@ -190,7 +192,7 @@ TEST_F(TrendWindow, AFileSetsColoursScalesAndTheSelectedCurve) {
     EXPECT_EQ(m_prompter.Take(), row.boxes);
     EXPECT_EQ(Curves(), row.curves);
     Scan({1, 2, 3});
-    Grab(*m_trend);
+    Grab();
   }
   const std::string before = Curves(), file = ReadBytes(m_dir / "x");
   WriteBytes(m_dir / "other", "notours" + file);
@@ -242,7 +244,7 @@ TEST_F(TrendWindow, ChangingTheExtraVariablesReopensTheStageAndServesBothWindows
   Configure(m_window);
   EXPECT_EQ(m_prompter.Take(), CBoxes({kLost, "Message|Some variables had to be removed from the grid.|30"}));
   EXPECT_EQ(Curves(), "0");
-  Grab(*m_grid), paints.Take();
+  grid->grab(), paints.Take();
   Scan({1, 2, 3});
   EXPECT_EQ(paints.Take(), 1);
 
@@ -300,7 +302,7 @@ TEST_F(TrendWindow, InADarkThemePlotAndLegendStayWhite) {
     EXPECT_FALSE(Coloured(kYellow, part).isNull() || Coloured(kBlack, part).isNull()) << part;
   }
   EXPECT_FALSE(Coloured(kFirst, "Legend").isNull());
-  const QImage shown = Grab(*m_trend);
+  const QImage shown = Grab();
   EXPECT_EQ(PixelOf(shown, Frame("Trends").right() + 1, Frame("Trends").center().y()), kBlack);
   EXPECT_EQ(PixelOf(shown, Frame("Legend").right() + 2, Item(0).y()), kWhite) << "above the name's letters";
   QApplication::setPalette(former);
