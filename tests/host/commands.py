@@ -41,7 +41,7 @@ class CommandTest(unittest.TestCase):
         result = self.vastra(*args, **options)
         with self.subTest(args):
             self.assertEqual(status, result.status, result.err)
-            self.assertEqual(result.out if out is None else out.encode() if isinstance(out, str) else out, result.out)
+            self.assertIn(out.encode() if isinstance(out, str) else out, [None, result.out])
             if err is not None:
                 self.assertRegex(result.err, r"\A%s\Z" % (err and r"(\S+ )?vastra: " + err + r"[^\n]*\n"))
         return result
@@ -56,9 +56,7 @@ class CommandTest(unittest.TestCase):
 
     def write(self, name, content):
         """Writes bytes, a text or a tree as JSON; returns the name."""
-        if isinstance(content, dict):
-            content = json.dumps(content)
-        os.makedirs(os.path.dirname(self.path(name)), exist_ok=True)
+        content = json.dumps(content) if isinstance(content, dict) else content
         with open(self.path(name), "wb") as file:
             file.write(content.encode() if isinstance(content, str) else content)
         return name

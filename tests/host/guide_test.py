@@ -23,8 +23,7 @@ class Guide(LogTest):
                       self.expect("none", 1, None, None, program=SMALL_HOST).err)
 
     def test_logic_of_its_own_holds_the_level(self):
-        with open(GUIDE, encoding="utf-8") as file:
-            self.write("level.json", re.search(r"```json\n(.*?)```", file.read(), re.S)[1])
+        self.write("level.json", re.search(r"```json\n(.*?)```", self.read(GUIDE).decode(), re.S)[1])
         said = self.expect("level.json 200", 0, "200 scans, 0 failed writes\n", None, program=LEVEL_HOST).err
         self.assertRegex(said, r"\A%s/\d{10}h\.csv is complete\n\Z" % self.path("logs"))
         levels = [float(row[0]) for row in self.rows()]

@@ -7,21 +7,6 @@ import subprocess
 from commands import CommandTest, VASTRA
 
 
-def blocks(text):
-    """Language, content and the text before it, for each code block."""
-    before = 0
-    for match in re.finditer(r"^```(\w*)\n(.*?)^```$", text, re.M | re.S):
-        yield match[1], match[2], text[before:match.start()]
-        before = match.end()
-
-
-def commands(console):
-    """Each command of a console block with the output shown below it."""
-    for part in re.split(r"^\$ ", console, flags=re.M)[1:]:
-        command, _, shown = part.partition("\n")
-        yield command, shown
-
-
 def pattern(shown):
     lines = "".join(r"(?:.*\n)*" if line == "..." else re.escape(line).replace(r"\.\.\.", ".*") + r"\n"
                     for line in shown.splitlines())
@@ -31,15 +16,15 @@ def pattern(shown):
 class PageTest(CommandTest):
     def follow(self, page, places=None):
         """places: what to write in place of texts of the page."""
-        with open(page, encoding="utf-8") as file:
-            text = file.read()
+        text = self.read(os.path.abspath(page)).decode()
         for place, here in (places or {}).items():
             text = text.replace(place, here)
         run = 0
-        for language, content, before in blocks(text):
-            if language == "json":
-                self.write(re.findall(r"`([^`\n]+)`:\s*\Z", before)[0], content)
-            for command, shown in commands(content) if language == "console" else ():
+        for block in re.finditer(r"^```(\w*)\n(.*?)^```$", text, re.M | re.S):
+            if block[1] == "json":
+                self.write(re.findall(r"`([^`\n]+)`:\s*\Z", text[:block.start()])[0], block[2])
+            for command in re.split(r"^\$ ", block[2], flags=re.M)[1:] if block[1] == "console" else ():
+                command, _, shown = command.partition("\n")
                 with self.subTest(command):
                     self.assertRegex(self.shell(command), pattern(shown))
                     run += 1

@@ -4,11 +4,11 @@ import os
 import re
 import signal
 import subprocess
-import time
 
 from commands import LogTest, log, output, replayed, simulated
 
 STAMP = r"^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d"
+THIRD_READ_FAILS = {"value4": 3, "value5": 109}
 
 
 class Run(LogTest):
@@ -19,8 +19,8 @@ class Run(LogTest):
         self.write("a.rph", log(["x"], [(10, 1.0), (11, 2.0)]))
         self.write("b.rph", log(["x"], [(i, float(i - 17)) for i in range(20, 25)]))
         self.write("other.rph", log(["y"], [(15, 3.0)]))
-        config = replayed(["b.rph", "a.rph"], [output("logs/", nameVariable="x", maxSamples=1, maxLogs=2),
-                                               output("./logs", saveRp=0)],
+        config = replayed(["b.rph", "a.rph", "other.rph"], [output("logs/", nameVariable="x", maxSamples=1, maxLogs=2),
+                                                            output("./logs", saveRp=0)],
                           summaries=[{"enableText": "n = n + 1; SampleIsValid = n > 1; WriteToSummary = n == 2;",
                                       "saveRp": 1, "varNames": ["x"], "directory": "."}])
         for options in [[], ["--threaded"], ["--period", "1"]]:
@@ -28,25 +28,10 @@ class Run(LogTest):
             self.write("logs/7.rph", "to be written over")
             counts = self.counts(config, *options)
             summary, = [name for name in os.listdir(self.folder) if name.endswith(".rpd")]
-            self.assertEqual({"read": 7, "failedReads": 0, "late": counts["late"],
+            self.assertEqual({"read": 7, "failedReads": 1, "late": counts["late"],
                               "failedWrites": {"smart": 0, "outputs": 0, "summaries": 1, "plcWrite": 0, "trend": 0},
                               "files": [self.path(name) for name in [summary, "logs/6.rph", "logs/7.rph"]]}, counts)
             self.assertEqual(["6.rph", "7.rph", "kept.csv"], sorted(os.listdir(self.path("logs"))))
-        config["input"]["inputFiles"].append("other.rph")
-        self.assertEqual(1, self.counts(config)["failedReads"])
-
-    def test_failed_reads_count_and_missed_scans_are_late(self):
-        config = simulated([output("logs")], driver={"value4": 3, "value5": 109})
-        for options in [[], ["--threaded"]]:
-            counts = self.counts(config, "--scans", "7", *options)
-            self.assertEqual((5, 2), (counts["read"], counts["failedReads"]))
-        run = self.start("run", "c.json", "--scans", "30", "--json", stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-        run.stderr.readline()
-        run.send_signal(signal.SIGSTOP)
-        time.sleep(0.5)
-        run.send_signal(signal.SIGCONT)
-        self.assertGreater(json.loads(run.communicate(timeout=30)[0])["late"], 20)
-        self.assertEqual(0, self.counts(simulated(input={"scanPeriod": 60000}), "--scans", "500", "--period", "0")["late"])
 
     def counts_after(self, signals, *args, **options):
         """The counts of a run that gets the signals when its first sample is in the log."""
@@ -71,7 +56,7 @@ class Run(LogTest):
         self.assertEqual(30, nohup["read"])
 
     def test_messages_begin_with_the_time_and_depend_on_the_verbosity(self):
-        self.write("c.json", simulated([output("logs", maxLogs=0)], driver={"value4": 2, "value5": 109},
+        self.write("c.json", simulated([output("logs", maxLogs=0)], driver=THIRD_READ_FAILS,
                                        input={"preprocess": 1, "preEquationText": "y = x;", "preNewVars": ["y", "x"]}))
         self.zone = "Asia/Kolkata"
         for option, kinds in [("--quiet", ["Error"]), ("--json", ["Error", "warning"]),
@@ -81,7 +66,6 @@ class Run(LogTest):
                 self.assertRegex(line, STAMP + r"\+05:30 ")
             self.assertEqual(kinds, [kind for kind in ["Begin", "End", "Error", "warning", "2 read"] if kind in str(lines)])
         self.assertEqual(1, str(lines).count("Begin - Simulator (N)( CPlcLink,Open)"))
-        self.assertRegex(self.vastra("run", "none.json").err, STAMP + r"\S+ vastra: none.json: No such file or directory\n\Z")
 
     def test_output_that_cannot_be_written_fails_after_the_logs_are_safe(self):
         self.write("c.json", simulated([output("logs", saveCsv=1)]))
@@ -91,28 +75,22 @@ class Run(LogTest):
             watch = self.expect("watch c.json --scans 2 --period 0", 1, out=None, err=None, stdout=full)
             self.assertEqual(1, watch.err.count("standard output"))
             self.expect("run c.json --scans 3", stderr=full, out=None)
+        self.expect("watch c.json --scans 2 --period 0", 1, out=None, err=None, stdout=None, preexec_fn=lambda: os.closerange(0, 2))
 
 
 class Watch(LogTest):
-    def setUp(self):
-        super().setUp()
-        self.write("c.json", simulated(names=["x", "y"], trend={
-            "baseVars": ["x"], "equationText": "d = y - x; e = 1 / 0;", "calculateExtra": 1, "extraVars": ["d", "e"]}))
-
     def watch(self, args):
         result = self.expect("watch c.json " + args, out=None, err=None)
-        self.assertIn("warning: trend.baseVars: ", result.err)
         return re.sub(STAMP + r"\.\d{3}\+00:00 ", "", result.out.decode(), flags=re.M).splitlines()
 
     def test_on_a_pipe_it_prints_a_line_a_second_and_the_last_sample(self):
+        self.write("c.json", simulated(names=["x", "y"], trend={
+            "equationText": "d = y - x; e = 1 / 0;", "calculateExtra": 1, "extraVars": ["d", "e"]}))
         self.assertEqual(["x=1 y=1 d=0 e=inf", "x=5 y=5 d=0 e=inf"], self.watch("--scans 5 --period 0"))
         self.assertEqual(["d=0 x=1", "d=0 x=3"], self.watch("--scans 3 --period 0 --vars d,x"))
         self.assertIn(len(self.watch("--scans 15 --period 100 --vars x --threaded")), range(2, 9))
-
-    def test_a_variable_that_is_not_there_is_refused(self):
         for names in ["x,z", "", "x,"]:
-            result = self.expect(["watch", "c.json", "--vars", names, "--scans", "1"], 2, err=None)
-            self.assertRegex(result.err, "c.json: --vars z?: there is no such variable")
+            self.expect(["watch", "c.json", "--vars", names, "--scans", "1"], 2, err="c.json: --vars z?: there is no such variable")
         self.write("none.json", replayed(["none.rph"]))
         self.expect("watch none.json --vars x", 1, err=None)
 

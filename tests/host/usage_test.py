@@ -2,11 +2,8 @@
 import os
 import re
 import shutil
-import subprocess
 
 from commands import CommandTest, VASTRA
-
-COMMANDS = ["demo", "run", "watch", "check", "import", "export", "report", "inspect", "convert", "eval", "drivers", "probe"]
 
 # Arguments, and a part of the message.
 WRONG = [
@@ -14,9 +11,9 @@ WRONG = [
     ("run a.json --scans -1", "--scans"), ("run a.json --scans 1x", "1x"), ("run a.json --scans", "--scans"),
     ("run a.json --scans 99999999999999999999", "not a whole number"), ("run a.json --scans 2 --scans 3", "--scans"),
     ("run a.json --period 4294967296", "4294967295"), ("run a.json --debug --quiet", "--debug"),
-    ("import a.json b.vst --version 1001", "1001"), ("import a.json", "FILE is required"), ("inspect", "LOG is required"),
-    ("watch a.json --vars a b", "not expected: b"), ("eval y=a; --var a", "NAME=VALUE"), ("eval y=a; --var a=1.5x", "1.5x"),
-    ("eval y=a; --var =1", "NAME=VALUE"), ("eval y=1; --passes 0", "from 1"),
+    ("import a.json b.vst --version 1001", "1001"), ("watch a.json --vars a b", "not expected: b"),
+    ("eval y=a; --var a", "NAME=VALUE"), ("eval y=a; --var a=1.5x", "1.5x"), ("eval y=a; --var =1", "NAME=VALUE"),
+    ("eval y=1; --passes 0", "from 1"),
 ]
 
 LEFT_OUT = r"""(dangling\?).so: left out: it is a link to nothing
@@ -31,7 +28,7 @@ class Usage(CommandTest):
             self.expect(line, 2, err=".*" + re.escape(words))
 
     def test_help_has_an_example_and_version_is_data(self):
-        for command in COMMANDS:
+        for command in "demo run watch check import export report inspect convert eval drivers probe".split():
             self.assertIn(b"Example:\n  vastra " + command.encode(), self.expect(command + " --help", out=None).out)
         self.assertRegex(self.expect("--version", out=None).out, rb"\Avastra \d+\.\d+\.\d+\n\Z")
 
@@ -51,5 +48,3 @@ class Usage(CommandTest):
         with open("/dev/full", "wb") as full:
             for args in ["--help", "--version", "drivers", "drivers --json", "eval y=1;"]:
                 self.expect(args, 1, out=None, err="standard output: No space left on device", stdout=full)
-        closed = subprocess.run(["sh", "-c", '"$0" drivers >&-', VASTRA], capture_output=True)
-        self.assertEqual((1, b"vastra: standard output: Bad file descriptor\n"), (closed.returncode, closed.stderr))
