@@ -27,7 +27,8 @@ TEST(Archive, LengthsHaveThreeFormsAndCountsTwo) {
     EXPECT_TRUE(bytes == Bytes(c.length) + text + Bytes(c.count)) << c.number;
     CString back;
     std::uint32_t count = 0;
-    LoadBytes(bytes + text, [&](CArchive& ar) { ar >> back, count = ar.ReadCount(1); });
+    const auto load = [&](CArchive& ar) { ar >> back, count = ar.ReadCount(1); };
+    EXPECT_EQ(LoadBytes(bytes + text, load), c.number);
     EXPECT_TRUE(back.Std() == text) << c.number;
     EXPECT_EQ(count, c.number);
   }

@@ -104,7 +104,7 @@ TEST(List, AnOwnedListDeletesItsObjectsAndCopiesThem) {
     for (auto* object : list) *object = item;
     COwnedList<std::shared_ptr<int>> copy(list);
     EXPECT_EQ(item.use_count(), 1 + 6);
-    copy = copy;
+    copy = *&copy;
     delete list.RemoveHead();
     copy = list;
     EXPECT_EQ(item.use_count(), 1 + 4);
