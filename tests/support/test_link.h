@@ -36,8 +36,7 @@ class CTestLink : public CLink {
   int Read(CLogSample& sample) override {
     Begin(functionRead);
     if (m_fails) return Fail(functionRead, kTimeout);
-    sample.m_time = m_sample.m_time;
-    sample.m_values = m_sample.m_values;
+    sample = m_sample;
     return End(functionRead);
   }
   int GetVarNames(CStringArray& names) override {

@@ -1,10 +1,41 @@
+// The stored form of the configuration objects, and their reports.
 #include <gtest/gtest.h>
 
-#include "tests/config/loaded.h"
+#include "tests/support/configuration_bytes.h"
+#include "tests/support/files.h"
 #include "vastra/config/enable_config.h"
+#include "vastra/config/input_config.h"
+#include "vastra/config/output_config.h"
+#include "vastra/config/plc_write_config.h"
+#include "vastra/config/smart_config.h"
+#include "vastra/config/stored_form.h"
+#include "vastra/config/summary_config.h"
+#include "vastra/config/trend_config.h"
 
 namespace vastra {
 namespace {
+
+template <class T>
+std::string Stored(T&& object, UINT version = 1003) {
+  return StoredBytes([&](CArchive& ar) { object.Serialize(ar, version); });
+}
+
+// What is wrong with bytes, or an empty string.
+template <class T>
+CString Load(T& object, const std::string& bytes, UINT version = 1003) try {
+  const auto left = LoadBytes(bytes, [&](CArchive& ar) { object.Serialize(ar, version); });
+  EXPECT_EQ(left, IsKnownVersion(version) ? 0 : bytes.size());
+  return "";
+} catch (const CArchiveException& fault) {
+  return fault.Text();
+}
+
+template <class T>
+T Loaded(const std::string& bytes) {
+  T object;
+  EXPECT_EQ(Load(object, bytes), "");
+  return object;
+}
 
 // One object and its bytes. Which byte is which setting is what the JSON form of a configuration is compared
 // with; here a load and a store are compared with each other.
@@ -161,6 +192,63 @@ TEST(StoredForm, EachFieldOfADriverHasItsPlace) {
   EXPECT_EQ((std::vector<std::int64_t>{driver.variableCount, driver.openState, driver.value1, driver.value2,
                                        driver.value3, driver.value4}),
             (std::vector<std::int64_t>{7, 9, 11, 12, 13, 14}));
+}
+
+template <class T>
+std::string Report(T&& object) {
+  return StoredBytes([&](CArchive& ar) { object.TextSerialize(ar); });
+}
+
+// A part of report.txt, with "\r\n" for each line end.
+std::string Expected(const std::string& part) {
+  static const std::string kAll = ReadBytes(VASTRA_REPORT);
+  const std::string head = "==== " + part + "\n";
+  const std::size_t begin = kAll.find(head) + head.size();
+  std::string text = kAll.substr(begin, kAll.find("==== ", begin) - begin);
+  for (std::size_t i = 0; (i = text.find('\n', i)) != text.npos; i += 2) text.insert(i, 1, '\r');
+  return text;
+}
+
+TEST(Report, ListsTheseLines) {
+  const std::string nodes = Expected("node A") + Expected("node B");
+  EXPECT_EQ(Report(Loaded<CInputConfig>(kInput)), Expected("input head") + nodes + Expected("input tail"));
+  EXPECT_EQ(Report(CInputConfig()), Expected("new input"));
+  EXPECT_EQ(Report(Loaded<CMultiOutputConfig>(kOutputs)),
+            "[*** Multiple Outputs ***]\r\n\r\n" + Expected("output"));
+  EXPECT_EQ(Report(Loaded<CMultiSummaryConfig>(kSummaries)),
+            "[*** Multiple Summaries ***]\r\n\r\n" + Expected("summary"));
+  EXPECT_EQ(Report(Loaded<CPlcMultiConfig>(kPlcWrite)), "[*** Multiple Outputs to Plc***]\r\n\r\n" + nodes);
+  EXPECT_EQ(Report(Loaded<CSmartConfig>(kSmart)), Expected("smart"));
+  EXPECT_EQ(Report(Loaded<CTrendConfig>(kTrend)), Expected("trend"));
+  CEnableConfig enable;
+  enable.m_equations.Add("e");
+  EXPECT_EQ(Report(enable), "[*** Enable ***]\r\n\r\n[Enable Equations]\r\ne\r\n\r\n\r\n");
+}
+
+TEST(Report, HidesWhatIsSwitchedOffAndPrintsAnUnsignedNumberWithASign) {
+  auto output = Loaded<COutputConfig>(kOutput1003);
+  output.m_name = "";
+  output.m_saveRp = output.m_saveCsv = 0;
+  EXPECT_EQ(Report(output), Expected("quiet output"));
+  output.m_saveCsv = 1;
+  output.m_maxLogs = 4294967295;
+  EXPECT_NE(Report(output).find("directory]\r\n-1\r\n\r\n"), std::string::npos);
+
+  const auto cut = [](const std::string& report) { return report.substr(0, report.find("Yes")); };
+  auto summary = Loaded<CSummaryConfig>(kSummary);
+  summary.m_saveRp = summary.m_saveCsv = 0;
+  EXPECT_EQ(Report(summary), cut(Expected("summary")) + "No\r\n\r\n[Write Text Files]\r\nNo\r\n\r\n");
+  auto trend = Loaded<CTrendConfig>(kTrend);
+  trend.m_calculateExtra = 0;
+  EXPECT_EQ(Report(trend), cut(Expected("trend")) + "No\r\n\r\n");
+}
+
+TEST(Report, IsNeverReadBack) {
+  auto input = Loaded<CInputConfig>(kInput);
+  const auto read = [&](CArchive& ar) {
+    input.TextSerialize(ar), input.m_plcNodes.GetHead()->TextSerialize(ar);
+  };
+  EXPECT_EQ(LoadBytes("[*** Input ***]\r\n", read), 17u);
 }
 
 }  // namespace
