@@ -3,10 +3,8 @@
 #include <cmath>
 #include <thread>
 
+#include "tests/drivers/driver_node.h"
 #include "tests/support/files.h"
-#include "tests/support/recorder.h"
-#include "vastra/plc/driver_factory.h"
-#include "vastra/plc/plc_link.h"
 
 namespace vastra {
 namespace {
@@ -22,41 +20,6 @@ DriverConfig Text(const CString& text, int value1 = 0, int value2 = 0, int value
 DriverConfig Station(int station, int first) {
   return {.station = station, .registerAddress = first, .text1 = "", .text2 = ""};
 }
-
-class CDriverNode {
- public:
-  CDriverNode(CRecorder& recorder, int id, const DriverConfig& config, UINT count, UINT mode)
-      : m_recorder(recorder),
-        m_link(CDriverFactory::Instance()->NewDriver(CDriverFactory::Instance()->GetDriverIndex(id))) {
-    auto* linkConfig = new CPlcLinkConfig;
-    linkConfig->m_config = config;
-    linkConfig->m_config.variableCount = count;
-    CLinkConfigList configs;
-    configs.AddTail(linkConfig);
-    m_link->Open(configs, mode);
-    fault = m_recorder.TakeFaults();
-  }
-  // The values of one read; none if it failed.
-  CValues Read() {
-    CLogSample sample;
-    m_link->Read(sample);
-    fault = m_recorder.TakeFaults();
-    return {sample.m_values.begin(), sample.m_values.end()};
-  }
-  bool Write(const CValues& values) {
-    CLogSample sample;
-    for (const float value : values) sample.m_values.Add(value);
-    const bool done = m_link->Write(sample) == 1;
-    fault = m_recorder.TakeFaults();
-    return done;
-  }
-
-  std::string fault;  // the line of the last operation if that failed
-
- private:
-  CRecorder& m_recorder;
-  std::unique_ptr<CPlcLink> m_link;
-};
 
 template <int kDriver>
 class CNodes : public testing::Test {
