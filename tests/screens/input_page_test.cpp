@@ -39,10 +39,10 @@ TEST_F(InputPage, ControlsDependOnTheChoices) {
   m_page.SetConfiguration(Configured<CInputConfig>(
       R"({"scanPeriod": 77, "simulating": 1, "preprocess": 1, "asFastAsPossible": 1, "autoStart": 1})"));
   const auto expect = [](const char* state) { return [=](QWidget* w) { EXPECT_EQ(Controls(w), state); }; };
-  m_user.Run({&m_page}, {expect("SVPxxxx -77"), "Auto Start / Connected", expect("AEDVP+xx -77"),
-                         "Scan period :", expect("AEDVP+x 5000"), "Scan period :=1234 / Preprocess input",
-                         expect("AED+ 1234"), "As fast as possible", expect("AED+x -10"), "Simulating",
-                         expect("Sxx -10")});
+  m_user.Run(m_page, {expect("SVPxxxx -77"), "Auto Start / Connected", expect("AEDVP+xx -77"),
+                      "Scan period :", expect("AEDVP+x 5000"), "Scan period :=1234 / Preprocess input",
+                      expect("AED+ 1234"), "As fast as possible", expect("AED+x -10"), "Simulating",
+                      expect("Sxx -10")});
 }
 
 TEST_F(InputPage, EditsGoToTheConfiguration) {
@@ -51,7 +51,7 @@ TEST_F(InputPage, EditsGoToTheConfiguration) {
     json wanted = m_config;
     wanted.update(changes);
     m_page.SetConfiguration(config);
-    EXPECT_EQ(m_user.Run({&m_page}, {steps}), IDOK);
+    EXPECT_EQ(m_user.Run(m_page, {steps}), IDOK);
     EXPECT_EQ(Held(m_page, config), FieldsOf(Configured<CInputConfig>(wanted)));
   };
   edit(
@@ -84,7 +84,7 @@ TEST_F(InputPage, RefusesSettingsThatCannotWork) {
                     kRefused = " / OK / !Please enter a whole number from 10 to 65000. / ";
   EXPECT_EQ(
       m_user.Run(
-          {&m_page},
+          m_page,
           {kPeriod + "9" + kRefused + kPeriod + "65001" + kRefused + kPeriod + kRefused + kPeriod +
            "10 / OK / "
            "!Wrong Configuration!!\n If the logger is going to be connected to a PLC net, you must select "
@@ -133,7 +133,7 @@ TEST_F(InputPage, ApplyAsksBeforeItErasesEquations) {
     m_user.boxes.user = [&] {
       m_user.boxes.answer = c.answers.at(m_user.boxes.asked.size()) == 'n' ? IDNO : IDYES;
     };
-    EXPECT_EQ(m_user.Run({&m_page}, {"OK"}), c.isApplied ? IDOK : IDCANCEL);
+    EXPECT_EQ(m_user.Run(m_page, {"OK"}), c.isApplied ? IDOK : IDCANCEL);
     EXPECT_EQ(m_user.boxes.Take(), c.asked);
     CInputConfig left;
     m_page.GetConfiguration(left);

@@ -18,96 +18,72 @@ const std::string kBasis = "Name the logs based on :", kPrefix = "Use prefix for
                   kDword = "Use the next variable to form a DWORD based name";
 
 json Item(const char* name) {
-  return {{"name", name},   {"enableText", "W = b;"},    {"varNames", {"b", "a"}},
-          {"saveRp", true}, {"maxSamples", 4294967295U}, {"directory", "/logs"}};
+  json item = json::parse(R"({"enableText": "W = b;", "varNames": ["b", "a"], "saveRp": 1,
+                              "maxSamples": 4294967295, "directory": "/logs"})");
+  item["name"] = name;
+  return item;
 }
 
-// The steps and the fields in which the two kinds of items differ.
+// Where the two kinds of items differ.
 struct CKind {
-  const char *list, *items, *binary, *most, *mostField, *samples;
-  std::string steps;  // in the dialog of a new item
-  json fields;        // after these steps
+  const char *list, *items, *binary, *most, *mostField, *samples, *steps, *fields;  // fields: after steps
+  CString proposed;
 };
 
-template <class TPage, class TConfig>
-void EditItems(const CKind& kind, const CString& proposed) {
-  CInputPage input;
-  input.SetConfiguration(Configured<CInputConfig>(R"({"preprocess": 1, "preNewVars": ["a", "b"]})"));
-  TPage page;
-  page.SetInputPointer(&input);
-  CSheetUser user;
-  user.chooser.path = "/chosen";
-  const auto configured = [&](const json& items) { return Configured<TConfig>({{kind.items, items}}); };
-  const auto replaced = configured(json::array({Item("replaced")}));
-  json items = {Item("x"), Item("y"), Item("z")};
-  items[1].update({{"saveRp", 0}, {"saveCsv", 1}});
-  items[2].update({{"enableText", ""}, {"enableEquations", {"W = b"}}});
-  page.SetConfiguration(replaced);
-  page.SetConfiguration(configured(items));
-  const std::string list = kind.list, most = kind.most, samples = kind.samples;
-  user.Run({&page}, {"Edit / Delete / " + list + "?x,y,z, / " + list + "#1 / Edit / OK / " + list +
-                     "#0 / Edit / Name:=cancelled / Variable List... / Delete All / OK / Cancel / " + list +
-                     "#2 / Edit / Variable List... / Delete All / Cancel / Enable Equations... / "
-                     "Equations=n = 1; / Cancel / OK / OK"});
-  items[2]["enableText"] = proposed.Std();
-  EXPECT_EQ(Held(page, replaced), FieldsOf(configured(items)));
-
-  const std::string kNoWhole = "= / OK / !Please enter a whole number from 0 to 4294967295. / ",
-                    kRest = " / Variable List... / Delete All / ->> / OK / " + kind.steps + " / OK / " + list;
-  user.Run({&page},
-           {list + "#0 / Delete / Delete / " + list + "?y,z, / " + list + "##0 / Name:=Y" + kRest +
-            "?Y,z, / Add / " + most + "?0 / " + samples + "?0 / " + most + kNoWhole + most +
-            "=4294967295 / " + samples + kNoWhole + samples +
-            "=7 / OK / !Wrong Configuration!!\n You must give a name / Name:=new / ... / " +
-            "Enable Equations... / OK / " + kind.binary + " / Write Text Files" + kRest + "?Y,z,new, / OK"});
-  items[0] = items[1];
-  items[0].update({{"name", "Y"}, {"varNames", {"a", "b"}}});
-  items[1] = items[2];
-  items[2] = {{"name", "new"},
-              {"enableText", proposed.Std()},
-              {"varNames", {"a", "b"}},
-              {"saveRp", 1},
-              {"saveCsv", 1},
-              {"maxSamples", 7},
-              {kind.mostField, 4294967295U},
-              {"directory", "/chosen"}};
-  for (const std::size_t edited : {0, 2}) items[edited].update(kind.fields);
-  EXPECT_EQ(Held(page, replaced), FieldsOf(configured(items)));
-}
-
-TEST(ItemPages, ItemsAreAddedEditedAndDeleted) {
-  EditItems<COutputPage, CMultiOutputConfig>({"Outputs",
-                                              "outputs",
-                                              "Write Logs",
-                                              "Maximum number of logs stored :",
-                                              "maxLogs",
-                                              "Maximum number of samples in a log : ",
-                                              kPrefix + " / " + kPrefix + "=p",
-                                              {{"usePrefix", 1}, {"prefix", "p"}}},
-                                             ProposedEnableText(COutputConfig()));
-  EditItems<CSummaryPage, CMultiSummaryConfig>({"Summaries",
-                                                "summaries",
-                                                "Write Summary",
-                                                "Maximum number\nof summaries\nstored :",
-                                                "maxSummaries",
-                                                "Maximum number\nof samples in a\n summary : ",
-                                                "Summary Equations... / Equations=t = a; / OK",
-                                                {{"summaryText", "t = a;"}}},
-                                               ProposedEnableText(CSummaryConfig()));
-}
-
-class OutputDialog : public testing::Test {
+class ItemPages : public testing::Test {
  protected:
-  OutputDialog() {
+  ItemPages() {
     m_input.SetConfiguration(Configured<CInputConfig>(R"({"preprocess": 1, "preNewVars": ["a", "b"]})"));
     m_page.SetInputPointer(&m_input);
+    m_user.chooser.path = "/chosen";
   }
+
+  template <class TConfig, class TPage>
+  void EditItems(TPage&& page, const CKind& kind) {
+    const auto configured = [&](const json& items) { return Configured<TConfig>({{kind.items, items}}); };
+    const auto replaced = configured(json::array({Item("replaced")}));
+    json y = Item("y"), z = Item("z");
+    y.update({{"saveRp", 0}, {"saveCsv", 1}});
+    z.update({{"enableText", ""}, {"enableEquations", {"W = b"}}});
+    page.SetInputPointer(&m_input);
+    page.SetConfiguration(replaced);
+    page.SetConfiguration(configured({Item("x"), y, z}));
+    const std::string list = kind.list, most = kind.most, samples = kind.samples,
+                      kNoWhole = "= / OK / !Please enter a whole number from 0 to 4294967295. / ",
+                      finish = std::string(" / Variable List... / Delete All / ->> / OK / ") + kind.steps +
+                               " / OK / " + list;
+    m_user.Run(page, {"Edit / Delete / " + list + "?x,y,z, / " + list +
+                      "#0 / Edit / Name:=cancelled / Cancel / " + list +
+                      "#2 / Edit / Variable List... / Delete All / Cancel / "
+                      "Enable Equations... / Equations=n = 1; / Cancel / OK / " +
+                      list + "#0 / Delete / Delete / " + list + "?y,z, / " + list + "##0 / Name:=Y" + finish +
+                      "?Y,z, / Add / " + most + "?0 / " + samples + "?0 / " + most + kNoWhole + most +
+                      "=4294967295 / " + samples + kNoWhole + samples +
+                      "=7 / OK / !Wrong Configuration!!\n You must give a name / Name:=new / ... / "
+                      "Enable Equations... / OK / " +
+                      kind.binary + " / Write Text Files" + finish + "?Y,z,new, / OK"});
+    z["enableText"] = kind.proposed.Std();
+    json made = z;
+    made.erase("enableEquations");
+    y["name"] = "Y";
+    made.update({{"name", "new"},
+                 {"saveCsv", 1},
+                 {"maxSamples", 7},
+                 {kind.mostField, 4294967295U},
+                 {"directory", "/chosen"}});
+    for (json* item : {&y, &made}) {
+      (*item)["varNames"] = {"a", "b"};
+      item->update(json::parse(kind.fields));
+    }
+    EXPECT_EQ(Held(page, replaced), FieldsOf(configured({y, z, made})));
+  }
+
   // Edits an output whose name is based on a stored variable, and returns it.
   json Edit(const char* basis, const CSteps& steps) {
     json output = Item("x");
     output.update({{"nameVariable", basis}, {"dwordName", 1}, {"prefix", "p"}, {"usePrefix", 1}});
     m_page.SetConfiguration(Configured<CMultiOutputConfig>({{"outputs", json::array({output})}}));
-    m_user.Run({&m_page}, CSteps{"Outputs#0 / Edit"} + steps + CSteps{"OK"});
+    m_user.Run(m_page, CSteps{"Outputs#0 / Edit"} + steps + CSteps{"OK"});
     return Held<CMultiOutputConfig>(m_page)["outputs"][0];
   }
 
@@ -118,7 +94,20 @@ class OutputDialog : public testing::Test {
   CSheetUser m_user;
 };
 
-TEST_F(OutputDialog, TheNameDependsOnABasisAndAPrefix) {
+TEST_F(ItemPages, ItemsAreAddedEditedAndDeleted) {
+  EditItems<CMultiOutputConfig>(
+      m_page, {"Outputs", "outputs", "Write Logs", "Maximum number of logs stored :", "maxLogs",
+               "Maximum number of samples in a log : ",
+               "Use prefix for the log names : / Use prefix for the log names :=p",
+               R"({"usePrefix": 1, "prefix": "p"})", ProposedEnableText(COutputConfig())});
+  EditItems<CMultiSummaryConfig>(
+      CSummaryPage(),
+      {"Summaries", "summaries", "Write Summary", "Maximum number\nof summaries\nstored :", "maxSummaries",
+       "Maximum number\nof samples in a\n summary : ", "Summary Equations... / Equations=t = a; / OK",
+       R"({"summaryText": "t = a;"})", ProposedEnableText(CSummaryConfig())});
+}
+
+TEST_F(ItemPages, TheNameOfALogDependsOnABasisAndAPrefix) {
   json held = Edit(
       "b", {kBasis + "?b / " + kDword + "?x / " + kPrefix + "?p / " + kPrefix + " / " + kPrefix + "?-p / " +
             kBasis + "=System Time / " + kDword + "?- / " + kBasis + "=a / " + kDword + "? / OK"});
@@ -134,7 +123,7 @@ TEST_F(OutputDialog, TheNameDependsOnABasisAndAPrefix) {
   EXPECT_EQ(held["dwordName"], 1);
 }
 
-TEST_F(OutputDialog, OffersTheVariablesOfThePages) {
+TEST_F(ItemPages, OfferTheVariablesOfThePages) {
   const auto offers = [](const std::string& names) -> CStep {
     return [=](QWidget* dialog) {
       const auto* combo = Find<QComboBox>(dialog, kBasis.c_str());

@@ -34,18 +34,23 @@ class ListDialogs : public testing::Test {
 const std::string kInsert = " / Insert  New Variable / New Variable=";
 
 TEST_F(ListDialogs, AFreeListIsEditedAndOnlyOkReturnsIt) {
+  const auto isFocused = [](QWidget* w) { EXPECT_EQ(Find<QLineEdit>(w, "New Variable"), w->focusWidget()); };
+  const auto press = [](QWidget* window) { QTest::keyClick(window, Qt::Key_Return); };
   const auto list = [](QWidget* window) { return Find<QListWidget>(window, "Variable List"); };
   const auto moveDown = [=](QWidget* w) { QTest::keyClick(list(w), Qt::Key_Down, Qt::ControlModifier); };
   const auto drag = [=](QWidget* w) { EXPECT_TRUE(list(w)->model()->moveRow({}, 2, {}, 0)); };
   for (const char* end : {"Cancel", "OK"}) {
     CVarListDlg dialog;
     dialog.m_list = Names({"a", "b", "c"});
-    m_user.Run(dialog, {"Variable List?a,b,c," + kInsert + "A / OK" + kInsert + "x / Cancel" + kInsert +
-                            "a / OK / !This variable already exists in the list / Variable List?a,b,c,A, / "
-                            "Variable List#1 / Delete Variable / Delete Variable / "
-                            "!You must select a variable / Variable List?a,c,A, / Variable List#0",
-                        moveDown, "Variable List?c,a,A,", drag, end});
-    EXPECT_EQ(Joined(dialog.m_list), *end == 'O' ? "A,c,a," : "a,b,c,");
+    m_user.Run(dialog,
+               {"Insert  New Variable", isFocused,
+                "OK / !Message|The name of the variable can't be a null string|30 / New Variable= A", press,
+                "Variable List?a,b,c, A," + kInsert + "x / Cancel" + kInsert +
+                    "a / OK / !This variable already exists in the list / Variable List?a,b,c, A, / "
+                    "Variable List#1 / Delete Variable / Delete Variable / "
+                    "!You must select a variable / Variable List?a,c, A, / Variable List#0",
+                moveDown, "Variable List?c,a, A,", drag, end});
+    EXPECT_EQ(Joined(dialog.m_list), *end == 'O' ? " A,c,a," : "a,b,c,");
   }
 }
 
@@ -103,17 +108,6 @@ TEST_F(ListDialogs, FixedNamesCannotBeDeleted) {
               "!Message|You must select a variable|30 / Variable List?s,t,b," +
               kInsert + "c / OK / OK"});
   EXPECT_EQ(Joined(dialog.m_added), "b,c,");
-}
-
-TEST_F(ListDialogs, ANewVariableHasAName) {
-  CNewVarDlg dialog;
-  EXPECT_EQ(
-      m_user.Run(dialog,
-                 {[](QWidget* box) { EXPECT_EQ(Find<QLineEdit>(box, "New Variable"), box->focusWidget()); },
-                  "OK / !Message|The name of the variable can't be a null string|30 / New Variable= x",
-                  [](QWidget* box) { QTest::keyClick(box, Qt::Key_Return); }}),
-      IDOK);
-  EXPECT_EQ(dialog.m_name, " x");
 }
 
 TEST(Screens, NoCaptionIsCut) {

@@ -28,11 +28,11 @@ int AcceptForm(int isNew) {
 int CancelForm(int isNew) { return AcceptForm(isNew), 0; }
 
 json Node(const char* name) {
-  return {{"nodeName", name},
-          {"driver", {{"plcType", SCRIPTED_ID}, {"value1", 1}, {"variableCount", 7}}},
-          {"varNames", {"a", "b"}},
-          {"scaler", json::parse(R"([{"varName": "b", "scale": 2}, {"varName": "gone", "scale": 3},
-                                     {"varName": "a", "scale": 4}])")}};
+  json node =
+      json::parse(R"({"driver": {"plcType": 777, "value1": 1, "variableCount": 7}, "varNames": ["a", "b"],
+    "scaler": [{"varName": "b", "scale": 2}, {"varName": "gone", "scale": 3}, {"varName": "a", "scale": 4}]})");
+  node["nodeName"] = name;
+  return node;
 }
 
 // The module "Scripted" has forms; the one before it, "Silent", has none.
@@ -48,10 +48,10 @@ class NodeDialogs : public testing::Test {
     g_script = reinterpret_cast<Script* (*)()>(FindExport(m_module, "FreshScript"))();
     g_script->functions.ShowConfig = form;
   }
-  // The nodes after steps on a page that has nodes.
+  // The nodes of the page after steps.
   json Run(const json& nodes, const CSteps& steps) {
     m_page.SetConfiguration(Configured<CInputConfig>({{"plcNodes", nodes}}));
-    m_user.Run({&m_page}, steps);
+    m_user.Run(m_page, steps);
     return Held<CInputConfig>(m_page)["plcNodes"];
   }
   // The first node after steps in its dialog, which OK closes unless a box refuses it.
@@ -92,26 +92,21 @@ TEST_F(NodeDialogs, AnAcceptedFormConfiguresTheNode) {
 }
 
 TEST_F(NodeDialogs, OpensOnTheDriverOfTheNode) {
-  for (const auto& [id, steps] : {std::pair(SCRIPTED_ID, "! / Type of PLC :?Scripted"),
-                                  {5, "! / Type of PLC :?Silent"},
-                                  {6, "!Driver not found! / Type of PLC :?Silent"}}) {
+  for (const auto& [id, state] : {std::pair(SCRIPTED_ID, "!"), {5, "!"}, {6, "!Driver not found!"}}) {
     m_node["driver"]["plcType"] = id;
-    Edit({steps});
+    Edit({state, id == SCRIPTED_ID ? "Type of PLC :?Scripted" : "Type of PLC :?Silent"});
   }
 }
 
 TEST_F(NodeDialogs, TheFirstFaultIsTold) {
-  const std::string kTaken = " / OK / !PLC name already used / ";
+  const std::string kTaken = " / OK / !PLC name already used / ", kEdit = " / Edit net node...";
   const json nodes = json::array({Node("Oven"), Node("Ove"), Node("oVEN"), Node("\u00D6fen")});
   Run(nodes,
-      {"Net nodes#0 / Edit net node..." + kTaken + "Name :=oVEN" + kTaken + "Name :=\u00F6fen" + kTaken +
+      {"Net nodes#0" + kEdit + kTaken + "Name :=oVEN" + kTaken + "Name :=\u00F6fen" + kTaken +
        "Variable List / Delete All / OK / Name := / OK / !You must assign a name to this node / "
-       "Name :=Oven 2 / OK / !You must assign at least 1 variable to this node / Cancel / "
-       "Net nodes#2 / Edit net node..." +
-       kTaken +
-       "Name :=Oven 2 / OK / ! / "
-       "Net nodes#0 / Edit net node... / OK / ! / Net nodes#0 / Edit net node... / Name :=oVEN" +
-       kTaken + "Cancel"});
+       "Name :=Oven 2 / OK / !You must assign at least 1 variable to this node / Cancel / Net nodes#2" +
+       kEdit + kTaken + "Name :=Oven 2 / OK / ! / Net nodes#0" + kEdit + " / OK / ! / Net nodes#0" + kEdit +
+       " / Name :=oVEN" + kTaken + "Cancel"});
 }
 
 TEST_F(NodeDialogs, RowsOfTheScalerFollowTheVariables) {
@@ -126,10 +121,8 @@ TEST_F(NodeDialogs, RowsOfTheScalerFollowTheVariables) {
     CSteps steps;
     const char* rows;
   } kCases[] = {
-      {"not edited", {}, "a 4,b 2,"},
       {"removed and inserted again", remove + CSteps{"OK / Variable List"} + insert, "b 2,a 1,"},
       {"removed and inserted at once", remove + insert, "b 2,a 4,"},
-      {"the removal is cancelled", remove + CSteps{"Cancel"}, "a 4,b 2,"},
       {"scaled", {"Scaler", scale, "OK"}, "a 4,b 8,"},
   };
   for (const auto& c : kCases) {
@@ -142,72 +135,60 @@ TEST_F(NodeDialogs, RowsOfTheScalerFollowTheVariables) {
   }
 }
 
-// Page: also TConfig, with the nodes in the list key.
-template <class TConfig, class TPage>
-void EditNodes(TPage& page, const char* key, const std::string& add, const std::string& edit,
-               const std::string& remove) {
-  const auto configured = [&](const json& nodes) { return Configured<TConfig>({{key, nodes}}); };
+TEST_F(NodeDialogs, NodesAreAddedEditedAndDeleted) {
   json nodes = json::array();
   for (const char* name : {"x", "y", "x", "X", "", "x"}) nodes.push_back(Node(name));
-  page.SetConfiguration(configured(nodes));
-  const std::string kNone = " / !There isn't any node selected / ",
-                    insert = "Insert  New Variable / New Variable=";
+  const std::string kAdd = " / Add net node...", kEdit = " / Edit net node...", kDelete = " / Delete Node",
+                    kNone = " / !There isn't any node selected",
+                    kInsert = " / Insert  New Variable / New Variable=";
   const auto make = [&](const char* name) {
-    return add + " / Type of PLC :=Scripted / Name :=" + name + " / Variable List / " + insert + "v / OK / " +
-           insert + "w / OK / OK / Configure PLC / ";
+    return kAdd + " / Type of PLC :=Scripted / Name :=" + name + " / Variable List" + kInsert + "v / OK" +
+           kInsert + "w / OK / OK / Configure PLC / ";
   };
-  CSheetUser().Run(
-      {&page}, {edit + kNone + remove + kNone + "Net nodes#2 / " + remove +
-                " / Net nodes?y,X,, / Net nodes#2 / " + remove + " / !Node index is wrong / Net nodes#1 / " +
-                remove + " / " + make("none") + "Cancel / " + make("A") + "OK / " + make("a") +
-                "OK / !PLC name already used / Name :=B / OK / Net nodes?y,,A,B, / Net nodes#2 / " + edit +
-                " / Name :=C / Cancel / Net nodes##3 / Name :?B / "
-                "Name :=C / Configure PLC / OK / Net nodes?y,,A,C, / Cancel"});
-  json made = {{"driver", {{"plcType", SCRIPTED_ID}, {"text1", "typed"}, {"text2", "typed"}}},
-               {"varNames", {"v", "w"}},
-               {"scaler", json::parse(R"([{"varName": "v"}, {"varName": "w"}])")}};
+  const json held =
+      Run(nodes, {"!" + kEdit + kNone + kDelete + kNone + " / Net nodes#2" + kDelete +
+                  " / Net nodes?y,X,, / Net nodes#2" + kDelete + " / !Node index is wrong / Net nodes#1" +
+                  kDelete + make("none") + "Cancel" + make("A") + "OK" + make("a") +
+                  "OK / !PLC name already used / Name :=B / OK / Net nodes?y,,A,B, / Net nodes#2" + kEdit +
+                  " / Name :=C / Cancel / Net nodes##3 / Name :?B / "
+                  "Name :=C / Configure PLC / OK / Net nodes?y,,A,C, / Cancel"});
+  json made = json::parse(R"({"driver": {"plcType": 777, "text1": "typed", "text2": "typed"},
+                              "varNames": ["v", "w"], "scaler": [{"varName": "v"}, {"varName": "w"}]})");
   nodes = {Node("y"), Node(""), made, made};
   nodes[2].merge_patch({{"nodeName", "A"}, {"driver", {{"value1", 20}}}});
   nodes[3].merge_patch({{"nodeName", "C"}, {"driver", {{"value1", 50}}}});
-  EXPECT_EQ(Held<TConfig>(page), FieldsOf(configured(nodes)));
+  EXPECT_EQ(held, FieldsOf(Configured<CInputConfig>({{"plcNodes", nodes}}))["plcNodes"]);
 }
 
-TEST_F(NodeDialogs, NodesAreAddedEditedAndDeleted) {
-  EditNodes<CInputConfig>(m_page, "plcNodes", "Add net node...", "Edit net node...", "Delete Node");
-  Restart(AcceptForm);
+TEST_F(NodeDialogs, WrittenNodesGetTheVariablesOfThePages) {
+  const auto configured = [](const json& fields) { return Configured<CPlcMultiConfig>(fields); };
   CPlcWritePage page;
-  EditNodes<CPlcMultiConfig>(page, "nodes", "Add ", "Edit ", "Delete ");
-}
-
-TEST_F(NodeDialogs, ThePageOfWrittenNodesAppendsNodesAndOffersTheVariablesOfThePages) {
-  CPlcWritePage page;
-  page.SetConfiguration(Configured<CPlcMultiConfig>({{"nodes", json::array({Node("a")})}}));
-  page.SetConfiguration(
-      Configured<CPlcMultiConfig>({{"nodes", json::array({Node("c")})}, {"disableWriting", 1}}));
-  CPlcMultiConfig target = Configured<CPlcMultiConfig>({{"nodes", json::array({Node("replaced")})}});
+  page.SetConfiguration(configured({{"nodes", json::array({Node("a")})}}));
+  page.SetConfiguration(configured({{"nodes", json::array({Node("c")})}, {"disableWriting", 1}}));
+  CPlcMultiConfig target = configured({{"nodes", json::array({Node("replaced")})}});
   target.m_nodeNumber = 7;
   page.GetConfiguration(target);
-  EXPECT_EQ(
-      FieldsOf(target),
-      FieldsOf(Configured<CPlcMultiConfig>({{"nodes", {Node("a"), Node("c")}}, {"disableWriting", 1}})));
+  EXPECT_EQ(FieldsOf(target),
+            FieldsOf(configured({{"nodes", {Node("a"), Node("c")}}, {"disableWriting", 1}})))
+      << "not appended";
   EXPECT_EQ(target.m_nodeNumber, 7u);
 
-  const auto source = Configured<CInputConfig>(R"({"preprocess": 1, "preNewVars": ["p"]})");
-  m_page.SetConfiguration(source);
+  m_page.SetConfiguration(Configured<CInputConfig>(R"({"preprocess": 1, "preNewVars": ["p"]})"));
   CSmartPage smart;
   smart.SetConfiguration(Configured<CSmartConfig>(R"({"outputVars": ["s"]})"));
   page.SetInputPointer(&m_page);
   page.SetSmartPointer(&smart);
-  m_user.Run({&page},
-             {"Disable Writing / Add  / Variable List / Available Vars?p,s, / Cancel / Cancel / "
-              "Net nodes#0 / Edit  / Variable List / Selected Vars#0 / Delete Variable / OK / "
-              "Variable List / Insert  New Variable / New Variable=a / OK / ->> / OK / OK",
-              [&](QWidget*) { m_page.SetConfiguration({}); },  // its names are not known: no list opens
-              "Net nodes#0 / Edit  / Variable List / OK / OK"});
+  m_user.Run(page, {"Disable Writing / Add  / Type of PLC :=Scripted / Name :=n / Configure PLC / Variable "
+                    "List / Available Vars?p,s, / ->> / OK / OK / Net nodes?a,c,n, / Net nodes#1 / Delete  / "
+                    "Net nodes##0 / Variable List / Selected Vars#0 / Delete Variable / OK / "
+                    "Variable List / Insert  New Variable / New Variable=a / OK / ->> / OK / OK",
+                    [&](QWidget*) { m_page.SetConfiguration({}); },  // its names are not known: no list opens
+                    "Net nodes#0 / Edit  / Variable List / OK / OK"});
   const json held = Held<CPlcMultiConfig>(page);
   EXPECT_EQ(held["disableWriting"], 0);
   EXPECT_EQ(held["nodes"][0]["varNames"], json({"b", "a", "p", "s"}));
   EXPECT_EQ(held["nodes"][0]["scaler"][1]["scale"], 4) << "the scale is kept until OK";
+  EXPECT_EQ(held["nodes"][1]["nodeName"], "n");
   page.DeleteList();
   EXPECT_EQ(Held<CPlcMultiConfig>(page)["nodes"], json::array());
 }

@@ -58,8 +58,8 @@ using CTableUser = std::function<void(QTableView*)>;
 
 // Runs the dialog on the variables a, b and c and returns the rows, "name scale low high clamping|" each.
 std::string WorkIn(const CTableUser& user, const char* end) {
-  auto scaler = Configured<CScalerConfig>(R"({"scaler": [{"varName": "gone"}, {"varName": "b",
-    "scale": 1.23456789, "lowLimit": -0.5, "highLimit": 2e10, "clamping": 1}]})");
+  auto scaler = Configured<CScalerConfig>(R"({"scaler": [{"varName": "b", "scale": 1.23456789,
+    "lowLimit": -0.5, "highLimit": 2e10, "clamping": 1}, {"varName": "b"}]})");
   const CStringArray names = Names({"a", "b", "c"});
   CScalerDlg dialog;
   dialog.m_pNames = &names;
@@ -91,7 +91,7 @@ TEST(ScalerDlg, ShowsARowForEachVariableAndCancelChangesNothing) {
     ClickCell(view, 0, 1);
     Type("8\r");
   };
-  EXPECT_EQ(WorkIn(look, "Cancel"), "gone 1 0 0 0|" + kB);
+  EXPECT_EQ(WorkIn(look, "Cancel"), kB + "b 1 0 0 0|");
 }
 
 TEST(ScalerDlg, OkWritesWhatIsTypedAndClicked) {

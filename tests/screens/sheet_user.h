@@ -48,12 +48,11 @@ inline std::string StateOf(QWidget* window, const char* name) {
   if (const auto* combo = Seek<QComboBox>(window, name)) return state(combo, combo->currentText());
   if (const auto* button = Seek<QAbstractButton>(window, name))
     return state(button, button->isChecked() ? "x" : "");
-  if (const auto* list = Seek<QListWidget>(window, name)) {
-    QString texts;
-    for (int i = 0; i < list->count(); ++i) texts += list->item(i)->text() + ",";
-    return state(list, texts);
-  }
-  return Find<QLabel>(window, name)->text().toStdString();
+  const auto* list = Seek<QListWidget>(window, name);
+  if (!list) return Find<QLabel>(window, name)->text().toStdString();
+  QString texts;
+  for (const std::string& text : Shown(list)) texts += QString::fromStdString(text) + ",";
+  return state(list, texts);
 }
 
 inline void Enter(QWidget* window, const char* name, const QString& text) {
@@ -67,11 +66,7 @@ inline void Enter(QWidget* window, const char* name, const QString& text) {
   }
   auto* edit = Find<QLineEdit>(window, name);
   edit->selectAll();
-  QTest::keyClick(edit, Qt::Key_Delete);
-  if (std::ranges::all_of(text, [](QChar c) { return c < QChar(0x80); }))
-    QTest::keyClicks(edit, text);
-  else
-    edit->insert(text);  // QTest has no keys for it
+  edit->insert(text);  // as if pasted; its validator checks it
 }
 
 class CSheetUser {
@@ -85,18 +80,16 @@ class CSheetUser {
     m_next = 0;
     int result = -1;
     Act([&] { result = run(); });
-    // A box may come after OK.
-    if (m_next + 1 == m_steps.size())
-      if (const auto* last = std::get_if<std::string>(&m_steps.back())) ExpectBox(last->substr(1)), ++m_next;
+    if (m_next + 1 == m_steps.size()) Next(nullptr);  // a box may come after OK
     EXPECT_EQ(m_next, m_steps.size()) << "steps followed";
     return result;
   }
   int Run(CDialog& dialog, const CSteps& steps) {
     return Run([&] { return dialog.DoModal(); }, steps);
   }
-  int Run(const std::vector<CPropertyPage*>& pages, const CSteps& steps) {
+  int Run(CPropertyPage& page, const CSteps& steps) {
     CPropertySheet sheet("Configuration");
-    for (CPropertyPage* page : pages) sheet.AddPage(*page);
+    sheet.AddPage(page);
     return Run(sheet, steps);
   }
 
@@ -106,9 +99,9 @@ class CSheetUser {
  private:
   void Add(const CStep& step) {
     const auto* text = std::get_if<std::string>(&step);
-    if (!text) return m_steps.push_back(step);
+    if (!text) return m_steps.push_back(std::get<1>(step));
     for (const QString& each : QString::fromStdString(*text).split(" / "))
-      m_steps.emplace_back(each.toStdString());
+      m_steps.emplace_back([this, each](QWidget* window) { Do(window, each.toStdString()); });
   }
 
   // Does what may open a dialog, which then gets the next steps.
@@ -127,23 +120,18 @@ class CSheetUser {
 
   void Follow(QWidget* window) {
     m_open.push_back(window);
-    while (m_next < m_steps.size() && window->isVisible()) {
-      const CStep step = m_steps[m_next++];
-      try {
-        if (const auto* text = std::get_if<std::string>(&step))
-          Do(window, *text);
-        else
-          std::get<1>(step)(window);
-      } catch (const std::runtime_error& e) {
-        ADD_FAILURE() << "step " << m_next << ": " << e.what();
-      }
-    }
+    while (m_next < m_steps.size() && window->isVisible()) Next(window);
     m_open.pop_back();
+  }
+
+  void Next(QWidget* window) try { m_steps[m_next++](window); } catch (const std::runtime_error& e) {
+    ADD_FAILURE() << "step " << m_next << ": " << e.what();
   }
 
   void Do(QWidget* window, const std::string& step) {
     SCOPED_TRACE("step " + std::to_string(m_next) + ": " + step);
     if (step[0] == '!') return ExpectBox(step.substr(1));
+    if (!window) throw std::runtime_error("the dialog is closed");
     const std::size_t end = std::min(step.find_first_of("=?#"), step.size());
     const std::string name = step.substr(0, end), rest = step.substr(std::min(end + 1, step.size()));
     if (end == step.size()) return Act([&] { Click(window, name.c_str()); });
@@ -154,9 +142,10 @@ class CSheetUser {
     QListWidgetItem* item = list->item(std::stoi(rest.substr(isDouble)));
     list->setCurrentItem(item);
     item->setSelected(true);  // also in a list without a current item
+    if (!isDouble) return;
     const QPoint place = list->visualItemRect(item).center();
-    if (isDouble) QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, place);
-    if (isDouble) Act([&] { QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, place); });
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, place);
+    Act([&] { QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, place); });
   }
 
   static void Expect(const std::string& state, const std::string& expected) { EXPECT_EQ(state, expected); }
@@ -166,7 +155,7 @@ class CSheetUser {
     EXPECT_EQ(boxes.Take(), text.empty() ? CTexts() : CTexts{isWhole ? text : "|" + text + "|30"});
   }
 
-  CSteps m_steps;
+  std::vector<std::function<void(QWidget*)>> m_steps;
   std::size_t m_next = 0;
   std::vector<QWidget*> m_open;  // the dialogs that get steps, innermost last
 };

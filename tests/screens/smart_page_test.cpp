@@ -24,16 +24,16 @@ TEST(SmartPage, EachDialogEditsItsPartOnOkAlone) {
   page.SetConfiguration(before);
   CSheetUser user;
   // Without an input page there is nothing to choose from.
-  user.Run({&page}, {kInput + "Available Vars? / OK / " + kEquations + "OK / OK"});
+  user.Run(page, {kInput + "Available Vars? / OK / " + kEquations + "OK / OK"});
   page.SetInputPointer(&input);
-  user.Run({&page}, {kInput + "->> / Cancel / " + kEquations + "Equations=x = a; / Cancel / " + kOutput +
-                     "Delete All / Cancel / OK"});
+  user.Run(page, {kInput + "->> / Cancel / " + kEquations + "Equations=x = a; / Cancel / " + kOutput +
+                  "Delete All / Cancel / OK"});
   EXPECT_EQ(Held(page, replaced), FieldsOf(before));
-  user.Run({&page}, {kInput + "Available Vars?a, / ->> / OK / " + kEquations +
-                         "Equations?e = 1; / Equations=x = a; / OK / " + kOutput +
-                         "Variable List?o, / Delete All / OK",
-                     [&](QWidget*) { input.SetConfiguration({}); },  // its names are not known
-                     kInput + kEquations + kOutput + "OK / OK"});
+  user.Run(page, {kInput + "Available Vars?a, / ->> / OK / " + kEquations +
+                      "Equations?e = 1; / Equations=x = a; / OK / " + kOutput +
+                      "Variable List?o, / Delete All / OK",
+                  [&](QWidget*) { input.SetConfiguration({}); },  // its names are not known
+                  kInput + kEquations + kOutput + "OK / OK"});
   EXPECT_EQ(Held(page, replaced), FieldsOf(after));
 }
 

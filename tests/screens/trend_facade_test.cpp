@@ -23,29 +23,24 @@ class TrendFacade : public testing::Test {
 };
 
 TEST_F(TrendFacade, OkWritesTheSettingsAndOnlyTheFlagSurvivesCancel) {
-  const std::string kInsert = "Variables  / Insert  New Variable / New Variable=new / OK / ";
-  const auto kBefore = nlohmann::json::parse(
+  auto settings = nlohmann::json::parse(
       R"({"baseVars": ["a", "b"], "extraVars": ["old"], "equationText": "old = a", "calculateExtra": 7})");
-  const struct {
-    std::string steps;
-    int flag;
-    const char* after;  // OK, of the other settings
-  } kCases[] = {
-      {kInsert + "Cancel / Equations / Equations=n = b; / Cancel", 7, "{}"},
-      {"Variables  / Variable List#2 / Delete Variable / OK", 0, R"({"extraVars": []})"},
-      {kInsert + "OK / Equations / Equations?old = a / Equations=n = b; m = n; / OK", 1,
-       R"({"extraVars": ["old", "new"], "equationText": "n = b; m = n;"})"},
+  *m_stage.GetOptions() = Configured<CTrendConfig>(settings);
+  const auto edit = [&](const std::string& steps, const nlohmann::json& changes) {
+    const int result = Run({steps});
+    settings.update(changes);
+    EXPECT_EQ(FieldsOf(*m_stage.GetOptions()), FieldsOf(Configured<CTrendConfig>(settings))) << steps;
+    return result;
   };
-  for (const auto& c : kCases) {
-    for (const bool accepts : {true, false}) {
-      *m_stage.GetOptions() = Configured<CTrendConfig>(kBefore);
-      EXPECT_EQ(Run(accepts ? CSteps{c.steps, "OK"} : CSteps{c.steps}), accepts ? IDOK : IDCANCEL);
-      nlohmann::json after = kBefore;
-      after["calculateExtra"] = c.flag;
-      if (accepts) after.update(nlohmann::json::parse(c.after));
-      EXPECT_EQ(FieldsOf(*m_stage.GetOptions()), FieldsOf(Configured<CTrendConfig>(after))) << c.steps;
-    }
-  }
+  const std::string kInsert = "Variables  / Insert  New Variable / New Variable=new / OK / ",
+                    kEdit = kInsert + "OK / Equations / Equations?old = a / Equations=n = b; m = n; / OK / ";
+  EXPECT_EQ(edit(kInsert + "Cancel / Equations / Equations=n = b; / Cancel / OK", nlohmann::json::object()),
+            IDOK);
+  EXPECT_EQ(edit(kEdit + "Cancel", {{"calculateExtra", 1}}), IDCANCEL);
+  EXPECT_EQ(edit(kEdit + "OK", {{"extraVars", {"old", "new"}}, {"equationText", "n = b; m = n;"}}), IDOK);
+  const std::string kDelete = "Variable List#2 / Delete Variable / ";
+  edit("Variables  / " + kDelete + kDelete + "OK / OK",
+       {{"extraVars", nlohmann::json::array()}, {"calculateExtra", 0}});
 }
 
 TEST_F(TrendFacade, OnlyOneIsOpen) {
