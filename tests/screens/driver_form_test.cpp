@@ -36,20 +36,16 @@ TEST_F(DriverFormDlg, ARefusedValueKeepsTheDialogOpen) {
   m_module.form.check = [](const DriverField* fields, int, void*) {
     return fields[0].number == 6 ? "" : "Period has to be 6.";
   };
-  EXPECT_EQ(Show({"Period=101 / Name=12345\u20AC / OK / !Pump|Period: enter a whole number from -5 to "
-                  "100.|30 / Period?101",
-                  hasFocus("Period"), "Period=7 / OK / !Pump|Name: enter at most 7 bytes; the text has 8.|30",
-                  hasFocus("Name"), "Name=new / OK / !Pump|Period has to be 6.|30",
-                  [&](QWidget*) { EXPECT_EQ(m_module.State(), "5|abc|1"); }, "Period=6 / OK"}),
-            1);
+  EXPECT_EQ(
+      Show({[](QWidget* window) { EXPECT_TRUE(QTest::qWaitForWindowActive(window)); },
+            "Help?How long. From -5 to 100. / Period=101 / Name=12345\u20AC / OK / "
+            "!Pump|Period: enter a whole number from -5 to 100.|30 / Period?101",
+            hasFocus("Period"), "Period=7 / OK / !Pump|Name: enter at most 7 bytes; the text has 8.|30",
+            hasFocus("Name"), "Help?What for. / Name=new / OK / !Pump|Period has to be 6.|30",
+            [&](QWidget*) { EXPECT_EQ(m_module.State(), "5|abc|1"); },
+            [](QWidget* window) { Find<QComboBox>(window, "Mode")->setFocus(); }, "Help? / Period=6 / OK"}),
+      1);
   EXPECT_EQ(m_module.State(), "6|new|1");
-}
-
-TEST_F(DriverFormDlg, ShowsTheHelpOfTheFieldWithTheFocus) {
-  Show({[](QWidget* window) { EXPECT_TRUE(QTest::qWaitForWindowActive(window)); },
-        "Help?How long. From -5 to 100.",
-        [](QWidget* window) { Find<QLineEdit>(window, "Name")->setFocus(); }, "Help?What for.",
-        [](QWidget* window) { Find<QComboBox>(window, "Mode")->setFocus(); }, "Help?"});
 }
 
 TEST_F(DriverFormDlg, FitsAllItsFieldsOnASmallScreen) {

@@ -1,4 +1,4 @@
-// The table of scales and limits, edited with mouse and keys.
+// The table of scales and limits, edited with keys.
 #include "vastra/screens/scaler_dlg.h"
 
 #include <gtest/gtest.h>
@@ -6,31 +6,12 @@
 #include <QHeaderView>
 #include <QTableView>
 
-#include <map>
 #include <sstream>
 
 #include "tests/screens/sheet_user.h"
 
 namespace vastra {
 namespace {
-
-// Clicks into a cell, near its left edge, where a box is.
-void ClickCell(QTableView* view, int row, int col) {
-  const QRect cell = view->visualRect(view->model()->index(row, col));
-  QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, cell.topLeft() + QPoint(12, cell.height() / 2));
-}
-
-// Types into the widget with the focus: the editor of a cell, or the table. "<" is the key that goes back.
-void Type(const std::string& keys) {
-  const std::map<char, Qt::Key> kKeys = {{'\t', Qt::Key_Tab}, {'<', Qt::Key_Backtab}, {'\r', Qt::Key_Return}};
-  for (const char key : keys) {
-    if (kKeys.contains(key))
-      QTest::keyClick(QApplication::focusWidget(), kKeys.at(key));
-    else
-      QTest::keyClick(QApplication::focusWidget(), key);
-    QApplication::processEvents();  // the editor closes after its key
-  }
-}
 
 // The columns, "head width|" each.
 std::string Columns(const QTableView* view) {
@@ -47,73 +28,62 @@ std::string Rows(const QTableView* view, int rows) {
   for (int cell = 0, columns = view->model()->columnCount(); cell < rows * columns; ++cell) {
     const QModelIndex index = view->model()->index(cell / columns, cell % columns);
     const QVariant box = index.data(Qt::CheckStateRole);
-    texts +=
-        (box.isValid() ? box.toInt() == Qt::Checked ? "x" : "-" : index.data().toString().toStdString()) +
-        "|";
+    const char* state = box.toInt() == Qt::Checked ? "x|" : "-|";
+    texts += box.isValid() ? state : index.data().toString().toStdString() + "|";
   }
   return texts;
 }
 
-using CTableUser = std::function<void(QTableView*)>;
-
-// Runs the dialog on the variables a, b and c and returns the rows, "name scale low high clamping|" each.
-std::string WorkIn(const CTableUser& user, const char* end) {
-  auto scaler = Configured<CScalerConfig>(R"({"scaler": [{"varName": "b", "scale": 1.23456789,
-    "lowLimit": -0.5, "highLimit": 2e10, "clamping": 1}, {"varName": "b"}]})");
-  const CStringArray names = Names({"a", "b", "c"});
-  CScalerDlg dialog;
-  dialog.m_pNames = &names;
-  dialog.m_pScaler = &scaler;
-  CSheetUser().Run(dialog, {[&](QWidget* window) {
-                     EXPECT_TRUE(QTest::qWaitForWindowActive(window));
-                     auto* view = Find<QTableView>(window, "Scaler");
-                     EXPECT_EQ(QApplication::focusWidget(), view);
-                     user(view);
-                     if (*end) Find<QAbstractButton>(window, end)->click();  // the focus does not move
-                   }});
-  std::ostringstream rows;
-  rows.precision(9);
-  for (const CScalerConfigNode& row : scaler.m_nodes)
-    rows << row.m_varName.Std() << " " << row.m_scale << " " << row.m_lowLimit << " " << row.m_highLimit
-         << " " << row.m_clamping << "|";
-  return rows.str();
+// Types into the widget with the focus: the editor of a cell, or the table.
+void Type(const std::string& keys) {
+  for (const char key : keys) {
+    QTest::keyClick(QApplication::focusWidget(), key);
+    QApplication::processEvents();  // the editor closes after its key
+  }
 }
 
-const std::string kB = "b 1.23456788 -0.5 2e+10 1|";
-
-TEST(ScalerDlg, ShowsARowForEachVariableAndCancelChangesNothing) {
-  const auto look = [](QTableView* view) {
-    EXPECT_EQ(Columns(view), "Variables 91|Scales 79|Min. Val. 79|Max. Val. 79|Clamp 50|");
-    EXPECT_EQ(view->model()->rowCount(), 3);
-    EXPECT_EQ(view->horizontalHeader()->height(), 20);
-    EXPECT_EQ(view->font().pointSize(), 8);
-    EXPECT_EQ(Rows(view, 2), "a|1.0000|0.0000|0.0000|-|b|1.2346|-0.5000|20000000000.0000|x|");
-    ClickCell(view, 0, 1);
-    Type("8\r");
-  };
-  EXPECT_EQ(WorkIn(look, "Cancel"), kB + "b 1 0 0 0|");
-}
-
-TEST(ScalerDlg, OkWritesWhatIsTypedAndClicked) {
+TEST(ScalerDlg, ShowsARowForEachVariableAndOkWritesWhatIsTyped) {
+  const std::string kB = "b 1.23456788 -0.5 2e+10 1|", kC = "c 1 0 0 0|";
+  const auto tabs = [](int count) { return std::string(static_cast<std::size_t>(count), '\t'); };
   const struct {
     const char* what;
-    std::vector<std::pair<int, int>> clicked;
-    std::string keys, rows;
+    std::string keys, rows;  // "name scale low high clamping|" each
     const char* end = "OK";
   } kCases[] = {
-      {"visited cells", {{0, 1}}, std::string(20, '\t'), "a 1 0 0 0|" + kB + "c 1 0 0 0|"},
-      {"not a number", {{1, 1}}, "abc\r", "a 1 0 0 0|b 0 -0.5 2e+10 1|c 1 0 0 0|"},
-      {"an open cell", {{2, 3}}, "-2.5e1 m", "a 1 0 0 0|" + kB + "c 1 0 -25 0|"},
-      {"keys alone", {}, "\t2\t3.5\t4\t \tx\t0.1<", "a 2 3.5 4 1|b 0.100000001 -0.5 2e+10 1|c 1 0 0 0|"},
-      {"boxes", {{1, 4}, {2, 4}}, "  ", "a 1 0 0 0|b 1.23456788 -0.5 2e+10 0|c 1 0 0 1|"},
-      {"Return for the cell and the dialog", {{0, 1}}, "8\r\r", "a 8 0 0 0|" + kB + "c 1 0 0 0|", ""},
+      {"cancelled", "\t8\r", kB + "b 1 0 0 0|", "Cancel"},
+      {"visited cells", tabs(20), "a 1 0 0 0|" + kB + kC},
+      {"not a number", tabs(6) + "abc\r", "a 1 0 0 0|b 0 -0.5 2e+10 1|" + kC},
+      {"an open cell", tabs(13) + "-2.5e1 m", "a 1 0 0 0|" + kB + "c 1 0 -25 0|"},
+      {"each column", "\t2\t3.5\t4\t \tx\t0.1\t", "a 2 3.5 4 1|b 0.100000001 -0.5 2e+10 1|" + kC},
+      {"boxes", tabs(9) + " " + tabs(5) + " ", "a 1 0 0 0|b 1.23456788 -0.5 2e+10 0|c 1 0 0 1|"},
+      {"Return for the cell and the dialog", "\t8\r\r", "a 8 0 0 0|" + kB + kC, ""},
   };
   for (const auto& c : kCases) {
-    const auto user = [&](QTableView* view) {
-      for (const auto& [row, col] : c.clicked) ClickCell(view, row, col);
+    auto scaler = Configured<CScalerConfig>(R"({"scaler": [{"varName": "b", "scale": 1.23456789,
+      "lowLimit": -0.5, "highLimit": 2e10, "clamping": 1}, {"varName": "b"}]})");
+    const CStringArray names = Names({"a", "b", "c"});
+    CScalerDlg dialog;
+    dialog.m_pNames = &names;
+    dialog.m_pScaler = &scaler;
+    const auto type = [&](QWidget* window) {
+      EXPECT_TRUE(QTest::qWaitForWindowActive(window));
+      auto* view = Find<QTableView>(window, "Scaler");
+      EXPECT_EQ(QApplication::focusWidget(), view);
+      EXPECT_EQ(Columns(view), "Variables 91|Scales 79|Min. Val. 79|Max. Val. 79|Clamp 50|");
+      EXPECT_EQ(view->horizontalHeader()->height(), 20);
+      EXPECT_EQ(view->font().pointSize(), 8);
+      EXPECT_EQ(view->model()->rowCount(), 3);
+      EXPECT_EQ(Rows(view, 2), "a|1.0000|0.0000|0.0000|-|b|1.2346|-0.5000|20000000000.0000|x|");
       Type(c.keys);
+      if (*c.end) Find<QAbstractButton>(window, c.end)->click();  // the focus does not move
     };
-    EXPECT_EQ(WorkIn(user, c.end), c.rows) << c.what;
+    CSheetUser().Run(dialog, {type});
+    std::ostringstream rows;
+    rows.precision(9);
+    for (const CScalerConfigNode& row : scaler.m_nodes)
+      rows << row.m_varName.Std() << " " << row.m_scale << " " << row.m_lowLimit << " " << row.m_highLimit
+           << " " << row.m_clamping << "|";
+    EXPECT_EQ(rows.str(), c.rows) << c.what;
   }
 }
 
