@@ -103,7 +103,7 @@ TEST(ConsoleView, OfLessThanTwoLinesIsRestoredWhenItIsHighAgainAndKeepsItsTopWhe
 TEST(ConsolePlace, OfTheUserIsReadUpToTheFirstError) {
   const std::pair<const char*, const char*> kCases[] = {{" -7, +8,9,10 and so on", "-7,8,9,10"},
                                                         {"5,6,x,7", "5,6,3,4"},
-                                                        {"5 ,6,7,8", "5,2,3,4"},
+                                                        {"5 6,7,8", "5,2,3,4"},
                                                         {"", "1,2,3,4"},
                                                         {"5,99999999999999999999,7", "5,2,3,4"},
                                                         {"-16777215,6,16777216,8", "-16777215,6,3,4"}};

@@ -138,12 +138,16 @@ TEST_F(Console, OnTopChangesNothingElseOfTheWindow) {
 TEST_F(Console, WindowIsDestroyedWhileAWorkerWritesToIt) {
   CConsole::Instance();
   std::atomic<bool> ended = false;
+  std::atomic<int> writes = 0;
   std::thread worker([&] {
     const CString text(std::string(1 << 20, 'x'));  // its copy takes long
-    while (!ended) WriteToConsole(0, text, 0, 0);
+    for (; !ended; ++writes) WriteToConsole(0, text, 0, 0);
   });
   for (int i = 0; i < 50; ++i) {
-    EXPECT_EQ(Open(0, "zero").Destroy(0), 1);
+    CConsole& console = Open(0, "zero");
+    std::this_thread::sleep_for(std::chrono::microseconds(i));
+    EXPECT_EQ(console.Destroy(0), 1);
+    for (const int before = writes; writes == before;) std::this_thread::yield();
     QApplication::processEvents();
   }
   ended = true;

@@ -55,12 +55,9 @@ TEST_F(SelectionFile, EveryByteHasItsPlace) {
 }
 
 TEST_F(SelectionFile, AFileThatIsCutKeepsTheWholeNames) {
-  const std::map<std::size_t, const char*> read = {// by the size of the file
-                                                   {0, "no count old|"},
-                                                   {8, "cut "},
-                                                   {30, "cut a|"},
-                                                   {53, "cut a|bb|"},
-                                                   {kTrend.size(), "a|bb|"}};
+  // By the size from which it is read.
+  const std::map<std::size_t, const char*> read = {
+      {0, "no count old|"}, {8, "cut "}, {30, "cut a|"}, {53, "cut a|bb|"}, {kTrend.size(), "a|bb|"}};
   for (std::size_t size = 0; size <= kTrend.size(); ++size)
     EXPECT_EQ(ReadTrend(kTrend.substr(0, size)), std::prev(read.upper_bound(size))->second) << size;
   EXPECT_EQ(ReadTrend(kTrend + "more"), "a|bb|");

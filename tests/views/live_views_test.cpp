@@ -1,19 +1,200 @@
-// The trend window on real stages: its plot, and its curves after a selection, a file or other variables.
+// The scan grid and the trend window on real stages.
 #include <QFrame>
 #include <QLineEdit>
+#include <QTableView>
 
 #include <array>
 #include <bit>
 
-#include "tests/views/live_views.h"
+#include "tests/support/files.h"
+#include "tests/support/names.h"
+#include "tests/support/recorder.h"
+#include "tests/support/windows.h"
+#include "vastra/stages/log_input.h"
+#include "vastra/stages/log_trendings.h"
+#include "vastra/views/trending_dlg.h"
+#include "vastra/views/var_scan_dlg.h"
 
 namespace vastra {
 namespace {
 
+using CBoxes = std::vector<std::string>;
 constexpr COLORREF kFirst = 0xFA5A5A, kSecond = 0x5AFA5A;
 constexpr COLORREF kWhite = 0xFFFFFF, kBlack = 0, kYellow = 0x00FFFF;
 const char* const kLost = "Message|Some variables had to be removed from the trending.|30";
+const char* const kLostRows = "Message|Some variables had to be removed from the grid.|30";
 const char* const kUnreadable = "Message|Error reading file.|30";
+
+// An input of three variables a, b, c, then the trending stage.
+class LiveViews : public testing::Test {
+ protected:
+  LiveViews() {
+    auto* node = new CPlcNodeConfig;
+    node->m_driver.plcType = 9001;  // the simulator
+    node->m_driver.text1 = "constant";
+    node->m_driver.variableCount = 3;
+    node->m_varNames = m_names = Names({"a", "b", "c"});
+    m_input.GetOptions()->m_plcNodes.AddTail(node);
+    EXPECT_EQ(m_input.Open(), 1);
+    EXPECT_EQ(m_trendings.Open(m_names), 1);
+  }
+  ~LiveViews() override {
+    if (m_trend) m_trend->DestroyWindow();
+    if (m_grid) m_grid->DestroyWindow();
+  }
+
+  QWidget* OpenTrend() {
+    m_trend = new CTrendingDlg;
+    m_trend->SetInputPointers(&m_input, &m_trendings, &m_trend);
+    m_trend->SetGridPointer(&m_grid);
+    m_trend->SetTimeScan(1000);
+    EXPECT_EQ(m_trend->Create(), 1);
+    m_trend->ShowWindow(SW_SHOW);
+    return m_trend->Widget();
+  }
+  QWidget* OpenGrid() {
+    m_grid = new CVarScanDlg;
+    m_grid->SetInputPointers(&m_input, &m_trendings, &m_grid);
+    m_grid->SetTrendPointer(&m_trend);
+    EXPECT_EQ(m_grid->Create(), 1);
+    m_grid->ShowWindow(SW_SHOW);
+    return m_grid->Widget();
+  }
+
+  void Write(std::initializer_list<float> values) {
+    CLogSample sample;
+    for (const float value : values) sample.m_values.Add(value);
+    EXPECT_EQ(m_trendings.Write(sample), 1);
+  }
+  // Writes a sample and refreshes the open views.
+  void Scan(std::initializer_list<float> values) {
+    Write(values);
+    if (m_trend) m_trend->Refresh();
+    if (m_grid) m_grid->Refresh();
+  }
+  // The user chooses exactly names, in this order.
+  static void Choose(QWidget* window, std::initializer_list<const char*> names) {
+    const auto user = [&](QWidget* dialog) {
+      Click(dialog, "<<");
+      auto* list = Find<QListWidget>(dialog, "Available variables");
+      for (const char* name : names) {
+        list->findItems(name, Qt::MatchExactly).at(0)->setSelected(true);
+        Click(dialog, "--->");
+      }
+      Click(dialog, "OK");
+    };
+    WhileModal([&] { Click(window, "Edit"); }, user);
+  }
+  void Load(QWidget* window, const char* file) {
+    m_chooser.path = m_dir / file;
+    Click(window, "Load");
+  }
+
+  CRecorder m_recorder;
+  CTestPrompter m_prompter;
+  CTestChooser m_chooser;
+  CTempDir m_dir;
+  CLogInput m_input;
+  CLogTrendings m_trendings;
+  CStringArray& m_names = m_trendings.GetOptions()->m_baseVars;
+  CTrendingDlg* m_trend = nullptr;  // the host's variables
+  CVarScanDlg* m_grid = nullptr;
+};
+
+class ScanGrid : public LiveViews {
+ protected:
+  // The rows with text, as "name value|".
+  std::string Rows() const {
+    const QAbstractItemModel* model = m_view->model();
+    QString all;
+    for (int row = 0; row < model->rowCount(); ++row) {
+      const QString text =
+          model->index(row, 0).data().toString() + " " + model->index(row, 1).data().toString();
+      if (text != " ") all += text + "|";
+    }
+    return all.toStdString();
+  }
+
+  QWidget* const m_window = OpenGrid();
+  QTableView* const m_view = m_window->findChild<QTableView*>();
+};
+
+TEST_F(ScanGrid, EachRowShowsTheValueOfItsNameFromTheNextRefreshOn) {
+  EXPECT_EQ(Rows(), "");
+  Write({1, 2.346F, 3});
+  Choose(m_window, {"c", "b"});
+  EXPECT_EQ(Rows(), "c 3.00|b 2.35|");
+  m_grid->ResetVarNames();
+  EXPECT_EQ(Rows(), "c 0.00|b 0.00|");
+  Scan({4, 5});
+  EXPECT_EQ(Rows(), "c 0.00|b 5.00|") << "a sample without c";
+  m_trendings.Close();
+  m_grid->Refresh();
+  EXPECT_EQ(Rows(), "c 0.00|b 5.00|");
+}
+
+TEST_F(ScanGrid, AFrozenGridCollectsValuesAndShowsThemAtTheNextRefresh) {
+  Choose(m_window, {"a"});
+  QApplication::processEvents();
+  CPaints paints(m_view->viewport());
+  Click(m_window, "Freeze");
+  Scan({7, 0, 0});
+  EXPECT_EQ(paints.Take(), 0);
+  EXPECT_EQ(Rows(), "a 7.00|");
+  Click(m_window, "Unfreeze");
+  EXPECT_EQ(paints.Take(), 0);
+  m_grid->Refresh();
+  EXPECT_EQ(paints.Take(), 1);
+}
+
+TEST_F(ScanGrid, LostNamesAreRemovedAndTheOthersMoveUp) {
+  WriteSelection(m_dir / "x.grd", Names({"c", "lost", "a"}));
+  Write({1, 2, 3});
+  Load(m_window, "x.grd");
+  EXPECT_EQ(m_prompter.Take(), CBoxes({kLostRows}));
+  EXPECT_EQ(Rows(), "c 3.00|a 1.00|");
+  m_names = Names({"x", "a"});
+  m_trendings.GetOptions()->m_extraVars = Names({"y"});
+  m_grid->ResetVarNames();
+  EXPECT_EQ(m_prompter.Take(), CBoxes({kLostRows}));
+  Choose(m_window, {"y", "a"});
+  EXPECT_EQ(Rows(), "y 3.00|a 2.00|");
+}
+
+TEST_F(ScanGrid, ASelectionIsSavedAndLoaded) {
+  Choose(m_window, {"b", "a"});
+  m_chooser.path = m_dir / "s.grd";
+  Click(m_window, "Save");
+  const CFileQuestion& asked = m_chooser.file;
+  EXPECT_EQ(asked.defaultExtension + " " + asked.name + " " + asked.filter,
+            "grd Grid Grid Files (*.grd)|*.grd|All Files (*.*)|*.*||");
+  EXPECT_TRUE(asked.save && asked.asksToOverwrite);
+  Choose(m_window, {"c"});
+  Load(m_window, "s.grd");
+  EXPECT_FALSE(asked.save || asked.mustExist);
+  EXPECT_EQ(Rows(), "b 0.00|a 0.00|");
+
+  WriteBytes(m_dir / "cut", ReadBytes(m_dir / "s.grd").substr(0, 11));
+  const struct {
+    const char *file, *rows;
+  } kFaults[] = {{"none", "b 0.00|a 0.00|"}, {"cut", "b 0.00| 0.00|"}};  // until the names are mapped again
+  for (const auto& [file, rows] : kFaults) {
+    Load(m_window, file);
+    EXPECT_EQ(m_prompter.Take(), CBoxes({kUnreadable}));
+    EXPECT_EQ(Rows(), rows);
+  }
+  m_grid->ResetVarNames();
+  EXPECT_EQ(Rows(), "b 0.00|");
+  m_chooser.path = m_dir / "none/x";
+  Click(m_window, "Save");
+  m_chooser.path = "";
+  for (const char* button : {"Save", "Load"}) Click(m_window, button);  // both cancelled
+  EXPECT_EQ(m_prompter.Take(), CBoxes());
+  m_chooser.path = m_dir / "s.grd";
+  const CFileSizeLimit full(3);
+  Click(m_window, "Save");
+  EXPECT_EQ(m_prompter.Take(), CBoxes({"Message|Couldn't write file.|30"}));
+}
 
 class TrendWindow : public LiveViews {
  protected:
@@ -242,7 +423,7 @@ TEST_F(TrendWindow, ChangingTheExtraVariablesReopensTheStageAndServesBothWindows
   };
   m_names = Names({"a", "b"});
   Configure(m_window);
-  EXPECT_EQ(m_prompter.Take(), CBoxes({kLost, "Message|Some variables had to be removed from the grid.|30"}));
+  EXPECT_EQ(m_prompter.Take(), CBoxes({kLost, kLostRows}));
   EXPECT_EQ(Curves(), "0");
   grid->grab(), paints.Take();
   Scan({1, 2, 3});
@@ -290,18 +471,16 @@ TEST_F(TrendWindow, InADarkThemePlotAndLegendStayWhite) {
   QApplication::setPalette(dark);
   m_names = Names({"a name longer than the legend is wide"});
   Choose(m_window, {m_names[0]});
-  const char *const kScales[] = {"Vertical scale", "Horizontal scale"}, *const kWhites[] = {"Trends",
-                                                                                            "Legend"};
-  for (const char* part : kWhites) {
-    EXPECT_FALSE(Coloured(kWhite, part).isNull()) << part;
-    EXPECT_TRUE(Coloured(kYellow, part).isNull()) << part;
-    EXPECT_EQ(Coloured(kBlack, part).isNull(), part == kWhites[0]) << part;
-  }
-  for (const char* part : kScales) {
-    EXPECT_TRUE(Coloured(kWhite, part).isNull()) << part;
-    EXPECT_FALSE(Coloured(kYellow, part).isNull() || Coloured(kBlack, part).isNull()) << part;
-  }
-  EXPECT_FALSE(Coloured(kFirst, "Legend").isNull());
+  const auto colours = [&](const char* part) {
+    std::string all;
+    for (const COLORREF colour : {kWhite, kBlack, kYellow, kFirst})
+      all += Coloured(colour, part).isNull() ? '.' : 'x';
+    return all;
+  };
+  EXPECT_EQ(colours("Trends"), "x...") << "white, black, yellow, the first curve";
+  EXPECT_EQ(colours("Legend"), "xx.x");
+  EXPECT_EQ(colours("Vertical scale"), ".xxx");
+  EXPECT_EQ(colours("Horizontal scale"), ".xx.");
   const QImage shown = Grab();
   EXPECT_EQ(PixelOf(shown, Frame("Trends").right() + 1, Frame("Trends").center().y()), kBlack);
   EXPECT_EQ(PixelOf(shown, Frame("Legend").right() + 2, Item(0).y()), kWhite) << "above the name's letters";
