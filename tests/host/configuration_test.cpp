@@ -62,35 +62,21 @@ TEST(ConfigurationJson, FillsInWhatIsLeftOutAndAcceptsOtherFormsOfWholeNumbers) 
 "summaries": [{"enableText": "a=1;", "summaryText": "b=2"}],
 "smart": {"equationText": "b"}, "trend": {"equationText": "c;"},
 "plcWrite": {"nodes": [{"varNames": ["a"], "scaler": [{}]}]}})")));
-  const std::pair<const char*, const char*> kFields[] = {
-      {"/input/scanPeriod", "4294967295"},
-      {"/input/simulating", "-1"},
-      {"/input/preprocess", "-1"},
-      {"/input/autoStart", "1"},
-      {"/input/asFastAsPossible", "2"},
-      {"/input/preEquations", R"(["a=1"])"},
-      {"/input/plcNodes/0/driver/variableCount", "2"},
-      {"/input/plcNodes/1/driver/variableCount", "0"},
-      {"/input/plcNodes/1/driver/station", "-2147483648"},
-      {"/input/plcNodes/1/driver/timeOut", "2000"},
-      {"/input/plcNodes/1/driver/value1", "0"},
-      {"/outputs/0", R"({"name":"","enableText":"","enableEquations":[],"varNames":[],"saveRp":0,"saveCsv":0,
-"maxLogs":400,"maxSamples":4000,"directory":"","nameVariable":"System Time","dwordName":0,"usePrefix":0,
-"prefix":""})"},
-      {"/outputs/1/enableEquations", R"(["a=1", " b=2"])"},
-      {"/outputs/2/enableEquations", "[]"},
-      {"/summaries/0/enableEquations", R"(["a=1"])"},
-      {"/summaries/0/summaryEquations", R"(["b=2"])"},
-      {"/summaries/0/maxSummaries", "400"},
-      {"/summaries/0/maxSamples", "4000"},
-      {"/smart/equations", R"(["b"])"},
-      {"/trend/equations", R"(["c"])"},
-      {"/plcWrite/nodes/0/driver/variableCount", "1"},
-      {"/plcWrite/nodes/0/scaler",
-       R"([{"varName": "", "scale": 1, "clamping": 0, "lowLimit": 0, "highLimit": 0}])"},
-  };
-  for (const auto& [field, value] : kFields)
-    EXPECT_EQ(full[json::json_pointer(field)], json::parse(value)) << field;
+  const json expected = json::parse(R"({
+"/input/scanPeriod": 4294967295, "/input/simulating": -1, "/input/preprocess": -1, "/input/autoStart": 1,
+"/input/asFastAsPossible": 2, "/input/preEquations": ["a=1"], "/input/plcNodes/0/driver/variableCount": 2,
+"/input/plcNodes/1/driver/variableCount": 0, "/input/plcNodes/1/driver/station": -2147483648,
+"/input/plcNodes/1/driver/timeOut": 2000, "/input/plcNodes/1/driver/value1": 0,
+"/outputs/0": {"name": "", "enableText": "", "enableEquations": [], "varNames": [], "saveRp": 0, "saveCsv": 0,
+  "maxLogs": 400, "maxSamples": 4000, "directory": "", "nameVariable": "System Time", "dwordName": 0,
+  "usePrefix": 0, "prefix": ""},
+"/outputs/1/enableEquations": ["a=1", " b=2"], "/outputs/2/enableEquations": [],
+"/summaries/0/enableEquations": ["a=1"], "/summaries/0/summaryEquations": ["b=2"],
+"/summaries/0/maxSummaries": 400, "/summaries/0/maxSamples": 4000,
+"/smart/equations": ["b"], "/trend/equations": ["c"], "/plcWrite/nodes/0/driver/variableCount": 1,
+"/plcWrite/nodes/0/scaler": [{"varName": "", "scale": 1, "clamping": 0, "lowLimit": 0, "highLimit": 0}]})");
+  for (const auto& [field, value] : expected.items())
+    EXPECT_EQ(full[json::json_pointer(field)], value) << field;
 }
 
 // The text of a configuration with nothing but value at path, such as "outputs[0].name".
@@ -117,18 +103,15 @@ TEST(ConfigurationJson, NamesTheKeyOfAWrongValue) {
       {"outputs[0].saveRp", {"4294967296", "-2147483649", "0.5"}, kNeedsFlag},
       {"outputs[0].directory", {"[]"}, "must be a text"},
       {"outputs[0].varNames", {"\"a\""}, "must be an array of texts"},
-      {"outputs[0].maxSummaries", {"1"}, "no such key"},
       {"outputs[0]", {"[]"}, "must be an object"},
       {"outputs", {"{}"}, "must be an array of objects"},
       {"outputs", {"[" + Repeated("{},", 100000) + "{}]"}, "has more than 100000 entries"},
-      {"input.plcNodes[0].driver", {"[]"}, "must be an object"},
       {"input.plcNodes[0].driver.station", {"2147483648"}, kNeedsInt},
       {"input.plcNodes[0].driver.variableCount", {"-1"}, kNeedsUint},
       {"input.plcNodes[0].scaler[0].scale", {"1e39", "false"}, kNeedsFloat},
       {"plcWrite.nodeNumber", {"1"}, "no such key"},
       {"m_input", {"{}"}, "no such key"},
       {"version", {"1004"}, "must be 1002 or 1003"},
-      {"version", {"\"1003\""}, kNeedsUint},
       {"trend.baseVars[0]", {R"("a\u0000b")"}, "must not hold U+0000"},
   };
   for (const auto& [path, values, words] : kWrong)
@@ -137,27 +120,21 @@ TEST(ConfigurationJson, NamesTheKeyOfAWrongValue) {
 }
 
 TEST(ConfigurationJson, ReportsWhereTheTextIsWrong) {
-  const std::string syntax = "syntax error while parsing ";
   const std::pair<std::string, std::string> kFaults[] = {
       {R"({"outputs": [{}, {"varNames": ["a", 1]}]})", "outputs[1].varNames[1]: must be a text"},
       {R"({"outputs": [)" + Repeated("0,", 1000000) + "0]}", "outputs[999998]: is one value too many"},
       {R"({"outputs": [{"name": "a", "name": "a"}]})", "outputs[0].name: is a duplicate key"},
-      {R"({"input": {}, "input": {}})", "input: is a duplicate key"},
       {R"({"plcWrite": {"nodes": [{"a\nb": 1}]}})", "plcWrite.nodes[0].a?b: no such key"},
       {R"({"trend": {"baseVars": ["a", [["b\u0000"]]]}})", "trend.baseVars[1][0][0]: must not hold U+0000"},
       {"{\"" + std::string(100, 'k') + "\":1}", std::string(60, 'k') + "...: no such key"},
       {"[]", "must be an object"},
       {std::string(1000000, '['), Repeated("[0]", 32) + ": nested too deeply"},
-      {"{", "no valid JSON, line 1, column 2: " + syntax +
-                "object key - unexpected end of input; expected string literal"},
       {"{}\n}",
-       "no valid JSON, line 2, column 1: " + syntax + "value - unexpected '}'; expected end of input"},
-      {"{\"a\":\n'b'}", "no valid JSON, line 2, column 1: " + syntax + "value - invalid literal"},
+       "no valid JSON, line 2, column 1: syntax error while parsing value - unexpected '}'; expected "
+       "end of input"},
       {"{\"a\":\"\xFF" + std::string(5000, 'x') + "\"}",
-       "no valid JSON, line 1, column 7: " + syntax + "value - invalid string: ill-formed UTF-8 byte"},
-      {R"({"a":"\ud800"})", "no valid JSON, line 1, column 13: " + syntax +
-                                "value - invalid string: surrogate U+D800..U+DBFF must be followed by "
-                                "U+DC00..U+DFFF"},
+       "no valid JSON, line 1, column 7: syntax error while parsing value - invalid string: ill-formed UTF-8 "
+       "byte"},
   };
   for (const auto& [text, fault] : kFaults) EXPECT_EQ(Fault(text), fault) << text.substr(0, 100);
 }
@@ -220,15 +197,10 @@ TEST(ConfigurationFile, IsTheBlocksInThisOrderAndNothingElse) {
 TEST(ConfigurationFile, NamesWhatIsWrongAndChangesNothing) {
   const std::pair<std::string, const char*> kFaults[] = {
       {"VSTS" + kFile.substr(4), "neither a configuration file nor JSON"},
-      {"x", "neither a configuration file nor JSON"},
       {Bytes("'VSTR' EC030000") + kFile.substr(8), "a configuration file of version 1004, which is unknown"},
-      {Bytes("'VSTR' 000003EB") + kFile.substr(8),
-       "a configuration file of version 3942842368, which is unknown"},
-      {kFile + '\0', "1 extra bytes after the end"},
       {kFile + kFile, "492 extra bytes after the end"},
       {"", "the file ends too early"},
       {Bytes("'VSTR' EB030000 00x8 FFFFFFFF 00x200"), "a count is larger than the rest of the file"},
-      {Bytes("'VSTR' EB030000 00x24 FF FFFF FFFFFFFF 00x200"), "a count is larger than the rest of the file"},
   };
   for (const auto& [bytes, fault] : kFaults) EXPECT_EQ(Fault(bytes), fault) << Hex(bytes);
   CConfiguration configuration = Parsed(kFile);

@@ -9,6 +9,7 @@
 #include <map>
 
 #include "host/common/configuration_file.h"
+#include "host/desktop/overview.h"
 #include "tests/host/desktop_window.h"
 #include "tests/support/names.h"
 #include "tests/support/recorder.h"
@@ -57,7 +58,7 @@ TEST_F(Desktop, ARunWritesWhatItReadAndStopsWhereverItIs) {
   EXPECT_GT(run.ticks, 0);
   run.runner.Stop();
   ASSERT_TRUE(run.Reaches(CRunner::EState::stopped));
-  EXPECT_EQ(Rows(), run.runner.Run().Counts().scans.read);
+  EXPECT_EQ(Rows(m_dir.Path()), run.runner.Run().Counts().scans.read);
 
   run.runner.Start();
   run.runner.Stop();  // before the stages are open
@@ -66,7 +67,7 @@ TEST_F(Desktop, ARunWritesWhatItReadAndStopsWhereverItIs) {
 }
 
 TEST_F(Desktop, TheWindowNeverWaitsForAPlc) {
-  CRunning run(R"({"plcType": 9077, "value1": 500, "value2": 500, "value3": 500})", m_dir.Path());
+  CRunning run(R"({"plcType": 9077})", m_dir.Path());
   std::map<CRunner::EState, int> beats;  // running: while a read is pending
   QTimer beat;
   QObject::connect(&beat, &QTimer::timeout, [&] {
@@ -91,7 +92,7 @@ TEST_F(Desktop, AWindowMayBeDestroyedWhileTheLoggerRuns) {
     EXPECT_TRUE(Wait([&] { return Samples(window) > 0; }));
   }
   QCoreApplication::processEvents();
-  EXPECT_GT(Rows(), 0u) << "the samples in memory are lost";
+  EXPECT_GT(Rows(m_dir.Path()), 0u) << "the samples in memory are lost";
 }
 
 TEST_F(Desktop, ADocumentIsSavedInEitherFormAndAFaultChangesNothing) {
@@ -132,6 +133,20 @@ TEST_F(Desktop, SettingsKeepTheNewestFilesOnceAndNoBadPlace) {
   }
 }
 
+TEST_F(Desktop, TheOverviewShowsTheFailedWritesOfEachStage) {
+  COverview overview(nullptr);
+  CConfiguration configuration;
+  configuration.m_smart.m_outputVars.Add("a");
+  overview.ShowConfiguration(configuration, 1);
+  CScanCounts counts;
+  counts.failedWrites = {1, 2, 3, 4, 5};
+  overview.ShowCounts(counts);
+  std::string shown;
+  for (int i = 0; i < overview.topLevelItemCount(); ++i)
+    shown += overview.topLevelItem(i)->text(1)[0].toLatin1();
+  EXPECT_EQ(shown, "012345");
+}
+
 // Closes the window, answers its question, and returns whether that ends the program.
 bool Quits(CTestWindow& window, int answer) {
   bool quits = true;
@@ -158,7 +173,7 @@ TEST_F(Desktop, TheWindowRunsAConfigurationAndAsksBeforeItStopsAndQuits) {
   EXPECT_FALSE(ActionOf(window, "Open...")->isEnabled());
   ActionOf(window, "Stop")->trigger();
   ASSERT_TRUE(Wait([&] { return HasStatus(window, "Stopped"); }));
-  EXPECT_GT(Rows(), 0u);
+  EXPECT_GT(Rows(m_dir.Path()), 0u);
   EXPECT_TRUE(HasStatus(window, " samples, 0 failed reads, "));
 
   window.Start();

@@ -11,7 +11,7 @@
 #include <algorithm>
 
 #include "host/desktop/main_window.h"
-#include "tests/support/files.h"
+#include "tests/host/rows.h"
 #include "tests/support/windows.h"
 
 namespace vastra {
@@ -62,24 +62,6 @@ class Desktop : public testing::Test {
     return window.findChild<QTreeWidget*>()->topLevelItem(0)->text(1).section(' ', 0, 0).toInt();
   }
   static std::string Title(const CMainWindow& window) { return window.windowTitle().toStdString(); }
-  // The logs in folder, in the order of their names.
-  static std::vector<std::string> Logs(const CString& folder, const char* extension) {
-    std::vector<std::string> paths;
-    for (const auto& entry : std::filesystem::directory_iterator(folder.Std()))
-      if (entry.path().extension() == extension) paths.push_back(entry.path().string());
-    std::ranges::sort(paths);
-    return paths;
-  }
-  // The rows of the logs.
-  std::uint64_t Rows() const {
-    std::uint64_t rows = 0;
-    for (const std::string& path : Logs(m_dir.Path(), ".csv")) {
-      const std::string text = ReadBytes(CString(path));
-      rows += static_cast<std::uint64_t>(std::ranges::count(text, '\n')) - 1;
-    }
-    return rows;
-  }
-
   CTempDir m_dir;
   const CString m_demo = m_dir / "demo.json";
   const std::filesystem::path m_former = std::filesystem::current_path();

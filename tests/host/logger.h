@@ -4,12 +4,11 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <nlohmann/json.hpp>
 
 #include "host/common/configuration_file.h"
 #include "host/run/run_messenger.h"
-#include "tests/support/files.h"
+#include "tests/host/rows.h"
 #include "vastra/core/link.h"
 
 namespace vastra {

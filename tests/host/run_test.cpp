@@ -221,11 +221,14 @@ TEST_F(Run, SaysWhyAStageDoesNotOpen) {
        "plcWrite" + prefix + "plcWrite.nodes[1].driver.plcType: no driver 78 is installed"},
       {R"({"input": {"preprocess": 1, "preEquations": ["y = z"], "preNewVars": ["y"]}})",
        "input" + prefix + "the messages of the links say why"},
-  };
+      {R"({"smart": {"outputVars": ["x"]}})", "smart" + prefix + "the messages of the links say why"},
+      {R"({"trend": {"calculateExtra": 1, "equationText": "e = y;"}})",
+       "trend" + prefix + "the messages of the links say why"}};
   for (const auto& [settings, fault] : cases) {
     CRun run(Logger(settings), m_messenger);
     EXPECT_EQ(run.Start(), 0);
     EXPECT_EQ(run.OpenFault(), fault);
+    EXPECT_FALSE(run.IsRunning());
   }
 }
 
