@@ -73,9 +73,7 @@ class CModbusServer {
     ::eventfd_write(m_wake, 1);
     m_thread.join();
   }
-  void Resume() {
-    m_thread = std::thread([this] { Run(); });
-  }
+  void Resume() { m_thread = std::thread(&CModbusServer::Run, this); }
   void Drop(bool resets) {
     Halt();
     EndAll(resets);
@@ -143,14 +141,11 @@ class CModbusServer {
       for (const auto& [client, received] : m_clients) files.push_back({client, POLLIN, 0});
       ::poll(files.data(), files.size(), -1);
       eventfd_t halts;
-      if (files[0].revents) return static_cast<void>(::eventfd_read(m_wake, &halts));
-      for (std::size_t i = 1; i < files.size(); ++i)
-        if (files[i].revents) i == 1 ? Accept() : Receive(files[i].fd);
+      if (files[0].revents && ::eventfd_read(m_wake, &halts) == 0) return;
+      for (std::size_t i = 2; i < files.size(); ++i)
+        if (files[i].revents) Receive(files[i].fd);
+      if (files[1].revents) m_clients[::accept(m_listener, nullptr, nullptr)], ++m_connections;
     }
-  }
-  void Accept() {
-    m_clients[::accept(m_listener, nullptr, nullptr)];
-    ++m_connections;
   }
   // No request is sent before the reply to the last one is there, or its connection has ended.
   void Receive(int client) {

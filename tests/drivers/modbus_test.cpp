@@ -205,13 +205,11 @@ TEST(Modbus, JoinsWhatItMayAndSplitsNoValue) {
     const char* requests;
   } kRows[] = {
       {"h2, i1, h0, i0, h1", 0, 0, "3 0+3, 4 0+2, "},
-      {"d9, d0", 0, 0, "2 0+10, "},
       {"i0, i10", 0, 0, "4 0+1, 4 10+1, "},
       {"h6: u32, h16", 0, 0, "3 6+11, "},
       {"h10 x 126", 0, 0, "3 10+125, 3 135+1, "},
       {"c3 x 2001", 0, 0, "1 3+2000, 1 2003+1, "},
       {"h0 x 32 : f64", 0, 0, "3 0+124, 3 124+4, "},
-      {"h0 x 2 : u32", 2, 0, "3 0+2, 3 2+2, "},
       {"c0 x 161", 10, 0, "1 0+160, 1 160+1, "},
       {"h0, h4", 4, 0, "3 0+1, 3 4+1, "},
       {"h0: f64, h1, h0 x 3, h1: u32", 0, 0, "3 0+4, "},
@@ -222,7 +220,6 @@ TEST(Modbus, JoinsWhatItMayAndSplitsNoValue) {
       {"h1, h0", 0, 0, "6 1+1, 6 0+1, "},
       {"h0, c1, h1", 0, 0, "6 0+1, 5 1+1, 6 1+1, "},
       {"h0 x 125", 0, 0, "16 0+123, 16 123+2, "},
-      {"h0 x 31 : f64", 0, 0, "16 0+120, 16 120+4, "},
       {"c0 x 1969", 0, 0, "15 0+1968, 5 1968+1, "},
       {"h0 x 5", 2, 0, "16 0+2, 16 2+2, 6 4+1, "},
       {"h0, h1, c0, c1", 0, 1, "6 0+1, 6 1+1, 5 0+1, 5 1+1, "},
@@ -257,35 +254,33 @@ void ExpectOutcomes(std::string rows, Outcome outcomeOf) {
   }
 }
 
-TEST(ModbusEndpoint, IsWhatItsTextSaysOrRefused) {
-  constexpr const char* kTexts = R"(plc -> plc:502; 127.0.0.1 : 1  -> 127.0.0.1:1;[::1]:65535 -> [::1]:65535
+std::string Refusal(const DriverConfig& config, bool writes = false) {
+  modbus::CSettings settings;
+  return modbus::ReadSettings(ToRecord(config), writes, settings);
+}
+
+TEST(ModbusSettings, HaveADeviceAndAListThatAreReadOrRefused) {
+  constexpr const char* kDevices = R"(plc -> plc:502; 127.0.0.1 : 1  -> 127.0.0.1:1;[::1]:65535 -> [::1]:65535
 fe80::1 -> [fe80::1]:502; /dev/a:b , c:9600, 8, o, 2 -> /dev/a:b , c; -> it is empty;:502 -> ":502" has no host
 plc: -> "" is no port;plc:0 -> "0" is no port;plc:65536 -> "65536" is no port;plc:5x -> "5x" is no port
 two words -> is no host;[::1 -> is no address;[::1]5 -> is no address;/dev/ttyS0 -> lacks a colon
 ttyS0:9600,8,N,1 -> "ttyS0:9600,8,N,1" is no host:port;/dev/ttyS0:9600 -> "9600" is not baud,bits,parity,stop
 /dev/ttyS0:9600,8,N,1,2 -> is not baud;/dev/ttyS0:9601,8,N,1 -> "9601" is no rate;/dev/a:9600,7,N,1 -> "7" data bits
 /dev/ttyS0:9600,8,M,1 -> "M" is no parity;/dev/ttyS0:9600,8,N,3 -> "3" stop bits)";
-  ExpectOutcomes(kTexts, [](const std::string& text) {
-    modbus::CEndpoint endpoint;
-    const std::string fault = modbus::ReadEndpoint(text, endpoint);
-    return fault.empty() ? endpoint.name : fault;
-  });
-}
-
-std::string Refusal(const DriverConfig& config, bool writes = false) {
-  modbus::CSettings settings;
-  return modbus::ReadSettings(ToRecord(config), writes, settings);
-}
-
-TEST(ModbusSettings, HaveAListThatIsReadOrRefused) {
-  constexpr const char* kLists = R"( -> text2: it is empty;h0, -> text2: entry 2, "";,h0 -> text2: entry 1, ""
+  constexpr const char* kListsOfTwo =
+      R"( -> text2: it is empty;h0, -> text2: entry 2, "";,h0 -> text2: entry 1, ""
 x5 -> text2: entry 1, "x5": it has;40001 -> is h0;h -> text2: entry 1, "h": an address;h-1 -> an address
 h99999999999 -> text2: entry 1;h1 2 -> "2" is too much;h1 x -> a number of values;h1 x 0 -> a number of values
 h1 x 999999999 -> text2: entry 1;h1 : -> there is no type "";h1: bit -> there is no type "bit"
 c1: u16 -> a coil has no type;h1: f32 abdc -> there is no order "abdc";h1: f32 abcd x 3 -> "x 3" is too much
 h65536 -> 65536;h65535: f32 -> 65536;h65530 x 2: f64 -> 65537;h65535, c65535 ->; H 0 X1 :F32 CDAB , i7:i16 ->
 h0 -> text2: it lists 1 value(s), and the node has 2;h0 x 3 -> text2: it lists 3 value(s))";
-  ExpectOutcomes(kLists, [](const std::string& list) {
+  ExpectOutcomes(kDevices, [](const std::string& device) {
+    modbus::CEndpoint endpoint;
+    const std::string fault = modbus::ReadEndpoint(device, endpoint);
+    return fault.empty() ? endpoint.name : fault;
+  });
+  ExpectOutcomes(kListsOfTwo, [](const std::string& list) {
     return Refusal({.variableCount = 2, .text1 = "plc", .text2 = list.c_str()});
   });
 }
@@ -532,7 +527,7 @@ TEST(ModbusPauses, AreNotFollowedByAWaitForADeviceThatHangs) {
       timeOuts += node.status == statusTimeout;
       calls += node.HasTried();
     }
-    EXPECT_GT(calls, 5);
+    EXPECT_GT(calls, 3);
     EXPECT_EQ(timeOuts > 0, isAccepted) << "the question whether it is back has an end, too";
     server.Resume();
     EXPECT_TRUE(Soon([&] { return node.Read() == CValues{0}; })) << node.Words();

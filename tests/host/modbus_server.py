@@ -1,9 +1,12 @@
 """A device of pymodbus for the tests. Its arguments are what it has, as JSON, {unit: {table: {address: [values]}}} with
-the tables co, di, hr and ir, and the path of a serial line; without a path it has a port of this machine. It prints its
-place once it can be asked."""
+the tables co, di, hr and ir, and "line" if it is on a serial line. It prints its place once it can be asked."""
 import asyncio
 import json
+import os
+import pty
 import sys
+import threading
+import tty
 
 from pymodbus.datastore import ModbusServerContext, ModbusSlaveContext, ModbusSparseDataBlock
 from pymodbus.server.async_io import ModbusSerialServer, ModbusTcpServer
@@ -16,15 +19,33 @@ def slave(tables):
         for name in ("co", "di", "hr", "ir")})
 
 
-async def serve(units, line=None):
+def copy(source, target):
+    while True:
+        os.write(target, os.read(source, 4096))
+
+
+def cable():
+    """The names of the ends of a serial line."""
+    inner, outer = zip(pty.openpty(), pty.openpty())
+    for end in outer:
+        tty.setraw(end)
+    for ends in (inner, inner[::-1]):
+        threading.Thread(target=copy, args=ends, daemon=True).start()
+    return map(os.ttyname, outer)
+
+
+async def serve(units, *line):
     context = ModbusServerContext({int(unit): slave(tables) for unit, tables in json.loads(units).items()}, single=False)
-    server = ModbusSerialServer(context, ModbusRtuFramer, port=line) if line else \
-        ModbusTcpServer(context, address=("127.0.0.1", 0))
-    await (server.start() if line else asyncio.sleep(0))
+    if line:
+        port, place = cable()
+        server = ModbusSerialServer(context, ModbusRtuFramer, port=port)
+        await server.start()
+        print(place, flush=True)
+        await server.serve_forever()
+    server = ModbusTcpServer(context, address=("127.0.0.1", 0))
     task = asyncio.create_task(server.serve_forever())
-    if not line:
-        await server.serving
-    print(line or "127.0.0.1:%d" % server.server.sockets[0].getsockname()[1], flush=True)
+    await server.serving
+    print("127.0.0.1:%d" % server.server.sockets[0].getsockname()[1], flush=True)
     await task
 
 asyncio.run(serve(*sys.argv[1:]))

@@ -3,13 +3,10 @@ wire is what both take for the protocol."""
 import contextlib
 import json
 import os
-import pty
 import socket
 import struct
 import subprocess
-import threading
 import time
-import tty
 import unittest
 
 from pages import PageTest
@@ -125,22 +122,8 @@ class Modbus(PageTest):
             self.assertEqual([60], self.values(place, "h0", 1, unit=unit))
 
     def test_a_serial_line(self):
-        def copy(source, target):
-            with contextlib.suppress(OSError):  # the end of the line
-                while data := os.read(source, 4096):
-                    os.write(target, data)
-        ours, theirs = zip(pty.openpty(), pty.openpty())
-        threads = [threading.Thread(target=copy, args=ends, daemon=True) for ends in (ours, ours[::-1])]
-        for thread in threads:
-            thread.start()
-        for step, things in ((os.close, ours), (threading.Thread.join, threads), (os.close, theirs)):
-            for thing in things:
-                self.addCleanup(step, thing)
-        for end in theirs:
-            tty.setraw(end)
         numbers, mixed = list(range(1000, 1200)), [1, 0, 1, 1, 0, 0, 1, 0, 1, -5]
-        self.serve({1: {"hr": {0: numbers}}, 7: {"hr": {0: [7]}, "co": {0: [0] * 9}}}, os.ttyname(theirs[0]))
-        line = os.ttyname(theirs[1]) + ":19200,8,E,1"
+        line = self.serve({1: {"hr": {0: numbers}}, 7: {"hr": {0: [7]}, "co": {0: [0] * 9}}}, "line") + ":19200,8,E,1"
         self.assertEqual(numbers, self.values(line, "h0 x 200", 200))
         self.write_values(line, "c0 x 9, h0: i16", mixed, 7)
         self.assertEqual(mixed, self.values(line, "c0 x 9, h0: i16", 10, unit=7))
