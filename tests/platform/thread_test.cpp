@@ -41,23 +41,24 @@ TEST(Thread, RunsWhenItIsResumedUnlessInitInstanceReturnsZeroAndDeletesItself) {
   EXPECT_EQ(AfxBeginThread(RUNTIME_CLASS(CObject)), nullptr);
 }
 
-// Several senders, with a recursive lock for their common count.
-TEST(MessageQueue, KeepsTheOrderOfEachSender) {
-  constexpr LPARAM kEach = 5000;
+// The lock is recursive.
+TEST(Thread, SeveralExcludeEachOtherByALockAndKeepTheirOrderInAQueue) {
+  constexpr LPARAM kEach = 500;
   CMessageQueue queue;
   CCriticalSection section;
-  LPARAM next[4] = {}, sum = 0;
+  LPARAM next[4] = {};
+  int sum = 0;
   std::vector<std::thread> senders;
   for (WPARAM sender = 0; sender < 4; ++sender)
     senders.emplace_back([&, sender] {
-      for (LPARAM i = 0; i < kEach; ++i) {
-        CSingleLock outer(&section, true), inner(&section);
-        inner.Lock();
-        inner.Unlock();
-        ++sum;
-        outer.Unlock();
-        PostMessage(&queue, 1, sender, i);
+      for (int i = 0; i < 10; ++i) {
+        CSingleLock lock(&section, true);
+        CSingleLock(&section).Lock();
+        const int before = sum;
+        std::this_thread::sleep_for(std::chrono::microseconds(100));
+        sum = before + 1;
       }
+      for (LPARAM i = 0; i < kEach; ++i) PostMessage(&queue, 1, sender, i);
     });
   CMessage message;
   for (int i = 0; i < 4 * kEach; ++i) {
@@ -66,7 +67,7 @@ TEST(MessageQueue, KeepsTheOrderOfEachSender) {
   }
   for (std::thread& sender : senders) sender.join();
   EXPECT_EQ(queue.Wait(message, 0), 0);
-  EXPECT_EQ(sum, 4 * kEach) << "the lock let two in";
+  EXPECT_EQ(sum, 4 * 10) << "the lock let two in";
 }
 
 }  // namespace
