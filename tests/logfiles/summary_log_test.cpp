@@ -6,7 +6,7 @@
 namespace vastra {
 namespace {
 
-constexpr const char *kLog = "0301021400.rpd", *kCsv = "0301021400d.csv",
+constexpr const char *kSummary = "0301021400.rpd", *kSummaryCsv = "0301021400d.csv",
                      *kBoth = " 0301021400.rpd 0301021400d.csv";
 const std::string kNotSaved = "PartialFlush Error F Couldn't save file.\n";
 
@@ -24,19 +24,19 @@ TEST_F(SummaryLog, AGrownLogHasTheBytesOfOneWrittenAtOnceAlsoIfItsTextCouldNotBe
   OpenSummary();
   for (int i = 0; i < 50; ++i) Write(i);
   EXPECT_TRUE(m_link->Flush());
-  const std::string rp = Bytes(kLog), csv = Bytes(kCsv);
+  const std::string rp = Bytes(kSummary), csv = Bytes(kSummaryCsv);
   NewLink();
   OpenSummary();
-  std::filesystem::create_directory((m_dir / kCsv).Std());
+  std::filesystem::create_directory((m_dir / kSummaryCsv).Std());
   for (int i = 0; i < 50; ++i) {
     EXPECT_TRUE(Write(i) && m_link->PartialFlush());
     EXPECT_EQ(m_recorder.TakeFaults(), i ? "" : "PartialFlush Error F Couldn't save CSV file.\n");
-    EXPECT_TRUE(Times(kLog).ends_with(" " + std::to_string(i)));
-    if (i == 0) std::filesystem::remove((m_dir / kCsv).Std());
+    EXPECT_TRUE(Times(kSummary).ends_with(" " + std::to_string(i)));
+    if (i == 0) std::filesystem::remove((m_dir / kSummaryCsv).Std());
   }
   EXPECT_EQ(Files(), kBoth);
-  EXPECT_EQ(Bytes(kLog), rp);
-  EXPECT_EQ(Bytes(kCsv), csv);
+  EXPECT_EQ(Bytes(kSummary), rp);
+  EXPECT_EQ(Bytes(kSummaryCsv), csv);
 }
 
 // "3" writes a sample at kStart + 3, "p" and "f" are the two flushes, "(" and ")" begin and end a full disk.
@@ -80,14 +80,14 @@ TEST_F(SummaryLog, WritesRowsOnceAndInTheirFiles) {
 TEST_F(SummaryLog, AFullDiskLeavesTheConfirmedRows) {
   OpenSummary();
   EXPECT_TRUE(Write(0) && m_link->PartialFlush() && Write(1));
-  for (std::size_t size = 0; size < Bytes(kLog).size() + 22; ++size) {
+  for (std::size_t size = 0; size < Bytes(kSummary).size() + 22; ++size) {
     const CFileSizeLimit full(size);
     EXPECT_FALSE(m_link->PartialFlush());
-    EXPECT_EQ(Times(kLog), " 0");
+    EXPECT_EQ(Times(kSummary), " 0");
     EXPECT_EQ(Files(), kBoth);
   }
   EXPECT_TRUE(m_link->PartialFlush());
-  EXPECT_EQ(Times(kLog), " 0 1");
+  EXPECT_EQ(Times(kSummary), " 0 1");
 }
 
 }  // namespace
