@@ -11,21 +11,19 @@
 namespace vastra {
 namespace {
 
-using nlohmann::json;
-
 class InputPage : public testing::Test {
  protected:
   CRecorder m_recorder;  // of the messages of links
   CSheetUser m_user;
   CInputPage m_page;
-  const json m_config = json::parse(R"({"scanPeriod": 700, "inputFiles": ["/old"], "preNewVars": ["b"],
+  const json m_config = R"({"scanPeriod": 700, "inputFiles": ["/old"], "preNewVars": ["b"],
     "preEquationText": "x = b;", "plcNodes": [{"nodeName": "node", "driver": {"plcType": 777, "value5": 15},
-                                               "varNames": ["v", "w"]}]})");
+                                               "varNames": ["v", "w"]}]})"_json;
 };
 
 TEST_F(InputPage, ControlsDependOnTheChoices) {
   m_page.SetConfiguration(Configured<CInputConfig>(
-      R"({"scanPeriod": 77, "simulating": 1, "preprocess": 1, "asFastAsPossible": 1, "autoStart": 1})"));
+      R"({"scanPeriod": 77, "simulating": 1, "preprocess": 1, "asFastAsPossible": 1, "autoStart": 1})"_json));
   const std::string kNodes = " / Net nodes? / Add net node...? / Edit net node...? / Delete Node?",
                     kNoNodes = " / Net nodes?- / Add net node...?- / Edit net node...?- / Delete Node?-";
   m_user.Run(
@@ -92,26 +90,23 @@ TEST_F(InputPage, ApplyAsksBeforeItErasesEquations) {
                     kPre = "|Preprocess" + kErased, kTrend = "|Trendings/Grid" + kErased,
                     kOpen =
                         "|Changes can't be made until the Trendings/Grid configuration dialog is closed!|30";
-  enum EOptions { absent, present, open, openAndAbsent };
   const struct {
-    EOptions options;
+    bool hasTrend, isTrendOpen;
     const char *pre, *trend;  // a may be read
     CTexts asked;
     std::string answers;  // yes or no
     bool isApplied;
     const char* left;  // of pre and of trend
   } kCases[] = {
-      {present, "", "", {}, "yy", true, "|"},
-      {present, "y = x; x = a", "t = t + a", {}, "yy", true, "y = x; x = a|t = t + a"},
-      {present, "x = b", "t = a", {kPre}, "yy", true, "|t = a"},
-      {present, "x = a", "t = x", {kTrend}, "ny", false, "x = a|t = x"},
-      {present, "x = a", "t = x", {kTrend}, "yy", true, "x = a|"},
-      {present, "x = b", "t = b", {kPre}, "ny", false, "x = b|t = b"},
-      {present, "x = b", "t = b", {kPre, kTrend}, "yn", false, "x = b|t = b"},
-      {present, "x = b", "t = b", {kPre, kTrend}, "yy", true, "|"},
-      {absent, "x = b", "t = b", {kPre}, "yy", true, "|t = b"},
-      {open, "x = b", "t = b", {kOpen}, "yy", false, "x = b|t = b"},
-      {openAndAbsent, "x = a", "", {}, "yy", true, "x = a|"},
+      {true, false, "y = x; x = a", "t = t + a", {}, "yy", true, "y = x; x = a|t = t + a"},
+      {true, false, "x = b", "t = a", {kPre}, "yy", true, "|t = a"},
+      {true, false, "x = a", "t = x", {kTrend}, "ny", false, "x = a|t = x"},
+      {true, false, "x = b", "t = b", {kPre}, "ny", false, "x = b|t = b"},
+      {true, false, "x = b", "t = b", {kPre, kTrend}, "yn", false, "x = b|t = b"},
+      {true, false, "x = b", "t = b", {kPre, kTrend}, "yy", true, "|"},
+      {false, false, "x = b", "t = b", {kPre}, "yy", true, "|t = b"},
+      {true, true, "x = b", "t = b", {kOpen}, "yy", false, "x = b|t = b"},
+      {false, true, "x = a", "", {}, "yy", true, "x = a|"},
   };
   for (const auto& c : kCases) {
     SCOPED_TRACE(std::string(c.pre) + "|" + c.trend);
@@ -121,10 +116,10 @@ TEST_F(InputPage, ApplyAsksBeforeItErasesEquations) {
     CLogTrendings trendings;
     CTrendConfig& trend = *trendings.GetOptions();
     trend = Configured<CTrendConfig>({{"equationText", c.trend}});
-    m_page.m_pTrendOptions = c.options == absent || c.options == openAndAbsent ? nullptr : &trend;
+    m_page.m_pTrendOptions = c.hasTrend ? &trend : nullptr;
     CTrendFacadeDlg dialog;
     dialog.SetInputPointers(nullptr, &trendings);
-    if (c.options >= open) dialog.Create();
+    if (c.isTrendOpen) dialog.Create();
     m_user.boxes.user = [&] {
       m_user.boxes.answer = c.answers.at(m_user.boxes.asked.size()) == 'n' ? IDNO : IDYES;
     };

@@ -1,4 +1,4 @@
-// The pages of the log outputs and of the summaries, and their dialogs.
+// The pages of the log outputs, of the summaries and of the host's own logic, and their dialogs.
 #include <gtest/gtest.h>
 
 #include "tests/screens/sheet_user.h"
@@ -12,14 +12,12 @@
 namespace vastra {
 namespace {
 
-using nlohmann::json;
-
 const std::string kBasis = "Name the logs based on :", kPrefix = "Use prefix for the log names :",
                   kDword = "Use the next variable to form a DWORD based name";
 
 json Item(const char* name) {
-  json item = json::parse(R"({"enableText": "W = b;", "varNames": ["b", "a"], "saveRp": 1,
-                              "maxSamples": 4294967295, "directory": "/logs"})");
+  json item = R"({"enableText": "W = b;", "varNames": ["b", "a"], "saveRp": 1,
+                              "maxSamples": 4294967295, "directory": "/logs"})"_json;
   item["name"] = name;
   return item;
 }
@@ -30,10 +28,10 @@ struct CKind {
   CString proposed;
 };
 
-class ItemPages : public testing::Test {
+class Pages : public testing::Test {
  protected:
-  ItemPages() {
-    m_input.SetConfiguration(Configured<CInputConfig>(R"({"preprocess": 1, "preNewVars": ["a", "b"]})"));
+  Pages() {
+    m_input.SetConfiguration(Configured<CInputConfig>(R"({"preprocess": 1, "preNewVars": ["a", "b"]})"_json));
     m_page.SetInputPointer(&m_input);
     m_user.chooser.path = "/chosen";
   }
@@ -94,7 +92,7 @@ class ItemPages : public testing::Test {
   CSheetUser m_user;
 };
 
-TEST_F(ItemPages, ItemsAreAddedEditedAndDeleted) {
+TEST_F(Pages, ItemsAreAddedEditedAndDeleted) {
   EditItems<CMultiOutputConfig>(
       m_page, {"Outputs", "outputs", "Write Logs", "Maximum number of logs stored :", "maxLogs",
                "Maximum number of samples in a log : ",
@@ -107,7 +105,7 @@ TEST_F(ItemPages, ItemsAreAddedEditedAndDeleted) {
        R"({"summaryText": "t = a;"})", ProposedEnableText(CSummaryConfig())});
 }
 
-TEST_F(ItemPages, TheNameOfALogDependsOnABasisAndAPrefix) {
+TEST_F(Pages, TheNameOfALogDependsOnABasisAndAPrefix) {
   json held = Edit(
       "b", {kBasis + "?b / " + kDword + "?x / " + kPrefix + "?p / " + kPrefix + " / " + kPrefix + "?-p / " +
             kBasis + "=System Time / " + kDword + "?- / " + kBasis + "=a / " + kDword + "? / OK"});
@@ -123,7 +121,7 @@ TEST_F(ItemPages, TheNameOfALogDependsOnABasisAndAPrefix) {
   EXPECT_EQ(held["dwordName"], 1);
 }
 
-TEST_F(ItemPages, OfferTheVariablesOfThePages) {
+TEST_F(Pages, OfferTheVariablesOfThePages) {
   const auto offers = [](const std::string& names) -> CStep {
     return [=](QWidget* dialog) {
       const auto* combo = Find<QComboBox>(dialog, kBasis.c_str());
@@ -132,7 +130,7 @@ TEST_F(ItemPages, OfferTheVariablesOfThePages) {
       EXPECT_EQ(texts, "System Time," + names);
     };
   };
-  m_smart.SetConfiguration(Configured<CSmartConfig>(R"({"outputVars": ["s"]})"));
+  m_smart.SetConfiguration(Configured<CSmartConfig>(R"({"outputVars": ["s"]})"_json));
   const std::tuple<CInputPage*, CSmartPage*, std::string> kCases[] = {{nullptr, nullptr, ""},
                                                                       {&m_input, nullptr, "a,b,"},
                                                                       {nullptr, &m_smart, "s,"},
@@ -144,11 +142,35 @@ TEST_F(ItemPages, OfferTheVariablesOfThePages) {
   }
   const json before = Edit("b", {"OK"});
   const CSteps kNothingOpens = {offers("b,"), "Variable List... / Enable Equations... / Path:?/logs / OK"};
-  m_smart.SetConfiguration(Configured<CSmartConfig>(R"({"outputVars": ["a"]})"));  // a name of the input
+  m_smart.SetConfiguration(Configured<CSmartConfig>(R"({"outputVars": ["a"]})"_json));  // a name of the input
   EXPECT_EQ(Edit("b", kNothingOpens), before);
   EXPECT_NE(m_links.TakeFaults(), "");
-  m_input.SetConfiguration(Configured<CInputConfig>(R"({"preNewVars": ["p"]})"));  // it has no source
+  m_input.SetConfiguration(Configured<CInputConfig>(R"({"preNewVars": ["p"]})"_json));  // it has no source
   EXPECT_EQ(Edit("b", kNothingOpens), before);
+}
+
+TEST_F(Pages, TheDialogsOfTheHostsLogicEditTheirPartsOnOkAlone) {
+  const std::string kInput = "Smart Input Variables... / ", kEquations = "Smart Equations... / ",
+                    kOutput = "Smart Output Variables... / ";
+  const auto before = Configured<CSmartConfig>(
+      R"({"outputVars": ["o"], "equationText": "e = 1;", "inputVars": ["i"], "inputNames": ["kept"]})"_json);
+  const auto after = Configured<CSmartConfig>(
+      R"({"equationText": "x = a;", "inputVars": ["i", "a", "b"], "inputNames": ["kept"]})"_json);
+  const auto replaced = Configured<CSmartConfig>(
+      R"({"outputVars": ["r"], "equationText": "r = 1;", "inputVars": ["r"], "inputNames": ["kept"]})"_json);
+  m_smart.SetConfiguration(before);
+  // Without an input page there is nothing to choose from.
+  m_user.Run(m_smart, {kInput + "Available Vars? / OK / " + kEquations + "OK / OK"});
+  m_smart.SetInputPointer(&m_input);
+  m_user.Run(m_smart, {kInput + "->> / Cancel / " + kEquations + "Equations=x = a; / Cancel / " + kOutput +
+                       "Delete All / Cancel / OK"});
+  EXPECT_EQ(Held(m_smart, replaced), FieldsOf(before));
+  m_user.Run(m_smart, {kInput + "Available Vars?a,b, / ->> / OK / " + kEquations +
+                           "Equations?e = 1; / Equations=x = a; / OK / " + kOutput +
+                           "Variable List?o, / Delete All / OK",
+                       [&](QWidget*) { m_input.SetConfiguration({}); },  // its names are not known
+                       kInput + kEquations + kOutput + "OK / OK"});
+  EXPECT_EQ(Held(m_smart, replaced), FieldsOf(after));
 }
 
 }  // namespace

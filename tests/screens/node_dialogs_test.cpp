@@ -15,8 +15,6 @@
 namespace vastra {
 namespace {
 
-using nlohmann::json;
-
 Script* g_script = nullptr;
 // A form that the user accepts. Its result shows the values it was opened with.
 int AcceptForm(int isNew) {
@@ -29,8 +27,8 @@ int CancelForm(int isNew) { return AcceptForm(isNew), 0; }
 
 json Node(const char* name) {
   json node =
-      json::parse(R"({"driver": {"plcType": 777, "value1": 1, "variableCount": 7}, "varNames": ["a", "b"],
-    "scaler": [{"varName": "b", "scale": 2}, {"varName": "gone", "scale": 3}, {"varName": "a", "scale": 4}]})");
+      R"({"driver": {"plcType": 777, "value1": 1, "variableCount": 7}, "varNames": ["a", "b"],
+    "scaler": [{"varName": "b", "scale": 2}, {"varName": "gone", "scale": 3}, {"varName": "a", "scale": 4}]})"_json;
   node["nodeName"] = name;
   return node;
 }
@@ -152,8 +150,8 @@ TEST_F(NodeDialogs, NodesAreAddedEditedAndDeleted) {
                   "OK / !PLC name already used / Name :=B / OK / Net nodes?y,,A,B, / Net nodes#2" + kEdit +
                   " / Name :=C / Cancel / Net nodes##3 / Name :?B / "
                   "Name :=C / Configure PLC / OK / Net nodes?y,,A,C, / Cancel"});
-  json made = json::parse(R"({"driver": {"plcType": 777, "text1": "typed", "text2": "typed"},
-                              "varNames": ["v", "w"], "scaler": [{"varName": "v"}, {"varName": "w"}]})");
+  json made = R"({"driver": {"plcType": 777, "text1": "typed", "text2": "typed"},
+                              "varNames": ["v", "w"], "scaler": [{"varName": "v"}, {"varName": "w"}]})"_json;
   nodes = {Node("y"), Node(""), made, made};
   nodes[2].merge_patch({{"nodeName", "A"}, {"driver", {{"value1", 20}}}});
   nodes[3].merge_patch({{"nodeName", "C"}, {"driver", {{"value1", 50}}}});
@@ -173,9 +171,9 @@ TEST_F(NodeDialogs, WrittenNodesGetTheVariablesOfThePages) {
       << "not appended";
   EXPECT_EQ(target.m_nodeNumber, 7u);
 
-  m_page.SetConfiguration(Configured<CInputConfig>(R"({"preprocess": 1, "preNewVars": ["p"]})"));
+  m_page.SetConfiguration(Configured<CInputConfig>(R"({"preprocess": 1, "preNewVars": ["p"]})"_json));
   CSmartPage smart;
-  smart.SetConfiguration(Configured<CSmartConfig>(R"({"outputVars": ["s"]})"));
+  smart.SetConfiguration(Configured<CSmartConfig>(R"({"outputVars": ["s"]})"_json));
   page.SetInputPointer(&m_page);
   page.SetSmartPointer(&smart);
   m_user.Run(page, {"Disable Writing / Add  / Type of PLC :=Scripted / Name :=n / Configure PLC / Variable "

@@ -63,27 +63,20 @@ TEST(TextFile, OnlyRegularFilesUpToTheLimitAreReadAndWritten) {
 }
 
 TEST(EquationCheck, TheFirstFaultIsFoundByItsOffsetInTheText) {
-  const struct {
-    const char* text;
-    int statement, offset;
-  } kCases[] = {
-      // a and b may be read
-      {" \r\n\t", 0, 0},
-      {"x = y;\r\ny = a;\r\n", 0, 0},
-      {"x = c; y = d;", 1, 4},
-      {"x = 1;\r\ny =\r\n 2 +", 2, 17},
-      {"x = 1;;", 2, 6},
-      {"x = 1; /* end */", 2, 16},
-      {"x = 1; /* \xC3\xA9 */ y = c", 2, 20},
-      {"A = 1; x = A; y = B", 3, 18},
-      {"x = 1; y /* */ = 2", 0, 0},
-  };
   CStringArray equations;
-  for (const auto& c : kCases) {
-    const CTextFault fault = CheckEquations(c.text, Names({"a", "b"}), equations);
-    EXPECT_EQ(fault.statement, c.statement) << c.text;
-    EXPECT_EQ(fault.offset, c.offset) << c.text;
-  }
+  const auto place = [&](const char* text) {  // of the fault: the statement and the offset
+    const CTextFault fault = CheckEquations(text, Names({"a", "b"}), equations);
+    return std::pair(fault.statement, fault.offset);
+  };
+  EXPECT_EQ(place(" \r\n\t"), std::pair(0, 0));
+  EXPECT_EQ(place("x = y;\r\ny = a;\r\n"), std::pair(0, 0));
+  EXPECT_EQ(place("x = c; y = d;"), std::pair(1, 4));
+  EXPECT_EQ(place("x = 1;\r\ny =\r\n 2 +"), std::pair(2, 17));
+  EXPECT_EQ(place("x = 1;;"), std::pair(2, 6));
+  EXPECT_EQ(place("x = 1; /* end */"), std::pair(2, 16));
+  EXPECT_EQ(place("x = 1; /* \xC3\xA9 */ y = c"), std::pair(2, 20));
+  EXPECT_EQ(place("A = 1; x = A; y = B"), std::pair(3, 18));
+  EXPECT_EQ(place("x = 1; y /* */ = 2"), std::pair(0, 0));
   EXPECT_EQ(Join(equations), "x = 1| y /* */ = 2|") << "those of the last text";
   EXPECT_EQ(CheckStatements(Names({"y = x", "x = a", "x = x + 1"}), Names({"a"})).statement, 0);
   EXPECT_EQ(CheckStatements(Names({"x = a", "y = b"}), Names({"a"})).offset, 4) << "in its statement";
@@ -98,27 +91,25 @@ TEST(InputPageRules, ControlsDependOnTheChoices) {
 }
 
 TEST(InputPageRules, TheFirstFaultIsTold) {
-  const std::string
-      kNoNode = "If the logger is going to be connected to a PLC net, you must select one net node at least",
-      kNoFiles = "If the logger is simulating you must select input logs files",
-      kNoVariables =
-          "If the preprocess input option is checked you must select one variable at least "
-          "from the variables list";
-  const std::pair<std::string, std::string> kCases[] = {
-      // simulating, preprocess, a node, a file, a variable
-      {"n", ""}, {"pf", kNoNode}, {"spn", kNoFiles}, {"sf", ""}, {"spf", kNoVariables}, {"pnv", ""},
-  };
-  for (const auto& [settings, told] : kCases) {
+  const auto told = [](const std::string& settings) {
+    const auto has = [&](char setting) { return settings.find(setting) != std::string::npos; };
     CInputConfig config;
-    for (const char setting : settings) {
-      if (setting == 's') config.m_simulating = 1;
-      if (setting == 'p') config.m_preprocess = 1;
-      if (setting == 'n') config.m_plcNodes.AddTail(new CPlcNodeConfig);
-      if (setting == 'f') config.m_inputFiles.AddTail("/a.rph");
-      if (setting == 'v') config.m_preNewVars = Names({"b"});
-    }
-    EXPECT_EQ(Told(FaultOf(config)), told.empty() ? "" : "Wrong Configuration!!\n " + told) << settings;
-  }
+    config.m_simulating = has('s');
+    config.m_preprocess = has('p');
+    if (has('n')) config.m_plcNodes.AddTail(new CPlcNodeConfig);
+    if (has('f')) config.m_inputFiles.AddTail("/a.rph");
+    if (has('v')) config.m_preNewVars = Names({"b"});
+    return Told(FaultOf(config));
+  };
+  const std::string kWrong = "Wrong Configuration!!\n If the ";
+  EXPECT_EQ(told("n") + told("sf") + told("pnv"), "");
+  EXPECT_EQ(told("pf"),
+            kWrong + "logger is going to be connected to a PLC net, you must select one net node at least");
+  EXPECT_EQ(told("spn"), kWrong + "logger is simulating you must select input logs files");
+  EXPECT_EQ(
+      told("spf"),
+      kWrong +
+          "preprocess input option is checked you must select one variable at least from the variables list");
 }
 
 TEST(ItemRules, ABasisThatIsNotOfferedFallsBackToTheTime) {
@@ -190,66 +181,53 @@ TEST(ScalerRules, EachVariableHasTheFirstRowOfItsName) {
   EXPECT_EQ(text(KeptScalerRows(scaler, Names({"a", "b"}))), "b 2|b 5|");
 }
 
+// What the dialog of a changed form shows, with the faults of its values, and the module after them.
+std::string Shown(void (*change)(CModule& m)) {
+  CModule module;
+  change(module);
+  if (!IsShowable(&module.form)) return "refused";
+  const std::vector<CFormRow> rows = RowsOf(module.form);
+  std::string faults, texts;
+  for (const CFormRow& row : rows) {
+    faults += RowFault(row).Std();
+    const bool isChoice = row.kind == driverFieldChoice;
+    texts += row.name.Std() + "=" + (isChoice ? std::to_string(row.choice) : row.text.Std()) + "|";
+  }
+  if (faults.empty()) StoreRows(module.form, rows);
+  return texts + faults + " " + module.State();
+}
+
 TEST(DriverForm, AHostileFormShowsWhatCanBeEditedAndKeepsTheRest) {
   static const std::string kEndless(100000, 'n');
-  const struct {
-    const char* what;
-    void (*change)(CModule& m);
-    const char* rows;               // null: the form is refused
-    const char* state = "5|abc|1";  // after the rows are stored
-    const char* fault = "";
-  } kCases[] = {
-      {"no fields", [](CModule& m) { m.form.fields = nullptr; }, nullptr},
-      {"count below 0", [](CModule& m) { m.form.fieldCount = -2147483647 - 1; }, nullptr},
-      {"count too high", [](CModule& m) { m.form.fieldCount = 41; }, nullptr},
-      {"empty", [](CModule& m) { m.form.fields = nullptr, m.form.fieldCount = 0; }, ""},
-      {"no names",
-       [](CModule& m) {
-         for (DriverField& field : m.fields) field.name = field.help = nullptr;
-       },
-       "Setting=5|Setting (2)=abc|Setting (3)=1|"},
-      {"endless name, no room, too many choices",
-       [](CModule& m) {
-         m.fields[0].name = m.fields[0].help = kEndless.c_str();
-         m.fields[1].textSize = 0, m.fields[2].choiceCount = 2147483647;
-       },
-       "nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn...=5|"},
-      {"unknown kinds, choices below 0",
-       [](CModule& m) { m.fields[0].kind = -1, m.fields[1].kind = 3, m.fields[2].choiceCount = -1; }, ""},
-      {"empty range, no buffer, no choices",
-       [](CModule& m) { m.fields[0].low = 101, m.fields[1].text = nullptr, m.fields[2].choices = nullptr; },
-       ""},
-      {"text without end", [](CModule& m) { std::memcpy(m.text, "12345678", 8); },
-       "Period=5|Name=1234567|Mode=1|", "5|1234567|1"},
-      {"cut character", [](CModule& m) { std::memcpy(m.text, "12345\u20AC", 8); },
-       "Period=5|Name=12345|Mode=1|", "5|12345|1"},
-      {"not UTF-8", [](CModule& m) { std::memcpy(m.text, "\x80\xFF\r\n", 5); },
-       "Period=5|Name=\x80\xFF\r\n|Mode=1|", "5|\x80\xFF\r\n|1"},
-      {"number outside, choice below 0",
-       [](CModule& m) { m.fields[0].number = 2147483647, m.fields[2].number = -1; },
-       "Period=2147483647|Name=abc|Mode=-1|", "2147483647|abc|-1",
-       "Period: enter a whole number from -5 to 100.Mode: choose an entry of the list."},
-      {"choice outside", [](CModule& m) { m.fields[2].number = 2; }, "Period=5|Name=abc|Mode=-1|", "5|abc|2",
-       "Mode: choose an entry of the list."},
-  };
-  for (const auto& c : kCases) {
-    SCOPED_TRACE(c.what);
-    CModule module;
-    c.change(module);
-    ASSERT_EQ(IsShowable(&module.form), c.rows != nullptr);
-    if (!c.rows) continue;
-    const std::vector<CFormRow> rows = RowsOf(module.form);
-    std::string faults, texts;
-    for (const CFormRow& row : rows) {
-      faults += RowFault(row).Std();
-      const bool isChoice = row.kind == driverFieldChoice;
-      texts += row.name.Std() + "=" + (isChoice ? std::to_string(row.choice) : row.text.Std()) + "|";
-    }
-    EXPECT_EQ(texts, c.rows);
-    EXPECT_EQ(faults, c.fault);
-    if (faults.empty()) StoreRows(module.form, rows);
-    EXPECT_EQ(module.State(), c.state);
-  }
+  EXPECT_EQ(Shown([](CModule& m) { m.form.fields = nullptr; }), "refused");
+  EXPECT_EQ(Shown([](CModule& m) { m.form.fieldCount = -2147483647 - 1; }), "refused");
+  EXPECT_EQ(Shown([](CModule& m) { m.form.fieldCount = 41; }), "refused");
+  EXPECT_EQ(Shown([](CModule& m) { m.form.fields = nullptr, m.form.fieldCount = 0; }), " 5|abc|1");
+  EXPECT_EQ(Shown([](CModule& m) { m.fields[0].name = m.fields[1].name = m.fields[2].name = nullptr; }),
+            "Setting=5|Setting (2)=abc|Setting (3)=1| 5|abc|1");
+  EXPECT_EQ(Shown([](CModule& m) {
+              m.fields[0].name = m.fields[0].help = kEndless.c_str(), m.fields[1].textSize = 0;
+            }),
+            std::string(60, 'n') + "...=5|Mode=1| 5|abc|1");
+  EXPECT_EQ(
+      Shown([](CModule& m) { m.fields[0].kind = -1, m.fields[1].kind = 3, m.fields[2].choiceCount = -1; }),
+      " 5|abc|1");
+  EXPECT_EQ(Shown([](CModule& m) {
+              m.fields[0].low = 101, m.fields[1].text = nullptr, m.fields[2].choices = nullptr;
+            }),
+            " 5|abc|1");
+  EXPECT_EQ(Shown([](CModule& m) { m.fields[2].choiceCount = 2147483647; }), "Period=5|Name=abc| 5|abc|1");
+  EXPECT_EQ(Shown([](CModule& m) { std::memcpy(m.text, "12345678", 8); }),
+            "Period=5|Name=1234567|Mode=1| 5|1234567|1");
+  EXPECT_EQ(Shown([](CModule& m) { std::memcpy(m.text, "12345\u20AC", 8); }),
+            "Period=5|Name=12345|Mode=1| 5|12345|1");
+  EXPECT_EQ(Shown([](CModule& m) { std::memcpy(m.text, "\x80\xFF\r\n", 5); }),
+            "Period=5|Name=\x80\xFF\r\n|Mode=1| 5|\x80\xFF\r\n|1");
+  EXPECT_EQ(Shown([](CModule& m) { m.fields[0].number = 2147483647, m.fields[2].number = -1; }),
+            "Period=2147483647|Name=abc|Mode=-1|Period: enter a whole number from -5 to 100."
+            "Mode: choose an entry of the list. 2147483647|abc|-1");
+  EXPECT_EQ(Shown([](CModule& m) { m.fields[2].number = 2; }),
+            "Period=5|Name=abc|Mode=-1|Mode: choose an entry of the list. 5|abc|2");
   EXPECT_FALSE(IsShowable(nullptr));
   CModule module;
   module.form.title = nullptr;
@@ -259,25 +237,19 @@ TEST(DriverForm, AHostileFormShowsWhatCanBeEditedAndKeepsTheRest) {
 TEST(DriverForm, ValuesAreCheckedAgainstTheirField) {
   CModule module;
   std::vector<CFormRow> rows = RowsOf(module.form);
+  const auto fault = [&](std::size_t row, const CString& text) {
+    rows[row].text = text;
+    return RowFault(rows[row]).Std();
+  };
   const std::string kPeriod = "Period: enter a whole number from -5 to 100.";
-  const struct {
-    std::size_t row;
-    std::string text, fault;
-  } kCases[] = {{0, "-6", kPeriod},
-                {0, "101", kPeriod},
-                {0, "", kPeriod},
-                {0, " 100 ", ""},
-                {1, "1234567", ""},
-                {1, "12345\u20AC", "Name: enter at most 7 bytes; the text has 8."},
-                {1, std::string("a\0b", 3), "Name: remove the character of code 0."}};
-  for (const auto& c : kCases) {
-    rows[c.row].text = CString(c.text);
-    EXPECT_EQ(RowFault(rows[c.row]).Std(), c.fault) << c.text;
-  }
+  for (const char* text : {"-6", "101", ""}) EXPECT_EQ(fault(0, text), kPeriod);
+  EXPECT_EQ(fault(0, " 100 ") + fault(1, "1234567"), "");
+  EXPECT_EQ(fault(1, "12345\u20AC"), "Name: enter at most 7 bytes; the text has 8.");
+  EXPECT_EQ(fault(1, CString("a\0b", 3)), "Name: remove the character of code 0.");
   rows[1].help.Empty();
-  EXPECT_EQ(HelpOf(rows[0]).Std() + "|" + HelpOf(rows[1]).Std(), "How long. From -5 to 100.|");
+  EXPECT_EQ(HelpOf(rows[0]) + "|" + HelpOf(rows[1]), "How long. From -5 to 100.|");
   rows[0].help.Empty();
-  EXPECT_EQ(HelpOf(rows[0]).Std(), "From -5 to 100.");
+  EXPECT_EQ(HelpOf(rows[0]), "From -5 to 100.");
 }
 
 TEST(DriverForm, TheModuleChecksACopy) {

@@ -60,7 +60,7 @@ TEST(ScalerDlg, ShowsARowForEachVariableAndOkWritesWhatIsTyped) {
   };
   for (const auto& c : kCases) {
     auto scaler = Configured<CScalerConfig>(R"({"scaler": [{"varName": "b", "scale": 1.23456789,
-      "lowLimit": -0.5, "highLimit": 2e10, "clamping": 1}, {"varName": "b"}]})");
+      "lowLimit": -0.5, "highLimit": 2e10, "clamping": 1}, {"varName": "b"}]})"_json);
     const CStringArray names = Names({"a", "b", "c"});
     CScalerDlg dialog;
     dialog.m_pNames = &names;

@@ -16,6 +16,7 @@
 
 namespace vastra {
 
+using nlohmann::json;
 using CTexts = std::vector<std::string>;
 
 // A function that gets the window, or texts separated by " / ", each of them one of these:
@@ -162,25 +163,20 @@ class CSheetUser {
 
 // The fields of a configuration as JSON, and a configuration with such fields.
 template <class T>
-nlohmann::json FieldsOf(T config) {
+json FieldsOf(T config) {
   CJsonWriter writer;
   writer.Write(config);
   return writer.Take();
 }
 template <class T>
-T Configured(const nlohmann::json& fields) {
+T Configured(const json& fields) {
   T config;
   CJsonReader(fields, "/").Read(config);
   return config;
 }
-template <class T>
-T Configured(const char* fields) {
-  return Configured<T>(nlohmann::json::parse(fields));
-}
-
 // The fields that a page holds. filled: what the page replaces.
 template <class TConfig, class TPage>
-nlohmann::json Held(const TPage& page, TConfig filled = TConfig()) {
+json Held(const TPage& page, TConfig filled = TConfig()) {
   page.GetConfiguration(filled);
   return FieldsOf(filled);
 }

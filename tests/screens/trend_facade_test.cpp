@@ -23,10 +23,10 @@ class TrendFacade : public testing::Test {
 };
 
 TEST_F(TrendFacade, OkWritesTheSettingsAndOnlyTheFlagSurvivesCancel) {
-  auto settings = nlohmann::json::parse(
-      R"({"baseVars": ["a", "b"], "extraVars": ["old"], "equationText": "old = a", "calculateExtra": 7})");
+  auto settings =
+      R"({"baseVars": ["a", "b"], "extraVars": ["old"], "equationText": "old = a", "calculateExtra": 7})"_json;
   *m_stage.GetOptions() = Configured<CTrendConfig>(settings);
-  const auto edit = [&](const std::string& steps, const nlohmann::json& changes) {
+  const auto edit = [&](const std::string& steps, const json& changes) {
     const int result = Run({steps});
     settings.update(changes);
     EXPECT_EQ(FieldsOf(*m_stage.GetOptions()), FieldsOf(Configured<CTrendConfig>(settings))) << steps;
@@ -34,13 +34,12 @@ TEST_F(TrendFacade, OkWritesTheSettingsAndOnlyTheFlagSurvivesCancel) {
   };
   const std::string kInsert = "Variables  / Insert  New Variable / New Variable=new / OK / ",
                     kEdit = kInsert + "OK / Equations / Equations?old = a / Equations=n = b; m = n; / OK / ";
-  EXPECT_EQ(edit(kInsert + "Cancel / Equations / Equations=n = b; / Cancel / OK", nlohmann::json::object()),
-            IDOK);
+  EXPECT_EQ(edit(kInsert + "Cancel / Equations / Equations=n = b; / Cancel / OK", json::object()), IDOK);
   EXPECT_EQ(edit(kEdit + "Cancel", {{"calculateExtra", 1}}), IDCANCEL);
   EXPECT_EQ(edit(kEdit + "OK", {{"extraVars", {"old", "new"}}, {"equationText", "n = b; m = n;"}}), IDOK);
   const std::string kDelete = "Variable List#2 / Delete Variable / ";
   edit("Variables  / " + kDelete + kDelete + "OK / OK",
-       {{"extraVars", nlohmann::json::array()}, {"calculateExtra", 0}});
+       {{"extraVars", json::array()}, {"calculateExtra", 0}});
 }
 
 TEST_F(TrendFacade, OnlyOneIsOpen) {
