@@ -24,18 +24,15 @@ class InputPage : public testing::Test {
 TEST_F(InputPage, ControlsDependOnTheChoices) {
   m_page.SetConfiguration(Configured<CInputConfig>(
       R"({"scanPeriod": 77, "simulating": 1, "preprocess": 1, "asFastAsPossible": 1, "autoStart": 1})"_json));
-  const std::string kNodes = " / Net nodes? / Add net node...? / Edit net node...? / Delete Node?",
-                    kNoNodes = " / Net nodes?- / Add net node...?- / Edit net node...?- / Delete Node?-";
+  const std::string kNodes = "Net nodes? / Add net node...? / Edit net node...? / Delete Node?",
+                    kNoNodes = "Net nodes?- / Add net node...?- / Edit net node...?- / Delete Node?-";
   m_user.Run(
       m_page,
-      {"Simulating?x / Preprocess input?x / As fast as possible?x / Auto Start?x / Scan period :?-77 / "
-       "Select Files...? / Variable List...? / Preprocessed equations...?" +
-       kNoNodes + " / Connected / Select Files...?-" + kNodes +
-       " / Scan period : / Scan period :?5000 / "
-       "Scan period :=1234 / Preprocess input / Scan period :?1234 / Variable List...?- / "
-       "Preprocessed equations...?- / As fast as possible / Scan period :?-10 / Simulating / Select "
-       "Files...?" +
-       kNoNodes});
+      {"Simulating?x / Preprocess input?x / As fast as possible?x / Auto Start?x / Scan period :?-77",
+       "Select Files...? / Variable List...? / Preprocessed equations...?", kNoNodes,
+       "Connected / Select Files...?-", kNodes, "Scan period : / Scan period :?5000 / Scan period :=1234",
+       "Preprocess input / Scan period :?1234 / Variable List...?- / Preprocessed equations...?-",
+       "As fast as possible / Scan period :?-10 / Simulating / Select Files...?", kNoNodes});
 }
 
 TEST_F(InputPage, EditsGoToTheConfiguration) {
@@ -56,13 +53,8 @@ TEST_F(InputPage, EditsGoToTheConfiguration) {
       "Preprocess input / Variable List... / Available Vars?v,w, / Selected Vars?b, / ->> / OK / "
       "Preprocessed equations... / Equations?x = b; / Equations=y = b; z = y / OK / Scan period :=65000 / "
       "Auto Start / Simulating / Select Files... / OK",
-      {{"preprocess", 1},
-       {"preNewVars", {"b", "v", "w"}},
-       {"preEquationText", "y = b; z = y"},
-       {"scanPeriod", 65000},
-       {"autoStart", 1},
-       {"simulating", 1},
-       {"inputFiles", {"/z.rph", "/a.rph"}}});
+      R"({"preprocess": 1, "preNewVars": ["b", "v", "w"], "preEquationText": "y = b; z = y", "scanPeriod": 65000,
+          "autoStart": 1, "simulating": 1, "inputFiles": ["/z.rph", "/a.rph"]})"_json);
   EXPECT_EQ(m_user.chooser.file.filter, "Heat Files (*.rph)|*.rph||");
   edit("As fast as possible / Scan period : / OK", {{"scanPeriod", 5000}});
   // Without a node the names are not known: no list opens.
@@ -73,16 +65,12 @@ TEST_F(InputPage, EditsGoToTheConfiguration) {
 }
 
 TEST_F(InputPage, RefusesSettingsThatCannotWork) {
-  const std::string kPeriod = "Scan period :=",
-                    kRefused = " / OK / !Please enter a whole number from 10 to 65000. / ";
-  EXPECT_EQ(
-      m_user.Run(
-          m_page,
-          {kPeriod + "9" + kRefused + kPeriod + "65001" + kRefused + kPeriod + kRefused + kPeriod +
-           "10 / OK / "
-           "!Wrong Configuration!!\n If the logger is going to be connected to a PLC net, you must select "
-           "one net node at least / Cancel"}),
-      IDCANCEL);
+  const std::string kRefused = " / OK / !Please enter a whole number from 10 to 65000.";
+  const CSteps steps = {"Scan period :=9" + kRefused, "Scan period :=65001" + kRefused,
+                        "Scan period :=" + kRefused, "Scan period :=10 / OK",
+                        "!Wrong Configuration!!\n If the logger is going to be connected to a PLC net, you "
+                        "must select one net node at least"};
+  EXPECT_EQ(m_user.Run(m_page, steps), IDCANCEL);
 }
 
 TEST_F(InputPage, ApplyAsksBeforeItErasesEquations) {

@@ -24,7 +24,8 @@ json Item(const char* name) {
 
 // Where the two kinds of items differ.
 struct CKind {
-  const char *list, *items, *binary, *most, *mostField, *samples, *steps, *fields;  // fields: after steps
+  const char *list, *items, *binary, *most, *samples, *steps;
+  json fields;  // of an edited item
   CString proposed;
 };
 
@@ -47,32 +48,28 @@ class Pages : public testing::Test {
     page.SetConfiguration(replaced);
     page.SetConfiguration(configured({Item("x"), y, z}));
     const std::string list = kind.list, most = kind.most, samples = kind.samples,
-                      kNoWhole = "= / OK / !Please enter a whole number from 0 to 4294967295. / ",
-                      finish = std::string(" / Variable List... / Delete All / ->> / OK / ") + kind.steps +
-                               " / OK / " + list;
-    m_user.Run(page, {"Edit / Delete / " + list + "?x,y,z, / " + list +
-                      "#0 / Edit / Name:=cancelled / Cancel / " + list +
-                      "#2 / Edit / Variable List... / Delete All / Cancel / "
-                      "Enable Equations... / Equations=n = 1; / Cancel / OK / " +
-                      list + "#0 / Delete / Delete / " + list + "?y,z, / " + list + "##0 / Name:=Y" + finish +
-                      "?Y,z, / Add / " + most + "?0 / " + samples + "?0 / " + most + kNoWhole + most +
-                      "=4294967295 / " + samples + kNoWhole + samples +
-                      "=7 / OK / !Wrong Configuration!!\n You must give a name / Name:=new / ... / "
-                      "Enable Equations... / OK / " +
-                      kind.binary + " / Write Text Files" + finish + "?Y,z,new, / OK"});
+                      kNoWhole = "= / OK / !Please enter a whole number from 0 to 4294967295.",
+                      finish = " / " + most + "=4294967295 / " + samples +
+                               "=7 / Variable List... / Delete All / ->> / OK / " + kind.steps + " / OK / " +
+                               list;
+    m_user.Run(
+        page,
+        {"Edit / Delete / " + list + "?x,y,z, / " + list + "#0 / Edit / Name:=cancelled / Cancel",
+         list + "#2 / Edit / Variable List... / Delete All / Cancel / "
+                "Enable Equations... / Equations=n = 1; / Cancel / OK",
+         list + "#0 / Delete / Delete / " + list + "?y,z, / " + list + "##0 / Name:=Y" + finish + "?Y,z,",
+         "Add / " + most + "?0 / " + samples + "?0 / " + most + kNoWhole, most + "=1 / " + samples + kNoWhole,
+         samples +
+             "=1 / OK / !Wrong Configuration!!\n You must give a name / Name:=new / ... / "
+             "Enable Equations... / OK / " +
+             kind.binary + " / Write Text Files" + finish + "?Y,z,new, / OK"});
     z["enableText"] = kind.proposed.Std();
     json made = z;
     made.erase("enableEquations");
+    y.update(kind.fields);
     y["name"] = "Y";
-    made.update({{"name", "new"},
-                 {"saveCsv", 1},
-                 {"maxSamples", 7},
-                 {kind.mostField, 4294967295U},
-                 {"directory", "/chosen"}});
-    for (json* item : {&y, &made}) {
-      (*item)["varNames"] = {"a", "b"};
-      item->update(json::parse(kind.fields));
-    }
+    made.update(kind.fields);
+    made.update({{"name", "new"}, {"saveCsv", 1}, {"directory", "/chosen"}});
     EXPECT_EQ(Held(page, replaced), FieldsOf(configured({y, z, made})));
   }
 
@@ -94,15 +91,18 @@ class Pages : public testing::Test {
 
 TEST_F(Pages, ItemsAreAddedEditedAndDeleted) {
   EditItems<CMultiOutputConfig>(
-      m_page, {"Outputs", "outputs", "Write Logs", "Maximum number of logs stored :", "maxLogs",
-               "Maximum number of samples in a log : ",
-               "Use prefix for the log names : / Use prefix for the log names :=p",
-               R"({"usePrefix": 1, "prefix": "p"})", ProposedEnableText(COutputConfig())});
+      m_page,
+      {"Outputs", "outputs", "Write Logs",
+       "Maximum number of logs stored :", "Maximum number of samples in a log : ",
+       "Use prefix for the log names : / Use prefix for the log names :=p",
+       R"({"usePrefix": 1, "prefix": "p", "maxLogs": 4294967295, "maxSamples": 7, "varNames": ["a", "b"]})"_json,
+       ProposedEnableText(COutputConfig())});
   EditItems<CMultiSummaryConfig>(
       CSummaryPage(),
-      {"Summaries", "summaries", "Write Summary", "Maximum number\nof summaries\nstored :", "maxSummaries",
+      {"Summaries", "summaries", "Write Summary", "Maximum number\nof summaries\nstored :",
        "Maximum number\nof samples in a\n summary : ", "Summary Equations... / Equations=t = a; / OK",
-       R"({"summaryText": "t = a;"})", ProposedEnableText(CSummaryConfig())});
+       R"({"summaryText": "t = a;", "maxSummaries": 4294967295, "maxSamples": 7, "varNames": ["a", "b"]})"_json,
+       ProposedEnableText(CSummaryConfig())});
 }
 
 TEST_F(Pages, TheNameOfALogDependsOnABasisAndAPrefix) {

@@ -66,26 +66,23 @@ class NodeDialogs : public testing::Test {
 
 TEST_F(NodeDialogs, AnAcceptedFormConfiguresTheNode) {
   const struct {
-    const char* what;
     int (*form)(int);
     std::string driver;
-    int value1;           // of a node that was configured before
-    const char* newNode;  // what OK says of another
-  } kCases[] = {
-      {"accepted", AcceptForm, "Scripted", 21, "!You must assign a name to this node"},
-      {"cancelled", CancelForm, "Scripted", 1, "!The PLC hasn't been configured"},
-      {"no form", nullptr, "Scripted", 1, "!The PLC hasn't been configured"},
-      {"another driver", AcceptForm, "Silent", 1, "!The PLC hasn't been configured"},
-  };
+    int value1;  // of a node that was configured before
+  } kCases[] = {{AcceptForm, "Scripted", 21},
+                {CancelForm, "Scripted", 1},
+                {nullptr, "Scripted", 1},
+                {AcceptForm, "Silent", 1}};
   for (const auto& c : kCases) {
-    SCOPED_TRACE(c.what);
     const std::string configure = "Type of PLC :=" + c.driver + " / Configure PLC / OK";
     Restart(c.form);
     const json driver = Edit({configure})["driver"];
     EXPECT_EQ(driver["value1"], c.value1);
     EXPECT_EQ(driver["variableCount"], 2);
     EXPECT_EQ(g_script->record.variableCount, c.driver == "Scripted" ? 2U : 0U) << "what the driver checks";
-    Run(json::array(), {"Add net node... / " + configure, c.newNode});
+    Run(json::array(),
+        {"Add net node... / " + configure,
+         c.value1 == 21 ? "!You must assign a name to this node" : "!The PLC hasn't been configured"});
   }
 }
 
@@ -114,23 +111,16 @@ TEST_F(NodeDialogs, RowsOfTheScalerFollowTheVariables) {
     auto* model = Find<QTableView>(window, "Scaler")->model();
     EXPECT_TRUE(model->setData(model->index(1, 1), "8"));
   };
-  const struct {
-    const char* what;
-    CSteps steps;
-    const char* rows;
-  } kCases[] = {
-      {"removed and inserted again", remove + CSteps{"OK / Variable List"} + insert, "b 2,a 1,"},
-      {"removed and inserted at once", remove + insert, "b 2,a 4,"},
-      {"scaled", {"Scaler", scale, "OK"}, "a 4,b 8,"},
+  const auto rows = [&](const CSteps& steps) {
+    const json node = Edit(steps + CSteps{"OK"});
+    EXPECT_EQ(Edit(steps + CSteps{"Cancel"}), Edit({"Cancel"}));
+    std::string all;
+    for (const json& row : node["scaler"]) all += row["varName"].dump() + row["scale"].dump();
+    return all;
   };
-  for (const auto& c : kCases) {
-    std::string rows;
-    const json node = Edit(c.steps + CSteps{"OK"});
-    for (const json& row : node["scaler"])
-      rows += row["varName"].get<std::string>() + " " + std::to_string(row["scale"].get<int>()) + ",";
-    EXPECT_EQ(rows, c.rows) << c.what;
-    EXPECT_EQ(Edit(c.steps + CSteps{"Cancel"}), Edit({"Cancel"})) << c.what;
-  }
+  EXPECT_EQ(rows(remove + CSteps{"OK / Variable List"} + insert), R"("b"2.0"a"1.0)");
+  EXPECT_EQ(rows(remove + insert), R"("b"2.0"a"4.0)");
+  EXPECT_EQ(rows({"Scaler", scale, "OK"}), R"("a"4.0"b"8.0)");
 }
 
 TEST_F(NodeDialogs, NodesAreAddedEditedAndDeleted) {
