@@ -49,12 +49,10 @@ TEST(ConsoleConfDlg, AllAndTheKindsExcludeEachOtherAndOnlyOkSetsTheValues) {
     EXPECT_EQ(UsersRun(dialog, before.c_str(), clicks, "Cancel"), after + " " + before);
     EXPECT_EQ(UsersRun(dialog, before.c_str(), clicks, "OK"), after + " " + after);
   }
-}
-
-TEST(ConsoleConfDlg, ForbiddenOnTopIsShownAndCannotBeClicked) {
   CConsoleConfDlg dialog;
   dialog.EnableOnTop(0);
-  EXPECT_EQ(UsersRun(dialog, "00000010", "7", "OK"), "00000010 00000010");
+  EXPECT_EQ(UsersRun(dialog, "00000010", "7", "OK"), "00000010 00000010")
+      << "shown, but it cannot be clicked";
 }
 
 }  // namespace

@@ -66,7 +66,7 @@ TEST_F(Console, AnIdHasOneWindowAndAnUnknownIdNone) {
   EXPECT_EQ(written, 1);
 }
 
-TEST_F(Console, KeptPlaceOverridesTheCallersWhichIsKeptTheFirstTime) {
+TEST_F(Console, KeptPlaceOverridesTheCallersAndIsSavedAtTheEnd) {
   CConsole& console = Open(3, "a");
   EXPECT_EQ(Kept("Console3"), "10,20,300,200");
   WindowOf("a")->setGeometry(70, 80, 400, 250);
@@ -78,27 +78,17 @@ TEST_F(Console, KeptPlaceOverridesTheCallersWhichIsKeptTheFirstTime) {
   Open(3, "b");
   EXPECT_EQ(PlaceOf("b"), "30,40,300,200");
   EXPECT_EQ(Kept("Console3"), "30,40,spoiled");
+  console.ShowWindow(3, SW_SHOW);
+  WindowOf("b")->move(50, 60), WindowOf("b")->resize(310, 210);
+  console.ShowWindow(3, SW_SHOWMAXIMIZED);
   CConsole::Release();
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  EXPECT_EQ(Kept("Console3"), "50,60,310,210") << "where it was before it was maximised";
+  EXPECT_FALSE(WindowOf("b"));
+  EXPECT_EQ(WriteToConsole(3, "lost", 0, 0), 0);
   qputenv("XDG_CONFIG_HOME", "/dev/null");
   Open(3, "without settings");
   EXPECT_EQ(PlaceOf("without settings"), "10,20,300,200");
-}
-
-TEST_F(Console, PlacesAreSavedInEveryStateOfTheWindows) {
-  const std::vector<int> kCommands[] = {
-      {}, {SW_SHOW}, {SW_HIDE}, {SW_MINIMIZE}, {SW_SHOWMAXIMIZED}, {SW_SHOWMAXIMIZED, SW_MINIMIZE}};
-  for (const auto& commands : kCommands) {
-    CConsole& console = Open(1, "moved");
-    if (!commands.empty()) console.ShowWindow(1, SW_SHOW);
-    WindowOf("moved")->move(50, 60), WindowOf("moved")->resize(310, 210);
-    QApplication::processEvents();
-    for (const int command : commands) console.ShowWindow(1, command), QApplication::processEvents();
-    CConsole::Release();
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    EXPECT_EQ(Kept("Console1"), "50,60,310,210") << commands.size();
-    EXPECT_FALSE(WindowOf("moved"));
-    EXPECT_EQ(WriteToConsole(1, "lost", 0, 0), 0);
-  }
 }
 
 // The process that ends is a child; an environment variable has the path of its settings.

@@ -172,24 +172,20 @@ TEST_F(ScanGrid, ASelectionIsSavedAndLoaded) {
   Choose(m_window, {"c"});
   Load(m_window, "s.grd");
   EXPECT_FALSE(asked.save || asked.mustExist);
-  EXPECT_EQ(Rows(), "b 0.00|a 0.00|");
-
   WriteBytes(m_dir / "cut", ReadBytes(m_dir / "s.grd").substr(0, 11));
-  const struct {
-    const char *file, *rows;
-  } kFaults[] = {{"none", "b 0.00|a 0.00|"}, {"cut", "b 0.00| 0.00|"}};  // until the names are mapped again
-  for (const auto& [file, rows] : kFaults) {
+  for (const char* file : {"none", "cut"}) {
+    EXPECT_EQ(Rows(), "b 0.00|a 0.00|");
     Load(m_window, file);
-    EXPECT_EQ(m_prompter.Take(), CBoxes({kUnreadable}));
-    EXPECT_EQ(Rows(), rows);
   }
+  EXPECT_EQ(m_prompter.Take(), CBoxes(2, kUnreadable));
+  EXPECT_EQ(Rows(), "b 0.00| 0.00|") << "until the names are mapped again";
   m_grid->ResetVarNames();
   EXPECT_EQ(Rows(), "b 0.00|");
-  m_chooser.path = m_dir / "none/x";
-  Click(m_window, "Save");
-  m_chooser.path = "";
-  for (const char* button : {"Save", "Load"}) Click(m_window, button);  // both cancelled
-  EXPECT_EQ(m_prompter.Take(), CBoxes());
+  for (const CString& path : {m_dir / "none/x", CString()}) {  // cannot be created; cancelled
+    m_chooser.path = path;
+    Click(m_window, "Save");
+    EXPECT_EQ(m_prompter.Take(), CBoxes());
+  }
   m_chooser.path = m_dir / "s.grd";
   const CFileSizeLimit full(3);
   Click(m_window, "Save");
@@ -348,7 +344,6 @@ TEST_F(TrendWindow, TheScalesShowTheTimeAndTheSelectedCurve) {
     for (int x = end.x - 8; x < end.x + 20; ++x)
       if (qRed(shown.pixel(x, y)) < 100) ink |= QRect(x, y, 1, 1);
   EXPECT_GT(ink.height(), ink.width());
-  EXPECT_GE(ink.left(), end.x);
   EXPECT_LE(ink.top(), end.y + 2);
   m_trend->RefreshTimeScan(10);
   EXPECT_NE(Grab(), shown);
