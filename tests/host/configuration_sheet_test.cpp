@@ -89,18 +89,6 @@ TEST_F(ConfigurationSheet, NothingIsLostByLookingAtEachPage) {
   EXPECT_EQ(Saved(), full);
 }
 
-TEST_F(ConfigurationSheet, APageThatRefusesStaysInFrontAndNothingIsApplied) {
-  ActionOf(m_window, "New")->trigger();
-  const std::string refused =
-      "!Wrong Configuration!!\n If the logger is going to be connected to a PLC net, you must select one net "
-      "node at least";
-  Edit({"OK", refused, "Apply", refused, Tab(pageOutput), refused, [](QWidget* sheet) {
-          EXPECT_EQ(sheet->findChild<QTabWidget*>()->currentIndex(), pageInput);
-          EXPECT_TRUE(sheet->isVisible());
-        }});
-  EXPECT_FALSE(m_window.isWindowModified());
-}
-
 TEST_F(ConfigurationSheet, CancelLeavesWhatWasNotApplied) {
   Open(Configuration(kSimulator));
   m_user.boxes.answer = IDYES;  // the equations of the views read variables that nothing preprocesses

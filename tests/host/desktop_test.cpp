@@ -86,8 +86,7 @@ TEST_F(Desktop, TheWindowNeverWaitsForAPlc) {
 
 TEST_F(Desktop, AWindowMayBeDestroyedWhileTheLoggerRuns) {
   {
-    CMainWindow window;
-    ASSERT_TRUE(window.Open(m_demo));
+    CTestWindow window(m_demo);
     window.Start();
     EXPECT_TRUE(Wait([&] { return Samples(window) > 0; }));
   }
@@ -188,8 +187,7 @@ TEST_F(Desktop, TheWindowRunsAConfigurationAndAsksBeforeItStopsAndQuits) {
 
 TEST_F(Desktop, ViewsOpenOnTheScreenAndCloseOneByOne) {
   CSettings().SetPlace("TrendPlace", {5000, -3000, 5500, -2600});
-  CTestWindow window;
-  ASSERT_TRUE(window.Open(m_demo));
+  CTestWindow window(m_demo);
   ActionOf(window, "Trend")->trigger();
   QWidget* trend = TopLevel("Trending");
   ASSERT_TRUE(trend);
@@ -222,8 +220,7 @@ void AddExtraVariable(CMainWindow& window) {
 
 TEST_F(Desktop, ChangesAreNotLostWithoutAQuestion) {
   for (const int answer : {IDCANCEL, IDNO, IDYES}) {
-    CTestWindow window;
-    ASSERT_TRUE(window.Open(m_demo));
+    CTestWindow window(m_demo);
     AddExtraVariable(window);
     EXPECT_EQ(Quits(window, answer), answer != IDCANCEL);
     EXPECT_EQ(window.boxes.Take(), Texts{"|Save the changes to " + m_demo.Std() + "?|23"});
@@ -271,8 +268,7 @@ TEST_F(Desktop, AFileKeepsItsVersionUnlessThatLosesSettings) {
   for (const auto& [prefix, file, answer, boxCount, start] : cases) {
     WriteBytes(m_dir / "old.json",
                R"({"version": 1002, "outputs": [{"prefix": ")" + std::string(prefix) + "\"}]}");
-    CTestWindow window;
-    ASSERT_TRUE(window.Open(m_dir / "old.json"));
+    CTestWindow window(m_dir / "old.json");
     window.boxes.answer = answer;
     window.chooser.path = m_dir / file;
     ActionOf(window, "Save As...")->trigger();
@@ -309,8 +305,7 @@ TEST_F(Desktop, WhatPreventsAStartIsShown) {
       {"{}", "|input: the stage does not open: input.plcNodes: there is no PLC node|30"}};
   for (const auto& [configuration, box] : cases) {
     WriteBytes(m_demo, configuration);
-    CTestWindow window;
-    ASSERT_TRUE(window.Open(m_demo));
+    CTestWindow window(m_demo);
     window.Start();
     ASSERT_TRUE(Wait([&] { return !window.boxes.asked.empty(); }));
     EXPECT_EQ(window.boxes.Take()[0].substr(0, box.size()), box);
@@ -319,8 +314,7 @@ TEST_F(Desktop, WhatPreventsAStartIsShown) {
 }
 
 TEST_F(Desktop, TheReportIsShownCopiedAndSaved) {
-  CTestWindow window;
-  ASSERT_TRUE(window.Open(m_demo));
+  CTestWindow window(m_demo);
   ActionOf(window, "Report")->trigger();
   auto* report = window.findChild<QDialog*>();
   ASSERT_TRUE(report);

@@ -28,7 +28,10 @@ using Texts = std::vector<std::string>;
 
 // The main window with boxes and choosers that answer by themselves. A test takes the boxes that it expects.
 struct CTestWindow : CMainWindow {
-  CTestWindow() { show(); }
+  explicit CTestWindow(const CString& path = "") {
+    show();
+    EXPECT_TRUE(path.IsEmpty() || Open(path));
+  }
   ~CTestWindow() override { EXPECT_EQ(boxes.Take(), Texts()); }
 
   CTestPrompter boxes;

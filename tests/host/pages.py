@@ -6,6 +6,8 @@ import subprocess
 
 from commands import CommandTest, VASTRA
 
+ROOT = os.path.join(os.path.dirname(os.path.abspath(__file__)), "../..")
+
 
 def pattern(shown):
     lines = "".join(r"(?:.*\n)*" if line == "..." else re.escape(line).replace(r"\.\.\.", ".*") + r"\n"
