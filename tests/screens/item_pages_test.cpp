@@ -47,22 +47,23 @@ class Pages : public testing::Test {
     page.SetInputPointer(&m_input);
     page.SetConfiguration(replaced);
     page.SetConfiguration(configured({Item("x"), y, z}));
-    const std::string list = kind.list, most = kind.most, samples = kind.samples,
-                      kNoWhole = "= / OK / !Please enter a whole number from 0 to 4294967295.",
-                      finish = " / " + most + "=4294967295 / " + samples +
-                               "=7 / Variable List... / Delete All / ->> / OK / " + kind.steps + " / OK / " +
-                               list;
-    m_user.Run(
-        page,
-        {"Edit / Delete / " + list + "?x,y,z, / " + list + "#0 / Edit / Name:=cancelled / Cancel",
-         list + "#2 / Edit / Variable List... / Delete All / Cancel / "
-                "Enable Equations... / Equations=n = 1; / Cancel / OK",
-         list + "#0 / Delete / Delete / " + list + "?y,z, / " + list + "##0 / Name:=Y" + finish + "?Y,z,",
-         "Add / " + most + "?0 / " + samples + "?0 / " + most + kNoWhole, most + "=1 / " + samples + kNoWhole,
-         samples +
-             "=1 / OK / !Wrong Configuration!!\n You must give a name / Name:=new / ... / "
-             "Enable Equations... / OK / " +
-             kind.binary + " / Write Text Files" + finish + "?Y,z,new, / OK"});
+    const QString kNoWhole = "= / OK / !Please enter a whole number from 0 to 4294967295. / ",
+                  kFinish =
+                      " / %2=4294967295 / %3=7 / Variable List... / Delete All / ->> / OK / %4 / OK / %1";
+    const QString steps =
+        "Edit / Delete / %1?x,y,z, / %1#0 / Edit / Name:=cancelled / Cancel / "
+        "%1#2 / Edit / Variable List... / Delete All / Cancel / Enable Equations... / Equations=n = 1; / "
+        "Cancel / OK / "
+        "%1#0 / Delete / Delete / %1?y,z, / %1##0 / Name:=Y" +
+        kFinish +
+        "?Y,z, / "
+        "Add / %2?0 / %3?0 / %2" +
+        kNoWhole + "%2=1 / %3" + kNoWhole +
+        "%3=1 / OK / "
+        "!Wrong Configuration!!\n You must give a name / Name:=new / ... / Enable Equations... / OK / "
+        "%5 / Write Text Files" +
+        kFinish + "?Y,z,new, / OK";
+    m_user.Run(page, {steps.arg(kind.list, kind.most, kind.samples, kind.steps, kind.binary).toStdString()});
     z["enableText"] = kind.proposed.Std();
     json made = z;
     made.erase("enableEquations");
