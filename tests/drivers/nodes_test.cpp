@@ -48,20 +48,18 @@ TEST_F(Simulator, RepeatsItsListOfWaveformsAndHasDefaults) {
 
 TEST_F(Simulator, RunsItsCurvesThroughWholePeriodsInStep) {
   CDriverNode node = Node(Text("sine,ramp,square", 40, 2000), 3);
-  float lowest = 0, highest = 0, before = 0;
-  bool fell = false;
+  double lowest = 1, highest = 0;  // phases
   const auto end = steady_clock::now() + std::chrono::seconds(20);
-  while ((lowest > -1.9f || highest < 1.9f || !fell) && steady_clock::now() < end) {
+  while ((lowest > 0.05 || highest < 0.95) && steady_clock::now() < end) {
     const CValues values = node.Read();
     const double phase = values.at(1) / 2.0;
     ASSERT_TRUE(phase >= 0 && phase <= 1) << phase;
     EXPECT_NEAR(values[0], 2 * std::sin(phase * 6.283185307179586), 1e-5);
     EXPECT_EQ(values[2], phase < 0.5 ? 2.0f : -2.0f);
-    lowest = std::min(lowest, values[0]);
-    highest = std::max(highest, values[0]);
-    fell |= values[1] < std::exchange(before, values[1]);
+    lowest = highest < 0.95 ? 1 : std::min(lowest, phase);  // of the next period
+    highest = std::max(highest, phase);
   }
-  EXPECT_TRUE(lowest <= -1.9f && highest >= 1.9f && fell) << lowest << ' ' << highest;
+  EXPECT_TRUE(lowest <= 0.05 && highest >= 0.95) << lowest << ' ' << highest;
 }
 
 TEST_F(Simulator, MakesTheSameNoiseOfTheSameSeedAlone) {

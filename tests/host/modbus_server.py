@@ -35,7 +35,8 @@ def cable():
 
 
 async def serve(units, *line):
-    context = ModbusServerContext({int(unit): slave(tables) for unit, tables in json.loads(units).items()}, single=False)
+    slaves = {int(unit): slave(tables) for unit, tables in json.loads(units).items()}
+    context = ModbusServerContext(slaves, single=False)
     if line:
         port, place = cable()
         server = ModbusSerialServer(context, ModbusRtuFramer, port=port)

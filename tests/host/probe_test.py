@@ -58,8 +58,8 @@ FAULTS = [
 WRONG = [
     ("9001 --set station", 2, "FIELD=VALUE"),
     ("9001 --set =1", 2, "FIELD=VALUE"),
-    ("9001 --set speed=1", 2, "cardNumber, registerAddress, registerAddressExt, plcNodeAddress, timeOut, station, text1, "
-                              "text2, value1, value2, value3, value4, value5"),
+    ("9001 --set speed=1", 2, "there are cardNumber, registerAddress, registerAddressExt, plcNodeAddress, timeOut, "
+                              "station, text1, text2, value1, value2, value3, value4, value5"),
     ("9001 --set station=2147483648", 2, "from -2147483648 to 2147483647"),
     ("9001 --set station=1x", 2, "must be a whole number"),
     ("9001 --set plcType=1", 2, "set with the driver"),
