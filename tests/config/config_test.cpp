@@ -244,11 +244,13 @@ TEST(Report, HidesWhatIsSwitchedOffAndPrintsAnUnsignedNumberWithASign) {
 }
 
 TEST(Report, IsNeverReadBack) {
-  auto input = Loaded<CInputConfig>(kInput);
-  const auto read = [&](CArchive& ar) {
-    input.TextSerialize(ar), input.m_plcNodes.GetHead()->TextSerialize(ar);
+  const auto read = [](auto... objects) {
+    return LoadBytes("[*** Input ***]\r\n", [&](CArchive& ar) { (objects.TextSerialize(ar), ...); });
   };
-  EXPECT_EQ(LoadBytes("[*** Input ***]\r\n", read), 17u);
+  EXPECT_EQ(read(CPlcNodeConfig(), CInputConfig(), COutputConfig(), CMultiOutputConfig(), CSummaryConfig()),
+            17u);
+  EXPECT_EQ(read(CMultiSummaryConfig(), CPlcMultiConfig(), CSmartConfig(), CTrendConfig(), CEnableConfig()),
+            17u);
 }
 
 }  // namespace

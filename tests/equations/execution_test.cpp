@@ -9,6 +9,7 @@
 
 #include "tests/equations/both_machines.h"
 #include "tests/support/names.h"
+#include "vastra/equations/program.h"
 
 namespace vastra {
 namespace {
@@ -28,7 +29,8 @@ const struct {
      "1 / i; x; m; -m; -x; (m); m + x; if(1, m, 2); if(f, m, q); q % 2; n % 2; -2147483648 % -1; "
      "2147483648 % -1; i % -1; n & 1; ~-1; abs(0 - 0.5); abs(n); 2.5 && 0; x || m; !2; !n; 3 < 3; "
      "3 > 3; 4 <= 3; 3 >= 4; x != m; f == 1.1; n == n; n < 1; n > 1; n <= 1; n >= 1; 2 == 2 == 1; "
-     "log(1); sqrt(0); sqrt((m))"},
+     "log(1); sqrt(0); sqrt((m)); "
+     "p > 4 && q > 0 || f > 2; p > 4 && q < 0 && f > 2"},
     {1,
      "y + 1; 7.9 % 2.9; 7 % -3; p % 3; 3 & 1.9; i | 1; 0.5 && -1; x || 0.1; !m; n && 1; n || 0; "
      "p > 4 && q < 0; p > 4 && q > 0 || f > 1; 2 < 3; 3 > 2; 3 <= 3; 3 >= 3; x == m; f != 1.1; f == f; "
@@ -83,6 +85,9 @@ TEST(Execution, EveryOperationHasItsValueInBothForms) {
       EXPECT_TRUE(IsSameResult(results[0], value)) << results[0];
       EXPECT_EQ(reference.GetUndefined().empty(), isDefined);
 
+      CProgram program(kNames.GetSize(), 1);
+      program.Add(reference.GetCode(0), 0);
+      EXPECT_FALSE(program.IsPlain(0));
       lowered.Compile(kNames, statements);
       lowered.Run(inputs);
       const float stored = lowered.GetValue(inputs, lowered.FindValue("y"));
@@ -167,7 +172,7 @@ class CWriter {
     return text + " ? " + Expression(depth - 1) + " : " + Expression(depth - 1);
   }
   std::string Relation(int depth) {
-    return Sum(depth) + (Below(4) ? "" : Pick({" < ", " > ", " <= ", " >= "}) + Sum(depth));
+    return Sum(depth) + (Below(2) ? "" : Pick({" < ", " > ", " <= ", " >= "}) + Sum(depth));
   }
   std::string Sum(int depth) {
     std::string text = Unary(depth);

@@ -96,7 +96,7 @@ TEST(File, AReplacementIsCompleteOrHasNoEffect) {
 TEST(File, SaveFileFollowsALinkAndWritesToAPipe) {
   const CTempDir dir;
   const auto save = [](const CString& path) { SaveFile(path, [](CFile& file) { file.Write("new", 3); }); };
-  WriteBytes(dir / "file", "old");
+  WriteBytes(dir / "file", "older");
   ASSERT_EQ(::symlink("file", dir / "link"), 0);
   save(dir / "link");
   EXPECT_EQ(Names(dir.Path()), "file link ");

@@ -56,6 +56,8 @@ TEST(String, FormatAcceptsAnyLengthAndAPartOfItself) {
   text.Format("%s%d", word.c_str(), -1);
   text.Format("%s", text.Std().c_str());
   EXPECT_EQ(text.Std(), word + "-1");
+  text.Format("%s", "");
+  EXPECT_TRUE(text.IsEmpty());
 }
 
 TEST(List, PositionsStayValidAndNodesAreUsedAgainWhileOtherElementsChange) {
