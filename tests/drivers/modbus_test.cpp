@@ -395,7 +395,7 @@ TEST(ModbusFaults, OfRepliesByTcpAreToldAndGiveNoWrongValue) {
       {"more registers", kLong, {Edit({{5, 9}, {8, 6}}, 2)}, "bad reply: its length"},
       {"less registers", kLong, {Edit({{5, 5}, {8, 2}}, -2)}, "bad reply: its length"},
       {"too many bytes", kLong, {Edit({{8, 255}})}, "bad reply: its length"},
-      {"other unit", kLong, {Edit({{6, 99}})}, "bad reply: it is from unit 99, holding"},
+      {"other unit", kLong, {Edit({{6, 0}})}, "bad reply: it is from unit 0, holding"},
       {"other function", kLong, {Edit({{7, 4}})}, "bad reply: it has the function of"},
       {"other exception", kLong, {Edit({{7, 0x84}, {5, 3}}, -4)}, "bad reply: it has the"},
       {"longer exception",
