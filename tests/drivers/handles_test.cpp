@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <future>
+#include <latch>
 #include <set>
 #include <stdexcept>
 #include <thread>
@@ -64,15 +65,17 @@ TEST(DriverHandles, LetNothingThrownLeaveAndKeepNoHandleOfAFailedOpen) {
 TEST(DriverHandles, AreDifferentWhenThreadsOpenTogether) {
   std::vector<int> handles[4];
   {
+    std::latch start(4);
     std::vector<std::jthread> threads;
     for (std::vector<int>& own : handles)
-      threads.emplace_back([&own] {
-        for (int& handle : own = std::vector<int>(10'000)) kTable.Open({}, driverModeRead, &handle);
+      threads.emplace_back([&] {
+        start.arrive_and_wait();
+        for (int& handle : own = std::vector<int>(25'000)) kTable.Open({}, driverModeRead, &handle);
       });
   }
   std::set<int> all;
   for (const std::vector<int>& own : handles) all.insert(own.begin(), own.end());
-  EXPECT_EQ(all.size(), 40'000u);
+  EXPECT_EQ(all.size(), 100'000u);
   for (const int handle : all) kTable.Close(handle);
 }
 

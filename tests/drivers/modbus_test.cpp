@@ -385,7 +385,6 @@ TEST(ModbusFaults, OfRepliesByTcpAreToldAndGiveNoWrongValue) {
       {"closes", kLong, {Become(""), kCloses}, "the device closed the connection, h"},
       {"resets", kLong, {Become(""), kResets}, "the device closed the connection, h"},
       {"closes within", kLong, {Edit({}, -3), kCloses}, "bad reply: it is cut short, the"},
-      {"garbage", kShort, {Become(std::string(13, '\xAA'))}, "bad reply: "},
       {"web server",
        kLong,
        {Become("HTTP/1.1 400 Bad\r\n\r\n"), kCloses},
@@ -423,7 +422,6 @@ TEST(ModbusFaults, OfRepliesOfALineAreToldAndGiveNoWrongValue) {
              {"other unit", kShort, {Edit({{0, 99}})}, "bad reply: "},
              {"too many bytes", kLong, {Edit({{2, 255}})}, "bad reply: "},
              {"cut", kShort, {Edit({}, -3)}, "bad reply: it is cut short"},
-             {"garbage", kShort, {Become(std::string(40, '\xAA'))}, "bad reply: "},
              {"exception", kLong, {.exception = 6}, "exception 6 "}},
             false, PathOfLine());
 }
