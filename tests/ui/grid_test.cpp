@@ -102,28 +102,24 @@ TEST_F(GridCells, AreStoredWhenTheyAreLeft) {
 }
 
 TEST_F(GridCells, WithBoxesAreChangedByMouseAndSpaceBar) {
-  const auto clicks = [&](QWidget*) {
-    ClickAt(0, 2, true);
-    ClickAt(1, 2, true);
-    ClickAt(0, 1);
+  const auto clicks = [&] { ClickAt(0, 2, true), ClickAt(1, 2, true), ClickAt(0, 1); };
+  const auto writer = [&](QWidget*) {
+    clicks();
+    EXPECT_TRUE(Editor());
+    EXPECT_EQ(m_grid.cells[0][2] + m_grid.cells[1][2], "10");
+    m_view->setCurrentIndex(m_view->model()->index(0, 2));
+    QTest::keyClick(m_view, Qt::Key_Space);
+    EXPECT_EQ(m_grid.cells[0][2], "0");
+    EXPECT_EQ(std::exchange(m_grid.told, ""), "ccc");
   };
-  WhileModal([&] { DoModal(); },
-             [&](QWidget* window) {
-               clicks(window);
-               EXPECT_TRUE(Editor());
-               EXPECT_EQ(m_grid.cells[0][2] + m_grid.cells[1][2], "10");
-               m_view->setCurrentIndex(m_view->model()->index(0, 2));
-               QTest::keyClick(m_view, Qt::Key_Space);
-               EXPECT_EQ(m_grid.cells[0][2], "0");
-               EXPECT_EQ(std::exchange(m_grid.told, ""), "ccc");
-             });
+  WhileModal([&] { DoModal(); }, writer);
   m_readOnly = true;
-  WhileModal([&] { DoModal(); },
-             [&](QWidget* window) {
-               clicks(window);
-               EXPECT_FALSE(Editor());
-               EXPECT_EQ(m_grid.told, "");
-             });
+  const auto reader = [&](QWidget*) {
+    clicks();
+    EXPECT_FALSE(Editor());
+    EXPECT_EQ(m_grid.told, "");
+  };
+  WhileModal([&] { DoModal(); }, reader);
 }
 
 }  // namespace
