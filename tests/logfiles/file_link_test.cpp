@@ -86,6 +86,8 @@ TEST_F(FileLink, ABufferKeepsOneSampleInEitherMode) {
     EXPECT_TRUE(m_link->Read(sample));
     EXPECT_EQ(sample.m_values, Sample(2, {5, 4}).m_values);
     EXPECT_EQ(sample.m_time.time, kStart + 2);
+    m_link->Close();
+    EXPECT_FALSE(m_link->ReadVariable(0, value) || m_link->WriteVariable(0, 5));
   }
 }
 
