@@ -30,7 +30,7 @@ const struct {
      "2147483648 % -1; i % -1; n & 1; ~-1; abs(0 - 0.5); abs(n); 2.5 && 0; x || m; !2; !n; 3 < 3; "
      "3 > 3; 4 <= 3; 3 >= 4; x != m; f == 1.1; n == n; n < 1; n > 1; n <= 1; n >= 1; 2 == 2 == 1; "
      "log(1); sqrt(0); sqrt((m)); "
-     "p > 4 && q > 0 || f > 2; p > 4 && q < 0 && f > 2"},
+     "p > 4 && q > 0 || f > 2; p > 4 && q < 0 && f > 2; p * f - p * f"},
     {1,
      "y + 1; 7.9 % 2.9; 7 % -3; p % 3; 3 & 1.9; i | 1; 0.5 && -1; x || 0.1; !m; n && 1; n || 0; "
      "p > 4 && q < 0; p > 4 && q > 0 || f > 1; 2 < 3; 3 > 2; 3 <= 3; 3 >= 3; x == m; f != 1.1; f == f; "
@@ -176,7 +176,7 @@ class CWriter {
   }
   std::string Sum(int depth) {
     std::string text = Unary(depth);
-    while (Below(3) == 0) text += Pick({" + ", " - ", " * ", " / ", " % ", " * "}) + Unary(depth);
+    while (Below(2) == 0) text += Pick({" + ", " - ", " * ", " / ", " % ", " * "}) + Unary(depth);
     return text;
   }
   std::string Unary(int depth) {
