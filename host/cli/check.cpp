@@ -158,7 +158,7 @@ EExit Check(const CFileArgument& file) {
 }  // namespace
 
 CAction DeclareCheck(CArguments& arguments) {
-  const auto file = arguments.File("FILE", "The configuration, as JSON or as a configuration file");
+  const auto file = arguments.File("FILE", kConfigurationHelp);
   return [=] { return Check(*file); };
 }
 

@@ -1,5 +1,6 @@
 // The commands of this host. The command line, its help and the dispatch use one table with a row for each.
-// To add a command, write its file, declare its function here and add a row to commands.cpp.
+// To add a command, write its file, add it to CMakeLists.txt, declare its function here and add a row to
+// commands.cpp.
 #pragma once
 
 #include <functional>

@@ -14,7 +14,7 @@ EVerbosity Verbosity(bool debug, bool quiet) {
 }  // namespace
 
 CRunArguments::CRunArguments(CArguments& arguments)
-    : m_file(arguments.File("FILE", "The configuration, as JSON or as a configuration file")),
+    : m_file(arguments.File("FILE", kConfigurationHelp)),
       m_scans(arguments.Number("--scans", "N", "Stop after N scans; failed reads count, too", 0, kMostScans)),
       m_period(arguments.Number(
           "--period", "MS",

@@ -1,8 +1,8 @@
 // vastra watch: like run, with the newest sample on standard output.
 #include "host/cli/command.h"
-#include "host/cli/live_view.h"
 #include "host/cli/run_arguments.h"
 #include "host/cli/terminal/terminal.h"
+#include "host/cli/watch_view.h"
 
 namespace vastra {
 namespace {
@@ -18,7 +18,7 @@ CStringArray NamesIn(const std::vector<CString>& lists) {
 }
 
 EExit Watch(const CRunArguments& arguments, const std::vector<CString>& variables) {
-  CLiveView view(arguments.File().typed, NamesIn(variables));
+  CWatchView view(arguments.File().typed, NamesIn(variables));
   CSessionResult result;
   const EExit status = arguments.Run(view, result);
   if (status == kDone) CTerminal::Instance().Remark("vastra: " + ToText(result));

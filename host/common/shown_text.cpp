@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "vastra/platform/string.h"
+
 namespace vastra {
 namespace {
 

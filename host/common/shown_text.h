@@ -7,9 +7,6 @@
 
 namespace vastra {
 
-// Whether c is a byte of a UTF-8 character after its first byte.
-inline bool IsInsideCharacter(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
-
 // Number of characters of text.
 std::size_t WidthOf(std::string_view text);
 

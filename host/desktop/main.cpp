@@ -9,7 +9,7 @@
 
 #include "host/common/shown_text.h"
 #include "host/desktop/main_window.h"
-#include "host/desktop/stop_signals.h"
+#include "host/desktop/quit_signals.h"
 #include "vastra/ui/text.h"
 
 namespace vastra {

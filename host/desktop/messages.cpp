@@ -13,7 +13,6 @@ namespace vastra {
 namespace {
 
 constexpr UINT kWindow = 0;
-constexpr COLORREF kWarningColour = 0x0082FF;
 
 }  // namespace
 

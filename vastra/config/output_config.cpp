@@ -2,10 +2,11 @@
 
 #include "vastra/config/stored_form.h"
 #include "vastra/core/text_serializer.h"
+#include "vastra/logfiles/log_name.h"
 
 namespace vastra {
 
-const CString kSystemTime = "System Time";
+const CString kSystemTime = kNamedByTime;
 
 IMPLEMENT_DYNCREATE(COutputConfig, CObject)
 IMPLEMENT_DYNCREATE(CMultiOutputConfig, CObject)

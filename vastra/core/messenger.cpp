@@ -29,9 +29,9 @@ struct CMessenger::CKind {
 // The kinds of line, indexed by severity code. A failure takes the place of the End of its operation, so it
 // closes the indent that Begin has opened, even if its filter drops the line.
 const CMessenger::CKind CMessenger::kKinds[6] = {
-    {"Fatal error - ", 0x0000B4, &CMessenger::m_fatalFilter, -1, 0},
-    {"Error - ", 0x0000B4, &CMessenger::m_errorFilter, -1, 0},
-    {"Warning - ", 0x0082FF, &CMessenger::m_warningFilter, -1, 0},
+    {"Fatal error - ", kErrorColour, &CMessenger::m_fatalFilter, -1, 0},
+    {"Error - ", kErrorColour, &CMessenger::m_errorFilter, -1, 0},
+    {"Warning - ", kWarningColour, &CMessenger::m_warningFilter, -1, 0},
     {"Notice - ", 0x960000, &CMessenger::m_noticeFilter, 0, 0},
     {"Begin - ", 0x000000, &CMessenger::m_debugFilter, 0, 1},
     {"End - ", 0x000000, &CMessenger::m_debugFilter, -1, 0},

@@ -21,6 +21,9 @@ constexpr char functionOpen = 0, functionClose = 1, functionRead = 2, functionWr
 constexpr char severityFatal = 0, severityError = 1, severityWarning = 2, severityNotice = 3,
                severityBegin = 4, severityEnd = 5;
 
+// The colours of Fatal and Error lines, and of Warning lines.
+constexpr COLORREF kErrorColour = 0x0000B4, kWarningColour = 0x0082FF;
+
 // A failure or an event: its severity and its text.
 struct CFault {
   char severity;

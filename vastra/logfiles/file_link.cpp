@@ -15,7 +15,6 @@ namespace {
 
 const CString kFileTypeName = "CFileLink";
 
-constexpr const char* kNamedByTime = "System Time";
 constexpr const char* kCsvExtension = ".csv";
 
 constexpr CFault kNoNameVariable = {

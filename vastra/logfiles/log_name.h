@@ -7,6 +7,9 @@
 
 namespace vastra {
 
+// The source of names by time, in place of a variable.
+inline constexpr const char* kNamedByTime = "System Time";
+
 // Names by time: YYMMDDHHnn in local time; nn is the number of the log within its hour. The number is counted
 // here and does not depend on the files on the disk; 00 follows 99.
 class CHourNames {

@@ -69,4 +69,7 @@ class VASTRA_API CString {
   std::string m_text;
 };
 
+// Whether c is a byte of a UTF-8 character after its first byte.
+inline bool IsInsideCharacter(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
+
 }  // namespace vastra

@@ -3,7 +3,6 @@
 
 #include "vastra/platform/module.h"
 #include "vastra/plc/driver_api.h"
-#include "vastra/plc/driver_failure.h"
 
 namespace vastra {
 

@@ -20,7 +20,7 @@ CString Beginning(const char* text, std::size_t longest) {
   std::size_t length = ::strnlen(text, longest + 1);
   if (length <= longest) return CString(text, length);
   length = longest;
-  while (length > 0 && (text[length] & 0xC0) == 0x80) --length;
+  while (length > 0 && IsInsideCharacter(text[length])) --length;
   return CString(text, length);
 }
 

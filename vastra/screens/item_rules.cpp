@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "vastra/stages/single_enable.h"
+
 namespace vastra {
 namespace {
 
@@ -25,9 +27,10 @@ const char* FirstNamingFault(const COutputConfig& output) {
              : nullptr;
 }
 
-CString Proposed(const char* write, const char* restart) {
+CString Proposed(const char* const (&flags)[3]) {
   CString text;
-  text.Format("/*Replace with your equations*/\r\nSampleIsValid= 1; \r\n%s= 1; \r\n%s= 0;", write, restart);
+  text.Format("/*Replace with your equations*/\r\n%s= 1; \r\n%s= 1; \r\n%s= 0;", flags[0], flags[1],
+              flags[2]);
   return text;
 }
 
@@ -44,9 +47,9 @@ const char* FirstFault(const CSummaryConfig& summary) {
       summary, "Wrong Configuration!!\n To write summary you must enter at least 1 output variable");
 }
 
-CString ProposedEnableText(const COutputConfig&) { return Proposed("WriteToLog", "RestartLog"); }
+CString ProposedEnableText(const COutputConfig&) { return Proposed(kLogFlags); }
 
-CString ProposedEnableText(const CSummaryConfig&) { return Proposed("WriteToSummary", "RestartSummary"); }
+CString ProposedEnableText(const CSummaryConfig&) { return Proposed(kSummaryFlags); }
 
 CNameBasis NameBasis(const CStringArray* names, const CString& stored) {
   CNameBasis basis;

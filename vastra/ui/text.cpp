@@ -34,7 +34,7 @@ int ScreenPlace(const CString& text, int offset) {
   const std::string_view bytes = text.View();
   const bool isUtf8 = IsUtf8(bytes);
   auto place = static_cast<std::size_t>(offset);
-  while (isUtf8 && place < bytes.size() && place > 0 && (bytes[place] & 0xC0) == 0x80) --place;
+  while (isUtf8 && place < bytes.size() && place > 0 && IsInsideCharacter(bytes[place])) --place;
   // The position between "\r" and "\n" counts as that of the pair.
   if (place > 0 && place < bytes.size() && bytes[place - 1] == '\r' && bytes[place] == '\n') --place;
   return static_cast<int>(WithScreenLines(Decode(bytes.substr(0, place), isUtf8)).size());

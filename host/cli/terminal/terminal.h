@@ -14,11 +14,12 @@
 #include <vector>
 
 #include "host/cli/exit.h"
+#include "vastra/core/messenger.h"
 #include "vastra/platform/string.h"
 
 namespace vastra {
 
-constexpr COLORREF kPlain = 0x000000, kErrorColour = 0x0000B4, kWarningColour = 0x0082FF;
+constexpr COLORREF kPlain = 0x000000;
 
 class CTerminal {
  public:

@@ -1,4 +1,4 @@
-// SIGINT, SIGTERM and SIGHUP as events: the program closes its logs and ends.
+// CQuitSignals: SIGINT, SIGTERM and SIGHUP as events of the event loop: the program closes its logs and ends.
 #pragma once
 
 #include <QSocketNotifier>

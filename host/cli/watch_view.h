@@ -1,4 +1,4 @@
-// CLiveView: shows the newest sample of a run. On a terminal a table with a row for each variable: its name,
+// CWatchView: shows the newest sample of a run. On a terminal a table with a row for each variable: its name,
 // its value, a spark line of its last values. Elsewhere a line a second.
 #pragma once
 
@@ -10,10 +10,10 @@
 
 namespace vastra {
 
-class CLiveView : public CSessionView {
+class CWatchView : public CSessionView {
  public:
   // wanted: the variables to show, in this order; all if it is empty.
-  CLiveView(const CString& subject, CStringArray wanted);
+  CWatchView(const CString& subject, CStringArray wanted);
 
   // Refuses a variable that the samples do not have.
   EExit Begin(const CStringArray& names) override;

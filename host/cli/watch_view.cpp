@@ -1,4 +1,4 @@
-#include "host/cli/live_view.h"
+#include "host/cli/watch_view.h"
 
 #include "host/cli/number_text.h"
 #include "host/cli/output.h"
@@ -15,14 +15,14 @@ constexpr int kNameWidth = 24, kValueWidth = 14;
 
 }  // namespace
 
-CLiveView::CLiveView(const CString& subject, CStringArray wanted)
+CWatchView::CWatchView(const CString& subject, CStringArray wanted)
     : m_subject(subject),
       m_wanted(std::move(wanted)),
       m_onTerminal(CTerminal::Instance().PutStatusOnOutput()),
       m_pace(m_onTerminal ? kTablePause : kLinePause),
       m_shown(!m_onTerminal) {}
 
-EExit CLiveView::Begin(const CStringArray& names) {
+EExit CWatchView::Begin(const CStringArray& names) {
   for (const CString& name : m_wanted.IsEmpty() ? names : m_wanted) {
     const int index = FindIn(names, name);
     if (index < 0) return Fail(kWrongUse, m_subject, "--vars " + name + ": there is no such variable");
@@ -31,13 +31,13 @@ EExit CLiveView::Begin(const CStringArray& names) {
   return kDone;
 }
 
-void CLiveView::Sampled(const CLogSample& sample) {
+void CWatchView::Sampled(const CLogSample& sample) {
   m_sample = sample;
   ++m_read;
   m_shown = false;
 }
 
-CScanLoop::Time CLiveView::Show() {
+CScanLoop::Time CWatchView::Show() {
   if (m_shown) return CScanLoop::Time::max();
   if (!m_pace.IsDue()) return m_pace.Next();
   if (m_onTerminal) {
@@ -50,7 +50,7 @@ CScanLoop::Time CLiveView::Show() {
   return CScanLoop::Time::max();
 }
 
-EExit CLiveView::End() {
+EExit CWatchView::End() {
   if (m_onTerminal)
     CTerminal::Instance().EndStatus();
   else if (!m_shown)
@@ -58,18 +58,18 @@ EExit CLiveView::End() {
   return m_status;
 }
 
-void CLiveView::PrintLine() {
+void CWatchView::PrintLine() {
   if (m_status == kDone) m_status = PrintLines({Line()});
 }
 
-void CLiveView::TakeSparks() {
+void CWatchView::TakeSparks() {
   for (CRow& row : m_rows) {
     if (row.m_index < m_sample.m_values.GetSize()) row.m_last.push_back(m_sample.m_values[row.m_index]);
     if (row.m_last.size() > kSparks) row.m_last.pop_front();
   }
 }
 
-std::vector<std::string> CLiveView::Table() const {
+std::vector<std::string> CWatchView::Table() const {
   if (m_read == 0) return {"Waiting for the first sample"};
   std::vector<std::string> lines = {LocalTimeText(m_sample.m_time) + "  " + std::to_string(m_read) + " read"};
   for (const CRow& row : m_rows)
@@ -79,7 +79,7 @@ std::vector<std::string> CLiveView::Table() const {
   return lines;
 }
 
-std::string CLiveView::Line() const {
+std::string CWatchView::Line() const {
   std::string text = LocalTimeText(m_sample.m_time);
   for (const CRow& row : m_rows)
     if (row.m_index < m_sample.m_values.GetSize())

@@ -1,4 +1,4 @@
-#include "host/desktop/stop_signals.h"
+#include "host/desktop/quit_signals.h"
 
 #include <fcntl.h>
 #include <signal.h>
