@@ -19,7 +19,7 @@ namespace {
 using CValues = std::vector<float>;
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
-constexpr int kLong = 20000;  // milliseconds: a time-out that must not come
+constexpr int kLong = 10000;  // milliseconds: a time-out that must not come
 constexpr int kShort = 300;   // one that does
 constexpr int kForEver = 100'000'000;
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
@@ -41,10 +41,10 @@ DriverConfig At(const CModbusServer& server, const std::string& list, int unit =
 // Tries until it succeeds.
 template <class Try>
 testing::AssertionResult Soon(Try attempt) {
-  for (const auto end = steady_clock::now() + std::chrono::seconds(20); steady_clock::now() < end;
+  for (const auto end = steady_clock::now() + std::chrono::seconds(25); steady_clock::now() < end;
        std::this_thread::sleep_for(milliseconds(1)))
     if (attempt()) return testing::AssertionSuccess();
-  return testing::AssertionFailure() << "for 20 s";
+  return testing::AssertionFailure() << "for 25 s";
 }
 
 // A connection without the module round it, which lets its pauses be chosen.
