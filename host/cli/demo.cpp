@@ -72,8 +72,8 @@ CAction DeclareDemo(CArguments& arguments) {
       arguments.Number("--period", "MS", "Milliseconds from scan to scan (default: 25)", 0, kLongestPeriod);
   const CFileArgument usual = ToFile("demo-logs");
   return [=] {
-    return Demo(out->value_or(usual), {false, scans->value_or(kScans),
-                                       CScanLoop::Period(period->value_or(-1)), EVerbosity::normal});
+    return Demo(out->value_or(usual),
+                {{.scans = scans->value_or(kScans), .period = CScanLoop::Period(period->value_or(-1))}});
   };
 }
 

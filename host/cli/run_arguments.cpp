@@ -37,8 +37,11 @@ EExit CRunArguments::Run(CSessionView& view, CSessionResult& result) const {
 }
 
 CSessionOptions CRunArguments::Options() const {
-  return {*m_threaded, m_scans->value_or(-1), CScanLoop::Period(m_period->value_or(-1)),
-          Verbosity(*m_debug, *m_quiet), static_cast<UINT>(m_node->value_or(0))};
+  return {{.threaded = *m_threaded,
+           .scans = m_scans->value_or(-1),
+           .period = CScanLoop::Period(m_period->value_or(-1)),
+           .node = static_cast<UINT>(m_node->value_or(0))},
+          Verbosity(*m_debug, *m_quiet)};
 }
 
 }  // namespace vastra

@@ -22,12 +22,9 @@ EExit RunSession(const CString& subject, const CConfiguration& configuration, co
                  CSessionView& view, CSessionResult& result) {
   CHostConsole console(options.verbosity);
   CInbox inbox;
-  CRun run(configuration, console.Messenger(),
-           {.threaded = options.threaded,
-            .scans = options.scans,
-            .period = options.period,
-            .target = &inbox,
-            .node = options.node});
+  CRunOptions runOptions = {options.loop};
+  runOptions.target = &inbox;
+  CRun run(configuration, console.Messenger(), runOptions);
   PrintWarnings(subject, run.Warnings());
   if (PrintEquationFaults(subject, run.EquationFaults()) != kDone) return kRefused;
   if (run.Names().hasInput) {

@@ -13,11 +13,8 @@ constexpr std::int64_t kMostScans = INT64_MAX;
 constexpr std::int64_t kLongestPeriod = UINT32_MAX;  // milliseconds
 
 struct CSessionOptions {
-  bool threaded = false;
-  std::int64_t scans = -1;       // below 0: no limit
-  CScanLoop::Period period{-1};  // below 0: that of the configuration
+  CLoopOptions loop;  // without a target
   EVerbosity verbosity = EVerbosity::normal;
-  UINT node = 0;  // number of this computer on the net of PLCs
 };
 
 // What the user sees during a run.

@@ -44,21 +44,25 @@ struct CScanCounts {
   } failedWrites;
 };
 
+// How a host wants its scans. CRunOptions and the options of the command contain these.
+struct CLoopOptions {
+  bool threaded = false;                 // workers read and write to the PLCs, and post to target
+  std::int64_t scans = -1;               // end after so many, failed reads counted; below 0: no limit
+  std::chrono::milliseconds period{-1};  // 0: as fast as possible; below 0: the configuration's
+  HWND target = nullptr;                 // where workers post their messages, which the host passes to Notify
+  UINT node = 0;                         // number of this computer on the net of PLCs
+  // Between the two sides of the smart stage; must exist while the loop exists; null: none.
+  CSmartLogic* logic = nullptr;
+  CTrendConfig* trend = nullptr;  // settings that the trending stage shares; null: the configuration's
+};
+
 class CScanLoop {
  public:
   using Time = std::chrono::steady_clock::time_point;
   using Period = std::chrono::milliseconds;
 
-  struct COptions {
-    bool threaded = false;          // workers read and write to the PLCs, and post to target
-    std::int64_t scans = -1;        // end after so many, failed reads counted; below 0: no limit
-    Period period{-1};              // 0: as fast as possible; below 0: the configuration's
-    HWND target = nullptr;          // where workers post their messages, which the host hands to Notify
-    UINT node = 0;                  // number of this computer on the net of PLCs
-    CTrendConfig* trend = nullptr;  // settings that the trending stage shares; null: those of configuration
+  struct COptions : CLoopOptions {
     CLogListener *outputs = nullptr, *summaries = nullptr;  // of these stages
-    CSmartLogic* logic = nullptr;  // between the two sides of the smart stage; must exist as long as the
-                                   // loop; null: none
     // Called at the end of each scan that read a sample, for views.
     std::function<void(CLogTrendings&)> refresh;
     // Called when the last scan is done and the stages are about to close.

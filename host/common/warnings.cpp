@@ -5,7 +5,7 @@
 #include <map>
 
 #include "host/common/key_path.h"
-#include "host/common/log_places.h"
+#include "host/common/log_targets.h"
 #include "vastra/equations/separator.h"
 #include "vastra/plc/driver_factory.h"
 
@@ -22,15 +22,15 @@ std::filesystem::path Place(const CString& directory) {
 
 void AddPlaces(const CConfiguration& configuration, std::vector<CString>& warnings) {
   std::map<std::filesystem::path, CString> users;
-  for (const CLogPlace& place : FindLogPlaces(configuration)) {
-    if (place.maxLogs == 0)
-      warnings.push_back(place.key + "." + place.maxLogsName +
+  for (const CLogTarget& target : FindLogTargets(configuration)) {
+    if (target.maxLogs == 0)
+      warnings.push_back(target.key + "." + target.maxLogsName +
                          ": 0 removes each log as soon as it is written");
-    if (place.maxSamples == 0)
-      warnings.push_back(place.key + ".maxSamples: 0 makes each sample a log of its own");
-    const auto [user, isFirst] = users.emplace(Place(place.directory), place.key);
+    if (target.maxSamples == 0)
+      warnings.push_back(target.key + ".maxSamples: 0 makes each sample a log of its own");
+    const auto [user, isFirst] = users.emplace(Place(target.directory), target.key);
     if (!isFirst)
-      warnings.push_back(place.key + ".directory: is that of " + user->second +
+      warnings.push_back(target.key + ".directory: is that of " + user->second +
                          " too: each counts, and removes, the logs of the other");
   }
 }
@@ -74,10 +74,10 @@ bool Assigns(const CStringArray& equations, const char* name) {
 // A flag that neither an equation nor the sample sets is always 0.
 void AddFlags(const CConfiguration& configuration, const CStringArray& names,
               std::vector<CString>& warnings) {
-  for (const CLogPlace& place : FindLogPlaces(configuration))
-    for (const char* flag : place.flags)
-      if (FindIn(names, flag) < 0 && !Assigns(place.enableEquations, flag))
-        warnings.push_back(place.key + ".enableEquations: nothing assigns " + flag +
+  for (const CLogTarget& target : FindLogTargets(configuration))
+    for (const char* flag : target.flags)
+      if (FindIn(names, flag) < 0 && !Assigns(target.enableEquations, flag))
+        warnings.push_back(target.key + ".enableEquations: nothing assigns " + flag +
                            ": nothing is ever written");
 }
 

@@ -42,7 +42,7 @@ void CRunner::SetConfiguration(const CConfiguration& configuration, CTrendConfig
   m_run.reset();  // before the new run: only one run at a time uses the messenger
   m_run = std::make_unique<CRun>(
       configuration, m_messenger,
-      CRunOptions{.threaded = true, .target = this, .trend = &trend, .trendChanged = m_listener.trend});
+      CRunOptions{{.threaded = true, .target = this, .trend = &trend}, m_listener.trend});
   m_run->AddObserver(this);
   m_refreshPeriod = RefreshPeriodOf(m_run->Input().GetScanPeriod());
 }

@@ -8,7 +8,7 @@
 #include <cstring>
 
 #include "host/common/key_path.h"
-#include "host/common/log_places.h"
+#include "host/common/log_targets.h"
 #include "vastra/platform/file_system.h"
 #include "vastra/plc/driver_factory.h"
 
@@ -72,10 +72,10 @@ CString FindNothing(const CConfiguration&) { return {}; }
 }  // namespace
 
 CString FindFolderFault(const CConfiguration& configuration, const CString& key) {
-  for (const CLogPlace& place : FindLogPlaces(configuration)) {
-    if (place.key.Find(key) != 0 || place.directory.IsEmpty()) continue;
-    if (const int error = EnterError(place.directory))
-      return SystemReason(place.key + ".directory", place.directory, error);
+  for (const CLogTarget& target : FindLogTargets(configuration)) {
+    if (target.key.Find(key) != 0 || target.directory.IsEmpty()) continue;
+    if (const int error = EnterError(target.directory))
+      return SystemReason(target.key + ".directory", target.directory, error);
   }
   return {};
 }

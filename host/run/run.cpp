@@ -43,13 +43,8 @@ CRun::~CRun() { m_messenger.Attach(nullptr); }
 
 CScanLoop::COptions CRun::LoopOptions(const CRunOptions& options) {
   CScanLoop::COptions result;
-  result.threaded = options.threaded;
-  result.scans = options.scans == 0 ? -1 : options.scans;  // with 0 scans Start ends the run
-  result.period = options.period;
-  result.target = options.target;
-  result.node = options.node;
-  result.logic = options.logic;
-  result.trend = options.trend;
+  static_cast<CLoopOptions&>(result) = options;
+  if (result.scans == 0) result.scans = -1;  // Start ends the run then
   result.outputs = &m_outputLogs;
   result.summaries = &m_summaryLogs;
   result.refresh = [this](CLogTrendings&) { Publish(); };

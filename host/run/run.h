@@ -26,14 +26,7 @@
 
 namespace vastra {
 
-struct CRunOptions {
-  bool threaded = false;          // workers read and write to the PLCs, and post to target
-  std::int64_t scans = -1;        // end after so many, failed reads counted; below 0: no limit
-  CScanLoop::Period period{-1};   // 0: as fast as possible; below 0: the configuration's
-  HWND target = nullptr;          // where workers post their messages, which the host hands to Notify
-  UINT node = 0;                  // number of this computer on the net of PLCs
-  CSmartLogic* logic = nullptr;   // the host's; must exist while the run exists
-  CTrendConfig* trend = nullptr;  // settings that the trending stage shares; null: the configuration's
+struct CRunOptions : CLoopOptions {
   std::function<void()> trendChanged = {};  // a view or a dialog has changed them
 };
 

@@ -1,3 +1,4 @@
+// Counts the rows that a logger has written.
 #pragma once
 
 #include <algorithm>

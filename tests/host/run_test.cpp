@@ -47,7 +47,7 @@ TEST_F(Run, ObserversHearOfEachStepInOrder) {
       Logger(R"({"summaries": [{"enableText": "SampleIsValid = 1; WriteToSummary = 1;", "varNames": ["x"],
 "saveCsv": 1, "directory": "."}]})",
              "{}", R"({"maxSamples": 2, "nameVariable": "x"})"),
-      m_messenger, {.scans = 3});
+      m_messenger, {{.scans = 3}});
   Play(run);
   EXPECT_EQ(Take(),
             "started x\ncounts 0\nsample\ncounts 1\nclosed outputs[0] 2\nsample\ncounts 2\nsample\nstopping\n"
@@ -56,7 +56,7 @@ TEST_F(Run, ObserversHearOfEachStepInOrder) {
 }
 
 TEST_F(Run, TheEndOfAReplayIsNeitherAFailedReadNorAnErrorAndALostLogIsReported) {
-  CRun record(Logger("{}", "{}", R"({"saveRp": 1})"), m_messenger, {.scans = 2});
+  CRun record(Logger("{}", "{}", R"({"saveRp": 1})"), m_messenger, {{.scans = 2}});
   Play(record);
   Take();
   std::filesystem::create_directory((m_dir / "gone").Std());
@@ -99,7 +99,7 @@ TEST_F(Run, OfTheFilesWrittenThoseThatExistCountOnce) {
 TEST_F(Run, ASnapshotOfAnyThreadIsOfOneSample) {
   CRun run(Logger(R"({"trend": {"calculateExtra": 1, "equationText": "e = 10 * x;", "extraVars": ["e"]}})",
                   "{}", R"({"maxSamples": 2000})"),
-           m_messenger, {.scans = 3000});
+           m_messenger, {{.scans = 3000}});
   std::atomic<bool> stop{false};
   std::uint64_t newest = 0;
   int torn = 0;
@@ -128,7 +128,7 @@ TEST_F(Run, ASnapshotOfAnyThreadIsOfOneSample) {
 TEST_F(Run, NewExtraVariablesRenameTheSamplesAndMessagesAreKept) {
   int changes = 0;
   CTrendConfig trend;
-  CRun run(Logger(), m_messenger, {.trend = &trend, .trendChanged = [&] { ++changes; }});
+  CRun run(Logger(), m_messenger, {{.trend = &trend}, [&] { ++changes; }});
   run.AddObserver(this);
   ASSERT_EQ(run.Start(), 1);
   run.Step();

@@ -1,6 +1,6 @@
 // CDriverFactory finds the driver modules next to the host's executable and creates links that use
-// them. The stages turn the stored ID of a node into an index and request a link; the screens list the drivers
-// by name.
+// them. The stages turn the stored ID of a node into an index and request a link; the screens list the
+// drivers by name.
 //
 // The factory keeps no module loaded: its list, built once, contains copies. An index is from 0 to below the
 // count.

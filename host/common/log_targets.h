@@ -1,4 +1,4 @@
-// The folders to which the outputs and summaries of a configuration write.
+// The outputs and summaries of a configuration that write files. The checks go through them.
 #pragma once
 
 #include <span>
@@ -9,7 +9,7 @@
 namespace vastra {
 
 // An output or a summary that writes files.
-struct CLogPlace {
+struct CLogTarget {
   CString key;  // such as "outputs[1]"
   CString directory;
   UINT maxLogs;
@@ -19,6 +19,6 @@ struct CLogPlace {
   std::span<const char* const> flags;   // flags that must be assigned, or nothing is written
 };
 
-std::vector<CLogPlace> FindLogPlaces(const CConfiguration& configuration);
+std::vector<CLogTarget> FindLogTargets(const CConfiguration& configuration);
 
 }  // namespace vastra

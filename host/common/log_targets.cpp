@@ -1,0 +1,34 @@
+#include "host/common/log_targets.h"
+
+#include "host/common/key_path.h"
+#include "vastra/stages/single_enable.h"
+
+namespace vastra {
+namespace {
+
+// The flags without which nothing is written.
+constexpr std::span kOutputFlags = std::span(kLogFlags).subspan(1, 1);
+constexpr std::span kSummaryRowFlags = std::span(kSummaryFlags).first(2);
+
+}  // namespace
+
+std::vector<CLogTarget> FindLogTargets(const CConfiguration& configuration) {
+  std::vector<CLogTarget> targets;
+  int index = 0;
+  for (const COutputConfig* output : configuration.m_outputs.m_outputs) {
+    const CString key = KeyPath("outputs", index++);
+    if (output->m_saveRp || output->m_saveCsv)
+      targets.push_back({key, output->m_directory, output->m_maxLogs, "maxLogs", output->m_maxSamples,
+                         output->m_enableEquations, kOutputFlags});
+  }
+  index = 0;
+  for (const CSummaryConfig* summary : configuration.m_summaries.m_summaries) {
+    const CString key = KeyPath("summaries", index++);
+    if (summary->m_saveRp || summary->m_saveCsv)
+      targets.push_back({key, summary->m_directory, summary->m_maxSummaries, "maxSummaries",
+                         summary->m_maxSamples, summary->m_enableEquations, kSummaryRowFlags});
+  }
+  return targets;
+}
+
+}  // namespace vastra
