@@ -128,14 +128,14 @@ TEST_F(Simulator, RefusesABadSettingAndSaysWhich) {
 }
 
 TEST_F(Simulator, NeverShowsAHalfWrittenScanToAnotherThread) {
-  constexpr UINT kCount = 1'000'000;  // a copy that takes long enough to be interrupted
+  constexpr UINT kCount = 20'000;  // a copy that takes long enough to be interrupted
   CDriverNode reader = Node(Station(24, 0), kCount), writer = Node(Station(24, 0), kCount, kWrite);
   const std::jthread writing([&writer](const std::stop_token& stop) {
     for (float value = 1; !stop.stop_requested(); ++value) writer.Write(CValues(kCount, value));
   });
-  for (int i = 0; i < 30; ++i) {
+  for (int i = 0; i < 5000; ++i) {
     const CValues values = reader.Read();
-    ASSERT_TRUE(values == CValues(kCount, values.at(0)));
+    ASSERT_EQ(values.at(0), values.back());
   }
 }
 
