@@ -17,15 +17,16 @@ constexpr driver::CChoice kWorkarounds[] = {
 
 constexpr driver::CField kFields[] = {
     {"Device",
-     "text1: where the device is. On the network 192.168.0.10 or plc.plant:1502, with port 502 if none is "
+     "text1: the address of the device. On the network 192.168.0.10 or plc.plant:1502, with port 502 if none "
+     "is "
      "given; on a serial line /dev/ttyUSB0:19200,8,E,1, with rate, data bits, parity (N, E, O) and stop "
      "bits.",
      &DriverRecord::text1},
     {"Unit",
      "station: number of the unit, also called slave address: 1 to 247 on a serial line; on the network 0 to "
-     "255, where it tells apart the devices behind a gateway.",
+     "255, where it selects one of the devices of a gateway.",
      &DriverRecord::station, 0, kLastUnit},
-    {"Time-out (ms)", "timeOut: how long a reply is waited for, in milliseconds. 0: 1000.",
+    {"Time-out (ms)", "timeOut: longest time to wait for a reply, in milliseconds. 0: 1000.",
      &DriverRecord::timeOut, 0, kLongestTimeOut},
     {"Values",
      "text2: one value for each variable, in order, with commas between: h100, c5, h200 x 3: f32 cdab. "
@@ -38,8 +39,8 @@ constexpr driver::CField kFields[] = {
      "that has 40001 for the first: h40101 is register 100.",
      &DriverRecord::registerAddress, kLowestAdded, kLastAddress},
     {"Pause between requests (ms)",
-     "value1: how long the device is left alone after each reply, in milliseconds: for one that loses "
-     "requests which come too soon. 0: no pause.",
+     "value1: pause after each reply before the next request, in milliseconds: for a device that loses "
+     "requests that come too soon. 0: no pause.",
      &DriverRecord::value1, 0, kLongestPause},
     {"Pause after connecting (ms)",
      "value2: how long the first request waits after connecting, in milliseconds: for a device or gateway "

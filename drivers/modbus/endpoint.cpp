@@ -35,11 +35,11 @@ std::string ReadLineSettings(std::string_view text, CEndpoint& endpoint) {
   if (count != parts.size()) return Quoted(text) + " is not baud,bits,parity,stop, such as 19200,8,E,1";
   endpoint.baud = ToNumber(parts[0]);
   if (std::ranges::find(kBauds, endpoint.baud) == std::end(kBauds))
-    return Quoted(parts[0]) + " is no rate of a serial line, such as 9600 or 19200";
+    return Quoted(parts[0]) + " is not a rate of a serial line, such as 9600 or 19200";
   if (parts[1] != "8") return Quoted(parts[1]) + " data bits: this protocol needs 8, as in 19200,8,E,1";
   endpoint.parity = parts[2].size() == 1 ? static_cast<char>(parts[2][0] & ~0x20) : '?';
   if (std::string_view("NEO").find(endpoint.parity) == std::string_view::npos)
-    return Quoted(parts[2]) + " is no parity: N (none), E (even) or O (odd)";
+    return Quoted(parts[2]) + " is not a parity: N (none), E (even) or O (odd)";
   endpoint.stop = ToNumber(parts[3]);
   if (endpoint.stop != 1 && endpoint.stop != 2) return Quoted(parts[3]) + " stop bits: 1 or 2";
   return {};
@@ -62,7 +62,7 @@ std::string ReadTcp(std::string_view text, CEndpoint& endpoint) {
     const std::size_t end = text.find(']');
     const std::string_view rest = end == std::string_view::npos ? text : text.substr(end + 1);
     if (!rest.empty() && rest.front() != ':')
-      return Quoted(text) + " is no address in brackets, such as [fe80::1]:502";
+      return Quoted(text) + " is not an address in brackets, such as [fe80::1]:502";
     host = text.substr(1, end - 1);
     if (!rest.empty()) port = rest.substr(1);
   } else if (colon != std::string_view::npos && text.find(':') == colon) {  // more of them: a bare v6 address
@@ -72,12 +72,12 @@ std::string ReadTcp(std::string_view text, CEndpoint& endpoint) {
   endpoint.host = driver::Trimmed(host);
   if (endpoint.host.empty()) return Quoted(text) + " has no host";
   if (endpoint.host.find_first_of(" \t\r\n,;/") != std::string::npos)
-    return Quoted(text) + " is no host with a port, such as 192.168.0.10:502";
+    return Quoted(text) + " is not a host with a port, such as 192.168.0.10:502";
   if (port.find(',') != std::string_view::npos)
     return Quoted(text) +
-           " is no host:port; a serial line begins with a slash, such as /dev/ttyUSB0:19200,8,E,1";
+           " is not host:port; a serial line begins with a slash, such as /dev/ttyUSB0:19200,8,E,1";
   const int number = ToNumber(driver::Trimmed(port));
-  if (number < 1 || number > kLastPort) return Quoted(port) + " is no port: 1 to 65535";
+  if (number < 1 || number > kLastPort) return Quoted(port) + " is not a port: 1 to 65535";
   endpoint.port = std::to_string(number);
   endpoint.name = endpoint.host.find(':') == std::string::npos ? endpoint.host + ":" + endpoint.port
                                                                : "[" + endpoint.host + "]:" + endpoint.port;

@@ -31,7 +31,7 @@ std::string CheckNumbers(const DriverRecord& record) {
 
 std::string CheckUnit(const CEndpoint& endpoint, int unit) {
   if (!endpoint.IsSerial() || (unit >= 1 && unit <= kLastSerialUnit)) return {};
-  return "station: " + std::to_string(unit) + " is no unit on a serial line: 1 to " +
+  return "station: " + std::to_string(unit) + " is not a unit on a serial line: 1 to " +
          std::to_string(kLastSerialUnit);
 }
 

@@ -149,7 +149,7 @@ std::string ReadEntry(std::string_view text, int added, CEntry& entry) {
   if (reader.Take(':'))
     if (std::string fault = ReadType(reader, entry.first); !fault.empty()) return fault;
   if (!reader.IsAtEnd())
-    return "\"" + reader.Rest() + "\" is too much: a comma ends an entry such as h100 x 3: f32 cdab";
+    return "\"" + reader.Rest() + "\" is extra text: a comma ends an entry such as h100 x 3: f32 cdab";
   std::string fault = CheckAddresses(entry, typed, added);
   if (fault.empty()) entry.first.address = typed + added;
   return fault;

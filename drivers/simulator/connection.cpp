@@ -80,7 +80,7 @@ void CConnection::FillWaveforms(float* values, int count) const {
 }
 
 const char* CConnection::LastError() {
-  std::snprintf(m_error, sizeof m_error, "Simulator: call %llu fails, as value4 = %u asks.",
+  std::snprintf(m_error, sizeof m_error, "Simulator: call %llu fails because value4 is %u.",
                 static_cast<unsigned long long>(m_calls), m_settings.failEvery);
   return m_error;
 }

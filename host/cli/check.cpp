@@ -85,11 +85,11 @@ class CCheck {
     CheckSmart();
     int index = 0;
     for (const COutputConfig* output : m_configuration.m_outputs.m_outputs)
-      CheckLog<CLogSingleOutput>(KeyPath("outputs", index++), *output, m_names.behindSmart);
+      CheckLog<CLogSingleOutput>(KeyPath("outputs", index++), *output, m_names.afterSmart);
     index = 0;
     for (const CSummaryConfig* summary : m_configuration.m_summaries.m_summaries)
       CheckLog<CLogSingleSummary>(KeyPath("summaries", index++), *summary,
-                                  WithAssigned(m_names.behindSmart, summary->m_summaryEquations));
+                                  WithAssigned(m_names.afterSmart, summary->m_summaryEquations));
     index = 0;
     for (const CPlcSingleConfig* single : m_configuration.m_plcWrite.m_nodes)
       CheckNode(KeyPath("plcWrite.nodes", index++), *single);
@@ -108,7 +108,7 @@ class CCheck {
 
   template <class Stage, class Config>
   void CheckLog(const CString& key, const Config& config, const CStringArray& known) {
-    if (!Opens<Stage>(config, m_names.behindSmart, m_console))
+    if (!Opens<Stage>(config, m_names.afterSmart, m_console))
       return m_findings.Refuse(key, FindFolderFault(m_configuration, key));
     m_findings.List(key, config.m_name, config.m_varNames, known);
   }
@@ -116,7 +116,7 @@ class CCheck {
   void CheckNode(const CString& key, const CPlcSingleConfig& config) {
     CPlcSingleOutput node;
     *node.GetOptions() = config;
-    CStringArray names = m_names.behindSmart;
+    CStringArray names = m_names.afterSmart;
     if (!m_configuration.m_plcWrite.m_disableWriting && !node.PreOpen(names))
       return m_findings.Refuse(key, FindOpenFault(config, key));
     m_findings.List(key, config.m_node.m_nodeName, config.m_node.m_varNames, names);

@@ -154,7 +154,7 @@ EExit ProbeId(CProbe& probe, std::int64_t id) {
   const int index = factory.GetDriverIndex(static_cast<int>(id));
   if (index < 0 || factory.GetDriverID(index) != id)
     return Fail(kFailed, probe.typed,
-                "there is no driver with this ID; vastra drivers lists those there are");
+                "there is no driver with this ID; vastra drivers lists the installed ones");
   const CString& file = factory.GetDrivers()[index].m_fileName;
   probe.request.path = JoinPath(factory.GetPath(), file);
   CReport report(file, probe.asJson, probe.isCounted);
@@ -192,7 +192,7 @@ EExit Probe(const CProbeArguments& arguments) {
   if (!fault.IsEmpty()) return Fail(kWrongUse, "probe", "--set " + fault);
   for (const CString& values : *arguments.values)
     if (!ReadNumbers(values, request.values))
-      return Fail(kWrongUse, "probe", "--write " + values + ": is no comma list of numbers");
+      return Fail(kWrongUse, "probe", "--write " + values + ": is not a comma-separated list of numbers");
   const auto given = static_cast<std::int64_t>(request.values.size());
   const std::int64_t count = arguments.count->value_or(given > 0 ? given : 1);
   if (given > 0 && count != given)

@@ -19,7 +19,7 @@ CString TextOf(const CRunCounts& counts) {
   CString numbers;
   numbers.Format("%llu read, %llu failed, %llu late, in memory %llu of %llu", Number(counts.scans.read),
                  Number(counts.scans.failedReads), Number(counts.scans.late), Number(counts.fill.m_samples),
-                 Number(counts.fill.m_of));
+                 Number(counts.fill.m_total));
   return (counts.replay.logs ? BarOf(counts) : CString()) + numbers;
 }
 

@@ -27,7 +27,7 @@ CJson ToJson(CConfiguration& configuration) {
 
 // The writer writes null for a number that has no JSON form.
 const char* FaultOf(const CJson& value) {
-  if (value.is_null()) return "a NaN with bits of its own has no JSON form";
+  if (value.is_null()) return "a NaN with a payload has no JSON form";
   if (value.is_string() && !IsJsonText(value))
     return "a string that is not UTF-8 or has U+0000 has no JSON form";
   return nullptr;

@@ -11,7 +11,7 @@ namespace vastra {
 namespace {
 
 // An equation list of a configuration and the text that it may come from.
-struct CList {
+struct CEquationList {
   CString object;    // the path of the object that has both
   CString userName;  // the name that the user gave this object, or empty
   const char *textKey, *listKey;
@@ -19,7 +19,7 @@ struct CList {
   const CStringArray& equations;
 };
 
-bool ComesFromText(const CList& list) {
+bool ComesFromText(const CEquationList& list) {
   CStringArray statements, assigned;
   CArray<int, int> positions;
   CEquationSeparator().Separate(list.text, statements, assigned, positions);
@@ -29,7 +29,7 @@ bool ComesFromText(const CList& list) {
 class CEquationCheck {
  public:
   // Compiles list with the variables names. If names is empty, the link uses the names of its result: own.
-  void Add(const CList& list, const CStringArray& names, const CStringArray& own) {
+  void Add(const CEquationList& list, const CStringArray& names, const CStringArray& own) {
     const CEquationFault fault = CEquator().Compile(names.IsEmpty() ? own : names, list.equations);
     if (fault.statement == 0) return;
     CString place;
@@ -86,7 +86,7 @@ std::vector<CEquationFinding> FindEquationFaults(const CConfiguration& configura
   if (UsesSmart(smart))
     check.Add({"smart", "", "equationText", "equations", smart.m_equationText, smart.m_equations},
               names.input, smart.m_inputVars);
-  AddLogStages(configuration, names.behindSmart, check);
+  AddLogStages(configuration, names.afterSmart, check);
   if (trend.m_calculateExtra)
     check.Add({"trend", "", "equationText", "equations", trend.m_equationText, trend.m_equations},
               names.input, trend.m_extraVars);

@@ -42,7 +42,7 @@ class CTreeBuilder final : public json::json_sax_t {
     if (fault.id == kNumberOverflow) throw CJsonFault(Path(), "the number is too large");
     std::string_view words = fault.what();
     words.remove_prefix(std::min(words.size(), words.find("line ")));
-    throw CJsonFault("", "no valid JSON, " + CString(words.substr(0, words.find("; last read"))));
+    throw CJsonFault("", "not valid JSON, " + CString(words.substr(0, words.find("; last read"))));
   }
 
  private:
@@ -52,11 +52,12 @@ class CTreeBuilder final : public json::json_sax_t {
   };
 
   void RefuseNul(const std::string& text) const {
-    if (text.find('\0') != text.npos) throw CJsonFault(Path(), "must not hold U+0000");
+    if (text.find('\0') != text.npos) throw CJsonFault(Path(), "must not contain U+0000");
   }
 
   json* Add(json&& value) {
-    if (++m_count > kMaxValues) throw CJsonFault(Path(), "is one value too many");
+    if (++m_count > kMaxValues)
+      throw CJsonFault(Path(), "is one value more than the 1000000 that are allowed");
     if (m_levels.empty()) return &(m_root = std::move(value));
     CLevel& level = m_levels.back();
     if (level.m_node->is_object()) return &((*level.m_node)[level.m_key] = std::move(value));
@@ -65,7 +66,7 @@ class CTreeBuilder final : public json::json_sax_t {
   }
   bool Put(json&& value) { return Add(std::move(value)), true; }
   bool Open(json&& value) {
-    if (m_levels.size() == kMaxDepth) throw CJsonFault(Path(), "nested too deeply");
+    if (m_levels.size() == kMaxDepth) throw CJsonFault(Path(), "is nested too deeply");
     m_levels.push_back({Add(std::move(value)), {}});
     return true;
   }

@@ -17,8 +17,8 @@ constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kFloatEnd = 0x1.ffffffp127;  // numbers from here on round to infinity
 
 constexpr const char* kNeedsFloat = "must be a number within the range of a float";
-constexpr const char* kNeedsText = "must be a text";
-constexpr const char* kNeedsTexts = "must be an array of texts";
+constexpr const char* kNeedsText = "must be a string";
+constexpr const char* kNeedsTexts = "must be an array of strings";
 constexpr const char* kNeedsObject = "must be an object";
 constexpr const char* kNeedsObjects = "must be an array of objects";
 

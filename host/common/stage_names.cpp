@@ -16,8 +16,8 @@ CStageNames FindStageNames(const CConfiguration& configuration) {
   const bool preprocesses = configuration.m_input.m_preprocess != 0;
   names.hasInput = preprocesses || names.hasSource;
   names.input = preprocesses ? configuration.m_input.m_preNewVars : names.source;
-  names.behindSmart = names.input;
-  if (UsesSmart(configuration.m_smart)) names.behindSmart.Append(configuration.m_smart.m_outputVars);
+  names.afterSmart = names.input;
+  if (UsesSmart(configuration.m_smart)) names.afterSmart.Append(configuration.m_smart.m_outputVars);
   return names;
 }
 

@@ -9,8 +9,8 @@ struct CStageNames {
   bool hasSource = false;  // false: unknown, for example because a log is missing
   CStringArray source;     // before the preprocessing
   bool hasInput = false;
-  CStringArray input;        // after the preprocessing
-  CStringArray behindSmart;  // the same and the smart output variables
+  CStringArray input;       // after the preprocessing
+  CStringArray afterSmart;  // the same and the smart output variables
 };
 
 // Whether a configuration with these settings uses the smart stage.

@@ -95,7 +95,7 @@ std::vector<CString> FindWarnings(const CConfiguration& configuration, const CSt
   AddWrittenNodes(configuration.m_plcWrite, warnings);
   AddPlaces(configuration, warnings);
   if (names.hasInput) {
-    AddFlags(configuration, names.behindSmart, warnings);
+    AddFlags(configuration, names.afterSmart, warnings);
     AddBaseVars(configuration.m_trend.m_baseVars, names.input, warnings);
   }
   return warnings;

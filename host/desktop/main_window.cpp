@@ -93,8 +93,8 @@ void CMainWindow::OfferDemo() {
   m_settings.Set(kDemoOffered, "1");
   const CString folder = JoinPath(FromScreen(QDir::homePath()), "vastra-demo");
   if (AfxMessageBox(
-          "Vastra has not been used here before.\n\nShall it make a demo to look around in? It logs a "
-          "kiln that is simulated; no PLC is needed. Its configuration, " +
+          "This is the first start of Vastra.\n\nCreate a demo? It logs a simulated kiln; no PLC is needed. "
+          "Its configuration, " +
               CString(kDemoFile) + ", and its logs go into the folder\n\n" + folder,
           MB_YESNO | MB_ICONQUESTION) != IDYES)
     return;
@@ -319,7 +319,7 @@ void CMainWindow::ShowCounts() {
                             .arg(counts.scans.failedReads)
                             .arg(counts.scans.late)
                             .arg(counts.fill.m_samples)
-                            .arg(counts.fill.m_of));
+                            .arg(counts.fill.m_total));
   m_progress->setVisible(counts.replay.logs != 0 && m_runner.State() == CRunner::EState::running);
   if (counts.replay.logs != 0) m_progress->setValue(static_cast<int>(100 * counts.replay.part));
   m_overview->ShowCounts(counts.scans);

@@ -36,7 +36,7 @@ COverview::COverview(QWidget* parent) : QTreeWidget(parent) {
   setHeaderLabels({"Part", "Now", "What it does"});
   setAccessibleName("Overview");
   setAllColumnsShowFocus(true);
-  ShowHint("Nothing is open", "File > New begins a configuration, File > Open takes one from disk");
+  ShowHint("Nothing is open", "File > New starts a configuration, File > Open reads one from disk");
 }
 
 QTreeWidgetItem& COverview::AddPart(const char* part, const CString& what) {

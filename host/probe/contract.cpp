@@ -143,12 +143,12 @@ bool CTrialProcess::Report(EFinding finding, const CString& words) {
 CString CTrialProcess::HowEnded() const {
   const CString call = " in " + CString(m_call);
   if (m_hangs)
-    return "it did not come back within " + NumberText(m_test.limit.count()) + " s" + call +
-           " (--limit gives it more)";
+    return "it did not return within " + NumberText(m_test.limit.count()) + " s" + call +
+           " (--limit sets a longer time)";
   if (!WIFSIGNALED(m_waitStatus))
     return "its process ended with status " + NumberText(WEXITSTATUS(m_waitStatus)) + call;
   const int signal = WTERMSIG(m_waitStatus);
-  const char* hint = signal == SIGABRT ? ", as by an exception that nobody can catch" : "";
+  const char* hint = signal == SIGABRT ? ", for example by an exception that cannot be caught" : "";
   return "its process was ended by signal " + NumberText(signal) + " (" + ::strsignal(signal) + ")" + call +
          hint;
 }

@@ -30,10 +30,10 @@ bool IsTransferStatus(int status) {
   return status == statusOk || (failure && *failure->transfer);
 }
 
-bool HasWords(int status) { return FindFailure(status) && FindFailure(status)->words; }
+bool HasErrorText(int status) { return FindFailure(status) && FindFailure(status)->text; }
 
-CDriverWords WordsFor(const DriverFunctions& table, int status) {
-  return HasWords(status) ? table.*FindFailure(status)->words : nullptr;
+CDriverErrorText ErrorTextFor(const DriverFunctions& table, int status) {
+  return HasErrorText(status) ? table.*FindFailure(status)->text : nullptr;
 }
 
 CDriverCalls::CDriverCalls(HMODULE module) : m_module(module) {
@@ -53,7 +53,7 @@ CDriverReply CDriverCalls::Ask(const int& handle, const Function& function) cons
   const CCallClock::time_point begin = CCallClock::now();
   AskDriver(0, [&] { return reply.status = function(), reply.words.Empty(), 0; });
   reply.milliseconds = std::chrono::duration<double, std::milli>(CCallClock::now() - begin).count();
-  if (const CDriverWords words = WordsFor(Table(), reply.status))
+  if (const CDriverErrorText words = ErrorTextFor(Table(), reply.status))
     reply.words = AskDriver<const char*>(nullptr, [&] { return words(handle); });
   return reply;
 }

@@ -22,8 +22,8 @@ CString StatusMeaning(int status);
 bool IsOpenStatus(int status);
 bool IsTransferStatus(int status);
 // Whether the driver explains status in words, and its function for them: null if it lacks the function.
-bool HasWords(int status);
-CDriverWords WordsFor(const DriverFunctions& table, int status);
+bool HasErrorText(int status);
+CDriverErrorText ErrorTextFor(const DriverFunctions& table, int status);
 
 struct CDriverReply {
   int status = kThrew;

@@ -48,10 +48,10 @@ CString ListOf(const CJson& fields) {
 // Adds one setting to driver; fields has all fields of a driver.
 CString ReadSetting(const CString& setting, const CJson& fields, json& driver) {
   const int sign = setting.Find('=');
-  if (sign < 1) return "is no FIELD=VALUE";
+  if (sign < 1) return "is not FIELD=VALUE";
   const CString field = setting.Left(sign), value = setting.Mid(sign + 1);
   const auto known = fields.find(field.Std());
-  if (known == fields.end()) return "there is no such field; there are " + ListOf(fields);
+  if (known == fields.end()) return "there is no such field; the fields are " + ListOf(fields);
   if (const char* why = WhyNotSettable(field)) return field + " " + why;
   if (known->is_string()) return driver[field.Std()] = value.Std(), "";
   int number = 0;

@@ -48,7 +48,7 @@ bool CTrialDriver::Load(CString& reason) {
   if (!m_module) return false;
   reason = "no GetDriverHeader";
   if (!FindExport(m_module, "GetDriverHeader")) return false;
-  reason = "GetDriverHeader gives none";
+  reason = "GetDriverHeader returned no header";
   if (!AskForHeader()) return false;
   m_name = m_header.name;
   const auto version =
@@ -68,22 +68,23 @@ bool CTrialDriver::AskForHeader() {
 }
 
 CString CTrialDriver::Describe(const char* call, int status) const {
-  const CString words = HasWords(status) && !m_lastWords.IsEmpty() ? ": " + m_lastWords : CString();
+  const CString words = HasErrorText(status) && !m_lastWords.IsEmpty() ? ": " + m_lastWords : CString();
   return CString(call) + " failed (" + TrialStatusName(status) + words + ")";
 }
 
 void CTrialDriver::AskWords(const char* call, int status, int handle) {
-  if (!HasWords(status)) return;
+  if (!HasErrorText(status)) return;
   const CString name = status == statusReplyError ? "GetReplyError" : "GetExtendedError";
   ++m_wordsAsked;
-  const CDriverWords words = WordsFor(*m_table, status);
+  const CDriverErrorText words = ErrorTextFor(*m_table, status);
   if (!words)
-    return m_wordFaults.Add(CString(call) + " gave " + TrialStatusName(status) + ", and there is no " + name);
+    return m_wordFaults.Add(CString(call) + " returned " + TrialStatusName(status) + ", and there is no " +
+                            name);
   const char* text = nullptr;
   if (!Call(name, [&] { text = words(handle); })) return;
-  if (!text) return m_wordFaults.Add(name + " gave null after " + call);
+  if (!text) return m_wordFaults.Add(name + " returned null after " + call);
   const CString copy(text, ::strnlen(text, kMostWords));
-  if (copy.IsEmpty()) m_wordFaults.Add(name + " gave an empty text after " + call);
+  if (copy.IsEmpty()) m_wordFaults.Add(name + " returned an empty text after " + call);
   if (static_cast<std::size_t>(copy.GetLength()) == kMostWords)
     m_wordFaults.Add("the text of " + name + " does not end within " + Decimal(kMostWords) + " bytes");
   else if (!IsUtf8(copy))
@@ -125,7 +126,7 @@ int CTrialDriver::Read(CConnection& connection) {
   if (!returned) return status;
   ++m_transfers;
   CheckArea(area, status);
-  if (!IsTransferStatus(status)) m_statusFaults.Add("Read gave " + TrialStatusName(status));
+  if (!IsTransferStatus(status)) m_statusFaults.Add("Read returned " + TrialStatusName(status));
   return status;
 }
 

@@ -51,13 +51,13 @@ CSeen HeaderStays(CTrial& trial) {
   const DriverHeader first = driver.Header();
   const CString name = driver.Name();
   const int version = driver.Version();
-  if (!driver.AskForHeader()) return Broken("the second call gave none");
+  if (!driver.AskForHeader()) return Broken("the second call returned no header");
   const DriverHeader& header = driver.Header();
   if (header.id != first.id)
     return Broken("the ID was " + Decimal(first.id) + ", then " + Decimal(header.id));
   if (const CString again = header.name; !(again == name))
     return Broken("the name was " + name + ", then " + again);
-  if (header.functions != first.functions) return Broken("the second call gave another table");
+  if (header.functions != first.functions) return Broken("the second call returned another table");
   driver.Unload();
   CString reason;
   if (!driver.Load(reason)) return Broken("loaded again: " + reason);
@@ -104,7 +104,7 @@ CSeen Opens(CTrial& trial) {
   driver.Open(*trial.first, driver.Mode());
   const int status = trial.first->status;
   trial.whyNoOpen = status == statusOk ? CString() : driver.Describe("Open", status);
-  if (!IsOpenStatus(status)) return Broken("it gave " + TrialStatusName(status));
+  if (!IsOpenStatus(status)) return Broken("it returned " + TrialStatusName(status));
   if (status != statusOk || trial.first->handle != kNoHandle) return {};
   trial.whyNoOpen = "Open stored no handle";
   return Broken("it stored no handle");
@@ -132,7 +132,7 @@ CSeen Writes(CTrial& trial) {
   if (connection.status != statusOk) return NotTried(driver.Describe("Open to write", connection.status));
   const int status = driver.Write(connection, driver.Test().values);
   driver.Close(connection);
-  return IsTransferStatus(status) ? CSeen() : Broken("it gave " + TrialStatusName(status));
+  return IsTransferStatus(status) ? CSeen() : Broken("it returned " + TrialStatusName(status));
 }
 
 CSeen CopiesTexts(CTrial& trial) {
@@ -155,8 +155,8 @@ CSeen KnowsModes(CTrial& trial) {
   trial.driver.Open(connection, driverModeOther);
   trial.driver.Close(connection);
   if (connection.status == statusInvalidMode) return {};
-  if (connection.status != statusOk) return Broken("it gave " + TrialStatusName(connection.status));
-  return connection.handle == kNoHandle ? Broken("it gave statusOk and stored no handle") : CSeen();
+  if (connection.status != statusOk) return Broken("it returned " + TrialStatusName(connection.status));
+  return connection.handle == kNoHandle ? Broken("it returned statusOk and stored no handle") : CSeen();
 }
 
 CSeen ServesTwoHandles(CTrial& trial) {
@@ -188,10 +188,11 @@ void Serve(CTrialDriver& driver, CNotes& faults) {
   for (int round = 0; round < kThreadRounds && Clock::now() < end; ++round) {
     CConnection connection(driver.Config());
     driver.Open(connection, driver.Mode());
-    if (connection.status != statusOk) return faults.Add("Open gave " + TrialStatusName(connection.status));
+    if (connection.status != statusOk)
+      return faults.Add("Open returned " + TrialStatusName(connection.status));
     const int status = driver.ReadWell(connection);
     driver.Close(connection);
-    if (status != statusOk) return faults.Add("Read gave " + TrialStatusName(status));
+    if (status != statusOk) return faults.Add("Read returned " + TrialStatusName(status));
   }
 }
 
@@ -247,28 +248,29 @@ CSeen SurvivesFailedOpen(CTrial& trial) {
   CConnection connection(Nonsense(driver.Config()));
   driver.Open(connection, driver.Mode());
   driver.Close(connection);
-  if (!HasWords(connection.status))
-    return NotTried("an Open with nonsense gave " + TrialStatusName(connection.status));
-  const CDriverWords words = WordsFor(trial.Table(), connection.status);
+  if (!HasErrorText(connection.status))
+    return NotTried("an Open with nonsense returned " + TrialStatusName(connection.status));
+  const CDriverErrorText words = ErrorTextFor(trial.Table(), connection.status);
   if (words && !driver.Call("the words for handle -1", [&] { words(kNoHandle); }))
     return Broken("an exception left the call for handle -1");
   return {};
 }
 
 CSeen ReturnsKnownStatuses(CTrial& trial) {
-  if (!trial.driver.HasTransfers()) return NotTried("there was no Read and no Write that gave one");
+  if (!trial.driver.HasTransfers()) return NotTried("no Read or Write returned one");
   return trial.driver.JudgeStatuses();
 }
 
 CSeen ReturnsWords(CTrial& trial) {
-  return trial.driver.HasAskedWords() ? trial.driver.JudgeWords() : NotTried("no call gave such a status");
+  return trial.driver.HasAskedWords() ? trial.driver.JudgeWords()
+                                      : NotTried("no call returned such a status");
 }
 
 CSeen WorksWithoutForms(CTrial& trial) {
   if (!trial.Table().ShowConfig) return NotTried("there is no ShowConfig");
   int result = 0;
   trial.driver.Call("ShowConfig", [&] { result = trial.Table().ShowConfig(1); });
-  return result == 1 ? Broken("it gave 1, though the host has no forms") : CSeen();
+  return result == 1 ? Broken("it returned 1, although the host has no forms") : CSeen();
 }
 
 CSeen ReturnsItsId(CTrial& trial) {

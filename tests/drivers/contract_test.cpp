@@ -31,7 +31,7 @@ constexpr struct {
     {"null_name.so", 9104, ""},
     {"null_table.so", 9106, "No table", kNoOpen},
     {"simulator.so", 9001, "Simulator"},
-    {"textfile.so", 9900, "Text file", "Fatal Not named Text file: text1 is no file that can be read."},
+    {"textfile.so", 9900, "Text file", "Fatal Not named Text file: text1 is not a readable file."},
     {"textfile_dialog.so", 9900, "Text file's dialog", kNoOpen},
     {"throwing_0.so", 9112, "Throwing", "", kUnknown, kUnknown},
     {"throwing_1.so", 9212, "Throwing", "Fatal Not named Unknown error."},

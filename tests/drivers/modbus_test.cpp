@@ -262,17 +262,17 @@ std::string Refusal(const DriverConfig& config, bool writes = false) {
 TEST(ModbusSettings, HaveADeviceAndAListThatAreReadOrRefused) {
   constexpr const char* kDevices = R"(plc -> plc:502; 127.0.0.1 : 1  -> 127.0.0.1:1;[::1]:65535 -> [::1]:65535
 fe80::1 -> [fe80::1]:502; /dev/a:b , c:9600, 8, o, 2 -> /dev/a:b , c; -> it is empty;:502 -> ":502" has no host
-plc: -> "" is no port;plc:0 -> "0" is no port;plc:65536 -> "65536" is no port;plc:5x -> "5x" is no port
-two words -> is no host;[::1 -> is no address;[::1]5 -> is no address;/dev/ttyS0 -> lacks a colon
-ttyS0:9600,8,N,1 -> "ttyS0:9600,8,N,1" is no host:port;/dev/ttyS0:9600 -> "9600" is not baud,bits,parity,stop
-/dev/ttyS0:9600,8,N,1,2 -> is not baud;/dev/ttyS0:9601,8,N,1 -> "9601" is no rate;/dev/a:9600,7,N,1 -> "7" data bits
-/dev/ttyS0:9600,8,M,1 -> "M" is no parity;/dev/ttyS0:9600,8,N,3 -> "3" stop bits)";
+plc: -> "" is not a port;plc:0 -> "0" is not a port;plc:65536 -> "65536" is not a port;plc:5x -> "5x" is not a port
+two words -> is not a host;[::1 -> is not an address;[::1]5 -> is not an address;/dev/ttyS0 -> lacks a colon
+ttyS0:9600,8,N,1 -> "ttyS0:9600,8,N,1" is not host:port;/dev/ttyS0:9600 -> "9600" is not baud,bits,parity,stop
+/dev/ttyS0:9600,8,N,1,2 -> is not baud;/dev/ttyS0:9601,8,N,1 -> "9601" is not a rate;/dev/a:9600,7,N,1 -> "7" data bits
+/dev/ttyS0:9600,8,M,1 -> "M" is not a parity;/dev/ttyS0:9600,8,N,3 -> "3" stop bits)";
   constexpr const char* kListsOfTwo =
       R"( -> text2: it is empty;h0, -> text2: entry 2, "";,h0 -> text2: entry 1, ""
 x5 -> text2: entry 1, "x5": it has;40001 -> is h0;h -> text2: entry 1, "h": an address;h-1 -> an address
-h99999999999 -> text2: entry 1;h1 2 -> "2" is too much;h1 x -> a number of values;h1 x 0 -> a number of values
+h99999999999 -> text2: entry 1;h1 2 -> "2" is extra text;h1 x -> a number of values;h1 x 0 -> a number of values
 h1 x 999999999 -> text2: entry 1;h1 : -> there is no type "";h1: bit -> there is no type "bit"
-c1: u16 -> a coil has no type;h1: f32 abdc -> there is no order "abdc";h1: f32 abcd x 3 -> "x 3" is too much
+c1: u16 -> a coil has no type;h1: f32 abdc -> there is no order "abdc";h1: f32 abcd x 3 -> "x 3" is extra text
 h65536 -> 65536;h65535: f32 -> 65536;h65530 x 2: f64 -> 65537;h65535, c65535 ->; H 0 X1 :F32 CDAB , i7:i16 ->
 h0 -> text2: it lists 1 value(s), and the node has 2;h0 x 3 -> text2: it lists 3 value(s))";
   ExpectOutcomes(kDevices, [](const std::string& device) {

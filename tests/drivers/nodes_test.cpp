@@ -89,8 +89,8 @@ TEST_F(Simulator, SharesTheRegistersOfAStationAndOfNoOther) {
 TEST_F(Simulator, FailsEachNthCallAsToldAndRecoversInTheNext) {
   const std::pair<int, const char*> kFaults[] = {
       {statusTimeout, "Timeout error."},
-      {statusExtendedError, "Simulator: call 6 fails, as value4 = 3 asks."},
-      {statusReplyError, "Simulator: call 6 fails, as value4 = 3 asks."},
+      {statusExtendedError, "Simulator: call 6 fails because value4 is 3."},
+      {statusReplyError, "Simulator: call 6 fails because value4 is 3."},
       {-1, "Unknown error."}};
   for (const auto& [status, fault] : kFaults) {
     CDriverNode node = Node(Text("counter", 0, 0, 0, 3, status), 1);
@@ -167,7 +167,7 @@ TEST_F(GuideDriver, RefusesWhatItCannotServe) {
   nodes.clear();
   EXPECT_EQ(Node(config, 1).fault, "");
   EXPECT_EQ(Node(Text(std::string(300, 'a').c_str()), 1).fault,
-            "Open Fatal Not named Text file: text1 is no file that can be read.\n");
+            "Open Fatal Not named Text file: text1 is not a readable file.\n");
 }
 
 }  // namespace

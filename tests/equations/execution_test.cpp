@@ -87,7 +87,7 @@ TEST(Execution, EveryOperationHasItsValueInBothForms) {
 
       CProgram program(kNames.GetSize(), 1);
       program.Add(reference.GetCode(0), 0);
-      EXPECT_FALSE(program.IsPlain(0));
+      EXPECT_FALSE(program.IsInterpreted(0));
       lowered.Compile(kNames, statements);
       lowered.Run(inputs);
       const float stored = lowered.GetValue(inputs, lowered.FindValue("y"));

@@ -101,8 +101,8 @@ TEST(ConfigurationJson, NamesTheKeyOfAWrongValue) {
        kNeedsUint},
       {"outputs[0].maxLogs", {"1e999"}, "the number is too large"},
       {"outputs[0].saveRp", {"4294967296", "-2147483649", "0.5"}, kNeedsFlag},
-      {"outputs[0].directory", {"[]"}, "must be a text"},
-      {"outputs[0].varNames", {"\"a\""}, "must be an array of texts"},
+      {"outputs[0].directory", {"[]"}, "must be a string"},
+      {"outputs[0].varNames", {"\"a\""}, "must be an array of strings"},
       {"outputs[0]", {"[]"}, "must be an object"},
       {"outputs", {"{}"}, "must be an array of objects"},
       {"outputs", {"[" + Repeated("{},", 100000) + "{}]"}, "has more than 100000 entries"},
@@ -112,7 +112,7 @@ TEST(ConfigurationJson, NamesTheKeyOfAWrongValue) {
       {"plcWrite.nodeNumber", {"1"}, "no such key"},
       {"m_input", {"{}"}, "no such key"},
       {"version", {"1004"}, "must be 1002 or 1003"},
-      {"trend.baseVars[0]", {R"("a\u0000b")"}, "must not hold U+0000"},
+      {"trend.baseVars[0]", {R"("a\u0000b")"}, "must not contain U+0000"},
   };
   for (const auto& [path, values, words] : kWrong)
     for (const std::string& value : values)
@@ -121,19 +121,22 @@ TEST(ConfigurationJson, NamesTheKeyOfAWrongValue) {
 
 TEST(ConfigurationJson, ReportsWhereTheTextIsWrong) {
   const std::pair<std::string, std::string> kFaults[] = {
-      {R"({"outputs": [{}, {"varNames": ["a", 1]}]})", "outputs[1].varNames[1]: must be a text"},
-      {R"({"outputs": [)" + Repeated("0,", 1000000) + "0]}", "outputs[999998]: is one value too many"},
+      {R"({"outputs": [{}, {"varNames": ["a", 1]}]})", "outputs[1].varNames[1]: must be a string"},
+      {R"({"outputs": [)" + Repeated("0,", 1000000) + "0]}",
+       "outputs[999998]: is one value more than the 1000000 that are allowed"},
       {R"({"outputs": [{"name": "a", "name": "a"}]})", "outputs[0].name: is a duplicate key"},
       {R"({"plcWrite": {"nodes": [{"a\nb": 1}]}})", "plcWrite.nodes[0].a?b: no such key"},
-      {R"({"trend": {"baseVars": ["a", [["b\u0000"]]]}})", "trend.baseVars[1][0][0]: must not hold U+0000"},
+      {R"({"trend": {"baseVars": ["a", [["b\u0000"]]]}})",
+       "trend.baseVars[1][0][0]: must not contain U+0000"},
       {"{\"" + std::string(100, 'k') + "\":1}", std::string(60, 'k') + "...: no such key"},
       {"[]", "must be an object"},
-      {std::string(1000000, '['), Repeated("[0]", 32) + ": nested too deeply"},
+      {std::string(1000000, '['), Repeated("[0]", 32) + ": is nested too deeply"},
       {"{}\n}",
-       "no valid JSON, line 2, column 1: syntax error while parsing value - unexpected '}'; expected "
+       "not valid JSON, line 2, column 1: syntax error while parsing value - unexpected '}'; expected "
        "end of input"},
       {"{\"a\":\"\xFF" + std::string(5000, 'x') + "\"}",
-       "no valid JSON, line 1, column 7: syntax error while parsing value - invalid string: ill-formed UTF-8 "
+       "not valid JSON, line 1, column 7: syntax error while parsing value - invalid string: ill-formed "
+       "UTF-8 "
        "byte"},
   };
   for (const auto& [text, fault] : kFaults) EXPECT_EQ(Fault(text), fault) << text.substr(0, 100);
@@ -173,7 +176,7 @@ TEST(ConfigurationJson, NamesWhatHasNoJsonForm) {
   configuration.m_plcWrite.m_nodes.GetHead()->m_node.m_scaler.m_nodes[0].m_lowLimit =
       std::bit_cast<float>(0xFFC00001);
   EXPECT_EQ(ConfigurationToJson(configuration, text),
-            "plcWrite.nodes[0].scaler[0].lowLimit: a NaN with bits of its own has no JSON form");
+            "plcWrite.nodes[0].scaler[0].lowLimit: a NaN with a payload has no JSON form");
   EXPECT_EQ(text, "before");
 }
 

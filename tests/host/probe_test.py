@@ -58,7 +58,7 @@ FAULTS = [
 WRONG = [
     ("9001 --set station", 2, "FIELD=VALUE"),
     ("9001 --set =1", 2, "FIELD=VALUE"),
-    ("9001 --set speed=1", 2, "there are cardNumber, registerAddress, registerAddressExt, plcNodeAddress, timeOut, "
+    ("9001 --set speed=1", 2, "the fields are cardNumber, registerAddress, registerAddressExt, plcNodeAddress, timeOut, "
                               "station, text1, text2, value1, value2, value3, value4, value5"),
     ("9001 --set station=2147483648", 2, "from -2147483648 to 2147483647"),
     ("9001 --set station=1x", 2, "must be a whole number"),
@@ -101,7 +101,7 @@ class Probe(CommandTest):
 
     def test_tells_a_status_with_its_words_and_goes_on(self):
         for status, name, words in ((109, "statusTimeout", None), (61, "unknown status 61", None),
-                                    (157, "statusReplyError", "Simulator: call 2 fails, as value4 = 2 asks.")):
+                                    (157, "statusReplyError", "Simulator: call 2 fails because value4 is 2.")):
             args = ["--set", "value4=2", "--set", "value5=%d" % status, "--reads", "3"]
             calls = self.calls(*args)
             self.assertEqual(["statusOk", "statusOk", name, "statusOk"], [call[1] for call in calls])

@@ -18,7 +18,7 @@ void CConsoleStore::Add(const CString& text, COLORREF colour, CConsoleArea area)
   const bool isFull = GetCount() > kMaxLines;
   if (isFull) {
     m_lines.pop_front();  // the top keeps its index, so the view scrolls
-    ++m_gone;
+    ++m_removedCount;
   } else if (m_atEnd && GetCount() * area.line > area.height - area.line) {
     Advance();
   }
@@ -33,7 +33,7 @@ void CConsoleStore::Advance() {
 }
 
 void CConsoleStore::Clear() {
-  m_gone += GetCount();
+  m_removedCount += GetCount();
   m_lines.clear();
   m_top = kNone;
   m_maxPosition = 1;

@@ -45,7 +45,7 @@ class CConsoleStore {
   // Index of the top line; kNone if the view is empty or after the last line.
   int GetTop() const { return m_top; }
   // The number of the top line, or of the next new line. Lines are numbered in order and keep their numbers.
-  std::int64_t GetTopNumber() const { return m_gone + (m_top == kNone ? GetCount() : m_top); }
+  std::int64_t GetTopNumber() const { return m_removedCount + (m_top == kNone ? GetCount() : m_top); }
   bool IsAtEnd() const { return m_atEnd; }
   int GetScrollPos() const { return m_position; }
   int GetScrollMax() const { return m_maxPosition; }  // the minimum is 0
@@ -54,8 +54,8 @@ class CConsoleStore {
   int LineAt(int position) const { return position < GetCount() ? position : kNone; }
   void Advance();
 
-  std::deque<CLine> m_lines;  // oldest first
-  std::int64_t m_gone = 0;    // number of lines that were dropped or cleared
+  std::deque<CLine> m_lines;        // oldest first
+  std::int64_t m_removedCount = 0;  // number of lines that were dropped or cleared
   int m_top = kNone;
   int m_position = 0;
   int m_maxPosition = kMaxLines;

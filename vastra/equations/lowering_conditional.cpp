@@ -108,7 +108,7 @@ bool CLowering::Select(CConditional& conditional, const CEntry& second) {
   CEntry first = std::move(conditional.first), other = second;
   if (!firstSteps.empty() || !secondSteps.empty()) {
     // The branches overwrite the accumulator.
-    if (condition.kind == CEntry::accumulator || condition.draft.kind.source != ESource::fromFile)
+    if (condition.kind == CEntry::accumulator || condition.draft.kind.source != ESource::fromRegisters)
       KeepAt(condition, m_places.Fresh());
     KeepBranch(first, firstSteps, conditional.start + 1);
     KeepBranch(other, secondSteps, conditional.second);
@@ -127,7 +127,7 @@ void CLowering::KeepBranch(CEntry& value, const std::vector<CDraft>& branch, std
 void CLowering::EmitSelect(const CEntry& condition, CEntry& first, CEntry& second) {
   if (IsTruth(condition) && Is(first, 1.0) && Is(second, 0.0)) {
     const bool isMadeHere =
-        condition.kind == CEntry::deferred && condition.draft.kind.source != ESource::fromFile;
+        condition.kind == CEntry::deferred && condition.draft.kind.source != ESource::fromRegisters;
     return isMadeHere ? PushMadeBy(condition.draft) : Push(condition);
   }
   CSum ifHolds = AsSum(first), ifFails = AsSum(second);

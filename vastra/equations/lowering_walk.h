@@ -102,7 +102,7 @@ class CLowering {
   CPlaces& m_places;
   std::vector<CDraft>& m_steps;
   int m_line = 0;
-  bool m_isKnown = true;  // so far
+  bool m_isKnown = true;  // the lines so far can be translated
   std::vector<CEntry> m_stack;
   std::vector<CConditional> m_conditionals;  // those that contain the line, outermost first
 };

@@ -25,8 +25,8 @@ class CPlaces {
   bool IsLiteral(std::uint32_t place) const { return place >= static_cast<std::uint32_t>(m_variables); }
   double GetLiteral(std::uint32_t place) const { return m_file[place]; }
 
-  const double* GetFile() const { return m_file.data(); }
-  double* GetFile() { return m_file.data(); }
+  const double* GetRegisters() const { return m_file.data(); }
+  double* GetRegisters() { return m_file.data(); }
 
  private:
   std::uint32_t Add(double value);

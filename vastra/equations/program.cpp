@@ -79,25 +79,25 @@ void CProgram::Finish() {
 }
 
 void CProgram::Run(const float* inputs, int count, std::vector<int>& undefined) {
-  double* file = m_places.GetFile();
+  double* registers = m_places.GetRegisters();
   undefined.clear();
   if (count < m_inputs || m_inputs < kBlock) return RunShort(inputs, count, undefined);
   for (const int first : m_blocks)  // the compiler turns each into two wide moves
-    for (int i = first; i < first + kBlock; ++i) file[i] = static_cast<double>(inputs[i]);
-  const CStep* step = RunSteps(m_steps.data(), file);
+    for (int i = first; i < first + kBlock; ++i) registers[i] = static_cast<double>(inputs[i]);
+  const CStep* step = RunSteps(m_steps.data(), registers);
   if (step->b != stopEnd) [[unlikely]]
     Serve(step, undefined);
 }
 
 void CProgram::RunShort(const float* inputs, int count, std::vector<int>& undefined) {
-  double* file = m_places.GetFile();
-  for (int i = 0; i < m_inputs; ++i) file[i] = i < count ? static_cast<double>(inputs[i]) : 0.0;
-  Serve(RunSteps(m_steps.data(), file), undefined);
+  double* registers = m_places.GetRegisters();
+  for (int i = 0; i < m_inputs; ++i) registers[i] = i < count ? static_cast<double>(inputs[i]) : 0.0;
+  Serve(RunSteps(m_steps.data(), registers), undefined);
 }
 
 // Handles stops and continues after each, until the end.
 void CProgram::Serve(const CStep* stop, std::vector<int>& undefined) {
-  while (stop->b != stopEnd) stop = RunSteps(Store(stop, undefined), m_places.GetFile());
+  while (stop->b != stopEnd) stop = RunSteps(Store(stop, undefined), m_places.GetRegisters());
 }
 
 // Stores the result of the statement that has stopped. Returns the step to continue at.
@@ -108,7 +108,7 @@ const CStep* CProgram::Store(const CStep* stop, std::vector<int>& undefined) {
   if (stop->b == stopInterpret) {
     const auto variable = [&](int index) {
       return static_cast<unsigned>(index) < static_cast<unsigned>(m_places.GetVariables())
-                 ? m_places.GetFile()[index]
+                 ? m_places.GetRegisters()[index]
                  : 0.0;
     };
     m_stack.RemoveAll();

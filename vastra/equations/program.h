@@ -29,13 +29,15 @@ class VASTRA_API CProgram {
   void Run(const float* inputs, int count, std::vector<int>& undefined);
 
   // Of an assigned variable, which starts at 0.0.
-  float GetValue(int assigned) const { return static_cast<float>(m_places.GetFile()[m_inputs + assigned]); }
+  float GetValue(int assigned) const {
+    return static_cast<float>(m_places.GetRegisters()[m_inputs + assigned]);
+  }
   void SetValue(int assigned, float value) {
-    m_places.GetFile()[m_inputs + assigned] = static_cast<double>(value);
+    m_places.GetRegisters()[m_inputs + assigned] = static_cast<double>(value);
   }
 
   // Whether a statement runs in the reference interpreter.
-  bool IsPlain(int statement) const {
+  bool IsInterpreted(int statement) const {
     return m_statements[static_cast<std::size_t>(statement)].isInterpreted;
   }
 

@@ -14,17 +14,17 @@ using CAccumulator = double;
 #else
 using CAccumulator = double&;
 #endif
-using CFunction = const CStep* (*)(const CStep* step, double* file, CAccumulator accumulator);
+using CFunction = const CStep* (*)(const CStep* step, double* registers, CAccumulator accumulator);
 CFunction Function(const CStep* step) { return reinterpret_cast<CFunction>(step->run); }
 
 // Work has one static function Do, which runs a step and returns the next one.
 template <class Work>
-const CStep* Handle(const CStep* step, double* file, CAccumulator accumulator) {
-  const CStep* next = Work::Do(step, file, accumulator);
+const CStep* Handle(const CStep* step, double* registers, CAccumulator accumulator) {
+  const CStep* next = Work::Do(step, registers, accumulator);
 #if defined(VASTRA_TAIL_CALLS) && defined(__clang__)
-  [[clang::musttail]] return Function(next)(next, file, accumulator);
+  [[clang::musttail]] return Function(next)(next, registers, accumulator);
 #elif defined(VASTRA_TAIL_CALLS)
-  return Function(next)(next, file, accumulator);
+  return Function(next)(next, registers, accumulator);
 #else
   return next;
 #endif
@@ -38,46 +38,47 @@ CHandler HandlerOf() {
 }
 
 template <EResult result>
-void Put(const CStep* step, double* file, double& accumulator, double made) {
+void Put(const CStep* step, double* registers, double& accumulator, double made) {
   if constexpr (result == EResult::toAccumulator) accumulator = made;
-  if constexpr (result == EResult::toTemporary) file[step->to] = made;
-  if constexpr (result == EResult::toVariable) file[step->to] = static_cast<double>(static_cast<float>(made));
+  if constexpr (result == EResult::toTemporary) registers[step->to] = made;
+  if constexpr (result == EResult::toVariable)
+    registers[step->to] = static_cast<double>(static_cast<float>(made));
 }
 
 template <class Operation, ESource source>
-double Right(const CStep* step, const double* file, double accumulator) {
+double Right(const CStep* step, const double* registers, double accumulator) {
   if constexpr (Operation::kOperands == 0) return 0.0;
-  return source == ESource::rightAccumulator ? accumulator : file[step->a];
+  return source == ESource::rightAccumulator ? accumulator : registers[step->a];
 }
 template <class Operation, ESource source>
-double Left(const CStep* step, const double* file, double accumulator) {
+double Left(const CStep* step, const double* registers, double accumulator) {
   if constexpr (Operation::kOperands < 2) return 0.0;
-  return source == ESource::leftAccumulator ? accumulator : file[step->b];
+  return source == ESource::leftAccumulator ? accumulator : registers[step->b];
 }
 template <class Comparison, ESource source>
-bool Holds(const CStep* step, const double* file, double accumulator) {
-  return Comparison::Raw(Right<Comparison, source>(step, file, accumulator),
-                         Left<Comparison, source>(step, file, accumulator));
+bool Holds(const CStep* step, const double* registers, double accumulator) {
+  return Comparison::Raw(Right<Comparison, source>(step, registers, accumulator),
+                         Left<Comparison, source>(step, registers, accumulator));
 }
 
 template <class Operation, ESource source, EResult result>
 struct COperationWork {
-  static const CStep* Do(const CStep* step, double* file, double& accumulator) {
-    const double op1 = Right<Operation, source>(step, file, accumulator);
-    const double op2 = Left<Operation, source>(step, file, accumulator);
+  static const CStep* Do(const CStep* step, double* registers, double& accumulator) {
+    const double op1 = Right<Operation, source>(step, registers, accumulator);
+    const double op2 = Left<Operation, source>(step, registers, accumulator);
     if (Operation::kMayFail && Operation::IsUndefined(op1, op2)) [[unlikely]]
       return step + step->jump;
-    Put<result>(step, file, accumulator, Operation::Result(op1, op2));
+    Put<result>(step, registers, accumulator, Operation::Result(op1, op2));
     return step + 1;
   }
 };
 
 template <class Inner, class Outer, bool isInnerRight, bool isAccumulator, EResult result>
 struct CChainWork {
-  static const CStep* Do(const CStep* step, double* file, double& accumulator) {
-    const double inner = Inner::Result(file[step->a], file[step->b]);
-    const double other = isAccumulator ? accumulator : file[step->c[0]];
-    Put<result>(step, file, accumulator,
+  static const CStep* Do(const CStep* step, double* registers, double& accumulator) {
+    const double inner = Inner::Result(registers[step->a], registers[step->b]);
+    const double other = isAccumulator ? accumulator : registers[step->c[0]];
+    Put<result>(step, registers, accumulator,
                 isInnerRight ? Outer::Result(inner, other) : Outer::Result(other, inner));
     return step + 1;
   }
@@ -85,10 +86,10 @@ struct CChainWork {
 
 template <class Left, class Outer, class Right, EResult result>
 struct CPairWork {
-  static const CStep* Do(const CStep* step, double* file, double& accumulator) {
-    const double left = Left::Result(file[step->a], file[step->b]);
-    const double right = Right::Result(file[step->c[0]], file[step->c[1]]);
-    Put<result>(step, file, accumulator, Outer::Result(right, left));
+  static const CStep* Do(const CStep* step, double* registers, double& accumulator) {
+    const double left = Left::Result(registers[step->a], registers[step->b]);
+    const double right = Right::Result(registers[step->c[0]], registers[step->c[1]]);
+    Put<result>(step, registers, accumulator, Outer::Result(right, left));
     return step + 1;
   }
 };
@@ -100,19 +101,19 @@ double Both(bool left, bool right) {
 
 template <class Comparison, class Logic, EResult result>
 struct CLogicWork {
-  static const CStep* Do(const CStep* step, double* file, double& accumulator) {
-    const bool holds = Holds<Comparison, ESource::fromFile>(step, file, accumulator);
-    Put<result>(step, file, accumulator, Both<Logic>(holds, accumulator != 0.0));
+  static const CStep* Do(const CStep* step, double* registers, double& accumulator) {
+    const bool holds = Holds<Comparison, ESource::fromRegisters>(step, registers, accumulator);
+    Put<result>(step, registers, accumulator, Both<Logic>(holds, accumulator != 0.0));
     return step + 1;
   }
 };
 
 template <class First, class Second, class Logic, EResult result>
 struct CLogicPairWork {
-  static const CStep* Do(const CStep* step, double* file, double& accumulator) {
-    const bool first = Holds<First, ESource::fromFile>(step, file, accumulator);
-    const bool second = Second::Raw(file[step->c[0]], file[step->c[1]]);
-    Put<result>(step, file, accumulator, Both<Logic>(first, second));
+  static const CStep* Do(const CStep* step, double* registers, double& accumulator) {
+    const bool first = Holds<First, ESource::fromRegisters>(step, registers, accumulator);
+    const bool second = Second::Raw(registers[step->c[0]], registers[step->c[1]]);
+    Put<result>(step, registers, accumulator, Both<Logic>(first, second));
     return step + 1;
   }
 };
@@ -120,24 +121,24 @@ struct CLogicPairWork {
 // Has no branch, because the processor could rarely predict it.
 template <class Comparison, ESource source, EResult result>
 struct CSelectWork {
-  static const CStep* Do(const CStep* step, double* file, double& accumulator) {
-    const bool holds = Holds<Comparison, source>(step, file, accumulator);
-    Put<result>(step, file, accumulator, file[step->c[holds]] + file[step->d[holds]]);
+  static const CStep* Do(const CStep* step, double* registers, double& accumulator) {
+    const bool holds = Holds<Comparison, source>(step, registers, accumulator);
+    Put<result>(step, registers, accumulator, registers[step->c[holds]] + registers[step->d[holds]]);
     return step + 1;
   }
 };
 
 template <class Comparison, ESource source>
 struct CTestWork {
-  static const CStep* Do(const CStep* step, double* file, double& accumulator) {
-    return Holds<Comparison, source>(step, file, accumulator) ? step + 1 : step + step->jump;
+  static const CStep* Do(const CStep* step, double* registers, double& accumulator) {
+    return Holds<Comparison, source>(step, registers, accumulator) ? step + 1 : step + step->jump;
   }
 };
 
 template <EResult result>
 struct CCopyWork {
-  static const CStep* Do(const CStep* step, double* file, double& accumulator) {
-    Put<result>(step, file, accumulator, file[step->a]);
+  static const CStep* Do(const CStep* step, double* registers, double& accumulator) {
+    Put<result>(step, registers, accumulator, registers[step->a]);
     return step + 1;
   }
 };
@@ -171,7 +172,7 @@ CHandler ForTruth(bool truth, Make make) {
 template <int count, class Make>
 CHandler ForSource(ESource source, Make make) {
   using enum ESource;
-  if (source == fromFile) return make(std::integral_constant<ESource, fromFile>());
+  if (source == fromRegisters) return make(std::integral_constant<ESource, fromRegisters>());
   if constexpr (count > 0)
     if (source == rightAccumulator) return make(std::integral_constant<ESource, rightAccumulator>());
   if constexpr (count > 1)
@@ -215,7 +216,7 @@ CHandler ChainHandler(const CStepKind& kind) {
       });
     return ForCode(CChainables(), kind.outer, [&]<class Outer>(Outer) {
       return ForTruth(kind.isInnerRight, [&](auto isRight) {
-        return ForTruth(kind.source != ESource::fromFile, [&](auto isAccumulator) {
+        return ForTruth(kind.source != ESource::fromRegisters, [&](auto isAccumulator) {
           return ForResult(kind.result, [&](auto result) {
             return HandlerOf<CChainWork<Inner, Outer, isRight(), isAccumulator(), result()>>();
           });
@@ -310,11 +311,11 @@ CHandler FindHandler(const CStepKind& kind) {
 }
 
 #ifdef VASTRA_TAIL_CALLS
-const CStep* RunSteps(const CStep* step, double* file) { return Function(step)(step, file, 0.0); }
+const CStep* RunSteps(const CStep* step, double* registers) { return Function(step)(step, registers, 0.0); }
 #else
-const CStep* RunSteps(const CStep* step, double* file) {
+const CStep* RunSteps(const CStep* step, double* registers) {
   double accumulator = 0.0;
-  while (Function(step) != Stop) step = Function(step)(step, file, accumulator);
+  while (Function(step) != Stop) step = Function(step)(step, registers, accumulator);
   return step;
 }
 #endif

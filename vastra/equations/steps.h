@@ -20,7 +20,7 @@ struct CStep {
 };
 
 // Whether the right operand (a) or the left one (b) of an operation is in the accumulator.
-enum class ESource { fromFile, rightAccumulator, leftAccumulator };
+enum class ESource { fromRegisters, rightAccumulator, leftAccumulator };
 
 // The destination of a result. A variable rounds it to float.
 enum class EResult { toAccumulator, toTemporary, toVariable };
@@ -42,8 +42,8 @@ enum class EFamily {
 struct CStepKind {
   EFamily family = EFamily::stop;
   int code = 0;
-  ESource source =
-      ESource::fromFile;  // of code; in a chain of outer: if not fromFile, the accumulator replaces c[0]
+  ESource source = ESource::fromRegisters;  // of code; in a chain of outer: if not fromRegisters, the
+                                            // accumulator replaces c[0]
   EResult result = EResult::toAccumulator;
   int outer = 0;
   bool isInnerRight = false;  // in a chain: the result of code is the right operand of outer
@@ -58,6 +58,6 @@ bool IsComparison(int code);
 bool IsChainable(int code);
 
 // Runs from step to the next stop and returns it.
-const CStep* RunSteps(const CStep* step, double* file);
+const CStep* RunSteps(const CStep* step, double* registers);
 
 }  // namespace vastra

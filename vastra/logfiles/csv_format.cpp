@@ -8,9 +8,9 @@
 namespace vastra {
 namespace {
 
-constexpr std::size_t kStage = std::size_t{64} * 1024;  // bytes of text for one write to a file
-constexpr std::uint32_t kValuesAtATime = 1024;          // values for which memory is reserved at a time
-constexpr std::int64_t kQuarter = 900;                  // seconds
+constexpr std::size_t kWriteSize = std::size_t{64} * 1024;  // bytes of text for one write to a file
+constexpr std::uint32_t kValuesAtATime = 1024;              // values for which memory is reserved at a time
+constexpr std::int64_t kQuarter = 900;                      // seconds
 
 // The texts of 0 to 999 with leading zeros, the first digit in the lowest byte; the fourth byte is 0. The
 // additional entry allows reading four bytes from the middle of the last text.
@@ -185,7 +185,7 @@ void CCsvText::AddSample(const CSampleRecord& sample) {
 }
 
 void WriteCsv(CFile& file, const CStringArray& names, const CSampleStore& samples, CCsvText& text) {
-  const auto hand = [&] {
+  const auto flush = [&] {
     file.Write(text.View().data(), text.View().size());
     text.RemoveAll();
   };
@@ -194,9 +194,9 @@ void WriteCsv(CFile& file, const CStringArray& names, const CSampleStore& sample
   CSampleRecord sample;
   for (CSampleStore::CPlace place = samples.GetHeadPlace(); samples.GetNext(place, sample);) {
     text.AddSample(sample);
-    if (text.View().size() >= kStage) hand();
+    if (text.View().size() >= kWriteSize) flush();
   }
-  hand();
+  flush();
 }
 
 }  // namespace vastra

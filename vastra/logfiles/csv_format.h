@@ -36,13 +36,13 @@ class VASTRA_API CTimeText {
 
   std::int64_t m_quarter = kNoQuarter;  // quarters of an hour since the beginning of 1970
   bool m_regular = false;  // within the quarter the local clock has no jump and stays in one hour
-  unsigned m_start = 0;    // second of the local hour in which the quarter begins
+  unsigned m_start = 0;    // seconds from the start of the local hour to the start of the quarter
   char m_clock[32] = {};
   char m_year[16] = {};  // "  2001,"
   std::size_t m_yearSize = 0;
 };
 
-// A text that grows line by line. Add throws std::bad_alloc and leaves the text unchanged then.
+// The lines of a text copy, added one by one. Add throws std::bad_alloc and leaves the text unchanged then.
 class VASTRA_API CCsvText {
  public:
   void AddNames(const CStringArray& names);

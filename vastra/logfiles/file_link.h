@@ -48,10 +48,10 @@ class VASTRA_API CFileConfig : public CLinkConfig, public CFileSettings {
 // How full a log is.
 struct CFill {
   std::uint64_t m_samples = 0;
-  std::uint64_t m_of = 0;
+  std::uint64_t m_total = 0;
 
   CFill& operator+=(const CFill& other) {
-    m_samples += other.m_samples, m_of += other.m_of;
+    m_samples += other.m_samples, m_total += other.m_total;
     return *this;
   }
 };

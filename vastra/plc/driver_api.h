@@ -62,9 +62,9 @@ enum {
 };
 
 /* The failures, one row each, for the tables of hosts and drivers:
- * X(status, title in a list, meaning, severity and message of Read and Write, message of Open, words)
- * An empty message: the operation does not have the status, and it is reported as an unknown error. words:
- * the function of the table whose text replaces the message, or None. */
+ * X(status, title in a list, meaning, severity and message of Read and Write, message of Open, text)
+ * An empty message: the operation does not have the status, and it is reported as an unknown error. text: the
+ * function of the table whose string replaces the message, or None. */
 #define DRIVER_TRANSFER_FAILURES(X)                                                                       \
   X(statusNoMemory, "No memory", "the driver has run out of memory", Fatal, "No memory.",                 \
     "Not enough memory.", None)                                                                           \

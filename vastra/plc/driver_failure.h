@@ -6,28 +6,28 @@
 
 namespace vastra {
 
-// A function of the driver for its own text.
-using CDriverWords = const char* (*)(int handle);
+// A function of the driver that returns its own error text.
+using CDriverErrorText = const char* (*)(int handle);
 
 struct CDriverFailure {
   int status;
-  const char* name;                      // of the constant
-  const char* meaning;                   // empty if the driver has words for it
-  bool isFatal;                          // after Read and Write; after Open each failure is fatal
-  const char* transfer;                  // message after Read and Write; empty: not a status of theirs
-  const char* open;                      // message after Open; empty: not a status of Open
-  CDriverWords DriverFunctions::*words;  // replace the message; null: none
+  const char* name;                         // of the constant
+  const char* meaning;                      // empty if the driver has a text for it
+  bool isFatal;                             // after Read and Write; after Open each failure is fatal
+  const char* transfer;                     // message after Read and Write; empty: not a status of theirs
+  const char* open;                         // message after Open; empty: not a status of Open
+  CDriverErrorText DriverFunctions::*text;  // replaces the message; null: none
 };
 
 namespace driver_failure {
 
 constexpr bool Fatal = true, Error = false;
-constexpr CDriverWords DriverFunctions::*None = nullptr;
-constexpr CDriverWords DriverFunctions::*GetExtendedError = &DriverFunctions::GetExtendedError;
-constexpr CDriverWords DriverFunctions::*GetReplyError = &DriverFunctions::GetReplyError;
+constexpr CDriverErrorText DriverFunctions::*None = nullptr;
+constexpr CDriverErrorText DriverFunctions::*GetExtendedError = &DriverFunctions::GetExtendedError;
+constexpr CDriverErrorText DriverFunctions::*GetReplyError = &DriverFunctions::GetReplyError;
 
-#define VASTRA_ROW(status, title, meaning, severity, transfer, open, words) \
-  {status, #status, meaning, severity, transfer, open, words},
+#define VASTRA_ROW(status, title, meaning, severity, transfer, open, text) \
+  {status, #status, meaning, severity, transfer, open, text},
 inline constexpr CDriverFailure kAll[] = {DRIVER_FAILURES(VASTRA_ROW)};
 #undef VASTRA_ROW
 

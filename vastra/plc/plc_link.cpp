@@ -131,8 +131,8 @@ int CPlcLink::FailStatus(char function, int status) const {
   if (!row) return Fail(function, failure);
   if (const char* text = isOpen ? row->open : row->transfer; *text)
     failure = {isOpen || row->isFatal ? severityFatal : severityError, text};
-  if (row->words && m_functions->*row->words) {
-    const char* text = AskDriver<const char*>(nullptr, [&] { return (m_functions->*row->words)(m_handle); });
+  if (row->text && m_functions->*row->text) {
+    const char* text = AskDriver<const char*>(nullptr, [&] { return (m_functions->*row->text)(m_handle); });
     if (text) failure.text = text;
   }
   return Fail(function, failure);

@@ -96,7 +96,7 @@ float CLogInput::PercentCompleted() const {
 
 float CLogInput::PartOfLog() const {
   const CFill fill = Replay() ? Replay()->GetFill() : CFill();
-  return fill.m_of ? 1.0f - static_cast<float>(fill.m_samples) / static_cast<float>(fill.m_of) : 0.0f;
+  return fill.m_total ? 1.0f - static_cast<float>(fill.m_samples) / static_cast<float>(fill.m_total) : 0.0f;
 }
 
 }  // namespace vastra

@@ -17,7 +17,7 @@ class CLiveView::CStay {
   ~CStay() {
     if (m_wasBusy) return;
     m_view.m_isBusy = false;
-    if (m_view.m_isGone) delete &m_view;
+    if (m_view.m_isDestroyed) delete &m_view;
   }
   CStay(const CStay&) = delete;
   CStay& operator=(const CStay&) = delete;
@@ -36,7 +36,7 @@ void CLiveView::OnButton(const char* caption, std::function<void()> handler) {
 
 // After the window its owner can destroy the stages.
 void CLiveView::PostNcDestroy() {
-  m_isGone = true;
+  m_isDestroyed = true;
   m_pTrendings = nullptr;
   if (!m_isBusy) delete this;
 }
@@ -77,7 +77,7 @@ int CLiveView::ReadSample() {
 
 int CLiveView::EditSelection() {
   TakeNames();
-  if (m_isGone) return 0;
+  if (m_isDestroyed) return 0;
   if (m_allNames.IsEmpty()) {
     Tell("No variables available.");
     return 0;

@@ -77,8 +77,8 @@ class VASTRA_API CLiveView : public CDialog {
   void ReopenStage(const CStringArray& extraVars);
 
   const CLiveViewKind& m_kind;
-  bool m_isBusy = false;  // a handler runs
-  bool m_isGone = false;  // the window was destroyed
+  bool m_isBusy = false;       // a handler runs
+  bool m_isDestroyed = false;  // the window was destroyed
 };
 
 }  // namespace vastra

@@ -32,14 +32,14 @@ CTerminal& CTerminal::Instance() {
 CTerminal::CTerminal()
     : m_isTerminal(::isatty(STDERR_FILENO)),
       m_statusFile(STDERR_FILENO),
-      m_statusObeys(CanErase(STDERR_FILENO)),
-      m_coloured(m_statusObeys && !std::getenv("NO_COLOR")) {}
+      m_canErase(CanErase(STDERR_FILENO)),
+      m_coloured(m_canErase && !std::getenv("NO_COLOR")) {}
 
-bool CTerminal::HasStatus() const { return m_statusObeys && (!m_quiet || m_statusFile == STDOUT_FILENO); }
+bool CTerminal::HasStatus() const { return m_canErase && (!m_quiet || m_statusFile == STDOUT_FILENO); }
 
 bool CTerminal::PutStatusOnOutput() {
   m_statusFile = STDOUT_FILENO;
-  return m_statusObeys = CanErase(STDOUT_FILENO);
+  return m_canErase = CanErase(STDOUT_FILENO);
 }
 
 void CTerminal::Line(const CString& text, COLORREF colour) { Lines(CString(Printable(text.View())), colour); }

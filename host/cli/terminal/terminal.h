@@ -48,8 +48,8 @@ class CTerminal {
   CTerminal();
 
   bool m_isTerminal = false;
-  int m_statusFile;            // where the status is drawn
-  bool m_statusObeys = false;  // m_statusFile is a terminal that can erase a line
+  int m_statusFile;         // where the status is drawn
+  bool m_canErase = false;  // m_statusFile is a terminal that can erase a line
   bool m_coloured = false;
   bool m_stamped = false;
   bool m_quiet = false;
