@@ -92,7 +92,7 @@ TEST_F(Run, OfTheFilesWrittenThoseThatExistCountOnce) {
   std::filesystem::create_hard_link((m_dir / "c").Std(), (m_dir / "d").Std());
   CWrittenFiles files;
   CSavedLog log;
-  for (const char* name : {"d", "gone", "c", "./a"}) log.path = m_dir / name, files.LogClosed({}, log);
+  for (const char* name : {"d", "Gone", "c", "./a"}) log.path = m_dir / name, files.LogClosed({}, log);
   EXPECT_EQ(files.Existing(), (std::vector<std::string>{(m_dir / "a").Std(), (m_dir / "c").Std()}));
 }
 
