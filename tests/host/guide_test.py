@@ -12,13 +12,13 @@ SMALL_HOST, LEVEL_HOST, GUIDE = os.environ["SMALL_HOST"], os.environ["LEVEL_HOST
 
 class Guide(LogTest):
     def test_the_small_host_logs_what_its_equation_selects_and_loses_nothing(self):
-        self.expect("logs 6", 0, "0 of 6 scans failed\n", program=SMALL_HOST)
-        self.assertEqual([2, 3, 4, 5, 6], [float(row[0]) for row in self.rows()])
         with self.start("logs", "100000", program=SMALL_HOST, stdout=subprocess.DEVNULL) as host:
-            time.sleep(1)
+            time.sleep(2)
             host.send_signal(signal.SIGINT)
         self.assertEqual(0, host.returncode)
-        self.assertGreater(len(self.rows()), 3)
+        self.assertGreater(len(self.rows()), 0)
+        self.expect("logs 6", 0, "0 of 6 scans failed\n", program=SMALL_HOST)
+        self.assertEqual([2, 3, 4, 5, 6], [float(row[0]) for row in self.rows()])
         self.assertIn("There is a problem with the destination directory",
                       self.expect("none", 1, None, None, program=SMALL_HOST).err)
 
