@@ -1,13 +1,10 @@
 // One list of calls over each driver that the factory finds: ours, that of the guide, and faulty ones.
 #include <filesystem>
-#include <memory>
 
-#include "tests/support/recorder.h"
+#include "tests/drivers/driver_node.h"
 #include "vastra/platform/file_system.h"
 #include "vastra/platform/module.h"
 #include "vastra/platform/prompt.h"
-#include "vastra/plc/driver_factory.h"
-#include "vastra/plc/plc_link.h"
 
 namespace vastra {
 namespace {
@@ -74,14 +71,6 @@ TEST(DriverFactory, FindsTheFirstOfTwoWithOneIdAndNothingBeyondTheList) {
   EXPECT_EQ(factory.NewDriver(kCount), nullptr);
 }
 
-int Open(CPlcLink& link) {
-  CLinkConfigList configs;
-  auto* config = new CPlcLinkConfig;
-  config->m_config.variableCount = 2;
-  configs.AddTail(config);
-  return link.Open(configs, CLink::modeRead);
-}
-
 // The lines of an operation are its begin, and its fault or its end.
 void ExpectFault(CRecorder& recorder, const std::string& operation, const std::string& fault, int result) {
   const std::string end = fault.empty() ? "End Not named" : fault;
@@ -98,7 +87,7 @@ TEST(Drivers, KeepTheContractOfALink) {
     sample.m_values.SetSize(2);
     const auto& [file, id, name, open, read, write] = kDrivers[i];
     for (int run = 0; run < 2; ++run) {
-      ExpectFault(recorder, "Open", open, Open(*link));
+      ExpectFault(recorder, "Open", open, Open(*link, {}, 2));
       ExpectFault(recorder, "Read", *open ? kClosed : read, link->Read(sample));
       ExpectFault(recorder, "Write", *open ? kClosed : write, link->Write(sample));
       EXPECT_EQ(sample.m_values.GetSize(), 2);
@@ -110,7 +99,7 @@ TEST(Drivers, KeepTheContractOfALink) {
     EXPECT_TRUE(shown == IDOK || shown == IDCANCEL);
     EXPECT_EQ(link->GetConfig().text1.Std(), "");
     EXPECT_EQ(recorder.Take(), "");
-    Open(*link);  // and is deleted while it is open
+    Open(*link, {}, 2);  // and is deleted while it is open
   }
 }
 

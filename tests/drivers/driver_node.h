@@ -11,18 +11,22 @@
 
 namespace vastra {
 
+inline int Open(CPlcLink& link, const DriverConfig& config, UINT count, UINT mode = CLink::modeRead) {
+  auto* own = new CPlcLinkConfig;
+  own->m_config = config;
+  own->m_config.variableCount = count;
+  CLinkConfigList configs;
+  configs.AddTail(own);
+  return link.Open(configs, mode);
+}
+
 class CDriverNode {
  public:
   CDriverNode(CRecorder& recorder, int id, const DriverConfig& config, UINT count,
               UINT mode = CLink::modeRead)
       : m_recorder(recorder),
         m_link(CDriverFactory::Instance()->NewDriver(CDriverFactory::Instance()->GetDriverIndex(id))) {
-    auto* linkConfig = new CPlcLinkConfig;
-    linkConfig->m_config = config;
-    linkConfig->m_config.variableCount = count;
-    CLinkConfigList configs;
-    configs.AddTail(linkConfig);
-    m_link->Open(configs, mode);
+    Open(*m_link, config, count, mode);
     fault = m_recorder.TakeFaults();
   }
   // The values of one read; none if it failed.

@@ -17,6 +17,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <span>
 #include <string>
 #include <thread>
 #include <utility>
@@ -30,10 +31,11 @@ using CBytes = std::vector<std::uint8_t>;
 struct CReplyFault {
   enum EEnd { stays, closes, resets };
   std::function<void(CBytes& reply)> spoil = {};
-  EEnd end = stays;   // of the connection, after the reply
-  int delay = 0;      // milliseconds
-  int drips = 0;      // milliseconds before each byte
-  int exception = 0;  // of the library, in place of the reply
+  EEnd end = stays;              // of the connection, after the reply
+  int delay = 0;                 // milliseconds
+  int drips = 0;                 // milliseconds before each piece of the reply
+  std::size_t piece = SIZE_MAX;  // its bytes
+  int exception = 0;             // of the library, in place of the reply
 };
 
 class CModbusServer {
@@ -165,15 +167,12 @@ class CModbusServer {
     const bool isSingle = frame[0] == 5 || frame[0] == 6;
     m_log += std::to_string(frame[0]) + " " + std::to_string(frame[1] << 8 | frame[2]) + "+" +
              std::to_string(isSingle ? 1 : frame[3] << 8 | frame[4]) + ", ";
-    CReplyFault fault;
-    if (!m_faults.empty()) {
-      fault = std::move(m_faults.front());
-      m_faults.pop_front();
-    }
+    const CReplyFault fault = m_faults.empty() ? CReplyFault() : m_faults.front();
+    if (!m_faults.empty()) m_faults.pop_front();
     CBytes reply = RightReply(request, fault.exception);
     if (fault.spoil) fault.spoil(reply);
     Sleep(fault.delay);
-    Send(client, reply, fault.drips);
+    Send(client, reply, fault);
     if (fault.end != CReplyFault::stays) End(client, fault.end == CReplyFault::resets);
   }
   // A unit that is not there: silence on a line, an exception by the gateway else.
@@ -190,12 +189,14 @@ class CModbusServer {
     reply.resize(static_cast<std::size_t>(::recv(m_mirror[1], reply.data(), reply.size(), 0)));
     return reply;
   }
-  void Send(int client, const CBytes& reply, int drips) const {
-    for (std::size_t at = 0, step = drips ? 1 : reply.size(); at < reply.size(); at += step) {
-      Sleep(drips);
-      const ssize_t sent = IsSerial() ? ::write(client, reply.data() + at, step)
-                                      : ::send(client, reply.data() + at, step, MSG_NOSIGNAL);
+  void Send(int client, std::span<const std::uint8_t> reply, const CReplyFault& fault) const {
+    while (!reply.empty()) {
+      Sleep(fault.drips);
+      const std::size_t size = std::min(fault.piece, reply.size());
+      const ssize_t sent =
+          IsSerial() ? ::write(client, reply.data(), size) : ::send(client, reply.data(), size, MSG_NOSIGNAL);
       if (sent < 0) return;
+      reply = reply.subspan(size);
     }
   }
   void End(int client, bool resets) {

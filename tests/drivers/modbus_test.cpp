@@ -19,8 +19,9 @@ namespace {
 using CValues = std::vector<float>;
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
-constexpr int kLong = 10000;  // milliseconds: a time-out that must not come
-constexpr int kShort = 300;   // one that does
+constexpr int kLong = 10000;   // milliseconds: a time-out that must not come
+constexpr int kMiddle = 1000;  // one that comes, after a part of a reply
+constexpr int kShort = 300;    // one that comes
 constexpr int kForEver = 100'000'000;
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 constexpr float kInf = std::numeric_limits<float>::infinity();
@@ -110,10 +111,8 @@ constexpr struct {
 } kNumbers[] = {
     {"u16", 0xFFFE, 65534},
     {"u16", 0xFFFF, 65535.4f, EWay::write},
-    {"u16", 2, 1.6f, EWay::write},
     {"u16", 0, -0.4f, EWay::write},
     {"i16", 0x8001, -32767},
-    {"i16", 0x7FFE, 32766},
     {"i16", 0x8000, -32768.4f, EWay::write},
     {"i16", 0xFFFE, -1.6f, EWay::write},
     {"u32", 0x00010203, 66051},
@@ -122,17 +121,11 @@ constexpr struct {
     {"i32", 0x80000000, -2147483648.0f},
     {"i32", 0x7FFFFF80, 2147483520},
     {"i32", 0x7FFFFFFF, 2147483648.0f, EWay::read},
-    {"f32", 0x80000000, -0.0f},
-    {"f32", 0x7FC12345, FromBits(0x7FC12345)},
     {"f32", 0xFFA00001, FromBits(0xFFA00001)},
     {"f64", 0x3FB99999A0000000, 0.1f},
     {"f64", 0xFFF0000000000000, -kInf},
     {"f64", 0x7FF8000000000000, kNaN},
-    // Rounded: to the even one of two, up, to infinity, to 0.
-    {"f64", 0x3FF0000010000000, 1, EWay::read},
-    {"f64", 0x3FF0000010000001, FromBits(0x3F800001), EWay::read},
     {"f64", 0x47EFFFFFF0000000, kInf, EWay::read},
-    {"f64", 0x8000000000000001, -0.0f, EWay::read},
 };
 const std::pair<const char*, CValues> kMisfits[] = {{"u16", {65535.6f, -0.6f, kNaN}},
                                                     {"i16", {32768, -32769, -kInf}},
@@ -211,7 +204,6 @@ TEST(Modbus, JoinsWhatItMayAndSplitsNoValue) {
       {"c3 x 2001", 0, 0, "1 3+2000, 1 2003+1, "},
       {"h0 x 32 : f64", 0, 0, "3 0+124, 3 124+4, "},
       {"c0 x 161", 10, 0, "1 0+160, 1 160+1, "},
-      {"h0, h4", 4, 0, "3 0+1, 3 4+1, "},
       {"h0: f64, h1, h0 x 3, h1: u32", 0, 0, "3 0+4, "},
       {"h0, h1, h1", 0, 1, "3 0+1, 3 1+1, 3 1+1, "},
       {"h0 x 2: f32", 0, 3, "3 0+2, 3 2+2, "},
@@ -380,27 +372,20 @@ TEST(ModbusFaults, OfRepliesByTcpAreToldAndGiveNoWrongValue) {
   std::vector<CBehaviour> rows = {
       {"twice", kLong, {Twice}},
       {"silent", kShort, {Become("")}, "no reply within 300 ms, holding registers 7 to 8"},
-      {"too late", kShort, {.delay = 2 * kShort}, "no reply"},
-      {"drips too slowly", kShort, {.drips = kShort / 6}, "bad reply: it is cut short, h"},
+      {"too late", kShort, {.delay = 4 * kShort}, "no reply"},
+      {"drips too slowly", kMiddle, {.drips = kMiddle / 6, .piece = 1}, "bad reply: it is cut short, h"},
       {"closes", kLong, {Become(""), kCloses}, "the device closed the connection, h"},
       {"resets", kLong, {Become(""), kResets}, "the device closed the connection, h"},
       {"closes within", kLong, {Edit({}, -3), kCloses}, "bad reply: it is cut short, the"},
-      {"web server",
-       kLong,
-       {Become("HTTP/1.1 400 Bad\r\n\r\n"), kCloses},
-       "bad reply: it is of another protocol"},
+      {"web server", kLong, {Become("HTTP/1.1 400\r\n"), kCloses}, "bad reply: it is of another protocol"},
       {"other request", kLong, {Edit({{0, 0x55}})}, "bad reply: it belongs to another"},
       {"more counted", kLong, {Edit({{5, 9}}, 2)}, "bad reply: its length"},
-      {"more registers", kLong, {Edit({{5, 9}, {8, 6}}, 2)}, "bad reply: its length"},
       {"less registers", kLong, {Edit({{5, 5}, {8, 2}}, -2)}, "bad reply: its length"},
       {"too many bytes", kLong, {Edit({{8, 255}})}, "bad reply: its length"},
       {"other unit", kLong, {Edit({{6, 0}})}, "bad reply: it is from unit 0, holding"},
       {"other function", kLong, {Edit({{7, 4}})}, "bad reply: it has the function of"},
       {"other exception", kLong, {Edit({{7, 0x84}, {5, 3}}, -4)}, "bad reply: it has the"},
-      {"longer exception",
-       kLong,
-       {.spoil = Edit({{5, 4}}, 1), .exception = 2},
-       "bad reply: its length is wrong"},
+      {"longer", kLong, {.spoil = Edit({{5, 4}}, 1), .exception = 2}, "bad reply: its length is wrong"},
       {"long", kLong, {.exception = 3}, "exception 3 (Illegal data value), holding registers 7 to 8; val"},
   };
   for (const int code : {0, 1, 8, 9, 10, 11, 12, 255}) {
@@ -414,14 +399,14 @@ TEST(ModbusFaults, OfRepliesByTcpAreToldAndGiveNoWrongValue) {
 }
 
 TEST(ModbusFaults, OfRepliesOfALineAreToldAndGiveNoWrongValue) {
-  ExpectAll({{"drips", kLong, {.drips = 2}},
+  ExpectAll({{"drips", kLong, {.drips = 2, .piece = 1}},
              {"more after it", kLong, {Edit({}, 5)}},
              {"silent", kShort, {Become("")}, "no reply within 300 ms, holding registers 7 to 8"},
-             {"too late", kShort, {.delay = 3 * kShort / 2}, "no reply"},
+             {"too late", kShort, {.delay = 2 * kShort}, "no reply"},
              {"check sum", kLong, {Edit({{8, 0x99}})}, "bad reply: its check sum is wrong"},
-             {"other unit", kShort, {Edit({{0, 99}})}, "bad reply: "},
+             {"other unit", kMiddle, {Edit({{0, 99}})}, "bad reply: it is from another"},
              {"too many bytes", kLong, {Edit({{2, 255}})}, "bad reply: "},
-             {"cut", kShort, {Edit({}, -3)}, "bad reply: it is cut short"},
+             {"cut", kMiddle, {Edit({}, -3)}, "bad reply: it is cut short"},
              {"exception", kLong, {.exception = 6}, "exception 6 "}},
             false, PathOfLine());
 }
@@ -627,25 +612,30 @@ TEST(ModbusLine, IsSharedByItsUnitsAmongNodesOnTwoThreads) {
 }
 
 TEST(ModbusLine, TakesNoReplyForThatToAnotherRequest) {
+  constexpr int kLate = kShort + 250;  // the driver waits for a late reply for 500 ms
   const CBytes others = {2, 3, 2, 0, 9, 0x3C, 0x42, 0, 3, 2, 0, 9, 0x45, 0x82};  // units 2 and 0
   const auto after = [](const CBytes& bytes) {
     return [=](CBytes& reply) { reply.insert(reply.begin(), bytes.begin(), bytes.end()); };
   };
   const struct {
     const char* name;
+    int timeOut;
     CReplyFault fault;
     bool succeeds = false;
-  } kRows[] = {{"twice", {Twice}, true},
-               {"after those of others", {after(others)}, true},
-               {"late", {.delay = 3 * kShort / 2}},
-               {"late, after those of others", {.spoil = after(others), .delay = 3 * kShort / 2, .drips = 1}},
-               {"after noise", {.spoil = after({1, 0x83, 2, 0, 0}), .drips = 1}}};
+  } kRows[] = {{"twice", kLong, {Twice}, true},
+               {"after those of others", kLong, {after(others)}, true},
+               {"late", kShort, {.delay = kLate}},
+               {"late, after those of others",
+                kShort,
+                {.spoil = after(others), .delay = kLate, .drips = 5, .piece = 7}},
+               {"after noise", kLong, {.spoil = after({1, 0x83, 2, 0, 0}), .drips = 5, .piece = 5}}};
   CModbusServer line({1}, PathOfLine());
   line.Put('h', 7, {1, 2});
   CNode next(At(line, "h8"));
   for (const auto& row : kRows) {
     line.Spoil(row.fault);
-    EXPECT_EQ(CNode(At(line, "h7", 1, kShort)).Read(), row.succeeds ? CValues{1} : CValues{}) << row.name;
+    EXPECT_EQ(CNode(At(line, "h7", 1, row.timeOut)).Read(), row.succeeds ? CValues{1} : CValues{})
+        << row.name;
     EXPECT_EQ(next.Read(), CValues{2}) << row.name << ": " << next.Words();
   }
 }

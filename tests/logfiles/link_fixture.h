@@ -1,5 +1,4 @@
-// Shared by the tests of the file link: one link, a directory, and the messages that the link sends. Local
-// time is UTC.
+// Shared by the tests that write logs: a directory, and the messages that links send. Local time is UTC.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -29,13 +28,26 @@ inline std::string Written(const CStringArray& names, const CSampleStore& sample
   return file.Bytes();
 }
 
-class CLinkFixture : public testing::Test {
+class CLogFixture : public testing::Test {
  protected:
-  CLinkFixture() {
+  CLogFixture() {
     ::setenv("TZ", "UTC0", 1);
     ::tzset();
-    NewLink();
   }
+  // The file names in a directory, in byte order, each after a blank.
+  std::string Files(const char* directory = "") const {
+    std::string all;
+    for (const CFileEntry& file : ListFiles(m_dir / directory, "")) all += " " + file.m_name.Std();
+    return all;
+  }
+
+  CRecorder m_recorder;
+  CTempDir m_dir;
+};
+
+class CLinkFixture : public CLogFixture {
+ protected:
+  CLinkFixture() { NewLink(); }
 
   // Starts with an empty directory and a link that has written no log.
   void NewLink() {
@@ -74,12 +86,6 @@ class CLinkFixture : public testing::Test {
   }
   int Write(std::int32_t time) { return Write(time, {static_cast<float>(time), -0.5f}); }
 
-  // The file names in the directory, in byte order, each after a blank.
-  std::string Files() const {
-    std::string all;
-    for (const CFileEntry& file : ListFiles(m_dir.Path(), "")) all += " " + file.m_name.Std();
-    return all;
-  }
   std::string Bytes(const char* name) const { return ReadBytes(m_dir / name); }
   // The times of the samples in a binary log, from kStart on, each after a blank; or the reader's fault.
   std::string Times(const char* name) const {
@@ -92,8 +98,6 @@ class CLinkFixture : public testing::Test {
     return times;
   }
 
-  CRecorder m_recorder;
-  CTempDir m_dir;
   std::unique_ptr<CFileLink> m_link;
 };
 

@@ -36,11 +36,7 @@ class PlcLink : public testing::Test {
   int Read() { return m_link->Read(m_sample); }
   int Write() { return m_link->Write(m_sample); }
   // The calls that the driver got since the last Calls().
-  std::string Calls() {
-    const std::string calls = m_script->calls;
-    m_script->calls[0] = 0;
-    return calls;
-  }
+  std::string Calls() { return std::exchange(m_script->calls, {}); }
 
   const CDriverFactory& m_factory = *CDriverFactory::Instance();
   const HMODULE m_module = LoadModule(m_factory.GetPath() + "/scripted_driver.so");  // stays loaded

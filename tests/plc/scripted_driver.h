@@ -1,27 +1,26 @@
-/* A driver that follows the script of a test and records its calls. The test loads the module, too, and so
- * shares its script. */
+// A driver that follows the script of a test and records its calls. The test loads the module, too, and so
+// shares its script.
 #pragma once
+
+#include <string>
 
 #include "vastra/plc/driver_api.h"
 
 #define SCRIPTED_ID 777
 #define SCRIPTED_NO_HANDLE -2
 
-typedef struct Script {
-  DriverFunctions functions; /* the module's table; a test may clear a slot */
-  int version;
-  int handle;     /* stored by Open unless SCRIPTED_NO_HANDLE */
-  int openStatus; /* and the results of the other calls */
-  int readStatus;
-  int writeStatus;
-  int showResult;
-  const char* text;    /* of both errors; null: none */
-  float values[4];     /* returned by Read, set by Write */
-  DriverRecord record; /* set by SetConfig, returned by GetConfig */
-  char calls[512];     /* "Open 0 3 a b, Read 3 5, ..." */
-  int hosts;           /* number of calls of SetDriverHost, and the last host */
-  const DriverHost* host;
-} Script;
+struct Script {
+  DriverFunctions functions;  // the module's table; a test may clear a slot
+  int version = DRIVER_API_VERSION;
+  int handle = 5;  // stored by Open unless SCRIPTED_NO_HANDLE
+  int openStatus = statusOk, readStatus = statusOk, writeStatus = statusOk, showResult = 1;
+  const char* text = "driver's words";  // of both errors; null: none
+  float values[4] = {1, 2, 3, 4};       // returned by Read, set by Write
+  DriverRecord record = {};             // set by SetConfig, returned by GetConfig
+  std::string calls = {};               // "Open 0 3 a b, Read 3 5, ..."
+  int hosts = 0;                        // number of calls of SetDriverHost, and the last host
+  const DriverHost* host = nullptr;
+};
 
-/* Resets the script of the module and returns it. */
-DRIVER_EXPORT Script* FreshScript(void);
+// Resets the script of the module and returns it.
+extern "C" DRIVER_EXPORT Script* FreshScript();

@@ -29,7 +29,7 @@ class PlcWrite : public CStageFixture<CPlcMultiOutput> {
   }
   // Writes values on a worker and returns its result.
   int WriteAndWait(std::initializer_list<float> values) {
-    CLogSample sample = Sample(values);
+    CLogSample sample = Sample(kStart, values);
     return m_stage.Write(sample) ? Posted() : -2;
   }
 
@@ -53,7 +53,7 @@ TEST(PlcEnable, ComparesComputerNodeAsANumber) {
   const auto writes = [](const char* text, std::initializer_list<float> values, UINT number) {
     CPlcEnable enable;
     CStringArray names = Split(text);
-    CLogSample sample = Sample(values);
+    CLogSample sample = Sample(kStart, values);
     enable.Open(names);
     return enable.CheckIfWrite(sample, number);
   };
@@ -107,7 +107,7 @@ TEST_F(PlcWrite, DisablingTakesEffectWithTheNextSampleAndEnablingWithTheNextOpen
 TEST_F(PlcWrite, WorkersWaitForStageAndSampleAndKeepTheTargetOfTheirStart) {
   CMessageQueue other;
   CMessage message;
-  CLogSample first = Sample({5}), second = Sample({7});
+  CLogSample first = Sample(kStart, {5}), second = Sample(kStart, {7});
   Add();
   m_stage.SetCallBack(1, &m_queue, kMessage);
   ASSERT_EQ(Open(), 1);

@@ -1,18 +1,12 @@
 // What the tests of stages share: names and samples from short text, and the content of the logs as text.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <regex>
 #include <sstream>
 
-#include "tests/support/files.h"
-#include "tests/support/names.h"
-#include "tests/support/recorder.h"
+#include "tests/logfiles/link_fixture.h"
 #include "vastra/config/plc_node_config.h"
-#include "vastra/core/sample.h"
-#include "vastra/platform/file_system.h"
 #include "vastra/platform/message.h"
 
 namespace vastra {
@@ -31,13 +25,6 @@ inline std::string Join(const CStringArray& names) {
   std::string all;
   for (const CString& name : names) all += (all.empty() ? "" : " ") + name.Std();
   return all;
-}
-
-inline CLogSample Sample(std::initializer_list<float> values, std::int32_t time = kStart) {
-  CLogSample sample;
-  sample.m_time.time = time;
-  for (const float value : values) sample.m_values.Add(value);
-  return sample;
 }
 
 // Numbers, as integers.
@@ -59,21 +46,16 @@ inline void SetNode(CPlcNodeConfig& node, const char* names, float scale = 0, bo
   if (scale != 0) node.m_scaler.m_nodes.Add(rule);
 }
 
-// A stage, a messenger, a directory, and UTC as the local time.
 template <class Stage>
-class CStageFixture : public testing::Test {
+class CStageFixture : public CLogFixture {
  protected:
-  CStageFixture() {
-    ::setenv("TZ", "UTC0", 1);
-    ::tzset();
-  }
   auto& Options() { return *m_stage.GetOptions(); }
   int Open(const char* names = "x") {
     CStringArray given = Split(names);
     return m_stage.Open(given);
   }
   int Write(std::initializer_list<float> values, std::int32_t time = kStart) {
-    CLogSample sample = Sample(values, time);
+    CLogSample sample = Sample(time, values);
     return m_stage.Write(sample);
   }
   // The results for the samples 1, 2, 3.
@@ -122,8 +104,6 @@ class CStageFixture : public testing::Test {
     return static_cast<int>(message.m_wparam);
   }
 
-  CRecorder m_recorder;
-  CTempDir m_dir;
   CMessageQueue m_queue;
   CLogSample m_sample;
   Stage m_stage;
