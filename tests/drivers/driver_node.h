@@ -29,7 +29,6 @@ class CDriverNode {
     Open(*m_link, config, count, mode);
     fault = m_recorder.TakeFaults();
   }
-  // The values of one read; none if it failed.
   std::vector<float> Read() {
     CLogSample sample;
     m_link->Read(sample);

@@ -1,12 +1,8 @@
-// The forms of the driver modules, filled in through the links of the engine.
 #include <cstring>
-#include <memory>
 
-#include "tests/support/recorder.h"
+#include "tests/drivers/driver_node.h"
 #include "vastra/platform/prompt.h"
-#include "vastra/plc/driver_factory.h"
 #include "vastra/plc/driver_host.h"
-#include "vastra/plc/plc_link.h"
 
 namespace vastra {
 namespace {

@@ -1,5 +1,4 @@
-// A device with the protocol of the library, by TCP or on a serial line that is a pseudo-terminal. Its right
-// replies are the library's; a fault spoils one before it is sent.
+// A device on TCP or a pseudo-terminal. Its replies are those of the library; a fault spoils one.
 #pragma once
 
 #include <arpa/inet.h>
@@ -10,6 +9,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <deque>
 #include <filesystem>
@@ -27,7 +27,6 @@ namespace vastra {
 
 using CBytes = std::vector<std::uint8_t>;
 
-// What becomes of one reply.
 struct CReplyFault {
   enum EEnd { stays, closes, resets };
   std::function<void(CBytes& reply)> spoil = {};
@@ -86,12 +85,10 @@ class CModbusServer {
   void Put(char kind, int first, const std::vector<std::uint16_t>& values, int unit = 1) {
     const std::lock_guard guard(m_lock);
     const modbus_mapping_t& all = *m_units.at(unit);
-    for (int at = first; const std::uint16_t value : values) {
-      if (kind == 'c' || kind == 'd')
-        (kind == 'c' ? all.tab_bits : all.tab_input_bits)[at++] = value != 0;
-      else
-        (kind == 'h' ? all.tab_registers : all.tab_input_registers)[at++] = value;
-    }
+    if (kind == 'c' || kind == 'd')
+      std::ranges::copy(values, (kind == 'c' ? all.tab_bits : all.tab_input_bits) + first);
+    else
+      std::ranges::copy(values, (kind == 'h' ? all.tab_registers : all.tab_input_registers) + first);
   }
   // The next reply of those that are not to be spoilt yet.
   void Spoil(CReplyFault fault) {

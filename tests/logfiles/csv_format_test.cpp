@@ -71,8 +71,8 @@ TEST(CsvTime, FollowsTheLocalClockSecondBySecond) {
   }
 }
 
-// The text is longer than the buffer through which it is written, and some lines are longer than the memory
-// reserved at a time. The blocks of the store are small, too.
+// The text is longer than the buffer of the file, and some lines are longer than the memory reserved at a
+// time.
 TEST(CsvLog, LosesNoLineBetweenTwoBuffers) {
   CSampleStore samples(50);
   std::string expected = "TimeStamp,x,\n";

@@ -35,7 +35,6 @@ inline std::string ExampleCsv() {
   return page.substr(begin, page.find("```", begin) - begin);
 }
 
-// value as little-endian bytes.
 template <class T>
 std::string Raw(T value) {
   return {reinterpret_cast<const char*>(&value), sizeof value};

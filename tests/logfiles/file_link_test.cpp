@@ -1,4 +1,3 @@
-// What all uses of the file link share: opening, the buffer, and memory.
 #include "vastra/logfiles/file_link.h"
 
 #include <atomic>

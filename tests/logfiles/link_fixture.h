@@ -19,7 +19,6 @@ inline CLogSample Sample(std::int32_t time, std::initializer_list<float> values)
   return sample;
 }
 
-// The bytes of a log.
 inline std::string Written(const CStringArray& names, const CSampleStore& samples) {
   CLogWriter writer;
   writer.SetNames(names);
@@ -79,7 +78,6 @@ class CLinkFixture : public CLogFixture {
     configs.AddHead(config.release());
     return m_link->Open(configs, mode);
   }
-  // Writes a sample at kStart + time.
   int Write(std::int32_t time, std::initializer_list<float> values) {
     CLogSample sample = Sample(kStart + time, values);
     return m_link->Write(sample);

@@ -1,4 +1,3 @@
-// The file link as a replay: the order of its logs, its progress, and logs that cannot be read.
 #include "tests/logfiles/example.h"
 #include "tests/logfiles/link_fixture.h"
 
@@ -7,7 +6,6 @@ namespace {
 
 class Replay : public CLinkFixture {
  protected:
-  // Makes a log with one value for each time.
   void Log(const char* name, std::initializer_list<std::int32_t> times,
            std::initializer_list<const char*> names = {"Temp"}) {
     CSampleStore samples;

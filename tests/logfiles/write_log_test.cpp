@@ -1,5 +1,4 @@
-// The file link as a writer: when a log reaches the disk and what is lost if it cannot, the names of logs,
-// and which logs are removed.
+// The file link as a writer: when a log reaches the disk, its name, and which logs are removed.
 #include <cmath>
 #include <optional>
 

@@ -1,4 +1,3 @@
-// CPlcLink on a real driver module that follows the script of the test.
 #include "vastra/plc/plc_link.h"
 
 #include <gtest/gtest.h>
@@ -35,7 +34,6 @@ class PlcLink : public testing::Test {
   }
   int Read() { return m_link->Read(m_sample); }
   int Write() { return m_link->Write(m_sample); }
-  // The calls that the driver got since the last Calls().
   std::string Calls() { return std::exchange(m_script->calls, {}); }
 
   const CDriverFactory& m_factory = *CDriverFactory::Instance();

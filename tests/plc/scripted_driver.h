@@ -1,5 +1,4 @@
-// A driver that follows the script of a test and records its calls. The test loads the module, too, and so
-// shares its script.
+// A driver that follows the script of a test, which loads the module, too, and records its calls.
 #pragma once
 
 #include <string>

@@ -1,4 +1,3 @@
-// The input stage on the simulator's driver module and on logs.
 #include "vastra/stages/log_input.h"
 
 #include "tests/logfiles/example.h"

@@ -1,4 +1,3 @@
-// The events of a listener for the log files of outputs and summaries.
 #include "vastra/logfiles/log_listener.h"
 
 #include <optional>

@@ -1,4 +1,3 @@
-// Log outputs: the enable equations decide which samples reach which log.
 #include "tests/stages/samples.h"
 #include "vastra/stages/log_multi_output.h"
 
@@ -16,13 +15,11 @@ class LogOutput : public CStageFixture<CLogMultiOutput> {
 
 TEST_F(LogOutput, TheFlagsDecideWhichSamplesGoIntoWhichLog) {
   constexpr std::pair<const char*, const char*> kLogs[] = {
-      {"WriteToLog = 1", "00: 1 2 3|"},
       {"WriteToLog = 0.9", ""},
       {"WriteToLog = -1", "00: 1 2 3|"},
       {"WriteToLog = x > 1", "00: 2 3|"},
       {"SampleIsValid = 0;WriteToLog = 1", "00: 1 2 3|"},
       {"WriteToLog = 1;RestartLog = x == 3", "00: 1 2|01: 3|"},
-      {"WriteToLog = 1;RestartLog = 0.5", "00: 1 2 3|"},
       {"RestartLog = 1", ""},
       {"n = n + 1;WriteToLog = n == 2", "00: 2|"},
   };

@@ -27,7 +27,6 @@ inline std::string Join(const CStringArray& names) {
   return all;
 }
 
-// Numbers, as integers.
 inline std::string Values(const auto& values) {
   CStringArray texts;
   for (const float value : values) texts.Add(CString(std::to_string(static_cast<int>(value))));
@@ -58,7 +57,6 @@ class CStageFixture : public CLogFixture {
     CLogSample sample = Sample(time, values);
     return m_stage.Write(sample);
   }
-  // The results for the samples 1, 2, 3.
   std::string WriteThree() {
     std::string results;
     for (const float x : {1.0f, 2.0f, 3.0f}) results += std::to_string(Write({x}));
@@ -76,8 +74,7 @@ class CStageFixture : public CLogFixture {
     configs.AddTail(config);
     return *config;
   }
-  // For each CSV log in the directories its sequence number and its rows, as integers: "00: 1/5 2/7|01:
-  // 3/8|".
+  // The CSV logs in the directories, each with number and rows: "00: 1/5 2/7|01: 3/8|".
   std::string Logs(const std::string& directories = "0") {
     static const std::regex kRow(R"([^,]*,([^\n]*),\n)"), kFraction(R"(\.\d*)");
     std::string all;

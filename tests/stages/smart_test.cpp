@@ -1,4 +1,3 @@
-// The smart stage: the variables that logic of the host reads and writes between two samples.
 #include "tests/stages/samples.h"
 #include "vastra/stages/log_smart.h"
 

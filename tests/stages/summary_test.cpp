@@ -1,4 +1,3 @@
-// Summaries: which samples the equations see, which of them become rows, and in which file.
 #include "tests/stages/samples.h"
 #include "vastra/stages/log_multi_summary.h"
 

@@ -1,4 +1,3 @@
-// The trending stage: the newest sample, with the variables that the live views add.
 #include "tests/stages/samples.h"
 #include "vastra/stages/log_trendings.h"
 
