@@ -1,4 +1,3 @@
-// The table of calls that our driver modules have alike, on a connection that fails as told.
 #include "drivers/common/handles.h"
 
 #include <gtest/gtest.h>

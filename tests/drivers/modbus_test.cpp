@@ -94,33 +94,26 @@ CBytes OnTheWire(std::uint64_t number, const std::string& places) {
 }
 
 std::uint32_t Bits(float value) { return std::bit_cast<std::uint32_t>(value); }
-constexpr float FromBits(std::uint32_t bits) { return std::bit_cast<float>(bits); }
 
-// A number on the wire and its value, and whether it is read and written so.
-enum class EWay { both, read, write };
+// A number on the wire and its value, which may be rounded when it is written.
 constexpr struct {
   const char* type;
   std::uint64_t number;
   float value;
-  EWay way = EWay::both;
+  bool isRounded = false;
 } kNumbers[] = {
     {"u16", 0xFFFE, 65534},
-    {"u16", 0xFFFF, 65535.4f, EWay::write},
-    {"u16", 0, -0.4f, EWay::write},
+    {"u16", 0xFFFF, 65535.4f, true},
+    {"u16", 0, -0.4f, true},
     {"i16", 0x8001, -32767},
-    {"i16", 0x8000, -32768.4f, EWay::write},
-    {"i16", 0xFFFE, -1.6f, EWay::write},
+    {"i16", 0xFFFE, -1.6f, true},
     {"u32", 0x00010203, 66051},
     {"u32", 0xFFFFFF00, 4294967040.0f},
-    {"u32", 0xFFFFFFFF, 4294967296.0f, EWay::read},
     {"i32", 0x80000000, -2147483648.0f},
     {"i32", 0x7FFFFF80, 2147483520},
-    {"i32", 0x7FFFFFFF, 2147483648.0f, EWay::read},
-    {"f32", 0xFFA00001, FromBits(0xFFA00001)},
+    {"f32", 0xFFA00001, std::bit_cast<float>(0xFFA00001)},
     {"f64", 0x3FB99999A0000000, 0.1f},
-    {"f64", 0xFFF0000000000000, -INFINITY},
     {"f64", 0x7FF8000000000000, NAN},
-    {"f64", 0x47EFFFFFF0000000, INFINITY, EWay::read},
 };
 const std::pair<const char*, CValues> kMisfits[] = {{"u16", {65535.6f, -0.6f, NAN}},
                                                     {"i16", {32768, -32769, -INFINITY}},
@@ -135,13 +128,13 @@ modbus::CValue Typed(const std::string& type) {
 
 TEST(ModbusValues, AreReadAndWrittenBitByBitInEachOrder) {
   for (const auto& [order, places] : kOrders)
-    for (const auto& [type, number, value, way] : kNumbers) {
+    for (const auto& [type, number, value, isRounded] : kNumbers) {
       const modbus::CValue typed = Typed(std::string(type) + '\t' + order);
       const CBytes wire = OnTheWire(number, places[modbus::SizeOf(typed.type) / 2]);
-      const float read = way == EWay::write ? value : modbus::FromRegisters(typed, wire.data());
+      const float read = isRounded ? value : modbus::FromRegisters(typed, wire.data());
       EXPECT_EQ(Bits(read), Bits(value)) << type << order;
-      CBytes written = way == EWay::read ? wire : CBytes(wire.size());
-      EXPECT_TRUE(way == EWay::read || modbus::ToRegisters(typed, value, written.data())) << type << value;
+      CBytes written(wire.size());
+      EXPECT_TRUE(modbus::ToRegisters(typed, value, written.data())) << type << value;
       EXPECT_EQ(written, wire) << type << ' ' << value << order;
     }
 }
@@ -315,7 +308,6 @@ void Twice(CBytes& reply) {
 }
 constexpr auto kCloses = CReplyFault::closes, kResets = CReplyFault::resets;
 
-// What a device does with one reply, and what the call comes to.
 struct CBehaviour {
   const char* name;
   int timeOut;
@@ -408,7 +400,6 @@ TEST(ModbusFaults, OfAWriteAreRepliesThatDoNotRepeatWhatWasWritten) {
              {"other count", kLong, {Edit({{11, 1}})}, "bad reply: it does not repeat"},
              {"other function", kLong, {Edit({{7, 15}})}, "bad reply: it has the function"},
              {"other value", kLong, {Edit({{11, 5}})}, "bad reply: it does not", "h7, h9"},
-             {"other bit", kLong, {Edit({{10, 0}})}, "bad reply: it does not", "c7, c9"},
              {"refused", kLong, {.exception = 4}, "exception 4 "}},
             true);
 }
@@ -615,9 +606,7 @@ TEST(ModbusLine, TakesNoReplyForThatToAnotherRequest) {
   } kRows[] = {{"twice", kLong, {Twice}, true},
                {"after those of others", kLong, {after(others)}, true},
                {"late", kShort, {.delay = kLate}},
-               {"late, after those of others",
-                kShort,
-                {.spoil = after(others), .delay = kLate, .drips = 5, .piece = 7}},
+               {"late, others", kShort, {.spoil = after(others), .delay = kLate, .drips = 5, .piece = 7}},
                {"after noise", kLong, {.spoil = after({1, 0x83, 2, 0, 0}), .drips = 5, .piece = 5}}};
   CModbusServer line({1}, PathOfLine());
   line.Put('h', 7, {1, 2});

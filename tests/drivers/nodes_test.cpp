@@ -1,4 +1,3 @@
-// The simulator and the driver of docs/driver-guide.md, through the links of the engine.
 #include <chrono>
 #include <cmath>
 #include <thread>
@@ -138,7 +137,7 @@ TEST_F(Simulator, NeverShowsAHalfWrittenScanToAnotherThread) {
   }
 }
 
-TEST_F(GuideDriver, ReadsItsFileAndFindsItAgainAfterALoss) {
+TEST_F(GuideDriver, ReadsItsFileFindsItAgainAfterALossAndRefusesWhatItCannotServe) {
   const CTempDir folder;
   const CString path = folder / "numbers.txt";
   WriteBytes(path, "1.5 -2\n");
@@ -152,16 +151,12 @@ TEST_F(GuideDriver, ReadsItsFileAndFindsItAgainAfterALoss) {
   EXPECT_EQ(node.fault, "Read Error Not named " + path.Std() + ": cannot be opened.\n");
   WriteBytes(path, "4 5 6");
   EXPECT_EQ(node.Read(), (CValues{4, 5}));
-}
 
-TEST_F(GuideDriver, RefusesWhatItCannotServe) {
-  const CTempDir folder;
-  const DriverConfig config = Text(folder / "numbers.txt");
-  WriteBytes(config.text1, "1");
+  const DriverConfig config = Text(path);
   EXPECT_EQ(Node(config, 1, kWrite).fault, "Open Fatal Not named Invalid mode.\n");
   std::vector<CDriverNode> nodes;
-  while (nodes.size() < 64) nodes.push_back(Node(config, 1));
-  EXPECT_EQ(nodes.back().Read(), CValues{1});
+  while (nodes.size() < 62) nodes.push_back(Node(config, 1));
+  EXPECT_EQ(nodes.back().Read(), CValues{4});
   EXPECT_EQ(Node(config, 1).fault, "Open Fatal Not named Not enough memory.\n");
   nodes.clear();
   EXPECT_EQ(Node(config, 1).fault, "");

@@ -67,7 +67,6 @@ class CLinkFixture : public CLogFixture {
     config->m_nameVariable = "System Time";
     return config;
   }
-  // The same for a buffer, which ignores most of them.
   std::unique_ptr<CFileConfig> Buffer() const {
     auto config = Writer();
     config->m_bufferOnly = 1;

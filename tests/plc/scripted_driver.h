@@ -21,5 +21,4 @@ struct Script {
   const DriverHost* host = nullptr;
 };
 
-// Resets the script of the module and returns it.
 extern "C" DRIVER_EXPORT Script* FreshScript();

@@ -34,27 +34,32 @@ class CEvents : public CLogListener {
 using OutputListener = CStageFixture<CLogMultiOutput>;
 using SummaryListener = CStageFixture<CLogMultiSummary>;
 
-TEST_F(OutputListener, GetsAnEventForEachFile) {
+TEST_F(OutputListener, GetsAnEventForEachFileThatTheSettingsMake) {
   CEvents events;
   m_stage.SetLogListener(&events);
   for (const char* prefix : {"a", "b"}) {
     COutputConfig& output = Add(Options().m_outputs, "WriteToLog = 1", "0");
+    output.m_varNames = Split("x y");
     output.m_nameVariable = "x";
     output.m_prefix = prefix, output.m_usePrefix = 1;
     output.m_maxSamples = 2, output.m_saveRp = *prefix == 'b';
+    output.m_dwordName = output.m_maxLogs = 1;
   }
-  ASSERT_EQ(Open(), 1);
-  Write({1});
+  ASSERT_EQ(Open("x y"), 1);
+  Write({1, 7});
   EXPECT_EQ(events.Take(), "");
-  Write({1}, kStart + 5);
-  EXPECT_EQ(events.Take(), "0 closed a1h.csv 2 0..5\n1 closed b1.rph 2 0..5\n1 closed b1h.csv 2 0..5\n");
+  Write({1, 7}, kStart + 5);
+  EXPECT_EQ(events.Take(), "0 closed a17h.csv 2 0..5\n1 closed b17.rph 2 0..5\n1 closed b17h.csv 2 0..5\n");
+  Write({2, 7}), Write({2, 7});
+  EXPECT_EQ(Files("0"), " a27h.csv b27.rph b27h.csv");
+  events.Take();
   for (const std::string left : {"", " short"}) {  // a failed write leaves a new file short, an old one whole
-    ASSERT_EQ(Open(), 1);
-    Write({1});
+    ASSERT_EQ(Open("x y"), 1);
+    Write({2, 7});
     std::optional<CFileSizeLimit> limit(10);
     m_stage.Close();
     limit.reset();
-    EXPECT_EQ(events.Take(), "0 not saved a1h.csv 1" + left + ": File too large\n1 not saved b1.rph 1" +
+    EXPECT_EQ(events.Take(), "0 not saved a27h.csv 1" + left + ": File too large\n1 not saved b27.rph 1" +
                                  left + ": File too large\n");
     std::filesystem::remove_all((m_dir / "0").Std());
     std::filesystem::create_directory((m_dir / "0").Std());

@@ -40,18 +40,6 @@ TEST_F(LogOutput, RepeatedNamesKeepTheirValuesUnlessTheLogHasOtherNames) {
   EXPECT_EQ(Logs("0 1"), "00: 1/2/3|00: 2/1/0|");
 }
 
-TEST_F(LogOutput, EachSettingReachesTheLogs) {
-  COutputConfig& output = Add("WriteToLog = 1");
-  output.m_varNames = Split("x y");
-  output.m_nameVariable = "x";
-  output.m_dwordName = output.m_usePrefix = output.m_saveRp = output.m_maxSamples = 1;
-  output.m_prefix = "P";
-  output.m_maxLogs = 2;
-  ASSERT_EQ(Open("x y"), 1);
-  for (const float x : {1.0f, 2.0f, 3.0f}) Write({x, 7});
-  EXPECT_EQ(Files("0"), " P27.rph P27h.csv P37.rph P37h.csv");
-}
-
 TEST_F(LogOutput, AFailingOutputHidesTheSampleFromLaterOutputsAndTheStageContinues) {
   COutputConfig& without = Add("WriteToLog = 1");
   without.m_saveCsv = 0;
