@@ -521,7 +521,7 @@ TEST(ModbusPauses, BeginAnewOnceTheDeviceHasAnsweredBeItWithAnException) {
 TEST(ModbusPauses, FollowABadFrameButNotASingleOneOfALine) {
   CModbusServer server, line({1}, PathOfLine());
   CNode byTcp(At(server, "h0"), false, kForEver, kForEver), onLine(At(line, "h0"), false, kForEver, kForEver);
-  for (const bool isBad : {false, true, false, true, true}) {
+  for (const bool isBad : {false, true, false, true, false, true, true}) {
     if (isBad) line.Spoil({Edit({{4, 9}})});
     EXPECT_EQ(onLine.Read(), isBad ? CValues{} : CValues{0}) << onLine.Words();
     EXPECT_TRUE(!isBad || Has(onLine.Words(), "bad reply: its check sum")) << onLine.Words();
