@@ -13,20 +13,16 @@
 namespace vastra {
 namespace {
 
-// The columns, "head width|" each.
-std::string Columns(const QTableView* view) {
+// The columns, "head width|" each, then the first rows, "text|" for each cell; "x" or "-" for a box.
+std::string Table(const QTableView* view, int rows) {
+  const QAbstractItemModel* model = view->model();
+  const int columns = model->columnCount();
   std::string texts;
-  for (int col = 0; col < view->model()->columnCount(); ++col)
-    texts += view->model()->headerData(col, Qt::Horizontal).toString().toStdString() + " " +
+  for (int col = 0; col < columns; ++col)
+    texts += model->headerData(col, Qt::Horizontal).toString().toStdString() + " " +
              std::to_string(view->columnWidth(col)) + "|";
-  return texts;
-}
-
-// The first rows, "text|" for each cell; "x" or "-" for a box.
-std::string Rows(const QTableView* view, int rows) {
-  std::string texts;
-  for (int cell = 0, columns = view->model()->columnCount(); cell < rows * columns; ++cell) {
-    const QModelIndex index = view->model()->index(cell / columns, cell % columns);
+  for (int cell = 0; cell < rows * columns; ++cell) {
+    const QModelIndex index = model->index(cell / columns, cell % columns);
     const QVariant box = index.data(Qt::CheckStateRole);
     const char* state = box.toInt() == Qt::Checked ? "x|" : "-|";
     texts += box.isValid() ? state : index.data().toString().toStdString() + "|";
@@ -66,14 +62,14 @@ TEST(ScalerDlg, ShowsARowForEachVariableAndOkWritesWhatIsTyped) {
     dialog.m_pNames = &names;
     dialog.m_pScaler = &scaler;
     const auto type = [&](QWidget* window) {
-      EXPECT_TRUE(QTest::qWaitForWindowActive(window));
       auto* view = Find<QTableView>(window, "Scaler");
       EXPECT_EQ(QApplication::focusWidget(), view);
-      EXPECT_EQ(Columns(view), "Variables 91|Scales 79|Min. Val. 79|Max. Val. 79|Clamp 50|");
       EXPECT_EQ(view->horizontalHeader()->height(), 20);
       EXPECT_EQ(view->font().pointSize(), 8);
       EXPECT_EQ(view->model()->rowCount(), 3);
-      EXPECT_EQ(Rows(view, 2), "a|1.0000|0.0000|0.0000|-|b|1.2346|-0.5000|20000000000.0000|x|");
+      EXPECT_EQ(Table(view, 2),
+                "Variables 91|Scales 79|Min. Val. 79|Max. Val. 79|Clamp 50|"
+                "a|1.0000|0.0000|0.0000|-|b|1.2346|-0.5000|20000000000.0000|x|");
       Type(c.keys);
       if (*c.end) Find<QAbstractButton>(window, c.end)->click();  // the focus does not move
     };
@@ -85,30 +81,6 @@ TEST(ScalerDlg, ShowsARowForEachVariableAndOkWritesWhatIsTyped) {
            << " " << row.m_clamping << "|";
     EXPECT_EQ(rows.str(), c.rows) << c.what;
   }
-}
-
-constexpr CControl kControls[] = {{CControl::grid, "Grid", {7, 7, 124, 313}}};
-constexpr CDialogTemplate kTemplate = {"", {140, 330}, kControls};
-
-TEST(Grid, ShowsTheArraysOfItsOwnerInThirtyRows) {
-  CGridWnd grid;
-  CDialog dialog(kTemplate);
-  EXPECT_EQ(grid.GetRowCount(), 0u);
-  ASSERT_EQ(dialog.Create(), 1);
-  grid.SubclassDlgItem(dialog, "Grid");
-  CStringArray names = Names({"a", "\xE9"});
-  CArray<float, float> values;
-  for (const float value : {1.005f, -123456.789f, 0.0f}) values.Add(value);
-  grid.InitGrid(&names, &values);
-
-  auto* view = Find<QTableView>(dialog.Widget(), "Grid");
-  EXPECT_EQ(view->model()->rowCount(), 30);
-  EXPECT_EQ(Columns(view), "Variables 100|Values 85|");
-  EXPECT_EQ(Rows(view, 4), "a|1.00|\u00E9|-123456.79||0.00|||");
-  EXPECT_FALSE(view->model()->flags(view->model()->index(0, 1)) & Qt::ItemIsEditable);
-  names.RemoveAll();
-  values.SetSize(1);
-  EXPECT_EQ(Rows(view, 2), "|1.00|||") << "the grid shows a copy";
 }
 
 }  // namespace

@@ -121,6 +121,7 @@ class CSheetUser {
 
   void Follow(QWidget* window) {
     m_open.push_back(window);
+    EXPECT_TRUE(QTest::qWaitForWindowActive(window));
     while (m_next < m_steps.size() && window->isVisible()) Next(window);
     m_open.pop_back();
   }
@@ -179,12 +180,6 @@ template <class TConfig, class TPage>
 json Held(const TPage& page, TConfig filled = TConfig()) {
   page.GetConfiguration(filled);
   return FieldsOf(filled);
-}
-
-inline std::string Joined(const CStringArray& texts) {
-  std::string all;
-  for (const CString& text : texts) all += text.Std() + ",";
-  return all;
 }
 
 }  // namespace vastra

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <initializer_list>
+#include <string>
 
 #include "vastra/platform/array.h"
 
@@ -14,6 +15,12 @@ inline CStringArray Names(std::initializer_list<const char*> names) {
   CStringArray array;
   for (const char* name : names) array.Add(name);
   return array;
+}
+// The names, "name," each.
+inline std::string Joined(const CStringArray& names) {
+  std::string all;
+  for (const CString& name : names) all += name.Std() + ",";
+  return all;
 }
 
 }  // namespace vastra

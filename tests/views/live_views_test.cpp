@@ -121,6 +121,11 @@ class ScanGrid : public LiveViews {
 
 TEST_F(ScanGrid, EachRowShowsTheValueOfItsNameFromTheNextRefreshOn) {
   EXPECT_EQ(Rows(), "");
+  const QAbstractItemModel* model = m_view->model();
+  EXPECT_EQ(model->rowCount(), 30);
+  EXPECT_EQ(model->headerData(1, Qt::Horizontal).toString(), "Values");
+  EXPECT_EQ(std::pair(m_view->columnWidth(0), m_view->columnWidth(1)), std::pair(100, 85));
+  EXPECT_FALSE(model->flags(model->index(0, 1)) & Qt::ItemIsEditable);
   Write({1, 2.346F, 3});
   Choose(m_window, {"c", "b"});
   EXPECT_EQ(Rows(), "c 3.00|b 2.35|");
@@ -172,7 +177,8 @@ TEST_F(ScanGrid, ASelectionIsSavedAndLoaded) {
   Choose(m_window, {"c"});
   Load(m_window, "s.grd");
   EXPECT_FALSE(asked.save || asked.mustExist);
-  WriteBytes(m_dir / "cut", ReadBytes(m_dir / "s.grd").substr(0, 11));
+  const std::string former = ReadBytes(m_dir / "s.grd");
+  WriteBytes(m_dir / "cut", former.substr(0, 11));
   for (const char* file : {"none", "cut"}) {
     EXPECT_EQ(Rows(), "b 0.00|a 0.00|");
     Load(m_window, file);
@@ -190,6 +196,7 @@ TEST_F(ScanGrid, ASelectionIsSavedAndLoaded) {
   const CFileSizeLimit full(3);
   Click(m_window, "Save");
   EXPECT_EQ(m_prompter.Take(), CBoxes({"Message|Couldn't write file.|30"}));
+  EXPECT_EQ(ReadBytes(m_chooser.path), former);
 }
 
 class TrendWindow : public LiveViews {
@@ -257,8 +264,7 @@ TEST_F(TrendWindow, ACurveGrowsFromTheRightEdgeToTheLeftAndCanBeFrozen) {
   Choose(m_window, {"a"});  // adds the first point
   const int width = Frame("Trends").width(), y = Frame("Trends").height() / 8;
   int points = 1;
-  for (const auto& [wanted, left] :
-       {std::pair(2, width - width / 99), {51, width - width * 50 / 99}, {100, 0}, {101, 0}}) {
+  for (const auto& [wanted, left] : {std::pair(2, width - width / 99), {100, 0}}) {
     for (; points < wanted; ++points) m_trend->Refresh();
     EXPECT_EQ(Coloured(kFirst), QRect(QPoint(left, y), QPoint(width - 5, y))) << points;
   }
@@ -358,8 +364,6 @@ TEST_F(TrendWindow, AFileSetsColoursScalesAndTheSelectedCurve) {
   } kCases[] = {
       {{{b, a}, 1}, "b 0..0.5 222222|a -1..1 111111|1", {}},
       {{{lost, b, a}, 2}, "b 0..0.5 FA5A5A|a -1..1 5AFA5A|0", {kLost}},
-      {{{lost}, 0}, "0", {kLost}},
-      {{{}, 7}, "0", {}},
       {{{b, a}, 2}, "b 0..0.5 222222|a -1..1 111111|0", {}},
   };
   for (const auto& row : kCases) {
@@ -466,16 +470,13 @@ TEST_F(TrendWindow, InADarkThemePlotAndLegendStayWhite) {
   QApplication::setPalette(dark);
   m_names = Names({"a name longer than the legend is wide"});
   Choose(m_window, {m_names[0]});
-  const auto colours = [&](const char* part) {
-    std::string all;
+  std::string colours;  // of each part: white, black, yellow, the first curve
+  for (const char* part : {"Trends", "Legend", "Vertical scale", "Horizontal scale"}) {
     for (const COLORREF colour : {kWhite, kBlack, kYellow, kFirst})
-      all += Coloured(colour, part).isNull() ? '.' : 'x';
-    return all;
-  };
-  EXPECT_EQ(colours("Trends"), "x...") << "white, black, yellow, the first curve";
-  EXPECT_EQ(colours("Legend"), "xx.x");
-  EXPECT_EQ(colours("Vertical scale"), ".xxx");
-  EXPECT_EQ(colours("Horizontal scale"), ".xx.");
+      colours += Coloured(colour, part).isNull() ? '.' : 'x';
+    colours += '|';
+  }
+  EXPECT_EQ(colours, "x...|xx.x|.xxx|.xx.|");
   const QImage shown = Grab();
   EXPECT_EQ(PixelOf(shown, Frame("Trends").right() + 1, Frame("Trends").center().y()), kBlack);
   EXPECT_EQ(PixelOf(shown, Frame("Legend").right() + 2, Item(0).y()), kWhite) << "above the name's letters";

