@@ -97,7 +97,9 @@ TEST_F(InputPage, ApplyAsksBeforeItErasesEquations) {
     const char* left;  // of pre and of trend
   } kCases[] = {
       {true, false, "y = x; x = a", "t = t + a", {}, "yy", true, "y = x; x = a|t = t + a"},
+      {true, false, "x = b", "t = a", {kPre}, "yy", true, "|t = a"},
       {true, false, "x = a", "t = x", {kTrend}, "ny", false, "x = a|t = x"},
+      {true, false, "x = b", "t = b", {kPre}, "ny", false, "x = b|t = b"},
       {true, false, "x = b", "t = b", {kPre, kTrend}, "yn", false, "x = b|t = b"},
       {true, false, "x = b", "t = b", {kPre, kTrend}, "yy", true, "|"},
       {false, false, "x = b", "t = b", {kPre}, "yy", true, "|t = b"},
