@@ -1,4 +1,5 @@
 // The configuration sheet in the desktop, worked by a user who clicks and types.
+#include <QDir>
 #include <QTabWidget>
 
 #include <nlohmann/json.hpp>
@@ -16,16 +17,6 @@ enum EPage { pageInput, pageOutput, pageSummary, pageSmart, pagePlcWrite };
 
 CStep Tab(EPage page) {
   return [=](QWidget* sheet) { sheet->findChild<QTabWidget*>()->setCurrentIndex(page); };
-}
-
-// Selects the names among the available variables and adds them.
-CStep Choose(const std::vector<const char*>& names) {
-  return [=](QWidget* dialog) {
-    auto* list = Find<QListWidget>(dialog, "Available Vars");
-    for (const char* name : names)
-      for (QListWidgetItem* item : list->findItems(name, Qt::MatchExactly)) item->setSelected(true);
-    Click(dialog, "->");
-  };
 }
 
 class ConfigurationSheet : public Desktop {
@@ -59,11 +50,9 @@ class ConfigurationSheet : public Desktop {
     return Wait([&] { return HasStatus(m_window, "Stopped"); });
   }
 
-  // A binary log that was written.
+  // The name of the binary log that was written.
   std::string Log() const {
-    for (const auto& entry : std::filesystem::directory_iterator(m_dir.Path().Std()))
-      if (entry.path().extension() == ".rph") return entry.path().string();
-    return "";
+    return QDir(m_dir.Path().Std().c_str()).entryList({"*.rph"}).join("").toStdString();
   }
 
   CMainWindow m_window;
@@ -154,16 +143,18 @@ TEST_F(ConfigurationSheet, AConfigurationIsBuiltFromNothingByClicksAndKeysAndRun
         "Scan period :=20 / Add net node... / Type of PLC :=Simulator / Configure PLC / Waveforms=counter / "
         "OK / Name :=Kiln / "
         "Variable List / Insert  New Variable / New Variable=n / OK / OK / OK",
-        Tab(pageSmart), "Smart Input Variables...", Choose({"n"}),
-        "OK / Smart Output Variables... / Insert  New Variable / New Variable=SetPoint / OK / OK",
+        Tab(pageSmart),
+        "Smart Input Variables... / ->> / OK / "
+        "Smart Output Variables... / Insert  New Variable / New Variable=SetPoint / OK / OK",
         Tab(pageOutput),
         "Add / Name:=All / Path:=. / Write Logs / Maximum number of logs stored :=9 / Enable Equations... / "
-        "OK / Variable List...",
-        Choose({"n", "SetPoint"}), "OK / OK", Tab(pageSummary),
-        "Add / Name:=Hourly / Path:=means / Enable Equations... / OK / Variable List...",
-        Choose({"SetPoint"}), "OK / OK", Tab(pagePlcWrite),
-        "Add  / Type of PLC :=Simulator / Configure PLC / OK / Name :=Panel / Variable List",
-        Choose({"n", "SetPoint"}), "OK / OK / OK"});
+        "OK / Variable List... / ->> / OK / OK",
+        Tab(pageSummary),
+        "Add / Name:=Hourly / Path:=means / Enable Equations... / OK / "
+        "Variable List... / Available Vars#1 / -> / OK / OK",
+        Tab(pagePlcWrite),
+        "Add  / Type of PLC :=Simulator / Configure PLC / OK / Name :=Panel / "
+        "Variable List / ->> / OK / OK / OK"});
   const json saved = Saved();
   const std::pair<const char*, json> fields[] = {
       {"/input/plcNodes/0/driver/text1", "counter"},       {"/smart/inputVars", {"n"}},

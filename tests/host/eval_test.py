@@ -1,8 +1,7 @@
 """vastra eval and the page on equations: how values, code and faults are shown."""
 import math
-import os
 
-from pages import PageTest, ROOT
+from pages import PageTest
 
 # Text, inputs, and the variables; None for a fault.
 VALUES = [
@@ -23,7 +22,7 @@ FAULTS = [
 
 class Eval(PageTest):
     def test_the_page(self):
-        self.follow(os.path.join(ROOT, "docs/equations.md"))
+        self.follow("docs/equations.md")
 
     def evaluate(self, text, variables=(), status=0):
         inputs = [part for variable in variables for part in ("--var", variable)]

@@ -15,6 +15,9 @@ REFUSED = [
     (simulated(input={"plcNodes": []}), "input: .*no PLC node"),
 ]
 
+# What a report lists, in this order.
+BLOCKS = [b"Input", b"Multiple Outputs", b"Output", b"Multiple Summaries", b"Multiple Outputs to Plc", b"Smart", b"Trending"]
+
 
 class Forms(LogTest):
     def test_check_marks_the_names_that_nothing_gives(self):
@@ -51,7 +54,9 @@ class Forms(LogTest):
         self.expect("export c.json", out=exported.out)
         self.assertEqual(self.path("logs"), exported.json()["outputs"][0]["directory"])
         for name in ["c.json", "c.vst"]:
-            self.assertTrue(self.vastra("report", name).out.startswith(b"[*** Input ***]\r\n\r\n[AutoStart]\r\nNo\r\n"))
+            report = self.vastra("report", name).out
+            self.assertTrue(report.startswith(b"[*** Input ***]\r\n\r\n[AutoStart]\r\nNo\r\n"))
+            self.assertEqual(BLOCKS, re.findall(rb"\[\*\*\* (.*?) ?\*\*\*\]", report))
             self.expect("run " + name + " --scans 2 --quiet")
         self.write("c.vst", self.read("c.vst").replace(b"\x01x", b"\x01\xff", 1))
         self.expect("export c.vst", 1, err=r"c.vst: input.plcNodes\[0\].varNames\[0\]: ")

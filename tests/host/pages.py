@@ -18,7 +18,7 @@ def pattern(shown):
 class PageTest(CommandTest):
     def follow(self, page, places=None):
         """places: what to write in place of texts of the page."""
-        text = self.read(os.path.abspath(page)).decode()
+        text = self.read(os.path.join(ROOT, page)).decode()
         for place, here in (places or {}).items():
             text = text.replace(place, here)
         run = 0

@@ -5,7 +5,6 @@ import os
 import re
 import signal
 import subprocess
-import unittest
 
 from commands import CommandTest
 
@@ -60,18 +59,16 @@ WRONG = [
     ("9001 --set =1", 2, "FIELD=VALUE"),
     ("9001 --set speed=1", 2, "the fields are cardNumber, registerAddress, registerAddressExt, plcNodeAddress, timeOut, "
                               "station, text1, text2, value1, value2, value3, value4, value5"),
-    ("9001 --set station=2147483648", 2, "from -2147483648 to 2147483647"),
-    ("9001 --set station=1x", 2, "must be a whole number"),
+    ("9001 --set station=1x", 2, "must be a whole number from -2147483648 to 2147483647"),
     ("9001 --set plcType=1", 2, "set with the driver"),
     ("9001 --set openState=1", 2, "openState is 0"),
     ("9001 --set variableCount=1", 2, "--count"),
     ("9001 --count 0", 2, "from 1"),
     ("9001 --count 1 --write 1,2", 2, "2 values"),
-    ("9001 --write 1,,2", 2, "1,,2"),
     ("9001 --write 1e99", 2, "1e99"),
     ("9001 --reads -1", 2, "from 0"),
     ("4711", 1, "vastra drivers"),
-    ("99999999999", 1, "vastra drivers"),
+    ("4294976297", 1, "vastra drivers"),
     ("gone.so", 1, "No such file"),
     ("text.so", 1, "text.so: file too short"),
     ("/lib/x86_64-linux-gnu/libm.so.6", 1, "no GetDriv"),
@@ -152,11 +149,5 @@ class Probe(CommandTest):
                                          if rule.get("words", "").startswith("not tried: ")])
 
     def test_an_exception_is_told_of(self):
-        result = self.probe(THROWING)
-        self.assertEqual(1, result.status)
-        self.assertIn(b"BROKEN", result.out)
-        self.assertIn(b"an exception left Read", result.out)
+        self.assertRegex(self.expect(["probe", THROWING], 1, None, None).out, b"BROKEN .*an exception left Read")
 
-
-if __name__ == "__main__":
-    unittest.main()

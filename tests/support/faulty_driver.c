@@ -25,6 +25,7 @@ static DriverRecord settings;
 
 static const char* Fault(void) { return getenv("FAULT") ? getenv("FAULT") : MODULE_FAULT; }
 static int Has(const char* fault) { return strcmp(Fault(), fault) == 0; }
+static void Linger(void) { usleep(Has("is slow") ? 500000 : 0); }
 
 static void* Wander(void* unused) {
   for (;;) usleep(1000);
@@ -35,6 +36,7 @@ static int Open(DriverRecord config, int mode, int* handle) {
   static int opened = 0;
   pthread_t thread;
   struct Node* node;
+  Linger();
   if (mode == driverModeOther) return Has("refuses a mode") ? statusNotOpened : statusInvalidMode;
   if (getenv("FAULT") && (config.plcType != MODULE_ID || config.variableCount != 2)) return statusNoMemory;
   if (config.openState != 0) return statusNoMemory;
@@ -58,6 +60,7 @@ __attribute__((no_sanitize("address"))) static int HasChanged(const volatile cha
 
 static int Read(float* values, int count, int handle) {
   int i;
+  Linger();
   if (handle < 0 || handle >= MOST_NODES || !nodes[handle].given) return statusNotOpened;
   if (Has("crashes")) raise(SIGSEGV);
   if (Has("exits")) _exit(7);
@@ -76,6 +79,7 @@ static int Write(float* values, int count, int handle) {
 }
 
 static void Close(int handle) {
+  Linger();
   if (!Has("has one handle") && handle >= 0) nodes[handle].given = NULL;
 }
 

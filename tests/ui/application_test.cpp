@@ -60,6 +60,8 @@ TEST(Choosers, SeveralFilesKeepTheOrderOfTheChoiceAndTheFolderIsRemembered) {
   CFileQuestion question;
   question.filter = "Heat Files (*.rph;*.heat)|*.rph;*.heat||";
   QString folder = QDir::currentPath();
+  QDir::setCurrent("/");
+  const auto restore = qScopeGuard([folder] { QDir::setCurrent(folder); });
   const struct {
     const char* typed;  // null: cancelled
     std::vector<std::string> names;
