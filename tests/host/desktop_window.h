@@ -11,7 +11,7 @@
 #include <algorithm>
 
 #include "host/desktop/main_window.h"
-#include "tests/host/rows.h"
+#include "tests/host/logger.h"
 #include "tests/support/windows.h"
 
 namespace vastra {

@@ -10,9 +10,8 @@ REFUSED = [
     (simulated([output("logs"), output("logs", nameVariable="y")]), r"outputs\[1\]: "),
     (simulated(summaries=[{"saveRp": 1, "directory": "nowhere"}]), r"summaries\[0\]: .*nowhere"),
     (simulated(smart={"outputVars": ["x"]}), "smart: "),
-    (replayed(["none.rph"]), "input: .*none.rph: No such file"),
     (simulated(plcWrite={"nodes": [{"driver": {"plcType": 4711}, "varNames": ["x"]}]}), r"plcWrite.nodes\[0\]: .*no driver 4711 is"),
-    (simulated(input={"plcNodes": []}), "input: .*no PLC node"),
+    (replayed(["none.rph"]), "input: .*none.rph: No such file"),
 ]
 
 # What a report lists, in this order.
@@ -44,7 +43,7 @@ class Forms(LogTest):
         for config, words in REFUSED:
             self.write("c.json", config)
             self.assertRegex(self.expect("check c.json", 1, None, None).err, r"(?m)^vastra: c\.json: " + words)
-        self.expect("run c.json --json", 1, err="c.json: " + words)
+        self.assertRegex(self.expect("run c.json --json", 1, err=None).err, "vastra: c.json: " + words)
         self.assertEqual([], os.listdir(self.path("logs")))
 
     def test_both_forms_are_read_and_lead_to_each_other(self):

@@ -1,17 +1,29 @@
-// A small logger for the tests of loop and run: the simulator counts x, one output logs it in a folder of the
-// test's own.
+// For the tests of loop and run, a small logger: the simulator counts x, one output logs it in a folder of
+// the test's own. For all hosts, the rows of its logs.
 #pragma once
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 
 #include "host/common/configuration_file.h"
 #include "host/run/run_messenger.h"
-#include "tests/host/rows.h"
+#include "tests/support/files.h"
 #include "vastra/core/link.h"
 
 namespace vastra {
+
+// The rows of all text logs in folder.
+inline std::uint64_t Rows(const CString& folder) {
+  std::uint64_t rows = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(folder.Std())) {
+    if (entry.path().extension() != ".csv") continue;
+    const std::string text = ReadBytes(CString(entry.path().string()));
+    rows += static_cast<std::uint64_t>(std::ranges::count(text, '\n')) - 1;
+  }
+  return rows;
+}
 
 class CLoggerTest : public testing::Test {
  protected:

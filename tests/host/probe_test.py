@@ -6,11 +6,11 @@ import re
 import signal
 import subprocess
 
-from commands import CommandTest
+from commands import CommandTest, VASTRA
 
 FAULTY = os.environ["FAULTY_DRIVER"]
 THROWING = os.environ["THROWING_DRIVER"]
-SIMULATOR = os.path.join(os.path.dirname(os.environ["VASTRA"]), "simulator.so")
+SIMULATOR = os.path.join(os.path.dirname(VASTRA), "simulator.so")
 
 HEADER, NAME, TABLE, VERSION, TRANSFERS, CLOSE, OPEN, READ, WRITE, TEXTS, MODE, HANDLES, THREADS, LEAK, FAILED_OPEN, \
     STATUSES, WORDS, FORMS, ID, THROWS, UNLOAD = range(21)
@@ -125,11 +125,9 @@ class Probe(CommandTest):
         self.assertEqual(0, process.returncode)
 
     def test_finds_the_rule_that_a_module_breaks(self):
-        def probe(row):
-            return self.probe(FAULTY, "--json", "--write", "1,2", "--reads", "1", "--limit",
-                              "1" if row[0] == "hangs" else "60", fault=row[0])
+        args = [FAULTY, "--json", "--write", "1,2", "--reads", "1", "--limit"]
         with concurrent.futures.ThreadPoolExecutor(16) as pool:  # most of the time is patience with a driver
-            results = list(pool.map(probe, FAULTS))
+            results = list(pool.map(lambda row: self.probe(*args, "1" if row[0] == "hangs" else "60", fault=row[0]), FAULTS))
         for (fault, broken, words), result in zip(FAULTS, results):
             with self.subTest(fault):
                 rules = result.json()["contract"]

@@ -54,13 +54,11 @@ class Run(LogTest):
             self.assertEqual(1, watch.err.count("standard output"))
             self.expect("run c.json --scans 3", stderr=full, out=None)
 
-
-class Watch(LogTest):
     def watch(self, args):
         result = self.expect("watch c.json " + args, out=None, err=None)
         return re.sub(STAMP + r"\.\d{3}\+00:00 ", "", result.out.decode(), flags=re.M).splitlines()
 
-    def test_on_a_pipe_it_prints_a_line_a_second_and_the_last_sample(self):
+    def test_watch_on_a_pipe_prints_a_line_a_second_and_the_last_sample(self):
         self.write("c.json", simulated(names=["x", "y"], trend={
             "equationText": "d = y - x; e = 1 / 0;", "calculateExtra": 1, "extraVars": ["d", "e"]}))
         self.assertEqual(["x=1 y=1 d=0 e=inf", "x=5 y=5 d=0 e=inf"], self.watch("--scans 5 --period 0"))
@@ -71,9 +69,7 @@ class Watch(LogTest):
         self.write("none.json", replayed(["none.rph"]))
         self.expect("watch none.json --vars x", 1, err=None)
 
-
-class Demo(LogTest):
-    def test_it_leaves_a_configuration_that_runs_and_keeps_that_of_the_user(self):
+    def test_the_demo_leaves_a_configuration_that_runs_and_keeps_that_of_the_user(self):
         err = self.expect("demo --scans 0 --out logs", err=None).err
         self.assertIn("vastra: 0 read, 0 failed reads, 0 late, 0 failed writes, 0 files written\n", err)
         self.assertNotIn("inspect", err)

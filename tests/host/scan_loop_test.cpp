@@ -45,14 +45,11 @@ class CDoubler : public CSmartLogic {
 TEST_F(ScanLoop, ScansStayAtFixedIntervalsAndTheMissedOnesAreLateNotMadeUp) {
   CScanLoop loop(Logger(), m_options);
   ASSERT_EQ(loop.Start(), 1);
-  struct {
-    std::int64_t end, due;
-    std::uint64_t late;
-  } const kScans[] = {{10, 100, 0},  {110, 200, 0}, {300, 300, 0},
-                      {301, 400, 0}, {501, 600, 1}, {1550, 1600, 10}};
-  for (const auto& scan : kScans) {
-    EXPECT_EQ(StepUntil(loop, scan.end), scan.due);
-    EXPECT_EQ(loop.Counts().late, scan.late) << scan.end;
+  const std::tuple<std::int64_t, std::int64_t, std::uint64_t> kScans[] = {
+      {10, 100, 0}, {110, 200, 0}, {300, 300, 0}, {301, 400, 0}, {501, 600, 1}, {1550, 1600, 10}};
+  for (const auto& [end, due, late] : kScans) {
+    EXPECT_EQ(StepUntil(loop, end), due);
+    EXPECT_EQ(loop.Counts().late, late) << end;
   }
   EXPECT_EQ(loop.Counts().read, 6u);
 }

@@ -11,9 +11,8 @@ WRONG = [
     ("run a.json --scans -1", "--scans"), ("run a.json --scans 1x", "1x"), ("run a.json --scans", "--scans"),
     ("run a.json --scans 99999999999999999999", "not a whole number"), ("run a.json --scans 2 --scans 3", "--scans"),
     ("run a.json --period 4294967296", "4294967295"), ("run a.json --debug --quiet", "--debug"),
-    ("import a.json b.vst --version 1001", "1001"), ("watch a.json --vars a b", "not expected: b"),
-    ("eval y=a; --var a", "NAME=VALUE"), ("eval y=a; --var a=1.5x", "1.5x"), ("eval y=a; --var =1", "NAME=VALUE"),
-    ("eval y=1; --passes 0", "from 1"),
+    ("watch a.json --vars a b", "not expected: b"), ("eval y=a; --var a=1.5x", "1.5x"), ("eval y=a; --var =1", "NAME=VALUE"),
+    ("import a.json b.vst --version 1001", "1001"), ("eval y=1; --passes 0", "from 1"),
 ]
 
 LEFT_OUT = r"""(dangling\?).so: left out: it is a link to nothing
