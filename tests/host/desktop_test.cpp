@@ -48,7 +48,7 @@ TEST_F(Desktop, ARunWritesWhatItReadAndStopsWhereverItIs) {
   QElapsedTimer time;
   time.start();
   const int before = run.refreshed;
-  ASSERT_TRUE(Wait([&] { return run.Samples() >= 30; }));
+  ASSERT_TRUE(Wait([&] { return run.Samples() >= 100; }));
   EXPECT_GT(run.refreshed, 2);
   EXPECT_LE(run.refreshed - before, time.elapsed() / run.runner.RefreshPeriod() + 4) << "each scan draws";
   EXPECT_GT(run.ticks, 0);
