@@ -14,6 +14,7 @@
 #include "tests/support/recorder.h"
 #include "vastra/console/console.h"
 #include "vastra/core/link.h"
+#include "vastra/ui/text.h"
 
 namespace vastra {
 namespace {

