@@ -68,7 +68,6 @@ TEST(DriverFactory, ListsTheDriversByFileSaysWhyItLeftOthersOutAndFindsTheFirstO
   EXPECT_EQ(factory.NewDriver(kCount), nullptr);
 }
 
-// The lines of an operation are its begin, and its fault or its end.
 void ExpectFault(CRecorder& recorder, const std::string& operation, const std::string& fault, int result) {
   const std::string end = fault.empty() ? "End Not named" : fault;
   EXPECT_EQ(recorder.Take(), operation + " Begin Not named\n" + operation + " " + end + "\n");

@@ -69,7 +69,6 @@ class CModbusServer {
     ::shutdown(m_listener, SHUT_RDWR);  // nobody listens, and the port is kept
     if (IsSerial()) ::close(m_slave), ::unlink(m_path.c_str());
   }
-  // It hangs: nothing is accepted, nothing received.
   void Halt() {
     ::eventfd_write(m_wake, 1);
     m_thread.join();
@@ -172,7 +171,6 @@ class CModbusServer {
     Send(client, reply, fault);
     if (fault.end != CReplyFault::stays) End(client, fault.end == CReplyFault::resets);
   }
-  // A unit that is not there: silence on a line, an exception by the gateway else.
   CBytes RightReply(const CBytes& request, int exception) {
     const auto unit = m_units.find(request[IsSerial() ? 0 : 6]);
     const bool isThere = unit != m_units.end();
