@@ -8,14 +8,15 @@ namespace {
 
 constexpr COLORREF kWhite = 0xFFFFFF, kRed = RGB(255, 0, 0);
 
-// The smallest rectangle around what draw adds to a white picture of 100 by 100.
-QRect DrawnBy(const std::function<void(CDC&)>& draw) {
+// The smallest rectangle around what draw adds to a white picture of 100 by 100, whose rows then move by dy.
+QRect DrawnBy(const std::function<void(CDC&)>& draw, int dy = 0) {
   CWnd none;
   CBitmap picture;
   picture.CreateCompatibleBitmap(none, {100, 100});
   CDC dc(picture);
   dc.FillRect({0, 0, 100, 100}, {kWhite});
   draw(dc);
+  picture.ScrollRows(dy);
   QRect box;
   for (int y = 0; y < 100; ++y)
     for (int x = 0; x < 100; ++x)
@@ -24,7 +25,8 @@ QRect DrawnBy(const std::function<void(CDC&)>& draw) {
 }
 
 TEST(Drawing, ShapesEndAtTheirEdgesOrAtTheClipUntilItIsRestored) {
-  EXPECT_EQ(DrawnBy([](CDC& dc) { dc.FillRect({10, 20, 30, 40}, {kRed}); }), QRect(10, 20, 20, 20));
+  for (const int dy : {-30, 0, 30})
+    EXPECT_EQ(DrawnBy([](CDC& dc) { dc.FillRect({9, 40, 30, 60}, {kRed}); }, dy), QRect(9, 40 + dy, 21, 20));
   for (const bool restores : {false, true}) {
     const auto draw = [&](CDC& dc) {
       dc.SaveDC();
