@@ -85,9 +85,14 @@ TEST_F(Console, KeptPlaceOverridesTheCallersAndIsSavedAtTheEnd) {
   EXPECT_EQ(PlaceOf("without settings"), "10,20,300,200");
 }
 
+// The process that ends is a child; an environment variable has the path of its settings.
 TEST_F(Console, PlacesAreSavedAtTheEndOfTheProcess) {
+  testing::GTEST_FLAG(death_test_style) = "threadsafe";
+  if (!qEnvironmentVariableIsSet("SETTINGS_OF_TEST"))
+    qputenv("SETTINGS_OF_TEST", m_settings.Path().Std().c_str());
   for (const bool endsFirst : {true, false}) {  // the application before the process
     const auto run = [&] {
+      qputenv("XDG_CONFIG_HOME", qgetenv("SETTINGS_OF_TEST"));
       Open(3, "left").ShowWindow(3, SW_SHOW);
       WindowOf("left")->move(endsFirst, 60);
       if (endsFirst) qApp->~QApplication();
@@ -95,6 +100,7 @@ TEST_F(Console, PlacesAreSavedAtTheEndOfTheProcess) {
     };
     EXPECT_EXIT(run(), testing::ExitedWithCode(1), "");
   }
+  qunsetenv("SETTINGS_OF_TEST");
   EXPECT_EQ(Kept(), "0,60,300,200");
 }
 
