@@ -17,10 +17,9 @@ constexpr driver::CChoice kWorkarounds[] = {
 
 constexpr driver::CField kFields[] = {
     {"Device",
-     "text1: the address of the device. On the network 192.168.0.10 or plc.plant:1502, with port 502 if none "
-     "is "
-     "given; on a serial line /dev/ttyUSB0:19200,8,E,1, with rate, data bits, parity (N, E, O) and stop "
-     "bits.",
+     "text1: the address of the device. On the network 192.168.0.10 or plc.plant:1502, with port 502 if "
+     "none is given; on a serial line /dev/ttyUSB0:19200,8,E,1, with rate, data bits, parity (N, E, O) and "
+     "stop bits.",
      &DriverRecord::text1},
     {"Unit",
      "station: number of the unit, also called slave address: 1 to 247 on a serial line; on the network 0 to "
