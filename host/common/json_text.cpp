@@ -57,7 +57,8 @@ class CTreeBuilder final : public json::json_sax_t {
 
   json* Add(json&& value) {
     if (++m_count > kMaxValues)
-      throw CJsonFault(Path(), "is one value more than the 1000000 that are allowed");
+      throw CJsonFault(
+          Path(), CString("is one value more than the " + std::to_string(kMaxValues) + " that are allowed"));
     if (m_levels.empty()) return &(m_root = std::move(value));
     CLevel& level = m_levels.back();
     if (level.m_node->is_object()) return &((*level.m_node)[level.m_key] = std::move(value));

@@ -57,8 +57,8 @@ QFrame* NewFrame(QWidget& parent, bool hasEdges) {
 
 QPushButton* NewButton(const CControl& model, QWidget& parent) {
   auto* button = new QPushButton(Caption(model), &parent);
-  button->setDefault(model.kind ==
-                     CControl::defaultButton);  // Return presses the default button or the one with the focus
+  // Return presses the default button or the one with the focus.
+  button->setDefault(model.kind == CControl::defaultButton);
   return button;
 }
 
