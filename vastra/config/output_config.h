@@ -3,6 +3,7 @@
 #pragma once
 
 #include "vastra/core/field_walk.h"
+#include "vastra/logfiles/log_policy.h"
 #include "vastra/platform/object.h"
 
 namespace vastra {
@@ -29,8 +30,9 @@ class VASTRA_API COutputConfig : public CObject {
   int m_dwordName = 0;             // 1: the variable after m_nameVariable is also part of a log's name
   int m_usePrefix = 0;             // 1: the name of a log begins with m_prefix
   CString m_prefix;
-  CString m_nameVariable;  // kSystemTime, or a variable of the log
-  CString m_directory;     // of the logs
+  CString m_nameVariable;     // kSystemTime, or a variable of the log
+  CString m_directory;        // of the logs
+  CLogRetention m_retention;  // beside m_maxLogs; only where a keeper keeps the logs
 };
 
 class VASTRA_API CMultiOutputConfig : public CObject {

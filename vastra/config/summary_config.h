@@ -3,6 +3,7 @@
 #pragma once
 
 #include "vastra/core/field_walk.h"
+#include "vastra/logfiles/log_policy.h"
 #include "vastra/platform/object.h"
 
 namespace vastra {
@@ -26,6 +27,7 @@ class VASTRA_API CSummaryConfig : public CObject {
   int m_saveRp = 0;                 // 1: writes binary files
   CStringArray m_summaryEquations;  // the summary equations, one statement per element
   CStringArray m_varNames;          // the variables of the summary, in file order
+  CLogRetention m_retention;        // beside m_maxSummaries; only where a keeper keeps the files
 };
 
 class VASTRA_API CMultiSummaryConfig : public CObject {

@@ -185,6 +185,13 @@ void CCsvText::AddSample(const CSampleRecord& sample) {
 }
 
 void WriteCsv(CFile& file, const CStringArray& names, const CSampleStore& samples, CCsvText& text) {
+  CSampleSpans spans;
+  CSampleStore::CPlace from = samples.GetHeadPlace();
+  samples.AddSpans(from, spans);
+  WriteCsv(file, names, std::move(spans), text);
+}
+
+void WriteCsv(CFile& file, const CStringArray& names, CSampleSpans samples, CCsvText& text) {
   const auto flush = [&] {
     file.Write(text.View().data(), text.View().size());
     text.RemoveAll();
@@ -192,10 +199,11 @@ void WriteCsv(CFile& file, const CStringArray& names, const CSampleStore& sample
   text.RemoveAll();
   text.AddNames(names);
   CSampleRecord sample;
-  for (CSampleStore::CPlace place = samples.GetHeadPlace(); samples.GetNext(place, sample);) {
-    text.AddSample(sample);
-    if (text.View().size() >= kWriteSize) flush();
-  }
+  for (CSampleSpan& span : samples)
+    while (span.GetNext(sample)) {
+      text.AddSample(sample);
+      if (text.View().size() >= kWriteSize) flush();
+    }
   flush();
 }
 

@@ -62,6 +62,7 @@ class VASTRA_API CCsvText {
 
 // Writes the whole text copy of a log to file. text is the buffer and is empty afterwards. Throws
 // CFileException.
+VASTRA_API void WriteCsv(CFile& file, const CStringArray& names, CSampleSpans samples, CCsvText& text);
 VASTRA_API void WriteCsv(CFile& file, const CStringArray& names, const CSampleStore& samples, CCsvText& text);
 
 }  // namespace vastra

@@ -21,22 +21,34 @@ void CLogWriter::SetNames(const CStringArray& names) {
 }
 
 void CLogWriter::Write(CFile& file, const CSampleStore& samples) {
-  const auto count = static_cast<std::uint32_t>(samples.GetCount());
+  m_spans.clear();
+  CSampleStore::CPlace from = samples.GetHeadPlace();
+  samples.AddSpans(from, m_spans);
+  Write(file, m_spans);
+}
+
+void CLogWriter::Write(CFile& file, const CSampleSpans& samples) {
+  std::uint32_t count = 0;
+  for (const CSampleSpan& span : samples) count += static_cast<std::uint32_t>(span.m_count);
   const auto patch = [this](std::size_t offset, const auto& value) {
     std::memcpy(m_head.data() + offset, &value, sizeof value);
   };
-  patch(offsetof(CLogStart, m_firstTime), samples.GetHead().m_time.time);
-  patch(offsetof(CLogStart, m_lastTime), samples.GetLastTime().time);
+  const CSampleSpan& last = samples.back();
+  patch(offsetof(CLogStart, m_firstTime), samples.front().m_times->time);
+  patch(offsetof(CLogStart, m_lastTime), last.m_times[last.m_count - 1].time);
   patch(m_head.size() - sizeof count, count);
 
   char timeCount[kLongCountSize];
   CLogTrailer trailer = 0;
   m_parts.clear();
-  m_parts.push_back({m_head.data(), m_head.size()});
-  samples.AddRecordParts(m_parts);
-  m_parts.push_back({timeCount, static_cast<std::size_t>(PutCount(timeCount, count) - timeCount)});
-  m_parts.push_back(samples.GetTimesPart());
-  m_parts.push_back({&trailer, sizeof trailer});
+  const auto add = [this](const void* bytes, std::size_t size) {
+    m_parts.push_back({const_cast<void*>(bytes), size});
+  };
+  add(m_head.data(), m_head.size());
+  for (const CSampleSpan& span : samples) add(span.m_records, span.m_bytes);
+  add(timeCount, static_cast<std::size_t>(PutCount(timeCount, count) - timeCount));
+  for (const CSampleSpan& span : samples) add(span.m_times, span.m_count * sizeof(_timeb));
+  add(&trailer, sizeof trailer);
   file.WriteParts(m_parts.data(), m_parts.size());
 }
 

@@ -2,6 +2,8 @@
 // encoded once.
 #pragma once
 
+#include <sys/uio.h>
+
 #include <string>
 #include <vector>
 
@@ -14,11 +16,13 @@ class CLogWriter {
  public:
   void SetNames(const CStringArray& names);
   // Writes samples, which must not be empty, as a log with one system call. Throws CFileException.
+  void Write(CFile& file, const CSampleSpans& samples);
   void Write(CFile& file, const CSampleStore& samples);
 
  private:
   std::string m_head;          // up to the number of samples
-  std::vector<iovec> m_parts;  // of the current write; a member to reuse its memory
+  std::vector<iovec> m_parts;  // of the current write; members to reuse their memory
+  CSampleSpans m_spans;
 };
 
 }  // namespace vastra

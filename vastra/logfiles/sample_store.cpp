@@ -5,57 +5,95 @@
 namespace vastra {
 namespace {
 
+constexpr std::size_t kLeastTimes = 64;  // of a block
+
 std::size_t RecordSize(std::size_t values) {
   return SizeOfCount(static_cast<std::uint32_t>(values)) + values * sizeof(float);
 }
 
+// Makes memory at least bytes long; a new one has size bytes. Frees the old memory before it allocates.
+void Need(std::unique_ptr<char[]>& memory, std::size_t& present, std::size_t bytes, std::size_t size) {
+  if (present >= bytes) return;
+  memory.reset();
+  present = 0;
+  memory = std::make_unique_for_overwrite<char[]>(size);
+  present = size;
+}
+
 }  // namespace
 
-// Ensures that the block at index, at most one after the last, has at least bytes; a new block has size bytes
-// if that is more.
-void CSampleStore::NeedBlock(std::size_t index, std::size_t bytes, std::size_t size) {
-  if (index == m_blocks.size()) m_blocks.emplace_back();
-  CBlock& block = m_blocks[index];
-  if (block.m_size >= bytes) return;
-  size = std::max(bytes, size);
-  block = {};  // frees the old memory before a larger block is allocated
-  block.m_bytes = std::make_unique_for_overwrite<char[]>(size);
-  block.m_size = size;
+void CSampleBlockPool::Take(CSampleBlock& block) {
+  const std::lock_guard lock(m_mutex);
+  if (m_blocks.empty()) return;
+  block = std::move(m_blocks.back());
+  m_blocks.pop_back();
+}
+
+void CSampleBlockPool::Give(CSampleBlock&& block) {
+  const std::lock_guard lock(m_mutex);
+  m_blocks.push_back(std::move(block));
+}
+
+// Ensures that the block at index, at most one after the last, has at least bytes and that many times; a new
+// block has size bytes if that is more.
+void CSampleStore::NeedBlock(std::size_t index, std::size_t bytes, std::size_t size, std::size_t times) {
+  if (index == m_blocks.size()) {
+    m_blocks.emplace_back();
+    if (m_pPool) m_pPool->Take(m_blocks.back());
+  }
+  CSampleBlock& block = m_blocks[index];
+  Need(block.m_bytes, block.m_size, bytes, std::max(bytes, size));
+  Need(block.m_timeBytes, block.m_timeSize, times * sizeof(_timeb), times * sizeof(_timeb));
 }
 
 void CSampleStore::MakeRoom(int values) {
-  if (m_times.size() == m_times.capacity())
-    m_times.reserve(std::max<std::size_t>(64, 2 * m_times.capacity()));
   const std::size_t bytes = RecordSize(static_cast<std::size_t>(values));
-  if (!Fits(bytes)) NeedBlock(m_used, bytes, m_blockSize);
+  if (!Fits(bytes)) NeedBlock(m_used, bytes, m_blockSize, std::max(kLeastTimes, m_blockSize / bytes));
 }
 
 void CSampleStore::Append(const CLogSample& sample) {
   MakeRoom(sample.m_values.GetSize());
   const auto count = static_cast<std::uint32_t>(sample.m_values.GetSize());
   if (!Fits(RecordSize(count))) {
-    CBlock& fresh = m_blocks[m_used++];
-    fresh.m_begin = fresh.m_end = 0;
+    CSampleBlock& fresh = m_blocks[m_used++];
+    fresh.m_begin = fresh.m_end = fresh.m_count = 0;
   }
-  CBlock& block = m_blocks[m_used - 1];
+  CSampleBlock& block = m_blocks[m_used - 1];
   char* to = PutCount(block.m_bytes.get() + block.m_end, count);
   if (count) std::memcpy(to, sample.m_values.GetData(), count * sizeof(float));
+  std::memcpy(block.m_timeBytes.get() + block.m_count * sizeof(_timeb), &sample.m_time, sizeof(_timeb));
   block.m_end += RecordSize(count);
-  m_times.push_back(sample.m_time);
+  ++block.m_count;
+  ++m_count;
 }
 
 int CSampleStore::GetNext(CPlace& place, CSampleRecord& record) const {
-  if (place.m_index == m_times.size()) return 0;
-  const CBlock* block = &m_blocks[place.m_block];
-  if (place.m_offset == block->m_end) {
+  if (m_used == 0) return 0;
+  const CSampleBlock* block = &m_blocks[place.m_block];
+  if (place.m_index == block->m_count) {
+    if (place.m_block + 1 == m_used) return 0;
     block = &m_blocks[++place.m_block];
     place.m_offset = block->m_begin;
+    place.m_index = 0;
   }
   const char* at = block->m_bytes.get() + place.m_offset;
-  record.m_time = m_times[place.m_index++];
+  record.m_time = block->Times()[place.m_index++];
   record.m_values = GetCountAt(at, record.m_count);
   place.m_offset += static_cast<std::size_t>(record.m_values - at) + record.m_count * sizeof(float);
   return 1;
+}
+
+void CSampleStore::AddSpans(CPlace& place, CSampleSpans& spans) const {
+  while (place.m_block < m_used) {
+    const CSampleBlock& block = m_blocks[place.m_block];
+    if (place.m_index < block.m_count)
+      spans.push_back({block.m_bytes.get() + place.m_offset, block.Times() + place.m_index,
+                       block.m_end - place.m_offset, block.m_count - place.m_index});
+    place.m_offset = block.m_end;
+    place.m_index = block.m_count;
+    if (place.m_block + 1 == m_used) return;
+    place = {place.m_block + 1, m_blocks[place.m_block + 1].m_begin, 0};
+  }
 }
 
 CSampleRecord CSampleStore::GetHead() const {
@@ -65,42 +103,44 @@ CSampleRecord CSampleStore::GetHead() const {
   return record;
 }
 
+const _timeb& CSampleStore::GetLastTime() const {
+  const CSampleBlock& block = m_blocks[m_used - 1];
+  return block.Times()[block.m_count - 1];
+}
+
+std::size_t CSampleStore::GetBytes() const {
+  std::size_t bytes = m_count * sizeof(_timeb);
+  for (std::size_t i = 0; i < m_used; ++i) bytes += m_blocks[i].m_end - m_blocks[i].m_begin;
+  return bytes;
+}
+
 void CSampleStore::RemoveAll() {
   m_used = 0;
-  m_times.clear();
-  m_taken = 0;
+  m_count = m_taken = 0;
 }
 
 void CSampleStore::FreeMemory() {
   RemoveAll();
-  std::vector<CBlock>().swap(m_blocks);
-  std::vector<_timeb>().swap(m_times);
-}
-
-void CSampleStore::AddRecordParts(std::vector<iovec>& parts) const {
-  for (std::size_t i = 0; i < m_used; ++i) {
-    const CBlock& block = m_blocks[i];
-    parts.push_back({block.m_bytes.get() + block.m_begin, block.m_end - block.m_begin});
-  }
-}
-
-iovec CSampleStore::GetTimesPart() const {
-  return {const_cast<_timeb*>(m_times.data()), m_times.size() * sizeof(_timeb)};
+  if (m_pPool)
+    for (CSampleBlock& block : m_blocks) m_pPool->Give(std::move(block));
+  std::vector<CSampleBlock>().swap(m_blocks);
 }
 
 char* CSampleStore::MakeImage(std::size_t size) {
   RemoveAll();
-  NeedBlock(0, size, size);
+  NeedBlock(0, size, size, 0);
   return m_blocks[0].m_bytes.get();
 }
 
 void CSampleStore::TakeImage(std::size_t begin, std::size_t end, std::size_t count, const char* times) {
-  m_times.resize(count);
-  if (count) std::memcpy(m_times.data(), times, count * sizeof(_timeb));
-  m_blocks[0].m_begin = begin;
-  m_blocks[0].m_end = end;
+  CSampleBlock& block = m_blocks[0];
+  Need(block.m_timeBytes, block.m_timeSize, count * sizeof(_timeb), count * sizeof(_timeb));
+  if (count) std::memcpy(block.m_timeBytes.get(), times, count * sizeof(_timeb));
+  block.m_begin = begin;
+  block.m_end = end;
+  block.m_count = m_count = count;
   m_used = 1;
-  m_next = m_blocks[0].m_bytes.get() + begin;
+  m_next = block.m_bytes.get() + begin;
 }
 
 }  // namespace vastra

@@ -33,6 +33,10 @@ CFill CLogMultiOutput::GetFill() const {
   return fill;
 }
 
+void CLogMultiOutput::Deliver() {}
+
+std::vector<CLogLedger> CLogMultiOutput::GetLedgers() const { return m_ledgers; }
+
 void CLogMultiOutput::Close() {
   CloseSingles(m_outputs);
   m_open = 0;

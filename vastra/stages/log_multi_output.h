@@ -1,6 +1,7 @@
 // CLogMultiOutput: the stage for logging, with one CLogSingleOutput for each configured output.
 #pragma once
 
+#include "vastra/logfiles/log_keeper.h"
 #include "vastra/stages/log_single_output.h"
 
 namespace vastra {
@@ -29,12 +30,22 @@ class VASTRA_API CLogMultiOutput : public CLogFacade {
   // closed.
   void SetLogListener(CLogListener* listener) { m_pListener = listener; }
 
+  // Lets keeper keep the logs from the next Open on; it must exist until the stage is closed. Null: the file
+  // links write them.
+  void SetLogKeeper(CLogKeeper* keeper) { m_pKeeper = keeper; }
+  // Sends the messages and the listener's events of what the keeper has done since the last call.
+  void Deliver();
+  // The accounts of the outputs, in order; on a closed stage those of its last run.
+  std::vector<CLogLedger> GetLedgers() const;
+
   CMultiOutputConfig* GetOptions() { return &m_options; }
   void ClearConfiguration() { m_options.Clear(); }
 
  private:
   CMultiOutputConfig m_options;
   CLogListener* m_pListener = nullptr;  // the host's
+  CLogKeeper* m_pKeeper = nullptr;      // the host's
+  std::vector<CLogLedger> m_ledgers;    // of the last run
   CTypedPtrList<CObList, CLogSingleOutput*> m_outputs;
 };
 

@@ -28,6 +28,10 @@ int CLogMultiSummary::Restart() {
   return 1;
 }
 
+void CLogMultiSummary::Deliver() {}
+
+std::vector<CLogLedger> CLogMultiSummary::GetLedgers() const { return m_ledgers; }
+
 void CLogMultiSummary::Close() {
   CloseSingles(m_summaries);
   m_open = 0;
