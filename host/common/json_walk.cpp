@@ -14,9 +14,12 @@ namespace {
 using nlohmann::json;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr std::uint64_t kMaxAmount = std::uint64_t{1} << 63;
 constexpr double kFloatEnd = 0x1.ffffffp127;  // numbers from here on round to infinity
 
 constexpr const char* kNeedsFloat = "must be a number within the range of a float";
+constexpr const char* kNeedsAmount = "must be a number from 0 on";
+constexpr const char* kNeedsWholeAmount = "must be a whole number from 0 to 9223372036854775808";
 constexpr const char* kNeedsText = "must be a string";
 constexpr const char* kNeedsTexts = "must be an array of strings";
 constexpr const char* kNeedsObject = "must be an object";
@@ -139,6 +142,27 @@ void CJsonReader::Equations(const char* name, const char* textName, CStringArray
   CStringArray variables;
   CArray<int, int> positions;
   CEquationSeparator().Separate(text, equations, variables, positions);
+}
+
+void CJsonReader::Amount(const char* name, double& number) {
+  const json* value = Find(name);
+  if (!value) return;
+  const double given = value->is_number() ? value->get<double>() : kNaN;
+  if (!(given >= 0)) Fail(name, kNeedsAmount);
+  number = given;
+}
+
+// A double cannot represent each whole number in this range: it decides the range only.
+void CJsonReader::Amount(const char* name, std::uint64_t& number) {
+  const json* value = Find(name);
+  if (!value) return;
+  const double given = value->is_number() ? value->get<double>() : kNaN;
+  if (!(given >= 0 && given <= static_cast<double>(kMaxAmount)) || given != std::floor(given))
+    Fail(name, kNeedsWholeAmount);
+  const std::uint64_t whole =
+      value->is_number_float() ? static_cast<std::uint64_t>(given) : value->get<std::uint64_t>();
+  if (whole > kMaxAmount) Fail(name, kNeedsWholeAmount);
+  number = whole;
 }
 
 void CJsonReader::SizeOf(const char* name, const char* arrayName, UINT& size) {

@@ -29,6 +29,8 @@ class CJsonReader : public CFieldWalk {
   void Path(const char* name, CString& path) override;
   void Paths(const char* name, CStringList& paths) override;
   void Equations(const char* name, const char* textName, CStringArray& equations) override;
+  void Amount(const char* name, double& number) override;
+  void Amount(const char* name, std::uint64_t& number) override;
   void SizeOf(const char* name, const char* arrayName, UINT& size) override;
   void Number(UINT&) override {}
 
@@ -85,6 +87,8 @@ class CJsonWriter : public CFieldWalk {
   void Field(const char* name, CString& text) override { At(name) = text.Std(); }
   void Field(const char* name, CStringArray& texts) override;
   void Paths(const char* name, CStringList& paths) override;
+  void Amount(const char* name, double& number) override { At(name) = number; }
+  void Amount(const char* name, std::uint64_t& number) override { At(name) = number; }
   void Number(UINT&) override {}
 
  protected:

@@ -39,7 +39,12 @@ std::string Repeated(std::string_view text, std::size_t times) {
 
 TEST(ConfigurationJson, HasTheseKeysInBothDirections) {
   json full = json::parse(kJson);
+  const json none = {{"keepDays", 0.0}, {"keepBytes", 0}, {"minFree", 0}};
+  full["outputs"][0].update(none);
+  full["summaries"][0].update(none);
   EXPECT_EQ(json::parse(Json(Parsed(kJson))), full);
+  full["outputs"][0]["keepDays"] = 0.5;
+  full["summaries"][0].update({{"keepBytes", 9007199254740993}, {"minFree", 9223372036854775808u}});
   full["version"] = 1002;  // which cannot hold the other two
   full["plcWrite"]["disableWriting"] = 1;
   full["plcWrite"]["nodes"][0]["driver"]["value5"] = -3;
@@ -87,6 +92,10 @@ TEST(ConfigurationJson, NamesTheKeyOfAWrongValue) {
        {"-1", "4294967296", "1.5", "true", "\"4\"", "null", "99999999999999999999999"},
        "must be a whole number from 0 to 4294967295"},
       {"outputs[0].maxLogs", {"1e999"}, "the number is too large"},
+      {"outputs[0].keepDays", {"-0.5", "true"}, "must be a number from 0 on"},
+      {"summaries[0].minFree",
+       {"-1", "0.5", "9223372036854775809", "1e19", "true"},
+       "must be a whole number from 0 to 9223372036854775808"},
       {"outputs[0].saveRp", {"4294967296", "-2147483649", "0.5"}, kNeedsFlag},
       {"outputs[0].directory", {"[]"}, "must be a string"},
       {"outputs[0].varNames", {"\"a\""}, "must be an array of strings"},
@@ -243,11 +252,14 @@ TEST(ConfigurationFile, ReportsWhichSettingsItLoses) {
   full.m_plcWrite.m_disableWriting = 1;
   full.m_plcWrite.m_nodes.GetHead()->m_node.m_driver.value5 = 1;
   full.m_input.m_plcNodes.GetTail()->m_driver.value5 = 2;
+  full.m_outputs.m_outputs.GetHead()->m_retention.keepDays = 1;
+  full.m_summaries.m_summaries.GetHead()->m_retention = {0, 1, 2};
   full.m_input.m_preEquationText = "\xFF";
   const CString kNewest = ": a configuration file of version 1003 cannot hold it";
   EXPECT_EQ(LostInFile(full),
-            Names({"input.plcNodes[1].driver.value5" + kNewest, "plcWrite.nodes[0].driver.value5" + kNewest,
-                   "plcWrite.disableWriting" + kNewest}));
+            Names({"input.plcNodes[1].driver.value5" + kNewest, "outputs[0].keepDays" + kNewest,
+                   "summaries[0].keepBytes" + kNewest, "summaries[0].minFree" + kNewest,
+                   "plcWrite.nodes[0].driver.value5" + kNewest, "plcWrite.disableWriting" + kNewest}));
   CConfiguration old = Parsed(R"({"version": 1002, "outputs": [{}, {"nameVariable": "k", "dwordName": 5,
 "usePrefix": 6, "prefix": "p"}]})");
   const CString kOld = ": a configuration file of version 1002 cannot hold it";

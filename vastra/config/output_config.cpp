@@ -19,6 +19,7 @@ void COutputConfig::Fields(CFieldWalk& walk) {
   walk.Flag("saveCsv", m_saveCsv);
   walk.Field("maxLogs", m_maxLogs);
   walk.Field("maxSamples", m_maxSamples);
+  RetentionFields(walk, m_retention);
   walk.Path("directory", m_directory);
   walk.Field("enableText", m_enableText);
   if (walk.IsLoading()) {  // the values for a form without the naming fields

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "vastra/core/field_walk.h"
+#include "vastra/logfiles/log_policy.h"
 
 namespace vastra {
 
@@ -19,6 +20,14 @@ void SerializeFields(T& object, CArchive& ar, UINT version) {
   if (!IsKnownVersion(version)) return;
   CArchiveWalk walk(ar, version);
   object.Fields(walk);
+}
+
+// The limits that only a named form has. Loading a stream sets them to their defaults.
+inline void RetentionFields(CFieldWalk& walk, CLogRetention& retention) {
+  if (walk.IsLoading()) retention = {};
+  walk.Amount("keepDays", retention.keepDays);
+  walk.Amount("keepBytes", retention.keepBytes);
+  walk.Amount("minFree", retention.minFree);
 }
 
 }  // namespace vastra

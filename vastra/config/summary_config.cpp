@@ -17,6 +17,7 @@ void CSummaryConfig::Fields(CFieldWalk& walk) {
   walk.Flag("saveCsv", m_saveCsv);
   walk.Field("maxSamples", m_maxSamples);
   walk.Field("maxSummaries", m_maxSummaries);
+  RetentionFields(walk, m_retention);
   walk.Path("directory", m_directory);
   walk.Field("summaryText", m_summaryText);
   walk.Field("enableText", m_enableText);

@@ -44,6 +44,9 @@ class VASTRA_API CFieldWalk {
   virtual void Paths(const char* name, CStringList& paths) = 0;
   // The statements of the field textName; a named form may omit them and have only the text.
   virtual void Equations(const char* name, const char* textName, CStringArray& equations);
+  // An amount, 0 or more, that only a named form has: a stream neither stores nor changes it.
+  virtual void Amount(const char* /*name*/, double& /*number*/) {}
+  virtual void Amount(const char* /*name*/, std::uint64_t& /*number*/) {}  // up to 2^63
   // The size of the field arrayName; a named form may omit it and have only the array.
   virtual void SizeOf(const char* name, const char* arrayName, UINT& size);
 

@@ -16,6 +16,7 @@
 #include "vastra/logfiles/log_list.h"
 #include "vastra/logfiles/log_listener.h"
 #include "vastra/logfiles/log_name.h"
+#include "vastra/logfiles/log_policy.h"
 #include "vastra/logfiles/log_writer.h"
 #include "vastra/logfiles/sample_store.h"
 
@@ -36,6 +37,8 @@ struct CFileSettings {
   int m_dwordName = 0;     // non-zero: the name also contains the variable after m_nameVariable
   CString m_prefix;        // of log names
   int m_usePrefix = 0;
+  CString m_logName;          // of the output or summary, as the user calls it
+  CLogRetention m_retention;  // beside m_maxLogs; only where a keeper keeps the logs
 };
 
 class VASTRA_API CFileConfig : public CLinkConfig, public CFileSettings {

@@ -53,6 +53,8 @@ std::unique_ptr<CFileConfig> LogConfig(const Options& options, const char* exten
   config->m_saveRp = options.m_saveRp;
   config->m_saveCsv = options.m_saveCsv;
   config->m_maxSamples = options.m_maxSamples;
+  config->m_logName = options.m_name;
+  config->m_retention = options.m_retention;
   return config;
 }
 std::unique_ptr<CNameConfig> NameConfig(const CStringArray& names);
