@@ -51,6 +51,7 @@
 #include "vastra/platform/array.h"
 #include "vastra/platform/chooser.h"
 #include "vastra/platform/file.h"
+#include "vastra/platform/file_layer.h"
 #include "vastra/platform/file_system.h"
 #include "vastra/platform/list.h"
 #include "vastra/platform/map.h"

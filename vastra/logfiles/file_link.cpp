@@ -8,6 +8,7 @@
 
 #include "vastra/logfiles/log_file.h"
 #include "vastra/logfiles/log_reader.h"
+#include "vastra/platform/file_layer.h"
 #include "vastra/platform/file_system.h"
 
 namespace vastra {
@@ -39,9 +40,8 @@ CString AbsolutePath(const CString& path) {
 }
 
 std::uint64_t SizeOf(const CString& path) {
-  std::error_code failed;
-  const std::uintmax_t size = std::filesystem::file_size(path.Std(), failed);
-  return failed ? 0 : size;
+  CFileStatus status;
+  return FileLayer().Stat(path, status) && status.type == EFileType::regular ? status.size : 0;
 }
 
 }  // namespace

@@ -1,8 +1,6 @@
 #include "vastra/platform/file.h"
 
 #include <fcntl.h>
-#include <sys/file.h>
-#include <sys/stat.h>
 #include <sys/uio.h>
 #include <unistd.h>
 
@@ -12,7 +10,9 @@
 #include <cstring>
 #include <limits>
 #include <system_error>
+#include <utility>
 
+#include "vastra/platform/file_layer.h"
 #include "vastra/platform/file_system.h"
 
 namespace vastra {
@@ -24,23 +24,22 @@ CFile::CFile(const CString& path, UINT mode) {
 }
 
 CFile::~CFile() {
-  if (IsOpen()) ::close(m_handle);
+  if (IsOpen()) FileLayer().Close(m_handle);
 }
 
 int CFile::Open(const CString& path, UINT mode) {
-  if (IsOpen()) ::close(m_handle);
-  int flags = O_CLOEXEC | (mode & modeWrite ? O_WRONLY : O_RDONLY);
+  if (IsOpen()) FileLayer().Close(m_handle);
+  int flags = mode & modeWrite ? O_WRONLY : O_RDONLY;
   if (mode & modeCreate) flags |= O_CREAT | (mode & modeNew ? O_EXCL : O_TRUNC);
   m_path = path;
-  m_handle = ::open(path, flags, 0666);
+  m_handle = FileLayer().Open(path, flags, 0666);
   return IsOpen();
 }
 
 std::size_t CFile::Read(void* bytes, std::size_t count) {
   std::size_t done = 0;
   while (done < count) {
-    const ssize_t part = ::read(m_handle, static_cast<char*>(bytes) + done, count - done);
-    if (part < 0 && errno == EINTR) continue;
+    const ssize_t part = FileLayer().Read(m_handle, static_cast<char*>(bytes) + done, count - done);
     if (part < 0) Fail();
     if (part == 0) break;
     done += static_cast<std::size_t>(part);
@@ -60,8 +59,7 @@ void CFile::WriteParts(iovec* parts, std::size_t count) {
     if (parts == end) return;
     const auto batch =
         static_cast<int>(std::min<std::size_t>(static_cast<std::size_t>(end - parts), IOV_MAX));
-    const ssize_t result = ::writev(m_handle, parts, batch);
-    if (result < 0 && errno == EINTR) continue;
+    const ssize_t result = FileLayer().Write(m_handle, parts, batch);
     if (result < 0) Fail();
     auto done = static_cast<std::size_t>(result);
     while (parts != end && done >= parts->iov_len) done -= (parts++)->iov_len;
@@ -72,21 +70,18 @@ void CFile::WriteParts(iovec* parts, std::size_t count) {
 }
 
 std::uint64_t CFile::GetLength() const {
-  struct stat status = {};
-  if (::fstat(m_handle, &status) != 0) Fail();
-  return S_ISREG(status.st_mode) ? static_cast<std::uint64_t>(status.st_size)
-                                 : std::numeric_limits<std::uint64_t>::max();
+  CFileStatus status;
+  if (!FileLayer().StatOpen(m_handle, status)) Fail();
+  return status.type == EFileType::regular ? status.size : std::numeric_limits<std::uint64_t>::max();
 }
 
 void CFile::Sync() {
-  if (::fsync(m_handle) != 0) Fail();
+  if (!FileLayer().Sync(m_handle)) Fail();
 }
 
 void CFile::Close() {
   if (!IsOpen()) return;
-  const int result = ::close(m_handle);
-  m_handle = -1;
-  if (result != 0) Fail();
+  if (!FileLayer().Close(std::exchange(m_handle, -1))) Fail();
 }
 
 void CFile::Fail() const { throw CFileException(m_path, errno); }
@@ -109,25 +104,26 @@ void CMemFile::WriteParts(iovec* parts, std::size_t count) {
 CReplaceFile::CReplaceFile(const CString& path) : m_target(path) {
   RemoveLeft(path + kSuffix);
   if (!Open(path + kSuffix, modeWrite | modeCreate | modeNew)) Fail();
-  ::flock(m_handle, LOCK_EX | LOCK_NB);  // may fail: some network file systems have no locks
+  FileLayer().Lock(m_handle);  // may fail: some network file systems have no locks
 }
 
 void CReplaceFile::RemoveLeft(const CString& path) {
-  const int handle = ::open(path, O_WRONLY | O_NONBLOCK | O_CLOEXEC);
-  if (handle < 0) return;
-  if (::flock(handle, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK) ::unlink(path);
-  ::close(handle);
+  CFileLayer& files = FileLayer();
+  const int image = files.Open(path, O_WRONLY | O_NONBLOCK, 0);
+  if (image < 0) return;
+  if (files.Lock(image) != EFileLock::held) files.Remove(path);
+  files.Close(image);
 }
 
 CReplaceFile::~CReplaceFile() {
-  if (!m_replaced) ::unlink(m_path);
+  if (!m_replaced) FileLayer().Remove(m_path);
 }
 
 void CReplaceFile::Replace() {
   Sync();
   const CFile lock(::dup(m_handle));  // keeps the lock until the new image has its name
   Close();
-  if (::rename(m_path, m_target) != 0) Fail();
+  if (!FileLayer().Rename(m_path, m_target, true)) Fail();
   m_replaced = true;
   SyncDirectory(DirectoryOf(m_target));
 }

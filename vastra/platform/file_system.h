@@ -28,7 +28,8 @@ VASTRA_API int SetCurrentDirectory(const CString& directory);
 VASTRA_API CString JoinPath(const CString& directory, const CString& name);
 // The part of path before its last "/"; "." if it has none, "/" for a file in the root directory.
 VASTRA_API CString DirectoryOf(const CString& path);
-// Syncs the entries of directory to the disk. Ignores failures: not every file system can.
-VASTRA_API void SyncDirectory(const CString& directory);
+// Syncs the entries of directory to the disk. Returns 1, or 0 with the reason in errno; 1 where the file
+// system cannot sync a directory.
+VASTRA_API int SyncDirectory(const CString& directory);
 
 }  // namespace vastra
