@@ -43,6 +43,7 @@
 #include "vastra/logfiles/log_keeper.h"
 #include "vastra/logfiles/log_ledger.h"
 #include "vastra/logfiles/log_listener.h"
+#include "vastra/logfiles/log_naming.h"
 #include "vastra/logfiles/log_policy.h"
 #include "vastra/logfiles/log_reader.h"
 #include "vastra/logfiles/sample_store.h"

@@ -1,0 +1,51 @@
+// CLogLock: ensures that one output or summary at a time writes the names of a naming in a folder, in all
+// processes. Its file, ".vastra-KEY.lock", stays in the folder when the lock is released, and remembers the
+// log that a clean stop has left unfinished. docs/file-formats.md describes the file.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "vastra/logfiles/log_naming.h"
+#include "vastra/platform/file.h"
+#include "vastra/platform/time.h"
+
+namespace vastra {
+
+// A log that is not full, which the next run continues.
+struct CUnfinishedLog {
+  CString name;  // without the extension
+  _timeb firstTime;
+  std::uint64_t samples = 0;
+
+  bool operator==(const CUnfinishedLog&) const = default;
+};
+
+class CLogLock {
+ public:
+  CLogLock() = default;
+  CLogLock(const CLogLock&) = delete;
+  CLogLock& operator=(const CLogLock&) = delete;
+  ~CLogLock() { Release(); }
+
+  // Locks the naming in its folder; key is its LogKey. Returns 1, or 0 if another lock is in use, of this or
+  // another process, whose logs could have the same names: other is the id of that process then, 0 if it is
+  // not known. Throws CFileException if the file of the lock cannot be created. Where the file system has no
+  // locks the result is 1.
+  int Take(const CString& key, const CLogNaming& naming, int& other);
+  void Release();  // no effect without a lock
+  bool IsTaken() const { return m_file >= 0; }
+
+  // The unfinished log of the last clean stop; none if there is no record of it or the record is damaged.
+  std::optional<CUnfinishedLog> GetUnfinished() const { return m_unfinished; }
+  // Stores log, or that there is none. It is on the disk when this returns; throws CFileException otherwise.
+  void SetUnfinished(const std::optional<CUnfinishedLog>& log);
+
+ private:
+  int m_file = -1;  // the locked descriptor
+  CString m_path;
+  CLogNaming m_naming;
+  std::optional<CUnfinishedLog> m_unfinished;
+};
+
+}  // namespace vastra
