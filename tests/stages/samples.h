@@ -48,6 +48,7 @@ inline void SetNode(CPlcNodeConfig& node, const char* names, float scale = 0, bo
 template <class Stage>
 class CStageFixture : public CLogFixture {
  protected:
+  ~CStageFixture() override { ExpectBalance(); }
   auto& Options() { return *m_stage.GetOptions(); }
   int Open(const char* names = "x") {
     CStringArray given = Split(names);
@@ -55,7 +56,14 @@ class CStageFixture : public CLogFixture {
   }
   int Write(std::initializer_list<float> values, std::int32_t time = kStart) {
     CLogSample sample = Sample(time, values);
-    return m_stage.Write(sample);
+    const int written = m_stage.Write(sample);
+    ExpectBalance();
+    return written;
+  }
+  // The account of each log of the stage agrees with itself.
+  void ExpectBalance() const {
+    if constexpr (requires { m_stage.GetLedgers(); })
+      for (const CLogLedger& ledger : m_stage.GetLedgers()) EXPECT_TRUE(ledger.IsBalanced());
   }
   std::string WriteThree() {
     std::string results;

@@ -94,6 +94,7 @@ const CFault* CFileLink::OpenDirectory() {
 
 void CFileLink::Close() {
   Begin(functionClose);
+  m_account.Discard("closed before they were saved");
   m_samples.FreeMemory();
   m_csvText.FreeMemory();
   m_nextFile = nullptr;
@@ -117,7 +118,7 @@ const CFault* CFileLink::KeepSample(const CLogSample& sample) {
   } catch (const std::bad_alloc&) {
     return &kNoMemory;
   }
-  if (IsWriter()) m_samples.Append(sample);
+  if (IsWriter()) m_samples.Append(sample), m_account.Take(sample.m_time);
   return nullptr;
 }
 
@@ -141,17 +142,17 @@ const CFault* CFileLink::SaveLog() {
   const CFault* failed = nullptr;
   if (m_saveRp) {
     if (SaveAsRP(name))
-      m_rpLogs.Add(FileOfRP(name)), m_rpLogs.Rotate(m_directory, m_maxLogs);
+      m_rpLogs.Add(FileOfRP(name)), Rotate(m_rpLogs);
     else
       failed = &kRpNotSaved;
   }
   if (m_saveCsv && !failed) {
     if (SaveAsCSV(name))
-      m_csvLogs.Add(FileOfCSV(name)), m_csvLogs.Rotate(m_directory, m_maxLogs);
+      m_csvLogs.Add(FileOfCSV(name)), Rotate(m_csvLogs);
     else
       failed = &kCsvNotSaved;
   }
-  m_samples.RemoveAll();
+  DropSamples();
   return failed;
 }
 
@@ -162,11 +163,11 @@ int CFileLink::PartialFlush() {
   if (!m_partial) BeginPartialLog();
   if (m_saveRp) {
     if (!SaveAsRP(m_currentName)) return Fail(functionPartialFlush, kRpNotSaved);
-    m_rpLogs.Rotate(m_directory, m_maxLogs);
+    Rotate(m_rpLogs);
   }
   if (m_saveCsv) {
     if (!SaveAsCSV(m_currentName)) Send(functionPartialFlush, kCsvNotSaved);
-    m_csvLogs.Rotate(m_directory, m_maxLogs);
+    Rotate(m_csvLogs);
   }
   return End(functionPartialFlush);
 }
@@ -186,7 +187,7 @@ void CFileLink::EndPartialLog() {
   m_ending = true;
   PartialFlush();
   m_ending = false;
-  m_samples.RemoveAll();
+  DropSamples();
   m_currentName.Empty();
   m_partial = 0;
 }
@@ -198,12 +199,31 @@ CString CFileLink::CreateName() {
   return CreateFileNameFromVar(m_nameVariable, m_varNames, m_samples, m_dwordName, prefix);
 }
 
-int CFileLink::SaveFile(const CString& file, const std::function<void(CFile&)>& write) {
+int CFileLink::SaveFile(const CString& file, bool counts, const std::function<void(CFile&)>& write) {
   const CString path = JoinPath(m_directory, file);
   CSaveFailure failure;
-  const int saved = SaveLogFile(path, m_partial, write, m_pListener ? &failure : nullptr);
+  const int saved = SaveLogFile(path, m_partial, write, &failure);
+  if (!saved)
+    m_notSaved = failure.reason;
+  else if (counts)
+    HaveSaved(file);
   if (m_pListener) saved ? ReportSaved(path) : ReportFailure(path, failure);
   return saved;
+}
+
+void CFileLink::HaveSaved(const CString& file) {
+  if (!m_partial) m_account.Remove(file);  // an older log of this name was replaced
+  m_account.Save(file);
+}
+
+void CFileLink::Rotate(CLogList& logs) {
+  for (const CString& file : logs.Rotate(m_directory, m_maxLogs)) m_account.Remove(file);
+}
+
+// Those that no file has are lost.
+void CFileLink::DropSamples() {
+  m_account.Discard(m_notSaved);
+  m_samples.RemoveAll();
 }
 
 void CFileLink::ReportSaved(const CString& path) {
@@ -221,11 +241,11 @@ void CFileLink::ReportFailure(const CString& path, const CSaveFailure& failure) 
 }
 
 int CFileLink::SaveAsRP(const CString& name) {
-  return SaveFile(FileOfRP(name), [this](CFile& file) { m_writer.Write(file, m_samples); });
+  return SaveFile(FileOfRP(name), true, [this](CFile& file) { m_writer.Write(file, m_samples); });
 }
 
 int CFileLink::SaveAsCSV(const CString& name) {
-  return SaveFile(FileOfCSV(name), [this](CFile& file) {
+  return SaveFile(FileOfCSV(name), !m_saveRp, [this](CFile& file) {
     m_partial ? WritePartialCsv(file) : WriteCsv(file, m_varNames, m_samples, m_csvText);
   });
 }

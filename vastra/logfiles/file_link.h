@@ -13,6 +13,7 @@
 
 #include "vastra/core/link.h"
 #include "vastra/logfiles/csv_format.h"
+#include "vastra/logfiles/log_account.h"
 #include "vastra/logfiles/log_list.h"
 #include "vastra/logfiles/log_listener.h"
 #include "vastra/logfiles/log_name.h"
@@ -101,6 +102,10 @@ class VASTRA_API CFileLink : public CLink, private CFileSettings {
   // the current log that were not read yet, and all its samples. Both 0 in any other state.
   CFill GetFill() const;
 
+  // Writer: the account of the samples, without those that were kept from the link.
+  CLogLedger GetLedger() const { return m_account.Ledger(); }
+  std::uint64_t TakenCount() const { return m_account.Ledger().taken; }
+
   // Buffer: the value at index of the last sample. 0, with value unchanged and without a message, in any
   // other state or beyond the end of the sample.
   int ReadVariable(UINT index, float& value);
@@ -122,7 +127,10 @@ class VASTRA_API CFileLink : public CLink, private CFileSettings {
   const CFault* SaveLog();
   void BeginPartialLog();
   void EndPartialLog();
-  int SaveFile(const CString& file, const std::function<void(CFile&)>& write);
+  int SaveFile(const CString& file, bool counts, const std::function<void(CFile&)>& write);
+  void HaveSaved(const CString& file);
+  void Rotate(CLogList& logs);
+  void DropSamples();
   void ReportSaved(const CString& path);
   void ReportFailure(const CString& path, const CSaveFailure& failure);
   int SaveAsRP(const CString& name);
@@ -149,6 +157,8 @@ class VASTRA_API CFileLink : public CLink, private CFileSettings {
   CSampleStore m_samples;      // of the log that is being collected or played
   CStringList m_orderedFiles;  // the logs of a replay
   CLogList m_rpLogs, m_csvLogs;
+  CLogAccount m_account;
+  CString m_notSaved;  // why the last file could not be saved
   CLogWriter m_writer;
   CCsvText m_csvText;  // of a growing log, up to m_csvPlace; for other logs only a buffer
   CSampleStore::CPlace m_csvPlace;

@@ -17,4 +17,13 @@ void CLogLedger::Lose(const CString& cause, std::uint64_t rows, const _timeb& fi
   same->last = last;
 }
 
+CLogLedger& CLogLedger::operator+=(const CLogLedger& other) {
+  constexpr std::uint64_t CLogLedger::*kCounts[] = {
+      &CLogLedger::offered, &CLogLedger::unwanted, &CLogLedger::taken,     &CLogLedger::recovered,
+      &CLogLedger::onDisk,  &CLogLedger::rotated,  &CLogLedger::inJournal, &CLogLedger::inMemory};
+  for (const auto count : kCounts) this->*count += other.*count;
+  for (const CLogLoss& loss : other.losses) Lose(loss.cause, loss.rows, loss.first, loss.last);
+  return *this;
+}
+
 }  // namespace vastra

@@ -35,6 +35,7 @@ struct CLogLedger {
 
   // Counts rows as lost. A loss with the same cause as an earlier one extends it.
   VASTRA_API void Lose(const CString& cause, std::uint64_t rows, const _timeb& first, const _timeb& last);
+  VASTRA_API CLogLedger& operator+=(const CLogLedger& other);
   bool IsBalanced() const {
     return offered == unwanted + taken && taken + recovered == onDisk + inJournal + inMemory + lost;
   }

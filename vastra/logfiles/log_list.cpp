@@ -20,16 +20,20 @@ void CLogList::Add(const CString& name) {
   ++m_uses[name.Std()];
 }
 
-void CLogList::Rotate(const CString& directory, UINT maxLogs) {
-  while (static_cast<UINT>(m_names.GetCount()) > maxLogs) RemoveFile(directory);
+std::vector<CString> CLogList::Rotate(const CString& directory, UINT maxLogs) {
+  std::vector<CString> gone;
+  CString name;
+  while (static_cast<UINT>(m_names.GetCount()) > maxLogs)
+    if (RemoveFile(directory, name)) gone.push_back(name);
+  return gone;
 }
 
-// Removes the oldest entry and deletes its file, unless the list contains the name again: then a newer log
-// has replaced the file. If the file cannot be deleted (0), the entry is removed all the same.
-int CLogList::RemoveFile(const CString& directory) {
-  const CString name = m_names.RemoveHead();
+// Removes the oldest entry and deletes its file, name, unless the list contains the name again: then a newer
+// log has replaced the file. If the file stays (0), the entry is removed all the same.
+int CLogList::RemoveFile(const CString& directory, CString& name) {
+  name = m_names.RemoveHead();
   const auto use = m_uses.find(name.Std());
-  if (--use->second > 0) return 1;
+  if (--use->second > 0) return 0;
   m_uses.erase(use);
   const CString path = JoinPath(directory, name);
   return FileExists(path) ? DeleteFile(path) : 1;

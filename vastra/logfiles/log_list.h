@@ -3,6 +3,7 @@
 
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 #include "vastra/platform/list.h"
 
@@ -15,13 +16,14 @@ class CLogList {
   void CreateFileList(const CString& directory, const CString& extension);
   // Appends a log by its file name without the directory.
   void Add(const CString& name);
-  // Removes the oldest logs of directory until the list has maxLogs entries.
-  void Rotate(const CString& directory, UINT maxLogs);
+  // Removes the oldest logs of directory until the list has maxLogs entries. Returns the names of those whose
+  // files are gone.
+  std::vector<CString> Rotate(const CString& directory, UINT maxLogs);
 
   int GetCount() const { return m_names.GetCount(); }
 
  private:
-  int RemoveFile(const CString& directory);
+  int RemoveFile(const CString& directory, CString& name);
 
   CStringList m_names;
   std::unordered_map<std::string, int> m_uses;  // how often each name is in the list

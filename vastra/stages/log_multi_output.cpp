@@ -13,11 +13,8 @@ int CLogMultiOutput::Open(CStringArray& names) {
 
 int CLogMultiOutput::Write(CLogSample& sample) {
   if (!m_open) return 0;
-  for (CLogSingleOutput* output : m_outputs) {
-    if (!output->Verify(sample)) return 0;
-    if (output->RestartLog()) output->Restart();
-    if (output->WriteToLog() && !output->Write(sample)) return 0;
-  }
+  for (CLogSingleOutput* output : m_outputs)
+    if (!output->Pass(sample)) return 0;
   return 1;
 }
 
@@ -35,10 +32,12 @@ CFill CLogMultiOutput::GetFill() const {
 
 void CLogMultiOutput::Deliver() {}
 
-std::vector<CLogLedger> CLogMultiOutput::GetLedgers() const { return m_ledgers; }
+std::vector<CLogLedger> CLogMultiOutput::GetLedgers() const {
+  return m_open ? LedgersOf(m_outputs) : m_ledgers;
+}
 
 void CLogMultiOutput::Close() {
-  CloseSingles(m_outputs);
+  CloseSingles(m_outputs, m_ledgers);
   m_open = 0;
 }
 

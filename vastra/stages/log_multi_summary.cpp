@@ -30,10 +30,12 @@ int CLogMultiSummary::Restart() {
 
 void CLogMultiSummary::Deliver() {}
 
-std::vector<CLogLedger> CLogMultiSummary::GetLedgers() const { return m_ledgers; }
+std::vector<CLogLedger> CLogMultiSummary::GetLedgers() const {
+  return m_open ? LedgersOf(m_summaries) : m_ledgers;
+}
 
 void CLogMultiSummary::Close() {
-  CloseSingles(m_summaries);
+  CloseSingles(m_summaries, m_ledgers);
   m_open = 0;
 }
 

@@ -20,6 +20,7 @@ std::unique_ptr<CFileConfig> FileConfig(const COutputConfig& options) {
 
 int CLogSingleOutput::Open(CStringArray& names) {
   if (m_open) Close();
+  m_account.Begin();
   m_enable.GetOptions()->m_equations = m_options.m_enableEquations;
   if (!m_enable.Open(names)) return 0;
   if (WritesFiles()) {
@@ -40,11 +41,19 @@ int CLogSingleOutput::Open(CStringArray& names) {
 
 void CLogSingleOutput::Close() {
   if (m_pFileLink) Restart();
+  m_account.End(m_pFileLink);
   m_enable.Close();
   delete m_pHeadLink;
   m_pHeadLink = nullptr;
   m_pFileLink = nullptr;
   m_open = 0;
+}
+
+int CLogSingleOutput::Pass(CLogSample& sample) {
+  if (!Verify(sample)) return m_account.Refuse(), 0;
+  if (RestartLog()) Restart();
+  if (!WriteToLog() || !m_pFileLink) return m_account.Refuse(), 1;
+  return m_account.Pass(*m_pFileLink, sample.m_time, [&] { return Write(sample); });
 }
 
 int CLogSingleOutput::Restart() {

@@ -5,6 +5,7 @@
 #include "vastra/config/output_config.h"
 #include "vastra/logfiles/file_link.h"
 #include "vastra/stages/single_enable.h"
+#include "vastra/stages/stage_account.h"
 
 namespace vastra {
 
@@ -19,7 +20,11 @@ class VASTRA_API CLogSingleOutput : public CLogFacade {
   // Writes the samples collected so far as a last, shorter log.
   void Close();
 
-  // All 0 on a closed output.
+  // Runs the equations on sample, restarts the log and writes the sample if they say so. 0: the equations
+  // failed, or Write did.
+  int Pass(CLogSample& sample);
+
+  // The steps of Pass. All 0 on a closed output.
   int Verify(CLogSample& sample) { return m_open ? m_enable.Verify(sample) : 0; }
   int RestartLog() { return m_open ? m_enable.RestartLog() : 0; }
   int WriteToLog() { return m_open ? m_enable.WriteToLog() : 0; }
@@ -38,6 +43,9 @@ class VASTRA_API CLogSingleOutput : public CLogFacade {
     m_listenerLog = log;
   }
 
+  // The account of the samples since Open; on a closed output that of its last run.
+  CLogLedger GetLedger() const { return m_account.Ledger(m_pFileLink); }
+
   COutputConfig* GetOptions() { return &m_options; }
 
  private:
@@ -49,6 +57,7 @@ class VASTRA_API CLogSingleOutput : public CLogFacade {
   int m_listenerLog = 0;
   CFileLink* m_pFileLink = nullptr;  // in the chain
   CLogSingleEnable m_enable;
+  CStageAccount m_account;
 };
 
 }  // namespace vastra

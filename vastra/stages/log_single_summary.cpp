@@ -17,6 +17,7 @@ std::unique_ptr<CFileConfig> ArchiveConfig(const CSummaryConfig& options) {
 
 int CLogSingleSummary::Open(CStringArray& names) {
   if (m_open) Close();
+  m_account.Begin();
   m_enable.GetOptions()->m_equations = m_options.m_enableEquations;
   if (!m_enable.Open(names)) return 0;
   if (WritesFiles() && !OpenChains(names)) return 0;
@@ -41,6 +42,7 @@ bool CLogSingleSummary::OpenChains(const CStringArray& names) {
 
 void CLogSingleSummary::Close() {
   if (m_pArchiveLink) Restart();
+  m_account.End(m_pArchiveLink);
   m_enable.Close();
   delete m_pEquatorLink;
   m_pEquatorLink = nullptr;
@@ -57,9 +59,9 @@ int CLogSingleSummary::AddToSummary(CLogSample& sample) {
 
 int CLogSingleSummary::Flush() {
   if (!m_open) return 0;
-  if (!m_pArchiveLink) return 1;
-  if (!m_pBufferLink->Read(m_row) || !m_pArchiveLink->Write(m_row)) return 0;
-  return m_pArchiveLink->PartialFlush();
+  if (!m_pArchiveLink) return m_account.Refuse(), 1;
+  const auto write = [this] { return m_pBufferLink->Read(m_row) && m_pArchiveLink->Write(m_row); };
+  return m_account.Pass(*m_pArchiveLink, m_row.m_time, write) && m_pArchiveLink->PartialFlush();
 }
 
 int CLogSingleSummary::Restart() {

@@ -6,6 +6,7 @@
 #include "vastra/config/summary_config.h"
 #include "vastra/logfiles/file_link.h"
 #include "vastra/stages/single_enable.h"
+#include "vastra/stages/stage_account.h"
 
 namespace vastra {
 
@@ -42,6 +43,9 @@ class VASTRA_API CLogSingleSummary : public CLogFacade {
     m_listenerLog = log;
   }
 
+  // The account of the samples since Open; on a closed summary that of its last run.
+  CLogLedger GetLedger() const { return m_account.Ledger(m_pArchiveLink); }
+
   CSummaryConfig* GetOptions() { return &m_options; }
 
  private:
@@ -56,6 +60,7 @@ class VASTRA_API CLogSingleSummary : public CLogFacade {
   CFileLink* m_pArchiveLink = nullptr;  // a chain of its own, owned
   CSummarySingleEnable m_enable;
   CLogSample m_row;  // a member to reuse its memory
+  CStageAccount m_account;
 };
 
 }  // namespace vastra

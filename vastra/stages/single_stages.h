@@ -1,6 +1,9 @@
 // Shared by the stages that own a list of single stages, one for each entry of the configuration.
 #pragma once
 
+#include <vector>
+
+#include "vastra/logfiles/log_ledger.h"
 #include "vastra/platform/list.h"
 
 namespace vastra {
@@ -33,6 +36,21 @@ int OpenSingles(CList<Single*, Single*>& singles, const CList<Config*, Config*>&
 template <class Single>
 void RestartSingles(const CList<Single*, Single*>& singles) {
   for (Single* single : singles) single->Restart();
+}
+
+template <class Single>
+std::vector<CLogLedger> LedgersOf(const CList<Single*, Single*>& singles) {
+  std::vector<CLogLedger> ledgers;
+  for (const Single* single : singles) ledgers.push_back(single->GetLedger());
+  return ledgers;
+}
+
+// The same for singles that log. ledgers gets their accounts; it stays as it is if there are none.
+template <class Single>
+void CloseSingles(CList<Single*, Single*>& singles, std::vector<CLogLedger>& ledgers) {
+  for (Single* single : singles) single->Close();
+  if (singles.GetCount() > 0) ledgers = LedgersOf(singles);
+  DeleteAll(singles);
 }
 
 // Closes all, first to last, and then deletes them.
