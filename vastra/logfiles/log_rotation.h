@@ -44,6 +44,13 @@ class CLogRotation {
     bool isStuck = false;  // it could not be removed, which was reported
   };
   using CLogs = std::vector<CLog>;  // of one form, oldest first
+
+  CLogNaming m_naming;
+  UINT m_maxLogs;
+  CLogRetention m_retention;
+  CString m_saving;
+  bool m_isListed = false;
+  CLogs m_logs[2];  // by ELogForm
 };
 
 }  // namespace vastra
