@@ -62,8 +62,9 @@ class CStageFixture : public CLogFixture {
   }
   // The account of each log of the stage agrees with itself.
   void ExpectBalance() const {
-    if constexpr (requires { m_stage.GetLedgers(); })
+    if constexpr (requires { m_stage.GetLedgers(); }) {
       for (const CLogLedger& ledger : m_stage.GetLedgers()) EXPECT_TRUE(ledger.IsBalanced());
+    }
   }
   std::string WriteThree() {
     std::string results;
