@@ -39,6 +39,7 @@
 #include "vastra/equations/sub_coder.h"
 #include "vastra/logfiles/csv_format.h"
 #include "vastra/logfiles/file_link.h"
+#include "vastra/logfiles/journal_reader.h"
 #include "vastra/logfiles/log_format.h"
 #include "vastra/logfiles/log_keeper.h"
 #include "vastra/logfiles/log_ledger.h"

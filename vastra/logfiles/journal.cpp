@@ -1,0 +1,142 @@
+#include "vastra/logfiles/journal.h"
+
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "vastra/platform/file_system.h"
+
+namespace vastra {
+namespace {
+
+constexpr std::size_t kJournalBufferSize = std::size_t{256} * 1024;
+constexpr int kMostCreations = 5;
+
+void PutJournalSample(std::string& bytes, const CSampleRecord& sample) {
+  const std::size_t record = BeginJournalRecord(bytes, EJournalRecord::sample);
+  char count[kLongCountSize];
+  bytes.append(reinterpret_cast<const char*>(&sample.m_time), sizeof sample.m_time);
+  bytes.append(count, static_cast<std::size_t>(PutCount(count, sample.m_count) - count));
+  bytes.append(sample.m_values, sample.m_count * sizeof(float));
+  EndJournalRecord(bytes, record);
+}
+
+}  // namespace
+
+// The recovery of another process can lock and remove the file before it is locked here.
+void CJournalFile::Create(const CString& path) {
+  for (int creations = 1;; ++creations) {
+    if (!Open(path, modeWrite | modeCreate | modeNew)) Fail();
+    Lock();
+    if (FileExists(path) || creations == kMostCreations) return;
+  }
+}
+
+void CJournalFile::OpenExisting(const CString& path) {
+  if (!Open(path, modeWrite)) Fail();
+  Lock();
+}
+
+void CJournalFile::Lock() {
+  if (::flock(m_handle, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)
+    Fail();  // other faults: no locks here
+}
+
+void CJournalFile::SetLength(std::uint64_t length) {
+  const auto offset = static_cast<off_t>(length);
+  if (::ftruncate(m_handle, offset) != 0 || ::lseek(m_handle, offset, SEEK_SET) < 0) Fail();
+}
+
+CJournalWriter::CJournalWriter(const CString& path, const CJournalHead& head) {
+  m_file.Create(path);
+  try {
+    WriteRecords([&] {
+      const CJournalStart start;
+      m_buffer.append(reinterpret_cast<const char*>(&start), sizeof start);
+      PutJournalHead(m_buffer, head);
+    });
+  } catch (...) {
+    DeleteFile(path);
+    throw;
+  }
+}
+
+CJournalWriter::CJournalWriter(const CString& path, CJournalContent& content, CSampleStore& samples) {
+  m_file.OpenExisting(path);
+  if (!ReadJournal(path, content, samples)) return;
+  m_length = content.goodBytes;
+  Cut();
+}
+
+void CJournalWriter::Append(const CSampleSpans& samples) {
+  WriteRecords([&] {
+    CSampleRecord sample;
+    for (CSampleSpan span : samples)
+      while (span.GetNext(sample)) {
+        PutJournalSample(m_buffer, sample);
+        if (m_buffer.size() >= kJournalBufferSize) FlushBuffer();
+      }
+  });
+}
+
+void CJournalWriter::Name(const CString& name, const _timeb& first, std::uint64_t samples) {
+  WriteRecords([&] { PutJournaledLog(m_buffer, {name, first, samples}); });
+  Sync();
+}
+
+template <class T>
+void CJournalWriter::WriteRecords(const T& put) {
+  const std::lock_guard lock(m_mutex);
+  if (m_isRemoved) return;
+  if (m_isTorn) Cut();
+  m_buffer.clear();
+  m_written = m_length;
+  try {
+    m_isTorn = true;
+    put();
+    FlushBuffer();
+    m_length = m_written;
+    m_isTorn = false;
+  } catch (...) {
+    try {
+      Cut();
+    } catch (const CFileException&) {  // the next write tries again
+    }
+    throw;
+  }
+}
+
+void CJournalWriter::FlushBuffer() {
+  m_file.Write(m_buffer.data(), m_buffer.size());
+  m_written += m_buffer.size();
+  m_buffer.clear();
+}
+
+void CJournalWriter::Cut() {
+  m_file.SetLength(m_length);
+  m_isTorn = false;
+}
+
+void CJournalWriter::Sync() {
+  if (m_isRemoved) return;
+  if (const int error = m_syncError) throw CFileException(GetPath(), error);
+  try {
+    m_file.Sync();
+  } catch (const CFileException& fault) {
+    m_syncError = fault.m_error;
+    throw;
+  }
+  if (m_isNameSynced) return;
+  SyncDirectory(DirectoryOf(GetPath()));
+  m_isNameSynced = true;
+}
+
+void CJournalWriter::Remove() {
+  const std::lock_guard lock(m_mutex);
+  if (m_isRemoved) return;
+  if (!DeleteFile(GetPath()) && errno != ENOENT) throw CFileException(GetPath(), errno);
+  m_isRemoved = true;
+}
+
+}  // namespace vastra

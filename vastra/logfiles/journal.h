@@ -1,0 +1,76 @@
+// CJournalWriter: the journal of one log, which has the samples of the log before the log is on the disk. The
+// keeper of logs writes it. After a kill or a power cut the next run makes the log of it (journal_reader.h).
+#pragma once
+
+#include <atomic>
+#include <mutex>
+
+#include "vastra/logfiles/journal_reader.h"
+
+namespace vastra {
+
+// The file of a journal. It is locked while a process has it open; the lock ends with the process.
+class CJournalFile : public CFile {
+ public:
+  // Creates the file. Throws CFileException if it exists or if another process has locked it.
+  void Create(const CString& path);
+  // Opens an existing file for writing, with the same lock.
+  void OpenExisting(const CString& path);
+  // Cuts the file after length bytes. The next write follows them.
+  void SetLength(std::uint64_t length);
+
+ private:
+  void Lock();
+};
+
+// Append, Name, Sync and Remove may be called from different threads at the same time: a Sync, which can last
+// long, does not delay the others. Each operation can throw CFileException, Append and Name std::bad_alloc,
+// too. One that fails leaves nothing in the journal: its bytes are removed at once, or before the next write
+// if that fails, too. Later operations can succeed.
+class CJournalWriter {
+ public:
+  // Creates the journal at path, which must not exist, locks it and writes its head. The system's error
+  // EWOULDBLOCK means that another process has locked the file.
+  CJournalWriter(const CString& path, const CJournalHead& head);
+  // Continues an existing journal: locks and reads it, as ReadJournal does, and removes what is torn at its
+  // end. If content has a fault, the file is unchanged, and only Remove may be called.
+  CJournalWriter(const CString& path, CJournalContent& content, CSampleStore& samples);
+  CJournalWriter(const CJournalWriter&) = delete;
+  CJournalWriter& operator=(const CJournalWriter&) = delete;
+  ~CJournalWriter() = default;  // the file stays
+
+  const CString& GetPath() const { return m_file.GetPath(); }
+
+  // Writes all samples, or none if it throws.
+  void Append(const CSampleSpans& samples);
+  // Writes the name that the log of these samples is about to get, the time of its first sample and the
+  // number of its samples, and syncs: a recovery then finds the log by its name and leaves its samples out.
+  // The last name holds.
+  void Name(const CString& name, const _timeb& first, std::uint64_t samples);
+  // Returns when what was written before the call is on the disk, the first time also the name of the file.
+  // After a sync has failed each further Sync fails, too: the system can report success for bytes that it has
+  // dropped. The caller writes the samples to a new journal.
+  void Sync();
+  // Removes the file. The other operations have no effect then. No effect if the file was removed before.
+  void Remove();
+
+ private:
+  // Calls put, which appends records to m_buffer, and writes them: all or none.
+  template <class T>
+  void WriteRecords(const T& put);
+  void FlushBuffer();
+  void Cut();
+
+  std::mutex m_mutex;  // of the members up to m_isTorn
+  CJournalFile m_file;
+  std::string m_buffer;         // records to write
+  std::uint64_t m_length = 0;   // of the whole records in the file
+  std::uint64_t m_written = 0;  // of the file, with the records that are being written
+  bool m_isTorn = false;        // bytes after m_length have to be removed
+
+  std::atomic<bool> m_isRemoved{false};
+  std::atomic<bool> m_isNameSynced{false};  // the file's entry in its folder
+  std::atomic<int> m_syncError{0};          // errno of the sync that failed
+};
+
+}  // namespace vastra

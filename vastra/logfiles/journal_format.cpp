@@ -1,0 +1,132 @@
+#include "vastra/logfiles/journal_format.h"
+
+#include <bit>
+#include <cstring>
+
+#include "vastra/logfiles/crc32c.h"
+#include "vastra/platform/archive.h"
+
+namespace vastra {
+namespace {
+
+// Stores or loads the fields of a payload, in the direction of the archive: the order of the fields is
+// defined once.
+class CJournalFields {
+ public:
+  explicit CJournalFields(CArchive& ar) : m_ar(ar) {}
+
+  void Visit(std::uint8_t& value) { Move(value); }
+  void Visit(std::uint32_t& value) { Move(value); }
+  void Visit(CString& text) { Move(text); }
+  void Visit(CStringArray& texts) { m_ar.Serialize(texts); }
+  void Visit(bool& flag) {
+    std::uint8_t byte = flag;
+    Move(byte);
+    flag = byte != 0;
+  }
+  void Visit(std::uint64_t& value) {
+    auto low = static_cast<std::uint32_t>(value), high = static_cast<std::uint32_t>(value >> 32);
+    Move(low);
+    Move(high);
+    value = std::uint64_t{high} << 32 | low;
+  }
+  void Visit(double& value) {
+    auto bits = std::bit_cast<std::uint64_t>(value);
+    Visit(bits);
+    value = std::bit_cast<double>(bits);
+  }
+  void Visit(_timeb& time) {
+    std::uint32_t words[sizeof time / sizeof(std::uint32_t)];
+    std::memcpy(words, &time, sizeof time);
+    for (std::uint32_t& word : words) Move(word);
+    std::memcpy(&time, words, sizeof time);
+  }
+  void Visit(CLogNaming& naming) {
+    VisitAll(naming.directory, naming.prefix, naming.nameVariable, naming.dwordName, naming.extension,
+             naming.saveRp, naming.saveCsv);
+  }
+  void Visit(CLogRetention& retention) {
+    VisitAll(retention.keepDays, retention.keepBytes, retention.minFree);
+  }
+  void Visit(CJournaledLog& log) { VisitAll(log.name, log.first, log.samples); }
+  void Visit(std::optional<CJournaledLog>& log) {
+    bool is = log.has_value();
+    Visit(is);
+    if (is) Visit(log ? *log : log.emplace());
+  }
+  void Visit(CJournalHead& head) {
+    VisitAll(head.isSummary, head.name, head.naming, head.maxLogs, head.maxSamples, head.retention,
+             head.varNames, head.continues);
+  }
+
+ private:
+  template <class... T>
+  void VisitAll(T&... values) {
+    (Visit(values), ...);
+  }
+  template <class T>
+  void Move(T& value) {
+    if (m_ar.IsStoring())
+      m_ar << value;
+    else
+      m_ar >> value;
+  }
+
+  CArchive& m_ar;
+};
+
+template <class T>
+void PutFields(std::string& bytes, EJournalRecord type, T values) {
+  CMemFile payload;
+  CArchive ar(&payload, CArchive::store);
+  CJournalFields(ar).Visit(values);
+  ar.Close();
+  const std::size_t record = BeginJournalRecord(bytes, type);
+  bytes += payload.Bytes();
+  EndJournalRecord(bytes, record);
+}
+
+template <class T>
+bool GetFields(std::string_view payload, T& values) {
+  CMemFile file{std::string(payload)};
+  CArchive ar(&file, CArchive::load);
+  try {
+    CJournalFields(ar).Visit(values);
+    return ar.Remaining() == 0;
+  } catch (const CArchiveException&) {
+    return false;
+  }
+}
+
+}  // namespace
+
+std::size_t BeginJournalRecord(std::string& bytes, EJournalRecord type) {
+  const std::size_t record = bytes.size();
+  bytes.append(kJournalTypeOffset, '\0');
+  bytes += static_cast<char>(type);
+  return record;
+}
+
+void EndJournalRecord(std::string& bytes, std::size_t record) {
+  char* at = bytes.data() + record;
+  const auto length = static_cast<std::uint32_t>(bytes.size() - record - kJournalRecordSize);
+  std::memcpy(at, &length, sizeof length);
+  const std::uint32_t checksum = JournalChecksum(at, length);
+  std::memcpy(at + kJournalLengthSize, &checksum, sizeof checksum);
+}
+
+std::uint32_t JournalChecksum(const char* record, std::uint32_t length) {
+  const std::uint32_t crc = Crc32c(record, kJournalLengthSize);
+  return Crc32c(record + kJournalTypeOffset, kJournalRecordSize - kJournalTypeOffset + length, crc);
+}
+
+void PutJournalHead(std::string& bytes, const CJournalHead& head) {
+  PutFields(bytes, EJournalRecord::head, head);
+}
+void PutJournaledLog(std::string& bytes, const CJournaledLog& log) {
+  PutFields(bytes, EJournalRecord::named, log);
+}
+bool GetJournalHead(std::string_view payload, CJournalHead& head) { return GetFields(payload, head); }
+bool GetJournaledLog(std::string_view payload, CJournaledLog& log) { return GetFields(payload, log); }
+
+}  // namespace vastra
