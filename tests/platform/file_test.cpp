@@ -2,15 +2,23 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
 #include <pthread.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/uio.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <climits>
+#include <cstddef>
+#include <set>
 #include <thread>
 
+#include "tests/support/faulty_files.h"
 #include "tests/support/files.h"
 #include "vastra/platform/file_system.h"
 #include "vastra/platform/save_file.h"
@@ -65,24 +73,44 @@ std::string Names(const CString& directory, const CString& extension = "") {
   return names;
 }
 
-TEST(File, AReplacementIsCompleteOrHasNoEffect) {
-  const CTempDir dir;
-  WriteBytes(dir / "log", "old");
-  WriteBytes(dir / "log.part", "of a process that was killed");
-  for (std::size_t space = 3; space < 10; ++space) {
-    const CFileSizeLimit full(space);
-    const bool fits = space == 9;
+// In the first run the power is cut before each call and at the end; in each other run one call fails, and
+// the power is cut at the end.
+TEST(File, AReplacementIsCompleteOrHasNoEffectWhateverFails) {
+  for (std::uint64_t failing = 0, calls = 1; failing <= calls; ++failing) {
+    const CTempDir dir;
+    WriteBytes(dir / "log", "old");
+    WriteBytes(dir / "log.part", "of a process that was killed");
+    CFaultyFiles files(dir.Path());
+    bool saved = false;
+    std::uint64_t syncFolder = 0;  // the only call whose failure does not keep the file from being replaced
+    files.Add({.kind = callSyncFolder, .hook = [&] { syncFolder = files.Count(); }});
+    const auto cut = [&] {
+      for (unsigned i = 0; i < 3 * cutKinds; ++i) {
+        const CTempDir after;
+        files.CutPower(static_cast<EPowerCut>(i % cutKinds), after.Path(), i);
+        const std::string found = ReadBytes(after / "log");
+        EXPECT_TRUE(found == "new image" || (found == "old" && (!saved || failing == syncFolder)))
+            << found << " " << failing << " " << i;
+      }
+    };
+    files.Add(failing ? CFileFault{.nth = failing, .error = EIO, .part = 4}
+                      : CFileFault{.forGood = true, .hook = cut});
     try {
       CReplaceFile file(dir / "log");
       file.Write("new image", 9);
       file.Replace();
-      EXPECT_TRUE(fits);
+      saved = true;
     } catch (const CFileException&) {
-      EXPECT_FALSE(fits);
+      EXPECT_TRUE(failing);
     }
-    EXPECT_EQ(Names(dir.Path()), "log ");
-    EXPECT_EQ(ReadBytes(dir / "log"), fits ? "new image" : "old") << space;
+    calls = std::max(calls, files.Count());
+    cut();
+    EXPECT_EQ(ReadBytes(dir / "log"), saved ? "new image" : "old") << failing;
   }
+}
+
+TEST(File, AReplacementNeedsItsFolderAndIsAlone) {
+  const CTempDir dir;
   std::filesystem::create_directories((dir / "other/inside").Std());
   {
     CReplaceFile file(dir / "other");
@@ -91,6 +119,79 @@ TEST(File, AReplacementIsCompleteOrHasNoEffect) {
   }
   EXPECT_FALSE(FileExists(dir / "other.part"));
   EXPECT_THROW(CReplaceFile(dir / "none/log"), CFileException);
+}
+
+// In a process of its own, where the system refuses the given calls as an old kernel or a FAT file system
+// does.
+int MoveWithout(std::uint32_t call, std::uint32_t other, const CString& from, const CString& to) {
+  const pid_t child = ::fork();
+  if (child == 0) {
+    sock_filter filter[] = {BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+                            BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, call, 2, 0),
+                            BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, other, 2, 0),
+                            BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+                            BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EINVAL),
+                            BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EPERM)};
+    const sock_fprog program = {std::size(filter), filter};
+    if (::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) || ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program))
+      ::_exit(255);
+    ::_exit(FileLayer().Rename(from, to, false) ? 0 : errno);
+  }
+  int status = 0;
+  ::waitpid(child, &status, 0);
+  return WEXITSTATUS(status);
+}
+
+TEST(FileLayer, RenamesOnlyToAFreeName) {
+  constexpr std::uint32_t none = 0xFFFF;
+  const std::uint32_t without[][2] = {{none, none}, {SYS_renameat2, none}, {SYS_renameat2, SYS_linkat}};
+  for (const auto& [call, other] : without) {
+    const CTempDir dir;
+    WriteBytes(dir / "a", "a");
+    WriteBytes(dir / "b", "b");
+    EXPECT_EQ(MoveWithout(call, other, dir / "a", dir / "b"), EEXIST);
+    EXPECT_EQ(MoveWithout(call, other, dir / "a", dir / "c"), 0);
+    EXPECT_EQ(MoveWithout(call, other, dir / "a", dir / "d"), ENOENT);
+    EXPECT_EQ(ReadBytes(dir / "b") + ReadBytes(dir / "c"), "ba");
+  }
+}
+
+// Proves the model of a power cut that other tests rely on.
+TEST(FaultyFiles, APowerCutTakesWhatWasNotSynced) {
+  const CTempDir dir;
+  WriteBytes(dir / "k", "k");
+  CFaultyFiles files(dir.Path());
+  CFile file(dir / "a", CFile::modeWrite | CFile::modeCreate);
+  file.Write("1234", 4), file.Sync(), SyncDirectory(dir.Path());
+  file.Write("5678", 4), files.Rename(dir / "a", dir / "b", true), DeleteFile(dir / "k");
+  using CSeen = std::set<std::string>;
+  CSeen seen[cutKinds], names, tails;
+  for (unsigned i = 0; i < 40 * cutKinds; ++i) {
+    const CTempDir after;
+    const auto cut = static_cast<EPowerCut>(i % cutKinds);
+    files.CutPower(cut, after.Path(), i);
+    std::string all;
+    for (const CFileEntry& entry : ListFiles(after.Path(), ""))
+      all += entry.m_name.Std() + ReadBytes(JoinPath(after.Path(), entry.m_name));
+    seen[cut].insert(all);
+    if (cut == cutReordered)
+      names.insert(Names(after.Path())), tails.insert(all.substr(5, all.find('k') - 5));
+  }
+  EXPECT_EQ(seen[cutNothing], CSeen{"a1234kk"});
+  EXPECT_EQ(seen[cutAll], CSeen{"b12345678"});
+  EXPECT_EQ(seen[cutEmpty], CSeen{"b1234"});
+  EXPECT_EQ(seen[cutTorn], (CSeen{{"b1234\0\0\0\0", 9}, {"b123456\0\0", 9}}));
+  EXPECT_EQ(names, (CSeen{"a ", "a k ", "b ", "b k "}));
+  EXPECT_EQ(tails, (CSeen{"", "5", "56", "567", "5678"}));
+  files.Add({.kind = callSync, .nth = 2, .error = EIO});
+  EXPECT_THROW(file.Sync(), CFileException);
+  file.Sync();  // says nothing about the bytes of the failed one
+  const CTempDir after;
+  files.CutPower(cutNothing, after.Path());
+  EXPECT_EQ(ReadBytes(after / "a"), "1234");
+  files.Add({.kind = callClose, .error = EIO});
+  EXPECT_THROW(file.Close(), CFileException);
+  EXPECT_EQ(files.Count(callSync) + files.Count(callClose), 4u);
 }
 
 TEST(File, SaveFileFollowsALinkAndWritesToAPipe) {

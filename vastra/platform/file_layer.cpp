@@ -47,7 +47,7 @@ int MoveExclusively(const char* from, const char* to) {
 }
 
 int MoveByLink(const char* from, const char* to) {
-  if (::link(from, to) != 0) return 0;
+  if (::linkat(AT_FDCWD, from, AT_FDCWD, to, 0) != 0) return 0;
   if (::unlink(from) == 0) return 1;
   const int reason = errno;
   ::unlink(to);
