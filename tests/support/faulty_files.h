@@ -9,6 +9,7 @@
 // Any thread may use files; hooks are called without the lock.
 #pragma once
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/uio.h>
 #include <unistd.h>
@@ -23,6 +24,7 @@
 #include <mutex>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/support/files.h"
