@@ -37,6 +37,7 @@ enum EFileCall {
   callRead,
   callWrite,
   callSync,
+  callTruncate,
   callClose,
   callRename,
   callRemove,
@@ -165,6 +166,14 @@ class CFaultyFiles : public CFileLayer {
       if (!model.isLost) model.synced = model.bytes;
     }
     return fails ? (errno = reason, 0) : CFileLayer::Sync(file);
+  }
+
+  int Truncate(int file, std::uint64_t length) override {
+    if (Fails(callTruncate)) return 0;
+    const std::lock_guard lock(m_mutex);
+    if (!CFileLayer::Truncate(file, length)) return 0;
+    if (const auto open = m_open.find(file); open != m_open.end()) open->second->bytes.resize(length);
+    return 1;
   }
 
   int Close(int file) override {

@@ -1,10 +1,6 @@
 #include "vastra/logfiles/journal.h"
 
-#include <sys/file.h>
-#include <unistd.h>
-
-#include <cerrno>
-
+#include "vastra/platform/file_layer.h"
 #include "vastra/platform/file_system.h"
 
 namespace vastra {
@@ -39,13 +35,11 @@ void CJournalFile::OpenExisting(const CString& path) {
 }
 
 void CJournalFile::Lock() {
-  if (::flock(m_handle, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)
-    Fail();  // other faults: no locks here
+  if (FileLayer().Lock(m_handle) == EFileLock::held) Fail();  // unsupported: the file system has no locks
 }
 
 void CJournalFile::SetLength(std::uint64_t length) {
-  const auto offset = static_cast<off_t>(length);
-  if (::ftruncate(m_handle, offset) != 0 || ::lseek(m_handle, offset, SEEK_SET) < 0) Fail();
+  if (!FileLayer().Truncate(m_handle, length)) Fail();
 }
 
 CJournalWriter::CJournalWriter(const CString& path, const CJournalHead& head) {

@@ -85,6 +85,11 @@ int CFileLayer::Sync(int file) {
   return Uninterrupted([&] { return ::fsync(file); }) == 0;
 }
 
+int CFileLayer::Truncate(int file, std::uint64_t length) {
+  const auto end = static_cast<off_t>(length);
+  return Uninterrupted([&] { return ::ftruncate(file, end); }) == 0 && ::lseek(file, end, SEEK_SET) == end;
+}
+
 // The descriptor is free even after EINTR, so that a second call could close another thread's file.
 int CFileLayer::Close(int file) { return ::close(file) == 0 || errno == EINTR; }
 

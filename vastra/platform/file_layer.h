@@ -49,6 +49,8 @@ class VASTRA_API CFileLayer {
   // Returns when all bytes of the file are on the disk. After a failure the bytes may be lost, even if the
   // next Sync of the same file succeeds.
   virtual int Sync(int file);
+  // Cuts the file after length bytes. The next write follows them.
+  virtual int Truncate(int file, std::uint64_t length);
   // Releases the descriptor, also on failure.
   virtual int Close(int file);
 
