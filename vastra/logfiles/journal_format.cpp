@@ -17,6 +17,7 @@ class CJournalFields {
 
   void Visit(std::uint8_t& value) { Move(value); }
   void Visit(std::uint32_t& value) { Move(value); }
+  void Visit(std::int32_t& value) { Move(value); }
   void Visit(CString& text) { Move(text); }
   void Visit(CStringArray& texts) { m_ar.Serialize(texts); }
   void Visit(bool& flag) {
@@ -58,6 +59,7 @@ class CJournalFields {
     VisitAll(head.isSummary, head.name, head.naming, head.maxLogs, head.maxSamples, head.retention,
              head.varNames, head.continues);
   }
+  void Visit(CLockNote& note) { VisitAll(note.pid, note.naming, note.unfinished); }
 
  private:
   template <class... T>
@@ -128,5 +130,18 @@ void PutJournaledLog(std::string& bytes, const CJournaledLog& log) {
 }
 bool GetJournalHead(std::string_view payload, CJournalHead& head) { return GetFields(payload, head); }
 bool GetJournaledLog(std::string_view payload, CJournaledLog& log) { return GetFields(payload, log); }
+
+void PutLockNote(std::string& bytes, const CLockNote& note) { PutFields(bytes, EJournalRecord::lock, note); }
+
+bool GetLockNote(std::string_view bytes, CLockNote& note) {
+  std::uint32_t length = 0, checksum = 0;
+  if (bytes.size() < kJournalRecordSize) return false;
+  std::memcpy(&length, bytes.data(), sizeof length);
+  std::memcpy(&checksum, bytes.data() + kJournalLengthSize, sizeof checksum);
+  if (length > bytes.size() - kJournalRecordSize || checksum != JournalChecksum(bytes.data(), length))
+    return false;
+  return bytes[kJournalTypeOffset] == static_cast<char>(EJournalRecord::lock) &&
+         GetFields(bytes.substr(kJournalRecordSize, length), note);
+}
 
 }  // namespace vastra

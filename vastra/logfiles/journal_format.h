@@ -18,6 +18,8 @@ struct CJournaledLog {
   CString name;  // without its extension and without the directory
   _timeb first;  // of its first sample
   std::uint64_t samples = 0;
+
+  bool operator==(const CJournaledLog&) const = default;
 };
 
 // What the head of a journal says about its samples.
@@ -32,6 +34,13 @@ struct CJournalHead {
   std::optional<CJournaledLog> continues;  // the log on the disk that the samples are added to
 };
 
+// What the file of a lock says (log_lock.h).
+struct CLockNote {
+  std::int32_t pid = 0;  // of the process that has taken the lock
+  CLogNaming naming;
+  std::optional<CJournaledLog> unfinished;  // the log that the next run continues
+};
+
 // The fixed start of a journal, in memory as in the file.
 struct CJournalStart {
   static constexpr std::uint32_t kMagic = 0x4A545356;  // VSTJ
@@ -43,7 +52,7 @@ struct CJournalStart {
 static_assert(sizeof(CJournalStart) == 8);
 
 // The types of records. 0 is not a type, so that zeros are not a record.
-enum class EJournalRecord : std::uint8_t { head = 1, sample = 2, named = 3 };
+enum class EJournalRecord : std::uint8_t { head = 1, sample = 2, named = 3, lock = 4 };
 
 // A record: the length of its payload and the checksum of length, type and payload (u32 each), the type, the
 // payload.
@@ -62,5 +71,9 @@ void PutJournaledLog(std::string& bytes, const CJournaledLog& log);
 // Get the payload of a record: false, with the target unspecified, if the payload has another form.
 bool GetJournalHead(std::string_view payload, CJournalHead& head);
 bool GetJournaledLog(std::string_view payload, CJournaledLog& log);
+
+// The file of a lock is one record. Bytes after it are ignored; false if it is cut or damaged.
+void PutLockNote(std::string& bytes, const CLockNote& note);
+bool GetLockNote(std::string_view bytes, CLockNote& note);
 
 }  // namespace vastra

@@ -3,23 +3,15 @@
 // log that a clean stop has left unfinished. docs/file-formats.md describes the file.
 #pragma once
 
-#include <cstdint>
 #include <optional>
 
-#include "vastra/logfiles/log_naming.h"
+#include "vastra/logfiles/journal_format.h"
 #include "vastra/platform/file.h"
-#include "vastra/platform/time.h"
 
 namespace vastra {
 
 // A log that is not full, which the next run continues.
-struct CUnfinishedLog {
-  CString name;  // without the extension
-  _timeb firstTime;
-  std::uint64_t samples = 0;
-
-  bool operator==(const CUnfinishedLog&) const = default;
-};
+using CUnfinishedLog = CJournaledLog;
 
 class CLogLock {
  public:
@@ -30,11 +22,11 @@ class CLogLock {
 
   // Locks the naming in its folder; key is its LogKey. Returns 1, or 0 if another lock is in use, of this or
   // another process, whose logs could have the same names: other is the id of that process then, 0 if it is
-  // not known. Throws CFileException if the file of the lock cannot be created. Where the file system has no
-  // locks the result is 1.
+  // not known. Throws CFileException if the file of the lock cannot be created or the folder cannot be
+  // listed. Where the file system has no locks the result is 1.
   int Take(const CString& key, const CLogNaming& naming, int& other);
   void Release();  // no effect without a lock
-  bool IsTaken() const { return m_file >= 0; }
+  bool IsTaken() const { return m_file.has_value(); }
 
   // The unfinished log of the last clean stop; none if there is no record of it or the record is damaged.
   std::optional<CUnfinishedLog> GetUnfinished() const { return m_unfinished; }
@@ -42,7 +34,11 @@ class CLogLock {
   void SetUnfinished(const std::optional<CUnfinishedLog>& log);
 
  private:
-  int m_file = -1;  // the locked descriptor
+  bool OpenLocked();
+  void WriteNote(bool isDurable) const;
+  bool FindOther(int& other) const;
+
+  std::optional<CFile> m_file;  // locked while it is open
   CString m_path;
   CLogNaming m_naming;
   std::optional<CUnfinishedLog> m_unfinished;

@@ -6,15 +6,18 @@ namespace vastra {
 namespace {
 
 constexpr UINT kLogsInAnHour = 100;
-constexpr const char* kNoValue = "NoValue";
 
 }  // namespace
 
-CString CHourNames::CreateFileName(const CTime& time, const CString& prefix) {
+CString HourName(const CTime& time) {
   const std::tm local = time.GetLocalTm();
   CString name;
-  name.Format("%02d%02d%02d%02d00", local.tm_year % 100, local.tm_mon + 1, local.tm_mday, local.tm_hour);
-  name = prefix + name;
+  name.Format("%02d%02d%02d%02d", local.tm_year % 100, local.tm_mon + 1, local.tm_mday, local.tm_hour);
+  return name;
+}
+
+CString CHourNames::CreateFileName(const CTime& time, const CString& prefix) {
+  CString name = prefix + HourName(time) + "00";
   if (!(name == m_lastBaseName)) {
     m_lastBaseName = name;
     m_sequence = 0;
@@ -28,9 +31,13 @@ CString CHourNames::CreateFileName(const CTime& time, const CString& prefix) {
 
 CString CreateFileNameFromVar(const CString& variable, const CStringArray& names, const CSampleStore& samples,
                               int dwordName, const CString& prefix) {
-  if (samples.IsEmpty()) return kNoValue;
-  CString name = kNoValue;
-  const CSampleRecord first = samples.GetHead();
+  if (samples.IsEmpty()) return kNoValueName;
+  return CreateFileNameFromVar(variable, names, samples.GetHead(), dwordName, prefix);
+}
+
+CString CreateFileNameFromVar(const CString& variable, const CStringArray& names, const CSampleRecord& first,
+                              int dwordName, const CString& prefix) {
+  CString name = kNoValueName;
   const auto place =
       static_cast<UINT>(FindIn(names, variable));  // beyond every sample if names does not contain it
   if (place < first.m_count) {

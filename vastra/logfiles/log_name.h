@@ -10,6 +10,12 @@ namespace vastra {
 // The source of names by time, in place of a variable.
 inline constexpr const char* kNamedByTime = "System Time";
 
+// The name of a log whose variable is missing.
+inline constexpr const char* kNoValueName = "NoValue";
+
+// The hour of a name by time: YYMMDDHH in local time.
+CString HourName(const CTime& time);
+
 // Names by time: YYMMDDHHnn in local time; nn is the number of the log within its hour. The number is counted
 // here and does not depend on the files on the disk; 00 follows 99.
 class CHourNames {
@@ -27,6 +33,9 @@ class CHourNames {
 // prefix and the value truncated to an integer. With dwordName the next value follows, if the sample has one.
 // "NoValue" replaces a missing value; without samples the name has no prefix either.
 CString CreateFileNameFromVar(const CString& variable, const CStringArray& names, const CSampleStore& samples,
+                              int dwordName, const CString& prefix);
+// The same for the first sample itself.
+CString CreateFileNameFromVar(const CString& variable, const CStringArray& names, const CSampleRecord& first,
                               int dwordName, const CString& prefix);
 
 }  // namespace vastra

@@ -32,7 +32,9 @@ struct VASTRA_API CLogNaming {
   CString BinaryFile(const CString& name) const { return FileOf(name, ELogForm::binary); }
   CString TextFile(const CString& name) const { return FileOf(name, ELogForm::text); }
   CString FileOf(const CString& name, ELogForm form) const { return name + EndingOf(form); }
+  CString PathOf(const CString& name, ELogForm form) const;
   CString EndingOf(ELogForm form) const;  // of the files: ".rph" or "h.csv"
+  CString Folder() const { return directory.IsEmpty() ? CString(".") : directory; }
 
   // Whether a log of this naming can have this name, which has no extension: the prefix, the ten digits of an
   // hour and a number, or the value of a variable (of two with dwordName) or "NoValue"; then perhaps "~" and

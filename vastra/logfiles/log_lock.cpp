@@ -1,0 +1,130 @@
+#include "vastra/logfiles/log_lock.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "vastra/platform/file_layer.h"
+#include "vastra/platform/file_system.h"
+
+namespace vastra {
+namespace {
+
+constexpr const char *kLockPrefix = ".vastra-", *kLockEnding = ".lock";
+constexpr std::size_t kMaxNote = 65536;  // bytes
+
+// Another process holds a lock for a moment to find out whether it is in use, and writes its note a moment
+// after it has taken a lock.
+constexpr int kLockTries = 10;
+constexpr std::chrono::milliseconds kLockPause{20};
+
+// Calls isDone until it is true, for as long as such a moment can last.
+template <class TCall>
+bool TryForAMoment(TCall isDone) {
+  for (int i = 1; i < kLockTries; ++i, std::this_thread::sleep_for(kLockPause))
+    if (isDone()) return true;
+  return isDone();
+}
+
+// The note at the beginning of the file; none if it is torn or damaged.
+std::optional<CLockNote> ReadNote(const CString& path) {
+  const int handle = FileLayer().Open(path, O_RDONLY | O_NONBLOCK | O_NOFOLLOW, 0);
+  if (handle < 0) return std::nullopt;
+  CFile file(handle);
+  std::string bytes(kMaxNote, '\0');
+  try {
+    bytes.resize(file.Read(bytes.data(), bytes.size()));
+  } catch (const CFileException&) {
+    return std::nullopt;
+  }
+  CLockNote note;
+  return GetLockNote(bytes, note) ? std::optional(note) : std::nullopt;
+}
+
+bool IsInUse(const CString& path) {
+  const int handle = FileLayer().Open(path, O_RDONLY | O_NONBLOCK | O_NOFOLLOW, 0);
+  if (handle < 0) return false;
+  const CFile file(handle);
+  return FileLayer().Lock(handle) == EFileLock::held;
+}
+
+}  // namespace
+
+int CLogLock::Take(const CString& key, const CLogNaming& naming, int& other) {
+  Release();
+  m_naming = naming;
+  m_path = JoinPath(naming.directory, kLockPrefix + key + kLockEnding);
+  if (!TryForAMoment([this] { return OpenLocked(); })) {
+    const std::optional<CLockNote> note = ReadNote(m_path);
+    return other = note ? note->pid : 0, 0;
+  }
+  const std::optional<CLockNote> before = ReadNote(m_path);
+  m_unfinished = before ? before->unfinished : std::nullopt;
+  try {
+    WriteNote(false);
+  } catch (const CFileException&) {  // the disk is full: the lock holds without the note
+  }
+  if (!FindOther(other)) return 1;
+  Release();
+  return 0;
+}
+
+void CLogLock::Release() {
+  m_file.reset();
+  m_unfinished.reset();
+}
+
+void CLogLock::SetUnfinished(const std::optional<CUnfinishedLog>& log) {
+  if (!IsTaken()) return;
+  m_unfinished = log;
+  WriteNote(true);
+}
+
+// Returns false if another process has the lock.
+bool CLogLock::OpenLocked() {
+  const int handle = FileLayer().Open(m_path, O_RDWR | O_CREAT | O_NONBLOCK | O_NOFOLLOW, 0666);
+  if (handle < 0) throw CFileException(m_path, errno);
+  m_file.emplace(handle);
+  CFileStatus status;
+  if (!FileLayer().StatOpen(handle, status) || status.type != EFileType::regular) {
+    m_file.reset();
+    throw CFileException(m_path, EEXIST);
+  }
+  if (FileLayer().Lock(handle) == EFileLock::held) m_file.reset();
+  return IsTaken();
+}
+
+// Overwrites the note in place, which needs no space on the disk: its length says where it ends.
+void CLogLock::WriteNote(bool isDurable) const {
+  std::string bytes;
+  PutLockNote(bytes, {static_cast<std::int32_t>(::getpid()), m_naming, m_unfinished});
+  CFile file(m_path, CFile::modeWrite);
+  file.Write(bytes.data(), bytes.size());
+  if (isDurable) file.Sync();
+  file.Close();
+}
+
+// Whether a lock of another key is in use, with a naming that can have the same names. A lock without a note
+// does not count: its process has not written it because the disk is full.
+bool CLogLock::FindOther(int& other) const {
+  std::vector<CFolderEntry> entries;
+  if (!FileLayer().List(m_naming.Folder(), kLockEnding, entries))
+    throw CFileException(m_naming.Folder(), errno);
+  for (const CFolderEntry& entry : entries) {
+    const CString path = JoinPath(m_naming.directory, entry.name);
+    const bool isLock = entry.status.type == EFileType::regular && entry.name.Find(kLockPrefix) == 0;
+    if (!isLock || path == m_path || !IsInUse(path)) continue;
+    std::optional<CLockNote> note;
+    TryForAMoment([&] { return (note = ReadNote(path)).has_value(); });
+    if (note && CanNamesMeet(note->naming, m_naming)) return other = note->pid, true;
+  }
+  return false;
+}
+
+}  // namespace vastra
