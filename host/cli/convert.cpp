@@ -1,4 +1,4 @@
-// vastra convert: a binary log as the CSV copy that the logger itself writes.
+// vastra convert: a binary log or a journal as the CSV copy that the logger itself writes.
 #include "host/cli/command.h"
 #include "host/cli/files.h"
 #include "host/cli/output.h"
@@ -33,7 +33,7 @@ EExit Convert(const CFileArgument& log, const std::optional<CFileArgument>& csv)
 }  // namespace
 
 CAction DeclareConvert(CArguments& arguments) {
-  const auto log = arguments.File("LOG", "The binary log, .rph or .rpd");
+  const auto log = arguments.File("LOG", "The binary log, .rph or .rpd, or a journal");
   const auto csv = arguments.OptionalFile("--csv", "OUT", "Write this file instead of standard output");
   return [=] { return Convert(*log, *csv); };
 }

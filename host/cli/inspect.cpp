@@ -1,4 +1,4 @@
-// vastra inspect: variables, sample count and times of logs.
+// vastra inspect: variables, sample count and times of logs and journals.
 #include "host/cli/command.h"
 #include "host/cli/json_output.h"
 #include "host/cli/number_text.h"
@@ -78,7 +78,7 @@ EExit Inspect(const std::vector<CFileArgument>& files, bool asJson) {
 }  // namespace
 
 CAction DeclareInspect(CArguments& arguments) {
-  const auto files = arguments.Files("LOG", "Binary logs, .rph or .rpd");
+  const auto files = arguments.Files("LOG", "Binary logs, .rph or .rpd, or journals");
   const auto asJson = arguments.Flag("--json", "Print one array of objects");
   return [=] { return Inspect(*files, *asJson); };
 }

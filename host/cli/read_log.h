@@ -1,4 +1,4 @@
-// How inspect and convert read a log.
+// How inspect and convert read a log or a journal.
 #pragma once
 
 #include "host/cli/arguments.h"
@@ -7,8 +7,9 @@
 
 namespace vastra {
 
-// Reads the log into names and samples. Returns an error message without the name of the file; empty if all
-// was read.
+// Reads the log, or the whole records of the journal, into names and samples. Returns an error message
+// without the name of the file; empty if the file was read. Warns of a journal that ends in an incomplete
+// record.
 CString ReadLog(const CFileArgument& file, CStringArray& names, CSampleStore& samples);
 
 }  // namespace vastra

@@ -1,5 +1,7 @@
 #include "vastra/logfiles/journal.h"
 
+#include <cerrno>
+
 #include "vastra/platform/file_layer.h"
 #include "vastra/platform/file_system.h"
 
@@ -22,11 +24,12 @@ void PutJournalSample(std::string& bytes, const CSampleRecord& sample) {
 
 // The recovery of another process can lock and remove the file before it is locked here.
 void CJournalFile::Create(const CString& path) {
-  for (int creations = 1;; ++creations) {
+  for (int creations = 1; creations <= kMostCreations; ++creations) {
     if (!Open(path, modeWrite | modeCreate | modeNew)) Fail();
     Lock();
-    if (FileExists(path) || creations == kMostCreations) return;
+    if (IsInFolder()) return;
   }
+  throw CFileException(path, ENOENT);
 }
 
 void CJournalFile::OpenExisting(const CString& path) {
@@ -35,11 +38,21 @@ void CJournalFile::OpenExisting(const CString& path) {
 }
 
 void CJournalFile::Lock() {
-  if (FileLayer().Lock(m_handle) == EFileLock::held) Fail();  // unsupported: the file system has no locks
+  if (FileLayer().Lock(m_handle) == EFileLock::held) throw CFileException(m_path, EWOULDBLOCK);
 }
 
 void CJournalFile::SetLength(std::uint64_t length) {
   if (!FileLayer().Truncate(m_handle, length)) Fail();
+}
+
+bool CJournalFile::IsInFolder() const {
+  CFileStatus file, found;
+  return FileLayer().StatOpen(m_handle, file) && FileLayer().Stat(m_path, found) &&
+         file.inode == found.inode && file.device == found.device;
+}
+
+void CJournalFile::SyncFolder() {
+  if (!SyncDirectory(DirectoryOf(m_path))) Fail();
 }
 
 CJournalWriter::CJournalWriter(const CString& path, const CJournalHead& head) {
@@ -116,14 +129,20 @@ void CJournalWriter::Sync() {
   if (m_isRemoved) return;
   if (const int error = m_syncError) throw CFileException(GetPath(), error);
   try {
-    m_file.Sync();
+    SyncOnce();
   } catch (const CFileException& fault) {
+    const std::lock_guard lock(m_mutex);  // waits for a Remove
+    if (m_isRemoved) return;
     m_syncError = fault.m_error;
     throw;
   }
-  if (m_isNameSynced) return;
-  SyncDirectory(DirectoryOf(GetPath()));
-  m_isNameSynced = true;
+}
+
+void CJournalWriter::SyncOnce() {
+  m_file.Sync();
+  if (!m_isFolderSynced) m_file.SyncFolder();
+  m_isFolderSynced = true;
+  if (!m_file.IsInFolder()) throw CFileException(GetPath(), ENOENT);
 }
 
 void CJournalWriter::Remove() {

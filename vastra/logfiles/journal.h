@@ -12,12 +12,15 @@ namespace vastra {
 // The file of a journal. It is locked while a process has it open; the lock ends with the process.
 class CJournalFile : public CFile {
  public:
-  // Creates the file. Throws CFileException if it exists or if another process has locked it.
+  // Creates the file, which must not exist. Throws CFileException; EWOULDBLOCK: it is locked.
   void Create(const CString& path);
-  // Opens an existing file for writing, with the same lock.
+  // Opens an existing file for writing, in the same way.
   void OpenExisting(const CString& path);
   // Cuts the file after length bytes. The next write follows them.
   void SetLength(std::uint64_t length);
+  // Whether the path still leads to the file.
+  bool IsInFolder() const;
+  void SyncFolder();
 
  private:
   void Lock();
@@ -47,14 +50,15 @@ class CJournalWriter {
   // number of its samples, and syncs: a recovery then finds the log by its name and leaves its samples out.
   // The last name holds.
   void Name(const CString& name, const _timeb& first, std::uint64_t samples);
-  // Returns when what was written before the call is on the disk, the first time also the name of the file.
-  // After a sync has failed each further Sync fails, too: the system can report success for bytes that it has
-  // dropped. The caller writes the samples to a new journal.
+  // Returns when what was written before the call is on the disk. After one failure each further Sync fails
+  // with the same reason: the system can report success for bytes that it has dropped. The caller writes the
+  // samples to a new journal then. ENOENT: somebody has removed the file.
   void Sync();
   // Removes the file. The other operations have no effect then. No effect if the file was removed before.
   void Remove();
 
  private:
+  void SyncOnce();
   // Calls put, which appends records to m_buffer, and writes them: all or none.
   template <class T>
   void WriteRecords(const T& put);
@@ -69,8 +73,8 @@ class CJournalWriter {
   bool m_isTorn = false;        // bytes after m_length have to be removed
 
   std::atomic<bool> m_isRemoved{false};
-  std::atomic<bool> m_isNameSynced{false};  // the file's entry in its folder
-  std::atomic<int> m_syncError{0};          // errno of the sync that failed
+  std::atomic<bool> m_isFolderSynced{false};
+  std::atomic<int> m_syncError{0};  // errno of the sync that failed
 };
 
 }  // namespace vastra
