@@ -36,7 +36,6 @@ enum EFileCall {
   callOpen,
   callRead,
   callWrite,
-  callTruncate,
   callSync,
   callTruncate,
   callClose,
@@ -153,14 +152,6 @@ class CFaultyFiles : public CFileLayer {
     model.bytes.replace(place, size, all, 0, size);
     ::clock_gettime(CLOCK_REALTIME, &model.times[1]);
     return written;
-  }
-
-  int Truncate(int file, std::uint64_t size) override {
-    if (Fails(callTruncate)) return 0;
-    const std::lock_guard lock(m_mutex);
-    const auto open = m_open.find(file);
-    if (open != m_open.end()) open->second->bytes.resize(size);
-    return CFileLayer::Truncate(file, size);
   }
 
   // After a Sync that has failed the bytes never reach the disk: the system has marked them as written.

@@ -8,6 +8,7 @@
 
 #include "vastra/logfiles/log_file.h"
 #include "vastra/logfiles/log_reader.h"
+#include "vastra/logfiles/log_track.h"
 #include "vastra/platform/file_layer.h"
 #include "vastra/platform/file_system.h"
 
@@ -27,7 +28,6 @@ constexpr CFault kNoMemory = {severityError, "Not enough memory."};
 constexpr CFault kRpNotSaved = {severityError, "Couldn't save file."};
 constexpr CFault kCsvNotSaved = {severityError, "Couldn't save CSV file."};
 constexpr CFault kNotWriting = {severityError, "Invalid configuration."};
-constexpr CFault kEmptyLog = {severityWarning, "Tried to flush an empty log."};
 constexpr CFault kNoSamples = {severityNotice, "No samples to write (Probably new file)."};
 constexpr CFault kEndOfFile = {severityNotice, "Reached end of file"};
 constexpr CFault kEndOfList = {severityWarning, "File list finished."};
@@ -66,6 +66,7 @@ int CFileLink::Open(CTypedPtrList<CObList, CLinkConfig*>& configs, UINT mode) {
   m_finished = m_partial = 0;
   m_currentName.Empty();
   m_mode = mode;
+  if (m_pTrack) return End(functionOpen);
   if (m_saveRp) m_rpLogs.CreateFileList(m_directory, m_extension);
   if (m_saveCsv) m_csvLogs.CreateFileList(m_directory, kCsvExtension);
   return End(functionOpen);
@@ -86,6 +87,7 @@ const CFault* CFileLink::OpenWriterOrBuffer(const CStringArray& names, UINT mode
 
 const CFault* CFileLink::OpenDirectory() {
   if (!CanEnter(m_directory)) return &kBadDirectory;
+  if (m_pKeeper) return OpenTrack();
   RemoveLeftImages(m_directory, FileOfRP(""));
   RemoveLeftImages(m_directory, FileOfCSV(""));
   m_writer.SetNames(m_varNames);
@@ -94,6 +96,7 @@ const CFault* CFileLink::OpenDirectory() {
 
 void CFileLink::Close() {
   Begin(functionClose);
+  EndKept();
   m_account.Discard("closed before they were saved");
   m_samples.FreeMemory();
   m_csvText.FreeMemory();
@@ -106,15 +109,16 @@ int CFileLink::Write(CLogSample& sample) {
   Begin(functionWrite);
   if (m_mode == modeNotOpened) return Fail(functionWrite, fault::notOpened);
   if (const CFault* failed = KeepSample(sample)) return Fail(functionWrite, *failed);
-  if (IsWriter() && m_samples.GetCount() >= m_maxSamples && !Flush()) return 0;
+  if (IsWriter() && IsFull() && !Flush()) return 0;
   return End(functionWrite);
 }
 
 const CFault* CFileLink::KeepSample(const CLogSample& sample) {
   if (!IsWriter() && !m_bufferOnly) return &kInvalidOperation;
   try {  // everything that can fail comes before the first change
-    if (IsWriter()) m_samples.MakeRoom(sample.m_values.GetSize());
+    if (IsWriter() && !m_pTrack) m_samples.MakeRoom(sample.m_values.GetSize());
     m_lastSample = sample;
+    if (m_pTrack) return AppendToTrack(sample), nullptr;
   } catch (const std::bad_alloc&) {
     return &kNoMemory;
   }
@@ -126,14 +130,16 @@ int CFileLink::Flush() {
   Begin(functionFlush);
   if (m_mode == modeNotOpened) return Fail(functionFlush, fault::notOpened);
   const CFault* failed = nullptr;
-  if (m_partial)
+  if (m_pTrack)
+    failed = FlushTrack();
+  else if (m_partial)
     EndPartialLog();
   else if (IsWriter() && !m_samples.IsEmpty())
     failed = SaveLog();
   else if (IsReplay() && !m_orderedFiles.IsEmpty())
     failed = LoadNextFile();
   else
-    failed = m_samples.IsEmpty() ? &kEmptyLog : &kNotWriting;
+    failed = m_samples.IsEmpty() ? &kept::emptyLog : &kNotWriting;
   return failed ? Fail(functionFlush, *failed) : End(functionFlush);
 }
 
@@ -158,6 +164,7 @@ const CFault* CFileLink::SaveLog() {
 
 int CFileLink::PartialFlush() {
   Begin(functionPartialFlush);
+  if (m_pTrack && !m_pTrack->IsEmpty()) return m_pTrack->WantImage(), End(functionPartialFlush);
   if (m_samples.IsEmpty()) return Send(functionPartialFlush, kNoSamples), 1;
   if (!IsWriter()) return Fail(functionPartialFlush, kInvalidOperation);
   if (!m_partial) BeginPartialLog();
@@ -332,6 +339,7 @@ int CFileLink::Finished() const { return IsReplay() ? m_finished : 0; }
 
 CFill CFileLink::GetFill() const {
   if (IsReplay()) return {m_samples.GetCount(), m_samples.GetCount() + m_samples.GetTakenCount()};
+  if (m_pTrack) return {m_pTrack->UnsavedCount(), m_maxSamples};
   if (IsWriter()) return {m_partial ? 0 : m_samples.GetCount(), m_maxSamples};
   return {};
 }

@@ -10,6 +10,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 
 #include "vastra/core/link.h"
 #include "vastra/logfiles/csv_format.h"
@@ -23,6 +24,8 @@
 
 namespace vastra {
 
+class CLogKeeper;
+class CLogTrack;
 struct CSaveFailure;
 
 // The settings that the link keeps while it is open.
@@ -48,6 +51,11 @@ class VASTRA_API CFileConfig : public CLinkConfig, public CFileSettings {
   CStringList m_files;      // to replay; paths that can be opened as they are
   CStringArray m_varNames;  // of the samples to be written; a replay uses those of its logs
 };
+
+// A failure that a link reports in the same words with and without a keeper.
+namespace kept {
+constexpr CFault emptyLog = {severityWarning, "Tried to flush an empty log."};
+}
 
 // How full a log is.
 struct CFill {
@@ -90,6 +98,19 @@ class VASTRA_API CFileLink : public CLink, private CFileSettings {
     m_listenerLog = log;
   }
 
+  // Writer: lets keeper keep the logs from the next Open on; null: this link writes them. It must exist until
+  // the link is closed. Write and Flush leave a log to the keeper then and do not wait for the disk; a log
+  // that could not be saved is reported by Deliver. isSummary: PartialFlush is used.
+  void SetLogKeeper(CLogKeeper* keeper, bool isSummary) {
+    m_pKeeper = keeper;
+    m_isSummary = isSummary;
+  }
+  // Sends the lines and the listener's events of what the keeper has done since the last call.
+  void Deliver();
+  // Ends the log and waits until the keeper has saved it, as Close does, but sends no lines for the
+  // operation.
+  void EndKept();
+
   // Writer and buffer: the sample of the last Write, without a message; without values before the first one.
   const CLogSample& LastSample() const { return m_lastSample; }
 
@@ -103,8 +124,8 @@ class VASTRA_API CFileLink : public CLink, private CFileSettings {
   CFill GetFill() const;
 
   // Writer: the account of the samples, without those that were kept from the link.
-  CLogLedger GetLedger() const { return m_account.Ledger(); }
-  std::uint64_t TakenCount() const { return m_account.Ledger().taken; }
+  CLogLedger GetLedger() const;
+  std::uint64_t TakenCount() const;
 
   // Buffer: the value at index of the last sample. 0, with value unchanged and without a message, in any
   // other state or beyond the end of the sample.
@@ -122,7 +143,13 @@ class VASTRA_API CFileLink : public CLink, private CFileSettings {
   const CFault* OpenWriterOrBuffer(const CStringArray& names, UINT mode);
   const CFault* OpenDirectory();
 
+  // file_link_kept.cpp
+  const CFault* OpenTrack();
+  void AppendToTrack(const CLogSample& sample);
+  const CFault* FlushTrack();
+
   const CFault* KeepSample(const CLogSample& sample);
+  bool IsFull() const { return m_pTrack ? m_isTrackFull : m_samples.GetCount() >= m_maxSamples; }
   CString CreateName();
   const CFault* SaveLog();
   void BeginPartialLog();
@@ -158,7 +185,12 @@ class VASTRA_API CFileLink : public CLink, private CFileSettings {
   CStringList m_orderedFiles;  // the logs of a replay
   CLogList m_rpLogs, m_csvLogs;
   CLogAccount m_account;
-  CString m_notSaved;  // why the last file could not be saved
+  CString m_notSaved;               // why the last file could not be saved
+  CLogKeeper* m_pKeeper = nullptr;  // the host's
+  bool m_isSummary = false;
+  std::shared_ptr<CLogTrack> m_pTrack;  // of the keeper, while the link is open
+  bool m_isTrackFull = false;
+  CLogLedger m_keptLedger;  // of the track that was closed
   CLogWriter m_writer;
   CCsvText m_csvText;  // of a growing log, up to m_csvPlace; for other logs only a buffer
   CSampleStore::CPlace m_csvPlace;

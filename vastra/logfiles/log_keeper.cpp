@@ -1,21 +1,31 @@
 #include "vastra/logfiles/log_keeper.h"
 
+#include "vastra/logfiles/keeper_state.h"
+#include "vastra/logfiles/log_recovery.h"
+
 namespace vastra {
 
-class CKeeperState {
- public:
-  explicit CKeeperState(const CLogPolicy& policy) : m_policy(policy) {}
-
-  const CLogPolicy m_policy;
-  CString m_openFault;
-  std::vector<COtherLedger> m_others;
-};
-
 CLogKeeper::CLogKeeper(const CLogPolicy& policy) : m_pState(std::make_shared<CKeeperState>(policy)) {}
-CLogKeeper::~CLogKeeper() = default;
 
-std::vector<CString> CLogKeeper::RecoverOthers(CLogListener*) { return {}; }
-const std::vector<COtherLedger>& CLogKeeper::Others() const { return m_pState->m_others; }
-const CString& CLogKeeper::GetOpenFault() const { return m_pState->m_openFault; }
+CLogKeeper::~CLogKeeper() {
+  for (const auto& track : m_pState->otherTracks) {
+    track->Close();
+    m_pState->Remove(track);
+  }
+  m_pState->Stop();
+}
+
+std::vector<CString> CLogKeeper::RecoverOthers(CLogListener* listener) {
+  return m_pState->policy.live ? RecoverForeignJournals(*m_pState, listener) : std::vector<CString>();
+}
+
+std::vector<COtherLedger> CLogKeeper::Others() const {
+  std::vector<COtherLedger> others;
+  for (const auto& track : m_pState->otherTracks)
+    others.push_back({track->Settings().logName, track->Settings().isSummary, track->Ledger()});
+  return others;
+}
+
+const CString& CLogKeeper::GetOpenFault() const { return m_pState->openFault; }
 
 }  // namespace vastra

@@ -39,7 +39,7 @@ class VASTRA_API CLogKeeper {
   // that none of these owns. Returns a line for each, such as "recovered 12 samples, ... to ..."; listener,
   // if not null, gets the logs.
   std::vector<CString> RecoverOthers(CLogListener* listener);
-  const std::vector<COtherLedger>& Others() const;
+  std::vector<COtherLedger> Others() const;
 
   // Why the last output or summary did not open, such as "process 1234 already writes these logs"; empty if
   // the keeper had no objection.

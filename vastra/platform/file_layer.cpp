@@ -81,11 +81,6 @@ ssize_t CFileLayer::Write(int file, const iovec* parts, int count) {
   return Uninterrupted([&] { return ::writev(file, parts, count); });
 }
 
-int CFileLayer::Truncate(int file, std::uint64_t size) {
-  const auto end = static_cast<off_t>(size);
-  return Uninterrupted([&] { return ::ftruncate(file, end); }) == 0 && ::lseek(file, end, SEEK_SET) >= 0;
-}
-
 int CFileLayer::Sync(int file) {
   return Uninterrupted([&] { return ::fsync(file); }) == 0;
 }

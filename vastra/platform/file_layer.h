@@ -46,8 +46,6 @@ class VASTRA_API CFileLayer {
   // Return the number of bytes, which may be fewer than asked for, or -1. count of Write: at most IOV_MAX.
   virtual ssize_t Read(int file, void* bytes, std::size_t count);
   virtual ssize_t Write(int file, const iovec* parts, int count);
-  // Cuts the file after size bytes. The next Write follows them.
-  virtual int Truncate(int file, std::uint64_t size);
   // Returns when all bytes of the file are on the disk. After a failure the bytes may be lost, even if the
   // next Sync of the same file succeeds.
   virtual int Sync(int file);

@@ -6,8 +6,10 @@ namespace vastra {
 
 int CLogMultiOutput::Open(CStringArray& names) {
   if (m_open) Close();
-  m_open = OpenSingles(m_outputs, m_options.m_outputs, names,
-                       [this](auto& single, int log) { single.SetLogListener(m_pListener, log); });
+  m_open = OpenSingles(m_outputs, m_options.m_outputs, names, [this](auto& single, int log) {
+    single.SetLogListener(m_pListener, log);
+    single.SetLogKeeper(m_pKeeper);
+  });
   return m_open;
 }
 
@@ -30,7 +32,9 @@ CFill CLogMultiOutput::GetFill() const {
   return fill;
 }
 
-void CLogMultiOutput::Deliver() {}
+void CLogMultiOutput::Deliver() {
+  for (auto* single : m_outputs) single->Deliver();
+}
 
 std::vector<CLogLedger> CLogMultiOutput::GetLedgers() const {
   return m_open ? LedgersOf(m_outputs) : m_ledgers;

@@ -6,8 +6,10 @@ namespace vastra {
 
 int CLogMultiSummary::Open(CStringArray& names) {
   if (m_open) Close();
-  m_open = OpenSingles(m_summaries, m_options.m_summaries, names,
-                       [this](auto& single, int log) { single.SetLogListener(m_pListener, log); });
+  m_open = OpenSingles(m_summaries, m_options.m_summaries, names, [this](auto& single, int log) {
+    single.SetLogListener(m_pListener, log);
+    single.SetLogKeeper(m_pKeeper);
+  });
   return m_open;
 }
 
@@ -28,7 +30,9 @@ int CLogMultiSummary::Restart() {
   return 1;
 }
 
-void CLogMultiSummary::Deliver() {}
+void CLogMultiSummary::Deliver() {
+  for (auto* single : m_summaries) single->Deliver();
+}
 
 std::vector<CLogLedger> CLogMultiSummary::GetLedgers() const {
   return m_open ? LedgersOf(m_summaries) : m_ledgers;

@@ -26,6 +26,8 @@ int CLogSingleOutput::Open(CStringArray& names) {
   if (WritesFiles()) {
     CChain chain;
     CFileLink* file = chain.Add(CFileLink::Create(nullptr), "OutputFileLink", FileConfig(m_options));
+    file->SetLogListener(m_pListener, m_listenerLog);
+    file->SetLogKeeper(m_pKeeper, false);
     // Without a mapper repeated names keep their own values, and a log of all variables needs one copy of the
     // sample less.
     if (!(names == m_options.m_varNames))
@@ -33,14 +35,13 @@ int CLogSingleOutput::Open(CStringArray& names) {
     m_pHeadLink = chain.Open(CLink::modeWrite);
     if (!m_pHeadLink) return 0;
     m_pFileLink = file;
-    file->SetLogListener(m_pListener, m_listenerLog);
   }
   m_open = 1;
   return 1;
 }
 
 void CLogSingleOutput::Close() {
-  if (m_pFileLink) Restart();
+  if (m_pFileLink) m_pKeeper ? m_pFileLink->EndKept() : static_cast<void>(Restart());
   m_account.End(m_pFileLink);
   m_enable.Close();
   delete m_pHeadLink;

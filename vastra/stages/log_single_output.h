@@ -43,6 +43,14 @@ class VASTRA_API CLogSingleOutput : public CLogFacade {
     m_listenerLog = log;
   }
 
+  // Lets keeper keep the logs from the next Open on; it must exist until the output is closed. Null: the file
+  // link writes them.
+  void SetLogKeeper(CLogKeeper* keeper) { m_pKeeper = keeper; }
+  // See CFileLink::Deliver.
+  void Deliver() {
+    if (m_pFileLink) m_pFileLink->Deliver();
+  }
+
   // The account of the samples since Open; on a closed output that of its last run.
   CLogLedger GetLedger() const { return m_account.Ledger(m_pFileLink); }
 
@@ -55,6 +63,7 @@ class VASTRA_API CLogSingleOutput : public CLogFacade {
   COutputConfig m_options;
   CLogListener* m_pListener = nullptr;  // the host's
   int m_listenerLog = 0;
+  CLogKeeper* m_pKeeper = nullptr;   // the host's
   CFileLink* m_pFileLink = nullptr;  // in the chain
   CLogSingleEnable m_enable;
   CStageAccount m_account;

@@ -31,17 +31,18 @@ bool CLogSingleSummary::OpenChains(const CStringArray& names) {
                                          m_options.m_summaryEquations, m_options.m_varNames);
   CFileLink* const file =
       archive.Add(CFileLink::Create(nullptr), "SummaryArchiveFileLink", ArchiveConfig(m_options));
+  file->SetLogListener(m_pListener, m_listenerLog);
+  file->SetLogKeeper(m_pKeeper, true);
   if (!equations.OpenHere(CLink::modeWrite) || !archive.OpenHere(CLink::modeWrite)) return false;
   m_pEquatorLink = equations.TakeHead().release();
   m_pBufferLink = buffer;
   static_cast<void>(archive.TakeHead().release());
   m_pArchiveLink = file;
-  file->SetLogListener(m_pListener, m_listenerLog);
   return true;
 }
 
 void CLogSingleSummary::Close() {
-  if (m_pArchiveLink) Restart();
+  if (m_pArchiveLink) m_pKeeper ? m_pArchiveLink->EndKept() : static_cast<void>(Restart());
   m_account.End(m_pArchiveLink);
   m_enable.Close();
   delete m_pEquatorLink;

@@ -43,6 +43,14 @@ class VASTRA_API CLogSingleSummary : public CLogFacade {
     m_listenerLog = log;
   }
 
+  // Lets keeper keep the logs from the next Open on; it must exist until the summary is closed. Null: the
+  // file link writes them.
+  void SetLogKeeper(CLogKeeper* keeper) { m_pKeeper = keeper; }
+  // See CFileLink::Deliver.
+  void Deliver() {
+    if (m_pArchiveLink) m_pArchiveLink->Deliver();
+  }
+
   // The account of the samples since Open; on a closed summary that of its last run.
   CLogLedger GetLedger() const { return m_account.Ledger(m_pArchiveLink); }
 
@@ -55,6 +63,7 @@ class VASTRA_API CLogSingleSummary : public CLogFacade {
   CSummaryConfig m_options;
   CLogListener* m_pListener = nullptr;  // the host's
   int m_listenerLog = 0;
+  CLogKeeper* m_pKeeper = nullptr;     // the host's
   CLink* m_pEquatorLink = nullptr;     // outermost link of the equations, owned; null if no files are written
   CFileLink* m_pBufferLink = nullptr;  // its buffer: the newest values
   CFileLink* m_pArchiveLink = nullptr;  // a chain of its own, owned

@@ -1,0 +1,98 @@
+// The part of CFileLink that leaves its logs to a keeper.
+#include "vastra/logfiles/file_link.h"
+#include "vastra/logfiles/keeper_state.h"
+#include "vastra/logfiles/log_time.h"
+
+namespace vastra {
+namespace {
+
+constexpr double kLeastStep = 1;  // seconds that the clock goes back before the log ends
+
+constexpr CFault kOtherWriter = {severityFatal,
+                                 "Another process or another output writes logs with these names"};
+
+}  // namespace
+
+const CFault* CFileLink::OpenTrack() {
+  CKeeperState& keeper = m_pKeeper->State();
+  CTrackSettings settings;
+  settings.isSummary = m_isSummary;
+  settings.logName = m_logName;
+  settings.naming = {m_directory,    m_usePrefix ? m_prefix : CString(),
+                     m_nameVariable, m_dwordName != 0,
+                     m_extension,    m_saveRp != 0,
+                     m_saveCsv != 0};
+  settings.varNames = m_varNames;
+  settings.maxLogs = m_maxLogs;
+  settings.maxSamples = m_maxSamples;
+  settings.retention = m_retention;
+  const auto track = std::make_shared<CLogTrack>(keeper, settings);
+  keeper.openFault = track->Lock(LogKey(m_isSummary ? "summary" : "output", m_logName, settings.naming));
+  if (!keeper.openFault.IsEmpty()) return &kOtherWriter;
+  m_pTrack = track;
+  m_keptLedger = {};
+  keeper.Add(track);
+  track->Recover(true);
+  Deliver();
+  return nullptr;
+}
+
+// A clock that goes back ends the log, so that each log is in the order of time. Throws std::bad_alloc.
+void CFileLink::AppendToTrack(const CLogSample& sample) {
+  CKeeperState& keeper = m_pKeeper->State();
+  const double step = keeper.policy.live ? m_pTrack->ClockStep(sample) : 0;
+  if (step > kLeastStep) {
+    m_pTrack->EndLog();
+    CString text;
+    text.Format("The clock went back by %.3f s, to %s: the log ends", step,
+                ShowTime(sample.m_time).Std().c_str());
+    if (keeper.IsNewStep(sample.m_time)) Send(functionWrite, {severityNotice, text});
+  }
+  m_isTrackFull = m_pTrack->Append(sample);
+}
+
+const CFault* CFileLink::FlushTrack() {
+  if (m_pTrack->IsEmpty()) return &kept::emptyLog;
+  m_pTrack->EndLog();
+  return nullptr;
+}
+
+void CFileLink::Deliver() {
+  if (!m_pTrack) return;
+  const auto report = [this](char severity, const CString& text) {
+    if (severity == severityNotice) return Send(functionFlush, {severity, text});
+    Begin(functionFlush);
+    Send(functionFlush, {severity, text});
+  };
+  for (CTrackEvent& event : m_pTrack->TakeEvents()) {
+    event.saved.log = event.unsaved.log = m_listenerLog;
+    if (event.kind == CTrackEvent::line) report(event.severity, event.text);
+    if (event.kind == CTrackEvent::notSaved)
+      report(severityError, "Couldn't save file " + event.unsaved.path + ": " + event.unsaved.reason);
+    if (!m_pListener) continue;
+    if (event.kind == CTrackEvent::closed) m_pListener->LogClosed(event.saved);
+    if (event.kind == CTrackEvent::grew) m_pListener->LogGrew(event.saved);
+    if (event.kind == CTrackEvent::notSaved) m_pListener->LogNotSaved(event.unsaved);
+  }
+}
+
+void CFileLink::EndKept() {
+  if (!m_pTrack) return;
+  m_pTrack->Close();
+  Deliver();
+  m_keptLedger = m_pTrack->Ledger();
+  m_pKeeper->State().Remove(m_pTrack);
+  m_pTrack.reset();
+}
+
+CLogLedger CFileLink::GetLedger() const {
+  CLogLedger ledger = m_account.Ledger();
+  ledger += m_pTrack ? m_pTrack->Ledger() : m_keptLedger;
+  return ledger;
+}
+
+std::uint64_t CFileLink::TakenCount() const {
+  return m_account.Ledger().taken + (m_pTrack ? m_pTrack->TakenCount() : m_keptLedger.taken);
+}
+
+}  // namespace vastra

@@ -1,0 +1,129 @@
+#include "vastra/logfiles/keeper_state.h"
+
+#include <algorithm>
+
+namespace vastra {
+namespace {
+
+constexpr std::chrono::hours kIdle{1};             // longest sleep of the writer thread
+constexpr std::chrono::seconds kLeastPatience{1};  // with a thread that shall end
+
+CKeeperTime Now() { return std::chrono::steady_clock::now(); }
+
+}  // namespace
+
+void CKeeperState::Add(const std::shared_ptr<CLogTrack>& track) {
+  {
+    const std::lock_guard lock(m_mutex);
+    m_tracks.push_back(track);
+    m_closeBy = {};
+  }
+  if (!m_writer.joinable()) Start(m_writer, &CKeeperState::RunWriter);
+  if (policy.live && !m_journal.joinable()) Start(m_journal, &CKeeperState::RunJournal);
+}
+
+void CKeeperState::Remove(const std::shared_ptr<CLogTrack>& track) {
+  const std::lock_guard lock(m_mutex);
+  std::erase(m_tracks, track);
+}
+
+void CKeeperState::Start(std::thread& thread, void (CKeeperState::*run)()) {
+  {
+    const std::lock_guard lock(m_mutex);
+    ++m_running;
+  }
+  thread = std::thread([self = shared_from_this(), run] {
+    ((*self).*run)();
+    const std::lock_guard lock(self->m_mutex);
+    --self->m_running;
+    self->m_change.notify_all();
+  });
+}
+
+void CKeeperState::Stop() {
+  std::unique_lock lock(m_mutex);
+  m_stop = true;
+  m_hasSamples = true;
+  m_hasSamples.notify_all();
+  m_change.notify_all();
+  const bool ended = m_change.wait_until(lock, std::max(m_closeBy, Now() + kLeastPatience),
+                                         [this] { return m_running == 0; });
+  lock.unlock();
+  for (std::thread* thread : {&m_writer, &m_journal})
+    if (thread->joinable()) ended ? thread->join() : thread->detach();
+}
+
+CKeeperTime CKeeperState::CloseBy() {
+  const std::lock_guard lock(m_mutex);
+  if (m_closeBy == CKeeperTime{}) m_closeBy = Now() + policy.closeWithin;
+  return m_closeBy;
+}
+
+bool CKeeperState::IsNewStep(const _timeb& time) {
+  if (m_lastStep == time) return false;
+  m_lastStep = time;
+  return true;
+}
+
+std::vector<std::shared_ptr<CLogTrack>> CKeeperState::Tracks() const {
+  const std::lock_guard lock(m_mutex);
+  return m_tracks;
+}
+
+void CKeeperState::Wake() {
+  const std::lock_guard lock(m_mutex);
+  m_wake = true;
+  m_change.notify_all();
+}
+
+void CKeeperState::HaveSample() {
+  if (!m_hasSamples.load(std::memory_order_relaxed) && !m_hasSamples.exchange(true))
+    m_hasSamples.notify_one();
+}
+
+void CKeeperState::LimitHeld() {
+  while (m_held > policy.hold) {
+    std::shared_ptr<CLogTrack> oldest;
+    std::optional<std::uint64_t> sequence;
+    for (const auto& track : Tracks()) {
+      const std::optional<std::uint64_t> next = track->OldestToGiveUp();
+      if (next && (!sequence || *next < *sequence)) sequence = next, oldest = track;
+    }
+    if (!oldest) return;  // all are being written
+    oldest->GiveUp(*sequence);
+  }
+}
+
+// One log of each track after the other, so that no output waits for all logs of another one.
+void CKeeperState::RunWriter() {
+  CKeeperTime next = Now();
+  for (;;) {
+    {
+      std::unique_lock lock(m_mutex);
+      m_change.wait_until(lock, next, [this] { return m_wake || m_stop; });
+      if (m_stop) return;
+      m_wake = false;
+    }
+    next = Now() + kIdle;
+    const auto tracks = Tracks();
+    for (const auto& track : tracks) next = std::min(next, track->SaveDue(Now()));
+    for (const auto& track : tracks) next = std::min(next, track->SyncJournals(Now()));
+  }
+}
+
+void CKeeperState::RunJournal() {
+  for (;;) {
+    m_hasSamples.wait(false);
+    {
+      std::unique_lock lock(m_mutex);
+      m_change.wait_for(lock, policy.journal, [this] { return m_stop; });
+      if (m_stop) return;
+    }
+    m_hasSamples = false;
+    bool isLate = false;
+    for (const auto& track : Tracks()) isLate |= track->WriteJournals(Now());
+    if (isLate) m_hasSamples = true;  // tries again after the pause
+  }
+}
+
+}  // namespace vastra

@@ -1,0 +1,65 @@
+// CKeeperState: what a keeper (log_keeper.h), its tracks and its two threads share. The threads hold it, too,
+// because a thread that waits for a dead disk can outlast the keeper.
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <thread>
+
+#include "vastra/logfiles/log_keeper.h"
+#include "vastra/logfiles/log_track.h"
+
+namespace vastra {
+
+class CKeeperState : public std::enable_shared_from_this<CKeeperState> {
+ public:
+  explicit CKeeperState(const CLogPolicy& thePolicy) : policy(thePolicy) {}
+
+  const CLogPolicy policy;
+  CSampleBlockPool pool;  // of the samples of all logs
+
+  // On the thread of the scans.
+  void Add(const std::shared_ptr<CLogTrack>& track);  // starts the threads
+  void Remove(const std::shared_ptr<CLogTrack>& track);
+  // Ends the threads; one that does not end in time is left alone.
+  void Stop();
+  // Until when the logs of a run that closes may wait for the disk: closeWithin after the first call since
+  // the last track was added.
+  CKeeperTime CloseBy();
+  // Whether a step of the clock to time was not told yet.
+  bool IsNewStep(const _timeb& time);
+
+  // From any thread.
+  std::vector<std::shared_ptr<CLogTrack>> Tracks() const;
+  void Wake();        // the writer thread has something to do
+  void HaveSample();  // the journal thread has something to do; cheap
+  std::uint64_t NextSequence() { return m_sequence++; }
+  void Hold(std::uint64_t bytes) { m_held += bytes; }  // of a complete log that is not on the disk
+  void Release(std::uint64_t bytes) { m_held -= bytes; }
+  // Gives up the oldest logs while more than the policy's hold are held.
+  void LimitHeld();
+  // From here on a full disk costs old logs.
+  bool IsNearLimit() const { return m_held > policy.hold / 2; }
+
+  CString openFault;
+  std::vector<std::shared_ptr<CLogTrack>> otherTracks;  // of journals without an open output or summary
+
+ private:
+  void RunWriter();
+  void RunJournal();
+  void Start(std::thread& thread, void (CKeeperState::*run)());
+
+  mutable std::mutex m_mutex;  // of the members up to m_running
+  std::condition_variable m_change;
+  std::vector<std::shared_ptr<CLogTrack>> m_tracks;
+  bool m_wake = false, m_stop = false;
+  int m_running = 0;  // threads
+
+  std::thread m_writer, m_journal;
+  std::atomic<bool> m_hasSamples{false};
+  std::atomic<std::uint64_t> m_held{0}, m_sequence{0};
+  CKeeperTime m_closeBy{};
+  _timeb m_lastStep;
+};
+
+}  // namespace vastra

@@ -1,0 +1,241 @@
+// How a run continues after the end of an earlier one, clean or not. The journal of a log that was not saved
+// becomes that log. Of the last one that is not full, the file is made as well, and the log goes on.
+//
+//     file of the log               journal            what is done
+//     none, or of another log       any samples        a new log
+//     all samples of the journal    named              the journal is removed
+//     the first samples             named, continues   a new image replaces the file
+#include "vastra/logfiles/log_recovery.h"
+
+#include <algorithm>
+#include <set>
+
+#include "vastra/core/messenger.h"
+#include "vastra/logfiles/keeper_state.h"
+#include "vastra/logfiles/log_reader.h"
+#include "vastra/logfiles/log_time.h"
+#include "vastra/platform/file_system.h"
+
+namespace vastra {
+namespace {
+
+CSampleSpans SpansOf(const CSampleStore& samples) {
+  CSampleSpans spans;
+  CSampleStore::CPlace from = samples.GetHeadPlace();
+  samples.AddSpans(from, spans);
+  return spans;
+}
+
+// Appends the first samples of from, up to count of them, to log. Throws std::bad_alloc.
+void AddSamples(CKeptLog& log, const CSampleStore& from, std::uint64_t count) {
+  CLogSample sample;
+  CSampleRecord record;
+  CSampleStore::CPlace place = from.GetHeadPlace();
+  for (; count > 0 && from.GetNext(place, record); --count) {
+    sample.m_time = record.m_time;
+    sample.m_values.SetSize(static_cast<int>(record.m_count));
+    if (record.m_count)
+      std::memcpy(sample.m_values.GetData(), record.m_values, record.m_count * sizeof(float));
+    log.samples.Append(sample);
+    ++log.count;
+  }
+  CSampleSpans ignored;
+  log.journalPlace = log.samples.GetHeadPlace();
+  log.samples.AddSpans(log.journalPlace, ignored);
+}
+
+// The number of lines after the first one of a text log.
+std::uint64_t CountLines(const CString& path) {
+  CFile file;
+  if (!file.Open(path, CFile::modeRead)) return 0;
+  std::uint64_t lines = 0;
+  char bytes[16384];
+  while (const std::size_t size = file.Read(bytes, sizeof bytes))
+    lines += static_cast<std::uint64_t>(std::count(bytes, bytes + size, '\n'));
+  return lines ? lines - 1 : 0;
+}
+
+}  // namespace
+
+bool CLogTrack::CanContinue() const {
+  return m_keeper.policy.live && !m_settings.isSummary && m_settings.naming.saveRp;
+}
+
+void CLogTrack::Recover(bool continues) {
+  const std::optional<CUnfinishedLog> unfinished = m_lock.GetUnfinished();  // before the writer changes it
+  if (m_lock.IsTaken()) {
+    const std::vector<CString> lines = m_folder.RemoveLeftovers();
+    const CGuard lock(m_mutex);
+    for (const CString& line : lines) AddLine(severityWarning, line);
+  }
+  if (!m_keeper.policy.live) return;
+  std::vector<std::uint64_t> numbers;
+  for (const CJournalEntry& entry : ListJournals(m_settings.naming.directory))
+    if (entry.key == m_key) numbers.push_back(entry.number);
+  if (!numbers.empty()) m_nextJournal = numbers.back() + 1;
+  CRecovered recovered;
+  for (std::size_t i = 0; i < numbers.size(); ++i) {
+    RecoverJournal(numbers[i], continues && i + 1 == numbers.size(), recovered);
+    if (!m_keeper.IsNearLimit()) continue;
+    const CGuard lock(m_mutex);
+    AddLine(severityWarning, CString(std::to_string(numbers.size() - i - 1)) +
+                                 " more journals are left for the next start: the logs cannot be saved");
+    break;
+  }
+  if (continues && !m_collected && unfinished) Continue(*unfinished);
+  if (recovered.samples == 0) return;
+  const CGuard lock(m_mutex);
+  AddLine(severityNotice, "recovered " + ShowCount(recovered.samples) + ", " + ShowTime(recovered.first) +
+                              " to " + ShowTime(recovered.last) +
+                              (recovered.torn ? ", and dropped an incomplete one" : "") +
+                              (m_settings.isSummary ? "; the row that was being made is lost" : ""));
+}
+
+// Makes a log of the journal with that number. goesOn: if it is not full, it is the one that is collected.
+void CLogTrack::RecoverJournal(std::uint64_t number, bool goesOn, CRecovered& recovered) {
+  const CString path = JoinPath(m_settings.naming.directory, JournalFile(m_key, number));
+  try {
+    CJournalContent content;
+    CSampleStore samples;
+    const auto journal = std::make_shared<CJournalWriter>(path, content, samples);
+    if (!content.fault.IsEmpty() && !content.isHeadTorn) {
+      const CGuard lock(m_mutex);
+      return AddLine(severityWarning, path + " is left as it is: " + content.fault);
+    }
+    const auto log = std::make_shared<CKeptLog>(m_keeper.pool, content.head.varNames);
+    if (content.isHeadTorn || !Join(*log, content, samples)) return journal->Remove();
+    log->journal = journal;
+    const CSampleSpans all = SpansOf(log->samples);
+    if (recovered.samples == 0) recovered.first = TimeOf(all, log->onDisk);
+    recovered.last = log->samples.GetLastTime();
+    recovered.samples += log->count - log->onDisk;
+    recovered.torn |= content.tornBytes > 0;
+    goesOn =
+        goesOn && CanContinue() && log->names == m_settings.varNames && log->count < m_settings.maxSamples;
+    Enqueue(log, goesOn);
+  } catch (const CFileException& fault) {
+    const CGuard lock(m_mutex);
+    if (fault.m_error != EWOULDBLOCK) AddLine(severityWarning, path + ": " + fault.Text());
+  } catch (const std::bad_alloc&) {
+    const CGuard lock(m_mutex);
+    AddLine(severityWarning, path + " is left as it is: it is too large for the memory");
+  }
+}
+
+// Puts the samples of a log together: those of the file that the journal continues, and those of the journal.
+// False: all of them are in the file of the log.
+bool CLogTrack::Join(CKeptLog& log, const CJournalContent& content, const CSampleStore& journaled) const {
+  const std::optional<CJournaledLog>& continued = content.head.continues;
+  const std::optional<CJournaledLog>& named = content.named ? content.named : continued;
+  CSampleStore saved;
+  std::uint64_t inFile = named ? CountSaved(*named, log.names, saved) : 0;
+  const std::uint64_t before = continued ? continued->samples : 0;
+  if (journaled.IsEmpty() || inFile >= before + journaled.GetCount()) return false;
+  if (inFile < before) inFile = 0;  // the file has gone, or is another log
+  if (continued && inFile > 0) {
+    AddSamples(log, saved, before);
+    log.continued = continued;
+    log.basePlace = log.journalPlace;
+  }
+  AddSamples(log, journaled, journaled.GetCount());
+  log.journaled = log.count;
+  log.synced = log.Base();
+  if (inFile > 0) HaveFile(log, *named, inFile);
+  return true;
+}
+
+// How many samples of a log are in its file; 0 if the file is another log or cannot be read. samples gets
+// those of a binary log.
+std::uint64_t CLogTrack::CountSaved(const CJournaledLog& log, const CStringArray& names,
+                                    CSampleStore& samples) const {
+  const CString path = m_folder.PathOf(log.name, Counting());
+  if (Counting() == ELogForm::text) return CountLines(path);
+  CLogReader reader(samples);
+  if (!reader.Open(path) || !reader.HasNames(names) || !reader.ReadSamples() || samples.IsEmpty()) return 0;
+  return samples.GetHead().m_time == log.first ? samples.GetCount() : 0;
+}
+
+// Goes on with file, which a clean stop has ended before it was full, unless it has changed since.
+void CLogTrack::Continue(const CJournaledLog& file) {
+  CSampleStore saved;
+  if (!CanContinue() || file.samples >= m_settings.maxSamples) return;
+  if (CountSaved(file, m_settings.varNames, saved) != file.samples) return;
+  const auto log = std::make_shared<CKeptLog>(m_keeper.pool, m_settings.varNames);
+  AddSamples(*log, saved, file.samples);
+  log->continued = file;
+  log->basePlace = log->journalPlace;
+  log->journaled = log->synced = log->count;
+  HaveFile(*log, file, file.samples);
+  Enqueue(log, true);
+}
+
+// The first samples of log are in file.
+void CLogTrack::HaveFile(CKeptLog& log, const CJournaledLog& file, std::uint64_t samples) const {
+  log.name = file.name;
+  log.named = file;
+  log.onDisk = samples;
+  for (const ELogForm form : kLogForms)
+    if (FileExists(m_folder.PathOf(log.name, form)))
+      log.files[static_cast<std::size_t>(form)].samples = samples;
+}
+
+// Adds a log with its samples, and waits until the writer has tried to save it.
+void CLogTrack::Enqueue(const CLogPointer& log, bool goesOn) {
+  {
+    const CGuard lock(m_mutex);
+    m_logs.push_back(log);
+    m_ledger.recovered += log->count - log->onDisk;
+    if (goesOn) {
+      m_collected = log;
+      m_lastTime = log->samples.GetLastTime();
+      m_hasLastTime = true;
+      log->wantsImage = true;
+    } else {
+      log->isComplete = true;
+      log->sequence = m_keeper.NextSequence();
+      log->bytes = log->samples.GetBytes();
+      m_keeper.Hold(log->bytes);
+    }
+  }
+  m_keeper.Wake();
+  CGuard lock(m_mutex);
+  m_changed.wait_for(lock, m_keeper.policy.closeWithin,
+                     [&] { return log->isDropped || !log->failure.IsEmpty() || (goesOn && log->IsSaved()); });
+}
+
+std::vector<CString> RecoverForeignJournals(CKeeperState& keeper, CLogListener* listener) {
+  std::set<std::string> folders, keys;
+  for (const auto& track : keeper.Tracks()) {
+    folders.insert(track->Settings().naming.directory.Std());
+    keys.insert(track->Key().Std());
+  }
+  std::vector<CString> lines;
+  for (const std::string& folder : folders)
+    for (const CJournalEntry& entry : ListJournals(CString(folder))) {
+      CJournalContent content;
+      CSampleStore samples;
+      const CString path = JoinPath(CString(folder), JournalFile(entry.key, entry.number));
+      if (keys.count(entry.key.Std()) > 0 || !ReadJournal(path, content, samples)) continue;
+      keys.insert(entry.key.Std());
+      CTrackSettings settings = {content.head.isSummary, content.head.name,    content.head.naming,
+                                 content.head.varNames,  content.head.maxLogs, content.head.maxSamples,
+                                 content.head.retention};
+      settings.naming.directory = CString(folder);
+      const auto track = std::make_shared<CLogTrack>(keeper, settings);
+      track->Adopt(entry.key);
+      keeper.Add(track);
+      track->Recover(false);
+      keeper.otherTracks.push_back(track);
+      for (const CTrackEvent& event : track->TakeEvents()) {
+        if (event.kind == CTrackEvent::line) lines.push_back(settings.logName + ": " + event.text);
+        if (event.kind == CTrackEvent::closed && listener) listener->LogClosed(event.saved);
+        if (event.kind == CTrackEvent::notSaved) {
+          lines.push_back(event.unsaved.path + ": " + event.unsaved.reason);
+          if (listener) listener->LogNotSaved(event.unsaved);
+        }
+      }
+    }
+  return lines;
+}
+
+}  // namespace vastra

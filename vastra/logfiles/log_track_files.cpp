@@ -1,0 +1,371 @@
+// The part of CLogTrack that runs on the threads of the keeper: files of logs, and journals.
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <new>
+#include <utility>
+
+#include "vastra/core/messenger.h"
+#include "vastra/logfiles/keeper_state.h"
+#include "vastra/logfiles/log_time.h"
+#include "vastra/logfiles/log_writer.h"
+#include "vastra/platform/file_layer.h"
+#include "vastra/platform/file_system.h"
+
+namespace vastra {
+namespace {
+
+constexpr CKeeperTime kNever = CKeeperTime::max();
+constexpr int kMostNames = 1000;  // tried for a log whose names other programs take
+
+constexpr std::size_t Index(ELogForm form) { return static_cast<std::size_t>(form); }
+
+CString AbsolutePath(const CString& path) {
+  std::error_code ignored;
+  return CString(std::filesystem::absolute(path.Std(), ignored).string());
+}
+
+std::uint64_t SizeOf(const CString& path) {
+  CFileStatus status;
+  return FileLayer().Stat(path, status) ? status.size : 0;
+}
+
+}  // namespace
+
+CKeeperTime CLogTrack::SaveDue(CKeeperTime now) {
+  CImage image;
+  CKeeperTime next = kNever;
+  if (!NextImage(now, image, next)) return next;
+  Save(image);
+  return now;  // there can be more
+}
+
+// Finds the first log that has to be written and is due. Logs behind one that could not be saved wait for it,
+// unless only its text is missing. next: when one is due, if none is now.
+bool CLogTrack::NextImage(CKeeperTime now, CImage& image, CKeeperTime& next) {
+  const CGuard lock(m_mutex);
+  for (const CLogPointer& log : m_logs) {
+    if (!log->isComplete && (!log->wantsImage || log->IsSaved())) continue;
+    if (log->nextTry > now) {
+      next = std::min(next, log->nextTry);
+      if (!log->IsSaved()) return false;
+      continue;
+    }
+    image.log = log;
+    image.count = log->count;
+    image.isComplete = log->isComplete;
+    CSampleStore::CPlace from = log->samples.GetHeadPlace();
+    log->samples.AddSpans(from, image.samples);
+    image.textEnd = log->textPlace;
+    log->samples.AddSpans(image.textEnd, image.newText);
+    log->wantsImage = false;
+    ++log->users;
+    return true;
+  }
+  return false;
+}
+
+bool CLogTrack::Save(CImage& image) {
+  for (;;) {
+    try {
+      SaveForms(image);
+      if (image.isComplete) Finish(image);
+      const CGuard lock(m_mutex);
+      --image.log->users;
+      image.log->failure.Empty();
+      m_changed.notify_all();
+      return true;
+    } catch (const CFileException& fault) {
+      if (MakeRoom(*image.log, fault)) continue;
+      HaveFailed(image, fault);
+    } catch (const std::bad_alloc&) {
+      HaveFailed(image, CFileException(m_settings.naming.directory, ENOMEM));
+    }
+    return false;
+  }
+}
+
+// Writes the files that do not have all samples of the image.
+void CLogTrack::SaveForms(CImage& image) {
+  CKeptLog& log = *image.log;
+  for (const ELogForm form : kLogForms) {
+    CKeptFile& file = log.files[Index(form)];
+    if (!m_settings.naming.Saves(form)) continue;
+    const bool isNew = file.samples < image.count;
+    if (isNew) SaveForm(image, form);
+    if (isNew || (image.isComplete && file.isWritten && !file.isClosed)) HaveSaved(image, form);
+  }
+  if (log.isListed || image.count == 0) return;
+  log.isListed = true;
+  m_folder.Saved(log.name);
+  CRotation rotation;
+  m_folder.Rotate(rotation);
+  Account(rotation);
+}
+
+void CLogTrack::SaveForm(CImage& image, ELogForm form) {
+  CKeptLog& log = *image.log;
+  const auto write = [&](CFile& file) {
+    if (form == ELogForm::text) return WriteText(image, file);
+    CLogWriter writer;
+    writer.SetNames(log.names);
+    writer.Write(file, image.samples);
+  };
+  const auto nameJournal = [&] {
+    if (form == Counting()) NameJournal(log, {log.name, image.First(), image.count});
+  };
+  for (int i = 0; i < kMostNames; ++i) {
+    if (log.name.IsEmpty()) {
+      CSampleSpan head = image.samples.front();
+      CSampleRecord first;
+      head.GetNext(first);
+      log.name = m_folder.NextName(first, log.names);
+    }
+    CKeptFile& target = log.files[Index(form)];
+    if (m_folder.Save(log.name, form, target.samples > 0, write, nameJournal)) {
+      target.samples = image.count;
+      target.isWritten = true;
+      return;
+    }
+    if (log.HasFile()) break;  // the other file has the name already
+    log.name.Empty();
+  }
+  throw CFileException(m_folder.PathOf(log.name, form), EEXIST);
+}
+
+// The text of a log that grows is kept, so that each image formats only the new lines.
+void CLogTrack::WriteText(CImage& image, CFile& file) {
+  CKeptLog& log = *image.log;
+  if (!m_settings.isSummary) return WriteCsv(file, log.names, image.samples, m_text);
+  if (log.text.View().empty()) log.text.AddNames(log.names);
+  CSampleRecord row;
+  for (CSampleSpan& span : image.newText)
+    while (span.GetNext(row)) log.text.AddSample(row);
+  {
+    const CGuard lock(m_mutex);
+    log.textPlace = image.textEnd;
+  }
+  file.Write(log.text.View().data(), log.text.View().size());
+}
+
+// Tells the journal, if there is one, which file is about to have its samples. From here on the journal
+// thread tells a journal that it makes for the log.
+void CLogTrack::NameJournal(CKeptLog& log, const CJournaledLog& named) {
+  std::shared_ptr<CJournalWriter> journal;
+  {
+    const std::lock_guard naming(log.journalMutex);
+    log.named = named;
+    journal = JournalOf(log);
+  }
+  if (journal) journal->Name(named.name, named.first, named.samples);
+}
+
+// Moves the samples of the image to the disk in the account, and reports the file.
+void CLogTrack::HaveSaved(const CImage& image, ELogForm form) {
+  CKeptLog& log = *image.log;
+  const CString path = AbsolutePath(m_folder.PathOf(log.name, form));
+  log.files[Index(form)].isClosed = image.isComplete;
+  CTrackEvent event;
+  event.kind = image.isComplete ? CTrackEvent::closed : CTrackEvent::grew;
+  event.saved = {0, path, image.First(), image.Last(), image.count, SizeOf(path)};
+  const CGuard lock(m_mutex);
+  m_events.push_back(std::move(event));
+  if (form != Counting() || log.isDropped) return;
+  const std::uint64_t rows = image.count - log.onDisk;
+  log.onDisk = image.count;
+  m_ledger.onDisk += rows;
+  if (rows) m_rows.Add(log.name, rows);
+}
+
+void CLogTrack::HaveFailed(CImage& image, const CFileException& fault) {
+  CKeptLog& log = *image.log;
+  {
+    const std::lock_guard naming(log.journalMutex);
+    if (!log.IsSaved()) log.named.reset();
+  }
+  const CString path = fault.m_path.IsEmpty() ? m_settings.naming.directory : fault.m_path;
+  const CGuard lock(m_mutex);
+  --log.users;
+  log.nextTry = std::chrono::steady_clock::now() + m_keeper.policy.retry;
+  log.wantsImage = true;
+  if (!(std::exchange(log.failure, fault.Text()) == log.failure) && !log.isDropped) {
+    CTrackEvent event;
+    event.kind = CTrackEvent::notSaved;
+    event.unsaved = {0, AbsolutePath(path), fault.Text(), image.count, false};
+    m_events.push_back(std::move(event));
+  }
+  m_changed.notify_all();
+}
+
+// The log leaves the track, and its journal goes: all its files are on the disk.
+void CLogTrack::Finish(const CImage& image) {
+  CKeptLog& log = *image.log;
+  const std::shared_ptr<CJournalWriter> journal = JournalOf(log);
+  try {
+    RememberUnfinished(image);
+    if (journal) journal->Remove();
+  } catch (const CFileException& fault) {  // the next start finds out by itself
+    const CGuard lock(m_mutex);
+    AddLine(severityWarning, fault.m_path + ": " + fault.Text());
+  }
+  const CGuard lock(m_mutex);
+  if (std::exchange(log.isDropped, true)) return;
+  m_keeper.Release(log.bytes);
+  std::erase(m_logs, image.log);
+}
+
+// The next run continues a log that the end of this one cuts short.
+void CLogTrack::RememberUnfinished(const CImage& image) {
+  std::optional<CUnfinishedLog> unfinished;
+  if (image.log->isCut && image.count < m_settings.maxSamples && CanContinue())
+    unfinished = {image.log->name, image.First(), image.count};
+  if (!(unfinished == m_lock.GetUnfinished())) m_lock.SetUnfinished(unfinished);
+}
+
+// On a full disk: removes the oldest log of the output before samples are lost. True: it may fit now.
+bool CLogTrack::MakeRoom(const CKeptLog& log, const CFileException& fault) {
+  if (fault.m_error != ENOSPC && fault.m_error != EDQUOT) return false;
+  {
+    const CGuard lock(m_mutex);
+    const bool isLastChance = m_closing && (!m_keeper.policy.live || !log.journalFailure.IsEmpty());
+    if (m_settings.retention.minFree == 0 && !isLastChance && !m_keeper.IsNearLimit()) return false;
+  }
+  CRotation rotation;
+  const bool removed = m_folder.RemoveOldest(rotation);
+  Account(rotation);
+  return removed;
+}
+
+void CLogTrack::Account(const CRotation& rotation) {
+  const CGuard lock(m_mutex);
+  for (const CString& name : rotation.removed) m_ledger.rotated += m_rows.Remove(name);
+  for (const CString& fault : rotation.faults) AddLine(severityWarning, fault);
+}
+
+std::shared_ptr<CJournalWriter> CLogTrack::JournalOf(const CKeptLog& log) const {
+  const CGuard lock(m_mutex);
+  return log.journal;
+}
+
+bool CLogTrack::WriteJournals(CKeeperTime now) {
+  bool isLate = false;
+  for (const CLogPointer& log : Logs()) isLate |= WriteJournal(*log, now);
+  return isLate;
+}
+
+// Writes the samples of log that neither its journal nor its file has. True: that has to be tried again.
+bool CLogTrack::WriteJournal(CKeptLog& log, CKeeperTime now) {
+  const std::lock_guard naming(log.journalMutex);
+  CSampleSpans samples;
+  CSampleStore::CPlace end;
+  std::shared_ptr<CJournalWriter> journal = JournalOf(log);
+  const bool isGone = journal && !FileExists(journal->GetPath());
+  std::uint64_t count = 0;
+  {
+    const CGuard lock(m_mutex);
+    count = log.count;
+    if (log.isDropped || log.journaled >= count || log.IsSaved()) return false;
+    if (log.isComplete && log.named && log.named->samples == count) return false;  // it is about to be saved
+    if (log.nextJournal > now) return true;
+    if (isGone && log.journal == journal) RestartJournal(log);
+    journal = log.journal;
+    end = log.journalPlace;
+    log.samples.AddSpans(end, samples);
+    ++log.users;
+  }
+  CString failure;
+  try {
+    if (!journal) journal = NewJournal(log);
+    journal->Append(samples);
+  } catch (const CFileException& fault) {
+    failure = fault.m_path + ": " + fault.Text();
+  } catch (const std::bad_alloc&) {
+    failure = CFileException("", ENOMEM).Text();
+  }
+  const CGuard lock(m_mutex);
+  --log.users;
+  log.journal = log.isDropped ? nullptr : journal;
+  if (failure.IsEmpty()) {
+    log.journaled = count;
+    log.journalPlace = end;
+  } else {
+    log.nextJournal = now + m_keeper.policy.retry;
+    if (!(failure == log.journalFailure)) AddLine(severityWarning, "The journal is not written: " + failure);
+  }
+  log.journalFailure = failure;
+  if (m_keeper.policy.sync.count() == 0) m_keeper.Wake();
+  m_changed.notify_all();
+  return !failure.IsEmpty();
+}
+
+std::shared_ptr<CJournalWriter> CLogTrack::NewJournal(const CKeptLog& log) {
+  CJournalHead head;
+  head.isSummary = m_settings.isSummary;
+  head.name = m_settings.logName;
+  head.naming = m_settings.naming;
+  head.maxLogs = m_settings.maxLogs;
+  head.maxSamples = m_settings.maxSamples;
+  head.retention = m_settings.retention;
+  head.varNames = log.names;
+  head.continues = log.continued;
+  const CString path = JoinPath(m_settings.naming.directory, JournalFile(m_key, m_nextJournal++));
+  auto journal = std::make_shared<CJournalWriter>(path, head);
+  if (log.named) journal->Name(log.named->name, log.named->first, log.named->samples);
+  return journal;
+}
+
+// Forgets the journal of log, whose samples will be written to a new one. With m_mutex locked.
+void CLogTrack::RestartJournal(CKeptLog& log) {
+  log.journal = nullptr;
+  log.journaled = log.synced = log.Base();
+  log.journalPlace = log.basePlace;
+}
+
+CKeeperTime CLogTrack::SyncJournals(CKeeperTime now) {
+  if (!m_keeper.policy.live) return kNever;
+  bool closing = false;
+  {
+    const CGuard lock(m_mutex);
+    closing = m_closing;
+  }
+  if (now < m_nextSync && !closing) return m_nextSync;
+  m_nextSync = now + m_keeper.policy.sync;
+  for (const CLogPointer& log : Logs()) SyncJournal(*log);
+  return m_keeper.policy.sync.count() == 0 ? kNever : m_nextSync;
+}
+
+// After a sync that failed the disk may have dropped any of the bytes: the samples go to a new journal.
+void CLogTrack::SyncJournal(CKeptLog& log) {
+  std::shared_ptr<CJournalWriter> journal;
+  std::uint64_t journaled = 0;
+  {
+    const CGuard lock(m_mutex);
+    journal = log.journal;
+    journaled = log.journaled;
+    if (!journal || log.synced == journaled) return;
+  }
+  CString failure;
+  try {
+    journal->Sync();
+  } catch (const CFileException& fault) {
+    failure = fault.m_path + ": " + fault.Text();
+  }
+  {
+    const CGuard lock(m_mutex);
+    if (log.journal != journal) return;
+    if (failure.IsEmpty())
+      log.synced = journaled;
+    else
+      AddLine(severityWarning, "The journal is not on the disk and is written anew: " + failure),
+          RestartJournal(log);
+    m_changed.notify_all();
+  }
+  if (failure.IsEmpty()) return;
+  try {
+    journal->Remove();
+  } catch (const CFileException&) {  // a recovery finds the same samples in the next one
+  }
+  m_keeper.HaveSample();
+}
+
+}  // namespace vastra
