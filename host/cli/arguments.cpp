@@ -22,6 +22,16 @@ std::int64_t ToNumber(const char* name, const std::string& typed, std::int64_t l
   return number;
 }
 
+double ToSeconds(const char* name, const std::string& typed, double highest) {
+  double number = 0;
+  const char* const end = typed.data() + typed.size();
+  const auto [rest, fault] = std::from_chars(typed.data(), end, number, std::chars_format::fixed);
+  if (fault != std::errc() || rest != end || !(number >= 0 && number <= highest))
+    throw CLI::ValidationError(name, typed + " is not a number of seconds from 0 to " +
+                                         std::to_string(static_cast<std::int64_t>(highest)));
+  return number;
+}
+
 }  // namespace
 
 CFileArgument ToFile(const CString& typed) { return {typed, MakeAbsolute(typed)}; }
@@ -64,6 +74,13 @@ CArgument<CNumber> CArguments::Number(const char* name, const char* value, const
   auto number = std::make_shared<CNumber>();
   const auto take = [=](const std::string& typed) { *number = ToNumber(name, typed, lowest, highest); };
   m_command.add_option_function<std::string>(name, take, help)->type_name(value);
+  return number;
+}
+
+CArgument<std::optional<double>> CArguments::Seconds(const char* name, const char* help, double highest) {
+  auto number = std::make_shared<std::optional<double>>();
+  const auto take = [=](const std::string& typed) { *number = ToSeconds(name, typed, highest); };
+  m_command.add_option_function<std::string>(name, take, help)->type_name("S");
   return number;
 }
 

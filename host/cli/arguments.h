@@ -44,6 +44,8 @@ class CArguments {
   CArgument<bool> Flag(const char* name, const char* help);
   CArgument<CNumber> Number(const char* name, const char* value, const char* help, std::int64_t lowest,
                             std::int64_t highest);
+  // A number of seconds, with decimals.
+  CArgument<std::optional<double>> Seconds(const char* name, const char* help, double highest);
   CArgument<std::optional<CFileArgument>> OptionalFile(const char* name, const char* value, const char* help);
   CArgument<std::vector<CString>> Texts(const char* name, const char* value, const char* help);
 

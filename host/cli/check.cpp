@@ -5,9 +5,12 @@
 #include "host/cli/load.h"
 #include "host/cli/number_text.h"
 #include "host/cli/output.h"
+#include "host/cli/run_arguments.h"
 #include "host/cli/session.h"
 #include "host/cli/terminal/terminal.h"
 #include "host/common/key_path.h"
+#include "host/common/log_checks.h"
+#include "host/common/replay_list.h"
 #include "host/run/open_fault.h"
 #include "vastra/equations/separator.h"
 #include "vastra/stages/log_single_output.h"
@@ -143,12 +146,16 @@ void CheckStages(const CConfiguration& configuration, const CStageNames& names, 
   CCheck(configuration, names, console, findings).Run();
 }
 
-EExit Check(const CFileArgument& file) {
+EExit Check(const CFileArgument& file, bool isPlain) {
   CConfiguration configuration;
   if (Load(file, configuration) != kDone) return kRefused;
   CHostConsole console(EVerbosity::normal);
+  const std::vector<CString> refusals =
+      isPlain ? std::vector<CString>() : FindLogRefusals(configuration);  // of the whole list of a replay
+  if (!isPlain) PrintBadLogs(file.typed, LeaveOutBadLogs(configuration), false);
   const CStageNames names = FindStageNames(configuration);
-  PrintWarnings(file.typed, FindWarnings(configuration, names));
+  PrintWarnings(file.typed, FindWarnings(configuration, names, !isPlain));
+  if (PrintRefusals(file.typed, refusals) != kDone) return kRefused;
   if (PrintEquationFaults(file.typed, FindEquationFaults(configuration, names)) != kDone) return kRefused;
   CFindings findings(file.typed);
   CheckStages(configuration, names, console, findings);
@@ -159,7 +166,8 @@ EExit Check(const CFileArgument& file) {
 
 CAction DeclareCheck(CArguments& arguments) {
   const auto file = arguments.File("FILE", kConfigurationHelp);
-  return [=] { return Check(*file); };
+  const auto plain = DeclarePlain(arguments);
+  return [=] { return Check(*file, *plain); };
 }
 
 }  // namespace vastra

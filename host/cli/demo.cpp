@@ -5,6 +5,7 @@
 
 #include "host/cli/command.h"
 #include "host/cli/progress.h"
+#include "host/cli/run_arguments.h"
 #include "host/cli/terminal/terminal.h"
 #include "host/common/configuration_file.h"
 #include "vastra/platform/file_system.h"
@@ -59,8 +60,9 @@ EExit Demo(const CFileArgument& out, const CSessionOptions& options) {
   CProgress progress;
   CSessionResult result;
   const EExit status = RunSession("demo", configuration, options, progress, result);
-  if (status == kDone) Explain(out, result);
-  return status;
+  if (status != kDone) return status;
+  Explain(out, result);
+  return result.Status();
 }
 
 }  // namespace
@@ -70,10 +72,12 @@ CAction DeclareDemo(CArguments& arguments) {
   const auto scans = arguments.Number("--scans", "N", "Stop after N scans (default: 120)", 0, kMostScans);
   const auto period =
       arguments.Number("--period", "MS", "Milliseconds from scan to scan (default: 25)", 0, kLongestPeriod);
+  const auto plain = DeclarePlain(arguments);
   const CFileArgument usual = ToFile("demo-logs");
   return [=] {
-    return Demo(out->value_or(usual),
-                {{.scans = scans->value_or(kScans), .period = CScanLoop::Period(period->value_or(-1))}});
+    return Demo(out->value_or(usual), {{.scans = scans->value_or(kScans),
+                                        .period = CScanLoop::Period(period->value_or(-1)),
+                                        .policy = *plain ? std::nullopt : std::optional(CLogPolicy())}});
   };
 }
 

@@ -3,10 +3,10 @@
 #include <filesystem>
 
 #include "host/cli/command.h"
-#include "host/cli/files.h"
 #include "host/cli/json_output.h"
 #include "host/cli/output.h"
 #include "host/cli/terminal/terminal.h"
+#include "host/common/paths.h"
 #include "vastra/plc/driver_factory.h"
 
 namespace vastra {

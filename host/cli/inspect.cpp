@@ -30,8 +30,6 @@ CLogFacts Look(const CFileArgument& file) {
   return facts;
 }
 
-CJson ToJson(const _timeb& time) { return {time.time, time.millitm, time.timezone, time.dstflag}; }
-
 CJson ToJson(const CLogFacts& facts) {
   CJson log = {{"file", ToJson(facts.file)}};
   if (!facts.fault.IsEmpty()) {

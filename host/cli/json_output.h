@@ -5,6 +5,7 @@
 #include "host/cli/exit.h"
 #include "host/common/json_text.h"
 #include "vastra/platform/string.h"
+#include "vastra/platform/time.h"
 
 namespace vastra {
 
@@ -12,6 +13,8 @@ namespace vastra {
 // represent.
 CJson ToJson(double number);
 inline CJson ToJson(const CString& text) { return text.Std(); }
+// The fields of a time record that are not zero by definition.
+inline CJson ToJson(const _timeb& time) { return {time.time, time.millitm, time.timezone, time.dstflag}; }
 
 EExit PrintJson(const CJson& json);
 

@@ -15,12 +15,20 @@ CString BarOf(const CRunCounts& counts) {
   return bar;
 }
 
+// What is not as usual: empty if no row is lost and none is in a journal only.
+CString KeptText(const CLedgerSums& kept) {
+  CString text;
+  if (kept.inJournal) text += ", " + CString(std::to_string(kept.inJournal)) + " in a journal";
+  if (kept.lost) text += ", " + CString(std::to_string(kept.lost)) + " lost";
+  return text;
+}
+
 CString TextOf(const CRunCounts& counts) {
   CString numbers;
   numbers.Format("%llu read, %llu failed, %llu late, in memory %llu of %llu", Number(counts.scans.read),
                  Number(counts.scans.failedReads), Number(counts.scans.late), Number(counts.fill.m_samples),
                  Number(counts.fill.m_total));
-  return (counts.replay.logs ? BarOf(counts) : CString()) + numbers;
+  return (counts.replay.logs ? BarOf(counts) : CString()) + numbers + KeptText(counts.kept);
 }
 
 }  // namespace

@@ -1,8 +1,8 @@
 #include "host/cli/read_log.h"
 
-#include "host/cli/files.h"
 #include "host/cli/number_text.h"
 #include "host/cli/terminal/terminal.h"
+#include "host/common/paths.h"
 #include "vastra/logfiles/journal_reader.h"
 #include "vastra/logfiles/log_reader.h"
 #include "vastra/platform/file_system.h"

@@ -1,6 +1,6 @@
 // vastra run: runs a configuration until a replay ends, a number of scans is reached or a signal arrives.
 #include "host/cli/command.h"
-#include "host/cli/json_output.h"
+#include "host/cli/ledger_json.h"
 #include "host/cli/progress.h"
 #include "host/cli/run_arguments.h"
 #include "host/cli/terminal/terminal.h"
@@ -20,7 +20,8 @@ CJson ToJson(const CSessionResult& result) {
             {"summaries", failed.summaries},
             {"plcWrite", failed.plcWrite},
             {"trend", failed.trend}}},
-          {"files", result.files}};
+          {"files", result.files},
+          {"ledger", LedgerJson(result.ledger)}};
 }
 
 EExit Run(const CRunArguments& arguments, bool asJson) {
@@ -28,9 +29,11 @@ EExit Run(const CRunArguments& arguments, bool asJson) {
   CSessionResult result;
   const EExit status = arguments.Run(progress, result);
   if (status != kDone) return status;
-  if (asJson) return PrintJson(ToJson(result));
-  CTerminal::Instance().Remark("vastra: " + ToText(result));
-  return kDone;
+  if (!asJson) return PrintEnd(result);
+  if (const CString loss = LossText(result.ledger); !loss.IsEmpty())
+    Fail(kFailed, arguments.File().typed, loss);
+  const EExit printed = PrintJson(ToJson(result));
+  return printed == kDone ? result.Status() : printed;
 }
 
 }  // namespace

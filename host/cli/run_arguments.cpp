@@ -11,7 +11,20 @@ EVerbosity Verbosity(bool debug, bool quiet) {
   return debug ? EVerbosity::debug : EVerbosity::normal;
 }
 
+constexpr double kLongestWait = 86400;                          // seconds
+constexpr std::int64_t kMostMegabytes = std::int64_t{1} << 20;  // a terabyte
+
+std::chrono::milliseconds ToMilliseconds(double seconds) {
+  return std::chrono::ceil<std::chrono::milliseconds>(std::chrono::duration<double>(seconds));
+}
+
 }  // namespace
+
+CArgument<bool> DeclarePlain(CArguments& arguments) {
+  return arguments.Flag("--plain",
+                        "Write the logs as the engine does by default: no journal, no retry; new logs "
+                        "can replace old ones");
+}
 
 CRunArguments::CRunArguments(CArguments& arguments)
     : m_file(arguments.File("FILE", kConfigurationHelp)),
@@ -24,7 +37,17 @@ CRunArguments::CRunArguments(CArguments& arguments)
                               UINT32_MAX)),
       m_threaded(arguments.Flag("--threaded", "Read from and write to the PLCs on worker threads")),
       m_debug(arguments.Flag("--debug", "Show each operation of each link")),
-      m_quiet(arguments.Flag("--quiet", "Show errors only, and no progress")) {
+      m_quiet(arguments.Flag("--quiet", "Show errors only, and no progress")),
+      m_plain(DeclarePlain(arguments)),
+      m_sync(arguments.Seconds("--sync",
+                               "Seconds from sync to sync of the journals (default: 5); 0: sync each sample",
+                               kLongestWait)),
+      m_hold(arguments.Number("--hold", "MB", "Memory for logs that wait for the disk (default: 64)", 0,
+                              kMostMegabytes)),
+      m_closeWithin(arguments.Seconds("--close-within",
+                                      "The longest wait for the disk at the end, in seconds (default: 30)",
+                                      kLongestWait)),
+      m_strict(arguments.Flag("--strict", "Do not start a replay if a log of its list is bad")) {
   arguments.Exclude("--debug", "--quiet");
 }
 
@@ -40,8 +63,19 @@ CSessionOptions CRunArguments::Options() const {
   return {{.threaded = *m_threaded,
            .scans = m_scans->value_or(-1),
            .period = CScanLoop::Period(m_period->value_or(-1)),
-           .node = static_cast<UINT>(m_node->value_or(0))},
-          Verbosity(*m_debug, *m_quiet)};
+           .node = static_cast<UINT>(m_node->value_or(0)),
+           .policy = Policy()},
+          Verbosity(*m_debug, *m_quiet),
+          *m_strict};
+}
+
+std::optional<CLogPolicy> CRunArguments::Policy() const {
+  if (*m_plain) return std::nullopt;
+  CLogPolicy policy;
+  if (*m_sync) policy.sync = ToMilliseconds(**m_sync);
+  if (*m_hold) policy.hold = static_cast<std::uint64_t>(**m_hold) << 20;
+  if (*m_closeWithin) policy.closeWithin = ToMilliseconds(**m_closeWithin);
+  return policy;
 }
 
 }  // namespace vastra

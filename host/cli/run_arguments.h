@@ -6,6 +6,9 @@
 
 namespace vastra {
 
+// --plain, of run, watch, demo and check.
+CArgument<bool> DeclarePlain(CArguments& arguments);
+
 class CRunArguments {
  public:
   explicit CRunArguments(CArguments& arguments);
@@ -16,10 +19,15 @@ class CRunArguments {
 
  private:
   CSessionOptions Options() const;
+  std::optional<CLogPolicy> Policy() const;
 
   CArgument<CFileArgument> m_file;
   CArgument<CNumber> m_scans, m_period, m_node;
-  CArgument<bool> m_threaded, m_debug, m_quiet;
+  CArgument<bool> m_threaded, m_debug, m_quiet, m_plain;
+  CArgument<std::optional<double>> m_sync;
+  CArgument<CNumber> m_hold;
+  CArgument<std::optional<double>> m_closeWithin;
+  CArgument<bool> m_strict;
 };
 
 }  // namespace vastra

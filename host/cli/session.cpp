@@ -10,6 +10,17 @@ void PrintWarnings(const CString& subject, const std::vector<CString>& warnings)
   for (const CString& warning : warnings) Warn(subject, warning);
 }
 
+EExit PrintRefusals(const CString& subject, const std::vector<CString>& lines) {
+  for (const CString& line : lines) Fail(kRefused, subject, line);
+  return lines.empty() ? kDone : kRefused;
+}
+
+EExit PrintBadLogs(const CString& subject, const std::vector<CString>& lines, bool isStrict) {
+  for (const CString& line : lines)
+    isStrict ? void(Fail(kFailed, subject, line)) : Warn(subject, line + ": the log is left out");
+  return isStrict && !lines.empty() ? kFailed : kDone;
+}
+
 EExit PrintEquationFaults(const CString& subject, const std::vector<CEquationFinding>& faults) {
   for (const CEquationFinding& fault : faults) {
     Fail(kRefused, subject, fault.message);
@@ -26,6 +37,8 @@ EExit RunSession(const CString& subject, const CConfiguration& configuration, co
   runOptions.target = &inbox;
   CRun run(configuration, console.Messenger(), runOptions);
   PrintWarnings(subject, run.Warnings());
+  if (PrintBadLogs(subject, run.BadLogs(), options.isStrict) != kDone) return kFailed;
+  if (PrintRefusals(subject, run.Refusals()) != kDone) return kRefused;
   if (PrintEquationFaults(subject, run.EquationFaults()) != kDone) return kRefused;
   if (run.Names().hasInput) {
     const EExit status = view.Begin(run.SampleNames());
@@ -36,16 +49,29 @@ EExit RunSession(const CString& subject, const CConfiguration& configuration, co
   run.AddObserver(&view);
   if (!run.Start()) return Fail(kFailed, subject, run.OpenFault());
   DriveToEnd(run, inbox, [&view] { return view.Show(); });
-  result = {run.Counts().scans, run.Files()};
+  result = {run.Counts().scans, run.Files(), run.Ledger()};
   return view.End();
+}
+
+EExit PrintEnd(const CSessionResult& result) {
+  const CString line = "vastra: " + ToText(result);
+  if (result.Status() == kDone)
+    CTerminal::Instance().Remark(line);
+  else
+    CTerminal::Instance().Line(line, kErrorColour);
+  return result.Status();
 }
 
 CString ToText(const CSessionResult& result) {
   const CScanCounts& counts = result.counts;
-  return CString(std::to_string(counts.read) + " read, " + Counted(counts.failedReads, "failed read") + ", " +
-                 std::to_string(counts.late) + " late, " +
-                 Counted(counts.failedWrites.Sum(), "failed write") + ", " +
-                 Counted(result.files.size(), "file") + " written");
+  const CString loss = LossText(result.ledger);
+  std::string text = (loss.IsEmpty() ? "" : loss.Std() + ", ") + std::to_string(counts.read) + " read, " +
+                     Counted(counts.failedReads, "failed read") + ", " + std::to_string(counts.late) +
+                     " late, " + Counted(counts.failedWrites.Sum(), "failed write") + ", " +
+                     Counted(result.files.size(), "file") + " written";
+  if (const std::uint64_t rows = Sum(result.ledger).inJournal)
+    text += ", " + Counted(rows, "row") + " in a journal only: the next run makes a log of it";
+  return CString(text);
 }
 
 }  // namespace vastra

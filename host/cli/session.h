@@ -15,6 +15,7 @@ constexpr std::int64_t kLongestPeriod = UINT32_MAX;  // milliseconds
 struct CSessionOptions {
   CLoopOptions loop;  // without a target
   EVerbosity verbosity = EVerbosity::normal;
+  bool isStrict = false;  // a replay with a bad log in its list does not start
 };
 
 // What the user sees during a run.
@@ -34,10 +35,18 @@ class CSessionView : public CRunObserver {
 struct CSessionResult {
   CScanCounts counts;
   std::vector<std::string> files;  // written and still existing, absolute paths in byte order
+  std::vector<CRunLedger> ledger;
+
+  // Of the command: kFailed if rows are lost.
+  EExit Status() const { return Sum(ledger).lost ? kFailed : kDone; }
 };
 
 // Prints the warnings.
 void PrintWarnings(const CString& subject, const std::vector<CString>& warnings);
+// Prints why a configuration is refused. kDone if there is no line, or kRefused.
+EExit PrintRefusals(const CString& subject, const std::vector<CString>& lines);
+// Prints the bad logs of a replay: as warnings, or as errors with the result kFailed if isStrict.
+EExit PrintBadLogs(const CString& subject, const std::vector<CString>& lines, bool isStrict);
 // Prints each equation list that does not compile, with a caret under the place of the fault. subject is what
 // the lines call the configuration. kDone, or kRefused.
 EExit PrintEquationFaults(const CString& subject, const std::vector<CEquationFinding>& faults);
@@ -47,7 +56,9 @@ EExit PrintEquationFaults(const CString& subject, const std::vector<CEquationFin
 EExit RunSession(const CString& subject, const CConfiguration& configuration, const CSessionOptions& options,
                  CSessionView& view, CSessionResult& result);
 
-// The counts in words.
+// The counts in words; the rows that are lost come first.
 CString ToText(const CSessionResult& result);
+// Prints them as the last line of a command, with --quiet only if rows are lost. Returns the status.
+EExit PrintEnd(const CSessionResult& result);
 
 }  // namespace vastra

@@ -21,8 +21,7 @@ EExit Watch(const CRunArguments& arguments, const std::vector<CString>& variable
   CWatchView view(arguments.File().typed, NamesIn(variables));
   CSessionResult result;
   const EExit status = arguments.Run(view, result);
-  if (status == kDone) CTerminal::Instance().Remark("vastra: " + ToText(result));
-  return status;
+  return status == kDone ? PrintEnd(result) : status;
 }
 
 }  // namespace

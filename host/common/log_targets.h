@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "host/common/configuration.h"
+#include "vastra/logfiles/log_naming.h"
 
 namespace vastra {
 
@@ -17,6 +18,7 @@ struct CLogTarget {
   UINT maxSamples;
   const CStringArray& enableEquations;  // of the configuration
   std::span<const char* const> flags;   // flags that must be assigned, or nothing is written
+  CLogNaming naming;
 };
 
 std::vector<CLogTarget> FindLogTargets(const CConfiguration& configuration);

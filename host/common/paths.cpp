@@ -26,4 +26,23 @@ CString MakeAbsolute(const CString& path) {
   return MakeAbsolute(CString(fs::current_path(ignored).string()), path);
 }
 
+CString OtherThanFile(const CString& path) {
+  std::error_code ignored;
+  switch (fs::status(path.Std(), ignored).type()) {
+    case fs::file_type::regular:
+      return {};
+    case fs::file_type::directory:
+      return "a folder";
+    case fs::file_type::fifo:
+      return "a FIFO";
+    case fs::file_type::socket:
+      return "a socket";
+    case fs::file_type::block:
+    case fs::file_type::character:
+      return "a device";
+    default:
+      return fs::is_symlink(path.Std(), ignored) ? "a link to nothing" : "nothing";
+  }
+}
+
 }  // namespace vastra

@@ -11,4 +11,8 @@ CString MakeAbsolute(const CString& folder, const CString& path);
 // The same, relative to the current directory of the process.
 CString MakeAbsolute(const CString& path);
 
+// What is at path if that is not a regular file, such as "a folder" or "a FIFO", which would make a reader
+// wait. Empty for a regular file.
+CString OtherThanFile(const CString& path);
+
 }  // namespace vastra

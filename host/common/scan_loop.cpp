@@ -22,12 +22,15 @@ CScanLoop::CScanLoop(const CConfiguration& configuration, COptions options)
   if (!m_options.trend) *m_trend.GetOptions() = configuration.m_trend;
   m_outputs.SetLogListener(m_options.outputs);
   m_summaries.SetLogListener(m_options.summaries);
+  m_outputs.SetLogKeeper(m_options.keeper);
+  m_summaries.SetLogKeeper(m_options.keeper);
   if (m_options.period < Period::zero()) m_options.period = Period(m_input.GetScanPeriod());
 }
 
 int CScanLoop::Start() {
   m_failedStage = OpenStages();
   if (m_failedStage != EStage::none) return Close(), 0;
+  if (m_options.opened) m_options.opened();
   m_openedToWrite = !m_plcWrite.GetOptions()->m_disableWriting;
   m_plcWrite.SetNodeNumber(m_options.node);
   m_input.SetCallBack(m_options.threaded, m_options.target, messageRead);
@@ -125,7 +128,13 @@ void CScanLoop::Finish() {
   EndScan(true);
 }
 
+void CScanLoop::Deliver() {
+  m_outputs.Deliver();
+  m_summaries.Deliver();
+}
+
 void CScanLoop::EndScan(bool succeeded) {
+  Deliver();
   const auto scans = static_cast<std::int64_t>(m_counts.read + m_counts.failedReads);
   if (m_stopping || scans == m_options.scans) return Close();
   m_state = EState::idle;
@@ -164,6 +173,7 @@ void CScanLoop::Close() {
   m_summaries.Close();
   m_plcWrite.Close();
   m_trend.Close();
+  Deliver();
   m_state = EState::closed;
 }
 

@@ -15,6 +15,7 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <optional>
 
 #include "host/common/configuration.h"
 #include "host/common/smart_logic.h"
@@ -54,6 +55,8 @@ struct CLoopOptions {
   // Between the two sides of the smart stage; must exist while the loop exists; null: none.
   CSmartLogic* logic = nullptr;
   CTrendConfig* trend = nullptr;  // settings that the trending stage shares; null: the configuration's
+  // How the logs are kept; the run sets live and waits. None: the default of the engine.
+  std::optional<CLogPolicy> policy = std::nullopt;
 };
 
 class CScanLoop {
@@ -63,6 +66,8 @@ class CScanLoop {
 
   struct COptions : CLoopOptions {
     CLogListener *outputs = nullptr, *summaries = nullptr;  // of these stages
+    CLogKeeper* keeper = nullptr;                           // of both; must exist while the loop exists
+    std::function<void()> opened;  // called when all stages are open, before the first scan is due
     // Called at the end of each scan that read a sample, for views.
     std::function<void(CLogTrendings&)> refresh;
     // Called when the last scan is done and the stages are about to close.
@@ -96,6 +101,9 @@ class CScanLoop {
   // Switches the writing to PLCs off or on from the next scan on; not from the thread of a worker. False: the
   // stage was opened without its nodes, since writing was off, and writes after the next start.
   bool DisableWriting(bool disable);
+  // Sends what the keeper of the logs has to report, on the thread that drives the loop. The loop calls it
+  // after each scan and when the stages are closed; a host also calls it while it waits for long.
+  void Deliver();
   // Ends the loop: at once, or when the present worker has reported.
   void Stop();
 
@@ -105,6 +113,7 @@ class CScanLoop {
   CLogInput& Input() { return m_input; }
   CLogTrendings& Trend() { return m_trend; }
   const CLogMultiOutput& Outputs() const { return m_outputs; }
+  const CLogMultiSummary& Summaries() const { return m_summaries; }
 
  private:
   enum class EState { closed, idle, reading, writing };

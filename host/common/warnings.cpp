@@ -5,6 +5,7 @@
 #include <map>
 
 #include "host/common/key_path.h"
+#include "host/common/log_checks.h"
 #include "host/common/log_targets.h"
 #include "vastra/equations/separator.h"
 #include "vastra/plc/driver_factory.h"
@@ -20,7 +21,7 @@ std::filesystem::path Place(const CString& directory) {
   return failed ? given : place;
 }
 
-void AddPlaces(const CConfiguration& configuration, std::vector<CString>& warnings) {
+void AddPlaces(const CConfiguration& configuration, bool keepsLogs, std::vector<CString>& warnings) {
   std::map<std::filesystem::path, CString> users;
   for (const CLogTarget& target : FindLogTargets(configuration)) {
     if (target.maxLogs == 0)
@@ -30,8 +31,8 @@ void AddPlaces(const CConfiguration& configuration, std::vector<CString>& warnin
       warnings.push_back(target.key + ".maxSamples: 0 makes each sample a log of its own");
     const auto [user, isFirst] = users.emplace(Place(target.directory), target.key);
     if (!isFirst)
-      warnings.push_back(target.key + ".directory: is that of " + user->second +
-                         " too: each counts, and removes, the logs of the other");
+      warnings.push_back(target.key + ".directory: is that of " + user->second + " too" +
+                         (keepsLogs ? "" : ": each counts, and removes, the logs of the other"));
   }
 }
 
@@ -89,11 +90,15 @@ void AddBaseVars(const CStringArray& stored, const CStringArray& input, std::vec
 
 }  // namespace
 
-std::vector<CString> FindWarnings(const CConfiguration& configuration, const CStageNames& names) {
+std::vector<CString> FindWarnings(const CConfiguration& configuration, const CStageNames& names,
+                                  bool keepsLogs) {
+  const bool isLive = !configuration.m_input.m_simulating;
   std::vector<CString> warnings;
-  if (!configuration.m_input.m_simulating) AddNodes(configuration.m_input, warnings);
+  if (!keepsLogs) warnings = FindLogRefusals(configuration);
+  if (const CString fault = FindClockFault(); isLive && !fault.IsEmpty()) warnings.push_back(fault);
+  if (isLive) AddNodes(configuration.m_input, warnings);
   AddWrittenNodes(configuration.m_plcWrite, warnings);
-  AddPlaces(configuration, warnings);
+  AddPlaces(configuration, keepsLogs, warnings);
   if (names.hasInput) {
     AddFlags(configuration, names.afterSmart, warnings);
     AddBaseVars(configuration.m_trend.m_baseVars, names.input, warnings);

@@ -8,6 +8,8 @@
 namespace vastra {
 
 // A line for each, which begins with the path of its key, such as "outputs[1].maxLogs: ...".
-std::vector<CString> FindWarnings(const CConfiguration& configuration, const CStageNames& names);
+// keepsLogs: the logs are kept by a policy.
+std::vector<CString> FindWarnings(const CConfiguration& configuration, const CStageNames& names,
+                                  bool keepsLogs);
 
 }  // namespace vastra

@@ -16,20 +16,21 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
+constexpr std::chrono::seconds kReportPause{1};  // between two reports on the logs
+
 // A signal handler has no argument for these.
 std::atomic<CInbox*> g_inbox{nullptr};
-std::atomic<std::int64_t> g_stoppedAt{0};  // milliseconds on Clock; 0: not yet
-
-constexpr std::int64_t kPatience = 1000;  // milliseconds
+std::atomic<bool> g_isStopped{false};  // a signal has come
+std::atomic<bool> g_isAsked{false};    // SIGINT or SIGTERM has come
 
 constexpr int kStops[] = {SIGINT, SIGTERM, SIGHUP};
 
+// The signal that ends the process is delivered when its handler returns, whatever the other threads wait
+// for.
 void HandleStop(int signal) {
   const int savedError = errno;
-  const std::int64_t now =
-      std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now().time_since_epoch()).count();
-  std::int64_t first = 0;
-  if (!g_stoppedAt.compare_exchange_strong(first, now) && signal == SIGINT && now - first >= kPatience) {
+  g_isStopped = true;
+  if (signal != SIGHUP && g_isAsked.exchange(true)) {
     ::signal(signal, SIG_DFL);
     ::raise(signal);
   }
@@ -92,28 +93,33 @@ bool CInbox::IsReadable(Time until) const {
 }
 
 CStopSignals::CStopSignals(CInbox& inbox) {
-  g_stoppedAt = 0;
+  g_isStopped = g_isAsked = false;
   g_inbox = &inbox;
   for (int signal : kStops)
     if (signal != SIGHUP || !IsIgnored(SIGHUP)) SetHandler(signal, HandleStop);  // nohup keeps its effect
 }
 
-// After a stop the handlers stay installed: a repeated signal must not end the process before the last lines
-// are printed.
+// After a stop the handlers stay installed: the last lines are printed even if the terminal closes meanwhile.
 CStopSignals::~CStopSignals() {
   g_inbox = nullptr;
-  if (g_stoppedAt != 0) return;
+  if (g_isStopped) return;
   for (int signal : kStops)
     if (!IsIgnored(signal)) SetHandler(signal, SIG_DFL);
 }
 
 void DriveToEnd(CRun& run, CInbox& inbox, const std::function<CInbox::Time()>& show) {
+  CInbox::Time report = run.KeepsLogs() ? Clock::now() : CInbox::Time::max();
   while (run.IsRunning()) {
     const CInbox::Time due = run.IsPending() ? CInbox::Time::max() : run.NextDue();
     const CInbox::Time redraw = show();
     CMessage message;
-    if (!inbox.Wait(message, std::min(due, redraw))) {
-      if (due <= redraw) run.Step();
+    if (!inbox.Wait(message, std::min({due, redraw, report}))) {
+      if (due <= std::min(redraw, report)) {
+        run.Step();
+      } else if (report <= redraw) {
+        report = Clock::now() + kReportPause;
+        run.Deliver();
+      }
     } else if (message.m_message == CStopSignals::messageStop) {
       run.Stop();
     } else {

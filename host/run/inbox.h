@@ -33,8 +33,9 @@ class CInbox : public CMessageTarget {
   std::atomic<int> m_count{0};  // of messages, so that a loop at full speed need not ask the system
 };
 
-// While the object exists SIGINT, SIGTERM and SIGHUP post messageStop to inbox. A Ctrl-C that comes a second
-// or more after the first stop ends the process at once, for the case that a driver hangs.
+// While the object exists SIGINT, SIGTERM and SIGHUP post messageStop to inbox. The second SIGINT or SIGTERM
+// ends the process at once by its default action, also while the stages close, for the case that a driver or
+// a disk hangs.
 class CStopSignals {
  public:
   static constexpr UINT messageStop = 1000;

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "host/common/key_path.h"
+#include "host/common/replay_list.h"
 #include "host/run/open_fault.h"
 
 namespace vastra {
@@ -16,6 +17,33 @@ std::vector<CLogSource> SourcesOf(const CList<CONFIG*, CONFIG*>& configs, const 
   return sources;
 }
 
+constexpr std::chrono::milliseconds kSumsPause{250};
+
+CConfiguration WithoutBadLogs(CConfiguration configuration, const CRunOptions& options,
+                              std::vector<CString>& badLogs) {
+  if (options.policy) badLogs = LeaveOutBadLogs(configuration);
+  return configuration;
+}
+
+std::unique_ptr<CLogKeeper> MakeKeeper(const CInputConfig& input, const CRunOptions& options) {
+  if (!options.policy) return nullptr;
+  CLogPolicy policy = *options.policy;
+  policy.live = !input.m_simulating;
+  const bool isPaced = options.period.count() < 0 ? !input.m_asFastAsPossible && input.m_scanPeriod != 0
+                                                  : options.period.count() > 0;
+  policy.waits = !policy.live || !isPaced;
+  return std::make_unique<CLogKeeper>(policy);
+}
+
+template <class CONFIG>
+void AddLedgers(const CList<CONFIG*, CONFIG*>& configs, bool areSummaries, std::vector<CLogLedger> ledgers,
+                std::vector<CRunLedger>& all) {
+  ledgers.resize(static_cast<std::size_t>(configs.GetCount()));
+  std::size_t index = 0;
+  for (const CONFIG* config : configs)
+    all.push_back({config->m_name, areSummaries, std::move(ledgers[index++])});
+}
+
 CStageNames FindQuietly(const CConfiguration& configuration, CRunMessenger& messenger) {
   const CRunMessenger::CQuiet quiet(messenger);
   return FindStageNames(configuration);
@@ -24,13 +52,16 @@ CStageNames FindQuietly(const CConfiguration& configuration, CRunMessenger& mess
 }  // namespace
 
 CRun::CRun(const CConfiguration& configuration, CRunMessenger& messenger, const CRunOptions& options)
-    : m_configuration(configuration),
+    : m_refusals(options.policy ? FindLogRefusals(configuration) : std::vector<CString>()),
+      m_configuration(WithoutBadLogs(configuration, options, m_badLogs)),
       m_messenger(messenger),
       m_names(FindQuietly(configuration, messenger)),
       m_outputLogs(*this, SourcesOf(m_configuration.m_outputs.m_outputs, "outputs")),
       m_summaryLogs(*this, SourcesOf(m_configuration.m_summaries.m_summaries, "summaries")),
+      m_recoveredLogs(*this, {{"recovered", ""}}),
       m_trendChanged(options.trendChanged),
       m_makesNoScan(options.scans == 0),
+      m_pKeeper(MakeKeeper(m_configuration.m_input, options)),
       m_loop(m_configuration, LoopOptions(options)) {
   Trend().SetOptionsListener([this] {
     m_isRenamed = true;
@@ -47,13 +78,23 @@ CScanLoop::COptions CRun::LoopOptions(const CRunOptions& options) {
   if (result.scans == 0) result.scans = -1;  // Start ends the run then
   result.outputs = &m_outputLogs;
   result.summaries = &m_summaryLogs;
+  result.keeper = m_pKeeper.get();
+  result.opened = [this] { RecoverOthers(); };
   result.refresh = [this](CLogTrendings&) { Publish(); };
   result.closing = [this] { Tell(&CRunObserver::Stopping); };
   return result;
 }
 
+// The lines go the way of the messages of the links.
+void CRun::RecoverOthers() {
+  if (!m_pKeeper) return;
+  for (const CString& line : m_pKeeper->RecoverOthers(&m_recoveredLogs))
+    m_messenger.Send("CLogKeeper", "Journals", functionOpen, severityNotice, line);
+}
+
 int CRun::Start() {
   m_isRenamed = false;
+  m_sumsDue = {};
   if (!m_loop.Start()) return 0;
   m_counts = {};
   Tell(&CRunObserver::Started, SampleNames());
@@ -81,6 +122,24 @@ void CRun::Stop() {
   Drive([this] { m_loop.Stop(); });
 }
 
+void CRun::Deliver() {
+  m_loop.Deliver();
+  m_sumsDue = {};
+  if (!m_loop.IsRunning() || m_loop.IsPending()) return;
+  Count();
+  Tell(&CRunObserver::Counted, m_counts);
+}
+
+std::vector<CRunLedger> CRun::Ledger() const {
+  std::vector<CRunLedger> all;
+  AddLedgers(m_configuration.m_outputs.m_outputs, false, m_loop.Outputs().GetLedgers(), all);
+  AddLedgers(m_configuration.m_summaries.m_summaries, true, m_loop.Summaries().GetLedgers(), all);
+  if (m_pKeeper)
+    for (const COtherLedger& other : m_pKeeper->Others())
+      all.push_back({other.name, other.isSummary, other.ledger});
+  return all;
+}
+
 // Calls action, which drives the loop, and reports the end of the scan or of the run.
 template <class ACTION>
 void CRun::Drive(ACTION action) {
@@ -92,10 +151,15 @@ void CRun::Drive(ACTION action) {
   if (!m_loop.IsRunning()) Tell(&CRunObserver::Stopped);
 }
 
-// Closed stages have no progress: the last progress of the replay is kept.
+// Closed stages have no progress: the last progress of the replay is kept. The accounts are copied seldom,
+// since a copy allocates memory.
 void CRun::Count() {
   m_counts.scans = m_loop.Counts();
   m_counts.fill = std::as_const(m_loop).Outputs().GetFill();
+  if (const Time now = Time::clock::now(); now >= m_sumsDue || !m_loop.IsRunning()) {
+    m_sumsDue = now + kSumsPause;
+    m_counts.kept = Sum(Ledger());
+  }
   const CLogInput& input = m_loop.Input();
   const UINT logs = input.TotalFilesToRead();
   if (logs != 0)

@@ -19,6 +19,7 @@
 #include <memory>
 
 #include "host/common/equation_check.h"
+#include "host/common/log_checks.h"
 #include "host/common/warnings.h"
 #include "host/run/live_state.h"
 #include "host/run/run_messenger.h"
@@ -46,7 +47,12 @@ class CRun : private CRunMessenger::CReader {
   // The names of the samples that the observers get, as far as they can be worked out before the start.
   CStringArray SampleNames() { return TrendNames(m_names, *Trend().GetOptions()); }
   // Settings that are valid but probably not intended, a line each.
-  std::vector<CString> Warnings() const { return FindWarnings(m_configuration, m_names); }
+  std::vector<CString> Warnings() const { return FindWarnings(m_configuration, m_names, KeepsLogs()); }
+  // With a policy for logs: settings that would make a log replace or remove another one, a line each. A host
+  // does not start a run that has one. Without a policy they are warnings.
+  const std::vector<CString>& Refusals() const { return m_refusals; }
+  // With a policy for logs: the logs of a replay that are bad, a line each. The run leaves them out.
+  const std::vector<CString>& BadLogs() const { return m_badLogs; }
   // The equation lists that do not compile. A host does not start a run that has one.
   std::vector<CEquationFinding> EquationFaults() const {
     return FindEquationFaults(m_configuration, m_names);
@@ -70,12 +76,20 @@ class CRun : private CRunMessenger::CReader {
   void Notify(UINT message, WPARAM result);
   // Ends the run: at once, or when the current worker has posted its result.
   void Stop();
+  // Whether the logs are kept by a policy.
+  bool KeepsLogs() const { return m_pKeeper != nullptr; }
+  // Reports what has happened to the logs since the last scan. DriveToEnd calls it each second, so that a
+  // full disk is reported before the next scan of a slow run.
+  void Deliver();
   // Turns the writing to PLCs off or on from the next scan on. False: the stage was opened without its nodes,
   // since writing was off, and writes after the next start.
   bool DisableWriting(bool disable) { return m_loop.DisableWriting(disable); }
 
   // On the thread that drives the run; Live is for all others.
   const CRunCounts& Counts() const { return m_counts; }
+  // The accounts of the outputs and then of the summaries, in order, and at the end those of the journals
+  // that the run has recovered for others. After Stop they are those of the run that has ended.
+  std::vector<CRunLedger> Ledger() const;
   // Of the files written so far, those that still exist: absolute paths in byte order.
   std::vector<std::string> Files() const { return m_files.Existing(); }
   // The stages that views work on; their settings may be changed between the steps.
@@ -97,7 +111,8 @@ class CRun : private CRunMessenger::CReader {
    private:
     template <class EVENT, class LOG>
     void Tell(EVENT event, const LOG& log) {
-      m_run.Tell(event, m_sources[static_cast<std::size_t>(log.log)], log);
+      const auto source = std::min(static_cast<std::size_t>(log.log), m_sources.size() - 1);
+      m_run.Tell(event, m_sources[source], log);
     }
 
     CRun& m_run;
@@ -109,6 +124,7 @@ class CRun : private CRunMessenger::CReader {
   CScanLoop::COptions LoopOptions(const CRunOptions& options);
   template <class ACTION>
   void Drive(ACTION action);
+  void RecoverOthers();
   void Publish();
   void Count();
   template <class EVENT, class... ARGUMENTS>
@@ -116,7 +132,9 @@ class CRun : private CRunMessenger::CReader {
     for (CRunObserver* observer : m_observers) (observer->*event)(arguments...);
   }
 
-  const CConfiguration m_configuration;
+  const std::vector<CString> m_refusals;
+  std::vector<CString> m_badLogs;
+  const CConfiguration m_configuration;  // without the bad logs
   CRunMessenger& m_messenger;
   CStageNames m_names;
   CLiveState m_live;
@@ -124,9 +142,12 @@ class CRun : private CRunMessenger::CReader {
   std::vector<CRunObserver*> m_observers{&m_live, &m_files};
   CRunCounts m_counts;
   CLogs m_outputLogs, m_summaryLogs;
+  CLogs m_recoveredLogs;                 // of journals that no open output or summary owns
   std::function<void()> m_trendChanged;  // the host's
   bool m_isRenamed = false;              // since the last sample
   const bool m_makesNoScan;
+  Time m_sumsDue{};                             // when m_counts.kept is to be updated
+  const std::unique_ptr<CLogKeeper> m_pKeeper;  // null: the default of the engine
   CScanLoop m_loop;
 };
 

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "host/common/scan_loop.h"
+#include "host/run/run_ledger.h"
 #include "vastra/logfiles/log_listener.h"
 
 namespace vastra {
@@ -11,7 +12,8 @@ namespace vastra {
 // The results of a run so far.
 struct CRunCounts {
   CScanCounts scans;
-  CFill fill;  // of the outputs: samples in memory only, and those of full logs
+  CFill fill;        // of the outputs: samples in memory only, and those of full logs
+  CLedgerSums kept;  // of the accounts; updated a few times a second
   struct {
     UINT logs = 0;   // in the list; 0: live input
     UINT done = 0;   // logs that have been played

@@ -66,6 +66,8 @@ TEST_F(ConfigurationSheet, NothingIsLostByLookingAtEachPage) {
 "trend": {"equationText": "x = y;", "equations": ["x = y"]}, "plcWrite": {"disableWriting": 1}})"));
   full["plcWrite"]["nodes"][0]["driver"]["value5"] = -5;
   full["input"]["plcNodes"][0]["driver"]["value5"] = -6;
+  for (const char* logs : {"outputs", "summaries"})
+    full[logs][0].merge_patch({{"keepDays", 1.5}, {"keepBytes", 7}, {"minFree", 8}});
   Open(full.dump());
   Edit({Tab(pageOutput), Tab(pageSummary), Tab(pageSmart), Tab(pagePlcWrite), Tab(pageInput), "Apply / OK"});
   EXPECT_FALSE(m_window.isWindowModified());

@@ -7,11 +7,11 @@ from commands import LogTest, output, replayed, simulated
 
 # Configurations with a stage that does not open, and the message of check.
 REFUSED = [
-    (simulated([output("logs"), output("logs", nameVariable="y")]), r"outputs\[1\]: "),
+    (simulated([output("logs", usePrefix=1, prefix="a"), output("logs", nameVariable="y")]), r"outputs\[1\]: "),
     (simulated(summaries=[{"saveRp": 1, "directory": "nowhere"}]), r"summaries\[0\]: .*nowhere"),
     (simulated(smart={"outputVars": ["x"]}), "smart: "),
     (simulated(plcWrite={"nodes": [{"driver": {"plcType": 4711}, "varNames": ["x"]}]}), r"plcWrite.nodes\[0\]: .*no driver 4711 is"),
-    (replayed(["none.rph"]), "input: .*none.rph: No such file"),
+    (replayed(["none.rph"]), "(warning: )?input.*none.rph: No such file"),
 ]
 
 # What a report lists, in this order.
@@ -44,6 +44,9 @@ class Forms(LogTest):
             self.write("c.json", config)
             self.assertRegex(self.expect("check c.json", 1, None, None).err, r"(?m)^vastra: c\.json: " + words)
         self.assertRegex(self.expect("run c.json --json", 1, err=None).err, "vastra: c.json: " + words)
+        self.write("c.json", simulated([output("logs"), output("logs", nameVariable="x")]))
+        self.expect("run c.json --json", 3, err=None)
+        self.expect("check c.json --plain", err=None, out=None)
         self.assertEqual([], os.listdir(self.path("logs")))
 
     def test_both_forms_are_read_and_lead_to_each_other(self):

@@ -12,7 +12,9 @@ STAMP = r"^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d"
 
 class Run(LogTest):
     def counts_after(self, signals, *args, **options):
-        """The counts of a run that gets the signals when its first sample is in the log."""
+        """The counts of a run into an empty folder that gets the signals when its first sample is in the log."""
+        for file in os.listdir(self.path("logs")):
+            os.remove(self.path("logs", file))
         run = self.start("run", "c.json", "--json", "--debug", *args, stdout=subprocess.PIPE, stderr=subprocess.PIPE, **options)
         next(line for line in run.stderr if b"End - OutputFileLink( CFileLink,Write)" in line)
         for number in signals:
@@ -23,7 +25,7 @@ class Run(LogTest):
 
     def test_a_signal_stops_it_with_every_log_flushed(self):
         self.write("c.json", simulated([output("logs", saveCsv=1)]))
-        for signals in [[signal.SIGINT], [signal.SIGHUP], [signal.SIGTERM, signal.SIGINT, signal.SIGTERM] * 100]:
+        for signals in [[signal.SIGINT], [signal.SIGHUP], [signal.SIGHUP, signal.SIGTERM] + [signal.SIGHUP] * 100]:
             for options in [[], ["--threaded"], ["--period", "0"], ["--period", "3600000"]]:
                 with self.subTest(signals=signals[:3], options=options):
                     counts = self.counts_after(signals, *options)
@@ -32,6 +34,15 @@ class Run(LogTest):
                     self.assertGreater(rows, 0)
         nohup = self.counts_after([signal.SIGHUP], "--scans", "30", preexec_fn=lambda: signal.signal(signal.SIGHUP, signal.SIG_IGN))
         self.assertEqual(30, nohup["read"])
+
+    def test_the_second_signal_ends_it_at_once(self):
+        self.write("c.json", simulated([output("logs")]))
+        run = self.start("run", "c.json", "--debug", stderr=subprocess.PIPE)
+        next(line for line in run.stderr if b"CPlcLink,Read)" in line)
+        for number in [signal.SIGSTOP, signal.SIGTERM, signal.SIGINT, signal.SIGCONT]:  # both arrive before it can close
+            run.send_signal(number)
+        run.communicate(timeout=10)
+        self.assertIn(run.returncode, [-signal.SIGTERM, -signal.SIGINT])
 
     def test_messages_begin_with_the_time_and_depend_on_the_verbosity(self):
         self.write("c.json", simulated([output("logs", maxLogs=0)], driver={"value4": 2, "value5": 109},

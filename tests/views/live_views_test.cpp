@@ -468,7 +468,7 @@ TEST_F(TrendWindow, InADarkThemePlotAndLegendStayWhite) {
   dark.setColor(QPalette::Window, Qt::black);
   dark.setColor(QPalette::WindowText, Qt::yellow);
   QApplication::setPalette(dark);
-  m_names = Names({"a name longer than the legend is wide"});
+  m_names = Names({"nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn"});  // wider than the legend, without tall letters
   Choose(m_window, {m_names[0]});
   std::string colours;  // of each part: white, black, yellow, the first curve
   for (const char* part : {"Trends", "Legend", "Vertical scale", "Horizontal scale"}) {

@@ -8,7 +8,6 @@
 #include <limits>
 #include <memory>
 #include <new>
-#include <tuple>
 
 #include "vastra/logfiles/log_reader.h"
 #include "vastra/platform/file_system.h"
@@ -258,7 +257,7 @@ std::vector<CJournalEntry> ListJournals(const CString& directory) {
   for (const CFileEntry& file : ListFiles(directory, kJournalExtension))
     if (ParseJournalFile(file.m_name.View(), entry)) journals.push_back(entry);
   std::sort(journals.begin(), journals.end(), [](const CJournalEntry& a, const CJournalEntry& b) {
-    return std::tie(a.key, a.number) < std::tie(b.key, b.number);
+    return a.key == b.key ? a.number < b.number : a.key < b.key;
   });
   return journals;
 }

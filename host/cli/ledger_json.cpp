@@ -1,0 +1,33 @@
+#include "host/cli/ledger_json.h"
+
+namespace vastra {
+namespace {
+
+CJson LossJson(const CLogLoss& loss) {
+  return {{"cause", ToJson(loss.cause)},
+          {"rows", loss.rows},
+          {"first", ToJson(loss.first)},
+          {"last", ToJson(loss.last)}};
+}
+
+CJson EntryJson(const CRunLedger& entry) {
+  const CLogLedger& ledger = entry.ledger;
+  CJson json = {{"name", ToJson(entry.name)},    {"kind", entry.isSummary ? "summary" : "output"},
+                {"offered", ledger.offered},     {"unwanted", ledger.unwanted},
+                {"taken", ledger.taken},         {"recovered", ledger.recovered},
+                {"onDisk", ledger.onDisk},       {"rotated", ledger.rotated},
+                {"inJournal", ledger.inJournal}, {"inMemory", ledger.inMemory},
+                {"lost", ledger.lost},           {"losses", CJson::array()}};
+  for (const CLogLoss& loss : ledger.losses) json["losses"].push_back(LossJson(loss));
+  return json;
+}
+
+}  // namespace
+
+CJson LedgerJson(const std::vector<CRunLedger>& ledgers) {
+  CJson list = CJson::array();
+  for (const CRunLedger& entry : ledgers) list.push_back(EntryJson(entry));
+  return list;
+}
+
+}  // namespace vastra
