@@ -14,7 +14,17 @@
 namespace {
 
 constexpr int kValues = 100;
-constexpr double kGoal = 6;  // MB
+
+// A way to run, and the goal in MB.
+struct CRunning {
+  const char* text;
+  std::vector<std::string> options;
+  double goal;
+};
+const CRunning kRunnings[] = {
+    {"resident size of vastra run, 4000 x 100 values in hand", {}, 8},
+    {"the same without a keeper of logs", {"--plain"}, 6},
+};
 
 std::string Configuration() {
   std::string names;
@@ -50,14 +60,18 @@ int main() {
   const fs::path folder = "/dev/shm/vastra-resident-" + std::to_string(::getpid());
   fs::create_directories(folder / "logs");
   std::ofstream(folder / "run.json") << Configuration();
-  const double ours = Resident(
-      {programs / "vastra", "run", folder / "run.json", "--scans", "4000", "--period", "0", "--quiet"});
-  const double nothing = Resident({"/bin/true"});
+  bool good = true;
+  for (const CRunning& running : kRunnings) {
+    std::vector<std::string> command = {
+        programs / "vastra", "run", folder / "run.json", "--scans", "4000", "--period", "0", "--quiet"};
+    command.insert(command.end(), running.options.begin(), running.options.end());
+    const double ours = Resident(command);
+    good &= ours > 0;
+    std::printf("%-64s %7.2f MB  (goal: at most %g MB)%s\n", running.text, ours, running.goal,
+                ours > running.goal ? "   MISSED" : "");
+  }
+  std::printf("%-64s %7.2f MB\n", "the same of a program that does nothing", Resident({"/bin/true"}));
   fs::remove_all(folder);
-  if (ours < 0) return std::fprintf(stderr, "vastra run failed: ERROR OCCURRED\n"), 1;
-  std::printf("%-64s %7.2f MB  (goal: at most %g MB)%s\n",
-              "resident size of vastra run, 4000 x 100 values in hand", ours, kGoal,
-              ours > kGoal ? "   MISSED" : "");
-  std::printf("%-64s %7.2f MB\n", "the same of a program that does nothing", nothing);
+  if (!good) return std::fprintf(stderr, "vastra run failed: ERROR OCCURRED\n"), 1;
   return 0;
 }

@@ -1,13 +1,17 @@
 // A whole scan: 100 values of the simulator through namer, scaler and equator, three enable statements, a
 // mapper and the file link, with the logs on a memory file system; compared with SQLite, which stores the
-// bare rows in one transaction. Also counts the heap allocations between two flushes after the first log.
+// bare rows in one transaction. The same with a keeper, which journals the samples and writes the logs on its
+// threads, compared with the scan without one. Also counts the heap allocations between two flushes after the
+// first log.
 #include <sqlite3.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <new>
+#include <thread>
 
 #include "bench/ratios.h"
 #include "vastra/stages/log_input.h"
@@ -51,10 +55,11 @@ class CMemoryDirectory {
 // The stages of one logger, driven like a host does.
 class CLogger {
  public:
-  explicit CLogger(int csv) {
+  explicit CLogger(int csv, CLogKeeper* keeper = nullptr) {
     CLink::SetMessenger(&m_messenger);
     ConfigureInput(*m_input.GetOptions());
     ConfigureOutput(*m_output.GetOptions(), csv);
+    m_output.SetLogKeeper(keeper);
     CStringArray names;
     m_ready = m_input.Open() && m_input.GetVarNames(names) && m_output.Open(names);
   }
@@ -122,6 +127,37 @@ void Logger(benchmark::State& state, int csv) {
   state.SetItemsProcessed(state.iterations() * kSamplesInALog);
 }
 
+CLogPolicy Policy(bool waits) {
+  CLogPolicy policy;
+  policy.waits = waits;
+  return policy;
+}
+
+// As fast as possible: the scans wait while two logs are not on the disk.
+void Kept(benchmark::State& state) {
+  CLogKeeper keeper(Policy(true));
+  CLogger logger(0, &keeper);
+  bool good = logger.m_ready;
+  for (auto _ : state)
+    for (UINT i = 0; i < kSamplesInALog; ++i) good &= logger.Scan();
+  if (!good) state.SkipWithError("a scan failed");
+}
+
+// A scan each millisecond; the time of the scans alone.
+void Paced(benchmark::State& state, bool kept) {
+  CLogKeeper keeper(Policy(false));
+  CLogger logger(0, kept ? &keeper : nullptr);
+  bool good = logger.m_ready;
+  auto due = std::chrono::steady_clock::now();
+  for (auto _ : state) {
+    std::this_thread::sleep_until(due += std::chrono::milliseconds(1));
+    const auto begin = std::chrono::steady_clock::now();
+    good &= logger.Scan();
+    state.SetIterationTime(std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count());
+  }
+  if (!good) state.SkipWithError("a scan failed");
+}
+
 // The bare rows of one log: a time and the values, in one transaction.
 void Sqlite(benchmark::State& state) {
   CMemoryDirectory directory;
@@ -149,6 +185,9 @@ void Sqlite(benchmark::State& state) {
 
 BENCHMARK_CAPTURE(Logger, rp, 0)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(Logger, rp_and_csv, 1)->Unit(benchmark::kMillisecond);
+BENCHMARK(Kept)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK_CAPTURE(Paced, plain, false)->Iterations(2000)->UseManualTime()->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(Paced, kept, true)->Iterations(2000)->UseManualTime()->Unit(benchmark::kMicrosecond);
 BENCHMARK(Sqlite)->Unit(benchmark::kMillisecond);
 
 // Allocations of all scans of a log except the one that flushes it.
@@ -170,7 +209,13 @@ int main(int argc, char** argv) {
   const int result = RunWithGoals(
       argc, argv,
       {{"whole scan, binary log: rate to that of the rows in SQLite", {"Logger/rp"}, {"Sqlite"}, 7, true},
-       {"whole scan, binary and CSV log", {"Logger/rp_and_csv"}, {"Sqlite"}, 3.5, true}});
+       {"whole scan, binary and CSV log", {"Logger/rp_and_csv"}, {"Sqlite"}, 3.5, true},
+       {"whole scan with a keeper to one without", {"Kept/real_time"}, {"Logger/rp"}, 1.25, false},
+       {"the same at 1000 scans a second",
+        {"Paced/kept/iterations:2000/manual_time"},
+        {"Paced/plain/iterations:2000/manual_time"},
+        1.25,
+        false}});
   if (result == 0) PrintAllocations();
   return result;
 }

@@ -106,7 +106,6 @@ class CJournalParser {
   CJournalBytes m_bytes;
   CJournalContent& m_content;
   CSampleStore& m_samples;
-  CLogSample m_sample;  // to reuse its memory
 };
 
 int CJournalParser::Read() {
@@ -181,11 +180,9 @@ bool CJournalParser::TakeSample(std::string_view payload) {
   if (!cursor.Skip(sizeof(_timeb)) || !cursor.GetCount(count)) return false;
   const std::uint64_t bytes = std::uint64_t{sizeof(float)} * count;
   if (cursor.Left() != bytes) return false;
-  std::memcpy(&m_sample.m_time, payload.data(), sizeof m_sample.m_time);
-  if (m_sample.m_values.GetSize() != static_cast<int>(count))
-    m_sample.m_values.SetSize(static_cast<int>(count));
-  if (count) std::memcpy(m_sample.m_values.GetData(), cursor.m_at, cursor.Left());
-  m_samples.Append(m_sample);
+  _timeb time;
+  std::memcpy(&time, payload.data(), sizeof time);
+  m_samples.Append(time, cursor.m_at, count);
   return true;
 }
 

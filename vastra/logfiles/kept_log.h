@@ -22,8 +22,7 @@ struct CKeptFile {
 };
 
 struct CKeptLog {
-  CKeptLog(CSampleBlockPool& pool, const CStringArray& varNames)
-      : names(varNames), samples(CSampleStore::kBlockSize, &pool) {}
+  explicit CKeptLog(CSampleBlockPool& pool) : samples(CSampleStore::kBlockSize, &pool) {}
 
   bool IsSaved() const { return onDisk == count; }
   bool HasFile() const { return files[0].samples + files[1].samples > 0; }
@@ -31,7 +30,7 @@ struct CKeptLog {
   std::uint64_t InJournal() const { return std::max(journaled, onDisk) - onDisk; }
   std::uint64_t InMemory() const { return count - std::max(journaled, onDisk); }
 
-  const CStringArray names;  // of the variables
+  CStringArray names;  // of the variables; constant once the track has the log
 
   // Guarded by the mutex of the track. Counts are of samples from the first one of the log on.
   CSampleStore samples;         // the writer and the journal read them without the mutex up to a count

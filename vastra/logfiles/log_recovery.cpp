@@ -26,22 +26,20 @@ CSampleSpans SpansOf(const CSampleStore& samples) {
   return spans;
 }
 
-// Appends the first samples of from, up to count of them, to log. Throws std::bad_alloc.
+// Appends the first count samples of from to log. Throws std::bad_alloc.
 void AddSamples(CKeptLog& log, const CSampleStore& from, std::uint64_t count) {
-  CLogSample sample;
   CSampleRecord record;
   CSampleStore::CPlace place = from.GetHeadPlace();
-  for (; count > 0 && from.GetNext(place, record); --count) {
-    sample.m_time = record.m_time;
-    sample.m_values.SetSize(static_cast<int>(record.m_count));
-    if (record.m_count)
-      std::memcpy(sample.m_values.GetData(), record.m_values, record.m_count * sizeof(float));
-    log.samples.Append(sample);
-    ++log.count;
-  }
+  for (; count > 0 && from.GetNext(place, record); --count)
+    log.samples.Append(record.m_time, record.m_values, record.m_count);
+}
+
+// The place after all samples of log.
+CSampleStore::CPlace EndOf(const CKeptLog& log) {
   CSampleSpans ignored;
-  log.journalPlace = log.samples.GetHeadPlace();
-  log.samples.AddSpans(log.journalPlace, ignored);
+  CSampleStore::CPlace end = log.samples.GetHeadPlace();
+  log.samples.AddSpans(end, ignored);
+  return end;
 }
 
 // The number of lines after the first one of a text log.
@@ -96,14 +94,14 @@ void CLogTrack::RecoverJournal(std::uint64_t number, bool goesOn, CRecovered& re
   const CString path = JoinPath(m_settings.naming.directory, JournalFile(m_key, number));
   try {
     CJournalContent content;
-    CSampleStore samples;
-    const auto journal = std::make_shared<CJournalWriter>(path, content, samples);
+    auto log = std::make_shared<CKeptLog>(m_keeper.pool);
+    const auto journal = std::make_shared<CJournalWriter>(path, content, log->samples);
     if (!content.fault.IsEmpty() && !content.isHeadTorn) {
       const CGuard lock(m_mutex);
       return AddLine(severityWarning, path + " is left as it is: " + content.fault);
     }
-    const auto log = std::make_shared<CKeptLog>(m_keeper.pool, content.head.varNames);
-    if (content.isHeadTorn || !Join(*log, content, samples)) return journal->Remove();
+    log->names = content.head.varNames;
+    if (content.isHeadTorn || !Join(log, content)) return journal->Remove();
     log->journal = journal;
     const CSampleSpans all = SpansOf(log->samples);
     if (recovered.samples == 0) recovered.first = TimeOf(all, log->onDisk);
@@ -122,36 +120,41 @@ void CLogTrack::RecoverJournal(std::uint64_t number, bool goesOn, CRecovered& re
   }
 }
 
-// Puts the samples of a log together: those of the file that the journal continues, and those of the journal.
-// False: all of them are in the file of the log.
-bool CLogTrack::Join(CKeptLog& log, const CJournalContent& content, const CSampleStore& journaled) const {
+// Adds what the file of the log has to log, which has the samples of its journal. False: all of them are in
+// the file.
+bool CLogTrack::Join(CLogPointer& log, const CJournalContent& content) const {
   const std::optional<CJournaledLog>& continued = content.head.continues;
   const std::optional<CJournaledLog>& named = content.named ? content.named : continued;
+  const std::uint64_t before = continued ? continued->samples : 0, journaled = log->samples.GetCount();
   CSampleStore saved;
-  std::uint64_t inFile = named ? CountSaved(*named, log.names, saved) : 0;
-  const std::uint64_t before = continued ? continued->samples : 0;
-  if (journaled.IsEmpty() || inFile >= before + journaled.GetCount()) return false;
+  std::uint64_t inFile = named ? CountSaved(content.head.naming, *named, log->names, saved) : 0;
+  if (journaled == 0 || inFile >= before + journaled) return false;
   if (inFile < before) inFile = 0;  // the file has gone, or is another log
   if (continued && inFile > 0) {
-    AddSamples(log, saved, before);
-    log.continued = continued;
-    log.basePlace = log.journalPlace;
+    const auto joined = std::make_shared<CKeptLog>(m_keeper.pool);
+    joined->names = log->names;
+    AddSamples(*joined, saved, before);
+    joined->continued = continued;
+    joined->basePlace = EndOf(*joined);
+    AddSamples(*joined, log->samples, journaled);
+    log = joined;
   }
-  AddSamples(log, journaled, journaled.GetCount());
-  log.journaled = log.count;
-  log.synced = log.Base();
-  if (inFile > 0) HaveFile(log, *named, inFile);
+  log->count = log->journaled = log->samples.GetCount();
+  log->journalPlace = EndOf(*log);
+  log->synced = log->Base();
+  if (inFile > 0) HaveFile(*log, *named, inFile);
   return true;
 }
 
-// How many samples of a log are in its file; 0 if the file is another log or cannot be read. samples gets
-// those of a binary log.
-std::uint64_t CLogTrack::CountSaved(const CJournaledLog& log, const CStringArray& names,
-                                    CSampleStore& samples) const {
-  const CString path = m_folder.PathOf(log.name, Counting());
-  if (Counting() == ELogForm::text) return CountLines(path);
+// How many samples of log are in its file; 0 if the file is another log or cannot be read. samples gets those
+// of a binary log.
+std::uint64_t CLogTrack::CountSaved(const CLogNaming& naming, const CJournaledLog& log,
+                                    const CStringArray& names, CSampleStore& samples) const {
+  if (!naming.saveRp) return CountLines(m_folder.PathOf(log.name, ELogForm::text));
   CLogReader reader(samples);
-  if (!reader.Open(path) || !reader.HasNames(names) || !reader.ReadSamples() || samples.IsEmpty()) return 0;
+  if (!reader.Open(m_folder.PathOf(log.name, ELogForm::binary)) || !reader.HasNames(names) ||
+      !reader.ReadSamples() || samples.IsEmpty())
+    return 0;
   return samples.GetHead().m_time == log.first ? samples.GetCount() : 0;
 }
 
@@ -159,11 +162,13 @@ std::uint64_t CLogTrack::CountSaved(const CJournaledLog& log, const CStringArray
 void CLogTrack::Continue(const CJournaledLog& file) {
   CSampleStore saved;
   if (!CanContinue() || file.samples >= m_settings.maxSamples) return;
-  if (CountSaved(file, m_settings.varNames, saved) != file.samples) return;
-  const auto log = std::make_shared<CKeptLog>(m_keeper.pool, m_settings.varNames);
+  if (CountSaved(m_settings.naming, file, m_settings.varNames, saved) != file.samples) return;
+  const auto log = std::make_shared<CKeptLog>(m_keeper.pool);
+  log->names = m_settings.varNames;
   AddSamples(*log, saved, file.samples);
   log->continued = file;
-  log->basePlace = log->journalPlace;
+  log->count = file.samples;
+  log->basePlace = log->journalPlace = EndOf(*log);
   log->journaled = log->synced = log->count;
   HaveFile(*log, file, file.samples);
   Enqueue(log, true);

@@ -31,7 +31,10 @@ CString CLogTrack::Lock(const CString& key) {
 bool CLogTrack::Append(const CLogSample& sample) {
   CGuard lock(m_mutex);
   CLogPointer log = m_collected;
-  if (!log) log = std::make_shared<CKeptLog>(m_keeper.pool, m_settings.varNames);
+  if (!log) {
+    log = std::make_shared<CKeptLog>(m_keeper.pool);
+    log->names = m_settings.varNames;
+  }
   log->samples.Append(sample);
   ++log->count;
   if (!m_collected) m_logs.push_back(log), m_collected = log;

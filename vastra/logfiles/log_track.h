@@ -119,8 +119,9 @@ class CLogTrack {
     bool torn = false;
   };
   void RecoverJournal(std::uint64_t number, bool goesOn, CRecovered& recovered);
-  bool Join(CKeptLog& log, const CJournalContent& content, const CSampleStore& journaled) const;
-  std::uint64_t CountSaved(const CJournaledLog& log, const CStringArray& names, CSampleStore& samples) const;
+  bool Join(CLogPointer& log, const CJournalContent& content) const;
+  std::uint64_t CountSaved(const CLogNaming& naming, const CJournaledLog& log, const CStringArray& names,
+                           CSampleStore& samples) const;
   void Continue(const CJournaledLog& file);
   void HaveFile(CKeptLog& log, const CJournaledLog& file, std::uint64_t samples) const;
   void Enqueue(const CLogPointer& log, bool goesOn);

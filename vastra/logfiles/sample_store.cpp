@@ -7,10 +7,6 @@ namespace {
 
 constexpr std::size_t kLeastTimes = 64;  // of a block
 
-std::size_t RecordSize(std::size_t values) {
-  return SizeOfCount(static_cast<std::uint32_t>(values)) + values * sizeof(float);
-}
-
 // Makes memory at least bytes long; a new one has size bytes. Frees the old memory before it allocates.
 void Need(std::unique_ptr<char[]>& memory, std::size_t& present, std::size_t bytes, std::size_t size) {
   if (present >= bytes) return;
@@ -46,23 +42,27 @@ void CSampleStore::NeedBlock(std::size_t index, std::size_t bytes, std::size_t s
   Need(block.m_timeBytes, block.m_timeSize, times * sizeof(_timeb), times * sizeof(_timeb));
 }
 
-void CSampleStore::MakeRoom(int values) {
-  const std::size_t bytes = RecordSize(static_cast<std::size_t>(values));
+void CSampleStore::MakeRoomFor(std::size_t bytes) {
   if (!Fits(bytes)) NeedBlock(m_used, bytes, m_blockSize, std::max(kLeastTimes, m_blockSize / bytes));
 }
 
 void CSampleStore::Append(const CLogSample& sample) {
-  MakeRoom(sample.m_values.GetSize());
-  const auto count = static_cast<std::uint32_t>(sample.m_values.GetSize());
-  if (!Fits(RecordSize(count))) {
+  Append(sample.m_time, reinterpret_cast<const char*>(sample.m_values.GetData()),
+         static_cast<std::uint32_t>(sample.m_values.GetSize()));
+}
+
+void CSampleStore::Append(const _timeb& time, const char* values, std::uint32_t count) {
+  const std::size_t bytes = SizeOfRecord(count);
+  MakeRoomFor(bytes);
+  if (!Fits(bytes)) {
     CSampleBlock& fresh = m_blocks[m_used++];
     fresh.m_begin = fresh.m_end = fresh.m_count = 0;
   }
   CSampleBlock& block = m_blocks[m_used - 1];
   char* to = PutCount(block.m_bytes.get() + block.m_end, count);
-  if (count) std::memcpy(to, sample.m_values.GetData(), count * sizeof(float));
-  std::memcpy(block.m_timeBytes.get() + block.m_count * sizeof(_timeb), &sample.m_time, sizeof(_timeb));
-  block.m_end += RecordSize(count);
+  if (count) std::memcpy(to, values, count * sizeof(float));
+  std::memcpy(block.m_timeBytes.get() + block.m_count * sizeof(_timeb), &time, sizeof time);
+  block.m_end += bytes;
   ++block.m_count;
   ++m_count;
 }

@@ -95,9 +95,11 @@ class VASTRA_API CSampleStore {
 
   // Reserves memory so that a sample with that many values can be appended. Throws std::bad_alloc and leaves
   // the store unchanged then.
-  void MakeRoom(int values);
+  void MakeRoom(int values) { MakeRoomFor(SizeOfRecord(static_cast<std::uint32_t>(values))); }
   // Appends a copy of sample. Throws std::bad_alloc and leaves the store unchanged then.
   void Append(const CLogSample& sample);
+  // The same for a sample whose values are count floats at values, not aligned.
+  void Append(const _timeb& time, const char* values, std::uint32_t count);
   // Removes the oldest sample of a log that was read and is not empty. Throws std::bad_alloc, with the store
   // unchanged, if sample cannot hold the values.
   void RemoveHead(CLogSample& sample);
@@ -124,6 +126,10 @@ class VASTRA_API CSampleStore {
   void TakeImage(std::size_t begin, std::size_t end, std::size_t count, const char* times);
 
  private:
+  static std::size_t SizeOfRecord(std::uint32_t values) {
+    return SizeOfCount(values) + std::size_t{values} * sizeof(float);
+  }
+  void MakeRoomFor(std::size_t bytes);
   void NeedBlock(std::size_t index, std::size_t bytes, std::size_t size, std::size_t times);
   bool Fits(std::size_t bytes) const { return m_used > 0 && m_blocks[m_used - 1].Fits(bytes); }
 
