@@ -155,20 +155,22 @@ class CLogTrack {
   CString m_key;
   CLogLock m_lock;
 
-  mutable std::mutex m_mutex;  // of the members up to m_closing, and of parts of the logs
+  mutable std::mutex
+      m_mutex;  // of the members up to m_closing, and of parts of the logs; no file call under it
   std::condition_variable m_changed;
   std::deque<CLogPointer> m_logs;  // oldest first
   CLogPointer m_collected;         // the last of m_logs, or null
   CLogLedger m_ledger;             // without the samples in m_logs
   CRowsOfFiles m_rows;             // samples of this account in the files
   std::vector<CTrackEvent> m_events;
-  std::uint64_t m_nextJournal = 0;  // number of the next journal
   bool m_closing = false;
 
   // Of the thread of the scans.
   std::uint64_t m_taken = 0;
   _timeb m_lastTime;
   bool m_hasLastTime = false;
+
+  std::uint64_t m_nextJournal = 0;  // number of the next journal; of the journal thread, after Recover
 
   // Of the writer thread.
   CLogFolder m_folder;
