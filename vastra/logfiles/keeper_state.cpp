@@ -8,6 +8,9 @@ namespace {
 constexpr std::chrono::hours kIdle{1};             // longest sleep of the writer thread
 constexpr std::chrono::seconds kLeastPatience{1};  // with a thread that shall end
 
+// Logs that the writer thread has not tried yet are held up to here, whatever the policy says.
+constexpr std::uint64_t kLeastHold = std::uint64_t{1} << 20;
+
 CKeeperTime Now() { return std::chrono::steady_clock::now(); }
 
 }  // namespace
@@ -83,13 +86,14 @@ void CKeeperState::HaveSample() {
 
 void CKeeperState::LimitHeld() {
   while (m_held > policy.hold) {
+    const bool evenUntried = m_held > std::max(policy.hold, kLeastHold);
     std::shared_ptr<CLogTrack> oldest;
     std::optional<std::uint64_t> sequence;
     for (const auto& track : Tracks()) {
-      const std::optional<std::uint64_t> next = track->OldestToGiveUp();
+      const std::optional<std::uint64_t> next = track->OldestToGiveUp(evenUntried);
       if (next && (!sequence || *next < *sequence)) sequence = next, oldest = track;
     }
-    if (!oldest) return;  // all are being written
+    if (!oldest) return;  // all others are being written
     oldest->GiveUp(*sequence);
   }
 }

@@ -48,8 +48,8 @@ struct CKeptLog {
   bool isDropped = false;   // the track has no account of it any more
   int users = 0;            // threads that read the samples without the mutex
   CKeeperTime nextTry{}, nextJournal{};
-  CString failure;         // why it could not be saved
-  CString journalFailure;  // why it could not be journaled
+  CString failure;        // why it could not be saved
+  bool isAtRisk = false;  // its newest samples could not be journaled
 
   // Of the writer thread.
   CString name;                           // of its files; empty: not chosen yet

@@ -87,14 +87,14 @@ void CLogTrack::Close() {
     const CGuard lock(m_mutex);
     if (m_collected) m_collected->isCut = true;
     m_closing = true;
-    for (const CLogPointer& log : m_logs) log->nextJournal = {};
+    for (const CLogPointer& log : m_logs) log->nextTry = log->nextJournal = {};
   }
   Complete();
+  m_keeper.Wake();
   m_keeper.HaveSample();
   CGuard lock(m_mutex);
   m_changed.wait_until(lock, m_keeper.CloseBy(), [this] { return m_logs.empty() || IsSafe(); });
-  for (const CLogPointer& log : m_logs) Drop(*log, "the disk did not answer in time");
-  m_logs.clear();
+  while (!m_logs.empty()) Drop(m_logs.begin(), "the disk did not answer in time");
 }
 
 // Whether waiting longer would make no difference: the oldest log cannot be saved, and the journal has all.
@@ -103,30 +103,46 @@ bool CLogTrack::IsSafe() const {
          std::all_of(m_logs.begin(), m_logs.end(), [](const auto& log) { return log->synced == log->count; });
 }
 
-// Counts the samples of log that are not on the disk as lost, or as left in the journal. The caller removes
-// the log from m_logs.
-void CLogTrack::Drop(CKeptLog& log, const CString& cause) {
+// Removes a log whose samples that are not on the disk are lost now, or left in the journal. Logs behind one
+// that could not be saved share its reason.
+void CLogTrack::Drop(std::deque<CLogPointer>::iterator place, const CString& cause) {
+  CKeptLog& log = **place;
   log.isDropped = true;
   m_keeper.Release(log.bytes);
   const std::uint64_t journaled = log.InJournal(), lost = log.InMemory();
-  if (journaled) {
-    m_ledger.inJournal += journaled;
-    AddLine(severityWarning,
-            ShowCount(journaled) + " in the journal only: the next start makes a log of them");
+  m_ledger.inJournal += journaled;
+  m_dropped.journaled += journaled;
+  if (lost) {
+    CSampleSpans all;
+    CSampleStore::CPlace from = log.samples.GetHeadPlace();
+    log.samples.AddSpans(from, all);
+    const _timeb first = TimeOf(all, log.count - lost), last = TimeOf(all, log.count - 1);
+    if (!m_logs[0]->failure.IsEmpty()) m_failure = m_logs[0]->failure;
+    const CString& reason = m_failure.IsEmpty() ? cause : m_failure;
+    m_ledger.Lose(reason, lost, first, last);
+    m_dropped.lost.Lose(reason, lost, first, last);
   }
-  if (!lost) return;
-  CSampleSpans all;
-  CSampleStore::CPlace from = log.samples.GetHeadPlace();
-  log.samples.AddSpans(from, all);
-  const _timeb first = TimeOf(all, log.count - lost), last = TimeOf(all, log.count - 1);
-  const CString reason = log.failure.IsEmpty() ? cause : log.failure;
-  m_ledger.Lose(reason, lost, first, last);
-  AddLine(severityError,
-          ShowCount(lost) + " lost, " + ShowTime(first) + " to " + ShowTime(last) + ": " + reason);
+  m_logs.erase(place);
 }
 
-std::optional<std::uint64_t> CLogTrack::OldestToGiveUp() const {
+// Lines about the logs that were dropped since the last ones, now and then. With m_mutex locked.
+void CLogTrack::ReportDropped() {
+  const CKeeperTime now = std::chrono::steady_clock::now();
+  if (m_dropped.journaled + m_dropped.lost.lost == 0) return;
+  if (!m_closing && now < m_dropped.nextReport) return;
+  for (const CLogLoss& loss : m_dropped.lost.losses)
+    AddLine(severityError, ShowCount(loss.rows) + " lost, " + ShowTime(loss.first) + " to " +
+                               ShowTime(loss.last) + ": " + loss.cause);
+  if (m_dropped.journaled)
+    AddLine(severityWarning,
+            ShowCount(m_dropped.journaled) + " in the journal only: the next start makes a log of them");
+  m_dropped = {};
+  m_dropped.nextReport = now + m_keeper.policy.retry;
+}
+
+std::optional<std::uint64_t> CLogTrack::OldestToGiveUp(bool evenUntried) const {
   const CGuard lock(m_mutex);
+  if (m_logs.empty() || (!evenUntried && m_logs[0]->failure.IsEmpty())) return {};
   for (const CLogPointer& log : m_logs)
     if (log->isComplete && log->users == 0) return log->sequence;
   return {};
@@ -137,9 +153,7 @@ void CLogTrack::GiveUp(std::uint64_t sequence) {
   const auto found = std::find_if(m_logs.begin(), m_logs.end(), [sequence](const CLogPointer& log) {
     return log->isComplete && log->users == 0 && log->sequence == sequence;
   });
-  if (found == m_logs.end()) return;
-  Drop(**found, "the disk is too slow");
-  m_logs.erase(found);
+  if (found != m_logs.end()) Drop(found, "the disk is too slow");
 }
 
 std::vector<CLogTrack::CLogPointer> CLogTrack::Logs() const {
@@ -157,6 +171,7 @@ void CLogTrack::AddLine(char severity, const CString& text) {
 
 std::vector<CTrackEvent> CLogTrack::TakeEvents() {
   const CGuard lock(m_mutex);
+  ReportDropped();
   return std::exchange(m_events, {});
 }
 

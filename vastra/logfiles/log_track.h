@@ -78,8 +78,9 @@ class CLogTrack {
   // From any thread.
   const CTrackSettings& Settings() const { return m_settings; }
   const CString& Key() const { return m_key; }
-  // The order of its oldest log that can be given up; none if there is no such log.
-  std::optional<std::uint64_t> OldestToGiveUp() const;
+  // The order of its oldest log that can be given up, also one that was not tried yet if evenUntried is set;
+  // none if there is no such log.
+  std::optional<std::uint64_t> OldestToGiveUp(bool evenUntried) const;
   void GiveUp(std::uint64_t sequence);
 
   // On the writer thread. Each returns when it wants to be called again.
@@ -137,7 +138,7 @@ class CLogTrack {
   void HaveFailed(CImage& image, const CFileException& fault);
   void Finish(const CImage& image);
   void RememberUnfinished(const CImage& image);
-  bool MakeRoom(const CKeptLog& log, const CFileException& fault);
+  bool MakeRoom(const CFileException& fault);
   void Account(const CRotation& rotation);
   bool WriteJournal(CKeptLog& log, CKeeperTime now);
   std::shared_ptr<CJournalWriter> JournalOf(const CKeptLog& log) const;
@@ -147,7 +148,8 @@ class CLogTrack {
 
   // log_track.cpp
   void Complete();
-  void Drop(CKeptLog& log, const CString& cause);
+  void Drop(std::deque<CLogPointer>::iterator place, const CString& cause);
+  void ReportDropped();
   bool IsSafe() const;
 
   CKeeperState& m_keeper;
@@ -163,6 +165,13 @@ class CLogTrack {
   CLogLedger m_ledger;             // without the samples in m_logs
   CRowsOfFiles m_rows;             // samples of this account in the files
   std::vector<CTrackEvent> m_events;
+  struct {
+    std::uint64_t journaled = 0;  // left in journals
+    CLogLedger lost;
+    CKeeperTime nextReport{};
+  } m_dropped;               // samples that no line was about yet
+  CString m_failure;         // why logs are dropped, of the last one that could not be saved
+  CString m_journalFailure;  // of the last write to a journal
   bool m_closing = false;
 
   // Of the thread of the scans.

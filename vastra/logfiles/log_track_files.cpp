@@ -16,6 +16,7 @@ namespace vastra {
 namespace {
 
 constexpr CKeeperTime kNever = CKeeperTime::max();
+constexpr std::chrono::milliseconds kClosingRetry{200};
 constexpr int kMostNames = 1000;  // tried for a log whose names other programs take
 
 constexpr std::size_t Index(ELogForm form) { return static_cast<std::size_t>(form); }
@@ -73,10 +74,11 @@ bool CLogTrack::Save(CImage& image) {
       const CGuard lock(m_mutex);
       --image.log->users;
       image.log->failure.Empty();
+      m_failure.Empty();
       m_changed.notify_all();
       return true;
     } catch (const CFileException& fault) {
-      if (MakeRoom(*image.log, fault)) continue;
+      if (MakeRoom(fault)) continue;
       HaveFailed(image, fault);
     } catch (const std::bad_alloc&) {
       HaveFailed(image, CFileException(m_settings.naming.directory, ENOMEM));
@@ -186,7 +188,8 @@ void CLogTrack::HaveFailed(CImage& image, const CFileException& fault) {
   const CString path = fault.m_path.IsEmpty() ? m_settings.naming.directory : fault.m_path;
   const CGuard lock(m_mutex);
   --log.users;
-  log.nextTry = std::chrono::steady_clock::now() + m_keeper.policy.retry;
+  log.nextTry = std::chrono::steady_clock::now() +
+                (m_closing ? std::min(m_keeper.policy.retry, kClosingRetry) : m_keeper.policy.retry);
   log.wantsImage = true;
   if (!(std::exchange(log.failure, fault.Text()) == log.failure) && !log.isDropped) {
     CTrackEvent event;
@@ -223,11 +226,13 @@ void CLogTrack::RememberUnfinished(const CImage& image) {
 }
 
 // On a full disk: removes the oldest log of the output before samples are lost. True: it may fit now.
-bool CLogTrack::MakeRoom(const CKeptLog& log, const CFileException& fault) {
+bool CLogTrack::MakeRoom(const CFileException& fault) {
   if (fault.m_error != ENOSPC && fault.m_error != EDQUOT) return false;
   {
     const CGuard lock(m_mutex);
-    const bool isLastChance = m_closing && (!m_keeper.policy.live || !log.journalFailure.IsEmpty());
+    const auto isAtRisk = [](const CLogPointer& log) { return log->isAtRisk; };
+    const bool isLastChance =
+        m_closing && (!m_keeper.policy.live || std::any_of(m_logs.begin(), m_logs.end(), isAtRisk));
     if (m_settings.retention.minFree == 0 && !isLastChance && !m_keeper.IsNearLimit()) return false;
   }
   CRotation rotation;
@@ -278,7 +283,7 @@ bool CLogTrack::WriteJournal(CKeptLog& log, CKeeperTime now) {
     if (!journal) journal = NewJournal(log);
     journal->Append(samples);
   } catch (const CFileException& fault) {
-    failure = fault.m_path + ": " + fault.Text();
+    failure = m_settings.naming.directory + ": " + fault.Text();
   } catch (const std::bad_alloc&) {
     failure = CFileException("", ENOMEM).Text();
   }
@@ -290,9 +295,10 @@ bool CLogTrack::WriteJournal(CKeptLog& log, CKeeperTime now) {
     log.journalPlace = end;
   } else {
     log.nextJournal = now + m_keeper.policy.retry;
-    if (!(failure == log.journalFailure)) AddLine(severityWarning, "The journal is not written: " + failure);
+    if (!(failure == m_journalFailure)) AddLine(severityWarning, "The journal is not written: " + failure);
   }
-  log.journalFailure = failure;
+  log.isAtRisk = !failure.IsEmpty();
+  m_journalFailure = failure;
   if (m_keeper.policy.sync.count() == 0) m_keeper.Wake();
   m_changed.notify_all();
   return !failure.IsEmpty();
