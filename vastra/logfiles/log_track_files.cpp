@@ -181,11 +181,16 @@ void CLogTrack::HaveSaved(const CImage& image, ELogForm form) {
 
 void CLogTrack::HaveFailed(CImage& image, const CFileException& fault) {
   CKeptLog& log = *image.log;
-  {
+  const bool isTextOnly =
+      log.files[Index(Counting())].samples == image.count;  // the other one is on the disk
+  if (!isTextOnly) {
     const std::lock_guard naming(log.journalMutex);
-    if (!log.IsSaved()) log.named.reset();
+    log.named.reset();
   }
-  const CString path = fault.m_path.IsEmpty() ? m_settings.naming.directory : fault.m_path;
+  const CString path = log.name.IsEmpty()
+                           ? m_settings.naming.directory
+                           : m_folder.PathOf(log.name, isTextOnly ? ELogForm::text : Counting());
+  const CString file = AbsolutePath(path);
   const CGuard lock(m_mutex);
   --log.users;
   log.nextTry = std::chrono::steady_clock::now() +
@@ -194,7 +199,7 @@ void CLogTrack::HaveFailed(CImage& image, const CFileException& fault) {
   if (!(std::exchange(log.failure, fault.Text()) == log.failure) && !log.isDropped) {
     CTrackEvent event;
     event.kind = CTrackEvent::notSaved;
-    event.unsaved = {0, AbsolutePath(path), fault.Text(), image.count, false};
+    event.unsaved = {0, file, fault.Text(), image.count, false};
     m_events.push_back(std::move(event));
   }
   m_changed.notify_all();
