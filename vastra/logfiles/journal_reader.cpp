@@ -146,10 +146,8 @@ int CJournalParser::ReadHead() {
 // A file that ends inside its head, or whose first bytes never reached the disk.
 int CJournalParser::FailTorn() {
   m_content.isHeadTorn = true;
-  CString fault;
-  fault.Format("ends inside its head (it has %llu bytes)",
-               static_cast<unsigned long long>(m_bytes.Offset() + m_bytes.Left()));
-  return Fail(fault);
+  const std::uint64_t size = m_bytes.Offset() + m_bytes.Left();
+  return Fail("ends inside its head (it has " + CString(std::to_string(size)) + " bytes)");
 }
 
 // Returns the next record if the file has all its bytes.

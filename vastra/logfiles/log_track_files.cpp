@@ -181,11 +181,12 @@ void CLogTrack::HaveSaved(const CImage& image, ELogForm form) {
 
 void CLogTrack::HaveFailed(CImage& image, const CFileException& fault) {
   CKeptLog& log = *image.log;
-  const bool isTextOnly =
-      log.files[Index(Counting())].samples == image.count;  // the other one is on the disk
-  if (!isTextOnly) {
+  const std::uint64_t inFile = log.files[Index(Counting())].samples;
+  const bool isTextOnly = inFile == image.count;  // the other file is on the disk
+  {
     const std::lock_guard naming(log.journalMutex);
     log.named.reset();
+    if (inFile > 0) log.named = {log.name, image.First(), inFile};
   }
   const CString path = log.name.IsEmpty()
                            ? m_settings.naming.directory
