@@ -54,6 +54,8 @@ class CJournalWriter {
   // with the same reason: the system can report success for bytes that it has dropped. The caller writes the
   // samples to a new journal then. ENOENT: somebody has removed the file.
   void Sync();
+  // Whether a sync has failed, so that the journal cannot be synced any more.
+  bool HasFailed() const { return m_syncError != 0; }
   // Removes the file. The other operations have no effect then. No effect if the file was removed before.
   void Remove();
 

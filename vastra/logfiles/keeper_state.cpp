@@ -1,12 +1,15 @@
 #include "vastra/logfiles/keeper_state.h"
 
 #include <algorithm>
+#include <new>
 
 namespace vastra {
 namespace {
 
 constexpr std::chrono::hours kIdle{1};             // longest sleep of the writer thread
 constexpr std::chrono::seconds kLeastPatience{1};  // with a thread that shall end
+
+constexpr std::chrono::milliseconds kMemoryPause{200};  // when there is not enough memory
 
 // Logs that the writer thread has not tried yet are held up to here, whatever the policy says.
 constexpr std::uint64_t kLeastHold = std::uint64_t{1} << 20;
@@ -84,9 +87,9 @@ void CKeeperState::HaveSample() {
     m_hasSamples.notify_one();
 }
 
-void CKeeperState::LimitHeld() {
+void CKeeperState::LimitHeld(std::uint64_t newest) {
   while (m_held > policy.hold) {
-    const bool evenUntried = m_held > std::max(policy.hold, kLeastHold);
+    const bool evenUntried = !policy.waits && m_held > std::max(policy.hold, kLeastHold) + newest;
     std::shared_ptr<CLogTrack> oldest;
     std::optional<std::uint64_t> sequence;
     for (const auto& track : Tracks()) {
@@ -109,9 +112,13 @@ void CKeeperState::RunWriter() {
       m_wake = false;
     }
     next = Now() + kIdle;
-    const auto tracks = Tracks();
-    for (const auto& track : tracks) next = std::min(next, track->SaveDue(Now()));
-    for (const auto& track : tracks) next = std::min(next, track->SyncJournals(Now()));
+    try {
+      const auto tracks = Tracks();
+      for (const auto& track : tracks) next = std::min(next, track->SaveDue(Now()));
+      for (const auto& track : tracks) next = std::min(next, track->SyncJournals(Now()));
+    } catch (const std::bad_alloc&) {
+      next = Now() + kMemoryPause;
+    }
   }
 }
 
@@ -122,10 +129,14 @@ void CKeeperState::RunJournal() {
       std::unique_lock lock(m_mutex);
       m_change.wait_for(lock, policy.journal, [this] { return m_stop; });
       if (m_stop) return;
+      m_hasSamples = false;  // with the mutex, so that the one of Stop stays
     }
-    m_hasSamples = false;
     bool isLate = false;
-    for (const auto& track : Tracks()) isLate |= track->WriteJournals(Now());
+    try {
+      for (const auto& track : Tracks()) isLate |= track->WriteJournals(Now());
+    } catch (const std::bad_alloc&) {
+      isLate = true;
+    }
     if (isLate) m_hasSamples = true;  // tries again after the pause
   }
 }

@@ -36,8 +36,9 @@ class CKeeperState : public std::enable_shared_from_this<CKeeperState> {
   std::uint64_t NextSequence() { return m_sequence++; }
   void Hold(std::uint64_t bytes) { m_held += bytes; }  // of a complete log that is not on the disk
   void Release(std::uint64_t bytes) { m_held -= bytes; }
-  // Gives up the oldest logs while more than the policy's hold are held.
-  void LimitHeld();
+  // Gives up the oldest logs while more than the policy's hold are held. newest: the bytes of the log that
+  // has just become complete, which the writer thread gets the time to try.
+  void LimitHeld(std::uint64_t newest);
   // From here on a full disk costs old logs.
   bool IsNearLimit() const { return m_held > policy.hold / 2; }
 

@@ -6,13 +6,14 @@ namespace vastra {
 
 void CLogLedger::Lose(const CString& cause, std::uint64_t rows, const _timeb& first, const _timeb& last) {
   if (rows == 0) return;
-  lost += rows;
   const auto same = std::find_if(losses.begin(), losses.end(),
                                  [&cause](const CLogLoss& loss) { return loss.cause == cause; });
   if (same == losses.end()) {
     losses.push_back({cause, rows, first, last});
+    lost += rows;
     return;
   }
+  lost += rows;
   same->rows += rows;
   same->last = last;
 }

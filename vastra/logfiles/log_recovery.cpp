@@ -72,15 +72,17 @@ void CLogTrack::Recover(bool continues) {
     if (entry.key == m_key) numbers.push_back(entry.number);
   if (!numbers.empty()) m_nextJournal = numbers.back() + 1;
   CRecovered recovered;
+  bool isOneLeft = false;
   for (std::size_t i = 0; i < numbers.size(); ++i) {
-    RecoverJournal(numbers[i], continues && i + 1 == numbers.size(), recovered);
-    if (!m_keeper.IsNearLimit()) continue;
+    isOneLeft |= !RecoverJournal(numbers[i], continues && i + 1 == numbers.size(), recovered);
+    if (i + 1 == numbers.size() || !m_keeper.IsNearLimit()) continue;
+    isOneLeft = true;
     const CGuard lock(m_mutex);
     AddLine(severityWarning, CString(std::to_string(numbers.size() - i - 1)) +
                                  " more journals are left for the next start: the logs cannot be saved");
     break;
   }
-  if (continues && !m_collected && unfinished) Continue(*unfinished);
+  if (continues && !m_collected && unfinished && !isOneLeft) Continue(*unfinished);
   if (recovered.samples == 0) return;
   const CGuard lock(m_mutex);
   AddLine(severityNotice, "recovered " + ShowCount(recovered.samples) + ", " + ShowTime(recovered.first) +
@@ -90,7 +92,8 @@ void CLogTrack::Recover(bool continues) {
 }
 
 // Makes a log of the journal with that number. goesOn: if it is not full, it is the one that is collected.
-void CLogTrack::RecoverJournal(std::uint64_t number, bool goesOn, CRecovered& recovered) {
+// False: the journal is left as it is, and the file that it continues must not change.
+bool CLogTrack::RecoverJournal(std::uint64_t number, bool goesOn, CRecovered& recovered) {
   const CString path = JoinPath(m_settings.naming.directory, JournalFile(m_key, number));
   try {
     CJournalContent content;
@@ -98,10 +101,11 @@ void CLogTrack::RecoverJournal(std::uint64_t number, bool goesOn, CRecovered& re
     const auto journal = std::make_shared<CJournalWriter>(path, content, log->samples);
     if (!content.fault.IsEmpty() && !content.isHeadTorn) {
       const CGuard lock(m_mutex);
-      return AddLine(severityWarning, path + " is left as it is: " + content.fault);
+      AddLine(severityWarning, path + " is left as it is: " + content.fault);
+      return false;
     }
     log->names = content.head.varNames;
-    if (content.isHeadTorn || !Join(log, content)) return journal->Remove();
+    if (content.isHeadTorn || !Join(log, content)) return journal->Remove(), true;
     log->journal = journal;
     const CSampleSpans all = SpansOf(log->samples);
     if (recovered.samples == 0) recovered.first = TimeOf(all, log->onDisk);
@@ -111,6 +115,7 @@ void CLogTrack::RecoverJournal(std::uint64_t number, bool goesOn, CRecovered& re
     goesOn =
         goesOn && CanContinue() && log->names == m_settings.varNames && log->count < m_settings.maxSamples;
     Enqueue(log, goesOn);
+    return true;
   } catch (const CFileException& fault) {
     const CGuard lock(m_mutex);
     if (fault.m_error != EWOULDBLOCK) AddLine(severityWarning, path + ": " + fault.Text());
@@ -118,6 +123,7 @@ void CLogTrack::RecoverJournal(std::uint64_t number, bool goesOn, CRecovered& re
     const CGuard lock(m_mutex);
     AddLine(severityWarning, path + " is left as it is: it is too large for the memory");
   }
+  return false;
 }
 
 // Adds what the file of the log has to log, which has the samples of its journal. False: all of them are in
@@ -125,12 +131,14 @@ void CLogTrack::RecoverJournal(std::uint64_t number, bool goesOn, CRecovered& re
 bool CLogTrack::Join(CLogPointer& log, const CJournalContent& content) const {
   const std::optional<CJournaledLog>& continued = content.head.continues;
   const std::optional<CJournaledLog>& named = content.named ? content.named : continued;
-  const std::uint64_t before = continued ? continued->samples : 0, journaled = log->samples.GetCount();
+  // Not of a log that has got a file of its own because the one that it continued had gone.
+  const bool isSame = continued && named->name == continued->name && named->first == continued->first;
+  const std::uint64_t before = isSame ? continued->samples : 0, journaled = log->samples.GetCount();
   CSampleStore saved;
   std::uint64_t inFile = named ? CountSaved(content.head.naming, *named, log->names, saved) : 0;
   if (journaled == 0 || inFile >= before + journaled) return false;
   if (inFile < before) inFile = 0;  // the file has gone, or is another log
-  if (continued && inFile > 0) {
+  if (isSame && inFile > 0) {
     const auto joined = std::make_shared<CKeptLog>(m_keeper.pool);
     joined->names = log->names;
     AddSamples(*joined, saved, before);
@@ -162,6 +170,8 @@ std::uint64_t CLogTrack::CountSaved(const CLogNaming& naming, const CJournaledLo
 void CLogTrack::Continue(const CJournaledLog& file) {
   CSampleStore saved;
   if (!CanContinue() || file.samples >= m_settings.maxSamples) return;
+  for (const CLogPointer& log : Logs())  // recovered, but not saved yet
+    if (log->continued && log->continued->name == file.name) return;
   if (CountSaved(m_settings.naming, file, m_settings.varNames, saved) != file.samples) return;
   const auto log = std::make_shared<CKeptLog>(m_keeper.pool);
   log->names = m_settings.varNames;
@@ -184,7 +194,8 @@ void CLogTrack::HaveFile(CKeptLog& log, const CJournaledLog& file, std::uint64_t
       log.files[static_cast<std::size_t>(form)].samples = samples;
 }
 
-// Adds a log with its samples, and waits until the writer has tried to save it.
+// Adds a log with its samples, and waits until the writer has saved it or has failed to save the oldest one,
+// for which the others wait.
 void CLogTrack::Enqueue(const CLogPointer& log, bool goesOn) {
   {
     const CGuard lock(m_mutex);
@@ -204,8 +215,9 @@ void CLogTrack::Enqueue(const CLogPointer& log, bool goesOn) {
   }
   m_keeper.Wake();
   CGuard lock(m_mutex);
-  m_changed.wait_for(lock, m_keeper.policy.closeWithin,
-                     [&] { return log->isDropped || !log->failure.IsEmpty() || (goesOn && log->IsSaved()); });
+  m_changed.wait_for(lock, m_keeper.policy.closeWithin, [&] {
+    return log->isDropped || !m_logs[0]->failure.IsEmpty() || (goesOn && log->IsSaved());
+  });
 }
 
 std::vector<CString> RecoverForeignJournals(CKeeperState& keeper, CLogListener* listener) {
@@ -220,7 +232,11 @@ std::vector<CString> RecoverForeignJournals(CKeeperState& keeper, CLogListener* 
       CJournalContent content;
       CSampleStore samples;
       const CString path = JoinPath(CString(folder), JournalFile(entry.key, entry.number));
-      if (keys.count(entry.key.Std()) > 0 || !ReadJournal(path, content, samples)) continue;
+      if (keys.count(entry.key.Std()) > 0) continue;
+      if (!ReadJournal(path, content, samples)) {
+        if (!content.isHeadTorn) lines.push_back(path + " is left as it is: " + content.fault);
+        continue;
+      }
       keys.insert(entry.key.Std());
       CTrackSettings settings = {content.head.isSummary, content.head.name,    content.head.naming,
                                  content.head.varNames,  content.head.maxLogs, content.head.maxSamples,

@@ -61,18 +61,19 @@ void CLogTrack::EndLog() {
 
 // Leaves the log to the writer thread.
 void CLogTrack::Complete() {
+  std::uint64_t bytes = 0;
   {
     const CGuard lock(m_mutex);
     if (!m_collected) return;
     m_collected->isComplete = true;
     m_collected->sequence = m_keeper.NextSequence();
-    m_collected->bytes = m_collected->samples.GetBytes();
-    m_keeper.Hold(m_collected->bytes);
+    bytes = m_collected->bytes = m_collected->samples.GetBytes();
+    m_keeper.Hold(bytes);
     m_collected = nullptr;
     for (const CLogPointer& log : m_logs) log->nextTry = {};
   }
   m_keeper.Wake();
-  m_keeper.LimitHeld();
+  m_keeper.LimitHeld(bytes);
 }
 
 void CLogTrack::WantImage() {
@@ -99,19 +100,16 @@ void CLogTrack::Close() {
 
 // Whether waiting longer would make no difference: the oldest log cannot be saved, and the journal has all.
 bool CLogTrack::IsSafe() const {
-  return !m_logs[0]->failure.IsEmpty() &&
-         std::all_of(m_logs.begin(), m_logs.end(), [](const auto& log) { return log->synced == log->count; });
+  return !m_logs[0]->failure.IsEmpty() && std::all_of(m_logs.begin(), m_logs.end(), [](const auto& log) {
+    return std::max(log->synced, log->onDisk) == log->count;
+  });
 }
 
 // Removes a log whose samples that are not on the disk are lost now, or left in the journal. Logs behind one
 // that could not be saved share its reason.
 void CLogTrack::Drop(std::deque<CLogPointer>::iterator place, const CString& cause) {
   CKeptLog& log = **place;
-  log.isDropped = true;
-  m_keeper.Release(log.bytes);
   const std::uint64_t journaled = log.InJournal(), lost = log.InMemory();
-  m_ledger.inJournal += journaled;
-  m_dropped.journaled += journaled;
   if (lost) {
     CSampleSpans all;
     CSampleStore::CPlace from = log.samples.GetHeadPlace();
@@ -122,6 +120,10 @@ void CLogTrack::Drop(std::deque<CLogPointer>::iterator place, const CString& cau
     m_ledger.Lose(reason, lost, first, last);
     m_dropped.lost.Lose(reason, lost, first, last);
   }
+  m_ledger.inJournal += journaled;
+  m_dropped.journaled += journaled;
+  log.isDropped = true;
+  m_keeper.Release(log.bytes);
   m_logs.erase(place);
 }
 
@@ -149,11 +151,14 @@ std::optional<std::uint64_t> CLogTrack::OldestToGiveUp(bool evenUntried) const {
 }
 
 void CLogTrack::GiveUp(std::uint64_t sequence) {
+  CLogPointer given;  // closes the file of its journal without the mutex
   const CGuard lock(m_mutex);
   const auto found = std::find_if(m_logs.begin(), m_logs.end(), [sequence](const CLogPointer& log) {
     return log->isComplete && log->users == 0 && log->sequence == sequence;
   });
-  if (found != m_logs.end()) Drop(found, "the disk is too slow");
+  if (found == m_logs.end()) return;
+  given = *found;
+  Drop(found, "the disk is too slow");
 }
 
 std::vector<CLogTrack::CLogPointer> CLogTrack::Logs() const {

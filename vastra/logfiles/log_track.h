@@ -119,7 +119,7 @@ class CLogTrack {
     _timeb first, last;
     bool torn = false;
   };
-  void RecoverJournal(std::uint64_t number, bool goesOn, CRecovered& recovered);
+  bool RecoverJournal(std::uint64_t number, bool goesOn, CRecovered& recovered);
   bool Join(CLogPointer& log, const CJournalContent& content) const;
   std::uint64_t CountSaved(const CLogNaming& naming, const CJournaledLog& log, const CStringArray& names,
                            CSampleStore& samples) const;
@@ -145,6 +145,8 @@ class CLogTrack {
   std::shared_ptr<CJournalWriter> NewJournal(const CKeptLog& log);
   void RestartJournal(CKeptLog& log);
   void SyncJournal(CKeptLog& log);
+  void ReplaceJournal(CKeptLog& log, const std::shared_ptr<CJournalWriter>& journal,
+                      const CFileException& fault);
 
   // log_track.cpp
   void Complete();

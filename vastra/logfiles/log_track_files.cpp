@@ -159,24 +159,31 @@ void CLogTrack::NameJournal(CKeptLog& log, const CJournaledLog& named) {
     log.named = named;
     journal = JournalOf(log);
   }
-  if (journal) journal->Name(named.name, named.first, named.samples);
+  if (!journal) return;
+  try {
+    journal->Name(named.name, named.first, named.samples);
+  } catch (const CFileException& fault) {
+    if (journal->HasFailed()) ReplaceJournal(log, journal, fault);
+    if (fault.m_error != ENOENT) throw;  // without the journal no recovery can repeat the samples
+  }
 }
 
 // Moves the samples of the image to the disk in the account, and reports the file.
 void CLogTrack::HaveSaved(const CImage& image, ELogForm form) {
   CKeptLog& log = *image.log;
   const CString path = AbsolutePath(m_folder.PathOf(log.name, form));
-  log.files[Index(form)].isClosed = image.isComplete;
   CTrackEvent event;
   event.kind = image.isComplete ? CTrackEvent::closed : CTrackEvent::grew;
   event.saved = {0, path, image.First(), image.Last(), image.count, SizeOf(path)};
   const CGuard lock(m_mutex);
+  if (form == Counting() && !log.isDropped) {
+    const std::uint64_t rows = image.count - log.onDisk;
+    if (rows) m_rows.Add(log.name, rows);
+    log.onDisk = image.count;
+    m_ledger.onDisk += rows;
+  }
   m_events.push_back(std::move(event));
-  if (form != Counting() || log.isDropped) return;
-  const std::uint64_t rows = image.count - log.onDisk;
-  log.onDisk = image.count;
-  m_ledger.onDisk += rows;
-  if (rows) m_rows.Add(log.name, rows);
+  log.files[Index(form)].isClosed = image.isComplete;  // after all that can fail, which is done again then
 }
 
 void CLogTrack::HaveFailed(CImage& image, const CFileException& fault) {
@@ -188,15 +195,19 @@ void CLogTrack::HaveFailed(CImage& image, const CFileException& fault) {
     log.named.reset();
     if (inFile > 0) log.named = {log.name, image.First(), inFile};
   }
+  {
+    const CGuard lock(m_mutex);
+    --log.users;
+    log.nextTry = std::chrono::steady_clock::now() +
+                  (m_closing ? std::min(m_keeper.policy.retry, kClosingRetry) : m_keeper.policy.retry);
+    log.wantsImage = true;
+  }
+  if (m_keeper.policy.live) m_keeper.HaveSample();  // the journal may have left the samples to the file
   const CString path = log.name.IsEmpty()
                            ? m_settings.naming.directory
                            : m_folder.PathOf(log.name, isTextOnly ? ELogForm::text : Counting());
   const CString file = AbsolutePath(path);
   const CGuard lock(m_mutex);
-  --log.users;
-  log.nextTry = std::chrono::steady_clock::now() +
-                (m_closing ? std::min(m_keeper.policy.retry, kClosingRetry) : m_keeper.policy.retry);
-  log.wantsImage = true;
   if (!(std::exchange(log.failure, fault.Text()) == log.failure) && !log.isDropped) {
     CTrackEvent event;
     event.kind = CTrackEvent::notSaved;
@@ -270,15 +281,16 @@ bool CLogTrack::WriteJournal(CKeptLog& log, CKeeperTime now) {
   CSampleSpans samples;
   CSampleStore::CPlace end;
   std::shared_ptr<CJournalWriter> journal = JournalOf(log);
-  const bool isGone = journal && !FileExists(journal->GetPath());
+  const bool isGone = journal && !FileExists(journal->GetPath()) && errno == ENOENT;
   std::uint64_t count = 0;
   {
     const CGuard lock(m_mutex);
     count = log.count;
-    if (log.isDropped || log.journaled >= count || log.IsSaved()) return false;
+    if (log.isDropped || log.IsSaved()) return false;
+    if (isGone && log.journal == journal) RestartJournal(log);
+    if (log.journaled >= count) return false;
     if (log.isComplete && log.named && log.named->samples == count) return false;  // it is about to be saved
     if (log.nextJournal > now) return true;
-    if (isGone && log.journal == journal) RestartJournal(log);
     journal = log.journal;
     end = log.journalPlace;
     log.samples.AddSpans(end, samples);
@@ -354,25 +366,30 @@ void CLogTrack::SyncJournal(CKeptLog& log) {
     const CGuard lock(m_mutex);
     journal = log.journal;
     journaled = log.journaled;
-    if (!journal || log.synced == journaled) return;
+    if (!journal || (log.synced == journaled && !journal->HasFailed())) return;
   }
-  CString failure;
   try {
     journal->Sync();
+    const CGuard lock(m_mutex);
+    if (log.journal == journal) log.synced = journaled;
+    m_changed.notify_all();
   } catch (const CFileException& fault) {
-    failure = fault.m_path + ": " + fault.Text();
+    ReplaceJournal(log, journal, fault);
   }
+}
+
+// The samples of log go to a new journal. The one that has failed stays if the log was given up meanwhile: it
+// may be the only place of the samples.
+void CLogTrack::ReplaceJournal(CKeptLog& log, const std::shared_ptr<CJournalWriter>& journal,
+                               const CFileException& fault) {
   {
     const CGuard lock(m_mutex);
-    if (log.journal != journal) return;
-    if (failure.IsEmpty())
-      log.synced = journaled;
-    else
-      AddLine(severityWarning, "The journal is not on the disk and is written anew: " + failure),
-          RestartJournal(log);
+    if (log.journal != journal || log.isDropped) return;
+    RestartJournal(log);
     m_changed.notify_all();
+    AddLine(severityWarning,
+            "The journal is not on the disk and is written anew: " + fault.m_path + ": " + fault.Text());
   }
-  if (failure.IsEmpty()) return;
   try {
     journal->Remove();
   } catch (const CFileException&) {  // a recovery finds the same samples in the next one

@@ -1,6 +1,7 @@
 #include "vastra/logfiles/sample_store.h"
 
 #include <algorithm>
+#include <new>
 
 namespace vastra {
 namespace {
@@ -27,7 +28,10 @@ void CSampleBlockPool::Take(CSampleBlock& block) {
 
 void CSampleBlockPool::Give(CSampleBlock&& block) {
   const std::lock_guard lock(m_mutex);
-  m_blocks.push_back(std::move(block));
+  try {
+    m_blocks.push_back(std::move(block));
+  } catch (const std::bad_alloc&) {  // the caller frees the block
+  }
 }
 
 // Ensures that the block at index, at most one after the last, has at least bytes and that many times; a new

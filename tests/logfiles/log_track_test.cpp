@@ -1,0 +1,122 @@
+#include "vastra/logfiles/log_track.h"
+
+#include <thread>
+
+#include "tests/logfiles/link_fixture.h"
+#include "tests/support/faulty_files.h"
+#include "vastra/logfiles/log_keeper.h"
+#include "vastra/logfiles/log_name.h"
+
+namespace vastra {
+namespace {
+
+class LogTrack : public CLinkFixture {
+ protected:
+  static CLogPolicy Policy() {
+    CLogPolicy policy;
+    policy.sync = std::chrono::milliseconds(0);
+    policy.retry = policy.journal = std::chrono::milliseconds(10);
+    policy.closeWithin = std::chrono::minutes(5);  // a test that waits so long has failed
+    return policy;
+  }
+  void OpenKept(CLogKeeper& keeper, UINT maxSamples = 1000) {
+    m_link->SetLogKeeper(&keeper, false);
+    EXPECT_EQ(Open(Writer(maxSamples)), 1) << keeper.GetOpenFault().Std();
+  }
+  // Waits until so many rows are where the ledger says.
+  void WaitFor(std::uint64_t CLogLedger::*where, std::uint64_t rows) const {
+    for (int i = 0; i < 3000 && m_link->GetLedger().*where != rows; ++i)
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    EXPECT_EQ(m_link->GetLedger().*where, rows);
+    CLogLedger ledger = m_link->GetLedger();
+    ledger.offered = ledger.taken;  // a count of the stages
+    EXPECT_TRUE(ledger.IsBalanced());
+  }
+  CString Journal(std::uint64_t number) const {
+    const CLogNaming naming = {m_dir.Path(), "", kNamedByTime, false, ".rph", true, false};
+    return m_dir / JournalFile(LogKey("output", "", naming), number);
+  }
+};
+
+TEST_F(LogTrack, ALogIsSavedAlthoughItsJournalHasGoneOrCannotBeSynced) {
+  for (const bool isGone : {false, true}) {
+    NewLink();
+    CFaultyFiles files(m_dir.Path());
+    CLogKeeper keeper(Policy());
+    OpenKept(keeper);
+    for (const int time : {1, 2}) EXPECT_EQ(Write(time), 1);
+    WaitFor(&CLogLedger::inJournal, 2);
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));  // likely synced
+    if (isGone) DeleteFile(Journal(0));
+    if (!isGone)
+      files.Add({callSync, files.Count(callSync) + 2, EIO});  // of the journal, after that of the log
+    EXPECT_EQ(m_link->Flush(), 1);
+    WaitFor(&CLogLedger::onDisk, 2);
+    EXPECT_EQ(Times("0301021400.rph"), " 1 2");
+    m_link->Close();
+    EXPECT_EQ(Files().find("journal"), std::string::npos);
+  }
+}
+
+TEST_F(LogTrack, ALogLargerThanTheLimitIsGivenTheTimeToBeSaved) {
+  CLogPolicy policy = Policy();
+  policy.hold = 1;
+  CLogKeeper keeper(policy);
+  OpenKept(keeper, 1);
+  CLogSample sample = Sample(kStart, {});
+  sample.m_values.SetSize(500'000);
+  EXPECT_EQ(m_link->Write(sample), 1);
+  WaitFor(&CLogLedger::onDisk, 1);
+  m_link->Close();
+}
+
+// A journal that continues a log whose file has gone, and whose own log was named before the kill.
+TEST_F(LogTrack, NoSampleIsRecoveredTwice) {
+  for (const bool isSaved : {false, true}) {
+    NewLink();
+    CSampleStore samples;
+    for (const int time : {7, 8}) samples.Append(Sample(kStart + time, {1, 2}));
+    {
+      CJournalHead head;
+      head.naming = {m_dir.Path(), "", kNamedByTime, false, ".rph", true, false};
+      head.varNames = Names({"Temp", "Flow"});
+      head.continues = {"0301021400", {kStart}, 3};
+      CJournalWriter journal(Journal(0), head);
+      CSampleSpans spans;
+      CSampleStore::CPlace from = samples.GetHeadPlace();
+      samples.AddSpans(from, spans);
+      journal.Append(spans);
+      journal.Name("0301021401", {kStart + 7}, 2);
+    }
+    if (isSaved) WriteBytes(m_dir / "0301021401.rph", Written(Names({"Temp", "Flow"}), samples));
+    CLogKeeper keeper(Policy());
+    OpenKept(keeper);
+    EXPECT_EQ(m_link->GetLedger().recovered, isSaved ? 0u : 2u);
+    m_link->Close();
+    EXPECT_EQ(Times(isSaved ? "0301021401.rph" : "0301021400.rph"), " 7 8");
+    EXPECT_EQ(Files().find(".rph", Files().find(".rph") + 1), std::string::npos);
+  }
+}
+
+// Logs that wait for one that cannot be saved do not delay the start one by one.
+TEST_F(LogTrack, AFullDiskDoesNotStopTheStart) {
+  CFaultyFiles files(m_dir.Path());
+  files.Add({callRename, 1, EIO, true});
+  {
+    CLogKeeper keeper(Policy());
+    OpenKept(keeper, 2);
+    for (const int time : {1, 2, 3, 4, 5}) EXPECT_EQ(Write(time), 1);
+    WaitFor(&CLogLedger::inJournal, 5);
+    m_link->Close();
+  }
+  CLogKeeper keeper(Policy());
+  OpenKept(keeper, 2);
+  EXPECT_EQ(m_link->GetLedger().inJournal, 5u);
+  files.RemoveFaults();
+  m_link->Close();
+  EXPECT_EQ(m_link->GetLedger().onDisk, 5u);
+  EXPECT_EQ(Times("0301021400.rph") + Times("0301021401.rph") + Times("0301021402.rph"), " 1 2 3 4 5");
+}
+
+}  // namespace
+}  // namespace vastra
