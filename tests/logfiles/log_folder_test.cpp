@@ -149,15 +149,13 @@ class LogRotation : public LogFolder {
     ::utimensat(AT_FDCWD, m_dir / file.c_str(), times, 0);
   }
   // What a rotation has removed, without the hour, and how many faults it tells.
-  static std::string Rotated(CLogFolder& folder, int (*rotate)(CLogFolder&, CRotation&)) {
+  static std::string Rotated(CLogFolder& folder, bool onlyOldest = false) {
     CRotation rotation;
-    rotate(folder, rotation);
+    onlyOldest ? void(folder.RemoveOldest(rotation)) : folder.Rotate(rotation);
     std::string text;
     for (const CString& name : rotation.removed) text += " " + name.Std().substr(8);
     return text + std::string(rotation.faults.size(), '!');
   }
-  static int Rotate(CLogFolder& folder, CRotation& rotation) { return folder.Rotate(rotation), 1; }
-  static int RemoveOldest(CLogFolder& folder, CRotation& rotation) { return folder.RemoveOldest(rotation); }
 
   std::string m_log;
 };
@@ -169,16 +167,16 @@ TEST_F(LogRotation, OnlyWholeLogsOfItsOwnAreCountedAndRemoved) {
     for (std::size_t cut = 0; cut < whole.size(); ++cut)
       Put("030101" + std::to_string(1000 + cut) + ending, whole.substr(0, cut), 50);
     if (!isText) Put("0301011399.rph", whole + "x", 50), Put("0301011398.rph", std::string(99, '\0'), 50);
-    for (const std::string& name :
-         {"x0301010000" + ending, "0301010000" + ending + ".part", std::string("0301010002.rpd"),
-          isText ? std::string("0301010003.rph") : std::string("0301010003h.csv")})
+    for (const auto& name :
+         {"x0301010000" + ending, "0301010000" + ending + ".part", "0301010002.x" + ending})
       Put(name, whole, 50);
+    Put(isText ? "0301010003.rph" : "0301010003h.csv", isText ? m_log : "a,\n", 50);
     fs::create_symlink("x0301010000" + ending, (m_dir / "0301010001").Std() + ending);
     const std::string others = All();
     for (const int log : {5, 4, 3}) Put("030101020" + std::to_string(log) + "~2" + ending, whole, log);
     CLogFolder folder({m_dir.Path(), "", "System Time", false, ".rph", !isText, isText}, 2, {});
-    EXPECT_EQ(Rotated(folder, Rotate), " 05~2");
-    EXPECT_EQ(Rotated(folder, RemoveOldest) + Rotated(folder, RemoveOldest), " 04~2");  // never the newest
+    EXPECT_EQ(Rotated(folder), " 05~2");
+    EXPECT_EQ(Rotated(folder, true) + Rotated(folder, true), " 04~2");  // never the newest
     DeleteFile(m_dir / ("0301010203~2" + ending).c_str());
     EXPECT_EQ(All(), others);
   }
@@ -192,16 +190,14 @@ TEST_F(LogRotation, TheOldestGoUntilTheLimitsHold) {
     std::uint64_t free;
     const char* stuck;
     std::string removed;  // of logs of 9, 7, 5, 3, 1 days ago and a new one, by two rotations
-  } kCases[] = {
-      {9, {}, 0, "none", ";"},
-      {2, {}, 0, "none", " 09 07 05 03;"},
-      {9, {6, 0, 0}, 0, "none", " 09 07;"},
-      {9, {0, 4 * both, 0}, 0, "none", " 09 07;"},
-      {9, {0, 6 * both - 1, 0}, 0, "none", " 09;"},
-      {9, {0, 0, 5 * both}, 3 * both, "none", " 09 07;"},
-      {1, {0.01, 1, 1 << 20}, 0, "none", " 09 07 05 03 01;"},  // never the newest
-      {3, {}, 0, "0209", " 07 05!!;"},
-  };
+  } kCases[] = {{9, {}, 0, "none", ";"},
+                {2, {}, 0, "none", " 09 07 05 03;"},
+                {9, {6, 0, 0}, 0, "none", " 09 07;"},
+                {9, {0, 4 * both, 0}, 0, "none", " 09 07;"},
+                {9, {0, 6 * both - 1, 0}, 0, "none", " 09;"},
+                {9, {0, 0, 5 * both}, 3 * both, "none", " 09 07;"},
+                {1, {0.01, 1, 1 << 20}, 0, "none", " 09 07 05 03 01;"},
+                {3, {}, 0, "0209", " 07 05!!;"}};
   for (const auto& row : kCases) {
     Make("");
     for (const int days : {1, 3, 5, 7, 9, 90})
@@ -212,8 +208,8 @@ TEST_F(LogRotation, TheOldestGoUntilTheLimitsHold) {
     CLogFolder folder({m_dir.Path(), "", "System Time", false, ".rph", true, true}, row.maxLogs,
                       row.retention);
     folder.Saved("0301010290");  // the newest: its clock was wrong
-    const std::string first = Rotated(folder, Rotate);
-    EXPECT_EQ(first + ";" + Rotated(folder, Rotate), row.removed);
+    const std::string first = Rotated(folder);
+    EXPECT_EQ(first + ";" + Rotated(folder), row.removed);
   }
 }
 

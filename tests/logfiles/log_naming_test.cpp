@@ -49,13 +49,10 @@ TEST(LogNaming, TwoOutputsThatCouldWriteOneNameMeet) {
   const CTempDir dir;
   std::filesystem::create_directory((dir / "logs").Std());
   std::filesystem::create_symlink("logs", (dir / "link").Std());
-  const struct {
-    CLogNaming a, b;
-    bool meet;
-  } kCases[] = {
+  const std::tuple<CLogNaming, CLogNaming, bool> kCases[] = {
       {ByTime(""), ByTime(""), true},
       {ByTime("x"), ByTime("y"), false},
-      {ByTime(""), ByTime("1"), false},  // ten digits and eleven
+      {ByTime(""), ByTime("1"), false},
       {ByTime("1"), Naming("1", "Items", true), true},
       {ByValue("12"), ByTime(""), true},
       {ByValue("12345678901"), ByTime(""), false},
@@ -71,8 +68,7 @@ TEST(LogNaming, TwoOutputsThatCouldWriteOneNameMeet) {
       {Saving(".xh", true, true), Saving(".rph", true, true), true},
       {In("/a"), In("/b"), false},
       {In(dir / "logs"), In(dir / "link/"), true},
-      {In(dir / "no"), In(dir / "logs/../no/"), true},
-  };
+      {In(dir / "no"), In(dir / "logs/../no/"), true}};
   for (const auto& [a, b, meet] : kCases)
     for (const bool isSwapped : {false, true})
       EXPECT_EQ(isSwapped ? CanMeet(b, a) : CanMeet(a, b), meet) << a.prefix.Std() << "|" << b.prefix.Std();
