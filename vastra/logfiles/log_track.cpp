@@ -98,11 +98,13 @@ void CLogTrack::Close() {
   while (!m_logs.empty()) Drop(m_logs.begin(), "the disk did not answer in time");
 }
 
-// Whether waiting longer would make no difference: the oldest log cannot be saved, and the journal has all.
+// Whether waiting longer would make no difference: the oldest log cannot be saved, also when Close has tried
+// it again, and the journal has all.
 bool CLogTrack::IsSafe() const {
-  return !m_logs[0]->failure.IsEmpty() && std::all_of(m_logs.begin(), m_logs.end(), [](const auto& log) {
-    return std::max(log->synced, log->onDisk) == log->count;
-  });
+  const bool isTried = m_logs[0]->nextTry != CKeeperTime{};
+  return isTried && !m_logs[0]->failure.IsEmpty() &&
+         std::all_of(m_logs.begin(), m_logs.end(),
+                     [](const auto& log) { return std::max(log->synced, log->onDisk) == log->count; });
 }
 
 // Removes a log whose samples that are not on the disk are lost now, or left in the journal. Logs behind one
