@@ -5,6 +5,7 @@
 #include <chrono>
 #include <memory>
 #include <optional>
+#include <vector>
 
 #include "vastra/logfiles/csv_format.h"
 #include "vastra/logfiles/journal.h"
@@ -40,8 +41,9 @@ struct CKeptLog {
   std::uint64_t synced = 0;     // the same, and synced
   CSampleStore::CPlace basePlace, journalPlace;  // in samples, after these samples
   std::shared_ptr<CJournalWriter> journal;
-  std::uint64_t bytes = 0;     // of a complete log that is counted as held
-  std::uint64_t sequence = 0;  // of complete logs: the order in which they ended
+  std::vector<CString> leftJournals;  // paths of earlier ones, which may still be there
+  std::uint64_t bytes = 0;            // of a complete log that is counted as held
+  std::uint64_t sequence = 0;         // of complete logs: the order in which they ended
   bool isComplete = false;
   bool wantsImage = false;  // its samples shall be in a file although it is not complete
   bool isCut = false;       // the end of the run has ended it before it was full

@@ -142,6 +142,7 @@ class CLogTrack {
   void Account(const CRotation& rotation);
   bool WriteJournal(CKeptLog& log, CKeeperTime now);
   std::shared_ptr<CJournalWriter> JournalOf(const CKeptLog& log) const;
+  std::vector<CString> LeftJournals(const CKeptLog& log) const;
   std::shared_ptr<CJournalWriter> NewJournal(const CKeptLog& log);
   void RestartJournal(CKeptLog& log);
   void SyncJournal(CKeptLog& log);

@@ -224,6 +224,7 @@ void CLogTrack::Finish(const CImage& image) {
   try {
     RememberUnfinished(image);
     if (journal) journal->Remove();
+    for (const CString& path : LeftJournals(log)) DeleteFile(path);
   } catch (const CFileException& fault) {  // the next start finds out by itself
     const CGuard lock(m_mutex);
     AddLine(severityWarning, fault.m_path + ": " + fault.Text());
@@ -269,6 +270,11 @@ std::shared_ptr<CJournalWriter> CLogTrack::JournalOf(const CKeptLog& log) const 
   return log.journal;
 }
 
+std::vector<CString> CLogTrack::LeftJournals(const CKeptLog& log) const {
+  const CGuard lock(m_mutex);
+  return log.leftJournals;
+}
+
 bool CLogTrack::WriteJournals(CKeeperTime now) {
   bool isLate = false;
   for (const CLogPointer& log : Logs()) isLate |= WriteJournal(*log, now);
@@ -287,7 +293,10 @@ bool CLogTrack::WriteJournal(CKeptLog& log, CKeeperTime now) {
     const CGuard lock(m_mutex);
     count = log.count;
     if (log.isDropped || log.IsSaved()) return false;
-    if (isGone && log.journal == journal) RestartJournal(log);
+    if (isGone && log.journal == journal) {
+      log.leftJournals.push_back(journal->GetPath());  // its folder can come back
+      RestartJournal(log);
+    }
     if (log.journaled >= count) return false;
     if (log.isComplete && log.named && log.named->samples == count) return false;  // it is about to be saved
     if (log.nextJournal > now) return true;
@@ -392,7 +401,9 @@ void CLogTrack::ReplaceJournal(CKeptLog& log, const std::shared_ptr<CJournalWrit
   }
   try {
     journal->Remove();
-  } catch (const CFileException&) {  // a recovery finds the same samples in the next one
+  } catch (const CFileException&) {  // it goes with the next one, when the log is on the disk
+    const CGuard lock(m_mutex);
+    log.leftJournals.push_back(journal->GetPath());
   }
   m_keeper.HaveSample();
 }
