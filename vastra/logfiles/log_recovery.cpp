@@ -246,7 +246,10 @@ std::vector<CString> RecoverForeignJournals(CKeeperState& keeper, CLogListener* 
       track->Adopt(entry.key);
       keeper.Add(track);
       track->Recover(false);
-      keeper.otherTracks.push_back(track);
+      if (track->Ledger().recovered > 0)
+        keeper.otherTracks.push_back(track);
+      else
+        keeper.Remove(track);  // its process lives, or its logs are on the disk
       for (const CTrackEvent& event : track->TakeEvents()) {
         if (event.kind == CTrackEvent::line) lines.push_back(settings.logName + ": " + event.text);
         if (event.kind == CTrackEvent::closed && listener) listener->LogClosed(event.saved);
