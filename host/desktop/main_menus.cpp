@@ -54,6 +54,12 @@ void CMainWindow::MakeRunMenu() {
   m_start = AddAction(run, "&Start", QKeySequence("F5"), [this] { Start(); });
   m_stop = AddAction(run, "S&top", QKeySequence("Shift+F5"), [this] { m_runner.Stop(); });
   UseKeysEverywhere(*run);
+  run->addSeparator();
+  m_keepLogs = run->addAction("&Keep Logs After Faults");
+  m_keepLogs->setToolTip("Journal the samples, replace no log, try again when the disk is full");
+  m_keepLogs->setCheckable(true);
+  m_keepLogs->setChecked(m_settings.Get("PlainLogs").IsEmpty());
+  connect(m_keepLogs, &QAction::toggled, this, [this](bool keep) { SetKeepLogs(keep); });
   m_start->setIcon(style()->standardIcon(QStyle::SP_MediaPlay));
   m_stop->setIcon(style()->standardIcon(QStyle::SP_MediaStop));
 }

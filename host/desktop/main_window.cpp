@@ -22,6 +22,7 @@ namespace {
 
 constexpr const char* kPlace = "MainPlace";
 constexpr const char* kDemoOffered = "DemoOffered";
+constexpr const char* kPlainLogs = "PlainLogs";
 constexpr const char* kFilter = "Configurations (*.json *.vst)|*.json;*.vst|All Files (*.*)|*.*||";
 
 const char* NameOf(CRunner::EState state) {
@@ -110,11 +111,22 @@ void CMainWindow::OfferDemo() {
 
 // Makes a run of the document, stopped, and shows its parts.
 void CMainWindow::UseConfiguration() {
-  m_runner.SetConfiguration(m_document.Stored(), Trend());
+  m_runner.SetConfiguration(m_document.Stored(), Trend(), Policy());
   m_isAhead = false;
   ShowNames(m_runner.Run().Names());
   Trend().m_baseVars = m_names.input;
   m_views.TakeRun(m_runner.Run(), m_runner.RefreshPeriod());
+}
+
+std::optional<CLogPolicy> CMainWindow::Policy() const {
+  if (!m_keepLogs->isChecked()) return std::nullopt;
+  return CLogPolicy();
+}
+
+// The next start uses the setting.
+void CMainWindow::SetKeepLogs(bool keep) {
+  m_settings.Set(kPlainLogs, keep ? "" : "1");
+  if (m_document.IsOpen() && m_runner.State() == CRunner::EState::stopped) UseConfiguration();
 }
 
 void CMainWindow::ShowNames(const CStageNames& names) {
@@ -263,12 +275,14 @@ void CMainWindow::Start() {
   UseConfiguration();
   if (!IsFitToStart()) return;
   for (const CString& warning : m_runner.Run().Warnings()) m_messages.Warn(warning);
+  for (const CString& fault : m_runner.Run().BadLogs()) m_messages.Warn(fault + ": the log is left out");
   m_runner.Start();
 }
 
-// Shows each equation list that does not compile.
+// Shows each equation list that does not compile, and what the policy for logs refuses.
 bool CMainWindow::IsFitToStart() {
   CString text;
+  for (const CString& refusal : m_runner.Run().Refusals()) text += (text.IsEmpty() ? "" : "\n") + refusal;
   for (const CEquationFinding& fault : m_runner.Run().EquationFaults())
     text += (text.IsEmpty() ? "" : "\n") + fault.message + "\n    " + Trimmed(fault.statement);
   if (!text.IsEmpty()) AfxMessageBox(text);
@@ -314,12 +328,18 @@ void CMainWindow::ShowState() {
 void CMainWindow::ShowCounts() {
   m_views.NotePlaces();
   const CRunCounts& counts = m_runner.Run().Counts();
-  m_countsText->setText(QString("%1 samples, %2 failed reads, %3 late, in memory %4 of %5")
-                            .arg(counts.scans.read)
-                            .arg(counts.scans.failedReads)
-                            .arg(counts.scans.late)
-                            .arg(counts.fill.m_samples)
-                            .arg(counts.fill.m_total));
+  QString text = QString("%1 samples, %2 failed reads, %3 late, in memory %4 of %5")
+                     .arg(counts.scans.read)
+                     .arg(counts.scans.failedReads)
+                     .arg(counts.scans.late)
+                     .arg(counts.fill.m_samples)
+                     .arg(counts.fill.m_total);
+  const bool isStopped = m_runner.State() == CRunner::EState::stopped;
+  if (counts.kept.recovered) text += QString(", %1 recovered").arg(counts.kept.recovered);
+  if (counts.kept.inJournal && isStopped)
+    text += QString(", %1 in a journal only").arg(counts.kept.inJournal);
+  if (counts.kept.lost) text = QString("%1 lost, ").arg(counts.kept.lost) + text;
+  m_countsText->setText(text);
   m_progress->setVisible(counts.replay.logs != 0 && m_runner.State() == CRunner::EState::running);
   if (counts.replay.logs != 0) m_progress->setValue(static_cast<int>(100 * counts.replay.part));
   m_overview->ShowCounts(counts.scans);

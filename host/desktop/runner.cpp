@@ -10,7 +10,7 @@ namespace {
 constexpr UINT messageOpened = 100, messageClosed = 101;
 
 constexpr UINT kShortestRefresh = 50, kRefreshAtFullSpeed = 100;  // milliseconds
-constexpr std::chrono::milliseconds kTick{200};
+constexpr std::chrono::milliseconds kTick{200}, kLongestWait{1000};
 // A refresh that is due within half a period is made now, since scans are not exact to the microsecond.
 constexpr UINT kSlack = 2;
 
@@ -38,11 +38,12 @@ UINT CRunner::RefreshPeriodOf(UINT scanPeriod) {
   return (kShortestRefresh + scanPeriod - 1) / scanPeriod * scanPeriod;
 }
 
-void CRunner::SetConfiguration(const CConfiguration& configuration, CTrendConfig& trend) {
+void CRunner::SetConfiguration(const CConfiguration& configuration, CTrendConfig& trend,
+                               const std::optional<CLogPolicy>& policy) {
   m_run.reset();  // before the new run: only one run at a time uses the messenger
   m_run = std::make_unique<CRun>(
       configuration, m_messenger,
-      CRunOptions{{.threaded = true, .target = this, .trend = &trend}, m_listener.trend});
+      CRunOptions{{.threaded = true, .target = this, .trend = &trend, .policy = policy}, m_listener.trend});
   m_run->AddObserver(this);
   m_refreshPeriod = RefreshPeriodOf(m_run->Input().GetScanPeriod());
 }
@@ -111,7 +112,8 @@ void CRunner::Go() {
     return InBackground([this] { return m_run->Stop(), 1; }, messageClosed);
   }
   const auto wait = m_run->NextDue() - CScanLoop::Time::clock::now();
-  m_timer.start(std::max(std::chrono::ceil<std::chrono::milliseconds>(wait), std::chrono::milliseconds(0)));
+  m_timer.start(std::clamp<std::chrono::milliseconds>(std::chrono::ceil<std::chrono::milliseconds>(wait),
+                                                      std::chrono::milliseconds(0), kLongestWait));
 }
 
 void CRunner::Sampled(const CLogSample&) {
@@ -126,6 +128,7 @@ void CRunner::Tick() {
   const auto now = CScanLoop::Time::clock::now();
   if (now < m_tickDue) return;
   m_tickDue = now + kTick;
+  if (m_run->IsRunning()) m_run->Deliver();
   m_listener.tick();
 }
 

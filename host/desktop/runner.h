@@ -35,8 +35,10 @@ class CRunner : private CMessageTarget, private CRunObserver {
   CRunner& operator=(const CRunner&) = delete;
 
   // Replaces the run by one of configuration; only while stopped. The stages of the former run are destroyed:
-  // connect the views to the new ones. trend: the settings that the trending stage shares.
-  void SetConfiguration(const CConfiguration& configuration, CTrendConfig& trend);
+  // connect the views to the new ones. trend: the settings that the trending stage shares. policy: as in
+  // CRunOptions.
+  void SetConfiguration(const CConfiguration& configuration, CTrendConfig& trend,
+                        const std::optional<CLogPolicy>& policy = std::nullopt);
   void Start();  // only while stopped
   void Stop();   // any time
 

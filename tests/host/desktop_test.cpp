@@ -173,6 +173,28 @@ TEST_F(Desktop, TheWindowRunsAConfigurationAndAsksBeforeItStopsAndQuits) {
   }
 }
 
+// The second run continues the log of the first one; a plain run replaces it.
+TEST_F(Desktop, ANewRunKeepsTheLogsUnlessTheUserTurnsThatOff) {
+  const auto run = [](CTestWindow& window) {
+    window.Start();
+    EXPECT_TRUE(Wait([&] { return HasStatus(window, "Running") && Samples(window) > 2; }));
+    ActionOf(window, "Stop")->trigger();
+    EXPECT_TRUE(Wait([&] { return HasStatus(window, "Stopped"); }));
+    return static_cast<std::uint64_t>(Samples(window));
+  };
+  {
+    CTestWindow window(m_demo);
+    const std::uint64_t first = run(window), second = run(window);
+    EXPECT_EQ(Rows(m_dir.Path()), first + second);
+    ActionOf(window, "Keep Logs After Faults")->trigger();
+    EXPECT_FALSE(HasStatus(window, "lost"));
+  }
+  CTestWindow window(m_demo);
+  EXPECT_FALSE(ActionOf(window, "Keep Logs After Faults")->isChecked());
+  const std::uint64_t plain = run(window);
+  EXPECT_EQ(plain, Rows(m_dir.Path()));
+}
+
 TEST_F(Desktop, ViewsOpenOnTheScreenAndCloseOneByOne) {
   CSettings().SetPlace("TrendPlace", {5000, -3000, 5500, -2600});
   CTestWindow window(m_demo);
