@@ -170,7 +170,9 @@ TEST_F(LogRotation, OnlyWholeLogsOfItsOwnAreCountedAndRemoved) {
     for (const auto& name :
          {"x0301010000" + ending, "0301010000" + ending + ".part", "0301010002.x" + ending})
       Put(name, whole, 50);
-    Put(isText ? "0301010003.rph" : "0301010003h.csv", isText ? m_log : "a,\n", 50);
+    for (const std::string name :
+         {"0301010003", "0301010004", "0301010005"})  // in the form that is not saved
+      Put(name + (isText ? ".rph" : "h.csv"), isText ? m_log : "a,\n", 50);
     fs::create_symlink("x0301010000" + ending, (m_dir / "0301010001").Std() + ending);
     const std::string others = All();
     for (const int log : {5, 4, 3}) Put("030101020" + std::to_string(log) + "~2" + ending, whole, log);
