@@ -243,6 +243,24 @@ TEST_F(Journal, IsOfOneProcessAndStaysInItsFolder) {
   EXPECT_EQ(ErrorOf([&] { Append(journal, {{1, 1}}), journal.Name("", {}, 1), journal.Sync(); }), 0);
 }
 
+TEST_F(Journal, HasTheBytesOfItsWorkedExample) {
+  CJournalHead head;
+  head.name = "o";
+  head.naming = {"d", "", "System Time", false, ".rph", true, false};
+  head.maxLogs = 400;
+  head.maxSamples = 4000;
+  head.varNames.Add("x");
+  CLogSample sample = Sample(1000000000, {1.5f});
+  sample.m_time.millitm = 250;
+  sample.m_time.timezone = -60;
+  CSampleStore samples;
+  samples.Append(sample);
+  CJournalWriter journal(Path(), head);
+  journal.Append(Spans(samples));
+  journal.Name("0109090200", sample.m_time, 1);
+  EXPECT_EQ(ReadBytes(Path()), ExampleBytes("### A worked example of a journal", "## Selections"));
+}
+
 TEST_F(Journal, ListsTheJournalsOfAFolderInOrder) {
   for (const char* name :
        {".vastra-00000000000000ab-10.journal", ".vastra-00000000000000ab-9.journal",
