@@ -136,8 +136,10 @@ TEST_F(LogTrack, AFullDiskDoesNotStopTheStart) {
   {
     CLogKeeper keeper(Policy());
     OpenKept(keeper, 2);
-    for (const int time : {1, 2, 3, 4, 5}) EXPECT_EQ(Write(time), 1);
-    WaitFor(&CLogLedger::inJournal, 5);
+    for (const int time : {1, 2, 3, 4, 5}) {
+      EXPECT_EQ(Write(time), 1);
+      WaitFor(&CLogLedger::inJournal, static_cast<std::uint64_t>(time));
+    }
     m_link->Close();
   }
   CLogPolicy policy = Policy();
