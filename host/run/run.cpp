@@ -79,16 +79,17 @@ CScanLoop::COptions CRun::LoopOptions(const CRunOptions& options) {
   result.outputs = &m_outputLogs;
   result.summaries = &m_summaryLogs;
   result.keeper = m_pKeeper.get();
-  result.opened = [this] { RecoverOthers(); };
+  result.opened = [this] {
+    if (m_pKeeper) ShowJournals(m_pKeeper->RecoverOthers(&m_recoveredLogs));
+  };
   result.refresh = [this](CLogTrendings&) { Publish(); };
   result.closing = [this] { Tell(&CRunObserver::Stopping); };
   return result;
 }
 
 // The lines go the way of the messages of the links.
-void CRun::RecoverOthers() {
-  if (!m_pKeeper) return;
-  for (const CString& line : m_pKeeper->RecoverOthers(&m_recoveredLogs))
+void CRun::ShowJournals(const std::vector<CString>& lines) {
+  for (const CString& line : lines)
     m_messenger.Send("CLogKeeper", "Journals", functionOpen, severityNotice, line);
 }
 
@@ -124,6 +125,7 @@ void CRun::Stop() {
 
 void CRun::Deliver() {
   m_loop.Deliver();
+  if (m_pKeeper) ShowJournals(m_pKeeper->DeliverOthers(&m_recoveredLogs));
   m_sumsDue = {};
   if (!m_loop.IsRunning() || m_loop.IsPending()) return;
   Count();

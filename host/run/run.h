@@ -124,7 +124,7 @@ class CRun : private CRunMessenger::CReader {
   CScanLoop::COptions LoopOptions(const CRunOptions& options);
   template <class ACTION>
   void Drive(ACTION action);
-  void RecoverOthers();
+  void ShowJournals(const std::vector<CString>& lines);
   void Publish();
   void Count();
   template <class EVENT, class... ARGUMENTS>

@@ -31,7 +31,10 @@ struct CKeptLog {
   std::uint64_t InJournal() const { return std::max(journaled, onDisk) - onDisk; }
   std::uint64_t InMemory() const { return count - std::max(journaled, onDisk); }
 
-  CStringArray names;  // of the variables; constant once the track has the log
+  // Constant once the track has the log.
+  CStringArray names;        // of the variables
+  std::uint64_t number = 0;  // of the logs of the track in order; the numbers of its journals follow from it
+  std::optional<CJournaledLog> continued;  // file of an earlier run with the first samples
 
   // Guarded by the mutex of the track. Counts are of samples from the first one of the log on.
   CSampleStore samples;         // the writer and the journal read them without the mutex up to a count
@@ -60,12 +63,14 @@ struct CKeptLog {
   CCsvText text;                          // of a log that grows, up to textPlace
   CSampleStore::CPlace textPlace;
 
-  std::optional<CJournaledLog> continued;  // file of an earlier run with the first samples; constant
-
   // The name that its file has or is about to get. Guarded by journalMutex, which is locked before the mutex
   // of the track.
   std::mutex journalMutex;
   std::optional<CJournaledLog> named;
+  std::uint64_t journals = 0;  // made for it; of the journal thread
 };
+
+// The journals of a log have numbers of their own range, so that they are in the order of the logs.
+constexpr std::uint64_t kJournalsOfALog = 1000;
 
 }  // namespace vastra

@@ -19,6 +19,10 @@ std::vector<CString> CLogKeeper::RecoverOthers(CLogListener* listener) {
   return m_pState->policy.live ? RecoverForeignJournals(*m_pState, listener) : std::vector<CString>();
 }
 
+std::vector<CString> CLogKeeper::DeliverOthers(CLogListener* listener) {
+  return DeliverForeign(*m_pState, listener);
+}
+
 std::vector<COtherLedger> CLogKeeper::Others() const {
   std::vector<COtherLedger> others;
   for (const auto& track : m_pState->otherTracks)

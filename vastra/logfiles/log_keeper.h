@@ -39,6 +39,8 @@ class VASTRA_API CLogKeeper {
   // that none of these owns. Returns a line for each, such as "recovered 12 samples, ... to ..."; listener,
   // if not null, gets the logs.
   std::vector<CString> RecoverOthers(CLogListener* listener);
+  // The lines about what has happened to these logs since, for a host that calls Deliver of its stages.
+  std::vector<CString> DeliverOthers(CLogListener* listener);
   std::vector<COtherLedger> Others() const;
 
   // Why the last output or summary did not open, such as "process 1234 already writes these logs"; empty if

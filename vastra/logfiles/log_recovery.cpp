@@ -8,6 +8,7 @@
 #include "vastra/logfiles/log_recovery.h"
 
 #include <algorithm>
+#include <map>
 #include <set>
 
 #include "vastra/core/messenger.h"
@@ -53,6 +54,17 @@ std::uint64_t CountLines(const CString& path) {
   return lines ? lines - 1 : 0;
 }
 
+// Passes on what has happened to the logs of a track without a link.
+void Deliver(CLogTrack& track, CLogListener* listener, std::vector<CString>& lines) {
+  for (const CTrackEvent& event : track.TakeEvents()) {
+    if (event.kind == CTrackEvent::line) lines.push_back(track.Settings().logName + ": " + event.text);
+    if (event.kind == CTrackEvent::closed && listener) listener->LogClosed(event.saved);
+    if (event.kind != CTrackEvent::notSaved) continue;
+    lines.push_back(event.unsaved.path + ": " + event.unsaved.reason);
+    if (listener) listener->LogNotSaved(event.unsaved);
+  }
+}
+
 }  // namespace
 
 bool CLogTrack::CanContinue() const {
@@ -67,19 +79,21 @@ void CLogTrack::Recover(bool continues) {
     for (const CString& line : lines) AddLine(severityWarning, line);
   }
   if (!m_keeper.policy.live) return;
-  std::vector<std::uint64_t> numbers;
+  std::map<std::uint64_t, std::vector<std::uint64_t>> logs;  // the numbers of their journals, by their own
   for (const CJournalEntry& entry : ListJournals(m_settings.naming.directory))
-    if (entry.key == m_key) numbers.push_back(entry.number);
-  if (!numbers.empty()) m_nextJournal = numbers.back() + 1;
+    if (entry.key == m_key) logs[entry.number / kJournalsOfALog].push_back(entry.number);
+  if (!logs.empty()) m_nextNumber = logs.rbegin()->first + 1;
   CRecovered recovered;
   bool isOneLeft = false;
-  for (std::size_t i = 0; i < numbers.size(); ++i) {
-    isOneLeft |= !RecoverJournal(numbers[i], continues && i + 1 == numbers.size(), recovered);
-    if (i + 1 == numbers.size() || !m_keeper.IsNearLimit()) continue;
+  std::size_t left = logs.size();
+  for (const auto& [number, journals] : logs) {
+    --left;
+    isOneLeft |= !RecoverLog(journals, continues && left == 0, recovered);
+    if (left == 0 || !m_keeper.IsNearLimit()) continue;
     isOneLeft = true;
     const CGuard lock(m_mutex);
-    AddLine(severityWarning, CString(std::to_string(numbers.size() - i - 1)) +
-                                 " more journals are left for the next start: the logs cannot be saved");
+    AddLine(severityWarning, "The journals of " + CString(std::to_string(left)) +
+                                 " more logs are left for the next start: the logs cannot be saved");
     break;
   }
   if (continues && !m_collected && unfinished && !isOneLeft) Continue(*unfinished);
@@ -91,38 +105,68 @@ void CLogTrack::Recover(bool continues) {
                               (m_settings.isSummary ? "; the row that was being made is lost" : ""));
 }
 
-// Makes a log of the journal with that number. goesOn: if it is not full, it is the one that is collected.
-// False: the journal is left as it is, and the file that it continues must not change.
-bool CLogTrack::RecoverJournal(std::uint64_t number, bool goesOn, CRecovered& recovered) {
-  const CString path = JoinPath(m_settings.naming.directory, JournalFile(m_key, number));
-  try {
-    CJournalContent content;
-    auto log = std::make_shared<CKeptLog>(m_keeper.pool);
-    const auto journal = std::make_shared<CJournalWriter>(path, content, log->samples);
-    if (!content.fault.IsEmpty() && !content.isHeadTorn) {
-      const CGuard lock(m_mutex);
-      AddLine(severityWarning, path + " is left as it is: " + content.fault);
-      return false;
-    }
-    log->names = content.head.varNames;
-    if (content.isHeadTorn || !Join(log, content)) return journal->Remove(), true;
-    log->journal = journal;
-    const CSampleSpans all = SpansOf(log->samples);
-    if (recovered.samples == 0) recovered.first = TimeOf(all, log->onDisk);
-    recovered.last = log->samples.GetLastTime();
-    recovered.samples += log->count - log->onDisk;
-    recovered.torn |= content.tornBytes > 0;
-    goesOn =
-        goesOn && CanContinue() && log->names == m_settings.varNames && log->count < m_settings.maxSamples;
-    Enqueue(log, goesOn);
-    return true;
-  } catch (const CFileException& fault) {
-    const CGuard lock(m_mutex);
-    if (fault.m_error != EWOULDBLOCK) AddLine(severityWarning, path + ": " + fault.Text());
-  } catch (const std::bad_alloc&) {
-    const CGuard lock(m_mutex);
-    AddLine(severityWarning, path + " is left as it is: it is too large for the memory");
+// A journal that can be recovered.
+struct CLogTrack::CFound {
+  CLogPointer log;  // with the samples of the journal
+  std::shared_ptr<CJournalWriter> journal;
+  CJournalContent content;
+};
+
+// Makes a log of its journals, of which one has all samples that the others have; the others were given up
+// after a fault. goesOn: if the log is not full, it is the one that is collected. False: a journal is left as
+// it is, and the file that it continues must not change.
+bool CLogTrack::RecoverLog(const std::vector<std::uint64_t>& journals, bool goesOn, CRecovered& recovered) {
+  CFound best;
+  std::vector<CString> others;
+  bool isOneLeft = false;
+  for (const std::uint64_t number : journals) {
+    CFound found;
+    isOneLeft |= !ReadJournalOf(number, found);
+    if (!found.log) continue;
+    if (!best.log || best.log->samples.GetCount() <= found.log->samples.GetCount()) std::swap(best, found);
+    if (found.journal) others.push_back(found.journal->GetPath());
   }
+  if (!best.log) return !isOneLeft;
+  CLogPointer& log = best.log;
+  log->number = journals[0] / kJournalsOfALog;
+  log->journals = journals.back() % kJournalsOfALog + 1;
+  log->names = best.content.head.varNames;
+  if (!Join(log, best.content)) {
+    best.journal->Remove();
+    for (const CString& path : others) DeleteFile(path);
+    return !isOneLeft;
+  }
+  log->journal = best.journal;
+  log->leftJournals = others;
+  const CSampleSpans all = SpansOf(log->samples);
+  if (recovered.samples == 0) recovered.first = TimeOf(all, log->onDisk);
+  recovered.last = log->samples.GetLastTime();
+  recovered.samples += log->count - log->onDisk;
+  recovered.torn |= best.content.tornBytes > 0;
+  goesOn = goesOn && CanContinue() && log->names == m_settings.varNames && log->count < m_settings.maxSamples;
+  Enqueue(log, goesOn);
+  return !isOneLeft;
+}
+
+// Reads and locks a journal. One that never had samples is removed: found has no log then. False, and no log:
+// it is left as it is.
+bool CLogTrack::ReadJournalOf(std::uint64_t number, CFound& found) {
+  const CString path = JoinPath(m_settings.naming.directory, JournalFile(m_key, number));
+  CString fault;
+  try {
+    const auto log = std::make_shared<CKeptLog>(m_keeper.pool);
+    found.journal = std::make_shared<CJournalWriter>(path, found.content, log->samples);
+    if (found.content.fault.IsEmpty()) return found.log = log, true;
+    if (found.content.isHeadTorn) return found.journal->Remove(), true;
+    fault = found.content.fault;
+  } catch (const CFileException& exception) {
+    if (exception.m_error == EWOULDBLOCK) return false;  // its process lives
+    fault = exception.Text();
+  } catch (const std::bad_alloc&) {
+    fault = "it is too large for the memory";
+  }
+  const CGuard lock(m_mutex);
+  AddLine(severityWarning, path + " is left as it is: " + fault);
   return false;
 }
 
@@ -141,6 +185,8 @@ bool CLogTrack::Join(CLogPointer& log, const CJournalContent& content) const {
   if (isSame && inFile > 0) {
     const auto joined = std::make_shared<CKeptLog>(m_keeper.pool);
     joined->names = log->names;
+    joined->number = log->number;
+    joined->journals = log->journals;
     AddSamples(*joined, saved, before);
     joined->continued = continued;
     joined->basePlace = EndOf(*joined);
@@ -175,6 +221,7 @@ void CLogTrack::Continue(const CJournaledLog& file) {
   if (CountSaved(m_settings.naming, file, m_settings.varNames, saved) != file.samples) return;
   const auto log = std::make_shared<CKeptLog>(m_keeper.pool);
   log->names = m_settings.varNames;
+  log->number = m_nextNumber++;
   AddSamples(*log, saved, file.samples);
   log->continued = file;
   log->count = file.samples;
@@ -250,15 +297,14 @@ std::vector<CString> RecoverForeignJournals(CKeeperState& keeper, CLogListener* 
         keeper.otherTracks.push_back(track);
       else
         keeper.Remove(track);  // its process lives, or its logs are on the disk
-      for (const CTrackEvent& event : track->TakeEvents()) {
-        if (event.kind == CTrackEvent::line) lines.push_back(settings.logName + ": " + event.text);
-        if (event.kind == CTrackEvent::closed && listener) listener->LogClosed(event.saved);
-        if (event.kind == CTrackEvent::notSaved) {
-          lines.push_back(event.unsaved.path + ": " + event.unsaved.reason);
-          if (listener) listener->LogNotSaved(event.unsaved);
-        }
-      }
+      Deliver(*track, listener, lines);
     }
+  return lines;
+}
+
+std::vector<CString> DeliverForeign(CKeeperState& keeper, CLogListener* listener) {
+  std::vector<CString> lines;
+  for (const auto& track : keeper.otherTracks) Deliver(*track, listener, lines);
   return lines;
 }
 

@@ -12,5 +12,7 @@ class CKeeperState;
 // Makes logs of the journals in the folders of the open tracks that belong to none of them and that no
 // process has open. Returns a line for each output or summary; listener, if not null, gets the logs.
 std::vector<CString> RecoverForeignJournals(CKeeperState& keeper, CLogListener* listener);
+// The same for what has happened to these logs since.
+std::vector<CString> DeliverForeign(CKeeperState& keeper, CLogListener* listener);
 
 }  // namespace vastra

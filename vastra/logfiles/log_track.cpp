@@ -34,6 +34,7 @@ bool CLogTrack::Append(const CLogSample& sample) {
   if (!log) {
     log = std::make_shared<CKeptLog>(m_keeper.pool);
     log->names = m_settings.varNames;
+    log->number = m_nextNumber++;
   }
   log->samples.Append(sample);
   ++log->count;
@@ -56,7 +57,8 @@ void CLogTrack::EndLog() {
   Complete();
   if (!m_keeper.policy.waits) return;
   CGuard lock(m_mutex);
-  m_changed.wait(lock, [this] { return m_logs.size() < kLogsToWaitFor || !m_logs[0]->failure.IsEmpty(); });
+  m_changed.wait_for(lock, m_keeper.policy.closeWithin,
+                     [this] { return m_logs.size() < kLogsToWaitFor || !m_logs[0]->failure.IsEmpty(); });
 }
 
 // Leaves the log to the writer thread.

@@ -119,7 +119,9 @@ class CLogTrack {
     _timeb first, last;
     bool torn = false;
   };
-  bool RecoverJournal(std::uint64_t number, bool goesOn, CRecovered& recovered);
+  struct CFound;
+  bool RecoverLog(const std::vector<std::uint64_t>& journals, bool goesOn, CRecovered& recovered);
+  bool ReadJournalOf(std::uint64_t number, CFound& found);
   bool Join(CLogPointer& log, const CJournalContent& content) const;
   std::uint64_t CountSaved(const CLogNaming& naming, const CJournaledLog& log, const CStringArray& names,
                            CSampleStore& samples) const;
@@ -143,7 +145,7 @@ class CLogTrack {
   bool WriteJournal(CKeptLog& log, CKeeperTime now);
   std::shared_ptr<CJournalWriter> JournalOf(const CKeptLog& log) const;
   std::vector<CString> LeftJournals(const CKeptLog& log) const;
-  std::shared_ptr<CJournalWriter> NewJournal(const CKeptLog& log);
+  std::shared_ptr<CJournalWriter> NewJournal(CKeptLog& log);
   void RestartJournal(CKeptLog& log);
   void SyncJournal(CKeptLog& log);
   void ReplaceJournal(CKeptLog& log, const std::shared_ptr<CJournalWriter>& journal,
@@ -179,10 +181,9 @@ class CLogTrack {
 
   // Of the thread of the scans.
   std::uint64_t m_taken = 0;
+  std::uint64_t m_nextNumber = 0;  // of the next log
   _timeb m_lastTime;
   bool m_hasLastTime = false;
-
-  std::uint64_t m_nextJournal = 0;  // number of the next journal; of the journal thread, after Recover
 
   // Of the writer thread.
   CLogFolder m_folder;

@@ -331,7 +331,7 @@ bool CLogTrack::WriteJournal(CKeptLog& log, CKeeperTime now) {
   return !failure.IsEmpty();
 }
 
-std::shared_ptr<CJournalWriter> CLogTrack::NewJournal(const CKeptLog& log) {
+std::shared_ptr<CJournalWriter> CLogTrack::NewJournal(CKeptLog& log) {
   CJournalHead head;
   head.isSummary = m_settings.isSummary;
   head.name = m_settings.logName;
@@ -341,7 +341,8 @@ std::shared_ptr<CJournalWriter> CLogTrack::NewJournal(const CKeptLog& log) {
   head.retention = m_settings.retention;
   head.varNames = log.names;
   head.continues = log.continued;
-  const CString path = JoinPath(m_settings.naming.directory, JournalFile(m_key, m_nextJournal++));
+  const std::uint64_t number = log.number * kJournalsOfALog + std::min(log.journals++, kJournalsOfALog - 1);
+  const CString path = JoinPath(m_settings.naming.directory, JournalFile(m_key, number));
   auto journal = std::make_shared<CJournalWriter>(path, head);
   if (log.named) journal->Name(log.named->name, log.named->first, log.named->samples);
   return journal;
@@ -387,23 +388,18 @@ void CLogTrack::SyncJournal(CKeptLog& log) {
   }
 }
 
-// The samples of log go to a new journal. The one that has failed stays if the log was given up meanwhile: it
-// may be the only place of the samples.
+// The samples of log go to a new journal. The one that has failed stays until the log is on the disk: up to
+// then it may be the only place of the samples.
 void CLogTrack::ReplaceJournal(CKeptLog& log, const std::shared_ptr<CJournalWriter>& journal,
                                const CFileException& fault) {
   {
     const CGuard lock(m_mutex);
     if (log.journal != journal || log.isDropped) return;
+    log.leftJournals.push_back(journal->GetPath());
     RestartJournal(log);
     m_changed.notify_all();
     AddLine(severityWarning,
             "The journal is not on the disk and is written anew: " + fault.m_path + ": " + fault.Text());
-  }
-  try {
-    journal->Remove();
-  } catch (const CFileException&) {  // it goes with the next one, when the log is on the disk
-    const CGuard lock(m_mutex);
-    log.leftJournals.push_back(journal->GetPath());
   }
   m_keeper.HaveSample();
 }
