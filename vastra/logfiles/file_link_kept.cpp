@@ -8,6 +8,7 @@ namespace {
 
 constexpr double kLeastStep = 1;  // seconds that the clock goes back before the log ends
 
+constexpr CFault kNoThread = {severityFatal, "The system has no thread that could write the logs"};
 constexpr CFault kOtherWriter = {severityFatal,
                                  "Another process or another output writes logs with these names"};
 
@@ -29,9 +30,9 @@ const CFault* CFileLink::OpenTrack() {
   const auto track = std::make_shared<CLogTrack>(keeper, settings);
   keeper.openFault = track->Lock(LogKey(m_isSummary ? "summary" : "output", m_logName, settings.naming));
   if (!keeper.openFault.IsEmpty()) return &kOtherWriter;
+  if (!keeper.Add(track)) return &kNoThread;
   m_pTrack = track;
   m_keptLedger = {};
-  keeper.Add(track);
   track->Recover(true);
   Deliver();
   return nullptr;

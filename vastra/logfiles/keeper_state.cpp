@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <new>
+#include <system_error>
+
+#include "vastra/platform/thread.h"
 
 namespace vastra {
 namespace {
@@ -18,14 +21,16 @@ CKeeperTime Now() { return std::chrono::steady_clock::now(); }
 
 }  // namespace
 
-void CKeeperState::Add(const std::shared_ptr<CLogTrack>& track) {
+bool CKeeperState::Add(const std::shared_ptr<CLogTrack>& track) {
   {
     const std::lock_guard lock(m_mutex);
     m_tracks.push_back(track);
     m_closeBy = {};
   }
-  if (!m_writer.joinable()) Start(m_writer, &CKeeperState::RunWriter);
-  if (policy.live && !m_journal.joinable()) Start(m_journal, &CKeeperState::RunJournal);
+  const bool started = (m_writer.joinable() || Start(m_writer, &CKeeperState::RunWriter)) &&
+                       (!policy.live || m_journal.joinable() || Start(m_journal, &CKeeperState::RunJournal));
+  if (!started) Remove(track);
+  return started;
 }
 
 void CKeeperState::Remove(const std::shared_ptr<CLogTrack>& track) {
@@ -33,17 +38,21 @@ void CKeeperState::Remove(const std::shared_ptr<CLogTrack>& track) {
   std::erase(m_tracks, track);
 }
 
-void CKeeperState::Start(std::thread& thread, void (CKeeperState::*run)()) {
-  {
-    const std::lock_guard lock(m_mutex);
-    ++m_running;
+bool CKeeperState::Start(std::thread& thread, void (CKeeperState::*run)()) {
+  const CSignalsBlocked noSignals;
+  const std::lock_guard lock(m_mutex);
+  try {
+    thread = std::thread([self = shared_from_this(), run] {
+      ((*self).*run)();
+      const std::lock_guard ending(self->m_mutex);
+      --self->m_running;
+      self->m_change.notify_all();
+    });
+  } catch (const std::system_error&) {
+    return false;
   }
-  thread = std::thread([self = shared_from_this(), run] {
-    ((*self).*run)();
-    const std::lock_guard lock(self->m_mutex);
-    --self->m_running;
-    self->m_change.notify_all();
-  });
+  ++m_running;
+  return true;
 }
 
 void CKeeperState::Stop() {

@@ -19,7 +19,8 @@ class CKeeperState : public std::enable_shared_from_this<CKeeperState> {
   CSampleBlockPool pool;  // of the samples of all logs
 
   // On the thread of the scans.
-  void Add(const std::shared_ptr<CLogTrack>& track);  // starts the threads
+  // Starts the threads. False: there is none for them, and the track was not added.
+  bool Add(const std::shared_ptr<CLogTrack>& track);
   void Remove(const std::shared_ptr<CLogTrack>& track);
   // Ends the threads; one that does not end in time is left alone.
   void Stop();
@@ -48,7 +49,7 @@ class CKeeperState : public std::enable_shared_from_this<CKeeperState> {
  private:
   void RunWriter();
   void RunJournal();
-  void Start(std::thread& thread, void (CKeeperState::*run)());
+  bool Start(std::thread& thread, void (CKeeperState::*run)());
 
   mutable std::mutex m_mutex;  // of the members up to m_running
   std::condition_variable m_change;

@@ -291,7 +291,7 @@ std::vector<CString> RecoverForeignJournals(CKeeperState& keeper, CLogListener* 
       settings.naming.directory = CString(folder);
       const auto track = std::make_shared<CLogTrack>(keeper, settings);
       track->Adopt(entry.key);
-      keeper.Add(track);
+      if (!keeper.Add(track)) continue;  // the journals stay for the next start
       track->Recover(false);
       if (track->Ledger().recovered > 0)
         keeper.otherTracks.push_back(track);

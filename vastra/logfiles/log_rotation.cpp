@@ -35,7 +35,7 @@ void CLogRotation::Saved(const CString& name) {
 void CLogRotation::Rotate(CRotation& rotation) {
   if (!List()) return;
   BeginRotation();
-  if (IsAboveLimit()) ForgetMissing();
+  if (IsAboveLimit()) ForgetMissing(rotation);
   for (const ELogForm form : kLogForms) {
     RemoveMany(form, rotation);
     RemoveOld(form, rotation);
@@ -81,12 +81,14 @@ void CLogRotation::BeginRotation() {
 }
 
 // A log that somebody else has removed must not count: an older one would be removed in its place.
-void CLogRotation::ForgetMissing() {
+void CLogRotation::ForgetMissing(CRotation& rotation) {
   for (const ELogForm form : kLogForms) {
     CLogs& logs = Of(form).logs;
     const auto isMissing = [&](const CLog& log) {
       CFileStatus status;
-      return !FileLayer().Stat(m_naming.PathOf(log.name, form), status) && errno == ENOENT;
+      const bool is = !FileLayer().Stat(m_naming.PathOf(log.name, form), status) && errno == ENOENT;
+      if (is && CountsRows(form)) rotation.missing.push_back(log.name);
+      return is;
     };
     logs.erase(std::remove_if(logs.begin(), logs.end(), isMissing), logs.end());
   }
@@ -105,8 +107,10 @@ std::uint64_t CLogRotation::Remove(ELogForm form, CLogs::iterator log, CRotation
   CForm& its = Of(form);
   const CString path = m_naming.PathOf(log->name, form);
   const int removed = FileLayer().Remove(path);
-  if (removed && CountsRows(form)) rotation.removed.push_back(log->name);
-  if (!removed && errno != ENOENT) {
+  const bool isMissing = !removed && errno == ENOENT;
+  if (CountsRows(form) && removed) rotation.removed.push_back(log->name);
+  if (CountsRows(form) && isMissing) rotation.missing.push_back(log->name);
+  if (!removed && !isMissing) {
     if (its.told.insert(log->name).second)
       rotation.faults.push_back(
           path + ": this log, which is the oldest, cannot be removed: " + CFileException(path, errno).Text());

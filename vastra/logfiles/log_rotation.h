@@ -17,7 +17,8 @@ struct CRotation {
   // Names of logs without extension. Of an output that saves binary logs, each was removed as a binary log;
   // of any other, as a text log.
   std::vector<CString> removed;
-  std::vector<CString> faults;  // a line for each file that cannot be removed, once for each file
+  std::vector<CString> missing;  // the same of logs that somebody else has removed
+  std::vector<CString> faults;   // a line for each file that cannot be removed, once for each file
 };
 
 class CLogRotation {
@@ -62,7 +63,7 @@ class CLogRotation {
   bool IsAboveLimit() const;
   bool List();
   void BeginRotation();
-  void ForgetMissing();
+  void ForgetMissing(CRotation& rotation);
   CLogs::iterator Oldest(ELogForm form);
   std::uint64_t Remove(ELogForm form, CLogs::iterator log, CRotation& rotation);
   bool RemoveOldestLog(CRotation& rotation, std::uint64_t& bytes);

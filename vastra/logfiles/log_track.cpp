@@ -95,8 +95,10 @@ void CLogTrack::Close() {
   Complete();
   m_keeper.Wake();
   m_keeper.HaveSample();
+  std::deque<CLogPointer> left;  // closes the files of their journals without the mutex
   CGuard lock(m_mutex);
   m_changed.wait_until(lock, m_keeper.CloseBy(), [this] { return m_logs.empty() || IsSafe(); });
+  left = m_logs;
   while (!m_logs.empty()) Drop(m_logs.begin(), "the disk did not answer in time");
 }
 

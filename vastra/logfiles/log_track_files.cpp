@@ -139,10 +139,17 @@ void CLogTrack::SaveForm(CImage& image, ELogForm form) {
 void CLogTrack::WriteText(CImage& image, CFile& file) {
   CKeptLog& log = *image.log;
   if (!m_settings.isSummary) return WriteCsv(file, log.names, image.samples, m_text);
-  if (log.text.View().empty()) log.text.AddNames(log.names);
   CSampleRecord row;
-  for (CSampleSpan& span : image.newText)
-    while (span.GetNext(row)) log.text.AddSample(row);
+  try {
+    if (log.text.View().empty()) log.text.AddNames(log.names);
+    for (CSampleSpan& span : image.newText)
+      while (span.GetNext(row)) log.text.AddSample(row);
+  } catch (const std::bad_alloc&) {  // the next image begins again
+    log.text.RemoveAll();
+    const CGuard lock(m_mutex);
+    log.textPlace = log.samples.GetHeadPlace();
+    throw;
+  }
   {
     const CGuard lock(m_mutex);
     log.textPlace = image.textEnd;
@@ -262,6 +269,7 @@ bool CLogTrack::MakeRoom(const CFileException& fault) {
 void CLogTrack::Account(const CRotation& rotation) {
   const CGuard lock(m_mutex);
   for (const CString& name : rotation.removed) m_ledger.rotated += m_rows.Remove(name);
+  for (const CString& name : rotation.missing) m_rows.Remove(name);
   for (const CString& fault : rotation.faults) AddLine(severityWarning, fault);
 }
 

@@ -28,6 +28,7 @@ void CSampleBlockPool::Take(CSampleBlock& block) {
 
 void CSampleBlockPool::Give(CSampleBlock&& block) {
   const std::lock_guard lock(m_mutex);
+  if (m_blocks.size() >= kMostBlocks) return;  // the caller frees the block
   try {
     m_blocks.push_back(std::move(block));
   } catch (const std::bad_alloc&) {  // the caller frees the block

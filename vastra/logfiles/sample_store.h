@@ -65,6 +65,8 @@ class CSampleBlockPool {
   void Give(CSampleBlock&& block);
 
  private:
+  static constexpr std::size_t kMostBlocks = 32;  // kept after a disk was away for long
+
   std::mutex m_mutex;
   std::vector<CSampleBlock> m_blocks;
 };

@@ -39,4 +39,12 @@ CWinThread* AfxBeginThread(const CRuntimeClass& threadClass) try {
   return nullptr;
 }
 
+CSignalsBlocked::CSignalsBlocked() {
+  sigset_t all;
+  ::sigfillset(&all);
+  ::pthread_sigmask(SIG_SETMASK, &all, &m_before);
+}
+
+CSignalsBlocked::~CSignalsBlocked() { ::pthread_sigmask(SIG_SETMASK, &m_before, nullptr); }
+
 }  // namespace vastra

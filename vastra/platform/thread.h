@@ -1,6 +1,8 @@
 // Locks and worker threads. A thread is created by its class, starts suspended and deletes itself.
 #pragma once
 
+#include <signal.h>
+
 #include <atomic>
 #include <memory>
 #include <mutex>
@@ -70,6 +72,19 @@ class VASTRA_API CWinThread : public CObject {
 // Creates an object of threadClass, which has a default factory, and its suspended thread. Returns null if
 // memory or a thread cannot be allocated.
 VASTRA_API CWinThread* AfxBeginThread(const CRuntimeClass& threadClass);
+
+// While it exists, the calling thread starts threads that get no signals: those of the process go to the
+// threads of the host, which has the handlers.
+class VASTRA_API CSignalsBlocked {
+ public:
+  CSignalsBlocked();
+  CSignalsBlocked(const CSignalsBlocked&) = delete;
+  CSignalsBlocked& operator=(const CSignalsBlocked&) = delete;
+  ~CSignalsBlocked();
+
+ private:
+  sigset_t m_before;
+};
 
 // A number that several threads read and change without a lock, with relaxed memory order. A copy has the
 // present value.
