@@ -19,7 +19,12 @@ class Run(LogTest):
         next(line for line in run.stderr if b"End - OutputFileLink( CFileLink,Write)" in line)
         for number in signals:
             run.send_signal(number)
-        counts = json.loads(run.communicate(timeout=10)[0])
+        if os.environ.get("SANITIZER") == "thread":  # which loses one signal in a thousand; the first that comes counts
+            try:
+                run.communicate(timeout=5)
+            except subprocess.TimeoutExpired:
+                run.send_signal(signal.SIGHUP)
+        counts = json.loads(run.communicate(timeout=60)[0])
         self.assertEqual(0, run.returncode)
         return counts
 
@@ -41,7 +46,7 @@ class Run(LogTest):
         next(line for line in run.stderr if b"CPlcLink,Read)" in line)
         for number in [signal.SIGSTOP, signal.SIGTERM, signal.SIGINT, signal.SIGCONT]:  # both arrive before it can close
             run.send_signal(number)
-        run.communicate(timeout=10)
+        run.communicate(timeout=60)
         self.assertIn(run.returncode, [-signal.SIGTERM, -signal.SIGINT])
 
     def test_messages_begin_with_the_time_and_depend_on_the_verbosity(self):
