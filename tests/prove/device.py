@@ -1,0 +1,55 @@
+"""A device that gives each row a number of its own, and so knows every row: a Modbus TCP server whose registers 0 and 1
+are a number that rises with each read, over all runs of the logger."""
+import socketserver
+import struct
+import threading
+import time
+
+
+class Device:
+    """address: for text1 of the driver. A float holds the numbers exactly up to 2**24."""
+
+    def __init__(self):
+        self.lock = threading.Lock()
+        self.reads = []  # (the connection, when the read was asked for) of each number, from 1 on
+        device = self
+
+        class Connection(socketserver.StreamRequestHandler):
+            def handle(self):
+                while len(head := self.rfile.read(12)) == 12:
+                    number = device.next(self)
+                    self.wfile.write(head[:4] + struct.pack(">HBBBI", 7, head[6], head[7], 4, number))
+
+            def finish(self):
+                pass  # the logger was killed
+
+        class Server(socketserver.ThreadingTCPServer):
+            daemon_threads = True
+
+            def handle_error(self, request, client_address):
+                pass
+
+        self.server = Server(("127.0.0.1", 0), Connection)
+        self.address = "127.0.0.1:%d" % self.server.server_address[1]
+        threading.Thread(target=self.server.serve_forever, daemon=True).start()
+
+    def next(self, connection):
+        with self.lock:
+            self.reads.append((connection, time.monotonic()))
+            return len(self.reads)
+
+    def count(self):
+        with self.lock:
+            return len(self.reads)
+
+    def kept_before(self, first, moment):
+        """The rows from first on that the logger has certainly kept before the moment: it has asked for the next one."""
+        with self.lock:
+            rows = list(enumerate(self.reads, 1))[first - 1:]
+        return [(row, after[1]) for (row, read), (_, after) in zip(rows, rows[1:])
+                if read[0] is after[0] and after[1] < moment]
+
+
+def node(device):
+    return {"nodeName": "Device", "driver": {"plcType": 9002, "text1": device.address, "station": 1, "text2": "h0: u32"},
+            "varNames": ["Row"]}

@@ -1,0 +1,105 @@
+"""Runs claims and prints the table of docs/reliability.md. script/prove calls it."""
+import argparse
+import os
+import re
+import shutil
+import sys
+import time
+from concurrent.futures import ThreadPoolExecutor
+from typing import Callable, NamedTuple
+
+import disks
+import kills
+from logs import Failed, NotRun
+
+PAGE = "docs/reliability.md"
+
+
+class Run(NamedTuple):
+    """What a test gets. It returns what was seen, or a list of pairs: a promise and what was seen of it."""
+    count: int    # how many times
+    work: str     # an empty folder
+    seed: int     # for chance
+    slack: float  # seconds after which a kept row is safe; longer in the short form, for loaded machines
+
+
+class Claim(NamedTuple):
+    name: str
+    text: str
+    test: Callable  # raises Failed if the claim does not hold
+    short: int      # how many times; 0: not in the short form
+    long: int
+
+
+CLAIMS = [
+    Claim("kills", "After a kill at any moment, each row that was kept 100 ms before is in a log once, in the order of "
+          "time, and each log is whole", kills.kills, 15, 1000),
+    Claim("stops", "After a stop each row is in a log once", kills.stops, 5, 200),
+    Claim("full", "While a disk is full no scan stops; each row is in a log afterwards, or counted as lost or rotated",
+          disks.full, 1, 20),
+    Claim("folders", "A folder that is absent, replaced, read-only or without inodes stops no scan; each row is in a log "
+          "afterwards, or counted as lost", disks.folders, 1, 5),
+    Claim("slow", "A disk whose syncs take half a second makes no scan late", disks.slow, 60, 1200),
+]
+
+
+def prove(claim, options):
+    """Returns whether the claim holds, and its rows of the table."""
+    count = options.count or (claim.short if options.short else claim.long)
+    work = os.path.abspath(os.path.join(options.work, claim.name))
+    shutil.rmtree(work, ignore_errors=True)
+    os.makedirs(work)
+    begin = time.monotonic()
+    try:
+        seen, holds = claim.test(Run(count, work, options.seed, 2 if options.short else 0.1)), True
+        shutil.rmtree(work, ignore_errors=True)
+    except NotRun as reason:
+        seen, holds = str(reason), True
+    except Failed as fault:
+        seen, holds = "FAILED: %s" % fault, False
+    rows = seen if isinstance(seen, list) else [(claim.text, seen)]
+    for text, figure in rows:
+        print("%s: %s (%d s)" % (claim.name, figure, time.monotonic() - begin), flush=True)
+    clean = str.maketrans("\n|", " /")
+    return holds, ["| %s | %s | `script/prove %s` |" % (text, figure.translate(clean), claim.name) for text, figure in rows]
+
+
+def write(table):
+    """Puts the rows in the place of those of the same claims on the page."""
+    with open(PAGE) as file:
+        page = file.read()
+    for name, rows in table.items():
+        old = re.compile(r"(\|[^\n]*`script/prove %s` \|\n)+" % name)
+        page = old.sub(lambda _: "\n".join(rows) + "\n", page, count=1)
+    with open(PAGE, "w") as file:
+        file.write(page)
+
+
+def main():
+    parser = argparse.ArgumentParser(prog="script/prove")
+    parser.add_argument("claims", nargs="*", metavar="CLAIM", help=", ".join(claim.name for claim in CLAIMS))
+    parser.add_argument("--short", action="store_true", help="what script/test runs")
+    parser.add_argument("--write", action="store_true", help="put the figures into " + PAGE)
+    parser.add_argument("--seed", type=int, default=1)
+    parser.add_argument("--count", type=int, help="how many times, in place of the claim's own number")
+    parser.add_argument("--work", default="build/prove", help=argparse.SUPPRESS)
+    options = parser.parse_args()
+    unknown = set(options.claims) - {claim.name for claim in CLAIMS}
+    if unknown:
+        parser.error("no such claim: " + ", ".join(sorted(unknown)))
+    claims = [claim for claim in CLAIMS if claim.name in options.claims or
+              not options.claims and (claim.short or not options.short)]
+    with ThreadPoolExecutor(4 if options.short else 1) as pool:
+        results = list(pool.map(lambda claim: prove(claim, options), claims))
+    table = {claim.name: rows for claim, (_, rows) in zip(claims, results)}
+    failed = [claim.name for claim, (holds, _) in zip(claims, results) if not holds]
+    print("\n| promised | seen | repeated by |\n|---|---|---|\n" + "\n".join(row for rows in table.values() for row in rows))
+    if options.write and not failed:
+        write(table)
+    if failed:
+        print("script/prove: failed: " + " ".join(failed), file=sys.stderr)
+    return failed != []
+
+
+if __name__ == "__main__":
+    sys.exit(main())
