@@ -107,8 +107,9 @@ int CRun::Start() {
 
 CString CRun::OpenFault() const {
   const EStage stage = m_loop.WhichFailed();
-  return CString(KeyOf(stage)) +
-         ": the stage does not open: " + WhyNotOpened(FindOpenFault(m_configuration, stage));
+  const CString kept = m_pKeeper ? m_pKeeper->GetOpenFault() : CString();
+  return CString(KeyOf(stage)) + ": the stage does not open: " +
+         (kept.IsEmpty() ? WhyNotOpened(FindOpenFault(m_configuration, stage)) : kept);
 }
 
 void CRun::Step() {

@@ -191,6 +191,7 @@ class VASTRA_API CFileLink : public CLink, private CFileSettings {
   std::shared_ptr<CLogTrack> m_pTrack;  // of the keeper, while the link is open
   bool m_isTrackFull = false;
   CLogLedger m_keptLedger;  // of the track that was closed
+  CFault m_keptFault{};     // of the keeper, which has its text
   CLogWriter m_writer;
   CCsvText m_csvText;  // of a growing log, up to m_csvPlace; for other logs only a buffer
   CSampleStore::CPlace m_csvPlace;

@@ -1,4 +1,6 @@
 // The part of CFileLink that leaves its logs to a keeper.
+#include <string>
+
 #include "vastra/logfiles/file_link.h"
 #include "vastra/logfiles/keeper_state.h"
 #include "vastra/logfiles/log_time.h"
@@ -8,9 +10,15 @@ namespace {
 
 constexpr double kLeastStep = 1;  // seconds that the clock goes back before the log ends
 
-constexpr CFault kNoThread = {severityFatal, "The system has no thread that could write the logs"};
-constexpr CFault kOtherWriter = {severityFatal,
-                                 "Another process or another output writes logs with these names"};
+// The key of the lock and the journals. Outputs with the same name and naming that save different forms get
+// different keys, by their order.
+CString KeyOf(const CTrackSettings& settings, const CKeeperState& keeper) {
+  const CString kind = settings.isSummary ? "summary" : "output";
+  CString key = LogKey(kind, settings.logName, settings.naming);
+  for (int i = 2; keeper.HasKey(key); ++i)
+    key = LogKey(kind + CString(std::to_string(i)), settings.logName, settings.naming);
+  return key;
+}
 
 }  // namespace
 
@@ -28,9 +36,11 @@ const CFault* CFileLink::OpenTrack() {
   settings.maxSamples = m_maxSamples;
   settings.retention = m_retention;
   const auto track = std::make_shared<CLogTrack>(keeper, settings);
-  keeper.openFault = track->Lock(LogKey(m_isSummary ? "summary" : "output", m_logName, settings.naming));
-  if (!keeper.openFault.IsEmpty()) return &kOtherWriter;
-  if (!keeper.Add(track)) return &kNoThread;
+  keeper.openFault = track->Lock(KeyOf(settings, keeper));
+  if (keeper.openFault.IsEmpty() && !keeper.Add(track))
+    keeper.openFault = "the system has no thread that could write the logs";
+  m_keptFault = {severityFatal, keeper.openFault};
+  if (!keeper.openFault.IsEmpty()) return &m_keptFault;
   m_pTrack = track;
   m_keptLedger = {};
   track->Recover(true);

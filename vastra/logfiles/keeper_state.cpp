@@ -85,6 +85,11 @@ std::vector<std::shared_ptr<CLogTrack>> CKeeperState::Tracks() const {
   return m_tracks;
 }
 
+bool CKeeperState::HasKey(const CString& key) const {
+  const auto tracks = Tracks();
+  return std::any_of(tracks.begin(), tracks.end(), [&](const auto& track) { return track->Key() == key; });
+}
+
 void CKeeperState::Wake() {
   const std::lock_guard lock(m_mutex);
   m_wake = true;

@@ -32,8 +32,9 @@ class CKeeperState : public std::enable_shared_from_this<CKeeperState> {
 
   // From any thread.
   std::vector<std::shared_ptr<CLogTrack>> Tracks() const;
-  void Wake();        // the writer thread has something to do
-  void HaveSample();  // the journal thread has something to do; cheap
+  bool HasKey(const CString& key) const;  // whether a track has it
+  void Wake();                            // the writer thread has something to do
+  void HaveSample();                      // the journal thread has something to do; cheap
   std::uint64_t NextSequence() { return m_sequence++; }
   void Hold(std::uint64_t bytes) { m_held += bytes; }  // of a complete log that is not on the disk
   void Release(std::uint64_t bytes) { m_held -= bytes; }

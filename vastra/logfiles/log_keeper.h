@@ -43,8 +43,8 @@ class VASTRA_API CLogKeeper {
   std::vector<CString> DeliverOthers(CLogListener* listener);
   std::vector<COtherLedger> Others() const;
 
-  // Why the last output or summary did not open, such as "process 1234 already writes these logs"; empty if
-  // the keeper had no objection.
+  // Why the last output or summary did not open, such as "logs: process 1234 already writes logs with these
+  // names"; empty if the keeper had no objection.
   const CString& GetOpenFault() const;
 
   // For the file link.

@@ -1,5 +1,7 @@
 #include "vastra/logfiles/log_track.h"
 
+#include <unistd.h>
+
 #include "vastra/core/messenger.h"
 #include "vastra/logfiles/keeper_state.h"
 #include "vastra/logfiles/log_time.h"
@@ -8,6 +10,12 @@ namespace vastra {
 namespace {
 
 constexpr std::size_t kLogsToWaitFor = 2;  // complete ones, for a writer of samples that can wait
+
+// process: the id of a process; 0 if it is not known.
+CString Writer(int process) {
+  if (process == ::getpid()) return "another output of this process";
+  return process ? CString("process " + std::to_string(process)) : CString("another process");
+}
 
 }  // namespace
 
@@ -21,8 +29,7 @@ CString CLogTrack::Lock(const CString& key) {
   try {
     int other = 0;
     if (m_lock.Take(key, m_settings.naming, other)) return {};
-    return other ? CString("process " + std::to_string(other) + " already writes these logs")
-                 : CString("another process already writes these logs");
+    return m_settings.naming.Folder() + ": " + Writer(other) + " already writes logs with these names";
   } catch (const CFileException& fault) {
     return fault.m_path + ": " + fault.Text();
   }
