@@ -148,8 +148,16 @@ void CJournalWriter::SyncOnce() {
 void CJournalWriter::Remove() {
   const std::lock_guard lock(m_mutex);
   if (m_isRemoved) return;
-  if (!DeleteFile(GetPath()) && errno != ENOENT) throw CFileException(GetPath(), errno);
+  if (!RemoveJournal(GetPath())) throw CFileException(GetPath(), errno);
   m_isRemoved = true;
+}
+
+int RemoveJournal(const CString& path) {
+  if (DeleteFile(path) || errno == ENOENT) return 1;
+  const int reason = errno;
+  if (CFile().Open(path, CFile::modeWrite | CFile::modeCreate)) return 1;
+  errno = reason;
+  return 0;
 }
 
 }  // namespace vastra

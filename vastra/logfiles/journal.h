@@ -26,6 +26,10 @@ class CJournalFile : public CFile {
   void Lock();
 };
 
+// Removes a journal whose samples are on the disk. One that cannot be removed is made empty: the next start
+// would make a log of it again if the rotation has removed its log. Returns 1, or 0 with the reason in errno.
+int RemoveJournal(const CString& path);
+
 // Append, Name, Sync and Remove may be called from different threads at the same time: a Sync, which can last
 // long, does not delay the others. Each operation can throw CFileException, Append and Name std::bad_alloc,
 // too. One that fails leaves nothing in the journal: its bytes are removed at once, or before the next write

@@ -139,6 +139,7 @@ class CLogTrack {
   void HaveSaved(const CImage& image, ELogForm form);
   void HaveFailed(CImage& image, const CFileException& fault);
   void Finish(const CImage& image);
+  void RemoveJournals(const CKeptLog& log);
   void RememberUnfinished(const CImage& image);
   bool MakeRoom(const CFileException& fault);
   void Account(const CRotation& rotation);
@@ -188,6 +189,7 @@ class CLogTrack {
   // Of the writer thread.
   CLogFolder m_folder;
   CCsvText m_text;
+  std::vector<CString> m_oldJournals;  // of saved logs, which could not be removed
   CKeeperTime m_nextSync{};
 };
 

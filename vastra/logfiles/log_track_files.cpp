@@ -227,19 +227,35 @@ void CLogTrack::HaveFailed(CImage& image, const CFileException& fault) {
 // The log leaves the track, and its journal goes: all its files are on the disk.
 void CLogTrack::Finish(const CImage& image) {
   CKeptLog& log = *image.log;
-  const std::shared_ptr<CJournalWriter> journal = JournalOf(log);
   try {
     RememberUnfinished(image);
-    if (journal) journal->Remove();
-    for (const CString& path : LeftJournals(log)) DeleteFile(path);
   } catch (const CFileException& fault) {  // the next start finds out by itself
     const CGuard lock(m_mutex);
     AddLine(severityWarning, fault.m_path + ": " + fault.Text());
   }
+  RemoveJournals(log);
   const CGuard lock(m_mutex);
   if (std::exchange(log.isDropped, true)) return;
   m_keeper.Release(log.bytes);
   std::erase(m_logs, image.log);
+}
+
+// Removes the journals of log, and those of earlier logs that could not be removed.
+void CLogTrack::RemoveJournals(const CKeptLog& log) {
+  std::vector<CString> paths = LeftJournals(log);
+  try {
+    if (const auto journal = JournalOf(log)) journal->Remove();
+  } catch (const CFileException& fault) {
+    paths.push_back(fault.m_path);
+  }
+  std::erase_if(m_oldJournals, [](const CString& path) { return RemoveJournal(path); });
+  for (const CString& path : paths) {
+    if (RemoveJournal(path)) continue;
+    const CString reason = CFileException(path, errno).Text();
+    m_oldJournals.push_back(path);
+    const CGuard lock(m_mutex);
+    AddLine(severityWarning, path + ": this journal, whose log is saved, cannot be removed yet: " + reason);
+  }
 }
 
 // The next run continues a log that the end of this one cuts short.
