@@ -97,6 +97,7 @@ class CJournalParser {
   bool TakeSample(std::string_view payload);
   bool TakeName(std::string_view payload);
   const char* PeekRecord(CRawJournalRecord& record);
+  bool IsRestZero();
   int FailTorn();
   int Fail(const CString& fault) {
     m_content.fault = fault;
@@ -137,13 +138,25 @@ int CJournalParser::ReadHead() {
   const char* at = PeekRecord(record);
   if (!at) return FailTorn();
   if (!IsWhole(at, record) || record.type != EJournalRecord::head ||
-      !GetJournalHead(record.payload, m_content.head))
-    return Fail("has a damaged head (from byte 8 on)");
+      !GetJournalHead(record.payload, m_content.head)) {
+    m_bytes.Skip(kJournalRecordSize + record.payload.size());
+    return IsRestZero() ? FailTorn() : Fail("has a damaged head (from byte 8 on)");
+  }
   m_bytes.Skip(kJournalRecordSize + record.payload.size());
   return 1;
 }
 
-// A file that ends inside its head, or whose first bytes never reached the disk.
+bool CJournalParser::IsRestZero() {
+  constexpr std::uint64_t kPart = 4096;
+  while (const auto count = static_cast<std::size_t>(std::min(m_bytes.Left(), kPart))) {
+    const char* at = m_bytes.Peek(count);
+    if (!at || std::any_of(at, at + count, [](char c) { return c != 0; })) return false;
+    m_bytes.Skip(count);
+  }
+  return true;
+}
+
+// A file that ends inside its head, or whose head never reached the disk as a whole.
 int CJournalParser::FailTorn() {
   m_content.isHeadTorn = true;
   const std::uint64_t size = m_bytes.Offset() + m_bytes.Left();

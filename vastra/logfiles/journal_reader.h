@@ -18,7 +18,8 @@ struct CJournalContent {
   std::uint64_t tornBytes = 0;         // after that: an incomplete record, or bytes that never were written
   // Why the file cannot be read as a journal, as one line without the file name; empty if it can be read.
   CString fault;
-  bool isHeadTorn = false;  // the fault is that the file ends inside its head: it never had samples
+  bool isHeadTorn = false;  // the fault is that the file ends, or has only zeros, inside or after its head:
+                            // it has no samples
 };
 
 // Reads the journal at path, or all of file from its beginning, and puts the samples of its whole records
