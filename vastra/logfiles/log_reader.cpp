@@ -51,16 +51,20 @@ bool CLogCursor::GetText(std::string_view& text) {
 
 int CLogReader::Open(const CString& path) {
   CFile file;
-  if (!file.Open(path, CFile::modeRead)) return Fail(CFileException(path, errno).Text());
-  return Open(file);
+  if (file.Open(path, CFile::modeRead)) return Open(file);
+  m_error = errno;
+  return Fail(CFileException(path, m_error).Text());
 }
 
 int CLogReader::Open(CFile& file) {
+  m_error = 0;
   try {
     return ReadImage(file) && ReadHead();
   } catch (const CFileException& fault) {
+    m_error = fault.m_error;
     return Fail(fault.Text());
   } catch (const std::bad_alloc&) {
+    m_error = ENOMEM;
     return Fail("is too large for the memory");
   }
 }

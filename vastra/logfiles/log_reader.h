@@ -52,6 +52,8 @@ class VASTRA_API CLogReader {
   // What is wrong with the log, as one line without the file name, such as "ends at byte 50 inside the values
   // of sample 2 (from byte 49 on)".
   const CString& GetFault() const { return m_fault; }
+  // The system's error if Open could not read the file, which may be a whole log; 0 if it could.
+  int GetError() const { return m_error; }
 
  private:
   int ReadImage(CFile& file);
@@ -69,6 +71,7 @@ class VASTRA_API CLogReader {
   std::uint32_t m_nameCount = 0;
   const char* m_names = nullptr;  // of the first name
   CString m_fault;
+  int m_error = 0;
 };
 
 // How a replay treats a file.

@@ -3,11 +3,14 @@
 //
 //     file of the log               journal            what is done
 //     none, or of another log       any samples        a new log
-//     all samples of the journal    named              the journal is removed
+//     all samples of the journal    named              the journal is removed; before that a text copy that
+//     does
+//                                                      not have all of them is made
 //     the first samples             named, continues   a new image replaces the file
 #include "vastra/logfiles/log_recovery.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <map>
 #include <set>
 
@@ -15,6 +18,7 @@
 #include "vastra/logfiles/keeper_state.h"
 #include "vastra/logfiles/log_reader.h"
 #include "vastra/logfiles/log_time.h"
+#include "vastra/platform/file_layer.h"
 #include "vastra/platform/file_system.h"
 
 namespace vastra {
@@ -43,10 +47,13 @@ CSampleStore::CPlace EndOf(const CKeptLog& log) {
   return end;
 }
 
-// The number of lines after the first one of a text log.
-std::uint64_t CountLines(const CString& path) {
+// The number of lines after the first one of a text log; none if there is no file. Throws CFileException.
+std::optional<std::uint64_t> CountLines(const CString& path) {
   CFile file;
-  if (!file.Open(path, CFile::modeRead)) return 0;
+  if (!file.Open(path, CFile::modeRead)) {
+    if (errno == ENOENT) return std::nullopt;
+    throw CFileException(path, errno);
+  }
   std::uint64_t lines = 0;
   char bytes[16384];
   while (const std::size_t size = file.Read(bytes, sizeof bytes))
@@ -96,7 +103,11 @@ void CLogTrack::Recover(bool continues) {
                                  " more logs are left for the next start: the logs cannot be saved");
     break;
   }
-  if (continues && !m_collected && unfinished && !isOneLeft) Continue(*unfinished);
+  try {
+    if (m_lock.IsTaken()) CompleteText();
+    if (continues && !m_collected && unfinished && !isOneLeft) Continue(*unfinished);
+  } catch (const CFileException&) {  // a file that cannot be read stays as it is
+  }
   if (recovered.samples == 0) return;
   const CGuard lock(m_mutex);
   AddLine(severityNotice, "recovered " + ShowCount(recovered.samples) + ", " + ShowTime(recovered.first) +
@@ -131,19 +142,28 @@ bool CLogTrack::RecoverLog(const std::vector<std::uint64_t>& journals, bool goes
   log->number = journals[0] / kJournalsOfALog;
   log->journals = journals.back() % kJournalsOfALog + 1;
   log->names = best.content.head.varNames;
-  if (!Join(log, best.content)) {
-    best.journal->Remove();
-    for (const CString& path : others) DeleteFile(path);
-    return !isOneLeft;
+  try {
+    if (!Join(log, best.content)) {
+      best.journal->Remove();
+      for (const CString& path : others) RemoveJournal(path);
+      return !isOneLeft;
+    }
+  } catch (const CFileException& fault) {
+    const CGuard lock(m_mutex);
+    AddLine(severityWarning,
+            best.journal->GetPath() + " is left as it is: " + fault.m_path + ": " + fault.Text());
+    return false;
   }
   log->journal = best.journal;
   log->leftJournals = others;
-  const CSampleSpans all = SpansOf(log->samples);
-  if (recovered.samples == 0) recovered.first = TimeOf(all, log->onDisk);
-  recovered.last = log->samples.GetLastTime();
-  recovered.samples += log->count - log->onDisk;
+  if (const std::uint64_t count = log->count - log->onDisk) {
+    if (recovered.samples == 0) recovered.first = TimeOf(SpansOf(log->samples), log->onDisk);
+    recovered.last = log->samples.GetLastTime();
+    recovered.samples += count;
+  }
   recovered.torn |= best.content.tornBytes > 0;
-  goesOn = goesOn && CanContinue() && log->names == m_settings.varNames && log->count < m_settings.maxSamples;
+  goesOn = goesOn && CanContinue() && log->names == m_settings.varNames &&
+           log->count < m_settings.maxSamples && log->count > log->onDisk;
   Enqueue(log, goesOn);
   return !isOneLeft;
 }
@@ -171,7 +191,7 @@ bool CLogTrack::ReadJournalOf(std::uint64_t number, CFound& found) {
 }
 
 // Adds what the file of the log has to log, which has the samples of its journal. False: all of them are in
-// the file.
+// the files. Throws CFileException if the file cannot be read: it may have them or not.
 bool CLogTrack::Join(CLogPointer& log, const CJournalContent& content) const {
   const std::optional<CJournaledLog>& continued = content.head.continues;
   const std::optional<CJournaledLog>& named = content.named ? content.named : continued;
@@ -180,17 +200,21 @@ bool CLogTrack::Join(CLogPointer& log, const CJournalContent& content) const {
   const std::uint64_t before = isSame ? continued->samples : 0, journaled = log->samples.GetCount();
   CSampleStore saved;
   std::uint64_t inFile = named ? CountSaved(content.head.naming, *named, log->names, saved) : 0;
-  if (journaled == 0 || inFile >= before + journaled) return false;
   if (inFile < before) inFile = 0;  // the file has gone, or is another log
-  if (isSame && inFile > 0) {
+  const bool isSaved = journaled == 0 || inFile >= before + journaled;  // only the text copy can be missing
+  if (isSaved &&
+      (inFile == 0 || !content.head.naming.saveCsv || CountText(named->name).value_or(0) >= inFile))
+    return false;
+  if (inFile > 0 && (isSame || isSaved)) {
     const auto joined = std::make_shared<CKeptLog>(m_keeper.pool);
     joined->names = log->names;
     joined->number = log->number;
     joined->journals = log->journals;
-    AddSamples(*joined, saved, before);
-    joined->continued = continued;
+    joined->continued = *named;
+    joined->continued->samples = isSaved ? inFile : before;
+    AddSamples(*joined, saved, joined->continued->samples);
     joined->basePlace = EndOf(*joined);
-    AddSamples(*joined, log->samples, journaled);
+    if (!isSaved) AddSamples(*joined, log->samples, journaled);
     log = joined;
   }
   log->count = log->journaled = log->samples.GetCount();
@@ -200,16 +224,22 @@ bool CLogTrack::Join(CLogPointer& log, const CJournalContent& content) const {
   return true;
 }
 
-// How many samples of log are in its file; 0 if the file is another log or cannot be read. samples gets those
-// of a binary log.
+// How many samples of log are in its file; 0 if there is none, or the file is another log. samples gets those
+// of a binary log. Throws CFileException.
 std::uint64_t CLogTrack::CountSaved(const CLogNaming& naming, const CJournaledLog& log,
                                     const CStringArray& names, CSampleStore& samples) const {
-  if (!naming.saveRp) return CountLines(m_folder.PathOf(log.name, ELogForm::text));
+  if (!naming.saveRp) return CountText(log.name).value_or(0);
+  const CString path = m_folder.PathOf(log.name, ELogForm::binary);
   CLogReader reader(samples);
-  if (!reader.Open(m_folder.PathOf(log.name, ELogForm::binary)) || !reader.HasNames(names) ||
-      !reader.ReadSamples() || samples.IsEmpty())
-    return 0;
-  return samples.GetHead().m_time == log.first ? samples.GetCount() : 0;
+  if (reader.Open(path) && reader.HasNames(names) && reader.ReadSamples() && !samples.IsEmpty())
+    return samples.GetHead().m_time == log.first ? samples.GetCount() : 0;
+  if (reader.GetError() && reader.GetError() != ENOENT) throw CFileException(path, reader.GetError());
+  return 0;
+}
+
+// How many samples the text log or text copy has; none if there is no file. Throws CFileException.
+std::optional<std::uint64_t> CLogTrack::CountText(const CString& name) const {
+  return CountLines(m_folder.PathOf(name, ELogForm::text));
 }
 
 // Goes on with file, which a clean stop has ended before it was full, unless it has changed since.
@@ -219,6 +249,32 @@ void CLogTrack::Continue(const CJournaledLog& file) {
   for (const CLogPointer& log : Logs())  // recovered, but not saved yet
     if (log->continued && log->continued->name == file.name) return;
   if (CountSaved(m_settings.naming, file, m_settings.varNames, saved) != file.samples) return;
+  Enqueue(LogOf(file, saved), true);
+}
+
+// A kill can come between the two files of a log. If the log had no journal, because it was saved at once,
+// its text copy lacks samples. Only the newest log can be in this state. A copy that was removed is not made
+// again.
+void CLogTrack::CompleteText() {
+  std::vector<CFolderEntry> entries;
+  CString name;
+  std::int64_t lastWrite = INT64_MIN;
+  if (!m_settings.naming.saveRp || !m_settings.naming.saveCsv) return;
+  FileLayer().List(m_settings.naming.Folder(), m_settings.naming.extension, entries);
+  for (const CFolderEntry& entry : entries)
+    if (const auto log = m_settings.naming.IsOwnFile(entry.name); log && entry.status.lastWrite >= lastWrite)
+      name = log->name, lastWrite = entry.status.lastWrite;
+  const std::uint64_t inText = name.IsEmpty() ? 0 : CountText(name).value_or(0);
+  CSampleStore saved;
+  CLogReader reader(saved);
+  if (inText == 0 || !reader.Open(m_folder.PathOf(name, ELogForm::binary)) ||
+      !reader.HasNames(m_settings.varNames) || !reader.ReadSamples() || saved.GetCount() <= inText)
+    return;
+  Enqueue(LogOf({name, saved.GetHead().m_time, saved.GetCount()}, saved), false);
+}
+
+// A log whose samples are saved, in file.
+CLogTrack::CLogPointer CLogTrack::LogOf(const CJournaledLog& file, const CSampleStore& saved) {
   const auto log = std::make_shared<CKeptLog>(m_keeper.pool);
   log->names = m_settings.varNames;
   log->number = m_nextNumber++;
@@ -228,7 +284,7 @@ void CLogTrack::Continue(const CJournaledLog& file) {
   log->basePlace = log->journalPlace = EndOf(*log);
   log->journaled = log->synced = log->count;
   HaveFile(*log, file, file.samples);
-  Enqueue(log, true);
+  return log;
 }
 
 // The first samples of log are in file.
@@ -236,9 +292,13 @@ void CLogTrack::HaveFile(CKeptLog& log, const CJournaledLog& file, std::uint64_t
   log.name = file.name;
   log.named = file;
   log.onDisk = samples;
-  for (const ELogForm form : kLogForms)
-    if (FileExists(m_folder.PathOf(log.name, form)))
-      log.files[static_cast<std::size_t>(form)].samples = samples;
+  const auto samplesOf = [&log](ELogForm form) -> std::uint64_t& {
+    return log.files[static_cast<std::size_t>(form)].samples;
+  };
+  samplesOf(Counting()) = samples;
+  if (!m_settings.naming.saveRp || !m_settings.naming.saveCsv) return;
+  if (const auto lines = CountText(file.name))
+    samplesOf(ELogForm::text) = std::clamp<std::uint64_t>(*lines, 1, samples);
 }
 
 // Adds a log with its samples, and waits until the writer has saved it or has failed to save the oldest one,

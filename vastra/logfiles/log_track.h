@@ -125,7 +125,10 @@ class CLogTrack {
   bool Join(CLogPointer& log, const CJournalContent& content) const;
   std::uint64_t CountSaved(const CLogNaming& naming, const CJournaledLog& log, const CStringArray& names,
                            CSampleStore& samples) const;
+  std::optional<std::uint64_t> CountText(const CString& name) const;
   void Continue(const CJournaledLog& file);
+  void CompleteText();
+  CLogPointer LogOf(const CJournaledLog& file, const CSampleStore& saved);
   void HaveFile(CKeptLog& log, const CJournaledLog& file, std::uint64_t samples) const;
   void Enqueue(const CLogPointer& log, bool goesOn);
 
