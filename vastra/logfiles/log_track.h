@@ -101,6 +101,7 @@ class CLogTrack {
     CSampleStore::CPlace textEnd;
     std::uint64_t count = 0;
     bool isComplete = false;
+    bool isClosing = false;  // made since Close was called
 
     const _timeb& First() const { return *samples.front().m_times; }
     const _timeb& Last() const { return samples.back().m_times[samples.back().m_count - 1]; }

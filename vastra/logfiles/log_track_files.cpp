@@ -55,6 +55,7 @@ bool CLogTrack::NextImage(CKeeperTime now, CImage& image, CKeeperTime& next) {
     image.log = log;
     image.count = log->count;
     image.isComplete = log->isComplete;
+    image.isClosing = m_closing;
     CSampleStore::CPlace from = log->samples.GetHeadPlace();
     log->samples.AddSpans(from, image.samples);
     image.textEnd = log->textPlace;
@@ -205,8 +206,9 @@ void CLogTrack::HaveFailed(CImage& image, const CFileException& fault) {
   {
     const CGuard lock(m_mutex);
     --log.users;
-    log.nextTry = std::chrono::steady_clock::now() +
-                  (m_closing ? std::min(m_keeper.policy.retry, kClosingRetry) : m_keeper.policy.retry);
+    const auto pause = m_closing ? std::min(m_keeper.policy.retry, kClosingRetry) : m_keeper.policy.retry;
+    const bool isBeforeClose = m_closing && !image.isClosing;  // Close waits for a try of its own
+    log.nextTry = isBeforeClose ? CKeeperTime{} : std::chrono::steady_clock::now() + pause;
     log.wantsImage = true;
   }
   if (m_keeper.policy.live) m_keeper.HaveSample();  // the journal may have left the samples to the file
