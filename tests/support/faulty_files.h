@@ -77,7 +77,9 @@ class CFaultyFiles : public CFileLayer {
     for (const auto& entry : std::filesystem::recursive_directory_iterator(m_root)) {
       if (!entry.is_regular_file()) continue;
       const std::string bytes = ReadBytes(CString(entry.path().string()));
-      m_durable[entry.path()] = std::make_shared<CModel>(CModel{bytes, bytes});
+      const auto model = m_durable[entry.path()] = std::make_shared<CModel>(CModel{bytes, bytes});
+      struct stat status = {};
+      if (::stat(entry.path().c_str(), &status) == 0) model->times[1] = status.st_mtim;
     }
     m_names = m_durable;
     m_pBefore = SetFileLayer(this);
