@@ -39,7 +39,10 @@ TEST_F(LogLock, OneWriterOfANameAtATimeInAllProcesses) {
   EXPECT_EQ(Take(lock, "b", "12", "Items"), -1);
   EXPECT_EQ(TakeA(second), self);
   lock.Release();
-  EXPECT_EQ(TakeA(second), -1);
+  for (const bool wasCutOff : {true, false}) {  // the child was killed
+    EXPECT_EQ(TakeA(second), -1);
+    EXPECT_EQ(second.WasCutOff(), wasCutOff);
+  }
   EXPECT_EQ(Files(), " .vastra-a.lock .vastra-b.lock .vastra-c.lock");
 }
 

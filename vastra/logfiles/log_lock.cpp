@@ -66,16 +66,22 @@ int CLogLock::Take(const CString& key, const CLogNaming& naming, int& other) {
   }
   const std::optional<CLockNote> before = ReadNote(m_path);
   m_unfinished = before ? before->unfinished : std::nullopt;
+  m_wasCutOff = before && before->pid != 0;
   try {
-    WriteNote(false);
+    WriteNote(::getpid(), false);
   } catch (const CFileException&) {  // the disk is full: the lock holds without the note
   }
   if (!FindOther(other)) return 1;
-  Release();
+  Leave(before ? before->pid : 0);
   return 0;
 }
 
-void CLogLock::Release() {
+// Unlocks with a note that process was the last owner, 0: the owner has released it.
+void CLogLock::Leave(int process) {
+  if (IsTaken()) try {
+      WriteNote(process, false);
+    } catch (const CFileException&) {  // the next owner takes this one for cut off
+    }
   m_file.reset();
   m_unfinished.reset();
 }
@@ -83,7 +89,7 @@ void CLogLock::Release() {
 void CLogLock::SetUnfinished(const std::optional<CUnfinishedLog>& log) {
   if (!IsTaken()) return;
   m_unfinished = log;
-  WriteNote(true);
+  WriteNote(::getpid(), true);
 }
 
 // Returns false if another process has the lock.
@@ -101,9 +107,9 @@ bool CLogLock::OpenLocked() {
 }
 
 // Overwrites the note in place, which needs no space on the disk: its length says where it ends.
-void CLogLock::WriteNote(bool isDurable) const {
+void CLogLock::WriteNote(int process, bool isDurable) const {
   std::string bytes;
-  PutLockNote(bytes, {static_cast<std::int32_t>(::getpid()), m_naming, m_unfinished});
+  PutLockNote(bytes, {static_cast<std::int32_t>(process), m_naming, m_unfinished});
   CFile file(m_path, CFile::modeWrite);
   file.Write(bytes.data(), bytes.size());
   if (isDurable) file.Sync();

@@ -25,9 +25,11 @@ class CLogLock {
   // not known. Throws CFileException if the file of the lock cannot be created or the folder cannot be
   // listed. Where the file system has no locks the result is 1.
   int Take(const CString& key, const CLogNaming& naming, int& other);
-  void Release();  // no effect without a lock
+  void Release() { Leave(0); }  // no effect without a lock
   bool IsTaken() const { return m_file.has_value(); }
 
+  // Whether the last process that took the lock ended without Release: it was killed, or lost power.
+  bool WasCutOff() const { return m_wasCutOff; }
   // The unfinished log of the last clean stop; none if there is no record of it or the record is damaged.
   std::optional<CUnfinishedLog> GetUnfinished() const { return m_unfinished; }
   // Stores log, or that there is none. It is on the disk when this returns; throws CFileException otherwise.
@@ -35,13 +37,15 @@ class CLogLock {
 
  private:
   bool OpenLocked();
-  void WriteNote(bool isDurable) const;
+  void Leave(int process);
+  void WriteNote(int process, bool isDurable) const;
   bool FindOther(int& other) const;
 
   std::optional<CFile> m_file;  // locked while it is open
   CString m_path;
   CLogNaming m_naming;
   std::optional<CUnfinishedLog> m_unfinished;
+  bool m_wasCutOff = false;
 };
 
 }  // namespace vastra

@@ -108,12 +108,14 @@ void CLogTrack::Recover(bool continues) {
     if (continues && !m_collected && unfinished && !isOneLeft) Continue(*unfinished);
   } catch (const CFileException&) {  // a file that cannot be read stays as it is
   }
-  if (recovered.samples == 0) return;
+  const bool isRowLost = m_settings.isSummary && (m_lock.WasCutOff() || recovered.samples > 0);
+  if (recovered.samples == 0 && !isRowLost) return;
+  CString line = "The last run was cut off";
+  if (recovered.samples > 0)
+    line = "recovered " + ShowCount(recovered.samples) + ", " + ShowTime(recovered.first) + " to " +
+           ShowTime(recovered.last) + (recovered.torn ? ", and dropped an incomplete one" : "");
   const CGuard lock(m_mutex);
-  AddLine(severityNotice, "recovered " + ShowCount(recovered.samples) + ", " + ShowTime(recovered.first) +
-                              " to " + ShowTime(recovered.last) +
-                              (recovered.torn ? ", and dropped an incomplete one" : "") +
-                              (m_settings.isSummary ? "; the row that was being made is lost" : ""));
+  AddLine(severityNotice, line + (isRowLost ? "; the row that was being made is lost" : ""));
 }
 
 // A journal that can be recovered.
