@@ -1,5 +1,5 @@
-// Preloaded by the tests of claims: a disk whose syncs take SHIM_SYNC milliseconds, and a clock that is at SHIM_CLOCK
-// seconds after 1970 when the process starts, as on a computer without a battery.
+// Preloaded by the tests of claims: a disk whose syncs take SHIM_SYNC milliseconds, and a clock that is at
+// SHIM_CLOCK seconds after 1970 when the process starts, as on a computer without a battery.
 #define _GNU_SOURCE
 #include <stdlib.h>
 #include <sys/syscall.h>

@@ -3,9 +3,7 @@
 //
 //     file of the log               journal            what is done
 //     none, or of another log       any samples        a new log
-//     all samples of the journal    named              the journal is removed; before that a text copy that
-//     does
-//                                                      not have all of them is made
+//     all samples of the journal    named              the text copy, if it lacks some; no journal
 //     the first samples             named, continues   a new image replaces the file
 #include "vastra/logfiles/log_recovery.h"
 

@@ -3,8 +3,7 @@
 //
 //     the thread of the scans   appends samples to the last log and ends it
 //     the journal thread        writes the new samples of each log to its journal
-//     the writer thread         makes the files of a log that is complete or wants an image, syncs the
-//     journals,
+//     the writer thread         makes the files of a log that is complete or wants an image, syncs journals,
 //                               removes old logs; a log whose files are on the disk leaves the track
 //
 // A log is in one of these states: collected; complete, waiting for the writer; failed, to be tried again
