@@ -70,7 +70,8 @@ CString ToText(const CSessionResult& result) {
                      " late, " + Counted(counts.failedWrites.Sum(), "failed write") + ", " +
                      Counted(result.files.size(), "file") + " written";
   if (const std::uint64_t rows = Sum(result.ledger).inJournal)
-    text += ", " + Counted(rows, "row") + " in a journal only: the next run makes a log of it";
+    text += ", " + Counted(rows, "row") + " in a journal only: the next run makes a log of " +
+            (rows == 1 ? "it" : "them");
   return CString(text);
 }
 

@@ -111,7 +111,10 @@ void CLogTrack::Recover(bool continues) {
   CString line = "The last run was cut off";
   if (recovered.samples > 0)
     line = "recovered " + ShowCount(recovered.samples) + ", " + ShowTime(recovered.first) + " to " +
-           ShowTime(recovered.last) + (recovered.torn ? ", and dropped an incomplete one" : "");
+           ShowTime(recovered.last);
+  if (recovered.tornBytes)
+    line += ", and dropped " + CString(std::to_string(recovered.tornBytes)) +
+            " bytes that are not a whole record";
   const CGuard lock(m_mutex);
   AddLine(severityNotice, line + (isRowLost ? "; the row that was being made is lost" : ""));
 }
@@ -161,7 +164,7 @@ bool CLogTrack::RecoverLog(const std::vector<std::uint64_t>& journals, bool goes
     recovered.last = log->samples.GetLastTime();
     recovered.samples += count;
   }
-  recovered.torn |= best.content.tornBytes > 0;
+  recovered.tornBytes += best.content.tornBytes;
   goesOn = goesOn && CanContinue() && log->names == m_settings.varNames &&
            log->count < m_settings.maxSamples && log->count > log->onDisk;
   Enqueue(log, goesOn);

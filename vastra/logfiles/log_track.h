@@ -117,7 +117,7 @@ class CLogTrack {
   struct CRecovered {
     std::uint64_t samples = 0;
     _timeb first, last;
-    bool torn = false;
+    std::uint64_t tornBytes = 0;  // after the last whole record
   };
   struct CFound;
   bool RecoverLog(const std::vector<std::uint64_t>& journals, bool goesOn, CRecovered& recovered);

@@ -231,9 +231,10 @@ void CLogTrack::Finish(const CImage& image) {
   CKeptLog& log = *image.log;
   try {
     RememberUnfinished(image);
-  } catch (const CFileException& fault) {  // the next start finds out by itself
+  } catch (const CFileException& fault) {
     const CGuard lock(m_mutex);
-    AddLine(severityWarning, fault.m_path + ": " + fault.Text());
+    AddLine(severityWarning,
+            "The next start does not continue this log: " + fault.m_path + ": " + fault.Text());
   }
   RemoveJournals(log);
   const CGuard lock(m_mutex);
