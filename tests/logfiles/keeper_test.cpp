@@ -72,13 +72,15 @@ class Keeper : private CInMemory, public CLogFixture {
       Add({.nth = static_cast<std::uint64_t>(nth), .hook = [] { ::_exit(kKilled); }});
     }
   };
-  // What a kill after kRows rows leaves.
+  // What a kill at the end of a run of kRows rows leaves: a log with its journal, and journals without logs.
   CString KilledFolder() {
     MakeFolder();
     InChild([&] {
+      CFaultyFiles files(Folder());
       CScript script(Folder());
       WriteRows(script, 0, kLong);
-      ::_exit(kKilled);
+      files.Add({.kind = callRemove, .nth = files.Count(callRemove) + 1, .hook = [] { ::_exit(kKilled); }});
+      script.Close();
     });
     fs::rename(Folder().Std(), (m_dir / "killed").Std());
     return m_dir / "killed";
