@@ -8,6 +8,7 @@
 #include <random>
 
 #include "tests/support/names.h"
+#include "vastra/logfiles/csv_reader.h"
 
 namespace vastra {
 namespace {
@@ -90,6 +91,41 @@ TEST(CsvLog, LosesNoLineBetweenTwoBuffers) {
     CMemFile file;
     WriteCsv(file, Names({"x"}), samples, text);
     EXPECT_TRUE(file.Bytes() == expected) << file.Bytes().size() << " bytes of " << expected.size();
+  }
+}
+
+TEST(CsvLog, IsReadBackUpToTheFirstByteThatIsNotItsOwn) {
+  constexpr float kValues[] = {0,       -0.0f, NAN,      -NAN, INFINITY,   -INFINITY,
+                               3.4e38f, 1e-7f, 16777216, 0.1f, -8.0000005f};
+  ::setenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3", 1);
+  ::tzset();
+  const CStringArray names = Names({"x", "y"});
+  CSampleStore samples;
+  for (int i = 0; i < 40; ++i) {
+    CLogSample sample;
+    sample.m_time = {.time = 1035676800 + 600 * i,
+                     .millitm = static_cast<std::uint16_t>(i * 25)};  // an hour twice
+    for (int v = 0; v < 2; ++v)
+      sample.m_values.Add(kValues[static_cast<std::size_t>(i + v) % std::size(kValues)]);
+    samples.Append(sample);
+  }
+  CCsvText text;
+  CMemFile file;
+  WriteCsv(file, names, samples, text);
+  const std::string whole = file.Bytes();
+  const auto read = [&](const std::string& bytes, std::uint64_t lines) {
+    CMemFile changed(bytes);
+    CSampleStore own;
+    EXPECT_EQ(ReadCsv(changed, names, own), lines);
+    return own.GetCount();
+  };
+  EXPECT_EQ(read(whole, 40), 40u);
+  for (std::size_t i = 0; i + 1 < whole.size(); ++i) {
+    const auto line =
+        static_cast<std::size_t>(std::count(whole.begin(), whole.begin() + static_cast<long>(i), '\n'));
+    std::string other = whole;
+    other[i] = whole[i] == '\n' ? '7' : '\n' + 1;
+    EXPECT_EQ(read(other, whole[i] == '\n' ? 39 : 40), line ? line - 1 : 0) << i;
   }
 }
 

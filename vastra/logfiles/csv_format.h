@@ -1,6 +1,6 @@
 // The text copy of a log (.csv), for other programs: a first line with the names and one line for each
 // sample, with the text of printf("%f,") and ctime but computed with integers. docs/file-formats.md describes
-// the lines. The file link and the hosts write it; nothing reads it back.
+// the lines. The file link and the hosts write it; only a keeper reads its own text logs back (csv_reader.h).
 #pragma once
 
 #include <memory>

@@ -13,6 +13,7 @@
 #include <set>
 
 #include "vastra/core/messenger.h"
+#include "vastra/logfiles/csv_reader.h"
 #include "vastra/logfiles/keeper_state.h"
 #include "vastra/logfiles/log_reader.h"
 #include "vastra/logfiles/log_time.h"
@@ -45,18 +46,11 @@ CSampleStore::CPlace EndOf(const CKeptLog& log) {
   return end;
 }
 
-// The number of lines after the first one of a text log; none if there is no file. Throws CFileException.
-std::optional<std::uint64_t> CountLines(const CString& path) {
-  CFile file;
-  if (!file.Open(path, CFile::modeRead)) {
-    if (errno == ENOENT) return std::nullopt;
-    throw CFileException(path, errno);
-  }
-  std::uint64_t lines = 0;
-  char bytes[16384];
-  while (const std::size_t size = file.Read(bytes, sizeof bytes))
-    lines += static_cast<std::uint64_t>(std::count(bytes, bytes + size, '\n'));
-  return lines ? lines - 1 : 0;
+// Opens a text log: 1, or 0 if there is none. Throws CFileException.
+int OpenText(const CString& path, CFile& file) {
+  if (file.Open(path, CFile::modeRead)) return 1;
+  if (errno == ENOENT) return 0;
+  throw CFileException(path, errno);
 }
 
 // Passes on what has happened to the logs of a track without a link.
@@ -72,9 +66,7 @@ void Deliver(CLogTrack& track, CLogListener* listener, std::vector<CString>& lin
 
 }  // namespace
 
-bool CLogTrack::CanContinue() const {
-  return m_keeper.policy.live && !m_settings.isSummary && m_settings.naming.saveRp;
-}
+bool CLogTrack::CanContinue() const { return m_keeper.policy.live && !m_settings.isSummary; }
 
 void CLogTrack::Recover(bool continues) {
   const std::optional<CUnfinishedLog> unfinished = m_lock.GetUnfinished();  // before the writer changes it
@@ -198,12 +190,14 @@ bool CLogTrack::ReadJournalOf(std::uint64_t number, CFound& found) {
 bool CLogTrack::Join(CLogPointer& log, const CJournalContent& content) const {
   const std::optional<CJournaledLog>& continued = content.head.continues;
   const std::optional<CJournaledLog>& named = content.named ? content.named : continued;
-  // Not of a log that has got a file of its own because the one that it continued had gone.
-  const bool isSame = continued && named->name == continued->name && named->first == continued->first;
+  // Not of a log that has got a file of its own because the one that it continued had gone. The times of a
+  // text log that was read back depend on the time zone of that run.
+  const bool isSame = continued && named->name == continued->name &&
+                      (named->first == continued->first || !content.head.naming.saveRp);
   const std::uint64_t before = isSame ? continued->samples : 0, journaled = log->samples.GetCount();
   CSampleStore saved;
   std::uint64_t inFile = named ? CountSaved(content.head.naming, *named, log->names, saved) : 0;
-  if (inFile < before) inFile = 0;  // the file has gone, or is another log
+  if (inFile < before || (isSame && saved.GetCount() < before)) inFile = 0;  // it has gone, or is another log
   const bool isSaved = journaled == 0 || inFile >= before + journaled;  // only the text copy can be missing
   if (isSaved &&
       (inFile == 0 || !content.head.naming.saveCsv || CountText(named->name).value_or(0) >= inFile))
@@ -227,11 +221,12 @@ bool CLogTrack::Join(CLogPointer& log, const CJournalContent& content) const {
   return true;
 }
 
-// How many samples of log are in its file; 0 if there is none, or the file is another log. samples gets those
-// of a binary log. Throws CFileException.
+// How many samples of log are in its file; 0 if there is none, or the file is another log. samples gets them;
+// not those of a text that is not as it was written. Throws CFileException.
 std::uint64_t CLogTrack::CountSaved(const CLogNaming& naming, const CJournaledLog& log,
                                     const CStringArray& names, CSampleStore& samples) const {
-  if (!naming.saveRp) return CountText(log.name).value_or(0);
+  if (CFile text; !naming.saveRp)
+    return OpenText(m_folder.PathOf(log.name, ELogForm::text), text) ? ReadCsv(text, names, samples) : 0;
   const CString path = m_folder.PathOf(log.name, ELogForm::binary);
   CLogReader reader(samples);
   if (reader.Open(path) && reader.HasNames(names) && reader.ReadSamples() && !samples.IsEmpty())
@@ -240,19 +235,27 @@ std::uint64_t CLogTrack::CountSaved(const CLogNaming& naming, const CJournaledLo
   return 0;
 }
 
-// How many samples the text log or text copy has; none if there is no file. Throws CFileException.
+// How many samples the text copy has; none if there is no file. Throws CFileException.
 std::optional<std::uint64_t> CLogTrack::CountText(const CString& name) const {
-  return CountLines(m_folder.PathOf(name, ELogForm::text));
+  CFile file;
+  if (!OpenText(m_folder.PathOf(name, ELogForm::text), file)) return std::nullopt;
+  std::uint64_t lines = 0;
+  char bytes[16384];
+  while (const std::size_t size = file.Read(bytes, sizeof bytes))
+    lines += static_cast<std::uint64_t>(std::count(bytes, bytes + size, '\n'));
+  return lines ? lines - 1 : 0;
 }
 
-// Goes on with file, which a clean stop has ended before it was full, unless it has changed since.
+// Goes on with file, which a clean stop has ended before it was full. A run that was killed since can have
+// added samples. Not if it is another file now.
 void CLogTrack::Continue(const CJournaledLog& file) {
   CSampleStore saved;
-  if (!CanContinue() || file.samples >= m_settings.maxSamples) return;
+  if (!CanContinue()) return;
   for (const CLogPointer& log : Logs())  // recovered, but not saved yet
     if (log->continued && log->continued->name == file.name) return;
-  if (CountSaved(m_settings.naming, file, m_settings.varNames, saved) != file.samples) return;
-  Enqueue(LogOf(file, saved), true);
+  const std::uint64_t count = CountSaved(m_settings.naming, file, m_settings.varNames, saved);
+  if (count < file.samples || count >= m_settings.maxSamples || saved.GetCount() != count) return;
+  Enqueue(LogOf(file.name, saved), true);
 }
 
 // A kill can come between the two files of a log. If the log had no journal, because it was saved at once,
@@ -273,20 +276,20 @@ void CLogTrack::CompleteText() {
   if (inText == 0 || !reader.Open(m_folder.PathOf(name, ELogForm::binary)) ||
       !reader.HasNames(m_settings.varNames) || !reader.ReadSamples() || saved.GetCount() <= inText)
     return;
-  Enqueue(LogOf({name, saved.GetHead().m_time, saved.GetCount()}, saved), false);
+  Enqueue(LogOf(name, saved), false);
 }
 
-// A log whose samples are saved, in file.
-CLogTrack::CLogPointer CLogTrack::LogOf(const CJournaledLog& file, const CSampleStore& saved) {
+// A log whose samples are saved, in its file.
+CLogTrack::CLogPointer CLogTrack::LogOf(const CString& name, const CSampleStore& saved) {
   const auto log = std::make_shared<CKeptLog>(m_keeper.pool);
   log->names = m_settings.varNames;
   log->number = m_nextNumber++;
-  AddSamples(*log, saved, file.samples);
-  log->continued = file;
-  log->count = file.samples;
+  log->count = saved.GetCount();
+  AddSamples(*log, saved, log->count);
+  log->continued = {name, saved.GetHead().m_time, log->count};
   log->basePlace = log->journalPlace = EndOf(*log);
   log->journaled = log->synced = log->count;
-  HaveFile(*log, file, file.samples);
+  HaveFile(*log, *log->continued, log->count);
   return log;
 }
 

@@ -128,7 +128,7 @@ class CLogTrack {
   std::optional<std::uint64_t> CountText(const CString& name) const;
   void Continue(const CJournaledLog& file);
   void CompleteText();
-  CLogPointer LogOf(const CJournaledLog& file, const CSampleStore& saved);
+  CLogPointer LogOf(const CString& name, const CSampleStore& saved);
   void HaveFile(CKeptLog& log, const CJournaledLog& file, std::uint64_t samples) const;
   void Enqueue(const CLogPointer& log, bool goesOn);
 
@@ -144,7 +144,7 @@ class CLogTrack {
   void Finish(const CImage& image);
   void RemoveJournals(const CKeptLog& log);
   void RememberUnfinished(const CImage& image);
-  bool MakeRoom(const CFileException& fault);
+  bool MakeRoom(const CImage& image, const CFileException& fault);
   void Account(const CRotation& rotation);
   bool WriteJournal(CKeptLog& log, CKeeperTime now);
   std::shared_ptr<CJournalWriter> JournalOf(const CKeptLog& log) const;

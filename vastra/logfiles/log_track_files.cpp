@@ -79,7 +79,7 @@ bool CLogTrack::Save(CImage& image) {
       m_changed.notify_all();
       return true;
     } catch (const CFileException& fault) {
-      if (MakeRoom(fault)) continue;
+      if (MakeRoom(image, fault)) continue;
       HaveFailed(image, fault);
     } catch (const std::bad_alloc&) {
       HaveFailed(image, CFileException(m_settings.naming.directory, ENOMEM));
@@ -270,18 +270,21 @@ void CLogTrack::RememberUnfinished(const CImage& image) {
 }
 
 // On a full disk: removes the oldest log of the output before samples are lost. True: it may fit now.
-bool CLogTrack::MakeRoom(const CFileException& fault) {
+bool CLogTrack::MakeRoom(const CImage& image, const CFileException& fault) {
   if (fault.m_error != ENOSPC && fault.m_error != EDQUOT) return false;
   {
     const CGuard lock(m_mutex);
     const auto isAtRisk = [](const CLogPointer& log) { return log->isAtRisk; };
     const bool isLastChance =
-        m_closing && (!m_keeper.policy.live || std::any_of(m_logs.begin(), m_logs.end(), isAtRisk));
+        image.isClosing && (!m_keeper.policy.live || std::any_of(m_logs.begin(), m_logs.end(), isAtRisk));
     if (m_settings.retention.minFree == 0 && !isLastChance && !m_keeper.IsNearLimit()) return false;
   }
   CRotation rotation;
   const bool removed = m_folder.RemoveOldest(rotation);
   Account(rotation);
+  const CGuard lock(m_mutex);
+  for (const CString& name : rotation.removed)
+    AddLine(severityWarning, "The disk is full: the oldest log, " + name + ", is removed");
   return removed;
 }
 
