@@ -5,10 +5,9 @@ import shutil
 import subprocess
 
 from device import Device
-from logger import FORMS, Logger, wants
+from logger import Logger, shim, wants
 from logs import Failed, Folder, NotRun
 
-SHIM = os.path.join(os.path.dirname(os.path.abspath(__file__)), "shim.c")
 NAMES = {"binary": "Binary", "text": "Text", "summary": "Each fifth"}  # of the ledgers
 
 
@@ -181,13 +180,8 @@ def full(run):
 
 def slow(run):
     """Each sync takes half a second."""
-    library = os.path.join(run.work, "shim.so")
-    try:
-        subprocess.run(["cc", "-shared", "-fPIC", "-O1", "-o", library, SHIM], check=True)
-    except OSError as fault:
-        raise NotRun("not run: cc: %s" % fault.strerror) from None
     logger = Logger(run.work, Device(), period=50, samples=40, options=("--sync", "0", "--close-within", "200"),
-                    environment={"LD_PRELOAD": library, "SHIM_SYNC": "500"})
+                    environment=shim(run.work, SHIM_SYNC=500))
     logger.start()
     logger.wait_for_rows(run.count)
     counts = logger.stop()

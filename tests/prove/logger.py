@@ -1,14 +1,25 @@
 """The logger under test: a configuration with three logs of the device's rows, and its process."""
+import atexit
 import json
 import os
 import subprocess
 import time
 
 from device import node
-from logs import Failed, Folder
+from logs import Failed, Folder, NotRun
 
 EACH = 5  # rows of the device in a row of the summary
+SHIM = os.path.join(os.path.dirname(os.path.abspath(__file__)), "shim.c")
 FORMS = (("binary", ".rph"), ("text", "h.csv"), ("summary", ".rpd"), ("summary", "d.csv"))
+
+
+RUNNING = []
+
+
+@atexit.register
+def kill_all():
+    for process in RUNNING:
+        process.kill()
 
 
 class Logger:
@@ -34,13 +45,18 @@ class Logger:
         with open(os.path.join(work, "logger.json"), "w") as file:
             json.dump(configuration, file)
 
-    def start(self, *options):
+    def run(self, errors):
+        """Returns a new process of the logger."""
+        RUNNING.append(subprocess.Popen([os.environ["VASTRA"], "run", "logger.json", "--json", *self.options], cwd=self.work,
+                                        text=True, env=self.environment, stdin=subprocess.DEVNULL,
+                                        stdout=subprocess.PIPE, stderr=errors))
+        return RUNNING[-1]
+
+    def start(self):
         """Starts and does not wait."""
         self.first = self.device.count() + 1
         self.errors = os.fdopen(os.memfd_create("messages"), "w+")  # no disk can make a message wait
-        self.process = subprocess.Popen(
-            [os.environ["VASTRA"], "run", "logger.json", "--json", *self.options, *options], cwd=self.work, text=True,
-            env=self.environment, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=self.errors)
+        self.process = self.run(self.errors)
 
     def wait_for_rows(self, count=1):
         """Waits until the run has read so many rows."""
@@ -55,7 +71,7 @@ class Logger:
 
     def messages(self):
         self.errors.seek(0)
-        return self.errors.read()
+        return self.errors.read()[-1000:]
 
     def kill(self):
         """Returns how long before the kill each row of the run was kept."""
@@ -97,6 +113,16 @@ class Logger:
         for folder in self.folders.values():
             if folder.others():
                 raise Failed("%s: left: %s" % (folder.path, ", ".join(folder.others()[:5])))
+
+
+def shim(work, **settings):
+    """The environment that preloads shim.c with these settings."""
+    library = os.path.join(work, "shim.so")
+    try:
+        subprocess.run(["cc", "-shared", "-fPIC", "-O1", "-o", library, SHIM], check=True)
+    except OSError as fault:
+        raise NotRun("not run: cc: %s" % fault.strerror) from None
+    return {"LD_PRELOAD": library, **{name: str(value) for name, value in settings.items()}}
 
 
 def wants(form, row):
