@@ -49,6 +49,8 @@ CRunArguments::CRunArguments(CArguments& arguments)
                                       kLongestWait)),
       m_strict(arguments.Flag("--strict", "Do not start a replay if a log of its list is bad")) {
   arguments.Exclude("--debug", "--quiet");
+  for (const char* option : {"--sync", "--hold", "--close-within", "--strict"})
+    arguments.Exclude(option, "--plain");
 }
 
 EExit CRunArguments::Run(CSessionView& view, CSessionResult& result) const {

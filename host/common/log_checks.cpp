@@ -61,11 +61,14 @@ std::vector<CString> FindLogRefusals(const CConfiguration& configuration) {
 }
 
 CString FindClockFault() {
-  constexpr std::int32_t kYear2020 = 1577836800, kYear2038 = 2145916800;
-  _timeb now;
-  _ftime(now);
-  if (now.time >= kYear2020 && now.time < kYear2038) return {};
-  const std::tm local = CTime(now.time).GetLocalTm();
+  constexpr std::int64_t kYear2020 = 1577836800, kYear2038 = 2145916800;
+  constexpr std::int64_t kTimes = std::int64_t{1} << 32;  // of a time stamp, which wraps around in 2038
+  _timeb stamp;
+  _ftime(stamp);
+  std::int64_t now = stamp.time;
+  if (now >= kYear2020 && now < kYear2038) return {};
+  if (now < 0) now += kTimes;
+  const std::tm local = CTime(now).GetLocalTm();
   char text[64];
   std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &local);
   return "clock: " + CString(text) +

@@ -64,6 +64,20 @@ TEST_F(LogLock, RemembersTheUnfinishedLogUnlessItsRecordIsTorn) {
   EXPECT_EQ(Unfinished(), "-");
 }
 
+TEST_F(LogLock, IsTakenAgainWhenItsFileHasGoneUnlessSomebodyElseWasFaster) {
+  CLogLock lock, second;
+  int other = 0;
+  TakeA(lock);
+  DeleteFile(m_file);
+  EXPECT_EQ(TakeA(second), -1);
+  EXPECT_EQ(lock.Renew(other), 0);
+  EXPECT_EQ(other, ::getpid());
+  second.Release();
+  DeleteFile(m_file);
+  EXPECT_EQ(lock.Renew(other), 1);
+  EXPECT_EQ(TakeA(second), ::getpid());
+}
+
 TEST_F(LogLock, HoldsOnAFullDiskAndWithoutLocksOfTheFileSystem) {
   CFaultyFiles files(m_dir.Path());
   files.Add({callWrite, 1, ENOSPC, true});

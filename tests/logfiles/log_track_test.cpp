@@ -67,6 +67,22 @@ TEST_F(LogTrack, ALogIsSavedAlthoughItsJournalHasGoneOrCannotBeSynced) {
   }
 }
 
+TEST_F(LogTrack, ALogNamedByAVariableGoesOnOnlyWithASampleOfItsName) {
+  int time = 0;
+  for (const float flow : {7.0f, 7.5f, 9.0f, 7.0f}) {
+    CLogKeeper keeper(Policy());
+    m_link->SetLogKeeper(&keeper, false);
+    auto config = Writer();
+    config->m_nameVariable = "Flow";
+    EXPECT_EQ(Open(std::move(config)), 1);
+    for (const float value : {flow, 8.0f}) EXPECT_EQ(Write(++time, {1, value}), 1);
+    m_link->Close();
+  }
+  EXPECT_EQ(Times("7.rph"), " 1 2 3 4");
+  EXPECT_EQ(Times("9.rph"), " 5 6");
+  EXPECT_EQ(Times("7~2.rph"), " 7 8");
+}
+
 TEST_F(LogTrack, ALogLargerThanTheLimitIsGivenTheTimeToBeSaved) {
   CLogPolicy policy = Policy();
   policy.hold = 1;

@@ -59,6 +59,7 @@ void CFileLink::AppendToTrack(const CLogSample& sample) {
                 ShowTime(sample.m_time).Std().c_str());
     if (keeper.IsNewStep(sample.m_time)) Send(functionWrite, {severityNotice, text});
   }
+  if (m_pTrack->NamesOtherLog(sample)) m_pTrack->EndLog();
   m_isTrackFull = m_pTrack->Append(sample);
 }
 

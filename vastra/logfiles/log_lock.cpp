@@ -59,6 +59,7 @@ bool IsInUse(const CString& path) {
 int CLogLock::Take(const CString& key, const CLogNaming& naming, int& other) {
   Release();
   m_naming = naming;
+  m_key = key;
   m_path = JoinPath(naming.directory, kLockPrefix + key + kLockEnding);
   if (!TryForAMoment([this] { return OpenLocked(); })) {
     const std::optional<CLockNote> note = ReadNote(m_path);
@@ -86,6 +87,19 @@ void CLogLock::Leave(int process) {
   m_unfinished.reset();
 }
 
+int CLogLock::Renew(int& other) {
+  CFileStatus present;
+  if (!IsTaken()) return 1;
+  const bool isThere = FileLayer().Stat(m_path, present);
+  if (isThere ? present.inode == m_status.inode && present.device == m_status.device : errno != ENOENT)
+    return 1;
+  CLogLock renewed;
+  if (!renewed.Take(m_key, m_naming, other)) return 0;
+  m_file = std::move(renewed.m_file);
+  m_status = renewed.m_status;
+  return 1;
+}
+
 void CLogLock::SetUnfinished(const std::optional<CUnfinishedLog>& log) {
   if (!IsTaken()) return;
   m_unfinished = log;
@@ -96,9 +110,8 @@ void CLogLock::SetUnfinished(const std::optional<CUnfinishedLog>& log) {
 bool CLogLock::OpenLocked() {
   const int handle = FileLayer().Open(m_path, O_RDWR | O_CREAT | O_NONBLOCK | O_NOFOLLOW, 0666);
   if (handle < 0) throw CFileException(m_path, errno);
-  m_file.emplace(handle);
-  CFileStatus status;
-  if (!FileLayer().StatOpen(handle, status) || status.type != EFileType::regular) {
+  m_file = std::make_unique<CFile>(handle);
+  if (!FileLayer().StatOpen(handle, m_status) || m_status.type != EFileType::regular) {
     m_file.reset();
     throw CFileException(m_path, EEXIST);
   }

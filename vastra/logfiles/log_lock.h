@@ -3,10 +3,12 @@
 // log that a clean stop has left unfinished. docs/file-formats.md describes the file.
 #pragma once
 
+#include <memory>
 #include <optional>
 
 #include "vastra/logfiles/journal_format.h"
 #include "vastra/platform/file.h"
+#include "vastra/platform/file_layer.h"
 
 namespace vastra {
 
@@ -26,7 +28,10 @@ class CLogLock {
   // listed. Where the file system has no locks the result is 1.
   int Take(const CString& key, const CLogNaming& naming, int& other);
   void Release() { Leave(0); }  // no effect without a lock
-  bool IsTaken() const { return m_file.has_value(); }
+  bool IsTaken() const { return m_file != nullptr; }
+  // Takes a lock again whose file has gone, with its folder or from it. Returns and throws as Take does; 1 if
+  // the file is there.
+  int Renew(int& other);
 
   // Whether the last process that took the lock ended without Release: it was killed, or lost power.
   bool WasCutOff() const { return m_wasCutOff; }
@@ -41,8 +46,9 @@ class CLogLock {
   void WriteNote(int process, bool isDurable) const;
   bool FindOther(int& other) const;
 
-  std::optional<CFile> m_file;  // locked while it is open
-  CString m_path;
+  std::unique_ptr<CFile> m_file;  // locked while it is open
+  CFileStatus m_status;           // of m_file, when it was opened
+  CString m_key, m_path;          // of the lock that was taken last
   CLogNaming m_naming;
   std::optional<CUnfinishedLog> m_unfinished;
   bool m_wasCutOff = false;

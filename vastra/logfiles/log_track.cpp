@@ -4,6 +4,7 @@
 
 #include "vastra/core/messenger.h"
 #include "vastra/logfiles/keeper_state.h"
+#include "vastra/logfiles/log_name.h"
 #include "vastra/logfiles/log_time.h"
 
 namespace vastra {
@@ -58,6 +59,18 @@ bool CLogTrack::Append(const CLogSample& sample) {
 
 double CLogTrack::ClockStep(const CLogSample& sample) const {
   return m_hasLastTime ? std::max(0.0, Seconds(m_lastTime) - Seconds(sample.m_time)) : 0;
+}
+
+bool CLogTrack::NamesOtherLog(const CLogSample& sample) const {
+  const CLogNaming& naming = m_settings.naming;
+  if (m_taken > 0 || !m_collected || naming.ByTime()) return false;
+  const auto nameOf = [&](const CSampleRecord& first) {
+    return CreateFileNameFromVar(naming.nameVariable, m_settings.varNames, first, naming.dwordName,
+                                 naming.prefix);
+  };
+  const CSampleRecord record = {sample.m_time, reinterpret_cast<const char*>(sample.m_values.GetData()),
+                                static_cast<std::uint32_t>(sample.m_values.GetSize())};
+  return !(nameOf(record) == nameOf(m_collected->samples.GetHead()));
 }
 
 void CLogTrack::EndLog() {

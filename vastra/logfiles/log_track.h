@@ -63,6 +63,9 @@ class CLogTrack {
   bool Append(const CLogSample& sample);
   // By how many seconds the time of sample is before that of the last one; 0 if it is not.
   double ClockStep(const CLogSample& sample) const;
+  // Whether sample would give a log another name than the one has that an earlier run has begun; only before
+  // the first Append.
+  bool NamesOtherLog(const CLogSample& sample) const;
   bool IsEmpty() const { return !m_collected; }
   void EndLog();     // the next sample starts another log
   void WantImage();  // the samples so far are to be in a file
@@ -135,6 +138,7 @@ class CLogTrack {
   // log_track_files.cpp
   bool NextImage(CKeeperTime now, CImage& image, CKeeperTime& next);
   bool Save(CImage& image);
+  void RenewLock();
   void SaveForms(CImage& image);
   void SaveForm(CImage& image, ELogForm form);
   void WriteText(CImage& image, CFile& file);
@@ -194,6 +198,7 @@ class CLogTrack {
   CCsvText m_text;
   std::vector<CString> m_oldJournals;  // of saved logs, which could not be removed
   CKeeperTime m_nextSync{};
+  bool m_isShared = false;  // another process writes these logs, too
 };
 
 }  // namespace vastra

@@ -88,9 +88,24 @@ bool CLogTrack::Save(CImage& image) {
   }
 }
 
+// Somebody may have removed the folder, and made it again. Whoever has taken the lock of the new one
+// meanwhile is told once: the files stay apart, but each removes old logs of the other.
+void CLogTrack::RenewLock() {
+  int other = 0;
+  try {
+    if (m_lock.Renew(other) || std::exchange(m_isShared, true)) return;
+  } catch (const CFileException&) {  // saving fails for the same reason, and tells it
+    return;
+  }
+  const CGuard lock(m_mutex);
+  AddLine(severityError, m_settings.naming.Folder() + ": process " + CString(std::to_string(other)) +
+                             " writes logs with these names, too: the folder was replaced");
+}
+
 // Writes the files that do not have all samples of the image.
 void CLogTrack::SaveForms(CImage& image) {
   CKeptLog& log = *image.log;
+  RenewLock();
   for (const ELogForm form : kLogForms) {
     CKeptFile& file = log.files[Index(form)];
     if (!m_settings.naming.Saves(form)) continue;
