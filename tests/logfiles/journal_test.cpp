@@ -215,7 +215,7 @@ TEST_F(Journal, ASyncedNameOutlivesAPowerCutAndAFailedSyncIsNeverForgotten) {
   CFaultyFiles files(m_dir.Path());
   CJournalWriter journal(Path(), Head());
   files.Add({callSync, 1, 0, false, 0, [&] { Append(journal, {{1, 1}}); }});  // while it is being synced
-  journal.Name("log", {kStart}, 1);
+  journal.Name("log", {kStart}, 1), journal.Sync();
   for (int cut = cutNothing; cut < cutKinds; ++cut) {
     const CTempDir after;
     files.CutPower(static_cast<EPowerCut>(cut), after.Path());

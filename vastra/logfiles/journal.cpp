@@ -89,7 +89,6 @@ void CJournalWriter::Append(const CSampleSpans& samples) {
 
 void CJournalWriter::Name(const CString& name, const _timeb& first, std::uint64_t samples) {
   WriteRecords([&] { PutJournaledLog(m_buffer, {name, first, samples}); });
-  Sync();
 }
 
 template <class T>

@@ -51,8 +51,8 @@ class CJournalWriter {
   // Writes all samples, or none if it throws.
   void Append(const CSampleSpans& samples);
   // Writes the name that the log of these samples is about to get, the time of its first sample and the
-  // number of its samples, and syncs: a recovery then finds the log by its name and leaves its samples out.
-  // The last name holds.
+  // number of its samples: a recovery then finds the log by its name and leaves its samples out. Sync it
+  // before the log gets the name. The last name holds.
   void Name(const CString& name, const _timeb& first, std::uint64_t samples);
   // Returns when what was written before the call is on the disk. After one failure each further Sync fails
   // with the same reason: the system can report success for bytes that it has dropped. The caller writes the

@@ -185,6 +185,7 @@ void CLogTrack::NameJournal(CKeptLog& log, const CJournaledLog& named) {
   if (!journal) return;
   try {
     journal->Name(named.name, named.first, named.samples);
+    journal->Sync();
   } catch (const CFileException& fault) {
     if (journal->HasFailed()) ReplaceJournal(log, journal, fault);
     if (fault.m_error != ENOENT) throw;  // without the journal no recovery can repeat the samples
@@ -226,7 +227,6 @@ void CLogTrack::HaveFailed(CImage& image, const CFileException& fault) {
     log.nextTry = isBeforeClose ? CKeeperTime{} : std::chrono::steady_clock::now() + pause;
     log.wantsImage = true;
   }
-  if (m_keeper.policy.live) m_keeper.HaveSample();  // the journal may have left the samples to the file
   const CString path = log.name.IsEmpty()
                            ? m_settings.naming.directory
                            : m_folder.PathOf(log.name, isTextOnly ? ELogForm::text : Counting());
@@ -251,6 +251,7 @@ void CLogTrack::Finish(const CImage& image) {
     AddLine(severityWarning,
             "The next start does not continue this log: " + fault.m_path + ": " + fault.Text());
   }
+  const std::lock_guard naming(log.journalMutex);  // the journal thread makes no new one
   RemoveJournals(log);
   const CGuard lock(m_mutex);
   if (std::exchange(log.isDropped, true)) return;
@@ -343,7 +344,6 @@ bool CLogTrack::WriteJournal(CKeptLog& log, CKeeperTime now) {
       RestartJournal(log);
     }
     if (log.journaled >= count) return false;
-    if (log.isComplete && log.named && log.named->samples == count) return false;  // it is about to be saved
     if (log.nextJournal > now) return true;
     journal = log.journal;
     end = log.journalPlace;
@@ -389,6 +389,7 @@ std::shared_ptr<CJournalWriter> CLogTrack::NewJournal(CKeptLog& log) {
   const std::uint64_t number = log.number * kJournalsOfALog + std::min(log.journals++, kJournalsOfALog - 1);
   const CString path = JoinPath(m_settings.naming.directory, JournalFile(m_key, number));
   auto journal = std::make_shared<CJournalWriter>(path, head);
+  // Before the samples, so that no sync is needed: who can read a sample can read the name.
   if (log.named) journal->Name(log.named->name, log.named->first, log.named->samples);
   return journal;
 }
