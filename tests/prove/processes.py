@@ -23,13 +23,15 @@ def two(run):
         time.sleep(chance.uniform(0, 0.02))
         second = logger.run(subprocess.PIPE)
         if number % 2 == 0:  # either of them can be the first one
-            while second.poll() is None and logger.process.poll() is None:
+            end = time.monotonic() + 20
+            while second.poll() is None and logger.process.poll() is None and time.monotonic() < end:
                 time.sleep(0.01)
-            if second.poll() is None:
+            if logger.process.poll() is not None:
                 message, refused = logger.messages(), logger.process
                 logger.process, second = second, None
         if second:
-            message, refused = second.communicate(timeout=60)[1], second
+            second.wait(20)
+            message, refused = second.stderr.read(), second
         if refused.returncode != 1 or str(logger.process.pid) not in message:
             raise Failed("the second start: status %d: %s" % (refused.returncode, message))
         logger.more_rows(5)
