@@ -96,6 +96,7 @@ class Logger:
                 raise Failed("the ledger of %s has a wrong sum: %s" % (entry["name"], entry))
         if self.process.returncode != any(entry["lost"] for entry in counts["ledger"]):
             raise Failed("status %d: %s" % (self.process.returncode, self.messages()))
+        self.last = self.messages()
         self.errors.close()
         return counts
 
@@ -112,7 +113,7 @@ class Logger:
         """Failed if there is anything beside logs and locks."""
         for folder in self.folders.values():
             if folder.others():
-                raise Failed("%s: left: %s" % (folder.path, ", ".join(folder.others()[:5])))
+                raise Failed("%s: left: %s: %s" % (folder.path, ", ".join(folder.others()[:5]), self.last))
 
 
 def shim(work, **settings):
