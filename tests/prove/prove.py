@@ -60,7 +60,7 @@ CLAIMS = [
     Claim("two", "Of two starts of one configuration one is refused, with the process of the other; after a kill the next "
           "one starts", processes.two, 4, 100),
     Claim("reader", "A reader beside the logger sees each row once in logs and journals, and no short file",
-          processes.reader, 120, 2000),
+          processes.reader, 120, 1000),
     Claim("rotations", "maxLogs full logs are kept, the newest ones, and names go on after 99", processes.rotations,
           300, 10000),
     Claim("gateway", "Starts that end in stops and power cuts leave full logs in order, also with a clock that restarts",
