@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <optional>
 
 #include "bench/ratios.h"
 #include "vastra/logfiles/file_link.h"
@@ -76,14 +77,15 @@ void Recover(benchmark::State& state) {
   messenger.SetFilters(1, 1, 1, 0, 0);
   for (auto _ : state) {
     state.PauseTiming();
-    const CFolder folder;
+    std::optional<CFolder> folder(std::in_place);
     const int values = static_cast<int>(state.range(0));
-    WriteJournal(folder.m_path, values);
+    WriteJournal(folder->m_path, values);
     state.ResumeTiming();
-    const int opened = Run(folder.m_path, values);
+    const int opened = Run(folder->m_path, values);
     state.PauseTiming();
-    if (!opened || ListFiles(folder.m_path, ".rph").GetSize() != 1)
+    if (!opened || ListFiles(folder->m_path, ".rph").GetSize() != 1)
       return state.SkipWithError("not recovered");
+    folder.reset();  // before the time goes on
     state.ResumeTiming();
   }
 }

@@ -150,11 +150,14 @@ EExit Check(const CFileArgument& file, bool isPlain) {
   CConfiguration configuration;
   if (Load(file, configuration) != kDone) return kRefused;
   CHostConsole console(EVerbosity::normal);
-  const std::vector<CString> refusals =
-      isPlain ? std::vector<CString>() : FindLogRefusals(configuration);  // of the whole list of a replay
-  if (!isPlain) PrintBadLogs(file.typed, LeaveOutBadLogs(configuration), false);
+  std::vector<CString> refusals, badLogs;
+  if (!isPlain) {
+    refusals = FindLogRefusals(configuration, true);  // of the whole list of a replay
+    badLogs = LeaveOutBadLogs(configuration);
+  }
   const CStageNames names = FindStageNames(configuration);
   PrintWarnings(file.typed, FindWarnings(configuration, names, !isPlain));
+  PrintBadLogs(file.typed, badLogs, false);
   if (PrintRefusals(file.typed, refusals) != kDone) return kRefused;
   if (PrintEquationFaults(file.typed, FindEquationFaults(configuration, names)) != kDone) return kRefused;
   CFindings findings(file.typed);

@@ -13,7 +13,7 @@ namespace vastra {
 // represent.
 CJson ToJson(double number);
 inline CJson ToJson(const CString& text) { return text.Std(); }
-// The fields of a time record that are not zero by definition.
+// A time record as [time, millitm, timezone, dstflag].
 inline CJson ToJson(const _timeb& time) { return {time.time, time.millitm, time.timezone, time.dstflag}; }
 
 EExit PrintJson(const CJson& json);

@@ -15,7 +15,8 @@ CString BarOf(const CRunCounts& counts) {
   return bar;
 }
 
-// What is not as usual: empty if no row is lost and none is in a journal only.
+// The samples and rows that are in a journal but not in a saved log, and those that are lost; empty if there
+// are none.
 CString KeptText(const CLedgerSums& kept) {
   CString text;
   if (kept.inJournal) text += ", " + CString(std::to_string(kept.inJournal)) + " in a journal";

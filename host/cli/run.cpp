@@ -40,7 +40,8 @@ EExit Run(const CRunArguments& arguments, bool asJson) {
 
 CAction DeclareRun(CArguments& arguments) {
   const CRunArguments run(arguments);
-  const auto asJson = arguments.Flag("--json", "Print the counts and the files written as one object");
+  const auto asJson = arguments.Flag(
+      "--json", "Print the counts, the files written and the account of each log as one object");
   return [=] { return Run(run, *asJson); };
 }
 

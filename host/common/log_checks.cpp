@@ -19,32 +19,45 @@ void AddMeetings(const std::vector<CLogTarget>& targets, std::vector<CString>& l
                         " can have the same names in that folder; use another folder or other prefixes");
 }
 
+// Whether target counts a file of its folder as one of its logs. With a policy the name decides, without one
+// the extension alone.
+bool IsCounted(const CLogNaming& naming, const CString& file, bool keepsLogs) {
+  if (keepsLogs) {
+    const auto log = naming.IsOwnFile(file);
+    return log && naming.Saves(log->form);
+  }
+  const auto endsIn = [&file](const CString& ending) {
+    return file.Right(ending.GetLength()).CompareNoCase(ending) == 0;
+  };
+  return (naming.saveRp && endsIn(naming.extension)) || (naming.saveCsv && endsIn(".csv"));
+}
+
 // Whether the path leads to a file that target counts as one of its logs. A link is one, and what it leads
 // to.
-bool IsOwnLog(const CLogTarget& target, const CString& path) {
+bool IsOwnLog(const CLogTarget& target, const CString& path, bool keepsLogs) {
   std::error_code failed;
   const fs::path folder = fs::canonical(target.directory.Std(), failed);
   if (failed) return false;
   const fs::path typed = path.Std();
   for (const fs::path& file :
        {fs::canonical(typed.parent_path(), failed) / typed.filename(), fs::weakly_canonical(typed, failed)}) {
-    const auto log = target.naming.IsOwnFile(CString(file.filename().string()));
-    if (file.parent_path() == folder && log && target.naming.Saves(log->form)) return true;
+    const CString name(file.filename().string());
+    if (file.parent_path() == folder && IsCounted(target.naming, name, keepsLogs)) return true;
   }
   return false;
 }
 
 // One line for each target: a list can have thousands of logs.
-void AddEaters(const CStringList& replayed, const std::vector<CLogTarget>& targets,
+void AddEaters(const CStringList& replayed, const std::vector<CLogTarget>& targets, bool keepsLogs,
                std::vector<CString>& lines) {
   for (const CLogTarget& target : targets) {
     int index = 0;
     for (const CString& path : replayed) {
       const CString key = KeyPath("input.inputFiles", index++);
-      if (!IsOwnLog(target, path)) continue;
-      lines.push_back(
-          target.key + ".directory: " + key + ", " + path +
-          ", counts as a log of this output and could be removed; use another folder or a prefix");
+      if (!IsOwnLog(target, path, keepsLogs)) continue;
+      lines.push_back(target.key + ".directory: " + key + ", " + path +
+                      ", counts as a log of this output and could be removed; use another folder" +
+                      (keepsLogs ? " or a prefix" : ""));
       break;
     }
   }
@@ -52,11 +65,12 @@ void AddEaters(const CStringList& replayed, const std::vector<CLogTarget>& targe
 
 }  // namespace
 
-std::vector<CString> FindLogRefusals(const CConfiguration& configuration) {
+std::vector<CString> FindLogRefusals(const CConfiguration& configuration, bool keepsLogs) {
   const std::vector<CLogTarget> targets = FindLogTargets(configuration);
   std::vector<CString> lines;
   AddMeetings(targets, lines);
-  if (configuration.m_input.m_simulating) AddEaters(configuration.m_input.m_inputFiles, targets, lines);
+  if (configuration.m_input.m_simulating)
+    AddEaters(configuration.m_input.m_inputFiles, targets, keepsLogs, lines);
   return lines;
 }
 

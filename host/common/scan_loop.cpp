@@ -173,7 +173,6 @@ void CScanLoop::Close() {
   m_summaries.Close();
   m_plcWrite.Close();
   m_trend.Close();
-  Deliver();
   m_state = EState::closed;
 }
 

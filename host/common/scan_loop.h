@@ -102,7 +102,8 @@ class CScanLoop {
   // stage was opened without its nodes, since writing was off, and writes after the next start.
   bool DisableWriting(bool disable);
   // Sends what the keeper of the logs has to report, on the thread that drives the loop. The loop calls it
-  // after each scan and when the stages are closed; a host also calls it while it waits for long.
+  // after each scan, and the stages send the rest when they close; a host also calls it while it waits for
+  // long.
   void Deliver();
   // Ends the loop: at once, or when the present worker has reported.
   void Stop();

@@ -94,7 +94,7 @@ std::vector<CString> FindWarnings(const CConfiguration& configuration, const CSt
                                   bool keepsLogs) {
   const bool isLive = !configuration.m_input.m_simulating;
   std::vector<CString> warnings;
-  if (!keepsLogs) warnings = FindLogRefusals(configuration);
+  if (!keepsLogs) warnings = FindLogRefusals(configuration, false);
   if (const CString fault = FindClockFault(); isLive && !fault.IsEmpty()) warnings.push_back(fault);
   if (isLive) AddNodes(configuration.m_input, warnings);
   AddWrittenNodes(configuration.m_plcWrite, warnings);

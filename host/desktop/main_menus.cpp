@@ -55,6 +55,7 @@ void CMainWindow::MakeRunMenu() {
   m_stop = AddAction(run, "S&top", QKeySequence("Shift+F5"), [this] { m_runner.Stop(); });
   UseKeysEverywhere(*run);
   run->addSeparator();
+  run->setToolTipsVisible(true);
   m_keepLogs = run->addAction("&Keep Logs After Faults");
   m_keepLogs->setToolTip("Journal the samples, replace no log, try again when the disk is full");
   m_keepLogs->setCheckable(true);

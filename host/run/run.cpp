@@ -52,7 +52,7 @@ CStageNames FindQuietly(const CConfiguration& configuration, CRunMessenger& mess
 }  // namespace
 
 CRun::CRun(const CConfiguration& configuration, CRunMessenger& messenger, const CRunOptions& options)
-    : m_refusals(options.policy ? FindLogRefusals(configuration) : std::vector<CString>()),
+    : m_refusals(options.policy ? FindLogRefusals(configuration, true) : std::vector<CString>()),
       m_configuration(WithoutBadLogs(configuration, options, m_badLogs)),
       m_messenger(messenger),
       m_names(FindQuietly(configuration, messenger)),
@@ -93,6 +93,11 @@ void CRun::ShowJournals(const std::vector<CString>& lines) {
     m_messenger.Send("CLogKeeper", "Journals", functionOpen, severityNotice, line);
 }
 
+// Reports what has happened to the logs of recovered journals.
+void CRun::DeliverRecovered() {
+  if (m_pKeeper) ShowJournals(m_pKeeper->DeliverOthers(&m_recoveredLogs));
+}
+
 int CRun::Start() {
   m_isRenamed = false;
   m_sumsDue = {};
@@ -126,7 +131,7 @@ void CRun::Stop() {
 
 void CRun::Deliver() {
   m_loop.Deliver();
-  if (m_pKeeper) ShowJournals(m_pKeeper->DeliverOthers(&m_recoveredLogs));
+  DeliverRecovered();
   m_sumsDue = {};
   if (!m_loop.IsRunning() || m_loop.IsPending()) return;
   Count();
@@ -149,6 +154,7 @@ void CRun::Drive(ACTION action) {
   if (!m_loop.IsRunning()) return;
   action();
   if (m_loop.IsPending()) return;
+  if (!m_loop.IsRunning()) DeliverRecovered();
   Count();
   Tell(&CRunObserver::Counted, m_counts);
   if (!m_loop.IsRunning()) Tell(&CRunObserver::Stopped);

@@ -125,6 +125,7 @@ class CRun : private CRunMessenger::CReader {
   template <class ACTION>
   void Drive(ACTION action);
   void ShowJournals(const std::vector<CString>& lines);
+  void DeliverRecovered();
   void Publish();
   void Count();
   template <class EVENT, class... ARGUMENTS>

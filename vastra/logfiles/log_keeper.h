@@ -5,7 +5,7 @@
 //     CLogKeeper keeper(CLogPolicy{});
 //     outputs.SetLogKeeper(&keeper), summaries.SetLogKeeper(&keeper);
 //     if (!outputs.Open(names) || !summaries.Open(names)) ... keeper.GetOpenFault() ...
-//     keeper.RecoverOthers();
+//     keeper.RecoverOthers(nullptr);
 //     for each scan: outputs.Write(sample), summaries.Write(sample), outputs.Deliver(), summaries.Deliver();
 //     outputs.Close(), summaries.Close();  // wait for the disk
 #pragma once

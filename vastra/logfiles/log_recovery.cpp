@@ -53,10 +53,15 @@ int OpenText(const CString& path, CFile& file) {
   throw CFileException(path, errno);
 }
 
+// What a line about the logs of an output or summary begins with: its name, or the folder if it has none.
+CString Subject(const CTrackSettings& settings) {
+  return (settings.logName.IsEmpty() ? settings.naming.Folder() : settings.logName) + ": ";
+}
+
 // Passes on what has happened to the logs of a track without a link.
 void Deliver(CLogTrack& track, CLogListener* listener, std::vector<CString>& lines) {
   for (const CTrackEvent& event : track.TakeEvents()) {
-    if (event.kind == CTrackEvent::line) lines.push_back(track.Settings().logName + ": " + event.text);
+    if (event.kind == CTrackEvent::line) lines.push_back(Subject(track.Settings()) + event.text);
     if (event.kind == CTrackEvent::closed && listener) listener->LogClosed(event.saved);
     if (event.kind != CTrackEvent::notSaved) continue;
     lines.push_back(event.unsaved.path + ": " + event.unsaved.reason);

@@ -445,7 +445,7 @@ void CLogTrack::ReplaceJournal(CKeptLog& log, const std::shared_ptr<CJournalWrit
     RestartJournal(log);
     m_changed.notify_all();
     AddLine(severityWarning,
-            "The journal is not on the disk and is written anew: " + fault.m_path + ": " + fault.Text());
+            "The journal is not on the disk and is written again: " + fault.m_path + ": " + fault.Text());
   }
   m_keeper.HaveSample();
 }
