@@ -20,8 +20,11 @@ constexpr std::chrono::seconds kReportPause{1};  // between two reports on the l
 
 // A signal handler has no argument for these.
 std::atomic<CInbox*> g_inbox{nullptr};
-std::atomic<bool> g_isStopped{false};  // a signal has come
-std::atomic<bool> g_isAsked{false};    // SIGINT or SIGTERM has come
+std::atomic<bool> g_isStopped{false};    // a signal has come
+std::atomic<std::int64_t> g_askedAt{0};  // by the first SIGINT or SIGTERM, milliseconds on Clock; 0: not yet
+
+// Signals that come together are one request: timeout(1) sends SIGTERM to the command and to its group.
+constexpr std::int64_t kOneRequest = 200;  // milliseconds
 
 constexpr int kStops[] = {SIGINT, SIGTERM, SIGHUP};
 
@@ -30,7 +33,10 @@ constexpr int kStops[] = {SIGINT, SIGTERM, SIGHUP};
 void HandleStop(int signal) {
   const int savedError = errno;
   g_isStopped = true;
-  if (signal != SIGHUP && g_isAsked.exchange(true)) {
+  const std::int64_t now =
+      std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now().time_since_epoch()).count();
+  std::int64_t first = 0;
+  if (signal != SIGHUP && !g_askedAt.compare_exchange_strong(first, now) && now - first >= kOneRequest) {
     ::signal(signal, SIG_DFL);
     ::raise(signal);
   }
@@ -93,7 +99,8 @@ bool CInbox::IsReadable(Time until) const {
 }
 
 CStopSignals::CStopSignals(CInbox& inbox) {
-  g_isStopped = g_isAsked = false;
+  g_isStopped = false;
+  g_askedAt = 0;
   g_inbox = &inbox;
   for (int signal : kStops)
     if (signal != SIGHUP || !IsIgnored(SIGHUP)) SetHandler(signal, HandleStop);  // nohup keeps its effect

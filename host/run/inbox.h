@@ -33,9 +33,9 @@ class CInbox : public CMessageTarget {
   std::atomic<int> m_count{0};  // of messages, so that a loop at full speed need not ask the system
 };
 
-// While the object exists SIGINT, SIGTERM and SIGHUP post messageStop to inbox. The second SIGINT or SIGTERM
-// ends the process at once by its default action, also while the stages close, for the case that a driver or
-// a disk hangs.
+// While the object exists SIGINT, SIGTERM and SIGHUP post messageStop to inbox. A SIGINT or SIGTERM that
+// comes 0.2 s or more after the first one ends the process at once by its default action, also while the
+// stages close, for the case that a driver or a disk hangs.
 class CStopSignals {
  public:
   static constexpr UINT messageStop = 1000;

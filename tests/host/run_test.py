@@ -2,11 +2,15 @@
 import json
 import os
 import re
+import resource
 import signal
 import subprocess
+import time
 
 from commands import LogTest, output, replayed, simulated
 
+# Two requests that arrive at the same moment, as from timeout(1).
+TOGETHER = [signal.SIGSTOP, signal.SIGTERM, signal.SIGINT, signal.SIGCONT]
 STAMP = r"^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d"
 
 
@@ -30,7 +34,7 @@ class Run(LogTest):
 
     def test_a_signal_stops_it_with_every_log_flushed(self):
         self.write("c.json", simulated([output("logs", saveCsv=1)]))
-        for signals in [[signal.SIGINT], [signal.SIGHUP], [signal.SIGHUP, signal.SIGTERM] + [signal.SIGHUP] * 100]:
+        for signals in [[signal.SIGINT], [signal.SIGHUP], TOGETHER + [signal.SIGHUP] * 100]:
             for options in [[], ["--threaded"], ["--period", "0"], ["--period", "3600000"]]:
                 with self.subTest(signals=signals[:3], options=options):
                     counts = self.counts_after(signals, *options)
@@ -41,13 +45,18 @@ class Run(LogTest):
         self.assertEqual(30, nohup["read"])
 
     def test_the_second_signal_ends_it_at_once(self):
+        """The files are limited to one byte, so that the run waits for the disk when it closes."""
+        def limit():
+            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            resource.setrlimit(resource.RLIMIT_FSIZE, (1, 1))
         self.write("c.json", simulated([output("logs")]))
-        run = self.start("run", "c.json", "--debug", stderr=subprocess.PIPE)
-        next(line for line in run.stderr if b"CPlcLink,Read)" in line)
-        for number in [signal.SIGSTOP, signal.SIGTERM, signal.SIGINT, signal.SIGCONT]:  # both arrive before it can close
-            run.send_signal(number)
+        run = self.start("run", "c.json", "--debug", "--close-within", "600", stderr=subprocess.PIPE, preexec_fn=limit)
+        next(line for line in run.stderr if b"End - OutputFileLink( CFileLink,Write)" in line)
+        run.send_signal(signal.SIGTERM)
+        time.sleep(.5)  # a signal that comes with the first one is not a second one
+        run.send_signal(signal.SIGINT)
         run.communicate(timeout=60)
-        self.assertIn(run.returncode, [-signal.SIGTERM, -signal.SIGINT])
+        self.assertEqual(-signal.SIGINT, run.returncode)
 
     def test_messages_begin_with_the_time_and_depend_on_the_verbosity(self):
         self.write("c.json", simulated([output("logs", maxLogs=0)], driver={"value4": 2, "value5": 109},
