@@ -122,12 +122,14 @@ void CLogTrack::Close() {
   while (!m_logs.empty()) Drop(m_logs.begin(), "the disk did not answer in time");
 }
 
-// Whether waiting longer would make no difference: the oldest log cannot be saved, also when Close has tried
-// it again, and the journal has all.
+// Whether waiting longer would make no difference: the logs cannot be saved, also when Close has tried them
+// again, and the journal has all.
 bool CLogTrack::IsSafe() const {
-  const bool isTried = m_logs[0]->nextTry != CKeeperTime{};
-  return isTried && !m_logs[0]->failure.IsEmpty() &&
-         std::all_of(m_logs.begin(), m_logs.end(),
+  for (const CLogPointer& log : m_logs) {
+    if (log->nextTry == CKeeperTime{} || log->failure.IsEmpty()) return false;
+    if (!log->IsSaved()) break;  // the logs after it wait for it
+  }
+  return std::all_of(m_logs.begin(), m_logs.end(),
                      [](const auto& log) { return std::max(log->synced, log->onDisk) == log->count; });
 }
 

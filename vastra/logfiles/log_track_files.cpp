@@ -332,15 +332,16 @@ bool CLogTrack::WriteJournal(CKeptLog& log, CKeeperTime now) {
   const std::lock_guard naming(log.journalMutex);
   CSampleSpans samples;
   CSampleStore::CPlace end;
-  std::shared_ptr<CJournalWriter> journal = JournalOf(log);
-  const bool isGone = journal && !FileExists(journal->GetPath()) && errno == ENOENT;
+  const std::shared_ptr<CJournalWriter> before = JournalOf(log);  // closes a file that has gone without m_mutex
+  std::shared_ptr<CJournalWriter> journal;
+  const bool isGone = before && !FileExists(before->GetPath()) && errno == ENOENT;
   std::uint64_t count = 0;
   {
     const CGuard lock(m_mutex);
     count = log.count;
     if (log.isDropped || log.IsSaved()) return false;
-    if (isGone && log.journal == journal) {
-      log.leftJournals.push_back(journal->GetPath());  // its folder can come back
+    if (isGone && log.journal == before) {
+      log.leftJournals.push_back(before->GetPath());  // its folder can come back
       RestartJournal(log);
     }
     if (log.journaled >= count) return false;
@@ -350,9 +351,10 @@ bool CLogTrack::WriteJournal(CKeptLog& log, CKeeperTime now) {
     log.samples.AddSpans(end, samples);
     ++log.users;
   }
+  const bool isNew = !journal;
   CString failure;
   try {
-    if (!journal) journal = NewJournal(log);
+    if (isNew) journal = NewJournal(log);
     journal->Append(samples);
   } catch (const CFileException& fault) {
     failure = m_settings.naming.directory + ": " + fault.Text();
@@ -361,6 +363,7 @@ bool CLogTrack::WriteJournal(CKeptLog& log, CKeeperTime now) {
   }
   const CGuard lock(m_mutex);
   --log.users;
+  if (!isNew && log.journal != journal) return true;  // its sync has failed meanwhile: a new one gets all
   log.journal = log.isDropped ? nullptr : journal;
   if (failure.IsEmpty()) {
     log.journaled = count;
