@@ -215,11 +215,6 @@ void CLogTrack::HaveFailed(CImage& image, const CFileException& fault) {
   const std::uint64_t inFile = log.files[Index(Counting())].samples;
   const bool isTextOnly = inFile == image.count;  // the other file is on the disk
   {
-    const std::lock_guard naming(log.journalMutex);
-    log.named.reset();
-    if (inFile > 0) log.named = {log.name, image.First(), inFile};
-  }
-  {
     const CGuard lock(m_mutex);
     --log.users;
     const auto pause = m_closing ? std::min(m_keeper.policy.retry, kClosingRetry) : m_keeper.policy.retry;
