@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <map>
+#include <new>
 #include <set>
 
 #include "vastra/core/messenger.h"
@@ -22,6 +23,8 @@
 
 namespace vastra {
 namespace {
+
+constexpr const char* kTooLarge = "it is too large for the memory";
 
 CSampleSpans SpansOf(const CSampleStore& samples) {
   CSampleSpans spans;
@@ -75,7 +78,8 @@ bool CLogTrack::CanContinue() const { return m_keeper.policy.live && !m_settings
 
 void CLogTrack::Recover(bool continues) {
   const std::optional<CUnfinishedLog> unfinished = m_lock.GetUnfinished();  // before the writer changes it
-  if (m_lock.IsTaken()) {
+  const bool isLocked = m_lock.IsTaken(), wasCutOff = m_lock.WasCutOff();
+  if (isLocked) {
     const std::vector<CString> lines = m_folder.RemoveLeftovers();
     const CGuard lock(m_mutex);
     for (const CString& line : lines) AddLine(severityWarning, line);
@@ -99,11 +103,12 @@ void CLogTrack::Recover(bool continues) {
     break;
   }
   try {
-    if (m_lock.IsTaken()) CompleteText();
+    if (isLocked) CompleteText();
     if (continues && !m_collected && unfinished && !isOneLeft) Continue(*unfinished);
   } catch (const CFileException&) {  // a file that cannot be read stays as it is
+  } catch (const std::bad_alloc&) {  // so does one that is too large for the memory
   }
-  const bool isRowLost = m_settings.isSummary && (m_lock.WasCutOff() || recovered.samples > 0);
+  const bool isRowLost = m_settings.isSummary && (wasCutOff || recovered.samples > 0);
   if (recovered.samples == 0 && !isRowLost) return;
   CString line = "The last run was cut off";
   if (recovered.samples > 0)
@@ -153,6 +158,10 @@ bool CLogTrack::RecoverLog(const std::vector<std::uint64_t>& journals, bool goes
     AddLine(severityWarning,
             best.journal->GetPath() + " is left as it is: " + fault.m_path + ": " + fault.Text());
     return false;
+  } catch (const std::bad_alloc&) {
+    const CGuard lock(m_mutex);
+    AddLine(severityWarning, best.journal->GetPath() + " is left as it is: " + kTooLarge);
+    return false;
   }
   log->journal = best.journal;
   log->leftJournals = others;
@@ -183,7 +192,7 @@ bool CLogTrack::ReadJournalOf(std::uint64_t number, CFound& found) {
     if (exception.m_error == EWOULDBLOCK) return false;  // its process lives
     fault = exception.Text();
   } catch (const std::bad_alloc&) {
-    fault = "it is too large for the memory";
+    fault = kTooLarge;
   }
   const CGuard lock(m_mutex);
   AddLine(severityWarning, path + " is left as it is: " + fault);
