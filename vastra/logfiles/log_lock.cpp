@@ -91,8 +91,7 @@ int CLogLock::Renew(int& other) {
   CFileStatus present;
   if (!IsTaken()) return 1;
   const bool isThere = FileLayer().Stat(m_path, present);
-  if (isThere ? present.inode == m_status.inode && present.device == m_status.device : errno != ENOENT)
-    return 1;
+  if (isThere ? IsOwn(present) : errno != ENOENT) return 1;
   CLogLock renewed;
   if (!renewed.Take(m_key, m_naming, other)) return 0;
   m_file = std::move(renewed.m_file);
@@ -119,9 +118,16 @@ bool CLogLock::OpenLocked() {
   return IsTaken();
 }
 
-// Overwrites the note in place, which needs no space on the disk: its length says where it ends.
+bool CLogLock::IsOwn(const CFileStatus& file) const {
+  return file.inode == m_status.inode && file.device == m_status.device;
+}
+
+// Overwrites the note in place, which needs no space on the disk: its length says where it ends. No effect if
+// the folder was replaced and another lock has the name.
 void CLogLock::WriteNote(int process, bool isDurable) const {
   std::string bytes;
+  CFileStatus present;
+  if (FileLayer().Stat(m_path, present) && !IsOwn(present)) return;
   PutLockNote(bytes, {static_cast<std::int32_t>(process), m_naming, m_unfinished});
   CFile file(m_path, CFile::modeWrite);
   file.Write(bytes.data(), bytes.size());

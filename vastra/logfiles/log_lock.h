@@ -43,6 +43,7 @@ class CLogLock {
  private:
   bool OpenLocked();
   void Leave(int process);
+  bool IsOwn(const CFileStatus& file) const;  // whether it is m_file
   void WriteNote(int process, bool isDurable) const;
   bool FindOther(int& other) const;
 
