@@ -27,7 +27,7 @@ class CKeeperState : public std::enable_shared_from_this<CKeeperState> {
   // Until when the logs of a run that closes may wait for the disk: closeWithin after the first call since
   // the last track was added.
   CKeeperTime CloseBy();
-  // Whether a step of the clock to time was not told yet.
+  // Whether a step of the clock to time was not reported yet.
   bool IsNewStep(const _timeb& time);
 
   // From any thread.

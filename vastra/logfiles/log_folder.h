@@ -28,7 +28,6 @@ class CLogFolder {
   CLogFolder(const CLogNaming& naming, UINT maxLogs, const CLogRetention& retention)
       : m_naming(naming), m_rotation(naming, maxLogs, retention) {}
 
-  const CLogNaming& Naming() const { return m_naming; }
   CString PathOf(const CString& name, ELogForm form) const { return m_naming.PathOf(name, form); }
 
   // Removes the temporary files of the own naming that no process is writing. Returns a line for each one

@@ -29,8 +29,6 @@ struct VASTRA_API CLogNaming {
   bool ByTime() const;
   bool Saves(ELogForm form) const { return form == ELogForm::binary ? saveRp : saveCsv; }
 
-  CString BinaryFile(const CString& name) const { return FileOf(name, ELogForm::binary); }
-  CString TextFile(const CString& name) const { return FileOf(name, ELogForm::text); }
   CString FileOf(const CString& name, ELogForm form) const { return name + EndingOf(form); }
   CString PathOf(const CString& name, ELogForm form) const;
   CString EndingOf(ELogForm form) const;  // of the files: ".rph" or "h.csv"

@@ -133,7 +133,7 @@ bool CLogTrack::IsSafe() const {
                      [](const auto& log) { return std::max(log->synced, log->onDisk) == log->count; });
 }
 
-// Removes a log whose samples that are not on the disk are lost now, or left in the journal. Logs behind one
+// Removes a log whose samples that are not on the disk are lost now, or left in the journal. Logs after one
 // that could not be saved share its reason.
 void CLogTrack::Drop(std::deque<CLogPointer>::iterator place, const CString& cause) {
   CKeptLog& log = **place;

@@ -41,7 +41,7 @@ CKeeperTime CLogTrack::SaveDue(CKeeperTime now) {
   return now;  // there can be more
 }
 
-// Finds the first log that has to be written and is due. Logs behind one that could not be saved wait for it,
+// Finds the first log that has to be written and is due. Logs after one that could not be saved wait for it,
 // unless only its text is missing. next: when one is due, if none is now.
 bool CLogTrack::NextImage(CKeeperTime now, CImage& image, CKeeperTime& next) {
   const CGuard lock(m_mutex);
@@ -89,12 +89,12 @@ bool CLogTrack::Save(CImage& image) {
 }
 
 // Somebody may have removed the folder, and made it again. Whoever has taken the lock of the new one
-// meanwhile is told once: the files stay apart, but each removes old logs of the other.
+// meanwhile is reported once: the files stay apart, but each removes old logs of the other.
 void CLogTrack::RenewLock() {
   int other = 0;
   try {
     if (m_lock.Renew(other) || std::exchange(m_isShared, true)) return;
-  } catch (const CFileException&) {  // saving fails for the same reason, and tells it
+  } catch (const CFileException&) {  // saving fails for the same reason, and reports it
     return;
   }
   const CGuard lock(m_mutex);
@@ -173,8 +173,8 @@ void CLogTrack::WriteText(CImage& image, CFile& file) {
   file.Write(log.text.View().data(), log.text.View().size());
 }
 
-// Tells the journal, if there is one, which file is about to have its samples. From here on the journal
-// thread tells a journal that it makes for the log.
+// Writes into the journal, if there is one, which file is about to have its samples. From here on the journal
+// thread writes it into each journal that it makes for the log.
 void CLogTrack::NameJournal(CKeptLog& log, const CJournaledLog& named) {
   std::shared_ptr<CJournalWriter> journal;
   {
@@ -327,7 +327,7 @@ bool CLogTrack::WriteJournal(CKeptLog& log, CKeeperTime now) {
   const std::lock_guard naming(log.journalMutex);
   CSampleSpans samples;
   CSampleStore::CPlace end;
-  const std::shared_ptr<CJournalWriter> before = JournalOf(log);  // closes a file that has gone without m_mutex
+  const std::shared_ptr<CJournalWriter> before = JournalOf(log);  // its file is not closed under m_mutex
   std::shared_ptr<CJournalWriter> journal;
   const bool isGone = before && !FileExists(before->GetPath()) && errno == ENOENT;
   std::uint64_t count = 0;

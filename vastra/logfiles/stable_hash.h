@@ -1,5 +1,5 @@
 // CStableHash: a number that identifies bytes, the same on every machine and in every version: FNV-1a with 64
-// bits. The names and the records of locks use it.
+// bits. The keys of locks and journals are such numbers.
 #pragma once
 
 #include <cinttypes>

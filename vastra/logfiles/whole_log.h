@@ -1,4 +1,4 @@
-// IsWholeLog: tells a log that is whole from a short, empty or foreign file of its name. The rotation of logs
+// IsWholeLog: distinguishes a log that is whole from a short, empty or foreign file of its name. The rotation of logs
 // (log_rotation.h) asks it.
 #pragma once
 
