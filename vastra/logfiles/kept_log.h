@@ -64,8 +64,8 @@ struct CKeptLog {
   CSampleStore::CPlace textPlace;
 
   // The name that its file has or is about to get; it stays when a save has failed, because the file may have
-  // got it, and a recovery looks at the file. Guarded by journalMutex, which is locked before the mutex of the
-  // track.
+  // got it, and a recovery looks at the file. Guarded by journalMutex, which is locked before the mutex of
+  // the track.
   std::mutex journalMutex;
   std::optional<CJournaledLog> named;
   std::uint64_t journals = 0;  // made for it; of the journal thread

@@ -373,7 +373,7 @@ std::vector<CString> RecoverForeignJournals(CKeeperState& keeper, CLogListener* 
       track->Adopt(entry.key);
       if (!keeper.Add(track)) continue;  // the journals stay for the next start
       track->Recover(false);
-      if (track->Ledger().recovered > 0)
+      if (track->Ledger().recovered > 0 || track->HasLogs())
         keeper.otherTracks.push_back(track);
       else
         keeper.Remove(track);  // its process lives, or its logs are on the disk

@@ -67,8 +67,9 @@ class CLogTrack {
   // the first Append.
   bool NamesOtherLog(const CLogSample& sample) const;
   bool IsEmpty() const { return !m_collected; }
-  void EndLog();     // the next sample starts another log
-  void WantImage();  // the samples so far are to be in a file
+  bool HasLogs() const { return !Logs().empty(); }  // of which a file is missing
+  void EndLog();                                    // the next sample starts another log
+  void WantImage();                                 // the samples so far are to be in a file
   // Ends the log and waits until all logs are on the disk, or in the journal after a failure, or until the
   // keeper's deadline.
   void Close();

@@ -1,5 +1,5 @@
-// IsWholeLog: distinguishes a log that is whole from a short, empty or foreign file of its name. The rotation of logs
-// (log_rotation.h) asks it.
+// IsWholeLog: distinguishes a log that is whole from a short, empty or foreign file of its name. The rotation
+// of logs (log_rotation.h) asks it.
 #pragma once
 
 #include "vastra/logfiles/log_naming.h"
