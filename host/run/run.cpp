@@ -88,9 +88,9 @@ CScanLoop::COptions CRun::LoopOptions(const CRunOptions& options) {
 }
 
 // The lines go the way of the messages of the links.
-void CRun::ShowJournals(const std::vector<CString>& lines) {
-  for (const CString& line : lines)
-    m_messenger.Send("CLogKeeper", "Journals", functionOpen, severityNotice, line);
+void CRun::ShowJournals(const std::vector<CKeeperLine>& lines) {
+  for (const CKeeperLine& line : lines)
+    m_messenger.Send("CLogKeeper", "Journals", functionOpen, line.severity, line.text);
 }
 
 // Reports what has happened to the logs of recovered journals.

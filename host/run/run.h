@@ -124,7 +124,7 @@ class CRun : private CRunMessenger::CReader {
   CScanLoop::COptions LoopOptions(const CRunOptions& options);
   template <class ACTION>
   void Drive(ACTION action);
-  void ShowJournals(const std::vector<CString>& lines);
+  void ShowJournals(const std::vector<CKeeperLine>& lines);
   void DeliverRecovered();
   void Publish();
   void Count();

@@ -11,11 +11,12 @@ namespace {
 
 constexpr std::chrono::hours kIdle{1};             // longest sleep of the writer thread
 constexpr std::chrono::seconds kLeastPatience{1};  // with a thread that shall end
+constexpr std::chrono::seconds kLeastTry{1};  // for the logs of a track, after others have used up the time
 
 constexpr std::chrono::milliseconds kMemoryPause{200};  // when there is not enough memory
 
 // Logs that the writer thread has not tried yet are held up to here, whatever the policy says.
-constexpr std::uint64_t kLeastHold = std::uint64_t{1} << 20;
+constexpr std::uint64_t kLeastHold = std::uint64_t{4} << 20;
 
 CKeeperTime Now() { return std::chrono::steady_clock::now(); }
 
@@ -71,7 +72,7 @@ void CKeeperState::Stop() {
 CKeeperTime CKeeperState::CloseBy() {
   const std::lock_guard lock(m_mutex);
   if (m_closeBy == CKeeperTime{}) m_closeBy = Now() + policy.closeWithin;
-  return m_closeBy;
+  return std::max(m_closeBy, Now() + std::min<CKeeperTime::duration>(policy.closeWithin, kLeastTry));
 }
 
 bool CKeeperState::IsNewStep(const _timeb& time) {

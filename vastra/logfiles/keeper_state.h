@@ -24,8 +24,8 @@ class CKeeperState : public std::enable_shared_from_this<CKeeperState> {
   void Remove(const std::shared_ptr<CLogTrack>& track);
   // Ends the threads; one that does not end in time is left alone.
   void Stop();
-  // Until when the logs of a run that closes may wait for the disk: closeWithin after the first call since
-  // the last track was added.
+  // Until when the logs of a track that closes may wait for the disk: closeWithin after the first call since
+  // the last track was added, but a second at least, for one whose disk is well.
   CKeeperTime CloseBy();
   // Whether a step of the clock to time was not reported yet.
   bool IsNewStep(const _timeb& time);

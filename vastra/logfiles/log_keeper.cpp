@@ -15,11 +15,11 @@ CLogKeeper::~CLogKeeper() {
   m_pState->Stop();
 }
 
-std::vector<CString> CLogKeeper::RecoverOthers(CLogListener* listener) {
-  return m_pState->policy.live ? RecoverForeignJournals(*m_pState, listener) : std::vector<CString>();
+std::vector<CKeeperLine> CLogKeeper::RecoverOthers(CLogListener* listener) {
+  return m_pState->policy.live ? RecoverForeignJournals(*m_pState, listener) : std::vector<CKeeperLine>();
 }
 
-std::vector<CString> CLogKeeper::DeliverOthers(CLogListener* listener) {
+std::vector<CKeeperLine> CLogKeeper::DeliverOthers(CLogListener* listener) {
   return DeliverForeign(*m_pState, listener);
 }
 

@@ -28,6 +28,12 @@ struct COtherLedger {
   CLogLedger ledger;
 };
 
+// A line about logs of journals, with the severity of a message.
+struct CKeeperLine {
+  char severity;
+  CString text;
+};
+
 class VASTRA_API CLogKeeper {
  public:
   explicit CLogKeeper(const CLogPolicy& policy);
@@ -38,9 +44,9 @@ class VASTRA_API CLogKeeper {
   // Makes logs of the journals that ended runs have left in the folders of the open outputs and summaries and
   // that none of these owns. Returns a line for each, such as "recovered 12 samples, ... to ..."; listener,
   // if not null, gets the logs.
-  std::vector<CString> RecoverOthers(CLogListener* listener);
+  std::vector<CKeeperLine> RecoverOthers(CLogListener* listener);
   // The lines about what has happened to these logs since, for a host that calls Deliver of its stages.
-  std::vector<CString> DeliverOthers(CLogListener* listener);
+  std::vector<CKeeperLine> DeliverOthers(CLogListener* listener);
   std::vector<COtherLedger> Others() const;
 
   // Why the last output or summary did not open, such as "logs: process 1234 already writes logs with these

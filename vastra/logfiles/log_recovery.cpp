@@ -12,6 +12,7 @@
 #include <map>
 #include <new>
 #include <set>
+#include <string>
 
 #include "vastra/core/messenger.h"
 #include "vastra/logfiles/csv_reader.h"
@@ -49,6 +50,12 @@ CSampleStore::CPlace EndOf(const CKeptLog& log) {
   return end;
 }
 
+// The text of time in a text log.
+std::string TextOf(const _timeb& time) {
+  char text[kMaxTimeText];
+  return {text, CTimeText().Put(text, time)};
+}
+
 // Opens a text log: 1, or 0 if there is none. Throws CFileException.
 int OpenText(const CString& path, CFile& file) {
   if (file.Open(path, CFile::modeRead)) return 1;
@@ -62,12 +69,13 @@ CString Subject(const CTrackSettings& settings) {
 }
 
 // Passes on what has happened to the logs of a track without a link.
-void Deliver(CLogTrack& track, CLogListener* listener, std::vector<CString>& lines) {
+void Deliver(CLogTrack& track, CLogListener* listener, std::vector<CKeeperLine>& lines) {
   for (const CTrackEvent& event : track.TakeEvents()) {
-    if (event.kind == CTrackEvent::line) lines.push_back(Subject(track.Settings()) + event.text);
+    if (event.kind == CTrackEvent::line)
+      lines.push_back({event.severity, Subject(track.Settings()) + event.text});
     if (event.kind == CTrackEvent::closed && listener) listener->LogClosed(event.saved);
     if (event.kind != CTrackEvent::notSaved) continue;
-    lines.push_back(event.unsaved.path + ": " + event.unsaved.reason);
+    lines.push_back({severityError, event.unsaved.path + ": " + event.unsaved.reason});
     if (listener) listener->LogNotSaved(event.unsaved);
   }
 }
@@ -239,8 +247,11 @@ bool CLogTrack::Join(CLogPointer& log, const CJournalContent& content) const {
 // not those of a text that is not as it was written. Throws CFileException.
 std::uint64_t CLogTrack::CountSaved(const CLogNaming& naming, const CJournaledLog& log,
                                     const CStringArray& names, CSampleStore& samples) const {
-  if (CFile text; !naming.saveRp)
-    return OpenText(m_folder.PathOf(log.name, ELogForm::text), text) ? ReadCsv(text, names, samples) : 0;
+  if (CFile text; !naming.saveRp) {
+    if (!OpenText(m_folder.PathOf(log.name, ELogForm::text), text)) return 0;
+    const std::uint64_t count = ReadCsv(text, names, samples);
+    return !samples.IsEmpty() && TextOf(samples.GetHead().m_time) == TextOf(log.first) ? count : 0;
+  }
   const CString path = m_folder.PathOf(log.name, ELogForm::binary);
   CLogReader reader(samples);
   if (reader.Open(path) && reader.HasNames(names) && reader.ReadSamples() && !samples.IsEmpty())
@@ -295,7 +306,7 @@ void CLogTrack::CompleteText() {
 
 // A log whose samples are saved, in its file.
 CLogTrack::CLogPointer CLogTrack::LogOf(const CString& name, const CSampleStore& saved) {
-  const auto log = std::make_shared<CKeptLog>(m_keeper.pool);
+  auto log = std::make_shared<CKeptLog>(m_keeper.pool);
   log->names = m_settings.varNames;
   log->number = m_nextNumber++;
   log->count = saved.GetCount();
@@ -336,7 +347,7 @@ void CLogTrack::Enqueue(const CLogPointer& log, bool goesOn) {
     } else {
       log->isComplete = true;
       log->sequence = m_keeper.NextSequence();
-      log->bytes = log->samples.GetBytes();
+      log->bytes = log->samples.GetMemory();
       m_keeper.Hold(log->bytes);
     }
   }
@@ -347,13 +358,13 @@ void CLogTrack::Enqueue(const CLogPointer& log, bool goesOn) {
   });
 }
 
-std::vector<CString> RecoverForeignJournals(CKeeperState& keeper, CLogListener* listener) {
+std::vector<CKeeperLine> RecoverForeignJournals(CKeeperState& keeper, CLogListener* listener) {
   std::set<std::string> folders, keys;
   for (const auto& track : keeper.Tracks()) {
     folders.insert(track->Settings().naming.directory.Std());
     keys.insert(track->Key().Std());
   }
-  std::vector<CString> lines;
+  std::vector<CKeeperLine> lines;
   for (const std::string& folder : folders)
     for (const CJournalEntry& entry : ListJournals(CString(folder))) {
       CJournalContent content;
@@ -361,7 +372,8 @@ std::vector<CString> RecoverForeignJournals(CKeeperState& keeper, CLogListener* 
       const CString path = JoinPath(CString(folder), JournalFile(entry.key, entry.number));
       if (keys.count(entry.key.Std()) > 0) continue;
       if (!ReadJournal(path, content, samples)) {
-        if (!content.isHeadTorn) lines.push_back(path + " is left as it is: " + content.fault);
+        if (!content.isHeadTorn)
+          lines.push_back({severityWarning, path + " is left as it is: " + content.fault});
         continue;
       }
       keys.insert(entry.key.Std());
@@ -382,8 +394,8 @@ std::vector<CString> RecoverForeignJournals(CKeeperState& keeper, CLogListener* 
   return lines;
 }
 
-std::vector<CString> DeliverForeign(CKeeperState& keeper, CLogListener* listener) {
-  std::vector<CString> lines;
+std::vector<CKeeperLine> DeliverForeign(CKeeperState& keeper, CLogListener* listener) {
+  std::vector<CKeeperLine> lines;
   for (const auto& track : keeper.otherTracks) Deliver(*track, listener, lines);
   return lines;
 }

@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "vastra/logfiles/log_listener.h"
+#include "vastra/logfiles/log_keeper.h"
 
 namespace vastra {
 
@@ -11,8 +11,8 @@ class CKeeperState;
 
 // Makes logs of the journals in the folders of the open tracks that belong to none of them and that no
 // process has open. Returns a line for each output or summary; listener, if not null, gets the logs.
-std::vector<CString> RecoverForeignJournals(CKeeperState& keeper, CLogListener* listener);
+std::vector<CKeeperLine> RecoverForeignJournals(CKeeperState& keeper, CLogListener* listener);
 // The same for what has happened to these logs since.
-std::vector<CString> DeliverForeign(CKeeperState& keeper, CLogListener* listener);
+std::vector<CKeeperLine> DeliverForeign(CKeeperState& keeper, CLogListener* listener);
 
 }  // namespace vastra

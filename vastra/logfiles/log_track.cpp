@@ -89,7 +89,7 @@ void CLogTrack::Complete() {
     if (!m_collected) return;
     m_collected->isComplete = true;
     m_collected->sequence = m_keeper.NextSequence();
-    bytes = m_collected->bytes = m_collected->samples.GetBytes();
+    bytes = m_collected->bytes = m_collected->samples.GetMemory();
     m_keeper.Hold(bytes);
     m_collected = nullptr;
     for (const CLogPointer& log : m_logs) log->nextTry = {};

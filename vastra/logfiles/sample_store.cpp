@@ -119,6 +119,12 @@ std::size_t CSampleStore::GetBytes() const {
   return bytes;
 }
 
+std::size_t CSampleStore::GetMemory() const {
+  std::size_t bytes = 0;
+  for (const CSampleBlock& block : m_blocks) bytes += block.m_size + block.m_timeSize;
+  return bytes;
+}
+
 void CSampleStore::RemoveAll() {
   m_used = 0;
   m_count = m_taken = 0;

@@ -119,6 +119,8 @@ class VASTRA_API CSampleStore {
   const _timeb& GetLastTime() const;
   // Bytes of the samples, without unused memory.
   std::size_t GetBytes() const;
+  // Bytes of the blocks, with unused memory.
+  std::size_t GetMemory() const;
 
   // For the reader: empties the store and returns memory for the image of a log of size bytes. Throws
   // std::bad_alloc.
