@@ -59,7 +59,7 @@ void CMainWindow::MakeRunMenu() {
   m_keepLogs = run->addAction("&Keep Logs After Faults");
   m_keepLogs->setToolTip("Journal the samples, replace no log, try again when the disk is full");
   m_keepLogs->setCheckable(true);
-  m_keepLogs->setChecked(m_settings.Get("PlainLogs").IsEmpty());
+  m_keepLogs->setChecked(m_settings.Get(kPlainLogs).IsEmpty());
   connect(m_keepLogs, &QAction::toggled, this, [this](bool keep) { SetKeepLogs(keep); });
   m_start->setIcon(style()->standardIcon(QStyle::SP_MediaPlay));
   m_stop->setIcon(style()->standardIcon(QStyle::SP_MediaStop));

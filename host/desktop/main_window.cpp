@@ -22,7 +22,6 @@ namespace {
 
 constexpr const char* kPlace = "MainPlace";
 constexpr const char* kDemoOffered = "DemoOffered";
-constexpr const char* kPlainLogs = "PlainLogs";
 constexpr const char* kFilter = "Configurations (*.json *.vst)|*.json;*.vst|All Files (*.*)|*.*||";
 
 const char* NameOf(CRunner::EState state) {

@@ -40,6 +40,8 @@ class CMainWindow : public QMainWindow {
   void closeEvent(QCloseEvent* event) override;
 
  private:
+  static constexpr const char* kPlainLogs = "PlainLogs";  // setting: not empty if logs are not kept
+
   void MakeActions();
   void MakeStatusBar();
   void MakeFileMenu();

@@ -112,7 +112,8 @@ int CRun::Start() {
 
 CString CRun::OpenFault() const {
   const EStage stage = m_loop.WhichFailed();
-  const CString kept = m_pKeeper ? m_pKeeper->GetOpenFault() : CString();
+  const bool isKept = m_pKeeper && (stage == EStage::outputs || stage == EStage::summaries);
+  const CString kept = isKept ? m_pKeeper->GetOpenFault() : CString();
   return CString(KeyOf(stage)) + ": the stage does not open: " +
          (kept.IsEmpty() ? WhyNotOpened(FindOpenFault(m_configuration, stage)) : kept);
 }

@@ -194,6 +194,16 @@ std::vector<CLogTrack::CLogPointer> CLogTrack::Logs() const {
   return {m_logs.begin(), m_logs.end()};
 }
 
+std::shared_ptr<CJournalWriter> CLogTrack::JournalOf(const CKeptLog& log) const {
+  const CGuard lock(m_mutex);
+  return log.journal;
+}
+
+std::vector<CString> CLogTrack::LeftJournals(const CKeptLog& log) const {
+  const CGuard lock(m_mutex);
+  return log.leftJournals;
+}
+
 // With m_mutex locked.
 void CLogTrack::AddLine(char severity, const CString& text) {
   CTrackEvent event;

@@ -114,6 +114,8 @@ class CLogTrack {
   // Whether a log that a stop has cut short goes on with the next start.
   bool CanContinue() const;
   std::vector<CLogPointer> Logs() const;
+  std::shared_ptr<CJournalWriter> JournalOf(const CKeptLog& log) const;
+  std::vector<CString> LeftJournals(const CKeptLog& log) const;
   void AddLine(char severity, const CString& text);
 
   // log_recovery.cpp
@@ -152,8 +154,6 @@ class CLogTrack {
   bool MakeRoom(const CImage& image, const CFileException& fault);
   void Account(const CRotation& rotation);
   bool WriteJournal(CKeptLog& log, CKeeperTime now);
-  std::shared_ptr<CJournalWriter> JournalOf(const CKeptLog& log) const;
-  std::vector<CString> LeftJournals(const CKeptLog& log) const;
   std::shared_ptr<CJournalWriter> NewJournal(CKeptLog& log);
   void RestartJournal(CKeptLog& log);
   void SyncJournal(CKeptLog& log);

@@ -306,16 +306,6 @@ void CLogTrack::Account(const CRotation& rotation) {
   for (const CString& fault : rotation.faults) AddLine(severityWarning, fault);
 }
 
-std::shared_ptr<CJournalWriter> CLogTrack::JournalOf(const CKeptLog& log) const {
-  const CGuard lock(m_mutex);
-  return log.journal;
-}
-
-std::vector<CString> CLogTrack::LeftJournals(const CKeptLog& log) const {
-  const CGuard lock(m_mutex);
-  return log.leftJournals;
-}
-
 bool CLogTrack::WriteJournals(CKeeperTime now) {
   bool isLate = false;
   for (const CLogPointer& log : Logs()) isLate |= WriteJournal(*log, now);
