@@ -148,7 +148,7 @@ class LogRotation : public LogFolder {
     const timespec times[2] = {{0, UTIME_OMIT}, {::time(nullptr) - days * 86400, 0}};
     ::utimensat(AT_FDCWD, m_dir / file.c_str(), times, 0);
   }
-  // What a rotation has removed, without the hour, and how many faults it tells.
+  // What a rotation has removed, without the hour, and how many faults it reports.
   static std::string Rotated(CLogFolder& folder, bool onlyOldest = false) {
     CRotation rotation;
     onlyOldest ? void(folder.RemoveOldest(rotation)) : folder.Rotate(rotation);

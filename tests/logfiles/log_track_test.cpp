@@ -95,7 +95,7 @@ TEST_F(LogTrack, ALogLargerThanTheLimitIsGivenTheTimeToBeSaved) {
   m_link->Close();
 }
 
-// A journal that continues a log whose file has gone, and whose own log was named before the kill.
+// A journal that continues a log whose file is missing, and whose own log was named before the kill.
 TEST_F(LogTrack, NoSampleIsRecoveredTwice) {
   for (const bool isSaved : {false, true}) {
     NewLink();

@@ -29,7 +29,7 @@ class CLogLock {
   int Take(const CString& key, const CLogNaming& naming, int& other);
   void Release() { Leave(0); }  // no effect without a lock
   bool IsTaken() const { return m_file != nullptr; }
-  // Takes a lock again whose file has gone, with its folder or from it. Returns and throws as Take does; 1 if
+  // Takes a lock again whose file is missing, alone or with its folder. Returns and throws as Take does; 1 if
   // the file is there.
   int Renew(int& other);
 

@@ -212,14 +212,14 @@ bool CLogTrack::ReadJournalOf(std::uint64_t number, CFound& found) {
 bool CLogTrack::Join(CLogPointer& log, const CJournalContent& content) const {
   const std::optional<CJournaledLog>& continued = content.head.continues;
   const std::optional<CJournaledLog>& named = content.named ? content.named : continued;
-  // Not of a log that has got a file of its own because the one that it continued had gone. The times of a
+  // Not of a log that has got a file of its own because the one that it continued was missing. The times of a
   // text log that was read back depend on the time zone of that run.
   const bool isSame = continued && named->name == continued->name &&
                       (named->first == continued->first || !content.head.naming.saveRp);
   const std::uint64_t before = isSame ? continued->samples : 0, journaled = log->samples.GetCount();
   CSampleStore saved;
   std::uint64_t inFile = named ? CountSaved(content.head.naming, *named, log->names, saved) : 0;
-  if (inFile < before || (isSame && saved.GetCount() < before)) inFile = 0;  // it has gone, or is another log
+  if (inFile < before || (isSame && saved.GetCount() < before)) inFile = 0;  // it is missing, or another log
   const bool isSaved = journaled == 0 || inFile >= before + journaled;  // only the text copy can be missing
   if (isSaved &&
       (inFile == 0 || !content.head.naming.saveCsv || CountText(named->name).value_or(0) >= inFile))
