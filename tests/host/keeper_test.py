@@ -128,5 +128,9 @@ class Keeper(LogTest):
             line = r"vastra: c\.json: %%sinput\.inputFiles\[%d\]: \S*%s: .*%%s" % (index, name)
             self.assertRegex(err, line % ("warning: ", ": the log is left out"))
             self.assertRegex(strict, line % ("", ""))
-        self.write("c.json", replayed([name for name in counts["files"] if name.endswith(".rph")], [output("logs")]))
+        own = [name for name in counts["files"] if name.endswith(".rph")]
+        self.write("c.json", replayed(own, [output("logs")]))
         self.expect("run c.json", 3, err=r"c\.json: outputs\[0\]\.directory: input\.inputFiles\[0\], ")
+        self.write("c.json", replayed(own, [output("logs", usePrefix=1, prefix="p")]))
+        self.expect("check c.json", err="", out=None)
+        self.expect("check c.json --plain", err=r"c\.json: warning: outputs\[0\]\.directory: input\.inputFiles\[0\], ", out=None)
