@@ -69,7 +69,7 @@ const json* CJsonReader::Find(const char* name) {
   return found == level.m_node->end() ? nullptr : &*found;
 }
 
-void CJsonReader::Fail(const char* name, const char* words) const {
+void CJsonReader::Fail(const char* name, const CString& words) const {
   throw CJsonFault(MemberPath(m_levels.back().m_path, name), words);
 }
 
@@ -163,6 +163,17 @@ void CJsonReader::Amount(const char* name, std::uint64_t& number) {
       value->is_number_float() ? static_cast<std::uint64_t>(given) : value->get<std::uint64_t>();
   if (whole > kMaxAmount) Fail(name, kNeedsWholeAmount);
   number = whole;
+}
+
+void CJsonReader::Choice(const char* name, int& choice, std::span<const char* const> words) {
+  const json* value = Find(name);
+  if (!value) return;
+  CString list;
+  for (std::size_t i = 0; i < words.size(); ++i) {
+    if (*value == words[i]) return void(choice = static_cast<int>(i));
+    list += CString(i ? ", \"" : "\"") + words[i] + "\"";
+  }
+  Fail(name, "must be one of " + list);
 }
 
 void CJsonReader::SizeOf(const char* name, const char* arrayName, UINT& size) {

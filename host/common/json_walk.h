@@ -31,6 +31,7 @@ class CJsonReader : public CFieldWalk {
   void Equations(const char* name, const char* textName, CStringArray& equations) override;
   void Amount(const char* name, double& number) override;
   void Amount(const char* name, std::uint64_t& number) override;
+  void Choice(const char* name, int& choice, std::span<const char* const> words) override;
   void SizeOf(const char* name, const char* arrayName, UINT& size) override;
   void Number(UINT&) override {}
 
@@ -62,7 +63,7 @@ class CJsonReader : public CFieldWalk {
   std::int64_t Whole(const char* name, const nlohmann::json& value, const CRange& range) const;
   CString TextOf(const CString& path, const nlohmann::json& value) const;
   void Push(const nlohmann::json& object, const CString& path);
-  [[noreturn]] void Fail(const char* name, const char* words) const;
+  [[noreturn]] void Fail(const char* name, const CString& words) const;
 
   const nlohmann::json& m_root;
   const CString m_folder;
@@ -89,6 +90,9 @@ class CJsonWriter : public CFieldWalk {
   void Paths(const char* name, CStringList& paths) override;
   void Amount(const char* name, double& number) override { At(name) = number; }
   void Amount(const char* name, std::uint64_t& number) override { At(name) = number; }
+  void Choice(const char* name, int& choice, std::span<const char* const> words) override {
+    At(name) = words[static_cast<std::size_t>(choice)];
+  }
   void Number(UINT&) override {}
 
  protected:

@@ -42,9 +42,11 @@ TEST(ConfigurationJson, HasTheseKeysInBothDirections) {
   const json none = {{"keepDays", 0.0}, {"keepBytes", 0}, {"minFree", 0}};
   full["outputs"][0].update(none);
   full["summaries"][0].update(none);
+  for (json& node : full["input"]["plcNodes"]) node.update({{"absent", "fail"}, {"aliveVar", ""}});
   EXPECT_EQ(json::parse(Json(Parsed(kJson))), full);
   full["outputs"][0]["keepDays"] = 0.5;
   full["summaries"][0].update({{"keepBytes", 9007199254740993}, {"minFree", 9223372036854775808u}});
+  full["input"]["plcNodes"][1].update({{"absent", "hold"}, {"aliveVar", "x"}});
   full["version"] = 1002;  // which cannot hold the other two
   full["plcWrite"]["disableWriting"] = 1;
   full["plcWrite"]["nodes"][0]["driver"]["value5"] = -3;
@@ -104,6 +106,8 @@ TEST(ConfigurationJson, NamesTheKeyOfAWrongValue) {
       {"outputs", {"[" + Repeated("{},", 100000) + "{}]"}, "has more than 100000 entries"},
       {"input.plcNodes[0].driver.station", {"2147483648"}, kNeedsInt},
       {"input.plcNodes[0].scaler[0].scale", {"1e39", "false"}, kNeedsFloat},
+      {"input.plcNodes[0].absent", {"\"Nan\"", "1"}, "must be one of \"fail\", \"nan\", \"hold\""},
+      {"plcWrite.nodes[0].absent", {"\"nan\""}, "no such key"},
       {"plcWrite.nodeNumber", {"1"}, "no such key"},
       {"m_input", {"{}"}, "no such key"},
       {"version", {"1004"}, "must be 1002 or 1003"},
@@ -252,12 +256,15 @@ TEST(ConfigurationFile, ReportsWhichSettingsItLoses) {
   full.m_plcWrite.m_disableWriting = 1;
   full.m_plcWrite.m_nodes.GetHead()->m_node.m_driver.value5 = 1;
   full.m_input.m_plcNodes.GetTail()->m_driver.value5 = 2;
+  full.m_input.m_plcNodes.GetTail()->m_absent = EAbsent::hold;
+  full.m_input.m_plcNodes.GetHead()->m_aliveVar = "Alive";
   full.m_outputs.m_outputs.GetHead()->m_retention.keepDays = 1;
   full.m_summaries.m_summaries.GetHead()->m_retention = {0, 1, 2};
   full.m_input.m_preEquationText = "\xFF";
   const CString kNewest = ": a configuration file of version 1003 cannot hold it";
   EXPECT_EQ(LostInFile(full),
-            Names({"input.plcNodes[1].driver.value5" + kNewest, "outputs[0].keepDays" + kNewest,
+            Names({"input.plcNodes[0].aliveVar" + kNewest, "input.plcNodes[1].driver.value5" + kNewest,
+                   "input.plcNodes[1].absent" + kNewest, "outputs[0].keepDays" + kNewest,
                    "summaries[0].keepBytes" + kNewest, "summaries[0].minFree" + kNewest,
                    "plcWrite.nodes[0].driver.value5" + kNewest, "plcWrite.disableWriting" + kNewest}));
   CConfiguration old = Parsed(R"({"version": 1002, "outputs": [{}, {"nameVariable": "k", "dwordName": 5,

@@ -6,6 +6,8 @@
 namespace vastra {
 namespace {
 
+constexpr const char* kAbsentWords[] = {"fail", "nan", "hold"};  // indexed by EAbsent
+
 // The settings of the driver, in the order of the stored form, which differs from DriverConfig.
 struct CDriverFields {
   DriverConfig& driver;
@@ -34,11 +36,22 @@ struct CDriverFields {
 
 IMPLEMENT_DYNCREATE(CPlcNodeConfig, CObject)
 
-void CPlcNodeConfig::Fields(CFieldWalk& walk) {
+void CPlcNodeConfig::Fields(CFieldWalk& walk) { Fields(walk, !walk.IsStream()); }
+
+void CPlcNodeConfig::WrittenFields(CFieldWalk& walk) { Fields(walk, false); }
+
+void CPlcNodeConfig::Fields(CFieldWalk& walk, bool hasAbsence) {
   CDriverFields driver = {m_driver};
   walk.Field("nodeName", m_nodeName);
   walk.Object("driver", driver);
   walk.Field("varNames", m_varNames);
+  if (walk.IsStream() && walk.IsLoading()) m_absent = EAbsent::fail, m_aliveVar.Empty();
+  if (hasAbsence) {
+    int absent = static_cast<int>(m_absent);
+    walk.Choice("absent", absent, kAbsentWords);
+    m_absent = static_cast<EAbsent>(absent);
+    walk.Field("aliveVar", m_aliveVar);
+  }
   m_scaler.Fields(walk);
 }
 

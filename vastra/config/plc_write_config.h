@@ -12,7 +12,7 @@ class VASTRA_API CPlcSingleConfig : public CObject {
  public:
   using CObject::Serialize;
   void Serialize(CArchive& ar, UINT version) { m_node.Serialize(ar, version); }
-  void Fields(CFieldWalk& walk) { m_node.Fields(walk); }
+  void Fields(CFieldWalk& walk) { m_node.WrittenFields(walk); }
   virtual void TextSerialize(CArchive& ar);
 
   CPlcNodeConfig m_node;

@@ -11,6 +11,8 @@
 // loaded.
 #pragma once
 
+#include <span>
+
 #include "vastra/platform/archive.h"
 
 namespace vastra {
@@ -47,6 +49,8 @@ class VASTRA_API CFieldWalk {
   // An amount, 0 or more, that only a named form has: a stream neither stores nor changes it.
   virtual void Amount(const char* /*name*/, double& /*number*/) {}
   virtual void Amount(const char* /*name*/, std::uint64_t& /*number*/) {}  // up to 2^63
+  // An index into words, which a named form writes as the word; a stream neither stores nor changes it.
+  virtual void Choice(const char* /*name*/, int& /*choice*/, std::span<const char* const> /*words*/) {}
   // The size of the field arrayName; a named form may omit it and have only the array.
   virtual void SizeOf(const char* name, const char* arrayName, UINT& size);
 

@@ -7,6 +7,13 @@
 
 namespace vastra {
 
+// What the values of a node are in a scan in which the node does not answer.
+enum class EAbsent {
+  fail,  // none: the scan fails
+  nan,   // NaN
+  hold   // those of its last answer, NaN before the first one
+};
+
 struct VASTRA_API DriverConfig {
   int cardNumber = 0;
   int timeOut = 0;
