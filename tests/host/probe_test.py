@@ -87,7 +87,7 @@ class Probe(CommandTest):
         result = self.probe("9001", "--set", "text1=counter,constant", "--set", "value2=2500", "--count", "2",
                             "--reads", "2")
         self.assertEqual((0, ""), (result.status, result.err))
-        self.assertRegex(result.out.decode(), r"\ASimulator  \(simulator.so\), ID 9001, version 2\n.*\n"
+        self.assertRegex(result.out.decode(), r"\ASimulator  \(simulator.so\), ID 9001, version 3\n.*\n"
                          r"Open   statusOk +[\d.]+\nRead   statusOk +[\d.]+  1 2.5\nRead   statusOk +[\d.]+  2 2.5\n\Z")
         station, values = ["--set", "station=7", "--write", "-1.5,0.1,inf,-nan"], [-1.5, 0.1, "inf", "nan"]
         opened = [("Open", "statusOk", None, None)]

@@ -5,18 +5,20 @@
  * GetDriverHeader, and then the functions of the table. Several connections of one process share one module
  * in memory; the handle from Open identifies the connection.
  *
- * Threads: calls with one handle never overlap. Calls for different handles, and Open, may come on two
- * threads at the same moment.
+ * Threads: calls with one handle never overlap. Calls for different handles, and Open, may come on several
+ * threads at the same moment, except for nodes that share a line (GetDriverLine).
  * Strings: UTF-8, terminated by a 0. A string belongs to the side that passes it. It is valid until the next
  * call with its handle, a string of a dialog function until the next call of a dialog function: copy what is
- * needed longer. A null string counts as empty.
+ * needed longer. A null string counts as empty. Up to 2,000 bytes of an error text are shown.
  * Faults: no exception may leave a driver, and no signal may end one. A call may block for as long as the
  * driver's own time-out; a driver that has lost its connection reconnects by itself, in the next call.
  */
 #ifndef VASTRA_PLC_DRIVER_API_H
 #define VASTRA_PLC_DRIVER_API_H
 
-#define DRIVER_API_VERSION 2 /* of this file; version 2 adds Close and GetDriverApiVersion */
+/* Of this file. Version 2 adds Close and GetDriverApiVersion, version 3 CheckDriverConfig and GetDriverLine.
+ */
+#define DRIVER_API_VERSION 3
 
 #if defined(__GNUC__)
 #define DRIVER_EXPORT __attribute__((visibility("default")))
@@ -176,6 +178,17 @@ DRIVER_EXPORT int GetDriverApiVersion(void);
  * unloaded.
  */
 DRIVER_EXPORT void SetDriverHost(const DriverHost* host);
+
+/* Optional, since version 3: returns null if config is right, or one sentence about the first wrong setting
+ * that begins with its name in a configuration ("text1 has no host"). The sentence is valid until the next
+ * call on its thread. Called before the node is opened, on the thread that builds the configuration, perhaps
+ * while other nodes are used by other threads. Must not contact a device. variableCount 0: not known yet. */
+DRIVER_EXPORT const char* CheckDriverConfig(DriverRecord config);
+
+/* Optional, since version 3: returns the name of the line to the node, such as a serial port, if several
+ * nodes share it and the driver serves one call at a time on it. The host then waits longer for these nodes.
+ * Null or empty: the node has a line of its own. Called as CheckDriverConfig, and valid as long. */
+DRIVER_EXPORT const char* GetDriverLine(DriverRecord config);
 
 #ifdef __cplusplus
 }

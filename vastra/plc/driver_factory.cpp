@@ -48,10 +48,39 @@ int CDriverFactory::GetDriverIndex(int id) const {
   return -1;
 }
 
+HMODULE CDriverFactory::Load(int index) const {
+  return Has(index) ? LoadModule(JoinPath(m_path, m_drivers[index].m_fileName)) : nullptr;
+}
+
 CPlcLink* CDriverFactory::NewDriver(int index) const {
-  if (!Has(index)) return nullptr;
-  const HMODULE module = LoadModule(JoinPath(m_path, m_drivers[index].m_fileName));
+  const HMODULE module = Load(index);
   return module ? new CPlcLink(module) : nullptr;
+}
+
+namespace {
+
+// The answer of the module's export to config. Null, empty and no such export: empty.
+CString AskQuestion(HMODULE module, const char* name, const DriverConfig& config, const CString& ifThrown) {
+  const CDriverQuestion ask = module ? FindQuestion(module, name) : nullptr;
+  if (!ask) return CString();
+  return AskDriver(ifThrown, [&] { return CopyDriverText(ask(ToRecord(config))); });
+}
+
+}  // namespace
+
+CString CDriverFactory::CheckConfig(int index, const DriverConfig& config) const {
+  const HMODULE module = Load(index);
+  const CString fault =
+      AskQuestion(module, "CheckDriverConfig", config, "the driver's check threw an exception");
+  FreeModule(module);
+  return fault;
+}
+
+CString CDriverFactory::LineOf(int index, const DriverConfig& config) const {
+  const HMODULE module = Load(index);
+  const CString line = AskQuestion(module, "GetDriverLine", config, "");
+  FreeModule(module);
+  return line;
 }
 
 }  // namespace vastra

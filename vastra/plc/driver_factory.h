@@ -7,7 +7,9 @@
 #pragma once
 
 #include "vastra/platform/array.h"
+#include "vastra/platform/module.h"
 #include "vastra/platform/singleton.h"
+#include "vastra/plc/driver_config.h"
 
 namespace vastra {
 
@@ -42,6 +44,11 @@ class VASTRA_API CDriverFactory {
   // A new link, owned by the caller; it keeps the driver's module loaded until it is deleted. Null beyond the
   // list and for a module that can no longer be loaded.
   CPlcLink* NewDriver(int index) const;
+  // What the driver says about config before anything is opened: one sentence about a wrong setting, cut at
+  // 2,000 bytes. Empty if config is right, and if the driver does not check.
+  CString CheckConfig(int index, const DriverConfig& config) const;
+  // The line that the node of config shares with other nodes of the driver; empty: a line of its own.
+  CString LineOf(int index, const DriverConfig& config) const;
 
   // The folder that was searched, empty if the system did not report it; the drivers in it, in byte order of
   // the file names; and the files that were skipped.
@@ -59,6 +66,8 @@ class VASTRA_API CDriverFactory {
  private:
   void Examine(const CString& fileName);
   bool Has(int index) const { return index >= 0 && index < m_drivers.GetSize(); }
+  // The module of the driver, loaded: the caller frees it. Null as in NewDriver.
+  HMODULE Load(int index) const;
 
   static SingletonSmartPtr<CDriverFactory> m_Instance;
 };
