@@ -86,7 +86,9 @@ int main(int argc, char** argv) {
   vastra::OccupyStandardStreams();
   ::signal(SIGPIPE, SIG_IGN);  // a reader that has closed the pipe is a failed write
   try {
-    return vastra::Main(argc, argv);
+    const vastra::EExit status = vastra::Main(argc, argv);
+    vastra::CTerminal::Instance().Drain();
+    return status;
   } catch (...) {  // no memory for a message
     return vastra::kFailed;
   }

@@ -22,6 +22,7 @@ void WriteToTerminal(CFile& file, const std::function<void(CFile&)>& write) {
 
 EExit PrintData(const std::function<void(CFile&)>& write) {
   CTerminal::Instance().EndStatus();
+  CTerminal::Instance().Drain();
   try {
     CFile file(::dup(STDOUT_FILENO));
     if (::isatty(STDOUT_FILENO))

@@ -1,10 +1,15 @@
 #include "host/cli/watch_view.h"
 
+#include <unistd.h>
+
+#include <cerrno>
+
 #include "host/cli/number_text.h"
-#include "host/cli/output.h"
 #include "host/cli/terminal/figures.h"
 #include "host/cli/terminal/terminal.h"
 #include "host/cli/time_text.h"
+#include "host/common/shown_text.h"
+#include "vastra/platform/file.h"
 
 namespace vastra {
 namespace {
@@ -19,6 +24,7 @@ CWatchView::CWatchView(const CString& subject, CStringArray wanted)
     : m_subject(subject),
       m_wanted(std::move(wanted)),
       m_onTerminal(CTerminal::Instance().PutStatusOnOutput()),
+      m_lines(STDOUT_FILENO),
       m_pace(m_onTerminal ? kTablePause : kLinePause),
       m_shown(!m_onTerminal) {}
 
@@ -55,11 +61,22 @@ EExit CWatchView::End() {
     CTerminal::Instance().EndStatus();
   else if (!m_shown)
     PrintLine();
+  m_lines.Drain();
+  TakeFault();
   return m_status;
 }
 
 void CWatchView::PrintLine() {
-  if (m_status == kDone) m_status = PrintLines({Line()});
+  TakeFault();
+  if (m_status == kDone) m_lines.Add(Printable(Line()));
+}
+
+// A reader that has closed the pipe needs no message.
+void CWatchView::TakeFault() {
+  const int fault = m_lines.Fault();
+  if (fault == 0 || m_status != kDone) return;
+  m_status = kFailed;
+  if (fault != EPIPE) Fail(kFailed, "standard output", CFileException("", fault).Text());
 }
 
 void CWatchView::TakeSparks() {

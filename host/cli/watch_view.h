@@ -1,11 +1,13 @@
 // CWatchView: shows the newest sample of a run. On a terminal a table with a row for each variable: its name,
-// its value, a spark line of its last values. Elsewhere a line a second.
+// its value, a spark line of its last values. Elsewhere a line a second. A reader that stalls misses lines,
+// and the run goes on.
 #pragma once
 
 #include <deque>
 #include <vector>
 
 #include "host/cli/session.h"
+#include "host/cli/terminal/line_queue.h"
 #include "host/cli/terminal/pace.h"
 
 namespace vastra {
@@ -32,10 +34,12 @@ class CWatchView : public CSessionView {
   std::vector<std::string> Table() const;
   std::string Line() const;
   void PrintLine();
+  void TakeFault();
 
   CString m_subject;
   CStringArray m_wanted;
   bool m_onTerminal;
+  CLineQueue m_lines;  // of standard output while it is not a terminal
   CPace m_pace;
   std::vector<CRow> m_rows;
   std::uint64_t m_read = 0;  // samples so far

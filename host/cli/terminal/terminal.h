@@ -6,14 +6,16 @@
 // Control characters in a line or in the status are shown as "?", in a pipe or a file too: a message is one
 // line, except where a link has line feeds in its text.
 //
+// Nobody waits for the reader: a queue with a thread of its own writes, see CLineQueue.
+//
 // Threads: all operations may be called from any thread; lines are never mixed.
 #pragma once
 
-#include <mutex>
 #include <string>
 #include <vector>
 
 #include "host/cli/exit.h"
+#include "host/cli/terminal/line_queue.h"
 #include "vastra/core/messenger.h"
 #include "vastra/platform/string.h"
 
@@ -43,6 +45,8 @@ class CTerminal {
   bool HasStatus() const;
   // From now on the status goes to standard output. Returns whether that is a terminal that can show it.
   bool PutStatusOnOutput();
+  // Waits until all is written, for a bounded time, so that what another stream shows next comes after it.
+  void Drain();
 
  private:
   CTerminal();
@@ -53,8 +57,8 @@ class CTerminal {
   bool m_coloured = false;
   bool m_stamped = false;
   bool m_quiet = false;
-  std::mutex m_mutex;
-  std::vector<std::string> m_status;  // the lines on the screen
+  CLineQueue m_lines;   // of standard error, and of the status if that is on the same terminal
+  CLineQueue m_output;  // of a status on standard output while standard error is not a terminal
 };
 
 // Prints the error message "vastra: SUBJECT: WORDS" and returns status. subject is a file as it was typed, or
