@@ -2,12 +2,15 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdio>
 #include <new>
 #include <utility>
 #include <vector>
 
 namespace driver {
 namespace {
+
+constexpr const char* kNoMemory = "There is no memory left.";
 
 std::atomic<const DriverHost*> g_host = nullptr;
 
@@ -112,9 +115,11 @@ class CForm {
   static const char* Check(const DriverField* fields, int /*fieldCount*/, void* user) {
     auto& form = *static_cast<CForm*>(user);
     try {
-      form.m_fault = kNodeForm.check(form.RecordOf(fields));
+      DriverRecord record = form.RecordOf(fields);
+      record.variableCount = 0;  // the variables may be changed after the form
+      form.m_fault = kNodeForm.check(record);
     } catch (const std::bad_alloc&) {
-      return "There is no memory left.";
+      return kNoMemory;
     }
     return form.m_fault.empty() ? nullptr : form.m_fault.c_str();
   }
@@ -128,6 +133,27 @@ class CForm {
 }  // namespace
 
 void SetHost(const DriverHost* host) { g_host = host; }
+
+namespace {
+
+// The answer of question to config, null if it is empty. Valid until the next call on this thread: an object
+// with a destructor would keep the module in memory.
+const char* Answer(std::string (*question)(const DriverRecord&), const DriverRecord& config,
+                   const char* ifNoMemory) {
+  static thread_local char t_answer[2048];
+  try {
+    std::snprintf(t_answer, sizeof t_answer, "%s", question ? question(config).c_str() : "");
+    return *t_answer ? t_answer : nullptr;
+  } catch (const std::bad_alloc&) {
+    return ifNoMemory;
+  }
+}
+
+}  // namespace
+
+const char* CheckConfig(const DriverRecord& config) { return Answer(kNodeForm.check, config, kNoMemory); }
+
+const char* GetLine(const DriverRecord& config) { return Answer(kNodeForm.line, config, nullptr); }
 
 int ShowConfig(int isNew) {
   const DriverHost* host = g_host;

@@ -1,4 +1,5 @@
-// The dialog of a driver module: a form that the host shows for the settings of a node, made from a table.
+// The settings of a driver module as a table: the form that the host shows for a node, and the exports that
+// answer questions about its settings.
 #pragma once
 
 #include <span>
@@ -47,18 +48,23 @@ struct CField {
 };
 
 struct CNodeForm {
-  int id;                                            // the driver's
-  const char* title;                                 // its name
-  std::span<const CField> fields;                    // from top to bottom
-  DriverRecord newNode;                              // the settings of a new node
-  std::string (*check)(const DriverRecord& record);  // the reason why Open would refuse them, or empty
+  int id;                          // the driver's
+  const char* title;               // its name
+  std::span<const CField> fields;  // from top to bottom
+  DriverRecord newNode;            // the settings of a new node
+  // The reason why Open would refuse the settings, or empty. variableCount 0: not known yet.
+  std::string (*check)(const DriverRecord& record);
+  // The line that the node shares with others, or empty. Null: each node has its own.
+  std::string (*line)(const DriverRecord& record) = nullptr;
 };
 
 // The one form of the module, which defines it.
 extern const CNodeForm kNodeForm;
 
-// Any thread. The other functions are only called by the windows, on their thread.
+// Any thread. The slots are only called by the windows, on their thread.
 void SetHost(const DriverHost* host);
+const char* CheckConfig(const DriverRecord& config);
+const char* GetLine(const DriverRecord& config);
 
 // The slots of the table. They do not change a setting that has no field.
 int ShowConfig(int isNew);

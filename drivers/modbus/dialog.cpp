@@ -1,5 +1,6 @@
 // The dialog of the driver: a form for all its settings.
 #include "drivers/common/node_form.h"
+#include "line.h"
 #include "settings.h"
 #include "values.h"
 
@@ -65,5 +66,5 @@ constexpr DriverRecord NewNode() {
 }  // namespace
 }  // namespace modbus
 
-constinit const driver::CNodeForm driver::kNodeForm = {modbus::kDriverId, "Modbus", modbus::kFields,
-                                                       modbus::NewNode(), modbus::CheckSettings};
+constinit const driver::CNodeForm driver::kNodeForm = {
+    modbus::kDriverId, "Modbus", modbus::kFields, modbus::NewNode(), modbus::CheckSettings, modbus::LineName};

@@ -4,6 +4,7 @@
 #include <map>
 #include <mutex>
 
+#include "endpoint.h"
 #include "serial_line.h"
 #include "tcp_line.h"
 
@@ -32,6 +33,12 @@ std::shared_ptr<CLine> SerialLine(const CEndpoint& endpoint, std::string& fault)
 }
 
 }  // namespace
+
+std::string LineName(const DriverRecord& record) {
+  CEndpoint endpoint;
+  const std::string fault = ReadEndpoint(record.text1 ? record.text1 : "", endpoint);
+  return fault.empty() && endpoint.IsSerial() ? KeyOf(endpoint.device) : std::string();
+}
 
 std::shared_ptr<CLine> NewLine(const CSettings& settings, std::string& fault) {
   const CEndpoint& endpoint = settings.endpoint;

@@ -37,6 +37,10 @@ class CLine {
   virtual void Drop() = 0;
 };
 
+// The name of the serial line that the node of record uses: the same for all names of its device. Empty for a
+// node that is reached by TCP, or with wrong settings.
+std::string LineName(const DriverRecord& record);
+
 // The line for settings. A serial line is shared by all that name its device. Null with fault: it is in use
 // with other settings.
 std::shared_ptr<CLine> NewLine(const CSettings& settings, std::string& fault);

@@ -10,3 +10,7 @@ DriverHeader GetDriverHeader() {
 int GetDriverApiVersion() { return DRIVER_API_VERSION; }
 
 void SetDriverHost(const DriverHost* host) { driver::SetHost(host); }
+
+const char* CheckDriverConfig(DriverRecord config) { return driver::CheckConfig(config); }
+
+const char* GetDriverLine(DriverRecord config) { return driver::GetLine(config); }

@@ -60,6 +60,12 @@ std::string CheckEntries(const std::vector<CEntry>& entries, int most, bool writ
   return {};
 }
 
+std::string CheckCount(const std::vector<CEntry>& entries, unsigned count) {
+  if (CountOf(entries) == std::int64_t{count}) return {};
+  return "text2: it lists " + std::to_string(CountOf(entries)) + " value(s), and the node has " +
+         std::to_string(count) + " variable(s)";
+}
+
 // All but the number of the values.
 std::string ReadMost(const DriverRecord& record, bool writes, CEndpoint& endpoint,
                      std::vector<CEntry>& entries) {
@@ -77,10 +83,8 @@ std::string ReadMost(const DriverRecord& record, bool writes, CEndpoint& endpoin
 std::string ReadSettings(const DriverRecord& record, bool writes, CSettings& settings) {
   std::vector<CEntry> entries;
   std::string fault = ReadMost(record, writes, settings.endpoint, entries);
+  if (fault.empty()) fault = CheckCount(entries, record.variableCount);
   if (!fault.empty()) return fault;
-  if (CountOf(entries) != std::int64_t{record.variableCount})
-    return "text2: it lists " + std::to_string(CountOf(entries)) + " value(s), and the node has " +
-           std::to_string(record.variableCount) + " variable(s)";
   settings.unit = record.station;
   settings.timeOut = milliseconds(record.timeOut ? record.timeOut : kDefaultTimeOut);
   settings.requestPause = milliseconds(record.value1);
@@ -96,7 +100,8 @@ std::string ReadSettings(const DriverRecord& record, bool writes, CSettings& set
 std::string CheckSettings(const DriverRecord& record) {
   CEndpoint endpoint;
   std::vector<CEntry> entries;
-  return ReadMost(record, false, endpoint, entries);
+  std::string fault = ReadMost(record, false, endpoint, entries);
+  return fault.empty() && record.variableCount > 0 ? CheckCount(entries, record.variableCount) : fault;
 }
 
 }  // namespace modbus

@@ -64,7 +64,7 @@ struct CSettings {
 // Reads record into settings, for a node that is written or read. Returns an empty text, or the bad setting
 // and the reason.
 std::string ReadSettings(const DriverRecord& record, bool writes, CSettings& settings);
-// The same check for a node that is read, without the number of its values.
+// The same check for a node that is read. variableCount 0: the number of its values is not checked.
 std::string CheckSettings(const DriverRecord& record);
 
 }  // namespace modbus

@@ -68,6 +68,32 @@ TEST(DriverFactory, ListsTheDriversByFileSaysWhyItLeftOthersOutAndFindsTheFirstO
   EXPECT_EQ(factory.NewDriver(kCount), nullptr);
 }
 
+TEST(DriverFactory, AsksAModuleOfVersion3AboutSettings) {
+  const struct {
+    int id;
+    const char *text1, *text2;
+    std::string fault, line = "";
+  } kRows[] = {
+      {9002, "plc", "h0, h1 x 2", "text2: it lists 3 value(s), and the node has 2 variable(s)"},
+      {9002, "plc:0", "h0 x 2", "text1: \"0\" is not a port: 1 to 65535"},
+      {9002, "/dev/./null:9600,8,N,1", "h0 x 2", "station: 0 is not a unit on a serial line: 1 to 247",
+       "/dev/null"},
+      {9002, "plc", "h0 x 2", ""},
+      {9900, "", "", "text1 is empty: it is the path of a text file."},
+      {9101, "", "shared", "", "shared"},
+      {9101, "x", "", std::string(1999, 'x')},
+      {-9110, "x", "shared", ""},
+      {9112, "", "", "the driver's check threw an exception"},
+      {4711, "", "", ""},
+  };
+  for (const auto& [id, text1, text2, fault, line] : kRows) {
+    const DriverConfig config = {.variableCount = 2, .text1 = text1, .text2 = text2};
+    const int index = Factory().GetDriverIndex(id);
+    EXPECT_EQ(Factory().CheckConfig(index, config).Std(), fault) << id << text1;
+    EXPECT_EQ(Factory().LineOf(index, config).Std(), line) << id << text1;
+  }
+}
+
 void ExpectFault(CRecorder& recorder, const std::string& operation, const std::string& fault, int result) {
   const std::string end = fault.empty() ? "End Not named" : fault;
   EXPECT_EQ(recorder.Take(), operation + " Begin Not named\n" + operation + " " + end + "\n");

@@ -120,8 +120,12 @@ TEST_F(Simulator, RefusesABadSettingAndSaysWhich) {
       {Text("Sine"), "text1 has an unknown waveform: \"Sine\""},
       {Text("ramp,"), "text1 has an unknown waveform: \"\""},
       {Text((kept + "\u20AC and more").c_str()), "text1 has an unknown waveform: \"" + kept + "...\""}};
-  for (const auto& [config, words] : kRefusals)
+  const CDriverFactory& factory = *CDriverFactory::Instance();
+  for (auto [config, words] : kRefusals) {
     EXPECT_EQ(Node(config, 2).fault, "Open Fatal Not named Simulator: " + words + "\n");
+    config.variableCount = 2;
+    EXPECT_EQ(factory.CheckConfig(factory.GetDriverIndex(9001), config).Std(), words);
+  }
   EXPECT_EQ(Node(Station(23, 1048574), 2).fault, "");
 }
 

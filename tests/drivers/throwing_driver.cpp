@@ -27,3 +27,7 @@ DriverHeader GetDriverHeader() { return {9112 + THROWS_IN_OPEN * 100, "Throwing"
 int GetDriverApiVersion() { return DRIVER_API_VERSION; }
 
 void SetDriverHost(const DriverHost*) { Throw<int>(); }
+
+const char* CheckDriverConfig(DriverRecord) { return Throw<const char*>(); }
+
+const char* GetDriverLine(DriverRecord) { return Throw<const char*>(); }

@@ -22,7 +22,7 @@ FAULTS = [
     ("has no name", [NAME], "null"),
     ("is named in Latin-1", [NAME], "UTF-8"),
     ("has no table", [TABLE, TRANSFERS, CLOSE], "null"),
-    ("is of the future", [VERSION], "3; from 1 to 2"),
+    ("is of the future", [VERSION], "4; from 1 to 3"),
     ("has no transfer", [TRANSFERS], "neither"),
     ("has no Close", [CLOSE], "end with the module"),
     ("gives a status of Read", [OPEN], "statusTimeout"),

@@ -119,6 +119,14 @@ DriverHeader GetDriverHeader(void) {
   return header;
 }
 
+const char* CheckDriverConfig(DriverRecord config) {
+  static char longest[2003]; /* the limit of 2,000 bytes is within its last character */
+  if (!config.text1[0]) return "";
+  return strcat(memset(longest, 'x', 1999), "\xE2\x82\xAC");
+}
+
+const char* GetDriverLine(DriverRecord config) { return config.text2; }
+
 #ifndef NO_VERSION
 int GetDriverApiVersion(void) { return DRIVER_API_VERSION + Has("is of the future"); }
 #endif
