@@ -160,6 +160,7 @@ EExit Check(const CFileArgument& file, bool isPlain) {
   PrintBadLogs(file.typed, badLogs, false);
   if (PrintRefusals(file.typed, refusals) != kDone) return kRefused;
   if (PrintEquationFaults(file.typed, FindEquationFaults(configuration, names)) != kDone) return kRefused;
+  PrintReadOnly(file.typed, configuration, {.replayWrites = isPlain});
   CFindings findings(file.typed);
   CheckStages(configuration, names, console, findings);
   return findings.Print();

@@ -47,7 +47,8 @@ CRunArguments::CRunArguments(CArguments& arguments)
       m_closeWithin(arguments.Seconds("--close-within",
                                       "The longest wait for the disk at the end, in seconds (default: 30)",
                                       kLongestWait)),
-      m_strict(arguments.Flag("--strict", "Do not start a replay if a log of its list is bad")) {
+      m_strict(arguments.Flag("--strict", "Do not start a replay if a log of its list is bad")),
+      m_writePlc(arguments.Flag("--write-plc", "Write to the PLCs in a replay, too")) {
   arguments.Exclude("--debug", "--quiet");
   for (const char* option : {"--sync", "--hold", "--close-within", "--strict"})
     arguments.Exclude(option, "--plain");
@@ -66,6 +67,7 @@ CSessionOptions CRunArguments::Options() const {
            .scans = m_scans->value_or(-1),
            .period = CScanLoop::Period(m_period->value_or(-1)),
            .node = static_cast<UINT>(m_node->value_or(0)),
+           .replayWrites = *m_writePlc || *m_plain,
            .policy = Policy()},
           Verbosity(*m_debug, *m_quiet),
           *m_strict};

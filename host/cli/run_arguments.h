@@ -27,7 +27,7 @@ class CRunArguments {
   CArgument<std::optional<double>> m_sync;
   CArgument<CNumber> m_hold;
   CArgument<std::optional<double>> m_closeWithin;
-  CArgument<bool> m_strict;
+  CArgument<bool> m_strict, m_writePlc;
 };
 
 }  // namespace vastra

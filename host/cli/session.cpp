@@ -29,6 +29,12 @@ EExit PrintEquationFaults(const CString& subject, const std::vector<CEquationFin
   return faults.empty() ? kDone : kRefused;
 }
 
+void PrintReadOnly(const CString& subject, const CConfiguration& configuration, const CLoopOptions& options) {
+  if (LeavesOutWriting(configuration, options))
+    CTerminal::Instance().Remark("vastra: " + subject +
+                                 ": plcWrite: a replay writes to no PLC; --write-plc writes");
+}
+
 EExit RunSession(const CString& subject, const CConfiguration& configuration, const CSessionOptions& options,
                  CSessionView& view, CSessionResult& result) {
   CHostConsole console(options.verbosity);
@@ -44,6 +50,8 @@ EExit RunSession(const CString& subject, const CConfiguration& configuration, co
     const EExit status = view.Begin(run.SampleNames());
     if (status != kDone) return status;
   }
+
+  PrintReadOnly(subject, configuration, options.loop);
 
   const CStopSignals stops(inbox);
   run.AddObserver(&view);

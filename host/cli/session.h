@@ -51,6 +51,9 @@ EExit PrintBadLogs(const CString& subject, const std::vector<CString>& lines, bo
 // the lines call the configuration. kDone, or kRefused.
 EExit PrintEquationFaults(const CString& subject, const std::vector<CEquationFinding>& faults);
 
+// Says, if it is so, that a replay writes to no PLC.
+void PrintReadOnly(const CString& subject, const CConfiguration& configuration, const CLoopOptions& options);
+
 // Runs configuration until its end or a signal. kDone, with result; kRefused; kFailed if a stage did not
 // open; or the result of view. Errors have been printed.
 EExit RunSession(const CString& subject, const CConfiguration& configuration, const CSessionOptions& options,

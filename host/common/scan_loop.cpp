@@ -11,13 +11,22 @@ const char* KeyOf(EStage stage) {
   return kKeys[static_cast<std::size_t>(stage)];
 }
 
+bool LeavesOutWriting(const CConfiguration& configuration, const CLoopOptions& options) {
+  const CPlcMultiConfig& plcWrite = configuration.m_plcWrite;
+  return configuration.m_input.m_simulating && !options.replayWrites && !plcWrite.m_disableWriting &&
+         !plcWrite.m_nodes.IsEmpty();
+}
+
 CScanLoop::CScanLoop(const CConfiguration& configuration, COptions options)
-    : m_options(std::move(options)), m_usesSmart(UsesSmart(configuration.m_smart)) {
+    : m_options(std::move(options)),
+      m_usesSmart(UsesSmart(configuration.m_smart)),
+      m_isReadOnly(configuration.m_input.m_simulating && !m_options.replayWrites) {
   *m_input.GetOptions() = configuration.m_input;
   *m_smart.GetOptions() = configuration.m_smart;
   *m_outputs.GetOptions() = configuration.m_outputs;
   *m_summaries.GetOptions() = configuration.m_summaries;
   *m_plcWrite.GetOptions() = configuration.m_plcWrite;
+  if (m_isReadOnly) m_plcWrite.GetOptions()->m_disableWriting = 1;
   m_trend.ShareOptions(m_options.trend);
   if (!m_options.trend) *m_trend.GetOptions() = configuration.m_trend;
   m_outputs.SetLogListener(m_options.outputs);
@@ -156,8 +165,8 @@ void CScanLoop::Schedule(bool succeeded) {
 
 // A worker that has started finishes its write.
 bool CScanLoop::DisableWriting(bool disable) {
-  m_plcWrite.GetOptions()->m_disableWriting = disable;
-  return disable || m_openedToWrite;
+  m_plcWrite.GetOptions()->m_disableWriting = disable || m_isReadOnly;
+  return disable || m_isReadOnly || m_openedToWrite;
 }
 
 void CScanLoop::Stop() {

@@ -55,9 +55,13 @@ struct CLoopOptions {
   // Between the two sides of the smart stage; must exist while the loop exists; null: none.
   CSmartLogic* logic = nullptr;
   CTrendConfig* trend = nullptr;  // settings that the trending stage shares; null: the configuration's
+  bool replayWrites = true;       // false: a replay writes to no PLC
   // How the logs are kept; the run sets live and waits. None: the default of the engine.
   std::optional<CLogPolicy> policy = std::nullopt;
 };
+
+// Whether the nodes that configuration writes to stay closed, since options have a replay write to no PLC.
+bool LeavesOutWriting(const CConfiguration& configuration, const CLoopOptions& options);
 
 class CScanLoop {
  public:
@@ -99,7 +103,8 @@ class CScanLoop {
   // Continues the scan with the message of its worker. An unexpected message is dropped.
   void Notify(UINT message, WPARAM result);
   // Switches the writing to PLCs off or on from the next scan on; not from the thread of a worker. False: the
-  // stage was opened without its nodes, since writing was off, and writes after the next start.
+  // stage was opened without its nodes, since writing was off, and writes after the next start. A replay that
+  // writes to no PLC stays so.
   bool DisableWriting(bool disable);
   // Sends what the keeper of the logs has to report, on the thread that drives the loop. The loop calls it
   // after each scan, and the stages send the rest when they close; a host also calls it while it waits for
@@ -140,6 +145,7 @@ class CScanLoop {
   CPlcMultiOutput m_plcWrite;
   CLogTrendings m_trend;
   bool m_usesSmart;
+  const bool m_isReadOnly;  // a replay that writes to no PLC
   bool m_openedToWrite = false;
   CLogSample m_sample;       // of the input
   CLogSample m_smartSample;  // the same and the smart output variables

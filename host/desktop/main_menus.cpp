@@ -61,6 +61,9 @@ void CMainWindow::MakeRunMenu() {
   m_keepLogs->setCheckable(true);
   m_keepLogs->setChecked(m_settings.Get(kPlainLogs).IsEmpty());
   connect(m_keepLogs, &QAction::toggled, this, [this](bool keep) { SetKeepLogs(keep); });
+  m_replayWrites = run->addAction("Replay &Writes to PLCs");
+  m_replayWrites->setToolTip("Let the next start of a replay write to the PLCs of the configuration");
+  m_replayWrites->setCheckable(true);
   m_start->setIcon(style()->standardIcon(QStyle::SP_MediaPlay));
   m_stop->setIcon(style()->standardIcon(QStyle::SP_MediaStop));
 }

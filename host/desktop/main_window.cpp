@@ -110,7 +110,7 @@ void CMainWindow::OfferDemo() {
 
 // Makes a run of the document, stopped, and shows its parts.
 void CMainWindow::UseConfiguration() {
-  m_runner.SetConfiguration(m_document.Stored(), Trend(), Policy());
+  m_runner.SetConfiguration(m_document.Stored(), Trend(), Policy(), ReplayOptions().replayWrites);
   m_isAhead = false;
   ShowNames(m_runner.Run().Names());
   Trend().m_baseVars = m_names.input;
@@ -120,6 +120,11 @@ void CMainWindow::UseConfiguration() {
 std::optional<CLogPolicy> CMainWindow::Policy() const {
   if (!m_keepLogs->isChecked()) return std::nullopt;
   return CLogPolicy();
+}
+
+// A replay writes to no PLC unless the user has ticked the menu since the program was started.
+CLoopOptions CMainWindow::ReplayOptions() const {
+  return {.replayWrites = m_replayWrites->isChecked() || !m_keepLogs->isChecked()};
 }
 
 // The next start uses the setting.
@@ -275,6 +280,8 @@ void CMainWindow::Start() {
   if (!IsFitToStart()) return;
   for (const CString& warning : m_runner.Run().Warnings()) m_messages.Warn(warning);
   for (const CString& fault : m_runner.Run().BadLogs()) m_messages.Warn(fault + ": the log is left out");
+  if (LeavesOutWriting(m_document.Configuration(), ReplayOptions()))
+    m_messages.Tell("plcWrite: a replay writes to no PLC; the menu Run, Replay Writes to PLCs, changes that");
   m_runner.Start();
 }
 

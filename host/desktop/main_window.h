@@ -68,6 +68,7 @@ class CMainWindow : public QMainWindow {
   void UseConfiguration();
   std::optional<CLogPolicy> Policy() const;  // for logs
   void SetKeepLogs(bool keep);
+  CLoopOptions ReplayOptions() const;
   void ShowNames(const CStageNames& names);
   CTrendConfig& Trend() { return m_document.Configuration().m_trend; }
   void TakeTrend();
@@ -91,7 +92,7 @@ class CMainWindow : public QMainWindow {
   COverview* m_overview;
   QMenu* m_recent = nullptr;
   QAction *m_new = nullptr, *m_open = nullptr, *m_edit = nullptr, *m_start = nullptr, *m_stop = nullptr,
-          *m_keepLogs = nullptr;
+          *m_keepLogs = nullptr, *m_replayWrites = nullptr;
   QList<QAction*> m_needDocument;
   QLabel *m_stateText = nullptr, *m_countsText = nullptr;
   QProgressBar* m_progress = nullptr;

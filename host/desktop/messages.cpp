@@ -13,6 +13,7 @@ namespace vastra {
 namespace {
 
 constexpr UINT kWindow = 0;
+constexpr COLORREF kNoticeColour = 0x960000;
 
 }  // namespace
 
@@ -31,7 +32,9 @@ CMessages::~CMessages() {
 
 void CMessages::Show() { CConsole::Instance()->ShowWindow(kWindow, SW_SHOWNORMAL); }
 
-void CMessages::Warn(const CString& text) { WriteToConsole(kWindow, "Warning - " + text, kWarningColour, 0); }
+void CMessages::Warn(const CString& text) { WriteToConsole(kWindow, "Warning: " + text, kWarningColour, 0); }
+
+void CMessages::Tell(const CString& text) { WriteToConsole(kWindow, text, kNoticeColour, 0); }
 
 void CMessages::Configure() {
   CConsoleConfDlg dialog;

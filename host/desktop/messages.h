@@ -18,6 +18,8 @@ class CMessages {
   void Configure();
   // Shows a warning of the host.
   void Warn(const CString& text);
+  // Shows an event that is not a failure.
+  void Tell(const CString& text);
 
   CRunMessenger& Messenger() { return m_messenger; }
 

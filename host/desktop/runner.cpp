@@ -39,11 +39,13 @@ UINT CRunner::RefreshPeriodOf(UINT scanPeriod) {
 }
 
 void CRunner::SetConfiguration(const CConfiguration& configuration, CTrendConfig& trend,
-                               const std::optional<CLogPolicy>& policy) {
+                               const std::optional<CLogPolicy>& policy, bool replayWrites) {
   m_run.reset();  // before the new run: only one run at a time uses the messenger
   m_run = std::make_unique<CRun>(
       configuration, m_messenger,
-      CRunOptions{{.threaded = true, .target = this, .trend = &trend, .policy = policy}, m_listener.trend});
+      CRunOptions{
+          {.threaded = true, .target = this, .trend = &trend, .replayWrites = replayWrites, .policy = policy},
+          m_listener.trend});
   m_run->AddObserver(this);
   m_refreshPeriod = RefreshPeriodOf(m_run->Input().GetScanPeriod());
 }

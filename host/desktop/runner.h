@@ -35,10 +35,10 @@ class CRunner : private CMessageTarget, private CRunObserver {
   CRunner& operator=(const CRunner&) = delete;
 
   // Replaces the run by one of configuration; only while stopped. The stages of the former run are destroyed:
-  // connect the views to the new ones. trend: the settings that the trending stage shares. policy: as in
-  // CRunOptions.
+  // connect the views to the new ones. trend: the settings that the trending stage shares. policy,
+  // replayWrites: as in CLoopOptions.
   void SetConfiguration(const CConfiguration& configuration, CTrendConfig& trend,
-                        const std::optional<CLogPolicy>& policy = std::nullopt);
+                        const std::optional<CLogPolicy>& policy = std::nullopt, bool replayWrites = true);
   void Start();  // only while stopped
   void Stop();   // any time
 

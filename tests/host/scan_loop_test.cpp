@@ -154,6 +154,7 @@ TEST_F(ScanLoop, OnlyTheComputerThatASampleNamesWritesToThePlcsAndOnlyIfOpenedTo
   CConfiguration configuration = Logger(R"({
 "input": {"plcNodes": [{"driver": {"plcType": 9001, "text1": "counter"}, "varNames": ["ComputerNode"]}]},
 "plcWrite": {"nodes": [{"driver": {"plcType": 9001, "station": 1, "value4": 1}, "varNames": ["x"]}]}})");
+  m_options.replayWrites = false;  // which is for replays
   for (const bool disable : {false, true}) {
     configuration.m_plcWrite.m_disableWriting = disable;
     CScanLoop loop(configuration, m_options);

@@ -11,12 +11,19 @@ class Device:
 
     def __init__(self):
         self.lock = threading.Lock()
+        self.writes = []  # what was written to register 0
         self.reads = []  # (the connection, when the read was asked for) of each number, from 1 on
         device = self
 
         class Connection(socketserver.StreamRequestHandler):
             def handle(self):
                 while len(head := self.rfile.read(12)) == 12:
+                    if head[7] == 16:  # write registers
+                        data = self.rfile.read(1 + 2 * head[11])
+                        with device.lock:
+                            device.writes.append(struct.unpack(">I", data[1:5])[0])
+                        self.wfile.write(head[:4] + b"\0\6" + head[6:])
+                        continue
                     number = device.next(self)
                     self.wfile.write(head[:4] + struct.pack(">HBBBI", 7, head[6], head[7], 4, number))
 

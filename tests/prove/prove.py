@@ -13,6 +13,7 @@ from typing import Callable, NamedTuple
 import disks
 import kills
 import processes
+import replays
 from logs import Failed, NotRun
 
 PAGE = "docs/reliability.md"
@@ -65,6 +66,7 @@ CLAIMS = [
           300, 10000),
     Claim("gateway", "Starts that end in stops and power cuts leave full logs in order, also with a clock that restarts",
           processes.gateway, 6, 200),
+    Claim("replays", "A replay writes to no PLC, and each row of it with --write-plc", replays.replays, 100, 10000),
     Claim("sweeps", "", sweeps, 0, 1),
 ]
 
