@@ -2,6 +2,8 @@
 
 #include <typeinfo>
 
+#include "vastra/core/line_record.h"
+
 namespace vastra {
 
 IMPLEMENT_DYNAMIC(CLinkConfig, CObject)
@@ -12,6 +14,13 @@ CMessenger* CLink::m_pPlainMessenger = nullptr;
 void CLink::SetMessenger(CMessenger* messenger) {
   m_pMessenger = messenger;
   m_pPlainMessenger = messenger && typeid(*messenger) == typeid(CMessenger) ? messenger : nullptr;
+}
+
+void CLink::Send(char function, const CFault& fault) const {
+  if (CLineRecord* record = CLineRecord::OfThisThread())
+    record->Add(*m_pTypeName, m_name, function, fault);
+  else
+    m_pMessenger->Send(*m_pTypeName, m_name, function, fault.severity, fault.text);
 }
 
 int CLink::Comm(CLogSample& sample) {

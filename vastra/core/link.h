@@ -72,9 +72,8 @@ class VASTRA_API CLink : public CObject {
   explicit CLink(const CString& typeName, CLink* component = nullptr)
       : m_pTypeName(&typeName), m_pComponent(component) {}
 
-  void Send(char function, const CFault& fault) const {
-    m_pMessenger->Send(*m_pTypeName, m_name, function, fault.severity, fault.text);
-  }
+  // To the messenger, or to the record of a thread that has one.
+  void Send(char function, const CFault& fault) const;
   void Begin(char function) const {
     if (!Drops(false)) Send(function, {severityBegin, nullptr});
   }

@@ -1,6 +1,7 @@
 #include "vastra/plc/plc_link.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "vastra/platform/prompt.h"
 #include "vastra/plc/driver_call.h"
@@ -57,6 +58,8 @@ int CPlcLink::Open(CTypedPtrList<CObList, CLinkConfig*>& configs, UINT mode) {
   const auto& config = static_cast<const CPlcLinkConfig&>(*taken);
   if (config.m_config.variableCount == 0) return Fail(functionOpen, kNoVariables);
   m_count = config.m_config.variableCount;
+  m_pNotFinite = config.m_pNotFinite;
+  m_isKnown.assign(m_pNotFinite && m_count <= kMostValues ? m_count : 0, false);
   if (config.m_useDriver && !OpenDriver(config.m_config, mode)) return 0;
   m_mode = mode;
   return End(functionOpen);
@@ -118,10 +121,36 @@ int CPlcLink::Write(CLogSample& sample) {
   if (!BeginTransfer(functionWrite)) return 0;
   const int count = static_cast<int>(m_count);
   if (sample.m_values.GetSize() < count) return Fail(functionWrite, kShortSample);
-  std::copy_n(sample.m_values.GetData(), count, m_buffer.get());
+  int notFinite = -1;
+  const bool canSend = TakeValues(sample.m_values.GetData(), notFinite);
   if (!m_functions->Write) return Fail(functionWrite, kPlcNoWrite);
+  if (!canSend) return WarnNotFinite(notFinite, "nothing is written"), 1;
   const int status = AskDriver(kThrew, [&] { return m_functions->Write(m_buffer.get(), count, m_handle); });
-  return status == statusOk ? End(functionWrite) : FailStatus(functionWrite, status);
+  if (status != statusOk) return FailStatus(functionWrite, status);
+  if (notFinite < 0) return End(functionWrite);
+  return WarnNotFinite(notFinite, "the last one is written again"), 1;
+}
+
+bool CPlcLink::TakeValues(const float* values, int& notFinite) {
+  if (!m_pNotFinite) return std::copy_n(values, m_count, m_buffer.get()), true;
+  bool canSend = true;
+  *m_pNotFinite = 0;
+  for (UINT i = 0; i < m_count; ++i) {
+    if (std::isfinite(values[i])) {
+      m_buffer[i] = values[i];
+      m_isKnown[i] = true;
+    } else {
+      if ((*m_pNotFinite)++ == 0) notFinite = static_cast<int>(i);
+      canSend = canSend && m_isKnown[i];
+    }
+  }
+  return canSend;
+}
+
+void CPlcLink::WarnNotFinite(int index, const char* effect) const {
+  CString line;
+  line.Format("value %d is not finite: %s", index + 1, effect);
+  Send(functionWrite, {severityWarning, line});
 }
 
 int CPlcLink::FailStatus(char function, int status) const {

@@ -9,6 +9,7 @@
 #pragma once
 
 #include <cstdlib>
+#include <vector>
 
 #include "vastra/core/link.h"
 #include "vastra/platform/module.h"
@@ -23,6 +24,10 @@ class VASTRA_API CPlcLinkConfig : public CLinkConfig {
   // 0: the link opens without calling the driver. It then only serves a chain that is asked for its names,
   // and its Read and Write fail as on a closed link.
   int m_useDriver = 1;
+  // Null: a write sends all values. Else a value that is not finite is not sent, the node gets its last one
+  // again, and Write sets the number to that of such values. Before each value was finite once, Write sends
+  // nothing. A Warning reports both; the result is 1, since the node has answered.
+  UINT* m_pNotFinite = nullptr;
 };
 
 class VASTRA_API CPlcLink : public CLink {
@@ -61,8 +66,10 @@ class VASTRA_API CPlcLink : public CLink {
 
   UINT m_count = 0;  // number of values of the node
   std::unique_ptr<float[], CFree>
-      m_buffer;       // m_count values of the current call; null unless open with the driver
-  int m_handle = -1;  // the driver's; -1 unless open with the driver
+      m_buffer;                  // m_count values of the current call; null unless open with the driver
+  UINT* m_pNotFinite = nullptr;  // of the configuration
+  std::vector<bool> m_isKnown;   // by value: m_buffer has a finite one; only with m_pNotFinite
+  int m_handle = -1;             // the driver's; -1 unless open with the driver
   HMODULE m_module;
   DriverHeader m_header = {};
   const DriverFunctions* m_functions;  // the table of m_header, or one that offers nothing: never null
@@ -77,6 +84,10 @@ class VASTRA_API CPlcLink : public CLink {
   void Release();
   // Sends Begin and checks that the link is open with the driver: 1, or 0 after the report.
   int BeginTransfer(char function) const;
+  // Copies the values to send to m_buffer. False: nothing can be sent. notFinite gets the index of the
+  // first value that is not finite, if there is one.
+  bool TakeValues(const float* values, int& notFinite);
+  void WarnNotFinite(int index, const char* effect) const;
   // Reports a status other than statusOk and returns 0.
   int FailStatus(char function, int status) const;
 };

@@ -1,5 +1,7 @@
 #include "vastra/stages/log_input.h"
 
+#include <algorithm>
+
 #include "vastra/core/concat_link.h"
 #include "vastra/plc/driver_factory.h"
 #include "vastra/stages/node_chain.h"
@@ -21,6 +23,8 @@ IMPLEMENT_DYNCREATE(CInputThread, CWinThread)
 
 int CLogInput::Open() {
   if (m_open) Close();
+  CStringArray names;
+  if (MayNodesBeAway() && !PreGetInitialVarNames(names)) return 0;  // wrong settings are no absence
   CChain chain;
   CFileLink* replay = nullptr;
   if (m_options.m_simulating)
@@ -37,27 +41,47 @@ int CLogInput::Open() {
   return 1;
 }
 
+bool CLogInput::IsGuarded() const {
+  const auto& nodes = m_options.m_plcNodes;
+  return m_pWorkers || std::any_of(nodes.begin(), nodes.end(), [](const CPlcNodeConfig* node) {
+           return node->m_absent != EAbsent::fail || !node->m_aliveVar.IsEmpty();
+         });
+}
+
+bool CLogInput::MayNodesBeAway() const {
+  const auto& nodes = m_options.m_plcNodes;
+  return !m_options.m_simulating && std::any_of(nodes.begin(), nodes.end(), [](const CPlcNodeConfig* node) {
+    return node->m_absent != EAbsent::fail;
+  });
+}
+
 // Builds from the last node to the first. Each new node is the first component of a concat link around those
 // built before, so the values are in the order of the nodes.
-int CLogInput::BuildNodes(CChain& chain, int useDriver) const {
+int CLogInput::BuildNodes(CChain& chain, int useDriver) {
   CDriverFactory& drivers = *CDriverFactory::Instance();
+  const bool isGuarded = IsGuarded();
+  std::shared_ptr<CNodeGroup> group;
+  if (isGuarded && useDriver) group = m_group = std::make_shared<CNodeGroup>(m_pWorkers);
   for (POSITION pos = m_options.m_plcNodes.GetTailPosition(); pos;) {
     const CPlcNodeConfig& node = *m_options.m_plcNodes.GetPrev(pos);
     const int driver = drivers.GetDriverIndex(node.m_driver.plcType);
     if (driver < 0) continue;
     std::unique_ptr<CLink> rest = chain.TakeHead();
-    if (!AddNode(chain, node, driver, useDriver)) return 0;
+    if (!(isGuarded ? AddGuardedNode(chain, node, driver, group) : AddNode(chain, node, driver, useDriver)))
+      return 0;
     if (rest)
       chain.Add(CConcatLink::Create(chain.Head(), rest.release()), "Concat " + drivers.GetDriverName(driver),
-                ConcatConfig(kLinksOfANode));
+                ConcatConfig(isGuarded ? 1 : kLinksOfANode));
   }
   return chain.Head() != nullptr;
 }
 
 void CLogInput::Close() {
+  if (m_group) m_group->Close();
   delete m_pHeadLink;
   m_pHeadLink = nullptr;
   m_pFileLink = nullptr;
+  m_group.reset();
   m_open = 0;
 }
 

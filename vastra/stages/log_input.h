@@ -3,6 +3,7 @@
 #pragma once
 
 #include "vastra/config/input_config.h"
+#include "vastra/plc/node_link.h"
 #include "vastra/stages/log_facade.h"
 #include "vastra/stages/stage_thread.h"
 
@@ -52,6 +53,12 @@ class VASTRA_API CLogInput : public CLogFacade {
   float PercentCompleted() const;  // a fraction, from 0.0 to below 1.0
   float PartOfLog() const;         // the fraction of the current log that was read, from 0.0 to 1.0
 
+  // From the next Open on the nodes are asked at the same time, on workers, which must exist until Close.
+  // Null, the default: in turn, on the thread of the caller.
+  void SetWorkers(CNodeWorkers* workers) { m_pWorkers = workers; }
+  // The node that took longest in the last scan.
+  CNodeGroup::CSlowest Slowest() const { return m_group ? m_group->Slowest() : CNodeGroup::CSlowest(); }
+
   CInputConfig* GetOptions() { return &m_options; }
   void ClearConfiguration() { m_options.Clear(); }
 
@@ -59,11 +66,15 @@ class VASTRA_API CLogInput : public CLogFacade {
   friend class CStageThread<CLogInput>;
   int Work(CLogSample& sample);
 
-  int BuildNodes(CChain& chain, int useDriver) const;
+  int BuildNodes(CChain& chain, int useDriver);
+  bool IsGuarded() const;
+  bool MayNodesBeAway() const;
   const CFileLink* Replay() const { return m_open && m_options.m_simulating ? m_pFileLink : nullptr; }
 
   CLink* m_pHeadLink = nullptr;      // outermost link, owned
   CFileLink* m_pFileLink = nullptr;  // the link that replays, in the chain
+  CNodeWorkers* m_pWorkers = nullptr;
+  std::shared_ptr<CNodeGroup> m_group;  // null unless the nodes may be away or there are workers
   CInputConfig m_options;
 };
 

@@ -10,7 +10,10 @@ int CPlcMultiOutput::Open(CStringArray& names) {
   if (m_open) Close();
   if (!m_options.m_disableWriting) {
     m_plcEnable.Open(names);
-    if (!OpenSingles(m_outputs, m_options.m_nodes, names)) return 0;
+    if (m_pWorkers) m_group = std::make_shared<CNodeGroup>(m_pWorkers);
+    if (!OpenSingles(m_outputs, m_options.m_nodes, names,
+                     [this](CPlcSingleOutput& output, int) { output.SetGroup(m_group); }))
+      return m_group.reset(), 0;
   }
   m_open = 1;
   return 1;
@@ -19,9 +22,10 @@ int CPlcMultiOutput::Open(CStringArray& names) {
 int CPlcMultiOutput::Write(CLogSample& sample) {
   if (!m_open) return 0;
   if (!m_options.m_disableWriting && m_plcEnable.CheckIfWrite(sample, m_options.m_nodeNumber))
-    return m_threaded ? CPlcWriteThread::Start(RUNTIME_CLASS(CPlcWriteThread), this, sample, m_notifyWnd,
-                                               m_notifyMessage)
-                      : WriteAll(sample);
+    return m_threaded   ? CPlcWriteThread::Start(RUNTIME_CLASS(CPlcWriteThread), this, sample, m_notifyWnd,
+                                                 m_notifyMessage)
+           : m_pWorkers ? Work(sample)
+                        : WriteAll(sample);
   if (m_threaded) PostMessage(m_notifyWnd, m_notifyMessage, 1, 0);  // a host may be waiting for it
   return 1;
 }
@@ -40,7 +44,9 @@ int CPlcMultiOutput::Work(CLogSample& sample) {
 }
 
 void CPlcMultiOutput::Close() {
+  if (m_group) m_group->Close();
   CloseSingles(m_outputs);
+  m_group.reset();
   m_open = 0;
 }
 

@@ -2,6 +2,7 @@
 // switch of the configuration turns all writing off.
 #pragma once
 
+#include "vastra/plc/node_link.h"
 #include "vastra/stages/plc_enable.h"
 #include "vastra/stages/plc_single_output.h"
 #include "vastra/stages/stage_thread.h"
@@ -31,6 +32,10 @@ class VASTRA_API CPlcMultiOutput : public CLogFacade {
   // the caller must not use sample until the message has arrived.
   int Write(CLogSample& sample);
   void Close();
+  // From the next Open on the nodes are written at the same time, on workers, which must exist until Close: a
+  // node that fails keeps nothing from the others, and a node that does not open is away (see CNodeLink).
+  // Null, the default: in turn, on the thread of the caller.
+  void SetWorkers(CNodeWorkers* workers) { m_pWorkers = workers; }
   // Deletes all outputs; their destructors close them.
   void DeleteList() { DeleteAll(m_outputs); }
 
@@ -47,6 +52,8 @@ class VASTRA_API CPlcMultiOutput : public CLogFacade {
   CPlcMultiConfig m_options;
   CTypedPtrList<CObList, CPlcSingleOutput*> m_outputs;
   CPlcEnable m_plcEnable;
+  CNodeWorkers* m_pWorkers = nullptr;
+  std::shared_ptr<CNodeGroup> m_group;  // null without workers
 };
 
 }  // namespace vastra

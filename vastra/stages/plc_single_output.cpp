@@ -8,7 +8,8 @@ namespace vastra {
 
 int CPlcSingleOutput::Open(CStringArray& names) {
   if (m_open) Close();
-  m_pHeadLink = OpenChain(names, 1);
+  if (m_group && !PreOpen(names)) return 0;  // wrong settings are no absence
+  m_pHeadLink = m_group ? OpenGuarded(names) : OpenChain(names, 1);
   m_open = m_pHeadLink != nullptr;
   return m_open;
 }
@@ -24,6 +25,13 @@ CLink* CPlcSingleOutput::OpenChain(const CStringArray& names, int useDriver) con
   if (driver < 0 || !AddNode(chain, m_options.m_node, driver, useDriver)) return nullptr;
   chain.Add(CMapperLink::Create(chain.Head()), drivers.GetDriverName(driver), NameConfig(names));
   return chain.Open(CLink::modeWrite);
+}
+
+CLink* CPlcSingleOutput::OpenGuarded(const CStringArray& names) const {
+  const int driver = CDriverFactory::Instance()->GetDriverIndex(m_options.m_node.m_driver.plcType);
+  CChain chain;
+  return AddGuardedWrite(chain, m_options.m_node, driver, names, m_group) ? chain.Open(CLink::modeWrite)
+                                                                          : nullptr;
 }
 
 void CPlcSingleOutput::Close() {
