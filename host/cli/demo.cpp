@@ -77,7 +77,8 @@ CAction DeclareDemo(CArguments& arguments) {
   return [=] {
     return Demo(out->value_or(usual), {{.scans = scans->value_or(kScans),
                                         .period = CScanLoop::Period(period->value_or(-1)),
-                                        .policy = *plain ? std::nullopt : std::optional(CLogPolicy())}});
+                                        .policy = *plain ? std::nullopt : std::optional(CLogPolicy()),
+                                        .patience = *plain ? std::nullopt : std::optional(kPatience)}});
   };
 }
 

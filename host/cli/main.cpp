@@ -9,6 +9,7 @@
 #include "host/cli/command.h"
 #include "host/cli/output.h"
 #include "host/cli/terminal/terminal.h"
+#include "vastra/plc/node_workers.h"
 
 namespace vastra {
 namespace {
@@ -88,6 +89,7 @@ int main(int argc, char** argv) {
   try {
     const vastra::EExit status = vastra::Main(argc, argv);
     vastra::CTerminal::Instance().Drain();
+    if (vastra::CNodeWorkers::OverdueTasks() > 0) ::_exit(status);  // a driver still runs in its module
     return status;
   } catch (...) {  // no memory for a message
     return vastra::kFailed;

@@ -47,10 +47,12 @@ CRunArguments::CRunArguments(CArguments& arguments)
       m_closeWithin(arguments.Seconds("--close-within",
                                       "The longest wait for the disk at the end, in seconds (default: 30)",
                                       kLongestWait)),
+      m_patience(arguments.Seconds(
+          "--patience", "The longest wait for one call of a driver, in seconds (default: 10)", kLongestWait)),
       m_strict(arguments.Flag("--strict", "Do not start a replay if a log of its list is bad")),
       m_writePlc(arguments.Flag("--write-plc", "Write to the PLCs in a replay, too")) {
   arguments.Exclude("--debug", "--quiet");
-  for (const char* option : {"--sync", "--hold", "--close-within", "--strict"})
+  for (const char* option : {"--sync", "--hold", "--close-within", "--patience", "--strict"})
     arguments.Exclude(option, "--plain");
 }
 
@@ -68,9 +70,15 @@ CSessionOptions CRunArguments::Options() const {
            .period = CScanLoop::Period(m_period->value_or(-1)),
            .node = static_cast<UINT>(m_node->value_or(0)),
            .replayWrites = *m_writePlc || *m_plain,
-           .policy = Policy()},
+           .policy = Policy(),
+           .patience = Patience()},
           Verbosity(*m_debug, *m_quiet),
           *m_strict};
+}
+
+std::optional<CScanLoop::Period> CRunArguments::Patience() const {
+  if (*m_plain) return std::nullopt;
+  return *m_patience ? ToMilliseconds(**m_patience) : kPatience;
 }
 
 std::optional<CLogPolicy> CRunArguments::Policy() const {

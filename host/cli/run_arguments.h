@@ -20,6 +20,7 @@ class CRunArguments {
  private:
   CSessionOptions Options() const;
   std::optional<CLogPolicy> Policy() const;
+  std::optional<CScanLoop::Period> Patience() const;
 
   CArgument<CFileArgument> m_file;
   CArgument<CNumber> m_scans, m_period, m_node;
@@ -27,6 +28,7 @@ class CRunArguments {
   CArgument<std::optional<double>> m_sync;
   CArgument<CNumber> m_hold;
   CArgument<std::optional<double>> m_closeWithin;
+  CArgument<std::optional<double>> m_patience;
   CArgument<bool> m_strict, m_writePlc;
 };
 

@@ -41,6 +41,7 @@ EExit RunSession(const CString& subject, const CConfiguration& configuration, co
   CInbox inbox;
   CRunOptions runOptions = {options.loop};
   runOptions.target = &inbox;
+  runOptions.stopAsked = CStopSignals::HaveCome;
   CRun run(configuration, console.Messenger(), runOptions);
   PrintWarnings(subject, run.Warnings());
   if (PrintBadLogs(subject, run.BadLogs(), options.isStrict) != kDone) return kFailed;

@@ -33,6 +33,8 @@ CScanLoop::CScanLoop(const CConfiguration& configuration, COptions options)
   m_summaries.SetLogListener(m_options.summaries);
   m_outputs.SetLogKeeper(m_options.keeper);
   m_summaries.SetLogKeeper(m_options.keeper);
+  m_input.SetWorkers(m_options.workers);
+  m_plcWrite.SetWorkers(m_options.workers);
   if (m_options.period < Period::zero()) m_options.period = Period(m_input.GetScanPeriod());
 }
 
@@ -161,6 +163,15 @@ void CScanLoop::Schedule(bool succeeded) {
   const auto missed = (now - m_due + m_options.period - Time::duration(1)) / m_options.period;
   m_counts.late += static_cast<std::uint64_t>(missed);
   m_due += missed * m_options.period;
+  if (m_options.late) TellLate();
+}
+
+// A node that took half the period is the cause.
+void CScanLoop::TellLate() {
+  CNodeGroup::CSlowest slowest = m_input.Slowest();
+  if (CNodeGroup::CSlowest written = m_plcWrite.Slowest(); written.time > slowest.time)
+    slowest = std::move(written);
+  m_options.late(2 * slowest.time >= m_options.period ? slowest.name : CString());
 }
 
 // A worker that has started finishes its write.

@@ -58,10 +58,15 @@ struct CLoopOptions {
   bool replayWrites = true;       // false: a replay writes to no PLC
   // How the logs are kept; the run sets live and waits. None: the default of the engine.
   std::optional<CLogPolicy> policy = std::nullopt;
+  // Nodes are asked on workers, and a call of a driver is waited for so long. None: in turn, on the thread of
+  // the loop, as the engine does by default.
+  std::optional<std::chrono::milliseconds> patience = std::nullopt;
 };
 
 // Whether the nodes that configuration writes to stay closed, since options have a replay write to no PLC.
 bool LeavesOutWriting(const CConfiguration& configuration, const CLoopOptions& options);
+
+constexpr std::chrono::milliseconds kPatience{10000};  // of the hosts, unless the user says otherwise
 
 class CScanLoop {
  public:
@@ -71,6 +76,10 @@ class CScanLoop {
   struct COptions : CLoopOptions {
     CLogListener *outputs = nullptr, *summaries = nullptr;  // of these stages
     CLogKeeper* keeper = nullptr;                           // of both; must exist while the loop exists
+    CNodeWorkers* workers =
+        nullptr;  // of the nodes that are read and written; must exist while the loop exists
+    // Called when scans are late, with the node that took most of the time, or an empty name.
+    std::function<void(const CString& node)> late;
     std::function<void()> opened;  // called when all stages are open, before the first scan is due
     // Called at the end of each scan that read a sample, for views.
     std::function<void(CLogTrendings&)> refresh;
@@ -135,6 +144,7 @@ class CScanLoop {
   void Finish();
   void EndScan(bool succeeded);
   void Schedule(bool succeeded);
+  void TellLate();
   void Close();
 
   COptions m_options;

@@ -114,6 +114,8 @@ CStopSignals::~CStopSignals() {
     if (!IsIgnored(signal)) SetHandler(signal, SIG_DFL);
 }
 
+bool CStopSignals::HaveCome() { return g_isStopped; }
+
 void DriveToEnd(CRun& run, CInbox& inbox, const std::function<CInbox::Time()>& show) {
   CInbox::Time report = run.KeepsLogs() ? Clock::now() : CInbox::Time::max();
   while (run.IsRunning()) {

@@ -44,6 +44,8 @@ class CStopSignals {
   CStopSignals(const CStopSignals&) = delete;
   CStopSignals& operator=(const CStopSignals&) = delete;
   ~CStopSignals();
+
+  static bool HaveCome();  // from any thread
 };
 
 // Drives run, which has been started, to its end. inbox is its target. show is called between the steps; it

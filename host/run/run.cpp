@@ -62,6 +62,7 @@ CRun::CRun(const CConfiguration& configuration, CRunMessenger& messenger, const 
       m_trendChanged(options.trendChanged),
       m_makesNoScan(options.scans == 0),
       m_pKeeper(MakeKeeper(m_configuration.m_input, options)),
+      m_pWorkers(MakeWorkers(options)),
       m_loop(m_configuration, LoopOptions(options)) {
   Trend().SetOptionsListener([this] {
     m_isRenamed = true;
@@ -72,6 +73,18 @@ CRun::CRun(const CConfiguration& configuration, CRunMessenger& messenger, const 
 
 CRun::~CRun() { m_messenger.Attach(nullptr); }
 
+std::unique_ptr<CNodeWorkers> CRun::MakeWorkers(const CRunOptions& options) {
+  if (!options.patience) return nullptr;
+  return std::make_unique<CNodeWorkers>(
+      *options.patience, [this, asked = options.stopAsked] { return m_isStopping || (asked && asked()); });
+}
+
+void CRun::TellLate(const CString& node) {
+  const CString line = node.IsEmpty() ? CString("scans are late: the last one took longer than the period")
+                                      : "scans are late: the last one waited for " + node;
+  m_messenger.Send("CScanLoop", "Scan", functionRead, severityWarning, line);
+}
+
 CScanLoop::COptions CRun::LoopOptions(const CRunOptions& options) {
   CScanLoop::COptions result;
   static_cast<CLoopOptions&>(result) = options;
@@ -79,6 +92,8 @@ CScanLoop::COptions CRun::LoopOptions(const CRunOptions& options) {
   result.outputs = &m_outputLogs;
   result.summaries = &m_summaryLogs;
   result.keeper = m_pKeeper.get();
+  result.workers = m_pWorkers.get();
+  if (m_pWorkers) result.late = [this](const CString& node) { TellLate(node); };
   result.opened = [this] {
     if (m_pKeeper) ShowJournals(m_pKeeper->RecoverOthers(&m_recoveredLogs));
   };
@@ -99,6 +114,7 @@ void CRun::DeliverRecovered() {
 }
 
 int CRun::Start() {
+  m_isStopping = false;
   m_isRenamed = false;
   m_sumsDue = {};
   if (!m_loop.Start()) return 0;
@@ -127,6 +143,7 @@ void CRun::Notify(UINT message, WPARAM result) {
 }
 
 void CRun::Stop() {
+  m_isStopping = true;
   Drive([this] { m_loop.Stop(); });
 }
 

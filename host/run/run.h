@@ -16,6 +16,7 @@
 // their own while the host leaves the run alone.
 #pragma once
 
+#include <atomic>
 #include <memory>
 
 #include "host/common/equation_check.h"
@@ -29,6 +30,9 @@ namespace vastra {
 
 struct CRunOptions : CLoopOptions {
   std::function<void()> trendChanged = {};  // a view or a dialog has changed them
+  // Whether the host wants to stop, asked while the run waits for a driver: patience is then the limit of all
+  // waits. A host without it calls AskToStop.
+  std::function<bool()> stopAsked = {};
 };
 
 class CRun : private CRunMessenger::CReader {
@@ -76,6 +80,8 @@ class CRun : private CRunMessenger::CReader {
   void Notify(UINT message, WPARAM result);
   // Ends the run: at once, or when the current worker has posted its result.
   void Stop();
+  // From any thread, before Stop: waits for drivers end within patience from now on.
+  void AskToStop() { m_isStopping = true; }
   // Whether the logs are kept by a policy.
   bool KeepsLogs() const { return m_pKeeper != nullptr; }
   // Reports what has happened to the logs since the last scan. DriveToEnd calls it each second, so that a
@@ -122,6 +128,8 @@ class CRun : private CRunMessenger::CReader {
   bool TakeMessage(const char* linkType, const char* linkName, char function, char severity,
                    const char* text) override;
   CScanLoop::COptions LoopOptions(const CRunOptions& options);
+  std::unique_ptr<CNodeWorkers> MakeWorkers(const CRunOptions& options);
+  void TellLate(const CString& node);
   template <class ACTION>
   void Drive(ACTION action);
   void ShowJournals(const std::vector<CKeeperLine>& lines);
@@ -149,6 +157,8 @@ class CRun : private CRunMessenger::CReader {
   const bool m_makesNoScan;
   Time m_sumsDue{};                             // when m_counts.kept is to be updated
   const std::unique_ptr<CLogKeeper> m_pKeeper;  // null: the default of the engine
+  std::atomic<bool> m_isStopping{false};
+  const std::unique_ptr<CNodeWorkers> m_pWorkers;  // null: the same
   CScanLoop m_loop;
 };
 

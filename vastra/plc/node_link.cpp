@@ -135,6 +135,7 @@ void CNodeGroup::CloseAll(const std::vector<CNodeLink*>& links) {
     if (!link->m_pNode) continue;
     if (m_pWorkers && !m_pWorkers->IsIdle(*link->m_pNode)) continue;
     link->m_pNode->m_work = CNodeLink::CNode::EWork::close;
+    link->m_pNode->m_call = "close";
     if (link->m_pNode->m_isOpen) m_asked.push_back(link);
   }
   Work(CNodeWorkers::EWait::close);

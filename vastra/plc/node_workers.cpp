@@ -9,6 +9,8 @@ namespace {
 
 constexpr std::chrono::milliseconds kLook{50};  // how often a thread that waits asks whether the host stops
 constexpr int kScanPart = 4, kWhole = 5;        // of the patience from a stop on; the rest is for closing
+constexpr std::chrono::milliseconds kTellAfter{300};  // a wait of a stop
+constexpr std::chrono::milliseconds kToClose{200};    // what a close has in any case
 
 }  // namespace
 
@@ -35,12 +37,15 @@ void CNodeWorkers::Start(const std::shared_ptr<CNodeTask>& task, bool isAway) {
 }
 
 // The pool is locked. The end of time while the host does not stop.
-CNodeWorkers::Time CNodeWorkers::StopLimit(EWait wait, Time now) const {
-  if (m_pool->m_stopped == Time{}) {
-    if (!m_stopAsked || !m_stopAsked()) return Time::max();
-    m_pool->m_stopped = now;
+CNodeWorkers::Time CNodeWorkers::StopLimit(EWait wait, Time begin) const {
+  Time& stopped = m_pool->m_stopped;
+  if (!m_stopAsked || !m_stopAsked()) {
+    stopped = {};
+    return Time::max();
   }
-  return m_pool->m_stopped + m_patience * (wait == EWait::scan ? kScanPart : kWhole) / kWhole;
+  if (stopped == Time{}) stopped = Time::clock::now();
+  if (wait == EWait::scan) return stopped + m_patience * kScanPart / kWhole;
+  return std::max(stopped + m_patience, begin + kToClose);
 }
 
 void CNodeWorkers::Wait(std::span<const std::shared_ptr<CNodeTask>> tasks, EWait wait,
@@ -49,7 +54,7 @@ void CNodeWorkers::Wait(std::span<const std::shared_ptr<CNodeTask>> tasks, EWait
   const Time begin = Time::clock::now();
   for (bool isTold = false;;) {
     const Time now = Time::clock::now();
-    const Time stop = StopLimit(wait, now);
+    const Time stop = StopLimit(wait, begin);
     Time next = now + kLook;
     const CNodeTask* awaited = nullptr;
     for (const std::shared_ptr<CNodeTask>& task : tasks) {
@@ -63,7 +68,7 @@ void CNodeWorkers::Wait(std::span<const std::shared_ptr<CNodeTask>> tasks, EWait
       if (!awaited || task->m_state == CNodeTask::EState::running) awaited = task.get();
     }
     if (!awaited) return;
-    if (stop != Time::max() && !isTold && waiting) {
+    if (stop != Time::max() && now - begin > kTellAfter && !isTold && waiting) {
       isTold = true;
       lock.unlock();
       waiting(*awaited, std::chrono::ceil<Span>(stop - now));

@@ -97,7 +97,7 @@ class VASTRA_API CNodeWorkers {
   static int OverdueTasks();
 
  private:
-  Time StopLimit(EWait wait, Time now) const;
+  Time StopLimit(EWait wait, Time begin) const;
 
   const Span m_patience;
   const std::function<bool()> m_stopAsked;

@@ -36,6 +36,8 @@ class VASTRA_API CPlcMultiOutput : public CLogFacade {
   // node that fails keeps nothing from the others, and a node that does not open is away (see CNodeLink).
   // Null, the default: in turn, on the thread of the caller.
   void SetWorkers(CNodeWorkers* workers) { m_pWorkers = workers; }
+  // The node that took longest in the last write.
+  CNodeGroup::CSlowest Slowest() const { return m_group ? m_group->Slowest() : CNodeGroup::CSlowest(); }
   // Deletes all outputs; their destructors close them.
   void DeleteList() { DeleteAll(m_outputs); }
 
