@@ -146,9 +146,11 @@ void CheckStages(const CConfiguration& configuration, const CStageNames& names, 
   CCheck(configuration, names, console, findings).Run();
 }
 
-EExit Check(const CFileArgument& file, bool isPlain) {
+EExit Check(const CFileArgument& file, const CDriverFolders& drivers, bool isPlain) {
+  if (drivers.Search(!isPlain) != kDone) return kWrongUse;
   CConfiguration configuration;
   if (Load(file, configuration) != kDone) return kRefused;
+  if (!isPlain) WarnOfModules();
   CHostConsole console(EVerbosity::normal);
   std::vector<CString> refusals, badLogs;
   if (!isPlain) {
@@ -170,8 +172,9 @@ EExit Check(const CFileArgument& file, bool isPlain) {
 
 CAction DeclareCheck(CArguments& arguments) {
   const auto file = arguments.File("FILE", kConfigurationHelp);
+  const CDriverFolders drivers(arguments);
   const auto plain = DeclarePlain(arguments);
-  return [=] { return Check(*file, *plain); };
+  return [=] { return Check(*file, drivers, *plain); };
 }
 
 }  // namespace vastra

@@ -21,7 +21,7 @@ constexpr CCommand kCommands[] = {
     {"convert", "Print a log as CSV", "vastra convert old.rph --csv old.csv", DeclareConvert},
     {"eval", "Compile equations and run them on one sample", "vastra eval 'y = 2 * a;' --var a=1.5",
      DeclareEval},
-    {"drivers", "List the driver modules in this program's folder", "vastra drivers", DeclareDrivers},
+    {"drivers", "List the driver modules, and why a file is not one", "vastra drivers", DeclareDrivers},
     {"probe", "Open a driver, read and write, without a configuration",
      "vastra probe 9001 --set text1=sine,counter --count 2 --reads 3", DeclareProbe},
 };

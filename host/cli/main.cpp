@@ -9,6 +9,8 @@
 #include "host/cli/command.h"
 #include "host/cli/output.h"
 #include "host/cli/terminal/terminal.h"
+#include "host/common/driver_search.h"
+#include "host/common/module_trial.h"
 #include "vastra/plc/node_workers.h"
 
 namespace vastra {
@@ -74,6 +76,7 @@ EExit Main(int argc, char** argv) {
     return FailUse(line, fault);
   }
   try {
+    SearchDrivers({}, true);
     return request.action();
   } catch (const std::exception& fault) {  // such as no memory
     return Fail(kFailed, request.name, fault.what());
@@ -84,6 +87,7 @@ EExit Main(int argc, char** argv) {
 }  // namespace vastra
 
 int main(int argc, char** argv) {
+  if (vastra::IsModuleTrial(argc, argv)) return vastra::RunModuleTrial(argv);
   vastra::OccupyStandardStreams();
   ::signal(SIGPIPE, SIG_IGN);  // a reader that has closed the pipe is a failed write
   try {

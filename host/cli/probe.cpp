@@ -6,15 +6,15 @@
 #include <optional>
 
 #include "host/cli/command.h"
+#include "host/cli/driver_folders.h"
 #include "host/cli/json_output.h"
 #include "host/cli/number_text.h"
 #include "host/cli/output.h"
 #include "host/cli/terminal/terminal.h"
+#include "host/common/driver_search.h"
 #include "host/probe/driver_settings.h"
 #include "host/probe/probe.h"
 #include "host/run/inbox.h"
-#include "vastra/platform/file_system.h"
-#include "vastra/plc/driver_factory.h"
 
 namespace vastra {
 namespace {
@@ -155,9 +155,9 @@ EExit ProbeId(CProbe& probe, std::int64_t id) {
   if (index < 0 || factory.GetDriverID(index) != id)
     return Fail(kFailed, probe.typed,
                 "there is no driver with this ID; vastra drivers lists the installed ones");
-  const CString& file = factory.GetDrivers()[index].m_fileName;
-  probe.request.path = JoinPath(factory.GetPath(), file);
-  CReport report(file, probe.asJson, probe.isCounted);
+  const CModuleFile& file = factory.GetDrivers()[index];
+  probe.request.path = file.m_loadPath;
+  CReport report(ShownName(file), probe.asJson, probe.isCounted);
   const CString noDriver = ProbeDriver(probe.request, report);
   return noDriver.IsEmpty() ? report.End() : Fail(kFailed, probe.typed, noDriver);
 }
@@ -173,9 +173,10 @@ EExit ProbeFile(const CProbe& probe) {
 
 struct CProbeArguments {
   CArgument<CFileArgument> driver;
-  CArgument<std::vector<CString>> settings, values;
-  CArgument<CNumber> count, reads, limit;
-  CArgument<bool> asJson;
+  CDriverFolders folders;
+  CArgument<std::vector<CString>> settings = {}, values = {};
+  CArgument<CNumber> count = {}, reads = {}, limit = {};
+  CArgument<bool> asJson = {};
 };
 
 // All of text as an ID.
@@ -186,6 +187,7 @@ std::optional<std::int64_t> ToId(std::string_view text) {
 }
 
 EExit Probe(const CProbeArguments& arguments) {
+  if (arguments.folders.Search() != kDone) return kWrongUse;
   CProbe probe;
   CProbeRequest& request = probe.request;
   const CString fault = ReadSettings(*arguments.settings, request.config);
@@ -213,10 +215,11 @@ EExit Probe(const CProbeArguments& arguments) {
 }  // namespace
 
 CAction DeclareProbe(CArguments& arguments) {
-  CProbeArguments probe;
-  probe.driver = arguments.File("DRIVER",
-                                "ID of a driver in this program's folder, or the file of a driver module; a "
-                                "file is also tested against the rules for drivers");
+  const auto driver =
+      arguments.File("DRIVER",
+                     "ID of a driver that vastra drivers lists, or the file of a driver module; a file is "
+                     "also tested against the rules for drivers");
+  CProbeArguments probe{driver, CDriverFolders(arguments)};
   probe.settings = arguments.Texts("--set", "FIELD=VALUE", "A setting of the driver; can be repeated");
   probe.count = arguments.Number(
       "--count", "N", "Number of values (default: 1, or the number of values of --write)", 1, kMostValues);

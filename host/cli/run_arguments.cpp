@@ -50,7 +50,8 @@ CRunArguments::CRunArguments(CArguments& arguments)
       m_patience(arguments.Seconds(
           "--patience", "The longest wait for one call of a driver, in seconds (default: 10)", kLongestWait)),
       m_strict(arguments.Flag("--strict", "Do not start a replay if a log of its list is bad")),
-      m_writePlc(arguments.Flag("--write-plc", "Write to the PLCs in a replay, too")) {
+      m_writePlc(arguments.Flag("--write-plc", "Write to the PLCs in a replay, too")),
+      m_drivers(arguments) {
   arguments.Exclude("--debug", "--quiet");
   for (const char* option : {"--sync", "--hold", "--close-within", "--patience", "--strict"})
     arguments.Exclude(option, "--plain");
@@ -59,8 +60,10 @@ CRunArguments::CRunArguments(CArguments& arguments)
 EExit CRunArguments::Run(CSessionView& view, CSessionResult& result) const {
   CTerminal::Instance().StampLines();
   if (*m_quiet) CTerminal::Instance().BeQuiet();
+  if (m_drivers.Search(!*m_plain) != kDone) return kWrongUse;
   CConfiguration configuration;
   if (Load(*m_file, configuration) != kDone) return kRefused;
+  if (!*m_plain) WarnOfModules();
   return RunSession(m_file->typed, configuration, Options(), view, result);
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "host/cli/arguments.h"
+#include "host/cli/driver_folders.h"
 #include "host/cli/session.h"
 
 namespace vastra {
@@ -30,6 +31,7 @@ class CRunArguments {
   CArgument<std::optional<double>> m_closeWithin;
   CArgument<std::optional<double>> m_patience;
   CArgument<bool> m_strict, m_writePlc;
+  CDriverFolders m_drivers;
 };
 
 }  // namespace vastra

@@ -7,6 +7,8 @@
 
 #include <cstdio>
 
+#include "host/common/driver_search.h"
+#include "host/common/module_trial.h"
 #include "host/common/shown_text.h"
 #include "host/desktop/main_window.h"
 #include "host/desktop/quit_signals.h"
@@ -60,6 +62,7 @@ int Main(int argc, char** argv) {
   ::signal(SIGPIPE, SIG_IGN);
   CRequest request;
   if (const int status = ReadCommandLine(argc, argv, request); status >= 0) return status;
+  SearchDrivers({}, true);
   const QApplication application(argc, argv);
   QApplication::setApplicationName("Vastra");  // the title of message boxes
   QApplication::setQuitOnLastWindowClosed(false);
@@ -73,4 +76,6 @@ int Main(int argc, char** argv) {
 }  // namespace
 }  // namespace vastra
 
-int main(int argc, char** argv) { return vastra::Main(argc, argv); }
+int main(int argc, char** argv) {
+  return vastra::IsModuleTrial(argc, argv) ? vastra::RunModuleTrial(argv) : vastra::Main(argc, argv);
+}

@@ -11,6 +11,7 @@
 
 #include "host/common/configuration_json.h"
 #include "host/common/demo.h"
+#include "host/common/driver_search.h"
 #include "host/desktop/configuration_sheet.h"
 #include "host/desktop/overview.h"
 #include "host/desktop/report_window.h"
@@ -278,6 +279,7 @@ void CMainWindow::Start() {
   if (!m_document.IsOpen() || m_runner.State() != CRunner::EState::stopped || HasOpenDialog()) return;
   UseConfiguration();
   if (!IsFitToStart()) return;
+  for (const CString& fault : FindModuleFaults()) m_messages.Warn(fault);
   for (const CString& warning : m_runner.Run().Warnings()) m_messages.Warn(warning);
   for (const CString& fault : m_runner.Run().BadLogs()) m_messages.Warn(fault + ": the log is left out");
   if (LeavesOutWriting(m_document.Configuration(), ReplayOptions()))

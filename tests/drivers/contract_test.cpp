@@ -48,7 +48,7 @@ TEST(DriverFactory, ListsTheDriversByFileSaysWhyItLeftOthersOutAndFindsTheFirstO
     EXPECT_EQ(Factory().GetDriverName(i).Std(), kDrivers[i].name);
   }
   std::string found;
-  for (const CDriverFactory::CLeftOut& file : Factory().GetLeftOut()) {
+  for (const CModuleFile& file : Factory().GetLeftOut()) {
     EXPECT_FALSE(file.m_reason.IsEmpty());
     found += file.m_fileName.Std() + (file.m_reason == "no GetDriverHeader" ? "*, " : ", ");
   }
@@ -63,7 +63,9 @@ TEST(DriverFactory, ListsTheDriversByFileSaysWhyItLeftOthersOutAndFindsTheFirstO
     EXPECT_EQ(Factory().NewDriver(index), nullptr);
   }
   struct CLateFactory : CDriverFactory {
-    CLateFactory() { m_drivers.Add({1, "gone.so", "Gone"}); }
+    CLateFactory() : CDriverFactory({}) {
+      m_drivers.Add({.m_fileName = "gone.so", .m_loadPath = "/gone.so"});
+    }
   } factory;
   EXPECT_EQ(factory.NewDriver(kCount), nullptr);
 }

@@ -18,7 +18,8 @@ WRONG = [
 LEFT_OUT = r"""(dangling\?).so: left out: it is a link to nothing
 vastra: folder.so: left out: it is a folder
 vastra: link.so: left out: it is a folder
-vastra: text.so: left out: .*file too short"""
+vastra: text.so: left out: it is not a module: it has no ELF header
+vastra: c.so: not used: b.SO has the same ID 9001"""
 
 
 class Usage(CommandTest):
@@ -42,6 +43,25 @@ class Usage(CommandTest):
         self.expect("drivers", 0, "  0        9001  Simulator  (b.SO)\n  1        9001  Simulator  (c.so)\n", LEFT_OUT, program=program)
         self.assertEqual([{"index": i, "id": 9001, "name": "Simulator", "file": file} for i, file in enumerate(["b.SO", "c.so"])],
                          self.vastra("drivers", "--json", program=program).json())
+
+    def test_drivers_are_found_in_folders_of_the_command_line_and_the_environment(self):
+        program = shutil.copy(VASTRA, self.path("vastra"))
+        for name in ["a", "b"]:
+            os.mkdir(self.path(name))
+            shutil.copy(os.path.join(os.path.dirname(VASTRA), "simulator.so"), self.path(name, "s.so"))
+        self.write("c.json", simulated())
+        a, b = self.path("a", "s.so"), self.path("b", "s.so")
+        listed, twice = "  0        9001  Simulator  (%s)\n", "%s: left out: the file of this name in %s is used"
+        for folders, variable, found, message in [
+                ("a", "", a, ""), ("a b", "", a, twice % (b, self.path("a"))), ("b a", "", b, twice % (a, self.path("b"))),
+                ("", ":a::b", a, twice % (b, self.path("a"))), ("b", "./b:" + self.folder, b, ""),
+                ("a", "none", a, "VASTRA_DRIVERS: none: No such file or directory")]:
+            use = {"program": program, "env": {**self.environment(), "VASTRA_DRIVERS": variable}}
+            options = ["--driver-folder=" + folder for folder in folders.split()]
+            self.expect(["drivers", *options], 0, listed % found, message, **use)
+            for command in ["run c.json --scans 1 --quiet", "check c.json", "probe 9001"]:
+                self.expect([*command.split(), *options], 0, None, None, **use)
+        self.expect("run c.json --driver-folder c.json", 2, err="c.json: cannot be searched for drivers: Not a directory")
 
     def test_data_that_cannot_be_written_is_a_failure(self):
         with open("/dev/full", "wb") as full:

@@ -1,5 +1,7 @@
 #include "vastra/plc/driver_factory.h"
 
+#include <algorithm>
+
 #include "vastra/platform/file_system.h"
 #include "vastra/plc/driver_call.h"
 #include "vastra/plc/plc_link.h"
@@ -8,32 +10,62 @@ namespace vastra {
 
 SingletonSmartPtr<CDriverFactory> CDriverFactory::m_Instance;
 
+namespace {
+
+CDriverSearch g_search;
+
+void LoadAndAsk(CModuleFile& file) {
+  file.m_loadPath = JoinPath(file.m_folder, file.m_fileName);
+  const HMODULE module = LoadModule(file.m_loadPath, &file.m_reason);
+  if (!module) return;
+  DriverHeader header = {};
+  if (AskHeader(module, header)) {
+    file.m_id = header.id;
+    file.m_name = header.name;
+  } else {
+    file.m_reason = "no GetDriverHeader";
+  }
+  FreeModule(module);
+}
+
+void LoadAll(CArray<CModuleFile>& files) {
+  for (CModuleFile& file : files) LoadAndAsk(file);
+}
+
+}  // namespace
+
+void CDriverFactory::SetSearch(const CDriverSearch& search) { g_search = search; }
+
 CDriverFactory* CDriverFactory::Instance() {
-  if (!m_Instance) m_Instance = new CDriverFactory;
+  if (!m_Instance) m_Instance = new CDriverFactory(g_search);
   return m_Instance;
 }
 
-CDriverFactory::CDriverFactory() {
+CDriverFactory::CDriverFactory(const CDriverSearch& search) {
   const CString executable = ExecutablePath();
-  if (executable.IsEmpty()) return;
-  m_path = DirectoryOf(executable);
-  SetCurrentDirectory(m_path);
-  for (const CFileEntry& file : ListFiles(m_path, ".so")) Examine(file.m_name);
+  if (!executable.IsEmpty()) {
+    m_path = DirectoryOf(executable);
+    SetCurrentDirectory(m_path);
+    m_folders.Add(m_path);
+  }
+  m_folders.Append(search.m_folders);
+  CArray<CModuleFile> files;
+  for (const CString& folder : m_folders) FindFiles(folder, files);
+  (search.m_examine ? search.m_examine : LoadAll)(files);
+  for (const CModuleFile& file : files) (file.m_reason.IsEmpty() ? m_drivers : m_leftOut).Add(file);
 }
 
-void CDriverFactory::Examine(const CString& fileName) {
-  CString reason;
-  const HMODULE module = LoadModule(JoinPath(m_path, fileName), &reason);
-  if (!module) {
-    m_leftOut.Add({fileName, reason});
-    return;
+void CDriverFactory::FindFiles(const CString& folder, CArray<CModuleFile>& files) {
+  for (const CFileEntry& entry : ListFiles(folder, ".so")) {
+    const auto first = std::ranges::find(files, entry.m_name, &CModuleFile::m_fileName);
+    CModuleFile file = {.m_fileName = entry.m_name, .m_folder = folder};
+    if (first == files.end()) {
+      files.Add(file);
+    } else {
+      file.m_reason = "the file of this name in " + first->m_folder + " is used";
+      m_leftOut.Add(file);
+    }
   }
-  DriverHeader header = {};
-  if (AskHeader(module, header))
-    m_drivers.Add({header.id, fileName, header.name});
-  else
-    m_leftOut.Add({fileName, "no GetDriverHeader"});
-  FreeModule(module);
 }
 
 CString CDriverFactory::GetDriverName(int index) const {
@@ -49,7 +81,7 @@ int CDriverFactory::GetDriverIndex(int id) const {
 }
 
 HMODULE CDriverFactory::Load(int index) const {
-  return Has(index) ? LoadModule(JoinPath(m_path, m_drivers[index].m_fileName)) : nullptr;
+  return Has(index) ? LoadModule(m_drivers[index].m_loadPath) : nullptr;
 }
 
 CPlcLink* CDriverFactory::NewDriver(int index) const {

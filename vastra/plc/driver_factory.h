@@ -1,6 +1,6 @@
-// CDriverFactory finds the driver modules next to the host's executable and creates links that use
-// them. The stages turn the stored ID of a node into an index and request a link; the screens list the
-// drivers by name.
+// CDriverFactory finds the driver modules next to the host's executable, and in the folders that the host
+// adds, and creates links that use them. The stages turn the stored ID of a node into an index and request a
+// link; the screens list the drivers by name.
 //
 // The factory keeps no module loaded: its list, built once, contains copies. An index is from 0 to below the
 // count.
@@ -15,22 +15,32 @@ namespace vastra {
 
 class CPlcLink;
 
+// A file with the name of a module: a driver, or left out for a reason.
+struct CModuleFile {
+  CString m_fileName = {};  // without the folder
+  CString m_folder = {};    // absolute
+  CString m_reason = {};    // why the file is left out; empty for a driver
+  int m_id = -1;            // the rest only for a driver
+  CString m_name = {};      // what users see
+  CString m_loadPath = {};  // by which it is loaded
+};
+
+// How the factory finds drivers.
+struct CDriverSearch {
+  CStringArray m_folders;  // absolute; searched after the folder of the executable
+  // Examines the files: sets m_reason, or m_id, m_name and m_loadPath. A host whose drivers are not trusted
+  // has its own function. Null: the factory loads each file to ask for its header.
+  void (*m_examine)(CArray<CModuleFile>& files) = nullptr;
+};
+
 class VASTRA_API CDriverFactory {
  public:
-  struct CDriverInfo {
-    int m_id;
-    CString m_fileName;  // without the folder
-    CString m_name;      // what users see
-  };
-  // A file with the name of a module that is not a driver, and the reason.
-  struct CLeftOut {
-    CString m_fileName;
-    CString m_reason;
-  };
+  // For the first call of Instance; without it only the folder of the executable is searched.
+  static void SetSearch(const CDriverSearch& search);
 
-  // The only factory. The first call loads each module once to query it, and makes the folder of the
-  // executable the current directory of the process permanently: a host must make its paths absolute before.
-  // There is no lock: the thread that builds the configuration makes the call.
+  // The only factory. The first call examines each module once, and makes the folder of the executable the
+  // current directory of the process permanently: a host must make its paths absolute before. There is no
+  // lock: the thread that builds the configuration makes the call.
   static CDriverFactory* Instance();
   virtual ~CDriverFactory() = default;
 
@@ -50,21 +60,25 @@ class VASTRA_API CDriverFactory {
   // The line that the node of config shares with other nodes of the driver; empty: a line of its own.
   CString LineOf(int index, const DriverConfig& config) const;
 
-  // The folder that was searched, empty if the system did not report it; the drivers in it, in byte order of
-  // the file names; and the files that were skipped.
+  // The folder of the executable, empty if the system did not report it; all folders that were searched, that
+  // one first; the drivers, by folder in the order
+  // of the search and then in byte order of the file names; and the files that were left out. Of files with
+  // the same name in two folders the second one is left out.
   const CString& GetPath() const { return m_path; }
-  const CArray<CDriverInfo, CDriverInfo>& GetDrivers() const { return m_drivers; }
-  const CArray<CLeftOut>& GetLeftOut() const { return m_leftOut; }
+  const CStringArray& GetFolders() const { return m_folders; }
+  const CArray<CModuleFile>& GetDrivers() const { return m_drivers; }
+  const CArray<CModuleFile>& GetLeftOut() const { return m_leftOut; }
 
  protected:
-  CDriverFactory();
+  explicit CDriverFactory(const CDriverSearch& search);
 
   CString m_path;
-  CArray<CDriverInfo, CDriverInfo> m_drivers;
-  CArray<CLeftOut> m_leftOut;
+  CStringArray m_folders;
+  CArray<CModuleFile> m_drivers;
+  CArray<CModuleFile> m_leftOut;
 
  private:
-  void Examine(const CString& fileName);
+  void FindFiles(const CString& folder, CArray<CModuleFile>& files);
   bool Has(int index) const { return index >= 0 && index < m_drivers.GetSize(); }
   // The module of the driver, loaded: the caller frees it. Null as in NewDriver.
   HMODULE Load(int index) const;

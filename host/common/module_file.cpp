@@ -1,0 +1,139 @@
+#include "host/common/module_file.h"
+
+#include <fcntl.h>
+#include <link.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstring>
+
+#include "host/common/paths.h"
+#include "vastra/platform/file_system.h"
+
+namespace vastra {
+namespace {
+
+using CElfHeader = ElfW(Ehdr);
+using CElfSegment = ElfW(Phdr);
+
+// Closes a descriptor at the end of a scope.
+class CDescriptor {
+ public:
+  explicit CDescriptor(int file) : m_file(file) {}
+  CDescriptor(const CDescriptor&) = delete;
+  CDescriptor& operator=(const CDescriptor&) = delete;
+  ~CDescriptor() {
+    if (m_file >= 0) ::close(m_file);
+  }
+  int Get() const { return m_file; }
+
+ private:
+  int m_file;
+};
+
+CString Number(std::uint64_t number) { return CString(std::to_string(number)); }
+
+bool IsWritableByAll(mode_t mode) { return (mode & S_IWOTH) != 0; }
+
+CString FindWriterFault(const CString& folder) {
+  struct stat status;
+  if (::stat(folder, &status) != 0) return std::strerror(errno);
+  return IsWritableByAll(status.st_mode) ? "all users can write to its folder " + folder : CString();
+}
+
+// The folder of the file itself, if the file was reached by a link.
+CString RealFolder(int file) {
+  char path[PATH_MAX];
+  const ssize_t length = ::readlink(LoadPathOf(file), path, sizeof path);
+  return length > 0 ? DirectoryOf(CString(path, static_cast<std::size_t>(length))) : CString();
+}
+
+CString FindOwnerFault(int file, const struct stat& status, const CString& folder) {
+  const uid_t caller = ::geteuid();
+  if (status.st_uid != 0 && status.st_uid != caller)
+    return "it belongs to user " + Number(status.st_uid) + ", and neither to root nor to user " +
+           Number(caller) + ", who runs this program";
+  if (IsWritableByAll(status.st_mode)) return "all users can write to it";
+  const CString fault = FindWriterFault(folder);
+  return fault.IsEmpty() ? FindWriterFault(RealFolder(file)) : fault;
+}
+
+template <class T>
+bool ReadAt(int file, std::uint64_t offset, T& record) {
+  return ::pread(file, &record, sizeof record, static_cast<off_t>(offset)) == ssize_t{sizeof record};
+}
+
+// The header of the running program.
+CElfHeader OwnHeader() {
+  CElfHeader header = {};
+  const CDescriptor file(::open("/proc/self/exe", O_RDONLY | O_CLOEXEC));
+  ReadAt(file.Get(), 0, header);
+  return header;
+}
+
+CString FindKindFault(const CElfHeader& header) {
+  if (std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0) return "it is not a module: it has no ELF header";
+  const CElfHeader own = OwnHeader();
+  if (header.e_ident[EI_CLASS] != own.e_ident[EI_CLASS] || header.e_ident[EI_DATA] != own.e_ident[EI_DATA] ||
+      header.e_machine != own.e_machine)
+    return "it is for another machine";
+  if (header.e_type != ET_DYN) return "it is not a shared library";
+  return header.e_phentsize == sizeof(CElfSegment) ? CString() : CString("its ELF header is damaged");
+}
+
+// The end of a part of the file; the highest number if there is none.
+std::uint64_t EndOf(std::uint64_t offset, std::uint64_t size) {
+  std::uint64_t end = 0;
+  return __builtin_add_overflow(offset, size, &end) ? UINT64_MAX : end;
+}
+
+// How many bytes the file must have for what its headers name.
+std::uint64_t NeededSize(int file, const CElfHeader& header) {
+  std::uint64_t needed = EndOf(header.e_phoff, std::uint64_t{header.e_phnum} * header.e_phentsize);
+  needed = std::max(needed, EndOf(header.e_shoff, std::uint64_t{header.e_shnum} * header.e_shentsize));
+  for (std::uint64_t i = 0; i < header.e_phnum; ++i) {
+    CElfSegment segment = {};
+    if (!ReadAt(file, header.e_phoff + i * sizeof segment, segment)) break;  // after the end of the file
+    needed = std::max(needed, EndOf(segment.p_offset, segment.p_filesz));
+  }
+  return needed;
+}
+
+CString FindImageFault(int file, std::uint64_t size) {
+  CElfHeader header = {};
+  const bool isWhole = ReadAt(file, 0, header);
+  if (!isWhole && size >= sizeof header) return std::strerror(errno);
+  CString fault = isWhole ? FindKindFault(header) : CString("it is not a module: it has no ELF header");
+  if (!fault.IsEmpty()) return fault;
+  const std::uint64_t needed = NeededSize(file, header);
+  if (needed <= size) return CString();
+  return "it is cut short: it has " + Number(size) + " bytes, and its headers name " + Number(needed);
+}
+
+}  // namespace
+
+CString LoadPathOf(int descriptor) {
+  return "/proc/self/fd/" + Number(static_cast<std::uint64_t>(descriptor));
+}
+
+int OpenModuleFile(const CString& folder, const CString& fileName, CString& reason) {
+  const CString path = JoinPath(folder, fileName);
+  const CDescriptor place(::open(path, O_PATH | O_CLOEXEC));  // opens no FIFO and no device
+  struct stat status;
+  if (place.Get() < 0 || ::fstat(place.Get(), &status) != 0) return reason = std::strerror(errno), -1;
+  if (!S_ISREG(status.st_mode)) return reason = "it is " + OtherThanFile(path), -1;
+  reason = FindOwnerFault(place.Get(), status, folder);
+  if (!reason.IsEmpty()) return -1;
+  const CDescriptor file(::open(LoadPathOf(place.Get()), O_RDONLY | O_CLOEXEC));
+  reason = file.Get() < 0 ? CString(std::strerror(errno))
+                          : FindImageFault(file.Get(), static_cast<std::uint64_t>(status.st_size));
+  if (!reason.IsEmpty()) return -1;
+  const int kept = ::fcntl(place.Get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+  if (kept < 0) reason = std::strerror(errno);
+  return kept;
+}
+
+}  // namespace vastra
