@@ -9,5 +9,6 @@ constexpr const char* kModuleTrialWord = "--module-trial";  // the argument of t
 // Where a module is at fault: the words for the letter that the process sends before the step. Null for any
 // other letter.
 const char* FindModuleStep(char letter);
+constexpr char kLastModuleStep = 'f';  // only after it a module is a driver
 
 }  // namespace vastra

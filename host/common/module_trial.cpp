@@ -183,7 +183,7 @@ void CModuleTrial::Judge() {
   const char* const report = m_report.c_str();  // up to end
   if (*report == '-' && end > 1) return m_file.m_reason = report + 1, void();
   const auto [rest, fault] = std::from_chars(report + 1, report + std::max<std::size_t>(end, 1), m_file.m_id);
-  if (*report != '+' || fault != std::errc() || *rest != ' ')
+  if (*report != '+' || !m_steps.ends_with(kLastModuleStep) || fault != std::errc() || *rest != ' ')
     return m_file.m_reason = "its trial sent something else than a report", void();
   m_file.m_name = rest + 1;
   m_file.m_loadPath = LoadPathOf(m_module);

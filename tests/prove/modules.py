@@ -2,6 +2,7 @@
 import json
 import os
 import random
+import re
 import shutil
 import socket
 import struct
@@ -89,3 +90,97 @@ def make_files(folder, module, cuts):
     except OSError:  # not as root, or in a name space without this user
         reasons["owner.so"] = None
     return reasons
+
+
+def mutants(folder, module, count, chance):
+    """Copies of the module with a few changed bytes, so that anything may be wrong."""
+    for number in range(count):
+        data = bytearray(module)
+        for _ in range(chance.randint(1, 8)):
+            data[chance.randrange(chance.choice([64, 1024, len(data)]))] = chance.randrange(256)
+        write(os.path.join(folder, "mutant-%05d.so" % number), bytes(data))
+
+
+class Host:
+    """A program with the good drivers in a folder of its own, and what its commands say of the modules there."""
+
+    def __init__(self, work):
+        self.folder, self.work = os.path.join(work, "host"), work
+        place = os.path.dirname(os.path.realpath(os.environ["VASTRA"]))
+        os.makedirs(os.path.join(work, "logs"))
+        os.mkdir(self.folder)
+        for name in ("vastra", "simulator.so"):
+            shutil.copy(os.path.join(place, name), os.path.join(self.folder, name))
+        self.program = os.path.join(self.folder, "vastra")
+        with open(os.path.join(work, "c.json"), "w") as file:
+            json.dump({"input": {"scanPeriod": 1, "plcNodes": [{"nodeName": "N", "driver": {"plcType": 9001}, "varNames": ["x"]}]},
+                       "outputs": [{"enableText": "WriteToLog = 1;", "varNames": ["x"], "saveRp": 1, "directory": "logs"}]}, file)
+
+    def say(self, command, folders=()):
+        """The output of the command, and the reason why each module is left out."""
+        options = ["--driver-folder=" + folder for folder in folders]
+        ended = subprocess.run([self.program, *command.split(), *options], cwd=self.work, timeout=600, stdin=subprocess.DEVNULL,
+                               capture_output=True)
+        err = ended.stderr.decode(errors="replace")
+        if ended.returncode:
+            raise Failed("%s: status %d: %s" % (command, ended.returncode, err[-1000:]))
+        said = [(os.path.basename(path), reason) for path, reason in re.findall(r"vastra: (\S+\.so): left out: (.*)", err)]
+        reasons = dict(said)
+        if len(said) != len(reasons):
+            raise Failed("%s: two lines for one module: %s" % (command, err[-1000:]))
+        if command.startswith("run") and json.loads(ended.stdout)["read"] != 3:
+            raise Failed("%s: %s" % (command, ended.stdout))
+        return ended.stdout.decode(errors="replace"), reasons
+
+    def left(self):
+        """Processes of the host, of which none may be left."""
+        found = []
+        for name in filter(str.isdigit, os.listdir("/proc")):
+            try:
+                if os.readlink("/proc/%s/exe" % name) == self.program:
+                    found.append(name)
+            except OSError:  # it has ended
+                pass
+        return found
+
+
+def compare(command, said, expected):
+    for name, reason in expected.items():
+        if (reason is None) != (name not in said) or reason and not re.match(reason, said[name]):
+            raise Failed("%s: %s: %s, and not: %s" % (command, name, said.get(name, "is a driver"), reason))
+    if set(said) - set(expected):
+        raise Failed("%s: left out: %s" % (command, sorted(set(said) - set(expected))))
+
+
+def modules(run):
+    """All kinds beside the host and in a folder of their own, by each command; then modules with changed bytes."""
+    chance = random.Random(run.seed)
+    host, module = Host(run.work), compiled(run.work)
+    expected, open_folder, mutant_folder = {}, os.path.join(run.work, "open"), os.path.join(run.work, "mutants")
+    for number, (what, where, reason) in enumerate(FAULTS):
+        name = "%s%02d.so" % (what.replace(" ", "-"), number)
+        write(os.path.join(host.folder, name), with_fault(module, what, where))
+        expected[name] = reason
+    cuts = [1, 63, 64, 500] + [chance.randrange(600, len(module)) for _ in range(min(run.count, 100))] + [len(module) - 1]
+    expected.update(make_files(host.folder, module, cuts))
+    for folder in (open_folder, mutant_folder):
+        os.mkdir(folder)
+    write(os.path.join(open_folder, "open.so"), module)
+    os.chmod(open_folder, 0o1777)
+    expected["open.so"] = "all users can write to its folder"
+    commands = ["drivers", "run c.json --scans 3 --period 0 --json", "check c.json"]
+    with ThreadPoolExecutor(len(commands)) as pool:
+        for command, (_, said) in zip(commands, pool.map(lambda command: host.say(command, [open_folder]), commands)):
+            compare(command, said, expected)
+    shutil.rmtree(host.folder)
+    bare = Host(os.path.join(run.work, "bare"))
+    mutants(mutant_folder, module, run.count, chance)
+    out, said = bare.say("drivers", [mutant_folder])
+    listed = re.findall(r"\((\S*\.so)\)", out)
+    if len(listed) + len(said) != run.count + 1 or "simulator.so" not in listed:
+        raise Failed("drivers: %d listed and %d left out of %d" % (len(listed), len(said), run.count + 1))
+    if host.left() + bare.left():
+        raise Failed("processes left: %s" % (host.left() + bare.left()))
+    bad = sum(reason is not None for reason in expected.values())
+    return "%d kinds, each left out with its reason by `drivers`, `run` and `check`, %d in spite of a fault a driver; of %d " \
+        "modules with changed bytes %d left out; no process left" % (bad, len(expected) - bad, run.count, len(said))

@@ -12,6 +12,7 @@ from typing import Callable, NamedTuple
 
 import disks
 import kills
+import modules
 import processes
 import replays
 from logs import Failed, NotRun
@@ -67,6 +68,8 @@ CLAIMS = [
     Claim("gateway", "Starts that end in stops and power cuts leave full logs in order, also with a clock that restarts",
           processes.gateway, 6, 200),
     Claim("replays", "A replay writes to no PLC, and each row of it with --write-plc", replays.replays, 100, 10000),
+    Claim("modules", "A driver module that crashes, hangs, ends its process, is cut short or can be changed by others is left "
+          "out with one line, and every command works with the others", modules.modules, 20, 2000),
     Claim("sweeps", "", sweeps, 0, 1),
 ]
 
