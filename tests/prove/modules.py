@@ -137,9 +137,9 @@ class Host:
         found = []
         for name in filter(str.isdigit, os.listdir("/proc")):
             try:
-                if os.readlink("/proc/%s/exe" % name) == self.program:
+                if os.readlink("/proc/%s/exe" % name).startswith(self.program):
                     found.append(name)
-            except OSError:  # it has ended
+            except OSError:  # it has ended, or belongs to another user
                 pass
         return found
 
