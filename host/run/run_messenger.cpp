@@ -8,6 +8,7 @@ namespace vastra {
 
 void CRunMessenger::Send(const char* linkType, const char* linkName, char function, char severity,
                          const char* text) {
+  if ((severity == severityBegin || severity == severityEnd) && Drops(severity == severityEnd)) return;
   CReader* const reader =
       severity >= severityFatal && severity <= severityNotice ? m_pReader.load() : nullptr;
   const std::string name = Printable(linkName);

@@ -97,8 +97,9 @@ void CNodeGroup::Gather(const CLogSample* toWrite) {
   for (CNodeLink* link : m_links)
     if (link->Prepare(toWrite, begin)) m_asked.push_back(link);
   Work(CNodeWorkers::EWait::scan);
-  FindSlowest();
   const auto now = Clock::now();
+  FindSlowest();
+  m_lastTime = now - begin;
   m_areAllAway = true;
   for (CNodeLink* link : m_links) {
     link->TakeState(now);
@@ -147,17 +148,18 @@ void CNodeGroup::CloseAll(const std::vector<CNodeLink*>& links) {
 void CNodeGroup::FindSlowest() {
   m_pSlowest = nullptr;
   if (!m_pWorkers) return;
+  Clock::duration longest{-1};
   for (const CNodeLink* link : m_asked) {
-    const Clock::duration time = m_pWorkers->Elapsed(*link->m_pNode);
-    if (link->m_isAway || (m_pSlowest && time <= m_slowestTime)) continue;
+    const Clock::duration time = link->m_isAway ? longest : m_pWorkers->Elapsed(*link->m_pNode);
+    if (time <= longest) continue;
     m_pSlowest = link;
-    m_slowestTime = time;
+    longest = time;
   }
 }
 
 CNodeGroup::CSlowest CNodeGroup::Slowest() const {
   if (!m_pSlowest) return {};
-  return {m_pSlowest->m_name, m_slowestTime};
+  return {m_pSlowest->m_name, m_lastTime};
 }
 
 CNodeLink* CNodeLink::Create(CLink* component) { return component ? new CNodeLink(component) : nullptr; }

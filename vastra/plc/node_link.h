@@ -39,7 +39,7 @@ class VASTRA_API CNodeGroup {
 
   // Closes all nodes at the same time. Those that do not return within patience are left to the workers.
   void Close() { CloseAll(std::vector<CNodeLink*>(m_links)); }
-  // The node that took longest in the last scan, and how long; empty if there was none.
+  // How long the nodes took in the last scan together, and the slowest of them; empty if there was none.
   struct CSlowest {
     CString name;
     std::chrono::steady_clock::duration time{};
@@ -55,11 +55,11 @@ class VASTRA_API CNodeGroup {
   void CloseAll(const std::vector<CNodeLink*>& links);
 
   CNodeWorkers* const m_pWorkers;
-  std::vector<CNodeLink*> m_links;                  // the open ones, in the order of Open
-  std::vector<CNodeLink*> m_asked;                  // those that have something to do
-  std::vector<std::shared_ptr<CNodeTask>> m_tasks;  // of them
-  const CNodeLink* m_pSlowest = nullptr;            // of the last scan
-  std::chrono::steady_clock::duration m_slowestTime{};
+  std::vector<CNodeLink*> m_links;                   // the open ones, in the order of Open
+  std::vector<CNodeLink*> m_asked;                   // those that have something to do
+  std::vector<std::shared_ptr<CNodeTask>> m_tasks;   // of them
+  const CNodeLink* m_pSlowest = nullptr;             // of the last scan
+  std::chrono::steady_clock::duration m_lastTime{};  // all of it
   bool m_areAllAway = false;
   _timeb m_time;  // of the present scan
 };

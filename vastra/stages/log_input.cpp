@@ -1,6 +1,7 @@
 #include "vastra/stages/log_input.h"
 
 #include <algorithm>
+#include <vector>
 
 #include "vastra/core/concat_link.h"
 #include "vastra/plc/driver_factory.h"
@@ -58,22 +59,45 @@ bool CLogInput::MayNodesBeAway() const {
 // Builds from the last node to the first. Each new node is the first component of a concat link around those
 // built before, so the values are in the order of the nodes.
 int CLogInput::BuildNodes(CChain& chain, int useDriver) {
+  if (IsGuarded()) return BuildGuarded(chain, useDriver);
   CDriverFactory& drivers = *CDriverFactory::Instance();
-  const bool isGuarded = IsGuarded();
-  std::shared_ptr<CNodeGroup> group;
-  if (isGuarded && useDriver) group = m_group = std::make_shared<CNodeGroup>(m_pWorkers);
   for (POSITION pos = m_options.m_plcNodes.GetTailPosition(); pos;) {
     const CPlcNodeConfig& node = *m_options.m_plcNodes.GetPrev(pos);
     const int driver = drivers.GetDriverIndex(node.m_driver.plcType);
     if (driver < 0) continue;
     std::unique_ptr<CLink> rest = chain.TakeHead();
-    if (!(isGuarded ? AddGuardedNode(chain, node, driver, group) : AddNode(chain, node, driver, useDriver)))
-      return 0;
+    if (!AddNode(chain, node, driver, useDriver)) return 0;
     if (rest)
       chain.Add(CConcatLink::Create(chain.Head(), rest.release()), "Concat " + drivers.GetDriverName(driver),
-                ConcatConfig(isGuarded ? 1 : kLinksOfANode));
+                ConcatConfig(kLinksOfANode));
   }
   return chain.Head() != nullptr;
+}
+
+int CLogInput::BuildGuarded(CChain& chain, int useDriver) {
+  std::vector<const CPlcNodeConfig*> nodes;
+  for (const CPlcNodeConfig* node : m_options.m_plcNodes)
+    if (CDriverFactory::Instance()->GetDriverIndex(node->m_driver.plcType) >= 0) nodes.push_back(node);
+  std::shared_ptr<CNodeGroup> group;
+  if (useDriver) group = m_group = std::make_shared<CNodeGroup>(m_pWorkers);
+  return !nodes.empty() && BuildTree(chain, nodes, group);
+}
+
+// A tree of concat links with half of the nodes on each side: closing it takes a time in proportion to the
+// number of nodes and their depth, and a list of a thousand nodes is as deep as long.
+int CLogInput::BuildTree(CChain& chain, std::span<const CPlcNodeConfig* const> nodes,
+                         const std::shared_ptr<CNodeGroup>& group) {
+  CDriverFactory& drivers = *CDriverFactory::Instance();
+  const int driver = drivers.GetDriverIndex(nodes[0]->m_driver.plcType);
+  if (nodes.size() == 1) return AddGuardedNode(chain, *nodes[0], driver, group);
+  const std::size_t half = nodes.size() / 2;
+  if (!BuildTree(chain, nodes.subspan(half), group)) return 0;
+  std::unique_ptr<CLink> rest = chain.TakeHead();
+  if (!BuildTree(chain, nodes.first(half), group)) return 0;
+  const auto linksOfFirst = static_cast<int>(2 * half - 1);
+  chain.Add(CConcatLink::Create(chain.Head(), rest.release()), "Concat " + drivers.GetDriverName(driver),
+            ConcatConfig(linksOfFirst));
+  return 1;
 }
 
 void CLogInput::Close() {

@@ -2,6 +2,8 @@
 // simulating, it replays logs. Preprocessing equations can follow either.
 #pragma once
 
+#include <span>
+
 #include "vastra/config/input_config.h"
 #include "vastra/plc/node_link.h"
 #include "vastra/stages/log_facade.h"
@@ -56,7 +58,7 @@ class VASTRA_API CLogInput : public CLogFacade {
   // From the next Open on the nodes are asked at the same time, on workers, which must exist until Close.
   // Null, the default: in turn, on the thread of the caller.
   void SetWorkers(CNodeWorkers* workers) { m_pWorkers = workers; }
-  // The node that took longest in the last scan.
+  // How long the nodes took in the last scan, with workers.
   CNodeGroup::CSlowest Slowest() const { return m_group ? m_group->Slowest() : CNodeGroup::CSlowest(); }
 
   CInputConfig* GetOptions() { return &m_options; }
@@ -67,6 +69,9 @@ class VASTRA_API CLogInput : public CLogFacade {
   int Work(CLogSample& sample);
 
   int BuildNodes(CChain& chain, int useDriver);
+  int BuildGuarded(CChain& chain, int useDriver);
+  static int BuildTree(CChain& chain, std::span<const CPlcNodeConfig* const> nodes,
+                       const std::shared_ptr<CNodeGroup>& group);
   bool IsGuarded() const;
   bool MayNodesBeAway() const;
   const CFileLink* Replay() const { return m_open && m_options.m_simulating ? m_pFileLink : nullptr; }

@@ -36,7 +36,7 @@ class VASTRA_API CPlcMultiOutput : public CLogFacade {
   // node that fails keeps nothing from the others, and a node that does not open is away (see CNodeLink).
   // Null, the default: in turn, on the thread of the caller.
   void SetWorkers(CNodeWorkers* workers) { m_pWorkers = workers; }
-  // The node that took longest in the last write.
+  // How long the nodes took in the last write, with workers.
   CNodeGroup::CSlowest Slowest() const { return m_group ? m_group->Slowest() : CNodeGroup::CSlowest(); }
   // Deletes all outputs; their destructors close them.
   void DeleteList() { DeleteAll(m_outputs); }
