@@ -11,8 +11,6 @@
 namespace vastra {
 
 constexpr int kNoHandle = -1;
-constexpr std::size_t kGuard =
-    64;  // floats before and after the values of a call, for drivers that write too much
 
 // "statusOk", or "unknown status 7".
 CString StatusName(int status);

@@ -1,6 +1,9 @@
 #include "host/probe/probe.h"
 
 #include <algorithm>
+#include <utility>
+
+#include "host/probe/value_area.h"
 
 namespace vastra {
 namespace {
@@ -16,8 +19,8 @@ class CProbing {
       : m_request(request),
         m_driver(driver),
         m_observer(observer),
-        m_area(request.config.variableCount + 2 * kGuard),
-        m_values(std::span(m_area).subspan(kGuard, request.config.variableCount)) {}
+        m_area(request.config.variableCount),
+        m_values(m_area.Values()) {}
 
   void Run() {
     if (!m_driver.Table().Open) return m_observer.OnFault("the driver offers no Open");
@@ -50,6 +53,7 @@ class CProbing {
     if (m_driver.Table().Write) {
       std::ranges::copy(m_request.values, m_values.begin());
       m_observer.OnCall("Write", m_driver.Write(m_values, m_handle), m_request.values);
+      CheckArea();
     } else {
       m_observer.OnFault("the driver offers no Write");
     }
@@ -65,6 +69,12 @@ class CProbing {
     m_driver.Close(m_handle);
   }
 
+  // Reports the first fault.
+  void CheckArea() {
+    const CString fault = m_area.FindFault();
+    if (!fault.IsEmpty() && !std::exchange(m_hasLeft, true)) m_observer.OnFault("the driver: " + fault);
+  }
+
   void ReadAll() {
     bool goesOn = m_observer.BeginReads();
     for (std::int64_t i = 0; i < m_request.reads && goesOn; ++i) {
@@ -72,6 +82,7 @@ class CProbing {
       const CDriverReply reply = m_driver.Read(m_values, m_handle);
       const bool isGood = reply.status == statusOk;
       m_observer.OnCall("Read", reply, isGood ? m_values : std::span<float>());
+      CheckArea();
       goesOn = m_observer.Rest(isGood || i + 1 == m_request.reads ? 0ms : kRestAfterFailure);
     }
     m_observer.EndReads();
@@ -80,9 +91,10 @@ class CProbing {
   const CProbeRequest& m_request;
   const CDriverCalls& m_driver;
   CProbeObserver& m_observer;
-  std::vector<float> m_area;
+  const CValueArea m_area;
   const std::span<float> m_values;  // within the area
   int m_handle = kNoHandle;
+  bool m_hasLeft = false;  // the values
 };
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <bit>
 #include <cerrno>
 #include <cstring>
 #include <thread>
@@ -16,10 +15,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t kMostWords = 4096;  // bytes in which the words of a driver have to end
 constexpr int kMostNoted = 500;           // bytes, about
-const float kUntouched = std::bit_cast<float>(0x7FC5A5A5u);
 constexpr auto kReadPatience = 1s;
-
-bool IsUntouched(float value) { return std::bit_cast<UINT>(value) == std::bit_cast<UINT>(kUntouched); }
 
 }  // namespace
 
@@ -28,6 +24,7 @@ CString TrialStatusName(int status) { return status == kException ? "an exceptio
 bool IsUtf8(const CString& text) { return IsJsonText(CJson(text.Std())); }
 
 void CNotes::Add(const CString& words) {
+  if (words.IsEmpty()) return;
   const std::lock_guard lock(m_mutex);
   if (m_text.GetLength() < kMostNoted && m_text.Find(words) < 0)
     m_text += (m_text.IsEmpty() ? "" : "; ") + words;
@@ -72,6 +69,26 @@ CString CTrialDriver::Describe(const char* call, int status) const {
   return CString(call) + " failed (" + TrialStatusName(status) + words + ")";
 }
 
+CString CTrialDriver::FindTextFault(const CString& name, const CString& copy) {
+  if (static_cast<std::size_t>(copy.GetLength()) >= kMostWords)
+    return "the text of " + name + " does not end within " + Decimal(kMostWords) + " bytes";
+  return IsUtf8(copy) ? CString() : "the text of " + name + " is not UTF-8: " + copy.Left(kMostNoted);
+}
+
+CString CTrialDriver::AskQuestion(const char* name, const DriverConfig& config) {
+  const CDriverQuestion ask = FindQuestion(m_module, name);
+  if (!ask) return CString();
+  m_hasQuestions = true;
+  CConnection given(config);
+  CString answer;
+  Call(name, [&] {
+    const char* const text = ask(given.record);
+    answer = CString(text ? text : "", text ? ::strnlen(text, kMostWords) : 0);
+  });
+  m_questionFaults.Add(FindTextFault(name, answer));
+  return answer;
+}
+
 void CTrialDriver::AskWords(const char* call, int status, int handle) {
   if (!HasErrorText(status)) return;
   const CString name = status == statusReplyError ? "GetReplyError" : "GetExtendedError";
@@ -85,10 +102,7 @@ void CTrialDriver::AskWords(const char* call, int status, int handle) {
   if (!text) return m_wordFaults.Add(name + " returned null after " + call);
   const CString copy(text, ::strnlen(text, kMostWords));
   if (copy.IsEmpty()) m_wordFaults.Add(name + " returned an empty text after " + call);
-  if (static_cast<std::size_t>(copy.GetLength()) == kMostWords)
-    m_wordFaults.Add("the text of " + name + " does not end within " + Decimal(kMostWords) + " bytes");
-  else if (!IsUtf8(copy))
-    m_wordFaults.Add("the text of " + name + " is not UTF-8: " + copy.Left(kMostNoted));
+  m_wordFaults.Add(FindTextFault(name, copy));
   const std::lock_guard lock(m_lastMutex);
   m_lastWords = copy.Left(kMostNoted);
 }
@@ -105,27 +119,24 @@ void CTrialDriver::Close(const CConnection& connection) {
     Call("Close", [&] { m_table->Close(connection.handle); });
 }
 
-void CTrialDriver::CheckArea(std::span<const float> area, int status) {
-  const auto before = area.first(kGuard), after = area.last(kGuard);
-  const auto values = area.subspan(kGuard, area.size() - 2 * kGuard);
-  if (!std::ranges::all_of(before, IsUntouched)) m_areaFaults.Add("it wrote before the first value");
-  if (!std::ranges::all_of(after, IsUntouched)) m_areaFaults.Add("it wrote after the last value");
-  const auto left = std::ranges::find_if(values, IsUntouched);
-  if (status == statusOk && left != values.end())
-    m_areaFaults.Add("value " + Decimal(left - values.begin() + 1) + " of " +
+void CTrialDriver::CheckValues(std::span<const float> values) {
+  const auto left = std::ranges::find_if(values, CValueArea::IsUntouched);
+  if (left != values.end())
+    m_readFaults.Add("value " + Decimal(left - values.begin() + 1) + " of " +
                      Decimal(static_cast<long long>(values.size())) + " was left as it was, with statusOk");
 }
 
 int CTrialDriver::Read(CConnection& connection) {
-  const std::size_t count = m_config.variableCount;
-  std::vector<float> area(count + 2 * kGuard, kUntouched);
+  const CValueArea area(m_config.variableCount);
+  const int count = static_cast<int>(m_config.variableCount);
   int status = kException;
-  const bool returned = Call(
-      "Read", [&] { status = m_table->Read(&area[kGuard], static_cast<int>(count), connection.handle); });
+  const bool returned =
+      Call("Read", [&] { status = m_table->Read(area.Values().data(), count, connection.handle); });
+  m_readFaults.Add(area.FindFault());
   AskWords("Read", status, connection.handle);
   if (!returned) return status;
   ++m_transfers;
-  CheckArea(area, status);
+  if (status == statusOk) CheckValues(area.Values());
   if (!IsTransferStatus(status)) m_statusFaults.Add("Read returned " + TrialStatusName(status));
   return status;
 }
@@ -139,11 +150,14 @@ int CTrialDriver::ReadWell(CConnection& connection) {
   }
 }
 
-int CTrialDriver::Write(CConnection& connection, std::vector<float> values) {
+int CTrialDriver::Write(CConnection& connection, const std::vector<float>& values) {
+  const CValueArea area(values.size());
+  std::ranges::copy(values, area.Values().begin());
   int status = kException;
   const bool returned = Call("Write", [&] {
-    status = m_table->Write(values.data(), static_cast<int>(values.size()), connection.handle);
+    status = m_table->Write(area.Values().data(), static_cast<int>(values.size()), connection.handle);
   });
+  m_writeFaults.Add(area.FindFault());
   AskWords("Write", status, connection.handle);
   m_transfers += returned;
   return status;

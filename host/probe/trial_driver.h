@@ -11,6 +11,7 @@
 #include "host/common/json_text.h"
 #include "host/probe/contract.h"
 #include "host/probe/driver_calls.h"
+#include "host/probe/value_area.h"
 
 namespace vastra {
 
@@ -104,21 +105,28 @@ class CTrialDriver {
   int Read(CConnection& connection);
   // Reads until a read is good, for a second at most: a driver may fail now and then. The last status.
   int ReadWell(CConnection& connection);
-  int Write(CConnection& connection, std::vector<float> values);
+  int Write(CConnection& connection, const std::vector<float>& values);
   void Close(const CConnection& connection);
+
+  // The answer of an optional export to config; empty without the export.
+  CString AskQuestion(const char* name, const DriverConfig& config);
 
   // "Read failed (statusTimeout)".
   CString Describe(const char* call, int status) const;
 
+  bool HasQuestions() const { return m_hasQuestions; }
   bool HasTransfers() const { return m_transfers > 0; }
   bool HasAskedWords() const { return m_wordsAsked > 0; }
-  CSeen JudgeArea() const { return m_areaFaults.Judge(); }
+  CSeen JudgeRead() const { return m_readFaults.Judge(); }
+  CSeen JudgeWrite() const { return m_writeFaults.Judge(); }
   CSeen JudgeStatuses() const { return m_statusFaults.Judge(); }
+  CSeen JudgeQuestions() const { return m_questionFaults.Judge(); }
   CSeen JudgeWords() const { return m_wordFaults.Judge(); }
   CSeen JudgeThrows() const { return m_throws.Judge(); }
 
  private:
-  void CheckArea(std::span<const float> area, int status);
+  void CheckValues(std::span<const float> values);
+  static CString FindTextFault(const CString& name, const CString& copy);
   void AskWords(const char* call, int status, int handle);
 
   const CContractTest& m_test;
@@ -131,9 +139,10 @@ class CTrialDriver {
   const DriverFunctions* m_table = nullptr;
   std::mutex m_lastMutex;
   CString m_lastWords;  // of the driver
+  bool m_hasQuestions = false;
   std::atomic<int> m_transfers{0};
   std::atomic<int> m_wordsAsked{0};
-  CNotes m_areaFaults, m_statusFaults, m_wordFaults, m_throws;
+  CNotes m_readFaults, m_writeFaults, m_questionFaults, m_statusFaults, m_wordFaults, m_throws;
 };
 
 }  // namespace vastra

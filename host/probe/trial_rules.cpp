@@ -3,10 +3,12 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <barrier>
 #include <cstring>
 #include <filesystem>
 #include <memory>
 #include <thread>
+#include <vector>
 
 #include "host/probe/trial.h"
 #include "host/probe/trial_driver.h"
@@ -19,6 +21,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr auto kRulePatience = 5s;  // with a rule that repeats its calls
 constexpr int kRounds = 200;        // of Open and Close
+constexpr std::size_t kThreads = 4;
 constexpr int kThreadRounds = 10;
 
 std::size_t EntriesOf(const char* directory) {
@@ -118,7 +121,7 @@ CSeen FillsValues(CTrial& trial) {
     trial.whyNoRead = status == statusOk ? CString() : trial.driver.Describe("Read", status);
   }
   trial.driver.Close(*trial.first);
-  const CSeen seen = trial.driver.JudgeArea();
+  const CSeen seen = trial.driver.JudgeRead();
   return seen.finding == EFinding::kept && !trial.whyNoRead.IsEmpty() ? NotTried(trial.whyNoRead) : seen;
 }
 
@@ -132,7 +135,7 @@ CSeen Writes(CTrial& trial) {
   if (connection.status != statusOk) return NotTried(driver.Describe("Open to write", connection.status));
   const int status = driver.Write(connection, driver.Test().values);
   driver.Close(connection);
-  return IsTransferStatus(status) ? CSeen() : Broken("it returned " + TrialStatusName(status));
+  return IsTransferStatus(status) ? driver.JudgeWrite() : Broken("it returned " + TrialStatusName(status));
 }
 
 CSeen CopiesTexts(CTrial& trial) {
@@ -182,27 +185,47 @@ CSeen ServesTwoHandles(CTrial& trial) {
   return faults.Judge();
 }
 
-// Opens, reads and closes several times, as the time allows.
-void Serve(CTrialDriver& driver, CNotes& faults) {
+// The connections of several threads, which work in step.
+struct CShared {
+  explicit CShared(CTrialDriver& shared) : driver(shared) {}
+
+  CTrialDriver& driver;
   const Clock::time_point end = Clock::now() + kRulePatience;
-  for (int round = 0; round < kThreadRounds && Clock::now() < end; ++round) {
-    CConnection connection(driver.Config());
-    driver.Open(connection, driver.Mode());
-    if (connection.status != statusOk)
-      return faults.Add("Open returned " + TrialStatusName(connection.status));
-    const int status = driver.ReadWell(connection);
-    driver.Close(connection);
-    if (status != statusOk) return faults.Add("Read returned " + TrialStatusName(status));
+  std::atomic<bool> isOver{false};  // only changed in the second half of a round
+  CNotes faults;
+  std::barrier<> step{kThreads};
+  std::unique_ptr<CConnection> connections[kThreads];
+};
+
+void ReadAndClose(CShared& shared, CConnection& connection) {
+  if (connection.status != statusOk)
+    return shared.faults.Add("Open returned " + TrialStatusName(connection.status));
+  const int status = shared.driver.ReadWell(connection);
+  shared.driver.Close(connection);
+  if (status != statusOk) shared.faults.Add("Read returned " + TrialStatusName(status));
+}
+
+// Each thread opens a connection, and reads and closes that of another thread, while the others do the same.
+void Serve(CShared& shared, std::size_t thread) {
+  for (int round = 0; round < kThreadRounds; ++round) {
+    shared.step.arrive_and_wait();
+    if (shared.isOver) break;
+    shared.connections[thread] = std::make_unique<CConnection>(shared.driver.Config());
+    shared.driver.Open(*shared.connections[thread], shared.driver.Mode());
+    shared.step.arrive_and_wait();
+    ReadAndClose(shared, *shared.connections[(thread + 1) % kThreads]);
+    if (Clock::now() >= shared.end || shared.faults.Judge().finding == EFinding::broken) shared.isOver = true;
   }
 }
 
-CSeen ServesTwoThreads(CTrial& trial) {
+CSeen ServesSeveralThreads(CTrial& trial) {
   if (!trial.WhyNoRead().IsEmpty()) return NotTried(trial.WhyNoRead());
-  CNotes faults;
-  std::thread other([&] { Serve(trial.driver, faults); });
-  Serve(trial.driver, faults);
-  other.join();
-  return faults.Judge();
+  CShared shared(trial.driver);
+  {
+    std::vector<std::jthread> threads;
+    for (std::size_t i = 0; i < kThreads; ++i) threads.emplace_back([&shared, i] { Serve(shared, i); });
+  }
+  return shared.faults.Judge();
 }
 
 CSeen LeavesNothing(CTrial& trial) {
@@ -286,6 +309,18 @@ CSeen ReturnsItsId(CTrial& trial) {
   return Broken("plcType is " + Decimal(result.plcType) + ", the ID " + Decimal(id));
 }
 
+CSeen Answers(CTrial& trial) {
+  CTrialDriver& driver = trial.driver;
+  const CString refusal = driver.AskQuestion("CheckDriverConfig", driver.Config());
+  driver.AskQuestion("CheckDriverConfig", Nonsense(driver.Config()));
+  for (const DriverConfig& config : {driver.Config(), Nonsense(driver.Config())})
+    driver.AskQuestion("GetDriverLine", config);
+  if (!driver.HasQuestions()) return NotTried("there is neither of them");
+  if (trial.whyNoOpen.IsEmpty() && !refusal.IsEmpty())
+    return Broken("Open succeeded, and it returned: " + refusal);
+  return driver.JudgeQuestions();
+}
+
 CSeen ThrowsNothing(CTrial& trial) { return trial.driver.JudgeThrows(); }
 
 CSeen CanBeUnloaded(CTrial& trial) {
@@ -307,17 +342,19 @@ constexpr struct {
     {"the table has Close, and the version says so", HasClose},
     {"Open returns one of its statuses, and a handle with statusOk", Opens},
     {"Read fills all values and nothing around them", FillsValues},
-    {"Write returns one of its statuses", Writes},
+    {"Write returns one of its statuses and uses nothing around the values", Writes},
     {"the texts passed to Open are not used after it", CopiesTexts},
     {"Open accepts mode 100 or returns statusInvalidMode", KnowsModes},
     {"two handles work at the same time", ServesTwoHandles},
-    {"two threads can open, read and close at once", ServesTwoThreads},
+    {"several threads can open, read and close at once, each handle on any of them", ServesSeveralThreads},
     {"Close leaves no file and no thread open", LeavesNothing},
     {"GetExtendedError works after a failed Open", SurvivesFailedOpen},
     {"Read and Write return their statuses and no others", ReturnsKnownStatuses},
     {"a status with an error text has one, in UTF-8", ReturnsWords},
     {"ShowConfig returns 0 if no form can be shown", WorksWithoutForms},
     {"GetConfig returns the ID of the driver", ReturnsItsId},
+    {"CheckDriverConfig accepts settings with which Open succeeds; it and GetDriverLine return UTF-8",
+     Answers},
     {"no exception leaves the driver", ThrowsNothing},
     {"the module can be unloaded", CanBeUnloaded},
 };

@@ -13,7 +13,7 @@ THROWING = os.environ["THROWING_DRIVER"]
 SIMULATOR = os.path.join(os.path.dirname(VASTRA), "simulator.so")
 
 HEADER, NAME, TABLE, VERSION, TRANSFERS, CLOSE, OPEN, READ, WRITE, TEXTS, MODE, HANDLES, THREADS, LEAK, FAILED_OPEN, \
-    STATUSES, WORDS, FORMS, ID, THROWS, UNLOAD = range(21)
+    STATUSES, WORDS, FORMS, ID, CHECK, THROWS, UNLOAD = range(22)
 
 # A fault, the rules that it breaks, and a part of the words for the first of them.
 FAULTS = [
@@ -28,6 +28,7 @@ FAULTS = [
     ("gives a status of Read", [OPEN], "statusTimeout"),
     ("stores no handle", [OPEN], "no handle"),
     ("writes behind", [READ], "after the last value"),
+    ("reads behind", [WRITE], "after the last value"),
     ("writes before", [READ], "before"),
     ("leaves a value", [READ], "value 2 of 2"),
     ("writes with 1", [WRITE], "unknown status 1"),
@@ -35,6 +36,7 @@ FAULTS = [
     ("refuses a mode", [MODE], "statusNotOpened"),
     ("has one handle", [HANDLES], "handle 0"),
     ("serves one thread", [THREADS], "statusTimeout"),
+    ("knows handles of the thread", [THREADS], "statusNotOpened"),
     ("leaves a file", [LEAK], "files went from"),
     ("gives 0", [STATUSES], "unknown status 0"),
     ("words null", [WORDS], "null"),
@@ -44,9 +46,12 @@ FAULTS = [
     ("words missing", [WORDS], "no GetExtendedError"),
     ("shows a form", [FORMS], "no forms"),
     ("forgets its ID", [ID], "plcType is 0"),
+    ("refuses what it opens", [CHECK], "Open succeeded, and it returned: text1 is wrong."),
+    ("answers in Latin-1", [CHECK], "UTF-8"),
     # The test ends with these.
     ("crashes at once", [HEADER], "signal 11 (Segmentation fault) in GetDriverHeader"),
     ("crashes", [READ], "signal 11 (Segmentation fault) in Read"),
+    ("writes far behind", [READ], "signal 11 (Segmentation fault) in Read"),
     ("exits", [READ], "ended with status 7 in Read"),
     ("hangs", [READ], "within 1 s in Read"),
     ("crashes without a handle", [FAILED_OPEN], "signal 11 (Segmentation fault) in GetExtendedError"),

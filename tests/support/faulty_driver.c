@@ -18,6 +18,7 @@
 
 static struct Node {
   const char* given; /* text1, while the handle is open */
+  pthread_t opener;
   char copy[64];
 } nodes[MOST_NODES];
 static pthread_t loader;
@@ -49,6 +50,7 @@ static int Open(DriverRecord config, int mode, int* handle) {
   node = &nodes[*handle];
   strncpy(node->copy, config.text1, sizeof node->copy - 1);
   node->given = config.text1;
+  node->opener = pthread_self();
   return statusOk;
 }
 
@@ -59,9 +61,13 @@ __attribute__((no_sanitize("address"))) static int HasChanged(const volatile cha
 }
 
 static int Read(float* values, int count, int handle) {
+  const int end =
+      count + Has("writes behind") - Has("leaves a value") + (Has("writes far behind") ? 1 << 20 : 0);
   int i;
   Linger();
   if (handle < 0 || handle >= MOST_NODES || !nodes[handle].given) return statusNotOpened;
+  if (Has("knows handles of the thread") && !pthread_equal(nodes[handle].opener, pthread_self()))
+    return statusNotOpened;
   if (Has("crashes")) raise(SIGSEGV);
   if (Has("exits")) _exit(7);
   while (Has("hangs")) pause();
@@ -69,13 +75,15 @@ static int Read(float* values, int count, int handle) {
   if (Has("serves one thread") && !pthread_equal(loader, pthread_self())) return statusTimeout;
   if (Has("gives 0")) return 0;
   if (strncmp(Fault(), "words ", 6) == 0) return statusExtendedError;
-  for (i = 0; i < count + Has("writes behind") - Has("leaves a value"); ++i) values[i] = (float)i + 1;
+  for (i = 0; i < end; ++i) values[i] = (float)i + 1;
   if (Has("writes before")) values[-1] = 0;
   return statusOk;
 }
 
 static int Write(float* values, int count, int handle) {
-  return (void)values, (void)count, (void)handle, Has("writes with 1") ? 1 : statusOk;
+  const volatile float* given = values;
+  if (Has("reads behind") && given[count] == 1) return statusTimeout;
+  return (void)handle, Has("writes with 1") ? 1 : statusOk;
 }
 
 static void Close(int handle) {
@@ -121,6 +129,8 @@ DriverHeader GetDriverHeader(void) {
 
 const char* CheckDriverConfig(DriverRecord config) {
   static char longest[2003]; /* the limit of 2,000 bytes is within its last character */
+  if (Has("refuses what it opens")) return "text1 is wrong.";
+  if (Has("answers in Latin-1")) return config.text1[0] == '\1' ? "Ger\xE4t" : NULL;
   if (!config.text1[0]) return "";
   return strcat(memset(longest, 'x', 1999), "\xE2\x82\xAC");
 }
