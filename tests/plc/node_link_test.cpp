@@ -7,6 +7,8 @@
 #include <barrier>
 #include <cmath>
 #include <condition_variable>
+#include <cstdlib>
+#include <random>
 
 #include "tests/support/recorder.h"
 #include "vastra/core/concat_link.h"
@@ -181,6 +183,40 @@ TEST_P(NodeLink, ThatDoesNotOpenIsOpenedAgainLater) {
   EXPECT_EQ(Read(), "1: nan 0 1 1") << "it is too early";
   std::this_thread::sleep_for(std::chrono::milliseconds(1010));
   EXPECT_EQ(Read(), "1: 1 1 1 1");
+}
+
+// Devices drop out and come back at random. Only a device that comes back may be missed, for a scan.
+TEST_P(NodeLink, ThatDropsOutAtRandomLosesNoValueOfTheOthers) {
+  const bool isLong = std::getenv("VASTRA_PROVE") != nullptr;
+  const int wanted = isLong ? 100000 : 500;
+  Build({EAbsent::nan, EAbsent::hold, EAbsent::nan});
+  std::minstd_rand chance(1);
+  float held = std::nanf("");
+  bool wasAlive[3] = {true, true, true};
+  int dropOuts = 0, scans = 0;
+  for (; dropOuts < wanted; ++scans) {
+    for (CDevice& device : m_devices) {
+      device.value = static_cast<float>(scans + 1);
+      device.answers = chance() % 3 != 0;
+    }
+    CLogSample sample;
+    const int result = m_head->Read(sample);
+    m_recorder.Take();
+    for (int i = 0; i < 3; ++i) {
+      const bool isAlive = result && sample.m_values[2 * i + 1] == 1;
+      ASSERT_TRUE(isAlive == m_devices[i].answers || (!isAlive && !wasAlive[i]));
+      if (i == 1 && isAlive) held = sample.m_values[2];
+      const float expected = isAlive ? static_cast<float>(scans + 1) : i == 1 ? held : std::nanf("");
+      const float value = result ? sample.m_values[2 * i] : expected;
+      ASSERT_TRUE(value == expected || (std::isnan(value) && std::isnan(expected)));
+      dropOuts += wasAlive[i] && !isAlive;
+      wasAlive[i] = isAlive;
+    }
+  }
+  if (isLong)
+    std::printf(
+        "claim: devices that drop out, %s: %d drop-outs in %d scans, no value of another one missing\n",
+        GetParam() ? "with workers" : "in turn", dropOuts, scans);
 }
 
 class NodeOnWorkers : public NodeLink {};

@@ -37,18 +37,25 @@ class Claim(NamedTuple):
     long: int
 
 
+SWEEPS = {"keeper_test": ("build/dev/bin/keeper_test", "Keeper.*"),
+          "plc_test": ("build/dev/tests/plc/modules/plc_test", "*AtRandom*")}
+
+
 def sweeps(run):
-    """The tests of the keeper in their long form. They print a line "claim: PROMISE: FIGURE" for each sweep."""
-    for build in (["script/bootstrap", "test"], ["script/build", "dev", "keeper_test"]):
+    """Tests within a process in their long form. They print a line "claim: PROMISE: FIGURE" for each sweep."""
+    for build in (["script/bootstrap", "test"], ["script/build", "dev", *SWEEPS]):
         if subprocess.run(build, stdout=sys.stderr).returncode:
             raise Failed(" ".join(build))
-    ended = subprocess.run(["build/dev/bin/keeper_test", "--gtest_filter=Keeper.*"], capture_output=True, text=True,
-                           env={**os.environ, "VASTRA_PROVE": "1"})
-    rows = re.findall(r"^claim: (.*?): (.*)$", ended.stdout, re.MULTILINE)
-    if ended.returncode or not rows:
-        raise Failed("keeper_test: status %d: %s" % (
-            ended.returncode, " ".join(re.findall(r"^.*Failure\n.*|^\[  FAILED  \].*", ended.stdout, re.MULTILINE)[:5])))
-    return [("A sweep in the process: " + text, figure) for text, figure in rows]
+    rows = []
+    for name, (program, tests) in SWEEPS.items():
+        ended = subprocess.run([program, "--gtest_filter=" + tests], capture_output=True, text=True,
+                               env={**os.environ, "VASTRA_PROVE": "1"})
+        found = re.findall(r"^claim: (.*?): (.*)$", ended.stdout, re.MULTILINE)
+        if ended.returncode or not found:
+            raise Failed("%s: status %d: %s" % (name, ended.returncode, " ".join(
+                re.findall(r"^.*Failure\n.*|^\[  FAILED  \].*", ended.stdout, re.MULTILINE)[:5])))
+        rows += [("A sweep in the process: " + text, figure) for text, figure in found]
+    return rows
 
 
 CLAIMS = [
