@@ -27,7 +27,7 @@ FAULTS = [(what, where, "it " + reason % PLACES[where]) for where in PLACES for 
     ("wild name", "", "it crashed while its name was read"), ("open name", "", "it crashed while its name was read"),
     ("huge name", "", "its name does not end within 1000 bytes"), ("Latin-1 name", "", "its name is not UTF-8"),
     ("wild table", "", "it crashed while its table was read"), ("new id", "", "its ID is another one each time"),
-    ("null name", "", None), ("fork", "load", None), ("crash", "Read", None)]
+    ("null name", "", None), ("fork", "load", None), ("crash", "Open", None)]
 
 
 def compiled(work):
@@ -62,19 +62,20 @@ def make_files(folder, module, cuts):
         write(os.path.join(folder, name + ".so"), data, mode)
         reasons[name + ".so"] = reason
 
+    def change(name, at, form, number, reason):
+        add(name, module[:at] + struct.pack(form, number) + module[at + struct.calcsize(form):], reason)
+
     for size in cuts:
-        reason = "it is cut short: it has %d bytes" if size >= 64 else "it is not a module" 
-        add("cut-%06d" % size, module[:size], reason % size if "%" in reason else reason)
+        add("cut-%06d" % size, module[:size], "it is cut short: it has %d bytes" % size if size >= 64 else "it is not a module")
+    change("machine", 18, "<H", 2, "it is for another machine")
+    change("class", 4, "<B", 1, "it is for another machine")
+    change("type", 16, "<H", 1, "it is not a shared library")
+    change("damaged", 54, "<H", 1, "its ELF header is damaged")
+    change("segments", 56, "<H", 0xFFFF, "it is cut short")
+    change("offset", 32, "<Q", 2**64 - 8, "it is cut short")
     add("empty", b"", "it is not a module")
     add("text", b"#!/bin/sh\nexit 0\n" * 9, "it is not a module")
-    add("machine", module[:18] + struct.pack("<H", 2) + module[20:], "it is for another machine")
-    add("class", module[:4] + b"\1" + module[5:], "it is for another machine")
-    add("type", module[:16] + struct.pack("<H", 1) + module[18:], "it is not a shared library")
-    add("damaged", module[:54] + struct.pack("<H", 1) + module[56:], "its ELF header is damaged")
-    add("segments", module[:56] + struct.pack("<H", 0xFFFF) + module[58:], "it is cut short")
-    add("offset", module[:32] + struct.pack("<Q", 2**64 - 8) + module[40:], "it is cut short")
-    add("zeros", module[:len(module) // 4] + bytes(len(module) - len(module) // 4), "")
-    add("library", open("/proc/self/exe", "rb").read(), "")
+    add("zeros", module[:len(module) // 4].ljust(len(module), b"\0"), "")
     add("writable", module, "all users can write to it", 0o757)
     os.mkdir(os.path.join(folder, "folder.so"))
     os.mkfifo(os.path.join(folder, "fifo.so"))
@@ -92,93 +93,78 @@ def make_files(folder, module, cuts):
     return reasons
 
 
-def mutants(folder, module, count, chance):
-    """Copies of the module with a few changed bytes, so that anything may be wrong."""
-    for number in range(count):
-        data = bytearray(module)
-        for _ in range(chance.randint(1, 8)):
-            data[chance.randrange(chance.choice([64, 1024, len(data)]))] = chance.randrange(256)
-        write(os.path.join(folder, "mutant-%05d.so" % number), bytes(data))
+def mutant(module, chance):
+    """The module with a few changed bytes, so that anything may be wrong."""
+    data = bytearray(module)
+    for _ in range(chance.randint(1, 8)):
+        data[chance.randrange(chance.choice([64, 1024, len(data)]))] = chance.randrange(256)
+    return data
 
 
 class Host:
-    """A program with the good drivers in a folder of its own, and what its commands say of the modules there."""
+    """A program with a good driver in a folder of its own, and what its commands say of other modules."""
 
     def __init__(self, work):
-        self.folder, self.work = os.path.join(work, "host"), work
-        place = os.path.dirname(os.path.realpath(os.environ["VASTRA"]))
-        os.makedirs(os.path.join(work, "logs"))
-        os.mkdir(self.folder)
-        for name in ("vastra", "simulator.so"):
-            shutil.copy(os.path.join(place, name), os.path.join(self.folder, name))
+        self.work, self.folder = work, os.path.join(work, "host")
         self.program = os.path.join(self.folder, "vastra")
+        for folder in (self.folder, os.path.join(work, "logs")):
+            os.makedirs(folder)
+        for name in ("vastra", "simulator.so"):
+            shutil.copy(os.path.join(os.path.dirname(os.path.realpath(os.environ["VASTRA"])), name), self.folder)
+        node = {"nodeName": "N", "driver": {"plcType": 9001}, "varNames": ["x"]}
+        log = {"enableText": "WriteToLog = 1;", "varNames": ["x"], "saveRp": 1, "directory": "logs"}
         with open(os.path.join(work, "c.json"), "w") as file:
-            json.dump({"input": {"scanPeriod": 1, "plcNodes": [{"nodeName": "N", "driver": {"plcType": 9001}, "varNames": ["x"]}]},
-                       "outputs": [{"enableText": "WriteToLog = 1;", "varNames": ["x"], "saveRp": 1, "directory": "logs"}]}, file)
+            json.dump({"input": {"scanPeriod": 1, "plcNodes": [node]}, "outputs": [log]}, file)
 
-    def say(self, command, folders=()):
+    def say(self, command, folder):
         """The output of the command, and the reason why each module is left out."""
-        options = ["--driver-folder=" + folder for folder in folders]
-        ended = subprocess.run([self.program, *command.split(), *options], cwd=self.work, timeout=600, stdin=subprocess.DEVNULL,
-                               capture_output=True)
-        err = ended.stderr.decode(errors="replace")
-        if ended.returncode:
-            raise Failed("%s: status %d: %s" % (command, ended.returncode, err[-1000:]))
+        ended = subprocess.run([self.program, *command.split(), "--driver-folder", folder], cwd=self.work, timeout=600,
+                               stdin=subprocess.DEVNULL, capture_output=True)
+        out, err = ended.stdout.decode(errors="replace"), ended.stderr.decode(errors="replace")
         said = [(os.path.basename(path), reason) for path, reason in re.findall(r"vastra: (\S+\.so): left out: (.*)", err)]
-        reasons = dict(said)
-        if len(said) != len(reasons):
-            raise Failed("%s: two lines for one module: %s" % (command, err[-1000:]))
-        if command.startswith("run") and json.loads(ended.stdout)["read"] != 3:
-            raise Failed("%s: %s" % (command, ended.stdout))
-        return ended.stdout.decode(errors="replace"), reasons
+        if ended.returncode or len(said) != len(dict(said)) or command.startswith("run") and '{"read":3,' not in out:
+            raise Failed("%s: status %d: %s%s" % (command, ended.returncode, out[-500:], err[-1000:]))
+        return out, dict(said)
 
     def left(self):
         """Processes of the host, of which none may be left."""
         found = []
         for name in filter(str.isdigit, os.listdir("/proc")):
             try:
-                if os.readlink("/proc/%s/exe" % name).startswith(self.program):
-                    found.append(name)
+                found += [name] if os.readlink("/proc/%s/exe" % name).startswith(self.program) else []
             except OSError:  # it has ended, or belongs to another user
                 pass
         return found
 
 
-def compare(command, said, expected):
-    for name, reason in expected.items():
-        if (reason is None) != (name not in said) or reason and not re.match(reason, said[name]):
-            raise Failed("%s: %s: %s, and not: %s" % (command, name, said.get(name, "is a driver"), reason))
-    if set(said) - set(expected):
-        raise Failed("%s: left out: %s" % (command, sorted(set(said) - set(expected))))
-
-
 def modules(run):
-    """All kinds beside the host and in a folder of their own, by each command; then modules with changed bytes."""
-    chance = random.Random(run.seed)
-    host, module = Host(run.work), compiled(run.work)
-    expected, open_folder, mutant_folder = {}, os.path.join(run.work, "open"), os.path.join(run.work, "mutants")
+    """All kinds by each command, beside the host and in a folder of their own; then modules with changed bytes."""
+    chance, module, host = random.Random(run.seed), compiled(run.work), Host(run.work)
+    expected, folder = {"open.so": "all users can write to its folder"}, os.path.join(run.work, "folder")
     for number, (what, where, reason) in enumerate(FAULTS):
         name = "%s%02d.so" % (what.replace(" ", "-"), number)
         write(os.path.join(host.folder, name), with_fault(module, what, where))
         expected[name] = reason
     cuts = [1, 63, 64, 500] + [chance.randrange(600, len(module)) for _ in range(min(run.count, 100))] + [len(module) - 1]
     expected.update(make_files(host.folder, module, cuts))
-    for folder in (open_folder, mutant_folder):
-        os.mkdir(folder)
-    write(os.path.join(open_folder, "open.so"), module)
-    os.chmod(open_folder, 0o1777)
-    expected["open.so"] = "all users can write to its folder"
+    os.mkdir(folder)
+    write(os.path.join(folder, "open.so"), module)
+    os.chmod(folder, 0o1777)
     commands = ["drivers", "run c.json --scans 3 --period 0 --json", "check c.json"]
     with ThreadPoolExecutor(len(commands)) as pool:
-        for command, (_, said) in zip(commands, pool.map(lambda command: host.say(command, [open_folder]), commands)):
-            compare(command, said, expected)
-    shutil.rmtree(host.folder)
+        for command, (_, said) in zip(commands, pool.map(lambda command: host.say(command, folder), commands)):
+            for name in {*said, *expected}:
+                reason = expected.get(name)
+                if (reason is None) != (name not in said) or reason and not re.match(reason, said[name]):
+                    raise Failed("%s: %s: %s, and not: %s" % (command, name, said.get(name, "is a driver"), reason))
+    os.chmod(folder, 0o755)
     bare = Host(os.path.join(run.work, "bare"))
-    mutants(mutant_folder, module, run.count, chance)
-    out, said = bare.say("drivers", [mutant_folder])
+    for number in range(run.count):
+        write(os.path.join(folder, "mutant-%05d.so" % number), mutant(module, chance))
+    out, said = bare.say("drivers", folder)
     listed = re.findall(r"\((\S*\.so)\)", out)
-    if len(listed) + len(said) != run.count + 1 or "simulator.so" not in listed:
-        raise Failed("drivers: %d listed and %d left out of %d" % (len(listed), len(said), run.count + 1))
+    if len(listed) + len(said) != run.count + 2 or "simulator.so" not in listed:
+        raise Failed("drivers: %d listed and %d left out of %d" % (len(listed), len(said), run.count + 2))
     if host.left() + bare.left():
         raise Failed("processes left: %s" % (host.left() + bare.left()))
     bad = sum(reason is not None for reason in expected.values())
