@@ -46,6 +46,27 @@ TEST_F(PlcWrite, EachNodeGetsItsVariablesByNameScaledFromTheSamplesForThisComput
   EXPECT_EQ(Registers(), "3 20 0 1");
 }
 
+TEST_F(PlcWrite, OnWorkersAFailureKeepsNothingFromTheOthersAndNoDeviceGetsNaN) {
+  CNodeWorkers workers(CNodeWorkers::Span(60000), nullptr);
+  for (const bool fails : {false, true, false}) Add("x", 0, fails);
+  Add("y x");
+  m_stage.SetWorkers(&workers);
+  ASSERT_EQ(Open("x y"), 1);
+  constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+  const std::pair<std::initializer_list<float>, const char*> kWrites[] = {
+      {{1, kNaN}, "1 1 1 0 0"}, {{2, 7}, "2 1 2 7 2"}, {{3, kNaN}, "3 3 3 7 3"}, {{kNaN, 8}, "3 3 3 8 3"}};
+  for (const auto& [values, registers] : kWrites) {
+    Write(values);
+    EXPECT_EQ(Registers(), registers);
+  }
+  EXPECT_NE(
+      m_recorder.TakeFaults().find("Write Warning Simulator (3) value 1 is not finite: nothing is written"),
+      std::string::npos);
+  EXPECT_EQ(Write({4, 9}), 1);
+  EXPECT_EQ(Write({4, kNaN}), 0);
+  m_stage.Close();
+}
+
 TEST(PlcEnable, ComparesComputerNodeAsANumber) {
   const auto writes = [](const char* text, std::initializer_list<float> values, UINT number) {
     CPlcEnable enable;
