@@ -9,9 +9,9 @@
 namespace vastra {
 namespace {
 
-constexpr CControl kControls[] = {{CControl::grid, "Grid", {7, 7, 200, 100}},
-                                  {CControl::defaultButton, "OK", {7, 120, 50, 14}}};
-constexpr CDialogTemplate kTemplate = {"", {220, 140}, kControls};
+constexpr CControl kGridControls[] = {{CControl::grid, "Grid", {7, 7, 200, 100}},
+                                      {CControl::defaultButton, "OK", {7, 120, 50, 14}}};
+constexpr CDialogTemplate kGridTemplate = {"", {220, 140}, kGridControls};
 
 // Two rows of a name, a text and a box. The text "no" is refused.
 class CTestGrid : public CGXGridWnd {
@@ -39,7 +39,7 @@ class CTestGrid : public CGXGridWnd {
 
 class GridCells : public testing::Test, public CDialog {
  protected:
-  GridCells() : CDialog(kTemplate) {}
+  GridCells() : CDialog(kGridTemplate) {}
   void OnInitDialog() override {
     m_grid.SubclassDlgItem(*this, "Grid");
     m_grid.SetReadOnly(m_readOnly);
