@@ -28,18 +28,18 @@ const char* const kDemoConfiguration = R"({
     "plcNodes": [
       { "nodeName": "Kiln",
         "driver": { "plcType": 9001, "text1": "sine,noise,ramp", "value1": 2000, "value3": 7 },
-        "varNames": ["Heat", "Draft", "Feed"],
+        "varNames": ["Heat", "Draft", "Feed"], "absent": "nan", "aliveVar": "KilnAlive",
         "scaler": [ { "varName": "Feed", "scale": 12.5, "clamping": 1, "lowLimit": 0, "highLimit": 10 } ] },
       { "nodeName": "Line",
         "driver": { "plcType": 9001, "text1": "counter,square", "value1": 1000 },
-        "varNames": ["Items", "Gate"] },
+        "varNames": ["Items", "Gate"], "absent": "nan", "aliveVar": "LineAlive" },
       { "nodeName": "Panel",
         "driver": { "plcType": 9001, "station": 1 },
-        "varNames": ["ShownTemp", "Lamp"] }
+        "varNames": ["ShownTemp", "Lamp"], "absent": "nan", "aliveVar": "PanelAlive" }
     ],
     "preprocess": 1,
-    "preEquationText": "/* degrees */ Temp = 850 + 40 * Heat; n = n + 1; TempMean = n == 1 ? Temp : TempMean + (Temp - TempMean) / 10; /* twenty items are a batch */ Batch = 1 + (Items - 1 - (Items - 1) % 20) / 20; /* the computer that writes to the panel */ ComputerNode = 0;",
-    "preNewVars": ["Temp", "TempMean", "Draft", "Feed", "Items", "Gate", "Batch", "ShownTemp", "Lamp", "ComputerNode", "Heat"]
+    "preEquationText": "/* degrees */ Temp = 850 + 40 * Heat; /* without the kiln the mean stays */ n = n + KilnAlive; TempMean = KilnAlive == 0 ? TempMean : (n == 1 ? Temp : TempMean + (Temp - TempMean) / 10); /* twenty items are a batch, which stays without the line */ Batch = LineAlive == 0 ? Batch : 1 + (Items - 1 - (Items - 1) % 20) / 20; /* the computer that writes to the panel */ ComputerNode = 0;",
+    "preNewVars": ["Temp", "TempMean", "Draft", "Feed", "Items", "Gate", "Batch", "ShownTemp", "Lamp", "ComputerNode", "Heat", "KilnAlive", "LineAlive", "PanelAlive"]
   },
   "outputs": [
     { "name": "All variables, named by time",
@@ -55,7 +55,7 @@ const char* const kDemoConfiguration = R"({
   ],
   "summaries": [
     { "name": "Ten samples a row",
-      "enableText": "n = n + 1; SampleIsValid = 1; WriteToSummary = n % 10 == 0;",
+      "enableText": "n = n + KilnAlive; SampleIsValid = KilnAlive; WriteToSummary = KilnAlive * (n % 10 == 0);",
       "summaryText": "Count = Count == 10 ? 1 : Count + 1; Sum = (Count == 1 ? 0 : Sum) + Temp; Mean = Sum / Count; Highest = (Count == 1) || (Temp > Highest) ? Temp : Highest;",
       "varNames": ["Batch", "Mean", "Highest"],
       "saveRp": 1, "saveCsv": 1, "maxSummaries": 20, "maxSamples": 100, "directory": "means" }

@@ -245,12 +245,15 @@ TEST_F(NodeDialogs, NodesAreAddedEditedAndDeleted) {
                   kDelete + make("none") + "Cancel" + make("A") + "OK" + make("a") +
                   "OK / !PLC name already used / Name :=B / OK / Net nodes?y,,A,B, / Net nodes#2" + kEdit +
                   " / Name :=C / Cancel / Net nodes##3 / Name :?B / "
-                  "Name :=C / Configure PLC / OK / Net nodes?y,,A,C, / Cancel"});
+                  "Name :=C / Configure PLC / When away :?NaN / When away :=Hold the last values / "
+                  "Alive variable :=w / OK / !The alive variable must have a name of its own / "
+                  "Alive variable :=live / OK / Net nodes?y,,A,C, / Cancel"});
   json made = R"({"driver": {"plcType": 777, "text1": "typed", "text2": "typed"},
                               "varNames": ["v", "w"], "scaler": [{"varName": "v"}, {"varName": "w"}]})"_json;
   nodes = {Node("y"), Node(""), made, made};
-  nodes[2].merge_patch({{"nodeName", "A"}, {"driver", {{"value1", 20}}}});
-  nodes[3].merge_patch({{"nodeName", "C"}, {"driver", {{"value1", 50}}}});
+  nodes[2].merge_patch({{"nodeName", "A"}, {"absent", "nan"}, {"driver", {{"value1", 20}}}});
+  nodes[3].merge_patch(
+      {{"nodeName", "C"}, {"absent", "hold"}, {"aliveVar", "live"}, {"driver", {{"value1", 50}}}});
   EXPECT_EQ(held, FieldsOf(Configured<CInputConfig>({{"plcNodes", nodes}}))["plcNodes"]);
 }
 

@@ -1,5 +1,8 @@
 #include "vastra/screens/driver_type_dlg.h"
 
+#include <algorithm>
+#include <span>
+
 #include "vastra/plc/driver_factory.h"
 #include "vastra/plc/plc_link.h"
 #include "vastra/screens/offered_variables.h"
@@ -15,18 +18,26 @@ constexpr const char* kName = "Name :";
 constexpr const char* kVariables = "Variable List";
 constexpr const char* kConfigure = "Configure PLC";
 constexpr const char* kScaler = "Scaler";
-constexpr CControl kDriverTypeControls[] = {
-    {CControl::text, kType, {7, 9, 58, 10}},         {CControl::comboBox, kType, {67, 7, 113, 14}},
-    {CControl::text, kName, {7, 28, 58, 10}},        {CControl::edit, kName, {67, 26, 113, 14}},
-    {CControl::button, kVariables, {7, 50, 74, 14}}, {CControl::button, kConfigure, {87, 50, 74, 14}},
-    {CControl::button, kScaler, {167, 50, 74, 14}},  {CControl::defaultButton, "OK", {191, 7, 50, 14}},
-    {CControl::button, "Cancel", {191, 26, 50, 14}},
+constexpr const char* kAbsent = "When away :";
+constexpr const char* kAlive = "Alive variable :";
+constexpr const char* kSubstitutes[] = {"Fail the scan", "NaN", "Hold the last values"};  // as in EAbsent
+constexpr CControl kNodeControls[] = {
+    {CControl::text, kType, {7, 9, 58, 10}},          {CControl::comboBox, kType, {67, 7, 113, 14}},
+    {CControl::text, kName, {7, 28, 58, 10}},         {CControl::edit, kName, {67, 26, 113, 14}},
+    {CControl::button, kVariables, {7, 50, 74, 14}},  {CControl::button, kConfigure, {87, 50, 74, 14}},
+    {CControl::button, kScaler, {167, 50, 74, 14}},   {CControl::defaultButton, "OK", {191, 7, 50, 14}},
+    {CControl::button, "Cancel", {191, 26, 50, 14}},  {CControl::text, kAbsent, {7, 75, 58, 10}},
+    {CControl::comboBox, kAbsent, {67, 73, 113, 14}}, {CControl::text, kAlive, {7, 94, 58, 10}},
+    {CControl::edit, kAlive, {67, 92, 113, 14}},
 };
+constexpr std::span kDriverTypeControls = std::span(kNodeControls).first<9>();
 constexpr CDialogTemplate kDriverTypeTemplate = {"Node", {248, 71}, kDriverTypeControls};
+constexpr CDialogTemplate kReadNodeTemplate = {"Node", {248, 113}, kNodeControls};
 
 }  // namespace
 
-CDriverTypeDlg::CDriverTypeDlg(CWnd* parent) : CDialog(kDriverTypeTemplate, parent) {}
+CDriverTypeDlg::CDriverTypeDlg(CWnd* parent, bool hasAbsence)
+    : CDialog(hasAbsence ? kReadNodeTemplate : kDriverTypeTemplate, parent), m_hasAbsence(hasAbsence) {}
 
 void CDriverTypeDlg::OnInitDialog() {
   const CDriverFactory& factory = *CDriverFactory::Instance();
@@ -47,6 +58,11 @@ void CDriverTypeDlg::OnInitDialog() {
   }
   types.SetCurSel(m_driverIndex);
   Edit(kName).SetWindowText(m_name);
+  if (m_hasAbsence) {
+    for (const char* substitute : kSubstitutes) Combo(kAbsent).AddString(substitute);
+    Combo(kAbsent).SetCurSel(static_cast<int>(m_absent));
+    Edit(kAlive).SetWindowText(m_aliveVar);
+  }
   if (m_pScaler) m_scaler.m_nodes = m_pScaler->m_nodes;
   On(kConfigure, [this] { OnConfplcButton(); });
   On(kVariables, [this] { OnVariableList(); });
@@ -58,6 +74,9 @@ void CDriverTypeDlg::OnInitDialog() {
 void CDriverTypeDlg::ReadControls() {
   m_driverIndex = Combo(kType).GetCurSel();
   m_name = Edit(kName).GetWindowText();
+  if (!m_hasAbsence) return;
+  m_absent = static_cast<EAbsent>(Combo(kAbsent).GetCurSel());
+  m_aliveVar = Edit(kAlive).GetWindowText();
 }
 
 void CDriverTypeDlg::OnConfplcButton() {
@@ -118,6 +137,8 @@ const char* CDriverTypeDlg::Fault() const {
   if (m_name.IsEmpty()) return "You must assign a name to this node";
   if (m_varNames.IsEmpty()) return "You must assign at least 1 variable to this node";
   if (IsNameTaken()) return "PLC name already used";
+  if (std::find(m_varNames.begin(), m_varNames.end(), m_aliveVar) != m_varNames.end())
+    return "The alive variable must have a name of its own";
   return nullptr;
 }
 

@@ -13,7 +13,8 @@ class CSmartPage;
 
 class VASTRA_API CDriverTypeDlg : public CDialog {
  public:
-  explicit CDriverTypeDlg(CWnd* parent = nullptr);
+  // hasAbsence: the dialog has the settings for a node that is away, too.
+  explicit CDriverTypeDlg(CWnd* parent = nullptr, bool hasAbsence = false);
 
   enum EMode { readNode, writeNode };
   static constexpr UINT kNoDriver = 0xFFFFFFFF;
@@ -32,7 +33,10 @@ class VASTRA_API CDriverTypeDlg : public CDialog {
   UINT m_driverId = kNoDriver;
   CStringArray m_varNames;
   CString m_name;
-  int m_driverIndex = -1;  // of the selected driver
+  int m_driverIndex = -1;            // of the selected driver
+  EAbsent m_absent = EAbsent::fail;  // as in CPlcNodeConfig
+  CString m_aliveVar;
+  const bool m_hasAbsence;
 
   // 1: removes the rows of m_scaler whose variable was removed. 0: rewrites the node's scaler with a row for
   // each variable, from m_scaler or with defaults.

@@ -189,12 +189,12 @@ void CInputPage::OnPreequationsButton() {
 }
 
 void CInputPage::OnAddnetnodeButton() {
-  CDriverTypeDlg dialog(this);
+  CDriverTypeDlg dialog(this, true);
   AddNode(dialog, List(kNodes), m_plcNodes);
 }
 
 void CInputPage::OnEditnodeButton() {
-  CDriverTypeDlg dialog(this);
+  CDriverTypeDlg dialog(this, true);
   EditNode(dialog, List(kNodes), m_plcNodes);
 }
 

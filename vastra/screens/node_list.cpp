@@ -19,10 +19,14 @@ int Run(CDriverTypeDlg& dialog, CListBox& list, CPlcNodeConfig& node) {
   dialog.m_name = node.m_nodeName;
   dialog.m_varNames = node.m_varNames;
   dialog.m_driver = node.m_driver;
+  dialog.m_absent = node.m_absent;
+  dialog.m_aliveVar = node.m_aliveVar;
   if (dialog.DoModal() != IDOK) return 0;
   node.m_nodeName = dialog.m_name;
   node.m_varNames = dialog.m_varNames;
   node.m_driver = dialog.m_driver;
+  node.m_absent = dialog.m_absent;
+  node.m_aliveVar = dialog.m_aliveVar;
   return 1;
 }
 
@@ -35,6 +39,7 @@ void ShowNodes(CListBox& list, const CPlcNodes& nodes) {
 
 void AddNode(CDriverTypeDlg& dialog, CListBox& list, CPlcNodes& nodes) {
   auto node = std::make_unique<CPlcNodeConfig>();
+  if (dialog.m_hasAbsence) node->m_absent = EAbsent::nan;
   dialog.m_driverId = CDriverTypeDlg::kNoDriver;
   if (!Run(dialog, list, *node)) return;
   nodes.AddTail(node.release());
