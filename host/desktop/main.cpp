@@ -6,12 +6,14 @@
 #include <QTimer>
 
 #include <cstdio>
+#include <cstdlib>
 
 #include "host/common/driver_search.h"
 #include "host/common/module_trial.h"
 #include "host/common/shown_text.h"
 #include "host/desktop/main_window.h"
 #include "host/desktop/quit_signals.h"
+#include "vastra/plc/node_workers.h"
 #include "vastra/ui/text.h"
 
 namespace vastra {
@@ -77,5 +79,9 @@ int Main(int argc, char** argv) {
 }  // namespace vastra
 
 int main(int argc, char** argv) {
-  return vastra::IsModuleTrial(argc, argv) ? vastra::RunModuleTrial(argv) : vastra::Main(argc, argv);
+  if (vastra::IsModuleTrial(argc, argv)) return vastra::RunModuleTrial(argv);
+  const int status = vastra::Main(argc, argv);
+  std::fflush(nullptr);
+  if (vastra::CNodeWorkers::OverdueTasks() > 0) std::_Exit(status);  // a driver still runs in its module
+  return status;
 }

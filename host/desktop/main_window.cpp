@@ -111,21 +111,22 @@ void CMainWindow::OfferDemo() {
 
 // Makes a run of the document, stopped, and shows its parts.
 void CMainWindow::UseConfiguration() {
-  m_runner.SetConfiguration(m_document.Stored(), Trend(), Policy(), ReplayOptions().replayWrites);
+  m_runner.SetConfiguration(m_document.Stored(), RunOptions());
   m_isAhead = false;
   ShowNames(m_runner.Run().Names());
   Trend().m_baseVars = m_names.input;
   m_views.TakeRun(m_runner.Run(), m_runner.RefreshPeriod());
 }
 
-std::optional<CLogPolicy> CMainWindow::Policy() const {
-  if (!m_keepLogs->isChecked()) return std::nullopt;
-  return CLogPolicy();
-}
-
 // A replay writes to no PLC unless the user has ticked the menu since the program was started.
-CLoopOptions CMainWindow::ReplayOptions() const {
-  return {.replayWrites = m_replayWrites->isChecked() || !m_keepLogs->isChecked()};
+CLoopOptions CMainWindow::RunOptions() {
+  CLoopOptions options;
+  options.trend = &Trend();
+  options.replayWrites = m_replayWrites->isChecked();
+  if (!m_keepLogs->isChecked()) return options.replayWrites = true, options;
+  options.policy = CLogPolicy();
+  options.patience = kPatience;
+  return options;
 }
 
 // The next start uses the setting.
@@ -282,7 +283,7 @@ void CMainWindow::Start() {
   for (const CString& fault : FindModuleFaults()) m_messages.Warn(fault);
   for (const CString& warning : m_runner.Run().Warnings()) m_messages.Warn(warning);
   for (const CString& fault : m_runner.Run().BadLogs()) m_messages.Warn(fault + ": the log is left out");
-  if (LeavesOutWriting(m_document.Configuration(), ReplayOptions()))
+  if (LeavesOutWriting(m_document.Configuration(), RunOptions()))
     m_messages.Tell("plcWrite: a replay writes to no PLC; the menu Run, Replay Writes to PLCs, changes that");
   m_runner.Start();
 }
@@ -325,10 +326,13 @@ void CMainWindow::TakeState() {
 }
 
 void CMainWindow::ShowState() {
-  m_stateText->setText(NameOf(m_runner.State()) +
-                       QString(m_isAhead && m_runner.State() == CRunner::EState::running
-                                   ? " (changes apply at the next start)"
-                                   : ""));
+  QString state = NameOf(m_runner.State());
+  if (m_isAhead && m_runner.State() == CRunner::EState::running)
+    state += " (changes apply at the next start)";
+  if (const CString& waits = m_runner.StopLine();
+      !waits.IsEmpty() && m_runner.State() != CRunner::EState::stopped)
+    state += ToScreen(": stopping, " + waits);
+  m_stateText->setText(state);
   setWindowTitle(m_document.IsOpen() ? ToScreen(m_document.Title()) + "[*] - Vastra" : "Vastra");
   setWindowModified(m_document.IsChanged());
 }

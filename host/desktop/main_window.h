@@ -66,9 +66,8 @@ class CMainWindow : public QMainWindow {
 
   bool IsFitToStart();
   void UseConfiguration();
-  std::optional<CLogPolicy> Policy() const;  // for logs
   void SetKeepLogs(bool keep);
-  CLoopOptions ReplayOptions() const;
+  CLoopOptions RunOptions();  // of the next run
   void ShowNames(const CStageNames& names);
   CTrendConfig& Trend() { return m_document.Configuration().m_trend; }
   void TakeTrend();

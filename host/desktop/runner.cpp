@@ -25,6 +25,7 @@ CRunner::CRunner(CListener listener, CRunMessenger& messenger)
 
 // A worker posts its report after it has released the stage: the runner waits for the report itself.
 CRunner::~CRunner() {
+  if (m_run) m_run->AskToStop();
   if (m_background.joinable()) m_background.join();
   if (m_run && m_run->IsPending()) {
     std::unique_lock lock(m_mutex);
@@ -38,14 +39,11 @@ UINT CRunner::RefreshPeriodOf(UINT scanPeriod) {
   return (kShortestRefresh + scanPeriod - 1) / scanPeriod * scanPeriod;
 }
 
-void CRunner::SetConfiguration(const CConfiguration& configuration, CTrendConfig& trend,
-                               const std::optional<CLogPolicy>& policy, bool replayWrites) {
+void CRunner::SetConfiguration(const CConfiguration& configuration, CLoopOptions options) {
+  options.threaded = true;
+  options.target = this;
   m_run.reset();  // before the new run: only one run at a time uses the messenger
-  m_run = std::make_unique<CRun>(
-      configuration, m_messenger,
-      CRunOptions{
-          {.threaded = true, .target = this, .trend = &trend, .replayWrites = replayWrites, .policy = policy},
-          m_listener.trend});
+  m_run = std::make_unique<CRun>(configuration, m_messenger, CRunOptions{options, m_listener.trend});
   m_run->AddObserver(this);
   m_refreshPeriod = RefreshPeriodOf(m_run->Input().GetScanPeriod());
 }
@@ -53,13 +51,16 @@ void CRunner::SetConfiguration(const CConfiguration& configuration, CTrendConfig
 void CRunner::Start() {
   if (m_state != EState::stopped || !m_run) return;
   m_stopWanted = false;
+  m_stopLine.Empty();
   m_refreshDue = {};
   Enter(EState::starting);
   InBackground([this] { return m_run->Start(); }, messageOpened);
 }
 
 void CRunner::Stop() {
+  m_stopLine.Empty();
   m_stopWanted = true;
+  if (m_run) m_run->AskToStop();  // a worker may wait for a driver
   if (m_state == EState::running) Go();
 }
 
@@ -118,7 +119,29 @@ void CRunner::Go() {
                                                       std::chrono::milliseconds(0), kLongestWait));
 }
 
-void CRunner::Sampled(const CLogSample&) {
+void CRunner::Sampled(const CLogSample&) { Refresh(); }
+
+// From any thread.
+void CRunner::Message(const CRunMessage& message) {
+  if (!m_stopWanted) return;
+  const CString line = CString(message.name) + ": " + message.text;
+  QMetaObject::invokeMethod(
+      &m_receiver,
+      [this, line] {
+        m_stopLine = line;
+        if (m_state != EState::stopped) m_listener.changed();
+      },
+      Qt::QueuedConnection);
+}
+
+// After a failed read the views show the newest sample once more, so that an outage has its length in the
+// curves.
+void CRunner::Counted(const CRunCounts& counts) {
+  const CScanCounts& scans = counts.scans;
+  if (scans.failedReads > std::exchange(m_failedReads, scans.failedReads) && scans.read > 0) Refresh();
+}
+
+void CRunner::Refresh() {
   const auto now = CScanLoop::Time::clock::now();
   const std::chrono::milliseconds period(m_refreshPeriod);
   if (now + period / kSlack < m_refreshDue) return;

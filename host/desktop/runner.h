@@ -8,6 +8,7 @@
 #include <QObject>
 #include <QTimer>
 
+#include <atomic>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
@@ -30,20 +31,20 @@ class CRunner : private CMessageTarget, private CRunObserver {
   };
 
   CRunner(CListener listener, CRunMessenger& messenger);
-  ~CRunner() override;  // waits for workers and threads
+  ~CRunner() override;  // stops, and waits for workers and threads
   CRunner(const CRunner&) = delete;
   CRunner& operator=(const CRunner&) = delete;
 
   // Replaces the run by one of configuration; only while stopped. The stages of the former run are destroyed:
-  // connect the views to the new ones. trend: the settings that the trending stage shares. policy,
-  // replayWrites: as in CLoopOptions.
-  void SetConfiguration(const CConfiguration& configuration, CTrendConfig& trend,
-                        const std::optional<CLogPolicy>& policy = std::nullopt, bool replayWrites = true);
+  // connect the views to the new ones. options: the runner sets the workers and their target.
+  void SetConfiguration(const CConfiguration& configuration, CLoopOptions options);
   void Start();  // only while stopped
-  void Stop();   // any time
+  void Stop();   // any time; with patience in the options it waits for no driver longer
 
   EState State() const { return m_state; }
   CRun& Run() { return *m_run; }
+  // While stopping: what the stop waits for, or what it has done last.
+  const CString& StopLine() const { return m_stopLine; }
   // Period of the refresh of the views, in milliseconds: the scan period or its smallest multiple of at least
   // 50 ms; 100 ms if the scan period is 0.
   UINT RefreshPeriod() const { return m_refreshPeriod; }
@@ -56,6 +57,9 @@ class CRunner : private CMessageTarget, private CRunObserver {
   void Go();  // makes a scan if it is due and sets the timer for the next one
   void Drive(const std::function<void()>& step);
   void Sampled(const CLogSample&) override;
+  void Counted(const CRunCounts& counts) override;
+  void Message(const CRunMessage& message) override;
+  void Refresh();  // of the views, if it is due
   void Tick();
   void InBackground(std::function<int()> work, UINT message);
   void Enter(EState state);
@@ -70,9 +74,11 @@ class CRunner : private CMessageTarget, private CRunObserver {
   std::condition_variable m_posted;
   int m_reports = 0;  // of workers that were posted and are not handled yet; guarded by m_mutex
   EState m_state = EState::stopped;
-  bool m_stopWanted = false;
+  std::atomic<bool> m_stopWanted = false;
+  CString m_stopLine;
   bool m_driving = false;  // during a step, in which a message box can run the event loop
   UINT m_refreshPeriod = 0;
+  std::uint64_t m_failedReads = 0;  // at the end of the last scan
   CScanLoop::Time m_refreshDue{};
   CScanLoop::Time m_tickDue{};
 };

@@ -65,7 +65,10 @@ TEST_F(ConfigurationSheet, NothingIsLostByLookingAtEachPage) {
 "input": {"asFastAsPossible": 1, "preprocess": 1, "preEquationText": "y = y;", "preEquations": ["y = y"]},
 "trend": {"equationText": "x = y;", "equations": ["x = y"]}, "plcWrite": {"disableWriting": 1}})"));
   full["plcWrite"]["nodes"][0]["driver"]["value5"] = -5;
-  full["input"]["plcNodes"][0]["driver"]["value5"] = -6;
+  json& nodes = full["input"]["plcNodes"];
+  nodes[0]["driver"]["value5"] = -6;
+  nodes[0].merge_patch({{"absent", "hold"}, {"aliveVar", "Alive"}});
+  nodes[1].merge_patch({{"absent", "fail"}, {"aliveVar", ""}});
   for (const char* logs : {"outputs", "summaries"})
     full[logs][0].merge_patch({{"keepDays", 1.5}, {"keepBytes", 7}, {"minFree", 8}});
   Open(full.dump());
@@ -143,7 +146,7 @@ TEST_F(ConfigurationSheet, AConfigurationIsBuiltFromNothingByClicksAndKeysAndRun
   ActionOf(m_window, "New")->trigger();
   Edit({Tab(pageInput),
         "Scan period :=20 / Add net node... / Type of PLC :=Simulator / Configure PLC / Waveforms=counter / "
-        "OK / Name :=Kiln / "
+        "OK / Name :=Kiln / Alive variable :=KilnAlive / "
         "Variable List / Insert  New Variable / New Variable=n / OK / OK / OK",
         Tab(pageSmart),
         "Smart Input Variables... / ->> / OK / "
@@ -159,10 +162,12 @@ TEST_F(ConfigurationSheet, AConfigurationIsBuiltFromNothingByClicksAndKeysAndRun
         "Variable List / ->> / OK / OK / OK"});
   const json saved = Saved();
   const std::pair<const char*, json> fields[] = {
-      {"/input/plcNodes/0/driver/text1", "counter"},       {"/smart/inputVars", {"n"}},
-      {"/outputs/0/varNames", {"n", "SetPoint"}},          {"/summaries/0/varNames", {"SetPoint"}},
+      {"/input/plcNodes/0/driver/text1", "counter"},
+      {"/smart/inputVars", {"n", "KilnAlive"}},
+      {"/outputs/0/varNames", {"n", "KilnAlive", "SetPoint"}},
+      {"/summaries/0/varNames", {"KilnAlive"}},
       {"/summaries/0/directory", (m_dir / "means").Std()},  // where the program was started
-      {"/plcWrite/nodes/0/varNames", {"n", "SetPoint"}}};
+      {"/plcWrite/nodes/0/varNames", {"n", "KilnAlive", "SetPoint"}}};
   for (const auto& [field, value] : fields) EXPECT_EQ(saved.at(json::json_pointer(field)), value);
   ASSERT_TRUE(Run(2));
   ASSERT_TRUE(Stop());

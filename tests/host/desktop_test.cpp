@@ -20,9 +20,13 @@ namespace vastra {
 namespace {
 
 struct CRunning {
-  CRunning(const std::string& driver, const CString& folder) {
+  CRunning(const std::string& driver, const CString& folder, UINT period = 10, int patience = 60000) {
     EXPECT_EQ(ParseConfiguration(Configuration(driver), folder, configuration), "");
-    runner.SetConfiguration(configuration, configuration.m_trend);
+    configuration.m_input.m_scanPeriod = period;
+    CLoopOptions options;
+    options.trend = &configuration.m_trend;
+    options.patience = std::chrono::milliseconds(patience);
+    runner.SetConfiguration(configuration, options);
   }
   bool Reaches(CRunner::EState state) {
     return QTest::qWaitFor([&] { return runner.State() == state; }, 20000);
@@ -63,6 +67,13 @@ TEST_F(Desktop, ARunWritesWhatItReadAndStopsWhereverItIs) {
   EXPECT_EQ(run.failed, 0);
 }
 
+TEST_F(Desktop, TheViewsAreRefreshedAfterAFailedReadToo) {
+  CRunning run(R"({"plcType": 9001, "text1": "counter", "value4": 2})", m_dir.Path(), 50);
+  run.runner.Start();
+  ASSERT_TRUE(Wait([&] { return run.Samples() == 8; }));
+  EXPECT_GT(run.refreshed, 10);
+}
+
 TEST_F(Desktop, TheWindowNeverWaitsForAPlc) {
   CRunning run(R"({"plcType": 9077})", m_dir.Path());
   std::map<CRunner::EState, int> beats;  // running: while a read is pending
@@ -79,6 +90,20 @@ TEST_F(Desktop, TheWindowNeverWaitsForAPlc) {
   ASSERT_TRUE(run.Reaches(CRunner::EState::stopped));
   for (const auto state : {CRunner::EState::starting, CRunner::EState::running, CRunner::EState::stopping})
     EXPECT_GT(beats[state], 5) << static_cast<int>(state);
+}
+
+TEST_F(Desktop, ADriverThatHangsKeepsNeitherAStopNorTheEnd) {
+  ::setenv("FAULT", "hangs", 1);
+  for (const bool isStopped : {true, false}) {
+    CRunning run(R"({"plcType": 9077})", m_dir.Path(), 10, 500);
+    run.runner.Start();
+    ASSERT_TRUE(run.Reaches(CRunner::EState::running));
+    ASSERT_TRUE(Wait([&] { return run.runner.Run().IsPending(); }));
+    if (!isStopped) continue;  // it is destroyed while the driver hangs
+    run.runner.Stop();
+    ASSERT_TRUE(run.Reaches(CRunner::EState::stopped));
+  }
+  ::unsetenv("FAULT");
 }
 
 TEST_F(Desktop, AWindowMayBeDestroyedWhileTheLoggerRuns) {
