@@ -66,17 +66,16 @@ bool ReadAt(int file, std::uint64_t offset, T& record) {
   return ::pread(file, &record, sizeof record, static_cast<off_t>(offset)) == ssize_t{sizeof record};
 }
 
-// The header of the running program.
-CElfHeader OwnHeader() {
-  CElfHeader header = {};
+// Reads the header of the running program.
+bool ReadOwnHeader(CElfHeader& header) {
   const CDescriptor file(::open("/proc/self/exe", O_RDONLY | O_CLOEXEC));
-  ReadAt(file.Get(), 0, header);
-  return header;
+  return file.Get() >= 0 && ReadAt(file.Get(), 0, header);
 }
 
 CString FindKindFault(const CElfHeader& header) {
   if (std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0) return "it is not a module: it has no ELF header";
-  const CElfHeader own = OwnHeader();
+  CElfHeader own = {};
+  if (!ReadOwnHeader(own)) return std::strerror(errno);
   if (header.e_ident[EI_CLASS] != own.e_ident[EI_CLASS] || header.e_ident[EI_DATA] != own.e_ident[EI_DATA] ||
       header.e_machine != own.e_machine)
     return "it is for another machine";

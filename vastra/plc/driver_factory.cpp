@@ -110,7 +110,7 @@ CString CDriverFactory::CheckConfig(int index, const DriverConfig& config) const
 
 CString CDriverFactory::LineOf(int index, const DriverConfig& config) const {
   const HMODULE module = Load(index);
-  const CString line = AskQuestion(module, "GetDriverLine", config, "");
+  CString line = AskQuestion(module, "GetDriverLine", config, "");
   FreeModule(module);
   return line;
 }
