@@ -176,49 +176,6 @@ TEST(Modbus, AsksTheUnitOfItsNodeAtTheAddressesThatAreMeant) {
   }
 }
 
-TEST(Modbus, JoinsWhatItMayAndSplitsNoValue) {
-  const struct {
-    const char* list;
-    int most, single;  // value3, value4
-    const char* requests;
-  } kRows[] = {
-      {"h2, i1, h0, i0, h1", 0, 0, "3 0+3, 4 0+2, "},
-      {"i0, i10", 0, 0, "4 0+1, 4 10+1, "},
-      {"h6: u32, h16", 0, 0, "3 6+11, "},
-      {"h10 x 126", 0, 0, "3 10+125, 3 135+1, "},
-      {"c3 x 2001", 0, 0, "1 3+2000, 1 2003+1, "},
-      {"h0 x 32 : f64", 0, 0, "3 0+124, 3 124+4, "},
-      {"c0 x 161", 10, 0, "1 0+160, 1 160+1, "},
-      {"h0: f64, h1, h0 x 3, h1: u32", 0, 0, "3 0+4, "},
-      {"h0, h1, h1", 0, 1, "3 0+1, 3 1+1, 3 1+1, "},
-      {"h0 x 2: f32", 0, 3, "3 0+2, 3 2+2, "},
-      {"h0, h1", 0, 2, "3 0+2, "},
-      {"h0, h2", 0, 0, "6 0+1, 6 2+1, "},
-      {"h1, h0", 0, 0, "6 1+1, 6 0+1, "},
-      {"h0, c1, h1", 0, 0, "6 0+1, 5 1+1, 6 1+1, "},
-      {"h0 x 125", 0, 0, "16 0+123, 16 123+2, "},
-      {"c0 x 1969", 0, 0, "15 0+1968, 5 1968+1, "},
-      {"h0 x 5", 2, 0, "16 0+2, 16 2+2, 6 4+1, "},
-      {"h0, h1, c0, c1", 0, 1, "6 0+1, 6 1+1, 5 0+1, 5 1+1, "},
-  };
-  CModbusServer server;
-  for (const auto& row : kRows) {
-    DriverConfig config = At(server, row.list);
-    config.value3 = row.most;
-    config.value4 = row.single;
-    CNode reader(config);
-    CValues values = reader.Read();
-    if (std::stoi(row.requests) > 4) {  // a write
-      for (float before = 0; float& value : values) value = before = Has(row.list, "c") ? 1 : before + 1;
-      server.TakeLog();
-      EXPECT_TRUE(CNode(config, true).Write(values)) << row.list;
-    }
-    EXPECT_EQ(server.TakeLog(), row.requests) << row.list;
-    EXPECT_EQ(reader.Read(), values) << row.list;
-    server.TakeLog();
-  }
-}
-
 // Each row is a text, an arrow, and a part of the outcome of the text; none: the outcome is empty.
 template <class Outcome>
 void ExpectOutcomes(std::string rows, Outcome outcomeOf) {
@@ -229,6 +186,38 @@ void ExpectOutcomes(std::string rows, Outcome outcomeOf) {
     const std::string outcome = outcomeOf(row.substr(0, arrow)), words = row.substr(arrow + 3);
     EXPECT_TRUE(words.empty() ? outcome.empty() : Has(outcome, words.substr(1))) << row << ": " << outcome;
   }
+}
+
+// The requests of list, "[3 0+2, ]". After "w" the list is written; a and b after a slash are value3 and
+// value4.
+std::string Requests(std::string list) {
+  const bool writes = list.front() == 'w';
+  if (writes) list.erase(0, 2);
+  CModbusServer server;
+  DriverConfig config = At(server, list.substr(0, list.find(" /")));
+  std::sscanf(list.c_str() + std::min(list.find('/'), list.size()), "/%d/%d", &config.value3, &config.value4);
+  CNode reader(config);
+  CValues values = reader.Read();
+  if (writes) {
+    for (float before = 0; float& value : values) value = before = Has(list, "c") ? 1 : before + 1;
+    server.TakeLog();
+    EXPECT_TRUE(CNode(config, true).Write(values)) << list;
+  }
+  const std::string log = server.TakeLog();
+  EXPECT_EQ(reader.Read(), values) << list;
+  return "[" + log + "]";
+}
+
+TEST(Modbus, JoinsWhatItMayAndSplitsNoValue) {
+  ExpectOutcomes(
+      R"(h2, i1, h0, i0, h1 -> [3 0+3, 4 0+2, ];i0, i10 -> [4 0+1, 4 10+1, ];h6: u32, h16 -> [3 6+11, ]
+h10 x 126 -> [3 10+125, 3 135+1, ];c3 x 2001 -> [1 3+2000, 1 2003+1, ];h0 x 32 : f64 -> [3 0+124, 3 124+4, ]
+c0 x 161 /10 -> [1 0+160, 1 160+1, ];h0: f64, h1, h0 x 3, h1: u32 -> [3 0+4, ]
+h0, h1, h1 /0/1 -> [3 0+1, 3 1+1, 3 1+1, ];h0 x 2: f32 /0/3 -> [3 0+2, 3 2+2, ];h0, h1 /0/2 -> [3 0+2, ]
+w h0, h2 -> [6 0+1, 6 2+1, ];w h1, h0 -> [6 1+1, 6 0+1, ];w h0, c1, h1 -> [6 0+1, 5 1+1, 6 1+1, ]
+w h0 x 125 -> [16 0+123, 16 123+2, ];w c0 x 1969 -> [15 0+1968, 5 1968+1, ]
+w h0 x 5 /2 -> [16 0+2, 16 2+2, 6 4+1, ];w h0, h1, c0, c1 /0/1 -> [6 0+1, 6 1+1, 5 0+1, 5 1+1, ])",
+      Requests);
 }
 
 std::string Refusal(const DriverConfig& config, bool writes = false) {
@@ -263,33 +252,30 @@ h0 -> text2: it lists 1 value(s), and the node has 2;h0 x 3 -> text2: it lists 3
 }
 
 TEST(ModbusSettings, AreRefusedOutsideTheirBounds) {
-  DriverConfig config = {.variableCount = 1, .text1 = "plc", .text2 = "h0"};
+  const DriverConfig good = {.variableCount = 1, .text1 = "plc", .text2 = "h0"};
+  const CString line = "/dev/ttyS0:9600,8,N,1";
+  const auto expect = [](DriverConfig config, int DriverConfig::*number, int value, const std::string& words,
+                         bool writes = false) {
+    config.*number = value;
+    const std::string refusal = Refusal(config, writes);
+    EXPECT_TRUE(words.empty() ? refusal.empty() : Has(refusal, words)) << words << ": " << refusal;
+  };
   const std::tuple<int DriverConfig::*, std::string, int> kBounds[] = {
       {&DriverConfig::station, "station", 255}, {&DriverConfig::timeOut, "timeOut", 60000},
       {&DriverConfig::value1, "value1", 60000}, {&DriverConfig::value2, "value2", 60000},
       {&DriverConfig::value3, "value3", 125},   {&DriverConfig::value4, "value4", 3}};
   for (const auto& [number, name, high] : kBounds)
-    for (const int value : {-1, high + 1, high, 0}) {
-      config.*number = value;
-      const std::string words =
-          value < 0 || value > high ? name + ": " + std::to_string(value) + " is not" : "";
-      EXPECT_EQ(Refusal(config).substr(0, words.size() + 1), words.empty() ? "" : words + " ");
-    }
+    for (const int value : {-1, high + 1, high, 0})
+      expect(good, number, value,
+             value < 0 || value > high ? name + ": " + std::to_string(value) + " is not from 0" : "");
   for (const auto& [added, list] :
-       {std::pair(-1, "h0"), {65535, "h0, h1"}, {2147483647, "h999999999"}, {-2147483647 - 1, "h0"}}) {
-    config.registerAddress = added;
-    config.text2 = list;
-    EXPECT_TRUE(Has(Refusal(config), "with registerAddress " + std::to_string(added))) << Refusal(config);
-  }
-  config.registerAddress = 0;
-  config.text2 = "h0: f64";
-  config.value3 = 3;
-  EXPECT_TRUE(Refusal(config).starts_with("value3: 3 registers")) << Refusal(config);
-  config.text2 = "h0, d5";
-  EXPECT_TRUE(Has(Refusal(config, true), " discrete input 5 is none")) << Refusal(config, true);
-  config.text1 = "/dev/ttyS0:9600,8,N,1";
-  for (config.station = 0; config.station <= 248; config.station += 248)
-    EXPECT_TRUE(Refusal(config).starts_with("station: " + std::to_string(config.station))) << Refusal(config);
+       {std::pair(-1, "h0"), {65535, "h0, h1"}, {2147483647, "h999999999"}, {-2147483647 - 1, "h0"}})
+    expect({.text1 = "plc", .text2 = list}, &DriverConfig::registerAddress, added,
+           "with registerAddress " + std::to_string(added));
+  expect({.text1 = "plc", .text2 = "h0: f64"}, &DriverConfig::value3, 3, "value3: 3 registers");
+  expect({.text1 = "plc", .text2 = "h0, d5"}, &DriverConfig::value3, 0, " discrete input 5 is none", true);
+  for (const int unit : {0, 248})
+    expect({.text1 = line, .text2 = "h0"}, &DriverConfig::station, unit, "station: " + std::to_string(unit));
 }
 
 using CSpoil = decltype(CReplyFault::spoil);

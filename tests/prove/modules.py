@@ -12,7 +12,8 @@ from concurrent.futures import ThreadPoolExecutor
 from logs import Failed, NotRun
 
 HERE = os.path.dirname(os.path.abspath(__file__))
-SOURCE = os.path.join(HERE, "hostile.c")
+ROOT = os.path.dirname(os.path.dirname(HERE))
+NO_FAULT = "MODULE_FAULT".ljust(39)
 CRASH, HUNG = r"crashed %s: signal \d+", r"hung %s: no return within 2 s"
 PLACES = {"load": "while it was loaded", "header": "in GetDriverHeader", "version": "in GetDriverApiVersion",
           "unload": "while it was unloaded"}
@@ -24,18 +25,21 @@ FAULTS = [(what, where, "it " + reason % PLACES[where]) for where in PLACES for 
     ("hang", HUNG), ("spin", HUNG), ("stop", HUNG)]] + [
     ("throw", "header", "an exception left GetDriverHeader"), ("close", "load", "it ended its process"),
     ("lie", "load", "its trial sent something else"), ("print", "header", "its trial sent something else"),
-    ("wild name", "", "it crashed while its name was read"), ("open name", "", "it crashed while its name was read"),
-    ("huge name", "", "its name does not end within 1000 bytes"), ("Latin-1 name", "", "its name is not UTF-8"),
-    ("wild table", "", "it crashed while its table was read"), ("new id", "", "its ID is another one each time"),
-    ("null name", "", None), ("fork", "load", None), ("crash", "Open", None)]
+    ("has a wild name", "", "it crashed while its name was read"),
+    ("has an open name", "", "it crashed while its name was read"),
+    ("has a huge name", "", "its name does not end within 1000 bytes"),
+    ("is named in Latin-1", "", "its name is not UTF-8"), ("has a wild table", "", "it crashed while its table was read"),
+    ("has a new ID each time", "", "its ID is another one each time"),
+    ("has no name", "", None), ("fork", "load", None), ("crashes", "", None)]
 
 
 def compiled(work):
     """The bytes of the module without a fault."""
-    path = os.path.join(work, "hostile.o")
+    path = os.path.join(work, "module")
     try:
-        subprocess.run(["cc", "-shared", "-fPIC", "-O1", "-fexceptions", "-D_GNU_SOURCE", "-I", os.path.dirname(os.path.dirname(HERE)),
-                        "-o", path, SOURCE, "-lgcc_s"], check=True)
+        subprocess.run(["cc", "-shared", "-fPIC", "-O1", "-fexceptions", "-D_GNU_SOURCE", "-I", ROOT, "-DMODULE_ID=9600",
+                        "-DMODULE_NAME=\"Faulty\"", "-DMODULE_FAULT=\"%s\"" % NO_FAULT, "-o", path,
+                        os.path.join(ROOT, "tests/support/faulty_driver.c"), "-lgcc_s"], check=True)
     except OSError as fault:
         raise NotRun("not run: cc: %s" % fault.strerror) from None
     with open(path, "rb") as file:
@@ -43,9 +47,8 @@ def compiled(work):
 
 
 def with_fault(module, what, where):
-    for mark, text in ((b"WHAT", what), (b"WHERE", where)):
-        module = module.replace(mark.ljust(23) + b"\0", text.encode().ljust(24, b"\0"))
-    return module
+    fault = "%s, %s" % (what, where) if where else what
+    return module.replace(NO_FAULT.encode(), fault.encode().ljust(39, b"\0"))
 
 
 def write(path, data, mode=0o755):

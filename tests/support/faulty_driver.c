@@ -1,11 +1,14 @@
 /* A driver that keeps the contract, with one named fault: the variable FAULT at run time, or MODULE_FAULT of
- * the build. Its values are 1, 2, 3... while text1 is the one that the handle was opened with. */
+ * the build, which a test may overwrite in the file. Its values are 1, 2, 3... while text1 is the one that
+ * the handle was opened with. */
 #include <fcntl.h>
 #include <pthread.h>
 #include <signal.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/mman.h>
 #include <unistd.h>
+#include <unwind.h>
 
 #include "vastra/plc/driver_api.h"
 
@@ -24,9 +27,65 @@ static struct Node {
 static pthread_t loader;
 static DriverRecord settings;
 
-static const char* Fault(void) { return getenv("FAULT") ? getenv("FAULT") : MODULE_FAULT; }
+volatile char module_fault[40] = MODULE_FAULT;
+
+static const char* Fault(void) { return getenv("FAULT") ? getenv("FAULT") : (const char*)module_fault; }
 static int Has(const char* fault) { return strcmp(Fault(), fault) == 0; }
 static void Linger(void) { usleep(Has("is slow") ? 500000 : 0); }
+
+static void HangForAll(void) {
+  sigset_t all;
+  sigfillset(&all);
+  sigprocmask(SIG_BLOCK, &all, NULL);
+  for (;;) pause();
+}
+
+static void WriteEverywhere(const char* bytes, size_t size) {
+  int file;
+  for (file = 0; file < 64; ++file)
+    if (write(file, bytes, size) < 0) continue;
+}
+
+static int Overflow(const volatile char* above) {
+  volatile char here[4096];
+  here[0] = above ? *above : 0;
+  return above == here ? 0 : Overflow(here) + here[1];
+}
+
+/* The fault "WHAT, PLACE" of this place. */
+static void Go(const char* place) {
+  static struct _Unwind_Exception exception;
+  const char* comma = strchr(Fault(), ',');
+  int i;
+  if (!comma || strcmp(comma + 2, place) != 0) return;
+#define DOES(what) (strncmp(Fault(), what ",", sizeof what) == 0)
+  if (DOES("crash")) raise(SIGSEGV);
+  if (DOES("write to 1")) *(volatile int*)1 = 1;
+  if (DOES("overflow")) Overflow(NULL);
+  if (DOES("abort")) abort();
+  if (DOES("exit")) exit(0);
+  if (DOES("_exit")) _exit(7);
+  if (DOES("kill")) kill(0, SIGKILL);
+  if (DOES("stop")) raise(SIGSTOP);
+  if (DOES("hang")) HangForAll();
+  while (DOES("spin")) continue;
+  if (DOES("throw")) _Unwind_RaiseException(&exception);
+  if (DOES("close")) closefrom(0);
+  if (DOES("print")) WriteEverywhere("a line\n", 7);
+  if (DOES("lie")) WriteEverywhere("+1 Lie\0", 7), _exit(0);
+  for (i = 0; i < 20 && DOES("fork"); ++i)
+    if (fork() == 0) HangForAll();
+}
+
+__attribute__((constructor)) static void Load(void) { Go("load"); }
+__attribute__((destructor)) static void Unload(void) { Go("unload"); }
+
+/* Bytes up to a page that cannot be read. */
+static const char* OpenText(void) {
+  char* const pages = mmap(NULL, 8192, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  mprotect(pages + 4096, 4096, PROT_NONE);
+  return memset(pages, 'x', 4096);
+}
 
 static void* Wander(void* unused) {
   for (;;) usleep(1000);
@@ -114,7 +173,9 @@ DriverHeader GetDriverHeader(void) {
   static DriverFunctions table = {ShowConfig, GetConfig,        SetConfig,       Open, Read, Write, Close,
                                   {0, 0},     GetExtendedError, GetExtendedError};
   DriverHeader header = {MODULE_ID, MODULE_NAME, &table};
+  static char huge[1 << 20];
   loader = pthread_self();
+  Go("header");
   if (Has("has a new ID each time")) header.id += calls++;
   if (Has("has no table")) header.functions = NULL;
   if (Has("has no transfer")) table.Read = NULL, table.Write = NULL;
@@ -123,6 +184,10 @@ DriverHeader GetDriverHeader(void) {
   if (Has("words missing")) table.GetExtendedError = NULL;
   if (Has("is named in Latin-1")) header.name = "Ger\xE4t";
   if (Has("has no name")) header.name = NULL;
+  if (Has("has a wild name")) header.name = (const char*)8;
+  if (Has("has an open name")) header.name = OpenText() + 4080;
+  if (Has("has a huge name")) header.name = memset(huge, 'x', sizeof huge - 1);
+  if (Has("has a wild table")) header.functions = (const DriverFunctions*)8;
   if (Has("crashes at once")) raise(SIGSEGV);
   return header;
 }
@@ -138,5 +203,5 @@ const char* CheckDriverConfig(DriverRecord config) {
 const char* GetDriverLine(DriverRecord config) { return config.text2; }
 
 #ifndef NO_VERSION
-int GetDriverApiVersion(void) { return DRIVER_API_VERSION + Has("is of the future"); }
+int GetDriverApiVersion(void) { return Go("version"), DRIVER_API_VERSION + Has("is of the future"); }
 #endif
