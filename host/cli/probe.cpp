@@ -12,6 +12,7 @@
 #include "host/cli/output.h"
 #include "host/cli/terminal/terminal.h"
 #include "host/common/driver_search.h"
+#include "host/common/module_file.h"
 #include "host/probe/driver_settings.h"
 #include "host/probe/probe.h"
 #include "host/run/inbox.h"
@@ -164,7 +165,8 @@ EExit ProbeId(CProbe& probe, std::int64_t id) {
 
 EExit ProbeFile(const CProbe& probe) {
   CReport report(probe.typed, probe.asJson, probe.isCounted);
-  const CString noDriver = ProbeModule(probe.request, report);
+  CString noDriver = FindModuleFault(probe.request.path);
+  if (noDriver.IsEmpty()) noDriver = ProbeModule(probe.request, report);
   if (noDriver.IsEmpty()) return report.End();
   const bool isWord = probe.typed.Find('/') < 0 && probe.typed.Find('.') < 0;
   const char* hint = isWord ? " (vastra drivers lists the IDs of those that are installed)" : "";

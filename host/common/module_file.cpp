@@ -112,23 +112,51 @@ CString FindImageFault(int file, std::uint64_t size) {
   return "it is cut short: it has " + Number(size) + " bytes, and its headers name " + Number(needed);
 }
 
+// Opens what is at a path without using it: no FIFO, and no device.
+class CPlace {
+ public:
+  explicit CPlace(const CString& path) : m_path(path), m_file(::open(path, O_PATH | O_CLOEXEC)) {
+    m_isKnown = m_file.Get() >= 0 && ::fstat(m_file.Get(), &m_status) == 0;
+    m_error = errno;
+  }
+  int Get() const { return m_file.Get(); }
+  const struct stat& Status() const { return m_status; }
+
+  CString FindKind() const {
+    if (!m_isKnown) return std::strerror(m_error);
+    return S_ISREG(m_status.st_mode) ? CString() : "it is " + OtherThanFile(m_path);
+  }
+  CString FindImage() const {
+    const CDescriptor file(::open(LoadPathOf(m_file.Get()), O_RDONLY | O_CLOEXEC));
+    if (file.Get() < 0) return std::strerror(errno);
+    return FindImageFault(file.Get(), static_cast<std::uint64_t>(m_status.st_size));
+  }
+
+ private:
+  const CString m_path;
+  const CDescriptor m_file;
+  bool m_isKnown;
+  int m_error;
+  struct stat m_status;
+};
+
 }  // namespace
 
 CString LoadPathOf(int descriptor) {
   return "/proc/self/fd/" + Number(static_cast<std::uint64_t>(descriptor));
 }
 
+CString FindModuleFault(const CString& path) {
+  const CPlace place(path);
+  const CString fault = place.FindKind();
+  return fault.IsEmpty() ? place.FindImage() : fault;
+}
+
 int OpenModuleFile(const CString& folder, const CString& fileName, CString& reason) {
-  const CString path = JoinPath(folder, fileName);
-  const CDescriptor place(::open(path, O_PATH | O_CLOEXEC));  // opens no FIFO and no device
-  struct stat status;
-  if (place.Get() < 0 || ::fstat(place.Get(), &status) != 0) return reason = std::strerror(errno), -1;
-  if (!S_ISREG(status.st_mode)) return reason = "it is " + OtherThanFile(path), -1;
-  reason = FindOwnerFault(place.Get(), status, folder);
-  if (!reason.IsEmpty()) return -1;
-  const CDescriptor file(::open(LoadPathOf(place.Get()), O_RDONLY | O_CLOEXEC));
-  reason = file.Get() < 0 ? CString(std::strerror(errno))
-                          : FindImageFault(file.Get(), static_cast<std::uint64_t>(status.st_size));
+  const CPlace place(JoinPath(folder, fileName));
+  reason = place.FindKind();
+  if (reason.IsEmpty()) reason = FindOwnerFault(place.Get(), place.Status(), folder);
+  if (reason.IsEmpty()) reason = place.FindImage();
   if (!reason.IsEmpty()) return -1;
   const int kept = ::fcntl(place.Get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
   if (kept < 0) reason = std::strerror(errno);

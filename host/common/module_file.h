@@ -10,6 +10,9 @@ namespace vastra {
 // trusted. The module is loaded by this descriptor later, so that it is the checked file in any case.
 int OpenModuleFile(const CString& folder, const CString& fileName, CString& reason);
 
+// Why the file at path is not a module as a whole, whoever can change it; empty if it is one.
+CString FindModuleFault(const CString& path);
+
 // The path by which this process loads the module of the descriptor.
 CString LoadPathOf(int descriptor);
 

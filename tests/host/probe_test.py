@@ -75,7 +75,8 @@ WRONG = [
     ("4711", 1, "vastra drivers"),
     ("4294976297", 1, "vastra drivers"),
     ("gone.so", 1, "No such file"),
-    ("text.so", 1, "text.so: file too short"),
+    ("text.so", 1, "text.so: it is not a module: it has no ELF header"),
+    ("fifo.so", 1, "fifo.so: it is a FIFO"),
     ("/lib/x86_64-linux-gnu/libm.so.6", 1, "no GetDriv"),
 ]
 
@@ -118,6 +119,7 @@ class Probe(CommandTest):
 
     def test_what_is_wrong_is_one_line(self):
         self.write("text.so", "This is not a module.\n")
+        os.mkfifo(self.path("fifo.so"))
         for args, status, words in WRONG:
             self.expect("probe " + args, status, err=".*" + re.escape(words))
 
