@@ -151,7 +151,7 @@ EExit Check(const CFileArgument& file, const CDriverFolders& drivers, bool isPla
   CConfiguration configuration;
   if (Load(file, configuration) != kDone) return kRefused;
   if (!isPlain) WarnOfModules();
-  CHostConsole console(EVerbosity::normal);
+  CHostConsole console(EVerbosity::normal, isPlain);
   std::vector<CString> refusals, badLogs;
   if (!isPlain) {
     refusals = FindLogRefusals(configuration, true);  // of the whole list of a replay

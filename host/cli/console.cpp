@@ -5,7 +5,8 @@
 
 namespace vastra {
 
-CHostConsole::CHostConsole(EVerbosity verbosity) {
+CHostConsole::CHostConsole(EVerbosity verbosity, bool isPlain) {
+  m_messenger.SpeakToPeople(!isPlain && verbosity != EVerbosity::debug);
   Show(verbosity);
   SetConsoleSink(this);
   SetPrompter(this);
@@ -23,8 +24,10 @@ void CHostConsole::Show(EVerbosity verbosity) {
   m_messenger.SetFilters(1, 1, words, words, verbosity == EVerbosity::debug);
 }
 
+// A Notice for people is most often good news.
 int CHostConsole::Write(UINT, const CString& text, COLORREF colour, DWORD) {
-  CTerminal::Instance().Lines(text, colour);
+  const bool isPlain = m_messenger.SpeaksToPeople() && colour == kNoticeColour;
+  CTerminal::Instance().Lines(text, isPlain ? kPlain : colour);
   return 1;
 }
 

@@ -14,7 +14,8 @@ enum class EVerbosity { normal, debug, quiet };
 class CHostConsole : private CConsoleSink, private CPrompter {
  public:
   // Installs itself. Only one can exist at a time, and it must outlive all links.
-  explicit CHostConsole(EVerbosity verbosity);
+  // isPlain: the lines are those of the engine; with EVerbosity::debug they are, too.
+  explicit CHostConsole(EVerbosity verbosity, bool isPlain = false);
   CHostConsole(const CHostConsole&) = delete;
   CHostConsole& operator=(const CHostConsole&) = delete;
   ~CHostConsole() override;

@@ -36,7 +36,6 @@ CString ShellWord(const CString& path) {
 
 void Explain(const CFileArgument& out, const CSessionResult& result) {
   CTerminal& terminal = CTerminal::Instance();
-  terminal.Line("vastra: " + ToText(result));
   const CString& dir = out.typed;
   for (const std::string& file : result.files)
     terminal.Line("  " + dir + CString(file).Mid(out.path.GetLength()));
@@ -61,8 +60,9 @@ EExit Demo(const CFileArgument& out, const CSessionOptions& options) {
   CSessionResult result;
   const EExit status = RunSession("demo", configuration, options, progress, result);
   if (status != kDone) return status;
+  if (!result.HasLeftRows()) PrintEnd(result);
   Explain(out, result);
-  return result.Status();
+  return result.HasLeftRows() ? PrintEnd(result) : kDone;
 }
 
 }  // namespace
@@ -75,10 +75,11 @@ CAction DeclareDemo(CArguments& arguments) {
   const auto plain = DeclarePlain(arguments);
   const CFileArgument usual = ToFile("demo-logs");
   return [=] {
-    return Demo(out->value_or(usual), {{.scans = scans->value_or(kScans),
-                                        .period = CScanLoop::Period(period->value_or(-1)),
-                                        .policy = *plain ? std::nullopt : std::optional(CLogPolicy()),
-                                        .patience = *plain ? std::nullopt : std::optional(kPatience)}});
+    return Demo(out->value_or(usual), {.loop = {.scans = scans->value_or(kScans),
+                                                .period = CScanLoop::Period(period->value_or(-1)),
+                                                .policy = *plain ? std::nullopt : std::optional(CLogPolicy()),
+                                                .patience = *plain ? std::nullopt : std::optional(kPatience)},
+                                       .reports = false});
   };
 }
 

@@ -76,6 +76,7 @@ CSessionOptions CRunArguments::Options() const {
            .policy = Policy(),
            .patience = Patience()},
           Verbosity(*m_debug, *m_quiet),
+          true,
           *m_strict};
 }
 

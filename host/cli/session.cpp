@@ -5,6 +5,23 @@
 #include "host/run/inbox.h"
 
 namespace vastra {
+namespace {
+
+// The counts in words; the rows that are lost come first.
+CString ToText(const CSessionResult& result) {
+  const CScanCounts& counts = result.counts;
+  const CString loss = LossText(result.ledger);
+  std::string text = (loss.IsEmpty() ? "" : loss.Std() + ", ") + std::to_string(counts.read) + " read, " +
+                     Counted(counts.failedReads, "failed read") + ", " + std::to_string(counts.late) +
+                     " late, " + Counted(counts.failedWrites.Sum(), "failed write") + ", " +
+                     Counted(result.files.size(), "file") + " written";
+  if (const std::uint64_t rows = Sum(result.ledger).inJournal)
+    text += ", " + Counted(rows, "row") + " in a journal only: the next run makes a log of " +
+            (rows == 1 ? "it" : "them");
+  return CString(text);
+}
+
+}  // namespace
 
 void PrintWarnings(const CString& subject, const std::vector<CString>& warnings) {
   for (const CString& warning : warnings) Warn(subject, warning);
@@ -37,11 +54,13 @@ void PrintReadOnly(const CString& subject, const CConfiguration& configuration, 
 
 EExit RunSession(const CString& subject, const CConfiguration& configuration, const CSessionOptions& options,
                  CSessionView& view, CSessionResult& result) {
-  CHostConsole console(options.verbosity);
+  const bool isPlain = !options.loop.policy;
+  CHostConsole console(options.verbosity, isPlain);
   CInbox inbox;
   CRunOptions runOptions = {options.loop};
   runOptions.target = &inbox;
   runOptions.stopAsked = CStopSignals::HaveCome;
+  runOptions.reports = options.reports && !isPlain;
   CRun run(configuration, console.Messenger(), runOptions);
   PrintWarnings(subject, run.Warnings());
   if (PrintBadLogs(subject, run.BadLogs(), options.isStrict) != kDone) return kFailed;
@@ -64,24 +83,11 @@ EExit RunSession(const CString& subject, const CConfiguration& configuration, co
 
 EExit PrintEnd(const CSessionResult& result) {
   const CString line = "vastra: " + ToText(result);
-  if (result.Status() == kDone)
-    CTerminal::Instance().Remark(line);
+  if (result.HasLeftRows())
+    CTerminal::Instance().Line(line, result.Status() == kDone ? kPlain : kErrorColour);
   else
-    CTerminal::Instance().Line(line, kErrorColour);
+    CTerminal::Instance().Remark(line);
   return result.Status();
-}
-
-CString ToText(const CSessionResult& result) {
-  const CScanCounts& counts = result.counts;
-  const CString loss = LossText(result.ledger);
-  std::string text = (loss.IsEmpty() ? "" : loss.Std() + ", ") + std::to_string(counts.read) + " read, " +
-                     Counted(counts.failedReads, "failed read") + ", " + std::to_string(counts.late) +
-                     " late, " + Counted(counts.failedWrites.Sum(), "failed write") + ", " +
-                     Counted(result.files.size(), "file") + " written";
-  if (const std::uint64_t rows = Sum(result.ledger).inJournal)
-    text += ", " + Counted(rows, "row") + " in a journal only: the next run makes a log of " +
-            (rows == 1 ? "it" : "them");
-  return CString(text);
 }
 
 }  // namespace vastra

@@ -15,6 +15,7 @@ constexpr std::int64_t kLongestPeriod = UINT32_MAX;  // milliseconds
 struct CSessionOptions {
   CLoopOptions loop;  // without a target
   EVerbosity verbosity = EVerbosity::normal;
+  bool reports = true;    // of a healthy run, unless --plain is given
   bool isStrict = false;  // a replay with a bad log in its list does not start
 };
 
@@ -37,6 +38,8 @@ struct CSessionResult {
   std::vector<std::string> files;  // written and still existing, absolute paths in byte order
   std::vector<CRunLedger> ledger;
 
+  // Whether a row is not in a log at the end.
+  bool HasLeftRows() const { return Sum(ledger).lost || Sum(ledger).inJournal; }
   // Of the command: kFailed if rows are lost.
   EExit Status() const { return Sum(ledger).lost ? kFailed : kDone; }
 };
@@ -59,9 +62,8 @@ void PrintReadOnly(const CString& subject, const CConfiguration& configuration, 
 EExit RunSession(const CString& subject, const CConfiguration& configuration, const CSessionOptions& options,
                  CSessionView& view, CSessionResult& result);
 
-// The counts in words; the rows that are lost come first.
-CString ToText(const CSessionResult& result);
-// Prints them as the last line of a command, with --quiet only if rows are lost. Returns the status.
+// Prints the counts as the last line of a command, and first in it the rows that are lost. With --quiet only
+// if rows are lost or in a journal only. Returns the status.
 EExit PrintEnd(const CSessionResult& result);
 
 }  // namespace vastra

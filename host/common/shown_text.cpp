@@ -1,5 +1,7 @@
 #include "host/common/shown_text.h"
 
+#include <string.h>
+
 #include <algorithm>
 
 #include "vastra/platform/string.h"
@@ -54,6 +56,25 @@ std::string PrintableLines(std::string_view text) {
     shown += Printable(text.substr(0, end - isCrLf)) + "\n";
   }
   return shown + Printable(text);
+}
+
+std::string OneLine(std::string_view text) {
+  std::string line = PrintableLines(text);
+  while (!line.empty() && line.back() == '\n') line.pop_back();
+  std::replace(line.begin(), line.end(), '\n', ' ');
+  return line;
+}
+
+std::string Shortened(const char* text, std::size_t most) {
+  constexpr std::string_view kRest = "...";
+  std::size_t size = ::strnlen(text, most + 1);
+  if (size <= most) return {text, size};
+  for (size = most - kRest.size(); size > 0 && IsInsideCharacter(text[size]);) --size;
+  return std::string(text, size).append(kRest);
+}
+
+std::string Counted(std::uint64_t count, const std::string& noun) {
+  return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
 CMarkedPlace MarkPlace(std::string_view text, std::size_t offset) {

@@ -111,6 +111,7 @@ void CMainWindow::OfferDemo() {
 
 // Makes a run of the document, stopped, and shows its parts.
 void CMainWindow::UseConfiguration() {
+  m_messages.SetPlain(!m_keepLogs->isChecked());
   m_runner.SetConfiguration(m_document.Stored(), RunOptions());
   m_isAhead = false;
   ShowNames(m_runner.Run().Names());

@@ -13,7 +13,6 @@ namespace vastra {
 namespace {
 
 constexpr UINT kWindow = 0;
-constexpr COLORREF kNoticeColour = 0x960000;
 
 }  // namespace
 
@@ -57,6 +56,12 @@ void CMessages::Configure() {
 void CMessages::Apply() {
   const auto on = [this](int kind) { return m_all ? 1 : m_kinds[kind]; };
   m_messenger.SetFilters(on(0), on(1), on(2), on(3), on(4));
+  m_messenger.SpeakToPeople(!m_isPlain && !on(4));
+}
+
+void CMessages::SetPlain(bool isPlain) {
+  m_isPlain = isPlain;
+  Apply();
 }
 
 void CMessages::Restore() {

@@ -21,6 +21,9 @@ class CMessages {
   // Shows an event that is not a failure.
   void Tell(const CString& text);
 
+  // The lines are those of the engine, as with all messages on, or written for people.
+  void SetPlain(bool isPlain);
+
   CRunMessenger& Messenger() { return m_messenger; }
 
  private:
@@ -33,6 +36,7 @@ class CMessages {
   int m_all = 0;
   int m_kinds[5] = {1, 1, 1, 1, 0};  // fatal, error, warning, notice, debug
   int m_onTop = 0;
+  bool m_isPlain = false;
 };
 
 }  // namespace vastra

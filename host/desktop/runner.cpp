@@ -43,7 +43,8 @@ void CRunner::SetConfiguration(const CConfiguration& configuration, CLoopOptions
   options.threaded = true;
   options.target = this;
   m_run.reset();  // before the new run: only one run at a time uses the messenger
-  m_run = std::make_unique<CRun>(configuration, m_messenger, CRunOptions{options, m_listener.trend});
+  const bool reports = options.policy.has_value();
+  m_run = std::make_unique<CRun>(configuration, m_messenger, CRunOptions{options, m_listener.trend, reports});
   m_run->AddObserver(this);
   m_refreshPeriod = RefreshPeriodOf(m_run->Input().GetScanPeriod());
 }

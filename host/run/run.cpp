@@ -68,6 +68,12 @@ CRun::CRun(const CConfiguration& configuration, CRunMessenger& messenger, const 
     m_isRenamed = true;
     if (m_trendChanged) m_trendChanged();
   });
+  if (options.reports) {
+    m_pReport = std::make_unique<CRunReport>(m_configuration, options, [this](const std::string& line) {
+      Say({{}, severityNotice, functionOpen, "CRun", "Run", line.c_str()});
+    });
+    m_observers.push_back(m_pReport.get());
+  }
   m_messenger.Attach(this);
 }
 
@@ -117,7 +123,10 @@ int CRun::Start() {
   m_isStopping = false;
   m_isRenamed = false;
   m_sumsDue = {};
-  if (!m_loop.Start()) return 0;
+  if (!m_loop.Start()) {
+    m_repeated.End([this](const CRunMessage& message) { Say(message); });
+    return 0;
+  }
   m_counts = {};
   Tell(&CRunObserver::Started, SampleNames());
   Count();
@@ -151,6 +160,7 @@ void CRun::Deliver() {
   m_loop.Deliver();
   DeliverRecovered();
   m_sumsDue = {};
+  CountRepeated(false);
   if (!m_loop.IsRunning() || m_loop.IsPending()) return;
   Count();
   Tell(&CRunObserver::Counted, m_counts);
@@ -173,9 +183,24 @@ void CRun::Drive(ACTION action) {
   action();
   if (m_loop.IsPending()) return;
   if (!m_loop.IsRunning()) DeliverRecovered();
+  CountRepeated(true);
   Count();
   Tell(&CRunObserver::Counted, m_counts);
   if (!m_loop.IsRunning()) Tell(&CRunObserver::Stopped);
+}
+
+// Tells the observers and shows a line of the run itself.
+void CRun::Say(const CRunMessage& message) {
+  CRunMessage timed = message;
+  _ftime(timed.time);
+  Tell(&CRunObserver::Message, timed);
+  m_messenger.Say(timed);
+}
+
+void CRun::CountRepeated(bool isScanDone) {
+  const auto say = [this](const CRunMessage& message) { Say(message); };
+  m_repeated.Report(Time::clock::now(), isScanDone, say);
+  if (!m_loop.IsRunning()) m_repeated.End(say);
 }
 
 // Closed stages have no progress: the last progress of the replay is kept. The accounts are copied seldom,
@@ -208,6 +233,7 @@ bool CRun::TakeMessage(const char* linkType, const char* linkName, char function
   if (severity == severityError && function == functionRead && m_loop.Input().IsFinished()) return false;
   CRunMessage message = {{}, severity, function, linkType, linkName, text};
   _ftime(message.time);
+  if (m_messenger.SpeaksToPeople() && !m_repeated.Take(message, Time::clock::now())) return false;
   Tell(&CRunObserver::Message, message);
   return true;
 }

@@ -23,13 +23,16 @@
 #include "host/common/log_checks.h"
 #include "host/common/warnings.h"
 #include "host/run/live_state.h"
+#include "host/run/repeated_messages.h"
 #include "host/run/run_messenger.h"
+#include "host/run/run_report.h"
 #include "host/run/written_files.h"
 
 namespace vastra {
 
 struct CRunOptions : CLoopOptions {
   std::function<void()> trendChanged = {};  // a view or a dialog has changed them
+  bool reports = false;                     // sends what a healthy run does as Notices, see CRunReport
   // Whether the host wants to stop, asked while the run waits for a driver: patience is then the limit of all
   // waits. A host without it calls AskToStop.
   std::function<bool()> stopAsked = {};
@@ -132,6 +135,8 @@ class CRun : private CRunMessenger::CReader {
   void TellLate(const CString& node);
   template <class ACTION>
   void Drive(ACTION action);
+  void Say(const CRunMessage& message);
+  void CountRepeated(bool isScanDone);
   void ShowJournals(const std::vector<CKeeperLine>& lines);
   void DeliverRecovered();
   void Publish();
@@ -150,6 +155,8 @@ class CRun : private CRunMessenger::CReader {
   CWrittenFiles m_files;
   std::vector<CRunObserver*> m_observers{&m_live, &m_files};
   CRunCounts m_counts;
+  CRepeatedMessages m_repeated;  // while the messenger speaks to people
+  std::unique_ptr<CRunReport> m_pReport;
   CLogs m_outputLogs, m_summaryLogs;
   CLogs m_recoveredLogs;                 // of journals that no open output or summary owns
   std::function<void()> m_trendChanged;  // the host's

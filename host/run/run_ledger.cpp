@@ -8,6 +8,7 @@ CLedgerSums Sum(const std::vector<CRunLedger>& ledgers) {
   CLedgerSums sums;
   for (const CRunLedger& entry : ledgers) {
     sums.recovered += entry.ledger.recovered;
+    sums.onDisk += entry.ledger.onDisk;
     sums.inJournal += entry.ledger.inJournal;
     sums.lost += entry.ledger.lost;
   }

@@ -15,7 +15,7 @@ struct CRunLedger {
 
 // The sums over all accounts.
 struct CLedgerSums {
-  std::uint64_t recovered = 0, inJournal = 0, lost = 0;
+  std::uint64_t recovered = 0, onDisk = 0, inJournal = 0, lost = 0;
 };
 
 CLedgerSums Sum(const std::vector<CRunLedger>& ledgers);

@@ -1,13 +1,16 @@
 // CRunMessenger: the messenger of a host that makes runs. It does what CMessenger does and passes each line
-// that is not Begin or End to the run that is attached. Control characters in the name of a link, which comes
-// from the configuration or a driver, become "?"; the texts of the links themselves can have line feeds.
+// that is not Begin or End to the run that is attached. Names and texts, which come from configurations and
+// drivers, are cut to 2,000 bytes; control characters in the name of a link become "?".
 #pragma once
 
 #include <atomic>
 
+#include "host/run/run_observer.h"
 #include "vastra/core/messenger.h"
 
 namespace vastra {
+
+constexpr COLORREF kNoticeColour = 0x960000;
 
 class CRunMessenger : public CMessenger {
  public:
@@ -22,9 +25,17 @@ class CRunMessenger : public CMessenger {
 
   void Send(const char* linkType, const char* linkName, char function, char severity,
             const char* text) override;
+  // Shows a line of the host, if it passes the filter. The reader does not get it.
+  void Say(const CRunMessage& message);
+
   // Passes the lines from now on to reader, which must exist until it is replaced; null: to no reader. Only
   // while no worker runs.
   void Attach(CReader* reader) { m_pReader = reader; }
+
+  // From now on each line is written for people, see MessageText, and lines that add nothing are left out.
+  // By default the lines are those of CMessenger, byte for byte.
+  void SpeakToPeople(bool isOn) { m_forPeople = isOn; }
+  bool SpeaksToPeople() const { return m_forPeople; }
 
   // While the object exists nothing is shown: what fails now fails again, and is shown, when the stages open.
   class CQuiet {
@@ -40,7 +51,10 @@ class CRunMessenger : public CMessenger {
   };
 
  private:
+  void EndOperation(char severity);
+
   std::atomic<CReader*> m_pReader{nullptr};
+  std::atomic<bool> m_forPeople{false};
 };
 
 }  // namespace vastra

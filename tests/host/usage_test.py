@@ -68,5 +68,5 @@ class Usage(CommandTest):
             for args in ["--help", "--version", "drivers", "drivers --json", "eval y=1;"]:
                 self.expect(args, 1, out=None, err="standard output: No space left on device", stdout=full)
         self.write("c.json", simulated())
-        self.expect("watch c.json --scans 2 --period 0", 1, None, "standard output: Bad file", stdout=None,
+        self.expect("watch c.json --scans 2 --period 0 --quiet", 1, None, "standard output: Bad file", stdout=None,
                     preexec_fn=lambda: os.closerange(0, 2))  # a closed stream does not become a file or a pipe of the run
