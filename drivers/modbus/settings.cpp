@@ -8,6 +8,8 @@ namespace modbus {
 namespace {
 
 // The numbers that have bounds.
+// An attempt by TCP delays nobody else; one on a serial line occupies the line.
+constexpr milliseconds kLongestPauseByTcp{5000};
 constexpr struct {
   int DriverRecord::*value;
   const char* name;
@@ -87,6 +89,7 @@ std::string ReadSettings(const DriverRecord& record, bool writes, CSettings& set
   if (!fault.empty()) return fault;
   settings.unit = record.station;
   settings.timeOut = milliseconds(record.timeOut ? record.timeOut : kDefaultTimeOut);
+  if (!settings.endpoint.IsSerial()) settings.pauses.longest = kLongestPauseByTcp;
   settings.requestPause = milliseconds(record.value1);
   settings.connectPause = milliseconds(record.value2);
   settings.closesAfterScan = record.value4 & kCloseAfterScan;

@@ -43,7 +43,8 @@ struct CEndpoint {
   bool IsSerial() const { return host.empty(); }
 };
 
-// Between two attempts to reach a device: it grows from the first to the longest.
+// Between two attempts to reach a device: it grows from the first to the longest, here those of a serial
+// line.
 struct CPauses {
   milliseconds first{500};
   milliseconds longest{30000};
