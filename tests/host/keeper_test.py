@@ -98,7 +98,7 @@ class Keeper(LogTest):
                 self.assertEqual(100, counts["ledger"][0][key], err)
                 self.assertEqual(status == 1, "vastra: c.json: 100 rows lost (File too large)\n" in err)
                 self.clear()
-                self.assertRegex(self.limited(limit, *args).err.splitlines()[-1], " vastra: " + line + "$")
+                self.assertRegex(self.limited(limit, "--quiet", *args).err.splitlines()[-1], " vastra: " + line + "$")
         self.assertEqual(100, self.run_json("--scans", "0")[0]["ledger"][0]["recovered"])
         self.assertEqual(100, len(self.rows()))
 

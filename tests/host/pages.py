@@ -23,8 +23,8 @@ class PageTest(CommandTest):
             text = text.replace(place, here)
         run = 0
         for block in re.finditer(r"^```(\w*)\n(.*?)^```$", text, re.M | re.S):
-            if block[1] == "json":
-                self.write(re.findall(r"`([^`\n]+)`:\s*\Z", text[:block.start()])[0], block[2])
+            for name in re.findall(r"`([^`\n]+)`:\s*\Z", text[:block.start()]) if block[1] == "json" else ():
+                self.write(name, block[2])
             for command in re.split(r"^\$ ", block[2], flags=re.M)[1:] if block[1] == "console" else ():
                 command, _, shown = command.partition("\n")
                 with self.subTest(command):

@@ -52,11 +52,11 @@ class Logger:
                                         stdout=subprocess.PIPE, stderr=errors))
         return RUNNING[-1]
 
-    def start(self):
-        """Starts and does not wait."""
+    def start(self, errors=None):
+        """Starts and does not wait. errors: for standard error, in place of a file in the memory."""
         self.first = self.device.count() + 1
         self.errors = os.fdopen(os.memfd_create("messages"), "w+")  # no disk can make a message wait
-        self.process = self.run(self.errors)
+        self.process = self.run(errors or self.errors)
 
     def wait_for_rows(self, count=1):
         """Waits until the run has read so many rows."""

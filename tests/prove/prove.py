@@ -16,6 +16,7 @@ import modules
 import plant
 import processes
 import replays
+import stalls
 from logs import Failed, NotRun
 
 PAGE = "docs/reliability.md"
@@ -83,6 +84,8 @@ CLAIMS = [
     Claim("thousand", "Of a thousand Modbus nodes half are dead: no value of the others is missing", plant.thousand, 0, 120),
     Claim("hanging", "A driver that does not return from open, read, write or close stops neither the other nodes nor the end",
           plant.hanging, 4, 200),
+    Claim("stalls", "A terminal or pipe that nobody reads makes no scan late and no stop wait, and missing lines are counted",
+          stalls.stalls, 6, 100),
     Claim("sweeps", "", sweeps, 0, 1),
 ]
 
