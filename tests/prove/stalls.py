@@ -59,7 +59,7 @@ def stalls(run):
         reader.read_for(chance.uniform(0.1, 0.5))
         logger.wait_for_rows()
         reader.stall()
-        logger.more_rows(120)  # more lines than the queue holds
+        logger.more_rows(300 if goes_on else 50)  # 300: more lines than the queue holds
         if goes_on:
             reader.go_on(1)
             told += b" lines dropped" in reader.seen
