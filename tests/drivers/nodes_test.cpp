@@ -126,10 +126,10 @@ TEST_F(Simulator, RefusesABadSettingAndSaysWhich) {
 }
 
 TEST_F(Simulator, NeverShowsAHalfWrittenScanToAnotherThread) {
-  constexpr UINT kCount = 20'000;  // a copy that takes long enough to be interrupted
-  CDriverNode reader = Node(Station(24, 0), kCount), writer = Node(Station(24, 0), kCount, kWrite);
+  constexpr UINT kMany = 20'000;  // a copy that takes long enough to be interrupted
+  CDriverNode reader = Node(Station(24, 0), kMany), writer = Node(Station(24, 0), kMany, kWrite);
   const std::jthread writing([&writer](const std::stop_token& stop) {
-    for (float value = 1; !stop.stop_requested(); ++value) writer.Write(CValues(kCount, value));
+    for (float value = 1; !stop.stop_requested(); ++value) writer.Write(CValues(kMany, value));
   });
   for (int i = 0; i < 5000; ++i) {
     const CValues values = reader.Read();
