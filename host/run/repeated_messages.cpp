@@ -13,7 +13,7 @@ namespace {
 
 using std::chrono::seconds;
 
-constexpr seconds kMinute{60}, kReportPause{1};
+constexpr seconds kMinute{60}, kTellPause{1};
 // A message has ended if it has not come for two and a half times its longest pause so far, within bounds,
 // and in two scans: a node that is away is asked at longer and longer intervals.
 constexpr seconds kLeastQuiet{5}, kMostQuiet{120};
@@ -113,7 +113,7 @@ void CRepeatedMessages::Report(Time now, bool isScanDone, const CSay& say) {
   m_scan += isScanDone;
   if (m_entries.empty() || now < m_due) return;
   if (now >= m_minute) m_texts.clear(), m_minute = now + kMinute;
-  m_due = now + kReportPause;
+  m_due = now + kTellPause;
   for (auto entry = m_entries.begin(); entry != m_entries.end();) {
     entry = Tell(entry->second, now, say) ? m_entries.erase(entry) : std::next(entry);
   }
