@@ -9,7 +9,6 @@ import subprocess
 from commands import CommandTest, VASTRA
 
 FAULTY = os.environ["FAULTY_DRIVER"]
-THROWING = os.environ["THROWING_DRIVER"]
 SIMULATOR = os.path.join(os.path.dirname(VASTRA), "simulator.so")
 
 HEADER, NAME, TABLE, VERSION, TRANSFERS, CLOSE, OPEN, READ, WRITE, TEXTS, MODE, HANDLES, THREADS, LEAK, FAILED_OPEN, \
@@ -45,6 +44,7 @@ FAULTS = [
     ("words without end", [WORDS], "does not end"),
     ("words missing", [WORDS], "no GetExtendedError"),
     ("shows a form", [FORMS], "no forms"),
+    ("throw, call", [WRITE, FAILED_OPEN, THROWS], "it returned an exception"),
     ("forgets its ID", [ID], "plcType is 0"),
     ("refuses what it opens", [CHECK], "Open succeeded, and it returned: text1 is wrong."),
     ("answers in Latin-1", [CHECK], "UTF-8"),
@@ -152,7 +152,4 @@ class Probe(CommandTest):
             rules = self.probe(SIMULATOR, *args, "--json").json()["contract"]
             self.assertEqual(not_tried, [i for i, rule in enumerate(rules)
                                          if rule.get("words", "").startswith("not tried: ")])
-
-    def test_an_exception_is_told_of(self):
-        self.assertRegex(self.expect(["probe", THROWING], 1, None, None).out, b"BROKEN .*an exception left Read")
 

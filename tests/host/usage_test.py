@@ -15,11 +15,7 @@ WRONG = [
     ("import a.json b.vst --version 1001", "1001"), ("eval y=1; --passes 0", "from 1"),
 ]
 
-LEFT_OUT = r"""(dangling\?).so: left out: it is a link to nothing
-vastra: folder.so: left out: it is a folder
-vastra: link.so: left out: it is a folder
-vastra: text.so: left out: it is not a module: it has no ELF header
-vastra: c.so: not used: b.SO has the same ID 9001"""
+LEFT_OUT = "dangling\\?.so: left out: it is a link to nothing\nvastra: c.so: not used: b.SO has the same ID 9001"
 
 
 class Usage(CommandTest):
@@ -35,10 +31,7 @@ class Usage(CommandTest):
     def test_drivers_lists_modules_and_what_is_left_out(self):
         program = shutil.copy(VASTRA, self.path("vastra"))
         shutil.copy(os.path.join(os.path.dirname(VASTRA), "simulator.so"), self.path("b.SO"))
-        self.write("text.so", "no module")
-        for name in ["folder", "folder.so"]:
-            os.mkdir(self.path(name))
-        for name, target in [("link.so", "folder.so"), ("dangling\n.so", "nothing"), ("c.so", "b.SO")]:
+        for name, target in [("dangling\n.so", "nothing"), ("c.so", "b.SO")]:
             os.symlink(target, self.path(name))
         self.expect("drivers", 0, "  0        9001  Simulator  (b.SO)\n  1        9001  Simulator  (c.so)\n", LEFT_OUT, program=program)
         self.assertEqual([{"index": i, "id": 9001, "name": "Simulator", "file": file} for i, file in enumerate(["b.SO", "c.so"])],
