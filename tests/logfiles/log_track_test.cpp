@@ -95,34 +95,6 @@ TEST_F(LogTrack, ALogLargerThanTheLimitIsGivenTheTimeToBeSaved) {
   m_link->Close();
 }
 
-// A journal that continues a log whose file is missing, and whose own log was named before the kill.
-TEST_F(LogTrack, NoSampleIsRecoveredTwice) {
-  for (const bool isSaved : {false, true}) {
-    NewLink();
-    CSampleStore samples;
-    for (const int time : {7, 8}) samples.Append(Sample(kStart + time, {1, 2}));
-    {
-      CJournalHead head;
-      head.naming = {m_dir.Path(), "", kNamedByTime, false, ".rph", true, false};
-      head.varNames = Names({"Temp", "Flow"});
-      head.continues = {"0301021400", {kStart}, 3};
-      CJournalWriter journal(Journal(0), head);
-      CSampleSpans spans;
-      CSampleStore::CPlace from = samples.GetHeadPlace();
-      samples.AddSpans(from, spans);
-      journal.Append(spans);
-      journal.Name("0301021401", {kStart + 7}, 2);
-    }
-    if (isSaved) WriteBytes(m_dir / "0301021401.rph", Written(Names({"Temp", "Flow"}), samples));
-    CLogKeeper keeper(Policy());
-    OpenKept(keeper);
-    EXPECT_EQ(m_link->GetLedger().recovered, isSaved ? 0u : 2u);
-    m_link->Close();
-    EXPECT_EQ(Times(isSaved ? "0301021401.rph" : "0301021400.rph"), " 7 8");
-    EXPECT_EQ(Files().find(".rph", Files().find(".rph") + 1), std::string::npos);
-  }
-}
-
 TEST_F(LogTrack, JournalsOfOtherOutputsAreRecoveredUnlessTheirProcessLives) {
   CJournalHead head;
   head.naming = {m_dir.Path(), "x", kNamedByTime, false, ".rph", true, false};
