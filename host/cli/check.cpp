@@ -9,7 +9,6 @@
 #include "host/cli/session.h"
 #include "host/cli/terminal/terminal.h"
 #include "host/common/key_path.h"
-#include "host/common/log_checks.h"
 #include "host/common/replay_list.h"
 #include "host/run/open_fault.h"
 #include "vastra/equations/separator.h"
@@ -23,9 +22,9 @@ namespace vastra {
 namespace {
 
 // The results of the check, stage by stage.
-class CFindings {
+class CResults {
  public:
-  explicit CFindings(const CString& subject) : m_subject(subject) {}
+  explicit CResults(const CString& subject) : m_subject(subject) {}
 
   // key: of a stage or of an entry of its list. name: of the entry, by the user. known: the names that
   // variables can use.
@@ -72,17 +71,21 @@ CStringArray WithAssigned(CStringArray names, const CStringArray& equations) {
   return names;
 }
 
-void CheckInput(const CInputConfig& config, const CStageNames& names, CFindings& findings) {
-  findings.List("input", "", names.input,
-                config.m_preprocess ? WithAssigned(names.source, config.m_preEquations) : names.source);
+void CheckInput(const CInputConfig& config, const CStageNames& names, CResults& results) {
+  results.List("input", "", names.input,
+               config.m_preprocess ? WithAssigned(names.source, config.m_preEquations) : names.source);
 }
 
 // The stages of one configuration, in the order in which they open.
 class CCheck {
  public:
   CCheck(const CConfiguration& configuration, const CStageNames& names, CHostConsole& console,
-         CFindings& findings)
-      : m_configuration(configuration), m_names(names), m_console(console), m_findings(findings) {}
+         CResults& results, bool triesFolders)
+      : m_configuration(configuration),
+        m_names(names),
+        m_console(console),
+        m_results(results),
+        m_triesFolders(triesFolders) {}
 
   void Run() {
     CheckSmart();
@@ -103,17 +106,21 @@ class CCheck {
   void CheckSmart() {
     const CSmartConfig& config = m_configuration.m_smart;
     if (!UsesSmart(config)) return;
-    if (!Opens<CLogSmart>(config, m_names.input, m_console)) return m_findings.Refuse("smart", "");
-    m_findings.List("smart.inputVars", "", config.m_inputVars,
-                    WithAssigned(m_names.input, config.m_equations));
-    m_findings.List("smart.outputVars", "", config.m_outputVars, config.m_outputVars);
+    if (!Opens<CLogSmart>(config, m_names.input, m_console)) return m_results.Refuse("smart", "");
+    m_results.List("smart.inputVars", "", config.m_inputVars,
+                   WithAssigned(m_names.input, config.m_equations));
+    m_results.List("smart.outputVars", "", config.m_outputVars, config.m_outputVars);
   }
 
   template <class Stage, class Config>
   void CheckLog(const CString& key, const Config& config, const CStringArray& known) {
-    if (!Opens<Stage>(config, m_names.afterSmart, m_console))
-      return m_findings.Refuse(key, FindFolderFault(m_configuration, key));
-    m_findings.List(key, config.m_name, config.m_varNames, known);
+    Config tried = config;
+    if (!m_triesFolders) tried.m_saveRp = tried.m_saveCsv = 0;
+    const CString fault = FindNameFault(key, config);
+    if (!fault.IsEmpty()) return m_results.Refuse(key, fault);
+    if (!Opens<Stage>(tried, m_names.afterSmart, m_console))
+      return m_results.Refuse(key, FindFolderFault(m_configuration, key));
+    m_results.List(key, config.m_name, config.m_varNames, known);
   }
 
   void CheckNode(const CString& key, const CPlcSingleConfig& config) {
@@ -121,51 +128,55 @@ class CCheck {
     *node.GetOptions() = config;
     CStringArray names = m_names.afterSmart;
     if (!m_configuration.m_plcWrite.m_disableWriting && !node.PreOpen(names))
-      return m_findings.Refuse(key, FindOpenFault(config, key));
-    m_findings.List(key, config.m_node.m_nodeName, config.m_node.m_varNames, names);
+      return m_results.Refuse(key, FindOpenFault(config, key));
+    m_results.List(key, config.m_node.m_nodeName, config.m_node.m_varNames, names);
   }
 
   void CheckTrend() {
     CTrendConfig config = m_configuration.m_trend;
     config.m_baseVars = m_names.input;
-    if (!Opens<CLogTrendings>(config, m_names.input, m_console)) return m_findings.Refuse("trend", "");
-    m_findings.List("trend", "", TrendNames(m_names, m_configuration.m_trend),
-                    WithAssigned(m_names.input, config.m_equations));
+    if (!Opens<CLogTrendings>(config, m_names.input, m_console)) return m_results.Refuse("trend", "");
+    m_results.List("trend", "", TrendNames(m_names, m_configuration.m_trend),
+                   WithAssigned(m_names.input, config.m_equations));
   }
 
   const CConfiguration& m_configuration;
   const CStageNames& m_names;
   CHostConsole& m_console;
-  CFindings& m_findings;
+  CResults& m_results;
+  const bool m_triesFolders;
 };
 
 void CheckStages(const CConfiguration& configuration, const CStageNames& names, CHostConsole& console,
-                 CFindings& findings) {
-  if (!names.hasSource) return findings.Refuse("input", FindOpenFault(configuration, EStage::input));
-  CheckInput(configuration.m_input, names, findings);
-  CCheck(configuration, names, console, findings).Run();
+                 CResults& results, bool triesFolders) {
+  if (!names.hasSource) return results.Refuse("input", FindOpenFault(configuration, EStage::input));
+  CheckInput(configuration.m_input, names, results);
+  CCheck(configuration, names, console, results, triesFolders).Run();
 }
 
-EExit Check(const CFileArgument& file, const CDriverFolders& drivers, bool isPlain) {
+EExit Check(const CFileArgument& file, const CDriverFolders& drivers, bool isPlain, bool triesFolders) {
   if (drivers.Search(!isPlain) != kDone) return kWrongUse;
   CConfiguration configuration;
   if (Load(file, configuration) != kDone) return kRefused;
   if (!isPlain) WarnOfModules();
   CHostConsole console(EVerbosity::normal, isPlain);
-  std::vector<CString> refusals, badLogs;
-  if (!isPlain) {
-    refusals = FindLogRefusals(configuration, true);  // of the whole list of a replay
-    badLogs = LeaveOutBadLogs(configuration);
-  }
-  const CStageNames names = FindStageNames(configuration);
-  PrintWarnings(file.typed, FindWarnings(configuration, names, !isPlain));
+  const CStringList replayed = configuration.m_input.m_inputFiles;
+  std::vector<CString> badLogs;
+  if (!isPlain) badLogs = LeaveOutBadLogs(configuration);
+  const CStageNames names = FindStageNames(configuration), given = GivenNames(configuration, names);
+  const std::vector<CFinding> findings = CheckConfiguration(
+      configuration, given,
+      {!isPlain, triesFolders ? EFolders::attempt : EFolders::leaveOut, isPlain, &replayed});
+  PrintWarnings(file.typed, findings);
   PrintBadLogs(file.typed, badLogs, false);
-  if (PrintRefusals(file.typed, refusals) != kDone) return kRefused;
-  if (PrintEquationFaults(file.typed, FindEquationFaults(configuration, names)) != kDone) return kRefused;
-  PrintReadOnly(file.typed, configuration, {.replayWrites = isPlain});
-  CFindings findings(file.typed);
-  CheckStages(configuration, names, console, findings);
-  return findings.Print();
+  const auto faults = FindEquationFaults(configuration, isPlain ? names : given);
+  if (PrintRefusals(file.typed, findings, faults) != kDone) return kRefused;
+  const CLoopOptions options = {.replayWrites = isPlain};
+  PrintReadOnly(file.typed, configuration, options);
+  if (LeavesOutWriting(configuration, options)) configuration.m_plcWrite.m_disableWriting = 1;
+  CResults results(file.typed);
+  CheckStages(configuration, names, console, results, triesFolders);
+  return results.Print();
 }
 
 }  // namespace
@@ -174,7 +185,8 @@ CAction DeclareCheck(CArguments& arguments) {
   const auto file = arguments.File("FILE", kConfigurationHelp);
   const CDriverFolders drivers(arguments);
   const auto plain = DeclarePlain(arguments);
-  return [=] { return Check(*file, drivers, *plain); };
+  const auto noFolders = arguments.Flag("--no-folders", "Leave out the folders of the logs");
+  return [=] { return Check(*file, drivers, *plain, !*noFolders); };
 }
 
 }  // namespace vastra

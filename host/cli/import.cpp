@@ -5,6 +5,8 @@
 #include "host/cli/output.h"
 #include "host/cli/terminal/terminal.h"
 #include "host/common/configuration_file.h"
+#include "host/common/paths.h"
+#include "vastra/platform/file_system.h"
 
 namespace vastra {
 namespace {
@@ -12,6 +14,8 @@ namespace {
 EExit Import(const CFileArgument& from, const CFileArgument& to, const CNumber& version) {
   if (IsSameFile(from.path, to.path))
     return Fail(kWrongUse, to.typed, "not written: it is the file to import");
+  const CString other = OtherThanFile(to.path);
+  if (!other.IsEmpty() && FileExists(to.path)) return Fail(kFailed, to.typed, "not written: it is " + other);
   CConfiguration configuration;
   if (Load(from, configuration) != kDone) return kRefused;
   if (version) configuration.m_version = static_cast<UINT>(*version);

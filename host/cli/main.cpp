@@ -7,6 +7,7 @@
 #include <exception>
 
 #include "host/cli/command.h"
+#include "host/cli/no_memory.h"
 #include "host/cli/output.h"
 #include "host/cli/terminal/terminal.h"
 #include "host/common/driver_search.h"
@@ -78,7 +79,9 @@ EExit Main(int argc, char** argv) {
   try {
     SearchDrivers({}, true);
     return request.action();
-  } catch (const std::exception& fault) {  // such as no memory
+  } catch (const std::bad_alloc&) {
+    throw;
+  } catch (const std::exception& fault) {
     return Fail(kFailed, request.name, fault.what());
   }
 }
@@ -95,7 +98,9 @@ int main(int argc, char** argv) {
     vastra::CTerminal::Instance().Drain();
     if (vastra::CNodeWorkers::OverdueTasks() > 0) ::_exit(status);  // a driver still runs in its module
     return status;
-  } catch (...) {  // no memory for a message
+  } catch (const std::bad_alloc&) {
+    return vastra::FailMemory();
+  } catch (...) {
     return vastra::kFailed;
   }
 }

@@ -51,6 +51,7 @@ CRunArguments::CRunArguments(CArguments& arguments)
           "--patience", "The longest wait for one call of a driver, in seconds (default: 10)", kLongestWait)),
       m_strict(arguments.Flag("--strict", "Do not start a replay if a log of its list is bad")),
       m_writePlc(arguments.Flag("--write-plc", "Write to the PLCs in a replay, too")),
+      m_createFolders(arguments.Flag("--create-folders", "Make the folders of the logs that are missing")),
       m_drivers(arguments) {
   arguments.Exclude("--debug", "--quiet");
   for (const char* option : {"--sync", "--hold", "--close-within", "--patience", "--strict"})
@@ -77,7 +78,8 @@ CSessionOptions CRunArguments::Options() const {
            .patience = Patience()},
           Verbosity(*m_debug, *m_quiet),
           true,
-          *m_strict};
+          *m_strict,
+          *m_createFolders ? EFolders::create : EFolders::attempt};
 }
 
 std::optional<CScanLoop::Period> CRunArguments::Patience() const {

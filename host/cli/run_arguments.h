@@ -30,7 +30,7 @@ class CRunArguments {
   CArgument<CNumber> m_hold;
   CArgument<std::optional<double>> m_closeWithin;
   CArgument<std::optional<double>> m_patience;
-  CArgument<bool> m_strict, m_writePlc;
+  CArgument<bool> m_strict, m_writePlc, m_createFolders;
   CDriverFolders m_drivers;
 };
 

@@ -23,27 +23,25 @@ CString ToText(const CSessionResult& result) {
 
 }  // namespace
 
-void PrintWarnings(const CString& subject, const std::vector<CString>& warnings) {
-  for (const CString& warning : warnings) Warn(subject, warning);
+void PrintWarnings(const CString& subject, const std::vector<CFinding>& findings) {
+  for (const CString& line : LinesOf(findings, false)) Warn(subject, line);
 }
 
-EExit PrintRefusals(const CString& subject, const std::vector<CString>& lines) {
-  for (const CString& line : lines) Fail(kRefused, subject, line);
-  return lines.empty() ? kDone : kRefused;
+EExit PrintRefusals(const CString& subject, const std::vector<CFinding>& findings,
+                    const std::vector<CEquationFinding>& faults) {
+  EExit status = kDone;
+  for (const CString& line : LinesOf(findings, true)) status = Fail(kRefused, subject, line);
+  for (const CEquationFinding& fault : faults) {
+    status = Fail(kRefused, subject, fault.message);
+    PrintPlace(fault.statement, fault.offset);
+  }
+  return status;
 }
 
 EExit PrintBadLogs(const CString& subject, const std::vector<CString>& lines, bool isStrict) {
   for (const CString& line : lines)
     isStrict ? void(Fail(kFailed, subject, line)) : Warn(subject, line + ": the log is left out");
   return isStrict && !lines.empty() ? kFailed : kDone;
-}
-
-EExit PrintEquationFaults(const CString& subject, const std::vector<CEquationFinding>& faults) {
-  for (const CEquationFinding& fault : faults) {
-    Fail(kRefused, subject, fault.message);
-    PrintPlace(fault.statement, fault.offset);
-  }
-  return faults.empty() ? kDone : kRefused;
 }
 
 void PrintReadOnly(const CString& subject, const CConfiguration& configuration, const CLoopOptions& options) {
@@ -61,11 +59,12 @@ EExit RunSession(const CString& subject, const CConfiguration& configuration, co
   runOptions.target = &inbox;
   runOptions.stopAsked = CStopSignals::HaveCome;
   runOptions.reports = options.reports && !isPlain;
+  runOptions.folders = options.folders;
   CRun run(configuration, console.Messenger(), runOptions);
-  PrintWarnings(subject, run.Warnings());
+  const std::vector<CFinding> findings = run.Findings();
+  PrintWarnings(subject, findings);
   if (PrintBadLogs(subject, run.BadLogs(), options.isStrict) != kDone) return kFailed;
-  if (PrintRefusals(subject, run.Refusals()) != kDone) return kRefused;
-  if (PrintEquationFaults(subject, run.EquationFaults()) != kDone) return kRefused;
+  if (PrintRefusals(subject, findings, run.EquationFaults()) != kDone) return kRefused;
   if (run.Names().hasInput) {
     const EExit status = view.Begin(run.SampleNames());
     if (status != kDone) return status;

@@ -17,6 +17,7 @@ struct CSessionOptions {
   EVerbosity verbosity = EVerbosity::normal;
   bool reports = true;    // of a healthy run, unless --plain is given
   bool isStrict = false;  // a replay with a bad log in its list does not start
+  EFolders folders = EFolders::attempt;
 };
 
 // What the user sees during a run.
@@ -44,15 +45,14 @@ struct CSessionResult {
   EExit Status() const { return Sum(ledger).lost ? kFailed : kDone; }
 };
 
-// Prints the warnings.
-void PrintWarnings(const CString& subject, const std::vector<CString>& warnings);
-// Prints why a configuration is refused. kDone if there is no line, or kRefused.
-EExit PrintRefusals(const CString& subject, const std::vector<CString>& lines);
+// Prints the findings that are warnings.
+void PrintWarnings(const CString& subject, const std::vector<CFinding>& findings);
+// Prints why a configuration is refused: the findings that are not warnings, and each equation list that does
+// not compile, with a caret under the place of the fault. kDone if there is no line, or kRefused.
+EExit PrintRefusals(const CString& subject, const std::vector<CFinding>& findings,
+                    const std::vector<CEquationFinding>& faults);
 // Prints the bad logs of a replay: as warnings, or as errors with the result kFailed if isStrict.
 EExit PrintBadLogs(const CString& subject, const std::vector<CString>& lines, bool isStrict);
-// Prints each equation list that does not compile, with a caret under the place of the fault. subject is what
-// the lines call the configuration. kDone, or kRefused.
-EExit PrintEquationFaults(const CString& subject, const std::vector<CEquationFinding>& faults);
 
 // Says, if it is so, that a replay writes to no PLC.
 void PrintReadOnly(const CString& subject, const CConfiguration& configuration, const CLoopOptions& options);

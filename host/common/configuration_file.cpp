@@ -12,6 +12,8 @@ namespace {
 
 constexpr char kMagic[4] = {'V', 'S', 'T', 'R'};
 constexpr std::size_t kBlock = 65536;
+constexpr std::size_t kMostBytes = std::size_t{64} << 20;
+constexpr const char* kTooLarge = "is larger than 64 MB, the most that a configuration can have";
 
 void Store(CFile& file, CConfiguration& configuration) {
   CArchive ar(&file, CArchive::store);
@@ -62,7 +64,7 @@ std::string ReadAll(CFile& file) {
   do {
     bytes.resize(size + kBlock);
     size += file.Read(bytes.data() + size, kBlock);
-  } while (size == bytes.size());
+  } while (size == bytes.size() && size <= kMostBytes);
   bytes.resize(size);
   return bytes;
 }
@@ -78,9 +80,14 @@ CString ParseConfiguration(std::string bytes, const CString& folder, CConfigurat
 }
 
 CString LoadConfiguration(const CString& path, CConfiguration& configuration) {
+  const CString other = OtherThanFile(path);
+  if (!other.IsEmpty() && FileExists(path)) return "is " + other + ", not a configuration";
   try {
     CFile file(path, CFile::modeRead);
-    return ParseConfiguration(ReadAll(file), DirectoryOf(MakeAbsolute(path)), configuration);
+    if (file.GetLength() > kMostBytes) return kTooLarge;
+    std::string bytes = ReadAll(file);
+    if (bytes.size() > kMostBytes) return kTooLarge;
+    return ParseConfiguration(std::move(bytes), DirectoryOf(MakeAbsolute(path)), configuration);
   } catch (const CFileException& fault) {
     return fault.Text();
   }

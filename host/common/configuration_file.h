@@ -9,7 +9,7 @@
 
 namespace vastra {
 
-// Reads either form. On a failure configuration does not change.
+// Reads either form, from a regular file of at most 64 MB. On a failure configuration does not change.
 CString LoadConfiguration(const CString& path, CConfiguration& configuration);
 // The same for bytes in memory. Relative paths in JSON are relative to folder.
 CString ParseConfiguration(std::string bytes, const CString& folder, CConfiguration& configuration);

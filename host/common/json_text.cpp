@@ -8,7 +8,11 @@ namespace {
 using nlohmann::json;
 
 constexpr std::size_t kMaxDepth = 32;
-constexpr std::size_t kMaxValues = 1'000'000;  // a tree of some hundred MB at most
+constexpr std::size_t kMaxValues = 1'000'000;
+constexpr std::size_t kMaxBytes = std::size_t{256} << 20;
+// What an object of the text needs in memory, with the object of the configuration that is made of it: about
+// a kilobyte was measured.
+constexpr std::size_t kObjectBytes = 1000;
 constexpr std::size_t kMaxShown = 60;
 constexpr int kNumberOverflow = 406;  // the code of the JSON library
 
@@ -25,9 +29,13 @@ class CTreeBuilder final : public json::json_sax_t {
   bool binary(json::binary_t&) override { return false; }  // does not occur in text
   bool string(json::string_t& value) override {
     RefuseNul(value);
+    Reserve(value.size());
     return Put(std::move(value));
   }
-  bool start_object(std::size_t) override { return Open(json::object()); }
+  bool start_object(std::size_t) override {
+    Reserve(kObjectBytes);
+    return Open(json::object());
+  }
   bool start_array(std::size_t) override { return Open(json::array()); }
   bool end_object() override { return Close(); }
   bool end_array() override { return Close(); }
@@ -55,6 +63,11 @@ class CTreeBuilder final : public json::json_sax_t {
     if (text.find('\0') != text.npos) throw CJsonFault(Path(), "must not contain U+0000");
   }
 
+  void Reserve(std::size_t bytes) {
+    m_bytes += bytes;
+    if (m_bytes > kMaxBytes)
+      throw CJsonFault(Path(), "needs, with what is before it, more than 256 MB of memory");
+  }
   json* Add(json&& value) {
     if (++m_count > kMaxValues)
       throw CJsonFault(
@@ -86,6 +99,7 @@ class CTreeBuilder final : public json::json_sax_t {
 
   json& m_root;
   std::size_t m_count = 0;  // of values so far
+  std::size_t m_bytes = 0;  // that the objects and strings so far need
   std::vector<CLevel> m_levels;
 };
 

@@ -28,7 +28,8 @@ CString MemberPath(const CString& object, std::string_view key);
 CString ElementPath(const CString& array, std::size_t index);
 
 // Throws CJsonFault for text that is not JSON or not UTF-8, for a duplicate key, for U+0000 in a string, for
-// too many values and for values that are nested too deeply.
+// too many values, for objects that need more than 256 MB of memory and for values that are nested too
+// deeply.
 nlohmann::json ParseJson(std::string_view text);
 
 // Whether ParseJson accepts the string value.

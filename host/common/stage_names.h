@@ -19,6 +19,9 @@ bool UsesSmart(const CSmartConfig& smart);
 // The names of the samples of the trending stage.
 CStringArray TrendNames(const CStageNames& names, const CTrendConfig& trend);
 
+// Sets the names after the source from those of the source.
+void AddLaterNames(const CConfiguration& configuration, CStageNames& names);
+
 // Opens temporary links; their failures go to the messenger.
 CStageNames FindStageNames(const CConfiguration& configuration);
 

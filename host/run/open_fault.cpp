@@ -9,6 +9,7 @@
 
 #include "host/common/key_path.h"
 #include "host/common/log_targets.h"
+#include "host/common/paths.h"
 #include "vastra/platform/file_system.h"
 #include "vastra/plc/driver_factory.h"
 
@@ -45,6 +46,8 @@ CString FindReplayFault(const CInputConfig& input) {
   for (const CString& path : input.m_inputFiles) {
     const CString key = KeyPath("input.inputFiles", index++);
     if (const int error = ReadError(path)) return SystemReason(key, path, error);
+    if (const CString other = OtherThanFile(path); !other.IsEmpty())
+      return key + ": " + path + " is " + other + ", not a log";
   }
   return {};
 }
@@ -67,6 +70,15 @@ CString FindWriteFault(const CConfiguration& configuration) {
   return {};
 }
 
+CString FindOutputFault(const CConfiguration& configuration) {
+  int index = 0;
+  for (const COutputConfig* output : configuration.m_outputs.m_outputs) {
+    CString why = FindNameFault(KeyPath("outputs", index++), *output);
+    if (!why.IsEmpty()) return why;
+  }
+  return FindFolderFault(configuration, "outputs");
+}
+
 CString FindNothing(const CConfiguration&) { return {}; }
 
 }  // namespace
@@ -80,6 +92,13 @@ CString FindFolderFault(const CConfiguration& configuration, const CString& key)
   return {};
 }
 
+CString FindNameFault(const CString& key, const COutputConfig& output) {
+  const CString& name = output.m_nameVariable;
+  const bool saves = output.m_saveRp || output.m_saveCsv;
+  if (!saves || name.IsEmpty() || name == kSystemTime || FindIn(output.m_varNames, name) >= 0) return {};
+  return key + ".nameVariable: \"" + name + "\" is not a variable of the log";
+}
+
 CString FindOpenFault(const CPlcSingleConfig& node, const CString& key) {
   if (IsInstalled(node.m_node)) return {};
   return key + ".driver.plcType: no driver " + CString(std::to_string(node.m_node.m_driver.plcType)) +
@@ -88,11 +107,9 @@ CString FindOpenFault(const CPlcSingleConfig& node, const CString& key) {
 
 CString FindOpenFault(const CConfiguration& configuration, EStage stage) {
   static constexpr CString (*kFinders[])(const CConfiguration&) = {
-      FindNothing,
-      FindInputFault,
+      FindNothing,     FindInputFault,
       FindNothing,  // smart
-      [](const CConfiguration& all) { return FindFolderFault(all, "outputs"); },
-      [](const CConfiguration& all) { return FindFolderFault(all, "summaries"); },
+      FindOutputFault, [](const CConfiguration& all) { return FindFolderFault(all, "summaries"); },
       FindWriteFault,
       FindNothing,  // trend
   };

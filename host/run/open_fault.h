@@ -13,6 +13,9 @@ namespace vastra {
 CString FindOpenFault(const CConfiguration& configuration, EStage stage);
 // The same for the folders of one stage, "outputs", or of one entry of it, "outputs[1]".
 CString FindFolderFault(const CConfiguration& configuration, const CString& key);
+// Why the logs of an output cannot have their names.
+CString FindNameFault(const CString& key, const COutputConfig& output);
+inline CString FindNameFault(const CString&, const CSummaryConfig&) { return {}; }
 // The same for one node of the PLC write stage. key: its path.
 CString FindOpenFault(const CPlcSingleConfig& node, const CString& key);
 

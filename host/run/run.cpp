@@ -52,10 +52,12 @@ CStageNames FindQuietly(const CConfiguration& configuration, CRunMessenger& mess
 }  // namespace
 
 CRun::CRun(const CConfiguration& configuration, CRunMessenger& messenger, const CRunOptions& options)
-    : m_refusals(options.policy ? FindLogRefusals(configuration, true) : std::vector<CString>()),
+    : m_folders(options.folders),
+      m_replayWrites(options.replayWrites),
+      m_replayed(configuration.m_input.m_inputFiles),
       m_configuration(WithoutBadLogs(configuration, options, m_badLogs)),
       m_messenger(messenger),
-      m_names(FindQuietly(configuration, messenger)),
+      m_names(FindQuietly(m_configuration, messenger)),
       m_outputLogs(*this, SourcesOf(m_configuration.m_outputs.m_outputs, "outputs")),
       m_summaryLogs(*this, SourcesOf(m_configuration.m_summaries.m_summaries, "summaries")),
       m_recoveredLogs(*this, {{"recovered", ""}}),
@@ -89,6 +91,15 @@ void CRun::TellLate(const CString& node) {
   const CString line = node.IsEmpty() ? CString("scans are late: the last one took longer than the period")
                                       : "scans are late: the last one waited for " + node;
   m_messenger.Send("CScanLoop", "Scan", functionRead, severityWarning, line);
+}
+
+std::vector<CFinding> CRun::Findings() const {
+  return CheckConfiguration(m_configuration, GivenNames(m_configuration, m_names),
+                            {KeepsLogs(), m_folders, m_replayWrites, &m_replayed});
+}
+
+std::vector<CEquationFinding> CRun::EquationFaults() const {
+  return FindEquationFaults(m_configuration, KeepsLogs() ? GivenNames(m_configuration, m_names) : m_names);
 }
 
 CScanLoop::COptions CRun::LoopOptions(const CRunOptions& options) {

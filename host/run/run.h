@@ -19,9 +19,8 @@
 #include <atomic>
 #include <memory>
 
+#include "host/common/checks.h"
 #include "host/common/equation_check.h"
-#include "host/common/log_checks.h"
-#include "host/common/warnings.h"
 #include "host/run/live_state.h"
 #include "host/run/repeated_messages.h"
 #include "host/run/run_messenger.h"
@@ -36,6 +35,7 @@ struct CRunOptions : CLoopOptions {
   // Whether the host wants to stop, asked while the run waits for a driver: patience is then the limit of all
   // waits. A host without it calls AskToStop.
   std::function<bool()> stopAsked = {};
+  EFolders folders = EFolders::attempt;  // what the checks do with those of the logs
 };
 
 class CRun : private CRunMessenger::CReader {
@@ -53,17 +53,16 @@ class CRun : private CRunMessenger::CReader {
   const CStageNames& Names() const { return m_names; }
   // The names of the samples that the observers get, as far as they can be worked out before the start.
   CStringArray SampleNames() { return TrendNames(m_names, *Trend().GetOptions()); }
-  // Settings that are valid but probably not intended, a line each.
-  std::vector<CString> Warnings() const { return FindWarnings(m_configuration, m_names, KeepsLogs()); }
-  // With a policy for logs: settings that would make a log replace or remove another one, a line each. A host
-  // does not start a run that has one. Without a policy they are warnings.
-  const std::vector<CString>& Refusals() const { return m_refusals; }
+  // What the checks find now. A host does not start a run with a finding that is refused. Without a policy
+  // for logs all of them are warnings.
+  std::vector<CFinding> Findings() const;
+  // The lines of those that are warnings, and of those that are refused.
+  std::vector<CString> Warnings() const { return LinesOf(Findings(), false); }
+  std::vector<CString> Refusals() const { return LinesOf(Findings(), true); }
   // With a policy for logs: the logs of a replay that are bad, a line each. The run leaves them out.
   const std::vector<CString>& BadLogs() const { return m_badLogs; }
   // The equation lists that do not compile. A host does not start a run that has one.
-  std::vector<CEquationFinding> EquationFaults() const {
-    return FindEquationFaults(m_configuration, m_names);
-  }
+  std::vector<CEquationFinding> EquationFaults() const;
 
   // Adds an observer, which must exist as long as the run; only while the run is stopped.
   void AddObserver(CRunObserver* observer) { m_observers.push_back(observer); }
@@ -146,7 +145,9 @@ class CRun : private CRunMessenger::CReader {
     for (CRunObserver* observer : m_observers) (observer->*event)(arguments...);
   }
 
-  const std::vector<CString> m_refusals;
+  const EFolders m_folders;
+  const bool m_replayWrites;
+  const CStringList m_replayed;  // with the bad logs
   std::vector<CString> m_badLogs;
   const CConfiguration m_configuration;  // without the bad logs
   CRunMessenger& m_messenger;

@@ -127,6 +127,8 @@ TEST(ConfigurationJson, ReportsWhereTheTextIsWrong) {
       {R"({"trend": {"baseVars": ["a", [["b\u0000"]]]}})",
        "trend.baseVars[1][0][0]: must not contain U+0000"},
       {"{\"" + std::string(100, 'k') + "\":1}", std::string(60, 'k') + "...: no such key"},
+      {R"({"plcWrite": {"nodes": [)" + Repeated(R"({"scaler":[{},{},{},{},{},{},{}]},)", 100000) + "0]}}",
+       "plcWrite.nodes[33554].scaler[2]: needs, with what is before it, more than 256 MB of memory"},
       {"[]", "must be an object"},
       {std::string(1000000, '['), Repeated("[0]", 32) + ": is nested too deeply"},
       {"{}\n}",
@@ -223,7 +225,7 @@ TEST(ConfigurationFile, IsDistinguishedFromJsonByItsContent) {
     EXPECT_EQ(LoadConfiguration(dir / "a.json", loaded), "");
     EXPECT_EQ(Stored(loaded), Hex(kFile)) << bytes;
   }
-  EXPECT_EQ(LoadConfiguration(dir.Path(), loaded), "Is a directory");
+  EXPECT_EQ(LoadConfiguration(dir.Path(), loaded), "is a folder, not a configuration");
 }
 
 TEST(ConfigurationFile, ReadsRelativePathsFromTheFolderOfTheJsonFile) {

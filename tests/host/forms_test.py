@@ -5,13 +5,16 @@ import struct
 
 from commands import LogTest, output, replayed, simulated
 
-# Configurations with a stage that does not open, and the message of check.
+NO_DRIVER = {"nodes": [{"driver": {"plcType": 4711}, "varNames": ["x"]}]}
+# Configurations that check and run do not accept, their status, that with --plain, and the message.
 REFUSED = [
-    (simulated([output("logs", usePrefix=1, prefix="a"), output("logs", nameVariable="y")]), r"outputs\[1\]: "),
-    (simulated(summaries=[{"saveRp": 1, "directory": "nowhere"}]), r"summaries\[0\]: .*nowhere"),
-    (simulated(smart={"outputVars": ["x"]}), "smart: "),
-    (simulated(plcWrite={"nodes": [{"driver": {"plcType": 4711}, "varNames": ["x"]}]}), r"plcWrite.nodes\[0\]: .*no driver 4711 is"),
-    (replayed(["none.rph"]), "(warning: )?input.*none.rph: No such file"),
+    (simulated([output("logs", usePrefix=1, prefix="a"), output("logs", nameVariable="y")]), 1, 1, r"outputs(\[1\])?: .*nameVariable"),
+    (simulated(summaries=[{"saveRp": 1, "directory": "nowhere"}]), 3, 1, r"summaries\[0\].directory: .*nowhere"),
+    (simulated(smart={"outputVars": ["x"]}), 1, 1, "smart: "),
+    (simulated(plcWrite=NO_DRIVER), 3, 1, r"plcWrite.nodes\[0\].driver.plcType: no driver 4711 is"),
+    (simulated([output("logs", ["X"])]), 3, 0, r"outputs\[0\].varNames\[0\]: there is no variable \"X\"; did you mean \"x\"\?"),
+    (simulated([output("logs", maxLogs=0)]), 3, 0, r"outputs\[0\].maxLogs: "),
+    (replayed(["none.rph"]), 1, 1, "input.*none.rph: No such file"),
 ]
 
 # What a report lists, in this order.
@@ -26,28 +29,33 @@ class Forms(LogTest):
             smart={"equationText": "i = a;", "inputVars": ["i", "d"], "outputVars": ["s"]},
             plcWrite={"disableWriting": 1, "nodes": [{"driver": {"plcType": 4711}, "varNames": ["a", "p"]}]},
             trend={"calculateExtra": 1, "equationText": "t = a;", "extraVars": ["t", "e"]}))
-        lines = self.expect("check c.json", out=None, err=None).out.decode().splitlines()
+        self.expect("check c.json", 3, err=None)
+        lines = self.expect("check c.json --plain", out=None, err=None).out.decode().splitlines()
         unknown = [line.split("  ")[1] for line in lines if line.endswith("  (unknown: always 0)")]
         self.assertEqual((["c", "d", "x?[2J??y?5m", "b", "p", "e"], 23), (unknown, len(lines)))
 
     def test_check_and_run_warn_or_refuse_and_say_where_it_is_wrong(self):
-        wrong = simulated([output("logs", enableText="Limit = 1; WriteToLog = x > * Limit;", maxLogs=0)])
+        wrong = simulated([output("logs", enableText="Limit = 1; WriteToLog = x > * Limit;", maxSamples=0)])
         for command in ["check c.json", "run c.json --scans 1 --json"]:
             self.write("c.json", "{")
             self.expect(command, 3, err="c.json: ")
             self.write("c.json", wrong)
             time = r"(\S+T\S+ )?"
-            self.assertRegex(self.expect(command, 3, err=None).err, r"\A{0}vastra: c.json: warning: outputs\[0\].maxLogs: .*\n{0}"
+            self.assertRegex(self.expect(command, 3, err=None).err, r"\A{0}vastra: c.json: warning: outputs\[0\].maxSamples: .*\n{0}"
                              r"vastra: c.json: outputs\[0\].enableText: statement 2, offset 18: .*\n{0} WriteToLog = x > \* Limit"
                              r"\n{0} {{18}}\^\n\Z".format(time))
-        for config, words in REFUSED:
+        for config, status, plain, words in REFUSED:
             self.write("c.json", config)
-            self.assertRegex(self.expect("check c.json", 1, None, None).err, r"(?m)^vastra: c\.json: " + words)
-        self.assertRegex(self.expect("run c.json --json", 1, err=None).err, "vastra: c.json: " + words)
-        self.write("c.json", simulated([output("logs"), output("logs", nameVariable="x")]))
-        self.expect("run c.json --json", 3, err=None)
-        self.expect("check c.json --plain", err=None, out=None)
-        self.assertEqual([], os.listdir(self.path("logs")))
+            for command in ["check c.json", "run c.json --scans 1"]:
+                self.assertRegex(self.expect(command, status, None, None).err, r"(?m)vastra: c\.json: (warning: )?" + words)
+                self.assertEqual([], [file for file in os.listdir(self.path("logs")) if file[0] != "."])
+            self.assertRegex(self.expect("check c.json --plain", plain, None, None).err, r"(?m)vastra: c\.json: (warning: )?" + words)
+
+    def test_check_leaves_folders_out_and_run_makes_them(self):
+        self.write("c.json", simulated([output("new/logs")]))
+        self.expect("check c.json --no-folders", out=None)
+        self.expect("run c.json --scans 1 --create-folders --quiet")
+        self.assertEqual(1, len([file for file in os.listdir(self.path("new", "logs")) if file.endswith(".rph")]))
 
     def test_both_forms_are_read_and_lead_to_each_other(self):
         self.write("c.json", simulated([output("logs")]))

@@ -2,9 +2,10 @@
 import os
 import resource
 import socket
+import struct
 import subprocess
 
-from commands import LogTest, log, output, replayed
+from commands import LogTest, log, output, replayed, simulated
 
 SAMPLES = [(1000000000, 1.5, -2.0), (1000000060, 2.25, 0.0)]
 
@@ -29,12 +30,36 @@ class Logs(LogTest):
                     "  to    2001-09-09T01:47:40.000+00:00\n  - Temp\n  - Flow\n", "cut.rph: ")
 
     def test_what_is_not_a_file_is_named_and_not_waited_for(self):
+        self.write("c.json", simulated())
         os.mkfifo(self.path("fifo"))
         with socket.socket(socket.AF_UNIX) as server:
             server.bind(self.path("socket"))
             for name, kind in [("fifo", "a FIFO"), ("socket", "a socket"), ("logs", "a folder"), ("/dev/null", "a device")]:
                 for command in ["inspect ", "convert "]:
                     self.expect(command + name, 1, err="%s: is %s, not a log" % (name, kind))
+                for command in ["run %s", "check %s", "export %s", "report %s", "import %s new.vst"]:
+                    self.expect(command % name, 3, err="%s: is %s, not a configuration" % (name, kind))
+                self.expect("import c.json " + name, 1, err="%s: not written: it is %s" % (name, kind))
+        self.write("r.json", replayed(["fifo"], [output("logs", ["Temp"])]))
+        for option in ["--quiet", "--plain"]:
+            self.expect("run r.json " + option, 1, err=None)
+
+    def test_a_file_of_holes_is_refused_without_the_memory(self):
+        """The counts of the first log need 87 bytes; those of the second one more than the file has."""
+        def limit():
+            if not os.environ.get("SANITIZER"):
+                resource.setrlimit(resource.RLIMIT_AS, (1 << 30, 1 << 30))
+        self.write("cut.rph", self.read("a.rph")[:50].replace(struct.pack("<I", 2), b"\xff\xff\xff\xff"))
+        for name, status, words in [("a.rph", 1, "has 10737418240 bytes, of which its counts need 87"),
+                                    ("cut.rph", 1, "has 10737418240 bytes, of which most are a hole in the file")]:
+            os.truncate(self.path(name), 10 << 30)
+            for command in ["inspect ", "convert "]:
+                self.expect(command + name, status, err="%s: %s" % (name, words), preexec_fn=limit)
+        self.write("big.json", "{")
+        os.truncate(self.path("big.json"), 10 << 30)
+        self.expect("check big.json", 3, err="big.json: is larger than 64 MB, the most that a configuration", preexec_fn=limit)
+        self.write("r.json", replayed(["a.rph"], [output("logs", ["Temp"])]))
+        self.expect("run r.json --strict", 1, err="r.json: input.inputFiles\\[0\\]: .*a.rph: has 10737418240 bytes", preexec_fn=limit)
 
     def test_names_stay_as_they_are_except_on_a_line(self):
         self.write("--json.rph", log(["T"], [(0, 1.0)]).replace(b"\x01T", b"\x04\xfc\n\x9b\x85"))

@@ -151,26 +151,6 @@ TEST_F(Run, NewExtraVariablesRenameTheSamplesAndMessagesAreKept) {
   EXPECT_EQ(messages.back()->text, "104");
 }
 
-TEST_F(Run, WarnsOfSettingsThatAreProbablyNotIntended) {
-  const CRun run(Logger(R"({
-"input": {"plcNodes": [{"driver": {"plcType": 9001}, "varNames": ["x", "SampleIsValid"]},
-  {"driver": {"plcType": 4711}, "varNames": ["z"]}]},
-"outputs": [{"enableText": "RestartLog = 0;", "saveRp": 1, "directory": "."}, {"maxLogs": 0},
-  {"enableText": "WriteToLog = 0;", "saveCsv": 1, "directory": "a/..", "maxLogs": 0, "maxSamples": 0}],
-"summaries": [{"enableText": "WriteToSummary = 1;", "saveRp": 1, "directory": "other"}],
-"plcWrite": {"nodes": [{"driver": {"plcType": 9001}, "varNames": ["x"], "scaler": [{"varName": "X"}]}]},
-"trend": {"baseVars": ["y"]}})"),
-                 m_messenger);
-  std::string keys;
-  for (const CString& warning : run.Warnings())
-    keys += warning.Std().substr(0, warning.Std().find(':')) + "\n";
-  EXPECT_EQ(
-      keys,
-      "input.plcNodes[1]\nplcWrite.nodes[0].scaler[0].varName\noutputs[2].maxLogs\noutputs[2].maxSamples\n"
-      "outputs[2].directory\noutputs[0].enableEquations\ntrend.baseVars\n");
-  EXPECT_TRUE(CRun(Logger(), m_messenger).Warnings().empty());
-}
-
 TEST_F(Run, FindsTheEquationsInUseThatDoNotCompile) {
   const CConfiguration configuration = Logger(R"({
 "input": {"preprocess": 1, "preEquationText": "y = x; z = 2 * * x;", "preNewVars": ["y"]},
@@ -202,6 +182,8 @@ TEST_F(Run, SaysWhyAStageDoesNotOpen) {
        "input" + prefix + "input.plcNodes: no PLC node has a driver that is installed"},
       {R"({"input": {"simulating": 1, "inputFiles": ["file", "no.rph"]}})",
        "input" + prefix + "input.inputFiles[1]: " + dir + "/no.rph: No such file or directory"},
+      {R"({"outputs": [{"nameVariable": "y"}, {"saveRp": 1, "nameVariable": "z"}]})",
+       "outputs" + prefix + "outputs[1].nameVariable: \"z\" is not a variable of the log"},
       {R"({"outputs": [{}, {"saveRp": 1, "directory": "file"}]})",
        "outputs" + prefix + "outputs[1].directory: " + dir + "/file: Not a directory"},
       {R"({"summaries": [{"saveCsv": 1, "directory": "no"}]})",

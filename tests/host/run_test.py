@@ -59,7 +59,7 @@ class Run(LogTest):
         self.assertEqual(-signal.SIGINT, run.returncode)
 
     def test_messages_begin_with_the_time_and_depend_on_the_verbosity(self):
-        self.write("c.json", simulated([output("logs", maxLogs=0)], driver={"value4": 2, "value5": 109},
+        self.write("c.json", simulated([output("logs", maxSamples=0)], driver={"value4": 2, "value5": 109},
                                        input={"preprocess": 1, "preEquationText": "y = x;", "preNewVars": ["y", "x"]}))
         self.zone = "Asia/Kolkata"
         for option, kinds in [("--quiet", ["Error"]), ("--json", ["Error", "warning"]),
@@ -84,7 +84,7 @@ class Run(LogTest):
         return re.sub(STAMP + r"\.\d{3}\+00:00 ", "", result.out.decode(), flags=re.M).splitlines()
 
     def test_watch_on_a_pipe_prints_a_line_a_second_and_the_last_sample(self):
-        self.write("c.json", simulated(names=["x", "y"], trend={
+        self.write("c.json", simulated([output("logs", saveCsv=1)], names=["x", "y"], trend={
             "equationText": "d = y - x; e = 1 / 0;", "calculateExtra": 1, "extraVars": ["d", "e"]}))
         self.assertEqual(["x=1 y=1 d=0 e=inf", "x=5 y=5 d=0 e=inf"], self.watch("--scans 5 --period 0"))
         self.assertEqual(["d=0 x=1", "d=0 x=3"], self.watch("--scans 3 --period 0 --vars d,x"))

@@ -17,7 +17,7 @@ class Terminal(LogTest):
         self.assertIn(RED + "Error", shown)
         self.assertNotRegex(shown, r"\d{4}-\d\d-\d\dT")
         self.assertIn(RED, self.on_terminal("check", "none.json"))
-        self.assertIn(YELLOW, self.on_terminal("check", self.write("c.json", simulated([output("logs", maxLogs=0)]))))
+        self.assertIn(YELLOW, self.on_terminal("check", self.write("c.json", simulated([output("logs", maxSamples=0)]))))
         self.assertNotIn("\033[3", self.on_terminal("run", "live.json", "--scans", "4", NO_COLOR="1"))
         self.assertNotIn("\033", self.on_terminal("run", "live.json", "--scans", "4", TERM="dumb"))
 

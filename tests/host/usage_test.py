@@ -3,7 +3,7 @@ import os
 import re
 import shutil
 
-from commands import CommandTest, VASTRA, simulated
+from commands import CommandTest, VASTRA, output, simulated
 
 # Arguments, and a part of the message.
 WRONG = [
@@ -60,6 +60,7 @@ class Usage(CommandTest):
         with open("/dev/full", "wb") as full:
             for args in ["--help", "--version", "drivers", "drivers --json", "eval y=1;"]:
                 self.expect(args, 1, out=None, err="standard output: No space left on device", stdout=full)
-        self.write("c.json", simulated())
+        os.mkdir(self.path("logs"))
+        self.write("c.json", simulated([output("logs")]))
         self.expect("watch c.json --scans 2 --period 0 --quiet", 1, None, "standard output: Bad file", stdout=None,
                     preexec_fn=lambda: os.closerange(0, 2))  # a closed stream does not become a file or a pipe of the run

@@ -14,6 +14,7 @@ import disks
 import kills
 import modules
 import plant
+import memory
 import processes
 import replays
 import stalls
@@ -86,6 +87,8 @@ CLAIMS = [
           plant.hanging, 4, 200),
     Claim("stalls", "A terminal or pipe that nobody reads makes no scan late and no stop wait, and missing lines are counted",
           stalls.stalls, 6, 100),
+    Claim("memory", "A command that gets no memory at any moment, or none from then on, ends with a line and status 1, or "
+          "does its work; no row is lost with status 0", memory.memory, 6, 1000000),
     Claim("sweeps", "", sweeps, 0, 1),
 ]
 

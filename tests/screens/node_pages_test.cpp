@@ -109,7 +109,7 @@ TEST_F(InputPage, ApplyAsksBeforeItErasesEquations) {
   for (const auto& c : kCases) {
     SCOPED_TRACE(std::string(c.pre) + "|" + c.trend);
     json config = m_config;
-    config.update({{"preNewVars", {"a"}}, {"preEquationText", c.pre}});
+    config.update({{"preprocess", 1}, {"preNewVars", {"a"}}, {"preEquationText", c.pre}});
     m_page.SetConfiguration(Configured<CInputConfig>(config));
     CLogTrendings trendings;
     CTrendConfig& trend = *trendings.GetOptions();

@@ -15,6 +15,7 @@
 namespace vastra {
 namespace {
 
+constexpr std::uint32_t kLongestJournalRecord = std::uint32_t{64} << 20;  // more than any record has
 constexpr std::size_t kJournalBlock = std::size_t{256} * 1024;
 constexpr const char *kJournalPrefix = ".vastra-", *kJournalExtension = ".journal";
 constexpr std::size_t kJournalKeySize = 16;
@@ -168,6 +169,7 @@ const char* CJournalParser::PeekRecord(CRawJournalRecord& record) {
   const char* at = m_bytes.Peek(kJournalRecordSize);
   if (!at) return nullptr;
   const std::uint32_t length = JournalWord(at);
+  if (length > kLongestJournalRecord) return nullptr;
   at = m_bytes.Peek(std::uint64_t{kJournalRecordSize} + length);
   if (at) record = {static_cast<EJournalRecord>(at[kJournalTypeOffset]), {at + kJournalRecordSize, length}};
   return at;

@@ -6,6 +6,9 @@
 #include <limits>
 #include <new>
 
+#include "vastra/logfiles/whole_log.h"
+#include "vastra/platform/file_layer.h"
+
 namespace vastra {
 namespace {
 
@@ -51,6 +54,12 @@ bool CLogCursor::GetText(std::string_view& text) {
 
 int CLogReader::Open(const CString& path) {
   CFile file;
+  CFileStatus status;
+  const bool isThere = FileLayer().Stat(path, status);
+  if (isThere && status.type == EFileType::other) return Fail("is not a regular file");  // a FIFO would wait
+  m_error = 0;
+  if (const CString excess = isThere ? FindExcess(path, status.size) : CString(); !excess.IsEmpty())
+    return Fail(excess);
   if (file.Open(path, CFile::modeRead)) return Open(file);
   m_error = errno;
   return Fail(CFileException(path, m_error).Text());
@@ -164,6 +173,8 @@ int CLogReader::FailCut(const CString& field) {
 
 ELogKind ReadFirstTime(const CString& path, std::int32_t& time) {
   CLogStart start;
+  CFileStatus status;
+  if (FileLayer().Stat(path, status) && status.type == EFileType::other) return ELogKind::unreadable;
   try {
     CFile file(path, CFile::modeRead);
     const std::size_t size = file.Read(&start, kFirstTimeEnd);

@@ -34,8 +34,8 @@ class VASTRA_API CLogReader {
   // in use.
   explicit CLogReader(CSampleStore& samples) : m_samples(samples) {}
 
-  // Reads all of the file at path, or all of file from its beginning, and checks its head. 1, or 0 with
-  // samples empty and the reason in GetFault.
+  // Reads all of the file at path, unless it is not a regular file or FindExcess has a reason, or all of file
+  // from its beginning, and checks its head. 1, or 0 with samples empty and the reason in GetFault.
   int Open(const CString& path);
   int Open(CFile& file);
 

@@ -1,6 +1,7 @@
 #include "vastra/logfiles/whole_log.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -17,8 +18,8 @@ namespace {
 // move if the field extends beyond the end or cannot be read.
 class CProbedFile {
  public:
-  explicit CProbedFile(const CString& path)
-      : m_file(FileLayer().Open(path, O_RDONLY | O_NONBLOCK | O_NOFOLLOW, 0)) {
+  explicit CProbedFile(const CString& path, int flags)
+      : m_file(FileLayer().Open(path, O_RDONLY | O_NONBLOCK | flags, 0)) {
     CFileStatus status;
     if (m_file >= 0 && FileLayer().StatOpen(m_file, status) && status.type == EFileType::regular)
       m_size = status.size;
@@ -82,11 +83,12 @@ class CProbedFile {
   char m_bytes[8192];
 };
 
-// Whether the number of times, the times and the trailer are the rest of the file.
-bool IsEnd(CProbedFile& file, std::uint32_t samples) {
+// Whether the number of times, the times and the trailer follow, and then with isStrict the end of the file.
+bool IsEnd(CProbedFile& file, std::uint32_t samples, bool isStrict) {
   std::uint32_t times = 0;
-  return file.GetCount(times) && times == samples && file.Skip(times * std::uint64_t{sizeof(_timeb)}) &&
-         file.Skip(sizeof(CLogTrailer)) && file.Place() == file.Size();
+  return file.GetCount(times) && (isStrict ? times == samples : times >= samples) &&
+         file.Skip(times * std::uint64_t{sizeof(_timeb)}) && file.Skip(sizeof(CLogTrailer)) &&
+         (!isStrict || file.Place() == file.Size());
 }
 
 bool SkipRecords(CProbedFile& file, std::uint32_t samples) {
@@ -100,7 +102,9 @@ bool SkipEqualRecords(CProbedFile& file, std::uint32_t samples, std::uint32_t va
   return samples <= (file.Size() - file.Place()) / record && file.Skip(samples * record);
 }
 
-bool IsWholeBinary(CProbedFile& file) {
+// With isStrict the log is the whole file, without more bytes can follow. False, too, for more than
+// mostRecords records that are not all of one size.
+bool IsWholeBinary(CProbedFile& file, bool isStrict, std::uint32_t mostRecords) {
   CLogStart start;
   std::uint32_t names = 0, samples = 0;
   if (!file.Get(start) || start.m_magic != CLogStart::kMagic) return false;
@@ -109,9 +113,9 @@ bool IsWholeBinary(CProbedFile& file) {
     if (!file.SkipText()) return false;
   if (!file.Get(samples)) return false;
   const std::uint64_t records = file.Place();
-  if (SkipEqualRecords(file, samples, names) && IsEnd(file, samples)) return true;
+  if (SkipEqualRecords(file, samples, names) && IsEnd(file, samples, isStrict)) return true;
   file.MoveTo(records);
-  return SkipRecords(file, samples) && IsEnd(file, samples);
+  return samples <= mostRecords && SkipRecords(file, samples) && IsEnd(file, samples, isStrict);
 }
 
 bool IsWholeText(CProbedFile& file) {
@@ -124,8 +128,23 @@ bool IsWholeText(CProbedFile& file) {
 }  // namespace
 
 bool IsWholeLog(const CString& path, ELogForm form) {
-  CProbedFile file(path);
-  return form == ELogForm::binary ? IsWholeBinary(file) : IsWholeText(file);
+  CProbedFile file(path, O_NOFOLLOW);
+  return form == ELogForm::binary ? IsWholeBinary(file, true, UINT32_MAX) : IsWholeText(file);
+}
+
+CString FindExcess(const CString& path, std::uint64_t size) {
+  constexpr std::uint64_t kLarge = std::uint64_t{16} << 20, kBlockBytes = 512, kHole = 16;
+  constexpr std::uint32_t kMostRecords = 1'000'000;  // that are looked at one by one
+  if (size < kLarge) return {};
+  CProbedFile file(path, 0);
+  struct stat status = {};
+  const bool isWhole = IsWholeBinary(file, false, kMostRecords);
+  const bool isHole =
+      ::stat(path, &status) == 0 && static_cast<std::uint64_t>(status.st_blocks) * kBlockBytes < size / kHole;
+  if (isWhole ? size - file.Place() < kLarge : !isHole) return {};
+  const CString bytes = "has " + CString(std::to_string(size)) + " bytes, ";
+  return isWhole ? bytes + "of which its counts need " + CString(std::to_string(file.Place()))
+                 : bytes + "of which most are a hole in the file";
 }
 
 }  // namespace vastra

@@ -6,6 +6,7 @@
 #include "vastra/screens/equations_dlg.h"
 #include "vastra/screens/input_page_rules.h"
 #include "vastra/screens/node_list.h"
+#include "vastra/screens/offered_variables.h"
 #include "vastra/screens/trend_facade_dlg.h"
 #include "vastra/screens/variables_dlg.h"
 #include "vastra/stages/log_input.h"
@@ -216,7 +217,9 @@ int CInputPage::OnApply() {
   }
   const bool isValid = CheckStatements(m_preEquations, m_preNewVars).statement == 0;
   if (!isValid && !MayErase("Preprocess")) return 0;
-  if (m_pTrendOptions && CheckStatements(m_pTrendOptions->m_equations, m_preNewVars).statement != 0) {
+  CStringArray names;  // that the views receive; unknown if a log of a replay is missing
+  if (m_pTrendOptions && InputVariables(this, names) &&
+      CheckStatements(m_pTrendOptions->m_equations, names).statement != 0) {
     if (!MayErase("Trendings/Grid")) return 0;
     m_pTrendOptions->m_equations.RemoveAll();
     m_pTrendOptions->m_equationText.Empty();

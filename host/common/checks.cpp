@@ -1,0 +1,64 @@
+#include "host/common/checks.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <iterator>
+#include <string_view>
+#include <tuple>
+
+#include "host/common/check_list.h"
+
+namespace vastra {
+namespace {
+
+constexpr CCheckFunction* kChecks[] = {
+    CheckClock,    CheckDrivers, CheckDriverSettings, CheckScalers,  CheckAbsence,       CheckAliveVars,
+    CheckReplayed, CheckNames,   CheckLogNames,       CheckFlags,    CheckBaseVars,      CheckUnusedEquations,
+    CheckSums,     CheckLimits,  CheckSaving,         CheckPrefixes, CheckSharedFolders, CheckFolders,
+};
+
+// The blocks of a configuration file, in order.
+constexpr std::string_view kBlocks[] = {"clock",    "input", "outputs", "summaries",
+                                        "plcWrite", "smart", "trend"};
+
+// The place of a key in the order of the configuration file: its block, its list, its entry.
+auto PlaceOf(const CString& key) {
+  const std::string_view view = key.View(), list = view.substr(0, view.find('['));
+  const auto rank = std::find(std::begin(kBlocks), std::end(kBlocks), list.substr(0, list.find('.')));
+  const char* entry = list.size() < view.size() ? view.data() + list.size() + 1 : "";
+  return std::tuple(rank - std::begin(kBlocks), list, std::atoi(entry));
+}
+
+}  // namespace
+
+std::vector<CFinding> CheckConfiguration(const CConfiguration& configuration, const CStageNames& names,
+                                         const CCheckOptions& options) {
+  const CCheckContext context = {configuration, names, options};
+  CFindings findings(options.keepsLogs);
+  for (CCheckFunction* check : kChecks) check(context, findings);
+  std::stable_sort(findings.All().begin(), findings.All().end(),
+                   [](const CFinding& a, const CFinding& b) { return PlaceOf(a.key) < PlaceOf(b.key); });
+  return std::move(findings.All());
+}
+
+std::vector<CString> LinesOf(const std::vector<CFinding>& findings, bool areRefused) {
+  std::vector<CString> lines;
+  for (const CFinding& finding : findings)
+    if (finding.isRefused == areRefused) lines.push_back(finding.Line());
+  return lines;
+}
+
+CStageNames GivenNames(const CConfiguration& configuration, const CStageNames& names) {
+  const CInputConfig& input = configuration.m_input;
+  if (input.m_simulating || input.m_plcNodes.IsEmpty()) return names;
+  CStageNames given;
+  given.hasSource = true;
+  for (const CPlcNodeConfig* node : input.m_plcNodes) {
+    given.source.Append(node->m_varNames);
+    if (!node->m_aliveVar.IsEmpty()) given.source.Add(node->m_aliveVar);
+  }
+  AddLaterNames(configuration, given);
+  return given;
+}
+
+}  // namespace vastra

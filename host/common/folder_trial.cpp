@@ -1,0 +1,45 @@
+#include "host/common/folder_trial.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+
+#include "vastra/platform/file_layer.h"
+#include "vastra/platform/file_system.h"
+
+namespace vastra {
+namespace {
+
+constexpr mode_t kMode = 0600;
+
+bool IsFull(int error) { return error == ENOSPC || error == EDQUOT; }
+
+int MakeFolder(const CString& folder) {
+  std::error_code failed;
+  std::filesystem::create_directories(folder.Std(), failed);
+  return failed.value();
+}
+
+// 0, or why a file cannot be made and removed.
+int TryFile(const CString& path) {
+  const int file = FileLayer().Open(path, O_CREAT | O_EXCL | O_WRONLY, kMode);
+  if (file < 0) return errno;
+  FileLayer().Close(file);
+  return FileLayer().Remove(path) ? 0 : errno;
+}
+
+}  // namespace
+
+CFolderTrial TryFolder(const CString& folder, bool makes) {
+  CFileStatus status;
+  if (makes && !FileLayer().Stat(folder, status))
+    if (const int error = MakeFolder(folder)) return {error, IsFull(error)};
+  if (!FileLayer().Stat(folder, status)) return {errno};
+  if (status.type != EFileType::folder) return {ENOTDIR};
+  const int error = TryFile(JoinPath(folder, ".vastra-trial-" + CString(std::to_string(::getpid()))));
+  return {error, IsFull(error)};
+}
+
+}  // namespace vastra
