@@ -128,7 +128,7 @@ TEST(ConfigurationJson, ReportsWhereTheTextIsWrong) {
        "trend.baseVars[1][0][0]: must not contain U+0000"},
       {"{\"" + std::string(100, 'k') + "\":1}", std::string(60, 'k') + "...: no such key"},
       {R"({"plcWrite": {"nodes": [)" + Repeated(R"({"scaler":[{},{},{},{},{},{},{}]},)", 100000) + "0]}}",
-       "plcWrite.nodes[33554].scaler[2]: needs, with what is before it, more than 256 MB of memory"},
+       "plcWrite.nodes[33554].scaler[0]: needs, with what is before it, more than 256 MB of memory"},
       {"[]", "must be an object"},
       {std::string(1000000, '['), Repeated("[0]", 32) + ": is nested too deeply"},
       {"{}\n}",
