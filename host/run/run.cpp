@@ -237,6 +237,11 @@ void CRun::Publish() {
   if (sample) Tell(&CRunObserver::Sampled, *sample);
 }
 
+CString CRun::Place() const {
+  const CString output = m_outputLogs.PlaceOf(m_loop.Outputs().Place());
+  return output.IsEmpty() ? m_summaryLogs.PlaceOf(m_loop.Summaries().Place()) : output;
+}
+
 // The read that finds the end of a replay is not a failure. The outer links report it as an Error, which is
 // not shown. This function is called on the thread that reads, the only one that uses the input stage then.
 bool CRun::TakeMessage(const char* linkType, const char* linkName, char function, char severity,

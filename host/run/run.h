@@ -116,6 +116,13 @@ class CRun : private CRunMessenger::CReader {
     void LogGrew(const CSavedLog& log) override { Tell(&CRunObserver::LogGrew, log); }
     void LogNotSaved(const CUnsavedLog& log) override { Tell(&CRunObserver::LogNotSaved, log); }
 
+    // The output or summary at index; empty below 0.
+    CString PlaceOf(int index) const {
+      if (index < 0) return {};
+      const CLogSource& source = m_sources[static_cast<std::size_t>(index)];
+      return source.name.IsEmpty() ? source.key : source.key + " \"" + source.name + "\"";
+    }
+
    private:
     template <class EVENT, class LOG>
     void Tell(EVENT event, const LOG& log) {
@@ -127,6 +134,7 @@ class CRun : private CRunMessenger::CReader {
     const std::vector<CLogSource> m_sources;
   };
 
+  CString Place() const override;
   bool TakeMessage(const char* linkType, const char* linkName, char function, char severity,
                    const char* text) override;
   CScanLoop::COptions LoopOptions(const CRunOptions& options);

@@ -17,10 +17,11 @@ void CRunMessenger::Send(const char* linkType, const char* linkName, char functi
   if (isTrace)
     return CMessenger::Send(linkType, name.c_str(), function, severity, text ? cut.c_str() : nullptr);
   CReader* const reader = m_pReader.load();
-  const CRunMessage message = {{}, severity, function, linkType, name.c_str(), cut.c_str()};
-  const bool isShown =
-      !(m_forPeople && AddsNothing(message)) &&
-      (!reader || reader->TakeMessage(linkType, name.c_str(), function, severity, cut.c_str()));
+  const CString place = m_forPeople && reader ? reader->Place() : CString();
+  const char* const where = place.IsEmpty() ? name.c_str() : static_cast<const char*>(place);
+  const CRunMessage message = {{}, severity, function, linkType, where, cut.c_str()};
+  const bool isShown = !(m_forPeople && AddsNothing(message)) &&
+                       (!reader || reader->TakeMessage(linkType, where, function, severity, cut.c_str()));
   if (!isShown) return EndOperation(severity);
   if (!m_forPeople)
     return CMessenger::Send(linkType, name.c_str(), function, severity, text ? cut.c_str() : nullptr);

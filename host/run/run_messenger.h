@@ -21,6 +21,8 @@ class CRunMessenger : public CMessenger {
     // not shown.
     virtual bool TakeMessage(const char* linkType, const char* linkName, char function, char severity,
                              const char* text) = 0;
+    // The output or summary that works at the moment, as its users call it; empty: none. On the same thread.
+    virtual CString Place() const { return {}; }
   };
 
   void Send(const char* linkType, const char* linkName, char function, char severity,

@@ -6,7 +6,7 @@ namespace vastra {
 
 int CLogMultiOutput::Open(CStringArray& names) {
   if (m_open) Close();
-  m_open = OpenSingles(m_outputs, m_options.m_outputs, names, [this](auto& single, int log) {
+  m_open = OpenSingles(m_outputs, m_options.m_outputs, names, m_place, [this](auto& single, int log) {
     single.SetLogListener(m_pListener, log);
     single.SetLogKeeper(m_pKeeper);
   });
@@ -15,14 +15,12 @@ int CLogMultiOutput::Open(CStringArray& names) {
 
 int CLogMultiOutput::Write(CLogSample& sample) {
   if (!m_open) return 0;
-  for (CLogSingleOutput* output : m_outputs)
-    if (!output->Pass(sample)) return 0;
-  return 1;
+  return ForEach(m_outputs, m_place, [&sample](CLogSingleOutput& output) { return output.Pass(sample); });
 }
 
 int CLogMultiOutput::Restart() {
   if (!m_open) return 0;
-  RestartSingles(m_outputs);
+  RestartSingles(m_outputs, m_place);
   return 1;
 }
 
@@ -33,7 +31,7 @@ CFill CLogMultiOutput::GetFill() const {
 }
 
 void CLogMultiOutput::Deliver() {
-  for (auto* single : m_outputs) single->Deliver();
+  ForEach(m_outputs, m_place, [](auto& single) { return single.Deliver(), 1; });
 }
 
 std::vector<CLogLedger> CLogMultiOutput::GetLedgers() const {
@@ -41,7 +39,7 @@ std::vector<CLogLedger> CLogMultiOutput::GetLedgers() const {
 }
 
 void CLogMultiOutput::Close() {
-  CloseSingles(m_outputs, m_ledgers);
+  CloseSingles(m_outputs, m_place, m_ledgers);
   m_open = 0;
 }
 

@@ -32,6 +32,8 @@ class VASTRA_API CLogMultiSummary : public CLogFacade {
   // Lets keeper keep the logs from the next Open on; it must exist until the stage is closed. Null: the file
   // links write them.
   void SetLogKeeper(CLogKeeper* keeper) { m_pKeeper = keeper; }
+  // The index of the summary that the stage works on at the moment, on its thread; -1: none.
+  int Place() const { return m_place; }
   // Sends the messages and the listener's events of what the keeper has done since the last call.
   void Deliver();
   // The accounts of the summaries, in order; on a closed stage those of its last run.
@@ -44,7 +46,8 @@ class VASTRA_API CLogMultiSummary : public CLogFacade {
   CMultiSummaryConfig m_options;
   CLogListener* m_pListener = nullptr;  // the host's
   CLogKeeper* m_pKeeper = nullptr;      // the host's
-  std::vector<CLogLedger> m_ledgers;    // of the last run
+  int m_place = -1;
+  std::vector<CLogLedger> m_ledgers;  // of the last run
   CTypedPtrList<CObList, CLogSingleSummary*> m_summaries;
 };
 

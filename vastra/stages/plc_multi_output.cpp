@@ -11,7 +11,7 @@ int CPlcMultiOutput::Open(CStringArray& names) {
   if (!m_options.m_disableWriting) {
     m_plcEnable.Open(names);
     if (m_pWorkers) m_group = std::make_shared<CNodeGroup>(m_pWorkers);
-    if (!OpenSingles(m_outputs, m_options.m_nodes, names,
+    if (!OpenSingles(m_outputs, m_options.m_nodes, names, m_place,
                      [this](CPlcSingleOutput& output, int) { output.SetGroup(m_group); }))
       return m_group.reset(), 0;
   }

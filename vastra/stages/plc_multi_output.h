@@ -52,6 +52,7 @@ class VASTRA_API CPlcMultiOutput : public CLogFacade {
   int WriteAll(CLogSample& sample);
 
   CPlcMultiConfig m_options;
+  int m_place = -1;  // see OpenSingles
   CTypedPtrList<CObList, CPlcSingleOutput*> m_outputs;
   CPlcEnable m_plcEnable;
   CNodeWorkers* m_pWorkers = nullptr;
