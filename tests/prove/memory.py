@@ -11,7 +11,7 @@ CONFIGURATION = {
     "input": {"scanPeriod": 10, "plcNodes": [
         {"nodeName": "Kiln", "driver": {"plcType": 9001, "text1": "counter"}, "varNames": ["x"], "absent": "nan", "aliveVar": "Alive"}]},
     "outputs": [{"enableText": "WriteToLog = 1;", "varNames": ["x", "Alive"], "saveRp": 1, "directory": "logs"}]}
-COMMANDS = (("run", "c.json", "--scans", "1", "--json"), ("check", "c.json"), ("inspect", "one.rph"), ("convert", "one.rph"),
+COMMANDS = (("run", "c.json", "--scans", "1", "--json", "--close-within", "0.5"), ("check", "c.json"), ("inspect", "one.rph"), ("convert", "one.rph"),
             ("eval", "y = 2 * a;", "--var", "a=1"))
 
 
@@ -38,6 +38,8 @@ def fault(work, arguments, status, out, messages):
         folder = Folder(os.path.join(work, "logs"))
         folder.read()
         return None if len(folder.rows(".rph")) == counts["onDisk"] else "the log does not have the row"
+    if status == 127 and messages == b"cannot allocate memory for thread-local data: ABORT\n":
+        return None  # the C library ends the process, before it calls anything of the logger
     return None if status == 0 or status == 1 and messages.endswith(b"\n") else "status %s: %s" % (status, messages[-200:])
 
 
@@ -63,5 +65,5 @@ def memory(run):
                 wrong = fault(run.work, arguments, status, out, messages)
                 if wrong:
                     raise Failed("%s, allocation %d%s: %s" % (arguments[0], number, " and later" if goes_on else "", wrong))
-                done, refused = done + 1, refused + status
-    return "%d commands: %d ended with a line and status 1, %d did their work" % (done, refused, done - refused)
+                done, refused = done + 1, refused + (status != 0)
+    return "%d commands: %d ended with a line and without status 0, %d did their work" % (done, refused, done - refused)
