@@ -81,10 +81,10 @@ CLAIMS = [
     Claim("modules", "A driver module that crashes, hangs, ends its process, is cut short or can be changed by others is left "
           "out with one line, and every command works with the others", modules.modules, 20, 2000),
     Claim("plant", "Of ten devices five come, go and hang: no value of a good node is missing, and no scan is late but for a "
-          "node that a message names", plant.plant, 6, 3600),
+          "node that a message names", plant.plant, 6, 600),
     Claim("thousand", "Of a thousand Modbus nodes half are dead: no value of the others is missing", plant.thousand, 0, 120),
     Claim("hanging", "A driver that does not return from open, read, write or close stops neither the other nodes nor the end",
-          plant.hanging, 4, 200),
+          plant.hanging, 4, 60),
     Claim("stalls", "A terminal or pipe that nobody reads makes no scan late and no stop wait, and missing lines are counted",
           stalls.stalls, 6, 100),
     Claim("memory", "A command that gets no memory at any moment, or none from then on, ends with a line and status 1, or "
