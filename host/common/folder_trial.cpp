@@ -36,8 +36,6 @@ CFolderTrial TryFolder(const CString& folder, bool makes) {
   CFileStatus status;
   if (makes && !FileLayer().Stat(folder, status))
     if (const int error = MakeFolder(folder)) return {error, IsFull(error)};
-  if (!FileLayer().Stat(folder, status)) return {errno};
-  if (status.type != EFileType::folder) return {ENOTDIR};
   const int error = TryFile(JoinPath(folder, ".vastra-trial-" + CString(std::to_string(::getpid()))));
   return {error, IsFull(error)};
 }

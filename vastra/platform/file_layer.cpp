@@ -12,6 +12,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <memory>
+#include <new>
 #include <utility>
 
 namespace vastra {
@@ -118,6 +119,7 @@ int CFileLayer::SyncFolder(const CString& path) {
 
 int CFileLayer::List(const CString& folder, const CString& ending, std::vector<CFolderEntry>& entries) {
   const std::unique_ptr<DIR, int (*)(DIR*)> listing(::opendir(folder), ::closedir);
+  if (!listing && errno == ENOMEM) throw std::bad_alloc();  // not an empty folder
   if (!listing) return 0;
   for (;;) {
     errno = 0;
