@@ -52,7 +52,7 @@ class CReport : public CProbeObserver {
 
   // False if the output cannot be written.
   bool OnFacts(const CDriverFacts& facts) override;
-  bool OnFinding(const CFinding& finding) override;
+  bool OnFinding(const CRuleFinding& finding) override;
   void OnCall(const char* call, const CDriverReply& reply, std::span<const float> values) override;
   void OnFault(const CString& words) override { Worsen(Fail(kFailed, m_file, words)); }
   void OnCountMatters() override {
@@ -97,7 +97,7 @@ bool CReport::OnFacts(const CDriverFacts& facts) {
                std::to_string(facts.version));
 }
 
-bool CReport::OnFinding(const CFinding& finding) {
+bool CReport::OnFinding(const CRuleFinding& finding) {
   const bool isTried = finding.finding != EFinding::notTried, isBroken = finding.finding == EFinding::broken;
   if (isBroken) Worsen(kFailed);
   CJson row = {{"rule", finding.rule}, {"kept", !isBroken}};

@@ -18,7 +18,7 @@ struct CDriverFacts {
 
 enum class EFinding { kept, broken, notTried };
 
-struct CFinding {
+struct CRuleFinding {
   const char* rule;
   EFinding finding;
   CString words;  // what was seen, or why the rule was not tried
@@ -31,7 +31,7 @@ struct CContractTest {
   std::chrono::seconds limit;  // the longest that a call may take
   // Called during the test: onFacts before the first finding, onFinding for each rule. False ends the test.
   std::function<bool(const CDriverFacts&)> onFacts;
-  std::function<bool(const CFinding&)> onFinding;
+  std::function<bool(const CRuleFinding&)> onFinding;
 };
 
 struct CContractResult {

@@ -115,7 +115,7 @@ CString ProbeModule(const CProbeRequest& request, CProbeObserver& observer) {
                     .values = request.values,
                     .limit = request.limit,
                     .onFacts = [&](const CDriverFacts& facts) { return observer.OnFacts(facts); },
-                    .onFinding = [&](const CFinding& finding) { return observer.OnFinding(finding); }});
+                    .onFinding = [&](const CRuleFinding& finding) { return observer.OnFinding(finding); }});
   if (!result.noDriver.IsEmpty() || result.isStopped) return result.noDriver;
   if (result.end.IsEmpty()) return ProbeDriver(request, observer);
   observer.OnFault("the driver is not opened here, since in the test " + result.end);

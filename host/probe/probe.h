@@ -26,7 +26,7 @@ class CProbeObserver {
   // Before the first finding, and again before the first call. False ends the probe.
   virtual bool OnFacts(const CDriverFacts& facts) = 0;
   // For each rule of the contract test. False ends the probe.
-  virtual bool OnFinding(const CFinding& finding) = 0;
+  virtual bool OnFinding(const CRuleFinding& finding) = 0;
   // values: what was written or read, empty for a failed read.
   virtual void OnCall(const char* call, const CDriverReply& reply, std::span<const float> values) = 0;
   // Why a call was not made.
