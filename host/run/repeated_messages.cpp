@@ -25,6 +25,19 @@ std::size_t Mix(std::size_t key, std::string_view text) {
   return key * 0x9E3779B97F4A7C15u ^ std::hash<std::string_view>()(text);
 }
 
+// What a driver says of a failure can have a time or a number that is another one at each scan.
+std::string KeyText(const CRunMessage& message) {
+  std::string text = message.text;
+  if (std::strcmp(message.link, "CPlcLink") == 0)
+    std::erase_if(text, [](char c) { return (c >= '0' && c <= '9') || c == '.'; });
+  return text;
+}
+
+// Of a node that goes or comes: ten in a minute are shown.
+bool IsEvent(const CRunMessage& message) {
+  return std::strcmp(message.link, "CNodeLink") == 0 && std::string_view(message.text).starts_with("is ");
+}
+
 std::string InHours(CRepeatedMessages::Span span) {
   const auto all = std::chrono::duration_cast<seconds>(span).count();
   CString text;
@@ -44,9 +57,9 @@ CRepeatedMessages::CEntry* CRepeatedMessages::Known(std::size_t key) {
 
 CRepeatedMessages::CEntry& CRepeatedMessages::Add(std::size_t key, const CRunMessage& message, Time now,
                                                   const char* text) {
-  const bool isEvent = std::strcmp(message.link, "CNodeLink") == 0;
   CEntry& entry = m_entries[key];
-  entry = {message.link, message.name, text, message.severity, message.function, isEvent, now, now, now};
+  entry = {message.link, message.name, text, message.severity, message.function, IsEvent(message),
+           now,          now,          now};
   return entry;
 }
 
@@ -54,7 +67,7 @@ CRepeatedMessages::CEntry& CRepeatedMessages::Add(std::size_t key, const CRunMes
 // driver says is a failure.
 CRepeatedMessages::CEntry& CRepeatedMessages::Find(const CRunMessage& message, Time now) {
   const std::size_t operation = Mix(static_cast<std::size_t>(message.function), message.name);
-  const std::size_t key = Mix(operation, message.text), others = Mix(operation, kOtherTexts);
+  const std::size_t key = Mix(operation, KeyText(message)), others = Mix(operation, kOtherTexts);
   if (CEntry* entry = Known(key)) return *entry;
   if (CEntry* entry = message.severity == severityNotice ? nullptr : Known(others)) return *entry;
   if (m_entries.size() >= kMostMessages) {

@@ -38,7 +38,7 @@ class CRepeatedMessages {
   struct CEntry {
     std::string link, name, text;
     char severity, function;
-    bool isEvent;  // of a node that goes or comes: ten in a minute are shown
+    bool isEvent;  // of a node that goes or comes
     Time first, last, told;
     Span longestPause{};
     std::uint64_t count = 0, untold = 0, shown = 0;

@@ -69,10 +69,23 @@ TEST_F(Messages, AFailureIsShownOnceThenCountedOnceAMinuteAndWhenItEnds) {
 }
 
 TEST_F(Messages, TextsThatAlwaysChangeAreCountedTogether) {
-  for (int i = 0; i < 10000; ++i) Scan(1, Failure(std::to_string(i).c_str()), [](int) { return true; });
+  for (int i = 0; i < 10000; ++i) {
+    CRunMessage message = Failure(std::to_string(i).c_str());
+    message.link = "CFileLink";
+    Scan(1, message, [](int) { return true; });
+  }
   const auto lines = std::count(m_shown.begin(), m_shown.end(), '\n');
   EXPECT_LT(lines, 1000);
   EXPECT_NE(m_shown.find("more messages (again 60 times in the last minute)"), std::string::npos);
+}
+
+TEST_F(Messages, FailuresThatDifferInNumbersAloneAreOne) {
+  for (const char* text : {"Refused; again in 0.5 s", "Refused; again in 10 s", "Lost"})
+    Scan(1, Failure(text), [](int) { return true; });
+  EXPECT_EQ(Take(), "Error: Kiln: read: Refused; again in 0.5 s\nError: Kiln: read: Lost\n");
+  Scan(3, {{}, severityError, functionRead, "CNodeLink", "Kiln", "No node answers."},
+       [](int) { return true; });
+  EXPECT_EQ(Take(), "Error: Kiln: No node answers.\n");
 }
 
 TEST_F(Messages, ARunShowsTheInnermostFailureOnceAndCutsLongTexts) {
