@@ -7,9 +7,10 @@
 namespace modbus {
 namespace {
 
-// The numbers that have bounds.
 // An attempt by TCP delays nobody else; one on a serial line occupies the line.
 constexpr milliseconds kLongestPauseByTcp{5000};
+
+// The numbers that have bounds.
 constexpr struct {
   int DriverRecord::*value;
   const char* name;

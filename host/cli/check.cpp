@@ -1,5 +1,7 @@
 // vastra check: lists the variables of each stage without contacting a PLC, or reports the stage that does
 // not open.
+#include <optional>
+
 #include "host/cli/command.h"
 #include "host/cli/console.h"
 #include "host/cli/load.h"
@@ -149,9 +151,19 @@ class CCheck {
 
 void CheckStages(const CConfiguration& configuration, const CStageNames& names, CHostConsole& console,
                  CResults& results, bool triesFolders) {
-  if (!names.hasSource) return results.Refuse("input", FindOpenFault(configuration, EStage::input));
+  if (!names.hasSource) {
+    if (console.Messenger().SpeaksToPeople()) FindStageNames(configuration);  // the messages were not shown
+    return results.Refuse("input", FindOpenFault(configuration, EStage::input));
+  }
   CheckInput(configuration.m_input, names, results);
   CCheck(configuration, names, console, results, triesFolders).Run();
+}
+
+// A fault that the checks find has one line: the messages of the links are shown by CheckStages.
+CStageNames FindNames(const CConfiguration& configuration, CHostConsole& console) {
+  std::optional<CRunMessenger::CQuiet> quiet;
+  if (console.Messenger().SpeaksToPeople()) quiet.emplace(console.Messenger());
+  return FindStageNames(configuration);
 }
 
 EExit Check(const CFileArgument& file, const CDriverFolders& drivers, bool isPlain, bool triesFolders) {
@@ -163,7 +175,7 @@ EExit Check(const CFileArgument& file, const CDriverFolders& drivers, bool isPla
   const CStringList replayed = configuration.m_input.m_inputFiles;
   std::vector<CString> badLogs;
   if (!isPlain) badLogs = LeaveOutBadLogs(configuration);
-  const CStageNames names = FindStageNames(configuration), given = GivenNames(configuration, names);
+  const CStageNames names = FindNames(configuration, console), given = GivenNames(configuration, names);
   const std::vector<CFinding> findings = CheckConfiguration(
       configuration, given,
       {!isPlain, triesFolders ? EFolders::attempt : EFolders::leaveOut, isPlain, &replayed});
