@@ -23,7 +23,7 @@ class CPlantConfig : public CLinkConfig {};
 // What a device does. Tests change it between scans, the worker calls it.
 struct CDevice {
   std::atomic<bool> opens{true}, answers{true};
-  std::function<void()> work = [] {};
+  std::function<void()> work = [] {}, close = [] {};
   std::atomic<int> calls{0}, closed{0};
   float value = 1;
 };
@@ -40,6 +40,7 @@ class CDeviceLink : public CLink {
     return End(functionOpen);
   }
   void Close() override {
+    if (m_mode != modeNotOpened) m_device.close();
     ++m_device.closed;
     m_mode = modeNotOpened;
   }
@@ -132,7 +133,7 @@ class NodeLink : public testing::TestWithParam<bool> {
   }
 
   CRecorder m_recorder;
-  CDevice m_devices[18];
+  CDevice m_devices[51];
   CGate m_gate;
   std::atomic<bool> m_stops{false};
   std::unique_ptr<CNodeWorkers> m_workers;
@@ -231,12 +232,12 @@ TEST_P(NodeOnWorkers, IsAskedAtTheSameTimeAsTheOthers) {
 
 TEST_P(NodeOnWorkers, ThatHangsDelaysOneScanOnlyAndIsAskedAgainWhenItsCallHasReturned) {
   std::string away = "1:", back = "1: 1 1";
-  for (int i = 0; i < 17; ++i) {  // more than there are places
+  for (int i = 0; i < 50; ++i) {  // more than there are places and threads
     m_devices[i].work = [this] { m_gate.Pass(); };
     away += " nan 0";
     back += " 1 1";
   }
-  Build(std::vector<EAbsent>(18, EAbsent::nan), kShort);
+  Build(std::vector<EAbsent>(51, EAbsent::nan), kShort);
   for (int i = 0; i < 3; ++i) EXPECT_EQ(Read(), away + " 1 1");
   EXPECT_TRUE(m_recorder.TakeFaults().starts_with(
       "Read Error A is away: the driver has not returned from read after 0."));
@@ -273,9 +274,12 @@ TEST_P(NodeOnWorkers, OfASharedLineWaitsForTheOthersOfTheLineAndNotForOneThatHan
   Build({EAbsent::nan, EAbsent::nan, EAbsent::nan}, kShort, "serial");
   for (int i = 0; i < 100; ++i) ASSERT_EQ(Read(), "1: 1 1 1 1 1 1");
   EXPECT_EQ(most, 1);
-  m_devices[1].work = [this] { m_gate.Pass(); };
+  m_devices[1].work = m_devices[2].close = [this] { m_gate.Pass(); };
   EXPECT_EQ(Read(), "1: 1 1 nan 0 nan 0");
   EXPECT_NE(m_recorder.TakeFaults().find("C is away: its line waits for a node"), std::string::npos);
+  Read();  // asks the third one, which waits in the queue
+  Close();
+  m_workers.reset();  // both return
 }
 
 TEST_P(NodeOnWorkers, ThatHangsKeepsNoStop) {
@@ -285,6 +289,15 @@ TEST_P(NodeOnWorkers, ThatHangsKeepsNoStop) {
   EXPECT_EQ(Read(), "1: nan 0 1 1");
   EXPECT_TRUE(m_recorder.TakeFaults().starts_with(
       "Read Notice A the stop waits for the driver to return from read, at most 0."));
+}
+
+TEST_P(NodeOnWorkers, ThatIsBackButSlowerThanTheGraceIsWaitedFor) {
+  Build({EAbsent::nan, EAbsent::nan});
+  m_devices[0].answers = false;
+  Read();
+  m_devices[0].answers = true;
+  m_devices[0].work = [] { std::this_thread::sleep_for(2 * CNodeWorkers::kGrace); };
+  while (Read() != "1: 1 1 1 1") std::this_thread::yield();
 }
 
 }  // namespace

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <atomic>
 #include <limits>
+#include <mutex>
+#include <utility>
 
 namespace vastra {
 
@@ -62,10 +64,17 @@ class CNodeLink::CNode : public CNodeTask {
   EWork m_work = EWork::open;
   CLogSample m_sample;
   CLineRecord m_record;
-  UINT m_notFinite = 0;  // values of the last write
+  UINT m_notFinite = 0;               // values of the last write
+  std::atomic<bool> m_isLeft{false};  // the run has ended: nothing more is written
   bool m_isOpen = false;
   bool m_succeeded = false;
   std::atomic<const char*> m_call{"open"};  // of the driver, that runs or was the last
+
+  // At any time: what is written if the node can be written to.
+  void SetNewest(const CLogSample& sample) {
+    const std::lock_guard lock(m_mutex);
+    m_newest = sample;
+  }
 
  private:
   int Open() {
@@ -80,7 +89,12 @@ class CNodeLink::CNode : public CNodeTask {
 
   int Transfer() {
     m_call = m_mode == modeRead ? "read" : "write";
-    return m_mode == modeRead ? m_chain->Read(m_sample) : m_chain->Write(m_sample);
+    if (m_mode == modeRead) return m_chain->Read(m_sample);
+    {
+      const std::lock_guard lock(m_mutex);
+      m_sample = m_newest;
+    }
+    return !m_isLeft && m_chain->Write(m_sample);
   }
 
   int Close() {
@@ -89,6 +103,9 @@ class CNodeLink::CNode : public CNodeTask {
     m_isOpen = false;
     return 1;
   }
+
+  std::mutex m_mutex;
+  CLogSample m_newest;  // guarded by m_mutex
 };
 
 void CNodeGroup::Gather(const CLogSample* toWrite) {
@@ -110,13 +127,15 @@ void CNodeGroup::Gather(const CLogSample* toWrite) {
 }
 
 void CNodeGroup::Work(CNodeWorkers::EWait wait) {
-  for (CNodeLink* link : m_asked) {
-    link->m_pNode->m_record.Clear();
-    if (m_pWorkers)
-      m_pWorkers->Start(link->m_pNode, link->m_isAway && wait == CNodeWorkers::EWait::scan);
-    else
-      link->m_pNode->Work();
-  }
+  for (const bool isProbed : {false, true})  // those that nobody waits for are the last on a shared line
+    for (CNodeLink* link : m_asked) {
+      if (link->m_isProbed != isProbed) continue;
+      link->m_pNode->m_record.Clear();
+      if (m_pWorkers)
+        m_pWorkers->Start(link->m_pNode, isProbed);
+      else
+        link->m_pNode->Work();
+    }
   if (m_pWorkers) {
     m_tasks.clear();
     for (const CNodeLink* link : m_asked) m_tasks.push_back(link->m_pNode);
@@ -134,7 +153,8 @@ void CNodeGroup::CloseAll(const std::vector<CNodeLink*>& links) {
   for (CNodeLink* link : links) {
     std::erase(m_links, link);
     if (!link->m_pNode) continue;
-    if (m_pWorkers && !m_pWorkers->IsIdle(*link->m_pNode)) continue;
+    if (m_pWorkers && !m_pWorkers->Recall(*link->m_pNode)) continue;
+    link->m_isProbed = false;
     link->m_pNode->m_work = CNodeLink::CNode::EWork::close;
     link->m_pNode->m_call = "close";
     if (link->m_pNode->m_isOpen) m_asked.push_back(link);
@@ -150,7 +170,7 @@ void CNodeGroup::FindSlowest() {
   if (!m_pWorkers) return;
   Clock::duration longest{-1};
   for (const CNodeLink* link : m_asked) {
-    const Clock::duration time = link->m_isAway ? longest : m_pWorkers->Elapsed(*link->m_pNode);
+    const Clock::duration time = link->m_isProbed ? longest : m_pWorkers->Elapsed(*link->m_pNode);
     if (time <= longest) continue;
     m_pSlowest = link;
     longest = time;
@@ -197,7 +217,7 @@ int CNodeLink::Configure(CNodeConfig& config, UINT mode) {
   m_pNode->m_line = config.m_line;
   m_pNode->m_mode = mode;
   m_pNode->m_work = CNode::EWork::open;
-  m_isGathered = m_isAway = false;
+  m_isGathered = m_isProbed = m_isLate = m_isAway = false;
   m_openDue = {};
   m_openPause = seconds(0);
   m_last.RemoveAll();
@@ -233,18 +253,25 @@ void CNodeLink::Close() {
 }
 
 void CNodeLink::LeaveTo(CNodeWorkers& workers) {
+  m_pNode->m_isLeft = true;
   std::shared_ptr<CNodeTask> task = std::move(m_pNode);
   if (!workers.Abandon(task)) m_pNode = std::static_pointer_cast<CNode>(task);
 }
 
 // Whether the node has something to do in this scan.
 bool CNodeLink::Prepare(const CLogSample* toWrite, Time now) {
+  const CNodeWorkers* const workers = m_group->m_pWorkers;
   m_isGathered = true;
   m_answer = EAnswer::none;
-  if (m_group->m_pWorkers && !m_group->m_pWorkers->IsIdle(*m_pNode)) return false;
+  if (toWrite) m_pNode->SetNewest(*toWrite);
+  if (workers && !workers->IsIdle(*m_pNode)) return false;
+  if (std::exchange(m_isLate, false) && !m_pNode->m_isOpen) PauseOpening(now);
   if (!m_pNode->m_isOpen && now < m_openDue) return false;
   m_pNode->m_work = CNode::EWork::transfer;
-  if (toWrite) m_pNode->m_sample = *toWrite;
+  // A call that succeeded after nobody waited for it any more: the device is there, but slower than the
+  // grace.
+  const bool isThere = workers && m_pNode->m_succeeded && workers->Elapsed(*m_pNode) <= workers->Patience();
+  m_isProbed = workers && m_isAway && !isThere;
   return true;
 }
 
@@ -256,12 +283,15 @@ void CNodeLink::TakeAnswer() {
     m_answer = m_pNode->m_succeeded ? EAnswer::answered : EAnswer::failed;
   else
     m_answer = end == EEnd::overdue ? EAnswer::overdue : EAnswer::blocked;
+  m_isLate = m_answer == EAnswer::overdue;
 }
 
 // After a scan: whether the node is present.
 void CNodeLink::TakeState(Time now) {
   if (m_answer == EAnswer::failed && !m_pNode->m_isOpen) PauseOpening(now);
   if (m_answer == EAnswer::answered) m_openPause = seconds(0);
+  if (m_answer == EAnswer::answered && m_absent == EAbsent::hold)
+    std::copy_n(m_pNode->m_sample.m_values.GetData(), m_count, m_last.GetData());
   if (!IsTolerant()) return;
   if (m_answer == EAnswer::answered && m_isAway) BeBack(now);
   if (m_answer != EAnswer::answered && !m_isAway) BeAway(now);
@@ -289,7 +319,9 @@ void CNodeLink::BeBack(Time now) {
 
 CString CNodeLink::WhyAway() const {
   const CString call = m_pNode->m_call.load();
-  if (m_answer == EAnswer::blocked) return "its line waits for a node that does not answer";
+  if (m_answer == EAnswer::blocked)
+    return m_pNode->m_line.IsEmpty() ? CString("no thread was free for it")
+                                     : CString("its line waits for a node that does not answer");
   if (m_answer == EAnswer::none) return "the driver has still not returned from " + call;
   if (m_answer == EAnswer::overdue)
     return "the driver has not returned from " + call + " after " +
@@ -342,8 +374,6 @@ int CNodeLink::Read(CLogSample& sample) {
 
 // The time is that of the first node that is present: a concat link uses that of its first component.
 void CNodeLink::FillIn(CLogSample& sample) {
-  if (m_answer == EAnswer::answered && m_absent == EAbsent::hold)
-    std::copy_n(m_pNode->m_sample.m_values.GetData(), m_count, m_last.GetData());
   const bool answers = m_answer == EAnswer::answered;
   const float* values = answers ? m_pNode->m_sample.m_values.GetData() : m_last.GetData();
   sample.m_time = m_group->m_time;
@@ -354,8 +384,8 @@ void CNodeLink::FillIn(CLogSample& sample) {
 
 int CNodeLink::Write(CLogSample& sample) {
   if (!BeginTransfer(functionWrite, &sample)) return 0;
-  if (m_answer != EAnswer::answered) return Fail(functionWrite, fault::componentWrite);
-  return m_pNode->m_notFinite == 0 ? End(functionWrite) : Fail(functionWrite, fault::componentWrite);
+  End(functionWrite);  // the lines are sent: that of BeAway once, that of values that are not finite
+  return m_answer == EAnswer::answered && m_pNode->m_notFinite == 0;
 }
 
 }  // namespace vastra

@@ -133,6 +133,8 @@ class VASTRA_API CNodeLink : public CLink {
 
   EAnswer m_answer = EAnswer::none;
   bool m_isGathered = false;  // m_answer is of the present scan
+  bool m_isProbed = false;    // asked, but not waited for
+  bool m_isLate = false;      // the last call had not returned when its wait ended
   bool m_isAway = false;
   Time m_awaySince{}, m_openDue{};
   std::chrono::seconds m_openPause{0};

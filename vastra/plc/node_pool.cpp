@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
-#include <system_error>
+#include <exception>
 #include <thread>
 
 #include "vastra/platform/thread.h"
@@ -12,43 +12,50 @@ namespace {
 
 std::atomic<int> g_overdue{0};
 
-constexpr std::size_t kMostFree = 2 * CNodeWorkers::kPlaces;  // threads that wait for work
+constexpr std::size_t kMostUsable = 2 * CNodeWorkers::kPlaces;  // threads without those of overdue tasks
 
 }  // namespace
 
 int CNodePool::Overdue() { return g_overdue; }
 
-void CNodePool::Start(const std::shared_ptr<CNodeTask>& task, bool isAway, CNodeWorkers::Span patience) {
+void CNodePool::Start(const std::shared_ptr<CNodeTask>& task, bool isAway) {
   const std::lock_guard lock(m_mutex);
-  const Time now = Time::clock::now();
-  for (const std::shared_ptr<CNodeTask>& other : m_running)  // nobody waits for a node that is away
-    if (!other->m_isAwaited && !other->m_isOverdue && now - other->m_began > patience) MakeOverdue(*other);
+  m_running.reserve(m_running.size() + m_queue.size() + 1);  // a worker allocates nothing
+  m_queue.push_back(task);
   task->m_pool = shared_from_this();
   task->m_state = EState::queued;
   task->m_isAway = isAway;
   task->m_isOverdue = task->m_wasBlocked = false;
   task->m_isAwaited = true;
   ++m_awaited;
-  m_queue.push_back(task);
-  if (m_free < m_queue.size() && (m_free == 0 || m_threads < kMostFree)) MakeThread();
+  MakeThread();
   m_work.notify_one();
 }
 
-// Without any thread nothing can begin: the task is blocked.
+void CNodePool::Look(CNodeWorkers::Span patience) {
+  const Time now = Time::clock::now();
+  for (const std::shared_ptr<CNodeTask>& task : m_running)
+    if (!task->m_isAwaited && !task->m_isOverdue && now - task->m_began > patience) MakeOverdue(*task);
+  MakeThread();
+}
+
+// Unless there are enough that can be used. Without any of them no task can begin.
 void CNodePool::MakeThread() {
+  const std::size_t wanted = m_queue.size() + static_cast<std::size_t>(m_used[0] + m_used[1]);
+  if (m_quits || m_queue.empty() || Usable() >= std::min(wanted, kMostUsable)) return;
   try {
     const CSignalsBlocked noSignals;
     std::thread([pool = shared_from_this()] { pool->Main(); }).detach();
     ++m_threads;
-  } catch (const std::system_error&) {
-    if (m_threads == m_busy) Withdraw(*m_queue.back());
+  } catch (const std::exception&) {  // the next look tries it again
   }
 }
 
 void CNodePool::Main() {
   std::unique_lock lock(m_mutex);
-  while (!m_quits && m_free < kMostFree) {
+  while (m_free < kMostUsable) {
     std::shared_ptr<CNodeTask> task = TakeNext();
+    if (!task && m_quits) break;
     if (!task) {
       ++m_free;
       m_work.wait(lock);
@@ -59,10 +66,12 @@ void CNodePool::Main() {
     task->Work();
     lock.lock();
     const bool wasOverdue = End(*task);
-    lock.unlock();
-    task.reset();  // deletes the node if the run has left it, and a driver can hang in its Close, too
+    if (task.use_count() == 1) {  // the run has left the node, and its driver can hang in its Close, too
+      lock.unlock();
+      task.reset();
+      lock.lock();
+    }
     if (wasOverdue) --g_overdue;
-    lock.lock();
     --m_busy;
   }
   --m_threads;
@@ -78,14 +87,14 @@ std::shared_ptr<CNodeTask> CNodePool::TakeNext() {
   m_queue.erase(next);
   m_running.push_back(task);
   ++m_busy;
-  ++m_used[task->m_isAway];
+  if (!task->m_isOverdue) ++m_used[task->m_isAway];
   task->m_state = EState::running;
   task->m_began = Time::clock::now();
   return task;
 }
 
 bool CNodePool::CanBegin(const CNodeTask& task) const {
-  return m_used[task.m_isAway] < CNodeWorkers::kPlaces && !HasLine(task, false);
+  return (task.m_isOverdue || m_used[task.m_isAway] < CNodeWorkers::kPlaces) && !HasLine(task, false);
 }
 
 bool CNodePool::HasLine(const CNodeTask& task, bool onlyOverdue) const {
@@ -97,13 +106,14 @@ bool CNodePool::HasLine(const CNodeTask& task, bool onlyOverdue) const {
 CNodePool::Time CNodePool::Limit(const CNodeTask& task, Time begin, CNodeWorkers::Span patience) const {
   if (task.m_isAway) return begin + CNodeWorkers::kGrace;
   if (task.m_state == EState::running) return task.m_began + patience;
-  return HasLine(task, true) ? begin : Time::max();
+  return HasLine(task, true) || Usable() == 0 ? begin : Time::max();
 }
 
-void CNodePool::GiveUp(CNodeTask& task) {
-  if (task.m_isAway)
-    StopAwaiting(task);  // has its place until its own patience ends
-  else if (task.m_state == EState::queued)
+void CNodePool::GiveUp(CNodeTask& task, CNodeWorkers::EWait wait) {
+  const bool isQueued = task.m_state == EState::queued;
+  if (task.m_isAway || (isQueued && wait == CNodeWorkers::EWait::close))
+    StopAwaiting(task);  // one that runs has its place until its own patience ends
+  else if (isQueued)
     Withdraw(task);
   else
     MakeOverdue(task);
@@ -114,6 +124,7 @@ void CNodePool::MakeOverdue(CNodeTask& task) {
   task.m_isOverdue = true;
   ++g_overdue;
   --m_used[task.m_isAway];
+  MakeThread();
   m_work.notify_all();
 }
 
@@ -144,8 +155,8 @@ bool CNodePool::End(CNodeTask& task) {
 void CNodePool::Quit() {
   std::unique_lock lock(m_mutex);
   m_quits = true;
-  for (const std::shared_ptr<CNodeTask>& task : m_queue) task->m_state = EState::idle;
-  m_queue.clear();
+  for (const std::shared_ptr<CNodeTask>& task : m_queue) task->m_isOverdue = true;
+  g_overdue += static_cast<int>(m_queue.size());
   for (const std::shared_ptr<CNodeTask>& task : m_running)
     if (!task->m_isOverdue) MakeOverdue(*task);
   m_work.notify_all();

@@ -15,12 +15,16 @@ class CNodePool : public std::enable_shared_from_this<CNodePool> {
   using Time = CNodeTask::Time;
   using EState = CNodeTask::EState;
 
-  void Start(const std::shared_ptr<CNodeTask>& task, bool isAway, CNodeWorkers::Span patience);
+  void Start(const std::shared_ptr<CNodeTask>& task, bool isAway);
+  // Locked: makes those overdue that nobody waits for, and starts a thread if one is missing.
+  void Look(CNodeWorkers::Span patience);
   // Locked: stops waiting for a task that has not ended.
-  void GiveUp(CNodeTask& task);
+  void GiveUp(CNodeTask& task, CNodeWorkers::EWait wait);
+  // Locked: removes a task from the queue.
+  void Withdraw(CNodeTask& task);
   // Locked: when the wait for a task ends that began at begin.
   Time Limit(const CNodeTask& task, Time begin, CNodeWorkers::Span patience) const;
-  // Leaves what runs in the background and waits for the threads that are free.
+  // Leaves what runs and what waits, closes that could not begin, to the threads. Waits for the free ones.
   void Quit();
   static int Overdue();
 
@@ -34,10 +38,10 @@ class CNodePool : public std::enable_shared_from_this<CNodePool> {
   std::shared_ptr<CNodeTask> TakeNext();
   bool CanBegin(const CNodeTask& task) const;
   bool HasLine(const CNodeTask& task, bool onlyOverdue) const;
+  std::size_t Usable() const { return m_threads - m_busy + static_cast<std::size_t>(m_used[0] + m_used[1]); }
   void MakeThread();
   void MakeOverdue(CNodeTask& task);
   bool End(CNodeTask& task);
-  void Withdraw(CNodeTask& task);
   void StopAwaiting(CNodeTask& task);
 
   std::condition_variable m_work, m_left;

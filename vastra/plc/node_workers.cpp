@@ -32,9 +32,13 @@ bool CNodeWorkers::IsIdle(const CNodeTask& task) const {
   return task.m_state == CNodeTask::EState::idle;
 }
 
-void CNodeWorkers::Start(const std::shared_ptr<CNodeTask>& task, bool isAway) {
-  m_pool->Start(task, isAway, m_patience);
+bool CNodeWorkers::Recall(CNodeTask& task) {
+  const std::lock_guard lock(m_pool->m_mutex);
+  if (task.m_state == CNodeTask::EState::queued) m_pool->Withdraw(task);
+  return task.m_state == CNodeTask::EState::idle;
 }
+
+void CNodeWorkers::Start(const std::shared_ptr<CNodeTask>& task, bool isAway) { m_pool->Start(task, isAway); }
 
 // The pool is locked. The end of time while the host does not stop.
 CNodeWorkers::Time CNodeWorkers::StopLimit(EWait wait, Time begin) const {
@@ -44,8 +48,9 @@ CNodeWorkers::Time CNodeWorkers::StopLimit(EWait wait, Time begin) const {
     return Time::max();
   }
   if (stopped == Time{}) stopped = Time::clock::now();
-  if (wait == EWait::scan) return stopped + m_patience * kScanPart / kWhole;
-  return std::max(stopped + m_patience, begin + kToClose);
+  const Time last = stopped + m_patience;
+  if (wait == EWait::close) return std::max(last, begin + kToClose);
+  return std::max(stopped + m_patience * kScanPart / kWhole, std::min(last, begin + kGrace));
 }
 
 void CNodeWorkers::Wait(std::span<const std::shared_ptr<CNodeTask>> tasks, EWait wait,
@@ -55,13 +60,14 @@ void CNodeWorkers::Wait(std::span<const std::shared_ptr<CNodeTask>> tasks, EWait
   for (bool isTold = false;;) {
     const Time now = Time::clock::now();
     const Time stop = StopLimit(wait, begin);
+    m_pool->Look(m_patience);
     Time next = now + kLook;
     const CNodeTask* awaited = nullptr;
     for (const std::shared_ptr<CNodeTask>& task : tasks) {
       if (!task->m_isAwaited) continue;
       const Time limit = std::min(m_pool->Limit(*task, begin, m_patience), stop);
       if (limit <= now) {
-        m_pool->GiveUp(*task);
+        m_pool->GiveUp(*task, wait);
         continue;
       }
       next = std::min(next, limit);

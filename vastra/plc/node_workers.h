@@ -79,14 +79,16 @@ class VASTRA_API CNodeWorkers {
   CNodeWorkers& operator=(const CNodeWorkers&) = delete;
 
   bool IsIdle(const CNodeTask& task) const;
+  // The same after a task that has not begun was taken back.
+  bool Recall(CNodeTask& task);
   // Starts an idle task, which the workers keep until it ends.
   void Start(const std::shared_ptr<CNodeTask>& task, bool isAway);
   // Waits for tasks that have been started: for each of a present node until its call has returned or its
   // patience has ended, for the others kGrace.
   void Wait(std::span<const std::shared_ptr<CNodeTask>> tasks, EWait wait, const Waiting& waiting);
   EEnd EndOf(const CNodeTask& task) const;
-  // If the task has not ended: leaves it to the workers, which delete it when it ends, and clears task. Else
-  // returns false.
+  // If the task has not ended: leaves it to the workers, which delete it when it ends, also after their own
+  // end, and clears task. Else returns false.
   bool Abandon(std::shared_ptr<CNodeTask>& task);
   // How long the present call of a task has taken, or its last one.
   Time::duration Elapsed(const CNodeTask& task) const;
