@@ -246,16 +246,17 @@ void CNodeLink::Close() {
   if (m_pNode) SendRecord();
   m_group.reset();
   m_mode = modeNotOpened;
-  if (m_pNode || m_isAway)
-    End(functionClose);
-  else
+  if (std::exchange(m_isUnclosed, false))
     Fail(functionClose, kNotClosed);
+  else
+    End(functionClose);
 }
 
 void CNodeLink::LeaveTo(CNodeWorkers& workers) {
   m_pNode->m_isLeft = true;
   std::shared_ptr<CNodeTask> task = std::move(m_pNode);
-  if (!workers.Abandon(task)) m_pNode = std::static_pointer_cast<CNode>(task);
+  m_isUnclosed = workers.Abandon(task) && !m_isAway;
+  if (task) m_pNode = std::static_pointer_cast<CNode>(task);
 }
 
 // Whether the node has something to do in this scan.

@@ -136,6 +136,7 @@ class VASTRA_API CNodeLink : public CLink {
   bool m_isProbed = false;    // asked, but not waited for
   bool m_isLate = false;      // the last call had not returned when its wait ended
   bool m_isAway = false;
+  bool m_isUnclosed = false;  // its driver has not closed, which is not reported yet
   Time m_awaySince{}, m_openDue{};
   std::chrono::seconds m_openPause{0};
   CArray<float, float> m_last;  // the last values for hold, else NaN

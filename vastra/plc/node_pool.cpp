@@ -62,6 +62,7 @@ void CNodePool::Main() {
       --m_free;
       continue;
     }
+    if (m_quits) m_left.notify_all();  // one less is free
     lock.unlock();
     task->Work();
     lock.lock();

@@ -71,7 +71,7 @@ void CNodeWorkers::Wait(std::span<const std::shared_ptr<CNodeTask>> tasks, EWait
         continue;
       }
       next = std::min(next, limit);
-      if (!awaited || task->m_state == CNodeTask::EState::running) awaited = task.get();
+      if (!awaited || awaited->m_state != CNodeTask::EState::running) awaited = task.get();
     }
     if (!awaited) return;
     if (stop != Time::max() && now - begin > kTellAfter && !isTold && waiting) {
