@@ -9,6 +9,8 @@
 #include <QProgressBar>
 #include <QStatusBar>
 
+#include <algorithm>
+
 #include "host/common/configuration_json.h"
 #include "host/common/demo.h"
 #include "host/common/driver_search.h"
@@ -289,12 +291,18 @@ void CMainWindow::Start() {
   m_runner.Start();
 }
 
-// Shows each equation list that does not compile, and what the policy for logs refuses.
+// Shows what the checks refuse and each equation list that does not compile: as many lines as fit on a
+// screen.
 bool CMainWindow::IsFitToStart() {
-  CString text;
-  for (const CString& refusal : m_runner.Run().Refusals()) text += (text.IsEmpty() ? "" : "\n") + refusal;
+  constexpr std::size_t kMostShown = 20;
+  std::vector<CString> faults = m_runner.Run().Refusals();
   for (const CEquationFinding& fault : m_runner.Run().EquationFaults())
-    text += (text.IsEmpty() ? "" : "\n") + fault.message + "\n    " + Trimmed(fault.statement);
+    faults.push_back(fault.message + "\n    " + Trimmed(fault.statement));
+  CString text;
+  for (std::size_t i = 0; i < std::min(faults.size(), kMostShown); ++i)
+    text += (i == 0 ? "" : "\n") + faults[i];
+  if (faults.size() > kMostShown)
+    text += "\nand " + CString(std::to_string(faults.size() - kMostShown)) + " more";
   if (!text.IsEmpty()) AfxMessageBox(text);
   return text.IsEmpty();
 }

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "host/run/message_text.h"
+
 namespace vastra {
 namespace {
 
@@ -125,7 +127,7 @@ void CRunner::Sampled(const CLogSample&) { Refresh(); }
 // From any thread.
 void CRunner::Message(const CRunMessage& message) {
   if (!m_stopWanted) return;
-  const CString line = CString(message.name) + ": " + message.text;
+  const CString line(MessageText(message));
   QMetaObject::invokeMethod(
       &m_receiver,
       [this, line] {
