@@ -22,8 +22,9 @@ std::chrono::milliseconds ToMilliseconds(double seconds) {
 
 CArgument<bool> DeclarePlain(CArguments& arguments) {
   return arguments.Flag("--plain",
-                        "Write the logs as the engine does by default: no journal, no retry; new logs "
-                        "can replace old ones");
+                        "Do what the engine does by default: no journal, no retry, new logs can replace old "
+                        "ones, PLCs are used in turn, modules are not tried, and nothing is refused but "
+                        "warned of");
 }
 
 CRunArguments::CRunArguments(CArguments& arguments)

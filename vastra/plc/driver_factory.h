@@ -61,9 +61,8 @@ class VASTRA_API CDriverFactory {
   CString LineOf(int index, const DriverConfig& config) const;
 
   // The folder of the executable, empty if the system did not report it; all folders that were searched, that
-  // one first; the drivers, by folder in the order
-  // of the search and then in byte order of the file names; and the files that were left out. Of files with
-  // the same name in two folders the second one is left out.
+  // one first; the drivers, by folder in the order of the search and then in byte order of the file names;
+  // and the files that were left out. Of files with the same name in two folders the second one is left out.
   const CString& GetPath() const { return m_path; }
   const CStringArray& GetFolders() const { return m_folders; }
   const CArray<CModuleFile>& GetDrivers() const { return m_drivers; }
