@@ -318,7 +318,8 @@ TEST_F(Desktop, WhoIsNewHereIsOfferedTheDemoOnce) {
 
 TEST_F(Desktop, WhatPreventsAStartIsShown) {
   const std::pair<std::string, std::string> cases[] = {
-      {Configuration(kSimulator, R"(, "preprocess": 1, "preNewVars": ["a", "b"], "preEquationText": "x = a; y = ;")"),
+      {Configuration(kSimulator,
+                     R"(, "preprocess": 1, "preNewVars": ["a", "b"], "preEquationText": "x = a; y = ;")"),
        "|input.preEquationText: statement 2, offset 5: "},
       {"{}", "|input: the stage does not open: input.plcNodes: there is no PLC node|30"}};
   for (const auto& [configuration, box] : cases) {
