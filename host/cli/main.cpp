@@ -89,6 +89,16 @@ EExit Main(int argc, char** argv) {
 }  // namespace
 }  // namespace vastra
 
+namespace {
+
+// The result of the process. A driver that still runs cannot be unloaded: the end is then _exit.
+int End(int status) {
+  if (vastra::CNodeWorkers::OverdueTasks() > 0) ::_exit(status);
+  return status;
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
   if (vastra::IsModuleTrial(argc, argv)) return vastra::RunModuleTrial(argv);
   vastra::OccupyStandardStreams();
@@ -96,11 +106,10 @@ int main(int argc, char** argv) {
   try {
     const vastra::EExit status = vastra::Main(argc, argv);
     vastra::CTerminal::Instance().Drain();
-    if (vastra::CNodeWorkers::OverdueTasks() > 0) ::_exit(status);  // a driver still runs in its module
-    return status;
+    return End(status);
   } catch (const std::bad_alloc&) {
-    return vastra::FailMemory();
+    return End(vastra::FailMemory());
   } catch (...) {
-    return vastra::kFailed;
+    return End(vastra::kFailed);
   }
 }

@@ -74,7 +74,8 @@ EExit RunSession(const CString& subject, const CConfiguration& configuration, co
 
   const CStopSignals stops(inbox);
   run.AddObserver(&view);
-  if (!run.Start()) return Fail(kFailed, subject, run.OpenFault());
+  // A signal while the stages open, a driver among them, ends a run without a scan.
+  if (!run.Start() && !CStopSignals::HaveCome()) return Fail(kFailed, subject, run.OpenFault());
   DriveToEnd(run, inbox, [&view] { return view.Show(); });
   result = {run.Counts().scans, run.Files(), run.Ledger()};
   return view.End();

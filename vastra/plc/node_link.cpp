@@ -64,8 +64,8 @@ class CNodeLink::CNode : public CNodeTask {
   EWork m_work = EWork::open;
   CLogSample m_sample;
   CLineRecord m_record;
-  UINT m_notFinite = 0;               // values of the last write
-  std::atomic<bool> m_isLeft{false};  // the run has ended: nothing more is written
+  UINT m_notFinite = 0;                 // values of the last write
+  std::atomic<bool> m_mayWrite{false};  // false: nothing is written, also if the call is one that is late
   bool m_isOpen = false;
   bool m_succeeded = false;
   std::atomic<const char*> m_call{"open"};  // of the driver, that runs or was the last
@@ -74,6 +74,7 @@ class CNodeLink::CNode : public CNodeTask {
   void SetNewest(const CLogSample& sample) {
     const std::lock_guard lock(m_mutex);
     m_newest = sample;
+    m_mayWrite = true;
   }
 
  private:
@@ -94,7 +95,7 @@ class CNodeLink::CNode : public CNodeTask {
       const std::lock_guard lock(m_mutex);
       m_sample = m_newest;
     }
-    return !m_isLeft && m_chain->Write(m_sample);
+    return m_mayWrite && m_chain->Write(m_sample);
   }
 
   int Close() {
@@ -124,6 +125,10 @@ void CNodeGroup::Gather(const CLogSample* toWrite) {
     if (m_areAllAway) m_time = link->m_pNode->m_sample.m_time;
     m_areAllAway = false;
   }
+}
+
+void CNodeGroup::Withhold() {
+  for (CNodeLink* link : m_links) link->m_pNode->m_mayWrite = false;
 }
 
 void CNodeGroup::Work(CNodeWorkers::EWait wait) {
@@ -253,7 +258,7 @@ void CNodeLink::Close() {
 }
 
 void CNodeLink::LeaveTo(CNodeWorkers& workers) {
-  m_pNode->m_isLeft = true;
+  m_pNode->m_mayWrite = false;
   std::shared_ptr<CNodeTask> task = std::move(m_pNode);
   m_isUnclosed = workers.Abandon(task) && !m_isAway;
   if (task) m_pNode = std::static_pointer_cast<CNode>(task);

@@ -39,6 +39,8 @@ class VASTRA_API CNodeGroup {
 
   // Closes all nodes at the same time. Those that do not return within patience are left to the workers.
   void Close() { CloseAll(std::vector<CNodeLink*>(m_links)); }
+  // Of nodes that are written: until the next write nothing is written, also not by a call that is late.
+  void Withhold();
   // How long the nodes took in the last scan together, and the slowest of them; empty if there was none.
   struct CSlowest {
     CString name;

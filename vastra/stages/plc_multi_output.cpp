@@ -26,6 +26,7 @@ int CPlcMultiOutput::Write(CLogSample& sample) {
                                                  m_notifyMessage)
            : m_pWorkers ? Work(sample)
                         : WriteAll(sample);
+  if (m_group) m_group->Withhold();
   if (m_threaded) PostMessage(m_notifyWnd, m_notifyMessage, 1, 0);  // a host may be waiting for it
   return 1;
 }
