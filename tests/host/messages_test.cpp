@@ -70,7 +70,8 @@ TEST_F(Messages, AFailureIsShownOnceThenCountedOnceAMinuteAndWhenItEnds) {
 
 TEST_F(Messages, TextsThatAlwaysChangeAreCountedTogether) {
   for (int i = 0; i < 10000; ++i) {
-    CRunMessage message = Failure(std::to_string(i).c_str());
+    const std::string text = std::to_string(i);
+    CRunMessage message = Failure(text.c_str());
     message.link = "CFileLink";
     Scan(1, message, [](int) { return true; });
   }

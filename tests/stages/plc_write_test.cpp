@@ -53,10 +53,10 @@ TEST_F(PlcWrite, OnWorkersAFailureKeepsNothingFromTheOthersAndNoDeviceGetsNaN) {
   m_stage.SetWorkers(&workers);
   ASSERT_EQ(Open("x y"), 1);
   constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-  const std::pair<std::initializer_list<float>, const char*> kWrites[] = {
-      {{1, kNaN}, "1 1 1 0 0"}, {{2, 7}, "2 1 2 7 2"}, {{3, kNaN}, "3 3 3 7 3"}, {{kNaN, 8}, "3 3 3 8 3"}};
-  for (const auto& [values, registers] : kWrites) {
-    Write(values);
+  const std::tuple<float, float, const char*> kWrites[] = {
+      {1, kNaN, "1 1 1 0 0"}, {2, 7, "2 1 2 7 2"}, {3, kNaN, "3 3 3 7 3"}, {kNaN, 8, "3 3 3 8 3"}};
+  for (const auto& [x, y, registers] : kWrites) {
+    Write({x, y});
     EXPECT_EQ(Registers(), registers);
   }
   EXPECT_EQ(Write({4, 9}), 1);
