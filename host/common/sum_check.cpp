@@ -110,7 +110,12 @@ class CSumCheck {
       m_skipping.clear();
       for (std::size_t i = 0; i < lists.size(); ++i) CheckList(lists[i], i, others, changes);
     }
-    for (const auto& [place, name] : m_spoilt) Report(lists[place.first], name, place.second);
+    std::map<std::size_t, CString> keys;  // by list: a key takes long to find
+    for (const auto& [place, name] : m_spoilt) {
+      CString& key = keys[place.first];
+      if (key.IsEmpty()) key = lists[place.first].Key();
+      Report(key, name, place.second);
+    }
   }
 
  private:
@@ -153,11 +158,10 @@ class CSumCheck {
     return names->second;
   }
 
-  void Report(const CEquationList& list, const CString& name, int statement) {
-    m_findings.Warn(list.Key(),
-                    "statement " + CString(std::to_string(statement + 1)) + ": " + Quoted(name) +
-                        " stays NaN once a node with \"absent\": \"nan\" or \"hold\" was away; use the "
-                        "aliveVar of the node, as in: Sum = Alive ? Sum + x : Sum");
+  void Report(const CString& key, const CString& name, int statement) {
+    m_findings.Warn(key, "statement " + CString(std::to_string(statement + 1)) + ": " + Quoted(name) +
+                             " stays NaN once a node with \"absent\": \"nan\" or \"hold\" was away; use the "
+                             "aliveVar of the node, as in: Sum = Alive ? Sum + x : Sum");
   }
 
   const CCheckContext& m_context;
