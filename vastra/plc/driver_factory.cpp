@@ -102,8 +102,7 @@ CString AskQuestion(HMODULE module, const char* name, const DriverConfig& config
 
 CString CDriverFactory::CheckConfig(int index, const DriverConfig& config) const {
   const HMODULE module = Load(index);
-  const CString fault =
-      AskQuestion(module, "CheckDriverConfig", config, "the driver's check threw an exception");
+  CString fault = AskQuestion(module, "CheckDriverConfig", config, "the driver's check threw an exception");
   FreeModule(module);
   return fault;
 }

@@ -12,7 +12,8 @@ namespace {
 
 std::atomic<int> g_overdue{0};
 
-constexpr std::size_t kMostUsable = 2 * CNodeWorkers::kPlaces;  // threads without those of overdue tasks
+constexpr std::size_t kMostUsable =
+    std::size_t{2} * CNodeWorkers::kPlaces;  // threads without those of overdue tasks
 
 }  // namespace
 
