@@ -51,7 +51,7 @@ std::unique_ptr<CEquatorConfig> EquatorConfig(const CStringArray& inputs, const 
 CFileLink* AddEquations(CChain& chain, const char* equator, const char* buffer, const CStringArray& inputs,
                         const CStringArray& equations, const CStringArray& outputs) {
   CFileLink* const file = chain.Add(CFileLink::Create(nullptr), buffer, BufferConfig(outputs));
-  chain.Add(CEquatorLink::Create(chain.Head()), equator, EquatorConfig(inputs, equations, outputs));
+  chain.Add(CEquatorLink::Create(chain.Pass()), equator, EquatorConfig(inputs, equations, outputs));
   return file;
 }
 

@@ -14,18 +14,20 @@ namespace vastra {
 
 class CChain {
  public:
-  // Makes link, which contains the present head, the new head. Its configuration precedes those of the links
-  // inside it. Returns link.
+  // Makes link, which was given the former head by Pass, the new head. Its configuration precedes those of
+  // the links inside it. Returns link.
   template <class Link>
   Link* Add(Link* link, const CString& name, std::unique_ptr<CLinkConfig> config) {
-    link->m_name = name;
-    static_cast<void>(m_pHead.release());  // link owns it now
     m_pHead.reset(link);
-    m_configs.AddHead(config.release());
+    link->m_name = name;
+    m_configs.AddHead(config.get());
+    static_cast<void>(config.release());  // the list owns it now
     return link;
   }
 
-  CLink* Head() const { return m_pHead.get(); }
+  bool IsEmpty() const { return !m_pHead; }
+  // Passes the head to the link that is to contain it, which deletes it also if its own constructor fails.
+  CLink* Pass() { return m_pHead.release(); }
   // Passes the head to the caller, so that a second branch can be built; its configurations stay.
   std::unique_ptr<CLink> TakeHead() { return std::move(m_pHead); }
 

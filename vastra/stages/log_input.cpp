@@ -33,7 +33,7 @@ int CLogInput::Open() {
   else if (!BuildNodes(chain, 1))
     return 0;
   if (m_options.m_preprocess)
-    chain.Add(CEquatorLink::Create(chain.Head()), "InputPreprocessEquatorLink",
+    chain.Add(CEquatorLink::Create(chain.Pass()), "InputPreprocessEquatorLink",
               EquatorConfig({}, m_options.m_preEquations, m_options.m_preNewVars));
   m_pHeadLink = chain.Open(CLink::modeRead);
   if (!m_pHeadLink) return 0;
@@ -68,10 +68,10 @@ int CLogInput::BuildNodes(CChain& chain, int useDriver) {
     std::unique_ptr<CLink> rest = chain.TakeHead();
     if (!AddNode(chain, node, driver, useDriver)) return 0;
     if (rest)
-      chain.Add(CConcatLink::Create(chain.Head(), rest.release()), "Concat " + drivers.GetDriverName(driver),
+      chain.Add(CConcatLink::Create(chain.Pass(), rest.release()), "Concat " + drivers.GetDriverName(driver),
                 ConcatConfig(kLinksOfANode));
   }
-  return chain.Head() != nullptr;
+  return !chain.IsEmpty();
 }
 
 int CLogInput::BuildGuarded(CChain& chain, int useDriver) {
@@ -95,7 +95,7 @@ int CLogInput::BuildTree(CChain& chain, std::span<const CPlcNodeConfig* const> n
   std::unique_ptr<CLink> rest = chain.TakeHead();
   if (!BuildTree(chain, nodes.first(half), group)) return 0;
   const auto linksOfFirst = static_cast<int>(2 * half - 1);
-  chain.Add(CConcatLink::Create(chain.Head(), rest.release()), "Concat " + drivers.GetDriverName(driver),
+  chain.Add(CConcatLink::Create(chain.Pass(), rest.release()), "Concat " + drivers.GetDriverName(driver),
             ConcatConfig(linksOfFirst));
   return 1;
 }

@@ -31,7 +31,7 @@ int CLogSingleOutput::Open(CStringArray& names) {
     // Without a mapper repeated names keep their own values, and a log of all variables needs one copy of the
     // sample less.
     if (!(names == m_options.m_varNames))
-      chain.Add(CMapperLink::Create(chain.Head()), "OutputMapperLink", NameConfig(names));
+      chain.Add(CMapperLink::Create(chain.Pass()), "OutputMapperLink", NameConfig(names));
     m_pHeadLink = chain.Open(CLink::modeWrite);
     if (!m_pHeadLink) return 0;
     m_pFileLink = file;

@@ -37,7 +37,7 @@ bool CLogSmart::OpenOutput(const CStringArray& names) {
       chain.Add(CFileLink::Create(nullptr), "SmartOutputFileLink", BufferConfig(m_options.m_outputVars));
   std::unique_ptr<CLink> second = chain.TakeHead();
   CFileLink* const copy = chain.Add(CFileLink::Create(nullptr), "SmartCopyFileLink", BufferConfig(names));
-  chain.Add(CConcatLink::Create(chain.Head(), second.release()), "SmartOutputConcatLink", ConcatConfig(1));
+  chain.Add(CConcatLink::Create(chain.Pass(), second.release()), "SmartOutputConcatLink", ConcatConfig(1));
   m_pOutputConcatLink = chain.Open(CLink::modeRead);
   if (!m_pOutputConcatLink) return false;
   m_pOutputFileLink = output;

@@ -18,7 +18,7 @@ int CLogTrendings::Open(CStringArray& names) {
   CFileLink* const buffer = chain.Add(CFileLink::Create(nullptr), "TrendingsFileLink",
                                       BufferConfig(Joined(names, m_pOptions->m_extraVars)));
   if (m_pOptions->m_calculateExtra)
-    chain.Add(CEquatorLink::Create(chain.Head()), "TrendingsEquatorLink",
+    chain.Add(CEquatorLink::Create(chain.Pass()), "TrendingsEquatorLink",
               EquatorConfig(names, m_pOptions->m_equations,
                             Joined(m_pOptions->m_baseVars, m_pOptions->m_extraVars)));
   m_pHeadLink = chain.Open(CLink::modeWrite);

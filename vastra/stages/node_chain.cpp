@@ -45,7 +45,7 @@ void Guard(CChain& chain, CChain& inner, const CPlcNodeConfig& node, int driver,
   };
   const CString name =
       node.m_nodeName.IsEmpty() ? CDriverFactory::Instance()->GetDriverName(driver) : node.m_nodeName;
-  chain.Add(CNodeLink::Create(inner.TakeHead().release()), name, std::move(config));
+  chain.Add(CNodeLink::Create(inner.Pass()), name, std::move(config));
 }
 
 }  // namespace
@@ -55,8 +55,8 @@ int AddNode(CChain& chain, const CPlcNodeConfig& node, int driver, int useDriver
   if (!plc) return 0;
   const CString name = CDriverFactory::Instance()->GetDriverName(driver);
   chain.Add(plc, name + " (" + node.m_nodeName + ")", PlcConfig(node, useDriver));
-  chain.Add(CNamerLink::Create(chain.Head()), name, NameConfig(node.m_varNames));
-  chain.Add(CScalerLink::Create(chain.Head()), name, ScalerConfig(node));
+  chain.Add(CNamerLink::Create(chain.Pass()), name, NameConfig(node.m_varNames));
+  chain.Add(CScalerLink::Create(chain.Pass()), name, ScalerConfig(node));
   return 1;
 }
 
@@ -72,7 +72,7 @@ int AddGuardedWrite(CChain& chain, const CPlcNodeConfig& node, int driver, const
                     const std::shared_ptr<CNodeGroup>& group) {
   CChain inner;
   if (!AddNode(inner, node, driver, 1)) return 0;
-  inner.Add(CMapperLink::Create(inner.Head()), CDriverFactory::Instance()->GetDriverName(driver),
+  inner.Add(CMapperLink::Create(inner.Pass()), CDriverFactory::Instance()->GetDriverName(driver),
             NameConfig(names));
   Guard(chain, inner, node, driver, group, &names);
   return 1;

@@ -23,7 +23,7 @@ CLink* CPlcSingleOutput::OpenChain(const CStringArray& names, int useDriver) con
   const int driver = drivers.GetDriverIndex(m_options.m_node.m_driver.plcType);
   CChain chain;
   if (driver < 0 || !AddNode(chain, m_options.m_node, driver, useDriver)) return nullptr;
-  chain.Add(CMapperLink::Create(chain.Head()), drivers.GetDriverName(driver), NameConfig(names));
+  chain.Add(CMapperLink::Create(chain.Pass()), drivers.GetDriverName(driver), NameConfig(names));
   return chain.Open(CLink::modeWrite);
 }
 
