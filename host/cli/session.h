@@ -48,7 +48,7 @@ struct CSessionResult {
 // Prints the findings that are warnings.
 void PrintWarnings(const CString& subject, const std::vector<CFinding>& findings);
 // Prints why a configuration is refused: the findings that are not warnings, and each equation list that does
-// not compile, with a caret under the place of the fault. kDone if there is no line, or kRefused.
+// not compile, with a caret under the place of the fault. kDone without faults, else kRefused.
 EExit PrintRefusals(const CString& subject, const std::vector<CFinding>& findings,
                     const std::vector<CEquationFinding>& faults);
 // Prints the bad logs of a replay: as warnings, or as errors with the result kFailed if isStrict.

@@ -1,5 +1,6 @@
 #include "host/common/json_walk.h"
 
+#include <algorithm>
 #include <bit>
 #include <charconv>
 #include <cmath>
@@ -28,6 +29,9 @@ constexpr const char* kNeedsObjects = "must be an array of objects";
 // An empty object takes three bytes of text and some hundred bytes of memory.
 constexpr std::size_t kMaxObjects = 100'000;
 constexpr const char* kTooManyObjects = "has more than 100000 entries";
+// A statement takes two bytes of text and some hundred bytes of memory, too.
+constexpr std::ptrdiff_t kMaxStatements = 100'000;
+constexpr const char* kTooManyStatements = "has more than 100000 statements";
 
 // Floats that are not JSON numbers.
 struct CSpecial {
@@ -136,9 +140,15 @@ void CJsonReader::Paths(const char* name, CStringList& paths) {
 }
 
 void CJsonReader::Equations(const char* name, const char* textName, CStringArray& equations) {
-  if (Find(name)) return Field(name, equations);
+  if (Find(name)) {
+    Field(name, equations);
+    if (equations.GetSize() > kMaxStatements) Fail(name, kTooManyStatements);
+    return;
+  }
   CString text;
   Field(textName, text);
+  if (std::count(text.View().begin(), text.View().end(), ';') > kMaxStatements)
+    Fail(textName, kTooManyStatements);
   CStringArray variables;
   CArray<int, int> positions;
   CEquationSeparator().Separate(text, equations, variables, positions);

@@ -120,7 +120,7 @@ void CheckReplayed(const CCheckContext& context, CFindings& findings) {
   }
 }
 
-// A full disk is no reason to refuse: the logs wait until there is room.
+// A full disk is a warning: the logs wait until there is space.
 void CheckFolders(const CCheckContext& context, CFindings& findings) {
   if (context.options.folders == EFolders::leaveOut) return;
   std::map<CString, CFolderTrial> trials;

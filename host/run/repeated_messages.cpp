@@ -6,7 +6,7 @@
 
 #include "host/common/shown_text.h"
 #include "vastra/core/messenger.h"
-#include "vastra/platform/string.h"
+#include "vastra/platform/time.h"
 
 namespace vastra {
 namespace {
@@ -36,14 +36,6 @@ std::string KeyText(const CRunMessage& message) {
 // Of a node that goes or comes: ten in a minute are shown.
 bool IsEvent(const CRunMessage& message) {
   return std::strcmp(message.link, "CNodeLink") == 0 && std::string_view(message.text).starts_with("is ");
-}
-
-std::string InHours(CRepeatedMessages::Span span) {
-  const auto all = std::chrono::duration_cast<seconds>(span).count();
-  CString text;
-  text.Format("%lld:%02d:%02d", static_cast<long long>(all / 3600), static_cast<int>(all / 60 % 60),
-              static_cast<int>(all % 60));
-  return text.Std();
 }
 
 std::string Times(std::uint64_t count) { return Counted(count, "time"); }
@@ -95,26 +87,20 @@ bool CRepeatedMessages::HasEnded(const CEntry& entry, Time now) const {
   return now - entry.last >= quiet && m_scan >= entry.scan + kQuietScans;
 }
 
+void CRepeatedMessages::SayOf(const CEntry& entry, char severity, const std::string& count, const CSay& say) {
+  const std::string text = entry.text + " (" + count + ")";
+  say({{}, severity, entry.function, entry.link.c_str(), entry.name.c_str(), text.c_str()});
+}
+
 // Returns whether the message has ended.
 bool CRepeatedMessages::Tell(CEntry& entry, Time now, const CSay& say) const {
   const bool hasEnded = HasEnded(entry, now), isMinute = now - entry.told >= kMinute;
   if (!hasEnded && !isMinute) return false;
-  const bool isEnd = hasEnded && !entry.isEvent;
-  if (entry.untold > 0 && isEnd)
-    say({{},
-         severityNotice,
-         entry.function,
-         entry.link.c_str(),
-         entry.name.c_str(),
-         (entry.text + " (ended after " + Times(entry.count) + ", " + InHours(entry.last - entry.first) + ")")
-             .c_str()});
+  if (entry.untold > 0 && hasEnded && !entry.isEvent)
+    SayOf(entry, severityNotice,
+          "ended after " + Times(entry.count) + ", " + InHours(entry.last - entry.first).Std(), say);
   else if (entry.untold > 0)
-    say({{},
-         entry.severity,
-         entry.function,
-         entry.link.c_str(),
-         entry.name.c_str(),
-         (entry.text + " (again " + Times(entry.untold) + " in the last minute)").c_str()});
+    SayOf(entry, entry.severity, "again " + Times(entry.untold) + " in the last minute", say);
   entry.untold = 0;
   entry.told = now;
   if (entry.isEvent) entry.shown = 0;
@@ -134,14 +120,9 @@ void CRepeatedMessages::Report(Time now, bool isScanDone, const CSay& say) {
 
 void CRepeatedMessages::End(const CSay& say) {
   const std::lock_guard lock(m_mutex);
-  for (auto& [key, entry] : m_entries)
+  for (const auto& [key, entry] : m_entries)
     if (entry.untold > 0)
-      say({{},
-           entry.severity,
-           entry.function,
-           entry.link.c_str(),
-           entry.name.c_str(),
-           (entry.text + " (again " + Times(entry.untold) + " until the end)").c_str()});
+      SayOf(entry, entry.severity, "again " + Times(entry.untold) + " until the end", say);
   m_entries.clear();
   m_texts.clear();
 }

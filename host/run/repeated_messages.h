@@ -47,6 +47,7 @@ class CRepeatedMessages {
   CEntry& Find(const CRunMessage& message, Time now);
   CEntry* Known(std::size_t key);
   CEntry& Add(std::size_t key, const CRunMessage& message, Time now, const char* text);
+  static void SayOf(const CEntry& entry, char severity, const std::string& count, const CSay& say);
   bool HasEnded(const CEntry& entry, Time now) const;
   bool Tell(CEntry& entry, Time now, const CSay& say) const;
 

@@ -200,7 +200,7 @@ void CRun::Drive(ACTION action) {
   if (!m_loop.IsRunning()) Tell(&CRunObserver::Stopped);
 }
 
-// Tells the observers and shows a line of the run itself.
+// Passes a line of the run itself to the observers and shows it.
 void CRun::Say(const CRunMessage& message) {
   CRunMessage timed = message;
   _ftime(timed.time);

@@ -104,6 +104,7 @@ TEST(ConfigurationJson, NamesTheKeyOfAWrongValue) {
       {"outputs[0]", {"[]"}, "must be an object"},
       {"outputs", {"{}"}, "must be an array of objects"},
       {"outputs", {"[" + Repeated("{},", 100000) + "{}]"}, "has more than 100000 entries"},
+      {"smart.equationText", {"\"" + Repeated("a;", 100001) + "\""}, "has more than 100000 statements"},
       {"input.plcNodes[0].driver.station", {"2147483648"}, kNeedsInt},
       {"input.plcNodes[0].scaler[0].scale", {"1e39", "false"}, kNeedsFloat},
       {"input.plcNodes[0].absent", {"\"Nan\"", "1"}, "must be one of \"fail\", \"nan\", \"hold\""},

@@ -80,7 +80,7 @@ CLAIMS = [
     Claim("replays", "A replay writes to no PLC, and each row of it with --write-plc", replays.replays, 100, 10000),
     Claim("modules", "A driver module that crashes, hangs, ends its process, is cut short or can be changed by others is left "
           "out with one line, and every command works with the others", modules.modules, 20, 2000),
-    Claim("plant", "Of ten devices five come, go and hang: no value of a good node is missing, and no scan is late but for a "
+    Claim("plant", "Of ten devices five come, go and hang: no value of a good node is missing, and a scan is late only because of a "
           "node that a message names", plant.plant, 6, 600),
     Claim("thousand", "Of a thousand Modbus nodes half are dead: no value of the others is missing", plant.thousand, 0, 120),
     Claim("hanging", "A driver that does not return from open, read, write or close stops neither the other nodes nor the end",

@@ -51,6 +51,14 @@ std::tm CTime::GetLocalTm() const {
 
 CClock* SetClock(CClock* clock) { return std::exchange(g_clock, clock); }
 
+CString InHours(std::chrono::steady_clock::duration span) {
+  const auto seconds = static_cast<long long>(std::chrono::duration_cast<std::chrono::seconds>(span).count());
+  CString text;
+  text.Format("%lld:%02d:%02d", seconds / 3600, static_cast<int>(seconds / 60 % 60),
+              static_cast<int>(seconds % 60));
+  return text;
+}
+
 void _ftime(_timeb& now) { now = g_clock ? g_clock->Now() : SystemNow(); }
 
 }  // namespace vastra

@@ -2,11 +2,12 @@
 // test can replace.
 #pragma once
 
+#include <chrono>
 #include <compare>
 #include <cstdint>
 #include <ctime>
 
-#include "vastra/platform/api.h"
+#include "vastra/platform/string.h"
 
 namespace vastra {
 
@@ -48,5 +49,8 @@ VASTRA_API CClock* SetClock(CClock* clock);
 
 // The present time, from the installed clock.
 VASTRA_API void _ftime(_timeb& now);
+
+// A span of time as "h:mm:ss", for messages.
+VASTRA_API CString InHours(std::chrono::steady_clock::duration span);
 
 }  // namespace vastra

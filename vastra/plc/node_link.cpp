@@ -29,14 +29,6 @@ CString InSeconds(Clock::duration time) {
   return text;
 }
 
-CString InHours(Clock::duration time) {
-  const auto whole = static_cast<long long>(std::chrono::duration_cast<seconds>(time).count());
-  CString text;
-  text.Format("%lld:%02d:%02d", whole / 3600, static_cast<int>(whole / 60 % 60),
-              static_cast<int>(whole % 60));
-  return text;
-}
-
 }  // namespace
 
 // The chain of a node and what it has to do. While a worker has it, nobody else touches it.

@@ -2,7 +2,7 @@
 // all nodes of a stage at the same time if the host has workers.
 //
 //   scan -> CNodeGroup asks all nodes, each on a worker or in turn, and waits for them
-//        -> the CNodeLink of each node returns what its node has answered, or stands in for it
+//        -> the CNodeLink of each node returns what its node has answered, or values in place of it
 //
 // A node is present or away. Away: its Open or its transfer has failed, or has not returned in time. One line
 // reports that it goes and why, one that it is back and for how long it was away. Each scan asks it again as
@@ -14,8 +14,8 @@
 //   nan      NaN                                                             the node is away
 //   hold     the last values, NaN before the first                           the node is away
 //
-// If all nodes are away the read fails. In write mode the rows below "fail" are one: Write fails and the node
-// is away, and no other node is concerned.
+// If all nodes are away the read fails. A node that is written and does not answer is away, whatever its
+// absent: its Write returns 0, and the other nodes are written.
 #pragma once
 
 #include <functional>
