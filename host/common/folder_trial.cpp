@@ -1,7 +1,6 @@
 #include "host/common/folder_trial.h"
 
 #include <fcntl.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <filesystem>
@@ -22,12 +21,14 @@ int MakeFolder(const CString& folder) {
   return failed.value();
 }
 
-// 0, or why a file cannot be made and removed.
+// 0, or why a file cannot be made and removed. The file has one name, so that the next trial removes one that
+// a kill has left; another process that tries the folder at the same time can make or remove it, too.
 int TryFile(const CString& path) {
+  FileLayer().Remove(path);
   const int file = FileLayer().Open(path, O_CREAT | O_EXCL | O_WRONLY, kMode);
-  if (file < 0) return errno;
+  if (file < 0) return errno == EEXIST ? 0 : errno;
   FileLayer().Close(file);
-  return FileLayer().Remove(path) ? 0 : errno;
+  return FileLayer().Remove(path) || errno == ENOENT ? 0 : errno;
 }
 
 }  // namespace
@@ -36,7 +37,7 @@ CFolderTrial TryFolder(const CString& folder, bool makes) {
   CFileStatus status;
   if (makes && !FileLayer().Stat(folder, status))
     if (const int error = MakeFolder(folder)) return {error, IsFull(error)};
-  const int error = TryFile(JoinPath(folder, ".vastra-trial-" + CString(std::to_string(::getpid()))));
+  const int error = TryFile(JoinPath(folder, ".vastra-trial"));
   return {error, IsFull(error)};
 }
 

@@ -110,6 +110,18 @@ class Keeper : private CInMemory, public CLogFixture {
     }
     ++m_runs;
   }
+  // Checks that only the newest log of those that are named by time is not full.
+  void CheckFull() {
+    const CRowsOfLogs all = ReadLogs(Folder(), true);
+    for (std::size_t i = 0; i < all.size(); ++i) {
+      const CScriptLog& log = kEachKind[i];
+      if (log.IsSummary() || !log.Naming("").ByTime()) continue;
+      std::size_t logs = 0;
+      for (const CFileEntry& file : ListFiles(Folder(), ""))
+        logs += log.Naming("").IsOwnFile(file.m_name).has_value();
+      EXPECT_EQ(logs, (all[i].size() + log.maxSamples - 1) / log.maxSamples) << log.prefix;
+    }
+  }
   // Checks that rows of a log has those from begin to before end, unless the ledger calls them lost. Of a log
   // that rotates, only those that the newest two logs have for certain: an older one can stay after a fault.
   static void CheckThere(std::size_t log, const CRows& rows, int begin, int end,
@@ -230,6 +242,11 @@ TEST_F(Keeper, AKillAtAnyFileCallLosesNoRow) {
       });
       Recover();
       CheckRows(*rows, "killed at call " + std::to_string(nth) + " and call " + std::to_string(second));
+      {
+        CScript script(Folder());  // goes on with the logs that are not full
+        WriteRows(script, 2 * kRows, kLong);
+      }
+      CheckFull();
       if (HasFailure()) return;
       isRecovered |= !isEach;
     }

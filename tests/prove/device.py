@@ -1,5 +1,6 @@
 """A device that gives each row a number of its own, and so knows every row: a Modbus TCP server whose registers 0 and 1
 are a number that rises with each read, over all runs of the logger."""
+import socket
 import socketserver
 import struct
 import threading
@@ -13,10 +14,12 @@ class Device:
         self.lock = threading.Lock()
         self.writes = []  # what was written to register 0
         self.reads = []  # (the connection, when the read was asked for) of each number, from 1 on
+        self.open = {}  # connections by the address of the logger; False: closed
         device = self
 
         class Connection(socketserver.StreamRequestHandler):
             def handle(self):
+                device.open[self.client_address] = True
                 while len(head := self.rfile.read(12)) == 12:
                     if head[7] == 16:  # write registers
                         data = self.rfile.read(1 + 2 * head[11])
@@ -28,7 +31,7 @@ class Device:
                     self.wfile.write(head[:4] + struct.pack(">HBBBI", 7, head[6], head[7], 4, number))
 
             def finish(self):
-                pass  # the logger was killed
+                device.open[self.client_address] = False  # and no flush: the logger was killed
 
         class Server(socketserver.ThreadingTCPServer):
             daemon_threads = True
@@ -39,6 +42,13 @@ class Device:
         self.server = Server(("127.0.0.1", 0), Connection)
         self.address = "127.0.0.1:%d" % self.server.server_address[1]
         threading.Thread(target=self.server.serve_forever, daemon=True).start()
+
+    def settle(self):
+        """Waits until what a process that has ended had sent is counted."""
+        with socket.create_connection(self.server.server_address) as last:
+            address = last.getsockname()
+        while self.open.get(address, True) or any(list(self.open.values())):
+            time.sleep(0.001)
 
     def next(self, connection):
         with self.lock:

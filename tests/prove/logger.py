@@ -80,6 +80,7 @@ class Logger:
         moment = time.monotonic()
         self.process.kill()
         self.process.communicate()
+        self.device.settle()
         self.errors.close()
         return {row: moment - then for row, then in self.device.kept_before(self.first, moment)}
 

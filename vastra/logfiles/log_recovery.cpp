@@ -155,8 +155,9 @@ bool CLogTrack::RecoverLog(const std::vector<std::uint64_t>& journals, bool goes
   log->number = journals[0] / kJournalsOfALog;
   log->journals = journals.back() % kJournalsOfALog + 1;
   log->names = best.content.head.varNames;
+  goesOn = goesOn && CanContinue() && log->names == m_settings.varNames;
   try {
-    if (!Join(log, best.content)) {
+    if (!Join(log, best.content, goesOn)) {
       best.journal->Remove();
       for (const CString& path : others) RemoveJournal(path);
       return !isOneLeft;
@@ -179,9 +180,7 @@ bool CLogTrack::RecoverLog(const std::vector<std::uint64_t>& journals, bool goes
     recovered.samples += count;
   }
   recovered.tornBytes += best.content.tornBytes;
-  goesOn = goesOn && CanContinue() && log->names == m_settings.varNames &&
-           log->count < m_settings.maxSamples && log->count > log->onDisk;
-  Enqueue(log, goesOn);
+  Enqueue(log, goesOn && log->count < m_settings.maxSamples);
   return !isOneLeft;
 }
 
@@ -208,8 +207,9 @@ bool CLogTrack::ReadJournalOf(std::uint64_t number, CFound& found) {
 }
 
 // Adds what the file of the log has to log, which has the samples of its journal. False: all of them are in
-// the files. Throws CFileException if the file cannot be read: it may have them or not.
-bool CLogTrack::Join(CLogPointer& log, const CJournalContent& content) const {
+// the files, and the log does not go on or has no file. Throws CFileException if the file cannot be read: it
+// may have them or not.
+bool CLogTrack::Join(CLogPointer& log, const CJournalContent& content, bool goesOn) const {
   const std::optional<CJournaledLog>& continued = content.head.continues;
   const std::optional<CJournaledLog>& named = content.named ? content.named : continued;
   // Not of a log that has got a file of its own because the one that it continued was missing. The times of a
@@ -221,9 +221,11 @@ bool CLogTrack::Join(CLogPointer& log, const CJournalContent& content) const {
   std::uint64_t inFile = named ? CountSaved(content.head.naming, *named, log->names, saved) : 0;
   if (inFile < before || (isSame && saved.GetCount() < before)) inFile = 0;  // it is missing, or another log
   const bool isSaved = journaled == 0 || inFile >= before + journaled;  // only the text copy can be missing
-  if (isSaved &&
-      (inFile == 0 || !content.head.naming.saveCsv || CountText(named->name).value_or(0) >= inFile))
-    return false;
+  const auto isTextSaved = [&] {
+    return !content.head.naming.saveCsv || CountText(named->name).value_or(0) >= inFile;
+  };
+  const bool canGoOn = goesOn && saved.GetCount() == inFile;
+  if (isSaved && (inFile == 0 || (!canGoOn && isTextSaved()))) return false;
   if (inFile > 0 && (isSame || isSaved)) {
     const auto joined = std::make_shared<CKeptLog>(m_keeper.pool);
     joined->names = log->names;
@@ -271,21 +273,27 @@ std::optional<std::uint64_t> CLogTrack::CountText(const CString& name) const {
   return lines ? lines - 1 : 0;
 }
 
+// Whether a recovered log that is not complete or not saved yet has this file.
+bool CLogTrack::IsContinued(const CString& file) const {
+  const std::vector<CLogPointer> logs = Logs();
+  return std::any_of(logs.begin(), logs.end(), [&file](const CLogPointer& log) {
+    return log->continued && log->continued->name == file;
+  });
+}
+
 // Goes on with file, which a clean stop has ended before it was full. A run that was killed since can have
 // added samples. Not if it is another file now.
 void CLogTrack::Continue(const CJournaledLog& file) {
   CSampleStore saved;
-  if (!CanContinue()) return;
-  for (const CLogPointer& log : Logs())  // recovered, but not saved yet
-    if (log->continued && log->continued->name == file.name) return;
+  if (!CanContinue() || IsContinued(file.name)) return;
   const std::uint64_t count = CountSaved(m_settings.naming, file, m_settings.varNames, saved);
   if (count < file.samples || count >= m_settings.maxSamples || saved.GetCount() != count) return;
   Enqueue(LogOf(file.name, saved), true);
 }
 
 // A kill can come between the two files of a log. If the log had no journal, because it was saved at once,
-// its text copy lacks samples. Only the newest log can be in this state. A copy that was removed is not made
-// again.
+// its text copy lacks samples or is missing. Only the newest log can be in this state. A copy that is missing
+// after a clean stop was removed, and is not made again.
 void CLogTrack::CompleteText() {
   std::vector<CFolderEntry> entries;
   CString name;
@@ -298,8 +306,9 @@ void CLogTrack::CompleteText() {
   const std::uint64_t inText = name.IsEmpty() ? 0 : CountText(name).value_or(0);
   CSampleStore saved;
   CLogReader reader(saved);
-  if (inText == 0 || !reader.Open(m_folder.PathOf(name, ELogForm::binary)) ||
-      !reader.HasNames(m_settings.varNames) || !reader.ReadSamples() || saved.GetCount() <= inText)
+  if (name.IsEmpty() || IsContinued(name) || (inText == 0 && !m_lock.WasCutOff()) ||
+      !reader.Open(m_folder.PathOf(name, ELogForm::binary)) || !reader.HasNames(m_settings.varNames) ||
+      !reader.ReadSamples() || saved.GetCount() <= inText)
     return;
   Enqueue(LogOf(name, saved), false);
 }

@@ -128,10 +128,11 @@ class CLogTrack {
   struct CFound;
   bool RecoverLog(const std::vector<std::uint64_t>& journals, bool goesOn, CRecovered& recovered);
   bool ReadJournalOf(std::uint64_t number, CFound& found);
-  bool Join(CLogPointer& log, const CJournalContent& content) const;
+  bool Join(CLogPointer& log, const CJournalContent& content, bool goesOn) const;
   std::uint64_t CountSaved(const CLogNaming& naming, const CJournaledLog& log, const CStringArray& names,
                            CSampleStore& samples) const;
   std::optional<std::uint64_t> CountText(const CString& name) const;
+  bool IsContinued(const CString& file) const;
   void Continue(const CJournaledLog& file);
   void CompleteText();
   CLogPointer LogOf(const CString& name, const CSampleStore& saved);
