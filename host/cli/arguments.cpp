@@ -1,6 +1,7 @@
 #include "host/cli/arguments.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <charconv>
 #include <limits>
 
@@ -40,6 +41,15 @@ CArgument<CString> CArguments::Text(const char* name, const char* help) {
   auto value = std::make_shared<CString>();
   const auto take = [value](const std::string& typed) { *value = CString(typed); };
   m_command.add_option_function<std::string>(name, take, help)->required()->type_name("");
+  return value;
+}
+
+CArgument<CString> CArguments::Choice(const char* choices, const char* help) {
+  const CArgument<CString> value = Text(choices, help);
+  m_command.get_option(choices)->check([words = CLI::detail::split(choices, '|')](const std::string& typed) {
+    const bool isKnown = std::find(words.begin(), words.end(), typed) != words.end();
+    return isKnown ? std::string() : typed + " is not one of these words";
+  });
   return value;
 }
 

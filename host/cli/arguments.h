@@ -37,6 +37,8 @@ class CArguments {
 
   // Required arguments, by position.
   CArgument<CString> Text(const char* name, const char* help);
+  CArgument<CString> Choice(const char* choices,
+                            const char* help);  // one of several words, with bars between
   CArgument<CFileArgument> File(const char* name, const char* help);
   CArgument<std::vector<CFileArgument>> Files(const char* name, const char* help);  // one or more
 

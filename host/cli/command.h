@@ -18,6 +18,7 @@ struct CCommand {
   const char* help;                 // what it does
   const char* example;              // a line to type
   CAction (*declare)(CArguments&);  // declares its arguments; returns what to do after parsing
+  bool isHidden = false;            // is neither in the help nor completed
 };
 
 std::span<const CCommand> Commands();
@@ -34,5 +35,7 @@ CAction DeclareEval(CArguments& arguments);
 CAction DeclareDrivers(CArguments& arguments);
 CAction DeclareProbe(CArguments& arguments);
 CAction DeclareWatch(CArguments& arguments);
+CAction DeclareCompletion(CArguments& arguments);
+CAction DeclareMan(CArguments& arguments);
 
 }  // namespace vastra

@@ -24,6 +24,9 @@ constexpr CCommand kCommands[] = {
     {"drivers", "List the driver modules, and why a file is not one", "vastra drivers", DeclareDrivers},
     {"probe", "Open a driver, read and write, without a configuration",
      "vastra probe 9001 --set text1=sine,counter --count 2 --reads 3", DeclareProbe},
+    {"completion", "Print a script that completes commands, options and arguments in a shell",
+     "vastra completion bash > ~/.local/share/bash-completion/completions/vastra", DeclareCompletion},
+    {"man", "Write the manual pages of all commands to a folder", "vastra man pages", DeclareMan, true},
 };
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <exception>
 
 #include "host/cli/command.h"
+#include "host/cli/command_facts.h"
 #include "host/cli/no_memory.h"
 #include "host/cli/output.h"
 #include "host/cli/terminal/terminal.h"
@@ -32,7 +33,7 @@ struct CRequest {
 
 void AddCommand(CLI::App& line, const CCommand& command, CRequest& request) {
   CLI::App* sub = line.add_subcommand(command.name, command.help);
-  sub->group("Commands")->footer(std::string("Example:\n  ") + command.example);
+  sub->group(command.isHidden ? "" : "Commands")->footer(std::string("Example:\n  ") + command.example);
   CArguments arguments(*sub);
   sub->final_callback([&request, &command, action = command.declare(arguments)] {
     request = {command.name, action};
@@ -53,17 +54,9 @@ EExit FailUse(const CLI::App& line, const CLI::ParseError& fault) {
               WhatIsWrong(line, fault) + " (see vastra" + command + " --help)");
 }
 
-// The texts of the help.
-void Describe(CLI::App& line) {
-  line.get_formatter()->label("SUBCOMMAND", "COMMAND");
-  line.get_formatter()->label("Positionals", "Arguments");
-  line.set_version_flag("--version", "vastra " VASTRA_VERSION, "Print the version and exit");
-  line.footer("vastra COMMAND --help explains a command, with an example.");
-}
-
 EExit Main(int argc, char** argv) {
-  CLI::App line("Vastra logs samples from controllers and earlier logs to files.", "vastra");
-  Describe(line);
+  CLI::App line;
+  DescribeProgram(line);
   line.require_subcommand(1);
   CRequest request;
   for (const CCommand& command : Commands()) AddCommand(line, command, request);
