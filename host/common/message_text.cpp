@@ -1,4 +1,4 @@
-#include "host/run/message_text.h"
+#include "host/common/message_text.h"
 
 #include <algorithm>
 #include <cstring>
@@ -36,6 +36,10 @@ constexpr CPlace kPlaces[] = {
 
 // Indexed by severity and by function code.
 constexpr const char* kKinds[] = {"Fatal error: ", "Error: ", "Warning: ", ""};
+// The words of a feed, by the same.
+constexpr const char* kSeverities[] = {"fatal", "error", "warning", "notice"};
+constexpr const char* kFunctions[] = {"open",        "close", "read", "write", "getVarNames",
+                                      "communicate", "start", "end",  "flush", "partialFlush"};
 constexpr const char* kCalls[] = {"open",        "close", "read", "write", "names",
                                   "communicate", "start", "end",  "save",  "save"};
 
@@ -69,17 +73,29 @@ const char* AfterPlace(const CRunMessage& message) {
                                                                                                   : ": ";
 }
 
-const char* CallOf(char function) {
-  const auto code = static_cast<unsigned char>(function);
-  return code < std::size(kCalls) ? kCalls[code] : "?";
+template <std::size_t N>
+const char* WordOf(const char* const (&list)[N], char code) {
+  const auto index = static_cast<unsigned char>(code);
+  return index < N ? list[index] : "";
+}
+
+template <std::size_t N>
+char CodeOf(const char* const (&list)[N], std::string_view word, char unknown) {
+  const auto* const found = std::find(list, list + N, word);
+  return found == list + N ? unknown : static_cast<char>(found - list);
 }
 
 }  // namespace
 
+const char* SeverityWord(char severity) { return WordOf(kSeverities, severity); }
+const char* FunctionWord(char function) { return WordOf(kFunctions, function); }
+char SeverityOf(std::string_view word) { return CodeOf(kSeverities, word, severityNotice); }
+char FunctionOf(std::string_view word) { return CodeOf(kFunctions, word, -1); }
+
 std::string MessageText(const CRunMessage& message) {
   std::string text = kKinds[static_cast<unsigned char>(message.severity)];
   if (!IsOneOf(kSenders, message.link)) text.append(PlaceOf(message)) += AfterPlace(message);
-  if (IsOneOf(kTransfers, message.link)) text.append(CallOf(message.function)) += ": ";
+  if (IsOneOf(kTransfers, message.link)) text.append(WordOf(kCalls, message.function)) += ": ";
   return text + OneLine(message.text);
 }
 

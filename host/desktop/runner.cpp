@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "host/run/message_text.h"
+#include "host/common/message_text.h"
 
 namespace vastra {
 namespace {

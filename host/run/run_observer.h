@@ -3,6 +3,7 @@
 // Only Message can come on another thread, that of a worker, and at the same time as other calls.
 #pragma once
 
+#include "host/common/message_text.h"
 #include "host/common/scan_loop.h"
 #include "host/run/run_ledger.h"
 #include "vastra/logfiles/log_listener.h"
@@ -19,16 +20,6 @@ struct CRunCounts {
     UINT done = 0;   // logs that have been played
     float part = 0;  // of the whole list, 0.0 to 1.0
   } replay;
-};
-
-// A line of a link. The pointers are valid during the call.
-struct CRunMessage {
-  _timeb time;
-  char severity;  // severityFatal to severityNotice
-  char function;
-  const char* link;  // the class
-  const char* name;  // of this link
-  const char* text;  // never null
 };
 
 // The output or summary that a log file belongs to.
