@@ -1,7 +1,9 @@
 #include "host/common/scan_loop.h"
 
+#include <algorithm>
 #include <utility>
 
+#include "host/common/same_fields.h"
 #include "host/common/stage_names.h"
 
 namespace vastra {
@@ -17,35 +19,97 @@ bool LeavesOutWriting(const CConfiguration& configuration, const CLoopOptions& o
          !plcWrite.m_nodes.IsEmpty();
 }
 
-CScanLoop::CScanLoop(const CConfiguration& configuration, COptions options)
-    : m_options(std::move(options)),
-      m_usesSmart(UsesSmart(configuration.m_smart)),
-      m_isReadOnly(configuration.m_input.m_simulating && !m_options.replayWrites) {
-  *m_input.GetOptions() = configuration.m_input;
-  *m_smart.GetOptions() = configuration.m_smart;
-  *m_outputs.GetOptions() = configuration.m_outputs;
-  *m_summaries.GetOptions() = configuration.m_summaries;
-  *m_plcWrite.GetOptions() = configuration.m_plcWrite;
-  if (m_isReadOnly) m_plcWrite.GetOptions()->m_disableWriting = 1;
+// What is done with a stage. Stages before the smart stage and trending get the names of the input, the
+// others those after the smart stage.
+struct CScanLoop::CStage {
+  EStage stage;
+  bool (*isSame)(const CConfiguration& a, const CConfiguration& b);
+  CStringArray CScanLoop::*names;  // of its samples; null: it has no stage before it
+  bool keepsLogs;
+  void (*take)(CScanLoop& loop, const CConfiguration& configuration);
+  int (*open)(CScanLoop& loop);
+  void (*close)(CScanLoop& loop);
+};
+
+namespace {
+
+template <auto MEMBER>
+bool HasSame(const CConfiguration& a, const CConfiguration& b) {
+  return SameFields(a.*MEMBER, b.*MEMBER);
+}
+
+// A replay can leave the nodes closed.
+bool HasSamePlcWrite(const CConfiguration& a, const CConfiguration& b) {
+  return HasSame<&CConfiguration::m_plcWrite>(a, b) && !a.m_input.m_simulating == !b.m_input.m_simulating;
+}
+
+// The names that a configuration stores for trending are replaced when the stage opens.
+bool HasSameTrend(const CConfiguration& a, const CConfiguration& b) {
+  CTrendConfig before = a.m_trend;
+  before.m_baseVars = b.m_trend.m_baseVars;
+  return SameFields(before, b.m_trend);
+}
+
+}  // namespace
+
+const CScanLoop::CStage CScanLoop::kStages[] = {
+    {EStage::input, HasSame<&CConfiguration::m_input>, nullptr, false,
+     [](auto& loop, auto& configuration) { loop.TakeInput(configuration); },
+     [](auto& loop) { return loop.OpenInput(); }, [](auto& loop) { loop.m_input.Close(); }},
+    {EStage::smart, HasSame<&CConfiguration::m_smart>, &CScanLoop::m_inputNames, false,
+     [](auto& loop, auto& configuration) { *loop.m_smart.GetOptions() = configuration.m_smart; },
+     [](auto& loop) { return loop.OpenSmart(); }, [](auto& loop) { loop.m_smart.Close(); }},
+    {EStage::outputs, HasSame<&CConfiguration::m_outputs>, &CScanLoop::m_names, true,
+     [](auto& loop, auto& configuration) {
+       *loop.m_outputs.GetOptions() = configuration.m_outputs;
+       loop.m_outputs.SetLogKeeper(loop.m_options.keeper);
+     },
+     [](auto& loop) { return loop.m_outputs.Open(loop.m_names); },
+     [](auto& loop) { loop.m_outputs.Close(); }},
+    {EStage::summaries, HasSame<&CConfiguration::m_summaries>, &CScanLoop::m_names, true,
+     [](auto& loop, auto& configuration) {
+       *loop.m_summaries.GetOptions() = configuration.m_summaries;
+       loop.m_summaries.SetLogKeeper(loop.m_options.keeper);
+     },
+     [](auto& loop) { return loop.m_summaries.Open(loop.m_names); },
+     [](auto& loop) { loop.m_summaries.Close(); }},
+    {EStage::plcWrite, HasSamePlcWrite, &CScanLoop::m_names, false,
+     [](auto& loop, auto& configuration) { loop.TakePlcWrite(configuration); },
+     [](auto& loop) { return loop.OpenPlcWrite(); }, [](auto& loop) { loop.m_plcWrite.Close(); }},
+    {EStage::trend, HasSameTrend, &CScanLoop::m_inputNames, false,
+     [](auto& loop, auto& configuration) { loop.TakeTrend(configuration); },
+     [](auto& loop) { return loop.OpenTrend(); }, [](auto& loop) { loop.m_trend.Close(); }},
+};
+
+CScanLoop::CScanLoop(const CConfiguration& configuration, COptions options) : m_options(std::move(options)) {
   m_trend.ShareOptions(m_options.trend);
-  if (!m_options.trend) *m_trend.GetOptions() = configuration.m_trend;
+  for (const CStage& stage : kStages) stage.take(*this, configuration);
   m_outputs.SetLogListener(m_options.outputs);
   m_summaries.SetLogListener(m_options.summaries);
-  m_outputs.SetLogKeeper(m_options.keeper);
-  m_summaries.SetLogKeeper(m_options.keeper);
   m_input.SetWorkers(m_options.workers);
   m_plcWrite.SetWorkers(m_options.workers);
-  if (m_options.period < Period::zero()) m_options.period = Period(m_input.GetScanPeriod());
+}
+
+void CScanLoop::TakeInput(const CConfiguration& configuration) {
+  *m_input.GetOptions() = configuration.m_input;
+  m_period = m_options.period < Period::zero() ? Period(m_input.GetScanPeriod()) : m_options.period;
+  m_isReadOnly = configuration.m_input.m_simulating && !m_options.replayWrites;
+}
+
+void CScanLoop::TakePlcWrite(const CConfiguration& configuration) {
+  *m_plcWrite.GetOptions() = configuration.m_plcWrite;
+  if (m_isReadOnly) m_plcWrite.GetOptions()->m_disableWriting = 1;
+}
+
+void CScanLoop::TakeTrend(const CConfiguration& configuration) {
+  if (!m_options.trend) *m_trend.GetOptions() = configuration.m_trend;
 }
 
 int CScanLoop::Start() {
   m_failedStage = OpenStages();
   if (m_failedStage != EStage::none) return Close(), 0;
   if (m_options.opened) m_options.opened();
-  m_openedToWrite = !m_plcWrite.GetOptions()->m_disableWriting;
-  m_plcWrite.SetNodeNumber(m_options.node);
-  m_input.SetCallBack(m_options.threaded, m_options.target, messageRead);
-  m_plcWrite.SetCallBack(m_options.threaded, m_options.target, messageWritten);
+  SetWorkers();
   m_counts = {};
   m_stopping = m_options.scans == 0;
   m_due = m_options.now();
@@ -54,29 +118,88 @@ int CScanLoop::Start() {
   return 1;
 }
 
-// Returns the stage that does not open. Trending gets the names of the input stage, all others those after
-// the smart stage.
-EStage CScanLoop::OpenStages() {
-  CStringArray inputNames;
-  if (!m_input.Open() || !m_input.GetVarNames(inputNames)) return EStage::input;
-  CStringArray names = inputNames;
-  if (m_usesSmart && !OpenSmart(names)) return EStage::smart;
-  if (!m_outputs.Open(names)) return EStage::outputs;
-  if (!m_summaries.Open(names)) return EStage::summaries;
-  if (!m_plcWrite.Open(names)) return EStage::plcWrite;
-  return OpenTrend(inputNames) ? EStage::none : EStage::trend;
+void CScanLoop::SetWorkers() {
+  m_plcWrite.SetNodeNumber(m_options.node);
+  m_input.SetCallBack(m_options.threaded, m_options.target, messageRead);
+  m_plcWrite.SetCallBack(m_options.threaded, m_options.target, messageWritten);
 }
 
-// Adds the smart output variables to names.
-int CScanLoop::OpenSmart(CStringArray& names) {
-  CStringArray before = names;
-  if (!m_smart.Open(before) || !m_smart.GetVarNames(names)) return 0;
+// Returns the stage that does not open.
+EStage CScanLoop::OpenStages() {
+  for (const CStage& stage : kStages)
+    if (!stage.open(*this)) return stage.stage;
+  return EStage::none;
+}
+
+int CScanLoop::OpenInput() { return m_input.Open() && m_input.GetVarNames(m_inputNames); }
+
+// Sets the names after the smart stage.
+int CScanLoop::OpenSmart() {
+  m_names = m_inputNames;
+  m_usesSmart = UsesSmart(*m_smart.GetOptions());
+  if (!m_usesSmart) return 1;
+  CStringArray before = m_inputNames;
+  if (!m_smart.Open(before) || !m_smart.GetVarNames(m_names)) return 0;
   return m_options.logic ? m_options.logic->Open(m_smart) : 1;
 }
 
-int CScanLoop::OpenTrend(CStringArray& names) {
+int CScanLoop::OpenPlcWrite() {
+  m_openedToWrite = !m_plcWrite.GetOptions()->m_disableWriting;
+  return m_plcWrite.Open(m_names);
+}
+
+int CScanLoop::OpenTrend() {
+  CStringArray names = m_inputNames;
   m_trend.GetOptions()->m_baseVars = names;
   return m_trend.Open(names);
+}
+
+int CScanLoop::Reload(const CReload& reload) {
+  std::vector<const CStage*> reopened;
+  if (m_state != EState::idle) return 0;
+  const Period period = m_period;
+  CLogKeeper* const keeper = std::exchange(m_options.keeper, reload.keeper);
+  if (keeper) keeper->HoldLocks(true);
+  m_failedStage = ReopenStages(reload, keeper != reload.keeper, reopened);
+  if (m_failedStage != EStage::none) {
+    if (reload.refused) reload.refused(m_failedStage);
+    m_options.keeper = keeper;
+    if (!GoBack(reload, reopened)) Close();
+  } else if (m_options.opened) {
+    m_options.opened();
+  }
+  if (keeper) keeper->HoldLocks(false);
+  if (m_state == EState::idle) SetWorkers();
+  if (m_period != period) m_due = m_options.now();
+  return m_failedStage == EStage::none;
+}
+
+// Returns the stage that does not open. reopened gets those that were closed, in order.
+EStage CScanLoop::ReopenStages(const CReload& reload, bool areLogsReopened,
+                               std::vector<const CStage*>& reopened) {
+  const CStringArray inputNames = m_inputNames, names = m_names;  // so far
+  for (const CStage& stage : kStages) {
+    const CStringArray& before = stage.names == &CScanLoop::m_inputNames ? inputNames : names;
+    const bool hasSameNames = !stage.names || this->*stage.names == before;
+    if (hasSameNames && stage.isSame(reload.before, reload.after) && !(stage.keepsLogs && areLogsReopened))
+      continue;
+    reopened.push_back(&stage);
+    stage.close(*this);
+    if (!Reopen(stage, reload, reload.after)) return stage.stage;
+  }
+  return EStage::none;
+}
+
+int CScanLoop::Reopen(const CStage& stage, const CReload& reload, const CConfiguration& configuration) {
+  if (reload.reopening) reload.reopening(stage.stage, configuration);
+  stage.take(*this, configuration);
+  return stage.open(*this);
+}
+
+bool CScanLoop::GoBack(const CReload& reload, const std::vector<const CStage*>& reopened) {
+  for (const CStage* stage : reopened) stage->close(*this);
+  return std::all_of(reopened.begin(), reopened.end(),
+                     [&](const CStage* stage) { return Reopen(*stage, reload, reload.before); });
 }
 
 void CScanLoop::Step() {
@@ -154,15 +277,15 @@ void CScanLoop::EndScan(bool succeeded) {
 
 void CScanLoop::Schedule(bool succeeded) {
   const Time now = m_options.now();
-  if (m_options.period == Period::zero()) {
+  if (m_period == Period::zero()) {
     m_due = succeeded ? now : now + kRest;
     return;
   }
-  m_due += m_options.period;
+  m_due += m_period;
   if (m_due >= now) return;
-  const auto missed = (now - m_due + m_options.period - Time::duration(1)) / m_options.period;
+  const auto missed = (now - m_due + m_period - Time::duration(1)) / m_period;
   m_counts.late += static_cast<std::uint64_t>(missed);
-  m_due += missed * m_options.period;
+  m_due += missed * m_period;
   if (m_options.late) TellLate();
 }
 
@@ -171,7 +294,7 @@ void CScanLoop::TellLate() {
   CNodeGroup::CSlowest slowest = m_input.Slowest();
   if (CNodeGroup::CSlowest written = m_plcWrite.Slowest(); written.time > slowest.time)
     slowest = std::move(written);
-  m_options.late(2 * slowest.time >= m_options.period ? slowest.name : CString());
+  m_options.late(2 * slowest.time >= m_period ? slowest.name : CString());
 }
 
 // A worker that has started finishes its write.
@@ -187,12 +310,7 @@ void CScanLoop::Stop() {
 
 void CScanLoop::Close() {
   if (m_state != EState::closed && m_options.closing) m_options.closing();
-  m_input.Close();
-  m_smart.Close();
-  m_outputs.Close();
-  m_summaries.Close();
-  m_plcWrite.Close();
-  m_trend.Close();
+  for (const CStage& stage : kStages) stage.close(*this);
   m_state = EState::closed;
 }
 

@@ -16,6 +16,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <vector>
 
 #include "host/common/configuration.h"
 #include "host/common/smart_logic.h"
@@ -94,6 +95,18 @@ class CScanLoop {
   static constexpr UINT messageRead = 1;
   static constexpr UINT messageWritten = 2;
 
+  // What Reload does. Both configurations and keeper must exist until it returns, keeper while the loop
+  // exists.
+  struct CReload {
+    const CConfiguration &before, &after;  // that of the open stages, and the one to load
+    // Of the logs from now on. If it is another one, the stages of the logs are opened again in any case.
+    CLogKeeper* keeper = nullptr;
+    // Called when a stage has closed that is opened again next, with the configuration that it gets.
+    std::function<void(EStage, const CConfiguration& next)> reopening = nullptr;
+    // Called when a stage has not opened, before the stages go back.
+    std::function<void(EStage)> refused = nullptr;
+  };
+
   CScanLoop(const CConfiguration& configuration, COptions options);
 
   // Opens the stages, input first; the first scan is due at once. 1, or 0 with all closed again; WhichFailed
@@ -111,6 +124,11 @@ class CScanLoop {
   void Step();
   // Continues the scan with the message of its worker. An unexpected message is dropped.
   void Notify(UINT message, WPARAM result);
+  // Goes on with another configuration, between two scans: only while running and not pending. A stage is
+  // closed and opened again if its settings differ or the names of its samples do; all others stay open, and
+  // the counts go on. If a stage does not open, those that were opened again go back to the configuration
+  // before, and the result is 0. If that fails, too, the loop ends.
+  int Reload(const CReload& reload);
   // Switches the writing to PLCs off or on from the next scan on; not from the thread of a worker. False: the
   // stage was opened without its nodes, since writing was off, and writes after the next start. A replay that
   // writes to no PLC stays so.
@@ -132,10 +150,21 @@ class CScanLoop {
 
  private:
   enum class EState { closed, idle, reading, writing };
+  struct CStage;
+  static const CStage kStages[];  // in the order in which they are opened and closed
 
   EStage OpenStages();
-  int OpenSmart(CStringArray& names);
-  int OpenTrend(CStringArray& names);
+  EStage ReopenStages(const CReload& reload, bool areLogsReopened, std::vector<const CStage*>& reopened);
+  int Reopen(const CStage& stage, const CReload& reload, const CConfiguration& configuration);
+  bool GoBack(const CReload& reload, const std::vector<const CStage*>& reopened);
+  void SetWorkers();
+  void TakeInput(const CConfiguration& configuration);
+  void TakePlcWrite(const CConfiguration& configuration);
+  void TakeTrend(const CConfiguration& configuration);
+  int OpenInput();
+  int OpenSmart();
+  int OpenPlcWrite();
+  int OpenTrend();
   void HaveRead(bool succeeded);
   void Distribute();
   CLogSample* PassSmart();
@@ -154,8 +183,11 @@ class CScanLoop {
   CLogMultiSummary m_summaries;
   CPlcMultiOutput m_plcWrite;
   CLogTrendings m_trend;
-  bool m_usesSmart;
-  const bool m_isReadOnly;  // a replay that writes to no PLC
+  bool m_usesSmart = false;
+  bool m_isReadOnly = false;  // a replay that writes to no PLC
+  CStringArray m_inputNames;
+  CStringArray m_names;  // after the smart stage
+  Period m_period{};
   bool m_openedToWrite = false;
   CLogSample m_sample;       // of the input
   CLogSample m_smartSample;  // the same and the smart output variables

@@ -19,20 +19,18 @@ std::vector<CLogSource> SourcesOf(const CList<CONFIG*, CONFIG*>& configs, const 
 
 constexpr std::chrono::milliseconds kSumsPause{250};
 
-CConfiguration WithoutBadLogs(CConfiguration configuration, const CRunOptions& options,
-                              std::vector<CString>& badLogs) {
-  if (options.policy) badLogs = LeaveOutBadLogs(configuration);
-  return configuration;
+// Whether a keeper for this input can be the same.
+bool HasSamePolicy(const CLogPolicy& a, const CLogPolicy& b) {
+  return a.live == b.live && a.waits == b.waits;
 }
 
-std::unique_ptr<CLogKeeper> MakeKeeper(const CInputConfig& input, const CRunOptions& options) {
-  if (!options.policy) return nullptr;
+CLogPolicy PolicyFor(const CInputConfig& input, const CRunOptions& options) {
   CLogPolicy policy = *options.policy;
   policy.live = !input.m_simulating;
   const bool isPaced = options.period.count() < 0 ? !input.m_asFastAsPossible && input.m_scanPeriod != 0
                                                   : options.period.count() > 0;
   policy.waits = !policy.live || !isPaced;
-  return std::make_unique<CLogKeeper>(policy);
+  return policy;
 }
 
 template <class CONFIG>
@@ -44,38 +42,36 @@ void AddLedgers(const CList<CONFIG*, CONFIG*>& configs, bool areSummaries, std::
     all.push_back({config->m_name, areSummaries, std::move(ledgers[index++])});
 }
 
-CStageNames FindQuietly(const CConfiguration& configuration, CRunMessenger& messenger) {
+void AddOthers(const CLogKeeper& keeper, std::vector<CRunLedger>& all) {
+  for (const COtherLedger& other : keeper.Others())
+    all.push_back({other.name, other.isSummary, other.ledger});
+}
+
+CRunPlan MakePlan(const CConfiguration& configuration, CRunMessenger& messenger, const CRunOptions& options) {
+  CRunPlan plan = {configuration, configuration.m_input.m_inputFiles, {}, {}};
+  if (options.policy) plan.badLogs = LeaveOutBadLogs(plan.configuration);
   const CRunMessenger::CQuiet quiet(messenger);
-  return FindStageNames(configuration);
+  plan.names = FindStageNames(plan.configuration);
+  return plan;
 }
 
 }  // namespace
 
 CRun::CRun(const CConfiguration& configuration, CRunMessenger& messenger, const CRunOptions& options)
-    : m_folders(options.folders),
-      m_replayWrites(options.replayWrites),
-      m_replayed(configuration.m_input.m_inputFiles),
-      m_configuration(WithoutBadLogs(configuration, options, m_badLogs)),
+    : m_options(options),
       m_messenger(messenger),
-      m_names(FindQuietly(m_configuration, messenger)),
-      m_outputLogs(*this, SourcesOf(m_configuration.m_outputs.m_outputs, "outputs")),
-      m_summaryLogs(*this, SourcesOf(m_configuration.m_summaries.m_summaries, "summaries")),
+      m_plan(MakePlan(configuration, messenger, options)),
+      m_outputLogs(*this, SourcesOf(Configuration().m_outputs.m_outputs, "outputs")),
+      m_summaryLogs(*this, SourcesOf(Configuration().m_summaries.m_summaries, "summaries")),
       m_recoveredLogs(*this, {{"recovered", ""}}),
-      m_trendChanged(options.trendChanged),
-      m_makesNoScan(options.scans == 0),
-      m_pKeeper(MakeKeeper(m_configuration.m_input, options)),
+      m_pKeeper(MakeKeeper(Configuration().m_input)),
       m_pWorkers(MakeWorkers(options)),
-      m_loop(m_configuration, LoopOptions(options)) {
+      m_loop(Configuration(), LoopOptions(options)) {
   Trend().SetOptionsListener([this] {
     m_isRenamed = true;
-    if (m_trendChanged) m_trendChanged();
+    if (m_options.trendChanged) m_options.trendChanged();
   });
-  if (options.reports) {
-    m_pReport = std::make_unique<CRunReport>(m_configuration, options, [this](const std::string& line) {
-      Say({{}, severityNotice, functionOpen, "CRun", "Run", line.c_str()});
-    });
-    m_observers.push_back(m_pReport.get());
-  }
+  MakeReport();
   m_messenger.Attach(this);
 }
 
@@ -93,13 +89,32 @@ void CRun::TellLate(const CString& node) {
   m_messenger.Send("CScanLoop", "Scan", functionRead, severityWarning, line);
 }
 
-std::vector<CFinding> CRun::Findings() const {
-  return CheckConfiguration(m_configuration, GivenNames(m_configuration, m_names),
-                            {KeepsLogs(), m_folders, m_replayWrites, &m_replayed});
+std::unique_ptr<CLogKeeper> CRun::MakeKeeper(const CInputConfig& input) const {
+  return m_options.policy ? std::make_unique<CLogKeeper>(PolicyFor(input, m_options)) : nullptr;
 }
 
-std::vector<CEquationFinding> CRun::EquationFaults() const {
-  return FindEquationFaults(m_configuration, KeepsLogs() ? GivenNames(m_configuration, m_names) : m_names);
+// Puts the report of the present configuration in the place of the one before.
+void CRun::MakeReport() {
+  std::erase(m_observers, m_pReport.get());
+  if (!m_options.reports) return;
+  m_pReport = std::make_unique<CRunReport>(Configuration(), m_options, [this](const std::string& line) {
+    Say({{}, severityNotice, functionOpen, "CRun", "Run", line.c_str()});
+  });
+  m_observers.push_back(m_pReport.get());
+}
+
+CRunPlan CRun::PlanOf(const CConfiguration& configuration) const {
+  return MakePlan(configuration, m_messenger, m_options);
+}
+
+std::vector<CFinding> CRun::Findings(const CRunPlan& plan) const {
+  return CheckConfiguration(plan.configuration, GivenNames(plan.configuration, plan.names),
+                            {KeepsLogs(), m_options.folders, m_options.replayWrites, &plan.replayed});
+}
+
+std::vector<CEquationFinding> CRun::EquationFaults(const CRunPlan& plan) const {
+  return FindEquationFaults(plan.configuration,
+                            KeepsLogs() ? GivenNames(plan.configuration, plan.names) : plan.names);
 }
 
 CScanLoop::COptions CRun::LoopOptions(const CRunOptions& options) {
@@ -142,16 +157,18 @@ int CRun::Start() {
   Tell(&CRunObserver::Started, SampleNames());
   Count();
   Tell(&CRunObserver::Counted, m_counts);
-  if (m_makesNoScan) Stop();
+  if (m_options.scans == 0) Stop();
   return 1;
 }
 
-CString CRun::OpenFault() const {
+CString CRun::OpenFault() const { return OpenFaultOf(Configuration()); }
+
+CString CRun::OpenFaultOf(const CConfiguration& configuration) const {
   const EStage stage = m_loop.WhichFailed();
   const bool isKept = m_pKeeper && (stage == EStage::outputs || stage == EStage::summaries);
   const CString kept = isKept ? m_pKeeper->GetOpenFault() : CString();
   return CString(KeyOf(stage)) + ": the stage does not open: " +
-         (kept.IsEmpty() ? WhyNotOpened(FindOpenFault(m_configuration, stage)) : kept);
+         (kept.IsEmpty() ? WhyNotOpened(FindOpenFault(configuration, stage)) : kept);
 }
 
 void CRun::Step() {
@@ -177,13 +194,82 @@ void CRun::Deliver() {
   Tell(&CRunObserver::Counted, m_counts);
 }
 
+int CRun::Reload(const CRunPlan& plan) {
+  m_reloadFault = "the run is not between two scans";
+  if (!m_loop.IsRunning() || m_loop.IsPending()) return 0;
+  m_reloadFault.Empty();
+  const CInputConfig& input = plan.configuration.m_input;
+  std::unique_ptr<CLogKeeper> before;  // if the configuration needs another one
+  const bool isOther =
+      m_pKeeper && !HasSamePolicy(PolicyFor(Configuration().m_input, m_options), PolicyFor(input, m_options));
+  if (isOther) before = std::exchange(m_pKeeper, MakeKeeper(input));
+  CString reopened;
+  int result = 0;
+  Drive([&] { result = ReloadStages(plan, reopened); });
+  if (!result) {
+    if (isOther) m_pKeeper = std::move(before);
+    return 0;
+  }
+  if (isOther) EndKeeper(*before);
+  const CStringArray names = SampleNames();
+  m_plan = plan;
+  Tell(&CRunObserver::Reloaded);
+  if (!(names == SampleNames())) Tell(&CRunObserver::Renamed, SampleNames());
+  Report(reopened);
+  return 1;
+}
+
+// reopened gets the keys of the stages that were closed.
+int CRun::ReloadStages(const CRunPlan& plan, CString& reopened) {
+  EStage refused = EStage::none;
+  CScanLoop::CReload reload = {Configuration(), plan.configuration, m_pKeeper.get()};
+  reload.reopening = [&](EStage stage, const CConfiguration& next) {
+    const bool isBack = &next == &reload.before;
+    if (!isBack) reopened += (reopened.IsEmpty() ? "" : ", ") + CString(KeyOf(stage));
+    if (stage != refused) EndLedgers(stage, isBack ? reload.after : reload.before);
+    if (stage == EStage::outputs) m_outputLogs.SetSources(SourcesOf(next.m_outputs.m_outputs, "outputs"));
+    if (stage == EStage::summaries)
+      m_summaryLogs.SetSources(SourcesOf(next.m_summaries.m_summaries, "summaries"));
+  };
+  reload.refused = [&](EStage stage) {
+    refused = stage;
+    m_reloadFault = OpenFaultOf(plan.configuration);
+  };
+  return m_loop.Reload(reload);
+}
+
+// Keeps the accounts of a stage that has closed.
+void CRun::EndLedgers(EStage stage, const CConfiguration& configuration) {
+  std::vector<CRunLedger> ended;
+  if (stage == EStage::outputs)
+    AddLedgers(configuration.m_outputs.m_outputs, false, m_loop.Outputs().GetLedgers(), ended);
+  if (stage == EStage::summaries)
+    AddLedgers(configuration.m_summaries.m_summaries, true, m_loop.Summaries().GetLedgers(), ended);
+  Merge(m_endedLedgers, ended);
+}
+
+// Of a keeper whose outputs and summaries are closed.
+void CRun::EndKeeper(CLogKeeper& keeper) {
+  ShowJournals(keeper.DeliverOthers(&m_recoveredLogs));
+  AddOthers(keeper, m_endedLedgers);
+}
+
+// Says what was opened again, and what a healthy run says at its start.
+void CRun::Report(const CString& reopened) {
+  if (!m_options.reports) return;
+  const CString line = "the configuration was loaded again: " +
+                       (reopened.IsEmpty() ? CString("all stages stay open") : "opened again: " + reopened);
+  Say({{}, severityNotice, functionOpen, "CRun", "Run", line.Std().c_str()});
+  MakeReport();
+  if (!reopened.IsEmpty()) m_pReport->Started(SampleNames());
+}
+
 std::vector<CRunLedger> CRun::Ledger() const {
   std::vector<CRunLedger> all;
-  AddLedgers(m_configuration.m_outputs.m_outputs, false, m_loop.Outputs().GetLedgers(), all);
-  AddLedgers(m_configuration.m_summaries.m_summaries, true, m_loop.Summaries().GetLedgers(), all);
-  if (m_pKeeper)
-    for (const COtherLedger& other : m_pKeeper->Others())
-      all.push_back({other.name, other.isSummary, other.ledger});
+  AddLedgers(Configuration().m_outputs.m_outputs, false, m_loop.Outputs().GetLedgers(), all);
+  AddLedgers(Configuration().m_summaries.m_summaries, true, m_loop.Summaries().GetLedgers(), all);
+  Merge(all, m_endedLedgers);
+  if (m_pKeeper) AddOthers(*m_pKeeper, all);
   return all;
 }
 

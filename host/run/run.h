@@ -38,6 +38,14 @@ struct CRunOptions : CLoopOptions {
   EFolders folders = EFolders::attempt;  // what the checks do with those of the logs
 };
 
+// A configuration, and what is worked out of it before its stages open, without contacting a PLC.
+struct CRunPlan {
+  CConfiguration configuration;  // of a replay whose logs are kept by a policy: without the bad logs
+  CStringList replayed;          // the whole list of a replay
+  std::vector<CString> badLogs;  // a line for each log that was left out
+  CStageNames names;             // of the samples of each stage
+};
+
 class CRun : private CRunMessenger::CReader {
  public:
   using Time = CScanLoop::Time;
@@ -49,20 +57,25 @@ class CRun : private CRunMessenger::CReader {
   CRun(const CRun&) = delete;
   CRun& operator=(const CRun&) = delete;
 
-  // The names of the samples of each stage.
-  const CStageNames& Names() const { return m_names; }
+  // The plan of the run, and that of another configuration.
+  const CRunPlan& Plan() const { return m_plan; }
+  CRunPlan PlanOf(const CConfiguration& configuration) const;
+  const CConfiguration& Configuration() const { return m_plan.configuration; }
+  const CStageNames& Names() const { return m_plan.names; }
   // The names of the samples that the observers get, as far as they can be worked out before the start.
-  CStringArray SampleNames() { return TrendNames(m_names, *Trend().GetOptions()); }
+  CStringArray SampleNames() { return TrendNames(Names(), *Trend().GetOptions()); }
   // What the checks find now. A host does not start a run with a finding that is refused. Without a policy
   // for logs all of them are warnings.
-  std::vector<CFinding> Findings() const;
+  std::vector<CFinding> Findings() const { return Findings(m_plan); }
+  std::vector<CFinding> Findings(const CRunPlan& plan) const;
   // The lines of those that are warnings, and of those that are refused.
   std::vector<CString> Warnings() const { return LinesOf(Findings(), false); }
   std::vector<CString> Refusals() const { return LinesOf(Findings(), true); }
   // With a policy for logs: the logs of a replay that are bad, a line each. The run leaves them out.
-  const std::vector<CString>& BadLogs() const { return m_badLogs; }
+  const std::vector<CString>& BadLogs() const { return m_plan.badLogs; }
   // The equation lists that do not compile. A host does not start a run that has one.
-  std::vector<CEquationFinding> EquationFaults() const;
+  std::vector<CEquationFinding> EquationFaults() const { return EquationFaults(m_plan); }
+  std::vector<CEquationFinding> EquationFaults(const CRunPlan& plan) const;
 
   // Adds an observer, which must exist as long as the run; only while the run is stopped.
   void AddObserver(CRunObserver* observer) { m_observers.push_back(observer); }
@@ -80,6 +93,13 @@ class CRun : private CRunMessenger::CReader {
   void Step();
   // Accepts the message of a worker and continues its scan.
   void Notify(UINT message, WPARAM result);
+  // Goes on with another configuration, of which the host has shown that nothing in it is refused; between
+  // two scans, while running and not pending. A stage is opened again if its settings or the names of its
+  // samples differ; the others stay open, no sample is left out, and counts and accounts go on. 1, or 0 with
+  // the stages as they were before; if these do not open again either, the run has ended. ReloadFault then
+  // says why, in one line.
+  int Reload(const CRunPlan& plan);
+  const CString& ReloadFault() const { return m_reloadFault; }
   // Ends the run: at once, or when the current worker has posted its result.
   void Stop();
   // From any thread, before Stop: waits for drivers end within patience from now on.
@@ -112,6 +132,7 @@ class CRun : private CRunMessenger::CReader {
   class CLogs : public CLogListener {
    public:
     CLogs(CRun& run, std::vector<CLogSource> sources) : m_run(run), m_sources(std::move(sources)) {}
+    void SetSources(std::vector<CLogSource> sources) { m_sources = std::move(sources); }
     void LogClosed(const CSavedLog& log) override { Tell(&CRunObserver::LogClosed, log); }
     void LogGrew(const CSavedLog& log) override { Tell(&CRunObserver::LogGrew, log); }
     void LogNotSaved(const CUnsavedLog& log) override { Tell(&CRunObserver::LogNotSaved, log); }
@@ -131,7 +152,7 @@ class CRun : private CRunMessenger::CReader {
     }
 
     CRun& m_run;
-    const std::vector<CLogSource> m_sources;
+    std::vector<CLogSource> m_sources;
   };
 
   CString Place() const override;
@@ -139,6 +160,13 @@ class CRun : private CRunMessenger::CReader {
                    const char* text) override;
   CScanLoop::COptions LoopOptions(const CRunOptions& options);
   std::unique_ptr<CNodeWorkers> MakeWorkers(const CRunOptions& options);
+  std::unique_ptr<CLogKeeper> MakeKeeper(const CInputConfig& input) const;
+  void MakeReport();
+  int ReloadStages(const CRunPlan& plan, CString& reopened);
+  void EndLedgers(EStage stage, const CConfiguration& configuration);
+  void EndKeeper(CLogKeeper& keeper);
+  void Report(const CString& reopened);
+  CString OpenFaultOf(const CConfiguration& configuration) const;
   void TellLate(const CString& node);
   template <class ACTION>
   void Drive(ACTION action);
@@ -153,13 +181,9 @@ class CRun : private CRunMessenger::CReader {
     for (CRunObserver* observer : m_observers) (observer->*event)(arguments...);
   }
 
-  const EFolders m_folders;
-  const bool m_replayWrites;
-  const CStringList m_replayed;  // with the bad logs
-  std::vector<CString> m_badLogs;
-  const CConfiguration m_configuration;  // without the bad logs
+  const CRunOptions m_options;
   CRunMessenger& m_messenger;
-  CStageNames m_names;
+  CRunPlan m_plan;
   CLiveState m_live;
   CWrittenFiles m_files;
   std::vector<CRunObserver*> m_observers{&m_live, &m_files};
@@ -167,12 +191,12 @@ class CRun : private CRunMessenger::CReader {
   CRepeatedMessages m_repeated;  // while the messenger speaks to people
   std::unique_ptr<CRunReport> m_pReport;
   CLogs m_outputLogs, m_summaryLogs;
-  CLogs m_recoveredLogs;                 // of journals that no open output or summary owns
-  std::function<void()> m_trendChanged;  // the host's
-  bool m_isRenamed = false;              // since the last sample
-  const bool m_makesNoScan;
-  Time m_sumsDue{};                             // when m_counts.kept is to be updated
-  const std::unique_ptr<CLogKeeper> m_pKeeper;  // null: the default of the engine
+  CLogs m_recoveredLogs;                   // of journals that no open output or summary owns
+  bool m_isRenamed = false;                // since the last sample
+  Time m_sumsDue{};                        // when m_counts.kept is to be updated
+  std::vector<CRunLedger> m_endedLedgers;  // of stages that a reload has closed
+  std::unique_ptr<CLogKeeper> m_pKeeper;   // null: the default of the engine
+  CString m_reloadFault;
   std::atomic<bool> m_isStopping{false};
   const std::unique_ptr<CNodeWorkers> m_pWorkers;  // null: the same
   CScanLoop m_loop;

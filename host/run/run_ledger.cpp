@@ -1,5 +1,8 @@
 #include "host/run/run_ledger.h"
 
+#include <map>
+#include <utility>
+
 #include "vastra/platform/array.h"
 
 namespace vastra {
@@ -13,6 +16,20 @@ CLedgerSums Sum(const std::vector<CRunLedger>& ledgers) {
     sums.lost += entry.ledger.lost;
   }
   return sums;
+}
+
+void Merge(std::vector<CRunLedger>& all, const std::vector<CRunLedger>& more) {
+  std::map<std::pair<bool, CString>, std::size_t> next;  // where to look for the next account of a name
+  const std::size_t count = all.size();
+  for (const CRunLedger& entry : more) {
+    std::size_t& place = next[{entry.isSummary, entry.name}];
+    while (place < count && !(all[place].isSummary == entry.isSummary && all[place].name == entry.name))
+      ++place;
+    if (place < count)
+      all[place++].ledger += entry.ledger;
+    else
+      all.push_back(entry);
+  }
 }
 
 CString LossText(const std::vector<CRunLedger>& ledgers) {

@@ -20,6 +20,10 @@ struct CLedgerSums {
 
 CLedgerSums Sum(const std::vector<CRunLedger>& ledgers);
 
+// Adds more to all. The account of the nth output of a name is added to that of the nth output with this name
+// in all, and so with summaries; those that all does not have come at its end.
+void Merge(std::vector<CRunLedger>& all, const std::vector<CRunLedger>& more);
+
 // "12 rows lost (No space left on device)", with each cause once; empty if no row is lost.
 CString LossText(const std::vector<CRunLedger>& ledgers);
 

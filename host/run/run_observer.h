@@ -36,6 +36,8 @@ class CRunObserver {
   virtual void Started(const CStringArray& /*names*/) {}
   // The extra variables have changed: names are those of the next samples.
   virtual void Renamed(const CStringArray& /*names*/) {}
+  // The run goes on with another configuration; Renamed follows if the names have changed.
+  virtual void Reloaded() {}
   // The newest sample: the variables of the input and the extra variables. Called after the stages have
   // processed the sample.
   virtual void Sampled(const CLogSample&) {}

@@ -2,6 +2,8 @@
 #include "host/run/run.h"
 
 #include <atomic>
+#include <map>
+#include <random>
 #include <thread>
 
 #include "tests/host/logger.h"
@@ -201,6 +203,63 @@ TEST_F(Run, SaysWhyAStageDoesNotOpen) {
     EXPECT_EQ(run.OpenFault(), fault);
     EXPECT_FALSE(run.IsRunning());
   }
+}
+
+// Counts the samples, and those that each folder has to have.
+struct CExpected : CRunObserver {
+  void Sampled(const CLogSample&) override { ++samples, rows["a"] += 1, rows["b"] += hasB; }
+  std::uint64_t samples = 0;
+  bool hasB = false;
+  std::map<std::string, std::uint64_t> rows;
+};
+
+TEST_F(Run, ReloadsLoseNoRowThatTheOldOrTheNewConfigurationTakes) {
+  std::mt19937 random(1);
+  for (const char* folder : {"a", "b"}) std::filesystem::create_directory((m_dir / folder).Std());
+  WriteBytes(m_dir / "file", "");
+  const auto output = [](const char* name, const char* folder, unsigned samples) {
+    return nlohmann::json({{"name", name},
+                           {"enableText", "WriteToLog = 1;"},
+                           {"varNames", {"x"}},
+                           {"saveCsv", 1},
+                           {"maxSamples", samples},
+                           {"maxLogs", 10000},
+                           {"directory", folder}});
+  };
+  const auto configuration = [&](unsigned kind, const char* bad) {
+    nlohmann::json tree;
+    tree["input"]["plcNodes"][0] = {{"driver", {{"plcType", 9001}, {"text1", "counter"}}},
+                                    {"varNames", {"x"}}};
+    if (kind & 1) tree["input"]["plcNodes"][0]["varNames"].push_back("y");
+    tree["outputs"] = {output(kind & 2 ? "Renamed" : "All", "a", kind & 4 ? 7 : 5)};
+    if (kind & 8) tree["outputs"].push_back(output("More", "b", 3));
+    if (kind & 16) tree["summaries"] = {{{"varNames", {"x"}}, {"saveCsv", 1}, {"directory", "b"}}};
+    if (*bad) tree.merge_patch(nlohmann::json::parse(bad));
+    return Logger(tree.dump());
+  };
+  constexpr const char* kBad[] = {"", R"({"outputs": [{"saveRp": 1, "directory": "file"}]})",
+                                  R"({"plcWrite": {"nodes": [{"driver": {"plcType": 78}}]}})",
+                                  R"({"trend": {"calculateExtra": 1, "equationText": "e = nobody;"}})",
+                                  R"({"input": {"plcNodes": [{"driver": {"plcType": 77}}]}})"};
+  CExpected expected;
+  CRun run(configuration(0, ""), m_messenger, {{.policy = CLogPolicy()}});
+  run.AddObserver(&expected);
+  ASSERT_EQ(run.Start(), 1);
+  for (int reload = 0; reload < 60; ++reload) {
+    const unsigned kind = random() % 32;
+    const char* const bad = kBad[random() % std::size(kBad)];
+    for (unsigned scans = random() % 4; scans > 0; --scans) run.Step();
+    ASSERT_EQ(run.Reload(run.PlanOf(configuration(kind, bad))), !*bad) << run.ReloadFault().Std();
+    EXPECT_EQ(run.ReloadFault().IsEmpty(), !*bad);
+    if (!*bad) expected.hasB = kind & 8;
+  }
+  run.Step();
+  run.Stop();
+  const CLedgerSums sums = Sum(run.Ledger());
+  EXPECT_EQ(sums.onDisk, expected.rows["a"] + expected.rows["b"]);
+  EXPECT_EQ(sums.lost + sums.inJournal, 0u);
+  EXPECT_EQ(Rows(m_dir / "a"), expected.rows["a"]);
+  EXPECT_EQ(run.Counts().scans.read, expected.samples);
 }
 
 }  // namespace

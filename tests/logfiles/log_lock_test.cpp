@@ -46,6 +46,20 @@ TEST_F(LogLock, OneWriterOfANameAtATimeInAllProcesses) {
   EXPECT_EQ(Files(), " .vastra-a.lock .vastra-b.lock .vastra-c.lock");
 }
 
+TEST_F(LogLock, AHeldLockStopsAllButItsHolder) {
+  std::list<CLogLock> held;
+  CLogLock lock, second;
+  int other = 0;
+  TakeA(lock);
+  held.emplace_back().TakeOver(lock);
+  EXPECT_FALSE(lock.IsTaken());
+  EXPECT_EQ(TakeA(lock), ::getpid());
+  EXPECT_EQ(Take(second, "b", "12", "Items"), ::getpid());
+  EXPECT_EQ(second.Take("b", {m_dir.Path(), "12", "Items", false, ".rph", true, false}, other, held), 1);
+  lock.TakeOver(held.front());
+  EXPECT_TRUE(lock.IsTaken() && !lock.WasCutOff());
+}
+
 TEST_F(LogLock, RemembersTheUnfinishedLogUnlessItsRecordIsTorn) {
   CLogLock lock;
   TakeA(lock);

@@ -110,6 +110,7 @@ class VASTRA_API CFileLink : public CLink, private CFileSettings {
   // Ends the log and waits until the keeper has saved it, as Close does, but sends no lines for the
   // operation.
   void EndKept();
+  void HoldLock();
 
   // Writer and buffer: the sample of the last Write, without a message; without values before the first one.
   const CLogSample& LastSample() const { return m_lastSample; }

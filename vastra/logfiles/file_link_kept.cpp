@@ -1,5 +1,7 @@
 // The part of CFileLink that leaves its logs to a keeper.
+#include <chrono>
 #include <string>
+#include <thread>
 
 #include "vastra/logfiles/file_link.h"
 #include "vastra/logfiles/keeper_state.h"
@@ -7,6 +9,9 @@
 
 namespace vastra {
 namespace {
+
+constexpr int kTriesToHold = 50;
+constexpr std::chrono::milliseconds kHoldPause{1};
 
 constexpr double kLeastStep = 1;  // seconds that the clock goes back before the log ends
 
@@ -94,7 +99,14 @@ void CFileLink::EndKept() {
   Deliver();
   m_keptLedger = m_pTrack->Ledger();
   m_pKeeper->State().Remove(m_pTrack);
+  if (m_pKeeper->State().holdsLocks) HoldLock();
   m_pTrack.reset();
+}
+
+// A thread of the keeper can have the track for a moment. One that waits for a dead disk keeps the lock.
+void CFileLink::HoldLock() {
+  for (int i = 0; i < kTriesToHold && m_pTrack.use_count() > 1; ++i) std::this_thread::sleep_for(kHoldPause);
+  if (m_pTrack.use_count() == 1) m_pTrack->HoldLock();
 }
 
 CLogLedger CFileLink::GetLedger() const {

@@ -45,6 +45,8 @@ class CKeeperState : public std::enable_shared_from_this<CKeeperState> {
   bool IsNearLimit() const { return m_held > policy.hold / 2; }
 
   CString openFault;
+  bool holdsLocks = false;
+  std::list<CLogLock> heldLocks;                        // of tracks that were closed since then
   std::vector<std::shared_ptr<CLogTrack>> otherTracks;  // of journals without an open output or summary
 
  private:

@@ -30,6 +30,11 @@ std::vector<COtherLedger> CLogKeeper::Others() const {
   return others;
 }
 
+void CLogKeeper::HoldLocks(bool isOn) {
+  m_pState->holdsLocks = isOn;
+  if (!isOn) m_pState->heldLocks.clear();
+}
+
 const CString& CLogKeeper::GetOpenFault() const { return m_pState->openFault; }
 
 }  // namespace vastra

@@ -53,6 +53,10 @@ class VASTRA_API CLogKeeper {
   // names"; empty if the keeper had no objection.
   const CString& GetOpenFault() const;
 
+  // While it is on, the locks of outputs and summaries that close stay with the process, for those that open
+  // with the same names next: no other process can take the names meanwhile.
+  void HoldLocks(bool isOn);
+
   // For the file link.
   CKeeperState& State() { return *m_pState; }
 

@@ -3,11 +3,13 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "vastra/platform/file_layer.h"
@@ -56,7 +58,8 @@ bool IsInUse(const CString& path) {
 
 }  // namespace
 
-int CLogLock::Take(const CString& key, const CLogNaming& naming, int& other) {
+int CLogLock::Take(const CString& key, const CLogNaming& naming, int& other,
+                   const std::list<CLogLock>& held) {
   Release();
   m_naming = naming;
   m_key = key;
@@ -72,9 +75,20 @@ int CLogLock::Take(const CString& key, const CLogNaming& naming, int& other) {
     WriteNote(::getpid(), false);
   } catch (const CFileException&) {  // the disk is full: the lock holds without the note
   }
-  if (!FindOther(other)) return 1;
+  if (!FindOther(other, held)) return 1;
   Leave(before ? before->pid : 0);
   return 0;
+}
+
+void CLogLock::TakeOver(CLogLock& other) {
+  Release();
+  m_file = std::move(other.m_file);
+  m_status = other.m_status;
+  m_key = other.m_key;
+  m_path = other.m_path;
+  m_naming = other.m_naming;
+  m_unfinished = std::exchange(other.m_unfinished, std::nullopt);
+  m_wasCutOff = false;
 }
 
 // Unlocks with a note that process was the last owner, 0: the owner has released it.
@@ -137,14 +151,17 @@ void CLogLock::WriteNote(int process, bool isDurable) const {
 
 // Whether a lock of another key is in use, with a naming that can have the same names. A lock without a note
 // does not count: its process has not written it because the disk is full.
-bool CLogLock::FindOther(int& other) const {
+bool CLogLock::FindOther(int& other, const std::list<CLogLock>& held) const {
+  const auto isHeld = [&held](const CString& path) {
+    return std::any_of(held.begin(), held.end(), [&](const CLogLock& lock) { return lock.m_path == path; });
+  };
   std::vector<CFolderEntry> entries;
   if (!FileLayer().List(m_naming.Folder(), kLockEnding, entries))
     throw CFileException(m_naming.Folder(), errno);
   for (const CFolderEntry& entry : entries) {
     const CString path = JoinPath(m_naming.directory, entry.name);
     const bool isLock = entry.status.type == EFileType::regular && entry.name.Find(kLockPrefix) == 0;
-    if (!isLock || path == m_path || !IsInUse(path)) continue;
+    if (!isLock || path == m_path || isHeld(path) || !IsInUse(path)) continue;
     std::optional<CLockNote> note;
     TryForAMoment([&] { return (note = ReadNote(path)).has_value(); });
     if (note && CanNamesMeet(note->naming, m_naming)) return other = note->pid, true;

@@ -3,6 +3,7 @@
 // log that a clean stop has left unfinished. docs/file-formats.md describes the file.
 #pragma once
 
+#include <list>
 #include <memory>
 #include <optional>
 
@@ -24,9 +25,12 @@ class CLogLock {
 
   // Locks the naming in its folder; key is its LogKey. Returns 1, or 0 if another lock is in use, of this or
   // another process, whose logs could have the same names: other is the id of that process then, 0 if it is
-  // not known. Throws CFileException if the file of the lock cannot be created or the folder cannot be
-  // listed. Where the file system has no locks the result is 1.
-  int Take(const CString& key, const CLogNaming& naming, int& other);
+  // not known. held are not looked at. Throws CFileException if the file of the lock cannot be created or the
+  // folder cannot be listed. Where the file system has no locks the result is 1.
+  int Take(const CString& key, const CLogNaming& naming, int& other, const std::list<CLogLock>& held = {});
+  // Takes over other, which is locked. Nothing was cut off in between.
+  void TakeOver(CLogLock& other);
+  const CString& Key() const { return m_key; }
   void Release() { Leave(0); }  // no effect without a lock
   bool IsTaken() const { return m_file != nullptr; }
   // Takes a lock again whose file is missing, alone or with its folder. Returns and throws as Take does; 1 if
@@ -45,7 +49,7 @@ class CLogLock {
   void Leave(int process);
   bool IsOwn(const CFileStatus& file) const;  // whether it is m_file
   void WriteNote(int process, bool isDurable) const;
-  bool FindOther(int& other) const;
+  bool FindOther(int& other, const std::list<CLogLock>& held) const;
 
   std::unique_ptr<CFile> m_file;  // locked while it is open
   CFileStatus m_status;           // of m_file, when it was opened

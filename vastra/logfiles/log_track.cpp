@@ -27,13 +27,25 @@ CLogTrack::CLogTrack(CKeeperState& keeper, const CTrackSettings& settings)
 
 CString CLogTrack::Lock(const CString& key) {
   m_key = key;
+  std::list<CLogLock>& held = m_keeper.heldLocks;
+  const auto own =
+      std::find_if(held.begin(), held.end(), [&key](const CLogLock& lock) { return lock.Key() == key; });
+  if (own != held.end()) {
+    m_lock.TakeOver(*own);
+    held.erase(own);
+    return {};
+  }
   try {
     int other = 0;
-    if (m_lock.Take(key, m_settings.naming, other)) return {};
+    if (m_lock.Take(key, m_settings.naming, other, held)) return {};
     return m_settings.naming.Folder() + ": " + Writer(other) + " already writes logs with these names";
   } catch (const CFileException& fault) {
     return fault.m_path + ": " + fault.Text();
   }
+}
+
+void CLogTrack::HoldLock() {
+  if (m_lock.IsTaken()) m_keeper.heldLocks.emplace_back().TakeOver(m_lock);
 }
 
 bool CLogTrack::Append(const CLogSample& sample) {

@@ -54,6 +54,8 @@ class CLogTrack {
   // Takes the lock of the naming. Empty, or why the track cannot be opened. key: of the lock and the
   // journals.
   CString Lock(const CString& key);
+  // Leaves the lock of a closed track to the keeper; on the thread of the scans.
+  void HoldLock();
   // The same without a lock, for journals that have no other owner.
   void Adopt(const CString& key) { m_key = key; }
   // Makes logs of the journals of ended runs, and continues the log that the last run has left unfinished if
