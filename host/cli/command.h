@@ -25,6 +25,7 @@ std::span<const CCommand> Commands();
 
 CAction DeclareDemo(CArguments& arguments);
 CAction DeclareRun(CArguments& arguments);
+CAction DeclareInit(CArguments& arguments);
 CAction DeclareCheck(CArguments& arguments);
 CAction DeclareImport(CArguments& arguments);
 CAction DeclareExport(CArguments& arguments);

@@ -13,6 +13,8 @@ constexpr CCommand kCommands[] = {
      DeclareWatch},
     {"check", "Check a configuration without contacting a PLC, and list the variables of each stage",
      "vastra check kiln.json", DeclareCheck},
+    {"init", "Write a configuration to start a service from", "vastra init kiln --modbus 192.168.0.10",
+     DeclareInit},
     {"import", "Write a configuration file from JSON", "vastra import kiln.json kiln.vst", DeclareImport},
     {"export", "Print a configuration as JSON", "vastra export kiln.vst > kiln.json", DeclareExport},
     {"report", "Print a configuration as a text report", "vastra report kiln.json", DeclareReport},

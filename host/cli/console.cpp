@@ -24,9 +24,10 @@ void CHostConsole::Show(EVerbosity verbosity) {
   m_messenger.SetFilters(1, 1, words, words, verbosity == EVerbosity::debug);
 }
 
-// A Notice for people is most often good news.
+// A Notice for people is most often good news. The journal shows priorities, not colours.
 int CHostConsole::Write(UINT, const CString& text, COLORREF colour, DWORD) {
-  const bool isPlain = m_messenger.SpeaksToPeople() && colour == kNoticeColour;
+  const bool isPlain =
+      m_messenger.SpeaksToPeople() && colour == kNoticeColour && !CTerminal::Instance().IsJournal();
   CTerminal::Instance().Lines(text, isPlain ? kPlain : colour);
   return 1;
 }

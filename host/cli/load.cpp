@@ -5,8 +5,8 @@
 
 namespace vastra {
 
-EExit Load(const CFileArgument& file, CConfiguration& configuration) {
-  const CString fault = LoadConfiguration(file.path, configuration);
+EExit Load(const CFileArgument& file, CConfiguration& configuration, const CString& root) {
+  const CString fault = LoadConfiguration(file.path, configuration, root);
   return fault.IsEmpty() ? kDone : Fail(kRefused, file.typed, fault);
 }
 

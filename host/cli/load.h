@@ -10,7 +10,8 @@ namespace vastra {
 // The help of that argument.
 constexpr const char* kConfigurationHelp = "The configuration, as JSON or as a configuration file";
 
-// Returns kDone, or kRefused after an error message; then configuration does not change.
-EExit Load(const CFileArgument& file, CConfiguration& configuration);
+// Returns kDone, or kRefused after an error message; then configuration does not change. root: see
+// LoadConfiguration.
+EExit Load(const CFileArgument& file, CConfiguration& configuration, const CString& root = {});
 
 }  // namespace vastra

@@ -35,7 +35,7 @@ CString TextOf(const CRunCounts& counts) {
 }  // namespace
 
 CScanLoop::Time CProgress::Show() {
-  if (!CTerminal::Instance().HasStatus()) return CScanLoop::Time::max();
+  if (!m_isShown || !CTerminal::Instance().HasStatus()) return CScanLoop::Time::max();
   if (!m_pace.IsDue()) return m_pace.Next();
   CTerminal::Instance().Status({TextOf(m_counts).Std()});
   return CScanLoop::Time::max();

@@ -24,10 +24,10 @@ CJson ToJson(const CSessionResult& result) {
           {"ledger", LedgerJson(result.ledger)}};
 }
 
-EExit Run(const CRunArguments& arguments, bool asJson) {
-  CProgress progress;
+EExit Run(const CRunArguments& arguments, bool asJson, const CServiceRequest& service) {
+  CProgress progress(!service.isService);
   CSessionResult result;
-  const EExit status = arguments.Run(progress, result);
+  const EExit status = arguments.Run(progress, result, service);
   if (status != kDone) return status;
   if (!asJson) return PrintEnd(result);
   if (const CString loss = LossText(result.ledger); !loss.IsEmpty())
@@ -42,7 +42,14 @@ CAction DeclareRun(CArguments& arguments) {
   const CRunArguments run(arguments);
   const auto asJson = arguments.Flag(
       "--json", "Print the counts, the files written and the account of each log as one object");
-  return [=] { return Run(run, *asJson); };
+  const auto service = arguments.Flag(
+      "--service", "Notify the manager of services, write for its journal, and reload at SIGHUP");
+  const auto root = arguments.OptionalFile("--root", "DIR",
+                                           "Take relative folders and logs of the configuration from there");
+  const auto retry =
+      arguments.Flag("--retry", "Try again until a device, folder, driver or log that is missing has come");
+  for (const char* option : {"--service", "--retry"}) arguments.Exclude(option, "--plain");
+  return [=] { return Run(run, *asJson, {*service, *retry, *root ? (*root)->path : CString()}); };
 }
 
 }  // namespace vastra

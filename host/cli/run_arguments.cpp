@@ -2,6 +2,7 @@
 
 #include "host/cli/load.h"
 #include "host/cli/terminal/terminal.h"
+#include "vastra/platform/file_system.h"
 
 namespace vastra {
 namespace {
@@ -16,6 +17,14 @@ constexpr std::int64_t kMostMegabytes = std::int64_t{1} << 20;  // a terabyte
 
 std::chrono::milliseconds ToMilliseconds(double seconds) {
   return std::chrono::ceil<std::chrono::milliseconds>(std::chrono::duration<double>(seconds));
+}
+
+// The configuration of a service can be named without its ending.
+CFileArgument WithEnding(const CFileArgument& file) {
+  if (FileExists(file.path)) return file;
+  for (const char* ending : {".json", ".vst"})
+    if (FileExists(file.path + ending)) return {file.typed + ending, file.path + ending};
+  return file;
 }
 
 }  // namespace
@@ -59,28 +68,36 @@ CRunArguments::CRunArguments(CArguments& arguments)
     arguments.Exclude(option, "--plain");
 }
 
-EExit CRunArguments::Run(CSessionView& view, CSessionResult& result) const {
+EExit CRunArguments::Run(CSessionView& view, CSessionResult& result, const CServiceRequest& service) const {
   CTerminal::Instance().StampLines();
+  if (service.isService) CTerminal::Instance().FollowJournal();
   if (*m_quiet) CTerminal::Instance().BeQuiet();
   if (m_drivers.Search(!*m_plain) != kDone) return kWrongUse;
+  if (service.isService) *m_file = WithEnding(*m_file);
   CConfiguration configuration;
-  if (Load(*m_file, configuration) != kDone) return kRefused;
+  if (Load(*m_file, configuration, service.root) != kDone) return kRefused;
   if (!*m_plain) WarnOfModules();
-  return RunSession(m_file->typed, configuration, Options(), view, result);
+  return RunSession(m_file->typed, configuration, Options(service), view, result);
 }
 
-CSessionOptions CRunArguments::Options() const {
-  return {{.threaded = *m_threaded,
-           .scans = m_scans->value_or(-1),
-           .period = CScanLoop::Period(m_period->value_or(-1)),
-           .node = static_cast<UINT>(m_node->value_or(0)),
-           .replayWrites = *m_writePlc || *m_plain,
-           .policy = Policy(),
-           .patience = Patience()},
-          Verbosity(*m_debug, *m_quiet),
-          true,
-          *m_strict,
-          *m_createFolders ? EFolders::create : EFolders::attempt};
+CSessionOptions CRunArguments::Options(const CServiceRequest& service) const {
+  CSessionOptions options = {{.threaded = *m_threaded,
+                              .scans = m_scans->value_or(-1),
+                              .period = CScanLoop::Period(m_period->value_or(-1)),
+                              .node = static_cast<UINT>(m_node->value_or(0)),
+                              .replayWrites = *m_writePlc || *m_plain,
+                              .policy = Policy(),
+                              .patience = Patience()},
+                             Verbosity(*m_debug, *m_quiet),
+                             true,
+                             *m_strict,
+                             *m_createFolders ? EFolders::create : EFolders::attempt,
+                             service.retries};
+  if (service.isService)
+    options.load = [file = *m_file, root = service.root](CConfiguration& fresh) {
+      return Load(file, fresh, root);
+    };
+  return options;
 }
 
 std::optional<CScanLoop::Period> CRunArguments::Patience() const {

@@ -10,16 +10,23 @@ namespace vastra {
 // --plain, of run, watch, demo and check.
 CArgument<bool> DeclarePlain(CArguments& arguments);
 
+// What run alone can be asked for.
+struct CServiceRequest {
+  bool isService = false;  // see CSessionOptions::load; lines for the journal, if standard error leads to it
+  bool retries = false;
+  CString root = {};  // see LoadConfiguration
+};
+
 class CRunArguments {
  public:
   explicit CRunArguments(CArguments& arguments);
 
   const CFileArgument& File() const { return *m_file; }
   // Sets the terminal up, reads the configuration and runs it; see RunSession.
-  EExit Run(CSessionView& view, CSessionResult& result) const;
+  EExit Run(CSessionView& view, CSessionResult& result, const CServiceRequest& service = {}) const;
 
  private:
-  CSessionOptions Options() const;
+  CSessionOptions Options(const CServiceRequest& service) const;
   std::optional<CLogPolicy> Policy() const;
   std::optional<CScanLoop::Period> Patience() const;
 

@@ -2,7 +2,7 @@
 
 #include "host/cli/number_text.h"
 #include "host/cli/terminal/terminal.h"
-#include "host/run/inbox.h"
+#include "host/common/replay_list.h"
 
 namespace vastra {
 namespace {
@@ -44,41 +44,27 @@ EExit PrintBadLogs(const CString& subject, const std::vector<CString>& lines, bo
   return isStrict && !lines.empty() ? kFailed : kDone;
 }
 
+CVerdict Judge(CConfiguration configuration, CHostConsole& console, EFolders folders, bool replayWrites) {
+  const CStringList replayed = configuration.m_input.m_inputFiles;
+  CVerdict verdict;
+  verdict.badLogs = LeaveOutBadLogs(configuration);
+  const CRunMessenger::CQuiet quiet(console.Messenger());
+  const CStageNames names = GivenNames(configuration, FindStageNames(configuration));
+  verdict.findings = CheckConfiguration(configuration, names, {true, folders, replayWrites, &replayed});
+  verdict.faults = FindEquationFaults(configuration, names);
+  return verdict;
+}
+
+EExit PrintVerdict(const CString& subject, const CVerdict& verdict, bool isStrict) {
+  PrintWarnings(subject, verdict.findings);
+  const EExit status = PrintBadLogs(subject, verdict.badLogs, isStrict);
+  return status == kDone ? PrintRefusals(subject, verdict.findings, verdict.faults) : status;
+}
+
 void PrintReadOnly(const CString& subject, const CConfiguration& configuration, const CLoopOptions& options) {
   if (LeavesOutWriting(configuration, options))
     CTerminal::Instance().Remark("vastra: " + subject +
                                  ": plcWrite: a replay writes to no PLC; --write-plc writes");
-}
-
-EExit RunSession(const CString& subject, const CConfiguration& configuration, const CSessionOptions& options,
-                 CSessionView& view, CSessionResult& result) {
-  const bool isPlain = !options.loop.policy;
-  CHostConsole console(options.verbosity, isPlain);
-  CInbox inbox;
-  CRunOptions runOptions = {options.loop};
-  runOptions.target = &inbox;
-  runOptions.stopAsked = CStopSignals::HaveCome;
-  runOptions.reports = options.reports && !isPlain;
-  runOptions.folders = options.folders;
-  CRun run(configuration, console.Messenger(), runOptions);
-  const std::vector<CFinding> findings = run.Findings();
-  PrintWarnings(subject, findings);
-  if (PrintBadLogs(subject, run.BadLogs(), options.isStrict) != kDone) return kFailed;
-  if (PrintRefusals(subject, findings, run.EquationFaults()) != kDone) return kRefused;
-  if (run.Names().hasInput) {
-    const EExit status = view.Begin(run.SampleNames());
-    if (status != kDone) return status;
-  }
-
-  PrintReadOnly(subject, configuration, options.loop);
-
-  const CStopSignals stops(inbox);
-  run.AddObserver(&view);
-  // A signal while the stages open, a driver among them, ends a run without a scan.
-  if (!run.Start() && !CStopSignals::HaveCome()) return Fail(kFailed, subject, run.OpenFault());
-  DriveToEnd(run, inbox, [&view] { return view.Show(); });
-  result = {run.Counts().scans, run.Files(), run.Ledger()};
-  return view.End();
 }
 
 EExit PrintEnd(const CSessionResult& result) {

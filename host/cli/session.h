@@ -18,6 +18,10 @@ struct CSessionOptions {
   bool reports = true;    // of a healthy run, unless --plain is given
   bool isStrict = false;  // a replay with a bad log in its list does not start
   EFolders folders = EFolders::attempt;
+  bool retries = false;  // waits for what can come: a device, a folder, a driver module, a log to replay
+  // Of a service, which notifies its manager: reads the configuration again when SIGHUP has come. kDone, or
+  // another status after an error message. Null: no service.
+  std::function<EExit(CConfiguration&)> load = nullptr;
 };
 
 // What the user sees during a run.
@@ -53,6 +57,16 @@ EExit PrintRefusals(const CString& subject, const std::vector<CFinding>& finding
                     const std::vector<CEquationFinding>& faults);
 // Prints the bad logs of a replay: as warnings, or as errors with the result kFailed if isStrict.
 EExit PrintBadLogs(const CString& subject, const std::vector<CString>& lines, bool isStrict);
+
+// What the checks say of a configuration that no run has.
+struct CVerdict {
+  std::vector<CString> badLogs;  // of a replay
+  std::vector<CFinding> findings;
+  std::vector<CEquationFinding> faults;
+};
+CVerdict Judge(CConfiguration configuration, CHostConsole& console, EFolders folders, bool replayWrites);
+// Prints a verdict as the functions above do. kDone if a run can start, else their status.
+EExit PrintVerdict(const CString& subject, const CVerdict& verdict, bool isStrict = false);
 
 // Says, if it is so, that a replay writes to no PLC.
 void PrintReadOnly(const CString& subject, const CConfiguration& configuration, const CLoopOptions& options);

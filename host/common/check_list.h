@@ -30,7 +30,7 @@ using CCheckFunction = void(const CCheckContext&, CFindings&);
 
 // log_checks.cpp:
 CCheckFunction CheckClock, CheckLimits, CheckSaving, CheckPrefixes, CheckLogNames, CheckReplayed,
-    CheckFolders, CheckSharedFolders;
+    CheckFolderNames, CheckFolders, CheckSharedFolders;
 // node_checks.cpp:
 CCheckFunction CheckDrivers, CheckDriverSettings, CheckScalers, CheckAbsence, CheckAliveVars;
 // name_checks.cpp:

@@ -11,10 +11,18 @@
 namespace vastra {
 namespace {
 
-constexpr CCheckFunction* kChecks[] = {
-    CheckClock,    CheckDrivers, CheckDriverSettings, CheckScalers,  CheckAbsence,       CheckAliveVars,
-    CheckReplayed, CheckNames,   CheckLogNames,       CheckFlags,    CheckBaseVars,      CheckUnusedEquations,
-    CheckSums,     CheckLimits,  CheckSaving,         CheckPrefixes, CheckSharedFolders, CheckFolders,
+struct CCheck {
+  CCheckFunction* check;
+  bool mayPass;  // what it refuses can be right later: a module is installed, a disk is mounted
+};
+constexpr CCheck kChecks[] = {
+    {CheckClock, true},     {CheckDrivers, true},        {CheckDriverSettings, false},
+    {CheckScalers, false},  {CheckAbsence, false},       {CheckAliveVars, false},
+    {CheckReplayed, false}, {CheckNames, false},         {CheckLogNames, false},
+    {CheckFlags, false},    {CheckBaseVars, false},      {CheckUnusedEquations, false},
+    {CheckSums, false},     {CheckLimits, false},        {CheckSaving, false},
+    {CheckPrefixes, false}, {CheckSharedFolders, false}, {CheckFolderNames, false},
+    {CheckFolders, true},
 };
 
 // The blocks of a configuration file, in order.
@@ -35,7 +43,11 @@ std::vector<CFinding> CheckConfiguration(const CConfiguration& configuration, co
                                          const CCheckOptions& options) {
   const CCheckContext context = {configuration, names, options};
   CFindings findings(options.keepsLogs);
-  for (CCheckFunction* check : kChecks) check(context, findings);
+  for (const CCheck& check : kChecks) {
+    const std::size_t before = findings.All().size();
+    check.check(context, findings);
+    for (std::size_t i = before; i < findings.All().size(); ++i) findings.All()[i].mayPass = check.mayPass;
+  }
   std::stable_sort(findings.All().begin(), findings.All().end(),
                    [](const CFinding& a, const CFinding& b) { return PlaceOf(a.key) < PlaceOf(b.key); });
   return std::move(findings.All());

@@ -10,8 +10,9 @@ namespace vastra {
 
 struct CFinding {
   bool isRefused;
-  CString key;   // the path of the key, such as "outputs[1].maxLogs"
-  CString text;  // what is wrong with it
+  CString key;           // the path of the key, such as "outputs[1].maxLogs"
+  CString text;          // what is wrong with it
+  bool mayPass = false;  // without a change of the configuration: what is missing can come
 
   CString Line() const { return key + ": " + text; }
 };

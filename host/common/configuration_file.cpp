@@ -24,7 +24,29 @@ void Store(CFile& file, CConfiguration& configuration) {
   ar.Close();
 }
 
-CString Load(CArchive& ar, CConfiguration& fresh) {
+// Loads a configuration file with its relative paths taken from root, unless root is empty.
+class CLoadWalk : public CArchiveWalk {
+ public:
+  CLoadWalk(CArchive& ar, UINT version, const CString& root) : CArchiveWalk(ar, version), m_root(root) {}
+
+  void Path(const char* name, CString& path) override {
+    CArchiveWalk::Path(name, path);
+    Root(path);
+  }
+  void Paths(const char* name, CStringList& paths) override {
+    CArchiveWalk::Paths(name, paths);
+    for (CString& path : paths) Root(path);
+  }
+
+ private:
+  void Root(CString& path) const {
+    if (!m_root.IsEmpty()) path = MakeAbsolute(m_root, path);
+  }
+
+  const CString& m_root;
+};
+
+CString Load(CArchive& ar, const CString& root, CConfiguration& fresh) {
   CString fault;
   char magic[sizeof kMagic];
   if (std::memcmp(magic, kMagic, ar.Read(magic, sizeof magic)) != 0)
@@ -34,18 +56,18 @@ CString Load(CArchive& ar, CConfiguration& fresh) {
     fault.Format("a configuration file of version %u, which is unknown", fresh.m_version);
     return fault;
   }
-  CArchiveWalk walk(ar, fresh.m_version);
+  CLoadWalk walk(ar, fresh.m_version, root);
   fresh.Fields(walk);
   if (const std::uint64_t rest = ar.Remaining())
     fault.Format("%llu extra bytes after the end", static_cast<unsigned long long>(rest));
   return fault;
 }
 
-CString LoadBytes(std::string bytes, CConfiguration& fresh) {
+CString LoadBytes(std::string bytes, const CString& root, CConfiguration& fresh) {
   CMemFile file(std::move(bytes));
   CArchive ar(&file, CArchive::load);
   try {
-    return Load(ar, fresh);
+    return Load(ar, root, fresh);
   } catch (const CArchiveException& fault) {
     return fault.Text();
   }
@@ -71,15 +93,16 @@ std::string ReadAll(CFile& file) {
 
 }  // namespace
 
-CString ParseConfiguration(std::string bytes, const CString& folder, CConfiguration& configuration) {
+CString ParseConfiguration(std::string bytes, const CString& folder, CConfiguration& configuration,
+                           const CString& root) {
   CConfiguration fresh;
-  CString fault =
-      IsJson(bytes) ? ConfigurationFromJson(bytes, folder, fresh) : LoadBytes(std::move(bytes), fresh);
+  CString fault = IsJson(bytes) ? ConfigurationFromJson(bytes, root.IsEmpty() ? folder : root, fresh)
+                                : LoadBytes(std::move(bytes), root, fresh);
   if (fault.IsEmpty()) configuration = std::move(fresh);
   return fault;
 }
 
-CString LoadConfiguration(const CString& path, CConfiguration& configuration) {
+CString LoadConfiguration(const CString& path, CConfiguration& configuration, const CString& root) {
   const CString other = OtherThanFile(path);
   if (!other.IsEmpty() && FileExists(path)) return "is " + other + ", not a configuration";
   try {
@@ -87,7 +110,7 @@ CString LoadConfiguration(const CString& path, CConfiguration& configuration) {
     if (file.GetLength() > kMostBytes) return kTooLarge;
     std::string bytes = ReadAll(file);
     if (bytes.size() > kMostBytes) return kTooLarge;
-    return ParseConfiguration(std::move(bytes), DirectoryOf(MakeAbsolute(path)), configuration);
+    return ParseConfiguration(std::move(bytes), DirectoryOf(MakeAbsolute(path)), configuration, root);
   } catch (const CFileException& fault) {
     return fault.Text();
   }
@@ -110,7 +133,7 @@ std::string StoreConfiguration(CConfiguration& configuration) {
 
 CStringArray LostInFile(CConfiguration& configuration) {
   CConfiguration loaded;
-  LoadBytes(StoreConfiguration(configuration), loaded);
+  LoadBytes(StoreConfiguration(configuration), CString(), loaded);
   CString words;
   words.Format(": a configuration file of version %u cannot hold it", configuration.m_version);
   CStringArray lines = DifferentKeys(configuration, loaded);

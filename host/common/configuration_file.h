@@ -10,9 +10,12 @@
 namespace vastra {
 
 // Reads either form, from a regular file of at most 64 MB. On a failure configuration does not change.
-CString LoadConfiguration(const CString& path, CConfiguration& configuration);
-// The same for bytes in memory. Relative paths in JSON are relative to folder.
-CString ParseConfiguration(std::string bytes, const CString& folder, CConfiguration& configuration);
+// root, if not empty, is absolute: relative paths of both forms are taken from there. Without root those in
+// JSON are relative to the folder of the file.
+CString LoadConfiguration(const CString& path, CConfiguration& configuration, const CString& root = {});
+// The same for bytes in memory. Relative paths in JSON are relative to folder if root is empty.
+CString ParseConfiguration(std::string bytes, const CString& folder, CConfiguration& configuration,
+                           const CString& root = {});
 
 // Writes the configuration file in the version of configuration. On a failure the file at path does
 // not change.

@@ -1,10 +1,15 @@
 #include "host/common/demo.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 
+#include "host/common/json_text.h"
 #include "vastra/platform/file_system.h"
 #include "vastra/platform/save_file.h"
 
@@ -78,6 +83,51 @@ const char* const kDemoConfiguration = R"({
   }
 }
 )";
+
+namespace {
+
+// The path of a device as a string of JSON comes in the place of HOST.
+constexpr const char* kModbusConfiguration = R"({
+  "version": 1003,
+  "input": {
+    "scanPeriod": 1000,
+    "plcNodes": [
+      { "nodeName": "Device",
+        "driver": { "plcType": 9002, "text1": HOST, "station": 1, "text2": "h0, h1" },
+        "varNames": ["Register0", "Register1"], "absent": "nan", "aliveVar": "DeviceAlive" }
+    ]
+  },
+  "outputs": [
+    { "name": "All variables, named by time",
+      "enableText": "WriteToLog = 1;",
+      "varNames": ["Register0", "Register1", "DeviceAlive"],
+      "saveRp": 1, "saveCsv": 1, "maxLogs": 1000, "maxSamples": 3600, "minFree": 1000000000,
+      "directory": "all", "nameVariable": "System Time" }
+  ]
+}
+)";
+
+std::string Replaced(std::string text, const std::string& what, const std::string& with) {
+  return text.replace(text.find(what), what.size(), with);
+}
+
+}  // namespace
+
+std::string ExampleConfiguration(const CString& host) {
+  if (host.IsEmpty()) return Replaced(kDemoConfiguration, "\"scanPeriod\": 25,", "\"scanPeriod\": 1000,");
+  return Replaced(kModbusConfiguration, "HOST", CJson(host.Std()).dump());
+}
+
+CString WriteNewFile(const CString& path, const std::string& text) {
+  constexpr mode_t kReadableMode = 0644;
+  const int file = ::open(path, O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, kReadableMode);
+  if (file < 0) return std::strerror(errno);
+  const ssize_t written = ::write(file, text.data(), text.size());
+  const int error = written < 0 ? errno : written == static_cast<ssize_t>(text.size()) ? 0 : ENOSPC;
+  if (::close(file) == 0 && error == 0) return {};
+  ::unlink(path);
+  return std::strerror(error == 0 ? EIO : error);
+}
 
 CString MakeDemoFolders(const CString& folder) {
   for (const char* each : kFolders) {

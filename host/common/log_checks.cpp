@@ -120,16 +120,20 @@ void CheckReplayed(const CCheckContext& context, CFindings& findings) {
   }
 }
 
+void CheckFolderNames(const CCheckContext& context, CFindings& findings) {
+  if (context.options.folders == EFolders::leaveOut) return;
+  for (const CLogTarget& target : context.targets)
+    if (target.directory.IsEmpty())
+      findings.Refuse(target.key + ".directory", "is empty: there is no folder for the logs");
+}
+
 // A full disk is a warning: the logs wait until there is space.
 void CheckFolders(const CCheckContext& context, CFindings& findings) {
   if (context.options.folders == EFolders::leaveOut) return;
   std::map<CString, CFolderTrial> trials;
   for (const CLogTarget& target : context.targets) {
+    if (target.directory.IsEmpty()) continue;
     const CString key = target.key + ".directory";
-    if (target.directory.IsEmpty()) {
-      findings.Refuse(key, "is empty: there is no folder for the logs");
-      continue;
-    }
     const auto [trial, isFirst] = trials.try_emplace(target.directory);
     if (isFirst) trial->second = TryFolder(target.directory, context.options.folders == EFolders::create);
     if (trial->second.error == 0) continue;

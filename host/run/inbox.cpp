@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <system_error>
+#include <utility>
 
 #include "host/run/run.h"
 
@@ -116,9 +117,15 @@ CStopSignals::~CStopSignals() {
 
 bool CStopSignals::HaveCome() { return g_isStopped; }
 
-void DriveToEnd(CRun& run, CInbox& inbox, const std::function<CInbox::Time()>& show) {
+void DriveToEnd(CRun& run, CInbox& inbox, const std::function<CInbox::Time()>& show,
+                const std::function<void(UINT)>& asked) {
   CInbox::Time report = run.KeepsLogs() ? Clock::now() : CInbox::Time::max();
+  UINT question = 0;
   while (run.IsRunning()) {
+    if (question != 0 && !run.IsPending()) {
+      asked(std::exchange(question, 0));
+      continue;
+    }
     const CInbox::Time due = run.IsPending() ? CInbox::Time::max() : run.NextDue();
     const CInbox::Time redraw = show();
     CMessage message;
@@ -131,6 +138,8 @@ void DriveToEnd(CRun& run, CInbox& inbox, const std::function<CInbox::Time()>& s
       }
     } else if (message.m_message == CStopSignals::messageStop) {
       run.Stop();
+    } else if (message.m_message >= kHostMessages && asked) {
+      question = message.m_message;
     } else {
       run.Notify(message.m_message, message.m_wparam);
     }

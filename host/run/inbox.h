@@ -48,9 +48,14 @@ class CStopSignals {
   static bool HaveCome();  // from any thread
 };
 
+// The first ID of the messages that a host posts to its own inbox.
+constexpr UINT kHostMessages = CStopSignals::messageStop + 1;
+
 // Drives run, which has been started, to its end. inbox is its target. show is called between the steps; it
-// returns the time at which it wants to be called again even if nothing happens before.
-void DriveToEnd(CRun& run, CInbox& inbox, const std::function<CInbox::Time()>& show);
+// returns the time at which it wants to be called again even if nothing happens before. asked gets the newest
+// message of the host, between two scans.
+void DriveToEnd(CRun& run, CInbox& inbox, const std::function<CInbox::Time()>& show,
+                const std::function<void(UINT)>& asked = {});
 inline void DriveToEnd(CRun& run, CInbox& inbox) {
   DriveToEnd(run, inbox, [] { return CInbox::Time::max(); });
 }

@@ -70,14 +70,28 @@ CString FindWriteFault(const CConfiguration& configuration) {
   return {};
 }
 
-CString FindOutputFault(const CConfiguration& configuration) {
+CString FindNameFaults(const CConfiguration& configuration) {
   int index = 0;
   for (const COutputConfig* output : configuration.m_outputs.m_outputs) {
     CString why = FindNameFault(KeyPath("outputs", index++), *output);
     if (!why.IsEmpty()) return why;
   }
-  return FindFolderFault(configuration, "outputs");
+  return {};
 }
+
+CString FindOutputFault(const CConfiguration& configuration) {
+  const CString why = FindNameFaults(configuration);
+  return why.IsEmpty() ? FindFolderFault(configuration, "outputs") : why;
+}
+
+bool HasInput(const CConfiguration& configuration) {
+  const CInputConfig& input = configuration.m_input;
+  return input.m_simulating ? !input.m_inputFiles.IsEmpty() : !input.m_plcNodes.IsEmpty();
+}
+
+bool HasLogNames(const CConfiguration& configuration) { return FindNameFaults(configuration).IsEmpty(); }
+bool Always(const CConfiguration&) { return true; }
+bool Never(const CConfiguration&) { return false; }
 
 CString FindNothing(const CConfiguration&) { return {}; }
 
@@ -114,6 +128,16 @@ CString FindOpenFault(const CConfiguration& configuration, EStage stage) {
       FindNothing,  // trend
   };
   return kFinders[static_cast<std::size_t>(stage)](configuration);
+}
+
+bool MayOpenLater(const CConfiguration& configuration, EStage stage) {
+  static constexpr bool (*kMayOpen[])(const CConfiguration&) = {
+      Never,                        // no stage
+      HasInput,    Never,           // smart
+      HasLogNames, Always, Always,  // outputs, summaries, plcWrite
+      Never,                        // trend
+  };
+  return kMayOpen[static_cast<std::size_t>(stage)](configuration);
 }
 
 CString WhyNotOpened(const CString& why) {

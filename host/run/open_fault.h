@@ -19,6 +19,10 @@ inline CString FindNameFault(const CString&, const CSummaryConfig&) { return {};
 // The same for one node of the PLC write stage. key: its path.
 CString FindOpenFault(const CPlcSingleConfig& node, const CString& key);
 
+// Whether a stage that does not open can open later, although the configuration stays as it is: a device, a
+// folder or a log comes, or another process ends.
+bool MayOpenLater(const CConfiguration& configuration, EStage stage);
+
 // Returns why or, if it is empty, a reference to the messages of the links.
 CString WhyNotOpened(const CString& why);
 

@@ -171,6 +171,8 @@ CString CRun::OpenFaultOf(const CConfiguration& configuration) const {
          (kept.IsEmpty() ? WhyNotOpened(FindOpenFault(configuration, stage)) : kept);
 }
 
+bool CRun::OpensLater() const { return MayOpenLater(m_configuration, m_loop.WhichFailed()); }
+
 void CRun::Step() {
   Drive([this] { m_loop.Step(); });
 }

@@ -84,6 +84,8 @@ class CRun : private CRunMessenger::CReader {
   int Start();
   // One line: the stage and why it does not open.
   CString OpenFault() const;
+  // Whether it can open later with the same configuration, see MayOpenLater.
+  bool OpensLater() const;
 
   bool IsRunning() const { return m_loop.IsRunning(); }
   bool IsPending() const { return m_loop.IsPending(); }

@@ -27,6 +27,10 @@ class CKeeperState : public std::enable_shared_from_this<CKeeperState> {
   // Until when the logs of a track that closes may wait for the disk: closeWithin after the first call since
   // the last track was added, but a second at least, for one whose disk is well.
   CKeeperTime CloseBy();
+  // Tells the host that the thread of the scans still waits.
+  void TellWaiting() const {
+    if (policy.waiting) policy.waiting();
+  }
   // Whether a step of the clock to time was not reported yet.
   bool IsNewStep(const _timeb& time);
 

@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 
 namespace vastra {
 
@@ -20,6 +21,9 @@ struct CLogPolicy {
   std::chrono::milliseconds closeWithin{30000};  // the longest wait of Close for the disk
   std::chrono::milliseconds retry{5000};         // until a log that could not be saved is tried again
   std::chrono::milliseconds journal{50};         // from write to write of a journal
+  // Called several times a second while the thread of the scans waits for the disk, and between the logs of
+  // journals that are recovered; for a host that is watched. Null: nothing.
+  std::function<void()> waiting = {};
 };
 
 // How many logs an output keeps beside the limit of their number; 0: no limit.

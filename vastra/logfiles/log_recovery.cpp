@@ -102,6 +102,7 @@ void CLogTrack::Recover(bool continues) {
   std::size_t left = logs.size();
   for (const auto& [number, journals] : logs) {
     --left;
+    m_keeper.TellWaiting();
     isOneLeft |= !RecoverLog(journals, continues && left == 0, recovered);
     if (left == 0 || !m_keeper.IsNearLimit()) continue;
     isOneLeft = true;
@@ -362,9 +363,8 @@ void CLogTrack::Enqueue(const CLogPointer& log, bool goesOn) {
   }
   m_keeper.Wake();
   CGuard lock(m_mutex);
-  m_changed.wait_for(lock, m_keeper.policy.closeWithin, [&] {
-    return log->isDropped || !m_logs[0]->failure.IsEmpty() || (goesOn && log->IsSaved());
-  });
+  WaitUntil(lock, std::chrono::steady_clock::now() + m_keeper.policy.closeWithin,
+            [&] { return log->isDropped || !m_logs[0]->failure.IsEmpty() || (goesOn && log->IsSaved()); });
 }
 
 std::vector<CKeeperLine> RecoverForeignJournals(CKeeperState& keeper, CLogListener* listener) {
@@ -380,6 +380,7 @@ std::vector<CKeeperLine> RecoverForeignJournals(CKeeperState& keeper, CLogListen
       CSampleStore samples;
       const CString path = JoinPath(CString(folder), JournalFile(entry.key, entry.number));
       if (keys.count(entry.key.Std()) > 0) continue;
+      keeper.TellWaiting();
       if (!ReadJournal(path, content, samples)) {
         if (!content.isHeadTorn)
           lines.push_back({severityWarning, path + " is left as it is: " + content.fault});

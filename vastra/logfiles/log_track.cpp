@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <algorithm>
+
 #include "vastra/core/messenger.h"
 #include "vastra/logfiles/keeper_state.h"
 #include "vastra/logfiles/log_name.h"
@@ -10,7 +12,8 @@
 namespace vastra {
 namespace {
 
-constexpr std::size_t kLogsToWaitFor = 2;  // complete ones, for a writer of samples that can wait
+constexpr std::chrono::milliseconds kTellPause{250};  // while the thread of the scans waits
+constexpr std::size_t kLogsToWaitFor = 2;             // complete ones, for a writer of samples that can wait
 
 // process: the id of a process; 0 if it is not known.
 CString Writer(int process) {
@@ -89,8 +92,19 @@ void CLogTrack::EndLog() {
   Complete();
   if (!m_keeper.policy.waits) return;
   CGuard lock(m_mutex);
-  m_changed.wait_for(lock, m_keeper.policy.closeWithin,
-                     [this] { return m_logs.size() < kLogsToWaitFor || !m_logs[0]->failure.IsEmpty(); });
+  WaitUntil(lock, std::chrono::steady_clock::now() + m_keeper.policy.closeWithin,
+            [this] { return m_logs.size() < kLogsToWaitFor || !m_logs[0]->failure.IsEmpty(); });
+}
+
+// Waits for the writer thread; lock is that of the mutex, which done is called with.
+void CLogTrack::WaitUntil(CGuard& lock, CKeeperTime until, const std::function<bool()>& done) {
+  for (;;) {
+    const CKeeperTime part = std::min(until, std::chrono::steady_clock::now() + kTellPause);
+    if (m_changed.wait_until(lock, part, done) || part == until) return;
+    lock.unlock();
+    m_keeper.TellWaiting();
+    lock.lock();
+  }
 }
 
 // Leaves the log to the writer thread.
@@ -129,7 +143,7 @@ void CLogTrack::Close() {
   m_keeper.HaveSample();
   std::deque<CLogPointer> left;  // closes the files of their journals without the mutex
   CGuard lock(m_mutex);
-  m_changed.wait_until(lock, m_keeper.CloseBy(), [this] { return m_logs.empty() || IsSafe(); });
+  WaitUntil(lock, m_keeper.CloseBy(), [this] { return m_logs.empty() || IsSafe(); });
   left = m_logs;
   while (!m_logs.empty()) Drop(m_logs.begin(), "the disk did not answer in time");
 }

@@ -139,6 +139,7 @@ class CLogTrack {
   void CompleteText();
   CLogPointer LogOf(const CString& name, const CSampleStore& saved);
   void HaveFile(CKeptLog& log, const CJournaledLog& file, std::uint64_t samples) const;
+  void WaitUntil(CGuard& lock, CKeeperTime until, const std::function<bool()>& done);
   void Enqueue(const CLogPointer& log, bool goesOn);
 
   // log_track_files.cpp

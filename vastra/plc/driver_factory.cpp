@@ -36,6 +36,11 @@ void LoadAll(CArray<CModuleFile>& files) {
 
 void CDriverFactory::SetSearch(const CDriverSearch& search) { g_search = search; }
 
+void CDriverFactory::SearchAgain() {
+  delete static_cast<CDriverFactory*>(m_Instance);
+  m_Instance = nullptr;
+}
+
 CDriverFactory* CDriverFactory::Instance() {
   if (!m_Instance) m_Instance = new CDriverFactory(g_search);
   return m_Instance;

@@ -42,6 +42,9 @@ class VASTRA_API CDriverFactory {
   // current directory of the process permanently: a host must make its paths absolute before. There is no
   // lock: the thread that builds the configuration makes the call.
   static CDriverFactory* Instance();
+  // Has the next call of Instance search again, for modules that were installed since. Only while no stage is
+  // being opened: indexes can change.
+  static void SearchAgain();
   virtual ~CDriverFactory() = default;
 
   int GetDriverCount() const { return m_drivers.GetSize(); }

@@ -1,7 +1,8 @@
 // CTerminal: what the user sees on standard error. Whole lines, coloured on a terminal, and below them a
 // status of one or more lines that is redrawn in place. Where standard error is not a terminal there is no
 // colour and no status; the lines of a command that runs for long then begin with the time. watch draws its
-// status on standard output instead.
+// status on standard output instead. In a service whose standard error is the journal, lines begin with their
+// priority, as the journal expects it: it adds the time itself.
 //
 // Control characters in a line or in the status are shown as "?", in a pipe or a file too: a message is one
 // line, except where a link has line feeds in its text.
@@ -16,6 +17,7 @@
 
 #include "host/cli/exit.h"
 #include "host/cli/terminal/line_queue.h"
+#include "host/cli/terminal/told_lines.h"
 #include "vastra/core/messenger.h"
 #include "vastra/platform/string.h"
 
@@ -30,6 +32,10 @@ class CTerminal {
 
   // From now on each line begins with the local time if standard error is not a terminal.
   void StampLines() { m_stamped = !m_isTerminal; }
+  // From now on each line begins with its priority, "<3>" for an error, if standard error is the stream that
+  // the environment variable JOURNAL_STREAM names.
+  void FollowJournal();
+  bool IsJournal() const { return m_isJournal; }
   // From now on Remark prints nothing, and there is no status on standard error.
   void BeQuiet() { m_quiet = true; }
 
@@ -47,6 +53,8 @@ class CTerminal {
   bool PutStatusOnOutput();
   // Waits until all is written, for a bounded time, so that what another stream shows next comes after it.
   void Drain();
+  // Of a command that tries again and again.
+  CToldLines& Told() { return m_told; }
 
  private:
   CTerminal();
@@ -56,7 +64,9 @@ class CTerminal {
   bool m_canErase = false;  // m_statusFile is a terminal that can erase a line
   bool m_coloured = false;
   bool m_stamped = false;
+  bool m_isJournal = false;
   bool m_quiet = false;
+  CToldLines m_told;
   CLineQueue m_lines;   // of standard error, and of the status if that is on the same terminal
   CLineQueue m_output;  // of a status on standard output while standard error is not a terminal
 };

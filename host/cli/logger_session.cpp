@@ -1,0 +1,218 @@
+#include "host/cli/logger_session.h"
+
+#include <algorithm>
+#include <mutex>
+
+#include "host/cli/terminal/terminal.h"
+#include "host/cli/time_text.h"
+#include "host/common/shown_text.h"
+#include "host/common/message_text.h"
+#include "host/run/open_fault.h"
+#include "vastra/plc/driver_factory.h"
+
+namespace vastra {
+namespace {
+
+constexpr std::chrono::seconds kFirstPause{1}, kLongestPause{30}, kLook{1};
+
+CScanLoop::Time Now() { return std::chrono::steady_clock::now(); }
+
+bool IsFinal(const CFinding& finding) { return finding.isRefused && !finding.mayPass; }
+
+}  // namespace
+
+class CLoggerSession::CWitness : public CRunObserver {
+ public:
+  explicit CWitness(CServiceNotifier& notifier) : m_notifier(notifier) {}
+
+  void Sampled(const CLogSample& sample) override { m_last = sample.m_time, m_hasLast = true; }
+  void Counted(const CRunCounts& counts) override { m_counts = counts; }
+  void Message(const CRunMessage& message) override {
+    const std::lock_guard lock(m_mutex);
+    if (message.severity <= severityError && m_error.empty() && !AddsNothing(message))
+      m_error = MessageText(message);
+  }
+  void Stopping() override { m_notifier.Stopping(); }
+  // The first error, which is why a stage does not open if nothing else says so.
+  CString Error() const {
+    const std::lock_guard lock(m_mutex);
+    return CString(m_error);
+  }
+  // The status of a run in one line.
+  std::string Text() const {
+    const CScanCounts& scans = m_counts.scans;
+    std::string text = "running: " + vastra::Counted(scans.read + scans.failedReads, "scan");
+    if (scans.failedReads) text += ", " + std::to_string(scans.failedReads) + " failed";
+    if (scans.late) text += ", " + std::to_string(scans.late) + " late";
+    if (m_hasLast) text += ", last sample " + LocalTimeText(m_last.time);
+    text += ", " + vastra::Counted(m_counts.fill.m_samples, "row") + " in memory";
+    return m_counts.kept.lost ? text + ", " + std::to_string(m_counts.kept.lost) + " lost" : text;
+  }
+
+ private:
+  CServiceNotifier& m_notifier;
+  CRunCounts m_counts;
+  _timeb m_last{};
+  bool m_hasLast = false;
+  mutable std::mutex m_mutex;  // of the error: the message of a worker comes on its thread
+  std::string m_error;
+};
+
+CLoggerSession::CLoggerSession(const CString& subject, const CConfiguration& configuration,
+                               const CSessionOptions& options, CSessionView& view)
+    : m_subject(subject),
+      m_configuration(configuration),
+      m_options(options),
+      m_view(view),
+      m_console(options.verbosity, !options.loop.policy),
+      m_notifier(IsService()) {}
+
+EExit CLoggerSession::Run(CSessionResult& result) {
+  for (;;) {
+    if (m_options.retries) CTerminal::Instance().Told().BeginAttempt();
+    const CEnd end = Attempt(result);
+    if (!m_options.retries || end.reason.IsEmpty()) return end.status;
+    if (!WaitAfter(end.reason)) return m_view.End();
+    if (end.status == kRefused) CDriverFactory::SearchAgain();  // a module can be missing
+  }
+}
+
+CRunOptions CLoggerSession::RunOptions() {
+  CRunOptions options = {m_options.loop};
+  const bool isPlain = !options.policy;
+  options.target = &m_inbox;
+  options.reports = m_options.reports && !isPlain;
+  options.folders = m_options.folders;
+  options.stopAsked = CStopSignals::HaveCome;
+  if (!IsService()) return options;
+  options.stopAsked = [this] { return m_notifier.Feed(), CStopSignals::HaveCome(); };
+  if (!isPlain) options.policy->waiting = [this] { m_notifier.Feed(); };
+  return options;
+}
+
+CLoggerSession::CEnd CLoggerSession::Attempt(CSessionResult& result) {
+  CRun run(m_configuration, m_console.Messenger(), RunOptions());
+  const std::vector<CFinding> findings = run.Findings();
+  PrintWarnings(m_subject, findings);
+  if (PrintBadLogs(m_subject, run.BadLogs(), m_options.isStrict) != kDone)
+    return {kFailed, run.BadLogs().front()};
+  const std::vector<CEquationFinding> faults = run.EquationFaults();
+  if (PrintRefusals(m_subject, findings, faults) != kDone) return Refuse(findings, !faults.empty());
+  if (run.Names().hasInput) {
+    const EExit status = m_view.Begin(run.SampleNames());
+    if (status != kDone) return {status};
+  }
+  PrintReadOnly(m_subject, m_configuration, m_options.loop);
+  CatchSignals();
+  SetReady();
+  CWitness witness(m_notifier);
+  run.AddObserver(&m_view);
+  if (IsService() || m_options.retries) run.AddObserver(&witness);
+  Feed("opening");
+  // A signal while the stages open, a driver among them, ends a run without a scan.
+  if (!run.Start() && !CStopSignals::HaveCome()) {
+    const CString fault = run.OpenFault(), why = witness.Error();
+    Fail(kFailed, m_subject, fault);
+    if (!run.OpensLater()) return {m_options.retries ? kRefused : kFailed};
+    return {kFailed, fault.Find(WhyNotOpened("")) < 0 || why.IsEmpty() ? fault : why};
+  }
+  HaveStarted();
+  const auto show = [&] {
+    Feed(witness.Text());
+    return std::min(m_view.Show(), IsService() ? m_notifier.NextFeed() : CScanLoop::Time::max());
+  };
+  DriveToEnd(run, m_inbox, show, [&](UINT) { Reload(&run); });
+  result = {run.Counts().scans, run.Files(), run.Ledger()};
+  return {m_view.End()};
+}
+
+// The refusals have been printed. If each of them may pass, the first one is the reason.
+CLoggerSession::CEnd CLoggerSession::Refuse(const std::vector<CFinding>& findings, bool isFinal) {
+  const auto first = std::ranges::find_if(findings, &CFinding::isRefused);
+  if (isFinal || std::ranges::any_of(findings, IsFinal) || first == findings.end()) return {kRefused};
+  return {kRefused, first->Line()};
+}
+
+void CLoggerSession::HaveStarted() {
+  CTerminal::Instance().Told().EndAttempts();
+  if (m_pause.count() > 0) CTerminal::Instance().Remark("vastra: " + m_subject + ": the logger has started");
+  m_pause = {};
+}
+
+// Waits for the next attempt. False: a signal has ended the wait.
+bool CLoggerSession::WaitAfter(const CString& reason) {
+  CatchSignals();
+  SetReady();
+  CTerminal::Instance().Remark("vastra: " + m_subject + ": tried again until the reason has passed, each " +
+                               std::to_string(kLongestPause.count()) + " s at last");
+  m_pause = m_pause.count() == 0 ? kFirstPause : std::min(2 * m_pause, kLongestPause);
+  return WaitUntil(Now() + m_pause, reason);
+}
+
+bool CLoggerSession::WaitUntil(CScanLoop::Time until, const CString& reason) {
+  while (!CStopSignals::HaveCome()) {
+    Feed("waiting: " + reason.Std());
+    CMessage message;
+    if (m_inbox.Wait(message, std::min(until, Now() + kLook))) {
+      if (message.m_message != CReloadSignal::messageReload || !Reload(nullptr)) continue;
+      m_pause = kFirstPause;
+      return true;
+    }
+    if (Now() >= until) return true;
+  }
+  return false;
+}
+
+void CLoggerSession::CatchSignals() {
+  if (m_stops) return;
+  m_stops.emplace(m_inbox);
+  if (IsService()) m_reloads.emplace(m_inbox);
+}
+
+// Reads and checks the configuration again and, if it is good, uses it: run goes on with it, or the next
+// attempt if run is null. Otherwise nothing has changed.
+bool CLoggerSession::Reload(CRun* run) {
+  CReloadSignal::Begin();
+  m_notifier.Reloading();
+  CConfiguration fresh;
+  CString fault;
+  bool isDone = m_options.load(fresh) == kDone && IsGood(fresh, run == nullptr);
+  if (isDone && run) isDone = false, fault = ": a restart is needed";
+  if (isDone) m_configuration = std::move(fresh);
+  CTerminal& terminal = CTerminal::Instance();
+  if (isDone)
+    terminal.Remark("vastra: " + m_subject + ": reloaded");
+  else
+    Fail(kFailed, m_subject, "not reloaded, the logger goes on as before" + fault);
+  m_notifier.Ready();
+  return isDone;
+}
+
+// Prints what the checks find. mayWait: what may pass is left to the next attempt.
+bool CLoggerSession::IsGood(const CConfiguration& fresh, bool mayWait) {
+  const auto judge = [&] { return Judge(fresh, m_console, m_options.folders, m_options.loop.replayWrites); };
+  CVerdict verdict = judge();
+  if (std::ranges::any_of(verdict.findings, &CFinding::isRefused)) {
+    CDriverFactory::SearchAgain();  // the new configuration can need a module that is new, too
+    verdict = judge();
+  }
+  if (mayWait) std::erase_if(verdict.findings, &CFinding::mayPass);
+  return PrintVerdict(m_subject, verdict, m_options.isStrict) == kDone;
+}
+
+void CLoggerSession::SetReady() {
+  if (IsService() && !std::exchange(m_isReady, true)) m_notifier.Ready();
+}
+
+void CLoggerSession::Feed(const std::string& status) {
+  if (!IsService()) return;
+  m_notifier.Feed();
+  m_notifier.Status(status);
+}
+
+EExit RunSession(const CString& subject, const CConfiguration& configuration, const CSessionOptions& options,
+                 CSessionView& view, CSessionResult& result) {
+  return CLoggerSession(subject, configuration, options, view).Run(result);
+}
+
+}  // namespace vastra
