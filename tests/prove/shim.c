@@ -1,17 +1,26 @@
-// Preloaded by the tests of claims: a disk whose syncs take SHIM_SYNC milliseconds, and a clock that is at
-// SHIM_CLOCK seconds after 1970 when the process starts, as on a computer without a battery.
+// Preloaded by the tests of claims: a disk whose syncs take SHIM_SYNC milliseconds, a clock that is at
+// SHIM_CLOCK seconds after 1970 when the process starts, as on a computer without a battery, and one that is
+// ahead by the seconds in the eight bytes of the file SHIM_STEPS, which can change at any time.
 #define _GNU_SOURCE
+#include <fcntl.h>
 #include <stdlib.h>
+#include <sys/mman.h>
 #include <sys/syscall.h>
 #include <time.h>
 #include <unistd.h>
 
-static time_t s_offset;
+static time_t s_offset, s_noStep;
+static const volatile time_t* s_steps = &s_noStep;
 
 __attribute__((constructor)) static void Start(void) {
   struct timespec now;
   syscall(SYS_clock_gettime, CLOCK_REALTIME, &now);
   if (getenv("SHIM_CLOCK")) s_offset = atol(getenv("SHIM_CLOCK")) - now.tv_sec;
+  if (!getenv("SHIM_STEPS")) return;
+  const int file = open(getenv("SHIM_STEPS"), O_RDONLY);
+  void* const steps = mmap(NULL, sizeof *s_steps, PROT_READ, MAP_SHARED, file, 0);
+  if (steps != MAP_FAILED) s_steps = steps;
+  close(file);
 }
 
 int fsync(int file) {
@@ -22,6 +31,6 @@ int fsync(int file) {
 
 int clock_gettime(clockid_t clock, struct timespec* now) {
   const int result = (int)syscall(SYS_clock_gettime, clock, now);
-  if (clock == CLOCK_REALTIME) now->tv_sec += s_offset;
+  if (clock == CLOCK_REALTIME) now->tv_sec += s_offset + *s_steps;
   return result;
 }
