@@ -34,7 +34,9 @@ EExit Check(const CString& subject, const std::string& text, const CString& fold
   const CString fault = ParseConfiguration(text, folder, configuration);
   if (!fault.IsEmpty()) return Fail(kRefused, subject, fault);
   CHostConsole console(EVerbosity::normal);
-  return PrintVerdict(subject, Judge(configuration, console, EFolders::leaveOut, false));
+  const CRun run(configuration, console.Messenger(),
+                 {{.policy = CLogPolicy()}, .folders = EFolders::leaveOut});
+  return PrintVerdict(subject, run.Findings(), {}, run.EquationFaults(), false);
 }
 
 EExit Init(const CString& name, const CString& host, const CFileArgument& folder) {

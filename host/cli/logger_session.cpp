@@ -5,8 +5,8 @@
 
 #include "host/cli/terminal/terminal.h"
 #include "host/cli/time_text.h"
-#include "host/common/shown_text.h"
 #include "host/common/message_text.h"
+#include "host/common/shown_text.h"
 #include "host/run/open_fault.h"
 #include "vastra/plc/driver_factory.h"
 
@@ -94,8 +94,7 @@ CLoggerSession::CEnd CLoggerSession::Attempt(CSessionResult& result) {
   CRun run(m_configuration, m_console.Messenger(), RunOptions());
   const std::vector<CFinding> findings = run.Findings();
   PrintWarnings(m_subject, findings);
-  if (PrintBadLogs(m_subject, run.BadLogs(), m_options.isStrict) != kDone)
-    return {kFailed, run.BadLogs().front()};
+  if (PrintBadLogs(m_subject, run.BadLogs(), m_options.isStrict) != kDone) return {kFailed, run.BadLogs()[0]};
   const std::vector<CEquationFinding> faults = run.EquationFaults();
   if (PrintRefusals(m_subject, findings, faults) != kDone) return Refuse(findings, !faults.empty());
   if (run.Names().hasInput) {
@@ -176,28 +175,40 @@ bool CLoggerSession::Reload(CRun* run) {
   m_notifier.Reloading();
   CConfiguration fresh;
   CString fault;
-  bool isDone = m_options.load(fresh) == kDone && IsGood(fresh, run == nullptr);
-  if (isDone && run) isDone = false, fault = ": a restart is needed";
-  if (isDone) m_configuration = std::move(fresh);
-  CTerminal& terminal = CTerminal::Instance();
-  if (isDone)
-    terminal.Remark("vastra: " + m_subject + ": reloaded");
-  else
-    Fail(kFailed, m_subject, "not reloaded, the logger goes on as before" + fault);
+  const bool isDone =
+      m_options.load(fresh) == kDone && (run ? GoesOnWith(fresh, *run, fault) : CanBegin(fresh));
+  if (isDone) {
+    m_configuration = std::move(fresh);
+    CTerminal::Instance().Remark("vastra: " + m_subject + ": reloaded");
+  } else {
+    Fail(kFailed, m_subject,
+         "not reloaded" + (fault.IsEmpty() ? CString() : ": " + fault) +
+             ": the logger goes on with the configuration that it has");
+  }
   m_notifier.Ready();
   return isDone;
 }
 
-// Prints what the checks find. mayWait: what may pass is left to the next attempt.
-bool CLoggerSession::IsGood(const CConfiguration& fresh, bool mayWait) {
-  const auto judge = [&] { return Judge(fresh, m_console, m_options.folders, m_options.loop.replayWrites); };
-  CVerdict verdict = judge();
-  if (std::ranges::any_of(verdict.findings, &CFinding::isRefused)) {
+bool CLoggerSession::GoesOnWith(const CConfiguration& fresh, CRun& run, CString& fault) {
+  CRunPlan plan = run.PlanOf(fresh);
+  if (std::ranges::any_of(run.Findings(plan), &CFinding::isRefused)) {
     CDriverFactory::SearchAgain();  // the new configuration can need a module that is new, too
-    verdict = judge();
+    plan = run.PlanOf(fresh);
   }
-  if (mayWait) std::erase_if(verdict.findings, &CFinding::mayPass);
-  return PrintVerdict(m_subject, verdict, m_options.isStrict) == kDone;
+  if (PrintVerdict(m_subject, run.Findings(plan), plan.badLogs, run.EquationFaults(plan),
+                   m_options.isStrict) != kDone)
+    return false;
+  if (run.Reload(plan)) return true;
+  fault = run.ReloadFault();
+  return false;
+}
+
+// What may pass is left to the next attempt.
+bool CLoggerSession::CanBegin(const CConfiguration& fresh) {
+  const CRun run(fresh, m_console.Messenger(), RunOptions());
+  std::vector<CFinding> findings = run.Findings();
+  std::erase_if(findings, [](const CFinding& finding) { return finding.mayPass; });
+  return PrintVerdict(m_subject, findings, {}, run.EquationFaults(), false) == kDone;
 }
 
 void CLoggerSession::SetReady() {

@@ -41,7 +41,8 @@ class CLoggerSession {
   bool WaitUntil(CScanLoop::Time until, const CString& reason);
   void CatchSignals();
   bool Reload(CRun* run);
-  bool IsGood(const CConfiguration& fresh, bool mayWait);
+  bool GoesOnWith(const CConfiguration& fresh, CRun& run, CString& fault);
+  bool CanBegin(const CConfiguration& fresh);
   void SetReady();
   void Feed(const std::string& status);
 

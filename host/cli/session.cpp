@@ -2,7 +2,6 @@
 
 #include "host/cli/number_text.h"
 #include "host/cli/terminal/terminal.h"
-#include "host/common/replay_list.h"
 
 namespace vastra {
 namespace {
@@ -44,21 +43,12 @@ EExit PrintBadLogs(const CString& subject, const std::vector<CString>& lines, bo
   return isStrict && !lines.empty() ? kFailed : kDone;
 }
 
-CVerdict Judge(CConfiguration configuration, CHostConsole& console, EFolders folders, bool replayWrites) {
-  const CStringList replayed = configuration.m_input.m_inputFiles;
-  CVerdict verdict;
-  verdict.badLogs = LeaveOutBadLogs(configuration);
-  const CRunMessenger::CQuiet quiet(console.Messenger());
-  const CStageNames names = GivenNames(configuration, FindStageNames(configuration));
-  verdict.findings = CheckConfiguration(configuration, names, {true, folders, replayWrites, &replayed});
-  verdict.faults = FindEquationFaults(configuration, names);
-  return verdict;
-}
-
-EExit PrintVerdict(const CString& subject, const CVerdict& verdict, bool isStrict) {
-  PrintWarnings(subject, verdict.findings);
-  const EExit status = PrintBadLogs(subject, verdict.badLogs, isStrict);
-  return status == kDone ? PrintRefusals(subject, verdict.findings, verdict.faults) : status;
+EExit PrintVerdict(const CString& subject, const std::vector<CFinding>& findings,
+                   const std::vector<CString>& badLogs, const std::vector<CEquationFinding>& faults,
+                   bool isStrict) {
+  PrintWarnings(subject, findings);
+  const EExit status = PrintBadLogs(subject, badLogs, isStrict);
+  return status == kDone ? PrintRefusals(subject, findings, faults) : status;
 }
 
 void PrintReadOnly(const CString& subject, const CConfiguration& configuration, const CLoopOptions& options) {

@@ -58,15 +58,10 @@ EExit PrintRefusals(const CString& subject, const std::vector<CFinding>& finding
 // Prints the bad logs of a replay: as warnings, or as errors with the result kFailed if isStrict.
 EExit PrintBadLogs(const CString& subject, const std::vector<CString>& lines, bool isStrict);
 
-// What the checks say of a configuration that no run has.
-struct CVerdict {
-  std::vector<CString> badLogs;  // of a replay
-  std::vector<CFinding> findings;
-  std::vector<CEquationFinding> faults;
-};
-CVerdict Judge(CConfiguration configuration, CHostConsole& console, EFolders folders, bool replayWrites);
-// Prints a verdict as the functions above do. kDone if a run can start, else their status.
-EExit PrintVerdict(const CString& subject, const CVerdict& verdict, bool isStrict = false);
+// Prints all of these. kDone if a run can start, else their status.
+EExit PrintVerdict(const CString& subject, const std::vector<CFinding>& findings,
+                   const std::vector<CString>& badLogs, const std::vector<CEquationFinding>& faults,
+                   bool isStrict);
 
 // Says, if it is so, that a replay writes to no PLC.
 void PrintReadOnly(const CString& subject, const CConfiguration& configuration, const CLoopOptions& options);

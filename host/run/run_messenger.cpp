@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "host/common/shown_text.h"
 #include "host/common/message_text.h"
+#include "host/common/shown_text.h"
 #include "vastra/core/console_sink.h"
 #include "vastra/platform/prompt.h"
 

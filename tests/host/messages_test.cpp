@@ -1,6 +1,6 @@
 // What a run says: the words of a message, which ones are shown, and the lines of a healthy run.
-#include "host/common/shown_text.h"
 #include "host/common/message_text.h"
+#include "host/common/shown_text.h"
 #include "host/run/repeated_messages.h"
 #include "host/run/run.h"
 #include "tests/host/logger.h"
