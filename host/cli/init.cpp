@@ -34,8 +34,10 @@ EExit Check(const CString& subject, const std::string& text, const CString& fold
   const CString fault = ParseConfiguration(text, folder, configuration);
   if (!fault.IsEmpty()) return Fail(kRefused, subject, fault);
   CHostConsole console(EVerbosity::normal);
-  const CRun run(configuration, console.Messenger(),
-                 {{.policy = CLogPolicy()}, .folders = EFolders::leaveOut});
+  CRunOptions options;
+  options.policy = CLogPolicy();
+  options.folders = EFolders::leaveOut;
+  const CRun run(configuration, console.Messenger(), options);
   return PrintVerdict(subject, run.Findings(), {}, run.EquationFaults(), false);
 }
 

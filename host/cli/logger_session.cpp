@@ -143,7 +143,7 @@ bool CLoggerSession::WaitAfter(const CString& reason) {
   CatchSignals();
   SetReady();
   CTerminal::Instance().Remark("vastra: " + m_subject + ": tried again until the reason has passed, each " +
-                               std::to_string(kLongestPause.count()) + " s at last");
+                               CString(std::to_string(kLongestPause.count())) + " s at last");
   m_pause = m_pause.count() == 0 ? kFirstPause : std::min(2 * m_pause, kLongestPause);
   return WaitUntil(Now() + m_pause, reason);
 }

@@ -171,7 +171,10 @@ CString CRun::OpenFaultOf(const CConfiguration& configuration) const {
          (kept.IsEmpty() ? WhyNotOpened(FindOpenFault(configuration, stage)) : kept);
 }
 
-bool CRun::OpensLater() const { return MayOpenLater(m_configuration, m_loop.WhichFailed()); }
+bool CRun::OpensLater() const {
+  if (m_loop.WhichFailed() == EStage::input && !m_plan.replayed.IsEmpty()) return true;
+  return MayOpenLater(Configuration(), m_loop.WhichFailed());
+}
 
 void CRun::Step() {
   Drive([this] { m_loop.Step(); });

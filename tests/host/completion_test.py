@@ -10,7 +10,7 @@ OFFER = 'source ./script; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _vastra; pr
 
 # A command line, of which the last word is completed, and what is offered, in order.
 OFFERED = [
-    ("vastra --v", "--version"), ("vastra in", "inspect"), ("vastra watch --driver", "--driver-folder"), ("vastra fly ", ""),
+    ("vastra --v", "--version"), ("vastra ins", "inspect"), ("vastra watch --driver", "--driver-folder"), ("vastra fly ", ""),
     ("vastra run a", "a b.json"), ("vastra run --debug a", "a b.json"), ("vastra run a.json a", ""), ("vastra inspect a b a", "a b.json"),
     ("vastra convert --csv a", "a b.json"), ("vastra convert --csv = a", "a b.json"), ("vastra convert --csv =", "a b.json|dir|script"),
     ("vastra demo --out ", "dir"), ("vastra run --scans ", ""), ("vastra run --scans 5 a", "a b.json"),

@@ -24,7 +24,7 @@ class Usage(CommandTest):
             self.expect(line, 2, err=".*" + re.escape(words))
 
     def test_help_has_an_example_and_version_is_data(self):
-        for command in "demo run watch check import export report inspect convert eval drivers probe".split():
+        for command in "demo run watch init check import export report inspect convert eval drivers probe".split():
             self.assertIn(b"Example:\n  vastra " + command.encode(), self.expect(command + " --help", out=None).out)
         self.assertRegex(self.expect("--version", out=None).out, rb"\Avastra \d+\.\d+\.\d+\n\Z")
 

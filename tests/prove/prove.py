@@ -89,7 +89,7 @@ CLAIMS = [
     Claim("stalls", "A terminal or pipe that nobody reads makes no scan late and no stop wait, and missing lines are counted",
           stalls.stalls, 6, 100),
     Claim("soak", "Three services live through kills, dead loops, stops, reloads of good and bad configurations, full disks, "
-          "steps of the clock and devices that come and go: each row that was kept is in a log once, and each account agrees "
+          "and steps of the clock: each row that was kept is in a log once, and each account agrees "
           "with the logs", soak.soak, 12, 600),
     Claim("memory", "A command that gets no memory at any moment, or none from then on, ends with a line and status 1, or "
           "does its work; no row is lost with status 0", memory.memory, 6, 1000000),
