@@ -48,7 +48,7 @@ class Soaked(Logger):
     def revive(self):
         self.start()
         self.wait_for_rows()
-        if not self.service.said or self.service.said[0] != "READY=1":
+        if not self.service.wait_for("READY") or self.service.said[0] != "READY=1":
             raise Failed("not ready first: %s" % self.service.said)
 
     def killed(self, chance):
