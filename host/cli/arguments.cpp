@@ -72,6 +72,17 @@ CArgument<std::vector<CFileArgument>> CArguments::Files(const char* name, const 
   return value;
 }
 
+CArgument<std::vector<CString>> CArguments::OptionalTexts(const char* name, const char* help) {
+  auto values = std::make_shared<std::vector<CString>>();
+  const auto take = [values](const std::vector<std::string>& typed) {
+    for (const std::string& text : typed) values->emplace_back(text);
+  };
+  m_command.add_option_function<std::vector<std::string>>(name, take, help)
+      ->expected(0, kMany)
+      ->type_name("");
+  return values;
+}
+
 CArgument<bool> CArguments::Flag(const char* name, const char* help) {
   auto value = std::make_shared<bool>(false);
   m_command.add_flag_callback(
@@ -102,6 +113,14 @@ CArgument<std::optional<CFileArgument>> CArguments::OptionalFile(const char* nam
   return file;
 }
 
+CArgument<std::optional<CString>> CArguments::OptionalText(const char* name, const char* value,
+                                                           const char* help) {
+  auto text = std::make_shared<std::optional<CString>>();
+  const auto take = [text](const std::string& typed) { *text = CString(typed); };
+  m_command.add_option_function<std::string>(name, take, help)->type_name(value);
+  return text;
+}
+
 CArgument<std::vector<CString>> CArguments::Texts(const char* name, const char* value, const char* help) {
   auto texts = std::make_shared<std::vector<CString>>();
   const auto take = [texts](const std::vector<std::string>& typed) {
@@ -118,5 +137,24 @@ CArgument<std::vector<CString>> CArguments::Texts(const char* name, const char* 
 void CArguments::Exclude(const char* first, const char* second) {
   m_command.get_option(first)->excludes(m_command.get_option(second));
 }
+
+void CArguments::Need(const char* option, const char* needed) {
+  m_command.get_option(option)->needs(m_command.get_option(needed));
+}
+
+void CArguments::MakeAlternative(const char* argument, const char* option,
+                                 std::initializer_list<std::string_view> companions) {
+  m_command.get_option(argument)->required(false);
+  CLI::Option* const alternative = m_command.get_option(option);
+  for (CLI::Option* const other : m_command.get_options()) {
+    const bool isCompanion =
+        std::any_of(companions.begin(), companions.end(),
+                    [other](std::string_view name) { return other->check_name(std::string(name)); });
+    if (other != alternative && other != m_command.get_help_ptr() && !isCompanion)
+      alternative->excludes(other);
+  }
+}
+
+void CArguments::Hide(const char* option) { m_command.get_option(option)->group(""); }
 
 }  // namespace vastra

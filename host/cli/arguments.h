@@ -4,8 +4,10 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 #include <memory>
 #include <optional>
+#include <string_view>
 #include <vector>
 
 #include "vastra/platform/string.h"
@@ -42,6 +44,9 @@ class CArguments {
   CArgument<CFileArgument> File(const char* name, const char* help);
   CArgument<std::vector<CFileArgument>> Files(const char* name, const char* help);  // one or more
 
+  // Optional arguments after them, any number.
+  CArgument<std::vector<CString>> OptionalTexts(const char* name, const char* help);
+
   // Options: without a value, with a value, with a value and repeatable.
   CArgument<bool> Flag(const char* name, const char* help);
   CArgument<CNumber> Number(const char* name, const char* value, const char* help, std::int64_t lowest,
@@ -49,10 +54,19 @@ class CArguments {
   // A number of seconds, with decimals.
   CArgument<std::optional<double>> Seconds(const char* name, const char* help, double highest);
   CArgument<std::optional<CFileArgument>> OptionalFile(const char* name, const char* value, const char* help);
+  CArgument<std::optional<CString>> OptionalText(const char* name, const char* value, const char* help);
   CArgument<std::vector<CString>> Texts(const char* name, const char* value, const char* help);
 
   // Refuses a command line that has both first and second.
   void Exclude(const char* first, const char* second);
+  // Refuses a command line that has option without needed.
+  void Need(const char* option, const char* needed);
+  // The argument by position is no longer required; option, in its place, excludes it and all options that
+  // are not companions.
+  void MakeAlternative(const char* argument, const char* option,
+                       std::initializer_list<std::string_view> companions);
+  // Leaves an option out of the help.
+  void Hide(const char* option);
 
  private:
   CLI::App& m_command;

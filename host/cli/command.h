@@ -38,5 +38,7 @@ CAction DeclareProbe(CArguments& arguments);
 CAction DeclareWatch(CArguments& arguments);
 CAction DeclareCompletion(CArguments& arguments);
 CAction DeclareMan(CArguments& arguments);
+CAction DeclareStatus(CArguments& arguments);
+CAction DeclareMessages(CArguments& arguments);
 
 }  // namespace vastra

@@ -31,7 +31,8 @@ CArgumentFacts FactsOf(const CLI::Option& option) {
 
 std::vector<CArgumentFacts> ArgumentsOf(const CLI::App& command) {
   std::vector<CArgumentFacts> arguments;
-  for (const CLI::Option* option : command.get_options()) arguments.push_back(FactsOf(*option));
+  for (const CLI::Option* option : command.get_options())
+    if (!option->get_group().empty()) arguments.push_back(FactsOf(*option));
   return arguments;
 }
 

@@ -14,7 +14,6 @@
 namespace vastra {
 namespace {
 
-constexpr std::chrono::milliseconds kTablePause{100}, kLinePause{1000};
 constexpr std::size_t kSparks = 40;  // values of a spark line
 constexpr int kNameWidth = 24, kValueWidth = 14;
 
@@ -25,10 +24,11 @@ CWatchView::CWatchView(const CString& subject, CStringArray wanted)
       m_wanted(std::move(wanted)),
       m_onTerminal(CTerminal::Instance().PutStatusOnOutput()),
       m_lines(STDOUT_FILENO),
-      m_pace(m_onTerminal ? kTablePause : kLinePause),
+      m_pace(Pause()),
       m_shown(!m_onTerminal) {}
 
 EExit CWatchView::Begin(const CStringArray& names) {
+  m_rows.clear();
   for (const CString& name : m_wanted.IsEmpty() ? names : m_wanted) {
     const int index = FindIn(names, name);
     if (index < 0) return Fail(kWrongUse, m_subject, "--vars " + name + ": there is no such variable");
@@ -37,9 +37,9 @@ EExit CWatchView::Begin(const CStringArray& names) {
   return kDone;
 }
 
-void CWatchView::Sampled(const CLogSample& sample) {
+void CWatchView::Take(const CLogSample& sample, std::uint64_t number) {
   m_sample = sample;
-  ++m_read;
+  m_read = number;
   m_shown = false;
 }
 

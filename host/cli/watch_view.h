@@ -17,13 +17,20 @@ class CWatchView : public CSessionView {
   // wanted: the variables to show, in this order; all if it is empty.
   CWatchView(const CString& subject, CStringArray wanted);
 
-  // Refuses a variable that the samples do not have.
+  // Refuses a variable that the samples do not have. Called again when the names change.
   EExit Begin(const CStringArray& names) override;
-  void Sampled(const CLogSample& sample) override;
+  void Sampled(const CLogSample& sample) override { Take(sample, m_read + 1); }
+  // The same for a sample of which the number is known.
+  void Take(const CLogSample& sample, std::uint64_t number);
   CScanLoop::Time Show() override;
   EExit End() override;
 
+  std::chrono::milliseconds Pause() const { return m_onTerminal ? kTablePause : kLinePause; }
+  bool HasFailed() const { return m_status != kDone; }  // to write to standard output
+
  private:
+  static constexpr std::chrono::milliseconds kTablePause{100}, kLinePause{1000};
+
   struct CRow {
     std::string m_name;
     int m_index;               // in the sample
@@ -42,7 +49,7 @@ class CWatchView : public CSessionView {
   CLineQueue m_lines;  // of standard output while it is not a terminal
   CPace m_pace;
   std::vector<CRow> m_rows;
-  std::uint64_t m_read = 0;  // samples so far
+  std::uint64_t m_read = 0;  // the number of the newest sample
   CLogSample m_sample;       // the newest one
   bool m_shown;              // the present sample, or that there is none yet, has been shown
   EExit m_status = kDone;    // of standard output; after an error, which has been reported, the run continues

@@ -25,6 +25,8 @@ class CInbox : public CMessageTarget {
   void Post(UINT message, WPARAM wparam, LPARAM lparam) override;
   // Removes the oldest message: 1, or 0 if none has come until then. Only the thread that owns the inbox.
   int Wait(CMessage& message, Time until);
+  // Can be read while a message waits, for a host that waits for other files, too.
+  int File() const { return m_ends[0]; }
 
  private:
   bool IsReadable(Time until) const;

@@ -1,0 +1,18 @@
+// What status prints about loggers: a table for people, JSON and metrics for programs.
+#pragma once
+
+#include "host/attach/logger_status.h"
+#include "host/cli/json_output.h"
+
+namespace vastra {
+
+// A row for each logger, below them a line for each thing that is not well and for each last error.
+std::vector<std::string> StatusTable(const std::vector<CLoggerStatus>& loggers);
+
+// An array with an object for each logger; docs/status.md describes it.
+CJson StatusJson(const std::vector<CLoggerStatus>& loggers);
+
+// The text format 0.0.4 of Prometheus, each family of metrics once.
+std::string StatusMetrics(const std::vector<CLoggerStatus>& loggers);
+
+}  // namespace vastra
