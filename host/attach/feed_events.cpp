@@ -61,12 +61,15 @@ bool SetPart(const json& value, T& part) {
   return part == number;
 }
 
-void Set(const json& value, _timeb& time) {
-  _timeb read;
-  if (value.is_array() && value.size() == 4 && SetPart(value[0], read.time) &&
-      SetPart(value[1], read.millitm) && SetPart(value[2], read.timezone) && SetPart(value[3], read.dstflag))
-    time = read;
+std::optional<_timeb> TimeOf(const json& value) {
+  _timeb time;
+  const bool isTime = value.is_array() && value.size() == 4 && SetPart(value[0], time.time) &&
+                      SetPart(value[1], time.millitm) && SetPart(value[2], time.timezone) &&
+                      SetPart(value[3], time.dstflag);
+  return isTime ? std::optional(time) : std::nullopt;
 }
+
+void Set(const json& value, _timeb& time) { time = TimeOf(value).value_or(time); }
 
 void Set(const json& value, CStageFacts& stage);
 void Set(const json& value, CMessageLine& message);
@@ -76,9 +79,16 @@ void Set(const json& value, CUnsavedFacts& log);
 void Set(const json& value, CLogLoss& loss);
 void Set(const json& value, CLedgerFacts& ledger);
 
-template <class T>
-void Set(const json& value, std::optional<T>& optional) {
-  if (!value.is_null()) Set(value, optional.emplace());
+void Set(const json& value, std::optional<_timeb>& time) { time = TimeOf(value); }
+void Set(const json& value, std::optional<double>& number) {
+  number = NumberOf(value);
+  if (number && !std::isfinite(*number)) number.reset();
+}
+void Set(const json& value, std::optional<std::uint64_t>& number) {
+  if (value.is_number_unsigned()) number = value.get<std::uint64_t>();
+}
+void Set(const json& value, std::optional<CMessageLine>& message) {
+  if (value.is_object()) Set(value, message.emplace());
 }
 
 // A record cannot be larger than its part of the line; a list of values has one for each in the line.

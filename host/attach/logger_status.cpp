@@ -69,7 +69,8 @@ CLoggerStatus CQuestion::Take() {
 }
 
 std::string Seconds(double seconds) {
-  return Counted(static_cast<std::uint64_t>(std::max(seconds, 0.0)), "second");
+  constexpr double kLongest = 1e12;
+  return Counted(static_cast<std::uint64_t>(std::min(seconds, kLongest)), "second");
 }
 
 void AddStateProblems(const CLoggerStatus& status, std::vector<std::string>& problems) {

@@ -9,7 +9,7 @@ namespace vastra {
 // A row for each logger, below them a line for each thing that is not well and for each last error.
 std::vector<std::string> StatusTable(const std::vector<CLoggerStatus>& loggers);
 
-// An array with an object for each logger; docs/status.md describes it.
+// An array with an object for each logger; docs/service.md describes it.
 CJson StatusJson(const std::vector<CLoggerStatus>& loggers);
 
 // The text format 0.0.4 of Prometheus, each family of metrics once.

@@ -55,17 +55,20 @@ EExit CAttachedWatch::Run() {
     Work();
     if (m_status == kDone) Wait();
   }
-  const EExit shown = m_view.End();
-  return m_status == kDone ? shown : m_status;
+  CTerminal::Instance().EndStatus();
+  return m_status == kDone ? m_view.End() : m_status;
 }
 
 void CAttachedWatch::Work() {
   if (!m_client && Clock::now() >= m_retry) m_client.emplace(m_place.feed, m_request);
   if (!m_client) return;
   m_client->Poll();
-  while (std::optional<CFeedEvent> event = m_client->Take())
+  while (m_status == kDone) {
+    const std::optional<CFeedEvent> event = m_client->Take();
+    if (!event) break;
     std::visit([this](const auto& known) { Note(known); }, *event);
-  if (m_client->HasEnded()) Gone();
+  }
+  if (m_status == kDone && m_client->HasEnded()) Gone();
 }
 
 // A logger that was never there is an error. One that has gone can come again.

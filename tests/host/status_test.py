@@ -48,7 +48,7 @@ ILL = [
     ({}, {}, []),
     ({"lastSampleAge": 9.5}, {}, []),
     ({"lastSampleAge": 10.5}, {}, ["the last sample is 10 seconds old, more than 10 seconds"]),
-    ({"lastSampleAge": "nan"}, {}, ["the last sample is 0 seconds old, more than 10 seconds"]),
+    ({"lastSampleAge": "nan"}, {}, ["has read no sample yet"]),
     ({"lastSample": None, "lastSampleAge": None}, {}, ["has read no sample yet"]),
     ({"state": "waiting", "reason": "no such\ndevice"}, {}, ["is waiting: no such device"]),
     ({"state": "stopping"}, {}, ["is stopping"]),
