@@ -107,6 +107,7 @@ CLoggerSession::CEnd CLoggerSession::Attempt(CSessionResult& result) {
   CWitness witness(m_notifier);
   run.AddObserver(&m_view);
   if (IsService() || m_options.retries) run.AddObserver(&witness);
+  if (m_options.feed) m_options.feed->Attach(run);
   Feed("opening");
   // A signal while the stages open, a driver among them, ends a run without a scan.
   if (!run.Start() && !CStopSignals::HaveCome()) {
@@ -144,6 +145,7 @@ bool CLoggerSession::WaitAfter(const CString& reason) {
   SetReady();
   CTerminal::Instance().Remark("vastra: " + m_subject + ": tried again until the reason has passed, each " +
                                CString(std::to_string(kLongestPause.count())) + " s at last");
+  if (m_options.feed) m_options.feed->Wait(reason);
   m_pause = m_pause.count() == 0 ? kFirstPause : std::min(2 * m_pause, kLongestPause);
   return WaitUntil(Now() + m_pause, reason);
 }

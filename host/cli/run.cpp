@@ -1,27 +1,19 @@
 // vastra run: runs a configuration until a replay ends, a number of scans is reached or a signal arrives.
 #include "host/cli/command.h"
-#include "host/cli/ledger_json.h"
+#include "host/cli/json_output.h"
 #include "host/cli/progress.h"
 #include "host/cli/run_arguments.h"
 #include "host/cli/terminal/terminal.h"
+#include "host/run/run_json.h"
 
 namespace vastra {
 namespace {
 
 CJson ToJson(const CSessionResult& result) {
-  const CScanCounts& counts = result.counts;
-  const auto& failed = counts.failedWrites;
-  return {{"read", counts.read},
-          {"failedReads", counts.failedReads},
-          {"late", counts.late},
-          {"failedWrites",
-           {{"smart", failed.smart},
-            {"outputs", failed.outputs},
-            {"summaries", failed.summaries},
-            {"plcWrite", failed.plcWrite},
-            {"trend", failed.trend}}},
-          {"files", result.files},
-          {"ledger", LedgerJson(result.ledger)}};
+  CJson json = CountsJson(result.counts);
+  json["files"] = result.files;
+  json["ledger"] = LedgerJson(result.ledger);
+  return json;
 }
 
 EExit Run(const CRunArguments& arguments, bool asJson, const CServiceRequest& service) {

@@ -62,6 +62,8 @@ CRunArguments::CRunArguments(CArguments& arguments)
       m_strict(arguments.Flag("--strict", "Do not start a replay if a log of its list is bad")),
       m_writePlc(arguments.Flag("--write-plc", "Write to the PLCs in a replay, too")),
       m_createFolders(arguments.Flag("--create-folders", "Make the folders of the logs that are missing")),
+      m_feed(arguments.OptionalFile(
+          "--feed", "SOCKET", "Let other programs follow the run through this socket; see docs/feed.md")),
       m_drivers(arguments) {
   arguments.Exclude("--debug", "--quiet");
   for (const char* option : {"--sync", "--hold", "--close-within", "--patience", "--strict"})
@@ -77,7 +79,13 @@ EExit CRunArguments::Run(CSessionView& view, CSessionResult& result, const CServ
   CConfiguration configuration;
   if (Load(*m_file, configuration, service.root) != kDone) return kRefused;
   if (!*m_plain) WarnOfModules();
-  return RunSession(m_file->typed, configuration, Options(service), view, result);
+  CSessionOptions options = Options(service);
+  std::optional<CFeed> feed;
+  if (*m_feed) {
+    options.feed = &feed.emplace(CFeedPlace{(*m_feed)->path, m_file->path});
+    if (const CString fault = feed->Open(); !fault.IsEmpty()) return Fail(kFailed, m_file->typed, fault);
+  }
+  return RunSession(m_file->typed, configuration, options, view, result);
 }
 
 CSessionOptions CRunArguments::Options(const CServiceRequest& service) const {

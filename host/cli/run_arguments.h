@@ -38,6 +38,7 @@ class CRunArguments {
   CArgument<std::optional<double>> m_closeWithin;
   CArgument<std::optional<double>> m_patience;
   CArgument<bool> m_strict, m_writePlc, m_createFolders;
+  CArgument<std::optional<CFileArgument>> m_feed;
   CDriverFolders m_drivers;
 };
 

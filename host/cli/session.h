@@ -4,6 +4,7 @@
 
 #include "host/cli/console.h"
 #include "host/cli/exit.h"
+#include "host/run/feed.h"
 #include "host/run/run.h"
 
 namespace vastra {
@@ -22,6 +23,7 @@ struct CSessionOptions {
   // Of a service, which notifies its manager: reads the configuration again when SIGHUP has come. kDone, or
   // another status after an error message. Null: no service.
   std::function<EExit(CConfiguration&)> load = nullptr;
+  CFeed* feed = nullptr;  // where other programs follow the run; null: nowhere
 };
 
 // What the user sees during a run.

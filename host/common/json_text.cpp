@@ -1,5 +1,7 @@
 #include "host/common/json_text.h"
 
+#include <cmath>
+
 #include "host/common/shown_text.h"
 
 namespace vastra {
@@ -114,6 +116,16 @@ void AddLeaves(const CJson& node, const CString& path, std::vector<CJsonLeaf>& l
 }
 
 }  // namespace
+
+CJson ToJson(double number) {
+  if (std::isnan(number)) return "nan";
+  if (std::isinf(number)) return number > 0 ? "inf" : "-inf";
+  return number;
+}
+
+std::string JsonLine(const CJson& json) {
+  return json.dump(-1, ' ', false, CJson::error_handler_t::replace) + "\n";
+}
 
 // A key can be any string; the message is one short line.
 CString MemberPath(const CString& object, std::string_view key) {

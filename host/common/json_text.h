@@ -7,10 +7,20 @@
 #include <vector>
 
 #include "vastra/platform/string.h"
+#include "vastra/platform/time.h"
 
 namespace vastra {
 
 using CJson = nlohmann::ordered_json;  // keys are written in the order of the fields
+
+// A number that reads back to the same double; the strings "inf", "-inf" and "nan" for what JSON cannot
+// represent.
+CJson ToJson(double number);
+inline CJson ToJson(const CString& text) { return text.Std(); }
+// A time record as [time, millitm, timezone, dstflag].
+inline CJson ToJson(const _timeb& time) { return {time.time, time.millitm, time.timezone, time.dstflag}; }
+// One line with its line end; U+FFFD for bytes that are not UTF-8.
+std::string JsonLine(const CJson& json);
 
 // An error in a JSON text, thrown by its readers.
 class CJsonFault {

@@ -117,6 +117,7 @@ class CScanLoop {
 
   bool IsRunning() const { return m_state != EState::closed; }
   bool IsPending() const { return m_state == EState::reading || m_state == EState::writing; }
+  Period ScanPeriod() const { return m_period; }  // 0: as fast as possible
   // When the next scan is due; can be in the past. Only while running and not pending.
   Time NextDue() const { return m_due; }
 
@@ -145,6 +146,7 @@ class CScanLoop {
   // The stages that views use; their settings can be changed between the steps.
   CLogInput& Input() { return m_input; }
   CLogTrendings& Trend() { return m_trend; }
+  CPlcMultiOutput& PlcWrite() { return m_plcWrite; }
   const CLogMultiOutput& Outputs() const { return m_outputs; }
   const CLogMultiSummary& Summaries() const { return m_summaries; }
 

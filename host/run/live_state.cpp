@@ -21,6 +21,39 @@ CLiveSnapshot CLiveState::Snapshot() const {
   }
 }
 
+bool CLiveState::CopyNewest(CLiveNewest& newest) const {
+  constexpr int kTries = 100;
+  std::shared_ptr<const Values> values;
+  {
+    const std::lock_guard lock(m_mutex);
+    newest.names = m_names;
+    newest.ledger = m_ledger;
+    newest.nodes = m_nodes;
+    newest.written = m_written;
+    values = m_values;
+  }
+  newest.values.resize(values ? values->size() : 0);
+  for (int i = 0; values && i < kTries; ++i) {
+    if (!CopyNumbers(*values, newest)) continue;
+    const std::lock_guard lock(m_mutex);
+    return m_values == values;
+  }
+  return !values;
+}
+
+void CLiveState::SetLedger(std::shared_ptr<const std::vector<CRunLedger>> ledger) {
+  const std::lock_guard lock(m_mutex);
+  m_ledger.swap(ledger);
+}
+
+void CLiveState::SetNodes(std::vector<CNodeState> nodes, std::vector<CNodeState> written) {
+  auto read = std::make_shared<const std::vector<CNodeState>>(std::move(nodes));
+  auto others = std::make_shared<const std::vector<CNodeState>>(std::move(written));
+  const std::lock_guard lock(m_mutex);
+  m_nodes.swap(read);
+  m_written.swap(others);
+}
+
 // Copies what the mutex guards.
 CLiveState::CFixed CLiveState::CopyFixed(CLiveSnapshot& snapshot) const {
   const std::lock_guard lock(m_mutex);
@@ -34,20 +67,22 @@ CLiveState::CFixed CLiveState::CopyFixed(CLiveSnapshot& snapshot) const {
 
 // False: the writer has stored meanwhile. The acquiring loads keep their order, so that a sequence number
 // that is the same before and after says that nothing in between changed.
-bool CLiveState::CopyNumbers(const Values& values, CLiveSnapshot& snapshot) const {
+bool CLiveState::CopyNumbers(const Values& values, CLiveNumbers& numbers) const {
   static_assert(std::is_trivially_copyable_v<CHead>);
   const std::uint64_t before = m_sequence.load(std::memory_order_acquire);
   Word words[kWords];
   std::transform(m_words.begin(), m_words.end(), words,
                  [](const auto& word) { return word.load(std::memory_order_acquire); });
-  std::transform(values.begin(), values.end(), snapshot.values.begin(),
+  std::transform(values.begin(), values.end(), numbers.values.begin(),
                  [](const auto& value) { return value.load(std::memory_order_acquire); });
   if (before % 2 != 0 || m_sequence.load(std::memory_order_relaxed) != before) return false;
   CHead head;
   std::memcpy(&head, words, sizeof head);
-  snapshot.time = head.time;
-  snapshot.samples = head.samples;
-  snapshot.counts = head.counts;
+  numbers.time = head.time;
+  numbers.samples = head.samples;
+  numbers.number = head.number;
+  numbers.read = head.read;
+  numbers.counts = head.counts;
   return true;
 }
 
@@ -64,6 +99,7 @@ void CLiveState::Started(const CStringArray& names) {
     m_logs.clear();
   }
   m_head.counts = {};
+  m_head.number = 0;
   Renamed(names);
 }
 
@@ -82,7 +118,9 @@ void CLiveState::Renamed(const CStringArray& names) {
 void CLiveState::Sampled(const CLogSample& sample) {
   const auto count = std::min(m_values->size(), static_cast<std::size_t>(sample.m_values.GetSize()));
   m_head.time = sample.m_time;
+  m_head.read = std::chrono::steady_clock::now();
   ++m_head.samples;
+  ++m_head.number;
   BeginChange();
   StoreHead();
   for (std::size_t i = 0; i < count; ++i)

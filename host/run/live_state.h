@@ -33,13 +33,27 @@ struct CKeptMessage {
   CString link, name, text;
 };
 
-struct CLiveSnapshot {
+// What changes with each scan.
+struct CLiveNumbers {
+  std::uint64_t samples = 0;  // with these names; 0: time and values are not set
+  std::uint64_t number = 0;   // of the newest sample of the run, from 1
+  _timeb time{};
+  std::chrono::steady_clock::time_point read{};  // when the run had the newest sample; zero: there was none
+  std::vector<float> values;                     // one for each name, once there is a sample
+  CRunCounts counts;
+};
+
+// For a reader that looks often: what is large and changes seldom is shared.
+struct CLiveNewest : CLiveNumbers {
+  std::shared_ptr<const std::vector<CString>> names;       // null before the first start
+  std::shared_ptr<const std::vector<CRunLedger>> ledger;   // copied a few times a second; can be null
+  std::shared_ptr<const std::vector<CNodeState>> nodes;    // that are read; can be null
+  std::shared_ptr<const std::vector<CNodeState>> written;  // nodes that are written; can be null
+};
+
+struct CLiveSnapshot : CLiveNumbers {
   bool isRunning = false;
   std::vector<CString> names;
-  std::uint64_t samples = 0;  // with these names; 0: time and values are not set
-  _timeb time{};
-  std::vector<float> values;  // one for each name, once there is a sample
-  CRunCounts counts;
   std::vector<std::shared_ptr<const CLastLog>> logs;          // of each source that has one
   std::vector<std::shared_ptr<const CKeptMessage>> messages;  // the last ones, oldest first
 };
@@ -50,6 +64,13 @@ class CLiveState : public CRunObserver {
 
   // The present state; from any thread.
   CLiveSnapshot Snapshot() const;
+  // The same for a reader that uses newest again and again, so that no copy allocates. False: the run has
+  // stored samples all the time; the numbers are not set.
+  bool CopyNewest(CLiveNewest& newest) const;
+
+  // By the run, on its thread.
+  void SetLedger(std::shared_ptr<const std::vector<CRunLedger>> ledger);
+  void SetNodes(std::vector<CNodeState> nodes, std::vector<CNodeState> written);
 
   void Started(const CStringArray& names) override;
   void Renamed(const CStringArray& names) override;
@@ -65,7 +86,8 @@ class CLiveState : public CRunObserver {
   // What changes with each scan, except the values.
   struct CHead {
     _timeb time;
-    std::uint64_t samples = 0;
+    std::uint64_t samples = 0, number = 0;
+    std::chrono::steady_clock::time_point read{};
     CRunCounts counts;
   };
   using Word = std::uint64_t;
@@ -84,7 +106,7 @@ class CLiveState : public CRunObserver {
     m_sequence.store(m_sequence.load(std::memory_order_relaxed) + 1, std::memory_order_release);
   }
   void EndChange() { BeginChange(); }
-  bool CopyNumbers(const Values& values, CLiveSnapshot& snapshot) const;
+  bool CopyNumbers(const Values& values, CLiveNumbers& numbers) const;
   void Keep(std::shared_ptr<const CLastLog> log);
 
   CHead m_head;                                     // the writer's
@@ -95,6 +117,8 @@ class CLiveState : public CRunObserver {
   bool m_isRunning = false;
   std::shared_ptr<const std::vector<CString>> m_names;
   std::shared_ptr<Values> m_values;  // the floats change under the sequence number
+  std::shared_ptr<const std::vector<CRunLedger>> m_ledger;
+  std::shared_ptr<const std::vector<CNodeState>> m_nodes, m_written;
   std::vector<std::shared_ptr<const CLastLog>> m_logs;
   std::vector<std::shared_ptr<const CKeptMessage>> m_messages;  // a ring
   std::size_t m_oldest = 0;                                     // in m_messages once it is full

@@ -286,6 +286,7 @@ void CRun::Drive(ACTION action) {
   if (m_loop.IsPending()) return;
   if (!m_loop.IsRunning()) DeliverRecovered();
   CountRepeated(true);
+  PublishNodes();
   Count();
   Tell(&CRunObserver::Counted, m_counts);
   if (!m_loop.IsRunning()) Tell(&CRunObserver::Stopped);
@@ -312,13 +313,20 @@ void CRun::Count() {
   m_counts.fill = std::as_const(m_loop).Outputs().GetFill();
   if (const Time now = Time::clock::now(); now >= m_sumsDue || !m_loop.IsRunning()) {
     m_sumsDue = now + kSumsPause;
-    m_counts.kept = Sum(Ledger());
+    auto ledger = std::make_shared<const std::vector<CRunLedger>>(Ledger());
+    m_counts.kept = Sum(*ledger);
+    m_pLive->SetLedger(std::move(ledger));
   }
   const CLogInput& input = m_loop.Input();
   const UINT logs = input.TotalFilesToRead();
   if (logs != 0)
     m_counts.replay = {logs, input.FilesRead(),
                        input.PercentCompleted() + input.PartOfLog() / static_cast<float>(logs)};
+}
+
+void CRun::PublishNodes() {
+  const bool isRead = m_loop.Input().TakeNodeChange(), isWritten = m_loop.PlcWrite().TakeNodeChange();
+  if (isRead || isWritten) m_pLive->SetNodes(m_loop.Input().NodeStates(), m_loop.PlcWrite().NodeStates());
 }
 
 // Called at the end of each scan that read a sample.

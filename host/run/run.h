@@ -89,6 +89,7 @@ class CRun : private CRunMessenger::CReader {
 
   bool IsRunning() const { return m_loop.IsRunning(); }
   bool IsPending() const { return m_loop.IsPending(); }
+  CScanLoop::Period Period() const { return m_loop.ScanPeriod(); }  // 0: as fast as possible
   Time NextDue() const { return m_loop.NextDue(); }  // of the next scan; only while running and not pending
 
   // Makes a scan: the whole of it, or up to the start of its worker.
@@ -127,7 +128,9 @@ class CRun : private CRunMessenger::CReader {
   CLogTrendings& Trend() { return m_loop.Trend(); }
 
   // The present state, from any thread.
-  CLiveSnapshot Live() const { return m_live.Snapshot(); }
+  CLiveSnapshot Live() const { return m_pLive->Snapshot(); }
+  // The same for a reader that looks often. It can outlive the run.
+  std::shared_ptr<const CLiveState> LiveState() const { return m_pLive; }
 
  private:
   // The listener of a stage: adds which of its outputs or summaries a file belongs to.
@@ -177,6 +180,7 @@ class CRun : private CRunMessenger::CReader {
   void ShowJournals(const std::vector<CKeeperLine>& lines);
   void DeliverRecovered();
   void Publish();
+  void PublishNodes();
   void Count();
   template <class EVENT, class... ARGUMENTS>
   void Tell(EVENT event, const ARGUMENTS&... arguments) {
@@ -186,9 +190,9 @@ class CRun : private CRunMessenger::CReader {
   const CRunOptions m_options;
   CRunMessenger& m_messenger;
   CRunPlan m_plan;
-  CLiveState m_live;
+  const std::shared_ptr<CLiveState> m_pLive = std::make_shared<CLiveState>();
   CWrittenFiles m_files;
-  std::vector<CRunObserver*> m_observers{&m_live, &m_files};
+  std::vector<CRunObserver*> m_observers{m_pLive.get(), &m_files};
   CRunCounts m_counts;
   CRepeatedMessages m_repeated;  // while the messenger speaks to people
   std::unique_ptr<CRunReport> m_pReport;

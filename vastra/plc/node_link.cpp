@@ -174,6 +174,13 @@ void CNodeGroup::FindSlowest() {
   }
 }
 
+std::vector<CNodeState> CNodeGroup::States() const {
+  std::vector<CNodeState> states;
+  for (const CNodeLink* link : m_links)
+    if (link->m_state) states.push_back(*link->m_state);
+  return states;
+}
+
 CNodeGroup::CSlowest CNodeGroup::Slowest() const {
   if (!m_pSlowest) return {};
   return {m_pSlowest->m_name, m_lastTime};
@@ -215,6 +222,7 @@ int CNodeLink::Configure(CNodeConfig& config, UINT mode) {
   m_pNode->m_mode = mode;
   m_pNode->m_work = CNode::EWork::open;
   m_isGathered = m_isProbed = m_isLate = m_isAway = false;
+  m_state.reset();
   m_openDue = {};
   m_openPause = seconds(0);
   m_last.RemoveAll();
@@ -290,6 +298,7 @@ void CNodeLink::TakeState(Time now) {
   if (m_answer == EAnswer::answered) m_openPause = seconds(0);
   if (m_answer == EAnswer::answered && m_absent == EAbsent::hold)
     std::copy_n(m_pNode->m_sample.m_values.GetData(), m_count, m_last.GetData());
+  NoteState(now);
   if (!IsTolerant()) return;
   if (m_answer == EAnswer::answered && m_isAway) BeBack(now);
   if (m_answer != EAnswer::answered && !m_isAway) BeAway(now);
@@ -298,6 +307,29 @@ void CNodeLink::TakeState(Time now) {
 void CNodeLink::PauseOpening(Time now) {
   m_openPause = std::clamp(2 * m_openPause, kFirstPause, kLongestPause);
   m_openDue = now + m_openPause;
+}
+
+// The state changes when the node goes or comes back, and when its next opening is put off.
+void CNodeLink::NoteState(Time now) {
+  const bool isUp = m_answer == EAnswer::answered;
+  const bool isPutOff = !isUp && m_openDue > now && m_answer == EAnswer::failed;
+  const bool isOther = !m_state || m_state->isUp != isUp;
+  if (!isOther && !isPutOff) return;
+  CNodeState state;
+  _ftime(state.since);
+  if (isPutOff) {
+    const auto due = 1000 * std::int64_t{state.since.time} + state.since.millitm +
+                     std::chrono::duration_cast<std::chrono::milliseconds>(m_openDue - now).count();
+    state.next = state.since;
+    state.next->time = static_cast<std::int32_t>(due / 1000);
+    state.next->millitm = static_cast<std::uint16_t>(due % 1000);
+  }
+  if (!isOther) state.since = m_state->since;
+  state.name = m_name;
+  state.isUp = isUp;
+  if (!isUp) state.reason = WhyAway();
+  m_state = state;
+  m_group->m_isChanged = true;
 }
 
 void CNodeLink::BeAway(Time now) {

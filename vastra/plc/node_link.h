@@ -20,6 +20,8 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
+#include <utility>
 #include <vector>
 
 #include "vastra/core/line_record.h"
@@ -30,6 +32,15 @@
 namespace vastra {
 
 class CNodeLink;
+
+// Whether a node answers, for those who watch a run.
+struct CNodeState {
+  CString name;
+  bool isUp = false;           // it has answered when it was asked last
+  _timeb since;                // the last change of isUp
+  CString reason;              // why it does not answer; empty if it does
+  std::optional<_timeb> next;  // when it is opened again, if that is not in the next scan
+};
 
 // The nodes of one stage.
 class VASTRA_API CNodeGroup {
@@ -47,6 +58,9 @@ class VASTRA_API CNodeGroup {
     std::chrono::steady_clock::duration time{};
   };
   CSlowest Slowest() const;
+  // After a scan: whether a state differs from what it was at the last call, and the states.
+  bool TakeChange() { return std::exchange(m_isChanged, false); }
+  std::vector<CNodeState> States() const;
 
  private:
   friend class CNodeLink;
@@ -63,7 +77,8 @@ class VASTRA_API CNodeGroup {
   const CNodeLink* m_pSlowest = nullptr;             // of the last scan
   std::chrono::steady_clock::duration m_lastTime{};  // all of it
   bool m_areAllAway = false;
-  _timeb m_time;  // of the present scan
+  bool m_isChanged = false;  // a state, since TakeChange
+  _timeb m_time;             // of the present scan
 };
 
 class VASTRA_API CNodeConfig : public CLinkConfig {
@@ -115,6 +130,7 @@ class VASTRA_API CNodeLink : public CLink {
   void TakeAnswer();
   void TakeState(Time now);
   void PauseOpening(Time now);
+  void NoteState(Time now);
   void BeAway(Time now);
   void BeBack(Time now);
   int BeginTransfer(char function, const CLogSample* toWrite);
@@ -141,7 +157,8 @@ class VASTRA_API CNodeLink : public CLink {
   bool m_isUnclosed = false;  // its driver has not closed, which is not reported yet
   Time m_awaySince{}, m_openDue{};
   std::chrono::seconds m_openPause{0};
-  CArray<float, float> m_last;  // the last values for hold, else NaN
+  std::optional<CNodeState> m_state;  // none before the first scan
+  CArray<float, float> m_last;        // the last values for hold, else NaN
 };
 
 }  // namespace vastra

@@ -38,6 +38,8 @@ int CLogInput::Open() {
   m_pHeadLink = chain.Open(CLink::modeRead);
   if (!m_pHeadLink) return 0;
   m_pFileLink = replay;
+  m_areUp.reset();
+  m_isNodeChange = true;
   m_open = 1;
   return 1;
 }
@@ -111,11 +113,35 @@ void CLogInput::Close() {
 
 int CLogInput::Read(CLogSample& sample) {
   if (!m_open) return 0;
-  if (!m_threaded) return m_pHeadLink->Read(sample);
+  if (!m_threaded) return ReadNow(sample);
   return CInputThread::Start(RUNTIME_CLASS(CInputThread), this, sample, m_notifyWnd, m_notifyMessage);
 }
 
-int CLogInput::Work(CLogSample& sample) { return m_pHeadLink ? m_pHeadLink->Read(sample) : 0; }
+int CLogInput::Work(CLogSample& sample) { return m_pHeadLink ? ReadNow(sample) : 0; }
+
+int CLogInput::ReadNow(CLogSample& sample) {
+  const int result = m_pHeadLink->Read(sample);
+  if (m_group || m_areUp == (result != 0)) return result;
+  m_areUp = result != 0;
+  m_upSince = sample.m_time;
+  if (!result) _ftime(m_upSince);
+  m_isNodeChange = true;
+  return result;
+}
+
+bool CLogInput::TakeNodeChange() {
+  const bool isGroupChange = m_group && m_group->TakeChange();
+  return std::exchange(m_isNodeChange, false) || isGroupChange;
+}
+
+std::vector<CNodeState> CLogInput::NodeStates() const {
+  std::vector<CNodeState> states;
+  if (m_group) return m_group->States();
+  if (m_options.m_simulating || !m_areUp) return states;
+  for (const CPlcNodeConfig* node : m_options.m_plcNodes)
+    states.push_back({node->m_nodeName, *m_areUp, m_upSince, *m_areUp ? "" : "the read failed", {}});
+  return states;
+}
 
 int CLogInput::GetVarNames(CStringArray& names) { return m_open ? m_pHeadLink->GetVarNames(names) : 0; }
 

@@ -61,6 +61,11 @@ class VASTRA_API CLogInput : public CLogFacade {
   // How long the nodes took in the last scan, with workers.
   CNodeGroup::CSlowest Slowest() const { return m_group ? m_group->Slowest() : CNodeGroup::CSlowest(); }
 
+  // After a scan: whether the state of a node differs from what it was at the last call, and the states of
+  // all nodes, in order. Without workers and with "fail" alone all nodes are up if the last read succeeded.
+  bool TakeNodeChange();
+  std::vector<CNodeState> NodeStates() const;
+
   CInputConfig* GetOptions() { return &m_options; }
   void ClearConfiguration() { m_options.Clear(); }
 
@@ -74,12 +79,16 @@ class VASTRA_API CLogInput : public CLogFacade {
                        const std::shared_ptr<CNodeGroup>& group);
   bool IsGuarded() const;
   bool MayNodesBeAway() const;
+  int ReadNow(CLogSample& sample);
   const CFileLink* Replay() const { return m_open && m_options.m_simulating ? m_pFileLink : nullptr; }
 
   CLink* m_pHeadLink = nullptr;      // outermost link, owned
   CFileLink* m_pFileLink = nullptr;  // the link that replays, in the chain
   CNodeWorkers* m_pWorkers = nullptr;
   std::shared_ptr<CNodeGroup> m_group;  // null unless the nodes may be away or there are workers
+  bool m_isNodeChange = false;          // since TakeNodeChange
+  std::optional<bool> m_areUp;          // the last read without a group has succeeded; none: there was none
+  _timeb m_upSince;
   CInputConfig m_options;
 };
 

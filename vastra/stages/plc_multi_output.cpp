@@ -15,8 +15,14 @@ int CPlcMultiOutput::Open(CStringArray& names) {
                      [this](CPlcSingleOutput& output, int) { output.SetGroup(m_group); }))
       return m_group.reset(), 0;
   }
+  m_isNodeChange = true;
   m_open = 1;
   return 1;
+}
+
+bool CPlcMultiOutput::TakeNodeChange() {
+  const bool isGroupChange = m_group && m_group->TakeChange();
+  return std::exchange(m_isNodeChange, false) || isGroupChange;
 }
 
 int CPlcMultiOutput::Write(CLogSample& sample) {

@@ -38,6 +38,12 @@ class VASTRA_API CPlcMultiOutput : public CLogFacade {
   void SetWorkers(CNodeWorkers* workers) { m_pWorkers = workers; }
   // How long the nodes took in the last write, with workers.
   CNodeGroup::CSlowest Slowest() const { return m_group ? m_group->Slowest() : CNodeGroup::CSlowest(); }
+  // After a write with workers: whether the state of a node differs from what it was at the last call, and
+  // the states of all nodes, in order.
+  bool TakeNodeChange();
+  std::vector<CNodeState> NodeStates() const {
+    return m_group ? m_group->States() : std::vector<CNodeState>();
+  }
   // Deletes all outputs; their destructors close them.
   void DeleteList() { DeleteAll(m_outputs); }
 
@@ -57,6 +63,7 @@ class VASTRA_API CPlcMultiOutput : public CLogFacade {
   CPlcEnable m_plcEnable;
   CNodeWorkers* m_pWorkers = nullptr;
   std::shared_ptr<CNodeGroup> m_group;  // null without workers
+  bool m_isNodeChange = false;          // the stage was opened since TakeNodeChange
 };
 
 }  // namespace vastra

@@ -1,4 +1,4 @@
-#include "host/cli/ledger_json.h"
+#include "host/run/run_json.h"
 
 namespace vastra {
 namespace {
@@ -23,6 +23,19 @@ CJson EntryJson(const CRunLedger& entry) {
 }
 
 }  // namespace
+
+CJson CountsJson(const CScanCounts& counts) {
+  const auto& failed = counts.failedWrites;
+  return {{"read", counts.read},
+          {"failedReads", counts.failedReads},
+          {"late", counts.late},
+          {"failedWrites",
+           {{"smart", failed.smart},
+            {"outputs", failed.outputs},
+            {"summaries", failed.summaries},
+            {"plcWrite", failed.plcWrite},
+            {"trend", failed.trend}}}};
+}
 
 CJson LedgerJson(const std::vector<CRunLedger>& ledgers) {
   CJson list = CJson::array();

@@ -1,0 +1,152 @@
+#include "host/run/feed.h"
+
+#include <utility>
+
+#include "host/common/key_path.h"
+#include "host/run/feed_server.h"
+#include "host/run/feed_source.h"
+#include "host/run/run.h"
+#include "vastra/plc/driver_factory.h"
+
+namespace vastra {
+namespace {
+
+CFeedNames Shared(const CStringArray& names) {
+  return std::make_shared<const std::vector<CString>>(names.begin(), names.end());
+}
+
+CString NodeName(const CPlcNodeConfig& node) {
+  const CDriverFactory& drivers = *CDriverFactory::Instance();
+  const int driver = drivers.GetDriverIndex(node.m_driver.plcType);
+  return node.m_nodeName.IsEmpty() && driver >= 0 ? drivers.GetDriverName(driver) : node.m_nodeName;
+}
+
+template <class CONFIG>
+std::vector<CFeedFacts::CLog> LogsOf(const CList<CONFIG*, CONFIG*>& configs, const char* list) {
+  std::vector<CFeedFacts::CLog> logs;
+  for (const CONFIG* config : configs)
+    logs.push_back({KeyPath(list, static_cast<int>(logs.size())), config->m_name, config->m_directory,
+                    Shared(config->m_varNames)});
+  return logs;
+}
+
+std::shared_ptr<const CFeedFacts> FactsOf(const CRun& run) {
+  const CConfiguration& configuration = run.Configuration();
+  const auto facts = std::make_shared<CFeedFacts>();
+  facts->period = run.Period().count();
+  if (!configuration.m_input.m_simulating)
+    for (const CPlcNodeConfig* node : configuration.m_input.m_plcNodes)
+      facts->nodes.push_back(NodeName(*node));
+  for (const CPlcSingleConfig* single : configuration.m_plcWrite.m_nodes)
+    facts->writes.push_back(NodeName(single->m_node));
+  facts->outputs = LogsOf(configuration.m_outputs.m_outputs, "outputs");
+  facts->summaries = LogsOf(configuration.m_summaries.m_summaries, "summaries");
+  facts->isSmart = UsesSmart(configuration.m_smart);
+  return facts;
+}
+
+CFeedNames VariablesOf(const CFeedFacts& facts, const CLogSource& source) {
+  for (const auto* list : {&facts.outputs, &facts.summaries})
+    for (const CFeedFacts::CLog& log : *list)
+      if (log.key == source.key) return log.variables;
+  return nullptr;
+}
+
+}  // namespace
+
+CFeed::CFeed(const CFeedPlace& place) : m_place(place), m_pSource(std::make_unique<CFeedSource>()) {
+  m_pSource->Change([](CFeedSource::CView& view) { view.facts = std::make_shared<const CFeedFacts>(); });
+  SetState(EFeedState::opening);
+}
+
+CFeed::~CFeed() {
+  if (m_pSource->View().status->state != EFeedState::stopped) SetState(EFeedState::stopped);
+}
+
+CString CFeed::Open() {
+  m_pServer = std::make_unique<CFeedServer>(*m_pSource, m_place);
+  const CString fault = m_pServer->Open();
+  if (!fault.IsEmpty()) m_pServer.reset();
+  return fault;
+}
+
+void CFeed::Attach(CRun& run) {
+  m_pRun = &run;
+  run.AddObserver(this);
+  const auto facts = FactsOf(run);
+  const auto live = run.LiveState();
+  m_pSource->Change([&](CFeedSource::CView& view) {
+    ++view.change;
+    view.facts = facts;
+    view.live = live;
+  });
+  if (m_pSource->View().status->state != EFeedState::waiting) SetState(EFeedState::opening);
+}
+
+void CFeed::Detach() {
+  m_pRun = nullptr;
+  CLiveNewest newest;
+  const CFeedSource::CView former = m_pSource->View();
+  const bool isCopied = former.live && former.live->CopyNewest(newest);
+  m_pSource->Change([&](CFeedSource::CView& view) {
+    ++view.change;
+    if (isCopied && newest.read.time_since_epoch().count() != 0) view.last = {newest.time, newest.read};
+    view.live.reset();
+    view.names.reset();
+  });
+}
+
+// A state that stays only gets its new reason.
+void CFeed::SetState(EFeedState state, const CString& reason) {
+  const auto before = m_pSource->View().status;
+  const auto status = std::make_shared<CFeedStatus>(CFeedStatus{state, {}, reason});
+  if (before && before->state == state)
+    status->since = before->since;
+  else
+    _ftime(status->since);
+  m_pSource->Change([&](CFeedSource::CView& view) { view.status = status; });
+}
+
+// On the thread of the run: its configuration may have changed.
+void CFeed::Describe() {
+  if (!m_pRun) return;
+  const auto facts = FactsOf(*m_pRun);
+  CLiveNewest newest;
+  m_pRun->LiveState()->CopyNewest(newest);
+  m_pSource->Change([&](CFeedSource::CView& view) {
+    ++view.change;
+    view.facts = facts;
+    view.names = newest.names;
+  });
+}
+
+void CFeed::Started(const CStringArray&) {
+  Describe();
+  SetState(EFeedState::running);
+}
+
+void CFeed::Renamed(const CStringArray&) { Describe(); }
+
+void CFeed::Message(const CRunMessage& message) {
+  const auto entry = m_pSource->m_messages.Add(
+      {message.time, message.severity, message.function, message.link, message.name, message.text});
+  if (message.severity == severityFatal || message.severity == severityError)
+    m_pSource->Change([&](CFeedSource::CView& view) { view.lastError = entry; });
+}
+
+void CFeed::LogClosed(const CLogSource& source, const CSavedLog& log) {
+  m_pSource->m_logs.Add({source,
+                         log.path,
+                         {},
+                         log.samples,
+                         true,
+                         log.first,
+                         log.last,
+                         VariablesOf(*m_pSource->View().facts, source)});
+}
+
+void CFeed::LogNotSaved(const CLogSource& source, const CUnsavedLog& log) {
+  m_pSource->m_logs.Add({source, log.path, log.reason, log.samples, false, {}, {}, nullptr});
+}
+
+}  // namespace vastra
