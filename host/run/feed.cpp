@@ -71,6 +71,7 @@ CString CFeed::Open() {
 }
 
 void CFeed::Attach(CRun& run) {
+  Detach();
   m_pRun = &run;
   run.AddObserver(this);
   const auto facts = FactsOf(run);
@@ -83,6 +84,12 @@ void CFeed::Attach(CRun& run) {
   if (m_pSource->View().status->state != EFeedState::waiting) SetState(EFeedState::opening);
 }
 
+void CFeed::Wait(const CString& reason) {
+  Detach();
+  SetState(EFeedState::waiting, reason);
+}
+
+// The newest sample outlives its run.
 void CFeed::Detach() {
   m_pRun = nullptr;
   CLiveNewest newest;

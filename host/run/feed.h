@@ -3,8 +3,7 @@
 //
 //   CFeed feed({socket, configuration});
 //   if (const CString fault = feed.Open(); !fault.IsEmpty()) show it;
-//   CRun run(...); feed.Attach(run); run.Start(); ...   // then feed.Detach() and another run, as often as
-//   needed
+//   CRun run(...); feed.Attach(run); run.Start(); ...   // another one may follow
 //
 // A thread of the feed's own serves all readers. The thread of the scans only leaves pointers for it: it
 // never waits for a reader, writes to no socket and formats nothing. Samples and counts are copied from the
@@ -40,13 +39,11 @@ class CFeed : public CRunObserver {
   // possible.
   CString Open();
 
-  // Shows run from now on. Called before its start; run must exist until Detach or, as every observer of a
-  // run, as long as the feed. The state is opening, or stays waiting.
+  // Shows run in place of the one before, which may be destroyed. Called before its start. The state is
+  // opening, or stays waiting. Messages and logs stay.
   void Attach(CRun& run);
-  // The run that was shown is about to be destroyed. Messages and logs stay.
-  void Detach();
-  // What the run does not report itself: waiting, when the stages do not open and are tried again, and why.
-  void SetState(EFeedState state, const CString& reason = {});
+  // The run that was shown, if there was one, does not open and is tried again: the state is waiting.
+  void Wait(const CString& reason);
 
   void Started(const CStringArray& names) override;
   void Renamed(const CStringArray& names) override;
@@ -58,6 +55,8 @@ class CFeed : public CRunObserver {
   void Stopped() override { SetState(EFeedState::stopped); }
 
  private:
+  void Detach();
+  void SetState(EFeedState state, const CString& reason = {});
   void Describe();
 
   const CFeedPlace m_place;
