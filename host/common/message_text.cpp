@@ -11,10 +11,10 @@ namespace vastra {
 namespace {
 
 // Where a link is, in the keys of a configuration, by the name that its stage gives it.
-struct CPlace {
+struct CTextPlace {
   const char *link, *place;
 };
-constexpr CPlace kPlaces[] = {
+constexpr CTextPlace kPlaces[] = {
     {"InputFileLink", "input.inputFiles"},
     {"Getting variable names from selected files", "input.inputFiles"},
     {"InputPreprocessEquatorLink", "input.preEquationText"},
@@ -62,7 +62,7 @@ std::string_view NodeOf(std::string_view name) {
 
 std::string_view PlaceOf(const CRunMessage& message) {
   if (std::strcmp(message.link, "CPlcLink") == 0) return NodeOf(message.name);
-  for (const CPlace& place : kPlaces)
+  for (const CTextPlace& place : kPlaces)
     if (std::strcmp(place.link, message.name) == 0) return place.place;
   return message.name;
 }
