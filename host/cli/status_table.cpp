@@ -50,7 +50,8 @@ std::string RowsText(const CCountsLine& counts, std::uint64_t CLogLedger::*rows)
   return std::to_string(sum);
 }
 
-// The columns: of a logger that answers, and of one that has counts.
+// The columns, the widest at the end, where a narrow terminal cuts them: of a logger that answers, and of one
+// that has counts.
 using CStatus = const CLoggerStatus&;
 using CCounts = const CCountsLine&;
 struct CTableColumn {
@@ -61,22 +62,22 @@ struct CTableColumn {
 };
 constexpr CTableColumn kTableColumns[] = {
     {"STATE", false, [](CStatus s) { return Printable(Shortened(s.state.state.c_str(), 20)); }, nullptr},
-    {"SINCE", false, [](CStatus s) { return ClockText(s.state.since); }, nullptr},
-    {"SCANS", true, nullptr, [](CCounts c) { return std::to_string(c.scans); }},
-    {"LAST SAMPLE", false,
-     [](CStatus s) { return s.state.lastSample ? ClockText(*s.state.lastSample) : std::string("none"); },
-     nullptr},
     {"AGE", true,
      [](CStatus s) { return s.state.lastSampleAge ? AgeText(*s.state.lastSampleAge) : std::string(); },
      nullptr},
+    {"SCANS", true, nullptr, [](CCounts c) { return std::to_string(c.scans); }},
     {"FAILED", true, nullptr, [](CCounts c) { return std::to_string(c.failedReads); }},
     {"LATE", true, nullptr, [](CCounts c) { return std::to_string(c.late); }},
+    {"LOST", true, nullptr, [](CCounts c) { return RowsText(c, &CLogLedger::lost); }},
     {"MEMORY", true, nullptr, [](CCounts c) { return RowsText(c, &CLogLedger::inMemory); }},
     {"JOURNAL", true, nullptr, [](CCounts c) { return RowsText(c, &CLogLedger::inJournal); }},
     {"ON DISK", true, nullptr, [](CCounts c) { return RowsText(c, &CLogLedger::onDisk); }},
-    {"LOST", true, nullptr, [](CCounts c) { return RowsText(c, &CLogLedger::lost); }},
     {"LOGS", true, nullptr, [](CCounts c) { return std::to_string(c.logs.closed); }},
     {"FREE", true, [](CStatus s) { return FreeText(s.state.folders); }, nullptr},
+    {"LAST SAMPLE", false,
+     [](CStatus s) { return s.state.lastSample ? ClockText(*s.state.lastSample) : std::string("none"); },
+     nullptr},
+    {"SINCE", false, [](CStatus s) { return ClockText(s.state.since); }, nullptr},
 };
 
 using CTableRow = std::vector<std::string>;
