@@ -1,5 +1,6 @@
 #include "host/run/feed.h"
 
+#include <functional>
 #include <utility>
 
 #include "host/common/key_path.h"
@@ -52,10 +53,21 @@ CFeedNames VariablesOf(const CFeedFacts& facts, const CLogSource& source) {
   return nullptr;
 }
 
+// Replaces the saves by a copy with the change; a copy needs no lock, since only the run's thread changes
+// them.
+void ChangeSaves(CFeedSource& source, const std::function<void(CFeedSaves&)>& change) {
+  const auto saves = std::make_shared<CFeedSaves>(*source.View().saves);
+  change(*saves);
+  source.Change([&](CFeedSource::CView& view) { view.saves = saves; });
+}
+
 }  // namespace
 
 CFeed::CFeed(const CFeedPlace& place) : m_place(place), m_pSource(std::make_unique<CFeedSource>()) {
-  m_pSource->Change([](CFeedSource::CView& view) { view.facts = std::make_shared<const CFeedFacts>(); });
+  m_pSource->Change([](CFeedSource::CView& view) {
+    view.facts = std::make_shared<const CFeedFacts>();
+    view.saves = std::make_shared<const CFeedSaves>();
+  });
   SetState(EFeedState::opening);
 }
 
@@ -150,10 +162,25 @@ void CFeed::LogClosed(const CLogSource& source, const CSavedLog& log) {
                          log.first,
                          log.last,
                          VariablesOf(*m_pSource->View().facts, source)});
+  ChangeSaves(*m_pSource, [&](CFeedSaves& saves) {
+    ++saves.closed;
+    saves.unsaved.erase(log.path);
+  });
+}
+
+// A summary that could not be saved may be saved with its next row.
+void CFeed::LogGrew(const CLogSource&, const CSavedLog& log) {
+  if (!m_pSource->View().saves->unsaved.contains(log.path)) return;
+  ChangeSaves(*m_pSource, [&](CFeedSaves& saves) { saves.unsaved.erase(log.path); });
 }
 
 void CFeed::LogNotSaved(const CLogSource& source, const CUnsavedLog& log) {
   m_pSource->m_logs.Add({source, log.path, log.reason, log.samples, false, {}, {}, nullptr});
+  ChangeSaves(*m_pSource, [&](CFeedSaves& saves) {
+    ++saves.failed;
+    if (saves.unsaved.size() < CFeedSaves::kMostUnsaved || saves.unsaved.contains(log.path))
+      saves.unsaved[log.path] = {source.key, log.reason, log.samples};
+  });
 }
 
 }  // namespace vastra

@@ -50,6 +50,7 @@ class CFeed : public CRunObserver {
   void Reloaded() override { Describe(); }
   void Message(const CRunMessage& message) override;
   void LogClosed(const CLogSource& source, const CSavedLog& log) override;
+  void LogGrew(const CLogSource& source, const CSavedLog& log) override;
   void LogNotSaved(const CLogSource& source, const CUnsavedLog& log) override;
   void Stopping() override { SetState(EFeedState::stopping); }
   void Stopped() override { SetState(EFeedState::stopped); }

@@ -30,7 +30,8 @@ void CFeedContent::Refresh(Time now) {
   if (before.names != m_view.names) m_indexes.clear();
   if (before.change != m_view.change) m_hello = nullptr;
   if (before.facts != m_view.facts) WatchFolders();
-  if (before.status != m_view.status || nodes != m_newest.nodes || written != m_newest.written)
+  if (before.status != m_view.status || before.saves != m_view.saves || nodes != m_newest.nodes ||
+      written != m_newest.written)
     ++m_stateChange;
 }
 
@@ -53,7 +54,7 @@ CFeedLine CFeedContent::State() {
 }
 
 CFeedLine CFeedContent::Counts() {
-  if (!m_counts) m_counts = Share(CountsLine(m_newest));
+  if (!m_counts) m_counts = Share(CountsLine(m_view, m_newest));
   return m_counts;
 }
 

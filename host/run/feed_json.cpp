@@ -57,6 +57,16 @@ CJson FoldersJson(const CFeedFacts& facts, const CFeedFolders& folders) {
   return list;
 }
 
+CJson UnsavedJson(const CFeedSaves& saves) {
+  CJson list = CJson::array();
+  for (const auto& [path, log] : saves.unsaved)
+    list.push_back({{"log", ToJson(log.key)},
+                    {"path", ToJson(path)},
+                    {"reason", ToJson(log.reason)},
+                    {"rows", log.rows}});
+  return list;
+}
+
 CJson MessageJson(const CFeedSource::Messages::CEntry& entry) {
   const CKeptMessage& message = entry.object;
   return {{"number", entry.number},
@@ -117,6 +127,7 @@ std::string StateLine(const CFeedSource::CView& view, const CLiveNewest& newest,
                 {"nodes", NodesJson(newest.nodes)},
                 {"writes", NodesJson(newest.written)},
                 {"folders", FoldersJson(*view.facts, folders)},
+                {"unsaved", UnsavedJson(*view.saves)},
                 {"lastError", view.lastError ? MessageJson(*view.lastError) : CJson()},
                 {"lastSample", last ? ToJson(last->time) : CJson()},
                 {"lastSampleAge", nullptr}};
@@ -124,11 +135,12 @@ std::string StateLine(const CFeedSource::CView& view, const CLiveNewest& newest,
   return JsonLine(json);
 }
 
-std::string CountsLine(const CLiveNewest& newest) {
+std::string CountsLine(const CFeedSource::CView& view, const CLiveNewest& newest) {
   const CScanCounts& scans = newest.counts.scans;
   CJson json = {{"type", "counts"}};
   json.update(CountsJson(scans));
   json["scans"] = scans.read + scans.failedReads;
+  json["logs"] = {{"closed", view.saves->closed}, {"failed", view.saves->failed}};
   json["ledger"] = newest.ledger ? LedgerJson(*newest.ledger) : CJson::array();
   return JsonLine(json);
 }

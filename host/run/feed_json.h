@@ -13,7 +13,7 @@ struct CFeedOwner {
 
 std::string HelloLine(const CFeedOwner& owner, const CFeedSource::CView& view);
 std::string StateLine(const CFeedSource::CView& view, const CLiveNewest& newest, const CFeedFolders& folders);
-std::string CountsLine(const CLiveNewest& newest);
+std::string CountsLine(const CFeedSource::CView& view, const CLiveNewest& newest);
 std::string MessageLine(const CFeedSource::Messages::CEntry& entry);
 std::string LogLine(const CFeedSource::Logs::CEntry& entry);
 std::string ErrorLine(const CString& text);

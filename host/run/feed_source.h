@@ -2,6 +2,7 @@
 // that does not change once it is there; the mutexes are held while pointers are copied.
 #pragma once
 
+#include <map>
 #include <mutex>
 #include <optional>
 
@@ -21,6 +22,19 @@ struct CFeedLog {
   bool isSaved = false;
   _timeb first, last;    // only of a log that was saved
   CFeedNames variables;  // null: not known
+};
+
+// The files of logs since the process started: how many were saved, how many attempts failed, and those that
+// wait, by path.
+struct CFeedSaves {
+  static constexpr std::size_t kMostUnsaved = 100;
+
+  struct CUnsaved {
+    CString key, reason;
+    std::uint64_t rows = 0;
+  };
+  std::uint64_t closed = 0, failed = 0;
+  std::map<CString, CUnsaved> unsaved;
 };
 
 // What a configuration says.
@@ -59,6 +73,7 @@ class CFeedSource {
     std::shared_ptr<const CLiveState> live;
     std::shared_ptr<const CFeedStatus> status;
     Messages::Entry lastError;
+    std::shared_ptr<const CFeedSaves> saves;
     std::optional<CFeedLast> last;  // of the runs before live
   };
 

@@ -10,7 +10,7 @@ import socket
 import subprocess
 import time
 
-from commands import CommandTest
+from commands import CommandTest, output, simulated
 from fake_feed import COUNTS, FakeFeed, HELLO, LEDGER, MESSAGE, NOW, STATE, WELL, lines
 
 EVIL = "x\x1b[2J\n\\\"\x9b"
@@ -75,6 +75,25 @@ class FeedTest(CommandTest):
     def status(self, command="", status=1, err=""):
         return self.expect(self.args("status " + command), status, None, err)
 
+    def metrics(self, text):
+        """Parses strictly: family by family, each once, each series once, counters end in _total."""
+        families, series, kind = [], {}, None
+        for line in text.split("\n")[:-1]:
+            if line.startswith("# HELP "):
+                families.append(line.split(" ", 3)[2])
+            elif line.startswith("# TYPE "):
+                _, _, name, kind = line.split(" ")
+                self.assertEqual(families[-1], name)
+                self.assertEqual(kind == "counter", name.endswith("_total"))
+            else:
+                match = re.fullmatch(r'(\w+)(\{(?:[a-z]+="(?:[^"\\\n]|\\[\\"n])*",?)+\}) (\S+)', line)
+                self.assertTrue(match, line)
+                self.assertEqual((families[-1], True), (match[1], kind in ("counter", "gauge")))
+                self.assertNotIn(match[1] + match[2], series)
+                series[match[1] + match[2]] = float(match[3])
+        self.assertEqual(len(families), len(set(families)))
+        return series
+
 
 class Status(FeedTest):
     def test_a_hostile_peer_is_a_problem_of_its_own_logger(self):
@@ -133,25 +152,6 @@ class Status(FeedTest):
                 self.expect(self.args(command), 2, err=r"[^\n]*is not the name of a logger[^\n]*")
         self.write("etc/systemd/system/x.wants", "")
         self.expect("status --dir run/kiln/feed --etc no", 1, None, "status: .*run/kiln/feed: cannot be searched for loggers: Not a directory")
-
-    def metrics(self, text):
-        """Parses strictly: family by family, each once, each series once, counters end in _total."""
-        families, series, kind = [], {}, None
-        for line in text.split("\n")[:-1]:
-            if line.startswith("# HELP "):
-                families.append(line.split(" ", 3)[2])
-            elif line.startswith("# TYPE "):
-                _, _, name, kind = line.split(" ")
-                self.assertEqual(families[-1], name)
-                self.assertEqual(kind == "counter", name.endswith("_total"))
-            else:
-                match = re.fullmatch(r'(\w+)(\{(?:[a-z]+="(?:[^"\\\n]|\\[\\"n])*",?)+\}) (\S+)', line)
-                self.assertTrue(match, line)
-                self.assertEqual((families[-1], True), (match[1], kind in ("counter", "gauge")))
-                self.assertNotIn(match[1] + match[2], series)
-                series[match[1] + match[2]] = float(match[3])
-        self.assertEqual(len(families), len(set(families)))
-        return series
 
     def test_metrics_are_well_formed_whatever_the_names_are(self):
         node = {"name": EVIL, "up": True}
@@ -253,3 +253,31 @@ class Attached(FeedTest):
         self.assertEqual(0, watch.wait(timeout=60))
         self.assertIn("x?[2J?", shown.decode(errors="replace"))
         os.close(main)
+
+    def test_a_real_logger_is_well_again_when_the_disk_is(self):
+        for folder in ["logs", "run/kiln"]:
+            os.makedirs(self.path(folder))
+        self.write("c.json", simulated([output("logs", maxSamples=5)]))
+        run = self.start("run", "c.json", "--feed", "run/kiln/feed", "--quiet", stderr=subprocess.DEVNULL)
+        self.addCleanup(run.wait)
+        self.addCleanup(run.kill)
+
+        def until(condition):
+            while not condition(logger := self.vastra(*self.args("status kiln --json")).json()[0]):
+                self.assertIsNone(run.poll())
+            return logger
+        logger = until(lambda logger: logger["well"] and logger["logsClosed"] > 1 and logger["rows"][0]["onDisk"] > 9)
+        self.assertEqual((run.pid, 10), (logger["pid"], logger["period"]))
+        self.assertIn(logger["rows"][0]["offered"], range(10, logger["read"] + 1))
+        os.rename(self.path("logs"), self.path("away"))
+        logger = until(lambda logger: not logger["well"])
+        self.assertRegex(logger["problems"][0], r"\Anot saved: .*/logs/\d+\.rph: No such file or directory\Z")
+        self.assertIn("No such file or directory", logger["lastError"]["text"])
+        os.rename(self.path("away"), self.path("logs"))
+        self.assertGreater(until(lambda logger: logger["well"])["logsFailed"], 0)
+        self.metrics(self.status("kiln --prometheus", 0).out.decode())
+        run.send_signal(signal.SIGSTOP)
+        self.assertEqual(["the logger has not answered for 2 seconds"], self.status("kiln --json").json()[0]["problems"])
+        run.send_signal(signal.SIGCONT)
+        run.terminate()
+        self.assertEqual(0, run.wait(timeout=60))
