@@ -15,6 +15,7 @@ import kills
 import modules
 import plant
 import memory
+import packages
 import processes
 import replays
 import soak
@@ -93,6 +94,8 @@ CLAIMS = [
           "with the logs", soak.soak, 12, 600),
     Claim("memory", "A command that gets no memory at any moment, or none from then on, ends with a line and status 1, or "
           "does its work; no row is lost with status 0", memory.memory, 6, 1000000),
+    Claim("packages", "The packages install, upgrade under a logger that runs, build an external project and go, in a bare Debian 12, "
+          "and keep configurations and logs", packages.packages, 0, 1),
     Claim("sweeps", "", sweeps, 0, 1),
 ]
 
