@@ -10,7 +10,8 @@ import time
 
 from logs import Failed, NotRun
 
-PACKAGES, BASE = "build/packages", "build/debian"
+ARCHITECTURE = subprocess.run(["dpkg", "--print-architecture"], capture_output=True, text=True).stdout.strip()
+PACKAGES, BASE = "build/packages/*_%s.deb" % ARCHITECTURE, "build/debian"
 KEPT = ["/etc/vastra/kiln.json", "/var/lib/vastra/kiln"]
 EXTERNAL = """cp -r /tests /build && cmake -G Ninja -S /build/install -B /build/out -DCMAKE_BUILD_TYPE=Release >/dev/null &&
 cmake --build /build/out >/dev/null && /build/out/scan_on_engine && /build/out/scan_on_vastra && QT_QPA_PLATFORM=offscreen /build/out/windows"""
@@ -82,21 +83,22 @@ def packages(run):
     owner = re.findall(r"\d+", open("/proc/self/uid_map").read())
     if os.geteuid() or owner[:2] != ["0", "0"] or not shutil.which("debootstrap"):
         raise NotRun("not run: needs root and debootstrap")
-    if not glob.glob(PACKAGES + "/*_amd64.deb") and subprocess.run(["script/package"]).returncode:
+    if not glob.glob(PACKAGES) and subprocess.run(["script/package"]).returncode:
         raise Failed("script/package")
     debian = Debian(run.work)
-    for package in glob.glob(PACKAGES + "/*_amd64.deb"):
+    for package in glob.glob(PACKAGES):
         shutil.copy(package, debian.root)
     shutil.copytree("tests", debian.path("/tests"))
     shutil.copytree("docs", debian.path("/docs"))
     earlier(glob.glob(debian.path("/vastra_*.deb"))[0], debian.root)
     debian.run("apt-get update -q && apt-get install -q -y --no-install-recommends /earlier.deb")
     debian.run("vastra init kiln && install -d -o vastra -g vastra -m 750 /var/lib/vastra/kiln && "
-               "chmod 644 /etc/vastra/kiln.json && rm /var/log/dpkg.log")
+               "chmod 644 /etc/vastra/kiln.json")
     kept = open(debian.path(KEPT[0])).read()
     rows = upgrade(debian, "/vastra_*.deb")
     if kept != open(debian.path(KEPT[0])).read() or " 0.0.1 " in debian.run("dpkg-query -W -f ' ${Version} ' vastra"):
         raise Failed("the upgrade changed the configuration, or not the version")
+    debian.run("apt-get install -q -y --allow-downgrades /earlier.deb && apt-get install -q -y /vastra_*.deb")
     debian.run("cd /tmp && vastra demo && vastra check demo-logs/demo.json && vastra drivers | grep Modbus")
     debian.run("apt-get install -q -y --no-install-recommends /vastra-desktop_*.deb /libvastra0_*.deb /libvastra-dev_*.deb g++ cmake "
                "ninja-build && vastra-desktop --version")
@@ -104,7 +106,7 @@ def packages(run):
     files = debian.run("dpkg -L vastra").split()
     for step in ["remove", "purge"]:
         debian.run("apt-get %s -q -y vastra" % step)
-        left = [path for path in files if os.path.isfile(debian.path(path)) or os.path.islink(debian.path(path))]
+        left = [path for path in files if os.path.lexists(debian.path(path)) and not os.path.isdir(debian.path(path))]
         if left or any(not os.path.exists(debian.path(path)) for path in KEPT) or not glob.glob(debian.path(KEPT[1] + "/*/*.rph")):
             raise Failed("%s: left: %s; kept: %s" % (step, left, os.listdir(debian.path("/var/lib/vastra"))))
     debian.run("getent passwd vastra")
