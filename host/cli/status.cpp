@@ -15,7 +15,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::seconds kStatusPause{1};  // with --follow
+constexpr std::chrono::seconds kLookPause{1};  // with --follow
 
 struct CStatusArguments {
   explicit CStatusArguments(CArguments& arguments);
@@ -84,7 +84,7 @@ EExit FollowStatus(const CStatusArguments& arguments) {
   const bool isDrawn = !*arguments.asJson && CTerminal::Instance().PutStatusOnOutput();
   EExit status = kDone;
   for (Clock::time_point next = Clock::now(); !CStopSignals::HaveCome(); PauseUntil(next, inbox.File())) {
-    next = std::max(next + kStatusPause, Clock::now());
+    next = std::max(next + kLookPause, Clock::now());
     const CStatusLook look(arguments, inbox.File());
     if (CStopSignals::HaveCome()) break;  // it is cut short
     status = look.Status();

@@ -5,7 +5,7 @@ namespace {
 
 template <class T>
 CJson JsonOrNull(const std::optional<T>& value) {
-  return value ? ToJson(*value) : CJson();
+  return value ? vastra::ToJson(*value) : CJson();  // other files of the batch have a ToJson, too
 }
 
 CJson LedgerJson(const CLedgerFacts& entry, const std::string& name) {
