@@ -391,7 +391,7 @@ void RunTrial(const CContractTest& test, int pipe) {
     TryRules(test, pipe);
     ::_exit(0);  // no destructor of the host's objects runs here
   } catch (const std::exception& fault) {
-    static_cast<void>(::write(STDERR_FILENO, fault.what(), std::strlen(fault.what())));
+    static_cast<void>(!::write(STDERR_FILENO, fault.what(), std::strlen(fault.what())));
     ::_exit(1);
   }
 }
