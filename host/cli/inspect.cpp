@@ -30,7 +30,7 @@ CLogFacts Look(const CFileArgument& file) {
   return facts;
 }
 
-CJson ToJson(const CLogFacts& facts) {
+CJson FactsJson(const CLogFacts& facts) {
   CJson log = {{"file", ToJson(facts.file)}};
   if (!facts.fault.IsEmpty()) {
     log["error"] = ToJson(facts.fault);
@@ -63,7 +63,7 @@ EExit Inspect(const std::vector<CFileArgument>& files, bool asJson) {
     const CLogFacts facts = Look(file);
     if (!facts.fault.IsEmpty()) status = kFailed;
     if (asJson)
-      list.push_back(ToJson(facts));
+      list.push_back(FactsJson(facts));
     else if (!facts.fault.IsEmpty())
       Fail(kFailed, facts.file, facts.fault);
     else if (PrintLines(ToLines(facts)) != kDone)

@@ -9,7 +9,7 @@
 namespace vastra {
 namespace {
 
-CJson ToJson(const CSessionResult& result) {
+CJson ResultJson(const CSessionResult& result) {
   CJson json = CountsJson(result.counts);
   json["files"] = result.files;
   json["ledger"] = LedgerJson(result.ledger);
@@ -24,7 +24,7 @@ EExit Run(const CRunArguments& arguments, bool asJson, const CServiceRequest& se
   if (!asJson) return PrintEnd(result);
   if (const CString loss = LossText(result.ledger); !loss.IsEmpty())
     Fail(kFailed, arguments.File().typed, loss);
-  const EExit printed = PrintJson(ToJson(result));
+  const EExit printed = PrintJson(ResultJson(result));
   return printed == kDone ? result.Status() : printed;
 }
 

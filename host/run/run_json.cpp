@@ -12,14 +12,14 @@ CJson LossJson(const CLogLoss& loss) {
 
 CJson EntryJson(const CRunLedger& entry) {
   const CLogLedger& ledger = entry.ledger;
-  CJson json = {{"name", ToJson(entry.name)},    {"kind", entry.isSummary ? "summary" : "output"},
+  CJson tree = {{"name", ToJson(entry.name)},    {"kind", entry.isSummary ? "summary" : "output"},
                 {"offered", ledger.offered},     {"unwanted", ledger.unwanted},
                 {"taken", ledger.taken},         {"recovered", ledger.recovered},
                 {"onDisk", ledger.onDisk},       {"rotated", ledger.rotated},
                 {"inJournal", ledger.inJournal}, {"inMemory", ledger.inMemory},
                 {"lost", ledger.lost},           {"losses", CJson::array()}};
-  for (const CLogLoss& loss : ledger.losses) json["losses"].push_back(LossJson(loss));
-  return json;
+  for (const CLogLoss& loss : ledger.losses) tree["losses"].push_back(LossJson(loss));
+  return tree;
 }
 
 }  // namespace

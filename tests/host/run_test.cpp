@@ -231,9 +231,9 @@ TEST_F(Run, ReloadsLoseNoRowThatTheOldOrTheNewConfigurationTakes) {
     tree["input"]["plcNodes"][0] = {{"driver", {{"plcType", 9001}, {"text1", "counter"}}},
                                     {"varNames", {"x"}}};
     if (kind & 1) tree["input"]["plcNodes"][0]["varNames"].push_back("y");
-    tree["outputs"] = {output(kind & 2 ? "Renamed" : "All", "a", kind & 4 ? 7 : 5)};
+    tree["outputs"][0] = output(kind & 2 ? "Renamed" : "All", "a", kind & 4 ? 7 : 5);
     if (kind & 8) tree["outputs"].push_back(output("More", "b", 3));
-    if (kind & 16) tree["summaries"] = {{{"varNames", {"x"}}, {"saveCsv", 1}, {"directory", "b"}}};
+    if (kind & 16) tree["summaries"][0] = {{"varNames", {"x"}}, {"saveCsv", 1}, {"directory", "b"}};
     if (*bad) tree.merge_patch(nlohmann::json::parse(bad));
     return Logger(tree.dump());
   };
