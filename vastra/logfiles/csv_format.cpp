@@ -76,20 +76,24 @@ inline char* PutFraction(char* to, std::uint32_t mantissa, int shift) {
   return PutFixed(to, whole, decimals);
 }
 
-using CWide = unsigned __int128;
-
-char* PutWide(char* to, CWide n) {
-  constexpr std::uint32_t kPart = 1'000'000'000;
-  if (n < kPart) return PutWhole(to, static_cast<std::uint32_t>(n));
-  to = PutWide(to, n / kPart);
-  const auto rest = static_cast<std::uint32_t>(n % kPart);
-  for (std::uint32_t unit = kPart / 1000; unit; unit /= 1000) to = PutThree(to, rest / unit % 1000);
-  return to;
-}
-
-// mantissa x 2^shift, below 2^128.
+// mantissa x 2^shift, below 2^128: in parts below 10^9, the lowest first.
 char* PutLarge(char* to, std::uint32_t mantissa, int shift) {
-  return PutText(PutWide(to, CWide{mantissa} << shift), ".000000,");
+  constexpr std::uint32_t kPart = 1'000'000'000;
+  std::uint32_t parts[5] = {mantissa};
+  for (; shift > 0; shift -= 29) {
+    std::uint64_t carry = 0;
+    for (std::uint32_t& part : parts) {
+      carry += std::uint64_t{part} << std::min(shift, 29);
+      part = static_cast<std::uint32_t>(carry % kPart);
+      carry /= kPart;
+    }
+  }
+  int place = 4;
+  while (place > 0 && parts[place] == 0) --place;
+  to = PutWhole(to, parts[place]);
+  while (--place >= 0)
+    for (std::uint32_t unit = kPart / 1000; unit; unit /= 1000) to = PutThree(to, parts[place] / unit % 1000);
+  return PutText(to, ".000000,");
 }
 
 inline char* PutValue(char* to, float value) {
