@@ -60,7 +60,7 @@ class Terminal(LogTest):
         shown = self.on_terminal("watch", "live.json", "--scans", "40", output=True)
         self.assertIn("Timeout error.", shown)
         self.assertRegex(shown, r":\d\d\S+  \d+ read\x1b\[K\r\nx +\d+  ▁[▁▂▃▄▅▆▇]*█\x1b\[K")
-        self.assertRegex(shown, r"\x1b\[J[^\x1b]*(\x1b\[31mError: N: read: [^\x1b]*\x1b\[0m\r\n)?vastra: \d+ read, .*\r\n\Z")
+        self.assertRegex(shown, r"\x1b\[J[^\x1b]*(\x1b\[3[13]m[^\x1b]*\x1b\[0m\r\n)*vastra: \d+ read, .*\r\n\Z")
         self.write("wide.json", simulated(names=["x%d" % i for i in range(40)]))
         self.assertIn("\r\x1b[22A", self.on_terminal("watch", "wide.json", "--scans", "20", output=True))
         self.assertEqual([], re.findall(r"\x1b\[[^KJAm]*[^KJA\dm;]|\x1b[^\[]", shown))  # no mode to restore
