@@ -121,6 +121,7 @@ std::vector<std::string> ProblemsOf(const CLoggerStatus& status) {
 // of its outputs, continues the numbers.
 std::vector<std::string> KeysOf(const std::vector<CLedgerFacts>& ledger) {
   std::vector<std::string> keys;
+  keys.reserve(ledger.size());
   std::size_t counts[2] = {};
   for (const CLedgerFacts& entry : ledger)
     keys.push_back((entry.isSummary ? "summaries[" : "outputs[") + std::to_string(counts[entry.isSummary]++) +

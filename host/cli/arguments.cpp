@@ -45,7 +45,7 @@ CArgument<CString> CArguments::Text(const char* name, const char* help) {
 }
 
 CArgument<CString> CArguments::Choice(const char* choices, const char* help) {
-  const CArgument<CString> value = Text(choices, help);
+  CArgument<CString> value = Text(choices, help);
   m_command.get_option(choices)->check([words = CLI::detail::split(choices, '|')](const std::string& typed) {
     const bool isKnown = std::find(words.begin(), words.end(), typed) != words.end();
     return isKnown ? std::string() : typed + " is not one of these words";

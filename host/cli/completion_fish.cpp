@@ -40,8 +40,8 @@ std::string FishValues(const CArgumentFacts& argument, bool isOption) {
       {EValue::folder, " -a '(__fish_complete_directories)'"},
       {EValue::logger, " -a '(__vastra_loggers)'"}};
   const auto found = kActions.find(argument.Value());
-  const std::string action = found == kActions.end() ? " -a " + FishQuoted(Joined(argument.Choices(), " "))
-                                                     : std::string(found->second);
+  std::string action = found == kActions.end() ? " -a " + FishQuoted(Joined(argument.Choices(), " "))
+                                               : std::string(found->second);
   if (!isOption || argument.value.empty()) return action;
   return (argument.Value() == EValue::file ? " -r" : " -x") + action;
 }

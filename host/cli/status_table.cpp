@@ -123,6 +123,7 @@ std::vector<std::string> StatusTable(const std::vector<CLoggerStatus>& loggers) 
   for (const CTableRow& row : rows)
     for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], WidthOf(row[i]));
   std::vector<std::string> lines;
+  lines.reserve(rows.size());
   for (const CTableRow& row : rows) lines.push_back(Aligned(row, widths));
   for (const CLoggerStatus& logger : loggers) {
     const std::string name = logger.place.name.Std() + ": ";

@@ -77,7 +77,7 @@ CFeed::~CFeed() {
 
 CString CFeed::Open() {
   m_pServer = std::make_unique<CFeedServer>(*m_pSource, m_place);
-  const CString fault = m_pServer->Open();
+  CString fault = m_pServer->Open();
   if (!fault.IsEmpty()) m_pServer.reset();
   return fault;
 }

@@ -47,7 +47,7 @@ CFeedServer::~CFeedServer() {
 CString CFeedServer::Open() try {
   m_wake = CDescriptor(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
   if (m_wake.Get() < 0) throw std::system_error(errno, std::generic_category());
-  if (const CString fault = m_socket.Open(); !fault.IsEmpty()) return fault;
+  if (CString fault = m_socket.Open(); !fault.IsEmpty()) return fault;
   m_pContent = std::make_unique<CFeedContent>(m_source, m_owner);
   const CSignalsBlocked blocked;
   m_thread = std::thread([this] { Main(); });

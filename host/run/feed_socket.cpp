@@ -102,8 +102,8 @@ CString CFeedSocket::Bind() {
     return "its path has more than " +
            CString(std::to_string(sizeof address.sun_path - 1 - std::strlen(kTemporary))) + " bytes";
   CDescriptor folder;
-  if (const CString fault = LockFolder(path, folder); !fault.IsEmpty()) return fault;
-  if (const CString fault = FindUse(path, address); !fault.IsEmpty()) return fault;
+  if (CString fault = LockFolder(path, folder); !fault.IsEmpty()) return fault;
+  if (CString fault = FindUse(path, address); !fault.IsEmpty()) return fault;
   m_socket = NewSocket();
   struct stat status = {};
   if (m_socket.Get() < 0) return Reason(errno);

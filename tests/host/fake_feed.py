@@ -3,6 +3,7 @@ import json
 import os
 import socket
 import threading
+import time
 
 NOW = [1_700_000_000, 250, 0, 0]
 HELLO = {"type": "hello", "feed": 1, "name": "kiln", "vastra": "0.1.0", "configuration": "/etc/vastra/kiln.json", "pid": 7,
@@ -45,7 +46,8 @@ class FakeFeed:
             except OSError:
                 return
             self.open.append(connection)
-            threading.Thread(target=self.answer, args=(connection,), daemon=True).start()
+            for task in self.answer, self.hear:
+                threading.Thread(target=task, args=(connection,), daemon=True).start()
 
     def answer(self, connection):
         try:
@@ -53,9 +55,20 @@ class FakeFeed:
                 connection.sendall(part)
             if self.closes:
                 connection.shutdown(socket.SHUT_RDWR)
-            self.asked.append(json.loads(connection.makefile().readline() or "null"))
         except OSError:
             pass
+
+    def hear(self, connection):
+        try:
+            self.asked.append(json.loads(connection.makefile().readline()))
+        except (OSError, ValueError):
+            pass
+
+    def requests(self, count):
+        end = time.monotonic() + 10
+        while len(self.asked) < count and time.monotonic() < end:
+            time.sleep(.01)
+        return self.asked
 
     def stop(self):
         for one in [self.socket, *self.open]:

@@ -249,7 +249,7 @@ TEST_F(Feed, ARunAfterAnotherHasItsOwnVariablesAndSamples) {
     m_feed.Attach(run);
     ASSERT_EQ(run.Start(), 1);
     Step(run, 1);
-    EXPECT_EQ(reader.Next("sample", {{"number", 1}})["values"], json({nullptr}));
+    EXPECT_EQ(reader.Next("sample", {{"number", 1}})["values"], json::array({nullptr}));
     m_feed.Wait("no device");
   }
   EXPECT_EQ(reader.Next("hello", {{"variables", json::array()}})["period"], 0);
