@@ -342,8 +342,8 @@ void CLogTrack::HaveFile(CKeptLog& log, const CJournaledLog& file, std::uint64_t
     samplesOf(ELogForm::text) = std::clamp<std::uint64_t>(*lines, 1, samples);
 }
 
-// Adds a log with its samples, and waits until the writer has saved it or has failed to save the oldest one,
-// for which the others wait.
+// Adds a log with its samples, and waits until the writer has saved it, or has failed to save it or one that it
+// waits for.
 void CLogTrack::Enqueue(const CLogPointer& log, bool goesOn) {
   {
     const CGuard lock(m_mutex);
@@ -362,9 +362,12 @@ void CLogTrack::Enqueue(const CLogPointer& log, bool goesOn) {
     }
   }
   m_keeper.Wake();
+  const auto hasFailed = [this] {
+    return std::any_of(m_logs.begin(), m_logs.end(), [](const auto& one) { return !one->failure.IsEmpty(); });
+  };
   CGuard lock(m_mutex);
   WaitUntil(lock, std::chrono::steady_clock::now() + m_keeper.policy.closeWithin,
-            [&] { return log->isDropped || !m_logs[0]->failure.IsEmpty() || (goesOn && log->IsSaved()); });
+            [&] { return log->isDropped || hasFailed() || (goesOn && log->IsSaved()); });
 }
 
 std::vector<CKeeperLine> RecoverForeignJournals(CKeeperState& keeper, CLogListener* listener) {
