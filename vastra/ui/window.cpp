@@ -209,8 +209,8 @@ IMPLEMENT_DYNAMIC(CWnd, CObject)
 CWnd::~CWnd() { Abandon(); }
 
 void CWnd::Abandon() {
-  if (!m_events) return;
-  QWidget* widget = m_events->m_widget;
+  QWidget* widget = Widget();
+  if (!widget) return;
   m_events->Leave();
   m_events = nullptr;
   widget->hide();
