@@ -342,8 +342,8 @@ void CLogTrack::HaveFile(CKeptLog& log, const CJournaledLog& file, std::uint64_t
     samplesOf(ELogForm::text) = std::clamp<std::uint64_t>(*lines, 1, samples);
 }
 
-// Adds a log with its samples, and waits until the writer has saved it, or has failed to save it or one that it
-// waits for.
+// Adds a log with its samples, and waits until the writer has saved it, or has failed to save it or one that
+// it waits for.
 void CLogTrack::Enqueue(const CLogPointer& log, bool goesOn) {
   {
     const CGuard lock(m_mutex);
