@@ -37,38 +37,42 @@ void BringUp(CWnd& window) { window.ShowWindow(window.IsIconic() ? SW_RESTORE : 
 
 }  // namespace
 
-void CLiveViews::ShowTrend(CRun& run, UINT refreshPeriod) {
+void CLiveViews::ShowTrend(CViewStages stages, UINT refreshPeriod) {
   if (m_pTrend) return BringUp(*m_pTrend);
   m_pTrend = new CTrendingDlg;
-  m_pTrend->SetInputPointers(&run.Input(), &run.Trend(), &m_pTrend);
+  m_pTrend->SetInputPointers(&stages.input, &stages.trend, &m_pTrend);
   m_pTrend->SetGridPointer(&m_pGrid);
   m_pTrend->SetTimeScan(refreshPeriod);
   if (!m_pTrend->Create()) return;
+  if (m_areAttached) m_pTrend->ForbidChanges();
   StandAlone(*m_pTrend);
   CRect place = m_trendPlace;
-  if (!place.IsEmpty() || m_settings.GetPlace(kTrendPlace, place)) m_pTrend->MoveWindow(OntoScreen(place));
+  if (!place.IsEmpty() || m_settings.GetPlace(KeyOf(kTrendPlace), place)) m_pTrend->MoveWindow(OntoScreen(place));
   m_pTrend->ShowWindow(SW_SHOW);
 }
 
-void CLiveViews::ShowGrid(CRun& run) {
+void CLiveViews::ShowGrid(CViewStages stages) {
   if (m_pGrid) return BringUp(*m_pGrid);
   m_pGrid = new CVarScanDlg;
-  m_pGrid->SetInputPointers(&run.Input(), &run.Trend(), &m_pGrid);
+  m_pGrid->SetInputPointers(&stages.input, &stages.trend, &m_pGrid);
   m_pGrid->SetTrendPointer(&m_pTrend);
   if (!m_pGrid->Create()) return;
+  if (m_areAttached) m_pGrid->ForbidChanges();
   StandAlone(*m_pGrid);
   CRect place = m_gridPlace;
-  if (!place.IsEmpty() || m_settings.GetPlace(kGridPlace, place))
+  if (!place.IsEmpty() || m_settings.GetPlace(KeyOf(kGridPlace), place))
     m_pGrid->MoveWindow(OntoScreen(CRect::Of(place.TopLeft(), m_pGrid->GetNormalPlace().Size())));
   m_pGrid->ShowWindow(SW_SHOW);
 }
 
-void CLiveViews::TakeRun(CRun& run, UINT refreshPeriod) {
+CString CLiveViews::KeyOf(const char* place) const { return m_areAttached ? CString("Attached") + place : place; }
+
+void CLiveViews::TakeStages(CViewStages stages, UINT refreshPeriod) {
   if (m_pTrend) {
-    m_pTrend->SetInputPointers(&run.Input(), &run.Trend(), &m_pTrend);
+    m_pTrend->SetInputPointers(&stages.input, &stages.trend, &m_pTrend);
     m_pTrend->RefreshTimeScan(refreshPeriod);
   }
-  if (m_pGrid) m_pGrid->SetInputPointers(&run.Input(), &run.Trend(), &m_pGrid);
+  if (m_pGrid) m_pGrid->SetInputPointers(&stages.input, &stages.trend, &m_pGrid);
   ResetNames();
 }
 
@@ -94,8 +98,8 @@ void CLiveViews::NotePlaces() {
 
 void CLiveViews::Close() {
   NotePlaces();
-  if (!m_trendPlace.IsEmpty()) m_settings.SetPlace(kTrendPlace, m_trendPlace);
-  if (!m_gridPlace.IsEmpty()) m_settings.SetPlace(kGridPlace, m_gridPlace);
+  if (!m_trendPlace.IsEmpty()) m_settings.SetPlace(KeyOf(kTrendPlace), m_trendPlace);
+  if (!m_gridPlace.IsEmpty()) m_settings.SetPlace(KeyOf(kGridPlace), m_gridPlace);
   if (m_pTrend) m_pTrend->DestroyWindow();
   if (m_pGrid) m_pGrid->DestroyWindow();
 }

@@ -2,26 +2,36 @@
 #pragma once
 
 #include "host/desktop/settings.h"
-#include "host/run/run.h"
+#include "vastra/stages/log_input.h"
+#include "vastra/stages/log_trendings.h"
 
 namespace vastra {
 
 class CTrendingDlg;
 class CVarScanDlg;
 
+// The stages that the views look at.
+struct CViewStages {
+  CLogInput& input;
+  CLogTrendings& trend;
+};
+
 class CLiveViews {
  public:
-  explicit CLiveViews(CSettings& settings) : m_settings(settings) {}
+  // areAttached: to a logger of another process; the places are apart then, and nothing of the stages can be
+  // changed.
+  explicit CLiveViews(CSettings& settings, bool areAttached = false)
+      : m_settings(settings), m_areAttached(areAttached) {}
   ~CLiveViews() { Close(); }
   CLiveViews(const CLiveViews&) = delete;
   CLiveViews& operator=(const CLiveViews&) = delete;
 
-  // Brings the window to the front, or opens it on the stages of run. refreshPeriod: milliseconds.
-  void ShowTrend(CRun& run, UINT refreshPeriod);
-  void ShowGrid(CRun& run);
+  // Brings the window to the front, or opens it on stages. refreshPeriod: milliseconds.
+  void ShowTrend(CViewStages stages, UINT refreshPeriod);
+  void ShowGrid(CViewStages stages);
 
-  // Connects the open windows to the stages of another run.
-  void TakeRun(CRun& run, UINT refreshPeriod);
+  // Connects the open windows to other stages.
+  void TakeStages(CViewStages stages, UINT refreshPeriod);
   // Called when the names of the stages may have changed.
   void ResetNames();
   void Refresh();
@@ -31,7 +41,10 @@ class CLiveViews {
   void Close();  // saves the places in the settings
 
  private:
+  CString KeyOf(const char* place) const;
+
   CSettings& m_settings;
+  const bool m_areAttached;
   CTrendingDlg* m_pTrend = nullptr;  // a window sets its pointer to null when it is destroyed
   CVarScanDlg* m_pGrid = nullptr;
   CRect m_trendPlace, m_gridPlace;  // empty: not opened yet

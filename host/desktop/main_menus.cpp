@@ -46,6 +46,8 @@ void CMainWindow::MakeFileMenu() {
   m_edit = AddAction(file, "&Configuration...", QKeySequence("Ctrl+E"), [this] { EditConfiguration(); });
   m_needDocument << m_edit << AddAction(file, "Re&port", QKeySequence("Ctrl+R"), [this] { ShowReport(); });
   file->addSeparator();
+  AddAction(file, "&Attach...", QKeySequence("Ctrl+T"), [this] { Attach(); });
+  file->addSeparator();
   AddAction(file, "&Quit", QKeySequence("Ctrl+Q"), [this] { close(); });
 }
 
@@ -71,9 +73,9 @@ void CMainWindow::MakeRunMenu() {
 void CMainWindow::MakeWindowMenu() {
   QMenu* window = menuBar()->addMenu("&Window");
   QAction* trend = AddAction(window, "&Trend", QKeySequence("Ctrl+1"),
-                             [this] { m_views.ShowTrend(m_runner.Run(), m_runner.RefreshPeriod()); });
+                             [this] { m_views.ShowTrend(Stages(), m_runner.RefreshPeriod()); });
   QAction* grid =
-      AddAction(window, "Scan &Grid", QKeySequence("Ctrl+2"), [this] { m_views.ShowGrid(m_runner.Run()); });
+      AddAction(window, "Scan &Grid", QKeySequence("Ctrl+2"), [this] { m_views.ShowGrid(Stages()); });
   QAction* messages = AddAction(window, "&Messages", QKeySequence("Ctrl+3"), [this] { m_messages.Show(); });
   window->addSeparator();
   AddAction(window, "Message &Settings...", QKeySequence("Ctrl+M"), [this] { m_messages.Configure(); });

@@ -1,5 +1,7 @@
 #include "host/desktop/main_window.h"
 
+#include "host/desktop/attached_window.h"
+
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDir>
@@ -118,7 +120,7 @@ void CMainWindow::UseConfiguration() {
   m_isAhead = false;
   ShowNames(m_runner.Run().Names());
   Trend().m_baseVars = m_names.input;
-  m_views.TakeRun(m_runner.Run(), m_runner.RefreshPeriod());
+  m_views.TakeStages(Stages(), m_runner.RefreshPeriod());
 }
 
 // A replay writes to no PLC unless the user has ticked the menu since the program was started.
@@ -398,6 +400,12 @@ void CMainWindow::StopAndQuit() {
     Quit();
   else
     m_runner.Stop();
+}
+
+// The window of the logger deletes itself when it is closed.
+void CMainWindow::Attach() {
+  const CString socket = AskForLogger(this);
+  if (!socket.IsEmpty()) (new CAttachedWindow(m_settings, socket))->show();
 }
 
 void CMainWindow::Quit() {

@@ -75,7 +75,9 @@ class CMainWindow : public QMainWindow {
   void TakeState();
   void ShowState();
   void ShowCounts();
+  void Attach();
   void Quit();
+  CViewStages Stages() { return {m_runner.Run().Input(), m_runner.Run().Trend()}; }
 
   CWindows m_windows;
   CDriverForms m_driverForms;

@@ -25,6 +25,8 @@ class VASTRA_API CLiveView : public CDialog {
   // Called when the variables of the stage have changed: reads their names from its options, removes selected
   // variables that do not exist any more, and tells the user.
   void ResetVarNames();
+  // After Create: the user cannot change the extra variables.
+  void ForbidChanges() { Button("Config").EnableWindow(0); }
 
  protected:
   CLiveView(const CDialogTemplate& model, const CLiveViewKind& kind) : CDialog(model), m_kind(kind) {}

@@ -1,0 +1,161 @@
+#include "host/desktop/attached_window.h"
+
+#include <QCloseEvent>
+#include <QHBoxLayout>
+#include <QInputDialog>
+#include <QLabel>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include <poll.h>
+
+#include <algorithm>
+
+#include "host/attach/find_loggers.h"
+#include "host/common/shown_text.h"
+#include "vastra/ui/text.h"
+
+namespace vastra {
+namespace {
+
+constexpr std::chrono::milliseconds kInterval{100};  // between two samples
+constexpr std::chrono::milliseconds kPause{2000};    // before the next attempt to connect
+constexpr int kMostLines = 1000;                     // of messages that are shown
+constexpr UINT kRefresh = 100;                       // milliseconds
+
+QString OnScreen(const std::string& text) { return ToScreen(CString(Printable(text))); }
+
+QString TimeOnScreen(const _timeb& time) {
+  return QDateTime::fromSecsSinceEpoch(time.time).toString("yyyy-MM-dd hh:mm:ss");
+}
+
+}  // namespace
+
+CString AskForLogger(QWidget* parent) {
+  CString fault;
+  QStringList names;
+  const CLoggerFolders folders;
+  for (const CLoggerPlace& place : FindLoggers(folders, fault)) names << ToScreen(place.name);
+  bool isChosen = false;
+  const QString chosen = QInputDialog::getItem(parent, "Attach", "A running logger, or the path of its feed:", names,
+                                               0, true, &isChosen);
+  if (!isChosen || chosen.isEmpty()) return {};
+  const CString text = FromScreen(chosen);
+  return chosen.contains('/') ? text : PlaceOfLogger(folders, text).feed;
+}
+
+CAttachedWindow::CAttachedWindow(CSettings& settings, const CString& socket)
+    : m_socket(socket), m_views(settings, true) {
+  setAttribute(Qt::WA_DeleteOnClose);
+  setWindowTitle(ToScreen(socket));
+  m_state = new QLabel(this);
+  m_nodes = new QLabel(this);
+  m_nodes->setWordWrap(true);
+  m_messages = new QPlainTextEdit(this);
+  m_messages->setReadOnly(true);
+  m_messages->setMaximumBlockCount(kMostLines);
+  m_messages->setAccessibleName("Messages");
+  auto* trend = new QPushButton("&Trend", this);
+  auto* grid = new QPushButton("Scan &Grid", this);
+  connect(trend, &QPushButton::clicked, this, [this] { m_views.ShowTrend(Stages(), kRefresh); });
+  connect(grid, &QPushButton::clicked, this, [this] { m_views.ShowGrid(Stages()); });
+  auto* buttons = new QHBoxLayout;
+  buttons->addWidget(m_state, 1);
+  buttons->addWidget(trend);
+  buttons->addWidget(grid);
+  auto* layout = new QVBoxLayout(this);
+  layout->addLayout(buttons);
+  layout->addWidget(m_nodes);
+  layout->addWidget(m_messages);
+  resize(m_messages->fontMetrics().averageCharWidth() * 100, m_messages->fontMetrics().height() * 24);
+  m_timer.setSingleShot(true);
+  connect(&m_timer, &QTimer::timeout, this, [this] { m_client ? Poll() : Connect(); });
+  Connect();
+}
+
+void CAttachedWindow::Connect() {
+  m_client = std::make_unique<CFeedClient>(m_socket, CClientRequest{{"sample", "message"}, kInterval});
+  Poll();
+}
+
+// Takes what has come, and waits for more.
+void CAttachedWindow::Poll() {
+  m_readable.reset();
+  m_writable.reset();
+  m_client->Poll();
+  while (const std::optional<CFeedEvent> event = m_client->Take())
+    std::visit([this](const auto& line) { Take(line); }, *event);
+  if (m_client->HasEnded()) {
+    ShowState("Not connected: " + OnScreen(m_client->Fault()));
+    m_client.reset();
+    return m_timer.start(kPause);
+  }
+  Watch();
+}
+
+void CAttachedWindow::Watch() {
+  const auto notify = [this](std::unique_ptr<QSocketNotifier>& notifier, QSocketNotifier::Type type) {
+    notifier = std::make_unique<QSocketNotifier>(m_client->File(), type);
+    // The notifier is destroyed by Poll: not in its own signal.
+    connect(notifier.get(), &QSocketNotifier::activated, this, [this] { m_timer.start(0); });
+  };
+  if (m_client->Events() & POLLIN) notify(m_readable, QSocketNotifier::Read);
+  if (m_client->Events() & POLLOUT) notify(m_writable, QSocketNotifier::Write);
+  const auto rest = std::chrono::ceil<std::chrono::milliseconds>(m_client->Due() - CFeedClient::Time::clock::now());
+  m_timer.start(std::clamp(rest, std::chrono::milliseconds(0), std::chrono::milliseconds(60000)));
+}
+
+void CAttachedWindow::Take(const CHelloLine& hello) {
+  CStringArray names;
+  for (const std::string& name : hello.variables) names.Add(CString(name));
+  setWindowTitle(OnScreen(hello.name) + " (attached)");
+  if (!(hello.started == m_started)) m_lastMessage = 0;
+  m_started = hello.started;
+  if (m_trend.IsOpen() && names == m_trend.GetOptions()->m_baseVars) return;
+  m_trend.Close();
+  m_trend.GetOptions()->m_baseVars = names;
+  if (names.GetSize() > 0) m_trend.Open(names);
+  m_views.ResetNames();
+}
+
+void CAttachedWindow::Take(const CStateLine& state) {
+  QString text = OnScreen(state.state) + " since " + TimeOnScreen(state.since);
+  if (!state.reason.empty()) text += ": " + OnScreen(state.reason);
+  if (state.lastSample) text += ", last sample " + TimeOnScreen(*state.lastSample);
+  ShowState(text);
+  QStringList away;
+  for (const CNodeFacts& node : state.nodes)
+    if (!node.up)
+      away << OnScreen(node.name) + " is away since " + TimeOnScreen(node.since) + ": " + OnScreen(node.reason);
+  m_nodes->setText(away.join("\n"));
+  m_nodes->setVisible(!away.isEmpty());
+}
+
+void CAttachedWindow::Take(const CSampleLine& sample) {
+  m_sample.m_time = sample.time;
+  m_sample.m_values.SetSize(static_cast<int>(sample.values.size()));
+  std::copy(sample.values.begin(), sample.values.end(), m_sample.m_values.begin());
+  if (m_sample.m_values.GetSize() != m_trend.GetOptions()->m_baseVars.GetSize() || !m_trend.Write(m_sample)) return;
+  m_views.Refresh();
+}
+
+void CAttachedWindow::Take(const CMessageLine& message) {
+  if (message.number <= m_lastMessage || AddsNothing(message.Message())) return;
+  m_lastMessage = message.number;
+  m_messages->appendPlainText(TimeOnScreen(message.time) + "  " +
+                              OnScreen(Shortened(MessageText(message.Message()).c_str())));
+}
+
+void CAttachedWindow::Take(const CDroppedLine& dropped) {
+  if (dropped.messages) m_messages->appendPlainText(QString("(%1 messages are left out)").arg(dropped.messages));
+}
+
+// The text can be as long as an outside program likes.
+void CAttachedWindow::ShowState(const QString& text) {
+  constexpr int kLongest = 300;
+  m_state->setText(text.size() > kLongest ? text.left(kLongest) + "..." : text);
+  m_state->setToolTip(m_state->text());
+}
+
+}  // namespace vastra
