@@ -1,6 +1,6 @@
 #include "host/desktop/attached_window.h"
 
-#include <QCloseEvent>
+#include <QDateTime>
 #include <QHBoxLayout>
 #include <QInputDialog>
 #include <QLabel>
@@ -38,8 +38,8 @@ CString AskForLogger(QWidget* parent) {
   const CLoggerFolders folders;
   for (const CLoggerPlace& place : FindLoggers(folders, fault)) names << ToScreen(place.name);
   bool isChosen = false;
-  const QString chosen = QInputDialog::getItem(parent, "Attach", "A running logger, or the path of its feed:", names,
-                                               0, true, &isChosen);
+  const QString chosen = QInputDialog::getItem(
+      parent, "Attach", "A running logger, or the path of its feed:", names, 0, true, &isChosen);
   if (!isChosen || chosen.isEmpty()) return {};
   const CString text = FromScreen(chosen);
   return chosen.contains('/') ? text : PlaceOfLogger(folders, text).feed;
@@ -51,7 +51,7 @@ CAttachedWindow::CAttachedWindow(CSettings& settings, const CString& socket)
   setWindowTitle(ToScreen(socket));
   m_state = new QLabel(this);
   m_nodes = new QLabel(this);
-  m_nodes->setWordWrap(true);
+  for (QLabel* label : {m_state, m_nodes}) label->setWordWrap(true), label->setTextFormat(Qt::PlainText);
   m_messages = new QPlainTextEdit(this);
   m_messages->setReadOnly(true);
   m_messages->setMaximumBlockCount(kMostLines);
@@ -102,7 +102,8 @@ void CAttachedWindow::Watch() {
   };
   if (m_client->Events() & POLLIN) notify(m_readable, QSocketNotifier::Read);
   if (m_client->Events() & POLLOUT) notify(m_writable, QSocketNotifier::Write);
-  const auto rest = std::chrono::ceil<std::chrono::milliseconds>(m_client->Due() - CFeedClient::Time::clock::now());
+  const auto rest =
+      std::chrono::ceil<std::chrono::milliseconds>(m_client->Due() - CFeedClient::Time::clock::now());
   m_timer.start(std::clamp(rest, std::chrono::milliseconds(0), std::chrono::milliseconds(60000)));
 }
 
@@ -120,23 +121,26 @@ void CAttachedWindow::Take(const CHelloLine& hello) {
 }
 
 void CAttachedWindow::Take(const CStateLine& state) {
-  QString text = OnScreen(state.state) + " since " + TimeOnScreen(state.since);
-  if (!state.reason.empty()) text += ": " + OnScreen(state.reason);
-  if (state.lastSample) text += ", last sample " + TimeOnScreen(*state.lastSample);
-  ShowState(text);
+  m_stateText = OnScreen(state.state) + " since " + TimeOnScreen(state.since);
+  if (!state.reason.empty()) m_stateText += ": " + OnScreen(state.reason);
+  if (state.lastSample) m_sample.m_time = *state.lastSample;
+  ShowState(m_stateText + LastSample());
   QStringList away;
   for (const CNodeFacts& node : state.nodes)
     if (!node.up)
-      away << OnScreen(node.name) + " is away since " + TimeOnScreen(node.since) + ": " + OnScreen(node.reason);
+      away << OnScreen(node.name) + " is away since " + TimeOnScreen(node.since) + ": " +
+                  OnScreen(node.reason);
   m_nodes->setText(away.join("\n"));
   m_nodes->setVisible(!away.isEmpty());
 }
 
 void CAttachedWindow::Take(const CSampleLine& sample) {
   m_sample.m_time = sample.time;
+  ShowState(m_stateText + LastSample());
   m_sample.m_values.SetSize(static_cast<int>(sample.values.size()));
   std::copy(sample.values.begin(), sample.values.end(), m_sample.m_values.begin());
-  if (m_sample.m_values.GetSize() != m_trend.GetOptions()->m_baseVars.GetSize() || !m_trend.Write(m_sample)) return;
+  if (m_sample.m_values.GetSize() != m_trend.GetOptions()->m_baseVars.GetSize() || !m_trend.Write(m_sample))
+    return;
   m_views.Refresh();
 }
 
@@ -148,7 +152,12 @@ void CAttachedWindow::Take(const CMessageLine& message) {
 }
 
 void CAttachedWindow::Take(const CDroppedLine& dropped) {
-  if (dropped.messages) m_messages->appendPlainText(QString("(%1 messages are left out)").arg(dropped.messages));
+  if (dropped.messages)
+    m_messages->appendPlainText(QString("(%1 messages are left out)").arg(dropped.messages));
+}
+
+QString CAttachedWindow::LastSample() const {
+  return m_sample.m_time.time == 0 ? QString() : ", last sample " + TimeOnScreen(m_sample.m_time);
 }
 
 // The text can be as long as an outside program likes.

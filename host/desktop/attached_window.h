@@ -24,6 +24,7 @@ CString AskForLogger(QWidget* parent);
 class CAttachedWindow : public QWidget {
  public:
   CAttachedWindow(CSettings& settings, const CString& socket);
+  CLogTrendings& Trendings() { return m_trend; }
 
  private:
   void Connect();
@@ -36,6 +37,7 @@ class CAttachedWindow : public QWidget {
   void Take(const CDroppedLine& dropped);
   template <class T>
   void Take(const T&) {}
+  QString LastSample() const;
   void ShowState(const QString& text);
   CViewStages Stages() { return {m_input, m_trend}; }
 
@@ -49,6 +51,7 @@ class CAttachedWindow : public QWidget {
   QTimer m_timer;
   std::unique_ptr<CFeedClient> m_client;
   std::unique_ptr<QSocketNotifier> m_readable, m_writable;
+  QString m_stateText;
   QLabel *m_state, *m_nodes;
   QPlainTextEdit* m_messages;
 };

@@ -47,7 +47,8 @@ void CLiveViews::ShowTrend(CViewStages stages, UINT refreshPeriod) {
   if (m_areAttached) m_pTrend->ForbidChanges();
   StandAlone(*m_pTrend);
   CRect place = m_trendPlace;
-  if (!place.IsEmpty() || m_settings.GetPlace(KeyOf(kTrendPlace), place)) m_pTrend->MoveWindow(OntoScreen(place));
+  if (!place.IsEmpty() || m_settings.GetPlace(KeyOf(kTrendPlace), place))
+    m_pTrend->MoveWindow(OntoScreen(place));
   m_pTrend->ShowWindow(SW_SHOW);
 }
 
@@ -65,7 +66,9 @@ void CLiveViews::ShowGrid(CViewStages stages) {
   m_pGrid->ShowWindow(SW_SHOW);
 }
 
-CString CLiveViews::KeyOf(const char* place) const { return m_areAttached ? CString("Attached") + place : place; }
+CString CLiveViews::KeyOf(const char* place) const {
+  return CString(m_areAttached ? "Attached" : "") + place;
+}
 
 void CLiveViews::TakeStages(CViewStages stages, UINT refreshPeriod) {
   if (m_pTrend) {

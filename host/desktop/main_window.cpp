@@ -1,7 +1,5 @@
 #include "host/desktop/main_window.h"
 
-#include "host/desktop/attached_window.h"
-
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDir>
@@ -78,7 +76,9 @@ CMainWindow::CMainWindow()
   TakeState();
 }
 
-CMainWindow::~CMainWindow() = default;
+CMainWindow::~CMainWindow() {
+  for (const QPointer<CAttachedWindow>& window : m_attached) delete window.data();
+}
 
 bool CMainWindow::Open(const CString& path) {
   const CString fault = m_document.Open(path);
@@ -402,10 +402,12 @@ void CMainWindow::StopAndQuit() {
     m_runner.Stop();
 }
 
-// The window of the logger deletes itself when it is closed.
 void CMainWindow::Attach() {
   const CString socket = AskForLogger(this);
-  if (!socket.IsEmpty()) (new CAttachedWindow(m_settings, socket))->show();
+  if (socket.IsEmpty()) return;
+  std::erase_if(m_attached, [](const auto& window) { return window.isNull(); });
+  m_attached.emplace_back(new CAttachedWindow(m_settings, socket));
+  m_attached.back()->show();
 }
 
 void CMainWindow::Quit() {

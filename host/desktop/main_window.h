@@ -2,7 +2,11 @@
 #pragma once
 
 #include <QMainWindow>
+#include <QPointer>
 
+#include <vector>
+
+#include "host/desktop/attached_window.h"
 #include "host/desktop/document.h"
 #include "host/desktop/live_views.h"
 #include "host/desktop/messages.h"
@@ -87,6 +91,7 @@ class CMainWindow : public QMainWindow {
   CStageNames m_names;  // of the document; the run can have older ones
   CRunner m_runner;
   CLiveViews m_views;
+  std::vector<QPointer<CAttachedWindow>> m_attached;  // null: closed, which has deleted it
   bool m_quitWanted = false;
   bool m_isAhead = false;  // the document has changes that the run does not have
 

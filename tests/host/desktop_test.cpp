@@ -1,4 +1,5 @@
 // The desktop host: real windows, real stages, the simulator and a slow driver.
+#include <QAbstractButton>
 #include <QClipboard>
 #include <QDialog>
 #include <QElapsedTimer>
@@ -9,6 +10,7 @@
 
 #include "host/common/configuration_file.h"
 #include "host/desktop/overview.h"
+#include "host/run/feed.h"
 #include "tests/host/desktop_window.h"
 #include "tests/screens/sheet_user.h"
 #include "tests/support/recorder.h"
@@ -235,6 +237,60 @@ TEST_F(Desktop, ViewsOpenOnTheScreenAndCloseOneByOne) {
   QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   EXPECT_FALSE(TopLevel("Trending"));
   EXPECT_TRUE(TopLevel("Scan Screen"));
+}
+
+TEST_F(Desktop, AnAttachedLoggerIsShownAndWaitedFor) {
+  CSettings settings;
+  const CString socket = m_dir / "feed";
+  const QPointer<CAttachedWindow> window = new CAttachedWindow(settings, socket);
+  window->show();
+  CLogTrendings& trend = window->Trendings();
+  const auto shows = [&](const QString& words) {
+    return Wait([&] {
+      return std::ranges::any_of(window->findChildren<QLabel*>(),
+                                 [&](const QLabel* label) { return label->text().contains(words); });
+    });
+  };
+  EXPECT_TRUE(shows("Not connected: no logger runs here"));
+  CRunMessenger messenger;
+  CLink::SetMessenger(&messenger);
+  Click(window, "&Trend");
+  Click(window, "Scan &Grid");
+  auto feed = std::make_unique<CFeed>(CFeedPlace{socket, m_demo});
+  ASSERT_EQ(feed->Open(), "");
+  for (const char* variable : {"x", "y"}) {
+    const std::string nodes =
+        R"("plcNodes": [{"nodeName": "K", "absent": "hold", "driver": {"plcType": 9001, "text1":
+"counter", "value4": 2}, "varNames": [")" +
+        std::string(variable) + "\"]}]";
+    CConfiguration configuration;
+    ASSERT_EQ(ParseConfiguration(R"({"input": {"asFastAsPossible": 1, )" + nodes + "}}", m_dir.Path(),
+                                 configuration),
+              "");
+    CRun run(configuration, messenger, {});
+    feed->Attach(run);
+    ASSERT_TRUE(run.Start());
+    run.Step();
+    ASSERT_TRUE(Wait([&] {
+      return trend.GetOptions()->m_baseVars == Names({variable}) && trend.Newest()->m_values.GetSize();
+    }));
+    EXPECT_EQ(window->windowTitle(), "demo (attached)");
+    EXPECT_EQ(trend.Newest()->m_values[0], 1.0F);
+    for (const char* view : {"Trending", "Scan Screen"})
+      EXPECT_FALSE(Find<QAbstractButton>(TopLevel(view), "Config")->isEnabled());
+    run.Step();
+    ASSERT_TRUE(shows("K is away since 20"));
+    messenger.Send("CPlcLink", "K", functionRead, severityError, "a new message");
+    EXPECT_TRUE(
+        Wait([&] { return window->findChild<QPlainTextEdit*>()->toPlainText().contains("a new message"); }));
+  }
+  feed.reset();
+  EXPECT_TRUE(shows("Not connected: the logger has closed the connection"));
+  EXPECT_EQ(window->findChild<QPlainTextEdit*>()->toPlainText().count("a new message"), 2);
+  window->close();
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  CLink::SetMessenger(nullptr);
+  EXPECT_FALSE(window || TopLevel("Trending") || TopLevel("Scan Screen"));
 }
 
 // Does what the dialog of a view does.

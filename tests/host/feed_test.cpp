@@ -38,9 +38,6 @@ class CReader {
     for (;;) {
       if (const std::size_t end = m_input.find('\n'); end != m_input.npos) {
         const json line = json::parse(m_input.substr(0, end));
-        if (getenv("SHOW"))
-          std::cerr << std::chrono::steady_clock::now().time_since_epoch().count() / 1000000 << " "
-                    << line.dump().substr(0, 200) << "\n";
         m_input.erase(0, end + 1);
         return line;
       }
