@@ -245,12 +245,11 @@ TEST_F(Desktop, AnAttachedLoggerIsShownAndWaitedFor) {
   const QPointer<CAttachedWindow> window = new CAttachedWindow(settings, socket);
   window->show();
   CLogTrendings& trend = window->Trendings();
-  const auto shows = [&](const QString& words) {
-    return Wait([&] {
-      return std::ranges::any_of(window->findChildren<QLabel*>(),
-                                 [&](const QLabel* label) { return label->text().contains(words); });
-    });
+  const auto has = [&](const QString& words) {
+    return std::ranges::any_of(window->findChildren<QLabel*>(),
+                               [&](const QLabel* label) { return label->text().contains(words); });
   };
+  const auto shows = [&](const QString& words) { return Wait([&] { return has(words); }); };
   EXPECT_TRUE(shows("Not connected: no logger runs here"));
   CRunMessenger messenger;
   CLink::SetMessenger(&messenger);
@@ -276,6 +275,7 @@ TEST_F(Desktop, AnAttachedLoggerIsShownAndWaitedFor) {
     }));
     EXPECT_EQ(window->windowTitle(), "demo (attached)");
     EXPECT_EQ(trend.Newest()->m_values[0], 1.0F);
+    EXPECT_FALSE(has("away"));
     for (const char* view : {"Trending", "Scan Screen"})
       EXPECT_FALSE(Find<QAbstractButton>(TopLevel(view), "Config")->isEnabled());
     run.Step();
