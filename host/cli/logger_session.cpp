@@ -23,37 +23,48 @@ bool IsFinal(const CFinding& finding) { return finding.isRefused && !finding.may
 
 class CLoggerSession::CWitness : public CRunObserver {
  public:
-  explicit CWitness(CServiceNotifier& notifier) : m_notifier(notifier) {}
+  CWitness(CLoggerSession& session, const CRun& run) : m_session(session), m_live(run.LiveState()) {}
 
-  void Sampled(const CLogSample& sample) override { m_last = sample.m_time, m_hasLast = true; }
-  void Counted(const CRunCounts& counts) override { m_counts = counts; }
   void Message(const CRunMessage& message) override {
     const std::lock_guard lock(m_mutex);
     if (message.severity <= severityError && m_error.empty() && !AddsNothing(message))
       m_error = MessageText(message);
   }
-  void Stopping() override { m_notifier.Stopping(); }
+  void Stopping() override {
+    if (!m_session.m_isReloading) m_session.m_notifier.Stopping();
+  }
   // The first error, which is why a stage does not open if nothing else says so.
   CString Error() const {
     const std::lock_guard lock(m_mutex);
     return CString(m_error);
   }
-  // The status of a run in one line.
-  std::string Text() const {
-    const CScanCounts& scans = m_counts.scans;
+  void Forget() {
+    const std::lock_guard lock(m_mutex);
+    m_error.clear();
+  }
+  // The status of a run in one line. Called between two scans.
+  std::string Text() {
+    m_live->CopyNewest(m_newest);
+    const CScanCounts& scans = m_newest.counts.scans;
     std::string text = "running: " + vastra::Counted(scans.read + scans.failedReads, "scan");
     if (scans.failedReads) text += ", " + std::to_string(scans.failedReads) + " failed";
     if (scans.late) text += ", " + std::to_string(scans.late) + " late";
-    if (m_hasLast) text += ", last sample " + LocalTimeText(m_last.time);
-    text += ", " + vastra::Counted(m_counts.fill.m_samples, "row") + " in memory";
-    return m_counts.kept.lost ? text + ", " + std::to_string(m_counts.kept.lost) + " lost" : text;
+    if (m_newest.number) text += ", last sample " + LocalTimeText(m_newest.time.time);
+    if (const auto away = Away(m_newest.nodes) + Away(m_newest.written))
+      text += ", " + vastra::Counted(away, "node") + " away";
+    text += ", " + vastra::Counted(m_newest.counts.fill.m_samples, "row") + " in memory";
+    const std::uint64_t lost = m_newest.counts.kept.lost;
+    return lost ? text + ", " + std::to_string(lost) + " lost" : text;
   }
 
  private:
-  CServiceNotifier& m_notifier;
-  CRunCounts m_counts;
-  _timeb m_last{};
-  bool m_hasLast = false;
+  static std::uint64_t Away(const std::shared_ptr<const std::vector<CNodeState>>& nodes) {
+    return nodes ? static_cast<std::uint64_t>(std::ranges::count(*nodes, false, &CNodeState::isUp)) : 0;
+  }
+
+  CLoggerSession& m_session;
+  const std::shared_ptr<const CLiveState> m_live;
+  CLiveNewest m_newest;
   mutable std::mutex m_mutex;  // of the error: the message of a worker comes on its thread
   std::string m_error;
 };
@@ -83,10 +94,8 @@ CRunOptions CLoggerSession::RunOptions() {
   options.target = &m_inbox;
   options.reports = m_options.reports && !isPlain;
   options.folders = m_options.folders;
-  options.stopAsked = CStopSignals::HaveCome;
-  if (!IsService()) return options;
   options.stopAsked = [this] { return m_notifier.Feed(), CStopSignals::HaveCome(); };
-  if (!isPlain) options.policy->waiting = [this] { m_notifier.Feed(); };
+  if (!isPlain) options.policy->waiting = options.stopAsked;
   return options;
 }
 
@@ -104,26 +113,38 @@ CLoggerSession::CEnd CLoggerSession::Attempt(CSessionResult& result) {
   PrintReadOnly(m_subject, m_configuration, m_options.loop);
   CatchSignals();
   SetReady();
-  CWitness witness(m_notifier);
+  CWitness witness(*this, run);
   run.AddObserver(&m_view);
   if (IsService() || m_options.retries) run.AddObserver(&witness);
   if (m_options.feed) m_options.feed->Attach(run);
   Feed("opening");
   // A signal while the stages open, a driver among them, ends a run without a scan.
-  if (!run.Start() && !CStopSignals::HaveCome()) {
-    const CString fault = run.OpenFault(), why = witness.Error();
-    Fail(kFailed, m_subject, fault);
-    if (!run.OpensLater()) return {m_options.retries ? kRefused : kFailed};
-    return {kFailed, fault.Find(WhyNotOpened("")) < 0 || why.IsEmpty() ? fault : why};
-  }
+  if (!run.Start() && !CStopSignals::HaveCome()) return NotOpened(run, witness.Error());
   HaveStarted();
   const auto show = [&] {
-    Feed(witness.Text());
-    return std::min(m_view.Show(), IsService() ? m_notifier.NextFeed() : CScanLoop::Time::max());
+    m_notifier.Feed();
+    if (m_notifier.IsStatusDue()) m_notifier.Status(witness.Text());
+    return std::min(m_view.Show(), m_notifier.NextFeed());
   };
-  DriveToEnd(run, m_inbox, show, [&](UINT) { Reload(&run); });
-  result = {run.Counts().scans, run.Files(), run.Ledger()};
+  bool hasReloadEndedIt = false;
+  DriveToEnd(run, m_inbox, show, [&](UINT) {
+    witness.Forget();
+    hasReloadEndedIt = !Reload(&run) && !run.IsRunning();
+  });
+  result.Add(run);
+  if (!hasReloadEndedIt || CStopSignals::HaveCome()) return {m_view.End()};
+  const CEnd end = NotOpened(run, witness.Error());
+  if (m_options.retries && !end.reason.IsEmpty()) return end;
+  result.hasFailed = true;
   return {m_view.End()};
+}
+
+// The stages of a run did not open, or did not open again. why: the first error.
+CLoggerSession::CEnd CLoggerSession::NotOpened(const CRun& run, const CString& why) {
+  const CString fault = run.OpenFault();
+  Fail(kFailed, m_subject, fault);
+  if (!run.OpensLater()) return {m_options.retries ? kRefused : kFailed};
+  return {kFailed, fault.Find(WhyNotOpened("")) < 0 || why.IsEmpty() ? fault : why};
 }
 
 // The refusals have been printed. If each of them may pass, the first one is the reason.
@@ -171,21 +192,26 @@ void CLoggerSession::CatchSignals() {
 }
 
 // Reads and checks the configuration again and, if it is good, uses it: run goes on with it, or the next
-// attempt if run is null. Otherwise nothing has changed.
+// attempt if run is null. Otherwise nothing has changed, or run has ended since its stages did not open
+// again.
 bool CLoggerSession::Reload(CRun* run) {
   CReloadSignal::Begin();
   m_notifier.Reloading();
   CConfiguration fresh;
   CString fault;
+  m_isReloading = true;
   const bool isDone =
       m_options.load(fresh) == kDone && (run ? GoesOnWith(fresh, *run, fault) : CanBegin(fresh));
+  m_isReloading = false;
   if (isDone) {
     m_configuration = std::move(fresh);
     CTerminal::Instance().Remark("vastra: " + m_subject + ": reloaded");
   } else {
+    const bool goesOn = !run || run->IsRunning();
     Fail(kFailed, m_subject,
          "not reloaded" + (fault.IsEmpty() ? CString() : ": " + fault) +
-             ": the logger goes on with the configuration that it has");
+             (goesOn ? ": the logger goes on with the configuration that it has"
+                     : ": the configuration before does not open again either"));
   }
   m_notifier.Ready();
   return isDone;

@@ -35,6 +35,7 @@ class CLoggerSession {
   bool IsService() const { return m_options.load != nullptr; }
   CRunOptions RunOptions();
   CEnd Attempt(CSessionResult& result);
+  CEnd NotOpened(const CRun& run, const CString& why);
   CEnd Refuse(const std::vector<CFinding>& findings, bool isFinal);
   void HaveStarted();
   bool WaitAfter(const CString& reason);
@@ -57,6 +58,7 @@ class CLoggerSession {
   std::optional<CReloadSignal> m_reloads;
   std::chrono::seconds m_pause{0};  // before the last attempt
   bool m_isReady = false;
+  bool m_isReloading = false;  // a run that ends meanwhile is not the end of the service
 };
 
 }  // namespace vastra

@@ -89,10 +89,15 @@ bool CServiceNotifier::Send(const std::string& text) {
 }
 
 void CServiceNotifier::Status(const std::string& text) {
+  if (!IsStatusDue()) return;
   const std::lock_guard lock(m_mutex);
-  if (m_socket < 0 || text == m_status || Clock::now() < m_nextStatus) return;
   m_nextStatus = Clock::now() + kStatusPause;
-  if (Send("STATUS=" + Printable(Shortened(text.c_str(), kMostStatus)))) m_status = text;
+  if (text != m_status && Send("STATUS=" + Printable(Shortened(text.c_str(), kMostStatus)))) m_status = text;
+}
+
+bool CServiceNotifier::IsStatusDue() const {
+  const std::lock_guard lock(m_mutex);
+  return m_socket >= 0 && Clock::now() >= m_nextStatus;
 }
 
 void CServiceNotifier::Feed() {

@@ -36,8 +36,9 @@ class CServiceNotifier {
   void Stopping() { Change("STOPPING=1\nSTATUS=stopping: the logs are closed"); }
 
   // Shows text, one line, as the status of the service: when it differs from the last one, at most once a
-  // second.
+  // second. IsStatusDue: whether a text would be looked at now.
   void Status(const std::string& text);
+  bool IsStatusDue() const;
   // Tells the watchdog that the loop lives, at half its time. Cheap enough to be called in each wait.
   void Feed();
   // When Feed has something to do again; the end of time without a watchdog.

@@ -1,7 +1,10 @@
 #include "host/cli/session.h"
 
+#include <algorithm>
+
 #include "host/cli/number_text.h"
 #include "host/cli/terminal/terminal.h"
+#include "vastra/platform/file_system.h"
 
 namespace vastra {
 namespace {
@@ -21,6 +24,15 @@ CString ToText(const CSessionResult& result) {
 }
 
 }  // namespace
+
+void CSessionResult::Add(const CRun& run) {
+  counts += run.Counts().scans;
+  std::ranges::copy(run.Files(), std::back_inserter(files));
+  std::ranges::sort(files);
+  files.erase(std::unique(files.begin(), files.end()), files.end());
+  std::erase_if(files, [](const std::string& path) { return !FileExists(CString(path)); });
+  Merge(ledger, run.Ledger());
+}
 
 void PrintWarnings(const CString& subject, const std::vector<CFinding>& findings) {
   for (const CString& line : LinesOf(findings, false)) Warn(subject, line);

@@ -40,15 +40,19 @@ class CSessionView : public CRunObserver {
   virtual EExit End() { return kDone; }
 };
 
+// Of one run, or of several in turn where a reload has ended one.
 struct CSessionResult {
   CScanCounts counts;
   std::vector<std::string> files;  // written and still existing, absolute paths in byte order
   std::vector<CRunLedger> ledger;
+  bool hasFailed = false;  // the last run has ended because its stages did not open again
+
+  void Add(const CRun& run);  // that has ended
 
   // Whether a row is not in a log at the end.
   bool HasLeftRows() const { return Sum(ledger).lost || Sum(ledger).inJournal; }
-  // Of the command: kFailed if rows are lost.
-  EExit Status() const { return Sum(ledger).lost ? kFailed : kDone; }
+  // Of the command: kFailed also if rows are lost.
+  EExit Status() const { return hasFailed || Sum(ledger).lost ? kFailed : kDone; }
 };
 
 // Prints the findings that are warnings.

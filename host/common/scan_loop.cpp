@@ -13,6 +13,18 @@ const char* KeyOf(EStage stage) {
   return kKeys[static_cast<std::size_t>(stage)];
 }
 
+CScanCounts& CScanCounts::operator+=(const CScanCounts& more) {
+  read += more.read;
+  failedReads += more.failedReads;
+  late += more.late;
+  failedWrites.smart += more.failedWrites.smart;
+  failedWrites.outputs += more.failedWrites.outputs;
+  failedWrites.summaries += more.failedWrites.summaries;
+  failedWrites.plcWrite += more.failedWrites.plcWrite;
+  failedWrites.trend += more.failedWrites.trend;
+  return *this;
+}
+
 bool LeavesOutWriting(const CConfiguration& configuration, const CLoopOptions& options) {
   const CPlcMultiConfig& plcWrite = configuration.m_plcWrite;
   return configuration.m_input.m_simulating && !options.replayWrites && !plcWrite.m_disableWriting &&
@@ -191,15 +203,21 @@ EStage CScanLoop::ReopenStages(const CReload& reload, bool areLogsReopened,
 }
 
 int CScanLoop::Reopen(const CStage& stage, const CReload& reload, const CConfiguration& configuration) {
+  Prepare(stage, reload, configuration);
+  return stage.open(*this);
+}
+
+void CScanLoop::Prepare(const CStage& stage, const CReload& reload, const CConfiguration& configuration) {
   if (reload.reopening) reload.reopening(stage.stage, configuration);
   stage.take(*this, configuration);
-  return stage.open(*this);
 }
 
 bool CScanLoop::GoBack(const CReload& reload, const std::vector<const CStage*>& reopened) {
   for (const CStage* stage : reopened) stage->close(*this);
-  return std::all_of(reopened.begin(), reopened.end(),
-                     [&](const CStage* stage) { return Reopen(*stage, reload, reload.before); });
+  for (const CStage* stage : reopened) Prepare(*stage, reload, reload.before);
+  for (const CStage* stage : reopened)
+    if (!stage->open(*this)) return m_failedStage = stage->stage, false;
+  return true;
 }
 
 void CScanLoop::Step() {

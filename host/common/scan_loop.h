@@ -44,6 +44,8 @@ struct CScanCounts {
 
     std::uint64_t Sum() const { return smart + outputs + summaries + plcWrite + trend; }
   } failedWrites;
+
+  CScanCounts& operator+=(const CScanCounts& more);
 };
 
 // How a host wants its scans. CRunOptions and the options of the command contain these.
@@ -128,7 +130,8 @@ class CScanLoop {
   // Goes on with another configuration, between two scans: only while running and not pending. A stage is
   // closed and opened again if its settings differ or the names of its samples do; all others stay open, and
   // the counts go on. If a stage does not open, those that were opened again go back to the configuration
-  // before, and the result is 0. If that fails, too, the loop ends.
+  // before, and the result is 0. If that fails, too, the loop ends, and WhichFailed returns the stage of the
+  // configuration before.
   int Reload(const CReload& reload);
   // Switches the writing to PLCs off or on from the next scan on; not from the thread of a worker. False: the
   // stage was opened without its nodes, since writing was off, and writes after the next start. A replay that
@@ -158,6 +161,7 @@ class CScanLoop {
   EStage OpenStages();
   EStage ReopenStages(const CReload& reload, bool areLogsReopened, std::vector<const CStage*>& reopened);
   int Reopen(const CStage& stage, const CReload& reload, const CConfiguration& configuration);
+  void Prepare(const CStage& stage, const CReload& reload, const CConfiguration& configuration);
   bool GoBack(const CReload& reload, const std::vector<const CStage*>& reopened);
   void SetWorkers();
   void TakeInput(const CConfiguration& configuration);

@@ -79,8 +79,10 @@ CRun::~CRun() { m_messenger.Attach(nullptr); }
 
 std::unique_ptr<CNodeWorkers> CRun::MakeWorkers(const CRunOptions& options) {
   if (!options.patience) return nullptr;
-  return std::make_unique<CNodeWorkers>(
-      *options.patience, [this, asked = options.stopAsked] { return m_isStopping || (asked && asked()); });
+  return std::make_unique<CNodeWorkers>(*options.patience, [this, asked = options.stopAsked] {
+    const bool isAsked = asked && asked();  // also during the stop: a host can be watched until its end
+    return isAsked || m_isStopping;
+  });
 }
 
 void CRun::TellLate(const CString& node) {
@@ -239,13 +241,17 @@ int CRun::ReloadStages(const CRunPlan& plan, CString& reopened) {
   reload.refused = [&](EStage stage) {
     refused = stage;
     m_reloadFault = OpenFaultOf(plan.configuration);
+    if (m_pKeeper) m_pKeeper->ClearOpenFault();  // the stages go back, and can fail for another reason
   };
-  return m_loop.Reload(reload);
+  const int result = m_loop.Reload(reload);
+  if (m_loop.IsRunning()) m_notReopened.clear();
+  return result;
 }
 
 // Keeps the accounts of a stage that has closed.
 void CRun::EndLedgers(EStage stage, const CConfiguration& configuration) {
   std::vector<CRunLedger> ended;
+  m_notReopened.insert(stage);
   if (stage == EStage::outputs)
     AddLedgers(configuration.m_outputs.m_outputs, false, m_loop.Outputs().GetLedgers(), ended);
   if (stage == EStage::summaries)
@@ -270,9 +276,13 @@ void CRun::Report(const CString& reopened) {
 }
 
 std::vector<CRunLedger> CRun::Ledger() const {
+  const auto present = [this](EStage stage, const auto& logs) {
+    return m_notReopened.contains(stage) ? std::vector<CLogLedger>() : logs.GetLedgers();
+  };
   std::vector<CRunLedger> all;
-  AddLedgers(Configuration().m_outputs.m_outputs, false, m_loop.Outputs().GetLedgers(), all);
-  AddLedgers(Configuration().m_summaries.m_summaries, true, m_loop.Summaries().GetLedgers(), all);
+  AddLedgers(Configuration().m_outputs.m_outputs, false, present(EStage::outputs, m_loop.Outputs()), all);
+  AddLedgers(Configuration().m_summaries.m_summaries, true, present(EStage::summaries, m_loop.Summaries()),
+             all);
   Merge(all, m_endedLedgers);
   if (m_pKeeper) AddOthers(*m_pKeeper, all);
   return all;

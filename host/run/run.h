@@ -18,6 +18,7 @@
 
 #include <atomic>
 #include <memory>
+#include <set>
 
 #include "host/common/checks.h"
 #include "host/common/equation_check.h"
@@ -32,8 +33,8 @@ namespace vastra {
 struct CRunOptions : CLoopOptions {
   std::function<void()> trendChanged = {};  // a view or a dialog has changed them
   bool reports = false;                     // sends what a healthy run does as Notices, see CRunReport
-  // Whether the host wants to stop, asked while the run waits for a driver: patience is then the limit of all
-  // waits. A host without it calls AskToStop.
+  // Whether the host wants to stop, asked all the time while the run waits for a driver: patience is then the
+  // limit of all waits. A host without it calls AskToStop.
   std::function<bool()> stopAsked = {};
   EFolders folders = EFolders::attempt;  // what the checks do with those of the logs
 };
@@ -99,8 +100,8 @@ class CRun : private CRunMessenger::CReader {
   // Goes on with another configuration, of which the host has shown that nothing in it is refused; between
   // two scans, while running and not pending. A stage is opened again if its settings or the names of its
   // samples differ; the others stay open, no sample is left out, and counts and accounts go on. 1, or 0 with
-  // the stages as they were before; if these do not open again either, the run has ended. ReloadFault then
-  // says why, in one line.
+  // the stages as they were before; if these do not open again either, the run has ended, and OpenFault says
+  // why. ReloadFault says why the new ones do not open, in one line.
   int Reload(const CRunPlan& plan);
   const CString& ReloadFault() const { return m_reloadFault; }
   // Ends the run: at once, or when the current worker has posted its result.
@@ -201,6 +202,7 @@ class CRun : private CRunMessenger::CReader {
   bool m_isRenamed = false;                // since the last sample
   Time m_sumsDue{};                        // when m_counts.kept is to be updated
   std::vector<CRunLedger> m_endedLedgers;  // of stages that a reload has closed
+  std::set<EStage> m_notReopened;          // of these, the stages that did not open again: the run has ended
   std::unique_ptr<CLogKeeper> m_pKeeper;   // null: the default of the engine
   CString m_reloadFault;
   std::atomic<bool> m_isStopping{false};

@@ -1,4 +1,5 @@
 """vastra run as a service, and vastra init: the notify protocol, the journal, reload, retry, and the unit."""
+import json
 import os
 import re
 import shutil
@@ -36,6 +37,13 @@ class ServiceTest(LogTest):
         while self.errors().count(words) < count:
             self.assertLess(time.monotonic(), end, words + " in " + self.errors())
             time.sleep(.01)
+
+    def lock(self, folder):
+        """Waits until another process writes the logs of the folder."""
+        end = time.monotonic() + 60
+        while not any(name.endswith(".lock") for name in os.listdir(self.path(folder))) and time.monotonic() < end:
+            time.sleep(.01)
+        return time.monotonic() < end
 
     def test_it_says_how_it_is_and_feeds_its_watchdog(self):
         """Also while the next scan is an hour away."""
@@ -133,6 +141,31 @@ class ServiceTest(LogTest):
             self.assertTrue(service.reload(), self.errors())
         self.assertTrue(service.wait_for("STATUS=running"), self.errors())
         self.end(service)
+
+    def test_a_reload_after_which_nothing_opens_is_no_success(self):
+        """The new folder is another process's, the old one was removed."""
+        os.makedirs(self.path("more"))
+        self.write("other.json", simulated([output("more", name="Other")]))
+        other = self.start("run", "other.json", "--quiet")
+        self.addCleanup(other.wait)
+        self.addCleanup(other.kill)
+        for options, status in [(["--retry"], 0), ([], 1)]:
+            self.write("c.json", simulated([output("logs", enableText="WriteToLog = 0;")]))
+            service = self.service("--json", "--close-within", ".1", *options, stdout=subprocess.PIPE)
+            self.assertTrue(service.wait_for("STATUS=running") and self.lock("more"), self.errors())
+            os.rename(self.path("logs"), self.path("gone"))
+            self.write("c.json", simulated([output("more", name="Other")]))
+            service.process.send_signal(signal.SIGHUP)
+            self.wait_for_error("c.json: outputs: the stage does not open: outputs[0].directory: " + self.path("logs"))
+            if options:
+                self.assertTrue(service.wait_for("STATUS=waiting: .*logs: No such file"), service.said)
+                os.rename(self.path("gone"), self.path("logs"))
+                self.wait_for_error("c.json: the logger has started")
+                service.process.terminate()
+            counts = json.loads(service.process.communicate(timeout=60)[0])
+            self.assertEqual(status, service.process.returncode, self.errors())
+            self.assertEqual(bool(options), any(text.startswith("STOPPING") for text in service.said), service.said)
+            self.assertEqual(counts["read"], counts["ledger"][0]["offered"])
 
     def test_init_writes_what_starts(self):
         lines = "systemctl enable --now vastra@%s\nsystemctl status vastra@%s\n"

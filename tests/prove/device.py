@@ -11,7 +11,8 @@ class Device:
     """address: for text1 of the driver. A float holds the numbers exactly up to 2**24."""
 
     def __init__(self):
-        self.lock = threading.Lock()
+        self.lock, self.answering = threading.Lock(), threading.Lock()
+        self.connections = []
         self.writes = []  # what was written to register 0
         self.reads = []  # (the connection, when the read was asked for) of each number, from 1 on
         self.open = {}  # connections by the address of the logger; False: closed
@@ -20,6 +21,7 @@ class Device:
         class Connection(socketserver.StreamRequestHandler):
             def handle(self):
                 device.open[self.client_address] = True
+                device.connections.append(self.connection)
                 while len(head := self.rfile.read(12)) == 12:
                     if head[7] == 16:  # write registers
                         data = self.rfile.read(1 + 2 * head[11])
@@ -27,8 +29,11 @@ class Device:
                             device.writes.append(struct.unpack(">I", data[1:5])[0])
                         self.wfile.write(head[:4] + b"\0\6" + head[6:])
                         continue
-                    number = device.next(self)
-                    self.wfile.write(head[:4] + struct.pack(">HBBBI", 7, head[6], head[7], 4, number))
+                    with device.answering:  # a number that is given is sent
+                        if device.is_away:
+                            return
+                        number = device.next(self)
+                        self.wfile.write(head[:4] + struct.pack(">HBBBI", 7, head[6], head[7], 4, number))
 
             def finish(self):
                 device.open[self.client_address] = False  # and no flush: the logger was killed
@@ -36,12 +41,33 @@ class Device:
         class Server(socketserver.ThreadingTCPServer):
             daemon_threads = True
 
+            allow_reuse_address = True
+
             def handle_error(self, request, client_address):
                 pass
 
-        self.server = Server(("127.0.0.1", 0), Connection)
-        self.address = "127.0.0.1:%d" % self.server.server_address[1]
-        threading.Thread(target=self.server.serve_forever, daemon=True).start()
+        self.serve, self.port = lambda port: Server(("127.0.0.1", port), Connection), 0
+        self.come()
+        self.address = "127.0.0.1:%d" % self.port
+
+    def come(self):
+        """Listens, again at the same port."""
+        self.is_away, self.server = False, self.serve(self.port)
+        self.port = self.server.server_address[1]
+        threading.Thread(target=self.server.serve_forever, args=(0.01,), daemon=True).start()
+
+    def go(self):
+        """Refuses connections and closes those that are open."""
+        self.server.shutdown()
+        self.server.server_close()
+        with self.answering:
+            self.is_away = True
+            for connection in self.connections:
+                try:
+                    connection.shutdown(socket.SHUT_RDWR)
+                except OSError:
+                    pass  # it is closed
+            self.connections.clear()
 
     def settle(self):
         """Waits until what a process that has ended had sent is counted."""

@@ -17,6 +17,7 @@ import plant
 import memory
 import packages
 import processes
+import reloads
 import replays
 import soak
 import stalls
@@ -89,6 +90,8 @@ CLAIMS = [
           plant.hanging, 4, 60),
     Claim("stalls", "A terminal or pipe that nobody reads makes no scan late and no stop wait, and missing lines are counted",
           stalls.stalls, 6, 100),
+    Claim("reload", "A logger under load gets configurations, good and bad: no row is lost that the old or the new one takes, and "
+          "none is logged twice", reloads.reload, 10, 1000),
     Claim("soak", "Three services live through kills, dead loops, stops, reloads of good and bad configurations, full disks, "
           "and steps of the clock: each row that was kept is in a log once, and each account agrees "
           "with the logs", soak.soak, 12, 600),

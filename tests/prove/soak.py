@@ -9,41 +9,31 @@ import time
 from device import Device
 from disks import account, fill, mount_memory, unmount
 from kills import compare
-from logger import Logger, shim
+from logger import shim
 from logs import Failed, NotRun
-from supervisor import Service
+from served import SYNTAX, Served
 
 COUNT, WATCHDOG = 3, 3
-BAD = ['{"input": ', '{"inputs": {}}', '{"outputs": [{"saveRp": 1, "varNames": ["None"], "directory": "/nowhere"}]}']
+BAD = [*SYNTAX, '{"outputs": [{"saveRp": 1, "varNames": ["None"], "directory": "/nowhere"}]}']
 
 
-class Soaked(Logger):
-    """A logger that is a service on a disk of its own, with a clock of its own."""
+class Soaked(Served):
+    """A logger on a disk of its own, with a clock of its own."""
 
     def __init__(self, work, name, environment):
         disk, steps = os.path.join(work, name), os.path.join(work, name + ".steps")
         with open(steps, "wb") as file:
-            file.write(bytes(8))
+            file.write(bytes(16))
         with open(steps, "r+b") as file:
-            self.steps = mmap.mmap(file.fileno(), 8)
+            self.steps = mmap.mmap(file.fileno(), 16)
         try:
             mount_memory(disk, "size=32m")
             self.mounted = True
         except NotRun:
             self.mounted = False
-        super().__init__(os.path.join(work, name), Device(), period=10, samples=50)
-        with open(self.path()) as file:
-            self.configuration = json.load(file)
-        self.service = Service([os.environ["VASTRA"], "run", "logger", "--service", "--retry", "--json"], self.work, WATCHDOG,
-                               {**self.environment, **environment, "SHIM_STEPS": steps})
+        super().__init__(os.path.join(work, name), Device(), WATCHDOG, environment={**environment, "SHIM_STEPS": steps},
+                         period=10, samples=50)
         self.kept, self.stopped = {}, 0
-
-    def path(self):
-        return os.path.join(self.work, "logger.json")
-
-    def run(self, errors):
-        self.service.options.update(stdout=-1, stderr=errors)
-        return self.service.start().process
 
     def revive(self):
         self.start()
@@ -58,23 +48,19 @@ class Soaked(Logger):
     def hung(self, chance):
         """The loop is dead: the watchdog finds it."""
         self.process.send_signal(19)
-        moment, starved = time.monotonic(), self.service.starved
+        moment = time.monotonic()
         while self.process.poll() is None and time.monotonic() < moment + 10 * WATCHDOG:
             time.sleep(0.01)
-        if self.service.starved != starved + 1:
+        if self.service.starved != 1:
             raise Failed("the watchdog did not find a dead loop")
+        self.service.starved = 0
         self.device.settle()
         self.kept.update({row: moment - then for row, then in self.device.kept_before(self.first, moment)})
         self.revive()
 
     def finish(self, chance=None):
         """A stop, after which the account of the run agrees with the logs."""
-        counts, merged = self.stop(), {}
-        for entry in counts["ledger"]:  # an output that a reload has opened again has several
-            old = merged.setdefault(entry["name"], entry)
-            if old is not entry:
-                old.update({key: old[key] + value for key, value in entry.items() if isinstance(value, int)})
-        account(self, {"ledger": list(merged.values())})
+        account(self, self.stop())
         self.kept.update({row: 1 for row in range(self.first, self.device.count() + 1)})
         self.stopped += 1
 
@@ -85,31 +71,18 @@ class Soaked(Logger):
     def reloaded(self, chance):
         """Five times, good and bad, with the rows going on."""
         for _ in range(5):
-            good = chance.random() < 0.6
             self.configuration["input"]["scanPeriod"] = chance.choice([5, 10, 20])
             self.configuration["outputs"][0]["maxSamples"] = self.samples + chance.randrange(3)
-            text = json.dumps(self.configuration) if good else chance.choice(BAD)
-            with open(self.path() + ".new", "w") as file:
-                file.write(text)
-            os.rename(self.path() + ".new", self.path())
-            before = self.said().count(": reloaded")
-            if not self.service.reload():
-                raise Failed("a reload did not end: %s" % self.messages())
+            good = chance.random() < 0.6
+            self.reload(self.configuration if good else chance.choice(BAD), good)
             self.more_rows(2)
-            if (self.said().count(": reloaded") == before + 1) != good:
-                raise Failed("reload of %s: %s" % (text, self.messages()))
-        with open(self.path(), "w") as file:
-            json.dump(self.configuration, file)
-
-    def said(self):
-        self.errors.seek(0)
-        return self.errors.read()
+        self.write(json.dumps(self.configuration))
 
     def rows(self, in_order=True):
         return super().rows(in_order=False)  # the clock is set
 
     def stepped(self, chance):
-        self.steps[:] = struct.pack("<q", chance.randrange(-7200, 7200))
+        self.steps[:8] = struct.pack("<q", chance.randrange(-7200, 7200))
         self.more_rows(20)
 
     def filled(self, chance):
@@ -125,7 +98,31 @@ class Soaked(Logger):
         self.restarted(chance)
 
 
-EVENTS = ("killed", "reloaded", "stepped", "hung", "restarted", "filled")
+    def gone(self, chance):
+        """The device is away for a while, perhaps also when the logger starts."""
+        self.device.go()
+        time.sleep(chance.uniform(0, 1))
+        if chance.random() < 0.5:
+            self.finish()
+            self.start()
+            time.sleep(chance.uniform(0, 1))
+        self.device.come()
+        self.more_rows(5)
+
+    def stuck(self, chance):
+        """A disk whose syncs take longer than the time of the watchdog, at a stop, and at a start that recovers rows."""
+        self.slow_down(WATCHDOG + 1)
+        if chance.random() < 0.5:
+            self.finish()
+        else:
+            self.kept.update(self.kill())
+        self.revive()
+        self.slow_down(0)
+
+    def slow_down(self, seconds):
+        self.steps[8:] = struct.pack("<q", 1000 * seconds)
+
+EVENTS = ("killed", "reloaded", "stepped", "hung", "restarted", "filled", "gone", "stuck")
 
 
 def soak(run):

@@ -14,7 +14,7 @@ class Service:
     def __init__(self, command, folder, watchdog=3, environment=os.environ, **options):
         self.command, self.watchdog = command, watchdog
         self.socket = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM)
-        self.socket.bind("\0vastra-%d-%d" % (os.getpid(), self.socket.fileno()))
+        self.socket.bind("\0vastra-%d-%s" % (self.socket.fileno(), os.urandom(8).hex()))
         self.socket.settimeout(0.05)
         self.options = {"cwd": folder, "text": True, "stdin": subprocess.DEVNULL, **options,
                         "env": {**environment, "NOTIFY_SOCKET": "@" + self.socket.getsockname()[1:].decode(),

@@ -62,8 +62,14 @@ void CKeeperState::Stop() {
   m_hasSamples = true;
   m_hasSamples.notify_all();
   m_change.notify_all();
-  const bool ended = m_change.wait_until(lock, std::max(m_closeBy, Now() + kLeastPatience),
-                                         [this] { return m_running == 0; });
+  const CKeeperTime until = std::max(m_closeBy, Now() + kLeastPatience);
+  const auto hasEnded = [this] { return m_running == 0; };
+  while (!m_change.wait_until(lock, std::min(until, Now() + kTellPause), hasEnded) && Now() < until) {
+    lock.unlock();
+    TellWaiting();
+    lock.lock();
+  }
+  const bool ended = hasEnded();
   lock.unlock();
   for (std::thread* thread : {&m_writer, &m_journal})
     if (thread->joinable()) ended ? thread->join() : thread->detach();

@@ -11,6 +11,8 @@
 
 namespace vastra {
 
+constexpr std::chrono::milliseconds kTellPause{250};  // from TellWaiting to TellWaiting
+
 class CKeeperState : public std::enable_shared_from_this<CKeeperState> {
  public:
   explicit CKeeperState(const CLogPolicy& thePolicy) : policy(thePolicy) {}
@@ -28,9 +30,8 @@ class CKeeperState : public std::enable_shared_from_this<CKeeperState> {
   // the last track was added, but a second at least, for one whose disk is well.
   CKeeperTime CloseBy();
   // Tells the host that the thread of the scans still waits.
-  void TellWaiting() const {
-    if (policy.waiting) policy.waiting();
-  }
+  void TellWaiting() { m_isStopAsked = policy.waiting && policy.waiting(); }
+  bool IsStopAsked() const { return m_isStopAsked; }  // by the host, when it was told last
   // Whether a step of the clock to time was not reported yet.
   bool IsNewStep(const _timeb& time);
 
@@ -68,6 +69,7 @@ class CKeeperState : public std::enable_shared_from_this<CKeeperState> {
   std::atomic<bool> m_hasSamples{false};
   std::atomic<std::uint64_t> m_held{0}, m_sequence{0};
   CKeeperTime m_closeBy{};
+  std::atomic<bool> m_isStopAsked{false};
   _timeb m_lastStep;
 };
 

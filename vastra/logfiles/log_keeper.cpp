@@ -36,5 +36,6 @@ void CLogKeeper::HoldLocks(bool isOn) {
 }
 
 const CString& CLogKeeper::GetOpenFault() const { return m_pState->openFault; }
+void CLogKeeper::ClearOpenFault() { m_pState->openFault.Empty(); }
 
 }  // namespace vastra

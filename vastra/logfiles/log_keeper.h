@@ -52,6 +52,7 @@ class VASTRA_API CLogKeeper {
   // Why the last output or summary did not open, such as "logs: process 1234 already writes logs with these
   // names"; empty if the keeper had no objection.
   const CString& GetOpenFault() const;
+  void ClearOpenFault();
 
   // While it is on, the locks of outputs and summaries that close stay with the process, for those that open
   // with the same names next: no other process can take the names meanwhile.

@@ -22,8 +22,9 @@ struct CLogPolicy {
   std::chrono::milliseconds retry{5000};         // until a log that could not be saved is tried again
   std::chrono::milliseconds journal{50};         // from write to write of a journal
   // Called several times a second while the thread of the scans waits for the disk, and between the logs of
-  // journals that are recovered; for a host that is watched. Null: nothing.
-  std::function<void()> waiting = {};
+  // journals that are recovered; for a host that is watched. Returns whether the host wants to stop: recovery
+  // then leaves its logs to the writer thread. Null: it does not.
+  std::function<bool()> waiting = {};
 };
 
 // How many logs an output keeps beside the limit of their number; 0: no limit.

@@ -366,8 +366,9 @@ void CLogTrack::Enqueue(const CLogPointer& log, bool goesOn) {
     return std::any_of(m_logs.begin(), m_logs.end(), [](const auto& one) { return !one->failure.IsEmpty(); });
   };
   CGuard lock(m_mutex);
-  WaitUntil(lock, std::chrono::steady_clock::now() + m_keeper.policy.closeWithin,
-            [&] { return log->isDropped || hasFailed() || (goesOn && log->IsSaved()); });
+  WaitUntil(lock, std::chrono::steady_clock::now() + m_keeper.policy.closeWithin, [&] {
+    return log->isDropped || hasFailed() || (goesOn && log->IsSaved()) || m_keeper.IsStopAsked();
+  });
 }
 
 std::vector<CKeeperLine> RecoverForeignJournals(CKeeperState& keeper, CLogListener* listener) {

@@ -12,8 +12,7 @@
 namespace vastra {
 namespace {
 
-constexpr std::chrono::milliseconds kTellPause{250};  // while the thread of the scans waits
-constexpr std::size_t kLogsToWaitFor = 2;             // complete ones, for a writer of samples that can wait
+constexpr std::size_t kLogsToWaitFor = 2;  // complete ones, for a writer of samples that can wait
 
 // process: the id of a process; 0 if it is not known.
 CString Writer(int process) {
