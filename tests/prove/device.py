@@ -32,8 +32,10 @@ class Device:
                     with device.answering:  # a number that is given is sent
                         if device.is_away:
                             return
-                        number = device.next(self)
-                        self.wfile.write(head[:4] + struct.pack(">HBBBI", 7, head[6], head[7], 4, number))
+                        number = device.next(self) if head[11] == 2 else 0  # else the driver asks whether it is there
+                        registers = struct.pack(">I", number)[:2 * head[11]]
+                        self.wfile.write(head[:4] + struct.pack(">HBBB", 3 + len(registers), head[6], head[7], len(registers)) +
+                                         registers)
 
             def finish(self):
                 device.open[self.client_address] = False  # and no flush: the logger was killed

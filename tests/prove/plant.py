@@ -11,8 +11,10 @@ import threading
 import time
 
 from logs import Failed, NotRun
+from supervisor import Service
 
 PATIENCE, CLOSE_WITHIN = 2, 2
+WATCHDOG = 1  # of a service: shorter than what a driver is waited for
 HERE = os.path.dirname(os.path.abspath(__file__))
 
 
@@ -47,7 +49,8 @@ class Plant:
                     await asyncio.sleep(0.05)
                 self.numbers[index] += 1
                 number = self.numbers[index]
-                writer.write(head[:4] + bytes((0, 7, head[6], 4, 4)) + number.to_bytes(4, "big"))
+                size = 2 * head[11]  # the driver asks a device that was away for one register
+                writer.write(head[:4] + bytes((0, 3 + size, head[6], 4, size)) + number.to_bytes(4, "big")[:size])
         except (asyncio.IncompleteReadError, ConnectionError):
             pass
         self.connections[index].discard(writer)
@@ -81,10 +84,10 @@ class Run:
                        "outputs": [{"enableText": "WriteToLog = 1;", "varNames": names, "saveCsv": 1, "maxSamples": 200,
                                     "directory": self.folder}]}, file)
         self.errors = open(self.folder + ".err", "w+")
-        self.process = subprocess.Popen(
+        self.process = Service(
             [os.environ["VASTRA"], "run", self.folder + ".json", "--json", "--patience", str(PATIENCE), "--close-within",
-             str(CLOSE_WITHIN), *options], env={**os.environ, **environment}, stdout=subprocess.PIPE, stderr=self.errors,
-            stdin=subprocess.DEVNULL)
+             str(CLOSE_WITHIN), *options], None, WATCHDOG, {**os.environ, **environment}, stdout=subprocess.PIPE,
+            stderr=self.errors).start().process
 
     def stop(self, slack):
         """Ends the run by SIGTERM. Returns the counts, and how long it took. Failed if the ledger or the log is wrong."""
@@ -186,7 +189,7 @@ def hanging(run):
         call = ("open", "read", "write", "close")[number % 4]
         devices = Plant(1)
         logger = Run(run.work, "%s%d" % (call, number), devices.nodes() + [bad], 50, [written],
-                     ["--driver-folder", modules], {"HANGS": call, "HANGS_AFTER": str(chance.randrange(4))})
+                     ["--service", "--driver-folder", modules], {"HANGS": call, "HANGS_AFTER": str(chance.randrange(4))})
         while len(logger.said()) == 0 and devices.numbers[0] == 0:
             time.sleep(0.01)
         time.sleep(chance.uniform(0, 2 * PATIENCE))

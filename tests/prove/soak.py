@@ -4,6 +4,7 @@ import mmap
 import os
 import random
 import struct
+import threading
 import time
 
 from device import Device
@@ -110,17 +111,16 @@ class Soaked(Served):
         self.more_rows(5)
 
     def stuck(self, chance):
-        """A disk whose syncs take longer than the time of the watchdog, at a stop, and at a start that recovers rows."""
-        self.slow_down(WATCHDOG + 1)
-        if chance.random() < 0.5:
-            self.finish()
-        else:
+        """A disk with a sync that takes longer than the time of the watchdog: at a stop, or at a start that recovers rows."""
+        stops = chance.random() < 0.5
+        if not stops:
             self.kept.update(self.kill())
+        self.steps[8:] = struct.pack("<q", 1000 * (WATCHDOG + 1))
+        threading.Timer(2, self.steps.__setitem__, (slice(8, 16), bytes(8))).start()
+        if stops:
+            self.finish()
         self.revive()
-        self.slow_down(0)
 
-    def slow_down(self, seconds):
-        self.steps[8:] = struct.pack("<q", 1000 * seconds)
 
 EVENTS = ("killed", "reloaded", "stepped", "hung", "restarted", "filled", "gone", "stuck")
 
