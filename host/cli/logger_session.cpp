@@ -9,11 +9,15 @@
 #include "host/common/shown_text.h"
 #include "host/run/open_fault.h"
 #include "vastra/plc/driver_factory.h"
+#include "vastra/plc/node_workers.h"
 
 namespace vastra {
 namespace {
 
 constexpr std::chrono::seconds kFirstPause{1}, kLongestPause{30}, kLook{1};
+
+// Each of these calls keeps a thread, and each attempt can add some.
+constexpr int kMostOverdue = 64;
 
 CScanLoop::Time Now() { return std::chrono::steady_clock::now(); }
 
@@ -83,6 +87,9 @@ EExit CLoggerSession::Run(CSessionResult& result) {
     if (m_options.retries) CTerminal::Instance().Told().BeginAttempt();
     const CEnd end = Attempt(result);
     if (!m_options.retries || end.reason.IsEmpty()) return end.status;
+    if (CNodeWorkers::OverdueTasks() > kMostOverdue)
+      return Fail(kFailed, m_subject,
+                  "drivers have not returned from too many calls: the logger has to be started again");
     if (!WaitAfter(end.reason)) return m_view.End();
     if (end.status == kRefused) CDriverFactory::SearchAgain();  // a module can be missing
   }

@@ -94,7 +94,7 @@ CLAIMS = [
           "none is logged twice", reloads.reload, 10, 1000),
     Claim("soak", "Three services live through kills, dead loops, stops, reloads of good and bad configurations, full and stuck "
           "disks, steps of the clock and a device that comes and goes: each row that was kept is in a log once, each account agrees "
-          "with the logs, and the watchdog is fed", soak.soak, 12, 600),
+          "with the logs, and the watchdog is fed", soak.soak, 12, 400),
     Claim("memory", "A command that gets no memory at any moment, or none from then on, ends with a line and status 1, or "
           "does its work; no row is lost with status 0", memory.memory, 6, 1000000),
     Claim("packages", "The packages install, upgrade under a logger that runs, build an external project and go, in a bare Debian 12, "
