@@ -182,7 +182,7 @@ bool CLoggerSession::WaitUntil(CScanLoop::Time until, const CString& reason) {
   while (!CStopSignals::HaveCome()) {
     Feed("waiting: " + reason.Std());
     CMessage message;
-    if (m_inbox.Wait(message, std::min(until, Now() + kLook))) {
+    if (m_inbox.Wait(message, std::min({until, Now() + kLook, m_notifier.NextFeed()}))) {
       if (message.m_message != CReloadSignal::messageReload || !Reload(nullptr)) continue;
       m_pause = kFirstPause;
       return true;

@@ -38,16 +38,9 @@ class ServiceTest(LogTest):
             self.assertLess(time.monotonic(), end, words + " in " + self.errors())
             time.sleep(.01)
 
-    def lock(self, folder):
-        """Waits until another process writes the logs of the folder."""
-        end = time.monotonic() + 60
-        while not any(name.endswith(".lock") for name in os.listdir(self.path(folder))) and time.monotonic() < end:
-            time.sleep(.01)
-        return time.monotonic() < end
-
     def test_it_says_how_it_is_and_feeds_its_watchdog(self):
         """Also while the next scan is an hour away."""
-        for period in ["0", "10", "3600000"]:
+        for period in ["0", "3600000"]:
             self.write("c.json", simulated([output("logs")]))
             service = self.service("--period", period, watchdog=.6)
             self.assertTrue(service.wait_for("WATCHDOG=1", 4))
@@ -56,14 +49,6 @@ class ServiceTest(LogTest):
             self.assertEqual("READY=1", service.said[0])
             self.assertTrue(service.said[-1].startswith("STOPPING=1"), service.said)
             self.assertEqual(0, service.starved)
-
-    def test_a_dead_loop_is_found(self):
-        self.write("c.json", simulated([output("logs")]))
-        service = self.service(watchdog=.6)
-        self.assertTrue(service.wait_for("READY"))
-        service.process.send_signal(signal.SIGSTOP)
-        self.assertEqual(-signal.SIGKILL, service.process.wait(60))
-        self.assertEqual(1, service.starved)
 
     def test_lines_for_the_journal_have_priorities(self):
         self.write("c.json", simulated([output("logs", maxSamples=0)], driver={"value4": 2, "value5": 109}))
@@ -146,13 +131,14 @@ class ServiceTest(LogTest):
         """The new folder is another process's, the old one was removed."""
         os.makedirs(self.path("more"))
         self.write("other.json", simulated([output("more", name="Other")]))
-        other = self.start("run", "other.json", "--quiet")
-        self.addCleanup(other.wait)
+        other = self.start("run", "other.json", stderr=subprocess.PIPE)
+        self.addCleanup(other.__exit__, None, None, None)
         self.addCleanup(other.kill)
+        next(line for line in other.stderr if b"outputs[0]" in line)
         for options, status in [(["--retry"], 0), ([], 1)]:
             self.write("c.json", simulated([output("logs", enableText="WriteToLog = 0;")]))
-            service = self.service("--json", "--close-within", ".1", *options, stdout=subprocess.PIPE)
-            self.assertTrue(service.wait_for("STATUS=running") and self.lock("more"), self.errors())
+            service = self.service("--json", "--close-within", ".1", *options, stdout=subprocess.PIPE, watchdog=.6)
+            self.assertTrue(service.wait_for("STATUS=running"), self.errors())
             os.rename(self.path("logs"), self.path("gone"))
             self.write("c.json", simulated([output("more", name="Other")]))
             service.process.send_signal(signal.SIGHUP)

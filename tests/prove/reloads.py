@@ -33,7 +33,8 @@ class Reloaded(Served):
         taken = os.path.join(work, "Taken")
         os.makedirs(taken)
         with open(taken + ".json", "w") as file:
-            json.dump({"input": {"plcNodes": [SIMULATED]}, "outputs": [log("Taken", taken, 1, varNames=["More"], enableText="WriteToLog = 1;")]}, file)
+            json.dump({"input": {"plcNodes": [SIMULATED]},
+                       "outputs": [log("Taken", taken, 1, varNames=["More"], enableText="WriteToLog = 1;")]}, file)
         RUNNING.append(subprocess.Popen([os.environ["VASTRA"], "run", taken + ".json", "--quiet"]))
         while not os.listdir(taken) and RUNNING[-1].poll() is None:
             time.sleep(0.01)
@@ -85,7 +86,7 @@ class Reloaded(Served):
         for (_, begin, old), (before, after, new) in zip(self.plans, self.plans[1:] + [end]):
             if not any(all(found.get(row) == (old if row <= moment else new)(row) for row in range(begin + 1, after + 1))
                        for moment in range(before, after + 1)):
-                raise Failed("rows %d to %d are in %s" % (begin + 1, after, [found.get(row) for row in range(begin + 1, after + 1)]))
+                raise Failed("rows %d to %d are in %s" % (begin + 1, after, [*map(found.get, range(begin + 1, after + 1))]))
         for entry in counts["ledger"]:
             if (entry["taken"], entry["onDisk"]) != (len(rows[entry["name"]]),) * 2:
                 raise Failed("%d rows are in logs, the ledger says: %s" % (len(rows[entry["name"]]), entry))
@@ -99,5 +100,5 @@ def reload(run):
     good = sum(logger.change(chance) for _ in range(run.count))
     rows, changing = logger.compare(logger.stop())
     RUNNING.pop(0).kill()
-    return "%d good and %d bad ones: %d rows, each in the log that stays; %d rows in logs that came and went, none missing, none twice" % (
-        good, run.count - good, rows, changing)
+    return "%d good and %d bad ones: %d rows, each in the log that stays; %d rows in logs that came and went, none missing, none " \
+        "twice" % (good, run.count - good, rows, changing)
