@@ -22,7 +22,7 @@ class Reader:
 
     def __init__(self, kind):
         self.kind, self.input, self.seen = kind, b"", {"sample": 0, "message": 0}
-        self.lines, self.last = 0, ""
+        self.lines, self.last, self.got = 0, "", {"sample": 0, "message": 0, "missed": 0}  # how many lines
         self.socket = socket.socket(socket.AF_UNIX)
         self.socket.setblocking(False)
         self.born = time.monotonic()
@@ -67,12 +67,15 @@ class Reader:
             raise Failed("a good reader gets %s" % line)
         if kind == "dropped":
             self.seen["message"] += line.get("messages", 0)
+            self.got["missed"] += line.get("messages", 0)
         if kind == "sample" and not self.seen[kind] < line["number"] == line["values"][0] - self.offset:
             raise Failed("sample %d with row %d follows %d" % (line["number"], line["values"][0], self.seen[kind]))
         if kind == "message" and line["number"] != self.seen[kind] + 1:
             raise Failed("message %d follows %d" % (line["number"], self.seen[kind]))
         if kind in self.seen:
             self.seen[kind] = line["number"]
+        if kind in self.got:
+            self.got[kind] += 1
 
 
 class Crowd:
@@ -170,16 +173,16 @@ def crowd(seconds, pid, seed, first):
     for reader in [reader for reader in crowd.readers if reader.kind != "good"]:
         crowd.remove(reader)
     say("ready")
+    good = list(crowd.readers)
     while crowd.readers:  # the logger is stopped
         for key, _ in crowd.selector.select(60) or sys.exit("the feed does not end"):
             if not key.data.receive():
                 if key.data.last == "error":
                     raise Failed("a good reader is refused")
                 crowd.ended += 1
-                last = key.data
-                crowd.remove(last)
+                crowd.remove(key.data)
     say({"ended": crowd.ended, "refused": crowd.refused, "peak": crowd.peak, "dropped": crowd.dropped,
-         "samples": last.seen["sample"], "messages": last.seen["message"]})
+         **{kind: [reader.got[kind] for reader in good] for kind in good[0].got}})
 
 
 def disturbed(run, logger):
@@ -211,15 +214,15 @@ def feed(run):
     rows = logger.rows()[FORMS[0]]
     if rows != list(range(1, logger.device.count() + 1)) or counts["failedReads"]:
         raise Failed("%d of %d rows are in the logs" % (len(rows), logger.device.count()))
-    text = "%d scans, %d late (without readers %d of %d), %d messages and %d samples by each of %d good readers, %d refused, " \
-        "%d stalled ones dropped after %s s, %.1f MB of memory" % (
-            counts["read"], counts["late"], quiet["late"], quiet["read"], seen["messages"], seen["samples"], seen["ended"],
-            seen["refused"], len(seen["dropped"]), "%.1f to %.1f" % (min(seen["dropped"]), max(seen["dropped"])) if seen["dropped"] else "10",
-            seen["peak"] / 1e6)
+    after = "%.1f to %.1f s" % (min(seen["dropped"]), max(seen["dropped"])) if seen["dropped"] else "10 s"
+    text = "%d scans, %d late (without readers %d of %d); each of %d good readers got at least %d samples and %d messages, %d " \
+        "were marked as missing; %d readers refused, %d stalled ones dropped after %s, %.1f MB of memory" % (
+            counts["read"], counts["late"], quiet["late"], quiet["read"], seen["ended"], min(seen["sample"]),
+            min(seen["message"]), sum(seen["missed"]), seen["refused"], len(seen["dropped"]), after, seen["peak"] / 1e6)
     is_long = run.count >= 4 * STALL  # no moment is compared in the short form: the machine can have other work
     late = is_long and counts["late"] / counts["read"] > quiet["late"] / quiet["read"] + run.slack / 5
-    stalled = is_long and not seen["dropped"] or any(after < STALL for after in seen["dropped"])
-    if late or stalled or seen["ended"] != GOOD // 2 or seen["peak"] > HELD or not seen["messages"] or not seen["samples"]:
+    stalled = is_long and not seen["dropped"] or any(one < STALL for one in seen["dropped"])
+    if late or stalled or seen["ended"] != GOOD // 2 or seen["peak"] > HELD or not all(seen["message"] + seen["sample"]):
         raise Failed(text)
     return text
 
