@@ -22,9 +22,16 @@ namespace {
 constexpr std::chrono::milliseconds kInterval{100};  // between two samples
 constexpr std::chrono::milliseconds kPause{2000};    // before the next attempt to connect
 constexpr int kMostLines = 1000;                     // of messages that are shown
+constexpr int kMostNodes = 20;                       // of those that are away
+constexpr int kLongestText = 300;                    // characters of a state or a node
 constexpr UINT kRefresh = 100;                       // milliseconds
 
 QString OnScreen(const std::string& text) { return ToScreen(CString(Printable(text))); }
+
+// The text can be as long as an outside program likes.
+QString Cut(const QString& text) {
+  return text.size() > kLongestText ? text.left(kLongestText) + "..." : text;
+}
 
 QString TimeOnScreen(const _timeb& time) {
   return QDateTime::fromSecsSinceEpoch(time.time).toString("yyyy-MM-dd hh:mm:ss");
@@ -127,9 +134,9 @@ void CAttachedWindow::Take(const CStateLine& state) {
   ShowState(m_stateText + LastSample());
   QStringList away;
   for (const CNodeFacts& node : state.nodes)
-    if (!node.up)
-      away << OnScreen(node.name) + " is away since " + TimeOnScreen(node.since) + ": " +
-                  OnScreen(node.reason);
+    if (!node.up && away.size() < kMostNodes)
+      away << Cut(OnScreen(node.name) + " is away since " + TimeOnScreen(node.since) + ": " +
+                  OnScreen(node.reason));
   m_nodes->setText(away.join("\n"));
   m_nodes->setVisible(!away.isEmpty());
 }
@@ -160,10 +167,8 @@ QString CAttachedWindow::LastSample() const {
   return m_sample.m_time.time == 0 ? QString() : ", last sample " + TimeOnScreen(m_sample.m_time);
 }
 
-// The text can be as long as an outside program likes.
 void CAttachedWindow::ShowState(const QString& text) {
-  constexpr int kLongest = 300;
-  m_state->setText(text.size() > kLongest ? text.left(kLongest) + "..." : text);
+  m_state->setText(Cut(text));
   m_state->setToolTip(m_state->text());
 }
 
