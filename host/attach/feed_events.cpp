@@ -202,6 +202,8 @@ CFeedEvent DroppedOf(const json& line) {
   return dropped;
 }
 
+CFeedEvent KeptOf(const json&) { return CKeptLine{}; }
+
 CFeedEvent ErrorOf(const json& line) {
   CErrorLine error;
   Read(line, "text", error.text);
@@ -211,8 +213,9 @@ CFeedEvent ErrorOf(const json& line) {
 constexpr struct {
   const char* type;
   CFeedEvent (*read)(const json&);
-} kTypes[] = {{"hello", HelloOf},     {"state", StateOf}, {"sample", SampleOf},   {"counts", CountsOf},
-              {"message", MessageOf}, {"log", LogOf},     {"dropped", DroppedOf}, {"error", ErrorOf}};
+} kTypes[] = {{"hello", HelloOf},     {"state", StateOf},     {"sample", SampleOf},
+              {"counts", CountsOf},   {"message", MessageOf}, {"log", LogOf},
+              {"dropped", DroppedOf}, {"kept", KeptOf},       {"error", ErrorOf}};
 
 }  // namespace
 

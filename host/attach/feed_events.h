@@ -116,13 +116,16 @@ struct CDroppedLine {
   std::uint64_t messages = 0, logs = 0;
 };
 
+// The messages that the logger had kept before the connection have come.
+struct CKeptLine {};
+
 // What the logger says before it closes the connection.
 struct CErrorLine {
   std::string text;
 };
 
 using CFeedEvent = std::variant<CHelloLine, CStateLine, CSampleLine, CCountsLine, CMessageLine, CLogLine,
-                                CDroppedLine, CErrorLine>;
+                                CDroppedLine, CKeptLine, CErrorLine>;
 
 // The value of a line, without its line end; empty for a type that is not known. Throws CJsonFault for a line
 // that is not an object in JSON.

@@ -18,8 +18,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// Without --follow: the messages that the logger keeps come without a pause between them, and it keeps 500.
-constexpr std::chrono::milliseconds kMessagesQuiet{500};
+// Without --follow, for the messages that the logger keeps, which are 500.
 constexpr std::chrono::seconds kMessagesTime{5};
 constexpr int kMostMessages = 1000;
 
@@ -32,29 +31,27 @@ class CMessagePrinter {
   EExit Follow();
 
  private:
-  // Takes what has come. Returns whether something has.
-  bool Take();
+  void Take();  // what has come
   void Note(const CMessageLine& message);
   void Note(const CDroppedLine& dropped);
+  void Note(const CKeptLine&) { m_hasKept = true; }
   template <class T>
   void Note(const T&) {}
   EExit Gone();
+  EExit Late();
   EExit End();
 
   CString m_name;
   CFeedClient m_reader;
   CLineQueue m_lines;
   int m_count = 0;
+  bool m_hasKept = false;  // all that the logger had kept
 };
 
-bool CMessagePrinter::Take() {
-  bool hasCome = false;
+void CMessagePrinter::Take() {
   m_reader.Poll();
-  while (std::optional<CFeedEvent> event = m_reader.Take()) {
-    hasCome = true;
+  while (std::optional<CFeedEvent> event = m_reader.Take())
     std::visit([this](const auto& known) { Note(known); }, *event);
-  }
-  return hasCome;
 }
 
 void CMessagePrinter::Note(const CMessageLine& message) {
@@ -73,6 +70,11 @@ EExit CMessagePrinter::Gone() {
   return Fail(kFailed, m_name, CString(m_reader.Fault()));
 }
 
+EExit CMessagePrinter::Late() {
+  m_lines.Drain();
+  return Fail(kFailed, m_name, "the logger has not marked the end of the messages that it keeps");
+}
+
 // A reader that has closed the pipe needs no message.
 EExit CMessagePrinter::End() {
   m_lines.Drain();
@@ -82,12 +84,11 @@ EExit CMessagePrinter::End() {
 }
 
 EExit CMessagePrinter::PrintKept() {
-  const Clock::time_point end = Clock::now() + kMessagesTime;
-  Clock::time_point until = Clock::now() + CFeedClient::kGreeting;
+  const Clock::time_point until = Clock::now() + kMessagesTime;
   CFeedClient* const reader = &m_reader;
-  while (Clock::now() < until && m_count < kMostMessages) {
-    if (Take()) until = std::min(end, Clock::now() + kMessagesQuiet);
+  for (Take(); !m_hasKept; Take()) {
     if (m_reader.HasEnded()) return Gone();
+    if (Clock::now() >= until || m_count >= kMostMessages) return Late();
     WaitForFeeds({&reader, 1}, {}, until);
   }
   return End();

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <utility>
 
 #include "host/common/json_text.h"
 
@@ -102,7 +103,7 @@ void CFeedReader::Fill(Time now) {
   AddHello();
   if (now < m_beginDue) return;
   AddState();
-  if (m_request.Wants(CFeedRequest::message)) AddLines(m_content.m_messages, m_message, "messages");
+  AddMessages();
   if (m_request.Wants(CFeedRequest::log)) AddLines(m_content.m_logs, m_log, "logs");
   AddCounts();
   AddSample();
@@ -113,6 +114,14 @@ void CFeedReader::AddHello() {
   m_hello = m_content.View().change;
   if (m_request.variables) m_indexes = m_content.IndexesOf(*m_request.variables);
   Add(m_content.Hello());
+}
+
+// With a mark after those that were kept before.
+void CFeedReader::AddMessages() {
+  if (!m_request.Wants(CFeedRequest::message)) return;
+  AddLines(m_content.m_messages, m_message, "messages");
+  if (m_hasMore || std::exchange(m_hasKept, true)) return;
+  Add(std::make_shared<const std::string>(JsonLine({{"type", "kept"}})));
 }
 
 void CFeedReader::AddState() {

@@ -28,6 +28,7 @@ class CFeedReader {
   void Refuse(const CString& text);
   void Fill(Time now);
   void AddHello();
+  void AddMessages();
   void AddState();
   void AddCounts();
   void AddSample();
@@ -56,6 +57,7 @@ class CFeedReader {
 
   std::optional<std::uint64_t> m_hello, m_state;  // the changes that were sent
   std::uint64_t m_message = 1, m_log;             // the next ones
+  bool m_hasKept = false;                         // the mark after the kept messages was put in
   CFeedNames m_sampleNames;                       // of the sample that was sent last
   std::uint64_t m_sample = 0;                     // its number
   Time m_stateDue{}, m_countsDue{}, m_sampleDue{};

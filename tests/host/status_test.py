@@ -195,9 +195,12 @@ class Status(FeedTest):
 class Attached(FeedTest):
     def test_messages_are_printed_as_run_prints_them(self):
         more = {**MESSAGE, "severity": "notice", "link": "CLogKeeper", "name": "", "text": "saved " + EVIL}
-        self.feed("kiln", lines(HELLO, STATE, MESSAGE, {"type": "dropped", "messages": 2}, more), closes=False)
+        self.feed("kiln", lines(HELLO, STATE, MESSAGE, {"type": "dropped", "messages": 2}, more, {"type": "kept"}))
         shown = "2023-11-14T22:13:20+00:00 Error: N: read: Timeout error.\n2 messages dropped\n2023-11-14T22:13:20+00:00 saved x?[2J \\\"?\n"
         self.expect(self.args("messages kiln"), 0, shown)
+        self.feed("endless", lambda: itertools.chain([lines(HELLO)], itertools.repeat(lines(MESSAGE))))
+        endless = self.vastra(*self.args("messages endless"))
+        self.assertEqual((1, "vastra: endless: the logger has not marked the end of the messages that it keeps\n"), (endless.status, endless.err))
         self.feed("stall", b"")
         self.expect(self.args("messages stall --follow"), 1, "", "stall: the logger has not answered for 2 seconds")
         self.expect(self.args("messages mill"), 1, "", "mill: no logger runs here: No such file or directory")
