@@ -140,7 +140,7 @@ CLoggerSession::CEnd CLoggerSession::Attempt(CSessionResult& result) {
   });
   result.Add(run);
   if (!hasReloadEndedIt || CStopSignals::HaveCome()) return {m_view.End()};
-  const CEnd end = NotOpened(run, witness.Error());
+  CEnd end = NotOpened(run, witness.Error());
   if (m_options.retries && !end.reason.IsEmpty()) return end;
   result.hasFailed = true;
   return {m_view.End()};

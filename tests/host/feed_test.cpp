@@ -139,6 +139,21 @@ TEST_F(Feed, AReaderGetsWhatItAsksForAndEachSampleOnce) {
   EXPECT_EQ(some.Next("message")["text"], "late");
   EXPECT_EQ(counting.Next("hello")["type"], "hello");
   EXPECT_EQ(counting.Next()["type"], "counts");
+
+  // Neither the same sample again, nor one before the interval is over.
+  CReader often(m_path, R"({"want": ["sample", "message"], "interval": 0})");
+  CReader rare(m_path, R"({"want": ["sample", "message"], "interval": 3600000})");
+  int samples[] = {0, 0};
+  for (int mark = 0; mark < 6; ++mark) {
+    const std::string text = "mark " + std::to_string(mark);
+    Say(text);
+    for (CReader* reader : {&often, &rare})
+      for (json line; (line = reader->Next()).is_object() && line.value("text", "") != text;)
+        samples[reader == &rare] += line["type"] == "sample";
+    if (mark == 3) run.Step();
+  }
+  EXPECT_EQ(samples[0], 2);
+  EXPECT_EQ(samples[1], 1);
 }
 
 TEST_F(Feed, ALineThatIsNoRequestEndsItsConnectionAlone) {
