@@ -53,7 +53,7 @@ std::string ZshValues(const CArgumentFacts& argument) {
   return ":" + ZshEscaped(argument.value, ":") + ":" + action;
 }
 
-std::string ZshSpecification(const CArgumentFacts& argument, const std::string& name) {
+std::string ZshArgument(const CArgumentFacts& argument, const std::string& name) {
   const std::string repeated = argument.isRepeated ? "*" : "";
   const bool isLong = name.starts_with("--");
   if (!argument.value.empty())
@@ -63,12 +63,12 @@ std::string ZshSpecification(const CArgumentFacts& argument, const std::string& 
 }
 
 // The words after _arguments, one on each line.
-std::string ZshSpecifications(const CCommandFacts& command, const char* indent) {
+std::string ZshArguments(const CCommandFacts& command, const char* indent) {
   std::string text;
   int number = 0;
   const auto add = [&](const std::string& word) { text += " \\\n" + (indent + ShellQuoted(word)); };
   for (const CArgumentFacts& argument : command.arguments) {
-    for (const std::string& name : argument.names) add(ZshSpecification(argument, name));
+    for (const std::string& name : argument.names) add(ZshArgument(argument, name));
     if (argument.IsOption()) continue;
     const std::string place = argument.isRepeated ? "*" : std::to_string(++number);
     add(place + (argument.isRequired || argument.isRepeated ? "" : ":") + ZshValues(argument));
@@ -84,10 +84,10 @@ std::string ZshCompletion(const CCommandFacts& program, const std::vector<CComma
   for (const CCommandFacts& command : commands) {
     choices +=
         "        " + ShellQuoted(ZshEscaped(command.name, ":") + ":" + ZshEscaped(command.help, "")) + "\n";
-    cases += "        " + command.name + ")\n          _arguments" +
-             ZshSpecifications(command, "            ") + "\n" + "          ;;\n";
+    cases += "        " + command.name + ")\n          _arguments" + ZshArguments(command, "            ") +
+             "\n" + "          ;;\n";
   }
-  script += "  _arguments -C" + ZshSpecifications(program, "    ") +
+  script += "  _arguments -C" + ZshArguments(program, "    ") +
             " \\\n    '1:command:->command' \\\n    '*::argument:->argument'\n";
   script += "  case $state in\n    command)\n      commands=(\n" + choices +
             "      )\n      _describe command commands\n      ;;\n    argument)\n      case $words[1] in\n";
