@@ -10,7 +10,7 @@ import sys
 import time
 
 from device import Device
-from logger import FORMS, RUNNING, Logger
+from logger import FORMS, Logger, start_process
 from logs import Failed
 
 GOOD, STALL, HELD = 64, 10, 40 << 20  # readers, seconds, bytes of growth
@@ -189,9 +189,8 @@ def disturbed(run, logger):
     """A run with readers. Returns what they have seen, and the counts of the run."""
     with open(os.path.join(run.work, "logger.json"), "rb") as file:
         before = file.read()
-    readers = subprocess.Popen([sys.executable, os.path.abspath(__file__), str(run.count), str(logger.process.pid), str(run.seed),
-                                str(logger.first)], cwd=run.work, stdout=subprocess.PIPE, text=True)
-    RUNNING.append(readers)
+    readers = start_process([sys.executable, os.path.abspath(__file__), str(run.count), str(logger.process.pid), str(run.seed),
+                             str(logger.first)], cwd=run.work, stdout=subprocess.PIPE, text=True)
     ready = readers.stdout.readline()
     counts = logger.stop()
     out, _ = readers.communicate(timeout=60)

@@ -16,6 +16,13 @@ FORMS = (("binary", ".rph"), ("text", "h.csv"), ("summary", ".rpd"), ("summary",
 RUNNING = []
 
 
+def start_process(command, **options):
+    """A process that ends with the claims. They run side by side, so each keeps its own."""
+    process = subprocess.Popen(command, **options)
+    RUNNING.append(process)
+    return process
+
+
 @atexit.register
 def kill_all():
     for process in RUNNING:
@@ -47,10 +54,8 @@ class Logger:
 
     def run(self, errors):
         """Returns a new process of the logger."""
-        RUNNING.append(subprocess.Popen([os.environ["VASTRA"], "run", "logger.json", "--json", *self.options], cwd=self.work,
-                                        text=True, env=self.environment, stdin=subprocess.DEVNULL,
-                                        stdout=subprocess.PIPE, stderr=errors))
-        return RUNNING[-1]
+        return start_process([os.environ["VASTRA"], "run", "logger.json", "--json", *self.options], cwd=self.work, text=True,
+                             env=self.environment, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=errors)
 
     def start(self, errors=None):
         """Starts and does not wait. errors: for standard error, in place of a file in the memory."""

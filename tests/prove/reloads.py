@@ -3,11 +3,10 @@ import copy
 import json
 import os
 import random
-import subprocess
 import time
 
 from device import Device
-from logger import RUNNING
+from logger import start_process
 from logs import Failed, Folder
 from served import SYNTAX, Served
 
@@ -35,8 +34,8 @@ class Reloaded(Served):
         with open(taken + ".json", "w") as file:
             json.dump({"input": {"plcNodes": [SIMULATED]},
                        "outputs": [log("Taken", taken, 1, varNames=["More"], enableText="WriteToLog = 1;")]}, file)
-        RUNNING.append(subprocess.Popen([os.environ["VASTRA"], "run", taken + ".json", "--quiet"]))
-        while not os.listdir(taken) and RUNNING[-1].poll() is None:
+        self.other = start_process([os.environ["VASTRA"], "run", taken + ".json", "--quiet"])
+        while not os.listdir(taken) and self.other.poll() is None:
             time.sleep(0.01)
 
     def another(self, chance):
@@ -99,6 +98,6 @@ def reload(run):
     logger.wait_for_rows()
     good = sum(logger.change(chance) for _ in range(run.count))
     rows, changing = logger.compare(logger.stop())
-    RUNNING.pop(0).kill()
+    logger.other.kill()
     return "%d good and %d bad ones: %d rows, each in the log that stays; %d rows in logs that came and went, none missing, none " \
         "twice" % (good, run.count - good, rows, changing)
