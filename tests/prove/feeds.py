@@ -1,4 +1,5 @@
 """The claim that no reader of a feed disturbs the logger or the other readers. The readers are a process of their own."""
+import glob
 import json
 import os
 import random
@@ -78,14 +79,29 @@ class Reader:
             self.got[kind] += 1
 
 
+MARK = b"FEED_OF="  # in the environment of the logger
+
+
+def logger_here():
+    """The folder in /proc of the logger of this working folder. /proc can have other numbers than the name space."""
+    for process in glob.glob("/proc/[0-9]*"):
+        try:
+            with open(process + "/environ", "rb") as file:
+                if MARK + os.getcwd().encode() in file.read().split(b"\0"):
+                    return process
+        except OSError:  # it has ended
+            pass
+    raise Failed("there is no logger")
+
+
 class Crowd:
-    def __init__(self, chance, pid):
-        self.chance, self.pid, self.ended, self.refused, self.dropped = chance, pid, 0, 0, []
+    def __init__(self, chance):
+        self.chance, self.process, self.ended, self.refused, self.dropped = chance, logger_here(), 0, 0, []
         self.selector, self.readers, self.peak = selectors.DefaultSelector(), [], 0
         self.first = self.memory()
 
     def memory(self):
-        with open("/proc/%d/statm" % self.pid) as file:
+        with open(self.process + "/statm") as file:
             return int(file.read().split()[1]) * resource.getpagesize()
 
     def add(self, kind):
@@ -154,12 +170,12 @@ def say(value):
     print(json.dumps(value), flush=True)
 
 
-def crowd(seconds, pid, seed, first):
+def crowd(seconds, seed, first):
     """The process of the readers."""
     os.nice(10)  # what is tested is the feed, and not who gets the processor
     resource.setrlimit(resource.RLIMIT_NOFILE, (4096,) * 2)
     Reader.offset = first - 1
-    crowd = Crowd(random.Random(seed), pid)
+    crowd = Crowd(random.Random(seed))
     for _ in range(GOOD):
         crowd.add("good")
     crowd.serve(seconds / 4)
@@ -189,8 +205,8 @@ def disturbed(run, logger):
     """A run with readers. Returns what they have seen, and the counts of the run."""
     with open(os.path.join(run.work, "logger.json"), "rb") as file:
         before = file.read()
-    readers = start_process([sys.executable, os.path.abspath(__file__), str(run.count), str(logger.process.pid), str(run.seed),
-                             str(logger.first)], cwd=run.work, stdout=subprocess.PIPE, text=True)
+    readers = start_process([sys.executable, os.path.abspath(__file__), str(run.count), str(run.seed), str(logger.first)],
+                            cwd=run.work, stdout=subprocess.PIPE, text=True)
     ready = readers.stdout.readline()
     counts = logger.stop()
     out, _ = readers.communicate(timeout=60)
@@ -202,7 +218,8 @@ def disturbed(run, logger):
 
 def feed(run):
     """count: seconds with readers, after a third of them without."""
-    logger = Logger(run.work, Device(), period=10, samples=20, options=("--feed", "feed", "--debug"))
+    logger = Logger(run.work, Device(), period=10, samples=20, options=("--feed", "feed", "--debug"),
+                    environment={MARK.decode()[:-1]: run.work})
     logger.start()
     logger.wait_for_rows()
     time.sleep(run.count / 3)
