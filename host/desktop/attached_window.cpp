@@ -120,10 +120,11 @@ void CAttachedWindow::Take(const CHelloLine& hello) {
   setWindowTitle(OnScreen(hello.name) + " (attached)");
   if (!(hello.started == m_started)) m_lastMessage = 0;
   m_started = hello.started;
-  if (m_trend.IsOpen() && names == m_trend.GetOptions()->m_baseVars) return;
+  // A logger that starts has no variables yet; the chosen ones stay until it has.
+  if (names.IsEmpty() || (m_trend.IsOpen() && names == m_trend.GetOptions()->m_baseVars)) return;
   m_trend.Close();
   m_trend.GetOptions()->m_baseVars = names;
-  if (names.GetSize() > 0) m_trend.Open(names);
+  m_trend.Open(names);
   m_views.ResetNames();
 }
 
