@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cfloat>
 #include <cstdio>
 
 namespace vastra {
@@ -12,30 +13,32 @@ constexpr std::size_t kWriteSize = std::size_t{64} * 1024;  // bytes of text for
 constexpr std::uint32_t kValuesAtATime = 1024;              // values for which memory is reserved at a time
 constexpr std::int64_t kQuarter = 900;                      // seconds
 
-// The texts of 0 to 999 with leading zeros, the first digit in the lowest byte; the fourth byte is 0. The
-// additional entry allows reading four bytes from the middle of the last text.
-struct CThreeDigits {
-  constexpr CThreeDigits() {
-    for (std::uint32_t n = 0; n < 1000; ++n)
-      m_text[n] = '0' + n / 100 + ('0' + n / 10 % 10) * 0x100 + ('0' + n % 10) * 0x10000;
+// The texts of 0 to 999, the first digit in the lowest byte: m_three with leading zeros, the fourth byte is
+// 0; m_short without leading zeros, the fourth byte is the number of digits.
+struct CDigits {
+  constexpr CDigits() {
+    for (std::uint32_t n = 0; n < 1000; ++n) {
+      const std::uint32_t zeros = (n < 10 ? 2 : n < 100 ? 1 : 0);
+      m_three[n] = '0' + n / 100 + ('0' + n / 10 % 10) * 0x100 + ('0' + n % 10) * 0x10000;
+      m_short[n] = m_three[n] >> 8 * zeros | (3 - zeros) << 24;
+    }
   }
-  std::array<std::uint32_t, 1001> m_text = {};
+  std::array<std::uint32_t, 1000> m_three = {}, m_short = {};
 };
-constexpr CThreeDigits kDigits;
+constexpr CDigits kDigits;
 static_assert(std::endian::native == std::endian::little);
 
 // Always three digits. Writes one byte more than it returns.
-char* PutThree(char* to, std::uint32_t n) {
-  std::memcpy(to, &kDigits.m_text[n], 4);
+inline char* PutThree(char* to, std::uint32_t n) {
+  std::memcpy(to, &kDigits.m_three[n], 4);
   return to + 3;
 }
 
 // A number below 1000 without leading zeros. Writes up to three bytes more than it returns.
-char* PutShort(char* to, std::uint32_t n) {
-  const std::size_t zeros = static_cast<std::size_t>(n < 100) + static_cast<std::size_t>(n < 10);
-  const std::uint32_t text = kDigits.m_text[n] >> 8 * zeros;
+inline char* PutShort(char* to, std::uint32_t n) {
+  const std::uint32_t text = kDigits.m_short[n];
   std::memcpy(to, &text, 4);
-  return to + 3 - zeros;
+  return to + (text >> 24);
 }
 
 char* PutTwo(char* to, unsigned n) {
@@ -58,22 +61,10 @@ inline char* PutWhole(char* to, std::uint32_t n) {
 // whole.decimals, with six decimals and a comma. One store writes the last eight bytes.
 inline char* PutFixed(char* to, std::uint32_t whole, std::uint32_t decimals) {
   to = PutWhole(to, whole);
-  const std::uint64_t text = std::uint64_t{'.'} | std::uint64_t{kDigits.m_text[decimals / 1000]} << 8 |
-                             std::uint64_t{kDigits.m_text[decimals % 1000]} << 32 | std::uint64_t{','} << 56;
+  const std::uint64_t text = std::uint64_t{'.'} | std::uint64_t{kDigits.m_three[decimals / 1000]} << 8 |
+                             std::uint64_t{kDigits.m_three[decimals % 1000]} << 32 | std::uint64_t{','} << 56;
   std::memcpy(to, &text, 8);
   return to + 8;
-}
-
-// mantissa x 2^-shift. The product of its fraction and a million is exact; shifting rounds it to the nearest
-// value, ties to even.
-inline char* PutFraction(char* to, std::uint32_t mantissa, int shift) {
-  if (shift > 44) return PutFixed(to, 0, 0);  // below half a millionth
-  const std::uint64_t one = std::uint64_t{1} << shift;
-  const std::uint64_t exact = (mantissa & (one - 1)) * 1'000'000;
-  auto whole = static_cast<std::uint32_t>(std::uint64_t{mantissa} >> shift);
-  auto decimals = static_cast<std::uint32_t>((exact + (one / 2 - 1) + (exact >> shift & 1)) >> shift);
-  if (decimals == 1'000'000) ++whole, decimals = 0;
-  return PutFixed(to, whole, decimals);
 }
 
 // mantissa x 2^shift, below 2^128: in parts below 10^9, the lowest first.
@@ -96,16 +87,27 @@ char* PutLarge(char* to, std::uint32_t mantissa, int shift) {
   return PutText(to, ".000000,");
 }
 
+// A number of at least 10^9, an infinity or a NaN; bits are those of the float without its sign.
+char* PutRare(char* to, std::uint32_t bits) {
+  const std::uint32_t fraction = bits & 0x7FFFFF, exponent = bits >> 23;
+  if (exponent == 0xFF) return PutText(to, fraction ? "nan," : "inf,");
+  return PutLarge(to, fraction | 0x800000, static_cast<int>(exponent) - 150);
+}
+
+// The fraction of a float and its product with a million are exact in double. The sum with 2^52 rounds the
+// product to the nearest integer, ties to even, and leaves that in the lowest bits.
 inline char* PutValue(char* to, float value) {
+  static_assert(FLT_EVAL_METHOD == 0);
   const auto bits = std::bit_cast<std::uint32_t>(value);
-  const std::uint32_t fraction = bits & 0x7FFFFF;
-  const int exponent = static_cast<int>(bits >> 23 & 0xFF);
+  const auto size = std::bit_cast<float>(bits & 0x7FFFFFFF);
   *to = '-';
   to += bits >> 31;
-  if (exponent == 0xFF) return PutText(to, fraction ? "nan," : "inf,");
-  const std::uint32_t mantissa = exponent ? fraction | 0x800000 : fraction;
-  const int shift = std::max(exponent, 1) - 150;
-  return shift < 0 ? PutFraction(to, mantissa, -shift) : PutLarge(to, mantissa, shift);
+  if (!(size < 1e9f)) return PutRare(to, bits & 0x7FFFFFFF);
+  auto whole = static_cast<std::int32_t>(size);
+  const double millionths = (double{size} - whole) * 1e6;
+  auto decimals = static_cast<std::uint32_t>(std::bit_cast<std::uint64_t>(millionths + 0x1p52));
+  if (decimals == 1'000'000) ++whole, decimals = 0;
+  return PutFixed(to, static_cast<std::uint32_t>(whole), decimals);
 }
 
 }  // namespace
