@@ -102,8 +102,10 @@ void CMemFile::WriteParts(iovec* parts, std::size_t count) {
 }
 
 CReplaceFile::CReplaceFile(const CString& path) : m_target(path) {
-  RemoveLeft(path + kSuffix);
-  if (!Open(path + kSuffix, modeWrite | modeCreate | modeNew)) Fail();
+  const CString image = path + kSuffix;
+  const auto create = [&] { return Open(image, modeWrite | modeCreate | modeNew); };
+  if (!create() && errno == EEXIST) RemoveLeft(image), create();
+  if (!IsOpen()) Fail();
   FileLayer().Lock(m_handle);  // may fail: some network file systems have no locks
 }
 
