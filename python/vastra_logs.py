@@ -128,7 +128,8 @@ def read(paths, start=None, end=None, columns=None, recursive=False, unique=Fals
 
     start, end  datetime (without a zone: local time), date, numpy datetime64 (UTC), text: "now", "-7d" (s, m, h, d,
                 w before now), or ISO 8601 (without a zone: local time); None: no limit
-    columns     a name or several; rows of logs that have none of them are left out. None: all variables
+    columns     a name or several; rows of logs that have none of them are left out. None: the variables of all logs
+                that have rows in the range, or of all logs if there are no rows
     unique      drops a row that an earlier log has as well: the same names, time record and values, byte for byte
 
     A damaged log is passed over with a LogWarning, and listed in the result's logs with its fault. One file alone
@@ -882,7 +883,8 @@ def _read_part(source, layout, skip, begin, stop, wanted, unique):
 
 def _merge(entries, wanted, unique):
     sources = [(i, entry.part) for i, entry in enumerate(entries) if entry.part]
-    names = wanted or list(dict.fromkeys(name for _, part in sources for name in part.names))
+    names = wanted or list(dict.fromkeys(name for _, part in sources for name in part.names) or
+                           dict.fromkeys(name for entry in entries for name in entry.log.names))
     moments = numpy.concatenate([part.time for _, part in sources] or [numpy.empty(0, "i8")])
     source = numpy.repeat(numpy.array([i for i, _ in sources], "i4"),
                           numpy.array([len(part.time) for _, part in sources], "i8"))

@@ -1,0 +1,234 @@
+"""vastra_logs, on logs of the logger and on damaged ones: compared with the command and with a plain model."""
+import collections
+import contextlib
+import datetime
+import os
+import random
+import re
+import shutil
+import struct
+import sys
+import time
+import unittest.mock
+import warnings
+
+import numpy as np
+import vastra_logs
+from commands import LogTest, log, output, simulated
+
+DOCS = os.path.join(os.path.dirname(vastra_logs.__file__), os.pardir, "docs")
+UTC = datetime.timezone.utc
+
+
+def example(heading):
+    """The bytes of a worked example of docs/file-formats.md."""
+    with open(os.path.join(DOCS, "file-formats.md")) as page:
+        table = page.read().split(heading + "\n")[1].split("\n##")[0]
+    return bytes.fromhex("".join(re.findall(r"^\| \d+ \| ([0-9A-F ]+) \|", table, re.M)))
+
+
+def image(names, samples, extra=b""):
+    """The bytes of a log. A sample is its milliseconds and its values, which may be more or fewer than the names."""
+    head = struct.pack("<IIiiIBH", 0x2C0F0781, 0, 0, 0, 0, 0, len(names))
+    records = [struct.pack("<H%df" % len(values), len(values), *values) for _, *values in samples]
+    times = [struct.pack("<iHhhH", when // 1000, when % 1000, -60, 0, 0) for when, *_ in samples]
+    return b"".join([head, *(bytes([len(name.encode())]) + name.encode() for name in names), struct.pack("<I", len(samples)), *records,
+                     struct.pack("<H", len(samples)), *times, bytes(4), extra])
+
+
+def model(logs, start, end, columns, unique):
+    """What read returns for logs of (names, samples), row by row."""
+    every = list(columns or dict.fromkeys(name for names, samples in logs for name in names
+                                          if any(start <= when < end for when, *_ in samples))
+                 or dict.fromkeys(name for names, _ in logs for name in names))
+    rows, before = [], collections.Counter()
+    for names, samples in logs:
+        here = collections.Counter()
+        for when, *values in samples:
+            key = tuple(names), when, struct.pack("%df" % len(values), *values)
+            here[key] += 1
+            if (unique and here[key] <= before[key]) or not start <= when < end or not set(every) & set(names):
+                continue
+            found = dict(reversed(list(zip(names, values))))
+            rows.append((when, [repr(found[name]) if name in found else None for name in every]))
+        before |= here
+    return every, sorted(rows, key=lambda row: row[0])
+
+
+class PythonTest(LogTest):
+    def rows_of(self, *args, **options):
+        """As those of model."""
+        rows = vastra_logs.read(*args, **options)
+        self.assertTrue(np.isnan(rows.values[~rows.present]).all())
+        return rows.names, [(int(when), [repr(float(v)) if there else None for v, there in zip(*row)])
+                            for when, *row in zip(rows.time.astype("i8"), rows.values, rows.present)]
+
+    @contextlib.contextmanager
+    def killed(self, *args):
+        with self.start(*args) as logger:
+            try:
+                yield
+            finally:
+                logger.kill()
+
+    def counted(self, folder="logs"):
+        """Of a log of the simulator's counter."""
+        with warnings.catch_warnings():
+            warnings.simplefilter("error")
+            return vastra_logs.read(self.path(folder), columns="x")["x"].tolist()
+
+    def test_rows_are_those_of_the_text_logs(self):
+        names = ["Sine", "Ramp", "Square", "Items"]
+        self.write("c.json", simulated([output("logs", names, saveCsv=1, maxSamples=70)], "sine,ramp,square,counter", names))
+        self.expect("run c.json --scans 500 --period 0 --quiet")
+        rows = vastra_logs.read(self.path("logs"))
+        self.assertEqual((names, 500, [70] * 7 + [10]), (rows.names, len(rows), [log.samples for log in rows.logs]))
+        lines = [self.read("logs/" + name).decode().splitlines()[1:] for name in sorted(os.listdir(self.path("logs")))
+                 if name.endswith("h.csv")]
+        for line, when, values in zip(sum(lines, []), rows.time.astype(object), rows.values.tolist()):
+            clock = "%s:%d  %d" % (when.strftime("%a %b %d %H:%M:%S"), when.microsecond // 1000, when.year)
+            self.assertEqual(line, ",".join([clock, *("%f" % value for value in values), ""]))
+
+    def test_rows_are_those_of_a_plain_model(self):
+        for seed in range(60):
+            chance = random.Random(seed)
+            shutil.rmtree(self.path("logs"))
+            os.mkdir(self.path("logs"))
+            logs = []
+            for i in range(chance.randrange(1, 6)):
+                names = chance.choice([["a", "b", "c"], ["c", "a"], ["d", "a", "d"], ["b"]])
+                times = [chance.randrange(-3000, 3000, chance.choice([1, 500])) for _ in range(chance.randrange(40))]
+                even = chance.random() < 0.4 and len(names)
+                samples = [[when, *(chance.choice([1.5, 2.5, float("nan"), float("inf")]) for _ in range(even or chance.randrange(5)))]
+                           for when in (times if chance.random() < 0.3 else sorted(times))]
+                if logs and chance.random() < 0.5:
+                    names, samples = logs[-1]
+                logs.append((names, samples))
+                self.write("logs/%d.RPH" % i, image(names, samples, bytes(chance.choice([0, 0, 7]))))
+            start, end = sorted(chance.randrange(-3500, 3500) for _ in range(2))
+            columns = chance.choice([None, ["a"], ["c", "b", "a"]])
+            if not set(columns or ()) <= {name for names, _ in logs for name in names}:
+                continue
+            unique = chance.random() < 0.5
+            wanted = model(logs, start, end, columns, unique)
+            at = [np.datetime64(when, "ms") for when in (start, end)]
+            self.assertEqual(wanted, self.rows_of(self.path("logs"), *at, columns, unique=unique), seed)
+
+    def test_a_damaged_file_is_what_inspect_finds(self):
+        """Cut at each byte, and with each byte changed."""
+        for name, good in [("rph", example("### A worked example")), ("journal", example("### A worked example of a journal")),
+                           ("rph", image(["a"], [(1, 1.0), (2,), (3, 2.0, 3.0)], b"more")), ("rph", image([], [])),
+                           ("rph", image(["T"], [(1, 2.0)]).replace(b"\1T", b"\xff\x2c\1" + 300 * b"T"))]:
+            bad = [good[:i] for i in range(len(good))] + [good[:i] + bytes([byte]) + good[i + 1:] for i in range(len(good))
+                                                          for byte in {0, 2, 255, good[i] ^ 1}] + [good + bytes(16 << 20)]
+            files = [self.write("%d.%s" % (i, name), data) for i, data in enumerate(bad)]
+            with warnings.catch_warnings():
+                warnings.simplefilter("ignore", vastra_logs.LogWarning)
+                logs = vastra_logs.read([self.path(file) for file in files]).logs
+            for file, log_, facts in zip(files, logs, self.vastra("inspect", "--json", *files).json()):
+                ours = {"file": file, "error": log_.fault} if log_.fault else {
+                    "file": file, "names": [n.encode("utf-8", "surrogateescape").decode("utf-8", "replace") for n in log_.names],
+                    "samples": log_.samples, **{key: None if np.isnat(at) else int(at.astype("i8"))
+                                                for key, at in [("first", log_.first), ("last", log_.last)]}}
+                if "samples" in facts:
+                    moments = [at and at[0] * 1000 + at[1] for at in (facts["first"], facts["last"])]
+                    facts["first"], facts["last"] = sorted(moments) if facts["samples"] else moments
+                if ours.get("samples", 0) < 3:  # the third one lies between the first and the last
+                    self.assertEqual(facts, ours, bad[files.index(file)])
+
+    def test_damaged_logs_are_passed_over(self):
+        self.write("logs/b.rph", log(["x"], [(1, 1.0)]))
+        self.write("logs/a.rpd", log(["x", "y"], [(0, 2.0, 3.0)])[:40])
+        os.mkfifo(self.path("logs/c.rph"))
+        fault = "ends at byte 40 inside the values of sample 1 (from byte 31 on)"
+        with self.assertWarnsRegex(vastra_logs.LogWarning, "a.rpd: ends at byte 40"):
+            rows = vastra_logs.read(self.path("logs"))
+        self.assertEqual((["x"], [1.0], [fault, "", "is not a regular file"]),
+                         (rows.names, rows["x"].tolist(), [log.fault for log in rows.logs]))
+        for file, what in [("logs/a.rpd", re.escape(fault)), ("none.rph", "No such file or directory"), ("none", "No such")]:
+            with self.assertRaisesRegex(vastra_logs.LogError, what) as raised:
+                vastra_logs.read(self.path(file))
+            self.assertEqual(self.path(file), raised.exception.file)
+        with self.assertRaisesRegex(ValueError, 'there is no variable "X"'):
+            vastra_logs.read(self.path("logs/b.rph"), columns="X")
+
+    def test_a_log_is_read_once_with_its_journal_and_its_subfolders(self):
+        journal, name = example("### A worked example of a journal"), "logs/.vastra-0123456789abcdef-1000.journal"
+        saved = image(["x"], [(1000000000250, 1.5)])
+        self.write(name, journal)
+        self.assertEqual([1.5], self.counted())
+        self.write("logs/0109090200.rph", saved)
+        self.assertEqual([1.5], self.counted())
+        self.assertEqual(1, len(vastra_logs.catalogue([self.path(name), self.path("logs"), self.path("logs/0109090200.rph")])))
+        for other in [image(["y"], [(1000000000250, 1.5)]), image(["x"], [(1000000000251, 1.5)])]:
+            self.write("logs/0109090200.rph", other)
+            self.assertEqual(2, len(vastra_logs.read(self.path("logs"))))
+        self.write(name.replace("1000", "1001"), journal[:107])  # of the same log, given up after a fault
+        self.assertEqual(2, len(vastra_logs.read(self.path("logs"))))
+        self.write(name.replace("1000", "2000"), journal[:50])  # just made
+        self.assertEqual(2, len(vastra_logs.catalogue(self.path("logs"))))
+        shutil.copytree(self.path("logs"), self.path("logs", "sub"))
+        self.assertEqual([2, 4, 2], [len(vastra_logs.read(self.path("logs"), recursive=recursive, unique=unique))
+                                     for recursive, unique in [(False, False), (True, False), (True, True)]])
+
+    def test_no_sample_is_missing_or_read_twice_while_the_logger_runs(self):
+        self.write("c.json", simulated([output("logs", maxSamples=20)], input={"scanPeriod": 1}))
+        before = []
+        for _ in range(3):  # each run continues the log of the one that was killed before it
+            with self.killed("run", "c.json", "--quiet"):
+                end = time.monotonic() + 1.5
+                while time.monotonic() < end:
+                    now = self.counted()
+                    self.assertEqual(before, now[:len(before)])
+                    begun = [i for i, value in enumerate(now) if value == now[0]]
+                    self.assertEqual([now[0] + i - j for j, k in zip(begun, begun[1:] + [len(now)]) for i in range(j, k)], now)
+                    before = now
+            self.assertGreater(len(before), 100)
+
+    def test_a_large_journal_is_read_at_once(self):
+        """With checksums that are computed for many records together; a record in the middle is damaged."""
+        names = ["v%d" % i for i in range(50)]
+        self.write("c.json", simulated([output("logs", names, maxSamples=100000)], ",".join(["counter"] * 50), names))
+        with self.killed("run", "c.json", "--quiet", "--period", "1"):
+            time.sleep(1.5)
+        journal = next(name for name in os.listdir(self.path("logs")) if name.endswith(".journal"))
+        rows = vastra_logs.read(self.path("logs"))
+        self.assertGreater(len(rows), 300)
+        self.assertEqual(self.vastra("convert", "logs/" + journal).out.count(b"\n"), len(rows) + 1)
+        self.assertTrue((rows.values == rows.values[:1, :1] + np.arange(len(rows))[:, None]).all())
+        data = bytearray(self.read("logs/" + journal))
+        data[-100 * (9 + 12 + 2 + 200) + 50] ^= 1
+        self.write("logs/" + journal, data)
+        self.assertEqual(len(rows) - 100, len(vastra_logs.read(self.path("logs"))))
+
+    def test_times_are_given_in_many_forms(self):
+        self.addCleanup(time.tzset)
+        self.addCleanup(os.environ.__setitem__, "TZ", os.environ.get("TZ", ""))
+        os.environ["TZ"] = "Europe/Berlin"
+        time.tzset()
+        now = time.time_ns() // 1000000
+        self.write("a.rph", image(["x"], [(0, 1.0), (1774746000000, 2.0), (1792886400000, 3.0), (1792890000000, 4.0), (now - 1, 5.0)]))
+        naive, aware = datetime.datetime(2026, 3, 29, 3), datetime.datetime(2026, 3, 29, 1, 0, 0, 1, UTC)
+        for start, end, values in [
+                (None, naive, [1]), (naive, "2026-03-29T03:00:00.001", [2]), (aware, "2026-03-29T03:00:01", []),
+                ("2026-10-25T02:00", "2026-10-25T02:00:00.001", [3]), ("2026-10-25T02:00+01:00", "2026-10-25T02:00+00:00", [4]),
+                (np.datetime64("2026-03-29T01"), np.datetime64("2026-03-29T01:00:00.000000001"), [2]),
+                (datetime.date(1970, 1, 1), "1970-01-02", [1]), ("1970-01-01T01:00", "1970-01-02", [1]), ("-1m", None, [5]), ("-1w", "-1h", []),
+                (datetime.datetime.min, datetime.datetime.max, [1, 2, 3, 4, 5]), ("2026-10-25T01:00Z", "now", [4, 5])]:
+            self.assertEqual(values, vastra_logs.read(self.path("a.rph"), start, end)["x"].tolist(), (start, end))
+        for wrong in ["yesterday", 5, np.datetime64("NaT"), "-7", object()]:
+            with self.assertRaisesRegex(ValueError, "is not a time"):
+                vastra_logs.read(self.path("a.rph"), wrong)
+        index = vastra_logs.read(self.path("a.rph")).frame("local").index
+        self.assertEqual("2026-10-25 02:00:00+01:00", str(index[3]))
+
+    def test_frames_keep_no_value_apart_from_a_logged_nan(self):
+        self.write("logs/a.rph", image(["x", "\u00e4"], [(1, float("nan"), 1.0), (2, 2.0)]).replace(b"\xc3\xa4", b"\xe4!"))
+        frame = vastra_logs.read(self.path("logs")).frame("Asia/Kolkata", nullable=True)
+        self.assertEqual((["x", "\udce4!"], ["1.0", "<NA>"], "1970-01-01 05:30:00.001000+05:30"),
+                         (list(frame.columns), [str(v) for v in frame.iloc[:, 1]], str(frame.index[0])))
+        self.assertEqual(["nan", "2.0"], [str(v) for v in frame["x"]])
+        self.assertEqual(2, vastra_logs.read(self.path("logs"))["x"].size)
+        self.assertEqual(1, int(vastra_logs.read(self.path("logs")).frame().iloc[:, 1].isna().sum()))
+        with unittest.mock.patch.dict(sys.modules, pandas=None), self.assertRaisesRegex(ImportError, "python3-pandas"):
+            vastra_logs.read(self.path("logs")).frame()
