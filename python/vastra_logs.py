@@ -870,10 +870,10 @@ def _read_part(source, layout, skip, begin, stop, wanted, unique):
     digests = []
 
     def look(data, run, index, rows):
+        head, step, size = layout.times[index:index + rows].tobytes(), run.stride, run.size
         for i in range(rows):
-            digest = hashlib.blake2b(layout.times[index + i].tobytes(), digest_size=16)
-            digest.update(data[run.stride * i:run.stride * i + run.size])
-            digests.append(digest.digest())
+            row = head[12 * i:12 * i + 12] + data[step * i:step * i + size]
+            digests.append(hashlib.blake2b(row, digest_size=16).digest())
 
     values, present = _read_values(source, layout, [places[name] for name in names], first + skip, last + skip,
                                    look if unique else None)

@@ -222,6 +222,15 @@ class PythonTest(LogTest):
         index = vastra_logs.read(self.path("a.rph")).frame("local").index
         self.assertEqual("2026-10-25 02:00:00+01:00", str(index[3]))
 
+    def test_the_example_of_the_readme(self):
+        os.mkdir(self.path("even"))
+        self.write("even/a.rph", image(["Items", "Temp"], [(time.time_ns() // 10**6 // 60000 * 60000 - 60000 + i, i, 2.0 * i) for i in range(3)]))
+        with open(os.path.join(DOCS, os.pardir, "README.md")) as page:
+            example_ = re.search(r"^```python\n(.*?)^```$", page.read(), re.M | re.S)[1]
+        with contextlib.chdir(self.folder):
+            exec(example_, {})
+        self.assertRegex(self.read("week.csv").decode(), r"^time,Temp,Items\n[-0-9]+ [:0-9]+[-+][0-9:]+,2.0,1.0\n$")
+
     def test_frames_keep_no_value_apart_from_a_logged_nan(self):
         self.write("logs/a.rph", image(["x", "\u00e4"], [(1, float("nan"), 1.0), (2, 2.0)]).replace(b"\xc3\xa4", b"\xe4!"))
         frame = vastra_logs.read(self.path("logs")).frame("Asia/Kolkata", nullable=True)

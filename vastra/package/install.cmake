@@ -1,7 +1,7 @@
 # What `cmake --install TREE [--component NAME]` installs. Targets that were not built are left out, so that a tree
 # made by script/run can be installed.
 #
-#   runtime      the command vastra and the driver modules
+#   runtime      the command vastra, the driver modules and the module for Python
 #   desktop      vastra-desktop, libvastra.so and the driver modules
 #   development  headers, libraries and the package for find_package(vastra)
 include(GNUInstallDirs)
@@ -19,6 +19,9 @@ function(vastra_install_host target name component)
       file(INSTALL \"${link}\" DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}\")
     endif()" COMPONENT ${component})
 endfunction()
+
+install(FILES ${PROJECT_SOURCE_DIR}/python/vastra_logs.py DESTINATION ${CMAKE_INSTALL_DATADIR}/vastra/python
+        COMPONENT runtime)
 
 function(vastra_install_driver target)
   foreach(component runtime desktop)
