@@ -13,17 +13,19 @@ constexpr std::size_t kWriteSize = std::size_t{64} * 1024;  // bytes of text for
 constexpr std::uint32_t kValuesAtATime = 1024;              // values for which memory is reserved at a time
 constexpr std::int64_t kQuarter = 900;                      // seconds
 
-// The texts of 0 to 999, the first digit in the lowest byte: m_three with leading zeros, the fourth byte is
-// 0; m_short without leading zeros, the fourth byte is the number of digits.
+// The texts of 0 to 999 in four bytes, the first in the lowest: three digits and a comma; a point and three
+// digits; the digits without leading zeros, and their number in the fourth byte.
 struct CDigits {
   constexpr CDigits() {
     for (std::uint32_t n = 0; n < 1000; ++n) {
-      const std::uint32_t zeros = (n < 10 ? 2 : n < 100 ? 1 : 0);
-      m_three[n] = '0' + n / 100 + ('0' + n / 10 % 10) * 0x100 + ('0' + n % 10) * 0x10000;
-      m_short[n] = m_three[n] >> 8 * zeros | (3 - zeros) << 24;
+      const std::uint32_t digits = '0' + n / 100 + ('0' + n / 10 % 10) * 0x100 + ('0' + n % 10) * 0x10000;
+      const std::uint32_t zeros = n < 10 ? 2 : n < 100 ? 1 : 0;
+      m_three[n] = digits | std::uint32_t{','} << 24;
+      m_point[n] = '.' | digits << 8;
+      m_short[n] = digits >> 8 * zeros | (3 - zeros) << 24;
     }
   }
-  std::array<std::uint32_t, 1000> m_three = {}, m_short = {};
+  std::array<std::uint32_t, 1000> m_three = {}, m_point = {}, m_short = {};
 };
 constexpr CDigits kDigits;
 static_assert(std::endian::native == std::endian::little);
@@ -58,12 +60,11 @@ inline char* PutWhole(char* to, std::uint32_t n) {
   return PutThree(to, n % 1000);
 }
 
-// whole.decimals, with six decimals and a comma. One store writes the last eight bytes.
+// whole.decimals, with six decimals and a comma.
 inline char* PutFixed(char* to, std::uint32_t whole, std::uint32_t decimals) {
   to = PutWhole(to, whole);
-  const std::uint64_t text = std::uint64_t{'.'} | std::uint64_t{kDigits.m_three[decimals / 1000]} << 8 |
-                             std::uint64_t{kDigits.m_three[decimals % 1000]} << 32 | std::uint64_t{','} << 56;
-  std::memcpy(to, &text, 8);
+  std::memcpy(to, &kDigits.m_point[decimals / 1000], 4);
+  std::memcpy(to + 4, &kDigits.m_three[decimals % 1000], 4);
   return to + 8;
 }
 
