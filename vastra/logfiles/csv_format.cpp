@@ -60,11 +60,13 @@ inline char* PutWhole(char* to, std::uint32_t n) {
   return PutThree(to, n % 1000);
 }
 
-// whole.decimals, with six decimals and a comma.
+// whole.decimals, with six decimals and a comma. One store writes the last eight bytes: a compiler joins two
+// stores of four in a vector register, which takes longer.
 inline char* PutFixed(char* to, std::uint32_t whole, std::uint32_t decimals) {
   to = PutWhole(to, whole);
-  std::memcpy(to, &kDigits.m_point[decimals / 1000], 4);
-  std::memcpy(to + 4, &kDigits.m_three[decimals % 1000], 4);
+  const std::uint64_t text =
+      kDigits.m_point[decimals / 1000] | std::uint64_t{kDigits.m_three[decimals % 1000]} << 32;
+  std::memcpy(to, &text, sizeof text);
   return to + 8;
 }
 
