@@ -33,7 +33,6 @@ _LONG = 0xFFFF  # a count of 2 bytes that has the number after it, as u32
 _HEAD_SIZE, _WINDOW, _PIECE = 4096, 1 << 16, 1 << 22  # bytes that are read at once: head, records, values
 _EXCESS = 16 << 20  # bytes after the trailer from which on a file is not taken for a log
 _MOST_NAMES = _MOST_RUNS = 1_000_000
-_MOST_COUNT = 0x7FFFFFFF
 _LONGEST_RECORD = 64 << 20  # of a journal
 _JOURNALS_OF_A_LOG = 1000
 _JOURNAL = re.compile(r"\.vastra-([0-9A-Fa-f]{16})-(0|[1-9][0-9]{0,19})\.journal")
@@ -213,8 +212,7 @@ class _File:
     def __init__(self, path):
         self.path = path
         self.file = os.open(path, os.O_RDONLY | os.O_NONBLOCK | os.O_CLOEXEC)
-        self.status = os.fstat(self.file)
-        self.size = self.status.st_size
+        self.update()
         if not stat.S_ISREG(self.status.st_mode):
             os.close(self.file)
             raise LogError(path, "is not a regular file")
@@ -224,6 +222,15 @@ class _File:
 
     def __exit__(self, *_):
         os.close(self.file)
+
+    def update(self):
+        self.status = os.fstat(self.file)
+        self.size = self.status.st_size
+        return self.size
+
+    def is_hole(self):
+        """Whether it is a large file that occupies little of the disk."""
+        return self.size >= _EXCESS and self.status.st_blocks * 512 < self.size // 16
 
     def read(self, place, count):
         data = memoryview(bytearray(count)) if count < _HEAD_SIZE else memoryview(numpy.empty(count, "u1"))
@@ -273,11 +280,8 @@ class _Cursor:
             raise _Cut
         self.place += count
 
-    def unpack(self, form):
-        return struct.unpack(form, self.take(struct.calcsize(form)))
-
     def number(self, form):
-        return self.unpack(form)[0]
+        return struct.unpack(form, self.take(struct.calcsize(form)))[0]
 
     def count(self):
         low = self.number("<H")
@@ -285,12 +289,13 @@ class _Cursor:
 
     def text(self):
         size = self.number("<B")
-        return bytes(self.take(size if size != 0xFF else self.count()))
+        size = size if size != 0xFF else self.count()
+        if _EXCESS <= size <= self.source.size - self.place:
+            raise LogError(self.source.path, "has a text of %d bytes (from byte %d on)" % (size, self.place))
+        return bytes(self.take(size))
 
     def record(self):
         count = self.count()
-        if count > _MOST_COUNT:
-            raise _Cut
         self.skip(4 * count)
         return count
 
@@ -307,7 +312,6 @@ class _Cursor:
         try:
             return get()
         except _Cut:
-            self.place = begin
             raise LogError(self.source.path, "ends at byte %d inside %s (from byte %d on)"
                            % (self.source.size, what, begin)) from None
 
@@ -320,18 +324,19 @@ class _Run:
     first: int  # the number of its first sample, from 0
     place: int  # of its first record, which begins with a count
     count: int  # floats of a record
+    gap: int = 0  # bytes between two records
 
     @property
     def head(self):
-        return 2 if self.count < _LONG else 6
+        return struct.pack("<H", self.count) if self.count < _LONG else struct.pack("<HI", _LONG, self.count)
 
     @property
     def size(self):
-        return self.head + 4 * self.count
+        return len(self.head) + 4 * self.count
 
     @property
     def stride(self):
-        return self.size
+        return self.size + self.gap
 
 
 @dataclasses.dataclass
@@ -382,9 +387,8 @@ def _read_layout(file, names, guesses):
     layout.samples = cursor.field("the number of samples", lambda: cursor.number("<I"))
     if guesses and _guess(file, cursor, layout):
         return layout
-    size, blocks = file.size, file.status.st_blocks * 512
-    if size >= _EXCESS and blocks < size // 16 and layout.samples > _MOST_RUNS:
-        raise LogError(file.path, "has %d bytes, of which most are a hole in the file" % size)
+    if file.is_hole() and layout.samples > _MOST_RUNS:
+        raise LogError(file.path, "has %d bytes, of which most are a hole in the file" % file.size)
     _walk(cursor, layout)
     begin = cursor.place
     times = cursor.field("the number of times", cursor.count)
@@ -392,8 +396,8 @@ def _read_layout(file, names, guesses):
         raise LogError(file.path, "has only %d times for its %d samples (byte %d)" % (times, layout.samples, begin))
     layout.times = cursor.field("the times", lambda: cursor.times(layout.samples, times))
     cursor.field("the trailer", lambda: cursor.skip(4))
-    if size - cursor.place >= _EXCESS:
-        raise LogError(file.path, "has %d bytes, of which its counts need %d" % (size, cursor.place))
+    if file.size - cursor.place >= _EXCESS:
+        raise LogError(file.path, "has %d bytes, of which its counts need %d" % (file.size, cursor.place))
     return layout
 
 
@@ -463,18 +467,13 @@ def _read_values(source, layout, picks, begin, end, look=None):
         for i in range(first, last, rows):
             n = min(rows, last - i)
             data = source.read(run.place + (i - run.first) * run.stride, n * run.stride)
-            if layout.guessed:
-                _check_counts(data, run, n)
+            heads = numpy.ndarray((n, len(run.head)), "u1", data, 0, (run.stride, 1))
+            if layout.guessed and (heads != numpy.frombuffer(run.head, "u1")).any():
+                raise _Uneven
             _copy(data, run, here, has, values[i - begin:i - begin + n])
             if look:
                 look(data, run, i, n)
     return values, present
-
-
-def _check_counts(data, run, n):
-    counts = numpy.ndarray((n, run.head // 2), "<u2", data, 0, (run.stride, 2))
-    if (counts != numpy.frombuffer(data[:run.head], "<u2")).any() or _Cursor(_Memory("", data)).count() != run.count:
-        raise _Uneven
 
 
 def _copy(data, run, here, has, values):
@@ -483,9 +482,9 @@ def _copy(data, run, here, has, values):
         return
     if has.all() and here == list(range(here[0], here[0] + len(here))):  # as one block of bytes for each record
         block = "V%d" % (4 * len(here))
-        values.view(block)[:, 0] = numpy.ndarray(len(values), block, data, run.head + 4 * here[0], run.stride)
+        values.view(block)[:, 0] = numpy.ndarray(len(values), block, data, len(run.head) + 4 * here[0], run.stride)
         return
-    values[:, has] = numpy.ndarray((len(values), run.count), "<f4", data, run.head, (run.stride, 4))[:, here]
+    values[:, has] = numpy.ndarray((len(values), run.count), "<f4", data, len(run.head), (run.stride, 4))[:, here]
 
 
 # Journals ------------------------------------------------------------------------------------------------------------
@@ -543,25 +542,25 @@ class _Journal:
             self.file = _File(path)
             self.follow()
         except (OSError, LogError) as error:
-            self._fail(error)
-            self.torn |= isinstance(error, FileNotFoundError)  # its log is on the disk now
+            self.fault = _reason(error)
+            self.torn = isinstance(error, FileNotFoundError)  # its log is on the disk now
 
     def close(self):
         if self.file:
             self.file.__exit__()
         self.file = None
 
-    def _fail(self, error):
-        self.fault, self.layout = _reason(error), _Layout(())
-
     def follow(self):
-        """Reads the file, again if it has changed."""
-        size = os.fstat(self.file.file).st_size
-        data = bytes(self.file.read(0, size))
-        if data == self.data and data:
-            return
-        self.data, self.size, self.fault, self.torn, self.named = data, size, "", False, None
-        self._parse()
+        """Reads the file, if it could be opened; again only if it has grown or was cut."""
+        try:
+            if self.file and (self.file.update() != self.size or not self.size):
+                self.size, self.fault, self.torn, self.named = self.file.size, "", False, None
+                # After a power cut, bytes that were never written can follow: a hole, which has no record.
+                end = os.lseek(self.file.file, 0, os.SEEK_HOLE) if self.file.is_hole() else self.size
+                self.data = bytes(self.file.read(0, end))
+                self._parse()
+        except (OSError, LogError) as error:
+            self.fault, self.layout = _reason(error), _Layout(())
 
     def _parse(self):
         data = self.data
@@ -584,7 +583,7 @@ class _Journal:
 
     def _fail_torn(self):
         self.torn = True
-        raise LogError(self.path, "ends inside its head (it has %d bytes)" % len(self.data))
+        raise LogError(self.path, "ends inside its head (it has %d bytes)" % self.size)
 
     def _find_records(self):
         """Place and length of the payload of each record that the file has all bytes of."""
@@ -645,7 +644,7 @@ class _Journal:
                 break
             place = at + 9 + _TIME.itemsize
             if place != after or runs[-1].count != count:
-                runs.append(_JournalRun(len(samples), place, count))
+                runs.append(_Run(len(samples), place, count, 9 + _TIME.itemsize))
             after = place + runs[-1].stride
             samples.append(self.data[at + 9:place])
         self.layout.samples, self.layout.runs = len(samples), runs
@@ -664,15 +663,6 @@ class _Journal:
         if names != self.layout.names or first != note[1] or samples < before:
             return 0
         return min(samples - before, self.layout.samples)
-
-
-class _JournalRun(_Run):
-    """Samples that follow each other in a journal: before the count of each one are the head of its record and its
-    time."""
-
-    @property
-    def stride(self):
-        return self.size + 9 + _TIME.itemsize
 
 
 # Folders -------------------------------------------------------------------------------------------------------------
@@ -778,7 +768,7 @@ class _Scan:
                         if number < 1 << 64]
             folders = self._add_logs(path)
             for _, journal in journals:
-                _follow(journal)
+                journal.follow()
         except OSError as error:
             self.entries.append(_Entry(Log(path, error.strerror)))
             return
@@ -797,14 +787,6 @@ class _Scan:
             if entry.name.lower().endswith((".rph", ".rpd")) and not entry.is_dir():
                 self.add_file(entry.path)
         return [entry.path for entry in entries if entry.is_dir(follow_symlinks=False)]
-
-
-def _follow(journal):
-    try:
-        if journal.file:
-            journal.follow()
-    except (OSError, LogError) as error:
-        journal._fail(error)
 
 
 def _scan(paths, recursive, visit):
