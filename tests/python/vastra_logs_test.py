@@ -167,18 +167,33 @@ class PythonTest(LogTest):
                                      for recursive, unique in [(False, False), (True, False), (True, True)]])
 
     def test_no_sample_is_missing_or_read_twice_while_the_logger_runs(self):
-        self.write("c.json", simulated([output("logs", maxSamples=300)], input={"scanPeriod": 1}))
-        before = []
-        for run in range(3):  # each run continues the log of the one that was killed before it
-            with self.killed("run", "c.json", "--quiet"):
-                end = time.monotonic() + 1.5
-                while time.monotonic() < end:
-                    now = self.counted()
-                    self.assertEqual(before, now[:len(before)])
-                    begun = [i for i, value in enumerate(now) if value == now[0]]
-                    self.assertEqual([now[0] + i - j for j, k in zip(begun, begun[1:] + [len(now)]) for i in range(j, k)], now)
-                    before = now
-            self.assertEqual(run + 1, len(begun))
+        """With logs that it saves, and with one that each run continues after it was killed."""
+        for folder, samples in [("logs", 20), ("one", 100000)]:
+            self.write("c.json", simulated([output(folder, maxSamples=samples)], input={"scanPeriod": 1}))
+            before = []
+            for run in range(2):
+                with self.killed("run", "c.json", "--quiet", "--create-folders"):
+                    time.sleep(0.5)
+                    end = time.monotonic() + 1
+                    while time.monotonic() < end:
+                        now = self.counted(folder)
+                        begun = [*(i for i, value in enumerate(now) if value == now[0]), len(now)]
+                        self.assertEqual([now[0] + i for j, k in zip(begun, begun[1:]) for i in range(k - j)], now)
+                        self.assertEqual((before, run + 2), (now[:len(before)], len(begun)))
+                        before = now
+
+    def test_a_log_that_is_saved_while_its_folder_is_read_counts_once(self):
+        journal, path = example("### A worked example of a journal"), "logs/.vastra-0123456789abcdef-1000.journal"
+        self.write(path, journal[:107])
+        add_logs = vastra_logs._Scan._add_logs
+
+        def save(scan, folder):
+            self.write(path, journal)
+            self.write("logs/0109090200.rph", image(["x"], [(1000000000250, 1.5)]))
+            os.remove(self.path(path))
+            return add_logs(scan, folder)
+        with unittest.mock.patch.object(vastra_logs._Scan, "_add_logs", save):
+            self.assertEqual([1.5], self.counted())
 
     def test_a_large_journal_is_read_at_once(self):
         """With checksums that are computed for many records together; a record in the middle is damaged."""
