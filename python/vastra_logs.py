@@ -14,7 +14,6 @@ import bisect
 import dataclasses
 import datetime
 import difflib
-import functools
 import hashlib
 import os
 import re
@@ -676,12 +675,7 @@ class _Entry:
 def _key(path):
     """Identifies a file: the path with its folder without links."""
     folder, name = os.path.split(os.fsencode(path))
-    return _real_folder(folder) + b"/" + name
-
-
-@functools.lru_cache(maxsize=1000)
-def _real_folder(folder):
-    return os.path.realpath(folder)
+    return os.path.realpath(folder) + b"/" + name
 
 
 def _reason(error):
@@ -709,9 +703,8 @@ class _Scan:
         self.names = _Names()
         self.saved = {}  # for _Journal.saved
 
-    def add_file(self, path, named=False):
+    def add_file(self, path, key, named=False):
         """named: the user has named the file, which must exist then."""
-        key = _key(path)
         if key in self.seen:
             return
         self.seen.add(key)
@@ -756,10 +749,20 @@ class _Scan:
                 part = self.visit(_Memory(journal.path, journal.data), journal.layout, skip)
                 self.entries.append(_Entry(_log_of(journal.path, journal.size, journal.layout, skip), part))
 
-    def add_folder(self, path, recursive):
+    def add_folders(self, path, recursive):
+        """path and, if asked for, its subfolders, by name."""
+        left = [path]
+        while left:
+            folder = left.pop()
+            real = os.path.realpath(folder)
+            if real not in self.seen:
+                self.seen.add(real)
+                below = self._add_folder(folder)
+                left += reversed(below if recursive else [])
+
+    def _add_folder(self, path):
         """The journals first, then the logs, then the ends of the journals: a log that was saved meanwhile has its
-        name in the journal, which is open and therefore readable after its removal."""
-        self.seen.add(os.path.realpath(path))
+        name in the journal, which is open and therefore readable after its removal. Returns the subfolders."""
         journals = []
         try:
             names = [entry.name for entry in os.scandir(path)]
@@ -771,21 +774,20 @@ class _Scan:
                 journal.follow()
         except OSError as error:
             self.entries.append(_Entry(Log(path, error.strerror)))
-            return
+            return []
         finally:
             for _, journal in journals:
                 journal.close()
         self.add_journals(journals)
-        for folder in folders if recursive else ():
-            if os.path.realpath(folder) not in self.seen:
-                self.add_folder(folder, recursive)
+        return folders
 
     def _add_logs(self, path):
         """Returns the subfolders."""
         entries = sorted(os.scandir(path), key=lambda entry: os.fsencode(entry.name))
+        folder = _key(os.path.join(path, ""))
         for entry in entries:
             if entry.name.lower().endswith((".rph", ".rpd")) and not entry.is_dir():
-                self.add_file(entry.path)
+                self.add_file(entry.path, folder + os.fsencode(entry.name))
         return [entry.path for entry in entries if entry.is_dir(follow_symlinks=False)]
 
 
@@ -796,12 +798,11 @@ def _scan(paths, recursive, visit):
     named = []  # journals, which are compared with the logs when all of those are known
     for path in paths:
         if os.path.isdir(path):
-            if os.path.realpath(path) not in scan.seen:
-                scan.add_folder(path, recursive)
+            scan.add_folders(path, recursive)
         elif _is_journal(path):
             named.append((len(scan.entries), path))
         else:
-            scan.add_file(path, True)
+            scan.add_file(path, _key(path), True)
     entries, scan.entries = scan.entries, []
     for at, path in reversed(named):
         journal = _Journal(path)
