@@ -7,7 +7,6 @@ import random
 import re
 import shutil
 import struct
-import sys
 import time
 import unittest.mock
 import warnings
@@ -56,14 +55,13 @@ def model(logs, start, end, columns, unique):
 
 class PythonTest(LogTest):
     @contextlib.contextmanager
-    def killed(self, *args):
+    def logger(self, end, *args):
         with self.start(*args) as logger, contextlib.ExitStack() as stack:
-            stack.callback(logger.kill)
+            stack.callback(getattr(logger, end))
             yield
 
     def counted(self, folder="logs"):
-        with warnings.catch_warnings():
-            warnings.simplefilter("error")
+        with warnings.catch_warnings(action="error"):
             return vastra_logs.read(self.path(folder), columns="x")["x"].tolist()
 
     def test_rows_are_those_of_the_text_logs(self):
@@ -109,8 +107,7 @@ class PythonTest(LogTest):
                                                           for byte in {0, 2, 255, good[i] ^ 1}] + [good]
             files = [self.write("%d.%s" % (i, name), data) for i, data in enumerate(bad)]
             os.truncate(self.path(files[-1]), 17 << 20)
-            with warnings.catch_warnings():
-                warnings.simplefilter("ignore", vastra_logs.LogWarning)
+            with warnings.catch_warnings(action="ignore"):
                 logs = vastra_logs.read([self.path(file) for file in files]).logs
             for data, ours, facts in zip(bad, logs, self.vastra("inspect", "--json", *files).json()):
                 names = [name.encode("utf-8", "surrogateescape").decode("utf-8", "replace") for name in ours.names]
@@ -151,14 +148,18 @@ class PythonTest(LogTest):
         shutil.copytree(self.path("logs"), self.path("logs", "sub"))
         for rows, options in [(2, {}), (4, {"recursive": True}), (2, {"recursive": True, "unique": True})]:
             self.assertEqual(rows, len(vastra_logs.read(self.path("logs"), **options)))
+        os.mkdir(self.path("logs/a.rph"))
+        self.write("logs/a.rph/0.rph", image(["x"], []))
+        found = [os.path.relpath(log.path, self.path("logs")) for log in vastra_logs.catalogue(self.path("logs"), recursive=True)]
+        self.assertEqual(["", "", "a.rph", "sub", "sub"], [os.path.dirname(path) for path in found])
 
     def test_no_sample_is_missing_or_read_twice_while_the_logger_runs(self):
-        """With logs that it saves, and with one that each run continues after it was killed."""
+        """With logs that it saves, and with one that each run continues."""
         for folder, samples in [("logs", 20), ("one", 100000)]:
             self.write("c.json", simulated([output(folder, maxSamples=samples)], input={"scanPeriod": 1}))
             before = []
-            for run in range(2):
-                with self.killed("run", "c.json", "--quiet", "--create-folders"):
+            for run, stop in enumerate(["kill", "terminate", "kill"]):
+                with self.logger(stop, "run", "c.json", "--quiet", "--create-folders"):
                     time.sleep(0.5)
                     end = time.monotonic() + 1
                     while time.monotonic() < end:
@@ -185,7 +186,7 @@ class PythonTest(LogTest):
     def test_a_journal_is_read_up_to_a_damaged_record(self):
         names = ["a", "b", "c"]
         self.write("c.json", simulated([output("logs", names, maxSamples=100000)], "counter,counter,counter", names))
-        with self.killed("run", "c.json", "--quiet", "--period", "1"):
+        with self.logger("kill", "run", "c.json", "--quiet", "--period", "1"):
             time.sleep(1.5)
         journal, rows = next(n for n in os.listdir(self.path("logs")) if "journal" in n), vastra_logs.read(self.path("logs"))
         self.assertEqual(self.vastra("convert", "logs/" + journal).out.count(b"\n"), len(rows) + 1)
@@ -228,5 +229,5 @@ class PythonTest(LogTest):
         self.assertEqual((["x", "\udce4!"], ["nan 1.0", "2.0 <NA>"], "1970-01-01 05:30:00.001000+05:30"),
                          (list(frame.columns), ["%s %s" % row for row in zip(*map(frame.get, frame))], str(frame.index[0])))
         self.assertEqual(1, int(vastra_logs.read(self.path("logs")).frame().iloc[:, 1].isna().sum()))
-        with unittest.mock.patch.dict(sys.modules, pandas=None), self.assertRaisesRegex(ImportError, "python3-pandas"):
+        with unittest.mock.patch.dict("sys.modules", pandas=None), self.assertRaisesRegex(ImportError, "python3-pandas"):
             vastra_logs.read(self.path("logs")).frame()
