@@ -148,6 +148,7 @@ class PythonTest(LogTest):
         shutil.copytree(self.path("logs"), self.path("logs", "sub"))
         for rows, options in [(2, {}), (4, {"recursive": True}), (2, {"recursive": True, "unique": True})]:
             self.assertEqual(rows, len(vastra_logs.read(self.path("logs"), **options)))
+        os.symlink(shutil.copytree(self.path("logs"), self.path("other")), self.path("logs/link"))
         os.mkdir(self.path("logs/a.rph"))
         self.write("logs/a.rph/0.rph", image(["x"], []))
         found = [os.path.relpath(log.path, self.path("logs")) for log in vastra_logs.catalogue(self.path("logs"), recursive=True)]
