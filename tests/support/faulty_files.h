@@ -135,6 +135,9 @@ class CFaultyFiles : public CFileLayer {
   ssize_t Read(int file, void* bytes, std::size_t count) override {
     return Fails(callRead) ? -1 : CFileLayer::Read(file, bytes, count);
   }
+  ssize_t ReadAt(int file, void* bytes, std::size_t count, std::uint64_t place) override {
+    return Fails(callRead) ? -1 : CFileLayer::ReadAt(file, bytes, count, place);
+  }
 
   ssize_t Write(int file, const iovec* parts, int count) override {
     std::size_t part = 0;
@@ -219,8 +222,8 @@ class CFaultyFiles : public CFileLayer {
     return CFileLayer::SyncFolder(path);
   }
 
-  int List(const CString& folder, const CString& ending, std::vector<CFolderEntry>& entries) override {
-    return !Fails(callList) && CFileLayer::List(folder, ending, entries);
+  int ListWanted(const CString& folder, const CWanted& wanted, std::vector<CFolderEntry>& entries) override {
+    return !Fails(callList) && CFileLayer::ListWanted(folder, wanted, entries);
   }
   int Stat(const CString& path, CFileStatus& status) override {
     return !Fails(callStat) && CFileLayer::Stat(path, status);

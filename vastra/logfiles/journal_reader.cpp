@@ -26,10 +26,13 @@ std::uint32_t JournalWord(const char* from) {
   return word;
 }
 
-// The bytes of a file in order, in a buffer that is reused: only the file's size is trusted.
+// The bytes of a file in order from offset on, in a buffer that is reused: only the file's size is trusted.
 class CJournalBytes {
  public:
-  explicit CJournalBytes(CFile& file) : m_file(file), m_left(file.GetLength()) {}
+  CJournalBytes(CFile& file, std::uint64_t offset)
+      : m_file(file), m_left(file.GetLength()), m_offset(offset) {
+    if (IsRegularFile()) m_left -= std::min(m_left, offset);
+  }
 
   bool IsRegularFile() const { return m_left != std::numeric_limits<std::uint64_t>::max(); }
   std::uint64_t Offset() const { return m_offset; }  // of the next byte in the file
@@ -66,7 +69,7 @@ bool CJournalBytes::Fill(std::size_t count) {
     std::memmove(m_buffer.get(), m_buffer.get() + m_at, present);
   }
   const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(m_left, m_size - present));
-  const std::size_t part = m_file.Read(m_buffer.get() + present, wanted);
+  const std::size_t part = m_file.ReadAt(m_buffer.get() + present, wanted, m_offset + present);
   m_left = part == wanted ? m_left - part : 0;  // another process has cut the file
   m_at = 0;
   m_end = present + part;
@@ -86,8 +89,9 @@ bool IsWhole(const char* at, const CRawJournalRecord& record) {
 
 class CJournalParser {
  public:
+  // Begins after the good bytes of content, which are 0 or those of a journal that was read before.
   CJournalParser(CFile& file, CJournalContent& content, CSampleStore& samples)
-      : m_bytes(file), m_content(content), m_samples(samples) {}
+      : m_bytes(file, content.goodBytes), m_content(content), m_samples(samples) {}
 
   int Read();
 
@@ -112,11 +116,11 @@ class CJournalParser {
 
 int CJournalParser::Read() {
   if (!m_bytes.IsRegularFile()) return Fail("is not a regular file");
-  const int isRead = ReadStart() && ReadHead();
+  const int isRead = m_content.goodBytes > 0 || (ReadStart() && ReadHead());
   while (isRead && ReadRecord()) {
   }
-  m_content.goodBytes = m_bytes.Offset();
-  m_content.tornBytes = m_bytes.Left();
+  m_content.goodBytes = isRead ? m_bytes.Offset() : 0;
+  m_content.tornBytes = m_bytes.Left() + m_bytes.Offset() - m_content.goodBytes;
   return isRead;
 }
 
@@ -206,13 +210,14 @@ bool CJournalParser::TakeName(std::string_view payload) {
   return isName;
 }
 
-int FailJournal(CJournalContent& content, CSampleStore& samples, const CString& fault) {
-  samples.RemoveAll();
-  content.fault = fault;
-  return 0;
+}  // namespace
+
+bool CJournalContent::GoesOn() const {
+  const std::optional<CJournaledLog>& log = Log();
+  return head.continues && log->name == head.continues->name &&
+         (log->first == head.continues->first || !head.naming.saveRp);
 }
 
-// The key and number of a file name, or false if it is not the name of a journal.
 bool ParseJournalFile(std::string_view name, CJournalEntry& entry) {
   const std::string_view prefix = kJournalPrefix;
   if (!name.starts_with(prefix) || name.size() < prefix.size() + kJournalKeySize) return false;
@@ -226,25 +231,34 @@ bool ParseJournalFile(std::string_view name, CJournalEntry& entry) {
   return JournalFile(entry.key, entry.number) == CString(name);
 }
 
-}  // namespace
+int ReadJournalOn(CFile& file, CJournalContent& content, CSampleStore& samples) {
+  content.fault.Empty();
+  content.isHeadTorn = false;
+  try {
+    return CJournalParser(file, content, samples).Read();
+  } catch (const CFileException& fault) {
+    content.fault = fault.Text();
+  } catch (const std::bad_alloc&) {
+    content.fault = "is too large for the memory";
+  }
+  return 0;
+}
 
 int ReadJournal(CFile& file, CJournalContent& content, CSampleStore& samples) {
   samples.RemoveAll();
   content = {};
-  try {
-    return CJournalParser(file, content, samples).Read();
-  } catch (const CFileException& fault) {
-    return FailJournal(content, samples, fault.Text());
-  } catch (const std::bad_alloc&) {
-    return FailJournal(content, samples, "is too large for the memory");
-  }
+  if (ReadJournalOn(file, content, samples)) return 1;
+  samples.RemoveAll();
+  return 0;
 }
 
 int ReadJournal(const CString& path, CJournalContent& content, CSampleStore& samples) {
   CFile file;
   if (file.Open(path, CFile::modeRead)) return ReadJournal(file, content, samples);
+  samples.RemoveAll();
   content = {};
-  return FailJournal(content, samples, CFileException(path, errno).Text());
+  content.fault = CFileException(path, errno).Text();
+  return 0;
 }
 
 bool IsJournal(const CString& path) {

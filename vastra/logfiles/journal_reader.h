@@ -20,6 +20,13 @@ struct CJournalContent {
   CString fault;
   bool isHeadTorn = false;  // the fault is that the file ends, or has only zeros, inside or after its head:
                             // it has no samples
+
+  // The log that has the samples, or is about to have them: the last name, or the log that they continue.
+  const std::optional<CJournaledLog>& Log() const { return named ? named : head.continues; }
+  // Whether that is the log on the disk that the samples are added to. It is not if that file was missing, so
+  // that the log has got a file of its own. The times of a text log that was read back depend on the time
+  // zone of the run.
+  bool GoesOn() const;
 };
 
 // Reads the journal at path, or all of file from its beginning, and puts the samples of its whole records
@@ -27,9 +34,16 @@ struct CJournalContent {
 // empty and the reason in content.fault.
 VASTRA_API int ReadJournal(const CString& path, CJournalContent& content, CSampleStore& samples);
 VASTRA_API int ReadJournal(CFile& file, CJournalContent& content, CSampleStore& samples);
+// The same for a journal that ReadJournal has read before and that may have grown since: appends the samples
+// of the new whole records. On 0 samples has those that it had.
+VASTRA_API int ReadJournalOn(CFile& file, CJournalContent& content, CSampleStore& samples);
 
 // Whether the file at path begins as a journal. False also if it cannot be read.
 VASTRA_API bool IsJournal(const CString& path);
+
+// Of the journals with the same number / kJournalsOfALog, one has all samples of their log; the others were
+// given up after a failed sync.
+inline constexpr std::uint64_t kJournalsOfALog = 1000;
 
 // A journal is one of a series of files for the same output or summary: .vastra-KEY-N.journal.
 struct CJournalEntry {
@@ -37,6 +51,8 @@ struct CJournalEntry {
   std::uint64_t number = 0;
 };
 
+// The journal of a file with this name, without the directory; false if it is not the name of a journal.
+VASTRA_API bool ParseJournalFile(std::string_view name, CJournalEntry& entry);
 // The name of the file, without the directory.
 VASTRA_API CString JournalFile(const CString& key, std::uint64_t number);
 // The journals in directory, sorted by key and then by number. Empty if the directory cannot be read.

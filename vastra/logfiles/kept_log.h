@@ -71,7 +71,4 @@ struct CKeptLog {
   std::uint64_t journals = 0;  // made for it; of the journal thread
 };
 
-// The journals of a log have numbers of their own range, so that they are in the order of the logs.
-constexpr std::uint64_t kJournalsOfALog = 1000;
-
 }  // namespace vastra

@@ -211,13 +211,10 @@ bool CLogTrack::ReadJournalOf(std::uint64_t number, CFound& found) {
 // the files, and the log does not go on or has no file. Throws CFileException if the file cannot be read: it
 // may have them or not.
 bool CLogTrack::Join(CLogPointer& log, const CJournalContent& content, bool goesOn) const {
-  const std::optional<CJournaledLog>& continued = content.head.continues;
-  const std::optional<CJournaledLog>& named = content.named ? content.named : continued;
-  // Not of a log that has got a file of its own because the one that it continued was missing. The times of a
-  // text log that was read back depend on the time zone of that run.
-  const bool isSame = continued && named->name == continued->name &&
-                      (named->first == continued->first || !content.head.naming.saveRp);
-  const std::uint64_t before = isSame ? continued->samples : 0, journaled = log->samples.GetCount();
+  const std::optional<CJournaledLog>& named = content.Log();
+  const bool isSame = content.GoesOn();
+  const std::uint64_t before = isSame ? content.head.continues->samples : 0;
+  const std::uint64_t journaled = log->samples.GetCount();
   CSampleStore saved;
   std::uint64_t inFile = named ? CountSaved(content.head.naming, *named, log->names, saved) : 0;
   if (inFile < before || (isSame && saved.GetCount() < before)) inFile = 0;  // it is missing, or another log

@@ -36,16 +36,39 @@ int CFile::Open(const CString& path, UINT mode) {
   return IsOpen();
 }
 
-std::size_t CFile::Read(void* bytes, std::size_t count) {
-  std::size_t done = 0;
-  while (done < count) {
-    const ssize_t part = FileLayer().Read(m_handle, static_cast<char*>(bytes) + done, count - done);
-    if (part < 0) Fail();
+namespace {
+
+// Calls read, which reads at most count bytes to bytes and returns how many, until all are read or none come.
+template <class TRead>
+bool ReadAll(void* bytes, std::size_t count, std::size_t& done, TRead read) {
+  for (done = 0; done < count;) {
+    const ssize_t part = read(static_cast<char*>(bytes) + done, count - done);
+    if (part < 0) return false;
     if (part == 0) break;
     done += static_cast<std::size_t>(part);
   }
+  return true;
+}
+
+}  // namespace
+
+std::size_t CFile::Read(void* bytes, std::size_t count) {
+  std::size_t done = 0;
+  const auto read = [&](void* to, std::size_t size) { return FileLayer().Read(m_handle, to, size); };
+  if (!ReadAll(bytes, count, done, read)) Fail();
   return done;
 }
+
+std::size_t CFile::ReadAt(void* bytes, std::size_t count, std::uint64_t place) {
+  std::size_t done = 0;
+  const auto read = [&](void* to, std::size_t size) {
+    return FileLayer().ReadAt(m_handle, to, size, place + done);
+  };
+  if (!ReadAll(bytes, count, done, read)) Fail();
+  return done;
+}
+
+int CFile::GetStatus(CFileStatus& status) const { return FileLayer().StatOpen(m_handle, status); }
 
 void CFile::Write(const void* bytes, std::size_t count) {
   iovec part = {const_cast<void*>(bytes), count};
@@ -90,6 +113,13 @@ std::size_t CMemFile::Read(void* bytes, std::size_t count) {
   const std::size_t part = std::min(count, m_bytes.size() - m_place);
   if (part) std::memcpy(bytes, m_bytes.data() + m_place, part);
   m_place += part;
+  return part;
+}
+
+std::size_t CMemFile::ReadAt(void* bytes, std::size_t count, std::uint64_t place) {
+  if (place >= m_bytes.size()) return 0;
+  const std::size_t part = std::min(count, m_bytes.size() - static_cast<std::size_t>(place));
+  std::memcpy(bytes, m_bytes.data() + place, part);
   return part;
 }
 

@@ -5,9 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "vastra/platform/string.h"
-
-struct iovec;
+#include "vastra/platform/file_layer.h"
 
 namespace vastra {
 
@@ -41,11 +39,15 @@ class VASTRA_API CFile {
 
   // Reads up to count bytes. Returns how many it has read: fewer than count only at the end of the file.
   virtual std::size_t Read(void* bytes, std::size_t count);
+  // The same for the bytes from place on. The place of the next Read does not change.
+  virtual std::size_t ReadAt(void* bytes, std::size_t count, std::uint64_t place);
   virtual void Write(const void* bytes, std::size_t count);
   // Writes all parts in order, with as few system calls as possible. Changes the elements of parts.
   virtual void WriteParts(iovec* parts, std::size_t count);
   // The size of the file in bytes; the largest number for a file without a size, such as a pipe.
   virtual std::uint64_t GetLength() const;
+  // Of the open file. Returns 1, or 0 with the reason in errno.
+  int GetStatus(CFileStatus& status) const;
   virtual void Sync();   // returns when all bytes are on the disk
   virtual void Close();  // no effect on a closed file
 
@@ -64,6 +66,7 @@ class VASTRA_API CMemFile : public CFile {
 
   const std::string& Bytes() const { return m_bytes; }
   std::size_t Read(void* bytes, std::size_t count) override;
+  std::size_t ReadAt(void* bytes, std::size_t count, std::uint64_t place) override;
   void Write(const void* bytes, std::size_t count) override;
   void WriteParts(iovec* parts, std::size_t count) override;
   std::uint64_t GetLength() const override { return m_bytes.size(); }

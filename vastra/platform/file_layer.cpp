@@ -36,11 +36,6 @@ CFileStatus StatusOf(const struct stat& from) {
           std::int64_t{from.st_mtim.tv_sec} * 1'000'000'000 + from.st_mtim.tv_nsec, from.st_dev, from.st_ino};
 }
 
-bool EndsIn(const CString& name, const CString& ending) {
-  const int length = ending.GetLength();
-  return name.GetLength() >= length && name.Right(length).CompareNoCase(ending) == 0;
-}
-
 // The three ways of renaming without replacing, best first. Each is for file systems and kernels without
 // those before it.
 int MoveExclusively(const char* from, const char* to) {
@@ -68,7 +63,16 @@ bool IsMissing(int error) {
   return std::find(std::begin(kMissing), std::end(kMissing), error) != std::end(kMissing);
 }
 
+bool IsDots(std::string_view name) { return name == "." || name == ".."; }
+
 }  // namespace
+
+bool EndsIn(std::string_view name, std::string_view ending) {
+  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; };
+  return name.size() >= ending.size() &&
+         std::equal(ending.begin(), ending.end(), name.end() - static_cast<std::ptrdiff_t>(ending.size()),
+                    [&](char a, char b) { return lower(a) == lower(b); });
+}
 
 int CFileLayer::Open(const CString& path, int flags, mode_t mode) {
   return Uninterrupted([&] { return ::open(path, flags | O_CLOEXEC, mode); });
@@ -76,6 +80,10 @@ int CFileLayer::Open(const CString& path, int flags, mode_t mode) {
 
 ssize_t CFileLayer::Read(int file, void* bytes, std::size_t count) {
   return Uninterrupted([&] { return ::read(file, bytes, count); });
+}
+
+ssize_t CFileLayer::ReadAt(int file, void* bytes, std::size_t count, std::uint64_t place) {
+  return Uninterrupted([&] { return ::pread(file, bytes, count, static_cast<off_t>(place)); });
 }
 
 ssize_t CFileLayer::Write(int file, const iovec* parts, int count) {
@@ -117,7 +125,7 @@ int CFileLayer::SyncFolder(const CString& path) {
   return synced;
 }
 
-int CFileLayer::List(const CString& folder, const CString& ending, std::vector<CFolderEntry>& entries) {
+int CFileLayer::ListWanted(const CString& folder, const CWanted& wanted, std::vector<CFolderEntry>& entries) {
   const std::unique_ptr<DIR, int (*)(DIR*)> listing(::opendir(folder), ::closedir);
   if (!listing && errno == ENOMEM) throw std::bad_alloc();  // not an empty folder
   if (!listing) return 0;
@@ -125,13 +133,19 @@ int CFileLayer::List(const CString& folder, const CString& ending, std::vector<C
     errno = 0;
     const dirent* entry = ::readdir(listing.get());
     if (!entry) return errno == 0;
-    const CString name(entry->d_name);
-    if (name == "." || name == ".." || !EndsIn(name, ending)) continue;
+    const std::string_view name = entry->d_name;
+    if (IsDots(name) || !wanted(name, entry->d_type == DT_DIR || entry->d_type == DT_UNKNOWN)) continue;
     struct stat status = {};
     const int file = ::dirfd(listing.get());
-    if (::fstatat(file, name, &status, 0) == 0 || ::fstatat(file, name, &status, AT_SYMLINK_NOFOLLOW) == 0)
-      entries.push_back({name, StatusOf(status)});
+    if (::fstatat(file, entry->d_name, &status, 0) == 0 ||
+        ::fstatat(file, entry->d_name, &status, AT_SYMLINK_NOFOLLOW) == 0)
+      entries.push_back({CString(name), StatusOf(status)});
   }
+}
+
+int CFileLayer::List(const CString& folder, const CString& ending, std::vector<CFolderEntry>& entries) {
+  return ListWanted(
+      folder, [&](std::string_view name, bool) { return EndsIn(name, ending.View()); }, entries);
 }
 
 int CFileLayer::Stat(const CString& path, CFileStatus& status) {

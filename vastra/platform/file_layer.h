@@ -9,6 +9,8 @@
 #include <sys/types.h>
 
 #include <cstdint>
+#include <functional>
+#include <string_view>
 #include <vector>
 
 #include "vastra/platform/string.h"
@@ -24,12 +26,19 @@ struct CFileStatus {
   std::uint64_t size = 0;               // in bytes
   std::int64_t lastWrite = 0;           // nanoseconds since 1970-01-01 00:00:00 UTC
   std::uint64_t device = 0, inode = 0;  // the same for all names of a file
+
+  bool operator==(const CFileStatus&) const = default;
 };
 
 struct CFolderEntry {
   CString name;  // without the folder
   CFileStatus status;
+
+  bool operator==(const CFolderEntry&) const = default;
 };
+
+// Whether name ends in ending, in any letter case of A to Z.
+VASTRA_API bool EndsIn(std::string_view name, std::string_view ending);
 
 enum class EFileLock { taken, held, unsupported };
 
@@ -46,6 +55,8 @@ class VASTRA_API CFileLayer {
   // Return the number of bytes, which may be fewer than asked for, or -1. count of Write: at most IOV_MAX.
   virtual ssize_t Read(int file, void* bytes, std::size_t count);
   virtual ssize_t Write(int file, const iovec* parts, int count);
+  // The same as Read for the bytes from place on. The place of the next Read does not change.
+  virtual ssize_t ReadAt(int file, void* bytes, std::size_t count, std::uint64_t place);
   // Returns when all bytes of the file are on the disk. After a failure the bytes may be lost, even if the
   // next Sync of the same file succeeds.
   virtual int Sync(int file);
@@ -63,9 +74,13 @@ class VASTRA_API CFileLayer {
   // Returns when the names in the folder are on the disk. 1 where the file system cannot sync a folder.
   virtual int SyncFolder(const CString& path);
 
-  // Appends the entries of the folder whose names end in ending, in any letter case, in no order and without
-  // "." and "..". On 0 entries has those found before the failure. A link counts as what it leads to.
-  virtual int List(const CString& folder, const CString& ending, std::vector<CFolderEntry>& entries);
+  // Appends the entries of the folder that wanted accepts by their names, in no order and without "." and
+  // "..". On 0 entries has those found before the failure. A link counts as what it leads to; mayBeFolder is
+  // false for it, and for what is known not to be a folder.
+  using CWanted = std::function<bool(std::string_view name, bool mayBeFolder)>;
+  virtual int ListWanted(const CString& folder, const CWanted& wanted, std::vector<CFolderEntry>& entries);
+  // The same for the names that end in ending, in any letter case.
+  int List(const CString& folder, const CString& ending, std::vector<CFolderEntry>& entries);
   virtual int Stat(const CString& path, CFileStatus& status);  // follows links
   virtual int StatOpen(int file, CFileStatus& status);
   // Locks an open file against other processes, and other descriptors of this one, until it is closed. Does

@@ -1,0 +1,272 @@
+#include "vastra/history/digest_file.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "vastra/logfiles/crc32c.h"
+#include "vastra/logfiles/stable_hash.h"
+#include "vastra/platform/archive.h"
+#include "vastra/platform/file_system.h"
+
+namespace vastra {
+namespace {
+
+constexpr std::uint32_t kDigestMagic = 0x44545356;  // VSTD
+constexpr std::uint32_t kDigestVersion = 1;
+constexpr std::size_t kStripeSize = std::size_t{8} << 20;
+constexpr const char* kDigestFile = ".vastra-history.digest";
+constexpr std::uint32_t kCountBits = 10, kCountMask = (1U << kCountBits) - 1;
+
+struct CDigestStart {
+  std::uint32_t magic = kDigestMagic;
+  std::uint32_t version = kDigestVersion;
+  std::uint32_t blockSamples = kBlockSamples;
+  std::uint32_t reserved = 0;
+
+  bool operator==(const CDigestStart&) const = default;
+};
+
+struct CDigestEnd {
+  std::uint32_t indexPlace[2] = {};  // low, high
+  std::uint32_t indexSize = 0;
+  std::uint32_t checksum = 0;  // of the index
+  std::uint32_t magic = kDigestMagic;
+
+  std::uint64_t Place() const { return std::uint64_t{indexPlace[1]} << 32 | indexPlace[0]; }
+};
+static_assert(sizeof(CDigestStart) == 16 && sizeof(CDigestEnd) == 20);
+
+// Stores or loads the fields of the index, in the direction of the archive.
+class CDigestFields {
+ public:
+  explicit CDigestFields(CArchive& ar) : m_ar(ar) {}
+
+  void Visit(std::uint32_t& value) { Move(value); }
+  void Visit(CString& text) { Move(text); }
+  void Visit(std::uint64_t& value) {
+    auto low = static_cast<std::uint32_t>(value), high = static_cast<std::uint32_t>(value >> 32);
+    VisitAll(low, high);
+    value = std::uint64_t{high} << 32 | low;
+  }
+  void Visit(std::int64_t& value) {
+    auto bits = static_cast<std::uint64_t>(value);
+    Visit(bits);
+    value = static_cast<std::int64_t>(bits);
+  }
+  void Visit(CDigestLog& log) {
+    VisitAll(log.file, log.size, log.lastWrite, log.samples, log.stripe, log.block);
+  }
+  void Visit(CDigestStripe& stripe) {
+    VisitAll(stripe.place, stripe.names, stripe.blocks, stripe.checksums);
+  }
+  void Visit(CDigestIndex& index) { VisitAll(index.names, index.stripes, index.logs); }
+  template <class T>
+  void Visit(std::vector<T>& items) {
+    auto count = static_cast<std::uint32_t>(items.size());
+    Move(count);
+    if (count > m_ar.Remaining() && !m_ar.IsStoring()) throw CArchiveException();
+    items.resize(count);
+    for (T& item : items) Visit(item);
+  }
+
+ private:
+  template <class... T>
+  void VisitAll(T&... values) {
+    (Visit(values), ...);
+  }
+  template <class T>
+  void Move(T& value) {
+    if (m_ar.IsStoring())
+      m_ar << value;
+    else
+      m_ar >> value;
+  }
+
+  CArchive& m_ar;
+};
+
+// Whether the places in the index are in a file whose index begins at end.
+bool IsSound(const CDigestIndex& index, std::uint64_t end) {
+  for (const CDigestStripe& stripe : index.stripes) {
+    const std::size_t columns = stripe.checksums.size();
+    if (stripe.names >= index.names.size() || columns != index.names[stripe.names].size() + 1) return false;
+    if (stripe.place > end || stripe.blocks > end / sizeof(CMoment) || stripe.ColumnPlace(columns) > end)
+      return false;
+  }
+  return std::all_of(index.logs.begin(), index.logs.end(), [&](const CDigestLog& log) {
+    return log.stripe < index.stripes.size() && log.block <= index.stripes[log.stripe].blocks &&
+           BlocksOf(log.samples) <= index.stripes[log.stripe].blocks - log.block;
+  });
+}
+
+bool IsFileBefore(const CDigestLog& a, const CDigestLog& b) { return a.file < b.file; }
+
+CString FileNameOf(const CString& path) { return path.Mid(path.ReverseFind('/') + 1); }
+
+CString CacheFolder() {
+  const CString cache = std::getenv("XDG_CACHE_HOME");
+  if (!cache.IsEmpty() && cache[0] == '/') return cache + "/vastra/history";
+  const CString home = std::getenv("HOME");
+  return home.IsEmpty() ? CString() : home + "/.cache/vastra/history";
+}
+
+}  // namespace
+
+CDigestBlock CDigestBlock::Of(const CBucket& bucket) {
+  CDigestBlock block;
+  block.sum = bucket.sum + bucket.sumRest;
+  block.sumRest = static_cast<float>(bucket.sumRest - (block.sum - bucket.sum));
+  block.least = bucket.least;
+  block.greatest = bucket.greatest;
+  block.first = bucket.first;
+  block.last = bucket.last;
+  block.counts = static_cast<std::uint32_t>(bucket.values | bucket.nans << kCountBits |
+                                            bucket.infinities << (2 * kCountBits));
+  return block;
+}
+
+CBucket CDigestBlock::Bucket() const {
+  CBucket bucket;
+  bucket.values = counts & kCountMask;
+  bucket.nans = counts >> kCountBits & kCountMask;
+  bucket.infinities = counts >> (2 * kCountBits) & kCountMask;
+  bucket.sum = sum;
+  bucket.sumRest = static_cast<double>(sumRest);
+  bucket.least = least;
+  bucket.greatest = greatest;
+  bucket.first = first;
+  bucket.last = last;
+  return bucket;
+}
+
+std::vector<CString> DigestPaths(const CString& folder) {
+  std::vector<CString> paths = {JoinPath(folder, kDigestFile)};
+  const std::unique_ptr<char, void (*)(void*)> real(::realpath(folder, nullptr), std::free);
+  const CString cache = CacheFolder();
+  if (!real || cache.IsEmpty()) return paths;
+  CStableHash hash;
+  hash.Add(real.get());
+  paths.push_back(cache + "/" + hash.Text() + ".digest");
+  return paths;
+}
+
+std::unique_ptr<CDigestReader> CDigestReader::Open(const CString& folder) {
+  for (const CString& path : DigestPaths(folder)) {
+    auto reader = std::make_unique<CDigestReader>(path);
+    if (reader->ReadIndex()) return reader;
+  }
+  return nullptr;
+}
+
+bool CDigestReader::ReadIndex() {
+  CDigestStart start;
+  CDigestEnd end;
+  if (!m_file.IsOpen() || m_file.Size() < sizeof start + sizeof end) return false;
+  const std::uint64_t last = m_file.Size() - sizeof end;
+  if (!m_file.Read(&start, sizeof start, 0) || start != CDigestStart()) return false;
+  if (!m_file.Read(&end, sizeof end, last) || end.magic != kDigestMagic) return false;
+  if (end.Place() > last || end.indexSize != last - end.Place()) return false;
+  std::string bytes(end.indexSize, '\0');
+  if (!m_file.Read(bytes.data(), bytes.size(), end.Place())) return false;
+  if (Crc32c(bytes.data(), bytes.size()) != end.checksum) return false;
+  try {
+    CMemFile file(std::move(bytes));
+    CArchive ar(&file, CArchive::load);
+    CDigestFields(ar).Visit(m_index);
+    return ar.Remaining() == 0 && IsSound(m_index, end.Place());
+  } catch (const CArchiveException&) {
+    return false;
+  }
+}
+
+const CDigestLog* CDigestReader::Find(const CHistoryLog& log) const {
+  CDigestLog wanted;
+  wanted.file = FileNameOf(log.path);
+  const auto found = std::lower_bound(m_index.logs.begin(), m_index.logs.end(), wanted, IsFileBefore);
+  if (found == m_index.logs.end() || found->file != wanted.file || !found->IsOf(log)) return nullptr;
+  return m_index.names[m_index.stripes[found->stripe].names] == *log.names ? &*found : nullptr;
+}
+
+const CMoment* CDigestReader::Moments(const CDigestLog& log) {
+  return reinterpret_cast<const CMoment*>(Column(log, 0));
+}
+
+const CDigestBlock* CDigestReader::Blocks(const CDigestLog& log, std::size_t variable) {
+  return reinterpret_cast<const CDigestBlock*>(Column(log, variable + 1));
+}
+
+// The entries of the log in the column, which is loaded when it is asked for; null if it is damaged.
+const char* CDigestReader::Column(const CDigestLog& log, std::size_t column) {
+  if (m_stripe != log.stripe) m_columns.clear();
+  m_stripe = log.stripe;
+  const CDigestStripe& stripe = m_index.stripes[log.stripe];
+  const auto [at, isNew] = m_columns.try_emplace(column);
+  if (isNew) {
+    std::vector<char> bytes(stripe.ColumnSize(column));
+    if (m_file.Read(bytes.data(), bytes.size(), stripe.ColumnPlace(column)) &&
+        Crc32c(bytes.data(), bytes.size()) == stripe.checksums[column])
+      at->second = std::move(bytes);
+  }
+  return at->second ? at->second->data() + log.block * CDigestStripe::EntrySize(column) : nullptr;
+}
+
+CDigestWriter::CDigestWriter(const CString& path) : m_file(path) {
+  const CDigestStart start;
+  Put(&start, sizeof start);
+}
+
+void CDigestWriter::Put(const void* bytes, std::size_t size) {
+  m_file.Write(bytes, size);
+  m_place += size;
+}
+
+void CDigestWriter::Add(const CHistoryLog& log, const std::vector<CMoment>& moments,
+                        const std::vector<std::vector<CDigestBlock>>& blocks) {
+  const std::size_t size = moments.size() * (sizeof(CMoment) + blocks.size() * sizeof(CDigestBlock));
+  const std::size_t before = m_columns.empty() ? 0 : m_columns[0].size() / sizeof(CMoment);
+  if (m_names != log.names || before * (sizeof(CMoment) + blocks.size() * sizeof(CDigestBlock)) + size > kStripeSize)
+    EndStripe();
+  m_names = log.names;
+  m_columns.resize(blocks.size() + 1);
+  const auto block = static_cast<std::uint32_t>(m_columns[0].size() / sizeof(CMoment));
+  m_index.logs.push_back({FileNameOf(log.path), log.size, log.status.lastWrite,
+                          static_cast<std::uint32_t>(log.samples),
+                          static_cast<std::uint32_t>(m_index.stripes.size()), block});
+  m_columns[0].append(reinterpret_cast<const char*>(moments.data()), moments.size() * sizeof(CMoment));
+  for (std::size_t i = 0; i < blocks.size(); ++i)
+    m_columns[i + 1].append(reinterpret_cast<const char*>(blocks[i].data()),
+                            blocks[i].size() * sizeof(CDigestBlock));
+}
+
+void CDigestWriter::EndStripe() {
+  if (m_columns.empty()) return;
+  const auto [list, isNew] = m_lists.try_emplace(m_names, static_cast<std::uint32_t>(m_index.names.size()));
+  if (isNew) m_index.names.push_back(*m_names);
+  CDigestStripe stripe;
+  stripe.place = m_place;
+  stripe.names = list->second;
+  stripe.blocks = static_cast<std::uint32_t>(m_columns[0].size() / sizeof(CMoment));
+  for (const std::string& column : m_columns) {
+    stripe.checksums.push_back(Crc32c(column.data(), column.size()));
+    Put(column.data(), column.size());
+  }
+  m_index.stripes.push_back(std::move(stripe));
+  m_columns.clear();
+}
+
+void CDigestWriter::Finish() {
+  EndStripe();
+  std::sort(m_index.logs.begin(), m_index.logs.end(), IsFileBefore);
+  CMemFile index;
+  CArchive ar(&index, CArchive::store);
+  CDigestFields(ar).Visit(m_index);
+  ar.Close();
+  const std::string& bytes = index.Bytes();
+  const CDigestEnd end = {{static_cast<std::uint32_t>(m_place), static_cast<std::uint32_t>(m_place >> 32)},
+                          static_cast<std::uint32_t>(bytes.size()), Crc32c(bytes.data(), bytes.size())};
+  Put(bytes.data(), bytes.size());
+  Put(&end, sizeof end);
+  m_file.Replace();
+}
+
+}  // namespace vastra

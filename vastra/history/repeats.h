@@ -1,0 +1,29 @@
+// CRepeats: which rows an earlier log has as well. Rows of equal moments are compared: the names of their
+// logs, their time records and their values, byte for byte.
+#pragma once
+
+#include <string>
+#include <unordered_map>
+
+#include "vastra/history/row_reader.h"
+
+namespace vastra {
+
+class CRepeats {
+ public:
+  // Whether the row, which comes after those of earlier calls, has to stay: a row stays as often as the log
+  // has it that has it most often. limit: no other log has a row before it.
+  bool IsNew(const CHistoryRow& row, CMoment limit);
+
+ private:
+  struct CCounts {
+    std::uint64_t kept = 0, here = 0;  // in all logs, in the log
+    const CHistoryLog* log = nullptr;
+  };
+
+  CMoment m_moment = kFirstMoment - 1;              // of the rows in m_rows
+  std::unordered_map<std::string, CCounts> m_rows;  // by their bytes
+  std::string m_bytes;
+};
+
+}  // namespace vastra
