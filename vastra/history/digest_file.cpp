@@ -56,15 +56,13 @@ class CDigestFields {
   void Visit(CDigestLog& log) {
     VisitAll(log.file, log.size, log.lastWrite, log.samples, log.stripe, log.block);
   }
-  void Visit(CDigestStripe& stripe) {
-    VisitAll(stripe.place, stripe.names, stripe.blocks, stripe.checksums);
-  }
+  void Visit(CDigestStripe& stripe) { VisitAll(stripe.place, stripe.names, stripe.blocks, stripe.checksums); }
   void Visit(CDigestIndex& index) { VisitAll(index.names, index.stripes, index.logs); }
   template <class T>
   void Visit(std::vector<T>& items) {
     auto count = static_cast<std::uint32_t>(items.size());
     Move(count);
-    if (count > m_ar.Remaining() && !m_ar.IsStoring()) throw CArchiveException();
+    if (!m_ar.IsStoring()) m_ar.CheckCount(count, 1);
     items.resize(count);
     for (T& item : items) Visit(item);
   }
@@ -222,10 +220,9 @@ void CDigestWriter::Put(const void* bytes, std::size_t size) {
 
 void CDigestWriter::Add(const CHistoryLog& log, const std::vector<CMoment>& moments,
                         const std::vector<std::vector<CDigestBlock>>& blocks) {
-  const std::size_t size = moments.size() * (sizeof(CMoment) + blocks.size() * sizeof(CDigestBlock));
   const std::size_t before = m_columns.empty() ? 0 : m_columns[0].size() / sizeof(CMoment);
-  if (m_names != log.names || before * (sizeof(CMoment) + blocks.size() * sizeof(CDigestBlock)) + size > kStripeSize)
-    EndStripe();
+  const std::size_t blockSize = sizeof(CMoment) + blocks.size() * sizeof(CDigestBlock);  // of all variables
+  if (m_names != log.names || (before + moments.size()) * blockSize > kStripeSize) EndStripe();
   m_names = log.names;
   m_columns.resize(blocks.size() + 1);
   const auto block = static_cast<std::uint32_t>(m_columns[0].size() / sizeof(CMoment));
@@ -263,7 +260,8 @@ void CDigestWriter::Finish() {
   ar.Close();
   const std::string& bytes = index.Bytes();
   const CDigestEnd end = {{static_cast<std::uint32_t>(m_place), static_cast<std::uint32_t>(m_place >> 32)},
-                          static_cast<std::uint32_t>(bytes.size()), Crc32c(bytes.data(), bytes.size())};
+                          static_cast<std::uint32_t>(bytes.size()),
+                          Crc32c(bytes.data(), bytes.size())};
   Put(bytes.data(), bytes.size());
   Put(&end, sizeof end);
   m_file.Replace();

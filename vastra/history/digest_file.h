@@ -2,10 +2,13 @@
 // greatest, sum, first and last of the values. docs/history.md describes each byte of the file.
 #pragma once
 
+#include <map>
 #include <optional>
+#include <string>
 
 #include "vastra/history/buckets.h"
 #include "vastra/logfiles/probed_file.h"
+#include "vastra/platform/file.h"
 
 namespace vastra {
 
@@ -29,21 +32,21 @@ static_assert(sizeof(CDigestBlock) == 32);
 
 // A log in a digest.
 struct CDigestLog {
-  CString file;                                   // its name in the folder
-  std::uint64_t size = 0;                         // of the file when it was read
-  std::int64_t lastWrite = 0;                     // the same, nanoseconds since 1970
+  CString file;                // its name in the folder
+  std::uint64_t size = 0;      // of the file when it was read
+  std::int64_t lastWrite = 0;  // the same, nanoseconds since 1970
   std::uint32_t samples = 0;
-  std::uint32_t stripe = 0, block = 0;            // its first block, counted from the beginning of the stripe
+  std::uint32_t stripe = 0, block = 0;  // its first block, counted from the beginning of the stripe
   bool IsOf(const CHistoryLog& log) const {
     return size == log.size && lastWrite == log.status.lastWrite && samples == log.samples;
   }
 };
 
-// The blocks of several logs with the same names, one variable after the other. A column of it has a value for
-// each block: column 0 the moment of the first sample, column i the variable i - 1.
+// The blocks of several logs with the same names, one variable after the other. A column of it has a value
+// for each block: column 0 the moment of the first sample, column i the variable i - 1.
 struct CDigestStripe {
   std::uint64_t place = 0;
-  std::uint32_t names = 0;   // its list in CDigestIndex::names
+  std::uint32_t names = 0;  // its list in CDigestIndex::names
   std::uint32_t blocks = 0;
   std::vector<std::uint32_t> checksums;  // of the columns
 
@@ -61,8 +64,8 @@ struct CDigestIndex {
   std::vector<CDigestLog> logs;  // sorted by file
 };
 
-// Where the digest of a folder is, best first: in the folder itself, in the cache directory of the user. Empty
-// strings are left out.
+// Where the digest of a folder is, best first: in the folder itself, in the cache directory of the user.
+// Empty strings are left out.
 std::vector<CString> DigestPaths(const CString& folder);
 
 // Reads a digest. What is damaged or does not fit is as if it were not there.
@@ -91,7 +94,8 @@ class CDigestReader {
   std::map<std::size_t, CColumn> m_columns;
 };
 
-// Writes a digest, stripe by stripe, to a file that replaces the one at path at the end. Throws CFileException.
+// Writes a digest, stripe by stripe, to a file that replaces the one at path at the end. Throws
+// CFileException.
 class CDigestWriter {
  public:
   explicit CDigestWriter(const CString& path);
@@ -108,8 +112,8 @@ class CDigestWriter {
   CReplaceFile m_file;
   std::uint64_t m_place = 0;
   CDigestIndex m_index;
-  CSharedNames m_names;                    // of the stripe that is being made
-  std::vector<std::string> m_columns;      // of this stripe
+  CSharedNames m_names;                // of the stripe that is being made
+  std::vector<std::string> m_columns;  // of this stripe
   std::map<CSharedNames, std::uint32_t> m_lists;
 };
 
