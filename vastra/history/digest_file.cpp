@@ -15,7 +15,6 @@ constexpr std::uint32_t kDigestMagic = 0x44545356;  // VSTD
 constexpr std::uint32_t kDigestVersion = 1;
 constexpr std::size_t kStripeSize = std::size_t{8} << 20;
 constexpr const char* kDigestFile = ".vastra-history.digest";
-constexpr std::uint32_t kCountBits = 10, kCountMask = (1U << kCountBits) - 1;
 
 struct CDigestStart {
   std::uint32_t magic = kDigestMagic;
@@ -111,25 +110,18 @@ CString CacheFolder() {
 }  // namespace
 
 CDigestBlock CDigestBlock::Of(const CBucket& bucket) {
-  CDigestBlock block;
-  block.sum = bucket.sum + bucket.sumRest;
-  block.sumRest = static_cast<float>(bucket.sumRest - (block.sum - bucket.sum));
-  block.least = bucket.least;
-  block.greatest = bucket.greatest;
-  block.first = bucket.first;
-  block.last = bucket.last;
-  block.counts = static_cast<std::uint32_t>(bucket.values | bucket.nans << kCountBits |
-                                            bucket.infinities << (2 * kCountBits));
-  return block;
+  const auto count = [](std::uint64_t number) { return static_cast<std::uint16_t>(number); };
+  return {bucket.sum,  bucket.sumRest,       bucket.least,       bucket.greatest,         bucket.first,
+          bucket.last, count(bucket.values), count(bucket.nans), count(bucket.infinities)};
 }
 
 CBucket CDigestBlock::Bucket() const {
   CBucket bucket;
-  bucket.values = counts & kCountMask;
-  bucket.nans = counts >> kCountBits & kCountMask;
-  bucket.infinities = counts >> (2 * kCountBits) & kCountMask;
+  bucket.values = values;
+  bucket.nans = nans;
+  bucket.infinities = infinities;
   bucket.sum = sum;
-  bucket.sumRest = static_cast<double>(sumRest);
+  bucket.sumRest = sumRest;
   bucket.least = least;
   bucket.greatest = greatest;
   bucket.first = first;

@@ -20,15 +20,15 @@ constexpr std::uint32_t BlocksOf(std::uint64_t samples) {
 
 // The values of one variable in a block, in memory as in the file.
 struct CDigestBlock {
-  double sum = 0;
-  float sumRest = 0;
+  double sum = 0, sumRest = 0;
   float least = 0, greatest = 0, first = 0, last = 0;
-  std::uint32_t counts = 0;  // finite values, NaN << 10 and infinities << 20
+  std::uint16_t values = 0, nans = 0, infinities = 0;
+  std::uint16_t reserved = 0;
 
   static CDigestBlock Of(const CBucket& bucket);
   CBucket Bucket() const;
 };
-static_assert(sizeof(CDigestBlock) == 32);
+static_assert(sizeof(CDigestBlock) == 40);
 
 // A log in a digest.
 struct CDigestLog {
