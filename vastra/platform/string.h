@@ -2,6 +2,7 @@
 // encoding: the strings of a log or a configuration are written back byte for byte.
 #pragma once
 
+#include <compare>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -63,7 +64,11 @@ class VASTRA_API CString {
   friend CString operator+(CString left, char right) { return left += right; }
   friend bool operator==(const CString& a, const CString& b) { return a.m_text == b.m_text; }
   friend bool operator==(const CString& a, const char* b) { return a.m_text == b; }
-  friend bool operator<(const CString& a, const CString& b) { return a.m_text < b.m_text; }
+  // By the bytes, as unsigned numbers. Without it, pairs and vectors of strings would compare the addresses
+  // of their bytes.
+  friend std::strong_ordering operator<=>(const CString& a, const CString& b) {
+    return a.m_text <=> b.m_text;
+  }
 
  private:
   std::string m_text;
