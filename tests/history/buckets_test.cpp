@@ -1,6 +1,10 @@
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include <random>
 
 #include "tests/history/history_fixture.h"
+#include "tests/logfiles/example.h"
 #include "vastra/history/folder_digest.h"
 
 namespace vastra {
@@ -116,6 +120,16 @@ TEST_F(Buckets, ADigestIsUsedAsLongAsItsLogStays) {
   EXPECT_EQ(Read(range, 1, true), before);
   std::filesystem::last_write_time(path, time + std::chrono::hours(1));
   EXPECT_EQ(Read(range, 1, true), now);
+}
+
+TEST_F(Buckets, TheExampleOfADigestIsRight) {
+  Log("a.rph", Names({"x"}), {{1'000'000'000'250, {1.5F}}, {1'000'000'060'000, {-2}}});
+  const timespec written[2] = {{1'000'000'100, 0}, {1'000'000'100, 0}};
+  ASSERT_EQ(::utimensat(AT_FDCWD, m_dir / "a.rph", written, 0), 0);
+  UpdateDigests(Scanned());
+  EXPECT_EQ(ReadBytes(m_dir / ".vastra-history.digest"),
+            ExampleBytes("### A worked example of a digest", "@end",
+                         ReadBytes(VASTRA_DOCS "/history.md") + "@end"));
 }
 
 TEST_F(Buckets, ADigestThatCannotBeInItsFolderIsInTheCache) {

@@ -13,11 +13,10 @@ namespace vastra {
 
 inline std::string FormatsPage() { return ReadBytes(VASTRA_DOCS "/file-formats.md"); }
 
-// The bytes of the table between two headings of the page. Each row states the offset of its field.
-inline std::string ExampleBytes(const char* from, const char* to) {
+// The bytes of the table between two headings of a page. Each row states the offset of its field.
+inline std::string ExampleBytes(const char* from, const char* to, const std::string& page = FormatsPage()) {
   static const std::regex kRow(R"(\| (\d+) \| ((?:[0-9A-F]{2} )+)\|)");
-  const std::string page = FormatsPage(),
-                    text = page.substr(page.find(from), page.find(to) - page.find(from));
+  const std::string text = page.substr(page.find(from), page.find(to) - page.find(from));
   std::string log;
   for (std::sregex_iterator row(text.begin(), text.end(), kRow), end; row != end; ++row) {
     EXPECT_EQ(log.size(), std::stoul((*row)[1])) << row->str();
