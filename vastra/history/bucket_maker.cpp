@@ -8,14 +8,25 @@
 namespace vastra {
 namespace {
 
+constexpr std::size_t kCachedBytes = std::size_t{20}
+                                     << 10;  // of rows, which stay near while each variable is added
 constexpr std::size_t kBlockBytes = std::size_t{1} << 20;  // of a block of samples that is read at once
 
 __extension__ using CWide = unsigned __int128;  // products of two numbers of 64 bits
 
-bool HasAny(const CHistoryLog& log, const std::vector<CString>& variables) {
-  return std::any_of(variables.begin(), variables.end(), [&](const CString& name) {
-    return std::find(log.names->begin(), log.names->end(), name) != log.names->end();
-  });
+// Leaves the rows of the stretch from first on.
+void Skip(CRowStretch& stretch, std::uint32_t first) {
+  stretch.times += first;
+  stretch.values += first * stretch.step;
+  stretch.count -= first;
+}
+
+// The number of rows whose moments are before moment.
+std::uint32_t CountBefore(const CRowStretch& stretch, CMoment moment) {
+  const _timeb* end = stretch.times + stretch.count;
+  if (MomentOf(end[-1]) < moment) return stretch.count;
+  const auto isBefore = [moment](const _timeb& time) { return MomentOf(time) < moment; };
+  return static_cast<std::uint32_t>(std::partition_point(stretch.times, end, isBefore) - stretch.times);
 }
 
 }  // namespace
@@ -44,14 +55,9 @@ CBucketMaker::CBucketMaker(const std::vector<CHistoryLog>& logs, CBucketRequest 
 
 // Logs that overlap in time are one cluster.
 void CBucketMaker::MakeSpans(const std::vector<CHistoryLog>& logs) {
-  std::map<const void*, bool> known;  // by list of names
   std::vector<const CHistoryLog*> wanted, cluster;
-  for (const CHistoryLog& log : logs) {
-    if (!log.Meets(m_request.range)) continue;
-    const auto [at, isNew] = known.try_emplace(log.names.get());
-    if (isNew) at->second = HasAny(log, m_request.variables);
-    if (at->second) wanted.push_back(&log);
-  }
+  for (const CHistoryLog& log : logs)
+    if (log.Meets(m_request.range) && !PlacesOf(log).empty()) wanted.push_back(&log);
   std::stable_sort(wanted.begin(), wanted.end(),
                    [](const CHistoryLog* a, const CHistoryLog* b) { return a->first < b->first; });
   CMoment last = kFirstMoment;
@@ -63,14 +69,28 @@ void CBucketMaker::MakeSpans(const std::vector<CHistoryLog>& logs) {
   AddSpan(cluster);
 }
 
+// Empty for a log without any of the variables.
+const CBucketMaker::CPlaceList& CBucketMaker::PlacesOf(const CHistoryLog& log) {
+  const auto [at, isNew] = m_lists.try_emplace(log.names.get());
+  if (!isNew) return at->second;
+  std::map<CString, std::int32_t> known;  // of equal names the first one counts
+  for (std::size_t i = log.names->size(); i-- > 0;) known[(*log.names)[i]] = static_cast<std::int32_t>(i);
+  CPlaceList places;
+  for (const CString& name : m_request.variables) places.push_back(known.contains(name) ? known[name] : -1);
+  const bool hasAny =
+      std::any_of(places.begin(), places.end(), [](std::int32_t place) { return place >= 0; });
+  if (hasAny) at->second = std::move(places);
+  return at->second;
+}
+
 // Clusters that follow each other and have no digest are one span.
 void CBucketMaker::AddSpan(std::vector<const CHistoryLog*>& cluster) {
   if (cluster.empty()) return;
   const CHistoryLog& log = *cluster[0];
   CDigestReader* digest =
       cluster.size() == 1 && m_request.useDigests && log.isOrdered ? DigestOf(log) : nullptr;
-  if (digest && digest->Find(log)) {
-    m_spans.push_back({&log, {}});
+  if (const CDigestLog* entry = digest ? digest->Find(log) : nullptr) {
+    m_spans.push_back({&log, digest, entry, {}});
   } else {
     if (m_spans.empty() || m_spans.back().digested) m_spans.emplace_back();
     std::sort(cluster.begin(), cluster.end());  // in the order of the catalogue, whose logs are in an array
@@ -88,48 +108,42 @@ CDigestReader* CBucketMaker::DigestOf(const CHistoryLog& log) {
 
 bool CBucketMaker::OpenSpan() {
   if (m_spans.empty()) return false;
-  CBucketSpan& span = m_spans.front();
+  const CBucketSpan& span = m_spans.front();
   if (span.digested)
-    OpenDigested(*span.digested);
+    OpenDigested(span);
   else
     m_rows = std::make_unique<CRowMerger>(
         span.logs, CRowRequest{m_request.range, m_request.variables, m_request.isUnique});
   return true;
 }
 
-void CBucketMaker::OpenDigested(const CHistoryLog& log) {
-  m_log = std::make_unique<CLogValues>(log, m_open);
-  m_pDigest = DigestOf(log);
-  m_pEntry = m_pDigest->Find(log);
-  m_moments = m_pDigest->Moments(*m_pEntry);
-  m_places.clear();
+void CBucketMaker::OpenDigested(const CBucketSpan& span) {
+  m_log = std::make_unique<CLogValues>(*span.digested, m_open);
+  m_moments = span.digest->Moments(*span.entry);
+  m_places = &PlacesOf(*span.digested);
   m_columns.clear();
-  for (const CString& name : m_request.variables) {
-    const auto at = std::find(log.names->begin(), log.names->end(), name);
-    const bool isThere = at != log.names->end();
-    m_places.push_back(isThere ? static_cast<std::int32_t>(at - log.names->begin()) : -1);
-    m_columns.push_back(isThere ? m_pDigest->Blocks(*m_pEntry, static_cast<std::size_t>(m_places.back()))
-                                : nullptr);
-    if (isThere && !m_columns.back()) m_moments = nullptr;  // the digest is damaged
+  for (const std::int32_t place : *m_places) {
+    m_columns.push_back(place < 0 ? nullptr
+                                  : span.digest->Blocks(*span.entry, static_cast<std::size_t>(place)));
+    if (place >= 0 && !m_columns.back()) m_moments = nullptr;  // the digest is damaged
   }
   m_nextBlock = 0;
   m_nextSample = m_endSample = 0;
-  m_loaded.count = m_shown = 0;
 }
 
 CBucketMaker::EItem CBucketMaker::NextItem() {
   for (;;) {
     if (!m_rows && !m_log && !OpenSpan()) return EItem::none;
-    const EItem item = m_rows ? NextRow() : NextBlock();
+    const EItem item = m_rows ? NextRows() : NextBlock();
     if (item != EItem::none) return item;
     m_spans.pop_front();
   }
 }
 
-CBucketMaker::EItem CBucketMaker::NextRow() {
-  if (m_rows->Next(m_row)) {
-    m_moment = m_row.moment;
-    return EItem::row;
+CBucketMaker::EItem CBucketMaker::NextRows() {
+  if (m_rows->Next(m_stretch)) {
+    m_moment = MomentOf(m_stretch.times[0]);
+    return EItem::rows;
   }
   m_faults.insert(m_faults.end(), m_rows->Faults().begin(), m_rows->Faults().end());
   m_rows.reset();
@@ -138,16 +152,14 @@ CBucketMaker::EItem CBucketMaker::NextRow() {
 
 CBucketMaker::EItem CBucketMaker::NextBlock() {
   for (;;) {
-    if (const EItem row = NextLoaded(); row != EItem::none) return row;
-    const std::uint32_t blocks = BlocksOf(m_log->Log().samples);
-    if (m_nextBlock == blocks) break;
-    const std::uint32_t block = m_nextBlock++;
-    if (IsBlockInPart(block)) {
-      m_block = block;
-      m_moment = m_moments[block];
-      return EItem::block;
+    if (const EItem rows = NextLoaded(); rows != EItem::none) return rows;
+    if (m_nextBlock == BlocksOf(m_log->Count())) break;
+    m_block = m_nextBlock++;
+    if (IsBlockInPart(m_block)) {
+      m_moment = m_moments[m_block];
+      return EItem::blocks;
     }
-    m_nextSample = block * kBlockSamples;
+    m_nextSample = m_block * kBlockSamples;
     m_endSample = std::min(m_nextSample + kBlockSamples, m_log->Count());
   }
   m_log.reset();
@@ -165,29 +177,27 @@ bool CBucketMaker::IsBlockInPart(std::uint32_t block) const {
   return range.Has(first) && range.Has(last) && m_parts.IndexOf(first) == m_parts.IndexOf(last);
 }
 
-// The next row of a block that is read from the log.
+// The next rows of a block that is read from the log.
 CBucketMaker::EItem CBucketMaker::NextLoaded() {
-  for (;;) {
-    if (m_shown == m_loaded.count) {
-      if (m_nextSample == m_endSample) return EItem::none;
-      if (!m_log->Load(m_nextSample, m_endSample - m_nextSample, kBlockBytes, m_loaded)) {
-        m_faults.push_back({m_log->Log().path, m_log->Fault()});
-        m_nextSample = m_endSample = m_shown = m_loaded.count = 0;
-        m_nextBlock = BlocksOf(m_log->Log().samples);
-        return EItem::none;
-      }
-      m_nextSample += m_loaded.count;
-      m_shown = 0;
+  while (m_nextSample < m_endSample) {
+    CLoadedSamples loaded;
+    if (!m_log->Load(m_nextSample, m_endSample - m_nextSample, kBlockBytes, loaded)) {
+      m_faults.push_back({m_log->Log().path, m_log->Fault()});
+      m_nextSample = m_endSample;
+      m_nextBlock = BlocksOf(m_log->Count());
+      break;
     }
-    const std::uint32_t i = m_shown++;
-    m_moment = MomentOf(m_loaded.times[i]);
-    if (!m_request.range.Has(m_moment)) continue;
-    m_row.moment = m_moment;
-    m_row.values = m_loaded.records + i * m_loaded.recordSize + SizeOfCount(m_loaded.values);
-    m_row.count = m_loaded.values;
-    m_row.places = m_places.data();
-    return EItem::row;
+    m_nextSample += loaded.count;
+    m_stretch = {loaded.count,      loaded.times,  loaded.records + SizeOfCount(loaded.values),
+                 loaded.recordSize, loaded.values, m_places->data(),
+                 &m_log->Log()};
+    Skip(m_stretch, CountBefore(m_stretch, m_request.range.from));
+    if (m_stretch.count) m_stretch.count = CountBefore(m_stretch, m_request.range.to);
+    if (m_stretch.count == 0) continue;
+    m_moment = MomentOf(m_stretch.times[0]);
+    return EItem::rows;
   }
+  return EItem::none;
 }
 
 bool CBucketMaker::Next(CBucketPart& part) {
@@ -198,27 +208,46 @@ bool CBucketMaker::Next(CBucketPart& part) {
   part.from = m_part.from;
   part.to = m_part.to;
   part.rows = 0;
-  do {
-    part.rows += AddItem();
-    m_item = NextItem();
-  } while (m_item != EItem::none && m_part.Has(m_moment));
+  do part.rows += AddItem();
+  while (m_item != EItem::none && m_part.Has(m_moment));
   part.buckets = m_buckets;
   return true;
 }
 
-// Adds the item to the buckets and returns its number of rows.
+// Adds the item, or the rows of it that are in the part, to the buckets, and moves on to what follows.
+// Returns the number of its rows.
 std::uint64_t CBucketMaker::AddItem() {
-  if (m_item == EItem::block) return AddBlock();
-  float value;
-  for (std::size_t i = 0; i < m_buckets.size(); ++i)
-    if (m_row.Get(i, value)) m_buckets[i].Add(value);
-  return 1;
+  const std::uint64_t rows = m_item == EItem::blocks ? AddBlocks() : AddRows();
+  if (m_item == EItem::rows && m_stretch.count > 0)
+    m_moment = MomentOf(m_stretch.times[0]);
+  else
+    m_item = NextItem();
+  return rows;
 }
 
-std::uint64_t CBucketMaker::AddBlock() {
+std::uint64_t CBucketMaker::AddRows() {
+  const std::uint32_t rows = CountBefore(m_stretch, m_part.to);
+  const auto most = static_cast<std::uint32_t>(kCachedBytes / std::max<std::size_t>(m_stretch.step, 1) + 1);
+  for (std::uint32_t left = rows; left > 0;) {
+    const std::uint32_t some = std::min(left, most);
+    for (std::size_t i = 0; i < m_buckets.size(); ++i)
+      if (const auto place = static_cast<std::uint32_t>(m_stretch.places[i]); place < m_stretch.valueCount)
+        m_buckets[i].Add(m_stretch.values + place * sizeof(float), m_stretch.step, some);
+    Skip(m_stretch, some);
+    left -= some;
+  }
+  return rows;
+}
+
+// The block, and those after it that are in the part, too.
+std::uint64_t CBucketMaker::AddBlocks() {
+  while (m_nextBlock < BlocksOf(m_log->Count()) && IsBlockInPart(m_nextBlock) &&
+         m_part.Has(m_moments[m_nextBlock]))
+    ++m_nextBlock;
   for (std::size_t i = 0; i < m_buckets.size(); ++i)
-    if (m_columns[i]) m_buckets[i].Add(m_columns[i][m_block].Bucket());
-  return std::min(kBlockSamples, m_log->Count() - m_block * kBlockSamples);
+    for (std::uint32_t block = m_block; m_columns[i] && block < m_nextBlock; ++block)
+      m_buckets[i].Add(m_columns[i][block].Bucket());
+  return std::min(m_nextBlock * kBlockSamples, m_log->Count()) - m_block * kBlockSamples;
 }
 
 double CBucketMaker::Progress() const {

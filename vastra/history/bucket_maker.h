@@ -30,6 +30,8 @@ class CParts {
 // A stretch of time that is read in one way: one log with its digest, or several logs as rows.
 struct CBucketSpan {
   const CHistoryLog* digested = nullptr;
+  CDigestReader* digest = nullptr;
+  const CDigestLog* entry = nullptr;  // of the log in the digest
   std::vector<CHistoryLog> logs;
 };
 
@@ -43,47 +45,47 @@ class CBucketMaker {
   double Progress() const;
 
  private:
-  // What comes next in time: a row, or a block of a digest.
-  enum class EItem { none, row, block };
+  // What comes next in time: rows, or blocks of a digest.
+  enum class EItem { none, rows, blocks };
+  using CPlaceList = std::vector<std::int32_t>;  // of the variables in a log, or -1
 
   void MakeSpans(const std::vector<CHistoryLog>& logs);
   void AddSpan(std::vector<const CHistoryLog*>& cluster);
+  const CPlaceList& PlacesOf(const CHistoryLog& log);
   CDigestReader* DigestOf(const CHistoryLog& log);
   bool OpenSpan();
-  void OpenDigested(const CHistoryLog& log);
+  void OpenDigested(const CBucketSpan& span);
   EItem NextItem();
-  EItem NextRow();
+  EItem NextRows();
   EItem NextBlock();
-  bool IsBlockInPart(std::uint32_t block) const;
   EItem NextLoaded();
+  bool IsBlockInPart(std::uint32_t block) const;
   std::uint64_t AddItem();
-  std::uint64_t AddBlock();
+  std::uint64_t AddRows();
+  std::uint64_t AddBlocks();
 
   CBucketRequest m_request;
   CParts m_parts;
+  std::map<const std::vector<CString>*, CPlaceList> m_lists;    // by the names of a log
   std::map<CString, std::unique_ptr<CDigestReader>> m_digests;  // by folder; null: there is none
-  std::deque<CBucketSpan> m_spans;                              // that are left
+  std::deque<CBucketSpan> m_spans;                              // the first one is being read
   std::size_t m_allSpans = 0;
   std::vector<CHistoryFault> m_faults;
 
   EItem m_item = EItem::none;  // comes next
-  CMoment m_moment = 0;        // of the item; of a block, of its first row
-  CHistoryRow m_row;
-  std::uint32_t m_block = 0;
+  CMoment m_moment = 0;        // of its first row
+  CRowStretch m_stretch;       // rows
+  std::uint32_t m_block = 0;   // of a digest
 
   // The span that is being read.
   std::unique_ptr<CRowMerger> m_rows;
   COpenLogs m_open;
-  std::unique_ptr<CLogValues> m_log;  // of a log with a digest
-  CDigestReader* m_pDigest = nullptr;
-  const CDigestLog* m_pEntry = nullptr;
-  const CMoment* m_moments = nullptr;          // of the blocks
-  std::vector<std::int32_t> m_places;          // of the variables in the log, or -1
-  std::vector<const CDigestBlock*> m_columns;  // their blocks; null without a place
+  std::unique_ptr<CLogValues> m_log;           // of a log with a digest
+  const CMoment* m_moments = nullptr;          // of its blocks
+  const CPlaceList* m_places = nullptr;        // in it
+  std::vector<const CDigestBlock*> m_columns;  // the blocks of the variables; null without a place
   std::uint32_t m_nextBlock = 0;
   std::uint32_t m_nextSample = 0, m_endSample = 0;  // of a block that is read from the log
-  CLoadedSamples m_loaded;
-  std::uint32_t m_shown = 0;  // next one of m_loaded
 
   CMomentRange m_part = {0, 0};
   std::vector<CBucket> m_buckets;  // of the part

@@ -7,7 +7,6 @@
 //     while (reader.Next(part)) ... part.from, part.buckets[0].Mean() ...
 #pragma once
 
-#include <cmath>
 #include <memory>
 #include <span>
 #include <vector>
@@ -25,11 +24,13 @@ struct CBucket {
 
   double Mean() const { return values ? (sum + sumRest) / static_cast<double>(values) : 0; }
 
-  void Add(float value);
+  // Adds count values, the first one at values, each step bytes after the one before.
+  void Add(const char* values, std::size_t step, std::uint32_t count);
   void Add(const CBucket& later);  // the values of later come after those of this bucket
 
  private:
-  void AddToSum(double value);
+  void Add(float value);
+  void AddToSum(double value, double rest);
 };
 
 struct CBucketRequest {
@@ -48,27 +49,6 @@ struct CBucketPart {
   std::uint64_t rows = 0;
   std::span<const CBucket> buckets;  // one for each variable
 };
-
-// Two sums of doubles whose rounding errors are kept: TwoSum of D. E. Knuth, The Art of Computer Programming,
-// volume 2, 4.2.2.
-inline void CBucket::AddToSum(double value) {
-  const double next = sum + value;
-  const double part = next - sum;
-  sumRest += (sum - (next - part)) + (value - part);
-  sum = next;
-}
-
-inline void CBucket::Add(float value) {
-  if (!std::isfinite(value)) {
-    ++(std::isnan(value) ? nans : infinities);
-    return;
-  }
-  if (values++ == 0) least = greatest = first = value;
-  least = value < least ? value : least;
-  greatest = value > greatest ? value : greatest;
-  last = value;
-  AddToSum(static_cast<double>(value));
-}
 
 class CBucketMaker;
 

@@ -47,14 +47,9 @@ void EndBlock(std::vector<CBucket>& buckets, CLogBlocks& made) {
 
 void AddSamples(const CLoadedSamples& samples, std::vector<CBucket>& buckets) {
   const std::size_t values = std::min<std::size_t>(samples.values, buckets.size());
-  for (std::uint32_t row = 0; row < samples.count; ++row) {
-    const char* at = samples.records + row * samples.recordSize + SizeOfCount(samples.values);
-    for (std::size_t i = 0; i < values; ++i, at += sizeof(float)) {
-      float value;
-      std::memcpy(&value, at, sizeof value);
-      buckets[i].Add(value);
-    }
-  }
+  const char* at = samples.records + SizeOfCount(samples.values);
+  for (std::size_t i = 0; i < values; ++i, at += sizeof(float))
+    buckets[i].Add(at, samples.recordSize, samples.count);
 }
 
 // Makes the blocks from the values: false if the log cannot be read.

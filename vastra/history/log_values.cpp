@@ -38,12 +38,24 @@ void COpenLogs::Add(CLogValues* log) {
 
 void COpenLogs::Remove(CLogValues* log) { std::erase(m_logs, log); }
 
+std::vector<char> COpenLogs::TakeMemory() {
+  if (m_memory.empty()) return {};
+  std::vector<char> memory = std::move(m_memory.back());
+  m_memory.pop_back();
+  return memory;
+}
+
+void COpenLogs::GiveMemory(std::vector<char>&& memory) {
+  if (!memory.empty() && m_memory.size() < kMostKept) m_memory.push_back(std::move(memory));
+}
+
 CLogValues::CLogValues(const CHistoryLog& log, COpenLogs& open)
     : m_log(log), m_open(open), m_status(log.status), m_layout(log.layout) {}
 
 void CLogValues::Close() {
   if (m_pFile) m_open.Remove(this);
   m_pFile.reset();
+  m_open.GiveMemory(std::move(m_records));
   m_records = {};
   m_times = {};
   m_journal = {};
@@ -153,6 +165,7 @@ bool CLogValues::LoadFromFile(std::uint32_t first, std::uint32_t count, std::siz
   const std::size_t size = run.RecordSize();
   const std::size_t fit = std::max<std::size_t>(1, mostBytes / (size + sizeof(_timeb)));
   const auto part = static_cast<std::uint32_t>(std::min<std::size_t>({count, end - first, fit}));
+  if (m_records.empty()) m_records = m_open.TakeMemory();
   if (m_records.size() < part * size) m_records.resize(part * size);
   if (m_times.size() < part) m_times.resize(part);
   if (!m_pFile->Read(m_records.data(), part * size, run.place + (first - run.first) * std::uint64_t{size}))

@@ -10,16 +10,21 @@ namespace vastra {
 
 class CLogValues;
 
-// The files that some readers have open: those above the limit are closed and opened again later.
+// The files that some readers have open: those above the limit are closed and opened again later. Keeps
+// memory of logs that were read for the next ones.
 class COpenLogs {
  public:
   void Add(CLogValues* log);
   void Remove(CLogValues* log);
+  std::vector<char> TakeMemory();  // of any size
+  void GiveMemory(std::vector<char>&& memory);
 
  private:
+  static constexpr std::size_t kMostKept = 4;
   static constexpr std::size_t kMostOpen = 64;
 
   std::deque<CLogValues*> m_logs;  // the oldest first
+  std::vector<std::vector<char>> m_memory;
 };
 
 // Samples that follow each other, in the form of a log.

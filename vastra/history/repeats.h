@@ -11,9 +11,11 @@ namespace vastra {
 
 class CRepeats {
  public:
-  // Whether the row, which comes after those of earlier calls, has to stay: a row stays as often as the log
-  // has it that has it most often. limit: no other log has a row before it.
-  bool IsNew(const CHistoryRow& row, CMoment limit);
+  // Whether a row of that moment was compared.
+  bool HasRowsAt(CMoment moment) const { return moment == m_moment; }
+  // Whether the row, the only one of row, has to stay: a row stays as often as the log has it that has it
+  // most often. It comes after those of earlier calls, in the order of the logs.
+  bool IsNew(const CRowStretch& row);
 
  private:
   struct CCounts {

@@ -70,28 +70,27 @@ std::size_t CRowMerger::MostTogether() const {
   return most;
 }
 
-bool CRowMerger::Next(CHistoryRow& row) {
-  while (NextRow(row))
-    if (!m_request.isUnique || m_repeats.IsNew(row, m_limit)) return true;
+// Without repeats, rows whose moments another log has as well are compared one by one.
+bool CRowMerger::Next(CRowStretch& stretch) {
+  while (Advance()) {
+    const bool isCompared =
+        m_request.isUnique && (m_current->Moment() >= m_limit || m_repeats.HasRowsAt(m_current->Moment()));
+    m_current->Take(m_limit, isCompared ? 1 : UINT32_MAX, stretch);
+    if (!isCompared || m_repeats.IsNew(stretch)) return true;
+  }
   return false;
 }
 
-bool CRowMerger::NextRow(CHistoryRow& row) {
-  if (!Step()) return false;
-  m_current->Get(row);
-  return true;
-}
-
-// Moves to the next row.
-bool CRowMerger::Step() {
+// Chooses the log of the next row.
+bool CRowMerger::Advance() {
   if (m_current != m_sources.end()) {
     const CSources::iterator source = m_current;
-    if (source->Next()) {
+    if (!source->Advance()) {
+      End(source);
+    } else {
       if (source->Moment() < m_limit) return true;
       m_waiting.push_back(source);
       std::push_heap(m_waiting.begin(), m_waiting.end(), IsLater);
-    } else {
-      End(source);
     }
   }
   return Choose();

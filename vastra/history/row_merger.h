@@ -15,7 +15,7 @@ class CRowMerger {
   CRowMerger(const std::vector<CHistoryLog>& logs, CRowRequest request);
 
   const std::vector<CString>& Variables() const { return m_request.variables; }
-  bool Next(CHistoryRow& row);
+  bool Next(CRowStretch& stretch);
   const std::vector<CHistoryFault>& Faults() const { return m_faults; }
   double Progress() const;
 
@@ -32,8 +32,7 @@ class CRowMerger {
   void AddLog(const CHistoryLog& log, std::size_t order);
   CPlaces PlacesOf(const CSharedNames& names);
   std::size_t MostTogether() const;
-  bool NextRow(CHistoryRow& row);
-  bool Step();
+  bool Advance();
   void OpenPending();
   bool Choose();
   void End(CSources::iterator source);
@@ -45,7 +44,7 @@ class CRowMerger {
   COpenLogs m_open;
   CSources m_sources;                         // that are open
   std::vector<CSources::iterator> m_waiting;  // a heap, of all sources except m_current
-  CSources::iterator m_current;               // has the row; end of m_sources if there is none
+  CSources::iterator m_current;               // has the next row; end of m_sources if there is none
   CMoment m_limit = kFirstMoment;             // no other log has a row before it
   std::size_t m_mostBytes = 0;
   std::uint64_t m_total = 0, m_done = 0;  // samples

@@ -11,7 +11,12 @@ CRowReader::~CRowReader() = default;
 
 const std::vector<CString>& CRowReader::Variables() const { return m_pMerger->Variables(); }
 
-bool CRowReader::Next(CHistoryRow& row) { return m_pMerger->Next(row); }
+bool CRowReader::NextStretch(CRowStretch& stretch) {
+  m_next = 0;
+  if (m_pMerger->Next(stretch)) return true;
+  stretch.count = 0;
+  return false;
+}
 
 const std::vector<CHistoryFault>& CRowReader::Faults() const { return m_pMerger->Faults(); }
 

@@ -42,6 +42,17 @@ struct CHistoryRow {
   }
 };
 
+// Rows that follow each other, of one log.
+struct CRowStretch {
+  std::uint32_t count = 0;
+  const _timeb* times = nullptr;
+  const char* values = nullptr;  // of the first row: floats, not aligned
+  std::size_t step = 0;          // bytes from the values of one row to those of the next
+  std::uint32_t valueCount = 0;  // of each row
+  const std::int32_t* places = nullptr;
+  const CHistoryLog* log = nullptr;
+};
+
 // A log whose rows, or the rest of them, could not be read.
 struct CHistoryFault {
   CString path;
@@ -61,7 +72,18 @@ class VASTRA_API CRowReader {
   // The columns of the rows.
   const std::vector<CString>& Variables() const;
   // Gets the next row: true, or false after the last one. Rows of equal moments are in the order of the logs.
-  bool Next(CHistoryRow& row);
+  bool Next(CHistoryRow& row) {
+    if (m_next == m_stretch.count && !NextStretch(m_stretch)) return false;
+    row.time = m_stretch.times[m_next];
+    row.moment = MomentOf(row.time);
+    row.values = m_stretch.values + m_next++ * m_stretch.step;
+    row.count = m_stretch.valueCount;
+    row.places = m_stretch.places;
+    row.log = m_stretch.log;
+    return true;
+  }
+  // The same rows, many at a time. Not to be mixed with Next.
+  bool NextStretch(CRowStretch& stretch);
   // The logs that could not be read since the catalogue listed them: they were removed, replaced or cut.
   const std::vector<CHistoryFault>& Faults() const;
   // How much of the samples in the range has been read, from 0 to 1, for a progress bar.
@@ -69,6 +91,8 @@ class VASTRA_API CRowReader {
 
  private:
   std::unique_ptr<CRowMerger> m_pMerger;
+  CRowStretch m_stretch;
+  std::uint32_t m_next = 0;  // of m_stretch
 };
 
 }  // namespace vastra

@@ -7,7 +7,7 @@ namespace vastra {
 
 bool CRowSource::Open(const CMomentRange& range) {
   const bool isFound =
-      Log().isOrdered ? m_values.Find(range.from, m_next) && m_values.Find(range.to, m_end) : Sort(range);
+      Log().isOrdered ? m_values.Find(range.from, m_begin) && m_values.Find(range.to, m_end) : Sort(range);
   return isFound && Load();
 }
 
@@ -25,24 +25,37 @@ bool CRowSource::Sort(const CMomentRange& range) {
 
 // Loads the next samples that follow each other in the log.
 bool CRowSource::Load() {
-  if (m_next == m_end) {
-    m_values.Close();
-    return false;
-  }
-  std::uint32_t first = m_next, count = m_end - m_next;
-  if (!m_sorted.empty()) {
-    first = m_sorted[m_next];
+  std::uint32_t first = m_begin, count = m_end - m_begin;
+  if (count && !m_sorted.empty()) {
+    first = m_sorted[m_begin];
     count = 1;
-    while (m_next + count < m_end && m_sorted[m_next + count] == first + count) ++count;
+    while (m_begin + count < m_end && m_sorted[m_begin + count] == first + count) ++count;
   }
-  if (!m_values.Load(first, count, m_mostBytes, m_samples)) {
+  if (count == 0 || !m_values.Load(first, count, m_mostBytes, m_samples)) {
     m_values.Close();
     return false;
   }
-  m_next += m_samples.count;
+  m_begin += m_samples.count;
   m_done += m_samples.count;
-  Show(0);
+  m_next = 0;
+  m_moment = MomentOf(m_samples.times[0]);
   return true;
+}
+
+void CRowSource::Take(CMoment limit, std::uint32_t most, CRowStretch& stretch) {
+  const _timeb* begin = m_samples.times + m_next;
+  const _timeb* end = m_samples.times + m_samples.count;
+  if (MomentOf(end[-1]) >= limit)
+    end = std::partition_point(begin, end, [limit](const _timeb& time) { return MomentOf(time) < limit; });
+  const auto before = static_cast<std::uint32_t>(end - begin);
+  stretch.count = std::min(most, std::max<std::uint32_t>(before, 1));
+  stretch.times = begin;
+  stretch.values = m_samples.records + m_next * m_samples.recordSize + SizeOfCount(m_samples.values);
+  stretch.step = m_samples.recordSize;
+  stretch.valueCount = m_samples.values;
+  stretch.places = m_places->data();
+  stretch.log = &Log();
+  m_next += stretch.count;
 }
 
 }  // namespace vastra

@@ -39,16 +39,45 @@ std::uint32_t CrcOfEight(std::uint64_t bytes) {
   return crc;
 }
 
-}  // namespace
+// The checksum after the bytes, whose number is a multiple of eight.
+using CCrcOfEights = std::uint32_t (*)(const char* at, std::size_t size, std::uint32_t crc);
 
-std::uint32_t Crc32c(const void* bytes, std::size_t size, std::uint32_t crc) {
-  const char* at = static_cast<const char*>(bytes);
-  crc = ~crc;
-  for (; size >= kSlices; at += kSlices, size -= kSlices) {
+std::uint32_t CrcByTables(const char* at, std::size_t size, std::uint32_t crc) {
+  for (; size > 0; at += kSlices, size -= kSlices) {
     std::uint64_t eight;
     std::memcpy(&eight, at, sizeof eight);
     crc = CrcOfEight(eight ^ crc);
   }
+  return crc;
+}
+
+#ifdef __x86_64__
+// With the instruction of the processor, several times as fast.
+__attribute__((target("sse4.2"))) std::uint32_t CrcByInstruction(const char* at, std::size_t size,
+                                                                 std::uint32_t crc) {
+  std::uint64_t result = crc;
+  for (; size > 0; at += kSlices, size -= kSlices) {
+    std::uint64_t eight;
+    std::memcpy(&eight, at, sizeof eight);
+    result = __builtin_ia32_crc32di(result, eight);
+  }
+  return static_cast<std::uint32_t>(result);
+}
+
+CCrcOfEights ChooseCrc() { return __builtin_cpu_supports("sse4.2") ? CrcByInstruction : CrcByTables; }
+#else
+CCrcOfEights ChooseCrc() { return CrcByTables; }
+#endif
+
+}  // namespace
+
+std::uint32_t Crc32c(const void* bytes, std::size_t size, std::uint32_t crc) {
+  static const CCrcOfEights crcOfEights = ChooseCrc();
+  const char* at = static_cast<const char*>(bytes);
+  const std::size_t eights = size / kSlices * kSlices;
+  crc = crcOfEights(at, eights, ~crc);
+  at += eights;
+  size -= eights;
   for (; size > 0; ++at, --size)
     crc = (crc >> 8) ^ kCrcTables[0][(crc ^ static_cast<std::uint8_t>(*at)) & 0xFF];
   return ~crc;
