@@ -1,6 +1,8 @@
-// vastra convert: a binary log or a journal as the CSV copy that the logger itself writes.
+// vastra convert: a binary log or a journal as the CSV copy that the logger itself writes, or the rows of logs
+// and folders by time, as CSV, lines of JSON or a database.
 #include "host/cli/command.h"
 #include "host/cli/files.h"
+#include "host/cli/history/export_arguments.h"
 #include "host/cli/output.h"
 #include "host/cli/read_log.h"
 #include "host/cli/terminal/terminal.h"
@@ -10,7 +12,7 @@
 namespace vastra {
 namespace {
 
-EExit Convert(const CFileArgument& log, const std::optional<CFileArgument>& csv) {
+EExit ConvertWhole(const CFileArgument& log, const std::optional<CFileArgument>& csv) {
   if (csv && IsSameFile(log.path, csv->path))
     return Fail(kWrongUse, csv->typed, "not written: it is the log to convert");
   CStringArray names;
@@ -30,12 +32,17 @@ EExit Convert(const CFileArgument& log, const std::optional<CFileArgument>& csv)
   }
 }
 
+EExit Convert(const CExportArguments& arguments) {
+  if (arguments.IsPlain()) return ConvertWhole(arguments.Paths().front(), arguments.Csv());
+  CExportOrder order;
+  const EExit status = arguments.Read(order);
+  return status == kDone ? Export(order) : status;
+}
+
 }  // namespace
 
 CAction DeclareConvert(CArguments& arguments) {
-  const auto log = arguments.File("LOG", "The binary log, .rph or .rpd, or a journal");
-  const auto csv = arguments.OptionalFile("--csv", "OUT", "Write this file instead of standard output");
-  return [=] { return Convert(*log, *csv); };
+  return [given = CExportArguments(arguments)] { return Convert(given); };
 }
 
 }  // namespace vastra
