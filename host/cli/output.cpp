@@ -1,5 +1,6 @@
 #include "host/cli/output.h"
 
+#include <sys/uio.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -12,10 +13,35 @@ namespace {
 
 void WriteText(CFile& file, const std::string& text) { file.Write(text.data(), text.size()); }
 
+// Passes whole lines on, without control characters.
+class CPrintableFile final : public CMemFile {
+ public:
+  explicit CPrintableFile(CFile& file) : m_file(file) {}
+
+  void Write(const void* bytes, std::size_t count) override {
+    m_rest.append(static_cast<const char*>(bytes), count);
+    const std::size_t lines = m_rest.rfind('\n') + 1;  // 0 without a line end
+    Pass(lines);
+  }
+  void WriteParts(iovec* parts, std::size_t count) override {
+    for (; count > 0; ++parts, --count) Write(parts->iov_base, parts->iov_len);
+  }
+  void Close() override { Pass(m_rest.size()); }
+
+ private:
+  void Pass(std::size_t bytes) {
+    WriteText(m_file, PrintableLines(std::string_view(m_rest).substr(0, bytes)));
+    m_rest.erase(0, bytes);
+  }
+
+  CFile& m_file;
+  std::string m_rest;
+};
+
 void WriteToTerminal(CFile& file, const std::function<void(CFile&)>& write) {
-  CMemFile data;
-  write(data);
-  WriteText(file, PrintableLines(data.Bytes()));
+  CPrintableFile lines(file);
+  write(lines);
+  lines.Close();
 }
 
 }  // namespace
