@@ -36,7 +36,7 @@ class Logs(LogTest):
             server.bind(self.path("socket"))
             for name, kind in [("fifo", "a FIFO"), ("socket", "a socket"), ("logs", "a folder"), ("/dev/null", "a device")]:
                 for command in ["inspect ", "convert "]:
-                    self.expect(command + name, 1, err="%s: is %s, not a log" % (name, kind))
+                    self.expect(command + name, 1, err="%s: %s" % (name, "has no logs" if name == "logs" else "is %s, not a log" % kind))
                 for command in ["run %s", "check %s", "export %s", "report %s", "import %s new.vst"]:
                     self.expect(command % name, 3, err="%s: is %s, not a configuration" % (name, kind))
                 self.expect("import c.json " + name, 1, err="%s: not written: it is %s" % (name, kind))

@@ -92,6 +92,30 @@ struct CTriples {
 constexpr CTriples kTriples;
 static_assert(std::endian::native == std::endian::little);
 
+// The text of a number below 10^8, with zeros before it; the first digit is in the lowest byte.
+inline std::uint64_t EightDigits(std::uint32_t number) {
+  return kTriples.m_text[number / kTens[6]] >> 8 | std::uint64_t{kTriples.m_text[number / 1000 % 1000]} << 16 |
+         std::uint64_t{kTriples.m_text[number % 1000]} << 40;
+}
+
+// How many of eight digits are left without the zeros at their end.
+inline int CountWithoutZeros(std::uint64_t digits) {
+  return 8 - std::countl_zero(digits ^ 0x3030303030303030) / 8;
+}
+
+// A number below 10^9 without zeros before it. Writes up to three bytes more than it returns.
+inline char* PutWhole(char* to, std::uint32_t number) {
+  if (number < 1000) {
+    const int zeros = number < 10 ? 2 : number < 100 ? 1 : 0;
+    const std::uint32_t text = kTriples.m_text[number] >> 8 * zeros;
+    std::memcpy(to, &text, sizeof text);
+    return to + 3 - zeros;
+  }
+  to = PutWhole(to, number / 1000);
+  std::memcpy(to, &kTriples.m_text[number % 1000], 4);
+  return to + 3;
+}
+
 // Of a number from 1 to 10^9 - 1.
 int CountDigits(std::uint32_t number) {
   const auto most = static_cast<std::uint32_t>(std::bit_width(number)) * 1233 >> 12;
@@ -105,10 +129,8 @@ class CDigitText {
   explicit CDigitText(std::uint32_t digits) : m_count(CountDigits(digits)), m_whole(m_count) {
     digits *= kTens[9 - m_count];
     m_first = static_cast<char>('0' + digits / kTens[8]);
-    m_rest = kTriples.m_text[digits / kTens[6] % 100] >> 8 |
-             std::uint64_t{kTriples.m_text[digits / 1000 % 1000]} << 16 |
-             std::uint64_t{kTriples.m_text[digits % 1000]} << 40;
-    m_count = 9 - std::countl_zero((m_rest ^ kZeros) | 1) / 8;
+    m_rest = EightDigits(digits % kTens[8]);
+    m_count = 1 + CountWithoutZeros(m_rest);
   }
 
   int Whole() const { return m_whole; }  // digits of the number as it was
@@ -124,8 +146,6 @@ class CDigitText {
   }
 
  private:
-  static constexpr std::uint64_t kZeros = 0x3030303030303030;
-
   int m_count, m_whole;
   char m_first;
   std::uint64_t m_rest;
@@ -169,9 +189,52 @@ char* PutWithExponent(char* to, const CDigitText& digits, int exponent) {
 char* PutDecimal(char* to, const CDecimal& decimal) {
   const CDigitText digits(decimal.digits);
   const int whole = digits.Whole() + decimal.exponent;  // digits before the point
-  if (whole > kMostWhole || whole <= -kMostZeros) return PutWithExponent(to, digits, whole - 1);
+  if (whole > kMostWhole || whole < -kMostZeros) return PutWithExponent(to, digits, whole - 1);
   if (whole <= 0) return PutSmall(to, digits, -whole);
   return whole < digits.Count() ? PutWithPoint(to, digits, whole) : PutWithZeros(to, digits, whole);
+}
+
+// Floats from 0.125 to 2^23, whose decimals and their limits are exact as doubles. For each exponent: how many
+// decimals tell all floats apart, and half the distance of two floats in units of the last decimal.
+constexpr std::uint32_t kFirstUsual = 124, kLastUsual = 149;
+struct CUsualFloats {
+  constexpr CUsualFloats() {
+    double distance = 0x1p-26;
+    for (auto& known : m_known) {
+      known.decimals = 0;
+      while (distance * kTens[known.decimals] < 1) ++known.decimals;
+      known.scale = kTens[known.decimals];
+      known.half = distance * known.scale / 2;
+      distance *= 2;
+    }
+  }
+  struct {
+    double scale, half;
+    int decimals;
+  } m_known[kLastUsual - kFirstUsual + 1] = {};
+};
+constexpr CUsualFloats kUsualFloats;
+
+// The nearest whole number, of two the even one. The sum has no bits for a fraction.
+inline std::uint32_t Nearest(double number) {
+  return static_cast<std::uint32_t>(std::bit_cast<std::uint64_t>(number + 0x1p52));
+}
+
+// Takes one decimal less if that still reads back to value.
+char* PutUsual(char* to, std::uint32_t bits) {
+  const auto& known = kUsualFloats.m_known[(bits >> 23) - kFirstUsual];
+  const auto value = std::bit_cast<float>(bits);
+  const auto whole = static_cast<std::int32_t>(value);
+  to = PutWhole(to, static_cast<std::uint32_t>(whole));
+  const double decimals = (double{value} - whole) * known.scale;
+  const std::uint32_t all = Nearest(decimals), fewer = Nearest(decimals * 0.1);
+  const double away = std::fabs(fewer * 10.0 - decimals);
+  const bool isShorter = away < known.half || (away == known.half && !(bits & 1));
+  const std::uint64_t text = EightDigits((isShorter ? fewer : all) * kTens[8 - known.decimals + isShorter]);
+  const int count = CountWithoutZeros(text);
+  *to = '.';
+  std::memcpy(to + 1, &text, sizeof text);
+  return count ? to + 1 + count : to;
 }
 
 template <class TNumber>
@@ -188,6 +251,7 @@ char* PutShortest(char* to, float value) {
   if (size >= 0x7F800000) return PutSpecial(to, value);
   *to = '-';
   to += bits >> 31;
+  if ((size >> 23) - kFirstUsual <= kLastUsual - kFirstUsual) return PutUsual(to, size);
   if (size) return PutDecimal(to, ShortestDecimal(size));
   *to = '0';
   return to + 1;

@@ -58,12 +58,14 @@ void CSqliteTable::BindTime(CMoment moment) {
 template <class TCell>
 void CSqliteTable::Put(CMoment moment, std::span<const TCell> cells) {
   BindTime(moment);
-  int index = 1;
-  for (const TCell& cell : cells)
-    if (++index; cell)
+  int index = 2;
+  for (const TCell& cell : cells) {
+    if (cell)
       m_library.bindDouble(m_pInsert, index, static_cast<double>(*cell));
     else
       m_library.bindNull(m_pInsert, index);
+    ++index;
+  }
   if (m_library.step(m_pInsert) != SQLITE_DONE) Fail();
   m_library.reset(m_pInsert);
 }
