@@ -1,5 +1,5 @@
-// vastra convert: a binary log or a journal as the CSV copy that the logger itself writes, or the rows of logs
-// and folders by time, as CSV, lines of JSON or a database.
+// vastra convert: a binary log or a journal as the CSV copy that the logger itself writes, or the rows of
+// logs and folders by time, as CSV, lines of JSON or a database.
 #include "host/cli/command.h"
 #include "host/cli/files.h"
 #include "host/cli/history/export_arguments.h"

@@ -18,7 +18,8 @@ CString UnknownName(const std::vector<CString>& wanted, const std::vector<CStrin
 enum class EColumnNames {
   bytes,     // as they are
   utf8,      // U+FFFD for bytes that are not UTF-8
-  caseless,  // the same, and U+0000 and names that differ in the case of letters A to Z alone cannot be told apart
+  caseless,  // the same, and U+0000 and names that differ in the case of letters A to Z alone cannot be told
+             // apart
 };
 
 // The names of a table whose first column is "time". A name that a column before has gets "_2", "_3" and so

@@ -40,7 +40,8 @@ std::vector<CString> NameColumns(const CExportOrder& order, const std::vector<CS
 
 void MakeDigests(const CExportOrder& order, const std::vector<CHistoryLog>& logs) {
   const CExportWatch watch = WatchExport(order, "digests");
-  const std::vector<CString> faults = UpdateDigests(logs, [&watch](double part) { return watch(part), true; });
+  const std::vector<CString> faults =
+      UpdateDigests(logs, [&watch](double part) { return watch(part), true; });
   for (const CString& fault : faults) Warn("convert", fault);
 }
 

@@ -32,10 +32,8 @@ constexpr CWord<EExportFormat> kEndings[] = {{".jsonl", EExportFormat::jsonl},
                                              {".db", EExportFormat::sqlite}};
 
 constexpr const char* kTimeWords = "local|utc|iso|unix";
-constexpr CWord<ETimeForm> kTimes[] = {{"local", ETimeForm::local},
-                                       {"utc", ETimeForm::utc},
-                                       {"iso", ETimeForm::iso},
-                                       {"unix", ETimeForm::unix}};
+constexpr CWord<ETimeForm> kTimes[] = {
+    {"local", ETimeForm::local}, {"utc", ETimeForm::utc}, {"iso", ETimeForm::iso}, {"unix", ETimeForm::unix}};
 
 // The form of the times if the user names none, by format.
 constexpr ETimeForm kUsualTimes[] = {ETimeForm::local, ETimeForm::iso, ETimeForm::utc};
@@ -67,9 +65,10 @@ EExportFormat FormatOf(const CString& file) {
 
 CExportArguments::CExportArguments(CArguments& arguments)
     : m_paths(arguments.Files("PATH", "Binary logs, .rph or .rpd, journals, or folders of them")),
-      m_from(arguments.OptionalText("--from", "T",
-                                    "Rows from this time on: 2026-03-01, 2026-03-01T12:00:00, the same with Z "
-                                    "or an offset, -7d (s, m, h, d, w), now")),
+      m_from(
+          arguments.OptionalText("--from", "T",
+                                 "Rows from this time on: 2026-03-01, 2026-03-01T12:00:00, the same with Z "
+                                 "or an offset, -7d (s, m, h, d, w), now")),
       m_to(arguments.OptionalText("--to", "T", "Rows before this time")),
       m_step(arguments.OptionalText("--step", "S",
                                     "One row for each step: seconds, or a number with s, m, h, d, w")),

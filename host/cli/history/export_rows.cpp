@@ -10,7 +10,8 @@ namespace {
 constexpr std::uint64_t kRowsBetweenLooks = 64;
 
 // The columns of a table without rows are those of all logs.
-const std::vector<CString> ColumnsOf(const std::vector<CString>& found, const std::vector<CHistoryLog>& logs) {
+const std::vector<CString> ColumnsOf(const std::vector<CString>& found,
+                                     const std::vector<CHistoryLog>& logs) {
   return found.empty() ? NamesOf(logs) : found;
 }
 
@@ -82,10 +83,9 @@ class CStepExport {
 
  private:
   void Run(const CStepRange& part, const CMomentRange& range, CExportResult& result) {
-    CBucketReader reader(m_logs, {.range = part.range,
-                                  .parts = part.steps,
-                                  .variables = m_variables,
-                                  .isUnique = m_request.isUnique});
+    CBucketReader reader(
+        m_logs,
+        {.range = part.range, .parts = part.steps, .variables = m_variables, .isUnique = m_request.isUnique});
     CBucketPart step;
     while (reader.Next(step)) {
       for (std::size_t i = 0; i < m_cells.size(); ++i) {
@@ -131,8 +131,7 @@ void ExportSteps(const std::vector<CHistoryLog>& logs, const CExportRequest& req
                 {EStepValue::first, [](const CBucket& bucket) { return bucket.first; }},
                 {EStepValue::last, [](const CBucket& bucket) { return bucket.last; }}};
   const CMomentRange range = CommonRange(request.range, RangeOf(logs));
-  const std::vector<CString> variables =
-      request.variables.empty() ? NamesOf(logs, range) : request.variables;
+  const std::vector<CString> variables = request.variables.empty() ? NamesOf(logs, range) : request.variables;
   table.Begin(namer(ColumnsOf(variables, logs)));
   for (const auto& known : kCells)
     if (known.value == request.value)

@@ -15,7 +15,7 @@ struct CExportRequest {
   CMomentRange range;
   std::vector<CString> variables;  // empty: all
   bool isUnique = false;
-  std::int64_t step = 0;  // milliseconds; 0: the rows as they are
+  std::int64_t step = 0;   // milliseconds; 0: the rows as they are
   CMoment stepOrigin = 0;  // a moment at which a step begins
   EStepValue value = EStepValue::mean;
 };

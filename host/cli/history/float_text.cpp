@@ -8,9 +8,9 @@
 #include <cstring>
 #include <string_view>
 
-// The digits of a float: with the three numbers between which all numbers read back to it (half the way to its
-// neighbours, and itself), scaled by a power of ten so that they have one digit more than is needed. The scaled
-// numbers are rounded to odd, which keeps the result of each comparison that follows.
+// The digits of a float: with the three numbers between which all numbers read back to it (half the way to
+// its neighbours, and itself), scaled by a power of ten so that they have one digit more than is needed. The
+// scaled numbers are rounded to odd, which keeps the result of each comparison that follows.
 namespace vastra {
 namespace {
 
@@ -94,7 +94,8 @@ static_assert(std::endian::native == std::endian::little);
 
 // The text of a number below 10^8, with zeros before it; the first digit is in the lowest byte.
 inline std::uint64_t EightDigits(std::uint32_t number) {
-  return kTriples.m_text[number / kTens[6]] >> 8 | std::uint64_t{kTriples.m_text[number / 1000 % 1000]} << 16 |
+  return kTriples.m_text[number / kTens[6]] >> 8 |
+         std::uint64_t{kTriples.m_text[number / 1000 % 1000]} << 16 |
          std::uint64_t{kTriples.m_text[number % 1000]} << 40;
 }
 
@@ -122,8 +123,8 @@ int CountDigits(std::uint32_t number) {
   return static_cast<int>(most + (number >= kTens[most]));
 }
 
-// The digits of a decimal as text: the first one, and eight more, of which the last ones may be zeros. They stay
-// in registers: to load again what was just stored in pieces takes longer than the rest.
+// The digits of a decimal as text: the first one, and eight more, of which the last ones may be zeros. They
+// stay in registers: to load again what was just stored in pieces takes longer than the rest.
 class CDigitText {
  public:
   explicit CDigitText(std::uint32_t digits) : m_count(CountDigits(digits)), m_whole(m_count) {
@@ -194,8 +195,8 @@ char* PutDecimal(char* to, const CDecimal& decimal) {
   return whole < digits.Count() ? PutWithPoint(to, digits, whole) : PutWithZeros(to, digits, whole);
 }
 
-// Floats from 0.125 to 2^23, whose decimals and their limits are exact as doubles. For each exponent: how many
-// decimals tell all floats apart, and half the distance of two floats in units of the last decimal.
+// Floats from 0.125 to 2^23, whose decimals and their limits are exact as doubles. For each exponent: how
+// many decimals tell all floats apart, and half the distance of two floats in units of the last decimal.
 constexpr std::uint32_t kFirstUsual = 124, kLastUsual = 149;
 struct CUsualFloats {
   constexpr CUsualFloats() {

@@ -1,6 +1,6 @@
-// Numbers as exported tables have them: the fewest digits that read back to the same float or double, plain up
-// to twelve digits before the point and four zeros after it, else with an exponent ("1.5e+20"). "nan", "inf"
-// or "-inf" for the others.
+// Numbers as exported tables have them: the fewest digits that read back to the same float or double, plain
+// up to twelve digits before the point and four zeros after it, else with an exponent ("1.5e+20"). "nan",
+// "inf" or "-inf" for the others.
 #pragma once
 
 namespace vastra {

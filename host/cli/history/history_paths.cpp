@@ -34,7 +34,8 @@ CString CHistoryPaths::Shown(const CString& path) const {
   const CFileArgument& argument = m_arguments[ArgumentOf(path)];
   const std::string_view below = PartBelow(path.View(), argument.path.View());
   if (below.empty()) return path == argument.path ? argument.typed : path;
-  return CString(argument.typed.Std() + (argument.typed.View().ends_with('/') ? "" : "/") + std::string(below));
+  return CString(argument.typed.Std() + (argument.typed.View().ends_with('/') ? "" : "/") +
+                 std::string(below));
 }
 
 std::size_t CHistoryPaths::ArgumentOf(const CString& path) const {

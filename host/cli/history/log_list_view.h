@@ -9,7 +9,8 @@
 
 namespace vastra {
 
-// The line of a log in a folder: path, samples, variables and times, or its fault. shown: the path for people.
+// The line of a log in a folder: path, samples, variables and times, or its fault. shown: the path for
+// people.
 std::string LogLine(const CHistoryLog& log, const CString& shown);
 // The same as an object: as inspect prints it for a file, and the size.
 CJson LogJson(const CHistoryLog& log, const CString& shown);

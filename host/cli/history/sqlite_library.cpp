@@ -35,7 +35,8 @@ const CSqliteLibrary* CSqliteLibrary::Load(CString& fault) {
   void* const library = ::dlopen(kLibrary, RTLD_NOW | RTLD_LOCAL);
   if (library && FindAll(library, functions)) return &functions;
   const char* const reason = library ? "it is too old" : ::dlerror();
-  fault = "sqlite needs the library " + CString(kLibrary) + " (package libsqlite3-0): " + (reason ? reason : "");
+  fault =
+      "sqlite needs the library " + CString(kLibrary) + " (package libsqlite3-0): " + (reason ? reason : "");
   return nullptr;
 }
 

@@ -1,5 +1,5 @@
-// CSqliteLibrary: the functions of libsqlite3 that an export calls. The library is loaded when the first table
-// is written, so that the command runs without it.
+// CSqliteLibrary: the functions of libsqlite3 that an export calls. The library is loaded when the first
+// table is written, so that the command runs without it.
 #pragma once
 
 #include <sqlite3.h>
@@ -22,8 +22,8 @@ struct CSqliteLibrary {
   decltype(&::sqlite3_errmsg) message = nullptr;
   decltype(&::sqlite3_system_errno) systemError = nullptr;
 
-  // The functions, once the library is loaded: it stays until the process ends. Null with the reason in fault,
-  // and what to do.
+  // The functions, once the library is loaded: it stays until the process ends. Null with the reason in
+  // fault, and what to do.
   static const CSqliteLibrary* Load(CString& fault);
 };
 

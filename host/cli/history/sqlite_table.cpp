@@ -7,7 +7,8 @@ namespace {
 
 // The file is new and is thrown away if anything fails, so it needs neither a journal nor syncs of its own.
 constexpr const char* kSettings =
-    "PRAGMA journal_mode=OFF; PRAGMA synchronous=OFF; PRAGMA locking_mode=EXCLUSIVE; PRAGMA cache_size=-8000;";
+    "PRAGMA journal_mode=OFF; PRAGMA synchronous=OFF; PRAGMA locking_mode=EXCLUSIVE; PRAGMA "
+    "cache_size=-8000;";
 
 std::string SqlName(const CString& name) {
   std::string quoted = "\"";

@@ -1,6 +1,5 @@
 #include "host/cli/history/text_tables.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <string_view>
@@ -23,8 +22,10 @@ char* PutPlain(char* to, std::string_view text) {
   return to + text.size();
 }
 
+// Readers of JSON take -0 for a whole number, which has no sign then.
 template <class TNumber>
 char* PutJsonNumber(char* to, TNumber number) {
+  if (number == 0 && std::signbit(number)) return PutPlain(to, "-0.0");
   if (std::isfinite(number)) return PutShortest(to, number);
   *to = '"';
   to = PutShortest(to + 1, number);
