@@ -65,7 +65,8 @@ class History(LogTest):
         self.assertEqual(['{"time":1700000000.000,"V":0,"N":0,"More":null}', '"nan"'], [lines[0].decode(), json.dumps(found[17][1])])
         self.same(expected, found)
         self.expect("convert logs --out o.db --time unix")
-        nulls = [tuple(None if value is not None and math.isnan(value) else value for value in row) for row in expected]
+        kept = {"nan": None, "-0.0": 0.0}  # a database has neither
+        nulls = [tuple(kept.get(repr(value), value) for value in row) for row in expected]
         self.same(nulls, sqlite3.connect(self.path("o.db")).execute("select * from rows").fetchall())
 
     def test_names_are_kept_apart_and_written_by_the_rules_of_each_format(self):
