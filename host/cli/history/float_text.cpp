@@ -104,15 +104,18 @@ inline int CountWithoutZeros(std::uint64_t digits) {
   return 8 - std::countl_zero(digits ^ 0x3030303030303030) / 8;
 }
 
-// A number below 10^9 without zeros before it. Writes up to three bytes more than it returns.
-inline char* PutWhole(char* to, std::uint32_t number) {
-  if (number < 1000) {
-    const int zeros = number < 10 ? 2 : number < 100 ? 1 : 0;
-    const std::uint32_t text = kTriples.m_text[number] >> 8 * zeros;
-    std::memcpy(to, &text, sizeof text);
-    return to + 3 - zeros;
-  }
-  to = PutWhole(to, number / 1000);
+// A number below 1000 without zeros before it. Writes up to three bytes more than it returns.
+inline char* PutShort(char* to, std::uint32_t number) {
+  const int zeros = (number < 10) + (number < 100);
+  const std::uint32_t text = kTriples.m_text[number] >> 8 * zeros;
+  std::memcpy(to, &text, sizeof text);
+  return to + 3 - zeros;
+}
+
+// The same for a number of more digits.
+[[gnu::noinline]] char* PutLong(char* to, std::uint32_t number) {
+  const std::uint32_t thousands = number / 1000;
+  to = thousands < 1000 ? PutShort(to, thousands) : PutLong(to, thousands);
   std::memcpy(to, &kTriples.m_text[number % 1000], 4);
   return to + 3;
 }
@@ -187,7 +190,7 @@ char* PutWithExponent(char* to, const CDigitText& digits, int exponent) {
   return to + 4;
 }
 
-char* PutDecimal(char* to, const CDecimal& decimal) {
+[[gnu::noinline]] char* PutDecimal(char* to, const CDecimal& decimal) {
   const CDigitText digits(decimal.digits);
   const int whole = digits.Whole() + decimal.exponent;  // digits before the point
   if (whole > kMostWhole || whole < -kMostZeros) return PutWithExponent(to, digits, whole - 1);
@@ -196,22 +199,26 @@ char* PutDecimal(char* to, const CDecimal& decimal) {
 }
 
 // Floats from 0.125 to 2^23, whose decimals and their limits are exact as doubles. For each exponent: how
-// many decimals tell all floats apart, and half the distance of two floats in units of the last decimal.
+// many decimals tell all floats apart, as powers of ten, and half the distance of two floats in units of the
+// last decimal.
 constexpr std::uint32_t kFirstUsual = 124, kLastUsual = 149;
 struct CUsualFloats {
   constexpr CUsualFloats() {
     double distance = 0x1p-26;
     for (auto& known : m_known) {
-      known.decimals = 0;
-      while (distance * kTens[known.decimals] < 1) ++known.decimals;
-      known.scale = kTens[known.decimals];
-      known.half = distance * known.scale / 2;
+      int decimals = 0;
+      while (distance * kTens[decimals] < 1) ++decimals;
+      known.scale = kTens[decimals];
+      known.rest = kTens[8 - decimals];
+      known.half[0] = distance * known.scale / 2;
+      known.half[1] = known.half[0] * (1 - 0x1p-52);
       distance *= 2;
     }
   }
   struct {
-    double scale, half;
-    int decimals;
+    double scale;
+    double half[2];      // the second one is just below the first one
+    std::uint32_t rest;  // scale * rest is 10^8
   } m_known[kLastUsual - kFirstUsual + 1] = {};
 };
 constexpr CUsualFloats kUsualFloats;
@@ -221,17 +228,21 @@ inline std::uint32_t Nearest(double number) {
   return static_cast<std::uint32_t>(std::bit_cast<std::uint64_t>(number + 0x1p52));
 }
 
-// Takes one decimal less if that still reads back to value.
-char* PutUsual(char* to, std::uint32_t bits) {
+// Takes one decimal less if that still reads back to value; from half the way to a neighbour a text reads
+// back to the float with the even mantissa. Random values would make each branch here a wrong guess of the
+// processor.
+inline char* PutUsual(char* to, std::uint32_t bits) {
   const auto& known = kUsualFloats.m_known[(bits >> 23) - kFirstUsual];
   const auto value = std::bit_cast<float>(bits);
   const auto whole = static_cast<std::int32_t>(value);
-  to = PutWhole(to, static_cast<std::uint32_t>(whole));
+  to = whole < 1000 ? PutShort(to, static_cast<std::uint32_t>(whole))
+                    : PutLong(to, static_cast<std::uint32_t>(whole));
   const double decimals = (double{value} - whole) * known.scale;
-  const std::uint32_t all = Nearest(decimals), fewer = Nearest(decimals * 0.1);
-  const double away = std::fabs(fewer * 10.0 - decimals);
-  const bool isShorter = away < known.half || (away == known.half && !(bits & 1));
-  const std::uint64_t text = EightDigits((isShorter ? fewer : all) * kTens[8 - known.decimals + isShorter]);
+  const std::uint32_t all = Nearest(decimals), shorter = Nearest(decimals * 0.1) * 10;
+  const double away = std::fabs(static_cast<std::int32_t>(shorter) - decimals);
+  const std::uint32_t isShorter = away <= known.half[bits & 1];
+  const std::uint32_t shown = all ^ ((all ^ shorter) & (0 - isShorter));
+  const std::uint64_t text = EightDigits(shown * known.rest);
   const int count = CountWithoutZeros(text);
   *to = '.';
   std::memcpy(to + 1, &text, sizeof text);
