@@ -144,7 +144,7 @@ CString CExportArguments::ReadNames(CExportRequest& request) const {
 CString CExportArguments::ReadOutput(CExportOrder& order) const {
   order.out = *m_out ? *m_out : *m_csv;
   order.format = *m_out ? FormatOf((*m_out)->typed) : EExportFormat::csv;
-  const CString fault = ReadWord("--format", *m_format, kFormats, kFormatWords, order.format);
+  CString fault = ReadWord("--format", *m_format, kFormats, kFormatWords, order.format);
   if (!fault.IsEmpty()) return fault;
   if (order.format == EExportFormat::sqlite && !order.out) return "--format sqlite needs --out OUT";
   order.time = kUsualTimes[static_cast<int>(order.format)];

@@ -82,12 +82,17 @@ CDecimal ShortestDecimal(std::uint32_t bits) {
 constexpr std::uint32_t kTens[] = {1,       10,        100,        1000,        10'000,
                                    100'000, 1'000'000, 10'000'000, 100'000'000, 1'000'000'000};
 
+// The texts of the numbers below 1000, the first digit in the lowest byte: as three digits, and without zeros
+// before them, with the number of digits in the highest byte.
 struct CTriples {
   constexpr CTriples() {
-    for (std::uint32_t n = 0; n < 1000; ++n)
+    for (std::uint32_t n = 0; n < 1000; ++n) {
+      const std::uint32_t zeros = n < 10 ? 2 : n < 100 ? 1 : 0;
       m_text[n] = '0' + n / 100 + ('0' + n / 10 % 10) * 0x100 + ('0' + n % 10) * 0x10000;
+      m_short[n] = m_text[n] >> 8 * zeros | (3 - zeros) << 24;
+    }
   }
-  std::array<std::uint32_t, 1000> m_text = {};  // three digits in the lowest bytes
+  std::array<std::uint32_t, 1000> m_text = {}, m_short = {};
 };
 constexpr CTriples kTriples;
 static_assert(std::endian::native == std::endian::little);
@@ -100,16 +105,15 @@ inline std::uint64_t EightDigits(std::uint32_t number) {
 }
 
 // How many of eight digits are left without the zeros at their end.
-inline int CountWithoutZeros(std::uint64_t digits) {
-  return 8 - std::countl_zero(digits ^ 0x3030303030303030) / 8;
+inline unsigned CountWithoutZeros(std::uint64_t digits) {
+  return 8 - static_cast<unsigned>(std::countl_zero(digits ^ 0x3030303030303030)) / 8;
 }
 
 // A number below 1000 without zeros before it. Writes up to three bytes more than it returns.
 inline char* PutShort(char* to, std::uint32_t number) {
-  const int zeros = (number < 10) + (number < 100);
-  const std::uint32_t text = kTriples.m_text[number] >> 8 * zeros;
+  const std::uint32_t text = kTriples.m_short[number];
   std::memcpy(to, &text, sizeof text);
-  return to + 3 - zeros;
+  return to + (text >> 24);
 }
 
 // The same for a number of more digits.
@@ -134,7 +138,7 @@ class CDigitText {
     digits *= kTens[9 - m_count];
     m_first = static_cast<char>('0' + digits / kTens[8]);
     m_rest = EightDigits(digits % kTens[8]);
-    m_count = 1 + CountWithoutZeros(m_rest);
+    m_count = 1 + static_cast<int>(CountWithoutZeros(m_rest));
   }
 
   int Whole() const { return m_whole; }  // digits of the number as it was
@@ -160,7 +164,8 @@ constexpr int kMostZeros = 4;   // after the point
 
 // 0.0012: digits after zeros.
 char* PutSmall(char* to, const CDigitText& digits, int zeros) {
-  std::memcpy(to, "0.000000", 8);
+  std::memset(to, '0', 2 + kMostZeros);
+  to[1] = '.';
   digits.Put(to + 2 + zeros);
   return to + 2 + zeros + digits.Count();
 }
@@ -228,22 +233,19 @@ inline std::uint32_t Nearest(double number) {
   return static_cast<std::uint32_t>(std::bit_cast<std::uint64_t>(number + 0x1p52));
 }
 
-// Takes one decimal less if that still reads back to value; from half the way to a neighbour a text reads
-// back to the float with the even mantissa. Random values would make each branch here a wrong guess of the
-// processor.
-inline char* PutUsual(char* to, std::uint32_t bits) {
+// Puts the decimals of value, whose whole part is at to already. Takes one decimal less if that still reads
+// back to value; from half the way to a neighbour a text reads back to the float with the even mantissa.
+// Random values would make each branch here a wrong guess of the processor.
+inline char* PutDecimals(char* to, float value, std::int32_t whole) {
+  const auto bits = std::bit_cast<std::uint32_t>(value);
   const auto& known = kUsualFloats.m_known[(bits >> 23) - kFirstUsual];
-  const auto value = std::bit_cast<float>(bits);
-  const auto whole = static_cast<std::int32_t>(value);
-  to = whole < 1000 ? PutShort(to, static_cast<std::uint32_t>(whole))
-                    : PutLong(to, static_cast<std::uint32_t>(whole));
   const double decimals = (double{value} - whole) * known.scale;
   const std::uint32_t all = Nearest(decimals), shorter = Nearest(decimals * 0.1) * 10;
   const double away = std::fabs(static_cast<std::int32_t>(shorter) - decimals);
   const std::uint32_t isShorter = away <= known.half[bits & 1];
   const std::uint32_t shown = all ^ ((all ^ shorter) & (0 - isShorter));
   const std::uint64_t text = EightDigits(shown * known.rest);
-  const int count = CountWithoutZeros(text);
+  const unsigned count = CountWithoutZeros(text);
   *to = '.';
   std::memcpy(to + 1, &text, sizeof text);
   return count ? to + 1 + count : to;
@@ -256,17 +258,32 @@ char* PutSpecial(char* to, TNumber value) {
   return to + text.size();
 }
 
-}  // namespace
+// The rest of PutShortest, in functions of their own, so that it needs no frame on the stack.
+[[gnu::noinline]] char* PutThousands(char* to, float value, std::int32_t whole) {
+  return PutDecimals(PutLong(to, static_cast<std::uint32_t>(whole)), value, whole);
+}
 
-char* PutShortest(char* to, float value) {
+[[gnu::noinline]] char* PutUnusual(char* to, float value) {
   const auto bits = std::bit_cast<std::uint32_t>(value), size = bits & 0x7FFFFFFF;
   if (size >= 0x7F800000) return PutSpecial(to, value);
   *to = '-';
   to += bits >> 31;
-  if ((size >> 23) - kFirstUsual <= kLastUsual - kFirstUsual) return PutUsual(to, size);
   if (size) return PutDecimal(to, ShortestDecimal(size));
   *to = '0';
   return to + 1;
+}
+
+}  // namespace
+
+char* PutShortest(char* to, float value) {
+  const auto bits = std::bit_cast<std::uint32_t>(value), size = bits & 0x7FFFFFFF;
+  if ((size >> 23) - kFirstUsual > kLastUsual - kFirstUsual) return PutUnusual(to, value);
+  *to = '-';
+  to += bits >> 31;
+  const auto positive = std::bit_cast<float>(size);
+  const auto whole = static_cast<std::int32_t>(positive);
+  if (whole >= 1000) return PutThousands(to, positive, whole);
+  return PutDecimals(PutShort(to, static_cast<std::uint32_t>(whole)), positive, whole);
 }
 
 char* PutShortest(char* to, double value) {

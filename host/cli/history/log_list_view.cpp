@@ -51,6 +51,7 @@ CJson LogJson(const CHistoryLog& log, const CString& shown) {
 std::vector<std::string> GapLines(const std::vector<CGap>& gaps, std::int64_t longerThan) {
   const auto textOf = [](std::int64_t span) { return InHours(std::chrono::milliseconds(span)).Std(); };
   std::vector<std::string> lines;
+  lines.reserve(gaps.size());
   for (const CGap& gap : gaps)
     lines.push_back("gap  " + SpanText(gap.from, gap.to) + "  " + textOf(gap.to - gap.from));
   if (gaps.empty()) lines.push_back("no gap longer than " + textOf(longerThan));

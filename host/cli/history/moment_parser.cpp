@@ -101,7 +101,8 @@ bool ReadOffset(CTimeCursor& cursor, std::int64_t& seconds) {
   if ((!isEast && !cursor.Skip("-")) || !cursor.Number(2, 23, hours) || !cursor.Skip(":") ||
       !cursor.Number(2, 59, minutes))
     return false;
-  seconds -= (isEast ? 1 : -1) * (hours * 3600 + minutes * 60);
+  const std::int64_t offset = hours * 3600 + minutes * 60;
+  seconds -= isEast ? offset : -offset;
   return true;
 }
 
