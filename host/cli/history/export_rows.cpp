@@ -93,8 +93,8 @@ class CStepExport {
         m_cells[i] = bucket.values ? std::optional(m_cell(bucket)) : std::nullopt;
       }
       m_table.Add(part.begin + static_cast<std::int64_t>(step.index) * m_request.step, m_cells);
-      if (++result.rows % kRowsBetweenLooks == 0)
-        m_watch(static_cast<double>(step.to - range.from) / static_cast<double>(range.to - range.from));
+      ++result.rows;
+      m_watch(static_cast<double>(step.to - range.from) / static_cast<double>(range.to - range.from));
     }
     AddFaults(reader.Faults(), result.faults);
   }
