@@ -57,7 +57,7 @@ void AgreeOnText(const std::string& path) {
 }
 
 void ConvertCsv(benchmark::State& state) {
-  const CMemoryFolder folder;
+  static const CMemoryFolder folder;  // removed at the exit, also after a failure
   const std::string path = folder.File("rows.csv");
   RepeatNew(state, path, [&] { Convert({"--out", path}); });
   AgreeOnText(path);
@@ -90,7 +90,7 @@ void PrintCsv(CLogFolder& logs, const std::string& path) {
 }
 
 void FprintfCsv(benchmark::State& state) {
-  const CMemoryFolder folder;
+  static const CMemoryFolder folder;  // removed at the exit, also after a failure
   const std::string path = folder.File("rows.csv");
   RepeatNew(state, path, [&] { PrintCsv(Logs(), path); });
   AgreeOnText(path);
@@ -126,7 +126,7 @@ void AgreeOnTable(const std::string& path) {
 }
 
 void ConvertSqlite(benchmark::State& state) {
-  const CMemoryFolder folder;
+  static const CMemoryFolder folder;  // removed at the exit, also after a failure
   const std::string path = folder.File("rows.sqlite");
   RepeatNew(state, path, [&] { Convert({"--format", "sqlite", "--time", "unix", "--out", path}); });
   AgreeOnTable(path);
@@ -159,7 +159,7 @@ void InsertRows(CLogFolder& logs, const std::string& path) {
 }
 
 void Inserts(benchmark::State& state) {
-  const CMemoryFolder folder;
+  static const CMemoryFolder folder;  // removed at the exit, also after a failure
   const std::string path = folder.File("rows.sqlite");
   RepeatNew(state, path, [&] { InsertRows(Logs(), path); });
   AgreeOnTable(path);

@@ -239,8 +239,9 @@ CResult ResultOf(double rows, const std::vector<CBucket>& totals) {
 
 // What the buckets have to add up to, by a plain loop over the bytes.
 void ExpectBuckets(CLogFolder& logs, const CMomentRange& range, std::int64_t columns) {
+  const std::vector<int> variables = Chosen(columns);
   double rows = 0;
-  std::vector<CBucket> totals(static_cast<std::size_t>(columns));
+  std::vector<CBucket> totals(variables.size());
   for (CBucket& total : totals) total.least = 1e9F, total.greatest = -1e9F;
   for (const std::string& path : logs.Files()) {
     const char* log = logs.Read(path);
@@ -248,7 +249,7 @@ void ExpectBuckets(CLogFolder& logs, const CMomentRange& range, std::int64_t col
       if (!range.Has(MomentOf(logs.TimeOf(log, row)))) continue;
       ++rows;
       for (std::size_t i = 0; i < totals.size(); ++i) {
-        const float value = CLogFolder::ValueOf(logs.ValuesOf(log, row), Chosen(columns)[i]);
+        const float value = CLogFolder::ValueOf(logs.ValuesOf(log, row), variables[i]);
         totals[i].sum += static_cast<double>(value);
         totals[i].least = std::min(totals[i].least, value);
         totals[i].greatest = std::max(totals[i].greatest, value);
