@@ -25,6 +25,7 @@ constexpr int kMostLines = 1000;                     // of messages that are sho
 constexpr int kMostNodes = 20;                       // of those that are away
 constexpr int kLongestText = 300;                    // characters of a state or a node
 constexpr UINT kRefresh = 100;                       // milliseconds
+constexpr double kLongestPeriod = 1e9;               // of scans that is believed, in milliseconds
 
 QString OnScreen(const std::string& text) { return ToScreen(CString(Printable(text))); }
 
@@ -53,7 +54,7 @@ CString AskForLogger(QWidget* parent) {
 }
 
 CAttachedWindow::CAttachedWindow(CSettings& settings, const CString& socket)
-    : m_socket(socket), m_views(settings, true) {
+    : m_socket(socket), m_views(settings, true), m_values(settings, "AttachedValues") {
   setAttribute(Qt::WA_DeleteOnClose);
   setWindowTitle(ToScreen(socket));
   m_state = new QLabel(this);
@@ -65,12 +66,15 @@ CAttachedWindow::CAttachedWindow(CSettings& settings, const CString& socket)
   m_messages->setAccessibleName("Messages");
   auto* trend = new QPushButton("&Trend", this);
   auto* grid = new QPushButton("Scan &Grid", this);
+  auto* values = new QPushButton("&Values", this);
   connect(trend, &QPushButton::clicked, this, [this] { m_views.ShowTrend(Stages(), kRefresh); });
   connect(grid, &QPushButton::clicked, this, [this] { m_views.ShowGrid(Stages()); });
+  connect(values, &QPushButton::clicked, this, [this] { m_values.BringUp(); });
   auto* buttons = new QHBoxLayout;
   buttons->addWidget(m_state, 1);
   buttons->addWidget(trend);
   buttons->addWidget(grid);
+  buttons->addWidget(values);
   auto* layout = new QVBoxLayout(this);
   layout->addLayout(buttons);
   layout->addWidget(m_nodes);
@@ -96,6 +100,7 @@ void CAttachedWindow::Poll() {
   if (m_client->HasEnded()) {
     ShowState("Not connected: " + OnScreen(m_client->Fault()));
     m_client.reset();
+    m_statistics.Stopped();
     return m_timer.start(kPause);
   }
   Watch();
@@ -120,12 +125,27 @@ void CAttachedWindow::Take(const CHelloLine& hello) {
   setWindowTitle(OnScreen(hello.name) + " (attached)");
   if (!(hello.started == m_started)) m_lastMessage = 0;
   m_started = hello.started;
+  if (!names.IsEmpty()) TakeNames(hello, names);
   // A logger that starts has no variables yet; the chosen ones stay until it has.
   if (names.IsEmpty() || (m_trend.IsOpen() && names == m_trend.GetOptions()->m_baseVars)) return;
   m_trend.Close();
   m_trend.GetOptions()->m_baseVars = names;
   m_trend.Open(names);
   m_views.ResetNames();
+}
+
+// The feed does not say which node a variable is from.
+void CAttachedWindow::TakeNames(const CHelloLine& hello, const CStringArray& names) {
+  m_live->Started(names);
+  m_statistics.Started(names);
+  const std::chrono::duration<double, std::milli> period(
+      hello.period > 0 ? std::min(hello.period, kLongestPeriod) : 0);
+  m_values.setWindowTitle("Values of " + OnScreen(hello.name));
+  m_values.SetSource({.live = m_live,
+                      .statistics = &m_statistics,
+                      .names = {},
+                      .nodes = {},
+                      .period = std::chrono::ceil<std::chrono::milliseconds>(period)});
 }
 
 void CAttachedWindow::Take(const CStateLine& state) {
@@ -150,6 +170,8 @@ void CAttachedWindow::Take(const CSampleLine& sample) {
   if (m_sample.m_values.GetSize() != m_trend.GetOptions()->m_baseVars.GetSize() || !m_trend.Write(m_sample))
     return;
   m_views.Refresh();
+  m_live->Sampled(m_sample);
+  m_statistics.Sampled(m_sample);
 }
 
 void CAttachedWindow::Take(const CMessageLine& message) {

@@ -11,6 +11,7 @@
 
 #include "host/attach/feed_client.h"
 #include "host/desktop/live_views.h"
+#include "host/desktop/values_window.h"
 
 class QLabel;
 class QPlainTextEdit;
@@ -37,6 +38,7 @@ class CAttachedWindow : public QWidget {
   void Take(const CDroppedLine& dropped);
   template <class T>
   void Take(const T&) {}
+  void TakeNames(const CHelloLine& hello, const CStringArray& names);
   QString LastSample() const;
   void ShowState(const QString& text);
   CViewStages Stages() { return {m_input, m_trend}; }
@@ -46,6 +48,9 @@ class CAttachedWindow : public QWidget {
   CLogTrendings m_trend;  // gets the samples of the feed
   CLogSample m_sample;
   CLiveViews m_views;
+  std::shared_ptr<CLiveState> m_live = std::make_shared<CLiveState>();  // of the same samples, for the values
+  CValueStatistics m_statistics;
+  CValuesWindow m_values;
   std::uint64_t m_lastMessage = 0;  // its number; a new connection brings the kept ones again
   _timeb m_started;                 // of the process that has numbered it
   QTimer m_timer;

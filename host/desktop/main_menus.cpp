@@ -77,10 +77,11 @@ void CMainWindow::MakeWindowMenu() {
   QAction* grid =
       AddAction(window, "Scan &Grid", QKeySequence("Ctrl+2"), [this] { m_views.ShowGrid(Stages()); });
   QAction* messages = AddAction(window, "&Messages", QKeySequence("Ctrl+3"), [this] { m_messages.Show(); });
+  QAction* values = AddAction(window, "&Values", QKeySequence("Ctrl+5"), [this] { m_values.BringUp(); });
   window->addSeparator();
   AddAction(window, "Message &Settings...", QKeySequence("Ctrl+M"), [this] { m_messages.Configure(); });
   UseKeysEverywhere(*window);
-  m_needDocument << trend << grid;
+  m_needDocument << trend << grid << values;
   QToolBar* bar = addToolBar("Run");
   bar->setMovable(false);
   bar->setContextMenuPolicy(Qt::PreventContextMenu);

@@ -67,6 +67,7 @@ CMainWindow::CMainWindow()
                 .trend = [this] { TakeTrend(); }},
                m_messages.Messenger()),
       m_views(m_settings),
+      m_values(m_settings, "Values"),
       m_overview(new COverview(this)) {
   setCentralWidget(m_overview);
   MakeActions();
@@ -117,9 +118,11 @@ void CMainWindow::OfferDemo() {
 void CMainWindow::UseConfiguration() {
   m_messages.SetPlain(!m_keepLogs->isChecked());
   m_runner.SetConfiguration(m_document.Stored(), RunOptions());
+  m_runner.Run().AddObserver(&m_statistics);
   m_isAhead = false;
   ShowNames(m_runner.Run().Names());
   Trend().m_baseVars = m_names.input;
+  m_values.SetSource(ValuesOf(m_runner.Run(), m_statistics));
   m_views.TakeStages(Stages(), m_runner.RefreshPeriod());
 }
 
@@ -313,6 +316,7 @@ void CMainWindow::ShowOpenFault() { AfxMessageBox(m_runner.Run().OpenFault()); }
 
 void CMainWindow::TakeTrend() {
   m_document.TrendChanged();
+  m_values.SetSource(ValuesOf(m_runner.Run(), m_statistics));
   m_overview->ShowTrend(Trend());
   ShowState();
 }

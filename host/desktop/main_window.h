@@ -12,6 +12,7 @@
 #include "host/desktop/messages.h"
 #include "host/desktop/runner.h"
 #include "host/desktop/settings.h"
+#include "host/desktop/values_window.h"
 #include "vastra/screens/driver_form_dlg.h"
 #include "vastra/ui/application.h"
 
@@ -88,9 +89,11 @@ class CMainWindow : public QMainWindow {
   CSettings m_settings;
   CMessages m_messages;
   CDocument m_document;
-  CStageNames m_names;  // of the document; the run can have older ones
+  CStageNames m_names;            // of the document; the run can have older ones
+  CValueStatistics m_statistics;  // of the run
   CRunner m_runner;
   CLiveViews m_views;
+  CValuesWindow m_values;
   std::vector<QPointer<CAttachedWindow>> m_attached;  // null: closed, which has deleted it
   bool m_quitWanted = false;
   bool m_isAhead = false;  // the document has changes that the run does not have

@@ -1,0 +1,152 @@
+#include "host/desktop/values_model.h"
+
+#include <QFont>
+#include <QGuiApplication>
+#include <QMimeData>
+#include <QPalette>
+
+#include <set>
+
+#include "vastra/ui/text.h"
+
+namespace vastra {
+namespace {
+
+constexpr const char* kCaptions[] = {"Variable", "Node", "Value", "Min", "Max", "Mean", "Age"};
+static_assert(std::size(kCaptions) == CValueTable::columns);
+
+std::string Folded(const CString& text) { return ToScreen(text).toCaseFolded().toStdString(); }
+
+// A cell of text separated by tabs is in one line and has no tab.
+QString InOneCell(QString text) {
+  for (const char separator : {'\t', '\n', '\r'}) text.replace(separator, ' ');
+  return text;
+}
+
+QFont Italic() {
+  QFont font;
+  font.setItalic(true);
+  return font;
+}
+
+}  // namespace
+
+CValuesModel::CValuesModel(QObject* parent) : QAbstractTableModel(parent), m_table(Folded) {}
+
+bool CValuesModel::Look() {
+  _timeb clock;
+  _ftime(clock);
+  const CValueTable::EChange change = m_table.Look(CValueTable::Time::clock::now(), clock);
+  if (change != CValueTable::EChange::variables) return change != CValueTable::EChange::none;
+  beginResetModel();
+  m_table.SetOrder(m_table.Sorted());
+  endResetModel();
+  return true;
+}
+
+void CValuesModel::ShowRows(int first, int last) {
+  if (first <= last)
+    emit dataChanged(index(first, CValueTable::columnValue), index(last, CValueTable::columnAge));
+}
+
+void CValuesModel::SortAgain() {
+  if (m_table.IsSortedByValues()) Reorder(m_table.Sorted());
+}
+
+void CValuesModel::Search(const QString& words) {
+  beginResetModel();
+  m_table.SetSearch(FromScreen(words));
+  m_table.SetOrder(m_table.Sorted());
+  endResetModel();
+}
+
+void CValuesModel::sort(int column, Qt::SortOrder order) {
+  m_table.SetSort(column, order == Qt::DescendingOrder);
+  Reorder(m_table.Sorted());
+}
+
+// order has the variables of the present rows.
+void CValuesModel::Reorder(std::vector<int> order) {
+  if (order == m_table.Order()) return;
+  emit layoutAboutToBeChanged({}, QAbstractItemModel::VerticalSortHint);
+  const QModelIndexList former = persistentIndexList();
+  std::vector<int> rows(static_cast<std::size_t>(m_table.Variables()));
+  for (std::size_t row = 0; row < order.size(); ++row)
+    rows[static_cast<std::size_t>(order[row])] = static_cast<int>(row);
+  QModelIndexList now;
+  for (const QModelIndex& cell : former)
+    now << index(rows[static_cast<std::size_t>(VariableOf(cell))], cell.column());
+  m_table.SetOrder(std::move(order));
+  changePersistentIndexList(former, now);
+  emit layoutChanged({}, QAbstractItemModel::VerticalSortHint);
+}
+
+QString CValuesModel::Lines(const QModelIndexList& rows) const {
+  QString lines;
+  for (const QModelIndex& row : rows) {
+    QStringList cells;
+    for (int column = 0; column < CValueTable::columns; ++column)
+      cells << InOneCell(Text(VariableOf(row), column));
+    lines += cells.join('\t') + '\n';
+  }
+  return lines;
+}
+
+int CValuesModel::rowCount(const QModelIndex& parent) const {
+  return parent.isValid() ? 0 : static_cast<int>(m_table.Order().size());
+}
+
+int CValuesModel::columnCount(const QModelIndex& parent) const {
+  return parent.isValid() ? 0 : CValueTable::columns;
+}
+
+int CValuesModel::VariableOf(const QModelIndex& index) const {
+  return m_table.Order()[static_cast<std::size_t>(index.row())];
+}
+
+QString CValuesModel::Text(int variable, int column) const {
+  return ToScreen(m_table.Text(variable, column));
+}
+
+// A stale value is grey and italic, and its age begins with the reason.
+QVariant CValuesModel::data(const QModelIndex& index, int role) const {
+  if (!index.isValid()) return {};
+  const int variable = VariableOf(index), column = index.column();
+  switch (role) {
+    case Qt::DisplayRole:
+      return Text(variable, column);
+    case Qt::TextAlignmentRole:
+      return QVariant(Qt::AlignVCenter |
+                      (column < CValueTable::columnValue ? Qt::AlignLeft : Qt::AlignRight));
+    case Qt::ToolTipRole:
+      return ToScreen(m_table.Hint(variable));
+    case Qt::FontRole:
+      return m_table.IsStale(variable) ? Italic() : QVariant();
+    case Qt::ForegroundRole:
+      if (!m_table.IsStale(variable)) return {};
+      return QGuiApplication::palette().brush(QPalette::Disabled, QPalette::Text);
+    default:
+      return {};
+  }
+}
+
+QVariant CValuesModel::headerData(int section, Qt::Orientation orientation, int role) const {
+  if (orientation == Qt::Horizontal && role == Qt::DisplayRole) return kCaptions[section];
+  return QAbstractTableModel::headerData(section, orientation, role);
+}
+
+Qt::ItemFlags CValuesModel::flags(const QModelIndex& index) const {
+  return QAbstractTableModel::flags(index) | Qt::ItemIsDragEnabled | Qt::ItemNeverHasChildren;
+}
+
+QMimeData* CValuesModel::mimeData(const QModelIndexList& indexes) const {
+  std::set<int> rows;
+  for (const QModelIndex& cell : indexes) rows.insert(cell.row());
+  QStringList names;
+  for (const int row : rows) names << Text(VariableOf(index(row, 0)), CValueTable::columnName);
+  auto* data = new QMimeData;
+  data->setText(names.join('\n'));
+  return data;
+}
+
+}  // namespace vastra

@@ -1,0 +1,204 @@
+#include "host/desktop/values_window.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPushButton>
+#include <QShortcut>
+#include <QTableView>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+#include "host/desktop/values_model.h"
+#include "host/run/run.h"
+#include "vastra/ui/text.h"
+
+namespace vastra {
+namespace {
+
+constexpr std::chrono::milliseconds kLookPeriod{100};
+constexpr std::chrono::milliseconds kSortPeriod{1000};  // rows that move faster cannot be read
+constexpr int kNameWidth = 30, kNumberWidth = 14;       // of columns, in characters
+
+// The selected rows of view, from top to bottom.
+QModelIndexList RowsIn(const QTableView& view) {
+  QModelIndexList rows = view.selectionModel()->selectedRows();
+  std::ranges::sort(rows, {}, &QModelIndex::row);
+  return rows;
+}
+
+}  // namespace
+
+CValueSource ValuesOf(CRun& run, CValueStatistics& statistics) {
+  const CStringArray names = run.SampleNames();
+  return {.live = run.LiveState(),
+          .statistics = &statistics,
+          .names = {names.begin(), names.end()},
+          .nodes = NodesOf(run.Configuration().m_input),
+          .period = std::chrono::duration_cast<std::chrono::milliseconds>(run.Period())};
+}
+
+CValuesWindow::CValuesWindow(CSettings& settings, const char* place)
+    : m_settings(settings),
+      m_place(place),
+      m_model(new CValuesModel(this)),
+      m_view(new QTableView(this)),
+      m_search(new QLineEdit(this)),
+      m_count(new QLabel(this)) {
+  setWindowTitle("Values");
+  new QVBoxLayout(this);
+  MakeBar();
+  MakeTable();
+  Restore();
+  connect(&m_timer, &QTimer::timeout, this, [this] { Look(); });
+}
+
+CValuesWindow::~CValuesWindow() { Save(); }
+
+void CValuesWindow::MakeBar() {
+  m_search->setPlaceholderText("Search");
+  m_search->setAccessibleName("Search");
+  m_search->setToolTip("Words of a variable or a node (Ctrl+F)");
+  m_search->setClearButtonEnabled(true);
+  connect(m_search, &QLineEdit::textChanged, this, [this] { Search(); });
+  connect(new QShortcut(QKeySequence::Find, this), &QShortcut::activated, m_search, [this] {
+    m_search->setFocus(Qt::ShortcutFocusReason);
+    m_search->selectAll();
+  });
+  auto* reset = new QPushButton("&Reset", this);
+  reset->setToolTip("Min, max and mean begin again");
+  connect(reset, &QPushButton::clicked, this, [this] { Reset(); });
+  auto* bar = new QHBoxLayout;
+  bar->addWidget(m_search, 1);
+  bar->addWidget(m_count);
+  bar->addWidget(reset);
+  static_cast<QVBoxLayout*>(layout())->addLayout(bar);
+}
+
+void CValuesWindow::MakeTable() {
+  const QFontMetrics metrics = m_view->fontMetrics();
+  m_view->setModel(m_model);
+  m_view->setAccessibleName("Values");
+  m_view->setSelectionBehavior(QAbstractItemView::SelectRows);
+  m_view->setDragEnabled(true);
+  m_view->setAlternatingRowColors(true);
+  m_view->setShowGrid(false);
+  m_view->setWordWrap(false);
+  m_view->setTabKeyNavigation(false);
+  m_view->verticalHeader()->hide();
+  m_view->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+  m_view->verticalHeader()->setDefaultSectionSize(metrics.height() + metrics.height() / 3);
+  QHeaderView* header = m_view->horizontalHeader();
+  header->setHighlightSections(false);
+  header->setSortIndicatorClearable(true);
+  header->setSortIndicator(CValueTable::columnName, Qt::AscendingOrder);
+  m_view->setSortingEnabled(true);
+  for (int column = 0; column < CValueTable::columns; ++column)
+    m_view->setColumnWidth(
+        column, metrics.averageCharWidth() * (column == CValueTable::columnName ? kNameWidth : kNumberWidth));
+  auto* copy = new QAction("&Copy", m_view);
+  copy->setShortcut(QKeySequence::Copy);
+  copy->setShortcutContext(Qt::WidgetShortcut);
+  connect(copy, &QAction::triggered, this, [this] { Copy(); });
+  m_view->addAction(copy);
+  m_view->addAction(MakeSortMenu()->menuAction());
+  m_view->setContextMenuPolicy(Qt::ActionsContextMenu);
+  layout()->addWidget(m_view);
+  resize(metrics.averageCharWidth() * (kNameWidth + CValueTable::columns * kNumberWidth),
+         metrics.height() * 30);
+}
+
+// The same as a click on a header, by keys.
+QMenu* CValuesWindow::MakeSortMenu() {
+  auto* menu = new QMenu("&Sort By", m_view);
+  for (int column = 0; column < CValueTable::columns; ++column)
+    connect(menu->addAction('&' + m_model->headerData(column, Qt::Horizontal, Qt::DisplayRole).toString()),
+            &QAction::triggered, this, [this, column] { SortBy(column); });
+  return menu;
+}
+
+// By the same column once more: in the other direction.
+void CValuesWindow::SortBy(int column) {
+  const QHeaderView* header = m_view->horizontalHeader();
+  const bool isAgain =
+      header->sortIndicatorSection() == column && header->sortIndicatorOrder() == Qt::AscendingOrder;
+  m_view->sortByColumn(column, isAgain ? Qt::DescendingOrder : Qt::AscendingOrder);
+}
+
+void CValuesWindow::Restore() {
+  const auto bytes = [this](const char* setting) {
+    return QByteArray::fromBase64(QByteArray(m_settings.Get(KeyOf(setting))));
+  };
+  restoreGeometry(bytes("Place"));
+  m_view->horizontalHeader()->restoreState(bytes("Columns"));
+  m_search->setText(ToScreen(m_settings.Get(KeyOf("Search"))));
+}
+
+void CValuesWindow::Save() {
+  if (!testAttribute(Qt::WA_WState_Created)) return;  // it was never opened
+  m_settings.Set(KeyOf("Place"), saveGeometry().toBase64().constData());
+  m_settings.Set(KeyOf("Columns"), m_view->horizontalHeader()->saveState().toBase64().constData());
+  m_settings.Set(KeyOf("Search"), FromScreen(m_search->text()));
+}
+
+void CValuesWindow::SetSource(CValueSource source) {
+  m_model->SetSource(std::move(source));
+  if (isVisible()) Look();
+}
+
+void CValuesWindow::BringUp() {
+  isMinimized() ? showNormal() : show();
+  raise();
+  activateWindow();
+}
+
+void CValuesWindow::showEvent(QShowEvent* event) {
+  Look();
+  m_timer.start(kLookPeriod);
+  QWidget::showEvent(event);
+}
+
+void CValuesWindow::hideEvent(QHideEvent* event) {
+  m_timer.stop();
+  QWidget::hideEvent(event);
+}
+
+void CValuesWindow::Look() {
+  if (isMinimized() || !m_model->Look()) return;
+  const auto now = CValueTable::Time::clock::now();
+  if (now >= m_sorted + kSortPeriod) {
+    m_model->SortAgain();
+    m_sorted = now;
+  }
+  const int last = m_view->rowAt(m_view->viewport()->height() - 1);
+  m_model->ShowRows(std::max(m_view->rowAt(0), 0), last < 0 ? m_model->rowCount() - 1 : last);
+  ShowCount();
+}
+
+void CValuesWindow::ShowCount() {
+  const int shown = m_model->rowCount(), all = m_model->Variables();
+  m_count->setText(shown == all ? QString("%1 variables").arg(all)
+                                : QString("%1 of %2 variables").arg(shown).arg(all));
+}
+
+void CValuesWindow::Search() {
+  m_model->Search(m_search->text());
+  ShowCount();
+}
+
+void CValuesWindow::Copy() {
+  const QString lines = m_model->Lines(RowsIn(*m_view));
+  if (!lines.isEmpty()) QGuiApplication::clipboard()->setText(lines);
+}
+
+void CValuesWindow::Reset() {
+  m_model->Reset();
+  Look();
+}
+
+}  // namespace vastra
