@@ -23,6 +23,16 @@ QString InOneCell(QString text) {
   return text;
 }
 
+// Between the colours of text and background, so that it can be read in a light and in a dark desktop.
+QBrush Grey() {
+  constexpr float kText = 0.55F;
+  const QColor text = QGuiApplication::palette().text().color();
+  const QColor base = QGuiApplication::palette().base().color();
+  const auto mixed = [](float a, float b) { return kText * a + (1 - kText) * b; };
+  return QColor::fromRgbF(mixed(text.redF(), base.redF()), mixed(text.greenF(), base.greenF()),
+                          mixed(text.blueF(), base.blueF()));
+}
+
 QFont Italic() {
   QFont font;
   font.setItalic(true);
@@ -123,8 +133,7 @@ QVariant CValuesModel::data(const QModelIndex& index, int role) const {
     case Qt::FontRole:
       return m_table.IsStale(variable) ? Italic() : QVariant();
     case Qt::ForegroundRole:
-      if (!m_table.IsStale(variable)) return {};
-      return QGuiApplication::palette().brush(QPalette::Disabled, QPalette::Text);
+      return m_table.IsStale(variable) ? Grey() : QVariant();
     default:
       return {};
   }

@@ -23,7 +23,7 @@ namespace {
 
 constexpr std::chrono::milliseconds kLookPeriod{100};
 constexpr std::chrono::milliseconds kSortPeriod{1000};  // rows that move faster cannot be read
-constexpr int kNameWidth = 30, kNumberWidth = 14;       // of columns, in characters
+constexpr int kNameWidth = 30, kNumberWidth = 14;       // of columns, in characters; Age has the rest
 
 // The selected rows of view, from top to bottom.
 QModelIndexList RowsIn(const QTableView& view) {
@@ -95,6 +95,7 @@ void CValuesWindow::MakeTable() {
   m_view->verticalHeader()->setDefaultSectionSize(metrics.height() + metrics.height() / 3);
   QHeaderView* header = m_view->horizontalHeader();
   header->setHighlightSections(false);
+  header->setStretchLastSection(true);
   header->setSortIndicatorClearable(true);
   header->setSortIndicator(CValueTable::columnName, Qt::AscendingOrder);
   m_view->setSortingEnabled(true);
@@ -109,7 +110,7 @@ void CValuesWindow::MakeTable() {
   m_view->addAction(MakeSortMenu()->menuAction());
   m_view->setContextMenuPolicy(Qt::ActionsContextMenu);
   layout()->addWidget(m_view);
-  resize(metrics.averageCharWidth() * (kNameWidth + CValueTable::columns * kNumberWidth),
+  resize(metrics.averageCharWidth() * (kNameWidth + (CValueTable::columns + 1) * kNumberWidth),
          metrics.height() * 30);
 }
 

@@ -5,6 +5,7 @@
 #include <QElapsedTimer>
 #include <QPlainTextEdit>
 #include <QScreen>
+#include <QTableView>
 
 #include <map>
 
@@ -255,6 +256,7 @@ TEST_F(Desktop, AnAttachedLoggerIsShownAndWaitedFor) {
   CLink::SetMessenger(&messenger);
   Click(window, "&Trend");
   Click(window, "Scan &Grid");
+  Click(window, "&Values");
   auto feed = std::make_unique<CFeed>(CFeedPlace{socket, m_demo});
   ASSERT_EQ(feed->Open(), "");
   for (const char* variable : {"x", "y"}) {
@@ -276,6 +278,9 @@ TEST_F(Desktop, AnAttachedLoggerIsShownAndWaitedFor) {
     EXPECT_EQ(window->windowTitle(), "demo (attached)");
     EXPECT_EQ(trend.Newest()->m_values[0], 1.0F);
     EXPECT_FALSE(has("away"));
+    const QAbstractItemModel* values = Find<QTableView>(TopLevel("Values of demo"), "Values")->model();
+    EXPECT_TRUE(Wait([&] { return values->index(0, 2).data() == "1"; }));
+    EXPECT_EQ(values->index(0, 0).data(), variable);
     for (const char* view : {"Trending", "Scan Screen"})
       EXPECT_FALSE(Find<QAbstractButton>(TopLevel(view), "Config")->isEnabled());
     run.Step();
@@ -290,7 +295,7 @@ TEST_F(Desktop, AnAttachedLoggerIsShownAndWaitedFor) {
   window->close();
   QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   CLink::SetMessenger(nullptr);
-  EXPECT_FALSE(window || TopLevel("Trending") || TopLevel("Scan Screen"));
+  EXPECT_FALSE(window || TopLevel("Trending") || TopLevel("Scan Screen") || TopLevel("Values of demo"));
 }
 
 // Does what the dialog of a view does.

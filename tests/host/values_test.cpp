@@ -194,13 +194,16 @@ TEST_F(Desktop, TheValuesFollowTheLogger) {
     EXPECT_EQ(values.Number(0, CValueTable::columnMean),
               (values.Number(0, CValueTable::columnMin) + values.Number(0, CValueTable::columnValue)) / 2);
 
+    window.Trendings().GetOptions()->m_extraVars.Add("d");
+    window.Trendings().OptionsChanged();
+    ASSERT_TRUE(Wait([&] { return values.Cell(3, CValueTable::columnValue) == "0"; }));
     values.ClickHeader(CValueTable::columnValue);
     values.ClickHeader(CValueTable::columnValue);
-    EXPECT_EQ(values.Names(), "cab") << "the largest value is first, and equal ones by name";
+    EXPECT_EQ(values.Names(), "cabd") << "the largest value is first, and equal ones by name";
     QTest::keyClick(values.view, Qt::Key_A, Qt::ControlModifier);
     const std::unique_ptr<QMimeData> dragged(
         values.view->model()->mimeData(values.view->selectionModel()->selectedIndexes()));
-    EXPECT_EQ(dragged->text(), "c\na\nb");
+    EXPECT_EQ(dragged->text(), "c\na\nb\nd");
 
     ActionOf(window, "Stop")->trigger();
     ASSERT_TRUE(Wait([&] { return HasStatus(window, "Stopped"); }));
@@ -214,7 +217,7 @@ TEST_F(Desktop, TheValuesFollowTheLogger) {
     EXPECT_TRUE(QGuiApplication::clipboard()->text().startsWith("b\tN\t"));
     EXPECT_EQ(QGuiApplication::clipboard()->text().count('\t'), CValueTable::columns - 1);
     EXPECT_TRUE(std::ranges::any_of(values.window->findChildren<QLabel*>(),
-                                    [](const QLabel* label) { return label->text() == "1 of 3 variables"; }));
+                                    [](const QLabel* label) { return label->text() == "1 of 4 variables"; }));
   }
   CTestWindow window(m_demo);
   const CShownValues again(ActionOf(window, "Values"));
