@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <cstring>
+#include <limits>
 #include <sstream>
 #include <unordered_map>
 

@@ -63,7 +63,6 @@ class CWordSearch {
 
   explicit CWordSearch(const std::string& foldedWords = {});
   bool Matches(std::string_view foldedText) const;
-  bool IsEmpty() const { return m_words.empty(); }
 
  private:
   std::vector<std::string> m_words;
