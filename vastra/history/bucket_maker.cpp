@@ -118,17 +118,28 @@ bool CBucketMaker::OpenSpan() {
 }
 
 void CBucketMaker::OpenDigested(const CBucketSpan& span) {
-  m_log = std::make_unique<CLogValues>(*span.digested, m_open);
-  m_moments = span.digest->Moments(*span.entry);
-  m_places = &PlacesOf(*span.digested);
-  m_columns.clear();
-  for (const std::int32_t place : *m_places) {
-    m_columns.push_back(place < 0 ? nullptr
-                                  : span.digest->Blocks(*span.entry, static_cast<std::size_t>(place)));
-    if (place >= 0 && !m_columns.back()) m_moments = nullptr;  // the digest is damaged
-  }
+  const CHistoryLog& log = *span.digested;
+  m_log = std::make_unique<CLogValues>(log, m_open);
+  m_places = &PlacesOf(log);
   m_nextBlock = 0;
   m_nextSample = m_endSample = 0;
+  m_isWhole =
+      HasTotal(log.samples) && IsInPart(log.first, log.last) && FindColumns(span, &CDigestReader::Total);
+  if (m_isWhole) return;
+  m_moments = span.digest->Moments(*span.entry);
+  if (!FindColumns(span, &CDigestReader::Blocks)) m_moments = nullptr;
+}
+
+// The entries of the variables in the digest. False: it is damaged.
+bool CBucketMaker::FindColumns(const CBucketSpan& span,
+                               const CDigestBlock* (CDigestReader::*find)(const CDigestLog&, std::size_t)) {
+  m_columns.clear();
+  for (const std::int32_t place : *m_places) {
+    const auto variable = static_cast<std::size_t>(place);
+    m_columns.push_back(place < 0 ? nullptr : (span.digest->*find)(*span.entry, variable));
+    if (place >= 0 && !m_columns.back()) return false;
+  }
+  return true;
 }
 
 CBucketMaker::EItem CBucketMaker::NextItem() {
@@ -151,7 +162,11 @@ CBucketMaker::EItem CBucketMaker::NextRows() {
 }
 
 CBucketMaker::EItem CBucketMaker::NextBlock() {
-  for (;;) {
+  if (m_isWhole && m_nextBlock++ == 0) {
+    m_moment = m_log->Log().first;
+    return EItem::blocks;
+  }
+  while (!m_isWhole) {
     if (const EItem rows = NextLoaded(); rows != EItem::none) return rows;
     if (m_nextBlock == BlocksOf(m_log->Count())) break;
     m_block = m_nextBlock++;
@@ -166,15 +181,18 @@ CBucketMaker::EItem CBucketMaker::NextBlock() {
   return EItem::none;
 }
 
+// Whether rows with these moments are in one part of the range.
+bool CBucketMaker::IsInPart(CMoment first, CMoment last) const {
+  const CMomentRange& range = m_request.range;
+  if (m_part.Has(first) && m_part.Has(last)) return true;
+  return range.Has(first) && range.Has(last) && m_parts.IndexOf(first) == m_parts.IndexOf(last);
+}
+
 // Whether all rows of the block are in one part of the range, and the digest can be read.
 bool CBucketMaker::IsBlockInPart(std::uint32_t block) const {
   if (!m_moments) return false;
-  const CMomentRange& range = m_request.range;
   const CHistoryLog& log = m_log->Log();
-  const CMoment first = m_moments[block];
-  const CMoment last = block + 1 == BlocksOf(log.samples) ? log.last : m_moments[block + 1];
-  if (m_part.Has(first) && m_part.Has(last)) return true;
-  return range.Has(first) && range.Has(last) && m_parts.IndexOf(first) == m_parts.IndexOf(last);
+  return IsInPart(m_moments[block], block + 1 == BlocksOf(log.samples) ? log.last : m_moments[block + 1]);
 }
 
 // The next rows of a block that is read from the log.
@@ -239,14 +257,16 @@ std::uint64_t CBucketMaker::AddRows() {
   return rows;
 }
 
-// The block, and those after it that are in the part, too.
+// The whole log; or the block, and those after it that are in the part, too.
 std::uint64_t CBucketMaker::AddBlocks() {
-  while (m_nextBlock < BlocksOf(m_log->Count()) && IsBlockInPart(m_nextBlock) &&
+  if (m_isWhole) m_block = 0;
+  while (!m_isWhole && m_nextBlock < BlocksOf(m_log->Count()) && IsBlockInPart(m_nextBlock) &&
          m_part.Has(m_moments[m_nextBlock]))
     ++m_nextBlock;
   for (std::size_t i = 0; i < m_buckets.size(); ++i)
     for (std::uint32_t block = m_block; m_columns[i] && block < m_nextBlock; ++block)
       m_buckets[i].Add(m_columns[i][block].Bucket());
+  if (m_isWhole) return m_log->Count();
   return std::min(m_nextBlock * kBlockSamples, m_log->Count()) - m_block * kBlockSamples;
 }
 

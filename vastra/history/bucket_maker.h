@@ -59,6 +59,9 @@ class CBucketMaker {
   EItem NextRows();
   EItem NextBlock();
   EItem NextLoaded();
+  bool FindColumns(const CBucketSpan& span,
+                   const CDigestBlock* (CDigestReader::*find)(const CDigestLog&, std::size_t));
+  bool IsInPart(CMoment first, CMoment last) const;
   bool IsBlockInPart(std::uint32_t block) const;
   std::uint64_t AddItem();
   std::uint64_t AddRows();
@@ -83,7 +86,8 @@ class CBucketMaker {
   std::unique_ptr<CLogValues> m_log;           // of a log with a digest
   const CMoment* m_moments = nullptr;          // of its blocks
   const CPlaceList* m_places = nullptr;        // in it
-  std::vector<const CDigestBlock*> m_columns;  // the blocks of the variables; null without a place
+  bool m_isWhole = false;                      // the log is one entry of the digest
+  std::vector<const CDigestBlock*> m_columns;  // the entries of the variables; null without a place
   std::uint32_t m_nextBlock = 0;
   std::uint32_t m_nextSample = 0, m_endSample = 0;  // of a block that is read from the log
 

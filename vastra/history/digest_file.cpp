@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <utility>
 
 #include "vastra/logfiles/crc32c.h"
 #include "vastra/logfiles/stable_hash.h"
@@ -53,9 +54,11 @@ class CDigestFields {
     value = static_cast<std::int64_t>(bits);
   }
   void Visit(CDigestLog& log) {
-    VisitAll(log.file, log.size, log.lastWrite, log.samples, log.stripe, log.block);
+    VisitAll(log.file, log.size, log.lastWrite, log.samples, log.stripe, log.total, log.block);
   }
-  void Visit(CDigestStripe& stripe) { VisitAll(stripe.place, stripe.names, stripe.blocks, stripe.checksums); }
+  void Visit(CDigestStripe& stripe) {
+    VisitAll(stripe.place, stripe.names, stripe.logs, stripe.blocks, stripe.checksums);
+  }
   void Visit(CDigestIndex& index) { VisitAll(index.names, index.stripes, index.logs); }
   template <class T>
   void Visit(std::vector<T>& items) {
@@ -86,13 +89,16 @@ class CDigestFields {
 bool IsSound(const CDigestIndex& index, std::uint64_t end) {
   for (const CDigestStripe& stripe : index.stripes) {
     const std::size_t columns = stripe.checksums.size();
-    if (stripe.names >= index.names.size() || columns != index.names[stripe.names].size() + 1) return false;
-    if (stripe.place > end || stripe.blocks > end / sizeof(CMoment) || stripe.ColumnPlace(columns) > end)
+    if (stripe.names >= index.names.size() ||
+        columns != CDigestStripe::ColumnCount(index.names[stripe.names].size()))
       return false;
+    if (stripe.place > end || stripe.ColumnPlace(columns) > end) return false;
   }
   return std::all_of(index.logs.begin(), index.logs.end(), [&](const CDigestLog& log) {
-    return log.stripe < index.stripes.size() && log.block <= index.stripes[log.stripe].blocks &&
-           BlocksOf(log.samples) <= index.stripes[log.stripe].blocks - log.block;
+    if (log.stripe >= index.stripes.size()) return false;
+    const CDigestStripe& stripe = index.stripes[log.stripe];
+    return log.total < stripe.logs && log.block <= stripe.blocks &&
+           BlocksOf(log.samples) <= stripe.blocks - log.block;
   });
 }
 
@@ -170,34 +176,46 @@ bool CDigestReader::ReadIndex() {
 }
 
 const CDigestLog* CDigestReader::Find(const CHistoryLog& log) const {
+  const std::vector<CDigestLog>& logs = m_index.logs;
   CDigestLog wanted;
   wanted.file = FileNameOf(log.path);
-  const auto found = std::lower_bound(m_index.logs.begin(), m_index.logs.end(), wanted, IsFileBefore);
-  if (found == m_index.logs.end() || found->file != wanted.file || !found->IsOf(log)) return nullptr;
-  return m_index.names[m_index.stripes[found->stripe].names] == *log.names ? &*found : nullptr;
+  if (m_found >= logs.size() || logs[m_found].file != wanted.file)
+    m_found = static_cast<std::size_t>(std::lower_bound(logs.begin(), logs.end(), wanted, IsFileBefore) -
+                                       logs.begin());
+  if (m_found == logs.size() || logs[m_found].file != wanted.file) return nullptr;
+  const CDigestLog& found = logs[m_found++];
+  const std::vector<CString>& names = m_index.names[m_index.stripes[found.stripe].names];
+  return found.IsOf(log) && names == *log.names ? &found : nullptr;
 }
 
 const CMoment* CDigestReader::Moments(const CDigestLog& log) {
-  return reinterpret_cast<const CMoment*>(Column(log, 0));
+  const char* column = Column(log, 0);
+  return column ? reinterpret_cast<const CMoment*>(column) + log.block : nullptr;
 }
 
 const CDigestBlock* CDigestReader::Blocks(const CDigestLog& log, std::size_t variable) {
-  return reinterpret_cast<const CDigestBlock*>(Column(log, variable + 1));
+  const char* column = Column(log, CDigestStripe::BlockColumn(variable));
+  return column ? reinterpret_cast<const CDigestBlock*>(column) + log.block : nullptr;
 }
 
-// The entries of the log in the column, which is loaded when it is asked for; null if it is damaged.
+const CDigestBlock* CDigestReader::Total(const CDigestLog& log, std::size_t variable) {
+  const char* column = Column(log, CDigestStripe::TotalColumn(variable));
+  return column ? reinterpret_cast<const CDigestBlock*>(column) + log.total : nullptr;
+}
+
+// The column of the stripe of the log, which is loaded when it is asked for; null if it is damaged.
 const char* CDigestReader::Column(const CDigestLog& log, std::size_t column) {
   if (m_stripe != log.stripe) m_columns.clear();
   m_stripe = log.stripe;
   const CDigestStripe& stripe = m_index.stripes[log.stripe];
   const auto [at, isNew] = m_columns.try_emplace(column);
-  if (isNew) {
-    std::vector<char> bytes(stripe.ColumnSize(column));
-    if (m_file.Read(bytes.data(), bytes.size(), stripe.ColumnPlace(column)) &&
-        Crc32c(bytes.data(), bytes.size()) == stripe.checksums[column])
-      at->second = std::move(bytes);
-  }
-  return at->second ? at->second->data() + log.block * CDigestStripe::EntrySize(column) : nullptr;
+  if (!isNew) return at->second.get();
+  const std::size_t size = stripe.ColumnSize(column);
+  CColumn bytes = std::make_unique_for_overwrite<char[]>(size);
+  if (m_file.Read(bytes.get(), size, stripe.ColumnPlace(column)) &&
+      Crc32c(bytes.get(), size) == stripe.checksums[column])
+    at->second = std::move(bytes);
+  return at->second.get();
 }
 
 CDigestWriter::CDigestWriter(const CString& path) : m_file(path) {
@@ -210,21 +228,32 @@ void CDigestWriter::Put(const void* bytes, std::size_t size) {
   m_place += size;
 }
 
+// The number of entries that the column of the stripe has so far.
+std::size_t CDigestWriter::Entries(std::size_t column) const {
+  return m_columns.empty() ? 0 : m_columns[column].size() / CDigestStripe::EntrySize(column);
+}
+
+void CDigestWriter::Append(std::size_t column, const void* entries, std::size_t count) {
+  m_columns[column].append(static_cast<const char*>(entries), count * CDigestStripe::EntrySize(column));
+}
+
 void CDigestWriter::Add(const CHistoryLog& log, const std::vector<CMoment>& moments,
                         const std::vector<std::vector<CDigestBlock>>& blocks) {
-  const std::size_t before = m_columns.empty() ? 0 : m_columns[0].size() / sizeof(CMoment);
   const std::size_t blockSize = sizeof(CMoment) + blocks.size() * sizeof(CDigestBlock);  // of all variables
-  if (m_names != log.names || (before + moments.size()) * blockSize > kStripeSize) EndStripe();
+  if (m_names != log.names || (Entries(0) + moments.size()) * blockSize > kStripeSize) EndStripe();
   m_names = log.names;
-  m_columns.resize(blocks.size() + 1);
-  const auto block = static_cast<std::uint32_t>(m_columns[0].size() / sizeof(CMoment));
-  m_index.logs.push_back({FileNameOf(log.path), log.size, log.status.lastWrite,
-                          static_cast<std::uint32_t>(log.samples),
-                          static_cast<std::uint32_t>(m_index.stripes.size()), block});
-  m_columns[0].append(reinterpret_cast<const char*>(moments.data()), moments.size() * sizeof(CMoment));
-  for (std::size_t i = 0; i < blocks.size(); ++i)
-    m_columns[i + 1].append(reinterpret_cast<const char*>(blocks[i].data()),
-                            blocks[i].size() * sizeof(CDigestBlock));
+  m_columns.resize(CDigestStripe::ColumnCount(blocks.size()));
+  m_index.logs.push_back(
+      {FileNameOf(log.path), log.size, log.status.lastWrite, static_cast<std::uint32_t>(log.samples),
+       static_cast<std::uint32_t>(m_index.stripes.size()), m_logs++, static_cast<std::uint32_t>(Entries(0))});
+  Append(0, moments.data(), moments.size());
+  for (std::size_t i = 0; i < blocks.size(); ++i) {
+    CBucket total;
+    for (const CDigestBlock& block : blocks[i]) total.Add(block.Bucket());
+    const CDigestBlock entry = HasTotal(log.samples) ? CDigestBlock::Of(total) : CDigestBlock();
+    Append(CDigestStripe::TotalColumn(i), &entry, 1);
+    Append(CDigestStripe::BlockColumn(i), blocks[i].data(), blocks[i].size());
+  }
 }
 
 void CDigestWriter::EndStripe() {
@@ -234,7 +263,8 @@ void CDigestWriter::EndStripe() {
   CDigestStripe stripe;
   stripe.place = m_place;
   stripe.names = list->second;
-  stripe.blocks = static_cast<std::uint32_t>(m_columns[0].size() / sizeof(CMoment));
+  stripe.logs = std::exchange(m_logs, 0);
+  stripe.blocks = static_cast<std::uint32_t>(Entries(0));
   for (const std::string& column : m_columns) {
     stripe.checksums.push_back(Crc32c(column.data(), column.size()));
     Put(column.data(), column.size());
