@@ -12,8 +12,8 @@
 namespace vastra {
 namespace {
 
-// Sizes from kSmall to below kLarge are written without an exponent.
-constexpr float kSmall = 1e-5F, kLarge = 1e10F;
+// Sizes from kSmall to below kLarge are written without an exponent: these texts fit into a column.
+constexpr float kSmall = 1e-3F, kLarge = 1e10F;
 
 constexpr std::chrono::milliseconds kShortestStale{2000};
 constexpr int kStalePeriods = 3;

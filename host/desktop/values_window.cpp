@@ -23,7 +23,7 @@ namespace {
 
 constexpr std::chrono::milliseconds kLookPeriod{100};
 constexpr std::chrono::milliseconds kSortPeriod{1000};  // rows that move faster cannot be read
-constexpr int kNameWidth = 30, kNumberWidth = 14;       // of columns, in characters; Age has the rest
+constexpr int kNameWidth = 30, kNumberWidth = 15;       // of columns, in characters; Age has the rest
 
 // The selected rows of view, from top to bottom.
 QModelIndexList RowsIn(const QTableView& view) {
