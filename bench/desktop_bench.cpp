@@ -36,7 +36,7 @@ pid_t Start(const fs::path& program, const fs::path& folder) {
   const pid_t child = ::fork();
   if (child != 0) return child;
   ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
-  ::setenv("XDG_CONFIG_HOME", folder.c_str(), 1);
+  for (const char* home : {"XDG_CONFIG_HOME", "XDG_STATE_HOME"}) ::setenv(home, folder.c_str(), 1);
   ::execl(program.c_str(), program.c_str(), (folder / "run.json").c_str(), "--start", nullptr);
   ::_exit(127);
 }

@@ -92,11 +92,19 @@ const char* FunctionWord(char function) { return WordOf(kFunctions, function); }
 char SeverityOf(std::string_view word) { return CodeOf(kSeverities, word, severityNotice); }
 char FunctionOf(std::string_view word) { return CodeOf(kFunctions, word, -1); }
 
+CMessageParts PartsOf(const CRunMessage& message) {
+  CMessageParts parts;
+  if (!IsOneOf(kSenders, message.link)) parts.place = PlaceOf(message);
+  if (IsOneOf(kTransfers, message.link)) parts.text.append(WordOf(kCalls, message.function)) += ": ";
+  parts.text += OneLine(message.text);
+  return parts;
+}
+
 std::string MessageText(const CRunMessage& message) {
+  const CMessageParts parts = PartsOf(message);
   std::string text = kKinds[static_cast<unsigned char>(message.severity)];
-  if (!IsOneOf(kSenders, message.link)) text.append(PlaceOf(message)) += AfterPlace(message);
-  if (IsOneOf(kTransfers, message.link)) text.append(WordOf(kCalls, message.function)) += ": ";
-  return text + OneLine(message.text);
+  if (!IsOneOf(kSenders, message.link)) text.append(parts.place) += AfterPlace(message);
+  return text + parts.text;
 }
 
 bool AddsNothing(const CRunMessage& message) {

@@ -29,6 +29,13 @@ char FunctionOf(std::string_view word);
 // the driver was asked for; the text of the link. One line.
 std::string MessageText(const CRunMessage& message);
 
+// The same without the kind, for a table: the place, empty if the text says it, and the rest.
+struct CMessageParts {
+  std::string place;  // a node, a key of the configuration, an output such as outputs[1] "All", or a path
+  std::string text;   // one line
+};
+CMessageParts PartsOf(const CRunMessage& message);
+
 // Whether the message only repeats, as the link outside of another one, that the inner one has failed.
 bool AddsNothing(const CRunMessage& message);
 

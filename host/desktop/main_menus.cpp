@@ -77,6 +77,11 @@ void CMainWindow::MakeWindowMenu() {
   QAction* grid =
       AddAction(window, "Scan &Grid", QKeySequence("Ctrl+2"), [this] { m_views.ShowGrid(Stages()); });
   QAction* messages = AddAction(window, "&Messages", QKeySequence("Ctrl+3"), [this] { m_messages.Show(); });
+  AddAction(window, "Message &Log", QKeySequence("Ctrl+4"), [this] {
+    m_messages.ShowLog([this](const CString&) {
+      if (m_edit->isEnabled()) EditConfiguration();
+    });
+  });
   QAction* values = AddAction(window, "&Values", QKeySequence("Ctrl+5"), [this] { m_values.BringUp(); });
   window->addSeparator();
   AddAction(window, "Message &Settings...", QKeySequence("Ctrl+M"), [this] { m_messages.Configure(); });

@@ -64,7 +64,8 @@ CMainWindow::CMainWindow()
                 .failed = [this] { ShowOpenFault(); },
                 .refresh = [this] { m_views.Refresh(); },
                 .tick = [this] { ShowCounts(); },
-                .trend = [this] { TakeTrend(); }},
+                .trend = [this] { TakeTrend(); },
+                .message = [this](const CRunMessage& message) { m_messages.Keep(message); }},
                m_messages.Messenger()),
       m_views(m_settings),
       m_values(m_settings, "Values"),
@@ -88,6 +89,7 @@ bool CMainWindow::Open(const CString& path) {
     return false;
   }
   m_settings.AddRecent(m_document.Path());
+  m_messages.Log().Open(m_document.Path());
   UseConfiguration();
   TakeState();
   return true;
@@ -151,6 +153,7 @@ void CMainWindow::ShowNames(const CStageNames& names) {
 void CMainWindow::New() {
   if (HasOpenDialog() || !MayLoseChanges()) return;
   m_document.New();
+  m_messages.Log().Open("");
   UseConfiguration();
   TakeState();
 }
@@ -183,6 +186,7 @@ bool CMainWindow::SaveTo(const CString& path) {
     return false;
   }
   m_settings.AddRecent(m_document.Path());
+  m_messages.Log().MoveTo(m_document.Path());
   ShowState();
   ShowLost();
   return true;
@@ -303,6 +307,7 @@ bool CMainWindow::IsFitToStart() {
   std::vector<CString> faults = m_runner.Run().Refusals();
   for (const CEquationFinding& fault : m_runner.Run().EquationFaults())
     faults.push_back(fault.message + "\n    " + Trimmed(fault.statement));
+  for (const CString& fault : faults) m_messages.KeepFault(fault);
   CString text;
   for (std::size_t i = 0; i < std::min(faults.size(), kMostShown); ++i)
     text += (i == 0 ? "" : "\n") + faults[i];
@@ -312,7 +317,10 @@ bool CMainWindow::IsFitToStart() {
   return text.IsEmpty();
 }
 
-void CMainWindow::ShowOpenFault() { AfxMessageBox(m_runner.Run().OpenFault()); }
+void CMainWindow::ShowOpenFault() {
+  m_messages.KeepFault(m_runner.Run().OpenFault());
+  AfxMessageBox(m_runner.Run().OpenFault());
+}
 
 void CMainWindow::TakeTrend() {
   m_document.TrendChanged();

@@ -31,9 +31,27 @@ CMessages::~CMessages() {
 
 void CMessages::Show() { CConsole::Instance()->ShowWindow(kWindow, SW_SHOWNORMAL); }
 
-void CMessages::Warn(const CString& text) { WriteToConsole(kWindow, "Warning: " + text, kWarningColour, 0); }
+void CMessages::Warn(const CString& text) {
+  WriteToConsole(kWindow, "Warning: " + text, kWarningColour, 0);
+  m_log.AddMessage(DesktopLine(severityWarning, text.View()));
+}
 
-void CMessages::Tell(const CString& text) { WriteToConsole(kWindow, text, kNoticeColour, 0); }
+void CMessages::Tell(const CString& text) {
+  WriteToConsole(kWindow, text, kNoticeColour, 0);
+  m_log.AddMessage(DesktopLine(severityNotice, text.View()));
+}
+
+void CMessages::Keep(const CRunMessage& message) {
+  if (!AddsNothing(message)) m_log.AddMessage(LineOf(message));
+}
+
+void CMessages::ShowLog(const CMessageWindow::COpenPlace& openPlace) {
+  if (!m_pLogWindow) m_pLogWindow = std::make_unique<CMessageWindow>(m_settings, m_log, openPlace);
+  m_pLogWindow->setWindowState(m_pLogWindow->windowState() & ~Qt::WindowMinimized);
+  m_pLogWindow->show();
+  m_pLogWindow->raise();
+  m_pLogWindow->activateWindow();
+}
 
 void CMessages::Configure() {
   CConsoleConfDlg dialog;

@@ -1,6 +1,10 @@
-// CMessages: the messages of all links, in console window 0, and their settings.
+// CMessages: the messages of all links and of the desktop, in console window 0, and their settings; and the
+// message log, which has them for people and keeps them.
 #pragma once
 
+#include <memory>
+
+#include "host/desktop/message_window.h"
 #include "host/desktop/settings.h"
 #include "host/run/run_messenger.h"
 
@@ -21,6 +25,13 @@ class CMessages {
   // Shows an event that is not a failure.
   void Tell(const CString& text);
 
+  // The message log: the window, brought to the front; the lines.
+  void ShowLog(const CMessageWindow::COpenPlace& openPlace);
+  CMessageModel& Log() { return m_log; }
+  // Adds to the log a message of a run, from any thread; a fault that the user sees in a box.
+  void Keep(const CRunMessage& message);
+  void KeepFault(const CString& text) { m_log.AddMessage(DesktopLine(severityError, text.View())); }
+
   // The lines are those of the engine, as with all messages on, or written for people.
   void SetPlain(bool isPlain);
 
@@ -32,6 +43,8 @@ class CMessages {
   void Apply();
 
   CSettings& m_settings;
+  CMessageModel m_log;
+  std::unique_ptr<CMessageWindow> m_pLogWindow;  // null: not opened yet
   CRunMessenger m_messenger;
   int m_all = 0;
   int m_kinds[5] = {1, 1, 1, 1, 0};  // fatal, error, warning, notice, debug

@@ -126,6 +126,7 @@ void CRunner::Sampled(const CLogSample&) { Refresh(); }
 
 // From any thread.
 void CRunner::Message(const CRunMessage& message) {
+  if (m_listener.message) m_listener.message(message);
   if (!m_stopWanted) return;
   const CString line(MessageText(message));
   QMetaObject::invokeMethod(

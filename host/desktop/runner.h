@@ -28,6 +28,7 @@ class CRunner : private CMessageTarget, private CRunObserver {
     std::function<void()> refresh;  // time to draw the views
     std::function<void()> tick;   // between two scans, a few times a second: the counts of Run() can be read
     std::function<void()> trend;  // a view has changed the settings of the trending stage
+    std::function<void(const CRunMessage&)> message = {};  // of the run; called from any thread
   };
 
   CRunner(CListener listener, CRunMessenger& messenger);

@@ -42,7 +42,7 @@ struct CTestWindow : CMainWindow {
 class Desktop : public testing::Test {
  protected:
   Desktop() {
-    ::setenv("XDG_CONFIG_HOME", m_dir.Path(), 1);
+    for (const char* home : {"XDG_CONFIG_HOME", "XDG_STATE_HOME"}) ::setenv(home, m_dir.Path(), 1);
     std::filesystem::current_path(m_dir.Path().Std());
     WriteBytes(m_demo, Configuration(kSimulator));
   }

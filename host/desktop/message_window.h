@@ -1,0 +1,60 @@
+// CMessageWindow: the message log of the desktop: a table of messages, which can be filtered, searched and
+// copied. It opens beside the console window of CMessages.
+#pragma once
+
+#include <QWidget>
+
+#include <functional>
+
+#include "host/desktop/message_model.h"
+#include "host/desktop/settings.h"
+
+class QCheckBox;
+class QComboBox;
+class QLabel;
+class QLineEdit;
+class QTableView;
+
+namespace vastra {
+
+class CMessageWindow : public QWidget {
+ public:
+  // Opens the part of the configuration that a message is about, as in CLoggedMessage::part.
+  using COpenPlace = std::function<void(const CString& part)>;
+
+  // settings, model and what openPlace uses must exist as long as the window.
+  CMessageWindow(CSettings& settings, CMessageModel& model, COpenPlace openPlace);
+  ~CMessageWindow() override;
+
+ protected:
+  void closeEvent(QCloseEvent* event) override;
+
+ private:
+  void MakeTable();
+  void MakeActions();
+  void MakeLayout();
+  void FollowModel();
+  void Restore();
+  void Remember();
+
+  void Search(int step);
+  void Copy();
+  void OpenPlace();
+  void Follow();
+  void ShowStatus(const QString& fault = {});
+  char ChosenSeverity() const;
+
+  CSettings& m_settings;
+  CMessageModel& m_model;
+  const COpenPlace m_openPlace;
+  QComboBox* m_severity;
+  QLineEdit* m_words;
+  QTableView* m_table;
+  QCheckBox* m_follow;
+  QLabel* m_status;
+  QAction *m_copy = nullptr, *m_clear = nullptr, *m_open = nullptr;
+  bool m_isModelChanging = false;  // the view scrolls, but not by the user
+  int m_scrolledTo = 0;            // before the model changes
+};
+
+}  // namespace vastra
