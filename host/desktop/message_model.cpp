@@ -41,25 +41,7 @@ QVariant ColourOf(const CLoggedMessage& line) {
 QDateTime LocalTime(std::int64_t milliseconds) { return QDateTime::fromMSecsSinceEpoch(milliseconds); }
 QString LongTime(std::int64_t time) { return LocalTime(time).toString("yyyy-MM-dd hh:mm:ss.zzz"); }
 
-// Of a line that has come several times: how often, and until when.
-QString CountText(const CLoggedMessage& line) {
-  if (line.count < 2) return {};
-  const bool isSameDay = LocalTime(line.first).date() == LocalTime(line.last).date();
-  return QString("%1, until %2")
-      .arg(line.count)
-      .arg(LocalTime(line.last).toString(isSameDay ? "hh:mm:ss" : "yyyy-MM-dd hh:mm:ss"));
-}
-
 QString ShownText(const std::string& text) { return ToScreen(CString(text)); }
-
-QString TipOf(const CLoggedMessage& line) {
-  QString tip = ShownText(line.text);
-  if (!line.part.empty()) tip = ShownText(line.part) + ": " + tip;
-  if (line.count > 1)
-    tip +=
-        QString("\n%1 times, from %2 to %3").arg(line.count).arg(LongTime(line.first), LongTime(line.last));
-  return tip + "\nSaid by: " + ShownText(line.source);
-}
 
 }  // namespace
 
@@ -164,20 +146,36 @@ QString CMessageModel::Field(const CLoggedMessage& line, int column) const {
     case textColumn:
       return ShownText(line.text);
     default:
-      return CountText(line);
+      return line.count > 1 ? QString::number(line.count) : QString();
   }
 }
 
 QString CMessageModel::Text(int row) const {
   QStringList fields;
   for (int column = 0; column < columns; ++column) fields << Field(Line(row), column);
+  if (Line(row).count > 1) fields << "until " + LongTime(Line(row).last);
   return fields.join('\t');
 }
 
+QString CMessageModel::Details(int row) const {
+  const CLoggedMessage& line = Line(row);
+  QString times = LongTime(line.first);
+  if (line.count > 1)
+    times = QString("%1 times, from %2 to %3").arg(line.count).arg(times, LongTime(line.last));
+  return (line.part.empty() ? QString() : ShownText(line.part) + ": ") + ShownText(line.text) + '\n' + times +
+         ", said by: " + ShownText(line.source);
+}
+
+// The times are made last and only for a word that can be a part of one, since they take long.
 bool CMessageModel::HasWords(int row, const QStringList& words) const {
-  const QString text = Text(row);
-  return std::all_of(words.begin(), words.end(),
-                     [&](const QString& word) { return text.contains(word, Qt::CaseInsensitive); });
+  const CLoggedMessage& line = Line(row);
+  const QString text =
+      Field(line, severityColumn) + '\t' + Field(line, partColumn) + '\t' + Field(line, textColumn);
+  return std::all_of(words.begin(), words.end(), [&](const QString& word) {
+    if (text.contains(word, Qt::CaseInsensitive)) return true;
+    const bool canBeTime = std::any_of(word.begin(), word.end(), [](QChar c) { return c.isDigit(); });
+    return canBeTime && Text(row).contains(word);
+  });
 }
 
 int CMessageModel::Find(const QStringList& words, int start, int step) const {
@@ -202,12 +200,14 @@ QVariant CMessageModel::data(const QModelIndex& index, int role) const {
     case Qt::DisplayRole:
       return Field(line, index.column());
     case Qt::ToolTipRole:
-      return TipOf(line);
+      return Details(index.row());
     case Qt::ForegroundRole:
       return index.column() == severityColumn ? ColourOf(line) : QVariant();
     case Qt::DecorationRole:
       return index.column() == severityColumn ? QApplication::style()->standardIcon(LookOf(line).sign)
                                               : QVariant();
+    case Qt::TextAlignmentRole:
+      return index.column() == countColumn ? QVariant(Qt::AlignRight | Qt::AlignVCenter) : QVariant();
     default:
       return {};
   }

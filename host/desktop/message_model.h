@@ -29,8 +29,9 @@ class CMessageModel : public QAbstractTableModel {
   std::size_t Lines() const { return m_store.Size(); }  // shown or not
 
   const CLoggedMessage& Line(int row) const;
-  // The row as one line, with tabs between its columns.
+  // The row as one line, with tabs between its columns, and in words for a reader of this message alone.
   QString Text(int row) const;
+  QString Details(int row) const;
   // The first row from start on, in steps of 1 or -1 and then from the other end, that contains all words, in
   // any letter case; -1: there is none.
   int Find(const QStringList& words, int start, int step) const;

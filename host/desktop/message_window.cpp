@@ -10,6 +10,7 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QShortcut>
@@ -33,8 +34,9 @@ struct CSeverityChoice {
 constexpr CSeverityChoice kSeverityChoices[] = {
     {"All messages", severityNotice}, {"Warnings and errors", severityWarning}, {"Errors", severityError}};
 
-// The widths of the columns before the user has changed them, in characters.
-constexpr int kColumnWidths[] = {25, 13, 18, 60, 20};
+// The widths of the columns before the user has changed them, in digits; the text has the rest.
+constexpr int kColumnWidths[] = {25, 12, 16, 0, 8};
+constexpr int kDetailLines = 3;
 
 QPushButton* ButtonOf(QAction* action, QWidget* parent) {
   auto* button = new QPushButton(action->text(), parent);
@@ -57,6 +59,7 @@ CMessageWindow::CMessageWindow(CSettings& settings, CMessageModel& model, COpenP
       m_severity(new QComboBox(this)),
       m_words(new QLineEdit(this)),
       m_table(new QTableView(this)),
+      m_details(new QPlainTextEdit(this)),
       m_follow(new QCheckBox("&Follow", this)),
       m_status(new QLabel(this)) {
   setWindowTitle("Message Log");
@@ -86,7 +89,8 @@ void CMessageWindow::MakeTable() {
   m_table->horizontalHeader()->setHighlightSections(false);
   m_table->horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
   for (int column = 0; column < CMessageModel::columns; ++column)
-    m_table->setColumnWidth(column, m_table->fontMetrics().averageCharWidth() * kColumnWidths[column]);
+    m_table->setColumnWidth(column, m_table->fontMetrics().horizontalAdvance('0') * kColumnWidths[column]);
+  m_table->horizontalHeader()->setSectionResizeMode(CMessageModel::textColumn, QHeaderView::Stretch);
 }
 
 void CMessageWindow::MakeActions() {
@@ -129,6 +133,12 @@ void CMessageWindow::MakeLayout() {
   m_words->setClearButtonEnabled(true);
   m_words->setAccessibleName("Search");
   m_severity->setAccessibleName("Severity");
+  m_details->setAccessibleName("Details");
+  m_details->setReadOnly(true);
+  m_details->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+  m_details->setTabChangesFocus(true);
+  m_details->setPlaceholderText("The chosen message");
+  m_details->setFixedHeight(m_details->fontMetrics().lineSpacing() * kDetailLines + 12);
   auto* severityLabel = new QLabel("&Show:", this);
   severityLabel->setBuddy(m_severity);
   auto* wordsLabel = new QLabel("S&earch:", this);
@@ -146,20 +156,29 @@ void CMessageWindow::MakeLayout() {
   auto* layout = new QVBoxLayout(this);
   layout->addLayout(top);
   layout->addWidget(m_table);
+  layout->addWidget(m_details);
   layout->addLayout(bottom);
 }
 
 // Keeps the newest line in sight, or the lines that the user reads.
 void CMessageWindow::FollowModel() {
   QScrollBar* bar = m_table->verticalScrollBar();
-  connect(&m_model, &QAbstractItemModel::rowsInserted, this, [this] { ShowStatus(); });
-  connect(&m_model, &QAbstractItemModel::modelReset, this, [this] { ShowStatus(); });
+  const auto changed = [this] {
+    Follow();
+    ShowStatus();
+  };
+  connect(&m_model, &QAbstractItemModel::rowsInserted, this, changed);
+  connect(&m_model, &QAbstractItemModel::modelReset, this, changed);
+  connect(&m_model, &QAbstractItemModel::modelReset, this, [this] { ShowDetails(); });
+  connect(&m_model, &QAbstractItemModel::dataChanged, this, [this] { ShowDetails(); });
+  connect(m_table->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
+          [this] { ShowDetails(); });
   connect(&m_model, &QAbstractItemModel::rowsAboutToBeRemoved, this, [this, bar] {
     m_isModelChanging = true;
     m_scrolledTo = bar->value();
   });
   connect(&m_model, &QAbstractItemModel::rowsRemoved, this, [this, bar](const QModelIndex&, int, int last) {
-    bar->setValue(std::max(m_scrolledTo - last - 1, 0));
+    if (!m_follow->isChecked()) bar->setValue(std::max(m_scrolledTo - last - 1, 0));
     m_isModelChanging = false;
   });
   connect(bar, &QScrollBar::valueChanged, this, [this, bar](int value) {
@@ -171,8 +190,13 @@ void CMessageWindow::FollowModel() {
 }
 
 void CMessageWindow::Follow() {
-  QScrollBar* bar = m_table->verticalScrollBar();
-  if (m_follow->isChecked()) bar->setValue(bar->maximum());
+  if (m_follow->isChecked()) m_table->scrollToBottom();
+}
+
+void CMessageWindow::ShowDetails() {
+  const QModelIndex current = m_table->currentIndex();
+  const QString details = current.isValid() ? m_model.Details(current.row()) : QString();
+  if (details != m_details->toPlainText()) m_details->setPlainText(details);
 }
 
 char CMessageWindow::ChosenSeverity() const { return kSeverityChoices[m_severity->currentIndex()].severity; }
@@ -222,7 +246,6 @@ void CMessageWindow::Restore() {
   resize(m_table->fontMetrics().averageCharWidth() * 110, m_table->fontMetrics().height() * 26);
   restoreGeometry(bytes(kLogPlace));
   m_table->horizontalHeader()->restoreState(bytes(kLogColumns));
-  m_table->horizontalHeader()->setStretchLastSection(false);
   m_severity->setCurrentIndex(std::max(0, m_severity->findText(ToScreen(m_settings.Get(kLogSeverity)))));
   m_model.ShowUpTo(ChosenSeverity());
   m_follow->setChecked(true);

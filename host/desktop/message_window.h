@@ -13,6 +13,7 @@ class QCheckBox;
 class QComboBox;
 class QLabel;
 class QLineEdit;
+class QPlainTextEdit;
 class QTableView;
 
 namespace vastra {
@@ -41,6 +42,7 @@ class CMessageWindow : public QWidget {
   void Copy();
   void OpenPlace();
   void Follow();
+  void ShowDetails();
   void ShowStatus(const QString& fault = {});
   char ChosenSeverity() const;
 
@@ -50,6 +52,7 @@ class CMessageWindow : public QWidget {
   QComboBox* m_severity;
   QLineEdit* m_words;
   QTableView* m_table;
+  QPlainTextEdit* m_details;  // of the current row
   QCheckBox* m_follow;
   QLabel* m_status;
   QAction *m_copy = nullptr, *m_clear = nullptr, *m_open = nullptr;

@@ -223,9 +223,13 @@ TEST_F(MessageLog, FollowsTheNewestUntilTheUserReadsEarlierOnes) {
   m_table->selectRow(15005);
   QTest::keyClick(m_table, Qt::Key_End, Qt::ControlModifier);
   EXPECT_TRUE(Follows());
-  Say(10);
-  EXPECT_TRUE(Wait([&] { return m_table->rowAt(m_table->viewport()->height() - 30) > 19980; }));
-  EXPECT_TRUE(Wait([&] { return m_table->isVisible() && bar->value() == bar->maximum(); }));
+  for (int i = 0; i < 2; ++i) {
+    Say(1000);
+    const std::string newest = "line " + std::to_string(m_said - 1);
+    ASSERT_TRUE(Wait([&] { return m_model.Line(19999).text == newest; }));
+    EXPECT_TRUE(Wait([&] { return bar->value() == bar->maximum(); })) << "the newest is not in sight";
+    EXPECT_TRUE(Follows());
+  }
 }
 
 TEST_F(MessageLog, IsFilteredSearchedCopiedAndCleared) {
@@ -316,20 +320,30 @@ TEST_F(MessageLog, ScratchSpeed) {
       for (int i = 0; i < 10; ++i, ++n) {
         const auto t = std::chrono::steady_clock::now();
         const std::string text = "message with some words in it, number " + std::to_string(n);
-        m_model.AddMessage(LineOf({{1795745757, 0, 0, 0, 0}, severityError, functionRead, "CPlcLink", "Modbus (Kiln)", text.c_str()}));
-        const double us = std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - t).count();
+        m_model.AddMessage(LineOf({{1795745757, 0, 0, 0, 0},
+                                   severityError,
+                                   functionRead,
+                                   "CPlcLink",
+                                   "Modbus (Kiln)",
+                                   text.c_str()}));
+        const double us =
+            std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - t).count();
         worst = std::max(worst, us), sum += us;
       }
       std::this_thread::sleep_until(next += std::chrono::milliseconds(1));
     }
   });
-  double worstLoop = 0, busy = 0;
+  double worstLoop = 0, busy = 0, worstCpu = 0;
   timespec c0, c1;
   clock_gettime(CLOCK_THREAD_CPUTIME_ID, &c0);
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(8);
   while (std::chrono::steady_clock::now() < end) {
     const auto t = std::chrono::steady_clock::now();
+    timespec a, b;
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &a);
     QCoreApplication::processEvents();
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &b);
+    worstCpu = std::max(worstCpu, double(b.tv_sec - a.tv_sec) * 1e3 + double(b.tv_nsec - a.tv_nsec) / 1e6);
     const double us = std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - t).count();
     worstLoop = std::max(worstLoop, us), busy += us;
     QTest::qSleep(1);
@@ -337,17 +351,24 @@ TEST_F(MessageLog, ScratchSpeed) {
   clock_gettime(CLOCK_THREAD_CPUTIME_ID, &c1);
   stop = true;
   sender.join();
-  std::printf("add mean %.2f us, worst %.0f us, n %d; loop worst %.0f us, busy %.1f %%, cpu %.2f s of 8\n", sum / n, worst, n, worstLoop, busy / 8e4,
-              double(c1.tv_sec - c0.tv_sec) + double(c1.tv_nsec - c0.tv_nsec) / 1e9);
+  std::printf(
+      "add mean %.2f us, worst %.0f us, n %d; loop worst %.0f us, busy %.1f %%, cpu %.2f s of 8, worst cpu "
+      "of a loop %.1f ms\n",
+      sum / n, worst, n, worstLoop, busy / 8e4,
+      double(c1.tv_sec - c0.tv_sec) + double(c1.tv_nsec - c0.tv_nsec) / 1e9, worstCpu);
   m_pWindow->grab().save("/tmp/wtm_speed.png");
   const auto t = std::chrono::steady_clock::now();
   m_model.Find({"xyz"}, 0, 1);
-  std::printf("find %.1f ms\n", std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - t).count());
+  std::printf("find %.1f ms\n",
+              std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - t).count());
   const auto t2 = std::chrono::steady_clock::now();
   m_model.Open(m_dir / "x.json");
-  std::printf("open %.1f ms\n", std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - t2).count());
+  std::printf("open %.1f ms\n",
+              std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - t2).count());
   Wait([&] { return m_model.rowCount() > 0; });
-  std::printf("read after %.1f ms, rows %d\n", std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - t2).count(), m_model.rowCount());
+  std::printf("read after %.1f ms, rows %d\n",
+              std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - t2).count(),
+              m_model.rowCount());
 }
 
 }  // namespace
