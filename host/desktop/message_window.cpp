@@ -35,7 +35,7 @@ constexpr CSeverityChoice kSeverityChoices[] = {
     {"All messages", severityNotice}, {"Warnings and errors", severityWarning}, {"Errors", severityError}};
 
 // The widths of the columns before the user has changed them, in digits; the text has the rest.
-constexpr int kColumnWidths[] = {25, 12, 16, 0, 8};
+constexpr int kColumnWidths[] = {24, 11, 14, 0, 6};
 constexpr int kDetailLines = 3;
 
 QPushButton* ButtonOf(QAction* action, QWidget* parent) {
