@@ -24,6 +24,11 @@ CConfigurationSheet::CConfigurationSheet(const CConfiguration& configuration, st
     AddPage(*page);
 }
 
+void CConfigurationSheet::OnInitDialog() {
+  CPropertySheet::OnInitDialog();
+  if (m_firstPage != pageInput) SetActivePage(m_firstPage);
+}
+
 void CConfigurationSheet::GetConfiguration(CConfiguration& configuration) const {
   m_input.GetConfiguration(configuration.m_input);
   m_outputs.GetConfiguration(configuration.m_outputs);

@@ -16,16 +16,22 @@ class CConfigurationSheet : public CPropertySheet {
   // applied is called each time the user applies the sheet, also with OK.
   CConfigurationSheet(const CConfiguration& configuration, std::function<void()> applied);
 
+  enum EPage { pageInput, pageOutputs, pageSummaries, pageSmart, pagePlcWrite };
+  // The page that is opened first, if the input page, which is the first one, is complete.
+  void SetFirstPage(int page) { m_firstPage = page; }
+
   void GetConfiguration(CConfiguration& configuration) const;
   // The settings of the trending stage. The input page checks their equations and empties them if the user
   // agrees. trend must exist as long as the sheet.
   void SetTrend(CTrendConfig* trend) { m_input.m_pTrendOptions = trend; }
 
  protected:
+  void OnInitDialog() override;
   void OnApplied() override { m_applied(); }
 
  private:
   const std::function<void()> m_applied;
+  int m_firstPage = pageInput;
   CInputPage m_input;
   COutputPage m_outputs;
   CSummaryPage m_summaries;

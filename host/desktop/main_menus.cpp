@@ -72,10 +72,8 @@ void CMainWindow::MakeRunMenu() {
 
 void CMainWindow::MakeWindowMenu() {
   QMenu* window = menuBar()->addMenu("&Window");
-  QAction* trend = AddAction(window, "&Trend", QKeySequence("Ctrl+1"),
-                             [this] { m_views.ShowTrend(Stages(), m_runner.RefreshPeriod()); });
-  QAction* grid =
-      AddAction(window, "Scan &Grid", QKeySequence("Ctrl+2"), [this] { m_views.ShowGrid(Stages()); });
+  QAction* trend = AddAction(window, "&Trend", QKeySequence("Ctrl+1"), [this] { ShowTrend(); });
+  QAction* grid = AddAction(window, "Scan &Grid", QKeySequence("Ctrl+2"), [this] { ShowGrid(); });
   QAction* messages = AddAction(window, "&Messages", QKeySequence("Ctrl+3"), [this] { m_messages.Show(); });
   AddAction(window, "Message &Log", QKeySequence("Ctrl+4"), [this] {
     m_messages.ShowLog([this](const CString&) {

@@ -15,7 +15,7 @@
 #include "host/common/demo.h"
 #include "host/common/driver_search.h"
 #include "host/desktop/configuration_sheet.h"
-#include "host/desktop/overview.h"
+#include "host/desktop/plant_view.h"
 #include "host/desktop/report_window.h"
 #include "vastra/platform/file_system.h"
 #include "vastra/ui/text.h"
@@ -69,8 +69,11 @@ CMainWindow::CMainWindow()
                m_messages.Messenger()),
       m_views(m_settings),
       m_values(m_settings, "Values"),
-      m_overview(new COverview(this)) {
-  setCentralWidget(m_overview);
+      m_plant(new CPlantView({.edit = [this](EPart part) { EditPart(part); },
+                              .trend = [this] { ShowTrend(); },
+                              .grid = [this] { ShowGrid(); }},
+                             this)) {
+  setCentralWidget(m_plant);
   MakeActions();
   MakeStatusBar();
   resize(fontMetrics().averageCharWidth() * 130, fontMetrics().height() * 26);
@@ -122,7 +125,10 @@ void CMainWindow::UseConfiguration() {
   m_runner.SetConfiguration(m_document.Stored(), RunOptions());
   m_runner.Run().AddObserver(&m_statistics);
   m_isAhead = false;
-  ShowNames(m_runner.Run().Names());
+  m_startFault.Empty();
+  m_names = m_runner.Run().Names();
+  ShowParts();
+  ShowPlant();
   Trend().m_baseVars = m_names.input;
   m_values.SetSource(ValuesOf(m_runner.Run(), m_statistics));
   m_views.TakeStages(Stages(), m_runner.RefreshPeriod());
@@ -145,9 +151,28 @@ void CMainWindow::SetKeepLogs(bool keep) {
   if (m_document.IsOpen() && m_runner.State() == CRunner::EState::stopped) UseConfiguration();
 }
 
-void CMainWindow::ShowNames(const CStageNames& names) {
-  m_names = names;
-  m_overview->ShowConfiguration(m_document.Configuration(), m_names.hasInput ? m_names.input.GetSize() : -1);
+// The plant is that of the run, or that of the document, if this has changed since and the run has ended.
+bool CMainWindow::ShowsRun() const { return !m_isAhead || m_runner.State() != CRunner::EState::stopped; }
+
+void CMainWindow::ShowParts() {
+  const CStageNames& names = ShowsRun() ? m_runner.Run().Names() : m_names;
+  CConfiguration shown = ShowsRun() ? m_runner.Run().Configuration() : m_document.Configuration();
+  shown.m_trend = Trend();
+  m_plant->ShowConfiguration(shown, names.hasInput ? names.input.GetSize() : -1);
+}
+
+void CMainWindow::ShowPlant() {
+  const CRunner::EState state = m_runner.State();
+  CPlantRun run;
+  run.isStopped = state == CRunner::EState::stopped;
+  run.isRunning = state == CRunner::EState::running;
+  run.word = FromScreen(QString(NameOf(state)).toLower());
+  run.keepsLogs = m_runner.Run().KeepsLogs();
+  run.period = m_runner.Run().Period();
+  if (m_document.Configuration().m_plcWrite.m_disableWriting) run.noWriting = "writing is disabled";
+  if (LeavesOutWriting(m_document.Configuration(), RunOptions())) run.noWriting = "a replay writes to no PLC";
+  run.startFault = m_startFault;
+  m_plant->ShowRun(run, ShowsRun() ? m_runner.Run().LiveState() : std::make_shared<const CLiveState>());
 }
 
 void CMainWindow::New() {
@@ -232,14 +257,29 @@ bool CMainWindow::MayLoseChanges() {
   }
 }
 
-void CMainWindow::EditConfiguration() {
+void CMainWindow::EditConfiguration(int page) {
   // The dialog of a view does not block this window; the sheet itself refuses an Apply while it is open.
   const QWidget* dialog = QApplication::activeModalWidget();
   if (dialog && dialog->windowModality() == Qt::ApplicationModal && HasOpenDialog()) return;
   CTrendConfig trend = Trend();
   CConfigurationSheet sheet(m_document.Configuration(), [&] { Apply(sheet, trend); });
   sheet.SetTrend(&trend);
+  if (!m_document.Configuration().m_input.m_plcNodes.IsEmpty()) sheet.SetFirstPage(page);
   sheet.DoModal();
+}
+
+// Opens the sheet with the page of part.
+void CMainWindow::EditPart(EPart part) {
+  constexpr std::pair<EPart, int> kPages[] = {{EPart::smart, CConfigurationSheet::pageSmart},
+                                              {EPart::outputs, CConfigurationSheet::pageOutputs},
+                                              {EPart::output, CConfigurationSheet::pageOutputs},
+                                              {EPart::summaries, CConfigurationSheet::pageSummaries},
+                                              {EPart::summary, CConfigurationSheet::pageSummaries},
+                                              {EPart::plcWrite, CConfigurationSheet::pagePlcWrite},
+                                              {EPart::writtenNode, CConfigurationSheet::pagePlcWrite}};
+  if (!m_edit->isEnabled()) return;  // the stages open or close
+  const auto* page = std::ranges::find(kPages, part, &std::pair<EPart, int>::first);
+  EditConfiguration(page == std::end(kPages) ? CConfigurationSheet::pageInput : page->second);
 }
 
 // While the logger runs, changes go to the document alone; the next start uses them.
@@ -267,8 +307,9 @@ void CMainWindow::ApplyWhileRunning(CConfiguration former) {
   isAhead = !IsSame(former, now) || isAhead;
   {
     const CRunMessenger::CQuiet quiet(m_messages.Messenger());
-    ShowNames(FindStageNames(now));
+    m_names = FindStageNames(now);
   }
+  ShowPlant();
   if (!isAhead) return;
   m_isAhead = true;
   ShowState();
@@ -313,19 +354,35 @@ bool CMainWindow::IsFitToStart() {
     text += (i == 0 ? "" : "\n") + faults[i];
   if (faults.size() > kMostShown)
     text += "\nand " + CString(std::to_string(faults.size() - kMostShown)) + " more";
-  if (!text.IsEmpty()) AfxMessageBox(text);
+  if (!text.IsEmpty()) RefuseStart(faults.front(), text);
   return text.IsEmpty();
 }
 
 void CMainWindow::ShowOpenFault() {
-  m_messages.KeepFault(m_runner.Run().OpenFault());
-  AfxMessageBox(m_runner.Run().OpenFault());
+  const CString fault = m_runner.Run().OpenFault();
+  m_messages.KeepFault(fault);
+  RefuseStart(fault, fault);
+}
+
+// The plant shows the reason until the next start, a box all of text.
+void CMainWindow::RefuseStart(const CString& reason, const CString& text) {
+  m_startFault = reason;
+  ShowPlant();
+  AfxMessageBox(text);
+}
+
+void CMainWindow::ShowTrend() {
+  if (m_edit->isEnabled()) m_views.ShowTrend(Stages(), m_runner.RefreshPeriod());
+}
+
+void CMainWindow::ShowGrid() {
+  if (m_edit->isEnabled()) m_views.ShowGrid(Stages());
 }
 
 void CMainWindow::TakeTrend() {
   m_document.TrendChanged();
   m_values.SetSource(ValuesOf(m_runner.Run(), m_statistics));
-  m_overview->ShowTrend(Trend());
+  m_plant->ShowTrend(Trend());
   ShowState();
 }
 
@@ -338,6 +395,10 @@ void CMainWindow::TakeState() {
   m_views.Enable(isSettled);
   if (state == CRunner::EState::running) m_views.ResetNames();
   if (isSettled && m_document.IsOpen()) ShowCounts();
+  if (m_document.IsOpen()) {
+    if (isStopped && m_isAhead) ShowParts();
+    ShowPlant();
+  }
   m_start->setEnabled(isStopped && m_document.IsOpen());
   m_stop->setEnabled(state == CRunner::EState::running || state == CRunner::EState::starting);
   m_new->setEnabled(isStopped);
@@ -377,7 +438,6 @@ void CMainWindow::ShowCounts() {
   m_countsText->setText(text);
   m_progress->setVisible(counts.replay.logs != 0 && m_runner.State() == CRunner::EState::running);
   if (counts.replay.logs != 0) m_progress->setValue(static_cast<int>(100 * counts.replay.part));
-  m_overview->ShowCounts(counts.scans);
 }
 
 void CMainWindow::changeEvent(QEvent* event) {

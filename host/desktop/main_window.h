@@ -22,7 +22,8 @@ class QProgressBar;
 namespace vastra {
 
 class CConfigurationSheet;
-class COverview;
+class CPlantView;
+enum class EPart;
 
 class CMainWindow : public QMainWindow {
  public:
@@ -63,7 +64,8 @@ class CMainWindow : public QMainWindow {
   void AskForVersion(const CString& path);
   void ShowLost();
   bool MayLoseChanges();
-  void EditConfiguration();
+  void EditConfiguration(int page = 0);
+  void EditPart(EPart part);
   void Apply(const CConfigurationSheet& sheet, const CTrendConfig& trend);
   void ApplyWhileRunning(CConfiguration former);
   void ShowReport();
@@ -73,10 +75,15 @@ class CMainWindow : public QMainWindow {
   void UseConfiguration();
   void SetKeepLogs(bool keep);
   CLoopOptions RunOptions();  // of the next run
-  void ShowNames(const CStageNames& names);
+  bool ShowsRun() const;
+  void ShowParts();
+  void ShowPlant();
   CTrendConfig& Trend() { return m_document.Configuration().m_trend; }
+  void ShowTrend();
+  void ShowGrid();
   void TakeTrend();
   void ShowOpenFault();
+  void RefuseStart(const CString& reason, const CString& text);
   void TakeState();
   void ShowState();
   void ShowCounts();
@@ -98,7 +105,8 @@ class CMainWindow : public QMainWindow {
   bool m_quitWanted = false;
   bool m_isAhead = false;  // the document has changes that the run does not have
 
-  COverview* m_overview;
+  CPlantView* m_plant;
+  CString m_startFault;  // why the last start has failed
   QMenu* m_recent = nullptr;
   QAction *m_new = nullptr, *m_open = nullptr, *m_edit = nullptr, *m_start = nullptr, *m_stop = nullptr,
           *m_keepLogs = nullptr, *m_replayWrites = nullptr;

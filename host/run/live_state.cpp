@@ -6,6 +6,19 @@
 #include <type_traits>
 
 namespace vastra {
+namespace {
+
+// Such as ".csv".
+CString FormOf(const CString& path) {
+  const int dot = path.ReverseFind('.');
+  return dot < 0 ? CString() : path.Mid(dot);
+}
+
+bool AreSameFiles(const CLastLog& a, const CLastLog& b) {
+  return a.source.key == b.source.key && FormOf(a.path) == FormOf(b.path);
+}
+
+}  // namespace
 
 CLiveSnapshot CLiveState::Snapshot() const {
   for (;;) {
@@ -30,6 +43,8 @@ bool CLiveState::CopyNewest(CLiveNewest& newest) const {
     newest.ledger = m_ledger;
     newest.nodes = m_nodes;
     newest.written = m_written;
+    newest.logs = m_logs;
+    newest.unsaved = m_unsaved;
     values = m_values;
   }
   newest.values.resize(values ? values->size() : 0);
@@ -97,6 +112,7 @@ void CLiveState::Started(const CStringArray& names) {
     const std::lock_guard lock(m_mutex);
     m_isRunning = true;
     m_logs.clear();
+    m_unsaved.clear();
   }
   m_head.counts = {};
   m_head.number = 0;
@@ -154,6 +170,8 @@ void CLiveState::LogNotSaved(const CLogSource& source, const CUnsavedLog& log) {
 
 void CLiveState::Keep(std::shared_ptr<const CLastLog> log) {
   const std::lock_guard lock(m_mutex);
+  std::erase_if(m_unsaved, [&](const auto& other) { return AreSameFiles(*other, *log); });
+  if (!log->reason.IsEmpty()) m_unsaved.push_back(log);
   const auto former = std::find_if(m_logs.begin(), m_logs.end(),
                                    [&](const auto& other) { return other->source.key == log->source.key; });
   if (former == m_logs.end()) return m_logs.push_back(std::move(log));

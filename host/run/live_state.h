@@ -49,6 +49,9 @@ struct CLiveNewest : CLiveNumbers {
   std::shared_ptr<const std::vector<CRunLedger>> ledger;   // copied a few times a second; can be null
   std::shared_ptr<const std::vector<CNodeState>> nodes;    // that are read; can be null
   std::shared_ptr<const std::vector<CNodeState>> written;  // nodes that are written; can be null
+  std::vector<std::shared_ptr<const CLastLog>> logs;       // of each source that has one
+  // The files that could not be saved when that was last tried: of each source at most one of each form.
+  std::vector<std::shared_ptr<const CLastLog>> unsaved;
 };
 
 struct CLiveSnapshot : CLiveNumbers {
@@ -119,7 +122,7 @@ class CLiveState : public CRunObserver {
   std::shared_ptr<Values> m_values;  // the floats change under the sequence number
   std::shared_ptr<const std::vector<CRunLedger>> m_ledger;
   std::shared_ptr<const std::vector<CNodeState>> m_nodes, m_written;
-  std::vector<std::shared_ptr<const CLastLog>> m_logs;
+  std::vector<std::shared_ptr<const CLastLog>> m_logs, m_unsaved;
   std::vector<std::shared_ptr<const CKeptMessage>> m_messages;  // a ring
   std::size_t m_oldest = 0;                                     // in m_messages once it is full
 };

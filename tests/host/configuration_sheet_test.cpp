@@ -101,7 +101,7 @@ TEST_F(ConfigurationSheet, WhileTheLoggerRunsOnlyWritingIsTurnedOffAtOnce) {
         "Auto Start / Apply", kAtNextStart, "OK"});
   EXPECT_TRUE(HasStatus(m_window, "Running (changes apply at the next start)"));
   EXPECT_TRUE(m_window.WantsToStart());
-  ASSERT_TRUE(RunsOn(40));  // the overview shows the samples up to 200 ms late
+  ASSERT_TRUE(RunsOn(40));  // the row shows the samples up to 200 ms late
   ASSERT_TRUE(Stop());
   EXPECT_GT(Rows(m_dir.Path()), 0u) << "writing goes on";
 

@@ -10,7 +10,6 @@
 #include <map>
 
 #include "host/common/configuration_file.h"
-#include "host/desktop/overview.h"
 #include "host/run/feed.h"
 #include "tests/host/desktop_window.h"
 #include "tests/screens/sheet_user.h"
@@ -153,18 +152,6 @@ TEST_F(Desktop, SettingsKeepTheNewestFilesOnceAndNoBadPlace) {
     EXPECT_EQ(settings.GetPlace("Place", place), isPlace) << value;
     EXPECT_EQ(place, isPlace ? CRect({1, 2, 31, 42}) : CRect({9, 9, 9, 9})) << value;
   }
-}
-
-TEST_F(Desktop, TheOverviewShowsTheFailedWritesOfEachStage) {
-  COverview overview(nullptr);
-  CConfiguration configuration;
-  configuration.m_smart.m_outputVars.Add("a");
-  overview.ShowConfiguration(configuration, 1);
-  overview.ShowCounts({.failedWrites = {1, 2, 3, 4, 5}});
-  std::string shown;
-  for (int i = 0; i < overview.topLevelItemCount(); ++i)
-    shown += overview.topLevelItem(i)->text(1)[0].toLatin1();
-  EXPECT_EQ(shown, "012345");
 }
 
 // Closes the window, answers its question, and returns whether that ends the program.
@@ -320,7 +307,7 @@ TEST_F(Desktop, ANewDocumentIsNamedWhenItIsSaved) {
   CTestWindow window;
   EXPECT_FALSE(ActionOf(window, "Save")->isEnabled());
   ActionOf(window, "New")->trigger();
-  EXPECT_TRUE(window.findChild<QTreeWidget*>()->topLevelItem(0)->text(2).contains("File > Configuration"));
+  EXPECT_TRUE(Part(window, "Input")->text(5).contains("File > Configuration"));
 
   AddExtraVariable(window);
   window.boxes.answer = IDCANCEL;
@@ -365,7 +352,7 @@ TEST_F(Desktop, WhoIsNewHereIsOfferedTheDemoOnce) {
     CSettings().Set("DemoOffered", "");
     CTestWindow window;
     window.boxes.answer = answer;
-    EXPECT_EQ(window.findChild<QTreeWidget*>()->topLevelItem(0)->text(0), "Nothing is open");
+    EXPECT_TRUE(Part(window, "Nothing is open"));
     window.OfferDemo();
     window.OfferDemo();
     ASSERT_EQ(window.boxes.asked.size(), 1u);

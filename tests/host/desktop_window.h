@@ -60,10 +60,15 @@ class Desktop : public testing::Test {
     return std::ranges::any_of(window.findChildren<QLabel*>(),
                                [&](const QLabel* label) { return label->text().contains(text); });
   }
-  // The samples that the overview shows.
-  static int Samples(QMainWindow& window) {
-    return window.findChild<QTreeWidget*>()->topLevelItem(0)->text(1).section(' ', 0, 0).toInt();
+  // The row of a part in the tree.
+  static QTreeWidgetItem* Part(QWidget& window, const char* part) {
+    const auto found =
+        Find<QTreeWidget>(&window, "Plant")->findItems(part, Qt::MatchExactly | Qt::MatchRecursive);
+    if (found.isEmpty()) throw std::runtime_error(part);
+    return found.front();
   }
+  // The samples that the row of the input shows.
+  static int Samples(QMainWindow& window) { return Part(window, "Input")->text(3).toInt(); }
   static std::string Title(const CMainWindow& window) { return window.windowTitle().toStdString(); }
   CTempDir m_dir;
   const CString m_demo = m_dir / "demo.json";

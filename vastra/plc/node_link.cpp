@@ -327,6 +327,7 @@ void CNodeLink::NoteState(Time now) {
   if (!isOther) state.since = m_state->since;
   state.name = m_name;
   state.isUp = isUp;
+  state.hasAnswered = isUp || (m_state && m_state->hasAnswered);
   if (!isUp) state.reason = WhyAway();
   m_state = state;
   m_group->m_isChanged = true;

@@ -39,6 +39,7 @@ int CLogInput::Open() {
   if (!m_pHeadLink) return 0;
   m_pFileLink = replay;
   m_areUp.reset();
+  m_haveAnswered = false;
   m_isNodeChange = true;
   m_open = 1;
   return 1;
@@ -123,6 +124,7 @@ int CLogInput::ReadNow(CLogSample& sample) {
   const int result = m_pHeadLink->Read(sample);
   if (m_group || m_areUp == (result != 0)) return result;
   m_areUp = result != 0;
+  m_haveAnswered = m_haveAnswered || result;
   m_upSince = sample.m_time;
   if (!result) _ftime(m_upSince);
   m_isNodeChange = true;
@@ -139,7 +141,8 @@ std::vector<CNodeState> CLogInput::NodeStates() const {
   if (m_group) return m_group->States();
   if (m_options.m_simulating || !m_areUp) return states;
   for (const CPlcNodeConfig* node : m_options.m_plcNodes)
-    states.push_back({node->m_nodeName, *m_areUp, m_upSince, *m_areUp ? "" : "the read failed", {}});
+    states.push_back(
+        {node->m_nodeName, *m_areUp, m_haveAnswered, m_upSince, *m_areUp ? "" : "the read failed", {}});
   return states;
 }
 

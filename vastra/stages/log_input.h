@@ -88,6 +88,7 @@ class VASTRA_API CLogInput : public CLogFacade {
   std::shared_ptr<CNodeGroup> m_group;  // null unless the nodes may be away or there are workers
   bool m_isNodeChange = false;          // since TakeNodeChange
   std::optional<bool> m_areUp;          // the last read without a group has succeeded; none: there was none
+  bool m_haveAnswered = false;          // one of them has
   _timeb m_upSince;
   CInputConfig m_options;
 };
