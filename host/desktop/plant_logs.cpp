@@ -71,9 +71,8 @@ void CPlantLook::JudgeLog(CPlantRow& row) {
 
 CString CPlantLook::FilesText(const CPlantRow& row, const CLogLedger* ledger) const {
   CString text;
-  const CLastLog* last = Find(m_newest.logs, row);
-  if (last && last->reason.IsEmpty())
-    text = ShortText(FileName(last->path)) + " to " + ClockText(last->last, m_now.wall);
+  const CLastLog* last = Find(m_newest.saved, row);
+  if (last) text = ShortText(FileName(last->path)) + " to " + ClockText(last->last, m_now.wall);
   if (!ledger) return text;
   const std::pair<std::uint64_t, const char*> places[] = {{ledger->inMemory, " in memory"},
                                                           {ledger->inJournal, " in a journal"},

@@ -117,6 +117,7 @@ void CPlantLook::SumUp(CPlantRow& row) {
   }
   if (all == 0) return Set(row, ECondition::off, "none");
   CString state = WordOf(condition);
+  if (condition == ECondition::off) state = m_state.m_rows[IndexOf(row) + 1].state;
   if (worst < all && condition > ECondition::good)
     state = NumberText(worst) + " of " + NumberText(all) + " " + state;
   Set(row, condition, state);

@@ -72,7 +72,8 @@ CPlantRow RowOf(EPart part, int index, const CONFIG& log, UINT mostLogs) {
   row.part = part;
   row.index = index;
   row.name = log.m_name;
-  row.what = FormWords(log.m_saveRp, log.m_saveCsv) + " to " + log.m_directory;
+  row.what = FormWords(log.m_saveRp, log.m_saveCsv);
+  if (!log.m_directory.IsEmpty()) row.what += " to " + log.m_directory;
   row.folder = log.m_directory;
   row.savesFiles = log.m_saveRp || log.m_saveCsv;
   row.mostLogs = mostLogs;

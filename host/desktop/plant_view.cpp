@@ -27,11 +27,11 @@ struct CPlantColumn {
   CString CPlantRow::*text;
   int width;
 };
-constexpr CPlantColumn kPlantColumns[] = {{"Part", &CPlantRow::name, 20},
-                                          {"State", &CPlantRow::state, 34},
+constexpr CPlantColumn kPlantColumns[] = {{"Part", &CPlantRow::name, 18},
+                                          {"State", &CPlantRow::state, 44},
                                           {"Last value", &CPlantRow::lastValue, 12},
                                           {"Rows", &CPlantRow::rows, 9},
-                                          {"Files", &CPlantRow::files, 32},
+                                          {"Files", &CPlantRow::files, 30},
                                           {"What it does", &CPlantRow::what, 30}};
 
 const QIcon& CachedIcon(ECondition condition) {

@@ -3,6 +3,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QShortcut>
 #include <QStyle>
 
 #include <algorithm>
@@ -48,12 +49,13 @@ CProblemBanner::CProblemBanner(std::function<void(const CString&)> acknowledge, 
   m_text->setAccessibleName("Problem");
   m_button = new QPushButton("&Acknowledge", this);
   m_button->setToolTip("Hides this problem until it comes back (Ctrl+K)");
-  m_button->setShortcut(QKeySequence("Ctrl+K"));
   auto* layout = new QHBoxLayout(this);
   layout->addWidget(m_sign);
   layout->addWidget(m_text, 1);
   layout->addWidget(m_button);
   connect(m_button, &QPushButton::clicked, this, [this] { m_acknowledge(CString(m_identity)); });
+  auto* key = new QShortcut(QKeySequence("Ctrl+K"), this);
+  connect(key, &QShortcut::activated, m_button, &QPushButton::click);
   hide();
 }
 

@@ -43,7 +43,7 @@ bool CLiveState::CopyNewest(CLiveNewest& newest) const {
     newest.ledger = m_ledger;
     newest.nodes = m_nodes;
     newest.written = m_written;
-    newest.logs = m_logs;
+    newest.saved = m_saved;
     newest.unsaved = m_unsaved;
     values = m_values;
   }
@@ -112,6 +112,7 @@ void CLiveState::Started(const CStringArray& names) {
     const std::lock_guard lock(m_mutex);
     m_isRunning = true;
     m_logs.clear();
+    m_saved.clear();
     m_unsaved.clear();
   }
   m_head.counts = {};
@@ -168,14 +169,22 @@ void CLiveState::LogNotSaved(const CLogSource& source, const CUnsavedLog& log) {
   Keep(std::make_shared<const CLastLog>(CLastLog{source, log.path, {}, {}, log.samples, log.reason}));
 }
 
-void CLiveState::Keep(std::shared_ptr<const CLastLog> log) {
+// Puts log in the place of the former one of its source.
+void CLiveState::KeepLast(Logs& logs, std::shared_ptr<const CLastLog> log) {
+  const auto former = std::find_if(logs.begin(), logs.end(),
+                                   [&](const auto& other) { return other->source.key == log->source.key; });
+  if (former == logs.end()) return logs.push_back(std::move(log));
+  former->swap(log);
+}
+
+void CLiveState::Keep(const std::shared_ptr<const CLastLog>& log) {
   const std::lock_guard lock(m_mutex);
   std::erase_if(m_unsaved, [&](const auto& other) { return AreSameFiles(*other, *log); });
-  if (!log->reason.IsEmpty()) m_unsaved.push_back(log);
-  const auto former = std::find_if(m_logs.begin(), m_logs.end(),
-                                   [&](const auto& other) { return other->source.key == log->source.key; });
-  if (former == m_logs.end()) return m_logs.push_back(std::move(log));
-  former->swap(log);  // the former goes after the lock
+  KeepLast(m_logs, log);
+  if (log->reason.IsEmpty())
+    KeepLast(m_saved, log);
+  else
+    m_unsaved.push_back(log);
 }
 
 void CLiveState::Stopped() {

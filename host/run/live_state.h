@@ -49,7 +49,7 @@ struct CLiveNewest : CLiveNumbers {
   std::shared_ptr<const std::vector<CRunLedger>> ledger;   // copied a few times a second; can be null
   std::shared_ptr<const std::vector<CNodeState>> nodes;    // that are read; can be null
   std::shared_ptr<const std::vector<CNodeState>> written;  // nodes that are written; can be null
-  std::vector<std::shared_ptr<const CLastLog>> logs;       // of each source that has one
+  std::vector<std::shared_ptr<const CLastLog>> saved;      // the last file of each source that has one
   // The files that could not be saved when that was last tried: of each source at most one of each form.
   std::vector<std::shared_ptr<const CLastLog>> unsaved;
 };
@@ -110,7 +110,9 @@ class CLiveState : public CRunObserver {
   }
   void EndChange() { BeginChange(); }
   bool CopyNumbers(const Values& values, CLiveNumbers& numbers) const;
-  void Keep(std::shared_ptr<const CLastLog> log);
+  using Logs = std::vector<std::shared_ptr<const CLastLog>>;
+  static void KeepLast(Logs& logs, std::shared_ptr<const CLastLog> log);
+  void Keep(const std::shared_ptr<const CLastLog>& log);
 
   CHead m_head;                                     // the writer's
   std::atomic<std::uint64_t> m_sequence{0};         // odd while the writer stores
@@ -122,7 +124,7 @@ class CLiveState : public CRunObserver {
   std::shared_ptr<Values> m_values;  // the floats change under the sequence number
   std::shared_ptr<const std::vector<CRunLedger>> m_ledger;
   std::shared_ptr<const std::vector<CNodeState>> m_nodes, m_written;
-  std::vector<std::shared_ptr<const CLastLog>> m_logs, m_unsaved;
+  std::vector<std::shared_ptr<const CLastLog>> m_logs, m_saved, m_unsaved;
   std::vector<std::shared_ptr<const CKeptMessage>> m_messages;  // a ring
   std::size_t m_oldest = 0;                                     // in m_messages once it is full
 };
