@@ -64,7 +64,8 @@ void CPlantLook::JudgeLog(CPlantRow& row) {
     if (!fault.IsEmpty()) return Set(row, ECondition::failed, fault);
   if (!row.savesFiles) return Set(row, ECondition::off, "saves no file");
   if (IsIdle(row)) return;
-  const bool hasRows = ledger ? ledger->taken > 0 : m_hasSample;
+  // A file is reported before the account that has its rows.
+  const bool hasRows = Find(m_newest.saved, row) || (ledger ? ledger->taken > 0 : m_hasSample);
   Set(row, hasRows ? ECondition::good : ECondition::waiting,
       hasRows ? WordOf(ECondition::good) : "no row yet");
 }
