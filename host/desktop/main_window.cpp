@@ -71,7 +71,8 @@ CMainWindow::CMainWindow()
       m_values(m_settings, "Values"),
       m_plant(new CPlantView({.edit = [this](EPart part) { EditPart(part); },
                               .trend = [this] { ShowTrend(); },
-                              .grid = [this] { ShowGrid(); }},
+                              .grid = [this] { ShowGrid(); },
+                              .values = [this] { m_values.BringUp(); }},
                              this)) {
   setCentralWidget(m_plant);
   MakeActions();

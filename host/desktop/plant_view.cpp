@@ -182,6 +182,7 @@ void CPlantView::ShowMenu(const QPoint& place) {
   menu->addSeparator();
   menu->addAction("Show &Trend", this, [this] { m_listener.trend(); });
   menu->addAction("Show Scan &Grid", this, [this] { m_listener.grid(); });
+  menu->addAction("Show &Values", this, [this] { m_listener.values(); });
   menu->popup(m_tree->viewport()->mapToGlobal(place));
 }
 

@@ -18,7 +18,7 @@ class CPlantView : public QWidget {
   // What the user can ask of an entry.
   struct CListener {
     std::function<void(EPart part)> edit;
-    std::function<void()> trend, grid;
+    std::function<void()> trend, grid, values;
   };
 
   CPlantView(CListener listener, QWidget* parent);
