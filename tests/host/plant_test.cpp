@@ -44,7 +44,7 @@ class Plant : public testing::Test {
     m_state.SetConfiguration(configuration, 2);
   }
   void SetNodes(bool isUp = true, bool hasAnswered = true, const char* reason = "") {
-    CNodeState m = {"M", true, true, {}, "", {}}, n = {"N", isUp, hasAnswered, {}, reason, {}};
+    CNodeState m = {"M", true, {}, "", {}, true}, n = {"N", isUp, {}, reason, {}, hasAnswered};
     n.since = After(1s).wall;
     if (!isUp) n.next = After(31s).wall;
     m_newest.nodes = std::make_shared<const std::vector<CNodeState>>(std::vector<CNodeState>{m, n});

@@ -37,10 +37,10 @@ class CNodeLink;
 struct CNodeState {
   CString name;
   bool isUp = false;           // it has answered when it was asked last
-  bool hasAnswered = false;    // it has answered since the start
   _timeb since;                // the last change of isUp
   CString reason;              // why it does not answer; empty if it does
   std::optional<_timeb> next;  // when it is opened again, if that is not in the next scan
+  bool hasAnswered = false;    // it has answered since the start
 };
 
 // The nodes of one stage.

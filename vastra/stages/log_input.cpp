@@ -142,7 +142,7 @@ std::vector<CNodeState> CLogInput::NodeStates() const {
   if (m_options.m_simulating || !m_areUp) return states;
   for (const CPlcNodeConfig* node : m_options.m_plcNodes)
     states.push_back(
-        {node->m_nodeName, *m_areUp, m_haveAnswered, m_upSince, *m_areUp ? "" : "the read failed", {}});
+        {node->m_nodeName, *m_areUp, m_upSince, *m_areUp ? "" : "the read failed", {}, m_haveAnswered});
   return states;
 }
 
