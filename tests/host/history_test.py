@@ -191,6 +191,8 @@ class History(LogTest):
         self.assertEqual(3, len(self.table("logs/b.rph", "logs/cut.rph", "logs/below/d.rph", status=1, err="logs/cut.rph: ends at byte")))
         self.expect("convert logs/cut.rph none.rph --out o.csv", 1, err="logs/cut.rph: .*\nvastra: none.rph: No such file")
         self.expect("convert logs/below --from 2020-01-01", out="time,y\n", err="convert: warning: there are no rows in this range")
+        self.write("logs/below/empty.rph", log(["z"], []))
+        self.expect("convert logs/below --vars z", out="time,z\n", err="convert: warning: there are no rows in this range")
         self.assertEqual(["logs"], os.listdir(self.folder))
 
     def test_an_output_is_whole_or_as_it_was(self):

@@ -1,5 +1,7 @@
 #include "host/cli/history/export.h"
 
+#include <set>
+
 #include "host/cli/history/column_names.h"
 #include "host/cli/history/export_output.h"
 #include "host/cli/history/history_paths.h"
@@ -25,6 +27,16 @@ EExit TellFaults(const CExportOrder& order, const CHistoryPaths& paths, bool& is
   }
   if (paths.Logs().empty()) return Fail(kFailed, order.paths.front().typed, "has no logs");
   return isAnyGood ? status : kFailed;
+}
+
+// The variables of all logs, also of those without rows.
+std::vector<CString> AllNames(const std::vector<CHistoryLog>& logs) {
+  std::set<const std::vector<CString>*> lists;
+  std::vector<CString> names;
+  for (const CHistoryLog& log : logs)
+    if (log.names && lists.insert(log.names.get()).second)
+      names.insert(names.end(), log.names->begin(), log.names->end());
+  return names;
 }
 
 std::vector<CString> NameColumns(const CExportOrder& order, const std::vector<CString>& names) {
@@ -65,7 +77,7 @@ EExit ExportLogs(const CExportOrder& order) {
   bool isAnyGood;
   const EExit found = TellFaults(order, paths, isAnyGood);
   if (!isAnyGood) return found;
-  const CString unknown = UnknownName(order.request.variables, NamesOf(paths.Logs()));
+  const CString unknown = UnknownName(order.request.variables, AllNames(paths.Logs()));
   if (!unknown.IsEmpty()) return Fail(kWrongUse, "convert", "--vars: " + unknown);
   const EExit written = WriteRows(order, paths);
   return written == kDone ? found : written;
