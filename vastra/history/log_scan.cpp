@@ -86,12 +86,16 @@ void CTimesSpan::PutTo(CHistoryLog& log) const {
 }
 
 CHistoryLog LookAtLog(const CString& path, CNamesPool& pool, int* error) {
+  CProbedFile file(path);
+  if (error) *error = file.IsOpen() ? 0 : file.Error();
+  return LookAtLog(path, file, pool);
+}
+
+CHistoryLog LookAtLog(const CString& path, CProbedFile& file, CNamesPool& pool) {
   CHistoryLog log;
   log.path = path;
-  CProbedFile file(path);
   log.status = file.Status();
   log.size = file.Size();
-  if (error) *error = file.IsOpen() ? 0 : file.Error();
   if (!file.IsOpen()) {
     log.fault = file.Fault();
     return log;

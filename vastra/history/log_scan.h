@@ -34,5 +34,7 @@ struct CTimesSpan {
 
 // The log at path. error, if not null, gets errno of a file that cannot be opened, else 0.
 CHistoryLog LookAtLog(const CString& path, CNamesPool& pool, int* error = nullptr);
+// The same for a file that was opened at path.
+CHistoryLog LookAtLog(const CString& path, CProbedFile& file, CNamesPool& pool);
 
 }  // namespace vastra

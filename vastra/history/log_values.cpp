@@ -80,14 +80,14 @@ bool CLogValues::NeedFile() {
   return m_pFile->Status() == m_status || Renew();
 }
 
-// The file was written since the log was listed.
+// The file was written since the log was listed. Looks at the file that is open: its path can have a newer
+// one.
 bool CLogValues::Renew() {
   CNamesPool pool;
-  const CHistoryLog now = LookAtLog(m_log.path, pool);
+  const CHistoryLog now = LookAtLog(m_log.path, *m_pFile, pool);
   if (!now.fault.IsEmpty()) return Fail(now.fault);
   if (*now.names != *m_log.names || now.samples < m_log.samples || now.start != m_log.start)
     return Fail(kChanged);
-  if (now.status != m_pFile->Status()) return Fail("changes while it is read");
   m_status = now.status;
   m_layout = now.layout;
   return true;
