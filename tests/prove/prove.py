@@ -12,6 +12,9 @@ from typing import Callable, NamedTuple
 
 import disks
 import feeds
+import history
+import history_beside
+import history_clock
 import kills
 import modules
 import plant
@@ -98,6 +101,16 @@ CLAIMS = [
     Claim("soak", "Three services live through kills, dead loops, stops, reloads of good and bad configurations, full and stuck "
           "disks, steps of the clock and a device that comes and goes: each row that was kept is in a log once, each account agrees "
           "with the logs, and the watchdog is fed", soak.soak, 12, 400),
+    Claim("history", "Exports of folders with logs that overlap, repeat, are cut, damaged or uneven, and with journals, have the rows "
+          "and steps of a plain model, value by value, with digests that are old, damaged or removed, too", history.history, 150, 20000),
+    Claim("changing", "While logs are added, extended and removed, an export has each row of the logs that stay once and in order",
+          history_beside.changing, 20, 300),
+    Claim("newest", "An export beside a logger has each row at most 100 ms after it was kept, and none twice, while logs follow "
+          "each other", history_beside.newest, 40, 1000),
+    Claim("zones", "Times are written and read as the clocks of ten zones show them, at all changes since 1901",
+          history_clock.zones, 20, 2000),
+    Claim("year", "Half days of a year at a row a second have the means and maxima of a plain model, in bounded memory",
+          history_clock.year, 2, 365),
     Claim("memory", "A command that gets no memory at any moment, or none from then on, ends with a line and status 1, or "
           "does its work; no row is lost with status 0", memory.memory, 6, 1000000),
     Claim("packages", "The packages install, upgrade under a logger that runs, build an external project and go, in a bare Debian 12, "
