@@ -1,5 +1,6 @@
 #include "host/desktop/configuration_sheet.h"
 
+#include <string_view>
 #include <utility>
 
 namespace vastra {
@@ -27,6 +28,16 @@ CConfigurationSheet::CConfigurationSheet(const CConfiguration& configuration, st
 void CConfigurationSheet::OnInitDialog() {
   CPropertySheet::OnInitDialog();
   if (m_firstPage != pageInput) SetActivePage(m_firstPage);
+}
+
+CConfigurationSheet::EPage CConfigurationSheet::PageOf(const CString& part) {
+  constexpr std::pair<std::string_view, EPage> kPages[] = {
+      {"output", pageOutputs},      {"outputs", pageOutputs}, {"summary", pageSummaries},
+      {"summaries", pageSummaries}, {"smart", pageSmart},     {"plcWrite", pagePlcWrite}};
+  const std::string_view word = part.View().substr(0, part.View().find_first_of("[. "));
+  for (const auto& [name, page] : kPages)
+    if (name == word) return page;
+  return pageInput;
 }
 
 void CConfigurationSheet::GetConfiguration(CConfiguration& configuration) const {

@@ -17,6 +17,8 @@ class CConfigurationSheet : public CPropertySheet {
   CConfigurationSheet(const CConfiguration& configuration, std::function<void()> applied);
 
   enum EPage { pageInput, pageOutputs, pageSummaries, pageSmart, pagePlcWrite };
+  // The page of a part as a message names it: a key, outputs[1] "All"; the input page for a node and others.
+  static EPage PageOf(const CString& part);
   // The page that is opened first, if the input page, which is the first one, is complete.
   void SetFirstPage(int page) { m_firstPage = page; }
 

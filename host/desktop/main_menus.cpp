@@ -6,6 +6,7 @@
 #include <QStyle>
 #include <QToolBar>
 
+#include "host/desktop/configuration_sheet.h"
 #include "host/desktop/main_window.h"
 
 namespace vastra {
@@ -76,8 +77,8 @@ void CMainWindow::MakeWindowMenu() {
   QAction* grid = AddAction(window, "Scan &Grid", QKeySequence("Ctrl+2"), [this] { ShowGrid(); });
   QAction* messages = AddAction(window, "&Messages", QKeySequence("Ctrl+3"), [this] { m_messages.Show(); });
   AddAction(window, "Message &Log", QKeySequence("Ctrl+4"), [this] {
-    m_messages.ShowLog([this](const CString&) {
-      if (m_edit->isEnabled()) EditConfiguration();
+    m_messages.ShowLog([this](const CString& part) {
+      if (m_edit->isEnabled()) EditConfiguration(CConfigurationSheet::PageOf(part));
     });
   });
   QAction* values = AddAction(window, "&Values", QKeySequence("Ctrl+5"), [this] { m_values.BringUp(); });

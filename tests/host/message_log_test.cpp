@@ -9,6 +9,7 @@
 #include <atomic>
 #include <thread>
 
+#include "host/desktop/configuration_sheet.h"
 #include "host/desktop/message_window.h"
 #include "tests/host/desktop_window.h"
 #include "vastra/platform/file_system.h"
@@ -198,6 +199,17 @@ TEST_F(MessageStore, TwoDesktopsDoNotMoveTheSameFileAwayTwice) {
   std::thread other(append);
   append();
   other.join();
+}
+
+TEST_F(MessageStore, APlaceOpensItsPageOfTheSheet) {
+  using Sheet = CConfigurationSheet;
+  const std::pair<const char*, Sheet::EPage> cases[] = {{"outputs[1] \"All\"", Sheet::pageOutputs},
+                                                        {"summaries[0].enableText", Sheet::pageSummaries},
+                                                        {"smart", Sheet::pageSmart},
+                                                        {"plcWrite.nodes[2]", Sheet::pagePlcWrite},
+                                                        {"input.preNewVars", Sheet::pageInput},
+                                                        {"Kiln", Sheet::pageInput}};
+  for (const auto& [part, page] : cases) EXPECT_EQ(Sheet::PageOf(part), page) << part;
 }
 
 class MessageLog : public Desktop {
