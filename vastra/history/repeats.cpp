@@ -6,7 +6,7 @@ bool CRepeats::IsNew(const CRowStretch& row) {
   const CMoment moment = MomentOf(row.times[0]);
   if (moment != m_moment) m_rows.clear();
   m_moment = moment;
-  const std::vector<CString>* names = row.log->names.get();  // equal names are one list
+  const auto names = reinterpret_cast<std::uintptr_t>(row.log->names.get());  // equal names are one list
   m_bytes.assign(reinterpret_cast<const char*>(&names), sizeof names);
   m_bytes.append(reinterpret_cast<const char*>(row.times), sizeof *row.times);
   m_bytes.append(row.values, row.valueCount * sizeof(float));
