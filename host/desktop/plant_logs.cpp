@@ -31,7 +31,7 @@ const CLastLog* CPlantLook::Find(const Logs& logs, const CPlantRow& row) const {
 CString CPlantLook::ReportUnsaved(const CPlantRow& row) {
   const CLastLog* log = Find(m_newest.unsaved, row);
   if (!log) return {};
-  const CString why = "not saved" + Because(log->reason);
+  CString why = "not saved" + Because(log->reason);
   Report(row, "not saved, " + log->reason + ",", EWeight::error,
          "The " + row.Called() + " is " + why + " (" + ShortText(log->path) + ")");
   return why;
@@ -50,7 +50,7 @@ CString CPlantLook::ReportLoss(const CPlantRow& row, const CLogLedger& ledger) {
 
 CString CPlantLook::ReportNoneKept(const CPlantRow& row) {
   if (!row.savesFiles || row.mostLogs > 0) return {};
-  const CString removed = "keeps 0 logs: each log is removed at once";
+  CString removed = "keeps 0 logs: each log is removed at once";
   Report(row, "none kept", EWeight::error, "The " + row.Called() + " " + removed);
   return removed;
 }

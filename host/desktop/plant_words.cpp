@@ -26,8 +26,8 @@ CString AgeText(std::chrono::seconds age) {
   constexpr struct {
     std::int64_t size, rest;  // seconds of the unit and of the next smaller one
     const char *name, *restName;
-  } kUnits[] = {{86400, 3600, " d ", " h"}, {3600, 60, " h ", " min"}, {60, 1, " min ", " s"}};
-  for (const auto& unit : kUnits)
+  } kAgeUnits[] = {{86400, 3600, " d ", " h"}, {3600, 60, " h ", " min"}, {60, 1, " min ", " s"}};
+  for (const auto& unit : kAgeUnits)
     if (all >= unit.size)
       return NumberText(static_cast<std::uint64_t>(all / unit.size)) + unit.name +
              NumberText(static_cast<std::uint64_t>(all % unit.size / unit.rest)) + unit.restName;
