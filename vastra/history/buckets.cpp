@@ -50,7 +50,7 @@ struct CFourSums {
   bool Add(const char* at, std::size_t step) {
     const CFourFloats values = {FloatAt(at), FloatAt(at + step), FloatAt(at + 2 * step),
                                 FloatAt(at + 3 * step)};
-    const CFourFloats zeros = values - values;  // NaN for a value that is not finite
+    const CFourFloats zeros = values * 0.0F;  // NaN for a value that is not finite
     if ((zeros[0] + zeros[1]) + (zeros[2] + zeros[3]) != 0) return false;
     least = values < least ? values : least;
     greatest = values > greatest ? values : greatest;
