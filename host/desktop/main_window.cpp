@@ -3,17 +3,21 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDir>
+#include <QDropEvent>
 #include <QLabel>
 #include <QMenu>
 #include <QMessageBox>
+#include <QMimeData>
 #include <QProgressBar>
 #include <QStatusBar>
+#include <QUrl>
 
 #include <algorithm>
 
 #include "host/common/configuration_json.h"
 #include "host/common/demo.h"
 #include "host/common/driver_search.h"
+#include "host/common/paths.h"
 #include "host/desktop/configuration_sheet.h"
 #include "host/desktop/plant_view.h"
 #include "host/desktop/report_window.h"
@@ -56,6 +60,14 @@ bool HasOpenDialog() {
   return true;
 }
 
+// The path of the only file in data; empty if it is something else.
+CString DroppedFile(const QMimeData& data) {
+  const QList<QUrl> urls = data.urls();
+  if (urls.size() != 1 || !urls[0].isLocalFile()) return {};
+  const CString path = FromScreen(urls[0].toLocalFile());
+  return OtherThanFile(path).IsEmpty() ? path : CString();
+}
+
 }  // namespace
 
 CMainWindow::CMainWindow()
@@ -75,6 +87,7 @@ CMainWindow::CMainWindow()
                               .values = [this] { m_values.BringUp(); }},
                              this)) {
   setCentralWidget(m_plant);
+  setAcceptDrops(true);
   MakeActions();
   MakeStatusBar();
   resize(fontMetrics().averageCharWidth() * 130, fontMetrics().height() * 26);
@@ -404,7 +417,6 @@ void CMainWindow::TakeState() {
   m_stop->setEnabled(state == CRunner::EState::running || state == CRunner::EState::starting);
   m_new->setEnabled(isStopped);
   m_open->setEnabled(isStopped);
-  m_recent->setEnabled(isStopped);
   for (QAction* action : m_needDocument) action->setEnabled(isSettled && m_document.IsOpen());
   ShowState();
   if (isStopped && m_quitWanted) Quit();
@@ -418,6 +430,7 @@ void CMainWindow::ShowState() {
       !waits.IsEmpty() && m_runner.State() != CRunner::EState::stopped)
     state += ToScreen(": stopping, " + waits);
   m_stateText->setText(state);
+  m_recent->setEnabled(m_open->isEnabled() && !m_settings.Recent().IsEmpty());
   setWindowTitle(m_document.IsOpen() ? ToScreen(m_document.Title()) + "[*] - Vastra" : "Vastra");
   setWindowModified(m_document.IsChanged());
 }
@@ -447,6 +460,20 @@ void CMainWindow::changeEvent(QEvent* event) {
     ShowState();
   }
   QMainWindow::changeEvent(event);
+}
+
+// A configuration that is dropped on the window is opened, as from the menu.
+void CMainWindow::dragEnterEvent(QDragEnterEvent* event) {
+  if (m_open->isEnabled() && !DroppedFile(*event->mimeData()).IsEmpty()) event->acceptProposedAction();
+}
+
+void CMainWindow::dropEvent(QDropEvent* event) {
+  const CString path = DroppedFile(*event->mimeData());
+  event->acceptProposedAction();
+  // The program that the file comes from waits for the end of the drop, and a question can last long.
+  QTimer::singleShot(0, this, [this, path] {
+    if (m_open->isEnabled() && !HasOpenDialog() && MayLoseChanges()) Open(path);
+  });
 }
 
 void CMainWindow::closeEvent(QCloseEvent* event) {

@@ -44,6 +44,8 @@ class CMainWindow : public QMainWindow {
  protected:
   void changeEvent(QEvent* event) override;
   void closeEvent(QCloseEvent* event) override;
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
 
  private:
   static constexpr const char* kPlainLogs = "PlainLogs";  // setting: not empty if logs are not kept

@@ -2,10 +2,13 @@
 #include <QAbstractButton>
 #include <QClipboard>
 #include <QDialog>
+#include <QDropEvent>
 #include <QElapsedTimer>
+#include <QMimeData>
 #include <QPlainTextEdit>
 #include <QScreen>
 #include <QTableView>
+#include <QUrl>
 
 #include <map>
 
@@ -301,6 +304,33 @@ TEST_F(Desktop, ChangesAreNotLostWithoutAQuestion) {
     ASSERT_EQ(LoadConfiguration(m_demo, saved), "");
     EXPECT_EQ(saved.m_trend.m_extraVars.GetSize(), answer == IDYES ? 2 : 1) << answer;
   }
+}
+
+TEST_F(Desktop, AConfigurationIsOpenedByDroppingIt) {
+  CTestWindow window;
+  EXPECT_FALSE(ActionOf(window, "Open Recent")->isEnabled()) << "there is none yet";
+  // Whether the window accepts a drop of these files.
+  const auto drop = [&](const QList<QUrl>& files) {
+    QMimeData data;
+    data.setUrls(files);
+    QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, &data, Qt::LeftButton, {});
+    enter.ignore();
+    QApplication::sendEvent(&window, &enter);
+    if (!enter.isAccepted()) return false;
+    QDropEvent event(QPointF(5, 5), Qt::CopyAction, &data, Qt::LeftButton, {});
+    QApplication::sendEvent(&window, &event);
+    return true;
+  };
+  const QUrl demo = QUrl::fromLocalFile(ToScreen(m_demo));
+  EXPECT_FALSE(drop({demo, demo}));
+  EXPECT_FALSE(drop({QUrl::fromLocalFile(ToScreen(m_dir.Path()))}));
+  EXPECT_FALSE(drop({QUrl("https://example.org/demo.json")}));
+  EXPECT_TRUE(drop({demo}));
+  EXPECT_TRUE(Wait([&] { return Title(window).starts_with(m_demo.Std()); })) << Title(window);
+  EXPECT_TRUE(ActionOf(window, "Open Recent")->isEnabled());
+  ActionOf(window, "Start")->trigger();
+  ASSERT_TRUE(Wait([&] { return HasStatus(window, "Running"); }));
+  EXPECT_FALSE(drop({demo})) << "while the logger runs";
 }
 
 TEST_F(Desktop, ANewDocumentIsNamedWhenItIsSaved) {
