@@ -243,7 +243,7 @@ void CMessageWindow::Restore() {
   const auto bytes = [this](const char* name) {
     return QByteArray::fromBase64(QByteArray(m_settings.Get(name)));
   };
-  resize(m_table->fontMetrics().averageCharWidth() * 110, m_table->fontMetrics().height() * 26);
+  resize(m_table->fontMetrics().averageCharWidth() * 150, m_table->fontMetrics().height() * 26);
   restoreGeometry(bytes(kLogPlace));
   m_table->horizontalHeader()->restoreState(bytes(kLogColumns));
   m_severity->setCurrentIndex(std::max(0, m_severity->findText(ToScreen(m_settings.Get(kLogSeverity)))));

@@ -138,6 +138,7 @@ void CPlantView::ShowRows() {
     ShowRow(*m_items[i], rows[i], isFirst ? CPlantRow() : m_shown[i]);
   }
   m_shown = rows;
+  if (isFirst) m_tree->resizeColumnToContents(plantPart);
 }
 
 // Sets what differs from shown. The tool tip has what the column may be too narrow for.

@@ -23,7 +23,7 @@ namespace {
 
 constexpr std::chrono::milliseconds kLookPeriod{100};
 constexpr std::chrono::milliseconds kSortPeriod{1000};  // rows that move faster cannot be read
-constexpr int kNameWidth = 30, kNumberWidth = 15;       // of columns, in characters; Age has the rest
+constexpr int kNameWidth = 30, kNumberWidth = 15;       // of columns, in digits; Age has the rest
 
 // The selected rows of view, from top to bottom.
 QModelIndexList RowsIn(const QTableView& view) {
@@ -100,8 +100,8 @@ void CValuesWindow::MakeTable() {
   header->setSortIndicator(CValueTable::columnName, Qt::AscendingOrder);
   m_view->setSortingEnabled(true);
   for (int column = 0; column < CValueTable::columns; ++column)
-    m_view->setColumnWidth(
-        column, metrics.averageCharWidth() * (column == CValueTable::columnName ? kNameWidth : kNumberWidth));
+    m_view->setColumnWidth(column, metrics.horizontalAdvance('0') *
+                                       (column == CValueTable::columnName ? kNameWidth : kNumberWidth));
   auto* copy = new QAction("&Copy", m_view);
   copy->setShortcut(QKeySequence::Copy);
   copy->setShortcutContext(Qt::WidgetShortcut);
@@ -110,7 +110,7 @@ void CValuesWindow::MakeTable() {
   m_view->addAction(MakeSortMenu()->menuAction());
   m_view->setContextMenuPolicy(Qt::ActionsContextMenu);
   layout()->addWidget(m_view);
-  resize(metrics.averageCharWidth() * (kNameWidth + (CValueTable::columns + 1) * kNumberWidth),
+  resize(metrics.horizontalAdvance('0') * (kNameWidth + (CValueTable::columns - 1) * kNumberWidth),
          metrics.height() * 30);
 }
 
