@@ -59,6 +59,7 @@
 #include "vastra/logfiles/stable_hash.h"
 #include "vastra/platform/api.h"
 #include "vastra/platform/archive.h"
+#include "vastra/platform/archive_fields.h"
 #include "vastra/platform/array.h"
 #include "vastra/platform/chooser.h"
 #include "vastra/platform/file.h"

@@ -6,7 +6,7 @@
 
 #include "vastra/logfiles/crc32c.h"
 #include "vastra/logfiles/stable_hash.h"
-#include "vastra/platform/archive.h"
+#include "vastra/platform/archive_fields.h"
 #include "vastra/platform/file_system.h"
 
 namespace vastra {
@@ -36,18 +36,12 @@ struct CDigestEnd {
 };
 static_assert(sizeof(CDigestStart) == 16 && sizeof(CDigestEnd) == 20);
 
-// Stores or loads the fields of the index, in the direction of the archive.
-class CDigestFields {
+// The fields of the index.
+class CDigestFields : public CArchiveFields<CDigestFields> {
  public:
-  explicit CDigestFields(CArchive& ar) : m_ar(ar) {}
+  using CArchiveFields::CArchiveFields;
+  using CArchiveFields::Visit;
 
-  void Visit(std::uint32_t& value) { Move(value); }
-  void Visit(CString& text) { Move(text); }
-  void Visit(std::uint64_t& value) {
-    auto low = static_cast<std::uint32_t>(value), high = static_cast<std::uint32_t>(value >> 32);
-    VisitAll(low, high);
-    value = std::uint64_t{high} << 32 | low;
-  }
   void Visit(std::int64_t& value) {
     auto bits = static_cast<std::uint64_t>(value);
     Visit(bits);
@@ -63,26 +57,11 @@ class CDigestFields {
   template <class T>
   void Visit(std::vector<T>& items) {
     auto count = static_cast<std::uint32_t>(items.size());
-    Move(count);
+    Visit(count);
     if (!m_ar.IsStoring()) m_ar.CheckCount(count, 1);
     items.resize(count);
     for (T& item : items) Visit(item);
   }
-
- private:
-  template <class... T>
-  void VisitAll(T&... values) {
-    (Visit(values), ...);
-  }
-  template <class T>
-  void Move(T& value) {
-    if (m_ar.IsStoring())
-      m_ar << value;
-    else
-      m_ar >> value;
-  }
-
-  CArchive& m_ar;
 };
 
 // Whether the places in the index are in a file whose index begins at end.

@@ -4,32 +4,21 @@
 #include <cstring>
 
 #include "vastra/logfiles/crc32c.h"
-#include "vastra/platform/archive.h"
+#include "vastra/platform/archive_fields.h"
 
 namespace vastra {
 namespace {
 
-// Stores or loads the fields of a payload, in the direction of the archive: the order of the fields is
-// defined once.
-class CJournalFields {
+// The fields of a payload.
+class CJournalFields : public CArchiveFields<CJournalFields> {
  public:
-  explicit CJournalFields(CArchive& ar) : m_ar(ar) {}
+  using CArchiveFields::CArchiveFields;
+  using CArchiveFields::Visit;
 
-  void Visit(std::uint8_t& value) { Move(value); }
-  void Visit(std::uint32_t& value) { Move(value); }
-  void Visit(std::int32_t& value) { Move(value); }
-  void Visit(CString& text) { Move(text); }
-  void Visit(CStringArray& texts) { m_ar.Serialize(texts); }
   void Visit(bool& flag) {
     std::uint8_t byte = flag;
-    Move(byte);
+    Visit(byte);
     flag = byte != 0;
-  }
-  void Visit(std::uint64_t& value) {
-    auto low = static_cast<std::uint32_t>(value), high = static_cast<std::uint32_t>(value >> 32);
-    Move(low);
-    Move(high);
-    value = std::uint64_t{high} << 32 | low;
   }
   void Visit(double& value) {
     auto bits = std::bit_cast<std::uint64_t>(value);
@@ -39,7 +28,7 @@ class CJournalFields {
   void Visit(_timeb& time) {
     std::uint32_t words[sizeof time / sizeof(std::uint32_t)];
     std::memcpy(words, &time, sizeof time);
-    for (std::uint32_t& word : words) Move(word);
+    for (std::uint32_t& word : words) Visit(word);
     std::memcpy(&time, words, sizeof time);
   }
   void Visit(CLogNaming& naming) {
@@ -60,21 +49,6 @@ class CJournalFields {
              head.varNames, head.continues);
   }
   void Visit(CLockNote& note) { VisitAll(note.pid, note.naming, note.unfinished); }
-
- private:
-  template <class... T>
-  void VisitAll(T&... values) {
-    (Visit(values), ...);
-  }
-  template <class T>
-  void Move(T& value) {
-    if (m_ar.IsStoring())
-      m_ar << value;
-    else
-      m_ar >> value;
-  }
-
-  CArchive& m_ar;
 };
 
 template <class T>
