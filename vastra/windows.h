@@ -3,6 +3,7 @@
 // installed only where a listed one includes it.
 #pragma once
 
+#include "vastra/charts/chart_data.h"
 #include "vastra/console/console.h"
 #include "vastra/console/console_conf_dlg.h"
 #include "vastra/console/console_rules.h"

@@ -59,7 +59,7 @@ void MakeDigests(const CExportOrder& order, const std::vector<CHistoryLog>& logs
 
 EExit WriteRows(const CExportOrder& order, const CHistoryPaths& paths) {
   CExportResult result;
-  const EExit status = WriteExport(order, [&](CTable& table) {
+  const EExit status = WriteExport(order, [&](CRowTable& table) {
     if (order.makesDigests) MakeDigests(order, paths.Logs());
     result = ExportRows(
         paths.Logs(), order.request, [&](const auto& names) { return NameColumns(order, names); }, table,

@@ -3,8 +3,8 @@
 
 #include "host/cli/arguments.h"
 #include "host/cli/exit.h"
-#include "host/cli/history/export_rows.h"
-#include "host/cli/history/moment_text.h"
+#include "vastra/history/export_rows.h"
+#include "vastra/history/moment_text.h"
 
 namespace vastra {
 

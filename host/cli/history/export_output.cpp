@@ -5,8 +5,8 @@
 
 #include <filesystem>
 
+#include "host/cli/history/json_table.h"
 #include "host/cli/history/sqlite_table.h"
-#include "host/cli/history/text_tables.h"
 #include "host/cli/output.h"
 #include "host/cli/terminal/figures.h"
 #include "host/cli/terminal/pace.h"
@@ -19,7 +19,7 @@
 namespace vastra {
 namespace {
 
-using CFillTable = std::function<void(CTable&)>;
+using CFillTable = std::function<void(CRowTable&)>;
 
 void FillText(const CExportOrder& order, CFile& file, const CFillTable& fill) {
   if (order.format == EExportFormat::jsonl) {

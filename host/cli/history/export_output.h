@@ -9,7 +9,7 @@ namespace vastra {
 
 // Calls fill with the empty table that order asks for. Returns kDone, or kFailed after an error message: the
 // output cannot be written, a signal has come while a file was written, or fill has thrown CExportStop.
-EExit WriteExport(const CExportOrder& order, const std::function<void(CTable&)>& fill);
+EExit WriteExport(const CExportOrder& order, const std::function<void(CRowTable&)>& fill);
 
 // Why an export ends before its end.
 struct CExportStop {

@@ -1,7 +1,7 @@
 #include "host/cli/history/log_list_view.h"
 
-#include "host/cli/history/moment_text.h"
 #include "host/cli/number_text.h"
+#include "vastra/history/moment_text.h"
 #include "vastra/history/row_reader.h"
 
 namespace vastra {

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <string_view>
 
-#include "host/cli/history/local_time.h"
+#include "vastra/history/local_time.h"
 
 namespace vastra {
 namespace {

@@ -1,13 +1,13 @@
 // CSqliteTable: exported rows as the table "rows" of a database of SQLite, in one transaction.
 #pragma once
 
-#include "host/cli/history/moment_text.h"
 #include "host/cli/history/sqlite_library.h"
-#include "host/cli/history/table.h"
+#include "vastra/history/moment_text.h"
+#include "vastra/history/row_table.h"
 
 namespace vastra {
 
-class CSqliteTable final : public CTable {
+class CSqliteTable final : public CRowTable {
  public:
   static constexpr std::size_t kMostNames = 1999;  // a table of SQLite has at most 2000 columns
 

@@ -1,4 +1,4 @@
-#include "host/cli/history/moment_text.h"
+#include "vastra/history/moment_text.h"
 
 #include <charconv>
 #include <chrono>

@@ -1,7 +1,7 @@
 // CMomentText: the times of exported rows as text.
 #pragma once
 
-#include "host/cli/history/local_time.h"
+#include "vastra/history/local_time.h"
 #include "vastra/history/moment.h"
 
 namespace vastra {
@@ -17,7 +17,7 @@ constexpr std::size_t kMaxMomentText = 48;
 
 // The text is computed once for each minute; for the moments within it only seconds and milliseconds are
 // replaced.
-class CMomentText {
+class VASTRA_API CMomentText {
  public:
   explicit CMomentText(ETimeForm form) : m_form(form) {}
   // Puts the text of moment at to and returns the place after it. May write up to kMaxMomentText bytes.

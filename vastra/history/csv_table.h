@@ -1,16 +1,17 @@
-// CCsvTable: rows as CSV of RFC 4180. CJsonTable: an object of JSON on each line.
+// CCsvTable: rows as CSV of RFC 4180, and the base of tables that are text.
 #pragma once
 
 #include <memory>
 
-#include "host/cli/history/moment_text.h"
-#include "host/cli/history/table.h"
+#include "vastra/history/moment_text.h"
+#include "vastra/history/row_table.h"
 #include "vastra/platform/file.h"
 
 namespace vastra {
 
-// What both have in common: rows are formatted into a large buffer, which goes to the file in large pieces.
-class CTextTable : public CTable {
+// What tables of text have in common: rows are formatted into a large buffer, which goes to the file in large
+// pieces.
+class VASTRA_API CTextTable : public CRowTable {
  public:
   void End() override { Flush(); }
 
@@ -40,7 +41,7 @@ class CTextTable : public CTable {
 };
 
 // Names with a comma, a quotation mark or a line end are in quotation marks. No value is an empty cell.
-class CCsvTable final : public CTextTable {
+class VASTRA_API CCsvTable final : public CTextTable {
  public:
   CCsvTable(CFile& file, ETimeForm form) : CTextTable(file, form) {}
   void Begin(const std::vector<CString>& names) override;
@@ -50,22 +51,6 @@ class CCsvTable final : public CTextTable {
  private:
   template <class TCell>
   void Put(CMoment moment, std::span<const TCell> cells);
-};
-
-// No value is null; NaN and infinities are the strings "nan", "inf" and "-inf".
-class CJsonTable final : public CTextTable {
- public:
-  CJsonTable(CFile& file, ETimeForm form);
-  void Begin(const std::vector<CString>& names) override;
-  void Add(CMoment moment, std::span<const std::optional<float>> cells) override { Put(moment, cells); }
-  void Add(CMoment moment, std::span<const std::optional<double>> cells) override { Put(moment, cells); }
-
- private:
-  template <class TCell>
-  void Put(CMoment moment, std::span<const TCell> cells);
-
-  const char* const m_timeQuote;
-  std::vector<std::string> m_keys;  // such as ,"Temp":
 };
 
 }  // namespace vastra

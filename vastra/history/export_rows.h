@@ -3,8 +3,8 @@
 
 #include <functional>
 
-#include "host/cli/history/table.h"
 #include "vastra/history/buckets.h"
+#include "vastra/history/row_table.h"
 
 namespace vastra {
 
@@ -30,7 +30,7 @@ struct CExportResult {
   std::vector<CHistoryFault> faults;  // logs that could not be read any more
 };
 
-CExportResult ExportRows(const std::vector<CHistoryLog>& logs, const CExportRequest& request,
-                         const CColumnNamer& namer, CTable& table, const CExportWatch& watch);
+VASTRA_API CExportResult ExportRows(const std::vector<CHistoryLog>& logs, const CExportRequest& request,
+                                    const CColumnNamer& namer, CRowTable& table, const CExportWatch& watch);
 
 }  // namespace vastra

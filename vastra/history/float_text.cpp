@@ -1,4 +1,4 @@
-#include "host/cli/history/float_text.h"
+#include "vastra/history/float_text.h"
 
 #include <array>
 #include <bit>

@@ -1,4 +1,4 @@
-#include "host/cli/history/export_rows.h"
+#include "vastra/history/export_rows.h"
 
 #include <algorithm>
 
@@ -16,7 +16,7 @@ const std::vector<CString> ColumnsOf(const std::vector<CString>& found,
 }
 
 void ExportAll(const std::vector<CHistoryLog>& logs, const CExportRequest& request, const CColumnNamer& namer,
-               CTable& table, const CExportWatch& watch, CExportResult& result) {
+               CRowTable& table, const CExportWatch& watch, CExportResult& result) {
   CRowReader reader(logs, {request.range, request.variables, request.isUnique});
   const std::size_t columns = reader.Variables().size();
   table.Begin(namer(ColumnsOf(reader.Variables(), logs)));
@@ -65,7 +65,7 @@ template <class TNumber>
 class CStepExport {
  public:
   CStepExport(const std::vector<CHistoryLog>& logs, const CExportRequest& request,
-              const std::vector<CString>& variables, CStepCell<TNumber> cell, CTable& table,
+              const std::vector<CString>& variables, CStepCell<TNumber> cell, CRowTable& table,
               const CExportWatch& watch)
       : m_logs(logs),
         m_request(request),
@@ -110,7 +110,7 @@ class CStepExport {
   const CExportRequest& m_request;
   const std::vector<CString>& m_variables;
   const CStepCell<TNumber> m_cell;
-  CTable& m_table;
+  CRowTable& m_table;
   const CExportWatch& m_watch;
   std::vector<std::optional<TNumber>> m_cells;
 };
@@ -122,7 +122,8 @@ CMomentRange CommonRange(const CMomentRange& asked, const CMomentRange& rows) {
 }
 
 void ExportSteps(const std::vector<CHistoryLog>& logs, const CExportRequest& request,
-                 const CColumnNamer& namer, CTable& table, const CExportWatch& watch, CExportResult& result) {
+                 const CColumnNamer& namer, CRowTable& table, const CExportWatch& watch,
+                 CExportResult& result) {
   constexpr struct {
     EStepValue value;
     CStepCell<float> cell;
@@ -143,7 +144,7 @@ void ExportSteps(const std::vector<CHistoryLog>& logs, const CExportRequest& req
 }  // namespace
 
 CExportResult ExportRows(const std::vector<CHistoryLog>& logs, const CExportRequest& request,
-                         const CColumnNamer& namer, CTable& table, const CExportWatch& watch) {
+                         const CColumnNamer& namer, CRowTable& table, const CExportWatch& watch) {
   CExportResult result;
   (request.step ? ExportSteps : ExportAll)(logs, request, namer, table, watch, result);
   table.End();

@@ -3,14 +3,16 @@
 
 #include <cstdint>
 
+#include "vastra/platform/api.h"
+
 namespace vastra {
 
 // How far local time is ahead of UTC at a moment, in seconds. moment: seconds since 1970 in UTC.
-std::int64_t LocalOffset(std::int64_t moment);
+VASTRA_API std::int64_t LocalOffset(std::int64_t moment);
 
 // The same for many moments. Asks the system once for each quarter of an hour, because zones change their
 // clocks at its ends; within a quarter that does have a change it asks for each moment.
-class CLocalOffset {
+class VASTRA_API CLocalOffset {
  public:
   std::int64_t At(std::int64_t moment) {
     const std::int64_t quarter = moment / kQuarter - (moment % kQuarter < 0);
@@ -30,6 +32,6 @@ class CLocalOffset {
 // The moment at which a local clock shows shown, which counts the seconds of the clock since 1970-01-01
 // 00:00:00. Of a time that the clock shows twice, the first moment. A time that the clock leaves out, when
 // summer time begins, counts on from the time before the change.
-std::int64_t MomentOfLocal(std::int64_t shown);
+VASTRA_API std::int64_t MomentOfLocal(std::int64_t shown);
 
 }  // namespace vastra

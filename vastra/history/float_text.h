@@ -3,12 +3,14 @@
 // "inf" or "-inf" for the others.
 #pragma once
 
+#include "vastra/platform/api.h"
+
 namespace vastra {
 
 constexpr int kMaxShortestText = 32;
 
 // Put the text of value at to and return the place after it. May write up to kMaxShortestText bytes.
-char* PutShortest(char* to, float value);
-char* PutShortest(char* to, double value);
+VASTRA_API char* PutShortest(char* to, float value);
+VASTRA_API char* PutShortest(char* to, double value);
 
 }  // namespace vastra

@@ -1,4 +1,4 @@
-#include "host/cli/history/local_time.h"
+#include "vastra/history/local_time.h"
 
 #include <algorithm>
 

@@ -1,21 +1,14 @@
-#include "host/cli/history/text_tables.h"
+#include "host/cli/history/json_table.h"
 
 #include <cmath>
 #include <cstring>
 #include <string_view>
 
-#include "host/cli/history/float_text.h"
 #include "host/common/json_text.h"
+#include "vastra/history/float_text.h"
 
 namespace vastra {
 namespace {
-
-std::string CsvName(std::string_view name) {
-  if (name.find_first_of(",\"\r\n") == name.npos) return std::string(name);
-  std::string quoted = "\"";
-  for (const char c : name) quoted += c == '"' ? "\"\"" : std::string(1, c);
-  return quoted + "\"";
-}
 
 char* PutPlain(char* to, std::string_view text) {
   std::memcpy(to, text.data(), text.size());
@@ -34,33 +27,6 @@ char* PutJsonNumber(char* to, TNumber number) {
 }
 
 }  // namespace
-
-void CTextTable::SetRowSize(std::size_t bytes) { m_buffer.reset(new char[kFlushSize + bytes]); }
-
-void CTextTable::Write(std::string_view text) { m_file.Write(text.data(), text.size()); }
-
-void CTextTable::Flush() {
-  Write({m_buffer.get(), m_size});
-  m_size = 0;
-}
-
-void CCsvTable::Begin(const std::vector<CString>& names) {
-  std::string line = "time";
-  for (const CString& name : names) line += "," + CsvName(name.View());
-  Write(line + "\n");
-  SetRowSize(kMaxMomentText + names.size() * (kMaxShortestText + 1) + 1);
-}
-
-template <class TCell>
-void CCsvTable::Put(CMoment moment, std::span<const TCell> cells) {
-  char* to = m_times.Put(BeginRow(), moment);
-  for (const TCell& cell : cells) {
-    *to++ = ',';
-    if (cell) to = PutShortest(to, *cell);
-  }
-  *to = '\n';
-  EndRow(to + 1);
-}
 
 CJsonTable::CJsonTable(CFile& file, ETimeForm form)
     : CTextTable(file, form), m_timeQuote(form == ETimeForm::unix ? "" : "\"") {}

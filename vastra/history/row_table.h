@@ -1,4 +1,4 @@
-// CTable: where exported rows go: CSV, lines of JSON, or a table of SQLite. ExportRows fills it.
+// CRowTable: where exported rows go: CSV, lines of JSON, or a table of SQLite. ExportRows fills it.
 #pragma once
 
 #include <optional>
@@ -10,12 +10,12 @@
 
 namespace vastra {
 
-class CTable {
+class CRowTable {
  public:
-  CTable() = default;
-  CTable(const CTable&) = delete;
-  CTable& operator=(const CTable&) = delete;
-  virtual ~CTable() = default;
+  CRowTable() = default;
+  CRowTable(const CRowTable&) = delete;
+  CRowTable& operator=(const CRowTable&) = delete;
+  virtual ~CRowTable() = default;
 
   // The first call. names: of the columns after the time; they are distinct.
   virtual void Begin(const std::vector<CString>& names) = 0;

@@ -1,0 +1,111 @@
+// CChartData: the values behind a chart, from the logs and journals of folders and from the newest samples of
+// a running logger. It reads on a thread of its own: no call waits for the disk. Without Qt.
+//
+//     CChartData data([] { ... on the reading thread: data has changed; post a message to the window ... });
+//     data.SetSources({.paths = {{"/var/lib/vastra/kiln", true}}});
+//     data.Ask({.range = {from, to}, .columns = 1200, .variables = {"Temp"}});
+//     const CChartPicture picture = data.Picture();  // at once: what is known so far
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "vastra/history/row_reader.h"
+
+namespace vastra {
+
+// A piece of a curve: one row, or the rows of a short stretch of time. Pieces are in the order of time.
+struct CCurveStep {
+  CMoment from = 0, to = 0;   // of the first and of the last row; as well the stretch itself: first <= last
+  float first = 0, last = 0;  // values, NaN and infinities left out
+  float least = 0, greatest = 0;
+  std::uint32_t values = 0;  // how many of them; 0: all were NaN or infinite
+  bool isJoined = false;     // a line leads here from the step before: no gap lies between them
+  bool hasInvalid = false;   // some values were NaN or infinite: the node was away
+};
+
+struct CChartQuery {
+  CMomentRange range = {0, 0};
+  std::uint32_t columns = 0;  // pixels: a step is at most as wide as one
+  std::vector<CString> variables = {};
+
+  bool operator==(const CChartQuery&) const = default;
+};
+
+// The answer to a query, as good as it is known.
+struct CChartPicture {
+  CChartQuery query;
+  std::vector<std::vector<CCurveStep>> curves;  // for each variable; the step before and after the range, too
+  bool isFinal = false;                         // false: steps are still coarse or missing, onChange follows
+  double progress = 0;                          // of the reading, from 0 to 1
+};
+
+// What lies between two cursors, exactly: of each variable of the query.
+struct CCurveStatistics {
+  std::uint64_t values = 0;  // that are finite
+  float least = 0, greatest = 0;
+  double mean = 0;
+};
+
+// A folder with its logs, or a log or journal.
+struct CChartPath {
+  CString path;
+  bool isRecursive = false;
+};
+
+class CLiveSamples;
+
+struct CChartSources {
+  std::vector<CChartPath> paths = {};
+  // The newest samples of a logger; they hold from the moment of their first one on, the logs before it.
+  std::shared_ptr<const CLiveSamples> live = {};
+};
+
+class CChartReader;
+
+class CChartData {
+ public:
+  // onChange is called on the reading thread: the picture, the range, the variables or a result has changed.
+  explicit CChartData(std::function<void()> onChange);
+  CChartData(const CChartData&) = delete;
+  CChartData& operator=(const CChartData&) = delete;
+  ~CChartData();  // ends the reading
+
+  void SetSources(CChartSources sources);
+  // Looks at the folders again, as it does by itself now and then while there is a live logger.
+  void Rescan();
+
+  std::vector<CString> Variables() const;     // of all sources
+  CMomentRange Rows() const;                  // from the first row to after the last one; {0, 0} without rows
+  std::vector<CHistoryFault> Faults() const;  // logs and folders that cannot be read
+  bool IsScanned() const;                     // false: the sources were not looked at yet
+
+  // Asks for curves. A new query takes the place of the former one, whose reading ends.
+  void Ask(CChartQuery query);
+  CChartPicture Picture() const;
+
+  // Asks for exact figures of a range, for variables. Statistics() is empty until they are there.
+  void AskStatistics(const CMomentRange& range, std::vector<CString> variables);
+  std::vector<CCurveStatistics> Statistics() const;
+
+  // Asks for the values of variables at a moment: those of the last row at or before it that is not behind a
+  // gap. Values() is empty until they are there; NaN: no value.
+  void AskValues(CMoment moment, std::vector<CString> variables);
+  std::vector<float> Values() const;
+
+  // Writes the rows of range as CSV to a file, which appears whole or not at all. ExportState() tells.
+  void Export(const CString& path, const CMomentRange& range, std::vector<CString> variables);
+  struct CExportState {
+    bool isRunning = false;
+    double progress = 0;
+    CString fault;  // of the last one that has ended; empty: it was written
+  };
+  CExportState ExportState() const;
+  void CancelExport();
+
+ private:
+  std::unique_ptr<CChartReader> m_pReader;
+};
+
+}  // namespace vastra
