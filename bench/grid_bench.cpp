@@ -105,8 +105,8 @@ class CModel : public QAbstractTableModel {
   std::array<float, kRows> values = {};
 };
 
-struct CRowTable {
-  explicit CRowTable(const QTableView& like) {
+struct CTable {
+  explicit CTable(const QTableView& like) {
     for (int row = 0; row < kRows; ++row) model.names.append(QString("Variable_%1").arg(row));
     view.setModel(&model);
     view.setFont(like.font());
@@ -140,7 +140,7 @@ void GridRefreshed(benchmark::State& state) {
 
 void TableRepainted(benchmark::State& state) {
   const CGrid grid;
-  CRowTable table(*grid.window->Widget()->findChild<QTableView*>());
+  CTable table(*grid.window->Widget()->findChild<QTableView*>());
   grid.window->ShowWindow(SW_HIDE);
   for (auto _ : state) {
     table.Scan();
