@@ -23,7 +23,7 @@ char* PutMilliseconds(char* to, unsigned n) {
 }  // namespace
 
 char* CMomentText::Put(char* to, CMoment moment) {
-  if (m_form == ETimeForm::unix) return PutSeconds(to, moment);
+  if (m_form == ETimeForm::seconds) return PutSeconds(to, moment);
   const std::int64_t offset = OffsetAt(FloorDivide(moment, 1000));
   const CMoment shown = moment + offset * 1000;
   const std::int64_t minute = FloorDivide(shown, 60'000);

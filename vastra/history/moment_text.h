@@ -7,10 +7,10 @@
 namespace vastra {
 
 enum class ETimeForm {
-  local,  // 2026-03-01 12:00:00.250
-  utc,    // the same in UTC
-  iso,    // RFC 3339: 2026-03-01T12:00:00.250+01:00
-  unix,   // seconds since 1970: 1772362800.250
+  local,    // 2026-03-01 12:00:00.250
+  utc,      // the same in UTC
+  iso,      // RFC 3339: 2026-03-01T12:00:00.250+01:00
+  seconds,  // since 1970: 1772362800.250
 };
 
 constexpr std::size_t kMaxMomentText = 48;

@@ -32,8 +32,10 @@ constexpr CWord<EExportFormat> kEndings[] = {{".jsonl", EExportFormat::jsonl},
                                              {".db", EExportFormat::sqlite}};
 
 constexpr const char* kTimeWords = "local|utc|iso|unix";
-constexpr CWord<ETimeForm> kTimes[] = {
-    {"local", ETimeForm::local}, {"utc", ETimeForm::utc}, {"iso", ETimeForm::iso}, {"unix", ETimeForm::unix}};
+constexpr CWord<ETimeForm> kTimes[] = {{"local", ETimeForm::local},
+                                       {"utc", ETimeForm::utc},
+                                       {"iso", ETimeForm::iso},
+                                       {"unix", ETimeForm::seconds}};
 
 // The form of the times if the user names none, by format.
 constexpr ETimeForm kUsualTimes[] = {ETimeForm::local, ETimeForm::iso, ETimeForm::utc};

@@ -29,7 +29,7 @@ char* PutJsonNumber(char* to, TNumber number) {
 }  // namespace
 
 CJsonTable::CJsonTable(CFile& file, ETimeForm form)
-    : CTextTable(file, form), m_timeQuote(form == ETimeForm::unix ? "" : "\"") {}
+    : CTextTable(file, form), m_timeQuote(form == ETimeForm::seconds ? "" : "\"") {}
 
 void CJsonTable::Begin(const std::vector<CString>& names) {
   std::size_t size = 64 + kMaxMomentText;

@@ -42,14 +42,14 @@ void CSqliteTable::Begin(const std::vector<CString>& names) {
   }
   Execute(kSettings);
   Execute("BEGIN");
-  const char* const type = m_form == ETimeForm::unix ? "REAL" : "TEXT";
+  const char* const type = m_form == ETimeForm::seconds ? "REAL" : "TEXT";
   Execute(CString("CREATE TABLE \"rows\"(\"time\" " + std::string(type) + columns + ")"));
   const std::string insert = "INSERT INTO \"rows\" VALUES(" + marks + ")";
   if (m_library.prepare(m_pDatabase, insert.c_str(), -1, &m_pInsert, nullptr) != SQLITE_OK) Fail();
 }
 
 void CSqliteTable::BindTime(CMoment moment) {
-  if (m_form == ETimeForm::unix) {
+  if (m_form == ETimeForm::seconds) {
     m_library.bindDouble(m_pInsert, 1, static_cast<double>(moment) / 1000);
     return;
   }

@@ -17,7 +17,7 @@ class CSqliteTable final : public CRowTable {
   };
 
   // path: of an empty file, which the caller syncs after End and which nobody else uses. Its columns are
-  // "time", a text or with ETimeForm::unix a number, and numbers; a NaN is NULL there.
+  // "time", a text or with ETimeForm::seconds a number, and numbers; a NaN is NULL there.
   CSqliteTable(const CSqliteLibrary& library, const CString& path, ETimeForm form);
   ~CSqliteTable() override;
 
