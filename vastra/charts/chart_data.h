@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "vastra/history/row_reader.h"
+#include "vastra/platform/api.h"
 
 namespace vastra {
 
@@ -64,7 +65,7 @@ struct CChartSources {
 
 class CChartReader;
 
-class CChartData {
+class VASTRA_API CChartData {
  public:
   // onChange is called on the reading thread: the picture, the range, the variables or a result has changed.
   explicit CChartData(std::function<void()> onChange);
