@@ -70,9 +70,12 @@ int CLogLock::Take(const CString& key, const CLogNaming& naming, int& other,
   }
   const std::optional<CLockNote> before = ReadNote(m_path);
   m_unfinished = before ? before->unfinished : std::nullopt;
-  m_wasCutOff = before && before->pid != 0;
+  m_wasCutOff = before ? before->pid != 0 : m_status.size > 0;  // a power cut can tear the note
   try {
-    WriteNote(::getpid(), false);
+    // A text copy that is missing after a power cut is told from one that was removed by the note alone.
+    const bool isDurable = naming.saveRp && naming.saveCsv;
+    WriteNote(::getpid(), isDurable);
+    if (isDurable) FileLayer().SyncFolder(naming.Folder());
   } catch (const CFileException&) {  // the disk is full: the lock holds without the note
   }
   if (!FindOther(other, held)) return 1;
