@@ -1,11 +1,6 @@
 #include "host/desktop/live_views.h"
 
-#include <QApplication>
-#include <QScreen>
-#include <QStyle>
 #include <QWidget>
-
-#include <algorithm>
 
 #include "vastra/views/trending_dlg.h"
 #include "vastra/views/var_scan_dlg.h"
@@ -23,16 +18,6 @@ void StandAlone(CWnd& view) {
   widget->setParent(nullptr, (widget->windowFlags() & ~Qt::WindowType_Mask) | Qt::Window);
 }
 
-// Moves a stored place onto a present screen: the whole window, or at least its upper left corner.
-CRect OntoScreen(const CRect& place) {
-  const QScreen* screen = QGuiApplication::screenAt({(place.left + place.right) / 2, place.top});
-  const QRect all = (screen ? screen : QGuiApplication::primaryScreen())->availableGeometry();
-  const int x = std::clamp(place.left, all.left(), std::max(all.left(), all.right() - place.Width()));
-  const int bottom = all.bottom() - QApplication::style()->pixelMetric(QStyle::PM_TitleBarHeight);
-  const int y = std::clamp(place.top, all.top(), std::max(all.top(), bottom - place.Height()));
-  return CRect::Of({x, y}, place.Size());
-}
-
 void BringUp(CWnd& window) { window.ShowWindow(window.IsIconic() ? SW_RESTORE : SW_SHOW); }
 
 }  // namespace
@@ -47,8 +32,7 @@ void CLiveViews::ShowTrend(CViewStages stages, UINT refreshPeriod) {
   if (m_areAttached) m_pTrend->ForbidChanges();
   StandAlone(*m_pTrend);
   CRect place = m_trendPlace;
-  if (!place.IsEmpty() || m_settings.GetPlace(KeyOf(kTrendPlace), place))
-    m_pTrend->MoveWindow(OntoScreen(place));
+  if (!place.IsEmpty() || m_settings.GetPlace(KeyOf(kTrendPlace), place)) m_pTrend->MoveWindow(place);
   m_pTrend->ShowWindow(SW_SHOW);
 }
 
@@ -62,7 +46,7 @@ void CLiveViews::ShowGrid(CViewStages stages) {
   StandAlone(*m_pGrid);
   CRect place = m_gridPlace;
   if (!place.IsEmpty() || m_settings.GetPlace(KeyOf(kGridPlace), place))
-    m_pGrid->MoveWindow(OntoScreen(CRect::Of(place.TopLeft(), m_pGrid->GetNormalPlace().Size())));
+    m_pGrid->MoveWindow(CRect::Of(place.TopLeft(), m_pGrid->GetNormalPlace().Size()));
   m_pGrid->ShowWindow(SW_SHOW);
 }
 

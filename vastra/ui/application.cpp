@@ -10,6 +10,7 @@
 #include <clocale>
 
 #include "vastra/ui/convert.h"
+#include "vastra/ui/screen_fit.h"
 #include "vastra/ui/text.h"
 #include "vastra/ui/window.h"
 
@@ -175,7 +176,10 @@ class CDialogs : public CChooser {
 
 }  // namespace
 
-CWindows::CWindows() : m_prompter(std::make_unique<CBoxes>()), m_chooser(std::make_unique<CDialogs>()) {
+CWindows::CWindows()
+    : m_prompter(std::make_unique<CBoxes>()),
+      m_chooser(std::make_unique<CDialogs>()),
+      m_fit(std::make_unique<CScreenFit>()) {
   // The application object has set the user's locale; the engine needs a decimal point.
   std::setlocale(LC_NUMERIC, "C");
   m_formerPrompter = SetPrompter(m_prompter.get());

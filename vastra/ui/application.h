@@ -1,5 +1,6 @@
-// CWindows: installs modal message boxes and choosers for the engine. A program with windows makes one
-// object, after the application object of the toolkit, and destroys it before that.
+// CWindows: installs modal message boxes and choosers for the engine, and keeps the windows of the program on
+// the screen. A program with windows makes one object, after the application object of the toolkit, and
+// destroys it before that.
 #pragma once
 
 #include <memory>
@@ -8,6 +9,8 @@
 #include "vastra/platform/prompt.h"
 
 namespace vastra {
+
+class CScreenFit;
 
 class VASTRA_API CWindows {
  public:
@@ -19,6 +22,7 @@ class VASTRA_API CWindows {
  private:
   std::unique_ptr<CPrompter> m_prompter;
   std::unique_ptr<CChooser> m_chooser;
+  std::unique_ptr<CScreenFit> m_fit;
   CPrompter* m_formerPrompter;
   CChooser* m_formerChooser;
 };

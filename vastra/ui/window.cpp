@@ -9,11 +9,13 @@
 #include <QMouseEvent>
 #include <QPaintEvent>
 #include <QScrollBar>
+#include <QTimer>
 #include <QWindow>
 
 #include <utility>
 
 #include "vastra/ui/convert.h"
+#include "vastra/ui/screen_fit.h"
 #include "vastra/ui/text.h"
 
 namespace vastra {
@@ -130,9 +132,13 @@ class CWnd::CEvents : public QObject {
 
   void LimitSize() {
     if (m_minTrackSize == QSize()) return;
-    const QSize frame = m_widget->frameGeometry().size() - m_widget->geometry().size();
-    m_widget->setMinimumSize(m_minTrackSize - frame);
+    const QMargins frame = FrameOf(*m_widget);
+    const QSize least = m_minTrackSize - QSize(frame.left() + frame.right(), frame.top() + frame.bottom());
+    (IsScrolled() ? m_client : m_widget)->setMinimumSize(least);
   }
+
+  // Whether the contents are larger than the screen, see CContentsMoved.
+  bool IsScrolled() const { return m_client != m_widget && !ScrollBar(); }
 
   // The toolkit's normal geometry is not usable: a maximised window has another frame, and some window
   // managers do not report that a minimised window is maximised.
@@ -144,7 +150,7 @@ class CWnd::CEvents : public QObject {
 
   CWnd* m_owner;  // null: the window was destroyed
   QWidget* const m_widget;
-  QWidget* const m_client;
+  QWidget* m_client;
   QHash<UINT, int> m_timers;
   QRegion m_invalid;
   QSize m_minTrackSize;
@@ -179,7 +185,9 @@ class CWnd::CEvents : public QObject {
 
   bool OfWindow(QEvent& event) {
     if (!m_widget->isWindow()) return false;
+    if (event.type() == CContentsMoved::kType) TakeClient(static_cast<CContentsMoved&>(event).m_contents);
     if (event.type() == QEvent::Show || event.type() == QEvent::Move) TakeFrame();
+    if (event.type() == QEvent::Show) TakeFrameLater();
     if (event.type() == QEvent::Resize || event.type() == QEvent::Move) TakeNormalPlace();
     if (event.type() == QEvent::KeyPress) {
       const UINT key = KeyOf(static_cast<QKeyEvent&>(event));
@@ -189,6 +197,20 @@ class CWnd::CEvents : public QObject {
     event.ignore();
     m_owner->OnClose();
     return true;
+  }
+
+  void TakeClient(QWidget& client) {
+    client.installEventFilter(this);
+    m_client = &client;
+  }
+
+  // The screen reports the frame some time after the window is shown, without an event if it does not move.
+  void TakeFrameLater() {
+    for (const int after : {0, 50, 250}) {
+      QTimer::singleShot(after, this, [this] {
+        if (m_owner) TakeFrame();
+      });
+    }
   }
 
   // The frame is known only while the window is on the screen.
@@ -337,7 +359,9 @@ CRect CWnd::GetClientRect() const { return Client() ? FromRect(Client()->rect())
 
 CRect CWnd::GetFrameRect() const {
   if (!Widget()) return {};
-  return FromRect(Widget()->frameGeometry().translated(-Widget()->geometry().topLeft()));
+  const QRect frame = Widget()->frameGeometry(), inside = Widget()->geometry();
+  const QSize scrolled = m_events->IsScrolled() ? m_events->m_client->size() - inside.size() : QSize(0, 0);
+  return FromRect(QRect(frame.topLeft() - inside.topLeft(), frame.size() + scrolled));
 }
 
 void CWnd::SetMinTrackSize(CSize size) {
