@@ -30,6 +30,10 @@ void ForEachDirectory(CConfiguration& configuration, ACTION action) {
   for (CSummaryConfig* summary : configuration.m_summaries.m_summaries) action(summary->m_directory);
 }
 
+void MakeAbsoluteIn(const CString& folder, CConfiguration& configuration) {
+  ForEachDirectory(configuration, [&](CString& directory) { directory = MakeAbsolute(folder, directory); });
+}
+
 CStringArray Directories(CConfiguration& configuration) {
   CStringArray directories;
   ForEachDirectory(configuration, [&](const CString& directory) { directories.Add(directory); });
@@ -68,12 +72,16 @@ CString CDocument::Open(const CString& path) {
 
 CString CDocument::Save(const CString& path) {
   CConfiguration stored = Stored();
+  MakeAbsoluteIn(DirectoryOf(MakeAbsolute(path)), stored);
   const CString fault = IsJsonPath(path) ? SaveAsJson(path, stored) : SaveConfiguration(path, stored);
   if (!fault.IsEmpty()) return path + ": " + fault;
-  m_path = path;
+  m_path = MakeAbsolute(path);
   m_changed = false;
+  MakeAbsoluteIn(Folder(), m_configuration);
   return {};
 }
+
+CString CDocument::Folder() const { return m_path.IsEmpty() ? m_startFolder : DirectoryOf(m_path); }
 
 CStringArray CDocument::Lost() { return IsJsonPath(m_path) ? CStringArray() : LostInFile(m_configuration); }
 
@@ -94,11 +102,16 @@ CConfiguration CDocument::Stored() const {
   return stored;
 }
 
+CConfiguration CDocument::ForRun() const {
+  CConfiguration configuration = Stored();
+  MakeAbsoluteIn(m_startFolder, configuration);
+  return configuration;
+}
+
 bool CDocument::Take(CConfiguration edited) {
   const CStringArray former = Directories(m_configuration);
-  const CString folder = m_path.IsEmpty() ? m_startFolder : DirectoryOf(m_path);
   ForEachDirectory(edited, [&](CString& directory) {
-    if (FindIn(former, directory) < 0) directory = MakeAbsolute(folder, directory);
+    if (!m_path.IsEmpty() && FindIn(former, directory) < 0) directory = MakeAbsolute(Folder(), directory);
   });
   if (IsSame(m_configuration, edited)) return false;
   m_configuration = std::move(edited);

@@ -31,15 +31,17 @@ class CDocument {
   CString Title() const { return m_path.IsEmpty() ? "Untitled" : m_path; }
   CConfiguration& Configuration() { return m_configuration; }
   bool IsChanged() const { return m_changed; }
+  CString Folder() const;  // of the file; without one the start folder of the program
 
   // The configuration as Save writes it: with the base variables of the file in place of those that the host
   // has set.
   CConfiguration Stored() const;
+  // The same for a run: relative log folders begin in the start folder of the program.
+  CConfiguration ForRun() const;
   // The views have changed the settings of the trending stage, which are those of the configuration.
   void TrendChanged() { m_changed = true; }
   // Replaces the configuration with the one that the user has edited. Returns whether it differs. New
-  // relative paths are relative to the folder of the file; without a file, to the start folder of the
-  // program.
+  // relative paths are relative to the folder of the file; without a file they stay relative until Save.
   bool Take(CConfiguration edited);
   // Sets the base variables that are stored, unless the file has none.
   void TakeBaseVars(const CStringArray& names);

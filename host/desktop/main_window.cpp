@@ -107,6 +107,7 @@ bool CMainWindow::Open(const CString& path) {
   }
   m_settings.AddRecent(m_document.Path());
   m_messages.Log().Open(m_document.Path());
+  StartChoosersIn(m_document.Folder());
   UseConfiguration();
   TakeState();
   return true;
@@ -136,7 +137,7 @@ void CMainWindow::OfferDemo() {
 // Makes a run of the document, stopped, and shows its parts.
 void CMainWindow::UseConfiguration() {
   m_messages.SetPlain(!m_keepLogs->isChecked());
-  m_runner.SetConfiguration(m_document.Stored(), RunOptions());
+  m_runner.SetConfiguration(m_document.ForRun(), RunOptions());
   m_runner.Run().AddObserver(&m_statistics);
   m_isAhead = false;
   m_startFault.Empty();
@@ -193,6 +194,7 @@ void CMainWindow::New() {
   if (HasOpenDialog() || !MayLoseChanges()) return;
   m_document.New();
   m_messages.Log().Open("");
+  StartChoosersIn(m_document.Folder());
   UseConfiguration();
   TakeState();
 }
@@ -226,6 +228,7 @@ bool CMainWindow::SaveTo(const CString& path) {
   }
   m_settings.AddRecent(m_document.Path());
   m_messages.Log().MoveTo(m_document.Path());
+  StartChoosersIn(m_document.Folder());
   ShowState();
   ShowLost();
   return true;

@@ -144,6 +144,28 @@ TEST_F(Desktop, ADocumentIsSavedInEitherFormAndAFaultChangesNothing) {
   }
 }
 
+TEST_F(Desktop, ARelativeLogFolderBelongsToTheFolderOfTheFile) {
+  ASSERT_TRUE(std::filesystem::create_directory((m_dir / "plant").Std()));
+  CDocument document;
+  document.New();
+  CConfiguration edited;
+  edited.m_outputs.m_outputs.AddTail(new COutputConfig);
+  edited.m_outputs.m_outputs.GetHead()->m_directory = "logs";
+  document.Take(edited);
+  const auto folder = [](const CConfiguration& configuration) {
+    return configuration.m_outputs.m_outputs.GetHead()->m_directory;
+  };
+  EXPECT_EQ(folder(document.Stored()), "logs");
+  EXPECT_EQ(folder(document.ForRun()), m_dir / "logs");
+  ASSERT_EQ(document.Save("plant/p.json"), "");
+  EXPECT_EQ(document.Folder(), m_dir / "plant");
+  EXPECT_EQ(folder(document.Configuration()), m_dir / "plant/logs");
+  EXPECT_FALSE(document.IsChanged());
+  CDocument again;
+  ASSERT_EQ(again.Open(m_dir / "plant/p.json"), "");
+  EXPECT_EQ(folder(again.Stored()), m_dir / "plant/logs");
+}
+
 TEST_F(Desktop, SettingsKeepTheNewestFilesOnceAndNoBadPlace) {
   CSettings settings;
   for (const char* path : {"a", "b", "c", "d", "e", "f", "g", "h", "i", "c"}) settings.AddRecent(path);
@@ -349,6 +371,7 @@ TEST_F(Desktop, ANewDocumentIsNamedWhenItIsSaved) {
   ActionOf(window, "Save")->trigger();
   EXPECT_EQ(window.chooser.file.defaultExtension, "json");
   EXPECT_EQ(Title(window), (m_dir / "mine.json[*] - Vastra").Std());
+  EXPECT_EQ(window.chooser.start, m_dir.Path());
   EXPECT_FALSE(window.isWindowModified());
   EXPECT_NE(ReadBytes(m_dir / "mine.json").find("\"version\": 1003"), std::string::npos);
 

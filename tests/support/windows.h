@@ -56,9 +56,11 @@ class CTestChooser : public CChooser {
     return !path.IsEmpty();
   }
   int ChooseColour(COLORREF& chosen) override { return (chosen = colour) != 0; }
+  void StartIn(const CString& begin) override { start = begin; }
 
   CFileQuestion file;  // the last question
   CString folder;      // where the last search for a folder began
+  CString start;       // where a search for files begins
   CString path;
   CStringArray paths;
   COLORREF colour = 0;

@@ -75,5 +75,22 @@ TEST(Choosers, SeveralFilesKeepTheOrderOfTheChoiceAndTheFolderIsRemembered) {
   }
 }
 
+TEST(Choosers, AConfigurationBringsItsFolder) {
+  const CWindows real;
+  const CTempDir dir;
+  std::filesystem::create_directories((dir / "logs").Std());
+  StartChoosersIn(dir.Path());
+  const std::pair<const char*, CString> kCases[] = {
+      {"", dir.Path()}, {"logs", dir / "logs"}, {"/", "/"}, {"", dir.Path()}};
+  for (const auto& [typed, begin] : kCases) {
+    CString folder = typed;
+    WhileModal([&] { ChooseFolder(folder); },
+               [&, expected = begin](QWidget* window) {
+                 const QDir is = qobject_cast<QFileDialog*>(window)->directory();
+                 EXPECT_EQ(is.absolutePath().toStdString(), expected.Std());
+               });
+  }
+}
+
 }  // namespace
 }  // namespace vastra

@@ -23,4 +23,8 @@ int ChooseFolder(CString& path) { return g_chooser ? g_chooser->ChooseFolder(pat
 
 int ChooseColour(COLORREF& colour) { return g_chooser ? g_chooser->ChooseColour(colour) : 0; }
 
+void StartChoosersIn(const CString& folder) {
+  if (g_chooser) g_chooser->StartIn(folder);
+}
+
 }  // namespace vastra

@@ -23,8 +23,11 @@ class VASTRA_API CChooser {
   virtual int ChooseFile(const CFileQuestion& question, CString& path) = 0;
   // The same for several files, in the chooser's order.
   virtual int ChooseFiles(const CFileQuestion& question, CStringArray& paths) = 0;
-  virtual int ChooseFolder(CString& path) = 0;     // in: the folder to begin in
+  virtual int ChooseFolder(CString& path) = 0;     // in: the folder to begin in; a relative one: see StartIn
   virtual int ChooseColour(COLORREF& colour) = 0;  // in: the present colour
+  // Files are searched in folder, an absolute path, until one is chosen elsewhere; relative paths begin
+  // there.
+  virtual void StartIn(const CString& /*folder*/) {}
 };
 
 // Installs chooser, which the caller keeps; null installs the default. Returns the previous chooser, null for
@@ -36,5 +39,6 @@ VASTRA_API int ChooseFile(const CFileQuestion& question, CString& path);
 VASTRA_API int ChooseFiles(const CFileQuestion& question, CStringArray& paths);
 VASTRA_API int ChooseFolder(CString& path);
 VASTRA_API int ChooseColour(COLORREF& colour);
+VASTRA_API void StartChoosersIn(const CString& folder);
 
 }  // namespace vastra

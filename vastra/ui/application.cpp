@@ -114,8 +114,8 @@ QStringList FiltersOf(const CString& filter) {
   return filters;
 }
 
-// A chooser starts in the folder of the last choice. The first one starts in the start folder of the program,
-// since the current directory can have changed.
+// A chooser starts in the folder of the last choice. The first one starts in the folder of StartIn, or in the
+// start folder of the program, since the current directory can have changed.
 class CDialogs : public CChooser {
  public:
   int ChooseFile(const CFileQuestion& question, CString& path) override {
@@ -134,7 +134,7 @@ class CDialogs : public CChooser {
     COverActive<QFileDialog> dialog;
     dialog->setFileMode(QFileDialog::Directory);
     dialog->setOption(QFileDialog::ShowDirsOnly);
-    dialog->setDirectory(path.IsEmpty() ? m_folder : ToScreen(path));
+    dialog->setDirectory(path.IsEmpty() ? m_folder : QDir(m_base).filePath(ToScreen(path)));
     CStringArray paths;
     if (!Take(dialog, paths)) return 0;
     path = paths[0];
@@ -148,6 +148,8 @@ class CDialogs : public CChooser {
     colour = FromColour(dialog->selectedColor());
     return 1;
   }
+
+  void StartIn(const CString& folder) override { m_folder = m_base = ToScreen(folder); }
 
  private:
   int Ask(const CFileQuestion& question, QFileDialog::FileMode mode, CStringArray& paths) {
@@ -172,6 +174,7 @@ class CDialogs : public CChooser {
   }
 
   QString m_folder = QDir::currentPath();
+  QString m_base = m_folder;  // of relative paths
 };
 
 }  // namespace
