@@ -68,7 +68,7 @@ TEST(ChartState, TheWayLeadsBackAndForward) {
   chart.Zoom(50000, 0.5, CChartState::moveWheel);
   const std::string near = RangeText(chart);
   chart.ShowRectangle({40000, 60000}, 0.25, 0.5);
-  const CValueRange fitted = FittedRange(37, 62);
+  const CAxisRange fitted = FittedRange(37, 62);
   EXPECT_LT(chart.Layout().axes[0].range.high, fitted.high);
   EXPECT_FALSE(chart.Layout().axes[0].isAutomatic);
   chart.Back();
@@ -176,7 +176,7 @@ TEST(ChartFrame, NothingRunsOutOfTheFrameAtAnySize) {
       EXPECT_LE(item.name.Right(), item.value.left + 0.001) << i;
       EXPECT_LE(item.all.Bottom(), std::max(frame.legend.Bottom(), request.height) + 0.001) << i;
     }
-    EXPECT_EQ(frame.more.width > 0, !frame.items.empty() && frame.items.size() < request.curves) << i;
+    EXPECT_EQ(frame.more.width > 0, frame.legend.height > 0 && frame.items.size() < request.curves) << i;
     if (request.width > 60 && request.height > 120) {
       EXPECT_TRUE(isInside(frame.plot, request.width, request.height)) << i;
     }

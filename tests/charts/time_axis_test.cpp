@@ -108,7 +108,7 @@ TEST(TimeAxis, SpansAreInUnitsOfPeople) {
 
 TEST(ValueAxis, TicksAreRoundAndTheirTextsTellThemApart) {
   const struct {
-    CValueRange range;
+    CAxisRange range;
     int most;
     const char* texts;
   } kCases[] = {
@@ -133,7 +133,7 @@ TEST(ValueAxis, AFittedRangeHasAllValuesAndIsNotMuchLarger) {
       {0, 100},          {-1, 1},        {5, 5},    {0, 0}, {-3, -3}, {1e30, 1.0000001e30},
       {-3.4e38, 3.4e38}, {1e-40, 2e-40}, {848, 852}};
   for (const auto& [least, greatest] : kExtremes) {
-    const CValueRange range = FittedRange(least, greatest);
+    const CAxisRange range = FittedRange(least, greatest);
     EXPECT_LE(range.low, least);
     EXPECT_GE(range.high, greatest);
     EXPECT_LT(range.low, range.high) << least;
@@ -143,9 +143,9 @@ TEST(ValueAxis, AFittedRangeHasAllValuesAndIsNotMuchLarger) {
     EXPECT_LT(ValueTicks(range, 8).size(), 10U);
   }
   EXPECT_EQ(FittedRange(0, 100).low, 0) << "an axis does not go below 0 for its padding";
-  const CValueRange odd[] = {{1, 1}, {2, -2}, {NAN, 1}, {-INFINITY, INFINITY}, {1e30, 1e30}};
-  for (const CValueRange& range : odd) {
-    const CValueRange drawn = DrawableRange(range);
+  const CAxisRange odd[] = {{1, 1}, {2, -2}, {NAN, 1}, {-INFINITY, INFINITY}, {1e30, 1e30}};
+  for (const CAxisRange& range : odd) {
+    const CAxisRange drawn = DrawableRange(range);
     EXPECT_TRUE(std::isfinite(drawn.Span()) && drawn.Span() > 0) << range.low;
   }
 }

@@ -12,7 +12,7 @@ namespace vastra {
 struct CChartAxis {
   int id = 1;  // above 0, unique in a layout
   bool isAutomatic = true;
-  CValueRange range = {};
+  CAxisRange range = {};
 
   bool operator==(const CChartAxis&) const = default;
 };

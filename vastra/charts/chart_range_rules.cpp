@@ -70,11 +70,11 @@ CMomentRange FollowedRange(const CMomentRange& range, const CMomentRange& rows) 
   return LimitedRange({to - Length(range), to});
 }
 
-CValueRange ZoomedAbout(const CValueRange& range, double value, double factor) {
+CAxisRange ZoomedAbout(const CAxisRange& range, double value, double factor) {
   return DrawableRange({value - (value - range.low) * factor, value + (range.high - value) * factor});
 }
 
-CValueRange Panned(const CValueRange& range, double by) {
+CAxisRange Panned(const CAxisRange& range, double by) {
   return DrawableRange({range.low + by, range.high + by});
 }
 

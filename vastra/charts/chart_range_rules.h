@@ -23,8 +23,8 @@ CMomentRange WholeRange(const CMomentRange& rows, const CMomentRange& range);
 // The range of the same length that ends a little after the last row.
 CMomentRange FollowedRange(const CMomentRange& range, const CMomentRange& rows);
 
-CValueRange ZoomedAbout(const CValueRange& range, double value, double factor);
-CValueRange Panned(const CValueRange& range, double by);
+CAxisRange ZoomedAbout(const CAxisRange& range, double value, double factor);
+CAxisRange Panned(const CAxisRange& range, double by);
 
 // The query for a range in a plot of so many pixels. Its steps begin at multiples of a round length, so that
 // the columns stay the same while the range moves, and it has room at both sides.

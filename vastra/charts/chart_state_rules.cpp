@@ -154,7 +154,7 @@ void CChartState::ShowRectangle(const CMomentRange& range, double low, double hi
   Leave(moveRectangle);
   m_layout.isFollowing = false;
   for (CChartAxis& axis : m_layout.axes) {
-    const CValueRange former = axis.range;
+    const CAxisRange former = axis.range;
     axis.range = DrawableRange({former.low + low * former.Span(), former.low + high * former.Span()});
     axis.isAutomatic = false;
   }
@@ -212,7 +212,7 @@ void CChartState::PanValues(int id, double part, EMove move) {
   }
 }
 
-void CChartState::SetAxisRange(int id, const CValueRange& range) {
+void CChartState::SetAxisRange(int id, const CAxisRange& range) {
   CChartAxis* axis = FindAxis(m_layout, id);
   if (!axis) return;
   Leave(moveAxis);

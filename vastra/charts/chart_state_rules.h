@@ -63,7 +63,7 @@ class VASTRA_API CChartState {
   // Values of an axis; id 0: of all axes. height: the place that stays, from 0 at the bottom to 1.
   void ZoomValues(int id, double height, double factor, EMove move);
   void PanValues(int id, double part, EMove move);  // of the height
-  void SetAxisRange(int id, const CValueRange& range);
+  void SetAxisRange(int id, const CAxisRange& range);
   void SetAutomatic(int id);
 
   // The picture. Curves are found in it by their variables.

@@ -20,7 +20,7 @@ struct CPlotPoint {
 // Where moments and values are in a plot, in pixels.
 struct CPlotScale {
   CMomentRange range = {0, 1};
-  CValueRange values = {};
+  CAxisRange values = {};
   double left = 0, top = 0, width = 1, height = 1;
 
   double X(CMoment moment) const {

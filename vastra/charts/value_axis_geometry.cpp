@@ -14,7 +14,7 @@ constexpr double kLargest = 1e300;    // of a bound
 constexpr double kLeastPart = 1e-12;  // of the span, as a part of the bounds: below it doubles have no steps
 constexpr double kLongNumber = 1e7, kShortNumber = 1e-5;  // beyond them texts have exponents
 
-double Larger(const CValueRange& range) { return std::max(std::abs(range.low), std::abs(range.high)); }
+double Larger(const CAxisRange& range) { return std::max(std::abs(range.low), std::abs(range.high)); }
 
 // The texts of ticks of step: decimals as the step has them, or an exponent for all.
 CString TickNumber(double value, double step, double largest) {
@@ -36,7 +36,7 @@ double RoundStep(double span, int most) {
   return 10 * power;
 }
 
-CValueRange DrawableRange(CValueRange range) {
+CAxisRange DrawableRange(CAxisRange range) {
   if (!std::isfinite(range.low) || !std::isfinite(range.high)) return {};
   if (range.low > range.high) std::swap(range.low, range.high);
   range.low = std::clamp(range.low, -kLargest, kLargest);
@@ -47,11 +47,11 @@ CValueRange DrawableRange(CValueRange range) {
   return {middle - least, middle + least};
 }
 
-CValueRange FittedRange(double least, double greatest) {
+CAxisRange FittedRange(double least, double greatest) {
   double padding = (greatest - least) * kPadding;
   if (padding <= std::max(std::abs(least), std::abs(greatest)) * kLeastPart)
     padding = greatest == 0 ? 1 : std::max(std::abs(greatest), std::abs(least)) * 0.1;
-  CValueRange range = {least - padding, greatest + padding};
+  CAxisRange range = {least - padding, greatest + padding};
   const double step = RoundStep(range.Span(), kFittedSteps);
   range = {std::floor(range.low / step) * step, std::ceil(range.high / step) * step};
   if (least >= 0) range.low = std::max(range.low, 0.0);
@@ -59,7 +59,7 @@ CValueRange FittedRange(double least, double greatest) {
   return DrawableRange(range);
 }
 
-std::vector<CValueTick> ValueTicks(const CValueRange& range, int most) {
+std::vector<CValueTick> ValueTicks(const CAxisRange& range, int most) {
   const double step = RoundStep(range.Span(), most);
   const double first = std::ceil(range.low / step - 1e-9), last = std::floor(range.high / step + 1e-9);
   std::vector<CValueTick> ticks;
