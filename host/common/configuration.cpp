@@ -9,6 +9,7 @@ void CConfiguration::Fields(CFieldWalk& walk) {
   walk.Object("plcWrite", m_plcWrite);
   walk.Object("smart", m_smart);
   walk.Object("trend", m_trend);
+  walk.Named("variables", m_variables);
 }
 
 void CConfiguration::Report(CFile& file) {

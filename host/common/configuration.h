@@ -2,6 +2,8 @@
 // on disk, the configuration file and JSON; configuration_file.h reads and writes both.
 #pragma once
 
+#include <map>
+
 #include "vastra/config/input_config.h"
 #include "vastra/config/output_config.h"
 #include "vastra/config/plc_write_config.h"
@@ -11,6 +13,18 @@
 #include "vastra/config/trend_config.h"
 
 namespace vastra {
+
+// What people want to know about a variable beside its values.
+struct CVariableNote {
+  CString m_unit, m_comment;
+
+  void Fields(CFieldWalk& walk) {
+    walk.Field("unit", m_unit);
+    walk.Field("comment", m_comment);
+  }
+};
+
+using CVariableNotes = std::map<CString, CVariableNote>;  // by the names of the variables
 
 class CConfiguration {
  public:
@@ -25,6 +39,7 @@ class CConfiguration {
   CPlcMultiConfig m_plcWrite;
   CSmartConfig m_smart;
   CTrendConfig m_trend;
+  CVariableNotes m_variables;  // only JSON has them
 };
 
 }  // namespace vastra

@@ -137,6 +137,7 @@ CStringArray LostInFile(CConfiguration& configuration) {
   CString words;
   words.Format(": a configuration file of version %u cannot hold it", configuration.m_version);
   CStringArray lines = DifferentKeys(configuration, loaded);
+  if (!configuration.m_variables.empty()) lines.Add("variables");  // the last key, which loaded does not have
   for (CString& line : lines) line += words;
   return lines;
 }

@@ -205,6 +205,14 @@ void CJsonReader::EnterElement() {
   Push((*list.m_node)[index], ElementPath(list.m_path, index));
 }
 
+std::vector<CString> CJsonReader::Names() {
+  const CLevel& level = m_levels.back();
+  if (level.m_node->size() > kMaxObjects) throw CJsonFault(level.m_path, kTooManyObjects);
+  std::vector<CString> names;
+  for (const auto& [key, value] : level.m_node->items()) names.emplace_back(key);
+  return names;
+}
+
 void CJsonReader::EnterList(const char* name, UINT& number, std::size_t) {
   const json* array = Find(name);
   if (!array) array = &kNoArray;

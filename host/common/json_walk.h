@@ -38,6 +38,7 @@ class CJsonReader : public CFieldWalk {
  protected:
   void Enter(const char* name) override;
   void EnterElement() override;
+  std::vector<CString> Names() override;
   void EnterList(const char* name, UINT& number, std::size_t objectBytes) override;
   void Leave() override;
 

@@ -64,6 +64,7 @@ TEST_F(ConfigurationSheet, NothingIsLostByLookingAtEachPage) {
   full.merge_patch(json::parse(R"({
 "input": {"asFastAsPossible": 1, "preprocess": 1, "preEquationText": "y = y;", "preEquations": ["y = y"]},
 "trend": {"equationText": "x = y;", "equations": ["x = y"]}, "plcWrite": {"disableWriting": 1}})"));
+  full["variables"] = {{"y", {{"unit", "bar"}, {"comment", "of the boiler"}}}};
   full["plcWrite"]["nodes"][0]["driver"]["value5"] = -5;
   json& nodes = full["input"]["plcNodes"];
   nodes[0]["driver"]["value5"] = -6;

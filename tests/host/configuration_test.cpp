@@ -50,6 +50,7 @@ TEST(ConfigurationJson, HasTheseKeysInBothDirections) {
   full["version"] = 1002;  // which cannot hold the other two
   full["plcWrite"]["disableWriting"] = 1;
   full["plcWrite"]["nodes"][0]["driver"]["value5"] = -3;
+  full["variables"] = {{"Temp", {{"unit", "K"}, {"comment", ""}}}, {"", {{"unit", ""}, {"comment", "?"}}}};
   EXPECT_EQ(json::parse(Json(Parsed(full.dump()))), full);
   EXPECT_EQ(Stored(Parsed("{}")), Stored({}));
 }
@@ -109,6 +110,9 @@ TEST(ConfigurationJson, NamesTheKeyOfAWrongValue) {
       {"input.plcNodes[0].scaler[0].scale", {"1e39", "false"}, kNeedsFloat},
       {"input.plcNodes[0].absent", {"\"Nan\"", "1"}, "must be one of \"fail\", \"nan\", \"hold\""},
       {"plcWrite.nodes[0].absent", {"\"nan\""}, "no such key"},
+      {"variables", {"[]"}, "must be an object"},
+      {"variables.Temp", {"\"K\""}, "must be an object"},
+      {"variables.Temp.units", {"\"K\""}, "no such key"},
       {"plcWrite.nodeNumber", {"1"}, "no such key"},
       {"m_input", {"{}"}, "no such key"},
       {"version", {"1004"}, "must be 1002 or 1003"},
@@ -264,12 +268,14 @@ TEST(ConfigurationFile, ReportsWhichSettingsItLoses) {
   full.m_outputs.m_outputs.GetHead()->m_retention.keepDays = 1;
   full.m_summaries.m_summaries.GetHead()->m_retention = {0, 1, 2};
   full.m_input.m_preEquationText = "\xFF";
+  full.m_variables["Temp"].m_unit = "\xC2\xB0" "C";
   const CString kNewest = ": a configuration file of version 1003 cannot hold it";
   EXPECT_EQ(LostInFile(full),
             Names({"input.plcNodes[0].aliveVar" + kNewest, "input.plcNodes[1].driver.value5" + kNewest,
                    "input.plcNodes[1].absent" + kNewest, "outputs[0].keepDays" + kNewest,
                    "summaries[0].keepBytes" + kNewest, "summaries[0].minFree" + kNewest,
-                   "plcWrite.nodes[0].driver.value5" + kNewest, "plcWrite.disableWriting" + kNewest}));
+                   "plcWrite.nodes[0].driver.value5" + kNewest, "plcWrite.disableWriting" + kNewest,
+                   "variables" + kNewest}));
   CConfiguration old = Parsed(R"({"version": 1002, "outputs": [{}, {"nameVariable": "k", "dwordName": 5,
 "usePrefix": 6, "prefix": "p"}]})");
   const CString kOld = ": a configuration file of version 1002 cannot hold it";

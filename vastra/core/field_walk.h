@@ -11,7 +11,9 @@
 // loaded.
 #pragma once
 
+#include <map>
 #include <span>
+#include <vector>
 
 #include "vastra/platform/archive.h"
 
@@ -69,6 +71,10 @@ class VASTRA_API CFieldWalk {
   template <class T>
   void TailFirst(const char* name, COwnedList<T>& objects, UINT number);
   virtual void Number(UINT& number) = 0;  // of objects; only a stream has it
+  // Objects by their names, which only a named form has: a stream neither stores nor changes them. None: the
+  // form does not have the field.
+  template <class T>
+  void Named(const char* name, std::map<CString, T>& objects);
 
  protected:
   CFieldWalk(Form form, bool loading, UINT version) : m_form(form), m_loading(loading), m_version(version) {}
@@ -76,6 +82,7 @@ class VASTRA_API CFieldWalk {
   // Called before the fields of an object, which is the field name or the next element of the open list.
   virtual void Enter(const char*) {}
   virtual void EnterElement() {}
+  virtual std::vector<CString> Names() { return {}; }  // of the fields of the entered object; loading
   // Called before the elements of a list. Loading from a named form sets number; loading from a stream checks
   // that its rest can contain number objects of at least objectBytes.
   virtual void EnterList(const char* name, UINT& number, std::size_t objectBytes) = 0;
@@ -175,6 +182,18 @@ void CFieldWalk::TailFirst(const char* name, COwnedList<T>& objects, UINT number
   if (IsLoading()) objects.Renew(number);
   POSITION pos = IsStream() ? objects.GetTailPosition() : objects.GetHeadPosition();
   while (pos) Element(IsStream() ? *objects.GetPrev(pos) : *objects.GetNext(pos));
+  Leave();
+}
+
+template <class T>
+void CFieldWalk::Named(const char* name, std::map<CString, T>& objects) {
+  if (IsStream() || (!IsLoading() && objects.empty())) return;
+  Enter(name);
+  if (IsLoading()) {
+    objects.clear();
+    for (CString& key : Names()) objects[std::move(key)];
+  }
+  for (auto& [key, object] : objects) Object(key, object);
   Leave();
 }
 
