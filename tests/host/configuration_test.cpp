@@ -268,7 +268,9 @@ TEST(ConfigurationFile, ReportsWhichSettingsItLoses) {
   full.m_outputs.m_outputs.GetHead()->m_retention.keepDays = 1;
   full.m_summaries.m_summaries.GetHead()->m_retention = {0, 1, 2};
   full.m_input.m_preEquationText = "\xFF";
-  full.m_variables["Temp"].m_unit = "\xC2\xB0" "C";
+  full.m_variables["Temp"].m_unit =
+      "\xC2\xB0"
+      "C";
   const CString kNewest = ": a configuration file of version 1003 cannot hold it";
   EXPECT_EQ(LostInFile(full),
             Names({"input.plcNodes[0].aliveVar" + kNewest, "input.plcNodes[1].driver.value5" + kNewest,
