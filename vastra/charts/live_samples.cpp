@@ -21,7 +21,7 @@ void CLiveSamples::Begin(std::vector<CString> names) {
   const std::lock_guard lock(m_mutex);
   m_names = std::move(shared);
   ++m_generation;
-  m_first = m_end = 0;
+  m_first = m_end = m_backSteps = 0;
   m_width = width;
   m_inBlock = inBlock;
   m_capacity = inBlock * kBlocks;
@@ -44,6 +44,7 @@ void CLiveSamples::Add(const _timeb& time, const float* values, std::size_t coun
   if (m_end - m_first == m_capacity) DropBlock();
   CMoment& latest = m_latest[m_end / m_inBlock % kBlocks];
   latest = m_end % m_inBlock == 0 ? moment : std::max(latest, moment);
+  if (m_first < m_end && moment < m_moments[(m_end - 1) % m_capacity]) ++m_backSteps;
   m_moments[m_end % m_capacity] = moment;
   float* to = Place(m_end);
   const std::size_t copied = std::min(count, m_width);
@@ -52,17 +53,39 @@ void CLiveSamples::Add(const _timeb& time, const float* values, std::size_t coun
   ++m_end;
 }
 
+CMoment CLiveSamples::LatestMoment() const {
+  if (m_backSteps == 0) return m_moments[(m_end - 1) % m_capacity];
+  CMoment latest = kFirstMoment;
+  for (std::uint64_t i = m_first; i < m_end; i += m_inBlock)
+    latest = std::max(latest, m_latest[i / m_inBlock % kBlocks]);
+  return latest;
+}
+
 CLiveHead CLiveSamples::Head() const {
   const std::lock_guard lock(m_mutex);
   CLiveHead head{m_names, m_generation, m_first, m_end};
   if (m_first == m_end) return head;
   head.firstMoment = m_moments[m_first % m_capacity];
-  head.lastMoment = m_moments[(m_end - 1) % m_capacity];
+  head.lastMoment = LatestMoment();
+  head.backSteps = m_backSteps;
   head.since = head.steadySince = m_hasDropped ? m_latestDropped + 1 : head.firstMoment;
   if (!m_hasDropped && m_end - m_first < m_capacity / 2) return head;
   for (std::size_t i = 0; i < kReserve; ++i)
     head.steadySince = std::max(head.steadySince, m_latest[(m_first / m_inBlock + i) % kBlocks] + 1);
   return head;
+}
+
+std::uint64_t CLiveSamples::Find(CMoment moment) const {
+  const std::lock_guard lock(m_mutex);
+  std::uint64_t from = m_first, to = m_backSteps ? m_first : m_end;
+  while (from < to) {
+    const std::uint64_t middle = from + (to - from) / 2;
+    if (m_moments[middle % m_capacity] < moment)
+      from = middle + 1;
+    else
+      to = middle;
+  }
+  return from;
 }
 
 bool CLiveSamples::Read(std::uint64_t generation, std::uint64_t first, CLivePiece& piece) const {

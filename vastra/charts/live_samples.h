@@ -17,10 +17,11 @@ namespace vastra {
 
 // What the ring has.
 struct CLiveHead {
-  CSharedNames names;                // null before Begin
-  std::uint64_t generation = 0;      // counts the calls of Begin
-  std::uint64_t first = 0, end = 0;  // numbers of the samples that are there, from 0 since Begin
-  CMoment firstMoment = 0, lastMoment = 0;
+  CSharedNames names;                       // null before Begin
+  std::uint64_t generation = 0;             // counts the calls of Begin
+  std::uint64_t first = 0, end = 0;         // numbers of the samples that are there, from 0 since Begin
+  CMoment firstMoment = 0, lastMoment = 0;  // of the first sample, and the latest of all
+  std::uint64_t backSteps = 0;              // how often the clock went back since Begin
   // All samples from this moment on are there. Earlier ones can be missing, also if the clock went back.
   CMoment since = 0;
   // The same with an eighth of the ring in reserve: it holds until that many samples more have been added.
@@ -48,6 +49,9 @@ class VASTRA_API CLiveSamples {
 
   // From any thread.
   CLiveHead Head() const;
+  // The number of the first sample whose moment is not before moment; that of the first sample at all if the
+  // clock went back.
+  std::uint64_t Find(CMoment moment) const;
   // Copies samples from number first on, at least one and about 64 KB, if they are there: false if the ring
   // has none there (any more), or has begun anew.
   bool Read(std::uint64_t generation, std::uint64_t first, CLivePiece& piece) const;
@@ -58,11 +62,12 @@ class VASTRA_API CLiveSamples {
 
   float* Place(std::uint64_t number) const { return &m_values[(number % m_capacity) * m_width]; }
   void DropBlock();
+  CMoment LatestMoment() const;
 
   const std::size_t m_bytes;
   mutable std::mutex m_mutex;  // of all below
   CSharedNames m_names;
-  std::uint64_t m_generation = 0, m_first = 0, m_end = 0;
+  std::uint64_t m_generation = 0, m_first = 0, m_end = 0, m_backSteps = 0;
   std::size_t m_width = 0;
   std::uint64_t m_capacity = 0, m_inBlock = 0;  // samples; the capacity is a multiple
   std::unique_ptr<float[]> m_values;

@@ -22,6 +22,7 @@ struct CMomentRange {
   CMoment from = kFirstMoment;
   CMoment to = kEndMoment;
 
+  bool operator==(const CMomentRange&) const = default;
   bool Has(CMoment moment) const { return moment >= from && moment < to; }
 };
 

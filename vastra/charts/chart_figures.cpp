@@ -1,0 +1,145 @@
+#include "vastra/charts/chart_figures.h"
+
+#include <cmath>
+#include <limits>
+
+#include "vastra/charts/chart_row_reader.h"
+#include "vastra/history/buckets.h"
+#include "vastra/history/csv_table.h"
+#include "vastra/platform/save_file.h"
+
+namespace vastra {
+namespace {
+
+constexpr std::uint64_t kPartsBetweenLooks = 256;  // of the range
+constexpr std::uint64_t kRowsBetweenLooks = 256;
+
+std::vector<CString> EachOnce(const std::vector<CString>& variables) {
+  std::vector<CString> once;
+  for (const CString& variable : variables)
+    if (std::find(once.begin(), once.end(), variable) == once.end()) once.push_back(variable);
+  return once;
+}
+
+// Calls work with each group of the variables that share a timeline, and with their names.
+using CGroupWork = std::function<void(const CTimeline&, const std::vector<CString>&)>;
+void ForGroups(const CChartRows& rows, const std::vector<CString>& variables, const CGroupWork& work) {
+  const std::vector<CString> once = EachOnce(variables);
+  for (const CVariableGroup& group : rows.GroupsOf(once)) {
+    std::vector<CString> names;
+    for (const std::size_t place : group.places) names.push_back(once[place]);
+    work(*group.timeline, names);
+  }
+}
+
+void AddLogged(const CChartRows& rows, const CMomentRange& range, const std::vector<CString>& names,
+               std::vector<CBucket>& buckets, const std::function<bool()>& isStopped) {
+  if (range.from >= range.to) return;
+  CBucketReader reader(rows.Logs(), {.range = range, .parts = kPartsBetweenLooks, .variables = names});
+  CBucketPart part;
+  while (!isStopped() && reader.Next(part))
+    for (std::size_t i = 0; i < names.size(); ++i) buckets[i].Add(part.buckets[i]);
+}
+
+void AddLive(const CChartRows& rows, const CMomentRange& range, const std::vector<CString>& names,
+             std::vector<CBucket>& buckets) {
+  const std::vector<std::int32_t> places = PlacesInRing(rows, names);
+  CLiveRows live(rows, range);
+  while (live.Next())
+    for (std::size_t i = 0; i < names.size(); ++i)
+      buckets[i].Add(reinterpret_cast<const char*>(live.Values() + places[i]), 0, 1);
+}
+
+// The name of each column: those after a column of the same name, and a variable called "time", get a number.
+std::vector<CString> ColumnsOf(const std::vector<CString>& variables) {
+  std::vector<CString> taken = {"time"}, columns;
+  for (const CString& variable : variables) {
+    CString column = variable;
+    for (int i = 2; std::find(taken.begin(), taken.end(), column) != taken.end(); ++i)
+      column = variable + "_" + CString(std::to_string(i));
+    taken.push_back(column);
+    columns.push_back(column);
+  }
+  return columns;
+}
+
+struct CExportEnded {};
+
+void FillTable(CRowTable& table, const CChartRows& rows, const CMomentRange& range,
+               const std::vector<CString>& variables, const std::function<bool(double)>& watch) {
+  CChartRowReader reader(rows, range, variables);
+  table.Begin(ColumnsOf(variables));
+  for (std::uint64_t i = 0; reader.Next(); ++i) {
+    if (i % kRowsBetweenLooks == 0 && !watch(reader.Progress())) throw CExportEnded();
+    table.Add(reader.Moment(), std::span<const std::optional<float>>(reader.Cells()));
+  }
+  if (!reader.Faults().empty()) throw CHistoryFault(reader.Faults().front());
+  table.End();
+}
+
+bool HasFile(const std::vector<CHistoryLog>& logs, const CString& path) {
+  CFileStatus status;
+  if (!FileLayer().Stat(path, status) || status.type == EFileType::folder) return false;
+  return std::any_of(logs.begin(), logs.end(), [&](const CHistoryLog& log) {
+    return log.path == path ||
+           (log.status.inode && log.status.device == status.device && log.status.inode == status.inode);
+  });
+}
+
+}  // namespace
+
+std::vector<CCurveStatistics> StatisticsOf(const CChartRows& rows, const CMomentRange& range,
+                                           const std::vector<CString>& variables,
+                                           const std::function<bool()>& isStopped) {
+  std::map<CString, CBucket> found;
+  ForGroups(rows, variables, [&](const CTimeline& timeline, const std::vector<CString>& names) {
+    std::vector<CBucket> buckets(names.size());
+    AddLogged(rows, {range.from, std::min(range.to, timeline.since)}, names, buckets, isStopped);
+    if (timeline.isLive) AddLive(rows, {std::max(range.from, timeline.since), range.to}, names, buckets);
+    for (std::size_t i = 0; i < names.size(); ++i) found[names[i]] = buckets[i];
+  });
+  std::vector<CCurveStatistics> statistics;
+  for (const CString& variable : variables) {
+    const CBucket& bucket = found[variable];
+    statistics.push_back({bucket.values, bucket.least, bucket.greatest, bucket.Mean()});
+  }
+  return statistics;
+}
+
+std::vector<float> ValuesAt(const CChartRows& rows, CMoment moment, const std::vector<CString>& variables,
+                            const std::function<bool()>& isStopped) {
+  std::map<CString, float> found;
+  ForGroups(rows, variables, [&](const CTimeline& timeline, const std::vector<CString>& names) {
+    const CMoment first = moment - rows.LongestStep(timeline, moment, rows.Head());
+    CChartRowReader reader(rows, {first, moment + 1}, names);
+    while (reader.Next() && !isStopped())
+      for (std::size_t i = 0; i < names.size(); ++i)
+        if (reader.Cells()[i]) found[names[i]] = *reader.Cells()[i];
+  });
+  std::vector<float> values;
+  for (const CString& variable : variables) {
+    const auto value = found.find(variable);
+    values.push_back(value == found.end() ? std::numeric_limits<float>::quiet_NaN() : value->second);
+  }
+  return values;
+}
+
+CString ExportRowsTo(const CString& path, const CChartRows& rows, const CMomentRange& range,
+                     const std::vector<CString>& variables, const std::function<bool(double)>& watch) {
+  if (HasFile(rows.Logs(), path)) return path + ": not written: it is one of the logs";
+  try {
+    SaveFile(path, [&](CFile& file) {
+      CCsvTable table(file, ETimeForm::local);
+      FillTable(table, rows, range, EachOnce(variables), watch);
+    });
+    return {};
+  } catch (const CFileException& fault) {
+    return path + ": " + fault.Text();
+  } catch (const CHistoryFault& fault) {
+    return path + ": not written: " + fault.path + ": " + fault.fault;
+  } catch (const CExportEnded&) {
+    return path + ": not written: the export was cancelled";
+  }
+}
+
+}  // namespace vastra

@@ -1,0 +1,23 @@
+// Exact figures of a chart: statistics of a range, values at a moment, and rows as CSV.
+#pragma once
+
+#include <functional>
+
+#include "vastra/charts/chart_data.h"
+#include "vastra/charts/chart_rows.h"
+
+namespace vastra {
+
+// isStopped ends the work: then the result is not complete.
+std::vector<CCurveStatistics> StatisticsOf(const CChartRows& rows, const CMomentRange& range,
+                                           const std::vector<CString>& variables,
+                                           const std::function<bool()>& isStopped);
+std::vector<float> ValuesAt(const CChartRows& rows, CMoment moment, const std::vector<CString>& variables,
+                            const std::function<bool()>& isStopped);
+
+// Writes the rows of range as CSV to the file at path, which appears whole or not at all. watch gets the part
+// that is written; false from it ends the export. Returns an error message, empty if the file was written.
+CString ExportRowsTo(const CString& path, const CChartRows& rows, const CMomentRange& range,
+                     const std::vector<CString>& variables, const std::function<bool(double)>& watch);
+
+}  // namespace vastra

@@ -1,0 +1,314 @@
+#include "vastra/charts/chart_reader.h"
+
+namespace vastra {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kLivePeriod = 100ms;     // of looks at the ring
+constexpr auto kRescanPeriod = 5s;      // of looks at the folders, with a ring
+constexpr auto kFirstPublish = 10ms;    // after the query, unless the picture is final before
+constexpr auto kPublishPeriod = 100ms;  // while it is read
+
+std::vector<CHistoryFault> FaultsOf(const std::vector<CHistoryLog>& logs) {
+  std::vector<CHistoryFault> faults;
+  for (const CHistoryLog& log : logs)
+    if (!log.fault.IsEmpty()) faults.push_back({log.path, log.fault});
+  return faults;
+}
+
+}  // namespace
+
+CChartReader::CChartReader(std::function<void()> onChange) : m_onChange(std::move(onChange)) {
+  m_thread = std::thread([this] { Run(); });
+}
+
+CChartReader::~CChartReader() {
+  {
+    const std::lock_guard lock(m_mutex);
+    m_isEnding = true;
+  }
+  m_wake.notify_one();
+  m_thread.join();
+}
+
+void CChartReader::Change() {
+  const std::lock_guard lock(m_changeMutex);
+  if (m_onChange) m_onChange();
+}
+
+void CChartReader::SetSources(CChartSources sources) {
+  const std::lock_guard lock(m_mutex);
+  m_sources = std::move(sources);
+  ++m_sourceNumber;
+  m_isScanned = false;
+  m_wake.notify_one();
+}
+
+void CChartReader::Rescan() {
+  const std::lock_guard lock(m_mutex);
+  m_isRescanWanted = true;
+  m_wake.notify_one();
+}
+
+std::vector<CHistoryFault> CChartReader::Faults() const {
+  const std::lock_guard lock(m_mutex);
+  return m_faults;
+}
+
+bool CChartReader::IsScanned() const {
+  const std::lock_guard lock(m_mutex);
+  return m_isScanned;
+}
+
+std::shared_ptr<const CChartRows> CChartReader::Rows() const {
+  const std::lock_guard lock(m_mutex);
+  return m_rows;
+}
+
+void CChartReader::Ask(CChartQuery query) {
+  const std::lock_guard lock(m_mutex);
+  m_query = std::move(query);
+  ++m_askNumber;
+  m_wake.notify_one();
+}
+
+CChartPicture CChartReader::Picture() const {
+  const std::lock_guard lock(m_mutex);
+  return m_picture;
+}
+
+void CChartReader::Run() {
+  for (;;) {
+    Wait();
+    {
+      const std::lock_guard lock(m_mutex);
+      if (m_isEnding) return;
+    }
+    if (IsScanDue()) Scan();
+    const bool hasNew = HasNewSamples();
+    Draw();
+    if (hasNew) Change();
+  }
+}
+
+// Until there is something to do; with a ring not longer than its period.
+void CChartReader::Wait() {
+  std::unique_lock lock(m_mutex);
+  const auto hasWork = [this] {
+    return m_isEnding || m_isRescanWanted || m_readSources != m_sourceNumber ||
+           (m_isScanned && m_answered != m_askNumber);
+  };
+  if (m_live)
+    m_wake.wait_for(lock, kLivePeriod, hasWork);
+  else
+    m_wake.wait(lock, hasWork);
+}
+
+bool CChartReader::IsScanDue() const {
+  const std::lock_guard lock(m_mutex);
+  if (m_isRescanWanted || m_readSources != m_sourceNumber) return true;
+  return m_live && (!m_rows->IsComplete() || std::chrono::steady_clock::now() - m_scanned > kRescanPeriod);
+}
+
+void CChartReader::Scan() {
+  CChartSources sources;
+  {
+    const std::lock_guard lock(m_mutex);
+    m_isRescanWanted = false;
+    if (m_readSources != m_sourceNumber) {
+      sources = m_sources;
+      m_catalogue.reset();
+    }
+    m_readSources = m_sourceNumber;
+  }
+  if (!m_catalogue) {
+    m_catalogue = std::make_unique<CCatalogue>();
+    for (const CChartPath& path : sources.paths) m_catalogue->Add(path.path, path.isRecursive);
+    m_live = sources.live;
+    m_tiles.Clear();
+  }
+  // The head before the logs: a sample that is too old for it is in them.
+  const CLiveHead head = m_live ? m_live->Head() : CLiveHead();
+  m_catalogue->Scan();
+  m_scanned = std::chrono::steady_clock::now();
+  TakeLogs(head);
+}
+
+void CChartReader::TakeLogs(const CLiveHead& head) {
+  const std::shared_ptr<const CChartRows> before = Rows();
+  auto now = std::make_shared<const CChartRows>(m_catalogue->Logs(), m_live, head);
+  const std::vector<CMomentRange> changed = ChangedRanges(before->Logs(), now->Logs());
+  const bool isSameRing = before->Live() == now->Live() && before->Generation() == now->Generation() &&
+                          (before->Since() == kEndMoment) == (now->Since() == kEndMoment);
+  if (!isSameRing) m_tiles.Clear();
+  const auto since = [&](const CString& variable) { return now->TimelineOf(variable).since; };
+  for (const CMomentRange& range : changed) m_tiles.Drop(range, since);
+  bool isNew;
+  {
+    const std::lock_guard lock(m_mutex);
+    isNew = !m_isScanned || !changed.empty() || !isSameRing;
+    m_rows = std::move(now);
+    m_isScanned = m_readSources == m_sourceNumber;
+    m_faults = FaultsOf(m_rows->Logs());
+    if (isNew) m_answered = m_askNumber - 1;
+  }
+  if (!isNew) return;
+  StartStatistics();
+  StartValues();
+  Change();
+}
+
+// Whether the ring has got samples since the last call. Then the picture is not the newest one.
+bool CChartReader::HasNewSamples() {
+  const CLiveHead head = m_rows->Head();
+  if (head.generation == m_seen.generation && head.end == m_seen.end) return false;
+  // Of a clock that went back, samples belong between those that were read.
+  if (head.backSteps != m_seen.backSteps) m_tiles.Clear();
+  m_seen = head;
+  const std::lock_guard lock(m_mutex);
+  m_answered = m_askNumber - 1;
+  return true;
+}
+
+// A query near to the one that is being read waits, so that a range that moves all the time is read, too.
+bool CChartReader::IsSuperseded(const CChartQuery& query) const {
+  const std::lock_guard lock(m_mutex);
+  if (m_isEnding || m_readSources != m_sourceNumber) return true;
+  if (m_answered == m_askNumber) return false;
+  const CMoment overlap =
+      std::min(query.range.to, m_query.range.to) - std::max(query.range.from, m_query.range.from);
+  return m_query.variables != query.variables || 2 * overlap < query.range.to - query.range.from ||
+         LevelOf(m_query.range, m_query.columns) != LevelOf(query.range, query.columns);
+}
+
+void CChartReader::Draw() {
+  CChartQuery query;
+  {
+    const std::lock_guard lock(m_mutex);
+    if (m_answered == m_askNumber || !m_isScanned) return;
+    m_answered = m_askNumber;
+    query = m_query;
+  }
+  CPictureMaker maker(*m_rows, m_tiles, query);
+  m_published = std::chrono::steady_clock::now() + kFirstPublish - kPublishPeriod;
+  const bool isRead = maker.Read([&](double progress) {
+    if (IsSuperseded(query)) return false;
+    if (std::chrono::steady_clock::now() - m_published >= kPublishPeriod) Publish(false, progress);
+    return true;
+  });
+  if (!maker.Faults().empty()) {
+    const std::lock_guard lock(m_mutex);
+    m_faults.insert(m_faults.end(), maker.Faults().begin(), maker.Faults().end());
+  }
+  if (!isRead) return;
+  CChartPicture picture = maker.Make();
+  picture.isFinal = true;
+  picture.progress = 1;
+  {
+    const std::lock_guard lock(m_mutex);
+    m_picture = std::move(picture);
+  }
+  Change();
+}
+
+// What is known of the newest query.
+void CChartReader::Publish(bool isFinal, double progress) {
+  CChartQuery query;
+  {
+    const std::lock_guard lock(m_mutex);
+    query = m_query;
+  }
+  CChartPicture picture = CPictureMaker(*m_rows, m_tiles, query).Make();
+  picture.isFinal = isFinal;
+  picture.progress = progress;
+  {
+    const std::lock_guard lock(m_mutex);
+    m_picture = std::move(picture);
+  }
+  m_published = std::chrono::steady_clock::now();
+  Change();
+}
+
+void CChartReader::AskStatistics(const CMomentRange& range, std::vector<CString> variables) {
+  {
+    const std::lock_guard lock(m_mutex);
+    m_statisticsOrder = {range, std::move(variables)};
+    m_statistics.clear();
+  }
+  StartStatistics();
+}
+
+std::vector<CCurveStatistics> CChartReader::Statistics() const {
+  const std::lock_guard lock(m_mutex);
+  return m_statistics;
+}
+
+void CChartReader::StartStatistics() {
+  const std::lock_guard lock(m_mutex);
+  if (!m_statisticsOrder || !m_isScanned) return;
+  m_statisticsJob.Start([this, rows = m_rows, order = *m_statisticsOrder](const auto& isStopped) {
+    std::vector<CCurveStatistics> found = StatisticsOf(*rows, order.range, order.variables, isStopped);
+    {
+      const std::lock_guard result(m_mutex);
+      if (isStopped()) return;
+      m_statistics = std::move(found);
+    }
+    Change();
+  });
+}
+
+void CChartReader::AskValues(CMoment moment, std::vector<CString> variables) {
+  {
+    const std::lock_guard lock(m_mutex);
+    m_valuesOrder = {{moment, moment + 1}, std::move(variables)};
+    m_values.clear();
+  }
+  StartValues();
+}
+
+std::vector<float> CChartReader::Values() const {
+  const std::lock_guard lock(m_mutex);
+  return m_values;
+}
+
+void CChartReader::StartValues() {
+  const std::lock_guard lock(m_mutex);
+  if (!m_valuesOrder || !m_isScanned) return;
+  m_valuesJob.Start([this, rows = m_rows, order = *m_valuesOrder](const auto& isStopped) {
+    std::vector<float> found = ValuesAt(*rows, order.range.from, order.variables, isStopped);
+    {
+      const std::lock_guard result(m_mutex);
+      if (isStopped()) return;
+      m_values = std::move(found);
+    }
+    Change();
+  });
+}
+
+void CChartReader::Export(const CString& path, const CMomentRange& range, std::vector<CString> variables) {
+  const std::lock_guard lock(m_mutex);
+  m_exportState = {true, 0, {}};
+  m_exportJob.Start(
+      [this, rows = m_rows, path, range, variables = std::move(variables)](const auto& isStopped) {
+        const CString fault = ExportRowsTo(path, *rows, range, variables, [&](double progress) {
+          const std::lock_guard state(m_mutex);
+          m_exportState.progress = progress;
+          return !isStopped();
+        });
+        {
+          const std::lock_guard state(m_mutex);
+          m_exportState = {false, fault.IsEmpty() ? 1.0 : 0.0, fault};
+        }
+        Change();
+      });
+}
+
+CChartData::CExportState CChartReader::ExportState() const {
+  const std::lock_guard lock(m_mutex);
+  return m_exportState;
+}
+
+void CChartReader::CancelExport() { m_exportJob.Stop(); }
+
+}  // namespace vastra

@@ -1,0 +1,88 @@
+// CChartReader: the threads of CChartData. One scans the sources and reads pictures; figures and exports have
+// their own, because they can take long.
+#pragma once
+
+#include <chrono>
+
+#include "vastra/charts/chart_figures.h"
+#include "vastra/charts/latest_job.h"
+#include "vastra/charts/picture_maker.h"
+
+namespace vastra {
+
+class CChartReader {
+ public:
+  using Time = std::chrono::steady_clock::time_point;
+
+  explicit CChartReader(std::function<void()> onChange);
+  ~CChartReader();
+
+  // As CChartData has them.
+  void SetSources(CChartSources sources);
+  void Rescan();
+  std::vector<CHistoryFault> Faults() const;
+  bool IsScanned() const;
+  void Ask(CChartQuery query);
+  CChartPicture Picture() const;
+  void AskStatistics(const CMomentRange& range, std::vector<CString> variables);
+  std::vector<CCurveStatistics> Statistics() const;
+  void AskValues(CMoment moment, std::vector<CString> variables);
+  std::vector<float> Values() const;
+  void Export(const CString& path, const CMomentRange& range, std::vector<CString> variables);
+  CChartData::CExportState ExportState() const;
+  void CancelExport();
+
+  // Of the last scan, and never null.
+  std::shared_ptr<const CChartRows> Rows() const;
+
+ private:
+  struct CRangeOrder {
+    CMomentRange range;
+    std::vector<CString> variables;
+  };
+
+  void Run();
+  void Wait();
+  void Scan();
+  void TakeLogs(const CLiveHead& head);
+  bool IsScanDue() const;
+  void Draw();
+  bool IsSuperseded(const CChartQuery& query) const;
+  void Publish(bool isFinal, double progress);
+  bool HasNewSamples();
+  void Change();
+  void StartStatistics();
+  void StartValues();
+
+  const std::function<void()> m_onChange;
+  std::mutex m_changeMutex;  // one call at a time
+
+  mutable std::mutex m_mutex;  // of what follows
+  std::condition_variable m_wake;
+  bool m_isEnding = false, m_isRescanWanted = false;
+  std::uint64_t m_sourceNumber = 0;  // counts the calls of SetSources
+  CChartSources m_sources;
+  std::uint64_t m_askNumber = 0;  // counts those of Ask
+  CChartQuery m_query;
+  std::shared_ptr<const CChartRows> m_rows = std::make_shared<const CChartRows>();
+  bool m_isScanned = false;
+  std::vector<CHistoryFault> m_faults;
+  CChartPicture m_picture;
+  std::optional<CRangeOrder> m_statisticsOrder, m_valuesOrder;  // of the latter only range.from counts
+  std::vector<CCurveStatistics> m_statistics;
+  std::vector<float> m_values;
+  CChartData::CExportState m_exportState;
+
+  // Of the thread that reads pictures.
+  std::unique_ptr<CCatalogue> m_catalogue;
+  std::shared_ptr<const CLiveSamples> m_live;
+  CChartTiles m_tiles;
+  std::uint64_t m_readSources = 0, m_answered = 0;  // numbers
+  CLiveHead m_seen;                                 // the head of the ring
+  Time m_scanned, m_published;
+
+  CLatestJob m_statisticsJob, m_valuesJob, m_exportJob;
+  std::thread m_thread;
+};
+
+}  // namespace vastra

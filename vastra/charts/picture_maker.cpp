@@ -1,0 +1,218 @@
+#include "vastra/charts/picture_maker.h"
+
+namespace vastra {
+namespace {
+
+constexpr int kFinerLevels = 3;  // of which a tile is made rather than read
+constexpr int kMostBeside = 4;   // tiles beside the range that are looked at for the step there
+
+// Appends steps to a curve, those of one column as one.
+void AppendSteps(CCurveSteps& curve, const CCurveStep* from, const CCurveStep* to, int level,
+                 const CJoin& join) {
+  for (const CCurveStep* step = from; step < to; ++step) {
+    const std::size_t before = curve.size();
+    AppendToColumn(curve, *step, level);
+    if (step == from && before > 0 && curve.size() > before)
+      curve.back().isJoined = join(curve[before - 1], *step);
+  }
+}
+
+// Leaves the last step before range, those in it, and the first one after it.
+void CutTo(const CMomentRange& range, CCurveSteps& curve) {
+  auto first = std::partition_point(curve.begin(), curve.end(),
+                                    [&](const CCurveStep& step) { return step.to < range.from; });
+  if (first != curve.begin()) --first;
+  auto end =
+      std::partition_point(first, curve.end(), [&](const CCurveStep& step) { return step.from < range.to; });
+  if (end != curve.end()) ++end;
+  curve.erase(end, curve.end());
+  curve.erase(curve.begin(), first);
+}
+
+}  // namespace
+
+CPictureMaker::CPictureMaker(const CChartRows& rows, CChartTiles& tiles, const CChartQuery& query)
+    : m_rows(rows),
+      m_tiles(tiles),
+      m_query(query),
+      m_level(LevelOf(query.range, query.columns)),
+      m_head(rows.Head()),
+      m_there(rows.Range()) {
+  std::size_t count = 0;
+  for (const CVariableGroup& group : rows.GroupsOf(query.variables)) {
+    m_covers.push_back(CoverOf(group));
+    count += group.places.size() * m_covers.back().parts.size();
+  }
+  m_tiles.SetNeed(count);
+}
+
+CPictureMaker::CPart CPictureMaker::PartAt(const CTimeline& timeline, CMoment moment) const {
+  const auto isSparse = [&](const CTilePlace& place) {
+    return !m_tiles.IsDense(place) &&
+           m_rows.Estimate(timeline, place.Range(), m_head) <= double{CTileReader::kMostRows};
+  };
+  CTilePlace place = CTilePlace::Of(moment, m_level);
+  if (!isSparse(place)) return {place, false};
+  while (place.level < kTopLevel) {
+    const CTilePlace wider = CTilePlace::Of(moment, place.level + 1);
+    if (!isSparse(wider)) break;
+    place = wider;
+  }
+  return {place, true};
+}
+
+// The tiles of the range, and of the steps beside it that a line can lead to.
+CPictureMaker::CCover CPictureMaker::CoverOf(const CVariableGroup& group) const {
+  CCover cover = {group, {}};
+  const CTimeline& timeline = *group.timeline;
+  const CMoment from = std::max(m_query.range.from, m_there.from),
+                to = std::min(m_query.range.to, m_there.to);
+  const CMoment first =
+      std::max(m_there.from, m_query.range.from - m_rows.LongestStep(timeline, m_query.range.from, m_head));
+  const CMoment end =
+      std::min(m_there.to, m_query.range.to + m_rows.LongestStep(timeline, m_query.range.to, m_head));
+  std::vector<CPart>& parts = cover.parts;
+  for (CMoment at = from; at < to; at = parts.back().place.Range().to) parts.push_back(PartAt(timeline, at));
+  CMoment reached = parts.empty() ? std::min(from, end) : parts.back().place.Range().to;
+  for (int i = 0; i < kMostBeside && reached < end; ++i, reached = parts.back().place.Range().to)
+    parts.push_back(PartAt(timeline, reached));
+  reached = parts.empty() ? from : parts.front().place.Range().from;
+  for (int i = 0; i < kMostBeside && reached > first; ++i, reached = parts.front().place.Range().from)
+    parts.insert(parts.begin(), PartAt(timeline, reached - 1));
+  return cover;
+}
+
+bool CPictureMaker::IsThere(const CString& variable, const CPart& part) const {
+  const CTile* const tile = m_tiles.Find(variable, part.place);
+  return tile && tile->isExact == part.isExact;
+}
+
+// Makes a tile of columns of the two of the level below, which can be made themselves.
+bool CPictureMaker::MakeOfFiner(const CTimeline& timeline, const CString& variable, const CTilePlace& place,
+                                int depth) const {
+  if (place.level == 0 || depth == 0) return false;
+  CTile tile;
+  const CJoin join(m_rows, timeline, m_head);
+  for (const std::int64_t index : {2 * place.index, 2 * place.index + 1}) {
+    const CTilePlace finer = {place.level - 1, index};
+    if (!m_tiles.Find(variable, finer) && !MakeOfFiner(timeline, variable, finer, depth - 1)) return false;
+    const CTile* const part = m_tiles.Find(variable, finer);
+    if (part->isOpen) return false;
+    const CCurveStep* const steps = part->steps.data();
+    AppendSteps(tile.steps, steps, steps + part->steps.size(), place.level, join);
+  }
+  m_tiles.Put(variable, place, std::move(tile));
+  return true;
+}
+
+std::vector<CString> CPictureMaker::Missing(const CCover& cover, const CPart& part) const {
+  std::vector<CString> missing;
+  for (const std::size_t i : cover.group.places) {
+    const CString& variable = m_query.variables[i];
+    if (IsThere(variable, part)) continue;
+    if (!part.isExact && MakeOfFiner(*cover.group.timeline, variable, part.place, kFinerLevels)) continue;
+    if (std::find(missing.begin(), missing.end(), variable) == missing.end()) missing.push_back(variable);
+  }
+  return missing;
+}
+
+// What is read at once: tiles that follow each other and that the same variables lack.
+std::vector<CTileRun> CPictureMaker::MissingRuns() const {
+  std::vector<CTileRun> runs;
+  for (const CCover& cover : m_covers)
+    for (const CPart& part : cover.parts) {
+      std::vector<CString> missing = Missing(cover, part);
+      if (missing.empty()) continue;
+      const auto [level, index] = part.place;
+      CTileRun run = {cover.group.timeline, std::move(missing), level, index, index + 1, part.isExact};
+      const bool goesOn = !runs.empty() && runs.back().timeline == run.timeline &&
+                          runs.back().level == level && runs.back().end == index &&
+                          runs.back().isExact == run.isExact && runs.back().variables == run.variables;
+      if (goesOn)
+        ++runs.back().end;
+      else
+        runs.push_back(std::move(run));
+    }
+  return runs;
+}
+
+void CPictureMaker::RefreshOpen(const CCover& cover, const CPart& part) const {
+  std::map<std::uint64_t, std::vector<CString>> open;  // by the sample that was not looked at yet
+  for (const std::size_t i : cover.group.places) {
+    const CString& variable = m_query.variables[i];
+    const CTile* const tile = m_tiles.Find(variable, part.place);
+    if (!tile || !tile->isOpen || tile->nextLive >= m_head.end) continue;
+    std::vector<CString>& variables = open[tile->nextLive];
+    if (std::find(variables.begin(), variables.end(), variable) == variables.end())
+      variables.push_back(variable);
+  }
+  const auto [level, index] = part.place;
+  for (auto& [next, variables] : open) {
+    const CTileRun run = {cover.group.timeline, std::move(variables), level, index, index + 1, part.isExact};
+    CTileReader(m_rows, m_head, m_tiles, run).Refresh();
+  }
+}
+
+bool CPictureMaker::Read(const CReadWatch& watch) {
+  for (const CCover& cover : m_covers)
+    for (const CPart& part : cover.parts) RefreshOpen(cover, part);
+  for (std::vector<CTileRun> runs = MissingRuns(); !runs.empty(); runs = MissingRuns()) {
+    double done = 0;
+    bool wasTooMany = false;
+    for (const CTileRun& run : runs) {
+      CTileReader reader(m_rows, m_head, m_tiles, run);
+      const auto count = static_cast<double>(runs.size());
+      const auto end = reader.Read([&](double part) { return watch((done + part) / count); });
+      if (end == CTileReader::EEnd::stopped || !watch(++done / count)) return false;
+      m_faults.insert(m_faults.end(), reader.Faults().begin(), reader.Faults().end());
+      if (end != CTileReader::EEnd::tooManyRows) continue;
+      wasTooMany = true;
+      for (std::int64_t index = run.begin; index < run.end; ++index) m_tiles.SetDense({run.level, index});
+    }
+    if (!wasTooMany) break;
+    for (CCover& cover : m_covers) cover = CoverOf(cover.group);
+  }
+  return true;
+}
+
+// The steps of a place that has no tile: of a wider tile, or else of finer ones.
+void CPictureMaker::AddOther(CCurveSteps& curve, const CString& variable, const CTilePlace& place) const {
+  const CMomentRange range = place.Range();
+  for (int level = place.level + 1; level <= kTopLevel; ++level) {
+    const CTile* const tile = m_tiles.Find(variable, CTilePlace::Of(range.from, level));
+    if (!tile) continue;
+    for (const CCurveStep& step : tile->steps)
+      if (range.Has(step.from)) curve.push_back(step);
+    return;
+  }
+  for (int level = place.level - 1; level >= std::max(0, place.level - kFinerLevels); --level)
+    for (CMoment at = range.from; at < range.to; at = CTilePlace::Of(at, level).Range().to)
+      if (const CTile* const tile = m_tiles.Find(variable, CTilePlace::Of(at, level)))
+        for (const CCurveStep& step : tile->steps)
+          if (curve.empty() || curve.back().to < step.from) curve.push_back(step);
+}
+
+CCurveSteps CPictureMaker::CurveOf(const CCover& cover, const CString& variable) const {
+  CCurveSteps curve;
+  const CJoin join(m_rows, *cover.group.timeline, m_head);
+  for (const CPart& part : cover.parts) {
+    const CTile* const tile = m_tiles.Find(variable, part.place);
+    if (!tile) {
+      AddOther(curve, variable, part.place);
+      continue;
+    }
+    const CCurveStep *from = tile->steps.data(), *to = from + tile->steps.size();
+    AppendSteps(curve, from, to, m_level, join);
+  }
+  CutTo(m_query.range, curve);
+  return curve;
+}
+
+CChartPicture CPictureMaker::Make() const {
+  CChartPicture picture = {m_query, std::vector<CCurveSteps>(m_query.variables.size())};
+  for (const CCover& cover : m_covers)
+    for (const std::size_t i : cover.group.places) picture.curves[i] = CurveOf(cover, m_query.variables[i]);
+  return picture;
+}
+
+}  // namespace vastra
