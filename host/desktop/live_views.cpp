@@ -1,7 +1,11 @@
 #include "host/desktop/live_views.h"
 
+#include <QJsonArray>
 #include <QWidget>
 
+#include "host/desktop/live_selection.h"
+#include "host/desktop/workspace.h"
+#include "vastra/ui/text.h"
 #include "vastra/views/trending_dlg.h"
 #include "vastra/views/var_scan_dlg.h"
 
@@ -17,6 +21,22 @@ void StandAlone(CWnd& view) {
   QWidget* widget = view.Widget();
   widget->setParent(nullptr, (widget->windowFlags() & ~Qt::WindowType_Mask) | Qt::Window);
 }
+
+// The state of a view as a string, and back.
+CString ViewState(const CWnd& view) {
+  const CRect place = view.GetNormalPlace();
+  const QJsonArray numbers = {place.left, place.top, place.Width(), place.Height()};
+  return StateText({{"place", numbers}, {"selection", ToScreen(SelectionOf(view))}});
+}
+
+// Empty: the state has none.
+CRect PlaceIn(const CString& state) {
+  const QJsonArray numbers = StateFields(state)["place"].toArray();
+  if (numbers.size() != 4) return {};
+  return CRect::Of({numbers[0].toInt(), numbers[1].toInt()}, {numbers[2].toInt(), numbers[3].toInt()});
+}
+
+CString SelectionIn(const CString& state) { return FromScreen(StateFields(state)["selection"].toString()); }
 
 void BringUp(CWnd& window) { window.ShowWindow(window.IsIconic() ? SW_RESTORE : SW_SHOW); }
 
@@ -48,6 +68,38 @@ void CLiveViews::ShowGrid(CViewStages stages) {
   if (!place.IsEmpty() || m_settings.GetPlace(KeyOf(kGridPlace), place))
     m_pGrid->MoveWindow(CRect::Of(place.TopLeft(), m_pGrid->GetNormalPlace().Size()));
   m_pGrid->ShowWindow(SW_SHOW);
+}
+
+std::optional<CString> CLiveViews::TrendState() const {
+  return m_pTrend ? std::optional(ViewState(*m_pTrend)) : std::nullopt;
+}
+
+std::optional<CString> CLiveViews::GridState() const {
+  return m_pGrid ? std::optional(ViewState(*m_pGrid)) : std::nullopt;
+}
+
+CString CLiveViews::OpenTrend(CViewStages stages, UINT refreshPeriod, const CString& state) {
+  CloseTrend();
+  m_trendPlace = PlaceIn(state);
+  ShowTrend(stages, refreshPeriod);
+  return m_pTrend ? Select(*m_pTrend, SelectionIn(state)) : CString();
+}
+
+CString CLiveViews::OpenGrid(CViewStages stages, const CString& state) {
+  CloseGrid();
+  m_gridPlace = PlaceIn(state);
+  ShowGrid(stages);
+  return m_pGrid ? Select(*m_pGrid, SelectionIn(state)) : CString();
+}
+
+void CLiveViews::CloseTrend() {
+  NotePlaces();
+  if (m_pTrend) m_pTrend->DestroyWindow();
+}
+
+void CLiveViews::CloseGrid() {
+  NotePlaces();
+  if (m_pGrid) m_pGrid->DestroyWindow();
 }
 
 CString CLiveViews::KeyOf(const char* place) const {

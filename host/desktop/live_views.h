@@ -1,6 +1,8 @@
 // CLiveViews: the trend window and the scan grid of the desktop, at most one of each.
 #pragma once
 
+#include <optional>
+
 #include "host/desktop/settings.h"
 #include "vastra/stages/log_input.h"
 #include "vastra/stages/log_trendings.h"
@@ -29,6 +31,15 @@ class CLiveViews {
   // Brings the window to the front, or opens it on stages. refreshPeriod: milliseconds.
   void ShowTrend(CViewStages stages, UINT refreshPeriod);
   void ShowGrid(CViewStages stages);
+
+  // Place and selection of an open window as a string; none: it is not open.
+  std::optional<CString> TrendState() const;
+  std::optional<CString> GridState() const;
+  // Open a window with such a state. Return the message about a selection that is not possible any more.
+  CString OpenTrend(CViewStages stages, UINT refreshPeriod, const CString& state);
+  CString OpenGrid(CViewStages stages, const CString& state);
+  void CloseTrend();
+  void CloseGrid();
 
   // Connects the open windows to other stages.
   void TakeStages(CViewStages stages, UINT refreshPeriod);

@@ -76,11 +76,7 @@ void CMainWindow::MakeWindowMenu() {
   QAction* trend = AddAction(window, "&Trend", QKeySequence("Ctrl+1"), [this] { ShowTrend(); });
   QAction* grid = AddAction(window, "Scan &Grid", QKeySequence("Ctrl+2"), [this] { ShowGrid(); });
   QAction* messages = AddAction(window, "&Messages", QKeySequence("Ctrl+3"), [this] { m_messages.Show(); });
-  AddAction(window, "Message &Log", QKeySequence("Ctrl+4"), [this] {
-    m_messages.ShowLog([this](const CString& part) {
-      if (m_edit->isEnabled()) EditConfiguration(CConfigurationSheet::PageOf(part));
-    });
-  });
+  AddAction(window, "Message &Log", QKeySequence("Ctrl+4"), [this] { ShowMessageLog(); });
   QAction* values = AddAction(window, "&Values", QKeySequence("Ctrl+5"), [this] { m_values.BringUp(); });
   window->addSeparator();
   AddAction(window, "Message &Settings...", QKeySequence("Ctrl+M"), [this] { m_messages.Configure(); });
@@ -95,6 +91,12 @@ void CMainWindow::MakeWindowMenu() {
   bar->addActions({m_start, m_stop});
   bar->addSeparator();
   bar->addActions({trend, grid, messages});
+}
+
+void CMainWindow::ShowMessageLog() {
+  m_messages.ShowLog([this](const CString& part) {
+    if (m_edit->isEnabled()) EditConfiguration(CConfigurationSheet::PageOf(part));
+  });
 }
 
 void CMainWindow::MakeStatusBar() {

@@ -90,6 +90,7 @@ CMainWindow::CMainWindow()
   setAcceptDrops(true);
   MakeActions();
   MakeStatusBar();
+  JoinWorkspace();
   resize(fontMetrics().averageCharWidth() * 130, fontMetrics().height() * 26);
   restoreGeometry(QByteArray::fromBase64(QByteArray(m_settings.Get(kPlace))));
   TakeState();
@@ -100,6 +101,7 @@ CMainWindow::~CMainWindow() {
 }
 
 bool CMainWindow::Open(const CString& path) {
+  SaveWorkspace();
   const CString fault = m_document.Open(path);
   if (!fault.IsEmpty()) {
     AfxMessageBox(fault);
@@ -110,6 +112,7 @@ bool CMainWindow::Open(const CString& path) {
   StartChoosersIn(m_document.Folder());
   UseConfiguration();
   TakeState();
+  OpenWorkspace();
   return true;
 }
 
@@ -192,6 +195,7 @@ void CMainWindow::ShowPlant() {
 
 void CMainWindow::New() {
   if (HasOpenDialog() || !MayLoseChanges()) return;
+  SaveWorkspace();
   m_document.New();
   m_messages.Log().Open("");
   StartChoosersIn(m_document.Folder());
@@ -514,6 +518,7 @@ void CMainWindow::Attach() {
 }
 
 void CMainWindow::Quit() {
+  SaveWorkspace();
   m_settings.Set(kPlace, saveGeometry().toBase64().constData());
   m_views.Close();
   QApplication::exit();  // quit() asks each window, and the message window does not close

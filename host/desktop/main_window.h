@@ -13,6 +13,7 @@
 #include "host/desktop/runner.h"
 #include "host/desktop/settings.h"
 #include "host/desktop/values_window.h"
+#include "host/desktop/workspace.h"
 #include "vastra/screens/driver_form_dlg.h"
 #include "vastra/ui/application.h"
 
@@ -90,6 +91,12 @@ class CMainWindow : public QMainWindow {
   void ShowState();
   void ShowCounts();
   void Attach();
+  void ShowMessageLog();
+  // The workspace, in main_workspace.cpp.
+  void JoinWorkspace();
+  void SaveWorkspace();
+  void OpenWorkspace();
+  void WarnOfView(const char* view, const CString& text);
   void Quit();
   CViewStages Stages() { return {m_runner.Run().Input(), m_runner.Run().Trend()}; }
 
@@ -103,6 +110,7 @@ class CMainWindow : public QMainWindow {
   CRunner m_runner;
   CLiveViews m_views;
   CValuesWindow m_values;
+  CWorkspace m_workspace{m_settings};
   std::vector<QPointer<CAttachedWindow>> m_attached;  // null: closed, which has deleted it
   bool m_quitWanted = false;
   bool m_isAhead = false;  // the document has changes that the run does not have

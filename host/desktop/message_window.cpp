@@ -19,13 +19,13 @@
 
 #include <algorithm>
 
+#include "host/desktop/workspace.h"
 #include "vastra/ui/text.h"
 
 namespace vastra {
 namespace {
 
-constexpr const char *kLogPlace = "MessageLogPlace", *kLogColumns = "MessageLogColumns",
-                     *kLogSeverity = "MessageLogSeverity";
+constexpr const char* kMessageLog = "MessageLog";
 
 struct CSeverityChoice {
   const char* text;
@@ -67,7 +67,9 @@ CMessageWindow::CMessageWindow(CSettings& settings, CMessageModel& model, COpenP
   MakeTable();
   MakeActions();
   MakeLayout();
-  Restore();
+  resize(m_table->fontMetrics().averageCharWidth() * 150, m_table->fontMetrics().height() * 26);
+  SetState(m_settings.Get(kMessageLog));
+  m_follow->setChecked(true);
   FollowModel();
   ShowStatus();
 }
@@ -239,23 +241,21 @@ void CMessageWindow::ShowStatus(const QString& fault) {
   m_status->setText(fault.isEmpty() ? count : fault);
 }
 
-void CMessageWindow::Restore() {
-  const auto bytes = [this](const char* name) {
-    return QByteArray::fromBase64(QByteArray(m_settings.Get(name)));
-  };
-  resize(m_table->fontMetrics().averageCharWidth() * 150, m_table->fontMetrics().height() * 26);
-  restoreGeometry(bytes(kLogPlace));
-  m_table->horizontalHeader()->restoreState(bytes(kLogColumns));
-  m_severity->setCurrentIndex(std::max(0, m_severity->findText(ToScreen(m_settings.Get(kLogSeverity)))));
-  m_model.ShowUpTo(ChosenSeverity());
-  m_follow->setChecked(true);
+CString CMessageWindow::State() const {
+  return StateText({{"place", BytesField(saveGeometry())},
+                    {"columns", BytesField(m_table->horizontalHeader()->saveState())},
+                    {"severity", m_severity->currentText()}});
 }
 
-void CMessageWindow::Remember() {
-  m_settings.Set(kLogPlace, saveGeometry().toBase64().constData());
-  m_settings.Set(kLogColumns, m_table->horizontalHeader()->saveState().toBase64().constData());
-  m_settings.Set(kLogSeverity, FromScreen(m_severity->currentText()));
+void CMessageWindow::SetState(const CString& state) {
+  const QJsonObject fields = StateFields(state);
+  restoreGeometry(FieldBytes(fields["place"]));
+  m_table->horizontalHeader()->restoreState(FieldBytes(fields["columns"]));
+  m_severity->setCurrentIndex(std::max(0, m_severity->findText(fields["severity"].toString())));
+  m_model.ShowUpTo(ChosenSeverity());
 }
+
+void CMessageWindow::Remember() { m_settings.Set(kMessageLog, State()); }
 
 void CMessageWindow::closeEvent(QCloseEvent* event) {
   Remember();

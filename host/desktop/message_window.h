@@ -27,6 +27,10 @@ class CMessageWindow : public QWidget {
   CMessageWindow(CSettings& settings, CMessageModel& model, COpenPlace openPlace);
   ~CMessageWindow() override;
 
+  // Place, columns and filter as a string, and back.
+  CString State() const;
+  void SetState(const CString& state);
+
  protected:
   void closeEvent(QCloseEvent* event) override;
 
@@ -35,7 +39,6 @@ class CMessageWindow : public QWidget {
   void MakeActions();
   void MakeLayout();
   void FollowModel();
-  void Restore();
   void Remember();
 
   void Search(int step);

@@ -1,5 +1,8 @@
 #include "host/desktop/messages.h"
 
+#include <QApplication>
+#include <QWidget>
+
 #include <algorithm>
 #include <cstdio>
 
@@ -13,11 +16,12 @@ namespace vastra {
 namespace {
 
 constexpr UINT kWindow = 0;
+constexpr const char* kTitle = "Messages";
 
 }  // namespace
 
 CMessages::CMessages(CSettings& settings) : m_settings(settings) {
-  CConsole::Instance()->Create(kWindow, "Messages", 80, 80, 720, 320, nullptr);
+  CConsole::Instance()->Create(kWindow, kTitle, 80, 80, 720, 320, nullptr);
   Restore();
   Apply();
   CConsole::Instance()->AlwaysOnTop(kWindow, m_onTop);
@@ -30,6 +34,14 @@ CMessages::~CMessages() {
 }
 
 void CMessages::Show() { CConsole::Instance()->ShowWindow(kWindow, SW_SHOWNORMAL); }
+
+void CMessages::Hide() { CConsole::Instance()->ShowWindow(kWindow, SW_HIDE); }
+
+bool CMessages::IsShown() const {
+  return std::ranges::any_of(QApplication::topLevelWidgets(), [](const QWidget* window) {
+    return window->isVisible() && window->windowTitle() == kTitle;
+  });
+}
 
 void CMessages::Warn(const CString& text) {
   WriteToConsole(kWindow, "Warning: " + text, kWarningColour, 0);

@@ -18,6 +18,8 @@ class CMessages {
   CMessages& operator=(const CMessages&) = delete;
 
   void Show();
+  void Hide();
+  bool IsShown() const;
   // Asks which kinds to show, whether the window stays on top and whether to clear it.
   void Configure();
   // Shows a warning of the host.
@@ -27,6 +29,7 @@ class CMessages {
 
   // The message log: the window, brought to the front; the lines.
   void ShowLog(const CMessageWindow::COpenPlace& openPlace);
+  CMessageWindow* LogWindow() const { return m_pLogWindow.get(); }  // null: not opened yet
   CMessageModel& Log() { return m_log; }
   // Adds to the log a message of a run, from any thread; a fault that the user sees in a box.
   void Keep(const CRunMessage& message);

@@ -4,6 +4,7 @@
 #include <QEvent>
 #include <QFileInfo>
 #include <QHeaderView>
+#include <QJsonArray>
 #include <QMenu>
 #include <QUrl>
 #include <QVBoxLayout>
@@ -12,6 +13,7 @@
 
 #include "host/desktop/condition_icon.h"
 #include "host/desktop/problem_banner.h"
+#include "host/desktop/workspace.h"
 #include "vastra/ui/text.h"
 
 namespace vastra {
@@ -115,6 +117,21 @@ void CPlantView::ShowRun(const CPlantRun& run, std::shared_ptr<const CLiveState>
   m_run = run;
   if (live != m_live) m_newest = {}, m_live = std::move(live);
   Look();
+}
+
+CString CPlantView::State() const {
+  QJsonArray closed;
+  for (const QTreeWidgetItem* item : m_items)
+    if (item->childCount() > 0 && !item->isExpanded()) closed.append(item->text(plantPart));
+  return StateText({{"columns", BytesField(m_tree->header()->saveState())}, {"closed", closed}});
+}
+
+void CPlantView::SetState(const CString& state) {
+  const QJsonObject fields = StateFields(state);
+  m_tree->header()->restoreState(FieldBytes(fields["columns"]));
+  for (QTreeWidgetItem* item : m_items)
+    if (item->childCount() > 0)
+      item->setExpanded(!fields["closed"].toArray().contains(item->text(plantPart)));
 }
 
 void CPlantView::LookIfSeen() {

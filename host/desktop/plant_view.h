@@ -28,6 +28,9 @@ class CPlantView : public QWidget {
   void ShowTrend(const CTrendConfig& trend);
   // The state of the run has changed, or it is another one.
   void ShowRun(const CPlantRun& run, std::shared_ptr<const CLiveState> live);
+  // Columns and closed rows as a string, and back.
+  CString State() const;
+  void SetState(const CString& state);
 
  protected:
   void showEvent(QShowEvent* event) override;

@@ -15,6 +15,7 @@
 #include <algorithm>
 
 #include "host/desktop/values_model.h"
+#include "host/desktop/workspace.h"
 #include "host/run/run.h"
 #include "vastra/ui/text.h"
 
@@ -43,9 +44,9 @@ CValueSource ValuesOf(CRun& run, CValueStatistics& statistics) {
           .period = std::chrono::duration_cast<std::chrono::milliseconds>(run.Period())};
 }
 
-CValuesWindow::CValuesWindow(CSettings& settings, const char* place)
+CValuesWindow::CValuesWindow(CSettings& settings, const char* name)
     : m_settings(settings),
-      m_place(place),
+      m_name(name),
       m_model(new CValuesModel(this)),
       m_view(new QTableView(this)),
       m_search(new QLineEdit(this)),
@@ -54,11 +55,13 @@ CValuesWindow::CValuesWindow(CSettings& settings, const char* place)
   new QVBoxLayout(this);
   MakeBar();
   MakeTable();
-  Restore();
+  SetState(m_settings.Get(m_name));
   connect(&m_timer, &QTimer::timeout, this, [this] { Look(); });
 }
 
-CValuesWindow::~CValuesWindow() { Save(); }
+CValuesWindow::~CValuesWindow() {
+  if (testAttribute(Qt::WA_WState_Created)) m_settings.Set(m_name, State());  // it was opened
+}
 
 void CValuesWindow::MakeBar() {
   m_search->setPlaceholderText("Search");
@@ -131,20 +134,17 @@ void CValuesWindow::SortBy(int column) {
   m_view->sortByColumn(column, isAgain ? Qt::DescendingOrder : Qt::AscendingOrder);
 }
 
-void CValuesWindow::Restore() {
-  const auto bytes = [this](const char* setting) {
-    return QByteArray::fromBase64(QByteArray(m_settings.Get(KeyOf(setting))));
-  };
-  restoreGeometry(bytes("Place"));
-  m_view->horizontalHeader()->restoreState(bytes("Columns"));
-  m_search->setText(ToScreen(m_settings.Get(KeyOf("Search"))));
+CString CValuesWindow::State() const {
+  return StateText({{"place", BytesField(saveGeometry())},
+                    {"columns", BytesField(m_view->horizontalHeader()->saveState())},
+                    {"search", m_search->text()}});
 }
 
-void CValuesWindow::Save() {
-  if (!testAttribute(Qt::WA_WState_Created)) return;  // it was never opened
-  m_settings.Set(KeyOf("Place"), saveGeometry().toBase64().constData());
-  m_settings.Set(KeyOf("Columns"), m_view->horizontalHeader()->saveState().toBase64().constData());
-  m_settings.Set(KeyOf("Search"), FromScreen(m_search->text()));
+void CValuesWindow::SetState(const CString& state) {
+  const QJsonObject fields = StateFields(state);
+  restoreGeometry(FieldBytes(fields["place"]));
+  m_view->horizontalHeader()->restoreState(FieldBytes(fields["columns"]));
+  m_search->setText(fields["search"].toString());
 }
 
 void CValuesWindow::SetSource(CValueSource source) {

@@ -24,13 +24,16 @@ CValueSource ValuesOf(CRun& run, CValueStatistics& statistics);
 
 class CValuesWindow : public QWidget {
  public:
-  // place: the name under which settings remember place, columns, sort and search.
-  CValuesWindow(CSettings& settings, const char* place);
+  // name: under which settings remember the state.
+  CValuesWindow(CSettings& settings, const char* name);
   ~CValuesWindow() override;  // saves them
 
   void SetSource(CValueSource source);
   // Brings the window to the front, or opens it.
   void BringUp();
+  // Place, columns, sort and search as a string, and back.
+  CString State() const;
+  void SetState(const CString& state);
 
  protected:
   void showEvent(QShowEvent* event) override;
@@ -41,9 +44,6 @@ class CValuesWindow : public QWidget {
   void MakeBar();
   QMenu* MakeSortMenu();
   void SortBy(int column);
-  void Restore();
-  void Save();
-  CString KeyOf(const char* setting) const { return m_place + setting; }
   void Look();
   void ShowCount();
   void Search();
@@ -51,7 +51,7 @@ class CValuesWindow : public QWidget {
   void Reset();
 
   CSettings& m_settings;
-  const CString m_place;
+  const CString m_name;
   CValuesModel* m_model;
   QTableView* m_view;
   QLineEdit* m_search;
