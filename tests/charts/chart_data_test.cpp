@@ -1,211 +1,73 @@
-// CChartData against a plain model: all rows of a folder and of a ring in a list.
-#include <cmath>
-#include <condition_variable>
-#include <map>
-#include <random>
-#include <thread>
-
-#include "tests/history/history_fixture.h"
-#include "vastra/charts/chart_data.h"
-#include "vastra/charts/live_samples.h"
+#include "tests/charts/chart_fixture.h"
 #include "vastra/history/folder_digest.h"
 
 namespace vastra {
 namespace {
 
-constexpr std::int64_t kUsual = 100;  // milliseconds between two rows of a log
-
-struct CModelRow {
-  CMoment moment;
-  float value;
-  int order;  // of rows of the same moment
-};
-using CModelCurve = std::vector<CModelRow>;  // in the order of time
-
-class ChartData : public CHistoryFixture {
- protected:
-  ChartData()
-      : m_data([this] {
-          const std::lock_guard lock(m_mutex);
-          m_changed.notify_all();
-        }) {}
-
-  template <class TCondition>
-  ::testing::AssertionResult Wait(const TCondition& isTrue) {
-    std::unique_lock lock(m_mutex);
-    for (int i = 0; i < 400; ++i) {
-      lock.unlock();
-      if (isTrue()) return ::testing::AssertionSuccess();
-      lock.lock();
-      m_changed.wait_for(lock, std::chrono::milliseconds(50));
-    }
-    return ::testing::AssertionFailure() << "nothing has come";
-  }
-  void Open(std::shared_ptr<const CLiveSamples> live = {}) {
-    m_data.SetSources({{{Folder(), true}}, std::move(live)});
-    ASSERT_TRUE(Wait([&] { return m_data.IsScanned(); }));
-  }
-  CChartPicture Asked(const CChartQuery& query) {
-    CChartPicture picture;
-    m_data.Ask(query);
-    EXPECT_TRUE(Wait([&] {
-      picture = m_data.Picture();
-      return picture.isFinal && picture.query == query;
-    }));
-    return picture;
-  }
-
-  // Logs of x and y, of x alone, of z; some in subfolders, some that overlap, with pauses between them.
-  void FillFolder(unsigned seed) {
-    std::mt19937 random(seed);
-    const std::vector<CStringArray> lists = {Names({"x", "y"}), Names({"x"}), Names({"y", "x"}),
-                                             Names({"z"})};
-    CMoment moment = 1'000'000;
-    for (int log = 0; log < 30; ++log) {
-      const CStringArray& names = lists[random() % lists.size()];
-      moment += random() % 4 == 0   ? static_cast<CMoment>(random() % 400'000)
-                : random() % 6 == 0 ? -5'000
-                                    : kUsual;
-      std::vector<CTestRow> rows;
-      for (auto count = 2 + random() % (log % 5 ? 300 : 9000); count > 0; --count, moment += kUsual) {
-        CTestRow row = {moment, {}};
-        for (int i = 0; i < names.GetSize(); ++i) row.values.push_back(ValueOf(random));
-        rows.push_back(row);
-      }
-      if (random() % 5 == 0) std::swap(rows.front(), rows.back());
-      Log((std::string(log % 3 ? "" : "sub/") + "log" + std::to_string(100 + log) + ".rph").c_str(), names,
-          rows);
-      AddToModel(names, rows, log % 3 ? log : 100 + log);
-    }
-    Sort();
-  }
-  static float ValueOf(std::mt19937& random) {
-    const auto kind = random() % 50;
-    if (kind < 2) return kind ? NAN : -INFINITY;
-    return static_cast<float>(static_cast<int>(random() % 20000) - 10000) / 8;
-  }
-  void AddToModel(const CStringArray& names, const std::vector<CTestRow>& rows, int order = 0) {
-    for (const CTestRow& row : rows)
-      for (int i = 0; i < names.GetSize(); ++i)
-        m_model[names[i]].push_back({row.moment, row.values[static_cast<std::size_t>(i)], order});
-  }
-  void Sort() {
-    for (auto& [name, curve] : m_model)
-      std::stable_sort(curve.begin(), curve.end(), [](const CModelRow& a, const CModelRow& b) {
-        return a.moment != b.moment ? a.moment < b.moment : a.order < b.order;
-      });
-  }
-  CModelCurve Between(const CString& name, CMoment from, CMoment to) {
-    CModelCurve rows;
-    for (const CModelRow& row : m_model[name])
-      if (row.moment >= from && row.moment < to) rows.push_back(row);
-    return rows;
-  }
-
-  // The figures of a step must be those of the rows of its time.
-  void CheckStep(const CCurveStep& step, const CModelCurve& rows) {
-    ASSERT_FALSE(rows.empty());
-    CCurveStep expected;
-    for (const CModelRow& row : rows) {
-      if (!std::isfinite(row.value)) {
-        expected.hasInvalid = true;
-        continue;
-      }
-      if (expected.values++ == 0) expected.least = expected.greatest = expected.first = row.value;
-      expected.least = std::min(expected.least, row.value);
-      expected.greatest = std::max(expected.greatest, row.value);
-      expected.last = row.value;
-    }
-    ASSERT_EQ(step.values, expected.values);
-    ASSERT_EQ(step.hasInvalid, expected.hasInvalid);
-    ASSERT_EQ(step.first, expected.first);
-    ASSERT_EQ(step.last, expected.last);
-    ASSERT_EQ(step.least, expected.least);
-    ASSERT_EQ(step.greatest, expected.greatest);
-  }
-
-  // Each row of the range is in one step, a step is a row or within a column, and lines are broken at gaps.
-  void CheckCurve(const CString& name, const CChartQuery& query, const std::vector<CCurveStep>& curve) {
-    std::int64_t width = 1;
-    while (2 * width <= (query.range.to - query.range.from) / query.columns) width *= 2;
-    const CModelCurve inRange = Between(name, query.range.from, query.range.to);
-    if (!inRange.empty()) {
-      ASSERT_FALSE(curve.empty());
-      ASSERT_LE(curve.front().from, inRange.front().moment);
-      ASSERT_GE(curve.back().to, inRange.back().moment);
-    }
-    std::size_t before = 0, after = 0;
-    CModelCurve earlier;
-    for (std::size_t i = 0; i < curve.size(); ++i) {
-      const CCurveStep& step = curve[i];
-      before += step.to < query.range.from;
-      after += step.from >= query.range.to;
-      ASSERT_LE(step.from, step.to);
-      ASSERT_EQ(step.from / width, step.to / width) << "wider than a column";
-      const CModelCurve rows = Between(name, step.from, step.to + 1);
-      CheckStep(step, rows);
-      if (::testing::Test::HasFatalFailure()) return;
-      if (i == 0) {
-        earlier = rows;
-        continue;
-      }
-      ASSERT_LT(curve[i - 1].from / width, step.from / width) << "two steps of one column";
-      ASSERT_TRUE(Between(name, curve[i - 1].to + 1, step.from).empty()) << "rows are missing";
-      const CMoment distance = rows.front().moment - earlier.back().moment;
-      ASSERT_TRUE(distance > kUsual || step.isJoined) << distance;
-      ASSERT_TRUE(distance <= 4 * kUsual + 2 * width || !step.isJoined) << distance;
-      earlier = rows;
-    }
-    ASSERT_LE(before, 1U);
-    ASSERT_LE(after, 1U);
-    // A line that leaves the frame leads to a step.
-    const bool isBefore = !Between(name, query.range.from - kUsual, query.range.from).empty(),
-               isAfter = !Between(name, query.range.to, query.range.to + kUsual).empty();
-    if (inRange.empty()) return;
-    ASSERT_TRUE(!isBefore || curve.front().from < query.range.from);
-    ASSERT_TRUE(!isAfter || curve.back().to >= query.range.to);
-  }
-
-  CMomentRange RandomRange(std::mt19937& random, const CMomentRange& all) {
-    const auto length = static_cast<double>(all.to - all.from);
-    const double share = std::pow(2.0, -static_cast<double>(random() % 160) / 10) * 1.5;
-    const auto size = 1 + static_cast<CMoment>(length * share);
-    const CMoment from = all.from - size / 2 + static_cast<CMoment>(random() % static_cast<unsigned>(length));
-    return {from, from + size};
-  }
-
-  void CheckQueries(unsigned seed, int count) {
-    std::mt19937 random(seed);
-    const std::vector<std::vector<CString>> choices = {
-        {"x"}, {"x", "y", "z"}, {"z", "y"}, {"none", "y", "y"}};
-    for (int i = 0; i < count; ++i) {
-      const CChartQuery query = {RandomRange(random, m_data.Rows()),
-                                 static_cast<std::uint32_t>(1 + random() % (i % 2 ? 3000 : 200)),
-                                 choices[random() % choices.size()]};
-      const CChartPicture picture = Asked(query);
-      ASSERT_EQ(picture.curves.size(), query.variables.size());
-      for (std::size_t k = 0; k < picture.curves.size(); ++k) {
-        CheckCurve(query.variables[k], query, picture.curves[k]);
-        ASSERT_FALSE(HasFatalFailure())
-            << "query " << i << " of " << seed << ": " << query.variables[k] << " " << query.range.from << "-"
-            << query.range.to << " in " << query.columns;
-      }
-    }
-  }
-
-  std::mutex m_mutex;
-  std::condition_variable m_changed;
-  std::map<CString, CModelCurve> m_model;
-  CChartData m_data;  // the last member: it ends before the others
-};
+class ChartData : public CChartFixture {};
 
 TEST_F(ChartData, APictureShowsAllRowsOfTheLogsAndNoOther) {
   FillFolder(1);
   Open();
-  CheckQueries(1, 60);
+  CheckQueries(1, 40);
   UpdateDigests(Scanned());
   Open();
-  CheckQueries(2, 60);
+  CheckQueries(2, 40);
+}
+
+TEST_F(ChartData, FiguresAreThoseOfTheRows) {
+  FillFolder(2);
+  Open();
+  CheckFigures(1, 60);
+}
+
+TEST_F(ChartData, AnExportAppearsWholeOrNotAtAll) {
+  Log("a.rph", Names({"x", "time"}), {{1000, {1, 2}}, {2000, {NAN, 4}}, {3000, {5, 6}}});
+  Log("b.rph", Names({"y"}), {{2000, {7}}});
+  Open();
+  const CString csv = m_dir / "out.csv";
+  EXPECT_EQ(Exported({1000, 3000}, {"y", "x", "time", "y"}, csv),
+            "time,y,x,time_2\n1970-01-01 00:00:01.000,,1,2\n1970-01-01 00:00:02.000,,nan,4\n"
+            "1970-01-01 00:00:02.000,7,,\n");
+  EXPECT_EQ(Files(), " a.rph b.rph out.csv");
+  // What cannot be written changes nothing.
+  const std::string log = ReadBytes(m_dir / "b.rph");
+  EXPECT_EQ(Exported({0, 9000}, {"x"}, m_dir / "b.rph"),
+            (m_dir / "b.rph").Std() + ": not written: it is one of the logs");
+  EXPECT_EQ(ReadBytes(m_dir / "b.rph"), log);
+  EXPECT_EQ(Exported({0, 9000}, {"x"}, m_dir / "none/out.csv"),
+            (m_dir / "none/out.csv").Std() + ": No such file or directory");
+  std::filesystem::remove((m_dir / "a.rph").Std());
+  EXPECT_EQ(Exported({0, 9000}, {"x"}, csv).find(csv.Std() + ": not written: " + (m_dir / "a.rph").Std()),
+            0U);
+  EXPECT_EQ(ReadBytes(csv).substr(0, 9), "time,y,x,");
+}
+
+// A log that comes, and one that goes.
+TEST_F(ChartData, ARescanReadsWhatHasChangedAlone) {
+  const CChartQuery query = {{0, 100'000}, 1000, {"x"}};
+  const auto values = [&] {
+    std::string text;
+    const CChartPicture picture = Asked(query);
+    for (const CCurveStep& step : picture.curves[0]) text += std::to_string(int(step.first)) + " ";
+    return text;
+  };
+  Log("a.rph", Names({"x"}), Count(1, 3));
+  Open();
+  EXPECT_EQ(values(), "1 2 3 ");
+  struct {
+    const char* file;
+    int first, count;
+    const char* expected;
+  } const kChanges[] = {{"b.rph", 4, 2, "1 2 3 4 5 "}, {"a.rph", 2, 1, "2 4 5 "}, {"b.rph", 9, 0, "2 "}};
+  for (const auto& change : kChanges) {
+    if (change.count)
+      Log(change.file, Names({"x"}), Count(change.first, change.count));
+    else
+      DeleteFile(m_dir / change.file);
+    m_data.Rescan();
+    EXPECT_TRUE(Wait([&] { return values() == change.expected; })) << values();
+  }
 }
 
 }  // namespace

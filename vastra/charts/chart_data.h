@@ -61,6 +61,8 @@ struct CChartSources {
   std::vector<CChartPath> paths = {};
   // The newest samples of a logger; they hold from the moment of their first one on, the logs before it.
   std::shared_ptr<const CLiveSamples> live = {};
+  // The ring has only some of the samples, as a feed sends them: logs and journals hold as far as they reach.
+  bool isThinned = false;
 };
 
 class CChartReader;

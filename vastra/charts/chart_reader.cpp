@@ -126,6 +126,7 @@ void CChartReader::Scan() {
     m_catalogue = std::make_unique<CCatalogue>();
     for (const CChartPath& path : sources.paths) m_catalogue->Add(path.path, path.isRecursive);
     m_live = sources.live;
+    m_isThinned = sources.isThinned;
     m_tiles.Clear();
   }
   // The head before the logs: a sample that is too old for it is in them.
@@ -137,7 +138,7 @@ void CChartReader::Scan() {
 
 void CChartReader::TakeLogs(const CLiveHead& head) {
   const std::shared_ptr<const CChartRows> before = Rows();
-  auto now = std::make_shared<const CChartRows>(m_catalogue->Logs(), m_live, head);
+  auto now = std::make_shared<const CChartRows>(m_catalogue->Logs(), m_live, head, m_isThinned);
   const std::vector<CMomentRange> changed = ChangedRanges(before->Logs(), now->Logs());
   const bool isSameRing = before->Live() == now->Live() && before->Generation() == now->Generation() &&
                           (before->Since() == kEndMoment) == (now->Since() == kEndMoment);

@@ -76,6 +76,7 @@ class CChartReader {
   // Of the thread that reads pictures.
   std::unique_ptr<CCatalogue> m_catalogue;
   std::shared_ptr<const CLiveSamples> m_live;
+  bool m_isThinned = false;
   CChartTiles m_tiles;
   std::uint64_t m_readSources = 0, m_answered = 0;  // numbers
   CLiveHead m_seen;                                 // the head of the ring

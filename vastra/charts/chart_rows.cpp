@@ -48,8 +48,11 @@ void AddChange(const CHistoryLog& before, const CHistoryLog& now, std::vector<CM
 }  // namespace
 
 CChartRows::CChartRows(std::vector<CHistoryLog> logs, std::shared_ptr<const CLiveSamples> live,
-                       const CLiveHead& head)
-    : m_logs(std::move(logs)), m_pLive(std::move(live)), m_generation(head.generation) {
+                       const CLiveHead& head, bool isThinned)
+    : m_logs(std::move(logs)),
+      m_pLive(std::move(live)),
+      m_generation(head.generation),
+      m_isThinned(isThinned) {
   if (m_pLive && head.first < head.end) m_since = head.steadySince;
   for (const CHistoryLog& log : m_logs) {
     if (!log.names || log.samples == 0) continue;
@@ -111,6 +114,9 @@ const CTimeline& CChartRows::TimelineOf(const CString& variable) const {
   timeline.isLive = m_since != kEndMoment && std::find(lists.begin(), lists.end(), 0U) != lists.end();
   // Without logs there is nothing to prefer to the oldest samples of the ring.
   if (timeline.isLive) timeline.since = timeline.stretches.empty() ? kFirstMoment : m_since;
+  if (timeline.isLive && m_isThinned)
+    for (const CTimeline::CStretch& stretch : timeline.stretches)
+      timeline.since = std::max(timeline.since, stretch.last + 1);
   return timeline;
 }
 

@@ -32,8 +32,10 @@ struct CVariableGroup {
 class CChartRows {
  public:
   CChartRows() = default;
-  // logs as a catalogue lists them after head was taken of live, which can be null.
-  CChartRows(std::vector<CHistoryLog> logs, std::shared_ptr<const CLiveSamples> live, const CLiveHead& head);
+  // logs as a catalogue lists them after head was taken of live, which can be null. isThinned: as of
+  // CChartSources.
+  CChartRows(std::vector<CHistoryLog> logs, std::shared_ptr<const CLiveSamples> live, const CLiveHead& head,
+             bool isThinned = false);
 
   const std::vector<CHistoryLog>& Logs() const { return m_logs; }
   const CLiveSamples* Live() const { return m_pLive.get(); }
@@ -64,6 +66,7 @@ class CChartRows {
   std::shared_ptr<const CLiveSamples> m_pLive;
   CSharedNames m_liveNames = std::make_shared<const CNames>();
   std::uint64_t m_generation = 0;
+  bool m_isThinned = false;
   CMoment m_since = kEndMoment;
   CNames m_variables;
   std::map<CString, std::vector<std::size_t>>
