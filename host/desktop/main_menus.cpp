@@ -1,4 +1,5 @@
 // The menus, the tool bar and the status bar of the main window.
+#include <QApplication>
 #include <QLabel>
 #include <QMenuBar>
 #include <QProgressBar>
@@ -7,6 +8,7 @@
 #include <QToolBar>
 
 #include "host/desktop/configuration_sheet.h"
+#include "host/desktop/help_window.h"
 #include "host/desktop/main_window.h"
 
 namespace vastra {
@@ -32,6 +34,11 @@ void CMainWindow::MakeActions() {
   MakeRunMenu();
   MakeWindowMenu();
   QMenu* help = menuBar()->addMenu("&Help");
+  AddAction(help, "&Guide", {}, [this] { m_help->Show(nullptr); });
+  QAction* here = AddAction(help, "This &Window", QKeySequence(Qt::Key_F1),
+                            [this] { m_help->Show(QApplication::activeWindow()); });
+  here->setShortcutContext(Qt::ApplicationShortcut);
+  help->addSeparator();
   AddAction(help, "&About Vastra", {}, [this] { ShowAbout(); });
 }
 

@@ -19,6 +19,7 @@
 #include "host/common/driver_search.h"
 #include "host/common/paths.h"
 #include "host/desktop/configuration_sheet.h"
+#include "host/desktop/help_window.h"
 #include "host/desktop/plant_view.h"
 #include "host/desktop/report_window.h"
 #include "vastra/platform/file_system.h"
@@ -81,6 +82,7 @@ CMainWindow::CMainWindow()
                m_messages.Messenger()),
       m_views(m_settings),
       m_values(m_settings, "Values"),
+      m_help(new CHelp(this)),
       m_plant(new CPlantView({.edit = [this](EPart part) { EditPart(part); },
                               .trend = [this] { ShowTrend(); },
                               .grid = [this] { ShowGrid(); },

@@ -23,6 +23,7 @@ class QProgressBar;
 namespace vastra {
 
 class CConfigurationSheet;
+class CHelp;
 class CPlantView;
 enum class EPart;
 
@@ -115,6 +116,7 @@ class CMainWindow : public QMainWindow {
   bool m_quitWanted = false;
   bool m_isAhead = false;  // the document has changes that the run does not have
 
+  CHelp* m_help;
   CPlantView* m_plant;
   CString m_startFault;  // why the last start has failed
   QMenu* m_recent = nullptr;
