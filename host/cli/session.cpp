@@ -43,7 +43,7 @@ EExit PrintRefusals(const CString& subject, const std::vector<CFinding>& finding
   EExit status = kDone;
   for (const CString& line : LinesOf(findings, true)) status = Fail(kRefused, subject, line);
   for (const CEquationFinding& fault : faults) {
-    status = Fail(kRefused, subject, fault.message);
+    status = Fail(kRefused, subject, fault.Line());
     PrintPlace(fault.statement, fault.offset);
   }
   return status;

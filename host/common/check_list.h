@@ -11,6 +11,8 @@ class CFindings {
   explicit CFindings(bool refuses) : m_refuses(refuses) {}
   void Refuse(const CString& key, const CString& text) { m_all.push_back({m_refuses, key, text}); }
   void Warn(const CString& key, const CString& text) { m_all.push_back({false, key, text}); }
+  // For what users often intend: a host that asks before a start does not ask about it.
+  void Note(const CString& key, const CString& text) { m_all.push_back({false, key, text, false, true}); }
   std::vector<CFinding>& All() { return m_all; }
 
  private:
@@ -32,9 +34,11 @@ using CCheckFunction = void(const CCheckContext&, CFindings&);
 CCheckFunction CheckClock, CheckLimits, CheckSaving, CheckPrefixes, CheckLogNames, CheckReplayed,
     CheckFolderNames, CheckFolders, CheckSharedFolders;
 // node_checks.cpp:
-CCheckFunction CheckDrivers, CheckDriverSettings, CheckScalers, CheckAbsence, CheckAliveVars;
+CCheckFunction CheckDrivers, CheckDriverSettings, CheckCounts, CheckScalers, CheckAbsence, CheckAliveVars;
 // name_checks.cpp:
 CCheckFunction CheckNames, CheckFlags, CheckBaseVars, CheckUnusedEquations;
+// name_repeats.cpp:
+CCheckFunction CheckRepeats, CheckSpelling;
 // sum_check.cpp:
 CCheckFunction CheckSums;
 

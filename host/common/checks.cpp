@@ -16,12 +16,13 @@ struct CCheck {
   bool mayPass;  // what it refuses can be right later: a module is installed, a disk is mounted
 };
 constexpr CCheck kChecks[] = {
-    {CheckClock, true},     {CheckDrivers, true},        {CheckDriverSettings, false},
-    {CheckScalers, false},  {CheckAbsence, false},       {CheckAliveVars, false},
-    {CheckReplayed, false}, {CheckNames, false},         {CheckLogNames, false},
-    {CheckFlags, false},    {CheckBaseVars, false},      {CheckUnusedEquations, false},
-    {CheckSums, false},     {CheckLimits, false},        {CheckSaving, false},
-    {CheckPrefixes, false}, {CheckSharedFolders, false}, {CheckFolderNames, false},
+    {CheckClock, true},      {CheckDrivers, true},        {CheckDriverSettings, false},
+    {CheckCounts, false},    {CheckScalers, false},       {CheckAbsence, false},
+    {CheckAliveVars, false}, {CheckReplayed, false},      {CheckNames, false},
+    {CheckRepeats, false},   {CheckSpelling, false},      {CheckLogNames, false},
+    {CheckFlags, false},     {CheckBaseVars, false},      {CheckUnusedEquations, false},
+    {CheckSums, false},      {CheckLimits, false},        {CheckSaving, false},
+    {CheckPrefixes, false},  {CheckSharedFolders, false}, {CheckFolderNames, false},
     {CheckFolders, true},
 };
 

@@ -10,9 +10,10 @@ namespace vastra {
 
 struct CFinding {
   bool isRefused;
-  CString key;           // the path of the key, such as "outputs[1].maxLogs"
-  CString text;          // what is wrong with it
-  bool mayPass = false;  // without a change of the configuration: what is missing can come
+  CString key;              // the path of the key, such as "outputs[1].maxLogs"
+  CString text;             // what is wrong with it
+  bool mayPass = false;     // without a change of the configuration: what is missing can come
+  bool isHarmless = false;  // no sample and no log is affected unless that is intended
 
   CString Line() const { return key + ": " + text; }
 };

@@ -1,9 +1,35 @@
 #include "host/common/equation_check.h"
 
 #include "host/common/equation_lists.h"
+#include "host/common/name_set.h"
 #include "vastra/equations/equator.h"
 
 namespace vastra {
+namespace {
+
+// The name at offset in statement.
+CString NameAt(const CString& statement, int offset) {
+  constexpr const char* kNameBytes = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_";
+  const std::string_view rest = statement.View().substr(static_cast<std::size_t>(offset));
+  return CString(rest.substr(0, rest.find_first_not_of(kNameBytes)));
+}
+
+CString FaultText(const CEquationFault& fault, const CEquationList& list) {
+  if (!fault.isUnknownName) return fault.text;
+  const CStringArray assigned = AssignedNames(list.equations);
+  CNameSet names(list.Names());
+  names.Add(assigned);
+  const CString name = NameAt(list.equations[fault.statement - 1], fault.offset);
+  return NoVariable(name, CNearestName().Find(name, names));
+}
+
+}  // namespace
+
+CString CEquationFinding::Line() const {
+  CString place;
+  place.Format(": statement %d, offset %d: ", number, offset);
+  return key + (owner.IsEmpty() ? CString() : " (\"" + owner + "\")") + place + text;
+}
 
 std::vector<CEquationFinding> FindEquationFaults(const CConfiguration& configuration,
                                                  const CStageNames& names) {
@@ -11,11 +37,8 @@ std::vector<CEquationFinding> FindEquationFaults(const CConfiguration& configura
   for (const CEquationList& list : EquationLists(configuration, names)) {
     const CEquationFault fault = CEquator().Compile(list.Names(), list.equations);
     if (fault.statement == 0) continue;
-    CString place;
-    place.Format(": statement %d, offset %d: ", fault.statement, fault.offset);
-    const CString name = list.userName.IsEmpty() ? CString() : " (\"" + list.userName + "\")";
-    findings.push_back(
-        {list.Key() + name + place + fault.text, list.equations[fault.statement - 1], fault.offset});
+    findings.push_back({list.Key(), list.userName, fault.statement, list.equations[fault.statement - 1],
+                        fault.offset, FaultText(fault, list)});
   }
   return findings;
 }

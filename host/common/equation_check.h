@@ -10,11 +10,15 @@ namespace vastra {
 
 // An equation list that does not compile with the variables that it can read.
 struct CEquationFinding {
-  // One line: the path of the key that the user typed, the name of its object, the number of the statement
-  // (from 1), the offset in it (from 0) and the error.
-  CString message;
-  CString statement;  // its text
-  int offset = 0;
+  CString key;    // the path of the key that the user typed
+  CString owner;  // the name that the user gave its object, or empty
+  int number;     // of the statement, from 1
+  CString statement;
+  int offset;    // of the fault in the statement, from 0
+  CString text;  // what is wrong; for a name also which one was probably meant
+
+  // One line with all of it but the statement.
+  CString Line() const;
 };
 
 // One for each list in use. A list whose names cannot be worked out is left out: its stage reports the

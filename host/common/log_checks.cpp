@@ -84,8 +84,8 @@ void CheckShared(const CLogTarget& target, const std::vector<const CLogTarget*>&
   const CString words = rival ? ": each counts, and removes, the " +
                                     CountedByBoth(rival->naming, target.naming) + " logs of the other"
                               : CString(": each counts its own logs alone");
-  findings.Warn(target.key + ".directory",
-                "is that of " + (rival ? rival : former.front())->key + " too" + words);
+  const CString text = "is that of " + (rival ? rival : former.front())->key + " too" + words;
+  rival ? findings.Warn(target.key + ".directory", text) : findings.Note(target.key + ".directory", text);
 }
 
 }  // namespace

@@ -34,8 +34,7 @@ class CNameCheck {
                                       ", whose variables are not logged: it is always 0");
     const CString* near = m_nearest.Find(name, own);
     if (!near) near = m_nearest.Find(name, givers.stage);
-    const CString text =
-        "there is no variable " + Quoted(name) + (near ? "; did you mean " + Quoted(*near) + "?" : CString());
+    const CString text = NoVariable(name, near);
     givers.isRefused ? m_findings.Refuse(key, text) : m_findings.Warn(key, text);
   }
 
@@ -97,13 +96,13 @@ void CheckFlags(const CCheckContext& context, CFindings& findings) {
 void CheckBaseVars(const CCheckContext& context, CFindings& findings) {
   const CStringArray& stored = context.configuration.m_trend.m_baseVars;
   if (context.names.hasInput && !stored.IsEmpty() && !(stored == context.names.input))
-    findings.Warn("trend.baseVars", "differ from the variables of the input, which are used");
+    findings.Note("trend.baseVars", "differ from the variables of the input, which are used");
 }
 
 void CheckUnusedEquations(const CCheckContext& context, CFindings& findings) {
   const CInputConfig& input = context.configuration.m_input;
   if (input.m_preprocess || (input.m_preEquationText.IsEmpty() && input.m_preEquations.IsEmpty())) return;
-  findings.Warn(input.m_preEquationText.IsEmpty() ? "input.preEquations" : "input.preEquationText",
+  findings.Note(input.m_preEquationText.IsEmpty() ? "input.preEquations" : "input.preEquationText",
                 "is not used, since preprocess is 0");
 }
 

@@ -56,6 +56,11 @@ const CString* CNearestName::Find(const CString& wrong, const CNameSet& names) {
   return nearest;
 }
 
+CString NoVariable(const CString& name, const CString* near) {
+  return "there is no variable " + Quoted(name) +
+         (near ? "; did you mean " + Quoted(*near) + "?" : CString());
+}
+
 CStringArray AssignedNames(const CStringArray& equations) {
   CStringArray names;
   for (const CString& equation : equations)

@@ -41,6 +41,9 @@ class CNearestName {
   int m_comparisonsLeft = 300'000;
 };
 
+// The message about a name that nothing gives. near: the name that was probably meant, or null.
+CString NoVariable(const CString& name, const CString* near);
+
 // The names that the statements assign, in order.
 CStringArray AssignedNames(const CStringArray& equations);
 

@@ -52,6 +52,17 @@ void CheckDriverSettings(const CCheckContext& context, CFindings& findings) {
   });
 }
 
+// The values of a node get its names in order, so each read of a node with another number of them fails.
+void CheckCounts(const CCheckContext& context, CFindings& findings) {
+  ForEachUsedNode(context, [&](const CString& key, const CPlcNodeConfig& node, bool, int) {
+    const UINT count = node.m_driver.variableCount, names = static_cast<UINT>(node.m_varNames.GetSize());
+    if (count != names)
+      findings.Warn(key + ".driver.variableCount",
+                    CString(std::to_string(count)) + " is not the number of variables, " +
+                        CString(std::to_string(names)) + ": no read and no write succeeds");
+  });
+}
+
 // The scaler ignores a rule for a variable that the node does not have, without a message.
 void CheckScalers(const CCheckContext& context, CFindings& findings) {
   ForEachNode(context.configuration, [&](const CString& key, const CPlcNodeConfig& node, bool isWritten) {
@@ -62,6 +73,8 @@ void CheckScalers(const CCheckContext& context, CFindings& findings) {
       const CString place = KeyPath(key + ".scaler", index++);
       if (!names.Has(rule.m_varName))
         findings.Warn(place + ".varName", "the node has no variable " + Quoted(rule.m_varName));
+      else if (rule.m_scale == 0)
+        findings.Warn(place + ".scale", "0 makes each value of " + Quoted(rule.m_varName) + " 0");
     }
   });
 }
@@ -72,7 +85,7 @@ void CheckAbsence(const CCheckContext& context, CFindings& findings) {
   for (const CPlcNodeConfig* node : context.configuration.m_input.m_plcNodes)
     failing += node->m_absent == EAbsent::fail;
   if (failing > 1)
-    findings.Warn("input.plcNodes",
+    findings.Note("input.plcNodes",
                   CString(std::to_string(failing)) +
                       " nodes have \"absent\": \"fail\": one of them that does not answer fails the scan of "
                       "all nodes; with \"nan\" or \"hold\" the others go on");

@@ -33,7 +33,8 @@ void CConfigurationSheet::OnInitDialog() {
 CConfigurationSheet::EPage CConfigurationSheet::PageOf(const CString& part) {
   constexpr std::pair<std::string_view, EPage> kPages[] = {
       {"output", pageOutputs},      {"outputs", pageOutputs}, {"summary", pageSummaries},
-      {"summaries", pageSummaries}, {"smart", pageSmart},     {"plcWrite", pagePlcWrite}};
+      {"summaries", pageSummaries}, {"smart", pageSmart},     {"plcWrite", pagePlcWrite},
+      {"written", pagePlcWrite},    {"Plc", pagePlcWrite}};
   const std::string_view word = part.View().substr(0, part.View().find_first_of("[. "));
   for (const auto& [name, page] : kPages)
     if (name == word) return page;

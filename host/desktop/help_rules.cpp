@@ -23,6 +23,7 @@ constexpr CHelpPlace kHelpPlaces[] = {
     {"Configuration", kGuide, "A variable of your own"},  // of a view; the sheet has the titles of its pages
     {"Messages", kGuide, "When it does not start"},
     {"Console Configuration", kGuide, "When it does not start"},
+    {"Check", kGuide, "When it does not start"},
     {"Message Log", kGuide, "The message log"},
     {"Values", kGuide, "All values"},
     {"Report", kGuide, "The report"},

@@ -85,13 +85,13 @@ CLoggedMessage LineOf(const CRunMessage& message) {
   return line;
 }
 
-CLoggedMessage DesktopLine(char severity, std::string_view text) {
+CLoggedMessage DesktopLine(char severity, std::string_view text, std::string_view part) {
   _timeb now;
   _ftime(now);
   const std::int64_t time = MillisecondsOf(now);
   CLoggedMessage line = {
-      time, time, 1, severity, kSaidByDesktop, "", OneLine(Shortened(std::string(text).c_str()))};
-  SplitPlace(line);
+      time, time, 1, severity, kSaidByDesktop, OneLine(part), OneLine(Shortened(std::string(text).c_str()))};
+  if (part.empty()) SplitPlace(line);
   return line;
 }
 

@@ -28,8 +28,9 @@ constexpr const char* kSaidByDesktop = "desktop";
 
 // The line of a message of a run, in words for people.
 CLoggedMessage LineOf(const CRunMessage& message);
-// A line of the desktop, of now. The key at the start of text, as in "outputs[1].maxLogs: ...", is the part.
-CLoggedMessage DesktopLine(char severity, std::string_view text);
+// A line of the desktop, of now. Without a part, the key at the start of text, as in "outputs[1].maxLogs:
+// ...", is the part.
+CLoggedMessage DesktopLine(char severity, std::string_view text, std::string_view part = {});
 
 // Whether both say the same. Fold then adds the later one to line.
 bool IsRepeat(const CLoggedMessage& line, const CLoggedMessage& later);

@@ -7,7 +7,6 @@
 #include <QStyle>
 #include <QToolBar>
 
-#include "host/desktop/configuration_sheet.h"
 #include "host/desktop/help_window.h"
 #include "host/desktop/main_window.h"
 
@@ -61,8 +60,9 @@ void CMainWindow::MakeFileMenu() {
 
 void CMainWindow::MakeRunMenu() {
   QMenu* run = menuBar()->addMenu("&Run");
-  m_start = AddAction(run, "&Start", QKeySequence("F5"), [this] { Start(); });
+  m_start = AddAction(run, "&Start", QKeySequence("F5"), [this] { StartRun(true); });
   m_stop = AddAction(run, "S&top", QKeySequence("Shift+F5"), [this] { m_runner.Stop(); });
+  m_needDocument << AddAction(run, "&Check", QKeySequence("Ctrl+Shift+K"), [this] { Check(); });
   UseKeysEverywhere(*run);
   run->addSeparator();
   run->setToolTipsVisible(true);
@@ -101,9 +101,7 @@ void CMainWindow::MakeWindowMenu() {
 }
 
 void CMainWindow::ShowMessageLog() {
-  m_messages.ShowLog([this](const CString& part) {
-    if (m_edit->isEnabled()) EditConfiguration(CConfigurationSheet::PageOf(part));
-  });
+  m_messages.ShowLog([this](const CString& part) { OpenPlace(part); });
 }
 
 void CMainWindow::MakeStatusBar() {

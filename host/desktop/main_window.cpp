@@ -10,14 +10,15 @@
 #include <QMimeData>
 #include <QProgressBar>
 #include <QStatusBar>
+#include <QTimer>
 #include <QUrl>
 
 #include <algorithm>
 
 #include "host/common/configuration_json.h"
 #include "host/common/demo.h"
-#include "host/common/driver_search.h"
 #include "host/common/paths.h"
+#include "host/desktop/check_window.h"
 #include "host/desktop/configuration_sheet.h"
 #include "host/desktop/help_window.h"
 #include "host/desktop/plant_view.h"
@@ -46,21 +47,6 @@ const char* NameOf(CRunner::EState state) {
   return "";
 }
 
-CString Trimmed(CString text) {
-  text.TrimLeft();
-  return text;
-}
-
-// An open dialog uses the stages: the user has to close it before they are replaced.
-bool HasOpenDialog() {
-  QWidget* dialog = QApplication::activeModalWidget();
-  if (!dialog) return false;
-  QApplication::beep();
-  dialog->raise();
-  dialog->activateWindow();
-  return true;
-}
-
 // The path of the only file in data; empty if it is something else.
 CString DroppedFile(const QMimeData& data) {
   const QList<QUrl> urls = data.urls();
@@ -70,6 +56,16 @@ CString DroppedFile(const QMimeData& data) {
 }
 
 }  // namespace
+
+// An open dialog uses the stages: the user has to close it before they are replaced.
+bool CMainWindow::HasOpenDialog() {
+  QWidget* dialog = QApplication::activeModalWidget();
+  if (!dialog) return false;
+  QApplication::beep();
+  dialog->raise();
+  dialog->activateWindow();
+  return true;
+}
 
 CMainWindow::CMainWindow()
     : m_messages(m_settings),
@@ -112,6 +108,7 @@ bool CMainWindow::Open(const CString& path) {
   m_settings.AddRecent(m_document.Path());
   m_messages.Log().Open(m_document.Path());
   StartChoosersIn(m_document.Folder());
+  if (m_check) m_check->Forget();
   UseConfiguration();
   TakeState();
   OpenWorkspace();
@@ -201,6 +198,7 @@ void CMainWindow::New() {
   m_document.New();
   m_messages.Log().Open("");
   StartChoosersIn(m_document.Folder());
+  if (m_check) m_check->Forget();
   UseConfiguration();
   TakeState();
 }
@@ -289,6 +287,7 @@ void CMainWindow::EditConfiguration(int page) {
   sheet.SetTrend(&trend);
   if (!m_document.Configuration().m_input.m_plcNodes.IsEmpty()) sheet.SetFirstPage(page);
   sheet.DoModal();
+  StartAgain();
 }
 
 // Opens the sheet with the page of part.
@@ -318,6 +317,7 @@ void CMainWindow::Apply(const CConfigurationSheet& sheet, const CTrendConfig& tr
     else
       ApplyWhileRunning(former);
     if (m_names.hasInput) m_document.TakeBaseVars(m_names.input);
+    CheckAgain();
   }
   ShowState();
 }
@@ -336,7 +336,7 @@ void CMainWindow::ApplyWhileRunning(CConfiguration former) {
   if (!isAhead) return;
   m_isAhead = true;
   ShowState();
-  AfxMessageBox("The logger is running: the changes apply at the next start.", MB_OK);
+  OfferRestart();
 }
 
 void CMainWindow::ShowReport() {
@@ -350,48 +350,6 @@ void CMainWindow::ShowReport() {
 void CMainWindow::ShowAbout() {
   QMessageBox::about(this, "About Vastra",
                      "Vastra " VASTRA_VERSION "\n\nLogs samples from controllers and earlier logs.");
-}
-
-void CMainWindow::Start() {
-  if (!m_document.IsOpen() || m_runner.State() != CRunner::EState::stopped || HasOpenDialog()) return;
-  UseConfiguration();
-  if (!IsFitToStart()) return;
-  for (const CString& fault : FindModuleFaults()) m_messages.Warn(fault);
-  for (const CString& warning : m_runner.Run().Warnings()) m_messages.Warn(warning);
-  for (const CString& fault : m_runner.Run().BadLogs()) m_messages.Warn(fault + ": the log is left out");
-  if (LeavesOutWriting(m_document.Configuration(), RunOptions()))
-    m_messages.Tell("plcWrite: a replay writes to no PLC; the menu Run, Replay Writes to PLCs, changes that");
-  m_runner.Start();
-}
-
-// Shows what the checks refuse and each equation list that does not compile: as many lines as fit on a
-// screen.
-bool CMainWindow::IsFitToStart() {
-  constexpr std::size_t kMostShown = 20;
-  std::vector<CString> faults = m_runner.Run().Refusals();
-  for (const CEquationFinding& fault : m_runner.Run().EquationFaults())
-    faults.push_back(fault.message + "\n    " + Trimmed(fault.statement));
-  for (const CString& fault : faults) m_messages.KeepFault(fault);
-  CString text;
-  for (std::size_t i = 0; i < std::min(faults.size(), kMostShown); ++i)
-    text += (i == 0 ? "" : "\n") + faults[i];
-  if (faults.size() > kMostShown)
-    text += "\nand " + CString(std::to_string(faults.size() - kMostShown)) + " more";
-  if (!text.IsEmpty()) RefuseStart(faults.front(), text);
-  return text.IsEmpty();
-}
-
-void CMainWindow::ShowOpenFault() {
-  const CString fault = m_runner.Run().OpenFault();
-  m_messages.KeepFault(fault);
-  RefuseStart(fault, fault);
-}
-
-// The plant shows the reason until the next start, a box all of text.
-void CMainWindow::RefuseStart(const CString& reason, const CString& text) {
-  m_startFault = reason;
-  ShowPlant();
-  AfxMessageBox(text);
 }
 
 void CMainWindow::ShowTrend() {
@@ -416,6 +374,8 @@ void CMainWindow::TakeState() {
   const bool isStopped = state == CRunner::EState::stopped;
   const bool isSettled = isStopped || state == CRunner::EState::running;
   m_views.Enable(isSettled);
+  if (isSettled) m_messages.Messenger().HoldBoxes(false);
+  if (isStopped && m_restarts) QTimer::singleShot(0, this, [this] { StartAgain(); });
   if (state == CRunner::EState::running) m_views.ResetNames();
   if (isSettled && m_document.IsOpen()) ShowCounts();
   if (m_document.IsOpen()) {

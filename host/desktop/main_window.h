@@ -7,7 +7,9 @@
 #include <vector>
 
 #include "host/desktop/attached_window.h"
+#include "host/desktop/check_rules.h"
 #include "host/desktop/document.h"
+#include "host/desktop/driver_captions.h"
 #include "host/desktop/live_views.h"
 #include "host/desktop/messages.h"
 #include "host/desktop/runner.h"
@@ -22,6 +24,7 @@ class QProgressBar;
 
 namespace vastra {
 
+class CCheckWindow;
 class CConfigurationSheet;
 class CHelp;
 class CPlantView;
@@ -37,7 +40,7 @@ class CMainWindow : public QMainWindow {
   // Asks a new user, once, whether to start with the demo.
   void OfferDemo();
   bool WantsToStart() { return m_document.Configuration().m_input.m_autoStart != 0; }
-  void Start();
+  void Start() { StartRun(false); }
   // The stage that the views use. Only while a configuration is open.
   CLogTrendings& Trendings() { return m_runner.Run().Trend(); }
   // Stops the run and ends the program, without a question.
@@ -75,7 +78,23 @@ class CMainWindow : public QMainWindow {
   void ShowReport();
   void ShowAbout();
 
-  bool IsFitToStart();
+  // The check and the start, in main_checks.cpp.
+  CPlaceWords Words();
+  CCheckWindow& CheckWindow();
+  std::vector<CCheckEntry> CheckDocument();
+  void ShowCheck(const std::vector<CCheckEntry>& entries, bool asksToStart);
+  void Check();
+  void CheckAgain();
+  void OpenPlace(const CString& place);
+  void StartRun(bool asks);
+  void RefuseStart(const std::vector<CCheckEntry>& entries);
+  void ShowOpenFault();
+  void SetStartFault(const CString& reason);
+  void OfferRestart();
+  void Restart();
+  void StartAgain();
+
+  static bool HasOpenDialog();
   void UseConfiguration();
   void SetKeepLogs(bool keep);
   CLoopOptions RunOptions();  // of the next run
@@ -86,8 +105,6 @@ class CMainWindow : public QMainWindow {
   void ShowTrend();
   void ShowGrid();
   void TakeTrend();
-  void ShowOpenFault();
-  void RefuseStart(const CString& reason, const CString& text);
   void TakeState();
   void ShowState();
   void ShowCounts();
@@ -117,6 +134,10 @@ class CMainWindow : public QMainWindow {
   bool m_isAhead = false;  // the document has changes that the run does not have
 
   CHelp* m_help;
+  CDriverCaptions m_driverCaptions;
+  CCheckWindow* m_check = nullptr;  // null: not needed yet
+  bool m_restarts = false;          // the run ends and starts again with the changes
+
   CPlantView* m_plant;
   CString m_startFault;  // why the last start has failed
   QMenu* m_recent = nullptr;

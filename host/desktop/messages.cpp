@@ -43,9 +43,9 @@ bool CMessages::IsShown() const {
   });
 }
 
-void CMessages::Warn(const CString& text) {
-  WriteToConsole(kWindow, "Warning: " + text, kWarningColour, 0);
-  m_log.AddMessage(DesktopLine(severityWarning, text.View()));
+void CMessages::Warn(const CString& text, const CString& part) {
+  WriteToConsole(kWindow, "Warning: " + (part.IsEmpty() ? text : part + ": " + text), kWarningColour, 0);
+  m_log.AddMessage(DesktopLine(severityWarning, text.View(), part.View()));
 }
 
 void CMessages::Tell(const CString& text) {

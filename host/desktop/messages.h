@@ -22,8 +22,8 @@ class CMessages {
   bool IsShown() const;
   // Asks which kinds to show, whether the window stays on top and whether to clear it.
   void Configure();
-  // Shows a warning of the host.
-  void Warn(const CString& text);
+  // Shows a warning of the host. part: of the configuration, empty if text names it or there is none.
+  void Warn(const CString& text, const CString& part = {});
   // Shows an event that is not a failure.
   void Tell(const CString& text);
 
@@ -33,7 +33,9 @@ class CMessages {
   CMessageModel& Log() { return m_log; }
   // Adds to the log a message of a run, from any thread; a fault that the user sees in a box.
   void Keep(const CRunMessage& message);
-  void KeepFault(const CString& text) { m_log.AddMessage(DesktopLine(severityError, text.View())); }
+  void KeepFault(const CString& text, const CString& part) {
+    m_log.AddMessage(DesktopLine(severityError, text.View(), part.View()));
+  }
 
   // The lines are those of the engine, as with all messages on, or written for people.
   void SetPlain(bool isPlain);

@@ -4,11 +4,14 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
 #include "host/common/key_path.h"
 #include "host/common/log_targets.h"
+#include "host/common/name_repeats.h"
+#include "host/common/name_set.h"
 #include "host/common/paths.h"
 #include "vastra/platform/file_system.h"
 #include "vastra/plc/driver_factory.h"
@@ -52,13 +55,24 @@ CString FindReplayFault(const CInputConfig& input) {
   return {};
 }
 
+// Samples of two nodes are not joined if both have a variable of that name.
+CString FindRepeatFault(const CInputConfig& input) {
+  CString fault;
+  ForEachNodeRepeat(input, [&](const CString& key, const CString& name, const CString& former) {
+    const bool isOtherNode = key.Left(key.Find(']')) != former.Left(former.Find(']'));
+    if (fault.IsEmpty() && isOtherNode) fault = key + ": " + Quoted(name) + " is in " + former + " already";
+  });
+  return fault;
+}
+
 CString FindInputFault(const CConfiguration& configuration) {
   const CInputConfig& input = configuration.m_input;
   if (input.m_simulating) return FindReplayFault(input);
   if (input.m_plcNodes.IsEmpty()) return "input.plcNodes: there is no PLC node";
-  for (const CPlcNodeConfig* node : input.m_plcNodes)
-    if (IsInstalled(*node)) return {};
-  return "input.plcNodes: no PLC node has a driver that is installed";
+  if (std::none_of(input.m_plcNodes.begin(), input.m_plcNodes.end(),
+                   [](const CPlcNodeConfig* node) { return IsInstalled(*node); }))
+    return "input.plcNodes: no PLC node has a driver that is installed";
+  return FindRepeatFault(input);
 }
 
 CString FindWriteFault(const CConfiguration& configuration) {

@@ -74,6 +74,11 @@ class CRun : private CRunMessenger::CReader {
   std::vector<CString> Refusals() const { return LinesOf(Findings(), true); }
   // With a policy for logs: the logs of a replay that are bad, a line each. The run leaves them out.
   const std::vector<CString>& BadLogs() const { return m_plan.badLogs; }
+  // Whether a run of plan writes to its PLCs.
+  bool WritesToPlcs(const CRunPlan& plan) const {
+    return !plan.configuration.m_plcWrite.m_disableWriting &&
+           !LeavesOutWriting(plan.configuration, m_options);
+  }
   // The equation lists that do not compile. A host does not start a run that has one.
   std::vector<CEquationFinding> EquationFaults() const { return EquationFaults(m_plan); }
   std::vector<CEquationFinding> EquationFaults(const CRunPlan& plan) const;

@@ -27,7 +27,7 @@ void CRunMessenger::Send(const char* linkType, const char* linkName, char functi
     return CMessenger::Send(linkType, name.c_str(), function, severity, text ? cut.c_str() : nullptr);
   EndOperation(severity);
   Say(message);
-  if (severity == severityFatal && m_fatalFilter)
+  if (severity == severityFatal && m_fatalFilter && !m_holdsBoxes)
     AfxMessageBox(CString(MessageText(message)), MB_OK | MB_ICONSTOP);
 }
 

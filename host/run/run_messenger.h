@@ -38,6 +38,8 @@ class CRunMessenger : public CMessenger {
   // By default the lines are those of CMessenger, byte for byte.
   void SpeakToPeople(bool isOn) { m_forPeople = isOn; }
   bool SpeaksToPeople() const { return m_forPeople; }
+  // While it speaks to people: no box for a Fatal line, since the host shows one for all that happens now.
+  void HoldBoxes(bool isOn) { m_holdsBoxes = isOn; }
 
   // While the object exists nothing is shown: what fails now fails again, and is shown, when the stages open.
   class CQuiet {
@@ -56,7 +58,7 @@ class CRunMessenger : public CMessenger {
   void EndOperation(char severity);
 
   std::atomic<CReader*> m_pReader{nullptr};
-  std::atomic<bool> m_forPeople{false};
+  std::atomic<bool> m_forPeople{false}, m_holdsBoxes{false};
 };
 
 }  // namespace vastra

@@ -39,6 +39,10 @@ const std::string kStaysNan =
     " stays NaN once a node with \"absent\": \"nan\" or \"hold\" was away; use the aliveVar of the node, as "
     "in: "
     "Sum = Alive ? Sum + x : Sum\n";
+const std::string kSpelling =
+    ": a name for them has letters (A to Z, a to z), digits and single underscores, a letter first, and is "
+    "not "
+    "a word of the language\n";
 const std::string kMeets = " can have the same names in that folder; use another folder or other prefixes\n";
 
 TEST_F(Checks, FindWhatLooksRightAndIsWrong) {
@@ -87,6 +91,32 @@ TEST_F(Checks, FindWhatLooksRightAndIsWrong) {
              Node("\"y\"", R"(, "aliveVar": "x")")),
        "! input.plcNodes[0].aliveVar: \"y\" is in input.plcNodes[1].varNames already\n"
        "! input.plcNodes[1].aliveVar: \"x\" is in input.plcNodes[0].varNames already\n"},
+      {Input(R"({"driver": {"plcType": 9001, "variableCount": 2}, "varNames": ["x"],
+"scaler": [{"varName": "x", "scale": 0}]})"),
+       "input.plcNodes[0].driver.variableCount: 2 is not the number of variables, 1: no read and no write "
+       "succeeds\ninput.plcNodes[0].scaler[0].scale: 0 makes each value of \"x\" 0\n"},
+      // names that repeat, and names that equations cannot use
+      {Input(Node(R"("x", "y", "x")") + "," + Node("\"y\"", kNan),
+             R"(, "preprocess": 1, "preEquationText": "z = x;", "preNewVars": ["x", "z", "x"])") +
+           R"(, "smart": {"outputVars": ["z", "s", "s"]}, "trend": {"calculateExtra": 1, "equationText": "x = z;",
+"extraVars": ["x"]}, )" +
+           Outputs(Log(R"(, "varNames": ["x", "z", "x"])")) + R"(, "summaries": [)" +
+           Log(R"(, "varNames": ["x", "x"])", "file/..") + "]",
+       "input.plcNodes[0].varNames[2]: \"x\" is in input.plcNodes[0].varNames[0] already\n"
+       "input.plcNodes[1].varNames[0]: \"y\" is in input.plcNodes[0].varNames[1] already\n"
+       "input.preNewVars[2]: \"x\" is in input.preNewVars[0] already\n"
+       "outputs[0].varNames[2]: \"x\" is in outputs[0].varNames[0] already\n"
+       "summaries[0].varNames[1]: \"x\" is in summaries[0].varNames[0] already\n"
+       "summaries[0].directory: is that of outputs[0] too: each counts its own logs alone\n"
+       "smart.outputVars[0]: \"z\" is in the variables of the input already\n"
+       "smart.outputVars[2]: \"s\" is in smart.outputVars[1] already\n"
+       "trend.extraVars[0]: \"x\" is in the variables of the input already\n"},
+      {Input(Node(R"("x", "my x", "a-b", "sin", "Größe", "x_1")",
+                  R"(, "absent": "nan", "aliveVar": "x alive")")) +
+           R"(, "smart": {"outputVars": ["1st"]})",
+       "input.plcNodes[0].varNames[1]: equations cannot use \"my x\" and 3 more" + kSpelling +
+           "input.plcNodes[0].aliveVar: equations cannot use \"x alive\"" + kSpelling +
+           "smart.outputVars[0]: equations cannot use \"1st\"" + kSpelling},
       // sums
       {Input(Node("\"x\"", kNan) + "," + Node("\"Run\", \"Reset\""),
              R"(, "preprocess": 1, "preNewVars": ["x", "y", "Alive", "Run", "Reset"], "preEquationText":

@@ -87,7 +87,8 @@ TEST_F(ConfigurationSheet, CancelLeavesWhatWasNotApplied) {
   EXPECT_EQ(Saved()["plcWrite"]["disableWriting"], 0);
 }
 
-constexpr const char* kAtNextStart = "!|The logger is running: the changes apply at the next start.|00";
+constexpr const char* kAtNextStart =
+    "!|The logger is running: the changes apply at the next start.\n\nRestart it now?|124";
 
 // What is written to the station is read as p.
 TEST_F(ConfigurationSheet, WhileTheLoggerRunsOnlyWritingIsTurnedOffAtOnce) {

@@ -417,22 +417,6 @@ TEST_F(Desktop, WhoIsNewHereIsOfferedTheDemoOnce) {
   CTestWindow().OfferDemo();  // does not ask: the program has been used before
 }
 
-TEST_F(Desktop, WhatPreventsAStartIsShown) {
-  const std::pair<std::string, std::string> cases[] = {
-      {Configuration(kSimulator,
-                     R"(, "preprocess": 1, "preNewVars": ["a", "b"], "preEquationText": "x = a; y = ;")"),
-       "|input.preEquationText: statement 2, offset 5: "},
-      {"{}", "|input: the stage does not open: input.plcNodes: there is no PLC node|30"}};
-  for (const auto& [configuration, box] : cases) {
-    WriteBytes(m_demo, configuration);
-    CTestWindow window(m_demo);
-    window.Start();
-    ASSERT_TRUE(Wait([&] { return !window.boxes.asked.empty(); }));
-    EXPECT_EQ(window.boxes.Take()[0].substr(0, box.size()), box);
-    EXPECT_TRUE(HasStatus(window, "Stopped"));
-  }
-}
-
 TEST_F(Desktop, TheReportIsShownCopiedAndSaved) {
   CTestWindow window(m_demo);
   ActionOf(window, "Report")->trigger();

@@ -163,7 +163,7 @@ TEST_F(Run, FindsTheEquationsInUseThatDoNotCompile) {
 "trend": {"calculateExtra": 1, "equationText": "t = nobody;"}})");
   std::string faults;
   for (const CEquationFinding& fault : CRun(configuration, m_messenger).EquationFaults())
-    faults += fault.message.Std().substr(0, fault.message.Std().rfind(": ")) + "\n";
+    faults += fault.Line().Std().substr(0, fault.Line().Std().rfind(": ")) + "\n";
   EXPECT_EQ(faults,
             "input.preEquationText: statement 2, offset 9\nsmart.equationText: statement 1, offset 4\n"
             "outputs[1].enableText (\"All\"): statement 1, offset 17\n"

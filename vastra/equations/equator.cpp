@@ -51,7 +51,7 @@ CEquationFault CEquator::CompileAll(const CStringArray& equations) {
   m_code.SetSize(equations.GetSize());
   for (int i = 0; i < equations.GetSize(); ++i) {
     if (!parser.Parse(equations[i], m_code[i].GetHead(), &names))
-      return {i + 1, parser.GetLastError(), parser.GetLastFault()};
+      return {i + 1, parser.GetLastError(), parser.GetLastFault(), parser.IsUnknownName()};
     if (names[parser.GetTarget()] == GetTarget(i)) continue;
     return {i + 1, equations[i].Find('='), kHiddenName};
   }

@@ -16,6 +16,7 @@ struct CEquationFault {
   int statement = 0;  // from 1; 0: no fault
   int offset = 0;     // of the bad token in the statement, from 0
   const char* text = "";
+  bool isUnknownName = false;  // the token is a name that is neither known nor assigned
 };
 
 // One thread at a time.

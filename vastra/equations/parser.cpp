@@ -6,6 +6,7 @@
 
 #include "vastra/equations/compile_state.h"
 #include "vastra/equations/random.h"
+#include "vastra/equations/scanner.h"
 
 int equationparse();  // generated from grammar.y; returns 0 if the statement is accepted
 
@@ -33,7 +34,16 @@ int CParser::Parse(CString equation, CLineCodeList* code, CStringArray* names) {
   m_nLastError = compileState.nCount;
   m_lastFault = accepted ? "" : FaultText(compileState.pFault);
   m_nTarget = compileState.nTarget;
+  m_isUnknownName = !accepted && !*compileState.pFault;
   return accepted;
+}
+
+bool IsVariableName(const CString& name) {
+  compileState.ParsingEq = name;
+  compileState.nEqIndex = compileState.nCount = 0;
+  const bool isName = yylex() == tokenName && compileState.Text == name;
+  compileState.nEqIndex = compileState.nCount = 0;
+  return isName;
 }
 
 void yyerror(const char* message) {

@@ -24,6 +24,9 @@ class VASTRA_API CParser {
   // After a failure the message for the user; empty after success.
   const char* GetLastFault() const { return m_lastFault; }
 
+  // Whether the fault is a name that is neither known nor assigned.
+  bool IsUnknownName() const { return m_isUnknownName; }
+
   // The index in names of the assigned name; -1 if the fault is before it.
   int GetTarget() const { return m_nTarget; }
 
@@ -31,6 +34,10 @@ class VASTRA_API CParser {
   int m_nLastError = 0;
   const char* m_lastFault = "";
   int m_nTarget = -1;
+  bool m_isUnknownName = false;
 };
+
+// Whether equations can read and assign a variable of this name: one word of the language, not reserved.
+VASTRA_API bool IsVariableName(const CString& name);
 
 }  // namespace vastra
