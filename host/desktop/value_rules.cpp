@@ -16,7 +16,7 @@ namespace {
 constexpr float kSmall = 1e-3F, kLarge = 1e10F;
 
 constexpr std::chrono::milliseconds kShortestStale{2000};
-constexpr int kStalePeriods = 3;
+constexpr int kStaleScans = 3;
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
@@ -118,7 +118,7 @@ CString AgeText(double seconds) {
 }
 
 EStale StalenessOf(bool isRunning, bool isAway, double seconds, std::chrono::milliseconds scanPeriod) {
-  const std::chrono::duration<double> limit = std::max(kStalePeriods * scanPeriod, kShortestStale);
+  const std::chrono::duration<double> limit = std::max(kStaleScans * scanPeriod, kShortestStale);
   if (!isRunning) return EStale::stopped;
   if (isAway) return EStale::away;
   return seconds > limit.count() ? EStale::old : EStale::no;
