@@ -72,6 +72,8 @@ std::optional<_timeb> TimeOf(const json& value) {
 void Set(const json& value, _timeb& time) { time = TimeOf(value).value_or(time); }
 
 void Set(const json& value, CStageFacts& stage);
+void Set(const json& value, COriginFacts& origin);
+void Set(const json& value, CUnitFacts& unit);
 void Set(const json& value, CMessageLine& message);
 void Set(const json& value, CNodeFacts& node);
 void Set(const json& value, CFolderFacts& folder);
@@ -108,7 +110,16 @@ void Read(const json& object, const char* key, T& field, More&&... more) {
   Read(object, std::forward<More>(more)...);
 }
 
-void Set(const json& value, CStageFacts& stage) { Read(value, "name", stage.name, "folder", stage.folder); }
+void Set(const json& value, CStageFacts& stage) {
+  Read(value, "name", stage.name, "folder", stage.folder, "binary", stage.binary, "text", stage.text,
+       "maxLogs", stage.maxLogs, "maxSamples", stage.maxSamples);
+}
+
+void Set(const json& value, COriginFacts& origin) {
+  Read(value, "variables", origin.variables, "alive", origin.alive);
+}
+
+void Set(const json& value, CUnitFacts& unit) { Read(value, "variable", unit.variable, "unit", unit.unit); }
 
 void Set(const json& value, CMessageLine& message) {
   std::string severity, function;
@@ -119,7 +130,7 @@ void Set(const json& value, CMessageLine& message) {
 }
 
 void Set(const json& value, CNodeFacts& node) {
-  Read(value, "name", node.name, "up", node.up, "since", node.since, "reason", node.reason, "next",
+  Read(value, "name", node.name, "up", node.up, "answered", node.answered, "since", node.since, "reason", node.reason, "next",
        node.next);
 }
 
@@ -147,9 +158,10 @@ CFeedEvent HelloOf(const json& line) {
   CHelloLine hello;
   Read(line, "feed", hello.feed, "name", hello.name, "vastra", hello.vastra, "configuration",
        hello.configuration, "pid", hello.pid, "started", hello.started, "period", hello.period, "variables",
-       hello.variables);
+       hello.variables, "units", hello.units);
   if (const json* stages = FieldOf(line, "stages"))
-    Read(*stages, "nodes", hello.nodes, "writes", hello.writes, "outputs", hello.outputs, "summaries",
+    Read(*stages, "nodes", hello.nodes, "origins", hello.origins, "replayed", hello.replayed, "writes",
+         hello.writes, "outputs", hello.outputs, "summaries",
          hello.summaries, "smart", hello.smart);
   return hello;
 }

@@ -17,8 +17,21 @@ namespace vastra {
 
 constexpr int kFeedVersion = 1;
 
+// An output or a summary. Earlier loggers say name and folder alone.
 struct CStageFacts {
   std::string name, folder;
+  bool binary = true, text = false;  // the forms of its logs
+  std::optional<std::uint64_t> maxLogs, maxSamples;
+};
+
+// The variables of a node.
+struct COriginFacts {
+  std::vector<std::string> variables;
+  std::string alive;  // the one that is 0 while the node is away; empty: none
+};
+
+struct CUnitFacts {
+  std::string variable, unit;
 };
 
 // Who the logger is. It comes first, and again whenever something in it changes.
@@ -29,7 +42,10 @@ struct CHelloLine {
   _timeb started;
   double period = 0;                   // milliseconds
   std::vector<std::string> variables;  // of the samples to come; empty before a run is open
+  std::vector<CUnitFacts> units;       // of variables that have one
   std::vector<std::string> nodes, writes;
+  std::vector<COriginFacts> origins;  // of the nodes; empty: the logger does not say
+  std::int64_t replayed = 0;          // logs that are the input in place of nodes
   std::vector<CStageFacts> outputs, summaries;
   bool smart = false;
 };
@@ -48,6 +64,7 @@ struct CMessageLine {
 struct CNodeFacts {
   std::string name;
   bool up = false;
+  bool answered = true;  // since the start
   _timeb since;
   std::string reason;
   std::optional<_timeb> next;  // when it is asked again

@@ -22,27 +22,39 @@ CString NodeName(const CPlcNodeConfig& node) {
   return node.m_nodeName.IsEmpty() && driver >= 0 ? drivers.GetDriverName(driver) : node.m_nodeName;
 }
 
+UINT MostLogs(const COutputConfig& output) { return output.m_maxLogs; }
+UINT MostLogs(const CSummaryConfig& summary) { return summary.m_maxSummaries; }
+
 template <class CONFIG>
 std::vector<CFeedFacts::CLog> LogsOf(const CList<CONFIG*, CONFIG*>& configs, const char* list) {
   std::vector<CFeedFacts::CLog> logs;
   for (const CONFIG* config : configs)
     logs.push_back({KeyPath(list, static_cast<int>(logs.size())), config->m_name, config->m_directory,
-                    Shared(config->m_varNames)});
+                    Shared(config->m_varNames), config->m_saveRp != 0, config->m_saveCsv != 0,
+                    MostLogs(*config), config->m_maxSamples});
   return logs;
+}
+
+void AddInput(const CInputConfig& input, CFeedFacts& facts) {
+  if (input.m_simulating) return void(facts.replayed = input.m_inputFiles.GetCount());
+  for (const CPlcNodeConfig* node : input.m_plcNodes) {
+    facts.nodes.push_back(NodeName(*node));
+    facts.origins.push_back({Shared(node->m_varNames), node->m_aliveVar});
+  }
 }
 
 std::shared_ptr<const CFeedFacts> FactsOf(const CRun& run) {
   const CConfiguration& configuration = run.Configuration();
   const auto facts = std::make_shared<CFeedFacts>();
   facts->period = run.Period().count();
-  if (!configuration.m_input.m_simulating)
-    for (const CPlcNodeConfig* node : configuration.m_input.m_plcNodes)
-      facts->nodes.push_back(NodeName(*node));
+  AddInput(configuration.m_input, *facts);
   for (const CPlcSingleConfig* single : configuration.m_plcWrite.m_nodes)
     facts->writes.push_back(NodeName(single->m_node));
   facts->outputs = LogsOf(configuration.m_outputs.m_outputs, "outputs");
   facts->summaries = LogsOf(configuration.m_summaries.m_summaries, "summaries");
   facts->isSmart = UsesSmart(configuration.m_smart);
+  for (const auto& [name, note] : configuration.m_variables)
+    if (!note.m_unit.IsEmpty()) facts->units.emplace_back(name, note.m_unit);
   return facts;
 }
 

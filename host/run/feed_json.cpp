@@ -28,7 +28,26 @@ CJson NamesJson(const CFeedNames& names) { return names ? TextsJson(*names) : CJ
 CJson LogsJson(const std::vector<CFeedFacts::CLog>& logs) {
   CJson list = CJson::array();
   for (const CFeedFacts::CLog& log : logs)
-    list.push_back({{"name", ToJson(log.name)}, {"folder", ToJson(log.folder)}});
+    list.push_back({{"name", ToJson(log.name)},
+                    {"folder", ToJson(log.folder)},
+                    {"binary", log.savesBinary},
+                    {"text", log.savesText},
+                    {"maxLogs", log.maxLogs},
+                    {"maxSamples", log.maxSamples}});
+  return list;
+}
+
+CJson OriginsJson(const CFeedFacts& facts) {
+  CJson list = CJson::array();
+  for (const CFeedFacts::COrigin& origin : facts.origins)
+    list.push_back({{"variables", NamesJson(origin.variables)}, {"alive", ToJson(origin.alive)}});
+  return list;
+}
+
+CJson UnitsJson(const CFeedFacts& facts) {
+  CJson list = CJson::array();
+  for (const auto& [name, unit] : facts.units)
+    list.push_back({{"variable", ToJson(name)}, {"unit", ToJson(unit)}});
   return list;
 }
 
@@ -38,6 +57,7 @@ CJson NodesJson(const std::shared_ptr<const std::vector<CNodeState>>& nodes) {
   for (const CNodeState& node : *nodes) {
     list.push_back({{"name", ToJson(node.name)},
                     {"up", node.isUp},
+                    {"answered", node.hasAnswered},
                     {"since", ToJson(node.since)},
                     {"reason", ToJson(node.reason)}});
     if (node.next) list.back()["next"] = ToJson(*node.next);
@@ -107,8 +127,11 @@ std::string HelloLine(const CFeedOwner& owner, const CFeedSource::CView& view) {
                    {"started", ToJson(owner.started)},
                    {"period", facts.period},
                    {"variables", NamesJson(view.names)},
+                   {"units", UnitsJson(facts)},
                    {"stages",
                     {{"nodes", TextsJson(facts.nodes)},
+                     {"origins", OriginsJson(facts)},
+                     {"replayed", facts.replayed},
                      {"outputs", LogsJson(facts.outputs)},
                      {"summaries", LogsJson(facts.summaries)},
                      {"writes", TextsJson(facts.writes)},

@@ -5,6 +5,7 @@
 #include <map>
 #include <mutex>
 #include <optional>
+#include <utility>
 
 #include "host/run/feed.h"
 #include "host/run/feed_ring.h"
@@ -42,11 +43,20 @@ struct CFeedFacts {
   struct CLog {
     CString key, name, folder;
     CFeedNames variables;
+    bool savesBinary = false, savesText = false;
+    UINT maxLogs = 0, maxSamples = 0;
+  };
+  struct COrigin {
+    CFeedNames variables;
+    CString alive;  // the variable that tells whether the node has answered; empty: none
   };
   std::int64_t period = 0;
+  std::int64_t replayed = 0;  // logs that are the input in place of nodes
   std::vector<CString> nodes, writes;
+  std::vector<COrigin> origins;  // one for each of nodes
   std::vector<CLog> outputs, summaries;
   bool isSmart = false;
+  std::vector<std::pair<CString, CString>> units;  // of variables that have one
 };
 
 struct CFeedStatus {

@@ -78,13 +78,21 @@ class Feed : public CLoggerTest {
 };
 
 TEST_F(Feed, AReaderFollowsARunFromItsOpeningToItsEnd) {
-  CRun run(Logger("{}", "{}", R"({"maxSamples": 2, "nameVariable": "x"})"), m_messenger,
-           {{.period = CScanLoop::Period(7)}});
+  CRun run(Logger(R"({"variables": {"x": {"unit": "K"}, "y": {"comment": "no unit"}}})", "{}",
+                  R"({"maxSamples": 2, "nameVariable": "x"})"),
+           m_messenger, {{.period = CScanLoop::Period(7)}});
   m_feed.Attach(run);
   CReader reader(m_path, R"({"interval": 0})");
   const json opening = reader.Next("hello", {{"variables", json::array()}});
   EXPECT_EQ(opening["name"], "kiln.2");
-  EXPECT_EQ(opening["stages"]["outputs"][0], json({{"name", "All"}, {"folder", m_dir.Path().Std()}}));
+  EXPECT_EQ(opening["stages"]["outputs"][0], json({{"name", "All"},
+                                                   {"folder", m_dir.Path().Std()},
+                                                   {"binary", false},
+                                                   {"text", true},
+                                                   {"maxLogs", 400},
+                                                   {"maxSamples", 2}}));
+  EXPECT_EQ(opening["stages"]["origins"], json::parse(R"([{"variables": ["x"], "alive": ""}])"));
+  EXPECT_EQ(opening["units"], json::parse(R"([{"variable": "x", "unit": "K"}])"));
   EXPECT_EQ(opening["stages"]["nodes"], json({"Simulator"}));
   EXPECT_EQ(opening["period"], 7);
   EXPECT_EQ(reader.Next("state")["state"], "opening");
