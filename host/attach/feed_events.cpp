@@ -130,8 +130,8 @@ void Set(const json& value, CMessageLine& message) {
 }
 
 void Set(const json& value, CNodeFacts& node) {
-  Read(value, "name", node.name, "up", node.up, "answered", node.answered, "since", node.since, "reason", node.reason, "next",
-       node.next);
+  Read(value, "name", node.name, "up", node.up, "answered", node.answered, "since", node.since, "reason",
+       node.reason, "next", node.next);
 }
 
 void Set(const json& value, CFolderFacts& folder) { Read(value, "path", folder.path, "free", folder.free); }
@@ -161,8 +161,7 @@ CFeedEvent HelloOf(const json& line) {
        hello.variables, "units", hello.units);
   if (const json* stages = FieldOf(line, "stages"))
     Read(*stages, "nodes", hello.nodes, "origins", hello.origins, "replayed", hello.replayed, "writes",
-         hello.writes, "outputs", hello.outputs, "summaries",
-         hello.summaries, "smart", hello.smart);
+         hello.writes, "outputs", hello.outputs, "summaries", hello.summaries, "smart", hello.smart);
   return hello;
 }
 

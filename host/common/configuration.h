@@ -22,6 +22,7 @@ struct CVariableNote {
     walk.Field("unit", m_unit);
     walk.Field("comment", m_comment);
   }
+  bool operator==(const CVariableNote&) const = default;
 };
 
 using CVariableNotes = std::map<CString, CVariableNote>;  // by the names of the variables

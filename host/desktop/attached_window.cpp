@@ -4,8 +4,8 @@
 #include <QHBoxLayout>
 #include <QInputDialog>
 #include <QLabel>
-#include <QPlainTextEdit>
 #include <QPushButton>
+#include <QSplitter>
 #include <QVBoxLayout>
 
 #include <poll.h>
@@ -14,6 +14,8 @@
 
 #include "host/attach/find_loggers.h"
 #include "host/common/shown_text.h"
+#include "host/desktop/message_window.h"
+#include "host/desktop/plant_view.h"
 #include "vastra/ui/text.h"
 
 namespace vastra {
@@ -21,11 +23,9 @@ namespace {
 
 constexpr std::chrono::milliseconds kInterval{100};  // between two samples
 constexpr std::chrono::milliseconds kPause{2000};    // before the next attempt to connect
-constexpr int kMostLines = 1000;                     // of messages that are shown
-constexpr int kMostNodes = 20;                       // of those that are away
-constexpr int kLongestText = 300;                    // characters of a state or a node
+constexpr int kLongestText = 300;                    // characters of a state
 constexpr UINT kRefresh = 100;                       // milliseconds
-constexpr double kLongestPeriod = 1e9;               // of scans that is believed, in milliseconds
+constexpr const char* kPlaceKey = "AttachedPlace";
 
 QString OnScreen(const std::string& text) { return ToScreen(CString(Printable(text))); }
 
@@ -54,39 +54,66 @@ CString AskForLogger(QWidget* parent) {
 }
 
 CAttachedWindow::CAttachedWindow(CSettings& settings, const CString& socket)
-    : m_socket(socket), m_views(settings, true), m_values(settings, "AttachedValues") {
+    : m_settings(settings),
+      m_socket(socket),
+      m_views(settings, true),
+      m_values(settings, "AttachedValues"),
+      m_state(new QLabel(this)) {
   setAttribute(Qt::WA_DeleteOnClose);
   setWindowTitle(ToScreen(socket));
-  m_state = new QLabel(this);
-  m_nodes = new QLabel(this);
-  for (QLabel* label : {m_state, m_nodes}) label->setWordWrap(true), label->setTextFormat(Qt::PlainText);
-  m_messages = new QPlainTextEdit(this);
-  m_messages->setReadOnly(true);
-  m_messages->setMaximumBlockCount(kMostLines);
-  m_messages->setAccessibleName("Messages");
-  auto* trend = new QPushButton("&Trend", this);
-  auto* grid = new QPushButton("Scan &Grid", this);
-  auto* values = new QPushButton("&Values", this);
-  connect(trend, &QPushButton::clicked, this, [this] { m_views.ShowTrend(Stages(), kRefresh); });
-  connect(grid, &QPushButton::clicked, this, [this] { m_views.ShowGrid(Stages()); });
-  connect(values, &QPushButton::clicked, this, [this] { m_values.BringUp(); });
-  auto* buttons = new QHBoxLayout;
-  buttons->addWidget(m_state, 1);
-  buttons->addWidget(trend);
-  buttons->addWidget(grid);
-  buttons->addWidget(values);
+  m_state->setWordWrap(true);
+  m_state->setTextFormat(Qt::PlainText);
+  MakeViews();
+  auto* parts = new QSplitter(Qt::Vertical, this);
+  parts->addWidget(m_plant);
+  parts->addWidget(m_log);
+  parts->setChildrenCollapsible(false);
+  parts->setStretchFactor(0, 1);
   auto* layout = new QVBoxLayout(this);
-  layout->addLayout(buttons);
-  layout->addWidget(m_nodes);
-  layout->addWidget(m_messages);
-  resize(m_messages->fontMetrics().averageCharWidth() * 100, m_messages->fontMetrics().height() * 24);
+  layout->addWidget(MakeBar());
+  layout->addWidget(parts, 1);
+  resize(fontMetrics().averageCharWidth() * 120, fontMetrics().height() * 40);
+  restoreGeometry(QByteArray::fromBase64(QByteArray(settings.Get(kPlaceKey))));
   m_timer.setSingleShot(true);
   connect(&m_timer, &QTimer::timeout, this, [this] { m_client ? Poll() : Connect(); });
   Connect();
 }
 
+// The log is a view of m_messages, which is gone before the children are.
+CAttachedWindow::~CAttachedWindow() {
+  m_settings.Set(kPlaceKey, saveGeometry().toBase64().constData());
+  delete m_log;
+}
+
+void CAttachedWindow::MakeViews() {
+  m_plant = new CPlantView({.edit = {},
+                            .trend = [this] { m_views.ShowTrend(Stages(), kRefresh); },
+                            .grid = [this] { m_views.ShowGrid(Stages()); },
+                            .values = [this] { m_values.BringUp(); }},
+                           this);
+  m_log = new CMessageWindow(m_settings, "AttachedLog", m_messages, {});
+  m_log->setParent(this);
+}
+
+QWidget* CAttachedWindow::MakeBar() {
+  auto* bar = new QWidget(this);
+  auto* layout = new QHBoxLayout(bar);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->addWidget(m_state, 1);
+  const auto add = [&](const char* text, auto show) {
+    auto* button = new QPushButton(text, bar);
+    connect(button, &QPushButton::clicked, this, show);
+    layout->addWidget(button);
+  };
+  add("&Trend", [this] { m_views.ShowTrend(Stages(), kRefresh); });
+  add("Scan &Grid", [this] { m_views.ShowGrid(Stages()); });
+  add("&Values", [this] { m_values.BringUp(); });
+  return bar;
+}
+
 void CAttachedWindow::Connect() {
-  m_client = std::make_unique<CFeedClient>(m_socket, CClientRequest{{"sample", "message"}, kInterval});
+  m_client = std::make_unique<CFeedClient>(m_socket,
+                                           CClientRequest{{"sample", "counts", "message", "log"}, kInterval});
   Poll();
 }
 
@@ -100,7 +127,8 @@ void CAttachedWindow::Poll() {
   if (m_client->HasEnded()) {
     ShowState("Not connected: " + OnScreen(m_client->Fault()));
     m_client.reset();
-    m_statistics.Stopped();
+    m_logger.Lost();
+    ShowRun();
     return m_timer.start(kPause);
   }
   Watch();
@@ -120,13 +148,27 @@ void CAttachedWindow::Watch() {
 }
 
 void CAttachedWindow::Take(const CHelloLine& hello) {
-  CStringArray names;
-  for (const std::string& name : hello.variables) names.Add(CString(name));
+  const CAttachedLogger::CChange change = m_logger.Take(hello);
   setWindowTitle(OnScreen(hello.name) + " (attached)");
-  if (!(hello.started == m_started)) m_lastMessage = 0;
-  m_started = hello.started;
-  if (!names.IsEmpty()) TakeNames(hello, names);
-  // A logger that starts has no variables yet; the chosen ones stay until it has.
+  m_values.setWindowTitle("Values of " + OnScreen(hello.name));
+  if (change.isOther) m_lastMessage = 0;
+  if (change.hasParts || change.hasNames) {
+    const int variables = m_logger.Names().IsEmpty() ? -1 : m_logger.Names().GetSize();
+    m_plant->ShowConfiguration(m_logger.Configuration(), variables);
+    ShowNames();
+  }
+  ShowRun();
+}
+
+void CAttachedWindow::ShowNames() {
+  const CConfiguration& configuration = m_logger.Configuration();
+  m_values.SetSource({.live = m_logger.Live(),
+                      .statistics = &m_logger.Statistics(),
+                      .names = {},
+                      .nodes = NodesOf(configuration.m_input),
+                      .period = m_logger.Period(),
+                      .notes = configuration.m_variables});
+  CStringArray names = m_logger.Names();
   if (names.IsEmpty() || (m_trend.IsOpen() && names == m_trend.GetOptions()->m_baseVars)) return;
   m_trend.Close();
   m_trend.GetOptions()->m_baseVars = names;
@@ -134,64 +176,43 @@ void CAttachedWindow::Take(const CHelloLine& hello) {
   m_views.ResetNames();
 }
 
-// The feed does not say which node a variable is from.
-void CAttachedWindow::TakeNames(const CHelloLine& hello, const CStringArray& names) {
-  m_live->Started(names);
-  m_statistics.Started(names);
-  const std::chrono::duration<double, std::milli> period(
-      hello.period > 0 ? std::min(hello.period, kLongestPeriod) : 0);
-  m_values.setWindowTitle("Values of " + OnScreen(hello.name));
-  m_values.SetSource({.live = m_live,
-                      .statistics = &m_statistics,
-                      .names = {},
-                      .nodes = {},
-                      .period = std::chrono::ceil<std::chrono::milliseconds>(period)});
-}
-
 void CAttachedWindow::Take(const CStateLine& state) {
+  m_logger.Take(state);
   m_stateText = OnScreen(state.state) + " since " + TimeOnScreen(state.since);
   if (!state.reason.empty()) m_stateText += ": " + OnScreen(state.reason);
-  if (state.lastSample) m_sample.m_time = *state.lastSample;
-  ShowState(m_stateText + LastSample());
-  QStringList away;
-  for (const CNodeFacts& node : state.nodes)
-    if (!node.up && away.size() < kMostNodes)
-      away << Cut(OnScreen(node.name) + " is away since " + TimeOnScreen(node.since) + ": " +
-                  OnScreen(node.reason));
-  m_nodes->setText(away.join("\n"));
-  m_nodes->setVisible(!away.isEmpty());
+  ShowState(m_stateText);
+  ShowRun();
 }
 
 void CAttachedWindow::Take(const CSampleLine& sample) {
-  m_sample.m_time = sample.time;
-  ShowState(m_stateText + LastSample());
-  m_sample.m_values.SetSize(static_cast<int>(sample.values.size()));
-  std::copy(sample.values.begin(), sample.values.end(), m_sample.m_values.begin());
-  if (m_sample.m_values.GetSize() != m_trend.GetOptions()->m_baseVars.GetSize() || !m_trend.Write(m_sample))
-    return;
-  m_views.Refresh();
-  m_live->Sampled(m_sample);
-  m_statistics.Sampled(m_sample);
+  const bool isTaken = m_logger.Take(sample);
+  ShowState(m_stateText);
+  if (isTaken && m_trend.Write(m_logger.Newest())) m_views.Refresh();
+}
+
+void CAttachedWindow::Take(const CCountsLine& counts) {
+  const bool keptLogs = m_logger.Run().keepsLogs;
+  m_logger.Take(counts);
+  if (keptLogs != m_logger.Run().keepsLogs) ShowRun();
 }
 
 void CAttachedWindow::Take(const CMessageLine& message) {
   if (message.number <= m_lastMessage || AddsNothing(message.Message())) return;
   m_lastMessage = message.number;
-  m_messages->appendPlainText(TimeOnScreen(message.time) + "  " +
-                              OnScreen(Shortened(MessageText(message.Message()).c_str())));
+  m_messages.AddMessage(LineOf(message.Message()));
 }
 
 void CAttachedWindow::Take(const CDroppedLine& dropped) {
   if (dropped.messages)
-    m_messages->appendPlainText(QString("(%1 messages are left out)").arg(dropped.messages));
+    m_messages.AddMessage(DesktopLine(
+        severityWarning, Counted(dropped.messages, "message") + " left out: too many came at once"));
 }
 
-QString CAttachedWindow::LastSample() const {
-  return m_sample.m_time.time == 0 ? QString() : ", last sample " + TimeOnScreen(m_sample.m_time);
-}
+void CAttachedWindow::ShowRun() { m_plant->ShowRun(m_logger.Run(), m_logger.Live()); }
 
 void CAttachedWindow::ShowState(const QString& text) {
-  m_state->setText(Cut(text));
+  const _timeb& last = m_logger.Newest().m_time;
+  m_state->setText(Cut(last.time == 0 || !m_client ? text : text + ", last sample " + TimeOnScreen(last)));
   m_state->setToolTip(m_state->text());
 }
 

@@ -25,8 +25,6 @@
 namespace vastra {
 namespace {
 
-constexpr const char* kMessageLog = "MessageLog";
-
 struct CSeverityChoice {
   const char* text;
   char severity;
@@ -52,8 +50,10 @@ QString CountedMessages(std::size_t count) {
 
 }  // namespace
 
-CMessageWindow::CMessageWindow(CSettings& settings, CMessageModel& model, COpenPlace openPlace)
+CMessageWindow::CMessageWindow(CSettings& settings, const char* setting, CMessageModel& model,
+                               COpenPlace openPlace)
     : m_settings(settings),
+      m_setting(setting),
       m_model(model),
       m_openPlace(std::move(openPlace)),
       m_severity(new QComboBox(this)),
@@ -68,7 +68,7 @@ CMessageWindow::CMessageWindow(CSettings& settings, CMessageModel& model, COpenP
   MakeActions();
   MakeLayout();
   resize(m_table->fontMetrics().averageCharWidth() * 150, m_table->fontMetrics().height() * 26);
-  SetState(m_settings.Get(kMessageLog));
+  SetState(m_settings.Get(m_setting));
   m_follow->setChecked(true);
   FollowModel();
   ShowStatus();
@@ -122,7 +122,8 @@ void CMessageWindow::MakeActions() {
   };
   addSearch(Qt::Key_F3, 1);
   addSearch(Qt::SHIFT | Qt::Key_F3, -1);
-  connect(new QShortcut(Qt::Key_Escape, this), &QShortcut::activated, this, &QWidget::close);
+  m_open->setVisible(m_openPlace != nullptr);
+  if (m_openPlace) connect(new QShortcut(Qt::Key_Escape, this), &QShortcut::activated, this, &QWidget::close);
 }
 
 void CMessageWindow::MakeLayout() {
@@ -154,7 +155,8 @@ void CMessageWindow::MakeLayout() {
   bottom->addWidget(m_follow);
   bottom->addWidget(m_status, 1);
   m_status->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-  for (QAction* action : {m_open, m_copy, m_clear}) bottom->addWidget(ButtonOf(action, this));
+  for (QAction* action : {m_open, m_copy, m_clear})
+    if (action->isVisible()) bottom->addWidget(ButtonOf(action, this));
   auto* layout = new QVBoxLayout(this);
   layout->addLayout(top);
   layout->addWidget(m_table);
@@ -227,6 +229,7 @@ void CMessageWindow::Copy() {
 
 void CMessageWindow::OpenPlace() {
   const QModelIndex current = m_table->currentIndex();
+  if (!m_openPlace) return;
   if (!current.isValid()) return ShowStatus("Choose a message first");
   const CString part(m_model.Line(current.row()).part);
   if (part.IsEmpty()) return ShowStatus("This message is about no part of the configuration");
@@ -255,7 +258,7 @@ void CMessageWindow::SetState(const CString& state) {
   m_model.ShowUpTo(ChosenSeverity());
 }
 
-void CMessageWindow::Remember() { m_settings.Set(kMessageLog, State()); }
+void CMessageWindow::Remember() { m_settings.Set(m_setting, State()); }
 
 void CMessageWindow::closeEvent(QCloseEvent* event) {
   Remember();

@@ -23,8 +23,10 @@ class CMessageWindow : public QWidget {
   // Opens the part of the configuration that a message is about, as in CLoggedMessage::part.
   using COpenPlace = std::function<void(const CString& part)>;
 
-  // settings, model and what openPlace uses must exist as long as the window.
-  CMessageWindow(CSettings& settings, CMessageModel& model, COpenPlace openPlace);
+  // setting: the name under which settings remember place, columns and choices. Without openPlace the window
+  // does not offer to open one, and is the part of another window. settings, model and what openPlace uses
+  // must exist as long as the window.
+  CMessageWindow(CSettings& settings, const char* setting, CMessageModel& model, COpenPlace openPlace);
   ~CMessageWindow() override;
 
   // Place, columns and filter as a string, and back.
@@ -50,6 +52,7 @@ class CMessageWindow : public QWidget {
   char ChosenSeverity() const;
 
   CSettings& m_settings;
+  const CString m_setting;
   CMessageModel& m_model;
   const COpenPlace m_openPlace;
   QComboBox* m_severity;

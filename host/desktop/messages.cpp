@@ -58,7 +58,8 @@ void CMessages::Keep(const CRunMessage& message) {
 }
 
 void CMessages::ShowLog(const CMessageWindow::COpenPlace& openPlace) {
-  if (!m_pLogWindow) m_pLogWindow = std::make_unique<CMessageWindow>(m_settings, m_log, openPlace);
+  if (!m_pLogWindow)
+    m_pLogWindow = std::make_unique<CMessageWindow>(m_settings, "MessageLog", m_log, openPlace);
   m_pLogWindow->setWindowState(m_pLogWindow->windowState() & ~Qt::WindowMinimized);
   m_pLogWindow->show();
   m_pLogWindow->raise();

@@ -45,6 +45,12 @@ CString InputWords(const CInputConfig& input, int variables) {
   return words + ", every " + CString(std::to_string(input.m_scanPeriod)) + " ms";
 }
 
+// What it computes, if that is known: the feed of a logger does not say.
+CString SmartWords(const CSmartConfig& smart) {
+  return smart.m_outputVars.IsEmpty() ? CString()
+                                      : CountWords(smart.m_outputVars.GetSize(), "output variable");
+}
+
 CString FormWords(int rp, int csv) {
   return rp && csv ? "binary and CSV" : rp ? "binary" : csv ? "CSV" : "no file";
 }
@@ -106,8 +112,7 @@ std::vector<CPlantRow> RowsOf(const CConfiguration& configuration, int inputVari
     for (const CPlcNodeConfig* node : configuration.m_input.m_plcNodes)
       rows.push_back(RowOf(EPart::node, index++, *node));
   if (UsesSmart(configuration.m_smart))
-    rows.push_back(
-        RowOf(EPart::smart, CountWords(configuration.m_smart.m_outputVars.GetSize(), "output variable")));
+    rows.push_back(RowOf(EPart::smart, SmartWords(configuration.m_smart)));
   rows.push_back(RowOf(EPart::outputs, ""));
   index = 0;
   for (const COutputConfig* output : configuration.m_outputs.m_outputs)

@@ -182,7 +182,7 @@ const CPlantRow* CPlantView::RowOfItem(const QTreeWidgetItem* item) const {
 // The variables of the trend are chosen in its own window.
 void CPlantView::Edit(const CPlantRow& row) {
   if (row.part == EPart::trend) return m_listener.trend();
-  m_listener.edit(row.part);
+  if (m_listener.edit) m_listener.edit(row.part);
 }
 
 void CPlantView::ShowMenu(const QPoint& place) {
@@ -193,7 +193,8 @@ void CPlantView::ShowMenu(const QPoint& place) {
   menu->setAttribute(Qt::WA_DeleteOnClose);
   const EPart part = row->part;
   const QString folder = QFileInfo(ToScreen(row->folder)).absoluteFilePath();
-  if (part != EPart::trend) menu->addAction("&Edit...", this, [this, part] { m_listener.edit(part); });
+  if (m_listener.edit && part != EPart::trend)
+    menu->addAction("&Edit...", this, [this, part] { m_listener.edit(part); });
   if (!row->folder.IsEmpty())
     menu->addAction("Open &Folder", this,
                     [folder] { QDesktopServices::openUrl(QUrl::fromLocalFile(folder)); });

@@ -15,7 +15,7 @@ class CProblemBanner;
 
 class CPlantView : public QWidget {
  public:
-  // What the user can ask of an entry.
+  // What the user can ask of an entry. Without edit the view only shows.
   struct CListener {
     std::function<void(EPart part)> edit;
     std::function<void()> trend, grid, values;

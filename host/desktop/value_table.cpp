@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numeric>
+#include <utility>
 
 namespace vastra {
 namespace {
@@ -41,6 +42,7 @@ std::vector<int> RanksOf(const std::vector<std::string>& keys) {
 }  // namespace
 
 void CValueTable::SetSource(CValueSource source) {
+  m_hasNewNotes = m_hasNewNotes || source.notes != m_source.notes;
   m_source = std::move(source);
   m_newest = {};
   m_next = {};
@@ -69,7 +71,7 @@ bool CValueTable::TakeNames() {
   bool isNew = false;
   if (m_isNewSource || live != m_seen) {
     const std::vector<CString>& names = live ? *live : m_source.names;
-    isNew = names != m_names || m_source.nodes != m_nodes;
+    isNew = names != m_names || m_source.nodes != m_nodes || std::exchange(m_hasNewNotes, false);
     if (isNew) m_names = names, m_nodes = m_source.nodes, RankNames();
   }
   if (m_isNewSource || live != m_seen || m_results.names != m_seenRanges)
@@ -82,15 +84,17 @@ bool CValueTable::TakeNames() {
 
 void CValueTable::RankNames() {
   m_origins = OriginsOf(m_names, m_nodes);
-  std::vector<std::string> names, nodes;
+  std::vector<std::string> names, nodes, units;
   m_keys.clear();
   for (int i = 0; i < Variables(); ++i) {
     names.push_back(m_fold(At(m_names, i)));
     nodes.push_back(m_fold(NodeName(i)));
+    units.push_back(m_fold(Unit(i)));
     m_keys.push_back(names.back() + '\n' + nodes.back());
   }
   m_nameRanks = RanksOf(names);
   m_nodeRanks = RanksOf(nodes);
+  m_unitRanks = RanksOf(units);
 }
 
 void CValueTable::LookAtNodes(const _timeb& clock) {
@@ -113,6 +117,16 @@ const CValueRange& CValueTable::RangeOf(int variable) const {
 CString CValueTable::NodeName(int variable) const {
   const int node = At(m_origins, variable).node;
   return node < 0 ? CString() : At(m_nodes, node).name;
+}
+
+const CVariableNote* CValueTable::NoteOf(int variable) const {
+  const auto found = m_source.notes.find(At(m_names, variable));
+  return found == m_source.notes.end() ? nullptr : &found->second;
+}
+
+CString CValueTable::Unit(int variable) const {
+  const CVariableNote* note = NoteOf(variable);
+  return note ? note->m_unit : CString();
 }
 
 double CValueTable::AwayFor(int variable) const {
@@ -147,6 +161,7 @@ double CValueTable::Number(int variable, int column) const {
 CString CValueTable::Text(int variable, int column) const {
   if (column == columnName) return At(m_names, variable);
   if (column == columnNode) return NodeName(variable);
+  if (column == columnUnit) return Unit(variable);
   const bool isOfSample = column == columnValue || column == columnAge;
   if (isOfSample ? !HasValues() : RangeOf(variable).count == 0) return {};
   const double number = Number(variable, column);
@@ -165,7 +180,10 @@ CString CValueTable::NodeHint(int variable) const {
 }
 
 CString CValueTable::Hint(int variable) const {
-  CString hint = At(m_names, variable) + NodeHint(variable);
+  CString hint = At(m_names, variable);
+  const CVariableNote* note = NoteOf(variable);
+  if (note && !note->m_comment.IsEmpty()) hint += ": " + note->m_comment;
+  hint += NodeHint(variable);
   if (m_hasRanges)
     hint += "\nMin, max and mean of " + CString(std::to_string(RangeOf(variable).count)) + " values since " +
             MomentText(m_results.since);
@@ -190,8 +208,10 @@ std::vector<int> CValueTable::Sorted() const {
     double& number = numbers[static_cast<std::size_t>(i)];
     if (m_column == columnName)
       number = At(m_nameRanks, i);
+    else if (m_column == columnNode)
+      number = At(m_nodeRanks, i);
     else
-      number = m_column == columnNode ? At(m_nodeRanks, i) : Number(i, m_column);
+      number = m_column == columnUnit ? At(m_unitRanks, i) : Number(i, m_column);
   }
   std::ranges::stable_sort(order, [&](int a, int b) { return Precedes(a, b, numbers); });
   return order;

@@ -5,6 +5,7 @@
 // A variable is an index into the names of the samples; a row is a place in the sorted and searched table.
 #pragma once
 
+#include "host/common/configuration.h"
 #include "host/desktop/value_rules.h"
 #include "host/desktop/value_statistics.h"
 
@@ -17,11 +18,22 @@ struct CValueSource {
   std::vector<CString> names;              // before the first start; then those of live
   std::vector<CValueNode> nodes;
   std::chrono::milliseconds period{};  // of the scans; 0: as fast as possible
+  CVariableNotes notes = {};
 };
 
 class CValueTable {
  public:
-  enum EColumn { columnName, columnNode, columnValue, columnMin, columnMax, columnMean, columnAge, columns };
+  enum EColumn {
+    columnName,
+    columnNode,
+    columnValue,
+    columnUnit,
+    columnMin,
+    columnMax,
+    columnMean,
+    columnAge,
+    columns
+  };
   // What a look has changed: nothing, only texts, or the variables, which are sorted and searched again.
   enum class EChange { none, texts, variables };
   using Time = std::chrono::steady_clock::time_point;
@@ -39,12 +51,13 @@ class CValueTable {
   const std::vector<int>& Order() const { return m_order; }  // of each row its variable
   CString Text(int variable, int column) const;
   bool IsStale(int variable) const { return HasValues() && StaleOf(variable) != EStale::no; }
-  // More about a variable, in lines: why its node is away, how many values min, max and mean have.
+  // More about a variable, in lines: its comment, why its node is away, how many values min, max and mean
+  // have.
   CString Hint(int variable) const;
 
   void SetSort(int column, bool isDescending) { m_column = column, m_isDescending = isDescending; }
   // Whether the order changes with the values.
-  bool IsSortedByValues() const { return m_column >= columnValue; }
+  bool IsSortedByValues() const { return m_column >= columnValue && m_column != columnUnit; }
   void SetSearch(const CString& words) { m_search = CWordSearch(m_fold(words)); }
   // The order by the present sort and search, which the caller then sets.
   std::vector<int> Sorted() const;
@@ -61,6 +74,8 @@ class CValueTable {
   EStale StaleOf(int variable) const;
   double Number(int variable, int column) const;
   CString NodeName(int variable) const;
+  const CVariableNote* NoteOf(int variable) const;
+  CString Unit(int variable) const;
   CString NodeHint(int variable) const;
   bool Precedes(int a, int b, const std::vector<double>& numbers) const;
 
@@ -71,10 +86,11 @@ class CValueTable {
   std::vector<CString> m_names;
   std::vector<CValueNode> m_nodes;  // of m_names
   std::vector<CValueOrigin> m_origins;
-  std::vector<std::string> m_keys;            // folded name and node
-  std::vector<int> m_nameRanks, m_nodeRanks;  // of each variable its place in the order of names, of nodes
+  std::vector<std::string> m_keys;  // folded name and node
+  // Of each variable its place in the order of names, nodes and units.
+  std::vector<int> m_nameRanks, m_nodeRanks, m_unitRanks;
   std::shared_ptr<const std::vector<CString>> m_seen, m_seenRanges;  // the names that were compared last
-  bool m_isNewSource = true;
+  bool m_isNewSource = true, m_hasNewNotes = false;
   bool m_hasRanges = false;       // m_results is of these names
   std::vector<double> m_awayFor;  // of each node, in seconds; negative: it answers
   double m_age = 0;               // of the sample, in seconds

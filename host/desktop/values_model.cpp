@@ -12,7 +12,7 @@
 namespace vastra {
 namespace {
 
-constexpr const char* kCaptions[] = {"Variable", "Node", "Value", "Min", "Max", "Mean", "Age"};
+constexpr const char* kCaptions[] = {"Variable", "Node", "Value", "Unit", "Min", "Max", "Mean", "Age"};
 static_assert(std::size(kCaptions) == CValueTable::columns);
 
 std::string Folded(const CString& text) { return ToScreen(text).toCaseFolded().toStdString(); }
@@ -127,7 +127,9 @@ QVariant CValuesModel::data(const QModelIndex& index, int role) const {
       return Text(variable, column);
     case Qt::TextAlignmentRole:
       return QVariant(Qt::AlignVCenter |
-                      (column < CValueTable::columnValue ? Qt::AlignLeft : Qt::AlignRight));
+                      (column < CValueTable::columnValue || column == CValueTable::columnUnit
+                           ? Qt::AlignLeft
+                           : Qt::AlignRight));
     case Qt::ToolTipRole:
       return ToScreen(m_table.Hint(variable));
     case Qt::FontRole:

@@ -41,7 +41,8 @@ CValueSource ValuesOf(CRun& run, CValueStatistics& statistics) {
           .statistics = &statistics,
           .names = {names.begin(), names.end()},
           .nodes = NodesOf(run.Configuration().m_input),
-          .period = std::chrono::duration_cast<std::chrono::milliseconds>(run.Period())};
+          .period = std::chrono::duration_cast<std::chrono::milliseconds>(run.Period()),
+          .notes = run.Configuration().m_variables};
 }
 
 CValuesWindow::CValuesWindow(CSettings& settings, const char* name)

@@ -263,6 +263,13 @@ TEST_F(Desktop, AnAttachedLoggerIsShownAndWaitedFor) {
                                [&](const QLabel* label) { return label->text().contains(words); });
   };
   const auto shows = [&](const QString& words) { return Wait([&] { return has(words); }); };
+  const auto logged = [&](const QString& words) {
+    const QAbstractItemModel* lines = Find<QTableView>(window, "Messages")->model();
+    int count = 0;
+    for (int row = 0; row < lines->rowCount(); ++row)
+      count += lines->index(row, CMessageModel::textColumn).data().toString().contains(words);
+    return count;
+  };
   EXPECT_TRUE(shows("Not connected: no logger runs here"));
   CRunMessenger messenger;
   CLink::SetMessenger(&messenger);
@@ -271,13 +278,14 @@ TEST_F(Desktop, AnAttachedLoggerIsShownAndWaitedFor) {
   Click(window, "&Values");
   auto feed = std::make_unique<CFeed>(CFeedPlace{socket, m_demo});
   ASSERT_EQ(feed->Open(), "");
+  int said = 0;
   for (const char* variable : {"x", "y"}) {
     const std::string nodes =
         R"("plcNodes": [{"nodeName": "K", "absent": "hold", "driver": {"plcType": 9001, "text1":
 "counter", "value4": 2}, "varNames": [")" +
-        std::string(variable) + "\"]}]";
+        std::string(variable) + "\"]}]}, \"variables\": {\"" + variable + R"(": {"unit": "bar"}})";
     CConfiguration configuration;
-    ASSERT_EQ(ParseConfiguration(R"({"input": {"asFastAsPossible": 1, )" + nodes + "}}", m_dir.Path(),
+    ASSERT_EQ(ParseConfiguration(R"({"input": {"asFastAsPossible": 1, )" + nodes + "}", m_dir.Path(),
                                  configuration),
               "");
     CRun run(configuration, messenger, {});
@@ -289,21 +297,26 @@ TEST_F(Desktop, AnAttachedLoggerIsShownAndWaitedFor) {
     }));
     EXPECT_EQ(window->windowTitle(), "demo (attached)");
     EXPECT_EQ(trend.Newest()->m_values[0], 1.0F);
-    EXPECT_FALSE(has("away"));
+    QTreeWidgetItem* const node = Part(*window, "K");
+    ASSERT_TRUE(node);
+    EXPECT_TRUE(Wait([&] { return node->text(1) == "good"; }));
     const QAbstractItemModel* values = Find<QTableView>(TopLevel("Values of demo"), "Values")->model();
     EXPECT_TRUE(Wait([&] { return values->index(0, 2).data() == "1"; }));
     EXPECT_EQ(values->index(0, 0).data(), variable);
+    EXPECT_EQ(values->index(0, 1).data(), "K");
+    EXPECT_EQ(values->index(0, 3).data(), "bar");
     for (const char* view : {"Trending", "Scan Screen"})
       EXPECT_FALSE(Find<QAbstractButton>(TopLevel(view), "Config")->isEnabled());
     run.Step();
-    ASSERT_TRUE(shows("K is away since 20"));
+    EXPECT_TRUE(Wait([&] { return node->text(1).startsWith("away since "); }));
     messenger.Send("CPlcLink", "K", functionRead, severityError, "a new message");
-    EXPECT_TRUE(
-        Wait([&] { return window->findChild<QPlainTextEdit*>()->toPlainText().contains("a new message"); }));
+    ++said;
+    EXPECT_TRUE(Wait([&] { return logged("a new message") == said; }));
   }
   feed.reset();
   EXPECT_TRUE(shows("Not connected: the logger has closed the connection"));
-  EXPECT_EQ(window->findChild<QPlainTextEdit*>()->toPlainText().count("a new message"), 2);
+  EXPECT_EQ(logged("a new message"), 2);
+  EXPECT_TRUE(Wait([&] { return Part(*window, "K")->text(1) == "not connected"; }));
   window->close();
   QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   CLink::SetMessenger(nullptr);

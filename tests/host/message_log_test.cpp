@@ -215,7 +215,7 @@ TEST_F(MessageStore, APlaceOpensItsPageOfTheSheet) {
 class MessageLog : public Desktop {
  protected:
   void Show() {
-    m_pWindow = std::make_unique<CMessageWindow>(m_settings, m_model,
+    m_pWindow = std::make_unique<CMessageWindow>(m_settings, "MessageLog", m_model,
                                                  [this](const CString& part) { m_opened += part; });
     m_pWindow->show();
     m_table = Find<QTableView>(m_pWindow.get(), "Messages");

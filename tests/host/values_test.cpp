@@ -55,7 +55,12 @@ struct CFedTable {
   CFedTable() {
     live->Started(names);
     statistics.Started(names);
-    table.SetSource({live, &statistics, {}, {{"K", {"a10", "b"}, "up"}, {"L", {"a10"}, ""}}, 1000ms});
+    table.SetSource({live,
+                     &statistics,
+                     {},
+                     {{"K", {"a10", "b"}, "up"}, {"L", {"a10"}, ""}},
+                     1000ms,
+                     {{"a9", {"m/s", "of the fan"}}}});
   }
   void Sample(std::initializer_list<float> values) {
     CLogSample sample;
@@ -90,12 +95,13 @@ struct CFedTable {
 TEST(ValueTable, OnlyFiniteValuesCountAndEachSampleDoes) {
   CFedTable fed;
   EXPECT_EQ(fed.Look(), CValueTable::EChange::variables);
-  EXPECT_EQ(fed.Row(0), "a10|K|||||") << "without a sample there is no value";
+  EXPECT_EQ(fed.Row(0), "a10|K||||||") << "without a sample there is no value";
   for (const float value : {1.F, kNan, 4.F, kInf, -kInf}) fed.Sample({value, value, 1, -value, 16777216});
   EXPECT_EQ(fed.Look(), CValueTable::EChange::texts);
-  EXPECT_EQ(fed.Row(0), "a10|K|-inf|1|4|2.5|");
-  EXPECT_EQ(fed.Row(3), "a10|L|inf|-4|-1|-2.5|") << "equal names are of the nodes in their order";
-  EXPECT_EQ(fed.Row(4), "a9||16777216|16777216|16777216|16777216|");
+  EXPECT_EQ(fed.Row(0), "a10|K|-inf||1|4|2.5|");
+  EXPECT_EQ(fed.Row(3), "a10|L|inf||-4|-1|-2.5|") << "equal names are of the nodes in their order";
+  EXPECT_EQ(fed.Row(4), "a9||16777216|m/s|16777216|16777216|16777216|");
+  EXPECT_EQ(fed.table.Hint(4).Std().rfind("a9: of the fan\n", 0), 0u);
   EXPECT_EQ(fed.Look(), CValueTable::EChange::none);
   EXPECT_NE(std::string(fed.table.Hint(0)).find(" of 2 values since "), std::string::npos);
   fed.live->Renamed(Names({"b", "new"}));
@@ -103,11 +109,11 @@ TEST(ValueTable, OnlyFiniteValuesCountAndEachSampleDoes) {
   fed.Look();
   fed.Sample({7, 8});
   fed.Look();
-  EXPECT_EQ(fed.Row(0), "b|K|7|1|7|4|");
-  EXPECT_EQ(fed.Row(1), "new||8|8|8|8|");
+  EXPECT_EQ(fed.Row(0), "b|K|7||1|7|4|");
+  EXPECT_EQ(fed.Row(1), "new||8||8|8|8|");
   fed.table.Reset();
   EXPECT_EQ(fed.Look(), CValueTable::EChange::texts);
-  EXPECT_EQ(fed.Row(0), "b|K|7||||");
+  EXPECT_EQ(fed.Row(0), "b|K|7|||||");
 }
 
 TEST(ValueTable, WhatIsNotANumberIsLastInBothDirections) {
