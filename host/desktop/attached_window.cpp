@@ -25,6 +25,7 @@ constexpr std::chrono::milliseconds kInterval{100};  // between two samples
 constexpr std::chrono::milliseconds kPause{2000};    // before the next attempt to connect
 constexpr int kLongestText = 300;                    // characters of a state
 constexpr UINT kRefresh = 100;                       // milliseconds
+constexpr int kPlantPart = 3, kMessagesPart = 2;     // of the height
 constexpr const char* kPlaceKey = "AttachedPlace";
 
 QString OnScreen(const std::string& text) { return ToScreen(CString(Printable(text))); }
@@ -68,11 +69,12 @@ CAttachedWindow::CAttachedWindow(CSettings& settings, const CString& socket)
   parts->addWidget(m_plant);
   parts->addWidget(m_log);
   parts->setChildrenCollapsible(false);
-  parts->setStretchFactor(0, 1);
+  parts->setStretchFactor(0, kPlantPart);
+  parts->setStretchFactor(1, kMessagesPart);
   auto* layout = new QVBoxLayout(this);
   layout->addWidget(MakeBar());
   layout->addWidget(parts, 1);
-  resize(fontMetrics().averageCharWidth() * 120, fontMetrics().height() * 40);
+  resize(fontMetrics().averageCharWidth() * 150, fontMetrics().height() * 46);
   restoreGeometry(QByteArray::fromBase64(QByteArray(settings.Get(kPlaceKey))));
   m_timer.setSingleShot(true);
   connect(&m_timer, &QTimer::timeout, this, [this] { m_client ? Poll() : Connect(); });

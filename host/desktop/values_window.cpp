@@ -13,6 +13,8 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <iterator>
+#include <numeric>
 
 #include "host/desktop/values_model.h"
 #include "host/desktop/workspace.h"
@@ -24,7 +26,9 @@ namespace {
 
 constexpr std::chrono::milliseconds kLookPeriod{100};
 constexpr std::chrono::milliseconds kSortPeriod{1000};  // rows that move faster cannot be read
-constexpr int kNameWidth = 30, kNumberWidth = 15;       // of columns, in digits; Age has the rest
+// By CValueTable::EColumn: the widths in digits; the last one has the rest.
+constexpr int kValueWidths[] = {30, 15, 15, 9, 15, 15, 15, 15};
+static_assert(std::size(kValueWidths) == CValueTable::columns);
 
 // The selected rows of view, from top to bottom.
 QModelIndexList RowsIn(const QTableView& view) {
@@ -104,8 +108,7 @@ void CValuesWindow::MakeTable() {
   header->setSortIndicator(CValueTable::columnName, Qt::AscendingOrder);
   m_view->setSortingEnabled(true);
   for (int column = 0; column < CValueTable::columns; ++column)
-    m_view->setColumnWidth(column, metrics.horizontalAdvance('0') *
-                                       (column == CValueTable::columnName ? kNameWidth : kNumberWidth));
+    m_view->setColumnWidth(column, metrics.horizontalAdvance('0') * kValueWidths[column]);
   auto* copy = new QAction("&Copy", m_view);
   copy->setShortcut(QKeySequence::Copy);
   copy->setShortcutContext(Qt::WidgetShortcut);
@@ -114,8 +117,8 @@ void CValuesWindow::MakeTable() {
   m_view->addAction(MakeSortMenu()->menuAction());
   m_view->setContextMenuPolicy(Qt::ActionsContextMenu);
   layout()->addWidget(m_view);
-  resize(metrics.horizontalAdvance('0') * (kNameWidth + (CValueTable::columns - 1) * kNumberWidth),
-         metrics.height() * 30);
+  const int digits = std::accumulate(std::begin(kValueWidths), std::end(kValueWidths), 4);
+  resize(metrics.horizontalAdvance('0') * digits, metrics.height() * 30);
 }
 
 // The same as a click on a header, by keys.
