@@ -1,5 +1,6 @@
 #include "host/desktop/help_window.h"
 
+#include <QAbstractTextDocumentLayout>
 #include <QApplication>
 #include <QComboBox>
 #include <QDesktopServices>
