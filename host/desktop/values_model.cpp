@@ -12,8 +12,8 @@
 namespace vastra {
 namespace {
 
-constexpr const char* kCaptions[] = {"Variable", "Node", "Value", "Unit", "Min", "Max", "Mean", "Age"};
-static_assert(std::size(kCaptions) == CValueTable::columns);
+constexpr const char* kValueCaptions[] = {"Variable", "Node", "Value", "Unit", "Min", "Max", "Mean", "Age"};
+static_assert(std::size(kValueCaptions) == CValueTable::columns);
 
 std::string Folded(const CString& text) { return ToScreen(text).toCaseFolded().toStdString(); }
 
@@ -142,7 +142,7 @@ QVariant CValuesModel::data(const QModelIndex& index, int role) const {
 }
 
 QVariant CValuesModel::headerData(int section, Qt::Orientation orientation, int role) const {
-  if (orientation == Qt::Horizontal && role == Qt::DisplayRole) return kCaptions[section];
+  if (orientation == Qt::Horizontal && role == Qt::DisplayRole) return kValueCaptions[section];
   return QAbstractTableModel::headerData(section, orientation, role);
 }
 
