@@ -6,26 +6,33 @@ namespace {
 constexpr int kFinerLevels = 3;  // of which a tile is made rather than read
 constexpr int kMostBeside = 4;   // tiles beside the range that are looked at for the step there
 
-// Appends steps to a curve, those of one column as one.
-void AppendSteps(CCurveSteps& curve, const CCurveStep* from, const CCurveStep* to, int level,
+// Appends steps to a curve, those of one column as one. areColumns: they are columns of the level already.
+void AppendSteps(CCurveSteps& curve, std::span<const CCurveStep> steps, int level, bool areColumns,
                  const CJoin& join) {
-  for (const CCurveStep* step = from; step < to; ++step) {
-    const std::size_t before = curve.size();
-    AppendToColumn(curve, *step, level);
-    if (step == from && before > 0 && curve.size() > before)
-      curve.back().isJoined = join(curve[before - 1], *step);
-  }
+  const std::size_t before = curve.size();
+  if (areColumns)
+    curve.insert(curve.end(), steps.begin(), steps.end());
+  else
+    for (const CCurveStep& step : steps) AppendToColumn(curve, step, level);
+  if (before > 0 && curve.size() > before) curve[before].isJoined = join(curve[before - 1], curve[before]);
+}
+
+// The steps of a tile that can be of use for range, and the ones beside them.
+std::span<const CCurveStep> StepsFor(const CMomentRange& range, const CCurveSteps& steps) {
+  auto first = std::partition_point(steps.begin(), steps.end(),
+                                    [&](const CCurveStep& step) { return step.to < range.from; });
+  auto end =
+      std::partition_point(first, steps.end(), [&](const CCurveStep& step) { return step.from < range.to; });
+  if (first != steps.begin()) --first;
+  if (end != steps.end()) ++end;
+  return {first, end};
 }
 
 // Leaves the last step before range, those in it, and the first one after it.
 void CutTo(const CMomentRange& range, CCurveSteps& curve) {
-  auto first = std::partition_point(curve.begin(), curve.end(),
-                                    [&](const CCurveStep& step) { return step.to < range.from; });
-  if (first != curve.begin()) --first;
-  auto end =
-      std::partition_point(first, curve.end(), [&](const CCurveStep& step) { return step.from < range.to; });
-  if (end != curve.end()) ++end;
-  curve.erase(end, curve.end());
+  const std::span<const CCurveStep> kept = StepsFor(range, curve);
+  const auto first = curve.begin() + (kept.data() - curve.data());
+  curve.erase(first + static_cast<std::ptrdiff_t>(kept.size()), curve.end());
   curve.erase(curve.begin(), first);
 }
 
@@ -98,8 +105,7 @@ bool CPictureMaker::MakeOfFiner(const CTimeline& timeline, const CString& variab
     if (!m_tiles.Find(variable, finer) && !MakeOfFiner(timeline, variable, finer, depth - 1)) return false;
     const CTile* const part = m_tiles.Find(variable, finer);
     if (part->isOpen) return false;
-    const CCurveStep* const steps = part->steps.data();
-    AppendSteps(tile.steps, steps, steps + part->steps.size(), place.level, join);
+    AppendSteps(tile.steps, part->steps, place.level, false, join);
   }
   m_tiles.Put(variable, place, std::move(tile));
   return true;
@@ -201,8 +207,11 @@ CCurveSteps CPictureMaker::CurveOf(const CCover& cover, const CString& variable)
       AddOther(curve, variable, part.place);
       continue;
     }
-    const CCurveStep *from = tile->steps.data(), *to = from + tile->steps.size();
-    AppendSteps(curve, from, to, m_level, join);
+    // A part of a column of rows is not of use: the whole tile.
+    if (tile->isExact)
+      AppendSteps(curve, tile->steps, m_level, false, join);
+    else
+      AppendSteps(curve, StepsFor(m_query.range, tile->steps), m_level, true, join);
   }
   CutTo(m_query.range, curve);
   return curve;
