@@ -38,6 +38,7 @@
 #include "vastra/ui/drawing.h"
 #include "vastra/ui/geometry.h"
 #include "vastra/ui/grid.h"
+#include "vastra/ui/line_raster.h"
 #include "vastra/ui/number_text.h"
 #include "vastra/ui/property_sheet.h"
 #include "vastra/ui/text.h"
