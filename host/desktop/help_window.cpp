@@ -18,6 +18,7 @@
 
 #include <algorithm>
 
+#include "host/desktop/focus_ring.h"
 #include "host/desktop/help_rules.h"
 
 namespace vastra {
@@ -64,6 +65,7 @@ CHelpWindow::CHelpWindow(QWidget* parent)
       m_words(new QLineEdit(this)) {
   setWindowTitle("Guide");
   m_browser->setAccessibleName("Guide");
+  RingOnFocus(*m_browser);
   m_browser->setOpenLinks(false);
   connect(m_browser, &QTextBrowser::anchorClicked, this, [this](const QUrl& link) { Follow(link); });
   auto* all = new QVBoxLayout(this);
@@ -126,7 +128,7 @@ void CHelpWindow::FillSections() {
   const QTextDocument& page = *m_browser->document();
   for (QTextBlock block = page.begin(); block.isValid(); block = block.next()) {
     if (!IsHeading(block)) continue;
-    const QString indent((block.blockFormat().headingLevel() - 1) * 2, ' ');
+    const QString indent(qsizetype{2} * (block.blockFormat().headingLevel() - 1), QChar(32));
     m_sections->addItem(indent + block.text(), block.blockNumber());
   }
 }

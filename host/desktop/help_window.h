@@ -57,6 +57,7 @@ class CHelpWindow : public QWidget {
 class CHelp : public QObject {
  public:
   explicit CHelp(QObject* parent);
+  ~CHelp() override { delete m_window.data(); }
   bool eventFilter(QObject* object, QEvent* event) override;
   // window null: the begin of the guide.
   void Show(const QWidget* window);

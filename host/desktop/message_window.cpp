@@ -19,6 +19,7 @@
 
 #include <algorithm>
 
+#include "host/desktop/focus_ring.h"
 #include "host/desktop/workspace.h"
 #include "vastra/ui/text.h"
 
@@ -79,6 +80,8 @@ CMessageWindow::~CMessageWindow() { Remember(); }
 void CMessageWindow::MakeTable() {
   m_table->setModel(&m_model);
   m_table->setAccessibleName("Messages");
+  RingOnFocus(*m_table);
+  RingOnFocus(*m_details);
   m_table->setSelectionBehavior(QAbstractItemView::SelectRows);
   m_table->setWordWrap(false);
   m_table->setTabKeyNavigation(false);

@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "host/desktop/condition_icon.h"
+#include "host/desktop/focus_ring.h"
 #include "host/desktop/problem_banner.h"
 #include "host/desktop/workspace.h"
 #include "vastra/ui/text.h"
@@ -70,6 +71,7 @@ void CPlantView::MakeTree() {
   for (const CPlantColumn& column : kPlantColumns) headings << column.heading;
   m_tree->setHeaderLabels(headings);
   m_tree->setAccessibleName("Plant");
+  RingOnFocus(*m_tree);
   m_tree->setAllColumnsShowFocus(true);
   m_tree->setUniformRowHeights(true);
   m_tree->setExpandsOnDoubleClick(false);

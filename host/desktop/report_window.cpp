@@ -8,6 +8,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "host/desktop/focus_ring.h"
 #include "vastra/platform/chooser.h"
 #include "vastra/platform/prompt.h"
 #include "vastra/platform/save_file.h"
@@ -22,6 +23,7 @@ CReportWindow::CReportWindow(CString text, QWidget* parent) : QDialog(parent), m
   lines->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
   lines->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
   lines->setAccessibleName("Report");
+  RingOnFocus(*lines);
   auto* buttons = new QDialogButtonBox(this);
   connect(buttons->addButton("&Save...", QDialogButtonBox::ActionRole), &QPushButton::clicked, this,
           [this] { Save(); });

@@ -16,6 +16,7 @@
 #include <iterator>
 #include <numeric>
 
+#include "host/desktop/focus_ring.h"
 #include "host/desktop/values_model.h"
 #include "host/desktop/workspace.h"
 #include "host/run/run.h"
@@ -92,6 +93,7 @@ void CValuesWindow::MakeTable() {
   const QFontMetrics metrics = m_view->fontMetrics();
   m_view->setModel(m_model);
   m_view->setAccessibleName("Values");
+  RingOnFocus(*m_view);
   m_view->setSelectionBehavior(QAbstractItemView::SelectRows);
   m_view->setDragEnabled(true);
   m_view->setAlternatingRowColors(true);

@@ -1,0 +1,114 @@
+// The windows of the desktop for those who use keys or a screen reader.
+#include <QComboBox>
+#include <QLineEdit>
+#include <QMenuBar>
+#include <QScrollBar>
+#include <QStyleFactory>
+#include <QTabBar>
+#include <QToolButton>
+
+#include "tests/host/desktop_window.h"
+
+namespace vastra {
+namespace {
+
+// A palette of light text on a dark ground.
+QPalette DarkPalette() {
+  QPalette dark(QColor(0x30, 0x30, 0x30), QColor(0x20, 0x20, 0x20));
+  dark.setColor(QPalette::Base, QColor(0x18, 0x18, 0x18));
+  dark.setColor(QPalette::Highlight, QColor(0x2a, 0x82, 0xda));
+  return dark;
+}
+
+// The widgets that Tab reaches.
+std::vector<QWidget*> Stops(const QWidget& window) {
+  std::vector<QWidget*> stops;
+  for (QWidget* widget : window.findChildren<QWidget*>())
+    if (widget->window() == &window && widget->isVisible() && widget->isEnabled() && !widget->focusProxy() &&
+        (widget->focusPolicy() & Qt::TabFocus) == Qt::TabFocus)
+      stops.push_back(widget);
+  return stops;
+}
+
+// What a screen reader says of widget.
+QString SpokenName(QWidget* widget) {
+  if (const auto* button = qobject_cast<QAbstractButton*>(widget); button && !button->text().isEmpty())
+    return button->text();
+  return widget->accessibleName();
+}
+
+// The pixels in and around widget.
+QImage PictureOf(const QWidget* widget) {
+  const QPoint corner = widget->mapTo(widget->window(), QPoint(-3, -3));
+  return widget->window()->grab(QRect(corner, widget->size() + QSize(6, 6))).toImage();
+}
+
+int Distance(const QColor& first, const QColor& second) {
+  return std::max({std::abs(first.red() - second.red()), std::abs(first.green() - second.green()),
+                   std::abs(first.blue() - second.blue())});
+}
+
+// How many pixels differ so much that an eye sees it.
+int SeenDifference(const QImage& first, const QImage& second) {
+  int count = 0;
+  for (int y = 0; y < first.height(); ++y)
+    for (int x = 0; x < first.width(); ++x)
+      count += Distance(first.pixelColor(x, y), second.pixelColor(x, y)) > 30;
+  return count;
+}
+
+// Moves the focus from stop to another one, if possible of the same kind: without a focus on any button, the
+// first one looks as if it had it.
+void LeaveFor(const std::vector<QWidget*>& all, QWidget* stop) {
+  stop->setFocus(Qt::TabFocusReason);
+  stop->clearFocus();
+  for (QWidget* other : all)
+    if (other != stop && other->metaObject() == stop->metaObject())
+      return other->setFocus(Qt::TabFocusReason);
+}
+
+// The windows of the desktop itself.
+std::vector<QWidget*> Windows() {
+  std::vector<QWidget*> windows;
+  for (QWidget* window : QApplication::topLevelWidgets())
+    if (window->isVisible() && window->windowTitle() != "Messages") windows.push_back(window);
+  return windows;
+}
+
+class Keyboard : public Desktop {
+ protected:
+  Keyboard() { QApplication::setStyle("Fusion"); }
+  ~Keyboard() override { QApplication::setPalette(m_light); }
+  const QPalette m_light = QApplication::palette();
+};
+
+TEST_F(Keyboard, EachStopHasANameAndShowsTheFocusAlsoInADarkPalette) {
+  for (const bool isDark : {false, true}) {
+    QApplication::setPalette(isDark ? DarkPalette() : m_light);
+    CTestWindow main(m_demo);
+    for (const char* action : {"Values", "Message Log", "Guide", "Report"}) ActionOf(main, action)->trigger();
+    int stops = 0;
+    for (QWidget* window : Windows()) {
+      window->activateWindow();
+      ASSERT_TRUE(Wait([&] { return QApplication::activeWindow() == window; }));
+      window->setAttribute(Qt::WA_KeyboardFocusChange);  // as after the first Tab
+      const std::vector<QWidget*> all = Stops(*window);
+      for (QWidget* stop : all) {
+        const std::string where = window->windowTitle().toStdString() + ", " +
+                                  stop->metaObject()->className() + " " + SpokenName(stop).toStdString();
+        EXPECT_FALSE(SpokenName(stop).isEmpty()) << where;
+        LeaveFor(all, stop);
+        QTest::qWait(20);
+        const QImage before = PictureOf(stop);
+        stop->setFocus(Qt::TabFocusReason);
+        QTest::qWait(20);
+        EXPECT_GT(SeenDifference(before, PictureOf(stop)), 10) << where << (isDark ? ", dark" : "");
+        ++stops;
+      }
+    }
+    EXPECT_GT(stops, 12);
+  }
+}
+
+}  // namespace
+}  // namespace vastra
