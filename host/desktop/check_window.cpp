@@ -16,6 +16,7 @@
 #include <algorithm>
 
 #include "host/desktop/condition_icon.h"
+#include "host/desktop/focus_ring.h"
 #include "vastra/ui/text.h"
 
 namespace vastra {
@@ -43,6 +44,7 @@ CCheckWindow::CCheckWindow(CListener listener, QWidget* parent)
   m_details->setTabChangesFocus(true);
   m_details->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
   m_details->setAccessibleName("Details");
+  RingOnFocus(*m_details);
   m_details->setFixedHeight(m_details->fontMetrics().lineSpacing() * 6);
   auto* layout = new QVBoxLayout(this);
   layout->addWidget(m_verdict);
@@ -56,6 +58,7 @@ CCheckWindow::CCheckWindow(CListener listener, QWidget* parent)
 
 void CCheckWindow::MakeList() {
   m_list->setAccessibleName("Findings");
+  RingOnFocus(*m_list);
   m_list->setHeaderLabels({"Kind", "Where", "What"});
   m_list->setRootIsDecorated(false);
   m_list->setUniformRowHeights(true);

@@ -22,6 +22,7 @@ constexpr CHelpPlace kHelpPlaces[] = {
     {"Scan Screen", kGuide, "Numbers"},
     {"Configuration", kGuide, "A variable of your own"},  // of a view; the sheet has the titles of its pages
     {"Messages", kGuide, "When it does not start"},
+    {"Check", kGuide, "When it does not start"},
     {"Console Configuration", kGuide, "When it does not start"},
     {"Check", kGuide, "When it does not start"},
     {"Message Log", kGuide, "The message log"},

@@ -1,4 +1,5 @@
 // What the main window keeps for each configuration: the windows that join its workspace.
+#include "host/desktop/check_window.h"
 #include "host/desktop/main_window.h"
 #include "host/desktop/plant_view.h"
 
@@ -26,6 +27,12 @@ void CMainWindow::JoinWorkspace() {
                    [this] {
                      if (m_messages.LogWindow()) m_messages.LogWindow()->close();
                    }});
+  m_workspace.Add(
+      {"check", [this] { return m_check && m_check->isVisible() ? std::optional(CString()) : std::nullopt; },
+       [this](const CString&) { Check(); },
+       [this] {
+         if (m_check) m_check->close();
+       }});
   m_workspace.Add({"values", [this] { return StateIfVisible(&m_values); },
                    [this](const CString& state) {
                      m_values.SetState(state);

@@ -76,6 +76,7 @@ TEST_F(Workspace, TheWindowsOfAConfigurationComeBackWithTheirChoices) {
     TopLevel("Trending")->move(120, 90);
     Load(window, "Trending", curves);
     Load(window, "Scan Screen", Names({"b"}));
+    ActionOf(window, "Check")->trigger();
     Part(window, "Outputs")->setExpanded(false);
     QTest::qWait(300);
     place = TopLevel("Trending")->geometry();
@@ -87,7 +88,7 @@ TEST_F(Workspace, TheWindowsOfAConfigurationComeBackWithTheirChoices) {
     window.StopAndQuit();
   }
   CTestWindow window(m_demo);
-  for (const char* title : {"Values", "Trending", "Scan Screen", "Messages", "Message Log"})
+  for (const char* title : {"Values", "Trending", "Scan Screen", "Messages", "Message Log", "Check"})
     ASSERT_TRUE(TopLevel(title)) << title;
   EXPECT_EQ(Find<QLineEdit>(TopLevel("Values"), "Search")->text(), "a");
   EXPECT_EQ(TopLevel("Trending")->geometry(), place);
@@ -96,7 +97,7 @@ TEST_F(Workspace, TheWindowsOfAConfigurationComeBackWithTheirChoices) {
   EXPECT_EQ(Selected<CStringArray>(window, "Scan Screen"), Names({"b"}));
   EXPECT_FALSE(Part(window, "Outputs")->isExpanded());
   ASSERT_TRUE(window.Open(other));
-  for (const char* title : {"Values", "Trending", "Scan Screen", "Messages", "Message Log"})
+  for (const char* title : {"Values", "Trending", "Scan Screen", "Messages", "Message Log", "Check"})
     EXPECT_FALSE(TopLevel(title)) << title;
 }
 
