@@ -43,6 +43,34 @@ TEST_F(ChartData, AnExportAppearsWholeOrNotAtAll) {
   EXPECT_EQ(ReadBytes(csv).substr(0, 9), "time,y,x,");
 }
 
+// Before very many rows are read, some of them are shown.
+TEST_F(ChartData, ACoarseAnswerComesFirst) {
+  constexpr int kLogs = 8, kRows = 80'000;
+  for (int log = 0; log < kLogs; ++log)
+    if (log != 3)
+      Log(("log" + std::to_string(log) + ".rph").c_str(), Names({"x"}), Count(log * kRows, kRows));
+  const CChartQuery query = {{-1'000'000, kLogs * kRows * CMoment{1000}}, 1000, {"x"}};
+  CChartPicture first;
+  CChartData data([&] {
+    const std::lock_guard lock(m_mutex);
+    if (first.curves.empty() && data.Picture().query == query) first = data.Picture();
+    m_changed.notify_all();
+  });
+  data.SetSources({{{Folder(), false}}});
+  data.Ask(query);
+  ASSERT_TRUE(Wait([&] { return data.Picture().isFinal; }));
+  EXPECT_FALSE(first.isFinal);
+  ASSERT_EQ(first.curves.size(), 1U);
+  EXPECT_GT(first.curves[0].size(), 200U);
+  int gaps = -1;
+  for (const CCurveStep& step : first.curves[0]) {
+    EXPECT_EQ(CMoment{1000} * static_cast<CMoment>(step.first), step.from);
+    gaps += !step.isJoined;
+  }
+  EXPECT_EQ(gaps, 1);
+  EXPECT_GT(data.Picture().curves[0].size(), 800U);
+}
+
 // A log that comes, and one that goes.
 TEST_F(ChartData, ARescanReadsWhatHasChangedAlone) {
   const CChartQuery query = {{0, 100'000}, 1000, {"x"}};

@@ -1,5 +1,7 @@
 #include "vastra/charts/chart_reader.h"
 
+#include <utility>
+
 namespace vastra {
 namespace {
 
@@ -193,9 +195,12 @@ void CChartReader::Draw() {
   }
   CPictureMaker maker(*m_rows, m_tiles, query);
   m_published = std::chrono::steady_clock::now() + kFirstPublish - kPublishPeriod;
+  bool hasSketch = false;  // was shown
   const bool isRead = maker.Read([&](double progress) {
     if (IsSuperseded(query)) return false;
-    if (std::chrono::steady_clock::now() - m_published >= kPublishPeriod) Publish(false, progress);
+    const bool isSketched = std::exchange(hasSketch, !maker.Sketch().empty()) != hasSketch;
+    if (isSketched || std::chrono::steady_clock::now() - m_published >= kPublishPeriod)
+      Publish(progress, maker.Sketch());
     return true;
   });
   if (!maker.Faults().empty()) {
@@ -214,14 +219,13 @@ void CChartReader::Draw() {
 }
 
 // What is known of the newest query.
-void CChartReader::Publish(bool isFinal, double progress) {
+void CChartReader::Publish(double progress, const CSketch& sketch) {
   CChartQuery query;
   {
     const std::lock_guard lock(m_mutex);
     query = m_query;
   }
-  CChartPicture picture = CPictureMaker(*m_rows, m_tiles, query).Make();
-  picture.isFinal = isFinal;
+  CChartPicture picture = CPictureMaker(*m_rows, m_tiles, query).Make(sketch);
   picture.progress = progress;
   {
     const std::lock_guard lock(m_mutex);

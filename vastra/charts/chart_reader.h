@@ -48,7 +48,7 @@ class CChartReader {
   bool IsScanDue() const;
   void Draw();
   bool IsSuperseded(const CChartQuery& query) const;
-  void Publish(bool isFinal, double progress);
+  void Publish(double progress, const CSketch& sketch);
   bool HasNewSamples();
   void Change();
   void StartStatistics();

@@ -3,8 +3,10 @@
 namespace vastra {
 namespace {
 
-constexpr int kFinerLevels = 3;  // of which a tile is made rather than read
-constexpr int kMostBeside = 4;   // tiles beside the range that are looked at for the step there
+constexpr int kFinerLevels = 3;        // of which a tile is made rather than read
+constexpr int kMostBeside = 4;         // tiles beside the range that are looked at for the step there
+constexpr double kVeryMany = 500'000;  // rows, whose reading takes a time that a user notices
+constexpr int kSketched = 256;         // of them
 
 // Appends steps to a curve, those of one column as one. areColumns: they are columns of the level already.
 void AppendSteps(CCurveSteps& curve, std::span<const CCurveStep> steps, int level, bool areColumns,
@@ -163,7 +165,9 @@ bool CPictureMaker::Read(const CReadWatch& watch) {
   for (const CCover& cover : m_covers)
     for (const CPart& part : cover.parts) RefreshOpen(cover, part);
   for (std::vector<CTileRun> runs = MissingRuns(); !runs.empty(); runs = MissingRuns()) {
+    if (m_sketch.empty() && AreVeryMany(runs)) MakeSketch();
     double done = 0;
+    if (!watch(0)) return false;
     bool wasTooMany = false;
     for (const CTileRun& run : runs) {
       CTileReader reader(m_rows, m_head, m_tiles, run);
@@ -181,8 +185,47 @@ bool CPictureMaker::Read(const CReadWatch& watch) {
   return true;
 }
 
-// The steps of a place that has no tile: of a wider tile, or else of finer ones.
-void CPictureMaker::AddOther(CCurveSteps& curve, const CString& variable, const CTilePlace& place) const {
+bool CPictureMaker::AreVeryMany(const std::vector<CTileRun>& runs) const {
+  double rows = 0;
+  for (const CTileRun& run : runs) rows += m_rows.Estimate(*run.timeline, run.Range(), m_head);
+  return rows > kVeryMany;
+}
+
+void CPictureMaker::MakeSketch() {
+  const CMoment from = std::max(m_query.range.from, m_there.from),
+                to = std::min(m_query.range.to, m_there.to);
+  for (const CCover& cover : m_covers) {
+    std::vector<CString> variables;
+    for (const std::size_t i : cover.group.places) {
+      variables.push_back(m_query.variables[i]);
+      m_sketch[variables.back()].clear();
+    }
+    for (int i = 0; i < kSketched; ++i)
+      AddSketched(*cover.group.timeline, variables, from + (to - from) / kSketched * i);
+  }
+}
+
+// Adds a row that is near to a moment.
+void CPictureMaker::AddSketched(const CTimeline& timeline, const std::vector<CString>& variables,
+                                CMoment moment) {
+  const CMoment end = moment + m_rows.LongestStep(timeline, moment, m_head) + 1;
+  CRowReader reader(m_rows.Logs(), {{moment, std::min(end, timeline.since)}, variables});
+  CHistoryRow row;
+  if (!reader.Next(row)) return;
+  for (std::size_t i = 0; i < variables.size(); ++i) {
+    CCurveSteps& steps = m_sketch[variables[i]];
+    float value;
+    if (!row.Get(i, value) || (!steps.empty() && steps.back().from >= row.moment)) continue;
+    const CMoment distance = (m_query.range.to - m_query.range.from) / kSketched;
+    const bool isJoined = !steps.empty() && row.moment - steps.back().to < 2 * distance;
+    steps.push_back(StepOf(row.moment, value));
+    steps.back().isJoined = isJoined;
+  }
+}
+
+// The steps of a place that has no tile: of a wider tile, or else of the sketch, or of finer ones.
+void CPictureMaker::AddOther(CCurveSteps& curve, const CString& variable, const CTilePlace& place,
+                             const CSketch& sketch) const {
   const CMomentRange range = place.Range();
   for (int level = place.level + 1; level <= kTopLevel; ++level) {
     const CTile* const tile = m_tiles.Find(variable, CTilePlace::Of(range.from, level));
@@ -191,6 +234,11 @@ void CPictureMaker::AddOther(CCurveSteps& curve, const CString& variable, const 
       if (range.Has(step.from)) curve.push_back(step);
     return;
   }
+  const auto sketched = sketch.find(variable);
+  if (sketched != sketch.end())
+    for (const CCurveStep& step : sketched->second)
+      if (range.Has(step.from) && (curve.empty() || curve.back().to < step.from)) curve.push_back(step);
+  if (sketched != sketch.end()) return;
   for (int level = place.level - 1; level >= std::max(0, place.level - kFinerLevels); --level)
     for (CMoment at = range.from; at < range.to; at = CTilePlace::Of(at, level).Range().to)
       if (const CTile* const tile = m_tiles.Find(variable, CTilePlace::Of(at, level)))
@@ -198,13 +246,14 @@ void CPictureMaker::AddOther(CCurveSteps& curve, const CString& variable, const 
           if (curve.empty() || curve.back().to < step.from) curve.push_back(step);
 }
 
-CCurveSteps CPictureMaker::CurveOf(const CCover& cover, const CString& variable) const {
+CCurveSteps CPictureMaker::CurveOf(const CCover& cover, const CString& variable,
+                                   const CSketch& sketch) const {
   CCurveSteps curve;
   const CJoin join(m_rows, *cover.group.timeline, m_head);
   for (const CPart& part : cover.parts) {
     const CTile* const tile = m_tiles.Find(variable, part.place);
     if (!tile) {
-      AddOther(curve, variable, part.place);
+      AddOther(curve, variable, part.place, sketch);
       continue;
     }
     // A part of a column of rows is not of use: the whole tile.
@@ -217,10 +266,11 @@ CCurveSteps CPictureMaker::CurveOf(const CCover& cover, const CString& variable)
   return curve;
 }
 
-CChartPicture CPictureMaker::Make() const {
+CChartPicture CPictureMaker::Make(const CSketch& sketch) const {
   CChartPicture picture = {m_query, std::vector<CCurveSteps>(m_query.variables.size())};
   for (const CCover& cover : m_covers)
-    for (const std::size_t i : cover.group.places) picture.curves[i] = CurveOf(cover, m_query.variables[i]);
+    for (const std::size_t i : cover.group.places)
+      picture.curves[i] = CurveOf(cover, m_query.variables[i], sketch);
   return picture;
 }
 

@@ -8,15 +8,20 @@
 
 namespace vastra {
 
+// Some rows of the range of a query, by variables: what is shown while very many are read.
+using CSketch = std::map<CString, CCurveSteps>;
+
 class CPictureMaker {
  public:
   // All must exist as long as the maker.
   CPictureMaker(const CChartRows& rows, CChartTiles& tiles, const CChartQuery& query);
 
-  // Reads what is missing. watch gets the part that is read, and can end it: false, if it was ended.
+  // Reads what is missing. watch gets the part that is read, and can end it: false, if it was ended. If there
+  // are very many rows to read, a sketch of them is there at the first call of watch.
   bool Read(const CReadWatch& watch);
-  // What is there. Where a tile is missing, those of other levels take its place.
-  CChartPicture Make() const;
+  const CSketch& Sketch() const { return m_sketch; }
+  // What is there. Where a tile is missing, those of other levels take its place, or else the sketch.
+  CChartPicture Make(const CSketch& sketch = {}) const;
   const std::vector<CHistoryFault>& Faults() const { return m_faults; }
 
  private:
@@ -37,9 +42,13 @@ class CPictureMaker {
                    int depth) const;
   std::vector<CString> Missing(const CCover& cover, const CPart& part) const;
   std::vector<CTileRun> MissingRuns() const;
+  bool AreVeryMany(const std::vector<CTileRun>& runs) const;
+  void MakeSketch();
+  void AddSketched(const CTimeline& timeline, const std::vector<CString>& variables, CMoment moment);
   void RefreshOpen(const CCover& cover, const CPart& part) const;
-  CCurveSteps CurveOf(const CCover& cover, const CString& variable) const;
-  void AddOther(CCurveSteps& curve, const CString& variable, const CTilePlace& place) const;
+  CCurveSteps CurveOf(const CCover& cover, const CString& variable, const CSketch& sketch) const;
+  void AddOther(CCurveSteps& curve, const CString& variable, const CTilePlace& place,
+                const CSketch& sketch) const;
 
   const CChartRows& m_rows;
   CChartTiles& m_tiles;
@@ -48,6 +57,7 @@ class CPictureMaker {
   const CLiveHead m_head;
   const CMomentRange m_there;  // where there are rows
   std::vector<CCover> m_covers;
+  CSketch m_sketch;
   std::vector<CHistoryFault> m_faults;
 };
 
