@@ -1,7 +1,5 @@
 #include "vastra/charts/chart_reader.h"
 
-#include <utility>
-
 namespace vastra {
 namespace {
 
@@ -198,7 +196,8 @@ void CChartReader::Draw() {
   bool hasSketch = false;  // was shown
   const bool isRead = maker.Read([&](double progress) {
     if (IsSuperseded(query)) return false;
-    const bool isSketched = std::exchange(hasSketch, !maker.Sketch().empty()) != hasSketch;
+    const bool isSketched = !hasSketch && !maker.Sketch().empty();
+    hasSketch |= isSketched;
     if (isSketched || std::chrono::steady_clock::now() - m_published >= kPublishPeriod)
       Publish(progress, maker.Sketch());
     return true;
