@@ -66,7 +66,7 @@ TEST(CurveGeometry, LinesFromFarAwayKeepTheirDirection) {
 struct CRandomCurve {
   explicit CRandomCurve(unsigned seed) : random(seed) {
     const double mean = std::exp(Part() * 7 - 1);  // milliseconds between rows
-    const auto width = static_cast<CMoment>(1 + Part() * 3);
+    width = static_cast<CMoment>(1 + Part() * 3);
     double level = 50;
     for (double t = -100; t < 1100; t += 0.5 + Part() * mean) {
       const bool isGap = Part() < 0.01, isNan = Part() < 0.02;
@@ -100,15 +100,16 @@ struct CRandomCurve {
     bool isAfterGap;
   };
   std::mt19937 random;
+  CMoment width = 1;  // of the steps
   std::vector<CRow> rows;
   std::vector<CCurveStep> steps;
 };
 
-// The heights that a curve has within a pixel of x.
-std::pair<double, double> HeightsAt(const CCurveGeometry& curve, double x) {
+// The heights that a curve has within reach of x.
+std::pair<double, double> HeightsAt(const CCurveGeometry& curve, double x, double reach) {
   double top = INFINITY, bottom = -INFINITY;
   const auto add = [&](const CPlotPoint& point) {
-    if (std::abs(point.x - x) > 1) return;
+    if (std::abs(point.x - x) > reach) return;
     top = std::min(top, point.y);
     bottom = std::max(bottom, point.y);
   };
@@ -123,6 +124,8 @@ TEST(CurveGeometry, NoPeakIsLostAndNoneInventedAtAnyZoom) {
     CPlotScale plot = kPlot;
     if (seed % 2)
       plot.range = {static_cast<CMoment>(made.Part() * 500), 500 + static_cast<CMoment>(made.Part() * 500)};
+    const double pixels =
+        static_cast<double>(made.width) * plot.width / static_cast<double>(plot.range.to - plot.range.from);
     CCurveGeometry curve;
     curve.Build(made.steps, plot, kLine);
     float least = INFINITY, greatest = -INFINITY;
@@ -130,11 +133,8 @@ TEST(CurveGeometry, NoPeakIsLostAndNoneInventedAtAnyZoom) {
       if (std::isnan(row.value)) continue;
       least = std::min(least, row.value), greatest = std::max(greatest, row.value);
       if (!plot.range.Has(row.moment)) continue;
-      const auto [top, bottom] = HeightsAt(curve, plot.X(row.moment));
+      const auto [top, bottom] = HeightsAt(curve, plot.X(row.moment), 1 + pixels);
       const double y = plot.Y(static_cast<double>(row.value));
-      // A step of three milliseconds is up to three pixels wide.
-      const bool isWide = plot.width > static_cast<double>(plot.range.to - plot.range.from);
-      if (isWide) continue;
       ASSERT_LE(top, y + 1e-6) << "seed " << seed << " at " << row.moment;
       ASSERT_GE(bottom, y - 1e-6) << "seed " << seed << " at " << row.moment;
     }

@@ -24,6 +24,11 @@ CString ValueText(const CValueAt& at) {
   return {text, static_cast<std::size_t>(PutShortest(text, at.value) - text)};
 }
 
+CString ShortText(const CValueAt& at) {
+  return at.hasValue && std::isfinite(at.value) ? NumberText(static_cast<double>(at.value), 6)
+                                                : ValueText(at);
+}
+
 CString ResultText(double value) { return std::isfinite(value) ? NumberText(value, 7) : CString(); }
 
 }  // namespace vastra

@@ -20,6 +20,8 @@ CValueAt ValueAt(std::span<const CCurveStep> steps, CMoment moment);
 
 // The fewest digits that are value; "away", or nothing in a gap.
 CString ValueText(const CValueAt& at);
+// The same with up to six digits.
+CString ShortText(const CValueAt& at);
 // A difference or a mean: up to seven digits; empty if it is not finite.
 CString ResultText(double value);
 

@@ -57,7 +57,8 @@ CChartFrame LayOutChart(const CFrameRequest& request) {
   CChartFrame frame;
   LayOutLegend(request, frame);
   const double time = std::min(font.line * kTimeLines, request.height / 3);
-  const double top = frame.legend.height + (request.curves ? 0 : font.line * 0.6);
+  const double wanted = frame.legend.height + font.line * (request.hasUnits ? 1.2 : 0.6);
+  const double top = std::clamp(wanted, 0.0, std::max(request.height - time - 1, 0.0));
   double left = font.character, right = std::max(request.width - 2 * font.character, left + 1);
   const double least = request.width * kPlotPart;
   std::vector<double> widths;

@@ -24,7 +24,8 @@ struct CFrameRequest {
   CChartFont font;
   std::vector<double> axes;  // of each value axis the width of its widest text
   std::size_t curves = 0;
-  double names = 0;  // the width of the widest name in the legend
+  double names = 0;       // the width of the widest name in the legend
+  bool hasUnits = false;  // above the axes
 };
 
 struct CLegendItem {

@@ -10,6 +10,7 @@ constexpr double kNearColumns = 1.5;   // pixels; columns that are not farther a
 constexpr std::size_t kLeastBand = 4;  // columns
 constexpr double kWideStep = 2;        // pixels; of a step that is still coarse
 constexpr double kSpike = 3;           // pixels; a column that is higher has its whole width in a band
+constexpr double kMostMore = 0.4;      // pixels that a high column of a band reaches into its neighbour
 constexpr double kMarkSpace = 6;       // pixels between values that are marked
 constexpr double kFarOutside = 4000;   // pixels; drawing is exact up to there
 
@@ -136,29 +137,54 @@ void CCurveGeometry::AddBand(std::size_t first, std::size_t end) {
     }
   }
   const std::size_t begin = m_points.size();
-  const double half = m_lineWidth / 2;
-  for (std::size_t i = first; i < end; ++i) AddEdge(m_columns[i], m_columns[i].top - half, false);
-  for (std::size_t i = end; i-- > first;) AddEdge(m_columns[i], m_columns[i].bottom + half, true);
+  for (std::size_t i = first; i < end; ++i) AddTop(i, first, end);
+  for (std::size_t i = end; i-- > first;) AddBottom(i, first, end);
   m_bands.push_back({begin, m_points.size() - begin});
 }
 
+// Where column i of a band from first to end begins and ends. The higher one of two neighbours is the wider
+// one, so that a peak of one column is as wide as the line; the outline never goes back.
+std::pair<double, double> CCurveGeometry::SidesOf(std::size_t i, std::size_t first, std::size_t end,
+                                                  bool isHigherLeft, bool isHigherRight) const {
+  const double more = std::clamp((m_lineWidth - 1) / 2, 0.0, kMostMore);
+  const CColumn& column = m_columns[i];
+  double left = std::min(column.first.x, column.Middle() - m_lineWidth / 2);
+  double right = std::max(column.right, column.Middle() + m_lineWidth / 2);
+  if (i > first) left = (m_columns[i - 1].right + column.first.x) / 2 + (isHigherLeft ? more : -more);
+  if (i + 1 < end) right = (column.right + m_columns[i + 1].first.x) / 2 + (isHigherRight ? -more : more);
+  return {left, right};
+}
+
+void CCurveGeometry::AddTop(std::size_t i, std::size_t first, std::size_t end) {
+  const CColumn& column = m_columns[i];
+  const double y = std::clamp(column.top - m_lineWidth / 2, m_clipLow.y, m_clipHigh.y);
+  if (!IsHigh(column)) return m_points.push_back({column.Middle(), y});
+  const auto [left, right] = SidesOf(i, first, end, i > first && m_columns[i - 1].top < column.top,
+                                     i + 1 < end && m_columns[i + 1].top < column.top);
+  m_points.push_back({left, y});
+  m_points.push_back({right, y});
+}
+
+void CCurveGeometry::AddBottom(std::size_t i, std::size_t first, std::size_t end) {
+  const CColumn& column = m_columns[i];
+  const double y = std::clamp(column.bottom + m_lineWidth / 2, m_clipLow.y, m_clipHigh.y);
+  if (!IsHigh(column)) return m_points.push_back({column.Middle(), y});
+  const auto [left, right] = SidesOf(i, first, end, i > first && m_columns[i - 1].bottom > column.bottom,
+                                     i + 1 < end && m_columns[i + 1].bottom > column.bottom);
+  m_points.push_back({right, y});
+  m_points.push_back({left, y});
+}
+
 // A column that is much higher than the line has its whole width: its extremes would fade in a slope.
-void CCurveGeometry::AddEdge(const CColumn& column, double y, bool isBack) {
-  const double middle = (column.first.x + column.right) / 2;
-  const double width = std::max(column.right - column.first.x, m_lineWidth);
-  y = std::clamp(y, m_clipLow.y, m_clipHigh.y);
-  const bool isHigh = column.bottom - column.top > kSpike || column.right - column.first.x > kWideStep;
-  if (!isHigh) return m_points.push_back({middle, y});
-  const double side = isBack ? width / 2 : -width / 2;
-  m_points.push_back({middle + side, y});
-  m_points.push_back({middle - side, y});
+bool CCurveGeometry::IsHigh(const CColumn& column) {
+  return column.bottom - column.top > kSpike || column.right - column.first.x > kWideStep;
 }
 
 void CCurveGeometry::AddLine(std::size_t i) {
   const CColumn& column = m_columns[i];
   if (column.isJoined && i > 0) AddSegment(m_columns[i - 1].last, column.first);
   if (column.values > 1) {
-    const double middle = (column.first.x + column.right) / 2;
+    const double middle = column.Middle();
     AddSegment(column.first, {middle, column.bottom});
     AddSegment({middle, column.bottom}, {middle, column.top});
     AddSegment({middle, column.top}, column.last);

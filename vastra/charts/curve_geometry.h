@@ -4,6 +4,7 @@
 #pragma once
 
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "vastra/charts/chart_data.h"
@@ -63,6 +64,8 @@ class VASTRA_API CCurveGeometry {
     double right = 0;            // the end of the column
     std::uint32_t values = 0;
     bool isJoined = false;
+
+    double Middle() const { return (first.x + right) / 2; }
   };
 
   void CollectColumns(std::span<const CCurveStep> steps, const CPlotScale& scale);
@@ -72,7 +75,11 @@ class VASTRA_API CCurveGeometry {
   bool IsWide(const CColumn& column) const;
   std::size_t ChainEnd(std::size_t first) const;
   void AddBand(std::size_t first, std::size_t end);
-  void AddEdge(const CColumn& column, double y, bool isBack);
+  static bool IsHigh(const CColumn& column);
+  std::pair<double, double> SidesOf(std::size_t i, std::size_t first, std::size_t end, bool isHigherLeft,
+                                    bool isHigherRight) const;
+  void AddTop(std::size_t i, std::size_t first, std::size_t end);
+  void AddBottom(std::size_t i, std::size_t first, std::size_t end);
   void AddLine(std::size_t i);
   void AddMark(std::size_t i);
   void AddSegment(CPlotPoint from, CPlotPoint to);

@@ -1,0 +1,386 @@
+#include "vastra/charts/chart_painter.h"
+
+#include <QFontMetricsF>
+#include <QPainter>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include "vastra/charts/chart_colour_rules.h"
+#include "vastra/ui/text.h"
+
+namespace vastra {
+namespace {
+
+constexpr double kCurveWidth = 1.5, kSelectedWidth = 2.75;  // pixels
+constexpr double kMarkSize = 4.5;
+constexpr double kTickLength = 4;
+constexpr double kTicksPerLine = 0.32;  // value ticks for each line of text, at most
+constexpr double kAwayLane = 3;         // the height of the marks of nodes that are away
+constexpr int kAwayTint = 20, kBetweenTint = 18, kSelectedTint = 40;  // of 255
+constexpr const char* kCursorNames[] = {"A", "B"};
+
+QColor Blend(const QColor& a, const QColor& b, float part) {
+  const auto blend = [part](float x, float y) { return part * x + (1 - part) * y; };
+  return QColor::fromRgbF(blend(a.redF(), b.redF()), blend(a.greenF(), b.greenF()),
+                          blend(a.blueF(), b.blueF()));
+}
+
+QColor Tinted(QColor colour, int alpha) {
+  colour.setAlpha(alpha);
+  return colour;
+}
+
+// Lines of one pixel are sharp at the middle of a pixel.
+double Sharp(double place) { return std::floor(place) + 0.5; }
+
+void DrawLine(QPainter& painter, double x1, double y1, double x2, double y2) {
+  painter.drawLine(QPointF(Sharp(x1), Sharp(y1)), QPointF(Sharp(x2), Sharp(y2)));
+}
+
+// The line styles of the curves of one colour.
+Qt::PenStyle StyleOf(const CChartLayout& layout, std::size_t curve) {
+  constexpr Qt::PenStyle kStyles[] = {Qt::SolidLine, Qt::DashLine, Qt::DotLine, Qt::DashDotLine};
+  std::size_t before = 0;
+  for (std::size_t i = 0; i < curve; ++i) before += layout.curves[i].colour == layout.curves[curve].colour;
+  return kStyles[before % std::size(kStyles)];
+}
+
+// The value at moment, or the newest one of the picture.
+CValueAt LegendValue(std::span<const CCurveStep> steps, std::optional<CMoment> moment) {
+  if (moment || steps.empty()) return ValueAt(steps, moment.value_or(0));
+  return ValueAt(steps, steps.back().to);
+}
+
+}  // namespace
+
+QRectF ToRect(const CChartBox& box) { return {box.left, box.top, box.width, box.height}; }
+
+CChartInk InkOf(const QPalette& palette) {
+  const QColor base = palette.color(QPalette::Active, QPalette::Base);
+  const QColor text = palette.color(QPalette::Active, QPalette::Text);
+  const bool isDark = base.lightness() < text.lightness();
+  return {.base = base,
+          .text = text,
+          .dim = Blend(text, base, 0.65F),
+          .grid = Blend(text, base, isDark ? 0.14F : 0.10F),
+          .line = Blend(text, base, 0.4F),
+          .accent = palette.color(QPalette::Active, QPalette::Highlight),
+          .isDark = isDark};
+}
+
+QColor CChartPainter::ColourOf(const CChartCurve& curve) const {
+  return QColor::fromRgb(CurveColour(curve.colour, m_ink.isDark));
+}
+
+void CChartPainter::LayOut(const CChartState& state, const QSizeF& size, const QFont& font,
+                           const QPalette& palette) {
+  m_ink = InkOf(palette);
+  m_font = font;
+  const QFontMetricsF metrics(font);
+  m_line = metrics.height();
+  CFrameRequest request = {.width = size.width(),
+                           .height = size.height(),
+                           .font = {metrics.averageCharWidth(), m_line},
+                           .axes = {},
+                           .curves = state.Layout().curves.size()};
+  for (const CChartCurve& curve : state.Layout().curves)
+    request.names = std::max(request.names, metrics.horizontalAdvance(ToScreen(state.Caption(curve))));
+  m_frame = LayOutChart(request);  // for the height of the plot
+  MeasureAxes(state, request);
+  m_frame = LayOutChart(request);
+  m_time = state.HasRange()
+               ? TimeAxisOf(state.Range(), state.Clock(), m_frame.plot.width / request.font.character)
+               : CTimeAxis();
+}
+
+// Widths are rounded up, so that the plot does not move with each value.
+void CChartPainter::MeasureAxes(const CChartState& state, CFrameRequest& request) {
+  const QFontMetricsF metrics(m_font);
+  const int most = std::max(2, static_cast<int>(m_frame.plot.height / m_line * kTicksPerLine));
+  m_axes.clear();
+  for (const CChartAxis& axis : state.Layout().axes) {
+    CAxisTexts texts = {ValueTicks(axis.range, most), ToScreen(state.AxisUnit(axis.id)),
+                        AxisColour(state, axis.id)};
+    double width = 0;
+    for (const CValueTick& tick : texts.ticks)
+      width = std::max(width, metrics.horizontalAdvance(ToScreen(tick.text)));
+    request.hasUnits = request.hasUnits || !texts.unit.isEmpty();
+    const double unit = 2 * request.font.character;
+    request.axes.push_back(std::max(std::ceil(width / unit), 2.0) * unit);
+    m_axes.push_back(std::move(texts));
+  }
+}
+
+// The colour of the only curve of an axis; text of several.
+QColor CChartPainter::AxisColour(const CChartState& state, int id) const {
+  QColor colour;
+  for (const CChartCurve& curve : state.Layout().curves) {
+    if (curve.axis != id) continue;
+    if (colour.isValid()) return m_ink.dim;
+    colour = ColourOf(curve);
+  }
+  return colour;
+}
+
+CPlotScale CChartPainter::Scale(const CChartState& state, int axis) const {
+  const CChartBox& plot = m_frame.plot;
+  const int place = PlaceOfAxis(state.Layout(), axis);
+  const CMomentRange range = state.HasRange() ? state.Range() : CMomentRange{0, 1000};
+  return {range,      place < 0 ? CAxisRange() : state.Layout().axes[static_cast<std::size_t>(place)].range,
+          plot.left,  plot.top,
+          plot.width, plot.height};
+}
+
+void CChartPainter::PaintPlot(QPainter& painter, const CChartState& state) {
+  painter.setFont(m_font);
+  painter.fillRect(QRectF(0, 0, m_frame.time.width, m_frame.time.Bottom()), m_ink.base);
+  PaintGrid(painter, state);
+  PaintCurves(painter, state);
+  painter.setRenderHint(QPainter::Antialiasing, false);
+  for (std::size_t i = 0; i < m_frame.axes.size(); ++i) PaintValueAxis(painter, state, i);
+  PaintTimeAxis(painter, state);
+}
+
+// Lines at the ticks of time, and at those of the axis of the selected curve, or of the first axis.
+void CChartPainter::PaintGrid(QPainter& painter, const CChartState& state) const {
+  const CChartBox& plot = m_frame.plot;
+  const std::vector<CChartCurve>& curves = state.Layout().curves;
+  painter.setRenderHint(QPainter::Antialiasing, false);
+  painter.setPen(QPen(m_ink.grid, 1));
+  const int selected = state.Selected() < curves.size() ? curves[state.Selected()].axis : 0;
+  const auto axis = static_cast<std::size_t>(std::max(PlaceOfAxis(state.Layout(), selected), 0));
+  if (axis < m_axes.size()) {
+    const CPlotScale scale = Scale(state, state.Layout().axes[axis].id);
+    for (const CValueTick& tick : m_axes[axis].ticks) {
+      const double y = scale.Y(tick.value);
+      if (y >= plot.top && y < plot.Bottom()) DrawLine(painter, plot.left, y, plot.Right() - 1, y);
+    }
+  }
+  const CPlotScale scale = Scale(state, 0);
+  for (const CTimeTick& tick : m_time.ticks) {
+    const double x = scale.X(tick.moment);
+    DrawLine(painter, x, plot.top, x, plot.Bottom() - 1);
+  }
+}
+
+void CChartPainter::PaintTimeAxis(QPainter& painter, const CChartState& state) const {
+  const CChartBox& plot = m_frame.plot;
+  const QFontMetricsF metrics(m_font);
+  const CPlotScale scale = Scale(state, 0);
+  painter.setPen(QPen(m_ink.line, 1));
+  DrawLine(painter, plot.left, plot.Bottom(), plot.Right(), plot.Bottom());
+  double free = 0;
+  for (const CTimeTick& tick : m_time.ticks) {
+    const double x = scale.X(tick.moment);
+    painter.setPen(QPen(m_ink.line, 1));
+    DrawLine(painter, x, plot.Bottom(), x, plot.Bottom() + kTickLength);
+    const QString text = ToScreen(tick.text);
+    const double width = metrics.horizontalAdvance(text);
+    if (x - width / 2 < free || x + width / 2 > m_frame.time.width) continue;
+    painter.setPen(m_ink.dim);
+    painter.drawText(QPointF(x - width / 2, plot.Bottom() + kTickLength + 1 + metrics.ascent()), text);
+    free = x + width / 2 + metrics.averageCharWidth();
+  }
+  const QString zone = ToScreen(m_time.zone);
+  const double right = std::max(plot.Right(), plot.left) - metrics.horizontalAdvance(zone);
+  painter.setPen(m_ink.dim);
+  if (right > plot.left)
+    painter.drawText(QPointF(right, plot.Bottom() + kTickLength + 2 + m_line + metrics.ascent()), zone);
+  PaintContexts(painter, scale, std::min(right, plot.Right()) - 2 * metrics.averageCharWidth());
+}
+
+// The second line of the time axis, up to right. The text at the beginning gives way to the one after it.
+void CChartPainter::PaintContexts(QPainter& painter, const CPlotScale& scale, double right) const {
+  const QFontMetricsF metrics(m_font);
+  const double gap = metrics.averageCharWidth(), bottom = scale.top + scale.height;
+  double free = 0;
+  for (std::size_t i = 0; i < m_time.contexts.size(); ++i) {
+    const QString text = ToScreen(m_time.contexts[i].text);
+    const double x = std::max(scale.X(m_time.contexts[i].moment), scale.left);
+    const double end = x + metrics.horizontalAdvance(text) + gap;
+    const bool isCrowded = i == 0 && m_time.contexts.size() > 1 && scale.X(m_time.contexts[1].moment) < end;
+    if (x < free || isCrowded || end > right) continue;
+    painter.setPen(QPen(m_ink.line, 1));
+    if (i > 0) DrawLine(painter, x, bottom, x, bottom + kTickLength + 2 * m_line);
+    painter.setPen(m_ink.text);
+    painter.drawText(QPointF(x + (i > 0 ? gap / 2 : 0), bottom + kTickLength + 2 + m_line + metrics.ascent()),
+                     text);
+    free = end;
+  }
+}
+
+void CChartPainter::PaintValueAxis(QPainter& painter, const CChartState& state, std::size_t place) const {
+  const CChartBox& box = m_frame.axes[place];
+  const CAxisTexts& axis = m_axes[place];
+  const QFontMetricsF metrics(m_font);
+  const CPlotScale scale = Scale(state, state.Layout().axes[place].id);
+  const bool isLeft = IsLeftAxis(place);
+  const double x = isLeft ? box.Right() - 1 : box.left, gap = metrics.averageCharWidth() * 0.7;
+  const int side = isLeft ? -1 : 1;
+  const int flags = (isLeft ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter;
+  painter.setPen(QPen(Blend(axis.colour, m_ink.base, 0.7F), 1));
+  DrawLine(painter, x, box.top, x, box.Bottom());
+  for (const CValueTick& tick : axis.ticks) {
+    const double y = scale.Y(tick.value);
+    if (y < box.top - 0.5 || y > box.Bottom() + 0.5) continue;
+    painter.setPen(QPen(Blend(axis.colour, m_ink.base, 0.7F), 1));
+    DrawLine(painter, x, y, x + side * kTickLength, y);
+    const double end = x + side * (kTickLength + gap);
+    const double middle = std::min(y, box.Bottom() - m_line * 0.35);
+    painter.setPen(axis.colour);
+    painter.drawText(QRectF(isLeft ? end - box.width : end, middle - m_line / 2, box.width, m_line), flags,
+                     ToScreen(tick.text));
+  }
+  if (axis.unit.isEmpty()) return;
+  const double width = metrics.horizontalAdvance(axis.unit) + gap;
+  painter.drawText(QRectF(isLeft ? x - std::min(width, box.width) : x, box.top - m_line * 1.3, width, m_line),
+                   flags, axis.unit);
+}
+
+void CChartPainter::PaintCurves(QPainter& painter, const CChartState& state) {
+  const CChartBox& plot = m_frame.plot;
+  painter.save();
+  painter.setClipRect(QRectF(plot.left, plot.top - 1, plot.width, plot.height + 2));
+  const std::size_t count = state.Layout().curves.size(), selected = state.Selected();
+  for (std::size_t i = 0; i < count; ++i)
+    if (i != selected) PaintCurve(painter, state, i);
+  if (selected < count) PaintCurve(painter, state, selected);
+  painter.restore();
+}
+
+// One call for all lines, one for all bands and one for all marks.
+void CChartPainter::PaintCurve(QPainter& painter, const CChartState& state, std::size_t curve) {
+  const CChartCurve& shown = state.Layout().curves[curve];
+  if (shown.isHidden || shown.axis == 0) return;
+  const bool isSelected = curve == state.Selected();
+  const double width = isSelected ? kSelectedWidth : kCurveWidth;
+  const QColor colour = ColourOf(shown);
+  m_geometry.Build(state.StepsOf(curve), Scale(state, shown.axis), width);
+  const auto collect = [this](const std::vector<CPointRun>& runs) {
+    m_path.clear();
+    m_path.setFillRule(Qt::WindingFill);
+    for (const CPointRun& run : runs) {
+      const CPlotPoint* point = &m_geometry.Points()[run.first];
+      m_path.moveTo(point->x, point->y);
+      for (std::size_t i = 1; i < run.count; ++i) m_path.lineTo(point[i].x, point[i].y);
+    }
+  };
+  PaintAway(painter, colour);
+  painter.setRenderHint(QPainter::Antialiasing, true);
+  collect(m_geometry.Bands());
+  painter.fillPath(m_path, colour);
+  collect(m_geometry.Lines());
+  painter.strokePath(m_path, QPen(colour, width, StyleOf(state.Layout(), curve), Qt::FlatCap, Qt::BevelJoin));
+  m_marks.clear();
+  for (const CPlotPoint& mark : m_geometry.Marks()) m_marks.emplace_back(mark.x, mark.y);
+  if (m_marks.empty()) return;
+  painter.setPen(QPen(colour, kMarkSize + width - kCurveWidth, Qt::SolidLine, Qt::RoundCap));
+  painter.drawPoints(m_marks.data(), static_cast<int>(m_marks.size()));
+}
+
+// A tint where there is no value at all, and a lane at the bottom where some are missing.
+void CChartPainter::PaintAway(QPainter& painter, const QColor& colour) const {
+  const CChartBox& plot = m_frame.plot;
+  painter.setRenderHint(QPainter::Antialiasing, false);
+  for (const CAwayStretch& away : m_geometry.Away()) {
+    const double left = std::max(away.left, plot.left), right = std::min(away.right, plot.Right());
+    if (right <= left) continue;
+    if (away.isWhole)
+      painter.fillRect(QRectF(left, plot.top, right - left, plot.height), Tinted(colour, kAwayTint));
+    const QRectF lane(left, plot.Bottom() - kAwayLane, right - left, kAwayLane);
+    painter.fillRect(lane, away.isWhole ? QBrush(colour) : QBrush(colour, Qt::Dense4Pattern));
+  }
+}
+
+void CChartPainter::PaintLegend(QPainter& painter, const CChartState& state,
+                                std::optional<CMoment> moment) const {
+  painter.setFont(m_font);
+  for (std::size_t i = 0; i < m_frame.items.size(); ++i) PaintItem(painter, state, i, moment);
+  if (m_frame.more.width <= 0) return;
+  painter.setPen(m_ink.dim);
+  const auto rest = static_cast<qulonglong>(state.Layout().curves.size() - m_frame.items.size());
+  painter.drawText(ToRect(m_frame.more), Qt::AlignVCenter | Qt::AlignLeft, QString("+%1 more").arg(rest));
+}
+
+void CChartPainter::PaintItem(QPainter& painter, const CChartState& state, std::size_t curve,
+                              std::optional<CMoment> moment) const {
+  const CLegendItem& item = m_frame.items[curve];
+  const CChartCurve& shown = state.Layout().curves[curve];
+  const QFontMetricsF metrics(m_font);
+  painter.setRenderHint(QPainter::Antialiasing, true);
+  if (curve == state.Selected()) {
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(Tinted(m_ink.accent, kSelectedTint));
+    painter.drawRoundedRect(ToRect(item.all).adjusted(-3, 1, -6, -1), 3, 3);
+    painter.setBrush(Qt::NoBrush);
+  }
+  const double middle = item.line.top + item.line.height / 2;
+  painter.setPen(QPen(ColourOf(shown), shown.isHidden ? 1 : 3, StyleOf(state.Layout(), curve), Qt::FlatCap));
+  painter.drawLine(QPointF(item.line.left, middle), QPointF(item.line.Right(), middle));
+  painter.setPen(shown.isHidden ? m_ink.dim : m_ink.text);
+  painter.drawText(ToRect(item.name), Qt::AlignVCenter | Qt::AlignLeft,
+                   metrics.elidedText(ToScreen(state.Caption(shown)), Qt::ElideMiddle, item.name.width));
+  const QString value =
+      shown.isHidden ? QString("hidden") : ToScreen(ShortText(LegendValue(state.StepsOf(curve), moment)));
+  painter.setPen(shown.isHidden ? m_ink.dim : ColourOf(shown));
+  painter.drawText(ToRect(item.value), Qt::AlignVCenter | Qt::AlignLeft,
+                   metrics.elidedText(value, Qt::ElideRight, item.value.width));
+}
+
+// The stretch between them has a tint; the active one is drawn stronger.
+void CChartPainter::PaintCursors(QPainter& painter, const CChartState& state) const {
+  if (!state.HasCursors() || !state.HasRange()) return;
+  const CChartBox& plot = m_frame.plot;
+  const CPlotScale scale = Scale(state, 0);
+  double x[kCursors];
+  for (std::size_t i = 0; i < kCursors; ++i)
+    x[i] = std::clamp(scale.X(state.CursorAt(i)), plot.left - 1, plot.Right() + 1);
+  painter.setRenderHint(QPainter::Antialiasing, false);
+  painter.fillRect(
+      QRectF(QPointF(std::min(x[0], x[1]), plot.top), QPointF(std::max(x[0], x[1]), plot.Bottom())),
+      Tinted(m_ink.accent, kBetweenTint));
+  for (std::size_t i = 0; i < kCursors; ++i) {
+    if (x[i] < plot.left || x[i] > plot.Right()) continue;
+    const bool isActive = i == state.ActiveCursor();
+    painter.setRenderHint(QPainter::Antialiasing, false);
+    painter.setPen(QPen(isActive ? m_ink.text : m_ink.dim, 1, isActive ? Qt::SolidLine : Qt::DashLine));
+    DrawLine(painter, x[i], plot.top, x[i], plot.Bottom() - 1);
+    PaintTag(painter, kCursorNames[i], x[i], plot.top, isActive ? m_ink.text : m_ink.dim);
+  }
+}
+
+// A text on a filled field, as near above or below top as it fits, centred at x within the frame.
+void CChartPainter::PaintTag(QPainter& painter, const QString& text, double x, double top,
+                             const QColor& colour) const {
+  const QFontMetricsF metrics(m_font);
+  const double width = metrics.horizontalAdvance(text) + metrics.averageCharWidth() * 1.4;
+  const double left = std::clamp(x - width / 2, 0.0, std::max(m_frame.time.width - width, 0.0));
+  const QRectF field(std::round(left), std::round(top), std::round(width), std::round(m_line * 1.15));
+  painter.setRenderHint(QPainter::Antialiasing, true);
+  painter.setPen(Qt::NoPen);
+  painter.setBrush(colour);
+  painter.drawRoundedRect(field, 3, 3);
+  painter.setBrush(Qt::NoBrush);
+  painter.setPen(m_ink.base);
+  painter.setFont(m_font);
+  painter.drawText(field, Qt::AlignCenter, text);
+}
+
+void CChartPainter::PaintPointer(QPainter& painter, const CChartState& state, CMoment moment) const {
+  const CChartBox& plot = m_frame.plot;
+  const double x = Scale(state, 0).X(moment);
+  painter.setRenderHint(QPainter::Antialiasing, false);
+  painter.setPen(QPen(m_ink.dim, 1, Qt::DotLine));
+  DrawLine(painter, x, plot.top, x, plot.Bottom() - 1);
+  PaintTag(painter, ToScreen(state.Clock().Text(moment)), x, plot.Bottom() + kTickLength, m_ink.dim);
+}
+
+void CChartPainter::PaintHint(QPainter& painter, const QString& hint) const {
+  painter.setFont(m_font);
+  painter.setPen(m_ink.dim);
+  painter.drawText(ToRect(m_frame.plot), Qt::AlignCenter | Qt::TextWordWrap, hint);
+}
+
+}  // namespace vastra
