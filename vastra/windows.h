@@ -4,6 +4,7 @@
 #pragma once
 
 #include "vastra/charts/chart_data.h"
+#include "vastra/charts/chart_window.h"
 #include "vastra/charts/live_samples.h"
 #include "vastra/console/console.h"
 #include "vastra/console/console_conf_dlg.h"

@@ -45,6 +45,12 @@ void CChartState::SetLayout(CChartLayout layout) {
   Settle();
 }
 
+CChartLayout CChartState::StoredLayout() const {
+  CChartLayout layout = m_layout;
+  if (m_showsAll) layout.range = {0, 0};
+  return layout;
+}
+
 void CChartState::SetUnits(std::map<CString, CString> units) { m_units = std::move(units); }
 
 CString CChartState::UnitOf(const CString& variable) const {
@@ -175,6 +181,12 @@ void CChartState::Follow(bool isFollowing) {
   m_showsAll = false;
   m_layout.isFollowing = isFollowing;
   if (isFollowing && HasRange()) SetRange(FollowedRange(m_layout.range, m_rows));
+}
+
+void CChartState::StartFollowing(CMoment length, CMoment now) {
+  m_showsAll = false;
+  m_layout.isFollowing = true;
+  SetRange(FollowedRange({now - length, now}, m_rows));
 }
 
 // Axes that were removed since do not come back, new ones stay.

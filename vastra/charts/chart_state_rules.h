@@ -21,6 +21,7 @@ class VASTRA_API CChartState {
 
   const CChartLayout& Layout() const { return m_layout; }
   void SetLayout(CChartLayout layout);  // that of a file
+  CChartLayout StoredLayout() const;    // for a file: without a range if the user has chosen none
   CChartClock Clock() const { return CChartClock(m_layout.isUtc); }
   void SetUtc(bool isUtc) { m_layout.isUtc = isUtc; }
 
@@ -53,6 +54,8 @@ class VASTRA_API CChartState {
   void ShowRectangle(const CMomentRange& range, double low, double high);
   void ShowWhole();
   void Follow(bool isFollowing);
+  // Begins with the last length milliseconds before now, and follows.
+  void StartFollowing(CMoment length, CMoment now);
   // The same without a step back: while the pointer drags from a place to the next.
   void DragTo(const CMomentRange& range);
   bool HasBack() const { return m_places.HasBack(); }
