@@ -37,6 +37,7 @@
 #include "vastra/ui/controls.h"
 #include "vastra/ui/dialog.h"
 #include "vastra/ui/drawing.h"
+#include "vastra/ui/dropped_paths.h"
 #include "vastra/ui/geometry.h"
 #include "vastra/ui/grid.h"
 #include "vastra/ui/line_raster.h"

@@ -59,6 +59,7 @@ CAttachedWindow::CAttachedWindow(CSettings& settings, const CString& socket)
       m_socket(socket),
       m_views(settings, true),
       m_values(settings, "AttachedValues"),
+      m_charts(settings, [] {}),
       m_state(new QLabel(this)) {
   setAttribute(Qt::WA_DeleteOnClose);
   setWindowTitle(ToScreen(socket));
@@ -88,11 +89,14 @@ CAttachedWindow::~CAttachedWindow() {
 }
 
 void CAttachedWindow::MakeViews() {
-  m_plant = new CPlantView({.edit = {},
-                            .trend = [this] { m_views.ShowTrend(Stages(), kRefresh); },
-                            .grid = [this] { m_views.ShowGrid(Stages()); },
-                            .values = [this] { m_values.BringUp(); }},
-                           this);
+  m_plant = new CPlantView(
+      {.edit = {},
+       .trend = [this] { m_views.ShowTrend(Stages(), kRefresh); },
+       .grid = [this] { m_views.ShowGrid(Stages()); },
+       .values = [this] { m_values.BringUp(); },
+       .history = [this](EPart part,
+                         int index) { m_charts.ShowHistory(m_logger.Configuration(), part, index); }},
+      this);
   m_log = new CMessageWindow(m_settings, "AttachedLog", m_messages, {});
   m_log->setParent(this);
 }
@@ -110,6 +114,7 @@ QWidget* CAttachedWindow::MakeBar() {
   add("&Trend", [this] { m_views.ShowTrend(Stages(), kRefresh); });
   add("Scan &Grid", [this] { m_views.ShowGrid(Stages()); });
   add("&Values", [this] { m_values.BringUp(); });
+  add("&Chart", [this] { m_charts.ShowLogger(); });
   return bar;
 }
 
@@ -159,6 +164,7 @@ void CAttachedWindow::Take(const CHelloLine& hello) {
     m_plant->ShowConfiguration(m_logger.Configuration(), variables);
     ShowNames();
   }
+  if (change.hasNames || change.isOther) m_chartSamples.Started(m_logger.Names());
   ShowRun();
 }
 
@@ -170,6 +176,9 @@ void CAttachedWindow::ShowNames() {
                       .nodes = NodesOf(configuration.m_input),
                       .period = m_logger.Period(),
                       .notes = configuration.m_variables});
+  CChartLogger chart = ChartLoggerOf(configuration, m_chartSamples.Samples());
+  chart.sources.paths = ChartPathsOf(m_logger.Hello());
+  m_charts.SetLogger(std::move(chart));
   CStringArray names = m_logger.Names();
   if (names.IsEmpty() || (m_trend.IsOpen() && names == m_trend.GetOptions()->m_baseVars)) return;
   m_trend.Close();
@@ -189,7 +198,9 @@ void CAttachedWindow::Take(const CStateLine& state) {
 void CAttachedWindow::Take(const CSampleLine& sample) {
   const bool isTaken = m_logger.Take(sample);
   ShowState(m_stateText);
-  if (isTaken && m_trend.Write(m_logger.Newest())) m_views.Refresh();
+  if (!isTaken) return;
+  m_chartSamples.Sampled(m_logger.Newest());
+  if (m_trend.Write(m_logger.Newest())) m_views.Refresh();
 }
 
 void CAttachedWindow::Take(const CCountsLine& counts) {

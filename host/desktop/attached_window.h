@@ -11,6 +11,8 @@
 
 #include "host/attach/feed_client.h"
 #include "host/desktop/attached_logger.h"
+#include "host/desktop/chart_source.h"
+#include "host/desktop/chart_windows.h"
 #include "host/desktop/live_views.h"
 #include "host/desktop/message_model.h"
 #include "host/desktop/values_window.h"
@@ -57,7 +59,9 @@ class CAttachedWindow : public QWidget {
   CLogInput m_input;      // stays closed
   CLogTrendings m_trend;  // gets the samples of the feed
   CLiveViews m_views;
+  CChartSamples m_chartSamples;
   CValuesWindow m_values;
+  CChartWindows m_charts;
   CMessageModel m_messages;         // in memory only: the logger has its own
   std::uint64_t m_lastMessage = 0;  // its number; a new connection brings the kept ones again
   QTimer m_timer;

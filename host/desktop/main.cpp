@@ -21,7 +21,8 @@ namespace {
 
 // The command line.
 struct CRequest {
-  CString file;
+  CString file;               // a configuration
+  std::vector<CString> logs;  // logs, journals and folders, for a chart
   bool start = false;
 };
 
@@ -30,6 +31,7 @@ void Describe(QCommandLineParser& line) {
   line.addHelpOption();
   line.addVersionOption();
   line.addPositionalArgument("FILE", "The configuration, as JSON or as a configuration file", "[FILE]");
+  line.addPositionalArgument("PATH", "Logs, and folders of logs, to open a chart of", "[PATH...]");
   line.addOption({"start", "Start the logger at once"});
 }
 
@@ -41,7 +43,10 @@ int ReadCommandLine(int argc, char** argv, CRequest& request) {
   QCommandLineParser line;
   Describe(line);
   QString fault = line.parse(QCoreApplication::arguments()) ? QString() : line.errorText();
-  const QStringList files = line.positionalArguments();
+  QStringList files;
+  std::vector<CString> logs;
+  for (const QString& path : line.positionalArguments())
+    IsChartPath(FromScreen(path)) ? logs.push_back(FromScreen(path)) : files.push_back(path);
   if (fault.isEmpty() && files.size() > 1) fault = "more than one FILE";
   if (!fault.isEmpty()) {
     std::fprintf(stderr, "vastra-desktop: command line: %s (see vastra-desktop --help)\n",
@@ -50,11 +55,14 @@ int ReadCommandLine(int argc, char** argv, CRequest& request) {
   }
   if (line.isSet("help")) return std::fputs(qPrintable(line.helpText()), stdout), 0;
   if (line.isSet("version")) return std::puts("vastra-desktop " VASTRA_VERSION), 0;
-  request = {files.isEmpty() ? CString() : FromScreen(files.constFirst()), line.isSet("start")};
+  request = {files.isEmpty() ? CString() : FromScreen(files.constFirst()), std::move(logs),
+             line.isSet("start")};
   return -1;
 }
 
 void Follow(const CRequest& request, CMainWindow& window) {
+  window.OpenLogs(request.logs);
+  if (request.file.IsEmpty() && !request.logs.empty()) return;
   if (request.file.IsEmpty()) return window.OfferDemo();
   if (!window.Open(request.file)) return;
   if (request.start || window.WantsToStart()) window.Start();
@@ -70,7 +78,8 @@ int Main(int argc, char** argv) {
   QApplication::setQuitOnLastWindowClosed(false);
   CMainWindow window;
   const CQuitSignals stops([&window] { window.StopAndQuit(); });
-  window.show();
+  if (!request.file.IsEmpty() || request.logs.empty())
+    window.show();  // else a chart is all that the user wants
   QTimer::singleShot(0, &window, [&] { Follow(request, window); });
   return QApplication::exec();
 }

@@ -53,6 +53,9 @@ void CMainWindow::MakeFileMenu() {
   m_edit = AddAction(file, "&Configuration...", QKeySequence("Ctrl+E"), [this] { EditConfiguration(); });
   m_needDocument << m_edit << AddAction(file, "Re&port", QKeySequence("Ctrl+R"), [this] { ShowReport(); });
   file->addSeparator();
+  AddAction(file, "Open &Logs...", QKeySequence("Ctrl+L"), [this] { m_charts.AskForLogs(); });
+  AddAction(file, "Open Log &Folder...", QKeySequence("Ctrl+Shift+L"), [this] { m_charts.AskForFolder(); });
+  file->addSeparator();
   AddAction(file, "&Attach...", QKeySequence("Ctrl+T"), [this] { Attach(); });
   file->addSeparator();
   AddAction(file, "&Quit", QKeySequence("Ctrl+Q"), [this] { close(); });
@@ -85,10 +88,11 @@ void CMainWindow::MakeWindowMenu() {
   QAction* messages = AddAction(window, "&Messages", QKeySequence("Ctrl+3"), [this] { m_messages.Show(); });
   AddAction(window, "Message &Log", QKeySequence("Ctrl+4"), [this] { ShowMessageLog(); });
   QAction* values = AddAction(window, "&Values", QKeySequence("Ctrl+5"), [this] { m_values.BringUp(); });
+  QAction* chart = AddAction(window, "&Chart", QKeySequence("Ctrl+6"), [this] { ShowChart(); });
   window->addSeparator();
   AddAction(window, "Message &Settings...", QKeySequence("Ctrl+M"), [this] { m_messages.Configure(); });
   UseKeysEverywhere(*window);
-  m_needDocument << trend << grid << values;
+  m_needDocument << trend << grid << values << chart;
   QToolBar* bar = addToolBar("Run");
   bar->setMovable(false);
   bar->setContextMenuPolicy(Qt::PreventContextMenu);
@@ -97,7 +101,7 @@ void CMainWindow::MakeWindowMenu() {
   bar->addSeparator();
   bar->addActions({m_start, m_stop});
   bar->addSeparator();
-  bar->addActions({trend, grid, messages});
+  bar->addActions({trend, grid, chart, messages});
 }
 
 void CMainWindow::ShowMessageLog() {

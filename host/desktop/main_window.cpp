@@ -3,15 +3,12 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDir>
-#include <QDropEvent>
 #include <QLabel>
 #include <QMenu>
 #include <QMessageBox>
-#include <QMimeData>
 #include <QProgressBar>
 #include <QStatusBar>
 #include <QTimer>
-#include <QUrl>
 
 #include <algorithm>
 
@@ -47,14 +44,6 @@ const char* NameOf(CRunner::EState state) {
   return "";
 }
 
-// The path of the only file in data; empty if it is something else.
-CString DroppedFile(const QMimeData& data) {
-  const QList<QUrl> urls = data.urls();
-  if (urls.size() != 1 || !urls[0].isLocalFile()) return {};
-  const CString path = FromScreen(urls[0].toLocalFile());
-  return OtherThanFile(path).IsEmpty() ? path : CString();
-}
-
 }  // namespace
 
 // An open dialog uses the stages: the user has to close it before they are replaced.
@@ -78,11 +67,13 @@ CMainWindow::CMainWindow()
                m_messages.Messenger()),
       m_views(m_settings),
       m_values(m_settings, "Values"),
+      m_charts(m_settings, [this] { QuitIfHidden(); }),
       m_help(new CHelp(this)),
       m_plant(new CPlantView({.edit = [this](EPart part) { EditPart(part); },
                               .trend = [this] { ShowTrend(); },
                               .grid = [this] { ShowGrid(); },
-                              .values = [this] { m_values.BringUp(); }},
+                              .values = [this] { m_values.BringUp(); },
+                              .history = [this](EPart part, int index) { ShowHistory(part, index); }},
                              this)) {
   setCentralWidget(m_plant);
   setAcceptDrops(true);
@@ -105,6 +96,7 @@ bool CMainWindow::Open(const CString& path) {
     AfxMessageBox(fault);
     return false;
   }
+  m_charts.Leave();
   m_settings.AddRecent(m_document.Path());
   m_messages.Log().Open(m_document.Path());
   StartChoosersIn(m_document.Folder());
@@ -141,6 +133,7 @@ void CMainWindow::UseConfiguration() {
   m_messages.SetPlain(!m_keepLogs->isChecked());
   m_runner.SetConfiguration(m_document.ForRun(), RunOptions());
   m_runner.Run().AddObserver(&m_statistics);
+  m_runner.Run().AddObserver(&m_chartSamples);
   m_isAhead = false;
   m_startFault.Empty();
   m_names = m_runner.Run().Names();
@@ -148,6 +141,7 @@ void CMainWindow::UseConfiguration() {
   ShowPlant();
   Trend().m_baseVars = m_names.input;
   m_values.SetSource(ValuesOf(m_runner.Run(), m_statistics));
+  m_charts.SetLogger(ChartLoggerOf(m_runner.Run().Configuration(), m_chartSamples.Samples()));
   m_views.TakeStages(Stages(), m_runner.RefreshPeriod());
 }
 
@@ -196,6 +190,7 @@ void CMainWindow::New() {
   if (HasOpenDialog() || !MayLoseChanges()) return;
   SaveWorkspace();
   m_document.New();
+  m_charts.Leave();
   m_messages.Log().Open("");
   StartChoosersIn(m_document.Folder());
   if (m_check) m_check->Forget();
@@ -429,20 +424,6 @@ void CMainWindow::changeEvent(QEvent* event) {
     ShowState();
   }
   QMainWindow::changeEvent(event);
-}
-
-// A configuration that is dropped on the window is opened, as from the menu.
-void CMainWindow::dragEnterEvent(QDragEnterEvent* event) {
-  if (m_open->isEnabled() && !DroppedFile(*event->mimeData()).IsEmpty()) event->acceptProposedAction();
-}
-
-void CMainWindow::dropEvent(QDropEvent* event) {
-  const CString path = DroppedFile(*event->mimeData());
-  event->acceptProposedAction();
-  // The program that the file comes from waits for the end of the drop, and a question can last long.
-  QTimer::singleShot(0, this, [this, path] {
-    if (m_open->isEnabled() && !HasOpenDialog() && MayLoseChanges()) Open(path);
-  });
 }
 
 void CMainWindow::closeEvent(QCloseEvent* event) {

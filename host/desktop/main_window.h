@@ -7,6 +7,8 @@
 #include <vector>
 
 #include "host/desktop/attached_window.h"
+#include "host/desktop/chart_source.h"
+#include "host/desktop/chart_windows.h"
 #include "host/desktop/check_rules.h"
 #include "host/desktop/document.h"
 #include "host/desktop/driver_captions.h"
@@ -39,6 +41,8 @@ class CMainWindow : public QMainWindow {
   bool Open(const CString& path);
   // Asks a new user, once, whether to start with the demo.
   void OfferDemo();
+  // Opens a chart of logs, journals and folders.
+  void OpenLogs(const std::vector<CString>& paths) { m_charts.OpenPaths(paths); }
   bool WantsToStart() { return m_document.Configuration().m_input.m_autoStart != 0; }
   void Start() { StartRun(false); }
   // The stage that the views use. Only while a configuration is open.
@@ -101,6 +105,9 @@ class CMainWindow : public QMainWindow {
   bool ShowsRun() const;
   void ShowParts();
   void ShowPlant();
+  void ShowChart();
+  void ShowHistory(EPart part, int index);
+  void QuitIfHidden();
   CTrendConfig& Trend() { return m_document.Configuration().m_trend; }
   void ShowTrend();
   void ShowGrid();
@@ -125,9 +132,11 @@ class CMainWindow : public QMainWindow {
   CDocument m_document;
   CStageNames m_names;            // of the document; the run can have older ones
   CValueStatistics m_statistics;  // of the run
+  CChartSamples m_chartSamples;   // the same
   CRunner m_runner;
   CLiveViews m_views;
   CValuesWindow m_values;
+  CChartWindows m_charts;
   CWorkspace m_workspace{m_settings};
   std::vector<QPointer<CAttachedWindow>> m_attached;  // null: closed, which has deleted it
   bool m_quitWanted = false;

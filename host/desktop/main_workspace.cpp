@@ -39,6 +39,19 @@ void CMainWindow::JoinWorkspace() {
                      m_values.BringUp();
                    },
                    [this] { m_values.close(); }});
+  m_workspace.Add({"chart",
+                   [this] {
+                     const CChartWindow* chart = m_charts.LoggerWindow();
+                     return chart && chart->isVisible() ? std::optional(StateText(chart->State()))
+                                                        : std::nullopt;
+                   },
+                   [this](const CString& state) {
+                     m_charts.ShowLogger();
+                     m_charts.LoggerWindow()->SetState(StateFields(state));
+                   },
+                   [this] {
+                     if (m_charts.LoggerWindow()) m_charts.LoggerWindow()->close();
+                   }});
   m_workspace.Add({"trend", [this] { return m_views.TrendState(); },
                    [this](const CString& state) {
                      WarnOfView("trend", m_views.OpenTrend(Stages(), m_runner.RefreshPeriod(), state));

@@ -200,6 +200,8 @@ void CPlantView::ShowMenu(const QPoint& place) {
   if (!row->folder.IsEmpty())
     menu->addAction("Open &Folder", this,
                     [folder] { QDesktopServices::openUrl(QUrl::fromLocalFile(folder)); });
+  if (const int index = row->index; part == EPart::output || part == EPart::summary)
+    menu->addAction("Show &History", this, [this, part, index] { m_listener.history(part, index); });
   menu->addSeparator();
   menu->addAction("Show &Trend", this, [this] { m_listener.trend(); });
   menu->addAction("Show Scan &Grid", this, [this] { m_listener.grid(); });

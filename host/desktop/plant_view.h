@@ -19,6 +19,7 @@ class CPlantView : public QWidget {
   struct CListener {
     std::function<void(EPart part)> edit;
     std::function<void()> trend, grid, values;
+    std::function<void(EPart part, int index)> history;  // of an output or summary
   };
 
   CPlantView(CListener listener, QWidget* parent);

@@ -358,7 +358,7 @@ TEST_F(Desktop, AConfigurationIsOpenedByDroppingIt) {
   };
   const QUrl demo = QUrl::fromLocalFile(ToScreen(m_demo));
   EXPECT_FALSE(drop({demo, demo}));
-  EXPECT_FALSE(drop({QUrl::fromLocalFile(ToScreen(m_dir.Path()))}));
+  EXPECT_FALSE(drop({demo, QUrl::fromLocalFile(ToScreen(m_dir.Path()))}));
   EXPECT_FALSE(drop({QUrl("https://example.org/demo.json")}));
   EXPECT_TRUE(drop({demo}));
   EXPECT_TRUE(Wait([&] { return Title(window).starts_with(m_demo.Std()); })) << Title(window);

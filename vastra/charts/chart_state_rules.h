@@ -101,7 +101,7 @@ class VASTRA_API CChartState {
   std::vector<std::size_t> m_steps;  // of each curve its place in the picture, or kNoCurve
   std::size_t m_selected = kNoCurve;
   bool m_hasCursors = false;
-  CMoment m_cursors[kCursors] = {};
+  CMoment m_cursors[kCursors] = {kFirstMoment - 1, kFirstMoment - 1};  // not placed yet
   std::size_t m_active = 0;
 };
 

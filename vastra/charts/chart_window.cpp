@@ -11,13 +11,13 @@
 #include <QPushButton>
 #include <QSplitter>
 #include <QStatusBar>
-#include <QUrl>
 #include <QVBoxLayout>
 
 #include "vastra/charts/axis_dialog.h"
 #include "vastra/charts/chart_colour_rules.h"
 #include "vastra/charts/chart_layout_file.h"
 #include "vastra/platform/time.h"
+#include "vastra/ui/dropped_paths.h"
 #include "vastra/ui/text.h"
 
 namespace vastra {
@@ -26,13 +26,6 @@ namespace {
 constexpr int kTakePause = 40;                // milliseconds between two looks at the data
 constexpr CMoment kFollowedLength = 120'000;  // milliseconds that a chart of a logger begins with
 constexpr std::size_t kMostFaults = 20;       // that are listed
-
-std::vector<CString> DroppedPaths(const QMimeData& data) {
-  std::vector<CString> paths;
-  for (const QUrl& url : data.urls())
-    if (url.isLocalFile()) paths.push_back(FromScreen(url.toLocalFile()));
-  return paths;
-}
 
 }  // namespace
 
@@ -218,10 +211,18 @@ void CChartWindow::TakeData() {
   m_view->SetPicture(m_data->Picture());
   if (rows.from != known.from || rows.to != known.to)
     m_view->Change([&](CChartState& state) { state.SetRows(rows); });
+  TakeFirstCurves();
   TakeFigures();
   TakeExport();
   ShowHint();
   ShowStatus();
+}
+
+void CChartWindow::TakeFirstCurves() {
+  if (m_firstCurves == 0 || !m_data->IsScanned()) return;
+  const std::vector<CString> variables = m_data->Variables();
+  if (variables.empty()) return;
+  if (variables.size() <= std::exchange(m_firstCurves, 0)) AddCurves(variables);
 }
 
 void CChartWindow::TakeExport() {

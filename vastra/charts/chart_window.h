@@ -37,6 +37,8 @@ class VASTRA_API CChartWindow : public QMainWindow {
   // Shows the newest rows and follows, unless the user has chosen a range.
   void FollowNewest();
   void AddCurves(const std::vector<CString>& variables);
+  // Shows all variables as soon as they are known, if there are at most so many.
+  void AddFirstCurves(std::size_t most) { m_firstCurves = most; }
 
   // The layout and the place of the window; what is not one changes nothing.
   QJsonObject State() const;
@@ -67,6 +69,7 @@ class VASTRA_API CChartWindow : public QMainWindow {
   void AskFigures();
   void NoteChange();
   void TakeData();
+  void TakeFirstCurves();
   void TakeFigures();
   void TakeExport();
   void ShowHint();
@@ -103,6 +106,7 @@ class VASTRA_API CChartWindow : public QMainWindow {
   CMoment m_figureCursors[kCursors] = {};
   std::size_t m_valueCursor = kCursors;  // the cursor whose values are awaited; kCursors: none
   CCursorFigures m_cursorFigures;
+  std::size_t m_firstCurves = 0;
   CString m_exportPath;                // while it is written
   QString m_note;                      // the result of the last operation
   std::unique_ptr<CChartData> m_data;  // the last member: its thread ends first

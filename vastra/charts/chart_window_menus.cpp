@@ -70,7 +70,7 @@ void CChartWindow::MakeFileMenu() {
   QMenu* file = menuBar()->addMenu("&File");
   AddAction(file, "&Add Logs...", QKeySequence::Open, [this] { AskForLogs(); });
   AddAction(file, "Add &Folder...", QKeySequence("Ctrl+Shift+O"), [this] { AskForFolder(); });
-  AddAction(file, "&Look Again", QKeySequence::Refresh, [this] { m_data->Rescan(); });
+  AddAction(file, "&Look Again", QKeySequence("F9"), [this] { m_data->Rescan(); });
   file->addSeparator();
   AddAction(file, "Loa&d Layout...", QKeySequence("Ctrl+L"), [this] { LoadLayout(); });
   AddAction(file, "Sa&ve Layout...", QKeySequence("Ctrl+S"), [this] { SaveLayout(); });

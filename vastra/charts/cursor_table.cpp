@@ -65,7 +65,7 @@ CCursorTable::CCursorTable(QWidget* parent)
   m_table->horizontalHeader()->setSectionResizeMode(figureName, QHeaderView::Stretch);
   m_table->horizontalHeaderItem(figureName)->setTextAlignment(Qt::AlignLeft | Qt::AlignVCenter);
   for (int column = figureA; column <= figureCount; ++column)
-    m_table->setColumnWidth(column, fontMetrics().averageCharWidth() * 13);
+    m_table->setColumnWidth(column, fontMetrics().averageCharWidth() * 15);
   auto* copy = new QAction("&Copy", m_table);
   copy->setShortcut(QKeySequence::Copy);
   copy->setShortcutContext(Qt::WidgetShortcut);

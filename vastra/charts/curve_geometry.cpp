@@ -8,11 +8,13 @@ namespace {
 
 constexpr double kNearColumns = 1.5;   // pixels; columns that are not farther apart make a band
 constexpr std::size_t kLeastBand = 4;  // columns
-constexpr double kWideStep = 2;        // pixels; of a step that is still coarse
-constexpr double kSpike = 3;           // pixels; a column that is higher has its whole width in a band
-constexpr double kMostMore = 0.4;      // pixels that a high column of a band reaches into its neighbour
-constexpr double kMarkSpace = 6;       // pixels between values that are marked
-constexpr double kFarOutside = 4000;   // pixels; drawing is exact up to there
+constexpr double kRough = 0.25;  // pixels; extremes of a column that are nearer need no drawing of their own
+constexpr std::size_t kRoughReach = 3;  // columns; smooth ones between rough ones belong to the band
+constexpr double kWideStep = 2;         // pixels; of a step that is still coarse
+constexpr double kSpike = 3;            // pixels; a column that is higher has its whole width in a band
+constexpr double kMostMore = 0.4;       // pixels that a high column of a band reaches into its neighbour
+constexpr double kMarkSpace = 6;        // pixels between values that are marked
+constexpr double kFarOutside = 4000;    // pixels; drawing is exact up to there
 
 // The part of a line within [low, high] of one coordinate: from and to are its ends, from 0 to 1.
 bool CutPart(double begin, double end, double low, double high, double& from, double& to) {
@@ -48,9 +50,10 @@ void CCurveGeometry::Build(std::span<const CCurveStep> steps, const CPlotScale& 
   m_clipLow = {scale.left - kFarOutside, scale.top - kFarOutside};
   m_clipHigh = {scale.left + scale.width + kFarOutside, scale.top + scale.height + kFarOutside};
   CollectColumns(steps, scale);
+  for (CColumn& column : m_columns) column.isRough = IsRough(column);
   for (std::size_t i = 0; i < m_columns.size();) {
-    const std::size_t end = ChainEnd(i);
-    if (end - i < kLeastBand && !IsWide(m_columns[i])) {
+    const std::size_t end = BandEnd(i);
+    if (end == i) {
       AddLine(i++);
       continue;
     }
@@ -117,10 +120,27 @@ bool CCurveGeometry::IsWide(const CColumn& column) const {
   return column.values > 2 && column.right - column.first.x > kWideStep;
 }
 
-std::size_t CCurveGeometry::ChainEnd(std::size_t first) const {
+// Whether the values of a column go beyond its first and its last one: a line from that one to this one would
+// lose them.
+bool CCurveGeometry::IsRough(const CColumn& column) {
+  return column.top < std::min(column.first.y, column.last.y) - kRough ||
+         column.bottom > std::max(column.first.y, column.last.y) + kRough;
+}
+
+// Whether column i belongs to a band: it or a column close to it is rough.
+bool CCurveGeometry::IsInBand(std::size_t i) const {
+  const std::size_t end = std::min(i + kRoughReach + 1, m_columns.size());
+  for (std::size_t j = i - std::min(i, kRoughReach); j < end; ++j)
+    if (m_columns[j].isRough) return true;
+  return false;
+}
+
+// After the last column of the band that begins at first; first: none begins there.
+std::size_t CCurveGeometry::BandEnd(std::size_t first) const {
+  if (!IsInBand(first)) return first;
   std::size_t end = first + 1;
-  while (IsNear(end)) ++end;
-  return end;
+  while (IsNear(end) && IsInBand(end)) ++end;
+  return end - first >= kLeastBand || IsWide(m_columns[first]) ? end : first;
 }
 
 // An outline, along the tops from left to right and back along the bottoms. Each column reaches to the middle
@@ -183,11 +203,13 @@ bool CCurveGeometry::IsHigh(const CColumn& column) {
 void CCurveGeometry::AddLine(std::size_t i) {
   const CColumn& column = m_columns[i];
   if (column.isJoined && i > 0) AddSegment(m_columns[i - 1].last, column.first);
-  if (column.values > 1) {
-    const double middle = column.Middle();
-    AddSegment(column.first, {middle, column.bottom});
-    AddSegment({middle, column.bottom}, {middle, column.top});
-    AddSegment({middle, column.top}, column.last);
+  const CPlotPoint bottom = {column.Middle(), column.bottom}, top = {column.Middle(), column.top};
+  if (column.isRough) {
+    AddSegment(column.first, bottom);
+    AddSegment(bottom, top);
+    AddSegment(top, column.last);
+  } else {
+    AddSegment(column.first, column.last);
   }
   AddMark(i);
 }

@@ -64,6 +64,7 @@ class VASTRA_API CCurveGeometry {
     double right = 0;            // the end of the column
     std::uint32_t values = 0;
     bool isJoined = false;
+    bool isRough = false;
 
     double Middle() const { return (first.x + right) / 2; }
   };
@@ -73,7 +74,9 @@ class VASTRA_API CCurveGeometry {
   void AddAway(const CCurveStep& step, const CCurveStep* next, const CPlotScale& scale);
   bool IsNear(std::size_t i) const;
   bool IsWide(const CColumn& column) const;
-  std::size_t ChainEnd(std::size_t first) const;
+  static bool IsRough(const CColumn& column);
+  bool IsInBand(std::size_t i) const;
+  std::size_t BandEnd(std::size_t first) const;
   void AddBand(std::size_t first, std::size_t end);
   static bool IsHigh(const CColumn& column);
   std::pair<double, double> SidesOf(std::size_t i, std::size_t first, std::size_t end, bool isHigherLeft,

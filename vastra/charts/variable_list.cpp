@@ -45,7 +45,9 @@ QIcon LineIcon(std::optional<unsigned> colour, int size, double ratio) {
     painter.setPen(QPen(QColor::fromRgb(*colour), 3, Qt::SolidLine, Qt::FlatCap));
     painter.drawLine(QPointF(1, size / 2.0), QPointF(size - 1, size / 2.0));
   }
-  return image;
+  QIcon icon(image);
+  icon.addPixmap(image, QIcon::Selected);
+  return icon;
 }
 
 bool HasAllWords(const QString& text, const QStringList& words) {

@@ -1,0 +1,144 @@
+#include "host/desktop/chart_windows.h"
+
+#include <QFileInfo>
+
+#include "host/common/paths.h"
+#include "host/desktop/chart_source.h"
+#include "host/desktop/value_rules.h"
+#include "host/desktop/workspace.h"
+#include "vastra/platform/chooser.h"
+#include "vastra/ui/text.h"
+
+namespace vastra {
+namespace {
+
+constexpr const char* kChartKey = "Chart";
+constexpr std::size_t kFirstCurves = 6;  // of a chart that opens with curves
+constexpr const char* kLogEndings[] = {".rph", ".rpd", ".journal"};
+constexpr const char* kLogsFilter =
+    "Logs (*.rph *.rpd *.journal)|*.rph;*.rpd;*.journal|All Files (*.*)|*.*||";
+
+// What the window of a logger shows.
+void UseLogger(CChartWindow& window, const CChartLogger& logger, CChartSources sources) {
+  window.SetGroups(logger.nodes);
+  window.SetUnits(logger.units);
+  window.SetComments(logger.comments);
+  window.SetSources(std::move(sources));
+}
+
+}  // namespace
+
+CChartLogger ChartLoggerOf(const CConfiguration& configuration, std::shared_ptr<const CLiveSamples> live) {
+  CChartLogger logger;
+  logger.sources = {ChartPathsOf(configuration), std::move(live)};
+  for (const CValueNode& node : NodesOf(configuration.m_input))
+    logger.nodes.push_back({node.name, node.variables});
+  for (const auto& [name, note] : configuration.m_variables) {
+    if (!note.m_unit.IsEmpty()) logger.units[name] = note.m_unit;
+    if (!note.m_comment.IsEmpty()) logger.comments[name] = note.m_comment;
+  }
+  return logger;
+}
+
+CChartWindows::CChartWindows(CSettings& settings, std::function<void()> closed)
+    : m_settings(settings), m_closed(std::move(closed)) {}
+
+CChartWindows::~CChartWindows() {
+  if (m_window) m_settings.Set(kChartKey, StateText(m_window->State()));
+  delete m_window.data();
+  for (const QPointer<CChartWindow>& window : m_windows) {
+    if (window) window->disconnect();
+    delete window.data();
+  }
+}
+
+void CChartWindows::SetLogger(CChartLogger logger) {
+  m_logger = std::move(logger);
+  if (m_window) UseLogger(*m_window, m_logger, m_logger.sources);
+}
+
+void CChartWindows::Leave() {
+  if (!m_window) return;
+  m_settings.Set(kChartKey, StateText(m_window->State()));
+  delete m_window.data();
+}
+
+// A place that was kept, but not the curves of another logger.
+void CChartWindows::ShowLogger() {
+  if (!m_window) {
+    m_window = new CChartWindow;
+    QJsonObject state = StateFields(m_settings.Get(kChartKey));
+    state.remove("layout");
+    m_window->SetState(state);
+    UseLogger(*m_window, m_logger, m_logger.sources);
+    m_window->FollowNewest();
+  }
+  m_window->BringUp();
+}
+
+CChartWindow* CChartWindows::NewWindow(const QString& title) {
+  std::erase_if(m_windows, [](const auto& window) { return window.isNull(); });
+  auto* window = new CChartWindow;
+  window->setAttribute(Qt::WA_DeleteOnClose);
+  window->setWindowTitle(title);
+  QObject::connect(window, &QObject::destroyed, [this] {
+    if (!HasOpened()) m_closed();
+  });
+  m_windows.emplace_back(window);
+  return window;
+}
+
+void CChartWindows::ShowHistory(const CConfiguration& configuration, EPart part, int index) {
+  const auto show = [&](const auto& list) {
+    for (const auto* shown : list)
+      if (index-- == 0) return ShowHistory(shown->m_name, ChartPathsOf(*shown), shown->m_varNames);
+  };
+  if (part == EPart::output) show(configuration.m_outputs.m_outputs);
+  if (part == EPart::summary) show(configuration.m_summaries.m_summaries);
+}
+
+void CChartWindows::ShowHistory(const CString& name, std::vector<CChartPath> paths,
+                                const CStringArray& variables) {
+  CChartWindow* window = NewWindow("History of " + ToScreen(name));
+  UseLogger(*window, m_logger, {std::move(paths), m_logger.sources.live});
+  const auto count = std::min<std::ptrdiff_t>(variables.GetSize(), kFirstCurves);
+  window->AddCurves({variables.begin(), variables.begin() + count});
+  window->BringUp();
+}
+
+void CChartWindows::OpenPaths(const std::vector<CString>& paths) {
+  if (paths.empty()) return;
+  const QString first = QFileInfo(ToScreen(paths.front())).fileName();
+  const QString name = first.isEmpty() ? ToScreen(paths.front()) : first;
+  CChartWindow* window = NewWindow(
+      (paths.size() == 1 ? name : QString("%1 and %2 more").arg(name).arg(paths.size() - 1)) + " - Chart");
+  window->AddFirstCurves(kFirstCurves);
+  window->AddPaths(paths);
+  window->BringUp();
+}
+
+bool CChartWindows::HasOpened() const {
+  return std::ranges::any_of(m_windows, [](const auto& window) { return !window.isNull(); });
+}
+
+void CChartWindows::AskForLogs() {
+  CFileQuestion question;
+  question.filter = kLogsFilter;
+  question.mustExist = true;
+  CStringArray paths;
+  if (ChooseFiles(question, paths)) OpenPaths({paths.begin(), paths.end()});
+}
+
+void CChartWindows::AskForFolder() {
+  CString folder;
+  if (ChooseFolder(folder)) OpenPaths({folder});
+}
+
+bool IsChartPath(const CString& path) {
+  if (QFileInfo(ToScreen(path)).isDir()) return true;
+  return std::ranges::any_of(kLogEndings, [&](const CString& ending) {
+    return path.Right(ending.GetLength()).CompareNoCase(ending) == 0;
+  });
+}
+
+}  // namespace vastra

@@ -1,0 +1,61 @@
+// CChartWindows: the charts of the desktop: one of the logger, and any number over logs that the user opens.
+#pragma once
+
+#include <QPointer>
+
+#include <functional>
+
+#include "host/common/configuration.h"
+#include "host/desktop/plant_parts.h"
+#include "host/desktop/settings.h"
+#include "vastra/charts/chart_window.h"
+
+namespace vastra {
+
+// A logger, as a chart shows it.
+struct CChartLogger {
+  CChartSources sources;
+  std::vector<CListedNode> nodes;
+  std::map<CString, CString> units, comments;
+};
+// sources: without what it takes from the configuration: the folders of the logs, the nodes and the notes.
+CChartLogger ChartLoggerOf(const CConfiguration& configuration, std::shared_ptr<const CLiveSamples> live);
+
+class CChartWindows {
+ public:
+  // closed: the last window over opened logs was closed.
+  CChartWindows(CSettings& settings, std::function<void()> closed);
+  ~CChartWindows();
+  CChartWindows(const CChartWindows&) = delete;
+  CChartWindows& operator=(const CChartWindows&) = delete;
+
+  // The logger that ShowLogger and ShowHistory are about.
+  void SetLogger(CChartLogger logger);
+  // Forgets the curves of the former logger, and closes its window.
+  void Leave();
+  void ShowLogger();
+  // The chart of the logger; null before it was opened.
+  CChartWindow* LoggerWindow() { return m_window; }
+  // A chart of the logs of an output or summary: that at index in configuration, of part.
+  void ShowHistory(const CConfiguration& configuration, EPart part, int index);
+  // A chart of logs, journals and folders.
+  void OpenPaths(const std::vector<CString>& paths);
+  bool HasOpened() const;  // whether such a chart is open
+  void AskForLogs();
+  void AskForFolder();
+
+ private:
+  CChartWindow* NewWindow(const QString& title);
+  void ShowHistory(const CString& name, std::vector<CChartPath> paths, const CStringArray& variables);
+
+  CSettings& m_settings;
+  const std::function<void()> m_closed;
+  CChartLogger m_logger;
+  QPointer<CChartWindow> m_window;                // of the logger
+  std::vector<QPointer<CChartWindow>> m_windows;  // the others; null: closed, which has deleted it
+};
+
+// Whether path is for a chart: a folder, or the name of a log or journal.
+bool IsChartPath(const CString& path);
+
+}  // namespace vastra
