@@ -178,6 +178,7 @@ void CAttachedWindow::ShowNames() {
                       .notes = configuration.m_variables});
   CChartLogger chart = ChartLoggerOf(configuration, m_chartSamples.Samples());
   chart.sources.paths = ChartPathsOf(m_logger.Hello());
+  chart.sources.isThinned = true;
   m_charts.SetLogger(std::move(chart));
   CStringArray names = m_logger.Names();
   if (names.IsEmpty() || (m_trend.IsOpen() && names == m_trend.GetOptions()->m_baseVars)) return;
