@@ -61,7 +61,8 @@ std::vector<CCheckEntry> CheckEntries(const CRun& run, const CRunPlan& plan, con
     entries.push_back(entry);
   }
   AddOpenFaults(plan.configuration, run.WritesToPlcs(plan), words, entries);
-  std::ranges::stable_partition(entries, &CCheckEntry::isError);
+  std::stable_partition(entries.begin(), entries.end(),
+                        [](const CCheckEntry& entry) { return entry.isError; });
   return entries;
 }
 

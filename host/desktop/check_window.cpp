@@ -64,7 +64,7 @@ void CCheckWindow::MakeList() {
   m_list->setUniformRowHeights(true);
   m_list->setAllColumnsShowFocus(true);
   m_list->header()->setStretchLastSection(true);
-  connect(m_list, &QTreeWidget::itemDoubleClicked, this, [this] { Open(); });
+  connect(m_list, &QTreeWidget::itemDoubleClicked, this, [this] { GoThere(); });
   connect(m_list, &QTreeWidget::currentItemChanged, this, [this] { ShowDetails(); });
   auto* copy = new QAction("&Copy", m_list);
   copy->setShortcut(QKeySequence::Copy);
@@ -78,7 +78,7 @@ void CCheckWindow::MakeList() {
   auto* open = new QAction("&Go There", m_list);
   open->setShortcuts({QKeySequence(Qt::Key_Return), QKeySequence(Qt::Key_Enter)});
   open->setShortcutContext(Qt::WidgetShortcut);
-  connect(open, &QAction::triggered, this, [this] { Open(); });
+  connect(open, &QAction::triggered, this, [this] { GoThere(); });
   m_list->addActions({open, copy});
   m_list->setContextMenuPolicy(Qt::ActionsContextMenu);
 }
@@ -91,7 +91,7 @@ void CCheckWindow::MakeButtons() {
     return button;
   };
   m_start = add("&Start Anyway", [this] { Start(); });
-  m_open = add("&Go There", [this] { Open(); });
+  m_open = add("&Go There", [this] { GoThere(); });
   add("Check &Again", [this] { m_listener.check(); });
   buttons->addButton(QDialogButtonBox::Close);
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::close);
@@ -143,7 +143,7 @@ void CCheckWindow::ShowDetails() {
                                   : ToScreen(DetailsOf(m_entries[static_cast<std::size_t>(row)])));
 }
 
-void CCheckWindow::Open() {
+void CCheckWindow::GoThere() {
   const int row = m_list->indexOfTopLevelItem(m_list->currentItem());
   if (row >= 0) m_listener.open(m_entries[static_cast<std::size_t>(row)].key);
 }

@@ -42,7 +42,7 @@ class CCheckWindow : public QDialog {
   void MakeList();
   void MakeButtons();
   void FillList();
-  void Open();
+  void GoThere();
   void Start();
   void ShowDetails();
 

@@ -214,7 +214,7 @@ CString CPlaceWords::Called(const CParts& parts) const {
 
 CString CPlaceWords::Place(const CString& key) const {
   const CParts parts = Split(key);
-  const CString called = Called(parts);
+  CString called = Called(parts);
   if (called.IsEmpty()) return key;
   if (parts.field.empty()) return called;
   const CCaption* caption = parts.Caption();
@@ -285,7 +285,7 @@ CPlaceWords::CFault CPlaceWords::Fault(const CString& line) const {
   // "input: the stage does not open: input.plcNodes: ..." has the better key in its text.
   constexpr std::string_view kDoesNotOpen = "the stage does not open: ";
   if (text.View().starts_with(kDoesNotOpen))
-    if (const CFault inner = Fault(text.Mid(static_cast<int>(kDoesNotOpen.size()))); !inner.place.IsEmpty())
+    if (CFault inner = Fault(text.Mid(static_cast<int>(kDoesNotOpen.size()))); !inner.place.IsEmpty())
       return inner;
   return Fault(CString(line.View().substr(0, length)), text);
 }
