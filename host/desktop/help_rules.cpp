@@ -24,6 +24,7 @@ constexpr CHelpPlace kHelpPlaces[] = {
     {"Messages", kGuide, "When it does not start"},
     {"Check", kGuide, "When it does not start"},
     {"Console Configuration", kGuide, "When it does not start"},
+    {"New Logger", kGuide, "A first logger by the assistant"},
     {"Check", kGuide, "When it does not start"},
     {"Message Log", kGuide, "The message log"},
     {"Values", kGuide, "All values"},

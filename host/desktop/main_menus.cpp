@@ -44,6 +44,7 @@ void CMainWindow::MakeActions() {
 void CMainWindow::MakeFileMenu() {
   QMenu* file = menuBar()->addMenu("&File");
   m_new = AddAction(file, "&New", QKeySequence::New, [this] { New(); });
+  m_newLogger = AddAction(file, "New &Logger...", QKeySequence("Ctrl+Shift+N"), [this] { NewLogger(); });
   m_open = AddAction(file, "&Open...", QKeySequence::Open, [this] { AskToOpen(); });
   m_recent = file->addMenu("Open &Recent");
   connect(m_recent, &QMenu::aboutToShow, this, [this] { ShowRecent(); });

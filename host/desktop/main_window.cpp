@@ -380,6 +380,7 @@ void CMainWindow::TakeState() {
   m_start->setEnabled(isStopped && m_document.IsOpen());
   m_stop->setEnabled(state == CRunner::EState::running || state == CRunner::EState::starting);
   m_new->setEnabled(isStopped);
+  m_newLogger->setEnabled(isStopped);
   m_open->setEnabled(isStopped);
   for (QAction* action : m_needDocument) action->setEnabled(isSettled && m_document.IsOpen());
   ShowState();

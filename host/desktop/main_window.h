@@ -67,6 +67,7 @@ class CMainWindow : public QMainWindow {
   QAction* AddAction(QMenu* menu, const char* text, const QKeySequence& key, std::function<void()> action);
 
   void New();
+  void NewLogger();
   void AskToOpen();
   void ShowRecent();
   bool Save();
@@ -150,8 +151,8 @@ class CMainWindow : public QMainWindow {
   CPlantView* m_plant;
   CString m_startFault;  // why the last start has failed
   QMenu* m_recent = nullptr;
-  QAction *m_new = nullptr, *m_open = nullptr, *m_edit = nullptr, *m_start = nullptr, *m_stop = nullptr,
-          *m_keepLogs = nullptr, *m_replayWrites = nullptr;
+  QAction *m_new = nullptr, *m_newLogger = nullptr, *m_open = nullptr, *m_edit = nullptr, *m_start = nullptr,
+          *m_stop = nullptr, *m_keepLogs = nullptr, *m_replayWrites = nullptr;
   QList<QAction*> m_needDocument;
   QLabel *m_stateText = nullptr, *m_countsText = nullptr;
   QProgressBar* m_progress = nullptr;

@@ -29,12 +29,12 @@ constexpr std::pair<std::string_view, const char*> kPartNames[] = {{"input", "in
                                                                    {"clock", "clock"}};
 
 // The caption of a field in the forms. list: of kListWords, or a part.
-struct CCaption {
+struct CFormCaption {
   std::string_view list, field;
   const char* caption;
   const char* equation = nullptr;  // of an equation list: what one of them is called
 };
-constexpr CCaption kCaptions[] = {
+constexpr CFormCaption kFormCaptions[] = {
     {"input", "scanPeriod", "Scan period"},
     {"input", "preprocess", "Preprocess input"},
     {"input", "preEquationText", "Preprocessed equations", "equation"},
@@ -151,10 +151,11 @@ struct CPlaceWords::CParts {
   std::string_view field;
   int index = -1;
 
-  const CCaption* Caption() const {
-    const CCaption* found = std::ranges::find_if(
-        kCaptions, [&](const CCaption& caption) { return caption.list == part && caption.field == field; });
-    return found == std::end(kCaptions) ? nullptr : found;
+  const CFormCaption* Caption() const {
+    const CFormCaption* found = std::ranges::find_if(kFormCaptions, [&](const CFormCaption& caption) {
+      return caption.list == part && caption.field == field;
+    });
+    return found == std::end(kFormCaptions) ? nullptr : found;
   }
 };
 
@@ -217,7 +218,7 @@ CString CPlaceWords::Place(const CString& key) const {
   CString called = Called(parts);
   if (called.IsEmpty()) return key;
   if (parts.field.empty()) return called;
-  const CCaption* caption = parts.Caption();
+  const CFormCaption* caption = parts.Caption();
   if (!caption) return called + ", " + CString(parts.field);
   if (parts.index < 0) return called + ", " + caption->caption;
   for (const auto& [list, entry] : kEntriesOf)
@@ -230,7 +231,7 @@ CString CPlaceWords::Place(const CString& key) const {
 
 CString CPlaceWords::Equation(const CString& key, int number) const {
   const CParts parts = Split(key);
-  const CCaption* caption = parts.Caption();
+  const CFormCaption* caption = parts.Caption();
   return Called(parts) + ", " + (caption && caption->equation ? caption->equation : "equation") + " " +
          Number(number);
 }
