@@ -75,7 +75,8 @@ CMoment FloorTo(CMoment number, CMoment unit) {
 }
 
 std::chrono::year_month_day DateOf(CMoment shown) {
-  return {std::chrono::floor<std::chrono::days>(std::chrono::sys_time(std::chrono::milliseconds(shown)))};
+  return {std::chrono::floor<std::chrono::days>(
+      std::chrono::sys_time<std::chrono::milliseconds>(std::chrono::milliseconds(shown)))};
 }
 
 CString Formatted(const char* format, int a, int b = 0, int c = 0, int d = 0) {
