@@ -9,16 +9,16 @@ class ChartData : public CChartFixture {};
 TEST_F(ChartData, APictureShowsAllRowsOfTheLogsAndNoOther) {
   FillFolder(1);
   Open();
-  CheckQueries(1, 40);
+  CheckQueries(1, 300);
   UpdateDigests(Scanned());
   Open();
-  CheckQueries(2, 40);
+  CheckQueries(2, 300);
 }
 
 TEST_F(ChartData, FiguresAreThoseOfTheRows) {
   FillFolder(2);
   Open();
-  CheckFigures(1, 60);
+  CheckFigures(1, 200);
 }
 
 TEST_F(ChartData, AnExportAppearsWholeOrNotAtAll) {

@@ -62,7 +62,8 @@ class CChartFixture : public CHistoryFixture {
     CMoment moment = 1'000'000;
     for (int log = 0; log < 30; ++log) {
       const CStringArray& names = lists[random() % lists.size()];
-      moment += random() % 4 == 0   ? static_cast<CMoment>(random() % 400'000)
+      moment += random() % 3 == 0   ? static_cast<CMoment>(random() % 3000)
+                : random() % 4 == 0 ? static_cast<CMoment>(random() % 400'000)
                 : random() % 6 == 0 ? -5'000
                                     : kUsual;
       std::vector<CTestRow> rows;
@@ -75,6 +76,7 @@ class CChartFixture : public CHistoryFixture {
       Log((std::string(log % 3 ? "" : "sub/") + "log" + std::to_string(100 + log) + ".rph").c_str(), names,
           rows);
       AddToModel(names, rows, log % 3 ? log : 100 + log);
+      m_edges.push_back(moment);
     }
     Sort();
   }
@@ -95,10 +97,10 @@ class CChartFixture : public CHistoryFixture {
       });
   }
   CModelCurve Between(const CString& name, CMoment from, CMoment to) {
-    CModelCurve rows;
-    for (const CModelRow& row : m_model[name])
-      if (row.moment >= from && row.moment < to) rows.push_back(row);
-    return rows;
+    const CModelCurve& curve = m_model[name];
+    const auto isBefore = [](const CModelRow& row, CMoment moment) { return row.moment < moment; };
+    const auto first = std::lower_bound(curve.begin(), curve.end(), from, isBefore);
+    return {first, std::lower_bound(first, curve.end(), to, isBefore)};
   }
 
   // The figures of a step must be those of the rows of its time.
@@ -165,12 +167,22 @@ class CChartFixture : public CHistoryFixture {
     ASSERT_TRUE(!isAfter || curve.back().to >= query.range.to);
   }
 
+  // Of any length: anywhere, near to where a log begins or ends, or as a tile.
   CMomentRange RandomRange(std::mt19937& random, const CMomentRange& all) {
     const auto length = static_cast<double>(all.to - all.from);
     const double share = std::pow(2.0, -static_cast<double>(random() % 160) / 10) * 1.5;
     const auto size = 1 + static_cast<CMoment>(length * share);
     const CMoment from = all.from - size / 2 + static_cast<CMoment>(random() % static_cast<unsigned>(length));
-    return {from, from + size};
+    const auto bits = 8 + random() % 14;
+    switch (random() % 3) {
+      case 0:
+        return {from, from + size};
+      case 1:
+        return {from >> bits << bits, ((from >> bits) + 1) << bits};
+      default:
+        const CMoment edge = m_edges[random() % m_edges.size()] - static_cast<CMoment>(random() % 2000);
+        return {edge, edge + 1 + size / 100};
+    }
   }
 
   void CheckQueries(unsigned seed, int count) {
@@ -238,7 +250,8 @@ class CChartFixture : public CHistoryFixture {
   std::mutex m_mutex;
   std::condition_variable m_changed;
   std::map<CString, CModelCurve> m_model;
-  CChartData m_data;  // the last member: it ends before the others
+  std::vector<CMoment> m_edges;  // after rows
+  CChartData m_data;             // the last member: it ends before the others
 };
 
 }  // namespace vastra

@@ -85,15 +85,22 @@ TEST_F(CurveRaster, NoValueIsLostAndAGapIsEmpty) {
       if (random() % 30) continue;
       moment += 600;
       gaps.emplace_back(static_cast<int>(step.to / 100) + 2, static_cast<int>(moment / 100) - 2);
-      steps.push_back(Row(double(moment) / 100, 15, false));
+      const bool isAway = random() % 2;  // a row without a value is as good as none
+      if (isAway) {
+        steps.push_back(Row(double(step.to) / 100 + 1, 0));
+        steps.back().values = 0;
+      }
+      steps.push_back(Row(double(moment) / 100, 15, isAway));
       moment += 1 + most;
     }
     Draw(steps);
     ASSERT_TRUE(IsFrameClean());
     for (std::size_t i = 1; i + 1 < steps.size(); ++i) {
       const CCurveStep& step = steps[i];
-      const bool isAlone = !step.isJoined && !steps[i + 1].isJoined && step.values == 1;
-      if (step.from < 0 || step.from >= 5000 || isAlone) continue;
+      const bool isFirst = !step.isJoined || steps[i - 1].values == 0,
+                 isLast = !steps[i + 1].isJoined || steps[i + 1].values == 0;
+      if (step.from < 0 || step.from >= 5000 || step.values == 0 || (isFirst && isLast && step.values == 1))
+        continue;
       for (const float value : {step.least, step.greatest}) {
         // Half of a pixel to each side: a line can end between two pixels.
         double cover = 0;

@@ -64,6 +64,7 @@ std::vector<CString> ColumnsOf(const std::vector<CString>& variables) {
 }
 
 struct CExportEnded {};
+struct CSamplesLost {};
 
 void FillTable(CRowTable& table, const CChartRows& rows, const CMomentRange& range,
                const std::vector<CString>& variables, const std::function<bool(double)>& watch) {
@@ -74,6 +75,7 @@ void FillTable(CRowTable& table, const CChartRows& rows, const CMomentRange& ran
     table.Add(reader.Moment(), std::span<const std::optional<float>>(reader.Cells()));
   }
   if (!reader.Faults().empty()) throw CHistoryFault(reader.Faults().front());
+  if (!rows.IsComplete()) throw CSamplesLost();
   table.End();
 }
 
@@ -137,6 +139,8 @@ CString ExportRowsTo(const CString& path, const CChartRows& rows, const CMomentR
     return path + ": " + fault.Text();
   } catch (const CHistoryFault& fault) {
     return path + ": not written: " + fault.path + ": " + fault.fault;
+  } catch (const CSamplesLost&) {
+    return path + ": not written: the newest samples have changed meanwhile (export again)";
   } catch (const CExportEnded&) {
     return path + ": not written: the export was cancelled";
   }

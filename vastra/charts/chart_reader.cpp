@@ -154,10 +154,9 @@ void CChartReader::TakeLogs(const CLiveHead& head) {
     m_faults = FaultsOf(m_rows->Logs());
     if (isNew) m_answered = m_askNumber - 1;
   }
-  if (!isNew) return;
-  StartStatistics();
-  StartValues();
-  Change();
+  if (isNew || Statistics().empty()) StartStatistics();
+  if (isNew || Values().empty()) StartValues();
+  if (isNew) Change();
 }
 
 // Whether the ring has got samples since the last call. Then the picture is not the newest one.
@@ -206,7 +205,11 @@ void CChartReader::Draw() {
     const std::lock_guard lock(m_mutex);
     m_faults.insert(m_faults.end(), maker.Faults().begin(), maker.Faults().end());
   }
-  if (!isRead) return;
+  if (!isRead) {
+    const std::lock_guard lock(m_mutex);
+    if (!m_rows->IsComplete()) m_answered = m_askNumber - 1;
+    return;
+  }
   CChartPicture picture = maker.Make();
   picture.isFinal = true;
   picture.progress = 1;
@@ -255,7 +258,7 @@ void CChartReader::StartStatistics() {
     std::vector<CCurveStatistics> found = StatisticsOf(*rows, order.range, order.variables, isStopped);
     {
       const std::lock_guard result(m_mutex);
-      if (isStopped()) return;
+      if (isStopped() || !rows->IsComplete()) return;  // the next scan starts it again
       m_statistics = std::move(found);
     }
     Change();
@@ -283,7 +286,7 @@ void CChartReader::StartValues() {
     std::vector<float> found = ValuesAt(*rows, order.range.from, order.variables, isStopped);
     {
       const std::lock_guard result(m_mutex);
-      if (isStopped()) return;
+      if (isStopped() || !rows->IsComplete()) return;
       m_values = std::move(found);
     }
     Change();

@@ -173,7 +173,8 @@ bool CPictureMaker::Read(const CReadWatch& watch) {
       CTileReader reader(m_rows, m_head, m_tiles, run);
       const auto count = static_cast<double>(runs.size());
       const auto end = reader.Read([&](double part) { return watch((done + part) / count); });
-      if (end == CTileReader::EEnd::stopped || !watch(++done / count)) return false;
+      if (end == CTileReader::EEnd::stopped || end == CTileReader::EEnd::overtaken) return false;
+      if (!watch(++done / count)) return false;
       m_faults.insert(m_faults.end(), reader.Faults().begin(), reader.Faults().end());
       if (end != CTileReader::EEnd::tooManyRows) continue;
       wasTooMany = true;

@@ -16,8 +16,9 @@ class CPictureMaker {
   // All must exist as long as the maker.
   CPictureMaker(const CChartRows& rows, CChartTiles& tiles, const CChartQuery& query);
 
-  // Reads what is missing. watch gets the part that is read, and can end it: false, if it was ended. If there
-  // are very many rows to read, a sketch of them is there at the first call of watch.
+  // Reads what is missing. watch gets the part that is read, and can end it. If there are very many rows to
+  // read, a sketch of them is there at the first call of watch. False: it was ended, or the ring has dropped
+  // samples that were not read yet, so that rows are not complete any more.
   bool Read(const CReadWatch& watch);
   const CSketch& Sketch() const { return m_sketch; }
   // What is there. Where a tile is missing, those of other levels take its place, or else the sketch.

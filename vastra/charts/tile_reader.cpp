@@ -27,6 +27,7 @@ CTileReader::EEnd CTileReader::Read(const CReadWatch& watch) {
   if (end != EEnd::done) return end;
   ReadLive(0);
   if (HasTooMany()) return EEnd::tooManyRows;
+  if (m_run.timeline->isLive && !m_rows.IsComplete()) return EEnd::overtaken;
   PutBefore(m_run.end);
   return EEnd::done;
 }
@@ -92,7 +93,7 @@ void CTileReader::Refresh() {
   for (std::size_t i = 0; i < m_made.size(); ++i)
     m_made[i][0] = m_tiles.Take(m_run.variables[i], {m_run.level, m_run.begin});
   ReadLive(m_made[0][0].nextLive);
-  if (!HasTooMany()) PutBefore(m_run.end);
+  if (!HasTooMany() && m_rows.IsComplete()) PutBefore(m_run.end);
 }
 
 void CTileReader::Add(std::size_t variable, const CCurveStep& step) {

@@ -41,7 +41,8 @@ class CTileReader {
 
   CTileReader(const CChartRows& rows, const CLiveHead& head, CChartTiles& tiles, const CTileRun& run);
 
-  enum class EEnd { done, stopped, tooManyRows };
+  // overtaken: the ring has dropped samples that were not read yet.
+  enum class EEnd { done, stopped, tooManyRows, overtaken };
   EEnd Read(const CReadWatch& watch);
   // Of a run of one tile that is open: adds the samples that the ring has got since it was read. It was read
   // at the same time for all variables.
