@@ -1,9 +1,18 @@
 #include "host/desktop/configuration_sheet.h"
 
+#include <QTimer>
+#include <QWidget>
+
+#include <charconv>
 #include <string_view>
 #include <utility>
 
 namespace vastra {
+namespace {
+
+constexpr std::string_view kNodesKey = "input.plcNodes[";
+
+}  // namespace
 
 CConfigurationSheet::CConfigurationSheet(const CConfiguration& configuration, std::function<void()> applied)
     : CPropertySheet("Configuration"), m_applied(std::move(applied)) {
@@ -27,18 +36,39 @@ CConfigurationSheet::CConfigurationSheet(const CConfiguration& configuration, st
 
 void CConfigurationSheet::OnInitDialog() {
   CPropertySheet::OnInitDialog();
-  if (m_firstPage != pageInput) SetActivePage(m_firstPage);
+  if (m_first.page != pageInput) SetActivePage(m_first.page);
+  if (m_first.entry >= 0) QTimer::singleShot(0, Widget(), [this] { OpenEntry(); });  // once it can be seen
 }
 
-CConfigurationSheet::EPage CConfigurationSheet::PageOf(const CString& part) {
+void CConfigurationSheet::OpenEntry() {
+  switch (m_first.page) {
+    case pageInput:
+      return m_input.OpenNode(m_first.entry);
+    case pageOutputs:
+      return m_outputs.OpenItem(m_first.entry);
+    case pageSummaries:
+      return m_summaries.OpenItem(m_first.entry);
+    case pagePlcWrite:
+      return m_plcWrite.OpenNode(m_first.entry);
+    case pageSmart:
+      break;  // it has no entries
+  }
+}
+
+CConfigurationSheet::CPlace CConfigurationSheet::PlaceOf(const CString& part) {
   constexpr std::pair<std::string_view, EPage> kPages[] = {
       {"output", pageOutputs},      {"outputs", pageOutputs}, {"summary", pageSummaries},
       {"summaries", pageSummaries}, {"smart", pageSmart},     {"plcWrite", pagePlcWrite},
       {"written", pagePlcWrite},    {"Plc", pagePlcWrite}};
-  const std::string_view word = part.View().substr(0, part.View().find_first_of("[. "));
+  const std::string_view text = part.View().substr(0, part.View().find(' '));
+  const std::string_view word = text.substr(0, text.find_first_of("[."));
+  CPlace place;
+  const std::size_t index = text.find('[') + 1;
+  if (index != 0) std::from_chars(text.data() + index, text.data() + text.size(), place.entry);
   for (const auto& [name, page] : kPages)
-    if (name == word) return page;
-  return pageInput;
+    if (name == word) place.page = page;
+  if (place.page == pageInput && text.find(kNodesKey) != 0) place.entry = -1;  // such as input.inputFiles[2]
+  return place;
 }
 
 void CConfigurationSheet::GetConfiguration(CConfiguration& configuration) const {

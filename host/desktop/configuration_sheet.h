@@ -17,10 +17,17 @@ class CConfigurationSheet : public CPropertySheet {
   CConfigurationSheet(const CConfiguration& configuration, std::function<void()> applied);
 
   enum EPage { pageInput, pageOutputs, pageSummaries, pageSmart, pagePlcWrite };
-  // The page of a part as a message names it: a key, outputs[1] "All"; the input page for a node and others.
-  static EPage PageOf(const CString& part);
-  // The page that is opened first, if the input page, which is the first one, is complete.
-  void SetFirstPage(int page) { m_firstPage = page; }
+  // A page, and the entry of its list.
+  struct CPlace {
+    EPage page = pageInput;
+    int entry = -1;  // below 0: none
+  };
+  // The place of a part as a message names it: a key such as outputs[1].maxLogs or outputs[1] "All"; the input
+  // page for a node and others.
+  static CPlace PlaceOf(const CString& part);
+  // What is opened first, if the input page, which is the first one, is complete: the page, and the dialog of
+  // the entry over it.
+  void SetFirst(const CPlace& place) { m_first = place; }
 
   void GetConfiguration(CConfiguration& configuration) const;
   // The settings of the trending stage. The input page checks their equations and empties them if the user
@@ -32,8 +39,10 @@ class CConfigurationSheet : public CPropertySheet {
   void OnApplied() override { m_applied(); }
 
  private:
+  void OpenEntry();
+
   const std::function<void()> m_applied;
-  int m_firstPage = pageInput;
+  CPlace m_first;
   CInputPage m_input;
   COutputPage m_outputs;
   CSummaryPage m_summaries;

@@ -60,7 +60,7 @@ void CMainWindow::CheckAgain() {
 void CMainWindow::OpenPlace(const CString& place) {
   if (!m_edit->isEnabled()) return;  // the stages open or close
   if (place.Left(5) == "trend") return ShowTrend();
-  EditConfiguration(CConfigurationSheet::PageOf(place));
+  EditConfiguration(place);
 }
 
 // asks: the user is there, and confirms warnings that are new.

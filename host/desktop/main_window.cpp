@@ -69,7 +69,7 @@ CMainWindow::CMainWindow()
       m_values(m_settings, "Values"),
       m_charts(m_settings, [this] { QuitIfHidden(); }),
       m_help(new CHelp(this)),
-      m_plant(new CPlantView({.edit = [this](EPart part) { EditPart(part); },
+      m_plant(new CPlantView({.edit = [this](const CString& key) { OpenPlace(key); },
                               .trend = [this] { ShowTrend(); },
                               .grid = [this] { ShowGrid(); },
                               .values = [this] { m_values.BringUp(); },
@@ -273,30 +273,17 @@ bool CMainWindow::MayLoseChanges() {
   }
 }
 
-void CMainWindow::EditConfiguration(int page) {
+void CMainWindow::EditConfiguration(const CString& place) {
   // The dialog of a view does not block this window; the sheet itself refuses an Apply while it is open.
   const QWidget* dialog = QApplication::activeModalWidget();
   if (dialog && dialog->windowModality() == Qt::ApplicationModal && HasOpenDialog()) return;
   CTrendConfig trend = Trend();
   CConfigurationSheet sheet(m_document.Configuration(), [&] { Apply(sheet, trend); });
   sheet.SetTrend(&trend);
-  if (!m_document.Configuration().m_input.m_plcNodes.IsEmpty()) sheet.SetFirstPage(page);
+  if (!m_document.Configuration().m_input.m_plcNodes.IsEmpty())
+    sheet.SetFirst(CConfigurationSheet::PlaceOf(place));
   sheet.DoModal();
   StartAgain();
-}
-
-// Opens the sheet with the page of part.
-void CMainWindow::EditPart(EPart part) {
-  constexpr std::pair<EPart, int> kPages[] = {{EPart::smart, CConfigurationSheet::pageSmart},
-                                              {EPart::outputs, CConfigurationSheet::pageOutputs},
-                                              {EPart::output, CConfigurationSheet::pageOutputs},
-                                              {EPart::summaries, CConfigurationSheet::pageSummaries},
-                                              {EPart::summary, CConfigurationSheet::pageSummaries},
-                                              {EPart::plcWrite, CConfigurationSheet::pagePlcWrite},
-                                              {EPart::writtenNode, CConfigurationSheet::pagePlcWrite}};
-  if (!m_edit->isEnabled()) return;  // the stages open or close
-  const auto* page = std::ranges::find(kPages, part, &std::pair<EPart, int>::first);
-  EditConfiguration(page == std::end(kPages) ? CConfigurationSheet::pageInput : page->second);
 }
 
 // While the logger runs, changes go to the document alone; the next start uses them.

@@ -76,8 +76,7 @@ class CMainWindow : public QMainWindow {
   void AskForVersion(const CString& path);
   void ShowLost();
   bool MayLoseChanges();
-  void EditConfiguration(int page = 0);
-  void EditPart(EPart part);
+  void EditConfiguration(const CString& place = {});
   void Apply(const CConfigurationSheet& sheet, const CTrendConfig& trend);
   void ApplyWhileRunning(CConfiguration former);
   void ShowReport();

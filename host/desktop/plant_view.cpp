@@ -184,7 +184,7 @@ const CPlantRow* CPlantView::RowOfItem(const QTreeWidgetItem* item) const {
 // The variables of the trend are chosen in its own window.
 void CPlantView::Edit(const CPlantRow& row) {
   if (row.part == EPart::trend) return m_listener.trend();
-  if (m_listener.edit) m_listener.edit(row.part);
+  if (m_listener.edit) m_listener.edit(row.Key());
 }
 
 void CPlantView::ShowMenu(const QPoint& place) {
@@ -196,7 +196,7 @@ void CPlantView::ShowMenu(const QPoint& place) {
   const EPart part = row->part;
   const QString folder = QFileInfo(ToScreen(row->folder)).absoluteFilePath();
   if (m_listener.edit && part != EPart::trend)
-    menu->addAction("&Edit...", this, [this, part] { m_listener.edit(part); });
+    menu->addAction("&Edit...", this, [this, key = row->Key()] { m_listener.edit(key); });
   if (!row->folder.IsEmpty())
     menu->addAction("Open &Folder", this,
                     [folder] { QDesktopServices::openUrl(QUrl::fromLocalFile(folder)); });

@@ -17,7 +17,7 @@ class CPlantView : public QWidget {
  public:
   // What the user can ask of an entry. Without edit the view only shows.
   struct CListener {
-    std::function<void(EPart part)> edit;
+    std::function<void(const CString& key)> edit;  // of the part
     std::function<void()> trend, grid, values;
     std::function<void(EPart part, int index)> history;  // of an output or summary
   };

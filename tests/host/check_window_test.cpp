@@ -151,7 +151,8 @@ TEST_F(CheckWindow, AFaultIsRepairedWhereItIsAndTheLoggerStarts) {
   auto* list = Find<QTreeWidget>(TopLevel("Check"), "Findings");
   ASSERT_TRUE(Wait([&] { return list->hasFocus(); }));
   user.Run([&] { return QTest::keyClick(list, Qt::Key_Return), 1; },
-           {"Outputs#0 / Edit / Maximum number of logs stored :=9 / OK / OK"});
+           {"Maximum number of logs stored :=9",
+            [](QWidget*) { QTimer::singleShot(100, [] { Click(TopLevel("Configuration"), "OK"); }); }, "OK"});
   EXPECT_EQ(Findings(), Texts());
   EXPECT_TRUE(Has("Nothing is wrong"));
   Click(TopLevel("Check"), "&Start");

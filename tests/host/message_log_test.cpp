@@ -203,13 +203,19 @@ TEST_F(MessageStore, TwoDesktopsDoNotMoveTheSameFileAwayTwice) {
 
 TEST_F(MessageStore, APlaceOpensItsPageOfTheSheet) {
   using Sheet = CConfigurationSheet;
-  const std::pair<const char*, Sheet::EPage> cases[] = {{"outputs[1] \"All\"", Sheet::pageOutputs},
-                                                        {"summaries[0].enableText", Sheet::pageSummaries},
-                                                        {"smart", Sheet::pageSmart},
-                                                        {"plcWrite.nodes[2]", Sheet::pagePlcWrite},
-                                                        {"input.preNewVars", Sheet::pageInput},
-                                                        {"Kiln", Sheet::pageInput}};
-  for (const auto& [part, page] : cases) EXPECT_EQ(Sheet::PageOf(part), page) << part;
+  const std::tuple<const char*, Sheet::EPage, int> cases[] = {
+      {"outputs[1] \"All [7]\"", Sheet::pageOutputs, 1},
+      {"summaries[10].enableText", Sheet::pageSummaries, 10},
+      {"outputs", Sheet::pageOutputs, -1},
+      {"smart", Sheet::pageSmart, -1},
+      {"plcWrite.nodes[2].driver", Sheet::pagePlcWrite, 2},
+      {"input.plcNodes[3]", Sheet::pageInput, 3},
+      {"input.inputFiles[3]", Sheet::pageInput, -1},
+      {"Kiln", Sheet::pageInput, -1}};
+  for (const auto& [part, page, entry] : cases) {
+    EXPECT_EQ(Sheet::PlaceOf(part).page, page) << part;
+    EXPECT_EQ(Sheet::PlaceOf(part).entry, entry) << part;
+  }
 }
 
 class MessageLog : public Desktop {

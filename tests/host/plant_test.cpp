@@ -286,18 +286,24 @@ TEST_F(PlantStory, AFolderThatCannotBeWrittenIsReportedUntilItCan) {
   EXPECT_TRUE(Wait([&] { return HasStatus(window, "Stopped"); }));
 }
 
-TEST_F(PlantStory, AnEntryOpensItsPageOfTheSheet) {
+TEST_F(PlantStory, AnEntryOpensItsPageOfTheSheetAndItsDialog) {
   CTestWindow window(m_demo);
   auto* tree = Find<QTreeWidget>(&window, "Plant");
-  const std::pair<const char*, const char*> cases[] = {
-      {"Input", "Input"}, {"N", "Input"}, {"All", "Output"}, {"PLC write", "Plc Write"}};
-  for (const auto& [part, page] : cases) {
+  const std::tuple<const char*, const char*, const char*> cases[] = {{"Input", "Input", "Configuration"},
+                                                                     {"N", "Input", "Node"},
+                                                                     {"All", "Output", "Output"},
+                                                                     {"PLC write", "Plc Write", "Configuration"}};
+  for (const auto& [part, page, dialog] : cases) {
     tree->setCurrentItem(Part(window, part));
-    WhileModal([&] { QTest::keyClick(tree, Qt::Key_Return); },
-               [&, page = page](QWidget* sheet) {
-                 auto* tabs = sheet->findChild<QTabWidget*>();
-                 EXPECT_EQ(tabs->tabText(tabs->currentIndex()).toStdString(), page);
-               });
+    const auto isShown = [&, page = page, dialog = dialog](QWidget*) {
+      QWidget* const sheet = TopLevel("Configuration");
+      auto* tabs = sheet->findChild<QTabWidget*>();
+      EXPECT_EQ(tabs->tabText(tabs->currentIndex()).toStdString(), page);
+      EXPECT_TRUE(Wait([&] { return QApplication::activeModalWidget() == TopLevel(dialog); }));
+      if (QWidget* over = TopLevel(dialog); over && over != sheet) over->close();
+      QTimer::singleShot(0, sheet, &QWidget::close);
+    };
+    WhileModal([&] { QTest::keyClick(tree, Qt::Key_Return); }, isShown);
   }
 }
 

@@ -199,6 +199,11 @@ void CInputPage::OnEditnodeButton() {
   EditNode(dialog, List(kNodes), m_plcNodes);
 }
 
+void CInputPage::OpenNode(int index) {
+  List(kNodes).SetCurSel(index);
+  OnEditnodeButton();
+}
+
 void CInputPage::OnDeletenodeButton() { DeleteNode(List(kNodes), m_plcNodes); }
 
 int CInputPage::OnKillActive() {

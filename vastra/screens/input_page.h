@@ -19,6 +19,8 @@ class VASTRA_API CInputPage : public CPropertyPage {
 
   // Refills the list box with the names of the nodes, in order.
   void UpdatePLCList();
+  // Marks a node of the list and opens its dialogs; no effect for an index that no node has.
+  void OpenNode(int index);
 
   int OnKillActive() override;
   int OnApply() override;

@@ -51,6 +51,12 @@ void CItemPage<TConfig, TDialog>::EditItem() {
 }
 
 template <class TConfig, class TDialog>
+void CItemPage<TConfig, TDialog>::OpenItem(int index) {
+  List(m_list).SetCurSel(index);
+  EditItem();
+}
+
+template <class TConfig, class TDialog>
 void CItemPage<TConfig, TDialog>::DeleteItem() {
   const int index = List(m_list).GetCurSel();
   if (index < 0) return;

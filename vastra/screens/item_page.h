@@ -20,6 +20,9 @@ class CItemPage : public CPropertyPage {
   void SetInputPointer(CInputPage* page) { m_pInputPage = page; }
   void SetSmartPointer(CSmartPage* page) { m_pSmartPage = page; }
 
+  // Marks an item of the list and opens its dialog; no effect for an index that no item has.
+  void OpenItem(int index);
+
  protected:
   // list: the caption of the list box.
   CItemPage(const CDialogTemplate& model, const char* list) : CPropertyPage(model), m_list(list) {}

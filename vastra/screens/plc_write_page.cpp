@@ -78,6 +78,11 @@ void CPlcWritePage::OnEditplcwriteButton() {
   EditNode(dialog, List(kWriteNodes), m_nodes);
 }
 
+void CPlcWritePage::OpenNode(int index) {
+  List(kWriteNodes).SetCurSel(index);
+  OnEditplcwriteButton();
+}
+
 void CPlcWritePage::OnDelplcwriteButton() { DeleteNode(List(kWriteNodes), m_nodes); }
 
 }  // namespace vastra

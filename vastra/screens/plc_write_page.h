@@ -26,6 +26,8 @@ class VASTRA_API CPlcWritePage : public CPropertyPage {
 
   // Refills the list box with the names of the nodes, in order.
   void UpdatePLCList();
+  // Marks a node of the list and opens its dialogs; no effect for an index that no node has.
+  void OpenNode(int index);
   // Deletes all nodes.
   void DeleteList() { m_nodes.RemoveAll(); }
 
