@@ -22,8 +22,8 @@ class CConfigurationSheet : public CPropertySheet {
     EPage page = pageInput;
     int entry = -1;  // below 0: none
   };
-  // The place of a part as a message names it: a key such as outputs[1].maxLogs or outputs[1] "All"; the input
-  // page for a node and others.
+  // The place of a part as a message names it: a key such as outputs[1].maxLogs or outputs[1] "All"; the
+  // input page for a node and others.
   static CPlace PlaceOf(const CString& part);
   // What is opened first, if the input page, which is the first one, is complete: the page, and the dialog of
   // the entry over it.

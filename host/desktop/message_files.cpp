@@ -148,7 +148,7 @@ CMessageFiles::CStored CMessageFiles::Read(std::size_t mostLines) const {
 }
 
 CString CMessageFiles::Append(std::string_view lines) {
-  constexpr int kTries = 4;  // of another writer that moves the file away, or this one
+  constexpr int kTries = 50;  // of another writer that moves the file away, or this one
   if (m_path.IsEmpty()) return "HOME and XDG_STATE_HOME are not set";
   MakeFolders(DirectoryOf(m_path));
   for (int i = 0; i < kTries; ++i) {

@@ -289,10 +289,11 @@ TEST_F(PlantStory, AFolderThatCannotBeWrittenIsReportedUntilItCan) {
 TEST_F(PlantStory, AnEntryOpensItsPageOfTheSheetAndItsDialog) {
   CTestWindow window(m_demo);
   auto* tree = Find<QTreeWidget>(&window, "Plant");
-  const std::tuple<const char*, const char*, const char*> cases[] = {{"Input", "Input", "Configuration"},
-                                                                     {"N", "Input", "Node"},
-                                                                     {"All", "Output", "Output"},
-                                                                     {"PLC write", "Plc Write", "Configuration"}};
+  const std::tuple<const char*, const char*, const char*> cases[] = {
+      {"Input", "Input", "Configuration"},
+      {"N", "Input", "Node"},
+      {"All", "Output", "Output"},
+      {"PLC write", "Plc Write", "Configuration"}};
   for (const auto& [part, page, dialog] : cases) {
     tree->setCurrentItem(Part(window, part));
     const auto isShown = [&, page = page, dialog = dialog](QWidget*) {

@@ -61,8 +61,10 @@ class PythonTest(LogTest):
             yield
 
     def counted(self, folder="logs"):
+        """The rows as they were counted: those of one millisecond come in the order of the names of their logs."""
         with warnings.catch_warnings(action="error"):
-            return vastra_logs.read(self.path(folder), columns="x")["x"].tolist()
+            rows = vastra_logs.read(self.path(folder), columns="x")
+        return [x for _, x in sorted(zip(rows.time.tolist(), rows["x"].tolist()))]
 
     def test_rows_are_those_of_the_text_logs(self):
         names = ["Sine", "Ramp", "Square", "Items"]
