@@ -2,7 +2,6 @@
 
 #include "host/common/equation_lists.h"
 #include "host/common/name_set.h"
-#include "vastra/equations/equator.h"
 
 namespace vastra {
 namespace {
@@ -14,16 +13,17 @@ CString NameAt(const CString& statement, int offset) {
   return CString(rest.substr(0, rest.find_first_not_of(kNameBytes)));
 }
 
-CString FaultText(const CEquationFault& fault, const CEquationList& list) {
-  if (!fault.isUnknownName) return fault.text;
-  const CStringArray assigned = AssignedNames(list.equations);
-  CNameSet names(list.Names());
-  names.Add(assigned);
-  const CString name = NameAt(list.equations[fault.statement - 1], fault.offset);
-  return NoVariable(name, CNearestName().Find(name, names));
-}
-
 }  // namespace
+
+CString EquationFaultText(const CEquationFault& fault, const CStringArray& names,
+                          const CStringArray& equations) {
+  if (!fault.isUnknownName) return fault.text;
+  const CStringArray assigned = AssignedNames(equations);
+  CNameSet known(names);
+  known.Add(assigned);
+  const CString name = NameAt(equations[fault.statement - 1], fault.offset);
+  return NoVariable(name, CNearestName().Find(name, known));
+}
 
 CString CEquationFinding::Line() const {
   CString place;
@@ -38,7 +38,7 @@ std::vector<CEquationFinding> FindEquationFaults(const CConfiguration& configura
     const CEquationFault fault = CEquator().Compile(list.Names(), list.equations);
     if (fault.statement == 0) continue;
     findings.push_back({list.Key(), list.userName, fault.statement, list.equations[fault.statement - 1],
-                        fault.offset, FaultText(fault, list)});
+                        fault.offset, EquationFaultText(fault, list.Names(), list.equations)});
   }
   return findings;
 }

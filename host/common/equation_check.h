@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "host/common/stage_names.h"
+#include "vastra/equations/equator.h"
 
 namespace vastra {
 
@@ -20,6 +21,10 @@ struct CEquationFinding {
   // One line with all of it but the statement.
   CString Line() const;
 };
+
+// What is wrong with equations, which can read names; for a name also which one was probably meant.
+CString EquationFaultText(const CEquationFault& fault, const CStringArray& names,
+                          const CStringArray& equations);
 
 // One for each list in use. A list whose names cannot be worked out is left out: its stage reports the
 // reason.

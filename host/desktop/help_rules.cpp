@@ -18,6 +18,7 @@ constexpr CHelpPlace kHelpPlaces[] = {
     {"Tarvex", kGuide, "Tarvex: variables for logic of your own"},
     {"Plc Write", kGuide, "Plc Write: back to the PLC"},
     {"Equations", kEquationsPage, ""},
+    {"Equation Editor", kGuide, "The equation editor"},
     {"Trending", kGuide, "Curves"},
     {"Scan Screen", kGuide, "Numbers"},
     {"Configuration", kGuide, "A variable of your own"},  // of a view; the sheet has the titles of its pages

@@ -59,6 +59,7 @@ void CMainWindow::CheckAgain() {
 
 void CMainWindow::OpenPlace(const CString& place) {
   if (!m_edit->isEnabled()) return;  // the stages open or close
+  if (HasEquations(place)) return ShowEquations(place);
   if (place.Left(5) == "trend") return ShowTrend();
   EditConfiguration(place);
 }

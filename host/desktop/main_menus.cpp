@@ -90,10 +90,12 @@ void CMainWindow::MakeWindowMenu() {
   AddAction(window, "Message &Log", QKeySequence("Ctrl+4"), [this] { ShowMessageLog(); });
   QAction* values = AddAction(window, "&Values", QKeySequence("Ctrl+5"), [this] { m_values.BringUp(); });
   QAction* chart = AddAction(window, "&Chart", QKeySequence("Ctrl+6"), [this] { ShowChart(); });
+  QAction* equations =
+      AddAction(window, "&Equation Editor", QKeySequence("Ctrl+7"), [this] { ShowEquations(""); });
   window->addSeparator();
   AddAction(window, "Message &Settings...", QKeySequence("Ctrl+M"), [this] { m_messages.Configure(); });
   UseKeysEverywhere(*window);
-  m_needDocument << trend << grid << values << chart;
+  m_needDocument << trend << grid << values << chart << equations;
   QToolBar* bar = addToolBar("Run");
   bar->setMovable(false);
   bar->setContextMenuPolicy(Qt::PreventContextMenu);

@@ -17,6 +17,7 @@
 #include "host/common/paths.h"
 #include "host/desktop/check_window.h"
 #include "host/desktop/configuration_sheet.h"
+#include "host/desktop/equation_editor.h"
 #include "host/desktop/help_window.h"
 #include "host/desktop/plant_view.h"
 #include "host/desktop/report_window.h"
@@ -104,6 +105,7 @@ bool CMainWindow::Open(const CString& path) {
   UseConfiguration();
   TakeState();
   OpenWorkspace();
+  ShowEquationsAgain();
   return true;
 }
 
@@ -196,6 +198,7 @@ void CMainWindow::New() {
   if (m_check) m_check->Forget();
   UseConfiguration();
   TakeState();
+  ShowEquationsAgain();
 }
 
 void CMainWindow::AskToOpen() {
@@ -261,6 +264,7 @@ bool CMainWindow::AskToSave() {
 
 // Asks whether to save the changes; false: the user has cancelled.
 bool CMainWindow::MayLoseChanges() {
+  if (m_equations && !m_equations->MayLeave()) return false;
   if (!m_document.IsChanged()) return true;
   switch (
       AfxMessageBox("Save the changes to " + m_document.Title() + "?", MB_YESNOCANCEL | MB_ICONQUESTION)) {
@@ -288,11 +292,15 @@ void CMainWindow::EditConfiguration(const CString& place) {
 
 // While the logger runs, changes go to the document alone; the next start uses them.
 void CMainWindow::Apply(const CConfigurationSheet& sheet, const CTrendConfig& trend) {
-  const CConfiguration former = m_document.Configuration();
-  CConfiguration edited = former;
+  CConfiguration edited = m_document.Configuration();
   sheet.GetConfiguration(edited);
   edited.m_trend.m_equations = trend.m_equations;  // the input page can have emptied them
   edited.m_trend.m_equationText = trend.m_equationText;
+  TakeEdited(std::move(edited));
+}
+
+void CMainWindow::TakeEdited(CConfiguration edited) {
+  const CConfiguration former = m_document.Configuration();
   if (m_document.Take(std::move(edited))) {
     if (m_runner.State() == CRunner::EState::stopped)
       UseConfiguration();
@@ -300,6 +308,7 @@ void CMainWindow::Apply(const CConfigurationSheet& sheet, const CTrendConfig& tr
       ApplyWhileRunning(former);
     if (m_names.hasInput) m_document.TakeBaseVars(m_names.input);
     CheckAgain();
+    ShowEquationsAgain();
   }
   ShowState();
 }

@@ -28,6 +28,7 @@ namespace vastra {
 
 class CCheckWindow;
 class CConfigurationSheet;
+class CEquationEditor;
 class CHelp;
 class CPlantView;
 enum class EPart;
@@ -79,6 +80,7 @@ class CMainWindow : public QMainWindow {
   void EditConfiguration(const CString& place = {});
   void Apply(const CConfigurationSheet& sheet, const CTrendConfig& trend);
   void ApplyWhileRunning(CConfiguration former);
+  void TakeEdited(CConfiguration edited);
   void ShowReport();
   void ShowAbout();
 
@@ -117,6 +119,12 @@ class CMainWindow : public QMainWindow {
   void ShowCounts();
   void Attach();
   void ShowMessageLog();
+  // The equation editor, in main_equations.cpp.
+  CEquationEditor& EquationEditor();
+  void ShowEquations(const CString& key);
+  bool HasEquations(const CString& key);
+  bool ApplyEquations(const CString& key, const CString& text);
+  void ShowEquationsAgain();
   // The workspace, in main_workspace.cpp.
   void JoinWorkspace();
   void SaveWorkspace();
@@ -142,6 +150,7 @@ class CMainWindow : public QMainWindow {
   bool m_quitWanted = false;
   bool m_isAhead = false;  // the document has changes that the run does not have
 
+  std::unique_ptr<CEquationEditor> m_equations;  // null: not opened yet
   CHelp* m_help;
   CDriverCaptions m_driverCaptions;
   CCheckWindow* m_check = nullptr;  // null: not needed yet

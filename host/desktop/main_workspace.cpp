@@ -1,5 +1,6 @@
 // What the main window keeps for each configuration: the windows that join its workspace.
 #include "host/desktop/check_window.h"
+#include "host/desktop/equation_editor.h"
 #include "host/desktop/main_window.h"
 #include "host/desktop/plant_view.h"
 
@@ -33,6 +34,15 @@ void CMainWindow::JoinWorkspace() {
        [this] {
          if (m_check) m_check->close();
        }});
+  m_workspace.Add({"equations",
+                   [this] {
+                     const bool isOpen = m_equations && m_equations->isVisible();
+                     return isOpen ? std::optional(m_equations->Key()) : std::nullopt;
+                   },
+                   [this](const CString& key) { ShowEquations(key); },
+                   [this] {
+                     if (m_equations) m_equations->close();
+                   }});
   m_workspace.Add({"values", [this] { return StateIfVisible(&m_values); },
                    [this](const CString& state) {
                      m_values.SetState(state);
