@@ -1,4 +1,5 @@
 #include "tests/charts/chart_fixture.h"
+#include "tests/history/hand_over.h"
 
 namespace vastra {
 namespace {
@@ -56,42 +57,48 @@ TEST_F(ChartLive, TheRingHoldsFromItsFirstSampleOn) {
   EXPECT_EQ(static_cast<std::size_t>(std::count(csv.begin(), csv.end(), '\n')), 1 + x.size() + z);
 }
 
-// Of a feed: samples are missing in the ring, and the logs have them.
+// Of a feed: samples are missing in the ring, and the journal has them.
 TEST_F(ChartLive, LogsHoldAsFarAsTheyReachIfTheRingIsThinned) {
-  Log("a.rph", Names({"x"}), Count(0, 50));
+  CHandOver logger(Folder());
+  const auto rows = [&] { return Asked({{0, 100'000}, 1000, {"x"}}).curves[0].size(); };
   m_live->Begin({"x"});
-  for (const int i : {20, 30, 40, 49, 50, 53, 54})
-    if (const float value = static_cast<float>(i); true) m_live->Add(TimeOf(i * 1000), &value, 1);
+  const struct {
+    int kept;
+    std::vector<int> live;
+    std::size_t rows;
+  } kSteps[] = {{50, {20, 30, 40, 49, 50, 53}, 52}, {10, {59, 62}, 61}};
   m_data.SetSources({{{Folder(), false}}, m_live, true});
-  ASSERT_TRUE(Wait([&] { return m_data.IsScanned(); }));
-  const CChartPicture picture = Asked({{0, 100'000}, 1000, {"x"}});
-  EXPECT_EQ(picture.curves[0].size(), 53U);
+  for (const auto& step : kSteps) {
+    logger.Keep(step.kept);
+    for (const int i : step.live)
+      if (const auto value = static_cast<float>(i); true) m_live->Add(TimeOf(CMoment{1000} * i), &value, 1);
+    m_data.Rescan();
+    EXPECT_TRUE(Wait([&] { return rows() == step.rows; })) << rows() << " " << step.rows;
+  }
 }
 
-// A logger adds samples to a ring that drops the oldest ones, and saves its log now and then.
+// A logger adds samples to a ring that drops the oldest ones, to its journal a bit later, and saves its logs.
 TEST_F(ChartLive, NoRowIsMissingOrDoubleWhileTheRingDropsSamples) {
-  constexpr int kCount = 6000, kInLog = 50;
+  constexpr int kCount = 6000, kLate = 10, kInLog = 500;
   const auto live = std::make_shared<CLiveSamples>(std::size_t{64} * 16 * 12);  // 1024 samples
   live->Begin({"x"});
   std::atomic<int> added = 0;
-  std::thread logger([&] {
-    std::vector<CTestRow> rows;
-    for (int i = 0; i < kCount; ++i) {
-      const auto value = static_cast<float>(i);
-      rows.push_back({i * 10, {value}});
-      live->Add(TimeOf(i * 10), &value, 1);
-      if (i % kInLog == 0) {
-        WriteBytes(m_dir / "new", Written(Names({"x"}), StoreOf(rows)));
-        std::filesystem::rename((m_dir / "new").Std(), (m_dir / "a.rph").Std());
-      }
-      added = i + 1;
-      if (i % 10 == 0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  std::thread thread([&] {
+    CHandOver logger(Folder());
+    while (added < kCount) {
+      const auto value = static_cast<float>(added);
+      live->Add(TimeOf(CMoment{1000} * added), &value, 1);
+      if (++added % kLate) continue;
+      logger.Keep(kLate);
+      if (added % kInLog == 0) logger.Save();
+      if (added % kInLog == 0) logger.End();
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
   });
   Open(live);
   for (int pictures = 0, least = 0; least < kCount; ++pictures) {
     least = added;
-    const CChartPicture picture = Asked({{-1000, kCount * 10}, pictures % 2 ? 7000U : 200U, {"x"}});
+    const CChartPicture picture = Asked({{-1000, kCount * 1000}, pictures % 2 ? 7000U : 200U, {"x"}});
     float next = 0;
     for (const CCurveStep& step : picture.curves[0]) {
       if (step.least != next || step.greatest != next + static_cast<float>(step.values - 1)) {
@@ -104,7 +111,7 @@ TEST_F(ChartLive, NoRowIsMissingOrDoubleWhileTheRingDropsSamples) {
     }
     EXPECT_GE(next, static_cast<float>(pictures ? least : 0));
   }
-  logger.join();
+  thread.join();
 }
 
 }  // namespace
