@@ -42,6 +42,7 @@ class CTestObserver : public CProbeObserver {
     const std::lock_guard lock(m_shared->mutex);
     auto& state = m_shared->state;
     state.fault = reply.status == statusOk ? CString() : FaultOf(reply);
+    state.isOpen = state.isOpen || reply.status == statusOk;
     if (values.empty()) return;
     state.values.assign(values.begin(), values.end());
     state.milliseconds = reply.milliseconds;

@@ -14,6 +14,7 @@ class CDeviceTest {
  public:
   struct CState {
     bool isBusy = false;
+    bool isOpen = false;        // the driver has opened the device, and reads it
     int reads = 0;              // that were good
     std::vector<float> values;  // of the last good read; empty: there was none
     double milliseconds = 0;    // that it took

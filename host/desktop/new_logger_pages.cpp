@@ -53,6 +53,7 @@ DriverConfig FirstSettings(int plcType) {
   driver.plcType = plcType;
   if (plcType == kModbusType) {
     driver.station = 1;
+    driver.timeOut = 1000;
     driver.text2 = "h0";
   }
   return driver;
@@ -205,7 +206,7 @@ void CDevicePage::Test() {
   ReadFields();
   CString fault;
   if (!StartTest(false, fault)) return m_result->setPlainText(ToScreen(fault));
-  m_result->setPlainText("Reading...");
+  m_result->setPlainText("Opening...");
   m_test->setText("S&top");
   m_ticks = 0;
   m_poll.start(kPollTime);
@@ -214,7 +215,7 @@ void CDevicePage::Test() {
 void CDevicePage::ShowTest() {
   const CDeviceTest::CState state = m_logger.test.State();
   const bool isLate = ++m_ticks > kLongestTest;
-  if (state.isBusy && !isLate) return;
+  if (state.isBusy && !isLate) return m_result->setPlainText(state.isOpen ? "Reading..." : "Opening...");
   m_poll.stop();
   m_test->setText("&Test");
   m_logger.test.Stop();

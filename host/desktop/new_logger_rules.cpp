@@ -18,7 +18,7 @@
 namespace vastra {
 namespace {
 
-constexpr std::int64_t kHour = 3'600'000, kDay = 24 * kHour;     // milliseconds
+constexpr std::int64_t kMsPerHour = 3'600'000, kMsPerDay = 24 * kMsPerHour;  // milliseconds
 constexpr std::int64_t kMostLogBytes = std::int64_t{256} << 20;  // a log is in memory until it ends
 constexpr std::int64_t kMostCounted = 16'000'000;  // steps; a variable of equations counts no further
 constexpr UINT kMostKeptLogs = 100'000;
@@ -29,7 +29,7 @@ std::int64_t SamplesIn(std::int64_t milliseconds, const CLoggerPlan& plan) {
 }
 
 std::int64_t SamplesOfLog(const CLoggerPlan& plan) {
-  return SamplesIn(plan.logEnd == ELogEnd::hour ? kHour : kDay, plan);
+  return SamplesIn(plan.logEnd == ELogEnd::hour ? kMsPerHour : kMsPerDay, plan);
 }
 
 std::int64_t StepsOfSummary(const CLoggerPlan& plan) {

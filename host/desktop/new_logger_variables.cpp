@@ -14,6 +14,7 @@
 #include <set>
 #include <utility>
 
+#include "host/common/paths.h"
 #include "host/common/shown_text.h"
 #include "host/desktop/new_logger_pages.h"
 #include "host/desktop/value_rules.h"
@@ -55,6 +56,7 @@ class CChoiceDelegate : public QStyledItemDelegate {
 
 // The text of the file, or why it cannot be read.
 CString ReadList(const CString& path, std::string& text) {
+  if (const CString other = OtherThanFile(path); !other.IsEmpty()) return path + " is " + other;
   try {
     CFile file(path, CFile::modeRead);
     const std::uint64_t length = file.GetLength();
@@ -120,14 +122,21 @@ void CVariablesPage::MakeTable() {
 }
 
 void CVariablesPage::initializePage() {
-  m_first = Plan().rows;
+  CLoggerPlan untouched = Plan();
+  untouched.rows.clear();
+  m_first = FirstRows(untouched, static_cast<int>(Plan().rows.size()));
   for (int i = 0; i < kRawColumn; ++i)
     m_table->setColumnHidden(i, kVariableColumns[i].isRegister && !Plan().Registers().isUsed);
   ShowRows();
   m_state->clear();
 }
 
-void CVariablesPage::cleanupPage() { Read(false); }
+// Back keeps what was typed.
+void CVariablesPage::cleanupPage() {
+  Read(false);
+  ReadRows();
+  if (RowsFault(Plan().rows, Plan().Registers()).IsEmpty()) Plan().driver = DriverOf(Plan());
+}
 
 void CVariablesPage::ShowRows() {
   const QSignalBlocker quiet(m_table);
@@ -145,7 +154,8 @@ void CVariablesPage::ShowRows() {
   const int letter = fontMetrics().averageCharWidth();
   m_table->resizeColumnsToContents();
   for (int i = 0; i <= kRawColumn; ++i)
-    m_table->setColumnWidth(i, std::clamp(m_table->columnWidth(i), kNarrowest * letter, kWidest * letter));
+    if (m_table->horizontalHeader()->visualIndex(i) < kRawColumn)  // the last one has the rest of the width
+      m_table->setColumnWidth(i, std::clamp(m_table->columnWidth(i), kNarrowest * letter, kWidest * letter));
 }
 
 void CVariablesPage::ReadRows() {

@@ -226,8 +226,8 @@ class CImport {
 
   // Whether the cells are titles: one of them is that of the names.
   bool ReadTitles(const std::vector<CString>& cells) {
-    std::vector<const CVariableColumn*> columns;
-    for (const CString& cell : cells) columns.push_back(FindColumn(cell));
+    std::vector<const CVariableColumn*> columns(cells.size());
+    std::ranges::transform(cells, columns.begin(), FindColumn);
     if (std::ranges::find(columns, &kVariableColumns[0]) == columns.end()) return false;
     for (std::size_t i = 0; i < cells.size(); ++i)
       if (!columns[i] && !cells[i].IsEmpty()) m_found.leftOut.push_back(cells[i]);

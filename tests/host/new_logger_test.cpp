@@ -325,7 +325,7 @@ TEST_F(NewLogger, AListIsImportedWholeOrNotAtAll) {
             ASSERT_EQ(table->rowCount(), 2);
             EXPECT_EQ(table->item(0, 5)->text(), "K");
           },
-          "&Import...", "&Next >", "!Row 3: \"A\" is in row 1 already"});
+          "< &Back", "&Next >", "&Import...", "&Next >", "!Row 3: \"A\" is in row 1 already"});
 }
 
 }  // namespace
