@@ -15,6 +15,8 @@ namespace {
 
 constexpr double kCurveWidth = 1.5, kSelectedWidth = 2.75;  // pixels
 constexpr double kMarkSize = 4.5;
+constexpr std::ptrdiff_t kManySteps = 300;  // of a curve that is put into the pixels
+constexpr double kFarOff = 20'000;          // pixels
 constexpr double kTickLength = 4;
 constexpr double kTicksPerLine = 0.32;  // value ticks for each line of text, at most
 constexpr double kAwayLane = 3;         // the height of the marks of nodes that are away
@@ -133,11 +135,11 @@ CPlotScale CChartPainter::Scale(const CChartState& state, int axis) const {
           plot.width, plot.height};
 }
 
-void CChartPainter::PaintPlot(QPainter& painter, const CChartState& state) {
+void CChartPainter::PaintPlot(QPainter& painter, const CChartState& state, const CChartCanvas* canvas) {
   painter.setFont(m_font);
   painter.fillRect(QRectF(0, 0, m_frame.time.width, m_frame.time.Bottom()), m_ink.base);
   PaintGrid(painter, state);
-  PaintCurves(painter, state);
+  PaintCurves(painter, state, canvas);
   painter.setRenderHint(QPainter::Antialiasing, false);
   for (std::size_t i = 0; i < m_frame.axes.size(); ++i) PaintValueAxis(painter, state, i);
   PaintTimeAxis(painter, state);
@@ -239,25 +241,37 @@ void CChartPainter::PaintValueAxis(QPainter& painter, const CChartState& state, 
                    flags, axis.unit);
 }
 
-void CChartPainter::PaintCurves(QPainter& painter, const CChartState& state) {
+void CChartPainter::PaintCurves(QPainter& painter, const CChartState& state, const CChartCanvas* canvas) {
   const CChartBox& plot = m_frame.plot;
   painter.save();
   painter.setClipRect(QRectF(plot.left, plot.top - 1, plot.width, plot.height + 2));
   const std::size_t count = state.Layout().curves.size(), selected = state.Selected();
   for (std::size_t i = 0; i < count; ++i)
-    if (i != selected) PaintCurve(painter, state, i);
-  if (selected < count) PaintCurve(painter, state, selected);
+    if (i != selected) PaintCurve(painter, state, i, canvas);
+  if (selected < count) PaintCurve(painter, state, selected, canvas);
   painter.restore();
 }
 
-// One call for all lines, one for all bands and one for all marks.
-void CChartPainter::PaintCurve(QPainter& painter, const CChartState& state, std::size_t curve) {
+void CChartPainter::PaintCurve(QPainter& painter, const CChartState& state, std::size_t curve,
+                               const CChartCanvas* canvas) {
   const CChartCurve& shown = state.Layout().curves[curve];
   if (shown.isHidden || shown.axis == 0) return;
-  const bool isSelected = curve == state.Selected();
-  const double width = isSelected ? kSelectedWidth : kCurveWidth;
-  const QColor colour = ColourOf(shown);
-  m_geometry.Build(state.StepsOf(curve), Scale(state, shown.axis), width);
+  const double width = curve == state.Selected() ? kSelectedWidth : kCurveWidth;
+  const CPlotScale scale = Scale(state, shown.axis);
+  const QPen pen(ColourOf(shown), width, StyleOf(state.Layout(), curve), Qt::FlatCap, Qt::BevelJoin);
+  m_geometry.Build(state.StepsOf(curve), scale, width);
+  PaintAway(painter, pen.color());
+  if (!canvas || !PaintPixels(*canvas, state.StepsOf(curve), scale, pen)) PaintPaths(painter, pen);
+  m_marks.clear();
+  for (const CPlotPoint& mark : m_geometry.Marks()) m_marks.emplace_back(mark.x, mark.y);
+  if (m_marks.empty()) return;
+  painter.setRenderHint(QPainter::Antialiasing, true);
+  painter.setPen(QPen(pen.color(), kMarkSize + width - kCurveWidth, Qt::SolidLine, Qt::RoundCap));
+  painter.drawPoints(m_marks.data(), static_cast<int>(m_marks.size()));
+}
+
+// One call for all bands and one for all lines.
+void CChartPainter::PaintPaths(QPainter& painter, const QPen& pen) {
   const auto collect = [this](const std::vector<CPointRun>& runs) {
     m_path.clear();
     m_path.setFillRule(Qt::WindingFill);
@@ -267,17 +281,33 @@ void CChartPainter::PaintCurve(QPainter& painter, const CChartState& state, std:
       for (std::size_t i = 1; i < run.count; ++i) m_path.lineTo(point[i].x, point[i].y);
     }
   };
-  PaintAway(painter, colour);
   painter.setRenderHint(QPainter::Antialiasing, true);
   collect(m_geometry.Bands());
-  painter.fillPath(m_path, colour);
+  painter.fillPath(m_path, pen.color());
   collect(m_geometry.Lines());
-  painter.strokePath(m_path, QPen(colour, width, StyleOf(state.Layout(), curve), Qt::FlatCap, Qt::BevelJoin));
-  m_marks.clear();
-  for (const CPlotPoint& mark : m_geometry.Marks()) m_marks.emplace_back(mark.x, mark.y);
-  if (m_marks.empty()) return;
-  painter.setPen(QPen(colour, kMarkSize + width - kCurveWidth, Qt::SolidLine, Qt::RoundCap));
-  painter.drawPoints(m_marks.data(), static_cast<int>(m_marks.size()));
+  painter.strokePath(m_path, pen);
+}
+
+// For a curve with many steps. False: the painter has to draw it.
+bool CChartPainter::PaintPixels(const CChartCanvas& canvas, std::span<const CCurveStep> steps,
+                                const CPlotScale& scale, const QPen& pen) {
+  const auto begin = std::ranges::lower_bound(steps, scale.range.from, {}, &CCurveStep::to);
+  const auto end = std::ranges::upper_bound(steps, scale.range.to, {}, &CCurveStep::from);
+  if (end - begin < kManySteps || pen.style() != Qt::SolidLine) return false;
+  const auto first = begin - (begin == steps.begin() ? 0 : 1);
+  const auto last = end + (end == steps.end() ? 0 : 1);
+  // Lines from far outside need more digits than the raster has.
+  if (scale.X(first->from) < -kFarOff || scale.X(last[-1].to) > kFarOff) return false;
+  CPlotScale pixels = scale;
+  for (double* place : {&pixels.left, &pixels.top, &pixels.width, &pixels.height}) *place *= canvas.ratio;
+  const auto cut = [](double place, int most) {
+    return std::clamp(static_cast<int>(std::round(place)), 0, most);
+  };
+  const CRect clip = {cut(pixels.left, canvas.all.right), cut(pixels.top - canvas.ratio, canvas.all.bottom),
+                      cut(pixels.left + pixels.width, canvas.all.right),
+                      cut(pixels.top + pixels.height + canvas.ratio, canvas.all.bottom)};
+  m_raster.Draw(canvas.pixels, clip, {first, last}, pixels, pen.widthF() * canvas.ratio, pen.color().rgb());
+  return true;
 }
 
 // A tint where there is no value at all, and a lane at the bottom where some are missing.

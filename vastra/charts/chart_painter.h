@@ -12,6 +12,7 @@
 #include "vastra/charts/chart_frame_geometry.h"
 #include "vastra/charts/chart_state_rules.h"
 #include "vastra/charts/curve_geometry.h"
+#include "vastra/charts/curve_raster.h"
 
 class QPainter;
 
@@ -26,6 +27,14 @@ struct CChartInk {
 };
 CChartInk InkOf(const QPalette& palette);
 
+// The pixels of an image that a painter draws into, Format_RGB32: long curves are put there without the
+// painter.
+struct CChartCanvas {
+  CPixels pixels = {};
+  CRect all;
+  double ratio = 1;  // pixels for each unit of the painter
+};
+
 class CChartPainter {
  public:
   // Measures all texts for the present state. The other calls use the result.
@@ -34,8 +43,8 @@ class CChartPainter {
   CPlotScale Scale(const CChartState& state, int axis) const;
   QColor ColourOf(const CChartCurve& curve) const;
 
-  // The background, the axes and the curves.
-  void PaintPlot(QPainter& painter, const CChartState& state);
+  // The background, the axes and the curves. canvas: of the painter, or null.
+  void PaintPlot(QPainter& painter, const CChartState& state, const CChartCanvas* canvas = nullptr);
   // Names, and values at a moment; without one, the newest values of the picture.
   void PaintLegend(QPainter& painter, const CChartState& state, std::optional<CMoment> moment) const;
   void PaintCursors(QPainter& painter, const CChartState& state) const;
@@ -56,8 +65,11 @@ class CChartPainter {
   void PaintTimeAxis(QPainter& painter, const CChartState& state) const;
   void PaintContexts(QPainter& painter, const CPlotScale& scale, double right) const;
   void PaintValueAxis(QPainter& painter, const CChartState& state, std::size_t place) const;
-  void PaintCurves(QPainter& painter, const CChartState& state);
-  void PaintCurve(QPainter& painter, const CChartState& state, std::size_t curve);
+  void PaintCurves(QPainter& painter, const CChartState& state, const CChartCanvas* canvas);
+  void PaintCurve(QPainter& painter, const CChartState& state, std::size_t curve, const CChartCanvas* canvas);
+  void PaintPaths(QPainter& painter, const QPen& pen);
+  bool PaintPixels(const CChartCanvas& canvas, std::span<const CCurveStep> steps, const CPlotScale& scale,
+                   const QPen& pen);
   void PaintAway(QPainter& painter, const QColor& colour) const;
   void PaintItem(QPainter& painter, const CChartState& state, std::size_t curve,
                  std::optional<CMoment> moment) const;
@@ -70,6 +82,7 @@ class CChartPainter {
   CTimeAxis m_time;
   std::vector<CAxisTexts> m_axes;
   CCurveGeometry m_geometry;
+  CCurveRaster m_raster;
   QPainterPath m_path;  // keeps its memory, as m_geometry
   std::vector<QPointF> m_marks;
 };

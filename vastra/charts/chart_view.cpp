@@ -101,17 +101,20 @@ void CChartView::paintEvent(QPaintEvent*) {
   LayOut();
   const double ratio = devicePixelRatioF();
   if (const QSize pixels = (QSizeF(size()) * ratio).toSize(); m_plot.size() != pixels) {
-    m_plot = QPixmap(pixels);
+    m_plot = QImage(pixels, QImage::Format_RGB32);
     m_isPlotDrawn = false;
   }
   if (!m_isPlotDrawn) {
     m_plot.setDevicePixelRatio(ratio);
+    const CChartCanvas canvas = {{reinterpret_cast<std::uint32_t*>(m_plot.bits()), m_plot.bytesPerLine() / 4},
+                                 {0, 0, m_plot.width(), m_plot.height()},
+                                 ratio};
     QPainter plot(&m_plot);
-    m_painter.PaintPlot(plot, m_state);
+    m_painter.PaintPlot(plot, m_state, &canvas);
     m_isPlotDrawn = true;
   }
   QPainter painter(this);
-  painter.drawPixmap(0, 0, m_plot);
+  painter.drawImage(0, 0, m_plot);
   if (!m_hint.isEmpty()) m_painter.PaintHint(painter, m_hint);
   m_painter.PaintCursors(painter, m_state);
   std::optional<CMoment> moment = m_pointed;

@@ -2,7 +2,7 @@
 // draws what is known and reads nothing.
 #pragma once
 
-#include <QPixmap>
+#include <QImage>
 #include <QWidget>
 
 #include <functional>
@@ -94,7 +94,7 @@ class VASTRA_API CChartView : public QWidget {
   const CListener m_listener;
   CChartState m_state;
   CChartPainter m_painter;
-  QPixmap m_plot;  // all but what follows the pointer
+  QImage m_plot;  // all but what follows the pointer
   bool m_isLaidOut = false, m_isPlotDrawn = false;
   QString m_hint;
   std::optional<CMoment> m_pointed;

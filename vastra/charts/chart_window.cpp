@@ -23,9 +23,9 @@
 namespace vastra {
 namespace {
 
-constexpr int kTakePause = 40;                // milliseconds between two looks at the data
-constexpr CMoment kFollowedLength = 120'000;  // milliseconds that a chart of a logger begins with
-constexpr std::size_t kMostFaults = 20;       // that are listed
+constexpr int kTakePause = 40;               // milliseconds between two looks at the data
+constexpr CMoment kFollowedLength = 60'000;  // milliseconds that a chart of a logger begins with
+constexpr std::size_t kMostFaults = 20;      // that are listed
 
 }  // namespace
 
