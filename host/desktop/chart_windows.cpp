@@ -99,7 +99,7 @@ void CChartWindows::ShowHistory(const CConfiguration& configuration, EPart part,
 
 void CChartWindows::ShowHistory(const CString& name, std::vector<CChartPath> paths,
                                 const CStringArray& variables) {
-  CChartWindow* window = NewWindow("History of " + ToScreen(name));
+  CChartWindow* window = NewWindow("History of " + ToScreen(name) + " - Chart");
   UseLogger(*window, m_logger, {std::move(paths), m_logger.sources.live});
   const auto count = std::min<std::ptrdiff_t>(variables.GetSize(), kFirstCurves);
   window->AddCurves({variables.begin(), variables.begin() + count});
