@@ -38,6 +38,7 @@
 #include "vastra/ui/dialog.h"
 #include "vastra/ui/drawing.h"
 #include "vastra/ui/dropped_paths.h"
+#include "vastra/ui/focus_ring.h"
 #include "vastra/ui/geometry.h"
 #include "vastra/ui/grid.h"
 #include "vastra/ui/line_raster.h"

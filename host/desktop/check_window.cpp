@@ -16,7 +16,7 @@
 #include <algorithm>
 
 #include "host/desktop/condition_icon.h"
-#include "host/desktop/focus_ring.h"
+#include "vastra/ui/focus_ring.h"
 #include "vastra/ui/text.h"
 
 namespace vastra {

@@ -12,8 +12,8 @@
 
 #include "host/common/name_set.h"
 #include "host/desktop/equation_help_rules.h"
-#include "host/desktop/focus_ring.h"
 #include "vastra/equations/separator.h"
+#include "vastra/ui/focus_ring.h"
 #include "vastra/ui/text.h"
 
 namespace vastra {

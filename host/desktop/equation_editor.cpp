@@ -15,8 +15,8 @@
 #include <map>
 
 #include "host/desktop/equation_edit.h"
-#include "host/desktop/focus_ring.h"
 #include "vastra/platform/prompt.h"
+#include "vastra/ui/focus_ring.h"
 #include "vastra/ui/text.h"
 
 namespace vastra {
@@ -58,9 +58,11 @@ CEquationEditor::CEquationEditor(CListener listener)
 
 void CEquationEditor::MakeLayout() {
   m_choice->setAccessibleName("Place");
+  m_choice->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
   m_edit->setAccessibleName("Equations");
   m_fault->setAccessibleName("Fault");
   m_fault->setWordWrap(true);
+  m_edit->setMinimumWidth(fontMetrics().averageCharWidth() * 20);
   m_fault->setTextFormat(Qt::PlainText);
   m_apply->setToolTip("Puts the text into the configuration (Ctrl+S)");
   m_revert->setToolTip("Shows the text of the configuration again");
@@ -92,6 +94,7 @@ QWidget* CEquationEditor::MakeValues() {
   m_live->setToolTip("The values come from the newest sample of the logger, until one is typed");
   m_next->setToolTip("Runs the equations once more: variables keep their values from sample to sample");
   m_values->setAccessibleName("Values");
+  m_values->setMinimumWidth(fontMetrics().averageCharWidth() * 16);
   m_values->setHorizontalHeaderLabels({"Variable", "Value"});
   m_values->horizontalHeader()->setStretchLastSection(true);
   m_values->verticalHeader()->hide();

@@ -182,6 +182,7 @@ void CEquationTrial::Run(const std::vector<float>& values) {
 std::vector<CEquationTrial::CResult> CEquationTrial::Results() const {
   std::vector<CResult> results;
   const CStringArray& names = m_equator.GetNewVariables();
+  results.reserve(static_cast<std::size_t>(names.GetSize()));
   for (int i = 0; i < names.GetSize(); ++i)
     results.push_back({names[i], m_equator.GetValue(m_sample, static_cast<UINT>(m_names.GetSize() + i))});
   for (const int statement : m_equator.GetUndefined())

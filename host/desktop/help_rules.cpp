@@ -11,6 +11,7 @@ constexpr const char *kGuide = "desktop-guide.md", *kEquationsPage = "equations.
 constexpr CHelpPlace kHelpPlaces[] = {
     {"Vastra", kGuide, "The state of the plant"},
     {"* - Vastra", kGuide, "The state of the plant"},
+    {"New Logger", kGuide, "A first logger by the assistant"},
     {"Input", kGuide, "Input: where the samples come from"},
     {"Node", kGuide, "Input: where the samples come from"},
     {"Output", kGuide, "Output: the logs"},

@@ -18,8 +18,8 @@
 
 #include <algorithm>
 
-#include "host/desktop/focus_ring.h"
 #include "host/desktop/help_rules.h"
+#include "vastra/ui/focus_ring.h"
 
 namespace vastra {
 namespace {

@@ -19,8 +19,8 @@
 
 #include <algorithm>
 
-#include "host/desktop/focus_ring.h"
 #include "host/desktop/workspace.h"
+#include "vastra/ui/focus_ring.h"
 #include "vastra/ui/text.h"
 
 namespace vastra {

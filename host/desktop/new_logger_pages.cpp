@@ -22,6 +22,7 @@
 #include "vastra/platform/prompt.h"
 #include "vastra/plc/driver_factory.h"
 #include "vastra/plc/plc_link.h"
+#include "vastra/ui/focus_ring.h"
 #include "vastra/ui/text.h"
 
 namespace vastra {
@@ -44,6 +45,7 @@ QPlainTextEdit* NewReport(const char* name) {
   report->setTabChangesFocus(true);
   report->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
   report->setAccessibleName(name);
+  RingOnFocus(*report);
   return report;
 }
 

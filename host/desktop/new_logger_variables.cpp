@@ -21,6 +21,7 @@
 #include "vastra/platform/chooser.h"
 #include "vastra/platform/file.h"
 #include "vastra/platform/prompt.h"
+#include "vastra/ui/focus_ring.h"
 #include "vastra/ui/text.h"
 
 namespace vastra {
@@ -104,6 +105,7 @@ CVariablesPage::CVariablesPage(CNewLogger& logger)
 void CVariablesPage::MakeTable() {
   m_table = new QTableWidget(0, kRawColumn + 1, this);
   m_table->setAccessibleName("Variables");
+  RingOnFocus(*m_table);
   QStringList titles;
   for (const CVariableColumn& column : kVariableColumns) titles << column.title;
   m_table->setHorizontalHeaderLabels(titles << "Raw value");

@@ -12,9 +12,9 @@
 #include <utility>
 
 #include "host/desktop/condition_icon.h"
-#include "host/desktop/focus_ring.h"
 #include "host/desktop/problem_banner.h"
 #include "host/desktop/workspace.h"
+#include "vastra/ui/focus_ring.h"
 #include "vastra/ui/text.h"
 
 namespace vastra {

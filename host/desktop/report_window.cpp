@@ -8,10 +8,10 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-#include "host/desktop/focus_ring.h"
 #include "vastra/platform/chooser.h"
 #include "vastra/platform/prompt.h"
 #include "vastra/platform/save_file.h"
+#include "vastra/ui/focus_ring.h"
 #include "vastra/ui/text.h"
 
 namespace vastra {

@@ -16,10 +16,10 @@
 #include <iterator>
 #include <numeric>
 
-#include "host/desktop/focus_ring.h"
 #include "host/desktop/values_model.h"
 #include "host/desktop/workspace.h"
 #include "host/run/run.h"
+#include "vastra/ui/focus_ring.h"
 #include "vastra/ui/text.h"
 
 namespace vastra {

@@ -86,7 +86,8 @@ TEST_F(Keyboard, EachStopHasANameAndShowsTheFocusAlsoInADarkPalette) {
   for (const bool isDark : {false, true}) {
     QApplication::setPalette(isDark ? DarkPalette() : m_light);
     CTestWindow main(m_demo);
-    for (const char* action : {"Values", "Message Log", "Guide", "Report", "Check", "Equation Editor"})
+    for (const char* action :
+         {"Values", "Message Log", "Guide", "Report", "Check", "Equation Editor", "Chart"})
       ActionOf(main, action)->trigger();
     int stops = 0;
     for (QWidget* window : Windows()) {

@@ -10,6 +10,7 @@
 
 #include <cmath>
 
+#include "vastra/ui/focus_ring.h"
 #include "vastra/ui/text.h"
 
 namespace vastra {
@@ -49,6 +50,7 @@ CCursorTable::CCursorTable(QWidget* parent)
   m_times->setTextFormat(Qt::PlainText);
   m_times->setAccessibleName("Times of the cursors");
   m_table->setAccessibleName("Cursors");
+  RingOnFocus(*m_table);
   m_table->setColumnCount(static_cast<int>(std::size(kFigureCaptions)));
   m_table->setHorizontalHeaderLabels({std::begin(kFigureCaptions), std::end(kFigureCaptions)});
   m_table->setEditTriggers(QAbstractItemView::NoEditTriggers);

@@ -10,6 +10,7 @@
 
 #include <set>
 
+#include "vastra/ui/focus_ring.h"
 #include "vastra/ui/text.h"
 
 namespace vastra {
@@ -67,6 +68,7 @@ CVariableList::CVariableList(std::function<void(const std::vector<CString>&)> ch
   m_search->setToolTip("Words of a variable or a node (Ctrl+F)");
   m_search->setClearButtonEnabled(true);
   m_tree->setAccessibleName("Variables");
+  RingOnFocus(*m_tree);
   m_tree->setHeaderHidden(true);
   m_tree->setUniformRowHeights(true);
   m_tree->setSelectionMode(QAbstractItemView::ExtendedSelection);

@@ -2,10 +2,12 @@
 // not at all if there is none.
 #pragma once
 
+#include "vastra/platform/api.h"
+
 class QAbstractScrollArea;
 
 namespace vastra {
 
-void RingOnFocus(QAbstractScrollArea& area);
+VASTRA_API void RingOnFocus(QAbstractScrollArea& area);
 
 }  // namespace vastra

@@ -1,4 +1,4 @@
-#include "host/desktop/focus_ring.h"
+#include "vastra/ui/focus_ring.h"
 
 #include <QAbstractScrollArea>
 #include <QEvent>
