@@ -122,6 +122,42 @@ TEST_F(Buckets, ADigestIsUsedAsLongAsItsLogStays) {
   EXPECT_EQ(Read(range, 1, true), now);
 }
 
+// Of a log in the digest the catalogue reads the first and the last time, and no other: one between them is
+// damaged here. Of a log that was written since it reads all.
+TEST_F(Buckets, ACatalogueNeedsFewTimesOfALogInTheDigest) {
+  const auto listed = [&] {
+    std::map<std::string, std::string> logs;
+    CCatalogue catalogue;
+    catalogue.Add(Folder(), false);
+    catalogue.Scan();
+    for (const CHistoryLog& log : catalogue.Logs())
+      logs[log.path.Std()] = std::to_string(log.samples) + "@" + std::to_string(log.first) + "-" +
+                             std::to_string(log.last) + "/" + std::to_string(log.start.time) +
+                             (log.isOrdered ? "" : "!");
+    return logs;
+  };
+  FillFolder();
+  Log("b.rph", Names({"x"}), {{5000, {1}}, {4000, {2}}, {6000, {3}}});
+  std::map<std::string, std::string> expected = listed();
+  EXPECT_EQ(expected[(m_dir / "b.rph").Std()], "3@4000-6000/5!");
+  UpdateDigests(Scanned());
+  EXPECT_EQ(listed(), expected);
+  const auto flip = [](const CHistoryLog& log, bool keepsTime) {
+    const auto time = std::filesystem::last_write_time(log.path.Std());
+    std::string bytes = ReadBytes(log.path);
+    bytes[log.layout->times + sizeof(_timeb) + 3] ^= 0x40;  // of the second sample
+    WriteBytes(log.path, bytes);
+    std::filesystem::last_write_time(log.path.Std(), time + std::chrono::hours(keepsTime ? 0 : 1));
+  };
+  for (const bool keepsTime : {true, false}) {
+    for (const CHistoryLog& log : m_catalogue.Logs())
+      if (log.samples > 2 && log.isOrdered) flip(log, keepsTime);
+    EXPECT_EQ(listed() == expected, keepsTime);
+    for (const CHistoryLog& log : m_catalogue.Logs())
+      if (log.samples > 2 && log.isOrdered) flip(log, true);  // as it was
+  }
+}
+
 TEST_F(Buckets, TheExampleOfADigestIsRight) {
   Log("a.rph", Names({"x"}), {{1'000'000'000'250, {1.5F}}, {1'000'000'060'000, {-2}}});
   const timespec written[2] = {{1'000'000'100, 0}, {1'000'000'100, 0}};

@@ -5,11 +5,13 @@
 #include <chrono>
 #include <system_error>
 
+#include "vastra/history/digest_file.h"
 #include "vastra/platform/file_system.h"
 
 namespace vastra {
 namespace {
 
+constexpr std::size_t kFewLogs = 16;  // for which no digest is opened
 constexpr std::string_view kLogEndings[] = {".rph", ".rpd"};
 
 bool IsLogFile(std::string_view name) {
@@ -106,11 +108,14 @@ void CCatalogueFolder::LookAtLogs(std::int64_t lookedAt, CNamesPool& pool) {
   std::vector<CHistoryLog> logs;
   logs.reserve(entries.size());
   std::size_t old = 0;
+  std::unique_ptr<CDigestReader> digest;
+  if (entries.size() > m_entries.size() + kFewLogs) digest = CDigestReader::Open(m_path);
   for (CFolderEntry& entry : entries) {
     while (old < m_entries.size() && m_entries[old].name < entry.name) ++old;
     const bool isKept = old < m_entries.size() && m_entries[old] == entry && !IsFresh(entry.status, lookedAt);
     int error = 0;
-    logs.push_back(isKept ? std::move(m_logs[old]) : LookAtLog(JoinPath(m_path, entry.name), pool, &error));
+    logs.push_back(isKept ? std::move(m_logs[old])
+                          : LookAtLog(JoinPath(m_path, entry.name), pool, &error, digest.get()));
     if (error == ENOENT)  // removed since it was listed
       logs.pop_back();
     else

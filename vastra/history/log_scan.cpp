@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <new>
 
+#include "vastra/history/digest_file.h"
 #include "vastra/platform/archive.h"
 
 namespace vastra {
@@ -27,11 +28,24 @@ bool SpanTimes(CProbedFile& file, const CLogLayout& layout, CHistoryLog& log) {
   return true;
 }
 
+// The same for times that are in order.
+bool SpanOrderedTimes(CProbedFile& file, const CLogLayout& layout, CHistoryLog& log) {
+  CTimesSpan span;
+  for (const std::uint64_t i : {std::uint64_t{0}, std::uint64_t{layout.samples} - 1}) {
+    _timeb time;
+    if (!file.Read(&time, sizeof time, layout.times + i * sizeof time)) return false;
+    if (i == 0) log.start = time;
+    span.Add(&time, 1);
+  }
+  span.PutTo(log);
+  return true;
+}
+
 CString CutFault(const CProbedFile& file) {
   return file.Error() ? file.Fault() : CString("was cut while it was read");
 }
 
-void LookInto(CProbedFile& file, CNamesPool& pool, CHistoryLog& log) {
+void LookInto(CProbedFile& file, CNamesPool& pool, const CDigestReader* digest, CHistoryLog& log) {
   auto layout = std::make_shared<CLogLayout>();
   if (!ReadLogLayout(file, ERecords::assumed, *layout, log.fault)) return;
   if (layout->nameCount > kMostNames) {
@@ -40,13 +54,17 @@ void LookInto(CProbedFile& file, CNamesPool& pool, CHistoryLog& log) {
   }
   std::string names(static_cast<std::size_t>(layout->namesSize), '\0');
   log.samples = layout->samples;
-  if (!file.Read(names.data(), names.size(), layout->names) || !SpanTimes(file, *layout, log)) {
-    log.samples = 0;
-    log.fault = CutFault(file);
+  bool isRead = file.Read(names.data(), names.size(), layout->names);
+  if (isRead) log.names = pool.Get(names, layout->nameCount);
+  const bool isInDigest = isRead && log.samples && digest && digest->Find(log);
+  isRead = isRead && (isInDigest ? SpanOrderedTimes : SpanTimes)(file, *layout, log);
+  if (isRead) {
+    log.layout = std::move(layout);
     return;
   }
-  log.names = pool.Get(names, layout->nameCount);
-  log.layout = std::move(layout);
+  log.names.reset();
+  log.samples = 0;
+  log.fault = CutFault(file);
 }
 
 }  // namespace
@@ -85,13 +103,13 @@ void CTimesSpan::PutTo(CHistoryLog& log) const {
   log.isOrdered = isOrdered;
 }
 
-CHistoryLog LookAtLog(const CString& path, CNamesPool& pool, int* error) {
+CHistoryLog LookAtLog(const CString& path, CNamesPool& pool, int* error, const CDigestReader* digest) {
   CProbedFile file(path);
   if (error) *error = file.IsOpen() ? 0 : file.Error();
-  return LookAtLog(path, file, pool);
+  return LookAtLog(path, file, pool, digest);
 }
 
-CHistoryLog LookAtLog(const CString& path, CProbedFile& file, CNamesPool& pool) {
+CHistoryLog LookAtLog(const CString& path, CProbedFile& file, CNamesPool& pool, const CDigestReader* digest) {
   CHistoryLog log;
   log.path = path;
   log.status = file.Status();
@@ -101,7 +119,7 @@ CHistoryLog LookAtLog(const CString& path, CProbedFile& file, CNamesPool& pool) 
     return log;
   }
   try {
-    LookInto(file, pool, log);
+    LookInto(file, pool, digest, log);
   } catch (const std::bad_alloc&) {
     log = {
         .path = path, .fault = "is too large for the memory", .size = file.Size(), .status = file.Status()};

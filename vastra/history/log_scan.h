@@ -8,6 +8,8 @@
 
 namespace vastra {
 
+class CDigestReader;
+
 // The lists of names of the logs that were looked at, each once: most logs of a folder have the same names.
 class CNamesPool {
  public:
@@ -32,9 +34,12 @@ struct CTimesSpan {
   void PutTo(CHistoryLog& log) const;  // whose samples are set
 };
 
-// The log at path. error, if not null, gets errno of a file that cannot be opened, else 0.
-CHistoryLog LookAtLog(const CString& path, CNamesPool& pool, int* error = nullptr);
+// The log at path. error, if not null, gets errno of a file that cannot be opened, else 0. digest: that of
+// the folder, or null. The times of a log that it has are in order: only the first and the last one are read.
+CHistoryLog LookAtLog(const CString& path, CNamesPool& pool, int* error = nullptr,
+                      const CDigestReader* digest = nullptr);
 // The same for a file that was opened at path.
-CHistoryLog LookAtLog(const CString& path, CProbedFile& file, CNamesPool& pool);
+CHistoryLog LookAtLog(const CString& path, CProbedFile& file, CNamesPool& pool,
+                      const CDigestReader* digest = nullptr);
 
 }  // namespace vastra
