@@ -10,6 +10,7 @@
 #include <QListWidget>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QSpinBox>
 
 #include <memory>
@@ -67,6 +68,15 @@ CNewLoggerPage::CNewLoggerPage(CNewLogger& logger, const char* title, const char
     : m_logger(logger) {
   setTitle(title);
   setSubTitle(subtitle);
+  m_body = new QWidget;
+  auto* area = new QScrollArea;
+  area->setFrameShape(QFrame::NoFrame);
+  area->setFocusPolicy(Qt::NoFocus);
+  area->setWidgetResizable(true);
+  area->setWidget(m_body);
+  auto* layout = new QVBoxLayout(this);
+  layout->setContentsMargins({});
+  layout->addWidget(area);
 }
 
 void CNewLoggerPage::AddField(QFormLayout& form, const char* caption, QWidget* field) {
@@ -120,7 +130,7 @@ CDevicePage::CDevicePage(CNewLogger& logger)
           "Which device is read? The simulator needs none. The settings of a real device are in the form "
           "of its driver; Test reads it once.") {
   m_drivers = new QComboBox;
-  auto* form = new QFormLayout(this);
+  auto* form = new QFormLayout(Body());
   AddField(*form, "&Device:", m_drivers);
   m_name = AddEdit(*form, "&Name:");
   m_values = AddNumber(*form, "N&umber of values:", 1, kMostVariables);
@@ -238,7 +248,7 @@ bool CDevicePage::validatePage() {
 
 CLogsPage::CLogsPage(CNewLogger& logger)
     : CNewLoggerPage(logger, "Logs", "How often is the device read, and when does a new log begin?") {
-  auto* form = new QFormLayout(this);
+  auto* form = new QFormLayout(Body());
   m_period = AddNumber(*form, "Scan &period:", 1, kLongestPeriod);
   m_period->setSuffix(" ms");
   m_end = new QComboBox;
@@ -297,7 +307,7 @@ bool CLogsPage::validatePage() {
 CNewSummaryPage::CNewSummaryPage(CNewLogger& logger)
     : CNewLoggerPage(logger, "Summary",
                      "A summary has one row for many samples. Its equations are written for you.") {
-  auto* layout = new QVBoxLayout(this);
+  auto* layout = new QVBoxLayout(Body());
   m_summarises = new QCheckBox("&Make a summary");
   layout->addWidget(m_summarises);
   m_fields = new QWidget;
@@ -355,7 +365,7 @@ CWritePage::CWritePage(CNewLogger& logger, CString home)
           "Where is the configuration? It and its folders are made now; a file that exists stays."),
       m_home(std::move(home)) {
   setCommitPage(true);
-  auto* layout = new QVBoxLayout(this);
+  auto* layout = new QVBoxLayout(Body());
   auto* line = new QHBoxLayout;
   auto* label = new QLabel("&Configuration:");
   m_path = new QLineEdit;
@@ -412,7 +422,7 @@ bool CWritePage::validatePage() {
 
 CWrittenPage::CWrittenPage(CNewLogger& logger)
     : CNewLoggerPage(logger, "Written", "The sheet of the configuration (Ctrl+E) can change all of it.") {
-  auto* layout = new QVBoxLayout(this);
+  auto* layout = new QVBoxLayout(Body());
   m_written = NewReport("Written");
   layout->addWidget(m_written);
   m_start = new QCheckBox("&Start the logger now");

@@ -24,6 +24,8 @@ class CNewLoggerPage : public QWizardPage {
   CNewLoggerPage(CNewLogger& logger, const char* title, const char* subtitle);
 
   CLoggerPlan& Plan() { return m_logger.plan; }
+  // What the page shows is in this widget, which is scrolled on a small screen.
+  QWidget* Body() { return m_body; }
   // A row of a form, with a label that leads to the field by its key.
   static void AddField(QFormLayout& form, const char* caption, QWidget* field);
   QLineEdit* AddEdit(QFormLayout& form, const char* caption);
@@ -36,6 +38,9 @@ class CNewLoggerPage : public QWizardPage {
   bool StartTest(bool repeats, CString& fault);
 
   CNewLogger& m_logger;
+
+ private:
+  QWidget* m_body;
 };
 
 class CDevicePage : public CNewLoggerPage {

@@ -77,7 +77,7 @@ CVariablesPage::CVariablesPage(CNewLogger& logger)
           logger, "Variables",
           "Each value of the device is a variable. The logs have the value times the scale; unit and "
           "comment are for people.") {
-  auto* layout = new QVBoxLayout(this);
+  auto* layout = new QVBoxLayout(Body());
   MakeTable();
   layout->addWidget(m_table);
   auto* buttons = new QHBoxLayout;
@@ -103,7 +103,7 @@ CVariablesPage::CVariablesPage(CNewLogger& logger)
 }
 
 void CVariablesPage::MakeTable() {
-  m_table = new QTableWidget(0, kRawColumn + 1, this);
+  m_table = new QTableWidget(0, kRawColumn + 1);
   m_table->setAccessibleName("Variables");
   RingOnFocus(*m_table);
   QStringList titles;

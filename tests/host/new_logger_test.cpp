@@ -53,12 +53,9 @@ TEST(VariableList, AListIsImportedOrEachFaultHasItsLine) {
   for (const auto& [list, use, rows, faults] : cases) {
     const CImportedRows found = ImportRows(list, use);
     EXPECT_EQ(RowTexts(found.rows), rows) << list;
-    const std::vector<std::string> expected = [&] {
-      std::vector<std::string> lines;
-      std::istringstream all(faults);
-      for (std::string line; std::getline(all, line);) lines.push_back(line);
-      return lines;
-    }();
+    std::vector<std::string> expected;
+    std::istringstream lines(faults);
+    for (std::string line; std::getline(lines, line);) expected.push_back(line);
     ASSERT_EQ(found.faults.size(), expected.size()) << list;
     for (std::size_t i = 0; i < expected.size(); ++i)
       EXPECT_EQ(found.faults[i].Std().substr(0, expected[i].size()), expected[i]) << list;
