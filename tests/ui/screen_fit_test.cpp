@@ -15,6 +15,7 @@ namespace vastra {
 namespace {
 
 constexpr CControl kLargeControls[] = {{CControl::edit, "First", {7, 7, 50, 14}},
+                                       {CControl::edit, "Second", {70, 7, 50, 14}},
                                        {CControl::frame, "Plot", {7, 30, 500, 700}},
                                        {CControl::button, "Last", {600, 760, 50, 14}}};
 constexpr CDialogTemplate kFixed = {"Large", {660, 780}, kLargeControls};
@@ -68,18 +69,18 @@ TEST_F(ScreenFit, ADialogLargerThanTheScreenScrollsToEachOfItsControls) {
     CLarge dialog(*model);
     ASSERT_TRUE(dialog.Create());
     QWidget* window = dialog.Widget();
-    auto* first = Find<QLineEdit>(window, "First");
-    first->setFocus();
+    auto* edit = Find<QLineEdit>(window, "Second");  // the first one would get the focus anyway
+    edit->setFocus();
     const QRect button = Find<QAbstractButton>(window, "Last")->geometry();
     dialog.ShowWindow(SW_SHOW);
     QTest::qWait(400);
     EXPECT_TRUE(Free().contains(window->frameGeometry()));
-    EXPECT_TRUE(first->hasFocus()) << "the focus is lost";
+    EXPECT_TRUE(edit->hasFocus()) << "the focus is lost";
     EXPECT_TRUE(dialog.painted);
     EXPECT_EQ(Find<QAbstractButton>(window, "Last")->geometry(), button) << "the layout has changed";
-    EXPECT_TRUE(IsSeen(first));
+    EXPECT_TRUE(IsSeen(edit));
     EXPECT_FALSE(IsSeen(Find<QAbstractButton>(window, "Last")));
-    QTest::keyClick(first, Qt::Key_Tab);
+    QTest::keyClick(edit, Qt::Key_Tab);
     EXPECT_TRUE(IsSeen(Find<QAbstractButton>(window, "Last"))) << "the focus is not in sight";
     QTest::mouseClick(dialog.Client(), Qt::LeftButton, {}, QPoint(700, 1000));
     EXPECT_EQ(dialog.clicked, (CPoint{700, 1000}));

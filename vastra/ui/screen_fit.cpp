@@ -78,7 +78,6 @@ QSize LeastSize(const QWidget& window) {
 
 // Moves the children of window, which have places but no layout, into contents.
 void MoveChildren(QWidget& window, QWidget& contents) {
-  const QPointer<QWidget> focus = window.focusWidget();
   for (QWidget* child : window.findChildren<QWidget*>(Qt::FindDirectChildrenOnly)) {
     if (child->isWindow()) continue;
     const bool isHidden = child->isHidden();
@@ -88,7 +87,6 @@ void MoveChildren(QWidget& window, QWidget& contents) {
   contents.setMinimumSize(window.minimumSize());
   contents.setMaximumSize(window.maximumSize());
   contents.setAttribute(Qt::WA_OpaquePaintEvent, window.testAttribute(Qt::WA_OpaquePaintEvent));
-  if (focus) focus->setFocus();
 }
 
 // Returns the widget that has the contents of window from now on, in area.
@@ -115,6 +113,7 @@ QWidget* TakeContents(QWidget& window, QScrollArea& area) {
 void Scroll(QWidget& window, QSize room) {
   const bool isFixed = window.minimumSize() == window.maximumSize();
   const QSize wanted = isFixed ? window.size() : LeastSize(window);
+  const QPointer<QWidget> focus = window.focusWidget();  // a change of the parent ends the focus
   auto* area = new CScrolledContents;
   QWidget* contents = TakeContents(window, *area);
   const QSize bars(area->verticalScrollBar()->sizeHint().width(),
@@ -125,6 +124,7 @@ void Scroll(QWidget& window, QSize room) {
   window.setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
   window.resize(size.cx, size.cy);
   if (isFixed) window.setFixedSize(size.cx, size.cy);
+  if (focus) focus->setFocus();
   if (!contents) return;
   CContentsMoved moved(*contents);
   QCoreApplication::sendEvent(&window, &moved);
