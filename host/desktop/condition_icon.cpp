@@ -52,6 +52,12 @@ constexpr CSign kSigns[] = {{0xFF8A8A8A, DrawDash},
                             {0xFFE09000, DrawTriangle},
                             {0xFFD03B3B, DrawCross}};
 
+constexpr CSign kStartSign = {0xFF2E9E4F,
+                              [](QPainter&painter) {
+                                painter.drawPolygon(QPolygonF({{3, 1}, {15, 8}, {3, 15}}));
+                              }},
+                kStopSign = {0xFFD03B3B, [](QPainter&painter) { painter.drawRect(QRectF(2, 2, 12, 12)); }};
+
 QPixmap Draw(const CSign& sign, int size) {
   QPixmap pixmap(size, size);
   pixmap.fill(Qt::transparent);
@@ -64,13 +70,18 @@ QPixmap Draw(const CSign& sign, int size) {
   return pixmap;
 }
 
-}  // namespace
-
-QIcon IconOf(ECondition condition) {
+QIcon DrawIcon(const CSign& sign) {
   QIcon icon;
-  for (const int size : {16, 24, 32, 48, 64})
-    icon.addPixmap(Draw(kSigns[static_cast<std::size_t>(condition)], size));
+  for (const int size : {16, 24, 32, 48, 64}) icon.addPixmap(Draw(sign, size));
   return icon;
 }
+
+}  // namespace
+
+QIcon IconOf(ECondition condition) { return DrawIcon(kSigns[static_cast<std::size_t>(condition)]); }
+
+QIcon StartIcon() { return DrawIcon(kStartSign); }
+
+QIcon StopIcon() { return DrawIcon(kStopSign); }
 
 }  // namespace vastra

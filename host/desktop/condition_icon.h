@@ -8,5 +8,8 @@
 namespace vastra {
 
 QIcon IconOf(ECondition condition);
+// Of the actions that start and stop the logger.
+QIcon StartIcon();
+QIcon StopIcon();
 
 }  // namespace vastra

@@ -4,9 +4,9 @@
 #include <QMenuBar>
 #include <QProgressBar>
 #include <QStatusBar>
-#include <QStyle>
 #include <QToolBar>
 
+#include "host/desktop/condition_icon.h"
 #include "host/desktop/help_window.h"
 #include "host/desktop/main_window.h"
 
@@ -78,8 +78,8 @@ void CMainWindow::MakeRunMenu() {
   m_replayWrites = run->addAction("Replay &Writes to PLCs");
   m_replayWrites->setToolTip("Let the next start of a replay write to the PLCs of the configuration");
   m_replayWrites->setCheckable(true);
-  m_start->setIcon(style()->standardIcon(QStyle::SP_MediaPlay));
-  m_stop->setIcon(style()->standardIcon(QStyle::SP_MediaStop));
+  m_start->setIcon(StartIcon());
+  m_stop->setIcon(StopIcon());
 }
 
 void CMainWindow::MakeWindowMenu() {
