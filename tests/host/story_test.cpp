@@ -1,5 +1,5 @@
-// Whole stories of the desktop, from the main window on, by captions, mouse and keys. They run without a screen
-// and, as the test "screen", in real windows of X.
+// Whole stories of the desktop, from the main window on, by captions, mouse and keys. They run without a
+// screen and, as the test "screen", in real windows of X.
 #include <QLineEdit>
 #include <QMimeData>
 #include <QPlainTextEdit>
@@ -76,11 +76,12 @@ TEST_F(Story, AFirstLoggerAndItsMovingChart) {
   const auto isWritten = [](QWidget* assistant) {
     EXPECT_TRUE(Find<QPlainTextEdit>(assistant, "Written")->toPlainText().contains("Kiln.json"));
   };
-  user.Run([&] { return ActionOf(window, "New Logger...")->trigger(), 1; },
-           {"Name=Kiln / &Next >",
-            [](QWidget* assistant) { Find<QTableWidget>(assistant, "Variables")->item(0, 0)->setText("Heat"); },
-            "&Next >", [](QWidget* assistant) { Find<QSpinBox>(assistant, "Scan period")->setValue(20); },
-            "&Next > / &Next > / &Write", isWritten, "&Finish"});
+  user.Run(
+      [&] { return ActionOf(window, "New Logger...")->trigger(), 1; },
+      {"Name=Kiln / &Next >",
+       [](QWidget* assistant) { Find<QTableWidget>(assistant, "Variables")->item(0, 0)->setText("Heat"); },
+       "&Next >", [](QWidget* assistant) { Find<QSpinBox>(assistant, "Scan period")->setValue(20); },
+       "&Next > / &Next > / &Write", isWritten, "&Finish"});
   ASSERT_TRUE(Wait([&] { return HasStatus(window, "Running"); }));
   window.activateWindow();
   ASSERT_TRUE(Wait([&] { return window.isActiveWindow(); }));
@@ -156,7 +157,8 @@ TEST_F(Story, WhatHappenedOnTuesdayNight) {
   for (int day = 0; day < 7; ++day) {
     std::vector<CTestRow> rows;
     for (CMoment moment = kMonday + day * kDay; moment < kMonday + (day + 1) * kDay; moment += kMinute)
-      rows.push_back({moment, {moment == kHot ? 990.F : 850.F + static_cast<float>(moment / kMinute % 7), 1}});
+      rows.push_back(
+          {moment, {moment == kHot ? 990.F : 850.F + static_cast<float>(moment / kMinute % 7), 1}});
     const CString name = "week/" + CString(std::to_string(day)) + ".rph";
     WriteBytes(m_dir / name, Written(Names({"Temp", "Lid"}), StoreOf(rows)));
   }
