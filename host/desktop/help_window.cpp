@@ -188,9 +188,12 @@ bool CHelp::eventFilter(QObject* object, QEvent* event) {
   return true;
 }
 
-// A modal dialog blocks all windows but its own: its help belongs to it.
+// A modal dialog blocks all windows but its own: its help belongs to it. One that is over the help, as a box
+// that came while the help was active, has none.
 void CHelp::Show(const QWidget* window) {
   QWidget* dialog = QApplication::activeModalWidget();
+  for (const QWidget* owner = dialog; owner && m_window; owner = owner->parentWidget())
+    if (owner == m_window) return;
   if (m_window && m_window->parentWidget() != dialog) delete m_window.data();
   if (!m_window) m_window = new CHelpWindow(dialog);
   m_window->show();
