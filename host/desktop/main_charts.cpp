@@ -48,9 +48,8 @@ void CMainWindow::dropEvent(QDropEvent* event) {
   event->acceptProposedAction();
   if (AreLogs(paths)) return OpenLogs(paths);
   if (!IsOneFile(paths)) return;
-  const CString path = paths.front();
   // The program that the file comes from waits for the end of the drop, and a question can last long.
-  QTimer::singleShot(0, this, [this, path] {
+  QTimer::singleShot(0, this, [this, path = paths.front()] {
     if (m_open->isEnabled() && !HasOpenDialog() && MayLoseChanges()) Open(path);
   });
 }

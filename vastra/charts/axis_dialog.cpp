@@ -42,14 +42,14 @@ CAxisDialog::CAxisDialog(const QString& title, const CChartAxis& axis, QWidget* 
   layout->addLayout(form);
   layout->addWidget(m_fault);
   layout->addWidget(buttons);
-  connect(buttons, &QDialogButtonBox::accepted, this, [this] { Accept(); });
+  connect(buttons, &QDialogButtonBox::accepted, this, [this] { TakeRange(); });
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
   // A number that is typed is a fixed range.
   for (QLineEdit* edit : {m_low, m_high})
     connect(edit, &QLineEdit::textEdited, m_automatic, [this] { m_automatic->setChecked(false); });
 }
 
-void CAxisDialog::Accept() {
+void CAxisDialog::TakeRange() {
   CAxisRange range;
   m_axis.isAutomatic = m_automatic->isChecked();
   if (m_axis.isAutomatic) return accept();

@@ -19,7 +19,7 @@ class CAxisDialog : public QDialog {
   const CChartAxis& Axis() const { return m_axis; }
 
  private:
-  void Accept();
+  void TakeRange();
 
   CChartAxis m_axis;
   QCheckBox* m_automatic;

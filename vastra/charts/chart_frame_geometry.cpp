@@ -33,8 +33,9 @@ void LayOutLegend(const CFrameRequest& request, CChartFrame& frame) {
   const std::size_t shown = request.curves <= places ? request.curves : places - 1;
   const double name = std::max(item - line - value - 3 * gap, 0.0);
   const auto place = [&](std::size_t i) {
+    const std::size_t placeRow = i / columns;
     return CChartBox{font.character + static_cast<double>(i % columns) * item,
-                     font.line * 0.25 + static_cast<double>(i / columns) * row, item, row};
+                     font.line * 0.25 + static_cast<double>(placeRow) * row, item, row};
   };
   for (std::size_t i = 0; i < shown; ++i) {
     const CChartBox all = place(i);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 #include <optional>
 
 #include "vastra/charts/chart_colour_rules.h"
@@ -10,10 +11,12 @@
 namespace vastra {
 namespace {
 
-constexpr double kReadable = 0.1;  // the part of an axis that a curve needs
+constexpr double kReadable = 0.2;  // the part of an axis that a curve needs
+
+constexpr double kEndless = std::numeric_limits<double>::infinity();
 
 struct CExtremes {
-  double least = INFINITY, greatest = -INFINITY;
+  double least = kEndless, greatest = -kEndless;
 
   void Add(const CCurveFacts& facts) {
     if (!facts.hasValues) return;
@@ -28,7 +31,7 @@ struct CExtremes {
 double Flatness(const CChartLayout& layout, const std::vector<CCurveFacts>& facts, int id,
                 std::size_t added) {
   CExtremes all;
-  double shortest = INFINITY;
+  double shortest = kEndless;
   for (std::size_t i = 0; i < layout.curves.size(); ++i) {
     if (layout.curves[i].axis != id && i != added) continue;
     all.Add(facts[i]);

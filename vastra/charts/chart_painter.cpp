@@ -186,11 +186,11 @@ void CChartPainter::PaintTimeAxis(QPainter& painter, const CChartState& state) c
     free = x + width / 2 + metrics.averageCharWidth();
   }
   const QString zone = ToScreen(m_time.zone);
-  const double right = std::max(plot.Right(), plot.left) - metrics.horizontalAdvance(zone);
+  const double right = m_frame.time.width - metrics.horizontalAdvance(zone) - metrics.averageCharWidth();
   painter.setPen(m_ink.dim);
   if (right > plot.left)
     painter.drawText(QPointF(right, plot.Bottom() + kTickLength + 2 + m_line + metrics.ascent()), zone);
-  PaintContexts(painter, scale, std::min(right, plot.Right()) - 2 * metrics.averageCharWidth());
+  PaintContexts(painter, scale, right - metrics.averageCharWidth());
 }
 
 // The second line of the time axis, up to right. The text at the beginning gives way to the one after it.
@@ -221,7 +221,7 @@ void CChartPainter::PaintValueAxis(QPainter& painter, const CChartState& state, 
   const bool isLeft = IsLeftAxis(place);
   const double x = isLeft ? box.Right() - 1 : box.left, gap = metrics.averageCharWidth() * 0.7;
   const int side = isLeft ? -1 : 1;
-  const int flags = (isLeft ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter;
+  const int flags = int{isLeft ? Qt::AlignRight : Qt::AlignLeft} | int{Qt::AlignVCenter};
   painter.setPen(QPen(Blend(axis.colour, m_ink.base, 0.7F), 1));
   DrawLine(painter, x, box.top, x, box.Bottom());
   for (const CValueTick& tick : axis.ticks) {

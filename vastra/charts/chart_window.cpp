@@ -23,6 +23,7 @@
 namespace vastra {
 namespace {
 
+constexpr int kNoteTime = 10'000;            // milliseconds
 constexpr int kTakePause = 40;               // milliseconds between two looks at the data
 constexpr CMoment kFollowedLength = 60'000;  // milliseconds that a chart of a logger begins with
 constexpr std::size_t kMostFaults = 20;      // that are listed
@@ -36,6 +37,8 @@ CChartWindow::CChartWindow() {
   MakeMenus();
   m_take.setSingleShot(true);
   connect(&m_take, &QTimer::timeout, this, [this] { TakeData(); });
+  m_noteEnd.setSingleShot(true);
+  connect(&m_noteEnd, &QTimer::timeout, this, [this] { Note({}); });
   m_taken.start();
   m_data = std::make_unique<CChartData>([this] { NoteChange(); });
   ShowHint();
@@ -134,8 +137,7 @@ void CChartWindow::AddCurves(const std::vector<CString>& variables) {
     for (const CString& variable : variables) state.Add(variable);
   });
   if (m_view->State().Layout().curves.size() >= kMostCurves)
-    m_note = QString("A chart has %1 curves at most").arg(kMostCurves);
-  ShowStatus();
+    Note(QString("A chart has %1 curves at most").arg(kMostCurves));
 }
 
 // After anything that the user has done.
@@ -231,8 +233,8 @@ void CChartWindow::TakeExport() {
   m_cancel->setVisible(state.isRunning);
   if (state.isRunning) return;
   const CString path = std::exchange(m_exportPath, CString());
-  m_note = state.fault.IsEmpty() ? ToScreen(path + " was written") : ToScreen(path + ": " + state.fault);
-  if (!state.fault.IsEmpty()) QMessageBox::warning(this, "Export", m_note);
+  if (state.fault.IsEmpty()) return Note(ToScreen(path + " was written"));
+  QMessageBox::warning(this, "Export", ToScreen(path + ": " + state.fault));
 }
 
 // What the plot says while it has nothing to show.
@@ -271,6 +273,13 @@ void CChartWindow::ShowStatus() {
   const std::size_t faults = m_data->Faults().size();
   m_faults->setVisible(faults > 0);
   m_faults->setText(QString("%1 %2 not read").arg(faults).arg(faults == 1 ? "log" : "logs"));
+}
+
+// The result of an operation, for a while.
+void CChartWindow::Note(const QString& note) {
+  m_note = note;
+  if (!note.isEmpty()) m_noteEnd.start(kNoteTime);
+  ShowStatus();
 }
 
 void CChartWindow::ShowFaults() {

@@ -75,6 +75,7 @@ class VASTRA_API CChartWindow : public QMainWindow {
   void ShowHint();
   void ShowStatus();
   void ShowFaults();
+  void Note(const QString& note);
   void MarkVariables();
 
   void EditAxis(int axis);
@@ -94,7 +95,7 @@ class VASTRA_API CChartWindow : public QMainWindow {
   QPushButton *m_faults, *m_cancel;
   QList<CChartCommand> m_commands;
   QMenu *m_axisMenu = nullptr, *m_colourMenu = nullptr, *m_curveMenu = nullptr;
-  QTimer m_take;
+  QTimer m_take, m_noteEnd;
   QElapsedTimer m_taken;  // since the last look at the data
   std::atomic<bool> m_isNoted = false;
 

@@ -193,17 +193,15 @@ void CChartWindow::AskForFolder() {
 
 void CChartWindow::CopyPicture() {
   QGuiApplication::clipboard()->setImage(ChartImage(*m_view, m_view->devicePixelRatioF()));
-  m_note = "The picture was copied";
-  ShowStatus();
+  Note("The picture was copied");
 }
 
 void CChartWindow::SavePicture() {
   CString path;
   if (!ChooseFile(SaveQuestion(kPictureFilter, "png"), path)) return;
   const CString fault = SaveChartPicture(*m_view, path);
-  if (!fault.IsEmpty()) AfxMessageBox(fault);
-  m_note = fault.IsEmpty() ? ToScreen(path + " was written") : QString();
-  ShowStatus();
+  if (!fault.IsEmpty()) return void(AfxMessageBox(fault));
+  Note(ToScreen(path + " was written"));
 }
 
 void CChartWindow::SaveLayout() {
@@ -212,11 +210,10 @@ void CChartWindow::SaveLayout() {
   const QByteArray text = LayoutText(m_view->State().StoredLayout());
   try {
     SaveFile(path, [&](CFile& file) { file.Write(text.constData(), static_cast<UINT>(text.size())); });
-    m_note = ToScreen(path + " was written");
+    Note(ToScreen(path + " was written"));
   } catch (const CFileException& fault) {
     AfxMessageBox(path + ": " + fault.Text());
   }
-  ShowStatus();
 }
 
 void CChartWindow::LoadLayout() {

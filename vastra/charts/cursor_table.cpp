@@ -56,7 +56,6 @@ CCursorTable::CCursorTable(QWidget* parent)
   m_table->setEditTriggers(QAbstractItemView::NoEditTriggers);
   m_table->setSelectionBehavior(QAbstractItemView::SelectRows);
   m_table->setShowGrid(false);
-  m_table->setAlternatingRowColors(true);
   m_table->setWordWrap(false);
   m_table->setTabKeyNavigation(false);
   m_table->verticalHeader()->hide();
@@ -64,10 +63,11 @@ CCursorTable::CCursorTable(QWidget* parent)
   m_table->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + fontMetrics().height() / 3);
   m_table->horizontalHeader()->setHighlightSections(false);
   m_table->horizontalHeader()->setDefaultAlignment(Qt::AlignRight | Qt::AlignVCenter);
-  m_table->horizontalHeader()->setSectionResizeMode(figureName, QHeaderView::Stretch);
+  m_table->setColumnWidth(figureName, fontMetrics().averageCharWidth() * 20);
+  m_table->horizontalHeader()->setStretchLastSection(true);
   m_table->horizontalHeaderItem(figureName)->setTextAlignment(Qt::AlignLeft | Qt::AlignVCenter);
   for (int column = figureA; column <= figureCount; ++column)
-    m_table->setColumnWidth(column, fontMetrics().averageCharWidth() * 15);
+    m_table->setColumnWidth(column, fontMetrics().averageCharWidth() * 13);
   auto* copy = new QAction("&Copy", m_table);
   copy->setShortcut(QKeySequence::Copy);
   copy->setShortcutContext(Qt::WidgetShortcut);

@@ -245,7 +245,8 @@ CMoment CChartClock::MomentOf(CMoment shown) const {
 // Zones without a name of letters are called by their offset alone.
 CString CChartClock::ZoneAt(CMoment moment) const {
   if (m_isUtc) return "UTC";
-  const CString name = ZoneName(moment), offset = OffsetText(OffsetAt(moment));
+  const CString offset = OffsetText(OffsetAt(moment));
+  CString name = ZoneName(moment);
   if (name == "UTC") return name;
   const bool hasLetters = !name.IsEmpty() && name[0] != '+' && name[0] != '-';
   return hasLetters ? name + ", " + offset : offset;
