@@ -181,14 +181,12 @@ class CPlanWriter {
     auto summary = std::make_unique<CSummaryConfig>();
     CFreeNames names(m_plan);
     names.Take(m_alive);
-    const CString steps(std::to_string(StepsOfSummary(m_plan))),
-        tick = names.Take("Tick"), step = names.Take("Step"), count = names.Take("Samples"),
-        span = SpanText(m_plan.summarySeconds);
+    const CString steps(std::to_string(StepsOfSummary(m_plan)));
     SetEquations(
-        Filled(
-            "TICK = TICK == STEPS ? 1 : TICK + 1;\r\nSampleIsValid = 1;\r\nWriteToSummary = TICK == STEPS;",
-            {{"TICK", tick}, {"STEPS", steps}}),
+        Filled("TICK = TICK == N ? 1 : TICK + 1;\r\nSampleIsValid = 1;\r\nWriteToSummary = TICK == N;",
+               {{"TICK", names.Take("Tick")}, {"N", steps}}),
         summary->m_enableText, summary->m_enableEquations);
+    const CString step = names.Take("Step"), count = names.Take("Samples");
     CString text = Filled("STEP = STEP == N ? 1 : STEP + 1;\r\nCOUNT = (STEP == 1 ? 0 : COUNT) + ALIVE;",
                           {{"STEP", step}, {"N", steps}, {"COUNT", count}, {"ALIVE", m_alive}});
     for (const CString& name : m_names) {
@@ -196,27 +194,35 @@ class CPlanWriter {
       for (const int index : m_plan.functions) {
         const CSummaryFunction& function = kSummaryFunctions[index];
         const CString result = names.Take(name + "_" + function.name);
-        text +=
-            "\r\n" +
-            Filled(
-                function.equation,
-                {{"RESULT", result}, {"VALUE", name}, {"ALIVE", m_alive}, {"STEP", step}, {"COUNT", count}});
         summary->m_varNames.Add(result);
-        const auto note = m_configuration.m_variables.find(name);
-        const CString unit = note == m_configuration.m_variables.end() ? CString() : note->second.m_unit;
-        m_configuration.m_variables[result] = {unit, CString(function.name) + " of " + name + " in " + span};
+        NoteResult(result, name, function.name);
+        text += "\r\n";
+        text += Filled(
+            function.equation,
+            {{"RESULT", result}, {"VALUE", name}, {"ALIVE", m_alive}, {"STEP", step}, {"COUNT", count}});
       }
     }
     summary->m_varNames.Add(count);
     m_configuration.m_variables[count] = {"", "samples in a row of the summary"};
     SetEquations(text, summary->m_summaryText, summary->m_summaryEquations);
-    summary->m_name = "A row each " + span;
-    summary->m_saveRp = m_plan.saveRp;
-    summary->m_saveCsv = m_plan.saveCsv;
-    summary->m_maxSummaries = kMostKeptLogs;
-    summary->m_retention = {static_cast<double>(m_plan.keepDays), 0, kFreeBytes};
-    summary->m_directory = FolderOf(m_plan, m_plan.summaryFolder);
+    SetFiles(*summary);
     m_configuration.m_summaries.m_summaries.AddTail(summary.release());
+  }
+
+  void NoteResult(const CString& result, const CString& name, const char* function) {
+    const auto note = m_configuration.m_variables.find(name);
+    const CString unit = note == m_configuration.m_variables.end() ? CString() : note->second.m_unit;
+    m_configuration.m_variables[result] = {
+        unit, CString(function) + " of " + name + " in " + SpanText(m_plan.summarySeconds)};
+  }
+
+  void SetFiles(CSummaryConfig& summary) const {
+    summary.m_name = "A row each " + SpanText(m_plan.summarySeconds);
+    summary.m_saveRp = m_plan.saveRp;
+    summary.m_saveCsv = m_plan.saveCsv;
+    summary.m_maxSummaries = kMostKeptLogs;
+    summary.m_retention = {static_cast<double>(m_plan.keepDays), 0, kFreeBytes};
+    summary.m_directory = FolderOf(m_plan, m_plan.summaryFolder);
   }
 
   const CLoggerPlan& m_plan;
