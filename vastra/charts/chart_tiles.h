@@ -20,7 +20,9 @@ struct CTilePlace {
   std::int64_t index = 0;
 
   static CTilePlace Of(CMoment moment, int level) { return {level, moment >> (level + kTileBits)}; }
-  auto operator<=>(const CTilePlace&) const = default;
+  bool operator<(const CTilePlace& other) const {
+    return level != other.level ? level < other.level : index < other.index;
+  }
   CMomentRange Range() const { return {index << (level + kTileBits), (index + 1) << (level + kTileBits)}; }
 };
 

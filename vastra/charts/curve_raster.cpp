@@ -2,12 +2,15 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
+#include <utility>
 
 namespace vastra {
 namespace {
 
 constexpr int kColumns = 64;      // of the ring; a line that is not finished is narrower
 constexpr float kMostWidth = 16;  // of a line
+constexpr float kFlat = 3;        // pixels; a column that is lower is a piece of a line
 constexpr int kMostSlices = 8;    // of a line in a column
 constexpr float kFar = 1e6F;      // pixels; farther places are moved there
 constexpr float kLeast = 1.0F / 512;
@@ -27,12 +30,16 @@ std::uint32_t Mixed(std::uint32_t a, std::uint32_t b, std::uint32_t share) {
 }  // namespace
 
 void CCurveRaster::Draw(const CPixels& pixels, const CRect& clip, std::span<const CCurveStep> steps,
-                        const CPlotScale& scale, double width, std::uint32_t colour) {
+                        const CPlotScale& scale, double width, std::uint32_t colour,
+                        std::span<const float> dashes) {
   if (clip.Width() <= 0 || clip.Height() <= 0) return;
   m_pixels = pixels;
   m_clip = clip;
   m_colour = colour;
   m_halfWidth = std::min(static_cast<float>(width), kMostWidth) / 2;
+  m_dashes = dashes;
+  m_dashLength = std::accumulate(dashes.begin(), dashes.end(), 0.0F);
+  m_way = 0;
   m_covers.resize(kColumns);
   const auto height = static_cast<std::size_t>(clip.Height()) + 2;
   for (CCover& cover : m_covers)
@@ -50,10 +57,19 @@ void CCurveRaster::DrawSteps(std::span<const CCurveStep> steps, const CPlotScale
     return Near(scale.left + static_cast<double>(moment - scale.range.from) * perMoment);
   };
   const auto y = [=](float value) { return Near(zero - static_cast<double>(value) * perValue); };
+  const auto pixel = static_cast<CMoment>(1 / perMoment);  // how long one is
+  CCurveStep whole;                                        // of the column
   CColumn column, before;
+  CMoment end = 0;  // of the column
   bool hasColumn = false, hasBefore = false, isJoined = true;
   const auto draw = [&] {
     if (!hasColumn) return;
+    column.right = whole.to == whole.from ? column.left : x(whole.to);
+    column.first = y(whole.first);
+    column.isDense = whole.values > 1;
+    column.last = column.isDense ? y(whole.last) : column.first;
+    column.top = column.isDense ? y(whole.greatest) : column.first;
+    column.bottom = column.isDense ? y(whole.least) : column.first;
     Draw(column, hasBefore ? &before : nullptr);
     before = column;
     hasBefore = true;
@@ -64,26 +80,22 @@ void CCurveRaster::DrawSteps(std::span<const CCurveStep> steps, const CPlotScale
       isJoined = false;  // no line leads over a stretch without values
       continue;
     }
-    const float left = x(step.from), right = step.to == step.from ? left : x(step.to);
-    if (hasColumn && isJoined && static_cast<int>(left) == column.pixel && right < left + 1) {
-      column.right = right;
-      column.last = y(step.last);
-      column.top = std::min(column.top, y(step.greatest));
-      column.bottom = std::max(column.bottom, y(step.least));
-      column.isDense = true;
-    } else {
-      draw();
-      const bool isDense = step.values > 1;
-      const float first = y(step.first);
-      column = {static_cast<int>(left), left, right, first, first, first, first, isDense, isJoined};
-      if (isDense) {
-        column.last = y(step.last);
-        column.top = y(step.greatest);
-        column.bottom = y(step.least);
-      }
-      hasColumn = true;
+    if (hasColumn && isJoined && step.from < end && step.to < end + pixel) {
+      whole.to = step.to;
+      whole.last = step.last;
+      whole.least = std::min(whole.least, step.least);
+      whole.greatest = std::max(whole.greatest, step.greatest);
+      whole.values = 2;
+      continue;
     }
-    isJoined = true;
+    draw();
+    whole = step;
+    column.left = x(step.from);
+    column.pixel = static_cast<int>(column.left);
+    column.isJoined = isJoined;
+    end = scale.range.from +
+          static_cast<CMoment>(std::ceil((static_cast<double>(column.pixel + 1) - scale.left) / perMoment));
+    hasColumn = isJoined = true;
   }
   draw();
 }
@@ -102,7 +114,14 @@ void CCurveRaster::Draw(const CColumn& column, const CColumn* before) {
     FinishBefore(static_cast<int>(before->right - 2 * m_halfWidth) - 2);
     AddLine(before->right, before->last, column.left, column.first);
   }
-  if (column.isDense) Fill(from, static_cast<int>(column.right) + 1, top - m_halfWidth, bottom + m_halfWidth);
+  if (!column.isDense) return;
+  if (!m_dashes.empty()) {
+    const float fromX = isBeside ? before->right : column.left,
+                fromY = isBeside ? before->last : column.first;
+    m_way = std::fmod(m_way + std::hypot(column.right - fromX, column.last - fromY), m_dashLength);
+    if (bottom - top < kFlat && !IsDrawnAt(m_way)) return;
+  }
+  Fill(from, static_cast<int>(column.right) + 1, top - m_halfWidth, bottom + m_halfWidth);
 }
 
 void CCurveRaster::Fill(int left, int right, float top, float bottom) {
@@ -127,6 +146,7 @@ void CCurveRaster::Fill(int left, int right, float top, float bottom) {
 void CCurveRaster::AddLine(float fromX, float fromY, float toX, float toY) {
   const float run = toX - fromX, rise = toY - fromY, length = std::hypot(run, rise);
   if (length < kLeast) return;
+  const float way = std::exchange(m_way, m_dashes.empty() ? 0 : std::fmod(m_way + length, m_dashLength));
   const float half = m_halfWidth, beside = half * std::abs(rise) / length, above = half * run / length;
   const float top = std::min(fromY, toY) - above, bottom = std::max(fromY, toY) + above;
   const float left = std::max(fromX - beside, static_cast<float>(m_clip.left)),
@@ -142,10 +162,22 @@ void CCurveRaster::AddLine(float fromX, float fromY, float toX, float toY) {
                                      static_cast<float>(slices));
     if (next <= at) break;
     const float middle = fromY + ((at + next) / 2 - fromX) * slope;
-    AddSpan(static_cast<int>(column), next - at, std::max(top, middle - high),
-            std::min(bottom, middle + high));
+    if (m_dashes.empty() || IsDrawnAt(way + ((at + next) / 2 - fromX) / run * length))
+      AddSpan(static_cast<int>(column), next - at, std::max(top, middle - high),
+              std::min(bottom, middle + high));
     at = next;
   }
+}
+
+bool CCurveRaster::IsDrawnAt(float way) const {
+  way = std::fmod(std::max(way, 0.0F), m_dashLength);
+  bool isDrawn = true;
+  for (const float dash : m_dashes) {
+    if (way < dash) break;
+    way -= dash;
+    isDrawn = !isDrawn;
+  }
+  return isDrawn;
 }
 
 void CCurveRaster::AddBar(float left, float right, float top, float bottom) {

@@ -13,9 +13,10 @@ namespace vastra {
 class VASTRA_API CCurveRaster {
  public:
   // Draws the lines of a curve, as wide as width. scale is in pixels, and clip within the picture. colour: a
-  // word of the picture, opaque.
+  // word of the picture, opaque. dashes: of lines, in pixels, a drawn part and the space after it in turn,
+  // all above 0; empty: none. High columns of many values have no spaces.
   void Draw(const CPixels& pixels, const CRect& clip, std::span<const CCurveStep> steps,
-            const CPlotScale& scale, double width, std::uint32_t colour);
+            const CPlotScale& scale, double width, std::uint32_t colour, std::span<const float> dashes = {});
 
  private:
   // What lies in a column of pixels, or a coarse step that is wider.
@@ -36,6 +37,7 @@ class VASTRA_API CCurveRaster {
   void Draw(const CColumn& column, const CColumn* before);
   void Fill(int left, int right, float top, float bottom);
   void AddLine(float fromX, float fromY, float toX, float toY);
+  bool IsDrawnAt(float way) const;
   void AddBar(float left, float right, float top, float bottom);
   void AddSpan(int column, float part, float top, float bottom);
   void FinishBefore(int column);
@@ -46,6 +48,9 @@ class VASTRA_API CCurveRaster {
   CPixels m_pixels = {};
   CRect m_clip;
   float m_halfWidth = 0;
+  std::span<const float> m_dashes;
+  float m_dashLength = 0;  // of all dashes together
+  float m_way = 0;         // length of the lines so far
   std::uint32_t m_colour = 0;
 };
 
