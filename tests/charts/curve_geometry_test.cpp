@@ -49,18 +49,23 @@ TEST(CurveGeometry, AFewValuesAreLinesWithMarks) {
   EXPECT_EQ(curve.Away()[0].right, 450) << "the node is away until the next row";
 }
 
-// Two rows far outside of a range of ten milliseconds: the line has its slope where it crosses the plot.
+// Two rows far outside of a range of ten milliseconds, and two with values far outside of the axis: the line
+// has its slope where it crosses the plot.
 TEST(CurveGeometry, LinesFromFarAwayKeepTheirDirection) {
-  CPlotScale plot = kPlot;
-  plot.range = {500'000'000, 500'000'010};
-  plot.values = {49.9999, 50.0001};
-  CCurveGeometry curve;
-  curve.Build(std::vector{Row(0, 0, false), Row(1'000'000'000, 100)}, plot, kLine);
-  ASSERT_EQ(curve.Lines().size(), 1U);
-  const CPlotPoint &a = curve.Points()[0], &b = curve.Points()[1];
-  const double y = a.y + (plot.X(500'000'000) - a.x) * (b.y - a.y) / (b.x - a.x);
-  EXPECT_NEAR(y, plot.Y(50), 0.01);
-  for (const CPlotPoint& point : curve.Points()) EXPECT_LT(std::abs(point.x) + std::abs(point.y), 20000);
+  const std::pair<CMomentRange, CMoment> kCases[] = {{{500'000'000, 500'000'010}, 1'000'000'000},
+                                                     {{0, 1000}, 1000}};
+  for (const auto& [range, last] : kCases) {
+    CPlotScale plot = kPlot;
+    plot.range = range;
+    plot.values = {49.9999, 50.0001};
+    CCurveGeometry curve;
+    curve.Build(std::vector{Row(0, 0, false), Row(last, 100)}, plot, kLine);
+    ASSERT_EQ(curve.Lines().size(), 1U);
+    const CPlotPoint &a = curve.Points()[0], &b = curve.Points()[1];
+    const double x = a.x + (plot.Y(50) - a.y) * (b.x - a.x) / (b.y - a.y);
+    EXPECT_NEAR(x, plot.X(last / 2), 0.01);
+    for (const CPlotPoint& point : curve.Points()) EXPECT_LT(std::abs(point.x) + std::abs(point.y), 20000);
+  }
 }
 
 // Random rows as steps of some width; moments in order. Now and then a gap, a peak, or NaN.
