@@ -32,6 +32,8 @@ constexpr CHelpPlace kHelpPlaces[] = {
     {"Values", kGuide, "All values"},
     {"Chart", kGuide, "Charts"},
     {"* - Chart", kGuide, "Charts"},
+    {"History of *", kGuide, "Charts"},
+    {"Values of *", kGuide, "All values"},
     {"Axis", kGuide, "Axes"},
     {"Report", kGuide, "The report"},
     {"Attach", kGuide, "A logger that runs elsewhere"},
@@ -39,6 +41,7 @@ constexpr CHelpPlace kHelpPlaces[] = {
 };
 
 bool IsTitle(std::string_view pattern, std::string_view title) {
+  if (pattern.back() == '*') return title.starts_with(pattern.substr(0, pattern.size() - 1));
   return pattern.front() == '*' ? title.ends_with(pattern.substr(1)) : title == pattern;
 }
 

@@ -8,7 +8,7 @@
 namespace vastra {
 
 struct CHelpPlace {
-  const char* title;    // of the window or of its page; "*" at its begin stands for any characters
+  const char* title;    // of the window or of its page; "*" at one end stands for any characters
   const char* page;     // a file in docs/
   const char* heading;  // there; empty: the begin of the page
 };

@@ -28,6 +28,20 @@ std::set<std::string> Anchors(const QString& page) {
   return anchors;
 }
 
+TEST(Help, ATitleCanHaveAnyNameInIt) {
+  const std::pair<const char*, const char*> cases[] = {{"/a/b.json - Vastra", "The state of the plant"},
+                                                       {"Vastra", "The state of the plant"},
+                                                       {"History of All", "Charts"},
+                                                       {"Values", "All values"},
+                                                       {"Values of kiln", "All values"},
+                                                       {"kiln (attached)", "A logger that runs elsewhere"}};
+  for (const auto& [title, heading] : cases) {
+    const CHelpPlace* place = HelpPlaceOf(title);
+    EXPECT_STREQ(place ? place->heading : "", heading) << title;
+  }
+  EXPECT_FALSE(HelpPlaceOf("Insert Variable"));
+}
+
 TEST(Help, EachPlaceOfTheTableAndEachLinkOfTheGuideExists) {
   for (const CHelpPlace& place : HelpPlaces())
     EXPECT_TRUE(Anchors(place.page).contains(AnchorOf(place.heading))) << place.heading;

@@ -4,6 +4,7 @@
 
 #include "host/desktop/workspace.h"
 #include "tests/host/desktop_window.h"
+#include "tests/support/names.h"
 #include "vastra/views/selection_file.h"
 
 namespace vastra {
