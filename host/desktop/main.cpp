@@ -76,6 +76,7 @@ int Main(int argc, char** argv) {
   const QApplication application(argc, argv);
   QApplication::setApplicationName("Vastra");  // the title of message boxes
   QApplication::setQuitOnLastWindowClosed(false);
+  CColours::UseChosen(CSettings());
   CMainWindow window;
   const CQuitSignals stops([&window] { window.StopAndQuit(); });
   if (!request.file.IsEmpty() || request.logs.empty())

@@ -94,6 +94,7 @@ void CMainWindow::MakeWindowMenu() {
       AddAction(window, "&Equation Editor", QKeySequence("Ctrl+7"), [this] { ShowEquations(""); });
   window->addSeparator();
   AddAction(window, "Message &Settings...", QKeySequence("Ctrl+M"), [this] { m_messages.Configure(); });
+  m_colours.AddTo(*window);
   UseKeysEverywhere(*window);
   m_needDocument << trend << grid << values << chart << equations;
   QToolBar* bar = addToolBar("Run");

@@ -10,6 +10,7 @@
 #include "host/desktop/chart_source.h"
 #include "host/desktop/chart_windows.h"
 #include "host/desktop/check_rules.h"
+#include "host/desktop/colours.h"
 #include "host/desktop/document.h"
 #include "host/desktop/driver_captions.h"
 #include "host/desktop/live_views.h"
@@ -136,6 +137,7 @@ class CMainWindow : public QMainWindow {
   CWindows m_windows;
   CDriverForms m_driverForms;
   CSettings m_settings;
+  CColours m_colours{m_settings};
   CMessages m_messages;
   CDocument m_document;
   CStageNames m_names;            // of the document; the run can have older ones

@@ -12,14 +12,6 @@
 namespace vastra {
 namespace {
 
-// A palette of light text on a dark ground.
-QPalette DarkPalette() {
-  QPalette dark(QColor(0x30, 0x30, 0x30), QColor(0x20, 0x20, 0x20));
-  dark.setColor(QPalette::Base, QColor(0x18, 0x18, 0x18));
-  dark.setColor(QPalette::Highlight, QColor(0x2a, 0x82, 0xda));
-  return dark;
-}
-
 // The widgets that Tab reaches.
 std::vector<QWidget*> Stops(const QWidget& window) {
   std::vector<QWidget*> stops;
@@ -84,8 +76,10 @@ class Keyboard : public Desktop {
 
 TEST_F(Keyboard, EachStopHasANameAndShowsTheFocusAlsoInADarkPalette) {
   for (const bool isDark : {false, true}) {
-    QApplication::setPalette(isDark ? DarkPalette() : m_light);
+    CSettings().Set("Colours", isDark ? "dark" : "light");
+    CColours::UseChosen(CSettings());
     CTestWindow main(m_demo);
+    EXPECT_EQ(main.palette().color(QPalette::Base).lightness() < 128, isDark);
     for (const char* action :
          {"Values", "Message Log", "Guide", "Report", "Check", "Equation Editor", "Chart"})
       ActionOf(main, action)->trigger();
