@@ -77,12 +77,13 @@ void CChartWindows::ShowLogger() {
 }
 
 CChartWindow* CChartWindows::NewWindow(const QString& title) {
-  std::erase_if(m_windows, [](const auto& window) { return window.isNull(); });
   auto* window = new CChartWindow;
   window->setAttribute(Qt::WA_DeleteOnClose);
   window->setWindowTitle(title);
-  QObject::connect(window, &QObject::destroyed, [this] {
-    if (!HasOpened()) m_closed();
+  // The signal comes before a QPointer is null.
+  QObject::connect(window, &QObject::destroyed, [this, window] {
+    std::erase_if(m_windows, [window](const auto& known) { return known.isNull() || known == window; });
+    if (m_windows.empty()) m_closed();
   });
   m_windows.emplace_back(window);
   return window;
@@ -115,10 +116,6 @@ void CChartWindows::OpenPaths(const std::vector<CString>& paths) {
   window->AddFirstCurves(kFirstCurves);
   window->AddPaths(paths);
   window->BringUp();
-}
-
-bool CChartWindows::HasOpened() const {
-  return std::ranges::any_of(m_windows, [](const auto& window) { return !window.isNull(); });
 }
 
 void CChartWindows::AskForLogs() {

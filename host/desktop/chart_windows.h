@@ -40,7 +40,6 @@ class CChartWindows {
   void ShowHistory(const CConfiguration& configuration, EPart part, int index);
   // A chart of logs, journals and folders.
   void OpenPaths(const std::vector<CString>& paths);
-  bool HasOpened() const;  // whether such a chart is open
   void AskForLogs();
   void AskForFolder();
 
@@ -52,7 +51,7 @@ class CChartWindows {
   const std::function<void()> m_closed;
   CChartLogger m_logger;
   QPointer<CChartWindow> m_window;                // of the logger
-  std::vector<QPointer<CChartWindow>> m_windows;  // the others; null: closed, which has deleted it
+  std::vector<QPointer<CChartWindow>> m_windows;  // the others
 };
 
 // Whether path is for a chart: a folder, or the name of a log or journal.

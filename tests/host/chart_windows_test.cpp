@@ -120,6 +120,21 @@ TEST_F(Desktop, LogsAndFoldersThatAreDroppedAreAChart) {
   EXPECT_TRUE(window.isVisible()) << "the program has ended with a chart";
 }
 
+TEST_F(Desktop, ChartsAloneEndWithTheLastOfThem) {
+  CSettings settings;
+  int closed = 0;
+  CChartWindows charts(settings, [&] { ++closed; });
+  charts.OpenPaths({m_dir.Path()});
+  charts.OpenPaths({m_dir / "demo.rph"});
+  ChartTitled("demo.rph - Chart")->close();
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  EXPECT_EQ(closed, 0) << "another chart is open";
+  const std::string title = m_dir.Path().Std().substr(m_dir.Path().Std().rfind('/') + 1) + " - Chart";
+  ChartTitled(title.c_str())->close();
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  EXPECT_EQ(closed, 1);
+}
+
 TEST_F(Desktop, APathIsForAChartByItsKind) {
   std::filesystem::create_directory((m_dir / "folder.json").Std());
   const std::pair<const char*, bool> kPaths[] = {
