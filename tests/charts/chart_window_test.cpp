@@ -192,6 +192,11 @@ TEST_F(ChartWindow, KeysDoAllThatTheMouseDoes) {
   Key(Qt::Key_Home);
   Key(Qt::Key_N);
   EXPECT_EQ(State().Selected(), 0U);
+  Key(Qt::Key_Z);
+  EXPECT_TRUE(ActionOf("Zoom Rectangle")->isChecked());
+  Key(Qt::Key_Escape);
+  EXPECT_FALSE(ActionOf("Zoom Rectangle")->isChecked());
+  EXPECT_EQ(State().Selected(), 0U) << "the key that ends the rectangle ends the selection";
   Key(Qt::Key_Up, Qt::ShiftModifier);
   EXPECT_FALSE(State().Layout().axes[0].isAutomatic);
   Key(Qt::Key_V);

@@ -55,6 +55,11 @@ void SelectNext(CChartState& state, int step) {
   state.Select(static_cast<std::size_t>((now + step + count) % count));
 }
 
+// Its key ends a drag first.
+void SelectNone(CChartView& view) {
+  if (!view.Cancel()) view.Change([](CChartState& state) { state.Select(kNoCurve); });
+}
+
 bool HasAnyRange(const CChartState& state) { return state.HasRange(); }
 bool HasBetween(const CChartState& state) { return state.HasCursors(); }
 bool HasSelected(const CChartState& state) { return state.Selected() < state.Layout().curves.size(); }
@@ -204,7 +209,7 @@ const CCommandRow kChartCommands[] = {
      {"Ctrl+Up", "P"},
      Run<[](TState& s) { SelectNext(s, -1); }>,
      HasCurves},
-    {EChartMenu::curves, "Select N&one", {"Esc"}, Run<[](TState& s) { s.Select(kNoCurve); }>, HasSelected},
+    {EChartMenu::curves, "Select N&one", {"Esc"}, SelectNone, HasSelected},
     {EChartMenu::curves,
      "&Hide",
      {"H"},

@@ -276,11 +276,13 @@ void CChartView::EndRectangle() {
   });
 }
 
-void CChartView::CancelDrag() {
+bool CChartView::Cancel() {
+  if (m_drag == EDrag::none && !m_isRectangleStarted) return false;
   const EDrag drag = std::exchange(m_drag, EDrag::none);
   if (drag == EDrag::pan) Change([&](CChartState& state) { state.DragTo(m_dragRange); });
   StartRectangle(false);
   update();
+  return true;
 }
 
 void CChartView::mouseDoubleClickEvent(QMouseEvent* event) {
@@ -343,7 +345,7 @@ void CChartView::contextMenuEvent(QContextMenuEvent* event) {
 }
 
 void CChartView::keyPressEvent(QKeyEvent* event) {
-  if (event->key() == Qt::Key_Escape && (m_drag != EDrag::none || m_isRectangleStarted)) return CancelDrag();
+  if (event->key() == Qt::Key_Escape && Cancel()) return;
   QWidget::keyPressEvent(event);
 }
 

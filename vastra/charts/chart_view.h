@@ -41,6 +41,8 @@ class VASTRA_API CChartView : public QWidget {
   // The next drag with the left button makes a rectangle.
   void StartRectangle(bool isStarted);
   bool IsRectangleStarted() const { return m_isRectangleStarted; }
+  // Ends a drag, or a rectangle that is started, without effect; false: there is none.
+  bool Cancel();
   double PlotPixels() const;  // the width of the plot in pixels of the screen
   CChartFrame Frame();        // laid out for the present state
   CPlotScale Scale(int axis);
@@ -85,7 +87,6 @@ class VASTRA_API CChartView : public QWidget {
   void EndDrag(const QPointF& place, Qt::KeyboardModifiers modifiers);
   void DragValues(const QPointF& place);
   void EndRectangle();
-  void CancelDrag();
   void PointAt(const QPointF& place);
   void ShowShape(const CHit& hit);
   void PaintRectangle(QPainter& painter) const;
