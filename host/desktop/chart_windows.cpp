@@ -46,9 +46,9 @@ CChartWindows::CChartWindows(CSettings& settings, std::function<void()> closed)
 CChartWindows::~CChartWindows() {
   if (m_window) m_settings.Set(kChartKey, StateText(m_window->State()));
   delete m_window.data();
-  for (const QPointer<CChartWindow>& window : m_windows) {
-    if (window) window->disconnect();
-    delete window.data();
+  for (CChartWindow* window : m_windows) {
+    window->disconnect();
+    delete window;
   }
 }
 
@@ -80,12 +80,11 @@ CChartWindow* CChartWindows::NewWindow(const QString& title) {
   auto* window = new CChartWindow;
   window->setAttribute(Qt::WA_DeleteOnClose);
   window->setWindowTitle(title);
-  // The signal comes before a QPointer is null.
   QObject::connect(window, &QObject::destroyed, [this, window] {
-    std::erase_if(m_windows, [window](const auto& known) { return known.isNull() || known == window; });
+    std::erase(m_windows, window);
     if (m_windows.empty()) m_closed();
   });
-  m_windows.emplace_back(window);
+  m_windows.push_back(window);
   return window;
 }
 

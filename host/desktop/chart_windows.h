@@ -50,8 +50,8 @@ class CChartWindows {
   CSettings& m_settings;
   const std::function<void()> m_closed;
   CChartLogger m_logger;
-  QPointer<CChartWindow> m_window;                // of the logger
-  std::vector<QPointer<CChartWindow>> m_windows;  // the others
+  QPointer<CChartWindow> m_window;       // of the logger
+  std::vector<CChartWindow*> m_windows;  // the others; a window removes itself when it is destroyed
 };
 
 // Whether path is for a chart: a folder, or the name of a log or journal.
