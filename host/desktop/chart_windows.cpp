@@ -31,8 +31,10 @@ void UseLogger(CChartWindow& window, const CChartLogger& logger, CChartSources s
 CChartLogger ChartLoggerOf(const CConfiguration& configuration, std::shared_ptr<const CLiveSamples> live) {
   CChartLogger logger;
   logger.sources = {ChartPathsOf(configuration), std::move(live)};
-  for (const CValueNode& node : NodesOf(configuration.m_input))
+  for (const CValueNode& node : NodesOf(configuration.m_input)) {
     logger.nodes.push_back({node.name, node.variables});
+    if (!node.alive.IsEmpty()) logger.nodes.back().variables.push_back(node.alive);
+  }
   for (const auto& [name, note] : configuration.m_variables) {
     if (!note.m_unit.IsEmpty()) logger.units[name] = note.m_unit;
     if (!note.m_comment.IsEmpty()) logger.comments[name] = note.m_comment;

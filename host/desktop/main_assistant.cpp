@@ -7,12 +7,15 @@
 
 namespace vastra {
 
-// The configuration that was written is opened, and its logger is started if the user wants that.
+// The configuration that was written is opened; its logger is started and its equations are shown if the user
+// wants that.
 void CMainWindow::NewLogger() {
   if (HasOpenDialog() || !MayLoseChanges()) return;
   CNewLoggerWindow assistant(m_driverCaptions, FromScreen(QDir::homePath()), this);
   if (assistant.exec() != QDialog::Accepted) return;
-  if (Open(assistant.Path()) && assistant.WantsToStart()) StartRun(true);
+  if (!Open(assistant.Path())) return;
+  if (assistant.WantsToStart()) StartRun(true);
+  if (assistant.WantsEquations()) ShowEquations("");
 }
 
 }  // namespace vastra

@@ -132,7 +132,7 @@ CDevicePage::CDevicePage(CNewLogger& logger)
   m_drivers = new QComboBox;
   auto* form = new QFormLayout(Body());
   AddField(*form, "&Device:", m_drivers);
-  m_name = AddEdit(*form, "&Name:");
+  m_name = AddEdit(*form, "Na&me:");
   m_values = AddNumber(*form, "N&umber of values:", 1, kMostVariables);
   m_settings = new QPushButton("&Settings...");
   m_test = new QPushButton("&Test");
@@ -428,6 +428,8 @@ CWrittenPage::CWrittenPage(CNewLogger& logger)
   m_start = new QCheckBox("&Start the logger now");
   m_start->setChecked(true);
   layout->addWidget(m_start);
+  m_equations = new QCheckBox("Open the &equation editor");
+  layout->addWidget(m_equations);
 }
 
 void CWrittenPage::initializePage() { m_written->setPlainText(ToScreen(DescribeLogger(Plan()))); }

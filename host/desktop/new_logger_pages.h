@@ -143,10 +143,11 @@ class CWrittenPage : public CNewLoggerPage {
   explicit CWrittenPage(CNewLogger& logger);
   void initializePage() override;
   QCheckBox* StartBox() { return m_start; }
+  QCheckBox* EquationsBox() { return m_equations; }
 
  private:
   QPlainTextEdit* m_written;
-  QCheckBox* m_start;
+  QCheckBox *m_start, *m_equations;
 };
 
 }  // namespace vastra

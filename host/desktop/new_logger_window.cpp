@@ -22,11 +22,14 @@ CNewLoggerWindow::CNewLoggerWindow(CDriverCaptions& captions, const CString& hom
   addPage(new CWritePage(m_logger, home));
   auto* written = new CWrittenPage(m_logger);
   m_start = written->StartBox();
+  m_equations = written->EquationsBox();
   addPage(written);
   const QSize screen = QGuiApplication::primaryScreen()->availableSize();
   resize(QSize(fontMetrics().averageCharWidth() * 110, fontMetrics().height() * 30).boundedTo(screen * 0.9));
 }
 
 bool CNewLoggerWindow::WantsToStart() const { return m_start->isChecked(); }
+
+bool CNewLoggerWindow::WantsEquations() const { return m_equations->isChecked(); }
 
 }  // namespace vastra

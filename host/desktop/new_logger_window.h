@@ -25,13 +25,14 @@ class CNewLoggerWindow : public QWizard {
   // home: the folder in which the folder of the logger is suggested.
   CNewLoggerWindow(CDriverCaptions& captions, const CString& home, QWidget* parent);
 
-  // After it was accepted: the configuration, and whether the user wants to start it.
+  // After it was accepted: the configuration, and what the user wants to do with it.
   const CString& Path() const { return m_logger.plan.path; }
   bool WantsToStart() const;
+  bool WantsEquations() const;
 
  private:
   CNewLogger m_logger;
-  QCheckBox* m_start = nullptr;
+  QCheckBox *m_start = nullptr, *m_equations = nullptr;
 };
 
 }  // namespace vastra

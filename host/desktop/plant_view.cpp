@@ -86,8 +86,12 @@ void CPlantView::MakeTree() {
 }
 
 void CPlantView::ShowHint() {
-  new QTreeWidgetItem(m_tree, {"Nothing is open", "", "", "", "",
-                               "File > New starts a configuration, File > Open reads one from disk"});
+  auto* hint = new QTreeWidgetItem(
+      m_tree,
+      {"Nothing is open: File > New Logger makes a first logger step by step, File > New starts an empty "
+       "configuration, File > Open reads one from disk"});
+  hint->setFirstColumnSpanned(true);
+  hint->setToolTip(plantPart, hint->text(plantPart).toHtmlEscaped());
 }
 
 // The items stay, with their selection and expansion, if the parts are the same.

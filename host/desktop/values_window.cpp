@@ -9,6 +9,7 @@
 #include <QMenu>
 #include <QPushButton>
 #include <QShortcut>
+#include <QStyle>
 #include <QTableView>
 #include <QVBoxLayout>
 
@@ -120,7 +121,8 @@ void CValuesWindow::MakeTable() {
   m_view->setContextMenuPolicy(Qt::ActionsContextMenu);
   layout()->addWidget(m_view);
   const int digits = std::accumulate(std::begin(kValueWidths), std::end(kValueWidths), 4);
-  resize(metrics.horizontalAdvance('0') * digits, metrics.height() * 30);
+  const int scrollBar = style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+  resize(metrics.horizontalAdvance('0') * digits + scrollBar, metrics.height() * 30);
 }
 
 // The same as a click on a header, by keys.

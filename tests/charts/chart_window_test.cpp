@@ -141,6 +141,15 @@ TEST_F(ChartWindow, AFolderBecomesAPicture) {
   QTest::keyClicks(Find<QLineEdit>(&m_window, "Search"), "LO");
   EXPECT_TRUE(list->topLevelItem(0)->isHidden());
   EXPECT_FALSE(list->topLevelItem(1)->isHidden());
+  m_window.SetGroups({{"Kiln", {"Temp", "Flow"}}});
+  for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Down}) {
+    list->clearSelection();
+    Find<QLineEdit>(&m_window, "Search")->setFocus();
+    QTest::keyClick(Find<QLineEdit>(&m_window, "Search"), key);
+    ASSERT_TRUE(list->currentItem()) << key;
+    EXPECT_EQ(list->currentItem()->text(0), "Flow") << "the node cannot be shown";
+    EXPECT_TRUE(list->currentItem()->isSelected()) << key;
+  }
 }
 
 TEST_F(ChartWindow, TheMouseMovesTheChart) {
@@ -170,6 +179,20 @@ TEST_F(ChartWindow, TheMouseMovesTheChart) {
   EXPECT_TRUE(State().Layout().axes[0].isAutomatic);
   Key(Qt::Key_Backspace);
   EXPECT_EQ(Range(), zoomed) << "a drag is one step back";
+}
+
+TEST_F(ChartWindow, ThePointerStaysWhereTheMouseIs) {
+  Open();
+  const QPoint place = PlaceOf(250'000);
+  QTest::mouseMove(&m_window.View(), place);
+  ASSERT_TRUE(m_window.View().Pointed());
+  EXPECT_NEAR(static_cast<double>(*m_window.View().Pointed()), 250'000, 2000);
+  Key(Qt::Key_PageDown);  // the rows move, not the mouse
+  ASSERT_TRUE(m_window.View().Pointed());
+  EXPECT_EQ(m_window.View().Pointed(), m_window.View().Scale(0).MomentAt(place.x()));
+  QEvent leave(QEvent::Leave);
+  QApplication::sendEvent(&m_window.View(), &leave);
+  EXPECT_FALSE(m_window.View().Pointed());
 }
 
 TEST_F(ChartWindow, KeysDoAllThatTheMouseDoes) {
@@ -332,6 +355,11 @@ TEST_F(ChartWindow, PicturesAndRowsAreWritten) {
   const std::string csv = ReadBytes(m_chooser.path);
   EXPECT_NE(csv.find(",100,50\n"), std::string::npos) << csv;
   EXPECT_EQ(std::ranges::count(csv, '\n'), 4) << csv;
+  m_chooser.path = m_dir / "none/rows.csv";
+  ActionOf("Export CSV...")->trigger();
+  std::vector<std::string> faults;
+  EXPECT_TRUE(Wait([&] { return !(faults = m_boxes.Take()).empty(); }));
+  EXPECT_EQ(faults, std::vector<std::string>{"|" + m_chooser.path.Std() + ": No such file or directory|30"});
 }
 
 TEST_F(ChartWindow, VariablesAreDroppedOnThePlotOrOnAnAxis) {

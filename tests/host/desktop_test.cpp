@@ -418,7 +418,7 @@ TEST_F(Desktop, WhoIsNewHereIsOfferedTheDemoOnce) {
     CSettings().Set("DemoOffered", "");
     CTestWindow window;
     window.boxes.answer = answer;
-    EXPECT_TRUE(Part(window, "Nothing is open"));
+    EXPECT_EQ(Find<QTreeWidget>(&window, "Plant")->topLevelItem(0)->text(0).left(16), "Nothing is open:");
     window.OfferDemo();
     window.OfferDemo();
     ASSERT_EQ(window.boxes.asked.size(), 1u);

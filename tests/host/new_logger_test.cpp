@@ -280,9 +280,10 @@ TEST_F(NewLogger, FromNothingToARowInALog) {
           "&Write",
           Shows("Written", (path + "\n").Std().c_str()),
           Shows("Written", "Heat_Mean = "),
-          "&Finish"});
+          "Open the &equation editor / &Finish"});
   ASSERT_TRUE(Wait([&] { return HasStatus(m_window, "Running"); }));
   EXPECT_FALSE(TopLevel("Check"));
+  EXPECT_TRUE(TopLevel("Equation Editor"));
   EXPECT_EQ(Title(m_window), path.Std() + "[*] - Vastra");
   ASSERT_TRUE(Wait([&] { return Samples(m_window) > 3; }));
   ActionOf(m_window, "Stop")->trigger();

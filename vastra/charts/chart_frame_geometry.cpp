@@ -9,7 +9,7 @@ namespace {
 constexpr double kLegendPart = 0.3;      // of the height, at most
 constexpr double kPlotPart = 0.35;       // of the width, at least, beside the axes
 constexpr double kNameCharacters = 32;   // of a name, at most
-constexpr double kValueCharacters = 12;  // of a value in the legend
+constexpr double kValueCharacters = 14;  // of a value in the legend
 constexpr double kRowLines = 1.35;       // the height of a row of the legend
 constexpr double kLeastLegend = 12;      // characters
 constexpr double kLeastRows = 5;         // the height of a frame with a legend, in rows of it

@@ -117,10 +117,11 @@ void CChartView::paintEvent(QPaintEvent*) {
   painter.drawImage(0, 0, m_plot);
   if (!m_hint.isEmpty()) m_painter.PaintHint(painter, m_hint);
   m_painter.PaintCursors(painter, m_state);
-  std::optional<CMoment> moment = m_pointed;
+  const std::optional<CMoment> pointed = Pointed();
+  std::optional<CMoment> moment = pointed;
   if (!moment && m_state.HasCursors()) moment = m_state.CursorAt(m_state.ActiveCursor());
   m_painter.PaintLegend(painter, m_state, moment);
-  if (m_pointed && m_drag != EDrag::rectangle) m_painter.PaintPointer(painter, m_state, *m_pointed);
+  if (pointed && m_drag != EDrag::rectangle) m_painter.PaintPointer(painter, m_state, *pointed);
   PaintRectangle(painter);
   PaintFocus(painter);
 }
@@ -317,10 +318,15 @@ void CChartView::wheelEvent(QWheelEvent* event) {
 }
 
 void CChartView::PointAt(const QPointF& place) {
-  const bool isPlot = m_painter.Frame().plot.Has(place.x(), place.y()) && m_state.HasRange();
-  const std::optional<CMoment> former = m_pointed;
-  m_pointed = isPlot ? std::optional(m_painter.Scale(m_state, 0).MomentAt(place.x())) : std::nullopt;
-  if (m_pointed != former) update();
+  if (m_pointed == place) return;
+  m_pointed = place;
+  update();
+}
+
+std::optional<CMoment> CChartView::Pointed() const {
+  if (!m_pointed || !m_state.HasRange()) return {};
+  if (!m_painter.Frame().plot.Has(m_pointed->x(), m_pointed->y())) return {};
+  return m_painter.Scale(m_state, 0).MomentAt(m_pointed->x());
 }
 
 void CChartView::ShowShape(const CHit& hit) {

@@ -37,7 +37,7 @@ class VASTRA_API CChartView : public QWidget {
   void SetHint(const QString& hint);  // shown in the plot instead of curves; empty: none
 
   // The moment that the user points at.
-  std::optional<CMoment> Pointed() const { return m_pointed; }
+  std::optional<CMoment> Pointed() const;
   // The next drag with the left button makes a rectangle.
   void StartRectangle(bool isStarted);
   bool IsRectangleStarted() const { return m_isRectangleStarted; }
@@ -98,7 +98,7 @@ class VASTRA_API CChartView : public QWidget {
   QImage m_plot;  // all but what follows the pointer
   bool m_isLaidOut = false, m_isPlotDrawn = false;
   QString m_hint;
-  std::optional<CMoment> m_pointed;
+  std::optional<QPointF> m_pointed;  // the place: the rows move below it while the chart follows
   EDrag m_drag = EDrag::none;
   bool m_isRectangleStarted = false;
   QPointF m_pressed, m_dragged;  // where the drag began, and is

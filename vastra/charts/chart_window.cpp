@@ -16,6 +16,7 @@
 #include "vastra/charts/axis_dialog.h"
 #include "vastra/charts/chart_colour_rules.h"
 #include "vastra/charts/chart_layout_file.h"
+#include "vastra/platform/prompt.h"
 #include "vastra/platform/time.h"
 #include "vastra/ui/dropped_paths.h"
 #include "vastra/ui/text.h"
@@ -71,7 +72,7 @@ void CChartWindow::MakeLayout() {
   layout->addWidget(m_columns);
   setCentralWidget(frame);
   const int character = fontMetrics().averageCharWidth(), line = fontMetrics().height();
-  m_columns->setSizes({character * 26, character * 110});
+  m_columns->setSizes({character * 32, character * 108});
   m_rows->setSizes({line * 30, line * 9});
   m_status = new QLabel(this);
   m_status->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
@@ -234,7 +235,8 @@ void CChartWindow::TakeExport() {
   if (state.isRunning) return;
   const CString path = std::exchange(m_exportPath, CString());
   if (state.fault.IsEmpty()) return Note(ToScreen(path + " was written"));
-  QMessageBox::warning(this, "Export", ToScreen(path + ": " + state.fault));
+  ShowStatus();
+  AfxMessageBox(state.fault);
 }
 
 // What the plot says while it has nothing to show.

@@ -87,6 +87,15 @@ void CCursorTable::Show(const CChartState& state, const CCursorFigures& figures)
       ToScreen("A " + clock.Text(a) + "     B " + clock.Text(b) + "     B - A " + SpanText(b - a)));
   m_table->setRowCount(static_cast<int>(state.Layout().curves.size()));
   for (int row = 0; row < m_table->rowCount(); ++row) ShowRow(row, state, figures);
+  WidenColumns();
+}
+
+// A number that is cut at its end, as -9.5031e-..., can be read as another one.
+void CCursorTable::WidenColumns() {
+  for (int column = figureA; column <= figureCount; ++column) {
+    const int width = static_cast<QAbstractItemView*>(m_table)->sizeHintForColumn(column);
+    if (width > m_table->columnWidth(column)) m_table->setColumnWidth(column, width);
+  }
 }
 
 void CCursorTable::ShowRow(int row, const CChartState& state, const CCursorFigures& figures) {

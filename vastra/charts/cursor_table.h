@@ -28,6 +28,7 @@ class CCursorTable : public QWidget {
 
  private:
   void ShowRow(int row, const CChartState& state, const CCursorFigures& figures);
+  void WidenColumns();
   void SetCell(int row, int column, const QString& text);
 
   QLabel* m_times;

@@ -70,6 +70,7 @@ CVariableList::CVariableList(std::function<void(const std::vector<CString>&)> ch
   m_tree->setAccessibleName("Variables");
   RingOnFocus(*m_tree);
   m_tree->setHeaderHidden(true);
+  m_tree->setTextElideMode(Qt::ElideMiddle);  // the ends of long names differ
   m_tree->setUniformRowHeights(true);
   m_tree->setSelectionMode(QAbstractItemView::ExtendedSelection);
   m_tree->setDragEnabled(true);
@@ -82,10 +83,8 @@ CVariableList::CVariableList(std::function<void(const std::vector<CString>&)> ch
   layout->addWidget(m_tree, 1);
   layout->addWidget(m_count);
   connect(m_search, &QLineEdit::textChanged, this, [this] { Search(); });
-  connect(m_search, &QLineEdit::returnPressed, this, [this] {
-    m_tree->setFocus();
-    if (m_tree->selectedItems().isEmpty()) m_tree->setCurrentItem(m_tree->itemAt(2, 2));
-  });
+  m_search->installEventFilter(this);
+  connect(m_search, &QLineEdit::returnPressed, this, [this] { FocusList(); });
   connect(m_tree, &QTreeWidget::itemActivated, this, [this] { ChooseSelected(); });
 }
 
@@ -198,6 +197,21 @@ void CVariableList::ChooseSelected() {
     if (item->isSelected() && !item->isHidden())
       names.push_back(FromScreen(item->data(0, kNameRole).toString()));
   if (!names.empty()) m_choose(names);
+}
+
+// The first variable is chosen, not its node, so that the next Enter shows it.
+void CVariableList::FocusList() {
+  m_tree->setFocus(Qt::OtherFocusReason);
+  if (!m_tree->selectedItems().isEmpty()) return;
+  const auto first = std::ranges::find_if(m_items, [](const auto* item) { return !item->isHidden(); });
+  if (first != m_items.end()) m_tree->setCurrentItem(*first);
+}
+
+bool CVariableList::eventFilter(QObject* watched, QEvent* event) {
+  if (event->type() != QEvent::KeyPress || static_cast<QKeyEvent*>(event)->key() != Qt::Key_Down)
+    return QWidget::eventFilter(watched, event);
+  FocusList();
+  return true;
 }
 
 void CVariableList::FocusSearch() {

@@ -38,7 +38,12 @@ class CVariableList : public QWidget {
   void Mark(const std::map<CString, unsigned>& colours);
   void FocusSearch();
 
+ protected:
+  // Down leads from the search to the list.
+  bool eventFilter(QObject* watched, QEvent* event) override;
+
  private:
+  void FocusList();
   void Fill();
   void AddItem(QTreeWidgetItem* parent, const CString& variable);
   void ShowItem(QTreeWidgetItem& item);
