@@ -84,6 +84,7 @@ CConfiguration ConfigurationOf(const CHelloLine& hello, std::chrono::millisecond
 
 std::vector<CNodeState> StatesOf(const std::vector<CNodeFacts>& nodes) {
   std::vector<CNodeState> states;
+  states.reserve(nodes.size());
   for (const CNodeFacts& node : nodes)
     states.push_back({.name = CString(node.name),
                       .isUp = node.up,
