@@ -1,3 +1,5 @@
+#include <set>
+
 #include "tests/charts/chart_fixture.h"
 #include "tests/history/hand_over.h"
 
@@ -55,6 +57,25 @@ TEST_F(ChartLive, TheRingHoldsFromItsFirstSampleOn) {
   const std::string csv = Exported({first, m_moment}, {"x", "z"}, m_dir / "out.csv");
   const auto z = Between("z", first, m_moment).size();
   EXPECT_EQ(static_cast<std::size_t>(std::count(csv.begin(), csv.end(), '\n')), 1 + x.size() + z);
+}
+
+// A chart that follows a short range asks for a picture as soon as the rows have grown.
+TEST_F(ChartLive, RowsGrowTenTimesASecondHoweverOftenPicturesAreAsked) {
+  m_live->Begin({"x"});
+  Open(m_live);
+  std::set<CMoment> ends;
+  CMoment moment = 0;
+  const float value = 1;
+  const auto start = std::chrono::steady_clock::now();
+  std::chrono::duration<double, std::milli> elapsed{0};
+  while (elapsed.count() < 600) {
+    m_live->Add(TimeOf(++moment), &value, 1);
+    Asked({{moment - 1000, moment}, 1000, {"x"}});
+    ends.insert(m_data.Rows().to);
+    elapsed = std::chrono::steady_clock::now() - start;
+  }
+  EXPECT_LE(static_cast<double>(ends.size()), elapsed.count() / 100 + 3);
+  EXPECT_TRUE(Wait([&] { return m_data.Rows().to == moment + 1; }));
 }
 
 // Of a feed: samples are missing in the ring, and the journal has them.

@@ -15,7 +15,7 @@ void CChartData::Rescan() { m_pReader->Rescan(); }
 
 std::vector<CString> CChartData::Variables() const { return m_pReader->Rows()->Variables(); }
 
-CMomentRange CChartData::Rows() const { return m_pReader->Rows()->Range(); }
+CMomentRange CChartData::Rows() const { return m_pReader->Range(); }
 
 std::vector<CHistoryFault> CChartData::Faults() const { return m_pReader->Faults(); }
 

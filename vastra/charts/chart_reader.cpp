@@ -1,5 +1,7 @@
 #include "vastra/charts/chart_reader.h"
 
+#include <utility>
+
 namespace vastra {
 namespace {
 
@@ -61,6 +63,11 @@ bool CChartReader::IsScanned() const {
   return m_isScanned;
 }
 
+CMomentRange CChartReader::Range() const {
+  const std::lock_guard lock(m_mutex);
+  return m_range;
+}
+
 std::shared_ptr<const CChartRows> CChartReader::Rows() const {
   const std::lock_guard lock(m_mutex);
   return m_rows;
@@ -92,7 +99,7 @@ void CChartReader::Run() {
   }
 }
 
-// Until there is something to do; with a ring not longer than its period.
+// Until there is something to do; with a ring not longer than to the next look at it.
 void CChartReader::Wait() {
   std::unique_lock lock(m_mutex);
   const auto hasWork = [this] {
@@ -100,7 +107,7 @@ void CChartReader::Wait() {
            (m_isScanned && m_answered != m_askNumber);
   };
   if (m_live)
-    m_wake.wait_for(lock, kLivePeriod, hasWork);
+    m_wake.wait_until(lock, m_looked + kLivePeriod, hasWork);
   else
     m_wake.wait(lock, hasWork);
 }
@@ -150,6 +157,7 @@ void CChartReader::TakeLogs(const CLiveHead& head) {
     const std::lock_guard lock(m_mutex);
     isNew = !m_isScanned || !changed.empty() || !isSameRing;
     m_rows = std::move(now);
+    m_range = m_rows->Range();
     m_isScanned = m_readSources == m_sourceNumber;
     m_faults = FaultsOf(m_rows->Logs());
     if (isNew) m_answered = m_askNumber - 1;
@@ -159,14 +167,20 @@ void CChartReader::TakeLogs(const CLiveHead& head) {
   if (isNew) Change();
 }
 
-// Whether the ring has got samples since the last call. Then the picture is not the newest one.
+// Whether it is time to show the samples that the ring has got. Then the picture is not the newest one. It is
+// not time at each query: a chart that follows a short range asks again with each new sample that it sees.
 bool CChartReader::HasNewSamples() {
   const CLiveHead head = m_rows->Head();
-  if (head.generation == m_seen.generation && head.end == m_seen.end) return false;
+  m_hasNew |= head.generation != m_seen.generation || head.end != m_seen.end;
   // Of a clock that went back, samples belong between those that were read.
   if (head.backSteps != m_seen.backSteps) m_tiles.Clear();
   m_seen = head;
+  const Time now = std::chrono::steady_clock::now();
+  if (now - m_looked < kLivePeriod) return false;
+  m_looked = now;
+  if (!std::exchange(m_hasNew, false)) return false;
   const std::lock_guard lock(m_mutex);
+  m_range = m_rows->Range();
   m_answered = m_askNumber - 1;
   return true;
 }

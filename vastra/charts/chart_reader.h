@@ -32,6 +32,8 @@ class CChartReader {
   CChartData::CExportState ExportState() const;
   void CancelExport();
 
+  // Of all rows at the last look at the ring, and at the logs.
+  CMomentRange Range() const;
   // Of the last scan, and never null.
   std::shared_ptr<const CChartRows> Rows() const;
 
@@ -65,6 +67,7 @@ class CChartReader {
   std::uint64_t m_askNumber = 0;  // counts those of Ask
   CChartQuery m_query;
   std::shared_ptr<const CChartRows> m_rows = std::make_shared<const CChartRows>();
+  CMomentRange m_range = {0, 0};
   bool m_isScanned = false;
   std::vector<CHistoryFault> m_faults;
   CChartPicture m_picture;
@@ -80,7 +83,8 @@ class CChartReader {
   CChartTiles m_tiles;
   std::uint64_t m_readSources = 0, m_answered = 0;  // numbers
   CLiveHead m_seen;                                 // the head of the ring
-  Time m_scanned, m_published;
+  bool m_hasNew = false;                            // samples that were not shown yet
+  Time m_scanned, m_looked, m_published;
 
   CLatestJob m_statisticsJob, m_valuesJob, m_exportJob;
   std::thread m_thread;
