@@ -15,7 +15,7 @@ namespace {
 
 constexpr double kCurveWidth = 1.5, kSelectedWidth = 2.75;  // pixels
 constexpr double kMarkSize = 4.5;
-constexpr std::ptrdiff_t kManySteps = 300;  // of a curve that is put into the pixels
+constexpr std::ptrdiff_t kManySteps = 30;  // of a curve that is put into the pixels
 constexpr double kFarOff = 20'000;          // pixels
 constexpr double kTickLength = 4;
 constexpr double kTicksPerLine = 0.32;  // value ticks for each line of text, at most
