@@ -114,7 +114,7 @@ QWidget* CAttachedWindow::MakeBar() {
   add("&Trend", [this] { m_views.ShowTrend(Stages(), kRefresh); });
   add("Scan &Grid", [this] { m_views.ShowGrid(Stages()); });
   add("&Values", [this] { m_values.BringUp(); });
-  add("&Chart", [this] { m_charts.ShowLogger(); });
+  add("C&hart", [this] { m_charts.ShowLogger(); });
   return bar;
 }
 
@@ -179,6 +179,7 @@ void CAttachedWindow::ShowNames() {
   CChartLogger chart = ChartLoggerOf(configuration, m_chartSamples.Samples());
   chart.sources.paths = ChartPathsOf(m_logger.Hello());
   chart.sources.isThinned = true;
+  chart.title = "Chart of " + CString(m_logger.Hello().name);
   m_charts.SetLogger(std::move(chart));
   CStringArray names = m_logger.Names();
   if (names.IsEmpty() || (m_trend.IsOpen() && names == m_trend.GetOptions()->m_baseVars)) return;

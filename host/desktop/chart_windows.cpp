@@ -56,7 +56,12 @@ CChartWindows::~CChartWindows() {
 
 void CChartWindows::SetLogger(CChartLogger logger) {
   m_logger = std::move(logger);
-  if (m_window) UseLogger(*m_window, m_logger, m_logger.sources);
+  if (m_window) ShowLoggerIn(*m_window);
+}
+
+void CChartWindows::ShowLoggerIn(CChartWindow& window) {
+  if (!m_logger.title.IsEmpty()) window.setWindowTitle(ToScreen(m_logger.title));
+  UseLogger(window, m_logger, m_logger.sources);
 }
 
 void CChartWindows::Leave() {
@@ -72,7 +77,7 @@ void CChartWindows::ShowLogger() {
     QJsonObject state = StateFields(m_settings.Get(kChartKey));
     state.remove("layout");
     m_window->SetState(state);
-    UseLogger(*m_window, m_logger, m_logger.sources);
+    ShowLoggerIn(*m_window);
     m_window->FollowNewest();
   }
   m_window->BringUp();

@@ -14,6 +14,7 @@ namespace vastra {
 
 // A logger, as a chart shows it.
 struct CChartLogger {
+  CString title;  // of its window; empty: the usual one
   CChartSources sources;
   std::vector<CListedNode> nodes;
   std::map<CString, CString> units, comments;
@@ -44,6 +45,7 @@ class CChartWindows {
   void AskForFolder();
 
  private:
+  void ShowLoggerIn(CChartWindow& window);
   CChartWindow* NewWindow(const QString& title);
   void ShowHistory(const CString& name, std::vector<CChartPath> paths, const CStringArray& variables);
 

@@ -259,7 +259,7 @@ CLogsPage::CLogsPage(CNewLogger& logger)
   m_keep = AddNumber(*form, "&Keep logs for:", 0, 36500);
   m_keep->setSuffix(" days");
   m_keep->setSpecialValueText("ever");
-  m_binary = new QCheckBox("&Binary logs");
+  m_binary = new QCheckBox("B&inary logs");
   m_text = new QCheckBox("&Text files");
   form->addRow(m_binary);
   form->addRow(m_text);

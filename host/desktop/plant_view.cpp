@@ -85,11 +85,12 @@ void CPlantView::MakeTree() {
   });
 }
 
+// A view in which nothing can be edited is of a logger that runs elsewhere.
 void CPlantView::ShowHint() {
-  auto* hint = new QTreeWidgetItem(
-      m_tree,
-      {"Nothing is open: File > New Logger makes a first logger step by step, File > New starts an empty "
-       "configuration, File > Open reads one from disk"});
+  const char* text = m_listener.edit ? "Nothing is open: File > New Logger leads to a first logger, "
+                                       "File > Open reads a configuration"
+                                     : "The parts of the logger appear when it answers";
+  auto* hint = new QTreeWidgetItem(m_tree, {text});
   hint->setFirstColumnSpanned(true);
   hint->setToolTip(plantPart, hint->text(plantPart).toHtmlEscaped());
 }

@@ -271,6 +271,8 @@ TEST_F(Desktop, AnAttachedLoggerIsShownAndWaitedFor) {
     return count;
   };
   EXPECT_TRUE(shows("Not connected: no logger runs here"));
+  EXPECT_FALSE(Find<QTreeWidget>(window, "Plant")->topLevelItem(0)->text(0).contains("File"))
+      << "a menu that the window does not have";
   CRunMessenger messenger;
   CLink::SetMessenger(&messenger);
   Click(window, "&Trend");
@@ -296,6 +298,7 @@ TEST_F(Desktop, AnAttachedLoggerIsShownAndWaitedFor) {
       return trend.GetOptions()->m_baseVars == Names({variable}) && trend.Newest()->m_values.GetSize();
     }));
     EXPECT_EQ(window->windowTitle(), "demo (attached)");
+    EXPECT_EQ(RepeatedKeys(*window), "");
     EXPECT_EQ(trend.Newest()->m_values[0], 1.0F);
     QTreeWidgetItem* const node = Part(*window, "K");
     ASSERT_TRUE(node);

@@ -255,9 +255,12 @@ class NewLogger : public Desktop {
 TEST_F(NewLogger, FromNothingToARowInALog) {
   m_window.show();
   const CString path = m_dir / "vastra/Kiln/Kiln.json";
-  Assist({"&Test",
+  const CStep keys = [](QWidget* window) { EXPECT_EQ(RepeatedKeys(*window), ""); };
+  Assist({keys,
+          "&Test",
           Shows("Result", "Value3 = "),
           "Name=Kiln / &Next >",
+          keys,
           Cell(0, 0, "Heat"),
           Cell(0, 4, "40"),
           Cell(0, 5, "K"),
@@ -274,10 +277,14 @@ TEST_F(NewLogger, FromNothingToARowInALog) {
             EXPECT_TRUE(Wait([&] { return table->item(2, 7)->text().toInt() > 1; })) << "raw values";
           },
           "&Next >",
+          keys,
           [](QWidget* window) { Find<QSpinBox>(window, "Scan period")->setValue(20); },
           "A log=each hour / &Next >",
+          keys,
           "&Next >",
+          keys,
           "&Write",
+          keys,
           Shows("Written", (path + "\n").Std().c_str()),
           Shows("Written", "Heat_Mean = "),
           "Open the &equation editor / &Finish"});

@@ -5,18 +5,36 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QLabel>
 #include <QListWidget>
 #include <QPaintEvent>
 #include <QTest>
 #include <QTimer>
 
 #include <functional>
+#include <map>
 
 #include "vastra/platform/chooser.h"
 #include "vastra/platform/prompt.h"
 #include "vastra/ui/drawing.h"
 
 namespace vastra {
+
+// Captions of buttons and labels that share a key of Alt, such as "Chart/Copy"; empty: each has its own.
+inline std::string RepeatedKeys(const QWidget& window) {
+  std::map<QKeySequence, QString> captions;
+  const auto repeated = [&](const QWidget* widget, const QString& text) {
+    const QKeySequence key = QKeySequence::mnemonic(text);
+    if (key.isEmpty() || !widget->isVisibleTo(&window)) return std::string();
+    const auto [former, isNew] = captions.emplace(key, text);
+    return isNew ? std::string() : (former->second + '/' + text + ' ').toStdString();
+  };
+  std::string all;
+  for (const auto* button : window.findChildren<QAbstractButton*>()) all += repeated(button, button->text());
+  for (const auto* label : window.findChildren<QLabel*>())
+    if (label->buddy()) all += repeated(label, label->text());
+  return all;
+}
 
 // Answers each box with answer, after a call of user, and keeps "title|text|type in hexadecimal".
 class CTestPrompter : public CPrompter {

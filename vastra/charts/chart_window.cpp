@@ -221,6 +221,13 @@ void CChartWindow::TakeData() {
   ShowStatus();
 }
 
+// The list leaves most of a small screen to the plot.
+void CChartWindow::showEvent(QShowEvent* event) {
+  QMainWindow::showEvent(event);
+  const int list = m_columns->sizes().front(), most = width() / 3;
+  if (list > most) m_columns->setSizes({most, width() - most});
+}
+
 void CChartWindow::TakeFirstCurves() {
   if (m_firstCurves == 0 || !m_data->IsScanned()) return;
   const std::vector<CString> variables = m_data->Variables();

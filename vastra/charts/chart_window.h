@@ -50,6 +50,7 @@ class VASTRA_API CChartWindow : public QMainWindow {
  protected:
   void dragEnterEvent(QDragEnterEvent* event) override;
   void dropEvent(QDropEvent* event) override;
+  void showEvent(QShowEvent* event) override;
 
  private:
   // Menus, in chart_window_menus.cpp.
