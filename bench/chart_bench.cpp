@@ -110,7 +110,8 @@ class CChart {
           m_changed = true;
           m_wake.notify_one();
         }) {
-    CChartLayout layout = {.axes = {{1, false, {kLow, kHigh}}}};
+    CChartLayout layout;
+    layout.axes = {{1, false, {kLow, kHigh}}};
     for (int i = 0; i < folder.Curves(); ++i) {
       m_variables.push_back(CCurveFolder::Name(i));
       layout.curves.push_back({m_variables.back(), 1, static_cast<unsigned>(i)});

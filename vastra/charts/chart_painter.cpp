@@ -16,7 +16,7 @@ namespace {
 constexpr double kCurveWidth = 1.5, kSelectedWidth = 2.75;  // pixels
 constexpr double kMarkSize = 4.5;
 constexpr std::ptrdiff_t kManySteps = 30;  // of a curve that is put into the pixels
-constexpr double kFarOff = 20'000;          // pixels
+constexpr double kFarOff = 20'000;         // pixels
 constexpr double kTickLength = 4;
 constexpr double kTicksPerLine = 0.32;  // value ticks for each line of text, at most
 constexpr double kAwayLane = 3;         // the height of the marks of nodes that are away
