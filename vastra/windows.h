@@ -4,7 +4,6 @@
 #pragma once
 
 #include "vastra/charts/chart_data.h"
-#include "vastra/charts/chart_window.h"
 #include "vastra/charts/live_samples.h"
 #include "vastra/console/console.h"
 #include "vastra/console/console_conf_dlg.h"
@@ -58,3 +57,8 @@
 #include "vastra/views/var_selection_dlg.h"
 #include "vastra/views/var_selection_rules.h"
 #include "vastra/views/variable.h"
+
+// The chart is a window of Qt; the others do not need Qt's headers.
+#if __has_include(<QMainWindow>)
+#include "vastra/charts/chart_window.h"
+#endif
