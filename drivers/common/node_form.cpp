@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstdio>
 #include <new>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -112,12 +113,20 @@ class CForm {
     }
     return record;
   }
+  // A message begins with the name of a setting; the form shows the setting by its caption.
+  static std::string InWords(std::string fault) {
+    const std::string setting = fault.substr(0, fault.find_first_of(": "));
+    for (const CField& row : kNodeForm.fields)
+      if (!setting.empty() && std::string_view(row.help).starts_with(setting + ':'))
+        return fault.replace(0, setting.size(), row.name);
+    return fault;
+  }
   static const char* Check(const DriverField* fields, int /*fieldCount*/, void* user) {
     auto& form = *static_cast<CForm*>(user);
     try {
       DriverRecord record = form.RecordOf(fields);
       record.variableCount = 0;  // the variables may be changed after the form
-      form.m_fault = kNodeForm.check(record);
+      form.m_fault = InWords(kNodeForm.check(record));
     } catch (const std::bad_alloc&) {
       return kNoMemory;
     }

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 
+#include "host/desktop/place_words.h"
 #include "vastra/ui/text.h"
 
 namespace vastra {
@@ -42,6 +43,12 @@ QDateTime LocalTime(std::int64_t milliseconds) { return QDateTime::fromMSecsSinc
 QString LongTime(std::int64_t time) { return LocalTime(time).toString("yyyy-MM-dd hh:mm:ss.zzz"); }
 
 QString ShownText(const std::string& text) { return ToScreen(CString(text)); }
+
+// The line can be older than the configuration, so that names are only those of the line.
+QString ShownPart(const CLoggedMessage& line) {
+  static const CPlaceWords kWords{CConfiguration()};
+  return ToScreen(kWords.Place(CString(line.part)));
+}
 
 }  // namespace
 
@@ -142,7 +149,7 @@ QString CMessageModel::Field(const CLoggedMessage& line, int column) const {
     case severityColumn:
       return LookOf(line).word;
     case partColumn:
-      return ShownText(line.part);
+      return ShownPart(line);
     case textColumn:
       return ShownText(line.text);
     default:
@@ -162,7 +169,7 @@ QString CMessageModel::Details(int row) const {
   QString times = LongTime(line.first);
   if (line.count > 1)
     times = QString("%1 times, from %2 to %3").arg(line.count).arg(times, LongTime(line.last));
-  return (line.part.empty() ? QString() : ShownText(line.part) + ": ") + ShownText(line.text) + '\n' + times +
+  return (line.part.empty() ? QString() : ShownPart(line) + ": ") + ShownText(line.text) + '\n' + times +
          ", said by: " + ShownText(line.source);
 }
 

@@ -111,6 +111,14 @@ bool IsKeyByte(char byte) {
          byte == '.' || byte == '[' || byte == ']';
 }
 
+// Messages call the equations of an output or summary by the field alone.
+CString EquationsCaption(const CString& field) {
+  const auto* const found = std::ranges::find_if(kFormCaptions, [&](const CFormCaption& caption) {
+    return caption.equation && caption.field == field.View();
+  });
+  return found == std::end(kFormCaptions) ? field : CString(found->caption);
+}
+
 CString Number(int number) { return CString(std::to_string(number)); }
 
 // The length of the key at the start of text; 0: there is none.
@@ -148,6 +156,7 @@ struct CPlaceWords::CParts {
   int list = -1;  // of kListWords; -1: a part
   std::string_view part;
   int entry = -1;
+  std::string_view name;  // of the entry, in quotes; can be empty
   std::string_view field;
   int index = -1;
 
@@ -185,6 +194,10 @@ CPlaceWords::CParts CPlaceWords::Split(const CString& key) const {
   }
   rest.remove_prefix(parts.part.size());
   parts.entry = TakeIndex(rest);
+  if (rest.starts_with(" \"")) {
+    parts.name = rest.substr(1);
+    return parts;
+  }
   if (rest.starts_with('.')) rest.remove_prefix(1);
   parts.field = rest.substr(0, rest.find('['));
   rest.remove_prefix(parts.field.size());
@@ -208,6 +221,7 @@ CString CPlaceWords::Called(const CParts& parts) const {
   }
   const CListWords& words = kListWords[parts.list];
   if (parts.entry < 0) return words.list;
+  if (!parts.name.empty()) return CString(words.entry) + " " + CString(parts.name);
   const CEntry* entry = EntryOf(parts);
   return CString(words.entry) + " " +
          (entry && !entry->name.IsEmpty() ? Quoted(entry->name) : Number(parts.entry + 1));
@@ -216,7 +230,7 @@ CString CPlaceWords::Called(const CParts& parts) const {
 CString CPlaceWords::Place(const CString& key) const {
   const CParts parts = Split(key);
   CString called = Called(parts);
-  if (called.IsEmpty()) return key;
+  if (called.IsEmpty()) return EquationsCaption(key);
   if (parts.field.empty()) return called;
   const CFormCaption* caption = parts.Caption();
   if (!caption) return called + ", " + CString(parts.field);

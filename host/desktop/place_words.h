@@ -17,7 +17,8 @@ class CPlaceWords {
 
   explicit CPlaceWords(const CConfiguration& configuration, CDriverCaption driverCaption = {});
 
-  // The words for key, or key itself if no form has it.
+  // The words for key, or key itself if no form has it. A name in quotes after it, as messages have it in
+  // outputs[1] "All", is that of the entry.
   CString Place(const CString& key) const;
   // A message in which keys and names of settings are those of the forms.
   CString Text(const CString& text) const;

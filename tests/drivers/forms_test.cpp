@@ -27,7 +27,7 @@ const struct {
      "First register=0|Each n-th call fails=0|It fails with=Unknown error|",
      "",
      {0, 0, 0, 0, 0, 0, 0, 9001, 0, "sine", "", 10000, 1000},
-     {{"|Waveforms=sine, cosine|", "text1 has an unknown waveform: \"cosine\""}}},
+     {{"|Waveforms=sine, cosine|", "Waveforms has an unknown waveform: \"cosine\""}}},
     {"Modbus",
      {1, 2, 3, -4, 5, 6, 7, 9002, 9, "plc:1502", "h4 x 2: f32", 10, 11, 12, 3, 13},
      "|Device=plc:1502|Unit=3|Time-out (ms)=2|Values=h4 x 2: f32|Added to each address=-4|"
@@ -41,7 +41,8 @@ const struct {
      "Pause after connecting (ms)=0|Most registers in a request=0|Workarounds=None|",
      "|Device=plc|Values=c0|Workarounds=One request for each value|",
      {0, 1000, 1, 0, 0, 0, 0, 9002, 0, "plc", "c0", 0, 0, 0, 1},
-     {{"|Values=h4, x1|", "text2: entry 2, "}, {"|Most registers in a request=1|", "value3: "}}},
+     {{"|Values=h4, x1|", "Values: entry 2, "},
+      {"|Most registers in a request=1|", "Most registers in a request: "}}},
     {"Text file's dialog",
      {1, 2, 3, 4, 5, 6, 7, 9900, 9, "/old", "", 10, 11, 12, 13, 14},
      "|Path=/old|",

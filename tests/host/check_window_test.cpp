@@ -45,6 +45,10 @@ TEST(PlaceWords, PlacesAndMessagesHaveTheWordsOfTheForms) {
       {"no key: outputs[1].maxLogs", "no key: output 2, Maximum number of logs stored"},
   };
   for (const auto& [line, expected] : cases) EXPECT_EQ(words.Fault(CString(line)).Line(), expected) << line;
+  for (const auto& [part, expected] :
+       {std::pair("outputs[0] \"Former: 2\"", "output \"Former: 2\""),
+        std::pair("summaryText", "Summary Equations"), std::pair("name", "name")})
+    EXPECT_EQ(words.Place(part), expected);
 }
 
 class CheckWindow : public Desktop {

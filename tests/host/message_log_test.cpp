@@ -314,9 +314,12 @@ TEST_F(MessageLog, ShowsWhatARunAndTheDesktopSayAlsoAfterTheNextStart) {
   const auto shows = [](const char* part, const char* text) {
     const auto* model =
         static_cast<CMessageModel*>(Find<QTableView>(TopLevel("Message Log"), "Messages")->model());
+    const auto shown = [&](int row, int column) { return model->index(row, column).data().toString(); };
     return Wait([&] {
       for (int row = 0; row < model->rowCount(); ++row)
-        if (model->Line(row).part == part && model->Line(row).text.starts_with(text)) return true;
+        if (shown(row, CMessageModel::partColumn) == part &&
+            shown(row, CMessageModel::textColumn).startsWith(text))
+          return true;
       return false;
     });
   };
@@ -329,7 +332,7 @@ TEST_F(MessageLog, ShowsWhatARunAndTheDesktopSayAlsoAfterTheNextStart) {
       ActionOf(window, "Stop")->trigger();
       EXPECT_TRUE(Wait([&] { return HasStatus(window, "Stopped"); }));
     }
-    EXPECT_TRUE(shows("outputs[0] \"All\"", "2 variables to "));
+    EXPECT_TRUE(shows("output \"All\"", "2 variables to "));
     EXPECT_TRUE(shows("", "saved ")) << "the last words of a run";
   }
   WriteBytes(m_demo, "{}");
