@@ -105,11 +105,11 @@ std::vector<CMomentRange> Panned(const CMomentRange& all) {
 class CChart {
  public:
   explicit CChart(const CCurveFolder& folder)
-      : m_image(kWidth, kHeight, QImage::Format_RGB32), m_data([this] {
+      : m_image(kWidth, kHeight, QImage::Format_RGB32), m_pData(CChartData::Make([this] {
           const std::lock_guard lock(m_mutex);
           m_changed = true;
           m_wake.notify_one();
-        }) {
+        })) {
     CChartLayout layout;
     layout.axes = {{1, false, {kLow, kHigh}}};
     for (int i = 0; i < folder.Curves(); ++i) {
@@ -117,16 +117,16 @@ class CChart {
       layout.curves.push_back({m_variables.back(), 1, static_cast<unsigned>(i)});
     }
     m_state.SetLayout(layout);
-    m_data.SetSources({{{folder.Path(), false}}});
-    Wait([this] { return m_data.IsScanned(); });
+    m_pData->SetSources({{{folder.Path(), false}}});
+    Wait([this] { return m_pData->IsScanned(); });
   }
 
   CChartPicture Ask(const CMomentRange& range) {
     const CChartQuery query = {range, kWidth, m_variables};
-    m_data.Ask(query);
+    m_pData->Ask(query);
     CChartPicture picture;
     Wait([&] {
-      picture = m_data.Picture();
+      picture = m_pData->Picture();
       return picture.isFinal && picture.query == query;
     });
     return picture;
@@ -161,7 +161,7 @@ class CChart {
   QImage m_image;
   CChartState m_state;
   CChartPainter m_painter;
-  CChartData m_data;
+  const std::unique_ptr<CChartData> m_pData;  // ends before the others
 };
 
 class CPeer {

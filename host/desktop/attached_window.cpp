@@ -176,7 +176,7 @@ void CAttachedWindow::ShowNames() {
                       .nodes = NodesOf(configuration.m_input),
                       .period = m_logger.Period(),
                       .notes = configuration.m_variables});
-  CChartLogger chart = ChartLoggerOf(configuration, m_chartSamples.Samples());
+  CChartLogger chart = ChartLoggerOf(configuration, m_chartSamples.Samples(), m_logger.Live());
   chart.sources.paths = ChartPathsOf(m_logger.Hello());
   chart.sources.isThinned = true;
   chart.title = "Chart of " + CString(m_logger.Hello().name);
@@ -223,7 +223,10 @@ void CAttachedWindow::Take(const CDroppedLine& dropped) {
         severityWarning, Counted(dropped.messages, "message") + " left out: too many came at once"));
 }
 
-void CAttachedWindow::ShowRun() { m_plant->ShowRun(m_logger.Run(), m_logger.Live()); }
+void CAttachedWindow::ShowRun() {
+  m_plant->ShowRun(m_logger.Run(), m_logger.Live());
+  m_charts.SetRunning(m_logger.Run().isRunning);
+}
 
 void CAttachedWindow::ShowState(const QString& text) {
   const _timeb& last = m_logger.Newest().m_time;

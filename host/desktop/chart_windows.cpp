@@ -13,24 +13,20 @@ namespace vastra {
 namespace {
 
 constexpr const char* kChartKey = "Chart";
-constexpr std::size_t kFirstCurves = 6;  // of a chart that opens with curves
+constexpr std::size_t kFirstCurves = 6;         // of a chart of logs
+constexpr std::size_t kFirstOfLogger = 4;       // and of that of a logger
+constexpr std::chrono::seconds kLookPeriod{1};  // at the nodes
 constexpr const char* kLogEndings[] = {".rph", ".rpd", ".journal"};
 constexpr const char* kLogsFilter =
     "Logs (*.rph *.rpd *.journal)|*.rph;*.rpd;*.journal|All Files (*.*)|*.*||";
 
-// What the window of a logger shows.
-void UseLogger(CChartWindow& window, const CChartLogger& logger, CChartSources sources) {
-  window.SetGroups(logger.nodes);
-  window.SetUnits(logger.units);
-  window.SetComments(logger.comments);
-  window.SetSources(std::move(sources));
-}
-
 }  // namespace
 
-CChartLogger ChartLoggerOf(const CConfiguration& configuration, std::shared_ptr<const CLiveSamples> live) {
+CChartLogger ChartLoggerOf(const CConfiguration& configuration, std::shared_ptr<const CLiveSamples> samples,
+                           std::shared_ptr<const CLiveState> state) {
   CChartLogger logger;
-  logger.sources = {ChartPathsOf(configuration), std::move(live)};
+  logger.sources = {ChartPathsOf(configuration), std::move(samples)};
+  logger.state = std::move(state);
   for (const CValueNode& node : NodesOf(configuration.m_input)) {
     logger.nodes.push_back({node.name, node.variables});
     if (!node.alive.IsEmpty()) logger.nodes.back().variables.push_back(node.alive);
@@ -43,7 +39,10 @@ CChartLogger ChartLoggerOf(const CConfiguration& configuration, std::shared_ptr<
 }
 
 CChartWindows::CChartWindows(CSettings& settings, std::function<void()> closed)
-    : m_settings(settings), m_closed(std::move(closed)) {}
+    : m_settings(settings), m_closed(std::move(closed)) {
+  QObject::connect(&m_look, &QTimer::timeout, [this] { LookAtNodes(); });
+  m_look.start(kLookPeriod);
+}
 
 CChartWindows::~CChartWindows() {
   if (m_window) m_settings.Set(kChartKey, StateText(m_window->State()));
@@ -59,12 +58,38 @@ void CChartWindows::SetLogger(CChartLogger logger) {
   if (m_window) ShowLoggerIn(*m_window);
 }
 
+void CChartWindows::SetRunning(bool isRunning) {
+  if (isRunning == m_isRunning) return;
+  m_isRunning = isRunning;
+  if (m_window) m_window->SetRunning(isRunning);
+  for (CChartWindow* window : m_windows) window->SetRunning(isRunning);
+  if (!isRunning) m_away.End();
+}
+
+void CChartWindows::LookAtNodes() {
+  if (!m_isRunning || !m_logger.state || !m_logger.state->CopyNewest(m_newest) || !m_newest.nodes) return;
+  _timeb now;
+  _ftime(now);
+  if (!m_away.Take(*m_newest.nodes, MomentOf(now))) return;
+  if (m_window) m_window->SetAway(m_away.ByVariable(m_logger.nodes));
+  for (CChartWindow* window : m_windows) window->SetAway(m_away.ByVariable(m_logger.nodes));
+}
+
+void CChartWindows::UseLogger(CChartWindow& window, CChartSources sources) {
+  window.SetGroups(m_logger.nodes);
+  window.SetUnits(m_logger.units);
+  window.SetComments(m_logger.comments);
+  window.SetSources(std::move(sources));
+  window.SetAway(m_away.ByVariable(m_logger.nodes));
+}
+
 void CChartWindows::ShowLoggerIn(CChartWindow& window) {
   if (!m_logger.title.IsEmpty()) window.setWindowTitle(ToScreen(m_logger.title));
-  UseLogger(window, m_logger, m_logger.sources);
+  UseLogger(window, m_logger.sources);
 }
 
 void CChartWindows::Leave() {
+  m_away.Clear();
   if (!m_window) return;
   m_settings.Set(kChartKey, StateText(m_window->State()));
   delete m_window.data();
@@ -79,6 +104,8 @@ void CChartWindows::ShowLogger() {
     m_window->SetState(state);
     ShowLoggerIn(*m_window);
     m_window->FollowNewest();
+    m_window->AddFirstCurves(kFirstOfLogger, false);
+    m_window->SetRunning(m_isRunning);
   }
   m_window->BringUp();
 }
@@ -107,7 +134,7 @@ void CChartWindows::ShowHistory(const CConfiguration& configuration, EPart part,
 void CChartWindows::ShowHistory(const CString& name, std::vector<CChartPath> paths,
                                 const CStringArray& variables) {
   CChartWindow* window = NewWindow("History of " + ToScreen(name) + " - Chart");
-  UseLogger(*window, m_logger, {std::move(paths), m_logger.sources.live});
+  UseLogger(*window, {std::move(paths), m_logger.sources.live});
   const auto count = std::min<std::ptrdiff_t>(variables.GetSize(), kFirstCurves);
   window->AddCurves({variables.begin(), variables.begin() + count});
   window->BringUp();
@@ -119,7 +146,7 @@ void CChartWindows::OpenPaths(const std::vector<CString>& paths) {
   const QString name = first.isEmpty() ? ToScreen(paths.front()) : first;
   CChartWindow* window = NewWindow(
       (paths.size() == 1 ? name : QString("%1 and %2 more").arg(name).arg(paths.size() - 1)) + " - Chart");
-  window->AddFirstCurves(kFirstCurves);
+  window->AddFirstCurves(kFirstCurves, true);
   window->AddPaths(paths);
   window->BringUp();
 }

@@ -2,12 +2,15 @@
 #pragma once
 
 #include <QPointer>
+#include <QTimer>
 
 #include <functional>
 
 #include "host/common/configuration.h"
+#include "host/desktop/away_times.h"
 #include "host/desktop/plant_parts.h"
 #include "host/desktop/settings.h"
+#include "host/run/live_state.h"
 #include "vastra/charts/chart_window.h"
 
 namespace vastra {
@@ -18,9 +21,11 @@ struct CChartLogger {
   CChartSources sources;
   std::vector<CListedNode> nodes;
   std::map<CString, CString> units, comments;
+  std::shared_ptr<const CLiveState> state;  // of its nodes; can be null
 };
-// sources: without what it takes from the configuration: the folders of the logs, the nodes and the notes.
-CChartLogger ChartLoggerOf(const CConfiguration& configuration, std::shared_ptr<const CLiveSamples> live);
+// With what the configuration says: the folders of the logs, the nodes and the notes.
+CChartLogger ChartLoggerOf(const CConfiguration& configuration, std::shared_ptr<const CLiveSamples> samples,
+                           std::shared_ptr<const CLiveState> state);
 
 class CChartWindows {
  public:
@@ -32,6 +37,7 @@ class CChartWindows {
 
   // The logger that ShowLogger and ShowHistory are about.
   void SetLogger(CChartLogger logger);
+  void SetRunning(bool isRunning);
   // Forgets the curves of the former logger, and closes its window.
   void Leave();
   void ShowLogger();
@@ -45,13 +51,19 @@ class CChartWindows {
   void AskForFolder();
 
  private:
+  void UseLogger(CChartWindow& window, CChartSources sources);
   void ShowLoggerIn(CChartWindow& window);
+  void LookAtNodes();
   CChartWindow* NewWindow(const QString& title);
   void ShowHistory(const CString& name, std::vector<CChartPath> paths, const CStringArray& variables);
 
   CSettings& m_settings;
   const std::function<void()> m_closed;
   CChartLogger m_logger;
+  bool m_isRunning = false;
+  CLiveNewest m_newest;  // keeps its memory
+  CAwayTimes m_away;
+  QTimer m_look;
   QPointer<CChartWindow> m_window;       // of the logger
   std::vector<CChartWindow*> m_windows;  // the others; a window removes itself when it is destroyed
 };

@@ -143,7 +143,8 @@ void CMainWindow::UseConfiguration() {
   ShowPlant();
   Trend().m_baseVars = m_names.input;
   m_values.SetSource(ValuesOf(m_runner.Run(), m_statistics));
-  m_charts.SetLogger(ChartLoggerOf(m_runner.Run().Configuration(), m_chartSamples.Samples()));
+  m_charts.SetLogger(
+      ChartLoggerOf(m_runner.Run().Configuration(), m_chartSamples.Samples(), m_runner.Run().LiveState()));
   m_views.TakeStages(Stages(), m_runner.RefreshPeriod());
 }
 
@@ -365,6 +366,7 @@ void CMainWindow::TakeState() {
   const bool isStopped = state == CRunner::EState::stopped;
   const bool isSettled = isStopped || state == CRunner::EState::running;
   m_views.Enable(isSettled);
+  m_charts.SetRunning(!isStopped);
   if (isSettled) m_messages.Messenger().HoldBoxes(false);
   if (isStopped && m_restarts) QTimer::singleShot(0, this, [this] { StartAgain(); });
   if (state == CRunner::EState::running) m_views.ResetNames();

@@ -21,6 +21,19 @@ TEST_F(ChartData, FiguresAreThoseOfTheRows) {
   CheckFigures(1, 200);
 }
 
+// Each variable by itself; what one log repeats are rows of their own.
+TEST_F(ChartData, ARowOfSeveralOutputsCountsOnce) {
+  Log("a.rph", Names({"x", "y"}), {{1000, {1, 5}}, {2000, {2, 6}}, {2000, {3, 7}}, {9000, {8, 8}}});
+  Log("b.rph", Names({"x"}), {{1000, {1}}, {2000, {2}}, {2000, {3}}, {2500, {4}}});
+  Log("c.rph", Names({"x", "y"}), {{9000, {8, 8}}, {9500, {9, 9}}});
+  Open();
+  m_data.AskStatistics({0, 9501}, {"x", "y"});
+  ASSERT_TRUE(Wait([&] { return !m_data.Statistics().empty(); }));
+  EXPECT_EQ(m_data.Statistics()[0].values, 6U);
+  EXPECT_EQ(m_data.Statistics()[0].mean, 27.0 / 6);
+  EXPECT_EQ(m_data.Statistics()[1].values, 5U);
+}
+
 TEST_F(ChartData, AnExportAppearsWholeOrNotAtAll) {
   Log("a.rph", Names({"x", "time"}), {{1000, {1, 2}}, {2000, {NAN, 4}}, {3000, {5, 6}}});
   Log("b.rph", Names({"y"}), {{2000, {7}}});
@@ -51,14 +64,14 @@ TEST_F(ChartData, ACoarseAnswerComesFirst) {
       Log(("log" + std::to_string(log) + ".rph").c_str(), Names({"x"}), Count(log * kRows, kRows));
   const CChartQuery query = {{-1'000'000, kLogs * kRows * CMoment{1000}}, 1000, {"x"}};
   CChartPicture first;
-  CChartData data([&] {
+  const std::unique_ptr<CChartData> data = CChartData::Make([&] {
     const std::lock_guard lock(m_mutex);
-    if (first.curves.empty() && data.Picture().query == query) first = data.Picture();
+    if (first.curves.empty() && data->Picture().query == query) first = data->Picture();
     m_changed.notify_all();
   });
-  data.SetSources({{{Folder(), false}}});
-  data.Ask(query);
-  ASSERT_TRUE(Wait([&] { return data.Picture().isFinal; }));
+  data->SetSources({{{Folder(), false}}});
+  data->Ask(query);
+  ASSERT_TRUE(Wait([&] { return data->Picture().isFinal; }));
   EXPECT_FALSE(first.isFinal);
   ASSERT_EQ(first.curves.size(), 1U);
   EXPECT_GT(first.curves[0].size(), 200U);
@@ -68,7 +81,7 @@ TEST_F(ChartData, ACoarseAnswerComesFirst) {
     gaps += !step.isJoined;
   }
   EXPECT_EQ(gaps, 1);
-  EXPECT_GT(data.Picture().curves[0].size(), 800U);
+  EXPECT_GT(data->Picture().curves[0].size(), 800U);
 }
 
 // A log that comes, and one that goes.
@@ -96,6 +109,9 @@ TEST_F(ChartData, ARescanReadsWhatHasChangedAlone) {
     m_data.Rescan();
     EXPECT_TRUE(Wait([&] { return values() == change.expected; })) << values();
   }
+  m_data.Watch(true);
+  Log("c.rph", Names({"x"}), Count(5, 1));
+  EXPECT_TRUE(Wait([&] { return values() == "2 5 "; })) << "it does not look by itself";
 }
 
 }  // namespace

@@ -24,10 +24,10 @@ using CModelCurve = std::vector<CModelRow>;  // in the order of time
 class CChartFixture : public CHistoryFixture {
  protected:
   CChartFixture()
-      : m_data([this] {
+      : m_pData(CChartData::Make([this] {
           const std::lock_guard lock(m_mutex);
           m_changed.notify_all();
-        }) {}
+        })) {}
 
   template <class TCondition>
   ::testing::AssertionResult Wait(const TCondition& isTrue) {
@@ -190,7 +190,7 @@ class CChartFixture : public CHistoryFixture {
     const std::vector<std::vector<CString>> choices = {
         {"x"}, {"x", "y", "z"}, {"z", "y"}, {"none", "y", "y"}};
     for (int i = 0; i < count; ++i) {
-      const CChartQuery query = {RandomRange(random, m_data.Rows()),
+      const CChartQuery query = {RandomRange(random, m_data.Range()),
                                  static_cast<std::uint32_t>(1 + random() % (i % 2 ? 3000 : 200)),
                                  choices[random() % choices.size()]};
       const CChartPicture picture = Asked(query);
@@ -209,7 +209,7 @@ class CChartFixture : public CHistoryFixture {
     std::mt19937 random(seed);
     const std::vector<CString> variables = {"y", "none", "x", "z", "y"};
     for (int i = 0; i < count; ++i) {
-      const CMomentRange range = RandomRange(random, m_data.Rows());
+      const CMomentRange range = RandomRange(random, m_data.Range());
       m_data.AskStatistics(range, variables);
       m_data.AskValues(range.from, variables);
       ASSERT_TRUE(Wait([&] { return !m_data.Statistics().empty() && !m_data.Values().empty(); }));
@@ -241,7 +241,7 @@ class CChartFixture : public CHistoryFixture {
   // The file that an export has written; or its fault.
   std::string Exported(const CMomentRange& range, const std::vector<CString>& variables,
                        const CString& path) {
-    m_data.Export(path, range, variables);
+    m_data.Export({path, range, variables});
     EXPECT_TRUE(Wait([&] { return !m_data.ExportState().isRunning; }));
     const CString fault = m_data.ExportState().fault;
     return fault.IsEmpty() ? ReadBytes(path) : fault.Std();
@@ -250,8 +250,9 @@ class CChartFixture : public CHistoryFixture {
   std::mutex m_mutex;
   std::condition_variable m_changed;
   std::map<CString, CModelCurve> m_model;
-  std::vector<CMoment> m_edges;  // after rows
-  CChartData m_data;             // the last member: it ends before the others
+  std::vector<CMoment> m_edges;               // after rows
+  const std::unique_ptr<CChartData> m_pData;  // the last but one: it ends before the others
+  CChartData& m_data = *m_pData;
 };
 
 }  // namespace vastra

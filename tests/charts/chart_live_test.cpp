@@ -71,11 +71,11 @@ TEST_F(ChartLive, RowsGrowTenTimesASecondHoweverOftenPicturesAreAsked) {
   while (elapsed.count() < 600) {
     m_live->Add(TimeOf(++moment), &value, 1);
     Asked({{moment - 1000, moment}, 1000, {"x"}});
-    ends.insert(m_data.Rows().to);
+    ends.insert(m_data.Range().to);
     elapsed = std::chrono::steady_clock::now() - start;
   }
   EXPECT_LE(static_cast<double>(ends.size()), elapsed.count() / 100 + 3);
-  EXPECT_TRUE(Wait([&] { return m_data.Rows().to == moment + 1; }));
+  EXPECT_TRUE(Wait([&] { return m_data.Range().to == moment + 1; }));
 }
 
 // Of a feed: samples are missing in the ring, and the journal has them.

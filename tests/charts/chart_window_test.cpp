@@ -348,12 +348,19 @@ TEST_F(ChartWindow, PicturesAndRowsAreWritten) {
             std::string::npos);
   ActionOf("Copy Picture")->trigger();
   EXPECT_FALSE(QGuiApplication::clipboard()->image().isNull());
-  m_window.View().Change([](CChartState& state) { state.Show({99'500, 103'000}, CChartState::moveKeys); });
+  m_window.View().Change([](CChartState& state) {
+    state.Show({99'500, 103'000}, CChartState::moveKeys);
+    state.SetUtc(true);
+  });
   m_chooser.path = m_dir / "rows.csv";
+  ::setenv("TZ", "Asia/Kolkata", 1);
+  ::tzset();
   ActionOf("Export CSV...")->trigger();
   ASSERT_TRUE(Wait([&] { return HasFile("rows.csv"); }));
+  ::unsetenv("TZ");
+  ::tzset();
   const std::string csv = ReadBytes(m_chooser.path);
-  EXPECT_NE(csv.find(",100,50\n"), std::string::npos) << csv;
+  EXPECT_NE(csv.find("\n1970-01-01 00:01:40.000,100,50\n"), std::string::npos) << csv;
   EXPECT_EQ(std::ranges::count(csv, '\n'), 4) << csv;
   m_chooser.path = m_dir / "none/rows.csv";
   ActionOf("Export CSV...")->trigger();

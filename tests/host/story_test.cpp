@@ -130,8 +130,9 @@ TEST_F(Story, ADeviceDiesAndComesBackInEachWindow) {
     return false;
   };
   const auto isMarked = [&] {
-    const auto& curves = chart->View().State().Picture().curves;
-    return !curves.empty() && std::ranges::any_of(curves[0], &CCurveStep::hasInvalid);
+    const CChartState& shown = chart->View().State();  // the curves: a, b, c
+    return std::ranges::any_of(shown.StepsOf(1), &CCurveStep::hasInvalid) && shown.AwayOf(0).empty() &&
+           !shown.AwayOf(1).empty() && shown.ValueOf(1, {}).isAway;
   };
   ASSERT_TRUE(Wait([&] { return !age().isEmpty(); }));
   EXPECT_FALSE(age().startsWith("away") || isMarked());

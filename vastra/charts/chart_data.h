@@ -1,10 +1,10 @@
 // CChartData: the values behind a chart, from the logs and journals of folders and from the newest samples of
 // a running logger. It reads on a thread of its own: no call waits for the disk. Without Qt.
 //
-//     CChartData data([] { ... on the reading thread: data has changed; post a message to the window ... });
-//     data.SetSources({.paths = {{"/var/lib/vastra/kiln", true}}});
-//     data.Ask({.range = {from, to}, .columns = 1200, .variables = {"Temp"}});
-//     const CChartPicture picture = data.Picture();  // at once: what is known so far
+//     const auto data = CChartData::Make([] { ... on the reading thread: data has changed; post a message ...
+//     }); data->SetSources({.paths = {{"/var/lib/vastra/kiln", true}}}); data->Ask({.range = {from, to},
+//     .columns = 1200, .variables = {"Temp"}}); const CChartPicture picture = data->Picture();  // at once:
+//     what is known so far
 #pragma once
 
 #include <functional>
@@ -42,7 +42,8 @@ struct CChartPicture {
   double progress = 0;                          // of the reading, from 0 to 1
 };
 
-// What lies between two cursors, exactly: of each variable of the query.
+// What lies between two cursors, exactly: of each variable of the query. A value that several
+// logs have at the same moment counts once.
 struct CCurveStatistics {
   std::uint64_t values = 0;  // that are finite
   float least = 0, greatest = 0;
@@ -65,50 +66,54 @@ struct CChartSources {
   bool isThinned = false;
 };
 
-class CChartReader;
-
 class VASTRA_API CChartData {
  public:
   // onChange is called on the reading thread: the picture, the range, the variables or a result has changed.
-  explicit CChartData(std::function<void()> onChange);
+  static std::unique_ptr<CChartData> Make(std::function<void()> onChange);
+  CChartData() = default;
   CChartData(const CChartData&) = delete;
   CChartData& operator=(const CChartData&) = delete;
-  ~CChartData();  // ends the reading
+  virtual ~CChartData() = default;  // ends the reading
 
-  void SetSources(CChartSources sources);
-  // Looks at the folders again, as it does by itself now and then while there is a live logger.
-  void Rescan();
+  virtual void SetSources(CChartSources sources) = 0;
+  // Looks at the folders again.
+  virtual void Rescan() = 0;
+  // Whether it does so by itself every few seconds. With a live logger it always does.
+  virtual void Watch(bool isWatched) = 0;
 
-  std::vector<CString> Variables() const;     // of all sources
-  CMomentRange Rows() const;                  // from the first row to after the last one; {0, 0} without rows
-  std::vector<CHistoryFault> Faults() const;  // logs and folders that cannot be read
-  bool IsScanned() const;                     // false: the sources were not looked at yet
+  virtual std::vector<CString> Variables() const = 0;  // of all sources
+  virtual CMomentRange Range() const = 0;  // from the first row to after the last one; {0, 0} without rows
+  virtual std::vector<CHistoryFault> Faults() const = 0;  // logs and folders that cannot be read
+  virtual bool IsScanned() const = 0;                     // false: the sources were not looked at yet
 
   // Asks for curves. A new query takes the place of the former one, whose reading ends.
-  void Ask(CChartQuery query);
-  CChartPicture Picture() const;
+  virtual void Ask(CChartQuery query) = 0;
+  virtual CChartPicture Picture() const = 0;
 
   // Asks for exact figures of a range, for variables. Statistics() is empty until they are there.
-  void AskStatistics(const CMomentRange& range, std::vector<CString> variables);
-  std::vector<CCurveStatistics> Statistics() const;
+  virtual void AskStatistics(const CMomentRange& range, std::vector<CString> variables) = 0;
+  virtual std::vector<CCurveStatistics> Statistics() const = 0;
 
   // Asks for the values of variables at a moment: those of the last row at or before it that is not behind a
   // gap. Values() is empty until they are there; NaN: no value.
-  void AskValues(CMoment moment, std::vector<CString> variables);
-  std::vector<float> Values() const;
+  virtual void AskValues(CMoment moment, std::vector<CString> variables) = 0;
+  virtual std::vector<float> Values() const = 0;
 
-  // Writes the rows of range as CSV to a file, which appears whole or not at all. ExportState() tells.
-  void Export(const CString& path, const CMomentRange& range, std::vector<CString> variables);
+  // Writes rows as CSV to a file, which appears whole or not at all. ExportState() tells.
+  struct CExport {
+    CString path;
+    CMomentRange range;
+    std::vector<CString> variables;
+    bool isUtc = false;  // the times; else local
+  };
+  virtual void Export(CExport order) = 0;
   struct CExportState {
     bool isRunning = false;
     double progress = 0;
     CString fault;  // of the last one that has ended; empty: it was written
   };
-  CExportState ExportState() const;
-  void CancelExport();
-
- private:
-  std::unique_ptr<CChartReader> m_pReader;
+  virtual CExportState ExportState() const = 0;
+  virtual void CancelExport() = 0;
 };
 
 }  // namespace vastra

@@ -1,5 +1,6 @@
 #include "vastra/charts/chart_figures.h"
 
+#include <bit>
 #include <cmath>
 #include <limits>
 
@@ -32,13 +33,85 @@ void ForGroups(const CChartRows& rows, const std::vector<CString>& variables, co
   }
 }
 
-void AddLogged(const CChartRows& rows, const CMomentRange& range, const std::vector<CString>& names,
-               std::vector<CBucket>& buckets, const std::function<bool()>& isStopped) {
+using CIsStopped = std::function<bool()>;
+
+// The rows of logs that share no time with others.
+void AddSingle(const CChartRows& rows, const CMomentRange& range, const std::vector<CString>& names,
+               std::vector<CBucket>& buckets, const CIsStopped& isStopped) {
   if (range.from >= range.to) return;
   CBucketReader reader(rows.Logs(), {.range = range, .parts = kPartsBetweenLooks, .variables = names});
   CBucketPart part;
   while (!isStopped() && reader.Next(part))
     for (std::size_t i = 0; i < names.size(); ++i) buckets[i].Add(part.buckets[i]);
+}
+
+// The values of a variable at a moment, of the logs that have been read.
+class CSeenValues {
+ public:
+  // Adds a value. False: another log has it at this moment, too, as the logs of several outputs do.
+  bool Add(const CHistoryRow& row, float value) {
+    if (m_moment != row.moment) m_values.clear();
+    m_moment = row.moment;
+    const auto bits = std::bit_cast<std::uint32_t>(value);
+    const auto isKnown = [&](const CValue& known) { return known.log != row.log && known.bits == bits; };
+    if (std::any_of(m_values.begin(), m_values.end(), isKnown)) return false;
+    if (m_values.size() < kMost) m_values.push_back({row.log, bits});
+    return true;
+  }
+
+ private:
+  static constexpr std::size_t kMost = 64;  // of one moment
+  struct CValue {
+    const CHistoryLog* log;
+    std::uint32_t bits;
+  };
+  CMoment m_moment = kEndMoment;
+  std::vector<CValue> m_values;
+};
+
+// The rows of logs that share a time with others.
+void AddShared(const CChartRows& rows, const CMomentRange& range, const std::vector<CString>& names,
+               std::vector<CBucket>& buckets, const CIsStopped& isStopped) {
+  if (range.from >= range.to) return;
+  CRowReader reader(rows.Logs(), {.range = range, .variables = names});
+  std::vector<CSeenValues> seen(names.size());
+  CHistoryRow row;
+  for (std::uint64_t number = 0; reader.Next(row); ++number) {
+    if (number % kRowsBetweenLooks == 0 && isStopped()) return;
+    for (std::size_t i = 0; i < names.size(); ++i)
+      if (float value; row.Get(i, value) && seen[i].Add(row, value))
+        buckets[i].Add(reinterpret_cast<const char*>(&value), 0, 1);
+  }
+}
+
+// The times that several logs of a timeline share, in order and apart from each other.
+std::vector<CMomentRange> SharedTimes(const CTimeline& timeline) {
+  std::vector<CMomentRange> shared;
+  CMoment last = kFirstMoment - 1;  // of the logs before
+  for (const CTimeline::CStretch& stretch : timeline.stretches) {
+    const CMomentRange range = {stretch.first, std::min(stretch.last, last) + 1};
+    last = std::max(last, stretch.last);
+    if (range.from >= range.to) continue;
+    if (shared.empty() || range.from > shared.back().to)
+      shared.push_back(range);
+    else
+      shared.back().to = std::max(shared.back().to, range.to);
+  }
+  return shared;
+}
+
+void AddLogged(const CChartRows& rows, const CTimeline& timeline, CMomentRange range,
+               const std::vector<CString>& names, std::vector<CBucket>& buckets,
+               const CIsStopped& isStopped) {
+  range.to = std::min(range.to, timeline.since);
+  for (const CMomentRange& shared : SharedTimes(timeline)) {
+    if (shared.to <= range.from || shared.from >= range.to) continue;
+    AddSingle(rows, {range.from, shared.from}, names, buckets, isStopped);
+    range.from = std::max(range.from, shared.from);
+    AddShared(rows, {range.from, std::min(range.to, shared.to)}, names, buckets, isStopped);
+    range.from = shared.to;
+  }
+  AddSingle(rows, range, names, buckets, isStopped);
 }
 
 void AddLive(const CChartRows& rows, const CMomentRange& range, const std::vector<CString>& names,
@@ -96,7 +169,7 @@ std::vector<CCurveStatistics> StatisticsOf(const CChartRows& rows, const CMoment
   std::map<CString, CBucket> found;
   ForGroups(rows, variables, [&](const CTimeline& timeline, const std::vector<CString>& names) {
     std::vector<CBucket> buckets(names.size());
-    AddLogged(rows, {range.from, std::min(range.to, timeline.since)}, names, buckets, isStopped);
+    AddLogged(rows, timeline, range, names, buckets, isStopped);
     if (timeline.isLive) AddLive(rows, {std::max(range.from, timeline.since), range.to}, names, buckets);
     for (std::size_t i = 0; i < names.size(); ++i) found[names[i]] = buckets[i];
   });
@@ -126,13 +199,14 @@ std::vector<float> ValuesAt(const CChartRows& rows, CMoment moment, const std::v
   return values;
 }
 
-CString ExportRowsTo(const CString& path, const CChartRows& rows, const CMomentRange& range,
-                     const std::vector<CString>& variables, const std::function<bool(double)>& watch) {
+CString ExportRows(const CChartRows& rows, const CChartData::CExport& order,
+                   const std::function<bool(double)>& watch) {
+  const CString& path = order.path;
   if (HasFile(rows.Logs(), path)) return path + ": not written: it is one of the logs";
   try {
     SaveFile(path, [&](CFile& file) {
-      CCsvTable table(file, ETimeForm::local);
-      FillTable(table, rows, range, EachOnce(variables), watch);
+      CCsvTable table(file, order.isUtc ? ETimeForm::utc : ETimeForm::local);
+      FillTable(table, rows, order.range, EachOnce(order.variables), watch);
     });
     return {};
   } catch (const CFileException& fault) {

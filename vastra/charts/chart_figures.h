@@ -15,9 +15,9 @@ std::vector<CCurveStatistics> StatisticsOf(const CChartRows& rows, const CMoment
 std::vector<float> ValuesAt(const CChartRows& rows, CMoment moment, const std::vector<CString>& variables,
                             const std::function<bool()>& isStopped);
 
-// Writes the rows of range as CSV to the file at path, which appears whole or not at all. watch gets the part
-// that is written; false from it ends the export. Returns an error message, empty if the file was written.
-CString ExportRowsTo(const CString& path, const CChartRows& rows, const CMomentRange& range,
-                     const std::vector<CString>& variables, const std::function<bool(double)>& watch);
+// Does what CChartData::Export describes. watch gets the part that is written; false from it ends the export.
+// Returns an error message, empty if the file was written.
+CString ExportRows(const CChartRows& rows, const CChartData::CExport& order,
+                   const std::function<bool(double)>& watch);
 
 }  // namespace vastra

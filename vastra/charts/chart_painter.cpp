@@ -50,19 +50,17 @@ Qt::PenStyle StyleOf(const CChartLayout& layout, std::size_t curve) {
 }
 
 // Whether a curve is one line, without marks of values and of nodes that are away.
-bool IsPlain(std::span<const CCurveStep> steps, const CPlotScale& scale) {
+bool IsPlain(std::span<const CCurveStep> steps, std::span<const CMomentRange> away, const CPlotScale& scale) {
+  const auto isVisible = [&](const CMomentRange& range) {
+    return range.from < scale.range.to && range.to > scale.range.from;
+  };
+  if (std::ranges::any_of(away, isVisible)) return false;
   const auto nearby = scale.MomentAt(scale.left + kMarkSize) - scale.range.from;
   for (std::size_t i = 0; i < steps.size(); ++i) {
     if (steps[i].hasInvalid) return false;
     if (i > 0 && (!steps[i].isJoined || steps[i].from - steps[i - 1].to > nearby)) return false;
   }
   return true;
-}
-
-// The value at moment, or the newest one of the picture.
-CValueAt LegendValue(std::span<const CCurveStep> steps, std::optional<CMoment> moment) {
-  if (moment || steps.empty()) return ValueAt(steps, moment.value_or(0));
-  return ValueAt(steps, steps.back().to);
 }
 
 }  // namespace
@@ -269,11 +267,11 @@ void CChartPainter::PaintCurve(QPainter& painter, const CChartState& state, std:
   const double width = curve == state.Selected() ? kSelectedWidth : kCurveWidth;
   const CPlotScale scale = Scale(state, shown.axis);
   const QPen pen(ColourOf(shown), width, StyleOf(state.Layout(), curve), Qt::FlatCap, Qt::BevelJoin);
-  if (canvas && IsPlain(state.StepsOf(curve), scale) &&
+  if (canvas && IsPlain(state.StepsOf(curve), state.AwayOf(curve), scale) &&
       PaintPixels(*canvas, state.StepsOf(curve), scale, pen))
     return;
   m_geometry.Build(state.StepsOf(curve), scale, width);
-  PaintAway(painter, pen.color());
+  PaintAway(painter, state.AwayOf(curve), scale, pen.color());
   if (!canvas || !PaintPixels(*canvas, state.StepsOf(curve), scale, pen)) PaintPaths(painter, pen);
   m_marks.clear();
   for (const CPlotPoint& mark : m_geometry.Marks()) m_marks.emplace_back(mark.x, mark.y);
@@ -328,18 +326,32 @@ bool CChartPainter::PaintPixels(const CChartCanvas& canvas, std::span<const CCur
   return true;
 }
 
-// A tint where there is no value at all, and a lane at the bottom where some are missing.
-void CChartPainter::PaintAway(QPainter& painter, const QColor& colour) const {
+// A tint where there is no value at all, and a lane at the bottom where some are missing. told: by the
+// logger. A region, so that what both logs and logger say has the tint once.
+void CChartPainter::PaintAway(QPainter& painter, std::span<const CMomentRange> told, const CPlotScale& scale,
+                              const QColor& colour) const {
   const CChartBox& plot = m_frame.plot;
+  QRegion whole, all;
+  const auto add = [&](double from, double to, bool isWhole) {
+    const double left = std::max(from, plot.left), right = std::min(to, plot.Right());
+    if (right <= left) return;
+    const QRect stretch = QRectF(left, plot.top, right - left, plot.height).toAlignedRect();
+    all += stretch;
+    if (isWhole) whole += stretch;
+  };
+  for (const CAwayStretch& away : m_geometry.Away()) add(away.left, away.right, away.isWhole);
+  for (const CMomentRange& away : told)
+    if (away.to > scale.range.from)
+      add(scale.X(away.from), std::max(scale.X(away.to), scale.X(away.from) + 1), true);
   painter.setRenderHint(QPainter::Antialiasing, false);
-  for (const CAwayStretch& away : m_geometry.Away()) {
-    const double left = std::max(away.left, plot.left), right = std::min(away.right, plot.Right());
-    if (right <= left) continue;
-    if (away.isWhole)
-      painter.fillRect(QRectF(left, plot.top, right - left, plot.height), Tinted(colour, kAwayTint));
-    const QRectF lane(left, plot.Bottom() - kAwayLane, right - left, kAwayLane);
-    painter.fillRect(lane, away.isWhole ? QBrush(colour) : QBrush(colour, Qt::Dense4Pattern));
+  const auto lane = [&](const QRect& stretch) {
+    return QRectF(stretch.left(), plot.Bottom() - kAwayLane, stretch.width(), kAwayLane);
+  };
+  for (const QRect& stretch : whole) {
+    painter.fillRect(stretch, Tinted(colour, kAwayTint));
+    painter.fillRect(lane(stretch), colour);
   }
+  for (const QRect& stretch : all - whole) painter.fillRect(lane(stretch), QBrush(colour, Qt::Dense4Pattern));
 }
 
 void CChartPainter::PaintLegend(QPainter& painter, const CChartState& state,
@@ -371,7 +383,7 @@ void CChartPainter::PaintItem(QPainter& painter, const CChartState& state, std::
   painter.drawText(ToRect(item.name), Qt::AlignVCenter | Qt::AlignLeft,
                    metrics.elidedText(ToScreen(state.Caption(shown)), Qt::ElideMiddle, item.name.width));
   const QString value =
-      shown.isHidden ? QString("hidden") : ToScreen(ShortText(LegendValue(state.StepsOf(curve), moment)));
+      shown.isHidden ? QString("hidden") : ToScreen(ShortText(state.ValueOf(curve, moment)));
   painter.setPen(shown.isHidden ? m_ink.dim : ColourOf(shown));
   painter.drawText(ToRect(item.value), Qt::AlignVCenter | Qt::AlignLeft,
                    metrics.elidedText(value, Qt::ElideRight, item.value.width));

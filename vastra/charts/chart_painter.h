@@ -70,7 +70,8 @@ class CChartPainter {
   void PaintPaths(QPainter& painter, const QPen& pen);
   bool PaintPixels(const CChartCanvas& canvas, std::span<const CCurveStep> steps, const CPlotScale& scale,
                    const QPen& pen);
-  void PaintAway(QPainter& painter, const QColor& colour) const;
+  void PaintAway(QPainter& painter, std::span<const CMomentRange> told, const CPlotScale& scale,
+                 const QColor& colour) const;
   void PaintItem(QPainter& painter, const CChartState& state, std::size_t curve,
                  std::optional<CMoment> moment) const;
   void PaintTag(QPainter& painter, const QString& text, double x, double top, const QColor& colour) const;

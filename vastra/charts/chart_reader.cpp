@@ -9,6 +9,7 @@ using namespace std::chrono_literals;
 
 constexpr auto kLivePeriod = 100ms;     // of looks at the ring
 constexpr auto kRescanPeriod = 5s;      // of looks at the folders, with a ring
+constexpr auto kWatchPeriod = 3s;       // the same without a ring, while the folders are watched
 constexpr auto kFirstPublish = 10ms;    // after the query, unless the picture is final before
 constexpr auto kPublishPeriod = 100ms;  // while it is read
 
@@ -20,6 +21,10 @@ std::vector<CHistoryFault> FaultsOf(const std::vector<CHistoryLog>& logs) {
 }
 
 }  // namespace
+
+std::unique_ptr<CChartData> CChartData::Make(std::function<void()> onChange) {
+  return std::make_unique<CChartReader>(std::move(onChange));
+}
 
 CChartReader::CChartReader(std::function<void()> onChange) : m_onChange(std::move(onChange)) {
   m_thread = std::thread([this] { Run(); });
@@ -50,6 +55,14 @@ void CChartReader::SetSources(CChartSources sources) {
 void CChartReader::Rescan() {
   const std::lock_guard lock(m_mutex);
   m_isRescanWanted = true;
+  m_wake.notify_one();
+}
+
+// At once, too, so that what has come meanwhile is shown.
+void CChartReader::Watch(bool isWatched) {
+  const std::lock_guard lock(m_mutex);
+  m_isRescanWanted |= isWatched && !m_isWatched;
+  m_isWatched = isWatched;
   m_wake.notify_one();
 }
 
@@ -99,7 +112,7 @@ void CChartReader::Run() {
   }
 }
 
-// Until there is something to do; with a ring not longer than to the next look at it.
+// Until there is something to do; not longer than to the next look at the ring, or at the folders.
 void CChartReader::Wait() {
   std::unique_lock lock(m_mutex);
   const auto hasWork = [this] {
@@ -108,6 +121,8 @@ void CChartReader::Wait() {
   };
   if (m_live)
     m_wake.wait_until(lock, m_looked + kLivePeriod, hasWork);
+  else if (m_isWatched)
+    m_wake.wait_until(lock, m_scanned + kWatchPeriod, hasWork);
   else
     m_wake.wait(lock, hasWork);
 }
@@ -115,7 +130,9 @@ void CChartReader::Wait() {
 bool CChartReader::IsScanDue() const {
   const std::lock_guard lock(m_mutex);
   if (m_isRescanWanted || m_readSources != m_sourceNumber) return true;
-  return m_live && (!m_rows->IsComplete() || std::chrono::steady_clock::now() - m_scanned > kRescanPeriod);
+  const auto since = std::chrono::steady_clock::now() - m_scanned;
+  if (!m_live) return m_isWatched && since >= kWatchPeriod;
+  return !m_rows->IsComplete() || since > kRescanPeriod;
 }
 
 void CChartReader::Scan() {
@@ -307,29 +324,26 @@ void CChartReader::StartValues() {
   });
 }
 
-void CChartReader::Export(const CString& path, const CMomentRange& range, std::vector<CString> variables) {
+void CChartReader::Export(CExport order) {
   const std::lock_guard lock(m_mutex);
   m_exportState = {true, 0, {}};
-  m_exportJob.Start(
-      [this, rows = m_rows, path, range, variables = std::move(variables)](const auto& isStopped) {
-        const CString fault = ExportRowsTo(path, *rows, range, variables, [&](double progress) {
-          const std::lock_guard state(m_mutex);
-          m_exportState.progress = progress;
-          return !isStopped();
-        });
-        {
-          const std::lock_guard state(m_mutex);
-          m_exportState = {false, fault.IsEmpty() ? 1.0 : 0.0, fault};
-        }
-        Change();
-      });
+  m_exportJob.Start([this, rows = m_rows, order = std::move(order)](const auto& isStopped) {
+    const CString fault = ExportRows(*rows, order, [&](double progress) {
+      const std::lock_guard state(m_mutex);
+      m_exportState.progress = progress;
+      return !isStopped();
+    });
+    {
+      const std::lock_guard state(m_mutex);
+      m_exportState = {false, fault.IsEmpty() ? 1.0 : 0.0, fault};
+    }
+    Change();
+  });
 }
 
 CChartData::CExportState CChartReader::ExportState() const {
   const std::lock_guard lock(m_mutex);
   return m_exportState;
 }
-
-void CChartReader::CancelExport() { m_exportJob.Stop(); }
 
 }  // namespace vastra

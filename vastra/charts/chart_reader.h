@@ -10,32 +10,29 @@
 
 namespace vastra {
 
-class CChartReader {
+class CChartReader : public CChartData {
  public:
   using Time = std::chrono::steady_clock::time_point;
 
   explicit CChartReader(std::function<void()> onChange);
-  ~CChartReader();
+  ~CChartReader() override;
 
-  // As CChartData has them.
-  void SetSources(CChartSources sources);
-  void Rescan();
-  std::vector<CHistoryFault> Faults() const;
-  bool IsScanned() const;
-  void Ask(CChartQuery query);
-  CChartPicture Picture() const;
-  void AskStatistics(const CMomentRange& range, std::vector<CString> variables);
-  std::vector<CCurveStatistics> Statistics() const;
-  void AskValues(CMoment moment, std::vector<CString> variables);
-  std::vector<float> Values() const;
-  void Export(const CString& path, const CMomentRange& range, std::vector<CString> variables);
-  CChartData::CExportState ExportState() const;
-  void CancelExport();
-
-  // Of all rows at the last look at the ring, and at the logs.
-  CMomentRange Range() const;
-  // Of the last scan, and never null.
-  std::shared_ptr<const CChartRows> Rows() const;
+  void SetSources(CChartSources sources) override;
+  void Rescan() override;
+  void Watch(bool isWatched) override;
+  std::vector<CString> Variables() const override { return Rows()->Variables(); }
+  CMomentRange Range() const override;  // at the last look at the ring, and at the logs
+  std::vector<CHistoryFault> Faults() const override;
+  bool IsScanned() const override;
+  void Ask(CChartQuery query) override;
+  CChartPicture Picture() const override;
+  void AskStatistics(const CMomentRange& range, std::vector<CString> variables) override;
+  std::vector<CCurveStatistics> Statistics() const override;
+  void AskValues(CMoment moment, std::vector<CString> variables) override;
+  std::vector<float> Values() const override;
+  void Export(CExport order) override;
+  CExportState ExportState() const override;
+  void CancelExport() override { m_exportJob.Stop(); }
 
  private:
   struct CRangeOrder {
@@ -43,6 +40,8 @@ class CChartReader {
     std::vector<CString> variables;
   };
 
+  // Of the last scan, and never null.
+  std::shared_ptr<const CChartRows> Rows() const;
   void Run();
   void Wait();
   void Scan();
@@ -61,7 +60,7 @@ class CChartReader {
 
   mutable std::mutex m_mutex;  // of what follows
   std::condition_variable m_wake;
-  bool m_isEnding = false, m_isRescanWanted = false;
+  bool m_isEnding = false, m_isRescanWanted = false, m_isWatched = false;
   std::uint64_t m_sourceNumber = 0;  // counts the calls of SetSources
   CChartSources m_sources;
   std::uint64_t m_askNumber = 0;  // counts those of Ask
@@ -74,7 +73,7 @@ class CChartReader {
   std::optional<CRangeOrder> m_statisticsOrder, m_valuesOrder;  // of the latter only range.from counts
   std::vector<CCurveStatistics> m_statistics;
   std::vector<float> m_values;
-  CChartData::CExportState m_exportState;
+  CExportState m_exportState;
 
   // Of the thread that reads pictures.
   std::unique_ptr<CCatalogue> m_catalogue;

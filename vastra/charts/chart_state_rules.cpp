@@ -257,6 +257,25 @@ void CChartState::Settle() {
   FitAxes();
 }
 
+std::span<const CMomentRange> CChartState::AwayOf(std::size_t curve) const {
+  auto found = m_away.find(m_layout.curves[curve].variable);
+  if (found == m_away.end()) found = m_away.find({});
+  if (found == m_away.end()) return {};
+  return found->second;
+}
+
+// No row is newer than the moment since which its node is away.
+CValueAt CChartState::ValueOf(std::size_t curve, std::optional<CMoment> moment) const {
+  const std::span<const CCurveStep> steps = StepsOf(curve);
+  const CMoment newest = steps.empty() ? m_rows.to - 1 : steps.back().to;
+  const CValueAt value = ValueAt(steps, moment.value_or(newest));
+  const CMoment at = moment.value_or(m_rows.to - 1);
+  const auto isThere = [&](const CMomentRange& away) {
+    return away.Has(at) && (moment ? !value.hasValue : newest <= away.from);
+  };
+  return std::ranges::any_of(AwayOf(curve), isThere) ? CValueAt{.isAway = true} : value;
+}
+
 void CChartState::FindSteps() {
   m_steps.clear();
   const std::vector<CString>& known = m_picture.query.variables;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <span>
 
 #include "vastra/charts/chart_cursor_rules.h"
@@ -12,6 +13,9 @@
 namespace vastra {
 
 constexpr std::size_t kCursors = 2;
+
+// When the nodes of variables did not answer, in the order of time; without a name: of all other variables.
+using CAwayRanges = std::map<CString, std::vector<CMomentRange>>;
 
 class VASTRA_API CChartState {
  public:
@@ -74,6 +78,12 @@ class VASTRA_API CChartState {
   const CChartPicture& Picture() const { return m_picture; }
   std::span<const CCurveStep> StepsOf(std::size_t curve) const;
 
+  // What the logger has said of nodes that are away: logs without rows say nothing of it.
+  void SetAway(CAwayRanges away) { m_away = std::move(away); }
+  std::span<const CMomentRange> AwayOf(std::size_t curve) const;
+  // The value of a curve at a moment; without one, the newest value of the picture.
+  CValueAt ValueOf(std::size_t curve, std::optional<CMoment> moment) const;
+
   // Cursors.
   bool HasCursors() const { return m_hasCursors; }
   void ShowCursors(bool areShown);  // in the visible range
@@ -99,6 +109,7 @@ class VASTRA_API CChartState {
   CChartPlaces m_places;
   CChartPicture m_picture;
   std::vector<std::size_t> m_steps;  // of each curve its place in the picture, or kNoCurve
+  CAwayRanges m_away;
   std::size_t m_selected = kNoCurve;
   bool m_hasCursors = false;
   CMoment m_cursors[kCursors] = {kFirstMoment - 1, kFirstMoment - 1};  // not placed yet

@@ -26,6 +26,7 @@ namespace {
 
 constexpr int kNoteTime = 10'000;            // milliseconds
 constexpr int kTakePause = 40;               // milliseconds between two looks at the data
+constexpr int kLastRowsPause = 500;          // milliseconds until the last samples of a run have come
 constexpr CMoment kFollowedLength = 60'000;  // milliseconds that a chart of a logger begins with
 constexpr std::size_t kMostFaults = 20;      // that are listed
 
@@ -40,8 +41,10 @@ CChartWindow::CChartWindow() {
   connect(&m_take, &QTimer::timeout, this, [this] { TakeData(); });
   m_noteEnd.setSingleShot(true);
   connect(&m_noteEnd, &QTimer::timeout, this, [this] { Note({}); });
+  m_followEnd.setSingleShot(true);
+  connect(&m_followEnd, &QTimer::timeout, this, [this] { EndFollowing(); });
   m_taken.start();
-  m_data = std::make_unique<CChartData>([this] { NoteChange(); });
+  m_data = CChartData::Make([this] { NoteChange(); });
   ShowHint();
   Changed();
 }
@@ -145,6 +148,7 @@ void CChartWindow::AddCurves(const std::vector<CString>& variables) {
 void CChartWindow::Changed() {
   if (!m_data) return;  // while the window is made
   UpdateChartCommands(m_commands, *m_view);
+  m_data->Watch(m_view->State().Layout().isFollowing);
   Ask();
   AskFigures();
   MarkVariables();
@@ -210,10 +214,8 @@ void CChartWindow::TakeData() {
   m_isNoted = false;
   m_taken.restart();
   m_variables->SetVariables(m_data->Variables(), m_groups);
-  const CMomentRange rows = m_data->Rows(), known = m_view->State().Rows();
   m_view->SetPicture(m_data->Picture());
-  if (rows.from != known.from || rows.to != known.to)
-    m_view->Change([&](CChartState& state) { state.SetRows(rows); });
+  TakeRows();
   TakeFirstCurves();
   TakeFigures();
   TakeExport();
@@ -228,11 +230,55 @@ void CChartWindow::showEvent(QShowEvent* event) {
   if (list > most) m_columns->setSizes({most, width() - most});
 }
 
+// A chart that follows goes on while no node answers.
+void CChartWindow::TakeRows() {
+  CMomentRange rows = m_data->Range();
+  if (rows.to > rows.from) rows.to = std::max(rows.to, m_awayUntil);
+  if (!(rows == m_view->State().Rows())) m_view->Change([&](CChartState& state) { state.SetRows(rows); });
+}
+
+void CChartWindow::SetAway(CAwayRanges away) {
+  if (!m_sources.live) return;
+  for (const auto& [variable, ranges] : away)
+    if (!ranges.empty()) m_awayUntil = std::max(m_awayUntil, ranges.back().to);
+  m_view->Change([&](CChartState& state) { state.SetAway(std::move(away)); });
+  TakeRows();
+}
+
+void CChartWindow::SetRunning(bool isRunning) {
+  if (!m_sources.live) return;
+  if (!isRunning) return m_followEnd.start(kLastRowsPause);
+  m_followEnd.stop();
+  const bool goesOn = m_followed && *m_followed == m_view->State().Range();
+  m_followed.reset();
+  if (goesOn) m_view->Change([](CChartState& state) { state.Follow(true); });
+}
+
+void CChartWindow::EndFollowing() {
+  if (!m_data->IsScanned()) return m_followEnd.start(kLastRowsPause);
+  if (!m_view->State().Layout().isFollowing) return;
+  m_view->Change([](CChartState& state) { state.Follow(false); });
+  m_followed = m_view->State().Range();
+}
+
 void CChartWindow::TakeFirstCurves() {
   if (m_firstCurves == 0 || !m_data->IsScanned()) return;
-  const std::vector<CString> variables = m_data->Variables();
+  std::vector<CString> variables = ListedVariables();
   if (variables.empty()) return;
-  if (variables.size() <= std::exchange(m_firstCurves, 0)) AddCurves(variables);
+  const std::size_t most = std::exchange(m_firstCurves, 0);
+  if (!m_view->State().Layout().curves.empty() || (m_isAllOrNone && variables.size() > most)) return;
+  variables.resize(std::min(variables.size(), most));
+  AddCurves(variables);
+}
+
+// In the order of the list: by node, and then the others.
+std::vector<CString> CChartWindow::ListedVariables() const {
+  std::vector<CString> rest = m_data->Variables(), listed;
+  for (const CListedNode& group : m_groups)
+    for (const CString& variable : group.variables)
+      if (std::erase(rest, variable) > 0) listed.push_back(variable);
+  listed.insert(listed.end(), rest.begin(), rest.end());
+  return listed;
 }
 
 void CChartWindow::TakeExport() {

@@ -37,8 +37,17 @@ class VASTRA_API CChartWindow : public QMainWindow {
   // Shows the newest rows and follows, unless the user has chosen a range.
   void FollowNewest();
   void AddCurves(const std::vector<CString>& variables);
-  // Shows all variables as soon as they are known, if there are at most so many.
-  void AddFirstCurves(std::size_t most) { m_firstCurves = most; }
+  // Shows variables as soon as they are known, unless there are curves by then: the first ones of the list,
+  // at most so many; or all of them, and none if there are more.
+  void AddFirstCurves(std::size_t most, bool allOrNone) {
+    m_firstCurves = most;
+    m_isAllOrNone = allOrNone;
+  }
+  // Whether the logger runs. A chart of one that has ended ends to follow it when it has the last rows, and
+  // follows again when the logger does, unless the user has moved meanwhile.
+  void SetRunning(bool isRunning);
+  // When the nodes of the logger were away. A chart without a logger does not change.
+  void SetAway(CAwayRanges away);
 
   // The layout and the place of the window; what is not one changes nothing.
   QJsonObject State() const;
@@ -70,7 +79,10 @@ class VASTRA_API CChartWindow : public QMainWindow {
   void AskFigures();
   void NoteChange();
   void TakeData();
+  void TakeRows();
   void TakeFirstCurves();
+  std::vector<CString> ListedVariables() const;
+  void EndFollowing();
   void TakeFigures();
   void TakeExport();
   void ShowHint();
@@ -96,7 +108,7 @@ class VASTRA_API CChartWindow : public QMainWindow {
   QPushButton *m_faults, *m_cancel;
   QList<CChartCommand> m_commands;
   QMenu *m_axisMenu = nullptr, *m_colourMenu = nullptr, *m_curveMenu = nullptr;
-  QTimer m_take, m_noteEnd;
+  QTimer m_take, m_noteEnd, m_followEnd;
   QElapsedTimer m_taken;  // since the last look at the data
   std::atomic<bool> m_isNoted = false;
 
@@ -108,10 +120,13 @@ class VASTRA_API CChartWindow : public QMainWindow {
   CMoment m_figureCursors[kCursors] = {};
   std::size_t m_valueCursor = kCursors;  // the cursor whose values are awaited; kCursors: none
   CCursorFigures m_cursorFigures;
-  std::size_t m_firstCurves = 0;
-  CString m_exportPath;                // while it is written
-  QString m_note;                      // the result of the last operation
-  std::unique_ptr<CChartData> m_data;  // the last member: its thread ends first
+  std::size_t m_firstCurves = 0;  // that are awaited
+  bool m_isAllOrNone = false;
+  std::optional<CMomentRange> m_followed;  // where the chart has ended to follow
+  CMoment m_awayUntil = 0;                 // a node was away until then
+  CString m_exportPath;                    // while it is written
+  QString m_note;                          // the result of the last operation
+  std::unique_ptr<CChartData> m_data;      // the last member: its thread ends first
 };
 
 }  // namespace vastra

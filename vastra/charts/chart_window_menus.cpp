@@ -243,7 +243,7 @@ void CChartWindow::ExportRows() {
   CString path;
   if (!ChooseFile(SaveQuestion(kCsvFilter, "csv"), path)) return;
   m_exportPath = path;
-  m_data->Export(path, state.Range(), std::move(variables));
+  m_data->Export({path, state.Range(), std::move(variables), state.Layout().isUtc});
   ShowStatus();
 }
 
