@@ -63,6 +63,20 @@ TEST_F(CurveRaster, ALineHasTheAreaOfItsLengthAndWidth) {
   }
 }
 
+// A wide line stays wide where it has several rows for each pixel.
+TEST_F(CurveRaster, ADenseLineIsAsWideAsOneOfFewRows) {
+  for (const float slope : {0.3F, 1.0F, 2.5F})
+    for (const double width : {3.0, 4.5}) {
+      std::vector<CCurveStep> line;
+      for (double x = 10; x <= 20.01; x += 0.25)
+        line.push_back(Row(x, 2 + slope * static_cast<float>(x - 10), x > 10));
+      Draw(line, width);
+      const double dense = Ink();
+      Draw({line.front(), line.back()}, width);
+      EXPECT_NEAR(dense / Ink(), 1, 0.2) << slope << " " << width;
+    }
+}
+
 // A dash is as long as it should be, however the line is cut in rows and whatever its slope is.
 TEST_F(CurveRaster, DashesFollowTheLine) {
   for (const double step : {0.7, 3.0, 40.0})

@@ -100,7 +100,8 @@ void CCurveRaster::DrawSteps(std::span<const CCurveStep> steps, const CPlotScale
   draw();
 }
 
-// A column of many values is filled; where it has one, or is apart from the one before, a line leads to it.
+// A column of many values is filled, as wide as the line at least; where it has one, or is apart from the one
+// before, a line leads to it.
 void CCurveRaster::Draw(const CColumn& column, const CColumn* before) {
   const bool isJoined = before && column.isJoined;
   const bool isBeside = isJoined && before->isDense && column.isDense && column.left - before->right < 2;
@@ -121,7 +122,12 @@ void CCurveRaster::Draw(const CColumn& column, const CColumn* before) {
     m_way = std::fmod(m_way + std::hypot(column.right - fromX, column.last - fromY), m_dashLength);
     if (bottom - top < kFlat && !IsDrawnAt(m_way)) return;
   }
-  Fill(from, static_cast<int>(column.right) + 1, top - m_halfWidth, bottom + m_halfWidth);
+  const int end = static_cast<int>(column.right) + 1,
+            beside = static_cast<int>(std::lround(m_halfWidth - 0.5F));
+  Fill(from, end, top - m_halfWidth, bottom + m_halfWidth);
+  if (beside <= 0) return;
+  Fill(from - beside, from, top, bottom);
+  Fill(end, end + beside, top, bottom);
 }
 
 void CCurveRaster::Fill(int left, int right, float top, float bottom) {
