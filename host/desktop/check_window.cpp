@@ -92,7 +92,7 @@ void CCheckWindow::MakeButtons() {
   };
   m_start = add("&Start Anyway", [this] { Start(); });
   m_open = add("&Go There", [this] { GoThere(); });
-  add("Check &Again", [this] { m_listener.check(); });
+  m_again = add("Check &Again", [this] { m_listener.check(); });
   buttons->addButton(QDialogButtonBox::Close);
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::close);
   layout()->addWidget(buttons);
@@ -133,7 +133,7 @@ void CCheckWindow::BringUp() {
   raise();
   activateWindow();
   if (CanStart()) return m_start->setFocus();
-  if (m_list->isEnabled()) m_list->setFocus();
+  m_list->isEnabled() ? m_list->setFocus() : m_again->setFocus();
 }
 
 void CCheckWindow::ShowDetails() {

@@ -55,7 +55,7 @@ class CCheckWindow : public QDialog {
   QLabel* m_verdict;
   QTreeWidget* m_list;
   QPlainTextEdit* m_details;
-  QPushButton *m_start = nullptr, *m_open = nullptr;
+  QPushButton *m_start = nullptr, *m_open = nullptr, *m_again = nullptr;
 };
 
 }  // namespace vastra

@@ -13,6 +13,7 @@
 #include "host/common/shown_text.h"
 #include "host/desktop/main_window.h"
 #include "host/desktop/quit_signals.h"
+#include "host/desktop/window_keys.h"
 #include "vastra/plc/node_workers.h"
 #include "vastra/ui/text.h"
 
@@ -77,6 +78,7 @@ int Main(int argc, char** argv) {
   QApplication::setApplicationName("Vastra");  // the title of message boxes
   QApplication::setQuitOnLastWindowClosed(false);
   CColours::UseChosen(CSettings());
+  const CWindowKeys keys;
   CMainWindow window;
   const CQuitSignals stops([&window] { window.StopAndQuit(); });
   if (!request.file.IsEmpty() || request.logs.empty())

@@ -80,6 +80,13 @@ void CValuesWindow::MakeBar() {
     m_search->setFocus(Qt::ShortcutFocusReason);
     m_search->selectAll();
   });
+  auto* down = new QShortcut(Qt::Key_Down, m_search);
+  down->setContext(Qt::WidgetShortcut);
+  connect(down, &QShortcut::activated, m_view, [this] {
+    m_view->setFocus(Qt::OtherFocusReason);
+    if (!m_view->selectionModel()->hasSelection())
+      m_view->selectRow(std::max(0, m_view->currentIndex().row()));
+  });
   auto* reset = new QPushButton("&Reset", this);
   reset->setToolTip("Min, max and mean begin again");
   connect(reset, &QPushButton::clicked, this, [this] { Reset(); });
@@ -166,8 +173,10 @@ void CValuesWindow::BringUp() {
   activateWindow();
 }
 
+// A search that was kept can be of the variables of another logger.
 void CValuesWindow::showEvent(QShowEvent* event) {
   Look();
+  if (m_model->rowCount() == 0 && m_model->Variables() > 0) m_search->clear();
   m_timer.start(kLookPeriod);
   QWidget::showEvent(event);
 }

@@ -5,8 +5,10 @@
 #include <QScrollBar>
 #include <QStyleFactory>
 #include <QTabBar>
+#include <QTableView>
 #include <QToolButton>
 
+#include "host/desktop/window_keys.h"
 #include "tests/host/desktop_window.h"
 
 namespace vastra {
@@ -104,6 +106,27 @@ TEST_F(Keyboard, EachStopHasANameAndShowsTheFocusAlsoInADarkPalette) {
     }
     EXPECT_GT(stops, 12);
   }
+}
+
+TEST_F(Keyboard, AWindowThatAKeyOpenedShowsItsFocusAndIsClosedByAKey) {
+  const CWindowKeys keys;
+  CTestWindow main(m_demo);
+  QTest::keyClick(&main, Qt::Key_F12);
+  ActionOf(main, "Values")->trigger();
+  QWidget* values = TopLevel("Values");
+  EXPECT_TRUE(values->testAttribute(Qt::WA_KeyboardFocusChange));
+  auto* search = Find<QLineEdit>(values, "Search");
+  ASSERT_TRUE(Wait([&] { return QApplication::activeWindow() == values; }));
+  search->setFocus();
+  QTest::keyClick(search, Qt::Key_Down);
+  EXPECT_TRUE(Find<QTableView>(values, "Values")->hasFocus());
+  search->setText("no such variable");
+  QTest::keyClick(search, Qt::Key_W, Qt::ControlModifier);
+  EXPECT_FALSE(values->isVisible());
+  ActionOf(main, "Values")->trigger();
+  EXPECT_EQ(search->text(), "") << "a search that was kept and finds nothing";
+  QTest::keyClick(&main, Qt::Key_W, Qt::ControlModifier);
+  EXPECT_TRUE(main.isVisible());
 }
 
 }  // namespace

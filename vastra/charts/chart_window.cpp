@@ -214,6 +214,7 @@ void CChartWindow::TakeData() {
   m_isNoted = false;
   m_taken.restart();
   m_variables->SetVariables(m_data->Variables(), m_groups);
+  FitList();
   m_view->SetPicture(m_data->Picture());
   TakeRows();
   TakeFirstCurves();
@@ -226,8 +227,19 @@ void CChartWindow::TakeData() {
 // The list leaves most of a small screen to the plot.
 void CChartWindow::showEvent(QShowEvent* event) {
   QMainWindow::showEvent(event);
-  const int list = m_columns->sizes().front(), most = width() / 3;
-  if (list > most) m_columns->setSizes({most, width() - most});
+  SetListWidth(m_columns->sizes().front());
+}
+
+void CChartWindow::SetListWidth(int list) {
+  list = std::min(list, width() / 3);
+  m_columns->setSizes({list, width() - list});
+}
+
+// Long names are shown whole, unless the user has chosen the width.
+void CChartWindow::FitList() {
+  if (m_isListFitted || m_data->Variables().empty()) return;
+  m_isListFitted = true;
+  SetListWidth(std::max(m_columns->sizes().front(), m_variables->BestWidth()));
 }
 
 // A chart that follows goes on while no node answers.
@@ -300,10 +312,23 @@ void CChartWindow::ShowHint() {
   if (!m_data->IsScanned())
     hint = "Looking at the logs...";
   else if (!hasRows && !m_sources.live)
-    hint = "There are no logs. Drop logs or a folder here, or choose them with File, Add Logs.";
+    hint = EmptyHint();
   else if (state.Layout().curves.empty())
-    hint = "Drag variables here, or double-click them in the list.";
+    hint = "Drag variables here, or double-click them in the list (Enter).";
   m_view->SetHint(hint);
+}
+
+// Why nothing was found.
+QString CChartWindow::EmptyHint() const {
+  const std::vector<CHistoryFault> faults = m_data->Faults();
+  QString hint = "There are no logs";
+  if (!faults.empty()) {
+    hint = ToScreen(faults.front().path + ": " + faults.front().fault);
+    if (faults.size() > 1) hint += QString("; and %1 more").arg(faults.size() - 1);
+  } else if (m_added.size() == 1) {
+    hint += " in " + ToScreen(m_added.front().path);
+  }
+  return hint + ".\nDrop logs or a folder here, or choose them with File, Add Logs.";
 }
 
 void CChartWindow::ShowStatus() {
@@ -385,7 +410,7 @@ void CChartWindow::SetState(const QJsonObject& state) {
     return QByteArray::fromBase64(state[key].toString().toLatin1());
   };
   restoreGeometry(bytes("place"));
-  m_columns->restoreState(bytes("columns"));
+  m_isListFitted = m_columns->restoreState(bytes("columns"));
   m_rows->restoreState(bytes("rows"));
   CChartLayout layout;
   if (!ReadLayoutFields(state["layout"].toObject(), layout).IsEmpty()) return;

@@ -86,6 +86,9 @@ class VASTRA_API CChartWindow : public QMainWindow {
   void TakeFigures();
   void TakeExport();
   void ShowHint();
+  QString EmptyHint() const;
+  void SetListWidth(int list);
+  void FitList();
   void ShowStatus();
   void ShowFaults();
   void Note(const QString& note);
@@ -120,6 +123,7 @@ class VASTRA_API CChartWindow : public QMainWindow {
   CMoment m_figureCursors[kCursors] = {};
   std::size_t m_valueCursor = kCursors;  // the cursor whose values are awaited; kCursors: none
   CCursorFigures m_cursorFigures;
+  bool m_isListFitted = false;
   std::size_t m_firstCurves = 0;  // that are awaited
   bool m_isAllOrNone = false;
   std::optional<CMomentRange> m_followed;  // where the chart has ended to follow

@@ -5,6 +5,7 @@
 #include <QLineEdit>
 #include <QMimeData>
 #include <QPainter>
+#include <QScrollBar>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
@@ -205,6 +206,12 @@ void CVariableList::FocusList() {
   if (!m_tree->selectedItems().isEmpty()) return;
   const auto first = std::ranges::find_if(m_items, [](const auto* item) { return !item->isHidden(); });
   if (first != m_items.end()) m_tree->setCurrentItem(*first);
+}
+
+int CVariableList::BestWidth() const {
+  const QAbstractItemView* view = m_tree;
+  return view->sizeHintForColumn(0) + 2 * m_tree->frameWidth() +
+         m_tree->verticalScrollBar()->sizeHint().width();
 }
 
 bool CVariableList::eventFilter(QObject* watched, QEvent* event) {

@@ -37,6 +37,7 @@ class CVariableList : public QWidget {
   // The variables that are in the chart, with their colours as 0xRRGGBB.
   void Mark(const std::map<CString, unsigned>& colours);
   void FocusSearch();
+  int BestWidth() const;  // that shows the names whole
 
  protected:
   // Down leads from the search to the list.
