@@ -1,7 +1,10 @@
 #include "vastra/platform/thread.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <filesystem>
+#include <set>
 #include <thread>
 
 #include "vastra/platform/message.h"
@@ -17,12 +20,33 @@ class CWorker : public CWinThread {
  public:
   ~CWorker() override { PostMessage(m_target, kDeleted, 0, 0); }
   int InitInstance() override { return m_runs; }
-  int Run() override { return PostMessage(m_target, kRun, 0, 0), 0; }
+  int Run() override { return PostMessage(m_target, kRun, static_cast<WPARAM>(::gettid()), 0), 0; }
 
   bool m_runs = false;
   HWND m_target = nullptr;
 };
 IMPLEMENT_DYNCREATE(CWorker, CWinThread)
+
+// The threads of the system that run so many workers at a time, again and again.
+std::set<WPARAM> ThreadsOf(std::size_t workers, int times) {
+  CMessageQueue queue;
+  std::set<WPARAM> threads;
+  for (int i = 0; i < times; ++i) {
+    std::vector<CWorker*> all(workers);
+    for (CWorker*& worker : all) {
+      worker = static_cast<CWorker*>(AfxBeginThread(RUNTIME_CLASS(CWorker)));
+      worker->m_runs = true;
+      worker->m_target = &queue;
+    }
+    for (CWorker* worker : all) worker->ResumeThread();
+    CMessage message;
+    for (std::size_t deleted = 0; deleted < workers; deleted += message.m_message == kDeleted ? 1 : 0) {
+      queue.Wait(message, -1);
+      if (message.m_message == kRun) threads.insert(message.m_wparam);
+    }
+  }
+  return threads;
+}
 
 TEST(Thread, RunsWhenItIsResumedUnlessInitInstanceReturnsZeroAndDeletesItself) {
   for (const bool runs : {true, false}) {
@@ -39,6 +63,20 @@ TEST(Thread, RunsWhenItIsResumedUnlessInitInstanceReturnsZeroAndDeletesItself) {
   }
   EXPECT_EQ(AfxBeginThread(RUNTIME_CLASS(CWinThread)), nullptr) << "it has no factory";
   EXPECT_EQ(AfxBeginThread(RUNTIME_CLASS(CObject)), nullptr);
+}
+
+// A thread can still be on its way back to its place when the next worker begins.
+TEST(Thread, WorkersUseThreadsAgainAndFewAreKept) {
+  EXPECT_LE(ThreadsOf(1, 100).size(), 4U);
+  const std::size_t many = kStandingThreads + 10;
+  EXPECT_EQ(ThreadsOf(many, 1).size(), many) << "a worker waits for another one";
+  constexpr auto kMost = static_cast<std::ptrdiff_t>(kStandingThreads) + 3;  // with those of the test
+  const auto present = [] {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
+  };
+  for (int i = 0; i < 500 && present() > kMost; ++i)
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  EXPECT_LE(present(), kMost) << "all of them stay";
 }
 
 // The lock is recursive.

@@ -1,10 +1,11 @@
-// Locks and worker threads. A thread is created by its class, starts suspended and deletes itself.
+// Locks and worker threads. A worker is created by its class, starts suspended and deletes itself. The
+// threads of the system that run the workers stay for the next ones.
 #pragma once
 
 #include <signal.h>
 
 #include <atomic>
-#include <memory>
+#include <cstddef>
 #include <mutex>
 
 #include "vastra/platform/object.h"
@@ -47,8 +48,10 @@ class VASTRA_API CSingleLock {
   bool m_locked = false;
 };
 
-// One thread. It calls InitInstance, then Run if that has returned non-zero, then ExitInstance, and deletes
-// the object. The creator must not use the object after ResumeThread.
+class CStandingThread;
+
+// A worker with a thread. The thread calls InitInstance, then Run if that has returned non-zero, then
+// ExitInstance, and deletes the object. The creator must not use the object after ResumeThread.
 class VASTRA_API CWinThread : public CObject {
   DECLARE_DYNAMIC(CWinThread)
  public:
@@ -63,14 +66,17 @@ class VASTRA_API CWinThread : public CObject {
 
  private:
   friend VASTRA_API CWinThread* AfxBeginThread(const CRuntimeClass& threadClass);
-  struct CGate;  // the new thread waits for it until ResumeThread
-  static void* Main(void* thread);
+  friend class CStandingThread;
 
-  std::unique_ptr<CGate> m_gate;
+  CStandingThread* m_thread = nullptr;  // runs this worker after ResumeThread
 };
 
-// Creates an object of threadClass, which has a default factory, and its suspended thread. Returns null if
-// memory or a thread cannot be allocated.
+// How many threads without work are kept for the next workers.
+constexpr std::size_t kStandingThreads = 16;
+
+// Creates an object of threadClass, which has a default factory, and gives it a thread, which is suspended:
+// one whose worker has ended, so that a scan starts no thread of the system, or else a new one. The threads
+// get no signals. Returns null if memory or a thread cannot be allocated.
 VASTRA_API CWinThread* AfxBeginThread(const CRuntimeClass& threadClass);
 
 // While it exists, the calling thread starts threads that get no signals: those of the process go to the
