@@ -1,5 +1,7 @@
 #include "host/desktop/runner.h"
 
+#include <QThread>
+
 #include <algorithm>
 #include <utility>
 
@@ -73,8 +75,13 @@ void CRunner::InBackground(std::function<int()> work, UINT message) {
       std::thread([this, work = std::move(work), message] { Post(message, static_cast<WPARAM>(work()), 0); });
 }
 
-// From any thread.
+// From any thread. A report that a step sends itself waits for the end of the step only, not for the event
+// loop, which may have windows to draw.
 void CRunner::Post(UINT message, WPARAM wparam, LPARAM) {
+  if (QThread::currentThread() == m_receiver.thread()) {
+    m_ownReport = {message, wparam, 0};
+    return;
+  }
   QMetaObject::invokeMethod(
       &m_receiver, [this, message, wparam] { OnMessage(message, wparam); }, Qt::QueuedConnection);
   if (message == messageOpened || message == messageClosed) return;
@@ -102,6 +109,8 @@ void CRunner::OnMessage(UINT message, WPARAM wparam) {
 void CRunner::Drive(const std::function<void()>& step) {
   m_driving = true;
   step();
+  while (const auto report = std::exchange(m_ownReport, {}))
+    m_run->Notify(report->m_message, report->m_wparam);
   m_driving = false;
 }
 

@@ -12,6 +12,7 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <thread>
 
 #include "host/run/run.h"
@@ -71,6 +72,8 @@ class CRunner : private CMessageTarget, private CRunObserver {
   CRunMessenger& m_messenger;
   std::unique_ptr<CRun> m_run;
   std::thread m_background;
+  // A report of the thread of the window: a stage that has nothing to do sends it during the step.
+  std::optional<CMessage> m_ownReport;
   std::mutex m_mutex;
   std::condition_variable m_posted;
   int m_reports = 0;  // of workers that were posted and are not handled yet; guarded by m_mutex
