@@ -132,15 +132,30 @@ std::vector<CVariableGroup> CChartRows::GroupsOf(const std::vector<CString>& var
   return groups;
 }
 
-double CChartRows::Estimate(const CTimeline& timeline, const CMomentRange& range,
-                            const CLiveHead& head) const {
+double CChartRows::EstimateLogs(const CTimeline& timeline, const CMomentRange& range) const {
   const CMomentRange ofLogs = {range.from, std::min(range.to, timeline.since)};
   double rows = 0;
   for (const CTimeline::CStretch& stretch : timeline.stretches)
     rows += Share(ofLogs, stretch.first, stretch.last, stretch.rows);
+  return rows;
+}
+
+double CChartRows::Estimate(const CTimeline& timeline, const CMomentRange& range,
+                            const CLiveHead& head) const {
+  const double rows = EstimateLogs(timeline, range);
   if (!timeline.isLive || range.to <= timeline.since || head.first == head.end) return rows;
   return rows + Share({std::max(range.from, timeline.since), range.to}, head.firstMoment, head.lastMoment,
                       head.end - head.first);
+}
+
+double CChartRows::Expect(const CTimeline& timeline, const CMomentRange& range, const CLiveHead& head) const {
+  const std::uint64_t live = head.end - head.first;
+  const CMoment from = std::max({range.from, timeline.since, head.firstMoment});
+  if (!timeline.isLive || live < 2 || range.to <= head.lastMoment || from >= range.to)
+    return Estimate(timeline, range, head);
+  const double distance =
+      static_cast<double>(head.lastMoment + 1 - head.firstMoment) / static_cast<double>(live);
+  return EstimateLogs(timeline, range) + static_cast<double>(range.to - from) / distance;
 }
 
 std::int64_t CChartRows::LongestStep(const CTimeline& timeline, CMoment moment, const CLiveHead& head) const {

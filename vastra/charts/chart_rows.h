@@ -55,12 +55,15 @@ class CChartRows {
   // The number of rows of a timeline in range, as far as it can be told without reading.
   // head: of the ring.
   double Estimate(const CTimeline& timeline, const CMomentRange& range, const CLiveHead& head) const;
+  // The same when the ring has filled the range, with samples as frequent as so far.
+  double Expect(const CTimeline& timeline, const CMomentRange& range, const CLiveHead& head) const;
   // The longest distance of rows near moment that is not a gap; 0 without such rows.
   std::int64_t LongestStep(const CTimeline& timeline, CMoment moment, const CLiveHead& head) const;
 
  private:
   using CNames = std::vector<CString>;
   void AddNames(const CNames& names, std::size_t list);
+  double EstimateLogs(const CTimeline& timeline, const CMomentRange& range) const;
 
   std::vector<CHistoryLog> m_logs;
   std::shared_ptr<const CLiveSamples> m_pLive;

@@ -55,10 +55,12 @@ CPictureMaker::CPictureMaker(const CChartRows& rows, CChartTiles& tiles, const C
   m_tiles.SetNeed(count);
 }
 
+// A tile that the ring still fills is judged as a full one. Else wide tiles of few rows would be made there,
+// and be read again as narrower ones when they have many.
 CPictureMaker::CPart CPictureMaker::PartAt(const CTimeline& timeline, CMoment moment) const {
   const auto isSparse = [&](const CTilePlace& place) {
     return !m_tiles.IsDense(place) &&
-           m_rows.Estimate(timeline, place.Range(), m_head) <= double{CTileReader::kMostRows};
+           m_rows.Expect(timeline, place.Range(), m_head) <= double{CTileReader::kMostRows};
   };
   CTilePlace place = CTilePlace::Of(moment, m_level);
   if (!isSparse(place)) return {place, false};
