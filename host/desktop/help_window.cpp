@@ -20,6 +20,7 @@
 
 #include "host/desktop/help_rules.h"
 #include "vastra/ui/focus_ring.h"
+#include "vastra/ui/search_field.h"
 
 namespace vastra {
 namespace {
@@ -62,7 +63,7 @@ CHelpWindow::CHelpWindow(QWidget* parent)
       m_browser(new CHelpBrowser(this)),
       m_back(new QPushButton("&Back", this)),
       m_sections(new QComboBox(this)),
-      m_words(new QLineEdit(this)) {
+      m_words(NewSearchField("Find", this)) {
   setWindowTitle("Guide");
   m_browser->setAccessibleName("Guide");
   RingOnFocus(*m_browser);
@@ -80,7 +81,6 @@ void CHelpWindow::MakeBar() {
   m_back->setEnabled(false);
   m_sections->setAccessibleName("Section");
   m_sections->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-  m_words->setPlaceholderText("Find");
   m_words->setAccessibleName("Find");
   m_words->setToolTip("Enter: the next place, Shift+Enter: the one before (Ctrl+F, F3)");
   connect(m_back, &QPushButton::clicked, this, [this] { GoBack(); });

@@ -20,7 +20,9 @@
 #include <algorithm>
 
 #include "host/desktop/workspace.h"
+#include "vastra/ui/elided_label.h"
 #include "vastra/ui/focus_ring.h"
+#include "vastra/ui/search_field.h"
 #include "vastra/ui/text.h"
 
 namespace vastra {
@@ -58,11 +60,11 @@ CMessageWindow::CMessageWindow(CSettings& settings, const char* setting, CMessag
       m_model(model),
       m_openPlace(std::move(openPlace)),
       m_severity(new QComboBox(this)),
-      m_words(new QLineEdit(this)),
+      m_words(NewSearchField("Words to find", this)),
       m_table(new QTableView(this)),
       m_details(new QPlainTextEdit(this)),
       m_follow(new QCheckBox("&Follow", this)),
-      m_status(new QLabel(this)) {
+      m_status(NewElidedLabel(this)) {
   setWindowTitle("Message Log");
   for (const CSeverityChoice& choice : kSeverityChoices) m_severity->addItem(choice.text);
   MakeTable();
@@ -135,9 +137,6 @@ void CMessageWindow::MakeLayout() {
   connect(next, &QPushButton::clicked, this, [this] { Search(1); });
   connect(previous, &QPushButton::clicked, this, [this] { Search(-1); });
   connect(m_words, &QLineEdit::returnPressed, this, [this] { Search(1); });
-  m_words->setPlaceholderText("Words to find");
-  m_words->setClearButtonEnabled(true);
-  m_words->setAccessibleName("Search");
   m_severity->setAccessibleName("Severity");
   m_details->setAccessibleName("Details");
   m_details->setReadOnly(true);
@@ -157,7 +156,6 @@ void CMessageWindow::MakeLayout() {
   auto* bottom = new QHBoxLayout;
   bottom->addWidget(m_follow);
   bottom->addWidget(m_status, 1);
-  m_status->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
   for (QAction* action : {m_open, m_copy, m_clear})
     if (action->isVisible()) bottom->addWidget(ButtonOf(action, this));
   auto* layout = new QVBoxLayout(this);
@@ -248,15 +246,11 @@ void CMessageWindow::ShowStatus(const QString& fault) {
 }
 
 CString CMessageWindow::State() const {
-  return StateText({{"place", BytesField(saveGeometry())},
-                    {"columns", BytesField(m_table->horizontalHeader()->saveState())},
-                    {"severity", m_severity->currentText()}});
+  return TableState(*this, *m_table->horizontalHeader(), {{"severity", m_severity->currentText()}});
 }
 
 void CMessageWindow::SetState(const CString& state) {
-  const QJsonObject fields = StateFields(state);
-  restoreGeometry(FieldBytes(fields["place"]));
-  m_table->horizontalHeader()->restoreState(FieldBytes(fields["columns"]));
+  const QJsonObject fields = UseTableState(state, *this, *m_table->horizontalHeader());
   m_severity->setCurrentIndex(std::max(0, m_severity->findText(fields["severity"].toString())));
   m_model.ShowUpTo(ChosenSeverity());
 }

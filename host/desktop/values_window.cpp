@@ -21,6 +21,7 @@
 #include "host/desktop/workspace.h"
 #include "host/run/run.h"
 #include "vastra/ui/focus_ring.h"
+#include "vastra/ui/search_field.h"
 #include "vastra/ui/text.h"
 
 namespace vastra {
@@ -56,7 +57,7 @@ CValuesWindow::CValuesWindow(CSettings& settings, const char* name)
       m_name(name),
       m_model(new CValuesModel(this)),
       m_view(new QTableView(this)),
-      m_search(new QLineEdit(this)),
+      m_search(NewSearchField("Search", this)),
       m_count(new QLabel(this)) {
   setWindowTitle("Values");
   new QVBoxLayout(this);
@@ -71,10 +72,7 @@ CValuesWindow::~CValuesWindow() {
 }
 
 void CValuesWindow::MakeBar() {
-  m_search->setPlaceholderText("Search");
-  m_search->setAccessibleName("Search");
   m_search->setToolTip("Words of a variable or a node (Ctrl+F)");
-  m_search->setClearButtonEnabled(true);
   connect(m_search, &QLineEdit::textChanged, this, [this] { Search(); });
   connect(new QShortcut(QKeySequence::Find, this), &QShortcut::activated, m_search, [this] {
     m_search->setFocus(Qt::ShortcutFocusReason);
@@ -150,16 +148,11 @@ void CValuesWindow::SortBy(int column) {
 }
 
 CString CValuesWindow::State() const {
-  return StateText({{"place", BytesField(saveGeometry())},
-                    {"columns", BytesField(m_view->horizontalHeader()->saveState())},
-                    {"search", m_search->text()}});
+  return TableState(*this, *m_view->horizontalHeader(), {{"search", m_search->text()}});
 }
 
 void CValuesWindow::SetState(const CString& state) {
-  const QJsonObject fields = StateFields(state);
-  restoreGeometry(FieldBytes(fields["place"]));
-  m_view->horizontalHeader()->restoreState(FieldBytes(fields["columns"]));
-  m_search->setText(fields["search"].toString());
+  m_search->setText(UseTableState(state, *this, *m_view->horizontalHeader())["search"].toString());
 }
 
 void CValuesWindow::SetSource(CValueSource source) {

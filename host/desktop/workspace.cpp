@@ -64,4 +64,17 @@ QString BytesField(const QByteArray& bytes) { return bytes.toBase64(); }
 
 QByteArray FieldBytes(const QJsonValue& field) { return QByteArray::fromBase64(field.toString().toLatin1()); }
 
+CString TableState(const QWidget& window, const QHeaderView& columns, QJsonObject choices) {
+  choices["place"] = BytesField(window.saveGeometry());
+  choices["columns"] = BytesField(columns.saveState());
+  return StateText(choices);
+}
+
+QJsonObject UseTableState(const CString& state, QWidget& window, QHeaderView& columns) {
+  const QJsonObject fields = StateFields(state);
+  window.restoreGeometry(FieldBytes(fields["place"]));
+  columns.restoreState(FieldBytes(fields["columns"]));
+  return fields;
+}
+
 }  // namespace vastra

@@ -11,6 +11,9 @@
 
 #include "host/desktop/settings.h"
 
+class QHeaderView;
+class QWidget;
+
 namespace vastra {
 
 // The state of a window is a string of its own, such as an object of JSON with its place and choices.
@@ -48,5 +51,9 @@ QJsonObject StateFields(const CString& state);
 // Bytes of the toolkit, such as the place of a window, in such an object.
 QString BytesField(const QByteArray& bytes);
 QByteArray FieldBytes(const QJsonValue& field);
+// The state of a window with a table: its place, the columns, and choices of its own. Back: returns the
+// fields, for the choices.
+CString TableState(const QWidget& window, const QHeaderView& columns, QJsonObject choices);
+QJsonObject UseTableState(const CString& state, QWidget& window, QHeaderView& columns);
 
 }  // namespace vastra

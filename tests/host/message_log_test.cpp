@@ -287,6 +287,8 @@ TEST_F(MessageLog, IsFilteredSearchedCopiedAndCleared) {
   }
   Click(m_pWindow.get(), "&Previous");
   EXPECT_EQ(m_table->currentIndex().row(), 2);
+  QTest::keyClick(words, Qt::Key_Escape);
+  EXPECT_TRUE(words->text().isEmpty() && m_pWindow->isVisible()) << "Esc closes before it empties the search";
   words->setText("line away");
   Click(m_pWindow.get(), "&Next");
   EXPECT_TRUE(std::ranges::any_of(m_pWindow->findChildren<QLabel*>(), [](const QLabel* label) {

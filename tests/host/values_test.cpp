@@ -174,7 +174,7 @@ struct CShownValues {
                       {header->sectionViewportPosition(column) + 20, header->height() / 2});
   }
   void Search(const char* words) const {
-    Find<QLineEdit>(window, "Search")->clear();
+    QTest::keyClick(Find<QLineEdit>(window, "Search"), Qt::Key_Escape);  // empties it
     QTest::keyClicks(Find<QLineEdit>(window, "Search"), words);
   }
 

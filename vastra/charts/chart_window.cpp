@@ -19,6 +19,7 @@
 #include "vastra/platform/prompt.h"
 #include "vastra/platform/time.h"
 #include "vastra/ui/dropped_paths.h"
+#include "vastra/ui/elided_label.h"
 #include "vastra/ui/text.h"
 
 namespace vastra {
@@ -77,8 +78,7 @@ void CChartWindow::MakeLayout() {
   const int character = fontMetrics().averageCharWidth(), line = fontMetrics().height();
   m_columns->setSizes({character * 32, character * 108});
   m_rows->setSizes({line * 30, line * 9});
-  m_status = new QLabel(this);
-  m_status->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+  m_status = NewElidedLabel(this);
   m_faults = new QPushButton(this);
   m_faults->setFlat(true);
   m_cancel = new QPushButton("Cancel Export", this);
@@ -275,22 +275,12 @@ void CChartWindow::EndFollowing() {
 
 void CChartWindow::TakeFirstCurves() {
   if (m_firstCurves == 0 || !m_data->IsScanned()) return;
-  std::vector<CString> variables = ListedVariables();
+  std::vector<CString> variables = m_variables->Variables();
   if (variables.empty()) return;
   const std::size_t most = std::exchange(m_firstCurves, 0);
   if (!m_view->State().Layout().curves.empty() || (m_isAllOrNone && variables.size() > most)) return;
   variables.resize(std::min(variables.size(), most));
   AddCurves(variables);
-}
-
-// In the order of the list: by node, and then the others.
-std::vector<CString> CChartWindow::ListedVariables() const {
-  std::vector<CString> rest = m_data->Variables(), listed;
-  for (const CListedNode& group : m_groups)
-    for (const CString& variable : group.variables)
-      if (std::erase(rest, variable) > 0) listed.push_back(variable);
-  listed.insert(listed.end(), rest.begin(), rest.end());
-  return listed;
 }
 
 void CChartWindow::TakeExport() {

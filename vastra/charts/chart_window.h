@@ -81,7 +81,6 @@ class VASTRA_API CChartWindow : public QMainWindow {
   void TakeData();
   void TakeRows();
   void TakeFirstCurves();
-  std::vector<CString> ListedVariables() const;
   void EndFollowing();
   void TakeFigures();
   void TakeExport();

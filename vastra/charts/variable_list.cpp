@@ -12,6 +12,7 @@
 #include <set>
 
 #include "vastra/ui/focus_ring.h"
+#include "vastra/ui/search_field.h"
 #include "vastra/ui/text.h"
 
 namespace vastra {
@@ -61,13 +62,10 @@ bool HasAllWords(const QString& text, const QStringList& words) {
 CVariableList::CVariableList(std::function<void(const std::vector<CString>&)> choose, QWidget* parent)
     : QWidget(parent),
       m_choose(std::move(choose)),
-      m_search(new QLineEdit(this)),
+      m_search(NewSearchField("Search", this)),
       m_tree(new CVariableTree(this)),
       m_count(new QLabel(this)) {
-  m_search->setPlaceholderText("Search");
-  m_search->setAccessibleName("Search");
   m_search->setToolTip("Words of a variable or a node (Ctrl+F)");
-  m_search->setClearButtonEnabled(true);
   m_tree->setAccessibleName("Variables");
   RingOnFocus(*m_tree);
   m_tree->setHeaderHidden(true);
@@ -95,6 +93,13 @@ void CVariableList::SetVariables(const std::vector<CString>& variables,
   m_variables = variables;
   m_groups = groups;
   Fill();
+}
+
+std::vector<CString> CVariableList::Variables() const {
+  std::vector<CString> names;
+  for (const QTreeWidgetItem* item : m_items)
+    names.push_back(FromScreen(item->data(0, kNameRole).toString()));
+  return names;
 }
 
 void CVariableList::SetUnits(const std::map<CString, CString>& units) {

@@ -32,6 +32,7 @@ class CVariableList : public QWidget {
 
   // Variables that are in no group come last, in their order.
   void SetVariables(const std::vector<CString>& variables, const std::vector<CListedNode>& groups);
+  std::vector<CString> Variables() const;  // in the order of the list
   void SetUnits(const std::map<CString, CString>& units);
   void SetComments(const std::map<CString, CString>& comments);
   // The variables that are in the chart, with their colours as 0xRRGGBB.
