@@ -81,7 +81,8 @@ CMainWindow::CMainWindow()
   MakeActions();
   MakeStatusBar();
   JoinWorkspace();
-  resize(fontMetrics().averageCharWidth() * 130, fontMetrics().height() * 26);
+  const QSize first(fontMetrics().averageCharWidth() * 200, fontMetrics().height() * 32);
+  resize(first.boundedTo(screen()->availableSize() * 0.95));
   restoreGeometry(QByteArray::fromBase64(QByteArray(m_settings.Get(kPlace))));
   TakeState();
 }

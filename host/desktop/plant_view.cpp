@@ -34,7 +34,7 @@ constexpr CPlantColumn kPlantColumns[] = {{"Part", &CPlantRow::name, 18},
                                           {"State", &CPlantRow::state, 44},
                                           {"Last value", &CPlantRow::lastValue, 12},
                                           {"Rows", &CPlantRow::rows, 9},
-                                          {"Files", &CPlantRow::files, 30},
+                                          {"Files", &CPlantRow::files, 34},
                                           {"What it does", &CPlantRow::what, 30}};
 
 const QIcon& CachedIcon(ECondition condition) {
