@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "host/common/configuration_json.h"
+#include "host/run/feed_source.h"
 
 namespace vastra {
 namespace {
@@ -124,6 +125,11 @@ void CAttachedLogger::Take(const CStateLine& state) {
   m_run.startFault = state.state == "waiting" ? CString(state.reason) : CString();
   if (!m_run.isRunning) m_statistics.Stopped();
   m_live->SetNodes(StatesOf(state.nodes), StatesOf(state.writes));
+  // A reader that is slow misses lines about logs, and the state line has them all, unless they are very
+  // many.
+  std::vector<CString> unsaved;
+  for (const CUnsavedFacts& log : state.unsaved) unsaved.emplace_back(log.path);
+  if (unsaved.size() < CFeedSaves::kMostUnsaved) m_live->KeepUnsaved(unsaved);
   for (const CUnsavedFacts& log : state.unsaved)
     m_live->LogNotSaved(
         {CString(log.log), {}},

@@ -187,6 +187,12 @@ void CLiveState::Keep(const std::shared_ptr<const CLastLog>& log) {
     m_unsaved.push_back(log);
 }
 
+void CLiveState::KeepUnsaved(const std::vector<CString>& paths) {
+  const std::lock_guard lock(m_mutex);
+  std::erase_if(m_unsaved,
+                [&](const auto& log) { return std::ranges::find(paths, log->path) == paths.end(); });
+}
+
 void CLiveState::Stopped() {
   const std::lock_guard lock(m_mutex);
   m_isRunning = false;

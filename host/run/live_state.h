@@ -74,6 +74,8 @@ class CLiveState : public CRunObserver {
   // By the run, on its thread.
   void SetLedger(std::shared_ptr<const std::vector<CRunLedger>> ledger);
   void SetNodes(std::vector<CNodeState> nodes, std::vector<CNodeState> written);
+  // Forgets the files that could not be saved except those at paths: LogClosed was missed.
+  void KeepUnsaved(const std::vector<CString>& paths);
 
   void Started(const CStringArray& names) override;
   void Renamed(const CStringArray& names) override;

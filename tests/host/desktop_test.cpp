@@ -252,6 +252,19 @@ TEST_F(Desktop, ViewsOpenOnTheScreenAndCloseOneByOne) {
   EXPECT_TRUE(TopLevel("Scan Screen"));
 }
 
+TEST(AttachedLogger, ALogIsSavedAlsoIfTheLineAboutItWasMissed) {
+  CAttachedLogger logger;
+  CStateLine state;
+  state.unsaved = {{.log = "outputs[0]", .path = "/a.rph", .reason = "full"}};
+  for (const std::size_t count : {1, 0}) {
+    logger.Take(state);
+    CLiveNewest newest;
+    logger.Live()->CopyNewest(newest);
+    EXPECT_EQ(newest.unsaved.size(), count);
+    state.unsaved.clear();
+  }
+}
+
 TEST_F(Desktop, AnAttachedLoggerIsShownAndWaitedFor) {
   CSettings settings;
   const CString socket = m_dir / "feed";
