@@ -36,7 +36,7 @@ CCheckFunction CheckClock, CheckLimits, CheckSaving, CheckPrefixes, CheckLogName
 // node_checks.cpp:
 CCheckFunction CheckDrivers, CheckDriverSettings, CheckCounts, CheckScalers, CheckAbsence, CheckAliveVars;
 // name_checks.cpp:
-CCheckFunction CheckNames, CheckFlags, CheckBaseVars, CheckUnusedEquations;
+CCheckFunction CheckNames, CheckNotes, CheckFlags, CheckBaseVars, CheckUnusedEquations;
 // name_repeats.cpp:
 CCheckFunction CheckRepeats, CheckSpelling;
 // sum_check.cpp:

@@ -23,7 +23,7 @@ constexpr CCheck kChecks[] = {
     {CheckFlags, false},     {CheckBaseVars, false},      {CheckUnusedEquations, false},
     {CheckSums, false},      {CheckLimits, false},        {CheckSaving, false},
     {CheckPrefixes, false},  {CheckSharedFolders, false}, {CheckFolderNames, false},
-    {CheckFolders, true},
+    {CheckFolders, true},    {CheckNotes, false},
 };
 
 // The blocks of a configuration file, in order.

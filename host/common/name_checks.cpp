@@ -79,6 +79,21 @@ void CheckNames(const CCheckContext& context, CFindings& findings) {
   if (context.names.hasInput) CheckLater(context.configuration, context.names, check);
 }
 
+// A unit or a comment of a variable that nothing gives is shown nowhere.
+void CheckNotes(const CCheckContext& context, CFindings& findings) {
+  const CConfiguration& configuration = context.configuration;
+  if (!context.names.hasInput || configuration.m_variables.empty()) return;
+  CStringArray given = context.names.source;
+  given.Append(context.names.afterSmart);
+  given.Append(TrendNames(context.names, configuration.m_trend));
+  for (const CSummaryConfig* summary : configuration.m_summaries.m_summaries)
+    given.Append(AssignedNames(summary->m_summaryEquations));
+  const CNameSet names(given);
+  CNearestName nearest;
+  for (const auto& [name, note] : configuration.m_variables)
+    if (!names.Has(name)) findings.Note("variables", NoVariable(name, nearest.Find(name, names)));
+}
+
 // A flag that neither an equation nor the sample sets is always 0.
 void CheckFlags(const CCheckContext& context, CFindings& findings) {
   if (!context.names.hasInput) return;

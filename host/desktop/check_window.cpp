@@ -6,6 +6,7 @@
 #include <QFontDatabase>
 #include <QGuiApplication>
 #include <QHeaderView>
+#include <QJsonArray>
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -16,6 +17,7 @@
 #include <algorithm>
 
 #include "host/desktop/condition_icon.h"
+#include "host/desktop/workspace.h"
 #include "vastra/ui/focus_ring.h"
 #include "vastra/ui/text.h"
 
@@ -158,6 +160,19 @@ bool CCheckWindow::AreAccepted(const std::vector<CCheckEntry>& entries) const {
   return std::ranges::all_of(entries, [&](const CCheckEntry& entry) {
     return !entry.isError && (entry.isHarmless || m_accepted.contains(entry.Line()));
   });
+}
+
+CString CCheckWindow::Accepted() const {
+  if (m_accepted.empty()) return {};
+  QJsonArray lines;
+  for (const CString& line : m_accepted) lines.append(ToScreen(line));
+  return StateText({{"lines", lines}});
+}
+
+void CCheckWindow::SetAccepted(const CString& accepted) {
+  m_accepted.clear();
+  for (const QJsonValue line : StateFields(accepted)["lines"].toArray())
+    m_accepted.insert(FromScreen(line.toString()));
 }
 
 void CCheckWindow::Forget() {

@@ -35,7 +35,10 @@ class CCheckWindow : public QDialog {
   // Whether a start does not have to ask: all warnings are harmless, or the user has started in spite of
   // them.
   bool AreAccepted(const std::vector<CCheckEntry>& entries) const;
-  // For another configuration.
+  // The warnings that the user has accepted, as a string, and back. Empty: none, as for another
+  // configuration.
+  CString Accepted() const;
+  void SetAccepted(const CString& accepted);
   void Forget();
 
  private:

@@ -34,6 +34,8 @@ void CMainWindow::JoinWorkspace() {
        [this] {
          if (m_check) m_check->close();
        }});
+  m_workspace.Add({"accepted", [this] { return m_check ? std::optional(m_check->Accepted()) : std::nullopt; },
+                   [this](const CString& accepted) { CheckWindow().SetAccepted(accepted); }, [] {}});
   m_workspace.Add({"equations",
                    [this] {
                      const bool isOpen = m_equations && m_equations->isVisible();

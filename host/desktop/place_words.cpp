@@ -22,11 +22,9 @@ constexpr CListWords kListWords[] = {{"input.plcNodes", "node", "input, Net node
                                      {"plcWrite.nodes", "written node", "Plc Write, Net nodes"}};
 
 // The parts that are not entries of a list.
-constexpr std::pair<std::string_view, const char*> kPartNames[] = {{"input", "input"},
-                                                                   {"smart", "smart stage"},
-                                                                   {"trend", "trend"},
-                                                                   {"plcWrite", "Plc Write"},
-                                                                   {"clock", "clock"}};
+constexpr std::pair<std::string_view, const char*> kPartNames[] = {
+    {"input", "input"},        {"smart", "smart stage"}, {"trend", "trend"},
+    {"plcWrite", "Plc Write"}, {"clock", "clock"},       {"variables", "units and comments"}};
 
 // The caption of a field in the forms. list: of kListWords, or a part.
 struct CFormCaption {

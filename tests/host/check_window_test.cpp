@@ -128,6 +128,12 @@ TEST_F(CheckWindow, AStartAsksOnceAboutWarnings) {
   ActionOf(window, "Check")->trigger();  // on request, also while it runs
   EXPECT_EQ(Findings(), findings);
   EXPECT_FALSE(Offers("&Start Anyway"));
+  ActionOf(window, "Stop")->trigger();
+  ASSERT_TRUE(Wait([&] { return HasStatus(window, "Stopped"); }));
+  WriteBytes(m_dir / "other.json", kOdd);
+  ASSERT_TRUE(window.Open(m_dir / "other.json") && window.Open(m_demo));
+  ActionOf(window, "Start")->trigger();
+  EXPECT_TRUE(Wait([&] { return HasStatus(window, "Running"); })) << "it asks again";
 }
 
 TEST_F(CheckWindow, NothingIsAskedAboutWhatIsOftenIntended) {

@@ -56,6 +56,11 @@ TEST_F(Checks, FindWhatLooksRightAndIsWrong) {
        "! outputs[0].varNames[0]: there is no variable \"Tmep\"; did you mean \"Temp\"?\n"
        "! outputs[0].varNames[1]: there is no variable \"aLIVE\"; did you mean \"Alive\"?\n"
        "! outputs[0].varNames[2]: there is no variable \"Q\"\n"},
+      {Input(Node(R"("Temp")"), R"(, "preprocess": 1, "preEquationText": "y = Temp;", "preNewVars": ["y"])") +
+           "," + Outputs("") + R"(, "summaries": [)" +
+           Log(R"(, "varNames": ["mean"], "summaryText": "mean = y;")") +
+           R"(], "variables": {"Temp": {"unit": "K"}, "y": {}, "mean": {}, "Yy": {"comment": "?"}})",
+       "variables: there is no variable \"Yy\"; did you mean \"y\"?\n"},
       {Outputs(
            R"({"enableText": "k = 1; WriteToLog = k;", "varNames": ["x", "k"], "saveRp": 1, "directory": "."})"),
        "outputs[0].varNames[1]: only the enable equations assign \"k\", whose variables are not logged: it "
