@@ -127,8 +127,7 @@ bool CNewLoggerPage::StartTest(bool repeats, CString& fault) {
 CDevicePage::CDevicePage(CNewLogger& logger)
     : CNewLoggerPage(
           logger, "Device",
-          "Which device is read? The simulator needs none. The settings of a real device are in the form "
-          "of its driver; Test reads it once.") {
+          "Which device is read? The simulator needs none. Settings has its address; Test reads it.") {
   m_drivers = new QComboBox;
   auto* form = new QFormLayout(Body());
   AddField(*form, "&Device:", m_drivers);

@@ -64,7 +64,8 @@ CString ReadList(const CString& path, std::string& text) {
     if (length > kLongestList) return path + ": it has more than 4 MB, and is no list of variables";
     text.resize(length);
     text.resize(file.Read(text.data(), static_cast<UINT>(text.size())));
-    return {};
+    if (text.find('\0') == std::string::npos) return {};
+    return path + ": it is not text in UTF-8. A spreadsheet saves its table as CSV.";
   } catch (const CFileException& fault) {
     return path + ": " + fault.Text();
   }
@@ -75,8 +76,7 @@ CString ReadList(const CString& path, std::string& text) {
 CVariablesPage::CVariablesPage(CNewLogger& logger)
     : CNewLoggerPage(
           logger, "Variables",
-          "Each value of the device is a variable. The logs have the value times the scale; unit and "
-          "comment are for people.") {
+          "Each value is a variable: the value times the scale. Unit and comment are for people.") {
   auto* layout = new QVBoxLayout(Body());
   MakeTable();
   layout->addWidget(m_table);

@@ -29,8 +29,8 @@ namespace {
 
 constexpr std::chrono::milliseconds kLookPeriod{100};
 constexpr std::chrono::milliseconds kSortPeriod{1000};  // rows that move faster cannot be read
-// By CValueTable::EColumn: the widths in digits; the last one has the rest.
-constexpr int kValueWidths[] = {30, 15, 15, 9, 15, 15, 15, 15};
+// By CValueTable::EColumn: the widths in digits, those of names and units at most; the last one has the rest.
+constexpr int kValueWidths[] = {30, 15, 14, 9, 14, 14, 14, 13};
 static_assert(std::size(kValueWidths) == CValueTable::columns);
 
 // The selected rows of view, from top to bottom.
@@ -152,7 +152,9 @@ CString CValuesWindow::State() const {
 }
 
 void CValuesWindow::SetState(const CString& state) {
-  m_search->setText(UseTableState(state, *this, *m_view->horizontalHeader())["search"].toString());
+  const QJsonObject fields = UseTableState(state, *this, *m_view->horizontalHeader());
+  m_areColumnsFitted = m_areColumnsFitted || fields.contains("columns");
+  m_search->setText(fields["search"].toString());
 }
 
 void CValuesWindow::SetSource(CValueSource source) {
@@ -170,6 +172,7 @@ void CValuesWindow::BringUp() {
 void CValuesWindow::showEvent(QShowEvent* event) {
   Look();
   if (m_model->rowCount() == 0 && m_model->Variables() > 0) m_search->clear();
+  FitColumns();
   m_timer.start(kLookPeriod);
   QWidget::showEvent(event);
 }
@@ -189,6 +192,18 @@ void CValuesWindow::Look() {
   const int last = m_view->rowAt(m_view->viewport()->height() - 1);
   m_model->ShowRows(std::max(m_view->rowAt(0), 0), last < 0 ? m_model->rowCount() - 1 : last);
   ShowCount();
+}
+
+// Short names leave their room to the values, unless the user has chosen the widths.
+void CValuesWindow::FitColumns() {
+  if (m_areColumnsFitted || m_model->rowCount() == 0) return;
+  m_areColumnsFitted = true;
+  const QAbstractItemView* view = m_view;
+  for (const int column : {CValueTable::columnName, CValueTable::columnNode, CValueTable::columnUnit}) {
+    const int needed =
+        std::max(view->sizeHintForColumn(column), m_view->horizontalHeader()->sectionSizeHint(column));
+    m_view->setColumnWidth(column, std::min(m_view->columnWidth(column), needed));
+  }
 }
 
 void CValuesWindow::ShowCount() {

@@ -45,6 +45,7 @@ class CValuesWindow : public QWidget {
   QMenu* MakeSortMenu();
   void SortBy(int column);
   void Look();
+  void FitColumns();
   void ShowCount();
   void Search();
   void Copy();
@@ -57,6 +58,7 @@ class CValuesWindow : public QWidget {
   QLineEdit* m_search;
   QLabel* m_count;
   QTimer m_timer;
+  bool m_areColumnsFitted = false;
   CValueTable::Time m_sorted{};  // when the rows were sorted last
 };
 

@@ -153,10 +153,13 @@ void ScrollIfTooLarge(QWidget& window) {
   if (least.width() > room.width() || least.height() > room.height()) Scroll(window, room);
 }
 
-// isShown: the screen has placed the window, if nobody else has.
+// isShown: the screen has placed the window, if nobody else has. The frame is that of the system's window:
+// the widget can learn its own later, and has the place without it until then.
 void Place(QWidget& window, bool isShown) {
   const QSize frame = SizeOf(FrameOrGuess(window));
-  const QRect wanted(window.pos(), window.size() + frame);
+  const QMargins own = ReportedFrame(window.windowHandle());
+  const QPoint inside(own.left(), own.top());
+  const QRect wanted(window.geometry().topLeft() - inside, window.size() + frame);
   const QRect place = ToRect(PutOnto(FromRect(FreeScreen(window)), FromRect(wanted)));
   if (place.size() != wanted.size()) {
     if (window.minimumSize() == window.maximumSize())
@@ -164,8 +167,9 @@ void Place(QWidget& window, bool isShown) {
     else
       window.resize(place.size() - frame);
   }
-  if (place.topLeft() != wanted.topLeft() && (isShown || window.testAttribute(Qt::WA_Moved)))
-    window.move(place.topLeft());
+  if (place.topLeft() == wanted.topLeft() || !(isShown || window.testAttribute(Qt::WA_Moved))) return;
+  if (own.isNull()) return window.move(place.topLeft());
+  window.setGeometry(QRect(place.topLeft() + inside, window.size()));
 }
 
 // Places the window again with the frame that it has got.
@@ -184,6 +188,9 @@ bool CScreenFit::eventFilter(QObject* object, QEvent* event) {
   if (event->type() != QEvent::Show || event->spontaneous() || !object->isWidgetType()) return false;
   auto& window = static_cast<QWidget&>(*object);
   if (!IsPlaced(window)) return false;
+  // A window that opens again comes where it was closed, not where the screen puts new ones.
+  if (QWindow* former = window.windowHandle(); former && window.windowType() == Qt::Window)
+    former->setPosition(former->position());
   ScrollIfTooLarge(window);
   Place(window, false);
   LookAgain(window);
