@@ -9,6 +9,7 @@
 #include <QUrl>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <utility>
 
 #include "host/desktop/condition_icon.h"
@@ -85,6 +86,17 @@ void CPlantView::MakeTree() {
   });
 }
 
+// In a narrow window the long texts have dots at first, and a tool tip, so that all columns are in sight.
+void CPlantView::FitColumns() {
+  if (std::exchange(m_areColumnsFitted, true)) return;
+  int missing = m_tree->header()->length() - m_tree->viewport()->width();
+  for (const int column : {plantState, plantFiles}) {
+    const int width = m_tree->columnWidth(column), taken = std::clamp(missing, 0, width * 2 / 5);
+    m_tree->setColumnWidth(column, width - taken);
+    missing -= taken;
+  }
+}
+
 // A view in which nothing can be edited is of a logger that runs elsewhere.
 void CPlantView::ShowHint() {
   const char* text = m_listener.edit ? "Nothing is open: File > New Logger leads to a first logger, "
@@ -135,7 +147,7 @@ CString CPlantView::State() const {
 
 void CPlantView::SetState(const CString& state) {
   const QJsonObject fields = StateFields(state);
-  m_tree->header()->restoreState(FieldBytes(fields["columns"]));
+  if (m_tree->header()->restoreState(FieldBytes(fields["columns"]))) m_areColumnsFitted = true;
   for (QTreeWidgetItem* item : m_items)
     if (item->childCount() > 0)
       item->setExpanded(!fields["closed"].toArray().contains(item->text(plantPart)));
@@ -216,6 +228,7 @@ void CPlantView::ShowMenu(const QPoint& place) {
 
 void CPlantView::showEvent(QShowEvent* event) {
   QWidget::showEvent(event);
+  QTimer::singleShot(0, this, [this] { FitColumns(); });  // when the list has its width
   Look();
 }
 

@@ -40,6 +40,7 @@ class CPlantView : public QWidget {
  private:
   void ShowHint();
   void MakeTree();
+  void FitColumns();
   void FillTree();
   void Look();
   void LookIfSeen();
@@ -57,6 +58,7 @@ class CPlantView : public QWidget {
   QTimer m_timer;
   CProblemBanner* m_banner;
   QTreeWidget* m_tree;
+  bool m_areColumnsFitted = false;
   std::vector<QTreeWidgetItem*> m_items;  // of the rows
   std::vector<CPlantRow> m_shown;         // the rows on the screen
 };
