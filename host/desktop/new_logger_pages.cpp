@@ -267,9 +267,8 @@ CLogsPage::CLogsPage(CNewLogger& logger)
       "A log each hour or day has as many samples as that time, from the start of the logger on: it does not "
       "end at the full hour or at midnight. If the device has a variable for the hour or the day, choose a "
       "log each batch, of that variable: this ends when the variable changes, and has its value in its name. "
-      "A relative folder is in the folder of the configuration. Old logs are also removed when less than 1 "
-      "GB "
-      "of the disk is free.");
+      "A relative folder is in the folder of the configuration. Old logs are also removed when less than "
+      "1 GB of the disk is free.");
   note->setWordWrap(true);
   form->addRow(note);
   connect(m_end, &QComboBox::currentIndexChanged, this, [this] { EnableBatch(); });

@@ -71,7 +71,7 @@ CString TableState(const QWidget& window, const QHeaderView& columns, QJsonObjec
 }
 
 QJsonObject UseTableState(const CString& state, QWidget& window, QHeaderView& columns) {
-  const QJsonObject fields = StateFields(state);
+  QJsonObject fields = StateFields(state);
   window.restoreGeometry(FieldBytes(fields["place"]));
   columns.restoreState(FieldBytes(fields["columns"]));
   return fields;
