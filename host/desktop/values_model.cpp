@@ -6,6 +6,7 @@
 #include <QPalette>
 
 #include <set>
+#include <utility>
 
 #include "vastra/ui/text.h"
 
@@ -55,8 +56,32 @@ bool CValuesModel::Look() {
 }
 
 void CValuesModel::ShowRows(int first, int last) {
-  if (first <= last)
-    emit dataChanged(index(first, CValueTable::columnValue), index(last, CValueTable::columnAge));
+  const std::vector<CShownRow> before = std::exchange(m_shown, {});
+  const int firstBefore = std::exchange(m_firstShown, first);
+  for (int row = first; row <= last; ++row) {
+    m_shown.push_back(RowNow(row));
+    const auto place = static_cast<std::size_t>(row - firstBefore);
+    Announce(row, row >= firstBefore && place < before.size() ? before[place] : CShownRow(), m_shown.back());
+  }
+}
+
+CValuesModel::CShownRow CValuesModel::RowNow(int row) const {
+  const int variable = VariableOf(index(row, 0));
+  CShownRow now = {variable, m_table.IsStale(variable), {}};
+  for (int column = CValueTable::columnValue; column < CValueTable::columns; ++column)
+    now.texts[column] = Text(variable, column);
+  return now;
+}
+
+// Texts take most of the time of a view: it draws the cells that are announced one by one alone, and for a
+// range of cells all that it shows.
+void CValuesModel::Announce(int row, const CShownRow& before, const CShownRow& now) {
+  if (before.variable != now.variable || before.isStale != now.isStale) {
+    emit dataChanged(index(row, 0), index(row, CValueTable::columns - 1));
+    return;
+  }
+  for (int column = CValueTable::columnValue; column < CValueTable::columns; ++column)
+    if (before.texts[column] != now.texts[column]) emit dataChanged(index(row, column), index(row, column));
 }
 
 void CValuesModel::SortAgain() {

@@ -14,7 +14,8 @@ class CValuesModel : public QAbstractTableModel {
   void SetSource(CValueSource source) { m_table.SetSource(std::move(source)); }
   // Copies what the logger has now. True: a text can have changed, see ShowRows.
   bool Look();
-  // Announces that the texts of the rows first to last have changed.
+  // Announces which texts of the rows first to last have changed since the last call. Those rows are all that
+  // the view shows.
   void ShowRows(int first, int last);
   // Sorts again if the order can have changed with the values. The selected rows stay selected.
   void SortAgain();
@@ -38,8 +39,18 @@ class CValuesModel : public QAbstractTableModel {
   int VariableOf(const QModelIndex& index) const;
   QString Text(int variable, int column) const;
   void Reorder(std::vector<int> order);
+  // What the view shows of a row.
+  struct CShownRow {
+    int variable = -1;
+    bool isStale = false;
+    QString texts[CValueTable::columns];  // of the columns that change with the samples
+  };
+  CShownRow RowNow(int row) const;
+  void Announce(int row, const CShownRow& before, const CShownRow& now);
 
   CValueTable m_table;
+  std::vector<CShownRow> m_shown;  // from m_firstShown on
+  int m_firstShown = 0;
 };
 
 }  // namespace vastra
