@@ -11,16 +11,17 @@ namespace {
 
 // A picture of rows once a second from 0 to 99 s: each variable counts from low up to high.
 CChartPicture PictureOf(std::initializer_list<std::tuple<const char*, float, float>> variables) {
-  CChartPicture picture;
+  CChartQuery query;
+  std::vector<CCurveSteps> curves;
   for (const auto& [name, low, high] : variables) {
-    picture.query.variables.emplace_back(name);
-    auto& steps = picture.curves.emplace_back();
+    query.variables.emplace_back(name);
+    CCurveSteps& steps = curves.emplace_back();
     for (int i = 0; i < 100; ++i) {
       const float value = low + (high - low) * static_cast<float>(i) / 99;
       steps.push_back({i * 1000, i * 1000, value, value, value, value, 1, i > 0, false});
     }
   }
-  return picture;
+  return {query, curves};
 }
 
 struct CTestChart : CChartState {

@@ -34,12 +34,32 @@ struct CChartQuery {
   bool operator==(const CChartQuery&) const = default;
 };
 
+using CCurveSteps = std::vector<CCurveStep>;
+
+// Curves that copies share.
+class CCurveList {
+ public:
+  CCurveList() : CCurveList(std::vector<CCurveSteps>()) {}
+  CCurveList(std::vector<CCurveSteps> curves)
+      : m_pCurves(std::make_shared<const std::vector<CCurveSteps>>(std::move(curves))) {}
+
+  std::size_t size() const { return m_pCurves->size(); }
+  bool empty() const { return m_pCurves->empty(); }
+  const CCurveSteps& operator[](std::size_t i) const { return (*m_pCurves)[i]; }
+  const CCurveSteps& at(std::size_t i) const { return m_pCurves->at(i); }
+  auto begin() const { return m_pCurves->begin(); }
+  auto end() const { return m_pCurves->end(); }
+
+ private:
+  std::shared_ptr<const std::vector<CCurveSteps>> m_pCurves;
+};
+
 // The answer to a query, as good as it is known.
 struct CChartPicture {
-  CChartQuery query;
-  std::vector<std::vector<CCurveStep>> curves;  // for each variable; the step before and after the range, too
-  bool isFinal = false;                         // false: steps are still coarse or missing, onChange follows
-  double progress = 0;                          // of the reading, from 0 to 1
+  CChartQuery query = {};
+  CCurveList curves = {};  // for each variable; the step before and after the range, too
+  bool isFinal = false;    // false: steps are still coarse or missing, onChange follows
+  double progress = 0;     // of the reading, from 0 to 1
 };
 
 // What lies between two cursors, exactly: of each variable of the query. A value that several

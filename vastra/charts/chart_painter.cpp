@@ -41,6 +41,14 @@ void DrawLine(QPainter& painter, double x1, double y1, double x2, double y2) {
   painter.drawLine(QPointF(Sharp(x1), Sharp(y1)), QPointF(Sharp(x2), Sharp(y2)));
 }
 
+// The same, level or upright and without dashes, in a fraction of its time.
+void FillLine(QPainter& painter, const QColor& colour, double x1, double y1, double x2, double y2) {
+  const double left = std::floor(std::min(x1, x2)), top = std::floor(std::min(y1, y2));
+  painter.fillRect(
+      QRectF(left, top, std::floor(std::max(x1, x2)) - left + 1, std::floor(std::max(y1, y2)) - top + 1),
+      colour);
+}
+
 // The line styles of the curves of one colour.
 Qt::PenStyle StyleOf(const CChartLayout& layout, std::size_t curve) {
   constexpr Qt::PenStyle kStyles[] = {Qt::SolidLine, Qt::DashLine, Qt::DotLine, Qt::DashDotLine};
@@ -88,6 +96,7 @@ void CChartPainter::LayOut(const CChartState& state, const QSizeF& size, const Q
                            const QPalette& palette) {
   m_ink = InkOf(palette);
   m_font = font;
+  m_texts.SetFont(font);
   const QFontMetricsF metrics(font);
   m_line = metrics.height();
   CFrameRequest request = {.width = size.width(),
@@ -96,7 +105,7 @@ void CChartPainter::LayOut(const CChartState& state, const QSizeF& size, const Q
                            .axes = {},
                            .curves = state.Layout().curves.size()};
   for (const CChartCurve& curve : state.Layout().curves)
-    request.names = std::max(request.names, metrics.horizontalAdvance(ToScreen(state.Caption(curve))));
+    request.names = std::max(request.names, m_texts.Width(state.Caption(curve)));
   m_frame = LayOutChart(request);  // for the height of the plot
   MeasureAxes(state, request);
   m_frame = LayOutChart(request);
@@ -107,16 +116,13 @@ void CChartPainter::LayOut(const CChartState& state, const QSizeF& size, const Q
 
 // Widths are rounded up, so that the plot does not move with each value.
 void CChartPainter::MeasureAxes(const CChartState& state, CFrameRequest& request) {
-  const QFontMetricsF metrics(m_font);
   const int most = std::max(2, static_cast<int>(m_frame.plot.height / m_line * kTicksPerLine));
   m_axes.clear();
   for (const CChartAxis& axis : state.Layout().axes) {
-    CAxisTexts texts = {ValueTicks(axis.range, most), ToScreen(state.AxisUnit(axis.id)),
-                        AxisColour(state, axis.id)};
+    CAxisTexts texts = {ValueTicks(axis.range, most), state.AxisUnit(axis.id), AxisColour(state, axis.id)};
     double width = 0;
-    for (const CValueTick& tick : texts.ticks)
-      width = std::max(width, metrics.horizontalAdvance(ToScreen(tick.text)));
-    request.hasUnits = request.hasUnits || !texts.unit.isEmpty();
+    for (const CValueTick& tick : texts.ticks) width = std::max(width, m_texts.Width(tick.text));
+    request.hasUnits = request.hasUnits || !texts.unit.IsEmpty();
     const double unit = 2 * request.font.character;
     request.axes.push_back(std::max(std::ceil(width / unit), 2.0) * unit);
     m_axes.push_back(std::move(texts));
@@ -158,95 +164,83 @@ void CChartPainter::PaintGrid(QPainter& painter, const CChartState& state) const
   const CChartBox& plot = m_frame.plot;
   const std::vector<CChartCurve>& curves = state.Layout().curves;
   painter.setRenderHint(QPainter::Antialiasing, false);
-  painter.setPen(QPen(m_ink.grid, 1));
   const int selected = state.Selected() < curves.size() ? curves[state.Selected()].axis : 0;
   const auto axis = static_cast<std::size_t>(std::max(PlaceOfAxis(state.Layout(), selected), 0));
   if (axis < m_axes.size()) {
     const CPlotScale scale = Scale(state, state.Layout().axes[axis].id);
     for (const CValueTick& tick : m_axes[axis].ticks) {
       const double y = scale.Y(tick.value);
-      if (y >= plot.top && y < plot.Bottom()) DrawLine(painter, plot.left, y, plot.Right() - 1, y);
+      if (y >= plot.top && y < plot.Bottom())
+        FillLine(painter, m_ink.grid, plot.left, y, plot.Right() - 1, y);
     }
   }
   const CPlotScale scale = Scale(state, 0);
   for (const CTimeTick& tick : m_time.ticks) {
     const double x = scale.X(tick.moment);
-    DrawLine(painter, x, plot.top, x, plot.Bottom() - 1);
+    FillLine(painter, m_ink.grid, x, plot.top, x, plot.Bottom() - 1);
   }
 }
 
-void CChartPainter::PaintTimeAxis(QPainter& painter, const CChartState& state) const {
+void CChartPainter::PaintTimeAxis(QPainter& painter, const CChartState& state) {
   const CChartBox& plot = m_frame.plot;
-  const QFontMetricsF metrics(m_font);
+  const double gap = QFontMetricsF(m_font).averageCharWidth();
+  const double first = plot.Bottom() + kTickLength + 1 + m_texts.Ascent(), second = first + 1 + m_line;
   const CPlotScale scale = Scale(state, 0);
-  painter.setPen(QPen(m_ink.line, 1));
-  DrawLine(painter, plot.left, plot.Bottom(), plot.Right(), plot.Bottom());
+  FillLine(painter, m_ink.line, plot.left, plot.Bottom(), plot.Right(), plot.Bottom());
+  painter.setPen(m_ink.dim);
   double free = 0;
   for (const CTimeTick& tick : m_time.ticks) {
     const double x = scale.X(tick.moment);
-    painter.setPen(QPen(m_ink.line, 1));
-    DrawLine(painter, x, plot.Bottom(), x, plot.Bottom() + kTickLength);
-    const QString text = ToScreen(tick.text);
-    const double width = metrics.horizontalAdvance(text);
+    FillLine(painter, m_ink.line, x, plot.Bottom(), x, plot.Bottom() + kTickLength);
+    const double width = m_texts.Width(tick.text);
     if (x - width / 2 < free || x + width / 2 > m_frame.time.width) continue;
-    painter.setPen(m_ink.dim);
-    painter.drawText(QPointF(x - width / 2, plot.Bottom() + kTickLength + 1 + metrics.ascent()), text);
-    free = x + width / 2 + metrics.averageCharWidth();
+    m_texts.Draw(painter, x - width / 2, first, tick.text);
+    free = x + width / 2 + gap;
   }
-  const QString zone = ToScreen(m_time.zone);
-  const double right = m_frame.time.width - metrics.horizontalAdvance(zone) - metrics.averageCharWidth();
-  painter.setPen(m_ink.dim);
-  if (right > plot.left)
-    painter.drawText(QPointF(right, plot.Bottom() + kTickLength + 2 + m_line + metrics.ascent()), zone);
-  PaintContexts(painter, scale, right - metrics.averageCharWidth());
+  const double right = m_frame.time.width - m_texts.Width(m_time.zone) - gap;
+  if (right > plot.left) m_texts.Draw(painter, right, second, m_time.zone);
+  PaintContexts(painter, scale, right - gap);
 }
 
 // The second line of the time axis, up to right. The text at the beginning gives way to the one after it.
-void CChartPainter::PaintContexts(QPainter& painter, const CPlotScale& scale, double right) const {
-  const QFontMetricsF metrics(m_font);
-  const double gap = metrics.averageCharWidth(), bottom = scale.top + scale.height;
+void CChartPainter::PaintContexts(QPainter& painter, const CPlotScale& scale, double right) {
+  const double gap = QFontMetricsF(m_font).averageCharWidth(), bottom = scale.top + scale.height;
+  const double baseline = bottom + kTickLength + 2 + m_line + m_texts.Ascent();
+  painter.setPen(m_ink.text);
   double free = 0;
   for (std::size_t i = 0; i < m_time.contexts.size(); ++i) {
-    const QString text = ToScreen(m_time.contexts[i].text);
+    const CString& text = m_time.contexts[i].text;
     const double x = std::max(scale.X(m_time.contexts[i].moment), scale.left);
-    const double end = x + metrics.horizontalAdvance(text) + gap;
+    const double end = x + m_texts.Width(text) + gap;
     const bool isCrowded = i == 0 && m_time.contexts.size() > 1 && scale.X(m_time.contexts[1].moment) < end;
     if (x < free || isCrowded || end > right) continue;
-    painter.setPen(QPen(m_ink.line, 1));
-    if (i > 0) DrawLine(painter, x, bottom, x, bottom + kTickLength + 2 * m_line);
-    painter.setPen(m_ink.text);
-    painter.drawText(QPointF(x + (i > 0 ? gap / 2 : 0), bottom + kTickLength + 2 + m_line + metrics.ascent()),
-                     text);
+    if (i > 0) FillLine(painter, m_ink.line, x, bottom, x, bottom + kTickLength + 2 * m_line);
+    m_texts.Draw(painter, x + (i > 0 ? gap / 2 : 0), baseline, text);
     free = end;
   }
 }
 
-void CChartPainter::PaintValueAxis(QPainter& painter, const CChartState& state, std::size_t place) const {
+void CChartPainter::PaintValueAxis(QPainter& painter, const CChartState& state, std::size_t place) {
   const CChartBox& box = m_frame.axes[place];
   const CAxisTexts& axis = m_axes[place];
-  const QFontMetricsF metrics(m_font);
   const CPlotScale scale = Scale(state, state.Layout().axes[place].id);
   const bool isLeft = IsLeftAxis(place);
-  const double x = isLeft ? box.Right() - 1 : box.left, gap = metrics.averageCharWidth() * 0.7;
-  const int side = isLeft ? -1 : 1;
-  const int flags = int{isLeft ? Qt::AlignRight : Qt::AlignLeft} | int{Qt::AlignVCenter};
-  painter.setPen(QPen(Blend(axis.colour, m_ink.base, 0.7F), 1));
-  DrawLine(painter, x, box.top, x, box.Bottom());
+  const double x = isLeft ? box.Right() - 1 : box.left, side = isLeft ? -1 : 1;
+  const double gap = QFontMetricsF(m_font).averageCharWidth() * 0.7;
+  const QColor line = Blend(axis.colour, m_ink.base, 0.7F);
+  painter.setPen(axis.colour);
+  FillLine(painter, line, x, box.top, x, box.Bottom());
   for (const CValueTick& tick : axis.ticks) {
     const double y = scale.Y(tick.value);
     if (y < box.top - 0.5 || y > box.Bottom() + 0.5) continue;
-    painter.setPen(QPen(Blend(axis.colour, m_ink.base, 0.7F), 1));
-    DrawLine(painter, x, y, x + side * kTickLength, y);
-    const double end = x + side * (kTickLength + gap);
-    const double middle = std::min(y, box.Bottom() - m_line * 0.35);
-    painter.setPen(axis.colour);
-    painter.drawText(QRectF(isLeft ? end - box.width : end, middle - m_line / 2, box.width, m_line), flags,
-                     ToScreen(tick.text));
+    FillLine(painter, line, x, y, x + side * kTickLength, y);
+    const double end = x + side * (kTickLength + gap), middle = std::min(y, box.Bottom() - m_line * 0.35);
+    m_texts.Draw(painter, isLeft ? end - m_texts.Width(tick.text) : end,
+                 middle - m_line / 2 + m_texts.Ascent(), tick.text);
   }
-  if (axis.unit.isEmpty()) return;
-  const double width = metrics.horizontalAdvance(axis.unit) + gap;
-  painter.drawText(QRectF(isLeft ? x - std::min(width, box.width) : x, box.top - m_line * 1.3, width, m_line),
-                   flags, axis.unit);
+  if (axis.unit.IsEmpty()) return;
+  const double width = m_texts.Width(axis.unit), above = box.top - m_line * 1.3;
+  m_texts.Draw(painter, isLeft ? x - std::min(width, box.width) : x, above + m_texts.Ascent(), axis.unit);
 }
 
 void CChartPainter::PaintCurves(QPainter& painter, const CChartState& state, const CChartCanvas* canvas) {

@@ -11,6 +11,7 @@
 
 #include "vastra/charts/chart_frame_geometry.h"
 #include "vastra/charts/chart_state_rules.h"
+#include "vastra/charts/chart_texts.h"
 #include "vastra/charts/curve_geometry.h"
 #include "vastra/charts/curve_raster.h"
 
@@ -55,16 +56,16 @@ class CChartPainter {
  private:
   struct CAxisTexts {
     std::vector<CValueTick> ticks;
-    QString unit;
+    CString unit;
     QColor colour;
   };
 
   void MeasureAxes(const CChartState& state, CFrameRequest& request);
   QColor AxisColour(const CChartState& state, int id) const;
   void PaintGrid(QPainter& painter, const CChartState& state) const;
-  void PaintTimeAxis(QPainter& painter, const CChartState& state) const;
-  void PaintContexts(QPainter& painter, const CPlotScale& scale, double right) const;
-  void PaintValueAxis(QPainter& painter, const CChartState& state, std::size_t place) const;
+  void PaintTimeAxis(QPainter& painter, const CChartState& state);
+  void PaintContexts(QPainter& painter, const CPlotScale& scale, double right);
+  void PaintValueAxis(QPainter& painter, const CChartState& state, std::size_t place);
   void PaintCurves(QPainter& painter, const CChartState& state, const CChartCanvas* canvas);
   void PaintCurve(QPainter& painter, const CChartState& state, std::size_t curve, const CChartCanvas* canvas);
   void PaintPaths(QPainter& painter, const QPen& pen);
@@ -80,6 +81,7 @@ class CChartPainter {
   CChartInk m_ink;
   QFont m_font;
   double m_line = 16;  // the height of a line of text
+  CChartTexts m_texts;
   CTimeAxis m_time;
   std::vector<CAxisTexts> m_axes;
   CCurveGeometry m_geometry;

@@ -57,6 +57,10 @@ void CChartTiles::SetNeed(std::size_t tiles) {
   m_mostBytes = std::max(kUsualBytes, 2 * tiles * (kTileBytes + sizeof(CEntry)));
 }
 
+bool CChartTiles::IsRoomFor(std::size_t tiles) {
+  return 2 * tiles * (kTileBytes + sizeof(CEntry)) <= kUsualBytes;
+}
+
 CChartTiles::CEntries::iterator CChartTiles::Remove(CEntries::iterator entry) {
   m_bytes -= entry->bytes;
   m_byKey.erase(entry->key);

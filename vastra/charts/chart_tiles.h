@@ -49,6 +49,7 @@ class CChartTiles {
   bool IsDense(const CTilePlace& place) const { return m_dense.contains(place); }
   // The memory that the tiles can take: as much as usual, or what a picture of so many tiles needs.
   void SetNeed(std::size_t tiles);
+  static bool IsRoomFor(std::size_t tiles);  // in a half of the usual memory
 
  private:
   using CKey = std::tuple<std::size_t, int, std::int64_t>;  // variable, level, index

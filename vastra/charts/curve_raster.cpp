@@ -19,6 +19,12 @@ float Near(double place) {
   return static_cast<float>(std::min(std::max(place, double{-kFar}), double{kFar}));
 }
 
+// As std::ceil, which is a call.
+CMoment RoundedUp(double moment) {
+  const auto down = static_cast<CMoment>(moment);
+  return down + (static_cast<double>(down) < moment);
+}
+
 // The mixture of two colours; share: of the second one, from 0 to 256.
 std::uint32_t Mixed(std::uint32_t a, std::uint32_t b, std::uint32_t share) {
   constexpr std::uint32_t kEven = 0x00FF00FF;
@@ -46,6 +52,7 @@ void CCurveRaster::Draw(const CPixels& pixels, const CRect& clip, std::span<cons
     if (cover.steps.size() != height) cover.steps.assign(height, 0);
   m_first = m_end = clip.left;
   DrawSteps(steps, scale);
+  PutBars();
   FinishBefore(m_clip.right);
 }
 
@@ -57,8 +64,9 @@ void CCurveRaster::DrawSteps(std::span<const CCurveStep> steps, const CPlotScale
     return Near(scale.left + static_cast<double>(moment - scale.range.from) * perMoment);
   };
   const auto y = [=](float value) { return Near(zero - static_cast<double>(value) * perValue); };
-  const auto pixel = static_cast<CMoment>(1 / perMoment);  // how long one is
-  CCurveStep whole;                                        // of the column
+  const double perPixel = 1 / perMoment;
+  const auto pixel = static_cast<CMoment>(perPixel);
+  CCurveStep whole;  // of the column
   CColumn column, before;
   CMoment end = 0;  // of the column
   bool hasColumn = false, hasBefore = false, isJoined = true;
@@ -93,8 +101,7 @@ void CCurveRaster::DrawSteps(std::span<const CCurveStep> steps, const CPlotScale
     column.left = x(step.from);
     column.pixel = static_cast<int>(column.left);
     column.isJoined = isJoined;
-    end = scale.range.from +
-          static_cast<CMoment>(std::ceil((static_cast<double>(column.pixel + 1) - scale.left) / perMoment));
+    end = scale.range.from + RoundedUp((static_cast<double>(column.pixel + 1) - scale.left) * perPixel);
     hasColumn = isJoined = true;
   }
   draw();
@@ -135,17 +142,47 @@ void CCurveRaster::Fill(int left, int right, float top, float bottom) {
   top = std::clamp(top - static_cast<float>(m_clip.top), 0.0F, height);
   bottom = std::clamp(bottom - static_cast<float>(m_clip.top), 0.0F, height);
   if (top >= bottom) return;
+  right = std::min(right, m_clip.right);
+  for (int x = std::max(left, m_clip.left); x < right; ++x) {
+    if (m_bars == kBars || x != m_firstBar + m_bars) PutBars();
+    if (m_bars == 0) m_firstBar = x;
+    m_tops[static_cast<std::size_t>(m_bars)] = top;
+    m_bottoms[static_cast<std::size_t>(m_bars++)] = bottom;
+  }
+}
+
+// Bars that follow each other are high at nearly the same rows: those are filled across all of them.
+void CCurveRaster::PutBars() {
+  const int count = std::exchange(m_bars, 0);
+  int from = 0, to = count ? m_clip.Height() : 0;
+  for (int i = 0; i < count; ++i) {
+    from = std::max(from, static_cast<int>(m_tops[i]) + 1);
+    to = std::min(to, static_cast<int>(m_bottoms[i]));
+  }
+  std::uint32_t* row = m_pixels.first + (m_clip.top + from) * m_pixels.row + m_firstBar;
+  for (int y = from; y < to; ++y, row += m_pixels.row)
+    if (count == kBars)
+      std::fill_n(row, kBars, m_colour);  // of a length that the compiler knows
+    else
+      std::fill_n(row, count, m_colour);
+  for (int i = 0; i < count; ++i) PutBar(m_firstBar + i, m_tops[i], m_bottoms[i], from, to);
+}
+
+// A bar but for its rows from skipFrom to skipTo, which are full.
+void CCurveRaster::PutBar(int x, float top, float bottom, int skipFrom, int skipTo) const {
   const int low = static_cast<int>(top), high = static_cast<int>(bottom);
   const float aboveBottom = bottom - static_cast<float>(high);
   const float belowTop = (high > low ? static_cast<float>(low + 1) : bottom) - top;
-  for (int x = std::max(left, m_clip.left); x < std::min(right, m_clip.right); ++x) {
-    std::uint32_t* pixel = m_pixels.first + (m_clip.top + low) * m_pixels.row + x;
-    *pixel = Mixed(*pixel, m_colour, static_cast<std::uint32_t>(belowTop * 256));
-    for (int y = low + 1; y < high; ++y) *(pixel += m_pixels.row) = m_colour;
-    if (high == low || aboveBottom < kLeast) continue;
-    pixel += m_pixels.row;
-    *pixel = Mixed(*pixel, m_colour, static_cast<std::uint32_t>(aboveBottom * 256));
-  }
+  std::uint32_t* const pixels = m_pixels.first + m_clip.top * m_pixels.row + x;
+  const auto mix = [&](int y, float share) {
+    std::uint32_t& pixel = pixels[y * m_pixels.row];
+    pixel = Mixed(pixel, m_colour, static_cast<std::uint32_t>(share * 256));
+  };
+  mix(low, belowTop);
+  const bool skips = skipFrom < skipTo;
+  for (int y = low + 1; y < (skips ? skipFrom : high); ++y) pixels[y * m_pixels.row] = m_colour;
+  for (int y = skips ? skipTo : high; y < high; ++y) pixels[y * m_pixels.row] = m_colour;
+  if (high > low && aboveBottom >= kLeast) mix(high, aboveBottom);
 }
 
 // A line as slices of columns, each as high as the line is there.

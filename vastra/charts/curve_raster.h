@@ -2,6 +2,7 @@
 // the toolkit needs for them: a chart is drawn again at each move of the pointer. Without Qt.
 #pragma once
 
+#include <array>
 #include <span>
 #include <vector>
 
@@ -36,6 +37,8 @@ class VASTRA_API CCurveRaster {
   void DrawSteps(std::span<const CCurveStep> steps, const CPlotScale& scale);
   void Draw(const CColumn& column, const CColumn* before);
   void Fill(int left, int right, float top, float bottom);
+  void PutBars();
+  void PutBar(int x, float top, float bottom, int skipFrom, int skipTo) const;
   void AddLine(float fromX, float fromY, float toX, float toY);
   bool IsDrawnAt(float way) const;
   void AddBar(float left, float right, float top, float bottom);
@@ -45,6 +48,11 @@ class VASTRA_API CCurveRaster {
 
   std::vector<CCover> m_covers;  // of some columns that follow each other, as a ring
   int m_first = 0, m_end = 0;    // columns that are in it
+  // Columns that are filled and follow each other: of x from m_firstBar on, from the top to the bottom of
+  // each below that of m_clip.
+  static constexpr int kBars = 16;
+  int m_firstBar = 0, m_bars = 0;
+  std::array<float, kBars> m_tops = {}, m_bottoms = {};
   CPixels m_pixels = {};
   CRect m_clip;
   float m_halfWidth = 0;

@@ -6,8 +6,6 @@
 
 namespace vastra {
 
-using CCurveSteps = std::vector<CCurveStep>;
-
 CCurveStep StepOf(CMoment moment, float value);
 // Of the values of a part with rows. values of the bucket above 2^32 are shown as 2^32 - 1.
 CCurveStep StepOf(const CBucketPart& part, const CBucket& bucket);

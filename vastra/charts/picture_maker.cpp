@@ -4,9 +4,12 @@ namespace vastra {
 namespace {
 
 constexpr int kFinerLevels = 3;        // of which a tile is made rather than read
+constexpr int kReadAhead = 2;          // levels that are read finer than asked for, since users zoom in
+constexpr double kFewRows = 1024;      // of a column; with more, those of a digest are faster
 constexpr int kMostBeside = 4;         // tiles beside the range that are looked at for the step there
 constexpr double kVeryMany = 500'000;  // rows, whose reading takes a time that a user notices
 constexpr int kSketched = 256;         // of them
+constexpr std::size_t kMostReserved = 20'000;  // steps
 
 // Appends steps to a curve, those of one column as one. areColumns: they are columns of the level already.
 void AppendSteps(CCurveSteps& curve, std::span<const CCurveStep> steps, int level, bool areColumns,
@@ -53,6 +56,7 @@ CPictureMaker::CPictureMaker(const CChartRows& rows, CChartTiles& tiles, const C
     count += group.places.size() * m_covers.back().parts.size();
   }
   m_tiles.SetNeed(count);
+  m_isReadAhead = m_tiles.IsRoomFor(count * (1 + (1U << kReadAhead)));
 }
 
 // A tile that the ring still fills is judged as a full one. Else wide tiles of few rows would be made there,
@@ -126,6 +130,13 @@ std::vector<CString> CPictureMaker::Missing(const CCover& cover, const CPart& pa
   return missing;
 }
 
+// How many levels finer than asked for the rows of a part are read.
+int CPictureMaker::AheadOf(const CTimeline& timeline, const CPart& part) const {
+  const CMomentRange range = part.place.Range();
+  if (part.isExact || !m_isReadAhead || part.place.level < kReadAhead || range.to > timeline.since) return 0;
+  return m_rows.Estimate(timeline, range, m_head) <= kFewRows * (1 << kTileBits) ? kReadAhead : 0;
+}
+
 // What is read at once: tiles that follow each other and that the same variables lack.
 std::vector<CTileRun> CPictureMaker::MissingRuns() const {
   std::vector<CTileRun> runs;
@@ -133,13 +144,14 @@ std::vector<CTileRun> CPictureMaker::MissingRuns() const {
     for (const CPart& part : cover.parts) {
       std::vector<CString> missing = Missing(cover, part);
       if (missing.empty()) continue;
-      const auto [level, index] = part.place;
-      CTileRun run = {cover.group.timeline, std::move(missing), level, index, index + 1, part.isExact};
+      const int ahead = AheadOf(*cover.group.timeline, part), level = part.place.level - ahead;
+      const std::int64_t index = part.place.index << ahead, end = (part.place.index + 1) << ahead;
+      CTileRun run = {cover.group.timeline, std::move(missing), level, index, end, part.isExact};
       const bool goesOn = !runs.empty() && runs.back().timeline == run.timeline &&
                           runs.back().level == level && runs.back().end == index &&
                           runs.back().isExact == run.isExact && runs.back().variables == run.variables;
       if (goesOn)
-        ++runs.back().end;
+        runs.back().end = end;
       else
         runs.push_back(std::move(run));
     }
@@ -182,8 +194,10 @@ bool CPictureMaker::Read(const CReadWatch& watch) {
       wasTooMany = true;
       for (std::int64_t index = run.begin; index < run.end; ++index) m_tiles.SetDense({run.level, index});
     }
-    if (!wasTooMany) break;
-    for (CCover& cover : m_covers) cover = CoverOf(cover.group);
+    if (!wasTooMany && !m_isReadAhead) break;
+    m_isReadAhead = false;  // what could not be made of it is read as asked for
+    if (wasTooMany)
+      for (CCover& cover : m_covers) cover = CoverOf(cover.group);
   }
   return true;
 }
@@ -252,6 +266,7 @@ void CPictureMaker::AddOther(CCurveSteps& curve, const CString& variable, const 
 CCurveSteps CPictureMaker::CurveOf(const CCover& cover, const CString& variable,
                                    const CSketch& sketch) const {
   CCurveSteps curve;
+  curve.reserve(std::min(2 * std::size_t{m_query.columns} + 2, kMostReserved));
   const CJoin join(m_rows, *cover.group.timeline, m_head);
   for (const CPart& part : cover.parts) {
     const CTile* const tile = m_tiles.Find(variable, part.place);
@@ -270,11 +285,10 @@ CCurveSteps CPictureMaker::CurveOf(const CCover& cover, const CString& variable,
 }
 
 CChartPicture CPictureMaker::Make(const CSketch& sketch) const {
-  CChartPicture picture = {m_query, std::vector<CCurveSteps>(m_query.variables.size())};
+  std::vector<CCurveSteps> curves(m_query.variables.size());
   for (const CCover& cover : m_covers)
-    for (const std::size_t i : cover.group.places)
-      picture.curves[i] = CurveOf(cover, m_query.variables[i], sketch);
-  return picture;
+    for (const std::size_t i : cover.group.places) curves[i] = CurveOf(cover, m_query.variables[i], sketch);
+  return {m_query, std::move(curves)};
 }
 
 }  // namespace vastra

@@ -42,6 +42,7 @@ class CPictureMaker {
   bool MakeOfFiner(const CTimeline& timeline, const CString& variable, const CTilePlace& place,
                    int depth) const;
   std::vector<CString> Missing(const CCover& cover, const CPart& part) const;
+  int AheadOf(const CTimeline& timeline, const CPart& part) const;
   std::vector<CTileRun> MissingRuns() const;
   bool AreVeryMany(const std::vector<CTileRun>& runs) const;
   void MakeSketch();
@@ -58,6 +59,7 @@ class CPictureMaker {
   const CLiveHead m_head;
   const CMomentRange m_there;  // where there are rows
   std::vector<CCover> m_covers;
+  bool m_isReadAhead = false;
   CSketch m_sketch;
   std::vector<CHistoryFault> m_faults;
 };
