@@ -13,14 +13,10 @@
 namespace vastra {
 namespace {
 
-constexpr double kCurveWidth = 1.5, kSelectedWidth = 2.75;  // pixels
-constexpr double kMarkSize = 4.5;
-constexpr std::ptrdiff_t kManySteps = 30;  // of a curve that is put into the pixels
-constexpr double kFarOff = 20'000;         // pixels
+constexpr double kSelectedWidth = 2.75;  // pixels, of a curve
 constexpr double kTickLength = 4;
-constexpr double kTicksPerLine = 0.32;  // value ticks for each line of text, at most
-constexpr double kAwayLane = 3;         // the height of the marks of nodes that are away
-constexpr int kAwayTint = 20, kBetweenTint = 18, kSelectedTint = 40;  // of 255
+constexpr double kTicksPerLine = 0.32;                // value ticks for each line of text, at most
+constexpr int kBetweenTint = 18, kSelectedTint = 40;  // of 255
 constexpr const char* kCursorNames[] = {"A", "B"};
 
 QColor Blend(const QColor& a, const QColor& b, float part) {
@@ -55,20 +51,6 @@ Qt::PenStyle StyleOf(const CChartLayout& layout, std::size_t curve) {
   std::size_t before = 0;
   for (std::size_t i = 0; i < curve; ++i) before += layout.curves[i].colour == layout.curves[curve].colour;
   return kStyles[before % std::size(kStyles)];
-}
-
-// Whether a curve is one line, without marks of values and of nodes that are away.
-bool IsPlain(std::span<const CCurveStep> steps, std::span<const CMomentRange> away, const CPlotScale& scale) {
-  const auto isVisible = [&](const CMomentRange& range) {
-    return range.from < scale.range.to && range.to > scale.range.from;
-  };
-  if (std::ranges::any_of(away, isVisible)) return false;
-  const auto nearby = scale.MomentAt(scale.left + kMarkSize) - scale.range.from;
-  for (std::size_t i = 0; i < steps.size(); ++i) {
-    if (steps[i].hasInvalid) return false;
-    if (i > 0 && (!steps[i].isJoined || steps[i].from - steps[i - 1].to > nearby)) return false;
-  }
-  return true;
 }
 
 }  // namespace
@@ -151,9 +133,10 @@ CPlotScale CChartPainter::Scale(const CChartState& state, int axis) const {
 
 void CChartPainter::PaintPlot(QPainter& painter, const CChartState& state, const CChartCanvas* canvas) {
   painter.setFont(m_font);
+  CollectCurves(state);
   painter.fillRect(QRectF(0, 0, m_frame.time.width, m_frame.time.Bottom()), m_ink.base);
   PaintGrid(painter, state);
-  PaintCurves(painter, state, canvas);
+  PaintCurves(painter, canvas);
   painter.setRenderHint(QPainter::Antialiasing, false);
   for (std::size_t i = 0; i < m_frame.axes.size(); ++i) PaintValueAxis(painter, state, i);
   PaintTimeAxis(painter, state);
@@ -243,109 +226,29 @@ void CChartPainter::PaintValueAxis(QPainter& painter, const CChartState& state, 
   m_texts.Draw(painter, isLeft ? x - std::min(width, box.width) : x, above + m_texts.Ascent(), axis.unit);
 }
 
-void CChartPainter::PaintCurves(QPainter& painter, const CChartState& state, const CChartCanvas* canvas) {
+// The selected one is the last.
+void CChartPainter::CollectCurves(const CChartState& state) {
+  const std::size_t count = state.Layout().curves.size(), selected = state.Selected();
+  const auto collect = [&](std::size_t i) {
+    const CChartCurve& curve = state.Layout().curves[i];
+    if (curve.isHidden || curve.axis == 0) return;
+    const QPen pen(ColourOf(curve), i == selected ? kSelectedWidth : CCurvePainter::kUsualWidth,
+                   StyleOf(state.Layout(), i), Qt::FlatCap, Qt::BevelJoin);
+    m_curves.push_back(
+        CCurvePainter::Prepare(state.StepsOf(i), state.AwayOf(i), Scale(state, curve.axis), pen));
+  };
+  m_curves.clear();
+  for (std::size_t i = 0; i < count; ++i)
+    if (i != selected) collect(i);
+  if (selected < count) collect(selected);
+}
+
+void CChartPainter::PaintCurves(QPainter& painter, const CChartCanvas* canvas) {
   const CChartBox& plot = m_frame.plot;
   painter.save();
   painter.setClipRect(QRectF(plot.left, plot.top - 1, plot.width, plot.height + 2));
-  const std::size_t count = state.Layout().curves.size(), selected = state.Selected();
-  for (std::size_t i = 0; i < count; ++i)
-    if (i != selected) PaintCurve(painter, state, i, canvas);
-  if (selected < count) PaintCurve(painter, state, selected, canvas);
+  for (const CPaintedCurve& curve : m_curves) m_curvePainter.Paint(painter, curve, canvas);
   painter.restore();
-}
-
-void CChartPainter::PaintCurve(QPainter& painter, const CChartState& state, std::size_t curve,
-                               const CChartCanvas* canvas) {
-  const CChartCurve& shown = state.Layout().curves[curve];
-  if (shown.isHidden || shown.axis == 0) return;
-  const double width = curve == state.Selected() ? kSelectedWidth : kCurveWidth;
-  const CPlotScale scale = Scale(state, shown.axis);
-  const QPen pen(ColourOf(shown), width, StyleOf(state.Layout(), curve), Qt::FlatCap, Qt::BevelJoin);
-  if (canvas && IsPlain(state.StepsOf(curve), state.AwayOf(curve), scale) &&
-      PaintPixels(*canvas, state.StepsOf(curve), scale, pen))
-    return;
-  m_geometry.Build(state.StepsOf(curve), scale, width);
-  PaintAway(painter, state.AwayOf(curve), scale, pen.color());
-  if (!canvas || !PaintPixels(*canvas, state.StepsOf(curve), scale, pen)) PaintPaths(painter, pen);
-  m_marks.clear();
-  for (const CPlotPoint& mark : m_geometry.Marks()) m_marks.emplace_back(mark.x, mark.y);
-  if (m_marks.empty()) return;
-  painter.setRenderHint(QPainter::Antialiasing, true);
-  painter.setPen(QPen(pen.color(), kMarkSize + width - kCurveWidth, Qt::SolidLine, Qt::RoundCap));
-  painter.drawPoints(m_marks.data(), static_cast<int>(m_marks.size()));
-}
-
-// One call for all bands and one for all lines.
-void CChartPainter::PaintPaths(QPainter& painter, const QPen& pen) {
-  const auto collect = [this](const std::vector<CPointRun>& runs) {
-    m_path.clear();
-    m_path.setFillRule(Qt::WindingFill);
-    for (const CPointRun& run : runs) {
-      const CPlotPoint* point = &m_geometry.Points()[run.first];
-      m_path.moveTo(point->x, point->y);
-      for (std::size_t i = 1; i < run.count; ++i) m_path.lineTo(point[i].x, point[i].y);
-    }
-  };
-  painter.setRenderHint(QPainter::Antialiasing, true);
-  collect(m_geometry.Bands());
-  painter.fillPath(m_path, pen.color());
-  collect(m_geometry.Lines());
-  painter.strokePath(m_path, pen);
-}
-
-// For a curve with many steps. False: the painter has to draw it.
-bool CChartPainter::PaintPixels(const CChartCanvas& canvas, std::span<const CCurveStep> steps,
-                                const CPlotScale& scale, const QPen& pen) {
-  const auto begin = std::ranges::lower_bound(steps, scale.range.from, {}, &CCurveStep::to);
-  const auto end = std::ranges::upper_bound(steps, scale.range.to, {}, &CCurveStep::from);
-  if (end - begin < kManySteps) return false;
-  const auto first = begin - (begin == steps.begin() ? 0 : 1);
-  const auto last = end + (end == steps.end() ? 0 : 1);
-  // Lines from far outside need more digits than the raster has.
-  if (scale.X(first->from) < -kFarOff || scale.X(last[-1].to) > kFarOff) return false;
-  CPlotScale pixels = scale;
-  for (double* place : {&pixels.left, &pixels.top, &pixels.width, &pixels.height}) *place *= canvas.ratio;
-  const auto cut = [](double place, int most) {
-    return std::clamp(static_cast<int>(std::round(place)), 0, most);
-  };
-  const CRect clip = {cut(pixels.left, canvas.all.right), cut(pixels.top - canvas.ratio, canvas.all.bottom),
-                      cut(pixels.left + pixels.width, canvas.all.right),
-                      cut(pixels.top + pixels.height + canvas.ratio, canvas.all.bottom)};
-  std::vector<float> dashes;
-  if (pen.style() != Qt::SolidLine)
-    for (const qreal dash : pen.dashPattern())
-      dashes.push_back(static_cast<float>(dash * pen.widthF() * canvas.ratio));
-  m_raster.Draw(canvas.pixels, clip, {first, last}, pixels, pen.widthF() * canvas.ratio, pen.color().rgb(),
-                dashes);
-  return true;
-}
-
-// A tint where there is no value at all, and a lane at the bottom where some are missing. told: by the
-// logger. A region, so that what both logs and logger say has the tint once.
-void CChartPainter::PaintAway(QPainter& painter, std::span<const CMomentRange> told, const CPlotScale& scale,
-                              const QColor& colour) const {
-  const CChartBox& plot = m_frame.plot;
-  QRegion whole, all;
-  const auto add = [&](double from, double to, bool isWhole) {
-    const double left = std::max(from, plot.left), right = std::min(to, plot.Right());
-    if (right <= left) return;
-    const QRect stretch = QRectF(left, plot.top, right - left, plot.height).toAlignedRect();
-    all += stretch;
-    if (isWhole) whole += stretch;
-  };
-  for (const CAwayStretch& away : m_geometry.Away()) add(away.left, away.right, away.isWhole);
-  for (const CMomentRange& away : told)
-    if (away.to > scale.range.from)
-      add(scale.X(away.from), std::max(scale.X(away.to), scale.X(away.from) + 1), true);
-  painter.setRenderHint(QPainter::Antialiasing, false);
-  const auto lane = [&](const QRect& stretch) {
-    return QRectF(stretch.left(), plot.Bottom() - kAwayLane, stretch.width(), kAwayLane);
-  };
-  for (const QRect& stretch : whole) {
-    painter.fillRect(stretch, Tinted(colour, kAwayTint));
-    painter.fillRect(lane(stretch), colour);
-  }
-  for (const QRect& stretch : all - whole) painter.fillRect(lane(stretch), QBrush(colour, Qt::Dense4Pattern));
 }
 
 void CChartPainter::PaintLegend(QPainter& painter, const CChartState& state,

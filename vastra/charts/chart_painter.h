@@ -3,7 +3,6 @@
 #pragma once
 
 #include <QFont>
-#include <QPainterPath>
 #include <QPalette>
 #include <QRectF>
 
@@ -12,8 +11,7 @@
 #include "vastra/charts/chart_frame_geometry.h"
 #include "vastra/charts/chart_state_rules.h"
 #include "vastra/charts/chart_texts.h"
-#include "vastra/charts/curve_geometry.h"
-#include "vastra/charts/curve_raster.h"
+#include "vastra/charts/curve_painter.h"
 
 class QPainter;
 
@@ -27,14 +25,6 @@ struct CChartInk {
   bool isDark = false;
 };
 CChartInk InkOf(const QPalette& palette);
-
-// The pixels of an image that a painter draws into, Format_RGB32: long curves are put there without the
-// painter.
-struct CChartCanvas {
-  CPixels pixels = {};
-  CRect all;
-  double ratio = 1;  // pixels for each unit of the painter
-};
 
 class CChartPainter {
  public:
@@ -66,13 +56,8 @@ class CChartPainter {
   void PaintTimeAxis(QPainter& painter, const CChartState& state);
   void PaintContexts(QPainter& painter, const CPlotScale& scale, double right);
   void PaintValueAxis(QPainter& painter, const CChartState& state, std::size_t place);
-  void PaintCurves(QPainter& painter, const CChartState& state, const CChartCanvas* canvas);
-  void PaintCurve(QPainter& painter, const CChartState& state, std::size_t curve, const CChartCanvas* canvas);
-  void PaintPaths(QPainter& painter, const QPen& pen);
-  bool PaintPixels(const CChartCanvas& canvas, std::span<const CCurveStep> steps, const CPlotScale& scale,
-                   const QPen& pen);
-  void PaintAway(QPainter& painter, std::span<const CMomentRange> told, const CPlotScale& scale,
-                 const QColor& colour) const;
+  void CollectCurves(const CChartState& state);
+  void PaintCurves(QPainter& painter, const CChartCanvas* canvas);
   void PaintItem(QPainter& painter, const CChartState& state, std::size_t curve,
                  std::optional<CMoment> moment) const;
   void PaintTag(QPainter& painter, const QString& text, double x, double top, const QColor& colour) const;
@@ -84,10 +69,8 @@ class CChartPainter {
   CChartTexts m_texts;
   CTimeAxis m_time;
   std::vector<CAxisTexts> m_axes;
-  CCurveGeometry m_geometry;
-  CCurveRaster m_raster;
-  QPainterPath m_path;  // keeps its memory, as m_geometry
-  std::vector<QPointF> m_marks;
+  std::vector<CPaintedCurve> m_curves;  // in the order of painting
+  CCurvePainter m_curvePainter;
 };
 
 }  // namespace vastra

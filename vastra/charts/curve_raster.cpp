@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <numeric>
 #include <utility>
 
@@ -129,8 +130,7 @@ void CCurveRaster::Draw(const CColumn& column, const CColumn* before) {
     m_way = std::fmod(m_way + std::hypot(column.right - fromX, column.last - fromY), m_dashLength);
     if (bottom - top < kFlat && !IsDrawnAt(m_way)) return;
   }
-  const int end = static_cast<int>(column.right) + 1,
-            beside = static_cast<int>(std::lround(m_halfWidth - 0.5F));
+  const int end = static_cast<int>(column.right) + 1, beside = static_cast<int>(m_halfWidth);
   Fill(from, end, top - m_halfWidth, bottom + m_halfWidth);
   if (beside <= 0) return;
   Fill(from - beside, from, top, bottom);
@@ -160,11 +160,12 @@ void CCurveRaster::PutBars() {
     to = std::min(to, static_cast<int>(m_bottoms[i]));
   }
   std::uint32_t* row = m_pixels.first + (m_clip.top + from) * m_pixels.row + m_firstBar;
-  for (int y = from; y < to; ++y, row += m_pixels.row)
-    if (count == kBars)
-      std::fill_n(row, kBars, m_colour);  // of a length that the compiler knows
-    else
-      std::fill_n(row, count, m_colour);
+  std::uint32_t colours[kBars];
+  std::fill_n(colours, kBars, m_colour);
+  if (count == kBars)  // of a length that the compiler knows
+    for (int y = from; y < to; ++y, row += m_pixels.row) std::memcpy(row, colours, sizeof colours);
+  else
+    for (int y = from; y < to; ++y, row += m_pixels.row) std::fill_n(row, count, m_colour);
   for (int i = 0; i < count; ++i) PutBar(m_firstBar + i, m_tops[i], m_bottoms[i], from, to);
 }
 
