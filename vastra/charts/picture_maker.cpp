@@ -107,6 +107,7 @@ bool CPictureMaker::MakeOfFiner(const CTimeline& timeline, const CString& variab
                                 int depth) const {
   if (place.level == 0 || depth == 0) return false;
   CTile tile;
+  tile.steps.reserve(std::size_t{1} << kTileBits);
   const CJoin join(m_rows, timeline, m_head);
   for (const std::int64_t index : {2 * place.index, 2 * place.index + 1}) {
     const CTilePlace finer = {place.level - 1, index};
@@ -115,6 +116,7 @@ bool CPictureMaker::MakeOfFiner(const CTimeline& timeline, const CString& variab
     if (part->isOpen) return false;
     AppendSteps(tile.steps, part->steps, place.level, false, join);
   }
+  tile.steps.shrink_to_fit();
   m_tiles.Put(variable, place, std::move(tile));
   return true;
 }
