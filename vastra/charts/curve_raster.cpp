@@ -146,8 +146,8 @@ void CCurveRaster::Fill(int left, int right, float top, float bottom) {
   for (int x = std::max(left, m_clip.left); x < right; ++x) {
     if (m_bars == kBars || x != m_firstBar + m_bars) PutBars();
     if (m_bars == 0) m_firstBar = x;
-    m_tops[static_cast<std::size_t>(m_bars)] = top;
-    m_bottoms[static_cast<std::size_t>(m_bars++)] = bottom;
+    m_tops[m_bars] = top;
+    m_bottoms[m_bars++] = bottom;
   }
 }
 

@@ -2,7 +2,6 @@
 // the toolkit needs for them: a chart is drawn again at each move of the pointer. Without Qt.
 #pragma once
 
-#include <array>
 #include <span>
 #include <vector>
 
@@ -52,7 +51,7 @@ class VASTRA_API CCurveRaster {
   // each below that of m_clip.
   static constexpr int kBars = 16;
   int m_firstBar = 0, m_bars = 0;
-  std::array<float, kBars> m_tops = {}, m_bottoms = {};
+  float m_tops[kBars] = {}, m_bottoms[kBars] = {};
   CPixels m_pixels = {};
   CRect m_clip;
   float m_halfWidth = 0;
