@@ -15,12 +15,11 @@ _timeb TimeOf(CMoment moment) {
 
 class ChartLive : public CChartFixture {
  protected:
-  // Adds samples of x and y to the ring, and to the model from a moment on.
-  void AddSamples(int count, CMoment from = kFirstMoment) {
+  // Adds samples of x and y to the ring, and to the model from a moment on. The clock goes back now and then.
+  void AddSamples(int count, CMoment from = kFirstMoment, bool isSteady = false) {
     for (; count > 0; --count, m_moment += kUsual) {
       const float values[] = {ValueOf(m_random), ValueOf(m_random)};
-      const CMoment moment =
-          m_random() % 50 ? m_moment : m_moment - 7 * kUsual / 2;  // a clock that went back
+      const CMoment moment = isSteady || m_random() % 50 ? m_moment : m_moment - 7 * kUsual / 2;
       m_live->Add(TimeOf(moment), values, 2);
       if (moment >= from) AddToModel(Names({"x", "y"}), {{moment, {values[0], values[1]}}}, ++m_order);
     }
@@ -57,6 +56,42 @@ TEST_F(ChartLive, TheRingHoldsFromItsFirstSampleOn) {
   const std::string csv = Exported({first, m_moment}, {"x", "z"}, m_dir / "out.csv");
   const auto z = Between("z", first, m_moment).size();
   EXPECT_EQ(static_cast<std::size_t>(std::count(csv.begin(), csv.end(), '\n')), 1 + x.size() + z);
+}
+
+// Samples of a clock that was set back lie between others until it is as late as before.
+TEST_F(ChartLive, SamplesAreInTheOrderOfTimeAfterAClockWentBack) {
+  m_live->Begin({"x", "y"});
+  AddSamples(3000, kFirstMoment, true);
+  Open(m_live);
+  CheckQueries(1, 10);
+  m_moment -= 100'030;
+  for (unsigned i = 0; i < 15; ++i) {
+    CheckQueries(2 + i, 10);
+    AddSamples(100, kFirstMoment, true);
+  }
+}
+
+// The picture was elsewhere while samples went from the ring to the journal.
+TEST_F(ChartLive, SamplesThatTheRingHasDroppedMeanwhileAreReadFromLogs) {
+  const auto live = std::make_shared<CLiveSamples>(std::size_t{64} * 64 * 12);  // 4096 samples
+  live->Begin({"x"});
+  CHandOver logger(Folder());
+  const auto add = [&](int count) {
+    for (int i = logger.Kept(); i < logger.Kept() + count; ++i)
+      if (const auto value = static_cast<float>(i); true) live->Add(TimeOf(CMoment{1000} * i), &value, 1);
+    logger.Keep(count);
+  };
+  const CChartQuery query = {{0, 1'000'000}, 7000, {"x"}};
+  add(600);
+  Open(live);
+  EXPECT_EQ(Asked(query).curves[0].size(), 600U);
+  Asked({{-9000, -8000}, 100, {"x"}});
+  add(1000);
+  Log("seen.rph", Names({"seen"}), {{-9'000'000, {1}}, {-8'000'000, {1}}});
+  m_data.Rescan();
+  ASSERT_TRUE(Wait([&] { return m_data.Variables().size() == 2; }));
+  add(6000);
+  EXPECT_EQ(Asked(query).curves[0].size(), 1001U);
 }
 
 // A chart that follows a short range asks for a picture as soon as the rows have grown.

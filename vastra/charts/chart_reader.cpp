@@ -189,8 +189,11 @@ void CChartReader::TakeLogs(const CLiveHead& head) {
 bool CChartReader::HasNewSamples() {
   const CLiveHead head = m_rows->Head();
   m_hasNew |= head.generation != m_seen.generation || head.end != m_seen.end;
-  // Of a clock that went back, samples belong between those that were read.
-  if (head.backSteps != m_seen.backSteps) m_tiles.Clear();
+  // Of a clock that went back, samples belong between those that were read, until it is as late as before.
+  if (head.backSteps != m_seen.backSteps)
+    m_tiles.Clear();
+  else if (m_seen.newestMoment < m_seen.lastMoment && head.end != m_seen.end)
+    m_tiles.Drop({m_seen.newestMoment, head.newestMoment + 1}, [](const CString&) { return kEndMoment; });
   m_seen = head;
   const Time now = std::chrono::steady_clock::now();
   if (now - m_looked < kLivePeriod) return false;

@@ -67,6 +67,7 @@ CLiveHead CLiveSamples::Head() const {
   if (m_first == m_end) return head;
   head.firstMoment = m_moments[m_first % m_capacity];
   head.lastMoment = LatestMoment();
+  head.newestMoment = m_moments[(m_end - 1) % m_capacity];
   head.backSteps = m_backSteps;
   head.since = head.steadySince = m_hasDropped ? m_latestDropped + 1 : head.firstMoment;
   if (!m_hasDropped && m_end - m_first < m_capacity / 2) return head;

@@ -21,6 +21,7 @@ struct CLiveHead {
   std::uint64_t generation = 0;             // counts the calls of Begin
   std::uint64_t first = 0, end = 0;         // numbers of the samples that are there, from 0 since Begin
   CMoment firstMoment = 0, lastMoment = 0;  // of the first sample, and the latest of all
+  CMoment newestMoment = 0;                 // of the sample that was added last
   std::uint64_t backSteps = 0;              // how often the clock went back since Begin
   // All samples from this moment on are there. Earlier ones can be missing, also if the clock went back.
   CMoment since = 0;

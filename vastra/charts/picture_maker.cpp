@@ -161,18 +161,26 @@ std::vector<CTileRun> CPictureMaker::MissingRuns() const {
 }
 
 void CPictureMaker::RefreshOpen(const CCover& cover, const CPart& part) const {
+  const CTimeline& timeline = *cover.group.timeline;
+  const bool hasLogs = timeline.isLive && timeline.since > kFirstMoment;
+  const std::uint64_t inLogs = hasLogs ? m_rows.Live()->Find(timeline.since) : 0;
   std::map<std::uint64_t, std::vector<CString>> open;  // by the sample that was not looked at yet
   for (const std::size_t i : cover.group.places) {
     const CString& variable = m_query.variables[i];
     const CTile* const tile = m_tiles.Find(variable, part.place);
     if (!tile || !tile->isOpen || tile->nextLive >= m_head.end) continue;
+    // Samples that were not looked at are read from logs by now: the tile is read again.
+    if (tile->nextLive < inLogs) {
+      m_tiles.Take(variable, part.place);
+      continue;
+    }
     std::vector<CString>& variables = open[tile->nextLive];
     if (std::find(variables.begin(), variables.end(), variable) == variables.end())
       variables.push_back(variable);
   }
   const auto [level, index] = part.place;
   for (auto& [next, variables] : open) {
-    const CTileRun run = {cover.group.timeline, std::move(variables), level, index, index + 1, part.isExact};
+    const CTileRun run = {&timeline, std::move(variables), level, index, index + 1, part.isExact};
     CTileReader(m_rows, m_head, m_tiles, run).Refresh();
   }
 }
