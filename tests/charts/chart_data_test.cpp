@@ -32,6 +32,11 @@ TEST_F(ChartData, ARowOfSeveralOutputsCountsOnce) {
   EXPECT_EQ(m_data.Statistics()[0].values, 6U);
   EXPECT_EQ(m_data.Statistics()[0].mean, 27.0 / 6);
   EXPECT_EQ(m_data.Statistics()[1].values, 5U);
+  for (const char* name : {"d.rph", "e.rph"}) Log(name, Names({"z"}), {{3000, {1}}});
+  m_data.SetSources({{{Folder(), true}}});
+  m_data.AskStatistics({0, 9501}, {"z"});
+  ASSERT_TRUE(Wait([&] { return !m_data.Statistics().empty(); }));
+  EXPECT_EQ(m_data.Statistics()[0].values, 1U) << "logs of one row";
 }
 
 TEST_F(ChartData, AnExportAppearsWholeOrNotAtAll) {
@@ -82,6 +87,25 @@ TEST_F(ChartData, ACoarseAnswerComesFirst) {
   }
   EXPECT_EQ(gaps, 1);
   EXPECT_GT(data->Picture().curves[0].size(), 800U);
+}
+
+// It is listed once, and read as soon as that is possible.
+TEST_F(ChartData, ALogThatCannotBeReadIsTriedAgain) {
+  std::vector<CTestRow> both;
+  for (const CTestRow& row : Count(51, 50)) both.push_back({row.moment, {row.values[0], 0}});
+  Log("a.rph", Names({"x"}), Count(1, 50));
+  Log("b.rph", Names({"x", "y"}), both);
+  Open();
+  const std::filesystem::path log = (m_dir / "b.rph").Std(), other = (m_dir / "other").Std();
+  std::filesystem::rename(log, other);
+  const auto rows = [&](const char* name) { return Asked({{0, 110'000}, 4000, {name}}).curves[0].size(); };
+  EXPECT_EQ(rows("x"), 50U);
+  EXPECT_EQ(rows("y"), 0U);
+  EXPECT_EQ(m_data.Faults().size(), 1U);
+  std::filesystem::rename(other, log);
+  m_data.Rescan();
+  EXPECT_TRUE(Wait([&] { return rows("x") == 100; }));
+  EXPECT_TRUE(m_data.Faults().empty());
 }
 
 // A log that comes, and one that goes.

@@ -84,27 +84,11 @@ void AddShared(const CChartRows& rows, const CMomentRange& range, const std::vec
   }
 }
 
-// The times that several logs of a timeline share, in order and apart from each other.
-std::vector<CMomentRange> SharedTimes(const CTimeline& timeline) {
-  std::vector<CMomentRange> shared;
-  CMoment last = kFirstMoment - 1;  // of the logs before
-  for (const CTimeline::CStretch& stretch : timeline.stretches) {
-    const CMomentRange range = {stretch.first, std::min(stretch.last, last) + 1};
-    last = std::max(last, stretch.last);
-    if (range.from >= range.to) continue;
-    if (shared.empty() || range.from > shared.back().to)
-      shared.push_back(range);
-    else
-      shared.back().to = std::max(shared.back().to, range.to);
-  }
-  return shared;
-}
-
 void AddLogged(const CChartRows& rows, const CTimeline& timeline, CMomentRange range,
                const std::vector<CString>& names, std::vector<CBucket>& buckets,
                const CIsStopped& isStopped) {
   range.to = std::min(range.to, timeline.since);
-  for (const CMomentRange& shared : SharedTimes(timeline)) {
+  for (const CMomentRange& shared : timeline.shared) {
     if (shared.to <= range.from || shared.from >= range.to) continue;
     AddSingle(rows, {range.from, shared.from}, names, buckets, isStopped);
     range.from = std::max(range.from, shared.from);

@@ -20,6 +20,12 @@ std::vector<CHistoryFault> FaultsOf(const std::vector<CHistoryLog>& logs) {
   return faults;
 }
 
+// A log is listed once, however often it is read.
+void AddFaults(const std::vector<CHistoryFault>& from, std::vector<CHistoryFault>& to) {
+  for (const CHistoryFault& fault : from)
+    if (std::ranges::find(to, fault.path, &CHistoryFault::path) == to.end()) to.push_back(fault);
+}
+
 }  // namespace
 
 std::unique_ptr<CChartData> CChartData::Make(std::function<void()> onChange) {
@@ -166,13 +172,14 @@ void CChartReader::TakeLogs(const CLiveHead& head) {
   const std::vector<CMomentRange> changed = ChangedRanges(before->Logs(), now->Logs());
   const bool isSameRing = before->Live() == now->Live() && before->Generation() == now->Generation() &&
                           (before->Since() == kEndMoment) == (now->Since() == kEndMoment);
-  if (!isSameRing) m_tiles.Clear();
+  const bool isReadAgain = std::exchange(m_hasUnread, false);
+  if (!isSameRing || isReadAgain) m_tiles.Clear();
   const auto since = [&](const CString& variable) { return now->TimelineOf(variable).since; };
   for (const CMomentRange& range : changed) m_tiles.Drop(range, since);
   bool isNew;
   {
     const std::lock_guard lock(m_mutex);
-    isNew = !m_isScanned || !changed.empty() || !isSameRing;
+    isNew = !m_isScanned || !changed.empty() || !isSameRing || isReadAgain;
     m_rows = std::move(now);
     m_range = m_rows->Range();
     m_isScanned = m_readSources == m_sourceNumber;
@@ -237,7 +244,8 @@ void CChartReader::Draw() {
   });
   if (!maker.Faults().empty()) {
     const std::lock_guard lock(m_mutex);
-    m_faults.insert(m_faults.end(), maker.Faults().begin(), maker.Faults().end());
+    AddFaults(maker.Faults(), m_faults);
+    m_hasUnread = true;
   }
   if (!isRead) {
     const std::lock_guard lock(m_mutex);

@@ -83,6 +83,7 @@ class CChartReader : public CChartData {
   std::uint64_t m_readSources = 0, m_answered = 0;  // numbers
   CLiveHead m_seen;                                 // the head of the ring
   bool m_hasNew = false;                            // samples that were not shown yet
+  bool m_hasUnread = false;                         // m_tiles lack rows of a log that could not be read
   Time m_scanned, m_looked, m_published;
 
   CLatestJob m_statisticsJob, m_valuesJob, m_exportJob;

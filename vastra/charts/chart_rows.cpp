@@ -30,6 +30,23 @@ void AddStretch(std::vector<CTimeline::CStretch>& stretches, const CTimeline::CS
   ++stretches.back().rows;
 }
 
+// The times that several of the logs, which are in the order of first, share, in order and apart from each
+// other.
+std::vector<CMomentRange> SharedTimes(const std::vector<CTimeline::CStretch>& logs) {
+  std::vector<CMomentRange> shared;
+  CMoment last = kFirstMoment - 1;  // of the logs before
+  for (const CTimeline::CStretch& log : logs) {
+    const CMomentRange range = {log.first, std::min(log.last, last) + 1};
+    last = std::max(last, log.last);
+    if (range.from >= range.to) continue;
+    if (shared.empty() || range.from > shared.back().to)
+      shared.push_back(range);
+    else
+      shared.back().to = std::max(shared.back().to, range.to);
+  }
+  return shared;
+}
+
 bool IsSameLog(const CHistoryLog& a, const CHistoryLog& b) {
   return a.size == b.size && a.samples == b.samples && a.first == b.first && a.last == b.last &&
          a.isJournal == b.isJournal && (a.isJournal || a.status == b.status) && a.fault == b.fault;
@@ -107,6 +124,7 @@ const CTimeline& CChartRows::TimelineOf(const CString& variable) const {
       stretches.push_back({log.first, log.last, log.samples});
   std::stable_sort(stretches.begin(), stretches.end(),
                    [](const auto& a, const auto& b) { return a.first < b.first; });
+  timeline.shared = SharedTimes(stretches);
   bool isOfSingles = false;
   for (const CTimeline::CStretch& stretch : stretches) AddStretch(timeline.stretches, stretch, isOfSingles);
   for (CTimeline::CStretch& stretch : timeline.stretches)

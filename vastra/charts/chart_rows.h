@@ -18,9 +18,10 @@ struct CTimeline {
     std::uint64_t rows = 0;
     std::int64_t longest = 0;  // distance of rows that is not a gap
   };
-  std::vector<CStretch> stretches = {};  // of logs, in the order of first
-  bool isLive = false;                   // the ring has the variable
-  CMoment since = kEndMoment;            // the rows before it are those of logs, the others those of the ring
+  std::vector<CStretch> stretches = {};   // of logs, in the order of first
+  std::vector<CMomentRange> shared = {};  // times that several logs share, in order and apart from each other
+  bool isLive = false;                    // the ring has the variable
+  CMoment since = kEndMoment;  // the rows before it are those of logs, the others those of the ring
 };
 
 // Variables of a query that share a timeline, by their places in it.

@@ -240,6 +240,8 @@ void CChartWindow::ExportRows() {
   for (const CChartCurve& curve : state.Layout().curves)
     if (!curve.isHidden) variables.push_back(curve.variable);
   if (variables.empty() || !state.HasRange()) return void(AfxMessageBox("There are no curves to export."));
+  if (!m_exportPath.IsEmpty())
+    return void(AfxMessageBox(m_exportPath + " is still being written: wait for it, or cancel it first."));
   CString path;
   if (!ChooseFile(SaveQuestion(kCsvFilter, "csv"), path)) return;
   m_exportPath = path;
