@@ -123,7 +123,7 @@ void CAttachedLogger::Take(const CStateLine& state) {
   m_run.isStopped = state.state == kStopped;
   m_run.word = WordOfState(state.state);
   m_run.startFault = state.state == "waiting" ? CString(state.reason) : CString();
-  if (!m_run.isRunning) m_statistics.Stopped();
+  m_run.isRunning ? m_statistics.GoesOn() : m_statistics.Stopped();
   m_live->SetNodes(StatesOf(state.nodes), StatesOf(state.writes));
   // A reader that is slow misses lines about logs, and the state line has them all, unless they are very
   // many.

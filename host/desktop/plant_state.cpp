@@ -49,8 +49,9 @@ void CPlantState::KeepAcknowledged(Time now) {
   for (const CPlantProblem& problem : m_problems)
     if (const auto known = m_acknowledged.find(problem.identity); known != m_acknowledged.end())
       known->second = now;
-  std::erase_if(m_acknowledged,
-                [&](const auto& entry) { return entry.second != Time() && now - entry.second > kLongPause; });
+  for (auto& [identity, last] : m_acknowledged)
+    if (last == Time()) last = now;  // acknowledged since the last look
+  std::erase_if(m_acknowledged, [&](const auto& entry) { return now - entry.second > kLongPause; });
   std::erase_if(m_problems, [&](const auto& problem) { return m_acknowledged.contains(problem.identity); });
 }
 

@@ -39,6 +39,11 @@ void CValueStatistics::Reset() {
   ++m_results.resets;
 }
 
+void CValueStatistics::GoesOn() {
+  const std::lock_guard lock(m_mutex);
+  m_results.isRunning = true;
+}
+
 void CValueStatistics::Started(const CStringArray& names) {
   CResults results;
   results.names = SharedNames(names);

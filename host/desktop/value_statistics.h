@@ -40,6 +40,8 @@ class CValueStatistics : public CRunObserver {
   void Copy(CResults& results) const;
   // From any thread: all ranges are empty again.
   void Reset();
+  // From any thread: a run that seemed to have stopped goes on, and its ranges stay.
+  void GoesOn();
 
   void Started(const CStringArray& names) override;
   // A variable whose name stays keeps its range.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <iterator>
 #include <map>
 #include <optional>
@@ -34,7 +35,7 @@ CString LowerText(const CString& text) {
   return CString(lower);
 }
 
-CString IntText(int number) { return CString(std::to_string(number)); }
+CString IntText(std::int64_t number) { return CString(std::to_string(number)); }
 
 // The whole number that text is.
 std::optional<int> WholeNumber(std::string_view text) {
@@ -55,8 +56,8 @@ std::optional<float> ScaleNumber(const CString& text) {
 
 // A register, or a bit.
 struct CRegisterPlace {
-  char kind = 0;  // c, d, h, i
-  int address = 0;
+  char kind = 0;             // c, d, h, i
+  std::int64_t address = 0;  // as typed, so that what is added to it cannot overflow
 
   bool operator==(const CRegisterPlace&) const = default;
   bool IsBit() const { return kind == 'c' || kind == 'd'; }
@@ -78,7 +79,7 @@ std::optional<CRegisterPlace> ReadPlace(const CString& text, int added) {
   const auto number = WholeNumber(view.substr(1));
   if (digit == kPaperDigits.npos || !number || (view.size() != 5 && view.size() != 6) || *number == 0)
     return {};
-  return CRegisterPlace{kKinds[digit], *number - 1 - added};
+  return CRegisterPlace{kKinds[digit], std::int64_t{*number} - 1 - added};
 }
 
 template <std::size_t COUNT>
@@ -102,7 +103,7 @@ CString RegisterFault(const CVariableRow& row, const CRegisterUse& registers) {
     return "there is no type " + Quoted(row.type) + ", only u16, i16, u32, i32, f32 and f64";
   if (!IsIn(kRegisterOrders, order) || (place->IsBit() && order != ""))
     return "there is no order " + Quoted(row.order) + " here, only abcd, cdab, badc and dcba of registers";
-  const int first = place->address + registers.added;
+  const std::int64_t first = place->address + registers.added;
   if (first < 0 || first + RegistersOf(type) - 1 > kLastRegister)
     return "address " + IntText(first) + " is not from 0 to " + IntText(kLastRegister);
   return {};
@@ -283,7 +284,7 @@ CString RegisterList(const std::vector<CVariableRow>& rows, const CRegisterUse& 
     const CString type = LowerText(row.type), order = LowerText(row.order);
     if (!runs.empty()) {
       CRegisters& last = runs.back();
-      const int next = last.place.address + last.count * RegistersOf(last.type);
+      const std::int64_t next = last.place.address + last.count * RegistersOf(last.type);
       if (last.place.kind == place.kind && next == place.address && last.type == type &&
           last.order == order) {
         ++last.count;

@@ -265,6 +265,24 @@ TEST(AttachedLogger, ALogIsSavedAlsoIfTheLineAboutItWasMissed) {
   }
 }
 
+// Its hello is the same one.
+TEST(AttachedLogger, ALoggerRunsAgainAfterTheConnectionWasLost) {
+  CAttachedLogger logger;
+  CHelloLine hello;
+  hello.feed = 1;
+  hello.variables = {"x"};
+  CStateLine state;
+  state.state = "running";
+  for (int i = 0; i < 2; ++i) {
+    logger.Take(hello);
+    logger.Take(state);
+    CValueStatistics::CResults results;
+    logger.Statistics().Copy(results);
+    EXPECT_TRUE(results.isRunning) << i;
+    logger.Lost();
+  }
+}
+
 TEST_F(Desktop, AnAttachedLoggerIsShownAndWaitedFor) {
   CSettings settings;
   const CString socket = m_dir / "feed";

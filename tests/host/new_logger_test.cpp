@@ -39,12 +39,12 @@ TEST(VariableList, AListIsImportedOrEachFaultHasItsLine) {
       {"a,2\nb,,m\n", {}, "a    2;b    1;", ""},
       {"x "
        "1,h0\nT,z9\nT,h0,u8\nT,h0,u16,abc\nT,h65535,f32\nT,c0,u16\nT,h0,,,0\nT,h0,,,one\nWriteToLog,h0\nT,"
-       "00000\n",
+       "00000\nT,h2147483647,f64\n",
        kRegisters, "",
        "line 1: \"x 1\" cannot be used\nline 2: register \"z9\" is not\nline 3: there is no type \"u8\"\n"
        "line 4: there is no order \"abc\"\nline 5: address 65535\nline 6: a bit has no type\n"
        "line 7: a scale of 0\nline 8: scale \"one\" is not\nline 9: \"WriteToLog\" is a name that\n"
-       "line 10: register \"00000\""},
+       "line 10: register \"00000\"\nline 11: address 2147483647"},
       {"T,h0\nT,h1\n\"U\n", kRegisters, "T h0   1;",
        "line 2: \"T\" is in line 1\nline 3: a quotation mark\n"},
       {"a,1,m,c,d\n", {}, "", "line 1: it has more cells"},

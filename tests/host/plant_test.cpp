@@ -171,6 +171,10 @@ TEST_F(Plant, AnAcknowledgedProblemIsSilentUntilItIsAnotherOne) {
   EXPECT_FALSE(isShown(false, 172s)) << "it has been back for less than a minute";
   EXPECT_FALSE(isShown(true, 233s));
   EXPECT_TRUE(isShown(false, 234s));
+  m_state.Acknowledge(CString(m_state.Problems()[0].identity));
+  EXPECT_FALSE(isShown(true, 235s));
+  EXPECT_FALSE(isShown(true, 296s));
+  EXPECT_TRUE(isShown(false, 297s)) << "it has gone before the next look";
 }
 
 TEST_F(Plant, SettingsThatLoseEverythingAreReportedBeforeTheStart) {
