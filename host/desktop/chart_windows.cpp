@@ -134,7 +134,7 @@ void CChartWindows::ShowHistory(const CConfiguration& configuration, EPart part,
 void CChartWindows::ShowHistory(const CString& name, std::vector<CChartPath> paths,
                                 const CStringArray& variables) {
   CChartWindow* window = NewWindow("History of " + ToScreen(name) + " - Chart");
-  UseLogger(*window, {std::move(paths), m_logger.sources.live});
+  UseLogger(*window, {std::move(paths), m_logger.sources.live, m_logger.sources.isThinned});
   const auto count = std::min<std::ptrdiff_t>(variables.GetSize(), kFirstCurves);
   window->AddCurves({variables.begin(), variables.begin() + count});
   window->BringUp();
