@@ -105,6 +105,10 @@ void Fold(CLoggedMessage& line, const CLoggedMessage& later) {
   line.count += later.count;
 }
 
+CKnownMessages::CKnownMessages(const std::vector<CLoggedMessage>& lines) {
+  for (const CLoggedMessage& line : lines) m_keys.insert(KeyOf(line));
+}
+
 std::string FileForm(const CLoggedMessage& line) {
   std::string bytes = std::to_string(line.first) + '\t' + std::to_string(line.last) + '\t' +
                       std::to_string(line.count) + '\t' + SeverityWord(line.severity);

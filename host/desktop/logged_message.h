@@ -3,8 +3,11 @@
 #pragma once
 
 #include <cstdint>
+#include <set>
 #include <string>
 #include <string_view>
+#include <tuple>
+#include <vector>
 
 #include "host/common/message_text.h"
 #include "vastra/core/messenger.h"
@@ -35,6 +38,20 @@ CLoggedMessage DesktopLine(char severity, std::string_view text, std::string_vie
 // Whether both say the same. Fold then adds the later one to line.
 bool IsRepeat(const CLoggedMessage& line, const CLoggedMessage& later);
 void Fold(CLoggedMessage& line, const CLoggedMessage& later);
+
+// Finds the messages of a list again, whatever their counts are.
+class CKnownMessages {
+ public:
+  // lines must exist as long as the object, unchanged.
+  explicit CKnownMessages(const std::vector<CLoggedMessage>& lines);
+  bool Has(const CLoggedMessage& line) const { return m_keys.contains(KeyOf(line)); }
+
+ private:
+  using CKey = std::tuple<std::int64_t, std::string_view, std::string_view>;
+  static CKey KeyOf(const CLoggedMessage& line) { return {line.first, line.part, line.text}; }
+
+  std::set<CKey> m_keys;
+};
 
 // The line in a file, with its line end: first, last, count, severity, source, part and text, separated by
 // tabs. A tab, a line feed and a backslash in a string are "\t", "\n" and "\\"; other bytes do not change.

@@ -29,8 +29,9 @@ void CMessageStore::StartWriter(const CString& configuration) {
   m_configuration = configuration;
   m_pWriter.reset();  // before the next one reads its files, which can be the same
   if (configuration.IsEmpty()) return;
-  m_pWriter = std::make_unique<CMessageWriter>(CMessageFiles(configuration, m_limits.fileBytes),
-                                               m_limits.lines, m_wake);
+  m_pWriter =
+      std::make_unique<CMessageWriter>(CMessageFiles(configuration, m_limits.fileBytes), m_limits.lines,
+                                       std::vector<CLoggedMessage>(m_lines.begin(), m_lines.end()), m_wake);
 }
 
 void CMessageStore::Open(const CString& configuration) {
@@ -43,7 +44,6 @@ void CMessageStore::MoveTo(const CString& configuration) {
   if (configuration == m_configuration) return;
   Take();
   StartWriter(configuration);
-  if (m_pWriter) m_pWriter->Put({m_lines.begin(), m_lines.end()});
 }
 
 CMessageStore::CChange CMessageStore::Take() {
@@ -77,12 +77,14 @@ std::vector<CLoggedMessage> CMessageStore::TakeInbox() {
   return inbox;
 }
 
-// The lines of the files go before those of this start. A line that cannot be read is reported here and not
-// in the files, which would repeat the report at each start.
+// The lines of the files go before those of this start, which can be among them after MoveTo. A line that
+// cannot be read is reported here and not in the files, which would repeat the report at each start.
 void CMessageStore::TakeStored(CChange& change) {
   std::optional<CMessageFiles::CStored> stored = m_pWriter->TakeStored();
   if (!stored || (stored->lines.empty() && stored->bad == 0)) return;
   change.isReset = true;
+  const CKnownMessages known(stored->lines);
+  std::erase_if(m_lines, [&](const CLoggedMessage& line) { return known.Has(line); });
   m_lines.insert(m_lines.begin(), std::make_move_iterator(stored->lines.begin()),
                  std::make_move_iterator(stored->lines.end()));
   if (stored->bad > 0)

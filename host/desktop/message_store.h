@@ -32,7 +32,8 @@ class CMessageStore {
   // Shows the messages of another configuration in place of the present ones: those of its files.
   // configuration: its absolute path; empty: it has no file yet, and its messages are in memory only.
   void Open(const CString& configuration);
-  // The configuration has another path from now on: its lines stay and are written to the files of that path.
+  // The configuration has another path from now on: its lines stay, and the files of that path get those that
+  // they do not have.
   void MoveTo(const CString& configuration);
 
   // What Take has changed, in this order.

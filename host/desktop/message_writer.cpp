@@ -26,11 +26,17 @@ constexpr std::size_t kBlock = 1 << 14;          // bytes that are appended at a
 // disk hangs.
 class CMessageWriter::CWork {
  public:
-  CWork(CMessageFiles files, std::size_t mostLines, std::function<void()> wake)
-      : m_files(std::move(files)), m_mostLines(mostLines), m_wake(std::move(wake)) {}
+  CWork(CMessageFiles files, std::size_t mostLines, std::vector<CLoggedMessage> moved,
+        std::function<void()> wake)
+      : m_files(std::move(files)),
+        m_mostLines(mostLines),
+        m_moved(std::move(moved)),
+        m_wake(std::move(wake)) {}
 
   void Run() {
-    Deliver(m_stored, std::optional(m_files.Read(m_mostLines)));
+    CMessageFiles::CStored stored = m_files.Read(m_mostLines);
+    AddMoved(stored);
+    Deliver(m_stored, std::optional(std::move(stored)));
     do {
       Wait();
       for (const CLoggedMessage& line : std::exchange(m_taken, {})) Add(line);
@@ -92,6 +98,12 @@ class CMessageWriter::CWork {
     m_isLast = m_isEnding;
   }
 
+  void AddMoved(const CMessageFiles::CStored& stored) {
+    const CKnownMessages known(stored.lines);
+    for (const CLoggedMessage& line : std::exchange(m_moved, {}))
+      if (!known.Has(line)) Add(line);
+  }
+
   // A message that repeats is written when it comes first, and then once a minute with its count.
   void Add(const CLoggedMessage& line) {
     if (!IsRepeat(m_held, line)) {
@@ -143,7 +155,7 @@ class CMessageWriter::CWork {
   // Of the thread.
   CMessageFiles m_files;
   const std::size_t m_mostLines;
-  std::vector<CLoggedMessage> m_taken;
+  std::vector<CLoggedMessage> m_moved, m_taken;
   CLoggedMessage m_held = {0, 0, 0, 0, {}, {}, {}};  // the last message; its count: since it was written
   WriterClock::time_point m_heldDue{}, m_retryDue{};
   std::string m_unwritten;
@@ -158,8 +170,9 @@ class CMessageWriter::CWork {
   bool m_isEnding = false, m_hasEnded = false;
 };
 
-CMessageWriter::CMessageWriter(CMessageFiles files, std::size_t mostLines, std::function<void()> wake)
-    : m_pWork(std::make_shared<CWork>(std::move(files), mostLines, std::move(wake))),
+CMessageWriter::CMessageWriter(CMessageFiles files, std::size_t mostLines, std::vector<CLoggedMessage> moved,
+                               std::function<void()> wake)
+    : m_pWork(std::make_shared<CWork>(std::move(files), mostLines, std::move(moved), std::move(wake))),
       m_thread([work = m_pWork] { work->Run(); }) {}
 
 CMessageWriter::~CMessageWriter() { m_pWork->End() ? m_thread.join() : m_thread.detach(); }

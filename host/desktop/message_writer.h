@@ -13,9 +13,10 @@ namespace vastra {
 
 class CMessageWriter {
  public:
-  // Reads up to mostLines of files first. wake is called on the thread of the writer when TakeStored or
-  // TakeFault has something.
-  CMessageWriter(CMessageFiles files, std::size_t mostLines, std::function<void()> wake);
+  // Reads up to mostLines of files first, and writes the lines of moved that they do not have. wake is called
+  // on the thread of the writer when TakeStored or TakeFault has something.
+  CMessageWriter(CMessageFiles files, std::size_t mostLines, std::vector<CLoggedMessage> moved,
+                 std::function<void()> wake);
   // Writes what is left. A disk that does not return within seconds is left to itself.
   ~CMessageWriter();
   CMessageWriter(const CMessageWriter&) = delete;

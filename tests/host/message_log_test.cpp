@@ -99,6 +99,20 @@ TEST_F(MessageStore, TheNewestMessagesAreThereAfterARestartWithinTheBounds) {
   EXPECT_EQ(TextsOf(*store, 0), Texts());
 }
 
+TEST_F(MessageStore, LinesAreThereOnceAfterTheConfigurationHadAnotherName) {
+  const Texts expected = {"a", "b x2", "/plant/copy.json", kConfiguration};
+  {
+    const auto store = Open();
+    for (const char* text : {"a", "b", "b"}) store->Add(Said(text));
+    for (const char* path : {"/plant/copy.json", kConfiguration}) {
+      store->MoveTo(path);
+      store->Add(Said(path));
+    }
+    EXPECT_EQ(TextsOf(*store, 4), expected);
+  }
+  EXPECT_EQ(TextsOf(*Open(), 4), expected);
+}
+
 TEST_F(MessageStore, RepeatsAreOneLineInMemoryAndFewOnTheDisk) {
   for (int start = 0; start < 2; ++start) {
     const auto store = Open();
