@@ -71,6 +71,18 @@ TEST_F(ChartLive, SamplesAreInTheOrderOfTimeAfterAClockWentBack) {
   }
 }
 
+TEST_F(ChartLive, StatisticsCountTheSamplesThatCome) {
+  m_live->Begin({"x"});
+  m_data.SetSources({{}, m_live});
+  m_data.AskStatistics({0, 10'000}, {"x"});
+  const float value = 1;
+  for (const std::uint64_t count : {1, 2}) {
+    m_live->Add(TimeOf(static_cast<CMoment>(count) * 1000), &value, 1);
+    m_data.Rescan();
+    EXPECT_TRUE(Wait([&] { return !m_data.Statistics().empty() && m_data.Statistics()[0].values == count; }));
+  }
+}
+
 // The picture was elsewhere while samples went from the ring to the journal.
 TEST_F(ChartLive, SamplesThatTheRingHasDroppedMeanwhileAreReadFromLogs) {
   const auto live = std::make_shared<CLiveSamples>(std::size_t{64} * 64 * 12);  // 4096 samples

@@ -174,19 +174,27 @@ void CChartReader::TakeLogs(const CLiveHead& head) {
                           (before->Since() == kEndMoment) == (now->Since() == kEndMoment);
   const bool isReadAgain = std::exchange(m_hasUnread, false);
   if (!isSameRing || isReadAgain) m_tiles.Clear();
+  const CMomentRange added = {std::exchange(m_scannedTo, head.lastMoment) + 1, head.lastMoment + 1};
   const auto since = [&](const CString& variable) { return now->TimelineOf(variable).since; };
   for (const CMomentRange& range : changed) m_tiles.Drop(range, since);
-  bool isNew;
+  bool isNew, areOthers;  // statistics
   {
     const std::lock_guard lock(m_mutex);
-    isNew = !m_isScanned || !changed.empty() || !isSameRing || isReadAgain;
+    const bool isOther = !m_isScanned || !isSameRing || isReadAgain;
+    isNew = isOther || !changed.empty();
+    const auto meets = [this](const CMomentRange& range) {
+      return m_statisticsOrder && range.from < range.to && range.from < m_statisticsOrder->range.to &&
+             m_statisticsOrder->range.from < range.to;
+    };
+    areOthers = std::exchange(m_areStatisticsMissed, false) || isOther || meets(added) ||
+                std::ranges::any_of(changed, meets);
     m_rows = std::move(now);
     m_range = m_rows->Range();
     m_isScanned = m_readSources == m_sourceNumber;
     m_faults = FaultsOf(m_rows->Logs());
     if (isNew) m_answered = m_askNumber - 1;
   }
-  if (isNew || Statistics().empty()) StartStatistics();
+  if (areOthers) StartStatistics();
   if (isNew || Values().empty()) StartValues();
   if (isNew) Change();
 }
@@ -300,7 +308,9 @@ void CChartReader::StartStatistics() {
     std::vector<CCurveStatistics> found = StatisticsOf(*rows, order.range, order.variables, isStopped);
     {
       const std::lock_guard result(m_mutex);
-      if (isStopped() || !rows->IsComplete()) return;  // the next scan starts it again
+      if (isStopped()) return;
+      m_areStatisticsMissed = !rows->IsComplete();
+      if (m_areStatisticsMissed) return;  // the next scan starts it again
       m_statistics = std::move(found);
     }
     Change();

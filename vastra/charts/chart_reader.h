@@ -72,6 +72,7 @@ class CChartReader : public CChartData {
   CChartPicture m_picture;
   std::optional<CRangeOrder> m_statisticsOrder, m_valuesOrder;  // of the latter only range.from counts
   std::vector<CCurveStatistics> m_statistics;
+  bool m_areStatisticsMissed = false;  // the ring had dropped samples before they were counted
   std::vector<float> m_values;
   CExportState m_exportState;
 
@@ -83,6 +84,7 @@ class CChartReader : public CChartData {
   std::uint64_t m_readSources = 0, m_answered = 0;  // numbers
   CLiveHead m_seen;                                 // the head of the ring
   bool m_hasNew = false;                            // samples that were not shown yet
+  CMoment m_scannedTo = 0;                          // the last sample of the ring at the last scan
   bool m_hasUnread = false;                         // m_tiles lack rows of a log that could not be read
   Time m_scanned, m_looked, m_published;
 
