@@ -87,7 +87,7 @@ bool IsIn(const char* const (&words)[COUNT], const CString& word) {
   return std::ranges::any_of(words, [&](const char* each) { return word == each; });
 }
 
-int RegistersOf(const CString& type) {
+std::int64_t RegistersOf(const CString& type) {
   if (type == "f64") return 4;
   return type == "u32" || type == "i32" || type == "f32" ? 2 : 1;
 }
