@@ -144,6 +144,7 @@ bool CBucketMaker::FindColumns(const CBucketSpan& span,
 
 CBucketMaker::EItem CBucketMaker::NextItem() {
   for (;;) {
+    if (m_request.isStopped && m_request.isStopped()) return EItem::none;
     if (!m_rows && !m_log && !OpenSpan()) return EItem::none;
     const EItem item = m_rows ? NextRows() : NextBlock();
     if (item != EItem::none) return item;

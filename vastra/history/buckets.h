@@ -7,6 +7,7 @@
 //     while (reader.Next(part)) ... part.from, part.buckets[0].Mean() ...
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <span>
 #include <vector>
@@ -40,6 +41,8 @@ struct CBucketRequest {
   std::vector<CString> variables = {};  // as of CRowRequest
   bool isUnique = false;                // the same
   bool useDigests = true;               // those that are there; they are not made
+  // If not empty: looked at for each piece of a log that is read; true ends the parts.
+  std::function<bool()> isStopped = {};
 };
 
 // A part that has rows. Valid until the next call of the reader.

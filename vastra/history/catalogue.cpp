@@ -59,7 +59,7 @@ CCatalogue::~CCatalogue() = default;
 
 void CCatalogue::Add(const CString& path, bool isRecursive) { m_paths.push_back({path, isRecursive}); }
 
-void CCatalogue::Scan() {
+bool CCatalogue::Scan() {
   CFound found;
   for (const CPath& path : m_paths) {
     CFileStatus status;
@@ -69,11 +69,12 @@ void CCatalogue::Scan() {
       ScanFile(path.path, found);
   }
   ScanJournals(found);
-  if (!found.isChanged && found.logs == m_found) return;
+  if (!found.isChanged && found.logs == m_found) return false;
   m_logs.clear();
   m_logs.reserve(found.logs.size());
   for (const CHistoryLog* log : found.logs) m_logs.push_back(*log);
   m_found = std::move(found.logs);
+  return true;
 }
 
 // The folder and with isRecursive its subfolders, each after the logs of the folder that it is in.

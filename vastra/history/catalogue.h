@@ -9,6 +9,7 @@
 // One thread at a time uses a catalogue. Copies of its logs can be read on other threads meanwhile.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <vector>
@@ -34,8 +35,8 @@ class VASTRA_API CCatalogue {
 
   // Looks at the folders and reads the heads and times of logs that are new or have changed, and the new
   // samples of journals. A row that a logger has kept is in a journal or in a log at each moment, and a scan
-  // lists it once. Logs that are removed while it looks are left out.
-  void Scan();
+  // lists it once. Logs that are removed while it looks are left out. Returns whether Logs has changed.
+  bool Scan();
 
   // The logs of the last scan, in the order of the paths; in a folder first the logs by the bytes of their
   // names, then the journals, then the subfolders. A file that cannot be read as a log, a folder that cannot
@@ -80,7 +81,10 @@ struct CGap {
 
 // The gaps in range that are longer than longerThan (milliseconds), in order. Reads the times of the logs,
 // not their values. The ends of the range count as rows. A log that cannot be read any more has no rows.
+// mayGoOn, if not empty, is called at least once for 16384 rows with the number of stretches between gaps of
+// logs that are kept in memory, 16 bytes each; false from it ends the search, and the result is empty.
 VASTRA_API std::vector<CGap> FindGaps(const std::vector<CHistoryLog>& logs, const CMomentRange& range,
-                                      std::int64_t longerThan);
+                                      std::int64_t longerThan,
+                                      const std::function<bool(std::size_t)>& mayGoOn = {});
 
 }  // namespace vastra

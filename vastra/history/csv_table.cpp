@@ -16,7 +16,7 @@ std::string CsvName(std::string_view name) {
 
 }  // namespace
 
-void CTextTable::SetRowSize(std::size_t bytes) { m_buffer.reset(new char[kFlushSize + bytes]); }
+void CTextTable::SetRowSize(std::size_t bytes) { m_buffer.reset(new char[m_pieceSize + bytes]); }
 
 void CTextTable::Write(std::string_view text) { m_file.Write(text.data(), text.size()); }
 

@@ -16,8 +16,10 @@ class VASTRA_API CTextTable : public CRowTable {
   void End() override { Flush(); }
 
  protected:
-  // file must exist as long as the table.
-  CTextTable(CFile& file, ETimeForm form) : m_times(form), m_file(file) {}
+  static constexpr std::size_t kPieceSize = std::size_t{256} * 1024;
+  // file must exist as long as the table. It gets the rows in pieces of about pieceSize bytes.
+  CTextTable(CFile& file, ETimeForm form, std::size_t pieceSize = kPieceSize)
+      : m_times(form), m_file(file), m_pieceSize(pieceSize) {}
 
   // Makes room for rows of at most so many bytes.
   void SetRowSize(std::size_t bytes);
@@ -26,16 +28,16 @@ class VASTRA_API CTextTable : public CRowTable {
   char* BeginRow() { return m_buffer.get() + m_size; }
   void EndRow(const char* end) {
     m_size = static_cast<std::size_t>(end - m_buffer.get());
-    if (m_size >= kFlushSize) Flush();
+    if (m_size >= m_pieceSize) Flush();
   }
 
   CMomentText m_times;
 
  private:
-  static constexpr std::size_t kFlushSize = std::size_t{256} * 1024;
   void Flush();
 
   CFile& m_file;
+  const std::size_t m_pieceSize;
   std::unique_ptr<char[]> m_buffer;
   std::size_t m_size = 0;
 };
@@ -43,7 +45,8 @@ class VASTRA_API CTextTable : public CRowTable {
 // Names with a comma, a quotation mark or a line end are in quotation marks. No value is an empty cell.
 class VASTRA_API CCsvTable final : public CTextTable {
  public:
-  CCsvTable(CFile& file, ETimeForm form) : CTextTable(file, form) {}
+  CCsvTable(CFile& file, ETimeForm form, std::size_t pieceSize = kPieceSize)
+      : CTextTable(file, form, pieceSize) {}
   void Begin(const std::vector<CString>& names) override;
   void Add(CMoment moment, std::span<const std::optional<float>> cells) override { Put(moment, cells); }
   void Add(CMoment moment, std::span<const std::optional<double>> cells) override { Put(moment, cells); }

@@ -17,20 +17,10 @@ const std::vector<CString> ColumnsOf(const std::vector<CString>& found,
 
 void ExportAll(const std::vector<CHistoryLog>& logs, const CExportRequest& request, const CColumnNamer& namer,
                CRowTable& table, const CExportWatch& watch, CExportResult& result) {
-  CRowReader reader(logs, {request.range, request.variables, request.isUnique});
-  const std::size_t columns = reader.Variables().size();
-  table.Begin(namer(ColumnsOf(reader.Variables(), logs)));
-  std::vector<std::optional<float>> cells(columns);
-  CHistoryRow row;
-  while (reader.Next(row)) {
-    for (std::size_t i = 0; i < columns; ++i) {
-      float value;
-      cells[i] = row.Get(i, value) ? std::optional(value) : std::nullopt;
-    }
-    table.Add(row.moment, cells);
-    if (++result.rows % kRowsBetweenLooks == 0) watch(reader.Progress());
-  }
-  result.faults = reader.Faults();
+  CRowExport rows(logs, request, namer, table);
+  while (rows.Next())
+    if (++result.rows % kRowsBetweenLooks == 0) watch(rows.Reader().Progress());
+  result.faults = rows.Reader().Faults();
 }
 
 // A part of the range that is cut in steps: the first and the last step may be cut by the ends of the range.
@@ -142,6 +132,25 @@ void ExportSteps(const std::vector<CHistoryLog>& logs, const CExportRequest& req
 }
 
 }  // namespace
+
+CRowExport::CRowExport(const std::vector<CHistoryLog>& logs, const CExportRequest& request,
+                       const CColumnNamer& namer, CRowTable& table)
+    : m_reader(logs, {request.range, request.variables, request.isUnique}),
+      m_table(table),
+      m_cells(m_reader.Variables().size()) {
+  m_table.Begin(namer(ColumnsOf(m_reader.Variables(), logs)));
+}
+
+bool CRowExport::Next() {
+  CHistoryRow row;
+  if (!m_reader.Next(row)) return false;
+  for (std::size_t i = 0; i < m_cells.size(); ++i) {
+    float value;
+    m_cells[i] = row.Get(i, value) ? std::optional(value) : std::nullopt;
+  }
+  m_table.Add(row.moment, m_cells);
+  return true;
+}
 
 CExportResult ExportRows(const std::vector<CHistoryLog>& logs, const CExportRequest& request,
                          const CColumnNamer& namer, CRowTable& table, const CExportWatch& watch) {

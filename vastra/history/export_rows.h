@@ -30,6 +30,24 @@ struct CExportResult {
   std::vector<CHistoryFault> faults;  // logs that could not be read any more
 };
 
+// The rows as they are, one by one, for a table that is filled while it is sent.
+class VASTRA_API CRowExport {
+ public:
+  // Begins the table. logs and table must exist as long as the object; step of request is 0.
+  CRowExport(const std::vector<CHistoryLog>& logs, const CExportRequest& request, const CColumnNamer& namer,
+             CRowTable& table);
+
+  // Adds the next row to the table: true, or false after the last one.
+  bool Next();
+  const CRowReader& Reader() const { return m_reader; }
+
+ private:
+  CRowReader m_reader;
+  CRowTable& m_table;
+  std::vector<std::optional<float>> m_cells;
+};
+
+// Begins the table, fills and ends it.
 VASTRA_API CExportResult ExportRows(const std::vector<CHistoryLog>& logs, const CExportRequest& request,
                                     const CColumnNamer& namer, CRowTable& table, const CExportWatch& watch);
 

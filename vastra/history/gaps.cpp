@@ -8,23 +8,29 @@ namespace {
 
 constexpr std::uint32_t kTimesInPart = 16384;
 
+using CMayGoOn = std::function<bool(std::size_t)>;
+
 // The rows of logs as stretches between whose rows there is no gap. Both ends are moments of rows.
 class CStretches {
  public:
-  CStretches(const CMomentRange& range, std::int64_t longerThan) : m_range(range), m_longest(longerThan) {}
+  CStretches(const CMomentRange& range, std::int64_t longerThan, const CMayGoOn& mayGoOn)
+      : m_range(range), m_longest(longerThan), m_mayGoOn(mayGoOn) {}
 
-  void AddLog(const CHistoryLog& log);
+  // False if the search has to end.
+  bool AddLog(const CHistoryLog& log);
   std::vector<CGap> Gaps();
 
  private:
-  void AddOrdered(CLogValues& values);
-  void AddSorted(CLogValues& values);
+  bool AddOrdered(CLogValues& values);
+  bool AddSorted(CLogValues& values);
+  bool MayGoOn() const { return !m_mayGoOn || m_mayGoOn(m_stretches.size()); }
   // The next row of a log, in the order of moments.
   void AddRow(CMoment moment);
   void EndLog();
 
   CMomentRange m_range;
   std::int64_t m_longest;
+  const CMayGoOn& m_mayGoOn;
   std::vector<CGap> m_stretches;  // in the form of gaps
   CGap m_stretch;                 // that goes on
   bool m_isOpen = false;
@@ -43,34 +49,36 @@ void CStretches::EndLog() {
   m_isOpen = false;
 }
 
-void CStretches::AddLog(const CHistoryLog& log) {
+bool CStretches::AddLog(const CHistoryLog& log) {
   COpenLogs open;
   CLogValues values(log, open);
-  if (log.isOrdered)
-    AddOrdered(values);
-  else
-    AddSorted(values);
+  const bool mayGoOn = log.isOrdered ? AddOrdered(values) : AddSorted(values);
   EndLog();
+  return mayGoOn;
 }
 
-void CStretches::AddOrdered(CLogValues& values) {
+bool CStretches::AddOrdered(CLogValues& values) {
   std::uint32_t first = 0, end = 0;
-  if (!values.Find(m_range.from, first) || !values.Find(m_range.to, end)) return;
+  if (!values.Find(m_range.from, first) || !values.Find(m_range.to, end)) return MayGoOn();
   std::vector<_timeb> times(std::min(end - first, kTimesInPart));
   for (; first < end; first += static_cast<std::uint32_t>(times.size())) {
     times.resize(std::min<std::size_t>(times.size(), end - first));
-    if (!values.ReadTimes(first, static_cast<std::uint32_t>(times.size()), times.data())) return;
+    if (!values.ReadTimes(first, static_cast<std::uint32_t>(times.size()), times.data())) break;
     for (const _timeb& time : times) AddRow(MomentOf(time));
+    if (!MayGoOn()) return false;
   }
+  return MayGoOn();
 }
 
-void CStretches::AddSorted(CLogValues& values) {
+// The stretches of a log in memory are at most as many as its times, which are in memory, too.
+bool CStretches::AddSorted(CLogValues& values) {
   std::vector<_timeb> times(values.Count());
-  if (!values.ReadTimes(0, values.Count(), times.data())) return;
+  if (!values.ReadTimes(0, values.Count(), times.data())) return MayGoOn();
   std::vector<CMoment> moments(times.size());
   std::transform(times.begin(), times.end(), moments.begin(), MomentOf);
   std::sort(moments.begin(), moments.end());
   std::for_each(moments.begin(), moments.end(), [this](CMoment moment) { AddRow(moment); });
+  return MayGoOn();
 }
 
 std::vector<CGap> CStretches::Gaps() {
@@ -89,10 +97,10 @@ std::vector<CGap> CStretches::Gaps() {
 }  // namespace
 
 std::vector<CGap> FindGaps(const std::vector<CHistoryLog>& logs, const CMomentRange& range,
-                           std::int64_t longerThan) {
-  CStretches stretches(range, longerThan);
+                           std::int64_t longerThan, const CMayGoOn& mayGoOn) {
+  CStretches stretches(range, longerThan, mayGoOn);
   for (const CHistoryLog& log : logs)
-    if (log.Meets(range)) stretches.AddLog(log);
+    if (log.Meets(range) && !stretches.AddLog(log)) return {};
   return stretches.Gaps();
 }
 

@@ -2,11 +2,11 @@
 
 #include <set>
 
-#include "host/cli/history/column_names.h"
 #include "host/cli/history/export_output.h"
 #include "host/cli/history/history_paths.h"
 #include "host/cli/history/sqlite_table.h"
 #include "host/cli/terminal/terminal.h"
+#include "host/common/column_names.h"
 #include "host/run/inbox.h"
 #include "vastra/history/folder_digest.h"
 

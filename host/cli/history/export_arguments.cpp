@@ -1,9 +1,9 @@
 #include "host/cli/history/export_arguments.h"
 
-#include "host/cli/history/column_names.h"
 #include "host/cli/history/history_paths.h"
 #include "host/cli/history/moment_parser.h"
 #include "host/cli/terminal/terminal.h"
+#include "host/common/column_names.h"
 
 namespace vastra {
 namespace {

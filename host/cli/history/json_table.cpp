@@ -1,11 +1,10 @@
 #include "host/cli/history/json_table.h"
 
-#include <cmath>
 #include <cstring>
 #include <string_view>
 
+#include "host/common/json_number.h"
 #include "host/common/json_text.h"
-#include "vastra/history/float_text.h"
 
 namespace vastra {
 namespace {
@@ -13,17 +12,6 @@ namespace {
 char* PutPlain(char* to, std::string_view text) {
   std::memcpy(to, text.data(), text.size());
   return to + text.size();
-}
-
-// Readers of JSON take -0 for a whole number, which has no sign then.
-template <class TNumber>
-char* PutJsonNumber(char* to, TNumber number) {
-  if (number == 0 && std::signbit(number)) return PutPlain(to, "-0.0");
-  if (std::isfinite(number)) return PutShortest(to, number);
-  *to = '"';
-  to = PutShortest(to + 1, number);
-  *to = '"';
-  return to + 1;
 }
 
 }  // namespace
@@ -37,7 +25,7 @@ void CJsonTable::Begin(const std::vector<CString>& names) {
     std::string key = JsonLine(ToJson(name));
     key.back() = ':';  // in place of the line end
     m_keys.push_back("," + key);
-    size += m_keys.back().size() + kMaxShortestText + 2;
+    size += m_keys.back().size() + kMaxJsonNumber;
   }
   SetRowSize(size);
 }

@@ -1,4 +1,4 @@
-#include "host/cli/history/column_names.h"
+#include "host/common/column_names.h"
 
 #include <algorithm>
 #include <string>
