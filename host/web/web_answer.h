@@ -2,6 +2,7 @@
 // server nor its threads.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -44,7 +45,14 @@ class CWebBody {
   virtual ~CWebBody() = default;
   // Gets the next piece, some KiB; false after the last one. May wait for the disk.
   virtual bool Next(std::string& piece) = 0;
+  // After the last piece: whether something is missing, so that the connection has to break off in place of
+  // ending well.
+  virtual bool IsIncomplete() const { return false; }
 };
+
+// Whether nobody waits for the answer any more, or it takes too long. Asked often, by the thread that
+// answers.
+using CWebStop = std::function<bool()>;
 
 struct CWebAnswer {
   int status = 200;
