@@ -28,10 +28,14 @@ struct CStageFacts {
 struct COriginFacts {
   std::vector<std::string> variables;
   std::string alive;  // the one that is 0 while the node is away; empty: none
+
+  bool operator==(const COriginFacts&) const = default;
 };
 
 struct CUnitFacts {
   std::string variable, unit;
+
+  bool operator==(const CUnitFacts&) const = default;
 };
 
 // Who the logger is. It comes first, and again whenever something in it changes.

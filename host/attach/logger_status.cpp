@@ -94,7 +94,8 @@ void AddSampleProblems(const CLoggerStatus& status, std::vector<std::string>& pr
 }
 
 void AddLogProblems(const CLoggerStatus& status, std::vector<std::string>& problems) {
-  if (!status.counts && status.state.state == "running") problems.push_back("has sent no counts");
+  if (!status.counts && !status.awaitsCounts && status.state.state == "running")
+    problems.push_back("has sent no counts");
   const std::vector<CLedgerFacts> none, &ledger = status.counts ? status.counts->ledger : none;
   const std::vector<std::string> names = LedgerNames(ledger);
   for (std::size_t i = 0; i < ledger.size(); ++i)
@@ -102,19 +103,6 @@ void AddLogProblems(const CLoggerStatus& status, std::vector<std::string>& probl
       if (rows) problems.push_back(Counted(rows, "row") + " lost, " + Shown(names[i]) + Because(cause));
   for (const CUnsavedFacts& log : status.state.unsaved)
     problems.push_back("not saved: " + Shown(log.path) + Because(log.reason));
-}
-
-std::vector<std::string> ProblemsOf(const CLoggerStatus& status) {
-  if (!status.IsUp()) return {Shown(status.fault)};
-  std::vector<std::string> problems;
-  AddStateProblems(status, problems);
-  AddSampleProblems(status, problems);
-  AddLogProblems(status, problems);
-  if (problems.size() <= kMostProblems) return problems;
-  const std::size_t more = problems.size() - kMostProblems;
-  problems.resize(kMostProblems);
-  problems.push_back("and " + std::to_string(more) + " more");
-  return problems;
 }
 
 // The keys of the accounts in their configuration. An account at the end, of a journal that belongs to none
@@ -153,6 +141,19 @@ std::map<std::string, std::uint64_t> LossesOf(const CLogLedger& ledger) {
   }
   losses[""] += rest;
   return losses;
+}
+
+std::vector<std::string> ProblemsOf(const CLoggerStatus& status) {
+  if (!status.IsUp()) return {Shown(status.fault)};
+  std::vector<std::string> problems;
+  AddStateProblems(status, problems);
+  AddSampleProblems(status, problems);
+  AddLogProblems(status, problems);
+  if (problems.size() <= kMostProblems) return problems;
+  const std::size_t more = problems.size() - kMostProblems;
+  problems.resize(kMostProblems);
+  problems.push_back("and " + std::to_string(more) + " more");
+  return problems;
 }
 
 std::vector<CLoggerStatus> AskLoggers(const std::vector<CLoggerPlace>& places, int stop) {

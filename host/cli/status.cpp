@@ -3,6 +3,7 @@
 #include <cerrno>
 
 #include "host/attach/feed_poll.h"
+#include "host/attach/status_metrics.h"
 #include "host/cli/command.h"
 #include "host/cli/logger_arguments.h"
 #include "host/cli/output.h"

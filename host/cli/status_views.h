@@ -1,4 +1,4 @@
-// What status prints about loggers: a table for people, JSON and metrics for programs.
+// What status prints about loggers: a table for people, JSON for programs. The metrics are in host/attach.
 #pragma once
 
 #include "host/attach/logger_status.h"
@@ -11,8 +11,5 @@ std::vector<std::string> StatusTable(const std::vector<CLoggerStatus>& loggers);
 
 // An array with an object for each logger; docs/service.md describes it.
 CJson StatusJson(const std::vector<CLoggerStatus>& loggers);
-
-// The text format 0.0.4 of Prometheus, each family of metrics once.
-std::string StatusMetrics(const std::vector<CLoggerStatus>& loggers);
 
 }  // namespace vastra

@@ -1,11 +1,10 @@
+#include "host/attach/status_metrics.h"
+
 #include <charconv>
 #include <cmath>
 #include <set>
 
-#include "host/cli/status_views.h"
 #include "host/common/shown_text.h"
-
-#include <algorithm>
 
 namespace vastra {
 namespace {
