@@ -1,0 +1,247 @@
+// The live side of the web server: real feeds, and feeds that say what no logger says.
+#include "host/web/logger_watch.h"
+
+#include "host/run/feed.h"
+#include "host/run/run.h"
+#include "tests/host/logger.h"
+#include "tests/web/said_feed.h"
+
+namespace vastra {
+namespace {
+
+using nlohmann::json;
+using namespace std::chrono_literals;
+
+// What the feed of a process says first.
+std::string Said(int pid) {
+  json hello = json::parse(R"({"type": "hello", "feed": 1, "started": [1, 0, 0, 0], "period": 500,
+"variables": ["x", "y", "up"], "units": [{"variable": "y", "unit": "K"}],
+"stages": {"nodes": ["N"], "origins": [{"variables": ["y"], "alive": "up"}],
+           "outputs": [{"name": "A", "folder": "/a"}, {"name": "B", "folder": "b"}],
+           "summaries": [{"name": "C", "folder": "/a"}]}})");
+  hello["pid"] = pid;
+  return hello.dump() + R"(
+{"type": "state", "state": "running", "lastSample": [9, 5, 0, 0], "lastSampleAge": 3}
+{"type": "counts", "read": 7}
+)";
+}
+std::string Message(int number, const std::string& text = "away") {
+  return R"({"type": "message", "severity": "error", "number": )" + std::to_string(number) +
+         R"(, "text": ")" + text + "\"}\n";
+}
+std::string Sample(int number, const char* values) {
+  return R"({"type": "sample", "time": [9, )" + std::to_string(number) + R"(, 0, 0], "number": )" +
+         std::to_string(number) + R"(, "values": )" + values + "}\n";
+}
+
+bool Comes(const std::function<bool()>& that) {
+  for (int i = 0; i < 1500; ++i, std::this_thread::sleep_for(10ms))
+    if (that()) return true;
+  return false;
+}
+
+// What a browser gets, one event after the other.
+class CBrowser {
+ public:
+  CBrowser(CLoggerWatch& watch, const CStreamRequest& request)
+      : m_stream(watch.Subscribe(request, [this] { ++m_calls; })) {}
+  CBrowser(const CBrowser&) = delete;
+  CBrowser& operator=(const CBrowser&) = delete;
+  ~CBrowser() { m_stream->Close(); }
+
+  int Calls() const { return m_calls; }
+  // The data of the next event of the type; null if none comes.
+  json Next(const std::string& event) {
+    json data;
+    Comes([&] { return Find(event, data); });
+    return data;
+  }
+  bool Find(const std::string& event, json& data) {
+    std::string text;
+    while (m_stream->Take(text)) m_text += text;
+    for (std::size_t end; (end = m_text.find("\n\n")) != m_text.npos;) {
+      const std::string one = m_text.substr(0, end);
+      m_text.erase(0, end + 2);
+      if (!one.starts_with("event: " + event + "\ndata: ")) continue;
+      data = json::parse(one.substr(event.size() + 14));
+      return true;
+    }
+    return false;
+  }
+
+ private:
+  std::atomic<int> m_calls{0};
+  std::string m_text;
+  std::shared_ptr<CEventStream> m_stream;
+};
+
+class LoggerWatch : public CLoggerTest {
+ protected:
+  CString Socket(const char* name) const { return m_dir / "run/" + CString(name) + "/feed"; }
+  static json Of(const CWebAnswer& answer) { return json::parse(answer.text); }
+  bool IsUp(const char* name) { return Of(m_watch->Logger(name)).value("up", false); }
+  bool BecomesUp(const char* name, bool up = true) {
+    return Comes([&] { return IsUp(name) == up; });
+  }
+  void Start(const CLoggerWatch::CFolders& folders = {}) {
+    m_watch.emplace(CLoggerFolders{m_dir / "run", m_dir / "etc"}, folders);
+  }
+  json Messages(const char* name, const char* after) {
+    return Of(m_watch->Messages(name, CWebQuery(CWebQuery::CPairs{{"after", after}})));
+  }
+
+  std::optional<CLoggerWatch> m_watch;
+};
+
+TEST_F(LoggerWatch, ALoggerAppearsDiesAndComesBack) {
+  Start();
+  CBrowser browser(*m_watch, {{"kiln"}, {"kiln"}});
+  EXPECT_EQ(browser.Next("loggers")["loggers"], json::array());
+  EXPECT_EQ(m_watch->Logger("kiln").status, 404);
+  std::filesystem::create_directories((m_dir / "run/kiln").Std());
+  for (int life = 1; life <= 2; ++life) {
+    SCOPED_TRACE(life);
+    CFeed feed({Socket("kiln"), "/etc/vastra/kiln.json"});
+    ASSERT_EQ(feed.Open(), "");
+    CRun run(Logger(R"({"variables": {"x": {"unit": "K"}}})", "{}", R"({"maxSamples": 2})"), m_messenger);
+    feed.Attach(run);
+    ASSERT_EQ(run.Start(), 1);
+    ASSERT_TRUE(BecomesUp("kiln"));
+    run.Step(), run.Step(), run.Step();
+    m_messenger.Send("CPlcLink", "Simulator (N)", functionRead, severityError, "Timeout error.");
+    const json message = browser.Next("message");
+    EXPECT_EQ(message["place"], "N");
+    EXPECT_EQ(message["number"], life);
+    ASSERT_TRUE(
+        Comes([&] { return m_watch->Sample("kiln").text.find("\"number\":3,") != std::string::npos; }));
+    EXPECT_EQ(Of(m_watch->Variables("kiln"))["variables"],
+              json::parse(R"([{"name": "x", "unit": "K", "node": "Simulator"}])"));
+    EXPECT_EQ(m_watch->FoldersOf("kiln"), std::vector{m_dir.Path().Std()});
+    ASSERT_TRUE(Comes([&] { return Of(m_watch->Logger("kiln"))["read"] == 3; }));
+    const json now = Of(m_watch->Logger("kiln"));
+    EXPECT_EQ(now["stages"][0]["name"], "All");
+    EXPECT_EQ(now["lastError"]["text"], "Timeout error.");
+    EXPECT_NE(m_watch->Metrics().text.find("vastra_scans_total{logger=\"kiln\"} 3\n"), std::string::npos);
+    run.Stop();
+    EXPECT_TRUE(browser.Next("log").is_object());
+  }
+  ASSERT_TRUE(BecomesUp("kiln", false));
+  const json gone = Of(m_watch->Logger("kiln"));
+  EXPECT_EQ(gone["problems"][0], gone["fault"]);
+  EXPECT_EQ(Messages("kiln", "1")["messages"].size(), 1u);
+  EXPECT_EQ(m_watch->FoldersOf("kiln").size(), 1u);
+}
+
+TEST_F(LoggerWatch, AFeedThatIsNoneHurtsNoOther) {
+  const std::string rows[] = {"\xFF\xFE\n", "{\"type\": \"hello\", \"feed\": 2}\n", Said(1) + "[[[[\n",
+                              Said(1) + std::string(5 << 20, 'x'),
+                              Said(1) + Sample(1, "[1]") + "{\"type\": \"message\", \"text\": 1e999}\n"};
+  std::list<CSaidFeed> hostile;
+  for (std::size_t i = 0; i < std::size(rows); ++i)
+    hostile.emplace_back(Socket(("h" + std::to_string(i)).c_str()), rows[i]);
+  CSaidFeed closing(Socket("h5"), Said(1), true), good(Socket("kiln"), Said(2));
+  Start();
+  ASSERT_TRUE(BecomesUp("kiln"));
+  for (int i = 1; i <= 20; ++i) {
+    good.Say(Sample(i, "[1, 2, 3]"));
+    ASSERT_TRUE(Comes([&] { return Of(m_watch->Sample("kiln")).value("number", 0) == i; }));
+  }
+  const char* const faults[] = {"not one of a feed", "version 2",         "not one of a feed",
+                                "longer than 4 MiB", "not one of a feed", "has closed"};
+  for (std::size_t i = 0; i < std::size(faults); ++i)
+    EXPECT_TRUE(Comes([&] {
+      return Of(m_watch->Logger("h" + std::to_string(i))).value("fault", "").find(faults[i]) !=
+             std::string::npos;
+    })) << i
+        << m_watch->Logger("h" + std::to_string(i)).text;
+  EXPECT_TRUE(IsUp("kiln"));
+}
+
+TEST_F(LoggerWatch, AnswersAreAsDescribed) {
+  CSaidFeed feed(Socket("kiln"), Said(1) + Sample(3, R"([0.1, "nan", "-inf"])") + Message(1) + Message(4));
+  Start({{"kiln", "/old"}, {"shelf", "/shelf"}});
+  ASSERT_TRUE(Comes([&] { return Messages("kiln", "0").value("last", 0) == 4; }));
+  EXPECT_EQ(m_watch->Sample("kiln").text,
+            "{\"logger\":\"kiln\",\"number\":3,\"time\":9003,\"values\":[0.1,\"nan\",\"-inf\"]}\n");
+  EXPECT_EQ(Of(m_watch->Variables("kiln"))["variables"],
+            json::parse(R"([{"name": "x", "unit": "", "node": ""}, {"name": "y", "unit": "K", "node": "N"},
+                            {"name": "up", "unit": "", "node": "N"}])"));
+  // A relative folder is none; the folder of the command belongs to the logger of its name.
+  EXPECT_EQ(m_watch->FoldersOf("kiln"), (std::vector<std::string>{"/a", "/old"}));
+  EXPECT_EQ(m_watch->FoldersOf("shelf"), std::vector<std::string>{"/shelf"});
+  const json all = Of(m_watch->Loggers())["loggers"];
+  ASSERT_EQ(all.size(), 2u);
+  EXPECT_EQ(all[0]["kind"], "logger");
+  EXPECT_EQ(all[0]["lastSample"], 9003);
+  EXPECT_LT(all[0]["lastSampleAge"], 3);  // of the sample, which is newer than that of the state
+  EXPECT_EQ(all[0]["problems"], json::array());
+  EXPECT_EQ(all[1]["kind"], "folder");
+  const struct {
+    const char* after;
+    std::size_t count;
+    int dropped;
+  } rows[] = {{"0", 2, 2}, {"1", 1, 2}, {"3", 1, 0}, {"4", 0, 0}, {"5", 2, 2}, {"9223372036854775807", 2, 2}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(Messages("kiln", row.after)["messages"].size(), row.count) << row.after;
+    EXPECT_EQ(Messages("kiln", row.after)["dropped"], row.dropped) << row.after;
+  }
+  for (const char* const after : {"", "-1", "x", "1x", "0x1", " 1", "9223372036854775808"})
+    EXPECT_EQ(m_watch->Messages("kiln", CWebQuery(CWebQuery::CPairs{{"after", after}})).status, 400) << after;
+  for (const char* const name : {"", "mill", "../kiln", "kiln/feed"}) {
+    EXPECT_FALSE(m_watch->Has(name));
+    EXPECT_EQ(m_watch->FoldersOf(name).size(), 0u);
+    for (const CWebAnswer& answer : {m_watch->Logger(name), m_watch->Variables(name), m_watch->Sample(name),
+                                     m_watch->Messages(name, CWebQuery())})
+      EXPECT_EQ(answer.status, 404) << name;
+  }
+  EXPECT_EQ(m_watch->Sample("shelf").status, 404);
+}
+
+TEST_F(LoggerWatch, AMessageComesOnceAlsoAfterANewConnection) {
+  Start();
+  const struct {
+    int pid;
+    std::string messages;
+    int last, dropped;
+  } lives[] = {{1, Message(3) + Message(4), 2, 0},
+               {1, Message(3) + Message(4) + Message(5), 3, 0},  // the same process again
+               {1, Message(8), 6, 2},
+               {2, Message(8), 7, 2},  // another one
+               {2, Message(2) + Message(8) + Message(9), 8, 2}};
+  for (const auto& life : lives) {
+    const CSaidFeed feed(Socket("kiln"), Said(life.pid) + life.messages);
+    EXPECT_TRUE(Comes([&] { return Messages("kiln", "0").value("last", 0) >= life.last; }));
+    std::this_thread::sleep_for(100ms);
+    EXPECT_EQ(Messages("kiln", "0")["last"], life.last);
+    EXPECT_EQ(Messages("kiln", "0")["dropped"], life.dropped);
+  }
+}
+
+TEST_F(LoggerWatch, ASlowBrowserGetsTheNewestAndIsToldWhatItHasMissed) {
+  CSaidFeed feed(Socket("kiln"), Said(1) + Message(1, "first"));
+  Start();
+  ASSERT_TRUE(BecomesUp("kiln"));
+  CBrowser slow(*m_watch, {{"kiln"}, {"kiln"}}), quick(*m_watch, {{"kiln"}, {"kiln"}});
+  EXPECT_EQ(slow.Next("variables")["variables"].size(), 3u);
+  EXPECT_EQ(slow.Next("message")["text"], "first");
+  const int calls = slow.Calls();
+  for (int i = 2; i <= 2000; ++i) feed.Say(Message(i, std::string(100, '-')) + Sample(i, "[1, 2, 3]"));
+  json last;
+  while (last != 2000) ASSERT_FALSE((last = quick.Next("message")["number"]).is_null());
+  EXPECT_LE(slow.Calls(), calls + 2);  // one may have been under way
+  EXPECT_EQ(slow.Next("sample")["number"], 2000);
+  EXPECT_EQ(slow.Next("dropped"), json::parse(R"({"logger": "kiln", "messages": 1499})"));
+  for (int i = 1501; i <= 2000; ++i) ASSERT_EQ(slow.Next("message")["number"], i);
+  json more;
+  EXPECT_FALSE(slow.Find("sample", more));
+  EXPECT_FALSE(slow.Find("message", more));
+  const int before = slow.Calls();
+  feed.Say(Message(2001));
+  EXPECT_TRUE(Comes([&] { return slow.Calls() > before && Messages("kiln", "2000")["last"] == 2001; }));
+  CBrowser late(*m_watch, {{}, {"kiln", "kiln", "mill"}});
+  EXPECT_EQ(late.Next("message")["number"], 1502);
+  EXPECT_FALSE(late.Find("sample", more));
+}
+
+}  // namespace
+}  // namespace vastra
