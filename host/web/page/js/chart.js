@@ -1,0 +1,213 @@
+// The chart: the past from the logs and the present as it comes, in one picture. The address has the whole view.
+import { faultWords, get, loggerAddress } from './api.js';
+import { ChartData } from './chart_data.js';
+import { listen } from './chart_gestures.js';
+import { savePicture } from './chart_picture.js';
+import { makePlot } from './chart_plot.js';
+import { ChartTable } from './chart_table.js';
+import { Tools } from './chart_tools.js';
+import { ChartView } from './chart_view.js';
+import { el, fill, paced, setText, settled } from './dom.js';
+import * as model from './model.js';
+import { pick } from './picker.js';
+import { link, remember } from './router.js';
+import { dateTime } from './time.js';
+import { chosenLogger, loggerNotice, whenKnown } from './widgets.js';
+
+const kMost = 8;        // variables: as many as there are colours
+const kAsk = 150;       // ms without a further zoom or pan, until the logs are asked
+const kFresh = 30e3;    // ms, until a chart that follows asks again
+const kQuick = 5e3;     // the same for a logger that reads more than the stream sends
+const kPlotLabel = 'Chart. Arrow keys move, plus and minus zoom, F follows, A and B place a cursor, comma and full stop '
+  + 'move it, C clears the cursors. The values are in the table below.';
+
+export function show(main, parameters) {
+  let page = null, isEnded = false;
+  const end = whenKnown(async () => {
+    const logger = chosenLogger(parameters);
+    const variables = logger ? await variablesOf(logger) : [];
+    if (!isEnded) page = new ChartPage(main, parameters, logger, variables);
+  });
+  return () => {
+    isEnded = true;
+    end();
+    page?.end();
+  };
+}
+
+// A logger that does not answer may still have logs.
+async function variablesOf(logger) {
+  try {
+    return (await get(loggerAddress(logger, 'variables'))).variables;
+  } catch {
+    return model.variables(logger) ?? [];
+  }
+}
+
+class ChartPage {
+  #logger;
+  #all;     // the variables to choose from
+  #names;   // the chosen ones
+  #view;
+  #tools;
+  #plot = null;
+  #variables = [];
+  #data = null;
+  #columns = [[]];
+  #asked = 0;
+  #pointer = null;
+  #area = el('div', { class: 'plot', tabindex: 0, role: 'application', 'aria-label': kPlotLabel });
+  #status = el('p', { class: 'hint', role: 'status' });
+  #table = new ChartTable(name => this.#choose(this.#names.filter(one => one !== name)));
+  #ends = [];
+  #ask = settled(() => this.#request(), kAsk);
+  #paint = paced(() => this.#draw());
+
+  constructor(main, parameters, logger, variables) {
+    this.#logger = logger;
+    this.#all = variables;
+    this.#names = [...new Set(parameters.getAll('vars'))].slice(0, kMost);
+    if (this.#names.length === 0 && variables.length) this.#names = [variables[0].name];
+    this.#view = new ChartView(parameters, isLive(logger), how => this.#changed(how));
+    this.#make(main);
+    this.#listen();
+    this.#rebuild();
+    if (!isLive(logger) && !parameters.has('from')) this.#showAll();
+  }
+
+  end() {
+    this.#data?.end();
+    this.#plot?.destroy();
+    for (const end of this.#ends) end();
+  }
+
+  #make(main) {
+    this.#tools = new Tools(this.#logger, this.#view, {
+      choose: () => pick(this.#all, this.#names, kMost, names => this.#choose(names)), all: () => this.#showAll(),
+      picture: () => this.#savePicture()
+    });
+    const notice = loggerNotice(this.#logger);
+    main.append(this.#tools.element, notice.element, this.#area, this.#status,
+      el('div', { class: 'scroll' }, this.#table.element));
+    this.#ends.push(notice.end, this.#ask.end, this.#paint.end);
+  }
+
+  #listen() {
+    listen(this.#area, () => this.#plot, this.#view);
+    const resize = new ResizeObserver(() => this.#resize());
+    resize.observe(this.#area);
+    const dark = matchMedia('(prefers-color-scheme: dark)'), build = () => this.#rebuild();
+    dark.addEventListener('change', build);
+    const timer = setInterval(() => this.#tick(), 250);
+    if (isLive(this.#logger)) model.want(this, { sample: [this.#logger] });
+    this.#ends.push(() => resize.disconnect(), () => dark.removeEventListener('change', build), () => clearInterval(timer),
+      () => model.want(this, null), model.on('sample', this.#paint),
+      model.on('link', ({ up }) => { if (up) this.#request(); }));
+  }
+
+  #choose(names) {
+    this.#names = names;
+    this.#rebuild();
+  }
+
+  // Makes the plot again: for other variables, axes or colours.
+  #rebuild() {
+    this.#data?.end();
+    this.#data = new ChartData(this.#logger, this.#names);
+    this.#plot?.destroy();
+    const look = getComputedStyle(this.#area);
+    const variables = this.#names.map((name, i) => ({
+      name, unit: this.#all.find(one => one.name === name)?.unit ?? '',
+      colour: look.getPropertyValue('--curve' + (i + 1)).trim()
+    }));
+    this.#variables = variables;
+    this.#plot = makePlot(this.#area, {
+      variables, axes: this.#view.axes, view: () => this.#view.range, marks: () => this.#view.marks,
+      select: (from, to) => this.#view.show(from, to), point: time => this.#point(time)
+    });
+    this.#table.build(variables);
+    this.#changed('range');
+  }
+
+  #resize() {
+    const { clientWidth: width, clientHeight: height } = this.#area;
+    if (width && (this.#plot.width !== width || this.#plot.height !== height)) this.#plot.setSize({ width, height });
+  }
+
+  // `how`: "range", "axes" or "marks".
+  #changed(how) {
+    if (how === 'axes') return this.#rebuild();
+    if (how === 'range') this.#ask();
+    remember('chart', { logger: this.#logger, vars: this.#names, ...this.#view.parameters() });
+    this.#tools.update(this.#names);
+    this.#draw();
+  }
+
+  #point(time) {
+    this.#pointer = time;
+    this.#showTable();
+  }
+
+  async #request() {
+    if (!this.#logger || this.#names.length === 0) return setText(this.#status, 'Choose variables to see their curves.');
+    this.#asked = performance.now();
+    const data = this.#data;
+    this.#area.setAttribute('aria-busy', 'true');
+    try {
+      await data.ask(...this.#view.range, this.#area.clientWidth);
+      setText(this.#status, '');
+    } catch (error) {
+      const words = faultWords(error);
+      if (!words || data !== this.#data) return;
+      fill(this.#status, el('span', { class: 'fault' }, words));
+    }
+    this.#area.removeAttribute('aria-busy');
+    this.#draw();
+  }
+
+  #tick() {
+    if (!this.#view.isFollowing || !model.link().up) return;
+    const period = model.logger(this.#logger)?.period ?? 0;
+    const age = performance.now() - this.#asked;
+    if (age > (period < 100 ? kQuick : kFresh) || (age > 1000 && this.#data.isOld())) this.#request();
+    this.#tools.update(this.#names);
+    this.#paint();
+  }
+
+  #draw() {
+    if (!this.#plot) return;
+    this.#view.advance();
+    this.#columns = this.#data.columns();
+    this.#plot.setData(this.#columns);
+    const [from, to] = this.#view.range;
+    const isEmpty = this.#data.isThere && !this.#columns[0].some(time => time >= from && time <= to);
+    if (isEmpty) setText(this.#status, 'There are no rows in this range. "All" shows all there are.');
+    else if (this.#status.textContent.startsWith('There are no rows')) setText(this.#status, '');
+    this.#showTable();
+  }
+
+  #showTable() {
+    const [from, to] = this.#view.range;
+    const reach = Math.max((to - from) / 100, 2 * (model.logger(this.#logger)?.period ?? 0));
+    const newest = Math.min(to, this.#columns[0].at(-1) ?? to);
+    this.#table.show(this.#columns, { now: this.#pointer ?? newest, a: this.#view.a, b: this.#view.b },
+      this.#pointer !== null, reach);
+  }
+
+  async #showAll() {
+    try {
+      const { from, to } = await get(loggerAddress(this.#logger, 'range'));
+      if (from < to) this.#view.show(from, to);
+      else setText(this.#status, 'There are no rows yet.');
+    } catch (error) {
+      setText(this.#status, faultWords(error) ?? '');
+    }
+  }
+
+  #savePicture() {
+    const [from, to] = this.#view.range.map(dateTime);
+    savePicture(this.#plot, `${this.#logger}, ${from} to ${to}`, this.#variables, `${this.#logger} ${from}.png`);
+  }
+}
+
+const isLive = name => model.logger(name)?.kind !== 'folder';

@@ -1,0 +1,138 @@
+// What a chart shows: its range, whether it follows, its axes and cursors. Knows no plot.
+import { serverNow } from './time.js';
+
+const kLeast = 20;             // ms
+const kGreatest = 100 * 366 * 86400e3;
+const kHour = 3600e3;
+const kAxes = ['unit', 'each', 'one'];
+
+export class ChartView {
+  #from;
+  #to;
+  #change;
+  #active = 'a';  // the cursor that a tap places
+  isFollowing = false;
+  axes = 'unit';
+  a = null;
+  b = null;
+
+  // Calls `change(how)` after each change: "range", "axes" or "marks".
+  constructor(parameters, isLive, change) {
+    this.#change = change;
+    const number = name => (parameters.has(name) ? Number(parameters.get(name)) || null : null);
+    const [from, to] = [number('from'), number('to')];
+    this.isFollowing = isLive && !(from < to);
+    const span = Math.min(kGreatest, Math.max(kLeast, (number('last') ?? 3600) * 1000));
+    [this.#from, this.#to] = from < to ? [from, to] : [serverNow() - span, serverNow()];
+    this.axes = kAxes.includes(parameters.get('axes')) ? parameters.get('axes') : 'unit';
+    this.a = number('a');
+    this.b = number('b');
+  }
+
+  get range() {
+    return [this.#from, this.#to];
+  }
+
+  get span() {
+    return this.#to - this.#from;
+  }
+
+  get marks() {
+    return [['A', this.a], ['B', this.b]].filter(([, time]) => time !== null);
+  }
+
+  // For the address.
+  parameters() {
+    const whole = time => (time === null ? null : Math.round(time));
+    const range = this.isFollowing ? { last: Number((this.span / 1000).toPrecision(4)) }
+      : { from: whole(this.#from), to: whole(this.#to) };
+    return { ...range, axes: this.axes === 'unit' ? null : this.axes, a: whole(this.a), b: whole(this.b) };
+  }
+
+  // A chart that follows moves with the clock of the server.
+  advance() {
+    if (this.isFollowing) this.#set(serverNow() - this.span, serverNow());
+  }
+
+  show(from, to) {
+    this.isFollowing = false;
+    this.#set(from, to);
+    this.#change('range');
+  }
+
+  follow(span = this.span) {
+    this.isFollowing = true;
+    this.#set(serverNow() - span, serverNow());
+    this.#change('range');
+  }
+
+  stop() {
+    this.show(...this.range);
+  }
+
+  setAxes(axes) {
+    this.axes = axes;
+    this.#change('axes');
+  }
+
+  #set(from, to) {
+    const middle = (from + to) / 2, half = Math.min(kGreatest, Math.max(kLeast, to - from)) / 2;
+    [this.#from, this.#to] = to - from === 2 * half ? [from, to] : [middle - half, middle + half];
+  }
+
+  // A chart that follows stays at the newest sample and zooms its beginning.
+  zoom(factor, time = (this.#from + this.#to) / 2) {
+    if (this.isFollowing) return this.follow(Math.max(kLeast, this.span * factor));
+    this.show(time - (time - this.#from) * factor, time + (this.#to - time) * factor);
+  }
+
+  pan(ms) {
+    this.show(this.#from + ms, this.#to + ms);
+  }
+
+  // The first tap is A, the second one B, the third one A again.
+  tap(time) {
+    this.#place(this.#active, time);
+    this.#active = this.#active === 'a' ? 'b' : 'a';
+  }
+
+  clear() {
+    this.#active = 'a';
+    this.a = this.b = null;
+    this.#change('marks');
+  }
+
+  #place(name, time) {
+    this[name] = time;
+    this.#change('marks');
+  }
+
+  // Places a cursor by a key, and makes it the one that comma and full stop move.
+  #keyMark(name) {
+    this.#moving = name;
+    this.#place(name, this[name] ?? (this.#from + this.#to) / 2);
+  }
+
+  #moving = 'a';
+
+  #move(parts) {
+    if (this[this.#moving] !== null) this.#place(this.#moving, this[this.#moving] + this.span * parts);
+  }
+
+  #keys = {
+    ArrowLeft: () => this.pan(-this.span / 10), ArrowRight: () => this.pan(this.span / 10),
+    PageUp: () => this.pan(-this.span), PageDown: () => this.pan(this.span),
+    '+': () => this.zoom(1 / 1.5), '=': () => this.zoom(1 / 1.5), '-': () => this.zoom(1.5),
+    f: () => (this.isFollowing ? this.stop() : this.follow()), End: () => this.follow(),
+    a: () => this.#keyMark('a'), b: () => this.#keyMark('b'), c: () => this.clear(), Escape: () => this.clear(),
+    ',': () => this.#move(-0.002), '.': () => this.#move(0.002), '<': () => this.#move(-0.02), '>': () => this.#move(0.02),
+    h: () => this.follow(kHour), d: () => this.follow(24 * kHour), w: () => this.follow(7 * 24 * kHour)
+  };
+
+  // Whether the key is one of the chart's.
+  key(name) {
+    const act = this.#keys[name];
+    act?.();
+    return act !== undefined;
+  }
+}

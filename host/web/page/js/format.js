@@ -1,0 +1,27 @@
+// Numbers and sizes as text.
+
+// A value as the interface sends it: a number, "nan", "inf", "-inf", or null. Seven digits are what a float has.
+export function value(raw) {
+  if (raw === null || raw === undefined) return '–';
+  return typeof raw === 'number' ? String(Number(raw.toPrecision(7))) : raw;
+}
+
+export const withUnit = (raw, unit) => value(raw) + (unit ? ' ' + unit : '');
+
+export const finite = raw => (typeof raw === 'number' ? raw : null);
+
+// 1 234 567
+export const count = number => String(number ?? 0).replace(/\B(?=(\d{3})+$)/g, '\u202f');
+
+const kSizes = ['B', 'kB', 'MB', 'GB', 'TB'];
+export function bytes(number) {
+  if (number === null || number === undefined) return 'not known';
+  let size = 0;
+  while (number >= 1000 && size < kSizes.length - 1) {
+    number /= 1000;
+    size++;
+  }
+  return (size && number < 100 ? number.toFixed(1) : Math.round(number)) + ' ' + kSizes[size];
+}
+
+export const plural = (number, one, many = one + 's') => `${count(number)} ${number === 1 ? one : many}`;

@@ -1,0 +1,31 @@
+// The page for logging in. Sends the form itself, so that the fragment with the view survives.
+const form = document.querySelector('form');
+const fault = document.querySelector('.fault');
+
+async function send(event) {
+  event.preventDefault();
+  const button = form.querySelector('button');
+  button.disabled = true;
+  show(await attempt());
+  button.disabled = false;
+}
+
+// The words of the fault; empty after a success.
+async function attempt() {
+  try {
+    const answer = await fetch('/login', { method: 'POST', body: new URLSearchParams(new FormData(form)) });
+    if (answer.ok) return '';
+    return (await answer.json().catch(() => ({}))).error ?? `The server answers ${answer.status}`;
+  } catch {
+    return 'The server does not answer';
+  }
+}
+
+function show(words) {
+  if (!words) return location.replace('/' + location.hash);
+  fault.textContent = words;
+  fault.hidden = false;
+  form.elements.password.select();
+}
+
+form.addEventListener('submit', send);

@@ -1,0 +1,85 @@
+// Starts the page: the frame around the views, and the view that the address names.
+import { faultWords, logOut } from './api.js';
+import * as chart from './chart.js';
+import { el, fill, setText } from './dom.js';
+import * as files from './files.js';
+import * as messages from './messages.js';
+import * as model from './model.js';
+import * as overview from './overview.js';
+import { link, where } from './router.js';
+import { clockTime, serverNow, zone } from './time.js';
+import * as values from './values.js';
+
+const kPages = {
+  overview: ['Overview', overview], values: ['Values', values], chart: ['Chart', chart], files: ['Files', files],
+  messages: ['Messages', messages]
+};
+const main = document.querySelector('main');
+let close = null;
+let shown = null;
+
+function show() {
+  const { page, parameters } = where();
+  const [title, view] = kPages[page] ?? kPages.overview;
+  close?.();
+  fill(main, el('h1', { tabindex: -1 }, title));
+  close = view.show(main, parameters);
+  if (shown !== null && shown !== page) main.querySelector('h1').focus();
+  shown = page;
+  document.title = `${title} · Vastra`;
+  showPages();
+}
+
+// The links keep the logger that is looked at.
+function showPages() {
+  const { page, parameters } = where();
+  const logger = parameters.get('logger');
+  fill(document.querySelector('nav'), Object.entries(kPages).map(([name, [title]]) =>
+    el('a', { href: link(name, { logger }), 'aria-current': name === page ? 'page' : null }, title)));
+}
+
+let lost = null;  // the newest state of the link that is not up, and when it came
+
+function showLink(state) {
+  document.body.classList.toggle('lost', !state.up);
+  document.querySelector('#link').hidden = state.up;
+  lost = state.up ? null : { ...state, until: performance.now() + state.retry * 1000 };
+  countDown();
+}
+
+// The seconds are outside of the alert's text: a screen reader says the loss once.
+function countDown() {
+  if (!lost) return;
+  const banner = document.querySelector('#link');
+  if (!banner.firstChild) banner.append(el('strong'), el('span', { 'aria-hidden': 'true' }));
+  setText(banner.firstChild, `No connection to the server since ${clockTime(lost.since)}. `);
+  const seconds = Math.max(0, Math.ceil((lost.until - performance.now()) / 1000));
+  setText(banner.lastChild, seconds ? `What is shown is of then. Next attempt in ${seconds} s.` : 'Connecting ...');
+}
+
+function showAbout() {
+  const { version, user } = model.about();
+  const time = el('span');
+  fill(document.querySelector('#about'), `Vastra ${version} · `, time);
+  const tick = () => setText(time, `${clockTime(serverNow())}, ${zone()}`);
+  tick();
+  setInterval(() => { tick(); countDown(); }, 1000);
+  if (user !== null)
+    fill(document.querySelector('.account'), el('span', {}, user), el('button', { onclick: logOut }, 'Log out'));
+}
+
+async function start() {
+  try {
+    await model.start();
+  } catch (error) {
+    fill(main, el('h1', {}, 'Vastra'), el('p', { class: 'fault', role: 'alert' }, faultWords(error) + '. Trying again.'));
+    return setTimeout(start, 3000);
+  }
+  showAbout();
+  model.on('link', showLink);
+  addEventListener('hashchange', show);
+  addEventListener('remembered', showPages);
+  show();
+}
+
+start();

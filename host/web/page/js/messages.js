@@ -1,0 +1,129 @@
+// The messages of the loggers as they come, the newest at the end.
+import { el, fill, paced, setText, settled } from './dom.js';
+import { plural } from './format.js';
+import * as model from './model.js';
+import { link, remember } from './router.js';
+import { dateTime } from './time.js';
+import { loggerChoice, loggerNotice, whenKnown } from './widgets.js';
+
+const kSeverities = ['notice', 'warning', 'error', 'fatal'];  // the least first
+const kSigns = { notice: '·', warning: '!', error: '✕', fatal: '✕' };
+const kShown = 1000;
+const isLive = logger => logger.kind === 'logger';
+
+export function show(main, parameters) {
+  let page = null;
+  const end = whenKnown(() => { page = new MessagesPage(main, parameters); });
+  return () => {
+    end();
+    page?.end();
+  };
+}
+
+class MessagesPage {
+  #logger;
+  #severity = el('select');
+  #link = el('select');
+  #search = el('input', { type: 'search', placeholder: 'Words of a message' });
+  #follow = el('input', { type: 'checkbox', checked: true });
+  #count = el('p', { class: 'hint', role: 'status' });
+  #list = el('ol', { class: 'messages', tabindex: 0, 'aria-label': 'Messages' });
+  #made = new Map();  // a message to its row
+  #ends = [];
+
+  constructor(main, parameters) {
+    this.#logger = parameters.get('logger') ?? '';
+    this.#makeFields(parameters);
+    this.#make(main);
+    const paint = paced(() => this.#paint());
+    const change = settled(() => this.#paint(), 120);
+    for (const field of [this.#severity, this.#link, this.#search]) field.addEventListener('input', change);
+    this.#follow.addEventListener('change', () => this.#scroll());
+    this.#list.addEventListener('scroll', () => this.#notice());
+    this.#ends.push(paint.end, change.end, model.on('message', paint), () => model.want(this, null));
+    model.want(this, { message: this.#loggers() });
+    this.#paint();
+  }
+
+  end() {
+    for (const end of this.#ends) end();
+  }
+
+  #loggers() {
+    return this.#logger ? [this.#logger] : model.loggers().filter(isLive).map(one => one.name);
+  }
+
+  #makeFields(parameters) {
+    fill(this.#severity, kSeverities.map((name, i) =>
+      el('option', { value: name }, i === 0 ? 'all' : i === 3 ? name : name + ' and worse')));
+    this.#severity.value = kSeverities.includes(parameters.get('severity')) ? parameters.get('severity') : 'notice';
+    this.#search.value = parameters.get('search') ?? '';
+    this.#offerLinks([], parameters.get('link') ?? '');
+  }
+
+  #make(main) {
+    const notice = loggerNotice(this.#logger);
+    this.#ends.push(notice.end);
+    const choice = loggerChoice(this.#logger, name => { location.hash = link('messages', { logger: name }); },
+      { all: 'all', fits: isLive });
+    main.append(el('div', { class: 'tools' }, choice, el('label', {}, 'Severity ', this.#severity),
+      el('label', {}, 'Link ', this.#link), el('label', {}, 'Search ', this.#search),
+      el('label', { class: 'check' }, this.#follow, ' Follow')), notice.element, this.#count, this.#list);
+  }
+
+  #paint() {
+    const all = this.#loggers().flatMap(model.messages).sort((a, b) => a.time - b.time);
+    this.#offerLinks(all, this.#link.value);
+    const found = all.filter(this.#filter()).slice(-kShown);
+    setText(this.#count, all.length ? `${found.length} of ${plural(all.length, 'message')}` : 'There is no message.');
+    this.#showRows(found);
+    remember('messages', { logger: this.#logger, link: this.#link.value, search: this.#search.value,
+      severity: this.#severity.value === 'notice' ? null : this.#severity.value });
+  }
+
+  #filter() {
+    const least = kSeverities.indexOf(this.#severity.value), kind = this.#link.value;
+    const words = this.#search.value.toLowerCase().split(/\s+/).filter(Boolean);
+    return message => {
+      if (kSeverities.indexOf(message.severity) < least || (kind && message.link !== kind)) return false;
+      const text = `${message.name} ${message.function} ${message.link} ${message.text}`.toLowerCase();
+      return words.every(word => text.includes(word));
+    };
+  }
+
+  // The links that have messages, and the one that is chosen.
+  #offerLinks(all, chosen) {
+    const names = [...new Set([...all.map(message => message.link), chosen])].filter(Boolean).sort();
+    if (this.#link.options.length !== names.length + 1)
+      fill(this.#link, el('option', { value: '' }, 'all'), names.map(name => el('option', { value: name }, name)));
+    this.#link.value = chosen;
+  }
+
+  // A row that is there stays: what is marked or read stays, and only new ones are made.
+  #showRows(found) {
+    const rows = found.map(message => this.#made.get(message) ?? this.#makeRow(message));
+    this.#made = new Map(found.map((message, i) => [message, rows[i]]));
+    const kept = new Set(rows);
+    for (const row of [...this.#list.children]) if (!kept.has(row)) row.remove();
+    rows.forEach((row, i) => { if (this.#list.children[i] !== row) this.#list.insertBefore(row, this.#list.children[i] ?? null); });
+    this.#scroll();
+  }
+
+  #makeRow({ time, severity, function: what, link: kind, name, text, logger }) {
+    return el('li', { class: severity },
+      el('span', { class: 'when' }, dateTime(time)),
+      el('span', { class: 'severity' }, `${kSigns[severity] ?? ''} ${severity}`),
+      el('span', { class: 'who' }, !this.#logger && el('b', {}, logger + ' '), `${name} · ${what}`, el('small', {}, ' ' + kind)),
+      el('span', { class: 'text' }, text));
+  }
+
+  #scroll() {
+    if (this.#follow.checked) this.#list.scrollTop = this.#list.scrollHeight;
+  }
+
+  // Scrolling up is reading: the list stays where it is until its end is reached again.
+  #notice() {
+    const { scrollTop, clientHeight, scrollHeight } = this.#list;
+    this.#follow.checked = scrollTop + clientHeight > scrollHeight - 30;
+  }
+}

@@ -1,0 +1,99 @@
+// What this tab has heard from the server, and who wants to know.
+import { address, get } from './api.js';
+import { History } from './history.js';
+import { Tabs } from './tabs.js';
+import { serverNow, setServerNow, setZone } from './time.js';
+
+const kMessages = 1000;  // of each logger
+
+const listeners = new Map();
+const views = new Map();  // what each open view wants
+const state = {
+  about: null, link: { up: true }, loggers: null, variables: new Map(), samples: new Map(), messages: new Map(),
+  histories: new Map()
+};
+const tabs = new Tabs(take, snapshot);
+
+export const link = () => state.link;
+export const loggers = () => state.loggers ?? [];
+export const isKnown = () => state.loggers !== null;
+export const logger = name => loggers().find(one => one.name === name);
+export const variables = name => state.variables.get(name);
+export const sample = name => state.samples.get(name);
+export const messages = name => [...(state.messages.get(name)?.values() ?? [])];
+export const history = name => state.histories.get(name);
+export const about = () => state.about;
+
+// Calls `listener(data)` at each event of a type until the function that it returns is called.
+export function on(type, listener) {
+  if (!listeners.has(type)) listeners.set(type, new Set());
+  listeners.get(type).add(listener);
+  return () => listeners.get(type).delete(listener);
+}
+
+// `wants` has lists of loggers: `sample` and `message`. Null: the view is closed.
+export function want(view, wants) {
+  if (wants) views.set(view, wants);
+  else views.delete(view);
+  tabs.want(union());
+}
+
+function union() {
+  const all = type => [...new Set([...views.values()].flatMap(wants => wants[type] ?? []))];
+  return { sample: all('sample'), message: all('message') };
+}
+
+// Throws if the server does not answer.
+export async function start() {
+  state.about = await get(address('about'));
+  setZone(state.about.zone);
+  setServerNow(state.about.now);
+  tabs.start(union());
+  addEventListener('online', () => tabs.hurry());
+  document.addEventListener('visibilitychange', () => { if (!document.hidden) tabs.hurry(); });
+}
+
+const takers = {
+  link: data => { state.link = data; },
+  now: ({ now }) => setServerNow(now),
+  loggers: data => { state.loggers = data.loggers; },
+  variables: takeVariables,
+  sample: takeSample,
+  message: takeMessage
+};
+
+function take(type, data) {
+  takers[type]?.(data);
+  for (const listener of listeners.get(type) ?? []) listener(data);
+}
+
+function takeVariables({ logger, variables }) {
+  const isSame = JSON.stringify(variables) === JSON.stringify(state.variables.get(logger));
+  state.variables.set(logger, variables);
+  if (!isSame || !state.histories.has(logger)) state.histories.set(logger, new History(variables.length));
+}
+
+// The newest sample comes again when the stream is opened again.
+function takeSample(sample) {
+  const old = state.samples.get(sample.logger);
+  state.samples.set(sample.logger, sample);
+  if (old?.number !== sample.number || old.time !== sample.time) state.histories.get(sample.logger)?.add(sample);
+}
+
+// A logger counts its messages from 1 again when it starts, so the time belongs to the key.
+function takeMessage(message) {
+  const { logger, number, time } = message;
+  if (!state.messages.has(logger)) state.messages.set(logger, new Map());
+  const kept = state.messages.get(logger);
+  kept.set(number + ' ' + time, message);
+  if (kept.size > kMessages) kept.delete(kept.keys().next().value);
+}
+
+function snapshot() {
+  const events = [['now', { now: serverNow() }], ['link', state.link]];
+  if (state.loggers) events.push(['loggers', { loggers: state.loggers }]);
+  for (const [logger, variables] of state.variables) events.push(['variables', { logger, variables }]);
+  for (const sample of state.samples.values()) events.push(['sample', sample]);
+  for (const kept of state.messages.values()) for (const message of kept.values()) events.push(['message', message]);
+  return events;
+}

@@ -1,0 +1,88 @@
+// The event stream of the server. Whatever ends it, it goes on by itself.
+import { address, get } from './api.js';
+import { serverNow, setServerNow } from './time.js';
+
+const kTypes = ['loggers', 'variables', 'sample', 'message', 'log', 'now'];
+const kSilence = 15e3;
+const kPauses = [1, 2, 4, 7, 10];
+
+// Hands each event to `deliver(type, data)`, and its own state as events of the type `link`: `up`, and if it is not up
+// `since` and `retry`, the seconds until the next attempt. Times are those of the server.
+export class Stream {
+  #deliver;
+  #source = null;
+  #parameters = {};
+  #attempt = 0;
+  #timer = 0;
+  #watch = 0;
+  #heard = null;
+  #lostSince = null;
+
+  constructor(deliver) {
+    this.#deliver = deliver;
+  }
+
+  // Opens the stream, or opens it again with other parameters.
+  open(parameters) {
+    this.#parameters = parameters;
+    clearTimeout(this.#timer);
+    clearInterval(this.#watch);
+    this.#source?.close();
+    this.#source = new EventSource(address('stream', parameters));
+    for (const type of kTypes) this.#source.addEventListener(type, event => this.#take(type, event));
+    this.#source.addEventListener('error', () => this.#lose());
+    this.#hear();
+    this.#watch = setInterval(() => this.#look(), 1000);
+  }
+
+  close() {
+    clearTimeout(this.#timer);
+    clearInterval(this.#watch);
+    this.#source?.close();
+    this.#source = null;
+  }
+
+  // Does not wait for the end of a pause: the device is on the network again, or somebody looks.
+  hurry() {
+    if (this.#lostSince === null) return;
+    clearTimeout(this.#timer);
+    this.#check();
+  }
+
+  #take(type, event) {
+    const isFirst = this.#attempt > 0 || this.#lostSince !== null;
+    this.#hear();
+    this.#attempt = 0;
+    this.#lostSince = null;
+    if (isFirst) this.#deliver('link', { up: true });
+    this.#deliver(type, JSON.parse(event.data));
+  }
+
+  // Two clocks: one of them stops while the device sleeps, the other one can be set.
+  #hear() {
+    this.#heard = { steady: performance.now(), wall: Date.now() };
+  }
+
+  #look() {
+    const silence = Math.max(performance.now() - this.#heard.steady, Date.now() - this.#heard.wall);
+    if (silence > kSilence) this.#lose();
+  }
+
+  #lose() {
+    this.close();
+    this.#lostSince ??= serverNow();
+    const retry = kPauses[Math.min(this.#attempt++, kPauses.length - 1)];
+    this.#deliver('link', { up: false, since: this.#lostSince, retry });
+    this.#timer = setTimeout(() => this.#check(), retry * 1000);
+  }
+
+  // A stream does not say why it failed, a request does: an expired session leads to the page for logging in.
+  async #check() {
+    try {
+      setServerNow((await get(address('about'), AbortSignal.timeout(5000))).now);
+      this.open(this.#parameters);
+    } catch {
+      this.#lose();
+    }
+  }
+}

@@ -1,0 +1,111 @@
+// All variables of a logger as they are now, each with a small curve of its newest values.
+import { el, paced, setText, settled } from './dom.js';
+import { plural, value } from './format.js';
+import * as model from './model.js';
+import { link, remember } from './router.js';
+import { drawSpark } from './spark.js';
+import { dateTimeMs } from './time.js';
+import { VirtualList } from './virtual_list.js';
+import { chosenLogger, loggerChoice, loggerNotice, whenKnown } from './widgets.js';
+
+const kRowHeight = 48;
+const kSparkSamples = 120;
+const isLive = logger => logger.kind === 'logger';
+
+export function show(main, parameters) {
+  let page = null;
+  const end = whenKnown(() => { page = new ValuesPage(main, parameters); });
+  return () => {
+    end();
+    page?.end();
+  };
+}
+
+class ValuesPage {
+  #logger;
+  #found = [];  // indices of the variables that fit the search
+  #list = new VirtualList(kRowHeight, () => this.#makeRow());
+  #search;
+  #count = el('span', { role: 'status' });
+  #time = el('span');
+  #ends = [];
+
+  constructor(main, parameters) {
+    this.#logger = chosenLogger(parameters, isLive);
+    this.#search = el('input', { type: 'search', placeholder: 'Name, unit or node', value: parameters.get('search') ?? '' });
+    this.#make(main);
+    const paint = paced(() => this.#paint());
+    const find = settled(() => this.#find(), 120);
+    this.#search.addEventListener('input', find);
+    this.#ends.push(paint.end, find.end, () => this.#list.end(),
+      model.on('variables', () => this.#find()), model.on('sample', paint),
+      () => model.want(this, null));
+    model.want(this, { sample: this.#logger ? [this.#logger] : [] });
+    this.#find();
+  }
+
+  end() {
+    for (const end of this.#ends) end();
+  }
+
+  #make(main) {
+    const notice = loggerNotice(this.#logger);
+    this.#ends.push(notice.end);
+    const choice = loggerChoice(this.#logger, name => { location.hash = link('values', { logger: name }); }, { fits: isLive });
+    const head = el('div', { class: 'row head', role: 'row', 'aria-rowindex': 1 },
+      ['Variable', 'Value', 'Newest'].map(name => el('span', { role: 'columnheader' }, name)));
+    main.append(
+      el('div', { class: 'tools' }, choice, el('label', {}, 'Search ', this.#search)), notice.element,
+      el('p', { class: 'hint' }, this.#count, ' ', this.#time),
+      el('div', { class: 'values', role: 'table', 'aria-label': 'Values' }, el('div', { role: 'rowgroup' }, head), this.#list.element));
+  }
+
+  #find() {
+    const words = this.#search.value.toLowerCase().split(/\s+/).filter(Boolean);
+    const variables = model.variables(this.#logger) ?? [];
+    this.#found = [...variables.keys()].filter(i => fits(variables[i], words));
+    const all = plural(variables.length, 'variable');
+    setText(this.#count, !model.variables(this.#logger) ? 'Waiting for the variables ...'
+      : words.length ? `${this.#found.length} of ${all}` : all);
+    remember('values', { logger: this.#logger, search: this.#search.value });
+    this.#list.resize(this.#found.length);
+    this.#paint();
+  }
+
+  #paint() {
+    const sample = model.sample(this.#logger);
+    setText(this.#time, sample ? `at ${dateTimeMs(sample.time)}` : 'There is no sample yet.');
+    this.#list.paint();
+  }
+
+  #makeRow() {
+    const name = el('a'), node = el('small'), now = el('b'), unit = el('small');
+    const spark = el('canvas', { 'aria-hidden': 'true' });
+    const element = el('div', { class: 'row', role: 'row' }, el('span', { role: 'cell' }, name, node),
+      el('span', { role: 'cell', class: 'value' }, now, ' ', unit), el('span', { role: 'cell' }, spark));
+    return { element, show: index => this.#showRow({ name, node, now, unit, spark }, this.#found[index]) };
+  }
+
+  #showRow(parts, i) {
+    const variable = model.variables(this.#logger)[i];
+    const raw = model.sample(this.#logger)?.values[i];
+    setText(parts.name, variable.name);
+    parts.name.href = link('chart', { logger: this.#logger, vars: variable.name });
+    setText(parts.node, variable.node ?? '');
+    setText(parts.now, value(raw));
+    parts.now.classList.toggle('bad', typeof raw === 'string');
+    setText(parts.unit, variable.unit ?? '');
+    this.#drawSpark(parts.spark, i);
+  }
+
+  #drawSpark(canvas, i) {
+    const points = [];
+    model.history(this.#logger)?.visit(i, kSparkSamples, (time, number) => points.push([time, number]));
+    drawSpark(canvas, points, getComputedStyle(canvas).color);
+  }
+}
+
+const fits = ({ name, unit, node }, words) => {
+  const text = `${name} ${unit ?? ''} ${node ?? ''}`.toLowerCase();
+  return words.every(word => text.includes(word));
+};
