@@ -155,7 +155,7 @@ class ChartPage {
     this.#area.setAttribute('aria-busy', 'true');
     try {
       await data.ask(...this.#view.range, this.#area.clientWidth);
-      setText(this.#status, '');
+      fill(this.#status, data.faults.map(fault => el('span', { class: 'fault' }, `Rows are missing: ${fault} `)));
     } catch (error) {
       const words = faultWords(error);
       if (!words || data !== this.#data) return;

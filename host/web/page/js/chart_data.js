@@ -13,6 +13,7 @@ export class ChartData {
   #names;
   #request = null;
   #answer = null;
+  faults = [];  // lines about logs whose rows are missing
 
   constructor(logger, names) {
     this.#logger = logger;
@@ -27,9 +28,19 @@ export class ChartData {
     const begin = Math.floor(from - margin), end = Math.ceil(to + margin);
     const parts = Math.max(100, Math.min(kMaxParts, Math.round(pixels * (1 + 2 * kMargin))));
     const asked = serverNow();
-    const query = { from: begin, to: end, parts, vars: this.#names };
-    const answer = await get(loggerAddress(this.#logger, 'buckets', query), this.#request.signal);
+    const answer = await this.#get({ from: begin, to: end, vars: this.#names }, parts, this.#request.signal);
+    this.faults = answer.faults ?? [];
     this.#answer = prepare(answer, this.#names, Math.min(end, asked), (end - begin) / parts, this.#period());
+  }
+
+  // The rows themselves if there are fewer than parts, so that each has its own time and value.
+  async #get(query, parts, signal) {
+    const expected = (query.to - query.from) / (this.#period() || Infinity);
+    if (expected > 0 && expected <= parts) {
+      const answer = await get(loggerAddress(this.#logger, 'rows', { ...query, limit: 2 * parts }), signal);
+      if (!answer.more) return fromRows(answer);
+    }
+    return get(loggerAddress(this.#logger, 'buckets', { ...query, parts }), signal);
   }
 
   end() {
@@ -79,6 +90,20 @@ export class ChartData {
       });
     });
   }
+}
+
+// Rows as if each was a part. Rows of the same time, which are of several logs, are one.
+function fromRows({ variables, rows }) {
+  const times = [], columns = variables.map(() => []);
+  for (const [time, ...values] of rows) {
+    if (time !== times.at(-1)) times.push(time);
+    values.forEach((value, i) => { if (value !== null) columns[i][times.length - 1] = value; });
+  }
+  const named = variables.map((variable, i) => {
+    const name = variable.name ?? variable;
+    return { name, least: columns[i], greatest: columns[i], mean: columns[i] };
+  });
+  return { times, variables: named };
 }
 
 // The order of the columns is that of the plot's series.

@@ -10,8 +10,8 @@ export const withUnit = (raw, unit) => value(raw) + (unit ? ' ' + unit : '');
 
 export const finite = raw => (typeof raw === 'number' ? raw : null);
 
-// 1 234 567
-export const count = number => String(number ?? 0).replace(/\B(?=(\d{3})+$)/g, '\u202f');
+// 1 234 567; a count can be not known yet.
+export const count = number => String(number ?? '–').replace(/\B(?=(\d{3})+$)/g, '\u202f');
 
 const kSizes = ['B', 'kB', 'MB', 'GB', 'TB'];
 export function bytes(number) {

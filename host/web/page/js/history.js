@@ -9,6 +9,7 @@ export class History {
   #values;
   #times;
   #count = 0;
+  isSeeded = false;  // whether the logs have been asked for the samples before the first one
 
   constructor(variables) {
     this.#width = variables;

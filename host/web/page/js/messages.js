@@ -86,7 +86,7 @@ class MessagesPage {
     const words = this.#search.value.toLowerCase().split(/\s+/).filter(Boolean);
     return message => {
       if (kSeverities.indexOf(message.severity) < least || (kind && message.link !== kind)) return false;
-      const text = `${message.name} ${message.function} ${message.link} ${message.text}`.toLowerCase();
+      const text = `${message.place ?? ''} ${message.name} ${message.function} ${message.link} ${wordsOf(message)}`.toLowerCase();
       return words.every(word => text.includes(word));
     };
   }
@@ -109,12 +109,13 @@ class MessagesPage {
     this.#scroll();
   }
 
-  #makeRow({ time, severity, function: what, link: kind, name, text, logger }) {
+  #makeRow(message) {
+    const { time, severity, function: what, link: kind, name, place, logger } = message;
     return el('li', { class: severity },
       el('span', { class: 'when' }, dateTime(time)),
       el('span', { class: 'severity' }, `${kSigns[severity] ?? ''} ${severity}`),
-      el('span', { class: 'who' }, !this.#logger && el('b', {}, logger + ' '), `${name} · ${what}`, el('small', {}, ' ' + kind)),
-      el('span', { class: 'text' }, text));
+      el('span', { class: 'who' }, !this.#logger && el('b', {}, logger + ' '), place || `${name} · ${what}`, el('small', {}, ' ' + kind)),
+      el('span', { class: 'text' }, wordsOf(message)));
   }
 
   #scroll() {
@@ -127,3 +128,6 @@ class MessagesPage {
     this.#follow.checked = scrollTop + clientHeight > scrollHeight - 30;
   }
 }
+
+// `place` and `words` are what the text of the link says, in parts for people.
+const wordsOf = ({ words, text }) => words ?? text;

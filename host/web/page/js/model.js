@@ -1,21 +1,25 @@
 // What this tab has heard from the server, and who wants to know.
-import { address, get } from './api.js';
+import { address, get, loggerAddress } from './api.js';
 import { History } from './history.js';
 import { Tabs } from './tabs.js';
 import { serverNow, setServerNow, setZone } from './time.js';
 
 const kMessages = 1000;  // of each logger
+const kSeeded = 100;     // variables
+const kSeedRows = 120;
 
 const listeners = new Map();
 const views = new Map();  // what each open view wants
 const state = {
-  about: null, link: { up: true }, loggers: null, variables: new Map(), samples: new Map(), messages: new Map(),
+  about: null, link: { up: true }, loggers: null, listFault: '', variables: new Map(), samples: new Map(), messages: new Map(),
   histories: new Map()
 };
 const tabs = new Tabs(take, snapshot);
 
 export const link = () => state.link;
 export const loggers = () => state.loggers ?? [];
+// Why the list of loggers is not complete; empty if it is.
+export const listFault = () => state.listFault;
 export const isKnown = () => state.loggers !== null;
 export const logger = name => loggers().find(one => one.name === name);
 export const variables = name => state.variables.get(name);
@@ -56,7 +60,7 @@ export async function start() {
 const takers = {
   link: data => { state.link = data; },
   now: ({ now }) => setServerNow(now),
-  loggers: data => { state.loggers = data.loggers; },
+  loggers: data => { [state.loggers, state.listFault] = [data.loggers, data.fault ?? '']; },
   variables: takeVariables,
   sample: takeSample,
   message: takeMessage
@@ -72,6 +76,22 @@ function takeVariables({ logger, variables }) {
   state.variables.set(logger, variables);
   if (!isSame || !state.histories.has(logger)) state.histories.set(logger, new History(variables.length));
 }
+
+// Fills the history with what the logs have of the last minutes, so that the curves do not begin empty. With many
+// variables this is left out: the answer would be large.
+export async function seed(logger) {
+  const names = state.variables.get(logger)?.map(one => one.name) ?? [];
+  if (names.length === 0 || names.length > kSeeded) return;
+  const from = Math.round(serverNow() - kSeedRows * Math.max(100, loggerPeriod(logger)));
+  const { rows } = await get(loggerAddress(logger, 'rows', { from, vars: names, limit: 2 * kSeedRows }));
+  const newer = state.histories.get(logger), history = new History(names.length);
+  history.isSeeded = newer.isSeeded = true;
+  for (const [time, ...values] of rows) if (time < (newer.oldest ?? Infinity)) history.add({ time, values });
+  newer.visitFrom(0, (time, at) => history.add({ time, values: names.map((_, i) => at(i)) }));
+  state.histories.set(logger, history);
+}
+
+const loggerPeriod = name => logger(name)?.period ?? 0;
 
 // The newest sample comes again when the stream is opened again.
 function takeSample(sample) {
@@ -91,7 +111,7 @@ function takeMessage(message) {
 
 function snapshot() {
   const events = [['now', { now: serverNow() }], ['link', state.link]];
-  if (state.loggers) events.push(['loggers', { loggers: state.loggers }]);
+  if (state.loggers) events.push(['loggers', { loggers: state.loggers, fault: state.listFault }]);
   for (const [logger, variables] of state.variables) events.push(['variables', { logger, variables }]);
   for (const sample of state.samples.values()) events.push(['sample', sample]);
   for (const kept of state.messages.values()) for (const message of kept.values()) events.push(['message', message]);

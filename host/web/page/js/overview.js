@@ -27,11 +27,12 @@ export function show(main) {
 
 function showSummary(element) {
   const all = model.loggers(), bad = all.filter(logger => !isWell(logger));
-  const words = all.length === 0 ? 'There is no logger on this machine.'
+  const words = model.listFault() ? `The loggers cannot all be found: ${model.listFault()}.`
+    : all.length === 0 ? 'There is no logger on this machine.'
     : bad.length === 0 ? `All is well: ${plural(all.length, 'logger')}.`
       : `${plural(bad.length, 'logger')} of ${all.length} not well: ${bad.map(logger => logger.name).join(', ')}.`;
   if (element.textContent !== words) element.textContent = words;
-  element.classList.toggle('bad', bad.length > 0);
+  element.classList.toggle('bad', bad.length > 0 || model.listFault() !== '');
 }
 
 const isWell = logger => logger.well && logger.up;
@@ -66,15 +67,15 @@ function stateWords(logger) {
 function factsOf(logger) {
   if (logger.kind === 'folder' || !logger.up) return [];
   const stages = logger.stages ?? [], folders = logger.folders ?? [];
-  const kept = stages.reduce((sum, stage) => sum + (stage.kept ?? 0), 0);
-  const waiting = stages.reduce((sum, stage) => sum + (stage.waiting ?? 0), 0);
+  const sum = key => stages.reduce((total, stage) => total + (stage[key] ?? 0), 0);
+  const kept = sum('kept'), waiting = sum('waiting');
   return [
     fact('Last sample', lastSample(logger)),
     fact('Read', count(logger.read) + (logger.failedReads ? `, ${count(logger.failedReads)} failed` : ''),
       logger.failedReads > 0),
     fact('Rows', count(kept) + (waiting ? `, ${count(waiting)} in the journal` : '')),
     fact('Late', count(logger.late), logger.late > 0),
-    fact('Lost', plural(logger.lost ?? 0, 'row'), logger.lost > 0),
+    fact('Lost', plural(logger.lost, 'row'), logger.lost > 0),
     ...folders.map(({ path, free }) => fact('Disk', `${bytes(free)} free`, false, path))
   ];
 }
@@ -99,6 +100,6 @@ function problemsOf(logger) {
     lines.length > 0 && el('ul', {}, lines.map(line => el('li', {}, line))),
     away.map(node => el('p', {}, `${node.name} is away since ${shortTime(node.since)}: ${node.reason}`
       + (node.next ? `. Asked again at ${shortTime(node.next)}` : ''))),
-    error && el('p', { class: 'error' }, `Last error, ${shortTime(error.time)}: ${error.name}: ${error.text}`)
+    error && el('p', { class: 'error' }, `Last error, ${shortTime(error.time)}: ${error.place ?? error.name}: ${error.words ?? error.text}`)
   ].flat();
 }

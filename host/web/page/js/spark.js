@@ -1,9 +1,9 @@
 // A small curve of the newest values, into a canvas.
 
 // `points` is a list of [time, value]; NaN is a gap. The curve fills the height from the least to the greatest value.
-export function drawSpark(canvas, points, colour) {
+// `look` has width, height and colour: asking each canvas for them costs more than the curve.
+export function drawSpark(canvas, points, { width, height, colour }) {
   const scale = devicePixelRatio || 1;
-  const width = canvas.clientWidth, height = canvas.clientHeight;
   if (canvas.width !== Math.round(width * scale) || canvas.height !== Math.round(height * scale)) {
     canvas.width = Math.round(width * scale);
     canvas.height = Math.round(height * scale);
@@ -16,6 +16,10 @@ export function drawSpark(canvas, points, colour) {
   context.strokeStyle = colour;
   context.lineWidth = 1.5;
   context.stroke(pathOf(points, box, width, height - 4));
+}
+
+export function sparkLook(canvas) {
+  return { width: canvas.clientWidth, height: canvas.clientHeight, colour: getComputedStyle(canvas).color };
 }
 
 function bounds(points) {

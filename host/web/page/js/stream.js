@@ -65,12 +65,12 @@ export class Stream {
 
   #look() {
     const silence = Math.max(performance.now() - this.#heard.steady, Date.now() - this.#heard.wall);
-    if (silence > kSilence) this.#lose();
+    if (silence > kSilence) this.#lose(silence);
   }
 
-  #lose() {
+  #lose(silence = 0) {
     this.close();
-    this.#lostSince ??= serverNow();
+    this.#lostSince ??= serverNow() - silence;
     const retry = kPauses[Math.min(this.#attempt++, kPauses.length - 1)];
     this.#deliver('link', { up: false, since: this.#lostSince, retry });
     this.#timer = setTimeout(() => this.#check(), retry * 1000);

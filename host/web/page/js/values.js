@@ -3,7 +3,7 @@ import { el, paced, setText, settled } from './dom.js';
 import { plural, value } from './format.js';
 import * as model from './model.js';
 import { link, remember } from './router.js';
-import { drawSpark } from './spark.js';
+import { drawSpark, sparkLook } from './spark.js';
 import { dateTimeMs } from './time.js';
 import { VirtualList } from './virtual_list.js';
 import { chosenLogger, loggerChoice, loggerNotice, whenKnown } from './widgets.js';
@@ -26,6 +26,7 @@ class ValuesPage {
   #found = [];  // indices of the variables that fit the search
   #list = new VirtualList(kRowHeight, () => this.#makeRow());
   #search;
+  #look = null;  // of the curves: size and colour, read once in each painting
   #count = el('span', { role: 'status' });
   #time = el('span');
   #ends = [];
@@ -38,10 +39,16 @@ class ValuesPage {
     const find = settled(() => this.#find(), 120);
     this.#search.addEventListener('input', find);
     this.#ends.push(paint.end, find.end, () => this.#list.end(),
-      model.on('variables', () => this.#find()), model.on('sample', paint),
+      model.on('variables', () => this.#start()), model.on('sample', paint),
       () => model.want(this, null));
     model.want(this, { sample: this.#logger ? [this.#logger] : [] });
+    this.#start();
+  }
+
+  // Curves without a past are shown all the same.
+  #start() {
     this.#find();
+    if (!model.history(this.#logger)?.isSeeded) model.seed(this.#logger).catch(() => {});
   }
 
   end() {
@@ -75,6 +82,7 @@ class ValuesPage {
   #paint() {
     const sample = model.sample(this.#logger);
     setText(this.#time, sample ? `at ${dateTimeMs(sample.time)}` : 'There is no sample yet.');
+    this.#look = null;
     this.#list.paint();
   }
 
@@ -101,7 +109,7 @@ class ValuesPage {
   #drawSpark(canvas, i) {
     const points = [];
     model.history(this.#logger)?.visit(i, kSparkSamples, (time, number) => points.push([time, number]));
-    drawSpark(canvas, points, getComputedStyle(canvas).color);
+    drawSpark(canvas, points, this.#look ??= sparkLook(canvas));
   }
 }
 
