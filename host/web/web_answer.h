@@ -54,12 +54,19 @@ class CWebBody {
 // answers.
 using CWebStop = std::function<bool()>;
 
+// A stream of events. Connecting it gives the function that takes what there is to send, or returns false;
+// onReady is called when there is something again, on any thread.
+using CTakeEvents = std::function<bool(std::string& text)>;
+using CConnectEvents = std::function<CTakeEvents(std::function<void()> onReady)>;
+
 struct CWebAnswer {
   int status = 200;
   std::string type = "application/json";
   std::string text = {};
   std::unique_ptr<CWebBody> body = {};  // in place of text
   std::string file = {};                // the name under which a browser saves it; empty: it shows it
+  CConnectEvents events = {};           // in place of text
+  std::vector<std::pair<std::string, std::string>> headers = {};
 };
 
 inline CWebAnswer JsonAnswer(const CJson& json) { return {.text = JsonLine(json)}; }

@@ -1,0 +1,182 @@
+"""vastra-web from outside: a real server with a real logger, browsers that behave and others that do not."""
+import base64
+import contextlib
+import http.client
+import json
+import os
+import signal
+import socket
+import subprocess
+import time
+import urllib.parse
+
+from commands import LogTest, log, output, simulated
+
+WEB = os.environ["WEB"]
+REFUSED = [  # command lines: the status, and the message
+    (["--listen", "here"], 2, "--listen here: is not ADDRESS:PORT"),
+    (["--listen", "0.0.0.0:0"], 2, "command line: at 0.0.0.0:0 everybody in the network could look.*--users.*--open.*"),
+    (["--listen", "[::]:0"], 2, "command line: at .*everybody.*"),
+    (["--cert", "c"], 2, "command line: --cert and --key belong together"),
+    (["--users", "none"], 1, "none: No such file or directory"),
+    (["--users", "bad"], 1, "bad: line 2 is not NAME:HASH"),
+    (["--users", "empty"], 1, "empty: has no user.*"),
+    (["--folder", "logs"], 1, "--folder logs: is not NAME=DIR"),
+    (["--folder", "a/b=logs"], 1, "--folder a/b=logs: is not NAME=DIR"),
+    (["--folder", "x=none"], 1, "--folder x=none: No such file or directory"),
+    (["--what"], 2, "command line: .*--what.*"),
+]
+# Requests that no browser of ours sends: method, path, headers, status.
+HOSTILE = [
+    ("GET", "/etc/passwd", {}, 404), ("GET", "/../../etc/passwd", {}, 404), ("GET", "/js/..%2f..%2fmain.cpp", {}, 404),
+    ("GET", "/%00", {}, 200), ("GET", "//", {}, 404), ("GET", "/api/v1/loggers/%2e%2e/sample", {}, 404),
+    ("GET", "/api/v1/loggers/old/log?id=../../etc/passwd", {}, 404), ("GET", "/api/v1/loggers/old/log?id=/etc/passwd", {}, 404),
+    ("GET", "/api/v1/loggers/old/log?id=%00", {}, 404), ("GET", "/api/v1/loggers/old/log", {}, 400),
+    ("GET", "/api/v1/loggers/old/rows?from=a&to=9&vars=x", {}, 400), ("GET", "/api/v1/loggers/old/rows?from=9&to=1&vars=x", {}, 400),
+    ("GET", "/api/v1/loggers/old/buckets?from=0&to=9&parts=99999999&vars=x", {}, 400), ("GET", "/api/v1/loggers/none/sample", {}, 404),
+    ("PUT", "/", {}, 405), ("DELETE", "/api/v1/loggers", {}, 405), ("POST", "/api/v1/loggers", {}, 405),
+    ("GET", "/" + "a" * 40000, {}, 414), ("GET", "/", {"X": "a" * 40000}, 431), ("GET", "/", {"Host": "evil.example"}, 403),
+    ("GET", "/api/v1/about", {"Sec-Fetch-Site": "cross-site"}, 403), ("GET", "/", {"Sec-Fetch-Site": "cross-site"}, 200),
+    ("POST", "/login", {"Origin": "http://evil.example"}, 403), ("GET", "/api/v1/stream?" + "sample=a&" * 101, {}, 400),
+]
+
+
+class WebTest(LogTest):
+    def serve(self, *args):
+        process = self.start("--listen", "127.0.0.1:0", "--dir", self.path("feeds"), *args, program=WEB, stdout=subprocess.PIPE)
+        self.addCleanup(process.stdout.close)
+        self.addCleanup(process.wait)
+        self.addCleanup(process.kill)
+        self.port = urllib.parse.urlparse(process.stdout.readline().decode().strip()).port
+        return process
+
+    def get(self, path, method="GET", headers={}, body=None):
+        connection = http.client.HTTPConnection("127.0.0.1", self.port, timeout=20)
+        with contextlib.closing(connection):
+            connection.request(method, path, body, headers)
+            answer = connection.getresponse()
+            return answer.status, answer.read(), answer.headers
+
+    def json(self, path):
+        status, body, _ = self.get("/api/v1/" + path)
+        self.assertEqual(200, status, body)
+        return json.loads(body)
+
+    def until(self, value, expected):
+        end = time.monotonic() + 20
+        while (now := value()) != expected and time.monotonic() < end:
+            time.sleep(.05)
+        self.assertEqual(expected, now)
+
+    def log(self):
+        os.makedirs(self.path("feeds", "kiln"), exist_ok=True)
+        self.write("kiln.json", simulated([output(self.path("logs"), maxSamples=50, maxLogs=1000)], variables={"x": {"unit": "bar"}}))
+        process = self.start("run", "kiln.json", "--feed", self.path("feeds", "kiln", "feed"), "--quiet")
+        self.addCleanup(process.wait)
+        self.addCleanup(process.kill)
+        return process
+
+    def events(self, query, seconds):
+        """The events of a stream: lists of type and data."""
+        connection = http.client.HTTPConnection("127.0.0.1", self.port, timeout=5)
+        found, end = [], time.monotonic() + seconds
+        with contextlib.closing(connection):
+            connection.request("GET", "/api/v1/stream?" + query)
+            answer = connection.getresponse()
+            self.assertEqual("text/event-stream", answer.headers["Content-Type"])
+            while time.monotonic() < end:
+                line = answer.readline().decode().rstrip("\n")
+                if line.startswith("event: "):
+                    found.append([line[7:], json.loads(answer.readline().decode()[6:])])
+        return found
+
+    def test_a_logger_that_dies_and_comes_back(self):
+        server = self.serve()
+        logger = self.log()
+        self.until(lambda: [(one["name"], one["up"], one.get("state")) for one in self.json("loggers")["loggers"]], [("kiln", True, "running")])
+        self.assertEqual([{"name": "x", "unit": "bar", "node": "N"}], self.json("loggers/kiln/variables")["variables"])
+        events = self.events("sample=kiln", 2)
+        samples = [data for name, data in events if name == "sample"]
+        self.assertGreater(len(samples), 5)
+        self.assertEqual(sorted(one["number"] for one in samples), [one["number"] for one in samples])
+        self.assertEqual("loggers", events[0][0])
+        logger.send_signal(signal.SIGTERM)
+        logger.wait()
+        self.until(lambda: self.json("loggers")["loggers"][0]["up"], False)
+        # The counter counts: what was logged is what the interface gives, in each of its forms.
+        logged = [int(float(row[0])) for row in self.rows()] or self.fail("nothing is logged")
+        self.until(lambda: len(self.json("loggers/kiln/logs?from=0&to=9e15".replace("9e15", "9" * 15))["logs"]), (len(logged) + 49) // 50)
+        span = self.json("loggers/kiln/range")
+        query = "from=%d&to=%d&vars=x" % (span["from"], span["to"])
+        self.assertEqual(logged, [row[1] for row in self.json("loggers/kiln/rows?limit=100000&" + query)["rows"]])
+        one = self.json("loggers/kiln/buckets?parts=1&" + query)["variables"][0]
+        self.assertEqual([[min(logged)], [max(logged)]], [one["least"], one["greatest"]])
+        self.log()
+        self.until(lambda: self.json("loggers")["loggers"][0]["up"], True)
+        server.send_signal(signal.SIGTERM)
+        self.assertEqual(0, server.wait(20))
+
+    def test_folders_without_a_logger(self):
+        data = log(["x", "y"], [(100, 1.5, 2.0), (101, 0.1, 3.0)])
+        self.write("logs/a.rph", data)
+        self.serve("--folder", "old=" + self.path("logs"))
+        one = self.json("loggers/old/logs?from=0&to=200000")["logs"][0]
+        status, body, headers = self.get("/api/v1/loggers/old/log?" + urllib.parse.urlencode({"id": one["id"]}))
+        self.assertEqual((200, data), (status, body))
+        self.assertIn("a.rph", headers["Content-Disposition"])
+        rows = self.json("loggers/old/rows?from=0&to=200000&vars=x&vars=y")["rows"]
+        self.assertEqual([[100000, 1.5, 2], [101000, .1, 3]], rows)
+
+    def test_hostile_requests(self):
+        self.write("logs/a.rph", log(["x"], [(100, 1.0)]))
+        server = self.serve("--folder", "old=" + self.path("logs"))
+        for method, path, headers, expected in HOSTILE:
+            with self.subTest(path[:60], method=method):
+                status, _, answered = self.get(path, method, headers)
+                self.assertEqual(expected, status)
+        # Connections that say nothing, or begin and do not end, leave a place for others, and so does a flood of bytes.
+        idle = [socket.create_connection(("127.0.0.1", self.port)) for _ in range(400)]
+        for i, one in enumerate(idle):
+            self.addCleanup(one.close)
+            one.sendall([b"", b"GET / HTTP/1.1\r\nHost: a\r\nX-", bytes(range(256)) * 100][i % 3])
+        begin = time.monotonic()
+        self.assertEqual(200, self.get("/")[0])
+        self.assertLess(time.monotonic() - begin, 5)
+        self.assertIsNone(server.poll())
+        server.send_signal(signal.SIGTERM)
+        self.assertEqual(0, server.wait(20))
+
+    def test_login(self):
+        subprocess.run([WEB, "passwd", "users", "anna"], input=b"se%cret\n", cwd=self.folder, check=True)
+        self.assertEqual(0o600, os.stat(self.path("users")).st_mode & 0o777)
+        self.serve("--users", "users")
+        self.assertEqual((401, 401, 303, 200), tuple(self.get(path)[0] for path in ("/api/v1/about", "/metrics", "/", "/login")))
+        attempt = lambda password: self.get("/login", "POST", body=urllib.parse.urlencode({"name": "anna", "password": password}))
+        status, _, headers = attempt("se%cret")
+        self.assertEqual((303, "/"), (status, headers["Location"]))
+        self.assertRegex(headers["Set-Cookie"], "^vastra-session=[0-9a-f]{64}; Path=/; HttpOnly; SameSite=Strict; ")
+        cookie = {"Cookie": "a=b; " + headers["Set-Cookie"].split(";")[0]}
+        about = lambda: self.get("/api/v1/about", headers=cookie)
+        self.assertEqual("anna", json.loads(about()[1])["user"])
+        for bad in ("vastra-session=", "vastra-session=" + "0" * 64, "xvastra-session=" + cookie["Cookie"][-64:]):
+            self.assertEqual(401, self.get("/api/v1/about", headers={"Cookie": bad})[0])
+        basic = lambda pair: self.get("/metrics", headers={"Authorization": "Basic " + base64.b64encode(pair.encode()).decode()})[0]
+        self.assertEqual([200, 401, 401], [basic(pair) for pair in ("anna:se%cret", "anna", ":")])
+        self.assertEqual(401, self.get("/metrics", headers={"Authorization": "Basic ="})[0])
+        self.assertEqual(200, basic("anna:se%cret"))
+        # Failures wait, also with the right password.
+        places = [attempt(password)[2]["Location"] for password in ("a", "b", "c", "se%cret")]
+        self.assertEqual(["/login?failed"] * 3 + ["/login?wait"], places)
+        # A new password ends the sessions of the old one.
+        self.assertEqual(200, about()[0])
+        subprocess.run([WEB, "passwd", "users", "anna"], input=b"other\n", cwd=self.folder, check=True)
+        self.assertEqual(401, about()[0])
+
+    def test_wrong_use(self):
+        self.write("bad", "# users\nanna\n")
+        self.write("empty", "")
+        for args, status, message in REFUSED:
+            with self.subTest(args):
+                result = subprocess.run([WEB, *args], cwd=self.folder, capture_output=True, timeout=20)
+                self.assertEqual(status, result.returncode)
+                self.assertRegex(result.stderr.decode(), r"\Avastra-web: " + message + r"\n\Z")
