@@ -3,6 +3,7 @@
 #
 #   runtime      the command vastra, the driver modules and the module for Python
 #   desktop      vastra-desktop, libvastra.so and the driver modules
+#   web          vastra-web
 #   development  headers, libraries and the package for find_package(vastra)
 include(GNUInstallDirs)
 set(VASTRA_HOST_DIR lib/vastra)  # the hosts look for driver modules in their own folder
