@@ -43,8 +43,8 @@ std::string ReadPem(const std::string& path) {
   return text.str();
 }
 
-// NAME=DIR; throws std::runtime_error.
-CHistorySource FolderOf(const std::string& text) {
+// Adds NAME=DIR; throws std::runtime_error.
+void AddFolder(CLoggerWatch::CFolders& folders, const std::string& text) {
   const std::size_t place = text.find('=');
   const std::string name = text.substr(0, place);
   if (place == std::string::npos || !IsLoggerName(name.c_str()))
@@ -52,7 +52,8 @@ CHistorySource FolderOf(const std::string& text) {
   std::error_code fault;
   const std::filesystem::path folder = std::filesystem::canonical(text.substr(place + 1), fault);
   if (fault) throw std::runtime_error("--folder " + text + ": " + fault.message());
-  return {name, {folder.string()}, true};
+  if (!folders.emplace(name, folder.string()).second)
+    throw std::runtime_error("--folder " + text + ": there are two folders of this name");
 }
 
 // Without an echo from a terminal.
@@ -105,8 +106,8 @@ int Serve(const COptions& options) {
   if (!address) return Fail(kWrongUse, "--listen " + options.listen, "is not ADDRESS:PORT");
   if (const std::string fault = WhatIsUnsafe(options, *address); !fault.empty())
     return Fail(kWrongUse, "command line", fault);
-  std::vector<CHistorySource> folders;
-  for (const std::string& folder : options.folders) folders.push_back(FolderOf(folder));
+  CLoggerWatch::CFolders folders;
+  for (const std::string& folder : options.folders) AddFolder(folders, folder);
   std::optional<CWebUsers> users;
   if (!options.users.empty()) users.emplace(options.users);
   CWebServerOptions server;
@@ -131,18 +132,14 @@ int Serve(const COptions& options) {
   ::pthread_sigmask(SIG_BLOCK, &ends, nullptr);
   ::signal(SIGPIPE, SIG_IGN);
 
-  std::vector<std::string> names;
-  for (const CHistorySource& folder : folders) names.push_back(folder.name);
   CLoggerFolders places;
   if (options.dir != places.run.Std()) places = {options.dir.c_str(), ""};
-  CLoggerWatch watch(places, names);
+  CLoggerWatch watch(places, folders);
   CHistoryService history([&](const std::string& name) -> std::optional<CHistorySource> {
-    for (const CHistorySource& folder : folders)
-      if (folder.name == name) return folder;
     if (!watch.Has(name)) return std::nullopt;
-    return CHistorySource{name, watch.FoldersOf(name), false};
+    return CHistorySource{name, watch.FoldersOf(name), folders.contains(name)};
   });
-  CWebSite site(watch, history, users ? &*users : nullptr);
+  CWebSite site(watch, history, PageFiles(), users ? &*users : nullptr);
   const CWebServer web(server, site);
   std::cout << (server.certificate.empty() ? "http://" : "https://") << address->Text() << "/" << std::endl;
   constexpr timespec kPause = {60, 0};

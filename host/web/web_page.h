@@ -13,6 +13,5 @@ struct CPageFile {
 };
 
 std::span<const CPageFile> PageFiles();
-const CPageFile* FindPageFile(std::string_view path);  // null: there is none
 
 }  // namespace vastra

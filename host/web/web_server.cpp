@@ -89,10 +89,17 @@ struct CBodySource {
 
 MHD_Response* ResponseOf(CWebAnswer& answer, const std::shared_ptr<CWebExchange>& exchange,
                          CWebWorkers& workers) {
-  if (!answer.events && !answer.body)
+  CTakeEvents take;
+  if (answer.events) take = answer.events([exchange] { exchange->Wake(); });
+  if (answer.events && !take) {
+    const CWebAnswer error = ErrorAnswer(503, "too many streams at once");
+    answer.status = error.status;
+    answer.type = error.type;
+    answer.text = error.text;
+  }
+  if (!take && !answer.body)
     return MHD_create_response_from_buffer(answer.text.size(), answer.text.data(), MHD_RESPMEM_MUST_COPY);
-  auto source = std::make_unique<CBodySource>(CBodySource{exchange, workers});
-  if (answer.events) source->take = answer.events([exchange] { exchange->Wake(); });
+  auto source = std::make_unique<CBodySource>(CBodySource{exchange, workers, std::move(take)});
   const auto read = [](void* from, std::uint64_t, char* bytes, std::size_t most) {
     return static_cast<CBodySource*>(from)->Read(bytes, most);
   };
@@ -201,7 +208,8 @@ int CWebServer::Go(MHD_Connection* connection, const CShared& exchange) {
 
 void CWebServer::Answer(const CShared& exchange) {
   try {
-    exchange->SetAnswer(m_handler.Answer(exchange->request, [one = exchange.get()] { return one->IsStopped(); }));
+    exchange->SetAnswer(
+        m_handler.Answer(exchange->request, [one = exchange.get()] { return one->IsStopped(); }));
   } catch (const std::exception& fault) {
     exchange->SetAnswer(ErrorAnswer(500, fault.what()));
   }

@@ -76,8 +76,17 @@ struct CWebSite::CAsked {
   const CWebStop& isStopped;
 };
 
-CWebSite::CWebSite(CLoggerWatch& watch, CHistoryService& history, CWebUsers* users)
-    : m_watch(watch), m_history(history), m_users(users) {}
+CWebSite::CWebSite(CLoggerWatch& watch, CHistoryService& history, std::span<const CPageFile> pages,
+                   CWebUsers* users)
+    : m_watch(watch), m_history(history), m_pages(pages), m_users(users) {}
+
+// Null: there is none.
+const CPageFile* CWebSite::FindPage(std::string_view path) const {
+  if (path == "/") path = "/index.html";
+  if (path == "/login") path = "/login.html";
+  const auto found = std::ranges::find(m_pages, path, &CPageFile::path);
+  return found == m_pages.end() ? nullptr : &*found;
+}
 
 template <auto kAnswer>
 CWebAnswer CWebSite::History(const CAsked& asked) {
@@ -111,7 +120,7 @@ CWebSite::CAddress CWebSite::FindOfLogger(std::string_view rest) {
   return {};
 }
 
-CWebSite::CAddress CWebSite::Find(const CWebRequest& request) {
+CWebSite::CAddress CWebSite::Find(const CWebRequest& request) const {
   struct CRow {
     std::string_view method, path;
     CRoute route;
@@ -133,8 +142,7 @@ CWebSite::CAddress CWebSite::Find(const CWebRequest& request) {
   if (path.starts_with(kLoggers) && path.size() > kLoggers.size() && path[kLoggers.size()] == '/')
     return FindOfLogger(path.substr(kLoggers.size() + 1));
   // All files but the page itself are those of an open project.
-  if (FindPageFile(path == "/" ? "/index.html" : path == "/login" ? "/login.html" : path))
-    return {&CWebSite::Page, "", false, path != "/" && path != "/index.html"};
+  if (FindPage(path)) return {&CWebSite::Page, "", false, path != "/" && path != "/index.html"};
   return {};
 }
 
@@ -216,10 +224,7 @@ CWebAnswer CWebSite::Choose(const CWebRequest& request, const CWebStop& isStoppe
 }
 
 CWebAnswer CWebSite::Page(const CAsked& asked) {
-  const std::string& path = asked.request.path;
-  const CPageFile& file = *FindPageFile(path == "/"        ? "/index.html"
-                                        : path == "/login" ? "/login.html"
-                                                           : path);
+  const CPageFile& file = *FindPage(asked.request.path);
   CWebAnswer answer = {.type = std::string(file.type)};
   answer.headers = {{"ETag", std::string(file.tag)}, {"Cache-Control", "no-cache"}};
   if (asked.request.oldTag == file.tag)
@@ -282,16 +287,11 @@ CWebAnswer CWebSite::Stream(const CAsked& asked) {
   CWebAnswer answer = {.type = "text/event-stream"};
   answer.events = [this, request](std::function<void()> onReady) -> CTakeEvents {
     auto stream = m_watch.Subscribe(request, std::move(onReady));
+    if (!stream) return nullptr;
     return [stream](std::string& text) { return stream->Take(text); };
   };
   answer.headers.emplace_back("X-Accel-Buffering", "no");  // of a server in between
   return answer;
-}
-
-const CPageFile* FindPageFile(std::string_view path) {
-  for (const CPageFile& file : PageFiles())
-    if (file.path == path) return &file;
-  return nullptr;
 }
 
 }  // namespace vastra

@@ -12,8 +12,8 @@ namespace vastra {
 
 class CWebSite : public CWebHandler {
  public:
-  // users: who has to log in; null: nobody. All must exist as long as the site.
-  CWebSite(CLoggerWatch& watch, CHistoryService& history, CWebUsers* users);
+  // pages: the files of the page. users: who has to log in; null: nobody. All must exist as long as the site.
+  CWebSite(CLoggerWatch& watch, CHistoryService& history, std::span<const CPageFile> pages, CWebUsers* users);
 
   bool IsSlow(const CWebRequest& request) const override;
   CWebAnswer Answer(const CWebRequest& request, const CWebStop& isStopped) override;
@@ -26,7 +26,8 @@ class CWebSite : public CWebHandler {
     std::string name;                     // of the logger
     bool isSlow = false, isOpen = false;  // isOpen: to everybody
   };
-  static CAddress Find(const CWebRequest& request);
+  CAddress Find(const CWebRequest& request) const;
+  const CPageFile* FindPage(std::string_view path) const;
   static CAddress FindOfLogger(std::string_view rest);
 
   CWebAnswer Choose(const CWebRequest& request, const CWebStop& isStopped);
@@ -51,6 +52,7 @@ class CWebSite : public CWebHandler {
 
   CLoggerWatch& m_watch;
   CHistoryService& m_history;
+  const std::span<const CPageFile> m_pages;
   CWebUsers* const m_users;
   CWebSessions m_sessions;
 };
