@@ -99,13 +99,13 @@ class WebTest(LogTest):
         samples = [data for name, data in events if name == "sample"]
         self.assertGreater(len(samples), 5)
         self.assertEqual(sorted(one["number"] for one in samples), [one["number"] for one in samples])
-        self.assertEqual("loggers", events[0][0])
+        self.assertLess({"now", "loggers", "variables"}, {name for name, _ in events})
         logger.send_signal(signal.SIGTERM)
         logger.wait()
         self.until(lambda: self.json("loggers")["loggers"][0]["up"], False)
         # The counter counts: what was logged is what the interface gives, in each of its forms.
         logged = [int(float(row[0])) for row in self.rows()] or self.fail("nothing is logged")
-        self.until(lambda: len(self.json("loggers/kiln/logs?from=0&to=9e15".replace("9e15", "9" * 15))["logs"]), (len(logged) + 49) // 50)
+        self.until(lambda: len(self.json("loggers/kiln/logs?from=0&to=" + "9" * 15)["logs"]), (len(logged) + 49) // 50)
         span = self.json("loggers/kiln/range")
         query = "from=%d&to=%d&vars=x" % (span["from"], span["to"])
         self.assertEqual(logged, [row[1] for row in self.json("loggers/kiln/rows?limit=100000&" + query)["rows"]])
