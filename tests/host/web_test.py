@@ -70,7 +70,7 @@ class WebTest(LogTest):
 
     def log(self):
         os.makedirs(self.path("feeds", "kiln"), exist_ok=True)
-        self.write("kiln.json", simulated([output(self.path("logs"), maxSamples=50, maxLogs=1000)], variables={"x": {"unit": "bar"}}))
+        self.write("kiln.json", simulated([output(self.path("logs"), maxSamples=50, maxLogs=1000, saveCsv=1)], variables={"x": {"unit": "bar"}}))
         process = self.start("run", "kiln.json", "--feed", self.path("feeds", "kiln", "feed"), "--quiet")
         self.addCleanup(process.wait)
         self.addCleanup(process.kill)
