@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <atomic>
 #include <random>
 #include <thread>
 
@@ -316,9 +317,10 @@ TEST_F(CHistoryServiceTest, WrongParametersAreRefused) {
 
 TEST_F(CHistoryServiceTest, OnlyListedLogsAreSent) {
   const std::string folder = Folder().Std(), good = "sub/a%b \xff.rph";
-  m_folders = {folder + "/one", folder + "/two/"};
+  m_folders = {folder + "/one", folder + "/two/", folder + "/one-b"};
   Log("one/x.rph", Names({"x"}), Count(0, 2));
   Log(("two/" + good).c_str(), Names({"x"}), Count(2, 3));
+  Log("one-b/y.rph", Names({"x"}), Count(5, 1));
   Log("one-more/secret.rph", Names({"x"}), Count(5, 1));
   WriteBytes(Folder() + "/one/plain.txt", "secret");
   WriteBytes(Folder() + "/secret", "secret");
@@ -330,8 +332,8 @@ TEST_F(CHistoryServiceTest, OnlyListedLogsAreSent) {
   EXPECT_EQ(File(&CHistoryService::Log, {{"id", "1/sub/a%25b %FF.rph"}}),
             ReadBytes(Folder() + "/two/" + CString(good)));
   const std::string listed = Ids();
-  EXPECT_NE(listed.find("0/x.rph:2 "), listed.npos) << listed;
-  EXPECT_NE(listed.find("1/sub/a%25b %FF.rph:3 "), listed.npos) << listed;
+  for (const char* id : {"0/x.rph:2 ", "1/sub/a%25b %FF.rph:3 ", "2/y.rph:1 "})
+    EXPECT_NE(listed.find(id), listed.npos) << listed;
   for (const std::string& id : {std::string(),
                                 std::string("0"),
                                 std::string("0/"),
@@ -352,6 +354,8 @@ TEST_F(CHistoryServiceTest, OnlyListedLogsAreSent) {
                                 std::string("00/x.rph"),
                                 std::string("2/x.rph"),
                                 std::string("0/x%2erph"),
+                                std::string("0/x.rp"),
+                                std::string("1/sub/a"),
                                 std::string("0/%78.rph"),
                                 std::string("0/x.rph\0", 8),
                                 std::string("0/x.rph\0.txt", 12),
@@ -427,6 +431,44 @@ TEST_F(CHistoryServiceTest, AnAnswerEndsWhenNobodyWaits) {
     EXPECT_EQ(Error(operation, {{"limit", "100000"}, {"parts", "1"}}, isStopped),
               "503 the answer has taken too long");
     EXPECT_LE(looks, 4);
+  }
+}
+
+// A folder that takes long: its lists end when the test lets them.
+class CSlowFolders final : public CFileLayer {
+ public:
+  CSlowFolders() { m_pBefore = SetFileLayer(this); }
+  ~CSlowFolders() override { SetFileLayer(m_pBefore); }
+
+  int ListWanted(const CString& folder, const CWanted& wanted, std::vector<CFolderEntry>& entries) override {
+    ++m_lists;
+    while (m_isSlow) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    return CFileLayer::ListWanted(folder, wanted, entries);
+  }
+
+  std::atomic<int> m_lists = 0;
+  std::atomic<bool> m_isSlow = false;
+
+ private:
+  CFileLayer* m_pBefore;
+};
+
+TEST_F(CHistoryServiceTest, OneRequestAtATimeLooksAtAFolder) {
+  CSlowFolders folders;
+  Log("1.rph", Names({"x"}), Count(0, 10));
+  const CHistorySource source = {"one", m_folders, false};
+  CHistoryCatalogues catalogues({.fresh = std::chrono::milliseconds(0), .share = 0});
+  const auto look = [&] { return catalogues.Logs(source, {}); };
+  for (const bool isFirst : {true, false}) {
+    folders.m_isSlow = true;
+    folders.m_lists = 0;
+    std::thread other(look);
+    while (folders.m_lists == 0) std::this_thread::yield();
+    const CSharedLogs logs = catalogues.Logs(source, [] { return true; });
+    EXPECT_EQ(logs ? logs->size() : 0U, isFirst ? 0U : 1U) << "the list as it was";
+    EXPECT_EQ(folders.m_lists, 1);
+    folders.m_isSlow = false;
+    other.join();
   }
 }
 
