@@ -1,5 +1,5 @@
-// Arbitrary bytes as a request for the history of a folder with a log: "operation?name=value&name=value". Each
-// answer is JSON or a body within its bounds, and no file is sent but the log that is listed.
+// Arbitrary bytes as a request for the history of a folder with a log: "operation?name=value&name=value".
+// Each answer is JSON or a body within its bounds, and no file is sent but the log that is listed.
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -80,9 +80,9 @@ void CheckBody(CWebBody& body) {
 void Check(std::string_view text) {
   using COperation = CWebAnswer (CHistoryService::*)(const std::string&, const CWebQuery&, const CWebStop&);
   constexpr COperation kOperations[] = {
-      &CHistoryService::Range, &CHistoryService::Variables, &CHistoryService::Rows,
-      &CHistoryService::Buckets, &CHistoryService::Gaps, &CHistoryService::Logs,
-      &CHistoryService::Log, &CHistoryService::LogCsv, &CHistoryService::RowsCsv};
+      &CHistoryService::Range,   &CHistoryService::Variables, &CHistoryService::Rows,
+      &CHistoryService::Buckets, &CHistoryService::Gaps,      &CHistoryService::Logs,
+      &CHistoryService::Log,     &CHistoryService::LogCsv,    &CHistoryService::RowsCsv};
   if (text.empty()) return;
   const auto operation = static_cast<unsigned char>(text[0] - '0') % std::size(kOperations);
   const CWebAnswer answer = (Service().*kOperations[operation])("kiln", QueryOf(text.substr(1)), {});

@@ -464,8 +464,10 @@ TEST_F(CHistoryServiceTest, OneRequestAtATimeLooksAtAFolder) {
     folders.m_lists = 0;
     std::thread other(look);
     while (folders.m_lists == 0) std::this_thread::yield();
-    const CSharedLogs logs = catalogues.Logs(source, [] { return true; });
-    EXPECT_EQ(logs ? logs->size() : 0U, isFirst ? 0U : 1U) << "the list as it was";
+    bool hasWaited = false;
+    const CSharedLogs logs = catalogues.Logs(source, [&hasWaited] { return hasWaited = true; });
+    EXPECT_EQ(logs ? logs->size() : 0U, isFirst ? 0U : 1U);
+    EXPECT_EQ(hasWaited, isFirst) << "the list as it was is at hand";
     EXPECT_EQ(folders.m_lists, 1);
     folders.m_isSlow = false;
     other.join();
