@@ -16,7 +16,7 @@ function setProperty(element, name, value) {
 }
 
 function present(children) {
-  return children.flat().filter(child => child !== null && child !== undefined && child !== false);
+  return children.flat(Infinity).filter(child => child !== null && child !== undefined && child !== false);
 }
 
 export function fill(element, ...children) {

@@ -10,12 +10,17 @@ async function send(event) {
   button.disabled = false;
 }
 
+// The server leads back to this page after a failure.
+const kWords = {
+  '?failed': 'The name or the password is wrong.', '?wait': 'There were too many attempts. Wait a minute and try again.'
+};
+
 // The words of the fault; empty after a success.
 async function attempt() {
   try {
     const answer = await fetch('/login', { method: 'POST', body: new URLSearchParams(new FormData(form)) });
-    if (answer.ok) return '';
-    return (await answer.json().catch(() => ({}))).error ?? `The server answers ${answer.status}`;
+    if (!answer.ok) return (await answer.json().catch(() => ({}))).error ?? `The server answers ${answer.status}`;
+    return kWords[new URL(answer.url).search] ?? '';
   } catch {
     return 'The server does not answer';
   }

@@ -76,8 +76,15 @@ function factsOf(logger) {
     fact('Rows', count(kept) + (waiting ? `, ${count(waiting)} in the journal` : '')),
     fact('Late', count(logger.late), logger.late > 0),
     fact('Lost', plural(logger.lost, 'row'), logger.lost > 0),
-    ...folders.map(({ path, free }) => fact('Disk', `${bytes(free)} free`, false, path))
+    ...disks(folders).map(([free, paths]) => fact('Disk', `${bytes(free)} free`, false, paths.join('\n')))
   ];
+}
+
+// Folders of one file system have the same space: a list of [free, paths].
+function disks(folders) {
+  const found = new Map();
+  for (const { path, free } of folders) found.set(free, [...(found.get(free) ?? []), path]);
+  return [...found];
 }
 
 function fact(name, words, isBad = false, title = null) {
