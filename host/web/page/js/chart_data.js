@@ -1,6 +1,7 @@
 // The rows of a chart: what the logs have, in one part for each pixel, and after it the samples as they come.
 import { get, loggerAddress } from './api.js';
 import * as model from './model.js';
+import { merged } from './rows.js';
 import { serverNow } from './time.js';
 
 const kGap = 3;          // a pause of so many usual distances is a gap in the curve
@@ -92,18 +93,14 @@ export class ChartData {
   }
 }
 
-// Rows as if each was a part. Rows of the same time, which are of several logs, are one.
-function fromRows({ variables, rows }) {
-  const times = [], columns = variables.map(() => []);
-  for (const [time, ...values] of rows) {
-    if (time !== times.at(-1)) times.push(time);
-    values.forEach((value, i) => { if (value !== null) columns[i][times.length - 1] = value; });
-  }
-  const named = variables.map((variable, i) => {
-    const name = variable.name ?? variable;
-    return { name, least: columns[i], greatest: columns[i], mean: columns[i] };
+// Rows as if each was a part.
+function fromRows({ variables, rows, faults }) {
+  const all = merged(rows);
+  const named = variables.map((name, i) => {
+    const column = all.map(row => row[i + 1]);
+    return { name, least: column, greatest: column, mean: column };
   });
-  return { times, variables: named };
+  return { times: all.map(row => row[0]), variables: named, faults };
 }
 
 // The order of the columns is that of the plot's series.

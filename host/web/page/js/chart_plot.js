@@ -78,7 +78,7 @@ const shortNumber = number => String(Number(number.toPrecision(8)));
 // As wide as the widest number.
 function sizeOf(plot, values) {
   const longest = Math.max(3, ...(values ?? []).map(text => text.length));
-  return 18 + longest * 7;
+  return 26 + longest * 7;
 }
 
 function finishSelect(plot, select) {

@@ -1,12 +1,14 @@
 // What this tab has heard from the server, and who wants to know.
 import { address, get, loggerAddress } from './api.js';
 import { History } from './history.js';
+import { fullest, merged } from './rows.js';
 import { Tabs } from './tabs.js';
 import { serverNow, setServerNow, setZone } from './time.js';
 
 const kMessages = 1000;  // of each logger
 const kSeeded = 100;     // variables
-const kSeedRows = 120;
+const kSeedRows = 120;   // periods of the logger that it goes back
+const kSeedLimit = 1000;
 
 const listeners = new Map();
 const views = new Map();  // what each open view wants
@@ -83,10 +85,10 @@ export async function seed(logger) {
   const names = state.variables.get(logger)?.map(one => one.name) ?? [];
   if (names.length === 0 || names.length > kSeeded) return;
   const from = Math.round(serverNow() - kSeedRows * Math.max(100, loggerPeriod(logger)));
-  const { rows } = await get(loggerAddress(logger, 'rows', { from, vars: names, limit: 2 * kSeedRows }));
+  const { rows } = await get(loggerAddress(logger, 'rows', { from, vars: names, limit: kSeedLimit }));
   const newer = state.histories.get(logger), history = new History(names.length);
   history.isSeeded = newer.isSeeded = true;
-  for (const [time, ...values] of rows) if (time < (newer.oldest ?? Infinity)) history.add({ time, values });
+  for (const [time, ...values] of fullest(merged(rows))) if (time < (newer.oldest ?? Infinity)) history.add({ time, values });
   newer.visitFrom(0, (time, at) => history.add({ time, values: names.map((_, i) => at(i)) }));
   state.histories.set(logger, history);
 }
