@@ -47,8 +47,10 @@ CMomentRange ReadRange(const CWebQuery& query, const CMomentRange& rows) {
 std::vector<CString> ReadVariables(const CWebQuery& query) {
   std::vector<CString> names;
   std::set<std::string> known;
-  for (const std::string& name : query.All("vars"))
+  for (const std::string& name : query.All("vars")) {
+    if (name.find('\0') != name.npos) throw CWebRefusal{400, "vars: must not contain U+0000"};
     if (known.insert(name).second) names.emplace_back(name);
+  }
   if (names.size() <= kMostWebVariables) return names;
   throw CWebRefusal{400, "vars: there are more than " + std::to_string(kMostWebVariables) + " variables"};
 }

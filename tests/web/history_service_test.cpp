@@ -300,6 +300,7 @@ TEST_F(CHistoryServiceTest, WrongParametersAreRefused) {
       {&CHistoryService::Buckets, most, "400 parts: must be at most 2000 for 100 variables"},
       {&CHistoryService::Buckets, {}, "400 vars: must name some of the 102 variables, at most 100"},
       {&CHistoryService::Rows, all, "400 vars: there are more than 100 variables"},
+      {&CHistoryService::RowsCsv, {{"vars", std::string("x\0", 2)}}, "400 vars: must not contain U+0000"},
       {&CHistoryService::Gaps,
        {{"longer", "-1"}},
        "400 longer: must be a whole number from 0 to 3155760000000"},
