@@ -35,13 +35,12 @@ export function show(main, parameters) {
   };
 }
 
-// A logger that does not answer may still have logs.
+// A logger that does not answer may still have logs, which have names without units.
 async function variablesOf(logger) {
-  try {
-    return (await get(loggerAddress(logger, 'variables'))).variables;
-  } catch {
-    return model.variables(logger) ?? [];
-  }
+  const known = (await get(loggerAddress(logger, 'variables')).catch(() => ({}))).variables ?? model.variables(logger);
+  if (known?.length) return known;
+  const { variables } = await get(loggerAddress(logger, 'rows', { limit: 1 })).catch(() => ({ variables: [] }));
+  return variables.map(name => ({ name, unit: '', node: '' }));
 }
 
 class ChartPage {

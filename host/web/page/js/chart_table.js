@@ -2,7 +2,7 @@
 import { nearest } from './chart_data.js';
 import { el, fill, setText } from './dom.js';
 import { value, withUnit } from './format.js';
-import { dateTimeMs, duration } from './time.js';
+import { duration, shortTimeMs } from './time.js';
 
 const kColumns = ['now', 'a', 'b', 'difference'];
 
@@ -52,7 +52,7 @@ export class ChartTable {
   }
 
   #showTimes({ now, a, b }, isPointer) {
-    const text = (name, time) => (time === null ? '' : `${name} ${dateTimeMs(time)}`);
+    const text = (name, time) => (time === null ? '' : `${name} ${shortTimeMs(time)}`);
     setText(this.#times.now, text(isPointer ? 'Pointer' : 'Newest', now));
     setText(this.#times.a, text('A', a));
     setText(this.#times.b, text('B', b));

@@ -62,7 +62,7 @@ export async function start() {
 const takers = {
   link: data => { state.link = data; },
   now: ({ now }) => setServerNow(now),
-  loggers: data => { [state.loggers, state.listFault] = [data.loggers, data.fault ?? '']; },
+  loggers: takeLoggers,
   variables: takeVariables,
   sample: takeSample,
   message: takeMessage
@@ -71,6 +71,16 @@ const takers = {
 function take(type, data) {
   takers[type]?.(data);
   for (const listener of listeners.get(type) ?? []) listener(data);
+}
+
+// A logger that does not answer keeps its last facts in `last`.
+function takeLoggers({ loggers, fault }) {
+  const old = new Map((state.loggers ?? []).map(one => [one.name, one]));
+  for (const one of loggers) {
+    const before = old.get(one.name);
+    if (!one.up && before) one.last = before.up ? before : before.last;
+  }
+  [state.loggers, state.listFault] = [loggers, fault ?? ''];
 }
 
 function takeVariables({ logger, variables }) {

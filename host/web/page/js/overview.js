@@ -43,7 +43,8 @@ function paintCard(made, logger) {
   const { element, state, facts, problems } = made.get(logger.name);
   element.classList.toggle('bad', !isWell(logger));
   fill(state, stateWords(logger));
-  fill(facts, factsOf(logger));
+  fill(facts, factsOf(logger.up ? logger : logger.last));
+  facts.classList.toggle('old', !logger.up);
   fill(problems, problemsOf(logger));
   return element;
 }
@@ -65,7 +66,7 @@ function stateWords(logger) {
 }
 
 function factsOf(logger) {
-  if (logger.kind === 'folder' || !logger.up) return [];
+  if (!logger || logger.kind === 'folder') return [];
   const stages = logger.stages ?? [], folders = logger.folders ?? [];
   const sum = key => stages.reduce((total, stage) => total + (stage[key] ?? 0), 0);
   const kept = sum('kept'), waiting = sum('waiting');

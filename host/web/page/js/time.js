@@ -80,9 +80,9 @@ export const day = ms => iso(ms).slice(0, 10);
 export const clockTime = ms => iso(ms).slice(11, 19) + mark(ms);
 
 // The time alone if it is of today.
-export function shortTime(ms) {
-  return day(ms) === day(serverNow()) ? clockTime(ms) : dateTime(ms);
-}
+const isToday = ms => day(ms) === day(serverNow());
+export const shortTime = ms => (isToday(ms) ? clockTime(ms) : dateTime(ms));
+export const shortTimeMs = ms => (isToday(ms) ? iso(ms).slice(11, 23) + mark(ms) : dateTimeMs(ms));
 
 // For fields of the type datetime-local, which have no zone.
 export const toField = ms => iso(ms).slice(0, 19);
@@ -143,6 +143,6 @@ export function tickLabels(times) {
     shown = date;
     if (step >= 23 * 3600e3) return date;
     const time = step < 1e3 ? text.slice(11, 23) : step < 60e3 ? text.slice(11, 19) : text.slice(11, 16);
-    return time + (isTwice(t) ? offsetText(t) : '') + (isNew ? '\n' + date : '');
+    return time + mark(t) + (isNew ? '\n' + date : '');
   });
 }
