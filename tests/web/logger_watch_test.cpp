@@ -13,13 +13,14 @@ using nlohmann::json;
 using namespace std::chrono_literals;
 
 // What the feed of a process says first.
-std::string Said(int pid) {
+std::string Said(int pid, const json& variables = {"x", "y", "up"}) {
   json hello = json::parse(R"({"type": "hello", "feed": 1, "started": [1, 0, 0, 0], "period": 500,
-"variables": ["x", "y", "up"], "units": [{"variable": "y", "unit": "K"}],
+"units": [{"variable": "y", "unit": "K"}],
 "stages": {"nodes": ["N"], "origins": [{"variables": ["y"], "alive": "up"}],
            "outputs": [{"name": "A", "folder": "/a"}, {"name": "B", "folder": "b"}],
            "summaries": [{"name": "C", "folder": "/a"}]}})");
   hello["pid"] = pid;
+  hello["variables"] = variables;
   return hello.dump() + R"(
 {"type": "state", "state": "running", "lastSample": [9, 5, 0, 0], "lastSampleAge": 3}
 {"type": "counts", "read": 7}
@@ -195,6 +196,29 @@ TEST_F(LoggerWatch, AnswersAreAsDescribed) {
       EXPECT_EQ(answer.status, 404) << name;
   }
   EXPECT_EQ(m_watch->Sample("shelf").status, 404);
+  feed.Say(Said(1, {"z"}));  // the old sample has other variables
+  EXPECT_TRUE(Comes([&] { return m_watch->Sample("kiln").status == 404; }));
+  EXPECT_EQ(Of(m_watch->Variables("kiln"))["variables"][0]["name"], "z");
+}
+
+TEST_F(LoggerWatch, ManyAskWhileAFeedSpeaks) {
+  CSaidFeed feed(Socket("kiln"), Said(1));
+  Start();
+  ASSERT_TRUE(BecomesUp("kiln"));
+  std::vector<std::jthread> askers;
+  for (int i = 0; i < 4; ++i)
+    askers.emplace_back([&](const std::stop_token& stop) {
+      CBrowser browser(*m_watch, {{"kiln"}, {"kiln"}});
+      for (std::uint64_t last = 0; !stop.stop_requested();) {
+        for (json message; browser.Find("message", message); last = message["number"])
+          EXPECT_EQ(message["number"], last + 1);
+        m_watch->Metrics(), m_watch->Loggers(), m_watch->FoldersOf("kiln"), m_watch->Variables("kiln");
+        EXPECT_EQ(m_watch->Messages("kiln", CWebQuery()).status, 200);
+      }
+    });
+  for (int i = 1; i <= 300; ++i, std::this_thread::sleep_for(2ms))
+    feed.Say(Said(1, {std::to_string(i % 7)}) + Message(i) + Sample(i, "[1]"));
+  EXPECT_TRUE(Comes([&] { return Messages("kiln", "0")["last"] == 300; }));
 }
 
 TEST_F(LoggerWatch, AMessageComesOnceAlsoAfterANewConnection) {
