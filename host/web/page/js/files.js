@@ -6,6 +6,7 @@ import { link, remember } from './router.js';
 import { clockTime, dateTime, day, midnight, serverNow } from './time.js';
 import { chosenLogger, loggerChoice, loggerNotice, rangeFields, rangeOf, whenKnown } from './widgets.js';
 
+const kRows = 300;  // of a table at once
 const kDays = [['Today', 1], ['7 days', 7], ['31 days', 31], ['366 days', 366]];
 
 export function show(main, parameters) {
@@ -83,8 +84,17 @@ class FilesPage {
 
   #table(date, logs) {
     const head = ['Log', 'First', 'Last', 'Rows', 'Size', 'Download'].map(name => el('th', { scope: 'col' }, name));
-    return el('table', { 'aria-label': 'Logs of ' + date }, el('thead', {}, el('tr', {}, head)),
-      el('tbody', {}, logs.map(log => this.#log(log))));
+    const body = el('tbody');
+    return [el('table', { 'aria-label': 'Logs of ' + date }, el('thead', {}, el('tr', {}, head)), body), this.#more(body, logs)];
+  }
+
+  // The next rows of a table, and a button for those after them.
+  #more(body, logs) {
+    const rest = logs.slice(kRows);
+    body.append(...logs.slice(0, kRows).map(log => this.#log(log)));
+    const show = () => button.replaceWith(this.#more(body, rest) || '');
+    const button = el('button', { onclick: show }, `${plural(rest.length, 'further log')}`);
+    return rest.length > 0 && button;
   }
 
   #log({ id, file, first, last, rows, bytes: size, open, fault }) {

@@ -38,6 +38,12 @@ function showPages() {
     el('a', { href: link(name, { logger }), 'aria-current': name === page ? 'page' : null }, title)));
 }
 
+// The fragment is the view, so the link to the content cannot be one.
+document.querySelector('.skip').addEventListener('click', event => {
+  event.preventDefault();
+  main.focus();
+});
+
 let lost = null;  // the newest state of the link that is not up, and when it came
 
 function showLink(state) {

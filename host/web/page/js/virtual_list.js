@@ -36,39 +36,50 @@ export class VirtualList {
 
   // Shows each row on the screen again.
   paint() {
-    for (const row of this.#rows) row.index = null;
     this.#scroll();
+    for (const row of this.#rows) if (row.index !== null) row.show(row.index);
   }
 
-  // Shows the rows that have come onto the screen.
+  // Shows the rows that have come onto the screen, in elements of rows that have left it. The others stay where they
+  // are, and with them the focus; the order of the elements is that of the rows, for keys and screen readers.
   #scroll() {
     this.#frame = 0;
     const top = -this.element.getBoundingClientRect().top;
     const first = Math.max(0, Math.floor(top / this.#height) - kExtra);
     const last = Math.min(this.#count, Math.ceil((top + innerHeight) / this.#height) + kExtra);
-    this.#grow(Math.max(0, last - first));
-    for (const { element, index } of this.#rows) element.hidden = index < first || index >= last;
-    // Row i always is in the same element while it is on the screen, so that the focus stays in it.
-    for (let i = first; i < last; i++) this.#place(this.#rows[i % this.#rows.length], i);
-  }
-
-  // With another number of rows each has another element.
-  #grow(count) {
-    if (this.#rows.length < count) for (const row of this.#rows) row.index = null;
-    while (this.#rows.length < count) {
-      const row = { ...this.#make(), index: null };
-      row.element.style.height = this.#height + 'px';
-      this.#rows.push(row);
-      this.element.append(row.element);
+    const kept = this.#keep(first, last);
+    const free = this.#rows.filter(row => row.index === null);
+    let next = null;
+    for (let i = last - 1; i >= first; i--) {
+      const row = kept.get(i) ?? this.#place(free.pop() ?? this.#add(), i, next);
+      next = row.element;
     }
   }
 
-  #place(row, index) {
-    if (row.index === index && !row.element.hidden) return;
+  #keep(first, last) {
+    const kept = new Map();
+    for (const row of this.#rows) {
+      const isKept = row.index !== null && row.index >= first && row.index < last;
+      if (isKept) kept.set(row.index, row);
+      else row.element.remove();
+      if (!isKept) row.index = null;
+    }
+    return kept;
+  }
+
+  #add() {
+    const row = { ...this.#make(), index: null };
+    row.element.style.height = this.#height + 'px';
+    this.#rows.push(row);
+    return row;
+  }
+
+  #place(row, index, next) {
     row.index = index;
-    row.element.hidden = false;
     row.element.style.transform = `translateY(${index * this.#height}px)`;
     row.element.setAttribute('aria-rowindex', index + 2);
+    this.element.insertBefore(row.element, next);
     row.show(index);
+    return row;
   }
 }
