@@ -8,8 +8,7 @@
 
 namespace vastra {
 
-template <class TNumber>
-void AppendValue(std::string& text, TNumber number) {
+inline void AppendValue(std::string& text, float number) {
   char digits[kMaxJsonNumber];
   text.append(digits, PutJsonNumber(digits, number));
 }

@@ -65,14 +65,13 @@ struct CBucketLists {
   void Add(const CBucket& bucket) {
     Add(bucket, least, bucket.least);
     Add(bucket, greatest, bucket.greatest);
-    Add(bucket, mean, bucket.Mean());
+    Add(bucket, mean, static_cast<float>(bucket.Mean()));  // as many digits as the values have
     Add(bucket, first, bucket.first);
     Add(bucket, last, bucket.last);
   }
 
  private:
-  template <class TNumber>
-  static void Add(const CBucket& bucket, std::string& list, TNumber number) {
+  static void Add(const CBucket& bucket, std::string& list, float number) {
     AppendComma(list);
     if (bucket.values)
       AppendValue(list, number);

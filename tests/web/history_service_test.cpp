@@ -13,9 +13,15 @@
 namespace vastra {
 namespace {
 
+using namespace std::string_literals;
+
 using CPairs = CWebQuery::CPairs;
 using COperation = CWebAnswer (CHistoryService::*)(const std::string&, const CWebQuery&, const CWebStop&);
 
+constexpr COperation kRange = &CHistoryService::Range, kRows = &CHistoryService::Rows,
+                     kBuckets = &CHistoryService::Buckets, kGaps = &CHistoryService::Gaps,
+                     kLogs = &CHistoryService::Logs, kLog = &CHistoryService::Log,
+                     kLogCsv = &CHistoryService::LogCsv, kRowsCsv = &CHistoryService::RowsCsv;
 constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
@@ -47,7 +53,7 @@ class CHistoryServiceTest : public CHistoryFixture {
   }
   // "id:rows " of each log, "id!fault " of one that is bad.
   std::string Ids(const CPairs& pairs = {}) {
-    const nlohmann::json answer = Json(&CHistoryService::Logs, pairs);
+    const nlohmann::json answer = Json(kLogs, pairs);
     std::string text;
     for (const auto& log : answer.at("logs")) {
       text += log.at("id").get<std::string>();
@@ -66,183 +72,161 @@ class CHistoryServiceTest : public CHistoryFixture {
                             {.fresh = std::chrono::milliseconds(0), .share = 0}};
 };
 
-// Rows as a plain list.
-struct CModel {
-  struct CRow {
-    CMoment moment;
-    std::map<std::string, float> values;
-  };
-  std::vector<CRow> rows;
-
-  std::vector<CRow> Of(const CMomentRange& range, const std::vector<std::string>& names) const {
-    std::vector<CRow> found;
-    for (const CRow& row : rows)
-      if (range.Has(row.moment) && std::any_of(names.begin(), names.end(), [&](const std::string& name) {
-            return row.values.contains(name);
-          }))
-        found.push_back(row);
-    return found;
-  }
-};
-
-nlohmann::json ValueJson(const std::map<std::string, float>& values, const std::string& name) {
-  const auto at = values.find(name);
-  if (at == values.end()) return nullptr;
-  if (std::isfinite(at->second)) return static_cast<double>(at->second);
-  return std::isnan(at->second) ? "nan" : at->second > 0 ? "inf" : "-inf";
+// A value of the model and one of an answer as the same text: the nearest float of a number has to be the
+// value.
+using CCell = std::optional<float>;
+std::string Shown(const CCell& cell, const char* form = "%.9g") {
+  char text[32] = "-";
+  if (cell) std::snprintf(text, sizeof text, form, static_cast<double>(*cell));
+  return text;
+}
+std::string Shown(const nlohmann::json& value, const char* form = "%.9g") {
+  if (value.is_string()) return value;
+  return Shown(value.is_null() ? CCell() : CCell(static_cast<float>(value.get<double>())), form);
 }
 
-// The numbers of a text are doubles: the nearest float of each has to be the value.
-nlohmann::json AsFloats(nlohmann::json value) {
-  if (value.is_array())
-    for (auto& element : value) element = AsFloats(element);
-  if (value.is_number_float() || value.is_number_integer())
-    value = static_cast<double>(static_cast<float>(value.get<double>()));
-  return value;
-}
-
-CModel RandomLogs(
-    const std::function<void(const char*, const CStringArray&, const std::vector<CTestRow>&)>& write) {
-  CModel model;
-  std::mt19937 random(7);
-  const std::vector<std::vector<const char*>> names = {{"a", "b"}, {"b", "c"}, {"c"}, {"a", "b", "c"}};
-  CMoment moment = 1'700'000'000'000;
-  for (std::size_t log = 0; log < names.size(); ++log) {
-    CStringArray array;
-    for (const char* name : names[log]) array.Add(name);
-    std::vector<CTestRow> rows;
-    moment += 250'000;
-    for (int i = 0; i < 300; ++i) {
-      moment += 1 + static_cast<CMoment>(random() % 2000) + (i % 97 == 0 ? 90'000 : 0);
-      CModel::CRow row{moment, {}};
-      rows.push_back({moment, {}});
-      for (const char* name : names[log]) {
-        const float special[] = {kNan, kInfinity, -kInfinity, -0.0f, 0.1f, 1e-20f};
-        const float value =
-            random() % 8 == 0 ? special[random() % 6] : static_cast<float>(random()) / 7e6f - 300;
-        row.values[name] = value;
-        rows.back().values.push_back(value);
-      }
-      model.rows.push_back(row);
-    }
-    write(("log" + std::to_string(log) + ".rph").c_str(), array, rows);
-  }
-  return model;
-}
-
+// Logs of some of the variables "a", "b" and "c", and their rows as a plain list.
 class CHistoryModelTest : public CHistoryServiceTest {
  protected:
+  struct CRow {
+    CMoment moment;
+    CCell cells[4];  // the last one is that of a variable that no log has
+  };
+
   CHistoryModelTest() {
-    m_model = RandomLogs([this](auto file, const auto& names, const auto& rows) { Log(file, names, rows); });
-    m_first = m_model.rows.front().moment;
-    m_last = m_model.rows.back().moment;
+    CMoment moment = 1'700'000'000'000;
+    for (const std::string& names : {"ab"s, "bc"s, "c"s, "abc"s}) {
+      std::vector<CTestRow> rows;
+      for (int i = 0; i < 300; ++i) {
+        moment += 1 + static_cast<CMoment>(m_random() % 2000) + (i % 97 == 0 ? 90'000 : 0);
+        rows.push_back({moment, {}});
+        m_rows.push_back({moment, {}});
+        for (const char name : names)
+          rows.back().values.push_back(*(m_rows.back().cells[PlaceOf(name)] = RandomValue()));
+      }
+      CStringArray array;
+      for (const char name : names) array.Add(CString(std::string(1, name)));
+      Log((names + ".rph").c_str(), array, rows);
+    }
+    m_all = {m_rows.front().moment, m_rows.back().moment + 1};
   }
-  static CPairs Pairs(const CMomentRange& range, const std::vector<std::string>& names) {
+  static std::size_t PlaceOf(char name) { return static_cast<std::size_t>(name - 'a'); }
+  float RandomValue() {
+    const float special[] = {kNan, kInfinity, -kInfinity, -0.0f, 0.1f, 1e-20f};
+    return m_random() % 8 == 0 ? special[m_random() % 6] : static_cast<float>(m_random()) / 7e6f - 300;
+  }
+  // The rows of the range that have one of the variables, whose names are letters.
+  std::vector<CRow> Rows(const CMomentRange& range, const std::string& names) const {
+    std::vector<CRow> rows;
+    for (const CRow& row : m_rows)
+      if (range.Has(row.moment) && std::any_of(names.begin(), names.end(), [&row](char name) {
+            return row.cells[PlaceOf(name)].has_value();
+          }))
+        rows.push_back(row);
+    return rows;
+  }
+  static CPairs Pairs(const CMomentRange& range, const std::string& names, const char* key,
+                      std::int64_t value) {
     CPairs pairs = {{"from", std::to_string(range.from)}, {"to", std::to_string(range.to)}};
-    for (const std::string& name : names) pairs.emplace_back("vars", name);
+    for (const char name : names) pairs.emplace_back("vars", std::string(1, name));
+    pairs.emplace_back(key, std::to_string(value));
     return pairs;
   }
-  void TestBuckets(const CMomentRange& range, std::int64_t parts);
+  // "time least greatest first last mean " of each part.
+  std::string Buckets(const CMomentRange& range, char name, std::int64_t parts) const {
+    std::string text;
+    for (std::int64_t i = 0; i < parts; ++i) {
+      const std::int64_t length = range.to - range.from;
+      const CMomentRange part = {range.from + i * length / parts, range.from + (i + 1) * length / parts};
+      const std::vector<CRow> rows = Rows(part, std::string(1, name));
+      std::vector<float> values;
+      for (const CRow& row : rows)
+        if (const float value = *row.cells[PlaceOf(name)]; std::isfinite(value)) values.push_back(value);
+      if (!rows.empty()) text += std::to_string(part.from) + " " + Figures(values);
+    }
+    return text;
+  }
+  static std::string Figures(const std::vector<float>& values) {
+    if (values.empty()) return "- - - - - ";
+    const auto [least, greatest] = std::minmax_element(values.begin(), values.end());
+    double sum = 0;
+    for (const float value : values) sum += static_cast<double>(value);
+    const auto mean = static_cast<float>(sum / static_cast<double>(values.size()));
+    return Shown(CCell(*least)) + " " + Shown(CCell(*greatest)) + " " + Shown(CCell(values.front())) + " " +
+           Shown(CCell(values.back())) + " " + Shown(CCell(mean), "%.6g") + " ";
+  }
 
-  CModel m_model;
-  CMoment m_first, m_last;
+  std::mt19937 m_random{7};
+  std::vector<CRow> m_rows;
+  CMomentRange m_all;
 };
 
 TEST_F(CHistoryModelTest, RowsAreThoseOfTheLogs) {
-  EXPECT_EQ(Json(&CHistoryService::Range, {}), (nlohmann::json{{"from", m_first}, {"to", m_last + 1}}));
-  const CMomentRange ranges[] = {{m_first, m_last + 1},
-                                 {m_first, m_last},
-                                 {m_first + 400'000, m_last - 300'000},
-                                 {m_first - 9, m_first},
-                                 {m_first - 8'000'000'000'000, m_last + 8'000'000'000'000 - m_last}};
+  EXPECT_EQ(Json(kRange, {}), (nlohmann::json{{"from", m_all.from}, {"to", m_all.to}}));
+  const CMomentRange ranges[] = {m_all,
+                                 {m_all.from + 400'000, m_all.to - 1},
+                                 {m_all.from - 9, m_all.from},
+                                 {-8'000'000'000'000, 9'000'000'000'000}};
   for (const CMomentRange& range : ranges)
-    for (const std::vector<std::string>& names :
-         {std::vector<std::string>{"c"}, {"b", "a"}, {"a", "none"}, {"none"}})
+    for (const std::string& names : {"c"s, "ba"s, "ad"s, "d"s})
       for (const std::size_t limit : {7, 5000}) {
-        CPairs pairs = Pairs(range, names);
-        pairs.emplace_back("limit", std::to_string(limit));
-        const auto expected = m_model.Of(range, names);
-        const nlohmann::json answer = Json(&CHistoryService::Rows, pairs);
-        EXPECT_EQ(answer["variables"], names);
+        const auto expected = Rows(range, names);
+        const nlohmann::json answer =
+            Json(kRows, Pairs(range, names, "limit", static_cast<std::int64_t>(limit)));
         EXPECT_EQ(answer["more"], expected.size() > limit);
         ASSERT_EQ(answer["rows"].size(), std::min(limit, expected.size()));
         for (std::size_t i = 0; i < answer["rows"].size(); ++i) {
-          nlohmann::json row = answer["rows"][i];
+          const nlohmann::json row = answer["rows"][i];
           ASSERT_EQ(row[0], expected[i].moment);
           ASSERT_EQ(row.size(), names.size() + 1);
           for (std::size_t k = 0; k < names.size(); ++k)
-            ASSERT_EQ(AsFloats(row[k + 1]), ValueJson(expected[i].values, names[k])) << row;
+            ASSERT_EQ(Shown(row[k + 1]), Shown(expected[i].cells[PlaceOf(names[k])])) << row;
         }
       }
 }
 
-void CHistoryModelTest::TestBuckets(const CMomentRange& range, std::int64_t parts) {
-  CPairs pairs = Pairs(range, {"a", "c"});
-  pairs.emplace_back("parts", std::to_string(parts));
-  const nlohmann::json answer = Json(&CHistoryService::Buckets, pairs);
-  nlohmann::json times = nlohmann::json::array();
-  std::size_t place = 0;
-  for (std::int64_t i = 0; i < parts; ++i) {
-    const std::int64_t length = range.to - range.from;
-    const CMomentRange part = {range.from + i * length / parts, range.from + (i + 1) * length / parts};
-    const auto rows = m_model.Of(part, {"a", "c"});
-    if (rows.empty()) continue;
-    times.push_back(part.from);
-    for (const auto& variable : answer["variables"]) {
-      std::vector<float> values;
-      for (const auto& row : rows)
-        if (const auto at = row.values.find(variable["name"]);
-            at != row.values.end() && std::isfinite(at->second))
-          values.push_back(at->second);
-      if (values.empty()) {
-        for (const char* key : {"least", "greatest", "mean", "first", "last"})
-          EXPECT_TRUE(variable[key].at(place).is_null());
-        continue;
-      }
-      double sum = 0;
-      for (const float value : values) sum += static_cast<double>(value);
-      const auto number = [&](const char* key) {
-        return static_cast<float>(variable[key].at(place).get<double>());
-      };
-      EXPECT_EQ(number("least"), *std::min_element(values.begin(), values.end()));
-      EXPECT_EQ(number("greatest"), *std::max_element(values.begin(), values.end()));
-      EXPECT_EQ(number("first"), values.front());
-      EXPECT_EQ(number("last"), values.back());
-      EXPECT_NEAR(variable["mean"].at(place).get<double>(), sum / static_cast<double>(values.size()), 1e-9);
-    }
-    ++place;
-  }
-  EXPECT_EQ(answer["times"], times);
-  for (const auto& variable : answer["variables"]) EXPECT_EQ(variable["last"].size(), times.size());
-}
-
 TEST_F(CHistoryModelTest, BucketsAreThoseOfTheRows) {
-  for (const std::int64_t parts : {1, 3, 100, 2000}) TestBuckets({m_first + 12'345, m_last - 12'345}, parts);
-  EXPECT_EQ(Json(&CHistoryService::Buckets, {{"to", "5"}})["times"].size(), 0U);
+  const CMomentRange range = {m_all.from + 12'345, m_all.to - 12'345};
+  for (const char name : {'a', 'c'})
+    for (const std::int64_t parts : {1, 3, 100, 2000}) {
+      const nlohmann::json answer = Json(kBuckets, Pairs(range, std::string(1, name), "parts", parts));
+      std::string text;
+      for (std::size_t i = 0; i < answer["times"].size(); ++i) {
+        text += answer["times"][i].dump() + " ";
+        for (const char* key : {"least", "greatest", "first", "last", "mean"})
+          text += Shown(answer["variables"][0][key].at(i), key == "mean"s ? "%.6g" : "%.9g") + " ";
+      }
+      EXPECT_EQ(text, Buckets(range, name, parts));
+    }
+  EXPECT_EQ(Json(kBuckets, {{"to", "5"}})["times"].size(), 0U);
 }
 
 TEST_F(CHistoryModelTest, GapsAreBetweenTheRows) {
+  const CMomentRange range = {m_all.from - 100'000, m_all.to - 5};
   for (const std::int64_t longer : {0, 500, 60'000}) {
-    const CMomentRange range = {m_first - 100'000, m_last - 5};
+    std::vector<CRow> rows = Rows(range, "abc");
+    rows.push_back({range.to, {}});
     nlohmann::json expected = nlohmann::json::array();
-    CMoment before = range.from;
-    for (const auto& row : m_model.Of(range, {"a", "b", "c"})) {
+    for (CMoment before = range.from; const CRow& row : rows) {
       if (row.moment - before > longer) expected.push_back({before, row.moment});
       before = row.moment;
     }
-    if (range.to - before > longer) expected.push_back({before, range.to});
-    CPairs pairs = Pairs(range, {});
-    pairs.emplace_back("longer", std::to_string(longer));
-    EXPECT_EQ(Json(&CHistoryService::Gaps, pairs)["gaps"], expected);
+    EXPECT_EQ(Json(kGaps, Pairs(range, "", "longer", longer))["gaps"], expected);
   }
 }
 
 TEST_F(CHistoryServiceTest, NumbersHaveTheDigitsOfFloats) {
   Log("1.rph", Names({"a\"\n", "\xff"}), {{1000, {0.1f, -0.0f}}, {2000, {kNan, 16777216}}});
   EXPECT_EQ(
-      Answer(&CHistoryService::Rows, {}).text,
+      Answer(kRows, {}).text,
       "{\"variables\":[\"a\\\"\\n\",\"\xEF\xBF\xBD\"],\"rows\":[[1000,0.1,-0.0],[2000,\"nan\",16777216]],"
       "\"more\":false,\"faults\":[]}\n");
+  EXPECT_EQ(Answer(kBuckets, {{"from", "0"}, {"to", "4000"}, {"parts", "2"}}).text,
+            "{\"from\":0,\"to\":4000,\"times\":[0,2000],\"variables\":["
+            "{\"name\":\"a\\\"\\n\",\"least\":[0.1,null],\"greatest\":[0.1,null],"
+            "\"mean\":[0.1,null],\"first\":[0.1,null],\"last\":[0.1,null]},"
+            "{\"name\":\"\xEF\xBF\xBD\",\"least\":[-0.0,16777216],\"greatest\":[-0.0,16777216],"
+            "\"mean\":[0,16777216],\"first\":[-0.0,16777216],\"last\":[-0.0,16777216]}],\"faults\":[]}\n");
 }
 
 TEST_F(CHistoryServiceTest, CsvIsThatOfTheOtherPrograms) {
@@ -253,14 +237,14 @@ TEST_F(CHistoryServiceTest, CsvIsThatOfTheOtherPrograms) {
   CMemFile text;
   CCsvText buffer;
   WriteCsv(text, names, StoreOf(rows), buffer);
-  EXPECT_EQ(File(&CHistoryService::LogCsv, {{"id", "0/day.rph"}}), text.Bytes());
-  EXPECT_EQ(File(&CHistoryService::RowsCsv, {{"from", "700"}, {"to", "2100"}}),
+  EXPECT_EQ(File(kLogCsv, {{"id", "0/day.rph"}}), text.Bytes());
+  EXPECT_EQ(File(kRowsCsv, {{"from", "700"}, {"to", "2100"}}),
             "time,\"x,y\",time_2\n1970-01-01 00:00:00.700,0.125,nan\n1970-01-01 00:00:01.400,0.25,nan\n");
-  EXPECT_EQ(File(&CHistoryService::RowsCsv, {{"to", "1"}, {"vars", "none"}, {"vars", "x,y"}}),
+  EXPECT_EQ(File(kRowsCsv, {{"to", "1"}, {"vars", "none"}, {"vars", "x,y"}}),
             "time,none,\"x,y\"\n1970-01-01 00:00:00.000,,0\n");
-  const std::string all = File(&CHistoryService::RowsCsv, {});
+  const std::string all = File(kRowsCsv, {});
   EXPECT_EQ(std::count(all.begin(), all.end(), '\n'), 5001);
-  EXPECT_EQ(Answer(&CHistoryService::LogCsv, {{"id", "0/day.rph"}}).file, "day.csv");
+  EXPECT_EQ(Answer(kLogCsv, {{"id", "0/day.rph"}}).file, "day.csv");
 }
 
 TEST_F(CHistoryServiceTest, WrongParametersAreRefused) {
@@ -278,39 +262,27 @@ TEST_F(CHistoryServiceTest, WrongParametersAreRefused) {
     CPairs pairs;
     std::string error;
   } kCases[] = {
-      {&CHistoryService::Rows, {{"from", ""}}, "400 from: " + time},
-      {&CHistoryService::Rows, {{"from", "1x"}}, "400 from: " + time},
-      {&CHistoryService::Rows, {{"from", " 1"}}, "400 from: " + time},
-      {&CHistoryService::Rows, {{"from", "+1"}}, "400 from: " + time},
-      {&CHistoryService::Rows, {{"from", "1.5"}}, "400 from: " + time},
-      {&CHistoryService::Rows, {{"from", std::string("1\0", 2)}}, "400 from: " + time},
-      {&CHistoryService::Buckets, {{"to", "8640000000000001"}}, "400 to: " + time},
-      {&CHistoryService::Gaps, {{"to", "-99999999999999999999"}}, "400 to: " + time},
-      {&CHistoryService::Logs, {{"from", "nan"}}, "400 from: " + time},
-      {&CHistoryService::RowsCsv, {{"from", "2"}, {"to", "1"}}, "400 to: must be after from"},
-      {&CHistoryService::Rows, {{"from", "2"}, {"to", "2"}}, "400 to: must be after from"},
-      {&CHistoryService::Rows, {{"limit", "0"}}, "400 limit: must be a whole number from 1 to 100000"},
-      {&CHistoryService::Rows, {{"limit", "100001"}}, "400 limit: must be a whole number from 1 to 100000"},
-      {&CHistoryService::Buckets,
-       {{"vars", "x"}, {"parts", "10001"}},
-       "400 parts: must be a whole number from 1 to 10000"},
-      {&CHistoryService::Buckets,
-       {{"vars", "x"}, {"parts", "-1"}},
-       "400 parts: must be a whole number from 1 to 10000"},
-      {&CHistoryService::Buckets, most, "400 parts: must be at most 2000 for 100 variables"},
-      {&CHistoryService::Buckets, {}, "400 vars: must name some of the 102 variables, at most 100"},
-      {&CHistoryService::Rows, all, "400 vars: there are more than 100 variables"},
-      {&CHistoryService::RowsCsv, {{"vars", std::string("x\0", 2)}}, "400 vars: must not contain U+0000"},
-      {&CHistoryService::Gaps,
-       {{"longer", "-1"}},
-       "400 longer: must be a whole number from 0 to 3155760000000"},
-      {&CHistoryService::Log, {}, "400 id: is missing"},
-      {&CHistoryService::Rows,
-       {{"vars", "x"}, {"from", "1"}, {"to", "8640000000000000"}, {"limit", "100000"}},
-       "200"},
-      {&CHistoryService::Buckets,
-       {{"vars", "x"}, {"from", "-8640000000000000"}, {"to", "8640000000000000"}},
-       "200"},
+      {kRows, {{"from", ""}}, "400 from: " + time},
+      {kRows, {{"from", "1x"}}, "400 from: " + time},
+      {kRows, {{"from", "1.5"}}, "400 from: " + time},
+      {kRows, {{"from", "1\0"s}}, "400 from: " + time},
+      {kBuckets, {{"to", "8640000000000001"}}, "400 to: " + time},
+      {kGaps, {{"to", "-99999999999999999999"}}, "400 to: " + time},
+      {kLogs, {{"from", "nan"}}, "400 from: " + time},
+      {kRowsCsv, {{"from", "2"}, {"to", "1"}}, "400 to: must be after from"},
+      {kRows, {{"from", "2"}, {"to", "2"}}, "400 to: must be after from"},
+      {kRows, {{"limit", "0"}}, "400 limit: must be a whole number from 1 to 100000"},
+      {kRows, {{"limit", "100001"}}, "400 limit: must be a whole number from 1 to 100000"},
+      {kBuckets, {{"vars", "x"}, {"parts", "10001"}}, "400 parts: must be a whole number from 1 to 10000"},
+      {kBuckets, {{"vars", "x"}, {"parts", "-1"}}, "400 parts: must be a whole number from 1 to 10000"},
+      {kBuckets, most, "400 parts: must be at most 2000 for 100 variables"},
+      {kBuckets, {}, "400 vars: must name some of the 102 variables, at most 100"},
+      {kRows, all, "400 vars: there are more than 100 variables"},
+      {kRowsCsv, {{"vars", "x\0"s}}, "400 vars: must not contain U+0000"},
+      {kGaps, {{"longer", "-1"}}, "400 longer: must be a whole number from 0 to 3155760000000"},
+      {kLog, {}, "400 id: is missing"},
+      {kRows, {{"vars", "x"}, {"from", "1"}, {"to", "8640000000000000"}, {"limit", "100000"}}, "200"},
+      {kBuckets, {{"vars", "x"}, {"from", "-8640000000000000"}, {"to", "8640000000000000"}}, "200"},
   };
   for (const auto& row : kCases) EXPECT_EQ(Error(row.operation, row.pairs), row.error);
   EXPECT_EQ(m_service.Rows("other", CWebQuery(), {}).status, 404);
@@ -329,40 +301,39 @@ TEST_F(CHistoryServiceTest, OnlyListedLogsAreSent) {
   std::filesystem::create_directory_symlink(folder + "/one-more", folder + "/one/linked");
   std::filesystem::create_directory(folder + "/one/folder.rph");
   ASSERT_EQ(::mkfifo((folder + "/one/fifo.rph").c_str(), 0600), 0);
-  EXPECT_EQ(File(&CHistoryService::Log, {{"id", "0/x.rph"}}), ReadBytes(Folder() + "/one/x.rph"));
-  EXPECT_EQ(File(&CHistoryService::Log, {{"id", "1/sub/a%25b %FF.rph"}}),
-            ReadBytes(Folder() + "/two/" + CString(good)));
+  EXPECT_EQ(File(kLog, {{"id", "0/x.rph"}}), ReadBytes(Folder() + "/one/x.rph"));
+  EXPECT_EQ(File(kLog, {{"id", "1/sub/a%25b %FF.rph"}}), ReadBytes(Folder() + "/two/" + CString(good)));
   const std::string listed = Ids();
   for (const char* id : {"0/x.rph:2 ", "1/sub/a%25b %FF.rph:3 ", "2/y.rph:1 "})
     EXPECT_NE(listed.find(id), listed.npos) << listed;
   for (const std::string& id : {std::string(),
-                                std::string("0"),
-                                std::string("0/"),
-                                std::string("x.rph"),
-                                std::string("0/../one/x.rph"),
-                                std::string("0/../one-more/secret.rph"),
-                                std::string("0/../secret"),
+                                "0"s,
+                                "0/"s,
+                                "x.rph"s,
+                                "0/../one/x.rph"s,
+                                "0/../one-more/secret.rph"s,
+                                "0/../secret"s,
                                 "0/" + folder + "/secret",
                                 folder + "/secret",
                                 folder + "/one/x.rph",
-                                std::string("0/plain.txt"),
-                                std::string("0/link.rph"),
-                                std::string("0/linked/secret.rph"),
-                                std::string("0/folder.rph"),
-                                std::string("0/fifo.rph"),
-                                std::string("0//x.rph"),
-                                std::string("0/./x.rph"),
-                                std::string("00/x.rph"),
-                                std::string("2/x.rph"),
-                                std::string("0/x%2erph"),
-                                std::string("0/x.rp"),
-                                std::string("1/sub/a"),
-                                std::string("0/%78.rph"),
-                                std::string("0/x.rph\0", 8),
-                                std::string("0/x.rph\0.txt", 12),
-                                std::string("-more/secret.rph"),
-                                std::string("0/-more/secret.rph")})
-    for (const COperation operation : {&CHistoryService::Log, &CHistoryService::LogCsv})
+                                "0/plain.txt"s,
+                                "0/link.rph"s,
+                                "0/linked/secret.rph"s,
+                                "0/folder.rph"s,
+                                "0/fifo.rph"s,
+                                "0//x.rph"s,
+                                "0/./x.rph"s,
+                                "00/x.rph"s,
+                                "2/x.rph"s,
+                                "0/x%2erph"s,
+                                "0/x.rp"s,
+                                "1/sub/a"s,
+                                "0/%78.rph"s,
+                                "0/x.rph\0"s,
+                                "0/x.rph\0.txt"s,
+                                "-more/secret.rph"s,
+                                "0/-more/secret.rph"s})
+    for (const COperation operation : {kLog, kLogCsv})
       EXPECT_EQ(Answer(operation, {{"id", id}}).status, 404) << id;
 }
 
@@ -370,13 +341,13 @@ TEST_F(CHistoryServiceTest, BadLogsAndFoldersAreTold) {
   Log("good.rph", Names({"x"}), Count(0, 4));
   WriteBytes(Folder() + "/bad.rph", "garbage");
   m_folders.push_back((Folder() + "/missing").Std());
-  const nlohmann::json answer = Json(&CHistoryService::Logs, {{"from", "9000"}, {"to", "9001"}});
+  const nlohmann::json answer = Json(kLogs, {{"from", "9000"}, {"to", "9001"}});
   ASSERT_EQ(answer["logs"].size(), 1U);
   EXPECT_EQ(answer["logs"][0]["file"], "bad.rph");
   EXPECT_TRUE(answer["logs"][0]["first"].is_null());
   EXPECT_EQ(answer["faults"], nlohmann::json({m_folders[1] + ": No such file or directory"}));
-  EXPECT_EQ(File(&CHistoryService::Log, {{"id", "0/bad.rph"}}), "garbage");
-  EXPECT_EQ(Error(&CHistoryService::LogCsv, {{"id", "0/bad.rph"}}).substr(0, 13), "404 bad.rph: ");
+  EXPECT_EQ(File(kLog, {{"id", "0/bad.rph"}}), "garbage");
+  EXPECT_EQ(Error(kLogCsv, {{"id", "0/bad.rph"}}).substr(0, 13), "404 bad.rph: ");
   EXPECT_EQ(Ids({{"from", "3000"}, {"to", "3001"}}).find("0/good.rph:4"), Ids().find("0/good.rph:4"));
 }
 
@@ -384,12 +355,12 @@ TEST_F(CHistoryServiceTest, ALogThatGoesAwayIsMissed) {
   for (const char* file : {"1.rph", "2.rph", "3.rph"}) Log(file, Names({"x"}), Count(0, 30'000));
   const std::string folder = Folder().Std();
   const CPairs one = {{"id", "0/1.rph"}}, two = {{"id", "0/2.rph"}}, three = {{"id", "0/3.rph"}};
-  const CWebAnswer open = Answer(&CHistoryService::Log, one), csv = Answer(&CHistoryService::LogCsv, one);
-  const CWebAnswer cut = Answer(&CHistoryService::Log, two);
-  const CWebAnswer rows = Answer(&CHistoryService::RowsCsv, {});
+  const CWebAnswer open = Answer(kLog, one), csv = Answer(kLogCsv, one);
+  const CWebAnswer cut = Answer(kLog, two);
+  const CWebAnswer rows = Answer(kRowsCsv, {});
   const std::string bytes = ReadBytes(Folder() + "/1.rph");
   std::filesystem::remove(folder + "/1.rph");
-  EXPECT_EQ(Answer(&CHistoryService::Log, one).status, 404);
+  EXPECT_EQ(Answer(kLog, one).status, 404);
   EXPECT_EQ(Sent(*open.body), bytes) << "the file was open";
   EXPECT_TRUE(Sent(*csv.body).ends_with("(incomplete)"));
   std::string piece;
@@ -397,13 +368,13 @@ TEST_F(CHistoryServiceTest, ALogThatGoesAwayIsMissed) {
   std::filesystem::resize_file(folder + "/2.rph", 40'000);
   EXPECT_EQ(Sent(*cut.body), "(incomplete)");
   EXPECT_TRUE(Sent(*rows.body).ends_with("(incomplete)"));
-  EXPECT_EQ(File(&CHistoryService::Log, three), bytes);
+  EXPECT_EQ(File(kLog, three), bytes);
 }
 
 TEST_F(CHistoryServiceTest, JournalsGrowAndBecomeLogs) {
   CHandOver logger(Folder());
   const auto check = [&](const char* ids) {
-    const nlohmann::json rows = Json(&CHistoryService::Rows, {{"vars", "x"}})["rows"];
+    const nlohmann::json rows = Json(kRows, {{"vars", "x"}})["rows"];
     ASSERT_EQ(rows.size(), static_cast<std::size_t>(logger.Kept())) << ids;
     for (std::size_t i = 0; i < rows.size(); ++i) EXPECT_EQ(rows[i], (nlohmann::json{i * 1000, i}));
     const std::string listed = Ids();
@@ -421,13 +392,33 @@ TEST_F(CHistoryServiceTest, JournalsGrowAndBecomeLogs) {
   check(".journal:1* ");
 }
 
+TEST_F(CHistoryServiceTest, RequestsWhileALoggerWritesSeeEachRowOnce) {
+  CHandOver logger(Folder());
+  std::atomic<bool> isOver = false;
+  std::vector<std::thread> readers;
+  const auto read = [&] {
+    for (std::size_t before = 0; !isOver;) {
+      const nlohmann::json rows = Json(kRows, {{"vars", "x"}, {"limit", "9999"}})["rows"];
+      ASSERT_GE(rows.size(), before);
+      before = rows.size();
+      for (std::size_t i = 0; i < rows.size(); ++i) ASSERT_EQ(rows[i][1], i);
+    }
+  };
+  for (int i = 0; i < 3; ++i) readers.emplace_back(read);
+  for (int i = 0; i < 100; ++i, logger.End()) {
+    for (int part = 0; part < 3; ++part) logger.Keep(5);
+    logger.Save();
+  }
+  isOver = true;
+  for (std::thread& reader : readers) reader.join();
+}
+
 TEST_F(CHistoryServiceTest, AnAnswerEndsWhenNobodyWaits) {
   for (const char* file : {"1.rph", "2.rph"}) Log(file, Names({"x"}), Count(0, 1000));
-  EXPECT_EQ(Error(&CHistoryService::Range, {}), "200");
+  EXPECT_EQ(Error(kRange, {}), "200");
   int looks = 0;
   const CWebStop isStopped = [&looks] { return ++looks > 1; };
-  for (const COperation operation :
-       {&CHistoryService::Rows, &CHistoryService::Buckets, &CHistoryService::Gaps}) {
+  for (const COperation operation : {kRows, kBuckets, kGaps}) {
     looks = 0;
     EXPECT_EQ(Error(operation, {{"limit", "100000"}, {"parts", "1"}}, isStopped),
               "503 the answer has taken too long");
