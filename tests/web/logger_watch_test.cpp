@@ -160,8 +160,10 @@ TEST_F(LoggerWatch, AFeedThatIsNoneHurtsNoOther) {
 
 TEST_F(LoggerWatch, AnswersAreAsDescribed) {
   CSaidFeed feed(Socket("kiln"), Said(1) + Sample(3, R"([0.1, "nan", "-inf"])") + Message(1) + Message(4));
+  const std::string said = Said(1);
+  CSaidFeed young(Socket("young"), said.substr(0, said.find("{\"type\": \"counts\"")));
   Start({{"kiln", "/old"}, {"shelf", "/shelf"}});
-  ASSERT_TRUE(Comes([&] { return Messages("kiln", "0").value("last", 0) == 4; }));
+  ASSERT_TRUE(Comes([&] { return Messages("kiln", "0").value("last", 0) == 4 && IsUp("young"); }));
   EXPECT_EQ(m_watch->Sample("kiln").text,
             "{\"logger\":\"kiln\",\"number\":3,\"time\":9003,\"values\":[0.1,\"nan\",\"-inf\"]}\n");
   EXPECT_EQ(Of(m_watch->Variables("kiln"))["variables"],
@@ -171,12 +173,14 @@ TEST_F(LoggerWatch, AnswersAreAsDescribed) {
   EXPECT_EQ(m_watch->FoldersOf("kiln"), (std::vector<std::string>{"/a", "/old"}));
   EXPECT_EQ(m_watch->FoldersOf("shelf"), std::vector<std::string>{"/shelf"});
   const json all = Of(m_watch->Loggers())["loggers"];
-  ASSERT_EQ(all.size(), 2u);
+  ASSERT_EQ(all.size(), 3u);
   EXPECT_EQ(all[0]["kind"], "logger");
   EXPECT_EQ(all[0]["lastSample"], 9003);
   EXPECT_LT(all[0]["lastSampleAge"], 3);  // of the sample, which is newer than that of the state
   EXPECT_EQ(all[0]["problems"], json::array());
   EXPECT_EQ(all[1]["kind"], "folder");
+  EXPECT_EQ(all[2]["well"], true) << all[2];  // its counts come a second after its state
+  EXPECT_EQ(all[2]["read"], nullptr);
   const struct {
     const char* after;
     std::size_t count;
