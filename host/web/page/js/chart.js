@@ -3,7 +3,7 @@ import { faultWords, get, loggerAddress } from './api.js';
 import { ChartData } from './chart_data.js';
 import { listen } from './chart_gestures.js';
 import { savePicture } from './chart_picture.js';
-import { makePlot } from './chart_plot.js';
+import { loadPlots, makePlot } from './chart_plot.js';
 import { ChartTable } from './chart_table.js';
 import { Tools } from './chart_tools.js';
 import { ChartView } from './chart_view.js';
@@ -14,20 +14,25 @@ import { link, remember } from './router.js';
 import { dateTime } from './time.js';
 import { chosenLogger, loggerNotice, whenKnown } from './widgets.js';
 
-const kMost = 8;        // variables: as many as there are colours
-const kAsk = 150;       // ms without a further zoom or pan, until the logs are asked
-const kFresh = 30e3;    // ms, until a chart that follows asks again
-const kQuick = 5e3;     // the same for a logger that reads more than the stream sends
-const kPlotLabel = 'Chart. Arrow keys move, plus and minus zoom, F follows, A and B place a cursor, comma and full stop '
-  + 'move it, C clears the cursors. The values are in the table below.';
+const kMost = 8; // variables: as many as there are colours
+const kAsk = 150; // ms without a further zoom or pan, until the logs are asked
+const kFresh = 30e3; // ms, until a chart that follows asks again
+const kQuick = 5e3; // the same for a logger that reads more than the stream sends
+const kPlotLabel =
+  'Chart. Arrow keys move, plus and minus zoom, F follows, A and B place a cursor, comma and full stop ' +
+  'move it, C clears the cursors. The values are in the table below.';
 
 export function show(main, parameters) {
-  let page = null, isEnded = false;
-  const end = whenKnown(async () => {
+  let page = null,
+    isEnded = false;
+  const open = async () => {
     const logger = chosenLogger(parameters);
-    const variables = logger ? await variablesOf(logger) : [];
+    const [variables] = await Promise.all([logger ? variablesOf(logger) : [], loadPlots()]);
     if (!isEnded) page = new ChartPage(main, parameters, logger, variables);
-  });
+  };
+  const end = whenKnown(() =>
+    open().catch(error => main.append(el('p', { class: 'fault', role: 'alert' }, error.message)))
+  );
   return () => {
     isEnded = true;
     end();
@@ -45,8 +50,8 @@ async function variablesOf(logger) {
 
 class ChartPage {
   #logger;
-  #all;     // the variables to choose from
-  #names;   // the chosen ones
+  #all; // the variables to choose from
+  #names; // the chosen ones
   #view;
   #tools;
   #plot = null;
@@ -82,12 +87,18 @@ class ChartPage {
 
   #make(main) {
     this.#tools = new Tools(this.#logger, this.#view, {
-      choose: () => pick(this.#all, this.#names, kMost, names => this.#choose(names)), all: () => this.#showAll(),
+      choose: () => pick(this.#all, this.#names, kMost, names => this.#choose(names)),
+      all: () => this.#showAll(),
       picture: () => this.#savePicture()
     });
     const notice = loggerNotice(this.#logger);
-    main.append(this.#tools.element, notice.element, this.#area, this.#status,
-      el('div', { class: 'scroll' }, this.#table.element));
+    main.append(
+      this.#tools.element,
+      notice.element,
+      this.#area,
+      this.#status,
+      el('div', { class: 'scroll' }, this.#table.element)
+    );
     this.#ends.push(notice.end, this.#ask.end, this.#paint.end);
   }
 
@@ -95,13 +106,21 @@ class ChartPage {
     listen(this.#area, () => this.#plot, this.#view);
     const resize = new ResizeObserver(() => this.#resize());
     resize.observe(this.#area);
-    const dark = matchMedia('(prefers-color-scheme: dark)'), build = () => this.#rebuild();
+    const dark = matchMedia('(prefers-color-scheme: dark)'),
+      build = () => this.#rebuild();
     dark.addEventListener('change', build);
     const timer = setInterval(() => this.#tick(), 250);
     if (isLive(this.#logger)) model.want(this, { sample: [this.#logger] });
-    this.#ends.push(() => resize.disconnect(), () => dark.removeEventListener('change', build), () => clearInterval(timer),
-      () => model.want(this, null), model.on('sample', this.#paint),
-      model.on('link', ({ up }) => { if (up) this.#request(); }));
+    this.#ends.push(
+      () => resize.disconnect(),
+      () => dark.removeEventListener('change', build),
+      () => clearInterval(timer),
+      () => model.want(this, null),
+      model.on('sample', this.#paint),
+      model.on('link', ({ up }) => {
+        if (up) this.#request();
+      })
+    );
   }
 
   #choose(names) {
@@ -116,13 +135,18 @@ class ChartPage {
     this.#plot?.destroy();
     const look = getComputedStyle(this.#area);
     const variables = this.#names.map((name, i) => ({
-      name, unit: this.#all.find(one => one.name === name)?.unit ?? '',
+      name,
+      unit: this.#all.find(one => one.name === name)?.unit ?? '',
       colour: look.getPropertyValue('--curve' + (i + 1)).trim()
     }));
     this.#variables = variables;
     this.#plot = makePlot(this.#area, {
-      variables, axes: this.#view.axes, view: () => this.#view.range, marks: () => this.#view.marks,
-      select: (from, to) => this.#view.show(from, to), point: time => this.#point(time)
+      variables,
+      axes: this.#view.axes,
+      view: () => this.#view.range,
+      marks: () => this.#view.marks,
+      select: (from, to) => this.#view.show(from, to),
+      point: time => this.#point(time)
     });
     this.#table.build(variables);
     this.#changed('range');
@@ -148,13 +172,17 @@ class ChartPage {
   }
 
   async #request() {
-    if (!this.#logger || this.#names.length === 0) return setText(this.#status, 'Choose variables to see their curves.');
+    if (!this.#logger || this.#names.length === 0)
+      return setText(this.#status, 'Choose variables to see their curves.');
     this.#asked = performance.now();
     const data = this.#data;
     this.#area.setAttribute('aria-busy', 'true');
     try {
       await data.ask(...this.#view.range, this.#area.clientWidth);
-      fill(this.#status, data.faults.map(fault => el('span', { class: 'fault' }, `Rows are missing: ${fault} `)));
+      fill(
+        this.#status,
+        data.faults.map(fault => el('span', { class: 'fault' }, `Rows are missing: ${fault} `))
+      );
     } catch (error) {
       const words = faultWords(error);
       if (!words || data !== this.#data) return;
@@ -189,8 +217,12 @@ class ChartPage {
     const [from, to] = this.#view.range;
     const reach = Math.max((to - from) / 100, 2 * (model.logger(this.#logger)?.period ?? 0));
     const newest = Math.min(to, this.#columns[0].at(-1) ?? to);
-    this.#table.show(this.#columns, { now: this.#pointer ?? newest, a: this.#view.a, b: this.#view.b },
-      this.#pointer !== null, reach);
+    this.#table.show(
+      this.#columns,
+      { now: this.#pointer ?? newest, a: this.#view.a, b: this.#view.b },
+      this.#pointer !== null,
+      reach
+    );
   }
 
   async #showAll() {

@@ -4,9 +4,9 @@ import * as model from './model.js';
 import { merged } from './rows.js';
 import { serverNow } from './time.js';
 
-const kGap = 3;          // a pause of so many usual distances is a gap in the curve
-const kLive = 600;       // live samples, until the logs are asked again
-const kMargin = 0.5;     // of the range, on both sides: a pan shows something at once
+const kGap = 3; // a pause of so many usual distances is a gap in the curve
+const kLive = 600; // live samples, until the logs are asked again
+const kMargin = 0.5; // of the range, on both sides: a pan shows something at once
 const kMaxParts = 10000;
 
 export class ChartData {
@@ -14,7 +14,7 @@ export class ChartData {
   #names;
   #request = null;
   #answer = null;
-  faults = [];  // lines about logs whose rows are missing
+  faults = []; // lines about logs whose rows are missing
 
   constructor(logger, names) {
     this.#logger = logger;
@@ -26,7 +26,8 @@ export class ChartData {
     this.#request?.abort();
     this.#request = new AbortController();
     const margin = (to - from) * kMargin;
-    const begin = Math.floor(from - margin), end = Math.ceil(to + margin);
+    const begin = Math.floor(from - margin),
+      end = Math.ceil(to + margin);
     const parts = Math.max(100, Math.min(kMaxParts, Math.round(pixels * (1 + 2 * kMargin))));
     const asked = serverNow();
     const answer = await this.#get({ from: begin, to: end, vars: this.#names }, parts, this.#request.signal);
@@ -118,13 +119,17 @@ const number = raw => (typeof raw === 'number' ? raw : undefined);
 // The median of the distances between values: a log of one row a minute is not all gaps.
 function usualDistance(times, column) {
   const present = times.filter((_, i) => column[i] !== undefined);
-  const distances = present.slice(1).map((time, i) => time - present[i]).sort((a, b) => a - b);
+  const distances = present
+    .slice(1)
+    .map((time, i) => time - present[i])
+    .sort((a, b) => a - b);
   return distances[distances.length >> 1] ?? 0;
 }
 
 function withGaps({ times, columns }, limits) {
   const wide = Math.min(...limits);
-  const xs = [], ys = columns.map(() => []);
+  const xs = [],
+    ys = columns.map(() => []);
   times.forEach((time, i) => {
     if (i && time - times[i - 1] > wide) {
       xs.push((time + times[i - 1]) / 2);
@@ -156,7 +161,8 @@ export function nearest(times, column, time, reach) {
 }
 
 function firstNotBefore(times, time) {
-  let low = 0, high = times.length;
+  let low = 0,
+    high = times.length;
   while (low < high) {
     const middle = (low + high) >> 1;
     if (times[middle] < time) low = middle + 1;

@@ -2,11 +2,11 @@
 // zoom(factor, time), pan(milliseconds), tap(time) and key(name).
 
 const kWheel = 1.2;
-const kTap = 6;  // px that a finger may move in a tap
+const kTap = 6; // px that a finger may move in a tap
 
 // `plot()` is the plot of now: it is made again when variables change.
 export function listen(element, plot, view) {
-  const pointers = new Map();  // the fingers, and a mouse that pans
+  const pointers = new Map(); // the fingers, and a mouse that pans
   let moved = 0;
   const timeAt = x => plot().posToVal(x - plot().over.getBoundingClientRect().left, 'x');
   const perPixel = () => (plot().scales.x.max - plot().scales.x.min) / plot().over.clientWidth;
@@ -34,7 +34,8 @@ export function listen(element, plot, view) {
 
   // The times that are under both fingers stay under them.
   function pinch(before, after) {
-    const distance = ([a, b]) => Math.max(10, Math.abs(a - b)), middle = ([a, b]) => (a + b) / 2;
+    const distance = ([a, b]) => Math.max(10, Math.abs(a - b)),
+      middle = ([a, b]) => (a + b) / 2;
     view.pan((middle(before) - middle(after)) * perPixel());
     view.zoom(distance(before) / distance(after), timeAt(middle(after)));
   }

@@ -1,6 +1,6 @@
 // The chart as a picture to save: the plot with a title and the names of the curves.
 
-const kLine = 22;  // px
+const kLine = 22; // px
 
 export function savePicture(plot, title, variables, name) {
   const scale = devicePixelRatio || 1;

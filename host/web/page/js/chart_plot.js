@@ -1,9 +1,19 @@
 // The plot itself: what uPlot is told about series, scales and axes. The time axis has marks of our own, in the zone of
 // the server: those of uPlot are by the clock of this device.
+import { el } from './dom.js';
 import { tickLabels, ticks } from './time.js';
 
 const kFont = '12px system-ui, sans-serif';
-const kNarrow = 600;  // px; below it there is space for two axes only
+const kNarrow = 600; // px; below it there is space for two axes only
+
+// Loads uPlot when the first chart is opened: the other views are there sooner on a slow link. Throws if it cannot.
+export function loadPlots() {
+  if (globalThis.uPlot) return Promise.resolve();
+  return new Promise((resolve, reject) => {
+    const fail = () => reject(new Error('The charts cannot be loaded from the server'));
+    document.head.append(el('script', { src: '/vendor/uPlot.iife.min.js', onload: resolve, onerror: fail }));
+  });
+}
 
 // `variables`: name, unit and colour. `axes`: "unit", "each" or "one". `view()` is the range as [from, to],
 // `marks()` the cursors as a list of [name, time]. `select(from, to)` is called after a drag, `point(time)` when the
@@ -13,19 +23,30 @@ export function makePlot(element, { variables, axes, view, marks, select, point 
   const colours = { text: look.getPropertyValue('--text'), grid: look.getPropertyValue('--grid') };
   const keys = variables.map((variable, i) => scaleKey(axes, variable, i));
   const { clientWidth: width, clientHeight: height } = element;
-  return new globalThis.uPlot({
-    width, height, legend: { show: false },
-    cursor: { y: false, points: { show: false }, drag: { x: true, y: false, setScale: false },
-      bind: { mousedown: onlyPlain, dblclick: () => null } },
-    scales: { x: { time: false, range: view }, ...Object.fromEntries(keys.map(key => [key, { range: yRange }])) },
-    series: [{}, ...variables.flatMap((variable, i) => seriesOf(variable, keys[i]))],
-    bands: variables.map(({ colour }, i) => ({ series: [3 * i + 1, 3 * i + 2], fill: colour + '40' })),
-    axes: [timeAxis(colours), ...valueAxes(variables, keys, axes, colours, width)],
-    hooks: {
-      setSelect: [plot => finishSelect(plot, select)], draw: [plot => drawMarks(plot, marks(), colours.text)],
-      setCursor: [plot => point(plot.cursor.left >= 0 ? plot.posToVal(plot.cursor.left, 'x') : null)]
-    }
-  }, [[], ...variables.flatMap(() => [[], [], []])], element);
+  return new globalThis.uPlot(
+    {
+      width,
+      height,
+      legend: { show: false },
+      cursor: {
+        y: false,
+        points: { show: false },
+        drag: { x: true, y: false, setScale: false },
+        bind: { mousedown: onlyPlain, dblclick: () => null }
+      },
+      scales: { x: { time: false, range: view }, ...Object.fromEntries(keys.map(key => [key, { range: yRange }])) },
+      series: [{}, ...variables.flatMap((variable, i) => seriesOf(variable, keys[i]))],
+      bands: variables.map(({ colour }, i) => ({ series: [3 * i + 1, 3 * i + 2], fill: colour + '40' })),
+      axes: [timeAxis(colours), ...valueAxes(variables, keys, axes, colours, width)],
+      hooks: {
+        setSelect: [plot => finishSelect(plot, select)],
+        draw: [plot => drawMarks(plot, marks(), colours.text)],
+        setCursor: [plot => point(plot.cursor.left >= 0 ? plot.posToVal(plot.cursor.left, 'x') : null)]
+      }
+    },
+    [[], ...variables.flatMap(() => [[], [], []])],
+    element
+  );
 }
 
 function scaleKey(axes, { unit }, i) {
@@ -44,17 +65,26 @@ function yRange(plot, least, greatest) {
 }
 
 // A drag with Shift or another button is a pan (chart_gestures.js).
-const onlyPlain = (plot, target, handler) => event => { if (event.button === 0 && !event.shiftKey) handler(event); };
+const onlyPlain = (plot, target, handler) => event => {
+  if (event.button === 0 && !event.shiftKey) handler(event);
+};
 
 function seriesOf({ name, colour }, scale) {
   const edge = { scale, stroke: colour, width: 1, points: { show: false } };
-  return [{ ...edge, label: name + ' greatest' }, { ...edge, label: name + ' least' },
-    { scale, stroke: colour, width: 1.5, label: name }];
+  return [
+    { ...edge, label: name + ' greatest' },
+    { ...edge, label: name + ' least' },
+    { scale, stroke: colour, width: 1.5, label: name }
+  ];
 }
 
 function timeAxis({ text, grid }) {
   return {
-    stroke: text, font: kFont, grid: { stroke: grid, width: 1 }, ticks: { stroke: grid }, size: 46,
+    stroke: text,
+    font: kFont,
+    grid: { stroke: grid, width: 1 },
+    ticks: { stroke: grid },
+    size: 46,
     splits: (plot, axis, from, to) => ticks(from, to, Math.max(2, plot.bbox.width / devicePixelRatio / 100)),
     values: (plot, times) => tickLabels(times)
   };
@@ -63,12 +93,25 @@ function timeAxis({ text, grid }) {
 function valueAxes(variables, keys, axes, { text, grid }, width) {
   return [...new Set(keys)].map((scale, n) => {
     const mine = variables.filter((_, i) => keys[i] === scale);
-    const label = axes === 'each' ? mine[0].name + (mine[0].unit ? ', ' + mine[0].unit : '')
-      : axes === 'one' ? null : mine[0].unit || null;
+    const label =
+      axes === 'each'
+        ? mine[0].name + (mine[0].unit ? ', ' + mine[0].unit : '')
+        : axes === 'one'
+          ? null
+          : mine[0].unit || null;
     return {
-      scale, side: n % 2 ? 1 : 3, show: width > kNarrow || n < 2, label, labelFont: kFont, labelSize: 18, font: kFont,
-      stroke: mine.length === 1 ? mine[0].colour : text, size: sizeOf, ticks: { stroke: grid },
-      grid: { show: n === 0, stroke: grid, width: 1 }, values: (plot, values) => values.map(shortNumber)
+      scale,
+      side: n % 2 ? 1 : 3,
+      show: width > kNarrow || n < 2,
+      label,
+      labelFont: kFont,
+      labelSize: 18,
+      font: kFont,
+      stroke: mine.length === 1 ? mine[0].colour : text,
+      size: sizeOf,
+      ticks: { stroke: grid },
+      grid: { show: n === 0, stroke: grid, width: 1 },
+      values: (plot, values) => values.map(shortNumber)
     };
   });
 }

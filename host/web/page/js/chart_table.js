@@ -7,8 +7,8 @@ import { duration, shortTimeMs } from './time.js';
 const kColumns = ['now', 'a', 'b', 'difference'];
 
 export class ChartTable {
-  #cells = new Map();  // column and index of the variable to the cell
-  #times = {};         // column to its cell in the head
+  #cells = new Map(); // column and index of the variable to the cell
+  #times = {}; // column to its cell in the head
   #variables = [];
 
   // `remove(name)` takes a variable out of the chart.
@@ -21,9 +21,12 @@ export class ChartTable {
     this.#variables = variables;
     for (const column of kColumns) this.#times[column] = el('th', { scope: 'col' });
     const rows = variables.map((variable, i) => this.#row(variable, i));
-    fill(this.element, el('caption', { class: 'hidden' }, 'Values at the pointer and at the cursors'),
+    fill(
+      this.element,
+      el('caption', { class: 'hidden' }, 'Values at the pointer and at the cursors'),
       el('thead', {}, el('tr', {}, el('th', { scope: 'col' }, 'Variable'), Object.values(this.#times), el('td'))),
-      el('tbody', {}, rows));
+      el('tbody', {}, rows)
+    );
   }
 
   #row({ name, colour }, i) {
@@ -34,8 +37,25 @@ export class ChartTable {
       this.#cells.set(column + i, cell);
       return cell;
     });
-    return el('tr', {}, el('th', { scope: 'row' }, key, ' ', name), cells,
-      el('td', {}, el('button', { class: 'small', 'aria-label': `Remove ${name}`, onclick: () => this.remove(name) }, '✕')));
+    return el(
+      'tr',
+      {},
+      el('th', { scope: 'row' }, key, ' ', name),
+      cells,
+      el(
+        'td',
+        {},
+        el(
+          'button',
+          {
+            class: 'small',
+            'aria-label': `Remove ${name}`,
+            onclick: () => this.remove(name)
+          },
+          '✕'
+        )
+      )
+    );
   }
 
   // `columns` are those of the plot, `at` has the times of "now", "a" and "b", null if there is none. A value counts
@@ -45,7 +65,8 @@ export class ChartTable {
     this.#variables.forEach((variable, i) => {
       const found = {};
       for (const name of ['now', 'a', 'b']) found[name] = reading(columns, i, at[name], reach);
-      for (const name of ['now', 'a', 'b']) setText(this.#cells.get(name + i), at[name] === null ? '' : words(found[name], variable.unit));
+      for (const name of ['now', 'a', 'b'])
+        setText(this.#cells.get(name + i), at[name] === null ? '' : words(found[name], variable.unit));
       const isBoth = found.a && found.b;
       setText(this.#cells.get('difference' + i), isBoth ? withUnit(found.b.mean - found.a.mean, variable.unit) : '');
     });

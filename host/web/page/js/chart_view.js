@@ -1,7 +1,7 @@
 // What a chart shows: its range, whether it follows, its axes and cursors. Knows no plot.
 import { serverNow } from './time.js';
 
-const kLeast = 20;             // ms
+const kLeast = 20; // ms
 const kGreatest = 100 * 366 * 86400e3;
 const kHour = 3600e3;
 const kAxes = ['unit', 'each', 'one'];
@@ -10,7 +10,7 @@ export class ChartView {
   #from;
   #to;
   #change;
-  #active = 'a';  // the cursor that a tap places
+  #active = 'a'; // the cursor that a tap places
   isFollowing = false;
   axes = 'unit';
   a = null;
@@ -38,13 +38,17 @@ export class ChartView {
   }
 
   get marks() {
-    return [['A', this.a], ['B', this.b]].filter(([, time]) => time !== null);
+    return [
+      ['A', this.a],
+      ['B', this.b]
+    ].filter(([, time]) => time !== null);
   }
 
   // For the address.
   parameters() {
     const whole = time => (time === null ? null : Math.round(time));
-    const range = this.isFollowing ? { last: Number((this.span / 1000).toPrecision(4)) }
+    const range = this.isFollowing
+      ? { last: Number((this.span / 1000).toPrecision(4)) }
       : { from: whole(this.#from), to: whole(this.#to) };
     return { ...range, axes: this.axes === 'unit' ? null : this.axes, a: whole(this.a), b: whole(this.b) };
   }
@@ -76,7 +80,8 @@ export class ChartView {
   }
 
   #set(from, to) {
-    const middle = (from + to) / 2, half = Math.min(kGreatest, Math.max(kLeast, to - from)) / 2;
+    const middle = (from + to) / 2,
+      half = Math.min(kGreatest, Math.max(kLeast, to - from)) / 2;
     [this.#from, this.#to] = to - from === 2 * half ? [from, to] : [middle - half, middle + half];
   }
 
@@ -120,13 +125,26 @@ export class ChartView {
   }
 
   #keys = {
-    ArrowLeft: () => this.pan(-this.span / 10), ArrowRight: () => this.pan(this.span / 10),
-    PageUp: () => this.pan(-this.span), PageDown: () => this.pan(this.span),
-    '+': () => this.zoom(1 / 1.5), '=': () => this.zoom(1 / 1.5), '-': () => this.zoom(1.5),
-    f: () => (this.isFollowing ? this.stop() : this.follow()), End: () => this.follow(),
-    a: () => this.#keyMark('a'), b: () => this.#keyMark('b'), c: () => this.clear(), Escape: () => this.clear(),
-    ',': () => this.#move(-0.002), '.': () => this.#move(0.002), '<': () => this.#move(-0.02), '>': () => this.#move(0.02),
-    h: () => this.follow(kHour), d: () => this.follow(24 * kHour), w: () => this.follow(7 * 24 * kHour)
+    ArrowLeft: () => this.pan(-this.span / 10),
+    ArrowRight: () => this.pan(this.span / 10),
+    PageUp: () => this.pan(-this.span),
+    PageDown: () => this.pan(this.span),
+    '+': () => this.zoom(1 / 1.5),
+    '=': () => this.zoom(1 / 1.5),
+    '-': () => this.zoom(1.5),
+    f: () => (this.isFollowing ? this.stop() : this.follow()),
+    End: () => this.follow(),
+    a: () => this.#keyMark('a'),
+    b: () => this.#keyMark('b'),
+    c: () => this.clear(),
+    Escape: () => this.clear(),
+    ',': () => this.#move(-0.002),
+    '.': () => this.#move(0.002),
+    '<': () => this.#move(-0.02),
+    '>': () => this.#move(0.02),
+    h: () => this.follow(kHour),
+    d: () => this.follow(24 * kHour),
+    w: () => this.follow(7 * 24 * kHour)
   };
 
   // Whether the key is one of the chart's.

@@ -31,7 +31,9 @@ export function setText(element, text) {
 
 // Calls `work` at most once in `ms`, and in a frame that is shown: a tab in the background paints nothing.
 export function paced(work, ms = 250) {
-  let last = 0, waiting = false, ended = false;
+  let last = 0,
+    waiting = false,
+    ended = false;
   const frame = () => {
     waiting = false;
     if (ended) return;
@@ -43,7 +45,9 @@ export function paced(work, ms = 250) {
     waiting = true;
     setTimeout(() => requestAnimationFrame(frame), Math.max(0, ms - (performance.now() - last)));
   };
-  ask.end = () => { ended = true; };
+  ask.end = () => {
+    ended = true;
+  };
   return ask;
 }
 

@@ -6,12 +6,19 @@ import { link, remember } from './router.js';
 import { clockTime, dateTime, day, midnight, serverNow } from './time.js';
 import { chosenLogger, loggerChoice, loggerNotice, rangeFields, rangeOf, whenKnown } from './widgets.js';
 
-const kRows = 300;  // of a table at once
-const kDays = [['Today', 1], ['7 days', 7], ['31 days', 31], ['366 days', 366]];
+const kRows = 300; // of a table at once
+const kDays = [
+  ['Today', 1],
+  ['7 days', 7],
+  ['31 days', 31],
+  ['366 days', 366]
+];
 
 export function show(main, parameters) {
   let page = null;
-  const end = whenKnown(() => { page = new FilesPage(main, parameters); });
+  const end = whenKnown(() => {
+    page = new FilesPage(main, parameters);
+  });
   return () => {
     end();
     page?.end();
@@ -32,10 +39,24 @@ class FilesPage {
   constructor(main, parameters) {
     this.#logger = chosenLogger(parameters);
     this.#notice = loggerNotice(this.#logger);
-    const choice = loggerChoice(this.#logger, name => { location.hash = link('files', { logger: name }); });
+    const choice = loggerChoice(this.#logger, name => {
+      location.hash = link('files', { logger: name });
+    });
     const days = kDays.map(([words, number]) => el('button', { onclick: () => this.#look(lastDays(number)) }, words));
-    main.append(el('div', { class: 'tools' }, choice, el('div', { class: 'group', role: 'group', 'aria-label': 'Range' }, days),
-      this.#fields.element), this.#notice.element, el('p', {}, this.#csv), this.#status, this.#faults, this.#list);
+    main.append(
+      el(
+        'div',
+        { class: 'tools' },
+        choice,
+        el('div', { class: 'group', role: 'group', 'aria-label': 'Range' }, days),
+        this.#fields.element
+      ),
+      this.#notice.element,
+      el('p', {}, this.#csv),
+      this.#status,
+      this.#faults,
+      this.#list
+    );
     if (this.#logger) this.#look(rangeOf(parameters, 7));
   }
 
@@ -64,28 +85,43 @@ class FilesPage {
   #show({ logs, faults }) {
     const [from, to] = this.#range;
     const sum = key => logs.reduce((total, log) => total + (log[key] ?? 0), 0);
-    fill(this.#status, `${plural(logs.length, 'log')}, ${plural(sum('rows'), 'row')}, ${bytes(sum('bytes'))}, `
-      + `from ${dateTime(from)} to ${dateTime(to)}`);
-    fill(this.#faults, (faults ?? []).map(fault => el('p', { class: 'callout bad' }, fault)));
+    fill(
+      this.#status,
+      `${plural(logs.length, 'log')}, ${plural(sum('rows'), 'row')}, ${bytes(sum('bytes'))}, ` +
+        `from ${dateTime(from)} to ${dateTime(to)}`
+    );
+    fill(
+      this.#faults,
+      (faults ?? []).map(fault => el('p', { class: 'callout bad' }, fault))
+    );
     const folders = grouped(logs, log => log.folder);
-    fill(this.#list, [...folders].map(([folder, inside], i) => this.#folder(folder, inside, i === 0)));
+    fill(
+      this.#list,
+      [...folders].map(([folder, inside], i) => this.#folder(folder, inside, i === 0))
+    );
   }
 
   #folder(folder, logs, isOpen) {
     const days = [...grouped(logs, log => (log.first ? day(log.first) : 'no rows'))].sort().reverse();
-    return details(el('span', {}, el('b', {}, folder), ` ${plural(logs.length, 'log')}`), isOpen,
-      () => days.map(([date, inside], i) => this.#day(date, inside, i === 0)));
+    return details(el('span', {}, el('b', {}, folder), ` ${plural(logs.length, 'log')}`), isOpen, () =>
+      days.map(([date, inside], i) => this.#day(date, inside, i === 0))
+    );
   }
 
   #day(date, logs, isOpen) {
     const rows = logs.reduce((total, log) => total + (log.rows ?? 0), 0);
-    return details(`${date}: ${plural(logs.length, 'log')}, ${plural(rows, 'row')}`, isOpen, () => this.#table(date, logs));
+    return details(`${date}: ${plural(logs.length, 'log')}, ${plural(rows, 'row')}`, isOpen, () =>
+      this.#table(date, logs)
+    );
   }
 
   #table(date, logs) {
     const head = ['Log', 'First', 'Last', 'Rows', 'Size', 'Download'].map(name => el('th', { scope: 'col' }, name));
     const body = el('tbody');
-    return [el('table', { 'aria-label': 'Logs of ' + date }, el('thead', {}, el('tr', {}, head)), body), this.#more(body, logs)];
+    return [
+      el('table', { 'aria-label': 'Logs of ' + date }, el('thead', {}, el('tr', {}, head)), body),
+      this.#more(body, logs)
+    ];
   }
 
   // The next rows of a table, and a button for those after them.
@@ -99,13 +135,28 @@ class FilesPage {
 
   #log({ id, file, first, last, rows, bytes: size, open, fault }) {
     const at = what => loggerAddress(this.#logger, what, { id });
-    const files = [el('a', { href: at('log'), download: '', 'aria-label': `${file} as a file` }, 'file'), ' ',
-      el('a', { href: at('log.csv'), download: '', 'aria-label': `${file} as CSV` }, 'CSV')];
+    const files = [
+      el('a', { href: at('log'), download: '', 'aria-label': `${file} as a file` }, 'file'),
+      ' ',
+      el('a', { href: at('log.csv'), download: '', 'aria-label': `${file} as CSV` }, 'CSV')
+    ];
     const cell = (name, ...words) => el('td', { 'data-name': name }, words);
-    return el('tr', { class: fault ? 'bad' : '' },
-      el('th', { scope: 'row' }, file, open && el('small', {}, ' still written'), fault && el('small', {}, ` ✕ ${fault}`)),
-      cell('First', first ? clockTime(first) : '–'), cell('Last', last ? clockTime(last) : '–'), cell('Rows', count(rows)),
-      cell('Size', bytes(size)), cell('Download', files));
+    return el(
+      'tr',
+      { class: fault ? 'bad' : '' },
+      el(
+        'th',
+        { scope: 'row' },
+        file,
+        open && el('small', {}, ' still written'),
+        fault && el('small', {}, ` ✕ ${fault}`)
+      ),
+      cell('First', first ? clockTime(first) : '–'),
+      cell('Last', last ? clockTime(last) : '–'),
+      cell('Rows', count(rows)),
+      cell('Size', bytes(size)),
+      cell('Download', files)
+    );
   }
 }
 

@@ -1,14 +1,16 @@
 // Numbers and sizes as text.
 
-// A value as the interface sends it: a number, "nan", "inf", "-inf", or null. Seven digits are what a float has.
+const kFloatDigits = 9;
+
+// A value as the interface sends it: a number, "nan", "inf", "-inf", or null. That of a log is shown as it is; what has
+// more digits than a float was calculated, and seven of them are meant.
 export function value(raw) {
   if (raw === null || raw === undefined) return '–';
-  return typeof raw === 'number' ? String(Number(raw.toPrecision(7))) : raw;
+  if (typeof raw !== 'number') return raw;
+  return raw === Number(raw.toPrecision(kFloatDigits)) ? String(raw) : String(Number(raw.toPrecision(7)));
 }
 
 export const withUnit = (raw, unit) => value(raw) + (unit ? ' ' + unit : '');
-
-export const finite = raw => (typeof raw === 'number' ? raw : null);
 
 // 1 234 567; a count can be not known yet.
 export const count = number => String(number ?? '–').replace(/\B(?=(\d{3})+$)/g, '\u202f');

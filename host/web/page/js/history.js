@@ -1,7 +1,7 @@
 // The newest samples of a logger, so that a curve goes on without asking for rows: a ring of numbers.
 
 const kSamples = 1200;
-const kCells = 1200e3;  // with many variables fewer samples are kept, at most this many numbers
+const kCells = 1200e3; // with many variables fewer samples are kept, at most this many numbers
 
 export class History {
   #width;
@@ -9,7 +9,7 @@ export class History {
   #values;
   #times;
   #count = 0;
-  isSeeded = false;  // whether the logs have been asked for the samples before the first one
+  isSeeded = false; // whether the logs have been asked for the samples before the first one
 
   constructor(variables) {
     this.#width = variables;

@@ -12,7 +12,8 @@ async function send(event) {
 
 // The server leads back to this page after a failure.
 const kWords = {
-  '?failed': 'The name or the password is wrong.', '?wait': 'There were too many attempts. Wait a minute and try again.'
+  '?failed': 'The name or the password is wrong.',
+  '?wait': 'There were too many attempts. Wait a minute and try again.'
 };
 
 // The words of the fault; empty after a success.

@@ -11,7 +11,10 @@ import { clockTime, serverNow, zone } from './time.js';
 import * as values from './values.js';
 
 const kPages = {
-  overview: ['Overview', overview], values: ['Values', values], chart: ['Chart', chart], files: ['Files', files],
+  overview: ['Overview', overview],
+  values: ['Values', values],
+  chart: ['Chart', chart],
+  files: ['Files', files],
   messages: ['Messages', messages]
 };
 const main = document.querySelector('main');
@@ -30,12 +33,21 @@ function show() {
   showPages();
 }
 
-// The links keep the logger that is looked at.
+const visited = {}; // page to the logger and the address of its newest view
+
+// The links keep the logger that is looked at, and lead back to the view that a page had of it.
 function showPages() {
   const { page, parameters } = where();
   const logger = parameters.get('logger');
-  fill(document.querySelector('nav'), Object.entries(kPages).map(([name, [title]]) =>
-    el('a', { href: link(name, { logger }), 'aria-current': name === page ? 'page' : null }, title)));
+  const href = name =>
+    name !== page && visited[name]?.logger === logger ? visited[name].hash : link(name, { logger });
+  visited[page] = { logger, hash: location.hash };
+  fill(
+    document.querySelector('nav'),
+    Object.entries(kPages).map(([name, [title]]) =>
+      el('a', { href: href(name), 'aria-current': name === page ? 'page' : null }, title)
+    )
+  );
 }
 
 // The fragment is the view, so the link to the content cannot be one.
@@ -44,7 +56,7 @@ document.querySelector('.skip').addEventListener('click', event => {
   main.focus();
 });
 
-let lost = null;  // the newest state of the link that is not up, and when it came
+let lost = null; // the newest state of the link that is not up, and when it came
 
 function showLink(state) {
   document.body.classList.toggle('lost', !state.up);
@@ -69,7 +81,10 @@ function showAbout() {
   fill(document.querySelector('#about'), `Vastra ${version} · `, time);
   const tick = () => setText(time, `${clockTime(serverNow())}, ${zone()}`);
   tick();
-  setInterval(() => { tick(); countDown(); }, 1000);
+  setInterval(() => {
+    tick();
+    countDown();
+  }, 1000);
   if (user !== null)
     fill(document.querySelector('.account'), el('span', {}, user), el('button', { onclick: logOut }, 'Log out'));
 }
@@ -78,7 +93,11 @@ async function start() {
   try {
     await model.start();
   } catch (error) {
-    fill(main, el('h1', {}, 'Vastra'), el('p', { class: 'fault', role: 'alert' }, faultWords(error) + '. Trying again.'));
+    fill(
+      main,
+      el('h1', {}, 'Vastra'),
+      el('p', { class: 'fault', role: 'alert' }, faultWords(error) + '. Trying again.')
+    );
     return setTimeout(start, 3000);
   }
   showAbout();

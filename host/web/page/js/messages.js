@@ -6,14 +6,16 @@ import { link, remember } from './router.js';
 import { dateTime } from './time.js';
 import { loggerChoice, loggerNotice, whenKnown } from './widgets.js';
 
-const kSeverities = ['notice', 'warning', 'error', 'fatal'];  // the least first
+const kSeverities = ['notice', 'warning', 'error', 'fatal']; // the least first
 const kSigns = { notice: '·', warning: '!', error: '✕', fatal: '✕' };
 const kShown = 1000;
 const isLive = logger => logger.kind === 'logger';
 
 export function show(main, parameters) {
   let page = null;
-  const end = whenKnown(() => { page = new MessagesPage(main, parameters); });
+  const end = whenKnown(() => {
+    page = new MessagesPage(main, parameters);
+  });
   return () => {
     end();
     page?.end();
@@ -28,7 +30,7 @@ class MessagesPage {
   #follow = el('input', { type: 'checkbox', checked: true });
   #count = el('p', { class: 'hint', role: 'status' });
   #list = el('ol', { class: 'messages', tabindex: 0, 'aria-label': 'Messages' });
-  #made = new Map();  // a message to its row
+  #made = new Map(); // a message to its row
   #ends = [];
 
   constructor(main, parameters) {
@@ -50,12 +52,21 @@ class MessagesPage {
   }
 
   #loggers() {
-    return this.#logger ? [this.#logger] : model.loggers().filter(isLive).map(one => one.name);
+    return this.#logger
+      ? [this.#logger]
+      : model
+          .loggers()
+          .filter(isLive)
+          .map(one => one.name);
   }
 
   #makeFields(parameters) {
-    fill(this.#severity, kSeverities.map((name, i) =>
-      el('option', { value: name }, i === 0 ? 'all' : i === 3 ? name : name + ' and worse')));
+    fill(
+      this.#severity,
+      kSeverities.map((name, i) =>
+        el('option', { value: name }, i === 0 ? 'all' : i === 3 ? name : name + ' and worse')
+      )
+    );
     this.#severity.value = kSeverities.includes(parameters.get('severity')) ? parameters.get('severity') : 'notice';
     this.#search.value = parameters.get('search') ?? '';
     this.#offerLinks([], parameters.get('link') ?? '');
@@ -64,29 +75,53 @@ class MessagesPage {
   #make(main) {
     const notice = loggerNotice(this.#logger);
     this.#ends.push(notice.end);
-    const choice = loggerChoice(this.#logger, name => { location.hash = link('messages', { logger: name }); },
-      { all: 'all', fits: isLive });
-    main.append(el('div', { class: 'tools' }, choice, el('label', {}, 'Severity ', this.#severity),
-      el('label', {}, 'Link ', this.#link), el('label', {}, 'Search ', this.#search),
-      el('label', { class: 'check' }, this.#follow, ' Follow')), notice.element, this.#count, this.#list);
+    const choice = loggerChoice(
+      this.#logger,
+      name => {
+        location.hash = link('messages', { logger: name });
+      },
+      { all: 'all', fits: isLive }
+    );
+    main.append(
+      el(
+        'div',
+        { class: 'tools' },
+        choice,
+        el('label', {}, 'Severity ', this.#severity),
+        el('label', {}, 'Link ', this.#link),
+        el('label', {}, 'Search ', this.#search),
+        el('label', { class: 'check' }, this.#follow, ' Follow')
+      ),
+      notice.element,
+      this.#count,
+      this.#list
+    );
   }
 
   #paint() {
-    const all = this.#loggers().flatMap(model.messages).sort((a, b) => a.time - b.time);
+    const all = this.#loggers()
+      .flatMap(model.messages)
+      .sort((a, b) => a.time - b.time);
     this.#offerLinks(all, this.#link.value);
     const found = all.filter(this.#filter()).slice(-kShown);
     setText(this.#count, all.length ? `${found.length} of ${plural(all.length, 'message')}` : 'There is no message.');
     this.#showRows(found);
-    remember('messages', { logger: this.#logger, link: this.#link.value, search: this.#search.value,
-      severity: this.#severity.value === 'notice' ? null : this.#severity.value });
+    remember('messages', {
+      logger: this.#logger,
+      link: this.#link.value,
+      search: this.#search.value,
+      severity: this.#severity.value === 'notice' ? null : this.#severity.value
+    });
   }
 
   #filter() {
-    const least = kSeverities.indexOf(this.#severity.value), kind = this.#link.value;
+    const least = kSeverities.indexOf(this.#severity.value),
+      kind = this.#link.value;
     const words = this.#search.value.toLowerCase().split(/\s+/).filter(Boolean);
     return message => {
       if (kSeverities.indexOf(message.severity) < least || (kind && message.link !== kind)) return false;
-      const text = `${message.place ?? ''} ${message.name} ${message.function} ${message.link} ${wordsOf(message)}`.toLowerCase();
+      const text =
+        `${message.place ?? ''} ${message.name} ${message.function} ${message.link} ${wordsOf(message)}`.toLowerCase();
       return words.every(word => text.includes(word));
     };
   }
@@ -95,7 +130,11 @@ class MessagesPage {
   #offerLinks(all, chosen) {
     const names = [...new Set([...all.map(message => message.link), chosen])].filter(Boolean).sort();
     if (this.#link.options.length !== names.length + 1)
-      fill(this.#link, el('option', { value: '' }, 'all'), names.map(name => el('option', { value: name }, name)));
+      fill(
+        this.#link,
+        el('option', { value: '' }, 'all'),
+        names.map(name => el('option', { value: name }, name))
+      );
     this.#link.value = chosen;
   }
 
@@ -105,17 +144,28 @@ class MessagesPage {
     this.#made = new Map(found.map((message, i) => [message, rows[i]]));
     const kept = new Set(rows);
     for (const row of [...this.#list.children]) if (!kept.has(row)) row.remove();
-    rows.forEach((row, i) => { if (this.#list.children[i] !== row) this.#list.insertBefore(row, this.#list.children[i] ?? null); });
+    rows.forEach((row, i) => {
+      if (this.#list.children[i] !== row) this.#list.insertBefore(row, this.#list.children[i] ?? null);
+    });
     this.#scroll();
   }
 
   #makeRow(message) {
     const { time, severity, function: what, link: kind, name, place, logger } = message;
-    return el('li', { class: severity },
+    return el(
+      'li',
+      { class: severity },
       el('span', { class: 'when' }, dateTime(time)),
       el('span', { class: 'severity' }, `${kSigns[severity] ?? ''} ${severity}`),
-      el('span', { class: 'who' }, !this.#logger && el('b', {}, logger + ' '), place || `${name} · ${what}`, el('small', {}, ' ' + kind)),
-      el('span', { class: 'text' }, wordsOf(message)));
+      el(
+        'span',
+        { class: 'who' },
+        !this.#logger && el('b', {}, logger + ' '),
+        place || `${name} · ${what}`,
+        el('small', {}, ' ' + kind)
+      ),
+      el('span', { class: 'text' }, wordsOf(message))
+    );
   }
 
   #scroll() {

@@ -5,15 +5,21 @@ import { fullest, merged } from './rows.js';
 import { Tabs } from './tabs.js';
 import { serverNow, setServerNow, setZone } from './time.js';
 
-const kMessages = 1000;  // of each logger
-const kSeeded = 100;     // variables
-const kSeedRows = 120;   // periods of the logger that it goes back
+const kMessages = 1000; // of each logger
+const kSeeded = 100; // variables
+const kSeedRows = 120; // periods of the logger that it goes back
 const kSeedLimit = 1000;
 
 const listeners = new Map();
-const views = new Map();  // what each open view wants
+const views = new Map(); // what each open view wants
 const state = {
-  about: null, link: { up: true }, loggers: null, listFault: '', variables: new Map(), samples: new Map(), messages: new Map(),
+  about: null,
+  link: { up: true },
+  loggers: null,
+  listFault: '',
+  variables: new Map(),
+  samples: new Map(),
+  messages: new Map(),
   histories: new Map()
 };
 const tabs = new Tabs(take, snapshot);
@@ -56,11 +62,15 @@ export async function start() {
   setServerNow(state.about.now);
   tabs.start(union());
   addEventListener('online', () => tabs.hurry());
-  document.addEventListener('visibilitychange', () => { if (!document.hidden) tabs.hurry(); });
+  document.addEventListener('visibilitychange', () => {
+    if (!document.hidden) tabs.hurry();
+  });
 }
 
 const takers = {
-  link: data => { state.link = data; },
+  link: data => {
+    state.link = data;
+  },
   now: ({ now }) => setServerNow(now),
   loggers: takeLoggers,
   variables: takeVariables,
@@ -96,9 +106,11 @@ export async function seed(logger) {
   if (names.length === 0 || names.length > kSeeded) return;
   const from = Math.round(serverNow() - kSeedRows * Math.max(100, loggerPeriod(logger)));
   const { rows } = await get(loggerAddress(logger, 'rows', { from, vars: names, limit: kSeedLimit }));
-  const newer = state.histories.get(logger), history = new History(names.length);
+  const newer = state.histories.get(logger),
+    history = new History(names.length);
   history.isSeeded = newer.isSeeded = true;
-  for (const [time, ...values] of fullest(merged(rows))) if (time < (newer.oldest ?? Infinity)) history.add({ time, values });
+  for (const [time, ...values] of fullest(merged(rows)))
+    if (time < (newer.oldest ?? Infinity)) history.add({ time, values });
   newer.visitFrom(0, (time, at) => history.add({ time, values: names.map((_, i) => at(i)) }));
   state.histories.set(logger, history);
 }
@@ -122,7 +134,10 @@ function takeMessage(message) {
 }
 
 function snapshot() {
-  const events = [['now', { now: serverNow() }], ['link', state.link]];
+  const events = [
+    ['now', { now: serverNow() }],
+    ['link', state.link]
+  ];
   if (state.loggers) events.push(['loggers', { loggers: state.loggers, fault: state.listFault }]);
   for (const [logger, variables] of state.variables) events.push(['variables', { logger, variables }]);
   for (const sample of state.samples.values()) events.push(['sample', sample]);

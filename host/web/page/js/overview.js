@@ -8,12 +8,15 @@ import { duration, serverNow, shortTime } from './time.js';
 export function show(main) {
   const summary = el('p', { class: 'summary', role: 'status' }, 'Waiting for the loggers ...');
   const cards = el('div', { class: 'cards' });
-  const made = new Map();  // a card stays the same element, so that the focus in it stays
+  const made = new Map(); // a card stays the same element, so that the focus in it stays
   main.append(summary, cards);
   const paint = paced(() => {
     if (!model.isKnown()) return;
     showSummary(summary);
-    fill(cards, model.loggers().map(logger => paintCard(made, logger)));
+    fill(
+      cards,
+      model.loggers().map(logger => paintCard(made, logger))
+    );
   }, 500);
   const ends = [model.on('loggers', paint), model.on('link', paint)];
   const timer = setInterval(paint, 1000);
@@ -26,11 +29,15 @@ export function show(main) {
 }
 
 function showSummary(element) {
-  const all = model.loggers(), bad = all.filter(logger => !isWell(logger));
-  const words = model.listFault() ? `The loggers cannot all be found: ${model.listFault()}.`
-    : all.length === 0 ? 'There is no logger on this machine.'
-    : bad.length === 0 ? `All is well: ${plural(all.length, 'logger')}.`
-      : `${plural(bad.length, 'logger')} of ${all.length} not well: ${bad.map(logger => logger.name).join(', ')}.`;
+  const all = model.loggers(),
+    bad = all.filter(logger => !isWell(logger));
+  const words = model.listFault()
+    ? `The loggers cannot all be found: ${model.listFault()}.`
+    : all.length === 0
+      ? 'There is no logger on this machine.'
+      : bad.length === 0
+        ? `All is well: ${plural(all.length, 'logger')}.`
+        : `${plural(bad.length, 'logger')} of ${all.length} not well: ${bad.map(logger => logger.name).join(', ')}.`;
   if (element.textContent !== words) element.textContent = words;
   element.classList.toggle('bad', bad.length > 0 || model.listFault() !== '');
 }
@@ -50,11 +57,22 @@ function paintCard(made, logger) {
 }
 
 function makeCard({ name, kind }) {
-  const state = el('p', { class: 'state' }), facts = el('dl'), problems = el('div', { class: 'problems' });
+  const state = el('p', { class: 'state' }),
+    facts = el('dl'),
+    problems = el('div', { class: 'problems' });
   const pages = kind === 'folder' ? ['chart', 'files'] : ['values', 'chart', 'files', 'messages'];
-  const links = pages.map(page => el('a', { href: link(page, { logger: name }) }, page[0].toUpperCase() + page.slice(1)));
-  const element = el('article', { class: 'card', 'aria-label': name }, el('h2', {}, name), state, problems, facts,
-    el('p', { class: 'links' }, links));
+  const links = pages.map(page =>
+    el('a', { href: link(page, { logger: name }) }, page[0].toUpperCase() + page.slice(1))
+  );
+  const element = el(
+    'article',
+    { class: 'card', 'aria-label': name },
+    el('h2', {}, name),
+    state,
+    problems,
+    facts,
+    el('p', { class: 'links' }, links)
+  );
   return { element, state, facts, problems };
 }
 
@@ -67,13 +85,18 @@ function stateWords(logger) {
 
 function factsOf(logger) {
   if (!logger || logger.kind === 'folder') return [];
-  const stages = logger.stages ?? [], folders = logger.folders ?? [];
+  const stages = logger.stages ?? [],
+    folders = logger.folders ?? [];
   const sum = key => stages.reduce((total, stage) => total + (stage[key] ?? 0), 0);
-  const kept = sum('kept'), waiting = sum('waiting');
+  const kept = sum('kept'),
+    waiting = sum('waiting');
   return [
     fact('Last sample', lastSample(logger)),
-    fact('Read', count(logger.read) + (logger.failedReads ? `, ${count(logger.failedReads)} failed` : ''),
-      logger.failedReads > 0),
+    fact(
+      'Read',
+      count(logger.read) + (logger.failedReads ? `, ${count(logger.failedReads)} failed` : ''),
+      logger.failedReads > 0
+    ),
     fact('Rows', count(kept) + (waiting ? `, ${count(waiting)} in the journal` : '')),
     fact('Late', count(logger.late), logger.late > 0),
     fact('Lost', plural(logger.lost, 'row'), logger.lost > 0),
@@ -105,9 +128,25 @@ function problemsOf(logger) {
   const away = [...(logger.nodes ?? []), ...(logger.writes ?? [])].filter(node => !node.up);
   const error = logger.lastError;
   return [
-    lines.length > 0 && el('ul', {}, lines.map(line => el('li', {}, line))),
-    away.map(node => el('p', {}, `${node.name} is away since ${shortTime(node.since)}: ${node.reason}`
-      + (node.next ? `. Asked again at ${shortTime(node.next)}` : ''))),
-    error && el('p', { class: 'error' }, `Last error, ${shortTime(error.time)}: ${error.place ?? error.name}: ${error.words ?? error.text}`)
+    lines.length > 0 &&
+      el(
+        'ul',
+        {},
+        lines.map(line => el('li', {}, line))
+      ),
+    away.map(node =>
+      el(
+        'p',
+        {},
+        `${node.name} is away since ${shortTime(node.since)}: ${node.reason}` +
+          (node.next ? `. Asked again at ${shortTime(node.next)}` : '')
+      )
+    ),
+    error &&
+      el(
+        'p',
+        { class: 'error' },
+        `Last error, ${shortTime(error.time)}: ${error.place ?? error.name}: ${error.words ?? error.text}`
+      )
   ].flat();
 }

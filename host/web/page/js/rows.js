@@ -6,7 +6,10 @@ export function merged(rows) {
   for (const row of rows) {
     const last = result.at(-1);
     if (last?.[0] !== row[0]) result.push(row.slice());
-    else row.forEach((value, i) => { if (value !== null) last[i] = value; });
+    else
+      row.forEach((value, i) => {
+        if (value !== null) last[i] = value;
+      });
   }
   return result;
 }

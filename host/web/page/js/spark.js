@@ -23,7 +23,8 @@ export function sparkLook(canvas) {
 }
 
 function bounds(points) {
-  let least = Infinity, greatest = -Infinity;
+  let least = Infinity,
+    greatest = -Infinity;
   for (const [, value] of points) {
     if (value < least) least = value;
     if (value > greatest) greatest = value;

@@ -6,19 +6,19 @@
 // without TLS, too.
 import { Stream } from './stream.js';
 
-const kJoin = 400;        // ms until a new tab leads, if no leader answers
-const kLeaderGone = 8e3;  // ms without a word of the leader, which has an event at least every 5 s
-const kTabGone = 60e3;    // ms without a word of a tab
+const kJoin = 400; // ms until a new tab leads, if no leader answers
+const kLeaderGone = 8e3; // ms without a word of the leader, which has an event at least every 5 s
+const kTabGone = 60e3; // ms without a word of a tab
 
 export class Tabs {
   #id = Math.random().toString(36).slice(2);
   #channel = 'BroadcastChannel' in globalThis ? new BroadcastChannel('vastra') : null;
   #deliver;
   #snapshot;
-  #stream = null;  // of the leader
-  #asked = '';     // what the stream was asked for
+  #stream = null; // of the leader
+  #asked = ''; // what the stream was asked for
   #wants = { sample: [], message: [] };
-  #others = new Map();  // what the other tabs want: id to { wants, heard }
+  #others = new Map(); // what the other tabs want: id to { wants, heard }
   #heard = 0;
 
   // Hands each event to `deliver(type, data)`. `snapshot()` lists the events that a new tab needs as [type, data].
@@ -33,10 +33,14 @@ export class Tabs {
     this.#channel.addEventListener('message', ({ data }) => this.#take(data));
     this.#post('join', { wants });
     this.#heard = Date.now();
-    setTimeout(() => { if (!this.#stream && Date.now() - this.#heard >= kJoin - 50) this.#lead(); }, kJoin);
+    setTimeout(() => {
+      if (!this.#stream && Date.now() - this.#heard >= kJoin - 50) this.#lead();
+    }, kJoin);
     setInterval(() => this.#look(), 2000);
     addEventListener('pagehide', () => this.#leave());
-    addEventListener('pageshow', event => { if (event.persisted) this.#post('join', { wants: this.#wants }); });
+    addEventListener('pageshow', event => {
+      if (event.persisted) this.#post('join', { wants: this.#wants });
+    });
   }
 
   want(wants) {
@@ -62,7 +66,9 @@ export class Tabs {
       bye: () => this.#forget(message),
       lead: () => this.#meetLeader(message.from),
       event: () => this.#pass(message),
-      snapshot: () => { if (message.to === this.#id) for (const event of message.events) this.#deliver(...event); },
+      snapshot: () => {
+        if (message.to === this.#id) for (const event of message.events) this.#deliver(...event);
+      },
       hurry: () => this.#stream?.hurry()
     };
     handlers[message.kind]?.();

@@ -7,7 +7,13 @@ let clock = { server: Date.now(), here: performance.now() };
 
 function makeFormatter(timeZone) {
   return new Intl.DateTimeFormat('en-GB', {
-    timeZone, hourCycle: 'h23', year: 'numeric', month: '2-digit', day: '2-digit', hour: '2-digit', minute: '2-digit',
+    timeZone,
+    hourCycle: 'h23',
+    year: 'numeric',
+    month: '2-digit',
+    day: '2-digit',
+    hour: '2-digit',
+    minute: '2-digit',
     second: '2-digit'
   });
 }
@@ -41,7 +47,7 @@ export function offset(ms) {
   let found = offsets.get(quarter);
   if (found === undefined) {
     if (offsets.size > 5000) offsets.clear();
-    offsets.set(quarter, found = offsetOf(quarter * 900e3));
+    offsets.set(quarter, (found = offsetOf(quarter * 900e3)));
   }
   return found;
 }
@@ -57,7 +63,8 @@ export const toWall = ms => ms + offset(ms);
 
 // Of an hour that the clock shows twice the first one; of one that it leaves out, as if it had not been changed yet.
 export function fromWall(wall) {
-  const before = offset(wall - kDay), after = offset(wall + kDay);
+  const before = offset(wall - kDay),
+    after = offset(wall + kDay);
   if (toWall(wall - before) === wall) return wall - before;
   return toWall(wall - after) === wall ? wall - after : wall - before;
 }
@@ -65,7 +72,8 @@ export function fromWall(wall) {
 const isTwice = ms => toWall(ms + 3600e3) === toWall(ms) || toWall(ms - 3600e3) === toWall(ms);
 
 function offsetText(ms) {
-  const minutes = Math.round(offset(ms) / 60e3), size = Math.abs(minutes);
+  const minutes = Math.round(offset(ms) / 60e3),
+    size = Math.abs(minutes);
   const two = number => String(number).padStart(2, '0');
   return (minutes < 0 ? '-' : '+') + two(Math.floor(size / 60)) + ':' + two(size % 60);
 }
@@ -96,7 +104,11 @@ export function midnight(ms, days = 0) {
   return fromWall(Math.floor(toWall(ms) / kDay) * kDay + days * kDay);
 }
 
-const kUnits = [[86400, 'd'], [3600, 'h'], [60, 'min']];
+const kUnits = [
+  [86400, 'd'],
+  [3600, 'h'],
+  [60, 'min']
+];
 
 // 45 s, 12 min, 3 h 5 min, 2 d 4 h
 export function duration(ms) {
@@ -112,9 +124,41 @@ export function duration(ms) {
   return (ms < 0 ? '-' : '') + words.slice(0, 2).join(' ');
 }
 
-const kSteps = [1, 2, 5, 10, 20, 50, 100, 200, 500, 1e3, 2e3, 5e3, 10e3, 15e3, 30e3, 60e3, 120e3, 300e3, 600e3, 900e3,
-  1800e3, 3600e3, 7200e3, 3 * 3600e3, 6 * 3600e3, 12 * 3600e3, kDay, 2 * kDay, 7 * kDay, 14 * kDay, 30 * kDay,
-  90 * kDay, 365 * kDay];
+const kSteps = [
+  1,
+  2,
+  5,
+  10,
+  20,
+  50,
+  100,
+  200,
+  500,
+  1e3,
+  2e3,
+  5e3,
+  10e3,
+  15e3,
+  30e3,
+  60e3,
+  120e3,
+  300e3,
+  600e3,
+  900e3,
+  1800e3,
+  3600e3,
+  7200e3,
+  3 * 3600e3,
+  6 * 3600e3,
+  12 * 3600e3,
+  kDay,
+  2 * kDay,
+  7 * kDay,
+  14 * kDay,
+  30 * kDay,
+  90 * kDay,
+  365 * kDay
+];
 
 // About `count` round times of a range. They are whole on the wall clock: from two hours on a step is one of the wall
 // clock, so that 06:00 stays 06:00 through a change of summer time.
@@ -138,7 +182,8 @@ export function tickLabels(times) {
   const step = times.length > 1 ? times[1] - times[0] : kDay;
   let shown = '';
   return times.map(t => {
-    const text = iso(t), date = text.slice(0, 10);
+    const text = iso(t),
+      date = text.slice(0, 10);
     const isNew = date !== shown;
     shown = date;
     if (step >= 23 * 3600e3) return date;

@@ -14,7 +14,9 @@ const isLive = logger => logger.kind === 'logger';
 
 export function show(main, parameters) {
   let page = null;
-  const end = whenKnown(() => { page = new ValuesPage(main, parameters); });
+  const end = whenKnown(() => {
+    page = new ValuesPage(main, parameters);
+  });
   return () => {
     end();
     page?.end();
@@ -23,24 +25,33 @@ export function show(main, parameters) {
 
 class ValuesPage {
   #logger;
-  #found = [];  // indices of the variables that fit the search
+  #found = []; // indices of the variables that fit the search
   #list = new VirtualList(kRowHeight, () => this.#makeRow());
   #search;
-  #look = null;  // of the curves: size and colour, read once in each painting
+  #look = null; // of the curves: size and colour, read once in each painting
   #count = el('span', { role: 'status' });
   #time = el('span');
   #ends = [];
 
   constructor(main, parameters) {
     this.#logger = chosenLogger(parameters, isLive);
-    this.#search = el('input', { type: 'search', placeholder: 'Name, unit or node', value: parameters.get('search') ?? '' });
+    this.#search = el('input', {
+      type: 'search',
+      placeholder: 'Name, unit or node',
+      value: parameters.get('search') ?? ''
+    });
     this.#make(main);
     const paint = paced(() => this.#paint());
     const find = settled(() => this.#find(), 120);
     this.#search.addEventListener('input', find);
-    this.#ends.push(paint.end, find.end, () => this.#list.end(),
-      model.on('variables', () => this.#start()), model.on('sample', paint),
-      () => model.want(this, null));
+    this.#ends.push(
+      paint.end,
+      find.end,
+      () => this.#list.end(),
+      model.on('variables', () => this.#start()),
+      model.on('sample', paint),
+      () => model.want(this, null)
+    );
     model.want(this, { sample: this.#logger ? [this.#logger] : [] });
     this.#start();
   }
@@ -58,13 +69,29 @@ class ValuesPage {
   #make(main) {
     const notice = loggerNotice(this.#logger);
     this.#ends.push(notice.end);
-    const choice = loggerChoice(this.#logger, name => { location.hash = link('values', { logger: name }); }, { fits: isLive });
-    const head = el('div', { class: 'row head', role: 'row', 'aria-rowindex': 1 },
-      ['Variable', 'Value', 'Newest'].map(name => el('span', { role: 'columnheader' }, name)));
+    const choice = loggerChoice(
+      this.#logger,
+      name => {
+        location.hash = link('values', { logger: name });
+      },
+      { fits: isLive }
+    );
+    const head = el(
+      'div',
+      { class: 'row head', role: 'row', 'aria-rowindex': 1 },
+      ['Variable', 'Value', 'Newest'].map(name => el('span', { role: 'columnheader' }, name))
+    );
     main.append(
-      el('div', { class: 'tools' }, choice, el('label', {}, 'Search ', this.#search)), notice.element,
+      el('div', { class: 'tools' }, choice, el('label', {}, 'Search ', this.#search)),
+      notice.element,
       el('p', { class: 'hint' }, this.#count, ' ', this.#time),
-      el('div', { class: 'values', role: 'table', 'aria-label': 'Values' }, el('div', { role: 'rowgroup' }, head), this.#list.element));
+      el(
+        'div',
+        { class: 'values', role: 'table', 'aria-label': 'Values' },
+        el('div', { role: 'rowgroup' }, head),
+        this.#list.element
+      )
+    );
   }
 
   #find() {
@@ -72,8 +99,14 @@ class ValuesPage {
     const variables = model.variables(this.#logger) ?? [];
     this.#found = [...variables.keys()].filter(i => fits(variables[i], words));
     const all = plural(variables.length, 'variable');
-    setText(this.#count, !model.variables(this.#logger) ? 'Waiting for the variables ...'
-      : words.length ? `${this.#found.length} of ${all}` : all);
+    setText(
+      this.#count,
+      !model.variables(this.#logger)
+        ? 'Waiting for the variables ...'
+        : words.length
+          ? `${this.#found.length} of ${all}`
+          : all
+    );
     remember('values', { logger: this.#logger, search: this.#search.value });
     this.#list.resize(this.#found.length);
     this.#paint();
@@ -87,10 +120,18 @@ class ValuesPage {
   }
 
   #makeRow() {
-    const name = el('a'), node = el('small'), now = el('b'), unit = el('small');
+    const name = el('a'),
+      node = el('small'),
+      now = el('b'),
+      unit = el('small');
     const spark = el('canvas', { 'aria-hidden': 'true' });
-    const element = el('div', { class: 'row', role: 'row' }, el('span', { role: 'cell' }, name, node),
-      el('span', { role: 'cell', class: 'value' }, now, ' ', unit), el('span', { role: 'cell' }, spark));
+    const element = el(
+      'div',
+      { class: 'row', role: 'row' },
+      el('span', { role: 'cell' }, name, node),
+      el('span', { role: 'cell', class: 'value' }, now, ' ', unit),
+      el('span', { role: 'cell' }, spark)
+    );
     return { element, show: index => this.#showRow({ name, node, now, unit, spark }, this.#found[index]) };
   }
 
@@ -109,7 +150,7 @@ class ValuesPage {
   #drawSpark(canvas, i) {
     const points = [];
     model.history(this.#logger)?.visit(i, kSparkSamples, (time, number) => points.push([time, number]));
-    drawSpark(canvas, points, this.#look ??= sparkLook(canvas));
+    drawSpark(canvas, points, (this.#look ??= sparkLook(canvas)));
   }
 }
 

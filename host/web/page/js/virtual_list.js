@@ -1,7 +1,7 @@
 // A list of rows of one height in which only the rows on the screen exist: a thousand variables cost what twenty cost.
 import { el } from './dom.js';
 
-const kExtra = 4;  // rows above and below the screen, for a quick finger
+const kExtra = 4; // rows above and below the screen, for a quick finger
 
 export class VirtualList {
   #height;
@@ -17,7 +17,9 @@ export class VirtualList {
     this.#make = make;
     this.element = el('div', { class: 'virtual', role: 'rowgroup' });
     for (const type of ['scroll', 'resize']) {
-      const listener = () => { this.#frame ||= requestAnimationFrame(() => this.#scroll()); };
+      const listener = () => {
+        this.#frame ||= requestAnimationFrame(() => this.#scroll());
+      };
       addEventListener(type, listener, { passive: true });
       this.#ends.push(() => removeEventListener(type, listener));
     }

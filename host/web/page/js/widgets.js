@@ -11,10 +11,17 @@ export function chosenLogger(parameters, fits = () => true) {
 
 // Which logger is looked at. `all`: a choice for all of them, as the empty name.
 export function loggerChoice(name, change, { all = null, fits = () => true } = {}) {
-  const names = model.loggers().filter(fits).map(logger => logger.name);
+  const names = model
+    .loggers()
+    .filter(fits)
+    .map(logger => logger.name);
   if (name && !names.includes(name)) names.push(name);
-  const select = el('select', { onchange: () => change(select.value) },
-    all && el('option', { value: '' }, all), names.map(one => el('option', { value: one }, one)));
+  const select = el(
+    'select',
+    { onchange: () => change(select.value) },
+    all && el('option', { value: '' }, all),
+    names.map(one => el('option', { value: one }, one))
+  );
   select.value = name ?? '';
   return el('label', {}, 'Logger ', select);
 }
@@ -64,10 +71,16 @@ export function rangeFields(change) {
     fill(fault, words);
     if (!words) change(...range);
   };
-  const element = el('form', { class: 'range', onsubmit: submit }, el('label', {}, 'From ', from),
-    el('label', {}, 'To ', to), el('button', {}, 'Show'), fault);
+  const element = el(
+    'form',
+    { class: 'range', onsubmit: submit },
+    el('label', {}, 'From ', from),
+    el('label', {}, 'To ', to),
+    el('button', {}, 'Show'),
+    fault
+  );
   const set = (a, b) => {
-    if (element.contains(document.activeElement)) return;  // somebody types
+    if (element.contains(document.activeElement)) return; // somebody types
     from.value = toField(a);
     to.value = toField(b);
   };
@@ -81,6 +94,7 @@ function rangeFault(from, to) {
 
 // The range of the address, otherwise whole days up to and with today.
 export function rangeOf(parameters, days) {
-  const from = Number(parameters.get('from')), to = Number(parameters.get('to'));
+  const from = Number(parameters.get('from')),
+    to = Number(parameters.get('to'));
   return from < to ? [from, to] : [midnight(serverNow(), 1 - days), midnight(serverNow(), 1)];
 }
