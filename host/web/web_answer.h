@@ -54,8 +54,9 @@ class CWebBody {
 // answers.
 using CWebStop = std::function<bool()>;
 
-// A stream of events. Connecting it gives the function that takes what there is to send, or returns false; no
-// function if there are too many streams. onReady is called when there is something again, on any thread.
+// A stream of events. Connecting it gives the function that takes what there is to send, or returns false;
+// true without a text ends the stream. No function: there are too many streams. onReady is called when there
+// is something again, on any thread.
 using CTakeEvents = std::function<bool(std::string& text)>;
 using CConnectEvents = std::function<CTakeEvents(std::function<void()> onReady)>;
 

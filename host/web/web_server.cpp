@@ -59,7 +59,11 @@ struct CBodySource {
   bool NextPiece(ssize_t& end) {
     piece.clear();
     sent = 0;
-    if (take) return take(piece);
+    if (take) {
+      if (!take(piece)) return false;
+      if (piece.empty()) end = MHD_CONTENT_READER_END_OF_STREAM;
+      return !piece.empty();
+    }
     const CWebExchange::EPiece state = exchange->TakePiece(piece);
     if (state == CWebExchange::EPiece::last) end = MHD_CONTENT_READER_END_OF_STREAM;
     if (state == CWebExchange::EPiece::broken) end = MHD_CONTENT_READER_END_WITH_ERROR;

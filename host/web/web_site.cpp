@@ -16,6 +16,8 @@ constexpr const char* kCookie = "vastra-session";
 
 using Clock = std::chrono::steady_clock;
 
+constexpr std::chrono::seconds kLookAgain{5};  // whether the user of a stream still may
+
 // On each answer: nothing comes from other sites, and no other site gets or frames anything.
 constexpr std::pair<const char*, const char*> kHeaders[] = {
     {"Content-Security-Policy",
@@ -159,8 +161,7 @@ CWebAnswer CWebSite::Answer(const CWebRequest& request, const CWebStop& isStoppe
   if (!answer.file.empty()) {
     std::string name = answer.file;
     std::ranges::replace_if(
-        name, [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '"' || c == '\\' || c == '/'; },
-        '_');
+        name, [](char c) { return c < ' ' || c > '~' || c == '"' || c == '\\' || c == '/'; }, '_');
     answer.headers.emplace_back("Content-Disposition", "attachment; filename=\"" + name + "\"");
   }
   return answer;
@@ -278,6 +279,20 @@ CWebAnswer CWebSite::Messages(const CAsked& asked) {
   return m_watch.Messages(asked.address.name, asked.request.query);
 }
 
+// Whether the user of a stream that lasts is still one, looked at now and then.
+std::function<bool()> CWebSite::MayStillLook(const CAsked& asked) {
+  if (!asked.user) return [] { return true; };
+  const std::string number = CookieOf(asked.request.cookie, kCookie);
+  const std::string name = *asked.user, hash = m_users->HashOf(name);
+  const bool hasSession = m_sessions.Find(number, Clock::now()).has_value();
+  return [this, number, name, hash, hasSession, looked = Clock::now()]() mutable {
+    const Clock::time_point now = Clock::now();
+    if (now - looked < kLookAgain) return true;
+    looked = now;
+    return m_users->HashOf(name) == hash && (!hasSession || m_sessions.Find(number, now));
+  };
+}
+
 CWebAnswer CWebSite::Stream(const CAsked& asked) {
   const CWebQuery& query = asked.request.query;
   CStreamRequest request = {query.All("sample"), query.All("message")};
@@ -285,10 +300,10 @@ CWebAnswer CWebSite::Stream(const CAsked& asked) {
   if (request.samples.size() > kMost || request.messages.size() > kMost)
     return ErrorAnswer(400, "a stream has at most 100 loggers");
   CWebAnswer answer = {.type = "text/event-stream"};
-  answer.events = [this, request](std::function<void()> onReady) -> CTakeEvents {
+  answer.events = [this, request, may = MayStillLook(asked)](std::function<void()> onReady) -> CTakeEvents {
     auto stream = m_watch.Subscribe(request, std::move(onReady));
     if (!stream) return nullptr;
-    return [stream](std::string& text) { return stream->Take(text); };
+    return [stream, may](std::string& text) { return !may() || stream->Take(text); };
   };
   answer.headers.emplace_back("X-Accel-Buffering", "no");  // of a server in between
   return answer;

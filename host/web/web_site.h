@@ -34,6 +34,7 @@ class CWebSite : public CWebHandler {
   std::string WhatIsForeign(const CWebRequest& request) const;
   std::optional<std::string> UserOf(const CWebRequest& request);
   enum class ECheck { good, failed, wait };
+  std::function<bool()> MayStillLook(const CAsked& asked);
   ECheck Check(const CWebRequest& request, const std::string& name, const std::string& password);
 
   CWebAnswer Page(const CAsked& asked);

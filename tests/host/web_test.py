@@ -167,10 +167,15 @@ class WebTest(LogTest):
         # Failures wait, also with the right password.
         places = [attempt(password)[2]["Location"] for password in ("a", "b", "c", "se%cret")]
         self.assertEqual(["/login?failed"] * 3 + ["/login?wait"], places)
-        # A new password ends the sessions of the old one.
+        # A new password ends the sessions of the old one, and streams that last.
         self.assertEqual(200, about()[0])
+        stream = socket.create_connection(("127.0.0.1", self.port), timeout=20)
+        self.addCleanup(stream.close)
+        stream.sendall(b"GET /api/v1/stream HTTP/1.1\r\nHost: a\r\nConnection: close\r\n" + ("Cookie: %s\r\n\r\n" % cookie["Cookie"]).encode())
         subprocess.run([WEB, "passwd", "users", "anna"], input=b"other\n", cwd=self.folder, check=True)
         self.assertEqual(401, about()[0])
+        received = b"".join(iter(lambda: stream.recv(1 << 16), b""))
+        self.assertIn(b"event: now", received)
 
     def test_wrong_use(self):
         self.write("bad", "# users\nanna\n")
