@@ -89,8 +89,9 @@ void CLoggerRecord::Note(CMessageLine& message) {
 }
 
 void CLoggerRecord::Note(CLogLine& log) {
-  const std::string text = LogText(m_name, log);
-  m_logs.Add(ShareText([text] { return text; }), text.size());
+  std::string text = LogText(m_name, log);
+  const std::size_t bytes = text.size();
+  m_logs.Add(ShareText([text = std::move(text)] { return text; }), bytes);
 }
 
 CLoggerStatus CLoggerRecord::Status(Time now) const {
