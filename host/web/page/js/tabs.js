@@ -7,7 +7,7 @@
 import { Stream } from './stream.js';
 
 const kJoin = 400; // ms until a new tab leads, if no leader answers
-const kLeaderGone = 8e3; // ms without a word of the leader, which has an event at least every 5 s
+const kLeaderGone = 6e3; // ms without a word of the leader, which has an event at least every 5 s
 const kTabGone = 60e3; // ms without a word of a tab
 
 export class Tabs {
