@@ -13,8 +13,8 @@ namespace {
 
 constexpr std::size_t kThreads = 3, kMostWaiting = 64;
 constexpr unsigned kIdleSeconds = 15;
-constexpr std::size_t kConnectionBytes = 16 * 1024;  // for the head of a request
-constexpr std::size_t kBlock = 32 * 1024;
+constexpr std::size_t kConnectionBytes = 16'384;  // for the head of a request
+constexpr std::size_t kBlock = 32'768;
 
 std::string HeaderOf(MHD_Connection* connection, const char* name) {
   const char* const value = MHD_lookup_connection_value(connection, MHD_HEADER_KIND, name);

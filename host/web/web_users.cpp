@@ -78,7 +78,12 @@ std::map<std::string, std::string> ReadUsers(const std::string& path) {
 // Beside the file, and renamed, so that it is there whole at each moment.
 void WriteUsers(const std::string& path, const std::map<std::string, std::string>& users) {
   std::string text;
-  for (const auto& [name, hash] : users) text += name + ":" + hash + "\n";
+  for (const auto& [name, hash] : users) {
+    text += name;
+    text += ':';
+    text += hash;
+    text += '\n';
+  }
   std::string part = path + ".XXXXXX";
   const int file = ::mkostemp(part.data(), O_CLOEXEC);  // of mode 0600
   if (file < 0) throw Fault(path, std::strerror(errno));

@@ -356,7 +356,10 @@ TEST_F(ChartWindow, PicturesAndRowsAreWritten) {
   ::setenv("TZ", "Asia/Kolkata", 1);
   ::tzset();
   ActionOf("Export CSV...")->trigger();
-  ASSERT_TRUE(Wait([&] { return HasFile("rows.csv"); }));
+  const auto saysWritten = [](const QLabel* label) {
+    return (label->text() + label->toolTip()).contains("rows.csv was written");
+  };
+  ASSERT_TRUE(Wait([&] { return std::ranges::any_of(m_window.findChildren<QLabel*>(), saysWritten); }));
   ::unsetenv("TZ");
   ::tzset();
   const std::string csv = ReadBytes(m_chooser.path);
