@@ -105,7 +105,6 @@ class ChartWindow : public CLogFixture {
       text += table->item(row, column)->text().toStdString() + "|";
     return text;
   }
-  bool HasFile(const char* name) { return std::filesystem::exists((m_dir / name).Std()); }
   bool HasColour(QImage image, const QColor& colour, QRect part) {
     image = image.convertToFormat(QImage::Format_RGB32);
     for (int y = part.top(); y <= part.bottom(); ++y)
