@@ -192,4 +192,10 @@ int Main(int argc, char** argv) {
 }  // namespace
 }  // namespace vastra
 
-int main(int argc, char** argv) { return vastra::Main(argc, argv); }
+int main(int argc, char** argv) {
+  try {
+    return vastra::Main(argc, argv);
+  } catch (...) {
+    return vastra::kFailed;  // without memory not even a message can be made
+  }
+}
