@@ -78,14 +78,11 @@ void CheckBody(CWebBody& body) {
 }
 
 void Check(std::string_view text) {
-  using COperation = CWebAnswer (CHistoryService::*)(const std::string&, const CWebQuery&, const CWebStop&);
-  constexpr COperation kOperations[] = {
-      &CHistoryService::Range,   &CHistoryService::Variables, &CHistoryService::Rows,
-      &CHistoryService::Buckets, &CHistoryService::Gaps,      &CHistoryService::Logs,
-      &CHistoryService::Log,     &CHistoryService::LogCsv,    &CHistoryService::RowsCsv};
+  constexpr const char* kAnswers[] = {"range", "variables", "rows",    "buckets", "gaps",
+                                      "logs",  "log",       "log.csv", "rows.csv"};
   if (text.empty()) return;
-  const auto operation = static_cast<unsigned char>(text[0] - '0') % std::size(kOperations);
-  const CWebAnswer answer = (Service().*kOperations[operation])("kiln", QueryOf(text.substr(1)), {});
+  const auto which = static_cast<unsigned char>(text[0] - '0') % std::size(kAnswers);
+  const CWebAnswer answer = Service().Answer(kAnswers[which], "kiln", QueryOf(text.substr(1)));
   Require(answer.status == 200 || answer.status == 400 || answer.status == 404);
   if (answer.body) return CheckBody(*answer.body);
   Require(answer.text.size() < kMostAnswer && answer.text.find('\n') == answer.text.size() - 1);

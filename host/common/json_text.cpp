@@ -123,9 +123,7 @@ CJson ToJson(double number) {
   return number;
 }
 
-std::string JsonLine(const CJson& json) {
-  return json.dump(-1, ' ', false, CJson::error_handler_t::replace) + "\n";
-}
+std::string JsonText(const CJson& json) { return json.dump(-1, ' ', false, CJson::error_handler_t::replace); }
 
 // A key can be any string; the message is one short line.
 CString MemberPath(const CString& object, std::string_view key) {

@@ -19,8 +19,9 @@ CJson ToJson(double number);
 inline CJson ToJson(const CString& text) { return text.Std(); }
 // A time record as [time, millitm, timezone, dstflag].
 inline CJson ToJson(const _timeb& time) { return {time.time, time.millitm, time.timezone, time.dstflag}; }
-// One line with its line end; U+FFFD for bytes that are not UTF-8.
-std::string JsonLine(const CJson& json);
+// In one line; U+FFFD for bytes that are not UTF-8. JsonLine: with the line end.
+std::string JsonText(const CJson& json);
+inline std::string JsonLine(const CJson& json) { return JsonText(json) + "\n"; }
 
 // An error in a JSON text, thrown by its readers.
 class CJsonFault {

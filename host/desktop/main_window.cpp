@@ -29,7 +29,6 @@ namespace {
 
 constexpr const char* kPlace = "MainPlace";
 constexpr const char* kDemoOffered = "DemoOffered";
-constexpr const char* kFilter = "Configurations (*.json *.vst)|*.json;*.vst|All Files (*.*)|*.*||";
 
 const char* NameOf(CRunner::EState state) {
   switch (state) {
@@ -188,95 +187,6 @@ void CMainWindow::ShowPlant() {
   if (LeavesOutWriting(m_document.Configuration(), RunOptions())) run.noWriting = "a replay writes to no PLC";
   run.startFault = m_startFault;
   m_plant->ShowRun(run, ShowsRun() ? m_runner.Run().LiveState() : std::make_shared<const CLiveState>());
-}
-
-void CMainWindow::New() {
-  if (HasOpenDialog() || !MayLoseChanges()) return;
-  SaveWorkspace();
-  m_document.New();
-  m_charts.Leave();
-  m_messages.Log().Open("");
-  StartChoosersIn(m_document.Folder());
-  if (m_check) m_check->Forget();
-  UseConfiguration();
-  TakeState();
-  ShowEquationsAgain();
-}
-
-void CMainWindow::AskToOpen() {
-  if (HasOpenDialog() || !MayLoseChanges()) return;
-  CFileQuestion question;
-  question.filter = kFilter;
-  question.mustExist = true;
-  CString path;
-  if (ChooseFile(question, path)) Open(path);
-}
-
-void CMainWindow::ShowRecent() {
-  m_recent->clear();
-  for (const CString& path : m_settings.Recent()) {
-    AddAction(m_recent, "", {}, [this, path] {
-      if (!HasOpenDialog() && MayLoseChanges()) Open(path);
-    })->setText(ToScreen(path).replace('&', "&&"));
-  }
-}
-
-bool CMainWindow::Save() { return m_document.Path().IsEmpty() ? AskToSave() : SaveTo(m_document.Path()); }
-
-bool CMainWindow::SaveTo(const CString& path) {
-  AskForVersion(path);
-  const CString fault = m_document.Save(path);
-  if (!fault.IsEmpty()) {
-    AfxMessageBox(fault);
-    return false;
-  }
-  m_settings.AddRecent(m_document.Path());
-  m_messages.Log().MoveTo(m_document.Path());
-  StartChoosersIn(m_document.Folder());
-  ShowState();
-  ShowLost();
-  return true;
-}
-
-// Shows the settings that a configuration file cannot hold.
-void CMainWindow::ShowLost() {
-  CString text;
-  for (const CString& lost : m_document.Lost()) text += "\n" + lost;
-  if (!text.IsEmpty()) AfxMessageBox(m_document.Path() + ":" + text);
-}
-
-// Offers the newest version if the version of the document cannot hold a setting.
-void CMainWindow::AskForVersion(const CString& path) {
-  CString text;
-  for (const CString& lost : m_document.LostToVersion(path)) text += "\n" + lost;
-  if (text.IsEmpty()) return;
-  text += "\n\nA file of version " + CString(std::to_string(kVersionNewest)) + " can. Save it as one?";
-  if (AfxMessageBox(path + ":" + text, MB_YESNO | MB_ICONQUESTION) == IDYES) m_document.UseNewestVersion();
-}
-
-bool CMainWindow::AskToSave() {
-  CFileQuestion question;
-  question.save = question.asksToOverwrite = true;
-  question.defaultExtension = "json";
-  question.name = m_document.Path();
-  question.filter = kFilter;
-  CString path;
-  return ChooseFile(question, path) && SaveTo(path);
-}
-
-// Asks whether to save the changes; false: the user has cancelled.
-bool CMainWindow::MayLoseChanges() {
-  if (m_equations && !m_equations->MayLeave()) return false;
-  if (!m_document.IsChanged()) return true;
-  switch (
-      AfxMessageBox("Save the changes to " + m_document.Title() + "?", MB_YESNOCANCEL | MB_ICONQUESTION)) {
-    case IDYES:
-      return Save();
-    case IDNO:
-      return true;
-    default:
-      return false;
-  }
 }
 
 void CMainWindow::EditConfiguration(const CString& place) {

@@ -1,6 +1,8 @@
 #include "host/desktop/workspace.h"
 
+#include <QHeaderView>
 #include <QJsonDocument>
+#include <QWidget>
 
 #include <algorithm>
 

@@ -16,11 +16,7 @@ CTextPtr NowText() {
 }
 
 CTextPtr DroppedText(const std::string& logger, const char* kind, std::uint64_t count) {
-  return ShareText([logger, kind, count] {
-    std::string text = JsonLine({{"logger", logger}, {kind, count}});
-    text.pop_back();
-    return text;
-  });
+  return ShareText([logger, kind, count] { return JsonText({{"logger", logger}, {kind, count}}); });
 }
 
 void AppendEvent(const char* event, const std::string& data, std::string& text) {

@@ -22,7 +22,7 @@ class CEventStream {
   CEventStream& operator=(const CEventStream&) = delete;
 
   // Gets the next events; false if there are none at the moment. To be called until it returns false; after
-  // that onReady tells when there are some again. One thread at a time.
+  // that onReady is called when there are some again. One thread at a time.
   bool Take(std::string& text);
   // onReady is not called any more once this has returned. Not from onReady, and not with a lock that it
   // takes.

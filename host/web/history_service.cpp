@@ -6,10 +6,32 @@
 
 namespace vastra {
 
-CWebAnswer CHistoryService::Answer(CMake make, const std::string& name, const CWebQuery& query,
+namespace {
+
+using CMake = CWebAnswer (*)(const CHistoryRequest& request);
+
+// By the last part of the address.
+constexpr std::pair<std::string_view, CMake> kAnswers[] = {
+    {"range", RangeAnswer},     {"variables", VariablesAnswer}, {"rows", RowsAnswer},
+    {"buckets", BucketsAnswer}, {"gaps", GapsAnswer},           {"logs", LogsAnswer},
+    {"log", LogAnswer},         {"log.csv", LogCsvAnswer},      {"rows.csv", RowsCsvAnswer}};
+
+CMake FindAnswer(std::string_view what) {
+  for (const auto& [known, make] : kAnswers)
+    if (known == what) return make;
+  return nullptr;
+}
+
+}  // namespace
+
+bool CHistoryService::Has(std::string_view what) { return FindAnswer(what) != nullptr; }
+
+CWebAnswer CHistoryService::Answer(std::string_view what, const std::string& name, const CWebQuery& query,
                                    const CWebStop& isStopped) try {
+  const CMake make = FindAnswer(what);
+  if (!make) return ErrorAnswer(404, "no such address");
   auto source = m_findSource(name);
-  if (!source) return ErrorAnswer(404, "there is no logger or folder of this name");
+  if (!source) return ErrorAnswer(404, "no logger or folder has this name");
   CSharedLogs logs = m_catalogues.Logs(*source, isStopped);
   if (!logs) return ErrorAnswer(503, "the logs are being looked at");
   return make({query, isStopped, std::move(*source), std::move(logs)});
@@ -17,39 +39,6 @@ CWebAnswer CHistoryService::Answer(CMake make, const std::string& name, const CW
   return ErrorAnswer(refusal.status, refusal.words);
 } catch (const std::bad_alloc&) {
   return ErrorAnswer(503, "not enough memory");
-}
-
-CWebAnswer CHistoryService::Range(const std::string& name, const CWebQuery& query,
-                                  const CWebStop& isStopped) {
-  return Answer(RangeAnswer, name, query, isStopped);
-}
-CWebAnswer CHistoryService::Variables(const std::string& name, const CWebQuery& query,
-                                      const CWebStop& isStopped) {
-  return Answer(VariablesAnswer, name, query, isStopped);
-}
-CWebAnswer CHistoryService::Rows(const std::string& name, const CWebQuery& query, const CWebStop& isStopped) {
-  return Answer(RowsAnswer, name, query, isStopped);
-}
-CWebAnswer CHistoryService::Buckets(const std::string& name, const CWebQuery& query,
-                                    const CWebStop& isStopped) {
-  return Answer(BucketsAnswer, name, query, isStopped);
-}
-CWebAnswer CHistoryService::Gaps(const std::string& name, const CWebQuery& query, const CWebStop& isStopped) {
-  return Answer(GapsAnswer, name, query, isStopped);
-}
-CWebAnswer CHistoryService::Logs(const std::string& name, const CWebQuery& query, const CWebStop& isStopped) {
-  return Answer(LogsAnswer, name, query, isStopped);
-}
-CWebAnswer CHistoryService::Log(const std::string& name, const CWebQuery& query, const CWebStop& isStopped) {
-  return Answer(LogAnswer, name, query, isStopped);
-}
-CWebAnswer CHistoryService::LogCsv(const std::string& name, const CWebQuery& query,
-                                   const CWebStop& isStopped) {
-  return Answer(LogCsvAnswer, name, query, isStopped);
-}
-CWebAnswer CHistoryService::RowsCsv(const std::string& name, const CWebQuery& query,
-                                    const CWebStop& isStopped) {
-  return Answer(RowsCsvAnswer, name, query, isStopped);
 }
 
 }  // namespace vastra

@@ -18,10 +18,7 @@ inline void AppendWhole(std::string& text, std::int64_t number) {
   text.append(digits, std::to_chars(digits, digits + sizeof digits, number).ptr);
 }
 
-inline void AppendText(std::string& text, std::string_view words) {
-  text += JsonLine(words);
-  text.pop_back();  // the line end
-}
+inline void AppendText(std::string& text, std::string_view words) { text += JsonText(words); }
 
 // Between the elements of a list: a comma, unless the text ends in the beginning of the list.
 inline void AppendComma(std::string& text) {

@@ -96,13 +96,6 @@ void AddCountFacts(const std::optional<CCountsLine>& counts, CJson& json) {
   json["lost"] = lost;
 }
 
-// Without the line end: an event is one line.
-std::string LineText(const CJson& json) {
-  std::string text = JsonLine(json);
-  text.pop_back();
-  return text;
-}
-
 // The node of each variable that has one.
 std::map<std::string_view, std::string_view> NodesOf(const CSampleVariables& list) {
   std::map<std::string_view, std::string_view> nodes;
@@ -146,12 +139,12 @@ std::string VariablesText(const std::string& logger, const CSampleVariables& lis
   CJson variables = CJson::array();
   for (const std::string& name : list.names)
     variables.push_back({{"name", name}, {"unit", find(units, name)}, {"node", find(nodes, name)}});
-  return LineText({{"logger", logger}, {"variables", std::move(variables)}});
+  return JsonText({{"logger", logger}, {"variables", std::move(variables)}});
 }
 
 std::string SampleText(const std::string& logger, const CSampleLine& sample) {
   std::string text =
-      LineText({{"logger", logger}, {"number", sample.number}, {"time", MomentOf(sample.time)}});
+      JsonText({{"logger", logger}, {"number", sample.number}, {"time", MomentOf(sample.time)}});
   text.back() = ',';
   text += "\"values\":[";
   for (const float value : sample.values) {
@@ -164,11 +157,11 @@ std::string SampleText(const std::string& logger, const CSampleLine& sample) {
 std::string MessageText(const std::string& logger, std::uint64_t number, const CMessageLine& message) {
   CJson json = {{"logger", logger}, {"number", number}};
   AddMessage(message, json);
-  return LineText(json);
+  return JsonText(json);
 }
 
 std::string LogText(const std::string& logger, const CLogLine& log) {
-  return LineText({{"logger", logger},
+  return JsonText({{"logger", logger},
                    {"event", log.isClosed ? "closed" : "failed"},
                    {"name", Cut(log.name)},
                    {"file", Cut(log.path.substr(log.path.rfind('/') + 1))},

@@ -6,7 +6,7 @@
 
 namespace vastra {
 
-// The variables of a logger's samples, as its hello tells them.
+// The variables of a logger's samples, as its hello reports them.
 struct CSampleVariables {
   std::vector<std::string> names;
   std::vector<CUnitFacts> units;

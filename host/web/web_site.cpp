@@ -59,12 +59,15 @@ std::string HostName(const std::string& host) {
   return host.substr(0, host.find(':'));
 }
 
-bool IsOwnName(std::string name) {
+std::string Lowered(std::string name) {
   std::ranges::transform(name, name.begin(), [](char c) { return c >= 'A' && c <= 'Z' ? c + 32 : c; });
+  return name;
+}
+
+bool IsOwnName(const std::string& host) {
   char own[256] = "";
   gethostname(own, sizeof own - 1);
-  std::string machine = own;
-  std::ranges::transform(machine, machine.begin(), [](char c) { return c >= 'A' && c <= 'Z' ? c + 32 : c; });
+  const std::string machine = Lowered(own), name = Lowered(host);
   return name == "localhost" || name == machine || name == machine + ".local" ||
          machine.starts_with(name + ".");
 }
@@ -90,36 +93,23 @@ const CPageFile* CWebSite::FindPage(std::string_view path) const {
   return found == m_pages.end() ? nullptr : &*found;
 }
 
-template <auto kAnswer>
 CWebAnswer CWebSite::History(const CAsked& asked) {
-  return (m_history.*kAnswer)(asked.address.name, asked.request.query, asked.isStopped);
+  return m_history.Answer(asked.address.what, asked.address.name, asked.request.query, asked.isStopped);
 }
 
 CWebSite::CAddress CWebSite::FindOfLogger(std::string_view rest) {
-  struct CRow {
-    std::string_view what;
-    CRoute route;
-    bool isSlow;
-  };
-  static constexpr CRow kRows[] = {
-      {"", &CWebSite::Logger, false},
-      {"variables", &CWebSite::Variables, true},
-      {"sample", &CWebSite::Sample, false},
-      {"messages", &CWebSite::Messages, false},
-      {"range", &CWebSite::History<&CHistoryService::Range>, true},
-      {"rows", &CWebSite::History<&CHistoryService::Rows>, true},
-      {"buckets", &CWebSite::History<&CHistoryService::Buckets>, true},
-      {"gaps", &CWebSite::History<&CHistoryService::Gaps>, true},
-      {"logs", &CWebSite::History<&CHistoryService::Logs>, true},
-      {"log", &CWebSite::History<&CHistoryService::Log>, true},
-      {"log.csv", &CWebSite::History<&CHistoryService::LogCsv>, true},
-      {"rows.csv", &CWebSite::History<&CHistoryService::RowsCsv>, true},
-  };
+  static constexpr std::pair<std::string_view, CRoute> kLive[] = {
+      {"", &CWebSite::Logger}, {"sample", &CWebSite::Sample}, {"messages", &CWebSite::Messages}};
   const std::string_view name = rest.substr(0, rest.find('/'));
   const std::string_view what = rest.substr(std::min(name.size() + 1, rest.size()));
-  for (const CRow& row : kRows)
-    if (row.what == what && !name.empty()) return {row.route, std::string(name), row.isSlow, false};
-  return {};
+  if (name.empty()) return {};
+  CAddress address = {.name = std::string(name), .what = std::string(what)};
+  for (const auto& [known, route] : kLive)
+    if (known == what) address.route = route;
+  if (address.route || !CHistoryService::Has(what)) return address;
+  address.route = what == "variables" ? &CWebSite::Variables : &CWebSite::History;
+  address.isSlow = true;
+  return address;
 }
 
 CWebSite::CAddress CWebSite::Find(const CWebRequest& request) const {
@@ -139,12 +129,13 @@ CWebSite::CAddress CWebSite::Find(const CWebRequest& request) const {
   const std::string_view path = request.path;
   const std::string_view method = request.method == "HEAD" ? "GET" : std::string_view(request.method);
   for (const CRow& row : kRows)
-    if (row.path == path && row.method == method) return {row.route, "", row.isSlow, row.isOpen};
+    if (row.path == path && row.method == method)
+      return {.route = row.route, .isSlow = row.isSlow, .isOpen = row.isOpen};
   if (method != "GET") return {};
   if (path.starts_with(kLoggers) && path.size() > kLoggers.size() && path[kLoggers.size()] == '/')
     return FindOfLogger(path.substr(kLoggers.size() + 1));
   // All files but the page itself are those of an open project.
-  if (FindPage(path)) return {&CWebSite::Page, "", false, path != "/" && path != "/index.html"};
+  if (FindPage(path)) return {.route = &CWebSite::Page, .isOpen = path != "/" && path != "/index.html"};
   return {};
 }
 
@@ -156,8 +147,7 @@ bool CWebSite::IsSlow(const CWebRequest& request) const {
 CWebAnswer CWebSite::Answer(const CWebRequest& request, const CWebStop& isStopped) {
   CWebAnswer answer = Choose(request, isStopped);
   for (const auto& [name, value] : kHeaders) answer.headers.emplace_back(name, value);
-  if (answer.type != "text/html" && request.path.starts_with("/api/"))
-    answer.headers.emplace_back("Cache-Control", "no-store");
+  if (request.path.starts_with("/api/")) answer.headers.emplace_back("Cache-Control", "no-store");
   if (!answer.file.empty()) {
     std::string name = answer.file;
     std::ranges::replace_if(
@@ -218,8 +208,7 @@ CWebAnswer CWebSite::Choose(const CWebRequest& request, const CWebStop& isStoppe
   if (m_users && !user && !address.isOpen)
     return request.path == "/" ? Redirect("/login") : ErrorAnswer(401, "log in first");
   if (!address.route)
-    return request.IsPost() ? ErrorAnswer(405, "there is only GET")
-                            : ErrorAnswer(404, "there is no such address");
+    return request.IsPost() ? ErrorAnswer(405, "there is only GET") : ErrorAnswer(404, "no such address");
   if (request.isTooLong) return ErrorAnswer(413, "the request is too long");
   return (this->*address.route)({request, address, user, isStopped});
 }
@@ -271,7 +260,7 @@ CWebAnswer CWebSite::Sample(const CAsked& asked) { return m_watch.Sample(asked.a
 CWebAnswer CWebSite::Metrics(const CAsked&) { return m_watch.Metrics(); }
 
 CWebAnswer CWebSite::Variables(const CAsked& asked) {
-  if (m_watch.IsFolder(asked.address.name)) return History<&CHistoryService::Variables>(asked);
+  if (m_watch.IsFolder(asked.address.name)) return History(asked);
   return m_watch.Variables(asked.address.name);
 }
 
@@ -296,9 +285,9 @@ std::function<bool()> CWebSite::MayStillLook(const CAsked& asked) {
 CWebAnswer CWebSite::Stream(const CAsked& asked) {
   const CWebQuery& query = asked.request.query;
   CStreamRequest request = {query.All("sample"), query.All("message")};
-  constexpr std::size_t kMost = 100;
+  constexpr std::size_t kMost = CLoggerWatch::kMostLoggers;
   if (request.samples.size() > kMost || request.messages.size() > kMost)
-    return ErrorAnswer(400, "a stream has at most 100 loggers");
+    return ErrorAnswer(400, "a stream has at most " + std::to_string(kMost) + " loggers");
   CWebAnswer answer = {.type = "text/event-stream"};
   answer.events = [this, request, may = MayStillLook(asked)](std::function<void()> onReady) -> CTakeEvents {
     auto stream = m_watch.Subscribe(request, std::move(onReady));

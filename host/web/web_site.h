@@ -23,7 +23,7 @@ class CWebSite : public CWebHandler {
   using CRoute = CWebAnswer (CWebSite::*)(const CAsked&);
   struct CAddress {
     CRoute route = nullptr;
-    std::string name;                     // of the logger
+    std::string name = {}, what = {};     // of the logger, and what is asked about it
     bool isSlow = false, isOpen = false;  // isOpen: to everybody
   };
   CAddress Find(const CWebRequest& request) const;
@@ -48,7 +48,6 @@ class CWebSite : public CWebHandler {
   CWebAnswer Messages(const CAsked& asked);
   CWebAnswer Metrics(const CAsked& asked);
   CWebAnswer Stream(const CAsked& asked);
-  template <auto kAnswer>
   CWebAnswer History(const CAsked& asked);
 
   CLoggerWatch& m_watch;

@@ -1,5 +1,7 @@
 #include "vastra/console/console.h"
 
+#include <gtest/gtest.h>
+
 #include <QApplication>
 
 #include <atomic>

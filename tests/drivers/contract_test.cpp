@@ -1,4 +1,6 @@
 // One list of calls over each driver that the factory finds: ours, that of the guide, and faulty ones.
+#include <gtest/gtest.h>
+
 #include <filesystem>
 
 #include "tests/drivers/driver_node.h"

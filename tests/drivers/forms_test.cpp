@@ -1,3 +1,5 @@
+#include <gtest/gtest.h>
+
 #include <cstring>
 
 #include "tests/drivers/driver_node.h"

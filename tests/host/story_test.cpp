@@ -3,6 +3,7 @@
 #include <QLineEdit>
 #include <QMimeData>
 #include <QPlainTextEdit>
+#include <QSpinBox>
 #include <QTableView>
 #include <QTableWidget>
 

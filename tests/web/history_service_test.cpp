@@ -16,19 +16,17 @@ namespace {
 using namespace std::string_literals;
 
 using CPairs = CWebQuery::CPairs;
-using COperation = CWebAnswer (CHistoryService::*)(const std::string&, const CWebQuery&, const CWebStop&);
+using COperation = const char*;
 
-constexpr COperation kRange = &CHistoryService::Range, kRows = &CHistoryService::Rows,
-                     kBuckets = &CHistoryService::Buckets, kGaps = &CHistoryService::Gaps,
-                     kLogs = &CHistoryService::Logs, kLog = &CHistoryService::Log,
-                     kLogCsv = &CHistoryService::LogCsv, kRowsCsv = &CHistoryService::RowsCsv;
+constexpr COperation kRange = "range", kRows = "rows", kBuckets = "buckets", kGaps = "gaps", kLogs = "logs",
+                     kLog = "log", kLogCsv = "log.csv", kRowsCsv = "rows.csv";
 constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
 class CHistoryServiceTest : public CHistoryFixture {
  protected:
   CWebAnswer Answer(COperation operation, const CPairs& pairs, const CWebStop& isStopped = {}) {
-    return (m_service.*operation)("kiln", CWebQuery(pairs), isStopped);
+    return m_service.Answer(operation, "kiln", CWebQuery(pairs), isStopped);
   }
   nlohmann::json Json(COperation operation, const CPairs& pairs) {
     const CWebAnswer answer = Answer(operation, pairs);
@@ -285,7 +283,7 @@ TEST_F(CHistoryServiceTest, WrongParametersAreRefused) {
       {kBuckets, {{"vars", "x"}, {"from", "-8640000000000000"}, {"to", "8640000000000000"}}, "200"},
   };
   for (const auto& row : kCases) EXPECT_EQ(Error(row.operation, row.pairs), row.error);
-  EXPECT_EQ(m_service.Rows("other", CWebQuery(), {}).status, 404);
+  EXPECT_EQ(m_service.Answer(kRows, "other", CWebQuery()).status, 404);
 }
 
 TEST_F(CHistoryServiceTest, OnlyListedLogsAreSent) {

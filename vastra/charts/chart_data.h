@@ -1,10 +1,10 @@
 // CChartData: the values behind a chart, from the logs and journals of folders and from the newest samples of
 // a running logger. It reads on a thread of its own: no call waits for the disk. Without Qt.
 //
-//     const auto data = CChartData::Make([] { ... on the reading thread: data has changed; post a message ...
-//     }); data->SetSources({.paths = {{"/var/lib/vastra/kiln", true}}}); data->Ask({.range = {from, to},
-//     .columns = 1200, .variables = {"Temp"}}); const CChartPicture picture = data->Picture();  // at once:
-//     what is known so far
+//     const auto data = CChartData::Make([] { ... });  // called on the reading thread when data has changed
+//     data->SetSources({.paths = {{"/var/lib/vastra/kiln", true}}});
+//     data->Ask({.range = {from, to}, .columns = 1200, .variables = {"Temp"}});
+//     const CChartPicture picture = data->Picture();  // returns at once what is known so far
 #pragma once
 
 #include <functional>
@@ -119,7 +119,7 @@ class VASTRA_API CChartData {
   virtual void AskValues(CMoment moment, std::vector<CString> variables) = 0;
   virtual std::vector<float> Values() const = 0;
 
-  // Writes rows as CSV to a file, which appears whole or not at all. ExportState() tells.
+  // Writes rows as CSV to a file, which appears whole or not at all. ExportState() reports the progress.
   struct CExport {
     CString path;
     CMomentRange range;

@@ -1,5 +1,6 @@
 #include "vastra/charts/chart_reader.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace vastra {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <chrono>
+#include <optional>
 
 #include "vastra/charts/chart_figures.h"
 #include "vastra/charts/latest_job.h"

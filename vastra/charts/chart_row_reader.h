@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "vastra/charts/chart_rows.h"
+#include "vastra/history/row_reader.h"
 
 namespace vastra {
 

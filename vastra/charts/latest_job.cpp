@@ -1,5 +1,7 @@
 #include "vastra/charts/latest_job.h"
 
+#include <utility>
+
 namespace vastra {
 
 CLatestJob::~CLatestJob() {

@@ -4,7 +4,7 @@ import { el, fill } from './dom.js';
 import { bytes, count, plural } from './format.js';
 import { link, remember } from './router.js';
 import { clockTime, dateTime, day, midnight, serverNow } from './time.js';
-import { chosenLogger, loggerChoice, loggerNotice, rangeFields, rangeOf, whenKnown } from './widgets.js';
+import { chosenLogger, loggerChoice, loggerNotice, rangeFields, rangeOf, openWhenKnown } from './widgets.js';
 
 const kRows = 300; // of a table at once
 const kDays = [
@@ -14,16 +14,7 @@ const kDays = [
   ['366 days', 366]
 ];
 
-export function show(main, parameters) {
-  let page = null;
-  const end = whenKnown(() => {
-    page = new FilesPage(main, parameters);
-  });
-  return () => {
-    end();
-    page?.end();
-  };
-}
+export const show = (main, parameters) => openWhenKnown(() => new FilesPage(main, parameters));
 
 class FilesPage {
   #logger;

@@ -4,23 +4,13 @@ import { plural } from './format.js';
 import * as model from './model.js';
 import { link, remember } from './router.js';
 import { dateTime } from './time.js';
-import { loggerChoice, loggerNotice, whenKnown } from './widgets.js';
+import { loggerChoice, loggerNotice, openWhenKnown } from './widgets.js';
 
 const kSeverities = ['notice', 'warning', 'error', 'fatal']; // the least first
 const kSigns = { notice: '·', warning: '!', error: '✕', fatal: '✕' };
 const kShown = 1000;
-const isLive = logger => logger.kind === 'logger';
 
-export function show(main, parameters) {
-  let page = null;
-  const end = whenKnown(() => {
-    page = new MessagesPage(main, parameters);
-  });
-  return () => {
-    end();
-    page?.end();
-  };
-}
+export const show = (main, parameters) => openWhenKnown(() => new MessagesPage(main, parameters));
 
 class MessagesPage {
   #logger;
@@ -56,7 +46,7 @@ class MessagesPage {
       ? [this.#logger]
       : model
           .loggers()
-          .filter(isLive)
+          .filter(model.isLive)
           .map(one => one.name);
   }
 
@@ -80,7 +70,7 @@ class MessagesPage {
       name => {
         location.hash = link('messages', { logger: name });
       },
-      { all: 'all', fits: isLive }
+      { all: 'all', fits: model.isLive }
     );
     main.append(
       el(

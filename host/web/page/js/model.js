@@ -1,5 +1,6 @@
 // What this tab has heard from the server, and who wants to know.
 import { address, get, loggerAddress } from './api.js';
+import { plural } from './format.js';
 import { History } from './history.js';
 import { fullest, merged } from './rows.js';
 import { Tabs } from './tabs.js';
@@ -30,6 +31,7 @@ export const loggers = () => state.loggers ?? [];
 export const listFault = () => state.listFault;
 export const isKnown = () => state.loggers !== null;
 export const logger = name => loggers().find(one => one.name === name);
+export const isLive = logger => logger.kind === 'logger';
 export const variables = name => state.variables.get(name);
 export const sample = name => state.samples.get(name);
 export const messages = name => [...(state.messages.get(name)?.values() ?? [])];
@@ -75,7 +77,8 @@ const takers = {
   loggers: takeLoggers,
   variables: takeVariables,
   sample: takeSample,
-  message: takeMessage
+  message: takeMessage,
+  dropped: takeDropped
 };
 
 function take(type, data) {
@@ -131,6 +134,16 @@ function takeMessage(message) {
   const kept = state.messages.get(logger);
   kept.set(number + ' ' + time, message);
   if (kept.size > kMessages) kept.delete(kept.keys().next().value);
+}
+
+// Messages that this browser was too slow for are shown as missing, in their place.
+function takeDropped({ logger, messages }) {
+  if (!messages) return;
+  const time = serverNow();
+  const words = `${plural(messages, 'message')} left out: too many came at once`;
+  const rest = { severity: 'warning', function: '', link: '', name: '', text: words, place: '', words };
+  takeMessage({ logger, number: -time, time, ...rest });
+  for (const listener of listeners.get('message') ?? []) listener({ logger });
 }
 
 function snapshot() {

@@ -2,7 +2,7 @@
 import { address, get } from './api.js';
 import { serverNow, setServerNow } from './time.js';
 
-const kTypes = ['loggers', 'variables', 'sample', 'message', 'log', 'now'];
+const kTypes = ['loggers', 'variables', 'sample', 'message', 'dropped', 'log', 'now'];
 const kSilence = 15e3;
 const kPauses = [1, 2, 4, 7, 10];
 

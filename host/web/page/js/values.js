@@ -6,22 +6,12 @@ import { link, remember } from './router.js';
 import { drawSpark, sparkLook } from './spark.js';
 import { dateTimeMs } from './time.js';
 import { VirtualList } from './virtual_list.js';
-import { chosenLogger, loggerChoice, loggerNotice, whenKnown } from './widgets.js';
+import { chosenLogger, loggerChoice, loggerNotice, openWhenKnown } from './widgets.js';
 
 const kRowHeight = 48;
 const kSparkSamples = 120;
-const isLive = logger => logger.kind === 'logger';
 
-export function show(main, parameters) {
-  let page = null;
-  const end = whenKnown(() => {
-    page = new ValuesPage(main, parameters);
-  });
-  return () => {
-    end();
-    page?.end();
-  };
-}
+export const show = (main, parameters) => openWhenKnown(() => new ValuesPage(main, parameters));
 
 class ValuesPage {
   #logger;
@@ -34,7 +24,7 @@ class ValuesPage {
   #ends = [];
 
   constructor(main, parameters) {
-    this.#logger = chosenLogger(parameters, isLive);
+    this.#logger = chosenLogger(parameters, model.isLive);
     this.#search = el('input', {
       type: 'search',
       placeholder: 'Name, unit or node',
@@ -74,7 +64,7 @@ class ValuesPage {
       name => {
         location.hash = link('values', { logger: name });
       },
-      { fits: isLive }
+      { fits: model.isLive }
     );
     const head = el(
       'div',

@@ -59,6 +59,18 @@ export function whenKnown(work) {
   return end;
 }
 
+// Makes a view once the loggers are known. Returns a function that ends it, also before that.
+export function openWhenKnown(make) {
+  let view = null;
+  const end = whenKnown(() => {
+    view = make();
+  });
+  return () => {
+    end();
+    view?.end();
+  };
+}
+
 // Two fields for a range, in the time of the server. Calls `change(from, to)`; says what is wrong otherwise.
 export function rangeFields(change) {
   const from = el('input', { type: 'datetime-local', step: 1 });
