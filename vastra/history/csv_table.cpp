@@ -43,4 +43,8 @@ void CCsvTable::Put(CMoment moment, std::span<const TCell> cells) {
   EndRow(to + 1);
 }
 
+void CCsvTable::Add(CMoment moment, std::span<const std::optional<float>> cells) { Put(moment, cells); }
+
+void CCsvTable::Add(CMoment moment, std::span<const std::optional<double>> cells) { Put(moment, cells); }
+
 }  // namespace vastra

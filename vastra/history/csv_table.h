@@ -48,8 +48,8 @@ class VASTRA_API CCsvTable final : public CTextTable {
   CCsvTable(CFile& file, ETimeForm form, std::size_t pieceSize = kPieceSize)
       : CTextTable(file, form, pieceSize) {}
   void Begin(const std::vector<CString>& names) override;
-  void Add(CMoment moment, std::span<const std::optional<float>> cells) override { Put(moment, cells); }
-  void Add(CMoment moment, std::span<const std::optional<double>> cells) override { Put(moment, cells); }
+  void Add(CMoment moment, std::span<const std::optional<float>> cells) override;
+  void Add(CMoment moment, std::span<const std::optional<double>> cells) override;
 
  private:
   template <class TCell>

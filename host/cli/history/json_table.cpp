@@ -41,4 +41,8 @@ void CJsonTable::Put(CMoment moment, std::span<const TCell> cells) {
   EndRow(PutPlain(to, "}\n"));
 }
 
+void CJsonTable::Add(CMoment moment, std::span<const std::optional<float>> cells) { Put(moment, cells); }
+
+void CJsonTable::Add(CMoment moment, std::span<const std::optional<double>> cells) { Put(moment, cells); }
+
 }  // namespace vastra

@@ -10,8 +10,8 @@ class CJsonTable final : public CTextTable {
  public:
   CJsonTable(CFile& file, ETimeForm form);
   void Begin(const std::vector<CString>& names) override;
-  void Add(CMoment moment, std::span<const std::optional<float>> cells) override { Put(moment, cells); }
-  void Add(CMoment moment, std::span<const std::optional<double>> cells) override { Put(moment, cells); }
+  void Add(CMoment moment, std::span<const std::optional<float>> cells) override;
+  void Add(CMoment moment, std::span<const std::optional<double>> cells) override;
 
  private:
   template <class TCell>

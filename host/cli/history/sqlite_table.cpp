@@ -72,6 +72,10 @@ void CSqliteTable::Put(CMoment moment, std::span<const TCell> cells) {
   m_library.reset(m_pInsert);
 }
 
+void CSqliteTable::Add(CMoment moment, std::span<const std::optional<float>> cells) { Put(moment, cells); }
+
+void CSqliteTable::Add(CMoment moment, std::span<const std::optional<double>> cells) { Put(moment, cells); }
+
 void CSqliteTable::End() {
   Execute("COMMIT");
   m_library.finalize(m_pInsert);

@@ -22,8 +22,8 @@ class CSqliteTable final : public CRowTable {
   ~CSqliteTable() override;
 
   void Begin(const std::vector<CString>& names) override;
-  void Add(CMoment moment, std::span<const std::optional<float>> cells) override { Put(moment, cells); }
-  void Add(CMoment moment, std::span<const std::optional<double>> cells) override { Put(moment, cells); }
+  void Add(CMoment moment, std::span<const std::optional<float>> cells) override;
+  void Add(CMoment moment, std::span<const std::optional<double>> cells) override;
   void End() override;
 
  private:
