@@ -95,7 +95,7 @@ std::vector<std::shared_ptr<CEventStream>> CLoggerWatch::Streams() {
 
 void CLoggerWatch::MakeList(Time now) {
   m_listDue = now + kListPause;
-  const std::string text = JsonText(ListJson());
+  std::string text = JsonText(ListJson());
   const std::lock_guard lock(m_board->lock);
   if (!m_board->list || m_board->list->Text() != text) m_board->list = ShareText([text] { return text; });
 }
