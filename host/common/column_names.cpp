@@ -27,10 +27,6 @@ bool TakeName(std::string_view& rest, std::string& name) {
   return false;
 }
 
-std::string Utf8(const std::string& name) {
-  return CJson::parse(CJson(name).dump(-1, ' ', false, CJson::error_handler_t::replace)).get<std::string>();
-}
-
 // What a table compares of a name.
 std::string ComparedPart(std::string name, EColumnNames kind) {
   if (kind != EColumnNames::caseless) return name;
@@ -41,7 +37,7 @@ std::string ComparedPart(std::string name, EColumnNames kind) {
 
 std::string ColumnName(const CString& name, EColumnNames kind) {
   if (kind == EColumnNames::bytes) return name.Std();
-  std::string column = Utf8(name.Std());
+  std::string column = ValidUtf8(name.Std());
   if (kind == EColumnNames::caseless)
     for (std::size_t at; (at = column.find('\0')) != column.npos;) column.replace(at, 1, "\xEF\xBF\xBD");
   return column;

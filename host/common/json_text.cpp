@@ -125,6 +125,10 @@ CJson ToJson(double number) {
 
 std::string JsonText(const CJson& json) { return json.dump(-1, ' ', false, CJson::error_handler_t::replace); }
 
+std::string ValidUtf8(std::string_view text) {
+  return CJson::parse(JsonText(CJson(text))).get<std::string>();
+}
+
 // A key can be any string; the message is one short line.
 CString MemberPath(const CString& object, std::string_view key) {
   std::string shown = Printable(key.substr(0, kMaxShown));

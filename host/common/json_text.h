@@ -23,6 +23,9 @@ inline CJson ToJson(const _timeb& time) { return {time.time, time.millitm, time.
 std::string JsonText(const CJson& json);
 inline std::string JsonLine(const CJson& json) { return JsonText(json) + "\n"; }
 
+// The same text with U+FFFD for bytes that are not UTF-8, as JsonText writes it.
+std::string ValidUtf8(std::string_view text);
+
 // An error in a JSON text, thrown by its readers.
 class CJsonFault {
  public:

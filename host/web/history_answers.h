@@ -14,6 +14,10 @@ struct CHistoryRequest {
   CSharedLogs logs;
 };
 
+// "vars". A browser got names with U+FFFD for bytes that are not UTF-8: such a name means the first variable
+// of the logs that looks like it.
+std::vector<CString> AskedVariables(const CHistoryRequest& request);
+
 // Of rows and times (row_answers.cpp).
 CWebAnswer RangeAnswer(const CHistoryRequest& request);
 CWebAnswer VariablesAnswer(const CHistoryRequest& request);

@@ -20,6 +20,7 @@ class CFileBody final : public CWebBody {
   explicit CFileBody(const CString& path) : m_file(path, O_NOFOLLOW) {}
 
   const CProbedFile& File() const { return m_file; }
+  std::optional<std::uint64_t> Size() const override { return m_file.Size(); }
   bool Next(std::string& piece) override {
     const std::uint64_t left = m_file.Size() - m_place;
     piece.resize(static_cast<std::size_t>(std::min<std::uint64_t>(left, kPieceBytes)));

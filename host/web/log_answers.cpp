@@ -100,7 +100,7 @@ CWebAnswer LogCsvAnswer(const CHistoryRequest& request) {
 CWebAnswer RowsCsvAnswer(const CHistoryRequest& request) {
   const CMomentRange range = ReadRange(request.query, RangeOf(*request.logs));
   return {.type = kCsv,
-          .body = RowsCsvBody(request.logs, range, ReadVariables(request.query)),
+          .body = RowsCsvBody(request.logs, range, AskedVariables(request)),
           .file = SaveName(request.source.name + ".", ".csv")};
 }
 

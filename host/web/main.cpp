@@ -1,6 +1,7 @@
 // vastra-web: the loggers of a machine in a browser.
 #include <signal.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -24,10 +25,13 @@ enum EExit { kDone = 0, kFailed = 1, kWrongUse = 2 };
 
 struct COptions {
   std::string listen = "127.0.0.1:8095", dir = "/run/vastra", users, certificate, key;
-  std::vector<std::string> folders;
+  std::vector<std::string> folders, proxies;
   bool isOpen = false;
   std::string passwordFile, passwordName;
 };
+
+// From any thread, in one piece.
+void Tell(const std::string& line) { std::cerr << "vastra-web: " + line + "\n"; }
 
 int Fail(EExit status, const std::string& what, const std::string& why) {
   std::cerr << "vastra-web: " << what << ": " << why << '\n';
@@ -41,6 +45,13 @@ std::string ReadPem(const std::string& path) {
   if (!file || text.str().empty())
     throw std::runtime_error(path + ": " + (file ? "is empty" : std::strerror(errno)));
   return text.str();
+}
+
+// A file of secrets that others of the machine can read or change.
+void WarnOfReaders(const std::string& path) {
+  struct stat state = {};
+  if (path.empty() || ::stat(path.c_str(), &state) != 0 || (state.st_mode & (S_IROTH | S_IWOTH)) == 0) return;
+  Tell("warning: " + path + ": everybody on this machine can read or change it (chmod o= takes that away)");
 }
 
 // Adds NAME=DIR; throws std::runtime_error.
@@ -109,21 +120,23 @@ int Serve(const COptions& options) {
   CLoggerWatch::CFolders folders;
   for (const std::string& folder : options.folders) AddFolder(folders, folder);
   std::optional<CWebUsers> users;
-  if (!options.users.empty()) users.emplace(options.users);
+  if (!options.users.empty()) users.emplace(options.users, Tell);
+  WarnOfReaders(options.users);
+  WarnOfReaders(options.key);
   CWebServerOptions server;
+  server.proxies = CWebProxies(options.proxies);
   if (!options.certificate.empty()) {
     server.certificate = ReadPem(options.certificate);
     server.key = ReadPem(options.key);
   }
-  constexpr unsigned kPerAddress = 200;
-  if (!address->IsLoopback()) server.perAddress = kPerAddress;
+  if (!address->IsLoopback()) server.ofViewer = CWebServer::kMostOfViewer;
   try {
     server.socket = Listen(*address);
   } catch (const std::system_error& fault) {
     return Fail(kFailed, options.listen, fault.code().message());
   }
-  if (users && !address->IsLoopback() && server.certificate.empty())
-    std::cerr << "vastra-web: warning: without --cert passwords travel in the clear\n";
+  if (users && !address->IsLoopback() && server.certificate.empty() && server.proxies.IsEmpty())
+    Tell("warning: without --cert passwords travel in the clear");
 
   RaiseFileLimit();
   sigset_t ends;
@@ -139,7 +152,7 @@ int Serve(const COptions& options) {
     if (!watch.Has(name)) return std::nullopt;
     return CHistorySource{name, watch.FoldersOf(name), folders.contains(name)};
   });
-  CWebSite site(watch, history, PageFiles(), users ? &*users : nullptr);
+  CWebSite site(watch, history, PackedPage(), users ? &*users : nullptr, Tell);
   const CWebServer web(server, site);
   std::cout << (server.certificate.empty() ? "http://" : "https://") << address->Text() << "/" << std::endl;
   constexpr timespec kPause = {60, 0};
@@ -162,6 +175,10 @@ int Main(int argc, char** argv) {
   line.add_option("--folder", options.folders,
                   "a folder of logs without a logger, and the name to show; repeatable")
       ->type_name("NAME=DIR")
+      ->take_all();
+  line.add_option("--proxy", options.proxies,
+                  "the address of a trusted server in between, which says who asks; repeatable")
+      ->type_name("ADDRESS")
       ->take_all();
   line.add_option("--users", options.users, "who may look, and their passwords (vastra-web passwd)")
       ->type_name("FILE");

@@ -26,7 +26,7 @@ CMomentRange RangeOfRequest(const CHistoryRequest& request) {
 
 // Those that were asked for, or all that the logs of the range have.
 std::vector<CString> VariablesOf(const CHistoryRequest& request, const CMomentRange& range) {
-  std::vector<CString> names = ReadVariables(request.query);
+  std::vector<CString> names = AskedVariables(request);
   if (!names.empty()) return names;
   names = NamesOf(*request.logs, range);
   if (names.size() <= kMostWebVariables) return names;
@@ -103,6 +103,19 @@ std::uint64_t PartsOf(const CHistoryRequest& request, std::size_t variables) {
 }
 
 }  // namespace
+
+std::vector<CString> AskedVariables(const CHistoryRequest& request) {
+  std::vector<CString> names = ReadVariables(request.query);
+  std::vector<CString> known;
+  for (CString& name : names) {
+    if (name.View().find("\xEF\xBF\xBD") == std::string_view::npos) continue;
+    if (known.empty()) known = NamesOf(*request.logs);
+    const auto found = std::ranges::find_if(
+        known, [&name](const CString& one) { return ValidUtf8(one.View()) == name.View(); });
+    if (found != known.end()) name = *found;
+  }
+  return names;
+}
 
 CWebAnswer RangeAnswer(const CHistoryRequest& request) {
   const CMomentRange range = RangeOf(*request.logs);

@@ -2,6 +2,7 @@
 // server nor its threads.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -45,6 +46,8 @@ class CWebBody {
   virtual ~CWebBody() = default;
   // Gets the next piece, some KiB; false after the last one. May wait for the disk.
   virtual bool Next(std::string& piece) = 0;
+  // Of all pieces, if it is known.
+  virtual std::optional<std::uint64_t> Size() const { return std::nullopt; }
   // After the last piece: whether something is missing, so that the connection has to break off in place of
   // ending well.
   virtual bool IsIncomplete() const { return false; }

@@ -57,12 +57,18 @@ bool CWebExchange::HasAnswer() const {
 
 void CWebExchange::MakePiece() {
   std::string piece;
-  const bool isThere = !m_isEnded && m_answer.body->Next(piece);
-  const EPiece end = m_isEnded || m_answer.body->IsIncomplete() ? EPiece::broken : EPiece::last;
+  EPiece state = EPiece::broken;
+  try {
+    if (!m_isEnded && m_answer.body->Next(piece))
+      state = EPiece::there;
+    else if (!m_isEnded && !m_answer.body->IsIncomplete())
+      state = EPiece::last;
+  } catch (...) {  // the rest is missing
+  }
   {
     const std::lock_guard lock(m_mutex);
     m_piece = std::move(piece);
-    m_state = isThere ? EPiece::there : end;
+    m_state = state;
   }
   Wake();
 }

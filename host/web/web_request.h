@@ -11,14 +11,15 @@ struct CWebRequest {
   std::string method, path;  // path: decoded
   CWebQuery query;
   std::string body;                                 // of a POST
-  bool isTooLong = false;                           // the body: it was not kept
   std::string host, origin, cookie, authorization;  // headers
   std::string fetchSite;                            // Sec-Fetch-Site
   std::string oldTag;                               // If-None-Match
-  std::string address;                              // of the other side, without its port
-  bool isEncrypted = false;
+  std::string encodings;                            // Accept-Encoding
+  std::string viewer;                               // the address of who asks, see CWebProxies
+  bool isEncrypted = false;                         // on its way to the first server
 
   bool IsPost() const { return method == "POST"; }
+  bool IsHead() const { return method == "HEAD"; }
 };
 
 // Answers requests, from several threads at once.

@@ -10,7 +10,7 @@ namespace {
 
 using std::chrono::seconds;
 
-constexpr std::size_t kBytes = 32, kMostFailures = 10'000;
+constexpr std::size_t kBytes = 32, kMostFailures = 10'000, kMostKnown = 1000, kLongestName = 64;
 constexpr int kFree = 3;  // attempts that need not wait
 constexpr seconds kLongestWait{60}, kForgotten{900};
 
@@ -33,9 +33,14 @@ std::string CWebSessions::Begin(const std::string& user, const std::string& hash
   std::erase_if(m_sessions, [&](const auto& one) {
     return now - one.second.used > kIdle || now - one.second.begun > kLongest;
   });
-  if (m_sessions.size() >= kMost) {
-    const auto used = [](const auto& a, const auto& b) { return a.second.used < b.second.used; };
-    m_sessions.erase(std::min_element(m_sessions.begin(), m_sessions.end(), used));
+  const auto ofUser = [&user](const auto& one) { return one.second.user.name == user; };
+  const bool isFull = m_sessions.size() >= kMost;
+  if (isFull || static_cast<std::size_t>(std::ranges::count_if(m_sessions, ofUser)) >= kMostOfUser) {
+    auto oldest = m_sessions.end();
+    for (auto one = m_sessions.begin(); one != m_sessions.end(); ++one)
+      if ((isFull || ofUser(*one)) && (oldest == m_sessions.end() || one->second.used < oldest->second.used))
+        oldest = one;
+    m_sessions.erase(oldest);
   }
   std::string number = RandomNumber();
   m_sessions[number] = {{user, hash}, now, now};
@@ -60,8 +65,27 @@ void CWebSessions::End(const std::string& number) {
   m_sessions.erase(number);
 }
 
-seconds CWebSessions::Wait(const std::string& key, Time now) {
+seconds CWebSessions::Try(const std::string& address, const std::string& name, Time now) {
   const std::lock_guard lock(m_mutex);
+  const CKey from = {address, ""}, to = {"", name.substr(0, kLongestName)};
+  const bool isKnown = std::ranges::find(m_known, CKey{address, name}) != m_known.end();
+  const seconds wait = std::max(Wait(from, now), isKnown ? seconds{0} : Wait(to, now));
+  if (wait > seconds{0}) return wait;
+  Fail(from, now);
+  if (!isKnown) Fail(to, now);
+  return seconds{0};
+}
+
+void CWebSessions::Succeed(const std::string& address, const std::string& name) {
+  const std::lock_guard lock(m_mutex);
+  m_failures.erase({address, ""});
+  m_failures.erase({"", name.substr(0, kLongestName)});
+  std::erase(m_known, CKey{address, name});
+  m_known.emplace_back(address, name);
+  if (m_known.size() > kMostKnown) m_known.pop_front();
+}
+
+seconds CWebSessions::Wait(const CKey& key, Time now) const {
   const auto found = m_failures.find(key);
   if (found == m_failures.end() || found->second.count < kFree) return seconds{0};
   const int doubled = std::min(found->second.count - kFree, 6);
@@ -70,20 +94,17 @@ seconds CWebSessions::Wait(const std::string& key, Time now) {
   return std::max(left, seconds{0});
 }
 
-void CWebSessions::Fail(const std::string& key, Time now) {
-  const std::lock_guard lock(m_mutex);
+void CWebSessions::Fail(const CKey& key, Time now) {
   if (m_failures.size() >= kMostFailures)
     std::erase_if(m_failures, [&](const auto& one) { return now - one.second.last > kForgotten; });
-  if (m_failures.size() >= kMostFailures) m_failures.clear();
+  if (m_failures.size() >= kMostFailures) {
+    const auto last = [](const auto& a, const auto& b) { return a.second.last < b.second.last; };
+    m_failures.erase(std::ranges::min_element(m_failures, last));
+  }
   CFailures& failures = m_failures[key];
   if (now - failures.last > kForgotten) failures.count = 0;
   ++failures.count;
   failures.last = now;
-}
-
-void CWebSessions::Succeed(const std::string& key) {
-  const std::lock_guard lock(m_mutex);
-  m_failures.erase(key);
 }
 
 std::string CookieOf(const std::string& header, const std::string& name) {

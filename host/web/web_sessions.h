@@ -3,6 +3,7 @@
 #pragma once
 
 #include <chrono>
+#include <deque>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -15,7 +16,7 @@ class CWebSessions {
   using Time = std::chrono::steady_clock::time_point;
 
   static constexpr std::chrono::hours kIdle{12}, kLongest{24 * 7};
-  static constexpr std::size_t kMost = 1000;
+  static constexpr std::size_t kMost = 1000, kMostOfUser = 100;
 
   // Returns the number of a new session. hash: of the user's password, which ends the session if it changes.
   std::string Begin(const std::string& user, const std::string& hash, Time now);
@@ -25,10 +26,11 @@ class CWebSessions {
   std::optional<CUser> Find(const std::string& number, Time now);
   void End(const std::string& number);
 
-  // How long attempts of key, an address or a name, have to wait; 0: not at all.
-  std::chrono::seconds Wait(const std::string& key, Time now);
-  void Fail(const std::string& key, Time now);
-  void Succeed(const std::string& key);
+  // Begins an attempt to log in from an address for a name. 0: it can be made, and counts as a failure of
+  // both unless Succeed follows. Otherwise how long they have to wait. Whoever has logged in from an address
+  // before does not wait for the failures of others with the same name.
+  std::chrono::seconds Try(const std::string& address, const std::string& name, Time now);
+  void Succeed(const std::string& address, const std::string& name);
 
  private:
   struct CSession {
@@ -39,10 +41,14 @@ class CWebSessions {
     int count = 0;
     Time last;
   };
+  using CKey = std::pair<std::string, std::string>;  // an address, a name, or both
+  std::chrono::seconds Wait(const CKey& key, Time now) const;
+  void Fail(const CKey& key, Time now);
 
   std::mutex m_mutex;
   std::map<std::string, CSession> m_sessions;
-  std::map<std::string, CFailures> m_failures;
+  std::map<CKey, CFailures> m_failures;
+  std::deque<CKey> m_known;  // who has logged in from where, the last ones
 };
 
 // The value of a cookie in the header of a request; empty: it is not there.

@@ -6,7 +6,9 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "host/common/shown_text.h"
 #include "host/web/form_values.h"
+#include "host/web/web_viewer.h"
 
 namespace vastra {
 namespace {
@@ -26,13 +28,51 @@ constexpr std::pair<const char*, const char*> kHeaders[] = {
      "form-action 'self'; frame-ancestors 'none'; base-uri 'none'"},
     {"X-Content-Type-Options", "nosniff"},
     {"X-Frame-Options", "DENY"},
-    {"Referrer-Policy", "no-referrer"},
+    {"Referrer-Policy", "same-origin"},  // without any, the form for logging in would have no origin
     {"Cross-Origin-Opener-Policy", "same-origin"},
     {"Cross-Origin-Resource-Policy", "same-origin"},
 };
 
 CWebAnswer Redirect(const std::string& place) {
   return {.status = 303, .type = "text/plain", .headers = {{"Location", place}}};
+}
+
+CWebAnswer TooManyAttempts() {
+  CWebAnswer answer = ErrorAnswer(429, "too many attempts: wait a minute");
+  answer.headers.emplace_back("Retry-After", "60");
+  return answer;
+}
+
+bool IsPlain(unsigned char c) {
+  return c < 0x7F && (std::isalnum(c) != 0 ||
+                      std::string_view("!#$&+-.^_`|~").find(static_cast<char>(c)) != std::string_view::npos);
+}
+
+// The header for a file that is to be saved as name. Names of other characters are there twice: for all
+// programs, and in UTF-8 (RFC 8187) for those that read it.
+std::string Attachment(const std::string& name) {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  std::string plain, encoded;
+  for (const char c : ValidUtf8(name)) {
+    const auto byte = static_cast<unsigned char>(c);
+    const bool isShown = byte >= ' ' && byte < 0x7F && c != '"' && c != '\\' && c != '%' && c != '/';
+    if (isShown || byte >= 0xC0 || byte < 0x80) plain += isShown ? c : '_';  // once for a character
+    if (IsPlain(byte))
+      encoded += c;
+    else
+      encoded += {'%', kDigits[byte >> 4], kDigits[byte & 15]};
+  }
+  std::string header = "attachment; filename=\"" + plain + "\"";
+  return plain == name ? header : header + "; filename*=UTF-8''" + encoded;
+}
+
+// gzip in a list of encodings, unless its weight is 0.
+bool AcceptsGzip(std::string_view encodings) {
+  const std::size_t place = encodings.find("gzip");
+  if (place == std::string_view::npos) return false;
+  const std::string_view rest = encodings.substr(place + 4, encodings.find(',', place) - place - 4);
+  return rest.find("q=0") == std::string_view::npos ||
+         rest.find_first_of("123456789") != std::string_view::npos;
 }
 
 // The time zone of the machine, as browsers know it.
@@ -64,6 +104,8 @@ std::string Lowered(std::string name) {
   return name;
 }
 
+bool IsOwnAddress(const std::string& address) { return address == "::1" || address.starts_with("127."); }
+
 bool IsOwnName(const std::string& host) {
   char own[256] = "";
   gethostname(own, sizeof own - 1);
@@ -81,16 +123,19 @@ struct CWebSite::CAsked {
   const CWebStop& isStopped;
 };
 
-CWebSite::CWebSite(CLoggerWatch& watch, CHistoryService& history, std::span<const CPageFile> pages,
-                   CWebUsers* users)
-    : m_watch(watch), m_history(history), m_pages(pages), m_users(users) {}
+CWebSite::CWebSite(CLoggerWatch& watch, CHistoryService& history, const CPackedPage& page, CWebUsers* users,
+                   CTell tell)
+    : m_watch(watch), m_history(history), m_page(page), m_users(users), m_tell(std::move(tell)) {}
 
-// Null: there is none.
-const CPageFile* CWebSite::FindPage(std::string_view path) const {
-  if (path == "/") path = "/index.html";
-  if (path == "/login") path = "/login.html";
-  const auto found = std::ranges::find(m_pages, path, &CPageFile::path);
-  return found == m_pages.end() ? nullptr : &*found;
+CWebSite::CFoundPage CWebSite::FindPage(std::string_view path) const {
+  const std::size_t length = m_page.version.size() + 1;
+  const bool isOfVersion = path.substr(0, 1) == "/" && path.substr(1).starts_with(m_page.version) &&
+                           path.substr(length).starts_with('/');
+  if (isOfVersion) path.remove_prefix(length);
+  if (path == "/" && !isOfVersion) path = "/index.html";
+  if (path == "/login" && !isOfVersion) path = "/login.html";
+  const auto found = std::ranges::find(m_page.files, path, &CPageFile::path);
+  return {found == m_page.files.end() ? nullptr : &*found, isOfVersion};
 }
 
 CWebAnswer CWebSite::History(const CAsked& asked) {
@@ -135,7 +180,8 @@ CWebSite::CAddress CWebSite::Find(const CWebRequest& request) const {
   if (path.starts_with(kLoggers) && path.size() > kLoggers.size() && path[kLoggers.size()] == '/')
     return FindOfLogger(path.substr(kLoggers.size() + 1));
   // All files but the page itself are those of an open project.
-  if (FindPage(path)) return {.route = &CWebSite::Page, .isOpen = path != "/" && path != "/index.html"};
+  if (const CPageFile* file = FindPage(path).file)
+    return {.route = &CWebSite::Page, .isOpen = file->path != "/index.html"};
   return {};
 }
 
@@ -147,13 +193,11 @@ bool CWebSite::IsSlow(const CWebRequest& request) const {
 CWebAnswer CWebSite::Answer(const CWebRequest& request, const CWebStop& isStopped) {
   CWebAnswer answer = Choose(request, isStopped);
   for (const auto& [name, value] : kHeaders) answer.headers.emplace_back(name, value);
-  if (request.path.starts_with("/api/")) answer.headers.emplace_back("Cache-Control", "no-store");
-  if (!answer.file.empty()) {
-    std::string name = answer.file;
-    std::ranges::replace_if(
-        name, [](char c) { return c < ' ' || c > '~' || c == '"' || c == '\\' || c == '/'; }, '_');
-    answer.headers.emplace_back("Content-Disposition", "attachment; filename=\"" + name + "\"");
-  }
+  const auto isCached = [](const auto& header) { return header.first == "Cache-Control"; };
+  if (std::ranges::none_of(answer.headers, isCached))
+    answer.headers.emplace_back("Cache-Control", "no-store");
+  if (answer.status == 405) answer.headers.emplace_back("Allow", "GET, HEAD");
+  if (!answer.file.empty()) answer.headers.emplace_back("Content-Disposition", Attachment(answer.file));
   return answer;
 }
 
@@ -176,27 +220,30 @@ std::string CWebSite::WhatIsForeign(const CWebRequest& request) const {
 }
 
 // By the session, or for programs, such as a monitor that reads the metrics, by name and password.
-std::optional<std::string> CWebSite::UserOf(const CWebRequest& request) {
+std::optional<std::string> CWebSite::UserOf(const CWebRequest& request, bool& hasToWait) {
   const auto session = m_sessions.Find(CookieOf(request.cookie, kCookie), Clock::now());
   if (session && session->hash == m_users->HashOf(session->name)) return session->name;
   const auto given = BasicCredentials(request.authorization);
-  if (given && Check(request, given->name, given->password) == ECheck::good) return given->name;
-  return std::nullopt;
+  if (!given) return std::nullopt;
+  const CCheck check = Check(request, given->name, given->password);
+  hasToWait = check.hasToWait;
+  return check.hash.empty() ? std::nullopt : std::optional(given->name);
 }
 
 // Failures of an address, and of a name, make later attempts wait.
-CWebSite::ECheck CWebSite::Check(const CWebRequest& request, const std::string& name,
+CWebSite::CCheck CWebSite::Check(const CWebRequest& request, const std::string& name,
                                  const std::string& password) {
-  const std::string keys[] = {"address " + request.address, "name " + name.substr(0, 64)};
-  for (const std::string& key : keys)
-    if (m_sessions.Wait(key, Clock::now()).count() > 0) return ECheck::wait;
-  const bool isGood = m_users->Check(name, password);
-  for (const std::string& key : keys)
-    if (isGood)
-      m_sessions.Succeed(key);
-    else
-      m_sessions.Fail(key, Clock::now());
-  return isGood ? ECheck::good : ECheck::failed;
+  const std::string viewer = ViewerKey(request.viewer);
+  if (m_sessions.Try(viewer, name, Clock::now()).count() > 0) return {.hasToWait = true};
+  if (!request.isEncrypted && !IsOwnAddress(request.viewer))
+    std::call_once(m_isClearTold,
+                   [&] { m_tell("warning: a password has come from " + request.viewer + " in the clear"); });
+  CCheck check = {.hash = m_users->Check(name, password)};
+  if (check.hash.empty())
+    m_tell("login of " + request.viewer + " as \"" + OneLine(Shortened(name.c_str(), 64)) + "\" has failed");
+  else
+    m_sessions.Succeed(viewer, name);
+  return check;
 }
 
 CWebAnswer CWebSite::Choose(const CWebRequest& request, const CWebStop& isStopped) {
@@ -204,23 +251,31 @@ CWebAnswer CWebSite::Choose(const CWebRequest& request, const CWebStop& isStoppe
   const CAddress address = Find(request);
   const bool isMethod = request.method == "GET" || request.method == "HEAD" || request.IsPost();
   if (!isMethod) return ErrorAnswer(405, "there is only GET");
-  const std::optional<std::string> user = m_users ? UserOf(request) : std::nullopt;
+  bool hasToWait = false;
+  const std::optional<std::string> user = m_users ? UserOf(request, hasToWait) : std::nullopt;
+  if (hasToWait) return TooManyAttempts();
   if (m_users && !user && !address.isOpen)
     return request.path == "/" ? Redirect("/login") : ErrorAnswer(401, "log in first");
   if (!address.route)
     return request.IsPost() ? ErrorAnswer(405, "there is only GET") : ErrorAnswer(404, "no such address");
-  if (request.isTooLong) return ErrorAnswer(413, "the request is too long");
   return (this->*address.route)({request, address, user, isStopped});
 }
 
 CWebAnswer CWebSite::Page(const CAsked& asked) {
-  const CPageFile& file = *FindPage(asked.request.path);
-  CWebAnswer answer = {.type = std::string(file.type)};
-  answer.headers = {{"ETag", std::string(file.tag)}, {"Cache-Control", "no-cache"}};
-  if (asked.request.oldTag == file.tag)
+  const auto [file, isOfVersion] = FindPage(asked.request.path);
+  const bool isZipped = AcceptsGzip(asked.request.encodings);
+  const std::string tag = "\"" + std::string(file->tag) + (isZipped ? "-gzip\"" : "\"");
+  CWebAnswer answer = {.type = std::string(file->type)};
+  answer.headers = {{"ETag", tag},
+                    {"Vary", "Accept-Encoding"},
+                    {"Cache-Control", isOfVersion ? "public, max-age=31536000, immutable" : "no-cache"}};
+  // A server in between may have made the tag a weak one (W/), and browsers may send several.
+  if (asked.request.oldTag.find(tag) != std::string::npos) {
     answer.status = 304;
-  else
-    answer.text = file.text;
+    return answer;
+  }
+  if (isZipped) answer.headers.emplace_back("Content-Encoding", "gzip");
+  answer.text = isZipped ? file->zipped : file->text;
   return answer;
 }
 
@@ -228,10 +283,11 @@ CWebAnswer CWebSite::LogIn(const CAsked& asked) {
   if (!m_users) return Redirect("/");
   const CWebQuery form = FormValues(asked.request.body);
   const std::string name(form.Get("name").value_or("")), password(form.Get("password").value_or(""));
-  const ECheck check = Check(asked.request, name, password);
-  if (check != ECheck::good) return Redirect(check == ECheck::wait ? "/login?wait" : "/login?failed");
+  const CCheck check = Check(asked.request, name, password);
+  if (check.hash.empty()) return Redirect(check.hasToWait ? "/login?wait" : "/login?failed");
   CWebAnswer answer = Redirect("/");
-  const std::string number = m_sessions.Begin(name, m_users->HashOf(name), Clock::now());
+  m_sessions.End(CookieOf(asked.request.cookie, kCookie));
+  const std::string number = m_sessions.Begin(name, check.hash, Clock::now());
   answer.headers.emplace_back("Set-Cookie", std::string(kCookie) + "=" + number +
                                                 "; Path=/; HttpOnly; SameSite=Strict; Max-Age=604800" +
                                                 (asked.request.isEncrypted ? "; Secure" : ""));

@@ -12,8 +12,12 @@ namespace vastra {
 
 class CWebSite : public CWebHandler {
  public:
-  // pages: the files of the page. users: who has to log in; null: nobody. All must exist as long as the site.
-  CWebSite(CLoggerWatch& watch, CHistoryService& history, std::span<const CPageFile> pages, CWebUsers* users);
+  // Called with a line about what the owner of the server should hear of, by any thread.
+  using CTell = std::function<void(const std::string&)>;
+
+  // users: who has to log in; null: nobody. All must exist as long as the site.
+  CWebSite(CLoggerWatch& watch, CHistoryService& history, const CPackedPage& page, CWebUsers* users,
+           CTell tell);
 
   bool IsSlow(const CWebRequest& request) const override;
   CWebAnswer Answer(const CWebRequest& request, const CWebStop& isStopped) override;
@@ -27,15 +31,22 @@ class CWebSite : public CWebHandler {
     bool isSlow = false, isOpen = false;  // isOpen: to everybody
   };
   CAddress Find(const CWebRequest& request) const;
-  const CPageFile* FindPage(std::string_view path) const;
+  struct CFoundPage {
+    const CPageFile* file;  // null: there is none
+    bool isOfVersion;       // the address has the version: what it leads to never changes
+  };
+  CFoundPage FindPage(std::string_view path) const;
   static CAddress FindOfLogger(std::string_view rest);
 
   CWebAnswer Choose(const CWebRequest& request, const CWebStop& isStopped);
   std::string WhatIsForeign(const CWebRequest& request) const;
-  std::optional<std::string> UserOf(const CWebRequest& request);
-  enum class ECheck { good, failed, wait };
+  struct CCheck {
+    std::string hash = {};  // of the user, who is the right one; empty: is not
+    bool hasToWait = false;
+  };
+  std::optional<std::string> UserOf(const CWebRequest& request, bool& hasToWait);
   std::function<bool()> MayStillLook(const CAsked& asked);
-  ECheck Check(const CWebRequest& request, const std::string& name, const std::string& password);
+  CCheck Check(const CWebRequest& request, const std::string& name, const std::string& password);
 
   CWebAnswer Page(const CAsked& asked);
   CWebAnswer LogIn(const CAsked& asked);
@@ -52,8 +63,10 @@ class CWebSite : public CWebHandler {
 
   CLoggerWatch& m_watch;
   CHistoryService& m_history;
-  const std::span<const CPageFile> m_pages;
+  const CPackedPage m_page;
   CWebUsers* const m_users;
+  const CTell m_tell;
+  std::once_flag m_isClearTold;
   CWebSessions m_sessions;
 };
 

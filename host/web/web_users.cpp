@@ -7,10 +7,12 @@
 
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <sstream>
 #include <stdexcept>
+#include <utility>
 
 namespace vastra {
 namespace {
@@ -49,6 +51,9 @@ bool AreEqual(const std::string& a, const std::string& b) {
 }
 
 std::string ReadText(const std::string& path) {
+  std::error_code fault;
+  if (std::filesystem::exists(path, fault) && !std::filesystem::is_regular_file(path, fault))
+    throw Fault(path, "is not a file");
   std::ifstream file(path, std::ios::binary);
   if (!file) throw Fault(path, std::strerror(errno));
   std::string text(kMostFile + 1, '\0');
@@ -59,16 +64,26 @@ std::string ReadText(const std::string& path) {
   return text;
 }
 
+// The hash of a user who may not look now.
+bool IsLocked(const std::string& hash) { return hash.starts_with('!') || hash.starts_with('*'); }
+
+bool IsHash(const std::string& hash) {
+  if (hash.empty() || IsLocked(hash)) return !hash.empty();
+  const int state = crypt_checksalt(hash.c_str());
+  return state != CRYPT_SALT_INVALID && state != CRYPT_SALT_METHOD_DISABLED;
+}
+
 std::map<std::string, std::string> ReadUsers(const std::string& path) {
   std::map<std::string, std::string> users;
   std::istringstream lines(ReadText(path));
   std::string line;
   for (int number = 1; std::getline(lines, line); ++number) {
+    if (line.ends_with('\r')) line.pop_back();
     if (line.empty() || line[0] == '#') continue;
     const std::size_t colon = line.find(':');
     const std::string name = line.substr(0, colon);
-    if (colon == std::string::npos || !IsName(name) || colon + 1 == line.size())
-      throw Fault(path, "line " + std::to_string(number) + " is not NAME:HASH");
+    if (colon == std::string::npos || !IsName(name) || !IsHash(line.substr(colon + 1)))
+      throw Fault(path, "line " + std::to_string(number) + " is not NAME:HASH, of crypt(3)");
     if (!users.emplace(name, line.substr(colon + 1)).second)
       throw Fault(path, "line " + std::to_string(number) + ": " + name + " is there twice");
   }
@@ -103,25 +118,30 @@ void WriteUsers(const std::string& path, const std::map<std::string, std::string
 
 }  // namespace
 
-CWebUsers::CWebUsers(const std::string& path)
-    : m_path(path), m_version(VersionOf(path)), m_hashes(ReadUsers(path)) {
+CWebUsers::CWebUsers(const std::string& path, std::function<void(const std::string&)> tell)
+    : m_path(path),
+      m_tell(std::move(tell)),
+      m_version(VersionOf(path)),
+      m_hashes(ReadUsers(path)),
+      m_setting(NewHash("nobody")) {
   if (m_hashes.empty()) throw Fault(path, "has no user (vastra-web passwd FILE NAME adds one)");
 }
 
 CWebUsers::CVersion CWebUsers::VersionOf(const std::string& path) {
   struct stat now = {};
   if (::stat(path.c_str(), &now) != 0) return {};
-  return {now.st_ino, now.st_size, now.st_mtim.tv_sec, now.st_mtim.tv_nsec};
+  return {now.st_ino, now.st_size, now.st_ctim.tv_sec, now.st_ctim.tv_nsec};
 }
 
-// A file that cannot be read any more changes nothing.
 void CWebUsers::Renew() {
   const CVersion version = VersionOf(m_path);
   if (version == m_version) return;
+  m_version = version;
+  m_hashes.clear();
   try {
     m_hashes = ReadUsers(m_path);
-    m_version = version;
-  } catch (const std::runtime_error&) {
+  } catch (const std::runtime_error& fault) {
+    m_tell(std::string(fault.what()) + ": nobody may look until it is right");
   }
 }
 
@@ -132,12 +152,20 @@ std::string CWebUsers::HashOf(const std::string& name) {
   return found == m_hashes.end() ? "" : found->second;
 }
 
-bool CWebUsers::Check(const std::string& name, const std::string& password) {
-  static const std::string kNobody = NewHash("nobody");
+std::string CWebUsers::Check(const std::string& name, const std::string& password) {
   const std::string hash = HashOf(name);
-  const std::string& setting = hash.empty() ? kNobody : hash;
-  const bool isSame = password.size() <= kMostPassword && AreEqual(HashWith(password, setting), setting);
-  return isSame && !hash.empty();
+  const std::string setting = hash.empty() || IsLocked(hash) ? SettingForNobody() : hash;
+  const bool isPassword = password.size() <= kMostPassword && password.find('\0') == password.npos;
+  const std::string made = HashWith(isPassword ? password : "", setting);
+  return isPassword && AreEqual(made, hash) ? hash : "";
+}
+
+// That of a user, if there is one: methods differ in the time that they take.
+std::string CWebUsers::SettingForNobody() {
+  const std::lock_guard lock(m_mutex);
+  for (const auto& [name, hash] : m_hashes)
+    if (!IsLocked(hash)) return hash;
+  return m_setting;
 }
 
 void SetWebPassword(const std::string& path, const std::string& name, const std::string& password) {

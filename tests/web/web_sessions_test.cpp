@@ -37,24 +37,47 @@ TEST_F(WebSessions, AreBounded) {
   const std::string first = m_sessions.Begin("anna", "hash", m_now);
   std::set<std::string> numbers;
   for (std::size_t i = 0; i < CWebSessions::kMost; ++i)
-    numbers.insert(m_sessions.Begin("bob", "hash", m_now + seconds(i + 1)));
+    numbers.insert(m_sessions.Begin("bob" + std::to_string(i / 50), "hash", m_now + seconds(i + 1)));
   EXPECT_EQ(numbers.size(), CWebSessions::kMost);
   EXPECT_FALSE(m_sessions.Find(first, m_now + seconds(2)));
   EXPECT_TRUE(m_sessions.Find(*numbers.begin(), m_now + seconds(2000)));
 }
 
 TEST_F(WebSessions, FailuresWaitLongerEachTime) {
-  std::vector<std::int64_t> waits;
-  for (int i = 0; i < 11; ++i) {
-    m_sessions.Fail("x", m_now);
-    waits.push_back(m_sessions.Wait("x", m_now).count());
+  for (const bool isAddress : {true, false}) {  // what the attempts have in common
+    std::vector<std::int64_t> waits;
+    for (int i = 0; i < 11; ++i) {
+      const std::string other = std::to_string(i);
+      const std::string address = isAddress ? "a" : other, name = isAddress ? other : "bob";
+      const seconds wait = m_sessions.Try(address, name, m_now);
+      waits.push_back(wait.count());
+      if (wait == seconds(0)) continue;
+      m_now += wait;
+      EXPECT_EQ(m_sessions.Try(address, name, m_now - seconds(1)), seconds(1));
+      EXPECT_EQ(m_sessions.Try(address, name, m_now), seconds(0));
+    }
+    EXPECT_EQ(waits, (std::vector<std::int64_t>{0, 0, 0, 1, 2, 4, 8, 16, 32, 60, 60})) << isAddress;
   }
-  EXPECT_EQ(waits, (std::vector<std::int64_t>{0, 0, 1, 2, 4, 8, 16, 32, 60, 60, 60}));
-  EXPECT_EQ(m_sessions.Wait("y", m_now), seconds(0));
-  EXPECT_EQ(m_sessions.Wait("x", m_now + seconds(59)), seconds(1));
-  EXPECT_EQ(m_sessions.Wait("x", m_now + seconds(60)), seconds(0));
-  m_sessions.Succeed("x");
-  EXPECT_EQ(m_sessions.Wait("x", m_now), seconds(0));
+  m_sessions.Succeed("a", "anna");
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(m_sessions.Try("a", "bert", m_now), seconds(0));
+}
+
+TEST_F(WebSessions, OthersDoNotKeepOutWhoHasLoggedInBefore) {
+  m_sessions.Succeed("home", "anna");
+  for (int i = 0; i < 20; ++i) m_sessions.Try("other" + std::to_string(i), "anna", m_now);
+  EXPECT_GT(m_sessions.Try("new", "anna", m_now), seconds(0));
+  for (const bool isFree : {true, true, true, false})
+    EXPECT_EQ(m_sessions.Try("home", "anna", m_now) == seconds(0), isFree)
+        << "the address has failures of its own";
+}
+
+TEST_F(WebSessions, OfOneUserDoNotEndThoseOfOthers) {
+  const std::string anna = m_sessions.Begin("anna", "hash", m_now),
+                    bob = m_sessions.Begin("bob", "hash", m_now);
+  for (std::size_t i = 0; i < CWebSessions::kMostOfUser; ++i)
+    m_sessions.Begin("bob", "hash", m_now + seconds(1));
+  EXPECT_TRUE(m_sessions.Find(anna, m_now));
+  EXPECT_FALSE(m_sessions.Find(bob, m_now));
 }
 
 TEST(WebForms, AreDecoded) {

@@ -11,7 +11,7 @@ export function loadPlots() {
   if (globalThis.uPlot) return Promise.resolve();
   return new Promise((resolve, reject) => {
     const fail = () => reject(new Error('The charts cannot be loaded from the server'));
-    document.head.append(el('script', { src: '/vendor/uPlot.iife.min.js', onload: resolve, onerror: fail }));
+    document.head.append(el('script', { src: new URL('../vendor/uPlot.iife.min.js', import.meta.url).href, onload: resolve, onerror: fail }));
   });
 }
 
