@@ -7,10 +7,11 @@ import { loadPlots, makePlot } from './chart_plot.js';
 import { ChartTable } from './chart_table.js';
 import { Tools } from './chart_tools.js';
 import { ChartView } from './chart_view.js';
-import { el, fill, paced, setText, settled } from './dom.js';
+import { el, paced, refill, settled } from './dom.js';
 import * as model from './model.js';
 import { pick } from './picker.js';
-import { link, remember } from './router.js';
+import { remember } from './router.js';
+import { fault } from './states.js';
 import { dateTime } from './time.js';
 import { chosenLogger, loggerNotice, whenKnown } from './widgets.js';
 
@@ -30,9 +31,7 @@ export function show(main, parameters) {
     const [variables] = await Promise.all([logger ? variablesOf(logger) : [], loadPlots()]);
     if (!isEnded) page = new ChartPage(main, parameters, logger, variables);
   };
-  const end = whenKnown(() =>
-    open().catch(error => main.append(el('p', { class: 'fault', role: 'alert' }, error.message)))
-  );
+  const end = whenKnown(() => open().catch(error => main.append(el('p', { role: 'alert' }, fault(error.message)))));
   return () => {
     isEnded = true;
     end();
@@ -60,6 +59,8 @@ class ChartPage {
   #columns = [[]];
   #asked = 0;
   #pointer = null;
+  #problem = ''; // why the logs could not be asked
+  #hasRows = true; // whether there are any, as far as is known
   #area = el('div', { class: 'plot', tabindex: 0, role: 'application', 'aria-label': kPlotLabel });
   #status = el('p', { class: 'hint', role: 'status' });
   #table = new ChartTable(name => this.#choose(this.#names.filter(one => one !== name)));
@@ -172,22 +173,13 @@ class ChartPage {
   }
 
   async #request() {
-    if (!this.#logger || this.#names.length === 0)
-      return setText(this.#status, 'Choose variables to see their curves.');
+    if (!this.#logger || this.#names.length === 0) return this.#draw();
     this.#asked = performance.now();
     const data = this.#data;
     this.#area.setAttribute('aria-busy', 'true');
-    try {
-      await data.ask(...this.#view.range, this.#area.clientWidth);
-      fill(
-        this.#status,
-        data.faults.map(fault => el('span', { class: 'fault' }, `Rows are missing: ${fault} `))
-      );
-    } catch (error) {
-      const words = faultWords(error);
-      if (!words || data !== this.#data) return;
-      fill(this.#status, el('span', { class: 'fault' }, words));
-    }
+    const words = await data.ask(...this.#view.range, this.#area.clientWidth).then(() => '', faultWords);
+    if (words === null || data !== this.#data) return;
+    this.#problem = words;
     this.#area.removeAttribute('aria-busy');
     this.#draw();
   }
@@ -207,32 +199,37 @@ class ChartPage {
     this.#columns = this.#data.columns();
     this.#plot.setData(this.#columns);
     const [from, to] = this.#view.range;
-    const isEmpty = this.#data.isThere && !this.#columns[0].some(time => time >= from && time <= to);
-    if (isEmpty) setText(this.#status, 'There are no rows in this range. "All" shows all there are.');
-    else if (this.#status.textContent.startsWith('There are no rows')) setText(this.#status, '');
+    refill(this.#status, this.#statusOf(from, to));
     this.#showTable();
+  }
+
+  // What the curves do not say.
+  #statusOf(from, to) {
+    if (this.#logger && this.#names.length === 0) return 'Choose variables to see their curves.';
+    if (this.#problem) return fault(this.#problem);
+    if (this.#data.faults.length) return this.#data.faults.map(words => fault(`Rows are missing: ${words} `));
+    const isEmpty = this.#data.isThere && !this.#columns[0].some(time => time >= from && time <= to);
+    if (!isEmpty) return '';
+    return this.#hasRows ? 'There are no rows in this range. "All" shows all there are.' : 'There are no rows yet.';
   }
 
   #showTable() {
     const [from, to] = this.#view.range;
     const reach = Math.max((to - from) / 100, 2 * (model.logger(this.#logger)?.period ?? 0));
     const newest = Math.min(to, this.#columns[0].at(-1) ?? to);
-    this.#table.show(
-      this.#columns,
-      { now: this.#pointer ?? newest, a: this.#view.a, b: this.#view.b },
-      this.#pointer !== null,
-      reach
-    );
+    const times = { now: this.#pointer ?? newest, isPointer: this.#pointer !== null, a: this.#view.a, b: this.#view.b };
+    this.#table.show(this.#columns, { ...times, range: [from, to] }, reach);
   }
 
   async #showAll() {
     try {
       const { from, to } = await get(loggerAddress(this.#logger, 'range'));
-      if (from < to) this.#view.show(from, to);
-      else setText(this.#status, 'There are no rows yet.');
+      this.#hasRows = from < to;
+      if (this.#hasRows) return this.#view.show(from, to);
     } catch (error) {
-      setText(this.#status, faultWords(error) ?? '');
+      this.#problem = faultWords(error);
     }
+    this.#draw();
   }
 
   #savePicture() {

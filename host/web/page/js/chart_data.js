@@ -151,12 +151,18 @@ function breakLine(xs, y, limit) {
   }
 }
 
+// Calls `each(index)` for the times of a range, its end included.
+export function visible(times, from, to, each) {
+  for (let i = firstNotBefore(times, from); i < times.length && times[i] <= to; i++) each(i);
+}
+
 // The index of the value that is nearest to a time; -1 if there is none within `reach`.
 export function nearest(times, column, time, reach) {
   let best = -1;
   const away = i => Math.abs(times[i] - time);
-  for (let i = firstNotBefore(times, time - reach); i < times.length && times[i] <= time + reach; i++)
+  visible(times, time - reach, time + reach, i => {
     if (typeof column[i] === 'number' && (best < 0 || away(i) < away(best))) best = i;
+  });
   return best;
 }
 

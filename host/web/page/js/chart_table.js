@@ -1,14 +1,24 @@
-// The table under the plot: each variable with its colour, and its values at the pointer and at the two cursors.
-import { nearest } from './chart_data.js';
+// The table under the plot: each variable with its colour, its values at the pointer and at the two cursors, and its
+// least and greatest value in the range.
+import { nearest, visible } from './chart_data.js';
 import { el, fill, setText } from './dom.js';
 import { value, withUnit } from './format.js';
 import { duration, shortTimeMs } from './time.js';
 
-const kColumns = ['now', 'a', 'b', 'difference'];
+// The columns: the words of the head, which are empty while there is no such column, and of a cell. `at` has the times
+// of "now", "a" and "b", null if there is none; `found` what a variable has at these times.
+const kColumns = [
+  [at => `${at.isPointer ? 'Pointer' : 'Newest'} ${shortTimeMs(at.now)}`, ({ now }, unit) => partWords(now, unit)],
+  [at => timeOf('A', at.a), ({ a }, unit) => partWords(a, unit)],
+  [at => timeOf('B', at.b), ({ b }, unit) => partWords(b, unit)],
+  [at => (at.a !== null && at.b !== null ? `B − A ${duration(at.b - at.a)}` : ''), difference],
+  [() => 'Least', ({ range }, unit) => withUnit(range?.least, unit)],
+  [() => 'Greatest', ({ range }, unit) => withUnit(range?.greatest, unit)]
+];
 
 export class ChartTable {
-  #cells = new Map(); // column and index of the variable to the cell
-  #times = {}; // column to its cell in the head
+  #heads = [];
+  #rows = []; // of each variable the cells
   #variables = [];
 
   // `remove(name)` takes a variable out of the chart.
@@ -19,78 +29,71 @@ export class ChartTable {
 
   build(variables) {
     this.#variables = variables;
-    for (const column of kColumns) this.#times[column] = el('th', { scope: 'col' });
-    const rows = variables.map((variable, i) => this.#row(variable, i));
+    this.#heads = kColumns.map(() => el('th', { scope: 'col' }));
+    this.#rows = variables.map(() => kColumns.map(() => el('td')));
+    const rows = variables.map((variable, i) => this.#row(variable, this.#rows[i]));
     fill(
       this.element,
-      el('caption', { class: 'hidden' }, 'Values at the pointer and at the cursors'),
-      el('thead', {}, el('tr', {}, el('th', { scope: 'col' }, 'Variable'), Object.values(this.#times), el('td'))),
+      el('caption', { class: 'hidden' }, 'Values at the pointer, at the cursors and in the range'),
+      el('thead', {}, el('tr', {}, el('th', { scope: 'col' }, 'Variable'), this.#heads, el('td'))),
       el('tbody', {}, rows)
     );
   }
 
-  #row({ name, colour }, i) {
+  #row({ name, colour }, cells) {
     const key = el('span', { class: 'key' });
     key.style.background = colour;
-    const cells = kColumns.map(column => {
-      const cell = el('td');
-      this.#cells.set(column + i, cell);
-      return cell;
-    });
-    return el(
-      'tr',
-      {},
-      el('th', { scope: 'row' }, key, ' ', name),
-      cells,
-      el(
-        'td',
-        {},
-        el(
-          'button',
-          {
-            class: 'small',
-            'aria-label': `Remove ${name}`,
-            onclick: () => this.remove(name)
-          },
-          '✕'
-        )
-      )
-    );
+    const remove = el('button', { 'aria-label': `Remove ${name}`, onclick: () => this.remove(name) }, '✕');
+    return el('tr', {}, el('th', { scope: 'row' }, key, ' ', name), cells, el('td', {}, remove));
   }
 
-  // `columns` are those of the plot, `at` has the times of "now", "a" and "b", null if there is none. A value counts
-  // if it is within `reach` milliseconds.
-  show(columns, at, isPointer, reach) {
-    this.#showTimes(at, isPointer);
-    this.#variables.forEach((variable, i) => {
-      const found = {};
+  // `columns` are those of the plot, `at` has the times of "now", "a" and "b", whether "now" is that of the pointer, and
+  // the range. A value counts if it is within `reach` milliseconds.
+  show(columns, at, reach) {
+    this.#heads.forEach((head, k) => {
+      const words = kColumns[k][0](at);
+      setText(head, words);
+      head.hidden = words === '';
+    });
+    this.#variables.forEach(({ unit }, i) => {
+      const found = { range: rangeOf(columns, i, at.range) };
       for (const name of ['now', 'a', 'b']) found[name] = reading(columns, i, at[name], reach);
-      for (const name of ['now', 'a', 'b'])
-        setText(this.#cells.get(name + i), at[name] === null ? '' : words(found[name], variable.unit));
-      const isBoth = found.a && found.b;
-      setText(this.#cells.get('difference' + i), isBoth ? withUnit(found.b.mean - found.a.mean, variable.unit) : '');
+      this.#rows[i].forEach((cell, k) => {
+        cell.hidden = this.#heads[k].hidden;
+        setText(cell, cell.hidden ? '' : kColumns[k][1](found, unit));
+      });
     });
-  }
-
-  #showTimes({ now, a, b }, isPointer) {
-    const text = (name, time) => (time === null ? '' : `${name} ${shortTimeMs(time)}`);
-    setText(this.#times.now, text(isPointer ? 'Pointer' : 'Newest', now));
-    setText(this.#times.a, text('A', a));
-    setText(this.#times.b, text('B', b));
-    setText(this.#times.difference, a !== null && b !== null ? `B − A ${duration(b - a)}` : '');
   }
 }
 
-function reading(columns, variable, time, reach) {
+const timeOf = (name, time) => (time === null ? '' : `${name} ${shortTimeMs(time)}`);
+
+const ofVariable = (columns, i) => columns.slice(1 + i * 3, 4 + i * 3);
+
+function reading(columns, i, time, reach) {
   if (time === null) return null;
-  const [greatest, least, mean] = columns.slice(1 + variable * 3, 4 + variable * 3);
-  const i = nearest(columns[0], mean, time, reach);
-  return i < 0 ? null : { greatest: greatest[i], least: least[i], mean: mean[i] };
+  const [greatest, least, mean] = ofVariable(columns, i);
+  const at = nearest(columns[0], mean, time, reach);
+  return at < 0 ? null : { greatest: greatest[at], least: least[at], mean: mean[at] };
+}
+
+function rangeOf(columns, i, [from, to]) {
+  const [greatest, least] = ofVariable(columns, i);
+  const found = { least: Infinity, greatest: -Infinity };
+  visible(columns[0], from, to, at => {
+    if (least[at] < found.least) found.least = least[at];
+    if (greatest[at] > found.greatest) found.greatest = greatest[at];
+  });
+  return found.least <= found.greatest ? found : null;
 }
 
 // A part of several rows has a range.
-function words(found, unit) {
+function partWords(found, unit) {
   if (!found) return '–';
   if (found.least === found.greatest) return withUnit(found.mean, unit);
   return `${withUnit(found.mean, unit)} (${value(found.least)} … ${value(found.greatest)})`;
+}
+
+function difference({ a, b }, unit) {
+  return a && b ? withUnit(b.mean - a.mean, unit) : '–';
 }

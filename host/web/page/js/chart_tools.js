@@ -2,14 +2,13 @@
 import { loggerAddress } from './api.js';
 import { el } from './dom.js';
 import { link } from './router.js';
-import { loggerChoice, rangeFields } from './widgets.js';
+import { loggerChoice, more, rangeFields } from './widgets.js';
 
 const kSpans = [
   ['Hour', 3600e3],
   ['Day', 86400e3],
   ['Week', 7 * 86400e3]
 ];
-const kWide = 1200; // px; on a smaller screen the plot needs the space of the rarer tools
 const kAxes = [
   ['unit', 'one for each unit'],
   ['each', 'one for each variable'],
@@ -76,19 +75,13 @@ export class Tools {
   }
 
   #more(picture) {
-    return el(
-      'details',
-      { class: 'more', open: innerWidth > kWide },
-      el('summary', {}, 'More'),
-      el(
-        'div',
-        {},
-        this.#fields.element,
-        el('label', {}, 'Axes ', this.#axes),
-        this.#csv,
-        el('button', { onclick: picture }, 'Picture'),
-        el('button', { onclick: () => this.#view.clear() }, 'Clear cursors')
-      )
+    return more(
+      'More',
+      this.#fields.element,
+      el('label', {}, 'Axes ', this.#axes),
+      this.#csv,
+      el('button', { onclick: picture }, 'Picture'),
+      el('button', { onclick: () => this.#view.clear() }, 'Clear cursors')
     );
   }
 

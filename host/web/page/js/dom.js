@@ -24,6 +24,26 @@ export function fill(element, ...children) {
   return element;
 }
 
+// Like fill, but a child that is equal to the one that is there stays, and with it a selection.
+export function refill(element, ...children) {
+  const next = present(children).map(child => (child instanceof Node ? child : document.createTextNode(child)));
+  next.forEach((child, i) => {
+    const old = element.childNodes[i];
+    if (!old) element.append(child);
+    else if (!old.isEqualNode(child)) old.replaceWith(child);
+  });
+  while (element.childNodes.length > next.length) element.lastChild.remove();
+}
+
+// Makes a list of elements the children. Those that are there already are not touched, so that they keep the focus.
+export function arrange(element, children) {
+  const kept = new Set(children);
+  for (const child of [...element.children]) if (!kept.has(child)) child.remove();
+  children.forEach((child, i) => {
+    if (element.children[i] !== child) element.insertBefore(child, element.children[i] ?? null);
+  });
+}
+
 // Sets a text only if it differs: so a screen reader is not told again and a selection stays.
 export function setText(element, text) {
   if (element.textContent !== text) element.textContent = text;

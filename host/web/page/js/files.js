@@ -3,8 +3,9 @@ import { faultWords, get, loggerAddress } from './api.js';
 import { el, fill } from './dom.js';
 import { bytes, count, plural } from './format.js';
 import { link, remember } from './router.js';
+import { fault } from './states.js';
 import { clockTime, dateTime, day, midnight, serverNow } from './time.js';
-import { chosenLogger, loggerChoice, loggerNotice, rangeFields, rangeOf, openWhenKnown } from './widgets.js';
+import { chosenLogger, loggerChoice, loggerNotice, more, rangeFields, rangeOf, openWhenKnown } from './widgets.js';
 
 const kRows = 300; // of a table at once
 const kDays = [
@@ -40,10 +41,9 @@ class FilesPage {
         { class: 'tools' },
         choice,
         el('div', { class: 'group', role: 'group', 'aria-label': 'Range' }, days),
-        this.#fields.element
+        more('Range', this.#fields.element, this.#csv)
       ),
       this.#notice.element,
-      el('p', {}, this.#csv),
       this.#status,
       this.#faults,
       this.#list
@@ -69,7 +69,7 @@ class FilesPage {
       this.#show(await get(loggerAddress(this.#logger, 'logs', { from, to }), this.#request.signal));
     } catch (error) {
       const words = faultWords(error);
-      if (words) fill(this.#status, el('span', { class: 'fault' }, words));
+      if (words) fill(this.#status, fault(words));
     }
   }
 
@@ -83,7 +83,7 @@ class FilesPage {
     );
     fill(
       this.#faults,
-      (faults ?? []).map(fault => el('p', { class: 'callout bad' }, fault))
+      (faults ?? []).map(words => el('p', { class: 'callout' }, fault(words)))
     );
     const folders = grouped(logs, log => log.folder);
     fill(
@@ -107,7 +107,7 @@ class FilesPage {
   }
 
   #table(date, logs) {
-    const head = ['Log', 'First', 'Last', 'Rows', 'Size', 'Download'].map(name => el('th', { scope: 'col' }, name));
+    const head = ['Log', 'First', 'Last', 'Rows', 'Size', 'Get'].map(name => el('th', { scope: 'col' }, name));
     const body = el('tbody');
     return [
       el('table', { 'aria-label': 'Logs of ' + date }, el('thead', {}, el('tr', {}, head)), body),
@@ -124,29 +124,32 @@ class FilesPage {
     return rest.length > 0 && button;
   }
 
-  #log({ id, file, first, last, rows, bytes: size, open, fault }) {
+  #log({ id, file, first, last, rows, bytes: size, open, fault: words }) {
     const at = what => loggerAddress(this.#logger, what, { id });
+    const view = first && link('chart', { logger: this.#logger, from: first, to: last + 1 });
     const files = [
       el('a', { href: at('log'), download: '', 'aria-label': `${file} as a file` }, 'file'),
       ' ',
-      el('a', { href: at('log.csv'), download: '', 'aria-label': `${file} as CSV` }, 'CSV')
+      el('a', { href: at('log.csv'), download: '', 'aria-label': `${file} as CSV` }, 'CSV'),
+      ' ',
+      view && el('a', { href: view, 'aria-label': `Chart of ${file}` }, 'chart')
     ];
     const cell = (name, ...words) => el('td', { 'data-name': name }, words);
     return el(
       'tr',
-      { class: fault ? 'bad' : '' },
+      {},
       el(
         'th',
         { scope: 'row' },
         file,
         open && el('small', {}, ' still written'),
-        fault && el('small', {}, ` ✕ ${fault}`)
+        words && el('small', {}, ' ', fault(words))
       ),
       cell('First', first ? clockTime(first) : '–'),
-      cell('Last', last ? clockTime(last) : '–'),
+      cell('Last', last ? (day(last) === day(first) ? clockTime(last) : dateTime(last)) : '–'),
       cell('Rows', count(rows)),
       cell('Size', bytes(size)),
-      cell('Download', files)
+      cell('Get', files)
     );
   }
 }

@@ -10,6 +10,18 @@ export function value(raw) {
   return raw === Number(raw.toPrecision(kFloatDigits)) ? String(raw) : String(Number(raw.toPrecision(7)));
 }
 
+const kSteadyDigits = 6;
+
+// A value of a variable among its newest ones, so that its digits keep their places when it changes: all have the
+// decimals of the greatest one, or none if all are whole. `greatest` is without sign.
+export function steady(raw, { greatest, isWhole }) {
+  if (typeof raw !== 'number') return value(raw);
+  const exponent = greatest > 0 ? Math.floor(Math.log10(greatest)) : 0;
+  if (isWhole && exponent < 10) return String(raw);
+  if (exponent < -4 || exponent > 8) return raw.toExponential(4);
+  return raw.toFixed(Math.max(0, kSteadyDigits - 1 - exponent));
+}
+
 export const withUnit = (raw, unit) => value(raw) + (unit ? ' ' + unit : '');
 
 // 1 234 567; a count can be not known yet.

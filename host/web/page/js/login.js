@@ -1,6 +1,6 @@
 // The page for logging in. Sends the form itself, so that the fragment with the view survives.
 const form = document.querySelector('form');
-const fault = document.querySelector('.fault');
+const fault = document.querySelector('[role=alert]');
 
 async function send(event) {
   event.preventDefault();

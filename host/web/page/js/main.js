@@ -7,6 +7,7 @@ import * as messages from './messages.js';
 import * as model from './model.js';
 import * as overview from './overview.js';
 import { link, where } from './router.js';
+import { fault, stated } from './states.js';
 import { clockTime, serverNow, zone } from './time.js';
 import * as values from './values.js';
 
@@ -57,6 +58,9 @@ document.querySelector('.skip').addEventListener('click', event => {
 });
 
 let lost = null; // the newest state of the link that is not up, and when it came
+const lostSince = el('strong');
+const retry = el('span', { 'aria-hidden': 'true' }); // not read out: a screen reader says the loss once
+fill(document.querySelector('#link'), stated('bad', lostSince, retry));
 
 function showLink(state) {
   document.body.classList.toggle('lost', !state.up);
@@ -65,14 +69,11 @@ function showLink(state) {
   countDown();
 }
 
-// The seconds are outside of the alert's text: a screen reader says the loss once.
 function countDown() {
   if (!lost) return;
-  const banner = document.querySelector('#link');
-  if (!banner.firstChild) banner.append(el('strong'), el('span', { 'aria-hidden': 'true' }));
-  setText(banner.firstChild, `No connection to the server since ${clockTime(lost.since)}. `);
+  setText(lostSince, `No connection to the server since ${clockTime(lost.since)}. `);
   const seconds = Math.max(0, Math.ceil((lost.until - performance.now()) / 1000));
-  setText(banner.lastChild, seconds ? `What is shown is of then. Next attempt in ${seconds} s.` : 'Connecting ...');
+  setText(retry, seconds ? `What is shown is of then. Next attempt in ${seconds} s.` : 'Connecting ...');
 }
 
 function showAbout() {
@@ -93,11 +94,7 @@ async function start() {
   try {
     await model.start();
   } catch (error) {
-    fill(
-      main,
-      el('h1', {}, 'Vastra'),
-      el('p', { class: 'fault', role: 'alert' }, faultWords(error) + '. Trying again.')
-    );
+    fill(main, el('h1', {}, 'Vastra'), el('p', { role: 'alert' }, fault(faultWords(error) + '. Trying again.')));
     return setTimeout(start, 3000);
   }
   showAbout();

@@ -1,13 +1,13 @@
 // The messages of the loggers as they come, the newest at the end.
-import { el, fill, paced, setText, settled } from './dom.js';
+import { arrange, el, fill, paced, setText, settled } from './dom.js';
 import { plural } from './format.js';
 import * as model from './model.js';
 import { link, remember } from './router.js';
+import { kSeverities, signed } from './states.js';
 import { dateTime } from './time.js';
 import { loggerChoice, loggerNotice, openWhenKnown } from './widgets.js';
 
-const kSeverities = ['notice', 'warning', 'error', 'fatal']; // the least first
-const kSigns = { notice: '·', warning: '!', error: '✕', fatal: '✕' };
+const kNames = Object.keys(kSeverities); // the least severe first
 const kShown = 1000;
 
 export const show = (main, parameters) => openWhenKnown(() => new MessagesPage(main, parameters));
@@ -53,11 +53,9 @@ class MessagesPage {
   #makeFields(parameters) {
     fill(
       this.#severity,
-      kSeverities.map((name, i) =>
-        el('option', { value: name }, i === 0 ? 'all' : i === 3 ? name : name + ' and worse')
-      )
+      kNames.map((name, i) => el('option', { value: name }, i === 0 ? 'all' : i === 3 ? name : name + ' and worse'))
     );
-    this.#severity.value = kSeverities.includes(parameters.get('severity')) ? parameters.get('severity') : 'notice';
+    this.#severity.value = kNames.includes(parameters.get('severity')) ? parameters.get('severity') : 'notice';
     this.#search.value = parameters.get('search') ?? '';
     this.#offerLinks([], parameters.get('link') ?? '');
   }
@@ -105,11 +103,11 @@ class MessagesPage {
   }
 
   #filter() {
-    const least = kSeverities.indexOf(this.#severity.value),
+    const least = kNames.indexOf(this.#severity.value),
       kind = this.#link.value;
     const words = this.#search.value.toLowerCase().split(/\s+/).filter(Boolean);
     return message => {
-      if (kSeverities.indexOf(message.severity) < least || (kind && message.link !== kind)) return false;
+      if (kNames.indexOf(message.severity) < least || (kind && message.link !== kind)) return false;
       const text =
         `${message.place ?? ''} ${message.name} ${message.function} ${message.link} ${wordsOf(message)}`.toLowerCase();
       return words.every(word => text.includes(word));
@@ -132,11 +130,7 @@ class MessagesPage {
   #showRows(found) {
     const rows = found.map(message => this.#made.get(message) ?? this.#makeRow(message));
     this.#made = new Map(found.map((message, i) => [message, rows[i]]));
-    const kept = new Set(rows);
-    for (const row of [...this.#list.children]) if (!kept.has(row)) row.remove();
-    rows.forEach((row, i) => {
-      if (this.#list.children[i] !== row) this.#list.insertBefore(row, this.#list.children[i] ?? null);
-    });
+    arrange(this.#list, rows);
     this.#scroll();
   }
 
@@ -144,9 +138,9 @@ class MessagesPage {
     const { time, severity, function: what, link: kind, name, place, logger } = message;
     return el(
       'li',
-      { class: severity },
+      { class: kSeverities[severity] },
       el('span', { class: 'when' }, dateTime(time)),
-      el('span', { class: 'severity' }, `${kSigns[severity] ?? ''} ${severity}`),
+      el('span', { class: 'severity' }, signed(kSeverities[severity], severity)),
       el(
         'span',
         { class: 'who' },

@@ -1,9 +1,15 @@
-// The overview: a card for each logger. What is wrong is red, has a sign, and says what it is.
-import { el, fill, paced } from './dom.js';
+// The overview: a card for each logger.
+import { get, loggerAddress } from './api.js';
+import { arrange, el, fill, paced, refill } from './dom.js';
 import { bytes, count, plural } from './format.js';
 import * as model from './model.js';
 import { link } from './router.js';
-import { duration, serverNow, shortTime } from './time.js';
+import { signed } from './states.js';
+import { dateTime, duration, serverNow, shortTime } from './time.js';
+
+const kNone =
+  'There is no logger on this machine yet. A logger comes here by itself as soon as it runs as a service, or with ' +
+  '"vastra run ... --feed" below the folder of --dir. Logs without a logger: "vastra-web --folder NAME=DIR".';
 
 export function show(main) {
   const summary = el('p', { class: 'summary', role: 'status' }, 'Waiting for the loggers ...');
@@ -13,9 +19,9 @@ export function show(main) {
   const paint = paced(() => {
     if (!model.isKnown()) return;
     showSummary(summary);
-    fill(
+    arrange(
       cards,
-      model.loggers().map(logger => paintCard(made, logger))
+      sorted(model.loggers()).map(logger => paintCard(made, logger))
     );
   }, 500);
   const ends = [model.on('loggers', paint), model.on('link', paint)];
@@ -29,38 +35,50 @@ export function show(main) {
 }
 
 function showSummary(element) {
-  const all = model.loggers(),
-    bad = all.filter(logger => !isWell(logger));
-  const words = model.listFault()
-    ? `The loggers cannot all be found: ${model.listFault()}.`
-    : all.length === 0
-      ? 'There is no logger on this machine.'
-      : bad.length === 0
-        ? `All is well: ${plural(all.length, 'logger')}.`
-        : `${plural(bad.length, 'logger')} of ${all.length} not well: ${bad.map(logger => logger.name).join(', ')}.`;
-  if (element.textContent !== words) element.textContent = words;
-  element.classList.toggle('bad', bad.length > 0 || model.listFault() !== '');
+  const [state, words] = summaryOf(model.loggers());
+  if (element.textContent.endsWith(words)) return;
+  fill(element, signed(state, words));
+  element.className = `summary ${state}`;
 }
 
+function summaryOf(all) {
+  const bad = all.filter(logger => !isWell(logger)),
+    folders = all.filter(isFolder).length;
+  if (model.listFault()) return ['bad', `The loggers cannot all be found: ${model.listFault()}.`];
+  if (all.length === 0) return ['plain', kNone];
+  if (bad.length)
+    return ['bad', `${plural(bad.length, 'logger')} of ${all.length - folders} not well: ${namesOf(bad)}.`];
+  const live = all.length - folders;
+  const kinds = [live && plural(live, 'logger'), folders && plural(folders, 'folder of logs', 'folders of logs')];
+  return ['well', `All is well: ${kinds.filter(Boolean).join(', ')}.`];
+}
+
+const namesOf = loggers => loggers.map(logger => logger.name).join(', ');
+const isFolder = logger => logger.kind === 'folder';
 const isWell = logger => logger.well && logger.up;
+
+// What is wrong comes first, folders come last.
+const rank = logger => (isFolder(logger) ? 2 : isWell(logger) ? 1 : 0);
+const sorted = loggers => [...loggers].sort((a, b) => rank(a) - rank(b));
 
 // The parts of a card that are written again: links keep their element.
 function paintCard(made, logger) {
   if (!made.has(logger.name)) made.set(logger.name, makeCard(logger));
   const { element, state, facts, problems } = made.get(logger.name);
   element.classList.toggle('bad', !isWell(logger));
-  fill(state, stateWords(logger));
-  fill(facts, factsOf(logger.up ? logger : logger.last));
+  refill(state, stateOf(logger));
+  if (!isFolder(logger)) refill(facts, factsOf(logger.up ? logger : logger.last));
   facts.classList.toggle('old', !logger.up);
-  fill(problems, problemsOf(logger));
+  refill(problems, problemsOf(logger));
   return element;
 }
 
-function makeCard({ name, kind }) {
+function makeCard(logger) {
+  const { name } = logger;
   const state = el('p', { class: 'state' }),
     facts = el('dl'),
     problems = el('div', { class: 'problems' });
-  const pages = kind === 'folder' ? ['chart', 'files'] : ['values', 'chart', 'files', 'messages'];
+  const pages = isFolder(logger) ? ['chart', 'files'] : ['values', 'chart', 'files', 'messages'];
   const links = pages.map(page =>
     el('a', { href: link(page, { logger: name }) }, page[0].toUpperCase() + page.slice(1))
   );
@@ -73,35 +91,47 @@ function makeCard({ name, kind }) {
     facts,
     el('p', { class: 'links' }, links)
   );
+  if (isFolder(logger)) showRange(facts, name);
   return { element, state, facts, problems };
 }
 
-function stateWords(logger) {
-  if (!logger.up) return '✕ does not answer';
-  if (logger.kind === 'folder') return '✓ folder of logs';
-  const since = logger.since ? ` since ${shortTime(logger.since)}` : '';
-  return (isWell(logger) ? '✓ ' : '✕ ') + logger.state + since + (logger.reason ? ': ' + logger.reason : '');
+// A folder has nothing but its past.
+async function showRange(facts, name) {
+  const { from, to } = await get(loggerAddress(name, 'range')).catch(() => ({}));
+  const words = from ? [fact('First row', dateTime(from)), fact('Last row', dateTime(to))] : fact('Rows', 'none');
+  if (from !== undefined) fill(facts, words);
 }
 
+function stateOf(logger) {
+  if (!logger.up) return signed('bad', 'does not answer');
+  if (isFolder(logger)) return signed('well', 'folder of logs');
+  const since = logger.since ? ` since ${shortTime(logger.since)}` : '';
+  return signed(isWell(logger) ? 'well' : 'bad', logger.state + since + (logger.reason ? ': ' + logger.reason : ''));
+}
+
+// The facts of a logger: the name, the words, and the state if it is not a plain one. Late scans and failed reads are
+// worth knowing; whether they are wrong is in the problems of the logger.
+const kFacts = [
+  ['Last sample', lastSample],
+  ['Read', ({ read, failedReads }) => count(read) + (failedReads ? `, ${count(failedReads)} failed` : '')],
+  ['Late', ({ late }) => count(late)],
+  ['Rows', rowsLogged],
+  ['Lost', ({ lost }) => plural(lost, 'row'), ({ lost }) => (lost > 0 ? 'bad' : 'plain')]
+];
+
 function factsOf(logger) {
-  if (!logger || logger.kind === 'folder') return [];
-  const stages = logger.stages ?? [],
-    folders = logger.folders ?? [];
+  if (!logger) return [];
+  const facts = kFacts.map(([name, words, state]) => fact(name, words(logger), state?.(logger)));
+  const free = disks(logger.folders ?? []).map(([bytesFree, paths]) =>
+    fact('Disk', `${bytes(bytesFree)} free`, 'plain', paths.join('\n'))
+  );
+  return [...facts, ...free];
+}
+
+function rowsLogged({ stages = [] }) {
   const sum = key => stages.reduce((total, stage) => total + (stage[key] ?? 0), 0);
-  const kept = sum('kept'),
-    waiting = sum('waiting');
-  return [
-    fact('Last sample', lastSample(logger)),
-    fact(
-      'Read',
-      count(logger.read) + (logger.failedReads ? `, ${count(logger.failedReads)} failed` : ''),
-      logger.failedReads > 0
-    ),
-    fact('Rows', count(kept) + (waiting ? `, ${count(waiting)} in the journal` : '')),
-    fact('Late', count(logger.late), logger.late > 0),
-    fact('Lost', plural(logger.lost, 'row'), logger.lost > 0),
-    ...disks(folders).map(([free, paths]) => fact('Disk', `${bytes(free)} free`, false, paths.join('\n')))
-  ];
+  const waiting = sum('waiting');
+  return count(sum('kept')) + (waiting ? `, ${count(waiting)} in the journal` : '');
 }
 
 // Folders of one file system have the same space: a list of [free, paths].
@@ -111,8 +141,8 @@ function disks(folders) {
   return [...found];
 }
 
-function fact(name, words, isBad = false, title = null) {
-  return el('div', { class: isBad ? 'bad' : '', title }, el('dt', {}, name), el('dd', {}, words));
+function fact(name, words, state = 'plain', title = null) {
+  return el('div', { class: state, title }, el('dt', {}, name), el('dd', {}, signed(state, words)));
 }
 
 function lastSample({ lastSample: time }) {

@@ -1,25 +1,28 @@
 // One event stream for all tabs of this browser: a browser opens only six connections to a server, and the server has
-// a limited number of viewers.
-//
-// One tab leads: it has the stream and posts its events to the others. A tab that hears nothing from a leader leads
-// itself. If two lead, the one with the smaller id goes on. This needs nothing but BroadcastChannel, which is there
-// without TLS, too.
+// a limited number of viewers. One tab leads: it has the stream and posts its events to the others.
+import { leadership } from './leadership.js';
 import { Stream } from './stream.js';
 
-const kJoin = 400; // ms until a new tab leads, if no leader answers
-const kLeaderGone = 6e3; // ms without a word of the leader, which has an event at least every 5 s
+const kLook = 2e3;
+const kLeaderGone = 6e3; // ms without a word of the leader, which looks after itself every 2 s and has an event every 5 s
 const kTabGone = 60e3; // ms without a word of a tab
 
 export class Tabs {
   #id = Math.random().toString(36).slice(2);
   #channel = 'BroadcastChannel' in globalThis ? new BroadcastChannel('vastra') : null;
+  #leadership = leadership(this.#id, {
+    lead: () => this.#lead(),
+    follow: () => this.#follow(),
+    claim: () => this.#post('lead')
+  });
   #deliver;
   #snapshot;
   #stream = null; // of the leader
   #asked = ''; // what the stream was asked for
   #wants = { sample: [], message: [] };
   #others = new Map(); // what the other tabs want: id to { wants, heard }
-  #heard = 0;
+  #heard = 0; // when the leader was heard
+  #looked = 0;
 
   // Hands each event to `deliver(type, data)`. `snapshot()` lists the events that a new tab needs as [type, data].
   constructor(deliver, snapshot) {
@@ -31,15 +34,11 @@ export class Tabs {
     this.#wants = wants;
     if (!this.#channel) return this.#lead();
     this.#channel.addEventListener('message', ({ data }) => this.#take(data));
-    this.#post('join', { wants });
-    this.#heard = Date.now();
-    setTimeout(() => {
-      if (!this.#stream && Date.now() - this.#heard >= kJoin - 50) this.#lead();
-    }, kJoin);
-    setInterval(() => this.#look(), 2000);
+    this.#join();
+    setInterval(() => this.#look(), kLook);
     addEventListener('pagehide', () => this.#leave());
     addEventListener('pageshow', event => {
-      if (event.persisted) this.#post('join', { wants: this.#wants });
+      if (event.persisted) this.#join();
     });
   }
 
@@ -49,6 +48,7 @@ export class Tabs {
     this.#ask();
   }
 
+  // Somebody looks, or the device is on the network again: a lost stream is tried at once.
   hurry() {
     this.#stream?.hurry();
     this.#post('hurry');
@@ -58,41 +58,52 @@ export class Tabs {
     this.#channel?.postMessage({ from: this.#id, kind, ...fields });
   }
 
-  // Before a tab leads, and after it led, the channel is all it hears.
   #take(message) {
     const handlers = {
       join: () => this.#welcome(message),
       want: () => this.#note(message),
-      bye: () => this.#forget(message),
-      lead: () => this.#meetLeader(message.from),
+      bye: () => this.#forget(message.from),
+      lead: () => this.#meetLeader(),
       event: () => this.#pass(message),
       snapshot: () => {
         if (message.to === this.#id) for (const event of message.events) this.#deliver(...event);
       },
       hurry: () => this.#stream?.hurry()
     };
+    this.#leadership.hear(message);
     handlers[message.kind]?.();
   }
 
+  #join() {
+    this.#heard = this.#looked = performance.now();
+    this.#post('join', { wants: this.#wants });
+    this.#leadership.start();
+  }
+
   #lead() {
-    this.#post('lead');
     this.#stream = new Stream((type, data) => this.#spread(type, data));
     this.#asked = '';
+    this.#post('lead');
     this.#ask();
   }
 
-  #stepDown() {
-    this.#stream.close();
+  #follow() {
+    this.#stream?.close();
     this.#stream = null;
-    this.#heard = Date.now();
+    this.#heard = performance.now();
     this.#post('want', { wants: this.#wants });
   }
 
-  #meetLeader(other) {
-    this.#heard = Date.now();
-    if (this.#stream && this.#id < other) return this.#post('lead');
-    if (this.#stream) this.#stepDown();
-    else this.#post('want', { wants: this.#wants });
+  #leave() {
+    this.#post('bye', { led: this.#stream !== null });
+    this.#stream?.close();
+    this.#stream = null;
+    this.#leadership.leave();
+  }
+
+  #meetLeader() {
+    this.#heard = performance.now();
+    if (!this.#stream) this.#post('want', { wants: this.#wants });
   }
 
   #welcome(message) {
@@ -103,27 +114,22 @@ export class Tabs {
   }
 
   #note({ from, wants }) {
-    this.#others.set(from, { wants, heard: Date.now() });
+    this.#others.set(from, { wants, heard: performance.now() });
     this.#ask();
   }
 
-  // The leader has left: the others wait a moment of different length, so that one of them comes first.
-  #forget({ from, led }) {
-    this.#others.delete(from);
-    if (this.#stream) return this.#ask();
-    if (led) this.#heard = Date.now() - kLeaderGone + Math.random() * 300;
-    if (led) setTimeout(() => this.#look(), 350);
+  #forget(tab) {
+    this.#others.delete(tab);
+    this.#ask();
   }
 
-  #leave() {
-    this.#post('bye', { led: this.#stream !== null });
-    this.#stream?.close();
-    this.#stream = null;
-  }
-
+  // A tab that was asleep itself has not heard the leader either: it listens again before it takes its place.
   #look() {
+    const now = performance.now();
+    if (now - this.#looked > 2 * kLook) this.#heard = now;
+    this.#looked = now;
     if (this.#stream) this.#post('lead');
-    else if (Date.now() - this.#heard > kLeaderGone) this.#lead();
+    else if (now - this.#heard > kLeaderGone) this.#leadership.take();
   }
 
   #spread(type, data) {
@@ -132,15 +138,14 @@ export class Tabs {
     if (type === 'now') this.#dropSilent();
   }
 
-  #pass({ from, type, data }) {
-    if (this.#stream) return this.#meetLeader(from);
-    this.#heard = Date.now();
+  #pass({ type, data }) {
+    if (this.#stream) return;
+    this.#heard = performance.now();
     this.#deliver(type, data);
-    if (type === 'now') this.#post('want', { wants: this.#wants });
   }
 
   #dropSilent() {
-    for (const [id, { heard }] of this.#others) if (Date.now() - heard > kTabGone) this.#others.delete(id);
+    for (const [id, { heard }] of this.#others) if (performance.now() - heard > kTabGone) this.#others.delete(id);
     this.#ask();
   }
 

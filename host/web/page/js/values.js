@@ -1,6 +1,6 @@
 // All variables of a logger as they are now, each with a small curve of its newest values.
 import { el, paced, setText, settled } from './dom.js';
-import { plural, value } from './format.js';
+import { plural, steady } from './format.js';
 import * as model from './model.js';
 import { link, remember } from './router.js';
 import { drawSpark, sparkLook } from './spark.js';
@@ -112,7 +112,7 @@ class ValuesPage {
   #makeRow() {
     const name = el('a'),
       node = el('small'),
-      now = el('b'),
+      now = el('data'),
       unit = el('small');
     const spark = el('canvas', { 'aria-hidden': 'true' });
     const element = el(
@@ -128,20 +128,29 @@ class ValuesPage {
   #showRow(parts, i) {
     const variable = model.variables(this.#logger)[i];
     const raw = model.sample(this.#logger)?.values[i];
+    const points = this.#pointsOf(i);
     setText(parts.name, variable.name);
     parts.name.href = link('chart', { logger: this.#logger, vars: variable.name });
+    parts.name.title = variable.name;
     setText(parts.node, variable.node ?? '');
-    setText(parts.now, value(raw));
-    parts.now.classList.toggle('bad', typeof raw === 'string');
+    setText(parts.now, steady(raw, sizeOf(points, raw)));
+    parts.now.value = raw ?? '';
+    parts.now.classList.toggle('warn', typeof raw === 'string');
     setText(parts.unit, variable.unit ?? '');
-    this.#drawSpark(parts.spark, i);
+    parts.unit.title = variable.unit ?? '';
+    drawSpark(parts.spark, points, (this.#look ??= sparkLook(parts.spark)));
   }
 
-  #drawSpark(canvas, i) {
+  #pointsOf(i) {
     const points = [];
     model.history(this.#logger)?.visit(i, kSparkSamples, (time, number) => points.push([time, number]));
-    drawSpark(canvas, points, (this.#look ??= sparkLook(canvas)));
+    return points;
   }
+}
+
+function sizeOf(points, raw) {
+  const numbers = [...points.map(([, number]) => number), raw].filter(Number.isFinite);
+  return { greatest: Math.max(0, ...numbers.map(Math.abs)), isWhole: numbers.every(Number.isInteger) };
 }
 
 const fits = ({ name, unit, node }, words) => {

@@ -1,6 +1,7 @@
 // Parts that several views have.
 import { el, fill } from './dom.js';
 import * as model from './model.js';
+import { fault } from './states.js';
 import { fromField, midnight, serverNow, toField } from './time.js';
 
 // The logger of the address, or the first one that fits; null before any is known.
@@ -28,18 +29,22 @@ export function loggerChoice(name, change, { all = null, fits = () => true } = {
 
 // Says that a logger is away, while the server is there. Returns the element and a function that ends it.
 export function loggerNotice(name) {
-  const element = el('p', { class: 'callout bad', role: 'status' });
+  const element = el('p', { class: 'callout', role: 'status' });
+  let shown = null;
   const update = () => {
     const words = noticeWords(name);
     element.hidden = !words;
-    if (words && element.textContent !== words) element.textContent = words;
+    if (words === shown) return;
+    shown = words;
+    fill(element, words && fault(words));
   };
   update();
   return { element, end: model.on('loggers', update) };
 }
 
 function noticeWords(name) {
-  if (!name || !model.isKnown()) return '';
+  if (name === '' || !model.isKnown()) return '';
+  if (name === null) return 'There is no logger. The overview says how one comes here.';
   const logger = model.logger(name);
   if (!logger) return `There is no logger "${name}".`;
   if (logger.up) return '';
@@ -75,12 +80,12 @@ export function openWhenKnown(make) {
 export function rangeFields(change) {
   const from = el('input', { type: 'datetime-local', step: 1 });
   const to = el('input', { type: 'datetime-local', step: 1 });
-  const fault = el('span', { class: 'fault', role: 'alert' });
+  const problem = el('span', { role: 'alert' });
   const submit = event => {
     event.preventDefault();
     const range = [fromField(from.value), fromField(to.value)];
     const words = rangeFault(...range);
-    fill(fault, words);
+    fill(problem, words && fault(words));
     if (!words) change(...range);
   };
   const element = el(
@@ -89,7 +94,7 @@ export function rangeFields(change) {
     el('label', {}, 'From ', from),
     el('label', {}, 'To ', to),
     el('button', {}, 'Show'),
-    fault
+    problem
   );
   const set = (a, b) => {
     if (element.contains(document.activeElement)) return; // somebody types
@@ -109,4 +114,11 @@ export function rangeOf(parameters, days) {
   const from = Number(parameters.get('from')),
     to = Number(parameters.get('to'));
   return from < to ? [from, to] : [midnight(serverNow(), 1 - days), midnight(serverNow(), 1)];
+}
+
+const kWide = 1200; // px; on a smaller screen the view needs the space of the rarer tools
+
+// Tools that are behind a word on a small screen.
+export function more(word, ...tools) {
+  return el('details', { class: 'more', open: innerWidth > kWide }, el('summary', {}, word), el('div', {}, tools));
 }
