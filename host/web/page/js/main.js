@@ -1,38 +1,44 @@
 // Starts the page: the frame around the views, and the view that the address names.
 import { faultWords, logOut } from './api.js';
-import * as chart from './chart.js';
 import { el, fill, setText } from './dom.js';
-import * as files from './files.js';
-import * as messages from './messages.js';
 import * as model from './model.js';
-import * as overview from './overview.js';
 import { link, where } from './router.js';
 import { fault, stated } from './states.js';
 import { clockTime, serverNow, zone } from './time.js';
-import * as values from './values.js';
 
+// The title of each page, and its module, which is loaded when it is shown first.
 const kPages = {
-  overview: ['Overview', overview],
-  values: ['Values', values],
-  chart: ['Chart', chart],
-  files: ['Files', files],
-  messages: ['Messages', messages]
+  overview: ['Overview', () => import('./overview.js')],
+  values: ['Values', () => import('./values.js')],
+  chart: ['Chart', () => import('./chart.js')],
+  files: ['Files', () => import('./files.js')],
+  messages: ['Messages', () => import('./messages.js')]
 };
+const moduleOf = page => (kPages[page] ?? kPages.overview)[1]();
 const main = document.querySelector('main');
 let close = null;
 let shown = null;
+let turn = 0; // counts the views: one that comes late is not shown
 
-function show() {
+async function show() {
+  const mine = ++turn;
   const { page, parameters } = where();
-  const [title, view] = kPages[page] ?? kPages.overview;
+  const [title] = kPages[page] ?? kPages.overview;
   close?.();
+  close = null;
   fill(main, el('h1', { tabindex: -1 }, title));
-  close = view.show(main, parameters);
   if (shown !== null && shown !== page) main.querySelector('h1').focus();
   shown = page;
   document.title = `${title} · Vastra`;
   showPages();
+  const view = await moduleOf(page).catch(() => null);
+  if (mine !== turn) return;
+  if (view) close = view.show(main, parameters);
+  else main.append(el('p', { role: 'alert' }, fault('The page cannot be loaded from the server. Load it again.')));
 }
+
+// The other pages are loaded while nothing else is done: so they are there at once, also when the server is not.
+const loadAll = () => Promise.allSettled(Object.keys(kPages).map(moduleOf));
 
 const visited = {}; // page to the logger and the address of its newest view
 
@@ -91,6 +97,7 @@ function showAbout() {
 }
 
 async function start() {
+  moduleOf(where().page).catch(() => {}); // at the same time as what the server says
   try {
     await model.start();
   } catch (error) {
@@ -101,7 +108,8 @@ async function start() {
   model.on('link', showLink);
   addEventListener('hashchange', show);
   addEventListener('remembered', showPages);
-  show();
+  await show();
+  setTimeout(loadAll, 2000);
 }
 
 start();

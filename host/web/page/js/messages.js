@@ -32,8 +32,11 @@ class MessagesPage {
     for (const field of [this.#severity, this.#link, this.#search]) field.addEventListener('input', change);
     this.#follow.addEventListener('change', () => this.#scroll());
     this.#list.addEventListener('scroll', () => this.#notice());
-    this.#ends.push(paint.end, change.end, model.on('message', paint), () => model.want(this, null));
-    model.want(this, { message: this.#loggers() });
+    const want = () => model.want(this, { message: this.#loggers() });
+    this.#ends.push(paint.end, change.end, model.on('message', paint), model.on('loggers', want), () =>
+      model.want(this, null)
+    );
+    want();
     this.#paint();
   }
 

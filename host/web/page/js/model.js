@@ -47,9 +47,10 @@ export function on(type, listener) {
 
 // `wants` has lists of loggers: `sample` and `message`. Null: the view is closed.
 export function want(view, wants) {
+  const before = JSON.stringify(union());
   if (wants) views.set(view, wants);
   else views.delete(view);
-  tabs.want(union());
+  if (JSON.stringify(union()) !== before) tabs.want(union());
 }
 
 function union() {
@@ -73,6 +74,7 @@ const takers = {
   link: data => {
     state.link = data;
   },
+  about: takeAbout,
   now: ({ now }) => setServerNow(now),
   loggers: takeLoggers,
   variables: takeVariables,
@@ -84,6 +86,11 @@ const takers = {
 function take(type, data) {
   takers[type]?.(data);
   for (const listener of listeners.get(type) ?? []) listener(data);
+}
+
+// A server of another version has another page, and perhaps another zone.
+function takeAbout({ version, zone }) {
+  if (version !== state.about.version || zone !== state.about.zone) location.reload();
 }
 
 // A logger that does not answer keeps its last facts in `last`.

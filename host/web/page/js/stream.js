@@ -6,8 +6,9 @@ const kTypes = ['loggers', 'variables', 'sample', 'message', 'dropped', 'log', '
 const kSilence = 15e3;
 const kPauses = [1, 2, 4, 7, 10];
 
-// Hands each event to `deliver(type, data)`, and its own state as events of the type `link`: `up`, and if it is not up
-// `since` and `retry`, the seconds until the next attempt. Times are those of the server.
+// Hands each event to `deliver(type, data)`, its own state as events of the type `link`: `up`, and if it is not up
+// `since` and `retry`, the seconds until the next attempt; and as `about` what a server that is back says of itself.
+// Times are those of the server.
 export class Stream {
   #deliver;
   #source = null;
@@ -17,6 +18,7 @@ export class Stream {
   #watch = 0;
   #heard = null;
   #lostSince = null;
+  #isClosed = false;
 
   constructor(deliver) {
     this.#deliver = deliver;
@@ -25,9 +27,7 @@ export class Stream {
   // Opens the stream, or opens it again with other parameters.
   open(parameters) {
     this.#parameters = parameters;
-    clearTimeout(this.#timer);
-    clearInterval(this.#watch);
-    this.#source?.close();
+    this.#stop();
     this.#source = new EventSource(address('stream', parameters));
     for (const type of kTypes) this.#source.addEventListener(type, event => this.#take(type, event));
     this.#source.addEventListener('error', () => this.#lose());
@@ -36,21 +36,27 @@ export class Stream {
   }
 
   close() {
+    this.#isClosed = true;
+    this.#stop();
+  }
+
+  // Does not wait for the end of a pause: the device is on the network again, or somebody looks, perhaps after hours.
+  hurry() {
+    if (this.#lostSince === null) this.#look();
+    if (this.#lostSince === null) return;
+    clearTimeout(this.#timer);
+    this.#check();
+  }
+
+  #stop() {
     clearTimeout(this.#timer);
     clearInterval(this.#watch);
     this.#source?.close();
     this.#source = null;
   }
 
-  // Does not wait for the end of a pause: the device is on the network again, or somebody looks.
-  hurry() {
-    if (this.#lostSince === null) return;
-    clearTimeout(this.#timer);
-    this.#check();
-  }
-
   #take(type, event) {
-    const isFirst = this.#attempt > 0 || this.#lostSince !== null;
+    const isFirst = this.#lostSince !== null;
     this.#hear();
     this.#attempt = 0;
     this.#lostSince = null;
@@ -60,17 +66,17 @@ export class Stream {
 
   // Two clocks: one of them stops while the device sleeps, the other one can be set.
   #hear() {
-    this.#heard = { steady: performance.now(), wall: Date.now() };
+    this.#heard = { steady: performance.now(), wall: Date.now(), server: serverNow() };
   }
 
   #look() {
     const silence = Math.max(performance.now() - this.#heard.steady, Date.now() - this.#heard.wall);
-    if (silence > kSilence) this.#lose(silence);
+    if (silence > kSilence) this.#lose();
   }
 
-  #lose(silence = 0) {
-    this.close();
-    this.#lostSince ??= serverNow() - silence;
+  #lose() {
+    this.#stop();
+    this.#lostSince ??= this.#heard.server;
     const retry = kPauses[Math.min(this.#attempt++, kPauses.length - 1)];
     this.#deliver('link', { up: false, since: this.#lostSince, retry });
     this.#timer = setTimeout(() => this.#check(), retry * 1000);
@@ -78,11 +84,11 @@ export class Stream {
 
   // A stream does not say why it failed, a request does: an expired session leads to the page for logging in.
   async #check() {
-    try {
-      setServerNow((await get(address('about'), AbortSignal.timeout(5000))).now);
-      this.open(this.#parameters);
-    } catch {
-      this.#lose();
-    }
+    const about = await get(address('about'), AbortSignal.timeout(5000)).catch(() => null);
+    if (this.#isClosed) return;
+    if (!about) return this.#lose();
+    setServerNow(about.now);
+    this.#deliver('about', about);
+    this.open(this.#parameters);
   }
 }
