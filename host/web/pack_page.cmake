@@ -1,7 +1,8 @@
 # cmake -DOUT=FILE.cpp -DFILES=ADDRESS=FILE;... -P pack_page.cmake   packs the files of the page into a source
 #
 # The pages (.html) ask for their parts below /VERSION, the version of all files, so that a browser never has parts of
-# two versions. Each file is also packed by gzip.
+# two versions. "<!-- modules -->" in them becomes a list of all modules that main.js imports: one after the other, as they
+# import each other, they would take long on a slow link. Each file is also packed by gzip.
 set(types "html=text/html\\; charset=utf-8" "css=text/css\\; charset=utf-8" "js=text/javascript\\; charset=utf-8"
           "svg=image/svg+xml" "png=image/png")
 set(hashes "")
@@ -23,6 +24,31 @@ function(bytes_of path result)
   set(${result} "${bytes}" PARENT_SCOPE)
 endfunction()
 
+# The links to the modules that main.js, and those that it imports, import.
+function(links_of_modules result)
+  set(names main)
+  set(links "")
+  while(names)
+    list(POP_FRONT names name)
+    set(modules ${FILES})
+    list(FILTER modules INCLUDE REGEX "^/js/${name}\\.js=")
+    string(REGEX REPLACE "^[^=]+=" "" path "${modules}")
+    file(READ "${path}" text)
+    string(REGEX MATCHALL "from '\\./[a-z_]+" imports "${text}")
+    foreach(one IN LISTS imports)
+      string(REPLACE "from './" "" one "${one}")
+      set(link "<link rel=\"modulepreload\" href=\"/js/${one}.js\">\n")
+      string(FIND "${links}" "${link}" place)
+      if(place EQUAL -1)
+        string(APPEND links "${link}")
+        list(APPEND names "${one}")
+      endif()
+    endforeach()
+  endwhile()
+  set(${result} "${links}" PARENT_SCOPE)
+endfunction()
+links_of_modules(module_links)
+
 set(texts "")
 set(rows "")
 set(number 0)
@@ -38,6 +64,7 @@ foreach(one IN LISTS FILES)
   endforeach()
   if(ending STREQUAL html)
     file(READ "${path}" text)
+    string(REPLACE "<!-- modules -->" "${module_links}" text "${text}")
     string(REGEX REPLACE "(src|href)=\"/(js|vendor|style)" "\\1=\"/${version}/\\2" text "${text}")
     set(path "${OUT}.html")
     file(WRITE "${path}" "${text}")

@@ -7,11 +7,22 @@ const kFont = '12px system-ui, sans-serif';
 const kNarrow = 600; // px; below it there is space for two axes only
 
 // Loads uPlot when the first chart is opened: the other views are there sooner on a slow link. Throws if it cannot.
-export function loadPlots() {
-  if (globalThis.uPlot) return Promise.resolve();
+export async function loadPlots() {
+  if (globalThis.uPlot) return;
+  await Promise.all([
+    loaded(el('link', { rel: 'stylesheet', href: vendor('uPlot.min.css') })),
+    loaded(el('script', { src: vendor('uPlot.iife.min.js') }))
+  ]);
+}
+
+const vendor = file => new URL('../vendor/' + file, import.meta.url).href;
+
+// Before the styles of the page, which have the last word.
+function loaded(element) {
   return new Promise((resolve, reject) => {
-    const fail = () => reject(new Error('The charts cannot be loaded from the server'));
-    document.head.append(el('script', { src: new URL('../vendor/uPlot.iife.min.js', import.meta.url).href, onload: resolve, onerror: fail }));
+    element.addEventListener('load', resolve);
+    element.addEventListener('error', () => reject(new Error('The charts cannot be loaded from the server')));
+    document.head.prepend(element);
   });
 }
 
