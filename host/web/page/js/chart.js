@@ -3,7 +3,7 @@ import { faultWords, get, loggerAddress } from './api.js';
 import { ChartData } from './chart_data.js';
 import { listen } from './chart_gestures.js';
 import { savePicture } from './chart_picture.js';
-import { loadPlots, makePlot } from './chart_plot.js';
+import { loadPlots, makePlot, mostAxes } from './chart_plot.js';
 import { ChartTable } from './chart_table.js';
 import { Tools } from './chart_tools.js';
 import { ChartView } from './chart_view.js';
@@ -18,7 +18,10 @@ import { chosenLogger, loggerNotice, whenKnown } from './widgets.js';
 const kMost = 8; // variables: as many as there are colours
 const kAsk = 150; // ms without a further zoom or pan, until the logs are asked
 const kFresh = 30e3; // ms, until a chart that follows asks again
+const kAll = 10e3; // ms that "All" has at least: a log can be of one row
 const kQuick = 5e3; // the same for a logger that reads more than the stream sends
+const kChoose = 'Choose variables to see their curves.';
+const kNone = 'There are no rows yet.';
 const kPlotLabel =
   'Chart. Arrow keys move, plus and minus zoom, F follows, A and B place a cursor, comma and full stop ' +
   'move it, C clears the cursors. The values are in the table below.';
@@ -129,46 +132,55 @@ class ChartPage {
     this.#rebuild();
   }
 
-  // Makes the plot again: for other variables, axes or colours.
+  // For other variables or colours.
   #rebuild() {
     this.#data?.end();
     this.#data = new ChartData(this.#logger, this.#names);
-    this.#plot?.destroy();
     const look = getComputedStyle(this.#area);
-    const variables = this.#names.map((name, i) => ({
+    this.#variables = this.#names.map((name, i) => ({
       name,
       unit: this.#all.find(one => one.name === name)?.unit ?? '',
       colour: look.getPropertyValue('--curve' + (i + 1)).trim()
     }));
-    this.#variables = variables;
+    this.#makePlot();
+    this.#table.build(this.#variables);
+    this.#changed('range');
+  }
+
+  // Also for other axes.
+  #makePlot() {
+    this.#plot?.destroy();
     this.#plot = makePlot(this.#area, {
-      variables,
+      variables: this.#variables,
       axes: this.#view.axes,
       view: () => this.#view.range,
       marks: () => this.#view.marks,
       select: (from, to) => this.#view.show(from, to),
       point: time => this.#point(time)
     });
-    this.#table.build(variables);
-    this.#changed('range');
+    this.#plot.setData(this.#columns);
   }
 
   #resize() {
     const { clientWidth: width, clientHeight: height } = this.#area;
-    if (width && (this.#plot.width !== width || this.#plot.height !== height)) this.#plot.setSize({ width, height });
+    if (!width || (this.#plot.width === width && this.#plot.height === height)) return;
+    const isSame = mostAxes(width) === mostAxes(this.#plot.width);
+    this.#plot.setSize({ width, height });
+    if (!isSame) this.#makePlot();
   }
 
   // `how`: "range", "axes" or "marks".
   #changed(how) {
-    if (how === 'axes') return this.#rebuild();
+    if (how === 'axes') this.#makePlot();
     if (how === 'range') this.#ask();
     remember('chart', { logger: this.#logger, vars: this.#names, ...this.#view.parameters() });
     this.#tools.update(this.#names);
     this.#draw();
   }
 
+  // A finger leaves no pointer: after a tap the newest values are shown again.
   #point(time) {
-    this.#pointer = time;
+    this.#pointer = matchMedia('(hover: hover)').matches ? time : null;
     this.#showTable();
   }
 
@@ -205,18 +217,19 @@ class ChartPage {
 
   // What the curves do not say.
   #statusOf(from, to) {
-    if (this.#logger && this.#names.length === 0) return 'Choose variables to see their curves.';
+    if (this.#logger && this.#names.length === 0) return this.#all.length ? kChoose : kNone;
     if (this.#problem) return fault(this.#problem);
     if (this.#data.faults.length) return this.#data.faults.map(words => fault(`Rows are missing: ${words} `));
     const isEmpty = this.#data.isThere && !this.#columns[0].some(time => time >= from && time <= to);
     if (!isEmpty) return '';
-    return this.#hasRows ? 'There are no rows in this range. "All" shows all there are.' : 'There are no rows yet.';
+    return this.#hasRows ? 'There are no rows in this range. "All" shows all there are.' : kNone;
   }
 
   #showTable() {
     const [from, to] = this.#view.range;
     const reach = Math.max((to - from) / 100, 2 * (model.logger(this.#logger)?.period ?? 0));
-    const newest = Math.min(to, this.#columns[0].at(-1) ?? to);
+    const last = Math.min(to, this.#columns[0].at(-1) ?? to);
+    const newest = last < from ? to : last;
     const times = { now: this.#pointer ?? newest, isPointer: this.#pointer !== null, a: this.#view.a, b: this.#view.b };
     this.#table.show(this.#columns, { ...times, range: [from, to] }, reach);
   }
@@ -225,7 +238,8 @@ class ChartPage {
     try {
       const { from, to } = await get(loggerAddress(this.#logger, 'range'));
       this.#hasRows = from < to;
-      if (this.#hasRows) return this.#view.show(from, to);
+      const margin = Math.max(0, kAll - (to - from)) / 2;
+      if (this.#hasRows) return this.#view.show(from - margin, to + margin);
     } catch (error) {
       this.#problem = faultWords(error);
     }

@@ -1,10 +1,13 @@
 // The plot itself: what uPlot is told about series, scales and axes. The time axis has marks of our own, in the zone of
 // the server: those of uPlot are by the clock of this device.
 import { el } from './dom.js';
+import { short } from './format.js';
 import { tickLabels, ticks } from './time.js';
 
 const kFont = '12px system-ui, sans-serif';
-const kNarrow = 600; // px; below it there is space for two axes only
+const kTick = 40; // px between two numbers of an axis
+const kAxis = 62; // px, about the width of an axis
+const kAxesPart = 0.4; // of the width, which axes may have: the curves need the rest
 
 // Loads uPlot when the first chart is opened: the other views are there sooner on a slow link. Throws if it cannot.
 export async function loadPlots() {
@@ -60,6 +63,10 @@ export function makePlot(element, { variables, axes, view, marks, select, point 
   );
 }
 
+const kLabel = 32;
+const cut = text => (text.length > kLabel ? text.slice(0, kLabel) + '…' : text);
+const labelOf = ({ name, unit }) => cut(name) + (unit ? ', ' + cut(unit) : '');
+
 function scaleKey(axes, { unit }, i) {
   if (axes === 'one') return 'y';
   return axes === 'each' ? 'y' + i : 'unit ' + unit;
@@ -101,19 +108,17 @@ function timeAxis({ text, grid }) {
   };
 }
 
+// How many axes there is space for.
+export const mostAxes = width => Math.max(2, Math.floor((width * kAxesPart) / kAxis));
+
 function valueAxes(variables, keys, axes, { text, grid }, width) {
   return [...new Set(keys)].map((scale, n) => {
     const mine = variables.filter((_, i) => keys[i] === scale);
-    const label =
-      axes === 'each'
-        ? mine[0].name + (mine[0].unit ? ', ' + mine[0].unit : '')
-        : axes === 'one'
-          ? null
-          : mine[0].unit || null;
+    const label = axes === 'each' ? labelOf(mine[0]) : axes === 'one' ? null : cut(mine[0].unit) || null;
     return {
       scale,
       side: n % 2 ? 1 : 3,
-      show: width > kNarrow || n < 2,
+      show: n < mostAxes(width),
       label,
       labelFont: kFont,
       labelSize: 18,
@@ -122,12 +127,22 @@ function valueAxes(variables, keys, axes, { text, grid }, width) {
       size: sizeOf,
       ticks: { stroke: grid },
       grid: { show: n === 0, stroke: grid, width: 1 },
-      values: (plot, values) => values.map(shortNumber)
+      splits: (plot, axis, from, to) => roundNumbers(from, to, plot.bbox.height / devicePixelRatio / kTick),
+      values: (plot, values) => values.map(number => short(Number(number.toPrecision(8))))
     };
   });
 }
 
-const shortNumber = number => String(Number(number.toPrecision(8)));
+const kSteps = [1, 2, 5, 10];
+
+// Round numbers of a range, also of one that is very small: uPlot's own end at 1e-16.
+function roundNumbers(from, to, count) {
+  const power = 10 ** Math.floor(Math.log10((to - from) / count));
+  const step = power * kSteps.find(size => power * size >= (to - from) / count);
+  const first = Math.ceil(from / step),
+    last = Math.floor(to / step);
+  return Array.from({ length: Math.max(0, last - first + 1) }, (_, i) => (first + i) * step);
+}
 
 // As wide as the widest number.
 function sizeOf(plot, values) {

@@ -28,6 +28,7 @@ export class ChartTable {
   }
 
   build(variables) {
+    this.element.hidden = variables.length === 0;
     this.#variables = variables;
     this.#heads = kColumns.map(() => el('th', { scope: 'col' }));
     this.#rows = variables.map(() => kColumns.map(() => el('td')));
@@ -81,8 +82,9 @@ function rangeOf(columns, i, [from, to]) {
   const [greatest, least] = ofVariable(columns, i);
   const found = { least: Infinity, greatest: -Infinity };
   visible(columns[0], from, to, at => {
-    if (least[at] < found.least) found.least = least[at];
-    if (greatest[at] > found.greatest) found.greatest = greatest[at];
+    if (typeof least[at] !== 'number') return;
+    found.least = Math.min(found.least, least[at]);
+    found.greatest = Math.max(found.greatest, greatest[at]);
   });
   return found.least <= found.greatest ? found : null;
 }

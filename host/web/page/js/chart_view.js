@@ -2,6 +2,8 @@
 import { serverNow } from './time.js';
 
 const kLeast = 20; // ms
+const kFirst = Date.UTC(1900, 0),
+  kEnd = Date.UTC(2200, 0);
 const kGreatest = 100 * 366 * 86400e3;
 const kHour = 3600e3;
 const kAxes = ['unit', 'each', 'one'];
@@ -21,9 +23,11 @@ export class ChartView {
     this.#change = change;
     const number = name => (parameters.has(name) ? Number(parameters.get(name)) || null : null);
     const [from, to] = [number('from'), number('to')];
-    this.isFollowing = isLive && !(from < to);
-    const span = Math.min(kGreatest, Math.max(kLeast, (number('last') ?? 3600) * 1000));
-    [this.#from, this.#to] = from < to ? [from, to] : [serverNow() - span, serverNow()];
+    const isRange = from !== null && to !== null && from < to;
+    const span = (number('last') ?? 3600) * 1000;
+    this.isFollowing = isLive && !isRange;
+    if (isRange) this.#set(from, to);
+    else this.#set(serverNow() - Math.max(kLeast, Math.min(kGreatest, span)), serverNow());
     this.axes = kAxes.includes(parameters.get('axes')) ? parameters.get('axes') : 'unit';
     this.a = number('a');
     this.b = number('b');
@@ -79,10 +83,12 @@ export class ChartView {
     this.#change('axes');
   }
 
+  // Within what a calendar can show, and neither too narrow nor too wide.
   #set(from, to) {
-    const middle = (from + to) / 2,
-      half = Math.min(kGreatest, Math.max(kLeast, to - from)) / 2;
-    [this.#from, this.#to] = to - from === 2 * half ? [from, to] : [middle - half, middle + half];
+    const span = Math.min(kGreatest, Math.max(kLeast, to - from));
+    const begin = span === to - from ? from : (from + to - span) / 2;
+    this.#from = Math.min(kEnd - span, Math.max(kFirst, begin));
+    this.#to = begin === this.#from && span === to - from ? to : this.#from + span;
   }
 
   // A chart that follows stays at the newest sample and zooms its beginning.

@@ -3,7 +3,7 @@ import { faultWords, get, loggerAddress } from './api.js';
 import { el, fill } from './dom.js';
 import { bytes, count, plural } from './format.js';
 import { link, remember } from './router.js';
-import { fault } from './states.js';
+import { fault, signed } from './states.js';
 import { clockTime, dateTime, day, midnight, serverNow } from './time.js';
 import { chosenLogger, loggerChoice, loggerNotice, more, rangeFields, rangeOf, openWhenKnown } from './widgets.js';
 
@@ -83,7 +83,7 @@ class FilesPage {
     );
     fill(
       this.#faults,
-      (faults ?? []).map(words => el('p', { class: 'callout' }, fault(words)))
+      (faults ?? []).map(words => el('p', { class: 'callout bad' }, signed('bad', words)))
     );
     const folders = grouped(logs, log => log.folder);
     fill(

@@ -7,7 +7,13 @@ const kFloatDigits = 9;
 export function value(raw) {
   if (raw === null || raw === undefined) return '–';
   if (typeof raw !== 'number') return raw;
-  return raw === Number(raw.toPrecision(kFloatDigits)) ? String(raw) : String(Number(raw.toPrecision(7)));
+  return short(raw === Number(raw.toPrecision(kFloatDigits)) ? raw : Number(raw.toPrecision(7)));
+}
+
+// A number without digits that say nothing: 1e+20 in place of 100000000000000000000.
+export function short(number) {
+  const text = String(number);
+  return text.length > kFloatDigits + 4 ? number.toExponential() : text;
 }
 
 const kSteadyDigits = 6;
@@ -22,7 +28,7 @@ export function steady(raw, { greatest, isWhole }) {
   return raw.toFixed(Math.max(0, kSteadyDigits - 1 - exponent));
 }
 
-export const withUnit = (raw, unit) => value(raw) + (unit ? ' ' + unit : '');
+export const withUnit = (raw, unit) => value(raw) + (unit && value(raw) !== '–' ? ' ' + unit : '');
 
 // 1 234 567; a count can be not known yet.
 export const count = number => String(number ?? '–').replace(/\B(?=(\d{3})+$)/g, '\u202f');

@@ -64,7 +64,7 @@ class MessagesPage {
   }
 
   #make(main) {
-    const notice = loggerNotice(this.#logger);
+    const notice = loggerNotice(this.#logger, model.isLive);
     this.#ends.push(notice.end);
     const choice = loggerChoice(
       this.#logger,

@@ -64,14 +64,18 @@ export class Stream {
     this.#deliver(type, JSON.parse(event.data));
   }
 
-  // Two clocks: one of them stops while the device sleeps, the other one can be set.
   #hear() {
     this.#heard = { steady: performance.now(), wall: Date.now(), server: serverNow() };
   }
 
+  // Two clocks: the steady one stops while the device sleeps, so a jump of the other one can mean that the connection is
+  // long gone, or that the clock was set. Then the server is asked before it is called lost.
   #look() {
-    const silence = Math.max(performance.now() - this.#heard.steady, Date.now() - this.#heard.wall);
-    if (silence > kSilence) this.#lose();
+    const { steady, wall } = this.#heard;
+    if (performance.now() - steady > kSilence) return this.#lose();
+    if (Math.abs(Date.now() - wall) < kSilence) return;
+    this.#heard.wall = Date.now();
+    this.#check();
   }
 
   #lose() {

@@ -124,57 +124,43 @@ export function duration(ms) {
   return (ms < 0 ? '-' : '') + words.slice(0, 2).join(' ');
 }
 
+const kHour = 3600e3;
 const kSteps = [
-  1,
-  2,
-  5,
-  10,
-  20,
-  50,
-  100,
-  200,
-  500,
-  1e3,
-  2e3,
-  5e3,
-  10e3,
-  15e3,
-  30e3,
-  60e3,
-  120e3,
-  300e3,
-  600e3,
-  900e3,
-  1800e3,
-  3600e3,
-  7200e3,
-  3 * 3600e3,
-  6 * 3600e3,
-  12 * 3600e3,
-  kDay,
-  2 * kDay,
-  7 * kDay,
-  14 * kDay,
-  30 * kDay,
-  90 * kDay,
-  365 * kDay
+  ...[1, 2, 5, 10, 20, 50, 100, 200, 500],
+  ...[1, 2, 5, 10, 15, 30].map(seconds => seconds * 1e3),
+  ...[1, 2, 5, 10, 15, 30].map(minutes => minutes * 60e3),
+  ...[1, 2, 3, 6, 12].map(hours => hours * kHour),
+  ...[1, 2, 7, 14].map(days => days * kDay)
 ];
+const kMonth = 30 * kDay; // about
+const kMonths = [1, 3, 6, 12, 24, 60, 120, 240, 600, 1200];
 
 // About `count` round times of a range. They are whole on the wall clock: from two hours on a step is one of the wall
 // clock, so that 06:00 stays 06:00 through a change of summer time.
 export function ticks(from, to, count) {
-  const step = kSteps.find(size => (to - from) / size <= count) ?? 365 * kDay;
-  const result = [];
-  if (step < 7200e3) {
-    const shift = offset(from);
-    for (let t = Math.ceil((from + shift) / step) * step - shift; t <= to; t += step) result.push(t);
-    return result;
-  }
-  for (let wall = Math.ceil(toWall(from) / step) * step; wall <= toWall(to); wall += step) {
-    const t = fromWall(wall);
-    if (t > (result.at(-1) ?? -Infinity)) result.push(t);
-  }
-  return result;
+  const step = kSteps.find(size => (to - from) / size <= count);
+  if (!step) return monthTicks(from, to, (to - from) / count);
+  if (step >= 2 * kHour) return wallTicks(from, to, step);
+  const shift = offset(from);
+  return multiples(from + shift, to + shift, step).map(t => t - shift);
+}
+
+function multiples(from, to, step) {
+  const first = Math.ceil(from / step);
+  return Array.from({ length: Math.max(0, Math.floor(to / step) - first + 1) }, (_, i) => (first + i) * step);
+}
+
+// An hour that the clock leaves out has no tick of its own.
+function wallTicks(from, to, step) {
+  const times = multiples(toWall(from), toWall(to), step).map(fromWall);
+  return times.filter((time, i) => i === 0 || time > times[i - 1]);
+}
+
+function monthTicks(from, to, least) {
+  const step = kMonths.find(months => months * kMonth >= least) ?? kMonths.at(-1);
+  const monthOf = ms => new Date(toWall(ms)).getUTCFullYear() * 12 + new Date(toWall(ms)).getUTCMonth();
+  const times = multiples(monthOf(from), monthOf(to), step).map(month => fromWall(Date.UTC(1970, month - 1970 * 12)));
+  return times.filter(time => time >= from);
 }
 
 // The labels of ticks: the date is under the first one and where the day changes.

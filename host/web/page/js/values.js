@@ -57,7 +57,7 @@ class ValuesPage {
   }
 
   #make(main) {
-    const notice = loggerNotice(this.#logger);
+    const notice = loggerNotice(this.#logger, model.isLive);
     this.#ends.push(notice.end);
     const choice = loggerChoice(
       this.#logger,
@@ -88,23 +88,25 @@ class ValuesPage {
     const words = this.#search.value.toLowerCase().split(/\s+/).filter(Boolean);
     const variables = model.variables(this.#logger) ?? [];
     this.#found = [...variables.keys()].filter(i => fits(variables[i], words));
-    const all = plural(variables.length, 'variable');
-    setText(
-      this.#count,
-      !model.variables(this.#logger)
-        ? 'Waiting for the variables ...'
-        : words.length
-          ? `${this.#found.length} of ${all}`
-          : all
-    );
+    setText(this.#count, this.#countWords(variables.length, words.length > 0));
     remember('values', { logger: this.#logger, search: this.#search.value });
     this.#list.resize(this.#found.length);
     this.#paint();
   }
 
+  #countWords(all, isSearch) {
+    if (!model.variables(this.#logger)) return this.#isAway() ? '' : 'Waiting for the variables ...';
+    return isSearch ? `${this.#found.length} of ${plural(all, 'variable')}` : plural(all, 'variable');
+  }
+
+  #isAway() {
+    const logger = model.logger(this.#logger);
+    return !logger?.up || !model.isLive(logger);
+  }
+
   #paint() {
     const sample = model.sample(this.#logger);
-    setText(this.#time, sample ? `at ${dateTimeMs(sample.time)}` : 'There is no sample yet.');
+    setText(this.#time, sample ? `at ${dateTimeMs(sample.time)}` : this.#isAway() ? '' : 'There is no sample yet.');
     this.#look = null;
     this.#list.paint();
   }

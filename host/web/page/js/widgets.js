@@ -1,7 +1,7 @@
 // Parts that several views have.
-import { el, fill } from './dom.js';
+import { el, fill, refill } from './dom.js';
 import * as model from './model.js';
-import { fault } from './states.js';
+import { fault, signed } from './states.js';
 import { fromField, midnight, serverNow, toField } from './time.js';
 
 // The logger of the address, or the first one that fits; null before any is known.
@@ -27,28 +27,28 @@ export function loggerChoice(name, change, { all = null, fits = () => true } = {
   return el('label', {}, 'Logger ', select);
 }
 
-// Says that a logger is away, while the server is there. Returns the element and a function that ends it.
-export function loggerNotice(name) {
-  const element = el('p', { class: 'callout', role: 'status' });
-  let shown = null;
+// Says what keeps a view from showing a logger, while the server is there: it is away, or it does not fit. Returns the
+// element and a function that ends it.
+export function loggerNotice(name, fits = () => true) {
+  const element = el('p', { role: 'status' });
   const update = () => {
-    const words = noticeWords(name);
+    const [state, words] = noticeOf(name, fits);
     element.hidden = !words;
-    if (words === shown) return;
-    shown = words;
-    fill(element, words && fault(words));
+    element.className = `callout ${state}`;
+    refill(element, words && signed(state, words));
   };
   update();
   return { element, end: model.on('loggers', update) };
 }
 
-function noticeWords(name) {
-  if (name === '' || !model.isKnown()) return '';
-  if (name === null) return 'There is no logger. The overview says how one comes here.';
+function noticeOf(name, fits) {
   const logger = model.logger(name);
-  if (!logger) return `There is no logger "${name}".`;
-  if (logger.up) return '';
-  return `${name} does not answer${logger.fault ? ': ' + logger.fault : ''}. What is shown is its last.`;
+  if (name === '' || !model.isKnown()) return ['plain', ''];
+  if (name === null) return ['plain', 'There is no logger. The overview says how one comes here.'];
+  if (!logger) return ['bad', `There is no logger "${name}".`];
+  if (!fits(logger)) return ['plain', `${name} is a folder of logs without a logger: it has a chart and files only.`];
+  if (logger.up) return ['plain', ''];
+  return ['bad', `${name} does not answer${logger.fault ? ': ' + logger.fault : ''}. What is shown is its last.`];
 }
 
 // Waits until the loggers are known, then calls `work` once. Returns a function that gives it up.
@@ -78,30 +78,36 @@ export function openWhenKnown(make) {
 
 // Two fields for a range, in the time of the server. Calls `change(from, to)`; says what is wrong otherwise.
 export function rangeFields(change) {
-  const from = el('input', { type: 'datetime-local', step: 1 });
-  const to = el('input', { type: 'datetime-local', step: 1 });
+  const fields = ['From', 'To'].map(timeField);
   const problem = el('span', { role: 'alert' });
   const submit = event => {
     event.preventDefault();
-    const range = [fromField(from.value), fromField(to.value)];
+    const range = fields.map(field => field.get());
     const words = rangeFault(...range);
     fill(problem, words && fault(words));
     if (!words) change(...range);
   };
-  const element = el(
-    'form',
-    { class: 'range', onsubmit: submit },
-    el('label', {}, 'From ', from),
-    el('label', {}, 'To ', to),
-    el('button', {}, 'Show'),
-    problem
-  );
-  const set = (a, b) => {
+  const labels = fields.map(field => field.element);
+  const element = el('form', { class: 'range', onsubmit: submit }, labels, el('button', {}, 'Show'), problem);
+  const set = (...range) => {
     if (element.contains(document.activeElement)) return; // somebody types
-    from.value = toField(a);
-    to.value = toField(b);
+    fields.forEach((field, i) => field.set(range[i]));
   };
   return { element, set };
+}
+
+// The field has seconds and no offset: a time that is not edited is returned as it was set.
+function timeField(word) {
+  const input = el('input', { type: 'datetime-local', step: 1 });
+  let time = null,
+    text = '';
+  const set = ms => {
+    const words = toField(ms);
+    if (words !== text) input.value = words;
+    [time, text] = [ms, words];
+  };
+  const get = () => (input.value === text ? time : fromField(input.value));
+  return { element: el('label', {}, word + ' ', input), set, get };
 }
 
 function rangeFault(from, to) {
