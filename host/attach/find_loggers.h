@@ -12,8 +12,9 @@ namespace vastra {
 bool IsLoggerName(const CString& name);
 
 struct CLoggerFolders {
-  CString run = "/run/vastra";  // with a folder for each logger
-  CString etc = "/etc";         // with the configurations and the enabled units
+  CString run = "/run/vastra";        // with a folder for each logger
+  CString etc = "/etc";               // with the configurations and the enabled units
+  CString state = "/var/lib/vastra";  // with a folder for each logger, where the relative paths begin
 };
 
 struct CLoggerPlace {

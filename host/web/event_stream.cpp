@@ -28,7 +28,6 @@ void AppendEvent(const char* event, const std::string& data, std::string& text) 
 CEventStream::CEventStream(std::shared_ptr<CWatchBoard> board, const CStreamRequest& request,
                            std::function<void()> onReady)
     : m_board(std::move(board)), m_onReady(std::move(onReady)) {
-  m_cursors.reserve(kMostNames);
   for (const std::string& name : request.samples)
     if (m_cursors.size() < kMostNames) CursorOf(name).wantsSamples = true;
   for (const std::string& name : request.messages)
@@ -71,15 +70,15 @@ void CEventStream::Tell() {
 }
 
 bool CEventStream::HasNews() const {
-  const auto isBehind = [this](const CCursor& cursor) {
-    const std::shared_ptr<CLoggerRecord> record = m_board->Find(cursor.name);
+  const auto isBehind = [](const CCursor& cursor) {
+    const std::shared_ptr<const CLoggerRecord>& record = cursor.now;
     if (!record) return false;
     if (record != cursor.record || cursor.log != record->Logs().Last()) return true;
     return (cursor.wantsSamples &&
             (cursor.variables != record->Variables() || cursor.sample != record->Sample())) ||
            (cursor.wantsMessages && cursor.message != record->Messages().Last());
   };
-  return m_list != m_board->list || m_beats != m_board->beats ||
+  return m_changes != m_board->changes || m_list != m_board->list || m_beats != m_board->beats ||
          std::any_of(m_cursors.begin(), m_cursors.end(), isBehind);
 }
 
@@ -90,8 +89,11 @@ std::vector<CEventStream::CPending> CEventStream::Collect() {
   m_beats = m_board->beats;
   if (m_list != m_board->list && m_board->list) pending.push_back({"loggers", m_board->list});
   m_list = m_board->list;
+  if (m_changes != m_board->changes)
+    for (CCursor& cursor : m_cursors) cursor.now = m_board->Find(cursor.name);
+  m_changes = m_board->changes;
   for (CCursor& cursor : m_cursors) {
-    const std::shared_ptr<CLoggerRecord> record = m_board->Find(cursor.name);
+    const std::shared_ptr<const CLoggerRecord>& record = cursor.now;
     if (!record) continue;
     if (cursor.record != record) {
       cursor.message = record->Messages().Before();

@@ -40,7 +40,8 @@ class CEventStream {
   struct CCursor {
     std::string name;
     bool wantsSamples = false, wantsMessages = false;
-    std::shared_ptr<const CLoggerRecord> record;
+    std::shared_ptr<const CLoggerRecord> now;     // on the board; null: there is none
+    std::shared_ptr<const CLoggerRecord> record;  // whose events were collected last
     CTextPtr variables, sample;
     std::uint64_t message = 0, log = 0;
   };
@@ -54,6 +55,7 @@ class CEventStream {
 
   const std::shared_ptr<CWatchBoard> m_board;
   std::vector<CCursor> m_cursors;
+  std::uint64_t m_changes = 0;  // of the board, that the cursors have: names are looked up after one only
   CTextPtr m_list;
   std::uint64_t m_beats = UINT64_MAX;  // the time is told at once
   bool m_isTold = false;               // under the lock of the board, as all before

@@ -17,6 +17,7 @@ struct CHistorySource {
   std::string name;
   std::vector<std::string> folders;
   bool isRecursive = false;
+  bool isKnown = true;  // false: where its logs are is not known
 };
 
 using CSharedLogs = std::shared_ptr<const std::vector<CHistoryLog>>;

@@ -26,12 +26,21 @@ CMake FindAnswer(std::string_view what) {
 
 bool CHistoryService::Has(std::string_view what) { return FindAnswer(what) != nullptr; }
 
+std::vector<CString> CHistoryService::Names(const std::string& name, const CWebStop& isStopped) {
+  const auto source = m_findSource(name);
+  const CSharedLogs logs = source ? m_catalogues.Logs(*source, isStopped) : nullptr;
+  return logs ? NamesOf(*logs) : std::vector<CString>();
+}
+
 CWebAnswer CHistoryService::Answer(std::string_view what, const std::string& name, const CWebQuery& query,
                                    const CWebStop& isStopped) try {
   const CMake make = FindAnswer(what);
   if (!make) return ErrorAnswer(404, "no such address");
   auto source = m_findSource(name);
   if (!source) return ErrorAnswer(404, "no logger or folder has this name");
+  if (!source->isKnown)
+    return ErrorAnswer(
+        404, "where its logs are is not known: the logger has not answered since the server started");
   CSharedLogs logs = m_catalogues.Logs(*source, isStopped);
   if (!logs) return ErrorAnswer(503, "the logs are being looked at");
   return make({query, isStopped, std::move(*source), std::move(logs)});

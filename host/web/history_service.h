@@ -16,6 +16,8 @@ class CHistoryService {
 
   // Whether what is one of the answers of docs/web.md: "range", "rows", "log.csv", ...
   static bool Has(std::string_view what);
+  // The variables of the logs; empty for an unknown name.
+  std::vector<CString> Names(const std::string& name, const CWebStop& isStopped = {});
   // Returns an error of docs/web.md if the name or a parameter is wrong, and 503 soon after isStopped, if not
   // empty, has returned true.
   CWebAnswer Answer(std::string_view what, const std::string& name, const CWebQuery& query,

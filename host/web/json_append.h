@@ -25,4 +25,12 @@ inline void AppendComma(std::string& text) {
   if (!text.empty() && text.back() != '[') text += ',';
 }
 
+// A variable of which only the name is known, as an element of a list.
+inline void AppendVariable(std::string& text, std::string_view name) {
+  AppendComma(text);
+  text += "{\"name\":";
+  AppendText(text, name);
+  text += R"(,"unit":"","node":""})";
+}
+
 }  // namespace vastra

@@ -44,6 +44,7 @@ void CLoggerRecord::Note(CHelloLine& hello) {
   if (!isSame) m_lastMessage.reset();
   TakeVariables(hello);
   m_status.hello = std::move(hello);
+  m_hasAnswered = true;
 }
 
 // A sample belongs to the variables that were there when it came.

@@ -24,9 +24,12 @@ class CLoggerRecord {
   void Fail(const std::string& fault);
 
   const std::string& Name() const { return m_name; }
+  // Whether it has ever said what it logs.
+  bool HasAnswered() const { return m_hasAnswered; }
   // The present state, without its problems. The variables are not in its hello.
   CLoggerStatus Status(Time now) const;
   const CTextPtr& Variables() const { return m_variablesText; }
+  const std::vector<std::string>& VariableNames() const { return m_variables->names; }
   const CTextPtr& Sample() const { return m_sample; }  // null before the first one
   // The messages have numbers of their own, which go on when the logger starts again.
   const CTextRing& Messages() const { return m_messages; }
@@ -47,6 +50,7 @@ class CLoggerRecord {
 
   const std::string m_name;
   CLoggerStatus m_status;
+  bool m_hasAnswered = false;
   Time m_now{};           // of the line
   Time m_runningSince{};  // when the counts began to be due
   std::optional<_timeb> m_lastSample;

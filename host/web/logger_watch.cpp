@@ -141,6 +141,7 @@ void CLoggerWatch::Admit(const std::vector<CLoggerPlace>& found, Time now) {
       m_heard.emplace(name, CHeard{CLoggerConnection(place, record), now});
       const std::lock_guard lock(m_board->lock);
       m_board->loggers.emplace(name, std::move(record));
+      ++m_board->changes;
     }
   }
 }
@@ -153,6 +154,7 @@ void CLoggerWatch::Forget(Time now) {
     }
     const std::lock_guard lock(m_board->lock);
     m_board->loggers.erase(heard->first);
+    ++m_board->changes;
     heard = m_heard.erase(heard);
   }
 }

@@ -32,13 +32,19 @@ class CLoggerWatch {
   // Whether name is a logger or a folder.
   bool Has(std::string_view name) const;
   bool IsFolder(std::string_view name) const;
-  // Where the logs of name are; empty for an unknown name, and for a logger that has never answered.
+  // The logger or folder whose name a browser got as shown, with U+FFFD for bytes that are not UTF-8.
+  std::string NameOf(const std::string& shown) const;
+  // Where the logs of name are. For a logger that has never answered those of its configuration, which may
+  // wait for the disk; empty for an unknown name, or if there is none.
   std::vector<std::string> FoldersOf(std::string_view name) const;
+  // False: why FoldersOf is empty is not known.
+  bool HasAnswered(std::string_view name) const;
 
   // A name that is not there: status 404.
   CWebAnswer Loggers() const;
   CWebAnswer Logger(std::string_view name) const;
-  CWebAnswer Variables(std::string_view name) const;  // not of a folder
+  // Not of a folder. logged: further ones, which come after those of the samples.
+  CWebAnswer Variables(std::string_view name, const std::vector<CString>& logged = {}) const;
   CWebAnswer Sample(std::string_view name) const;
   CWebAnswer Messages(std::string_view name, const CWebQuery& query) const;
   CWebAnswer Metrics() const;

@@ -150,7 +150,9 @@ int Serve(const COptions& options) {
   CLoggerWatch watch(places, folders);
   CHistoryService history([&](const std::string& name) -> std::optional<CHistorySource> {
     if (!watch.Has(name)) return std::nullopt;
-    return CHistorySource{name, watch.FoldersOf(name), folders.contains(name)};
+    CHistorySource source = {name, watch.FoldersOf(name), folders.contains(name)};
+    source.isKnown = !source.folders.empty() || watch.HasAnswered(name);
+    return source;
   });
   CWebSite site(watch, history, PackedPage(), users ? &*users : nullptr, Tell);
   const CWebServer web(server, site);

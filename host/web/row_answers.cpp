@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <set>
 
 #include "host/web/history_answers.h"
 #include "host/web/json_append.h"
@@ -123,13 +124,12 @@ CWebAnswer RangeAnswer(const CHistoryRequest& request) {
 }
 
 CWebAnswer VariablesAnswer(const CHistoryRequest& request) {
-  std::string text = "{\"variables\":[";
-  for (const CString& name : NamesOf(*request.logs)) {
-    AppendComma(text);
-    text += "{\"name\":";
-    AppendText(text, name.View());
-    text += R"(,"unit":"","node":""})";
-  }
+  std::string text = "{\"logger\":";
+  AppendText(text, request.source.name);
+  text += ",\"variables\":[";
+  std::set<std::string> shown;  // what looks the same is there once
+  for (const CString& name : NamesOf(*request.logs))
+    if (shown.insert(ValidUtf8(name.View())).second) AppendVariable(text, name.View());
   return {.text = text + "]}\n"};
 }
 

@@ -1,8 +1,11 @@
 // What CLoggerWatch answers.
 #include <algorithm>
+#include <set>
 
 #include "host/attach/status_metrics.h"
 #include "host/common/shown_text.h"
+#include "host/web/configured_folders.h"
+#include "host/web/json_append.h"
 #include "host/web/logger_watch.h"
 #include "host/web/web_parameters.h"
 
@@ -29,14 +32,33 @@ bool CLoggerWatch::Has(std::string_view name) const { return m_folders.contains(
 
 std::vector<std::string> CLoggerWatch::FoldersOf(std::string_view name) const {
   std::vector<std::string> folders;
-  {
+  const std::shared_ptr<CLoggerRecord> record = Find(name);
+  if (record && !HasAnswered(name)) {
+    folders = ConfiguredFolders(m_places, CString(record->Name()));
+  } else if (record) {
     const std::lock_guard lock(m_board->lock);
-    if (const auto record = m_board->Find(name)) folders = record->Folders();
+    folders = record->Folders();
   }
   const auto own = m_folders.find(name);
   if (own != m_folders.end() && std::find(folders.begin(), folders.end(), own->second) == folders.end())
     folders.push_back(own->second);
   return folders;
+}
+
+bool CLoggerWatch::HasAnswered(std::string_view name) const {
+  const std::lock_guard lock(m_board->lock);
+  const auto record = m_board->Find(name);
+  return record && record->HasAnswered();
+}
+
+std::string CLoggerWatch::NameOf(const std::string& shown) const {
+  if (shown.find("\xEF\xBF\xBD") == shown.npos || Has(shown)) return shown;
+  for (const auto& [name, path] : m_folders)
+    if (ValidUtf8(name) == shown) return name;
+  const std::lock_guard lock(m_board->lock);
+  for (const auto& [name, record] : m_board->loggers)
+    if (ValidUtf8(name) == shown) return name;
+  return shown;
 }
 
 CWebAnswer CLoggerWatch::None(std::string_view name, const char* what) const {
@@ -85,13 +107,22 @@ CWebAnswer CLoggerWatch::Logger(std::string_view name) const {
   return JsonAnswer(LoggerJson(status));
 }
 
-CWebAnswer CLoggerWatch::Variables(std::string_view name) const {
-  CTextPtr text;
+CWebAnswer CLoggerWatch::Variables(std::string_view name, const std::vector<CString>& logged) const {
+  CTextPtr shared;
+  std::set<std::string> known;
   {
     const std::lock_guard lock(m_board->lock);
-    if (const auto record = m_board->Find(name)) text = record->Variables();
+    if (const auto record = m_board->Find(name)) {
+      shared = record->Variables();
+      known = {record->VariableNames().begin(), record->VariableNames().end()};
+    }
   }
-  return text ? CWebAnswer{.text = text->Text() + "\n"} : None(name, "variables of samples");
+  if (!shared) return None(name, "variables of samples");
+  std::string text = shared->Text();
+  text.resize(text.size() - 2);  // without the end of the list and of the object
+  for (const CString& one : logged)
+    if (known.insert(ValidUtf8(one.View())).second) AppendVariable(text, one.View());
+  return {.text = text + "]}\n"};
 }
 
 CWebAnswer CLoggerWatch::Sample(std::string_view name) const {

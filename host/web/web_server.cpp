@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::size_t kThreads = 3, kMostWaiting = 64;
 constexpr unsigned kIdleSeconds = 15;
-constexpr std::size_t kConnectionBytes = 16'384;  // for the head of a request
+constexpr std::size_t kConnectionBytes = 32'768;  // half of them for the head of a request
 constexpr std::size_t kBlock = 32'768;
 constexpr std::size_t kSmall = 65'536;  // answers that are not counted
 constexpr unsigned kEndedLater = 200;   // connections that were ended, and are there for a moment

@@ -142,13 +142,13 @@ CWebAnswer CWebSite::History(const CAsked& asked) {
   return m_history.Answer(asked.address.what, asked.address.name, asked.request.query, asked.isStopped);
 }
 
-CWebSite::CAddress CWebSite::FindOfLogger(std::string_view rest) {
+CWebSite::CAddress CWebSite::FindOfLogger(std::string_view rest) const {
   static constexpr std::pair<std::string_view, CRoute> kLive[] = {
       {"", &CWebSite::Logger}, {"sample", &CWebSite::Sample}, {"messages", &CWebSite::Messages}};
   const std::string_view name = rest.substr(0, rest.find('/'));
   const std::string_view what = rest.substr(std::min(name.size() + 1, rest.size()));
   if (name.empty()) return {};
-  CAddress address = {.name = std::string(name), .what = std::string(what)};
+  CAddress address = {.name = m_watch.NameOf(std::string(name)), .what = std::string(what)};
   for (const auto& [known, route] : kLive)
     if (known == what) address.route = route;
   if (address.route || !CHistoryService::Has(what)) return address;
@@ -317,7 +317,7 @@ CWebAnswer CWebSite::Metrics(const CAsked&) { return m_watch.Metrics(); }
 
 CWebAnswer CWebSite::Variables(const CAsked& asked) {
   if (m_watch.IsFolder(asked.address.name)) return History(asked);
-  return m_watch.Variables(asked.address.name);
+  return m_watch.Variables(asked.address.name, m_history.Names(asked.address.name, asked.isStopped));
 }
 
 CWebAnswer CWebSite::Messages(const CAsked& asked) {
@@ -341,6 +341,8 @@ std::function<bool()> CWebSite::MayStillLook(const CAsked& asked) {
 CWebAnswer CWebSite::Stream(const CAsked& asked) {
   const CWebQuery& query = asked.request.query;
   CStreamRequest request = {query.All("sample"), query.All("message")};
+  for (auto* const names : {&request.samples, &request.messages})
+    for (std::string& name : *names) name = m_watch.NameOf(name);
   constexpr std::size_t kMost = CLoggerWatch::kMostLoggers;
   if (request.samples.size() > kMost || request.messages.size() > kMost)
     return ErrorAnswer(400, "a stream has at most " + std::to_string(kMost) + " loggers");

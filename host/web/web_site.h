@@ -36,7 +36,7 @@ class CWebSite : public CWebHandler {
     bool isOfVersion;       // the address has the version: what it leads to never changes
   };
   CFoundPage FindPage(std::string_view path) const;
-  static CAddress FindOfLogger(std::string_view rest);
+  CAddress FindOfLogger(std::string_view rest) const;
 
   CWebAnswer Choose(const CWebRequest& request, const CWebStop& isStopped);
   std::string WhatIsForeign(const CWebRequest& request) const;

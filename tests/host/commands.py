@@ -82,7 +82,7 @@ class LogTest(CommandTest):
 def log(names, samples):
     """The bytes of a binary log. A sample is its second, and its values."""
     parts = [struct.pack("<IIiiIBH", 0x2C0F0781, 0, *[(samples or [(0,)])[i][0] for i in (0, -1)], 0, 0, len(names)),
-             *(bytes([len(name.encode())]) + name.encode() for name in names), struct.pack("<I", len(samples))]
+             *(bytes([len(name.encode(errors="surrogateescape"))]) + name.encode(errors="surrogateescape") for name in names), struct.pack("<I", len(samples))]
     parts += [struct.pack("<H%df" % len(values), len(values), *values) for _, *values in samples]
     parts += [struct.pack("<H", len(samples)), *(struct.pack("<iHhhH", time, 0, 0, 0, 0) for time, *_ in samples),
               struct.pack("<I", 0)]

@@ -10,9 +10,9 @@ import subprocess
 import time
 import urllib.parse
 
-from commands import LogTest, log, output, simulated
+from commands import log, output, simulated
+from web_server import WEB, ServerTest
 
-WEB = os.environ["WEB"]
 REFUSED = [  # command lines: the status, and the message
     (["--listen", "here"], 2, "--listen here: is not ADDRESS:PORT"),
     (["--listen", "0.0.0.0:0"], 2, "command line: at 0.0.0.0:0 everybody in the network could look.*--users.*--open.*"),
@@ -41,33 +41,7 @@ HOSTILE = [
 ]
 
 
-class WebTest(LogTest):
-    def serve(self, *args):
-        process = self.start("--listen", "127.0.0.1:0", "--dir", self.path("feeds"), *args, program=WEB, stdout=subprocess.PIPE)
-        self.addCleanup(process.stdout.close)
-        self.addCleanup(process.wait)
-        self.addCleanup(process.kill)
-        self.port = urllib.parse.urlparse(process.stdout.readline().decode().strip()).port
-        return process
-
-    def get(self, path, method="GET", headers={}, body=None):
-        connection = http.client.HTTPConnection("127.0.0.1", self.port, timeout=20)
-        with contextlib.closing(connection):
-            connection.request(method, path, body, headers)
-            answer = connection.getresponse()
-            return answer.status, answer.read(), answer.headers
-
-    def json(self, path):
-        status, body, _ = self.get("/api/v1/" + path)
-        self.assertEqual(200, status, body)
-        return json.loads(body)
-
-    def until(self, value, expected):
-        end = time.monotonic() + 20
-        while (now := value()) != expected and time.monotonic() < end:
-            time.sleep(.05)
-        self.assertEqual(expected, now)
-
+class WebTest(ServerTest):
     def log(self):
         os.makedirs(self.path("feeds", "kiln"), exist_ok=True)
         self.write("kiln.json", simulated([output(self.path("logs"), maxSamples=50, maxLogs=1000, saveCsv=1)], variables={"x": {"unit": "bar"}}))

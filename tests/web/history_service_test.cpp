@@ -335,6 +335,19 @@ TEST_F(CHistoryServiceTest, OnlyListedLogsAreSent) {
       EXPECT_EQ(Answer(operation, {{"id", id}}).status, 404) << id;
 }
 
+TEST_F(CHistoryServiceTest, NamesThatAreNotUtf8AreFoundByWhatIsShown) {
+  const std::string shown = "T\xEF\xBF\xBD";
+  Log("1.rph", Names({"T\xE4", "T\xF6"}), {{1000, {4, 6}}});
+  EXPECT_EQ(Json("variables", {})["variables"].dump(),
+            R"([{"name":")" + shown + R"(","node":"","unit":""}])");
+  const std::pair<std::string, int> kCases[] = {{shown, 4}, {"T\xE4", 4}, {"T\xF6", 6}};
+  for (const auto& [name, value] : kCases) {
+    EXPECT_EQ(Json(kRows, {{"vars", name}})["rows"][0][1], value) << name;
+    EXPECT_EQ(Json(kBuckets, {{"vars", name}})["variables"][0]["least"][0], value) << name;
+    EXPECT_NE(File(kRowsCsv, {{"vars", name}}).find("," + std::to_string(value)), std::string::npos) << name;
+  }
+}
+
 TEST_F(CHistoryServiceTest, BadLogsAndFoldersAreTold) {
   Log("good.rph", Names({"x"}), Count(0, 4));
   WriteBytes(Folder() + "/bad.rph", "garbage");

@@ -85,7 +85,7 @@ class LoggerWatch : public CLoggerTest {
     return Comes([&] { return IsUp(name) == up; });
   }
   void Start(const CLoggerWatch::CFolders& folders = {}) {
-    m_watch.emplace(CLoggerFolders{m_dir / "run", m_dir / "etc"}, folders);
+    m_watch.emplace(CLoggerFolders{m_dir / "run", m_dir / "etc", m_dir / "state"}, folders);
   }
   json Messages(const char* name, const char* after) {
     return Of(m_watch->Messages(name, CWebQuery(CWebQuery::CPairs{{"after", after}})));
@@ -162,25 +162,29 @@ TEST_F(LoggerWatch, AnswersAreAsDescribed) {
   CSaidFeed feed(Socket("kiln"), Said(1) + Sample(3, R"([0.1, "nan", "-inf"])") + Message(1) + Message(4));
   const std::string said = Said(1);
   CSaidFeed young(Socket("young"), said.substr(0, said.find("{\"type\": \"counts\"")));
-  Start({{"kiln", "/old"}, {"shelf", "/shelf"}});
+  Start({{"kiln", "/old"}, {"shelf", "/shelf"}, {"k\xE4", "/k"}});
   ASSERT_TRUE(Comes([&] { return Messages("kiln", "0").value("last", 0) == 4 && IsUp("young"); }));
   EXPECT_EQ(m_watch->Sample("kiln").text,
             "{\"logger\":\"kiln\",\"number\":3,\"time\":9003,\"values\":[0.1,\"nan\",\"-inf\"]}\n");
   EXPECT_EQ(Of(m_watch->Variables("kiln"))["variables"],
             json::parse(R"([{"name": "x", "unit": "", "node": ""}, {"name": "y", "unit": "K", "node": "N"},
                             {"name": "up", "unit": "", "node": "N"}])"));
+  EXPECT_EQ(Of(m_watch->Variables("kiln", {"x", "mean\xE4"}))["variables"].size(), 4u)
+      << "those of logs follow";
+  EXPECT_EQ(Of(m_watch->Variables("kiln", {"x", "mean\xE4"}))["variables"][3]["name"], "mean\xEF\xBF\xBD");
   // A relative folder is none; the folder of the command belongs to the logger of its name.
   EXPECT_EQ(m_watch->FoldersOf("kiln"), (std::vector<std::string>{"/a", "/old"}));
   EXPECT_EQ(m_watch->FoldersOf("shelf"), std::vector<std::string>{"/shelf"});
   const json all = Of(m_watch->Loggers())["loggers"];
-  ASSERT_EQ(all.size(), 3u);
+  ASSERT_EQ(all.size(), 4u);
   EXPECT_EQ(all[0]["kind"], "logger");
   EXPECT_EQ(all[0]["lastSample"], 9003);
   EXPECT_LT(all[0]["lastSampleAge"], 3);  // of the sample, which is newer than that of the state
   EXPECT_EQ(all[0]["problems"], json::array());
-  EXPECT_EQ(all[1]["kind"], "folder");
-  EXPECT_EQ(all[2]["well"], true) << all[2];  // its counts come a second after its state
-  EXPECT_EQ(all[2]["read"], nullptr);
+  EXPECT_EQ(m_watch->NameOf(all[1]["name"]), "k\xE4");
+  EXPECT_EQ(all[2]["kind"], "folder");
+  EXPECT_EQ(all[3]["well"], true) << all[3];  // its counts come a second after its state
+  EXPECT_EQ(all[3]["read"], nullptr);
   const struct {
     const char* after;
     std::size_t count;
@@ -203,6 +207,27 @@ TEST_F(LoggerWatch, AnswersAreAsDescribed) {
   feed.Say(Said(1, {"z"}));  // the old sample has other variables
   EXPECT_TRUE(Comes([&] { return m_watch->Sample("kiln").status == 404; }));
   EXPECT_EQ(Of(m_watch->Variables("kiln"))["variables"][0]["name"], "z");
+}
+
+// Of a logger that is down since before the start.
+TEST_F(LoggerWatch, TheConfigurationNamesTheFoldersOfALoggerThatHasNotAnswered) {
+  std::filesystem::create_directories((m_dir / "etc/vastra").Std());
+  const std::pair<const char*, const char*> kFiles[] = {
+      {"kiln.json", R"({"outputs": [{"saveRp": 1, "directory": "all"}, {"saveCsv": 1, "directory": "/far"},
+                        {"directory": "none"}, {"saveRp": 1, "directory": "all"}],
+                        "summaries": [{"saveRp": 1, "directory": "../mean"}]})"},
+      {"bad.json", "{"}};
+  for (const auto& [name, text] : kFiles) std::ofstream((m_dir / "etc/vastra/" + name).Std()) << text;
+  std::filesystem::create_directories((m_dir / "run/dead").Std());
+  std::ofstream((m_dir / "run/dead/feed").Std()).close();
+  Start();
+  const std::string state = (m_dir / "state/").Std();
+  EXPECT_EQ(m_watch->FoldersOf("kiln"),
+            (std::vector<std::string>{state + "kiln/all", "/far", state + "mean"}));
+  for (const char* const name : {"bad", "dead"}) {
+    EXPECT_EQ(m_watch->FoldersOf(name).size(), 0u);
+    EXPECT_TRUE(m_watch->Has(name) && !m_watch->HasAnswered(name)) << name;
+  }
 }
 
 TEST_F(LoggerWatch, ManyAskWhileAFeedSpeaks) {
