@@ -9,6 +9,7 @@ const kSpans = [
   ['Day', 86400e3],
   ['Week', 7 * 86400e3]
 ];
+const kNarrow = 1200; // px
 const kAxes = [
   ['unit', 'one for each unit'],
   ['each', 'one for each variable'],
@@ -77,6 +78,7 @@ export class Tools {
   #more(picture) {
     return more(
       'More',
+      kNarrow,
       this.#fields.element,
       el('label', {}, 'Axes ', this.#axes),
       this.#csv,

@@ -9,10 +9,11 @@ export function el(tag, properties = {}, ...children) {
   return element;
 }
 
-function setProperty(element, name, value) {
+export function setProperty(element, name, value) {
   if (name.startsWith('on')) element.addEventListener(name.slice(2), value);
   else if (value === true) element.setAttribute(name, '');
   else if (value !== false && value !== null && value !== undefined) element.setAttribute(name, value);
+  else element.removeAttribute(name);
 }
 
 function present(children) {

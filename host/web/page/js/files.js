@@ -7,6 +7,7 @@ import { fault, signed } from './states.js';
 import { clockTime, dateTime, day, midnight, serverNow } from './time.js';
 import { chosenLogger, loggerChoice, loggerNotice, more, rangeFields, rangeOf, openWhenKnown } from './widgets.js';
 
+const kNarrow = 600; // px
 const kRows = 300; // of a table at once
 const kDays = [
   ['Today', 1],
@@ -41,7 +42,7 @@ class FilesPage {
         { class: 'tools' },
         choice,
         el('div', { class: 'group', role: 'group', 'aria-label': 'Range' }, days),
-        more('Range', this.#fields.element, this.#csv)
+        more('Range', kNarrow, this.#fields.element, this.#csv)
       ),
       this.#notice.element,
       this.#status,

@@ -1,6 +1,9 @@
 // The page for logging in. Sends the form itself, so that the fragment with the view survives.
+import { fill } from './dom.js';
+import { fault } from './states.js';
+
 const form = document.querySelector('form');
-const fault = document.querySelector('[role=alert]');
+const alert = document.querySelector('[role=alert]');
 
 async function send(event) {
   event.preventDefault();
@@ -29,8 +32,8 @@ async function attempt() {
 
 function show(words) {
   if (!words) return location.replace('/' + location.hash);
-  fault.textContent = words;
-  fault.hidden = false;
+  fill(alert, fault(words));
+  alert.hidden = false;
   form.elements.password.select();
 }
 

@@ -1,6 +1,6 @@
 // Starts the page: the frame around the views, and the view that the address names.
 import { faultWords, logOut } from './api.js';
-import { el, fill, setText } from './dom.js';
+import { el, fill, setProperty, setText } from './dom.js';
 import * as model from './model.js';
 import { link, where } from './router.js';
 import { fault, stated } from './states.js';
@@ -41,20 +41,19 @@ async function show() {
 const loadAll = () => Promise.allSettled(Object.keys(kPages).map(moduleOf));
 
 const visited = {}; // page to the logger and the address of its newest view
+const pageLinks = new Map(Object.entries(kPages).map(([name, [title]]) => [name, el('a', {}, title)]));
+document.querySelector('nav').append(...pageLinks.values());
 
 // The links keep the logger that is looked at, and lead back to the view that a page had of it.
 function showPages() {
   const { page, parameters } = where();
   const logger = parameters.get('logger');
-  const href = name =>
-    name !== page && visited[name]?.logger === logger ? visited[name].hash : link(name, { logger });
   visited[page] = { logger, hash: location.hash };
-  fill(
-    document.querySelector('nav'),
-    Object.entries(kPages).map(([name, [title]]) =>
-      el('a', { href: href(name), 'aria-current': name === page ? 'page' : null }, title)
-    )
-  );
+  for (const [name, element] of pageLinks) {
+    const isOld = name !== page && visited[name]?.logger === logger;
+    element.href = isOld ? visited[name].hash : link(name, { logger });
+    setProperty(element, 'aria-current', name === page ? 'page' : null);
+  }
 }
 
 // The fragment is the view, so the link to the content cannot be one.

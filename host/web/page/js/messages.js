@@ -3,6 +3,7 @@ import { arrange, el, fill, paced, setText, settled } from './dom.js';
 import { plural } from './format.js';
 import * as model from './model.js';
 import { link, remember } from './router.js';
+import { searchFor } from './search.js';
 import { kSeverities, signed } from './states.js';
 import { dateTime } from './time.js';
 import { loggerChoice, loggerNotice, openWhenKnown } from './widgets.js';
@@ -107,13 +108,12 @@ class MessagesPage {
 
   #filter() {
     const least = kNames.indexOf(this.#severity.value),
-      kind = this.#link.value;
-    const words = this.#search.value.toLowerCase().split(/\s+/).filter(Boolean);
+      chosen = this.#link.value;
+    const fits = searchFor(this.#search.value);
     return message => {
-      if (kNames.indexOf(message.severity) < least || (kind && message.link !== kind)) return false;
-      const text =
-        `${message.place ?? ''} ${message.name} ${message.function} ${message.link} ${wordsOf(message)}`.toLowerCase();
-      return words.every(word => text.includes(word));
+      if (kNames.indexOf(message.severity) < least || (chosen && message.link !== chosen)) return false;
+      const { place, name, function: what, link: kind } = message;
+      return fits([place, name, what, kind, wordsOf(message)].join(' '));
     };
   }
 

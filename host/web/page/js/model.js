@@ -114,10 +114,11 @@ function takeVariables({ logger, variables }) {
 export async function seed(logger) {
   const names = state.variables.get(logger)?.map(one => one.name) ?? [];
   if (names.length === 0 || names.length > kSeeded) return;
+  const newer = state.histories.get(logger);
   const from = Math.round(serverNow() - kSeedRows * Math.max(100, loggerPeriod(logger)));
   const { rows } = await get(loggerAddress(logger, 'rows', { from, vars: names, limit: kSeedLimit }));
-  const newer = state.histories.get(logger),
-    history = new History(names.length);
+  if (state.histories.get(logger) !== newer) return; // there are other variables now
+  const history = new History(names.length);
   history.isSeeded = newer.isSeeded = true;
   for (const [time, ...values] of fullest(merged(rows)))
     if (time < (newer.oldest ?? Infinity)) history.add({ time, values });

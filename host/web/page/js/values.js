@@ -3,6 +3,7 @@ import { el, paced, setText, settled } from './dom.js';
 import { plural, steady } from './format.js';
 import * as model from './model.js';
 import { link, remember } from './router.js';
+import { searchFor, textOf } from './search.js';
 import { drawSpark, sparkLook } from './spark.js';
 import { dateTimeMs } from './time.js';
 import { VirtualList } from './virtual_list.js';
@@ -21,6 +22,7 @@ class ValuesPage {
   #look = null; // of the curves: size and colour, read once in each painting
   #count = el('span', { role: 'status' });
   #time = el('span');
+  #table = el('div', { class: 'values', role: 'table', 'aria-label': 'Values' });
   #ends = [];
 
   constructor(main, parameters) {
@@ -40,6 +42,7 @@ class ValuesPage {
       () => this.#list.end(),
       model.on('variables', () => this.#start()),
       model.on('sample', paint),
+      model.on('loggers', paint),
       () => model.want(this, null)
     );
     model.want(this, { sample: this.#logger ? [this.#logger] : [] });
@@ -71,24 +74,20 @@ class ValuesPage {
       { class: 'row head', role: 'row', 'aria-rowindex': 1 },
       ['Variable', 'Value', 'Newest'].map(name => el('span', { role: 'columnheader' }, name))
     );
+    this.#table.append(el('div', { role: 'rowgroup' }, head), this.#list.element);
     main.append(
       el('div', { class: 'tools' }, choice, el('label', {}, 'Search ', this.#search)),
       notice.element,
       el('p', { class: 'hint' }, this.#count, ' ', this.#time),
-      el(
-        'div',
-        { class: 'values', role: 'table', 'aria-label': 'Values' },
-        el('div', { role: 'rowgroup' }, head),
-        this.#list.element
-      )
+      this.#table
     );
   }
 
   #find() {
-    const words = this.#search.value.toLowerCase().split(/\s+/).filter(Boolean);
+    const fits = searchFor(this.#search.value);
     const variables = model.variables(this.#logger) ?? [];
-    this.#found = [...variables.keys()].filter(i => fits(variables[i], words));
-    setText(this.#count, this.#countWords(variables.length, words.length > 0));
+    this.#found = [...variables.keys()].filter(i => fits(textOf(variables[i])));
+    setText(this.#count, this.#countWords(variables.length, this.#search.value.trim() !== ''));
     remember('values', { logger: this.#logger, search: this.#search.value });
     this.#list.resize(this.#found.length);
     this.#paint();
@@ -107,6 +106,7 @@ class ValuesPage {
   #paint() {
     const sample = model.sample(this.#logger);
     setText(this.#time, sample ? `at ${dateTimeMs(sample.time)}` : this.#isAway() ? '' : 'There is no sample yet.');
+    this.#table.classList.toggle('old', this.#isAway());
     this.#look = null;
     this.#list.paint();
   }
@@ -154,8 +154,3 @@ function sizeOf(points, raw) {
   const numbers = [...points.map(([, number]) => number), raw].filter(Number.isFinite);
   return { greatest: Math.max(0, ...numbers.map(Math.abs)), isWhole: numbers.every(Number.isInteger) };
 }
-
-const fits = ({ name, unit, node }, words) => {
-  const text = `${name} ${unit ?? ''} ${node ?? ''}`.toLowerCase();
-  return words.every(word => text.includes(word));
-};

@@ -27,8 +27,8 @@ export function loggerChoice(name, change, { all = null, fits = () => true } = {
   return el('label', {}, 'Logger ', select);
 }
 
-// Says what keeps a view from showing a logger, while the server is there: it is away, or it does not fit. Returns the
-// element and a function that ends it.
+// Says what is wrong with a logger, while the server is there, or that it does not fit the view. Returns the element and a
+// function that ends it.
 export function loggerNotice(name, fits = () => true) {
   const element = el('p', { role: 'status' });
   const update = () => {
@@ -47,7 +47,7 @@ function noticeOf(name, fits) {
   if (name === null) return ['plain', 'There is no logger. The overview says how one comes here.'];
   if (!logger) return ['bad', `There is no logger "${name}".`];
   if (!fits(logger)) return ['plain', `${name} is a folder of logs without a logger: it has a chart and files only.`];
-  if (logger.up) return ['plain', ''];
+  if (logger.up) return ['bad', logger.well ? '' : `${name} is not well: ${logger.problems.join('; ')}.`];
   return ['bad', `${name} does not answer${logger.fault ? ': ' + logger.fault : ''}. What is shown is its last.`];
 }
 
@@ -122,9 +122,7 @@ export function rangeOf(parameters, days) {
   return from < to ? [from, to] : [midnight(serverNow(), 1 - days), midnight(serverNow(), 1)];
 }
 
-const kWide = 1200; // px; on a smaller screen the view needs the space of the rarer tools
-
-// Tools that are behind a word on a small screen.
-export function more(word, ...tools) {
-  return el('details', { class: 'more', open: innerWidth > kWide }, el('summary', {}, word), el('div', {}, tools));
+// Tools that are behind a word on a screen that is not wider than `width`: the view needs the space.
+export function more(word, width, ...tools) {
+  return el('details', { class: 'more', open: innerWidth > width }, el('summary', {}, word), el('div', {}, tools));
 }
