@@ -1,6 +1,6 @@
 // Requests to the server. The addresses are those of docs/web.md.
 
-export class ApiError extends Error {
+class ApiError extends Error {
   constructor(status, words) {
     super(words);
     this.status = status;
@@ -38,7 +38,7 @@ async function words(answer) {
 }
 
 // The fragment has the view; it is there again after logging in.
-export function logIn() {
+function logIn() {
   location.replace('/login' + location.hash);
 }
 

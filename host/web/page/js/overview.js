@@ -106,7 +106,9 @@ function stateOf(logger) {
   if (!logger.up) return signed('bad', 'does not answer');
   if (isFolder(logger)) return signed('well', 'folder of logs');
   const since = logger.since ? ` since ${shortTime(logger.since)}` : '';
-  return signed(isWell(logger) ? 'well' : 'bad', logger.state + since + (logger.reason ? ': ' + logger.reason : ''));
+  const words = logger.state + since + (logger.reason ? ': ' + logger.reason : '');
+  if (isWell(logger)) return signed('well', words);
+  return signed('bad', logger.state === 'running' ? 'not well, ' + words : words);
 }
 
 // The facts of a logger: the name, the words, and the state if it is not a plain one. Late scans and failed reads are
@@ -153,30 +155,33 @@ function lastSample({ lastSample: time }) {
 const age = ms => duration(Math.max(0, Math.floor(ms / 1000) * 1000));
 
 function problemsOf(logger) {
-  const lines = [...(logger.problems ?? [])];
-  if (!logger.up && logger.fault && lines.length === 0) lines.push(logger.fault);
-  const away = [...(logger.nodes ?? []), ...(logger.writes ?? [])].filter(node => !node.up);
+  const lines = linesOf(logger);
   const error = logger.lastError;
+  const isNew = error && !lines.some(line => line.includes(error.words));
   return [
-    lines.length > 0 &&
-      el(
-        'ul',
-        {},
-        lines.map(line => el('li', {}, line))
-      ),
-    away.map(node =>
-      el(
-        'p',
-        {},
-        `${node.name} is away since ${shortTime(node.since)}: ${node.reason}` +
-          (node.next ? `. Asked again at ${shortTime(node.next)}` : '')
-      )
-    ),
-    error &&
-      el(
-        'p',
-        { class: 'error' },
-        `Last error, ${shortTime(error.time)}: ${error.place ?? error.name}: ${error.words ?? error.text}`
-      )
-  ].flat();
+    ...(lines.length
+      ? [
+          el(
+            'ul',
+            {},
+            lines.map(line => el('li', {}, line))
+          )
+        ]
+      : []),
+    ...(isNew
+      ? [el('p', {}, `Last error, ${shortTime(error.time)}: ${error.place || error.name}: ${error.words}`)]
+      : [])
+  ];
 }
+
+// A line for each problem; of a node that is away also since when, and when it is asked again.
+function linesOf({ up, fault, problems = [], nodes = [], writes = [] }) {
+  if (!up && problems.length === 0) return [fault].filter(Boolean);
+  const away = [...nodes, ...writes].filter(node => !node.up);
+  return problems.map(line => {
+    const node = away.find(({ name }) => line.startsWith(`node ${name} is away`));
+    return node ? `${line} Since ${shortTime(node.since)}${againWords(node)}.` : line;
+  });
+}
+
+const againWords = ({ next }) => (next ? `, asked again at ${shortTime(next)}` : '');

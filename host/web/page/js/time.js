@@ -42,7 +42,7 @@ export function serverNow() {
 // Milliseconds that the wall clock is ahead of UTC. Zones change at whole quarters of an hour, so one answer for each
 // is kept: a formatter is slow.
 const offsets = new Map();
-export function offset(ms) {
+function offset(ms) {
   const quarter = Math.floor(ms / 900e3);
   let found = offsets.get(quarter);
   if (found === undefined) {
@@ -59,10 +59,10 @@ function offsetOf(ms) {
 }
 
 // A wall time is the time that the clock shows, as if it was UTC: so that it can be calculated with.
-export const toWall = ms => ms + offset(ms);
+const toWall = ms => ms + offset(ms);
 
 // Of an hour that the clock shows twice the first one; of one that it leaves out, as if it had not been changed yet.
-export function fromWall(wall) {
+function fromWall(wall) {
   const before = offset(wall - kDay),
     after = offset(wall + kDay);
   if (toWall(wall - before) === wall) return wall - before;

@@ -11,6 +11,7 @@ import { chosenLogger, loggerChoice, loggerNotice, openWhenKnown } from './widge
 
 const kRowHeight = 48;
 const kSparkSamples = 120;
+const kGap = 5; // periods without a sample are a gap in the curve
 
 export const show = (main, parameters) => openWhenKnown(() => new ValuesPage(main, parameters));
 
@@ -103,9 +104,13 @@ class ValuesPage {
     return !logger?.up || !model.isLive(logger);
   }
 
+  #noSample() {
+    return model.logger(this.#logger).lastSample ? 'Waiting for the newest sample ...' : 'There is no sample yet.';
+  }
+
   #paint() {
     const sample = model.sample(this.#logger);
-    setText(this.#time, sample ? `at ${dateTimeMs(sample.time)}` : this.#isAway() ? '' : 'There is no sample yet.');
+    setText(this.#time, sample ? `at ${dateTimeMs(sample.time)}` : this.#isAway() ? '' : this.#noSample());
     this.#table.classList.toggle('old', this.#isAway());
     this.#look = null;
     this.#list.paint();
@@ -144,8 +149,12 @@ class ValuesPage {
   }
 
   #pointsOf(i) {
-    const points = [];
-    model.history(this.#logger)?.visit(i, kSparkSamples, (time, number) => points.push([time, number]));
+    const points = [],
+      gap = kGap * (model.logger(this.#logger)?.period ?? Infinity);
+    model.history(this.#logger)?.visit(i, kSparkSamples, (time, number) => {
+      if (time - points.at(-1)?.[0] > gap) points.push([time, NaN]);
+      points.push([time, number]);
+    });
     return points;
   }
 }

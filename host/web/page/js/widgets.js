@@ -47,7 +47,7 @@ function noticeOf(name, fits) {
   if (name === null) return ['plain', 'There is no logger. The overview says how one comes here.'];
   if (!logger) return ['bad', `There is no logger "${name}".`];
   if (!fits(logger)) return ['plain', `${name} is a folder of logs without a logger: it has a chart and files only.`];
-  if (logger.up) return ['bad', logger.well ? '' : `${name} is not well: ${logger.problems.join('; ')}.`];
+  if (logger.up) return ['bad', logger.well ? '' : `${name} is not well: ${logger.problems.join('; ')}`];
   return ['bad', `${name} does not answer${logger.fault ? ': ' + logger.fault : ''}. What is shown is its last.`];
 }
 
