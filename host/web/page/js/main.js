@@ -1,6 +1,6 @@
 // Starts the page: the frame around the views, and the view that the address names.
 import { faultWords, logOut } from './api.js';
-import { el, fill, setProperty, setText } from './dom.js';
+import { el, fill, refill, setProperty, setText } from './dom.js';
 import * as model from './model.js';
 import { link, where } from './router.js';
 import { fault, stated } from './states.js';
@@ -29,8 +29,8 @@ async function show() {
   fill(main, el('h1', { tabindex: -1 }, title));
   if (shown !== null && shown !== page) main.querySelector('h1').focus();
   shown = page;
-  document.title = `${title} · Vastra`;
   showPages();
+  showHealth();
   const view = await moduleOf(page).catch(() => null);
   if (mine !== turn) return;
   if (view) close = view.show(main, parameters);
@@ -55,6 +55,17 @@ function showPages() {
     setProperty(element, 'aria-current', name === page ? 'page' : null);
   }
 }
+
+// All pages and the tab say that something is wrong; the overview says what.
+function showHealth() {
+  const isBad = !model.link().up || model.listFault() !== '' || !model.loggers().every(model.isWell);
+  const [title] = kPages[shown] ?? kPages.overview;
+  document.title = `${isBad ? '✕ ' : ''}${title} · Vastra`;
+  const [overview] = kPages.overview;
+  refill(pageLinks.get('overview'), isBad ? [stated('bad', ''), overview, hidden(', something is wrong')] : overview);
+}
+
+const hidden = words => el('span', { class: 'hidden' }, words);
 
 // The fragment is the view, so the link to the content cannot be one.
 document.querySelector('.skip').addEventListener('click', event => {
@@ -105,6 +116,8 @@ async function start() {
   }
   showAbout();
   model.on('link', showLink);
+  model.on('link', showHealth);
+  model.on('loggers', showHealth);
   addEventListener('hashchange', show);
   addEventListener('remembered', showPages);
   await show();

@@ -32,6 +32,7 @@ export const listFault = () => state.listFault;
 export const isKnown = () => state.loggers !== null;
 export const logger = name => loggers().find(one => one.name === name);
 export const isLive = logger => logger.kind === 'logger';
+export const isWell = logger => logger.well && logger.up;
 export const variables = name => state.variables.get(name);
 export const sample = name => state.samples.get(name);
 export const messages = name => [...(state.messages.get(name)?.values() ?? [])];

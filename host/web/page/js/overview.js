@@ -42,7 +42,7 @@ function showSummary(element) {
 }
 
 function summaryOf(all) {
-  const bad = all.filter(logger => !isWell(logger)),
+  const bad = all.filter(logger => !model.isWell(logger)),
     folders = all.filter(isFolder).length;
   if (model.listFault()) return ['bad', `The loggers cannot all be found: ${model.listFault()}.`];
   if (all.length === 0) return ['plain', kNone];
@@ -54,18 +54,17 @@ function summaryOf(all) {
 }
 
 const namesOf = loggers => loggers.map(logger => logger.name).join(', ');
-const isFolder = logger => logger.kind === 'folder';
-const isWell = logger => logger.well && logger.up;
+const isFolder = logger => !model.isLive(logger);
 
 // What is wrong comes first, folders come last.
-const rank = logger => (isFolder(logger) ? 2 : isWell(logger) ? 1 : 0);
+const rank = logger => (isFolder(logger) ? 2 : model.isWell(logger) ? 1 : 0);
 const sorted = loggers => [...loggers].sort((a, b) => rank(a) - rank(b));
 
 // The parts of a card that are written again: links keep their element.
 function paintCard(made, logger) {
   if (!made.has(logger.name)) made.set(logger.name, makeCard(logger));
   const { element, state, facts, problems } = made.get(logger.name);
-  element.classList.toggle('bad', !isWell(logger));
+  element.classList.toggle('bad', !model.isWell(logger));
   refill(state, stateOf(logger));
   if (!isFolder(logger)) refill(facts, factsOf(logger.up ? logger : logger.last));
   facts.classList.toggle('old', !logger.up);
@@ -107,7 +106,7 @@ function stateOf(logger) {
   if (isFolder(logger)) return signed('well', 'folder of logs');
   const since = logger.since ? ` since ${shortTime(logger.since)}` : '';
   const words = logger.state + since + (logger.reason ? ': ' + logger.reason : '');
-  if (isWell(logger)) return signed('well', words);
+  if (model.isWell(logger)) return signed('well', words);
   return signed('bad', logger.state === 'running' ? 'not well, ' + words : words);
 }
 
