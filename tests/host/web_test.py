@@ -1,9 +1,11 @@
 """vastra-web from outside: a real server with a real logger, browsers that behave and others that do not."""
 import base64
 import contextlib
+import gzip
 import http.client
 import json
 import os
+import re
 import signal
 import socket
 import subprocess
@@ -100,6 +102,22 @@ class WebTest(ServerTest):
         self.assertIn("a.rph", headers["Content-Disposition"])
         rows = self.json("loggers/old/rows?from=0&to=200000&vars=x&vars=y")["rows"]
         self.assertEqual([[100000, 1.5, 2], [101000, .1, 3]], rows)
+
+    def test_the_page_has_parts_of_one_version(self):
+        self.serve()
+        load = lambda path, **more: self.get(path, headers={"Accept-Encoding": "br, gzip;q=0.5", **more})
+        size, parts = len(load("/")[1]), re.findall(r'(?:src|href)="(/[^"]+)"', self.get("/")[1].decode())
+        self.assertGreater(len(parts), 5)
+        for path in parts:
+            with self.subTest(path):
+                status, packed, headers = load(path)
+                self.assertEqual((200, "gzip", self.get(path)[1]), (status, headers["Content-Encoding"], gzip.decompress(packed)))
+                self.assertIn("immutable", headers["Cache-Control"])
+                self.assertEqual(304, load(path, **{"If-None-Match": '"a", W/' + headers["ETag"]})[0])
+                self.assertEqual(200, load(path, **{"Accept-Encoding": "gzip;q=0", "If-None-Match": headers["ETag"]})[0])
+                self.assertEqual(404, load(re.sub("^/.", "/x", path))[0])
+                size += len(packed) + len(str(headers))
+        self.assertLess(size, 300_000)
 
     def test_hostile_requests(self):
         self.write("logs/a.rph", log(["x"], [(100, 1.0)]))

@@ -118,7 +118,8 @@ CLAIMS = [
           "and keep configurations and logs", packages.packages, 0, 1),
     Claim("sweeps", "", sweeps, 0, 1),
     Claim("viewers", "Each of 50 browsers gets each sample of ten a second within 200 ms, at less than 5 % of a core of the "
-          "logger, and the server does not grow", viewers.viewers, 0, 600),
+          "logger, the server does not grow, a chart over 10,000 logs takes 50 ms of it, and the page is below 300 KB",
+          viewers.viewers, 0, 600),
 ]
 
 

@@ -1,7 +1,12 @@
 """The claim that the page's server brings each sample to many browsers, at once and at the logger's cost of nothing."""
+import contextlib
+import gzip
 import json
 import os
+import re
 import selectors
+import statistics
+import struct
 import socket
 import subprocess
 import sys
@@ -9,9 +14,11 @@ import time
 import urllib.parse
 import urllib.request
 
+import history_logs
 from logs import Failed
 
 BROWSERS, PERIOD, LATEST, CORE, GROWTH = 50, 100, 0.2, 0.05, 4 << 20  # ms, s, of a core, bytes
+LOGS, ROWS, CHART, FIRST_LOAD = 10_000, 100, 0.05, 300_000  # s of the server's processor, bytes
 CONFIGURATION = {
     "input": {"scanPeriod": PERIOD, "plcNodes": [
         {"nodeName": "N", "driver": {"plcType": 9001, "text1": ",".join(["sine"] * 50)}, "varNames": ["V%d" % i for i in range(50)]}]},
@@ -63,6 +70,57 @@ def poll(port, count):
                 answer.read()
 
 
+def first_load(port):
+    """The bytes, with their heads, that a browser gets for the page with a chart."""
+    def load(path):
+        request = urllib.request.Request("http://127.0.0.1:%d%s" % (port, path), headers={"Accept-Encoding": "gzip"})
+        with urllib.request.urlopen(request) as answer:
+            body = answer.read()
+            return gzip.decompress(body).decode(), len(body) + len(str(answer.headers))
+    page, size = load("/")
+    parts = set(re.findall(r'(?:src|href)="(/[^"]+)"', page))
+    base = next(one for one in parts if one.endswith("/js/main.js"))[:-len("/js/main.js")]
+    return size + sum(load(one)[1] for one in parts | {base + "/vendor/uPlot.iife.min.js", base + "/vendor/uPlot.min.css"})
+
+
+def chart(run, web):
+    """Seconds of the server's processor for the parts of one variable over all logs of a folder with a digest."""
+    old, names, begin = os.path.join(run.work, "old"), tuple(b"V%d" % i for i in range(4)), 10**12
+    os.makedirs(old)
+    for i in range(LOGS):
+        rows = [history_logs.row_of(begin + 1000 * (i * ROWS + k), struct.pack("<4f", i, k, -i, -k)) for k in range(ROWS)]
+        with open(os.path.join(old, "%05d.rph" % i), "wb") as file:
+            file.write(history_logs.bytes_of(history_logs.Log(names, rows)))
+    command = [os.environ["VASTRA"], "convert", old, "--step", "1d", "--digest", "--out", os.path.join(run.work, "days.csv")]
+    if subprocess.run(command, stdout=subprocess.DEVNULL).returncode:
+        raise Failed(" ".join(command))
+    with serving(web, "--dir", run.work, "--folder", "old=" + old) as (server, port):
+        base = "http://127.0.0.1:%d/api/v1/loggers/old/" % port
+        with urllib.request.urlopen(base + "range") as answer:
+            span = json.load(answer)
+        if span != {"from": begin, "to": begin + 1000 * (LOGS * ROWS - 1) + 1}:
+            raise Failed("the range is %s" % span)
+        used, elapsed = processor(server), []
+        for _ in range(30):
+            start = time.monotonic()
+            with urllib.request.urlopen(base + "buckets?parts=1000&vars=V0") as answer:
+                found = json.load(answer)["variables"][0]
+            elapsed.append(time.monotonic() - start)
+            if (found["least"][0], found["greatest"][-1]) != (0, LOGS - 1):
+                raise Failed("the parts are wrong")
+        return (processor(server) - used) / 30, statistics.median(elapsed)
+
+
+@contextlib.contextmanager
+def serving(web, *args):
+    server = subprocess.Popen([web, "--listen", "127.0.0.1:0", *args], stdout=subprocess.PIPE, text=True)
+    try:
+        yield server, int(server.stdout.readline().strip().strip("/").rsplit(":", 1)[1])
+    finally:
+        server.terminate()
+        server.wait()
+
+
 def viewers(run):
     web = os.path.join(os.path.dirname(os.environ["VASTRA"]), "vastra-web")
     for build in (["script/bootstrap", "web"], ["script/build", "web", "vastra_web_program"]):
@@ -73,40 +131,47 @@ def viewers(run):
     with open(os.path.join(run.work, "kiln.json"), "w") as file:
         json.dump(CONFIGURATION, file)
     logger = subprocess.Popen([os.environ["VASTRA"], "run", "kiln.json", "--feed", "kiln/feed", "--quiet"], cwd=run.work)
-    server = None
     try:
         time.sleep(2)
         before, seconds = processor(logger), run.count
         time.sleep(seconds)
         alone = (processor(logger) - before) / seconds
-        server = subprocess.Popen([web, "--dir", run.work, "--listen", "127.0.0.1:0"], stdout=subprocess.PIPE, text=True)
-        port = int(server.stdout.readline().strip().strip("/").rsplit(":", 1)[1])
-        time.sleep(1)
-        poll(port, 50)
-        browsers, wait = [Browser(port) for _ in range(BROWSERS)], selectors.DefaultSelector()
-        for browser in browsers:
-            wait.register(browser.socket, selectors.EVENT_READ, browser)
-        begin, used, served, size, polled = time.monotonic(), processor(logger), processor(server), resident(server), 0
-        while time.monotonic() - begin < seconds:
-            for key, _ in wait.select(0.5):
-                key.data.read()
-            if time.monotonic() - begin > polled:  # once a second, between two samples
-                polled += 1
-                poll(port, 1)
-        elapsed = time.monotonic() - begin
-        used, served, growth = ((processor(logger) - used) / elapsed, (processor(server) - served) / elapsed, resident(server) - size)
-        missed = sum(one.last - one.first + 1 - len(one.ages) for one in browsers)
-        ages = sorted(age for one in browsers for age in one.ages[10:])
-        late = sum(age > LATEST for age in ages) / len(ages)
-        seen = ("%d browsers, %d samples each, %d missed; after %.0f ms in the middle and %.0f ms at 99 in 100; the logger used "
-                "%.1f %% of a core, without the server %.1f %%, the server %.1f %%; it grew by %.1f MB" % (
-                    BROWSERS, len(browsers[0].ages), missed, 1000 * ages[len(ages) // 2], 1000 * ages[len(ages) * 99 // 100],
-                    100 * used, 100 * alone, 100 * served, growth / (1 << 20)))
-        if late > 0.01 or missed > len(ages) // 100 or used - alone > CORE or growth > GROWTH:
-            raise Failed(seen)
-        return seen
+        with serving(web, "--dir", run.work) as (server, port):
+            seen = watch(logger, server, port, seconds, alone)
+            size = first_load(port)
     finally:
-        for process in (server, logger):
-            if process:
-                process.terminate()
-                process.wait()
+        logger.terminate()
+        logger.wait()
+    used, elapsed = chart(run, web)
+    seen += "; a chart of one variable over %d logs with a digest took %.0f ms of the server's processor, %.0f ms in all; the page " \
+            "with a chart is %.0f KB" % (LOGS, 1000 * used, 1000 * elapsed, size / 1000)
+    if used > CHART or size > FIRST_LOAD:
+        raise Failed(seen)
+    return seen
+
+
+def watch(logger, server, port, seconds, alone):
+    time.sleep(1)
+    poll(port, 50)
+    browsers, wait = [Browser(port) for _ in range(BROWSERS)], selectors.DefaultSelector()
+    for browser in browsers:
+        wait.register(browser.socket, selectors.EVENT_READ, browser)
+    begin, used, served, size, polled = time.monotonic(), processor(logger), processor(server), resident(server), 0
+    while time.monotonic() - begin < seconds:
+        for key, _ in wait.select(0.5):
+            key.data.read()
+        if time.monotonic() - begin > polled:  # once a second, between two samples
+            polled += 1
+            poll(port, 1)
+    elapsed = time.monotonic() - begin
+    used, served, growth = ((processor(logger) - used) / elapsed, (processor(server) - served) / elapsed, resident(server) - size)
+    missed = sum(one.last - one.first + 1 - len(one.ages) for one in browsers)
+    ages = sorted(age for one in browsers for age in one.ages[10:])
+    late = sum(age > LATEST for age in ages) / len(ages)
+    seen = ("%d browsers, %d samples each, %d missed; after %.0f ms in the middle and %.0f ms at 99 in 100; the logger used "
+            "%.1f %% of a core, without the server %.1f %%, the server %.1f %%; it grew by %.1f MB" % (
+                BROWSERS, len(browsers[0].ages), missed, 1000 * ages[len(ages) // 2], 1000 * ages[len(ages) * 99 // 100],
+                100 * used, 100 * alone, 100 * served, growth / (1 << 20)))
+    if late > 0.01 or missed > len(ages) // 100 or used - alone > CORE or growth > GROWTH:
+        raise Failed(seen)
+    return seen

@@ -8,6 +8,7 @@
 
 #include "host/common/json_text.h"
 #include "tests/history/hand_over.h"
+#include "vastra/history/row_reader.h"
 #include "vastra/logfiles/csv_format.h"
 
 namespace vastra {
@@ -16,25 +17,24 @@ namespace {
 using namespace std::string_literals;
 
 using CPairs = CWebQuery::CPairs;
-using COperation = const char*;
 
-constexpr COperation kRange = "range", kRows = "rows", kBuckets = "buckets", kGaps = "gaps", kLogs = "logs",
-                     kLog = "log", kLogCsv = "log.csv", kRowsCsv = "rows.csv";
+constexpr const char *kRange = "range", *kRows = "rows", *kBuckets = "buckets", *kGaps = "gaps",
+                     *kLogs = "logs", *kLog = "log", *kLogCsv = "log.csv", *kRowsCsv = "rows.csv";
 constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
 class CHistoryServiceTest : public CHistoryFixture {
  protected:
-  CWebAnswer Answer(COperation operation, const CPairs& pairs, const CWebStop& isStopped = {}) {
+  CWebAnswer Answer(const char* operation, const CPairs& pairs, const CWebStop& isStopped = {}) {
     return m_service.Answer(operation, "kiln", CWebQuery(pairs), isStopped);
   }
-  nlohmann::json Json(COperation operation, const CPairs& pairs) {
+  nlohmann::json Json(const char* operation, const CPairs& pairs) {
     const CWebAnswer answer = Answer(operation, pairs);
     EXPECT_EQ(answer.status, 200) << answer.text;
     return ParseJson(answer.text);
   }
   // The error, after its status.
-  std::string Error(COperation operation, const CPairs& pairs, const CWebStop& isStopped = {}) {
+  std::string Error(const char* operation, const CPairs& pairs, const CWebStop& isStopped = {}) {
     const CWebAnswer answer = Answer(operation, pairs, isStopped);
     if (answer.status == 200) return "200";
     EXPECT_FALSE(answer.body);
@@ -45,7 +45,7 @@ class CHistoryServiceTest : public CHistoryFixture {
     while (body.Next(piece)) text += piece;
     return text + (body.IsIncomplete() ? "(incomplete)" : "");
   }
-  std::string File(COperation operation, const CPairs& pairs) {
+  std::string File(const char* operation, const CPairs& pairs) {
     const CWebAnswer answer = Answer(operation, pairs);
     return answer.body ? Sent(*answer.body) : std::to_string(answer.status);
   }
@@ -73,55 +73,38 @@ class CHistoryServiceTest : public CHistoryFixture {
 // A value of the model and one of an answer as the same text: the nearest float of a number has to be the
 // value.
 using CCell = std::optional<float>;
-std::string Shown(const CCell& cell, const char* form = "%.9g") {
+std::string Shown(const CCell& cell) {
   char text[32] = "-";
-  if (cell) std::snprintf(text, sizeof text, form, static_cast<double>(*cell));
+  if (cell) std::snprintf(text, sizeof text, "%.9g", static_cast<double>(*cell));
   return text;
 }
-std::string Shown(const nlohmann::json& value, const char* form = "%.9g") {
+std::string Shown(const nlohmann::json& value) {
   if (value.is_string()) return value;
-  return Shown(value.is_null() ? CCell() : CCell(static_cast<float>(value.get<double>())), form);
+  return Shown(value.is_null() ? CCell() : CCell(static_cast<float>(value.get<double>())));
 }
 
-// Logs of some of the variables "a", "b" and "c", and their rows as a plain list.
-class CHistoryModelTest : public CHistoryServiceTest {
+// Logs of some of the variables "a", "b" and "c". What the readers get from them is what the answers have.
+class CHistoryReadersTest : public CHistoryServiceTest {
  protected:
-  struct CRow {
-    CMoment moment;
-    CCell cells[4];  // the last one is that of a variable that no log has
-  };
-
-  CHistoryModelTest() {
+  CHistoryReadersTest() {
     CMoment moment = 1'700'000'000'000;
     for (const std::string& names : {"ab"s, "bc"s, "c"s, "abc"s}) {
       std::vector<CTestRow> rows;
       for (int i = 0; i < 300; ++i) {
         moment += 1 + static_cast<CMoment>(m_random() % 2000) + (i % 97 == 0 ? 90'000 : 0);
         rows.push_back({moment, {}});
-        m_rows.push_back({moment, {}});
-        for (const char name : names)
-          rows.back().values.push_back(*(m_rows.back().cells[PlaceOf(name)] = RandomValue()));
+        for (std::size_t k = 0; k < names.size(); ++k) rows.back().values.push_back(RandomValue());
       }
       CStringArray array;
       for (const char name : names) array.Add(CString(std::string(1, name)));
       Log((names + ".rph").c_str(), array, rows);
     }
-    m_all = {m_rows.front().moment, m_rows.back().moment + 1};
+    m_catalogue.Add(Folder(), true);
+    m_catalogue.Scan();
   }
-  static std::size_t PlaceOf(char name) { return static_cast<std::size_t>(name - 'a'); }
   float RandomValue() {
     const float special[] = {kNan, kInfinity, -kInfinity, -0.0f, 0.1f, 1e-20f};
     return m_random() % 8 == 0 ? special[m_random() % 6] : static_cast<float>(m_random()) / 7e6f - 300;
-  }
-  // The rows of the range that have one of the variables, whose names are letters.
-  std::vector<CRow> Rows(const CMomentRange& range, const std::string& names) const {
-    std::vector<CRow> rows;
-    for (const CRow& row : m_rows)
-      if (range.Has(row.moment) && std::any_of(names.begin(), names.end(), [&row](char name) {
-            return row.cells[PlaceOf(name)].has_value();
-          }))
-        rows.push_back(row);
-    return rows;
   }
   static CPairs Pairs(const CMomentRange& range, const std::string& names, const char* key,
                       std::int64_t value) {
@@ -130,85 +113,67 @@ class CHistoryModelTest : public CHistoryServiceTest {
     pairs.emplace_back(key, std::to_string(value));
     return pairs;
   }
-  // "time least greatest first last mean " of each part.
-  std::string Buckets(const CMomentRange& range, char name, std::int64_t parts) const {
-    std::string text;
-    for (std::int64_t i = 0; i < parts; ++i) {
-      const std::int64_t length = range.to - range.from;
-      const CMomentRange part = {range.from + i * length / parts, range.from + (i + 1) * length / parts};
-      const std::vector<CRow> rows = Rows(part, std::string(1, name));
-      std::vector<float> values;
-      for (const CRow& row : rows)
-        if (const float value = *row.cells[PlaceOf(name)]; std::isfinite(value)) values.push_back(value);
-      if (!rows.empty()) text += std::to_string(part.from) + " " + Figures(values);
-    }
-    return text;
-  }
-  static std::string Figures(const std::vector<float>& values) {
-    if (values.empty()) return "- - - - - ";
-    const auto [least, greatest] = std::minmax_element(values.begin(), values.end());
-    double sum = 0;
-    for (const float value : values) sum += static_cast<double>(value);
-    const auto mean = static_cast<float>(sum / static_cast<double>(values.size()));
-    return Shown(CCell(*least)) + " " + Shown(CCell(*greatest)) + " " + Shown(CCell(values.front())) + " " +
-           Shown(CCell(values.back())) + " " + Shown(CCell(mean), "%.6g") + " ";
-  }
 
   std::mt19937 m_random{7};
-  std::vector<CRow> m_rows;
-  CMomentRange m_all;
+  CCatalogue m_catalogue;
 };
 
-TEST_F(CHistoryModelTest, RowsAreThoseOfTheLogs) {
-  EXPECT_EQ(Json(kRange, {}), (nlohmann::json{{"from", m_all.from}, {"to", m_all.to}}));
-  const CMomentRange ranges[] = {m_all,
-                                 {m_all.from + 400'000, m_all.to - 1},
-                                 {m_all.from - 9, m_all.from},
-                                 {-8'000'000'000'000, 9'000'000'000'000}};
-  for (const CMomentRange& range : ranges)
+TEST_F(CHistoryReadersTest, RowsAreTheirs) {
+  const CMomentRange all = RangeOf(m_catalogue.Logs());
+  EXPECT_EQ(Json(kRange, {}), (nlohmann::json{{"from", all.from}, {"to", all.to}}));
+  for (const CMomentRange& range : {all, {all.from + 400'000, all.to - 1}, {all.from - 9, all.from}})
     for (const std::string& names : {"c"s, "ba"s, "ad"s, "d"s})
-      for (const std::size_t limit : {7, 5000}) {
-        const auto expected = Rows(range, names);
-        const nlohmann::json answer =
-            Json(kRows, Pairs(range, names, "limit", static_cast<std::int64_t>(limit)));
-        EXPECT_EQ(answer["more"], expected.size() > limit);
-        ASSERT_EQ(answer["rows"].size(), std::min(limit, expected.size()));
-        for (std::size_t i = 0; i < answer["rows"].size(); ++i) {
-          const nlohmann::json row = answer["rows"][i];
-          ASSERT_EQ(row[0], expected[i].moment);
-          ASSERT_EQ(row.size(), names.size() + 1);
+      for (const int limit : {7, 5000}) {
+        std::vector<CString> variables;
+        for (const char name : names) variables.push_back(CString(std::string(1, name)));
+        CRowReader reader(m_catalogue.Logs(), {.range = range, .variables = variables});
+        std::string expected, text;
+        int count = 0;
+        for (CHistoryRow row; reader.Next(row); ++count) {
+          if (count >= limit) continue;
+          expected += std::to_string(row.moment);
+          float value = 0;
           for (std::size_t k = 0; k < names.size(); ++k)
-            ASSERT_EQ(Shown(row[k + 1]), Shown(expected[i].cells[PlaceOf(names[k])])) << row;
+            expected += " " + Shown(row.Get(k, value) ? CCell(value) : CCell());
         }
+        const nlohmann::json answer = Json(kRows, Pairs(range, names, "limit", limit));
+        for (const nlohmann::json& row : answer["rows"]) {
+          text += row[0].dump();
+          for (std::size_t k = 1; k < row.size(); ++k) text += " " + Shown(row[k]);
+        }
+        EXPECT_EQ(text, expected);
+        EXPECT_EQ(answer["more"], count > limit);
       }
 }
 
-TEST_F(CHistoryModelTest, BucketsAreThoseOfTheRows) {
-  const CMomentRange range = {m_all.from + 12'345, m_all.to - 12'345};
-  for (const char name : {'a', 'c'})
-    for (const std::int64_t parts : {1, 3, 100, 2000}) {
-      const nlohmann::json answer = Json(kBuckets, Pairs(range, std::string(1, name), "parts", parts));
-      std::string text;
-      for (std::size_t i = 0; i < answer["times"].size(); ++i) {
-        text += answer["times"][i].dump() + " ";
-        for (const char* key : {"least", "greatest", "first", "last", "mean"})
-          text += Shown(answer["variables"][0][key].at(i), key == "mean"s ? "%.6g" : "%.9g") + " ";
+TEST_F(CHistoryReadersTest, BucketsAndGapsAreTheirs) {
+  const CMomentRange all = RangeOf(m_catalogue.Logs()), range = {all.from - 12'345, all.to - 12'345};
+  for (const int parts : {1, 3, 100, 2000}) {
+    CBucketReader reader(m_catalogue.Logs(),
+                         {.range = range, .parts = std::uint64_t(parts), .variables = {"a", "c"}});
+    const nlohmann::json answer = Json(kBuckets, Pairs(range, "ac", "parts", parts));
+    std::size_t i = 0;
+    for (CBucketPart part; reader.Next(part); ++i) {
+      EXPECT_EQ(answer["times"].at(i), part.from);
+      for (std::size_t k = 0; k < 2; ++k) {
+        const CBucket& bucket = part.buckets[k];
+        const std::pair<const char*, float> fields[] = {{"least", bucket.least},
+                                                        {"greatest", bucket.greatest},
+                                                        {"first", bucket.first},
+                                                        {"last", bucket.last},
+                                                        {"mean", static_cast<float>(bucket.Mean())}};
+        for (const auto& [key, value] : fields)
+          EXPECT_EQ(Shown(answer["variables"][k][key].at(i)), Shown(bucket.values ? CCell(value) : CCell()))
+              << key;
       }
-      EXPECT_EQ(text, Buckets(range, name, parts));
     }
+    EXPECT_EQ(answer["times"].size(), i);
+  }
   EXPECT_EQ(Json(kBuckets, {{"to", "5"}})["times"].size(), 0U);
-}
-
-TEST_F(CHistoryModelTest, GapsAreBetweenTheRows) {
-  const CMomentRange range = {m_all.from - 100'000, m_all.to - 5};
-  for (const std::int64_t longer : {0, 500, 60'000}) {
-    std::vector<CRow> rows = Rows(range, "abc");
-    rows.push_back({range.to, {}});
+  for (const int longer : {0, 500, 60'000}) {
     nlohmann::json expected = nlohmann::json::array();
-    for (CMoment before = range.from; const CRow& row : rows) {
-      if (row.moment - before > longer) expected.push_back({before, row.moment});
-      before = row.moment;
-    }
+    for (const CGap& gap : FindGaps(m_catalogue.Logs(), range, longer))
+      expected.push_back({gap.from, gap.to});
     EXPECT_EQ(Json(kGaps, Pairs(range, "", "longer", longer))["gaps"], expected);
   }
 }
@@ -256,7 +221,7 @@ TEST_F(CHistoryServiceTest, WrongParametersAreRefused) {
   most.emplace_back("parts", "2001");
   const std::string time = "must be a time, whole milliseconds since 1970";
   const struct {
-    COperation operation;
+    const char* operation;
     CPairs pairs;
     std::string error;
   } kCases[] = {
@@ -304,34 +269,19 @@ TEST_F(CHistoryServiceTest, OnlyListedLogsAreSent) {
   const std::string listed = Ids();
   for (const char* id : {"0/x.rph:2 ", "1/sub/a%25b %FF.rph:3 ", "2/y.rph:1 "})
     EXPECT_NE(listed.find(id), listed.npos) << listed;
-  for (const std::string& id : {std::string(),
-                                "0"s,
-                                "0/"s,
-                                "x.rph"s,
-                                "0/../one/x.rph"s,
-                                "0/../one-more/secret.rph"s,
-                                "0/../secret"s,
-                                "0/" + folder + "/secret",
-                                folder + "/secret",
-                                folder + "/one/x.rph",
-                                "0/plain.txt"s,
-                                "0/link.rph"s,
-                                "0/linked/secret.rph"s,
-                                "0/folder.rph"s,
-                                "0/fifo.rph"s,
-                                "0//x.rph"s,
-                                "0/./x.rph"s,
-                                "00/x.rph"s,
-                                "2/x.rph"s,
-                                "0/x%2erph"s,
-                                "0/x.rp"s,
-                                "1/sub/a"s,
-                                "0/%78.rph"s,
-                                "0/x.rph\0"s,
-                                "0/x.rph\0.txt"s,
-                                "-more/secret.rph"s,
-                                "0/-more/secret.rph"s})
-    for (const COperation operation : {kLog, kLogCsv})
+  std::vector<std::string> ids = {"",
+                                  "0/x.rph\0"s,
+                                  "0/x.rph\0.txt"s,
+                                  "0/" + folder + "/secret",
+                                  folder + "/secret",
+                                  folder + "/one/x.rph"};
+  std::istringstream more(
+      "0 0/ x.rph 0/../one/x.rph 0/../one-more/secret.rph 0/../secret 0/plain.txt 0/link.rph 0//x.rph "
+      "0/linked/secret.rph 0/folder.rph 0/fifo.rph 0/./x.rph 00/x.rph 2/x.rph 0/x%2erph 0/x.rp "
+      "1/sub/a 0/%78.rph -more/secret.rph 0/-more/secret.rph");
+  for (std::string id; more >> id;) ids.push_back(id);
+  for (const std::string& id : ids)
+    for (const char* const operation : {kLog, kLogCsv})
       EXPECT_EQ(Answer(operation, {{"id", id}}).status, 404) << id;
 }
 
@@ -429,7 +379,7 @@ TEST_F(CHistoryServiceTest, AnAnswerEndsWhenNobodyWaits) {
   EXPECT_EQ(Error(kRange, {}), "200");
   int looks = 0;
   const CWebStop isStopped = [&looks] { return ++looks > 1; };
-  for (const COperation operation : {kRows, kBuckets, kGaps}) {
+  for (const char* operation : {kRows, kBuckets, kGaps}) {
     looks = 0;
     EXPECT_EQ(Error(operation, {{"limit", "100000"}, {"parts", "1"}}, isStopped),
               "503 the answer has taken too long");
