@@ -43,8 +43,11 @@ function logIn() {
 }
 
 export async function logOut() {
-  await fetch('/logout', { method: 'POST' });
-  logIn();
+  const isDone = await fetch('/logout', { method: 'POST' }).then(
+    () => true,
+    () => false
+  );
+  if (isDone) logIn();
 }
 
 // What to show of a request that failed; null if it was given up.

@@ -247,6 +247,7 @@ class ChartPage {
   }
 
   #savePicture() {
+    if (this.#variables.length === 0) return;
     const [from, to] = this.#view.range.map(dateTime);
     savePicture(this.#plot, `${this.#logger}, ${from} to ${to}`, this.#variables, `${this.#logger} ${from}.png`);
   }

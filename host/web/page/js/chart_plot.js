@@ -1,7 +1,7 @@
 // The plot itself: what uPlot is told about series, scales and axes. The time axis has marks of our own, in the zone of
 // the server: those of uPlot are by the clock of this device.
 import { el } from './dom.js';
-import { short } from './format.js';
+import { cut, short } from './format.js';
 import { tickLabels, ticks } from './time.js';
 
 const kFont = '12px system-ui, sans-serif';
@@ -64,8 +64,7 @@ export function makePlot(element, { variables, axes, view, marks, select, point 
 }
 
 const kLabel = 32;
-const cut = text => (text.length > kLabel ? text.slice(0, kLabel) + '…' : text);
-const labelOf = ({ name, unit }) => cut(name) + (unit ? ', ' + cut(unit) : '');
+const labelOf = ({ name, unit }) => cut(name, kLabel) + (unit ? ', ' + cut(unit, kLabel) : '');
 
 function scaleKey(axes, { unit }, i) {
   if (axes === 'one') return 'y';
@@ -114,7 +113,7 @@ export const mostAxes = width => Math.max(2, Math.floor((width * kAxesPart) / kA
 function valueAxes(variables, keys, axes, { text, grid }, width) {
   return [...new Set(keys)].map((scale, n) => {
     const mine = variables.filter((_, i) => keys[i] === scale);
-    const label = axes === 'each' ? labelOf(mine[0]) : axes === 'one' ? null : cut(mine[0].unit) || null;
+    const label = axes === 'each' ? labelOf(mine[0]) : axes === 'one' ? null : cut(mine[0].unit, kLabel) || null;
     return {
       scale,
       side: n % 2 ? 1 : 3,

@@ -45,3 +45,6 @@ export function bytes(number) {
 }
 
 export const plural = (number, one, many = one + 's') => `${count(number)} ${number === 1 ? one : many}`;
+
+// A text of a place that has space for `length` characters.
+export const cut = (text, length) => (text.length > length ? text.slice(0, length) + '…' : text);

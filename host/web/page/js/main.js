@@ -16,14 +16,18 @@ const kPages = {
 };
 const moduleOf = page => (kPages[page] ?? kPages.overview)[1]();
 const main = document.querySelector('main');
+history.scrollRestoration = 'manual';
 let close = null;
 let shown = null;
+let address = ''; // that of the view
+const places = new Map(); // address to how far its view was scrolled
 let turn = 0; // counts the views: one that comes late is not shown
 
 async function show() {
   const mine = ++turn;
   const { page, parameters } = where();
   const [title] = kPages[page] ?? kPages.overview;
+  places.set(address, scrollY);
   close?.();
   close = null;
   fill(main, el('h1', { tabindex: -1 }, title));
@@ -33,8 +37,10 @@ async function show() {
   showHealth();
   const view = await moduleOf(page).catch(() => null);
   if (mine !== turn) return;
-  if (view) close = view.show(main, parameters);
-  else main.append(el('p', { role: 'alert' }, fault('The page cannot be loaded from the server. Load it again.')));
+  if (!view)
+    return main.append(el('p', { role: 'alert' }, fault('The page cannot be loaded from the server. Load it again.')));
+  close = view.show(main, parameters);
+  scrollTo(0, places.get(address) ?? 0);
 }
 
 // The other pages are loaded while nothing else is done: so they are there at once, also when the server is not.
@@ -49,6 +55,7 @@ function showPages() {
   const { page, parameters } = where();
   const logger = parameters.get('logger');
   visited[page] = { logger, hash: location.hash };
+  address = location.hash;
   for (const [name, element] of pageLinks) {
     const isOld = name !== page && visited[name]?.logger === logger;
     element.href = isOld ? visited[name].hash : link(name, { logger });
