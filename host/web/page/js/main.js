@@ -14,6 +14,7 @@ const kPages = {
   files: ['Files', () => import('./files.js')],
   messages: ['Messages', () => import('./messages.js')]
 };
+const kNarrow = 600; // px
 const moduleOf = page => (kPages[page] ?? kPages.overview)[1]();
 const main = document.querySelector('main');
 history.scrollRestoration = 'manual';
@@ -109,8 +110,14 @@ function showAbout() {
     tick();
     countDown();
   }, 1000);
-  if (user !== null)
-    fill(document.querySelector('.account'), el('span', {}, user), el('button', { onclick: logOut }, 'Log out'));
+  if (user !== null) showAccount(user);
+}
+
+// On a small screen the head has space for the pages only.
+function showAccount(user) {
+  const account = document.querySelector('.account');
+  fill(account, el('span', {}, user), el('button', { onclick: logOut }, 'Log out'));
+  if (innerWidth <= kNarrow) document.querySelector('#about').append(account);
 }
 
 async function start() {
