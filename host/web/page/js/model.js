@@ -148,10 +148,10 @@ function takeMessage(message) {
 // Messages that this browser was too slow for are shown as missing, in their place.
 function takeDropped({ logger, messages }) {
   if (!messages) return;
-  const time = serverNow();
+  const time = [...(state.messages.get(logger)?.values() ?? [])].at(-1)?.time ?? serverNow();
   const words = `${plural(messages, 'message')} left out: too many came at once`;
   const rest = { severity: 'warning', function: '', link: '', name: '', text: words, place: '', words };
-  takeMessage({ logger, number: -time, time, ...rest });
+  takeMessage({ logger, number: -serverNow(), time, ...rest });
   for (const listener of listeners.get('message') ?? []) listener({ logger });
 }
 

@@ -1,0 +1,83 @@
+// The browser of the tests, and what they read of a page.
+import assert from 'node:assert/strict';
+import { setTimeout as pause } from 'node:timers/promises';
+import { chromium } from 'playwright-core';
+
+const browser = await chromium.launch({ executablePath: process.env.CHROMIUM, args: ['--disable-dev-shm-usage'] });
+export const closeBrowser = () => browser.close();
+
+// A tab of a new session. `faults` collects errors and warnings of its console, which has violations of the
+// Content-Security-Policy, too. `tab` opens another tab of the same window: the tabs before it are hidden then, and slow.
+export async function open(address, { width = 1200, height = 900, dark = false, ...options } = {}) {
+  const context = await browser.newContext({
+    viewport: { width, height },
+    colorScheme: dark ? 'dark' : 'light',
+    timezoneId: 'America/New_York',
+    ...options
+  });
+  context.setDefaultTimeout(10e3);
+  const faults = [];
+  const tab = async to => {
+    const page = await context.newPage();
+    page.on('console', message => ['error', 'warning'].includes(message.type()) && faults.push(message.text()));
+    page.on('pageerror', error => faults.push(error.stack));
+    await page.goto(to);
+    return page;
+  };
+  return { page: await tab(address), tab, faults, context, close: () => context.close() };
+}
+
+// Waits until a condition holds. Returns what it was at last; fails with `words` and this after `seconds`.
+export async function until(words, condition, seconds = 20) {
+  const end = Date.now() + seconds * 1000;
+  for (;;) {
+    const seen = await condition();
+    if (seen) return seen;
+    if (Date.now() > end) assert.fail(`${words}: not within ${seconds} s`);
+    await pause(50);
+  }
+}
+
+export const text = async locator => (await locator.innerText()).replace(/\s+/g, ' ').trim();
+
+// A view is ready when its data has come.
+const kReady = { overview: '.card dl div', values: '.virtual .row', chart: '.readings tbody td', files: '.logs tbody tr', messages: '.messages li' };
+export async function ready(page, view) {
+  await page.locator(kReady[view]).first().waitFor();
+  if (view === 'chart') await drawn(page);
+}
+
+// The answer of the logs for the newest range is in the picture.
+export async function drawn(page) {
+  await pause(200); // a chart asks when the range has settled
+  await page.waitForFunction(() => !document.querySelector('.plot[aria-busy]'));
+  await pause(60);
+}
+
+// The parameters of the address; it follows the view a moment later.
+export const parameters = page => new URLSearchParams(new URL(page.url()).hash.split('?')[1]);
+export const range = page => ['from', 'to'].map(name => Number(parameters(page).get(name)));
+
+// The table under the chart: of each variable the texts of its cells by the head's words.
+export const readings = page =>
+  page.locator('.readings').evaluate(table =>
+    Object.fromEntries(
+      [...table.tBodies[0].rows].map(row => {
+        const [name, now, a, b, difference] = [...row.cells].map(cell => cell.textContent.trim());
+        return [name, { now, a, b, difference }];
+      })
+    )
+  );
+
+export const clock = (ms, timeZone) =>
+  new Date(ms).toLocaleString('sv-SE', { timeZone }) + '.' + String(ms % 1000).padStart(3, '0');
+
+// The roles and names of what can have the focus, as a screen reader gets them.
+export async function controls(page, context) {
+  const session = await context.newCDPSession(page);
+  const { nodes } = await session.send('Accessibility.getFullAXTree');
+  await session.detach();
+  const isControl = node => !node.ignored && node.properties?.some(one => one.name === 'focusable' && one.value.value);
+  const found = nodes.filter(node => isControl(node) && node.role.value !== 'RootWebArea');
+  return found.map(node => [node.role.value, (node.name?.value ?? '').trim()]);
+}

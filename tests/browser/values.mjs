@@ -1,0 +1,97 @@
+// Values and messages as they are now.
+import assert from 'node:assert/strict';
+import { clock, open, parameters, ready, text, until } from './page.mjs';
+import { kZone, table } from './plant.mjs';
+import { at, count, rounds, test, testAlone } from './world.mjs';
+
+const shown = () => ({
+  time: document.querySelector('.hint').innerText.match(/at (.*)/)?.[1],
+  values: [...document.querySelectorAll('.virtual .row b')].map(one => Number(one.textContent))
+});
+
+test('the values on the screen are those of the log at the time on the screen', async () => {
+  const { page, close } = await open(at('#/values?logger=kiln'));
+  await ready(page, 'values');
+  const seen = new Map();
+  await until('samples', async () => {
+    const { time, values } = await page.evaluate(shown);
+    seen.set(time, values);
+    return seen.size >= 5 * rounds;
+  }, 20 * rounds);
+  assert.match(await text(page.locator('.virtual .row').first()), /^Temp [\d.]+ °C$/);
+  await close();
+  const { rows } = table('feeds/kiln');
+  const logged = new Map(rows.map(([time, ...values]) => [clock(time, kZone), values]));
+  for (const [time, values] of seen) {
+    const expected = logged.get(time).map(value => Number(value.toPrecision(7)));
+    assert.deepEqual(values.map(value => Number(value.toPrecision(7))), expected, time);
+    count('values on the screen', values.length);
+  }
+});
+
+testAlone('a thousand variables: the search finds them, and the page stays quick and small', async () => {
+  const { page, close } = await open(at('#/values?logger=big'));
+  await ready(page, 'values');
+  const rows = page.locator('.virtual .row');
+  const hint = () => text(page.locator('.hint'));
+  assert.match(await hint(), /^1 000 variables at /);
+  const longest = await page.evaluate(async () => {
+    let longest = 0;
+    new PerformanceObserver(list => list.getEntries().forEach(one => (longest = Math.max(longest, one.duration)))).observe({ type: 'longtask' });
+    for (let y = 0; y < 48000; y += 600) {
+      scrollTo(0, y);
+      await new Promise(requestAnimationFrame);
+    }
+    await new Promise(done => setTimeout(done, 300));
+    return longest;
+  });
+  assert.ok(longest < 700, `a task of ${longest} ms`);
+  assert.match(await text(rows.last()), /^V3249/);
+  const elements = await page.evaluate(() => document.querySelectorAll('*').length);
+  assert.ok(elements < 600, `${elements} elements`);
+  for (const [words, found, first] of [['v3117', 1, 'V3117'], ['bar', 4, 'V0007'], ['node2 V200', 10, 'V2000'], ['nothing', 0, null]]) {
+    await page.getByLabel('Search').fill(words);
+    await until(words, async () => (await hint()).startsWith(`${found} of 1 000 variables`));
+    assert.equal(await rows.count(), found);
+    if (first) assert.ok((await text(rows.first())).startsWith(first));
+  }
+  await until('the search in the address', () => parameters(page).get('search') === 'nothing');
+  await close();
+});
+
+// The filter: severity, link, words; and the messages that stay, of four and the line for those that are missing.
+const kFilters = [
+  ['notice', '', '', ['slowly', 'warm', 'does not answer', '7 messages left out', 'gone']],
+  ['warning', '', '', ['warm', 'does not answer', '7 messages left out', 'gone']],
+  ['error', '', '', ['does not answer', 'gone']],
+  ['fatal', '', '', ['gone']],
+  ['notice', 'CPlcLink', '', ['slowly', 'warm', 'does not answer', 'gone']],
+  ['notice', '', 'PUMP answer', ['does not answer']],
+  ['warning', 'CPlcLink', 'mixer', ['warm']],
+  ['fatal', '', 'mixer', []]
+];
+
+test('messages: filter and search find what they should, and missing ones are shown in their place', async () => {
+  const { page, faults, close } = await open(at('#/messages?logger=loud'));
+  const list = other => other.locator('.messages .text').allInnerTexts();
+  const fits = (texts, words) => texts.length === words.length && words.every((one, i) => texts[i].includes(one));
+  for (const [severity, link, search, words] of kFilters) {
+    await page.getByLabel('Severity').selectOption(severity);
+    await page.getByLabel('Search').fill(search);
+    await until('the link', () => page.getByLabel('Link').selectOption(link, { timeout: 200 }).then(() => true, () => false));
+    await until(`${severity} ${link} ${search}`, async () => fits(await list(page), words), 5);
+    await until('the count', async () => (await text(page.locator('.hint'))) === `${words.length} of 5 messages`);
+    const filter = [severity === 'notice' ? '' : severity, link, search].join();
+    const inAddress = () => ['severity', 'link', 'search'].map(name => parameters(page).get(name) ?? '').join();
+    const hash = await until('the address', () => inAddress() === filter && page.url());
+    if (words.length !== 1) continue;
+    const other = await open(hash);
+    await until('the same in another browser', async () => fits(await list(other.page), words));
+    await other.close();
+  }
+  await page.goto(at('#/messages'));
+  await page.locator('.messages b').filter({ hasText: 'press' }).first().waitFor();
+  assert.equal(await page.locator('.messages b').filter({ hasText: 'slowly' }).count(), 0, 'a message is not markup');
+  assert.deepEqual(faults, []);
+  await close();
+});
