@@ -6,8 +6,10 @@ import { at, count, rounds, test, testAlone } from './world.mjs';
 
 const shown = () => ({
   time: document.querySelector('.hint').innerText.match(/at (.*)/)?.[1],
-  values: [...document.querySelectorAll('.virtual .row b')].map(one => Number(one.textContent))
+  values: [...document.querySelectorAll('.virtual .row data')].map(one => [one.textContent, Number(one.value)])
 });
+
+const kLeastDecimals = [3, 4, 0]; // of Temp, Heat and Items
 
 test('the values on the screen are those of the log at the time on the screen', async () => {
   const { page, close } = await open(at('#/values?logger=kiln'));
@@ -23,9 +25,13 @@ test('the values on the screen are those of the log at the time on the screen', 
   const { rows } = table('feeds/kiln');
   const logged = new Map(rows.map(([time, ...values]) => [clock(time, kZone), values]));
   for (const [time, values] of seen) {
-    const expected = logged.get(time).map(value => Number(value.toPrecision(7)));
-    assert.deepEqual(values.map(value => Number(value.toPrecision(7))), expected, time);
-    count('values on the screen', values.length);
+    logged.get(time).forEach((value, i) => {
+      const [words, exact] = values[i];
+      const decimals = words.split('.')[1]?.length ?? 0;
+      assert.equal(exact.toPrecision(7), value.toPrecision(7), time);
+      assert.ok(Math.abs(Number(words) - value) <= 0.51 * 10 ** -decimals && decimals >= kLeastDecimals[i], `${words} is ${value}`);
+      count('values on the screen');
+    });
   }
 });
 
@@ -34,7 +40,7 @@ testAlone('a thousand variables: the search finds them, and the page stays quick
   await ready(page, 'values');
   const rows = page.locator('.virtual .row');
   const hint = () => text(page.locator('.hint'));
-  assert.match(await hint(), /^1 000 variables at /);
+  await until('a sample', async () => /^1\s000 variables at /.test(await hint()));
   const longest = await page.evaluate(async () => {
     let longest = 0;
     new PerformanceObserver(list => list.getEntries().forEach(one => (longest = Math.max(longest, one.duration)))).observe({ type: 'longtask' });
