@@ -18,8 +18,8 @@ import { chosenLogger, loggerNotice, whenKnown } from './widgets.js';
 const kMost = 8; // variables: as many as there are colours
 const kAsk = 150; // ms without a further zoom or pan, until the logs are asked
 const kFresh = 30e3; // ms, until a chart that follows asks again
-const kAll = 10e3; // ms that "All" has at least: a log can be of one row
 const kQuick = 5e3; // the same for a logger that reads more than the stream sends
+const kAll = 10e3; // ms that "All" has at least: a log can be of one row
 const kChoose = 'Choose variables to see their curves.';
 const kNone = 'There are no rows yet.';
 const kPlotLabel =
@@ -69,7 +69,8 @@ class ChartPage {
   #table = new ChartTable(name => this.#choose(this.#names.filter(one => one !== name)));
   #ends = [];
   #ask = settled(() => this.#request(), kAsk);
-  #paint = paced(() => this.#draw());
+  #paint = paced(() => this.#draw()); // of new samples
+  #drawSoon = paced(() => this.#draw(), 0); // of a finger that moves, at most once in a frame
 
   constructor(main, parameters, logger, variables) {
     this.#logger = logger;
@@ -103,7 +104,7 @@ class ChartPage {
       this.#status,
       el('div', { class: 'scroll' }, this.#table.element)
     );
-    this.#ends.push(notice.end, this.#ask.end, this.#paint.end);
+    this.#ends.push(notice.end, this.#ask.end, this.#paint.end, this.#drawSoon.end);
   }
 
   #listen() {
@@ -142,6 +143,7 @@ class ChartPage {
       unit: this.#all.find(one => one.name === name)?.unit ?? '',
       colour: look.getPropertyValue('--curve' + (i + 1)).trim()
     }));
+    this.#columns = this.#data.columns();
     this.#makePlot();
     this.#table.build(this.#variables);
     this.#changed('range');
@@ -175,7 +177,7 @@ class ChartPage {
     if (how === 'range') this.#ask();
     remember('chart', { logger: this.#logger, vars: this.#names, ...this.#view.parameters() });
     this.#tools.update(this.#names);
-    this.#draw();
+    this.#drawSoon();
   }
 
   // A finger leaves no pointer: after a tap the newest values are shown again.
@@ -209,7 +211,7 @@ class ChartPage {
     if (!this.#plot) return;
     this.#view.advance();
     this.#columns = this.#data.columns();
-    this.#plot.setData(this.#columns);
+    this.#plot.setData(this.#data.drawn(this.#columns));
     const [from, to] = this.#view.range;
     refill(this.#status, this.#statusOf(from, to));
     this.#showTable();

@@ -32,7 +32,8 @@ export class ChartData {
     const asked = serverNow();
     const answer = await this.#get({ from: begin, to: end, vars: this.#names }, parts, this.#request.signal);
     this.faults = answer.faults ?? [];
-    this.#answer = prepare(answer, this.#names, Math.min(end, asked), (end - begin) / parts, this.#period());
+    const columns = prepare(answer, this.#names, Math.min(end, asked), (end - begin) / parts, this.#period());
+    this.#answer = { ...columns, isRows: answer.isRows };
   }
 
   // The rows themselves if there are fewer than parts, so that each has its own time and value.
@@ -70,6 +71,14 @@ export class ChartData {
     return withGaps(all, limits);
   }
 
+  // What of the columns has to be drawn: of rows themselves the greatest and the least value are the mean, and one line is
+  // quicker than three.
+  drawn(columns) {
+    if (!this.#answer?.isRows) return columns;
+    const none = new Array(columns[0].length);
+    return columns.map((column, i) => (i === 0 || i % 3 === 0 ? column : none));
+  }
+
   #period() {
     return model.logger(this.#logger)?.period ?? 0;
   }
@@ -101,7 +110,7 @@ function fromRows({ variables, rows, faults }) {
     const column = all.map(row => row[i + 1]);
     return { name, least: column, greatest: column, mean: column };
   });
-  return { times: all.map(row => row[0]), variables: named, faults };
+  return { times: all.map(row => row[0]), variables: named, faults, isRows: true };
 }
 
 // The order of the columns is that of the plot's series.
