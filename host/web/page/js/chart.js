@@ -42,12 +42,10 @@ export function show(main, parameters) {
   };
 }
 
-// A logger that does not answer may still have logs, which have names without units.
+// Those of the samples and of the logs; without the server those that are known.
 async function variablesOf(logger) {
-  const known = (await get(loggerAddress(logger, 'variables')).catch(() => ({}))).variables ?? model.variables(logger);
-  if (known?.length) return known;
-  const { variables } = await get(loggerAddress(logger, 'rows', { limit: 1 })).catch(() => ({ variables: [] }));
-  return variables.map(name => ({ name, unit: '', node: '' }));
+  const { variables } = await get(loggerAddress(logger, 'variables')).catch(() => ({}));
+  return variables ?? model.variables(logger) ?? [];
 }
 
 class ChartPage {
@@ -81,7 +79,7 @@ class ChartPage {
     this.#make(main);
     this.#listen();
     this.#rebuild();
-    if (!isLive(logger) && !parameters.has('from')) this.#showAll();
+    if (!isLive(logger)) this.#findRows(parameters.has('from') ? () => {} : range => this.#showRange(range));
   }
 
   end() {
@@ -91,9 +89,9 @@ class ChartPage {
   }
 
   #make(main) {
-    this.#tools = new Tools(this.#logger, this.#view, {
+    this.#tools = new Tools(this.#logger, isLive(this.#logger), this.#view, {
       choose: () => pick(this.#all, this.#names, kMost, names => this.#choose(names)),
-      all: () => this.#showAll(),
+      all: () => this.#findRows(range => this.#showRange(range)),
       picture: () => this.#savePicture()
     });
     const notice = loggerNotice(this.#logger);
@@ -236,16 +234,23 @@ class ChartPage {
     this.#table.show(this.#columns, { ...times, range: [from, to] }, reach);
   }
 
-  async #showAll() {
+  // Hands the range of all rows to `act`, if there are any.
+  async #findRows(act) {
     try {
-      const { from, to } = await get(loggerAddress(this.#logger, 'range'));
-      this.#hasRows = from < to;
-      const margin = Math.max(0, kAll - (to - from)) / 2;
-      if (this.#hasRows) return this.#view.show(from - margin, to + margin);
+      const range = await get(loggerAddress(this.#logger, 'range'));
+      this.#hasRows = range.from < range.to;
+      if (!isLive(this.#logger)) this.#view.end = range.to;
+      if (this.#hasRows) act(range);
     } catch (error) {
       this.#problem = faultWords(error);
     }
-    this.#draw();
+    this.#tools.update(this.#names);
+    this.#drawSoon();
+  }
+
+  #showRange({ from, to }) {
+    const margin = Math.max(0, kAll - (to - from)) / 2;
+    this.#view.show(from - margin, to + margin);
   }
 
   #savePicture() {

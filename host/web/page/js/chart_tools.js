@@ -26,11 +26,11 @@ export class Tools {
   #fields;
 
   // `acts`: choose, all, picture.
-  constructor(logger, view, acts) {
+  constructor(logger, isLive, view, acts) {
     this.#view = view;
     this.#logger = logger;
     this.#fields = rangeFields((from, to) => view.show(from, to));
-    this.#follow = el('button', { onclick: () => view.key('f') }, 'Follow');
+    this.#follow = el('button', { onclick: () => view.key('f'), hidden: !isLive }, 'Follow');
     this.#spans = kSpans.map(([name, span]) => [
       span,
       el('button', { onclick: () => view.follow(span), title: `The last ${name.toLowerCase()}` }, name)
@@ -91,7 +91,7 @@ export class Tools {
     const [from, to] = this.#view.range.map(Math.round);
     this.#follow.setAttribute('aria-pressed', this.#view.isFollowing);
     for (const [span, button] of this.#spans)
-      button.setAttribute('aria-pressed', this.#view.isFollowing && Math.abs(this.#view.span - span) < 1);
+      button.setAttribute('aria-pressed', this.#view.isAtEnd && Math.abs(this.#view.span - span) < 1);
     this.#csv.href = loggerAddress(this.#logger, 'rows.csv', { from, to, vars: names });
     this.#fields.set(from, to);
   }

@@ -8,20 +8,26 @@ const kGreatest = 100 * 366 * 86400e3;
 const kHour = 3600e3;
 const kAxes = ['unit', 'each', 'one'];
 
+const numberOf = text => (text === null || !Number.isFinite(Number(text)) ? null : Number(text));
+
 export class ChartView {
   #from;
   #to;
   #change;
+  #isLive;
   #active = 'a'; // the cursor that a tap places
   isFollowing = false;
   axes = 'unit';
   a = null;
   b = null;
 
+  end = null; // of the rows of a folder, once it is known: a folder has no present
+
   // Calls `change(how)` after each change: "range", "axes" or "marks".
   constructor(parameters, isLive, change) {
     this.#change = change;
-    const number = name => (parameters.has(name) ? Number(parameters.get(name)) || null : null);
+    this.#isLive = isLive;
+    const number = name => numberOf(parameters.get(name));
     const [from, to] = [number('from'), number('to')];
     const isRange = from !== null && to !== null && from < to;
     const span = (number('last') ?? 3600) * 1000;
@@ -39,6 +45,11 @@ export class ChartView {
 
   get span() {
     return this.#to - this.#from;
+  }
+
+  // Whether the newest rows there are can be seen.
+  get isAtEnd() {
+    return this.isFollowing || (this.end !== null && Math.abs(this.#to - this.end) < 1);
   }
 
   get marks() {
@@ -68,7 +79,10 @@ export class ChartView {
     this.#change('range');
   }
 
+  // Of a folder it shows the end of the rows.
   follow(span = this.span) {
+    const end = this.end ?? serverNow();
+    if (!this.#isLive) return this.show(end - span, end);
     this.isFollowing = true;
     this.#set(serverNow() - span, serverNow());
     this.#change('range');

@@ -90,6 +90,7 @@ class ValuesPage {
     this.#found = [...variables.keys()].filter(i => fits(textOf(variables[i])));
     setText(this.#count, this.#countWords(variables.length, this.#search.value.trim() !== ''));
     remember('values', { logger: this.#logger, search: this.#search.value });
+    this.#table.setAttribute('aria-rowcount', this.#found.length + 1);
     this.#list.resize(this.#found.length);
     this.#paint();
   }
