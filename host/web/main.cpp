@@ -105,11 +105,38 @@ void RaiseFileLimit() {
 
 std::string WhatIsUnsafe(const COptions& options, const CListenAddress& address) {
   if (options.certificate.empty() != options.key.empty()) return "--cert and --key belong together";
+  for (const std::string& proxy : options.proxies)
+    if (PlainAddress(proxy).empty()) return "--proxy " + proxy + ": is not an address in numbers";
   if (options.isOpen && !options.users.empty()) return "--open and --users contradict each other";
   if (!address.IsLoopback() && options.users.empty() && !options.isOpen)
     return "at " + address.Text() +
            " everybody in the network could look: --users FILE says who may, --open that all may";
   return "";
+}
+
+// Throws std::runtime_error.
+CWebServerOptions ServerOptions(const COptions& options, const CListenAddress& address) {
+  CWebServerOptions server;
+  server.proxies = CWebProxies(options.proxies);
+  if (!address.IsLoopback()) server.ofViewer = CWebServer::kMostOfViewer;
+  for (const std::string& secret : {options.users, options.key}) WarnOfReaders(secret);
+  if (!options.certificate.empty()) {
+    server.certificate = ReadPem(options.certificate);
+    server.key = ReadPem(options.key);
+  } else if (!options.users.empty() && !address.IsLoopback() && server.proxies.IsEmpty()) {
+    Tell("warning: without --cert passwords travel in the clear");
+  }
+  return server;
+}
+
+// The signals that end the program, or that do nothing: they are waited for.
+sigset_t HoldSignals() {
+  sigset_t held;
+  sigemptyset(&held);
+  for (const int one : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&held, one);
+  ::pthread_sigmask(SIG_BLOCK, &held, nullptr);
+  ::signal(SIGPIPE, SIG_IGN);
+  return held;
 }
 
 int Serve(const COptions& options) {
@@ -121,30 +148,14 @@ int Serve(const COptions& options) {
   for (const std::string& folder : options.folders) AddFolder(folders, folder);
   std::optional<CWebUsers> users;
   if (!options.users.empty()) users.emplace(options.users, Tell);
-  WarnOfReaders(options.users);
-  WarnOfReaders(options.key);
-  CWebServerOptions server;
-  server.proxies = CWebProxies(options.proxies);
-  if (!options.certificate.empty()) {
-    server.certificate = ReadPem(options.certificate);
-    server.key = ReadPem(options.key);
-  }
-  if (!address->IsLoopback()) server.ofViewer = CWebServer::kMostOfViewer;
+  CWebServerOptions server = ServerOptions(options, *address);
   try {
     server.socket = Listen(*address);
   } catch (const std::system_error& fault) {
     return Fail(kFailed, options.listen, fault.code().message());
   }
-  if (users && !address->IsLoopback() && server.certificate.empty() && server.proxies.IsEmpty())
-    Tell("warning: without --cert passwords travel in the clear");
-
   RaiseFileLimit();
-  sigset_t ends;
-  sigemptyset(&ends);
-  for (const int one : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&ends, one);
-  ::pthread_sigmask(SIG_BLOCK, &ends, nullptr);
-  ::signal(SIGPIPE, SIG_IGN);
-
+  const sigset_t held = HoldSignals();
   CLoggerFolders places;
   if (options.dir != places.run.Std()) places = {options.dir.c_str(), ""};
   CLoggerWatch watch(places, folders);
@@ -159,7 +170,7 @@ int Serve(const COptions& options) {
   std::cout << (server.certificate.empty() ? "http://" : "https://") << address->Text() << "/" << std::endl;
   constexpr timespec kPause = {60, 0};
   for (int signal = 0; signal != SIGINT && signal != SIGTERM;) {
-    signal = ::sigtimedwait(&ends, nullptr, &kPause);
+    signal = ::sigtimedwait(&held, nullptr, &kPause);
     if (signal < 0) history.DropUnused();
   }
   return kDone;

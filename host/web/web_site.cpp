@@ -215,7 +215,7 @@ std::string CWebSite::WhatIsForeign(const CWebRequest& request) const {
   // A name of another site could lead to this machine, too.
   const std::string host = HostName(request.host);
   if (!m_users && !host.empty() && !IsAddress(host) && !IsOwnName(host))
-    return host + " is not a name of this machine: use its address";
+    return OneLine(Shortened(host.c_str(), 200)) + " is not a name of this machine: use its address";
   return "";
 }
 

@@ -18,7 +18,7 @@ std::string ViewerKey(const std::string& address);
 
 class CWebProxies {
  public:
-  // Throws std::runtime_error if text is not an address in numbers.
+  // Throws std::runtime_error if one is not an address in numbers.
   explicit CWebProxies(const std::vector<std::string>& texts);
 
   bool IsEmpty() const { return m_addresses.empty(); }

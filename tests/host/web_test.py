@@ -19,6 +19,7 @@ REFUSED = [  # command lines: the status, and the message
     (["--listen", "here"], 2, "--listen here: is not ADDRESS:PORT"),
     (["--listen", "0.0.0.0:0"], 2, "command line: at 0.0.0.0:0 everybody in the network could look.*--users.*--open.*"),
     (["--listen", "[::]:0"], 2, "command line: at .*everybody.*"),
+    (["--proxy", "host"], 2, "command line: --proxy host: is not an address in numbers"),
     (["--cert", "c"], 2, "command line: --cert and --key belong together"),
     (["--users", "none"], 1, "none: No such file or directory"),
     (["--users", "bad"], 1, "bad: line 2 is not NAME:HASH, of crypt.3."),

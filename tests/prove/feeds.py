@@ -82,21 +82,22 @@ class Reader:
 MARK = b"FEED_OF="  # in the environment of the logger
 
 
-def logger_here():
-    """The folder in /proc of the logger of this working folder. /proc can have other numbers than the name space."""
+def in_proc(mark):
+    """The folder in /proc of the process with mark (bytes) in its environment. /proc can have other numbers than the name
+    space."""
     for process in glob.glob("/proc/[0-9]*"):
         try:
             with open(process + "/environ", "rb") as file:
-                if MARK + os.getcwd().encode() in file.read().split(b"\0"):
+                if mark in file.read().split(b"\0"):
                     return process
         except OSError:  # it has ended
             pass
-    raise Failed("there is no logger")
+    raise Failed("there is no process of " + mark.decode())
 
 
 class Crowd:
     def __init__(self, chance):
-        self.chance, self.process, self.ended, self.refused, self.dropped = chance, logger_here(), 0, 0, []
+        self.chance, self.process, self.ended, self.refused, self.dropped = chance, in_proc(MARK + os.getcwd().encode()), 0, 0, []
         self.selector, self.readers, self.peak = selectors.DefaultSelector(), [], 0
         self.first = self.memory()
 

@@ -14,6 +14,7 @@ import time
 import urllib.parse
 import urllib.request
 
+import feeds
 import history_logs
 from logs import Failed
 
@@ -25,15 +26,22 @@ CONFIGURATION = {
     "outputs": [{"enableText": "WriteToLog = 1;", "varNames": ["V0", "V1"], "saveRp": 1, "directory": "logs", "maxSamples": 600, "maxLogs": 100}]}
 
 
+def start(name, command, **options):
+    """A process, and its folder in /proc."""
+    mark = "VIEWERS_%s=%d" % (name, os.getpid())
+    process = subprocess.Popen(command, env={**os.environ, **dict([mark.split("=")])}, **options)
+    return process, feeds.in_proc(mark.encode())
+
+
 def processor(process):
     """Seconds that a process has used."""
-    with open("/proc/%d/stat" % process.pid) as file:
+    with open(process + "/stat") as file:
         fields = file.read().rsplit(")", 1)[1].split()
     return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
 
 
 def resident(process):
-    with open("/proc/%d/statm" % process.pid) as file:
+    with open(process + "/statm") as file:
         return int(file.read().split()[1]) * os.sysconf("SC_PAGE_SIZE")
 
 
@@ -113,9 +121,9 @@ def chart(run, web):
 
 @contextlib.contextmanager
 def serving(web, *args):
-    server = subprocess.Popen([web, "--listen", "127.0.0.1:0", *args], stdout=subprocess.PIPE, text=True)
+    server, place = start("SERVER", [web, "--listen", "127.0.0.1:0", *args], stdout=subprocess.PIPE, text=True)
     try:
-        yield server, int(server.stdout.readline().strip().strip("/").rsplit(":", 1)[1])
+        yield place, int(server.stdout.readline().strip().strip("/").rsplit(":", 1)[1])
     finally:
         server.terminate()
         server.wait()
@@ -130,7 +138,7 @@ def viewers(run):
     os.makedirs(os.path.join(run.work, "logs"))
     with open(os.path.join(run.work, "kiln.json"), "w") as file:
         json.dump(CONFIGURATION, file)
-    logger = subprocess.Popen([os.environ["VASTRA"], "run", "kiln.json", "--feed", "kiln/feed", "--quiet"], cwd=run.work)
+    process, logger = start("LOGGER", [os.environ["VASTRA"], "run", "kiln.json", "--feed", "kiln/feed", "--quiet"], cwd=run.work)
     try:
         time.sleep(2)
         before, seconds = processor(logger), run.count
@@ -140,8 +148,8 @@ def viewers(run):
             seen = watch(logger, server, port, seconds, alone)
             size = first_load(port)
     finally:
-        logger.terminate()
-        logger.wait()
+        process.terminate()
+        process.wait()
     used, elapsed = chart(run, web)
     seen += "; a chart of one variable over %d logs with a digest took %.0f ms of the server's processor, %.0f ms in all; the page " \
             "with a chart is %.0f KB" % (LOGS, 1000 * used, 1000 * elapsed, size / 1000)
