@@ -53,7 +53,7 @@ CWebProxies::CWebProxies(const std::vector<std::string>& texts) {
 std::string CWebProxies::ViewerOf(const std::string& address, const std::string& forwarded) const {
   if (!Has(address)) return address;
   for (std::string list = forwarded; !list.empty();) {
-    const std::string viewer = PlainAddress(TakeLast(list));
+    std::string viewer = PlainAddress(TakeLast(list));
     if (viewer.empty()) break;
     if (!Has(viewer)) return viewer;
   }
