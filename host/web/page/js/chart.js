@@ -7,7 +7,7 @@ import { loadPlots, makePlot, mostAxes } from './chart_plot.js';
 import { ChartTable } from './chart_table.js';
 import { Tools } from './chart_tools.js';
 import { ChartView } from './chart_view.js';
-import { el, paced, refill, settled } from './dom.js';
+import { canHover, el, paced, refill, settled } from './dom.js';
 import * as model from './model.js';
 import { pick } from './picker.js';
 import { remember } from './router.js';
@@ -25,6 +25,11 @@ const kNone = 'There are no rows yet.';
 const kPlotLabel =
   'Chart. Arrow keys move, plus and minus zoom, F follows, A and B place a cursor, comma and full stop ' +
   'move it, C clears the cursors. The values are in the table below.';
+
+const kMouseHelp =
+  'Wheel: zoom. Drag: zoom into a range. Shift and drag: move. Click: cursors A and B. ' +
+  'Keys in the chart: arrows, +, -, F, A, B, C, H, D, W.';
+const kTouchHelp = 'Two fingers: zoom. One finger: move. Tap: cursors A and B.';
 
 export function show(main, parameters) {
   let page = null,
@@ -56,6 +61,7 @@ class ChartPage {
   #tools;
   #plot = null;
   #variables = [];
+  #colours = new Map(); // the name of a variable to the number of its colour
   #data = null;
   #columns = [[]];
   #asked = 0;
@@ -100,7 +106,8 @@ class ChartPage {
       notice.element,
       this.#area,
       this.#status,
-      el('div', { class: 'scroll' }, this.#table.element)
+      el('div', { class: 'scroll' }, this.#table.element),
+      el('p', { class: 'help' }, canHover() ? kMouseHelp : kTouchHelp)
     );
     this.#ends.push(notice.end, this.#ask.end, this.#paint.end, this.#drawSoon.end);
   }
@@ -135,16 +142,25 @@ class ChartPage {
   #rebuild() {
     this.#data?.end();
     this.#data = new ChartData(this.#logger, this.#names);
-    const look = getComputedStyle(this.#area);
+    const look = getComputedStyle(this.#area),
+      colours = this.#coloursOf(this.#names);
     this.#variables = this.#names.map((name, i) => ({
       name,
       unit: this.#all.find(one => one.name === name)?.unit ?? '',
-      colour: look.getPropertyValue('--curve' + (i + 1)).trim()
+      colour: look.getPropertyValue('--curve' + colours[i]).trim()
     }));
     this.#columns = this.#data.columns();
     this.#makePlot();
     this.#table.build(this.#variables);
     this.#changed('range');
+  }
+
+  // The numbers of the colours. A variable keeps its colour while it is in the chart; others get those that are free.
+  #coloursOf(names) {
+    const kept = new Map([...this.#colours].filter(([name]) => names.includes(name)));
+    const free = Array.from({ length: kMost }, (_, i) => i + 1).filter(one => ![...kept.values()].includes(one));
+    this.#colours = new Map(names.map(name => [name, kept.get(name) ?? free.shift()]));
+    return [...this.#colours.values()];
   }
 
   // Also for other axes.
@@ -180,7 +196,7 @@ class ChartPage {
 
   // A finger leaves no pointer: after a tap the newest values are shown again.
   #point(time) {
-    this.#pointer = matchMedia('(hover: hover)').matches ? time : null;
+    this.#pointer = canHover() ? time : null;
     this.#showTable();
   }
 

@@ -82,3 +82,6 @@ export function settled(work, ms) {
   ask.end = () => clearTimeout(timer);
   return ask;
 }
+
+// Whether this device has a pointer that is somewhere between clicks: a finger is not.
+export const canHover = () => matchMedia('(hover: hover)').matches;

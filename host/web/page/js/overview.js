@@ -114,8 +114,8 @@ function stateOf(logger) {
 // worth knowing; whether they are wrong is in the problems of the logger.
 const kFacts = [
   ['Last sample', lastSample],
-  ['Read', ({ read, failedReads }) => count(read) + (failedReads ? `, ${count(failedReads)} failed` : '')],
-  ['Late', ({ late }) => count(late)],
+  ['Samples read', ({ read, failedReads }) => count(read) + (failedReads ? `, ${count(failedReads)} failed` : '')],
+  ['Late scans', ({ late }) => count(late)],
   ['Rows', rowsLogged],
   ['Lost', ({ lost }) => plural(lost, 'row'), ({ lost }) => (lost > 0 ? 'bad' : 'plain')]
 ];

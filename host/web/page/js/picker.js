@@ -1,5 +1,5 @@
 // The dialog in which the variables of a chart are chosen.
-import { el, fill, setProperty, setText, settled } from './dom.js';
+import { canHover, el, fill, setProperty, setText, settled } from './dom.js';
 import { searchFor, textOf } from './search.js';
 
 const kShown = 200; // of a thousand variables nobody reads more: the search finds the others
@@ -44,7 +44,7 @@ class Picker {
 
   // With a finger the search does not get the focus: the keyboard on the screen would cover the list.
   #makeDialog() {
-    const isTouch = !matchMedia('(hover: hover)').matches;
+    const isTouch = !canHover();
     setProperty(this.#search, 'autofocus', !isTouch);
     return el(
       'dialog',
