@@ -60,10 +60,10 @@ export function addUser(file, name, password) {
   execFileSync(process.env.WEB, ['passwd', path(file), name], { input: password + '\n', stdio: ['pipe', 'ignore', 'inherit'] });
 }
 
-export function log(feeds, name) {
+export function log(feeds, name, configure = kLoggers[name]) {
   mkdirSync(path(feeds, name), { recursive: true });
   const configuration = path(feeds, name + '.json');
-  writeFileSync(configuration, JSON.stringify(kLoggers[name](path(feeds, name))));
+  writeFileSync(configuration, JSON.stringify(configure(path(feeds, name))));
   const args = ['run', configuration, '--feed', path(feeds, name, 'feed'), '--quiet'];
   return start(process.env.VASTRA, args, { stdio: 'ignore' });
 }
@@ -109,26 +109,27 @@ export function makeArchive() {
     const first = archive.from / 1000 + hour * 3600;
     const rows = Array.from({ length: 3600 }, (_, i) => rowAt(hour * 3600 + i));
     archive.files.push(`hour${hour}.rph`);
-    writeFileSync(path(archive.folder, `hour${hour}.rph`), logBytes(['Level', 'Peak', 'Row'], first, rows));
+    writeFileSync(path(archive.folder, `hour${hour}.rph`), logBytes(['Level', 'Peak', 'Row'], first, 1, rows));
   }
 }
 
 const rowAt = i => [20 + 3 * Math.sin(i / 500) + Math.sin(i * 12.9898) / 7, i === archive.peak ? 1000 : 0, i];
 
-function logBytes(names, first, rows) {
+// A binary log whose rows are `step` seconds apart.
+export function logBytes(names, first, step, rows) {
   const data = [];
   const put = (...fields) => fields.forEach(([kind, value]) => {
     const bytes = Buffer.alloc({ U32: 4, I32: 4, U16: 2, U8: 1, Float: 4 }[kind]);
     bytes[`write${{ U32: 'UInt32LE', I32: 'Int32LE', U16: 'UInt16LE', U8: 'UInt8', Float: 'FloatLE' }[kind]}`](value);
     data.push(bytes);
   });
-  const last = first + rows.length - 1;
+  const last = first + step * (rows.length - 1);
   put(['U32', 0x2c0f0781], ['U32', 0], ['I32', first], ['I32', last], ['U32', 0], ['U8', 0], ['U16', names.length]);
   for (const name of names) put(['U8', name.length]), data.push(Buffer.from(name));
   put(['U32', rows.length]);
   for (const row of rows) put(['U16', row.length], ...row.map(value => ['Float', value]));
   put(['U16', rows.length]);
-  rows.forEach((_, i) => put(['I32', first + i], ['U16', 0], ['U32', 0], ['U16', 0]));
+  rows.forEach((_, i) => put(['I32', first + step * i], ['U16', 0], ['U32', 0], ['U16', 0]));
   put(['U32', 0]);
   return Buffer.concat(data);
 }
