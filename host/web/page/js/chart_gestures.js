@@ -1,13 +1,23 @@
 // Wheel, pan, pinch, taps and keys of the plot. They end in four calls of `view`:
 // zoom(factor, time), pan(milliseconds), tap(time) and key(name).
 
-const kWheel = 1.2;
+const kWheel = 1.2; // zoom of a notch
+const kNotch = 100; // px
+const kNotchLines = 3;
+const kNotchPinch = 20; // px
 const kTap = 6; // px that a finger may move in a tap
+
+// A wheel turns by whole notches; a touchpad sends many small parts of one, and two fingers on it come with Ctrl.
+function notches({ deltaY, deltaMode, ctrlKey }) {
+  const notch = ctrlKey ? kNotchPinch : deltaMode === 0 ? kNotch : kNotchLines;
+  return Math.max(-1, Math.min(1, deltaY / notch));
+}
 
 // `plot()` is the plot of now: it is made again when variables change.
 export function listen(element, plot, view) {
   const pointers = new Map(); // the fingers, and a mouse that pans
-  let moved = 0;
+  let start = [0, 0]; // where the newest finger or button went down
+  let moved = 0; // px, the farthest since then
   const timeAt = x => plot().posToVal(x - plot().over.getBoundingClientRect().left, 'x');
   const perPixel = () => (plot().scales.x.max - plot().scales.x.min) / plot().over.clientWidth;
   const isPan = event => event.pointerType === 'touch' || event.button === 1 || event.shiftKey;
@@ -15,6 +25,7 @@ export function listen(element, plot, view) {
   function down(event) {
     if (!plot()?.over.contains(event.target)) return;
     moved = 0;
+    start = [event.clientX, event.clientY];
     if (!isPan(event)) return;
     if (event.button === 1) event.preventDefault();
     pointers.set(event.pointerId, event.clientX);
@@ -22,7 +33,7 @@ export function listen(element, plot, view) {
   }
 
   function move(event) {
-    moved += Math.abs(event.movementX) + Math.abs(event.movementY);
+    moved = Math.max(moved, Math.hypot(event.clientX - start[0], event.clientY - start[1]));
     if (!pointers.has(event.pointerId)) return;
     const before = [...pointers.values()];
     pointers.set(event.pointerId, event.clientX);
@@ -50,7 +61,7 @@ export function listen(element, plot, view) {
     if (!plot()?.over.contains(event.target)) return;
     event.preventDefault();
     if (Math.abs(event.deltaX) > Math.abs(event.deltaY)) view.pan(event.deltaX * perPixel());
-    else view.zoom(event.deltaY > 0 ? kWheel : 1 / kWheel, timeAt(event.clientX));
+    else view.zoom(kWheel ** notches(event), timeAt(event.clientX));
   }
 
   function key(event) {

@@ -4,7 +4,7 @@
 // taken its place, and `claim()` when the others have to hear that this tab leads. Both classes have start(), when the
 // tab is there; take(), when the leader is silent; leave(), when the tab goes; hear(message), of another tab.
 
-const kJoin = 400; // ms until a new tab leads, if no leader answers
+const kJoin = 200; // ms until a new tab leads, if no leader answers
 const kTurns = 300; // ms in which the tabs that stay try to follow a leader that has left
 
 export const leadership = (id, acts) => (navigator.locks ? new LockedLead(acts) : new AgreedLead(id, acts));

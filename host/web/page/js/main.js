@@ -132,6 +132,7 @@ async function start() {
   model.on('link', showLink);
   model.on('link', showHealth);
   model.on('loggers', showHealth);
+  showLink(model.link());
   addEventListener('hashchange', show);
   addEventListener('remembered', showPages);
   await show();

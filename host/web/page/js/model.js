@@ -59,11 +59,19 @@ function union() {
   return { sample: all('sample'), message: all('message') };
 }
 
-// Throws if the server does not answer.
+// Throws if the server does not answer; it can be called again then.
 export async function start() {
+  startTabs();
   state.about = await get(address('about'));
   setZone(state.about.zone);
   setServerNow(state.about.now);
+}
+
+// At the same time as the first request: on a slow link each one takes long.
+let isStarted = false;
+function startTabs() {
+  if (isStarted) return;
+  isStarted = true;
   tabs.start(union());
   addEventListener('online', () => tabs.hurry());
   document.addEventListener('visibilitychange', () => {
@@ -91,7 +99,7 @@ function take(type, data) {
 
 // A server of another version has another page, and perhaps another zone.
 function takeAbout({ version, zone }) {
-  if (version !== state.about.version || zone !== state.about.zone) location.reload();
+  if (state.about && (version !== state.about.version || zone !== state.about.zone)) location.reload();
 }
 
 // A logger that does not answer keeps its last facts in `last`.
