@@ -17,7 +17,8 @@ test('a logger that is killed is red and keeps its last figures, and is well whe
   const { page: values, close: closeValues } = await open(server.address + '/#/values?logger=oven');
   for (let i = 0; i < rounds; i++) {
     await until('it runs', async () => /✓ running/.test(await words(card(page))));
-    await until('it is well on all pages', async () => !(await isRed(card(page))) && !(await isOld(page)) && values.locator('.callout').isHidden());
+    await until('it is well', async () => !(await isRed(card(page))) && !(await isOld(page)));
+    await until('it is well on the values, too', () => values.locator('.callout').isHidden());
     await until('rows', async () => /Rows [1-9]/.test(await words(card(page))));
     await kill(logger);
     await until('the card', async () => /✕ does not answer/.test(await words(card(page))), 10);

@@ -41,7 +41,13 @@ export async function until(words, condition, seconds = 20) {
 export const text = async locator => (await locator.innerText()).replace(/\s+/g, ' ').trim();
 
 // A view is ready when its data has come.
-const kReady = { overview: '.card dl div', values: '.virtual .row', chart: '.readings tbody td', files: '.logs tbody tr', messages: '.messages li' };
+const kReady = {
+  overview: '.card dl div',
+  values: '.virtual .row',
+  chart: '.readings tbody td',
+  files: '.logs tbody tr',
+  messages: '.messages li'
+};
 export async function ready(page, view) {
   await page.locator(kReady[view]).first().waitFor();
   if (view === 'chart') await drawn(page);

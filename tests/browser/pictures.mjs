@@ -23,22 +23,26 @@ function rowAt(time) {
 const kEquations = `
   Temp = 860 + 2 * Wave; SetPoint = 860; Gas = 24 + Wave / 2; Draft = -2.2 + Noise / 20; Oxygen = 15.4 + Noise / 8;
   Speed = 1400 + 6 * Wave; Fan = 9 + Noise / 10; Batch = ${kBatch};`;
+const device = (nodeName, varNames, driver) => ({ nodeName, varNames, absent: 'nan', driver: { plcType: 9001, ...driver } });
+const output = (directory, varNames) => [{ enableText: 'WriteToLog = 1;', varNames, saveRp: 1, directory, maxSamples: 7200 }];
 const kiln = directory => ({
   input: {
     scanPeriod: 500,
-    plcNodes: [{ nodeName: 'Kiln', varNames: ['Wave', 'Noise'], driver: { plcType: 9001, text1: 'sine,noise', value1: 60000, value2: 900 } }],
+    plcNodes: [device('Kiln', ['Wave', 'Noise'], { text1: 'sine,noise', value1: 60000, value2: 900 })],
     preprocess: 1,
     preEquationText: kEquations,
     preNewVars: kNames
   },
-  outputs: [{ name: 'All', enableText: 'WriteToLog = 1;', varNames: kNames, saveRp: 1, directory, maxSamples: 7200, maxLogs: 500 }],
+  outputs: output(directory, kNames),
   variables: Object.fromEntries(kNames.map(name => [name, { unit: kUnits[name] }]))
 });
 // One of its two devices does not answer.
-const device = (nodeName, varNames, driver) => ({ nodeName, varNames, absent: 'nan', driver: { plcType: 9001, ...driver } });
 const press = directory => ({
-  input: { scanPeriod: 1000, plcNodes: [device('Press', ['Force'], { text1: 'ramp' }), device('Scale', ['Weight'], { value4: 1, value5: 109 })] },
-  outputs: [{ name: 'Strokes', enableText: 'WriteToLog = 1;', varNames: ['Force'], saveRp: 1, directory, maxSamples: 600, maxLogs: 500 }]
+  input: {
+    scanPeriod: 1000,
+    plcNodes: [device('Press', ['Force'], { text1: 'ramp' }), device('Scale', ['Weight'], { value4: 1, value5: 109 })]
+  },
+  outputs: output(directory, ['Force'])
 });
 
 // The kiln has been hot for an hour, whatever the clock says.

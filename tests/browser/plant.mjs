@@ -117,21 +117,29 @@ const rowAt = i => [20 + 3 * Math.sin(i / 500) + Math.sin(i * 12.9898) / 7, i ==
 
 // A binary log whose rows are `step` seconds apart.
 export function logBytes(names, first, step, rows) {
-  const data = [];
-  const put = (...fields) => fields.forEach(([kind, value]) => {
-    const bytes = Buffer.alloc({ U32: 4, I32: 4, U16: 2, U8: 1, Float: 4 }[kind]);
-    bytes[`write${{ U32: 'UInt32LE', I32: 'Int32LE', U16: 'UInt16LE', U8: 'UInt8', Float: 'FloatLE' }[kind]}`](value);
-    data.push(bytes);
-  });
-  const last = first + step * (rows.length - 1);
-  put(['U32', 0x2c0f0781], ['U32', 0], ['I32', first], ['I32', last], ['U32', 0], ['U8', 0], ['U16', names.length]);
-  for (const name of names) put(['U8', name.length]), data.push(Buffer.from(name));
-  put(['U32', rows.length]);
-  for (const row of rows) put(['U16', row.length], ...row.map(value => ['Float', value]));
-  put(['U16', rows.length]);
-  rows.forEach((_, i) => put(['I32', first + step * i], ['U16', 0], ['U32', 0], ['U16', 0]));
-  put(['U32', 0]);
-  return Buffer.concat(data);
+  const parts = [];
+  const put = (kind, ...values) => {
+    for (const value of values) {
+      const bytes = Buffer.alloc(4);
+      parts.push(bytes.subarray(0, bytes['write' + kind](value)));
+    }
+  };
+  put('UInt32LE', 0x2c0f0781, 0, first, first + step * (rows.length - 1), 0);
+  put('UInt8', 0);
+  put('UInt16LE', names.length);
+  for (const name of names) parts.push(Buffer.from([name.length]), Buffer.from(name));
+  put('UInt32LE', rows.length);
+  for (const row of rows) {
+    put('UInt16LE', row.length);
+    put('FloatLE', ...row);
+  }
+  put('UInt16LE', rows.length);
+  for (let i = 0; i < rows.length; i++) {
+    put('UInt32LE', first + step * i);
+    put('UInt16LE', 0, 0, 0, 0);
+  }
+  put('UInt32LE', 0);
+  return Buffer.concat(parts);
 }
 
 // A logger that says only these lines, one object each.

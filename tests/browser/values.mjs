@@ -35,6 +35,9 @@ test('the values on the screen are those of the log at the time on the screen', 
   }
 });
 
+// The search, how many variables it finds, and the first of them.
+const kSearches = [['v3117', 1, 'V3117'], ['bar', 4, 'V0007'], ['node2 V200', 10, 'V2000'], ['nothing', 0, '']];
+
 testAlone('a thousand variables: the search finds them, and the page stays quick and small', async () => {
   const { page, close } = await open(at('#/values?logger=big'));
   await ready(page, 'values');
@@ -44,7 +47,8 @@ testAlone('a thousand variables: the search finds them, and the page stays quick
   const [longest, elements] = await page.evaluate(async () => {
     let longest = 0,
       elements = 0;
-    new PerformanceObserver(list => list.getEntries().forEach(one => (longest = Math.max(longest, one.duration)))).observe({ type: 'longtask' });
+    const note = ({ duration }) => (longest = Math.max(longest, duration));
+    new PerformanceObserver(list => list.getEntries().forEach(note)).observe({ type: 'longtask' });
     for (let y = 0; y < 48000; y += 600) {
       scrollTo(0, y);
       await new Promise(requestAnimationFrame);
@@ -56,11 +60,11 @@ testAlone('a thousand variables: the search finds them, and the page stays quick
   assert.ok(longest < 700, `a task of ${longest} ms`);
   assert.match(await text(rows.last()), /^V3249/);
   assert.ok(elements < 600, `${elements} elements`);
-  for (const [words, found, first] of [['v3117', 1, 'V3117'], ['bar', 4, 'V0007'], ['node2 V200', 10, 'V2000'], ['nothing', 0, null]]) {
+  for (const [words, found, first] of kSearches) {
     await page.getByLabel('Search').fill(words);
     await until(words, async () => (await hint()).startsWith(`${found} of 1 000 variables`));
     assert.equal(await rows.count(), found);
-    if (first) assert.ok((await text(rows.first())).startsWith(first));
+    if (found) assert.ok((await text(rows.first())).startsWith(first));
   }
   await until('the search in the address', () => parameters(page).get('search') === 'nothing');
   await close();
@@ -91,7 +95,7 @@ test('messages: filter and search find what they should, and missing ones are sh
     const filter = [severity === 'notice' ? '' : severity, link, search].join();
     const inAddress = () => ['severity', 'link', 'search'].map(name => parameters(page).get(name) ?? '').join();
     const hash = await until('the address', () => inAddress() === filter && page.url());
-    if (words.length !== 1) continue;
+    if (!link || !search) continue;
     const other = await open(hash);
     await until('the same in another browser', async () => fits(await list(other.page), words));
     await other.close();

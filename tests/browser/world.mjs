@@ -10,8 +10,8 @@ makeArchive();
 for (const name of ['kiln', 'press', 'big']) log('feeds', name);
 // Of its messages seven never come.
 fakeFeed('feeds', 'loud', [
-  { type: 'hello', feed: 1, name: 'loud', vastra: '1', configuration: 'loud.json', pid: 1, started: kNow, period: 1000, variables: ['x'], stages: {} },
-  { type: 'state', state: 'running', since: kNow, reason: '', nodes: [], writes: [], folders: [], unsaved: [], lastError: null, lastSample: null, lastSampleAge: null },
+  { type: 'hello', feed: 1, name: 'loud', started: kNow, period: 1000, variables: ['x'], stages: {} },
+  { type: 'state', state: 'running', since: kNow, reason: '', nodes: [], writes: [], folders: [], unsaved: [] },
   said(1, 'notice', 'Mixer', 'The mixer turns <b>slowly</b>.'),
   said(2, 'warning', 'Mixer', 'The mixer is warm.'),
   said(3, 'error', 'Pump', 'The pump does not answer.'),

@@ -10,6 +10,7 @@ import traceback
 from concurrent.futures import ThreadPoolExecutor
 from typing import Callable, NamedTuple
 
+import browsers
 import disks
 import feeds
 import history
@@ -120,6 +121,8 @@ CLAIMS = [
     Claim("viewers", "Each of 50 browsers gets each sample of ten a second within 200 ms, at less than 5 % of a core of the "
           "logger, the server does not grow, a chart over 10,000 logs takes 50 ms of it, and the page is below 300 KB",
           viewers.viewers, 0, 600),
+    Claim("pages", "A browser shows the values of the logs, to the last digit and at any zoom; its address holds the view; it says "
+          "that a logger or the server is gone, and goes on when it is back", browsers.pages, 0, 20),
 ]
 
 

@@ -129,11 +129,16 @@ def serving(web, *args):
         server.wait()
 
 
-def viewers(run):
+def program():
     web = os.path.join(os.path.dirname(os.environ["VASTRA"]), "vastra-web")
     for build in (["script/bootstrap", "web"], ["script/build", "web", "vastra_web_program"]):
         if not os.path.exists(web) and subprocess.run(build, stdout=sys.stderr).returncode:
             raise Failed(" ".join(build))
+    return web
+
+
+def viewers(run):
+    web = program()
     os.makedirs(os.path.join(run.work, "kiln"))
     os.makedirs(os.path.join(run.work, "logs"))
     with open(os.path.join(run.work, "kiln.json"), "w") as file:
