@@ -1,25 +1,27 @@
 #include "host/web/web_connections.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace vastra {
 
-bool CWebConnections::MakeRoom(const std::string& viewer) {
+bool CWebConnections::MakeRoom(const std::string& viewer, Time now) {
+  const bool isCounted = m_limits.ofViewer > 0 && !viewer.empty();
   const auto own = m_viewers.find(viewer);
-  if (m_limits.ofViewer > 0 && own != m_viewers.end() && own->second >= m_limits.ofViewer &&
-      !EndFirst(&viewer))
+  if (isCounted && own != m_viewers.end() && own->second >= m_limits.ofViewer && !EndFirst(&viewer, now))
     return false;
-  return m_count < m_limits.most || EndFirst(nullptr);
+  return m_count < m_limits.most || EndFirst(nullptr, now);
 }
 
 // Of the viewer, or of all.
-bool CWebConnections::EndFirst(const std::string* viewer) {
-  const auto found = std::ranges::find_if(
-      m_idle, [viewer](const COne& one) { return !one.isEnded && (!viewer || one.viewer == *viewer); });
-  if (found == m_idle.end()) return false;
-  End(*found);
-  return true;
+bool CWebConnections::EndFirst(const std::string* viewer, Time now) {
+  const Time latest = now - m_limits.patience;
+  for (CList* const list : {&m_idle, &m_sending})
+    for (COne& one : *list)
+      if (!one.isEnded && (!viewer || one.viewer == *viewer) && one.begun < latest) {
+        End(one);
+        return true;
+      }
+  return false;
 }
 
 void CWebConnections::End(COne& one) {
@@ -38,7 +40,7 @@ void CWebConnections::Release(COne& one) {
 }
 
 void CWebConnections::Add(int socket, const std::string& viewer) {
-  m_idle.push_back({.socket = socket, .viewer = viewer, .begun = {}});
+  m_idle.push_back({.socket = socket, .viewer = viewer});
   m_places[socket] = {&m_idle, std::prev(m_idle.end())};
   ++m_viewers[viewer];
   ++m_count;
@@ -67,6 +69,7 @@ void CWebConnections::Finish(int socket) {
   const auto found = m_places.find(socket);
   if (found == m_places.end()) return;
   m_bytes -= std::exchange(found->second.one->bytes, 0);
+  found->second.one->begun = {};
   Move(socket, m_idle);
 }
 
@@ -74,7 +77,8 @@ bool CWebConnections::Keep(int socket, std::size_t bytes, Time now) {
   const auto found = m_places.find(socket);
   if (found == m_places.end()) return false;
   for (COne& one : m_sending)
-    if (m_bytes + bytes > m_limits.mostBytes && now - one.begun > m_limits.patience) End(one);
+    if (one.bytes > 0 && m_bytes + bytes > m_limits.mostBytes && now - one.begun > m_limits.patience)
+      End(one);
   if (m_bytes + bytes > m_limits.mostBytes) return false;
   COne& one = *found->second.one;
   if (one.isEnded) return false;

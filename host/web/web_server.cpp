@@ -147,7 +147,9 @@ struct CWebCallbacks {
   }
   static MHD_Result Accept(void* server, const sockaddr* address, socklen_t) try {
     auto& self = *static_cast<CWebServer*>(server);
-    return self.m_connections.MakeRoom(self.CountedAs(AddressOf(address))) ? MHD_YES : MHD_NO;
+    return self.m_connections.MakeRoom(self.CountedAs(AddressOf(address)), CWebConnections::Clock::now())
+               ? MHD_YES
+               : MHD_NO;
   } catch (...) {
     return MHD_NO;
   }
@@ -267,7 +269,8 @@ void CWebServer::Answer(const CShared& exchange) {
 int CWebServer::Send(MHD_Connection* connection, const CUnderWay& own) {
   CWebAnswer& answer = own.exchange->Answer();
   const std::size_t size = answer.text.size();
-  if (size > kSmall && !m_connections.Keep(own.socket, size, std::chrono::steady_clock::now()))
+  const bool isLong = answer.body || size > kSmall;
+  if (isLong && !m_connections.Keep(own.socket, size, CWebConnections::Clock::now()))
     answer = ErrorAnswer(503, "too many large answers at once");
   MHD_Response* const response = ResponseOf(answer, own.exchange, m_workers);
   return Queue(connection, response, answer);

@@ -136,12 +136,15 @@ CWebUsers::CVersion CWebUsers::VersionOf(const std::string& path) {
 void CWebUsers::Renew() {
   const CVersion version = VersionOf(m_path);
   if (version == m_version) return;
-  m_version = version;
   m_hashes.clear();
+  m_version = {};
   try {
     m_hashes = ReadUsers(m_path);
-  } catch (const std::runtime_error& fault) {
-    m_tell(std::string(fault.what()) + ": nobody may look until it is right");
+    m_version = version;
+    m_fault.clear();
+  } catch (const std::runtime_error& fault) {  // it is tried again each time, and told once
+    if (std::exchange(m_fault, fault.what()) != fault.what())
+      m_tell(m_fault + ": nobody may look until it is right");
   }
 }
 

@@ -42,6 +42,7 @@ class CWebUsers {
   const std::function<void(const std::string&)> m_tell;
   std::mutex m_mutex;
   CVersion m_version;
+  std::string m_fault;                          // of the file; empty: it is right
   std::map<std::string, std::string> m_hashes;  // by name
   const std::string m_setting;                  // of a hash of the usual method
 };

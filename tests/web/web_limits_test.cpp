@@ -70,7 +70,7 @@ class WebConnections : public testing::Test {
  protected:
   // Whether a connection can be added; it is.
   bool Add(int socket, const std::string& viewer) {
-    const bool isFree = m_connections.MakeRoom(viewer);
+    const bool isFree = m_connections.MakeRoom(viewer, m_now);
     if (isFree) m_connections.Add(socket, viewer);
     return isFree;
   }
@@ -108,8 +108,8 @@ TEST_F(WebConnections, ThatDoNothingMakeRoomForOthers) {
 }
 
 TEST_F(WebConnections, AnswersThatNobodyReadsMakeRoomForOthers) {
-  for (const int socket : {1, 2, 3}) {
-    ASSERT_TRUE(Add(socket, ""));
+  for (const int socket : {1, 2, 3, 4, 5}) {
+    ASSERT_TRUE(Add(socket, ""));  // more than a viewer may have
     m_connections.Begin(socket);
   }
   EXPECT_TRUE(m_connections.Keep(1, 60, m_now));
@@ -119,8 +119,15 @@ TEST_F(WebConnections, AnswersThatNobodyReadsMakeRoomForOthers) {
   EXPECT_TRUE(m_ended.empty());
   EXPECT_TRUE(m_connections.Keep(3, 60, m_now + seconds(11)));
   EXPECT_EQ(Ended(), std::vector{1}) << "not 2, which came later";
-  m_connections.Finish(2);
-  EXPECT_TRUE(m_connections.Keep(2, 40, m_now + seconds(11)));
+  EXPECT_TRUE(Add(6, ""));
+  m_connections.Begin(6);
+  m_now += seconds(20);
+  EXPECT_FALSE(Add(7, "")) << "none has been sent for more than 10 seconds";
+  m_now += seconds(1);
+  EXPECT_TRUE(Add(7, ""));
+  EXPECT_EQ(Ended(), std::vector{2});
+  m_connections.Finish(3);
+  EXPECT_TRUE(m_connections.Keep(4, 100, m_now));
 }
 
 }  // namespace
