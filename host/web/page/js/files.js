@@ -8,6 +8,7 @@ import { clockTime, dateTime, day, midnight, serverNow } from './time.js';
 import { chosenLogger, loggerChoice, loggerNotice, more, rangeFields, rangeOf, openWhenKnown } from './widgets.js';
 
 const kNarrow = 600; // px
+const kLeast = 10e3; // ms of a chart: a log can be of one row
 const kRows = 300; // of a table at once
 const kDays = [
   ['Today', 1],
@@ -127,7 +128,7 @@ class FilesPage {
 
   #log({ id, file, first, last, rows, bytes: size, open, fault: words }) {
     const at = what => loggerAddress(this.#logger, what, { id });
-    const view = first && link('chart', { logger: this.#logger, from: first, to: last + 1 });
+    const view = first && link('chart', { logger: this.#logger, from: first, to: Math.max(last + 1, first + kLeast) });
     const files = [
       el('a', { href: at('log'), download: '', 'aria-label': `${file} as a file` }, 'file'),
       ' ',
