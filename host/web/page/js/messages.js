@@ -19,7 +19,7 @@ class MessagesPage {
   #link = el('select');
   #search = el('input', { type: 'search', placeholder: 'Words of a message' });
   #follow = el('input', { type: 'checkbox', checked: true });
-  #count = el('p', { class: 'hint', role: 'status' });
+  #count = el('p', { class: 'hint' }); // not read out: messages come all the time
   #list = el('ol', { class: 'messages', tabindex: 0, 'aria-label': 'Messages' });
   #made = new Map(); // a message to its row
   #ends = [];

@@ -10,20 +10,23 @@ export function chosenLogger(parameters, fits = () => true) {
   return name ?? model.loggers().find(fits)?.name ?? null;
 }
 
-// Which logger is looked at. `all`: a choice for all of them, as the empty name.
+// Which logger is looked at. `all`: a choice for all of them, as the empty name. Loggers that have come later are there
+// when the list is opened.
 export function loggerChoice(name, change, { all = null, fits = () => true } = {}) {
-  const names = model
-    .loggers()
-    .filter(fits)
-    .map(logger => logger.name);
-  if (name && !names.includes(name)) names.push(name);
-  const select = el(
-    'select',
-    { onchange: () => change(select.value) },
-    all && el('option', { value: '' }, all),
-    names.map(one => el('option', { value: one }, one))
-  );
-  select.value = name ?? '';
+  const select = el('select', { onchange: () => change(select.value), onfocus: () => offer() });
+  const offer = () => {
+    const names = new Set(
+      model
+        .loggers()
+        .filter(fits)
+        .map(logger => logger.name)
+    );
+    if (name) names.add(name);
+    const options = [...names].map(one => el('option', { value: one }, one));
+    refill(select, all && el('option', { value: '' }, all), options);
+    select.value = name ?? '';
+  };
+  offer();
   return el('label', {}, 'Logger ', select);
 }
 
