@@ -13,7 +13,7 @@ def pages(run):
     ended = subprocess.run([TESTS], env={**os.environ, "WEB": viewers.program(), "ROUNDS": str(run.count)},
                            stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
     if ended.returncode == 77:
-        raise NotRun("not run: " + ended.stdout.strip().rsplit("skipped: ", 1)[-1])
+        raise NotRun("not run: " + ended.stdout.strip().rsplit("not run: ", 1)[-1])
     with open(os.path.join(run.work, "tests.log"), "w") as file:
         file.write(ended.stdout)
     seen = re.search(r"^claim: (.*)$", ended.stdout, re.MULTILINE)
