@@ -1,5 +1,6 @@
 // The chart: its values, its picture, and all that moves it.
 import assert from 'node:assert/strict';
+import { setTimeout as pause } from 'node:timers/promises';
 import { drawn, open, parameters, range, readings, ready, text, until } from './page.mjs';
 import { archive, table } from './plant.mjs';
 import { archiveRows, at, count, rounds, test } from './world.mjs';
@@ -222,6 +223,7 @@ test('the chart works by keys alone', async () => {
   await tabTo(page, 'Variables ...');
   await page.keyboard.press('Enter');
   await page.keyboard.type('heat');
+  await pause(300); // the list follows when nothing more is typed
   await until('the search', async () => (await page.getByRole('checkbox').count()) === 1);
   await tabTo(page, 'Heat', 5);
   await page.keyboard.press('Space');

@@ -6,7 +6,7 @@ import { count, rounds, test } from './world.mjs';
 
 const card = page => page.getByRole('article', { name: 'oven' });
 const isOld = page => card(page).locator('dl').evaluate(list => list.classList.contains('old'));
-const words = locator => text(locator).catch(() => '');
+const words = async locator => ((await locator.isVisible()) ? text(locator).catch(() => '') : '');
 const newest = page => page.locator('.hint').innerText();
 const isRed = locator => locator.evaluate(one => one.classList.contains('bad'));
 
