@@ -10,7 +10,7 @@ export const kSeverities = { notice: 'plain', warning: 'warn', error: 'bad', fat
 // Words with the sign of their state, as children of an element. A screen reader leaves the sign out.
 export function signed(state, ...words) {
   const sign = kSigns[state];
-  return [sign && el('span', { class: 'sign', 'aria-hidden': 'true' }, sign + ' '), words];
+  return [sign && el('span', { class: 'sign ' + state, 'aria-hidden': 'true' }, sign + ' '), words];
 }
 
 // An element of a state, such as what says that a request failed.
