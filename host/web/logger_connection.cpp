@@ -6,8 +6,8 @@ namespace vastra {
 namespace {
 
 constexpr std::chrono::milliseconds kShortestPause{500}, kLongestPause{5000};
-constexpr std::chrono::milliseconds kSampleInterval{
-    75};                       // each of ten a second comes, also when some are late
+// Each of ten samples a second comes, also when some are late.
+constexpr std::chrono::milliseconds kSampleInterval{75};
 constexpr int kMostReads = 8;  // of a feed, heard in one turn
 
 }  // namespace
