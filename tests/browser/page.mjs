@@ -49,7 +49,8 @@ const kReady = {
   messages: '.messages li'
 };
 export async function ready(page, view) {
-  await page.locator(kReady[view]).first().waitFor();
+  const there = page.locator(kReady[view]).first();
+  await there.waitFor().catch(async () => assert.fail(`${page.url()} is not ready: ${await text(page.locator('body'))}`));
   if (view === 'chart') await drawn(page);
 }
 
