@@ -1,0 +1,63 @@
+// CArchiveIntake: takes chunks and packs into an archive. What was taken counts once Finish has returned: it is
+// on the disk and in the record then, and only then the servers may forget the messages.
+#pragma once
+
+#include <functional>
+#include <utility>
+
+#include "host/fleet/archive_record.h"
+#include "host/fleet/archive_tree.h"
+#include "host/fleet/chunk.h"
+
+namespace vastra {
+
+class CArchiveIntake {
+ public:
+  using CTell = std::function<void(const std::string&)>;
+
+  // tell gets a line about each file that cannot be stored.
+  CArchiveIntake(CArchiveTree& tree, CArchiveRecord& record, CTell tell);
+
+  // A message. Throws CChunkFault for a damaged one, whose bytes are to be asked for again; std::system_error
+  // and CStoreFault if the disk does not take it: then everything since the last Finish is to be given back.
+  void Take(const CFileSubject& subject, std::string_view message, COrder order);
+  // Files whose receipts are due. Throws like Take.
+  std::vector<CStoredFile> Finish();
+  // Drops what came since the last Finish.
+  void GiveBack();
+
+  // Files that miss chunks and got none for this long.
+  std::vector<const CPartialFile*> Waiting(std::int64_t before) const;
+
+ private:
+  using CKey = std::pair<std::string, CVersion>;
+  struct CReady {
+    CStoredFile stored;
+    std::uint64_t id;
+  };
+
+  void TakeWhole(const CStoredFile& stored, std::string_view bytes);
+  void TakeChunk(const CStoredFile& stored, const CChunk& chunk);
+  CPartialFile* PartialOf(const CStoredFile& stored);
+  void CloseIfWhole(CPartialFile& partial);
+  bool IsWanted(const CStoredFile& stored);
+  void PlaceReady();
+  void Record();
+  void DropOlderPartials(const CStoredFile& stored);
+  void Clear();
+
+  CArchiveTree& m_tree;
+  CArchiveRecord& m_record;
+  const CTell m_tell;
+  std::map<CKey, CPartialFile> m_partials;
+
+  // Since the last Finish.
+  std::vector<CReady> m_ready;            // received whole
+  std::map<std::string, bool> m_paths;    // of these
+  std::vector<CStoredFile> m_again;       // stored before, and sent again
+  std::map<CKey, bool> m_changed;         // partial files
+  std::vector<std::uint64_t> m_dropped;   // their numbers in the record
+  std::vector<CStoredFile> m_done;        // finished already, when a file came twice
+};
+
+}  // namespace vastra

@@ -1,0 +1,72 @@
+// CArchiveRecord: what an archive has, in a database: of each name the version that is stored, and the files of
+// which chunks are missing. So the same bytes are stored once, however often they come, and an older version
+// that comes late does not replace a newer one.
+#pragma once
+
+#include <compare>
+#include <map>
+#include <optional>
+#include <vector>
+
+#include "host/fleet/fleet_names.h"
+#include "host/fleet/sqlite_store.h"
+
+namespace vastra {
+
+// The order in which versions were sent, in place of the nodes' clocks: when the stream was made, and the
+// number of the message in it.
+struct COrder {
+  std::uint64_t stream = 0;  // nanoseconds since 1970 by the servers' clock
+  std::uint64_t sequence = 0;
+
+  auto operator<=>(const COrder&) const = default;
+};
+
+struct CStoredFile {
+  CFleetFile file;
+  CVersion version = {};
+  COrder order;
+  std::uint64_t size = 0;
+};
+
+// A file of which some chunks are there.
+struct CPartialFile {
+  CStoredFile stored;
+  std::uint64_t id = 0;  // of the file in the tree
+  std::vector<bool> chunks;
+  std::int64_t touched = 0;  // seconds since 1970
+
+  std::vector<std::uint64_t> Missing(std::size_t most) const;
+};
+
+// All operations throw CStoreFault.
+class CArchiveRecord {
+ public:
+  explicit CArchiveRecord(const std::string& path);
+
+  std::optional<CStoredFile> Find(const CFleetFile& file);
+  // The receipt of the file is to be published, again if it was.
+  void Put(const CStoredFile& stored);
+  void PutPartial(const CPartialFile& partial);
+  void DropPartial(std::uint64_t id);
+  std::vector<CPartialFile> Partials();
+
+  // Files whose receipts are not with the servers yet, at most so many.
+  std::vector<CStoredFile> Untold(std::size_t most);
+  // The receipt with this order is with the servers.
+  void Tell(const CStoredFile& stored);
+
+  struct CSum {
+    std::uint64_t files = 0, bytes = 0;
+  };
+  CSum Sum();
+  std::uint64_t NextId() { return ++m_lastId; }
+  CSqliteStore& Store() { return m_store; }
+
+ private:
+  CSqliteStore m_store;
+  CStatement m_find, m_put, m_putPartial, m_dropPartial, m_untold, m_tell;
+  std::uint64_t m_lastId = 0;
+};
+
+}  // namespace vastra

@@ -1,0 +1,136 @@
+#include "host/fleet/fleet_status.h"
+
+#include <algorithm>
+#include <map>
+#include <sstream>
+
+#include "host/common/shown_text.h"
+#include "host/fleet/fleet_streams.h"
+
+namespace vastra {
+namespace {
+
+using CClock = std::chrono::steady_clock;
+
+constexpr std::chrono::seconds kReportPatience{5};
+constexpr const char* kReportKind = "report";
+
+// The subjects in the stream come in pages.
+std::vector<std::string> ReportSubjects(CNatsLink& link) {
+  std::vector<std::string> subjects;
+  for (std::uint64_t total = 1; subjects.size() < total;) {
+    const nlohmann::json info = link.Ask(StreamRequest("INFO", kStatusStream),
+                                         {{"subjects_filter", "vastra.status.>"}, {"offset", subjects.size()}}, kReportPatience);
+    const auto state = info.find("state");
+    if (state == info.end() || !state->contains("subjects")) break;
+    const std::size_t before = subjects.size();
+    for (const auto& [subject, count] : (*state)["subjects"].items()) subjects.push_back(subject);
+    total = info.value("total", std::uint64_t{0});
+    if (subjects.size() == before) break;
+  }
+  return subjects;
+}
+
+// A report says of which node it is by its subject: what stands in it is what the node says.
+void AddReport(const CNatsMessage& message, std::map<std::string, CJson>& nodes) {
+  const std::string subject(message.Header("Nats-Subject"));
+  const std::vector<std::string_view> tokens = TokensOf(subject);
+  constexpr std::size_t kTokens = 4;
+  if (tokens.size() != kTokens) return;
+  const std::optional<std::string> site = TextOfToken(tokens[2]), node = TextOfToken(tokens[3]);
+  const std::optional<std::uint64_t> time = ServerTime(std::string(message.Header("Nats-Time-Stamp")));
+  if (!site || !node) return;
+  CJson report = CJson::object();
+  try {
+    report = CJson(ParseJson(message.Data()));
+  } catch (const CJsonFault&) {
+    report["fault"] = "the report is not JSON";
+  }
+  if (!report.is_object()) report = CJson::object();
+  report["site"] = *site;
+  report["node"] = *node;
+  constexpr double kNanoseconds = 1e9;
+  if (time)
+    report["contact"] = std::max(0.0, std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count() -
+                                          static_cast<double>(*time) / kNanoseconds);
+  nodes[subject] = std::move(report);
+}
+
+std::map<std::string, CJson> Reports(CNatsLink& link) {
+  std::map<std::string, CJson> nodes;
+  const std::vector<std::string> subjects = ReportSubjects(link);
+  const std::string answers = link.AnswerSubject(kReportKind);
+  constexpr std::size_t kAtOnce = 500;
+  for (std::size_t begin = 0; begin < subjects.size(); begin += kAtOnce) {
+    const std::size_t end = std::min(subjects.size(), begin + kAtOnce);
+    for (std::size_t i = begin; i < end; ++i)
+      link.Publish(NewestRequest(kStatusStream, subjects[i]), "", answers + std::to_string(i));
+    const CClock::time_point until = CClock::now() + kReportPatience;
+    for (std::size_t heard = begin; heard < end && CClock::now() < until;)
+      for (const CNatsMessage& message : link.Take(until)) {
+        AddReport(message, nodes);
+        ++heard;
+      }
+  }
+  return nodes;
+}
+
+double NumberAt(const CJson& object, const char* key) {
+  const auto found = object.find(key);
+  return found != object.end() && found->is_number() ? found->get<double>() : 0;
+}
+
+std::string SumText(const CJson& node, const char* key) {
+  const auto found = node.find(key);
+  if (found == node.end() || !found->is_object()) return "-";
+  std::ostringstream text;
+  text.precision(1);
+  constexpr double kMega = 1e6;
+  text << std::fixed << static_cast<std::uint64_t>(NumberAt(*found, "files")) << " (" << NumberAt(*found, "bytes") / kMega
+       << " MB)";
+  return text.str();
+}
+
+std::string AgeText(const CJson& node, const char* key) {
+  const auto found = node.find(key);
+  if (found == node.end() || !found->is_number()) return "-";
+  constexpr double kMinute = 60, kHour = 3600, kDay = 86400;
+  const double age = found->get<double>();
+  const auto text = [&](double unit, const char* name) {
+    return std::to_string(static_cast<std::int64_t>(age / unit)) + " " + name;
+  };
+  if (age < 2 * kMinute) return text(1, "s");
+  if (age < 2 * kHour) return text(kMinute, "min");
+  return age < 2 * kDay ? text(kHour, "h") : text(kDay, "d");
+}
+
+}  // namespace
+
+CJson FleetStatus(CNatsLink& link) {
+  CJson list = CJson::array();
+  for (auto& [subject, report] : Reports(link)) list.push_back(std::move(report));
+  const nlohmann::json info = link.Ask(StreamRequest("INFO", kLogStream), nullptr, kReportPatience);
+  const nlohmann::json state = info.value("state", nlohmann::json::object());
+  return {{"servers", {{"messages", state.value("messages", std::uint64_t{0})}, {"bytes", state.value("bytes", std::uint64_t{0})}}},
+          {"nodes", std::move(list)}};
+}
+
+std::string FleetTable(const CJson& status) {
+  std::vector<std::vector<std::string>> rows = {{"site", "node", "waiting", "sent", "archived", "oldest", "last contact"}};
+  for (const CJson& node : status["nodes"])
+    rows.push_back({Printable(node["site"].get<std::string>()), Printable(node["node"].get<std::string>()),
+                    SumText(node, "waiting"), SumText(node, "sent"), SumText(node, "archived"),
+                    AgeText(node, "oldest"), AgeText(node, "contact")});
+  std::vector<std::size_t> widths(rows.front().size());
+  for (const auto& row : rows)
+    for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], WidthOf(row[i]));
+  std::string text;
+  for (const auto& row : rows) {
+    for (std::size_t i = 0; i < row.size(); ++i)
+      text.append(row[i]).append(i + 1 < row.size() ? widths[i] - WidthOf(row[i]) + 2 : 0, ' ');
+    text += '\n';
+  }
+  return text;
+}
+
+}  // namespace vastra

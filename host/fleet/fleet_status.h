@@ -1,0 +1,15 @@
+// What the nodes of a fleet report, and how much waits at the servers.
+#pragma once
+
+#include "host/fleet/nats_link.h"
+
+namespace vastra {
+
+// {"servers": {"files", "bytes"} of the chunks, "nodes": [{"site", "node", "waiting", "sent", "archived", each
+// with "files" and "bytes", "oldest": seconds or null, "contact": seconds since the last report, ...}]}, by
+// site and node. Throws CNatsFault.
+CJson FleetStatus(CNatsLink& link);
+// A table of it.
+std::string FleetTable(const CJson& status);
+
+}  // namespace vastra

@@ -1,0 +1,286 @@
+// vastra-fleet: the logs of many machines in one archive.
+#include <signal.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <thread>
+
+#include "host/common/paths.h"
+#include "host/fleet/archiver.h"
+#include "host/fleet/fleet_status.h"
+#include "host/fleet/fleet_streams.h"
+#include "host/fleet/shipper.h"
+
+namespace vastra {
+namespace {
+
+enum EExit { kDone = 0, kFailed = 1, kWrongUse = 2 };
+
+class CUseFault : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+struct COptions {
+  CNatsOptions servers;
+  CStreamWishes streams;
+  std::vector<std::string> nodes;
+  CShipperOptions ship;
+  std::vector<std::string> folders;
+  CArchiverOptions archive;
+  std::string deleteAfter;
+  bool isJson = false;
+};
+
+void Print(const std::string& line) { std::cerr << "vastra-fleet: " << line << std::endl; }
+
+// The signals that end the process, heard by a thread of their own.
+class CEnd {
+ public:
+  explicit CEnd(CNatsLink& link) : m_thread([this, &link] { Wait(link); }) {}
+  CEnd(const CEnd&) = delete;
+  CEnd& operator=(const CEnd&) = delete;
+  ~CEnd() {
+    ::pthread_kill(m_thread.native_handle(), SIGTERM);
+    m_thread.join();
+  }
+  // Before any other thread is there.
+  static void Block() {
+    ::signal(SIGPIPE, SIG_IGN);
+    const sigset_t ends = Signals();
+    ::pthread_sigmask(SIG_BLOCK, &ends, nullptr);
+  }
+  const std::atomic<bool>& Flag() const { return m_end; }
+
+ private:
+  static sigset_t Signals() {
+    sigset_t ends;
+    sigemptyset(&ends);
+    for (const int one : {SIGINT, SIGTERM}) sigaddset(&ends, one);
+    return ends;
+  }
+  void Wait(CNatsLink& link) {
+    const sigset_t ends = Signals();
+    int signal = 0;
+    ::sigwait(&ends, &signal);
+    m_end = true;
+    link.Wake();
+  }
+
+  std::atomic<bool> m_end{false};
+  std::thread m_thread;
+};
+
+std::string StateFolder(const std::string& given, const std::string& name) {
+  if (!given.empty()) return given;
+  if (const char* const service = std::getenv("STATE_DIRECTORY")) return service;
+  if (const char* const state = std::getenv("XDG_STATE_HOME")) return std::string(state) + "/vastra-fleet/" + name;
+  const char* const home = std::getenv("HOME");
+  if (home == nullptr) throw CUseFault("--state DIR is needed: HOME is not set");
+  return std::string(home) + "/.local/state/vastra-fleet/" + name;
+}
+
+CFleetNode ParseNode(const std::string& text) {
+  const std::size_t slash = text.find('/');
+  CFleetNode node = {text.substr(0, slash), slash == std::string::npos ? "" : text.substr(slash + 1)};
+  if (!IsFleetName(node.site) || !IsFleetName(node.name)) throw CUseFault(text + ": is not SITE/NODE");
+  return node;
+}
+
+// FOLDER, named after its last part, or NAME=FOLDER.
+CShipFolder ParseFolder(const std::string& text) {
+  const std::size_t equals = text.find('=');
+  const bool isNamed = equals != std::string::npos && text.substr(0, equals).find('/') == std::string::npos;
+  std::string path = MakeAbsolute((isNamed ? text.substr(equals + 1) : text).c_str()).Std();
+  while (path.size() > 1 && path.back() == '/') path.pop_back();
+  CShipFolder folder = {isNamed ? text.substr(0, equals) : path.substr(path.rfind('/') + 1), path};
+  if (!IsFleetName(folder.name)) throw CUseFault(text + ": the folder needs a name, as in NAME=FOLDER");
+  if (!std::filesystem::is_directory(path)) throw std::runtime_error(path + ": is not a folder");
+  return folder;
+}
+
+std::vector<CShipFolder> ParseFolders(const std::vector<std::string>& texts) {
+  std::vector<CShipFolder> folders;
+  for (const std::string& text : texts) {
+    folders.push_back(ParseFolder(text));
+    for (std::size_t i = 0; i + 1 < folders.size(); ++i)
+      if (folders[i].name == folders.back().name)
+        throw CUseFault(text + ": there are two folders of the name " + folders.back().name +
+                        "; another one is NAME=FOLDER");
+  }
+  return folders;
+}
+
+// "90s", "12h", "30d"; days without a unit.
+std::int64_t ParseAge(const std::string& text) {
+  constexpr std::pair<char, std::int64_t> kUnits[] = {{'s', 1}, {'m', 60}, {'h', 3600}, {'d', 86400}};
+  std::size_t end = 0;
+  const std::int64_t number = std::isdigit(static_cast<unsigned char>(text[0])) ? std::stoll(text, &end) : -1;
+  const char unit = end == text.size() ? 'd' : end + 1 == text.size() ? text[end] : '?';
+  for (const auto& [letter, seconds] : kUnits)
+    if (letter == unit && number >= 0 && number < 1000000) return number * seconds;
+  throw CUseFault("--delete-after " + text + ": is not an age such as 12h or 30d");
+}
+
+int Init(COptions& options) {
+  std::vector<CFleetNode> nodes;
+  for (const std::string& text : options.nodes) nodes.push_back(ParseNode(text));
+  options.servers.name = "vastra-fleet init";
+  options.servers.inbox = "_INBOX.vastra-init";
+  CNatsLink link(options.servers);
+  MakeStreams(link, options.streams, std::cout);
+  PrintServerSettings(nodes, std::cout);
+  return kDone;
+}
+
+int Ship(COptions& options) {
+  CShipperOptions& ship = options.ship;
+  for (const std::string* const name : {&ship.node.site, &ship.node.name})
+    if (!IsFleetName(*name)) throw CUseFault("--site and --node are names of folders: \"" + *name + "\" is none");
+  ship.folders = ParseFolders(options.folders);
+  if (!options.deleteAfter.empty()) ship.deleteAfter = ParseAge(options.deleteAfter);
+  ship.state = StateFolder(ship.state, "ship-" + Token(ship.node.site) + "-" + Token(ship.node.name));
+  options.servers.name = "vastra-fleet ship " + ship.node.site + "/" + ship.node.name;
+  options.servers.inbox = InboxOf(ship.node);
+  CToldOnce log(Print);
+  CEnd::Block();
+  CNatsLink link(options.servers);
+  CShipper shipper(link, ship, log);
+  const CEnd end(link);
+  shipper.Run(end.Flag());
+  return kDone;
+}
+
+int Archive(COptions& options) {
+  CArchiverOptions& archive = options.archive;
+  archive.into = MakeAbsolute(archive.into.c_str()).Std();
+  if (archive.state.empty() && std::getenv("STATE_DIRECTORY") == nullptr) archive.state = archive.into + "/.state";
+  archive.state = StateFolder(archive.state, "");
+  options.servers.name = "vastra-fleet archive";
+  options.servers.inbox = "_INBOX.vastra-archive";
+  CToldOnce log(Print);
+  CEnd::Block();
+  CNatsLink link(options.servers);
+  CArchiver archiver(link, archive, log);
+  const CEnd end(link);
+  archiver.Run(end.Flag());
+  return kDone;
+}
+
+int Status(COptions& options) {
+  options.servers.name = "vastra-fleet status";
+  options.servers.inbox = "_INBOX.vastra-watch";
+  CNatsLink link(options.servers);
+  const CJson status = FleetStatus(link);
+  std::cout << (options.isJson ? JsonLine(status) : FleetTable(status));
+  return kDone;
+}
+
+void AddServers(CLI::App* command, COptions& options) {
+  command->add_option("--server", options.servers.servers, "the servers; several with commas, or repeated")
+      ->type_name("URL")
+      ->required()
+      ->take_all();
+  command->add_option("--creds", options.servers.creds, "a file with credentials, or with the line USER:PASSWORD")
+      ->type_name("FILE");
+  command->add_option("--tls-ca", options.servers.authority, "who signs the servers' certificates, in PEM")
+      ->type_name("FILE");
+  command->add_option("--tls-cert", options.servers.certificate, "the certificate of this client, in PEM")
+      ->type_name("FILE");
+  command->add_option("--tls-key", options.servers.key, "its key, in PEM")->type_name("FILE");
+}
+
+using CRun = int (*)(COptions&);
+struct CCommand {
+  CLI::App* app;
+  CRun run;
+};
+
+CCommand AddInit(CLI::App& line, COptions& options) {
+  CLI::App* const init = line.add_subcommand("init", "makes the streams, and prints what else the servers need");
+  AddServers(init, options);
+  init->add_option("--replicas", options.streams.replicas, "servers that have each message; 3 without it")
+      ->check(CLI::Range(1, 5));
+  init->add_option("--max-bytes", options.streams.maxBytes, "of chunks that wait, at most; such as 50GB")
+      ->transform(CLI::AsSizeValue(true));
+  init->add_option("--node", options.nodes, "prints the user of this node; repeatable")->type_name("SITE/NODE");
+  return {init, Init};
+}
+
+CCommand AddShip(CLI::App& line, COptions& options) {
+  CLI::App* const ship = line.add_subcommand("ship", "sends the logs of this machine");
+  AddServers(ship, options);
+  ship->add_option("--site", options.ship.node.site, "the plant")->required();
+  ship->add_option("--node", options.ship.node.name, "this machine")->required();
+  ship->add_option("--folder,FOLDER", options.folders, "folders of logs, FOLDER or NAME=FOLDER")->required()->take_all();
+  ship->add_option("--state", options.ship.state, "where it remembers what was sent")->type_name("DIR");
+  ship->add_option("--limit", options.ship.limit, "bytes per second, at most; such as 50kB")
+      ->transform(CLI::AsSizeValue(true));
+  ship->add_flag("--csv", options.ship.isCsv, "logs as text, too");
+  ship->add_option("--delete-after", options.deleteAfter,
+                   "removes files of this age that the archive has; such as 30d")
+      ->type_name("AGE");
+  ship->add_flag("--once", options.ship.isOnce, "ends when the servers have all files");
+  return {ship, Ship};
+}
+
+CCommand AddArchive(CLI::App& line, COptions& options) {
+  CLI::App* const archive = line.add_subcommand("archive", "stores the logs of all machines");
+  AddServers(archive, options);
+  archive->add_option("--into", options.archive.into, "the folder of the archive")->required()->type_name("DIR");
+  archive->add_option("--state", options.archive.state, "where it remembers what it has; DIR/.state without it")
+      ->type_name("DIR");
+  archive->add_option("--site", options.archive.site, "takes the files of this site alone");
+  return {archive, Archive};
+}
+
+CCommand AddStatus(CLI::App& line, COptions& options) {
+  CLI::App* const status = line.add_subcommand("status", "what each machine has sent, and what waits");
+  AddServers(status, options);
+  status->add_flag("--json", options.isJson, "as JSON");
+  return {status, Status};
+}
+
+int Main(int argc, char** argv) {
+  COptions options;
+  CLI::App line("vastra-fleet brings the logs of many machines into one archive.", "vastra-fleet");
+  line.set_version_flag("--version", std::string("vastra-fleet ") + VASTRA_VERSION);
+  line.set_config("--config", "", "options of the commands, from a file")->type_name("FILE");
+  line.option_defaults()->take_last();
+  line.require_subcommand(1);
+  const CCommand commands[] = {AddInit(line, options), AddShip(line, options), AddArchive(line, options),
+                               AddStatus(line, options)};
+  try {
+    line.parse(argc, argv);
+  } catch (const CLI::Success& wanted) {
+    return line.exit(wanted);
+  } catch (const CLI::ParseError& fault) {
+    Print("command line: " + std::string(fault.what()) + " (see vastra-fleet --help)");
+    return kWrongUse;
+  }
+  try {
+    for (const CCommand& one : commands)
+      if (*one.app) return one.run(options);
+    return kWrongUse;
+  } catch (const CUseFault& fault) {
+    Print(fault.what());
+    return kWrongUse;
+  } catch (const std::exception& fault) {
+    Print(fault.what());
+    return kFailed;
+  }
+}
+
+}  // namespace
+}  // namespace vastra
+
+int main(int argc, char** argv) {
+  try {
+    return vastra::Main(argc, argv);
+  } catch (...) {
+    return vastra::kFailed;  // without memory not even a message can be made
+  }
+}

@@ -1,0 +1,256 @@
+#include "host/fleet/nats_link.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+
+namespace vastra {
+namespace {
+
+constexpr int kReconnectWait = 500, kReconnectJitter = 500, kConnectTimeout = 5000;  // ms
+constexpr int kPingInterval = 20000;
+constexpr int kReconnectBuffer = 1;  // nothing is kept for later: who sends asks whether it came
+
+void Check(natsStatus status, const std::string& what) {
+  if (status == NATS_OK) return;
+  const char* const last = nats_GetLastError(nullptr);
+  throw CNatsFault(what + ": " + (last != nullptr && *last != 0 ? last : natsStatus_GetText(status)));
+}
+
+std::string ReadSecret(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::ostringstream text;
+  text << file.rdbuf();
+  if (!file) throw CNatsFault(path + ": " + std::strerror(errno));
+  return text.str();
+}
+
+class COptions {
+ public:
+  explicit COptions(const CNatsOptions& options) {
+    Check(natsOptions_Create(&m_options), "options");
+    AddServers(options.servers);
+    AddSecrets(options);
+    Check(natsOptions_SetName(m_options, options.name.c_str()), "name");
+    Check(natsOptions_SetCustomInboxPrefix(m_options, options.inbox.c_str()), "inbox");
+    Check(natsOptions_SetMaxReconnect(m_options, -1), "reconnect");
+    Check(natsOptions_SetReconnectWait(m_options, kReconnectWait), "reconnect");
+    Check(natsOptions_SetReconnectJitter(m_options, kReconnectJitter, kReconnectJitter), "reconnect");
+    Check(natsOptions_SetReconnectBufSize(m_options, kReconnectBuffer), "reconnect");
+    Check(natsOptions_SetTimeout(m_options, kConnectTimeout), "time-out");
+    Check(natsOptions_SetPingInterval(m_options, kPingInterval), "ping");
+  }
+  COptions(const COptions&) = delete;
+  COptions& operator=(const COptions&) = delete;
+  ~COptions() { natsOptions_Destroy(m_options); }
+
+  natsOptions* Get() const { return m_options; }
+
+ private:
+  void AddServers(const std::vector<std::string>& servers) {
+    std::vector<std::string> urls;
+    for (const std::string& list : servers) {
+      std::istringstream parts(list);
+      for (std::string url; std::getline(parts, url, ',');)
+        if (!url.empty()) urls.push_back(url);
+    }
+    std::vector<const char*> pointers;
+    for (const std::string& url : urls) pointers.push_back(url.c_str());
+    if (urls.empty()) throw CNatsFault("there is no server");
+    Check(natsOptions_SetServers(m_options, pointers.data(), static_cast<int>(pointers.size())), "--server");
+  }
+
+  void AddSecrets(const CNatsOptions& options) {
+    if (!options.creds.empty()) AddCredentials(options.creds);
+    if (!options.authority.empty() || !options.certificate.empty())
+      Check(natsOptions_SetSecure(m_options, true), "TLS");
+    if (!options.authority.empty())
+      Check(natsOptions_LoadCATrustedCertificates(m_options, options.authority.c_str()), options.authority);
+    if (!options.certificate.empty())
+      Check(natsOptions_LoadCertificatesChain(m_options, options.certificate.c_str(), options.key.c_str()),
+            options.certificate);
+  }
+
+  // The library reads a file of the server's tools anew at each connection.
+  void AddCredentials(const std::string& path) {
+    const std::string text = ReadSecret(path);
+    if (text.find("BEGIN NATS USER JWT") != std::string::npos) {
+      Check(natsOptions_SetUserCredentialsFromFiles(m_options, path.c_str(), nullptr), path);
+      return;
+    }
+    const std::string line = text.substr(0, text.find_first_of("\r\n"));
+    const std::size_t colon = line.find(':');
+    if (colon == std::string::npos) throw CNatsFault(path + ": is neither credentials nor USER:PASSWORD");
+    Check(natsOptions_SetUserInfo(m_options, line.substr(0, colon).c_str(), line.substr(colon + 1).c_str()),
+          path);
+  }
+
+  natsOptions* m_options = nullptr;
+};
+
+}  // namespace
+
+std::string_view CNatsMessage::Reply() const {
+  const char* const reply = natsMsg_GetReply(m_message.get());
+  return reply == nullptr ? std::string_view() : reply;
+}
+
+std::string_view CNatsMessage::Data() const {
+  return {natsMsg_GetData(m_message.get()), static_cast<std::size_t>(natsMsg_GetDataLength(m_message.get()))};
+}
+
+std::string_view CNatsMessage::Header(const char* name) const {
+  const char* value = nullptr;
+  return natsMsgHeader_Get(m_message.get(), name, &value) == NATS_OK && value != nullptr ? value
+                                                                                         : std::string_view();
+}
+
+CNatsLink::CNatsLink(const CNatsOptions& options) : m_inbox(options.inbox) {
+  const COptions made(options);
+  Check(natsOptions_SetErrorHandler(made.Get(), OnError, this), "handler");
+  Check(natsOptions_SetReconnectedCB(made.Get(), OnUp, this), "handler");
+  Check(natsOptions_SetDisconnectedCB(made.Get(), OnDown, this), "handler");
+  Check(natsOptions_SetRetryOnFailedConnect(made.Get(), true, OnUp, this), "handler");
+  const natsStatus status = natsConnection_Connect(&m_connection, made.Get());
+  if (status != NATS_OK && status != NATS_NOT_YET_CONNECTED) Check(status, options.servers.front());
+  if (status == NATS_OK) m_connections = 1;
+  Listen(m_inbox + ".>");
+}
+
+CNatsLink::~CNatsLink() {
+  for (natsSubscription* const one : m_subscriptions) natsSubscription_Destroy(one);
+  natsConnection_Close(m_connection);
+  {  // the library destroys messages: it must be there for the last one
+    const std::lock_guard guard(m_lock);
+    m_isEnding = true;
+    m_messages.clear();
+  }
+  natsConnection_Destroy(m_connection);
+  constexpr std::int64_t kPatience = 10000;
+  nats_CloseAndWait(kPatience);  // no call of this object comes after it
+}
+
+bool CNatsLink::IsUp() const { return natsConnection_Status(m_connection) == NATS_CONN_STATUS_CONNECTED; }
+
+unsigned CNatsLink::Connections() const {
+  const std::lock_guard guard(m_lock);
+  return m_connections;
+}
+
+std::vector<std::string> CNatsLink::TakeFaults() {
+  const std::lock_guard guard(m_lock);
+  return std::exchange(m_faults, {});
+}
+
+void CNatsLink::Listen(const std::string& subject) {
+  natsSubscription* subscription = nullptr;
+  Check(natsConnection_Subscribe(&subscription, m_connection, subject.c_str(), OnMessage, this), subject);
+  m_subscriptions.push_back(subscription);
+  Check(natsSubscription_SetPendingLimits(subscription, -1, -1), subject);
+}
+
+bool CNatsLink::Publish(const std::string& subject, std::string_view data, const std::string& reply) {
+  if (!IsUp()) return false;
+  const int size = static_cast<int>(data.size());
+  const natsStatus status =
+      reply.empty() ? natsConnection_Publish(m_connection, subject.c_str(), data.data(), size)
+                    : natsConnection_PublishRequest(m_connection, subject.c_str(), reply.c_str(), data.data(), size);
+  return status == NATS_OK;
+}
+
+bool CNatsLink::PublishHeader(const std::string& subject, const char* header, const char* value,
+                              const std::string& reply) {
+  natsMsg* message = nullptr;
+  if (!IsUp() || natsMsg_Create(&message, subject.c_str(), reply.c_str(), "", 0) != NATS_OK) return false;
+  const CNatsMessage owner(message);
+  return natsMsgHeader_Set(message, header, value) == NATS_OK &&
+         natsConnection_PublishMsg(m_connection, message) == NATS_OK;
+}
+
+nlohmann::json CNatsLink::Ask(const std::string& subject, const CJson& question,
+                              std::chrono::milliseconds patience) {
+  const std::string text = question.is_null() ? "" : JsonText(question);
+  natsMsg* answer = nullptr;
+  Check(natsConnection_RequestString(&answer, m_connection, subject.c_str(), text.c_str(), patience.count()),
+        subject);
+  const CNatsMessage owner(answer);
+  try {
+    nlohmann::json json = ParseJson(owner.Data());
+    if (!json.is_object()) throw CNatsFault(subject + ": the answer is not an object");
+    if (json.contains("error")) throw CNatsFault(json["error"].value("description", "an error without words"));
+    return json;
+  } catch (const CJsonFault& fault) {
+    throw CNatsFault(subject + ": " + fault.Text().Std());
+  } catch (const nlohmann::json::exception& fault) {
+    throw CNatsFault(subject + ": " + fault.what());
+  }
+}
+
+std::deque<CNatsMessage> CNatsLink::Take(Time until) {
+  std::unique_lock guard(m_lock);
+  m_changed.wait_until(guard, until, [&] { return !m_messages.empty() || m_isWoken; });
+  m_isWoken = false;
+  return std::exchange(m_messages, {});
+}
+
+void CNatsLink::Wake() {
+  const std::lock_guard guard(m_lock);
+  m_isWoken = true;
+  m_changed.notify_one();
+}
+
+void CNatsLink::Tell(const std::string& fault) {
+  const std::lock_guard guard(m_lock);
+  constexpr std::size_t kMost = 100;
+  if (m_faults.size() < kMost) m_faults.push_back(fault);
+  m_isWoken = true;
+  m_changed.notify_one();
+}
+
+void CNatsLink::OnMessage(natsConnection*, natsSubscription*, natsMsg* message, void* link) {
+  CNatsLink& self = *static_cast<CNatsLink*>(link);
+  CNatsMessage owner(message);
+  const std::lock_guard guard(self.m_lock);
+  if (self.m_isEnding) return;
+  self.m_messages.push_back(std::move(owner));
+  self.m_changed.notify_one();
+}
+
+void CNatsLink::OnError(natsConnection* connection, natsSubscription*, natsStatus status, void* link) {
+  const char* words = nullptr;
+  natsConnection_GetLastError(connection, &words);
+  static_cast<CNatsLink*>(link)->Tell(words != nullptr && *words != 0 ? words : natsStatus_GetText(status));
+}
+
+void CNatsLink::OnUp(natsConnection*, void* link) {
+  CNatsLink& self = *static_cast<CNatsLink*>(link);
+  const std::lock_guard guard(self.m_lock);
+  ++self.m_connections;
+  self.m_isWoken = true;
+  self.m_changed.notify_one();
+}
+
+void CNatsLink::OnDown(natsConnection* connection, void* link) {
+  const char* words = nullptr;
+  const natsStatus status = natsConnection_GetLastError(connection, &words);
+  static_cast<CNatsLink*>(link)->Tell(
+      std::string("the connection is lost") +
+      (status != NATS_OK && words != nullptr && *words != 0 ? std::string(": ") + words : ""));
+}
+
+CStoredAnswer ParseStored(const CNatsMessage& answer) {
+  if (answer.Header("Status") == "503") return {0, 503, "there is no stream for it (vastra-fleet init)"};
+  try {
+    const nlohmann::json json = ParseJson(answer.Data());
+    if (const auto error = json.find("error"); error != json.end())
+      return {0, error->value("err_code", 1), error->value("description", std::string("an error"))};
+    return {json.value("seq", std::uint64_t{0}), 0, ""};
+  } catch (const CJsonFault& fault) {
+    return {0, 1, fault.Text().Std()};
+  } catch (const nlohmann::json::exception& fault) {
+    return {0, 1, fault.what()};
+  }
+}
+
+}  // namespace vastra

@@ -1,0 +1,117 @@
+// CNatsLink: the connection to the servers. It connects again by itself, forever. What comes from the servers
+// is taken by one thread, the loop of a shipper or an archive, in the order in which it came.
+#pragma once
+
+#include <nats/nats.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/common/json_text.h"
+
+namespace vastra {
+
+// How to reach the servers, as a command line has it.
+struct CNatsOptions {
+  std::vector<std::string> servers;  // URLs; a list with commas is several
+  std::string creds;                 // a file: credentials of the server's tools, or a line USER:PASSWORD
+  std::string authority, certificate, key;  // files, in PEM; any of them means TLS
+  std::string name;                  // of this client, as the server lists it
+  std::string inbox;                 // beginning of the subjects of answers, without wildcards
+};
+
+class CNatsFault : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// A message that came. All views are valid while it exists.
+class CNatsMessage {
+ public:
+  explicit CNatsMessage(natsMsg* message) : m_message(message, natsMsg_Destroy) {}
+
+  std::string_view Subject() const { return natsMsg_GetSubject(m_message.get()); }
+  std::string_view Reply() const;
+  std::string_view Data() const;
+  // A header, empty if it is not there; "Status" is that of a message without data, such as "404".
+  std::string_view Header(const char* name) const;
+
+ private:
+  std::unique_ptr<natsMsg, decltype(&natsMsg_Destroy)> m_message;
+};
+
+class CNatsLink {
+ public:
+  using Time = std::chrono::steady_clock::time_point;
+
+  // Begins to connect. Throws CNatsFault for options that cannot work, such as a file that cannot be read.
+  explicit CNatsLink(const CNatsOptions& options);
+  CNatsLink(const CNatsLink&) = delete;
+  CNatsLink& operator=(const CNatsLink&) = delete;
+  ~CNatsLink();
+
+  bool IsUp() const;
+  // Counts the connections that were made: whoever has something at the server that ends with a connection
+  // compares.
+  unsigned Connections() const;
+  // What the servers complained about since the last call, such as a subject that is not permitted, and why
+  // there is no connection; each text once in a minute at most.
+  std::vector<std::string> TakeFaults();
+
+  // Messages of this subject, wildcards allowed, come to Take. Throws CNatsFault.
+  void Listen(const std::string& subject);
+  // Subject of answers of a kind: the inbox, ".", kind and ".". They come to Take.
+  std::string AnswerSubject(std::string_view kind) const { return m_inbox + "." + std::string(kind) + "."; }
+
+  // Sends without waiting for an answer. False if there is no connection; the message is gone then.
+  bool Publish(const std::string& subject, std::string_view data, const std::string& reply = {});
+  // The same with a header.
+  bool PublishHeader(const std::string& subject, const char* header, const char* value,
+                     const std::string& reply);
+  // The answer to a request, as JSON. Throws CNatsFault without one in this time, or if it is an error.
+  nlohmann::json Ask(const std::string& subject, const CJson& question, std::chrono::milliseconds patience);
+
+  // All messages that came, at once if there are some, else when the first one comes, Wake was called, or at
+  // until.
+  std::deque<CNatsMessage> Take(Time until);
+  void Wake();
+
+ private:
+  static void OnMessage(natsConnection*, natsSubscription*, natsMsg* message, void* link);
+  static void OnError(natsConnection*, natsSubscription*, natsStatus status, void* link);
+  static void OnUp(natsConnection*, void* link);
+  static void OnDown(natsConnection*, void* link);
+  void Tell(const std::string& fault);
+
+  const std::string m_inbox;
+  natsConnection* m_connection = nullptr;
+  std::vector<natsSubscription*> m_subscriptions;
+
+  mutable std::mutex m_lock;
+  std::condition_variable m_changed;
+  std::deque<CNatsMessage> m_messages;
+  bool m_isWoken = false, m_isEnding = false;
+  unsigned m_connections = 0;
+  std::vector<std::string> m_faults;
+};
+
+// The answer of a stream to a message that was published to it.
+struct CStoredAnswer {
+  std::uint64_t sequence = 0;  // of the message in the stream; 0: it was not stored
+  int error = 0;               // the server's number for why; 0 without one
+  std::string text;            // the server's words
+
+  static constexpr int kRepeated = 10077;       // there is a message of this subject, and one is allowed
+  static constexpr int kWrongSequence = 10071;  // the last message of the subject has another sequence
+};
+CStoredAnswer ParseStored(const CNatsMessage& answer);
+
+}  // namespace vastra

@@ -1,0 +1,45 @@
+// CReceiptHearer: the receipts of a node's files: those that the archive publishes, and those that it published
+// while the node was away. What has no receipt for long and is with the servers no more is sent again.
+#pragma once
+
+#include <map>
+
+#include "host/fleet/nats_link.h"
+#include "host/fleet/receipt_sender.h"
+#include "host/fleet/ship_state.h"
+
+namespace vastra {
+
+class CReceiptHearer {
+ public:
+  using Time = CNatsLink::Time;
+
+  CReceiptHearer(CNatsLink& link, CShipState& state, const CFleetNode& node)
+      : m_link(link), m_state(state), m_node(node) {}
+
+  // A message under vastra.done, or an answer with one. Throws CStoreFault.
+  void Hear(const CReceipt& receipt);
+  // Answers whose subject is AnswerSubject of a kind and a number.
+  void HearNewest(const CNatsMessage& answer);
+  void HearProbe(const CNatsMessage& answer);
+  // Asks the servers about files that have waited for a receipt.
+  void Work(Time now);
+
+  static constexpr const char* kNewestKind = "newest";
+  static constexpr const char* kProbeKind = "probe";
+
+ private:
+  using CQuestions = std::map<std::uint64_t, std::string>;  // keys by the numbers of questions
+
+  std::string TakeQuestion(CQuestions& questions, const CNatsMessage& answer);
+  void Probe(const CShipFile& file);
+
+  CNatsLink& m_link;
+  CShipState& m_state;
+  const CFleetNode m_node;
+  CQuestions m_newest, m_probes;
+  std::uint64_t m_last = 0;
+  Time m_due{};
+};
+
+}  // namespace vastra

@@ -1,0 +1,62 @@
+// CShipFiles: finds the logs of a node that are to be sent, and removes those that may go.
+#pragma once
+
+#include <unordered_map>
+
+#include "host/fleet/log_finder.h"
+#include "host/fleet/told_once.h"
+
+namespace vastra {
+
+class CShipFiles {
+ public:
+  using Time = std::chrono::steady_clock::time_point;
+
+  // deleteAfter: age in seconds of an archived file that is removed; negative: none is.
+  CShipFiles(CLogFinder& finder, CShipState& state, std::int64_t deleteAfter, CToldOnce& log)
+      : m_finder(finder), m_state(state), m_deleteAfter(deleteAfter), m_log(log) {}
+
+  // A step of the walk through the folders, or of the look at the files that were found before. Throws
+  // CStoreFault.
+  void Work(Time now);
+  // A log that was closed a moment ago.
+  void Hint(const std::string& path, Time now);
+
+  // Whether all folders were walked through and each file that was found is known to be whole.
+  bool IsComplete() const { return m_walks > 0 && m_unsettled.empty(); }
+  Time Due() const { return m_due; }
+  std::uint64_t Removed() const { return m_removed; }
+  std::uint64_t Lost() const { return m_lost; }  // files that went before they were sent
+
+ private:
+  struct CUnsettled {
+    CFileMark mark;
+    Time since;
+    unsigned walk;
+  };
+
+  void Consider(const std::string& key, const CFileMark& mark, Time now);
+  bool IsSettled(const std::string& key, const CFileMark& mark, Time now);
+  void Admit(const std::string& key, const CFileMark& mark, std::optional<CShipFile> row);
+  // Whether it came to the end.
+  bool Walk(Time now);
+  bool CheckRows();
+  void CheckRow(const CShipFile& file);
+  void Delete(const CShipFile& file);
+  void EndRound(Time now);
+
+  CLogFinder& m_finder;
+  CShipState& m_state;
+  const std::int64_t m_deleteAfter;
+  CToldOnce& m_log;
+
+  enum class EPhase { walk, rows } m_phase = EPhase::walk;
+  std::string m_checked;  // the key of the last row that was looked at
+  std::unordered_map<std::string, CUnsettled> m_unsettled;
+  unsigned m_walks = 0;
+  Time m_due{};
+  std::chrono::steady_clock::duration m_worked{};  // in this round
+  std::uint64_t m_removed = 0, m_lost = 0;
+};
+
+}  // namespace vastra

@@ -1,0 +1,142 @@
+#include "host/fleet/ship_state.h"
+
+#include <chrono>
+
+namespace vastra {
+namespace {
+
+constexpr const char* kShipSchema = R"(
+PRAGMA synchronous = NORMAL;
+CREATE TABLE IF NOT EXISTS file (
+  key BLOB PRIMARY KEY, size INTEGER NOT NULL, changed INTEGER NOT NULL, inode INTEGER NOT NULL,
+  state INTEGER NOT NULL, live INTEGER NOT NULL, version BLOB NOT NULL, carrier BLOB NOT NULL,
+  receipt INTEGER NOT NULL, sequence INTEGER NOT NULL, others INTEGER NOT NULL, due INTEGER NOT NULL,
+  pause INTEGER NOT NULL, sent INTEGER NOT NULL) WITHOUT ROWID;
+CREATE INDEX IF NOT EXISTS turn ON file (state, live, changed);
+CREATE INDEX IF NOT EXISTS due ON file (due) WHERE state = 2;
+UPDATE file SET state = 0 WHERE state = 1;
+)";
+
+std::string Select(const char* condition) {
+  return std::string("SELECT key, size, changed, inode, state, live, version, carrier, receipt, sequence, others, "
+                     "due, pause, sent FROM file WHERE ") +
+         condition;
+}
+
+CShipFile FileOf(CStatement& row) {
+  CShipFile file;
+  file.key = row.Bytes(0);
+  file.mark = {row.Unsigned(1), row.Integer(2), row.Unsigned(3)};
+  file.state = static_cast<EShipped>(row.Integer(4));
+  file.isLive = row.Integer(5) != 0;
+  file.version = row.Version(6);
+  file.carrier = row.Version(7);
+  file.hasReceipt = row.Integer(8) != 0;
+  file.sequence = row.Unsigned(9);
+  file.others = row.Unsigned(10);
+  file.due = row.Integer(11);
+  file.pause = row.Integer(12);
+  file.sent = row.Integer(13);
+  return file;
+}
+
+}  // namespace
+
+CShipState::CShipState(const std::string& path)
+    : m_store(path, kShipSchema),
+      m_find(m_store, Select("key = ?").c_str()),
+      m_put(m_store, "INSERT OR REPLACE INTO file VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
+      m_remove(m_store, "DELETE FROM file WHERE key = ?"),
+      m_waiting(m_store, Select("state = 0 AND live = ? AND (due <= ? OR due > ?) ORDER BY changed LIMIT ?").c_str()),
+      m_overdue(m_store, Select("state = 2 AND (due <= ? OR due > ?) LIMIT ?").c_str()),
+      m_inPack(m_store, Select("state = 2 AND carrier = ? LIMIT ?").c_str()),
+      m_after(m_store, Select("key > ? ORDER BY key LIMIT ?").c_str()),
+      m_oldest(m_store, "SELECT changed FROM file WHERE state = ? AND live = ? ORDER BY changed LIMIT 1") {
+  CStatement sums(m_store, "SELECT state, count(*), coalesce(sum(size), 0) FROM file GROUP BY state");
+  while (sums.Step())
+    if (sums.Unsigned(0) < kShippedStates) m_sums[sums.Unsigned(0)] = {sums.Unsigned(1), sums.Unsigned(2)};
+}
+
+std::optional<CShipFile> CShipState::Find(std::string_view key) {
+  if (!m_find.Bind(key).Step()) return std::nullopt;
+  const CShipFile file = FileOf(m_find);
+  m_find.Reset();
+  return file;
+}
+
+void CShipState::Change() {
+  if (!m_isChanged) m_store.Begin();
+  m_isChanged = true;
+}
+
+void CShipState::Commit() {
+  if (m_isChanged) m_store.Commit();
+  m_isChanged = false;
+}
+
+void CShipState::Put(const CShipFile& file) {
+  Change();
+  if (const std::optional<CShipFile> old = Find(file.key)) {
+    CSum& sum = m_sums[static_cast<std::size_t>(old->state)];
+    --sum.files;
+    sum.bytes -= old->mark.size;
+  }
+  m_put
+      .Bind(file.key, file.mark.size, file.mark.changed, file.mark.inode, static_cast<int>(file.state), file.isLive,
+            file.version, file.carrier, file.hasReceipt, file.sequence, file.others, file.due, file.pause, file.sent)
+      .Run();
+  CSum& sum = m_sums[static_cast<std::size_t>(file.state)];
+  ++sum.files;
+  sum.bytes += file.mark.size;
+}
+
+void CShipState::Remove(const std::string& key) {
+  const std::optional<CShipFile> old = Find(key);
+  if (!old) return;
+  Change();
+  CSum& sum = m_sums[static_cast<std::size_t>(old->state)];
+  --sum.files;
+  sum.bytes -= old->mark.size;
+  m_remove.Bind(key).Run();
+}
+
+std::vector<CShipFile> CShipState::All(CStatement& rows) {
+  std::vector<CShipFile> files;
+  while (rows.Step()) files.push_back(FileOf(rows));
+  return files;
+}
+
+std::vector<CShipFile> CShipState::Waiting(bool isLive, std::int64_t now, std::size_t most) {
+  return All(m_waiting.Bind(isLive, now, now + kFarAhead, std::uint64_t{most}));
+}
+
+std::vector<CShipFile> CShipState::Overdue(std::int64_t now, std::size_t most) {
+  return All(m_overdue.Bind(now, now + kFarAhead, std::uint64_t{most}));
+}
+
+std::vector<CShipFile> CShipState::InPack(const CVersion& pack, std::size_t most) {
+  return All(m_inPack.Bind(pack, std::uint64_t{most}));
+}
+
+std::vector<CShipFile> CShipState::After(const std::string& key, std::size_t most) {
+  return All(m_after.Bind(key, std::uint64_t{most}));
+}
+
+std::optional<std::int64_t> CShipState::Oldest() {
+  std::optional<std::int64_t> oldest;
+  for (const EShipped state : {EShipped::waiting, EShipped::sending, EShipped::sent})
+    for (const bool isLive : {false, true}) {
+      if (!m_oldest.Bind(static_cast<int>(state), isLive).Step()) continue;
+      oldest = std::min(oldest.value_or(m_oldest.Integer(0)), m_oldest.Integer(0));
+      m_oldest.Reset();
+    }
+  return oldest;
+}
+
+std::int64_t WallClock() {
+  return std::chrono::duration_cast<std::chrono::milliseconds>(
+             std::chrono::system_clock::now().time_since_epoch())
+      .count();
+}
+
+}  // namespace vastra

@@ -1,0 +1,116 @@
+#include "host/fleet/shipper.h"
+
+#include <filesystem>
+
+#include "host/fleet/fleet_streams.h"
+
+namespace vastra {
+namespace {
+
+constexpr std::chrono::seconds kReportTurn{10}, kNoReportTurn{1};
+constexpr std::size_t kMostInPack = 10000;
+
+std::string ShipStateFile(const CShipperOptions& options) {
+  std::filesystem::create_directories(options.state);
+  return options.state + "/ship.db";
+}
+
+CJson SumJson(const CShipState::CSum& sum) { return {{"files", sum.files}, {"bytes", sum.bytes}}; }
+
+}  // namespace
+
+CShipper::CShipper(CNatsLink& link, const CShipperOptions& options, CToldOnce& log)
+    : m_link(link),
+      m_log(log),
+      m_node(options.node),
+      m_isOnce(options.isOnce),
+      m_state(ShipStateFile(options)),
+      m_finder(options.folders, options.isCsv, [&log](const std::string& line) { log.Tell(line); }),
+      m_files(m_finder, m_state, options.deleteAfter, log),
+      m_sender(link, m_state, m_finder, options.node, options.limit, log),
+      m_receipts(link, m_state, options.node) {
+  m_link.Listen(NodeSubject("done", m_node) + ".>");
+  m_link.Listen(NodeSubject("ask", m_node) + ".>");
+}
+
+void CShipper::Run(const std::atomic<bool>& end) {
+  while (!end && !(m_isOnce && IsDone())) {
+    const Time now = std::chrono::steady_clock::now();
+    for (const CNatsMessage& message : m_link.Take(NextTurn(now))) Hear(message, std::chrono::steady_clock::now());
+    Turn(std::chrono::steady_clock::now());
+  }
+  m_state.Commit();
+  m_reportDue = {};
+  Report(std::chrono::steady_clock::now());
+}
+
+void CShipper::Turn(Time now) {
+  for (const std::string& fault : m_link.TakeFaults()) m_log.Tell("servers: " + fault);
+  m_files.Work(now);
+  m_sender.Work(now);
+  m_receipts.Work(now);
+  m_state.Commit();
+  Report(now);
+}
+
+CShipper::Time CShipper::NextTurn(Time now) const {
+  return std::min({m_files.Due(), m_sender.Due(now), m_reportDue});
+}
+
+bool CShipper::IsDone() const {
+  return m_files.IsComplete() && m_sender.IsIdle() && m_state.Sum(EShipped::waiting).files == 0 &&
+         m_state.Sum(EShipped::sending).files == 0;
+}
+
+void CShipper::Hear(const CNatsMessage& message, Time now) {
+  const std::string_view subject = message.Subject();
+  if (subject.starts_with(m_link.AnswerSubject(CChunkSender::kKind))) {
+    m_sender.Hear(message, now);
+  } else if (subject.starts_with(m_link.AnswerSubject(CReceiptHearer::kNewestKind))) {
+    m_receipts.HearNewest(message);
+  } else if (subject.starts_with(m_link.AnswerSubject(CReceiptHearer::kProbeKind))) {
+    m_receipts.HearProbe(message);
+  } else if (const std::optional<CReceipt> receipt = ParseReceipt(subject, message.Data())) {
+    m_receipts.Hear(*receipt);
+  } else if (const std::optional<CFileSubject> asked = ParseFileSubject(EFileSubject::ask, subject)) {
+    HearRequest(*asked);
+  }
+}
+
+// The archive misses a chunk, or got a damaged one. What is on its way comes anyhow.
+void CShipper::HearRequest(const CFileSubject& asked) {
+  if (asked.file.node != m_node) return;
+  if (asked.IsPack()) {
+    for (CShipFile& file : m_state.InPack(asked.version, kMostInPack)) {
+      file.state = EShipped::waiting;
+      file.due = 0;
+      m_state.Put(file);
+    }
+    return;
+  }
+  const std::optional<CShipFile> file = m_state.Find(asked.file.key);
+  if (file && file->version == asked.version && (file->state == EShipped::sent || file->state == EShipped::archived))
+    m_sender.SendAgain(*file, asked.chunk);
+}
+
+void CShipper::Report(Time now) {
+  if (now < m_reportDue) return;
+  m_reportDue = now + (m_link.IsUp() ? kReportTurn : kNoReportTurn);
+  constexpr double kNanoseconds = 1e9, kMilliseconds = 1e3;
+  const std::optional<std::int64_t> oldest = m_state.Oldest();
+  CJson report = {{"site", m_node.site},
+                  {"node", m_node.name},
+                  {"waiting", SumJson({m_state.Sum(EShipped::waiting).files + m_state.Sum(EShipped::sending).files,
+                                       m_state.Sum(EShipped::waiting).bytes + m_state.Sum(EShipped::sending).bytes})},
+                  {"sent", SumJson(m_state.Sum(EShipped::sent))},
+                  {"archived", SumJson(m_state.Sum(EShipped::archived))},
+                  {"oldest", nullptr},
+                  {"removed", m_files.Removed()},
+                  {"lost", m_files.Lost()}};
+  if (oldest)
+    report["oldest"] = std::max(0.0, static_cast<double>(WallClock()) / kMilliseconds -
+                                         static_cast<double>(*oldest) / kNanoseconds);
+  m_link.Publish(NodeSubject("status", m_node), JsonText(report));
+}
+
+}  // namespace vastra

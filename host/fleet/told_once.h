@@ -1,0 +1,33 @@
+// CToldOnce: lines for the log of a service. A line that is the same as one of the last minute is left out, and
+// counted.
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <map>
+#include <string>
+
+namespace vastra {
+
+class CToldOnce {
+ public:
+  using Time = std::chrono::steady_clock::time_point;
+
+  explicit CToldOnce(std::function<void(const std::string&)> print) : m_print(std::move(print)) {}
+
+  void Tell(const std::string& line) { Tell(line, std::chrono::steady_clock::now()); }
+  void Tell(const std::string& line, Time now);
+
+ private:
+  struct CTold {
+    Time time;
+    std::uint64_t repeats = 0;
+  };
+  static constexpr std::chrono::seconds kSilence{60};
+  static constexpr std::size_t kMost = 1000;
+
+  std::function<void(const std::string&)> m_print;
+  std::map<std::string, CTold> m_told;
+};
+
+}  // namespace vastra
