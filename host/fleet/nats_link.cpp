@@ -115,7 +115,7 @@ CNatsLink::CNatsLink(const CNatsOptions& options) : m_inbox(options.inbox) {
   const natsStatus status = natsConnection_Connect(&m_connection, made.Get());
   if (status != NATS_OK && status != NATS_NOT_YET_CONNECTED) Check(status, options.servers.front());
   if (status == NATS_OK) m_connections = 1;
-  Listen(m_inbox + ".>");
+  Listen(m_inbox + ".a.>");  // answers to Ask have other subjects below the inbox
 }
 
 CNatsLink::~CNatsLink() {

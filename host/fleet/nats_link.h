@@ -68,8 +68,8 @@ class CNatsLink {
 
   // Messages of this subject, wildcards allowed, come to Take. Throws CNatsFault.
   void Listen(const std::string& subject);
-  // Subject of answers of a kind: the inbox, ".", kind and ".". They come to Take.
-  std::string AnswerSubject(std::string_view kind) const { return m_inbox + "." + std::string(kind) + "."; }
+  // The beginning of the subjects of answers of a kind, which come to Take.
+  std::string AnswerSubject(std::string_view kind) const { return m_inbox + ".a." + std::string(kind) + "."; }
 
   // Sends without waiting for an answer. False if there is no connection; the message is gone then.
   bool Publish(const std::string& subject, std::string_view data, const std::string& reply = {});
