@@ -32,7 +32,7 @@ struct COptions {
   std::vector<std::string> folders;
   CArchiverOptions archive;
   std::string deleteAfter;
-  bool isJson = false;
+  bool isJson = false, isPrint = false;
 };
 
 void Print(const std::string& line) { std::cerr << "vastra-fleet: " << line << std::endl; }
@@ -126,12 +126,15 @@ std::int64_t ParseAge(const std::string& text) {
 }
 
 int Init(COptions& options) {
+  if (options.servers.servers.empty() && !options.isPrint) throw CUseFault("init needs --server URL");
   std::vector<CFleetNode> nodes;
   for (const std::string& text : options.nodes) nodes.push_back(ParseNode(text));
-  options.servers.name = "vastra-fleet init";
-  options.servers.inbox = "_INBOX.vastra-init";
-  CNatsLink link(options.servers);
-  MakeStreams(link, options.streams, std::cout);
+  if (!options.isPrint) {
+    options.servers.name = "vastra-fleet init";
+    options.servers.inbox = "_INBOX.vastra-init";
+    CNatsLink link(options.servers);
+    MakeStreams(link, options.streams, std::cout);
+  }
   PrintServerSettings(nodes, std::cout);
   return kDone;
 }
@@ -179,11 +182,12 @@ int Status(COptions& options) {
   return kDone;
 }
 
-void AddServers(CLI::App* command, COptions& options) {
-  command->add_option("--server", options.servers.servers, "the servers; several with commas, or repeated")
-      ->type_name("URL")
-      ->required()
-      ->take_all();
+CLI::Option* AddServers(CLI::App* command, COptions& options) {
+  CLI::Option* const server =
+      command->add_option("--server", options.servers.servers, "the servers; several with commas, or repeated")
+          ->type_name("URL")
+          ->required()
+          ->take_all();
   command->add_option("--creds", options.servers.creds, "a file with credentials, or with the line USER:PASSWORD")
       ->type_name("FILE");
   command->add_option("--tls-ca", options.servers.authority, "who signs the servers' certificates, in PEM")
@@ -191,6 +195,7 @@ void AddServers(CLI::App* command, COptions& options) {
   command->add_option("--tls-cert", options.servers.certificate, "the certificate of this client, in PEM")
       ->type_name("FILE");
   command->add_option("--tls-key", options.servers.key, "its key, in PEM")->type_name("FILE");
+  return server;
 }
 
 using CRun = int (*)(COptions&);
@@ -201,7 +206,10 @@ struct CCommand {
 
 CCommand AddInit(CLI::App& line, COptions& options) {
   CLI::App* const init = line.add_subcommand("init", "makes the streams, and prints what else the servers need");
-  AddServers(init, options);
+  CLI::Option* const server = AddServers(init, options)->required(false);
+  CLI::Option* const print =
+      init->add_flag("--print", options.isPrint, "only prints the settings of the servers, without asking them");
+  print->excludes(server);
   init->add_option("--replicas", options.streams.replicas, "servers that have each message; 3 without it")
       ->check(CLI::Range(1, 5));
   init->add_option("--max-bytes", options.streams.maxBytes, "of chunks that wait, at most; such as 50GB")

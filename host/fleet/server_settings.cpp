@@ -68,7 +68,7 @@ void PrintServerSettings(const std::vector<CFleetNode>& nodes, std::ostream& out
          "tls: { cert_file: \"server.pem\", key_file: \"server.key\", ca_file: \"ca.pem\" }\n"
          "accounts: {\n"
          "  VASTRA: {\n"
-         "    jetstream: { max_file: 90GB }\n"
+         "    jetstream: enabled\n"
          "    users: [\n"
          "      { user: \"admin\", password: \"...\" }   # for vastra-fleet init\n";
   for (const CUser& user : {Archive(), Looker()}) PrintUser(user, out);
@@ -78,7 +78,7 @@ void PrintServerSettings(const std::vector<CFleetNode>& nodes, std::ostream& out
          "  }\n"
          "}\n"
          "# A receipt is as true as the password of the archive is secret. A stream without a limit of bytes\n"
-         "# takes the disk of the servers while no archive runs: set max_file, or init --max-bytes.\n"
+         "# takes the disk of the servers while no archive runs: set max_file_store, or init --max-bytes.\n"
          "# sync_interval (2 minutes) is what a loss of power of all replicas at once can cost; nodes send it\n"
          "# again, for they have no receipt.\n";
 }

@@ -67,6 +67,7 @@ class Cluster:
         ports = free_ports(2 * count)
         self.ports, self.routes = ports[:count], ports[count:]
         self.servers = [self._server(i) for i in range(count)]
+        self.said = ""
         self.url = ",".join(f"nats://127.0.0.1:{port}" for port in self.ports)
 
     def _server(self, i):
@@ -85,7 +86,7 @@ class Cluster:
                                    str(len(self.ports)), *options], capture_output=True, text=True, timeout=60)
             self.said = done.stdout + done.stderr
             return done.returncode == 0
-        wait(made, 60, "init")
+        wait(made, 60, f"init: {self.said}")
         return self.said
 
     def wipe(self):

@@ -1,0 +1,291 @@
+#!/usr/bin/env python3
+"""What must not lose, double or change a log on its way into the archive: kills, partitions, wiped servers, a full
+disk, damaged and forged messages. Each case ends with the archive equal to the nodes' files.
+
+    fleet_faults.py [CASE...]      all cases without names; --long makes more rounds
+"""
+import hashlib
+import json
+import os
+import pathlib
+import random
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+
+from fleet_parts import BIN, Client, Cluster, Fleet, Process, end_with_parent, wait
+
+LONG = "--long" in sys.argv
+CHUNK = 256 << 10
+
+
+def token(text):
+    return "".join(chr(b) if chr(b).isascii() and (chr(b).isalnum() or b in b"-_") else f"={b:02X}"
+                   for b in text.encode())
+
+
+def log_subject(kind, node, key, content, chunk=None):
+    subject = f"vastra.{kind}.plant.{token(node)}.{token(key)}.{hashlib.sha256(content).hexdigest()}"
+    return subject if chunk is None else f"{subject}.{chunk}"
+
+
+def fill(folder, count, rng, sizes=(0, 1, 900, 30_000, 33_000, CHUNK, CHUNK + 1, 700_000)):
+    for i in range(count):
+        (folder / f"log {rng.random()}.rph").write_bytes(rng.randbytes(sizes[i % len(sizes)]))
+
+
+def kills(fleet, rng):
+    """Shipper, archive and servers are killed at random moments while files come and change."""
+    logs = fleet.add_node("a")
+    fleet.start_archive()
+    fleet.start_shipper("a")
+    for turn in range(60 if LONG else 8):
+        fill(logs, 8, rng)
+        changed = rng.choice(list(logs.iterdir()))
+        changed.with_suffix(".part").write_bytes(rng.randbytes(rng.randrange(600_000)))
+        changed.with_suffix(".part").rename(changed)
+        victim = rng.choice([fleet.shippers["a"], fleet.archive, *fleet.cluster.servers])
+        time.sleep(rng.random())
+        victim.kill()
+        time.sleep(rng.random() * (3 if LONG else 0.3))
+        victim.start()
+    fleet.wait_complete(240)
+
+
+def partition(fleet, rng):
+    """The archive hears nothing for longer than the servers wait for it, and the shipper does the same."""
+    fleet.add_node("a")
+    fleet.start_archive()
+    fleet.start_shipper("a")
+    fill(fleet.nodes["a"], 40, rng)
+    time.sleep(0.5)
+    for process, seconds in ((fleet.archive, 75 if LONG else 8), (fleet.shippers["a"], 20 if LONG else 3)):
+        process.signal(signal.SIGSTOP)
+        fill(fleet.nodes["a"], 8, rng)
+        time.sleep(seconds)
+        process.signal(signal.SIGCONT)
+    fleet.wait_complete(120)
+
+
+def wiped(fleet, rng):
+    """All servers lose everything while chunks and receipts wait; a version that came before comes again."""
+    logs = fleet.add_node("a")
+    fill(logs, 24, rng)
+    first = (logs / "same.rph")
+    first.write_bytes(b"first")
+    fleet.start_shipper("a")
+    fleet.start_archive()
+    fleet.wait_complete(60)
+    fleet.archive.kill()
+    first.write_bytes(b"second")
+    fill(logs, 24, rng)
+    wait(lambda: Client(fleet.cluster.ports[0]).stream("VASTRA_LOGS")["messages"] > 10, 30, "chunks wait")
+    fleet.cluster.wipe()
+    fleet.cluster.init()
+    fleet.archive.start()
+    fleet.wait_complete(240)
+    first.write_bytes(b"first")
+    fleet.wait_complete(150)
+
+
+def full_disk(fleet, rng):
+    """The disk of the archive is full, and has room again."""
+    fleet.archive_folder.mkdir()
+    subprocess.run(["mount", "-t", "tmpfs", "-o", "size=2m", "none", fleet.archive_folder], check=True)
+    try:
+        logs = fleet.add_node("a")
+        fill(logs, 16, rng)
+        ballast = fleet.archive_folder / ".ballast"
+        ballast.write_bytes(bytes(1_500_000))
+        fleet.start_archive("--state", fleet.folder / "record")
+        fleet.start_shipper("a")
+        wait(lambda: "No space left" in fleet.archive.text(), 60, "the archive says that the disk is full")
+        assert fleet.archive.is_up()
+        subprocess.run(["mount", "-o", "remount,size=50m", fleet.archive_folder], check=True)
+        fleet.wait_complete(120)
+        ballast.unlink()
+    finally:
+        if fleet.archive and fleet.archive.is_up():
+            fleet.archive.kill(signal.SIGTERM)
+        fleet.snapshot = [fleet.missing(), fleet.extra()]
+        subprocess.run(["umount", fleet.archive_folder], check=True)
+
+
+def damaged(fleet, rng):
+    """Another client's chunks take the places of the node's before it sends them."""
+    logs = fleet.add_node("a")
+    whole, parts = rng.randbytes(50_000), rng.randbytes(CHUNK + 1000)
+    (logs / "whole.rph").write_bytes(whole)
+    (logs / "parts.rph").write_bytes(parts)
+    client = Client(fleet.cluster.ports[0])
+
+    def inject(key, content, chunk, data, length=None, size=None):
+        head = {"chunk": chunk, "size": len(content) if size is None else size,
+                "length": len(data) if length is None else length, "crc32c": crc32c(data)}
+        client.ask(log_subject("log", "a", key, content, chunk), json.dumps(head).encode() + b"\n" + data)
+
+    client.ask(log_subject("log", "a", "logs/whole.rph", whole, 0), b"no head at all")
+    inject("logs/parts.rph", parts, 0, rng.randbytes(CHUNK))           # a good chunk of something else
+    inject("logs/parts.rph", parts, 1, b"x" * 5, length=1000)          # short
+    inject("logs/parts.rph", parts, 9, b"x" * 5, size=10 * CHUNK - CHUNK + 5)  # another size
+    for name in ("..", ".hidden", "a/b", "x\n"):
+        client.ask(f"vastra.log.plant.{token(name)}.{token('logs/x.rph')}.{'0' * 64}.0", b"junk")
+    for key in ("../../evil.rph", "/evil.rph", "logs/../../../evil.rph", "evil", "logs//x", "a/" + "x" * 256):
+        client.ask(log_subject("log", "a", key, b"evil", 0), json.dumps(
+            {"chunk": 0, "size": 4, "length": 4, "crc32c": crc32c(b"evil")}).encode() + b"\nevil")
+    client.ask("vastra.log.nonsense", b"junk")
+    fleet.start_archive()
+    fleet.start_shipper("a")
+    fleet.wait_complete(150)
+    wait(lambda: client.stream("VASTRA_LOGS")["messages"] == 0, 60, "the stream is empty")
+    assert not list(fleet.folder.rglob("evil*"))
+
+
+def links(fleet, rng):
+    """A link in the archive leads nowhere, and a file in the place of a folder stops nothing else."""
+    logs, outside = fleet.add_node("a"), fleet.folder / "outside"
+    outside.mkdir()
+    there = fleet.archive_folder / "plant" / "a" / "logs"
+    there.mkdir(parents=True)
+    (there / "deep").symlink_to(outside)
+    (there / "one.rph").symlink_to(outside / "target")
+    (there / "taken").write_bytes(b"a file")
+    (logs / "deep").mkdir()
+    (logs / "taken").mkdir()
+    for name in ("deep/x.rph", "taken/y.rph", "one.rph", "two.rph"):
+        (logs / name).write_bytes(name.encode())
+    fleet.start_archive()
+    fleet.start_shipper("a")
+    wait(lambda: len(fleet.missing()) == 2, 60, "the other files are there")
+    time.sleep(1)
+    assert not list(outside.iterdir()), list(outside.iterdir())
+    assert "deep/x.rph: cannot be stored" in fleet.archive.text(), fleet.archive.text()
+    shutil.rmtree(logs / "deep")
+    shutil.rmtree(logs / "taken")
+    (there / "deep").unlink()
+    (there / "taken").unlink()
+
+
+def removed(fleet, rng):
+    """Only a file whose own version has a receipt is removed."""
+    logs = fleet.add_node("a")
+    names = ["byte \\x.rph", "ümlaut.rpd", "a=b*c>d.rph", "x.RPH"]
+    for name in names:
+        (logs / name).write_bytes(name.encode() * 30)
+    raw = os.fsencode(logs) + b"/latin-\xe9.rph"
+    with open(raw, "wb") as file:
+        file.write(b"latin")
+    fleet.start_shipper("a", "--delete-after", "0s")
+    time.sleep(8)
+    assert len(list(logs.iterdir())) == 5, "a file without a receipt was removed"
+    kept = {path.name: path.read_bytes() for path in logs.iterdir()}
+    fleet.start_archive()
+    wait(lambda: not list(logs.iterdir()), 60, "the files are removed")
+    there = fleet.archive_folder / "plant" / "a" / "logs"
+    assert {path.name: path.read_bytes() for path in there.iterdir()} == kept
+    shutil.rmtree(there)
+
+
+def clock(fleet, rng):
+    """The clock of the node is wrong by years, both ways."""
+    logs = fleet.add_node("a")
+    fill(logs, 8, rng)
+    for i, path in enumerate(sorted(logs.iterdir())):
+        os.utime(path, (10 ** 8, 10 ** 8) if i % 2 else (4 * 10 ** 9, 4 * 10 ** 9))
+    (logs / "new.rph").write_bytes(b"old")
+    fleet.start_archive()
+    fleet.start_shipper("a")
+    fleet.wait_complete(60)
+    (logs / "new.rph").write_bytes(b"newer by content, older by clock")
+    os.utime(logs / "new.rph", (10 ** 8, 10 ** 8))
+    fleet.wait_complete(120)
+
+
+def permissions(fleet, rng):
+    """A node can say nothing in the name of another one, and no receipts: with the users that init prints."""
+    fleet.cluster.end()
+    settings = subprocess.run([BIN / "vastra-fleet", "init", "--print", "--node", "plant/a", "--node", "plant/b"],
+                              capture_output=True, text=True, check=True).stdout
+    accounts = settings[settings.index("accounts:"):].replace('"..."', '"secret"')
+    fleet.cluster = Cluster(fleet.folder / "closed", 1, accounts)
+    creds = {name: fleet.folder / f"{name.replace('/', '-')}.creds" for name in ("admin", "archive", "plant/a", "plant/b")}
+    for name, path in creds.items():
+        path.write_text(f"{name}:secret\n")
+    fleet.cluster.init("--creds", creds["admin"])
+    for name in "ab":
+        logs = fleet.add_node(name)
+        fill(logs, 3, rng)
+        (logs / "parts.rph").write_bytes(rng.randbytes(2 * CHUNK))
+        fleet.start_shipper(name, "--delete-after", "0s", "--creds", creds[f"plant/{name}"])
+    kept = {name: {path: path.read_bytes() for path in logs.iterdir()} for name, logs in fleet.nodes.items()}
+    victim = (fleet.nodes["b"] / "parts.rph")
+    content, subject = victim.read_bytes(), log_subject("done", "b", "logs/parts.rph", victim.read_bytes())
+    receipt = json.dumps({"receipt": subject, "bytes": len(content), "sequence": 10 ** 9}).encode()
+    admin = Client(fleet.cluster.ports[0], "admin", "secret")
+    wait(lambda: admin.stream("VASTRA_LOGS")["messages"] >= 6, 30, "both have sent")
+    hostile = Client(fleet.cluster.ports[0], "plant/a", "secret")
+    own = log_subject("log", "a", "logs/x.rph", b"x", 0)
+    for forged in (subject, log_subject("done", "a", "logs/x.rph", b"x"), log_subject("log", "b", "logs/x.rph", b"x", 0),
+                   "vastra.status.plant.b", "vastra.live.plant.b.kiln", "$JS.API.STREAM.PURGE.VASTRA_LOGS",
+                   "$JS.API.STREAM.DELETE.VASTRA_LOGS", "$JS.API.CONSUMER.MSG.NEXT.VASTRA_LOGS.archive"):
+        before = len(hostile.faults)
+        hostile.publish(forged, receipt)
+        assert hostile.take() is None and len(hostile.faults) == before + 1, forged
+        assert "Permissions Violation" in hostile.faults[-1], hostile.faults
+    hostile.publish(own, b"junk", subject)  # the servers' answer goes to the subject of a receipt
+    time.sleep(4)
+    assert all(path.exists() for files in kept.values() for path in files), "a file went without a receipt"
+    fleet.start_archive("--creds", creds["archive"])
+    wait(lambda: not any(path.exists() for files in kept.values() for path in files), 90, "all are archived")
+    for name, files in kept.items():
+        for path, data in files.items():
+            assert (fleet.archive_folder / "plant" / name / "logs" / path.name).read_bytes() == data
+    shutil.rmtree(fleet.archive_folder / "plant")
+
+
+CASES = {case.__name__: case for case in (kills, partition, wiped, full_disk, damaged, links, removed, clock, permissions)}
+
+
+def crc32c(data):
+    crc = 0xFFFFFFFF
+    for byte in data:
+        crc = TABLE[(crc ^ byte) & 255] ^ crc >> 8
+    return crc ^ 0xFFFFFFFF
+
+
+def table_entry(value):
+    for _ in range(8):
+        value = value >> 1 ^ (0x82F63B78 if value & 1 else 0)
+    return value
+
+
+TABLE = [table_entry(value) for value in range(256)]
+
+
+def main():
+    names = [name for name in sys.argv[1:] if not name.startswith("-")] or list(CASES)
+    seed = int(os.environ.get("FLEET_SEED", random.randrange(10 ** 6)))
+    for name in names:
+        began = time.monotonic()
+        folder = tempfile.mkdtemp(prefix=f"fleet-{name}-")
+        fleet = Fleet(folder)
+        try:
+            CASES[name](fleet, random.Random(seed))
+            missing, extra = getattr(fleet, "snapshot", None) or (fleet.missing(), fleet.extra())
+            assert not missing and not extra, f"missing {missing}, extra {extra}"
+        except BaseException:
+            print(f"{name}: seed {seed}, {folder}", file=sys.stderr)
+            for process in [fleet.archive, *fleet.shippers.values()]:
+                print(process and process.text()[-2000:], file=sys.stderr)
+            raise
+        finally:
+            fleet.end()
+        shutil.rmtree(folder, ignore_errors=True)
+        print(f"{name}: {time.monotonic() - began:.0f} s", flush=True)
+
+
+if __name__ == "__main__":
+    main()

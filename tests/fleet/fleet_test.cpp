@@ -1,0 +1,175 @@
+// What comes from the servers is from outside: names, chunks, packs and receipts. And the rule by which the newest
+// version of a file is the one that is stored.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "host/fleet/archive_intake.h"
+#include "host/fleet/fleet_streams.h"
+#include "host/fleet/receipt_sender.h"
+
+namespace vastra {
+namespace {
+
+const CFleetNode kNode = {"plant 1", "kiln.3"};
+
+std::string LogSubject(const std::string& key, const std::string& content, std::uint64_t chunk) {
+  return SubjectOf(EFileSubject::log, {{kNode, key}, VersionOf(content), chunk});
+}
+
+TEST(FleetNames, ASubjectIsReadBackAsItWasMade) {
+  for (const std::string key : {"logs/a b.rph", "logs/\xe9*>.\x80=/x=41.rph", "l/=pack"}) {
+    const std::string subject = LogSubject(key, "x", 7);
+    EXPECT_EQ(TokensOf(subject).size(), 7U) << subject;
+    EXPECT_EQ(subject.find_first_of(" *>\t"), std::string::npos) << subject;
+    const std::optional<CFileSubject> read = ParseFileSubject(EFileSubject::log, subject);
+    ASSERT_TRUE(read) << subject;
+    EXPECT_EQ(read->file.key, key);
+    EXPECT_EQ(read->file.node, kNode);
+    EXPECT_EQ(read->chunk, 7U);
+  }
+}
+
+TEST(FleetNames, WhatCannotBeInAnArchiveIsRefused) {
+  const std::string good = LogSubject("logs/x", "x", 0);
+  ASSERT_TRUE(ParseFileSubject(EFileSubject::log, good));
+  const std::string version = HexOf(VersionOf("x"));
+  const auto with = [&](const std::string& site, const std::string& node, const std::string& key) {
+    return "vastra.log." + site + "." + node + "." + key + "." + version + ".0";
+  };
+  const std::string subjects[] = {
+      with("a", "b", Token("../x")),         with("a", "b", Token("x/../y")), with("a", "b", Token("/x")),
+      with("a", "b", Token("x/")),           with("a", "b", Token("x//y")),   with("a", "b", Token("x/\n")),
+      with("a", "b", Token("x/\x7f")),       with("a", "b", Token("x")),      with("a", "b", "x=2f"),
+      with("a", "b", "x=2Fy=4"),             with("a", "b", "x=2F=41"),       with("=2E", "b", Token("x/y")),
+      with(Token(".x"), "b", Token("x/y")),  with("a", "=2E=2E", Token("x/y")), with("a", Token("b/c"), Token("x/y")),
+      with("a", "b", Token("x/" + std::string(256, 'y'))), with("a", "", Token("x/y")), good + ".0",
+      good.substr(0, good.size() - 1),       good.substr(0, good.size() - 2), good + "x",
+      "vastra.done" + good.substr(10),       "vastra.log.a.b.x=2Fy." + version.substr(1) + ".0"};
+  for (const std::string& subject : subjects)
+    EXPECT_FALSE(ParseFileSubject(EFileSubject::log, subject)) << subject;
+}
+
+TEST(FleetMessages, ADamagedChunkIsFound) {
+  const std::string content(kChunkSize + 100, 'c');
+  const std::string last = MakeChunk({1, content.size(), std::string_view(content).substr(kChunkSize)});
+  EXPECT_EQ(ParseChunk(last, 1).bytes, std::string(100, 'c'));
+  EXPECT_THROW(ParseChunk(last, 0), CChunkFault);
+  for (std::size_t size = 0; size < last.size(); ++size)
+    EXPECT_THROW(ParseChunk(last.substr(0, size), 1), CChunkFault) << size;
+  for (std::size_t place = last.find('\n') + 1; place < last.size(); ++place) {
+    std::string changed = last;
+    changed[place] ^= 1;
+    EXPECT_THROW(ParseChunk(changed, 1), CChunkFault) << place;
+  }
+  const CChunk wrong[] = {{2, content.size(), "x"}, {1, content.size() + 1, std::string_view(content).substr(kChunkSize)},
+                          {0, 5, "xxxx"}, {0, kLargestFile + 1, std::string_view(content).substr(0, kChunkSize)}};
+  for (const CChunk& chunk : wrong) EXPECT_THROW(ParseChunk(MakeChunk(chunk), chunk.number), CChunkFault) << chunk.size;
+}
+
+TEST(FleetMessages, APackHasWhatWasPutIn) {
+  const std::vector<CPackedFile> files = {{"logs/a", VersionOf("one"), "one"}, {"logs/\xff", VersionOf(""), ""}};
+  const std::string pack = MakePack(files);
+  const std::vector<CPackedFile> read = ParsePack(pack);
+  ASSERT_EQ(read.size(), 2U);
+  EXPECT_EQ(read[0].bytes, "one");
+  EXPECT_EQ(read[1].key, "logs/\xff");
+  for (std::size_t size = 0; size < pack.size(); ++size)
+    EXPECT_THROW(ParsePack(pack.substr(0, size)), CChunkFault) << size;
+  EXPECT_THROW(ParsePack(MakePack({{"logs/a", VersionOf("two"), "one"}})), CChunkFault);
+  EXPECT_THROW(ParsePack(MakePack({{"../a", VersionOf("one"), "one"}})), CChunkFault);
+}
+
+TEST(FleetMessages, AReceiptHoldsForItsSubjectAlone) {
+  const CStoredFile stored = {{kNode, "logs/a"}, VersionOf("one"), {1, 5}, 3};
+  const std::string subject = SubjectOf(EFileSubject::done, {stored.file, stored.version});
+  const std::string other = SubjectOf(EFileSubject::done, {stored.file, VersionOf("two")});
+  ASSERT_TRUE(ParseReceipt(subject, MakeReceipt(stored)));
+  EXPECT_EQ(ParseReceipt(subject, MakeReceipt(stored))->sequence, 5U);
+  EXPECT_FALSE(ParseReceipt(other, MakeReceipt(stored)));
+  // The server answers to any subject that a client names.
+  for (const char* data : {R"({"stream":"VASTRA_LOGS", "seq":5})", "", "[]", "{\"receipt\": 1}"})
+    EXPECT_FALSE(ParseReceipt(subject, data)) << data;
+}
+
+TEST(FleetMessages, TheTimeOfAServer) {
+  EXPECT_EQ(ServerTime("2026-11-27T18:01:53.427355284Z"), 1795802513427355284U);
+  EXPECT_EQ(ServerTime("2026-11-27T18:01:53Z"), 1795802513000000000U);
+  EXPECT_FALSE(ServerTime("yesterday"));
+}
+
+class ArchiveIntake : public testing::Test {
+ protected:
+  ArchiveIntake() { std::filesystem::remove_all(m_folder); }
+  ~ArchiveIntake() override { std::filesystem::remove_all(m_folder); }
+
+  void Open() {
+    m_intake.reset();
+    m_record.reset();
+    m_tree.emplace(m_folder.string());
+    m_record.emplace((m_folder / "record").string());
+    m_intake.emplace(*m_tree, *m_record, [](const std::string&) {});
+  }
+  // A file of one letter as often as size says, or one chunk of it.
+  void Take(char letter, std::size_t size, std::uint64_t chunk, COrder order) {
+    const std::string content(size, letter);
+    const std::string_view bytes = std::string_view(content).substr(chunk * kChunkSize, kChunkSize);
+    m_intake->Take({{kNode, "logs/a"}, VersionOf(content), chunk}, MakeChunk({chunk, size, bytes}), order);
+  }
+  // The stored file: its first letter, or nothing.
+  std::string Stored() {
+    std::ifstream file(m_folder / "plant 1/kiln.3/logs/a");
+    std::string letter(1, ' ');
+    return file.read(letter.data(), 1) ? letter : "";
+  }
+
+  const std::filesystem::path m_folder =
+      std::filesystem::temp_directory_path() / ("intake" + std::to_string(::getpid()));
+  std::optional<CArchiveTree> m_tree;
+  std::optional<CArchiveRecord> m_record;
+  std::optional<CArchiveIntake> m_intake;
+};
+
+TEST_F(ArchiveIntake, TheVersionThatWasSentLastIsStored) {
+  struct {
+    char letter;
+    COrder order;
+    const char* stored;
+    std::size_t receipts;
+  } const steps[] = {{'A', {1, 1}, "A", 1}, {'B', {1, 2}, "B", 1}, {'A', {1, 1}, "B", 0}, {'B', {1, 2}, "B", 1},
+                     {'A', {1, 3}, "A", 1}, {'B', {1, 2}, "A", 0}, {'C', {2, 1}, "C", 1}, {'A', {1, 9}, "C", 0}};
+  Open();
+  for (const auto& step : steps) {
+    Take(step.letter, 10, 0, step.order);
+    EXPECT_EQ(m_intake->Finish().size(), step.receipts) << step.letter << step.order.sequence;
+    EXPECT_EQ(Stored(), step.stored) << step.letter << step.order.sequence;
+    Open();  // all of it is in the record
+  }
+  Take('D', 10, 0, {3, 1});
+  Take('E', 10, 0, {3, 2});  // in one batch
+  EXPECT_EQ(m_intake->Finish().size(), 2U);
+  EXPECT_EQ(Stored(), "E");
+}
+
+TEST_F(ArchiveIntake, ChunksComeInAnyOrderAndOutliveTheProcess) {
+  constexpr std::size_t kSize = 2 * kChunkSize + 1;
+  Open();
+  Take('A', kSize, 2, {1, 3});
+  Take('A', kSize, 0, {1, 1});
+  m_intake->Finish();
+  Take('A', kSize, 1, {1, 2});  // not finished
+  Open();
+  ASSERT_EQ(m_intake->Waiting(INT64_MAX).size(), 1U);
+  EXPECT_EQ(m_intake->Waiting(INT64_MAX).front()->Missing(9), std::vector<std::uint64_t>{1});
+  Take('B', 10, 0, {1, 2});  // sent before the last chunk of A
+  EXPECT_EQ(m_intake->Finish().size(), 1U);
+  Take('A', kSize, 1, {1, 2});
+  EXPECT_EQ(m_intake->Finish().size(), 1U);
+  EXPECT_EQ(Stored(), "A");
+  EXPECT_TRUE(m_tree->Incoming().empty());
+}
+
+}  // namespace
+}  // namespace vastra
