@@ -155,7 +155,8 @@ void CArchiveIntake::Record() {
     DropOlderPartials(one.stored);
   }
   for (const auto& [key, isChanged] : m_changed)
-    if (const auto found = m_partials.find(key); found != m_partials.end()) m_record.PutPartial(found->second);
+    if (const auto found = m_partials.find(key); found != m_partials.end())
+      m_record.PutPartial(found->second);
   transaction.Commit();
 }
 

@@ -1,5 +1,5 @@
-// CArchiveIntake: takes chunks and packs into an archive. What was taken counts once Finish has returned: it is
-// on the disk and in the record then, and only then the servers may forget the messages.
+// CArchiveIntake: takes chunks and packs into an archive. What was taken counts once Finish has returned: it
+// is on the disk and in the record then, and only then the servers may forget the messages.
 #pragma once
 
 #include <functional>
@@ -52,12 +52,12 @@ class CArchiveIntake {
   std::map<CKey, CPartialFile> m_partials;
 
   // Since the last Finish.
-  std::vector<CReady> m_ready;            // received whole
-  std::map<std::string, bool> m_paths;    // of these
-  std::vector<CStoredFile> m_again;       // stored before, and sent again
-  std::map<CKey, bool> m_changed;         // partial files
-  std::vector<std::uint64_t> m_dropped;   // their numbers in the record
-  std::vector<CStoredFile> m_done;        // finished already, when a file came twice
+  std::vector<CReady> m_ready;           // received whole
+  std::map<std::string, bool> m_paths;   // of these
+  std::vector<CStoredFile> m_again;      // stored before, and sent again
+  std::map<CKey, bool> m_changed;        // partial files
+  std::vector<std::uint64_t> m_dropped;  // their numbers in the record
+  std::vector<CStoredFile> m_done;       // finished already, when a file came twice
 };
 
 }  // namespace vastra

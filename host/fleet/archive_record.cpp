@@ -31,14 +31,17 @@ std::string BytesOf(const std::vector<bool>& bits) {
 
 std::vector<bool> BitsOf(const std::string& bytes, std::size_t count) {
   std::vector<bool> bits(count);
-  for (std::size_t i = 0; i < count && i / 8 < bytes.size(); ++i) bits[i] = (bytes[i / 8] >> (i % 8) & 1) != 0;
+  for (std::size_t i = 0; i < count && i / 8 < bytes.size(); ++i)
+    bits[i] = (bytes[i / 8] >> (i % 8) & 1) != 0;
   return bits;
 }
 
 // The columns path, version, stream, sequence and size.
 CStoredFile RowOf(CStatement& row, int first) {
-  return {FileOfPath(row.Bytes(first)), row.Version(first + 1),
-          {row.Unsigned(first + 2), row.Unsigned(first + 3)}, row.Unsigned(first + 4)};
+  return {FileOfPath(row.Bytes(first)),
+          row.Version(first + 1),
+          {row.Unsigned(first + 2), row.Unsigned(first + 3)},
+          row.Unsigned(first + 4)};
 }
 
 }  // namespace
@@ -57,7 +60,8 @@ CArchiveRecord::CArchiveRecord(const std::string& path)
       m_putPartial(m_store, "INSERT OR REPLACE INTO partial VALUES (?, ?, ?, ?, ?, ?, ?, ?)"),
       m_dropPartial(m_store, "DELETE FROM partial WHERE id = ?"),
       m_untold(m_store, "SELECT path, version, stream, sequence, size FROM file WHERE told = 0 LIMIT ?"),
-      m_tell(m_store, "UPDATE file SET told = 1 WHERE path = ? AND version = ? AND stream = ? AND sequence = ?") {}
+      m_tell(m_store,
+             "UPDATE file SET told = 1 WHERE path = ? AND version = ? AND stream = ? AND sequence = ?") {}
 
 std::optional<CStoredFile> CArchiveRecord::Find(const CFleetFile& file) {
   if (!m_find.Bind(file.Path()).Step()) return std::nullopt;
@@ -67,7 +71,8 @@ std::optional<CStoredFile> CArchiveRecord::Find(const CFleetFile& file) {
 }
 
 void CArchiveRecord::Put(const CStoredFile& stored) {
-  m_put.Bind(stored.file.Path(), stored.version, stored.order.stream, stored.order.sequence, stored.size).Run();
+  m_put.Bind(stored.file.Path(), stored.version, stored.order.stream, stored.order.sequence, stored.size)
+      .Run();
 }
 
 void CArchiveRecord::PutPartial(const CPartialFile& partial) {

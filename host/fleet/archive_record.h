@@ -1,6 +1,6 @@
-// CArchiveRecord: what an archive has, in a database: of each name the version that is stored, and the files of
-// which chunks are missing. So the same bytes are stored once, however often they come, and an older version
-// that comes late does not replace a newer one.
+// CArchiveRecord: what an archive has, in a database: of each name the version that is stored, and the files
+// of which chunks are missing. So the same bytes are stored once, however often they come, and an older
+// version that comes late does not replace a newer one.
 #pragma once
 
 #include <compare>

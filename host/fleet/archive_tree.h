@@ -1,6 +1,6 @@
 // CArchiveTree: the files of an archive, DIR/SITE/NODE/FOLDER/FILE, and those that are being received, in
-// DIR/.incoming. A file appears under its name whole, in one step. No name from outside leads out of DIR: each
-// folder of a path is opened from the one above, and links are not followed.
+// DIR/.incoming. A file appears under its name whole, in one step. No name from outside leads out of DIR:
+// each folder of a path is opened from the one above, and links are not followed.
 #pragma once
 
 #include <cstdint>

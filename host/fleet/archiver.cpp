@@ -8,8 +8,6 @@
 namespace vastra {
 namespace {
 
-
-
 constexpr std::size_t kBatch = 512;
 constexpr std::int64_t kBatchBytes = std::int64_t{16} << 20, kSecondNs = 1'000'000'000;
 constexpr std::chrono::seconds kPullTime{10}, kSetUpPause{1}, kPatience{5}, kDiskPause{2}, kTurn{1};
@@ -18,7 +16,9 @@ constexpr std::size_t kMostAsked = 10000, kMostChunksAsked = 64;
 constexpr const char* kPullKind = "pull";
 constexpr std::int64_t kAckWait = 60 * kSecondNs, kMostUnacknowledged = 4 * kBatch;
 
-std::string ConsumerName(const std::string& site) { return site.empty() ? "archive" : "archive-" + Token(site); }
+std::string ConsumerName(const std::string& site) {
+  return site.empty() ? "archive" : "archive-" + Token(site);
+}
 
 CJson ConsumerConfig(const std::string& site) {
   return {{"durable_name", ConsumerName(site)},
@@ -103,9 +103,8 @@ void CArchiver::Pull(Time now) {
   const CJson wish = {{"batch", kBatch},
                       {"max_bytes", kBatchBytes},
                       {"expires", std::chrono::nanoseconds(kPullTime).count()}};
-  if (!m_link.Publish(
-          std::string("$JS.API.CONSUMER.MSG.NEXT.") + kLogStream + "." + ConsumerName(m_site), JsonText(wish),
-          m_link.AnswerSubject(kPullKind) + "1"))
+  if (!m_link.Publish(std::string("$JS.API.CONSUMER.MSG.NEXT.") + kLogStream + "." + ConsumerName(m_site),
+                      JsonText(wish), m_link.AnswerSubject(kPullKind) + "1"))
     return;
   m_wanted = kBatch;
   m_pullEnd = now + kPullTime + kPatience;
@@ -127,7 +126,8 @@ void CArchiver::Hear(CNatsMessage message) {
 void CArchiver::HearPull(const CNatsMessage& status) {
   m_wanted = 0;
   const std::string_view code = status.Header("Status");
-  if (code == "503" || (code == "409" && status.Header("Description").starts_with("Consumer"))) m_isReady = false;
+  if (code == "503" || (code == "409" && status.Header("Description").starts_with("Consumer")))
+    m_isReady = false;
 }
 
 void CArchiver::TakeBatch(Time now) {

@@ -24,8 +24,8 @@ constexpr std::uint64_t ChunksOf(std::uint64_t size) {
 
 struct CChunk {
   std::uint64_t number = 0;
-  std::uint64_t size = 0;   // of the whole file
-  std::string_view bytes;   // of the chunk
+  std::uint64_t size = 0;  // of the whole file
+  std::string_view bytes;  // of the chunk
 };
 
 struct CPackedFile {
@@ -49,8 +49,8 @@ class CChunkFault {
   std::string m_text;
 };
 
-// The chunk with this number of a message. Throws CChunkFault for one that is damaged: its length, checksum or
-// place in the file are not what it says. The bytes are those of message.
+// The chunk with this number of a message. Throws CChunkFault for one that is damaged: its length, checksum
+// or place in the file are not what it says. The bytes are those of message.
 CChunk ParseChunk(std::string_view message, std::uint64_t number);
 // The files of a pack, each with the bytes that its version names. Throws CChunkFault if one has not.
 std::vector<CPackedFile> ParsePack(std::string_view message);

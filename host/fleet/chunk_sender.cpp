@@ -13,7 +13,6 @@ namespace {
 
 using std::chrono::milliseconds;
 
-
 constexpr std::uint64_t kMostBytes = std::uint64_t{4} << 20;
 constexpr std::size_t kMostMessages = 256, kQueue = 2048, kMostPacked = 1000;
 constexpr std::chrono::seconds kAnswerTime{15};
@@ -56,7 +55,8 @@ void CChunkSender::Work(Time now) {
 CChunkSender::Time CChunkSender::Due(Time now) const {
   if (m_blocked > now) return m_blocked;
   if (m_limit > 0 && m_allowance <= 0)
-    return now + milliseconds(1 + static_cast<std::int64_t>(-1000 * m_allowance / static_cast<double>(m_limit)));
+    return now +
+           milliseconds(1 + static_cast<std::int64_t>(-1000 * m_allowance / static_cast<double>(m_limit)));
   return now + std::chrono::seconds(1);
 }
 
@@ -67,8 +67,8 @@ bool CChunkSender::MayPublish(Time now) {
     m_allowance = std::min(limit, m_allowance + passed.count() * limit);
     m_filled = now;
   }
-  return m_link.IsUp() && now >= m_blocked && (m_limit == 0 || m_allowance > 0) && m_bytesUnderWay < kMostBytes &&
-         m_underWay.size() < kMostMessages;
+  return m_link.IsUp() && now >= m_blocked && (m_limit == 0 || m_allowance > 0) &&
+         m_bytesUnderWay < kMostBytes && m_underWay.size() < kMostMessages;
 }
 
 bool CChunkSender::PublishNext(Time now) {
@@ -86,7 +86,8 @@ bool CChunkSender::PublishNext(Time now) {
     Start(true);
     send = NextSend();
   }
-  const auto number = std::find_if(m_sends.begin(), m_sends.end(), [&](auto& one) { return &one.second == send; });
+  const auto number =
+      std::find_if(m_sends.begin(), m_sends.end(), [&](auto& one) { return &one.second == send; });
   return Publish(number->first, *send, now);
 }
 
@@ -296,7 +297,8 @@ void CChunkSender::NoteSent(const CSend& send, CShipFile file) {
   const std::int64_t now = WallClock();
   row->sent = now;
   struct stat status = {};
-  const bool isSame = send.file.Get() < 0 || (::fstat(send.file.Get(), &status) == 0 && MarkOf(status) == file.mark);
+  const bool isSame =
+      send.file.Get() < 0 || (::fstat(send.file.Get(), &status) == 0 && MarkOf(status) == file.mark);
   if (row->state == EShipped::sending) {
     row->state = isSame ? EShipped::sent : EShipped::waiting;
     row->pause = std::max(row->pause, kFirstLook);

@@ -1,6 +1,6 @@
-// CChunkSender: sends the files that wait, in chunks and packs, with a bounded number of bytes on the way. Files
-// that were found while the shipper ran go first; beside them one file of the backlog is on its way. All bytes
-// are within the limit.
+// CChunkSender: sends the files that wait, in chunks and packs, with a bounded number of bytes on the way.
+// Files that were found while the shipper ran go first; beside them one file of the backlog is on its way.
+// All bytes are within the limit.
 #pragma once
 
 #include <deque>
@@ -43,10 +43,10 @@ class CChunkSender {
   struct CSend {
     std::vector<CShipFile> files;
     CFileSubject subject;
-    CDescriptor file;       // open, unless all of it is in message
-    std::string message;    // the only one
-    std::uint64_t size = 0;  // of the file
-    std::uint64_t next = 0, end = 0;  // chunks to send
+    CDescriptor file;                  // open, unless all of it is in message
+    std::string message;               // the only one
+    std::uint64_t size = 0;            // of the file
+    std::uint64_t next = 0, end = 0;   // chunks to send
     std::vector<std::uint64_t> again;  // chunks to send once more
     unsigned underWay = 0;
     std::uint64_t sequence = 0;  // the highest that was heard
@@ -80,8 +80,8 @@ class CChunkSender {
   const std::uint64_t m_limit;
   CToldOnce& m_log;
 
-  std::map<std::uint64_t, CSend> m_sends;          // by number
-  std::map<std::uint64_t, CUnderWay> m_underWay;   // messages without an answer, by number
+  std::map<std::uint64_t, CSend> m_sends;         // by number
+  std::map<std::uint64_t, CUnderWay> m_underWay;  // messages without an answer, by number
   std::uint64_t m_lastSend = 0, m_lastMessage = 0;
   std::uint64_t m_bytesUnderWay = 0, m_bytes = 0;
   double m_allowance = 0;  // bytes that the limit leaves

@@ -87,8 +87,12 @@ std::optional<std::string> TextOfToken(std::string_view token) {
 std::vector<std::string_view> TokensOf(std::string_view subject) { return Split(subject, '.'); }
 
 std::string NodeSubject(std::string_view kind, const CFleetNode& node) {
-  return std::string("vastra.").append(kind).append(".").append(Token(node.site)).append(".").append(
-      Token(node.name));
+  return std::string("vastra.")
+      .append(kind)
+      .append(".")
+      .append(Token(node.site))
+      .append(".")
+      .append(Token(node.name));
 }
 
 std::string SubjectOf(EFileSubject kind, const CFileSubject& parts) {
@@ -102,7 +106,8 @@ std::string SubjectOf(EFileSubject kind, const CFileSubject& parts) {
 std::optional<CFileSubject> ParseFileSubject(EFileSubject kind, std::string_view subject) {
   const std::vector<std::string_view> tokens = TokensOf(subject);
   const CSubjectForm& form = FormOf(kind);
-  if (tokens.size() != (form.hasChunk ? 7U : 6U) || tokens[0] != "vastra" || tokens[1] != form.kind) return {};
+  if (tokens.size() != (form.hasChunk ? 7U : 6U) || tokens[0] != "vastra" || tokens[1] != form.kind)
+    return {};
   const std::optional<std::string> site = TextOfToken(tokens[2]), node = TextOfToken(tokens[3]);
   const std::optional<CVersion> version = VersionOfHex(tokens[5]);
   if (!site || !node || !version || !IsFleetName(*site) || !IsFleetName(*node)) return {};

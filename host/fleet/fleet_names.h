@@ -1,5 +1,5 @@
-// Names of the fleet: sites, nodes and files, and the subjects of the messages about them. docs/fleet.md lists
-// the subjects. Who parses a subject must not trust it: a node can send what it likes.
+// Names of the fleet: sites, nodes and files, and the subjects of the messages about them. docs/fleet.md
+// lists the subjects. Who parses a subject must not trust it: a node can send what it likes.
 #pragma once
 
 #include <cstdint>
@@ -29,10 +29,11 @@ struct CFleetFile {
   std::string Path() const { return node.site + "/" + node.name + "/" + key; }
 };
 
-// A site or a node can be a folder of the archive: not empty, at most 255 bytes, no "/", no control character,
-// no "." at the beginning.
+// A site or a node can be a folder of the archive: not empty, at most 255 bytes, no "/", no control
+// character, no "." at the beginning.
 bool IsFleetName(std::string_view name);
-// A key can be a path below a folder of the archive: at least two parts, each of at most 255 bytes, none empty,
+// A key can be a path below a folder of the archive: at least two parts, each of at most 255 bytes, none
+// empty,
 // "." or "..", no control character; at most 1024 bytes.
 bool IsFleetKey(std::string_view key);
 

@@ -19,8 +19,9 @@ constexpr const char* kReportKind = "report";
 std::vector<std::string> ReportSubjects(CNatsLink& link) {
   std::vector<std::string> subjects;
   for (std::uint64_t total = 1; subjects.size() < total;) {
-    const nlohmann::json info = link.Ask(StreamRequest("INFO", kStatusStream),
-                                         {{"subjects_filter", "vastra.status.>"}, {"offset", subjects.size()}}, kReportPatience);
+    const nlohmann::json info =
+        link.Ask(StreamRequest("INFO", kStatusStream),
+                 {{"subjects_filter", "vastra.status.>"}, {"offset", subjects.size()}}, kReportPatience);
     const auto state = info.find("state");
     if (state == info.end() || !state->contains("subjects")) break;
     const std::size_t before = subjects.size();
@@ -51,8 +52,9 @@ void AddReport(const CNatsMessage& message, std::map<std::string, CJson>& nodes)
   report["node"] = *node;
   constexpr double kNanoseconds = 1e9;
   if (time)
-    report["contact"] = std::max(0.0, std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count() -
-                                          static_cast<double>(*time) / kNanoseconds);
+    report["contact"] = std::max(
+        0.0, std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count() -
+                 static_cast<double>(*time) / kNanoseconds);
   nodes[subject] = std::move(report);
 }
 
@@ -86,8 +88,8 @@ std::string SumText(const CJson& node, const char* key) {
   std::ostringstream text;
   text.precision(1);
   constexpr double kMega = 1e6;
-  text << std::fixed << static_cast<std::uint64_t>(NumberAt(*found, "files")) << " (" << NumberAt(*found, "bytes") / kMega
-       << " MB)";
+  text << std::fixed << static_cast<std::uint64_t>(NumberAt(*found, "files")) << " ("
+       << NumberAt(*found, "bytes") / kMega << " MB)";
   return text.str();
 }
 
@@ -111,12 +113,15 @@ CJson FleetStatus(CNatsLink& link) {
   for (auto& [subject, report] : Reports(link)) list.push_back(std::move(report));
   const nlohmann::json info = link.Ask(StreamRequest("INFO", kLogStream), nullptr, kReportPatience);
   const nlohmann::json state = info.value("state", nlohmann::json::object());
-  return {{"servers", {{"messages", state.value("messages", std::uint64_t{0})}, {"bytes", state.value("bytes", std::uint64_t{0})}}},
+  return {{"servers",
+           {{"messages", state.value("messages", std::uint64_t{0})},
+            {"bytes", state.value("bytes", std::uint64_t{0})}}},
           {"nodes", std::move(list)}};
 }
 
 std::string FleetTable(const CJson& status) {
-  std::vector<std::vector<std::string>> rows = {{"site", "node", "waiting", "sent", "archived", "oldest", "last contact"}};
+  std::vector<std::vector<std::string>> rows = {
+      {"site", "node", "waiting", "sent", "archived", "oldest", "last contact"}};
   for (const CJson& node : status["nodes"])
     rows.push_back({Printable(node["site"].get<std::string>()), Printable(node["node"].get<std::string>()),
                     SumText(node, "waiting"), SumText(node, "sent"), SumText(node, "archived"),

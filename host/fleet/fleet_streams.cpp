@@ -59,8 +59,8 @@ struct CPlan {
 
 void RefuseLower(const char* name, const char* what, std::int64_t wish, std::int64_t have) {
   throw CNatsFault(std::string(name) + ": " + what + " would be lowered from " +
-                   (have <= 0 ? std::string("no limit") : std::to_string(have)) + " to " + std::to_string(wish) +
-                   "; nothing was changed");
+                   (have <= 0 ? std::string("no limit") : std::to_string(have)) + " to " +
+                   std::to_string(wish) + "; nothing was changed");
 }
 
 CPlan PlanOf(CNatsLink& link, const char* name, CJson wish, const CStreamWishes& wishes) {
@@ -75,7 +75,8 @@ CPlan PlanOf(CNatsLink& link, const char* name, CJson wish, const CStreamWishes&
     throw CNatsFault(std::string(name) + ": is there already, with another retention than \"" +
                      wish["retention"].get<std::string>() + "\"");
   if (wishes.replicas < replicas) RefuseLower(name, "replicas", wishes.replicas, replicas);
-  if (isLog && IsLower(wishes.maxBytes, bytes)) RefuseLower(name, "the limit of bytes", wishes.maxBytes, bytes);
+  if (isLog && IsLower(wishes.maxBytes, bytes))
+    RefuseLower(name, "the limit of bytes", wishes.maxBytes, bytes);
   CJson changed = CJson(*config);  // what an administrator has set besides stays
   changed.update(wish);
   if (nlohmann::json(changed) == *config) return {name, changed, nullptr, "is there"};
@@ -116,7 +117,8 @@ void MakeStreams(CNatsLink& link, const CStreamWishes& wishes, std::ostream& out
              NewestStream(kStatusStream, "vastra.status.>", "the newest report of each node", kStatusDays),
              wishes)};
   for (const CPlan& plan : plans) {
-    if (plan.operation != nullptr) link.Ask(StreamRequest(plan.operation, plan.name), plan.wish, kStreamPatience);
+    if (plan.operation != nullptr)
+      link.Ask(StreamRequest(plan.operation, plan.name), plan.wish, kStreamPatience);
     out << plan.name << ": " << plan.words << ", " << plan.wish["num_replicas"] << " replicas\n";
   }
 }

@@ -10,9 +10,9 @@
 
 namespace vastra {
 
-constexpr const char* kLogStream = "VASTRA_LOGS";        // chunks, until the archive has them
-constexpr const char* kReceiptStream = "VASTRA_DONE";    // receipts, for nodes that were away
-constexpr const char* kStatusStream = "VASTRA_STATUS";   // the newest report of each node
+constexpr const char* kLogStream = "VASTRA_LOGS";       // chunks, until the archive has them
+constexpr const char* kReceiptStream = "VASTRA_DONE";   // receipts, for nodes that were away
+constexpr const char* kStatusStream = "VASTRA_STATUS";  // the newest report of each node
 
 struct CStreamWishes {
   std::int64_t replicas = 3;

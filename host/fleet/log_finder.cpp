@@ -17,16 +17,16 @@ namespace {
 constexpr std::size_t kDeepest = 32;  // folders in one another
 
 bool EndsIn(std::string_view name, std::string_view extension) {
-  return name.size() > extension.size() && ::strncasecmp(name.data() + name.size() - extension.size(),
-                                                         extension.data(), extension.size()) == 0;
+  return name.size() > extension.size() &&
+         ::strncasecmp(name.data() + name.size() - extension.size(), extension.data(), extension.size()) == 0;
 }
 
 }  // namespace
 
 CFileMark MarkOf(const struct stat& status) {
   constexpr std::int64_t kSecond = 1'000'000'000;
-  return {static_cast<std::uint64_t>(status.st_size), status.st_mtim.tv_sec * kSecond + status.st_mtim.tv_nsec,
-          status.st_ino};
+  return {static_cast<std::uint64_t>(status.st_size),
+          status.st_mtim.tv_sec * kSecond + status.st_mtim.tv_nsec, status.st_ino};
 }
 
 bool CLogFinder::IsLog(std::string_view name) const {
@@ -93,8 +93,8 @@ void CLogFinder::Restore(int folder, const std::string& aside) {
 
 const CShipFolder* CLogFinder::FolderOf(std::string_view key) const {
   const std::string_view name = key.substr(0, key.find('/'));
-  const auto found =
-      std::find_if(m_folders.begin(), m_folders.end(), [&](const CShipFolder& one) { return one.name == name; });
+  const auto found = std::find_if(m_folders.begin(), m_folders.end(),
+                                  [&](const CShipFolder& one) { return one.name == name; });
   return found == m_folders.end() ? nullptr : &*found;
 }
 
@@ -105,7 +105,8 @@ std::string CLogFinder::PathOf(std::string_view key) const {
 
 std::string CLogFinder::KeyOf(std::string_view path) const {
   for (const CShipFolder& folder : m_folders)
-    if (path.starts_with(folder.path + "/")) return folder.name + std::string(path.substr(folder.path.size()));
+    if (path.starts_with(folder.path + "/"))
+      return folder.name + std::string(path.substr(folder.path.size()));
   return "";
 }
 

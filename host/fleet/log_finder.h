@@ -30,7 +30,8 @@ class CLogFinder {
   CLogFinder(std::vector<CShipFolder> folders, bool isCsv, CTell tell)
       : m_folders(std::move(folders)), m_isCsv(isCsv), m_tell(std::move(tell)) {}
 
-  // Looks at so many entries more. Returns whether the walk has come to its end; the next call begins another.
+  // Looks at so many entries more. Returns whether the walk has come to its end; the next call begins
+  // another.
   bool Step(std::size_t entries, const CFound& found);
   bool IsLog(std::string_view name) const;
   // The name of a file that is being removed. A kill can leave it: the walk gives such a file its name again.

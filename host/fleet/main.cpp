@@ -35,6 +35,8 @@ struct COptions {
   bool isJson = false, isPrint = false;
 };
 
+constexpr std::chrono::seconds kPatience{10};  // with servers, of commands that end
+
 void Print(const std::string& line) { std::cerr << "vastra-fleet: " << line << std::endl; }
 
 // The signals that end the process, heard by a thread of their own.
@@ -77,7 +79,8 @@ class CEnd {
 std::string StateFolder(const std::string& given, const std::string& name) {
   if (!given.empty()) return given;
   if (const char* const service = std::getenv("STATE_DIRECTORY")) return service;
-  if (const char* const state = std::getenv("XDG_STATE_HOME")) return std::string(state) + "/vastra-fleet/" + name;
+  if (const char* const state = std::getenv("XDG_STATE_HOME"))
+    return std::string(state) + "/vastra-fleet/" + name;
   const char* const home = std::getenv("HOME");
   if (home == nullptr) throw CUseFault("--state DIR is needed: HOME is not set");
   return std::string(home) + "/.local/state/vastra-fleet/" + name;
@@ -133,6 +136,7 @@ int Init(COptions& options) {
     options.servers.name = "vastra-fleet init";
     options.servers.inbox = "_INBOX.vastra-init";
     CNatsLink link(options.servers);
+    link.WaitUp(kPatience);
     MakeStreams(link, options.streams, std::cout);
   }
   PrintServerSettings(nodes, std::cout);
@@ -142,7 +146,8 @@ int Init(COptions& options) {
 int Ship(COptions& options) {
   CShipperOptions& ship = options.ship;
   for (const std::string* const name : {&ship.node.site, &ship.node.name})
-    if (!IsFleetName(*name)) throw CUseFault("--site and --node are names of folders: \"" + *name + "\" is none");
+    if (!IsFleetName(*name))
+      throw CUseFault("--site and --node are names of folders: \"" + *name + "\" is none");
   ship.folders = ParseFolders(options.folders);
   if (!options.deleteAfter.empty()) ship.deleteAfter = ParseAge(options.deleteAfter);
   ship.state = StateFolder(ship.state, "ship-" + Token(ship.node.site) + "-" + Token(ship.node.name));
@@ -160,7 +165,8 @@ int Ship(COptions& options) {
 int Archive(COptions& options) {
   CArchiverOptions& archive = options.archive;
   archive.into = MakeAbsolute(archive.into.c_str()).Std();
-  if (archive.state.empty() && std::getenv("STATE_DIRECTORY") == nullptr) archive.state = archive.into + "/.state";
+  if (archive.state.empty() && std::getenv("STATE_DIRECTORY") == nullptr)
+    archive.state = archive.into + "/.state";
   archive.state = StateFolder(archive.state, "");
   options.servers.name = "vastra-fleet archive";
   options.servers.inbox = "_INBOX.vastra-archive";
@@ -177,6 +183,7 @@ int Status(COptions& options) {
   options.servers.name = "vastra-fleet status";
   options.servers.inbox = "_INBOX.vastra-watch";
   CNatsLink link(options.servers);
+  link.WaitUp(kPatience);
   const CJson status = FleetStatus(link);
   std::cout << (options.isJson ? JsonLine(status) : FleetTable(status));
   return kDone;
@@ -184,11 +191,14 @@ int Status(COptions& options) {
 
 CLI::Option* AddServers(CLI::App* command, COptions& options) {
   CLI::Option* const server =
-      command->add_option("--server", options.servers.servers, "the servers; several with commas, or repeated")
+      command
+          ->add_option("--server", options.servers.servers, "the servers; several with commas, or repeated")
           ->type_name("URL")
           ->required()
           ->take_all();
-  command->add_option("--creds", options.servers.creds, "a file with credentials, or with the line USER:PASSWORD")
+  command
+      ->add_option("--creds", options.servers.creds,
+                   "a file with credentials, or with the line USER:PASSWORD")
       ->type_name("FILE");
   command->add_option("--tls-ca", options.servers.authority, "who signs the servers' certificates, in PEM")
       ->type_name("FILE");
@@ -205,16 +215,18 @@ struct CCommand {
 };
 
 CCommand AddInit(CLI::App& line, COptions& options) {
-  CLI::App* const init = line.add_subcommand("init", "makes the streams, and prints what else the servers need");
+  CLI::App* const init =
+      line.add_subcommand("init", "makes the streams, and prints what else the servers need");
   CLI::Option* const server = AddServers(init, options)->required(false);
-  CLI::Option* const print =
-      init->add_flag("--print", options.isPrint, "only prints the settings of the servers, without asking them");
+  CLI::Option* const print = init->add_flag("--print", options.isPrint,
+                                            "only prints the settings of the servers, without asking them");
   print->excludes(server);
   init->add_option("--replicas", options.streams.replicas, "servers that have each message; 3 without it")
       ->check(CLI::Range(1, 5));
   init->add_option("--max-bytes", options.streams.maxBytes, "of chunks that wait, at most; such as 50GB")
       ->transform(CLI::AsSizeValue(true));
-  init->add_option("--node", options.nodes, "prints the user of this node; repeatable")->type_name("SITE/NODE");
+  init->add_option("--node", options.nodes, "prints the user of this node; repeatable")
+      ->type_name("SITE/NODE");
   return {init, Init};
 }
 
@@ -223,7 +235,9 @@ CCommand AddShip(CLI::App& line, COptions& options) {
   AddServers(ship, options);
   ship->add_option("--site", options.ship.node.site, "the plant")->required();
   ship->add_option("--node", options.ship.node.name, "this machine")->required();
-  ship->add_option("--folder,FOLDER", options.folders, "folders of logs, FOLDER or NAME=FOLDER")->required()->take_all();
+  ship->add_option("--folder,FOLDER", options.folders, "folders of logs, FOLDER or NAME=FOLDER")
+      ->required()
+      ->take_all();
   ship->add_option("--state", options.ship.state, "where it remembers what was sent")->type_name("DIR");
   ship->add_option("--limit", options.ship.limit, "bytes per second, at most; such as 50kB")
       ->transform(CLI::AsSizeValue(true));
@@ -238,8 +252,11 @@ CCommand AddShip(CLI::App& line, COptions& options) {
 CCommand AddArchive(CLI::App& line, COptions& options) {
   CLI::App* const archive = line.add_subcommand("archive", "stores the logs of all machines");
   AddServers(archive, options);
-  archive->add_option("--into", options.archive.into, "the folder of the archive")->required()->type_name("DIR");
-  archive->add_option("--state", options.archive.state, "where it remembers what it has; DIR/.state without it")
+  archive->add_option("--into", options.archive.into, "the folder of the archive")
+      ->required()
+      ->type_name("DIR");
+  archive
+      ->add_option("--state", options.archive.state, "where it remembers what it has; DIR/.state without it")
       ->type_name("DIR");
   archive->add_option("--site", options.archive.site, "takes the files of this site alone");
   return {archive, Archive};

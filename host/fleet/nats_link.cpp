@@ -4,12 +4,14 @@
 #include <cstring>
 #include <fstream>
 #include <sstream>
+#include <thread>
 
 namespace vastra {
 namespace {
 
 constexpr int kReconnectWait = 500, kReconnectJitter = 500, kConnectTimeout = 5000;  // ms
 constexpr int kPingInterval = 20000;
+constexpr std::chrono::milliseconds kLook{20}, kAbsence{5000};
 constexpr int kReconnectBuffer = 1;  // nothing is kept for later: who sends asks whether it came
 
 void Check(natsStatus status, const std::string& what) {
@@ -24,6 +26,28 @@ std::string ReadSecret(const std::string& path) {
   text << file.rdbuf();
   if (!file) throw CNatsFault(path + ": " + std::strerror(errno));
   return text.str();
+}
+
+// The URLs of a command line, and without what stands before an "@": it can be a password.
+std::vector<std::string> UrlsOf(const std::vector<std::string>& servers) {
+  std::vector<std::string> urls;
+  for (const std::string& list : servers) {
+    std::istringstream parts(list);
+    for (std::string url; std::getline(parts, url, ',');)
+      if (!url.empty()) urls.push_back(url);
+  }
+  return urls;
+}
+std::string ShownServers(const std::vector<std::string>& servers) {
+  std::string shown;
+  for (const std::string& url : UrlsOf(servers)) {
+    const std::size_t at = url.rfind('@'), scheme = url.find("://");
+    shown.append(shown.empty() ? "" : ", ");
+    shown.append(at == std::string::npos
+                     ? url
+                     : url.substr(0, scheme == std::string::npos ? 0 : scheme + 3) + url.substr(at + 1));
+  }
+  return shown;
 }
 
 class COptions {
@@ -49,12 +73,7 @@ class COptions {
 
  private:
   void AddServers(const std::vector<std::string>& servers) {
-    std::vector<std::string> urls;
-    for (const std::string& list : servers) {
-      std::istringstream parts(list);
-      for (std::string url; std::getline(parts, url, ',');)
-        if (!url.empty()) urls.push_back(url);
-    }
+    const std::vector<std::string> urls = UrlsOf(servers);
     std::vector<const char*> pointers;
     for (const std::string& url : urls) pointers.push_back(url.c_str());
     if (urls.empty()) throw CNatsFault("there is no server");
@@ -106,7 +125,8 @@ std::string_view CNatsMessage::Header(const char* name) const {
                                                                                          : std::string_view();
 }
 
-CNatsLink::CNatsLink(const CNatsOptions& options) : m_inbox(options.inbox) {
+CNatsLink::CNatsLink(const CNatsOptions& options)
+    : m_inbox(options.inbox), m_servers(ShownServers(options.servers)) {
   const COptions made(options);
   Check(natsOptions_SetErrorHandler(made.Get(), OnError, this), "handler");
   Check(natsOptions_SetReconnectedCB(made.Get(), OnUp, this), "handler");
@@ -138,7 +158,23 @@ unsigned CNatsLink::Connections() const {
   return m_connections;
 }
 
+void CNatsLink::WaitUp(std::chrono::milliseconds patience) {
+  const Time until = std::chrono::steady_clock::now() + patience;
+  while (!IsUp() && std::chrono::steady_clock::now() < until) std::this_thread::sleep_for(kLook);
+  if (!IsUp()) throw CNatsFault(Absence());
+}
+
+std::string CNatsLink::Absence() const {
+  const char* words = nullptr;
+  const natsStatus status = natsConnection_GetLastError(m_connection, &words);
+  if (words == nullptr || *words == 0) words = natsStatus_GetText(status);
+  return "no server answers at " + m_servers + (status == NATS_OK ? "" : std::string(": ") + words);
+}
+
 std::vector<std::string> CNatsLink::TakeFaults() {
+  const Time now = std::chrono::steady_clock::now();
+  if (IsUp()) m_checked = now;
+  if (now - m_checked > kAbsence) Tell(Absence());
   const std::lock_guard guard(m_lock);
   return std::exchange(m_faults, {});
 }
@@ -154,8 +190,9 @@ bool CNatsLink::Publish(const std::string& subject, std::string_view data, const
   if (!IsUp()) return false;
   const int size = static_cast<int>(data.size());
   const natsStatus status =
-      reply.empty() ? natsConnection_Publish(m_connection, subject.c_str(), data.data(), size)
-                    : natsConnection_PublishRequest(m_connection, subject.c_str(), reply.c_str(), data.data(), size);
+      reply.empty()
+          ? natsConnection_Publish(m_connection, subject.c_str(), data.data(), size)
+          : natsConnection_PublishRequest(m_connection, subject.c_str(), reply.c_str(), data.data(), size);
   return status == NATS_OK;
 }
 
@@ -178,7 +215,8 @@ nlohmann::json CNatsLink::Ask(const std::string& subject, const CJson& question,
   try {
     nlohmann::json json = ParseJson(owner.Data());
     if (!json.is_object()) throw CNatsFault(subject + ": the answer is not an object");
-    if (json.contains("error")) throw CNatsFault(json["error"].value("description", "an error without words"));
+    if (json.contains("error"))
+      throw CNatsFault(json["error"].value("description", "an error without words"));
     return json;
   } catch (const CJsonFault& fault) {
     throw CNatsFault(subject + ": " + fault.Text().Std());

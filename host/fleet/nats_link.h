@@ -24,8 +24,8 @@ struct CNatsOptions {
   std::vector<std::string> servers;  // URLs; a list with commas is several
   std::string creds;                 // a file: credentials of the server's tools, or a line USER:PASSWORD
   std::string authority, certificate, key;  // files, in PEM; any of them means TLS
-  std::string name;                  // of this client, as the server lists it
-  std::string inbox;                 // beginning of the subjects of answers, without wildcards
+  std::string name;                         // of this client, as the server lists it
+  std::string inbox;                        // beginning of the subjects of answers, without wildcards
 };
 
 class CNatsFault : public std::runtime_error {
@@ -59,11 +59,13 @@ class CNatsLink {
   ~CNatsLink();
 
   bool IsUp() const;
+  // Waits for the first connection. Throws CNatsFault without one in this time.
+  void WaitUp(std::chrono::milliseconds patience);
   // Counts the connections that were made: whoever has something at the server that ends with a connection
   // compares.
   unsigned Connections() const;
   // What the servers complained about since the last call, such as a subject that is not permitted, and why
-  // there is no connection; each text once in a minute at most.
+  // there is no connection.
   std::vector<std::string> TakeFaults();
 
   // Messages of this subject, wildcards allowed, come to Take. Throws CNatsFault.
@@ -90,8 +92,9 @@ class CNatsLink {
   static void OnUp(natsConnection*, void* link);
   static void OnDown(natsConnection*, void* link);
   void Tell(const std::string& fault);
+  std::string Absence() const;
 
-  const std::string m_inbox;
+  const std::string m_inbox, m_servers;
   natsConnection* m_connection = nullptr;
   std::vector<natsSubscription*> m_subscriptions;
 
@@ -100,6 +103,7 @@ class CNatsLink {
   std::deque<CNatsMessage> m_messages;
   bool m_isWoken = false, m_isEnding = false;
   unsigned m_connections = 0;
+  Time m_checked = std::chrono::steady_clock::now();  // when there was a connection, for the last time
   std::vector<std::string> m_faults;
 };
 

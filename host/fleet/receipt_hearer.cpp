@@ -58,8 +58,9 @@ void CReceiptHearer::Work(Time now) {
     file.due = wall + file.pause;
     m_state.Put(file);
     m_newest[++m_last] = file.key;
-    m_link.Publish(NewestRequest(kReceiptStream, SubjectOf(EFileSubject::done, {{m_node, file.key}, file.version})),
-                   "", m_link.AnswerSubject(kNewestKind) + std::to_string(m_last));
+    m_link.Publish(
+        NewestRequest(kReceiptStream, SubjectOf(EFileSubject::done, {{m_node, file.key}, file.version})), "",
+        m_link.AnswerSubject(kNewestKind) + std::to_string(m_last));
   }
 }
 

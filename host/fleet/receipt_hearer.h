@@ -1,5 +1,6 @@
-// CReceiptHearer: the receipts of a node's files: those that the archive publishes, and those that it published
-// while the node was away. What has no receipt for long and is with the servers no more is sent again.
+// CReceiptHearer: the receipts of a node's files: those that the archive publishes, and those that it
+// published while the node was away. What has no receipt for long and is with the servers no more is sent
+// again.
 #pragma once
 
 #include <map>

@@ -50,7 +50,8 @@ void CReceiptSender::Work(Time now) {
 
 // The subject stands in it: a receipt is worth nothing under another one.
 std::string MakeReceipt(const CStoredFile& stored) {
-  return JsonText({{"receipt", ReceiptSubject(stored)}, {"bytes", stored.size}, {"sequence", stored.order.sequence}});
+  return JsonText(
+      {{"receipt", ReceiptSubject(stored)}, {"bytes", stored.size}, {"sequence", stored.order.sequence}});
 }
 
 std::optional<CReceipt> ParseReceipt(std::string_view subject, std::string_view data) {

@@ -18,7 +18,8 @@ struct CUser {
 CUser UserOf(const CFleetNode& node) {
   const auto own = [&](const char* kind) { return NodeSubject(kind, node); };
   return {node.site + "/" + node.name,
-          {own("log") + ".>", own("live") + ".>", own("status"), NewestRequest(kReceiptStream, own("done")) + ".>"},
+          {own("log") + ".>", own("live") + ".>", own("status"),
+           NewestRequest(kReceiptStream, own("done")) + ".>"},
           {InboxOf(node) + ".>", own("done") + ".>", own("ask") + ".>"}};
 }
 
@@ -77,9 +78,11 @@ void PrintServerSettings(const std::vector<CFleetNode>& nodes, std::ostream& out
   out << "    ]\n"
          "  }\n"
          "}\n"
-         "# A receipt is as true as the password of the archive is secret. A stream without a limit of bytes\n"
+         "# A receipt is as true as the password of the archive is secret. A stream without a limit of "
+         "bytes\n"
          "# takes the disk of the servers while no archive runs: set max_file_store, or init --max-bytes.\n"
-         "# sync_interval (2 minutes) is what a loss of power of all replicas at once can cost; nodes send it\n"
+         "# sync_interval (2 minutes) is what a loss of power of all replicas at once can cost; nodes send "
+         "it\n"
          "# again, for they have no receipt.\n";
 }
 

@@ -14,12 +14,10 @@
 namespace vastra {
 namespace {
 
-
-
 constexpr std::size_t kEntries = 500, kRows = 500, kMostUnsettled = 10000;
 constexpr std::chrono::seconds kSettled{3}, kRoundPause{2}, kUnsettledPause{1};
-constexpr int kShareOfTime = 20;              // a round takes at most this part of the time
-constexpr std::int64_t kAgain = 60'000;       // ms between two versions of a name
+constexpr int kShareOfTime = 20;         // a round takes at most this part of the time
+constexpr std::int64_t kAgain = 60'000;  // ms between two versions of a name
 
 ELogForm FormOf(std::string_view key) {
   return key.ends_with(".csv") || key.ends_with(".CSV") ? ELogForm::text : ELogForm::binary;
@@ -113,7 +111,10 @@ bool CShipFiles::CheckRows() {
 void CShipFiles::CheckRow(const CShipFile& file) {
   struct stat status = {};
   const std::string path = m_finder.PathOf(file.key);
-  if (path.empty()) return;  // of a folder that is shipped no more
+  if (path.empty()) {  // of a folder that is shipped no more
+    m_state.Remove(file.key);
+    return;
+  }
   if (::lstat(path.c_str(), &status) != 0) {
     if ((errno != ENOENT && errno != ENOTDIR) || !m_finder.HasFolder(file.key)) return;
     if (file.state == EShipped::waiting || file.state == EShipped::sending) {
@@ -125,7 +126,8 @@ void CShipFiles::CheckRow(const CShipFile& file) {
   }
   constexpr std::int64_t kNanoseconds = 1'000'000'000, kMilliseconds = 1000;
   const std::int64_t age = WallClock() / kMilliseconds - file.mark.changed / kNanoseconds;
-  if (m_deleteAfter >= 0 && file.state == EShipped::archived && file.hasReceipt && age >= m_deleteAfter) Delete(file);
+  if (m_deleteAfter >= 0 && file.state == EShipped::archived && file.hasReceipt && age >= m_deleteAfter)
+    Delete(file);
 }
 
 // Only what the receipt is about: the content is read once more.

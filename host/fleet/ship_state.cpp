@@ -18,8 +18,9 @@ UPDATE file SET state = 0 WHERE state = 1;
 )";
 
 std::string Select(const char* condition) {
-  return std::string("SELECT key, size, changed, inode, state, live, version, carrier, receipt, sequence, others, "
-                     "due, pause, sent FROM file WHERE ") +
+  return std::string(
+             "SELECT key, size, changed, inode, state, live, version, carrier, receipt, sequence, others, "
+             "due, pause, sent FROM file WHERE ") +
          condition;
 }
 
@@ -47,7 +48,8 @@ CShipState::CShipState(const std::string& path)
       m_find(m_store, Select("key = ?").c_str()),
       m_put(m_store, "INSERT OR REPLACE INTO file VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
       m_remove(m_store, "DELETE FROM file WHERE key = ?"),
-      m_waiting(m_store, Select("state = 0 AND live = ? AND (due <= ? OR due > ?) ORDER BY changed LIMIT ?").c_str()),
+      m_waiting(m_store,
+                Select("state = 0 AND live = ? AND (due <= ? OR due > ?) ORDER BY changed LIMIT ?").c_str()),
       m_overdue(m_store, Select("state = 2 AND (due <= ? OR due > ?) LIMIT ?").c_str()),
       m_inPack(m_store, Select("state = 2 AND carrier = ? LIMIT ?").c_str()),
       m_after(m_store, Select("key > ? ORDER BY key LIMIT ?").c_str()),
@@ -82,8 +84,9 @@ void CShipState::Put(const CShipFile& file) {
     sum.bytes -= old->mark.size;
   }
   m_put
-      .Bind(file.key, file.mark.size, file.mark.changed, file.mark.inode, static_cast<int>(file.state), file.isLive,
-            file.version, file.carrier, file.hasReceipt, file.sequence, file.others, file.due, file.pause, file.sent)
+      .Bind(file.key, file.mark.size, file.mark.changed, file.mark.inode, static_cast<int>(file.state),
+            file.isLive, file.version, file.carrier, file.hasReceipt, file.sequence, file.others, file.due,
+            file.pause, file.sent)
       .Run();
   CSum& sum = m_sums[static_cast<std::size_t>(file.state)];
   ++sum.files;

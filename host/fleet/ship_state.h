@@ -1,5 +1,5 @@
-// CShipState: what a shipper remembers of each file of its folders, in a database. If it is lost, everything is
-// sent again and the archive answers that it is there.
+// CShipState: what a shipper remembers of each file of its folders, in a database. If it is lost, everything
+// is sent again and the archive answers that it is there.
 #pragma once
 
 #include <array>
@@ -27,15 +27,15 @@ struct CShipFile {
   std::string key;
   CFileMark mark;
   EShipped state = EShipped::waiting;
-  bool isLive = false;             // found while the shipper ran
-  CVersion version = {};           // of what was read last; zeros before
-  CVersion carrier = {};           // of the pack that brought it; else its own
-  bool hasReceipt = false;         // of version
-  std::uint64_t sequence = 0;      // of the last message that brought version, as far as it is known
-  std::uint64_t others = 0;        // the highest sequence of other versions of this name
-  std::int64_t due = 0;            // when to do something about it, milliseconds since 1970
-  std::int64_t pause = 0;          // milliseconds to the next look for the receipt
-  std::int64_t sent = 0;           // milliseconds since 1970
+  bool isLive = false;         // found while the shipper ran
+  CVersion version = {};       // of what was read last; zeros before
+  CVersion carrier = {};       // of the pack that brought it; else its own
+  bool hasReceipt = false;     // of version
+  std::uint64_t sequence = 0;  // of the last message that brought version, as far as it is known
+  std::uint64_t others = 0;    // the highest sequence of other versions of this name
+  std::int64_t due = 0;        // when to do something about it, milliseconds since 1970
+  std::int64_t pause = 0;      // milliseconds to the next look for the receipt
+  std::int64_t sent = 0;       // milliseconds since 1970
 };
 
 // All operations throw CStoreFault.

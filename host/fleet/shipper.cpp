@@ -36,7 +36,8 @@ CShipper::CShipper(CNatsLink& link, const CShipperOptions& options, CToldOnce& l
 void CShipper::Run(const std::atomic<bool>& end) {
   while (!end && !(m_isOnce && IsDone())) {
     const Time now = std::chrono::steady_clock::now();
-    for (const CNatsMessage& message : m_link.Take(NextTurn(now))) Hear(message, std::chrono::steady_clock::now());
+    for (const CNatsMessage& message : m_link.Take(NextTurn(now)))
+      Hear(message, std::chrono::steady_clock::now());
     Turn(std::chrono::steady_clock::now());
   }
   m_state.Commit();
@@ -89,7 +90,8 @@ void CShipper::HearRequest(const CFileSubject& asked) {
     return;
   }
   const std::optional<CShipFile> file = m_state.Find(asked.file.key);
-  if (file && file->version == asked.version && (file->state == EShipped::sent || file->state == EShipped::archived))
+  if (file && file->version == asked.version &&
+      (file->state == EShipped::sent || file->state == EShipped::archived))
     m_sender.SendAgain(*file, asked.chunk);
 }
 
@@ -98,18 +100,19 @@ void CShipper::Report(Time now) {
   m_reportDue = now + (m_link.IsUp() ? kReportTurn : kNoReportTurn);
   constexpr double kNanoseconds = 1e9, kMilliseconds = 1e3;
   const std::optional<std::int64_t> oldest = m_state.Oldest();
-  CJson report = {{"site", m_node.site},
-                  {"node", m_node.name},
-                  {"waiting", SumJson({m_state.Sum(EShipped::waiting).files + m_state.Sum(EShipped::sending).files,
-                                       m_state.Sum(EShipped::waiting).bytes + m_state.Sum(EShipped::sending).bytes})},
-                  {"sent", SumJson(m_state.Sum(EShipped::sent))},
-                  {"archived", SumJson(m_state.Sum(EShipped::archived))},
-                  {"oldest", nullptr},
-                  {"removed", m_files.Removed()},
-                  {"lost", m_files.Lost()}};
+  CJson report = {
+      {"site", m_node.site},
+      {"node", m_node.name},
+      {"waiting", SumJson({m_state.Sum(EShipped::waiting).files + m_state.Sum(EShipped::sending).files,
+                           m_state.Sum(EShipped::waiting).bytes + m_state.Sum(EShipped::sending).bytes})},
+      {"sent", SumJson(m_state.Sum(EShipped::sent))},
+      {"archived", SumJson(m_state.Sum(EShipped::archived))},
+      {"oldest", nullptr},
+      {"removed", m_files.Removed()},
+      {"lost", m_files.Lost()}};
   if (oldest)
-    report["oldest"] = std::max(0.0, static_cast<double>(WallClock()) / kMilliseconds -
-                                         static_cast<double>(*oldest) / kNanoseconds);
+    report["oldest"] = std::max(
+        0.0, static_cast<double>(WallClock()) / kMilliseconds - static_cast<double>(*oldest) / kNanoseconds);
   m_link.Publish(NodeSubject("status", m_node), JsonText(report));
 }
 

@@ -12,8 +12,8 @@ namespace vastra {
 struct CShipperOptions {
   CFleetNode node;
   std::vector<CShipFolder> folders;
-  std::string state;             // the folder of its state
-  std::uint64_t limit = 0;       // bytes per second; 0: none
+  std::string state;              // the folder of its state
+  std::uint64_t limit = 0;        // bytes per second; 0: none
   std::int64_t deleteAfter = -1;  // seconds; negative: no file is removed
   bool isCsv = false;
   bool isOnce = false;

@@ -12,8 +12,8 @@ constexpr const char* kSettings =
 
 sqlite3* OpenDatabase(const std::string& path) {
   sqlite3* database = nullptr;
-  const int status = sqlite3_open_v2(path.c_str(), &database,
-                                     SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
+  const int status = sqlite3_open_v2(
+      path.c_str(), &database, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
   if (status == SQLITE_OK) return database;
   const std::string words = database == nullptr ? sqlite3_errstr(status) : sqlite3_errmsg(database);
   sqlite3_close(database);
@@ -31,9 +31,13 @@ CStatement::CStatement(CSqliteStore& store, const char* text)
 
 bool CStatement::Step() {
   switch (sqlite3_step(m_statement.get())) {
-    case SQLITE_ROW: return true;
-    case SQLITE_DONE: Reset(); return false;
-    default: m_store.Fail();
+    case SQLITE_ROW:
+      return true;
+    case SQLITE_DONE:
+      Reset();
+      return false;
+    default:
+      m_store.Fail();
   }
 }
 
@@ -86,8 +90,9 @@ void CSqliteStore::Rollback() {
 
 void CSqliteStore::Fail() const {
   const int code = sqlite3_errcode(m_database.get());
-  throw CStoreFault(m_path + ": " +
-                    (code == SQLITE_BUSY ? "is in use by another process" : sqlite3_errmsg(m_database.get())));
+  throw CStoreFault(
+      m_path + ": " +
+      (code == SQLITE_BUSY ? "is in use by another process" : sqlite3_errmsg(m_database.get())));
 }
 
 }  // namespace vastra

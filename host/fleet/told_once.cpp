@@ -5,7 +5,8 @@
 namespace vastra {
 
 void CToldOnce::Tell(const std::string& line, Time now) {
-  if (m_told.size() >= kMost) std::erase_if(m_told, [&](const auto& one) { return now - one.second.time >= kSilence; });
+  if (m_told.size() >= kMost)
+    std::erase_if(m_told, [&](const auto& one) { return now - one.second.time >= kSilence; });
   if (m_told.size() >= kMost) m_told.clear();
   const auto [found, isNew] = m_told.try_emplace(line, CTold{now});
   CTold& told = found->second;

@@ -1,5 +1,5 @@
-// CToldOnce: lines for the log of a service. A line that is the same as one of the last minute is left out, and
-// counted.
+// CToldOnce: lines for the log of a service. A line that is the same as one of the last minute is left out,
+// and counted.
 #pragma once
 
 #include <chrono>

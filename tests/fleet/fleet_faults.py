@@ -117,9 +117,9 @@ def full_disk(fleet, rng):
 def damaged(fleet, rng):
     """Another client's chunks take the places of the node's before it sends them."""
     logs = fleet.add_node("a")
-    whole, parts = rng.randbytes(50_000), rng.randbytes(CHUNK + 1000)
-    (logs / "whole.rph").write_bytes(whole)
-    (logs / "parts.rph").write_bytes(parts)
+    whole, parts, mixed = rng.randbytes(50_000), rng.randbytes(CHUNK + 1000), rng.randbytes(CHUNK + 9)
+    for name, content in (("whole", whole), ("parts", parts), ("mixed", mixed)):
+        (logs / f"{name}.rph").write_bytes(content)
     client = Client(fleet.cluster.ports[0])
 
     def inject(key, content, chunk, data, length=None, size=None):
@@ -128,7 +128,7 @@ def damaged(fleet, rng):
         client.ask(log_subject("log", "a", key, content, chunk), json.dumps(head).encode() + b"\n" + data)
 
     client.ask(log_subject("log", "a", "logs/whole.rph", whole, 0), b"no head at all")
-    inject("logs/parts.rph", parts, 0, rng.randbytes(CHUNK))           # a good chunk of something else
+    inject("logs/mixed.rph", mixed, 0, rng.randbytes(CHUNK))           # a good chunk of something else
     inject("logs/parts.rph", parts, 1, b"x" * 5, length=1000)          # short
     inject("logs/parts.rph", parts, 9, b"x" * 5, size=10 * CHUNK - CHUNK + 5)  # another size
     for name in ("..", ".hidden", "a/b", "x\n"):

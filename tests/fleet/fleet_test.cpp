@@ -1,5 +1,5 @@
-// What comes from the servers is from outside: names, chunks, packs and receipts. And the rule by which the newest
-// version of a file is the one that is stored.
+// What comes from the servers is from outside: names, chunks, packs and receipts. And the rule by which the
+// newest version of a file is the one that is stored.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -39,15 +39,29 @@ TEST(FleetNames, WhatCannotBeInAnArchiveIsRefused) {
   const auto with = [&](const std::string& site, const std::string& node, const std::string& key) {
     return "vastra.log." + site + "." + node + "." + key + "." + version + ".0";
   };
-  const std::string subjects[] = {
-      with("a", "b", Token("../x")),         with("a", "b", Token("x/../y")), with("a", "b", Token("/x")),
-      with("a", "b", Token("x/")),           with("a", "b", Token("x//y")),   with("a", "b", Token("x/\n")),
-      with("a", "b", Token("x/\x7f")),       with("a", "b", Token("x")),      with("a", "b", "x=2f"),
-      with("a", "b", "x=2Fy=4"),             with("a", "b", "x=2F=41"),       with("=2E", "b", Token("x/y")),
-      with(Token(".x"), "b", Token("x/y")),  with("a", "=2E=2E", Token("x/y")), with("a", Token("b/c"), Token("x/y")),
-      with("a", "b", Token("x/" + std::string(256, 'y'))), with("a", "", Token("x/y")), good + ".0",
-      good.substr(0, good.size() - 1),       good.substr(0, good.size() - 2), good + "x",
-      "vastra.done" + good.substr(10),       "vastra.log.a.b.x=2Fy." + version.substr(1) + ".0"};
+  const std::string subjects[] = {with("a", "b", Token("../x")),
+                                  with("a", "b", Token("x/../y")),
+                                  with("a", "b", Token("/x")),
+                                  with("a", "b", Token("x/")),
+                                  with("a", "b", Token("x//y")),
+                                  with("a", "b", Token("x/\n")),
+                                  with("a", "b", Token("x/\x7f")),
+                                  with("a", "b", Token("x")),
+                                  with("a", "b", "x=2f"),
+                                  with("a", "b", "x=2Fy=4"),
+                                  with("a", "b", "x=2F=41"),
+                                  with("=2E", "b", Token("x/y")),
+                                  with(Token(".x"), "b", Token("x/y")),
+                                  with("a", "=2E=2E", Token("x/y")),
+                                  with("a", Token("b/c"), Token("x/y")),
+                                  with("a", "b", Token("x/" + std::string(256, 'y'))),
+                                  with("a", "", Token("x/y")),
+                                  good + ".0",
+                                  good.substr(0, good.size() - 1),
+                                  good.substr(0, good.size() - 2),
+                                  good + "x",
+                                  "vastra.done" + good.substr(10),
+                                  "vastra.log.a.b.x=2Fy." + version.substr(1) + ".0"};
   for (const std::string& subject : subjects)
     EXPECT_FALSE(ParseFileSubject(EFileSubject::log, subject)) << subject;
 }
@@ -64,13 +78,17 @@ TEST(FleetMessages, ADamagedChunkIsFound) {
     changed[place] ^= 1;
     EXPECT_THROW(ParseChunk(changed, 1), CChunkFault) << place;
   }
-  const CChunk wrong[] = {{2, content.size(), "x"}, {1, content.size() + 1, std::string_view(content).substr(kChunkSize)},
-                          {0, 5, "xxxx"}, {0, kLargestFile + 1, std::string_view(content).substr(0, kChunkSize)}};
-  for (const CChunk& chunk : wrong) EXPECT_THROW(ParseChunk(MakeChunk(chunk), chunk.number), CChunkFault) << chunk.size;
+  const CChunk wrong[] = {{2, content.size(), "x"},
+                          {1, content.size() + 1, std::string_view(content).substr(kChunkSize)},
+                          {0, 5, "xxxx"},
+                          {0, kLargestFile + 1, std::string_view(content).substr(0, kChunkSize)}};
+  for (const CChunk& chunk : wrong)
+    EXPECT_THROW(ParseChunk(MakeChunk(chunk), chunk.number), CChunkFault) << chunk.size;
 }
 
 TEST(FleetMessages, APackHasWhatWasPutIn) {
-  const std::vector<CPackedFile> files = {{"logs/a", VersionOf("one"), "one"}, {"logs/\xff", VersionOf(""), ""}};
+  const std::vector<CPackedFile> files = {{"logs/a", VersionOf("one"), "one"},
+                                          {"logs/\xff", VersionOf(""), ""}};
   const std::string pack = MakePack(files);
   const std::vector<CPackedFile> read = ParsePack(pack);
   ASSERT_EQ(read.size(), 2U);
@@ -138,8 +156,9 @@ TEST_F(ArchiveIntake, TheVersionThatWasSentLastIsStored) {
     COrder order;
     const char* stored;
     std::size_t receipts;
-  } const steps[] = {{'A', {1, 1}, "A", 1}, {'B', {1, 2}, "B", 1}, {'A', {1, 1}, "B", 0}, {'B', {1, 2}, "B", 1},
-                     {'A', {1, 3}, "A", 1}, {'B', {1, 2}, "A", 0}, {'C', {2, 1}, "C", 1}, {'A', {1, 9}, "C", 0}};
+  } const steps[] = {{'A', {1, 1}, "A", 1}, {'B', {1, 2}, "B", 1}, {'A', {1, 1}, "B", 0},
+                     {'B', {1, 2}, "B", 1}, {'A', {1, 3}, "A", 1}, {'B', {1, 2}, "A", 0},
+                     {'C', {2, 1}, "C", 1}, {'A', {1, 9}, "C", 0}};
   Open();
   for (const auto& step : steps) {
     Take(step.letter, 10, 0, step.order);
