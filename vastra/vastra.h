@@ -63,6 +63,7 @@
 #include "vastra/logfiles/log_reader.h"
 #include "vastra/logfiles/sample_store.h"
 #include "vastra/logfiles/stable_hash.h"
+#include "vastra/logfiles/whole_log.h"
 #include "vastra/platform/api.h"
 #include "vastra/platform/archive.h"
 #include "vastra/platform/archive_fields.h"

@@ -10,6 +10,7 @@
 #include <climits>
 #include <cstring>
 
+#include "host/common/descriptor.h"
 #include "host/common/paths.h"
 #include "vastra/platform/file_system.h"
 
@@ -18,21 +19,6 @@ namespace {
 
 using CElfHeader = ElfW(Ehdr);
 using CElfSegment = ElfW(Phdr);
-
-// Closes a descriptor at the end of a scope.
-class CDescriptor {
- public:
-  explicit CDescriptor(int file) : m_file(file) {}
-  CDescriptor(const CDescriptor&) = delete;
-  CDescriptor& operator=(const CDescriptor&) = delete;
-  ~CDescriptor() {
-    if (m_file >= 0) ::close(m_file);
-  }
-  int Get() const { return m_file; }
-
- private:
-  int m_file;
-};
 
 CString Number(std::uint64_t number) { return CString(std::to_string(number)); }
 

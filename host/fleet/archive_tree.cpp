@@ -10,7 +10,8 @@
 #include <filesystem>
 #include <memory>
 
-#include "host/fleet/descriptor.h"
+#include "host/common/descriptor.h"
+#include "host/fleet/file_version.h"
 
 namespace vastra {
 namespace {

@@ -8,6 +8,8 @@
 #include <charconv>
 #include <cstring>
 
+#include "host/fleet/file_version.h"
+
 namespace vastra {
 namespace {
 

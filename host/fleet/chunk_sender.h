@@ -6,8 +6,8 @@
 #include <deque>
 #include <map>
 
+#include "host/common/descriptor.h"
 #include "host/fleet/chunk.h"
-#include "host/fleet/descriptor.h"
 #include "host/fleet/fleet_names.h"
 #include "host/fleet/log_finder.h"
 #include "host/fleet/nats_link.h"

@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <cstring>
 
-#include "host/fleet/descriptor.h"
 #include "host/fleet/fleet_names.h"
 
 namespace vastra {

@@ -8,7 +8,8 @@
 #include <cerrno>
 #include <cstring>
 
-#include "host/fleet/descriptor.h"
+#include "host/common/descriptor.h"
+#include "host/fleet/file_version.h"
 #include "vastra/logfiles/whole_log.h"
 
 namespace vastra {

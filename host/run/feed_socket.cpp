@@ -74,15 +74,6 @@ CString LockFolder(const std::string& path, CDescriptor& folder) {
 
 }  // namespace
 
-CDescriptor& CDescriptor::operator=(CDescriptor&& other) noexcept {
-  std::swap(m_descriptor, other.m_descriptor);
-  return *this;
-}
-
-CDescriptor::~CDescriptor() {
-  if (m_descriptor >= 0) ::close(m_descriptor);
-}
-
 CFeedSocket::~CFeedSocket() {
   struct stat status = {};
   if (m_isMade && ::lstat(m_path, &status) == 0 && status.st_dev == m_device && status.st_ino == m_inode)

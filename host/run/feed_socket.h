@@ -3,24 +3,10 @@
 
 #include <sys/types.h>
 
+#include "host/common/descriptor.h"
 #include "vastra/platform/string.h"
 
 namespace vastra {
-
-// A descriptor that is closed with its object.
-class CDescriptor {
- public:
-  explicit CDescriptor(int descriptor = -1) : m_descriptor(descriptor) {}
-  CDescriptor(CDescriptor&& other) noexcept : m_descriptor(other.m_descriptor) { other.m_descriptor = -1; }
-  CDescriptor& operator=(CDescriptor&& other) noexcept;
-  CDescriptor(const CDescriptor&) = delete;
-  CDescriptor& operator=(const CDescriptor&) = delete;
-  ~CDescriptor();
-  int Get() const { return m_descriptor; }
-
- private:
-  int m_descriptor;
-};
 
 class CFeedSocket {
  public:

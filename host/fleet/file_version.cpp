@@ -1,4 +1,6 @@
-#include "host/fleet/descriptor.h"
+#include "host/fleet/file_version.h"
+
+#include <unistd.h>
 
 #include <cerrno>
 #include <vector>
