@@ -81,8 +81,8 @@ def wiped(fleet, rng):
     fleet.wait_complete(60)
     fleet.archive.kill()
     first.write_bytes(b"second")
-    fill(logs, 24, rng)
-    wait(lambda: Client(fleet.cluster.ports[0]).stream("VASTRA_LOGS")["messages"] > 10, 30, "chunks wait")
+    fill(logs, 240, rng, (300_000,))
+    wait(lambda: Client(fleet.cluster.ports[0]).stream("VASTRA_LOGS")["messages"] > 20, 30, "chunks wait")
     fleet.cluster.wipe()
     fleet.cluster.init()
     fleet.archive.start()
@@ -97,14 +97,14 @@ def full_disk(fleet, rng):
     subprocess.run(["mount", "-t", "tmpfs", "-o", "size=2m", "none", fleet.archive_folder], check=True)
     try:
         logs = fleet.add_node("a")
-        fill(logs, 16, rng)
+        fill(logs, 60, rng, (30_000, 33_000, 200_000))
         ballast = fleet.archive_folder / ".ballast"
         ballast.write_bytes(bytes(1_500_000))
         fleet.start_archive("--state", fleet.folder / "record")
         fleet.start_shipper("a")
         wait(lambda: "No space left" in fleet.archive.text(), 60, "the archive says that the disk is full")
         assert fleet.archive.is_up()
-        subprocess.run(["mount", "-o", "remount,size=50m", fleet.archive_folder], check=True)
+        subprocess.run(["mount", "-o", "remount,size=90m", fleet.archive_folder], check=True)
         fleet.wait_complete(120)
         ballast.unlink()
     finally:
