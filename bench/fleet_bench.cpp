@@ -33,7 +33,9 @@ constexpr double kMega = 1e6, kGoal = 0.7;
   std::exit(1);
 }
 
-double Since(CClock::time_point begin) { return std::chrono::duration<double>(CClock::now() - begin).count(); }
+double Since(CClock::time_point begin) {
+  return std::chrono::duration<double>(CClock::now() - begin).count();
+}
 
 // A process that ends with its object.
 class CProcess {
@@ -44,7 +46,8 @@ class CProcess {
     args.push_back(nullptr);
     m_child = ::fork();
     if (m_child != 0) return;
-    if (std::freopen(log.c_str(), "a", stdout) == nullptr || std::freopen(log.c_str(), "a", stderr) == nullptr)
+    if (std::freopen(log.c_str(), "a", stdout) == nullptr ||
+        std::freopen(log.c_str(), "a", stderr) == nullptr)
       ::_exit(126);
     ::execvp(args[0], args.data());
     ::_exit(127);
@@ -97,12 +100,14 @@ void StartServers(CFleet& fleet) {
     const std::string config = fleet.folder / ("s" + std::to_string(i) + ".conf");
     std::ofstream(config) << "server_name: s" << i << "\nlisten: \"127.0.0.1:" << kPort + i
                           << "\"\njetstream { store_dir: \"" << fleet.folder.string() << "/s" << i
-                          << "\", max_file_store: 20GB }\ncluster { name: C, listen: \"127.0.0.1:" << kRoute + i
-                          << "\", routes: [" << routes << "] }\n";
+                          << "\", max_file_store: 20GB }\ncluster { name: C, listen: \"127.0.0.1:"
+                          << kRoute + i << "\", routes: [" << routes << "] }\n";
     fleet.servers.emplace_back(std::vector<std::string>{"nats-server", "-c", config}, config + ".log");
   }
   for (int i = 0; i < 60; ++i)
-    if (CProcess({fleet.Program(), "init", "--server", fleet.url, "--replicas", "3"}, "/dev/null").Wait() == 0) return;
+    if (CProcess({fleet.Program(), "init", "--server", fleet.url, "--replicas", "3"}, "/dev/null").Wait() ==
+        0)
+      return;
   Fail("the servers do not start");
 }
 
@@ -123,8 +128,8 @@ double Ship(const CFleet& fleet, int nodes) {
   for (int node = 0; node < nodes || !running.empty();) {
     while (node < nodes && running.size() < kAtOnce) {
       const std::string name = std::to_string(node++), place = fleet.folder / "nodes" / name;
-      CProcess shipper({fleet.Program(), "ship", "--server", fleet.url, "--site", "plant", "--node", name, "--csv",
-                        "--once", "--state", place + "/state", place + "/logs"},
+      CProcess shipper({fleet.Program(), "ship", "--server", fleet.url, "--site", "plant", "--node", name,
+                        "--csv", "--once", "--state", place + "/state", place + "/logs"},
                        fleet.folder / "ship.log");
       running.emplace(shipper.Id(), std::move(shipper));
     }
@@ -145,7 +150,8 @@ double PublishBare(const CFleet& fleet, int logs) {
   natsSubscription* answers = nullptr;
   static std::atomic<int> answered{0};
   answered = 0;
-  if (natsConnection_ConnectTo(&connection, fleet.url.c_str()) != NATS_OK) Fail("the client does not connect");
+  if (natsConnection_ConnectTo(&connection, fleet.url.c_str()) != NATS_OK)
+    Fail("the client does not connect");
   natsConnection_Subscribe(
       &answers, connection, "_INBOX.bare.>",
       [](natsConnection*, natsSubscription*, natsMsg* message, void*) {
@@ -160,13 +166,15 @@ double PublishBare(const CFleet& fleet, int logs) {
   for (int i = 0; i < logs; ++i) {
     while (i - answered >= kWindow) std::this_thread::sleep_for(std::chrono::microseconds(50));
     const std::string number = std::to_string(i);
-    natsConnection_PublishRequest(connection, ("vastra.log.bare." + number).c_str(), ("_INBOX.bare." + number).c_str(),
-                                  bytes.data(), static_cast<int>(bytes.size()));
+    natsConnection_PublishRequest(connection, ("vastra.log.bare." + number).c_str(),
+                                  ("_INBOX.bare." + number).c_str(), bytes.data(),
+                                  static_cast<int>(bytes.size()));
   }
   while (answered < logs && Since(begin) < 600) std::this_thread::sleep_for(std::chrono::microseconds(50));
   const double seconds = Since(begin);
   natsMsg* purged = nullptr;
-  natsConnection_RequestString(&purged, connection, "$JS.API.STREAM.PURGE.VASTRA_LOGS", "{\"filter\":\"vastra.log.bare.>\"}", 60000);
+  natsConnection_RequestString(&purged, connection, "$JS.API.STREAM.PURGE.VASTRA_LOGS",
+                               "{\"filter\":\"vastra.log.bare.>\"}", 60000);
   natsMsg_Destroy(purged);
   natsSubscription_Destroy(answers);
   natsConnection_Destroy(connection);
@@ -176,7 +184,8 @@ double PublishBare(const CFleet& fleet, int logs) {
 std::size_t Archived(const fs::path& folder) {
   std::size_t files = 0;
   std::error_code fault;
-  for (fs::recursive_directory_iterator it(folder / "plant", fault), end; !fault && it != end; it.increment(fault))
+  for (fs::recursive_directory_iterator it(folder / "plant", fault), end; !fault && it != end;
+       it.increment(fault))
     files += it->is_regular_file(fault) ? 1U : 0U;
   return files;
 }
@@ -185,7 +194,8 @@ std::size_t Archived(const fs::path& folder) {
 double Archive(const CFleet& fleet, int nodes) {
   const fs::path into = fleet.folder / "archive";
   const CClock::time_point begin = CClock::now();
-  const CProcess archive({fleet.Program(), "archive", "--server", fleet.url, "--into", into}, fleet.folder / "archive.log");
+  const CProcess archive({fleet.Program(), "archive", "--server", fleet.url, "--into", into},
+                         fleet.folder / "archive.log");
   while (Archived(into) < static_cast<std::size_t>(nodes * kLogs)) {
     if (Since(begin) > 600) Fail("the archive is not complete");
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
@@ -200,7 +210,8 @@ double Measure(int nodes) {
   MakeNodes(fleet, nodes);
   const double mega = static_cast<double>(nodes * kLogs) * kLogBytes / kMega;
   const auto print = [&](const char* what, double seconds) {
-    std::printf("%5d nodes, %-24s %8.0f files/s %8.1f MB/s\n", nodes, what, nodes * kLogs / seconds, mega / seconds);
+    std::printf("%5d nodes, %-24s %8.0f files/s %8.1f MB/s\n", nodes, what, nodes * kLogs / seconds,
+                mega / seconds);
   };
   double bare = PublishBare(fleet, nodes * kLogs);
   print("bare client", bare);
@@ -211,8 +222,8 @@ double Measure(int nodes) {
   bare = (bare + PublishBare(fleet, nodes * kLogs)) / 2;
   print("archive", Archive(fleet, nodes));
   std::printf("%5d nodes, memory of a server: %.0f MB\n", nodes, resident);
-  std::printf("%5d nodes, shippers beside a bare client: %.2f of its rate  (goal: at least %g)%s\n", nodes, bare / ship,
-              kGoal, bare / ship < kGoal ? "   MISSED" : "");
+  std::printf("%5d nodes, shippers beside a bare client: %.2f of its rate  (goal: at least %g)%s\n", nodes,
+              bare / ship, kGoal, bare / ship < kGoal ? "   MISSED" : "");
   return ship / nodes;
 }
 
@@ -223,8 +234,9 @@ int main(int argc, char**) {
   std::setvbuf(stdout, nullptr, _IOLBF, 0);
   const double few = Measure(argc > 1 ? 2 : 100);
   const double many = Measure(argc > 1 ? 4 : 1000);
-  std::printf("a node of the larger fleet costs %.2f times what one of the smaller costs  (goal: at most 1.2)%s\n",
-              many / few, many / few > 1.2 ? "   MISSED" : "");
+  std::printf(
+      "a node of the larger fleet costs %.2f times what one of the smaller costs  (goal: at most 1.2)%s\n",
+      many / few, many / few > 1.2 ? "   MISSED" : "");
   nats_Close();
   return 0;
 }

@@ -12,7 +12,7 @@ CREATE TABLE IF NOT EXISTS file (
   state INTEGER NOT NULL, live INTEGER NOT NULL, version BLOB NOT NULL, carrier BLOB NOT NULL,
   receipt INTEGER NOT NULL, sequence INTEGER NOT NULL, others INTEGER NOT NULL, due INTEGER NOT NULL,
   pause INTEGER NOT NULL, sent INTEGER NOT NULL) WITHOUT ROWID;
-CREATE INDEX IF NOT EXISTS turn ON file (state, live, changed);
+CREATE INDEX IF NOT EXISTS turn ON file (state, live, changed) WHERE state < 3;
 CREATE INDEX IF NOT EXISTS due ON file (due) WHERE state = 2;
 UPDATE file SET state = 0 WHERE state = 1;
 )";
@@ -48,12 +48,16 @@ CShipState::CShipState(const std::string& path)
       m_find(m_store, Select("key = ?").c_str()),
       m_put(m_store, "INSERT OR REPLACE INTO file VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
       m_remove(m_store, "DELETE FROM file WHERE key = ?"),
-      m_waiting(m_store,
-                Select("state = 0 AND live = ? AND (due <= ? OR due > ?) ORDER BY changed LIMIT ?").c_str()),
+      m_waiting(
+          m_store,
+          Select("state = 0 AND state < 3 AND live = ? AND (due <= ? OR due > ?) ORDER BY changed LIMIT ?")
+              .c_str()),
       m_overdue(m_store, Select("state = 2 AND (due <= ? OR due > ?) LIMIT ?").c_str()),
       m_inPack(m_store, Select("state = 2 AND carrier = ? LIMIT ?").c_str()),
       m_after(m_store, Select("key > ? ORDER BY key LIMIT ?").c_str()),
-      m_oldest(m_store, "SELECT changed FROM file WHERE state = ? AND live = ? ORDER BY changed LIMIT 1") {
+      m_oldest(
+          m_store,
+          "SELECT changed FROM file WHERE state = ? AND state < 3 AND live = ? ORDER BY changed LIMIT 1") {
   CStatement sums(m_store, "SELECT state, count(*), coalesce(sum(size), 0) FROM file GROUP BY state");
   while (sums.Step())
     if (sums.Unsigned(0) < kShippedStates) m_sums[sums.Unsigned(0)] = {sums.Unsigned(1), sums.Unsigned(2)};

@@ -67,7 +67,9 @@ void CStatement::BindOne(int place, std::string_view bytes) {
     m_store.Fail();
 }
 
+// Zeros, which are no version, take no room.
 void CStatement::BindOne(int place, const CVersion& version) {
+  if (version == CVersion{}) return BindOne(place, std::string_view());
   BindOne(place, std::string_view(reinterpret_cast<const char*>(version.data()), version.size()));
 }
 

@@ -8,7 +8,7 @@
 
 #include "host/fleet/archive_intake.h"
 #include "host/fleet/fleet_streams.h"
-#include "host/fleet/receipt_sender.h"
+#include "host/fleet/receipt_hearer.h"
 
 namespace vastra {
 namespace {
@@ -188,6 +188,51 @@ TEST_F(ArchiveIntake, ChunksComeInAnyOrderAndOutliveTheProcess) {
   EXPECT_EQ(m_intake->Finish().size(), 1U);
   EXPECT_EQ(Stored(), "A");
   EXPECT_TRUE(m_tree->Incoming().empty());
+}
+
+// What a receipt does to a file whose content is A; the archive may have had A before, and B since.
+TEST(FleetReceipts, AReceiptOfAnEarlierSendingDoesNotCount) {
+  const std::filesystem::path path =
+      std::filesystem::temp_directory_path() / ("ship" + std::to_string(::getpid()));
+  CNatsOptions nowhere;
+  nowhere.servers = {"nats://127.0.0.1:1"};
+  nowhere.inbox = "_INBOX.test";
+  CNatsLink link(nowhere);
+  CShipState state(path.string());
+  CReceiptHearer hearer(link, state, kNode);
+  struct {
+    EShipped before;
+    std::uint64_t sequence, others;
+    char version;
+    std::uint64_t receipt;
+    EShipped after;
+    bool hasReceipt;
+  } const cases[] = {
+      {EShipped::sent, 5, 0, 'A', 5, EShipped::archived, true},
+      {EShipped::sent, 5, 4, 'A', 3, EShipped::sent, false},
+      {EShipped::sent, 0, 4, 'A', 3, EShipped::sent, false},  // its own number is not known
+      {EShipped::sent, 0, 4, 'A', 6, EShipped::archived, true},
+      {EShipped::sending, 0, 0, 'A', 6, EShipped::archived, true},
+      {EShipped::waiting, 5, 0, 'A', 6, EShipped::waiting, true},  // its content has changed since
+      {EShipped::archived, 5, 0, 'B', 6, EShipped::waiting, false},
+      {EShipped::archived, 5, 0, 'B', 4, EShipped::archived, true},
+      {EShipped::sent, 5, 0, 'B', 6, EShipped::sent, false}};
+  for (const auto& one : cases) {
+    CShipFile file;
+    file.key = "logs/a";
+    file.state = one.before;
+    file.version = VersionOf("A");
+    file.sequence = one.sequence;
+    file.others = one.others;
+    file.hasReceipt = one.before == EShipped::archived;
+    state.Put(file);
+    hearer.Hear({{{kNode, file.key}, VersionOf(std::string(1, one.version))}, one.receipt});
+    EXPECT_EQ(state.Find(file.key)->state, one.after) << &one - cases;
+    EXPECT_EQ(state.Find(file.key)->hasReceipt, one.hasReceipt) << &one - cases;
+  }
+  hearer.Hear({{{{"other", "node"}, "logs/a"}, VersionOf("A")}, 99});
+  EXPECT_EQ(state.Find("logs/a")->others, 6U);
+  std::filesystem::remove(path);
 }
 
 }  // namespace
