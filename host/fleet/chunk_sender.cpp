@@ -254,7 +254,7 @@ void CChunkSender::Hear(const CNatsMessage& answer, Time now) {
   if (send == m_sends.end()) return;
   --send->second.underWay;
   const CStoredAnswer stored = ParseStored(answer);
-  if (stored.sequence != 0 || stored.error == CStoredAnswer::kRepeated) {
+  if (stored.sequence != 0 || stored.IsRepeated()) {
     send->second.sequence = std::max(send->second.sequence, stored.sequence);
     m_block = {};
   } else {

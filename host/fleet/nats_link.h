@@ -113,7 +113,10 @@ struct CStoredAnswer {
   int error = 0;               // the server's number for why; 0 without one
   std::string text;            // the server's words
 
-  static constexpr int kRepeated = 10077;       // there is a message of this subject, and one is allowed
+  // There is a message of this subject already, and one is allowed. A full stream has the same number.
+  bool IsRepeated() const { return error == kNotStored && text == "maximum messages per subject exceeded"; }
+
+  static constexpr int kNotStored = 10077;
   static constexpr int kWrongSequence = 10071;  // the last message of the subject has another sequence
 };
 CStoredAnswer ParseStored(const CNatsMessage& answer);

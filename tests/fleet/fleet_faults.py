@@ -16,7 +16,7 @@ import sys
 import tempfile
 import time
 
-from fleet_parts import BIN, Client, Cluster, Fleet, Process, end_with_parent, wait
+from fleet_parts import BIN, SUFFIXES, Client, Cluster, Fleet, wait
 
 LONG = "--long" in sys.argv
 CHUNK = 256 << 10
@@ -137,8 +137,9 @@ def damaged(fleet, rng):
         client.ask(log_subject("log", "a", key, b"evil", 0), json.dumps(
             {"chunk": 0, "size": 4, "length": 4, "crc32c": crc32c(b"evil")}).encode() + b"\nevil")
     client.ask("vastra.log.nonsense", b"junk")
-    fleet.start_archive()
     fleet.start_shipper("a")
+    wait(lambda: sum(node["sent"]["files"] for node in fleet.status()["nodes"]) == 3, 60, "all are at the servers")
+    fleet.start_archive()
     fleet.wait_complete(150)
     wait(lambda: client.stream("VASTRA_LOGS")["messages"] == 0, 60, "the stream is empty")
     assert not list(fleet.folder.rglob("evil*"))
@@ -246,7 +247,47 @@ def permissions(fleet, rng):
     shutil.rmtree(fleet.archive_folder / "plant")
 
 
-CASES = {case.__name__: case for case in (kills, partition, wiped, full_disk, damaged, links, removed, clock, permissions)}
+def basics(fleet, rng):
+    """What a first user does, and what init, --limit, --csv, --once and status promise."""
+    url = fleet.cluster.url
+
+    def run(command, *options):
+        return subprocess.run([BIN / "vastra-fleet", command, "--server", url, *options], capture_output=True,
+                              text=True, timeout=60)
+    for options, status, words in ((("--replicas", "3"), 0, "VASTRA_LOGS: is there, 3 replicas"),
+                                   (("--replicas", "1"), 1, "replicas would be lowered from 3 to 1"),
+                                   (("--replicas", "3", "--max-bytes", "9MB"), 1, "from no limit to 9000000")):
+        done = run("init", *options)
+        assert done.returncode == status and words in done.stdout + done.stderr, done
+    logs = fleet.add_node("a")
+    for i in range(50):
+        (logs / f"{i}.csv").write_bytes(rng.randbytes(20_000) + b"\n")
+    (logs / "notes.txt").write_bytes(b"not a log")
+    began = time.monotonic()
+    done = subprocess.run(fleet.ship_command("a", "--csv", "--once", "--limit", "200kB"), capture_output=True, timeout=60)
+    assert done.returncode == 0 and 2 < time.monotonic() - began < 15, (done, time.monotonic() - began)
+    node = fleet.status()["nodes"][0]
+    assert (node["sent"], node["archived"]["files"], node["waiting"]["files"]) == ({"files": 50, "bytes": 1_000_050}, 0, 0), node
+    fleet.start_archive()
+    fleet.start_shipper("a", "--csv")
+    wait(lambda: fleet.status()["nodes"][0]["archived"]["files"] == 50, 60, "all have receipts")
+    assert "plant  a     0 (0.0 MB)" in run("status").stdout, run("status").stdout
+    assert not (fleet.archive_folder / "plant/a/logs/notes.txt").exists()
+    (logs / "notes.txt").unlink()
+    # A full stream holds back what is sent, and loses nothing.
+    fleet.archive.kill()
+    client = Client(fleet.cluster.ports[0])
+    config = json.loads(client.ask("$JS.API.STREAM.INFO.VASTRA_LOGS")[1])["config"] | {"max_bytes": 1_000_000}
+    assert b"error" not in client.ask("$JS.API.STREAM.UPDATE.VASTRA_LOGS", json.dumps(config).encode())[1]
+    for i in range(20):
+        (logs / f"more {i}.csv").write_bytes(rng.randbytes(100_000) + b"\n")
+    wait(lambda: "maximum bytes exceeded" in fleet.shippers["a"].text(), 60, "the shipper says that the stream is full")
+    fleet.archive.start()
+    SUFFIXES.add(".csv")
+    fleet.wait_complete(90)
+
+
+CASES = {case.__name__: case for case in (basics, kills, partition, wiped, full_disk, damaged, links, removed, clock, permissions)}
 
 
 def crc32c(data):
