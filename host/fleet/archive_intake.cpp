@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <chrono>
 
-#include "host/common/shown_text.h"
-
 namespace vastra {
 namespace {
+
+constexpr std::int64_t kSilent = 5, kStale = 30 * 86400;  // seconds
 
 std::int64_t Now() {
   return std::chrono::duration_cast<std::chrono::seconds>(std::chrono::system_clock::now().time_since_epoch())
@@ -187,11 +187,26 @@ void CArchiveIntake::GiveBack() {
     if (!std::binary_search(kept.begin(), kept.end(), id)) m_tree.Drop(id);
 }
 
-std::vector<const CPartialFile*> CArchiveIntake::Waiting(std::int64_t before) const {
+std::vector<const CPartialFile*> CArchiveIntake::Waiting() const {
   std::vector<const CPartialFile*> waiting;
+  const std::int64_t now = Now();
   for (const auto& [key, partial] : m_partials)
-    if (partial.touched <= before) waiting.push_back(&partial);
+    if (partial.touched > now || now - partial.touched >= kSilent) waiting.push_back(&partial);
   return waiting;
+}
+
+void CArchiveIntake::DropStale() {
+  const std::int64_t now = Now();
+  CTransaction transaction(m_record.Store());
+  std::erase_if(m_partials, [&](const auto& one) {
+    const CPartialFile& partial = one.second;
+    if (now - partial.touched < kStale) return false;
+    m_tell(partial.stored.file.Path() + ": got nothing for 30 days, given up");
+    m_record.DropPartial(partial.id);
+    m_tree.Drop(partial.id);
+    return true;
+  });
+  transaction.Commit();
 }
 
 }  // namespace vastra

@@ -26,8 +26,11 @@ class CArchiveIntake {
   // Drops what came since the last Finish.
   void GiveBack();
 
-  // Files that miss chunks and got none for this long.
-  std::vector<const CPartialFile*> Waiting(std::int64_t before) const;
+  // Files that miss chunks and got none for some seconds.
+  std::vector<const CPartialFile*> Waiting() const;
+  // Gives up files that got nothing for 30 days: their nodes are gone, or send another version. Throws
+  // CStoreFault.
+  void DropStale();
 
  private:
   using CKey = std::pair<std::string, CVersion>;

@@ -11,7 +11,7 @@ namespace {
 constexpr std::size_t kBatch = 512;
 constexpr std::int64_t kBatchBytes = std::int64_t{16} << 20, kSecondNs = 1'000'000'000;
 constexpr std::chrono::seconds kPullTime{10}, kSetUpPause{1}, kPatience{5}, kDiskPause{2}, kTurn{1};
-constexpr std::chrono::seconds kFirstAsk{2}, kLongestAsk{600}, kSilentPartial{5};
+constexpr std::chrono::seconds kFirstAsk{2}, kLongestAsk{600}, kStaleTurn{3600};
 constexpr std::size_t kMostAsked = 10000, kMostChunksAsked = 64;
 constexpr const char* kPullKind = "pull";
 constexpr std::int64_t kAckWait = 60 * kSecondNs, kMostUnacknowledged = 4 * kBatch;
@@ -69,11 +69,18 @@ void CArchiver::Run(const std::atomic<bool>& end) {
     now = std::chrono::steady_clock::now();
     TakeBatch(now);
     AskAgain(now);
-    try {
-      m_receipts.Work(now);
-    } catch (const CStoreFault& fault) {
-      m_log.Tell(fault.what());
-    }
+    Keep(now);
+  }
+}
+
+void CArchiver::Keep(Time now) {
+  try {
+    m_receipts.Work(now);
+    if (now < m_staleDue) return;
+    m_staleDue = now + kStaleTurn;
+    m_intake.DropStale();
+  } catch (const CStoreFault& fault) {
+    m_log.Tell(fault.what());
   }
 }
 
@@ -178,10 +185,7 @@ void CArchiver::AskLater(const CFileSubject& subject, Time now) {
 void CArchiver::AskAgain(Time now) {
   if (now < m_askDue || !m_isReady) return;
   m_askDue = now + kTurn;
-  const std::int64_t silent = std::chrono::duration_cast<std::chrono::seconds>(
-                                  std::chrono::system_clock::now().time_since_epoch() - kSilentPartial)
-                                  .count();
-  for (const CPartialFile* const partial : m_intake.Waiting(silent))
+  for (const CPartialFile* const partial : m_intake.Waiting())
     for (const std::uint64_t chunk : partial->Missing(kMostChunksAsked))
       AskLater({partial->stored.file, partial->stored.version, chunk}, now);
   for (auto& [subject, asked] : m_asked) {

@@ -43,6 +43,7 @@ class CArchiver {
   void TakeBatch(Time now);
   void TakeOne(const CNatsMessage& message, Time now);
   void AskAgain(Time now);
+  void Keep(Time now);
   void AskLater(const CFileSubject& subject, Time now);
 
   CNatsLink& m_link;
@@ -65,7 +66,7 @@ class CArchiver {
   std::deque<CNatsMessage> m_batch;
 
   std::map<std::string, CAsked> m_asked;  // by subject
-  Time m_askDue{};
+  Time m_askDue{}, m_staleDue{};
 };
 
 }  // namespace vastra

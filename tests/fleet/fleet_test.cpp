@@ -180,8 +180,8 @@ TEST_F(ArchiveIntake, ChunksComeInAnyOrderAndOutliveTheProcess) {
   m_intake->Finish();
   Take('A', kSize, 1, {1, 2});  // not finished
   Open();
-  ASSERT_EQ(m_intake->Waiting(INT64_MAX).size(), 1U);
-  EXPECT_EQ(m_intake->Waiting(INT64_MAX).front()->Missing(9), std::vector<std::uint64_t>{1});
+  ASSERT_EQ(m_record->Partials().size(), 1U);
+  EXPECT_EQ(m_record->Partials().front().Missing(9), std::vector<std::uint64_t>{1});
   Take('B', 10, 0, {1, 2});  // sent before the last chunk of A
   EXPECT_EQ(m_intake->Finish().size(), 1U);
   Take('A', kSize, 1, {1, 2});
