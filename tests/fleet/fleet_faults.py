@@ -42,7 +42,7 @@ def kills(fleet, rng):
     logs = fleet.add_node("a")
     fleet.start_archive()
     fleet.start_shipper("a")
-    for turn in range(60 if LONG else 8):
+    for _ in range(int(os.environ.get("FLEET_KILLS", 8))):
         fill(logs, 8, rng)
         changed = rng.choice(list(logs.iterdir()))
         changed.with_suffix(".part").write_bytes(rng.randbytes(rng.randrange(600_000)))
@@ -315,6 +315,7 @@ def main():
         fleet = Fleet(folder)
         try:
             CASES[name](fleet, random.Random(seed))
+            fleet.sent = sum(path.is_file() for path in fleet.archive_folder.rglob("*"))
             missing, extra = getattr(fleet, "snapshot", None) or (fleet.missing(), fleet.extra())
             assert not missing and not extra, f"missing {missing}, extra {extra}"
         except BaseException:
@@ -325,7 +326,7 @@ def main():
         finally:
             fleet.end()
         shutil.rmtree(folder, ignore_errors=True)
-        print(f"{name}: {time.monotonic() - began:.0f} s", flush=True)
+        print(f"{name}: {fleet.sent} files, {time.monotonic() - began:.0f} s", flush=True)
 
 
 if __name__ == "__main__":

@@ -13,6 +13,7 @@ from typing import Callable, NamedTuple
 import browsers
 import disks
 import feeds
+import fleet
 import history
 import history_beside
 import history_clock
@@ -124,6 +125,7 @@ CLAIMS = [
           viewers.viewers, 0, 600),
     Claim("pages", "A browser shows the values of the logs, to the last digit and at any zoom; its address holds the view; it says "
           "that a logger or the server is gone, and goes on when it is back", browsers.pages, 0, 20),
+    Claim("fleet", "", fleet.fleet, 0, 100),
 ]
 
 
