@@ -15,9 +15,9 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr std::uint64_t kMostBytes = std::uint64_t{4} << 20;
+constexpr std::uint64_t kMostBytes = std::uint64_t{4} << 20, kFirstBytes = 2 * kChunkSize;
 constexpr std::size_t kMostMessages = 256, kQueue = 2048, kMostPacked = 1000;
-constexpr std::chrono::seconds kAnswerTime{15};
+constexpr std::chrono::seconds kAnswerTime{60}, kQuickAnswer{2}, kSlowAnswer{5};
 constexpr milliseconds kFirstBlock{500}, kLongestBlock{30000}, kStartPause{200};
 constexpr std::int64_t kFirstLook = 30'000, kPutOff = 60'000;  // ms
 
@@ -48,6 +48,16 @@ std::string ReadAt(int file, std::uint64_t place, std::size_t size) {
 
 }  // namespace
 
+CChunkSender::CChunkSender(CNatsLink& link, CShipState& state, const CLogFinder& finder,
+                           const CFleetNode& node, std::uint64_t limit, CToldOnce& log)
+    : m_link(link),
+      m_state(state),
+      m_finder(finder),
+      m_node(node),
+      m_limit(limit),
+      m_log(log),
+      m_window(kFirstBytes) {}
+
 void CChunkSender::Work(Time now) {
   TakeBack(now);
   while (MayPublish(now) && PublishNext(now)) {
@@ -70,7 +80,7 @@ bool CChunkSender::MayPublish(Time now) {
     m_filled = now;
   }
   return m_link.IsUp() && now >= m_blocked && (m_limit == 0 || m_allowance > 0) &&
-         m_bytesUnderWay < kMostBytes && m_underWay.size() < kMostMessages;
+         m_bytesUnderWay < m_window && m_underWay.size() < kMostMessages;
 }
 
 bool CChunkSender::PublishNext(Time now) {
@@ -250,6 +260,7 @@ void CChunkSender::Hear(const CNatsMessage& answer, Time now) {
   const CUnderWay underWay = found->second;
   m_underWay.erase(found);
   m_bytesUnderWay -= underWay.bytes;
+  Adapt(underWay, now);
   const auto send = m_sends.find(underWay.send);
   if (send == m_sends.end()) return;
   --send->second.underWay;
@@ -266,10 +277,24 @@ void CChunkSender::Hear(const CNatsMessage& answer, Time now) {
   if (!send->second.HasMore() && send->second.underWay == 0) Finish(underWay.send);
 }
 
-// Messages without an answer are sent again: a repeat is refused by the servers.
+// Answers come within some seconds also over a slow line, so that what is live need not wait for long.
+void CChunkSender::Adapt(const CUnderWay& answered, Time now) {
+  const auto delay = now - answered.sent;
+  if (delay < kQuickAnswer) {
+    m_window = std::min(kMostBytes, m_window + answered.bytes);
+  } else if (delay > kSlowAnswer && answered.sent > m_narrowed) {
+    m_window = std::max<std::uint64_t>(1, m_window / 2);
+    m_narrowed = now;
+  }
+}
+
+// Messages without an answer are sent again: those of an earlier connection, and those that are old. A repeat
+// is refused by the servers.
 void CChunkSender::TakeBack(Time now) {
+  const bool isNew = m_connection != m_link.Connections();
+  m_connection = m_link.Connections();
   for (auto one = m_underWay.begin(); one != m_underWay.end();) {
-    if (now - one->second.sent < kAnswerTime) break;  // in the order of their time
+    if (!isNew && now - one->second.sent < kAnswerTime) break;  // in the order of their time
     if (const auto send = m_sends.find(one->second.send); send != m_sends.end()) {
       send->second.again.push_back(one->second.chunk);
       --send->second.underWay;

@@ -21,8 +21,7 @@ class CChunkSender {
 
   // limit: bytes per second; 0: none.
   CChunkSender(CNatsLink& link, CShipState& state, const CLogFinder& finder, const CFleetNode& node,
-               std::uint64_t limit, CToldOnce& log)
-      : m_link(link), m_state(state), m_finder(finder), m_node(node), m_limit(limit), m_log(log) {}
+               std::uint64_t limit, CToldOnce& log);
 
   // Sends as much as may be on the way. Throws CStoreFault.
   void Work(Time now);
@@ -72,6 +71,7 @@ class CChunkSender {
   void NoteSent(const CSend& send, CShipFile file);
   void PutOff(CShipFile file, const std::string& why);
   void TakeBack(Time now);
+  void Adapt(const CUnderWay& answered, Time now);
 
   CNatsLink& m_link;
   CShipState& m_state;
@@ -84,6 +84,9 @@ class CChunkSender {
   std::map<std::uint64_t, CUnderWay> m_underWay;  // messages without an answer, by number
   std::uint64_t m_lastSend = 0, m_lastMessage = 0;
   std::uint64_t m_bytesUnderWay = 0, m_bytes = 0;
+  std::uint64_t m_window;  // bytes that may be on the way: fewer on a slow line
+  Time m_narrowed{};       // when the window was made smaller, for the last time
+  unsigned m_connection = 0;
   double m_allowance = 0;  // bytes that the limit leaves
   Time m_filled{};         // when it was computed
   Time m_blocked{};        // the servers take nothing until then

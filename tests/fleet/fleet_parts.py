@@ -158,7 +158,6 @@ class Fleet:
         self.archive_folder = self.folder / "archive"
         self.nodes, self.shippers = {}, {}
         self.archive = None
-        self.sent = 0
 
     def start_archive(self, *options):
         self.archive = Process([BIN / "vastra-fleet", "archive", "--server", self.cluster.url, "--into",
