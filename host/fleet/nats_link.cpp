@@ -11,7 +11,7 @@ namespace {
 
 constexpr int kReconnectWait = 500, kReconnectJitter = 500, kConnectTimeout = 5000;  // ms
 constexpr int kPingInterval = 20000;
-constexpr std::chrono::milliseconds kLook{20}, kAbsence{5000};
+constexpr std::chrono::milliseconds kLook{20}, kAbsence{5000}, kAbsenceTold{60000};
 constexpr int kReconnectBuffer = 1;  // nothing is kept for later: who sends asks whether it came
 
 void Check(natsStatus status, const std::string& what) {
@@ -126,7 +126,7 @@ std::string_view CNatsMessage::Header(const char* name) const {
 }
 
 CNatsLink::CNatsLink(const CNatsOptions& options)
-    : m_inbox(options.inbox), m_servers(ShownServers(options.servers)) {
+    : m_wish(options), m_inbox(options.inbox) {
   const COptions made(options);
   Check(natsOptions_SetErrorHandler(made.Get(), OnError, this), "handler");
   Check(natsOptions_SetReconnectedCB(made.Get(), OnUp, this), "handler");
@@ -164,23 +164,40 @@ void CNatsLink::WaitUp(std::chrono::milliseconds patience) {
   if (!IsUp()) throw CNatsFault(Absence());
 }
 
+// The connection that is tried again and again does not say why it fails; another one does.
 std::string CNatsLink::Absence() const {
-  const char* words = nullptr;
-  const natsStatus status = natsConnection_GetLastError(m_connection, &words);
-  if (words == nullptr || *words == 0) words = natsStatus_GetText(status);
-  return "no server answers at " + m_servers + (status == NATS_OK ? "" : std::string(": ") + words);
+  const std::string shown = ShownServers(m_wish.servers);
+  try {
+    natsConnection* trial = nullptr;
+    const natsStatus status = natsConnection_Connect(&trial, COptions(m_wish).Get());
+    natsConnection_Destroy(trial);
+    Check(status, shown);
+  } catch (const CNatsFault& fault) {
+    return std::string("no server answers at ") + fault.what();
+  }
+  return "the connection to " + shown + " was lost for a moment";
+}
+
+// The library gives up after servers have refused the user twice.
+void CNatsLink::CheckOpen() const {
+  if (natsConnection_IsClosed(m_connection)) throw CNatsFault(Absence());
 }
 
 std::vector<std::string> CNatsLink::TakeFaults() {
+  CheckOpen();
   const Time now = std::chrono::steady_clock::now();
   if (IsUp()) m_checked = now;
-  if (now - m_checked > kAbsence) Tell(Absence());
+  if (now - m_checked > kAbsence) {
+    m_checked = now + kAbsenceTold;
+    Tell(Absence());
+  }
   const std::lock_guard guard(m_lock);
   return std::exchange(m_faults, {});
 }
 
 void CNatsLink::Listen(const std::string& subject) {
   natsSubscription* subscription = nullptr;
+  CheckOpen();
   Check(natsConnection_Subscribe(&subscription, m_connection, subject.c_str(), OnMessage, this), subject);
   m_subscriptions.push_back(subscription);
   Check(natsSubscription_SetPendingLimits(subscription, -1, -1), subject);

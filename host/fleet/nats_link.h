@@ -65,7 +65,7 @@ class CNatsLink {
   // compares.
   unsigned Connections() const;
   // What the servers complained about since the last call, such as a subject that is not permitted, and why
-  // there is no connection.
+  // there is no connection. Throws CNatsFault when there will be none: the servers refuse the user.
   std::vector<std::string> TakeFaults();
 
   // Messages of this subject, wildcards allowed, come to Take. Throws CNatsFault.
@@ -93,8 +93,10 @@ class CNatsLink {
   static void OnDown(natsConnection*, void* link);
   void Tell(const std::string& fault);
   std::string Absence() const;
+  void CheckOpen() const;
 
-  const std::string m_inbox, m_servers;
+  const CNatsOptions m_wish;
+  const std::string m_inbox;
   natsConnection* m_connection = nullptr;
   std::vector<natsSubscription*> m_subscriptions;
 
@@ -103,7 +105,7 @@ class CNatsLink {
   std::deque<CNatsMessage> m_messages;
   bool m_isWoken = false, m_isEnding = false;
   unsigned m_connections = 0;
-  Time m_checked = std::chrono::steady_clock::now();  // when there was a connection, for the last time
+  Time m_checked = std::chrono::steady_clock::now();  // when there was a connection, or its absence was told
   std::vector<std::string> m_faults;
 };
 
