@@ -125,8 +125,7 @@ std::string_view CNatsMessage::Header(const char* name) const {
                                                                                          : std::string_view();
 }
 
-CNatsLink::CNatsLink(const CNatsOptions& options)
-    : m_wish(options), m_inbox(options.inbox) {
+CNatsLink::CNatsLink(const CNatsOptions& options) : m_wish(options), m_inbox(options.inbox) {
   const COptions made(options);
   Check(natsOptions_SetErrorHandler(made.Get(), OnError, this), "handler");
   Check(natsOptions_SetReconnectedCB(made.Get(), OnUp, this), "handler");

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 
+#include "host/common/shown_text.h"
 #include "host/fleet/fleet_streams.h"
 
 namespace vastra {
@@ -43,6 +44,14 @@ void CShipper::Run(const std::atomic<bool>& end) {
   m_state.Commit();
   m_reportDue = {};
   Report(std::chrono::steady_clock::now());
+  m_log.Tell(Summary());
+}
+
+std::string CShipper::Summary() const {
+  const auto files = [&](EShipped state) { return m_state.Sum(state).files; };
+  return Counted(files(EShipped::archived), "file") + " archived, " + std::to_string(files(EShipped::sent)) +
+         " sent, " + std::to_string(files(EShipped::waiting) + files(EShipped::sending)) + " waiting; " +
+         std::to_string(m_sender.Bytes()) + " bytes were sent";
 }
 
 void CShipper::Turn(Time now) {

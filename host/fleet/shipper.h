@@ -35,6 +35,7 @@ class CShipper {
   void HearRequest(const CFileSubject& asked);
   void Report(Time now);
   bool IsDone() const;
+  std::string Summary() const;
   Time NextTurn(Time now) const;
 
   CNatsLink& m_link;
