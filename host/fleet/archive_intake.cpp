@@ -56,6 +56,7 @@ bool CArchiveIntake::IsWanted(const CStoredFile& stored) {
   std::optional<CStoredFile> have = m_record.Find(stored.file);
   if (!have) return true;
   if (have->version != stored.version) return have->order < stored.order;
+  if (!m_tree.Holds(have->file, have->size)) return true;  // somebody has removed it
   have->order = std::max(have->order, stored.order);
   m_again.push_back(*have);
   return false;

@@ -23,24 +23,28 @@ constexpr mode_t kFolderMode = 0755, kFileMode = 0644;
   throw std::system_error(errno, std::generic_category(), what);
 }
 
-int OpenFolder(int parent, const std::string& name) {
-  if (::mkdirat(parent, name.c_str(), kFolderMode) != 0 && errno != EEXIST) Fail(name);
-  const int folder = ::openat(parent, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-  if (folder < 0) Fail(name);
-  return folder;
+// Negative with the reason in errno if there is no such folder; a link is none.
+int EnterFolder(int parent, const std::string& name) {
+  return ::openat(parent, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+}
+
+int MakeFolder(int parent, const std::string& name) {
+  if (::mkdirat(parent, name.c_str(), kFolderMode) != 0 && errno != EEXIST) return -1;
+  return EnterFolder(parent, name);
 }
 
 std::string NameOf(std::uint64_t id) { return std::to_string(id); }
 
-// The same path, with its folders.
+// The last folder of a path below dir, negative with the reason in errno, and the name in it.
 struct CPlace {
   CDescriptor folder;
   std::string name;
 };
-CPlace MakeFolders(int dir, const std::string& path) {
+CPlace Descend(int dir, const std::string& path, int (*enter)(int, const std::string&)) {
   CPlace place = {CDescriptor(::fcntl(dir, F_DUPFD_CLOEXEC, 0)), path};
-  for (std::size_t slash = 0; (slash = place.name.find('/')) != std::string::npos;) {
-    place.folder = CDescriptor(OpenFolder(place.folder.Get(), place.name.substr(0, slash)));
+  for (std::size_t slash = 0;
+       place.folder.Get() >= 0 && (slash = place.name.find('/')) != std::string::npos;) {
+    place.folder = CDescriptor(enter(place.folder.Get(), place.name.substr(0, slash)));
     place.name.erase(0, slash + 1);
   }
   return place;
@@ -52,7 +56,8 @@ CArchiveTree::CArchiveTree(const std::string& dir) {
   std::filesystem::create_directories(dir);
   m_dir = ::open(dir.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (m_dir < 0) Fail(dir);
-  m_incoming = OpenFolder(m_dir, kIncoming);
+  m_incoming = MakeFolder(m_dir, kIncoming);
+  if (m_incoming < 0) Fail(dir);
 }
 
 CArchiveTree::~CArchiveTree() {
@@ -100,9 +105,18 @@ std::vector<std::uint64_t> CArchiveTree::Incoming() const {
 }
 
 void CArchiveTree::Place(std::uint64_t id, const CFleetFile& file) {
-  const CPlace place = MakeFolders(m_dir, file.Path());
-  if (::renameat(m_incoming, NameOf(id).c_str(), place.folder.Get(), place.name.c_str()) != 0)
+  const CPlace place = Descend(m_dir, file.Path(), MakeFolder);
+  if (place.folder.Get() < 0 ||
+      ::renameat(m_incoming, NameOf(id).c_str(), place.folder.Get(), place.name.c_str()) != 0)
     Fail(file.Path());
+}
+
+bool CArchiveTree::Holds(const CFleetFile& file, std::uint64_t size) const {
+  const CPlace place = Descend(m_dir, file.Path(), EnterFolder);
+  struct stat status = {};
+  return place.folder.Get() >= 0 &&
+         ::fstatat(place.folder.Get(), place.name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+         S_ISREG(status.st_mode) && static_cast<std::uint64_t>(status.st_size) == size;
 }
 
 void CArchiveTree::Sync() const {

@@ -166,6 +166,10 @@ TEST_F(ArchiveIntake, TheVersionThatWasSentLastIsStored) {
     EXPECT_EQ(Stored(), step.stored) << step.letter << step.order.sequence;
     Open();  // all of it is in the record
   }
+  std::filesystem::remove(m_folder / "plant 1/kiln.3/logs/a");
+  Take('C', 10, 0, {2, 1});
+  m_intake->Finish();
+  EXPECT_EQ(Stored(), "C");
   Take('D', 10, 0, {3, 1});
   Take('E', 10, 0, {3, 2});  // in one batch
   EXPECT_EQ(m_intake->Finish().size(), 2U);
