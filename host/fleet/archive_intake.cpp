@@ -6,7 +6,7 @@
 namespace vastra {
 namespace {
 
-constexpr std::int64_t kSilent = 5, kStale = 30 * 86400;  // seconds
+constexpr std::int64_t kSilent = 5, kStale = std::int64_t{30} * 86400;  // seconds
 
 std::int64_t Now() {
   return std::chrono::duration_cast<std::chrono::seconds>(std::chrono::system_clock::now().time_since_epoch())

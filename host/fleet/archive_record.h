@@ -3,7 +3,6 @@
 // version that comes late does not replace a newer one.
 #pragma once
 
-#include <compare>
 #include <map>
 #include <optional>
 #include <vector>
@@ -19,7 +18,9 @@ struct COrder {
   std::uint64_t stream = 0;  // nanoseconds since 1970 by the servers' clock
   std::uint64_t sequence = 0;
 
-  auto operator<=>(const COrder&) const = default;
+  bool operator<(const COrder& other) const {
+    return stream != other.stream ? stream < other.stream : sequence < other.sequence;
+  }
 };
 
 struct CStoredFile {

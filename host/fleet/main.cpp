@@ -46,7 +46,7 @@ class CEnd {
   CEnd(const CEnd&) = delete;
   CEnd& operator=(const CEnd&) = delete;
   ~CEnd() {
-    ::pthread_kill(m_thread.native_handle(), SIGTERM);
+    ::pthread_kill(m_thread.native_handle(), SIGUSR1);
     m_thread.join();
   }
   // Before any other thread is there.
@@ -61,7 +61,7 @@ class CEnd {
   static sigset_t Signals() {
     sigset_t ends;
     sigemptyset(&ends);
-    for (const int one : {SIGINT, SIGTERM}) sigaddset(&ends, one);
+    for (const int one : {SIGINT, SIGTERM, SIGUSR1}) sigaddset(&ends, one);
     return ends;
   }
   void Wait(CNatsLink& link) {

@@ -75,6 +75,7 @@ class COptions {
   void AddServers(const std::vector<std::string>& servers) {
     const std::vector<std::string> urls = UrlsOf(servers);
     std::vector<const char*> pointers;
+    pointers.reserve(urls.size());
     for (const std::string& url : urls) pointers.push_back(url.c_str());
     if (urls.empty()) throw CNatsFault("there is no server");
     Check(natsOptions_SetServers(m_options, pointers.data(), static_cast<int>(pointers.size())), "--server");
@@ -146,8 +147,8 @@ CNatsLink::~CNatsLink() {
     m_messages.clear();
   }
   natsConnection_Destroy(m_connection);
-  constexpr std::int64_t kPatience = 10000;
-  nats_CloseAndWait(kPatience);  // no call of this object comes after it
+  constexpr std::int64_t kLongest = 10000;
+  nats_CloseAndWait(kLongest);  // no call of this object comes after it
 }
 
 bool CNatsLink::IsUp() const { return natsConnection_Status(m_connection) == NATS_CONN_STATUS_CONNECTED; }

@@ -42,7 +42,7 @@ std::string CReceiptHearer::TakeQuestion(CQuestions& questions, const CNatsMessa
   std::from_chars(subject.data() + subject.rfind('.') + 1, subject.data() + subject.size(), number);
   const auto found = questions.find(number);
   if (found == questions.end()) return "";
-  const std::string key = found->second;
+  std::string key = std::move(found->second);
   questions.erase(found);
   return key;
 }
