@@ -6,6 +6,7 @@
 namespace vastra {
 namespace {
 
+constexpr std::size_t kMostPartials = 64;                               // of a node
 constexpr std::int64_t kSilent = 5, kStale = std::int64_t{30} * 86400;  // seconds
 
 std::int64_t Now() {
@@ -56,7 +57,7 @@ bool CArchiveIntake::IsWanted(const CStoredFile& stored) {
   std::optional<CStoredFile> have = m_record.Find(stored.file);
   if (!have) return true;
   if (have->version != stored.version) return have->order < stored.order;
-  if (!m_tree.Holds(have->file, have->size)) return true;  // somebody has removed it
+  if (m_tree.VersionOf(have->file) != have->version) return true;  // somebody has removed or changed it
   have->order = std::max(have->order, stored.order);
   m_again.push_back(*have);
   return false;
@@ -83,10 +84,27 @@ CPartialFile* CArchiveIntake::PartialOf(const CStoredFile& stored) {
   const auto found = m_partials.find(key);
   if (found != m_partials.end()) return &found->second;
   if (!IsWanted(stored)) return nullptr;
+  MakeRoom(stored.file.node);
   const std::uint64_t id = m_record.NextId();
   m_tree.Drop(id);
   return &m_partials.emplace(key, CPartialFile{stored, id, std::vector<bool>(ChunksOf(stored.size)), Now()})
               .first->second;
+}
+
+// A node that begins more and more files takes nothing from the others: of its own the one that got nothing
+// for the longest time goes, and is asked for again when something comes of it.
+void CArchiveIntake::MakeRoom(const CFleetNode& node) {
+  const std::string begin = CFleetFile{node, ""}.Path();
+  std::size_t count = 0;
+  auto oldest = m_partials.end();
+  for (auto one = m_partials.lower_bound({begin, CVersion{}});
+       one != m_partials.end() && one->first.first.starts_with(begin); ++one, ++count)
+    if (oldest == m_partials.end() || one->second.touched < oldest->second.touched) oldest = one;
+  if (count < kMostPartials) return;
+  m_dropped.push_back(oldest->second.id);
+  m_tree.Drop(oldest->second.id);
+  m_changed.erase(oldest->first);
+  m_partials.erase(oldest);
 }
 
 void CArchiveIntake::CloseIfWhole(CPartialFile& partial) {

@@ -43,6 +43,7 @@ class CArchiveIntake {
   void TakeChunk(const CStoredFile& stored, const CChunk& chunk);
   CPartialFile* PartialOf(const CStoredFile& stored);
   void CloseIfWhole(CPartialFile& partial);
+  void MakeRoom(const CFleetNode& node);
   bool IsWanted(const CStoredFile& stored);
   void PlaceReady();
   void Record();

@@ -91,9 +91,7 @@ std::vector<CPartialFile> CArchiveRecord::Partials() {
   while (rows.Step()) {
     const CStoredFile stored = RowOf(rows, 1);
     partials.push_back({stored, rows.Unsigned(0), {}, rows.Integer(7)});
-    // The count of chunks comes from the bytes that are there, not from the size alone.
-    const std::string bits = rows.Bytes(6);
-    partials.back().chunks = BitsOf(bits, std::min<std::uint64_t>(ChunksOf(stored.size), 8 * bits.size()));
+    partials.back().chunks = BitsOf(rows.Bytes(6), ChunksOf(std::min(stored.size, kLargestFile)));
     m_lastId = std::max(m_lastId, partials.back().id);
   }
   return partials;
@@ -108,12 +106,6 @@ std::vector<CStoredFile> CArchiveRecord::Untold(std::size_t most) {
 
 void CArchiveRecord::Tell(const CStoredFile& stored) {
   m_tell.Bind(stored.file.Path(), stored.version, stored.order.stream, stored.order.sequence).Run();
-}
-
-CArchiveRecord::CSum CArchiveRecord::Sum() {
-  CStatement sum(m_store, "SELECT count(*), coalesce(sum(size), 0) FROM file");
-  sum.Step();
-  return {sum.Unsigned(0), sum.Unsigned(1)};
 }
 
 }  // namespace vastra

@@ -57,10 +57,6 @@ class CArchiveRecord {
   // The receipt with this order is with the servers.
   void Tell(const CStoredFile& stored);
 
-  struct CSum {
-    std::uint64_t files = 0, bytes = 0;
-  };
-  CSum Sum();
   std::uint64_t NextId() { return ++m_lastId; }
   CSqliteStore& Store() { return m_store; }
 

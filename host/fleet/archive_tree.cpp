@@ -2,6 +2,7 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -58,6 +59,7 @@ CArchiveTree::CArchiveTree(const std::string& dir) {
   if (m_dir < 0) Fail(dir);
   m_incoming = MakeFolder(m_dir, kIncoming);
   if (m_incoming < 0) Fail(dir);
+  if (::flock(m_incoming, LOCK_EX | LOCK_NB) != 0) Fail(dir + " is in use by another archive");
 }
 
 CArchiveTree::~CArchiveTree() {
@@ -111,12 +113,12 @@ void CArchiveTree::Place(std::uint64_t id, const CFleetFile& file) {
     Fail(file.Path());
 }
 
-bool CArchiveTree::Holds(const CFleetFile& file, std::uint64_t size) const {
+std::optional<CVersion> CArchiveTree::VersionOf(const CFleetFile& file) const {
   const CPlace place = Descend(m_dir, file.Path(), EnterFolder);
-  struct stat status = {};
-  return place.folder.Get() >= 0 &&
-         ::fstatat(place.folder.Get(), place.name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
-         S_ISREG(status.st_mode) && static_cast<std::uint64_t>(status.st_size) == size;
+  if (place.folder.Get() < 0) return std::nullopt;
+  const CDescriptor opened(
+      ::openat(place.folder.Get(), place.name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  return opened.Get() < 0 ? std::nullopt : VersionOfFile(opened.Get());
 }
 
 void CArchiveTree::Sync() const {
@@ -124,7 +126,8 @@ void CArchiveTree::Sync() const {
 }
 
 bool CArchiveTree::IsOfPath(const std::error_code& fault) {
-  constexpr int kOfPath[] = {ENOTDIR, EISDIR, ELOOP, ENAMETOOLONG, ENOTEMPTY, EEXIST, EILSEQ, EINVAL};
+  constexpr int kOfPath[] = {ENOTDIR, EISDIR, ELOOP, ENAMETOOLONG, ENOTEMPTY, EEXIST,
+                             EILSEQ,  EINVAL, EXDEV, EACCES,       EPERM,     EBUSY};
   return std::find(std::begin(kOfPath), std::end(kOfPath), fault.value()) != std::end(kOfPath);
 }
 

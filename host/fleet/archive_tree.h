@@ -31,9 +31,9 @@ class CArchiveTree {
 
   // Gives a received file its name, in place of a file that had it, and makes the folders above it.
   void Place(std::uint64_t id, const CFleetFile& file);
-  // Whether there is a file of this size under the name. A record that has outlived its files must not stand
-  // for them.
-  bool Holds(const CFleetFile& file, std::uint64_t size) const;
+  // The version of the file with the name; empty if there is none, or it cannot be read. A record that has
+  // outlived its files must not stand for them.
+  std::optional<CVersion> VersionOf(const CFleetFile& file) const;
   // What was written and placed is on the disk when it returns.
   void Sync() const;
 

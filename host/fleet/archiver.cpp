@@ -102,6 +102,8 @@ void CArchiver::SetUp(Time now) {
     m_wanted = 0;
   } catch (const CNatsFault& fault) {
     m_log.Tell(std::string(kLogStream) + ": " + fault.what() + " (vastra-fleet init makes it)");
+  } catch (const nlohmann::json::exception& fault) {
+    m_log.Tell(std::string(kLogStream) + ": " + fault.what());
   }
 }
 
@@ -131,8 +133,12 @@ void CArchiver::Hear(CNatsMessage message) {
 
 // The request has ended: with time-out, or with as many bytes as it may have; or the consumer is gone.
 void CArchiver::HearPull(const CNatsMessage& status) {
-  m_wanted = 0;
   const std::string_view code = status.Header("Status");
+  m_wanted = 0;
+  if (code == "400" || status.Header("Description").starts_with("Exceeded")) {
+    m_log.Tell("servers: " + std::string(status.Header("Description")));
+    m_isReady = false;  // with a pause
+  }
   if (code == "503" || (code == "409" && status.Header("Description").starts_with("Consumer")))
     m_isReady = false;
 }
@@ -185,16 +191,18 @@ void CArchiver::AskLater(const CFileSubject& subject, Time now) {
 void CArchiver::AskAgain(Time now) {
   if (now < m_askDue || !m_isReady) return;
   m_askDue = now + kTurn;
-  for (const CPartialFile* const partial : m_intake.Waiting())
+  for (const CPartialFile* const partial : m_intake.Waiting()) {
+    if (m_asked.size() >= kMostAsked) break;
     for (const std::uint64_t chunk : partial->Missing(kMostChunksAsked))
       AskLater({partial->stored.file, partial->stored.version, chunk}, now);
+  }
   for (auto& [subject, asked] : m_asked) {
     if (now < asked.due) continue;
     m_link.Publish(subject, "");
     asked.pause = std::min(2 * asked.pause, kLongestAsk);
     asked.due = now + asked.pause;
   }
-  // A node that is gone for good is not asked forever: what it has not sent it sends by itself.
+  // A chunk that is asked for in vain makes room for others; its file begins with it again.
   std::erase_if(m_asked, [](const auto& one) { return one.second.pause >= kLongestAsk; });
 }
 

@@ -2,9 +2,7 @@
 #pragma once
 
 #include <atomic>
-#include <functional>
 #include <map>
-#include <set>
 
 #include "host/fleet/archive_intake.h"
 #include "host/fleet/nats_link.h"

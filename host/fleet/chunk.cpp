@@ -1,6 +1,7 @@
 #include "host/fleet/chunk.h"
 
 #include <algorithm>
+#include <set>
 
 #include "host/common/json_text.h"
 #include "host/fleet/fleet_names.h"
@@ -107,9 +108,11 @@ std::vector<CPackedFile> ParsePack(std::string_view message) {
   const auto list = parts.head.find("files");
   if (list == parts.head.end() || !list->is_array()) throw CChunkFault("it has no list of files");
   std::vector<CPackedFile> files;
+  std::set<std::string> keys;
   std::string_view rest = parts.bytes;
   for (const nlohmann::json& entry : *list) {
     files.push_back(PackedFile(entry, rest));
+    if (!keys.insert(files.back().key).second) throw CChunkFault("a name is there twice");
     rest.remove_prefix(files.back().bytes.size());
   }
   if (!rest.empty()) throw CChunkFault("it has bytes that belong to no file");

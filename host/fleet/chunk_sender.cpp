@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <cstring>
 
 #include "host/fleet/file_version.h"
@@ -103,6 +102,32 @@ bool CChunkSender::PublishNext(Time now) {
   return Publish(number->first, *send, now);
 }
 
+// The last chunk of an older version must not come after a newer version: nothing more of it is sent, and
+// the newer one waits until what is on the way has its answers. Returns whether something is.
+bool CChunkSender::CancelOlder(const std::string& key) {
+  bool isUnderWay = false;
+  for (auto one = m_sends.begin(); one != m_sends.end();) {
+    const auto next = std::next(one);
+    CSend& send = one->second;
+    const auto isSame = [&](const CShipFile& file) { return file.key == key; };
+    if (std::any_of(send.files.begin(), send.files.end(), isSame)) {
+      if (send.files.size() == 1) Cancel(send);
+      if (send.HasMore() || send.underWay > 0)
+        isUnderWay = true;
+      else
+        Finish(one->first);
+    }
+    one = next;
+  }
+  return isUnderWay;
+}
+
+void CChunkSender::Cancel(CSend& send) {
+  send.isCancelled = true;
+  send.next = send.end;
+  send.again.clear();
+}
+
 // Chunks that were asked for first, then live files, then the backlog; each in the order of their beginning.
 CChunkSender::CSend* CChunkSender::NextSend() {
   CSend* best = nullptr;
@@ -139,11 +164,11 @@ bool CChunkSender::StartPack(std::vector<CShipFile> files) {
   std::vector<CPackedFile> packed;
   for (CShipFile& file : files) {
     const std::optional<CShipFile> row = m_state.Find(file.key);
-    if (!row || row->state != EShipped::waiting || row->mark != file.mark) continue;
+    if (!row || row->state != EShipped::waiting || row->mark != file.mark || CancelOlder(file.key)) continue;
     const std::optional<CDescriptor> opened = OpenSame(m_finder.PathOf(file.key), file.mark);
     std::string bytes = opened ? ReadAt(opened->Get(), 0, file.mark.size) : "";
     if (!opened || bytes.size() != file.mark.size) {
-      PutOff(*row, std::strerror(errno));
+      PutOff(*row);
       continue;
     }
     contents.push_back(std::move(bytes));
@@ -168,11 +193,12 @@ bool CChunkSender::StartPack(std::vector<CShipFile> files) {
 bool CChunkSender::StartFile(CShipFile file) {
   if (file.mark.size <= kSmallFile) return StartPack({std::move(file)});
   const std::optional<CShipFile> row = m_state.Find(file.key);
-  if (!row || row->state != EShipped::waiting || row->mark != file.mark) return false;
+  if (!row || row->state != EShipped::waiting || row->mark != file.mark || CancelOlder(file.key))
+    return false;
   std::optional<CDescriptor> opened = OpenSame(m_finder.PathOf(file.key), file.mark);
   const std::optional<CVersion> version = opened ? VersionOfFile(opened->Get()) : std::nullopt;
   if (!version) {
-    PutOff(*row, std::strerror(errno));
+    PutOff(*row);
     return false;
   }
   CSend send;
@@ -186,12 +212,16 @@ bool CChunkSender::StartFile(CShipFile file) {
   return true;
 }
 
-// A file that changes is found again by the next walk; this look does not count.
-void CChunkSender::PutOff(CShipFile file, const std::string& why) {
-  if (errno != ESTALE && errno != ENOENT)
-    m_log.Tell(m_finder.PathOf(file.key) + ": cannot be read, tried again: " + why);
-  file.due = WallClock() + kPutOff;
-  m_state.Put(file);
+// errno says why: a file that has changed or gone is found by the next walk, and told there.
+void CChunkSender::PutOff(const CShipFile& file) {
+  const int fault = errno;
+  std::optional<CShipFile> row = m_state.Find(file.key);
+  if (fault != ESTALE && fault != ENOENT)
+    m_log.Tell(m_finder.PathOf(file.key) + ": cannot be read, tried again: " + std::strerror(fault));
+  if (!row || row->mark != file.mark) return;
+  row->state = EShipped::waiting;
+  row->due = WallClock() + kPutOff;
+  m_state.Put(*row);
 }
 
 std::uint64_t CChunkSender::Add(CSend send) {
@@ -218,12 +248,10 @@ bool CChunkSender::Publish(std::uint64_t number, CSend& send, Time now) {
   const bool isAgain = !send.again.empty();
   const std::uint64_t chunk = isAgain ? send.again.back() : send.next;
   const std::string message = MessageOf(send, chunk);
-  if (message.empty()) {  // the file has become shorter: the walk finds what it is now
-    for (CShipFile& file : send.files)
-      if (!send.isExtra) PutOff(file, "it has changed");
-    for (auto& [key, underWay] : m_underWay)
-      if (underWay.send == number) underWay.send = 0;
-    m_sends.erase(number);
+  if (message.empty()) {  // the file has become shorter, or cannot be read
+    if (!send.isExtra) PutOff(send.files.front());
+    Cancel(send);
+    if (send.underWay == 0) m_sends.erase(number);
     return true;
   }
   CFileSubject subject = send.subject;
@@ -252,10 +280,7 @@ std::string CChunkSender::MessageOf(CSend& send, std::uint64_t chunk) {
 }
 
 void CChunkSender::Hear(const CNatsMessage& answer, Time now) {
-  const std::string_view subject = answer.Subject();
-  std::uint64_t number = 0;
-  std::from_chars(subject.data() + subject.rfind('.') + 1, subject.data() + subject.size(), number);
-  const auto found = m_underWay.find(number);
+  const auto found = m_underWay.find(AnswerNumber(answer));
   if (found == m_underWay.end()) return;
   const CUnderWay underWay = found->second;
   m_underWay.erase(found);
@@ -270,7 +295,7 @@ void CChunkSender::Hear(const CNatsMessage& answer, Time now) {
     m_block = {};
   } else {
     m_log.Tell("the servers do not take a chunk, tried again: " + stored.text);
-    send->second.again.push_back(underWay.chunk);
+    if (!send->second.isCancelled) send->second.again.push_back(underWay.chunk);
     m_block = std::clamp(2 * m_block, kFirstBlock, kLongestBlock);
     m_blocked = now + m_block;
   }
@@ -296,8 +321,9 @@ void CChunkSender::TakeBack(Time now) {
   for (auto one = m_underWay.begin(); one != m_underWay.end();) {
     if (!isNew && now - one->second.sent < kAnswerTime) break;  // in the order of their time
     if (const auto send = m_sends.find(one->second.send); send != m_sends.end()) {
-      send->second.again.push_back(one->second.chunk);
       --send->second.underWay;
+      if (!send->second.isCancelled) send->second.again.push_back(one->second.chunk);
+      if (!send->second.HasMore() && send->second.underWay == 0) Finish(send->first);
     }
     m_bytesUnderWay -= one->second.bytes;
     one = m_underWay.erase(one);
@@ -326,7 +352,7 @@ void CChunkSender::NoteSent(const CSend& send, CShipFile file) {
   struct stat status = {};
   const bool isSame =
       send.file.Get() < 0 || (::fstat(send.file.Get(), &status) == 0 && MarkOf(status) == file.mark);
-  if (row->state == EShipped::sending) {
+  if (row->state == EShipped::sending && !send.isCancelled) {
     row->state = isSame ? EShipped::sent : EShipped::waiting;
     row->pause = std::max(row->pause, kFirstLook);
     row->due = isSame ? now + row->pause : now;

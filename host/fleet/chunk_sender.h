@@ -49,6 +49,7 @@ class CChunkSender {
     std::vector<std::uint64_t> again;  // chunks to send once more
     unsigned underWay = 0;
     std::uint64_t sequence = 0;  // the highest that was heard
+    bool isCancelled = false;    // a newer version is there
     bool isExtra = false;        // a chunk that was asked for: the file has been sent before
 
     bool HasMore() const { return next < end || !again.empty(); }
@@ -69,7 +70,9 @@ class CChunkSender {
   std::uint64_t Add(CSend send);
   void Finish(std::uint64_t number);
   void NoteSent(const CSend& send, CShipFile file);
-  void PutOff(CShipFile file, const std::string& why);
+  void PutOff(const CShipFile& file);
+  bool CancelOlder(const std::string& key);
+  static void Cancel(CSend& send);
   void TakeBack(Time now);
   void Adapt(const CUnderWay& answered, Time now);
 

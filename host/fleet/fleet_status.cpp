@@ -1,5 +1,7 @@
 #include "host/fleet/fleet_status.h"
 
+#include <openssl/evp.h>
+
 #include <algorithm>
 #include <map>
 #include <sstream>
@@ -32,18 +34,29 @@ std::vector<std::string> ReportSubjects(CNatsLink& link) {
   return subjects;
 }
 
-// A report says of which node it is by its subject: what stands in it is what the node says.
-void AddReport(const CNatsMessage& message, std::map<std::string, CJson>& nodes) {
-  const std::string subject(message.Header("Nats-Subject"));
+std::string Base64(const std::string& text) {
+  std::string bytes(text.size(), '\0');  // more than needed
+  const int size =
+      EVP_DecodeBlock(reinterpret_cast<unsigned char*>(bytes.data()),
+                      reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()));
+  const std::size_t padding = text.ends_with("==") ? 2 : text.ends_with("=") ? 1 : 0;
+  bytes.resize(size < 0 ? 0 : static_cast<std::size_t>(size) - padding);
+  return bytes;
+}
+
+// The subject says which node it is, the report says the rest. The servers send it within JSON: its bytes as
+// they are could be sent to the subject of a receipt.
+void AddReport(const nlohmann::json& message, std::map<std::string, CJson>& nodes) {
+  const std::string subject = message.value("subject", std::string());
   const std::vector<std::string_view> tokens = TokensOf(subject);
   constexpr std::size_t kTokens = 4;
   if (tokens.size() != kTokens) return;
   const std::optional<std::string> site = TextOfToken(tokens[2]), node = TextOfToken(tokens[3]);
-  const std::optional<std::uint64_t> time = ServerTime(std::string(message.Header("Nats-Time-Stamp")));
+  const std::optional<std::uint64_t> time = ServerTime(message.value("time", std::string()));
   if (!site || !node) return;
   CJson report = CJson::object();
   try {
-    report = CJson(ParseJson(message.Data()));
+    report = CJson(ParseJson(Base64(message.value("data", std::string()))));
   } catch (const CJsonFault&) {
     report["fault"] = "the report is not JSON";
   }
@@ -58,6 +71,14 @@ void AddReport(const CNatsMessage& message, std::map<std::string, CJson>& nodes)
   nodes[subject] = std::move(report);
 }
 
+void HearReport(const CNatsMessage& answer, std::map<std::string, CJson>& nodes) {
+  try {
+    AddReport(ParseJson(answer.Data()).at("message"), nodes);
+  } catch (const CJsonFault&) {
+  } catch (const nlohmann::json::exception&) {  // an error: the report has gone since the list was made
+  }
+}
+
 std::map<std::string, CJson> Reports(CNatsLink& link) {
   std::map<std::string, CJson> nodes;
   const std::vector<std::string> subjects = ReportSubjects(link);
@@ -66,11 +87,12 @@ std::map<std::string, CJson> Reports(CNatsLink& link) {
   for (std::size_t begin = 0; begin < subjects.size(); begin += kAtOnce) {
     const std::size_t end = std::min(subjects.size(), begin + kAtOnce);
     for (std::size_t i = begin; i < end; ++i)
-      link.Publish(NewestRequest(kStatusStream, subjects[i]), "", answers + std::to_string(i));
+      link.Publish(StreamRequest("MSG.GET", kStatusStream), JsonText({{"last_by_subj", subjects[i]}}),
+                   answers + std::to_string(i));
     const CClock::time_point until = CClock::now() + kReportPatience;
     for (std::size_t heard = begin; heard < end && CClock::now() < until;)
       for (const CNatsMessage& message : link.Take(until)) {
-        AddReport(message, nodes);
+        HearReport(message, nodes);
         ++heard;
       }
   }
@@ -87,8 +109,8 @@ std::string SumText(const CJson& node, const char* key) {
   if (found == node.end() || !found->is_object()) return "-";
   std::ostringstream text;
   text.precision(1);
-  constexpr double kMega = 1e6;
-  text << std::fixed << static_cast<std::uint64_t>(NumberAt(*found, "files")) << " ("
+  constexpr double kMega = 1e6, kMost = 1e15;
+  text << std::fixed << static_cast<std::uint64_t>(std::clamp(NumberAt(*found, "files"), 0.0, kMost)) << " ("
        << NumberAt(*found, "bytes") / kMega << " MB)";
   return text.str();
 }
@@ -97,7 +119,8 @@ std::string AgeText(const CJson& node, const char* key) {
   const auto found = node.find(key);
   if (found == node.end() || !found->is_number()) return "-";
   constexpr double kMinute = 60, kHour = 3600, kDay = 86400;
-  const double age = found->get<double>();
+  constexpr double kLongest = 1e9;
+  const double age = std::clamp(found->get<double>(), 0.0, kLongest);  // NaN cannot stand in JSON
   const auto text = [&](double unit, const char* name) {
     return std::to_string(static_cast<std::int64_t>(age / unit)) + " " + name;
   };

@@ -32,7 +32,7 @@ CJson NewestStream(const char* name, const char* subjects, const char* words, st
           {"max_msgs_per_subject", 1},
           {"max_age", days * 24 * 3600 * kSecond},
           {"duplicate_window", kSecond / 10},
-          {"allow_direct", true},
+          {"allow_direct", name == kReceiptStream},
           {"storage", "file"}};
 }
 
@@ -78,7 +78,9 @@ CPlan PlanOf(CNatsLink& link, const char* name, CJson wish, const CStreamWishes&
   if (isLog && IsLower(wishes.maxBytes, bytes))
     RefuseLower(name, "the limit of bytes", wishes.maxBytes, bytes);
   CJson changed = CJson(*config);  // what an administrator has set besides stays
-  changed.update(wish);
+  for (const char* key :
+       {"num_replicas", "max_bytes", "max_msgs_per_subject", "discard", "discard_new_per_subject"})
+    if (wish.contains(key)) changed[key] = wish[key];
   if (nlohmann::json(changed) == *config) return {name, changed, nullptr, "is there"};
   return {name, changed, "UPDATE", "changed"};
 }

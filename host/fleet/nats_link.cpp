@@ -1,6 +1,10 @@
 #include "host/fleet/nats_link.h"
 
+#include <unistd.h>
+
+#include <array>
 #include <cerrno>
+#include <charconv>
 #include <cstring>
 #include <fstream>
 #include <sstream>
@@ -48,6 +52,18 @@ std::string ShownServers(const std::vector<std::string>& servers) {
                      : url.substr(0, scheme == std::string::npos ? 0 : scheme + 3) + url.substr(at + 1));
   }
   return shown;
+}
+
+// Nobody else can name the subjects of this connection's answers: the servers answer to any subject that a
+// client gives, and a late answer to an earlier process must not count.
+CNatsOptions Secret(CNatsOptions options) {
+  std::array<unsigned char, 16> bytes = {};
+  if (::getentropy(bytes.data(), bytes.size()) != 0)
+    throw CNatsFault(std::string("random numbers: ") + std::strerror(errno));
+  constexpr char kDigits[] = "0123456789abcdef";
+  options.inbox += '.';
+  for (const unsigned char byte : bytes) options.inbox += {kDigits[byte >> 4], kDigits[byte & 15]};
+  return options;
 }
 
 class COptions {
@@ -126,14 +142,14 @@ std::string_view CNatsMessage::Header(const char* name) const {
                                                                                          : std::string_view();
 }
 
-CNatsLink::CNatsLink(const CNatsOptions& options) : m_wish(options), m_inbox(options.inbox) {
-  const COptions made(options);
+CNatsLink::CNatsLink(const CNatsOptions& options) : m_wish(Secret(options)), m_inbox(m_wish.inbox) {
+  const COptions made(m_wish);
   Check(natsOptions_SetErrorHandler(made.Get(), OnError, this), "handler");
   Check(natsOptions_SetReconnectedCB(made.Get(), OnUp, this), "handler");
   Check(natsOptions_SetDisconnectedCB(made.Get(), OnDown, this), "handler");
   Check(natsOptions_SetRetryOnFailedConnect(made.Get(), true, OnUp, this), "handler");
   const natsStatus status = natsConnection_Connect(&m_connection, made.Get());
-  if (status != NATS_OK && status != NATS_NOT_YET_CONNECTED) Check(status, options.servers.front());
+  if (status != NATS_OK && status != NATS_NOT_YET_CONNECTED) Check(status, ShownServers(options.servers));
   if (status == NATS_OK) m_connections = 1;
   Listen(m_inbox + ".a.>");  // answers to Ask have other subjects below the inbox
 }
@@ -210,6 +226,9 @@ bool CNatsLink::Publish(const std::string& subject, std::string_view data, const
       reply.empty()
           ? natsConnection_Publish(m_connection, subject.c_str(), data.data(), size)
           : natsConnection_PublishRequest(m_connection, subject.c_str(), reply.c_str(), data.data(), size);
+  // Without a connection nothing is wrong: it is tried again.
+  if (status != NATS_OK && status != NATS_CONNECTION_DISCONNECTED && status != NATS_INSUFFICIENT_BUFFER)
+    Tell("a message is not sent: " + std::string(natsStatus_GetText(status)));
   return status == NATS_OK;
 }
 
@@ -292,6 +311,13 @@ void CNatsLink::OnDown(natsConnection* connection, void* link) {
   static_cast<CNatsLink*>(link)->Tell(
       std::string("the connection is lost") +
       (status != NATS_OK && words != nullptr && *words != 0 ? std::string(": ") + words : ""));
+}
+
+std::uint64_t AnswerNumber(const CNatsMessage& answer) {
+  const std::string_view subject = answer.Subject();
+  std::uint64_t number = 0;
+  std::from_chars(subject.data() + subject.rfind('.') + 1, subject.data() + subject.size(), number);
+  return number;
 }
 
 CStoredAnswer ParseStored(const CNatsMessage& answer) {

@@ -25,7 +25,7 @@ struct CNatsOptions {
   std::string creds;                 // a file: credentials of the server's tools, or a line USER:PASSWORD
   std::string authority, certificate, key;  // files, in PEM; any of them means TLS
   std::string name;                         // of this client, as the server lists it
-  std::string inbox;                        // beginning of the subjects of answers, without wildcards
+  std::string inbox;                        // beginning of the subjects of answers, before a random token
 };
 
 class CNatsFault : public std::runtime_error {
@@ -108,6 +108,9 @@ class CNatsLink {
   Time m_checked = std::chrono::steady_clock::now();  // when there was a connection, or its absence was told
   std::vector<std::string> m_faults;
 };
+
+// The number at the end of an answer's subject; 0 without one.
+std::uint64_t AnswerNumber(const CNatsMessage& answer);
 
 // The answer of a stream to a message that was published to it.
 struct CStoredAnswer {

@@ -1,7 +1,6 @@
 #include "host/fleet/receipt_hearer.h"
 
 #include <algorithm>
-#include <charconv>
 
 #include "host/fleet/chunk.h"
 #include "host/fleet/fleet_streams.h"
@@ -11,7 +10,7 @@ namespace {
 
 constexpr std::chrono::seconds kHearTurn{1};
 constexpr std::size_t kMostQuestions = 256;
-constexpr std::int64_t kLongestPause = 3'600'000;  // ms
+constexpr std::int64_t kLongestPause = 3'600'000, kForeign = 60'000;  // ms
 
 }  // namespace
 
@@ -30,17 +29,17 @@ void CReceiptHearer::Hear(const CReceipt& receipt) {
     if (file->state == EShipped::archived && receipt.sequence > file->sequence) {
       file->state = EShipped::waiting;  // the archive has another version as the newest
       file->hasReceipt = false;
-      file->due = 0;
+      file->due = WallClock() + kForeign;
+      m_log.Tell(file->key +
+                 ": the archive got another version of it; sent again. Does another machine have the " +
+                 "same --site and --node?");
     }
   }
   m_state.Put(*file);
 }
 
 std::string CReceiptHearer::TakeQuestion(CQuestions& questions, const CNatsMessage& answer) {
-  const std::string_view subject = answer.Subject();
-  std::uint64_t number = 0;
-  std::from_chars(subject.data() + subject.rfind('.') + 1, subject.data() + subject.size(), number);
-  const auto found = questions.find(number);
+  const auto found = questions.find(AnswerNumber(answer));
   if (found == questions.end()) return "";
   std::string key = std::move(found->second);
   questions.erase(found);

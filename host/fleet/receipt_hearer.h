@@ -8,6 +8,7 @@
 #include "host/fleet/nats_link.h"
 #include "host/fleet/receipt_sender.h"
 #include "host/fleet/ship_state.h"
+#include "host/fleet/told_once.h"
 
 namespace vastra {
 
@@ -15,8 +16,8 @@ class CReceiptHearer {
  public:
   using Time = CNatsLink::Time;
 
-  CReceiptHearer(CNatsLink& link, CShipState& state, const CFleetNode& node)
-      : m_link(link), m_state(state), m_node(node) {}
+  CReceiptHearer(CNatsLink& link, CShipState& state, const CFleetNode& node, CToldOnce& log)
+      : m_link(link), m_state(state), m_node(node), m_log(log) {}
 
   // A message under vastra.done, or an answer with one. Throws CStoreFault.
   void Hear(const CReceipt& receipt);
@@ -25,6 +26,7 @@ class CReceiptHearer {
   void HearProbe(const CNatsMessage& answer);
   // Asks the servers about files that have waited for a receipt.
   void Work(Time now);
+  bool IsIdle() const { return m_newest.empty() && m_probes.empty(); }
 
   static constexpr const char* kNewestKind = "newest";
   static constexpr const char* kProbeKind = "probe";
@@ -38,6 +40,7 @@ class CReceiptHearer {
   CNatsLink& m_link;
   CShipState& m_state;
   const CFleetNode m_node;
+  CToldOnce& m_log;
   CQuestions m_newest, m_probes;
   std::uint64_t m_last = 0;
   Time m_due{};

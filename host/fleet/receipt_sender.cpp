@@ -1,7 +1,5 @@
 #include "host/fleet/receipt_sender.h"
 
-#include <charconv>
-
 namespace vastra {
 namespace {
 
@@ -22,10 +20,7 @@ void CReceiptSender::Send(const CStoredFile& stored, Time now) {
 }
 
 std::string CReceiptSender::Hear(const CNatsMessage& answer) {
-  const std::string_view subject = answer.Subject();
-  std::uint64_t number = 0;
-  std::from_chars(subject.data() + subject.rfind('.') + 1, subject.data() + subject.size(), number);
-  const auto found = m_sent.find(number);
+  const auto found = m_sent.find(AnswerNumber(answer));
   if (found == m_sent.end()) return "";
   const CStoredAnswer stored = ParseStored(answer);
   if (stored.sequence != 0) m_told.push_back(std::move(found->second.stored));

@@ -34,7 +34,7 @@ CUser Archive() {
 CUser Looker() {
   return {"watch",
           {StreamRequest("INFO", kStatusStream), StreamRequest("INFO", kLogStream),
-           NewestRequest(kStatusStream, "vastra.status.>")},
+           StreamRequest("MSG.GET", kStatusStream)},
           {"_INBOX.vastra-watch.>", "vastra.live.>"}};
 }
 

@@ -50,8 +50,8 @@ class CShipFiles {
   const std::int64_t m_deleteAfter;
   CToldOnce& m_log;
 
-  enum class EPhase { walk, rows } m_phase = EPhase::walk;
-  std::string m_checked;  // the key of the last row that was looked at
+  enum class EPhase { walk, rows } m_phase = EPhase::rows;  // what may go makes room on a full disk
+  std::string m_checked;                                    // the key of the last row that was looked at
   std::unordered_map<std::string, CUnsettled> m_unsettled;
   unsigned m_walks = 0;
   Time m_due{};

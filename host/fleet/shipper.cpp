@@ -29,7 +29,7 @@ CShipper::CShipper(CNatsLink& link, const CShipperOptions& options, CToldOnce& l
       m_finder(options.folders, options.isCsv, [&log](const std::string& line) { log.Tell(line); }),
       m_files(m_finder, m_state, options.deleteAfter, log),
       m_sender(link, m_state, m_finder, options.node, options.limit, log),
-      m_receipts(link, m_state, options.node) {
+      m_receipts(link, m_state, options.node, log) {
   m_link.Listen(NodeSubject("done", m_node) + ".>");
   m_link.Listen(NodeSubject("ask", m_node) + ".>");
 }
@@ -57,6 +57,7 @@ std::string CShipper::Summary() const {
 void CShipper::Turn(Time now) {
   for (const std::string& fault : m_link.TakeFaults()) m_log.Tell("servers: " + fault);
   m_files.Work(now);
+  m_state.Commit();  // a full disk shows before bytes are sent for nothing
   m_sender.Work(now);
   m_receipts.Work(now);
   m_state.Commit();
@@ -80,7 +81,8 @@ void CShipper::Hear(const CNatsMessage& message, Time now) {
     m_receipts.HearNewest(message);
   } else if (subject.starts_with(m_link.AnswerSubject(CReceiptHearer::kProbeKind))) {
     m_receipts.HearProbe(message);
-  } else if (const std::optional<CReceipt> receipt = ParseReceipt(subject, message.Data())) {
+  } else if (const std::optional<CReceipt> receipt = ParseReceipt(subject, message.Data());
+             receipt && message.Header("Nats-Stream").empty()) {  // a receipt of an archive has no headers
     m_receipts.Hear(*receipt);
   } else if (const std::optional<CFileSubject> asked = ParseFileSubject(EFileSubject::ask, subject)) {
     HearRequest(*asked);

@@ -203,7 +203,8 @@ TEST(FleetReceipts, AReceiptOfAnEarlierSendingDoesNotCount) {
   nowhere.inbox = "_INBOX.test";
   CNatsLink link(nowhere);
   CShipState state(path.string());
-  CReceiptHearer hearer(link, state, kNode);
+  CToldOnce log([](const std::string&) {});
+  CReceiptHearer hearer(link, state, kNode, log);
   struct {
     EShipped before;
     std::uint64_t sequence, others;
