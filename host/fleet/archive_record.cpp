@@ -11,6 +11,9 @@ constexpr const char* kArchiveSchema = R"(
 CREATE TABLE IF NOT EXISTS file (
   path BLOB PRIMARY KEY, version BLOB NOT NULL, stream INTEGER NOT NULL, sequence INTEGER NOT NULL,
   size INTEGER NOT NULL, told INTEGER NOT NULL) WITHOUT ROWID;
+CREATE TABLE IF NOT EXISTS stream (number INTEGER PRIMARY KEY, made BLOB NOT NULL);
+CREATE TABLE IF NOT EXISTS self (id BLOB NOT NULL);
+INSERT INTO self SELECT lower(hex(randomblob(16))) WHERE NOT EXISTS (SELECT 1 FROM self);
 CREATE INDEX IF NOT EXISTS untold ON file (told) WHERE told = 0;
 CREATE TABLE IF NOT EXISTS partial (
   id INTEGER PRIMARY KEY, path BLOB NOT NULL, version BLOB NOT NULL, stream INTEGER NOT NULL,
@@ -61,7 +64,24 @@ CArchiveRecord::CArchiveRecord(const std::string& path)
       m_dropPartial(m_store, "DELETE FROM partial WHERE id = ?"),
       m_untold(m_store, "SELECT path, version, stream, sequence, size FROM file WHERE told = 0 LIMIT ?"),
       m_tell(m_store,
-             "UPDATE file SET told = 1 WHERE path = ? AND version = ? AND stream = ? AND sequence = ?") {}
+             "UPDATE file SET told = 1 WHERE path = ? AND version = ? AND stream = ? AND sequence = ?") {
+  CStatement self(m_store, "SELECT id FROM self");
+  if (self.Step()) m_id = self.Bytes(0);
+}
+
+std::uint64_t CArchiveRecord::NumberOfStream(const std::string& made, std::uint64_t last) {
+  CStatement newest(m_store,
+                    "SELECT number, made, (SELECT max(sequence) FROM file WHERE stream = number) FROM stream "
+                    "ORDER BY number DESC LIMIT 1");
+  std::uint64_t number = 0;
+  if (newest.Step()) {
+    number = newest.Unsigned(0);
+    if (newest.Bytes(1) == made && newest.Unsigned(2) <= last) return number;
+  }
+  newest.Reset();
+  CStatement(m_store, "INSERT INTO stream VALUES (?, ?)").Bind(number + 1, made).Run();
+  return number + 1;
+}
 
 std::optional<CStoredFile> CArchiveRecord::Find(const CFleetFile& file) {
   if (!m_find.Bind(file.Path()).Step()) return std::nullopt;

@@ -12,10 +12,10 @@
 
 namespace vastra {
 
-// The order in which versions were sent, in place of the nodes' clocks: when the stream was made, and the
-// number of the message in it.
+// The order in which versions were sent, without any clock: the number of the stream, and that of the message
+// in it.
 struct COrder {
-  std::uint64_t stream = 0;  // nanoseconds since 1970 by the servers' clock
+  std::uint64_t stream = 0;  // the how manyth that this archive has seen: servers can be wiped
   std::uint64_t sequence = 0;
 
   bool operator<(const COrder& other) const {
@@ -45,6 +45,13 @@ class CArchiveRecord {
  public:
   explicit CArchiveRecord(const std::string& path);
 
+  // Names this record among all others. A node that has receipts of another one sends everything again.
+  const std::string& Id() const { return m_id; }
+  // The number for COrder of a stream that was made at this time, as the server says it, and whose last
+  // message has this number: another one than before if it is another stream, or an earlier state of the
+  // same.
+  std::uint64_t NumberOfStream(const std::string& made, std::uint64_t last);
+
   std::optional<CStoredFile> Find(const CFleetFile& file);
   // The receipt of the file is to be published, again if it was.
   void Put(const CStoredFile& stored);
@@ -63,6 +70,7 @@ class CArchiveRecord {
  private:
   CSqliteStore m_store;
   CStatement m_find, m_put, m_putPartial, m_dropPartial, m_untold, m_tell;
+  std::string m_id;
   std::uint64_t m_lastId = 0;
 };
 

@@ -92,17 +92,17 @@ void CArchiver::SetUp(Time now) {
   const unsigned connection = m_link.Connections();
   try {
     const nlohmann::json info = m_link.Ask(StreamRequest("INFO", kLogStream), nullptr, kPatience);
-    const std::optional<std::uint64_t> made = ServerTime(info.value("created", std::string()));
-    if (!made) throw CNatsFault("the stream does not say when it was made");
+    const std::string made = info.value("created", std::string());
+    const std::uint64_t last = info.at("state").value("last_seq", std::uint64_t{0});
     m_link.Ask(std::string("$JS.API.CONSUMER.DURABLE.CREATE.") + kLogStream + "." + ConsumerName(m_site),
                {{"stream_name", kLogStream}, {"config", ConsumerConfig(m_site)}}, kPatience);
-    m_stream = *made;
+    m_stream = m_record.NumberOfStream(made, last);
     m_connection = connection;
     m_isReady = true;
     m_wanted = 0;
   } catch (const CNatsFault& fault) {
     m_log.Tell(std::string(kLogStream) + ": " + fault.what() + " (vastra-fleet init makes it)");
-  } catch (const nlohmann::json::exception& fault) {
+  } catch (const std::exception& fault) {  // of the answer, or of the record
     m_log.Tell(std::string(kLogStream) + ": " + fault.what());
   }
 }

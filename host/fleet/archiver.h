@@ -55,7 +55,7 @@ class CArchiver {
   // Of the consumer.
   unsigned m_connection = 0;  // for which it was set up
   bool m_isReady = false;
-  std::uint64_t m_stream = 0;  // when the stream was made
+  std::uint64_t m_stream = 0;  // its number
   Time m_setUpDue{};
 
   // Of the request for messages that is with the server.

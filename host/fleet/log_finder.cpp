@@ -77,6 +77,7 @@ void CLogFinder::Look(const std::string& name, const CFound& found) {
   const std::string key = m_levels.back().key + "/" + name;
   if (S_ISDIR(status.st_mode) && m_levels.size() < kDeepest) Enter(folder, name, key);
   if (!S_ISREG(status.st_mode) || !IsLog(name)) return;
+  m_disks[key.substr(0, key.find('/'))] = status.st_dev;
   if (IsFleetKey(key))
     found(key, MarkOf(status));
   else
@@ -111,7 +112,12 @@ std::string CLogFinder::KeyOf(std::string_view path) const {
 
 bool CLogFinder::HasFolder(std::string_view key) const {
   const CShipFolder* const folder = FolderOf(key);
-  return folder != nullptr && ::access(folder->path.c_str(), R_OK | X_OK) == 0;
+  struct stat status = {};
+  if (folder == nullptr || ::access(folder->path.c_str(), R_OK | X_OK) != 0 ||
+      ::stat(folder->path.c_str(), &status) != 0)
+    return false;
+  const auto disk = m_disks.find(folder->name);
+  return disk == m_disks.end() || disk->second == status.st_dev;
 }
 
 }  // namespace vastra

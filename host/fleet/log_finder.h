@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -40,7 +41,8 @@ class CLogFinder {
   std::string PathOf(std::string_view key) const;
   // The key of a file below one of the folders; empty for another one.
   std::string KeyOf(std::string_view path) const;
-  // Whether the folder of a key can be read, so that a file that is not there is really gone.
+  // Whether the folder of a key can be read and is on the disk where logs were found, so that a file that is
+  // not there is really gone.
   bool HasFolder(std::string_view key) const;
 
  private:
@@ -54,6 +56,7 @@ class CLogFinder {
   const CShipFolder* FolderOf(std::string_view key) const;
 
   const std::vector<CShipFolder> m_folders;
+  std::map<std::string, dev_t, std::less<>> m_disks;  // by the names of folders
   const bool m_isCsv;
   const CTell m_tell;
   std::vector<CLevel> m_levels;

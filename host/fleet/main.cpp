@@ -158,8 +158,7 @@ int Ship(COptions& options) {
   CNatsLink link(options.servers);
   CShipper shipper(link, ship, log);
   const CEnd end(link);
-  shipper.Run(end.Flag());
-  return kDone;
+  return shipper.Run(end.Flag()) || !ship.isOnce ? kDone : kFailed;
 }
 
 int Archive(COptions& options) {

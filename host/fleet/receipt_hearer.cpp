@@ -8,7 +8,7 @@
 namespace vastra {
 namespace {
 
-constexpr std::chrono::seconds kHearTurn{1};
+constexpr std::chrono::seconds kHearTurn{1}, kAnswerPatience{5};
 constexpr std::size_t kMostQuestions = 256;
 constexpr std::int64_t kLongestPause = 3'600'000, kForeign = 60'000;  // ms
 
@@ -19,6 +19,10 @@ void CReceiptHearer::Hear(const CReceipt& receipt) {
   if (receipt.subject.file.node != m_node) return;
   std::optional<CShipFile> file = m_state.Find(receipt.subject.file.key);
   if (!file) return;
+  if (m_state.SetArchive(receipt.archive)) {
+    m_log.Tell("receipts come from another archive: all files are sent again");
+    file = m_state.Find(receipt.subject.file.key);
+  }
   if (receipt.subject.version == file->version) {
     if (receipt.sequence < file->sequence || receipt.sequence <= file->others) return;
     file->hasReceipt = true;
@@ -49,9 +53,11 @@ std::string CReceiptHearer::TakeQuestion(CQuestions& questions, const CNatsMessa
 void CReceiptHearer::Work(Time now) {
   if (now < m_due || !m_link.IsUp()) return;
   m_due = now + kHearTurn;
-  if (m_newest.size() >= kMostQuestions) m_newest.clear();  // without answers: asked again
-  if (m_probes.size() >= kMostQuestions) m_probes.clear();
+  if (!IsIdle() && now - m_asked < kAnswerPatience) return;
+  m_newest.clear();  // without answers: asked again
+  m_probes.clear();
   const std::int64_t wall = WallClock();
+  m_asked = now;
   for (CShipFile& file : m_state.Overdue(wall, kMostQuestions)) {
     file.pause = std::min(2 * file.pause, kLongestPause);
     file.due = wall + file.pause;

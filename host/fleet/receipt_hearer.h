@@ -43,7 +43,7 @@ class CReceiptHearer {
   CToldOnce& m_log;
   CQuestions m_newest, m_probes;
   std::uint64_t m_last = 0;
-  Time m_due{};
+  Time m_due{}, m_asked{};
 };
 
 }  // namespace vastra

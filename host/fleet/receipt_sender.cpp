@@ -14,7 +14,7 @@ std::string ReceiptSubject(const CStoredFile& stored) {
 
 void CReceiptSender::Send(const CStoredFile& stored, Time now) {
   const std::uint64_t number = ++m_last;
-  if (m_link.Publish(ReceiptSubject(stored), MakeReceipt(stored),
+  if (m_link.Publish(ReceiptSubject(stored), MakeReceipt(stored, m_record.Id()),
                      m_link.AnswerSubject(kKind) + std::to_string(number)))
     m_sent.emplace(number, CSent{stored, now});
 }
@@ -44,9 +44,11 @@ void CReceiptSender::Work(Time now) {
 }
 
 // The subject stands in it: a receipt is worth nothing under another one.
-std::string MakeReceipt(const CStoredFile& stored) {
-  return JsonText(
-      {{"receipt", ReceiptSubject(stored)}, {"bytes", stored.size}, {"sequence", stored.order.sequence}});
+std::string MakeReceipt(const CStoredFile& stored, const std::string& archive) {
+  return JsonText({{"receipt", ReceiptSubject(stored)},
+                   {"bytes", stored.size},
+                   {"sequence", stored.order.sequence},
+                   {"archive", archive}});
 }
 
 std::optional<CReceipt> ParseReceipt(std::string_view subject, std::string_view data) {
@@ -55,7 +57,7 @@ std::optional<CReceipt> ParseReceipt(std::string_view subject, std::string_view 
   try {
     const nlohmann::json json = ParseJson(data);
     if (json.value("receipt", std::string()) != subject) return std::nullopt;
-    return CReceipt{*parts, json.value("sequence", std::uint64_t{0})};
+    return CReceipt{*parts, json.value("sequence", std::uint64_t{0}), json.value("archive", std::string())};
   } catch (const CJsonFault&) {
     return std::nullopt;
   } catch (const nlohmann::json::exception&) {

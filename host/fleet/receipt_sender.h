@@ -40,8 +40,9 @@ class CReceiptSender {
 struct CReceipt {
   CFileSubject subject;
   std::uint64_t sequence = 0;  // of the last message that brought something of the file
+  std::string archive;         // the id of its record
 };
-std::string MakeReceipt(const CStoredFile& stored);
+std::string MakeReceipt(const CStoredFile& stored, const std::string& archive);
 // Empty for what is not the receipt of this subject.
 std::optional<CReceipt> ParseReceipt(std::string_view subject, std::string_view data);
 

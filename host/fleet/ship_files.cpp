@@ -16,9 +16,8 @@ namespace vastra {
 namespace {
 
 constexpr std::size_t kEntries = 500, kRows = 500, kMostUnsettled = 10000;
-constexpr std::chrono::seconds kSettled{3}, kRoundPause{2}, kUnsettledPause{1};
-constexpr int kShareOfTime = 20;         // a round takes at most this part of the time
-constexpr std::int64_t kAgain = 60'000;  // ms between two versions of a name
+constexpr std::chrono::seconds kSettled{3}, kLongestChange{10}, kRoundPause{2}, kUnsettledPause{1};
+constexpr int kShareOfTime = 20;  // a round takes at most this part of the time
 
 ELogForm FormOf(std::string_view key) {
   return key.ends_with(".csv") || key.ends_with(".CSV") ? ELogForm::text : ELogForm::binary;
@@ -55,6 +54,12 @@ bool CShipFiles::Walk(Time now) {
   return true;
 }
 
+bool CShipFiles::IsComplete(Time now) const {
+  return m_walks > 0 && std::none_of(m_unsettled.begin(), m_unsettled.end(), [&](const auto& one) {
+           return now - one.second.first < kLongestChange;
+         });
+}
+
 void CShipFiles::Hint(const std::string& path, Time now) {
   const std::string key = m_finder.KeyOf(path);
   struct stat status = {};
@@ -79,7 +84,7 @@ bool CShipFiles::IsSettled(const std::string& key, const CFileMark& mark, Time n
   if (IsWholeLog(m_finder.PathOf(key).c_str(), FormOf(key))) return true;
   const auto found = m_unsettled.find(key);
   if (found == m_unsettled.end()) {
-    if (m_unsettled.size() < kMostUnsettled) m_unsettled.emplace(key, CUnsettled{mark, now, m_walks});
+    if (m_unsettled.size() < kMostUnsettled) m_unsettled.emplace(key, CUnsettled{mark, now, now, m_walks});
     return false;
   }
   CUnsettled& seen = found->second;
@@ -97,7 +102,7 @@ void CShipFiles::Admit(const std::string& key, const CFileMark& mark, std::optio
   file.mark = mark;
   file.state = EShipped::waiting;
   file.isLive = m_walks > 0;
-  file.due = row && row->sent > 0 ? row->sent + kAgain : 0;
+  file.due = row && row->sent > 0 ? row->sent + m_pause.count() : 0;
   file.pause = 0;
   m_state.Put(file);
 }

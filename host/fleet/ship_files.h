@@ -12,9 +12,11 @@ class CShipFiles {
  public:
   using Time = std::chrono::steady_clock::time_point;
 
-  // deleteAfter: age in seconds of an archived file that is removed; negative: none is.
-  CShipFiles(CLogFinder& finder, CShipState& state, std::int64_t deleteAfter, CToldOnce& log)
-      : m_finder(finder), m_state(state), m_deleteAfter(deleteAfter), m_log(log) {}
+  // deleteAfter: age in seconds of an archived file that is removed; negative: none is. pause: between two
+  // versions of a name.
+  CShipFiles(CLogFinder& finder, CShipState& state, std::int64_t deleteAfter, std::chrono::milliseconds pause,
+             CToldOnce& log)
+      : m_finder(finder), m_state(state), m_deleteAfter(deleteAfter), m_pause(pause), m_log(log) {}
 
   // A step of the walk through the folders, or of the look at the files that were found before. Throws
   // CStoreFault.
@@ -22,8 +24,10 @@ class CShipFiles {
   // A log that was closed a moment ago.
   void Hint(const std::string& path, Time now);
 
-  // Whether all folders were walked through and each file that was found is known to be whole.
-  bool IsComplete() const { return m_walks > 0 && m_unsettled.empty(); }
+  // Whether all folders were walked through and each file that was found is known to be whole, or changes for
+  // a long time already.
+  bool IsComplete(Time now) const;
+  std::size_t Unsettled() const { return m_unsettled.size(); }
   Time Due() const { return m_due; }
   std::uint64_t Removed() const { return m_removed; }
   std::uint64_t Lost() const { return m_lost; }  // files that went before they were sent
@@ -31,7 +35,7 @@ class CShipFiles {
  private:
   struct CUnsettled {
     CFileMark mark;
-    Time since;
+    Time since, first;
     unsigned walk;
   };
 
@@ -48,6 +52,7 @@ class CShipFiles {
   CLogFinder& m_finder;
   CShipState& m_state;
   const std::int64_t m_deleteAfter;
+  const std::chrono::milliseconds m_pause;
   CToldOnce& m_log;
 
   enum class EPhase { walk, rows } m_phase = EPhase::rows;  // what may go makes room on a full disk

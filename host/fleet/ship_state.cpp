@@ -14,6 +14,7 @@ CREATE TABLE IF NOT EXISTS file (
   pause INTEGER NOT NULL, sent INTEGER NOT NULL) WITHOUT ROWID;
 CREATE INDEX IF NOT EXISTS turn ON file (state, live, changed) WHERE state < 3;
 CREATE INDEX IF NOT EXISTS due ON file (due) WHERE state = 2;
+CREATE TABLE IF NOT EXISTS archive (id BLOB NOT NULL);
 UPDATE file SET state = 0 WHERE state = 1;
 )";
 
@@ -58,6 +59,13 @@ CShipState::CShipState(const std::string& path)
       m_oldest(
           m_store,
           "SELECT changed FROM file WHERE state = ? AND state < 3 AND live = ? ORDER BY changed LIMIT 1") {
+  CStatement archive(m_store, "SELECT id FROM archive");
+  if (archive.Step()) m_archive = archive.Bytes(0);
+  AddUp();
+}
+
+void CShipState::AddUp() {
+  m_sums = {};
   CStatement sums(m_store, "SELECT state, count(*), coalesce(sum(size), 0) FROM file GROUP BY state");
   while (sums.Step())
     if (sums.Unsigned(0) < kShippedStates) m_sums[sums.Unsigned(0)] = {sums.Unsigned(1), sums.Unsigned(2)};
@@ -68,6 +76,23 @@ std::optional<CShipFile> CShipState::Find(std::string_view key) {
   const CShipFile file = FileOf(m_find);
   m_find.Reset();
   return file;
+}
+
+bool CShipState::SetArchive(const std::string& id) {
+  if (id == m_archive) return false;
+  Change();
+  const bool isAnother = !m_archive.empty();
+  m_store.Execute("DELETE FROM archive");
+  CStatement(m_store, "INSERT INTO archive VALUES (?)").Bind(id).Run();
+  m_archive = id;
+  if (isAnother) m_store.Execute("UPDATE file SET state = 0, receipt = 0, due = 0 WHERE state = 3");
+  AddUp();
+  return isAnother;
+}
+
+void CShipState::MakeDue() {
+  Change();
+  m_store.Execute("UPDATE file SET due = 0 WHERE state = 2");
 }
 
 void CShipState::Change() {

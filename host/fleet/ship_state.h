@@ -65,16 +65,24 @@ class CShipState {
   // When the oldest file that is not archived was changed, nanoseconds since 1970.
   std::optional<std::int64_t> Oldest();
 
+  // The record that receipts come from. With another one than before no file has a receipt, and all wait.
+  // Returns whether it is another one.
+  bool SetArchive(const std::string& id);
+  // Receipts of files that are sent are due.
+  void MakeDue();
+
   // What was changed since the last call is stored.
   void Commit();
 
  private:
   void Change();
+  void AddUp();
   std::vector<CShipFile> All(CStatement& rows);
 
   CSqliteStore m_store;
   CStatement m_find, m_put, m_remove, m_waiting, m_overdue, m_inPack, m_after, m_oldest;
   std::array<CSum, kShippedStates> m_sums = {};
+  std::string m_archive;
   bool m_isChanged = false;
 };
 

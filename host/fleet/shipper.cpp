@@ -9,6 +9,7 @@ namespace vastra {
 namespace {
 
 constexpr std::chrono::seconds kReportTurn{10}, kNoReportTurn{1};
+constexpr std::chrono::milliseconds kPause{60000}, kNoPause{0};  // between two versions of a name
 constexpr std::size_t kMostInPack = 10000;
 
 std::string ShipStateFile(const CShipperOptions& options) {
@@ -27,15 +28,16 @@ CShipper::CShipper(CNatsLink& link, const CShipperOptions& options, CToldOnce& l
       m_isOnce(options.isOnce),
       m_state(ShipStateFile(options)),
       m_finder(options.folders, options.isCsv, [&log](const std::string& line) { log.Tell(line); }),
-      m_files(m_finder, m_state, options.deleteAfter, log),
+      m_files(m_finder, m_state, options.deleteAfter, options.isOnce ? kNoPause : kPause, log),
       m_sender(link, m_state, m_finder, options.node, options.limit, log),
       m_receipts(link, m_state, options.node, log) {
   m_link.Listen(NodeSubject("done", m_node) + ".>");
   m_link.Listen(NodeSubject("ask", m_node) + ".>");
 }
 
-void CShipper::Run(const std::atomic<bool>& end) {
-  while (!end && !(m_isOnce && IsDone())) {
+bool CShipper::Run(const std::atomic<bool>& end) {
+  if (m_isOnce) m_state.MakeDue();
+  while (!end && !(m_isOnce && IsDone(std::chrono::steady_clock::now()))) {
     const Time now = std::chrono::steady_clock::now();
     for (const CNatsMessage& message : m_link.Take(NextTurn(now)))
       Hear(message, std::chrono::steady_clock::now());
@@ -45,6 +47,7 @@ void CShipper::Run(const std::atomic<bool>& end) {
   m_reportDue = {};
   Report(std::chrono::steady_clock::now());
   m_log.Tell(Summary());
+  return IsSent() && m_files.Unsettled() == 0;
 }
 
 std::string CShipper::Summary() const {
@@ -68,9 +71,15 @@ CShipper::Time CShipper::NextTurn(Time now) const {
   return std::min({m_files.Due(), m_sender.Due(now), m_reportDue});
 }
 
-bool CShipper::IsDone() const {
-  return m_files.IsComplete() && m_sender.IsIdle() && m_state.Sum(EShipped::waiting).files == 0 &&
-         m_state.Sum(EShipped::sending).files == 0;
+bool CShipper::IsSent() const {
+  return m_state.Sum(EShipped::waiting).files == 0 && m_state.Sum(EShipped::sending).files == 0;
+}
+
+// A file that cannot be read is tried again later, but not by a call that is to end.
+bool CShipper::IsDone(Time now) {
+  return m_files.IsComplete(now) && m_sender.IsIdle() && m_receipts.IsIdle() &&
+         (IsSent() ||
+          (m_state.Waiting(false, WallClock(), 1).empty() && m_state.Waiting(true, WallClock(), 1).empty()));
 }
 
 void CShipper::Hear(const CNatsMessage& message, Time now) {

@@ -27,14 +27,16 @@ class CShipper {
   CShipper(CNatsLink& link, const CShipperOptions& options, CToldOnce& log);
 
   // Until end is set and the link was woken; with isOnce until the servers have all files that are there.
-  void Run(const std::atomic<bool>& end);
+  // Returns whether they have them.
+  bool Run(const std::atomic<bool>& end);
 
  private:
   void Turn(Time now);
   void Hear(const CNatsMessage& message, Time now);
   void HearRequest(const CFileSubject& asked);
   void Report(Time now);
-  bool IsDone() const;
+  bool IsSent() const;
+  bool IsDone(Time now);
   std::string Summary() const;
   Time NextTurn(Time now) const;
 

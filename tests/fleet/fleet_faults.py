@@ -236,7 +236,13 @@ def permissions(fleet, rng):
         hostile.publish(forged, receipt)
         assert hostile.take() is None and len(hostile.faults) == before + 1, forged
         assert "Permissions Violation" in hostile.faults[-1], hostile.faults
-    hostile.publish(own, b"junk", subject)  # the servers' answer goes to the subject of a receipt
+    # The servers' answers go to any subject: of a receipt, with the bytes of a report, and of another's answers.
+    hostile.publish("vastra.status.plant.a", receipt)
+    watcher = Client(fleet.cluster.ports[0], "watch", "secret")
+    watcher.publish("$JS.API.STREAM.MSG.GET.VASTRA_STATUS", b'{"last_by_subj":"vastra.status.plant.a"}', subject)
+    watcher.publish("$JS.API.DIRECT.GET.VASTRA_STATUS.vastra.status.plant.a", b"", subject)
+    for i, reply in enumerate((subject, *(f"_INBOX.plant.b.a.chunk.{i}" for i in range(9)))):
+        hostile.publish(own + str(i), b"junk", reply)
     time.sleep(4)
     assert all(path.exists() for files in kept.values() for path in files), "a file went without a receipt"
     fleet.start_archive("--creds", creds["archive"])
@@ -245,6 +251,19 @@ def permissions(fleet, rng):
         for path, data in files.items():
             assert (fleet.archive_folder / "plant" / name / "logs" / path.name).read_bytes() == data
     shutil.rmtree(fleet.archive_folder / "plant")
+
+
+def older(fleet, rng):
+    """A large file of the backlog is replaced while it is sent: the new one overtakes, and nothing of the old follows."""
+    logs = fleet.add_node("a")
+    (logs / "large.rph").write_bytes(rng.randbytes(3_000_000))
+    fleet.start_archive()
+    fleet.start_shipper("a", "--limit", "250kB")
+    wait(lambda: list((fleet.archive_folder / ".incoming").iterdir()), 60, "the first chunks are there")
+    (logs / "new.part").write_bytes(b"a small one")
+    (logs / "new.part").rename(logs / "large.rph")
+    fleet.wait_complete(60)
+    time.sleep(14)  # what the rest would have taken
 
 
 def basics(fleet, rng):
@@ -287,7 +306,7 @@ def basics(fleet, rng):
     fleet.wait_complete(90)
 
 
-CASES = {case.__name__: case for case in (basics, kills, partition, wiped, full_disk, damaged, links, removed, clock, permissions)}
+CASES = {case.__name__: case for case in (basics, kills, older, partition, wiped, full_disk, damaged, links, removed, clock, permissions)}
 
 
 def crc32c(data):

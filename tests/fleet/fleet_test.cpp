@@ -104,9 +104,9 @@ TEST(FleetMessages, AReceiptHoldsForItsSubjectAlone) {
   const CStoredFile stored = {{kNode, "logs/a"}, VersionOf("one"), {1, 5}, 3};
   const std::string subject = SubjectOf(EFileSubject::done, {stored.file, stored.version});
   const std::string other = SubjectOf(EFileSubject::done, {stored.file, VersionOf("two")});
-  ASSERT_TRUE(ParseReceipt(subject, MakeReceipt(stored)));
-  EXPECT_EQ(ParseReceipt(subject, MakeReceipt(stored))->sequence, 5U);
-  EXPECT_FALSE(ParseReceipt(other, MakeReceipt(stored)));
+  ASSERT_TRUE(ParseReceipt(subject, MakeReceipt(stored, "id")));
+  EXPECT_EQ(ParseReceipt(subject, MakeReceipt(stored, "id"))->sequence, 5U);
+  EXPECT_FALSE(ParseReceipt(other, MakeReceipt(stored, "id")));
   // The server answers to any subject that a client names.
   for (const char* data : {R"({"stream":"VASTRA_LOGS", "seq":5})", "", "[]", "{\"receipt\": 1}"})
     EXPECT_FALSE(ParseReceipt(subject, data)) << data;
@@ -176,6 +176,19 @@ TEST_F(ArchiveIntake, TheVersionThatWasSentLastIsStored) {
   EXPECT_EQ(Stored(), "E");
 }
 
+TEST_F(ArchiveIntake, AStreamIsAnotherOneWhenItWasMadeAnewOrSetBack) {
+  Open();
+  EXPECT_EQ(m_record->NumberOfStream("monday", 0), 1U);
+  Take('A', 10, 0, {1, 7});
+  m_intake->Finish();
+  EXPECT_EQ(m_record->NumberOfStream("monday", 7), 1U);
+  EXPECT_EQ(m_record->NumberOfStream("sunday", 9), 2U);  // the servers' clock is behind
+  EXPECT_EQ(m_record->NumberOfStream("monday", 9), 3U);
+  Take('B', 10, 0, {3, 8});
+  m_intake->Finish();
+  EXPECT_EQ(m_record->NumberOfStream("monday", 5), 4U);
+}
+
 TEST_F(ArchiveIntake, ChunksComeInAnyOrderAndOutliveTheProcess) {
   constexpr std::size_t kSize = 2 * kChunkSize + 1;
   Open();
@@ -231,12 +244,22 @@ TEST(FleetReceipts, AReceiptOfAnEarlierSendingDoesNotCount) {
     file.others = one.others;
     file.hasReceipt = one.before == EShipped::archived;
     state.Put(file);
-    hearer.Hear({{{kNode, file.key}, VersionOf(std::string(1, one.version))}, one.receipt});
+    hearer.Hear({{{kNode, file.key}, VersionOf(std::string(1, one.version))}, one.receipt, "one"});
     EXPECT_EQ(state.Find(file.key)->state, one.after) << &one - cases;
     EXPECT_EQ(state.Find(file.key)->hasReceipt, one.hasReceipt) << &one - cases;
   }
-  hearer.Hear({{{{"other", "node"}, "logs/a"}, VersionOf("A")}, 99});
+  hearer.Hear({{{{"other", "node"}, "logs/a"}, VersionOf("A")}, 99, "one"});
   EXPECT_EQ(state.Find("logs/a")->others, 6U);
+  // An archive that has lost everything: all is sent again.
+  CShipFile other = *state.Find("logs/a");
+  other.key = "logs/b";
+  other.state = EShipped::archived;
+  other.hasReceipt = true;
+  state.Put(other);
+  hearer.Hear({{{kNode, "logs/a"}, VersionOf("A")}, 100, "two"});
+  EXPECT_EQ(state.Find("logs/b")->state, EShipped::waiting);
+  EXPECT_FALSE(state.Find("logs/b")->hasReceipt);
+  EXPECT_EQ(state.Sum(EShipped::archived).files, state.Find("logs/a")->state == EShipped::archived ? 1U : 0U);
   std::filesystem::remove(path);
 }
 

@@ -8,6 +8,7 @@ from logs import Failed
 
 PROMISES = {
     "kills": "Shipper, archive and servers killed %(count)d times at random moments while files come and change",
+    "older": "A file of the backlog that is replaced while it is sent",
     "partition": "The archive stopped for longer than the servers wait for it, and the shipper too",
     "wiped": "All servers wiped while chunks and receipts wait, and a version that comes back",
     "full_disk": "The archive's disk full, and with room again",
