@@ -3,8 +3,8 @@
 #include <cstdlib>
 
 #include "host/common/json_text.h"
-#include "host/run/feed_json.h"
-#include "host/run/feed_request.h"
+#include "host/feed/feed_content.h"
+#include "host/feed/feed_request.h"
 
 namespace vastra {
 namespace {

@@ -139,8 +139,9 @@ std::optional<CFeedEvent> CFeedClient::Take() {
 // Empty for a line of a type that is not known, and for one that ends the connection.
 std::optional<CFeedEvent> CFeedClient::TakeLine() {
   std::optional<CFeedEvent> line;
+  m_line.assign(m_bytes, m_begin, m_lineEnd - m_begin);
   try {
-    line = ParseFeedEvent(std::string_view(m_bytes).substr(m_begin, m_lineEnd - m_begin));
+    line = ParseFeedEvent(m_line);
   } catch (const CJsonFault& fault) {
     End("a line is not one of a feed: " + fault.Text().Std());
     return std::nullopt;

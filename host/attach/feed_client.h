@@ -49,6 +49,8 @@ class CFeedClient {
   void Poll();
   // The next line; empty if there is none at the moment. The first one is a hello with the right version.
   std::optional<CFeedEvent> Take();
+  // The text of the line that Take has returned last, without its end.
+  const std::string& Line() const { return m_line; }
   // Whether the connection is over and each line of it was taken.
   bool HasEnded() const { return m_file < 0; }
   // Why it is over; not empty then.
@@ -71,6 +73,7 @@ class CFeedClient {
   bool m_isClosed = false;  // by the other side, or by an error, which is in m_fault
   std::string m_request;    // what is not sent yet
   std::string m_bytes;      // that were read, from m_begin on
+  std::string m_line;       // that was taken last
   std::size_t m_begin = 0, m_searched = 0;
   std::size_t m_lineEnd = std::string::npos;  // of the line at m_begin, once it is there
   Time m_deadline;                            // for the next line

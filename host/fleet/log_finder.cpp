@@ -104,9 +104,14 @@ std::string CLogFinder::PathOf(std::string_view key) const {
 }
 
 std::string CLogFinder::KeyOf(std::string_view path) const {
-  for (const CShipFolder& folder : m_folders)
-    if (path.starts_with(folder.path + "/"))
-      return folder.name + std::string(path.substr(folder.path.size()));
+  namespace fs = std::filesystem;
+  std::error_code fault;
+  const std::string real = fs::canonical(path, fault).string();
+  for (const CShipFolder& folder : m_folders) {
+    const std::string base = fs::canonical(folder.path, fault).string() + "/";
+    const std::string key = folder.name + "/" + real.substr(std::min(base.size(), real.size()));
+    if (real.starts_with(base) && IsFleetKey(key)) return key;
+  }
   return "";
 }
 

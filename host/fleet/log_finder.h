@@ -39,7 +39,8 @@ class CLogFinder {
   static std::string AsideName(const std::string& name) { return "." + name + ".shipped"; }
   // The path of a key; empty for one of no folder.
   std::string PathOf(std::string_view key) const;
-  // The key of a file below one of the folders; empty for another one.
+  // The key of a file that is really below one of the folders, whatever links its path has; empty for another
+  // one.
   std::string KeyOf(std::string_view path) const;
   // Whether the folder of a key can be read and is on the disk where logs were found, so that a file that is
   // not there is really gone.

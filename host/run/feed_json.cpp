@@ -192,12 +192,6 @@ std::string LogLine(const CFeedSource::Logs::CEntry& entry) {
   return JsonLine(json);
 }
 
-std::string ErrorLine(const CString& text) { return JsonLine({{"type", "error"}, {"text", ToJson(text)}}); }
-
-std::string DroppedLine(const char* key, std::uint64_t count) {
-  return JsonLine({{"type", "dropped"}, {key, count}});
-}
-
 void CFeedSample::Set(const CLiveNumbers& numbers) {
   m_head = R"({"type":"sample","number":)" + std::to_string(numbers.number) + R"(,"time":)" +
            ToJson(numbers.time).dump() + R"(,"values":[)";

@@ -16,9 +16,6 @@ std::string StateLine(const CFeedSource::CView& view, const CLiveNewest& newest,
 std::string CountsLine(const CFeedSource::CView& view, const CLiveNewest& newest);
 std::string MessageLine(const CFeedSource::Messages::CEntry& entry);
 std::string LogLine(const CFeedSource::Logs::CEntry& entry);
-std::string ErrorLine(const CString& text);
-// Lines that a slow reader has missed. key: "messages" or "logs".
-std::string DroppedLine(const char* key, std::uint64_t count);
 
 // The values of a sample as text, formatted once for all readers. The memory is used again for each sample.
 class CFeedSample {

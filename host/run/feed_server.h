@@ -2,12 +2,10 @@
 #pragma once
 
 #include <atomic>
-#include <list>
 #include <thread>
 
-#include "host/run/feed_reader.h"
-
-struct pollfd;
+#include "host/feed/feed_port.h"
+#include "host/run/run_feed_content.h"
 
 namespace vastra {
 
@@ -23,24 +21,16 @@ class CFeedServer {
   CString Open();
 
  private:
-  using Time = CFeedContent::Time;
-  static constexpr std::size_t kMostReaders = 64;
-
   void Main();
   void Pass();
-  void Poll(Time now);
-  void Accept(Time now);
-  void Admit(CDescriptor socket, Time now);
-  void WorkAll(bool areAllDue, Time now);
 
-  CFeedSource const& m_source;
+  const CFeedSource& m_source;
+  const CString m_path;  // of the socket
   const CFeedOwner m_owner;
-  CFeedSocket m_socket;
+  std::unique_ptr<CRunFeedContent> m_pContent;
+  std::unique_ptr<CFeedPort> m_pPort;
   CDescriptor m_wake;  // an eventfd
-  std::unique_ptr<CFeedContent> m_pContent;
-  std::list<CFeedReader> m_readers;
-  std::vector<pollfd> m_polled;  // the wake-up, the listener, the readers in order
-  Time m_acceptDue{};            // when connections are accepted again
+  std::vector<pollfd> m_polled;
   std::atomic<bool> m_isEnding{false};
   std::thread m_thread;
 };

@@ -1,4 +1,4 @@
-#include "host/run/feed_socket.h"
+#include "host/feed/feed_socket.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -11,7 +11,6 @@
 #include <cstring>
 #include <string>
 #include <system_error>
-#include <utility>
 
 namespace vastra {
 namespace {

@@ -3,9 +3,9 @@
 // messages and logs it has missed.
 #pragma once
 
-#include "host/run/feed_content.h"
-#include "host/run/feed_request.h"
-#include "host/run/feed_socket.h"
+#include "host/feed/feed_content.h"
+#include "host/feed/feed_request.h"
+#include "host/feed/feed_socket.h"
 
 namespace vastra {
 
@@ -32,8 +32,7 @@ class CFeedReader {
   void AddState();
   void AddCounts();
   void AddSample();
-  template <class OBJECT>
-  void AddLines(CFeedLines<OBJECT>& lines, std::uint64_t& cursor, const char* key);
+  void AddLines(CFeedRecords& records, std::uint64_t& cursor, const char* key);
   void Add(CFeedLine line);
   bool Send(Time now);
   // Whether what is due at due is due, which is then due again after pause.
@@ -58,7 +57,7 @@ class CFeedReader {
   std::optional<std::uint64_t> m_hello, m_state;  // the changes that were sent
   std::uint64_t m_message = 1, m_log;             // the next ones
   bool m_hasKept = false;                         // the mark after the kept messages was put in
-  CFeedNames m_sampleNames;                       // of the sample that was sent last
+  std::uint64_t m_sampleNames = 0;                // the change of the names of the sample that was sent last
   std::uint64_t m_sample = 0;                     // its number
   Time m_stateDue{}, m_countsDue{}, m_sampleDue{};
 };

@@ -1,4 +1,4 @@
-#include "host/run/feed_request.h"
+#include "host/feed/feed_request.h"
 
 #include <algorithm>
 

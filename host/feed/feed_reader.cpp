@@ -1,4 +1,4 @@
-#include "host/run/feed_reader.h"
+#include "host/feed/feed_reader.h"
 
 #include <poll.h>
 #include <sys/socket.h>
@@ -29,7 +29,7 @@ CFeedReader::CFeedReader(CDescriptor socket, CFeedContent& content, Time now)
     : m_socket(std::move(socket)),
       m_content(content),
       m_beginDue(now + kGrace),
-      m_log(content.m_logs.GetRing().Next()) {}
+      m_log(content.Logs().Next()) {}
 
 short CFeedReader::Events(Time now) const {
   const bool reads = !m_isInputOver && !m_isOver && now >= m_readDue && m_input.size() <= kLongestLine;
@@ -40,6 +40,7 @@ short CFeedReader::Events(Time now) const {
 bool CFeedReader::Work(short ready, Time now) {
   if (ready & (POLLHUP | POLLERR | POLLNVAL)) return false;
   if (ready & POLLIN) Receive();
+  if (const CString fault = m_content.Fault(); !m_isOver && !fault.IsEmpty()) Refuse(fault);
   if (!m_isOver && now >= m_readDue) TakeLine(now);
   if (m_output.empty() && !m_isOver) Fill(now);
   if (!Send(now)) return false;
@@ -72,8 +73,8 @@ void CFeedReader::TakeRequest(const std::string& line) try {
   m_beginDue = {};
   m_stateDue = m_countsDue = m_sampleDue = {};
   if (!before.Wants(CFeedRequest::message))
-    m_message = std::max(m_message, m_content.m_messages.GetRing().Oldest());
-  if (!before.Wants(CFeedRequest::log)) m_log = m_content.m_logs.GetRing().Next();
+    m_message = std::max(m_message, m_content.Messages().Oldest());
+  if (!before.Wants(CFeedRequest::log)) m_log = m_content.Logs().Next();
   if (m_request.variables) m_indexes = m_content.IndexesOf(*m_request.variables);
 } catch (const CJsonFault& fault) {
   Refuse(fault.Text());
@@ -86,6 +87,7 @@ void CFeedReader::Refuse(const CString& text) {
 }
 
 void CFeedReader::Add(CFeedLine line) {
+  if (!line) return;
   m_batch += line->size();
   m_output.push_back(std::move(line));
 }
@@ -104,14 +106,14 @@ void CFeedReader::Fill(Time now) {
   if (now < m_beginDue) return;
   AddState();
   AddMessages();
-  if (m_request.Wants(CFeedRequest::log)) AddLines(m_content.m_logs, m_log, "logs");
+  if (m_request.Wants(CFeedRequest::log)) AddLines(m_content.Logs(), m_log, "logs");
   AddCounts();
   AddSample();
 }
 
 void CFeedReader::AddHello() {
-  if (m_hello == m_content.View().change) return;
-  m_hello = m_content.View().change;
+  if (m_hello == m_content.HelloChange()) return;
+  m_hello = m_content.HelloChange();
   if (m_request.variables) m_indexes = m_content.IndexesOf(*m_request.variables);
   Add(m_content.Hello());
 }
@@ -119,7 +121,7 @@ void CFeedReader::AddHello() {
 // With a mark after those that were kept before.
 void CFeedReader::AddMessages() {
   if (!m_request.Wants(CFeedRequest::message)) return;
-  AddLines(m_content.m_messages, m_message, "messages");
+  AddLines(m_content.Messages(), m_message, "messages");
   if (m_hasMore || std::exchange(m_hasKept, true)) return;
   Add(std::make_shared<const std::string>(JsonLine({{"type", "kept"}})));
 }
@@ -140,19 +142,18 @@ void CFeedReader::AddCounts() {
 
 void CFeedReader::AddSample() {
   const std::uint64_t number = m_content.SampleNumber();
-  const bool isNew = number != 0 && (number != m_sample || m_sampleNames != m_content.View().names);
+  const bool isNew = number != 0 && (number != m_sample || m_sampleNames != m_content.NamesChange());
   if (!isNew || !m_request.Wants(CFeedRequest::sample) || !TakeDue(m_sampleDue, m_request.interval)) return;
   m_sample = number;
-  m_sampleNames = m_content.View().names;
+  m_sampleNames = m_content.NamesChange();
   Add(m_request.variables ? m_content.Sample(m_indexes) : m_content.Sample());
 }
 
 // Adds lines up to a batch.
-template <class OBJECT>
-void CFeedReader::AddLines(CFeedLines<OBJECT>& lines, std::uint64_t& cursor, const char* key) {
+void CFeedReader::AddLines(CFeedRecords& records, std::uint64_t& cursor, const char* key) {
   while (m_batch < kBatch) {
     std::uint64_t missed = 0;
-    CFeedLine line = lines.Next(cursor, missed);
+    CFeedLine line = records.Take(cursor, missed);
     if (!line) return;
     if (missed) Add(std::make_shared<const std::string>(DroppedLine(key, missed)));
     Add(std::move(line));
