@@ -8,6 +8,7 @@
 
 #include "host/common/shown_text.h"
 #include "host/fleet/fleet_streams.h"
+#include "host/fleet/text_table.h"
 
 namespace vastra {
 namespace {
@@ -118,15 +119,7 @@ std::string SumText(const CJson& node, const char* key) {
 std::string AgeText(const CJson& node, const char* key) {
   const auto found = node.find(key);
   if (found == node.end() || !found->is_number()) return "-";
-  constexpr double kMinute = 60, kHour = 3600, kDay = 86400;
-  constexpr double kLongest = 1e9;
-  const double age = std::clamp(found->get<double>(), 0.0, kLongest);  // NaN cannot stand in JSON
-  const auto text = [&](double unit, const char* name) {
-    return std::to_string(static_cast<std::int64_t>(age / unit)) + " " + name;
-  };
-  if (age < 2 * kMinute) return text(1, "s");
-  if (age < 2 * kHour) return text(kMinute, "min");
-  return age < 2 * kDay ? text(kHour, "h") : text(kDay, "d");
+  return AgeWords(found->get<double>());
 }
 
 }  // namespace
@@ -149,16 +142,7 @@ std::string FleetTable(const CJson& status) {
     rows.push_back({Printable(node["site"].get<std::string>()), Printable(node["node"].get<std::string>()),
                     SumText(node, "waiting"), SumText(node, "sent"), SumText(node, "archived"),
                     AgeText(node, "oldest"), AgeText(node, "contact")});
-  std::vector<std::size_t> widths(rows.front().size());
-  for (const auto& row : rows)
-    for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], WidthOf(row[i]));
-  std::string text;
-  for (const auto& row : rows) {
-    for (std::size_t i = 0; i < row.size(); ++i)
-      text.append(row[i]).append(i + 1 < row.size() ? widths[i] - WidthOf(row[i]) + 2 : 0, ' ');
-    text += '\n';
-  }
-  return text;
+  return TextTable(rows);
 }
 
 }  // namespace vastra

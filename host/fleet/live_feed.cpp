@@ -9,7 +9,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr milliseconds kShortestPause{500}, kLongestPause{5000};
+constexpr milliseconds kShortestRetry{500}, kLongestRetry{5000};
 constexpr milliseconds kMessagePause{1000}, kAllPause{10'000};
 constexpr int kMostReads = 8;      // of a feed, heard in one turn
 constexpr int kShareOfLive = 20;   // of the time, that a feed may cost
@@ -43,6 +43,7 @@ bool CLiveFeed::Hear() {
 void CLiveFeed::Note(const CFeedEvent& event) {
   m_pause = {};
   m_fault.clear();
+  if (!m_ended.empty()) m_lines = {};  // of the logger before
   m_ended.clear();
   if (event.index() < m_lines.size()) Keep(m_lines[event.index()], kLiveLines[event.index()]);
   if (const auto* const log = std::get_if<CLogLine>(&event); log && log->isClosed) m_hearers.closed(log->path);
@@ -52,7 +53,7 @@ void CLiveFeed::Keep(CLine& line, const char* type) {
   const std::string& text = m_client->Line();
   if (text.size() + kFrame > kMostLive) {
     if (!std::exchange(line.isTold, true))
-      m_hearers.fault((m_place.name + ": \"" + type + "\" of its feed has more than 512 KiB and is not shown to others").Std());
+      m_hearers.fault(m_place.name.Std() + ": \"" + type + "\" of its feed has more than 512 KiB and is not shown to others");
     line.text.clear();
     return;
   }
@@ -63,7 +64,7 @@ void CLiveFeed::Keep(CLine& line, const char* type) {
 void CLiveFeed::End(Time now) {
   const std::string fault = m_client->Fault();
   m_client.reset();
-  m_pause = std::clamp(2 * m_pause, kShortestPause, kLongestPause);
+  m_pause = std::clamp(2 * m_pause, kShortestRetry, kLongestRetry);
   m_retry = now + m_pause;
   if (m_hasSpoken || !m_lines[kLiveHello].text.empty()) {
     m_ended = fault;
@@ -71,7 +72,7 @@ void CLiveFeed::End(Time now) {
   }
   // A socket that a logger has left says nothing new.
   if (fault != m_fault && !fault.starts_with("no logger runs here"))
-    m_hearers.fault((m_place.name + ": its feed is not read: " + fault).Std());
+    m_hearers.fault(m_place.name.Std() + ": its feed is not read: " + fault);
   m_fault = fault;
 }
 

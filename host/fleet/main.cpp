@@ -10,8 +10,10 @@
 
 #include "host/common/paths.h"
 #include "host/fleet/archiver.h"
+#include "host/fleet/distant_feeds.h"
 #include "host/fleet/fleet_status.h"
 #include "host/fleet/fleet_streams.h"
+#include "host/fleet/live_table.h"
 #include "host/fleet/shipper.h"
 
 namespace vastra {
@@ -31,6 +33,8 @@ struct COptions {
   CShipperOptions ship;
   std::vector<std::string> folders;
   CArchiverOptions archive;
+  CLiveChoice watched;
+  std::string watchFeeds;
   std::string deleteAfter;
   bool isJson = false, isPrint = false;
 };
@@ -188,6 +192,25 @@ int Status(COptions& options) {
   return kDone;
 }
 
+std::unique_ptr<CLiveView> MakeView(const COptions& options, CToldOnce& log) {
+  if (!options.watchFeeds.empty())
+    return std::make_unique<CDistantFeeds>(MakeAbsolute(options.watchFeeds.c_str()).Std(), log);
+  if (options.isJson) return std::make_unique<CJsonView>(std::cout, log);
+  return std::make_unique<CLiveTable>(std::cout, ::isatty(STDOUT_FILENO) != 0, log);
+}
+
+int Watch(COptions& options) {
+  options.servers.name = "vastra-fleet watch";
+  options.servers.inbox = "_INBOX.vastra-watch";
+  CToldOnce log(Print);
+  CEnd::Block();
+  CNatsLink link(options.servers);
+  const std::unique_ptr<CLiveView> view = MakeView(options, log);
+  const CEnd end(link);
+  WatchFleet(link, options.watched, *view, std::cout, end.Flag());
+  return kDone;
+}
+
 CLI::Option* AddServers(CLI::App* command, COptions& options) {
   CLI::Option* const server =
       command
@@ -244,6 +267,8 @@ CCommand AddShip(CLI::App& line, COptions& options) {
   ship->add_option("--delete-after", options.deleteAfter,
                    "removes files of this age that the archive has; such as 30d")
       ->type_name("AGE");
+  ship->add_option("--feeds", options.ship.feeds, "the folder with the feeds of the loggers; /run/vastra without it")
+      ->type_name("DIR");
   ship->add_flag("--once", options.ship.isOnce, "ends when the servers have all files");
   return {ship, Ship};
 }
@@ -268,6 +293,18 @@ CCommand AddStatus(CLI::App& line, COptions& options) {
   return {status, Status};
 }
 
+CCommand AddWatch(CLI::App& line, COptions& options) {
+  CLI::App* const watch = line.add_subcommand("watch", "what the loggers of all machines do now");
+  AddServers(watch, options);
+  watch->add_option("--site", options.watched.site, "loggers of this site alone");
+  watch->add_option("--node", options.watched.node, "loggers of machines of this name alone");
+  CLI::Option* const json = watch->add_flag("--json", options.isJson, "each message as a line of JSON");
+  watch->add_option("--feeds", options.watchFeeds, "makes a feed for each logger in this folder, for vastra-web --dir")
+      ->type_name("DIR")
+      ->excludes(json);
+  return {watch, Watch};
+}
+
 int Main(int argc, char** argv) {
   COptions options;
   CLI::App line("vastra-fleet brings the logs of many machines into one archive.", "vastra-fleet");
@@ -276,7 +313,7 @@ int Main(int argc, char** argv) {
   line.option_defaults()->take_last();
   line.require_subcommand(1);
   const CCommand commands[] = {AddInit(line, options), AddShip(line, options), AddArchive(line, options),
-                               AddStatus(line, options)};
+                               AddStatus(line, options), AddWatch(line, options)};
   try {
     line.parse(argc, argv);
   } catch (const CLI::Success& wanted) {

@@ -211,10 +211,14 @@ std::vector<std::string> CNatsLink::TakeFaults() {
   return std::exchange(m_faults, {});
 }
 
-void CNatsLink::Listen(const std::string& subject) {
+void CNatsLink::Listen(const std::string& subject) { Subscribe(subject, OnMessage); }
+
+void CNatsLink::ListenLossy(const std::string& subject) { Subscribe(subject, OnLossy); }
+
+void CNatsLink::Subscribe(const std::string& subject, natsMsgHandler hear) {
   natsSubscription* subscription = nullptr;
   CheckOpen();
-  Check(natsConnection_Subscribe(&subscription, m_connection, subject.c_str(), OnMessage, this), subject);
+  Check(natsConnection_Subscribe(&subscription, m_connection, subject.c_str(), hear, this), subject);
   m_subscriptions.push_back(subscription);
   Check(natsSubscription_SetPendingLimits(subscription, -1, -1), subject);
 }
@@ -265,6 +269,7 @@ std::deque<CNatsMessage> CNatsLink::Take(Time until) {
   std::unique_lock guard(m_lock);
   m_changed.wait_until(guard, until, [&] { return !m_messages.empty() || m_isWoken; });
   m_isWoken = false;
+  m_lossyBytes = 0;
   return std::exchange(m_messages, {});
 }
 
@@ -287,6 +292,17 @@ void CNatsLink::OnMessage(natsConnection*, natsSubscription*, natsMsg* message, 
   CNatsMessage owner(message);
   const std::lock_guard guard(self.m_lock);
   if (self.m_isEnding) return;
+  self.m_messages.push_back(std::move(owner));
+  self.m_changed.notify_one();
+}
+
+void CNatsLink::OnLossy(natsConnection*, natsSubscription*, natsMsg* message, void* link) {
+  constexpr std::size_t kMostBytes = std::size_t{64} << 20, kFrameBytes = 512;
+  CNatsLink& self = *static_cast<CNatsLink*>(link);
+  CNatsMessage owner(message);
+  const std::lock_guard guard(self.m_lock);
+  if (self.m_isEnding || self.m_lossyBytes > kMostBytes) return;
+  self.m_lossyBytes += owner.Data().size() + kFrameBytes;
   self.m_messages.push_back(std::move(owner));
   self.m_changed.notify_one();
 }

@@ -70,6 +70,8 @@ class CNatsLink {
 
   // Messages of this subject, wildcards allowed, come to Take. Throws CNatsFault.
   void Listen(const std::string& subject);
+  // The same for messages of which the newest count: while they are not taken, further ones are dropped.
+  void ListenLossy(const std::string& subject);
   // The beginning of the subjects of answers of a kind, which come to Take.
   std::string AnswerSubject(std::string_view kind) const { return m_inbox + ".a." + std::string(kind) + "."; }
 
@@ -88,9 +90,11 @@ class CNatsLink {
 
  private:
   static void OnMessage(natsConnection*, natsSubscription*, natsMsg* message, void* link);
+  static void OnLossy(natsConnection*, natsSubscription*, natsMsg* message, void* link);
   static void OnError(natsConnection*, natsSubscription*, natsStatus status, void* link);
   static void OnUp(natsConnection*, void* link);
   static void OnDown(natsConnection*, void* link);
+  void Subscribe(const std::string& subject, natsMsgHandler hear);
   void Tell(const std::string& fault);
   std::string Absence() const;
   void CheckOpen() const;
@@ -103,6 +107,7 @@ class CNatsLink {
   mutable std::mutex m_lock;
   std::condition_variable m_changed;
   std::deque<CNatsMessage> m_messages;
+  std::size_t m_lossyBytes = 0;  // in m_messages
   bool m_isWoken = false, m_isEnding = false;
   unsigned m_connections = 0;
   Time m_checked = std::chrono::steady_clock::now();  // when there was a connection, or its absence was told

@@ -33,6 +33,8 @@ CShipper::CShipper(CNatsLink& link, const CShipperOptions& options, CToldOnce& l
       m_receipts(link, m_state, options.node, log) {
   m_link.Listen(NodeSubject("done", m_node) + ".>");
   m_link.Listen(NodeSubject("ask", m_node) + ".>");
+  if (!options.isOnce && !options.feeds.empty())
+    m_relay = std::make_unique<CLiveRelay>(link, options.node, options.feeds);
 }
 
 bool CShipper::Run(const std::atomic<bool>& end) {
@@ -59,12 +61,20 @@ std::string CShipper::Summary() const {
 
 void CShipper::Turn(Time now) {
   for (const std::string& fault : m_link.TakeFaults()) m_log.Tell("servers: " + fault);
+  HearRelay(now);
   m_files.Work(now);
   m_state.Commit();  // a full disk shows before bytes are sent for nothing
   m_sender.Work(now);
   m_receipts.Work(now);
   m_state.Commit();
   Report(now);
+}
+
+// A log that a logger has closed is sent at once: the walk would find it later.
+void CShipper::HearRelay(Time now) {
+  if (!m_relay) return;
+  for (const std::string& fault : m_relay->TakeFaults()) m_log.Tell(fault);
+  for (const std::string& path : m_relay->TakeClosed()) m_files.Hint(path, now);
 }
 
 CShipper::Time CShipper::NextTurn(Time now) const {

@@ -4,6 +4,7 @@
 #include <atomic>
 
 #include "host/fleet/chunk_sender.h"
+#include "host/fleet/live_relay.h"
 #include "host/fleet/receipt_hearer.h"
 #include "host/fleet/ship_files.h"
 
@@ -17,6 +18,7 @@ struct CShipperOptions {
   std::int64_t deleteAfter = -1;  // seconds; negative: no file is removed
   bool isCsv = false;
   bool isOnce = false;
+  std::string feeds = "/run/vastra";  // the folder with the feeds of the loggers; empty: they are not read
 };
 
 class CShipper {
@@ -32,6 +34,7 @@ class CShipper {
 
  private:
   void Turn(Time now);
+  void HearRelay(Time now);
   void Hear(const CNatsMessage& message, Time now);
   void HearRequest(const CFileSubject& asked);
   void Report(Time now);
@@ -50,6 +53,7 @@ class CShipper {
   CChunkSender m_sender;
   CReceiptHearer m_receipts;
   Time m_reportDue{};
+  std::unique_ptr<CLiveRelay> m_relay;  // null: feeds are not read
 };
 
 }  // namespace vastra
