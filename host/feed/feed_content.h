@@ -1,5 +1,5 @@
-// CFeedContent: what a feed says, as lines that all its readers share. A logger has one about its run; a program
-// that hands on the feeds of other machines has one about each.
+// CFeedContent: what a feed says, as lines that all its readers share. A logger has one about its run; a
+// program that hands on the feeds of other machines has one about each.
 #pragma once
 
 #include <chrono>
@@ -46,8 +46,8 @@ class CFeedContent {
 
   // Why there is nothing to say; empty: there is. A reader is told it and goes.
   virtual CString Fault() const { return {}; }
-  // Counts the changes of hello, of what a state line has except times and free bytes, and of the names of the
-  // samples.
+  // Counts the changes of hello, of what a state line has except times and free bytes, and of the names of
+  // the samples.
   virtual std::uint64_t HelloChange() const = 0;
   virtual std::uint64_t StateChange() const = 0;
   virtual std::uint64_t NamesChange() const = 0;

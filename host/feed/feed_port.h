@@ -1,5 +1,5 @@
-// CFeedPort: the socket of one feed with its readers. It never waits: a loop, which can have several ports, asks
-// each what to wait for, calls poll, and lets each work.
+// CFeedPort: the socket of one feed with its readers. It never waits: a loop, which can have several ports,
+// asks each what to wait for, calls poll, and lets each work.
 #pragma once
 
 #include <poll.h>

@@ -72,8 +72,7 @@ void CFeedReader::TakeRequest(const std::string& line) try {
   const CFeedRequest before = std::exchange(m_request, ParseFeedRequest(line));
   m_beginDue = {};
   m_stateDue = m_countsDue = m_sampleDue = {};
-  if (!before.Wants(CFeedRequest::message))
-    m_message = std::max(m_message, m_content.Messages().Oldest());
+  if (!before.Wants(CFeedRequest::message)) m_message = std::max(m_message, m_content.Messages().Oldest());
   if (!before.Wants(CFeedRequest::log)) m_log = m_content.Logs().Next();
   if (m_request.variables) m_indexes = m_content.IndexesOf(*m_request.variables);
 } catch (const CJsonFault& fault) {

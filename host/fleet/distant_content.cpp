@@ -58,7 +58,9 @@ CFeedLine CDistantContent::Sample(const std::vector<int>& indexes) {
   CJson values = CJson::array();
   for (const int index : indexes)
     values.push_back(index < 0 ? CJson() : CJson(sample["values"].at(static_cast<std::size_t>(index))));
-  const CJson line = {{"type", "sample"}, {"number", m_sample.number}, {"time", CJson(sample.value("time", nlohmann::json()))},
+  const CJson line = {{"type", "sample"},
+                      {"number", m_sample.number},
+                      {"time", CJson(sample.value("time", nlohmann::json()))},
                       {"values", values}};
   return ShareLine(JsonText(line));
 }

@@ -1,4 +1,5 @@
-// CDistantContent: what the feed of a logger of another machine says: the lines that came in messages about it.
+// CDistantContent: what the feed of a logger of another machine says: the lines that came in messages about
+// it.
 #pragma once
 
 #include "host/feed/feed_content.h"
@@ -22,7 +23,9 @@ class CDistantContent : public CFeedContent {
   CFeedLine Hello() override { return m_hello; }
   CFeedLine State() override { return m_state; }
   CFeedLine Counts() override { return m_counts; }
-  std::uint64_t SampleNumber() const override { return m_sample.values.size() == m_names.size() ? m_sample.number : 0; }
+  std::uint64_t SampleNumber() const override {
+    return m_sample.values.size() == m_names.size() ? m_sample.number : 0;
+  }
   CFeedLine Sample() override { return m_sampleLine; }
   CFeedLine Sample(const std::vector<int>& indexes) override;
   std::vector<int> IndexesOf(const std::vector<CString>& variables) override;

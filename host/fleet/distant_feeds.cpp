@@ -67,7 +67,8 @@ void CDistantFeeds::Hear(const CFleetLogger& logger, const CLiveMessage& message
   found->second->content.Note(message, now);
 }
 
-std::unique_ptr<CDistantFeeds::CFeedOfOne> CDistantFeeds::Make(const CFleetLogger& logger, const std::string& name) {
+std::unique_ptr<CDistantFeeds::CFeedOfOne> CDistantFeeds::Make(const CFleetLogger& logger,
+                                                               const std::string& name) {
   const std::string who = logger.node.site + "/" + logger.node.name + "/" + logger.name;
   if (m_feeds.size() >= kMostDistant) {
     m_log.Tell("there are more than " + std::to_string(kMostDistant) + " loggers; the first ones have feeds");
@@ -101,7 +102,8 @@ void CDistantFeeds::Turn(Time now) {
   m_polled.clear();
   Time until = now + kServed;
   for (const auto& [name, feed] : m_feeds) until = std::min(until, feed->port.AddPolled(now, m_polled));
-  const auto rest = std::chrono::ceil<std::chrono::milliseconds>(std::max(until - now, Time::duration::zero()));
+  const auto rest =
+      std::chrono::ceil<std::chrono::milliseconds>(std::max(until - now, Time::duration::zero()));
   if (::poll(m_polled.data(), m_polled.size(), static_cast<int>(rest.count())) < 0)
     for (pollfd& polled : m_polled) polled.revents = 0;
   now = std::chrono::steady_clock::now();

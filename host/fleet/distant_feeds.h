@@ -1,6 +1,6 @@
 // CDistantFeeds: a feed on this machine for each logger of a fleet, at FOLDER/SITE.NODE.LOGGER/feed, so that
-// whatever shows loggers of this machine can show distant ones. A feed goes when nothing has come of its logger for
-// a minute.
+// whatever shows loggers of this machine can show distant ones. A feed goes when nothing has come of its
+// logger for a minute.
 #pragma once
 
 #include <map>
@@ -13,7 +13,8 @@ namespace vastra {
 
 class CDistantFeeds : public CLiveView {
  public:
-  // Makes the folder, and removes what a killed watch has left in it. Throws std::filesystem::filesystem_error.
+  // Makes the folder, and removes what a killed watch has left in it. Throws
+  // std::filesystem::filesystem_error.
   CDistantFeeds(const std::string& folder, CToldOnce& log);
   ~CDistantFeeds() override;
 
@@ -25,7 +26,8 @@ class CDistantFeeds : public CLiveView {
 
  private:
   struct CFeedOfOne {
-    CFeedOfOne(const CFleetLogger& logger, const std::string& path) : content(logger), port(CString(path), content) {}
+    CFeedOfOne(const CFleetLogger& logger, const std::string& path)
+        : content(logger), port(CString(path), content) {}
     CDistantContent content;
     CFeedPort port;
   };

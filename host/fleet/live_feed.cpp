@@ -11,9 +11,9 @@ using std::chrono::milliseconds;
 
 constexpr milliseconds kShortestRetry{500}, kLongestRetry{5000};
 constexpr milliseconds kMessagePause{1000}, kAllPause{10'000};
-constexpr int kMostReads = 8;      // of a feed, heard in one turn
-constexpr int kShareOfLive = 20;   // of the time, that a feed may cost
-constexpr std::size_t kFrame = 64;  // bytes of a message beside its lines
+constexpr int kMostReads = 8;          // of a feed, heard in one turn
+constexpr int kShareOfLive = 20;       // of the time, that a feed may cost
+constexpr std::size_t kFrame = 64;     // bytes of a message beside its lines
 constexpr std::size_t kMostName = 16;  // of a type, with its marks
 
 }  // namespace
@@ -46,14 +46,16 @@ void CLiveFeed::Note(const CFeedEvent& event) {
   if (!m_ended.empty()) m_lines = {};  // of the logger before
   m_ended.clear();
   if (event.index() < m_lines.size()) Keep(m_lines[event.index()], kLiveLines[event.index()]);
-  if (const auto* const log = std::get_if<CLogLine>(&event); log && log->isClosed) m_hearers.closed(log->path);
+  if (const auto* const log = std::get_if<CLogLine>(&event); log && log->isClosed)
+    m_hearers.closed(log->path);
 }
 
 void CLiveFeed::Keep(CLine& line, const char* type) {
   const std::string& text = m_client->Line();
   if (text.size() + kFrame > kMostLive) {
     if (!std::exchange(line.isTold, true))
-      m_hearers.fault(m_place.name.Std() + ": \"" + type + "\" of its feed has more than 512 KiB and is not shown to others");
+      m_hearers.fault(m_place.name.Std() + ": \"" + type +
+                      "\" of its feed has more than 512 KiB and is not shown to others");
     line.text.clear();
     return;
   }

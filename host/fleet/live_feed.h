@@ -1,5 +1,5 @@
-// CLiveFeed: the feed of one logger of this machine, and the messages about it. A feed that says more and more
-// costs a small part of the time, and one that says nothing costs nothing.
+// CLiveFeed: the feed of one logger of this machine, and the messages about it. A feed that says more and
+// more costs a small part of the time, and one that says nothing costs nothing.
 #pragma once
 
 #include <functional>
@@ -45,8 +45,8 @@ class CLiveFeed {
   const CLoggerPlace m_place;
   const CHearers& m_hearers;
   std::unique_ptr<CFeedClient> m_client;
-  Time m_due{};      // of the next look at the feed
-  Time m_retry{};    // of the next connection
+  Time m_due{};                         // of the next look at the feed
+  Time m_retry{};                       // of the next connection
   std::chrono::milliseconds m_pause{};  // before it
   std::string m_fault;                  // that was told
   std::array<CLine, kLiveLines.size()> m_lines;

@@ -40,7 +40,8 @@ std::string_view TextOfMember(std::string_view object, std::string_view key) {
 // A line of a feed ends at its first line feed: JSON has none in its strings.
 std::string OneLineOf(std::string_view text) {
   std::string line(text);
-  std::replace_if(line.begin(), line.end(), [](char byte) { return byte == '\n' || byte == '\r'; }, ' ');
+  std::replace_if(
+      line.begin(), line.end(), [](char byte) { return byte == '\n' || byte == '\r'; }, ' ');
   return line;
 }
 
@@ -55,7 +56,9 @@ CLiveMessage::CLine ParseLine(std::string_view text, std::size_t type) {
 
 }  // namespace
 
-std::string LiveSubject(const CFleetLogger& logger) { return NodeSubject("live", logger.node) + "." + Token(logger.name); }
+std::string LiveSubject(const CFleetLogger& logger) {
+  return NodeSubject("live", logger.node) + "." + Token(logger.name);
+}
 
 std::optional<CFleetLogger> ParseLiveSubject(std::string_view subject) {
   constexpr std::size_t kTokens = 5;
@@ -63,7 +66,8 @@ std::optional<CFleetLogger> ParseLiveSubject(std::string_view subject) {
   if (tokens.size() != kTokens || tokens[0] != "vastra" || tokens[1] != "live") return {};
   const std::optional<std::string> site = TextOfToken(tokens[2]), node = TextOfToken(tokens[3]),
                                    name = TextOfToken(tokens[4]);
-  if (!site || !node || !name || !IsFleetName(*site) || !IsFleetName(*node) || !IsLoggerName(name->c_str())) return {};
+  if (!site || !node || !name || !IsFleetName(*site) || !IsFleetName(*node) || !IsLoggerName(name->c_str()))
+    return {};
   return CFleetLogger{{*site, *node}, *name};
 }
 

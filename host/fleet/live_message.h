@@ -1,10 +1,10 @@
-// The messages about loggers, on vastra.live.SITE.NODE.LOGGER: an object with the newest lines of the feed of the
-// logger as they are, each under its type:
+// The messages about loggers, on vastra.live.SITE.NODE.LOGGER: an object with the newest lines of the feed of
+// the logger as they are, each under its type:
 //
 //   {"live":1,"hello":{"type":"hello",...},"state":{...},"sample":{...},"counts":{...}}
 //
-// A line that has not changed since the message before is left out; every 10 seconds all of them come. The last
-// message of a logger is {"live":1,"ended":"why"}.
+// A line that has not changed since the message before is left out; every 10 seconds all of them come. The
+// last message of a logger is {"live":1,"ended":"why"}.
 #pragma once
 
 #include <array>

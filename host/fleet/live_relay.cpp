@@ -8,9 +8,10 @@
 namespace vastra {
 namespace {
 
-constexpr std::chrono::milliseconds kLiveTurn{200}, kSearchPause{2000};
+constexpr std::chrono::milliseconds kLiveTurn{200}, kSearchPause{1000};
 constexpr std::size_t kMostFeeds = 100, kMostLeft = 1000;
-constexpr int kNice = 10;  // of the thread: logs go first
+constexpr int kShareOfSearch = 20;  // of the time, that the search may cost
+constexpr int kNice = 10;           // of the thread: logs go first
 
 }  // namespace
 
@@ -58,9 +59,10 @@ void CLiveRelay::Turn(Time now) {
 
 // A feed that has gone is read to its end.
 void CLiveRelay::Search(Time now) {
-  m_searchDue = now + kSearchPause;
   CString fault;
   const std::vector<CLoggerPlace> places = FindLoggers(m_folders, fault);
+  m_searchDue =
+      now + std::max<Time::duration>(kSearchPause, kShareOfSearch * (std::chrono::steady_clock::now() - now));
   if (places.size() > kMostFeeds)
     fault = m_folders.run + ": there are more than " + CString(std::to_string(kMostFeeds)) +
             " loggers; the first ones are shown to others";

@@ -1,5 +1,5 @@
-// CLiveRelay: what the loggers of this machine do, for whoever watches the fleet. A thread of its own reads their
-// feeds and publishes a message about each once a second. Nothing is kept while there is no connection.
+// CLiveRelay: what the loggers of this machine do, for whoever watches the fleet. A thread of its own reads
+// their feeds and publishes a message about each once a second. Nothing is kept while there is no connection.
 #pragma once
 
 #include <condition_variable>

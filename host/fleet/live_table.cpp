@@ -16,7 +16,8 @@ constexpr std::size_t kMostLoggersShown = 5000;
 constexpr std::size_t kLongestCell = 60;  // bytes
 
 // The columns; the last one is as long as it is.
-const std::vector<std::string> kHeadings = {"SITE", "NODE", "LOGGER", "STATE", "AGE", "READ", "LATE", "LOST", "PROBLEM"};
+const std::vector<std::string> kHeadings = {"SITE", "NODE", "LOGGER", "STATE",  "AGE",
+                                            "READ", "LATE", "LOST",   "PROBLEM"};
 
 std::string Cell(const std::string& text) { return OneLine(Shortened(text.c_str(), kLongestCell)); }
 
@@ -87,10 +88,11 @@ std::vector<std::string> CLiveTable::Cells(const Key& key, CSeen& seen, Time now
   if (seen.age) *status.state.lastSampleAge += std::chrono::duration<double>(now - seen.aged).count();
   status.awaitsCounts = true;
   status.problems = ProblemsOf(status);
-  const std::string problem = status.problems.empty()
-                                  ? ""
-                                  : status.problems.front() + (status.problems.size() > 1 ? " (and more)" : "");
-  std::vector<std::string> cells = {Cell(site), Cell(node), Cell(name), status.IsUp() ? Cell(status.state.state) : "gone",
+  const std::string problem =
+      status.problems.empty() ? ""
+                              : status.problems.front() + (status.problems.size() > 1 ? " (and more)" : "");
+  std::vector<std::string> cells = {Cell(site), Cell(node), Cell(name),
+                                    status.IsUp() ? Cell(status.state.state) : "gone",
                                     seen.age ? AgeWords(*status.state.lastSampleAge) : "-"};
   if (status.counts)
     cells.insert(cells.end(), {std::to_string(status.counts->read), std::to_string(status.counts->late),
@@ -103,8 +105,9 @@ std::vector<std::string> CLiveTable::Cells(const Key& key, CSeen& seen, Time now
 
 void CLiveTable::PrintLine(const Key& key, CSeen& seen, Time now) {
   const std::vector<std::string> cells = Cells(key, seen, now);
-  m_out << Printable(cells[0]) << '/' << Printable(cells[1]) << '/' << Printable(cells[2]) << ": " << Printable(cells[3])
-        << ", sample " << cells[4] << " old, read " << cells[5] << ", late " << cells[6] << ", lost " << cells[7];
+  m_out << Printable(cells[0]) << '/' << Printable(cells[1]) << '/' << Printable(cells[2]) << ": "
+        << Printable(cells[3]) << ", sample " << cells[4] << " old, read " << cells[5] << ", late "
+        << cells[6] << ", lost " << cells[7];
   if (!cells.back().empty()) m_out << "; " << Printable(cells.back());
   m_out << std::endl;
 }
@@ -136,8 +139,10 @@ void CLiveTable::Draw(Time now) {
     rows.push_back(Cells(key, seen, now));
     for (std::string& cell : rows.back()) cell = Printable(cell);
   }
-  std::string text = Counted(m_loggers.size(), "logger") + ", " + std::to_string(gone) + " gone\n" + TextTable(rows);
-  if (m_loggers.size() >= rows.size()) text += "and " + std::to_string(m_loggers.size() + 1 - rows.size()) + " more\n";
+  std::string text =
+      Counted(m_loggers.size(), "logger") + ", " + std::to_string(gone) + " gone\n" + TextTable(rows);
+  if (m_loggers.size() >= rows.size())
+    text += "and " + std::to_string(m_loggers.size() + 1 - rows.size()) + " more\n";
   if (!m_fault.empty() && now - m_faultTime < kFaultShown) text += Printable(m_fault) + "\n";
   m_out << "\033[?7l\033[H";
   for (std::size_t begin = 0, end = 0; begin < text.size(); begin = end + 1) {

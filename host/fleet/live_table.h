@@ -1,5 +1,5 @@
-// CLiveTable: a line about each logger of a fleet: on a terminal a table that is drawn each second, elsewhere a
-// line for each message.
+// CLiveTable: a line about each logger of a fleet: on a terminal a table that is drawn each second, elsewhere
+// a line for each message.
 #pragma once
 
 #include <map>
@@ -12,7 +12,8 @@ namespace vastra {
 class CLiveTable : public CLiveView {
  public:
   // isScreen: out is a terminal.
-  CLiveTable(std::ostream& out, bool isScreen, CToldOnce& log) : m_out(out), m_isScreen(isScreen), m_log(log) {}
+  CLiveTable(std::ostream& out, bool isScreen, CToldOnce& log)
+      : m_out(out), m_isScreen(isScreen), m_log(log) {}
 
   void Hear(const CFleetLogger& logger, const CLiveMessage& message, Time now) override;
   void Tell(const std::string& line) override;
@@ -23,7 +24,7 @@ class CLiveTable : public CLiveView {
   struct CSeen {
     CLiveContact contact;
     CLoggerStatus status;
-    std::uint64_t sample = 0;  // its number
+    std::uint64_t sample = 0;   // its number
     std::optional<double> age;  // seconds, of the newest sample at aged
     Time aged{};
     bool isGoneTold = false;

@@ -22,7 +22,8 @@ void HearLive(const CNatsMessage& message, CLiveView& view) {
   try {
     view.Hear(*logger, ParseLive(message.Data()), std::chrono::steady_clock::now());
   } catch (const CLiveFault&) {
-    view.Tell(logger->node.site + "/" + logger->node.name + ": messages that are not about a logger are left out");
+    view.Tell(logger->node.site + "/" + logger->node.name +
+              ": messages that are not about a logger are left out");
   }
 }
 
@@ -33,7 +34,8 @@ std::string CLiveContact::Fault(Time now) const {
   if (!IsGone(now)) return "";
   const auto since = std::chrono::system_clock::now() -
                      std::chrono::duration_cast<std::chrono::system_clock::duration>(now - heard);
-  const std::string why = ended ? OneLine(Shortened(ended->c_str(), kLongestWords)) : "nothing comes from its machine";
+  const std::string why =
+      ended ? OneLine(Shortened(ended->c_str(), kLongestWords)) : "nothing comes from its machine";
   return "gone since " + ClockWords(since) + ": " + why;
 }
 

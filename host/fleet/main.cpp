@@ -267,7 +267,8 @@ CCommand AddShip(CLI::App& line, COptions& options) {
   ship->add_option("--delete-after", options.deleteAfter,
                    "removes files of this age that the archive has; such as 30d")
       ->type_name("AGE");
-  ship->add_option("--feeds", options.ship.feeds, "the folder with the feeds of the loggers; /run/vastra without it")
+  ship->add_option("--feeds", options.ship.feeds,
+                   "the folder with the feeds of the loggers; /run/vastra without it")
       ->type_name("DIR");
   ship->add_flag("--once", options.ship.isOnce, "ends when the servers have all files");
   return {ship, Ship};
@@ -299,7 +300,9 @@ CCommand AddWatch(CLI::App& line, COptions& options) {
   watch->add_option("--site", options.watched.site, "loggers of this site alone");
   watch->add_option("--node", options.watched.node, "loggers of machines of this name alone");
   CLI::Option* const json = watch->add_flag("--json", options.isJson, "each message as a line of JSON");
-  watch->add_option("--feeds", options.watchFeeds, "makes a feed for each logger in this folder, for vastra-web --dir")
+  watch
+      ->add_option("--feeds", options.watchFeeds,
+                   "makes a feed for each logger in this folder, for vastra-web --dir")
       ->type_name("DIR")
       ->excludes(json);
   return {watch, Watch};

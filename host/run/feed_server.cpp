@@ -69,7 +69,8 @@ void CFeedServer::Pass() {
   m_polled.clear();
   m_polled.push_back({m_wake.Get(), POLLIN, 0});
   const Clock::time_point now = Clock::now(), until = m_pPort->AddPolled(now, m_polled);
-  const auto rest = std::chrono::ceil<std::chrono::milliseconds>(std::max(until - now, Clock::duration::zero()));
+  const auto rest =
+      std::chrono::ceil<std::chrono::milliseconds>(std::max(until - now, Clock::duration::zero()));
   const int patience = until == Clock::time_point::max() ? -1 : static_cast<int>(rest.count());
   if (::poll(m_polled.data(), m_polled.size(), patience) < 0)
     for (pollfd& polled : m_polled) polled.revents = 0;

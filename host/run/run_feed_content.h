@@ -1,5 +1,5 @@
-// CRunFeedContent: the lines about a run. Every 50 ms the thread of the feed copies the state of the run; a line
-// is formatted when the first reader wants it and shared by the others.
+// CRunFeedContent: the lines about a run. Every 50 ms the thread of the feed copies the state of the run; a
+// line is formatted when the first reader wants it and shared by the others.
 #pragma once
 
 #include <unordered_map>
