@@ -3,7 +3,7 @@
 #pragma once
 
 #include "host/feed/feed_content.h"
-#include "host/fleet/live_view.h"
+#include "host/fleet/fleet_view.h"
 
 namespace vastra {
 

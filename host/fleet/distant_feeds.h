@@ -11,7 +11,7 @@
 
 namespace vastra {
 
-class CDistantFeeds : public CLiveView {
+class CDistantFeeds : public CFleetView {
  public:
   // Makes the folder, and removes what a killed watch has left in it. Throws
   // std::filesystem::filesystem_error.

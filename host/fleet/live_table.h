@@ -5,11 +5,11 @@
 #include <map>
 
 #include "host/attach/logger_status.h"
-#include "host/fleet/live_view.h"
+#include "host/fleet/fleet_view.h"
 
 namespace vastra {
 
-class CLiveTable : public CLiveView {
+class CLiveTable : public CFleetView {
  public:
   // isScreen: out is a terminal.
   CLiveTable(std::ostream& out, bool isScreen, CToldOnce& log)

@@ -192,7 +192,7 @@ int Status(COptions& options) {
   return kDone;
 }
 
-std::unique_ptr<CLiveView> MakeView(const COptions& options, CToldOnce& log) {
+std::unique_ptr<CFleetView> MakeView(const COptions& options, CToldOnce& log) {
   if (!options.watchFeeds.empty())
     return std::make_unique<CDistantFeeds>(MakeAbsolute(options.watchFeeds.c_str()).Std(), log);
   if (options.isJson) return std::make_unique<CJsonView>(std::cout, log);
@@ -205,7 +205,7 @@ int Watch(COptions& options) {
   CToldOnce log(Print);
   CEnd::Block();
   CNatsLink link(options.servers);
-  const std::unique_ptr<CLiveView> view = MakeView(options, log);
+  const std::unique_ptr<CFleetView> view = MakeView(options, log);
   const CEnd end(link);
   WatchFleet(link, options.watched, *view, std::cout, end.Flag());
   return kDone;

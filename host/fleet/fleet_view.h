@@ -28,11 +28,11 @@ struct CLiveContact {
   std::optional<std::string> ended;
 };
 
-class CLiveView {
+class CFleetView {
  public:
   using Time = CLiveContact::Time;
 
-  virtual ~CLiveView() = default;
+  virtual ~CFleetView() = default;
   virtual void Hear(const CFleetLogger& logger, const CLiveMessage& message, Time now) = 0;
   // Something is wrong with the servers or with what comes from them.
   virtual void Tell(const std::string& line) = 0;
@@ -42,7 +42,7 @@ class CLiveView {
 };
 
 // The messages as they come, one line of JSON each.
-class CJsonView : public CLiveView {
+class CJsonView : public CFleetView {
  public:
   CJsonView(std::ostream& out, CToldOnce& log) : m_out(out), m_log(log) {}
   void Hear(const CFleetLogger& logger, const CLiveMessage& message, Time now) override;
@@ -60,7 +60,7 @@ struct CLiveChoice {
   std::string site, node;
 };
 // Lets view hear the loggers until end is set and the link was woken, or out fails.
-void WatchFleet(CNatsLink& link, const CLiveChoice& choice, CLiveView& view, const std::ostream& out,
+void WatchFleet(CNatsLink& link, const CLiveChoice& choice, CFleetView& view, const std::ostream& out,
                 const std::atomic<bool>& end);
 
 }  // namespace vastra

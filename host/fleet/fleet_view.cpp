@@ -1,4 +1,4 @@
-#include "host/fleet/live_view.h"
+#include "host/fleet/fleet_view.h"
 
 #include <ctime>
 
@@ -16,7 +16,7 @@ std::string ClockWords(std::chrono::system_clock::time_point time) {
   return text;
 }
 
-void HearLive(const CNatsMessage& message, CLiveView& view) {
+void HearLive(const CNatsMessage& message, CFleetView& view) {
   const std::optional<CFleetLogger> logger = ParseLiveSubject(message.Subject());
   if (!logger) return view.Tell("messages of no logger are left out");
   try {
@@ -48,7 +48,7 @@ void CJsonView::Hear(const CFleetLogger& logger, const CLiveMessage& message, Ti
   m_out << '}' << std::endl;
 }
 
-void WatchFleet(CNatsLink& link, const CLiveChoice& choice, CLiveView& view, const std::ostream& out,
+void WatchFleet(CNatsLink& link, const CLiveChoice& choice, CFleetView& view, const std::ostream& out,
                 const std::atomic<bool>& end) {
   const auto part = [](const std::string& name) { return name.empty() ? "*" : Token(name); };
   link.ListenLossy("vastra.live." + part(choice.site) + "." + part(choice.node) + ".*");
