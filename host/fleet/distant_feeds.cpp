@@ -12,7 +12,7 @@
 namespace vastra {
 namespace {
 
-constexpr std::size_t kMostDistant = 200;
+constexpr std::size_t kMostLeftFolders = 2000;
 constexpr std::chrono::seconds kFeedKept{60}, kRemovePause{1};
 constexpr std::chrono::milliseconds kServed{100};
 constexpr mode_t kFeedFolderMode = 0755;
@@ -46,7 +46,7 @@ CDistantFeeds::CDistantFeeds(const std::string& folder, CToldOnce& log) : m_fold
   std::filesystem::create_directories(folder);
   std::vector<std::filesystem::path> left;
   for (const auto& entry : std::filesystem::directory_iterator(folder))
-    if (left.size() < 10 * kMostDistant && std::ranges::count(entry.path().filename().string(), '.') == 2)
+    if (left.size() < kMostLeftFolders && std::ranges::count(entry.path().filename().string(), '.') == 2)
       left.push_back(entry.path());
   for (const std::filesystem::path& one : left) RemoveLeft(one);
 }
@@ -58,10 +58,12 @@ CDistantFeeds::~CDistantFeeds() {
 void CDistantFeeds::Hear(const CFleetLogger& logger, const CLiveMessage& message, Time now) {
   const std::string name = FeedFolderOf(logger);
   auto found = m_feeds.find(name);
-  if (found == m_feeds.end()) {
-    if (message.lines[kLiveHello].text.empty()) return;  // it comes within 10 seconds
+  const bool isNew = found == m_feeds.end();
+  if (isNew && message.lines[kLiveHello].text.empty()) return;  // it comes within 10 seconds
+  if (const std::string fault = m_gate.Admit(logger, message); !fault.empty()) return m_log.Tell(fault);
+  if (isNew) {
     std::unique_ptr<CFeedOfOne> made = Make(logger, name);
-    if (!made) return;
+    if (!made) return m_gate.Forget(logger);
     found = m_feeds.emplace(name, std::move(made)).first;
   }
   found->second->content.Note(message, now);
@@ -70,10 +72,6 @@ void CDistantFeeds::Hear(const CFleetLogger& logger, const CLiveMessage& message
 std::unique_ptr<CDistantFeeds::CFeedOfOne> CDistantFeeds::Make(const CFleetLogger& logger,
                                                                const std::string& name) {
   const std::string who = logger.node.site + "/" + logger.node.name + "/" + logger.name;
-  if (m_feeds.size() >= kMostDistant) {
-    m_log.Tell("there are more than " + std::to_string(kMostDistant) + " loggers; the first ones have feeds");
-    return nullptr;
-  }
   if (!IsLoggerName(CString(name))) {
     m_log.Tell(who + ": has no feed: its name is too long");
     return nullptr;
@@ -93,6 +91,7 @@ std::unique_ptr<CDistantFeeds::CFeedOfOne> CDistantFeeds::Make(const CFleetLogge
 }
 
 void CDistantFeeds::Remove(const std::string& name) {
+  m_gate.Forget(m_feeds.at(name)->logger);
   m_feeds.erase(name);  // with its socket
   ::rmdir((m_folder + "/" + name).c_str());
 }

@@ -8,6 +8,7 @@
 
 #include "host/feed/feed_port.h"
 #include "host/fleet/distant_content.h"
+#include "host/fleet/live_gate.h"
 
 namespace vastra {
 
@@ -26,8 +27,9 @@ class CDistantFeeds : public CFleetView {
 
  private:
   struct CFeedOfOne {
-    CFeedOfOne(const CFleetLogger& logger, const std::string& path)
-        : content(logger), port(CString(path), content) {}
+    CFeedOfOne(const CFleetLogger& from, const std::string& path)
+        : logger(from), content(from), port(CString(path), content) {}
+    const CFleetLogger logger;
     CDistantContent content;
     CFeedPort port;
   };
@@ -37,8 +39,11 @@ class CDistantFeeds : public CFleetView {
   void Remove(const std::string& name);
   void RemoveGone(Time now);
 
+  static constexpr std::size_t kMostFeeds = 200;
+
   const std::string m_folder;
   CToldOnce& m_log;
+  CLiveGate m_gate{kMostFeeds};
   std::map<std::string, std::unique_ptr<CFeedOfOne>> m_feeds;  // by the names of their folders
   std::vector<pollfd> m_polled;
   Time m_removeDue{};

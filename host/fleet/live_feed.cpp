@@ -80,7 +80,9 @@ void CLiveFeed::End(Time now) {
 
 // What does not fit waits for the next message.
 std::string CLiveFeed::TakeMessage(Time now) {
-  if (now < m_messageDue || (m_lines[kLiveHello].text.empty() && m_ended.empty() && !m_hasSpoken)) return "";
+  // The first message says who the logger is and what it does.
+  const bool hasBegun = m_hasSpoken || !m_ended.empty() || !m_lines[kLiveState].text.empty();
+  if (now < m_messageDue || !hasBegun) return "";
   m_messageDue = now + kMessagePause;
   if (now >= m_allDue) {
     m_allDue = now + kAllPause;

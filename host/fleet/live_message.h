@@ -28,7 +28,7 @@ std::optional<CFleetLogger> ParseLiveSubject(std::string_view subject);
 
 // The types of lines in a message are the first ones of CFeedEvent.
 constexpr std::array<const char*, 4> kLiveLines = {"hello", "state", "sample", "counts"};
-constexpr std::size_t kLiveHello = 0;
+constexpr std::size_t kLiveHello = 0, kLiveState = 1;
 constexpr std::size_t kMostLive = std::size_t{512} << 10;  // bytes of a message
 
 struct CLiveMessage {

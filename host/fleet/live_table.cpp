@@ -12,7 +12,6 @@ namespace vastra {
 namespace {
 
 constexpr std::chrono::seconds kDrawPause{1}, kFaultShown{60};
-constexpr std::size_t kMostLoggersShown = 5000;
 constexpr std::size_t kLongestCell = 60;  // bytes
 
 // The columns; the last one is as long as it is.
@@ -37,25 +36,23 @@ std::size_t ScreenRows() {
 
 void CLiveTable::Hear(const CFleetLogger& logger, const CLiveMessage& message, Time now) {
   const Key key = {logger.node.site, logger.node.name, logger.name};
-  CSeen* const seen = Find(key, now);
-  if (seen == nullptr) return;
-  Note(*seen, message, now);
-  if (!m_isScreen) PrintLine(key, *seen, now);
+  std::string fault = m_gate.Admit(logger, message);
+  if (!fault.empty() && RemoveGone(now)) fault = m_gate.Admit(logger, message);
+  if (!fault.empty()) return Tell(fault);
+  CSeen& seen = m_loggers[key];
+  Note(seen, message, now);
+  if (!m_isScreen && (message.ended || !seen.status.state.state.empty())) PrintLine(key, seen, now);
 }
 
-// In place of one that has gone, if there are too many.
-CLiveTable::CSeen* CLiveTable::Find(const Key& key, Time now) {
-  if (const auto found = m_loggers.find(key); found != m_loggers.end()) return &found->second;
-  if (m_loggers.size() >= kMostLoggersShown) {
-    const auto gone = std::find_if(m_loggers.begin(), m_loggers.end(),
-                                   [&](const auto& one) { return one.second.contact.IsGone(now); });
-    if (gone == m_loggers.end()) {
-      Tell("there are more than " + std::to_string(kMostLoggersShown) + " loggers; the first ones are shown");
-      return nullptr;
-    }
-    m_loggers.erase(gone);
-  }
-  return &m_loggers[key];
+// In place of one that has gone there is room for another.
+bool CLiveTable::RemoveGone(Time now) {
+  const auto gone = std::find_if(m_loggers.begin(), m_loggers.end(),
+                                 [&](const auto& one) { return one.second.contact.IsGone(now); });
+  if (gone == m_loggers.end()) return false;
+  const auto& [site, node, name] = gone->first;
+  m_gate.Forget({{site, node}, name});
+  m_loggers.erase(gone);
+  return true;
 }
 
 // The clock of another machine may be wrong: an age is what has passed here.
@@ -80,27 +77,38 @@ void CLiveTable::Note(CSeen& seen, const CLiveMessage& message, Time now) {
   }
 }
 
-std::vector<std::string> CLiveTable::Cells(const Key& key, CSeen& seen, Time now) {
-  const auto& [site, node, name] = key;
+// The first thing that is not well.
+std::string CLiveTable::Problem(CSeen& seen, Time now) {
   CLoggerStatus& status = seen.status;
   status.fault = seen.contact.Fault(now);
-  status.state.lastSampleAge = seen.age;
-  if (seen.age) *status.state.lastSampleAge += std::chrono::duration<double>(now - seen.aged).count();
-  status.awaitsCounts = true;
-  status.problems = ProblemsOf(status);
-  const std::string problem =
-      status.problems.empty() ? ""
-                              : status.problems.front() + (status.problems.size() > 1 ? " (and more)" : "");
-  std::vector<std::string> cells = {Cell(site), Cell(node), Cell(name),
-                                    status.IsUp() ? Cell(status.state.state) : "gone",
-                                    seen.age ? AgeWords(*status.state.lastSampleAge) : "-"};
-  if (status.counts)
-    cells.insert(cells.end(), {std::to_string(status.counts->read), std::to_string(status.counts->late),
-                               std::to_string(LostRows(*status.counts))});
-  else
-    cells.insert(cells.end(), 3, "-");
-  cells.push_back(OneLine(problem));
-  return cells;
+  status.state.lastSampleAge = Age(seen, now);
+  status.awaitsCounts = true;  // a message with them may be lost
+  if (status.IsUp() && status.state.state.empty()) return "";
+  const std::vector<std::string> problems = ProblemsOf(status);
+  if (problems.empty()) return "";
+  return OneLine(problems.front()) + (problems.size() > 1 ? " (and more)" : "");
+}
+
+std::optional<double> CLiveTable::Age(const CSeen& seen, Time now) {
+  if (!seen.age) return std::nullopt;
+  return *seen.age + std::chrono::duration<double>(now - seen.aged).count();
+}
+
+std::vector<std::string> CLiveTable::Cells(const Key& key, CSeen& seen, Time now) {
+  const auto& [site, node, name] = key;
+  const std::string problem = Problem(seen, now);
+  const std::optional<double> age = Age(seen, now);
+  const std::optional<CCountsLine>& counts = seen.status.counts;
+  const auto number = [&](std::uint64_t count) { return counts ? std::to_string(count) : "-"; };
+  return {Cell(site),
+          Cell(node),
+          Cell(name),
+          seen.status.IsUp() ? Cell(seen.status.state.state) : "gone",
+          age ? AgeWords(*age) : "-",
+          number(counts ? counts->read : 0),
+          number(counts ? counts->late : 0),
+          number(counts ? LostRows(*counts) : 0),
+          problem};
 }
 
 void CLiveTable::PrintLine(const Key& key, CSeen& seen, Time now) {

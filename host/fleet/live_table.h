@@ -6,6 +6,7 @@
 
 #include "host/attach/logger_status.h"
 #include "host/fleet/fleet_view.h"
+#include "host/fleet/live_gate.h"
 
 namespace vastra {
 
@@ -31,8 +32,12 @@ class CLiveTable : public CFleetView {
   };
   using Key = std::tuple<std::string, std::string, std::string>;
 
-  CSeen* Find(const Key& key, Time now);
+  static constexpr std::size_t kMostLoggers = 5000;
+
+  bool RemoveGone(Time now);
   static void Note(CSeen& seen, const CLiveMessage& message, Time now);
+  static std::optional<double> Age(const CSeen& seen, Time now);
+  static std::string Problem(CSeen& seen, Time now);
   static std::vector<std::string> Cells(const Key& key, CSeen& seen, Time now);
   void Draw(Time now);
   void PrintLine(const Key& key, CSeen& seen, Time now);
@@ -40,6 +45,7 @@ class CLiveTable : public CFleetView {
   std::ostream& m_out;
   const bool m_isScreen;
   CToldOnce& m_log;
+  CLiveGate m_gate{kMostLoggers};
   std::map<Key, CSeen> m_loggers;
   std::string m_fault;  // the last one, on a screen
   Time m_faultTime{};
