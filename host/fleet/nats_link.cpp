@@ -297,7 +297,7 @@ void CNatsLink::OnMessage(natsConnection*, natsSubscription*, natsMsg* message, 
 }
 
 void CNatsLink::OnLossy(natsConnection*, natsSubscription*, natsMsg* message, void* link) {
-  constexpr std::size_t kMostBytes = std::size_t{64} << 20, kFrameBytes = 512;
+  constexpr std::size_t kMostBytes = std::size_t{8} << 20, kFrameBytes = 512;
   CNatsLink& self = *static_cast<CNatsLink*>(link);
   CNatsMessage owner(message);
   const std::lock_guard guard(self.m_lock);
