@@ -1,6 +1,7 @@
 // Messages of a fleet: subjects, chunks, packs and receipts, from anybody who may publish.
 #include "host/fleet/chunk.h"
 #include "host/fleet/fleet_names.h"
+#include "host/fleet/live_message.h"
 #include "host/fleet/receipt_sender.h"
 
 namespace {
@@ -20,6 +21,17 @@ void FuzzMessage(Read read) {
   }
 }
 
+// A line that goes into a feed has no end within.
+void FuzzLive(std::string_view subject, std::string_view message) {
+  if (const auto logger = vastra::ParseLiveSubject(subject))
+    if (vastra::LiveSubject(*logger) != subject) __builtin_trap();
+  try {
+    for (const auto& line : vastra::ParseLive(message).lines)
+      if (line.text.find('\n') != std::string::npos) __builtin_trap();
+  } catch (const vastra::CLiveFault&) {
+  }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
@@ -30,5 +42,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   FuzzMessage([&] { vastra::ParseChunk(message, 0); });
   FuzzMessage([&] { vastra::ParsePack(message); });
   vastra::ParseReceipt(subject, message);
+  FuzzLive(subject, message);
   return 0;
 }
