@@ -15,6 +15,8 @@ namespace {
 
 constexpr int kReconnectWait = 500, kReconnectJitter = 500, kConnectTimeout = 5000;  // ms
 constexpr int kPingInterval = 20000;
+constexpr int kWriteDeadline =
+    5000;  // of a call that sends; a server that takes nothing would hold it for ever
 constexpr std::chrono::milliseconds kLook{20}, kAbsence{5000}, kAbsenceTold{60000};
 constexpr int kReconnectBuffer = 1;  // nothing is kept for later: who sends asks whether it came
 
@@ -80,6 +82,7 @@ class COptions {
     Check(natsOptions_SetReconnectBufSize(m_options, kReconnectBuffer), "reconnect");
     Check(natsOptions_SetTimeout(m_options, kConnectTimeout), "time-out");
     Check(natsOptions_SetPingInterval(m_options, kPingInterval), "ping");
+    Check(natsOptions_SetWriteDeadline(m_options, kWriteDeadline), "deadline");
   }
   COptions(const COptions&) = delete;
   COptions& operator=(const COptions&) = delete;
