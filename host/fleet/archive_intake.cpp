@@ -47,7 +47,7 @@ void CArchiveIntake::TakeWhole(const CStoredFile& stored, std::string_view bytes
   const std::uint64_t id = m_record.NextId();
   m_tree.Drop(id);
   m_ready.push_back({stored, id});
-  m_paths[stored.file.Path()] = true;
+  m_paths.insert(stored.file.Path());
   m_tree.Write(id, 0, bytes);
 }
 
@@ -75,7 +75,7 @@ void CArchiveIntake::TakeChunk(const CStoredFile& stored, const CChunk& chunk) {
   partial->chunks[chunk.number] = true;
   partial->stored.order = std::max(partial->stored.order, stored.order);
   partial->touched = Now();
-  m_changed[{stored.file.Path(), stored.version}] = true;
+  m_changed.insert({stored.file.Path(), stored.version});
   CloseIfWhole(*partial);
 }
 
@@ -122,7 +122,7 @@ void CArchiveIntake::CloseIfWhole(CPartialFile& partial) {
   m_dropped.push_back(id);
   if (IsWanted(stored)) {
     m_ready.push_back({stored, id});
-    m_paths[stored.file.Path()] = true;
+    m_paths.insert(stored.file.Path());
   } else {
     m_tree.Drop(id);
   }
@@ -173,7 +173,7 @@ void CArchiveIntake::Record() {
     m_record.Put(one.stored);
     DropOlderPartials(one.stored);
   }
-  for (const auto& [key, isChanged] : m_changed)
+  for (const CKey& key : m_changed)
     if (const auto found = m_partials.find(key); found != m_partials.end())
       m_record.PutPartial(found->second);
   transaction.Commit();

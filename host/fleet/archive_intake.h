@@ -3,6 +3,7 @@
 #pragma once
 
 #include <functional>
+#include <set>
 #include <utility>
 
 #include "host/fleet/archive_record.h"
@@ -57,9 +58,9 @@ class CArchiveIntake {
 
   // Since the last Finish.
   std::vector<CReady> m_ready;           // received whole
-  std::map<std::string, bool> m_paths;   // of these
+  std::set<std::string> m_paths;         // of these
   std::vector<CStoredFile> m_again;      // stored before, and sent again
-  std::map<CKey, bool> m_changed;        // partial files
+  std::set<CKey> m_changed;              // partial files
   std::vector<std::uint64_t> m_dropped;  // their numbers in the record
   std::vector<CStoredFile> m_done;       // finished already, when a file came twice
 };

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <tuple>
 
 #include "host/fleet/file_version.h"
 
@@ -15,7 +16,7 @@ namespace {
 using std::chrono::milliseconds;
 
 constexpr std::uint64_t kMostBytes = std::uint64_t{4} << 20, kFirstBytes = 2 * kChunkSize;
-constexpr std::size_t kMostMessages = 256, kQueue = 2048, kMostPacked = 1000;
+constexpr std::size_t kMostLiveSends = 4, kMostMessages = 256, kQueue = 2048, kMostPacked = 1000;
 constexpr std::chrono::seconds kAnswerTime{60}, kQuickAnswer{2}, kSlowAnswer{5};
 constexpr milliseconds kFirstBlock{500}, kLongestBlock{30000}, kStartPause{200};
 constexpr std::int64_t kFirstLook = 30'000, kPutOff = 60'000;  // ms
@@ -83,23 +84,23 @@ bool CChunkSender::MayPublish(Time now) {
 }
 
 bool CChunkSender::PublishNext(Time now) {
-  CSend* send = NextSend();
-  if (send == nullptr) {
-    if (now < m_startDue) return false;
-    Start(true);
-    if ((send = NextSend()) == nullptr) Start(false);
-    if ((send = NextSend()) == nullptr) {
-      m_startDue = now + kStartPause;
-      return false;
-    }
-  } else if (!send->files.empty() && !send->files.front().isLive && now >= m_startDue) {
-    m_startDue = now + kStartPause;  // what is live overtakes a file of the backlog
-    Start(true);
-    send = NextSend();
+  if (now >= m_startDue || NextSend() == nullptr) {
+    m_startDue = now + kStartPause;
+    if (Count(true) < kMostLiveSends) Start(true);
+    if (Count(false) == 0) Start(false);
   }
+  CSend* const send = NextSend();
+  if (send == nullptr) return false;
   const auto number =
       std::find_if(m_sends.begin(), m_sends.end(), [&](auto& one) { return &one.second == send; });
   return Publish(number->first, *send, now);
+}
+
+// Of the sendings that have chunks left.
+std::size_t CChunkSender::Count(bool isLive) const {
+  return static_cast<std::size_t>(std::count_if(m_sends.begin(), m_sends.end(), [&](const auto& one) {
+    return one.second.HasMore() && one.second.IsLive() == isLive;
+  }));
 }
 
 // The last chunk of an older version must not come after a newer version: nothing more of it is sent, and
@@ -128,12 +129,17 @@ void CChunkSender::Cancel(CSend& send) {
   send.again.clear();
 }
 
-// Chunks that were asked for first, then live files, then the backlog; each in the order of their beginning.
+// Chunks that were asked for first, then live files, then the backlog; of live files the one that ends first.
 CChunkSender::CSend* CChunkSender::NextSend() {
+  constexpr std::uint64_t kShare = 8;  // one message in so many is of the backlog
+  const bool isForBacklog = m_lastMessage % kShare == kShare - 1;
+  const auto rank = [&](const CSend& one) {
+    const std::uint64_t left = one.end - one.next + one.again.size();
+    return std::tuple(one.IsLive() == isForBacklog, !one.isExtra, one.IsLive() ? left : 0);
+  };
   CSend* best = nullptr;
-  const auto rank = [](const CSend& one) { return one.isExtra ? 2 : one.files.front().isLive ? 1 : 0; };
   for (auto& [number, send] : m_sends)
-    if (send.HasMore() && (best == nullptr || rank(send) > rank(*best))) best = &send;
+    if (send.HasMore() && (best == nullptr || rank(send) < rank(*best))) best = &send;
   return best;
 }
 

@@ -1,6 +1,6 @@
 // CChunkSender: sends the files that wait, in chunks and packs, with a bounded number of bytes on the way.
-// Files that were found while the shipper ran go first; beside them one file of the backlog is on its way.
-// All bytes are within the limit.
+// Files that were found while the shipper ran go first, those with the fewest chunks before the others; one
+// message in eight is of the backlog. All bytes are within the limit.
 #pragma once
 
 #include <deque>
@@ -53,6 +53,7 @@ class CChunkSender {
     bool isExtra = false;        // a chunk that was asked for: the file has been sent before
 
     bool HasMore() const { return next < end || !again.empty(); }
+    bool IsLive() const { return isExtra || files.front().isLive; }
   };
   struct CUnderWay {
     std::uint64_t send, chunk, bytes;
@@ -62,6 +63,7 @@ class CChunkSender {
   bool MayPublish(Time now);
   bool PublishNext(Time now);
   CSend* NextSend();
+  std::size_t Count(bool isLive) const;
   void Start(bool isLive);
   bool StartPack(std::vector<CShipFile> files);
   bool StartFile(CShipFile file);

@@ -5,7 +5,7 @@
 
 namespace vastra {
 
-// {"servers": {"files", "bytes"} of the chunks, "nodes": [{"site", "node", "waiting", "sent", "archived",
+// {"servers": {"messages", "bytes"} of the chunks, "nodes": [{"site", "node", "waiting", "sent", "archived",
 // each with "files" and "bytes", "oldest": seconds or null, "contact": seconds since the last report, ...}]},
 // by site and node. Throws CNatsFault.
 CJson FleetStatus(CNatsLink& link);

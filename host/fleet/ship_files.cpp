@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "host/common/descriptor.h"
+#include "host/fleet/chunk.h"
 #include "host/fleet/file_version.h"
 #include "vastra/logfiles/whole_log.h"
 
@@ -73,9 +74,15 @@ void CShipFiles::Consider(const std::string& key, const CFileMark& mark, Time no
     m_unsettled.erase(key);
     return;
   }
+  if (mark.size > kLargestFile) {
+    m_log.Tell(m_finder.PathOf(key) + ": is larger than 64 GiB, left out");
+    return;
+  }
   if (!IsSettled(key, mark, now)) return;
-  m_unsettled.erase(key);
-  Admit(key, mark, std::move(row));
+  const auto seen = m_unsettled.find(key);
+  const bool isLive = m_walks > 0 && (seen == m_unsettled.end() || !seen->second.isOld);
+  if (seen != m_unsettled.end()) m_unsettled.erase(seen);
+  Admit(key, mark, std::move(row), isLive);
 }
 
 // A whole log is complete at once. Another file is, once it has not changed for some time: it may be a copy
@@ -84,7 +91,8 @@ bool CShipFiles::IsSettled(const std::string& key, const CFileMark& mark, Time n
   if (IsWholeLog(m_finder.PathOf(key).c_str(), FormOf(key))) return true;
   const auto found = m_unsettled.find(key);
   if (found == m_unsettled.end()) {
-    if (m_unsettled.size() < kMostUnsettled) m_unsettled.emplace(key, CUnsettled{mark, now, now, m_walks});
+    if (m_unsettled.size() < kMostUnsettled)
+      m_unsettled.emplace(key, CUnsettled{mark, now, now, m_walks, m_walks == 0});
     return false;
   }
   CUnsettled& seen = found->second;
@@ -96,12 +104,13 @@ bool CShipFiles::IsSettled(const std::string& key, const CFileMark& mark, Time n
 }
 
 // A log that grows is sent once a minute at most.
-void CShipFiles::Admit(const std::string& key, const CFileMark& mark, std::optional<CShipFile> row) {
+void CShipFiles::Admit(const std::string& key, const CFileMark& mark, std::optional<CShipFile> row,
+                       bool isLive) {
   CShipFile file = row ? *row : CShipFile{};
   file.key = key;
   file.mark = mark;
   file.state = EShipped::waiting;
-  file.isLive = m_walks > 0;
+  file.isLive = isLive;
   file.due = row && row->sent > 0 ? row->sent + m_pause.count() : 0;
   file.pause = 0;
   m_state.Put(file);

@@ -36,12 +36,13 @@ class CShipFiles {
   struct CUnsettled {
     CFileMark mark;
     Time since, first;
-    unsigned walk;
+    unsigned walk;  // that has seen it
+    bool isOld;     // since the first one: it was there before the shipper ran
   };
 
   void Consider(const std::string& key, const CFileMark& mark, Time now);
   bool IsSettled(const std::string& key, const CFileMark& mark, Time now);
-  void Admit(const std::string& key, const CFileMark& mark, std::optional<CShipFile> row);
+  void Admit(const std::string& key, const CFileMark& mark, std::optional<CShipFile> row, bool isLive);
   // Whether it came to the end.
   bool Walk(Time now);
   bool CheckRows();

@@ -45,7 +45,6 @@ class CStatement {
 
   std::int64_t Integer(int column) { return sqlite3_column_int64(m_statement.get(), column); }
   std::uint64_t Unsigned(int column) { return static_cast<std::uint64_t>(Integer(column)); }
-  bool IsNull(int column) { return sqlite3_column_type(m_statement.get(), column) == SQLITE_NULL; }
   std::string Bytes(int column);
   CVersion Version(int column);  // zeros for another value
 

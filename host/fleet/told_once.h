@@ -1,5 +1,5 @@
-// CToldOnce: lines for the log of a service. A line that is the same as one of the last minute is left out,
-// and counted.
+// CToldOnce: lines for the log of a service. A line that is the same as one of the last minute is left out
+// and counted, and so is what is more than 100 lines in a minute: others can cause lines.
 #pragma once
 
 #include <chrono>
@@ -25,9 +25,15 @@ class CToldOnce {
   };
   static constexpr std::chrono::seconds kSilence{60};
   static constexpr std::size_t kMost = 1000;
+  static constexpr unsigned kMostInMinute = 100;
 
   std::function<void(const std::string&)> m_print;
+  bool MayPrint(Time now);
+
   std::map<std::string, CTold> m_told;
+  Time m_minute{};  // when the present one has begun
+  unsigned m_printed = 0;
+  std::uint64_t m_leftOut = 0;
 };
 
 }  // namespace vastra
