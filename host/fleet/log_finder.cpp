@@ -110,7 +110,7 @@ std::string CLogFinder::KeyOf(std::string_view path) const {
   const std::string real = fs::canonical(path, fault).string();
   for (const CShipFolder& folder : m_folders) {
     const std::string base = fs::canonical(folder.path, fault).string() + "/";
-    const std::string key = folder.name + "/" + real.substr(std::min(base.size(), real.size()));
+    std::string key = folder.name + "/" + real.substr(std::min(base.size(), real.size()));
     if (real.starts_with(base) && IsFleetKey(key)) return key;
   }
   return "";

@@ -300,11 +300,11 @@ void CNatsLink::OnMessage(natsConnection*, natsSubscription*, natsMsg* message, 
 }
 
 void CNatsLink::OnLossy(natsConnection*, natsSubscription*, natsMsg* message, void* link) {
-  constexpr std::size_t kMostBytes = std::size_t{8} << 20, kFrameBytes = 512;
+  constexpr std::size_t kMostLossy = std::size_t{8} << 20, kFrameBytes = 512;
   CNatsLink& self = *static_cast<CNatsLink*>(link);
   CNatsMessage owner(message);
   const std::lock_guard guard(self.m_lock);
-  if (self.m_isEnding || self.m_lossyBytes > kMostBytes) return;
+  if (self.m_isEnding || self.m_lossyBytes > kMostLossy) return;
   self.m_lossyBytes += owner.Data().size() + kFrameBytes;
   self.m_messages.push_back(std::move(owner));
   self.m_changed.notify_one();
