@@ -43,7 +43,7 @@ void CShipFiles::Work(Time now) {
   const bool isEnd = m_phase == EPhase::walk ? Walk(now) : CheckRows();
   m_worked += std::chrono::steady_clock::now() - now;
   if (!isEnd) return;
-  if (m_phase == EPhase::rows) EndRound(now);
+  if (m_phase == EPhase::rows && m_walks > 0) EndRound(now);
   m_phase = m_phase == EPhase::walk ? EPhase::rows : EPhase::walk;
 }
 
