@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "vastra/platform/string.h"
@@ -13,6 +15,10 @@
 namespace vastra {
 
 using CFeedLine = std::shared_ptr<const std::string>;
+
+// The places of variables in a sample, by name, and those of some; -1: the sample has none of this name.
+using CFeedPlaces = std::unordered_map<std::string_view, int>;
+std::vector<int> PlacesOf(const std::vector<CString>& variables, const CFeedPlaces& places);
 
 std::string ErrorLine(const CString& text);
 // Lines that a slow reader has missed. key: "messages" or "logs".
@@ -25,7 +31,7 @@ class CFeedRecords {
   // The numbers of the oldest line that is kept, and of the next one to come.
   virtual std::uint64_t Oldest() const { return 1; }
   virtual std::uint64_t Next() const { return 1; }
-  // The next line from cursor on, which moves behind it; null: there is none yet. missed: the lines before it
+  // The next line from cursor on, which moves after it; null: there is none yet. missed: the lines before it
   // that are not kept any more.
   virtual CFeedLine Take(std::uint64_t& cursor, std::uint64_t& missed);
 };

@@ -59,7 +59,9 @@ bool CArchiveIntake::IsWanted(const CStoredFile& stored) {
   if (have->version != stored.version) return have->order < stored.order;
   if (m_tree.VersionOf(have->file) != have->version) return true;  // somebody has removed or changed it
   have->order = std::max(have->order, stored.order);
-  m_again.push_back(*have);
+  if (const auto again = m_again.find(stored.file.Path()); again != m_again.end())
+    have->order = std::max(have->order, again->second.order);
+  m_again[stored.file.Path()] = *have;
   return false;
 }
 
@@ -133,7 +135,7 @@ std::vector<CStoredFile> CArchiveIntake::Finish() {
   PlaceReady();
   if (!m_ready.empty()) m_tree.Sync();
   Record();
-  for (CStoredFile& one : m_again) m_done.push_back(std::move(one));
+  for (auto& [path, one] : m_again) m_done.push_back(std::move(one));
   for (CReady& one : m_ready) m_done.push_back(std::move(one.stored));
   Clear();
   return std::exchange(m_done, {});
@@ -168,7 +170,7 @@ void CArchiveIntake::PlaceReady() {
 void CArchiveIntake::Record() {
   CTransaction transaction(m_record.Store());
   for (const std::uint64_t id : m_dropped) m_record.DropPartial(id);
-  for (const CStoredFile& one : m_again) m_record.Put(one);
+  for (const auto& [path, one] : m_again) m_record.Put(one);
   for (const CReady& one : m_ready) {
     m_record.Put(one.stored);
     DropOlderPartials(one.stored);

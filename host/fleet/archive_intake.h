@@ -57,12 +57,12 @@ class CArchiveIntake {
   std::map<CKey, CPartialFile> m_partials;
 
   // Since the last Finish.
-  std::vector<CReady> m_ready;           // received whole
-  std::set<std::string> m_paths;         // of these
-  std::vector<CStoredFile> m_again;      // stored before, and sent again
-  std::set<CKey> m_changed;              // partial files
-  std::vector<std::uint64_t> m_dropped;  // their numbers in the record
-  std::vector<CStoredFile> m_done;       // finished already, when a file came twice
+  std::vector<CReady> m_ready;                 // received whole
+  std::set<std::string> m_paths;               // of these
+  std::map<std::string, CStoredFile> m_again;  // stored before, and sent again, by path
+  std::set<CKey> m_changed;                    // partial files
+  std::vector<std::uint64_t> m_dropped;        // their numbers in the record
+  std::vector<CStoredFile> m_done;             // finished already, when a file came twice
 };
 
 }  // namespace vastra

@@ -15,7 +15,7 @@ namespace vastra {
 // The order in which versions were sent, without any clock: the number of the stream, and that of the message
 // in it.
 struct COrder {
-  std::uint64_t stream = 0;  // the how manyth that this archive has seen: servers can be wiped
+  std::uint64_t stream = 0;  // counts the streams that this archive has seen: servers can be wiped
   std::uint64_t sequence = 0;
 
   bool operator<(const COrder& other) const {

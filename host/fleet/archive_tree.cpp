@@ -24,7 +24,7 @@ constexpr mode_t kFolderMode = 0755, kFileMode = 0644;
   throw std::system_error(errno, std::generic_category(), what);
 }
 
-// Negative with the reason in errno if there is no such folder; a link is none.
+// Negative with the reason in errno if there is no such folder, or it is a link.
 int EnterFolder(int parent, const std::string& name) {
   return ::openat(parent, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
 }
@@ -113,12 +113,19 @@ void CArchiveTree::Place(std::uint64_t id, const CFleetFile& file) {
     Fail(file.Path());
 }
 
-std::optional<CVersion> CArchiveTree::VersionOf(const CFleetFile& file) const {
+std::optional<CVersion> CArchiveTree::VersionOf(const CFleetFile& file) {
   const CPlace place = Descend(m_dir, file.Path(), EnterFolder);
   if (place.folder.Get() < 0) return std::nullopt;
   const CDescriptor opened(
       ::openat(place.folder.Get(), place.name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-  return opened.Get() < 0 ? std::nullopt : VersionOfFile(opened.Get());
+  struct stat status = {};
+  if (opened.Get() < 0 || ::fstat(opened.Get(), &status) != 0) return std::nullopt;
+  const auto found = m_read.find(file.Path());
+  if (found != m_read.end() && found->second.mark == MarkOf(status)) return found->second.version;
+  const std::optional<CVersion> version = VersionOfFile(opened.Get());
+  if (m_read.size() >= kMostRead) m_read.clear();
+  if (version) m_read[file.Path()] = {MarkOf(status), *version};
+  return version;
 }
 
 void CArchiveTree::Sync() const {

@@ -4,11 +4,14 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <system_error>
 #include <vector>
 
+#include "host/fleet/file_mark.h"
 #include "host/fleet/fleet_names.h"
 
 namespace vastra {
@@ -33,7 +36,8 @@ class CArchiveTree {
   void Place(std::uint64_t id, const CFleetFile& file);
   // The version of the file with the name; empty if there is none, or it cannot be read. A record that has
   // outlived its files must not stand for them.
-  std::optional<CVersion> VersionOf(const CFleetFile& file) const;
+  // A file that was read before is read again only if it has changed since.
+  std::optional<CVersion> VersionOf(const CFleetFile& file);
   // What was written and placed is on the disk when it returns.
   void Sync() const;
 
@@ -41,7 +45,14 @@ class CArchiveTree {
   static bool IsOfPath(const std::error_code& fault);
 
  private:
+  struct CRead {
+    CFileMark mark;
+    CVersion version;
+  };
+  static constexpr std::size_t kMostRead = 1000;
+
   int m_dir = -1, m_incoming = -1;
+  std::map<std::string, CRead> m_read;  // by path
 };
 
 }  // namespace vastra

@@ -166,7 +166,7 @@ void CArchiver::TakeBatch(Time now) {
   }
 }
 
-// What is damaged goes from the stream like the rest, and is asked for again once it has gone.
+// A damaged message is removed from the stream like the others, and asked for again after that.
 void CArchiver::TakeOne(const CNatsMessage& message, Time now) {
   const std::optional<CFileSubject> subject = ParseFileSubject(EFileSubject::log, message.Subject());
   if (!subject) {

@@ -38,7 +38,7 @@ std::uint64_t Number(const nlohmann::json& object, const char* key) {
 
 std::string Text(const nlohmann::json& object, const char* key) {
   const auto found = object.find(key);
-  if (found == object.end() || !found->is_string()) throw CChunkFault(std::string(key) + " is not a text");
+  if (found == object.end() || !found->is_string()) throw CChunkFault(std::string(key) + " is not a string");
   return found->get<std::string>();
 }
 
@@ -96,9 +96,9 @@ CChunk ParseChunk(std::string_view message, std::uint64_t number) {
   const CChunk chunk = {Number(parts.head, "chunk"), Number(parts.head, "size"), parts.bytes};
   if (chunk.number != number) throw CChunkFault("it says another number than its subject");
   if (chunk.size > kLargestFile) throw CChunkFault("the file is larger than 64 GiB");
-  if (number >= ChunksOf(chunk.size)) throw CChunkFault("it is behind the end of the file");
+  if (number >= ChunksOf(chunk.size)) throw CChunkFault("its place is after the end of the file");
   if (chunk.bytes.size() != std::min<std::uint64_t>(kChunkSize, chunk.size - number * kChunkSize))
-    throw CChunkFault("it has not the length of its place in the file");
+    throw CChunkFault("its length does not fit its place in the file");
   return chunk;
 }
 
@@ -112,7 +112,7 @@ std::vector<CPackedFile> ParsePack(std::string_view message) {
   std::string_view rest = parts.bytes;
   for (const nlohmann::json& entry : *list) {
     files.push_back(PackedFile(entry, rest));
-    if (!keys.insert(files.back().key).second) throw CChunkFault("a name is there twice");
+    if (!keys.insert(files.back().key).second) throw CChunkFault("duplicate name");
     rest.remove_prefix(files.back().bytes.size());
   }
   if (!rest.empty()) throw CChunkFault("it has bytes that belong to no file");

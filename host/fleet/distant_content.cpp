@@ -1,7 +1,5 @@
 #include "host/fleet/distant_content.h"
 
-#include <unordered_map>
-
 #include "host/common/json_text.h"
 
 namespace vastra {
@@ -66,14 +64,9 @@ CFeedLine CDistantContent::Sample(const std::vector<int>& indexes) {
 }
 
 std::vector<int> CDistantContent::IndexesOf(const std::vector<CString>& variables) {
-  std::unordered_map<std::string_view, int> places;
+  CFeedPlaces places;
   for (const std::string& name : m_names) places.emplace(name, static_cast<int>(places.size()));
-  std::vector<int> indexes;
-  for (const CString& variable : variables) {
-    const auto found = places.find(variable.View());
-    indexes.push_back(found == places.end() ? -1 : found->second);
-  }
-  return indexes;
+  return PlacesOf(variables, places);
 }
 
 }  // namespace vastra

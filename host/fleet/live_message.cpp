@@ -8,7 +8,7 @@
 namespace vastra {
 namespace {
 
-// The place behind the value that begins at place. What is no JSON has an end, too.
+// The place after the value that begins at place. What is no JSON has an end, too.
 std::size_t EndOfValue(std::string_view text, std::size_t place) {
   int depth = 0;
   for (bool isString = false; place < text.size(); ++place) {

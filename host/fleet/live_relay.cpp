@@ -40,7 +40,7 @@ void CLiveRelay::Main() {
     guard.unlock();
     try {
       Turn(std::chrono::steady_clock::now());
-    } catch (const std::exception&) {  // without memory: the feeds are read anew
+    } catch (const std::exception&) {  // without memory: connects to the feeds again
       m_feeds.clear();
     }
     guard.lock();

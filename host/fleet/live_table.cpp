@@ -135,7 +135,7 @@ void CLiveTable::Turn(Time now) {
       PrintLine(key, seen, now);
 }
 
-// From the upper left corner, without wrapping; what is behind each line and below the last one is erased.
+// From the upper left corner, without wrapping; erases the rest of each line and what is below the last one.
 void CLiveTable::Draw(Time now) {
   std::vector<std::vector<std::string>> rows = {kHeadings};
   constexpr std::size_t kFrameRows = 4;

@@ -23,12 +23,6 @@ bool EndsIn(std::string_view name, std::string_view extension) {
 
 }  // namespace
 
-CFileMark MarkOf(const struct stat& status) {
-  constexpr std::int64_t kNanoseconds = 1'000'000'000;
-  return {static_cast<std::uint64_t>(status.st_size),
-          status.st_mtim.tv_sec * kNanoseconds + status.st_mtim.tv_nsec, status.st_ino};
-}
-
 bool CLogFinder::IsLog(std::string_view name) const {
   return !name.starts_with('.') &&
          (EndsIn(name, ".rph") || EndsIn(name, ".rpd") || (m_isCsv && EndsIn(name, ".csv")));

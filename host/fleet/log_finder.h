@@ -20,8 +20,6 @@ struct CShipFolder {
   std::string name, path;
 };
 
-CFileMark MarkOf(const struct stat& status);
-
 class CLogFinder {
  public:
   using CFound = std::function<void(const std::string& key, const CFileMark& mark)>;

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <charconv>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
@@ -124,11 +125,12 @@ std::vector<CShipFolder> ParseFolders(const std::vector<std::string>& texts) {
 // "90s", "12h", "30d"; days without a unit.
 std::int64_t ParseAge(const std::string& text) {
   constexpr std::pair<char, std::int64_t> kUnits[] = {{'s', 1}, {'m', 60}, {'h', 3600}, {'d', 86400}};
-  std::size_t end = 0;
-  const std::int64_t number = std::isdigit(static_cast<unsigned char>(text[0])) ? std::stoll(text, &end) : -1;
-  const char unit = end == text.size() ? 'd' : end + 1 == text.size() ? text[end] : '?';
+  std::int64_t number = -1;
+  const char* const last = text.data() + text.size();
+  const auto [end, fault] = std::from_chars(text.data(), last, number);
+  const char unit = end == last ? 'd' : end + 1 == last ? *end : '?';
   for (const auto& [letter, seconds] : kUnits)
-    if (letter == unit && number >= 0 && number < 1000000) return number * seconds;
+    if (fault == std::errc() && letter == unit && number >= 0 && number < 1000000) return number * seconds;
   throw CUseFault("--delete-after " + text + ": is not an age such as 12h or 30d");
 }
 

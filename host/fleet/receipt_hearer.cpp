@@ -14,22 +14,22 @@ constexpr std::int64_t kLongestPause = 3'600'000, kForeign = 60'000;  // ms
 
 }  // namespace
 
-// A receipt of an older sending of the same content says nothing about what was sent since.
+// The receipt of an earlier message is ignored: it can be one of the archive before this one, or of the same
+// content before another one replaced it.
 void CReceiptHearer::Hear(const CReceipt& receipt) {
   if (receipt.subject.file.node != m_node) return;
   std::optional<CShipFile> file = m_state.Find(receipt.subject.file.key);
-  if (!file) return;
+  if (!file || receipt.sequence < file->sequence || receipt.sequence <= file->others) return;
   if (m_state.SetArchive(receipt.archive)) {
     m_log.Tell("receipts come from another archive: all files are sent again");
     file = m_state.Find(receipt.subject.file.key);
   }
   if (receipt.subject.version == file->version) {
-    if (receipt.sequence < file->sequence || receipt.sequence <= file->others) return;
     file->hasReceipt = true;
     file->sequence = receipt.sequence;
     if (file->state == EShipped::sent || file->state == EShipped::sending) file->state = EShipped::archived;
   } else {
-    file->others = std::max(file->others, receipt.sequence);
+    file->others = receipt.sequence;
     if (file->state == EShipped::archived && receipt.sequence > file->sequence) {
       file->state = EShipped::waiting;  // the archive has another version as the newest
       file->hasReceipt = false;
@@ -52,13 +52,14 @@ std::string CReceiptHearer::TakeQuestion(CQuestions& questions, const CNatsMessa
 
 void CReceiptHearer::Work(Time now) {
   if (now < m_due || !m_link.IsUp()) return;
-  m_due = now + kHearTurn;
   if (!IsIdle() && now - m_asked < kAnswerPatience) return;
   m_newest.clear();  // without answers: asked again
   m_probes.clear();
   const std::int64_t wall = WallClock();
   m_asked = now;
-  for (CShipFile& file : m_state.Overdue(wall, kMostQuestions)) {
+  std::vector<CShipFile> overdue = m_state.Overdue(wall, kMostQuestions);
+  if (overdue.size() < kMostQuestions) m_due = now + kHearTurn;
+  for (CShipFile& file : overdue) {
     file.pause = std::min(2 * file.pause, kLongestPause);
     file.due = wall + file.pause;
     m_state.Put(file);

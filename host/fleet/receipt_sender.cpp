@@ -56,8 +56,10 @@ std::optional<CReceipt> ParseReceipt(std::string_view subject, std::string_view 
   if (!parts || parts->IsPack()) return std::nullopt;
   try {
     const nlohmann::json json = ParseJson(data);
-    if (json.value("receipt", std::string()) != subject) return std::nullopt;
-    return CReceipt{*parts, json.value("sequence", std::uint64_t{0}), json.value("archive", std::string())};
+    CReceipt receipt = {*parts, json.value("sequence", std::uint64_t{0}),
+                        json.value("archive", std::string())};
+    if (json.value("receipt", std::string()) != subject || receipt.archive.empty()) return std::nullopt;
+    return receipt;
   } catch (const CJsonFault&) {
     return std::nullopt;
   } catch (const nlohmann::json::exception&) {

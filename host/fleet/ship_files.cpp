@@ -134,7 +134,7 @@ void CShipFiles::CheckRow(const CShipFile& file) {
     if ((errno != ENOENT && errno != ENOTDIR) || !m_finder.HasFolder(file.key)) return;
     if (file.state == EShipped::waiting || file.state == EShipped::sending) {
       ++m_lost;
-      m_log.Tell(path + ": has gone before it was sent");
+      m_log.Tell(path + ": was removed before it was sent");
     }
     m_state.Remove(file.key);
     return;

@@ -7,21 +7,13 @@
 #include <optional>
 #include <vector>
 
+#include "host/fleet/file_mark.h"
 #include "host/fleet/sqlite_store.h"
 
 namespace vastra {
 
 enum class EShipped { waiting, sending, sent, archived };
 constexpr std::size_t kShippedStates = 4;
-
-// What tells one content of a file from another without reading it.
-struct CFileMark {
-  std::uint64_t size = 0;
-  std::int64_t changed = 0;  // nanoseconds since 1970
-  std::uint64_t inode = 0;
-
-  bool operator==(const CFileMark&) const = default;
-};
 
 struct CShipFile {
   std::string key;

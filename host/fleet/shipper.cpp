@@ -87,7 +87,8 @@ bool CShipper::IsSent() const {
 
 // A file that cannot be read is tried again later, but not by a call that is to end.
 bool CShipper::IsDone(Time now) {
-  return m_files.IsComplete(now) && m_sender.IsIdle() && m_receipts.IsIdle() &&
+  const bool isHeard = !m_link.IsUp() || (m_receipts.IsIdle() && m_state.Overdue(WallClock(), 1).empty());
+  return m_files.IsComplete(now) && m_sender.IsIdle() && isHeard &&
          (IsSent() ||
           (m_state.Waiting(false, WallClock(), 1).empty() && m_state.Waiting(true, WallClock(), 1).empty()));
 }

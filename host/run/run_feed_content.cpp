@@ -76,12 +76,7 @@ std::vector<int> CRunFeedContent::IndexesOf(const std::vector<CString>& variable
   if (m_indexes.empty() && m_view.names)
     for (const CString& name : *m_view.names)
       m_indexes.emplace(name.View(), static_cast<int>(m_indexes.size()));
-  std::vector<int> indexes;
-  for (const CString& variable : variables) {
-    const auto found = m_indexes.find(variable.View());
-    indexes.push_back(found == m_indexes.end() ? -1 : found->second);
-  }
-  return indexes;
+  return PlacesOf(variables, m_indexes);
 }
 
 }  // namespace vastra

@@ -2,7 +2,6 @@
 // line is formatted when the first reader wants it and shared by the others.
 #pragma once
 
-#include <unordered_map>
 
 #include "host/feed/feed_content.h"
 #include "host/run/feed_json.h"
@@ -76,7 +75,7 @@ class CRunFeedContent : public CFeedContent {
   CFeedLine m_hello, m_state, m_counts, m_sampleLine;  // null: not formatted yet
   CFeedSample m_sample;
   bool m_isSampleFormatted = false;
-  std::unordered_map<std::string_view, int> m_indexes;  // of the names of m_view; empty: not made yet
+  CFeedPlaces m_indexes;  // of the names of m_view; empty: not made yet
 };
 
 }  // namespace vastra

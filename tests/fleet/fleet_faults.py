@@ -18,6 +18,9 @@ import time
 
 from fleet_parts import BIN, SUFFIXES, Client, Cluster, Fleet, wait
 
+sys.path.append(str(pathlib.Path(__file__).parent.parent / "prove"))
+from logs import crc32c  # noqa: E402
+
 LONG = "--long" in sys.argv
 CHUNK = 256 << 10
 
@@ -307,22 +310,6 @@ def basics(fleet, rng):
 
 
 CASES = {case.__name__: case for case in (basics, kills, older, partition, wiped, full_disk, damaged, links, removed, clock, permissions)}
-
-
-def crc32c(data):
-    crc = 0xFFFFFFFF
-    for byte in data:
-        crc = TABLE[(crc ^ byte) & 255] ^ crc >> 8
-    return crc ^ 0xFFFFFFFF
-
-
-def table_entry(value):
-    for _ in range(8):
-        value = value >> 1 ^ (0x82F63B78 if value & 1 else 0)
-    return value
-
-
-TABLE = [table_entry(value) for value in range(256)]
 
 
 def main():

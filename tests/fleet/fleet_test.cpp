@@ -205,6 +205,10 @@ TEST_F(ArchiveIntake, ChunksComeInAnyOrderAndOutliveTheProcess) {
   EXPECT_EQ(m_intake->Finish().size(), 1U);
   EXPECT_EQ(Stored(), "A");
   EXPECT_TRUE(m_tree->Incoming().empty());
+  for (std::uint64_t chunk = 0; chunk < 3; ++chunk) Take('A', kSize, chunk, {2, 9 - chunk});
+  const std::vector<CStoredFile> again = m_intake->Finish();
+  ASSERT_EQ(again.size(), 1U);
+  EXPECT_EQ(again.front().order.sequence, 9U);
 }
 
 // What a receipt does to a file whose content is A; the archive may have had A before, and B since.
@@ -259,6 +263,9 @@ TEST(FleetReceipts, AReceiptOfAnEarlierSendingDoesNotCount) {
   hearer.Hear({{{kNode, "logs/a"}, VersionOf("A")}, 100, "two"});
   EXPECT_EQ(state.Find("logs/b")->state, EShipped::waiting);
   EXPECT_FALSE(state.Find("logs/b")->hasReceipt);
+  // The servers keep the receipts of the archive before: they are of earlier messages.
+  hearer.Hear({{{kNode, "logs/a"}, VersionOf("A")}, 7, "one"});
+  EXPECT_FALSE(state.SetArchive("two"));
   EXPECT_EQ(state.Sum(EShipped::archived).files, state.Find("logs/a")->state == EShipped::archived ? 1U : 0U);
   std::filesystem::remove(path);
 }

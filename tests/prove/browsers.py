@@ -16,7 +16,7 @@ def pages(run):
         raise NotRun("not run: " + ended.stdout.strip().rsplit("not run: ", 1)[-1])
     with open(os.path.join(run.work, "tests.log"), "w") as file:
         file.write(ended.stdout)
-    seen = re.search(r"^claim: (.*)$", ended.stdout, re.MULTILINE)
+    seen = re.search(r"^(?:# )?claim: (.*)$", ended.stdout, re.MULTILINE)
     if ended.returncode or not seen:
-        raise Failed("; ".join(sorted(set(re.findall(r"✖ (.*?) \(", ended.stdout)))) or ended.stdout[-1000:])
+        raise Failed("; ".join(sorted(set(re.findall(r"^ *not ok \d+ - (.*)$", ended.stdout, re.MULTILINE)))) or ended.stdout[-1000:])
     return seen[1]
