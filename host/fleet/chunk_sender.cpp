@@ -351,7 +351,8 @@ void CChunkSender::NoteSent(const CSend& send, CShipFile file) {
     return;
   }
   if (send.sequence != 0) row->sequence = send.sequence;
-  // Numbers grow as long as the stream lives: it was made anew, and what came before counts no more.
+  // Sequences grow while the stream exists. A smaller one means a new stream: sequences of the old one are
+  // void.
   if (send.sequence != 0 && send.sequence < row->others) row->others = 0;
   const std::int64_t now = WallClock();
   row->sent = now;

@@ -76,7 +76,7 @@ void HearReport(const CNatsMessage& answer, std::map<std::string, CJson>& nodes)
   try {
     AddReport(ParseJson(answer.Data()).at("message"), nodes);
   } catch (const CJsonFault&) {
-  } catch (const nlohmann::json::exception&) {  // an error: the report has gone since the list was made
+  } catch (const nlohmann::json::exception&) {  // an error: the report was removed since the list was made
   }
 }
 

@@ -57,7 +57,7 @@ void CLiveRelay::Turn(Time now) {
   }
 }
 
-// A feed that has gone is read to its end.
+// A feed that was removed is read to its end.
 void CLiveRelay::Search(Time now) {
   CString fault;
   const std::vector<CLoggerPlace> places = FindLoggers(m_folders, fault);

@@ -44,7 +44,7 @@ void CLiveTable::Hear(const CFleetLogger& logger, const CLiveMessage& message, T
   if (!m_isScreen && (message.ended || !seen.status.state.state.empty())) PrintLine(key, seen, now);
 }
 
-// In place of one that has gone there is room for another.
+// Makes room by removing a logger that sends nothing.
 bool CLiveTable::RemoveGone(Time now) {
   const auto gone = std::find_if(m_loggers.begin(), m_loggers.end(),
                                  [&](const auto& one) { return one.second.contact.IsGone(now); });

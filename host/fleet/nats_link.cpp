@@ -111,7 +111,7 @@ class COptions {
             options.certificate);
   }
 
-  // The library reads a file of the server's tools anew at each connection.
+  // The library reads a file of the server's tools again for each connection.
   void AddCredentials(const std::string& path) {
     const std::string text = ReadSecret(path);
     if (text.find("BEGIN NATS USER JWT") != std::string::npos) {

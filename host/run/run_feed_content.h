@@ -2,7 +2,6 @@
 // line is formatted when the first reader wants it and shared by the others.
 #pragma once
 
-
 #include "host/feed/feed_content.h"
 #include "host/run/feed_json.h"
 
