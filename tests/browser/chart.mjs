@@ -254,6 +254,23 @@ async function checkMoves(page, name) {
   }
 }
 
+test('a chart that was just zoomed does not lead back from the next page', async () => {
+  const { page, close } = await open(chart('archive', ['Level'], `from=${archive.from}&to=${kEnd}`));
+  await ready(page, 'chart');
+  for (const delay of [150, 180, 200]) {
+    await page.evaluate(async ([hash, time]) => {
+      document.querySelector('.plot [tabindex], .plot[tabindex]').dispatchEvent(new KeyboardEvent('keydown', { key: '+', bubbles: true }));
+      await new Promise(resolve => setTimeout(resolve, time));
+      location.hash = hash;
+      for (const end = performance.now() + 300; performance.now() < end; );
+    }, [`#/files?logger=archive&from=${archive.from}&to=${kEnd}`, delay]);
+    await ready(page, 'files');
+    await page.goBack();
+    await ready(page, 'chart');
+  }
+  await close();
+});
+
 test('a chart that follows goes on with new samples', async () => {
   const { page, close } = await open(chart('kiln', ['Items'], 'last=30'));
   await ready(page, 'chart');

@@ -50,7 +50,9 @@ const kReady = {
 };
 export async function ready(page, view) {
   const there = page.locator(kReady[view]).first();
-  await there.waitFor().catch(async () => assert.fail(`${page.url()} is not ready: ${await text(page.locator('body'))}`));
+  await there.waitFor().catch(async () =>
+    assert.fail(`${page.url()}, where ${view} should be, is not ready: ${await text(page.locator('body'))}`)
+  );
   if (view === 'chart') await drawn(page);
 }
 

@@ -15,17 +15,22 @@ export function link(page, parameters = {}) {
 }
 
 // The view changes the address as it is changed, without a step of the history: "back" leaves the page. A moment later,
-// since browsers refuse many changes in a short time, and a zoom makes many.
+// since browsers refuse many changes in a short time, and a zoom makes many. An address that another page has been
+// given since then stays: its event comes after a timer that was due.
 let timer = 0;
+let address = location.hash; // that of the view
 export function remember(page, parameters) {
   clearTimeout(timer);
   timer = setTimeout(() => {
     const hash = link(page, parameters);
-    if (hash === location.hash) return;
+    if (location.hash !== address || hash === address) return;
     window.history.replaceState(null, '', hash);
+    address = location.hash;
     dispatchEvent(new Event('remembered'));
   }, 200);
 }
 
-// The next page has another address.
-addEventListener('hashchange', () => clearTimeout(timer));
+addEventListener('hashchange', () => {
+  clearTimeout(timer);
+  address = location.hash;
+});
