@@ -22,18 +22,20 @@ CArchiveIntake::CArchiveIntake(CArchiveTree& tree, CArchiveRecord& record, CTell
 }
 
 void CArchiveIntake::Take(const CFileSubject& subject, std::string_view message, COrder order) {
-  CStoredFile stored = {subject.file, subject.version, order, 0};
+  CStoredFile stored = {subject.file, subject.version, order};
   if (subject.IsPack()) {
     for (const CPackedFile& file : ParsePack(message)) {
       stored.file.key = file.key;
       stored.version = file.version;
       stored.size = file.bytes.size();
+      stored.log = file.log;
       TakeWhole(stored, file.bytes);
     }
     return;
   }
   const CChunk chunk = ParseChunk(message, subject.chunk);
   stored.size = chunk.size;
+  stored.log = chunk.log;
   if (ChunksOf(chunk.size) > 1) {
     TakeChunk(stored, chunk);
     return;
@@ -42,27 +44,69 @@ void CArchiveIntake::Take(const CFileSubject& subject, std::string_view message,
   TakeWhole(stored, chunk.bytes);
 }
 
-void CArchiveIntake::TakeWhole(const CStoredFile& stored, std::string_view bytes) {
+void CArchiveIntake::TakeWhole(CStoredFile stored, std::string_view bytes) {
   if (!IsWanted(stored)) return;
   const std::uint64_t id = m_record.NextId();
   m_tree.Drop(id);
-  m_ready.push_back({stored, id});
-  m_paths.insert(stored.file.Path());
+  AddReady(stored, id);
   m_tree.Write(id, 0, bytes);
 }
 
-// A version that is stored needs its receipt again: who sends it has not got it.
-bool CArchiveIntake::IsWanted(const CStoredFile& stored) {
+void CArchiveIntake::AddReady(const CStoredFile& stored, std::uint64_t id) {
+  m_ready.push_back({stored, id});
+  m_paths.insert({stored.file.Path(), stored.path});
+}
+
+// Sets the path of a file that is to be stored. A version that is stored needs its receipt again: who sends
+// it has not got it.
+bool CArchiveIntake::IsWanted(CStoredFile& stored) {
   if (m_paths.contains(stored.file.Path())) m_done = Finish();  // the record must say what is there
-  std::optional<CStoredFile> have = m_record.Find(stored.file);
-  if (!have) return true;
+  std::optional<CStoredFile> have = m_record.Find(stored);
+  if (!have) {
+    stored.path = PathFor(stored);
+    return !stored.path.empty();
+  }
+  stored.path = have->path;
+  stored.log.number = have->log.number;
   if (have->version != stored.version) return have->order < stored.order;
-  if (m_tree.VersionOf(have->file) != have->version) return true;  // somebody has removed or changed it
+  if (m_tree.VersionOf(have->path) != have->version) return true;  // somebody has removed or changed it
   have->order = std::max(have->order, stored.order);
-  if (const auto again = m_again.find(stored.file.Path()); again != m_again.end())
+  if (const auto again = m_again.find(have->path); again != m_again.end())
     have->order = std::max(have->order, again->second.order);
-  m_again[stored.file.Path()] = *have;
+  m_again[have->path] = *have;
   return false;
+}
+
+// A path for a log of which nothing is stored: that of its name, or with a number if another log has it. The
+// number is the next one, unless some between are free.
+std::string CArchiveIntake::PathFor(const CStoredFile& stored) {
+  constexpr std::uint64_t kLastNumber = std::uint64_t{1} << 32;
+  const std::string path = stored.file.Path();
+  if (IsFree(path) || IsSameLog(path, stored)) return path;
+  std::uint64_t used = 1, free = 2;
+  for (; !IsFree(RepeatedPath(path, free)); used = free, free *= 2)
+    if (free == kLastNumber) {
+      m_tell(path + ": cannot be stored: another log has this name, and no number for this one is free");
+      return "";
+    }
+  while (free - used > 1) {
+    const std::uint64_t middle = (used + free) / 2;
+    (IsFree(RepeatedPath(path, middle)) ? free : used) = middle;
+  }
+  const std::string last = RepeatedPath(path, used);
+  return used > 1 && IsSameLog(last, stored) ? last : RepeatedPath(path, free);
+}
+
+bool CArchiveIntake::IsFree(const std::string& path) {
+  return !m_paths.contains(path) && !m_record.Has(path) && !m_tree.HasFile(path);
+}
+
+// Whether a file that is not in the record is an earlier version of the log, or this one: the archive was
+// killed before it could note the file, or its record was lost.
+bool CArchiveIntake::IsSameLog(const std::string& path, const CStoredFile& stored) {
+  if (m_paths.contains(path) || m_record.Has(path)) return false;
+  const std::optional<CVersion> there = m_tree.VersionOf(path);
+  return there && (*there == stored.version || *there == stored.log.before);
 }
 
 void CArchiveIntake::TakeChunk(const CStoredFile& stored, const CChunk& chunk) {
@@ -75,13 +119,16 @@ void CArchiveIntake::TakeChunk(const CStoredFile& stored, const CChunk& chunk) {
   }
   m_tree.Write(partial->id, chunk.number * kChunkSize, chunk.bytes);
   partial->chunks[chunk.number] = true;
-  partial->stored.order = std::max(partial->stored.order, stored.order);
+  if (!(stored.order < partial->stored.order)) {
+    partial->stored.order = stored.order;
+    partial->stored.log = stored.log;
+  }
   partial->touched = Now();
   m_changed.insert({stored.file.Path(), stored.version});
   CloseIfWhole(*partial);
 }
 
-CPartialFile* CArchiveIntake::PartialOf(const CStoredFile& stored) {
+CPartialFile* CArchiveIntake::PartialOf(CStoredFile stored) {
   const CKey key = {stored.file.Path(), stored.version};
   const auto found = m_partials.find(key);
   if (found != m_partials.end()) return &found->second;
@@ -116,18 +163,16 @@ void CArchiveIntake::CloseIfWhole(CPartialFile& partial) {
     m_tell(partial.stored.file.Path() + ": its chunks are not what its version says; asked for again");
     return;
   }
-  const CStoredFile stored = partial.stored;
+  CStoredFile stored = partial.stored;
   const std::uint64_t id = partial.id;
   const CKey key = {stored.file.Path(), stored.version};
   m_partials.erase(key);
   m_changed.erase(key);
-  m_dropped.push_back(id);
-  if (IsWanted(stored)) {
-    m_ready.push_back({stored, id});
-    m_paths.insert(stored.file.Path());
-  } else {
+  if (IsWanted(stored))
+    AddReady(stored, id);
+  else
     m_tree.Drop(id);
-  }
+  m_dropped.push_back(id);  // with the row of the file
 }
 
 std::vector<CStoredFile> CArchiveIntake::Finish() {
@@ -152,11 +197,11 @@ void CArchiveIntake::Clear() {
 void CArchiveIntake::PlaceReady() {
   const auto isRefused = [&](const CReady& one) {
     try {
-      m_tree.Place(one.id, one.stored.file);
+      m_tree.Place(one.id, one.stored.path);
       return false;
     } catch (const std::system_error& fault) {
       if (!CArchiveTree::IsOfPath(fault.code())) throw;
-      m_tell(one.stored.file.Path() + ": cannot be stored: " + fault.code().message());
+      m_tell(one.stored.path + ": cannot be stored: " + fault.code().message());
       m_tree.Drop(one.id);
       return true;
     }
@@ -185,7 +230,7 @@ void CArchiveIntake::DropOlderPartials(const CStoredFile& stored) {
   for (auto one = m_partials.lower_bound({stored.file.Path(), CVersion{}});
        one != m_partials.end() && one->first.first == stored.file.Path();) {
     const auto next = std::next(one);
-    if (one->second.stored.order < stored.order) {
+    if (one->second.stored.log.number == stored.log.number && one->second.stored.order < stored.order) {
       m_record.DropPartial(one->second.id);
       m_tree.Drop(one->second.id);
       m_partials.erase(one);

@@ -40,12 +40,16 @@ class CArchiveIntake {
     std::uint64_t id;
   };
 
-  void TakeWhole(const CStoredFile& stored, std::string_view bytes);
+  void AddReady(const CStoredFile& stored, std::uint64_t id);
+  void TakeWhole(CStoredFile stored, std::string_view bytes);
   void TakeChunk(const CStoredFile& stored, const CChunk& chunk);
-  CPartialFile* PartialOf(const CStoredFile& stored);
+  CPartialFile* PartialOf(CStoredFile stored);
   void CloseIfWhole(CPartialFile& partial);
   void MakeRoom(const CFleetNode& node);
-  bool IsWanted(const CStoredFile& stored);
+  bool IsWanted(CStoredFile& stored);
+  std::string PathFor(const CStoredFile& stored);
+  bool IsFree(const std::string& path);
+  bool IsSameLog(const std::string& path, const CStoredFile& stored);
   void PlaceReady();
   void Record();
   void DropOlderPartials(const CStoredFile& stored);
@@ -58,7 +62,7 @@ class CArchiveIntake {
 
   // Since the last Finish.
   std::vector<CReady> m_ready;                 // received whole
-  std::set<std::string> m_paths;               // of these
+  std::set<std::string> m_paths;               // of these, and those of the nodes' names
   std::map<std::string, CStoredFile> m_again;  // stored before, and sent again, by path
   std::set<CKey> m_changed;                    // partial files
   std::vector<std::uint64_t> m_dropped;        // their numbers in the record

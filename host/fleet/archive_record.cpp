@@ -10,15 +10,23 @@ namespace {
 constexpr const char* kArchiveSchema = R"(
 CREATE TABLE IF NOT EXISTS file (
   path BLOB PRIMARY KEY, version BLOB NOT NULL, stream INTEGER NOT NULL, sequence INTEGER NOT NULL,
-  size INTEGER NOT NULL, told INTEGER NOT NULL) WITHOUT ROWID;
+  size INTEGER NOT NULL, told INTEGER NOT NULL, log INTEGER NOT NULL DEFAULT 0, key BLOB) WITHOUT ROWID;
+CREATE INDEX IF NOT EXISTS again ON file (key, log) WHERE key IS NOT NULL;
+CREATE INDEX IF NOT EXISTS same ON file (key, version) WHERE key IS NOT NULL;
 CREATE TABLE IF NOT EXISTS stream (number INTEGER PRIMARY KEY, made BLOB NOT NULL);
 CREATE TABLE IF NOT EXISTS self (id BLOB NOT NULL);
 INSERT INTO self SELECT lower(hex(randomblob(16))) WHERE NOT EXISTS (SELECT 1 FROM self);
 CREATE INDEX IF NOT EXISTS untold ON file (told) WHERE told = 0;
 CREATE TABLE IF NOT EXISTS partial (
   id INTEGER PRIMARY KEY, path BLOB NOT NULL, version BLOB NOT NULL, stream INTEGER NOT NULL,
-  sequence INTEGER NOT NULL, size INTEGER NOT NULL, chunks BLOB NOT NULL, touched INTEGER NOT NULL);
+  sequence INTEGER NOT NULL, size INTEGER NOT NULL, chunks BLOB NOT NULL, touched INTEGER NOT NULL,
+  log INTEGER NOT NULL DEFAULT 0);
 )";
+
+// key: the path of the node's name, if the file has another one in the archive.
+constexpr CAddedColumn kArchiveAdded[] = {{"file", "log", "INTEGER NOT NULL DEFAULT 0"},
+                                          {"file", "key", "BLOB"},
+                                          {"partial", "log", "INTEGER NOT NULL DEFAULT 0"}};
 
 CFleetFile FileOfPath(const std::string& path) {
   const std::size_t site = path.find('/'), node = path.find('/', site + 1);
@@ -39,12 +47,17 @@ std::vector<bool> BitsOf(const std::string& bytes, std::size_t count) {
   return bits;
 }
 
-// The columns path, version, stream, sequence and size.
-CStoredFile RowOf(CStatement& row, int first) {
-  return {FileOfPath(row.Bytes(first)),
-          row.Version(first + 1),
-          {row.Unsigned(first + 2), row.Unsigned(first + 3)},
-          row.Unsigned(first + 4)};
+constexpr const char* kRow = "SELECT path, version, stream, sequence, size, log, key FROM file WHERE ";
+std::string SelectRow(const char* condition) { return std::string(kRow) + condition; }
+
+CStoredFile RowOf(CStatement& row) {
+  const std::string path = row.Bytes(0), key = row.Bytes(6);
+  return {FileOfPath(key.empty() ? path : key),
+          row.Version(1),
+          {row.Unsigned(2), row.Unsigned(3)},
+          row.Unsigned(4),
+          {row.Unsigned(5), {}},
+          path};
 }
 
 }  // namespace
@@ -57,12 +70,16 @@ std::vector<std::uint64_t> CPartialFile::Missing(std::size_t most) const {
 }
 
 CArchiveRecord::CArchiveRecord(const std::string& path)
-    : m_store(path, kArchiveSchema),
-      m_find(m_store, "SELECT path, version, stream, sequence, size FROM file WHERE path = ?"),
-      m_put(m_store, "INSERT OR REPLACE INTO file VALUES (?, ?, ?, ?, ?, 0)"),
-      m_putPartial(m_store, "INSERT OR REPLACE INTO partial VALUES (?, ?, ?, ?, ?, ?, ?, ?)"),
+    : m_store(path, kArchiveSchema, kArchiveAdded),
+      m_find(m_store,
+             SelectRow("path = ?1 AND key IS NULL AND (log = ?2 OR version = ?3) OR key = ?1 AND log = ?2 "
+                       "OR key = ?1 AND version = ?3 ORDER BY log = ?2 DESC LIMIT 1")
+                 .c_str()),
+      m_has(m_store, "SELECT 1 FROM file WHERE path = ?"),
+      m_put(m_store, "INSERT OR REPLACE INTO file VALUES (?1, ?2, ?3, ?4, ?5, 0, ?6, nullif(?7, ?1))"),
+      m_putPartial(m_store, "INSERT OR REPLACE INTO partial VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)"),
       m_dropPartial(m_store, "DELETE FROM partial WHERE id = ?"),
-      m_untold(m_store, "SELECT path, version, stream, sequence, size FROM file WHERE told = 0 LIMIT ?"),
+      m_untold(m_store, SelectRow("told = 0 LIMIT ?").c_str()),
       m_tell(m_store,
              "UPDATE file SET told = 1 WHERE path = ? AND version = ? AND stream = ? AND sequence = ?") {
   CStatement self(m_store, "SELECT id FROM self");
@@ -83,15 +100,23 @@ std::uint64_t CArchiveRecord::NumberOfStream(const std::string& made, std::uint6
   return number + 1;
 }
 
-std::optional<CStoredFile> CArchiveRecord::Find(const CFleetFile& file) {
-  if (!m_find.Bind(file.Path()).Step()) return std::nullopt;
-  const CStoredFile stored = RowOf(m_find, 0);
+std::optional<CStoredFile> CArchiveRecord::Find(const CStoredFile& wanted) {
+  if (!m_find.Bind(wanted.file.Path(), wanted.log.number, wanted.version).Step()) return std::nullopt;
+  const CStoredFile stored = RowOf(m_find);
   m_find.Reset();
   return stored;
 }
 
+bool CArchiveRecord::Has(const std::string& path) {
+  const bool has = m_has.Bind(path).Step();
+  m_has.Reset();
+  return has;
+}
+
 void CArchiveRecord::Put(const CStoredFile& stored) {
-  m_put.Bind(stored.file.Path(), stored.version, stored.order.stream, stored.order.sequence, stored.size)
+  m_put
+      .Bind(stored.path, stored.version, stored.order.stream, stored.order.sequence, stored.size,
+            stored.log.number, stored.file.Path())
       .Run();
 }
 
@@ -99,7 +124,7 @@ void CArchiveRecord::PutPartial(const CPartialFile& partial) {
   const CStoredFile& stored = partial.stored;
   m_putPartial
       .Bind(partial.id, stored.file.Path(), stored.version, stored.order.stream, stored.order.sequence,
-            stored.size, BytesOf(partial.chunks), partial.touched)
+            stored.size, BytesOf(partial.chunks), partial.touched, stored.log.number)
       .Run();
 }
 
@@ -107,11 +132,12 @@ void CArchiveRecord::DropPartial(std::uint64_t id) { m_dropPartial.Bind(id).Run(
 
 std::vector<CPartialFile> CArchiveRecord::Partials() {
   std::vector<CPartialFile> partials;
-  CStatement rows(m_store, "SELECT id, path, version, stream, sequence, size, chunks, touched FROM partial");
+  CStatement rows(
+      m_store, "SELECT path, version, stream, sequence, size, log, NULL, id, chunks, touched FROM partial");
   while (rows.Step()) {
-    const CStoredFile stored = RowOf(rows, 1);
-    partials.push_back({stored, rows.Unsigned(0), {}, rows.Integer(7)});
-    partials.back().chunks = BitsOf(rows.Bytes(6), ChunksOf(std::min(stored.size, kLargestFile)));
+    const CStoredFile stored = RowOf(rows);
+    partials.push_back({stored, rows.Unsigned(7), {}, rows.Integer(9)});
+    partials.back().chunks = BitsOf(rows.Bytes(8), ChunksOf(std::min(stored.size, kLargestFile)));
     m_lastId = std::max(m_lastId, partials.back().id);
   }
   return partials;
@@ -120,12 +146,12 @@ std::vector<CPartialFile> CArchiveRecord::Partials() {
 std::vector<CStoredFile> CArchiveRecord::Untold(std::size_t most) {
   std::vector<CStoredFile> files;
   m_untold.Bind(std::uint64_t{most});
-  while (m_untold.Step()) files.push_back(RowOf(m_untold, 0));
+  while (m_untold.Step()) files.push_back(RowOf(m_untold));
   return files;
 }
 
 void CArchiveRecord::Tell(const CStoredFile& stored) {
-  m_tell.Bind(stored.file.Path(), stored.version, stored.order.stream, stored.order.sequence).Run();
+  m_tell.Bind(stored.path, stored.version, stored.order.stream, stored.order.sequence).Run();
 }
 
 }  // namespace vastra

@@ -7,6 +7,7 @@
 #include <optional>
 #include <vector>
 
+#include "host/fleet/chunk.h"
 #include "host/fleet/fleet_names.h"
 #include "host/fleet/sqlite_store.h"
 
@@ -24,10 +25,13 @@ struct COrder {
 };
 
 struct CStoredFile {
-  CFleetFile file;
+  CFleetFile file;  // of the node
   CVersion version = {};
   COrder order;
   std::uint64_t size = 0;
+  CLogId log = {};
+  // Below the archive: that of file, or of a name with ~2, ~3, ... if another log has it.
+  std::string path = {};
 };
 
 // A file of which some chunks are there.
@@ -52,7 +56,11 @@ class CArchiveRecord {
   // same.
   std::uint64_t NumberOfStream(const std::string& made, std::uint64_t last);
 
-  std::optional<CStoredFile> Find(const CFleetFile& file);
+  // What is stored of the log; if nothing is, a file of this name with the same version. The version before
+  // is not part of it.
+  std::optional<CStoredFile> Find(const CStoredFile& wanted);
+  // Whether a file is stored there.
+  bool Has(const std::string& path);
   // The receipt of the file is to be published, again if it was.
   void Put(const CStoredFile& stored);
   void PutPartial(const CPartialFile& partial);
@@ -69,7 +77,7 @@ class CArchiveRecord {
 
  private:
   CSqliteStore m_store;
-  CStatement m_find, m_put, m_putPartial, m_dropPartial, m_untold, m_tell;
+  CStatement m_find, m_has, m_put, m_putPartial, m_dropPartial, m_untold, m_tell;
   std::string m_id;
   std::uint64_t m_lastId = 0;
 };

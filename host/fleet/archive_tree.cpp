@@ -106,25 +106,35 @@ std::vector<std::uint64_t> CArchiveTree::Incoming() const {
   return ids;
 }
 
-void CArchiveTree::Place(std::uint64_t id, const CFleetFile& file) {
-  const CPlace place = Descend(m_dir, file.Path(), MakeFolder);
+void CArchiveTree::Place(std::uint64_t id, const std::string& path) {
+  const CPlace place = Descend(m_dir, path, MakeFolder);
   if (place.folder.Get() < 0 ||
       ::renameat(m_incoming, NameOf(id).c_str(), place.folder.Get(), place.name.c_str()) != 0)
-    Fail(file.Path());
+    Fail(path);
 }
 
-std::optional<CVersion> CArchiveTree::VersionOf(const CFleetFile& file) {
-  const CPlace place = Descend(m_dir, file.Path(), EnterFolder);
+bool CArchiveTree::HasFile(const std::string& path) const {
+  const CPlace place = Descend(m_dir, path, EnterFolder);
+  struct stat status = {};
+  if (place.folder.Get() >= 0 &&
+      ::fstatat(place.folder.Get(), place.name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0)
+    return S_ISREG(status.st_mode);
+  if (errno != ENOENT && !IsOfPath({errno, std::generic_category()})) Fail(path);
+  return false;
+}
+
+std::optional<CVersion> CArchiveTree::VersionOf(const std::string& path) {
+  const CPlace place = Descend(m_dir, path, EnterFolder);
   if (place.folder.Get() < 0) return std::nullopt;
   const CDescriptor opened(
       ::openat(place.folder.Get(), place.name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
   struct stat status = {};
   if (opened.Get() < 0 || ::fstat(opened.Get(), &status) != 0) return std::nullopt;
-  const auto found = m_read.find(file.Path());
+  const auto found = m_read.find(path);
   if (found != m_read.end() && found->second.mark == MarkOf(status)) return found->second.version;
   const std::optional<CVersion> version = VersionOfFile(opened.Get());
   if (m_read.size() >= kMostRead) m_read.clear();
-  if (version) m_read[file.Path()] = {MarkOf(status), *version};
+  if (version) m_read[path] = {MarkOf(status), *version};
   return version;
 }
 

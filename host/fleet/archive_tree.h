@@ -32,12 +32,15 @@ class CArchiveTree {
   void Drop(std::uint64_t id) noexcept;
   std::vector<std::uint64_t> Incoming() const;
 
-  // Gives a received file its name, in place of a file that had it, and makes the folders above it.
-  void Place(std::uint64_t id, const CFleetFile& file);
+  // Gives a received file its name, in place of a file that had it, and makes the folders above it. path:
+  // below dir.
+  void Place(std::uint64_t id, const std::string& path);
+  // Whether a file has the name.
+  bool HasFile(const std::string& path) const;
   // The version of the file with the name; empty if there is none, or it cannot be read. A record that has
   // outlived its files must not stand for them.
   // A file that was read before is read again only if it has changed since.
-  std::optional<CVersion> VersionOf(const CFleetFile& file);
+  std::optional<CVersion> VersionOf(const std::string& path);
   // What was written and placed is on the disk when it returns.
   void Sync() const;
 

@@ -42,6 +42,23 @@ std::string Text(const nlohmann::json& object, const char* key) {
   return found->get<std::string>();
 }
 
+// Messages without the fields are those of a log that is not known.
+CLogId LogId(const nlohmann::json& object) {
+  CLogId log;
+  if (object.contains("log")) log.number = Number(object, "log");
+  if (!object.contains("before")) return log;
+  const std::optional<CVersion> before = VersionOfHex(Text(object, "before"));
+  if (!before) throw CChunkFault("before is not a version");
+  log.before = *before;
+  return log;
+}
+
+CJson WithLog(CJson object, const CLogId& log) {
+  if (log.number != 0) object["log"] = log.number;
+  if (log.before != CVersion{}) object["before"] = HexOf(log.before);
+  return object;
+}
+
 void CheckBytes(const CParts& parts) {
   if (parts.bytes.size() != Number(parts.head, "length"))
     throw CChunkFault("it has " + std::to_string(parts.bytes.size()) + " bytes, and says another length");
@@ -65,13 +82,13 @@ CPackedFile PackedFile(const nlohmann::json& entry, std::string_view rest) {
     throw CChunkFault("a file of the pack has a wrong name, version or size");
   const std::string_view bytes = rest.substr(0, size);
   if (VersionOf(bytes) != *version) throw CChunkFault("a file of the pack is not what its version says");
-  return {*key, *version, bytes};
+  return {*key, *version, bytes, LogId(entry)};
 }
 
 }  // namespace
 
 std::string MakeChunk(const CChunk& chunk) {
-  return MessageOf({{"chunk", chunk.number}, {"size", chunk.size}}, chunk.bytes);
+  return MessageOf(WithLog({{"chunk", chunk.number}, {"size", chunk.size}}, chunk.log), chunk.bytes);
 }
 
 std::string MakePack(const std::vector<CPackedFile>& files) {
@@ -79,21 +96,23 @@ std::string MakePack(const std::vector<CPackedFile>& files) {
   std::string bytes;
   for (const CPackedFile& file : files) {
     list.push_back(
-        {{"file", Token(file.key)}, {"size", file.bytes.size()}, {"version", HexOf(file.version)}});
+        WithLog({{"file", Token(file.key)}, {"size", file.bytes.size()}, {"version", HexOf(file.version)}},
+                file.log));
     bytes += file.bytes;
   }
   return MessageOf({{"files", list}}, bytes);
 }
 
-std::size_t RoomInPack(std::size_t key, std::size_t bytes) {
-  constexpr std::size_t kEntry = 128;  // names of the fields, version, size
-  return kEntry + 3 * key + bytes;
+std::size_t RoomInPack(std::size_t key, std::size_t bytes, const CLogId& log) {
+  constexpr std::size_t kEntry = 160, kBefore = 80;  // names of the fields, version, size, number of the log
+  return kEntry + (log.before == CVersion{} ? 0 : kBefore) + 3 * key + bytes;
 }
 
 CChunk ParseChunk(std::string_view message, std::uint64_t number) {
   const CParts parts = PartsOf(message);
   CheckBytes(parts);
-  const CChunk chunk = {Number(parts.head, "chunk"), Number(parts.head, "size"), parts.bytes};
+  const CChunk chunk = {Number(parts.head, "chunk"), Number(parts.head, "size"), parts.bytes,
+                        LogId(parts.head)};
   if (chunk.number != number) throw CChunkFault("it says another number than its subject");
   if (chunk.size > kLargestFile) throw CChunkFault("the file is larger than 64 GiB");
   if (number >= ChunksOf(chunk.size)) throw CChunkFault("its place is after the end of the file");

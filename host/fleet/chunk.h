@@ -22,22 +22,31 @@ constexpr std::uint64_t ChunksOf(std::uint64_t size) {
   return size == 0 ? 1 : (size + kChunkSize - 1) / kChunkSize;
 }
 
+// Which log of its name a file is. A node can remove a log and write another one with that name: an archive
+// keeps both, and replaces a log by its own versions alone.
+struct CLogId {
+  std::uint64_t number = 0;  // the same for all versions of a log, another one for another log; 0: not known
+  CVersion before = {};      // of this log, sent before the present version; zeros: none
+};
+
 struct CChunk {
   std::uint64_t number = 0;
   std::uint64_t size = 0;  // of the whole file
   std::string_view bytes;  // of the chunk
+  CLogId log = {};
 };
 
 struct CPackedFile {
   std::string key;
   CVersion version = {};
   std::string_view bytes;
+  CLogId log = {};
 };
 
 std::string MakeChunk(const CChunk& chunk);
 std::string MakePack(const std::vector<CPackedFile>& files);
 // The bytes that a file takes in a pack, at most.
-std::size_t RoomInPack(std::size_t key, std::size_t bytes);
+std::size_t RoomInPack(std::size_t key, std::size_t bytes, const CLogId& log);
 
 // What is wrong with a message.
 class CChunkFault {

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstring>
 #include <tuple>
+#include <utility>
 
 #include "host/fleet/file_version.h"
 
@@ -44,6 +45,12 @@ std::string ReadAt(int file, std::uint64_t place, std::size_t size) {
   }
   bytes.resize(done);
   return bytes;
+}
+
+// The file with its present version.
+CShipFile WithVersion(CShipFile file, const CVersion& version) {
+  if (file.version != version) file.log.before = std::exchange(file.version, version);
+  return file;
 }
 
 }  // namespace
@@ -152,7 +159,7 @@ void CChunkSender::Start(bool isLive) {
     std::size_t room = kChunkSize;
     while (!queue.empty() && files.size() < kMostPacked) {
       const CShipFile& next = queue.front();
-      const std::size_t need = RoomInPack(next.key.size(), next.mark.size);
+      const std::size_t need = RoomInPack(next.key.size(), next.mark.size, next.log);
       if (!files.empty() && (next.mark.size > kSmallFile || need > room)) break;
       room -= std::min(room, need);
       files.push_back(next);
@@ -178,14 +185,14 @@ bool CChunkSender::StartPack(std::vector<CShipFile> files) {
       continue;
     }
     contents.push_back(std::move(bytes));
-    packed.push_back({file.key, VersionOf(contents.back()), contents.back()});
-    send.files.push_back(*row);
-    send.files.back().version = packed.back().version;
+    const CVersion version = VersionOf(contents.back());
+    send.files.push_back(WithVersion(*row, version));
+    packed.push_back({file.key, version, contents.back(), send.files.back().log});
   }
   if (packed.empty()) return false;
   if (packed.size() == 1) {
     send.size = contents.front().size();
-    send.message = MakeChunk({0, send.size, contents.front()});
+    send.message = MakeChunk({0, send.size, contents.front(), packed.front().log});
     send.subject = {{m_node, packed.front().key}, packed.front().version};
   } else {
     send.message = MakePack(packed);
@@ -208,8 +215,7 @@ bool CChunkSender::StartFile(CShipFile file) {
     return false;
   }
   CSend send;
-  send.files = {*row};
-  send.files.front().version = *version;
+  send.files = {WithVersion(*row, *version)};
   send.subject = {{m_node, file.key}, *version};
   send.file = std::move(*opened);
   send.size = file.mark.size;
@@ -240,6 +246,7 @@ std::uint64_t CChunkSender::Add(CSend send) {
       row->sequence = 0;
       row->hasReceipt = false;
       row->version = file.version;
+      row->log = file.log;
     }
     row->carrier = send.subject.version;
     row->state = EShipped::sending;
@@ -282,7 +289,7 @@ std::string CChunkSender::MessageOf(CSend& send, std::uint64_t chunk) {
   const std::uint64_t place = chunk * kChunkSize;
   const std::size_t size = std::min<std::uint64_t>(kChunkSize, send.size - place);
   const std::string bytes = ReadAt(send.file.Get(), place, size);
-  return bytes.size() == size ? MakeChunk({chunk, send.size, bytes}) : "";
+  return bytes.size() == size ? MakeChunk({chunk, send.size, bytes, send.files.front().log}) : "";
 }
 
 void CChunkSender::Hear(const CNatsMessage& answer, Time now) {

@@ -56,6 +56,20 @@ bool IsFleetKey(std::string_view key) {
   return key.size() <= kLongestKey && parts.size() >= 2 && std::all_of(parts.begin(), parts.end(), IsPart);
 }
 
+std::string RepeatedPath(const std::string& path, std::uint64_t number) {
+  constexpr std::size_t kLongestExtension = 32;
+  constexpr std::string_view kDigits = "0123456789";
+  const std::size_t begin = path.rfind('/') + 1, dot = path.rfind('.');
+  const bool hasExtension = dot != std::string::npos && dot > begin && path.size() - dot <= kLongestExtension;
+  std::string name = path.substr(begin, hasExtension ? dot - begin : std::string::npos);
+  const std::string end = "~" + std::to_string(number) + (hasExtension ? path.substr(dot) : "");
+  const std::size_t last = name.find_last_not_of(kDigits);
+  if (last != std::string::npos && name[last] == '~' && last + 1 < name.size()) name.resize(last);
+  std::size_t size = std::min(name.size(), kLongestPart - end.size());
+  while (size > 0 && size < name.size() && (name[size] & 0xc0) == 0x80) --size;  // in a character of UTF-8
+  return path.substr(0, begin) + name.substr(0, size) + end;
+}
+
 std::string Token(std::string_view text) {
   constexpr char kDigits[] = "0123456789ABCDEF";
   std::string token;

@@ -37,6 +37,10 @@ bool IsFleetName(std::string_view name);
 // "." or "..", no control character; at most 1024 bytes.
 bool IsFleetKey(std::string_view key);
 
+// The path of the log with this number of those that have the name of path: NAME~2.rph, NAME~3.rph, ... also
+// if path has such a number. The name is cut to 255 bytes.
+std::string RepeatedPath(const std::string& path, std::uint64_t number);
+
 // Text as one token of a subject: each byte but A-Z, a-z, 0-9, "-" and "_" is "=" and two hexadecimal digits.
 std::string Token(std::string_view text);
 // The text of a token; empty optional for one that Token does not make.

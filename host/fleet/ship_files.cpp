@@ -7,10 +7,13 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <random>
 
 #include "host/common/descriptor.h"
 #include "host/fleet/chunk.h"
 #include "host/fleet/file_version.h"
+#include "vastra/logfiles/log_reader.h"
+#include "vastra/logfiles/probed_file.h"
 #include "vastra/logfiles/whole_log.h"
 
 namespace vastra {
@@ -24,8 +27,37 @@ ELogForm FormOf(std::string_view key) {
   return key.ends_with(".csv") || key.ends_with(".CSV") ? ELogForm::text : ELogForm::binary;
 }
 
+std::uint64_t NumberOf(std::string_view bytes) {
+  const CVersion digest = VersionOf(bytes);
+  std::uint64_t number = 0;
+  std::memcpy(&number, digest.data(), sizeof number);
+  return number;
+}
+
+// What stays the same while a log grows, and differs in other logs: its first time. 0 for what is not a log.
+std::uint64_t BeginOf(const std::string& path, ELogForm form) {
+  constexpr std::uint64_t kMostHead = std::uint64_t{64} << 10;
+  constexpr std::string_view kTime = "TimeStamp,";  // the first column
+  std::int32_t time = 0;
+  if (form == ELogForm::binary)
+    return ReadFirstTime(path.c_str(), time) == ELogKind::log ? static_cast<std::uint32_t>(time) : 0;
+  CProbedFile file(path.c_str(), O_NOFOLLOW);
+  std::string head(std::min(file.Size(), kMostHead), '\0');
+  if (!file.Read(head.data(), head.size(), 0) || !head.starts_with(kTime)) return 0;
+  const std::size_t row = head.find('\n'), end = head.find(',', std::min(row, head.size()));
+  return end == std::string::npos ? 0 : NumberOf(std::string_view(head).substr(row, end - row));
+}
+
+// Of 53 bits, which any reader of JSON takes.
+std::uint64_t NewLogNumber() {
+  constexpr int kDropped = 11, kHalf = 32;
+  std::random_device random;
+  return (std::uint64_t{random()} << kHalf | random()) >> kDropped;
+}
+
 // Removes the file at path if it is still this one, also if another takes its name meanwhile: it is renamed
-// first, and gets its name back if it is another.
+// first, and gets its name back if it is another. False with the reason in errno: ENOENT, or ESTALE for
+// another one.
 bool RemoveSame(const std::string& path, const CFileMark& mark) {
   const std::size_t name = path.rfind('/') + 1;
   const std::string aside = path.substr(0, name) + CLogFinder::AsideName(path.substr(name));
@@ -33,6 +65,7 @@ bool RemoveSame(const std::string& path, const CFileMark& mark) {
   if (::renameat2(AT_FDCWD, path.c_str(), AT_FDCWD, aside.c_str(), RENAME_NOREPLACE) != 0) return false;
   if (::lstat(aside.c_str(), &status) == 0 && MarkOf(status) == mark) return ::unlink(aside.c_str()) == 0;
   ::renameat2(AT_FDCWD, aside.c_str(), AT_FDCWD, path.c_str(), RENAME_NOREPLACE);
+  errno = ESTALE;
   return false;
 }
 
@@ -82,7 +115,7 @@ void CShipFiles::Consider(const std::string& key, const CFileMark& mark, Time no
   const auto seen = m_unsettled.find(key);
   const bool isLive = m_walks > 0 && (seen == m_unsettled.end() || !seen->second.isOld);
   if (seen != m_unsettled.end()) m_unsettled.erase(seen);
-  Admit(key, mark, std::move(row), isLive);
+  Admit(key, mark, row, isLive);
 }
 
 // A whole log is complete at once. Another file is, once it has not changed for some time: it may be a copy
@@ -103,10 +136,18 @@ bool CShipFiles::IsSettled(const std::string& key, const CFileMark& mark, Time n
   return false;
 }
 
-// A log that grows is sent once a minute at most.
-void CShipFiles::Admit(const std::string& key, const CFileMark& mark, std::optional<CShipFile> row,
+// A log that grows is sent once a minute at most. What has no row is another log than any that had its name
+// before. So is a log that begins with another time than the one before it: the logger can remove a log and
+// write the next one of that name before it is seen that there was none. Another file has changed.
+void CShipFiles::Admit(const std::string& key, const CFileMark& mark, const std::optional<CShipFile>& row,
                        bool isLive) {
-  CShipFile file = row ? *row : CShipFile{};
+  const std::uint64_t begin = BeginOf(m_finder.PathOf(key), FormOf(key));
+  const bool isAnother = row && row->begin != 0 && begin != 0 && row->begin != begin;
+  if (isAnother) NoteLost(*row, "was replaced by another log before it was sent");
+  CShipFile file = row && !isAnother ? *row : CShipFile{};
+  if (!row || isAnother) file.log.number = NewLogNumber();
+  if (isAnother) file.others = std::max(row->others, row->sequence);
+  if (begin != 0) file.begin = begin;
   file.key = key;
   file.mark = mark;
   file.state = EShipped::waiting;
@@ -117,53 +158,75 @@ void CShipFiles::Admit(const std::string& key, const CFileMark& mark, std::optio
 }
 
 bool CShipFiles::CheckRows() {
-  const std::vector<CShipFile> rows = m_state.After(m_checked, kRows);
-  for (const CShipFile& file : rows) CheckRow(file);
+  std::vector<CShipFile> rows = m_state.After(m_checked, kRows);
   m_checked = rows.size() == kRows ? rows.back().key : "";
+  std::erase_if(rows, [&](const CShipFile& file) { return !CheckRow(file); });
+  if (!rows.empty()) Delete(rows);
   return m_checked.empty();
 }
 
-void CShipFiles::CheckRow(const CShipFile& file) {
+bool CShipFiles::CheckRow(const CShipFile& file) {
   struct stat status = {};
   const std::string path = m_finder.PathOf(file.key);
   if (path.empty()) {  // of a folder that is shipped no more
     m_state.Remove(file.key);
-    return;
+    return false;
   }
   if (::lstat(path.c_str(), &status) != 0) {
-    if ((errno != ENOENT && errno != ENOTDIR) || !m_finder.HasFolder(file.key)) return;
-    if (file.state == EShipped::waiting || file.state == EShipped::sending) {
-      ++m_lost;
-      m_log.Tell(path + ": was removed before it was sent");
-    }
+    if ((errno != ENOENT && errno != ENOTDIR) || !m_finder.HasFolder(file.key) || !IsGone(file.key))
+      return false;
+    NoteLost(file, "was removed before it was sent");
     m_state.Remove(file.key);
-    return;
+    return false;
   }
+  m_absent.erase(file.key);
   constexpr std::int64_t kNanoseconds = 1'000'000'000, kMilliseconds = 1000;
   const std::int64_t age = WallClock() / kMilliseconds - file.mark.changed / kNanoseconds;
-  if (m_deleteAfter >= 0 && file.state == EShipped::archived && file.hasReceipt && age >= m_deleteAfter)
-    Delete(file);
+  return m_deleteAfter >= 0 && file.state == EShipped::archived && file.hasReceipt && age >= m_deleteAfter &&
+         MayGo(file);
+}
+
+// Whether the file was absent in the round before, too: a program can remove a file to write it again, and
+// then it has changed. At the start of the process all rounds count as one.
+bool CShipFiles::IsGone(const std::string& key) {
+  if (m_walks == 0 || m_absent.erase(key) > 0) return true;
+  if (m_absent.size() < kMostUnsettled) m_absent.insert(key);
+  return false;
+}
+
+void CShipFiles::NoteLost(const CShipFile& file, const char* what) {
+  if (file.state != EShipped::waiting && file.state != EShipped::sending) return;
+  ++m_lost;
+  m_log.Tell(m_finder.PathOf(file.key) + ": " + what);
 }
 
 // Only what the receipt is about: the content is read once more.
-void CShipFiles::Delete(const CShipFile& file) {
+bool CShipFiles::MayGo(const CShipFile& file) {
   const std::string path = m_finder.PathOf(file.key);
   struct stat status = {};
   const CDescriptor opened(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-  if (opened.Get() < 0 || ::fstat(opened.Get(), &status) != 0 || MarkOf(status) != file.mark) return;
-  if (VersionOfFile(opened.Get()) != file.version) {
-    CShipFile changed = file;
-    changed.state = EShipped::waiting;
-    changed.due = 0;
-    m_state.Put(changed);
-    return;
+  if (opened.Get() < 0 || ::fstat(opened.Get(), &status) != 0 || MarkOf(status) != file.mark) return false;
+  if (VersionOfFile(opened.Get()) == file.version) return true;
+  CShipFile changed = file;
+  changed.state = EShipped::waiting;
+  changed.due = 0;
+  m_state.Put(changed);
+  return false;
+}
+
+// The rows go first: after a kill or a loss of power between the two, a file without its row is sent again,
+// but with a row of a file that was removed the next log of the name would be taken for a version of it.
+void CShipFiles::Delete(const std::vector<CShipFile>& files) {
+  m_state.RemoveNow(files);
+  for (const CShipFile& file : files) {
+    const std::string path = m_finder.PathOf(file.key);
+    if (RemoveSame(path, file.mark)) {
+      ++m_removed;
+    } else if (errno != ENOENT && errno != ESTALE) {
+      m_log.Tell(path + ": cannot be removed: " + std::strerror(errno));
+      m_state.Put(file);
+    }
   }
-  if (!RemoveSame(path, file.mark)) {
-    m_log.Tell(path + ": cannot be removed: " + std::strerror(errno));
-    return;
-  }
-  ++m_removed;
-  m_state.Remove(file.key);
 }
 
 void CShipFiles::EndRound(Time now) {

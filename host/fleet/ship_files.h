@@ -2,6 +2,7 @@
 #pragma once
 
 #include <unordered_map>
+#include <unordered_set>
 
 #include "host/fleet/log_finder.h"
 #include "host/fleet/told_once.h"
@@ -42,12 +43,16 @@ class CShipFiles {
 
   void Consider(const std::string& key, const CFileMark& mark, Time now);
   bool IsSettled(const std::string& key, const CFileMark& mark, Time now);
-  void Admit(const std::string& key, const CFileMark& mark, std::optional<CShipFile> row, bool isLive);
+  void Admit(const std::string& key, const CFileMark& mark, const std::optional<CShipFile>& row, bool isLive);
   // Whether it came to the end.
   bool Walk(Time now);
   bool CheckRows();
-  void CheckRow(const CShipFile& file);
-  void Delete(const CShipFile& file);
+  // Whether the file is to be removed.
+  bool CheckRow(const CShipFile& file);
+  bool IsGone(const std::string& key);
+  void NoteLost(const CShipFile& file, const char* what);
+  bool MayGo(const CShipFile& file);
+  void Delete(const std::vector<CShipFile>& files);
   void EndRound(Time now);
 
   CLogFinder& m_finder;
@@ -59,6 +64,8 @@ class CShipFiles {
   enum class EPhase { walk, rows } m_phase = EPhase::rows;  // what may go makes room on a full disk
   std::string m_checked;                                    // the key of the last row that was looked at
   std::unordered_map<std::string, CUnsettled> m_unsettled;
+  std::unordered_set<std::string>
+      m_absent;  // keys of rows whose files were not there in this round, or the last one
   unsigned m_walks = 0;
   Time m_due{};
   std::chrono::steady_clock::duration m_worked{};  // in this round

@@ -11,17 +11,22 @@ CREATE TABLE IF NOT EXISTS file (
   key BLOB PRIMARY KEY, size INTEGER NOT NULL, changed INTEGER NOT NULL, inode INTEGER NOT NULL,
   state INTEGER NOT NULL, live INTEGER NOT NULL, version BLOB NOT NULL, carrier BLOB NOT NULL,
   receipt INTEGER NOT NULL, sequence INTEGER NOT NULL, others INTEGER NOT NULL, due INTEGER NOT NULL,
-  pause INTEGER NOT NULL, sent INTEGER NOT NULL) WITHOUT ROWID;
+  pause INTEGER NOT NULL, sent INTEGER NOT NULL, log INTEGER NOT NULL DEFAULT 0,
+  before BLOB NOT NULL DEFAULT '', begins INTEGER NOT NULL DEFAULT 0) WITHOUT ROWID;
 CREATE INDEX IF NOT EXISTS turn ON file (state, live, changed) WHERE state < 3;
 CREATE INDEX IF NOT EXISTS due ON file (due) WHERE state = 2;
 CREATE TABLE IF NOT EXISTS archive (id BLOB NOT NULL);
 UPDATE file SET state = 0 WHERE state = 1;
 )";
 
+constexpr CAddedColumn kShipAdded[] = {{"file", "log", "INTEGER NOT NULL DEFAULT 0"},
+                                       {"file", "before", "BLOB NOT NULL DEFAULT ''"},
+                                       {"file", "begins", "INTEGER NOT NULL DEFAULT 0"}};
+
 std::string Select(const char* condition) {
   return std::string(
              "SELECT key, size, changed, inode, state, live, version, carrier, receipt, sequence, others, "
-             "due, pause, sent FROM file WHERE ") +
+             "due, pause, sent, log, before, begins FROM file WHERE ") +
          condition;
 }
 
@@ -39,15 +44,18 @@ CShipFile FileOf(CStatement& row) {
   file.due = row.Integer(11);
   file.pause = row.Integer(12);
   file.sent = row.Integer(13);
+  file.log = {row.Unsigned(14), row.Version(15)};
+  file.begin = row.Unsigned(16);
   return file;
 }
 
 }  // namespace
 
 CShipState::CShipState(const std::string& path)
-    : m_store(path, kShipSchema),
+    : m_store(path, kShipSchema, kShipAdded),
       m_find(m_store, Select("key = ?").c_str()),
-      m_put(m_store, "INSERT OR REPLACE INTO file VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
+      m_put(m_store,
+            "INSERT OR REPLACE INTO file VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
       m_remove(m_store, "DELETE FROM file WHERE key = ?"),
       m_waiting(
           m_store,
@@ -115,7 +123,7 @@ void CShipState::Put(const CShipFile& file) {
   m_put
       .Bind(file.key, file.mark.size, file.mark.changed, file.mark.inode, static_cast<int>(file.state),
             file.isLive, file.version, file.carrier, file.hasReceipt, file.sequence, file.others, file.due,
-            file.pause, file.sent)
+            file.pause, file.sent, file.log.number, file.log.before, file.begin)
       .Run();
   CSum& sum = m_sums[static_cast<std::size_t>(file.state)];
   ++sum.files;
@@ -130,6 +138,14 @@ void CShipState::Remove(const std::string& key) {
   --sum.files;
   sum.bytes -= old->mark.size;
   m_remove.Bind(key).Run();
+}
+
+void CShipState::RemoveNow(const std::vector<CShipFile>& files) {
+  Commit();
+  m_store.Execute("PRAGMA synchronous = FULL");
+  for (const CShipFile& file : files) Remove(file.key);
+  Commit();
+  m_store.Execute("PRAGMA synchronous = NORMAL");
 }
 
 std::vector<CShipFile> CShipState::All(CStatement& rows) {

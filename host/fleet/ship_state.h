@@ -7,6 +7,7 @@
 #include <optional>
 #include <vector>
 
+#include "host/fleet/chunk.h"
 #include "host/fleet/file_mark.h"
 #include "host/fleet/sqlite_store.h"
 
@@ -28,6 +29,8 @@ struct CShipFile {
   std::int64_t due = 0;        // when to do something about it, milliseconds since 1970
   std::int64_t pause = 0;      // milliseconds to the next look for the receipt
   std::int64_t sent = 0;       // milliseconds since 1970
+  CLogId log;
+  std::uint64_t begin = 0;  // what the log begins with; 0: not known
 };
 
 // All operations throw CStoreFault.
@@ -43,6 +46,8 @@ class CShipState {
   std::optional<CShipFile> Find(std::string_view key);
   void Put(const CShipFile& file);
   void Remove(const std::string& key);
+  // Commits, and removes the rows of files that are removed next. That is on the disk when it returns.
+  void RemoveNow(const std::vector<CShipFile>& files);
 
   // Files that wait and are due, the oldest first.
   std::vector<CShipFile> Waiting(bool isLive, std::int64_t now, std::size_t most);

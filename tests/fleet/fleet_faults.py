@@ -190,6 +190,36 @@ def removed(fleet, rng):
     wait(lambda: not list(logs.iterdir()), 60, "the files are removed")
     there = fleet.archive_folder / "plant" / "a" / "logs"
     assert {path.name: path.read_bytes() for path in there.iterdir()} == kept
+    # Later logs of a name are stored beside the first one, each once, whatever is killed or lost.
+    for number in (2, 3):
+        for name, size in (("byte \\x", 900), ("x", CHUNK + 900)):
+            suffix = ".rph" if size == 900 else ".RPH"
+            kept[f"{name}~{number}{suffix}"] = data = rng.randbytes(size)
+            (logs / "part").write_bytes(data)
+            (logs / "part").rename(logs / (name + suffix))
+        time.sleep(rng.random() * 4)
+        victim = fleet.archive if number == 2 else fleet.shippers["a"]
+        victim.kill()
+        victim.start()
+        wait(lambda: not list(logs.iterdir()), 120, "the later logs are removed")
+        assert {path.name: path.read_bytes() for path in there.iterdir()} == kept
+    # One stays on the node, while the shipper loses its state and the archive its record, and then it changes.
+    fleet.shippers["a"].kill()
+    fleet.start_shipper("a")
+    changing, stored = logs / "x.RPH", there / "x~4.RPH"
+    changing.write_bytes(b"before")
+    wait(stored.exists, 60, "a fourth log is stored")
+    fleet.shippers["a"].kill()
+    shutil.rmtree(fleet.folder / "state")
+    fleet.shippers["a"].start()
+    wait(lambda: fleet.status()["nodes"][0]["archived"]["files"] == 1, 60, "the archive has it already")
+    fleet.archive.kill()
+    shutil.rmtree(fleet.archive_folder / ".state")
+    changing.write_bytes(b"after")
+    fleet.archive.start()
+    wait(lambda: stored.read_bytes() == b"after", 150, "its change is stored in its place")
+    assert {path.name: path.read_bytes() for path in there.iterdir()} == kept | {stored.name: b"after"}
+    changing.unlink()
     shutil.rmtree(there)
 
 

@@ -9,6 +9,7 @@
 #include "host/fleet/archive_intake.h"
 #include "host/fleet/fleet_streams.h"
 #include "host/fleet/receipt_hearer.h"
+#include "host/fleet/ship_files.h"
 
 namespace vastra {
 namespace {
@@ -66,6 +67,20 @@ TEST(FleetNames, WhatCannotBeInAnArchiveIsRefused) {
     EXPECT_FALSE(ParseFileSubject(EFileSubject::log, subject)) << subject;
 }
 
+TEST(FleetNames, AnotherLogOfANameHasANumber) {
+  const std::string end = std::string(251, 'y') + ".rph", cut = std::string(248, 'y') + "~12.rph";
+  const std::string umlauts(120, '\xc3'), dots = "a.b/" + std::string(254, '.');
+  const std::pair<std::string, std::string> paths[] = {
+      {"s/n/l/x.rph", "s/n/l/x~12.rph"}, {"l/x~7.rph", "l/x~12.rph"},
+      {"l/x~.rph", "l/x~~12.rph"},       {"l.d/x", "l.d/x~12"},
+      {"l/.rph", "l/.rph~12"},           {"l/" + end, "l/" + cut},
+      {"l/x.a~9", "l/x~12.a~9"},         {dots, dots.substr(0, 255) + "~12."}};
+  for (const auto& [path, repeated] : paths) EXPECT_EQ(RepeatedPath(path, 12), repeated);
+  std::string letters;
+  while (letters.size() < 251) letters += "\xc3\xa4";  // a cut at 248 bytes is between two letters
+  EXPECT_EQ(RepeatedPath(letters + ".rph", 123), letters.substr(0, 246) + "~123.rph");
+}
+
 TEST(FleetMessages, ADamagedChunkIsFound) {
   const std::string content(kChunkSize + 100, 'c');
   const std::string last = MakeChunk({1, content.size(), std::string_view(content).substr(kChunkSize)});
@@ -88,12 +103,15 @@ TEST(FleetMessages, ADamagedChunkIsFound) {
 
 TEST(FleetMessages, APackHasWhatWasPutIn) {
   const std::vector<CPackedFile> files = {{"logs/a", VersionOf("one"), "one"},
-                                          {"logs/\xff", VersionOf(""), ""}};
+                                          {"logs/\xff", VersionOf(""), "", {7, VersionOf("x")}}};
   const std::string pack = MakePack(files);
   const std::vector<CPackedFile> read = ParsePack(pack);
   ASSERT_EQ(read.size(), 2U);
   EXPECT_EQ(read[0].bytes, "one");
   EXPECT_EQ(read[1].key, "logs/\xff");
+  EXPECT_EQ(read[1].log.number, 7U);
+  EXPECT_EQ(read[1].log.before, VersionOf("x"));
+  EXPECT_EQ(read[0].log.number, 0U);
   for (std::size_t size = 0; size < pack.size(); ++size)
     EXPECT_THROW(ParsePack(pack.substr(0, size)), CChunkFault) << size;
   EXPECT_THROW(ParsePack(MakePack({{"logs/a", VersionOf("two"), "one"}})), CChunkFault);
@@ -130,17 +148,30 @@ class ArchiveIntake : public testing::Test {
     m_record.emplace((m_folder / "record").string());
     m_intake.emplace(*m_tree, *m_record, [](const std::string&) {});
   }
-  // A file of one letter as often as size says, or one chunk of it.
-  void Take(char letter, std::size_t size, std::uint64_t chunk, COrder order) {
+  // A file of one letter as often as size says, or one chunk of it. before: the letter of the version before.
+  void Take(char letter, std::size_t size, std::uint64_t chunk, COrder order, std::uint64_t log = 0,
+            char before = 0, const std::string& key = "logs/a") {
     const std::string content(size, letter);
     const std::string_view bytes = std::string_view(content).substr(chunk * kChunkSize, kChunkSize);
-    m_intake->Take({{kNode, "logs/a"}, VersionOf(content), chunk}, MakeChunk({chunk, size, bytes}), order);
+    const CVersion last = before == 0 ? CVersion{} : VersionOf(std::string(size, before));
+    m_intake->Take({{kNode, key}, VersionOf(content), chunk}, MakeChunk({chunk, size, bytes, {log, last}}),
+                   order);
   }
   // The stored file: its first letter, or nothing.
   std::string Stored() {
     std::ifstream file(m_folder / "plant 1/kiln.3/logs/a");
     std::string letter(1, ' ');
     return file.read(letter.data(), 1) ? letter : "";
+  }
+
+  // The first letters of all files, in the order of their names.
+  std::string All() {
+    std::set<std::filesystem::path> paths;
+    for (const auto& one : std::filesystem::directory_iterator(m_folder / "plant 1/kiln.3/logs"))
+      paths.insert(one.path());
+    std::string letters;
+    for (const auto& path : paths) letters += static_cast<char>(std::ifstream(path).get());
+    return letters;
   }
 
   const std::filesystem::path m_folder =
@@ -176,6 +207,70 @@ TEST_F(ArchiveIntake, TheVersionThatWasSentLastIsStored) {
   EXPECT_EQ(Stored(), "E");
 }
 
+TEST_F(ArchiveIntake, ALogReplacesItsOwnVersionsAlone) {
+  constexpr std::size_t kSize = kChunkSize + 1;
+  struct {
+    char letter;
+    std::uint64_t log, sequence;
+    const char* all;  // of a, a~2, ...
+    char before = 0;
+    bool isRecordLost = false;
+    const char* key = "logs/a";
+  } const steps[] = {{'A', 0, 1, "A"},  // of a shipper that has no numbers
+                     {'B', 0, 2, "B"},
+                     {'C', 1, 3, "BC"},
+                     {'C', 1, 3, "BC"},
+                     {'D', 1, 5, "BD"},
+                     {'C', 1, 3, "BD"},
+                     {'E', 2, 6, "BDE"},
+                     {'E', 3, 7, "BDE"},             // the shipper has lost its state
+                     {'E', 2, 8, "BDE", 'D', true},  // and the archive its record
+                     {'F', 2, 9, "BDF", 'E', true},  // which cannot tell that D is another log, but for this
+                     {'G', 4, 9, "BDFG", 'X', true},
+                     {'H', 5, 9, "BDFGH", 0, false, "logs/a~2"},
+                     {'I', 5, 10, "BDFGI", 0, false, "logs/a~2"},
+                     {'J', 4, 11, "BDFJI"}};
+  Open();
+  for (const auto& step : steps) {
+    if (step.isRecordLost) m_record.reset(), std::filesystem::remove(m_folder / "record"), Open();
+    for (const std::uint64_t chunk : {1, 0}) {
+      Take(step.letter, kSize, chunk, {1, step.sequence}, step.log, step.before, step.key);
+      m_intake->Finish();
+      Open();
+    }
+    EXPECT_EQ(All(), step.all) << step.letter << step.sequence;
+  }
+  Take('K', 10, 0, {1, 12}, 6);  // in one batch
+  Take('L', 10, 0, {1, 13}, 7, 0, "logs/a~6");
+  EXPECT_EQ(m_intake->Finish().size(), 2U);
+  EXPECT_EQ(All(), "BDFJIKL");
+}
+
+TEST_F(ArchiveIntake, ALogDoesNotEndTheReceptionOfAnother) {
+  constexpr std::size_t kSize = kChunkSize + 1;
+  Open();
+  Take('A', kSize, 0, {1, 1}, 1);
+  Take('B', 10, 0, {1, 3}, 2);
+  m_intake->Finish();
+  Open();
+  Take('A', kSize, 1, {1, 2}, 1);
+  m_intake->Finish();
+  EXPECT_EQ(All(), "BA");
+}
+
+TEST_F(ArchiveIntake, ARecordOfTheFirstReleaseIsRead) {
+  Open();
+  Take('A', 10, 0, {1, 1});
+  m_intake->Finish();
+  for (const char* column : {"DROP INDEX again", "DROP INDEX same", "ALTER TABLE file DROP COLUMN log",
+                             "ALTER TABLE file DROP COLUMN key", "ALTER TABLE partial DROP COLUMN log"})
+    m_record->Store().Execute(column);
+  Open();
+  Take('B', 10, 0, {1, 2});
+  m_intake->Finish();
+  EXPECT_EQ(All(), "B");
+}
+
 TEST_F(ArchiveIntake, AStreamIsAnotherOneWhenItWasMadeAnewOrSetBack) {
   Open();
   EXPECT_EQ(m_record->NumberOfStream("monday", 0), 1U);
@@ -209,6 +304,52 @@ TEST_F(ArchiveIntake, ChunksComeInAnyOrderAndOutliveTheProcess) {
   const std::vector<CStoredFile> again = m_intake->Finish();
   ASSERT_EQ(again.size(), 1U);
   EXPECT_EQ(again.front().order.sequence, 9U);
+}
+
+// What makes another log of a file, and what only changes it.
+TEST(FleetFiles, ALogThatWasRemovedIsNotTheNextOneOfItsName) {
+  const std::filesystem::path folder =
+      std::filesystem::temp_directory_path() / ("files" + std::to_string(::getpid()));
+  std::filesystem::create_directories(folder / "logs");
+  const std::filesystem::path path = folder / "logs/a.csv", part = folder / "logs/part";
+  {
+    CShipState state((folder / "state").string());
+    CToldOnce log([](const std::string&) {});
+    CLogFinder finder({{"logs", folder / "logs"}}, true, [](const std::string&) {});
+    CShipFiles files(finder, state, -1, {}, log);
+    CShipFiles::Time now = std::chrono::steady_clock::now();
+    const auto work = [&](int phases) {
+      while (phases-- > 0) files.Work(now += std::chrono::minutes(1));
+    };
+    work(1);
+    struct {
+      int roundsAway;
+      const char* content;
+      bool isAnother;
+    } const steps[] = {{0, "a\n", true},
+                       {0, "b\n", false},
+                       {1, "c\n", false},  // removed and written by a program that replaces it
+                       {2, "d\n", true},
+                       {2, "d\n", true},
+                       {0, "TimeStamp,A,\n10:00,1,\n", false},
+                       {0, "TimeStamp,A,\n10:00,1,\n10:01,1,\n", false},
+                       {0, "TimeStamp,A,\n10:02,1,\n", true},
+                       {1, "TimeStamp,A,\n10:03,1,\n", true}};
+    std::uint64_t number = 0;
+    for (const auto& step : steps) {
+      if (step.roundsAway > 0) std::filesystem::remove(path);
+      work(2 * step.roundsAway);
+      std::ofstream(part) << step.content;
+      std::filesystem::rename(part, path);
+      work(2);
+      const std::optional<CShipFile> file = state.Find("logs/a.csv");
+      ASSERT_TRUE(file) << &step - steps;
+      EXPECT_EQ(file->log.number != number, step.isAnother) << &step - steps;
+      number = file->log.number;
+    }
+    EXPECT_EQ(files.Lost(), 4U);  // none was sent
+  }
+  std::filesystem::remove_all(folder);
 }
 
 // What a receipt does to a file whose content is A; the archive may have had A before, and B since.
