@@ -192,11 +192,10 @@ def removed(fleet, rng):
     assert {path.name: path.read_bytes() for path in there.iterdir()} == kept
     # Later logs of a name are stored beside the first one, each once, whatever is killed or lost.
     for number in (2, 3):
-        for name, size in (("byte \\x", 900), ("x", CHUNK + 900)):
-            suffix = ".rph" if size == 900 else ".RPH"
-            kept[f"{name}~{number}{suffix}"] = data = rng.randbytes(size)
-            (logs / "part").write_bytes(data)
-            (logs / "part").rename(logs / (name + suffix))
+        for name, size in (("byte \\x.rph", 900), ("a=b*c>d.rph", 900), ("x.RPH", CHUNK + 900)):
+            (logs / "part").write_bytes(rng.randbytes(size))
+            kept[name.replace(".", f"~{number}.")] = (logs / "part").read_bytes()
+            (logs / "part").rename(logs / name)
         time.sleep(rng.random() * 4)
         victim = fleet.archive if number == 2 else fleet.shippers["a"]
         victim.kill()

@@ -10,6 +10,7 @@
 #include "host/fleet/fleet_streams.h"
 #include "host/fleet/receipt_hearer.h"
 #include "host/fleet/ship_files.h"
+#include "vastra/logfiles/log_format.h"
 
 namespace vastra {
 namespace {
@@ -220,9 +221,10 @@ TEST_F(ArchiveIntake, ALogReplacesItsOwnVersionsAlone) {
                      {'B', 0, 2, "B"},
                      {'C', 1, 3, "BC"},
                      {'C', 1, 3, "BC"},
+                     {'B', 1, 4, "BB"},
                      {'D', 1, 5, "BD"},
                      {'C', 1, 3, "BD"},
-                     {'E', 2, 6, "BDE"},
+                     {'E', 2, 6, "BDE", 'B'},
                      {'E', 3, 7, "BDE"},             // the shipper has lost its state
                      {'E', 2, 8, "BDE", 'D', true},  // and the archive its record
                      {'F', 2, 9, "BDF", 'E', true},  // which cannot tell that D is another log, but for this
@@ -240,18 +242,23 @@ TEST_F(ArchiveIntake, ALogReplacesItsOwnVersionsAlone) {
     }
     EXPECT_EQ(All(), step.all) << step.letter << step.sequence;
   }
-  Take('K', 10, 0, {1, 12}, 6);  // in one batch
-  Take('L', 10, 0, {1, 13}, 7, 0, "logs/a~6");
-  EXPECT_EQ(m_intake->Finish().size(), 2U);
-  EXPECT_EQ(All(), "BDFJIKL");
+  Take('K', 10, 0, {1, 12}, 6, 0, "logs/a~6");  // in one batch
+  Take('L', 10, 0, {1, 13}, 7);
+  Take('M', 10, 0, {1, 14}, 8, 0, "logs/a~7");
+  EXPECT_EQ(m_intake->Finish().size(), 3U);
+  EXPECT_EQ(All(), "BDFJIKLM");
 }
 
 TEST_F(ArchiveIntake, ALogDoesNotEndTheReceptionOfAnother) {
   constexpr std::size_t kSize = kChunkSize + 1;
   Open();
   Take('A', kSize, 0, {1, 1}, 1);
+  Take('C', kSize, 0, {1, 2}, 2);
+  m_intake->Finish();
+  Open();
   Take('B', 10, 0, {1, 3}, 2);
   m_intake->Finish();
+  EXPECT_EQ(m_tree->Incoming().size(), 1U);  // C is older than B
   Open();
   Take('A', kSize, 1, {1, 2}, 1);
   m_intake->Finish();
@@ -306,12 +313,18 @@ TEST_F(ArchiveIntake, ChunksComeInAnyOrderAndOutliveTheProcess) {
   EXPECT_EQ(again.front().order.sequence, 9U);
 }
 
+std::string Binary(std::int32_t firstTime, const char* rest) {
+  CLogStart start;
+  start.m_firstTime = firstTime;
+  return std::string(reinterpret_cast<const char*>(&start), sizeof start) + rest;
+}
+
 // What makes another log of a file, and what only changes it.
 TEST(FleetFiles, ALogThatWasRemovedIsNotTheNextOneOfItsName) {
   const std::filesystem::path folder =
       std::filesystem::temp_directory_path() / ("files" + std::to_string(::getpid()));
   std::filesystem::create_directories(folder / "logs");
-  const std::filesystem::path path = folder / "logs/a.csv", part = folder / "logs/part";
+  const std::filesystem::path part = folder / "logs/part";
   {
     CShipState state((folder / "state").string());
     CToldOnce log([](const std::string&) {});
@@ -324,30 +337,36 @@ TEST(FleetFiles, ALogThatWasRemovedIsNotTheNextOneOfItsName) {
     work(1);
     struct {
       int roundsAway;
-      const char* content;
+      std::string content;
       bool isAnother;
+      std::string name = "a.csv";
     } const steps[] = {{0, "a\n", true},
                        {0, "b\n", false},
                        {1, "c\n", false},  // removed and written by a program that replaces it
+                       {1, "c \n", false},
                        {2, "d\n", true},
                        {2, "d\n", true},
                        {0, "TimeStamp,A,\n10:00,1,\n", false},
                        {0, "TimeStamp,A,\n10:00,1,\n10:01,1,\n", false},
                        {0, "TimeStamp,A,\n10:02,1,\n", true},
-                       {1, "TimeStamp,A,\n10:03,1,\n", true}};
-    std::uint64_t number = 0;
+                       {1, "TimeStamp,A,\n10:03,1,\n", true},
+                       {0, Binary(5, "x"), true, "a.rph"},
+                       {0, Binary(5, "xy"), false, "a.rph"},
+                       {0, Binary(6, "x"), true, "a.rph"}};
+    std::map<std::string, std::uint64_t> numbers;
     for (const auto& step : steps) {
+      const std::filesystem::path path = folder / "logs" / step.name;
       if (step.roundsAway > 0) std::filesystem::remove(path);
       work(2 * step.roundsAway);
       std::ofstream(part) << step.content;
       std::filesystem::rename(part, path);
-      work(2);
-      const std::optional<CShipFile> file = state.Find("logs/a.csv");
+      work(4);
+      const std::optional<CShipFile> file = state.Find("logs/" + step.name);
       ASSERT_TRUE(file) << &step - steps;
-      EXPECT_EQ(file->log.number != number, step.isAnother) << &step - steps;
-      number = file->log.number;
+      EXPECT_EQ(std::exchange(numbers[step.name], file->log.number) != file->log.number, step.isAnother)
+          << &step - steps;
     }
-    EXPECT_EQ(files.Lost(), 4U);  // none was sent
+    EXPECT_EQ(files.Lost(), 5U);  // none was sent
   }
   std::filesystem::remove_all(folder);
 }
