@@ -14,7 +14,7 @@ PROMISES = {
     "full_disk": "The archive's disk full, and with room again",
     "damaged": "Chunks of another client, damaged, false and with names that lead elsewhere, in the places of good ones",
     "links": "Links and files in the way in the archive",
-    "removed": "Files are removed only with the receipt of their own version; names in any encoding",
+    "removed": "Files are removed only with the receipt of their own version, and later logs of a name stored beside the earlier; names in any encoding",
     "clock": "A node's clock wrong by years",
     "permissions": "A hostile node that forges receipts and speaks for another",
     "basics": "A stream of the servers that is full",
