@@ -81,7 +81,7 @@ bool CArchiveIntake::IsWanted(CStoredFile& stored) {
 // number is the next one, unless some between are free.
 std::string CArchiveIntake::PathFor(const CStoredFile& stored) {
   constexpr std::uint64_t kLastNumber = std::uint64_t{1} << 32;
-  const std::string path = stored.file.Path();
+  std::string path = stored.file.Path();
   if (IsFree(path) || IsSameLog(path, stored)) return path;
   std::uint64_t used = 1, free = 2;
   for (; !IsFree(RepeatedPath(path, free)); used = free, free *= 2)
