@@ -24,6 +24,7 @@ CArchiveIntake::CArchiveIntake(CArchiveTree& tree, CArchiveRecord& record, CTell
 void CArchiveIntake::Take(const CFileSubject& subject, std::string_view message, COrder order) {
   CStoredFile stored = {subject.file, subject.version, order};
   if (subject.IsPack()) {
+    stored.pack = subject.version;
     for (const CPackedFile& file : ParsePack(message)) {
       stored.file.key = file.key;
       stored.version = file.version;
@@ -70,6 +71,7 @@ bool CArchiveIntake::IsWanted(CStoredFile& stored) {
   stored.log.number = have->log.number;
   if (have->version != stored.version) return have->order < stored.order;
   if (m_tree.VersionOf(have->path) != have->version) return true;  // somebody has removed or changed it
+  have->pack = stored.pack;
   have->order = std::max(have->order, stored.order);
   if (const auto again = m_again.find(have->path); again != m_again.end())
     have->order = std::max(have->order, again->second.order);

@@ -9,11 +9,12 @@ namespace {
 
 constexpr const char* kArchiveSchema = R"(
 CREATE TABLE IF NOT EXISTS file (
-  path BLOB PRIMARY KEY, version BLOB NOT NULL, stream INTEGER NOT NULL, sequence INTEGER NOT NULL,
-  size INTEGER NOT NULL, told INTEGER NOT NULL, log INTEGER NOT NULL DEFAULT 0, key BLOB) WITHOUT ROWID;
+  path BLOB NOT NULL UNIQUE, version BLOB NOT NULL, stream INTEGER NOT NULL, sequence INTEGER NOT NULL,
+  size INTEGER NOT NULL, told INTEGER NOT NULL, log INTEGER NOT NULL DEFAULT 0, key BLOB);
 CREATE INDEX IF NOT EXISTS again ON file (key, log) WHERE key IS NOT NULL;
 CREATE INDEX IF NOT EXISTS same ON file (key, version) WHERE key IS NOT NULL;
 CREATE TABLE IF NOT EXISTS stream (number INTEGER PRIMARY KEY, made BLOB NOT NULL);
+CREATE TABLE IF NOT EXISTS reached (stream INTEGER PRIMARY KEY, sequence INTEGER NOT NULL);
 CREATE TABLE IF NOT EXISTS self (id BLOB NOT NULL);
 INSERT INTO self SELECT lower(hex(randomblob(16))) WHERE NOT EXISTS (SELECT 1 FROM self);
 CREATE INDEX IF NOT EXISTS untold ON file (told) WHERE told = 0;
@@ -27,6 +28,21 @@ CREATE TABLE IF NOT EXISTS partial (
 constexpr CAddedColumn kArchiveAdded[] = {{"file", "log", "INTEGER NOT NULL DEFAULT 0"},
                                           {"file", "key", "BLOB"},
                                           {"partial", "log", "INTEGER NOT NULL DEFAULT 0"}};
+
+// A row keeps its place: rows that came together are next to each other.
+constexpr const char* kPutStored = R"(
+INSERT INTO file VALUES (?1, ?2, ?3, ?4, ?5, 0, ?6, nullif(?7, ?1))
+ON CONFLICT (path) DO UPDATE SET version = ?2, stream = ?3, sequence = ?4, size = ?5, told = 0, log = ?6,
+  key = nullif(?7, ?1)
+)";
+constexpr const char* kReach = R"(
+INSERT INTO reached VALUES (?1, ?2) ON CONFLICT (stream) DO UPDATE SET sequence = max(sequence, ?2)
+)";
+constexpr const char* kNewestStream = R"(
+SELECT number, made, coalesce((SELECT sequence FROM reached WHERE stream = number),
+                              (SELECT max(sequence) FROM file WHERE stream = number))
+FROM stream ORDER BY number DESC LIMIT 1
+)";
 
 CFleetFile FileOfPath(const std::string& path) {
   const std::size_t site = path.find('/'), node = path.find('/', site + 1);
@@ -76,7 +92,8 @@ CArchiveRecord::CArchiveRecord(const std::string& path)
                        "OR key = ?1 AND version = ?3 ORDER BY log = ?2 DESC LIMIT 1")
                  .c_str()),
       m_has(m_store, "SELECT 1 FROM file WHERE path = ?"),
-      m_put(m_store, "INSERT OR REPLACE INTO file VALUES (?1, ?2, ?3, ?4, ?5, 0, ?6, nullif(?7, ?1))"),
+      m_put(m_store, kPutStored),
+      m_reach(m_store, kReach),
       m_putPartial(m_store, "INSERT OR REPLACE INTO partial VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)"),
       m_dropPartial(m_store, "DELETE FROM partial WHERE id = ?"),
       m_untold(m_store, SelectRow("told = 0 LIMIT ?").c_str()),
@@ -87,9 +104,7 @@ CArchiveRecord::CArchiveRecord(const std::string& path)
 }
 
 std::uint64_t CArchiveRecord::NumberOfStream(const std::string& made, std::uint64_t last) {
-  CStatement newest(m_store,
-                    "SELECT number, made, (SELECT max(sequence) FROM file WHERE stream = number) FROM stream "
-                    "ORDER BY number DESC LIMIT 1");
+  CStatement newest(m_store, kNewestStream);
   std::uint64_t number = 0;
   if (newest.Step()) {
     number = newest.Unsigned(0);
@@ -118,6 +133,7 @@ void CArchiveRecord::Put(const CStoredFile& stored) {
       .Bind(stored.path, stored.version, stored.order.stream, stored.order.sequence, stored.size,
             stored.log.number, stored.file.Path())
       .Run();
+  m_reach.Bind(stored.order.stream, stored.order.sequence).Run();
 }
 
 void CArchiveRecord::PutPartial(const CPartialFile& partial) {

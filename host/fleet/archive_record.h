@@ -32,6 +32,7 @@ struct CStoredFile {
   CLogId log = {};
   // Below the archive: that of file, or of a name with ~2, ~3, ... if another log has it.
   std::string path = {};
+  CVersion pack = {};  // that has brought it; zeros: it came alone. The record does not have it
 };
 
 // A file of which some chunks are there.
@@ -77,7 +78,7 @@ class CArchiveRecord {
 
  private:
   CSqliteStore m_store;
-  CStatement m_find, m_has, m_put, m_putPartial, m_dropPartial, m_untold, m_tell;
+  CStatement m_find, m_has, m_put, m_reach, m_putPartial, m_dropPartial, m_untold, m_tell;
   std::string m_id;
   std::uint64_t m_lastId = 0;
 };

@@ -148,7 +148,7 @@ void CArchiver::TakeBatch(Time now) {
   const std::deque<CNatsMessage> batch = std::exchange(m_batch, {});
   try {
     for (const CNatsMessage& message : batch) TakeOne(message, now);
-    for (const CStoredFile& stored : m_intake.Finish()) m_receipts.Send(stored, now);
+    m_receipts.Send(m_intake.Finish(), now);
     for (const CNatsMessage& message : batch) m_link.Publish(std::string(message.Reply()), "+ACK");
     return;
   } catch (const std::system_error& fault) {

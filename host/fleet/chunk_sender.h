@@ -11,6 +11,7 @@
 #include "host/fleet/fleet_names.h"
 #include "host/fleet/log_finder.h"
 #include "host/fleet/nats_link.h"
+#include "host/fleet/ship_state.h"
 #include "host/fleet/told_once.h"
 
 namespace vastra {

@@ -36,45 +36,68 @@ bool CLogFinder::Step(std::size_t entries, const CFound& found) {
         return true;
       }
       const CShipFolder& folder = m_folders[m_next++];
-      Enter(AT_FDCWD, folder.path, folder.name);
-      continue;
+      Enter(m_levels, AT_FDCWD, folder.path, folder.name);
+    } else {
+      Read(m_levels, found);
     }
-    const dirent* const entry = ::readdir(m_levels.back().list.get());
-    if (entry == nullptr)
-      m_levels.pop_back();
-    else
-      Look(entry->d_name, found);
   }
   return false;
 }
 
-void CLogFinder::Enter(int parent, const std::string& name, const std::string& key) {
-  const int links = parent == AT_FDCWD ? 0 : O_NOFOLLOW;
+void CLogFinder::StepNew(std::size_t entries, const CFound& found) {
+  for (const CFolderWatch::CNews& news : m_watch.Take()) {
+    if (news.key[news.key.rfind('/') + 1] == '.') continue;
+    if (!news.isFolder)
+      Look(AT_FDCWD, PathOf(news.key), news.key, m_newLevels, found);
+    else if (m_newFolders.size() < kMostNew)
+      m_newFolders.push_back(news.key);
+  }
+  for (std::size_t i = 0; i < entries; ++i) {
+    if (!m_newLevels.empty()) {
+      Read(m_newLevels, found);
+    } else if (!m_newFolders.empty()) {
+      Look(AT_FDCWD, PathOf(m_newFolders.front()), m_newFolders.front(), m_newLevels, found);
+      m_newFolders.pop_front();
+    }
+  }
+}
+
+// The next entry of the last folder.
+void CLogFinder::Read(CLevels& levels, const CFound& found) {
+  DIR* const list = levels.back().list.get();
+  const dirent* const entry = ::readdir(list);
+  if (entry == nullptr)
+    levels.pop_back();
+  else if (const std::string name = entry->d_name; name.starts_with('.'))
+    Restore(::dirfd(list), name);
+  else
+    Look(::dirfd(list), name, levels.back().key + "/" + name, levels, found);
+}
+
+void CLogFinder::Enter(CLevels& levels, int parent, const std::string& name, const std::string& key) {
+  const int links = levels.empty() ? 0 : O_NOFOLLOW;
   const int folder = ::openat(parent, name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | links);
   DIR* const list = folder < 0 ? nullptr : ::fdopendir(folder);
   if (list == nullptr) {
     const int fault = errno;
     if (folder >= 0) ::close(folder);
-    if (fault != ENOENT || m_levels.empty()) m_tell(PathOf(key) + ": " + std::strerror(fault));
+    if (fault != ENOENT || levels.empty()) m_tell(PathOf(key) + ": " + std::strerror(fault));
     return;
   }
-  m_levels.push_back({{list, ::closedir}, key});
+  levels.push_back({{list, ::closedir}, key});
+  m_watch.Add(PathOf(key), key);
 }
 
-void CLogFinder::Look(const std::string& name, const CFound& found) {
-  const int folder = ::dirfd(m_levels.back().list.get());
-  if (name.starts_with('.')) {
-    Restore(folder, name);
-    return;
-  }
+// name: the name in folder, or with AT_FDCWD the path.
+void CLogFinder::Look(int folder, const std::string& name, const std::string& key, CLevels& levels,
+                      const CFound& found) {
   struct stat status = {};
   if (::fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return;  // gone since
-  const std::string key = m_levels.back().key + "/" + name;
-  if (S_ISDIR(status.st_mode) && m_levels.size() < kDeepest) Enter(folder, name, key);
+  if (S_ISDIR(status.st_mode) && levels.size() < kDeepest) Enter(levels, folder, name, key);
   if (!S_ISREG(status.st_mode) || !IsLog(name)) return;
   m_disks[key.substr(0, key.find('/'))] = status.st_dev;
   if (IsFleetKey(key))
-    found(key, MarkOf(status));
+    found(key, status);
   else
     m_tell(PathOf(key) + ": its name cannot be in an archive: it is too long or has control characters");
 }

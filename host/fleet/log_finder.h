@@ -1,9 +1,11 @@
-// CLogFinder: walks through folders in small steps, without the memory that their lists would need.
+// CLogFinder: walks through folders in small steps, without the memory that their lists would need, and tells
+// what comes into them meanwhile.
 #pragma once
 
 #include <dirent.h>
 #include <sys/stat.h>
 
+#include <deque>
 #include <functional>
 #include <map>
 #include <memory>
@@ -11,7 +13,7 @@
 #include <string_view>
 #include <vector>
 
-#include "host/fleet/ship_state.h"
+#include "host/fleet/folder_watch.h"
 
 namespace vastra {
 
@@ -22,7 +24,7 @@ struct CShipFolder {
 
 class CLogFinder {
  public:
-  using CFound = std::function<void(const std::string& key, const CFileMark& mark)>;
+  using CFound = std::function<void(const std::string& key, const struct stat& status)>;
   using CTell = std::function<void(const std::string&)>;
 
   // isCsv: logs as text, too. tell gets a line about each folder that cannot be read.
@@ -32,6 +34,8 @@ class CLogFinder {
   // Looks at so many entries more. Returns whether the walk has come to its end; the next call begins
   // another.
   bool Step(std::size_t entries, const CFound& found);
+  // The same for what came into folders that a walk has entered, as far as the system tells it.
+  void StepNew(std::size_t entries, const CFound& found);
   bool IsLog(std::string_view name) const;
   // The name of a file that is being removed. A kill can leave it: the walk gives such a file its name again.
   static std::string AsideName(const std::string& name) { return "." + name + ".shipped"; }
@@ -49,8 +53,12 @@ class CLogFinder {
     std::unique_ptr<DIR, int (*)(DIR*)> list;
     std::string key;
   };
-  void Enter(int parent, const std::string& name, const std::string& key);
-  void Look(const std::string& name, const CFound& found);
+  using CLevels = std::vector<CLevel>;
+
+  void Enter(CLevels& levels, int parent, const std::string& name, const std::string& key);
+  void Read(CLevels& levels, const CFound& found);
+  void Look(int folder, const std::string& name, const std::string& key, CLevels& levels,
+            const CFound& found);
   void Restore(int folder, const std::string& aside);
   const CShipFolder* FolderOf(std::string_view key) const;
 
@@ -58,8 +66,13 @@ class CLogFinder {
   std::map<std::string, dev_t, std::less<>> m_disks;  // by the names of folders
   const bool m_isCsv;
   const CTell m_tell;
-  std::vector<CLevel> m_levels;
+  CLevels m_levels;
   std::size_t m_next = 0;  // folder
+
+  static constexpr std::size_t kMostNew = 10000;
+  CFolderWatch m_watch;
+  std::deque<std::string> m_newFolders;  // keys
+  CLevels m_newLevels;                   // of one of them
 };
 
 }  // namespace vastra

@@ -57,47 +57,50 @@ void CReceiptHearer::Work(Time now) {
   m_probes.clear();
   const std::int64_t wall = WallClock();
   m_asked = now;
-  std::vector<CShipFile> overdue = m_state.Overdue(wall, kMostQuestions);
-  if (overdue.size() < kMostQuestions) m_due = now + kHearTurn;
-  for (CShipFile& file : overdue) {
-    file.pause = std::min(2 * file.pause, kLongestPause);
-    file.due = wall + file.pause;
-    m_state.Put(file);
+  while (m_newest.size() < kMostQuestions) {
+    const std::vector<CShipFile> overdue = m_state.Overdue(wall, 1);
+    if (overdue.empty()) {
+      m_due = now + kHearTurn;
+      return;
+    }
+    const CShipFile& file = overdue.front();
+    const std::int64_t pause = std::min(2 * file.pause, kLongestPause);
+    m_state.Postpone(file, wall + pause, pause);
     m_newest[++m_last] = file.key;
-    m_link.Publish(
-        NewestRequest(kReceiptStream, SubjectOf(EFileSubject::done, {{m_node, file.key}, file.version})), "",
-        m_link.AnswerSubject(kNewestKind) + std::to_string(m_last));
+    m_link.Publish(NewestRequest(kReceiptStream, SubjectOf(EFileSubject::done, CarrierOf(file))), "",
+                   m_link.AnswerSubject(kNewestKind) + std::to_string(m_last));
   }
+}
+
+// What has brought the file, and has the receipt: the file alone or its pack.
+CFileSubject CReceiptHearer::CarrierOf(const CShipFile& file) const {
+  return {{m_node, file.IsPacked() ? "" : file.key}, file.carrier};
 }
 
 void CReceiptHearer::HearNewest(const CNatsMessage& answer) {
   const std::string key = TakeQuestion(m_newest, answer);
   const std::optional<CShipFile> file = m_state.Find(key);
   if (!file || file->state != EShipped::sent) return;
-  const std::string subject = SubjectOf(EFileSubject::done, {{m_node, file->key}, file->version});
-  if (const std::optional<CReceipt> receipt = ParseReceipt(subject, answer.Data())) Hear(*receipt);
+  const std::string subject = SubjectOf(EFileSubject::done, CarrierOf(*file));
+  for (const CReceipt& receipt : ParseReceipts(subject, answer.Data())) Hear(receipt);
   if (m_state.Find(key)->state == EShipped::sent) Probe(*file);
 }
 
 // Asks for the number of the last chunk in the stream, by a message that cannot be stored. The archive takes
 // chunks in their order: if the last one is there, it has not come to them.
 void CReceiptHearer::Probe(const CShipFile& file) {
-  const bool isPacked = file.carrier != file.version;
-  CFileSubject subject = {{m_node, isPacked ? "" : file.key}, file.carrier};
-  if (!isPacked) subject.chunk = ChunksOf(file.mark.size) - 1;
+  CFileSubject subject = CarrierOf(file);
+  if (!file.IsPacked()) subject.chunk = ChunksOf(file.mark.size) - 1;
   m_probes[++m_last] = file.key;
   m_link.PublishHeader(SubjectOf(EFileSubject::log, subject), "Nats-Expected-Last-Subject-Sequence",
                        "18446744073709551615", m_link.AnswerSubject(kProbeKind) + std::to_string(m_last));
 }
 
 void CReceiptHearer::HearProbe(const CNatsMessage& answer) {
-  std::optional<CShipFile> file = m_state.Find(TakeQuestion(m_probes, answer));
+  const std::optional<CShipFile> file = m_state.Find(TakeQuestion(m_probes, answer));
   const CStoredAnswer stored = ParseStored(answer);
   if (!file || file->state != EShipped::sent || stored.error != CStoredAnswer::kWrongSequence) return;
-  if (!stored.text.ends_with(": 0")) return;  // it is there, and waits for the archive
-  file->state = EShipped::waiting;
-  file->due = 0;
-  m_state.Put(*file);
+  if (stored.text.ends_with(": 0")) m_state.MakeWait(*file);  // else it is there, and waits for the archive
 }
 
 }  // namespace vastra

@@ -32,9 +32,11 @@ class CReceiptHearer {
   static constexpr const char* kProbeKind = "probe";
 
  private:
-  using CQuestions = std::map<std::uint64_t, std::string>;  // keys by the numbers of questions
+  // The key of a file, of a pack that of one of its files, by the numbers of questions.
+  using CQuestions = std::map<std::uint64_t, std::string>;
 
   std::string TakeQuestion(CQuestions& questions, const CNatsMessage& answer);
+  CFileSubject CarrierOf(const CShipFile& file) const;
   void Probe(const CShipFile& file);
 
   CNatsLink& m_link;

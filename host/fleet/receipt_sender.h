@@ -1,4 +1,5 @@
-// CReceiptSender: publishes the receipts of an archive, and again until the servers have them.
+// CReceiptSender: publishes the receipts of an archive, and again until the servers have them. The files of a
+// pack have one receipt together: a server takes some hundred bytes of memory for each.
 #pragma once
 
 #include <map>
@@ -14,7 +15,7 @@ class CReceiptSender {
 
   CReceiptSender(CNatsLink& link, CArchiveRecord& record) : m_link(link), m_record(record) {}
 
-  void Send(const CStoredFile& stored, Time now);
+  void Send(const std::vector<CStoredFile>& files, Time now);
   // An answer whose subject is AnswerSubject(kKind) and a number. Returns what is wrong, or nothing.
   std::string Hear(const CNatsMessage& answer);
   // Sends again what is overdue, and notes what has arrived. Throws CStoreFault.
@@ -24,9 +25,12 @@ class CReceiptSender {
 
  private:
   struct CSent {
-    CStoredFile stored;
+    std::vector<CStoredFile> files;
     Time sent;
   };
+
+  // Files without a receipt, and none on its way.
+  std::vector<CStoredFile> Overdue();
 
   CNatsLink& m_link;
   CArchiveRecord& m_record;
@@ -42,8 +46,10 @@ struct CReceipt {
   std::uint64_t sequence = 0;  // of the last message that brought something of the file
   std::string archive;         // the id of its record
 };
-std::string MakeReceipt(const CStoredFile& stored, const std::string& archive);
+// The receipt, and its subject, of a file that came alone, or of the files of one pack.
+std::string ReceiptSubject(const CStoredFile& stored);
+std::string MakeReceipt(const std::vector<CStoredFile>& files, const std::string& archive);
 // Empty for what is not the receipt of this subject.
-std::optional<CReceipt> ParseReceipt(std::string_view subject, std::string_view data);
+std::vector<CReceipt> ParseReceipts(std::string_view subject, std::string_view data);
 
 }  // namespace vastra

@@ -19,8 +19,8 @@
 namespace vastra {
 namespace {
 
-constexpr std::size_t kEntries = 500, kRows = 500, kMostUnsettled = 10000;
-constexpr std::chrono::seconds kSettled{3}, kLongestChange{10}, kRoundPause{2}, kUnsettledPause{1};
+constexpr std::size_t kEntries = 2000, kRows = 2000, kMostUnsettled = 10000;
+constexpr std::chrono::seconds kSettled{3}, kLongestChange{10}, kRoundPause{2}, kUnsettledTurn{1};
 constexpr int kShareOfTime = 20;  // a round takes at most this part of the time
 
 ELogForm FormOf(std::string_view key) {
@@ -55,6 +55,13 @@ std::uint64_t NewLogNumber() {
   return (std::uint64_t{random()} << kHalf | random()) >> kDropped;
 }
 
+// Whether the file has not changed for some time, by this machine's clock.
+bool IsQuiet(const struct stat& status) {
+  using namespace std::chrono;
+  const auto changed = seconds(status.st_ctim.tv_sec) + nanoseconds(status.st_ctim.tv_nsec);
+  return system_clock::now().time_since_epoch() - changed >= kSettled;
+}
+
 // Removes the file at path if it is still this one, also if another takes its name meanwhile: it is renamed
 // first, and gets its name back if it is another. False with the reason in errno: ENOENT, or ESTALE for
 // another one.
@@ -72,24 +79,34 @@ bool RemoveSame(const std::string& path, const CFileMark& mark) {
 }  // namespace
 
 void CShipFiles::Work(Time now) {
-  if (now < m_due) return;
+  m_finder.StepNew(
+      kEntries, [&](const std::string& key, const struct stat& status) { Consider(key, status, true, now); });
+  CheckUnsettled(now);
+  if (now >= m_due) Step(now);
+  // The numbers of new logs are stored before their bytes are with the servers.
+  if (std::exchange(m_hasNew, false)) m_state.Commit();
+}
+
+void CShipFiles::Step(Time now) {
   const bool isEnd = m_phase == EPhase::walk ? Walk(now) : CheckRows();
   m_worked += std::chrono::steady_clock::now() - now;
   if (!isEnd) return;
-  if (m_phase == EPhase::rows && m_walks > 0) EndRound(now);
+  if (m_phase == EPhase::rows && m_isWalked) EndRound(now);
   m_phase = m_phase == EPhase::walk ? EPhase::rows : EPhase::walk;
 }
 
 bool CShipFiles::Walk(Time now) {
-  const auto found = [&](const std::string& key, const CFileMark& mark) { Consider(key, mark, now); };
+  const auto found = [&](const std::string& key, const struct stat& status) {
+    Consider(key, status, m_isWalked, now);
+  };
   if (!m_finder.Step(kEntries, found)) return false;
-  ++m_walks;
-  std::erase_if(m_unsettled, [&](const auto& one) { return one.second.walk + 1 < m_walks; });
+  m_isWalked = true;
+  m_isComplete = !std::exchange(m_isLeftOut, false);
   return true;
 }
 
 bool CShipFiles::IsComplete(Time now) const {
-  return m_walks > 0 && std::none_of(m_unsettled.begin(), m_unsettled.end(), [&](const auto& one) {
+  return m_isComplete && std::none_of(m_unsettled.begin(), m_unsettled.end(), [&](const auto& one) {
            return now - one.second.first < kLongestChange;
          });
 }
@@ -98,10 +115,26 @@ void CShipFiles::Hint(const std::string& path, Time now) {
   const std::string key = m_finder.KeyOf(path);
   struct stat status = {};
   if (key.empty() || !m_finder.IsLog(path.substr(path.rfind('/') + 1))) return;
-  if (::lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode)) Consider(key, MarkOf(status), now);
+  if (::lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode)) Consider(key, status, true, now);
 }
 
-void CShipFiles::Consider(const std::string& key, const CFileMark& mark, Time now) {
+void CShipFiles::CheckUnsettled(Time now) {
+  if (now < m_unsettledDue) return;
+  std::vector<std::string> keys;
+  for (const auto& [key, seen] : m_unsettled) keys.push_back(key);
+  for (const std::string& key : keys) {
+    struct stat status = {};
+    if (::lstat(m_finder.PathOf(key).c_str(), &status) == 0 && S_ISREG(status.st_mode))
+      Consider(key, status, false, now);
+    else
+      m_unsettled.erase(key);
+  }
+  const auto worked = std::chrono::steady_clock::now() - now;
+  m_unsettledDue = now + std::max<std::chrono::steady_clock::duration>(kUnsettledTurn, worked * kShareOfTime);
+}
+
+void CShipFiles::Consider(const std::string& key, const struct stat& status, bool isLive, Time now) {
+  const CFileMark mark = MarkOf(status);
   std::optional<CShipFile> row = m_state.Find(key);
   if (row && row->mark == mark) {
     m_unsettled.erase(key);
@@ -111,25 +144,29 @@ void CShipFiles::Consider(const std::string& key, const CFileMark& mark, Time no
     m_log.Tell(m_finder.PathOf(key) + ": is larger than 64 GiB, left out");
     return;
   }
-  if (!IsSettled(key, mark, now)) return;
-  const auto seen = m_unsettled.find(key);
-  const bool isLive = m_walks > 0 && (seen == m_unsettled.end() || !seen->second.isOld);
-  if (seen != m_unsettled.end()) m_unsettled.erase(seen);
+  if (!IsSettled(key, status, isLive, now)) return;
+  if (const auto seen = m_unsettled.find(key); seen != m_unsettled.end()) {
+    isLive = seen->second.isLive;
+    m_unsettled.erase(seen);
+  }
   Admit(key, mark, row, isLive);
 }
 
 // A whole log is complete at once. Another file is, once it has not changed for some time: it may be a copy
-// that is being made.
-bool CShipFiles::IsSettled(const std::string& key, const CFileMark& mark, Time now) {
-  if (IsWholeLog(m_finder.PathOf(key).c_str(), FormOf(key))) return true;
+// that is being made. The time of its last change, which no program can set, says it, so that nothing has to
+// be remembered of a million files; if the clock was set back since, the file is watched.
+bool CShipFiles::IsSettled(const std::string& key, const struct stat& status, bool isLive, Time now) {
+  if (IsQuiet(status) || IsWholeLog(m_finder.PathOf(key).c_str(), FormOf(key))) return true;
+  const CFileMark mark = MarkOf(status);
   const auto found = m_unsettled.find(key);
   if (found == m_unsettled.end()) {
     if (m_unsettled.size() < kMostUnsettled)
-      m_unsettled.emplace(key, CUnsettled{mark, now, now, m_walks, m_walks == 0});
+      m_unsettled.emplace(key, CUnsettled{mark, now, now, isLive});
+    else
+      m_isLeftOut = true;
     return false;
   }
   CUnsettled& seen = found->second;
-  seen.walk = m_walks;
   if (seen.mark == mark) return now - seen.since >= kSettled;
   seen.mark = mark;
   seen.since = now;
@@ -155,6 +192,7 @@ void CShipFiles::Admit(const std::string& key, const CFileMark& mark, const std:
   file.due = row && row->sent > 0 ? row->sent + m_pause.count() : 0;
   file.pause = 0;
   m_state.Put(file);
+  m_hasNew = true;
 }
 
 bool CShipFiles::CheckRows() {
@@ -189,7 +227,7 @@ bool CShipFiles::CheckRow(const CShipFile& file) {
 // Whether the file was absent in the round before, too: a program can remove a file to write it again, and
 // then it has changed. At the start of the process all rounds count as one.
 bool CShipFiles::IsGone(const std::string& key) {
-  if (m_walks == 0 || m_absent.erase(key) > 0) return true;
+  if (!m_isWalked || m_absent.erase(key) > 0) return true;
   if (m_absent.size() < kMostUnsettled) m_absent.insert(key);
   return false;
 }
@@ -230,8 +268,8 @@ void CShipFiles::Delete(const std::vector<CShipFile>& files) {
 }
 
 void CShipFiles::EndRound(Time now) {
-  const auto pause = m_unsettled.empty() ? kRoundPause : kUnsettledPause;
-  m_due = now + std::max<std::chrono::steady_clock::duration>(pause, m_worked * kShareOfTime);
+  m_due = now + kRoundPause;
+  if (m_isComplete) m_due = std::max(m_due, now + m_worked * kShareOfTime);
   m_worked = {};
 }
 

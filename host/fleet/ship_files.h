@@ -5,6 +5,7 @@
 #include <unordered_set>
 
 #include "host/fleet/log_finder.h"
+#include "host/fleet/ship_state.h"
 #include "host/fleet/told_once.h"
 
 namespace vastra {
@@ -19,8 +20,8 @@ class CShipFiles {
              CToldOnce& log)
       : m_finder(finder), m_state(state), m_deleteAfter(deleteAfter), m_pause(pause), m_log(log) {}
 
-  // A step of the walk through the folders, or of the look at the files that were found before. Throws
-  // CStoreFault.
+  // What has come into the folders, and a step of the walk through them, or of the look at the files that
+  // were found before. Throws CStoreFault.
   void Work(Time now);
   // A log that was closed a moment ago.
   void Hint(const std::string& path, Time now);
@@ -37,13 +38,15 @@ class CShipFiles {
   struct CUnsettled {
     CFileMark mark;
     Time since, first;
-    unsigned walk;  // that has seen it
-    bool isOld;     // since the first one: it was there before the shipper ran
+    bool isLive;
   };
 
-  void Consider(const std::string& key, const CFileMark& mark, Time now);
-  bool IsSettled(const std::string& key, const CFileMark& mark, Time now);
+  // isLive: it was not there before the shipper ran.
+  void Consider(const std::string& key, const struct stat& status, bool isLive, Time now);
+  bool IsSettled(const std::string& key, const struct stat& status, bool isLive, Time now);
   void Admit(const std::string& key, const CFileMark& mark, const std::optional<CShipFile>& row, bool isLive);
+  void CheckUnsettled(Time now);
+  void Step(Time now);
   // Whether it came to the end.
   bool Walk(Time now);
   bool CheckRows();
@@ -61,13 +64,18 @@ class CShipFiles {
   const std::chrono::milliseconds m_pause;
   CToldOnce& m_log;
 
-  enum class EPhase { walk, rows } m_phase = EPhase::rows;  // what may go makes room on a full disk
-  std::string m_checked;                                    // the key of the last row that was looked at
+  enum class EPhase { walk, rows };
+  // What may go makes room on a full disk.
+  EPhase m_phase = m_deleteAfter < 0 ? EPhase::walk : EPhase::rows;
+  std::string m_checked;  // the key of the last row that was looked at
   std::unordered_map<std::string, CUnsettled> m_unsettled;
   std::unordered_set<std::string>
-      m_absent;  // keys of rows whose files were not there in this round, or the last one
-  unsigned m_walks = 0;
-  Time m_due{};
+      m_absent;               // keys of rows whose files were not there in this round, or the last one
+  bool m_hasNew = false;      // since the last commit
+  bool m_isLeftOut = false;   // in this walk a file for which m_unsettled has no room
+  bool m_isWalked = false;    // once
+  bool m_isComplete = false;  // the last walk
+  Time m_due{}, m_unsettledDue{};
   std::chrono::steady_clock::duration m_worked{};  // in this round
   std::uint64_t m_removed = 0, m_lost = 0;
 };

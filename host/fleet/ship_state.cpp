@@ -8,15 +8,25 @@ namespace {
 constexpr const char* kShipSchema = R"(
 PRAGMA synchronous = NORMAL;
 CREATE TABLE IF NOT EXISTS file (
-  key BLOB PRIMARY KEY, size INTEGER NOT NULL, changed INTEGER NOT NULL, inode INTEGER NOT NULL,
+  key BLOB NOT NULL UNIQUE, size INTEGER NOT NULL, changed INTEGER NOT NULL, inode INTEGER NOT NULL,
   state INTEGER NOT NULL, live INTEGER NOT NULL, version BLOB NOT NULL, carrier BLOB NOT NULL,
   receipt INTEGER NOT NULL, sequence INTEGER NOT NULL, others INTEGER NOT NULL, due INTEGER NOT NULL,
   pause INTEGER NOT NULL, sent INTEGER NOT NULL, log INTEGER NOT NULL DEFAULT 0,
-  before BLOB NOT NULL DEFAULT '', begins INTEGER NOT NULL DEFAULT 0) WITHOUT ROWID;
+  before BLOB NOT NULL DEFAULT '', begins INTEGER NOT NULL DEFAULT 0);
 CREATE INDEX IF NOT EXISTS turn ON file (state, live, changed) WHERE state < 3;
 CREATE INDEX IF NOT EXISTS due ON file (due) WHERE state = 2;
+CREATE INDEX IF NOT EXISTS pack ON file (carrier) WHERE state = 2;
 CREATE TABLE IF NOT EXISTS archive (id BLOB NOT NULL);
-UPDATE file SET state = 0 WHERE state = 1;
+UPDATE file SET state = 0 WHERE state = 1 AND state < 3;
+)";
+
+// In the order of its columns. A row keeps its place: rows that are found, sent and archived together are
+// next to each other, so that a change of them writes few pages, however many rows there are.
+constexpr const char* kPut = R"(
+INSERT INTO file VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, ?14, ?15, ?16, ?17)
+ON CONFLICT (key) DO UPDATE SET size = ?2, changed = ?3, inode = ?4, state = ?5, live = ?6, version = ?7,
+  carrier = ?8, receipt = ?9, sequence = ?10, others = ?11, due = ?12, pause = ?13, sent = ?14,
+  log = ?15, before = ?16, begins = ?17
 )";
 
 constexpr CAddedColumn kShipAdded[] = {{"file", "log", "INTEGER NOT NULL DEFAULT 0"},
@@ -54,8 +64,7 @@ CShipFile FileOf(CStatement& row) {
 CShipState::CShipState(const std::string& path)
     : m_store(path, kShipSchema, kShipAdded),
       m_find(m_store, Select("key = ?").c_str()),
-      m_put(m_store,
-            "INSERT OR REPLACE INTO file VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
+      m_put(m_store, kPut),
       m_remove(m_store, "DELETE FROM file WHERE key = ?"),
       m_waiting(
           m_store,
@@ -63,6 +72,7 @@ CShipState::CShipState(const std::string& path)
               .c_str()),
       m_overdue(m_store, Select("state = 2 AND (due <= ? OR due > ?) LIMIT ?").c_str()),
       m_inPack(m_store, Select("state = 2 AND carrier = ? LIMIT ?").c_str()),
+      m_postpone(m_store, "UPDATE file SET due = ?, pause = ? WHERE state = 2 AND carrier = ?"),
       m_after(m_store, Select("key > ? ORDER BY key LIMIT ?").c_str()),
       m_oldest(
           m_store,
@@ -104,13 +114,15 @@ void CShipState::MakeDue() {
 }
 
 void CShipState::Change() {
-  if (!m_isChanged) m_store.Begin();
-  m_isChanged = true;
+  if (m_changed) return;
+  m_store.Begin();
+  m_changed = std::chrono::steady_clock::now();
 }
 
-void CShipState::Commit() {
-  if (m_isChanged) m_store.Commit();
-  m_isChanged = false;
+void CShipState::Commit(std::chrono::milliseconds age) {
+  if (!m_changed || std::chrono::steady_clock::now() - *m_changed < age) return;
+  m_store.Commit();
+  m_changed.reset();
 }
 
 void CShipState::Put(const CShipFile& file) {
@@ -162,8 +174,31 @@ std::vector<CShipFile> CShipState::Overdue(std::int64_t now, std::size_t most) {
   return All(m_overdue.Bind(now, now + kFarAhead, std::uint64_t{most}));
 }
 
-std::vector<CShipFile> CShipState::InPack(const CVersion& pack, std::size_t most) {
-  return All(m_inPack.Bind(pack, std::uint64_t{most}));
+void CShipState::Postpone(const CShipFile& file, std::int64_t due, std::int64_t pause) {
+  Change();
+  if (file.IsPacked()) return m_postpone.Bind(due, pause, file.carrier).Run();
+  CShipFile later = file;
+  later.due = due;
+  later.pause = pause;
+  Put(later);
+}
+
+void CShipState::MakeWait(const CShipFile& file) {
+  if (file.IsPacked()) return MakePackWait(file.carrier);
+  CShipFile waiting = file;
+  waiting.state = EShipped::waiting;
+  waiting.due = 0;
+  Put(waiting);
+}
+
+void CShipState::MakePackWait(const CVersion& pack) {
+  constexpr std::uint64_t kPage = 1000;
+  for (std::vector<CShipFile> files; !(files = All(m_inPack.Bind(pack, kPage))).empty();)
+    for (CShipFile& file : files) {
+      file.state = EShipped::waiting;
+      file.due = 0;
+      Put(file);
+    }
 }
 
 std::vector<CShipFile> CShipState::After(const std::string& key, std::size_t most) {

@@ -3,7 +3,7 @@
 #pragma once
 
 #include <array>
-#include <functional>
+#include <chrono>
 #include <optional>
 #include <vector>
 
@@ -31,6 +31,8 @@ struct CShipFile {
   std::int64_t sent = 0;       // milliseconds since 1970
   CLogId log;
   std::uint64_t begin = 0;  // what the log begins with; 0: not known
+
+  bool IsPacked() const { return carrier != version; }
 };
 
 // All operations throw CStoreFault.
@@ -53,8 +55,11 @@ class CShipState {
   std::vector<CShipFile> Waiting(bool isLive, std::int64_t now, std::size_t most);
   // Files that are sent, without a receipt, and are due.
   std::vector<CShipFile> Overdue(std::int64_t now, std::size_t most);
-  // Files that the pack has brought and that have no receipt.
-  std::vector<CShipFile> InPack(const CVersion& pack, std::size_t most);
+  // Of the files that are sent and have no receipt, this one or all that its pack has brought: they are due
+  // at this time, or wait again.
+  void Postpone(const CShipFile& file, std::int64_t due, std::int64_t pause);
+  void MakeWait(const CShipFile& file);
+  void MakePackWait(const CVersion& pack);
   // Files by key, from after this one on.
   std::vector<CShipFile> After(const std::string& key, std::size_t most);
 
@@ -68,8 +73,9 @@ class CShipState {
   // Receipts of files that are sent are due.
   void MakeDue();
 
-  // What was changed since the last call is stored.
-  void Commit();
+  // What was changed is stored, if the first change was so long ago. What is lost with the process is found
+  // and sent again.
+  void Commit(std::chrono::milliseconds age = {});
 
  private:
   void Change();
@@ -77,10 +83,10 @@ class CShipState {
   std::vector<CShipFile> All(CStatement& rows);
 
   CSqliteStore m_store;
-  CStatement m_find, m_put, m_remove, m_waiting, m_overdue, m_inPack, m_after, m_oldest;
+  CStatement m_find, m_put, m_remove, m_waiting, m_overdue, m_inPack, m_postpone, m_after, m_oldest;
   std::array<CSum, kShippedStates> m_sums = {};
   std::string m_archive;
-  bool m_isChanged = false;
+  std::optional<std::chrono::steady_clock::time_point> m_changed;  // without a commit since
 };
 
 // Milliseconds since 1970 by this machine's clock.

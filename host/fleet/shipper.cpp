@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::chrono::seconds kReportTurn{10}, kNoReportTurn{1};
 constexpr std::chrono::milliseconds kPause{60000}, kNoPause{0};  // between two versions of a name
-constexpr std::size_t kMostInPack = 10000;
+constexpr std::chrono::milliseconds kCommitTurn{500};  // what happens to a file within it is one write
 
 std::string ShipStateFile(const CShipperOptions& options) {
   std::filesystem::create_directories(options.state);
@@ -31,8 +31,9 @@ CShipper::CShipper(CNatsLink& link, const CShipperOptions& options, CToldOnce& l
       m_files(m_finder, m_state, options.deleteAfter, options.isOnce ? kNoPause : kPause, log),
       m_sender(link, m_state, m_finder, options.node, options.limit, log),
       m_receipts(link, m_state, options.node, log) {
-  m_link.Listen(NodeSubject("done", m_node) + ".>");
-  m_link.Listen(NodeSubject("ask", m_node) + ".>");
+  // What is not taken in time is heard later: the receipts stay with the servers, and the archive asks again.
+  m_link.ListenLossy(NodeSubject("done", m_node) + ".>");
+  m_link.ListenLossy(NodeSubject("ask", m_node) + ".>");
   if (!options.isOnce && !options.feeds.empty())
     m_relay = std::make_unique<CLiveRelay>(link, options.node, options.feeds);
 }
@@ -63,10 +64,9 @@ void CShipper::Turn(Time now) {
   for (const std::string& fault : m_link.TakeFaults()) m_log.Tell("servers: " + fault);
   HearRelay(now);
   m_files.Work(now);
-  m_state.Commit();  // a full disk shows before bytes are sent for nothing
   m_sender.Work(now);
   m_receipts.Work(now);
-  m_state.Commit();
+  m_state.Commit(kCommitTurn);
   Report(now);
 }
 
@@ -101,9 +101,10 @@ void CShipper::Hear(const CNatsMessage& message, Time now) {
     m_receipts.HearNewest(message);
   } else if (subject.starts_with(m_link.AnswerSubject(CReceiptHearer::kProbeKind))) {
     m_receipts.HearProbe(message);
-  } else if (const std::optional<CReceipt> receipt = ParseReceipt(subject, message.Data());
-             receipt && message.Header("Nats-Stream").empty()) {  // a receipt of an archive has no headers
-    m_receipts.Hear(*receipt);
+  } else if (const std::vector<CReceipt> receipts = ParseReceipts(subject, message.Data());
+             !receipts.empty() &&
+             message.Header("Nats-Stream").empty()) {  // those of an archive have no headers
+    for (const CReceipt& receipt : receipts) m_receipts.Hear(receipt);
   } else if (const std::optional<CFileSubject> asked = ParseFileSubject(EFileSubject::ask, subject)) {
     HearRequest(*asked);
   }
@@ -113,11 +114,7 @@ void CShipper::Hear(const CNatsMessage& message, Time now) {
 void CShipper::HearRequest(const CFileSubject& asked) {
   if (asked.file.node != m_node) return;
   if (asked.IsPack()) {
-    for (CShipFile& file : m_state.InPack(asked.version, kMostInPack)) {
-      file.state = EShipped::waiting;
-      file.due = 0;
-      m_state.Put(file);
-    }
+    m_state.MakePackWait(asked.version);
     return;
   }
   const std::optional<CShipFile> file = m_state.Find(asked.file.key);

@@ -123,12 +123,20 @@ TEST(FleetMessages, AReceiptHoldsForItsSubjectAlone) {
   const CStoredFile stored = {{kNode, "logs/a"}, VersionOf("one"), {1, 5}, 3};
   const std::string subject = SubjectOf(EFileSubject::done, {stored.file, stored.version});
   const std::string other = SubjectOf(EFileSubject::done, {stored.file, VersionOf("two")});
-  ASSERT_TRUE(ParseReceipt(subject, MakeReceipt(stored, "id")));
-  EXPECT_EQ(ParseReceipt(subject, MakeReceipt(stored, "id"))->sequence, 5U);
-  EXPECT_FALSE(ParseReceipt(other, MakeReceipt(stored, "id")));
+  ASSERT_EQ(ParseReceipts(subject, MakeReceipt({stored}, "id")).size(), 1U);
+  EXPECT_EQ(ParseReceipts(subject, MakeReceipt({stored}, "id")).front().sequence, 5U);
+  EXPECT_TRUE(ParseReceipts(other, MakeReceipt({stored}, "id")).empty());
+  CStoredFile a = stored, b = {{kNode, "logs/\xff"}, VersionOf("two"), {1, 7}, 3};
+  a.pack = b.pack = VersionOf("pack");
+  const std::vector<CReceipt> both = ParseReceipts(ReceiptSubject(a), MakeReceipt({a, b}, "id"));
+  ASSERT_EQ(both.size(), 2U);
+  EXPECT_EQ(both[1].subject.file.key, b.file.key);
+  EXPECT_EQ(both[1].subject.version, b.version);
+  EXPECT_EQ(both[1].sequence, 7U);
+  EXPECT_TRUE(ParseReceipts(subject, MakeReceipt({a, b}, "id")).empty());
   // The server answers to any subject that a client names.
   for (const char* data : {R"({"stream":"VASTRA_LOGS", "seq":5})", "", "[]", "{\"receipt\": 1}"})
-    EXPECT_FALSE(ParseReceipt(subject, data)) << data;
+    EXPECT_TRUE(ParseReceipts(subject, data).empty()) << data;
 }
 
 TEST(FleetMessages, TheTimeOfAServer) {
