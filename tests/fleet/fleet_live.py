@@ -20,6 +20,7 @@ from commands import log, output, simulated  # noqa: E402
 from fake_feed import HELLO, STATE, FakeFeed, lines  # noqa: E402
 
 FAR = "plant.gw.kiln"
+PATIENCE = 6 if os.environ.get("SANITIZER") else 2  # how many times slower a machine full of tests may be
 JUNK = 30_000  # files that are no logs: a walk through them takes a while
 
 
@@ -79,7 +80,7 @@ class LiveTest(unittest.TestCase):
     def read_feed(self, path, request):
         feed = socket.socket(socket.AF_UNIX)
         self.addCleanup(feed.close)
-        feed.settimeout(10)
+        feed.settimeout(30)
         feed.connect(str(path))
         feed.sendall(json.dumps(request).encode() + b"\n")
         return map(json.loads, feed.makefile())
@@ -97,7 +98,7 @@ class LiveTest(unittest.TestCase):
         begin = time.monotonic()
         logger = self.run_logger()
         message, times = self.next(client, key="hello"), [time.monotonic()]
-        self.assertLess(times[0] - begin, 4)  # with the start of the logger
+        self.assertLess(times[0] - begin, 4 * PATIENCE)  # with the start of the logger
         self.assertEqual([{"variable": "x", "unit": "bar"}], message["hello"]["units"])
         hellos = seen = 0
         while len(times) < 12:
@@ -111,16 +112,16 @@ class LiveTest(unittest.TestCase):
         self.assertIn(hellos, (1, 2))
         self.assertGreater(seen, 5)
         self.assertGreater(times[-1] - times[0], 10.8)
-        self.assertLess(times[-1] - times[0], 20)
+        self.assertLess(times[-1] - times[0], 15 * PATIENCE)
         logger.kill(15)
         self.assertEqual("stopped", self.next(client, key="ended")["state"]["state"])
-        wait(lambda: "plant/gw/kiln: gone" in self.lines.text(), 5, "the end is shown")
+        wait(lambda: "plant/gw/kiln: gone" in self.lines.text(), 5 * PATIENCE, "the end is shown")
         self.assertRegex(self.lines.text(), r"plant/gw/kiln: running, sample 0 s old, read \d+, late \d+, lost 0\n")
 
     def test_a_distant_feed_is_that_of_the_logger(self):
         logger = self.run_logger()
         far = self.folder / "far" / FAR / "feed"
-        wait(lambda: far.exists() and self.status()["up"], 20, "the distant feed")
+        wait(lambda: far.exists() and self.status()["up"], 20 * PATIENCE, "the distant feed")
         status = self.status()
         self.assertEqual(("running", logger.process.pid, 10), (status["state"], status["pid"], status["period"]))
         hello = next(self.read_feed(far, {"want": ["sample"]}))
@@ -135,7 +136,7 @@ class LiveTest(unittest.TestCase):
                 self.assertEqual(number, values[0])
                 self.assertEqual(line, found[number] if request == "{}" else {**line, "values": [None, *values[::-1]]})
         logger.kill(9)
-        wait(lambda: not self.status()["up"], 10, "the distant feed says that the logger has gone")
+        wait(lambda: not self.status()["up"], 10 * PATIENCE, "the distant feed says that the logger has gone")
         self.assertIn("gone since", self.status()["problems"][0])
 
     def test_a_log_is_in_the_archive_as_soon_as_it_is_closed(self):
@@ -143,13 +144,13 @@ class LiveTest(unittest.TestCase):
         there = self.fleet.archive_folder / "plant/gw/logs"
         delays, end = {}, time.time() + 8
         while time.time() < end or len(delays) < 5:
-            self.assertLess(time.time(), end + 60, delays)
+            self.assertLess(time.time(), end + 60 * PATIENCE, delays)
             for path in self.logs.glob("*.rph"):
                 closed = path.stat().st_mtime
                 if path.name not in delays and closed > end - 8 and (there / path.name).exists():
                     delays[path.name] = time.time() - closed
             time.sleep(0.02)
-        self.assertLess(statistics.median(delays.values()), 1.5, delays)
+        self.assertLess(statistics.median(delays.values()), 1.5 * PATIENCE, delays)
 
     def test_bad_feeds_cost_only_themselves(self):
         secret = self.folder / "f/nodes/gw/secret.rph"
@@ -172,9 +173,9 @@ class LiveTest(unittest.TestCase):
         begin = time.monotonic()
         for _ in range(5):
             self.next(client)
-        self.assertLess(time.monotonic() - begin, 9)
+        self.assertLess(time.monotonic() - begin, 9 * PATIENCE)
         self.assertNotIn("sample", self.next(client, "huge", "state"))
-        wait(lambda: '"sample" of its feed has more than 512 KiB' in self.fleet.shippers["gw"].text(), 5, "a line about the huge sample")
+        wait(lambda: '"sample" of its feed has more than 512 KiB' in self.fleet.shippers["gw"].text(), 5 * PATIENCE, "a line about the huge sample")
         begin = time.time()
         (self.logs / "late.rph").write_bytes(b"no log")
         wait(lambda: (self.fleet.archive_folder / "plant/gw/logs/late.rph").exists(), 60, "a file is shipped")
@@ -191,7 +192,7 @@ class LiveTest(unittest.TestCase):
                            ("g", '{"live":1,"hello":%s,\n"state":%s}' % (hello.replace(",", ",\n"), json.dumps(STATE)))):
             client.publish(live + name, data.encode())
         far = self.folder / "far"
-        wait((far / "plant.evil.g/feed").exists, 5, "the one that is right has a feed")
+        wait((far / "plant.evil.g/feed").exists, 5 * PATIENCE, "the one that is right has a feed")
         found = self.read_feed(far / "plant.evil.g/feed", {"want": ["state"]})
         self.assertEqual(["hello", "state"], [next(found)["type"] for _ in range(2)])
         self.assertEqual(["plant.evil.g"], [one.name for one in far.iterdir() if "evil" in one.name])

@@ -108,7 +108,7 @@ class Client:
     """A connection that sends and takes messages one by one."""
 
     def __init__(self, port, user=None, password=None):
-        self.socket = socket.create_connection(("127.0.0.1", port), timeout=10)
+        self.socket = socket.create_connection(("127.0.0.1", port), timeout=30)
         self.lines = self.socket.makefile("rb")
         self.lines.readline()
         hello = {"verbose": False, "headers": True, "no_responders": True}
