@@ -192,7 +192,7 @@ TEST_F(Story, WhatHappenedOnTuesdayNight) {
     ASSERT_TRUE(WaitForPicture(*chart));
   }
   EXPECT_LT(SpanOf(*chart), 40 * kMinute);
-  const QPointF hot = PlaceOf(*chart, kHot + 1000, 0.5);
+  const QPointF hot = PlaceOf(*chart, kHot + kMinute / 4, 0.5);  // a pixel is some seconds
   QMouseEvent move(QEvent::MouseMove, hot, chart->View().mapToGlobal(hot), Qt::NoButton, Qt::NoButton, {});
   QApplication::sendEvent(&chart->View(), &move);
   QTest::keyClick(&chart->View(), Qt::Key_A);
