@@ -51,7 +51,7 @@ std::uint64_t BeginOf(const std::string& path, ELogForm form) {
 // Of 53 bits, which any reader of JSON takes.
 std::uint64_t NewLogNumber() {
   constexpr int kDropped = 11, kHalf = 32;
-  std::random_device random;
+  static std::random_device random;
   return (std::uint64_t{random()} << kHalf | random()) >> kDropped;
 }
 

@@ -84,9 +84,13 @@ CShipState::CShipState(const std::string& path)
 
 void CShipState::AddUp() {
   m_sums = {};
-  CStatement sums(m_store, "SELECT state, count(*), coalesce(sum(size), 0) FROM file GROUP BY state");
-  while (sums.Step())
-    if (sums.Unsigned(0) < kShippedStates) m_sums[sums.Unsigned(0)] = {sums.Unsigned(1), sums.Unsigned(2)};
+  CStatement rows(m_store, "SELECT state, size FROM file");  // a GROUP BY would take memory for each row
+  while (rows.Step()) {
+    if (rows.Unsigned(0) >= kShippedStates) continue;
+    CSum& sum = m_sums[rows.Unsigned(0)];
+    ++sum.files;
+    sum.bytes += rows.Unsigned(1);
+  }
 }
 
 std::optional<CShipFile> CShipState::Find(std::string_view key) {
