@@ -101,7 +101,7 @@ void CArchiver::SetUp(Time now) {
     m_isReady = true;
     m_wanted = 0;
   } catch (const CNatsFault& fault) {
-    m_log.Tell(std::string(kLogStream) + ": " + fault.what() + " (vastra-fleet init makes it)");
+    m_log.Tell(fault.what());
   } catch (const std::exception& fault) {  // of the answer, or of the record
     m_log.Tell(std::string(kLogStream) + ": " + fault.what());
   }

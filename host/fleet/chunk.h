@@ -13,6 +13,7 @@ namespace vastra {
 
 // Chunk N of a file begins at N times this; only the last one can be shorter.
 constexpr std::size_t kChunkSize = std::size_t{256} << 10;
+constexpr std::int64_t kMostInMessage = 2 * kChunkSize;  // with the head
 constexpr std::uint64_t kLargestFile = std::uint64_t{64} << 30;
 // A file of at most this size can go into a pack, and a pack has at most kChunkSize bytes.
 constexpr std::size_t kSmallFile = std::size_t{32} << 10;

@@ -321,9 +321,13 @@ void CChunkSender::Adapt(const CUnderWay& answered, Time now) {
   if (delay < kQuickAnswer) {
     m_window = std::min(kMostBytes, m_window + answered.bytes);
   } else if (delay > kSlowAnswer && answered.sent > m_narrowed) {
-    m_window = std::max<std::uint64_t>(1, m_window / 2);
-    m_narrowed = now;
+    Narrow(now);
   }
+}
+
+void CChunkSender::Narrow(Time now) {
+  m_window = std::max<std::uint64_t>(1, m_window / 2);
+  m_narrowed = now;
 }
 
 // Messages without an answer are sent again: those of an earlier connection, and those that are old. A repeat
@@ -331,6 +335,7 @@ void CChunkSender::Adapt(const CUnderWay& answered, Time now) {
 void CChunkSender::TakeBack(Time now) {
   const bool isNew = m_connection != m_link.Connections();
   m_connection = m_link.Connections();
+  if (isNew) Narrow(now);  // the line can have been too slow for the servers' answers to a ping
   for (auto one = m_underWay.begin(); one != m_underWay.end();) {
     if (!isNew && now - one->second.sent < kAnswerTime) break;  // in the order of their time
     if (const auto send = m_sends.find(one->second.send); send != m_sends.end()) {

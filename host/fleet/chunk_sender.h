@@ -31,6 +31,8 @@ class CChunkSender {
   // Sends one chunk of a file again, if the file is still what it was.
   void SendAgain(const CShipFile& file, std::uint64_t chunk);
 
+  // The servers have refused what was sent last.
+  bool IsRefused() const { return m_block.count() > 0; }
   bool IsIdle() const { return m_sends.empty(); }
   // When Work has something to do without an answer.
   Time Due(Time now) const;
@@ -78,6 +80,7 @@ class CChunkSender {
   static void Cancel(CSend& send);
   void TakeBack(Time now);
   void Adapt(const CUnderWay& answered, Time now);
+  void Narrow(Time now);
 
   CNatsLink& m_link;
   CShipState& m_state;

@@ -1,5 +1,6 @@
 #include "host/fleet/fleet_streams.h"
 
+#include <algorithm>
 #include <ctime>
 #include <ostream>
 
@@ -43,7 +44,7 @@ std::optional<nlohmann::json> ConfigOf(CNatsLink& link, const char* stream) {
   try {
     return link.Ask(StreamRequest("INFO", stream), nullptr, kStreamPatience).at("config");
   } catch (const CNatsFault& fault) {
-    if (std::string_view(fault.what()) == "stream not found") return std::nullopt;
+    if (fault.Error() == CNatsFault::kNoStream) return std::nullopt;
     throw;
   } catch (const nlohmann::json::exception& fault) {
     throw CNatsFault(std::string(stream) + ": " + fault.what());
@@ -55,6 +56,7 @@ struct CPlan {
   CJson wish;
   const char* operation;  // null: nothing is to be done
   std::string words;
+  std::string changes = {};  // each after "; "
 };
 
 void RefuseLower(const char* name, const char* what, std::int64_t wish, std::int64_t have) {
@@ -63,26 +65,53 @@ void RefuseLower(const char* name, const char* what, std::int64_t wish, std::int
                    std::to_string(wish) + "; nothing was changed");
 }
 
+// Without these a stream cannot carry a fleet.
+void CheckUse(const char* name, const CJson& wish, const nlohmann::json& config) {
+  for (const char* key : {"retention", "subjects", "storage"})
+    if (config.value(key, nlohmann::json()) != nlohmann::json(wish[key]))
+      throw CNatsFault(std::string(name) + ": is there already, but its " + key + " should be " +
+                       JsonText(wish[key]) + "; nothing was changed");
+}
+
+bool IsRaised(const std::string& key) {
+  constexpr const char* kRaised[] = {"num_replicas", "max_bytes",    "max_msgs_per_subject",
+                                     "discard",      "allow_direct", "discard_new_per_subject"};
+  return std::ranges::find(kRaised, key) != std::end(kRaised);
+}
+
+// What an administrator has set besides stays.
+CPlan ChangeOf(const char* name, const CJson& wish, const nlohmann::json& config) {
+  CPlan plan = {name, CJson(config), nullptr, "is there"};
+  for (const auto& [key, value] : wish.items()) {
+    const nlohmann::json have = config.value(key, nlohmann::json());
+    const bool isOff = (have.is_null() && value == false) || key == "description";
+    if (isOff || have == nlohmann::json(value)) continue;
+    if (IsRaised(key)) {
+      plan.wish[key] = value;
+      plan.operation = "UPDATE";
+      plan.words = "changed";
+      plan.changes += "; " + key + " is now " + JsonText(value) + ", was " + JsonText(CJson(have));
+    } else {
+      plan.changes += "; " + key + " stays " + JsonText(CJson(have)) + ", a new one has " + JsonText(value);
+    }
+  }
+  return plan;
+}
+
 CPlan PlanOf(CNatsLink& link, const char* name, CJson wish, const CStreamWishes& wishes) {
-  wish["num_replicas"] = wishes.replicas;
-  const bool isLog = name == kLogStream;
-  if (isLog && wishes.maxBytes > 0) wish["max_bytes"] = wishes.maxBytes;
+  constexpr std::int64_t kReplicas = 3;
   const std::optional<nlohmann::json> config = ConfigOf(link, name);
+  const std::int64_t replicas = config ? config->value("num_replicas", std::int64_t{1}) : 0;
+  const bool isLog = name == kLogStream;
+  wish["num_replicas"] = wishes.replicas > 0 ? wishes.replicas : std::max(replicas, kReplicas);
+  if (isLog && wishes.maxBytes > 0) wish["max_bytes"] = wishes.maxBytes;
   if (!config) return {name, std::move(wish), "CREATE", "made"};
-  const std::int64_t replicas = config->value("num_replicas", std::int64_t{1});
+  CheckUse(name, wish, *config);
   const std::int64_t bytes = config->value("max_bytes", std::int64_t{-1});
-  if (config->value("retention", std::string()) != wish["retention"])
-    throw CNatsFault(std::string(name) + ": is there already, with another retention than \"" +
-                     wish["retention"].get<std::string>() + "\"");
-  if (wishes.replicas < replicas) RefuseLower(name, "replicas", wishes.replicas, replicas);
+  if (wish["num_replicas"] < replicas) RefuseLower(name, "replicas", wishes.replicas, replicas);
   if (isLog && IsLower(wishes.maxBytes, bytes))
     RefuseLower(name, "the limit of bytes", wishes.maxBytes, bytes);
-  CJson changed = CJson(*config);  // what an administrator has set besides stays
-  for (const char* key :
-       {"num_replicas", "max_bytes", "max_msgs_per_subject", "discard", "discard_new_per_subject"})
-    if (wish.contains(key)) changed[key] = wish[key];
-  if (nlohmann::json(changed) == *config) return {name, changed, nullptr, "is there"};
-  return {name, changed, "UPDATE", "changed"};
+  return ChangeOf(name, wish, *config);
 }
 
 }  // namespace
@@ -121,7 +150,8 @@ void MakeStreams(CNatsLink& link, const CStreamWishes& wishes, std::ostream& out
   for (const CPlan& plan : plans) {
     if (plan.operation != nullptr)
       link.Ask(StreamRequest(plan.operation, plan.name), plan.wish, kStreamPatience);
-    out << plan.name << ": " << plan.words << ", " << plan.wish["num_replicas"] << " replicas\n";
+    out << plan.name << ": " << plan.words << ", " << plan.wish["num_replicas"] << " replicas" << plan.changes
+        << "\n";
   }
 }
 

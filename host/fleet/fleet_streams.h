@@ -15,16 +15,18 @@ constexpr const char* kReceiptStream = "VASTRA_DONE";   // receipts, for nodes t
 constexpr const char* kStatusStream = "VASTRA_STATUS";  // the newest report of each node
 
 struct CStreamWishes {
-  std::int64_t replicas = 3;
+  std::int64_t replicas = 0;  // 0: as it is, and at least 3
   std::int64_t maxBytes = 0;  // of the chunks; 0: as it is, and without a limit if it is new
 };
 
-// Makes the streams, or raises what they have. A line about each goes to out. Throws CNatsFault, also for a
-// stream that has more than is wished: nothing is changed then.
+// Makes the streams, or raises what they have. A line about each goes to out, with what an administrator has
+// set otherwise, which stays. Throws CNatsFault, also for a stream that has more than is wished, or that
+// cannot be of use: nothing is changed then.
 void MakeStreams(CNatsLink& link, const CStreamWishes& wishes, std::ostream& out);
 
-// What an administrator has to set, as a configuration of the server with the users of nodes.
-void PrintServerSettings(const std::vector<CFleetNode>& nodes, std::ostream& out);
+// What an administrator has to set, as a configuration of the server with the users of nodes. A node without
+// a name is the user by which the server of a site is a leaf.
+void PrintServerSettings(const std::vector<CFleetNode>& nodes, const std::string& domain, std::ostream& out);
 
 // Subjects of the servers' interface.
 std::string StreamRequest(const char* operation, const char* stream);  // "INFO", "CREATE", ...

@@ -30,7 +30,7 @@ class CUseFault : public std::runtime_error {
 struct COptions {
   CNatsOptions servers;
   CStreamWishes streams;
-  std::vector<std::string> nodes;
+  std::vector<std::string> nodes, leaves;
   CShipperOptions ship;
   std::vector<std::string> folders;
   CArchiverOptions archive;
@@ -91,6 +91,12 @@ std::string StateFolder(const std::string& given, const std::string& name) {
   return std::string(home) + "/.local/state/vastra-fleet/" + name;
 }
 
+const std::string& CheckedName(const char* option, const std::string& name) {
+  if (!IsFleetName(name))
+    throw CUseFault(std::string(option) + " is the name of a folder: \"" + name + "\" is none");
+  return name;
+}
+
 CFleetNode ParseNode(const std::string& text) {
   const std::size_t slash = text.find('/');
   CFleetNode node = {text.substr(0, slash), slash == std::string::npos ? "" : text.substr(slash + 1)};
@@ -134,9 +140,14 @@ std::int64_t ParseAge(const std::string& text) {
   throw CUseFault("--delete-after " + text + ": is not an age such as 12h or 30d");
 }
 
+bool IsDomain(const std::string& name) {
+  return !name.empty() && name.find_first_of(". *>\t") == std::string::npos;
+}
+
 int Init(COptions& options) {
   if (options.servers.servers.empty() && !options.isPrint) throw CUseFault("init needs --server URL");
   std::vector<CFleetNode> nodes;
+  for (const std::string& site : options.leaves) nodes.push_back({CheckedName("--leaf", site), ""});
   for (const std::string& text : options.nodes) nodes.push_back(ParseNode(text));
   if (!options.isPrint) {
     options.servers.name = "vastra-fleet init";
@@ -145,20 +156,20 @@ int Init(COptions& options) {
     link.WaitUp(kPatience);
     MakeStreams(link, options.streams, std::cout);
   }
-  PrintServerSettings(nodes, std::cout);
+  PrintServerSettings(nodes, options.servers.domain, std::cout);
   return kDone;
 }
 
 int Ship(COptions& options) {
   CShipperOptions& ship = options.ship;
-  for (const std::string* const name : {&ship.node.site, &ship.node.name})
-    if (!IsFleetName(*name))
-      throw CUseFault("--site and --node are names of folders: \"" + *name + "\" is none");
+  CheckedName("--site", ship.node.site);
+  CheckedName("--node", ship.node.name);
   ship.folders = ParseFolders(options.folders);
   if (!options.deleteAfter.empty()) ship.deleteAfter = ParseAge(options.deleteAfter);
   ship.state = StateFolder(ship.state, "ship-" + Token(ship.node.site) + "-" + Token(ship.node.name));
   options.servers.name = "vastra-fleet ship " + ship.node.site + "/" + ship.node.name;
   options.servers.inbox = InboxOf(ship.node);
+  options.servers.payload = kMostInMessage;
   CToldOnce log(Print);
   CEnd::Block();
   CNatsLink link(options.servers);
@@ -226,9 +237,20 @@ CLI::Option* AddServers(CLI::App* command, COptions& options) {
       ->type_name("FILE");
   command->add_option("--tls-ca", options.servers.authority, "who signs the servers' certificates, in PEM")
       ->type_name("FILE");
-  command->add_option("--tls-cert", options.servers.certificate, "the certificate of this client, in PEM")
-      ->type_name("FILE");
-  command->add_option("--tls-key", options.servers.key, "its key, in PEM")->type_name("FILE");
+  CLI::Option* const certificate =
+      command->add_option("--tls-cert", options.servers.certificate, "the certificate of this client, in PEM")
+          ->type_name("FILE");
+  CLI::Option* const key =
+      command->add_option("--tls-key", options.servers.key, "its key, in PEM")->type_name("FILE");
+  certificate->needs(key);
+  key->needs(certificate);
+  command
+      ->add_option("--domain", options.servers.domain,
+                   "of JetStream, where the streams are; that of the server without it")
+      ->type_name("NAME")
+      ->check([](const std::string& name) {
+        return IsDomain(name) ? "" : name + ": is not the name of a domain";
+      });
   return server;
 }
 
@@ -245,12 +267,16 @@ CCommand AddInit(CLI::App& line, COptions& options) {
   CLI::Option* const print = init->add_flag("--print", options.isPrint,
                                             "only prints the settings of the servers, without asking them");
   print->excludes(server);
-  init->add_option("--replicas", options.streams.replicas, "servers that have each message; 3 without it")
+  init->add_option("--replicas", options.streams.replicas,
+                   "servers that have each message; at least 3 without it")
       ->check(CLI::Range(1, 5));
   init->add_option("--max-bytes", options.streams.maxBytes, "of chunks that wait, at most; such as 50GB")
       ->transform(CLI::AsSizeValue(true));
   init->add_option("--node", options.nodes, "prints the user of this node; repeatable")
       ->type_name("SITE/NODE");
+  init->add_option("--leaf", options.leaves,
+                   "prints the user by which the server of this site is a leaf; repeatable")
+      ->type_name("SITE");
   return {init, Init};
 }
 

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <charconv>
@@ -10,20 +11,23 @@
 #include <sstream>
 #include <thread>
 
+#include "host/fleet/nats_faults.h"
+
 namespace vastra {
 namespace {
 
 constexpr int kReconnectWait = 500, kReconnectJitter = 500, kConnectTimeout = 5000;  // ms
-constexpr int kPingInterval = 20000;
-constexpr int kWriteDeadline =
-    5000;  // of a call that sends; a server that takes nothing would hold it for ever
+// A server that has stopped is left after the third ping without an answer. A chunk on a slow line must have
+// passed by then, for an answer comes after it; so must a call that sends, which such a server would hold.
+constexpr int kPingInterval = 10000, kUnansweredPings = 2, kWriteDeadline = 20000;
 constexpr std::chrono::milliseconds kLook{20}, kAbsence{5000}, kAbsenceTold{60000};
 constexpr int kReconnectBuffer = 1;  // nothing is kept for later: who sends asks whether it came
 
 void Check(natsStatus status, const std::string& what) {
   if (status == NATS_OK) return;
   const char* const last = nats_GetLastError(nullptr);
-  throw CNatsFault(what + ": " + (last != nullptr && *last != 0 ? last : natsStatus_GetText(status)));
+  throw CNatsFault(what + ": " +
+                   FaultWords(last != nullptr && *last != 0 ? last : natsStatus_GetText(status)));
 }
 
 std::string ReadSecret(const std::string& path) {
@@ -82,6 +86,7 @@ class COptions {
     Check(natsOptions_SetReconnectBufSize(m_options, kReconnectBuffer), "reconnect");
     Check(natsOptions_SetTimeout(m_options, kConnectTimeout), "time-out");
     Check(natsOptions_SetPingInterval(m_options, kPingInterval), "ping");
+    Check(natsOptions_SetMaxPingsOut(m_options, kUnansweredPings), "ping");
     Check(natsOptions_SetWriteDeadline(m_options, kWriteDeadline), "deadline");
   }
   COptions(const COptions&) = delete;
@@ -102,6 +107,8 @@ class COptions {
 
   void AddSecrets(const CNatsOptions& options) {
     if (!options.creds.empty()) AddCredentials(options.creds);
+    for (const std::string* const file : {&options.authority, &options.certificate, &options.key})
+      if (!file->empty()) ReadSecret(*file);  // says why it cannot be read; the library does not
     if (!options.authority.empty() || !options.certificate.empty())
       Check(natsOptions_SetSecure(m_options, true), "TLS");
     if (!options.authority.empty())
@@ -130,6 +137,12 @@ class COptions {
 
 }  // namespace
 
+std::string InDomain(const std::string& subject, const std::string& domain) {
+  constexpr std::string_view kRoot = "$JS.", kInterface = "$JS.API.";
+  if (domain.empty() || !subject.starts_with(kInterface)) return subject;
+  return std::string(kRoot) + domain + "." + subject.substr(kRoot.size());
+}
+
 std::string_view CNatsMessage::Reply() const {
   const char* const reply = natsMsg_GetReply(m_message.get());
   return reply == nullptr ? std::string_view() : reply;
@@ -145,7 +158,10 @@ std::string_view CNatsMessage::Header(const char* name) const {
                                                                                          : std::string_view();
 }
 
-CNatsLink::CNatsLink(const CNatsOptions& options) : m_wish(Secret(options)), m_inbox(m_wish.inbox) {
+// With a constructor of its own the object is there, so that a fault below ends the connection.
+CNatsLink::CNatsLink(CSecret wish) : m_wish(std::move(wish.options)), m_inbox(m_wish.inbox) {}
+
+CNatsLink::CNatsLink(const CNatsOptions& options) : CNatsLink(CSecret{Secret(options)}) {
   const COptions made(m_wish);
   Check(natsOptions_SetErrorHandler(made.Get(), OnError, this), "handler");
   Check(natsOptions_SetReconnectedCB(made.Get(), OnUp, this), "handler");
@@ -179,7 +195,7 @@ unsigned CNatsLink::Connections() const {
 
 void CNatsLink::WaitUp(std::chrono::milliseconds patience) {
   const Time until = std::chrono::steady_clock::now() + patience;
-  while (!IsUp() && std::chrono::steady_clock::now() < until) std::this_thread::sleep_for(kLook);
+  for (; !IsUp() && std::chrono::steady_clock::now() < until; CheckOpen()) std::this_thread::sleep_for(kLook);
   if (!IsUp()) throw CNatsFault(Absence());
 }
 
@@ -192,7 +208,7 @@ std::string CNatsLink::Absence() const {
     natsConnection_Destroy(trial);
     Check(status, shown);
   } catch (const CNatsFault& fault) {
-    return std::string("no server answers at ") + fault.what();
+    return std::string("no connection to ") + fault.what();
   }
   return "the connection to " + shown + " was lost for a moment";
 }
@@ -200,6 +216,12 @@ std::string CNatsLink::Absence() const {
 // The library gives up after servers have refused the user twice.
 void CNatsLink::CheckOpen() const {
   if (natsConnection_IsClosed(m_connection)) throw CNatsFault(Absence());
+  if (const std::int64_t most = natsConnection_GetMaxPayload(m_connection); IsUp() && most < m_wish.payload)
+    throw CNatsFault("a server takes messages of " + std::to_string(most) +
+                     " bytes at most, but chunks of logs need " + std::to_string(m_wish.payload) +
+                     ": set max_payload of " + ShownServers(m_wish.servers));
+  const std::lock_guard guard(m_lock);
+  if (!m_deaf.empty()) throw CNatsFault("servers: " + m_deaf);
 }
 
 std::vector<std::string> CNatsLink::TakeFaults() {
@@ -220,19 +242,22 @@ void CNatsLink::ListenLossy(const std::string& subject) { Subscribe(subject, OnL
 
 void CNatsLink::Subscribe(const std::string& subject, natsMsgHandler hear) {
   natsSubscription* subscription = nullptr;
+  const natsStatus status =
+      natsConnection_Subscribe(&subscription, m_connection, subject.c_str(), hear, this);
+  if (status == NATS_OK) m_subscriptions.push_back(subscription);
   CheckOpen();
-  Check(natsConnection_Subscribe(&subscription, m_connection, subject.c_str(), hear, this), subject);
-  m_subscriptions.push_back(subscription);
+  Check(status, subject);
   Check(natsSubscription_SetPendingLimits(subscription, -1, -1), subject);
 }
 
 bool CNatsLink::Publish(const std::string& subject, std::string_view data, const std::string& reply) {
   if (!IsUp()) return false;
   const int size = static_cast<int>(data.size());
+  const std::string to = InDomain(subject, m_wish.domain);
   const natsStatus status =
       reply.empty()
-          ? natsConnection_Publish(m_connection, subject.c_str(), data.data(), size)
-          : natsConnection_PublishRequest(m_connection, subject.c_str(), reply.c_str(), data.data(), size);
+          ? natsConnection_Publish(m_connection, to.c_str(), data.data(), size)
+          : natsConnection_PublishRequest(m_connection, to.c_str(), reply.c_str(), data.data(), size);
   // Without a connection nothing is wrong: it is tried again.
   if (status != NATS_OK && status != NATS_CONNECTION_DISCONNECTED && status != NATS_INSUFFICIENT_BUFFER)
     Tell("a message is not sent: " + std::string(natsStatus_GetText(status)));
@@ -251,15 +276,19 @@ bool CNatsLink::PublishHeader(const std::string& subject, const char* header, co
 nlohmann::json CNatsLink::Ask(const std::string& subject, const CJson& question,
                               std::chrono::milliseconds patience) {
   const std::string text = question.is_null() ? "" : JsonText(question);
+  const std::string to = InDomain(subject, m_wish.domain);
   natsMsg* answer = nullptr;
-  Check(natsConnection_RequestString(&answer, m_connection, subject.c_str(), text.c_str(), patience.count()),
-        subject);
+  const natsStatus status =
+      natsConnection_RequestString(&answer, m_connection, to.c_str(), text.c_str(), patience.count());
+  if (const std::string denial = Denial(); status != NATS_OK && !denial.empty()) throw CNatsFault(denial);
+  Check(status, to);
   const CNatsMessage owner(answer);
   try {
     nlohmann::json json = ParseJson(owner.Data());
     if (!json.is_object()) throw CNatsFault(subject + ": the answer is not an object");
     if (json.contains("error"))
-      throw CNatsFault(json["error"].value("description", "an error without words"));
+      throw CNatsFault(to + ": " + FaultWords(json["error"].value("description", "an error without words")),
+                       json["error"].value("err_code", 1));
     return json;
   } catch (const CJsonFault& fault) {
     throw CNatsFault(subject + ": " + fault.Text().Std());
@@ -285,9 +314,17 @@ void CNatsLink::Wake() {
 void CNatsLink::Tell(const std::string& fault) {
   const std::lock_guard guard(m_lock);
   constexpr std::size_t kMost = 100;
-  if (m_faults.size() < kMost) m_faults.push_back(fault);
+  if (m_faults.size() < kMost && std::ranges::find(m_faults, fault) == m_faults.end())
+    m_faults.push_back(fault);
   m_isWoken = true;
   m_changed.notify_one();
+}
+
+// The servers say only to the connection, not to who asks, that a subject is not permitted.
+std::string CNatsLink::Denial() const {
+  const std::lock_guard guard(m_lock);
+  const auto denial = std::ranges::find_if(m_faults, [](auto& fault) { return fault.starts_with(kDenied); });
+  return denial == m_faults.end() ? "" : "servers: " + *denial;
 }
 
 void CNatsLink::OnMessage(natsConnection*, natsSubscription*, natsMsg* message, void* link) {
@@ -311,9 +348,13 @@ void CNatsLink::OnLossy(natsConnection*, natsSubscription*, natsMsg* message, vo
 }
 
 void CNatsLink::OnError(natsConnection* connection, natsSubscription*, natsStatus status, void* link) {
-  const char* words = nullptr;
-  natsConnection_GetLastError(connection, &words);
-  static_cast<CNatsLink*>(link)->Tell(words != nullptr && *words != 0 ? words : natsStatus_GetText(status));
+  CNatsLink& self = *static_cast<CNatsLink*>(link);
+  const char* last = nullptr;
+  natsConnection_GetLastError(connection, &last);
+  const std::string words = FaultWords(last != nullptr && *last != 0 ? last : natsStatus_GetText(status));
+  self.Tell(words);
+  const std::lock_guard guard(self.m_lock);
+  if (words.starts_with(kDeniedToHear)) self.m_deaf = words;
 }
 
 void CNatsLink::OnUp(natsConnection*, void* link) {
@@ -329,7 +370,7 @@ void CNatsLink::OnDown(natsConnection* connection, void* link) {
   const natsStatus status = natsConnection_GetLastError(connection, &words);
   static_cast<CNatsLink*>(link)->Tell(
       std::string("the connection is lost") +
-      (status != NATS_OK && words != nullptr && *words != 0 ? std::string(": ") + words : ""));
+      (status != NATS_OK && words != nullptr && *words != 0 ? ": " + FaultWords(words) : ""));
 }
 
 std::uint64_t AnswerNumber(const CNatsMessage& answer) {
@@ -340,7 +381,8 @@ std::uint64_t AnswerNumber(const CNatsMessage& answer) {
 }
 
 CStoredAnswer ParseStored(const CNatsMessage& answer) {
-  if (answer.Header("Status") == "503") return {0, 503, "there is no stream for it (vastra-fleet init)"};
+  if (answer.Header("Status") == "503")
+    return {0, 503, "no stream takes it (vastra-fleet init makes the streams, in the account of this user)"};
   try {
     const nlohmann::json json = ParseJson(answer.Data());
     if (const auto error = json.find("error"); error != json.end())

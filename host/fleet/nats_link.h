@@ -26,12 +26,25 @@ struct CNatsOptions {
   std::string authority, certificate, key;  // files, in PEM; any of them means TLS
   std::string name;                         // of this client, as the server lists it
   std::string inbox;                        // beginning of the subjects of answers, before a random token
+  std::string domain;                       // of JetStream; empty: the one of the server
+  std::int64_t payload = 0;                 // bytes that a message must be able to have
 };
 
+// error: the server's number for why; 0 without one.
 class CNatsFault : public std::runtime_error {
  public:
-  using std::runtime_error::runtime_error;
+  explicit CNatsFault(const std::string& text, int error = 0) : std::runtime_error(text), m_error(error) {}
+  int Error() const { return m_error; }
+
+  static constexpr int kNoStream = 10059;
+
+ private:
+  int m_error;
 };
+
+// A subject of the servers' interface, "$JS.API....", as it is from outside of the domain: another one has an
+// interface of its own. Others are returned as they are.
+std::string InDomain(const std::string& subject, const std::string& domain);
 
 // A message that came. All views are valid while it exists.
 class CNatsMessage {
@@ -59,13 +72,14 @@ class CNatsLink {
   ~CNatsLink();
 
   bool IsUp() const;
-  // Waits for the first connection. Throws CNatsFault without one in this time.
+  // Waits for the first connection. Throws CNatsFault without one in this time, or if there will be none.
   void WaitUp(std::chrono::milliseconds patience);
   // Counts the connections that were made: whoever has something at the server that ends with a connection
   // compares.
   unsigned Connections() const;
   // What the servers complained about since the last call, such as a subject that is not permitted, and why
-  // there is no connection. Throws CNatsFault when there will be none: the servers refuse the user.
+  // there is no connection. Throws CNatsFault for what stays so: the servers refuse the user, do not let it
+  // hear a subject, or take only smaller messages.
   std::vector<std::string> TakeFaults();
 
   // Messages of this subject, wildcards allowed, come to Take. Throws CNatsFault.
@@ -75,6 +89,7 @@ class CNatsLink {
   // The beginning of the subjects of answers of a kind, which come to Take.
   std::string AnswerSubject(std::string_view kind) const { return m_inbox + ".a." + std::string(kind) + "."; }
 
+  // Subjects "$JS.API...." of the following are those of the domain.
   // Sends without waiting for an answer. False if there is no connection; the message is gone then.
   bool Publish(const std::string& subject, std::string_view data, const std::string& reply = {});
   // The same with a header.
@@ -89,6 +104,10 @@ class CNatsLink {
   void Wake();
 
  private:
+  struct CSecret {
+    CNatsOptions options;
+  };
+  explicit CNatsLink(CSecret wish);
   static void OnMessage(natsConnection*, natsSubscription*, natsMsg* message, void* link);
   static void OnLossy(natsConnection*, natsSubscription*, natsMsg* message, void* link);
   static void OnError(natsConnection*, natsSubscription*, natsStatus status, void* link);
@@ -96,6 +115,7 @@ class CNatsLink {
   static void OnDown(natsConnection*, void* link);
   void Subscribe(const std::string& subject, natsMsgHandler hear);
   void Tell(const std::string& fault);
+  std::string Denial() const;
   std::string Absence() const;
   void CheckOpen() const;
 
@@ -112,6 +132,7 @@ class CNatsLink {
   unsigned m_connections = 0;
   Time m_checked = std::chrono::steady_clock::now();  // when there was a connection, or its absence was told
   std::vector<std::string> m_faults;
+  std::string m_deaf;  // the servers do not let this user hear a subject: why
 };
 
 // The number at the end of an answer's subject; 0 without one.

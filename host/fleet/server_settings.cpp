@@ -23,6 +23,14 @@ CUser UserOf(const CFleetNode& node) {
           {InboxOf(node) + ".>", own("done") + ".>", own("ask") + ".>"}};
 }
 
+// The server of a site may pass on what its nodes may say and hear.
+CUser LeafOf(const std::string& site) {
+  const auto all = [&](const char* kind) { return "vastra." + std::string(kind) + "." + Token(site) + ".>"; };
+  return {site,
+          {all("log"), all("live"), all("status"), NewestRequest(kReceiptStream, all("done"))},
+          {"_INBOX." + Token(site) + ".>", all("done"), all("ask")}};
+}
+
 CUser Archive() {
   return {"archive",
           {"vastra.done.>", "vastra.ask.>", "$JS.ACK.>", StreamRequest("INFO", kLogStream),
@@ -53,28 +61,40 @@ void PrintList(const char* word, const CSubjects& subjects, std::ostream& out) {
   out << "]\n";
 }
 
-void PrintUser(const CUser& user, std::ostream& out) {
+// The servers of the domain look for the short form, those at its leaves for the long one.
+CSubjects InBoth(CSubjects subjects, const std::string& domain) {
+  for (std::size_t i = 0; i < subjects.size(); ++i)
+    if (std::string there = InDomain(subjects[i], domain); there != subjects[i])
+      subjects.insert(subjects.begin() + static_cast<std::ptrdiff_t>(++i), std::move(there));
+  return subjects;
+}
+
+void PrintUser(const CUser& user, const std::string& domain, std::ostream& out) {
   out << "      { user: " << Quoted(user.name) << ", password: \"...\", permissions: {\n";
-  PrintList("publish", user.publish, out);
+  PrintList("publish", InBoth(user.publish, domain), out);
   PrintList("subscribe", user.subscribe, out);
   out << "      } }\n";
 }
 
 }  // namespace
 
-void PrintServerSettings(const std::vector<CFleetNode>& nodes, std::ostream& out) {
+void PrintServerSettings(const std::vector<CFleetNode>& nodes, const std::string& domain, std::ostream& out) {
   out << "# For the configuration of each server. Set the passwords, as bcrypt hashes.\n"
          "max_payload: 1MB                # at least 512 KB\n"
-         "jetstream: { store_dir: \"/var/lib/nats\", max_file_store: 100GB }\n"
+         "ping_interval: 10s              # leaf servers too: one that has stopped is left after 30 seconds\n"
+         "jetstream: { store_dir: \"/var/lib/nats\", max_file_store: 100GB"
+      << (domain.empty() ? "" : ", domain: " + domain)
+      << " }\n"
          "tls: { cert_file: \"server.pem\", key_file: \"server.key\", ca_file: \"ca.pem\" }\n"
          "accounts: {\n"
          "  VASTRA: {\n"
          "    jetstream: enabled\n"
          "    users: [\n"
          "      { user: \"admin\", password: \"...\" }   # for vastra-fleet init\n";
-  for (const CUser& user : {Archive(), Looker()}) PrintUser(user, out);
+  for (const CUser& user : {Archive(), Looker()}) PrintUser(user, domain, out);
   if (nodes.empty()) out << "      # and one for each node: vastra-fleet init --node SITE/NODE prints it\n";
-  for (const CFleetNode& node : nodes) PrintUser(UserOf(node), out);
+  for (const CFleetNode& node : nodes)
+    PrintUser(node.name.empty() ? LeafOf(node.site) : UserOf(node), domain, out);
   out << "    ]\n"
          "  }\n"
          "}\n"

@@ -8,7 +8,7 @@
 namespace vastra {
 namespace {
 
-constexpr std::chrono::seconds kReportTurn{10}, kNoReportTurn{1};
+constexpr std::chrono::seconds kReportTurn{10}, kNoReportTurn{1}, kStuck{60};
 constexpr std::chrono::milliseconds kPause{60000}, kNoPause{0};  // between two versions of a name
 constexpr std::chrono::milliseconds kCommitTurn{500};  // what happens to a file within it is one write
 
@@ -40,8 +40,9 @@ CShipper::CShipper(CNatsLink& link, const CShipperOptions& options, CToldOnce& l
 
 bool CShipper::Run(const std::atomic<bool>& end) {
   if (m_isOnce) m_state.MakeDue();
-  while (!end && !(m_isOnce && IsDone(std::chrono::steady_clock::now()))) {
+  while (!end) {
     const Time now = std::chrono::steady_clock::now();
+    if (m_isOnce && (IsDone(now) || IsStuck(now))) break;
     for (const CNatsMessage& message : m_link.Take(NextTurn(now)))
       Hear(message, std::chrono::steady_clock::now());
     Turn(std::chrono::steady_clock::now());
@@ -61,13 +62,22 @@ std::string CShipper::Summary() const {
 }
 
 void CShipper::Turn(Time now) {
-  for (const std::string& fault : m_link.TakeFaults()) m_log.Tell("servers: " + fault);
+  HearFaults();
   HearRelay(now);
   m_files.Work(now);
   m_sender.Work(now);
   m_receipts.Work(now);
   m_state.Commit(kCommitTurn);
   Report(now);
+}
+
+// Without the right to send logs a call that is to end would wait for ever.
+void CShipper::HearFaults() {
+  const std::string ownLogs = "Publish to \"" + NodeSubject("log", m_node) + ".>";
+  for (const std::string& fault : m_link.TakeFaults()) {
+    if (m_isOnce && fault.find(ownLogs) != std::string::npos) throw CNatsFault("servers: " + fault);
+    m_log.Tell("servers: " + fault);
+  }
 }
 
 // A log that a logger has closed is sent at once: the walk would find it later.
@@ -91,6 +101,13 @@ bool CShipper::IsDone(Time now) {
   return m_files.IsComplete(now) && m_sender.IsIdle() && isHeard &&
          (IsSent() ||
           (m_state.Waiting(false, WallClock(), 1).empty() && m_state.Waiting(true, WallClock(), 1).empty()));
+}
+
+bool CShipper::IsStuck(Time now) {
+  if (m_link.IsUp() && !m_sender.IsRefused()) m_taken = now;
+  if (now - m_taken < kStuck) return false;
+  m_log.Tell("the servers have taken nothing for a minute: given up");
+  return true;
 }
 
 void CShipper::Hear(const CNatsMessage& message, Time now) {

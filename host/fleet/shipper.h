@@ -28,18 +28,21 @@ class CShipper {
   // Throws CStoreFault, CNatsFault and std::system_error.
   CShipper(CNatsLink& link, const CShipperOptions& options, CToldOnce& log);
 
-  // Until end is set and the link was woken; with isOnce until the servers have all files that are there.
+  // Until end is set and the link was woken; with isOnce until the servers have all files that are there, or
+  // have taken nothing for a minute. Throws CNatsFault for what stays so.
   // Returns whether they have them.
   bool Run(const std::atomic<bool>& end);
 
  private:
   void Turn(Time now);
+  void HearFaults();
   void HearRelay(Time now);
   void Hear(const CNatsMessage& message, Time now);
   void HearRequest(const CFileSubject& asked);
   void Report(Time now);
   bool IsSent() const;
   bool IsDone(Time now);
+  bool IsStuck(Time now);
   std::string Summary() const;
   Time NextTurn(Time now) const;
 
@@ -52,7 +55,7 @@ class CShipper {
   CShipFiles m_files;
   CChunkSender m_sender;
   CReceiptHearer m_receipts;
-  Time m_reportDue{};
+  Time m_reportDue{}, m_taken = std::chrono::steady_clock::now();
   std::unique_ptr<CLiveRelay> m_relay;  // null: feeds are not read
 };
 
