@@ -9,6 +9,7 @@ import json
 import os
 import pathlib
 import random
+import re
 import shutil
 import signal
 import subprocess
@@ -16,7 +17,7 @@ import sys
 import tempfile
 import time
 
-from fleet_parts import BIN, SUFFIXES, Client, Cluster, Fleet, wait
+from fleet_parts import BIN, SUFFIXES, Client, Cluster, Fleet, Key, Process, free_ports, openssl, wait
 
 sys.path.append(str(pathlib.Path(__file__).parent.parent / "prove"))
 from logs import crc32c  # noqa: E402
@@ -285,6 +286,77 @@ def permissions(fleet, rng):
     shutil.rmtree(fleet.archive_folder / "plant")
 
 
+def tls_leaf(fleet, rng):
+    """TLS on all lines, users with signed credentials, a leaf with a JetStream domain of its own; a stopped server is left."""
+    fleet.cluster.end()
+    place = fleet.folder / "secrets"
+    place.mkdir()
+    for name in ("ca", "foreign"):
+        openssl("req", "-x509", "-newkey", "ed25519", "-nodes", "-subj", f"/CN={name}", "-addext", "subjectAltName=IP:127.0.0.1",
+                "-keyout", place / f"{name}.key", "-out", place / f"{name}.pem")
+    operator, system, account = Key("O", place / "operator"), Key("A", place / "system"), Key("A", place / "account")
+    free = dict.fromkeys(("subs", "data", "payload", "imports", "exports", "conn", "leaf"), -1) | {"wildcards": True}
+    stored = dict.fromkeys(("mem_storage", "disk_storage", "streams", "consumer"), -1)
+    accounts = {system: operator.sign(system, type="account", limits=free),
+                account: operator.sign(account, type="account", limits=free | stored)}
+    settings = subprocess.run([BIN / "vastra-fleet", "init", "--print", "--domain", "hub", "--node", "plant/b", "--leaf", "plant"],
+                              capture_output=True, text=True, check=True).stdout
+    allowed = {"admin": ({}, {})} | {
+        name: [{"allow": json.loads(one)} for one in lists] for name, *lists in
+        re.findall(r'user: "([^"]*)", .*\n *publish: (.*)\n *subscribe: (.*)\n', settings)}
+    for name, (pub, sub) in allowed.items():
+        key = Key("U", place / "user")
+        token_of = account.sign(key, type="user", pub=pub, sub=sub, subs=-1, data=-1, payload=-1)
+        (place / f"{name.replace('/', '-')}.creds").write_text(
+            f"-----BEGIN NATS USER JWT-----\n{token_of}\n------END NATS USER JWT------\n\n"
+            f"-----BEGIN USER NKEY SEED-----\n{key.seed}\n------END USER NKEY SEED------\n")
+    fleet.cluster = cluster = Cluster(
+        fleet.folder / "closed", 3, f"operator: {operator.sign(operator, type='operator')}\nsystem_account: {system.name}\n"
+        f"resolver: MEMORY\nresolver_preload: {{ {', '.join(f'{key.name}: {text}' for key, text in accounts.items())} }}\n",
+        ", domain: hub", f'tls {{ cert_file: "{place}/ca.pem", key_file: "{place}/ca.key", ca_file: "{place}/ca.pem" }}')
+
+    def secret(user, *more):
+        return "--tls-ca", place / "ca.pem", "--domain", "hub", "--creds", place / f"{user}.creds", *more
+    cluster.init(*secret("admin"))
+    urls, port = cluster.url, free_ports(1)[0]
+    remotes = ", ".join(f'"tls://127.0.0.1:{one}"' for one in cluster.leaves)
+    (place / "leaf.conf").write_text(
+        f'server_name: leaf\nlisten: "127.0.0.1:{port}"\njetstream {{ store_dir: "{place}/leaf", domain: site }}\nping_interval: 10s\n'
+        f'leafnodes {{ reconnect: 1, remotes: [ {{ urls: [{remotes}], credentials: "{place}/plant.creds"\n'
+        f'tls {{ ca_file: "{place}/ca.pem" }} }} ] }}\n')
+    leaf = Process(["nats-server", "-c", place / "leaf.conf"], place / "leaf.log")
+    at_leaf = f"nats://127.0.0.1:{port}"
+    for server, options, words in ((urls, secret("watch", "--tls-ca", place / "foreign.pem"), "--tls-ca is not who"),
+                                   (urls, secret("plant-b"), "Permissions Violation for"),
+                                   (urls, secret("operator"), "operator.creds: No such file"),
+                                   (at_leaf, (), "$JS.API.STREAM.INFO.VASTRA_STATUS: stream not found")):
+        done = subprocess.run([BIN / "vastra-fleet", "status", "--server", server, *options], capture_output=True, text=True,
+                              timeout=30)
+        assert done.returncode == 1 and words in done.stderr and done.stderr.count("\n") == 1, (done, words)
+    cluster.url = at_leaf
+    fill(fleet.add_node("a"), 8, rng)
+    for words in ("0 files archived, 8 sent", "8 files archived, 0 sent"):  # the second one asks for the receipts
+        done = subprocess.run(fleet.ship_command("a", "--once", "--domain", "hub"), capture_output=True, text=True, timeout=60)
+        assert words in done.stderr, (words, done)
+        if not fleet.archive:
+            cluster.url = urls
+            fleet.start_archive(*secret("archive"))
+            cluster.url = at_leaf
+            fleet.wait_complete(60)
+    fleet.start_shipper("a", "--domain", "hub")
+    cluster.url = f"tls://127.0.0.1:{cluster.ports[0]}"
+    fill(fleet.add_node("b"), 8, rng)
+    fleet.start_shipper("b", *secret("plant-b"))
+    fleet.wait_complete(60)
+    cluster.servers[0].signal(signal.SIGSTOP)  # the only one that b was told of
+    for logs in fleet.nodes.values():
+        fill(logs, 8, rng)
+    fleet.wait_complete(150)
+    cluster.servers[0].signal(signal.SIGCONT)
+    leaf.kill()
+    assert "the connection is lost" in fleet.shippers["b"].text(), fleet.shippers["b"].text()
+
+
 def older(fleet, rng):
     """A large file of the backlog is replaced while it is sent: the new one overtakes, and nothing of the old follows."""
     logs = fleet.add_node("a")
@@ -338,7 +410,8 @@ def basics(fleet, rng):
     fleet.wait_complete(90)
 
 
-CASES = {case.__name__: case for case in (basics, kills, older, partition, wiped, full_disk, damaged, links, removed, clock, permissions)}
+CASES = {case.__name__: case for case in (basics, kills, older, partition, wiped, full_disk, damaged, links, removed, clock, permissions,
+                                          tls_leaf)}
 
 
 def main():

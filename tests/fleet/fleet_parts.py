@@ -1,5 +1,7 @@
 """The parts of a fleet in a test: a cluster of servers, shippers and an archive as processes, and a client that
 speaks the servers' protocol by itself, so that a test can send what no shipper would."""
+import base64
+import binascii
 import ctypes
 import json
 import os
@@ -62,21 +64,24 @@ class Process:
 
 
 class Cluster:
-    def __init__(self, folder, count=3, accounts=""):
-        self.folder, self.accounts = pathlib.Path(folder), accounts
-        ports = free_ports(2 * count)
-        self.ports, self.routes = ports[:count], ports[count:]
+    """Servers with further settings, also within the parts jetstream and, for all lines, tls."""
+
+    def __init__(self, folder, count=3, accounts="", jetstream="", tls=""):
+        self.folder, self.accounts, self.jetstream, self.tls = pathlib.Path(folder), accounts, jetstream, tls
+        ports = free_ports(3 * count)
+        self.ports, self.routes, self.leaves = ports[:count], ports[count:2 * count], ports[2 * count:]
         self.servers = [self._server(i) for i in range(count)]
         self.said = ""
-        self.url = ",".join(f"nats://127.0.0.1:{port}" for port in self.ports)
+        self.url = ",".join(f"{'tls' if tls else 'nats'}://127.0.0.1:{port}" for port in self.ports)
 
     def _server(self, i):
         self.folder.mkdir(parents=True, exist_ok=True)
         config = self.folder / f"s{i}.conf"
         routes = ", ".join(f"nats://127.0.0.1:{port}" for port in self.routes)
-        cluster = f'cluster {{ name: C, listen: "127.0.0.1:{self.routes[i]}", routes: [{routes}] }}\n'
+        cluster = f'cluster {{ name: C, listen: "127.0.0.1:{self.routes[i]}", routes: [{routes}]\n{self.tls} }}\n'
         config.write_text(f'server_name: s{i}\nlisten: "127.0.0.1:{self.ports[i]}"\n'
-                          f'jetstream {{ store_dir: "{self.folder}/s{i}", max_file_store: 20GB }}\n'
+                          f'jetstream {{ store_dir: "{self.folder}/s{i}", max_file_store: 20GB {self.jetstream} }}\n{self.tls}\n'
+                          f'leafnodes {{ listen: "127.0.0.1:{self.leaves[i]}"\n{self.tls} }}\n'
                           f'{cluster if len(self.ports) > 1 else ""}{self.accounts}')
         return Process(["nats-server", "-c", config], self.folder / f"s{i}.log")
 
@@ -102,6 +107,36 @@ class Cluster:
             if server.is_up():
                 server.signal(signal.SIGCONT)
                 server.kill()
+
+
+def openssl(*words):
+    return subprocess.run(["openssl", *words], capture_output=True, check=True).stdout
+
+
+class Key:
+    """A key of the servers' tools, and what it signs: the operator O, an account A or a user U."""
+    KINDS = {"O": 14 << 3, "A": 0, "U": 20 << 3}
+
+    def __init__(self, kind, path):
+        self.path, first = path, self.KINDS[kind]
+        openssl("genpkey", "-algorithm", "ed25519", "-out", path)
+        self.name = self._text(bytes([first]) + openssl("pkey", "-in", path, "-pubout", "-outform", "DER")[-32:])
+        self.seed = self._text(bytes([18 << 3 | first >> 5, (first & 31) << 3]) +
+                               openssl("pkey", "-in", path, "-outform", "DER")[-32:])
+
+    @staticmethod
+    def _text(data):
+        return base64.b32encode(data + binascii.crc_hqx(data, 0).to_bytes(2, "little")).decode().rstrip("=")
+
+    def sign(self, subject, **claims):
+        body = {"jti": subject.name, "iat": int(time.time()) - 9, "iss": self.name, "name": "x", "sub": subject.name,
+                "nats": claims | {"version": 2}}
+        parts = [base64.urlsafe_b64encode(json.dumps(part).encode()).decode().rstrip("=")
+                 for part in ({"typ": "JWT", "alg": "ed25519-nkey"}, body)]
+        text = pathlib.Path(f"{self.path}.text")
+        text.write_text(".".join(parts))
+        signed = openssl("pkeyutl", "-sign", "-inkey", self.path, "-rawin", "-in", text)
+        return ".".join([*parts, base64.urlsafe_b64encode(signed).decode().rstrip("=")])
 
 
 class Client:

@@ -17,6 +17,7 @@ PROMISES = {
     "removed": "Files are removed only with the receipt of their own version, and later logs of a name stored beside the earlier; names in any encoding",
     "clock": "A node's clock wrong by years",
     "permissions": "A hostile node that forges receipts and speaks for another",
+    "tls_leaf": "TLS, signed credentials and a leaf server with a domain of its own, while one of three servers has stopped",
     "basics": "A stream of the servers that is full",
 }
 
