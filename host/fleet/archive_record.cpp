@@ -7,10 +7,11 @@
 namespace vastra {
 namespace {
 
+// key: the path of the node's name, if the file has another one in the archive.
 constexpr const char* kArchiveSchema = R"(
 CREATE TABLE IF NOT EXISTS file (
   path BLOB NOT NULL UNIQUE, version BLOB NOT NULL, stream INTEGER NOT NULL, sequence INTEGER NOT NULL,
-  size INTEGER NOT NULL, told INTEGER NOT NULL, log INTEGER NOT NULL DEFAULT 0, key BLOB);
+  size INTEGER NOT NULL, told INTEGER NOT NULL, log INTEGER NOT NULL, key BLOB);
 CREATE INDEX IF NOT EXISTS again ON file (key, log) WHERE key IS NOT NULL;
 CREATE INDEX IF NOT EXISTS same ON file (key, version) WHERE key IS NOT NULL;
 CREATE TABLE IF NOT EXISTS stream (number INTEGER PRIMARY KEY, made BLOB NOT NULL);
@@ -21,13 +22,8 @@ CREATE INDEX IF NOT EXISTS untold ON file (told) WHERE told = 0;
 CREATE TABLE IF NOT EXISTS partial (
   id INTEGER PRIMARY KEY, path BLOB NOT NULL, version BLOB NOT NULL, stream INTEGER NOT NULL,
   sequence INTEGER NOT NULL, size INTEGER NOT NULL, chunks BLOB NOT NULL, touched INTEGER NOT NULL,
-  log INTEGER NOT NULL DEFAULT 0);
+  log INTEGER NOT NULL);
 )";
-
-// key: the path of the node's name, if the file has another one in the archive.
-constexpr CAddedColumn kArchiveAdded[] = {{"file", "log", "INTEGER NOT NULL DEFAULT 0"},
-                                          {"file", "key", "BLOB"},
-                                          {"partial", "log", "INTEGER NOT NULL DEFAULT 0"}};
 
 // A row keeps its place: rows that came together are next to each other.
 constexpr const char* kPutStored = R"(
@@ -39,8 +35,7 @@ constexpr const char* kReach = R"(
 INSERT INTO reached VALUES (?1, ?2) ON CONFLICT (stream) DO UPDATE SET sequence = max(sequence, ?2)
 )";
 constexpr const char* kNewestStream = R"(
-SELECT number, made, coalesce((SELECT sequence FROM reached WHERE stream = number),
-                              (SELECT max(sequence) FROM file WHERE stream = number))
+SELECT number, made, (SELECT sequence FROM reached WHERE stream = number)
 FROM stream ORDER BY number DESC LIMIT 1
 )";
 
@@ -86,7 +81,7 @@ std::vector<std::uint64_t> CPartialFile::Missing(std::size_t most) const {
 }
 
 CArchiveRecord::CArchiveRecord(const std::string& path)
-    : m_store(path, kArchiveSchema, kArchiveAdded),
+    : m_store(path, kArchiveSchema),
       m_find(m_store,
              SelectRow("path = ?1 AND key IS NULL AND (log = ?2 OR version = ?3) OR key = ?1 AND log = ?2 "
                        "OR key = ?1 AND version = ?3 ORDER BY log = ?2 DESC LIMIT 1")

@@ -334,8 +334,9 @@ void CChunkSender::Narrow(Time now) {
 // is refused by the servers.
 void CChunkSender::TakeBack(Time now) {
   const bool isNew = m_connection != m_link.Connections();
+  if (isNew && m_connection > 0)
+    Narrow(now);  // the line can have been too slow for the servers' answers to a ping
   m_connection = m_link.Connections();
-  if (isNew) Narrow(now);  // the line can have been too slow for the servers' answers to a ping
   for (auto one = m_underWay.begin(); one != m_underWay.end();) {
     if (!isNew && now - one->second.sent < kAnswerTime) break;  // in the order of their time
     if (const auto send = m_sends.find(one->second.send); send != m_sends.end()) {

@@ -1,6 +1,6 @@
-// CFolderWatch: tells what comes into folders while it comes, for a walk through a million files takes
-// minutes. What the system does not tell (on a network drive, of more folders than it watches, of too much at
-// once) the walk finds.
+// CFolderWatch: reports what comes into folders while it comes, for a walk through a million files takes
+// minutes. What the system does not report (on a network drive, of more folders than it watches, of too much
+// at once) the walk finds.
 #pragma once
 
 #include <string>
@@ -23,7 +23,7 @@ class CFolderWatch {
   // From now on also what comes into the folder at path.
   void Add(const std::string& path, const std::string& key);
   // What has come, at most some thousand; the rest with the next call. Files that were written and closed are
-  // told, too.
+  // reported, too.
   std::vector<CNews> Take();
 
  private:

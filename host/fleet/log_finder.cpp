@@ -52,10 +52,10 @@ void CLogFinder::StepNew(std::size_t entries, const CFound& found) {
     else if (m_newFolders.size() < kMostNew)
       m_newFolders.push_back(news.key);
   }
-  for (std::size_t i = 0; i < entries; ++i) {
+  for (; entries > 0 && !(m_newLevels.empty() && m_newFolders.empty()); --entries) {
     if (!m_newLevels.empty()) {
       Read(m_newLevels, found);
-    } else if (!m_newFolders.empty()) {
+    } else {
       Look(AT_FDCWD, PathOf(m_newFolders.front()), m_newFolders.front(), m_newLevels, found);
       m_newFolders.pop_front();
     }

@@ -1,5 +1,5 @@
-// CLogFinder: walks through folders in small steps, without the memory that their lists would need, and tells
-// what comes into them meanwhile.
+// CLogFinder: walks through folders in small steps, without the memory that their lists would need, and
+// reports what comes into them meanwhile.
 #pragma once
 
 #include <dirent.h>
@@ -34,7 +34,7 @@ class CLogFinder {
   // Looks at so many entries more. Returns whether the walk has come to its end; the next call begins
   // another.
   bool Step(std::size_t entries, const CFound& found);
-  // The same for what came into folders that a walk has entered, as far as the system tells it.
+  // The same for what came into folders that a walk has entered, as far as the system reports it.
   void StepNew(std::size_t entries, const CFound& found);
   bool IsLog(std::string_view name) const;
   // The name of a file that is being removed. A kill can leave it: the walk gives such a file its name again.

@@ -8,9 +8,8 @@ namespace {
 
 constexpr const char* kOtherSigner = "--tls-ca is not who has signed the certificate of the server";
 constexpr const char* kEndedByServer =
-    "the server has ended the connection: for the certificate of this client (--tls-cert), or as there are "
-    "too "
-    "many; its log says why";
+    "the server has ended the connection: for the certificate of this client (--tls-cert), or because there "
+    "are too many; its log says why";
 
 // The words of the library, of OpenSSL or of the servers, and what to do.
 constexpr std::pair<const char*, const char*> kHints[] = {

@@ -11,13 +11,13 @@ CREATE TABLE IF NOT EXISTS file (
   key BLOB NOT NULL UNIQUE, size INTEGER NOT NULL, changed INTEGER NOT NULL, inode INTEGER NOT NULL,
   state INTEGER NOT NULL, live INTEGER NOT NULL, version BLOB NOT NULL, carrier BLOB NOT NULL,
   receipt INTEGER NOT NULL, sequence INTEGER NOT NULL, others INTEGER NOT NULL, due INTEGER NOT NULL,
-  pause INTEGER NOT NULL, sent INTEGER NOT NULL, log INTEGER NOT NULL DEFAULT 0,
-  before BLOB NOT NULL DEFAULT '', begins INTEGER NOT NULL DEFAULT 0);
+  pause INTEGER NOT NULL, sent INTEGER NOT NULL, log INTEGER NOT NULL, before BLOB NOT NULL,
+  begins INTEGER NOT NULL);
 CREATE INDEX IF NOT EXISTS turn ON file (state, live, changed) WHERE state < 3;
 CREATE INDEX IF NOT EXISTS due ON file (due) WHERE state = 2;
 CREATE INDEX IF NOT EXISTS pack ON file (carrier) WHERE state = 2;
 CREATE TABLE IF NOT EXISTS archive (id BLOB NOT NULL);
-UPDATE file SET state = 0 WHERE state = 1 AND state < 3;
+UPDATE file SET state = 0 WHERE state = 1 AND state < 3;  -- by the index
 )";
 
 // In the order of its columns. A row keeps its place: rows that are found, sent and archived together are
@@ -28,10 +28,6 @@ ON CONFLICT (key) DO UPDATE SET size = ?2, changed = ?3, inode = ?4, state = ?5,
   carrier = ?8, receipt = ?9, sequence = ?10, others = ?11, due = ?12, pause = ?13, sent = ?14,
   log = ?15, before = ?16, begins = ?17
 )";
-
-constexpr CAddedColumn kShipAdded[] = {{"file", "log", "INTEGER NOT NULL DEFAULT 0"},
-                                       {"file", "before", "BLOB NOT NULL DEFAULT ''"},
-                                       {"file", "begins", "INTEGER NOT NULL DEFAULT 0"}};
 
 std::string Select(const char* condition) {
   return std::string(
@@ -62,7 +58,7 @@ CShipFile FileOf(CStatement& row) {
 }  // namespace
 
 CShipState::CShipState(const std::string& path)
-    : m_store(path, kShipSchema, kShipAdded),
+    : m_store(path, kShipSchema),
       m_find(m_store, Select("key = ?").c_str()),
       m_put(m_store, kPut),
       m_remove(m_store, "DELETE FROM file WHERE key = ?"),

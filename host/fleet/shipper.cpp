@@ -8,7 +8,7 @@
 namespace vastra {
 namespace {
 
-constexpr std::chrono::seconds kReportTurn{10}, kNoReportTurn{1}, kStuck{60};
+constexpr std::chrono::seconds kReportTurn{10}, kNoReportTurn{1}, kStuck{300};
 constexpr std::chrono::milliseconds kPause{60000}, kNoPause{0};  // between two versions of a name
 constexpr std::chrono::milliseconds kCommitTurn{500};  // what happens to a file within it is one write
 
@@ -106,7 +106,7 @@ bool CShipper::IsDone(Time now) {
 bool CShipper::IsStuck(Time now) {
   if (m_link.IsUp() && !m_sender.IsRefused()) m_taken = now;
   if (now - m_taken < kStuck) return false;
-  m_log.Tell("the servers have taken nothing for a minute: given up");
+  m_log.Tell("the servers have taken nothing for five minutes: given up");
   return true;
 }
 

@@ -29,7 +29,7 @@ class CShipper {
   CShipper(CNatsLink& link, const CShipperOptions& options, CToldOnce& log);
 
   // Until end is set and the link was woken; with isOnce until the servers have all files that are there, or
-  // have taken nothing for a minute. Throws CNatsFault for what stays so.
+  // have taken nothing for five minutes. Throws CNatsFault for what stays so.
   // Returns whether they have them.
   bool Run(const std::atomic<bool>& end);
 

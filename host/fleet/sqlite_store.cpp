@@ -73,24 +73,12 @@ void CStatement::BindOne(int place, const CVersion& version) {
   BindOne(place, std::string_view(reinterpret_cast<const char*>(version.data()), version.size()));
 }
 
-CSqliteStore::CSqliteStore(const std::string& path, const char* schema, std::span<const CAddedColumn> added)
+CSqliteStore::CSqliteStore(const std::string& path, const char* schema)
     : m_path(path), m_database(OpenDatabase(path), sqlite3_close) {
   Execute(kSettings);
-  for (const CAddedColumn& column : added) Add(column);
   Execute(schema);
   // The lock is taken with the first write; it stays.
   Execute("BEGIN EXCLUSIVE; COMMIT");
-}
-
-void CSqliteStore::Add(const CAddedColumn& column) {
-  const std::string table = column.table, name = column.name;
-  // A table that is not there yet has no columns at all.
-  CStatement lacks(*this, ("SELECT count(*) > 0 AND NOT max(name = '" + name + "') FROM pragma_table_info('" +
-                           table + "')")
-                              .c_str());
-  const bool isMissing = lacks.Step() && lacks.Integer(0) != 0;
-  lacks.Reset();
-  if (isMissing) Execute(("ALTER TABLE " + table + " ADD COLUMN " + name + " " + column.form).c_str());
 }
 
 void CSqliteStore::Execute(const char* text) {

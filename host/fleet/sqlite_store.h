@@ -6,7 +6,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -62,16 +61,11 @@ class CStatement {
   std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)> m_statement;
 };
 
-// A column that the first release of a table did not have.
-struct CAddedColumn {
-  const char *table, *name, *form;
-};
-
 class CSqliteStore {
  public:
-  // Opens or makes the file, adds the columns to tables of earlier releases, and calls the statements of
-  // schema, which have "IF NOT EXISTS". Only one process can have it. Throws CStoreFault.
-  CSqliteStore(const std::string& path, const char* schema, std::span<const CAddedColumn> added);
+  // Opens or makes the file, and calls the statements of schema, which have "IF NOT EXISTS". Only one process
+  // can have it. Throws CStoreFault.
+  CSqliteStore(const std::string& path, const char* schema);
   CSqliteStore(const CSqliteStore&) = delete;
   CSqliteStore& operator=(const CSqliteStore&) = delete;
 
@@ -86,8 +80,6 @@ class CSqliteStore {
   sqlite3* Handle() const { return m_database.get(); }
 
  private:
-  void Add(const CAddedColumn& column);
-
   const std::string m_path;
   std::unique_ptr<sqlite3, decltype(&sqlite3_close)> m_database;
 };

@@ -228,7 +228,7 @@ TEST_F(ArchiveIntake, ALogReplacesItsOwnVersionsAlone) {
                      {'E', 2, 6, "BDE", 'B'},
                      {'E', 3, 7, "BDE"},             // the shipper has lost its state
                      {'E', 2, 8, "BDE", 'D', true},  // and the archive its record
-                     {'F', 2, 9, "BDF", 'E', true},  // which cannot tell that D is another log, but for this
+                     {'F', 2, 9, "BDF", 'E', true},  // without which D could be another log
                      {'G', 4, 9, "BDFG", 'X', true},
                      {'H', 5, 9, "BDFGH", 0, false, "logs/a~2"},
                      {'I', 5, 10, "BDFGI", 0, false, "logs/a~2"},
@@ -264,19 +264,6 @@ TEST_F(ArchiveIntake, ALogDoesNotEndTheReceptionOfAnother) {
   Take('A', kSize, 1, {1, 2}, 1);
   m_intake->Finish();
   EXPECT_EQ(All(), "BA");
-}
-
-TEST_F(ArchiveIntake, ARecordOfTheFirstReleaseIsRead) {
-  Open();
-  Take('A', 10, 0, {1, 1});
-  m_intake->Finish();
-  for (const char* column : {"DROP INDEX again", "DROP INDEX same", "ALTER TABLE file DROP COLUMN log",
-                             "ALTER TABLE file DROP COLUMN key", "ALTER TABLE partial DROP COLUMN log"})
-    m_record->Store().Execute(column);
-  Open();
-  Take('B', 10, 0, {1, 2});
-  m_intake->Finish();
-  EXPECT_EQ(All(), "B");
 }
 
 TEST_F(ArchiveIntake, AStreamIsAnotherOneWhenItWasMadeAnewOrSetBack) {
