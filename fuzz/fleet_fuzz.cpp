@@ -41,7 +41,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   FuzzSubject(subject);
   FuzzMessage([&] { vastra::ParseChunk(message, 0); });
   FuzzMessage([&] { vastra::ParsePack(message); });
-  vastra::ParseReceipt(subject, message);
+  vastra::ParseReceipts(subject, message);
   FuzzLive(subject, message);
   return 0;
 }
