@@ -5,6 +5,7 @@ import shlex
 import struct
 import subprocess
 import tempfile
+import time
 import types
 import unittest
 
@@ -53,6 +54,13 @@ class CommandTest(unittest.TestCase):
                                 stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                                 env={**self.environment(), "TERM": "xterm", **environment})
         return script.stdout.decode(errors="surrogateescape")
+
+    def until(self, value, expected=True):
+        """Waits until value returns what is expected."""
+        end = time.monotonic() + 60
+        while (now := value()) != expected and time.monotonic() < end:
+            time.sleep(.02)
+        self.assertEqual(expected, now)
 
     def write(self, name, content):
         """Writes bytes, a text or a tree as JSON; returns the name."""

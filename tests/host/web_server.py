@@ -3,8 +3,8 @@ import contextlib
 import http.client
 import json
 import os
+import signal
 import subprocess
-import time
 import urllib.parse
 
 from commands import LogTest
@@ -28,13 +28,12 @@ class ServerTest(LogTest):
             answer = connection.getresponse()
             return answer.status, answer.read(), answer.headers
 
+    def ends_well(self, server):
+        self.assertIsNone(server.poll())
+        server.send_signal(signal.SIGTERM)
+        self.assertEqual(0, server.wait(20))
+
     def json(self, path):
         status, body, _ = self.get("/api/v1/" + path)
         self.assertEqual(200, status, body)
         return json.loads(body)
-
-    def until(self, value, expected):
-        end = time.monotonic() + 20
-        while (now := value()) != expected and time.monotonic() < end:
-            time.sleep(.05)
-        self.assertEqual(expected, now)

@@ -13,6 +13,7 @@ import time
 import urllib.parse
 
 from commands import log, output, simulated
+from pages import ROOT
 from web_server import WEB, ServerTest
 
 REFUSED = [  # command lines: the status, and the message
@@ -31,12 +32,8 @@ REFUSED = [  # command lines: the status, and the message
 ]
 # Requests that no browser of ours sends: method, path, headers, status.
 HOSTILE = [
-    ("GET", "/etc/passwd", {}, 404), ("GET", "/../../etc/passwd", {}, 404), ("GET", "/js/..%2f..%2fmain.cpp", {}, 404),
-    ("GET", "/%00", {}, 404), ("GET", "//", {}, 404), ("GET", "/api/v1/loggers/%2e%2e/sample", {}, 404),
-    ("GET", "/api/v1/loggers/old/log?id=../../etc/passwd", {}, 404), ("GET", "/api/v1/loggers/old/log?id=/etc/passwd", {}, 404),
-    ("GET", "/api/v1/loggers/old/log?id=%00", {}, 404), ("GET", "/api/v1/loggers/old/log", {}, 400),
-    ("GET", "/api/v1/loggers/old/rows?from=a&to=9&vars=x", {}, 400), ("GET", "/api/v1/loggers/old/rows?from=9&to=1&vars=x", {}, 400),
-    ("GET", "/api/v1/loggers/old/buckets?from=0&to=9&parts=99999999&vars=x", {}, 400), ("GET", "/api/v1/loggers/none/sample", {}, 404),
+    ("GET", "/etc/passwd", {}, 404), ("GET", "//", {}, 404), ("GET", "/api/v1/loggers/old/log?id=../../etc/passwd", {}, 404),
+    ("GET", "/api/v1/loggers/old/log?id=%00", {}, 404), ("GET", "/api/v1/loggers/old/rows?from=a&to=9&vars=x", {}, 400),
     ("PUT", "/", {}, 405), ("DELETE", "/api/v1/loggers", {}, 405), ("POST", "/api/v1/loggers", {}, 405),
     ("GET", "/" + "a" * 40000, {}, 414), ("GET", "/", {"X": "a" * 40000}, 431), ("GET", "/", {"Host": "evil.example"}, 403),
     ("GET", "/api/v1/about", {"Sec-Fetch-Site": "cross-site"}, 403), ("GET", "/", {"Sec-Fetch-Site": "cross-site"}, 200),
@@ -47,7 +44,8 @@ HOSTILE = [
 class WebTest(ServerTest):
     def log(self):
         os.makedirs(self.path("feeds", "kiln"), exist_ok=True)
-        self.write("kiln.json", simulated([output(self.path("logs"), maxSamples=50, maxLogs=1000, saveCsv=1)], variables={"x": {"unit": "bar"}}))
+        self.write("kiln.json", simulated([output(self.path("logs"), maxSamples=50, maxLogs=1000, saveCsv=1)], driver={"value4": 20, "value5": 109},
+                                           variables={"x": {"unit": "bar"}}))
         process = self.start("run", "kiln.json", "--feed", self.path("feeds", "kiln", "feed"), "--quiet")
         self.addCleanup(process.wait)
         self.addCleanup(process.kill)
@@ -72,14 +70,22 @@ class WebTest(ServerTest):
         logger = self.log()
         self.until(lambda: [(one["name"], one["up"], one.get("state")) for one in self.json("loggers")["loggers"]], [("kiln", True, "running")])
         self.assertEqual([{"name": "x", "unit": "bar", "node": "N"}], self.json("loggers/kiln/variables")["variables"])
-        events = self.events("sample=kiln", 2)
+        events = self.events("sample=kiln&message=kiln", 2)
         samples = [data for name, data in events if name == "sample"]
         self.assertGreater(len(samples), 5)
         self.assertEqual(sorted(one["number"] for one in samples), [one["number"] for one in samples])
-        self.assertLess({"now", "loggers", "variables"}, {name for name, _ in events})
+        self.assertLess({"now", "loggers", "variables", "log"}, {name for name, _ in events})
+        said = {(data["place"], data["text"]) for name, data in events if name == "message"}
+        self.assertIn(("N", "Timeout error."), said)
+        now = self.json("loggers/kiln")
+        self.assertEqual(("output", "Timeout error."), (now["stages"][0]["kind"], now["lastError"]["text"]))
+        self.assertIn(b'vastra_scans_total{logger="kiln"} ', self.get("/metrics")[1])
         logger.send_signal(signal.SIGTERM)
         logger.wait()
         self.until(lambda: self.json("loggers")["loggers"][0]["up"], False)
+        gone = self.json("loggers/kiln")
+        self.assertEqual(gone["fault"], gone["problems"][0])
+        self.assertGreater(len(self.json("loggers/kiln/messages?after=0")["messages"]), 0)
         # The counter counts: what was logged is what the interface gives, in each of its forms.
         logged = [int(float(row[0])) for row in self.rows()] or self.fail("nothing is logged")
         self.until(lambda: len(self.json("loggers/kiln/logs?from=0&to=" + "9" * 15)["logs"]), (len(logged) + 49) // 50)
@@ -90,8 +96,7 @@ class WebTest(ServerTest):
         self.assertEqual([[min(logged)], [max(logged)]], [one["least"], one["greatest"]])
         self.log()
         self.until(lambda: self.json("loggers")["loggers"][0]["up"], True)
-        server.send_signal(signal.SIGTERM)
-        self.assertEqual(0, server.wait(20))
+        self.ends_well(server)
 
     def test_folders_without_a_logger(self):
         data = log(["x", "y"], [(100, 1.5, 2.0), (101, 0.1, 3.0)])
@@ -107,8 +112,10 @@ class WebTest(ServerTest):
     def test_the_page_has_parts_of_one_version(self):
         self.serve()
         load = lambda path, **more: self.get(path, headers={"Accept-Encoding": "br, gzip;q=0.5", **more})
-        size, parts = len(load("/")[1]), re.findall(r'(?:src|href)="(/[^"]+)"', self.get("/")[1].decode())
-        self.assertGreater(len(parts), 5)
+        size, parts = len(load("/")[1]), set(re.findall(r'(?:src|href)="(/[^"]+)"', self.get("/")[1].decode()))
+        version = next(one for one in parts if one.endswith("/js/main.js"))[:-len("/js/main.js")]
+        parts |= {version + "/js/" + name for name in os.listdir(os.path.join(ROOT, "host/web/page/js"))}
+        parts |= {version + "/vendor/uPlot.iife.min.js", version + "/vendor/uPlot.min.css"}
         for path in parts:
             with self.subTest(path):
                 status, packed, headers = load(path)
@@ -127,17 +134,7 @@ class WebTest(ServerTest):
             with self.subTest(path[:60], method=method):
                 status, _, answered = self.get(path, method, headers)
                 self.assertEqual(expected, status)
-        # Connections that say nothing, or begin and do not end, leave a place for others, and so does a flood of bytes.
-        idle = [socket.create_connection(("127.0.0.1", self.port)) for _ in range(400)]
-        for i, one in enumerate(idle):
-            self.addCleanup(one.close)
-            one.sendall([b"", b"GET / HTTP/1.1\r\nHost: a\r\nX-", bytes(range(256)) * 100][i % 3])
-        begin = time.monotonic()
-        self.assertEqual(200, self.get("/")[0])
-        self.assertLess(time.monotonic() - begin, 5)
-        self.assertIsNone(server.poll())
-        server.send_signal(signal.SIGTERM)
-        self.assertEqual(0, server.wait(20))
+        self.ends_well(server)
 
     def test_login(self):
         subprocess.run([WEB, "passwd", "users", "anna"], input=b"se%cret\n", cwd=self.folder, check=True)

@@ -3,12 +3,10 @@
 #include <sys/stat.h>
 
 #include <atomic>
-#include <random>
 #include <thread>
 
 #include "host/common/json_text.h"
 #include "tests/history/hand_over.h"
-#include "vastra/history/row_reader.h"
 #include "vastra/logfiles/csv_format.h"
 
 namespace vastra {
@@ -70,112 +68,33 @@ class CHistoryServiceTest : public CHistoryFixture {
                             {.fresh = std::chrono::milliseconds(0), .share = 0}};
 };
 
-// A value of the model and one of an answer as the same text: the nearest float of a number has to be the
-// value.
-using CCell = std::optional<float>;
-std::string Shown(const CCell& cell) {
-  char text[32] = "-";
-  if (cell) std::snprintf(text, sizeof text, "%.9g", static_cast<double>(*cell));
-  return text;
-}
-std::string Shown(const nlohmann::json& value) {
-  if (value.is_string()) return value;
-  return Shown(value.is_null() ? CCell() : CCell(static_cast<float>(value.get<double>())));
-}
-
-// Logs of some of the variables "a", "b" and "c". What the readers get from them is what the answers have.
-class CHistoryReadersTest : public CHistoryServiceTest {
- protected:
-  CHistoryReadersTest() {
-    CMoment moment = 1'700'000'000'000;
-    for (const std::string& names : {"ab"s, "bc"s, "c"s, "abc"s}) {
-      std::vector<CTestRow> rows;
-      for (int i = 0; i < 300; ++i) {
-        moment += 1 + static_cast<CMoment>(m_random() % 2000) + (i % 97 == 0 ? 90'000 : 0);
-        rows.push_back({moment, {}});
-        for (std::size_t k = 0; k < names.size(); ++k) rows.back().values.push_back(RandomValue());
-      }
-      CStringArray array;
-      for (const char name : names) array.Add(CString(std::string(1, name)));
-      Log((names + ".rph").c_str(), array, rows);
-    }
-    m_catalogue.Add(Folder(), true);
-    m_catalogue.Scan();
-  }
-  float RandomValue() {
-    const float special[] = {kNan, kInfinity, -kInfinity, -0.0f, 0.1f, 1e-20f};
-    return m_random() % 8 == 0 ? special[m_random() % 6] : static_cast<float>(m_random()) / 7e6f - 300;
-  }
-  static CPairs Pairs(const CMomentRange& range, const std::string& names, const char* key,
-                      std::int64_t value) {
-    CPairs pairs = {{"from", std::to_string(range.from)}, {"to", std::to_string(range.to)}};
-    for (const char name : names) pairs.emplace_back("vars", std::string(1, name));
-    pairs.emplace_back(key, std::to_string(value));
+TEST_F(CHistoryServiceTest, AnswersAreOfTheRangeTheVariablesAndTheParts) {
+  Log("1.rph", Names({"a", "b"}), {{1000, {1, kNan}}, {2000, {-2, 0.1f}}});
+  Log("2.rph", Names({"c", "a"}), {{2000, {5, 6}}, {9000, {kInfinity, 7}}, {9500, {-kInfinity, 8}}});
+  EXPECT_EQ(Json(kRange, {}), (nlohmann::json{{"from", 1000}, {"to", 9501}}));
+  const CPairs ac = {{"vars", "a"}, {"vars", "c"}}, none = {{"vars", "d"}};
+  const auto with = [](CPairs pairs, const char* from, const char* to, const CPairs& more = {}) {
+    pairs.insert(pairs.end(), {{"from", from}, {"to", to}});
+    pairs.insert(pairs.end(), more.begin(), more.end());
     return pairs;
-  }
-
-  std::mt19937 m_random{7};
-  CCatalogue m_catalogue;
-};
-
-TEST_F(CHistoryReadersTest, RowsAreTheirs) {
-  const CMomentRange all = RangeOf(m_catalogue.Logs());
-  EXPECT_EQ(Json(kRange, {}), (nlohmann::json{{"from", all.from}, {"to", all.to}}));
-  for (const CMomentRange& range : {all, {all.from + 400'000, all.to - 1}, {all.from - 9, all.from}})
-    for (const std::string& names : {"c"s, "ba"s, "ad"s, "d"s})
-      for (const int limit : {7, 5000}) {
-        std::vector<CString> variables;
-        for (const char name : names) variables.push_back(CString(std::string(1, name)));
-        CRowReader reader(m_catalogue.Logs(), {.range = range, .variables = variables});
-        std::string expected, text;
-        int count = 0;
-        for (CHistoryRow row; reader.Next(row); ++count) {
-          if (count >= limit) continue;
-          expected += std::to_string(row.moment);
-          float value = 0;
-          for (std::size_t k = 0; k < names.size(); ++k)
-            expected += " " + Shown(row.Get(k, value) ? CCell(value) : CCell());
-        }
-        const nlohmann::json answer = Json(kRows, Pairs(range, names, "limit", limit));
-        for (const nlohmann::json& row : answer["rows"]) {
-          text += row[0].dump();
-          for (std::size_t k = 1; k < row.size(); ++k) text += " " + Shown(row[k]);
-        }
-        EXPECT_EQ(text, expected);
-        EXPECT_EQ(answer["more"], count > limit);
-      }
-}
-
-TEST_F(CHistoryReadersTest, BucketsAndGapsAreTheirs) {
-  const CMomentRange all = RangeOf(m_catalogue.Logs()), range = {all.from - 12'345, all.to - 12'345};
-  for (const int parts : {1, 3, 100, 2000}) {
-    CBucketReader reader(m_catalogue.Logs(),
-                         {.range = range, .parts = std::uint64_t(parts), .variables = {"a", "c"}});
-    const nlohmann::json answer = Json(kBuckets, Pairs(range, "ac", "parts", parts));
-    std::size_t i = 0;
-    for (CBucketPart part; reader.Next(part); ++i) {
-      EXPECT_EQ(answer["times"].at(i), part.from);
-      for (std::size_t k = 0; k < 2; ++k) {
-        const CBucket& bucket = part.buckets[k];
-        const std::pair<const char*, float> fields[] = {{"least", bucket.least},
-                                                        {"greatest", bucket.greatest},
-                                                        {"first", bucket.first},
-                                                        {"last", bucket.last},
-                                                        {"mean", static_cast<float>(bucket.Mean())}};
-        for (const auto& [key, value] : fields)
-          EXPECT_EQ(Shown(answer["variables"][k][key].at(i)), Shown(bucket.values ? CCell(value) : CCell()))
-              << key;
-      }
-    }
-    EXPECT_EQ(answer["times"].size(), i);
-  }
-  EXPECT_EQ(Json(kBuckets, {{"to", "5"}})["times"].size(), 0U);
-  for (const int longer : {0, 500, 60'000}) {
-    nlohmann::json expected = nlohmann::json::array();
-    for (const CGap& gap : FindGaps(m_catalogue.Logs(), range, longer))
-      expected.push_back({gap.from, gap.to});
-    EXPECT_EQ(Json(kGaps, Pairs(range, "", "longer", longer))["gaps"], expected);
-  }
+  };
+  const std::tuple<const char*, CPairs, const char*, const char*> kCases[] = {
+      {kRows, ac, "/rows", R"([[1000,1,null],[2000,-2,null],[2000,6,5],[9000,7,"inf"],[9500,8,"-inf"]])"},
+      {kRows, {{"vars", "b"}}, "/rows", R"([[1000,"nan"],[2000,0.1]])"},
+      {kRows, with(ac, "2000", "9500"), "/rows", R"([[2000,-2,null],[2000,6,5],[9000,7,"inf"]])"},
+      {kRows, none, "/rows", "[]"},
+      {kRows, {{"vars", "c"}, {"limit", "2"}}, "/rows", R"([[2000,5],[9000,"inf"]])"},
+      {kRows, {{"vars", "c"}, {"limit", "2"}}, "/more", "true"},
+      {kRows, {{"vars", "c"}, {"limit", "3"}}, "/more", "false"},
+      {kBuckets, with(ac, "0", "10000", {{"parts", "2"}}), "",
+       R"({"faults":[],"from":0,"times":[0,5000],"to":10000,"variables":[
+{"first":[1,7],"greatest":[6,8],"last":[6,8],"least":[-2,7],"mean":[1.6666666,7.5],"name":"a"},
+{"first":[5,null],"greatest":[5,null],"last":[5,null],"least":[5,null],"mean":[5,null],"name":"c"}]})"},
+      {kBuckets, {{"to", "5"}}, "/times", "[]"},
+      {kGaps, {{"longer", "999"}}, "/gaps", "[[1000,2000],[2000,9000]]"},
+      {kGaps, with({}, "1500", "9000", {{"longer", "1000"}}), "/gaps", "[[2000,9000]]"}};
+  for (const auto& [operation, pairs, place, expected] : kCases)
+    EXPECT_EQ(Json(operation, pairs).at(nlohmann::json::json_pointer(place)), ParseJson(expected)) << place;
 }
 
 TEST_F(CHistoryServiceTest, NumbersHaveTheDigitsOfFloats) {
@@ -220,11 +139,7 @@ TEST_F(CHistoryServiceTest, WrongParametersAreRefused) {
   CPairs most(all.begin(), all.end() - 1);
   most.emplace_back("parts", "2001");
   const std::string time = "must be a time, whole milliseconds since 1970";
-  const struct {
-    const char* operation;
-    CPairs pairs;
-    std::string error;
-  } kCases[] = {
+  const std::tuple<const char*, CPairs, std::string> kCases[] = {
       {kRows, {{"from", ""}}, "400 from: " + time},
       {kRows, {{"from", "1x"}}, "400 from: " + time},
       {kRows, {{"from", "1.5"}}, "400 from: " + time},
@@ -247,7 +162,7 @@ TEST_F(CHistoryServiceTest, WrongParametersAreRefused) {
       {kRows, {{"vars", "x"}, {"from", "1"}, {"to", "8640000000000000"}, {"limit", "100000"}}, "200"},
       {kBuckets, {{"vars", "x"}, {"from", "-8640000000000000"}, {"to", "8640000000000000"}}, "200"},
   };
-  for (const auto& row : kCases) EXPECT_EQ(Error(row.operation, row.pairs), row.error);
+  for (const auto& [operation, pairs, error] : kCases) EXPECT_EQ(Error(operation, pairs), error);
   EXPECT_EQ(m_service.Answer(kRows, "other", CWebQuery()).status, 404);
 }
 
@@ -269,12 +184,8 @@ TEST_F(CHistoryServiceTest, OnlyListedLogsAreSent) {
   const std::string listed = Ids();
   for (const char* id : {"0/x.rph:2 ", "1/sub/a%25b %FF.rph:3 ", "2/y.rph:1 "})
     EXPECT_NE(listed.find(id), listed.npos) << listed;
-  std::vector<std::string> ids = {"",
-                                  "0/x.rph\0"s,
-                                  "0/x.rph\0.txt"s,
-                                  "0/" + folder + "/secret",
-                                  folder + "/secret",
-                                  folder + "/one/x.rph"};
+  std::vector<std::string> ids = {"", "0/x.rph\0"s, "0/x.rph\0.txt"s, "0/" + folder + "/secret"};
+  for (const char* path : {"/secret", "/one/x.rph"}) ids.push_back(folder + path);
   std::istringstream more(
       "0 0/ x.rph 0/../one/x.rph 0/../one-more/secret.rph 0/../secret 0/plain.txt 0/link.rph 0//x.rph "
       "0/linked/secret.rph 0/folder.rph 0/fifo.rph 0/./x.rph 00/x.rph 2/x.rph 0/x%2erph 0/x.rp "
@@ -334,23 +245,15 @@ TEST_F(CHistoryServiceTest, ALogThatGoesAwayIsMissed) {
 
 TEST_F(CHistoryServiceTest, JournalsGrowAndBecomeLogs) {
   CHandOver logger(Folder());
-  const auto check = [&](const char* ids) {
-    const nlohmann::json rows = Json(kRows, {{"vars", "x"}})["rows"];
-    ASSERT_EQ(rows.size(), static_cast<std::size_t>(logger.Kept())) << ids;
-    for (std::size_t i = 0; i < rows.size(); ++i) EXPECT_EQ(rows[i], (nlohmann::json{i * 1000, i}));
-    const std::string listed = Ids();
-    EXPECT_NE(listed.find(ids), listed.npos) << listed;
-  };
-  logger.Keep(3);
-  check(".journal:3* ");
-  logger.Keep(2);
-  check(".journal:5* ");
-  logger.Save();
-  check("log1.rph:5 ");
-  logger.End();
-  check("log1.rph:5 ");
-  logger.Keep(1);
-  check(".journal:1* ");
+  const std::pair<std::function<void()>, const char*> kSteps[] = {{[&] { logger.Keep(3); }, ".journal:3* "},
+                                                                  {[&] { logger.Keep(2); }, ".journal:5* "},
+                                                                  {[&] { logger.Save(); }, "log1.rph:5 "},
+                                                                  {[&] { logger.End(); }, "log1.rph:5 "},
+                                                                  {[&] { logger.Keep(1); }, ".journal:1* "}};
+  for (const auto& [step, ids] : kSteps) {
+    step();
+    EXPECT_NE(Ids().find(ids), std::string::npos) << Ids();
+  }
 }
 
 TEST_F(CHistoryServiceTest, RequestsWhileALoggerWritesSeeEachRowOnce) {

@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <set>
-
 #include "host/web/web_connections.h"
 #include "host/web/web_head.h"
 #include "host/web/web_viewer.h"
@@ -13,9 +11,7 @@ using std::chrono::seconds;
 
 TEST(WebViewer, IsTheLastAddressThatIsNotTrusted) {
   const CWebProxies proxies({"127.0.0.1", "::ffff:10.0.0.5", "2001:DB8:0::1"});
-  const struct {
-    const char *address, *forwarded, *viewer;
-  } kCases[] = {
+  const char* const kCases[][3] = {
       {"127.0.0.1", "192.0.2.1", "192.0.2.1"},
       {"10.0.0.5", "192.0.2.1", "192.0.2.1"},
       {"2001:db8::1", "2001:0db8::0007", "2001:db8::7"},
@@ -23,19 +19,14 @@ TEST(WebViewer, IsTheLastAddressThatIsNotTrusted) {
       {"127.0.0.1", "198.51.100.1, 192.0.2.1", "192.0.2.1"},
       {"127.0.0.1", "198.51.100.1 ,\t192.0.2.1 , 10.0.0.5,127.0.0.1", "192.0.2.1"},
       {"127.0.0.1", "<script>, 192.0.2.1", "192.0.2.1"},
-      {"127.0.0.1", "127.0.0.1, 10.0.0.5", "127.0.0.1"},
-      {"127.0.0.1", "", "127.0.0.1"},
-      {"127.0.0.1", "192.0.2.1,", "127.0.0.1"},
-      {"127.0.0.1", ",", "127.0.0.1"},
-      {"127.0.0.1", "192.0.2.1, unknown", "127.0.0.1"},
-      {"127.0.0.1", "192.0.2.1:80", "127.0.0.1"},
-      {"127.0.0.1", "192.0.2.1 192.0.2.2", "127.0.0.1"},
-      {"127.0.0.1", "192.0.2.256", "127.0.0.1"},
       {"10.0.0.6", "192.0.2.1", "10.0.0.6"},
       {"", "192.0.2.1", ""},
   };
   for (const auto& [address, forwarded, viewer] : kCases)
     EXPECT_EQ(proxies.ViewerOf(address, forwarded), viewer) << address << " for " << forwarded;
+  for (const char* none : {"127.0.0.1, 10.0.0.5", "", "192.0.2.1,", ",", "192.0.2.1, unknown", "192.0.2.1:80",
+                           "192.0.2.1 192.0.2.2", "192.0.2.256"})
+    EXPECT_EQ(proxies.ViewerOf("127.0.0.1", none), "127.0.0.1") << none;
   const std::pair<const char*, bool> kProtocols[] = {
       {"https", true}, {"http, https", true}, {"https, http", false},
       {"http", false}, {"", false},           {"httpsx", false}};
@@ -51,16 +42,16 @@ TEST(WebViewer, IsTheLastAddressThatIsNotTrusted) {
 }
 
 TEST(WebHead, IsDecodedWithoutAnEndInIt) {
-  const std::pair<std::string, const char*> kCases[] = {{"a%2fb%C3%A4", "a/b\xC3\xA4"},
-                                                        {"%", "%"},
-                                                        {"%4", "%4"},
-                                                        {"%4x%x4", "%4x%x4"},
-                                                        {"%%41", "%A"},
-                                                        {"a%00b", "a%00b"},
-                                                        {"%-1", "%-1"},
-                                                        {"%2525", "%25"}};
-  for (auto [text, decoded] : kCases) {
-    const std::string given = text;
+  const char* const kCases[][2] = {{"a%2fb%C3%A4", "a/b\xC3\xA4"},
+                                   {"%", "%"},
+                                   {"%4", "%4"},
+                                   {"%4x%x4", "%4x%x4"},
+                                   {"%%41", "%A"},
+                                   {"a%00b", "a%00b"},
+                                   {"%-1", "%-1"},
+                                   {"%2525", "%25"}};
+  for (const auto& [given, decoded] : kCases) {
+    std::string text = given;
     text.resize(Unescape(text.data()));
     EXPECT_EQ(text, decoded) << given;
   }
