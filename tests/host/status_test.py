@@ -1,7 +1,5 @@
 """vastra status, messages and watch --attach: readers of feeds, with loggers that are well, ill, gone or hostile."""
-import copy
 import itertools
-import json
 import os
 import pty
 import re
