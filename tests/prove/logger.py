@@ -9,7 +9,8 @@ from device import node
 from logs import Failed, Folder, NotRun
 
 EACH = 5  # rows of the device in a row of the summary
-SHIM = os.path.join(os.path.dirname(os.path.abspath(__file__)), "shim.c")
+HERE = os.path.dirname(os.path.abspath(__file__))
+ROOT = os.path.dirname(os.path.dirname(HERE))
 FORMS = (("binary", ".rph"), ("text", "h.csv"), ("summary", ".rpd"), ("summary", "d.csv"))
 
 
@@ -74,9 +75,12 @@ class Logger:
     def more_rows(self, count):
         self.wait_for_rows(self.device.count() - self.first + 1 + count)
 
-    def messages(self):
+    def said(self):
         self.errors.seek(0)
-        return self.errors.read()[-1000:]
+        return self.errors.read()
+
+    def messages(self):
+        return self.said()[-1000:]
 
     def kill(self):
         """Returns how long before the kill each row of the run was kept."""
@@ -122,13 +126,23 @@ class Logger:
                 raise Failed("%s: left: %s: %s" % (folder.path, ", ".join(folder.others()[:5]), self.last))
 
 
+def compile_library(path, source, *options):
+    try:
+        subprocess.run(["cc", "-shared", "-fPIC", "-O1", "-o", path, os.path.join(HERE, source), *options], check=True)
+    except OSError as fault:
+        raise NotRun("not run: cc: %s" % fault.strerror) from None
+
+
+def compile_driver(path, number, fault):
+    """A module with this ID and fault."""
+    compile_library(path, "../support/faulty_driver.c", "-fexceptions", "-D_GNU_SOURCE", "-I" + ROOT, "-DMODULE_ID=%d" % number,
+                    '-DMODULE_NAME="Faulty"', '-DMODULE_FAULT="%s"' % fault, "-lgcc_s")
+
+
 def shim(work, **settings):
     """The environment that preloads shim.c with these settings."""
     library = os.path.join(work, "shim.so")
-    try:
-        subprocess.run(["cc", "-shared", "-fPIC", "-O1", "-o", library, SHIM], check=True)
-    except OSError as fault:
-        raise NotRun("not run: cc: %s" % fault.strerror) from None
+    compile_library(library, "shim.c")
     return {"LD_PRELOAD": library, **{name: str(value) for name, value in settings.items()}}
 
 

@@ -4,9 +4,9 @@ import os
 import random
 import subprocess
 
-from logs import Failed, Folder, NotRun
+from logger import compile_library
+from logs import Failed, Folder
 
-SHIM = os.path.join(os.path.dirname(os.path.abspath(__file__)), "memory_shim.c")
 CONFIGURATION = {
     "input": {"scanPeriod": 10, "plcNodes": [
         {"nodeName": "Kiln", "driver": {"plcType": 9001, "text1": "counter"}, "varNames": ["x"], "absent": "nan", "aliveVar": "Alive"}]},
@@ -48,10 +48,7 @@ def fault(work, arguments, status, out, messages):
 
 
 def memory(run):
-    try:
-        subprocess.run(["cc", "-shared", "-fPIC", "-O1", "-o", os.path.join(run.work, "memory.so"), SHIM], check=True)
-    except OSError as reason:
-        raise NotRun("not run: cc: %s" % reason.strerror) from None
+    compile_library(os.path.join(run.work, "memory.so"), "memory_shim.c")
     os.mkdir(os.path.join(run.work, "logs"))
     with open(os.path.join(run.work, "c.json"), "w") as file:
         json.dump(CONFIGURATION, file)

@@ -9,10 +9,9 @@ import struct
 import subprocess
 from concurrent.futures import ThreadPoolExecutor
 
-from logs import Failed, NotRun
+from logger import compile_driver
+from logs import Failed
 
-HERE = os.path.dirname(os.path.abspath(__file__))
-ROOT = os.path.dirname(os.path.dirname(HERE))
 NO_FAULT = "MODULE_FAULT".ljust(39)
 CRASH, HUNG = r"crashed %s: signal \d+", r"hung %s: no return within 2 s"
 PLACES = {"load": "while it was loaded", "header": "in GetDriverHeader", "version": "in GetDriverApiVersion",
@@ -36,12 +35,7 @@ FAULTS = [(what, where, "it " + reason % PLACES[where]) for where in PLACES for 
 def compiled(work):
     """The bytes of the module without a fault."""
     path = os.path.join(work, "module")
-    try:
-        subprocess.run(["cc", "-shared", "-fPIC", "-O1", "-fexceptions", "-D_GNU_SOURCE", "-I", ROOT, "-DMODULE_ID=9600",
-                        "-DMODULE_NAME=\"Faulty\"", "-DMODULE_FAULT=\"%s\"" % NO_FAULT, "-o", path,
-                        os.path.join(ROOT, "tests/support/faulty_driver.c"), "-lgcc_s"], check=True)
-    except OSError as fault:
-        raise NotRun("not run: cc: %s" % fault.strerror) from None
+    compile_driver(path, 9600, NO_FAULT)
     with open(path, "rb") as file:
         return file.read()
 

@@ -10,12 +10,12 @@ import subprocess
 import threading
 import time
 
+from logger import compile_driver
 from logs import Failed, NotRun
 from supervisor import Service
 
 PATIENCE, CLOSE_WITHIN = 2, 2
 WATCHDOG = 1  # of a service: shorter than what a driver is waited for
-HERE = os.path.dirname(os.path.abspath(__file__))
 
 
 class Plant:
@@ -178,11 +178,7 @@ def hanging(run):
     """A driver that does not return from each of its calls, beside a node that answers; SIGTERM at any moment."""
     modules, chance, longest, rows = os.path.join(run.work, "drivers"), random.Random(run.seed), 0, 0
     os.makedirs(modules)
-    try:
-        subprocess.run(["cc", "-shared", "-fPIC", "-std=gnu11", "-I", os.path.join(HERE, "../.."), "-o",
-                        os.path.join(modules, "hanging.so"), os.path.join(HERE, "hanging.c")], check=True)
-    except OSError as fault:
-        raise NotRun("not run: cc: %s" % fault.strerror) from None
+    compile_driver(os.path.join(modules, "hanging.so"), 9700, "counts")
     bad = {"nodeName": "Bad", "driver": {"plcType": 9700}, "varNames": ["X"], "absent": "hold", "aliveVar": "XAlive"}
     written = {"nodeName": "Set", "driver": {"plcType": 9700}, "varNames": ["X"]}
     for number in range(run.count):

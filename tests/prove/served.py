@@ -27,10 +27,6 @@ class Served(Logger):
         self.service.options.update(stdout=-1, stderr=errors)
         return self.service.start().process
 
-    def said(self):
-        self.errors.seek(0)
-        return self.errors.read()
-
     def write(self, text):
         with open(self.path() + ".new", "w") as file:
             file.write(text)

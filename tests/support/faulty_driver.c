@@ -1,6 +1,7 @@
 /* A driver that keeps the contract, with one named fault: the variable FAULT at run time, or MODULE_FAULT of
  * the build, which a test may overwrite in the file. Its values are 1, 2, 3... while text1 is the one that
- * the handle was opened with. */
+ * the handle was opened with. It never returns from the call that HANGS names, from the n-th on, n being
+ * HANGS_AFTER. */
 #include <fcntl.h>
 #include <pthread.h>
 #include <signal.h>
@@ -38,6 +39,13 @@ static void HangForAll(void) {
   sigfillset(&all);
   sigprocmask(SIG_BLOCK, &all, NULL);
   for (;;) pause();
+}
+
+static void Hang(const char* call) {
+  static int calls;
+  const char* after = getenv("HANGS_AFTER");
+  while (getenv("HANGS") && strcmp(getenv("HANGS"), call) == 0 && ++calls > (after ? atoi(after) : 0))
+    pause();
 }
 
 static void WriteEverywhere(const char* bytes, size_t size) {
@@ -97,6 +105,7 @@ static int Open(DriverRecord config, int mode, int* handle) {
   pthread_t thread;
   struct Node* node;
   Linger();
+  Hang("open");
   Go("Open");
   if (mode == driverModeOther) return Has("refuses a mode") ? statusNotOpened : statusInvalidMode;
   if (getenv("FAULT") && (config.plcType != MODULE_ID || config.variableCount != 2)) return statusNoMemory;
@@ -123,8 +132,10 @@ __attribute__((no_sanitize("address"))) static int HasChanged(const volatile cha
 static int Read(float* values, int count, int handle) {
   const int end =
       count + Has("writes behind") - Has("leaves a value") + (Has("writes far behind") ? 1 << 20 : 0);
+  static int reads;
   int i;
   Linger();
+  Hang("read");
   Go("call");
   if (handle < 0 || handle >= MOST_NODES || !nodes[handle].given) return statusNotOpened;
   if (Has("knows handles of the thread") && !pthread_equal(nodes[handle].opener, pthread_self()))
@@ -136,13 +147,14 @@ static int Read(float* values, int count, int handle) {
   if (Has("serves one thread") && !pthread_equal(loader, pthread_self())) return statusTimeout;
   if (Has("gives 0")) return 0;
   if (strncmp(Fault(), "words ", 6) == 0) return statusExtendedError;
-  for (i = 0; i < end; ++i) values[i] = (float)i + 1;
+  for (i = 0; i < end; ++i) values[i] = (float)(Has("counts") ? ++reads : i + 1);
   if (Has("writes before")) values[-1] = 0;
   return statusOk;
 }
 
 static int Write(float* values, int count, int handle) {
   const volatile float* given = values;
+  Hang("write");
   Go("call");
   if (Has("reads behind") && given[count] == 1) return statusTimeout;
   return (void)handle, Has("writes with 1") ? 1 : statusOk;
@@ -150,6 +162,7 @@ static int Write(float* values, int count, int handle) {
 
 static void Close(int handle) {
   Linger();
+  Hang("close");
   Go("call");
   if (!Has("has one handle") && handle >= 0) nodes[handle].given = NULL;
 }
