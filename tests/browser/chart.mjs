@@ -20,7 +20,7 @@ function cell(words) {
 
 // Where the rows themselves are shown, a cursor has those of its row, to the last digit.
 async function checkCursors(logger, names, rows) {
-  const { page, faults, close } = await open(at('#/'));
+  const { page } = await open(at('#/'));
   for (let round = 0; round < 4 * rounds; round++) {
     const i = chance(rows.length);
     const [a, b] = [rows[i], rows[(i + 1 + chance(20)) % rows.length]];
@@ -42,8 +42,6 @@ async function checkCursors(logger, names, rows) {
     const close = rows.filter(row => Math.abs(row[0] - a[0]) <= (2 * (to - from)) / width).map(row => row[1]);
     await until('the value at the pointer', async () => close.includes(cell((await readings(page))[names[0]].now)[0]), 5);
   }
-  assert.deepEqual(faults, []);
-  await close();
 }
 
 test('a cursor has the values of its row in a folder of logs', () =>
@@ -56,7 +54,7 @@ test('a cursor has the values of its row in a logger that runs', async () => {
 
 test('a part of many rows has their mean, least and greatest, and no peak is lost in the picture', async () => {
   const peakAt = archive.from + archive.peak * 1000;
-  const { page, close } = await open(at('#/'));
+  const { page } = await open(at('#/'), { mayFail: true }); // hasCurve reads a canvas, which Chromium warns of
   for (let i = 0; i < 3 * rounds; i++) {
     const mark = archiveRows[chance(archiveRows.length)];
     await page.goto(chart('archive', ['Peak', 'Level', 'Row'], `axes=each&from=${archive.from}&to=${kEnd}&a=${mark[0]}`));
@@ -75,7 +73,6 @@ test('a part of many rows has their mean, least and greatest, and no peak is los
     assert.ok(await page.evaluate(hasCurve, spot), 'the peak is not in the picture');
     assert.ok(!(await page.evaluate(hasCurve, [spot[0] + 40, spot[1]])), 'a peak where there is none');
   }
-  await close();
 });
 
 // Whether the first curve's colour is at a place of the window, or a few pixels beside it.
@@ -137,9 +134,9 @@ const kMoves = [
 
 test('zoom, moves and ranges do what they say, and the address holds the view', async () => {
   const begin = `from=${archive.from + 3600e3}&to=${archive.from + 3 * 3600e3}`;
-  const { page, faults, close } = await open(chart('archive', ['Level', 'Row'], begin), { width: 1300 });
+  const { page } = await open(chart('archive', ['Level', 'Row'], begin), { width: 1300 });
   await ready(page, 'chart');
-  const { page: fresh, close: closeFresh } = await open('about:blank', { width: 1300 });
+  const { page: fresh } = await open('about:blank', { width: 1300 });
   for (let i = 0; i < kMoves.length * rounds; i++) {
     const [words, act, expected] = kMoves[i % kMoves.length];
     const before = range(page);
@@ -161,9 +158,6 @@ test('zoom, moves and ranges do what they say, and the address holds the view', 
   await checkSame(page, fresh, 'cursors');
   await button('Clear cursors')(page);
   await until('no cursors', () => !parameters(page).has('a'));
-  assert.deepEqual(faults, []);
-  await close();
-  await closeFresh();
 });
 
 // The address shows the same in another browser.
@@ -181,12 +175,11 @@ async function checkSame(page, other, words) {
 
 test('times are those of the server, and the hour that is there twice has its offset', async () => {
   const twice = archive.from + 2 * 3600e3;
-  const { page, close } = await open(chart('archive', ['Row'], `from=${archive.from}&to=${kEnd}&a=${twice}&b=${twice + 3600e3}`));
+  const { page } = await open(chart('archive', ['Row'], `from=${archive.from}&to=${kEnd}&a=${twice}&b=${twice + 3600e3}`));
   await ready(page, 'chart');
   const head = await text(page.locator('.readings thead'));
   assert.match(head, /A 2026-10-25 02:00:00.000 \+02:00 B 2026-10-25 02:00:00.000 \+01:00 B − A 1 h /);
   assert.equal(await page.getByLabel('From', { exact: true }).inputValue(), '2026-10-25T00:00');
-  await close();
 });
 
 // Keys of a chart that follows: the parameters that must be in the address then, and those that must not.
@@ -215,7 +208,7 @@ async function tabTo(page, name, most = 60) {
 }
 
 test('the chart works by keys alone', async () => {
-  const { page, close } = await open(at('#/values?logger=kiln'));
+  const { page } = await open(at('#/values?logger=kiln'));
   await ready(page, 'values');
   await tabTo(page, 'Chart');
   await page.keyboard.press('Enter');
@@ -240,7 +233,8 @@ test('the chart works by keys alone', async () => {
   await tabTo(page, 'Remove Heat');
   await page.keyboard.press('Enter');
   await until('one variable', () => parameters(page).getAll('vars').join() === 'Temp');
-  await close();
+  await page.getByRole('button', { name: 'Follow' }).click();
+  await until('a range that stays', () => parameters(page).has('from'));
 });
 
 // Comma and full stop move the cursor that the last key has placed.
@@ -255,7 +249,7 @@ async function checkMoves(page, name) {
 }
 
 test('a chart that was just zoomed does not lead back from the next page', async () => {
-  const { page, close } = await open(chart('archive', ['Level'], `from=${archive.from}&to=${kEnd}`));
+  const { page } = await open(chart('archive', ['Level'], `from=${archive.from}&to=${kEnd}`));
   await ready(page, 'chart');
   for (const delay of [150, 180, 200]) {
     await page.evaluate(async ([hash, time]) => {
@@ -268,24 +262,12 @@ test('a chart that was just zoomed does not lead back from the next page', async
     await page.goBack();
     await ready(page, 'chart');
   }
-  await close();
-});
-
-test('a chart that follows goes on with new samples', async () => {
-  const { page, close } = await open(chart('kiln', ['Items'], 'last=30'));
-  await ready(page, 'chart');
-  const newest = async () => cell((await readings(page)).Items.now)[0];
-  const first = await newest();
-  await until('ten more samples', async () => (await newest()) >= first + 10, 5);
-  await page.getByRole('button', { name: 'Follow' }).click();
-  await until('a range that stays', () => parameters(page).has('from'));
-  await close();
 });
 
 test('fingers move, zoom and place a cursor', async () => {
   const [from, to] = [archive.from + 3600e3, archive.from + 2 * 3600e3];
   const phone = { width: 360, hasTouch: true, isMobile: true };
-  const { page, context, close } = await open(chart('archive', ['Level'], `from=${from}&to=${to}`), phone);
+  const { page, context } = await open(chart('archive', ['Level'], `from=${from}&to=${to}`), phone);
   await ready(page, 'chart');
   const session = await context.newCDPSession(page);
   const { x, y, width } = await plotBox(page);
@@ -308,5 +290,4 @@ test('fingers move, zoom and place a cursor', async () => {
   await page.touchscreen.tap(x + width / 2, y + 60);
   await until('a tap places a cursor', () => parameters(page).has('a'));
   near([Number(parameters(page).get('a'))], [(range(page)[0] + range(page)[1]) / 2], reach, 'tap');
-  await close();
 });

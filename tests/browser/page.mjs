@@ -1,22 +1,31 @@
 // The browser of the tests, and what they read of a page.
 import assert from 'node:assert/strict';
+import { AsyncLocalStorage } from 'node:async_hooks';
 import { setTimeout as pause } from 'node:timers/promises';
 import { chromium } from 'playwright-core';
 
 const browser = await chromium.launch({ executablePath: process.env.CHROMIUM, args: ['--disable-dev-shm-usage'] });
 export const closeBrowser = () => browser.close();
 
-// A tab of a new session. `faults` collects errors and warnings of its console, which has violations of the
-// Content-Security-Policy, too. `tab` opens another tab of the same window: the tabs before it are hidden then, and slow.
-export async function open(address, { width = 1200, height = 900, dark = false, ...options } = {}) {
-  const context = await browser.newContext({
-    viewport: { width, height },
-    colorScheme: dark ? 'dark' : 'light',
-    timezoneId: 'America/New_York',
-    ...options
+// A test whose sessions end with it. Their consoles, which have violations of the Content-Security-Policy, too, have no
+// errors and warnings, but for those that were opened with `mayFail`.
+const sessions = new AsyncLocalStorage();
+export const closing = run => () =>
+  sessions.run([], async () => {
+    try {
+      await run();
+      for (const { faults, mayFail } of sessions.getStore()) assert.deepEqual(mayFail ? [] : faults, []);
+    } finally {
+      await Promise.all(sessions.getStore().map(({ context }) => context.close()));
+    }
   });
+
+// A tab of a new session. `tab` opens another tab of the same window: the tabs before it are hidden then, and slow.
+export async function open(address, { width = 1200, height = 900, mayFail = false, ...options } = {}) {
+  const context = await browser.newContext({ viewport: { width, height }, timezoneId: 'America/New_York', ...options });
   context.setDefaultTimeout(10e3);
   const faults = [];
+  sessions.getStore()?.push({ faults, mayFail, context });
   const tab = async to => {
     const page = await context.newPage();
     page.on('console', message => ['error', 'warning'].includes(message.type()) && faults.push(message.text()));
@@ -24,7 +33,7 @@ export async function open(address, { width = 1200, height = 900, dark = false, 
     await page.goto(to);
     return page;
   };
-  return { page: await tab(address), tab, faults, context, close: () => context.close() };
+  return { page: await tab(address), tab, context };
 }
 
 // Waits until a condition holds. Returns what it was at last; fails with `words` and this after `seconds`.

@@ -72,11 +72,11 @@ log('feeds', 'press', press);
 const server = await serve('feeds', { args: ['--folder', 'archive=' + path('old')] });
 await pause(40e3); // for the small curves
 for (const [name, hash, view, size] of kPictures) {
-  const { page, close } = await open(`${server.address}/${hash}`, size);
+  const { page, context } = await open(`${server.address}/${hash}`, size);
   await ready(page, view);
   await pause(3000);
   await page.screenshot({ path: `${process.argv[2]}/${name}.png` });
-  await close();
+  await context.close();
 }
 await closeBrowser();
 await end();

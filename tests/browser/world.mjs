@@ -1,4 +1,5 @@
 // The plant that most tests look at, and its server. The other tests of the page start their own.
+import { closing } from './page.mjs';
 import { archive, fakeFeed, log, makeArchive, path, serve, table } from './plant.mjs';
 
 const kNow = [Math.floor(Date.now() / 1000), 0, 0, 0];
@@ -26,8 +27,8 @@ export const rounds = Number(process.env.ROUNDS ?? 1); // of what the long form 
 
 // The cases of all files. They run side by side, except those that measure.
 export const cases = { alone: [], beside: [] };
-export const test = (words, run) => cases.beside.push([words, run]);
-export const testAlone = (words, run) => cases.alone.push([words, run]);
+export const test = (words, run) => cases.beside.push([words, closing(run)]);
+export const testAlone = (words, run) => cases.alone.push([words, closing(run)]);
 
 const claims = new Map();
 
