@@ -2,14 +2,13 @@
 // newest version of a file is the one that is stored.
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <fstream>
-#include <sstream>
 
 #include "host/fleet/archive_intake.h"
 #include "host/fleet/fleet_streams.h"
 #include "host/fleet/receipt_hearer.h"
 #include "host/fleet/ship_files.h"
+#include "tests/support/files.h"
 #include "vastra/logfiles/log_format.h"
 
 namespace vastra {
@@ -41,29 +40,19 @@ TEST(FleetNames, WhatCannotBeInAnArchiveIsRefused) {
   const auto with = [&](const std::string& site, const std::string& node, const std::string& key) {
     return "vastra.log." + site + "." + node + "." + key + "." + version + ".0";
   };
-  const std::string subjects[] = {with("a", "b", Token("../x")),
-                                  with("a", "b", Token("x/../y")),
-                                  with("a", "b", Token("/x")),
-                                  with("a", "b", Token("x/")),
-                                  with("a", "b", Token("x//y")),
-                                  with("a", "b", Token("x/\n")),
-                                  with("a", "b", Token("x/\x7f")),
-                                  with("a", "b", Token("x")),
-                                  with("a", "b", "x=2f"),
-                                  with("a", "b", "x=2Fy=4"),
-                                  with("a", "b", "x=2F=41"),
-                                  with("=2E", "b", Token("x/y")),
-                                  with(Token(".x"), "b", Token("x/y")),
-                                  with("a", "=2E=2E", Token("x/y")),
-                                  with("a", Token("b/c"), Token("x/y")),
-                                  with("a", "b", Token("x/" + std::string(256, 'y'))),
-                                  with("a", "", Token("x/y")),
-                                  good + ".0",
-                                  good.substr(0, good.size() - 1),
-                                  good.substr(0, good.size() - 2),
-                                  good + "x",
-                                  "vastra.done" + good.substr(10),
-                                  "vastra.log.a.b.x=2Fy." + version.substr(1) + ".0"};
+  std::vector<std::string> subjects = {good + ".0",
+                                       good + "x",
+                                       good.substr(0, good.size() - 1),
+                                       good.substr(0, good.size() - 2),
+                                       "vastra.done" + good.substr(10),
+                                       "vastra.log.a.b.x=2Fy." + version.substr(1) + ".0"};
+  const std::string parts[][3] = {{"a", "b", "x=2f"},      {"a", "b", "x=2Fy=4"},  {"a", "b", "x=2F=41"},
+                                  {"=2E", "b", "x=2Fy"},   {"=2Ex", "b", "x=2Fy"}, {"a", "=2E=2E", "x=2Fy"},
+                                  {"a", "b=2Fc", "x=2Fy"}, {"a", "", "x=2Fy"}};
+  for (const auto& [site, node, key] : parts) subjects.push_back(with(site, node, key));
+  for (const char* key : {"../x", "x/../y", "/x", "x/", "x//y", "x/\n", "x/\x7f", "x"})
+    subjects.push_back(with("a", "b", Token(key)));
+  subjects.push_back(with("a", "b", Token("x/" + std::string(256, 'y'))));
   for (const std::string& subject : subjects)
     EXPECT_FALSE(ParseFileSubject(EFileSubject::log, subject)) << subject;
 }
@@ -147,9 +136,6 @@ TEST(FleetMessages, TheTimeOfAServer) {
 
 class ArchiveIntake : public testing::Test {
  protected:
-  ArchiveIntake() { std::filesystem::remove_all(m_folder); }
-  ~ArchiveIntake() override { std::filesystem::remove_all(m_folder); }
-
   void Open() {
     m_intake.reset();
     m_record.reset();
@@ -176,27 +162,22 @@ class ArchiveIntake : public testing::Test {
     return letters;
   }
 
-  const std::filesystem::path m_folder =
-      std::filesystem::temp_directory_path() / ("intake" + std::to_string(::getpid()));
+  const CTempDir m_dir;
+  const std::filesystem::path m_folder = m_dir.Path().Std();
   std::optional<CArchiveTree> m_tree;
   std::optional<CArchiveRecord> m_record;
   std::optional<CArchiveIntake> m_intake;
 };
 
 TEST_F(ArchiveIntake, TheVersionThatWasSentLastIsStored) {
-  struct {
-    char letter;
-    COrder order;
-    const char* stored;
-    std::size_t receipts;
-  } const steps[] = {{'A', {1, 1}, "A", 1}, {'B', {1, 2}, "B", 1}, {'A', {1, 1}, "B", 0},
-                     {'B', {1, 2}, "B", 1}, {'A', {1, 3}, "A", 1}, {'B', {1, 2}, "A", 0},
-                     {'C', {2, 1}, "C", 1}, {'A', {1, 9}, "C", 0}};
+  const std::tuple<char, COrder, const char*, std::size_t> steps[] = {
+      {'A', {1, 1}, "A", 1}, {'B', {1, 2}, "B", 1}, {'A', {1, 1}, "B", 0}, {'B', {1, 2}, "B", 1},
+      {'A', {1, 3}, "A", 1}, {'B', {1, 2}, "A", 0}, {'C', {2, 1}, "C", 1}, {'A', {1, 9}, "C", 0}};
   Open();
-  for (const auto& step : steps) {
-    Take(step.letter, 10, 0, step.order);
-    EXPECT_EQ(m_intake->Finish().size(), step.receipts) << step.letter << step.order.sequence;
-    EXPECT_EQ(All(), step.stored) << step.letter << step.order.sequence;
+  for (const auto& [letter, order, stored, receipts] : steps) {
+    Take(letter, 10, 0, order);
+    EXPECT_EQ(m_intake->Finish().size(), receipts) << letter << order.sequence;
+    EXPECT_EQ(All(), stored) << letter << order.sequence;
     Open();  // all of it is in the record
   }
   std::filesystem::remove(m_folder / "plant 1/kiln.3/logs/a");
@@ -309,65 +290,60 @@ std::string Binary(std::int32_t firstTime, const char* rest) {
 
 // What makes another log of a file, and what only changes it.
 TEST(FleetFiles, ALogThatWasRemovedIsNotTheNextOneOfItsName) {
-  const std::filesystem::path folder =
-      std::filesystem::temp_directory_path() / ("files" + std::to_string(::getpid()));
+  const CTempDir dir;
+  const std::filesystem::path folder = dir.Path().Std(), part = folder / "logs/part";
   std::filesystem::create_directories(folder / "logs");
-  const std::filesystem::path part = folder / "logs/part";
-  {
-    CShipState state((folder / "state").string());
-    CToldOnce log([](const std::string&) {});
-    CLogFinder finder({{"logs", folder / "logs"}}, true, [](const std::string&) {});
-    CShipFiles files(finder, state, -1, {}, log);
-    CShipFiles::Time now = std::chrono::steady_clock::now();
-    const auto work = [&](int phases) {
-      while (phases-- > 0) files.Work(now += std::chrono::minutes(1));
-    };
-    work(1);
-    struct {
-      int roundsAway;
-      std::string content;
-      bool isAnother;
-      std::string name = "a.csv";
-    } const steps[] = {{0, "a\n", true},
-                       {0, "b\n", false},
-                       {1, "c\n", false},  // removed and written by a program that replaces it
-                       {1, "c \n", false},
-                       {2, "d\n", true},
-                       {2, "d\n", true},
-                       {0, "TimeStamp,A,\n10:00,1,\n", false},
-                       {0, "TimeStamp,A,\n10:00,1,\n10:01,1,\n", false},
-                       {0, "TimeStamp,A,\n10:02,1,\n", true},
-                       {1, "TimeStamp,A,\n10:03,1,\n", true},
-                       {0, Binary(5, "x"), true, "a.rph"},
-                       {0, Binary(5, "xy"), false, "a.rph"},
-                       {0, Binary(6, "x"), true, "a.rph"}};
-    std::map<std::string, std::uint64_t> numbers;
-    for (const auto& step : steps) {
-      const std::filesystem::path path = folder / "logs" / step.name;
-      if (step.roundsAway > 0) std::filesystem::remove(path);
-      work(2 * step.roundsAway);
-      std::ofstream(part) << step.content;
-      std::filesystem::rename(part, path);
-      work(4);
-      const std::optional<CShipFile> file = state.Find("logs/" + step.name);
-      ASSERT_TRUE(file) << &step - steps;
-      EXPECT_EQ(std::exchange(numbers[step.name], file->log.number) != file->log.number, step.isAnother)
-          << &step - steps;
-    }
-    EXPECT_EQ(files.Lost(), 5U);  // none was sent
+  CShipState state((folder / "state").string());
+  CToldOnce log([](const std::string&) {});
+  CLogFinder finder({{"logs", folder / "logs"}}, true, [](const std::string&) {});
+  CShipFiles files(finder, state, -1, {}, log);
+  CShipFiles::Time now = std::chrono::steady_clock::now();
+  const auto work = [&](int phases) {
+    while (phases-- > 0) files.Work(now += std::chrono::minutes(1));
+  };
+  work(1);
+  struct {
+    int roundsAway;
+    std::string content;
+    bool isAnother;
+    std::string name = "a.csv";
+  } const steps[] = {{0, "a\n", true},
+                     {0, "b\n", false},
+                     {1, "c\n", false},  // removed and written by a program that replaces it
+                     {1, "c \n", false},
+                     {2, "d\n", true},
+                     {2, "d\n", true},
+                     {0, "TimeStamp,A,\n10:00,1,\n", false},
+                     {0, "TimeStamp,A,\n10:00,1,\n10:01,1,\n", false},
+                     {0, "TimeStamp,A,\n10:02,1,\n", true},
+                     {1, "TimeStamp,A,\n10:03,1,\n", true},
+                     {0, Binary(5, "x"), true, "a.rph"},
+                     {0, Binary(5, "xy"), false, "a.rph"},
+                     {0, Binary(6, "x"), true, "a.rph"}};
+  std::map<std::string, std::uint64_t> numbers;
+  for (const auto& step : steps) {
+    const std::filesystem::path path = folder / "logs" / step.name;
+    if (step.roundsAway > 0) std::filesystem::remove(path);
+    work(2 * step.roundsAway);
+    std::ofstream(part) << step.content;
+    std::filesystem::rename(part, path);
+    work(4);
+    const std::optional<CShipFile> file = state.Find("logs/" + step.name);
+    ASSERT_TRUE(file) << &step - steps;
+    EXPECT_EQ(std::exchange(numbers[step.name], file->log.number) != file->log.number, step.isAnother)
+        << &step - steps;
   }
-  std::filesystem::remove_all(folder);
+  EXPECT_EQ(files.Lost(), 5U);  // none was sent
 }
 
 // What a receipt does to a file whose content is A; the archive may have had A before, and B since.
 TEST(FleetReceipts, AReceiptOfAnEarlierSendingDoesNotCount) {
-  const std::filesystem::path path =
-      std::filesystem::temp_directory_path() / ("ship" + std::to_string(::getpid()));
+  const CTempDir dir;
   CNatsOptions nowhere;
   nowhere.servers = {"nats://127.0.0.1:1"};
   nowhere.inbox = "_INBOX.test";
   CNatsLink link(nowhere);
-  CShipState state(path.string());
+  CShipState state((dir / "state").Std());
   CToldOnce log([](const std::string&) {});
   CReceiptHearer hearer(link, state, kNode, log);
   struct {
@@ -415,7 +391,6 @@ TEST(FleetReceipts, AReceiptOfAnEarlierSendingDoesNotCount) {
   hearer.Hear({{{kNode, "logs/a"}, VersionOf("A")}, 7, "one"});
   EXPECT_FALSE(state.SetArchive("two"));
   EXPECT_EQ(state.Sum(EShipped::archived).files, state.Find("logs/a")->state == EShipped::archived ? 1U : 0U);
-  std::filesystem::remove(path);
 }
 
 }  // namespace
