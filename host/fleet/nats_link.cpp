@@ -278,9 +278,16 @@ nlohmann::json CNatsLink::Ask(const std::string& subject, const CJson& question,
   const std::string text = question.is_null() ? "" : JsonText(question);
   const std::string to = InDomain(subject, m_wish.domain);
   natsMsg* answer = nullptr;
+  // The servers say only to the connection, not to who asks, that a subject is not permitted.
+  const auto takeDenial = [this] {
+    const std::lock_guard guard(m_lock);
+    return std::exchange(m_denial, {});
+  };
+  takeDenial();
   const natsStatus status =
       natsConnection_RequestString(&answer, m_connection, to.c_str(), text.c_str(), patience.count());
-  if (const std::string denial = Denial(); status != NATS_OK && !denial.empty()) throw CNatsFault(denial);
+  if (const std::string denial = status == NATS_OK ? "" : takeDenial(); !denial.empty())
+    throw CNatsFault("servers: " + denial);
   Check(status, to);
   const CNatsMessage owner(answer);
   try {
@@ -320,13 +327,6 @@ void CNatsLink::Tell(const std::string& fault) {
   m_changed.notify_one();
 }
 
-// The servers say only to the connection, not to who asks, that a subject is not permitted.
-std::string CNatsLink::Denial() const {
-  const std::lock_guard guard(m_lock);
-  const auto denial = std::ranges::find_if(m_faults, [](auto& fault) { return fault.starts_with(kDenied); });
-  return denial == m_faults.end() ? "" : "servers: " + *denial;
-}
-
 void CNatsLink::OnMessage(natsConnection*, natsSubscription*, natsMsg* message, void* link) {
   CNatsLink& self = *static_cast<CNatsLink*>(link);
   CNatsMessage owner(message);
@@ -354,7 +354,10 @@ void CNatsLink::OnError(natsConnection* connection, natsSubscription*, natsStatu
   const std::string words = FaultWords(last != nullptr && *last != 0 ? last : natsStatus_GetText(status));
   self.Tell(words);
   const std::lock_guard guard(self.m_lock);
-  if (words.starts_with(kDeniedToHear)) self.m_deaf = words;
+  if (words.starts_with(kDeniedToHear))
+    self.m_deaf = words;
+  else if (words.starts_with(kDenied))
+    self.m_denial = words;
 }
 
 void CNatsLink::OnUp(natsConnection*, void* link) {

@@ -115,7 +115,6 @@ class CNatsLink {
   static void OnDown(natsConnection*, void* link);
   void Subscribe(const std::string& subject, natsMsgHandler hear);
   void Tell(const std::string& fault);
-  std::string Denial() const;
   std::string Absence() const;
   void CheckOpen() const;
 
@@ -132,7 +131,8 @@ class CNatsLink {
   unsigned m_connections = 0;
   Time m_checked = std::chrono::steady_clock::now();  // when there was a connection, or its absence was told
   std::vector<std::string> m_faults;
-  std::string m_deaf;  // the servers do not let this user hear a subject: why
+  std::string m_deaf;    // the servers do not let this user hear a subject: why
+  std::string m_denial;  // what they did not let it say since the last Ask began
 };
 
 // The number at the end of an answer's subject; 0 without one.

@@ -19,7 +19,7 @@
 namespace vastra {
 namespace {
 
-constexpr std::size_t kEntries = 2000, kRows = 2000, kMostUnsettled = 10000;
+constexpr std::size_t kEntries = 2000, kRows = 2000, kMostUnsettled = 10000, kMostAbsent = 100000;
 constexpr std::chrono::seconds kSettled{3}, kLongestChange{10}, kRoundPause{2}, kUnsettledTurn{1};
 constexpr int kShareOfTime = 20;  // a round takes at most this part of the time
 
@@ -47,6 +47,9 @@ std::uint64_t BeginOf(const std::string& path, ELogForm form) {
   const std::size_t row = head.find('\n'), end = head.find(',', std::min(row, head.size()));
   return end == std::string::npos ? 0 : NumberOf(std::string_view(head).substr(row, end - row));
 }
+
+// Two keys with one id would cost a round of patience with one of them.
+std::size_t IdOf(std::string_view key) { return std::hash<std::string_view>()(key); }
 
 // Of 53 bits, which any reader of JSON takes.
 std::uint64_t NewLogNumber() {
@@ -217,7 +220,7 @@ bool CShipFiles::CheckRow(const CShipFile& file) {
     m_state.Remove(file.key);
     return false;
   }
-  m_absent.erase(file.key);
+  if (!m_absent.empty()) m_absent.erase(IdOf(file.key));
   constexpr std::int64_t kNanoseconds = 1'000'000'000, kMilliseconds = 1000;
   const std::int64_t age = WallClock() / kMilliseconds - file.mark.changed / kNanoseconds;
   return m_deleteAfter >= 0 && file.state == EShipped::archived && file.hasReceipt && age >= m_deleteAfter &&
@@ -227,8 +230,8 @@ bool CShipFiles::CheckRow(const CShipFile& file) {
 // Whether the file was absent in the round before, too: a program can remove a file to write it again, and
 // then it has changed. At the start of the process all rounds count as one.
 bool CShipFiles::IsGone(const std::string& key) {
-  if (!m_isWalked || m_absent.erase(key) > 0) return true;
-  if (m_absent.size() < kMostUnsettled) m_absent.insert(key);
+  if (!m_isWalked || m_absent.erase(IdOf(key)) > 0) return true;
+  if (m_absent.size() < kMostAbsent) m_absent.insert(IdOf(key));
   return false;
 }
 

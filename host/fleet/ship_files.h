@@ -69,8 +69,8 @@ class CShipFiles {
   EPhase m_phase = m_deleteAfter < 0 ? EPhase::walk : EPhase::rows;
   std::string m_checked;  // the key of the last row that was looked at
   std::unordered_map<std::string, CUnsettled> m_unsettled;
-  std::unordered_set<std::string>
-      m_absent;               // keys of rows whose files were not there in this round, or the last one
+  std::unordered_set<std::size_t>
+      m_absent;               // ids of keys whose files were not there in this round, or the last one
   bool m_hasNew = false;      // since the last commit
   bool m_isLeftOut = false;   // in this walk a file for which m_unsettled has no room
   bool m_isWalked = false;    // once

@@ -1,5 +1,6 @@
-// CToldOnce: lines for the log of a service. A line that is the same as one of the last minute is left out
-// and counted, and so is what is more than 100 lines in a minute: others can cause lines.
+// CToldOnce: lines for the log of a service. A line that goes on being told appears after one minute again,
+// then after two, four, ..., at last each hour, with the number of those that were left out. What is more
+// than 100 lines in a minute is left out, too: others can cause lines.
 #pragma once
 
 #include <chrono>
@@ -20,10 +21,13 @@ class CToldOnce {
 
  private:
   struct CTold {
-    Time time;
+    Time printed, last;
+    std::chrono::seconds silence = kSilence;
     std::uint64_t repeats = 0;
   };
-  static constexpr std::chrono::seconds kSilence{60};
+  static constexpr std::chrono::seconds kSilence{60}, kLongestSilence{3600};
+  // A line that was not told for so long is news.
+  static constexpr std::chrono::seconds kEnd{300};
   static constexpr std::size_t kMost = 1000;
   static constexpr unsigned kMostInMinute = 100;
 

@@ -288,6 +288,21 @@ std::string Binary(std::int32_t firstTime, const char* rest) {
   return std::string(reinterpret_cast<const char*>(&start), sizeof start) + rest;
 }
 
+// The minutes in which a line that is told each minute is printed, with a pause of ten minutes before the
+// last one.
+TEST(FleetLines, ALineThatGoesOnBecomesRare) {
+  std::vector<std::string> lines;
+  CToldOnce log([&](const std::string& line) { lines.push_back(line); });
+  std::vector<int> minutes;
+  for (int minute = 0; minute < 200; ++minute) {
+    if (minute > 180 && minute < 190) continue;
+    log.Tell("away", CToldOnce::Time{} + std::chrono::minutes(minute));
+    minutes.resize(lines.size(), minute);
+  }
+  EXPECT_EQ(minutes, (std::vector<int>{0, 1, 3, 7, 15, 31, 63, 123, 190, 191, 193, 197}));
+  EXPECT_EQ(lines[5], "away (15 more times)");
+}
+
 // What makes another log of a file, and what only changes it.
 TEST(FleetFiles, ALogThatWasRemovedIsNotTheNextOneOfItsName) {
   const CTempDir dir;
