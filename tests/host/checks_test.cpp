@@ -37,12 +37,10 @@ std::string Outputs(const std::string& outputs) { return R"("outputs": [)" + out
 const std::string kNan = R"(, "absent": "nan", "aliveVar": "Alive")";
 const std::string kStaysNan =
     " stays NaN once a node with \"absent\": \"nan\" or \"hold\" was away; use the aliveVar of the node, as "
-    "in: "
-    "Sum = Alive ? Sum + x : Sum\n";
+    "in: Sum = Alive ? Sum + x : Sum\n";
 const std::string kSpelling =
     ": a name for them has letters (A to Z, a to z), digits and single underscores, a letter first, and is "
-    "not "
-    "a word of the language\n";
+    "not a word of the language\n";
 const std::string kMeets = " can have the same names in that folder; use another folder or other prefixes\n";
 
 TEST_F(Checks, FindWhatLooksRightAndIsWrong) {
@@ -90,8 +88,7 @@ TEST_F(Checks, FindWhatLooksRightAndIsWrong) {
        "plcWrite.nodes[0].scaler[0].varName: the node has no variable \"y\"\n"},
       {Input(Node("\"x\"") + "," + Node("\"y\"") + "," + Node("\"z\"", kNan)),
        "input.plcNodes: 2 nodes have \"absent\": \"fail\": one of them that does not answer fails the scan "
-       "of all "
-       "nodes; with \"nan\" or \"hold\" the others go on\n"},
+       "of all nodes; with \"nan\" or \"hold\" the others go on\n"},
       {Input(Node("\"x\"", R"(, "absent": "hold", "aliveVar": "y")") + "," +
              Node("\"y\"", R"(, "aliveVar": "x")")),
        "! input.plcNodes[0].aliveVar: \"y\" is in input.plcNodes[1].varNames already\n"
@@ -170,8 +167,7 @@ TEST_F(Checks, FindWhatLooksRightAndIsWrong) {
       {Input("", R"(, "simulating": 1, "inputFiles": ["none.rph", "2601010000.rph"])") + "," +
            Outputs(Log("")),
        "! outputs[0].directory: input.inputFiles[1], DIR/2601010000.rph, counts as a log of this output and "
-       "could be "
-       "removed; use another folder or a prefix\n"},
+       "could be removed; use another folder or a prefix\n"},
   };
   for (const auto& [settings, lines] : cases) EXPECT_EQ(Found("{" + settings + "}"), lines);
 }

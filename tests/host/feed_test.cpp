@@ -17,12 +17,17 @@ namespace {
 using nlohmann::json;
 using Lines = std::vector<json>;
 
+sockaddr_un AddressOf(const CString& path) {
+  sockaddr_un address = {};
+  address.sun_family = AF_UNIX;
+  path.Std().copy(address.sun_path, sizeof address.sun_path - 1);
+  return address;
+}
+
 class CReader {
  public:
   explicit CReader(const CString& path, const std::string& request = {}) {
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    path.Std().copy(address.sun_path, sizeof address.sun_path - 1);
+    const sockaddr_un address = AddressOf(path);
     EXPECT_EQ(::connect(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
     const timeval patience = {10, 0};
     ::setsockopt(m_socket, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
@@ -85,12 +90,10 @@ TEST_F(Feed, AReaderFollowsARunFromItsOpeningToItsEnd) {
   CReader reader(m_path, R"({"interval": 0})");
   const json opening = reader.Next("hello", {{"variables", json::array()}});
   EXPECT_EQ(opening["name"], "kiln.2");
-  EXPECT_EQ(opening["stages"]["outputs"][0], json({{"name", "All"},
-                                                   {"folder", m_dir.Path().Std()},
-                                                   {"binary", false},
-                                                   {"text", true},
-                                                   {"maxLogs", 400},
-                                                   {"maxSamples", 2}}));
+  json output =
+      json::parse(R"({"name": "All", "binary": false, "text": true, "maxLogs": 400, "maxSamples": 2})");
+  output["folder"] = m_dir.Path().Std();
+  EXPECT_EQ(opening["stages"]["outputs"], json({output}));
   EXPECT_EQ(opening["stages"]["origins"], json::parse(R"([{"variables": ["x"], "alive": ""}])"));
   EXPECT_EQ(opening["units"], json::parse(R"([{"variable": "x", "unit": "K"}])"));
   EXPECT_EQ(opening["stages"]["nodes"], json({"Simulator"}));
@@ -165,10 +168,7 @@ TEST_F(Feed, AReaderGetsWhatItAsksForAndEachSampleOnce) {
 }
 
 TEST_F(Feed, ALineThatIsNoRequestEndsItsConnectionAlone) {
-  const struct {
-    std::string line;
-    const char* text;
-  } rows[] = {
+  const std::pair<std::string, const char*> rows[] = {
       {"\xFF\n", "not valid JSON"},
       {"7\n", "an object"},
       {"{\"wants\": []}\n", "wants: is no key"},
@@ -180,11 +180,11 @@ TEST_F(Feed, ALineThatIsNoRequestEndsItsConnectionAlone) {
       {std::string(66000, ' '), "more than 65536 bytes"},
   };
   CReader other(m_path, "{}");
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.text);
+  for (const auto& [line, text] : rows) {
+    SCOPED_TRACE(text);
     CReader reader(m_path);
-    reader.Ask(row.line);
-    EXPECT_NE(reader.Next("error")["text"].get<std::string>().find(row.text), std::string::npos);
+    reader.Ask(line);
+    EXPECT_NE(reader.Next("error")["text"].get<std::string>().find(text), std::string::npos);
     EXPECT_EQ(reader.Next(), json());
   }
   CReader longest(m_path, std::string(65534, ' ') + "{}");
@@ -248,9 +248,7 @@ TEST_F(Feed, ASocketIsTakenOnlyFromTheDead) {
   const CString dead = m_dir / "dead", file = m_dir / "file";
   std::ofstream(file.Std()) << "kept";
   const int left = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_un address = {};
-  address.sun_family = AF_UNIX;
-  dead.Std().copy(address.sun_path, sizeof address.sun_path - 1);
+  const sockaddr_un address = AddressOf(dead);
   ASSERT_EQ(::bind(left, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
   ::close(left);
   {

@@ -99,9 +99,7 @@ TEST_F(Messages, ARunShowsTheInnermostFailureOnceAndCutsLongTexts) {
             "Error: Simulator: read: Timeout error.\n"
             "Error: Simulator: read: Timeout error. (again 4 times until the end)\n");
   m_messenger.Send("CPlcLink", "S (K)", functionRead, severityError,
-                   (std::string(1996, 'x') + "\u00fc"
-                                             "yyyy")
-                       .c_str());
+                   (std::string(1996, 'x') + "\u00fcyyyy").c_str());
   EXPECT_EQ(Take(), "Error: K: read: " + std::string(1996, 'x') + "...\n");
 }
 

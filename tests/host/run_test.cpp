@@ -217,22 +217,16 @@ TEST_F(Run, ReloadsLoseNoRowThatTheOldOrTheNewConfigurationTakes) {
   std::mt19937 random(1);
   for (const char* folder : {"a", "b"}) std::filesystem::create_directory((m_dir / folder).Std());
   WriteBytes(m_dir / "file", "");
-  const auto output = [](const char* name, const char* folder, unsigned samples) {
-    return nlohmann::json({{"name", name},
-                           {"enableText", "WriteToLog = 1;"},
-                           {"varNames", {"x"}},
-                           {"saveCsv", 1},
-                           {"maxSamples", samples},
-                           {"maxLogs", 10000},
-                           {"directory", folder}});
-  };
   const auto configuration = [&](unsigned kind, const char* bad) {
-    nlohmann::json tree;
-    tree["input"]["plcNodes"][0] = {{"driver", {{"plcType", 9001}, {"text1", "counter"}}},
-                                    {"varNames", {"x"}}};
+    auto tree = nlohmann::json::parse(
+        R"({"outputs": [{"directory": "a"}, {"name": "More", "directory": "b", "maxSamples": 3}],
+"input": {"plcNodes": [{"driver": {"plcType": 9001, "text1": "counter"}, "varNames": ["x"]}]}})");
     if (kind & 1) tree["input"]["plcNodes"][0]["varNames"].push_back("y");
-    tree["outputs"][0] = output(kind & 2 ? "Renamed" : "All", "a", kind & 4 ? 7 : 5);
-    if (kind & 8) tree["outputs"].push_back(output("More", "b", 3));
+    tree["outputs"][0].update({{"name", kind & 2 ? "Renamed" : "All"}, {"maxSamples", kind & 4 ? 7 : 5}});
+    if (!(kind & 8)) tree["outputs"].erase(1);
+    for (nlohmann::json& output : tree["outputs"])
+      output.update(
+          {{"enableText", "WriteToLog = 1;"}, {"varNames", {"x"}}, {"saveCsv", 1}, {"maxLogs", 10000}});
     if (kind & 16) tree["summaries"][0] = {{"varNames", {"x"}}, {"saveCsv", 1}, {"directory", "b"}};
     if (*bad) tree.merge_patch(nlohmann::json::parse(bad));
     return Logger(tree.dump());
