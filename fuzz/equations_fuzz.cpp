@@ -1,13 +1,20 @@
 // Arbitrary bytes as the text of an equation editor. If they compile, both ways of execution give the same
 // values.
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <string>
+#include <vector>
 
-#include "tests/equations/both_machines.h"
+#include "vastra/equations/equator.h"
+#include "vastra/equations/random.h"
 #include "vastra/equations/separator.h"
 
 namespace vastra {
 namespace {
+
+using CSampleValues = CArray<float, float>;
 
 void Require(bool holds) {
   if (!holds) std::abort();
@@ -48,6 +55,35 @@ void CheckFault(const CEquationFault& fault, const CStringArray& equations) {
   if (fault.statement == 0) return;
   Require(fault.statement <= equations.GetSize());
   Require(fault.offset >= 0 && fault.offset <= equations[fault.statement - 1].GetLength());
+}
+
+// Runs statements as the lines that the parser made, in the reference interpreter, and lowered to the form
+// that runs for every sample. Describes how the two differ after one of the samples: in the values, in the
+// undefined statements or in the number of random numbers that they used. Empty if they agree. For statements
+// that do not compile it sets fault and returns an empty string.
+std::string CompareMachines(const CStringArray& inputs, const CStringArray& statements,
+                            const std::vector<CSampleValues>& samples, CEquationFault& fault) {
+  CEquator lowered, reference;
+  CArray<double, double> results;
+  fault = lowered.Compile(inputs, statements);
+  if (fault.statement) return {};
+  reference.Compile(inputs, statements);
+  for (const CSampleValues& sample : samples) {
+    SeedRandom(7);
+    lowered.Run(sample);
+    const int random = NextRandom();
+    SeedRandom(7);
+    reference.RunByLines(sample, results);
+    if (random != NextRandom()) return "other random numbers";
+    if (lowered.GetUndefined() != reference.GetUndefined()) return "other undefined statements";
+    for (UINT i = 0; i < static_cast<UINT>(inputs.GetSize() + reference.GetNewVariables().GetSize()); ++i) {
+      const float fast = lowered.GetValue(sample, i), slow = reference.GetValue(sample, i);
+      const bool areNan = std::isnan(fast) && std::isnan(slow);  // any two NaN are the same
+      if (!areNan && std::memcmp(&fast, &slow, sizeof fast) != 0)
+        return "value " + std::to_string(i) + ": " + std::to_string(fast) + " for " + std::to_string(slow);
+    }
+  }
+  return {};
 }
 
 void Check(const CString& text) {
