@@ -4,9 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <barrier>
 #include <cmath>
-#include <condition_variable>
 #include <cstdlib>
 #include <random>
 
@@ -63,25 +63,6 @@ class CDeviceLink : public CLink {
   CDevice& m_device;
 };
 
-// Keeps callers until it is opened.
-class CGate {
- public:
-  void Pass() {
-    std::unique_lock lock(m_mutex);
-    m_changed.wait(lock, [this] { return m_isOpen; });
-  }
-  void Open() {
-    const std::lock_guard lock(m_mutex);
-    m_isOpen = true;
-    m_changed.notify_all();
-  }
-
- private:
-  std::mutex m_mutex;
-  std::condition_variable m_changed;
-  bool m_isOpen = false;
-};
-
 // Nodes A, B, ... in a chain of concat links as the input stage builds it.
 class NodeLink : public testing::TestWithParam<bool> {
  protected:
@@ -125,16 +106,20 @@ class NodeLink : public testing::TestWithParam<bool> {
     m_group->Close();
     m_head.reset();
   }
+  void OpenGate() {
+    m_gate.test_and_set();
+    m_gate.notify_all();
+  }
   ~NodeLink() override {
     if (m_head) Close();
-    m_gate.Open();
+    OpenGate();
     m_workers.reset();
     while (CNodeWorkers::OverdueTasks() > 0) std::this_thread::yield();
   }
 
   CRecorder m_recorder;
   CDevice m_devices[51];
-  CGate m_gate;
+  std::atomic_flag m_gate;  // devices can wait until it is set
   std::atomic<bool> m_stops{false};
   std::unique_ptr<CNodeWorkers> m_workers;
   std::shared_ptr<CNodeGroup> m_group;
@@ -233,7 +218,7 @@ TEST_P(NodeOnWorkers, IsAskedAtTheSameTimeAsTheOthers) {
 TEST_P(NodeOnWorkers, ThatHangsDelaysOneScanOnlyAndIsAskedAgainWhenItsCallHasReturned) {
   std::string away = "1:", back = "1: 1 1";
   for (int i = 0; i < 50; ++i) {  // more than there are places and threads
-    m_devices[i].work = [this] { m_gate.Pass(); };
+    m_devices[i].work = [this] { m_gate.wait(false); };
     away += " nan 0";
     back += " 1 1";
   }
@@ -242,7 +227,7 @@ TEST_P(NodeOnWorkers, ThatHangsDelaysOneScanOnlyAndIsAskedAgainWhenItsCallHasRet
   EXPECT_TRUE(m_recorder.TakeFaults().starts_with(
       "Read Error A is away: the driver has not returned from read after 0."));
   EXPECT_EQ(m_devices[0].calls, 1);
-  m_gate.Open();
+  OpenGate();
   while (Read() != back) std::this_thread::yield();
   EXPECT_EQ(m_devices[0].closed, 0);
   Close();
@@ -250,7 +235,7 @@ TEST_P(NodeOnWorkers, ThatHangsDelaysOneScanOnlyAndIsAskedAgainWhenItsCallHasRet
 }
 
 TEST_P(NodeOnWorkers, ThatHangsIsLeftToItsWorkerWhenTheRunEnds) {
-  m_devices[0].work = [this] { m_gate.Pass(); };
+  m_devices[0].work = [this] { m_gate.wait(false); };
   Build({EAbsent::nan, EAbsent::nan}, kShort);
   Read();
   Close();
@@ -258,7 +243,7 @@ TEST_P(NodeOnWorkers, ThatHangsIsLeftToItsWorkerWhenTheRunEnds) {
   EXPECT_EQ(CNodeWorkers::OverdueTasks(), 1);
   EXPECT_EQ(m_devices[0].closed, 0);
   EXPECT_GT(m_devices[1].closed, 0);
-  m_gate.Open();
+  OpenGate();
   while (CNodeWorkers::OverdueTasks() > 0) std::this_thread::yield();
   EXPECT_GT(m_devices[0].closed, 0) << "the worker closes it";
 }
@@ -274,7 +259,7 @@ TEST_P(NodeOnWorkers, OfASharedLineWaitsForTheOthersOfTheLineAndNotForOneThatHan
   Build({EAbsent::nan, EAbsent::nan, EAbsent::nan}, kShort, "serial");
   for (int i = 0; i < 100; ++i) ASSERT_EQ(Read(), "1: 1 1 1 1 1 1");
   EXPECT_EQ(most, 1);
-  m_devices[1].work = m_devices[2].close = [this] { m_gate.Pass(); };
+  m_devices[1].work = m_devices[2].close = [this] { m_gate.wait(false); };
   EXPECT_EQ(Read(), "1: 1 1 nan 0 nan 0");
   EXPECT_NE(m_recorder.TakeFaults().find("C is away: its line waits for a node"), std::string::npos);
   Read();  // asks the third one, which waits in the queue
@@ -283,7 +268,7 @@ TEST_P(NodeOnWorkers, OfASharedLineWaitsForTheOthersOfTheLineAndNotForOneThatHan
 }
 
 TEST_P(NodeOnWorkers, ThatHangsKeepsNoStop) {
-  m_devices[0].work = [this] { m_gate.Pass(); };
+  m_devices[0].work = [this] { m_gate.wait(false); };
   Build({EAbsent::nan, EAbsent::nan}, CNodeWorkers::Span(500));
   m_stops = true;
   EXPECT_EQ(Read(), "1: nan 0 1 1");

@@ -7,7 +7,6 @@
 #include "vastra/core/name_config.h"
 #include "vastra/platform/prompt.h"
 #include "vastra/plc/driver_factory.h"
-#include "vastra/plc/driver_host.h"
 
 namespace vastra {
 namespace {
@@ -169,19 +168,6 @@ TEST_F(PlcLink, PassesAllSettingsToTheDriversDialogAndBack) {
   EXPECT_EQ(m_link->ShowConfig(1), IDCANCEL);
   EXPECT_EQ(m_link->SetConfig({}), -1);
   EXPECT_EQ(m_link->GetConfig().openState, 100);
-}
-
-TEST_F(PlcLink, PassesTheInstalledHostToEachNewModule) {
-  const DriverHost host = {DRIVER_HOST_VERSION, nullptr};
-  const DriverHost* installed = nullptr;
-  for (const DriverHost* next : {&host, static_cast<const DriverHost*>(nullptr)}) {
-    EXPECT_EQ(InstallDriverHost(next), installed);
-    EXPECT_EQ(m_script->host, installed);
-    NewLink();
-    EXPECT_EQ(m_script->host, next);
-    installed = next;
-  }
-  EXPECT_EQ(m_script->hosts, 3) << "also without a host";
 }
 
 }  // namespace

@@ -47,4 +47,3 @@ Script* FreshScript() {
 
 DriverHeader GetDriverHeader() { return {SCRIPTED_ID, "Scripted", &g_script.functions}; }
 int GetDriverApiVersion() { return g_script.version; }
-void SetDriverHost(const DriverHost* host) { ++g_script.hosts, g_script.host = host; }

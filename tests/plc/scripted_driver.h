@@ -17,8 +17,6 @@ struct Script {
   float values[4] = {1, 2, 3, 4};       // returned by Read, set by Write
   DriverRecord record = {};             // set by SetConfig, returned by GetConfig
   std::string calls = {};               // "Open 0 3 a b, Read 3 5, ..."
-  int hosts = 0;                        // number of calls of SetDriverHost, and the last host
-  const DriverHost* host = nullptr;
 };
 
 extern "C" DRIVER_EXPORT Script* FreshScript();
