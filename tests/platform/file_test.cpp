@@ -15,7 +15,6 @@
 #include <cerrno>
 #include <climits>
 #include <cstddef>
-#include <set>
 #include <thread>
 
 #include "tests/support/faulty_files.h"
@@ -154,44 +153,6 @@ TEST(FileLayer, RenamesOnlyToAFreeName) {
     EXPECT_EQ(MoveWithout(call, other, dir / "a", dir / "d"), ENOENT);
     EXPECT_EQ(ReadBytes(dir / "b") + ReadBytes(dir / "c"), "ba");
   }
-}
-
-// Proves the model of a power cut that other tests rely on.
-TEST(FaultyFiles, APowerCutTakesWhatWasNotSynced) {
-  const CTempDir dir;
-  WriteBytes(dir / "k", "k");
-  CFaultyFiles files(dir.Path());
-  CFile file(dir / "a", CFile::modeWrite | CFile::modeCreate);
-  file.Write("1234", 4), file.Sync(), SyncDirectory(dir.Path());
-  file.Write("5678", 4), files.Rename(dir / "a", dir / "b", true), DeleteFile(dir / "k");
-  using CSeen = std::set<std::string>;
-  CSeen seen[cutKinds], names, tails;
-  for (unsigned i = 0; i < 40 * cutKinds; ++i) {
-    const CTempDir after;
-    const auto cut = static_cast<EPowerCut>(i % cutKinds);
-    files.CutPower(cut, after.Path(), i);
-    std::string all;
-    for (const CFileEntry& entry : ListFiles(after.Path(), ""))
-      all += entry.m_name.Std() + ReadBytes(JoinPath(after.Path(), entry.m_name));
-    seen[cut].insert(all);
-    if (cut == cutReordered)
-      names.insert(Names(after.Path())), tails.insert(all.substr(5, all.find('k') - 5));
-  }
-  EXPECT_EQ(seen[cutNothing], CSeen{"a1234kk"});
-  EXPECT_EQ(seen[cutAll], CSeen{"b12345678"});
-  EXPECT_EQ(seen[cutEmpty], CSeen{"b1234"});
-  EXPECT_EQ(seen[cutTorn], (CSeen{{"b1234\0\0\0\0", 9}, {"b123456\0\0", 9}}));
-  EXPECT_EQ(names, (CSeen{"a ", "a k ", "b ", "b k "}));
-  EXPECT_EQ(tails, (CSeen{"", "5", "56", "567", "5678"}));
-  files.Add({.kind = callSync, .nth = 2, .error = EIO});
-  EXPECT_THROW(file.Sync(), CFileException);
-  file.Sync();  // says nothing about the bytes of the failed one
-  const CTempDir after;
-  files.CutPower(cutNothing, after.Path());
-  EXPECT_EQ(ReadBytes(after / "a"), "1234");
-  files.Add({.kind = callClose, .error = EIO});
-  EXPECT_THROW(file.Close(), CFileException);
-  EXPECT_EQ(files.Count(callSync) + files.Count(callClose), 4u);
 }
 
 TEST(File, SaveFileFollowsALinkAndWritesToAPipe) {
