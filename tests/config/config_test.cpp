@@ -212,7 +212,6 @@ std::string Expected(const std::string& part) {
 TEST(Report, ListsTheseLines) {
   const std::string nodes = Expected("node A") + Expected("node B");
   EXPECT_EQ(Report(Loaded<CInputConfig>(kInput)), Expected("input head") + nodes + Expected("input tail"));
-  EXPECT_EQ(Report(CInputConfig()), Expected("new input"));
   EXPECT_EQ(Report(Loaded<CMultiOutputConfig>(kOutputs)),
             "[*** Multiple Outputs ***]\r\n\r\n" + Expected("output"));
   EXPECT_EQ(Report(Loaded<CMultiSummaryConfig>(kSummaries)),
