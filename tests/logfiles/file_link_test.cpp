@@ -68,28 +68,6 @@ TEST_F(FileLink, EveryOperationOfAClosedLinkReportsItAndClosesOnce) {
   EXPECT_TRUE(m_link->PartialFlush());
 }
 
-TEST_F(FileLink, ABufferKeepsOneSampleInEitherMode) {
-  for (const UINT mode : {CLink::modeRead, CLink::modeWrite}) {
-    NewLink();
-    ASSERT_TRUE(Open(Buffer(), mode));
-    CLogSample sample = Sample(5, {9});
-    float value = 7;
-    EXPECT_TRUE(m_link->Read(sample));
-    EXPECT_TRUE(sample.m_values.IsEmpty());
-    Write(1, {1, 2});
-    Write(2, {3, 4});
-    EXPECT_FALSE(m_link->ReadVariable(2, value) || m_link->WriteVariable(2, value));
-    EXPECT_EQ(value, 7);
-    EXPECT_TRUE(m_link->ReadVariable(1, value) && m_link->WriteVariable(0, 5));
-    EXPECT_EQ(value, 4);
-    EXPECT_TRUE(m_link->Read(sample));
-    EXPECT_EQ(sample.m_values, Sample(2, {5, 4}).m_values);
-    EXPECT_EQ(sample.m_time.time, kStart + 2);
-    m_link->Close();
-    EXPECT_FALSE(m_link->ReadVariable(0, value) || m_link->WriteVariable(0, 5));
-  }
-}
-
 TEST_F(FileLink, WithoutMemoryASampleIsRefusedAndCanBeWrittenLater) {
   CMessenger quiet;  // needs no memory
   quiet.SetFilters(0, 0, 0, 0, 0);

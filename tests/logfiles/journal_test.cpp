@@ -3,7 +3,6 @@
 #include "tests/logfiles/example.h"
 #include "tests/logfiles/link_fixture.h"
 #include "tests/support/faulty_files.h"
-#include "vastra/logfiles/crc32c.h"
 
 namespace vastra {
 namespace {
@@ -75,12 +74,6 @@ class Journal : public CLogFixture {
 
   CSampleStore m_samples{64};  // several blocks
 };
-
-TEST(Crc32c, IsThatOfOtherPrograms) {
-  EXPECT_EQ(Crc32c("123456789", 9), 0xE3069283u);
-  EXPECT_EQ(Crc32c("6789", 4, Crc32c("12345", 5)), 0xE3069283u);
-  EXPECT_EQ(Crc32c(std::string(32, '\0').data(), 32), 0x8A9136AAu);
-}
 
 TEST_F(Journal, ReadsBackWhatWasWritten) {
   CJournalHead head = Head();
