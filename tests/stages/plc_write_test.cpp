@@ -144,17 +144,5 @@ TEST_F(PlcWrite, WorkersWaitForStageAndSampleAndKeepTheTargetOfTheirStart) {
   EXPECT_EQ(other.Wait(message, 20), 0);
 }
 
-TEST_F(PlcWrite, AWorkerWithoutStageOrSamplePostsFailure) {
-  for (const bool hasStage : {false, true}) {
-    auto* worker = static_cast<CPlcWriteThread*>(AfxBeginThread(RUNTIME_CLASS(CPlcWriteThread)));
-    worker->m_pSample = hasStage ? nullptr : &m_sample;
-    worker->m_pStage = hasStage ? &m_stage : nullptr;
-    worker->m_notifyWnd = &m_queue;
-    worker->m_notifyMessage = kMessage;
-    worker->ResumeThread();
-    EXPECT_EQ(Posted(), 0);
-  }
-}
-
 }  // namespace
 }  // namespace vastra
