@@ -95,6 +95,28 @@ TEST_F(LogTrack, ALogLargerThanTheLimitIsGivenTheTimeToBeSaved) {
   m_link->Close();
 }
 
+TEST_F(LogTrack, JournalsOfOtherOutputsAreRecoveredUnlessTheirProcessLives) {
+  CJournalHead head;
+  head.naming = {m_dir.Path(), "x", kNamedByTime, false, ".rph", true, false};
+  head.varNames = Names({"Temp", "Flow"});
+  CSampleStore samples;
+  samples.Append(Sample(kStart, {1, 2}));
+  CSampleSpans spans;
+  CSampleStore::CPlace from = samples.GetHeadPlace();
+  samples.AddSpans(from, spans);
+  auto journal = std::make_unique<CJournalWriter>(m_dir / JournalFile("0123456789abcdef", 0), head);
+  journal->Append(spans);
+  CLogKeeper keeper(Policy());
+  OpenKept(keeper);
+  for (const bool lives : {true, false}) {
+    if (!lives) journal.reset();
+    EXPECT_EQ(keeper.RecoverOthers(nullptr).size(), lives ? 0u : 1u);
+    EXPECT_EQ(keeper.Others().size(), lives ? 0u : 1u);
+  }
+  EXPECT_NE(ReadBytes(m_dir / "x0301021400.rph"), "");
+  m_link->Close();
+}
+
 // Logs that wait for one that cannot be saved do not delay the start one by one.
 TEST_F(LogTrack, AFullDiskDoesNotStopTheStart) {
   CFaultyFiles files(m_dir.Path());
