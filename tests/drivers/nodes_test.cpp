@@ -83,6 +83,25 @@ TEST_F(Simulator, SharesTheRegistersOfAStationAndOfNoOther) {
   EXPECT_EQ(Node(Station(22, 10), 3).Read(), (CValues{0, 0, 0}));
 }
 
+TEST_F(Simulator, FailsEachNthCallAsToldAndRecoversInTheNext) {
+  const std::pair<int, const char*> kFaults[] = {
+      {statusTimeout, "Timeout error."},
+      {statusExtendedError, "Simulator: call 6 fails because value4 is 3."},
+      {statusReplyError, "Simulator: call 6 fails because value4 is 3."},
+      {-1, "Unknown error."}};
+  for (const auto& [status, fault] : kFaults) {
+    CDriverNode node = Node(Text("counter", 0, 0, 0, 3, status), 1);
+    EXPECT_EQ(node.Read(), CValues{1});
+    EXPECT_TRUE(node.Write({0}));
+    EXPECT_EQ(node.Read(), CValues{});
+    EXPECT_EQ(node.Read(), CValues{3});
+    EXPECT_EQ(node.Read(), CValues{4});
+    EXPECT_FALSE(node.Write({0}));
+    EXPECT_EQ(node.fault, std::string("Write Error Not named ") + fault + "\n");
+    EXPECT_EQ(node.Read(), CValues{5});
+  }
+}
+
 TEST_F(Simulator, RefusesABadSettingAndSaysWhich) {
   const std::string kept(59, 'x'),
       high = "registerAddress is too high: the registers of a station end at 1048575";
