@@ -103,20 +103,24 @@ class CChartFixture : public CHistoryFixture {
     return {first, std::lower_bound(first, curve.end(), to, isBefore)};
   }
 
-  // The figures of a step must be those of the rows of its time.
-  void CheckStep(const CCurveStep& step, const CModelCurve& rows) {
-    ASSERT_FALSE(rows.empty());
-    CCurveStep expected;
+  // The figures of rows as one step.
+  static CCurveStep StepOf(const CModelCurve& rows) {
+    CCurveStep step;
     for (const CModelRow& row : rows) {
       if (!std::isfinite(row.value)) {
-        expected.hasInvalid = true;
+        step.hasInvalid = true;
         continue;
       }
-      if (expected.values++ == 0) expected.least = expected.greatest = expected.first = row.value;
-      expected.least = std::min(expected.least, row.value);
-      expected.greatest = std::max(expected.greatest, row.value);
-      expected.last = row.value;
+      if (step.values++ == 0) step.least = step.greatest = step.first = row.value;
+      step.least = std::min(step.least, row.value);
+      step.greatest = std::max(step.greatest, row.value);
+      step.last = row.value;
     }
+    return step;
+  }
+  static void CheckStep(const CCurveStep& step, const CModelCurve& rows) {
+    const CCurveStep expected = StepOf(rows);
+    ASSERT_FALSE(rows.empty());
     ASSERT_EQ(step.values, expected.values);
     ASSERT_EQ(step.hasInvalid, expected.hasInvalid);
     ASSERT_EQ(step.first, expected.first);
@@ -223,15 +227,9 @@ class CChartFixture : public CHistoryFixture {
     }
   }
   static void CheckStatistics(const CCurveStatistics& found, const CModelCurve& rows) {
-    CCurveStatistics expected;
-    double sum = 0;
-    for (const CModelRow& row : rows) {
-      if (!std::isfinite(row.value)) continue;
-      if (expected.values++ == 0) expected.least = expected.greatest = row.value;
-      expected.least = std::min(expected.least, row.value);
-      expected.greatest = std::max(expected.greatest, row.value);
-      sum += static_cast<double>(row.value);  // multiples of an eighth: exact
-    }
+    const CCurveStep expected = StepOf(rows);
+    double sum = 0;  // of multiples of an eighth: exact
+    for (const CModelRow& row : rows) sum += std::isfinite(row.value) ? static_cast<double>(row.value) : 0;
     EXPECT_EQ(found.values, expected.values);
     EXPECT_EQ(found.least, expected.least);
     EXPECT_EQ(found.greatest, expected.greatest);

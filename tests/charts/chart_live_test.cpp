@@ -1,5 +1,3 @@
-#include <set>
-
 #include "tests/charts/chart_fixture.h"
 #include "tests/history/hand_over.h"
 
@@ -104,25 +102,6 @@ TEST_F(ChartLive, SamplesThatTheRingHasDroppedMeanwhileAreReadFromLogs) {
   ASSERT_TRUE(Wait([&] { return m_data.Variables().size() == 2; }));
   add(6000);
   EXPECT_EQ(Asked(query).curves[0].size(), 1001U);
-}
-
-// A chart that follows a short range asks for a picture as soon as the rows have grown.
-TEST_F(ChartLive, RowsGrowTenTimesASecondHoweverOftenPicturesAreAsked) {
-  m_live->Begin({"x"});
-  Open(m_live);
-  std::set<CMoment> ends;
-  CMoment moment = 0;
-  const float value = 1;
-  const auto start = std::chrono::steady_clock::now();
-  std::chrono::duration<double, std::milli> elapsed{0};
-  while (elapsed.count() < 600) {
-    m_live->Add(TimeOf(++moment), &value, 1);
-    Asked({{moment - 1000, moment}, 1000, {"x"}});
-    ends.insert(m_data.Range().to);
-    elapsed = std::chrono::steady_clock::now() - start;
-  }
-  EXPECT_LE(static_cast<double>(ends.size()), elapsed.count() / 100 + 3);
-  EXPECT_TRUE(Wait([&] { return m_data.Range().to == moment + 1; }));
 }
 
 // Of a feed: samples are missing in the ring, and the journal has them.

@@ -330,9 +330,7 @@ TEST(ChartLayoutFile, ABadLayoutHasOneFaultWithItsPlace) {
 
 TEST_F(ChartWindow, PicturesAndRowsAreWritten) {
   Open();
-  m_window.SetUnits({{"Temp",
-                      "\xC2\xB0"
-                      "C"}});
+  m_window.SetUnits({{"Temp", "\u00B0C"}});
   m_chooser.path = m_dir / "chart.png";
   ActionOf("Save Picture...")->trigger();
   const QImage image(ToScreen(m_chooser.path));
@@ -342,9 +340,7 @@ TEST_F(ChartWindow, PicturesAndRowsAreWritten) {
   ActionOf("Save Picture...")->trigger();
   const std::string svg = ReadBytes(m_chooser.path);
   EXPECT_NE(svg.find("<svg"), std::string::npos);
-  EXPECT_NE(svg.find("Temp [\xC2\xB0"
-                     "C]"),
-            std::string::npos);
+  EXPECT_NE(svg.find("Temp [\u00B0C]"), std::string::npos);
   ActionOf("Copy Picture")->trigger();
   EXPECT_FALSE(QGuiApplication::clipboard()->image().isNull());
   m_window.View().Change([](CChartState& state) {
