@@ -3,6 +3,7 @@
 #include <ctime>
 
 #include "host/common/shown_text.h"
+#include "host/desktop/value_rules.h"
 
 namespace vastra {
 
@@ -22,16 +23,7 @@ void AppendItem(CString& list, const CString& entry) {
 CString AgeText(std::chrono::seconds age) {
   const std::int64_t all = age.count();
   if (all < 1) return "now";
-  if (all < 60) return NumberText(static_cast<std::uint64_t>(all)) + " s";
-  constexpr struct {
-    std::int64_t size, rest;  // seconds of the unit and of the next smaller one
-    const char *name, *restName;
-  } kAgeUnits[] = {{86400, 3600, " d ", " h"}, {3600, 60, " h ", " min"}, {60, 1, " min ", " s"}};
-  for (const auto& unit : kAgeUnits)
-    if (all >= unit.size)
-      return NumberText(static_cast<std::uint64_t>(all / unit.size)) + unit.name +
-             NumberText(static_cast<std::uint64_t>(all % unit.size / unit.rest)) + unit.restName;
-  return {};
+  return all < 10 ? NumberText(static_cast<std::uint64_t>(all)) + " s" : AgeText(static_cast<double>(all));
 }
 
 CString ClockText(const _timeb& time, const _timeb& now) {

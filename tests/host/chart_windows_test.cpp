@@ -1,16 +1,15 @@
 // The charts of the desktop: of the logger, of an output, and of logs and folders that are opened.
-#include <QDropEvent>
-#include <QMimeData>
 #include <QTreeWidget>
-#include <QUrl>
 
 #include "host/desktop/chart_windows.h"
 #include "tests/host/desktop_window.h"
-#include "vastra/ui/text.h"
 
 namespace vastra {
 namespace {
 
+std::string TitleOf(const CString& path) {
+  return std::filesystem::path(path.Std()).filename().string() + " - Chart";
+}
 CChartWindow* ChartTitled(const char* title) { return static_cast<CChartWindow*>(TopLevel(title)); }
 
 std::vector<std::string> Listed(CChartWindow* chart) {
@@ -34,8 +33,8 @@ std::vector<float> ValuesOfCurve(const CChartWindow& chart, std::size_t curve) {
   return values;
 }
 
-void Choose(QMenu* menu, const char* caption) {
-  for (QAction* action : menu->actions())
+void Choose(const QList<QAction*>& actions, const char* caption) {
+  for (QAction* action : actions)
     if (action->text().remove('&') == caption) return action->trigger();
   throw std::runtime_error(caption);
 }
@@ -55,8 +54,7 @@ TEST_F(Desktop, TheChartOfTheLoggerFollowsIt) {
     ASSERT_TRUE(Wait([&] { return ValuesOfCurve(*chart, 0).size() > 20; }));
     const CMoment before = chart->View().State().Range().to;
     ASSERT_TRUE(Wait([&] { return chart->View().State().Range().to > before + 500; })) << "it does not move";
-    ActionOf(window, "Stop")->trigger();
-    ASSERT_TRUE(Wait([&] { return HasStatus(window, "Stopped"); }));
+    ASSERT_TRUE(Stops(window));
     EXPECT_TRUE(Wait([&] { return !chart->View().State().Layout().isFollowing; }));
     // The samples that were live are in a log now, each of them once.
     chart->View().Change([](CChartState& state) {
@@ -79,16 +77,14 @@ TEST_F(Desktop, TheChartOfTheLoggerFollowsIt) {
 
 TEST_F(Desktop, TheHistoryOfAnOutputIsAChart) {
   CTestWindow window(m_demo);
-  window.Start();
-  ASSERT_TRUE(Wait([&] { return Samples(window) > 20; }));
-  ActionOf(window, "Stop")->trigger();
-  ASSERT_TRUE(Wait([&] { return HasStatus(window, "Stopped"); }));
+  ASSERT_TRUE(Runs(window, 20));
+  ASSERT_TRUE(Stops(window));
   auto* tree = Find<QTreeWidget>(&window, "Plant");
   QTreeWidgetItem* item = Part(window, "All");
   emit tree->customContextMenuRequested(tree->visualItemRect(item).center());
   auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
   ASSERT_TRUE(menu);
-  Choose(menu, "Show History");
+  Choose(menu->actions(), "Show History");
   menu->close();
   CChartWindow* chart = ChartTitled("History of All - Chart");
   ASSERT_TRUE(chart);
@@ -99,22 +95,23 @@ TEST_F(Desktop, TheHistoryOfAnOutputIsAChart) {
 
 TEST_F(Desktop, LogsAndFoldersThatAreDroppedAreAChart) {
   CTestWindow window(m_demo);
-  window.Start();
-  ASSERT_TRUE(Wait([&] { return Samples(window) > 20; }));
-  QMimeData data;
-  data.setUrls({QUrl::fromLocalFile(ToScreen(m_dir.Path()))});
-  QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, &data, Qt::LeftButton, {});
-  QApplication::sendEvent(&window, &enter);
-  ASSERT_TRUE(enter.isAccepted()) << "a drop of logs is refused while the logger runs";
-  QDropEvent drop(QPointF(5, 5), Qt::CopyAction, &data, Qt::LeftButton, {});
-  QApplication::sendEvent(&window, &drop);
-  const std::string title = m_dir.Path().Std().substr(m_dir.Path().Std().rfind('/') + 1) + " - Chart";
+  ASSERT_TRUE(Runs(window, 20));
+  ASSERT_TRUE(Drop(window, {UrlOf(m_dir.Path())})) << "logs are refused while the logger runs";
+  const std::string title = TitleOf(m_dir.Path());
   CChartWindow* chart = ChartTitled(title.c_str());
   ASSERT_TRUE(chart) << title;
   ASSERT_TRUE(Wait([&] { return !ValuesOfCurve(*chart, 0).empty(); }))
       << "the journal of the logger is not read";
   EXPECT_EQ(chart->View().State().Variables(), (std::vector<CString>{"a", "b"}))
       << "a few variables are shown at once";
+  const auto span = [&] { return chart->View().State().Range().to - chart->View().State().Range().from; };
+  const CMoment before = span();
+  Choose(chart->findChildren<QAction*>(), "Zoom Rectangle");
+  const QPoint from = chart->View().rect().center(), to = from + QPoint(50, 30);
+  QTest::mousePress(&chart->View(), Qt::LeftButton, {}, from);
+  for (const QPoint& place : {(from + to) / 2, to}) QTest::mouseMove(&chart->View(), place);
+  QTest::mouseRelease(&chart->View(), Qt::LeftButton, {}, to);
+  EXPECT_LT(span(), before / 4) << "the rectangle does not zoom";
   chart->close();
   EXPECT_TRUE(Wait([&] { return !ChartTitled(title.c_str()); }));
   EXPECT_TRUE(window.isVisible()) << "the program has ended with a chart";
@@ -129,8 +126,7 @@ TEST_F(Desktop, ChartsAloneEndWithTheLastOfThem) {
   ChartTitled("demo.rph - Chart")->close();
   QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   EXPECT_EQ(closed, 0) << "another chart is open";
-  const std::string title = m_dir.Path().Std().substr(m_dir.Path().Std().rfind('/') + 1) + " - Chart";
-  ChartTitled(title.c_str())->close();
+  ChartTitled(TitleOf(m_dir.Path()).c_str())->close();
   QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   EXPECT_EQ(closed, 1);
 }

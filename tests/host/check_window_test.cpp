@@ -7,7 +7,6 @@
 #include "host/desktop/place_words.h"
 #include "tests/host/desktop_window.h"
 #include "tests/screens/sheet_user.h"
-#include "vastra/ui/text.h"
 
 namespace vastra {
 namespace {
@@ -21,7 +20,7 @@ TEST(PlaceWords, PlacesAndMessagesHaveTheWordsOfTheForms) {
   const CPlaceWords words(configuration, [](int plcType, const CString& field) {
     return plcType == 7 && field == "text2" ? CString("Values") : CString();
   });
-  const std::pair<const char*, const char*> cases[] = {
+  const char* const cases[][2] = {
       {"outputs[0].maxLogs: 0 removes", "output \"Kiln\", Maximum number of logs stored: 0 removes"},
       {"outputs[1].varNames[2]: x", "output 2, variable 3: x"},
       {"outputs[9].prefix: x", "output 10, Use prefix for the log names: x"},
@@ -65,10 +64,7 @@ class CheckWindow : public Desktop {
     }
     return lines;
   }
-  static bool Has(const char* label) {
-    return std::ranges::any_of(TopLevel("Check")->findChildren<QLabel*>(),
-                               [&](const QLabel* found) { return found->text().contains(label); });
-  }
+  static bool Has(const char* label) { return Says(*TopLevel("Check"), label); }
   static bool Offers(const char* button) {
     return Find<QAbstractButton>(TopLevel("Check"), button)->isVisible();
   }
@@ -95,7 +91,7 @@ TEST_F(CheckWindow, WhatPreventsAStartIsListedInTheWordsOfTheForms) {
     window.Start();
     ASSERT_TRUE(Wait([] { return TopLevel("Check"); }));
     EXPECT_EQ(Findings(), findings);
-    EXPECT_TRUE(HasStatus(window, "Stopped"));
+    EXPECT_TRUE(Says(window, "Stopped"));
     EXPECT_TRUE(Has("the logger cannot start")) << findings[0];
     EXPECT_FALSE(Offers("&Start Anyway"));
   }
@@ -115,25 +111,21 @@ TEST_F(CheckWindow, AStartAsksOnceAboutWarnings) {
   const Texts findings = Findings();
   EXPECT_EQ(findings.size(), 4u) << testing::PrintToString(findings);
   EXPECT_TRUE(Has("4 warnings: the logger can start. It has not been started yet."));
-  EXPECT_TRUE(HasStatus(window, "Stopped"));
+  EXPECT_TRUE(Says(window, "Stopped"));
   auto* start = Find<QAbstractButton>(TopLevel("Check"), "&Start Anyway");
   ASSERT_TRUE(Wait([&] { return start->hasFocus(); }));
   QTest::keyClick(start, Qt::Key_Return);
-  ASSERT_TRUE(Wait([&] { return HasStatus(window, "Running"); }));
+  ASSERT_TRUE(Wait([&] { return Says(window, "Running"); }));
   EXPECT_FALSE(TopLevel("Check"));
-  for (int i = 0; i < 2; ++i) {
-    ActionOf(window, i ? "Start" : "Stop")->trigger();
-    ASSERT_TRUE(Wait([&] { return HasStatus(window, i ? "Running" : "Stopped"); }));
-  }
+  ASSERT_TRUE(Stops(window));
+  ASSERT_TRUE(Runs(window));
   ActionOf(window, "Check")->trigger();  // on request, also while it runs
   EXPECT_EQ(Findings(), findings);
   EXPECT_FALSE(Offers("&Start Anyway"));
-  ActionOf(window, "Stop")->trigger();
-  ASSERT_TRUE(Wait([&] { return HasStatus(window, "Stopped"); }));
+  ASSERT_TRUE(Stops(window));
   WriteBytes(m_dir / "other.json", kOdd);
   ASSERT_TRUE(window.Open(m_dir / "other.json") && window.Open(m_demo));
-  ActionOf(window, "Start")->trigger();
-  EXPECT_TRUE(Wait([&] { return HasStatus(window, "Running"); })) << "it asks again";
+  EXPECT_TRUE(Runs(window)) << "it asks again";
 }
 
 TEST_F(CheckWindow, NothingIsAskedAboutWhatIsOftenIntended) {
@@ -142,8 +134,7 @@ TEST_F(CheckWindow, NothingIsAskedAboutWhatIsOftenIntended) {
   ActionOf(window, "Check")->trigger();
   EXPECT_EQ(Findings(),
             Texts{"W input, Preprocessed equations: is not used, since \"Preprocess input\" is not marked"});
-  ActionOf(window, "Start")->trigger();
-  EXPECT_TRUE(Wait([&] { return HasStatus(window, "Running"); }));
+  EXPECT_TRUE(Runs(window));
 }
 
 // From the list to the page of the fault, and from there to a running logger.
@@ -166,14 +157,13 @@ TEST_F(CheckWindow, AFaultIsRepairedWhereItIsAndTheLoggerStarts) {
   EXPECT_EQ(Findings(), Texts());
   EXPECT_TRUE(Has("Nothing is wrong"));
   Click(TopLevel("Check"), "&Start");
-  ASSERT_TRUE(Wait([&] { return HasStatus(window, "Running"); }));
+  ASSERT_TRUE(Wait([&] { return Says(window, "Running"); }));
   EXPECT_FALSE(TopLevel("Check"));
 }
 
 TEST_F(CheckWindow, AChangeOfARunningLoggerRestartsItIfTheUserWantsThat) {
   CTestWindow window(m_demo);
-  window.Start();
-  ASSERT_TRUE(Wait([&] { return HasStatus(window, "Running") && Samples(window) > 5; }));
+  ASSERT_TRUE(Runs(window, 5));
   window.boxes.answer = IDYES;
   WhileModal([&] { ActionOf(window, "Configuration...")->trigger(); },
              [](QWidget* sheet) {
@@ -181,9 +171,9 @@ TEST_F(CheckWindow, AChangeOfARunningLoggerRestartsItIfTheUserWantsThat) {
                Click(sheet, "OK");
              });
   EXPECT_EQ(window.boxes.Take().size(), 1u);
-  ASSERT_TRUE(Wait([&] { return HasStatus(window, "Stopped"); }));
-  ASSERT_TRUE(Wait([&] { return HasStatus(window, "Running") && Samples(window) > 5; }));
-  EXPECT_FALSE(HasStatus(window, "next start"));
+  ASSERT_TRUE(Wait([&] { return Says(window, "Stopped"); }));
+  ASSERT_TRUE(Wait([&] { return Says(window, "Running") && Samples(window) > 5; }));
+  EXPECT_FALSE(Says(window, "next start"));
   EXPECT_EQ(window.Trendings().GetOptions()->m_baseVars.GetSize(), 2);
 }
 

@@ -36,20 +36,10 @@ class ConfigurationSheet : public Desktop {
     ActionOf(m_window, "Save As...")->trigger();
     return json::parse(ReadBytes(m_user.chooser.path));
   }
-  // Starts the logger and waits for so many samples.
-  bool Run(int samples) {
-    m_window.Start();
-    return Wait([&] { return HasStatus(m_window, "Running"); }) && RunsOn(samples);
-  }
   bool RunsOn(int samples) {
     const int end = Samples(m_window) + samples;
     return Wait([&] { return Samples(m_window) >= end; });
   }
-  bool Stop() {
-    ActionOf(m_window, "Stop")->trigger();
-    return Wait([&] { return HasStatus(m_window, "Stopped"); });
-  }
-
   // The name of the binary log that was written.
   std::string Log() const {
     return QDir(m_dir.Path().Std().c_str()).entryList({"*.rph"}).join("").toStdString();
@@ -97,21 +87,21 @@ TEST_F(ConfigurationSheet, WhileTheLoggerRunsOnlyWritingIsTurnedOffAtOnce) {
 {"nodeName": "P", "driver": {"plcType": 9001, "station": 1}, "varNames": ["p"]}]},
 "outputs": [{"name": "All", "enableText": "WriteToLog = a > p + 2;", "varNames": ["a", "p"], "saveCsv": 1, "directory": "."}],
 "plcWrite": {"nodes": [{"nodeName": "P", "driver": {"plcType": 9001, "station": 1}, "varNames": ["a"]}]}})");
-  ASSERT_TRUE(Run(10));
+  ASSERT_TRUE(Runs(m_window, 10));
   Edit({Tab(pagePlcWrite), "Disable Writing / Apply / !",
-        [&](QWidget*) { EXPECT_FALSE(HasStatus(m_window, "next start")); }, Tab(pageInput),
-        "Auto Start / Apply", kAtNextStart, "OK"});
-  EXPECT_TRUE(HasStatus(m_window, "Running (changes apply at the next start)"));
+        [&](QWidget*) { EXPECT_FALSE(Says(m_window, "next start")); }, Tab(pageInput), "Auto Start / Apply",
+        kAtNextStart, "OK"});
+  EXPECT_TRUE(Says(m_window, "Running (changes apply at the next start)"));
   EXPECT_TRUE(m_window.WantsToStart());
   ASSERT_TRUE(RunsOn(40));  // the row shows the samples up to 200 ms late
-  ASSERT_TRUE(Stop());
+  ASSERT_TRUE(Stops(m_window));
   EXPECT_GT(Rows(m_dir.Path()), 0u) << "writing goes on";
 
   // A stage that was opened with writing off has nothing to write to.
-  ASSERT_TRUE(Run(0));
-  EXPECT_FALSE(HasStatus(m_window, "next start"));
+  ASSERT_TRUE(Runs(m_window, 0));
+  EXPECT_FALSE(Says(m_window, "next start"));
   Edit({Tab(pagePlcWrite), "Disable Writing / OK", kAtNextStart});
-  ASSERT_TRUE(Stop());
+  ASSERT_TRUE(Stops(m_window));
 }
 
 TEST_F(ConfigurationSheet, NothingIsAppliedWhileAViewIsBeingConfigured) {
@@ -130,15 +120,15 @@ TEST_F(ConfigurationSheet, NothingIsAppliedWhileAViewIsBeingConfigured) {
 
 TEST_F(ConfigurationSheet, AReplayMayEndMeanwhile) {
   Open(Configuration(kSimulator));
-  ASSERT_TRUE(Run(20));
-  ASSERT_TRUE(Stop());
+  ASSERT_TRUE(Runs(m_window, 20));
+  ASSERT_TRUE(Stops(m_window));
   Open(R"({"input": {"simulating": 1, "scanPeriod": 10, "inputFiles": [")" + Log() + R"("]}})");
-  ASSERT_TRUE(Run(1));
-  Edit({[&](QWidget*) { EXPECT_TRUE(Wait([&] { return HasStatus(m_window, "Stopped"); })); }, Tab(pageInput),
+  ASSERT_TRUE(Runs(m_window, 1));
+  Edit({[&](QWidget*) { EXPECT_TRUE(Wait([&] { return Says(m_window, "Stopped"); })); }, Tab(pageInput),
         "Auto Start / OK"});
   EXPECT_TRUE(m_window.WantsToStart());
-  ASSERT_TRUE(Run(1));
-  ASSERT_TRUE(Stop());
+  ASSERT_TRUE(Runs(m_window, 1));
+  ASSERT_TRUE(Stops(m_window));
 }
 
 TEST_F(ConfigurationSheet, AConfigurationIsBuiltFromNothingByClicksAndKeysAndRuns) {
@@ -168,8 +158,8 @@ TEST_F(ConfigurationSheet, AConfigurationIsBuiltFromNothingByClicksAndKeysAndRun
       {"/summaries/0/directory", (m_dir / "means").Std()},  // where the program was started
       {"/plcWrite/nodes/0/varNames", {"n", "KilnAlive", "SetPoint"}}};
   for (const auto& [field, value] : fields) EXPECT_EQ(saved.at(json::json_pointer(field)), value);
-  ASSERT_TRUE(Run(2));
-  ASSERT_TRUE(Stop());
+  ASSERT_TRUE(Runs(m_window, 2));
+  ASSERT_TRUE(Stops(m_window));
   EXPECT_NE(Log(), "");
 }
 

@@ -2,13 +2,10 @@
 #include <QAbstractButton>
 #include <QClipboard>
 #include <QDialog>
-#include <QDropEvent>
 #include <QElapsedTimer>
-#include <QMimeData>
 #include <QPlainTextEdit>
 #include <QScreen>
 #include <QTableView>
-#include <QUrl>
 
 #include <map>
 
@@ -19,7 +16,6 @@
 #include "tests/support/recorder.h"
 #include "vastra/console/console.h"
 #include "vastra/core/link.h"
-#include "vastra/ui/text.h"
 
 namespace vastra {
 namespace {
@@ -114,8 +110,7 @@ TEST_F(Desktop, ADriverThatHangsKeepsNeitherAStopNorTheEnd) {
 TEST_F(Desktop, AWindowMayBeDestroyedWhileTheLoggerRuns) {
   {
     CTestWindow window(m_demo);
-    window.Start();
-    EXPECT_TRUE(Wait([&] { return Samples(window) > 0; }));
+    EXPECT_TRUE(Runs(window, 1));
   }
   QCoreApplication::processEvents();
   EXPECT_GT(Rows(m_dir.Path()), 0u) << "the samples in memory are lost";
@@ -195,31 +190,26 @@ TEST_F(Desktop, TheWindowRunsAConfigurationAndAsksBeforeItStopsAndQuits) {
   EXPECT_EQ(window.boxes.Take(),
             Texts{"|" + (m_dir / "missing.json").Std() + ": No such file or directory|30"});
   ASSERT_TRUE(window.Open(m_demo));
-  ActionOf(window, "Start")->trigger();
-  ASSERT_TRUE(Wait([&] { return HasStatus(window, "Running"); }));
+  ASSERT_TRUE(Runs(window));
   EXPECT_FALSE(ActionOf(window, "Open...")->isEnabled());
-  ActionOf(window, "Stop")->trigger();
-  ASSERT_TRUE(Wait([&] { return HasStatus(window, "Stopped"); }));
+  ASSERT_TRUE(Stops(window));
   EXPECT_GT(Rows(m_dir.Path()), 0u);
-  EXPECT_TRUE(HasStatus(window, " samples, 0 failed reads, "));
+  EXPECT_TRUE(Says(window, " samples, 0 failed reads, "));
 
-  window.Start();
-  ASSERT_TRUE(Wait([&] { return HasStatus(window, "Running"); }));
+  ASSERT_TRUE(Runs(window));
   for (const char* view : {"Trend", "Scan Grid", "Messages", "Report"}) ActionOf(window, view)->trigger();
   for (const int answer : {IDNO, IDYES}) {
     EXPECT_EQ(Quits(window, answer), answer == IDYES);
     EXPECT_EQ(window.boxes.Take(), Texts{"|The logger is running. Stop it and quit?|124"});
-    EXPECT_TRUE(HasStatus(window, answer == IDYES ? "Stopped" : "Running"));
+    EXPECT_TRUE(Says(window, answer == IDYES ? "Stopped" : "Running"));
   }
 }
 
 // The second run continues the log of the first one; a plain run replaces it.
 TEST_F(Desktop, ANewRunKeepsTheLogsUnlessTheUserTurnsThatOff) {
   const auto run = [](CTestWindow& window) {
-    window.Start();
-    EXPECT_TRUE(Wait([&] { return HasStatus(window, "Running") && Samples(window) > 2; }));
-    ActionOf(window, "Stop")->trigger();
-    EXPECT_TRUE(Wait([&] { return HasStatus(window, "Stopped"); }));
+    EXPECT_TRUE(Runs(window, 2));
+    EXPECT_TRUE(Stops(window));
     return static_cast<std::uint64_t>(Samples(window));
   };
   {
@@ -227,7 +217,7 @@ TEST_F(Desktop, ANewRunKeepsTheLogsUnlessTheUserTurnsThatOff) {
     const std::uint64_t first = run(window), second = run(window);
     EXPECT_EQ(Rows(m_dir.Path()), first + second);
     ActionOf(window, "Keep Logs After Faults")->trigger();
-    EXPECT_FALSE(HasStatus(window, "lost"));
+    EXPECT_FALSE(Says(window, "lost"));
   }
   CTestWindow window(m_demo);
   EXPECT_FALSE(ActionOf(window, "Keep Logs After Faults")->isChecked());
@@ -289,38 +279,23 @@ TEST_F(Desktop, AnAttachedLoggerIsShownAndWaitedFor) {
   const QPointer<CAttachedWindow> window = new CAttachedWindow(settings, socket);
   window->show();
   CLogTrendings& trend = window->Trendings();
-  const auto has = [&](const QString& words) {
-    return std::ranges::any_of(window->findChildren<QLabel*>(),
-                               [&](const QLabel* label) { return label->text().contains(words); });
-  };
-  const auto shows = [&](const QString& words) { return Wait([&] { return has(words); }); };
-  const auto logged = [&](const QString& words) {
-    const QAbstractItemModel* lines = Find<QTableView>(window, "Messages")->model();
-    int count = 0;
-    for (int row = 0; row < lines->rowCount(); ++row)
-      count += lines->index(row, CMessageModel::textColumn).data().toString().contains(words);
-    return count;
-  };
+  const auto shows = [&](const char* words) { return Wait([&] { return Says(*window, words); }); };
+  const auto logged = [&] { return Logged(window, nullptr, "a new message"); };
   EXPECT_TRUE(shows("Not connected: no logger runs here"));
   EXPECT_FALSE(Find<QTreeWidget>(window, "Plant")->topLevelItem(0)->text(0).contains("File"))
       << "a menu that the window does not have";
   CRunMessenger messenger;
   CLink::SetMessenger(&messenger);
-  Click(window, "&Trend");
-  Click(window, "Scan &Grid");
-  Click(window, "&Values");
+  for (const char* view : {"&Trend", "Scan &Grid", "&Values"}) Click(window, view);
   auto feed = std::make_unique<CFeed>(CFeedPlace{socket, m_demo});
   ASSERT_EQ(feed->Open(), "");
-  int said = 0;
+  int said = 1;
   for (const char* variable : {"x", "y"}) {
-    const std::string nodes =
-        R"("plcNodes": [{"nodeName": "K", "absent": "hold", "driver": {"plcType": 9001, "text1":
-"counter", "value4": 2}, "varNames": [")" +
-        std::string(variable) + "\"]}]}, \"variables\": {\"" + variable + R"(": {"unit": "bar"}})";
+    const QString form =
+        R"({"input": {"asFastAsPossible": 1, "plcNodes": [{"nodeName": "K", "absent": "hold",
+"driver": {"plcType": 9001, "text1": "counter", "value4": 2}, "varNames": ["%1"]}]}, "variables": {"%1": {"unit": "bar"}}})";
     CConfiguration configuration;
-    ASSERT_EQ(ParseConfiguration(R"({"input": {"asFastAsPossible": 1, )" + nodes + "}", m_dir.Path(),
-                                 configuration),
-              "");
+    ASSERT_EQ(ParseConfiguration(form.arg(variable).toStdString(), m_dir.Path(), configuration), "");
     CRun run(configuration, messenger, {});
     feed->Attach(run);
     ASSERT_TRUE(run.Start());
@@ -336,20 +311,19 @@ TEST_F(Desktop, AnAttachedLoggerIsShownAndWaitedFor) {
     EXPECT_TRUE(Wait([&] { return node->text(1) == "good"; }));
     const QAbstractItemModel* values = Find<QTableView>(TopLevel("Values of demo"), "Values")->model();
     EXPECT_TRUE(Wait([&] { return values->index(0, 2).data() == "1"; }));
-    EXPECT_EQ(values->index(0, 0).data(), variable);
-    EXPECT_EQ(values->index(0, 1).data(), "K");
-    EXPECT_EQ(values->index(0, 3).data(), "bar");
+    for (const auto& [column, text] : {std::pair(0, variable), std::pair(1, "K"), std::pair(3, "bar")})
+      EXPECT_EQ(values->index(0, column).data(), text);
     for (const char* view : {"Trending", "Scan Screen"})
       EXPECT_FALSE(Find<QAbstractButton>(TopLevel(view), "Config")->isEnabled());
     run.Step();
     EXPECT_TRUE(Wait([&] { return node->text(1).startsWith("away since "); }));
     messenger.Send("CPlcLink", "K", functionRead, severityError, "a new message");
+    EXPECT_TRUE(Wait([&] { return logged() == said; }));
     ++said;
-    EXPECT_TRUE(Wait([&] { return logged("a new message") == said; }));
   }
   feed.reset();
   EXPECT_TRUE(shows("Not connected: the logger has closed the connection"));
-  EXPECT_EQ(logged("a new message"), 2);
+  EXPECT_EQ(logged(), 2);
   EXPECT_TRUE(Wait([&] { return Part(*window, "K")->text(1) == "not connected"; }));
   window->close();
   QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
@@ -378,28 +352,15 @@ TEST_F(Desktop, ChangesAreNotLostWithoutAQuestion) {
 TEST_F(Desktop, AConfigurationIsOpenedByDroppingIt) {
   CTestWindow window;
   EXPECT_FALSE(ActionOf(window, "Open Recent")->isEnabled()) << "there is none yet";
-  // Whether the window accepts a drop of these files.
-  const auto drop = [&](const QList<QUrl>& files) {
-    QMimeData data;
-    data.setUrls(files);
-    QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, &data, Qt::LeftButton, {});
-    enter.ignore();
-    QApplication::sendEvent(&window, &enter);
-    if (!enter.isAccepted()) return false;
-    QDropEvent event(QPointF(5, 5), Qt::CopyAction, &data, Qt::LeftButton, {});
-    QApplication::sendEvent(&window, &event);
-    return true;
-  };
-  const QUrl demo = QUrl::fromLocalFile(ToScreen(m_demo));
-  EXPECT_FALSE(drop({demo, demo}));
-  EXPECT_FALSE(drop({demo, QUrl::fromLocalFile(ToScreen(m_dir.Path()))}));
-  EXPECT_FALSE(drop({QUrl("https://example.org/demo.json")}));
-  EXPECT_TRUE(drop({demo}));
+  const QUrl demo = UrlOf(m_demo);
+  const QList<QUrl> refused[] = {
+      {demo, demo}, {demo, UrlOf(m_dir.Path())}, {QUrl("https://a.org/demo.json")}};
+  for (const QList<QUrl>& files : refused) EXPECT_FALSE(Drop(window, files));
+  EXPECT_TRUE(Drop(window, {demo}));
   EXPECT_TRUE(Wait([&] { return Title(window).starts_with(m_demo.Std()); })) << Title(window);
   EXPECT_TRUE(ActionOf(window, "Open Recent")->isEnabled());
-  ActionOf(window, "Start")->trigger();
-  ASSERT_TRUE(Wait([&] { return HasStatus(window, "Running"); }));
-  EXPECT_FALSE(drop({demo})) << "while the logger runs";
+  ASSERT_TRUE(Runs(window));
+  EXPECT_FALSE(Drop(window, {demo})) << "while the logger runs";
 }
 
 TEST_F(Desktop, ANewDocumentIsNamedWhenItIsSaved) {

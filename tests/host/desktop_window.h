@@ -3,16 +3,21 @@
 
 #include <gtest/gtest.h>
 
+#include <QDropEvent>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMimeData>
+#include <QTableView>
 #include <QTreeWidget>
+#include <QUrl>
 
 #include <algorithm>
 
 #include "host/desktop/main_window.h"
 #include "tests/host/logger.h"
 #include "tests/support/windows.h"
+#include "vastra/ui/text.h"
 
 namespace vastra {
 
@@ -56,10 +61,43 @@ class Desktop : public testing::Test {
         if (action->text().remove('&') == text) return action;
     throw std::runtime_error(text);
   }
-  static bool HasStatus(QMainWindow& window, const char* text) {
+  // Whether a label has the text, such as the status line.
+  static bool Says(const QWidget& window, const char* text) {
     return std::ranges::any_of(window.findChildren<QLabel*>(),
                                [&](const QLabel* label) { return label->text().contains(text); });
   }
+  // Start and stop the logger, and wait until it has so many samples, or has stopped.
+  static bool Runs(CMainWindow& window, int samples = 0) {
+    window.Start();
+    return Wait([&] { return Says(window, "Running") && Samples(window) >= samples; });
+  }
+  static bool Stops(QMainWindow& window) {
+    ActionOf(window, "Stop")->trigger();
+    return Wait([&] { return Says(window, "Stopped"); });
+  }
+  // How many lines of the message log of window have the text, of this part, or of any with null.
+  static int Logged(QWidget* window, const char* part, const char* text) {
+    const QAbstractItemModel* lines = Find<QTableView>(window, "Messages")->model();
+    const auto shown = [&](int row, int column) { return lines->index(row, column).data().toString(); };
+    int count = 0;
+    for (int row = 0; row < lines->rowCount(); ++row)
+      count += (!part || shown(row, CMessageModel::partColumn) == part) &&
+               shown(row, CMessageModel::textColumn).contains(text);
+    return count;
+  }
+  // Drops files on window; returns whether it accepts them.
+  static bool Drop(QWidget& window, const QList<QUrl>& files) {
+    QMimeData data;
+    data.setUrls(files);
+    QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, &data, Qt::LeftButton, {});
+    enter.ignore();
+    QApplication::sendEvent(&window, &enter);
+    if (!enter.isAccepted()) return false;
+    QDropEvent drop(QPointF(5, 5), Qt::CopyAction, &data, Qt::LeftButton, {});
+    QApplication::sendEvent(&window, &drop);
+    return true;
+  }
+  static QUrl UrlOf(const CString& path) { return QUrl::fromLocalFile(ToScreen(path)); }
   // The row of a part in the tree.
   static QTreeWidgetItem* Part(QWidget& window, const char* part) {
     const auto found =

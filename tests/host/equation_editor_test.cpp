@@ -23,7 +23,7 @@ std::string Tokens(const std::string& line, bool isInComment = false) {
 }
 
 TEST(EquationHelp, WordsHaveTheKindsOfTheLanguage) {
-  const std::pair<const char*, const char*> cases[] = {
+  const char* const cases[][2] = {
       {"y=1.5e-3*a_1", "ny .= 01.5e-3 .* na_1 "},
       {"if(sqrt(x)>0,abs,2.)", "fif .( fsqrt .( nx .) .> 00 ., fabs ., 02 .. .) "},
       {"a /* b * c */ d /* e", "na c/* b * c */ nd c/* e +"},
@@ -122,15 +122,13 @@ TEST_F(EquationEditor, ATextIsCheckedTriedAndApplied) {
 
 TEST_F(EquationEditor, TheNewestSampleIsTriedWhileTheLoggerRuns) {
   CTestWindow window(m_demo);
-  window.Start();
-  ASSERT_TRUE(Wait([&] { return Samples(window) > 3; }));
+  ASSERT_TRUE(Runs(window, 3));
   ActionOf(window, "Equation Editor")->trigger();
   Choose("trend, equations");
   EXPECT_TRUE(Wait([&] { return Value("c")->text().toFloat() > 2; }));
   EXPECT_EQ(Value("c")->text().toFloat(), Value("a")->text().toFloat() + Value("b")->text().toFloat());
   Field()->selectAll();
-  ActionOf(window, "Stop")->trigger();
-  ASSERT_TRUE(Wait([&] { return HasStatus(window, "Stopped"); }));
+  ASSERT_TRUE(Stops(window));
 }
 
 TEST_F(EquationEditor, TheCheckLeadsToTheFaultInAnEquation) {

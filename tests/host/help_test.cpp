@@ -29,12 +29,12 @@ std::set<std::string> Anchors(const QString& page) {
 }
 
 TEST(Help, ATitleCanHaveAnyNameInIt) {
-  const std::pair<const char*, const char*> cases[] = {{"/a/b.json - Vastra", "The state of the plant"},
-                                                       {"Vastra", "The state of the plant"},
-                                                       {"History of All", "Charts"},
-                                                       {"Values", "All values"},
-                                                       {"Values of kiln", "All values"},
-                                                       {"kiln (attached)", "A logger that runs elsewhere"}};
+  const char* const cases[][2] = {{"/a/b.json - Vastra", "The state of the plant"},
+                                  {"Vastra", "The state of the plant"},
+                                  {"History of All", "Charts"},
+                                  {"Values", "All values"},
+                                  {"Values of kiln", "All values"},
+                                  {"kiln (attached)", "A logger that runs elsewhere"}};
   for (const auto& [title, heading] : cases) {
     const CHelpPlace* place = HelpPlaceOf(title);
     EXPECT_STREQ(place ? place->heading : "", heading) << title;
@@ -72,11 +72,10 @@ class HelpWindow : public Desktop {
 
 TEST_F(HelpWindow, F1OpensTheGuideAtTheWindowAlsoFromADialog) {
   CTestWindow window(m_demo);
-  const std::tuple<const char*, const char*, const char*> cases[] = {
-      {"Trend", "Trending", "Curves"},
-      {"Scan Grid", "Scan Screen", "Numbers"},
-      {"Values", "Values", "All values"},
-      {"Message Log", "Message Log", "The message log"}};
+  const char* const cases[][3] = {{"Trend", "Trending", "Curves"},
+                                  {"Scan Grid", "Scan Screen", "Numbers"},
+                                  {"Values", "Values", "All values"},
+                                  {"Message Log", "Message Log", "The message log"}};
   for (const auto& [action, title, heading] : cases) {
     ActionOf(window, action)->trigger();
     EXPECT_EQ(HeadingAfterF1(TopLevel(title)), heading);

@@ -15,7 +15,7 @@ namespace vastra {
 namespace {
 
 // The widgets that Tab reaches.
-std::vector<QWidget*> Stops(const QWidget& window) {
+std::vector<QWidget*> TabStops(const QWidget& window) {
   std::vector<QWidget*> stops;
   for (QWidget* widget : window.findChildren<QWidget*>())
     if (widget->window() == &window && widget->isVisible() && widget->isEnabled() && !widget->focusProxy() &&
@@ -90,7 +90,7 @@ TEST_F(Keyboard, EachStopHasANameAndShowsTheFocusAlsoInADarkPalette) {
       window->activateWindow();
       ASSERT_TRUE(Wait([&] { return QApplication::activeWindow() == window; }));
       window->setAttribute(Qt::WA_KeyboardFocusChange);  // as after the first Tab
-      const std::vector<QWidget*> all = Stops(*window);
+      const std::vector<QWidget*> all = TabStops(*window);
       for (QWidget* stop : all) {
         const std::string where = window->windowTitle().toStdString() + ", " +
                                   stop->metaObject()->className() + " " + SpokenName(stop).toStdString();

@@ -63,7 +63,7 @@ TEST_F(MessageStore, ALineOfAFileIsReadBackAndNothingElseIs) {
 }
 
 TEST_F(MessageStore, APlaceAtTheStartOfATextIsThePart) {
-  const std::tuple<const char*, const char*, const char*> cases[] = {
+  const char* const cases[][3] = {
       {"outputs[1].maxLogs: is 0", "outputs[1].maxLogs", "is 0"},
       {"outputs[1] \"All: 2\": 2 variables: more", "outputs[1] \"All: 2\"", "2 variables: more"},
       {"input: replay of 1 log", "input", "replay of 1 log"},
@@ -169,14 +169,9 @@ TEST_F(MessageStore, AFullDiskIsToldOnceAndLosesNothingOnceItHasRoom) {
     }
   }
   EXPECT_EQ(TextsOf(*Open(), 6), (Texts{"before", "full 0", "full 1", "full 2", "full 3", "full 4"}));
-}
-
-TEST_F(MessageStore, WhatIsNoFileIsToldAndTheMessagesGoOn) {
-  std::filesystem::create_directories(m_files.Path().Std());
-  const auto store = Open();
-  store->Add(Said("a"));
-  EXPECT_EQ(TextsOf(*store, 2).back(),
-            "The messages are not kept on the disk: " + m_files.Path().Std() + ": Is a directory");
+  std::filesystem::remove(m_files.Path().Std());
+  std::filesystem::create_directory(m_files.Path().Std());
+  EXPECT_EQ(CMessageFiles(kConfiguration).Append("a\n"), m_files.Path() + ": Is a directory");
 }
 
 TEST_F(MessageStore, SeveralThreadsAndDesktopsLoseNothing) {
@@ -305,9 +300,7 @@ TEST_F(MessageLog, IsFilteredSearchedCopiedAndCleared) {
   EXPECT_TRUE(words->text().isEmpty() && m_pWindow->isVisible()) << "Esc closes before it empties the search";
   words->setText("line away");
   Click(m_pWindow.get(), "&Next");
-  EXPECT_TRUE(std::ranges::any_of(m_pWindow->findChildren<QLabel*>(), [](const QLabel* label) {
-    return label->text() == "No message shown has these words";
-  }));
+  EXPECT_TRUE(Says(*m_pWindow, "No message shown has these words"));
   words->setText(QString::fromUtf8("away \xC3\xA4rger"));
   Click(m_pWindow.get(), "&Next");
   m_table->setFocus();
@@ -328,25 +321,14 @@ TEST_F(MessageLog, IsFilteredSearchedCopiedAndCleared) {
 
 TEST_F(MessageLog, ShowsWhatARunAndTheDesktopSayAlsoAfterTheNextStart) {
   const auto shows = [](const char* part, const char* text) {
-    const auto* model =
-        static_cast<CMessageModel*>(Find<QTableView>(TopLevel("Message Log"), "Messages")->model());
-    const auto shown = [&](int row, int column) { return model->index(row, column).data().toString(); };
-    return Wait([&] {
-      for (int row = 0; row < model->rowCount(); ++row)
-        if (shown(row, CMessageModel::partColumn) == part &&
-            shown(row, CMessageModel::textColumn).startsWith(text))
-          return true;
-      return false;
-    });
+    return Wait([&] { return Logged(TopLevel("Message Log"), part, text) > 0; });
   };
   for (const bool isFirst : {true, false}) {
     CTestWindow window(m_demo);
     ActionOf(window, "Message Log")->trigger();
     if (isFirst) {
-      window.Start();
-      EXPECT_TRUE(Wait([&] { return HasStatus(window, "Running"); }));
-      ActionOf(window, "Stop")->trigger();
-      EXPECT_TRUE(Wait([&] { return HasStatus(window, "Stopped"); }));
+      EXPECT_TRUE(Runs(window));
+      EXPECT_TRUE(Stops(window));
     }
     EXPECT_TRUE(shows("output \"All\"", "2 variables to "));
     EXPECT_TRUE(shows("", "saved ")) << "the last words of a run";

@@ -37,8 +37,7 @@ TEST(VariableList, AListIsImportedOrEachFaultHasItsLine) {
        "T h0   0,1;", ""},
       {"name\tcomment\na\t\"say \"\"x\"\"\"\n", {}, "a    1;", ""},
       {"a,2\nb,,m\n", {}, "a    2;b    1;", ""},
-      {"x "
-       "1,h0\nT,z9\nT,h0,u8\nT,h0,u16,abc\nT,h65535,f32\nT,c0,u16\nT,h0,,,0\nT,h0,,,one\nWriteToLog,h0\nT,"
+      {"x 1,h0\nT,z9\nT,h0,u8\nT,h0,u16,abc\nT,h65535,f32\nT,c0,u16\nT,h0,,,0\nT,h0,,,one\nWriteToLog,h0\nT,"
        "00000\nT,h2147483647,f64\n",
        kRegisters, "",
        "line 1: \"x 1\" cannot be used\nline 2: register \"z9\" is not\nline 3: there is no type \"u8\"\n"
@@ -53,12 +52,13 @@ TEST(VariableList, AListIsImportedOrEachFaultHasItsLine) {
   for (const auto& [list, use, rows, faults] : cases) {
     const CImportedRows found = ImportRows(list, use);
     EXPECT_EQ(RowTexts(found.rows), rows) << list;
-    std::vector<std::string> expected;
     std::istringstream lines(faults);
-    for (std::string line; std::getline(lines, line);) expected.push_back(line);
-    ASSERT_EQ(found.faults.size(), expected.size()) << list;
-    for (std::size_t i = 0; i < expected.size(); ++i)
-      EXPECT_EQ(found.faults[i].Std().substr(0, expected[i].size()), expected[i]) << list;
+    for (const CString& fault : found.faults) {
+      std::string line = "no more";
+      std::getline(lines, line);
+      EXPECT_TRUE(fault.Std().starts_with(line)) << fault.Std();
+    }
+    EXPECT_EQ(lines.peek(), EOF) << list;
   }
   EXPECT_EQ(ImportRows("Unit;Address;variable;Access\nC;h0;T;rw", kRegisters).leftOut,
             std::vector<CString>{"Access"});
@@ -158,7 +158,7 @@ TEST(NewLoggerRules, ABatchEndsWithItsNumberAndNotWhileTheDeviceIsAway) {
 TEST(NewLoggerRules, EachPageRefusesWhatCannotRun) {
   CLoggerPlan good;
   good.nodeName = "N";
-  good.rows = {{.name = "a"}, {.name = "b"}};
+  good.rows = {{.name = "a"}};
   good.path = "/none/x.json";
   using CChange = std::function<void(CLoggerPlan&)>;
   using CFault = CString (*)(const CLoggerPlan&);
@@ -170,16 +170,8 @@ TEST(NewLoggerRules, EachPageRefusesWhatCannotRun) {
       {LogsFault, [](CLoggerPlan& plan) { plan.scanPeriod = 1; }, "A log can have 86400000 samples"},
       {LogsFault, [](CLoggerPlan& plan) { plan.scanPeriod = 1, plan.logEnd = ELogEnd::hour; }, ""},
       {SummaryFault, [](CLoggerPlan& plan) { plan.functions.clear(); }, "Choose at least one f"},
-      {SummaryFault,
-       [](CLoggerPlan& plan) {
-         plan.leftOut = {"a", "b"};
-       },
-       "Choose at least one v"},
-      {SummaryFault,
-       [](CLoggerPlan& plan) {
-         plan.leftOut = {"a", "b"}, plan.summarises = false;
-       },
-       ""},
+      {SummaryFault, [](CLoggerPlan& plan) { plan.leftOut.emplace("a"); }, "Choose at least one v"},
+      {SummaryFault, [](CLoggerPlan& plan) { plan.leftOut.emplace("a"), plan.summarises = false; }, ""},
       {SummaryFault, [](CLoggerPlan& plan) { plan.summaryFolder = "./logs"; },
        "The summary needs a folder of"},
       {SummaryFault, [](CLoggerPlan& plan) { plan.scanPeriod = 60001; }, "A row of the summary needs"},
@@ -235,9 +227,12 @@ class NewLogger : public Desktop {
   int Assist(const CSteps& steps) {
     return m_user.Run([&] { return ActionOf(m_window, "New Logger...")->trigger(), 1; }, steps);
   }
-  static CStep Cell(int row, int column, const char* text) {
-    return
-        [=](QWidget* window) { Find<QTableWidget>(window, "Variables")->item(row, column)->setText(text); };
+  // Types into cells of the table: row, column and text.
+  static CStep Cells(const std::vector<std::tuple<int, int, const char*>>& cells) {
+    return [=](QWidget* window) {
+      const auto* table = Find<QTableWidget>(window, "Variables");
+      for (const auto& [row, column, text] : cells) table->item(row, column)->setText(text);
+    };
   }
   // The result of the test has the text.
   CStep Shows(const char* report, const char* text) {
@@ -256,29 +251,26 @@ TEST_F(NewLogger, FromNothingToARowInALog) {
   m_window.show();
   const CString path = m_dir / "vastra/Kiln/Kiln.json";
   const CStep keys = [](QWidget* window) { EXPECT_EQ(RepeatedKeys(*window), ""); };
+  const CStep live = [](QWidget* window) {
+    const auto* table = Find<QTableWidget>(window, "Variables");
+    EXPECT_TRUE(Wait([&] { return table->item(2, 7)->text().toInt() > 1; })) << "raw values";
+  };
+  const CStep period = [](QWidget* window) { Find<QSpinBox>(window, "Scan period")->setValue(20); };
   Assist({keys,
           "&Test",
           Shows("Result", "Value3 = "),
           "Name=Kiln / &Next >",
           keys,
-          Cell(0, 0, "Heat"),
-          Cell(0, 4, "40"),
-          Cell(0, 5, "K"),
-          Cell(1, 0, "my var"),
+          Cells({{0, 0, "Heat"}, {0, 4, "40"}, {0, 5, "K"}, {1, 0, "my var"}}),
           "&Next >",
           "!Row 2: \"my var\" cannot be used in equations: a name has letters (A to Z, a to z), digits and "
-          "single "
-          "underscores, a letter first, and is not a word of the language",
-          Cell(1, 0, "Draft"),
-          Cell(2, 0, "Items"),
+          "single underscores, a letter first, and is not a word of the language",
+          Cells({{1, 0, "Draft"}, {2, 0, "Items"}}),
           "&Live Values",
-          [](QWidget* window) {
-            const auto* table = Find<QTableWidget>(window, "Variables");
-            EXPECT_TRUE(Wait([&] { return table->item(2, 7)->text().toInt() > 1; })) << "raw values";
-          },
+          live,
           "&Next >",
           keys,
-          [](QWidget* window) { Find<QSpinBox>(window, "Scan period")->setValue(20); },
+          period,
           "A log=each hour / &Next >",
           keys,
           "&Next >",
@@ -288,13 +280,12 @@ TEST_F(NewLogger, FromNothingToARowInALog) {
           Shows("Written", (path + "\n").Std().c_str()),
           Shows("Written", "Heat_Mean = "),
           "Open the &equation editor / &Finish"});
-  ASSERT_TRUE(Wait([&] { return HasStatus(m_window, "Running"); }));
+  ASSERT_TRUE(Wait([&] { return Says(m_window, "Running"); }));
   EXPECT_FALSE(TopLevel("Check"));
   EXPECT_TRUE(TopLevel("Equation Editor"));
   EXPECT_EQ(Title(m_window), path.Std() + "[*] - Vastra");
   ASSERT_TRUE(Wait([&] { return Samples(m_window) > 3; }));
-  ActionOf(m_window, "Stop")->trigger();
-  ASSERT_TRUE(Wait([&] { return HasStatus(m_window, "Stopped"); }));
+  ASSERT_TRUE(Stops(m_window));
   EXPECT_GT(Rows(m_dir / "vastra/Kiln/logs"), 0U);
   ActionOf(m_window, "Check")->trigger();
   EXPECT_EQ(Find<QTreeWidget>(TopLevel("Check"), "Findings")->topLevelItemCount(), 0);

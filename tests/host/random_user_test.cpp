@@ -35,11 +35,11 @@ class RandomUser : public Desktop {
  protected:
   RandomUser() { ::setenv("HOME", m_dir.Path(), 1); }
 
-  std::size_t Below(std::size_t end) { return m_random() % end; }
+  int Below(auto end) { return static_cast<int>(m_random() % std::max(static_cast<unsigned>(end), 1U)); }
+  // Null of an empty list.
   template <class T>
   T* AnyOf(const QList<T*>& items) {
-    return items.isEmpty() ? nullptr
-                           : items[static_cast<qsizetype>(Below(static_cast<std::size_t>(items.size())))];
+    return items.value(Below(items.size()));
   }
   // The window that takes input: a menu, a modal window, or any.
   QWidget* AnyWindow() {
@@ -56,10 +56,7 @@ class RandomUser : public Desktop {
       if (widget->isVisible() && widget->isEnabled() && widget->window() == window) widgets << widget;
     return widgets.isEmpty() ? window : AnyOf(widgets);
   }
-  QPoint AnyPlace(const QWidget* widget) {
-    return {static_cast<int>(Below(static_cast<std::size_t>(std::max(widget->width(), 1)))),
-            static_cast<int>(Below(static_cast<std::size_t>(std::max(widget->height(), 1))))};
-  }
+  QPoint AnyPlace(const QWidget* widget) { return {Below(widget->width()), Below(widget->height())}; }
   void TriggerAny(QWidget* window) {
     QList<QAction*> actions;
     for (QAction* action : window->findChildren<QAction*>())
@@ -116,12 +113,12 @@ class RandomUser : public Desktop {
       if (window->isVisible() && window != &main) window->close();
   }
 
-  std::mt19937 m_random{std::random_device{}()};
+  std::mt19937 m_random;
 };
 
 TEST_F(RandomUser, DoesWhatNobodyHasThoughtOf) {
-  const unsigned seed = std::getenv("SEED") ? static_cast<unsigned>(std::atoi(std::getenv("SEED")))
-                                            : static_cast<unsigned>(m_random());
+  const char* const given = std::getenv("SEED");
+  const auto seed = given ? static_cast<unsigned>(std::atoi(given)) : std::random_device{}();
   m_random.seed(seed);
   SCOPED_TRACE("SEED=" + std::to_string(seed));
   std::printf("SEED=%u\n", seed);
@@ -132,8 +129,7 @@ TEST_F(RandomUser, DoesWhatNobodyHasThoughtOf) {
       [](QtMsgType, const QMessageLogContext&, const QString&) {});  // events that nothing accepts
   CTestWindow window(m_demo);
   window.boxes.answer = IDNO;
-  window.Start();
-  ASSERT_TRUE(Wait([&] { return HasStatus(window, "Running"); }));
+  ASSERT_TRUE(Runs(window));
   auto user = std::make_unique<QObject>();
   // Each act is a timer of its own, so that a modal window that it opens gets the next ones.
   const std::function<void()> act = [&] {
@@ -147,7 +143,7 @@ TEST_F(RandomUser, DoesWhatNobodyHasThoughtOf) {
   user.reset();
   window.boxes.Take();
   if (QAction* stop = ActionOf(window, "Stop"); stop->isEnabled()) stop->trigger();
-  EXPECT_TRUE(Wait([&] { return HasStatus(window, "Stopped"); }));
+  EXPECT_TRUE(Wait([&] { return Says(window, "Stopped"); }));
   window.boxes.Take();
   qInstallMessageHandler(former);
 }
