@@ -56,8 +56,8 @@ TEST_F(Dialogs, AFreeListIsEditedAndOnlyOkReturnsIt) {
                     "a / OK / !This variable already exists in the list / Variable List?a,b,c, A, / "
                     "Variable List#1 / Delete Variable / Delete Variable / "
                     "!You must select a variable / Variable List?a,c, A, / Variable List#0",
-                moveDown, "Variable List?c,a, A,", drag, end});
-    EXPECT_EQ(Joined(dialog.m_list), *end == 'O' ? " A,c,a," : "a,b,c,");
+                moveDown, moveDown, "Variable List?c, A,a,", drag, end});
+    EXPECT_EQ(Joined(dialog.m_list), *end == 'O' ? "a,c, A," : "a,b,c,");
   }
 }
 

@@ -1,4 +1,4 @@
-// The table of scales and limits, edited with keys.
+// The table of scales and limits, edited with keys and the mouse.
 #include "vastra/screens/scaler_dlg.h"
 
 #include <gtest/gtest.h>
@@ -45,6 +45,7 @@ TEST(ScalerDlg, ShowsARowForEachVariableAndOkWritesWhatIsTyped) {
     const char* what;
     std::string keys, rows;  // "name scale low high clamping|" each
     const char* end = "OK";
+    std::vector<std::pair<int, int>> clicks = {};  // on cells, before the keys
   } kCases[] = {
       {"cancelled", "\t8\r", kB + "b 1 0 0 0|", "Cancel"},
       {"visited cells", tabs(20), "a 1 0 0 0|" + kB + kC},
@@ -52,6 +53,8 @@ TEST(ScalerDlg, ShowsARowForEachVariableAndOkWritesWhatIsTyped) {
       {"an open cell", tabs(13) + "-2.5e1 m", "a 1 0 0 0|" + kB + "c 1 0 -25 0|"},
       {"each column", "\t2\t3.5\t4\t \tx\t0.1\t", "a 2 3.5 4 1|b 0.100000001 -0.5 2e+10 1|" + kC},
       {"boxes", tabs(9) + " " + tabs(5) + " ", "a 1 0 0 0|b 1.23456788 -0.5 2e+10 0|c 1 0 0 1|"},
+      {"the mouse", "7\t", "a 1 0 7 1|b 1.23456788 -0.5 2e+10 0|" + kC, "OK", {{0, 4}, {1, 4}, {0, 3}}},
+      {"Escape for the cell alone", "\0337\033", "a 1 0 0 0|" + kB + kC, "OK", {{0, 3}}},
       {"Return for the cell and the dialog", "\t8\r\r", "a 8 0 0 0|" + kB + kC, ""},
   };
   for (const auto& c : kCases) {
@@ -70,6 +73,10 @@ TEST(ScalerDlg, ShowsARowForEachVariableAndOkWritesWhatIsTyped) {
       EXPECT_EQ(Table(view, 2),
                 "Variables 91|Scales 79|Min. Val. 79|Max. Val. 79|Clamp 50|"
                 "a|1.0000|0.0000|0.0000|-|b|1.2346|-0.5000|20000000000.0000|x|");
+      for (const auto& [row, col] : c.clicks) {
+        const QRect cell = view->visualRect(view->model()->index(row, col));
+        QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, {cell.left() + 10, cell.center().y()});
+      }
       Type(c.keys);
       if (*c.end) Find<QAbstractButton>(window, c.end)->click();  // the focus does not move
     };

@@ -5,7 +5,10 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 
+#include <tuple>
+
 #include "tests/support/windows.h"
+#include "vastra/ui/text.h"
 
 namespace vastra {
 namespace {
@@ -34,10 +37,8 @@ class CTestDlg : public CDialog {
   explicit CTestDlg(CWnd* parent = nullptr) : CDialog(kTemplate, parent) {}
   void OnInitDialog() override {
     if (endsAtOnce) return EndDialog(7);
-    const std::pair<const char*, ENotify> kNoted[] = {{"Black & White", ENotify::clicked},
-                                                      {"Names", ENotify::doubleClicked},
-                                                      {"Text", ENotify::focused},
-                                                      {"Basis", ENotify::selected}};
+    const std::pair<const char*, ENotify> kNoted[] = {
+        {"Black & White", ENotify::clicked}, {"Text", ENotify::focused}, {"Basis", ENotify::selected}};
     for (const auto& [caption, what] : kNoted) {
       const auto note = [this, name = caption] { noted += name; };
       On(caption, note, what);
@@ -140,43 +141,14 @@ TEST_F(Dialog, TextsKeepTheirBytesUntilTheyAreEdited) {
   }
 }
 
-TEST_F(Dialog, ListsReturnAndMoveTheMarkedEntries) {
-  CStringArray names;
-  for (const char* name : {"a", "b", "c"}) names.Add(name);
-  CListBox& one = m_dialog.List("Names");
-  CListBox& several = m_dialog.List("Others");
-  one.SetTexts(names);
-  several.SetTexts(names);
-  several.SelectAll();
-  EXPECT_EQ(several.GetSelItems(), (std::vector<int>{0, 1, 2}));
-  EXPECT_EQ(one.GetCurSel(), -1);
+TEST_F(Dialog, TheFirstArrowKeySelectsTheCurrentEntry) {
+  for (const char* text : {"a", "b"}) m_dialog.List("Names").AddString(text);
   auto* list = Find<QListWidget>(m_window, "Names");
-  const auto middle = [list](int row) { return list->visualItemRect(list->item(row)).center(); };
-  QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, middle(0));
-  EXPECT_EQ(one.GetCurSel(), 0);
-  QTest::keyClick(list, Qt::Key_Down, Qt::ControlModifier);
-  EXPECT_EQ(Shown(list), (std::vector<std::string>{"b", "a", "c"}));
-  EXPECT_EQ(one.GetCurSel(), 1);
-  QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, middle(2));
-  QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, middle(2));
-  EXPECT_EQ(one.GetCurSel(), 2);
-  EXPECT_EQ(m_dialog.Take(), "Names");
-  one.DeleteString(0);
   list->setCurrentRow(0, QItemSelectionModel::Clear);  // as the tab key does
   for (const int entry : {-1, 0, 1}) {
-    EXPECT_EQ(one.GetCurSel(), entry) << "the first arrow selects the first entry";
+    EXPECT_EQ(m_dialog.List("Names").GetCurSel(), entry);
     QTest::keyClick(list, Qt::Key_Down);
   }
-}
-
-TEST_F(Dialog, ListSearchContinuesAtItsStart) {
-  CListBox& list = m_dialog.List("Names");
-  EXPECT_EQ(list.FindStringExact(-1, ""), -1);
-  for (const char* text : {"Kiln", "Ofen \xC3\xA4", "KILN", "Kiln 2"}) list.AddString(text);
-  std::string found;
-  for (const int after : {-1, 0, 1, 2, 3}) found += std::to_string(list.FindStringExact(after, "kiln")) + " ";
-  EXPECT_EQ(found, "0 2 2 0 0 ");
-  EXPECT_EQ(list.FindStringExact(1, "OFEN \xC3\x84"), 1);
 }
 
 TEST_F(Dialog, RadioButtonsExcludeOthersOfTheirGroup) {
@@ -225,6 +197,26 @@ TEST_F(Dialog, NumberOutsideItsBoundsIsReported) {
   EXPECT_EQ(prompter.Take(),
             std::vector<std::string>(2, "|Please enter a whole number from 10 to 65000.|30"));
   EXPECT_EQ(edit->selectedText(), "65001");
+}
+
+TEST(Text, InvalidUtf8IsShownAsLatin1) {
+  const std::pair<CString, const char16_t*> kCases[] = {
+      {"Ofen \xC3\xA4", u"Ofen \u00E4"},
+      {"Ofen \xE4", u"Ofen \u00E4"},
+      {"\xC3\xA4 and \xE4", u"\u00C3\u00A4 and \u00E4"},  // one bad byte: all of it
+      {"cut \xC3", u"cut \u00C3"}};
+  for (const auto& [bytes, shown] : kCases) EXPECT_EQ(ToScreen(bytes).toStdU16String(), shown);
+  EXPECT_EQ(ToScreen(CString("a\0b", 3)).size(), 3);
+}
+
+TEST(Text, APlaceCountsEachLineEndAndEachCharacterOnce) {
+  const std::tuple<const char*, int, int> kCases[] = {
+      {"a\r\nb", 2, 1},       {"a\r\nb", 3, 2},   {"a\r\nb", 4, 3},
+      {"a\nb", 2, 2},         {"", 0, 0},         {"\xC3\xA4 = x", 1, 0},
+      {"\xC3\xA4 = x", 5, 4}, {"\xE4 = x", 4, 4}, {"\xF0\x9F\x98\x80 = x", 7, 5}};
+  for (const auto& [text, offset, place] : kCases)
+    EXPECT_EQ(ScreenPlace(text, offset), place) << text << " at " << offset;
+  EXPECT_EQ(FromScreenLines(ToScreenLines("a\r\nb\r\n")), "a\r\nb\r\n");
 }
 
 }  // namespace

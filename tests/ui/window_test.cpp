@@ -1,8 +1,5 @@
 #include "vastra/ui/window.h"
 
-#include <QAbstractScrollArea>
-#include <QScrollBar>
-
 #include <thread>
 
 #include "tests/support/windows.h"
@@ -24,7 +21,6 @@ class CSpy : public CWnd {
   bool OnLButtonDblClk(CPoint point) override { return Note("double", point.x, point.y); }
   bool OnRButtonDown(CPoint point) override { return Note("right", point.x, point.y); }
   bool OnKeyDown(UINT key) override { return Note("key", key); }
-  void OnVScroll(UINT code, int) override { Note("scroll", code); }
   void OnMessage(UINT message, WPARAM, LPARAM lparam) override { Note("message", message, lparam); }
   void OnTimer(UINT id) override { Note("timer", id), KillTimer(id); }
   void PostNcDestroy() override { Note("gone"); }
@@ -115,18 +111,6 @@ TEST(Window, ClosesTheDialogsOverItWhenItIsDestroyed) {
     QTimer::singleShot(0, [&] { window.DestroyWindow(); });
     EXPECT_EQ(open(window), 0) << &open - kOpen;
   }
-}
-
-TEST(Window, PassesOnTheActionsOfItsScrollBar) {
-  CSpy window(CWnd::verticalScrollBar);
-  window.ShowWindow(SW_SHOW);
-  window.SetScrollRange(0, 50);
-  window.SetScrollPos(70);
-  EXPECT_EQ(window.GetScrollPos(), 50) << "kept in its range";
-  for (const auto action : {QAbstractSlider::SliderSingleStepSub, QAbstractSlider::SliderPageStepSub,
-                            QAbstractSlider::SliderPageStepAdd, QAbstractSlider::SliderToMinimum})
-    static_cast<QAbstractScrollArea*>(window.Widget())->verticalScrollBar()->triggerAction(action);
-  EXPECT_EQ(window.Take(), "scroll 0 0|scroll 2 0|scroll 3 0|scroll 6 0|");
 }
 
 }  // namespace
