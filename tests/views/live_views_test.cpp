@@ -1,4 +1,4 @@
-// The scan grid and the trend window on real stages.
+// The scan grid and the trend window on real stages, and the choice of their variables.
 #include <QFrame>
 #include <QLineEdit>
 #include <QTableView>
@@ -14,6 +14,7 @@
 #include "vastra/stages/log_trendings.h"
 #include "vastra/views/trending_dlg.h"
 #include "vastra/views/var_scan_dlg.h"
+#include "vastra/views/var_selection_dlg.h"
 
 namespace vastra {
 namespace {
@@ -540,6 +541,58 @@ TEST_F(TrendWindow, AClosedWindowClearsThePointerOfTheHost) {
   EXPECT_EQ(m_trend->Create() + m_grid->Create(), 0);
   EXPECT_TRUE(!m_trend && !m_grid);
   EXPECT_EQ(m_prompter.Take(), CBoxes(2, "Message|Incorrect initialization.|30"));
+}
+
+constexpr const char *kLeft = "Available variables", *kRight = "Selected variables";
+
+void DoubleClick(QListWidget* list, int row) {
+  const QPoint place = list->visualItemRect(list->item(row)).center();
+  QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, place);
+  QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, place);
+}
+
+TEST(VarSelection, ButtonsAndDoubleClicksMoveMarkedNamesAndOkAloneChecksTheLimit) {
+  CTestPrompter prompter;
+  CStringArray available = Names({"a", "b", "c", "d", "b", "f"}), selected = Names({"d", "x"});
+  CVarSelectionDlg dialog;
+  dialog.m_pAvailable = &available;
+  dialog.m_pSelected = &selected;
+  dialog.m_max = 2;
+  const auto lists = [&] {
+    return Joined(dialog.List(kLeft).GetTexts()) + "|" + Joined(dialog.List(kRight).GetTexts());
+  };
+  const auto mover = [&](QWidget* window) {
+    auto* left = Find<QListWidget>(window, kLeft);
+    auto* right = Find<QListWidget>(window, kRight);
+    for (const int row : {0, 2}) left->item(row)->setSelected(true);
+    for (int twice = 0; twice < 2; ++twice) Click(window, "--->");
+    EXPECT_EQ(lists(), "b,b,f,|d,x,a,c,");
+    for (const int row : {2, 1}) DoubleClick(left, row);
+    EXPECT_EQ(lists(), "b,|d,x,a,c,f,b,");
+    QTest::keyClick(left, Qt::Key_Down);
+    EXPECT_TRUE(left->item(0)->isSelected()) << "after a move no entry is the current one";
+    Click(window, "OK");
+    EXPECT_EQ(prompter.Take(), std::vector<std::string>{"Message|Maximum number of variables is 2|00"});
+    ASSERT_TRUE(window->isVisible());
+    right->setCurrentRow(1);
+    for (int twice = 0; twice < 2; ++twice) Click(window, "<---");
+    EXPECT_EQ(lists(), "b,|d,a,c,f,b,") << "a name that is not available";
+    for (const int row : {4, 1, 0}) DoubleClick(right, row);
+    EXPECT_EQ(lists(), "a,b,d,b,|c,f,");
+    EXPECT_EQ(Joined(selected), "d,x,");
+    Click(window, "OK");
+  };
+  WhileModal([&] { EXPECT_EQ(dialog.DoModal(), IDOK); }, mover);
+  EXPECT_EQ(Joined(selected), "c,f,");
+  const auto canceller = [&](QWidget* window) {
+    Click(window, ">>");
+    EXPECT_EQ(lists(), "|c,f,a,b,d,b,");
+    Click(window, "<<");
+    EXPECT_EQ(lists(), "a,b,c,d,b,f,|");
+    Click(window, "Cancel");
+  };
+  WhileModal([&] { EXPECT_EQ(dialog.DoModal(), IDCANCEL); }, canceller);
+  EXPECT_EQ(Joined(selected), "c,f,");
 }
 
 }  // namespace
