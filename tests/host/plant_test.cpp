@@ -213,7 +213,7 @@ TEST_F(Plant, FailuresAreCountedInTheRowOfTheirStage) {
 
 TEST(PlantWords, AgesHaveWholeSeconds) {
   const std::pair<int, const char*> cases[] = {
-      {0, "now"}, {1, "1 s"}, {9, "9 s"}, {10, "10 s"}, {3600, "1 h 0 min"}};
+      {0, "now"}, {1, "1 s"}, {9, "9 s"}, {10, "10 s"}, {60, "1 min 0 s"}};
   for (const auto& [age, text] : cases) EXPECT_EQ(AgeText(std::chrono::seconds(age)).Std(), text);
 }
 
