@@ -3,8 +3,10 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <cerrno>
 #include <charconv>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <iostream>
 #include <thread>
@@ -15,6 +17,8 @@
 #include "host/fleet/fleet_status.h"
 #include "host/fleet/fleet_streams.h"
 #include "host/fleet/live_table.h"
+#include "host/fleet/server_urls.h"
+#include "host/fleet/settings_file.h"
 #include "host/fleet/shipper.h"
 
 namespace vastra {
@@ -140,6 +144,14 @@ std::int64_t ParseAge(const std::string& text) {
   throw CUseFault("--delete-after " + text + ": is not an age such as 12h or 30d");
 }
 
+// The library accepts negative numbers, and makes large ones of them.
+void SetSize(CLI::Option* option) {
+  constexpr std::size_t kDigits = 18;
+  option->transform(CLI::AsSizeValue(true))->check([](const std::string& size) {
+    return size.size() > kDigits || size[0] == '-' ? "is not a size such as 50kB" : std::string();
+  });
+}
+
 bool IsDomain(const std::string& name) {
   return !name.empty() && name.find_first_of(". *>\t") == std::string::npos;
 }
@@ -230,7 +242,15 @@ CLI::Option* AddServers(CLI::App* command, COptions& options) {
           ->add_option("--server", options.servers.servers, "the servers; several with commas, or repeated")
           ->type_name("URL")
           ->required()
-          ->take_all();
+          ->take_all()
+          ->check([](const std::string& text) -> std::string {
+            try {
+              ParseServers({text});
+              return "";
+            } catch (const CUrlFault& fault) {
+              return fault.what();
+            }
+          });
   command
       ->add_option("--creds", options.servers.creds,
                    "a file with credentials, or with the line USER:PASSWORD")
@@ -254,10 +274,45 @@ CLI::Option* AddServers(CLI::App* command, COptions& options) {
   return server;
 }
 
+// The file of --config has a part for each command, with the names of its options.
+class CConfigFile : public CLI::Config {
+ public:
+  explicit CConfigFile(const CLI::App& line) : m_line(line) {}
+
+  std::string to_config(const CLI::App*, bool, bool, std::string) const override { return ""; }
+  std::vector<CLI::ConfigItem> from_config(std::istream& input) const override {
+    std::vector<CLI::ConfigItem> values;
+    for (const CSetting& one : ParseSettings(input)) {
+      Check(one);
+      values.push_back({{one.part}, one.key, one.values});
+    }
+    return values;
+  }
+
+ private:
+  void Check(const CSetting& one) const {
+    const std::string part = "[" + one.part + "]";
+    const auto isPart = [&](const CLI::App* command) { return command->get_name() == one.part; };
+    const auto commands = m_line.get_subcommands(isPart);
+    if (one.part.empty())
+      throw CSettingsFault(one.line, one.key + " is before the first part, such as [ship]");
+    if (commands.empty())
+      throw CSettingsFault(one.line, one.key + " is in " + part + ", which is no command");
+    const CLI::Option* const option = commands.front()->get_option_no_throw("--" + one.key);
+    if (option == nullptr)
+      throw CSettingsFault(one.line, one.key + " is not an option of vastra-fleet " + one.part);
+    if (one.values.empty() || (one.values.size() > 1 && option->get_items_expected_max() == 1))
+      throw CSettingsFault(one.line, one.key + " is one value, not a list");
+  }
+
+  const CLI::App& m_line;
+};
+
 using CRun = int (*)(COptions&);
 struct CCommand {
   CLI::App* app;
   CRun run;
+  COptions* options;
 };
 
 CCommand AddInit(CLI::App& line, COptions& options) {
@@ -270,14 +325,14 @@ CCommand AddInit(CLI::App& line, COptions& options) {
   init->add_option("--replicas", options.streams.replicas,
                    "servers that have each message; at least 3 without it")
       ->check(CLI::Range(1, 5));
-  init->add_option("--max-bytes", options.streams.maxBytes, "of chunks that wait, at most; such as 50GB")
-      ->transform(CLI::AsSizeValue(true));
+  SetSize(init->add_option("--max-bytes", options.streams.maxBytes,
+                           "of chunks that wait, at most; such as 50GB"));
   init->add_option("--node", options.nodes, "prints the user of this node; repeatable")
       ->type_name("SITE/NODE");
   init->add_option("--leaf", options.leaves,
                    "prints the user by which the server of this site is a leaf; repeatable")
       ->type_name("SITE");
-  return {init, Init};
+  return {init, Init, &options};
 }
 
 CCommand AddShip(CLI::App& line, COptions& options) {
@@ -289,8 +344,7 @@ CCommand AddShip(CLI::App& line, COptions& options) {
       ->required()
       ->take_all();
   ship->add_option("--state", options.ship.state, "where it remembers what was sent")->type_name("DIR");
-  ship->add_option("--limit", options.ship.limit, "bytes per second, at most; such as 50kB")
-      ->transform(CLI::AsSizeValue(true));
+  SetSize(ship->add_option("--limit", options.ship.limit, "bytes per second, at most; such as 50kB"));
   ship->add_flag("--csv", options.ship.isCsv, "logs as text, too");
   ship->add_option("--delete-after", options.deleteAfter,
                    "removes files of this age that the archive has; such as 30d")
@@ -299,7 +353,7 @@ CCommand AddShip(CLI::App& line, COptions& options) {
                    "the folder with the feeds of the loggers; /run/vastra without it")
       ->type_name("DIR");
   ship->add_flag("--once", options.ship.isOnce, "ends when the servers have all files");
-  return {ship, Ship};
+  return {ship, Ship, &options};
 }
 
 CCommand AddArchive(CLI::App& line, COptions& options) {
@@ -312,14 +366,14 @@ CCommand AddArchive(CLI::App& line, COptions& options) {
       ->add_option("--state", options.archive.state, "where it remembers what it has; DIR/.state without it")
       ->type_name("DIR");
   archive->add_option("--site", options.archive.site, "takes the files of this site alone");
-  return {archive, Archive};
+  return {archive, Archive, &options};
 }
 
 CCommand AddStatus(CLI::App& line, COptions& options) {
   CLI::App* const status = line.add_subcommand("status", "what each machine has sent, and what waits");
   AddServers(status, options);
   status->add_flag("--json", options.isJson, "as JSON");
-  return {status, Status};
+  return {status, Status, &options};
 }
 
 CCommand AddWatch(CLI::App& line, COptions& options) {
@@ -333,30 +387,45 @@ CCommand AddWatch(CLI::App& line, COptions& options) {
                    "makes a feed for each logger in this folder, for vastra-web --dir")
       ->type_name("DIR")
       ->excludes(json);
-  return {watch, Watch};
+  return {watch, Watch, &options};
 }
 
 int Main(int argc, char** argv) {
-  COptions options;
+  COptions init, ship, archive, status, watch;  // a file can have values for several
+  std::string file;
   CLI::App line("vastra-fleet brings the logs of many machines into one archive.", "vastra-fleet");
   line.set_version_flag("--version", std::string("vastra-fleet ") + VASTRA_VERSION);
-  line.set_config("--config", "", "options of the commands, from a file")->type_name("FILE");
+  line.config_formatter(std::make_shared<CConfigFile>(line));
+  line.set_config("--config", "", "options of the commands, from a file")
+      ->type_name("FILE")
+      ->check([&file](const std::string& path) {
+        file = path;
+        std::error_code none;
+        if (std::filesystem::is_directory(path, none)) return path + ": is a folder";
+        return ::access(path.c_str(), R_OK) == 0 ? "" : path + ": " + std::strerror(errno);
+      });
+  line.fallthrough();  // --config after the command
   line.option_defaults()->take_last();
-  line.require_subcommand(1);
-  const CCommand commands[] = {AddInit(line, options), AddShip(line, options), AddArchive(line, options),
-                               AddStatus(line, options), AddWatch(line, options)};
+  line.require_subcommand(0, 1);
+  const CCommand commands[] = {AddInit(line, init), AddShip(line, ship), AddArchive(line, archive),
+                               AddStatus(line, status), AddWatch(line, watch)};
   try {
     line.parse(argc, argv);
   } catch (const CLI::Success& wanted) {
     return line.exit(wanted);
   } catch (const CLI::ParseError& fault) {
-    Print("command line: " + std::string(fault.what()) + " (see vastra-fleet --help)");
+    Print("command line" + (file.empty() ? "" : " and " + file) + ": " + fault.what() +
+          " (see vastra-fleet --help)");
+    return kWrongUse;
+  } catch (const CSettingsFault& fault) {
+    Print(file + ", " + fault.what());
     return kWrongUse;
   }
   try {
     for (const CCommand& one : commands)
-      if (*one.app) return one.run(options);
-    return kWrongUse;
+      if (*one.app) return one.run(*one.options);
+    throw CUseFault(
+        "there is no command: it is init, ship, archive, status or watch (see vastra-fleet --help)");
   } catch (const CUseFault& fault) {
     Print(fault.what());
     return kWrongUse;

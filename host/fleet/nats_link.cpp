@@ -12,6 +12,7 @@
 #include <thread>
 
 #include "host/fleet/nats_faults.h"
+#include "host/fleet/server_urls.h"
 
 namespace vastra {
 namespace {
@@ -38,25 +39,17 @@ std::string ReadSecret(const std::string& path) {
   return text.str();
 }
 
-// The URLs of a command line, and without what stands before an "@": it can be a password.
-std::vector<std::string> UrlsOf(const std::vector<std::string>& servers) {
-  std::vector<std::string> urls;
-  for (const std::string& list : servers) {
-    std::istringstream parts(list);
-    for (std::string url; std::getline(parts, url, ',');)
-      if (!url.empty()) urls.push_back(url);
+std::vector<CServerUrl> UrlsOf(const std::vector<std::string>& servers) {
+  try {
+    return ParseServers(servers);
+  } catch (const CUrlFault& fault) {
+    throw CNatsFault(fault.what());
   }
-  return urls;
 }
+
 std::string ShownServers(const std::vector<std::string>& servers) {
   std::string shown;
-  for (const std::string& url : UrlsOf(servers)) {
-    const std::size_t at = url.rfind('@'), scheme = url.find("://");
-    shown.append(shown.empty() ? "" : ", ");
-    shown.append(at == std::string::npos
-                     ? url
-                     : url.substr(0, scheme == std::string::npos ? 0 : scheme + 3) + url.substr(at + 1));
-  }
+  for (const CServerUrl& url : UrlsOf(servers)) shown.append(shown.empty() ? "" : ", ").append(url.Shown());
   return shown;
 }
 
@@ -97,11 +90,16 @@ class COptions {
 
  private:
   void AddServers(const std::vector<std::string>& servers) {
-    const std::vector<std::string> urls = UrlsOf(servers);
+    std::vector<std::string> urls;
+    bool isTls = false;
+    for (const CServerUrl& server : UrlsOf(servers)) {
+      urls.push_back(server.Url());
+      isTls = isTls || server.isTls;
+    }
+    if (isTls) Check(natsOptions_SetSecure(m_options, true), "TLS");  // the library ignores tls://
     std::vector<const char*> pointers;
     pointers.reserve(urls.size());
     for (const std::string& url : urls) pointers.push_back(url.c_str());
-    if (urls.empty()) throw CNatsFault("there is no server");
     Check(natsOptions_SetServers(m_options, pointers.data(), static_cast<int>(pointers.size())), "--server");
   }
 
@@ -169,7 +167,10 @@ CNatsLink::CNatsLink(const CNatsOptions& options) : CNatsLink(CSecret{Secret(opt
   Check(natsOptions_SetRetryOnFailedConnect(made.Get(), true, OnUp, this), "handler");
   const natsStatus status = natsConnection_Connect(&m_connection, made.Get());
   if (status != NATS_OK && status != NATS_NOT_YET_CONNECTED) Check(status, ShownServers(options.servers));
-  if (status == NATS_OK) m_connections = 1;
+  if (status == NATS_OK) {
+    m_connections = 1;
+    NoteServer(m_connection);
+  }
   Listen(m_inbox + ".a.>");  // answers to Ask have other subjects below the inbox
 }
 
@@ -199,8 +200,17 @@ void CNatsLink::WaitUp(std::chrono::milliseconds patience) {
   if (!IsUp()) throw CNatsFault(Absence());
 }
 
-// The connection that is tried again and again does not say why it fails; another one does.
+// The connection that is tried again and again does not say why it fails; another one does, and what the
+// system says of each server.
 std::string CNatsLink::Absence() const {
+  std::string unreached;
+  bool isReached = false;
+  for (const CServerUrl& server : UrlsOf(m_wish.servers)) {
+    const std::string why = ReachFault(server);
+    isReached = isReached || why.empty();
+    if (!why.empty()) unreached.append(unreached.empty() ? "" : "; ").append(server.Shown() + ": " + why);
+  }
+  if (!isReached) return "no connection: " + unreached;
   const std::string shown = ShownServers(m_wish.servers);
   try {
     natsConnection* trial = nullptr;
@@ -208,19 +218,38 @@ std::string CNatsLink::Absence() const {
     natsConnection_Destroy(trial);
     Check(status, shown);
   } catch (const CNatsFault& fault) {
-    return std::string("no connection to ") + fault.what();
+    return std::string("no connection to ") + fault.what() + (unreached.empty() ? "" : "; " + unreached);
   }
-  return "the connection to " + shown + " was lost for a moment";
+  const char* words = nullptr;
+  natsConnection_GetLastError(m_connection, &words);
+  return "the connection to " + shown + " was lost" +
+         (words != nullptr && *words != 0 ? ": " + FaultWords(words) : " for a moment");
+}
+
+std::string CNatsLink::Server() const {
+  const std::lock_guard guard(m_lock);
+  return m_server;
+}
+
+// Without what is secret in the URL.
+void CNatsLink::NoteServer(natsConnection* connection) {
+  char url[256] = "";
+  natsConnection_GetConnectedUrl(connection, url, sizeof url);
+  std::string server = *url == 0 ? "" : ShownServers({url});
+  const std::lock_guard guard(m_lock);
+  m_server = std::move(server);
 }
 
 // The library gives up after servers have refused the user twice.
 void CNatsLink::CheckOpen() const {
   if (natsConnection_IsClosed(m_connection)) throw CNatsFault(Absence());
-  if (const std::int64_t most = natsConnection_GetMaxPayload(m_connection); IsUp() && most < m_wish.payload)
-    throw CNatsFault("a server takes messages of " + std::to_string(most) +
-                     " bytes at most, but chunks of logs need " + std::to_string(m_wish.payload) +
-                     ": set max_payload of " + ShownServers(m_wish.servers));
+  const std::int64_t most = natsConnection_GetMaxPayload(m_connection);
+  const bool isSmall = IsUp() && most < m_wish.payload;
   const std::lock_guard guard(m_lock);
+  if (isSmall)
+    throw CNatsFault("the server " + m_server + " takes messages of " + std::to_string(most) +
+                     " bytes at most, but chunks of logs need " + std::to_string(m_wish.payload) +
+                     ": set its max_payload");
   if (!m_deaf.empty()) throw CNatsFault("servers: " + m_deaf);
 }
 
@@ -360,8 +389,10 @@ void CNatsLink::OnError(natsConnection* connection, natsSubscription*, natsStatu
     self.m_denial = words;
 }
 
-void CNatsLink::OnUp(natsConnection*, void* link) {
+void CNatsLink::OnUp(natsConnection* connection, void* link) {
   CNatsLink& self = *static_cast<CNatsLink*>(link);
+  self.NoteServer(connection);
+  self.Tell("connected to " + self.Server());
   const std::lock_guard guard(self.m_lock);
   ++self.m_connections;
   self.m_isWoken = true;
@@ -371,9 +402,9 @@ void CNatsLink::OnUp(natsConnection*, void* link) {
 void CNatsLink::OnDown(natsConnection* connection, void* link) {
   const char* words = nullptr;
   const natsStatus status = natsConnection_GetLastError(connection, &words);
-  static_cast<CNatsLink*>(link)->Tell(
-      std::string("the connection is lost") +
-      (status != NATS_OK && words != nullptr && *words != 0 ? ": " + FaultWords(words) : ""));
+  CNatsLink& self = *static_cast<CNatsLink*>(link);
+  self.Tell("the connection is lost: " + self.Server() +
+            (status != NATS_OK && words != nullptr && *words != 0 ? ": " + FaultWords(words) : ""));
 }
 
 std::uint64_t AnswerNumber(const CNatsMessage& answer) {
@@ -385,7 +416,9 @@ std::uint64_t AnswerNumber(const CNatsMessage& answer) {
 
 CStoredAnswer ParseStored(const CNatsMessage& answer) {
   if (answer.Header("Status") == "503")
-    return {0, 503, "no stream takes it (vastra-fleet init makes the streams, in the account of this user)"};
+    return {0, 503,
+            "no stream takes it (for a moment at a restart; else vastra-fleet init makes the streams, in the "
+            "account of this user)"};
   try {
     const nlohmann::json json = ParseJson(answer.Data());
     if (const auto error = json.find("error"); error != json.end())

@@ -19,7 +19,7 @@
 
 namespace vastra {
 
-// How to reach the servers, as a command line has it.
+// How to reach the servers, as a command line has it. An URL with tls:// means TLS at all of them.
 struct CNatsOptions {
   std::vector<std::string> servers;  // URLs; a list with commas is several
   std::string creds;                 // a file: credentials of the server's tools, or a line USER:PASSWORD
@@ -116,6 +116,8 @@ class CNatsLink {
   void Subscribe(const std::string& subject, natsMsgHandler hear);
   void Tell(const std::string& fault);
   std::string Absence() const;
+  std::string Server() const;
+  void NoteServer(natsConnection* connection);
   void CheckOpen() const;
 
   const CNatsOptions m_wish;
@@ -131,6 +133,7 @@ class CNatsLink {
   unsigned m_connections = 0;
   Time m_checked = std::chrono::steady_clock::now();  // when there was a connection, or its absence was told
   std::vector<std::string> m_faults;
+  std::string m_server;  // that it is or was connected to
   std::string m_deaf;    // the servers do not let this user hear a subject: why
   std::string m_denial;  // what they did not let it say since the last Ask began
 };

@@ -245,15 +245,20 @@ def permissions(fleet, rng):
                               capture_output=True, text=True, check=True).stdout
     accounts = settings[settings.index("accounts:"):].replace('"..."', '"secret"')
     fleet.cluster = Cluster(fleet.folder / "closed", 1, accounts)
-    creds = {name: fleet.folder / f"{name.replace('/', '-')}.creds" for name in ("admin", "archive", "plant/a", "plant/b")}
+    creds = {name: fleet.folder / f"{name.replace('/', '-')}.creds" for name in ("admin", "archive", "watch", "plant/a", "plant/b")}
     for name, path in creds.items():
         path.write_text(f"{name}:secret\n")
     fleet.cluster.init("--creds", creds["admin"])
+    plain = subprocess.run([BIN / "vastra-fleet", "status", "--server", fleet.cluster.url.replace("nats:", "tls:"), "--creds",
+                            creds["watch"]], capture_output=True, text=True, timeout=60)
+    assert plain.returncode == 1 and "the servers have no TLS" in plain.stderr, plain  # no password without TLS
     for name in "ab":
         logs = fleet.add_node(name)
         fill(logs, 3, rng)
         (logs / "parts.rph").write_bytes(rng.randbytes(2 * CHUNK))
-        fleet.start_shipper(name, "--delete-after", "0s", "--creds", creds[f"plant/{name}"])
+        config = fleet.folder / f"{name}.conf"  # the part of another command is not for this one
+        config.write_text(f'[ship]\ncreds = "{creds[f"plant/{name}"]}"\n[archive]\ncreds = "{creds["archive"]}"\n')
+        fleet.start_shipper(name, "--delete-after", "0s", "--config", config)
     kept = {name: {path: path.read_bytes() for path in logs.iterdir()} for name, logs in fleet.nodes.items()}
     victim = (fleet.nodes["b"] / "parts.rph")
     content, subject = victim.read_bytes(), log_subject("done", "b", "logs/parts.rph", victim.read_bytes())

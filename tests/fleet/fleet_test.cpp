@@ -7,6 +7,8 @@
 #include "host/fleet/archive_intake.h"
 #include "host/fleet/fleet_streams.h"
 #include "host/fleet/receipt_hearer.h"
+#include "host/fleet/server_urls.h"
+#include "host/fleet/settings_file.h"
 #include "host/fleet/ship_files.h"
 #include "tests/support/files.h"
 #include "vastra/logfiles/log_format.h"
@@ -132,6 +134,64 @@ TEST(FleetMessages, TheTimeOfAServer) {
   EXPECT_EQ(ServerTime("2026-11-27T18:01:53.427355284Z"), 1795802513427355284U);
   EXPECT_EQ(ServerTime("2026-11-27T18:01:53Z"), 1795802513000000000U);
   EXPECT_FALSE(ServerTime("yesterday"));
+}
+
+TEST(FleetServers, AnUrlIsAProtocolAHostAndAPort) {
+  const std::pair<const char*, const char*> lists[] = {
+      {"nats1", "nats://nats1:4222 "},
+      {" tls://a:1,, nats://10.0.0.1:65535/ ", "tls://a:1 nats://10.0.0.1:65535 "},
+      {"nats://user:p@ss:w@[::1]:42,tls://[fe80::1%eth0]",
+       "nats://user:p@ss:w@[::1]:42 tls://[fe80::1%eth0]:4222 "}};
+  for (const auto& [list, wanted] : lists) {
+    std::string urls;
+    for (const CServerUrl& server : ParseServers({list})) urls += server.Url() + " ";
+    EXPECT_EQ(urls, wanted) << list;
+  }
+  EXPECT_TRUE(ParseServers({"tls://u:p@a"}).front().isTls);
+  for (const char* const list :
+       {"", " , ", "ws://a", "nats//secret@a:1", "nats:/a:1", "a:", "a:0", "a:65536", "a:4x", "a:-1",
+        "nats://", "nats://secret@", "::1:4222", "[::1", "[::1]4222", "a b", "a,http://b"})
+    try {
+      ParseServers({list});
+      ADD_FAILURE() << list;
+    } catch (const CUrlFault& fault) {
+      EXPECT_EQ(std::string(fault.what()).find("secret"), std::string::npos) << list;
+    }
+}
+
+TEST(FleetSettings, AreReadAsTheyWereMeant) {
+  const std::pair<const char*, const char*> texts[] = {
+      {"[ship]\nnode = \"kiln #1, old\"  # the first\n", "ship.node=kiln #1, old;"},
+      {"\xef\xbb\xbf[ship]\r\n  node=kiln1\r\n\r\ncsv = true", "ship.node=kiln1;ship.csv=true;"},
+      {"[a]\nx = '\"\\'\ny = \"\\\"\\\\\"\nz = \"\"", "a.x=\"\\;a.y=\"\\;a.z=;"},
+      {"[a]\nx = [\"/b\" , # one\n 'c=/d',\n]\n[b]\nx = []", "a.x=/b|c=/d;b.x=;"},
+      {"x = 1\n# [a]\n[a]", ".x=1;"},
+      {"", ""}};
+  for (const auto& [text, wanted] : texts) {
+    std::istringstream input(text);
+    std::string read;
+    for (const CSetting& one : ParseSettings(input)) {
+      read += one.part + "." + one.key + "=";
+      for (std::size_t i = 0; i < one.values.size(); ++i) read += (i > 0 ? "|" : "") + one.values[i];
+      read += ";";
+    }
+    EXPECT_EQ(read, wanted) << text;
+  }
+}
+
+TEST(FleetSettings, ALineInDoubtIsRefused) {
+  for (const char* const line :
+       {"node = \"kiln1", "node = 'kiln1\"", "node \"kiln1\"", "node: kiln1", "node =", "node = kiln 1",
+        "= 1", "node = \"a\\b\"", "x = [\"a\"\n\n", "x = [\"a\" \"b\"]", "x = [,]", "[ship", "[]", "[a b]",
+        "[[a]]", "no de = 1", "first = 2", "x = [\"a\"] b", "\x01"}) {
+    std::istringstream input(std::string("[a]\nfirst = 1\n") + line);
+    try {
+      ParseSettings(input);
+      ADD_FAILURE() << line;
+    } catch (const CSettingsFault& fault) {
+      EXPECT_EQ(std::string(fault.what()).find("line 3: "), 0U) << line << ": " << fault.what();
+    }
+  }
 }
 
 class ArchiveIntake : public testing::Test {
