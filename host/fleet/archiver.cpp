@@ -75,7 +75,7 @@ void CArchiver::Run(const std::atomic<bool>& end) {
 
 void CArchiver::Keep(Time now) {
   try {
-    m_receipts.Work(now);
+    if (const std::string fault = m_receipts.Work(now); !fault.empty()) m_log.Tell(fault);
     if (now < m_staleDue) return;
     m_staleDue = now + kStaleTurn;
     m_intake.DropStale();
@@ -139,8 +139,10 @@ void CArchiver::HearPull(const CNatsMessage& status) {
     m_log.Tell("servers: " + std::string(status.Header("Description")));
     m_isReady = false;  // with a pause
   }
-  if (code == "503" || (code == "409" && status.Header("Description").starts_with("Consumer")))
-    m_isReady = false;
+  if (code != "503" && (code != "409" || !status.Header("Description").starts_with("Consumer"))) return;
+  m_log.Tell("servers: the consumer " + ConsumerName(m_site) + " of the stream " + kLogStream +
+             " is not there; it is made again");
+  m_isReady = false;
 }
 
 void CArchiver::TakeBatch(Time now) {

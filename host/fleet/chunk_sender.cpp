@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "host/fleet/file_version.h"
+#include "host/fleet/nats_faults.h"
 
 namespace vastra {
 namespace {
@@ -307,7 +308,7 @@ void CChunkSender::Hear(const CNatsMessage& answer, Time now) {
     send->second.sequence = std::max(send->second.sequence, stored.sequence);
     m_block = {};
   } else {
-    m_log.Tell("the servers do not take a chunk, tried again: " + stored.text);
+    m_log.Tell("the servers do not take a chunk, tried again: " + FaultWords(stored.text));
     if (!send->second.isCancelled) send->second.again.push_back(underWay.chunk);
     m_block = std::clamp(2 * m_block, kFirstBlock, kLongestBlock);
     m_blocked = now + m_block;

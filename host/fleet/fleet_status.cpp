@@ -105,14 +105,19 @@ double NumberAt(const CJson& object, const char* key) {
   return found != object.end() && found->is_number() ? found->get<double>() : 0;
 }
 
+std::string CountText(double count) {
+  constexpr double kMost = 1e15;
+  return std::to_string(static_cast<std::uint64_t>(std::clamp(count, 0.0, kMost)));
+}
+
 std::string SumText(const CJson& node, const char* key) {
   const auto found = node.find(key);
   if (found == node.end() || !found->is_object()) return "-";
   std::ostringstream text;
   text.precision(1);
-  constexpr double kMega = 1e6, kMost = 1e15;
-  text << std::fixed << static_cast<std::uint64_t>(std::clamp(NumberAt(*found, "files"), 0.0, kMost)) << " ("
-       << NumberAt(*found, "bytes") / kMega << " MB)";
+  constexpr double kMega = 1e6;
+  text << std::fixed << CountText(NumberAt(*found, "files")) << " (" << NumberAt(*found, "bytes") / kMega
+       << " MB)";
   return text.str();
 }
 
@@ -137,12 +142,12 @@ CJson FleetStatus(CNatsLink& link) {
 
 std::string FleetTable(const CJson& status) {
   std::vector<std::vector<std::string>> rows = {
-      {"site", "node", "waiting", "sent", "archived", "oldest", "last contact"}};
+      {"site", "node", "waiting", "sent", "archived", "lost", "oldest", "last contact"}};
   for (const CJson& node : status["nodes"])
     rows.push_back({Printable(node["site"].get<std::string>()), Printable(node["node"].get<std::string>()),
                     SumText(node, "waiting"), SumText(node, "sent"), SumText(node, "archived"),
-                    AgeText(node, "oldest"), AgeText(node, "contact")});
-  return TextTable(rows);
+                    CountText(NumberAt(node, "lost")), AgeText(node, "oldest"), AgeText(node, "contact")});
+  return status["nodes"].empty() ? "no node has reported yet\n" : TextTable(rows);
 }
 
 }  // namespace vastra

@@ -20,6 +20,11 @@ CJson LogStream() {
           {"discard", "new"},
           {"discard_new_per_subject", true},
           {"max_msgs_per_subject", 1},
+          {"max_age", 0},
+          {"max_msgs", -1},
+          {"max_msg_size", -1},
+          {"max_consumers", -1},
+          {"no_ack", false},
           {"duplicate_window", kSecond / 10},
           {"storage", "file"}};
 }
@@ -32,6 +37,9 @@ CJson NewestStream(const char* name, const char* subjects, const char* words, st
           {"discard", "old"},
           {"max_msgs_per_subject", 1},
           {"max_age", days * 24 * 3600 * kSecond},
+          {"max_msgs", -1},
+          {"max_msg_size", -1},
+          {"no_ack", false},
           {"duplicate_window", kSecond / 10},
           {"allow_direct", name == kReceiptStream},
           {"storage", "file"}};
@@ -62,15 +70,25 @@ struct CPlan {
 void RefuseLower(const char* name, const char* what, std::int64_t wish, std::int64_t have) {
   throw CNatsFault(std::string(name) + ": " + what + " would be lowered from " +
                    (have <= 0 ? std::string("no limit") : std::to_string(have)) + " to " +
-                   std::to_string(wish) + "; nothing was changed");
+                   std::to_string(wish) +
+                   "; nothing was changed (init only raises; the servers' tools can lower it)");
+}
+
+// The value of a key; false if it is not there. Times in seconds.
+std::string ValueText(const std::string& key, const nlohmann::json& value) {
+  if (value.is_null()) return "false";
+  if (!value.is_number() || (key != "max_age" && key != "duplicate_window")) return JsonText(CJson(value));
+  return JsonText(CJson(value.get<double>() / static_cast<double>(kSecond))) + " s";
 }
 
 // Without these a stream cannot carry a fleet.
 void CheckUse(const char* name, const CJson& wish, const nlohmann::json& config) {
-  for (const char* key : {"retention", "subjects", "storage"})
-    if (config.value(key, nlohmann::json()) != nlohmann::json(wish[key]))
-      throw CNatsFault(std::string(name) + ": is there already, but its " + key + " should be " +
-                       JsonText(wish[key]) + "; nothing was changed");
+  for (const char* key : {"retention", "subjects", "storage", "no_ack"})
+    if (const nlohmann::json have = config.value(key, nlohmann::json());
+        have != nlohmann::json(wish[key]) && !(have.is_null() && wish[key] == false))
+      throw CNatsFault(std::string(name) + ": is there already, but its " + key + " is " +
+                       ValueText(key, have) + " and should be " + JsonText(wish[key]) +
+                       "; nothing was changed (delete it with the servers' tools, and init makes it)");
 }
 
 bool IsRaised(const std::string& key) {
@@ -90,9 +108,10 @@ CPlan ChangeOf(const char* name, const CJson& wish, const nlohmann::json& config
       plan.wish[key] = value;
       plan.operation = "UPDATE";
       plan.words = "changed";
-      plan.changes += "; " + key + " is now " + JsonText(value) + ", was " + JsonText(CJson(have));
+      plan.changes += "; " + key + " is now " + JsonText(value) + ", was " + ValueText(key, have);
     } else {
-      plan.changes += "; " + key + " stays " + JsonText(CJson(have)) + ", a new one has " + JsonText(value);
+      plan.changes += "; " + key + " stays " + ValueText(key, have) + ", a new one has " +
+                      ValueText(key, nlohmann::json(value));
     }
   }
   return plan;

@@ -7,6 +7,8 @@ namespace vastra {
 namespace {
 
 constexpr const char* kOtherSigner = "--tls-ca is not who has signed the certificate of the server";
+constexpr const char* kOtherName =
+    "the certificate of the server is for other names: its subjectAltName needs the host of --server";
 constexpr const char* kEndedByServer =
     "the server has ended the connection: for the certificate of this client (--tls-cert), or because there "
     "are too many; its log says why";
@@ -14,23 +16,44 @@ constexpr const char* kEndedByServer =
 // The words of the library, of OpenSSL or of the servers, and what to do.
 constexpr std::pair<const char*, const char*> kHints[] = {
     {"Authorization Violation",
-     "the servers do not accept the user, its password or its certificate (--creds, --tls-cert)"},
-    {"Authentication Expired", "the credentials are too old (--creds)"},
+     "the servers do not accept the user: its password, or credentials that are too old or revoked "
+     "(--creds), or "
+     "its certificate (--tls-cert)"},
+    {"Authentication Expired", "the credentials are too old: renew the file (--creds)"},
+    {"Authentication Revoked", "the servers have revoked the credentials (--creds)"},
+    {"Secure Connection not available", "the servers have no TLS, which tls:// and --tls-ca ask for"},
+    {"certificate has expired", "the certificate of the server is too old"},
+    {"address mismatch", kOtherName},
+    {"ostname mismatch", kOtherName},
     {"unable to get local issuer", kOtherSigner},
     {"self-signed certificate", kOtherSigner},
     {"self signed certificate", kOtherSigner},
     {"Expected 'PONG', got ''", kEndedByServer},
+    {"SSL_write error", kEndedByServer},
+    {"SSL_read error", kEndedByServer},
     {"bad certificate", kEndedByServer},
     {"certificate required", kEndedByServer},
     {"connection closed", kEndedByServer},
+    {"maximum connections", "raise max_connections of the servers, or let leaf nodes carry the connections"},
     {"No server available",
-     "nothing answers there, the name is not known, or the connection is ended at once"},
+     "the connection is ended at once: is it the port for clients, 4222 without another?"},
+    {"Timeout", "no server of NATS answers there, or most servers of its cluster are away"},
     {"No responders", "no JetStream there: it is off or away, or its domain is another one (--domain)"},
     {"JetStream not enabled for account", "the account of the user needs \"jetstream: enabled\""},
     {"stream not found", "vastra-fleet init makes it; in another JetStream domain it needs --domain"},
     {"invalid checksum", "--creds is damaged"},
     {"insufficient resources", "the storage of the servers is full: max_file_store"},
-    {"to have max bytes set", "make this stream with a limit that you choose, and call init again"},
+    {"insufficient storage", "--max-bytes, times the replicas, is more than the account or the servers have"},
+    {"resource limits exceeded", "max_file of the account is used up: run an archive, or raise it"},
+    {"maximum bytes exceeded", "the stream is full: run an archive, or raise it with init --max-bytes"},
+    {"maximum number of streams", "a fleet needs three: raise max_streams of the account"},
+    {"to have max bytes set",
+     "VASTRA_LOGS needs --max-bytes; make the other one with a limit that you choose, and call init again"},
+    {"can not be updated", "somebody has made this consumer: delete it, and the archive makes it"},
+    {"filtered consumer not unique",
+     "another archive takes these sites; if it is no longer in use, delete its consumer of VASTRA_LOGS"},
+    {"no suitable peers", "the cluster has fewer servers than --replicas, or some are away"},
+    {"subjects overlap", "another stream has subjects below vastra.: remove it, or these subjects"},
     {"replicas > 1 not supported", "one server has --replicas 1"},
     {kDenied, "vastra-fleet init --print --node SITE/NODE prints what each user may say and hear"},
 };

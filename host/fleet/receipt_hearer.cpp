@@ -79,6 +79,9 @@ CFileSubject CReceiptHearer::CarrierOf(const CShipFile& file) const {
 
 void CReceiptHearer::HearNewest(const CNatsMessage& answer) {
   const std::string key = TakeQuestion(m_newest, answer);
+  if (answer.Header("Status") == "503")
+    m_log.Tell(std::string("receipts cannot be asked for: nothing answers for the stream ") + kReceiptStream +
+               " (vastra-fleet init makes it; in another JetStream domain or account it needs --domain)");
   const std::optional<CShipFile> file = m_state.Find(key);
   if (!file || file->state != EShipped::sent) return;
   const std::string subject = SubjectOf(EFileSubject::done, CarrierOf(*file));

@@ -2,6 +2,9 @@
 
 #include <set>
 
+#include "host/fleet/fleet_streams.h"
+#include "host/fleet/nats_faults.h"
+
 namespace vastra {
 namespace {
 
@@ -28,11 +31,11 @@ std::string CReceiptSender::Hear(const CNatsMessage& answer) {
   if (stored.sequence != 0)
     for (CStoredFile& one : found->second.files) m_told.push_back(std::move(one));
   m_sent.erase(found);
-  return stored.sequence != 0 ? "" : "receipts: " + stored.text;
+  return stored.sequence != 0 ? "" : "receipts: " + FaultWords(stored.text);
 }
 
-void CReceiptSender::Work(Time now) {
-  if (now < m_due) return;
+std::string CReceiptSender::Work(Time now) {
+  if (now < m_due) return "";
   m_due = now + kReceiptTurn;
   if (!m_told.empty()) {
     CTransaction transaction(m_record.Store());
@@ -40,10 +43,14 @@ void CReceiptSender::Work(Time now) {
     transaction.Commit();
     m_told.clear();
   }
-  std::erase_if(m_sent, [&](const auto& one) { return now - one.second.sent > kReceiptOverdue; });
-  if (now < m_againDue || !m_link.IsUp()) return;
+  const std::size_t silent =
+      std::erase_if(m_sent, [&](const auto& one) { return now - one.second.sent > kReceiptOverdue; });
+  if (now < m_againDue || !m_link.IsUp()) return "";
   m_againDue = now + kReceiptOverdue;
   Send(Overdue(), now);
+  return silent == 0 ? ""
+                     : std::string("receipts: the stream ") + kReceiptStream +
+                           " has not answered, sent again (vastra-fleet init makes it if it is not there)";
 }
 
 std::vector<CStoredFile> CReceiptSender::Overdue() {

@@ -18,8 +18,9 @@ class CReceiptSender {
   void Send(const std::vector<CStoredFile>& files, Time now);
   // An answer whose subject is AnswerSubject(kKind) and a number. Returns what is wrong, or nothing.
   std::string Hear(const CNatsMessage& answer);
-  // Sends again what is overdue, and notes what has arrived. Throws CStoreFault.
-  void Work(Time now);
+  // Sends again what is overdue, and notes what has arrived. Returns what is wrong, or nothing. Throws
+  // CStoreFault.
+  std::string Work(Time now);
 
   static constexpr const char* kKind = "receipt";
 

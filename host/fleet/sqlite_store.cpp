@@ -91,10 +91,11 @@ void CSqliteStore::Rollback() {
 }
 
 void CSqliteStore::Fail() const {
-  const int code = sqlite3_errcode(m_database.get());
+  const int code = sqlite3_errcode(m_database.get()), reason = sqlite3_system_errno(m_database.get());
   throw CStoreFault(
       m_path + ": " +
-      (code == SQLITE_BUSY ? "is in use by another process" : sqlite3_errmsg(m_database.get())));
+      (code == SQLITE_BUSY ? "is in use by another process" : sqlite3_errmsg(m_database.get())) +
+      (code != SQLITE_BUSY && reason != 0 ? std::string(": ") + std::strerror(reason) : ""));
 }
 
 }  // namespace vastra
