@@ -139,10 +139,11 @@ void CArchiver::HearPull(const CNatsMessage& status) {
     m_log.Tell("servers: " + std::string(status.Header("Description")));
     m_isReady = false;  // with a pause
   }
-  if (code != "503" && (code != "409" || !status.Header("Description").starts_with("Consumer"))) return;
-  m_log.Tell("servers: the consumer " + ConsumerName(m_site) + " of the stream " + kLogStream +
-             " is not there; it is made again");
-  m_isReady = false;
+  const bool isChanged = code == "409" && status.Header("Description").starts_with("Consumer");
+  if (isChanged)
+    m_log.Tell("servers: " + std::string(status.Header("Description")) + ": " + ConsumerName(m_site) +
+               " of the stream " + kLogStream + "; it is made again");
+  if (code == "503" || isChanged) m_isReady = false;
 }
 
 void CArchiver::TakeBatch(Time now) {

@@ -74,9 +74,9 @@ void RefuseLower(const char* name, const char* what, std::int64_t wish, std::int
                    "; nothing was changed (init only raises; the servers' tools can lower it)");
 }
 
-// The value of a key; false if it is not there. Times in seconds.
+// The value of a key. Times in seconds.
 std::string ValueText(const std::string& key, const nlohmann::json& value) {
-  if (value.is_null()) return "false";
+  if (value.is_null()) return "not set";
   if (!value.is_number() || (key != "max_age" && key != "duplicate_window")) return JsonText(CJson(value));
   return JsonText(CJson(value.get<double>() / static_cast<double>(kSecond))) + " s";
 }
