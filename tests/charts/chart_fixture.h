@@ -215,14 +215,17 @@ class CChartFixture : public CHistoryFixture {
     for (int i = 0; i < count; ++i) {
       const CMomentRange range = RandomRange(random, m_data.Range());
       m_data.AskStatistics(range, variables);
-      m_data.AskValues(range.from, variables);
+      m_data.AskValues({range.from, range.to}, variables);
       ASSERT_TRUE(Wait([&] { return !m_data.Statistics().empty() && !m_data.Values().empty(); }));
       for (std::size_t k = 0; k < variables.size(); ++k) {
         CheckStatistics(m_data.Statistics()[k], Between(variables[k], range.from, range.to));
-        const CModelCurve near = Between(variables[k], range.from - 3 * kUsual, range.from + 1);
-        const float expected = near.empty() ? NAN : near.back().value;
-        const float value = m_data.Values()[k];
-        EXPECT_TRUE(value == expected || (std::isnan(value) && std::isnan(expected))) << value << expected;
+        for (const std::size_t place : {0U, 1U}) {
+          const CMoment moment = place ? range.to : range.from;
+          const CModelCurve near = Between(variables[k], moment - 3 * kUsual, moment + 1);
+          const float expected = near.empty() ? NAN : near.back().value;
+          const float value = m_data.Values()[place][k];
+          EXPECT_TRUE(value == expected || (std::isnan(value) && std::isnan(expected))) << value << expected;
+        }
       }
     }
   }

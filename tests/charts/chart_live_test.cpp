@@ -1,3 +1,5 @@
+#include <climits>
+
 #include "tests/charts/chart_fixture.h"
 #include "tests/history/hand_over.h"
 
@@ -10,6 +12,37 @@ _timeb TimeOf(CMoment moment) {
   time.millitm = static_cast<std::uint16_t>(moment % 1000);
   return time;
 }
+
+// Holds whoever opens the log a.rph more often than is allowed.
+class CGatedLog : public CFileLayer {
+ public:
+  CGatedLog() : m_former(SetFileLayer(this)) {}
+  ~CGatedLog() override { SetFileLayer(m_former); }
+
+  int Open(const CString& path, int flags, mode_t mode) override {
+    if (FileName(path) == "a.rph") {
+      std::unique_lock lock(m_mutex);
+      const int number = ++m_opened;
+      m_changed.wait(lock, [&] { return number <= m_allowed; });
+    }
+    return CFileLayer::Open(path, flags, mode);
+  }
+  int Opened() {
+    const std::lock_guard lock(m_mutex);
+    return m_opened;
+  }
+  void Allow(int opened) {
+    const std::lock_guard lock(m_mutex);
+    m_allowed = opened;
+    m_changed.notify_all();
+  }
+
+ private:
+  CFileLayer* const m_former;
+  std::mutex m_mutex;
+  std::condition_variable m_changed;
+  int m_opened = 0, m_allowed = INT_MAX;
+};
 
 class ChartLive : public CChartFixture {
  protected:
@@ -78,6 +111,57 @@ TEST_F(ChartLive, StatisticsCountTheSamplesThatCome) {
     m_live->Add(TimeOf(static_cast<CMoment>(count) * 1000), &value, 1);
     m_data.Rescan();
     EXPECT_TRUE(Wait([&] { return !m_data.Statistics().empty() && m_data.Statistics()[0].values == count; }));
+  }
+}
+
+TEST_F(ChartLive, FiguresThatTakeLongerThanTheNextSampleAreShown) {
+  CGatedLog gate;
+  Log("a.rph", Names({"x"}), Count(1, 50));
+  const std::filesystem::path log = (m_dir / "a.rph").Std();  // of an hour ago: a scan does not open it again
+  std::filesystem::last_write_time(log, std::filesystem::last_write_time(log) - std::chrono::hours(1));
+  m_live->Begin({"x"});
+  const auto add = [&](CMoment moment) {
+    const float value = 1;
+    m_live->Add(TimeOf(moment), &value, 1);
+  };
+  add(60'000);
+  const std::unique_ptr<CChartData> data = CChartData::Make([] {});
+  data->SetSources({{{Folder(), true}}, m_live});
+  EXPECT_TRUE(Wait([&] { return data->IsScanned(); }));
+  const int before = gate.Opened();
+  gate.Allow(before);
+  data->AskStatistics({0, 100'000}, {"x"});
+  EXPECT_TRUE(Wait([&] { return gate.Opened() > before; }));
+  add(61'000);
+  Log("seen.rph", Names({"seen"}), {{0, {1}}});
+  data->Rescan();
+  EXPECT_TRUE(Wait([&] { return data->Variables().size() == 2; }));
+  gate.Allow(before + 1);
+  EXPECT_TRUE(Wait([&] { return !data->Statistics().empty(); })) << "the sample has ended the reading";
+  gate.Allow(INT_MAX);
+  add(62'000);
+  data->Rescan();
+  EXPECT_TRUE(Wait([&] {
+    const auto statistics = data->Statistics();
+    return !statistics.empty() && statistics[0].values == 53;
+  }));
+}
+
+// A cursor can be after the newest row.
+TEST_F(ChartLive, ValuesFollowTheSamplesThatCome) {
+  m_live->Begin({"x"});
+  m_data.SetSources({{}, m_live});
+  m_data.AskValues({1000, 9000}, {"x"});
+  for (int i = 1; i < 9; ++i) {
+    const auto value = static_cast<float>(i);
+    m_live->Add(TimeOf(CMoment{1000} * i), &value, 1);
+    m_data.Rescan();
+    const float expected = i < 6 ? NAN : value;  // the distance of three rows is not a gap
+    EXPECT_TRUE(Wait([&] {
+      const auto values = m_data.Values();
+      return values.size() == 2 && values[0][0] == 1 &&
+             (values[1][0] == expected || (std::isnan(values[1][0]) && std::isnan(expected)));
+    })) << i;
   }
 }
 

@@ -110,14 +110,15 @@ class VASTRA_API CChartData {
   virtual void Ask(CChartQuery query) = 0;
   virtual CChartPicture Picture() const = 0;
 
-  // Asks for exact figures of a range, for variables. Statistics() is empty until they are there.
+  // Asks for exact figures of a range, for variables. Statistics() is empty until they are there, and follows
+  // the rows: figures are replaced when others have been read.
   virtual void AskStatistics(const CMomentRange& range, std::vector<CString> variables) = 0;
   virtual std::vector<CCurveStatistics> Statistics() const = 0;
 
-  // Asks for the values of variables at a moment: those of the last row at or before it that is not behind a
-  // gap. Values() is empty until they are there; NaN: no value.
-  virtual void AskValues(CMoment moment, std::vector<CString> variables) = 0;
-  virtual std::vector<float> Values() const = 0;
+  // Asks for the values of variables at moments: those of the last row at or before each that is not behind a
+  // gap. Values() has a list for each moment, and is empty until they are there; NaN: no value.
+  virtual void AskValues(std::vector<CMoment> moments, std::vector<CString> variables) = 0;
+  virtual std::vector<std::vector<float>> Values() const = 0;
 
   // Writes rows as CSV to a file, which appears whole or not at all. ExportState() reports the progress.
   struct CExport {

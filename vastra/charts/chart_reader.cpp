@@ -1,6 +1,7 @@
 #include "vastra/charts/chart_reader.h"
 
 #include <algorithm>
+#include <type_traits>
 #include <utility>
 
 namespace vastra {
@@ -175,28 +176,28 @@ void CChartReader::TakeLogs(const CLiveHead& head) {
                           (before->Since() == kEndMoment) == (now->Since() == kEndMoment);
   const bool isReadAgain = std::exchange(m_hasUnread, false);
   if (!isSameRing || isReadAgain) m_tiles.Clear();
-  const CMomentRange added = {std::exchange(m_scannedTo, head.lastMoment) + 1, head.lastMoment + 1};
+  const CMomentRange added = AddedBetween(std::exchange(m_scannedHead, head), head);
   const auto since = [&](const CString& variable) { return now->TimelineOf(variable).since; };
   for (const CMomentRange& range : changed) m_tiles.Drop(range, since);
-  bool isNew, areOthers;  // statistics
+  bool isNew;
   {
     const std::lock_guard lock(m_mutex);
-    const bool isOther = !m_isScanned || !isSameRing || isReadAgain;
-    isNew = isOther || !changed.empty();
-    const auto meets = [this](const CMomentRange& range) {
-      return m_statisticsOrder && range.from < range.to && range.from < m_statisticsOrder->range.to &&
-             m_statisticsOrder->range.from < range.to;
+    const bool isOther = !m_isScanned || !isSameRing;
+    isNew = isOther || isReadAgain || !changed.empty();
+    const auto areDue = [&](auto& figures) {
+      return std::exchange(figures.isDue, false) || isOther || isReadAgain ||
+             now->HaveChanged(figures.variables, figures.range, changed, added);
     };
-    areOthers = std::exchange(m_areStatisticsMissed, false) || isOther || meets(added) ||
-                std::ranges::any_of(changed, meets);
+    const bool areStatisticsDue = areDue(m_statistics), areValuesDue = areDue(m_values);
     m_rows = std::move(now);
     m_range = m_rows->Range();
     m_isScanned = m_readSources == m_sourceNumber;
     m_faults = FaultsOf(m_rows->Logs());
     if (isNew) m_answered = m_askNumber - 1;
+    // Figures of many rows take longer than from one scan to the next: rows that have come do not end them.
+    if (areStatisticsDue) StartFigures(m_statistics, m_statisticsJob, isOther);
+    if (areValuesDue) StartFigures(m_values, m_valuesJob, isOther);
   }
-  if (areOthers) StartStatistics();
-  if (isNew || Values().empty()) StartValues();
   if (isNew) Change();
 }
 
@@ -288,62 +289,51 @@ void CChartReader::Publish(double progress, const CSketch& sketch) {
   Change();
 }
 
+// With the lock. endsFormer: what is being read is of no use; otherwise it is shown until the next figures
+// are there.
+template <class TFigure>
+void CChartReader::StartFigures(CFigures<TFigure>& figures, CLatestJob& job, bool endsFormer) {
+  if (figures.variables.empty() || !m_isScanned) return job.Stop();
+  const auto read = [this, &figures, rows = m_rows, range = figures.range, moments = figures.moments,
+                     variables = figures.variables](const auto& isStopped) {
+    std::vector<TFigure> found;
+    if constexpr (std::is_same_v<TFigure, CCurveStatistics>)
+      found = StatisticsOf(*rows, range, variables, isStopped);
+    else
+      for (const CMoment moment : moments) found.push_back(ValuesAt(*rows, moment, variables, isStopped));
+    {
+      const std::lock_guard result(m_mutex);
+      if (isStopped()) return;
+      figures.isDue = !rows->IsComplete();
+      if (figures.isDue) return;  // the next scan starts it again
+      figures.found = std::move(found);
+    }
+    Change();
+  };
+  job.Start(read, endsFormer);
+}
+
 void CChartReader::AskStatistics(const CMomentRange& range, std::vector<CString> variables) {
-  {
-    const std::lock_guard lock(m_mutex);
-    m_statisticsOrder = {range, std::move(variables)};
-    m_statistics.clear();
-  }
-  StartStatistics();
+  const std::lock_guard lock(m_mutex);
+  m_statistics = {.variables = std::move(variables), .range = range};
+  StartFigures(m_statistics, m_statisticsJob, true);
 }
 
 std::vector<CCurveStatistics> CChartReader::Statistics() const {
   const std::lock_guard lock(m_mutex);
-  return m_statistics;
+  return m_statistics.found;
 }
 
-void CChartReader::StartStatistics() {
+void CChartReader::AskValues(std::vector<CMoment> moments, std::vector<CString> variables) {
   const std::lock_guard lock(m_mutex);
-  if (!m_statisticsOrder || !m_isScanned) return;
-  m_statisticsJob.Start([this, rows = m_rows, order = *m_statisticsOrder](const auto& isStopped) {
-    std::vector<CCurveStatistics> found = StatisticsOf(*rows, order.range, order.variables, isStopped);
-    {
-      const std::lock_guard result(m_mutex);
-      if (isStopped()) return;
-      m_areStatisticsMissed = !rows->IsComplete();
-      if (m_areStatisticsMissed) return;  // the next scan starts it again
-      m_statistics = std::move(found);
-    }
-    Change();
-  });
+  const CMoment latest = moments.empty() ? kFirstMoment : std::ranges::max(moments);
+  m_values = {std::move(variables), {kFirstMoment, latest + 1}, std::move(moments)};
+  StartFigures(m_values, m_valuesJob, true);
 }
 
-void CChartReader::AskValues(CMoment moment, std::vector<CString> variables) {
-  {
-    const std::lock_guard lock(m_mutex);
-    m_valuesOrder = {{moment, moment + 1}, std::move(variables)};
-    m_values.clear();
-  }
-  StartValues();
-}
-
-std::vector<float> CChartReader::Values() const {
+std::vector<std::vector<float>> CChartReader::Values() const {
   const std::lock_guard lock(m_mutex);
-  return m_values;
-}
-
-void CChartReader::StartValues() {
-  const std::lock_guard lock(m_mutex);
-  if (!m_valuesOrder || !m_isScanned) return;
-  m_valuesJob.Start([this, rows = m_rows, order = *m_valuesOrder](const auto& isStopped) {
-    std::vector<float> found = ValuesAt(*rows, order.range.from, order.variables, isStopped);
-    {
-      const std::lock_guard result(m_mutex);
-      if (isStopped() || !rows->IsComplete()) return;
-      m_values = std::move(found);
-    }
-    Change();
-  });
+  return m_values.found;
 }
 
 void CChartReader::Export(CExport order) {

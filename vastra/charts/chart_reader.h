@@ -3,7 +3,6 @@
 #pragma once
 
 #include <chrono>
-#include <optional>
 
 #include "vastra/charts/chart_figures.h"
 #include "vastra/charts/latest_job.h"
@@ -29,16 +28,21 @@ class CChartReader : public CChartData {
   CChartPicture Picture() const override;
   void AskStatistics(const CMomentRange& range, std::vector<CString> variables) override;
   std::vector<CCurveStatistics> Statistics() const override;
-  void AskValues(CMoment moment, std::vector<CString> variables) override;
-  std::vector<float> Values() const override;
+  void AskValues(std::vector<CMoment> moments, std::vector<CString> variables) override;
+  std::vector<std::vector<float>> Values() const override;
   void Export(CExport order) override;
   CExportState ExportState() const override;
   void CancelExport() override { m_exportJob.Stop(); }
 
  private:
-  struct CRangeOrder {
-    CMomentRange range;
-    std::vector<CString> variables;
+  // Figures that were asked for, and the newest ones that were read.
+  template <class TFigure>
+  struct CFigures {
+    std::vector<CString> variables = {};  // empty: none
+    CMomentRange range = {0, 0};          // whose rows the figures are of
+    std::vector<CMoment> moments = {};    // of values
+    std::vector<TFigure> found = {};
+    bool isDue = false;  // the ring had dropped samples before they were read: they are read again
   };
 
   // Of the last scan, and never null.
@@ -53,8 +57,8 @@ class CChartReader : public CChartData {
   void Publish(double progress, const CSketch& sketch);
   bool HasNewSamples();
   void Change();
-  void StartStatistics();
-  void StartValues();
+  template <class TFigure>
+  void StartFigures(CFigures<TFigure>& figures, CLatestJob& job, bool endsFormer);
 
   const std::function<void()> m_onChange;
   std::mutex m_changeMutex;  // one call at a time
@@ -71,10 +75,8 @@ class CChartReader : public CChartData {
   bool m_isScanned = false;
   std::vector<CHistoryFault> m_faults;
   CChartPicture m_picture;
-  std::optional<CRangeOrder> m_statisticsOrder, m_valuesOrder;  // of the latter only range.from counts
-  std::vector<CCurveStatistics> m_statistics;
-  bool m_areStatisticsMissed = false;  // the ring had dropped samples before they were counted
-  std::vector<float> m_values;
+  CFigures<CCurveStatistics> m_statistics;
+  CFigures<std::vector<float>> m_values;
   CExportState m_exportState;
 
   // Of the thread that reads pictures.
@@ -85,7 +87,7 @@ class CChartReader : public CChartData {
   std::uint64_t m_readSources = 0, m_answered = 0;  // numbers
   CLiveHead m_seen;                                 // the head of the ring
   bool m_hasNew = false;                            // samples that were not shown yet
-  CMoment m_scannedTo = 0;                          // the last sample of the ring at the last scan
+  CLiveHead m_scannedHead;                          // that of the last scan
   bool m_hasUnread = false;                         // m_tiles lack rows of a log that could not be read
   Time m_scanned, m_looked, m_published;
 

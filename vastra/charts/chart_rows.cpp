@@ -109,6 +109,20 @@ CMomentRange CChartRows::Range() const {
   return {std::min(range.from, head.firstMoment), std::max(range.to, head.lastMoment + 1)};
 }
 
+bool CChartRows::HaveChanged(const std::vector<CString>& variables, const CMomentRange& range,
+                             const std::vector<CMomentRange>& inLogs, const CMomentRange& inRing) const {
+  const auto meet = [](const CMomentRange& a, const CMomentRange& b) {
+    return std::max(a.from, b.from) < std::min(a.to, b.to);
+  };
+  return std::ranges::any_of(variables, [&](const CString& variable) {
+    const CTimeline& timeline = TimelineOf(variable);
+    const CMomentRange ofLogs = {range.from, std::min(range.to, timeline.since)},
+                       ofRing = {std::max(range.from, timeline.since), range.to};
+    return (timeline.isLive && meet(ofRing, inRing)) ||
+           std::ranges::any_of(inLogs, [&](const CMomentRange& changed) { return meet(ofLogs, changed); });
+  });
+}
+
 const CTimeline& CChartRows::TimelineOf(const CString& variable) const {
   static const std::vector<std::size_t> kNone;
   const auto known = m_lists.find(variable);

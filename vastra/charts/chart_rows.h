@@ -49,6 +49,10 @@ class CChartRows {
   bool IsComplete() const;
   CMomentRange Range() const;
 
+  // Whether rows of the variables in range are among those that have changed: in logs, and in the ring.
+  bool HaveChanged(const std::vector<CString>& variables, const CMomentRange& range,
+                   const std::vector<CMomentRange>& inLogs, const CMomentRange& inRing) const;
+
   // Valid as long as this object.
   const CTimeline& TimelineOf(const CString& variable) const;
   std::vector<CVariableGroup> GroupsOf(const std::vector<CString>& variables) const;

@@ -165,7 +165,6 @@ void CChartWindow::Ask() {
   m_data->Ask(std::move(query));
 }
 
-// Values of two moments are asked for one after the other.
 void CChartWindow::AskFigures() {
   const CChartState& state = m_view->State();
   m_figures->setVisible(state.HasCursors());
@@ -176,11 +175,8 @@ void CChartWindow::AskFigures() {
     m_figureVariables = variables;
     std::ranges::copy(cursors, m_figureCursors);
     m_cursorFigures = {};
-    m_valueCursor = variables.empty() ? kCursors : 0;
-    if (!variables.empty()) {
-      m_data->AskStatistics(state.BetweenCursors(), variables);
-      m_data->AskValues(cursors[0], variables);
-    }
+    m_data->AskStatistics(state.BetweenCursors(), variables);
+    m_data->AskValues({std::begin(cursors), std::end(cursors)}, variables);
   }
   m_figures->Show(state, m_cursorFigures);
 }
@@ -188,13 +184,7 @@ void CChartWindow::AskFigures() {
 void CChartWindow::TakeFigures() {
   if (!m_view->State().HasCursors() || m_figureVariables.empty()) return;
   m_cursorFigures.between = m_data->Statistics();
-  if (m_valueCursor < kCursors) {
-    std::vector<float> values = m_data->Values();
-    if (values.size() == m_figureVariables.size()) {
-      m_cursorFigures.values[m_valueCursor++] = std::move(values);
-      if (m_valueCursor < kCursors) m_data->AskValues(m_figureCursors[m_valueCursor], m_figureVariables);
-    }
-  }
+  m_cursorFigures.values = m_data->Values();
   m_figures->Show(m_view->State(), m_cursorFigures);
 }
 

@@ -120,7 +120,6 @@ class VASTRA_API CChartWindow : public QMainWindow {
   CChartQuery m_asked;
   std::vector<CString> m_figureVariables;  // of the figures that were asked for
   CMoment m_figureCursors[kCursors] = {};
-  std::size_t m_valueCursor = kCursors;  // the cursor whose values are awaited; kCursors: none
   CCursorFigures m_cursorFigures;
   bool m_isListFitted = false;
   std::size_t m_firstCurves = 0;  // that are awaited

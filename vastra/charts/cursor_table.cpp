@@ -31,11 +31,10 @@ constexpr const char* kFigureCaptions[] = {"Variable", "A", "B", "B - A", "Min",
 // The exact value if it is known, else that of the picture.
 CValueAt ValueOf(const CChartState& state, const CCursorFigures& figures, std::size_t curve,
                  std::size_t cursor) {
-  const std::vector<float>& known = figures.values[cursor];
   CValueAt at = ValueAt(state.StepsOf(curve), state.CursorAt(cursor));
-  if (curve >= known.size()) return at;
-  at.hasValue = std::isfinite(known[curve]);
-  at.value = known[curve];
+  if (cursor >= figures.values.size() || curve >= figures.values[cursor].size()) return at;
+  at.value = figures.values[cursor][curve];
+  at.hasValue = std::isfinite(at.value);
   return at;
 }
 

@@ -14,7 +14,7 @@ namespace vastra {
 
 // What is known of the cursors; lists that are empty are not known yet.
 struct CCursorFigures {
-  std::vector<float> values[kCursors];  // of the variables
+  std::vector<std::vector<float>> values;  // of the cursors, those of the variables
   std::vector<CCurveStatistics> between;
 };
 

@@ -14,9 +14,9 @@ CLatestJob::~CLatestJob() {
   if (m_thread.joinable()) m_thread.join();
 }
 
-void CLatestJob::Start(CJob job) {
+void CLatestJob::Start(CJob job, bool endsFormer) {
   const std::lock_guard lock(m_mutex);
-  ++m_number;
+  if (endsFormer) ++m_number;
   m_next = std::move(job);
   if (!m_thread.joinable()) m_thread = std::thread([this] { Run(); });
   m_wake.notify_one();

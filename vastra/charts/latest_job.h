@@ -1,4 +1,4 @@
-// CLatestJob: a thread for jobs of which only the latest counts: a new one ends the one that runs.
+// CLatestJob: a thread for jobs of which only the latest counts: a new one replaces the one that waits.
 #pragma once
 
 #include <atomic>
@@ -21,8 +21,8 @@ class CLatestJob {
   CLatestJob& operator=(const CLatestJob&) = delete;
   ~CLatestJob();  // ends the job and waits for that
 
-  // Starts the thread with the first job.
-  void Start(CJob job);
+  // Starts the thread with the first job. Without endsFormer, the job that runs is not told to end.
+  void Start(CJob job, bool endsFormer = true);
   // Ends the job that runs or waits, and does not wait for that.
   void Stop();
 
@@ -32,7 +32,7 @@ class CLatestJob {
   std::mutex m_mutex;
   std::condition_variable m_wake;
   CJob m_next;
-  std::atomic<std::uint64_t> m_number = 0;  // of the latest job
+  std::atomic<std::uint64_t> m_number = 0;  // counts what ends a job: Start and Stop
   bool m_isEnding = false;
   std::thread m_thread;
 };

@@ -10,6 +10,13 @@ constexpr std::size_t kPieceBytes = std::size_t{64} << 10;
 
 }  // namespace
 
+CMomentRange AddedBetween(const CLiveHead& before, const CLiveHead& now) {
+  if (now.end == before.end) return {0, 0};
+  // After a step back the samples can be anywhere before the latest one.
+  if (now.backSteps != before.backSteps) return {kFirstMoment, now.lastMoment + 1};
+  return {before.newestMoment, now.newestMoment + 1};
+}
+
 void CLiveSamples::Begin(std::vector<CString> names) {
   const std::size_t width = names.size();
   const std::size_t row = width * sizeof(float) + sizeof(CMoment);

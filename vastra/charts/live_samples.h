@@ -29,6 +29,10 @@ struct CLiveHead {
   CMoment steadySince = 0;
 };
 
+// From the first to after the last moment of the samples that the ring has got between two heads of it since
+// one Begin; {0, 0} if there are none.
+CMomentRange AddedBetween(const CLiveHead& before, const CLiveHead& now);
+
 // Samples of the ring in the order in which they were added.
 struct CLivePiece {
   std::vector<CMoment> moments;
