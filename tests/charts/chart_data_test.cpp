@@ -102,8 +102,25 @@ TEST_F(ChartData, ALogThatCannotBeReadIsTriedAgain) {
   EXPECT_EQ(rows("x"), 50U);
   EXPECT_EQ(rows("y"), 0U);
   EXPECT_EQ(m_data.Faults().size(), 1U);
+  const auto figures = [&] {
+    std::string text;
+    for (const CCurveStatistics& one : m_data.Statistics()) text += std::to_string(one.values) + " ";
+    for (const auto& values : m_data.Values()) text += std::to_string(values[0]) + " ";
+    for (const CHistoryFault& fault : m_data.FigureFaults())
+      text += FileName(fault.path) + ": " + fault.fault.Std();
+    return text;
+  };
+  const std::string removed = "b.rph: was removed after it was listed";
+  m_data.AskStatistics({0, 110'000}, {"x", "y"});
+  EXPECT_TRUE(Wait([&] { return figures() == "50 0 " + removed; })) << figures();
+  m_data.AskStatistics({0, 1}, {});
+  m_data.AskValues({60'000, 20'000}, {"x"});
+  EXPECT_TRUE(Wait([&] { return figures() == "nan 20.000000 " + removed; })) << figures();
+  m_data.AskStatistics({0, 110'000}, {"x", "y"});
+  EXPECT_TRUE(Wait([&] { return figures() == "50 0 nan 20.000000 " + removed; })) << figures();
   std::filesystem::rename(other, log);
   m_data.Rescan();
+  EXPECT_TRUE(Wait([&] { return figures() == "100 50 60.000000 20.000000 "; })) << figures();
   EXPECT_TRUE(Wait([&] { return rows("x") == 100; }));
   EXPECT_TRUE(m_data.Faults().empty());
 }

@@ -265,6 +265,18 @@ TEST_F(ChartWindow, CursorsHaveExactFigures) {
   table->setFocus();
   QTest::keyClick(table, Qt::Key_C, Qt::ControlModifier);
   EXPECT_TRUE(QGuiApplication::clipboard()->text().contains("Variable\tA\tB\tB - A\tMin"));
+  auto* missing = Find<QLabel>(&m_window, "Missing rows");
+  EXPECT_FALSE(missing->isVisible());
+  std::filesystem::remove((m_dir / "logs/3.rph").Std());
+  m_window.View().setFocus();
+  Key(Qt::Key_Left, Qt::ControlModifier);
+  EXPECT_TRUE(Wait([&] { return missing->isVisible(); }))
+      << "figures without the rows of a log look complete";
+  EXPECT_TRUE(missing->text().endsWith("/logs/3.rph: was removed after it was listed"))
+      << missing->text().toStdString();
+  table->setFocus();
+  QTest::keyClick(table, Qt::Key_C, Qt::ControlModifier);
+  EXPECT_TRUE(QGuiApplication::clipboard()->text().contains(missing->text()));
 }
 
 TEST_F(ChartWindow, ALayoutIsSavedAndLoaded) {

@@ -120,6 +120,9 @@ class VASTRA_API CChartData {
   virtual void AskValues(std::vector<CMoment> moments, std::vector<CString> variables) = 0;
   virtual std::vector<std::vector<float>> Values() const = 0;
 
+  // The logs whose rows are missing in Statistics() and Values(): they could not be read.
+  virtual std::vector<CHistoryFault> FigureFaults() const = 0;
+
   // Writes rows as CSV to a file, which appears whole or not at all. ExportState() reports the progress.
   struct CExport {
     CString path;

@@ -33,16 +33,23 @@ void ForGroups(const CChartRows& rows, const std::vector<CString>& variables, co
   }
 }
 
-using CIsStopped = std::function<bool()>;
+// What is read, until when, and what could not be read.
+struct CReading {
+  const CChartRows& rows;
+  const std::function<bool()>& isStopped;
+  std::vector<CHistoryFault>& faults;
+};
 
 // The rows of logs that share no time with others.
-void AddSingle(const CChartRows& rows, const CMomentRange& range, const std::vector<CString>& names,
-               std::vector<CBucket>& buckets, const CIsStopped& isStopped) {
+void AddSingle(const CReading& reading, const CMomentRange& range, const std::vector<CString>& names,
+               std::vector<CBucket>& buckets) {
   if (range.from >= range.to) return;
-  CBucketReader reader(rows.Logs(), {.range = range, .parts = kPartsBetweenLooks, .variables = names});
+  CBucketReader reader(reading.rows.Logs(),
+                       {.range = range, .parts = kPartsBetweenLooks, .variables = names});
   CBucketPart part;
-  while (!isStopped() && reader.Next(part))
+  while (!reading.isStopped() && reader.Next(part))
     for (std::size_t i = 0; i < names.size(); ++i) buckets[i].Add(part.buckets[i]);
+  AddFaults(reader.Faults(), reading.faults);
 }
 
 // The values of a variable at a moment, of the logs that have been read.
@@ -70,32 +77,32 @@ class CSeenValues {
 };
 
 // The rows of logs that share a time with others.
-void AddShared(const CChartRows& rows, const CMomentRange& range, const std::vector<CString>& names,
-               std::vector<CBucket>& buckets, const CIsStopped& isStopped) {
+void AddShared(const CReading& reading, const CMomentRange& range, const std::vector<CString>& names,
+               std::vector<CBucket>& buckets) {
   if (range.from >= range.to) return;
-  CRowReader reader(rows.Logs(), {.range = range, .variables = names});
+  CRowReader reader(reading.rows.Logs(), {.range = range, .variables = names});
   std::vector<CSeenValues> seen(names.size());
   CHistoryRow row;
   for (std::uint64_t number = 0; reader.Next(row); ++number) {
-    if (number % kRowsBetweenLooks == 0 && isStopped()) return;
+    if (number % kRowsBetweenLooks == 0 && reading.isStopped()) return;
     for (std::size_t i = 0; i < names.size(); ++i)
       if (float value; row.Get(i, value) && seen[i].Add(row, value))
         buckets[i].Add(reinterpret_cast<const char*>(&value), 0, 1);
   }
+  AddFaults(reader.Faults(), reading.faults);
 }
 
-void AddLogged(const CChartRows& rows, const CTimeline& timeline, CMomentRange range,
-               const std::vector<CString>& names, std::vector<CBucket>& buckets,
-               const CIsStopped& isStopped) {
+void AddLogged(const CReading& reading, const CTimeline& timeline, CMomentRange range,
+               const std::vector<CString>& names, std::vector<CBucket>& buckets) {
   range.to = std::min(range.to, timeline.since);
   for (const CMomentRange& shared : timeline.shared) {
     if (shared.to <= range.from || shared.from >= range.to) continue;
-    AddSingle(rows, {range.from, shared.from}, names, buckets, isStopped);
+    AddSingle(reading, {range.from, shared.from}, names, buckets);
     range.from = std::max(range.from, shared.from);
-    AddShared(rows, {range.from, std::min(range.to, shared.to)}, names, buckets, isStopped);
+    AddShared(reading, {range.from, std::min(range.to, shared.to)}, names, buckets);
     range.from = shared.to;
   }
-  AddSingle(rows, range, names, buckets, isStopped);
+  AddSingle(reading, range, names, buckets);
 }
 
 void AddLive(const CChartRows& rows, const CMomentRange& range, const std::vector<CString>& names,
@@ -149,11 +156,13 @@ bool HasFile(const std::vector<CHistoryLog>& logs, const CString& path) {
 
 std::vector<CCurveStatistics> StatisticsOf(const CChartRows& rows, const CMomentRange& range,
                                            const std::vector<CString>& variables,
-                                           const std::function<bool()>& isStopped) {
+                                           const std::function<bool()>& isStopped,
+                                           std::vector<CHistoryFault>& faults) {
+  const CReading reading = {rows, isStopped, faults};
   std::map<CString, CBucket> found;
   ForGroups(rows, variables, [&](const CTimeline& timeline, const std::vector<CString>& names) {
     std::vector<CBucket> buckets(names.size());
-    AddLogged(rows, timeline, range, names, buckets, isStopped);
+    AddLogged(reading, timeline, range, names, buckets);
     if (timeline.isLive) AddLive(rows, {std::max(range.from, timeline.since), range.to}, names, buckets);
     for (std::size_t i = 0; i < names.size(); ++i) found[names[i]] = buckets[i];
   });
@@ -166,7 +175,7 @@ std::vector<CCurveStatistics> StatisticsOf(const CChartRows& rows, const CMoment
 }
 
 std::vector<float> ValuesAt(const CChartRows& rows, CMoment moment, const std::vector<CString>& variables,
-                            const std::function<bool()>& isStopped) {
+                            const std::function<bool()>& isStopped, std::vector<CHistoryFault>& faults) {
   std::map<CString, float> found;
   ForGroups(rows, variables, [&](const CTimeline& timeline, const std::vector<CString>& names) {
     const CMoment first = moment - rows.LongestStep(timeline, moment, rows.Head());
@@ -174,6 +183,7 @@ std::vector<float> ValuesAt(const CChartRows& rows, CMoment moment, const std::v
     while (reader.Next() && !isStopped())
       for (std::size_t i = 0; i < names.size(); ++i)
         if (reader.Cells()[i]) found[names[i]] = *reader.Cells()[i];
+    AddFaults(reader.Faults(), faults);
   });
   std::vector<float> values;
   for (const CString& variable : variables) {
@@ -181,6 +191,11 @@ std::vector<float> ValuesAt(const CChartRows& rows, CMoment moment, const std::v
     values.push_back(value == found.end() ? std::numeric_limits<float>::quiet_NaN() : value->second);
   }
   return values;
+}
+
+void AddFaults(const std::vector<CHistoryFault>& from, std::vector<CHistoryFault>& to) {
+  for (const CHistoryFault& fault : from)
+    if (std::ranges::find(to, fault.path, &CHistoryFault::path) == to.end()) to.push_back(fault);
 }
 
 CString ExportRows(const CChartRows& rows, const CChartData::CExport& order,

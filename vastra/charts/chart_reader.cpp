@@ -22,12 +22,6 @@ std::vector<CHistoryFault> FaultsOf(const std::vector<CHistoryLog>& logs) {
   return faults;
 }
 
-// A log is listed once, however often it is read.
-void AddFaults(const std::vector<CHistoryFault>& from, std::vector<CHistoryFault>& to) {
-  for (const CHistoryFault& fault : from)
-    if (std::ranges::find(to, fault.path, &CHistoryFault::path) == to.end()) to.push_back(fault);
-}
-
 }  // namespace
 
 std::unique_ptr<CChartData> CChartData::Make(std::function<void()> onChange) {
@@ -297,16 +291,20 @@ void CChartReader::StartFigures(CFigures<TFigure>& figures, CLatestJob& job, boo
   const auto read = [this, &figures, rows = m_rows, range = figures.range, moments = figures.moments,
                      variables = figures.variables](const auto& isStopped) {
     std::vector<TFigure> found;
+    std::vector<CHistoryFault> faults;
     if constexpr (std::is_same_v<TFigure, CCurveStatistics>)
-      found = StatisticsOf(*rows, range, variables, isStopped);
+      found = StatisticsOf(*rows, range, variables, isStopped, faults);
     else
-      for (const CMoment moment : moments) found.push_back(ValuesAt(*rows, moment, variables, isStopped));
+      for (const CMoment moment : moments)
+        found.push_back(ValuesAt(*rows, moment, variables, isStopped, faults));
     {
       const std::lock_guard result(m_mutex);
       if (isStopped()) return;
-      figures.isDue = !rows->IsComplete();
-      if (figures.isDue) return;  // the next scan starts it again
+      const bool isComplete = rows->IsComplete();
+      figures.isDue = !isComplete || !faults.empty();
+      if (!isComplete) return;  // the next scan starts it again
       figures.found = std::move(found);
+      figures.faults = std::move(faults);
     }
     Change();
   };
@@ -334,6 +332,13 @@ void CChartReader::AskValues(std::vector<CMoment> moments, std::vector<CString> 
 std::vector<std::vector<float>> CChartReader::Values() const {
   const std::lock_guard lock(m_mutex);
   return m_values.found;
+}
+
+std::vector<CHistoryFault> CChartReader::FigureFaults() const {
+  const std::lock_guard lock(m_mutex);
+  std::vector<CHistoryFault> faults = m_statistics.faults;
+  AddFaults(m_values.faults, faults);
+  return faults;
 }
 
 void CChartReader::Export(CExport order) {

@@ -30,6 +30,7 @@ class CChartReader : public CChartData {
   std::vector<CCurveStatistics> Statistics() const override;
   void AskValues(std::vector<CMoment> moments, std::vector<CString> variables) override;
   std::vector<std::vector<float>> Values() const override;
+  std::vector<CHistoryFault> FigureFaults() const override;
   void Export(CExport order) override;
   CExportState ExportState() const override;
   void CancelExport() override { m_exportJob.Stop(); }
@@ -42,7 +43,8 @@ class CChartReader : public CChartData {
     CMomentRange range = {0, 0};          // whose rows the figures are of
     std::vector<CMoment> moments = {};    // of values
     std::vector<TFigure> found = {};
-    bool isDue = false;  // the ring had dropped samples before they were read: they are read again
+    std::vector<CHistoryFault> faults = {};
+    bool isDue = false;  // a log was not read, or the ring had dropped samples before: they are read again
   };
 
   // Of the last scan, and never null.

@@ -185,6 +185,7 @@ void CChartWindow::TakeFigures() {
   if (!m_view->State().HasCursors() || m_figureVariables.empty()) return;
   m_cursorFigures.between = m_data->Statistics();
   m_cursorFigures.values = m_data->Values();
+  m_cursorFigures.faults = m_data->FigureFaults();
   m_figures->Show(m_view->State(), m_cursorFigures);
 }
 

@@ -38,16 +38,31 @@ CValueAt ValueOf(const CChartState& state, const CCursorFigures& figures, std::s
   return at;
 }
 
+// Which rows the figures lack, and why; empty: none.
+QString MissingText(const std::vector<CHistoryFault>& faults) {
+  if (faults.empty()) return {};
+  const QString more = faults.size() > 1 ? QString(" (and %1 more)").arg(faults.size() - 1) : QString();
+  return "Rows are missing in these figures: " + ToScreen(faults.front().path + ": " + faults.front().fault) +
+         more;
+}
+
 QString NumberOf(double value) { return ToScreen(ResultText(value)); }
 
 }  // namespace
 
 CCursorTable::CCursorTable(QWidget* parent)
-    : QWidget(parent), m_times(new QLabel(this)), m_table(new QTableWidget(this)) {
-  m_times->setTextInteractionFlags(Qt::TextSelectableByMouse);
-  m_times->setWordWrap(true);
-  m_times->setTextFormat(Qt::PlainText);
+    : QWidget(parent),
+      m_times(new QLabel(this)),
+      m_missing(new QLabel(this)),
+      m_table(new QTableWidget(this)) {
+  for (QLabel* label : {m_times, m_missing}) {
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    label->setWordWrap(true);
+    label->setTextFormat(Qt::PlainText);
+  }
   m_times->setAccessibleName("Times of the cursors");
+  m_missing->setAccessibleName("Missing rows");
+  m_missing->hide();
   m_table->setAccessibleName("Cursors");
   RingOnFocus(*m_table);
   m_table->setColumnCount(static_cast<int>(std::size(kFigureCaptions)));
@@ -76,6 +91,7 @@ CCursorTable::CCursorTable(QWidget* parent)
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
   layout->addWidget(m_times);
+  layout->addWidget(m_missing);
   layout->addWidget(m_table, 1);
 }
 
@@ -84,6 +100,8 @@ void CCursorTable::Show(const CChartState& state, const CCursorFigures& figures)
   const CMoment a = state.CursorAt(0), b = state.CursorAt(1);
   m_times->setText(
       ToScreen("A " + clock.Text(a) + "     B " + clock.Text(b) + "     B - A " + SpanText(b - a)));
+  m_missing->setText(MissingText(figures.faults));
+  m_missing->setVisible(!figures.faults.empty());
   m_table->setRowCount(static_cast<int>(state.Layout().curves.size()));
   for (int row = 0; row < m_table->rowCount(); ++row) ShowRow(row, state, figures);
   WidenColumns();
@@ -126,6 +144,7 @@ void CCursorTable::SetCell(int row, int column, const QString& text) {
 
 QString CCursorTable::Text() const {
   QString text = m_times->text() + '\n';
+  if (!m_missing->text().isEmpty()) text += m_missing->text() + '\n';
   QStringList captions;
   for (const char* caption : kFigureCaptions) captions << caption;
   text += captions.join('\t') + '\n';

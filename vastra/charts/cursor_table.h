@@ -16,6 +16,7 @@ namespace vastra {
 struct CCursorFigures {
   std::vector<std::vector<float>> values;  // of the cursors, those of the variables
   std::vector<CCurveStatistics> between;
+  std::vector<CHistoryFault> faults;  // logs whose rows are missing
 };
 
 class CCursorTable : public QWidget {
@@ -32,6 +33,7 @@ class CCursorTable : public QWidget {
   void SetCell(int row, int column, const QString& text);
 
   QLabel* m_times;
+  QLabel* m_missing;
   QTableWidget* m_table;
 };
 
