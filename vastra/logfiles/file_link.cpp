@@ -1,7 +1,6 @@
 #include "vastra/logfiles/file_link.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <new>
 #include <utility>
 #include <vector>
@@ -9,7 +8,6 @@
 #include "vastra/logfiles/log_file.h"
 #include "vastra/logfiles/log_reader.h"
 #include "vastra/logfiles/log_track.h"
-#include "vastra/platform/file_layer.h"
 #include "vastra/platform/file_system.h"
 
 namespace vastra {
@@ -33,16 +31,6 @@ constexpr CFault kEndOfFile = {severityNotice, "Reached end of file"};
 constexpr CFault kEndOfList = {severityWarning, "File list finished."};
 constexpr CFault kFileNotOpened = {severityError, "Couldn't open file."};
 constexpr CFault kOtherVariables = {severityError, "Archive with different variables"};
-
-CString AbsolutePath(const CString& path) {
-  std::error_code ignored;
-  return CString(std::filesystem::absolute(path.Std(), ignored).string());
-}
-
-std::uint64_t SizeOf(const CString& path) {
-  CFileStatus status;
-  return FileLayer().Stat(path, status) && status.type == EFileType::regular ? status.size : 0;
-}
 
 }  // namespace
 
@@ -235,7 +223,7 @@ void CFileLink::DropSamples() {
 
 void CFileLink::ReportSaved(const CString& path) {
   const CSavedLog log = {m_listenerLog,           AbsolutePath(path),   m_samples.GetHead().m_time,
-                         m_samples.GetLastTime(), m_samples.GetCount(), SizeOf(path)};
+                         m_samples.GetLastTime(), m_samples.GetCount(), FileSize(path)};
   if (m_partial && !m_ending)
     m_pListener->LogGrew(log);
   else

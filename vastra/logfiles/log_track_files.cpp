@@ -1,7 +1,6 @@
 // The part of CLogTrack that runs on the threads of the keeper: files of logs, and journals.
 #include <algorithm>
 #include <cerrno>
-#include <filesystem>
 #include <new>
 #include <utility>
 
@@ -9,7 +8,6 @@
 #include "vastra/logfiles/keeper_state.h"
 #include "vastra/logfiles/log_time.h"
 #include "vastra/logfiles/log_writer.h"
-#include "vastra/platform/file_layer.h"
 #include "vastra/platform/file_system.h"
 
 namespace vastra {
@@ -20,16 +18,6 @@ constexpr std::chrono::milliseconds kClosingRetry{200};
 constexpr int kMostNames = 1000;  // tried for a log whose names other programs take
 
 constexpr std::size_t Index(ELogForm form) { return static_cast<std::size_t>(form); }
-
-CString AbsolutePath(const CString& path) {
-  std::error_code ignored;
-  return CString(std::filesystem::absolute(path.Std(), ignored).string());
-}
-
-std::uint64_t SizeOf(const CString& path) {
-  CFileStatus status;
-  return FileLayer().Stat(path, status) ? status.size : 0;
-}
 
 }  // namespace
 
@@ -198,7 +186,7 @@ void CLogTrack::HaveSaved(const CImage& image, ELogForm form) {
   const CString path = AbsolutePath(m_folder.PathOf(log.name, form));
   CTrackEvent event;
   event.kind = image.isComplete ? CTrackEvent::closed : CTrackEvent::grew;
-  event.saved = {0, path, image.First(), image.Last(), image.count, SizeOf(path)};
+  event.saved = {0, path, image.First(), image.Last(), image.count, FileSize(path)};
   const CGuard lock(m_mutex);
   if (form == Counting() && !log.isDropped) {
     const std::uint64_t rows = image.count - log.onDisk;

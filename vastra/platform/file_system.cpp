@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <vector>
 
 #include "vastra/platform/file_layer.h"
@@ -25,6 +26,11 @@ bool FileExists(const CString& path) {
   return FileLayer().Stat(path, status);
 }
 
+std::uint64_t FileSize(const CString& path) {
+  CFileStatus status;
+  return FileLayer().Stat(path, status) && status.type == EFileType::regular ? status.size : 0;
+}
+
 int DeleteFile(const CString& path) { return FileLayer().Remove(path); }
 
 bool CanEnter(const CString& directory) {
@@ -37,6 +43,11 @@ int SetCurrentDirectory(const CString& directory) { return ::chdir(directory) ==
 
 CString JoinPath(const CString& directory, const CString& name) {
   return directory.IsEmpty() ? name : directory + "/" + name;
+}
+
+CString AbsolutePath(const CString& path) {
+  std::error_code ignored;
+  return CString(std::filesystem::absolute(path.Std(), ignored).string());
 }
 
 CString DirectoryOf(const CString& path) {

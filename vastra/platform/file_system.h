@@ -17,6 +17,8 @@ struct CFileEntry {
 VASTRA_API CArray<CFileEntry> ListFiles(const CString& directory, const CString& extension);
 
 VASTRA_API bool FileExists(const CString& path);
+// Bytes of the regular file at path; 0 if there is none.
+VASTRA_API std::uint64_t FileSize(const CString& path);
 // Returns 1, or 0 with the reason in errno.
 VASTRA_API int DeleteFile(const CString& path);
 // Whether directory could become the current directory of this process.
@@ -26,6 +28,8 @@ VASTRA_API int SetCurrentDirectory(const CString& directory);
 
 // directory + "/" + name, or name alone if directory is empty.
 VASTRA_API CString JoinPath(const CString& directory, const CString& name);
+// path, from the root directory on; a relative path begins in the current directory of the process.
+VASTRA_API CString AbsolutePath(const CString& path);
 // The part of path before its last "/"; "." if it has none, "/" for a file in the root directory.
 VASTRA_API CString DirectoryOf(const CString& path);
 // Syncs the entries of directory to the disk. Returns 1, or 0 with the reason in errno; 1 where the file
