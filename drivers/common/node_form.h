@@ -14,7 +14,8 @@ struct CChoice {
   const char* words;
 };
 
-// One setting. Its help begins with the name of the setting, which messages use, too.
+// One setting. Its help begins with the name of the setting, which messages use, too; the windows do not show
+// that name, and begin the rest with a capital letter.
 struct CField {
   constexpr CField(const char* fieldName, const char* fieldHelp, const char* DriverRecord::*member)
       : name(fieldName), help(fieldHelp), kind(driverFieldText), text(member) {}

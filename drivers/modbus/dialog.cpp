@@ -26,7 +26,7 @@ constexpr driver::CField kFields[] = {
      "station: number of the unit, also called slave address: 1 to 247 on a serial line; on the network 0 to "
      "255, where it selects one of the devices of a gateway.",
      &DriverRecord::station, 0, kLastUnit},
-    {"Time-out (ms)", "timeOut: longest time to wait for a reply, in milliseconds. 0: 1000.",
+    {"Time-out (ms)", "timeOut: longest time to wait for a reply, in milliseconds. 0 means 1000.",
      &DriverRecord::timeOut, 0, kLongestTimeOut},
     {"Values",
      "text2: one value for each variable, in order, with commas between: h100, c5, h200 x 3: f32 cdab. "
@@ -35,24 +35,27 @@ constexpr driver::CField kFields[] = {
      "of their bytes: abcd (if none is given), cdab, badc, dcba.",
      &DriverRecord::text2},
     {"Added to each address",
-     "registerAddress: is added to each address of the values. With -40001 they may be given as in a list "
-     "that has 40001 for the first: h40101 is register 100.",
+     "registerAddress: a number that is added to each address of the values. With -40001 they are given as "
+     "in "
+     "a list that calls the first register 40001: h40101 is register 100. 0 means that addresses count from "
+     "0.",
      &DriverRecord::registerAddress, kLowestAdded, kLastAddress},
     {"Pause between requests (ms)",
      "value1: pause after each reply before the next request, in milliseconds: for a device that loses "
-     "requests that come too soon. 0: no pause.",
+     "requests that come too soon. 0 means no pause.",
      &DriverRecord::value1, 0, kLongestPause},
     {"Pause after connecting (ms)",
      "value2: how long the first request waits after connecting, in milliseconds: for a device or gateway "
-     "that is not ready at once. 0: no pause.",
+     "that is not ready at once. 0 means no pause.",
      &DriverRecord::value2, 0, kLongestPause},
     {"Most registers in a request",
-     "value3: for a device that refuses longer requests. Of coils and discrete inputs a request has up to "
-     "sixteen times as many. 0: 125, the most there can be.",
+     "value3: how many registers a request has at most, for a device that refuses longer requests. Of coils "
+     "and discrete inputs a request has up to sixteen times as many. 0 means 125, the most there can be.",
      &DriverRecord::value3, 0, kMostRegisters},
     {"Workarounds",
-     "value4: 1, one request for each value, for a device that has gaps between its registers or refuses "
-     "several at once; 2, a new connection for each scan, for one that serves few connections; 3, both.",
+     "value4: what the device needs. One request for each value: it has gaps between its registers, or "
+     "refuses several at once. Connection closed after each scan: it serves few connections. Both: it needs "
+     "the one and the other.",
      &DriverRecord::value4, kWorkarounds, "Value"},
 };
 

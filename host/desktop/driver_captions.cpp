@@ -3,6 +3,7 @@
 #include "vastra/plc/driver_call.h"
 #include "vastra/plc/driver_factory.h"
 #include "vastra/plc/driver_host.h"
+#include "vastra/screens/driver_form_rules.h"
 
 namespace vastra {
 namespace {
@@ -13,14 +14,13 @@ constexpr int kMostCaptions = 40;
 
 CCaptions* captured = nullptr;  // while a driver shows its form
 
-// The help of a field begins with the name of the field in a configuration: "text2: one value for ...".
 int CaptureForm(const DriverForm* form) {
   if (!captured || !form || !form->fields || form->fieldCount < 0 || form->fieldCount > kMostCaptions)
     return 0;
   for (int i = 0; i < form->fieldCount; ++i) {
     const CString help = CopyDriverText(form->fields[i].help), name = CopyDriverText(form->fields[i].name);
-    const int colon = help.Find(':');
-    if (colon > 0 && !name.IsEmpty()) captured->emplace(help.Left(colon), name);
+    const CString setting = SettingOf(help);
+    if (!setting.IsEmpty() && !name.IsEmpty()) captured->emplace(setting, name);
   }
   return 0;
 }

@@ -155,8 +155,15 @@ TEST(DriverForm, ValuesAreCheckedAgainstTheirField) {
   EXPECT_EQ(fault(0, " 100 ") + fault(1, "1234567"), "");
   EXPECT_EQ(fault(1, "12345\u20AC"), "Name: enter at most 7 bytes; the text has 8.");
   EXPECT_EQ(fault(1, CString("a\0b", 3)), "Name: remove the character of code 0.");
-  rows[0].help.Empty();
-  EXPECT_EQ(HelpOf(rows[0]), "From -5 to 100.");
+  const std::pair<const char*, const char*> kHelp[] = {{"", "From -5 to 100."},
+                                                       {"value2: height.", "Height. From -5 to 100."},
+                                                       {"timeOut: 5: long.", "5: long. From -5 to 100."},
+                                                       {"station:", "station: From -5 to 100."},
+                                                       {"note: low.", "note: low. From -5 to 100."}};
+  for (const auto& [help, shown] : kHelp) {
+    rows[0].help = help;
+    EXPECT_EQ(HelpOf(rows[0]), shown);
+  }
 }
 
 TEST(DriverForm, TheModuleChecksACopy) {

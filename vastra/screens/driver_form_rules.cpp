@@ -2,13 +2,22 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <string>
+#include <string_view>
 
 #include "vastra/plc/driver_call.h"
 #include "vastra/ui/number_text.h"
 
 namespace vastra {
 namespace {
+
+// Of a DriverRecord, what a driver's form can have.
+constexpr std::string_view kSettings[] = {"cardNumber",     "registerAddress", "registerAddressExt",
+                                          "plcNodeAddress", "timeOut",         "station",
+                                          "text1",          "text2",           "value1",
+                                          "value2",         "value3",          "value4",
+                                          "value5"};
 
 constexpr int kMostChoices = 1000;
 constexpr std::size_t kLongestText = 32000;  // the most that a line edit can hold
@@ -112,11 +121,24 @@ std::vector<CFormRow> RowsOf(const DriverForm& form) {
   return rows;
 }
 
+CString SettingOf(const CString& help) {
+  const std::string_view name = help.View().substr(0, help.View().find(": "));
+  return name.size() < help.View().size() && std::ranges::find(kSettings, name) != std::end(kSettings)
+             ? CString(name)
+             : CString();
+}
+
+// The user sees the name of the field: that of the setting says nothing.
 CString HelpOf(const CFormRow& row) {
-  if (row.kind != driverFieldNumber) return row.help;
+  std::string help = row.help.Std();
+  if (const CString setting = SettingOf(row.help); !setting.IsEmpty()) {
+    help.erase(0, static_cast<std::size_t>(setting.GetLength()) + 2);
+    if (!help.empty() && help[0] >= 'a' && help[0] <= 'z') help[0] = static_cast<char>(help[0] - 'a' + 'A');
+  }
+  if (row.kind != driverFieldNumber) return CString(help);
   CString bounds;
-  bounds.Format("%sFrom %d to %d.", row.help.IsEmpty() ? "" : " ", row.low, row.high);
-  return row.help + bounds;
+  bounds.Format("%sFrom %d to %d.", help.empty() ? "" : " ", row.low, row.high);
+  return CString(help) + bounds;
 }
 
 CString RowFault(const CFormRow& row) {

@@ -30,7 +30,10 @@ bool IsShowable(const DriverForm* form);
 CString FormTitle(const DriverForm& form);
 // A row for each field that can be edited. The other fields keep their values.
 std::vector<CFormRow> RowsOf(const DriverForm& form);
-// The help text of the row, with the bounds of a number.
+// The setting that a help text of a driver is about, as a configuration calls it: "text2" of "text2: one
+// value for each variable". Empty: the help does not begin with one.
+CString SettingOf(const CString& help);
+// The help text of the row, without the name of the setting, and with the bounds of a number.
 CString HelpOf(const CFormRow& row);
 // Why the row's value is refused; empty: it is valid.
 CString RowFault(const CFormRow& row);
