@@ -32,8 +32,7 @@ void CWorkspace::Save(const CString& path) {
   }
   QJsonObject windows;
   for (const CWorkspaceWindow& window : m_windows)
-    if (const auto state = window.state(); state && state->GetLength() <= kLongestState)
-      windows[window.name] = ToScreen(*state);
+    if (const auto state = window.state()) windows[window.name] = ToScreen(*state);
   m_settings.Set(SlotKey(slot),
                  StateText({{kPath, ToScreen(path)}, {kUsed, newest + 1}, {kWindows, windows}}));
 }

@@ -35,8 +35,7 @@ class CWorkspace {
   // path, and the windows stay as they are.
   bool Open(const CString& path);
 
-  static constexpr int kMost = 20;              // configurations
-  static constexpr int kLongestState = 100000;  // a longer one is not stored
+  static constexpr int kMost = 20;  // configurations
 
  private:
   QJsonObject Stored(int slot) const;
