@@ -254,7 +254,8 @@ CString Indented(const CString& equations) {
 }  // namespace
 
 CString DeviceFault(const CLoggerPlan& plan) {
-  return plan.nodeName.IsEmpty() ? "The device needs a name." : "";
+  if (plan.nodeName.IsEmpty()) return "The device needs a name.";
+  return plan.rows.size() > static_cast<std::size_t>(kMostVariables) ? kTooMany : "";
 }
 
 CString LogsFault(const CLoggerPlan& plan) {

@@ -171,7 +171,7 @@ void CVariablesPage::ReadRows() {
 void CVariablesPage::AddRow() {
   Read(false);
   ReadRows();
-  if (Plan().rows.size() >= static_cast<std::size_t>(kMostVariables)) return;
+  if (Plan().rows.size() >= static_cast<std::size_t>(kMostVariables)) return m_state->setText(kTooMany);
   CVariableRow row = {.name = "Value" + CString(std::to_string(Plan().rows.size() + 1))};
   if (Plan().Registers().isUsed && !Plan().rows.empty()) row.type = Plan().rows.back().type;
   Plan().rows.push_back(row);
@@ -189,7 +189,8 @@ void CVariablesPage::RemoveRows() {
   ShowRows();
 }
 
-// The variables of a list come after those of the table, or in place of those that the device suggested.
+// The variables of a list come after those of the table, or in place of those that the device suggested and
+// of those of the same names: so a list that was corrected can be imported again.
 void CVariablesPage::Import() {
   Read(false);
   ReadRows();
@@ -208,8 +209,11 @@ void CVariablesPage::Import() {
     faults += "\nand " + CString(std::to_string(found.faults.size() - kMostShownFaults)) + " more";
   if (!faults.IsEmpty()) return AfxMessageBox(path + ": nothing was imported." + faults), void();
   if (Plan().rows == m_first) Plan().rows.clear();
-  Plan().rows.insert(Plan().rows.end(), found.rows.begin(), found.rows.end());
+  const std::optional<std::size_t> replaced = MergeRows(found.rows, Plan().rows);
+  if (!replaced) return AfxMessageBox(path + ": nothing was imported.\n" + kTooMany), void();
   CString state = CString(Counted(found.rows.size(), "variable")) + " imported";
+  if (*replaced)
+    state += ", " + CString(std::to_string(*replaced)) + " of them in place of rows with their names";
   for (std::size_t i = 0; i < found.leftOut.size(); ++i)
     state += (i ? ", " : "; columns that are left out: ") + found.leftOut[i];
   ShowRows();

@@ -159,7 +159,7 @@ CRegisters ReadRegisters(std::string_view entry) {
   if (const auto place = ReadPlace(CString(compact.substr(0, times)), 0)) run.place = *place;
   if (times != compact.npos)
     if (const auto count = WholeNumber(std::string_view(compact).substr(times + 1)))
-      run.count = std::min(*count, kMostVariables);
+      run.count = std::min(*count, kMostVariables + 1);
   run.type = LowerText(CString(TakeWord(type)));
   run.order = LowerText(CString(TakeWord(type)));
   return run;
@@ -207,6 +207,7 @@ class CImport {
 
   void Read(std::string_view line) {
     ++m_line;
+    if (m_isFull) return;
     if (line.ends_with('\r')) line.remove_suffix(1);
     if (line.find_first_not_of(" \t,;") == line.npos) return;
     if (!m_separator) m_separator = SeparatorOf(line);
@@ -243,8 +244,10 @@ class CImport {
       if (i >= m_columns.size() && !cells[i].IsEmpty())
         return Add("it has more cells than there are columns: a cell with a separator has to be quoted");
     }
-    if (m_found.rows.size() == static_cast<std::size_t>(kMostVariables))
-      return Add("more than " + IntText(kMostVariables) + " variables");
+    if (m_found.rows.size() == static_cast<std::size_t>(kMostVariables)) {
+      m_isFull = true;
+      return Add(kTooMany);
+    }
     if (const CString fault = RowFault(row, m_registers); !fault.IsEmpty()) return Add(fault);
     if (const auto [former, isNew] = m_lines.emplace(row.name, m_line); !isNew)
       return Add(Quoted(row.name) + " is in line " + IntText(former->second) + " already");
@@ -254,7 +257,7 @@ class CImport {
   const CRegisterUse m_registers;
   std::vector<const CVariableColumn*> m_columns;  // of the cells; null: left out
   char m_separator = 0;
-  bool m_isFirst = true;
+  bool m_isFirst = true, m_isFull = false;
   int m_line = 0;
   std::map<CString, int> m_lines;  // of the names
   CImportedRows m_found;
@@ -264,6 +267,7 @@ class CImport {
 
 CString RowsFault(const std::vector<CVariableRow>& rows, const CRegisterUse& registers) {
   if (rows.empty()) return "There is no variable yet.";
+  if (rows.size() > static_cast<std::size_t>(kMostVariables)) return kTooMany;
   std::map<CString, int> former;
   int number = 0;
   for (const CVariableRow& row : rows) {
@@ -305,7 +309,7 @@ std::vector<CVariableRow> RowsOfRegisters(const CString& list, std::vector<CVari
     const std::size_t comma = std::min(rest.find(','), rest.size());
     const CRegisters run = ReadRegisters(rest.substr(0, comma));
     rest.remove_prefix(std::min(comma + 1, rest.size()));
-    for (int i = 0; i < run.count && rows.size() < static_cast<std::size_t>(kMostVariables); ++i) {
+    for (int i = 0; i < run.count && rows.size() <= static_cast<std::size_t>(kMostVariables); ++i) {
       const CRegisterPlace place = {run.place.kind, run.place.address + i * RegistersOf(run.type)};
       const auto same = std::ranges::find_if(former, [&](const CVariableRow& row) {
         return ReadPlace(row.address, registers.added) == place && LowerText(row.type) == run.type;
@@ -333,6 +337,23 @@ CImportedRows ImportRows(const CString& text, const CRegisterUse& registers) {
     rest.remove_prefix(std::min(end + 1, rest.size()));
   }
   return import.Take();
+}
+
+std::optional<std::size_t> MergeRows(const std::vector<CVariableRow>& list, std::vector<CVariableRow>& rows) {
+  std::map<CString, std::size_t> places;
+  for (std::size_t i = 0; i < rows.size(); ++i) places.emplace(Trim(rows[i].name), i);
+  std::vector<CVariableRow> merged = rows;
+  for (const CVariableRow& row : list) {
+    const auto place = places.find(row.name);
+    if (place == places.end())
+      merged.push_back(row);
+    else
+      merged[place->second] = row;
+  }
+  if (merged.size() > static_cast<std::size_t>(kMostVariables)) return {};
+  const std::size_t replaced = rows.size() + list.size() - merged.size();
+  rows = std::move(merged);
+  return replaced;
 }
 
 }  // namespace vastra

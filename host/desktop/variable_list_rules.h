@@ -2,6 +2,7 @@
 // be in a row, the list of Modbus registers that it makes, and the import of a list.
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "vastra/platform/string.h"
@@ -37,6 +38,7 @@ inline constexpr const char* kRegisterTypes[] = {"", "u16", "i16", "u32", "i32",
 inline constexpr const char* kRegisterOrders[] = {"", "abcd", "cdab", "badc", "dcba"};
 
 constexpr int kMostVariables = 2000;  // of the assistant
+inline constexpr const char* kTooMany = "The assistant has 2000 variables at most.";
 
 // How the values of the device are addressed.
 struct CRegisterUse {
@@ -51,7 +53,8 @@ float ScaleOf(const CVariableRow& row);
 
 // The values of rows without faults as the driver wants them, such as "h0 x 2: i16, h10: f32 cdab".
 CString RegisterList(const std::vector<CVariableRow>& rows, const CRegisterUse& registers);
-// The rows of such a list. One that is in former, with its address and type, keeps its name and notes.
+// The rows of such a list, one too many at most. One that is in former, with its address and type, keeps its
+// name and notes.
 std::vector<CVariableRow> RowsOfRegisters(const CString& list, std::vector<CVariableRow> former,
                                           const CRegisterUse& registers);
 
@@ -63,5 +66,9 @@ struct CImportedRows {
   std::vector<CString> leftOut;  // titles of columns that the table does not have
 };
 CImportedRows ImportRows(const CString& text, const CRegisterUse& registers);
+
+// Adds the rows of a list to those of the table: each in place of the row of its name, or after the last one.
+// Returns how many rows were replaced; none, and rows does not change, if there would be too many.
+std::optional<std::size_t> MergeRows(const std::vector<CVariableRow>& list, std::vector<CVariableRow>& rows);
 
 }  // namespace vastra

@@ -30,6 +30,34 @@ std::string RowTexts(const std::vector<CVariableRow>& rows) {
   return text;
 }
 
+// A list of count variables.
+std::string LongList(int count) {
+  std::string list = "name,register\n";
+  for (int i = 0; i < count; ++i) list += "V" + std::to_string(i) + ",h" + std::to_string(i) + "\n";
+  return list;
+}
+
+TEST(VariableList, MoreVariablesThanThereCanBeAreRefusedOnceAndLoseNothing) {
+  CImportedRows found = ImportRows(LongList(2000).c_str(), kRegisters);
+  EXPECT_EQ(found.faults, std::vector<CString>());
+  std::vector<CVariableRow> rows = found.rows;
+  EXPECT_EQ(MergeRows(found.rows, rows), 2000U);
+  EXPECT_EQ(MergeRows({{.name = "other"}}, rows), std::nullopt);
+  EXPECT_EQ(rows, found.rows);
+  found = ImportRows(LongList(5000).c_str(), kRegisters);
+  EXPECT_EQ(found.faults, std::vector<CString>{CString("line 2002: ") + kTooMany});
+  const auto fault = [](const char* list) {
+    CLoggerPlan plan;
+    plan.nodeName = "N";
+    plan.driver.plcType = kModbusType;
+    plan.driver.text2 = list;
+    plan.rows = FirstRows(plan, 1);
+    return DeviceFault(plan);
+  };
+  EXPECT_EQ(fault("h0 x 1999, c7"), "");
+  EXPECT_EQ(fault("h0 x 1999, c7 x 2"), kTooMany) << "the last register is lost";
+}
+
 TEST(VariableList, AListIsImportedOrEachFaultHasItsLine) {
   const std::tuple<const char*, CRegisterUse, const char*, const char*> cases[] = {
       {"Temp,h0,i16,,0.1\nGas,40011,f32,cdab\n", kRegisters, "Temp h0 i16  0.1;Gas 40011 f32 cdab 1;", ""},
@@ -310,6 +338,8 @@ TEST_F(NewLogger, AListIsImportedWholeOrNotAtAll) {
   m_window.show();
   WriteBytes(m_dir / "bad.csv", "name,scale\nA,1\nB,x\n");
   WriteBytes(m_dir / "good.csv", "name,scale,unit\nA,2,K\nB,,\n");
+  WriteBytes(m_dir / "again.csv", "name,unit\nC,\nA,degC\n");
+  WriteBytes(m_dir / "long.csv", LongList(1998));
   const auto choose = [&](const char* file) {
     return [this, file](QWidget*) { m_user.chooser.path = m_dir / file; };
   };
@@ -321,7 +351,16 @@ TEST_F(NewLogger, AListIsImportedWholeOrNotAtAll) {
             ASSERT_EQ(table->rowCount(), 2);
             EXPECT_EQ(table->item(0, 5)->text(), "K");
           },
-          "< &Back", "&Next >", "&Import...", "&Next >", "!Row 3: \"A\" is in row 1 already"});
+          "< &Back", "&Next >", choose("again.csv"), "&Import...",
+          [](QWidget* window) {
+            const auto* table = Find<QTableWidget>(window, "Variables");
+            ASSERT_EQ(table->rowCount(), 3) << "a list that is imported again is there twice";
+            EXPECT_EQ(table->item(0, 5)->text() + table->item(2, 0)->text(), "degCC");
+          },
+          choose("long.csv"), "&Import...",
+          "!" + (m_dir / "long.csv").Std() +
+              ": nothing was imported.\nThe assistant has 2000 variables at most.",
+          "&Next >", "Cancel"});
 }
 
 }  // namespace
