@@ -32,6 +32,8 @@ CEventStream::CEventStream(std::shared_ptr<CWatchBoard> board, const CStreamRequ
     if (m_cursors.size() < kMostNames) CursorOf(name).wantsSamples = true;
   for (const std::string& name : request.messages)
     if (m_cursors.size() < kMostNames) CursorOf(name).wantsMessages = true;
+  for (const std::string& name : request.logs)
+    if (m_cursors.size() < kMostNames) CursorOf(name);
 }
 
 CEventStream::CCursor& CEventStream::CursorOf(const std::string& name) {

@@ -8,12 +8,13 @@ namespace vastra {
 
 // Names that are not there now can be there later.
 struct CStreamRequest {
-  std::vector<std::string> samples, messages;
+  std::vector<std::string> samples = {}, messages = {};
+  std::vector<std::string> logs = {};  // those of the other names are sent as well
 };
 
 class CEventStream {
  public:
-  static constexpr std::size_t kMostNames = 400;     // of a request; further ones are ignored
+  static constexpr std::size_t kMostNames = 600;     // of a request; further ones are ignored
   static constexpr std::size_t kMostMessages = 100;  // of one Take
 
   CEventStream(std::shared_ptr<CWatchBoard> board, const CStreamRequest& request,

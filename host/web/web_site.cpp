@@ -340,12 +340,13 @@ std::function<bool()> CWebSite::MayStillLook(const CAsked& asked) {
 
 CWebAnswer CWebSite::Stream(const CAsked& asked) {
   const CWebQuery& query = asked.request.query;
-  CStreamRequest request = {query.All("sample"), query.All("message")};
-  for (auto* const names : {&request.samples, &request.messages})
-    for (std::string& name : *names) name = m_watch.NameOf(name);
+  CStreamRequest request = {query.All("sample"), query.All("message"), query.All("log")};
   constexpr std::size_t kMost = CLoggerWatch::kMostLoggers;
-  if (request.samples.size() > kMost || request.messages.size() > kMost)
-    return ErrorAnswer(400, "a stream has at most " + std::to_string(kMost) + " loggers");
+  for (auto* const names : {&request.samples, &request.messages, &request.logs}) {
+    for (std::string& name : *names) name = m_watch.NameOf(name);
+    if (names->size() > kMost)
+      return ErrorAnswer(400, "a stream has at most " + std::to_string(kMost) + " loggers");
+  }
   CWebAnswer answer = {.type = "text/event-stream"};
   answer.events = [this, request, may = MayStillLook(asked)](std::function<void()> onReady) -> CTakeEvents {
     auto stream = m_watch.Subscribe(request, std::move(onReady));

@@ -5,6 +5,8 @@ import { open, parameters, ready, text, until } from './page.mjs';
 import { archive, path, vastra } from './plant.mjs';
 import { at, count, test } from './world.mjs';
 
+const logsIn = async page => Number((await text(page.locator('.hint'))).match(/^(\d+) logs?,/)?.[1] ?? 0);
+
 async function download(page, link) {
   const [file] = await Promise.all([page.waitForEvent('download'), page.getByRole('link', { name: link }).click()]);
   return readFileSync(await file.path());
@@ -50,4 +52,24 @@ test('a range has its logs and its rows, and the address holds it', async () => 
   await until('the address', () => Number(parameters(page).get('from')) === from && Number(parameters(page).get('to')) === to);
   const other = await open(page.url());
   await until('the same in another browser', async () => (await text(other.page.locator('.hint'))) === status);
+});
+
+test('a log that is closed comes by itself, what is open or has the focus stays, and nothing is asked in between', async () => {
+  const { page, context } = await open(at('#/files?logger=kiln'));
+  await ready(page, 'files');
+  await until('three logs', async () => (await logsIn(page)) >= 3, 30);
+  const row = page.locator('.logs tbody tr').first();
+  await row.getByRole('link', { name: 'as a file' }).focus();
+  await page.evaluate(() => (window.seen = document.activeElement));
+  const asked = [];
+  context.on('request', request => request.url().includes('/api/') && asked.push(request.url()));
+  const before = await logsIn(page);
+  await until('three more', async () => (await logsIn(page)) >= before + 3, 60);
+  assert.ok(await page.evaluate(() => document.activeElement === window.seen), 'the focus is lost');
+  assert.ok(asked.every(url => /\/logs\?/.test(url)), `what else is asked: ${asked}`);
+  assert.ok(asked.length <= 2 * ((await logsIn(page)) - before), `${asked.length} requests`);
+  await page.locator('.logs summary').first().click();
+  const closed = await logsIn(page);
+  await until('another log', async () => (await logsIn(page)) > closed, 30);
+  assert.equal(await page.locator('.logs tbody').isVisible(), false, 'what was closed is open again');
 });

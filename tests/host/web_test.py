@@ -38,6 +38,7 @@ HOSTILE = [
     ("GET", "/" + "a" * 40000, {}, 414), ("GET", "/", {"X": "a" * 40000}, 431), ("GET", "/", {"Host": "evil.example"}, 403),
     ("GET", "/api/v1/about", {"Sec-Fetch-Site": "cross-site"}, 403), ("GET", "/", {"Sec-Fetch-Site": "cross-site"}, 200),
     ("POST", "/login", {"Origin": "http://evil.example"}, 403), ("GET", "/api/v1/stream?" + "sample=a&" * 201, {}, 400),
+    ("GET", "/api/v1/stream?" + "log=a&" * 201, {}, 400),
 ]
 
 

@@ -46,7 +46,7 @@ export function on(type, listener) {
   return () => listeners.get(type).delete(listener);
 }
 
-// `wants` has lists of loggers: `sample` and `message`. Null: the view is closed.
+// `wants` has lists of loggers: `sample`, `message` and `log`. Null: the view is closed.
 export function want(view, wants) {
   const before = JSON.stringify(union());
   if (wants) views.set(view, wants);
@@ -56,7 +56,7 @@ export function want(view, wants) {
 
 function union() {
   const all = type => [...new Set([...views.values()].flatMap(wants => wants[type] ?? []))];
-  return { sample: all('sample'), message: all('message') };
+  return { sample: all('sample'), message: all('message'), log: all('log') };
 }
 
 // Throws if the server does not answer; it can be called again then.

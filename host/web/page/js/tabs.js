@@ -19,7 +19,7 @@ export class Tabs {
   #snapshot;
   #stream = null; // of the leader
   #asked = ''; // what the stream was asked for
-  #wants = { sample: [], message: [] };
+  #wants = {};
   #others = new Map(); // what the other tabs want: id to { wants, heard }
   #heard = 0; // when the leader was heard
   #looked = 0;
@@ -153,8 +153,8 @@ export class Tabs {
   #ask() {
     if (!this.#stream) return;
     const all = [this.#wants, ...[...this.#others.values()].map(other => other.wants)];
-    const union = type => [...new Set(all.flatMap(wants => wants[type]))].sort();
-    const parameters = { sample: union('sample'), message: union('message') };
+    const union = type => [...new Set(all.flatMap(wants => wants[type] ?? []))].sort();
+    const parameters = { sample: union('sample'), message: union('message'), log: union('log') };
     if (JSON.stringify(parameters) === this.#asked) return;
     this.#asked = JSON.stringify(parameters);
     this.#stream.open(parameters);
