@@ -70,15 +70,16 @@ testAlone('a thousand variables: the search finds them, and the page stays quick
   await until('the search in the address', () => parameters(page).get('search') === 'nothing');
 });
 
-// The filter: severity, link, words; and the messages that stay, of four and the line for those that are missing.
+// The filter: severity, place, words; and the messages that stay, of four and the line for those that are missing.
 const kFilters = [
   ['notice', '', '', ['slowly', 'warm', 'does not answer', '7 messages left out', 'gone']],
   ['warning', '', '', ['warm', 'does not answer', '7 messages left out', 'gone']],
   ['error', '', '', ['does not answer', 'gone']],
   ['fatal', '', '', ['gone']],
-  ['notice', 'CPlcLink', '', ['slowly', 'warm', 'does not answer', 'gone']],
+  ['notice', 'Mixer', '', ['slowly', 'warm']],
   ['notice', '', 'PUMP answer', ['does not answer']],
-  ['warning', 'CPlcLink', 'mixer', ['warm']],
+  ['warning', 'Mixer', 'mixer', ['warm']],
+  ['notice', '', 'cplclink', ['slowly', 'warm', 'does not answer', 'gone']],
   ['fatal', '', 'mixer', []]
 ];
 
@@ -86,19 +87,23 @@ test('messages: filter and search find what they should, and missing ones are sh
   const { page } = await open(at('#/messages?logger=loud'));
   const list = other => other.locator('.messages .text').allInnerTexts();
   const fits = (texts, words) => texts.length === words.length && words.every((one, i) => texts[i].includes(one));
-  for (const [severity, link, search, words] of kFilters) {
+  for (const [severity, place, search, words] of kFilters) {
     await page.getByLabel('Severity').selectOption(severity);
     await page.getByLabel('Search').fill(search);
-    await until('the link', () => page.getByLabel('Link').selectOption(link, { timeout: 200 }).then(() => true, () => false));
-    await until(`${severity} ${link} ${search}`, async () => fits(await list(page), words), 5);
+    await until('the place', () => page.getByLabel('Place').selectOption(place, { timeout: 200 }).then(() => true, () => false));
+    await until(`${severity} ${place} ${search}`, async () => fits(await list(page), words), 5);
     await until('the count', async () => (await text(page.locator('.hint'))) === `${words.length} of 5 messages`);
-    const filter = [severity === 'notice' ? '' : severity, link, search].join();
-    const inAddress = () => ['severity', 'link', 'search'].map(name => parameters(page).get(name) ?? '').join();
+    const filter = [severity === 'notice' ? '' : severity, place, search].join();
+    const inAddress = () => ['severity', 'place', 'search'].map(name => parameters(page).get(name) ?? '').join();
     const hash = await until('the address', () => inAddress() === filter && page.url());
-    if (!link || !search) continue;
+    if (!place || !search) continue;
     const other = await open(hash);
     await until('the same in another browser', async () => fits(await list(other.page), words));
   }
+  assert.deepEqual(await page.locator('.messages .who').allInnerTexts(), [], 'no message fits');
+  await page.getByLabel('Search').fill('');
+  await page.getByLabel('Severity').selectOption('error');
+  await until('places', async () => (await page.locator('.messages .who').allInnerTexts()).join() === 'Pump,Pump');
   await page.goto(at('#/messages'));
   await page.locator('.messages b').filter({ hasText: 'press' }).first().waitFor();
   assert.equal(await page.locator('.messages b').filter({ hasText: 'slowly' }).count(), 0, 'a message is not markup');

@@ -16,7 +16,7 @@ export const show = (main, parameters) => openWhenKnown(() => new MessagesPage(m
 class MessagesPage {
   #logger;
   #severity = el('select');
-  #link = el('select');
+  #place = el('select');
   #search = el('input', { type: 'search', placeholder: 'Words of a message' });
   #follow = el('input', { type: 'checkbox', checked: true });
   #count = el('p', { class: 'hint' }); // not read out: messages come all the time
@@ -30,7 +30,7 @@ class MessagesPage {
     this.#make(main);
     const paint = paced(() => this.#paint());
     const change = settled(() => this.#paint(), 120);
-    for (const field of [this.#severity, this.#link, this.#search]) field.addEventListener('input', change);
+    for (const field of [this.#severity, this.#place, this.#search]) field.addEventListener('input', change);
     this.#follow.addEventListener('change', () => this.#scroll());
     this.#list.addEventListener('scroll', () => this.#notice());
     const want = () => model.want(this, { message: this.#loggers() });
@@ -61,7 +61,7 @@ class MessagesPage {
     );
     this.#severity.value = kNames.includes(parameters.get('severity')) ? parameters.get('severity') : 'notice';
     this.#search.value = parameters.get('search') ?? '';
-    this.#offerLinks([], parameters.get('link') ?? '');
+    this.#offerPlaces([], parameters.get('place') ?? '');
   }
 
   #make(main) {
@@ -80,7 +80,7 @@ class MessagesPage {
         { class: 'tools' },
         choice,
         el('label', {}, 'Severity ', this.#severity),
-        el('label', {}, 'Link ', this.#link),
+        el('label', {}, 'Place ', this.#place),
         el('label', {}, 'Search ', this.#search),
         el('label', { class: 'check' }, this.#follow, ' Follow')
       ),
@@ -94,13 +94,13 @@ class MessagesPage {
     const all = this.#loggers()
       .flatMap(model.messages)
       .sort((a, b) => a.time - b.time);
-    this.#offerLinks(all, this.#link.value);
+    this.#offerPlaces(all, this.#place.value);
     const found = all.filter(this.#filter()).slice(-kShown);
     setText(this.#count, all.length ? `${found.length} of ${plural(all.length, 'message')}` : 'There is no message.');
     this.#showRows(found);
     remember('messages', {
       logger: this.#logger,
-      link: this.#link.value,
+      place: this.#place.value,
       search: this.#search.value,
       severity: this.#severity.value === 'notice' ? null : this.#severity.value
     });
@@ -108,25 +108,25 @@ class MessagesPage {
 
   #filter() {
     const least = kNames.indexOf(this.#severity.value),
-      chosen = this.#link.value;
+      chosen = this.#place.value;
     const fits = searchFor(this.#search.value);
     return message => {
-      if (kNames.indexOf(message.severity) < least || (chosen && message.link !== chosen)) return false;
+      if (kNames.indexOf(message.severity) < least || (chosen && message.place !== chosen)) return false;
       const { place, name, function: what, link: kind } = message;
       return fits([place, name, what, kind, wordsOf(message)].join(' '));
     };
   }
 
-  // The links that have messages, and the one that is chosen.
-  #offerLinks(all, chosen) {
-    const names = [...new Set([...all.map(message => message.link), chosen])].filter(Boolean).sort();
-    if (this.#link.options.length !== names.length + 1)
+  // The nodes and parts of configurations that have messages, and the one that is chosen.
+  #offerPlaces(all, chosen) {
+    const names = [...new Set([...all.map(message => message.place), chosen])].filter(Boolean).sort();
+    if (this.#place.options.length !== names.length + 1)
       fill(
-        this.#link,
+        this.#place,
         el('option', { value: '' }, 'all'),
         names.map(name => el('option', { value: name }, name))
       );
-    this.#link.value = chosen;
+    this.#place.value = chosen;
   }
 
   // A row that is there stays: what is marked or read stays, and only new ones are made.
@@ -139,6 +139,7 @@ class MessagesPage {
 
   #makeRow(message) {
     const { time, severity, function: what, link: kind, name, place, logger } = message;
+    const source = [kind, name, what].filter(Boolean).join(', '); // for the maker of a driver
     return el(
       'li',
       { class: kSeverities[severity] },
@@ -146,10 +147,9 @@ class MessagesPage {
       el('span', { class: 'severity' }, signed(kSeverities[severity], severity)),
       el(
         'span',
-        { class: 'who' },
+        { class: 'who', title: source },
         !this.#logger && el('b', {}, logger + ' '),
-        place || `${name} · ${what}`,
-        el('small', {}, ' ' + kind)
+        place
       ),
       el('span', { class: 'text' }, wordsOf(message))
     );
