@@ -36,9 +36,8 @@ constexpr driver::CField kFields[] = {
      &DriverRecord::text2},
     {"Added to each address",
      "registerAddress: a number that is added to each address of the values. With -40001 they are given as "
-     "in "
-     "a list that calls the first register 40001: h40101 is register 100. 0 means that addresses count from "
-     "0.",
+     "in a list that calls the first register 40001: h40101 is register 100. 0 means that addresses count "
+     "from 0.",
      &DriverRecord::registerAddress, kLowestAdded, kLastAddress},
     {"Pause between requests (ms)",
      "value1: pause after each reply before the next request, in milliseconds: for a device that loses "
