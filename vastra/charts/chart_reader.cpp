@@ -288,15 +288,14 @@ void CChartReader::Publish(double progress, const CSketch& sketch) {
 template <class TFigure>
 void CChartReader::StartFigures(CFigures<TFigure>& figures, CLatestJob& job, bool endsFormer) {
   if (figures.variables.empty() || !m_isScanned) return job.Stop();
-  const auto read = [this, &figures, rows = m_rows, range = figures.range, moments = figures.moments,
-                     variables = figures.variables](const auto& isStopped) {
+  const auto read = [this, &figures, rows = m_rows, order = figures](const auto& isStopped) {
     std::vector<TFigure> found;
     std::vector<CHistoryFault> faults;
     if constexpr (std::is_same_v<TFigure, CCurveStatistics>)
-      found = StatisticsOf(*rows, range, variables, isStopped, faults);
+      found = StatisticsOf(*rows, order.range, order.variables, isStopped, faults);
     else
-      for (const CMoment moment : moments)
-        found.push_back(ValuesAt(*rows, moment, variables, isStopped, faults));
+      for (const CMoment moment : order.moments)
+        found.push_back(ValuesAt(*rows, moment, order.variables, isStopped, faults));
     {
       const std::lock_guard result(m_mutex);
       if (isStopped()) return;
