@@ -438,7 +438,7 @@ def main():
         finally:
             fleet.end()
         shutil.rmtree(folder, ignore_errors=True)
-        print(f"{name}: {time.monotonic() - began:.0f} s", flush=True)
+        print(f"{name}: {fleet.compared} files compared, {time.monotonic() - began:.0f} s", flush=True)
 
 
 if __name__ == "__main__":

@@ -212,11 +212,12 @@ class Fleet:
 
     def missing(self):
         """What differs between the nodes' files and the archive."""
-        wrong = []
+        wrong, self.compared = [], 0
         for name, logs in self.nodes.items():
             there = self.archive_folder / "plant" / name / "logs"
             for path in logs.rglob("*"):
                 if path.suffix in SUFFIXES and path.is_file():
+                    self.compared += 1
                     copy = there / path.relative_to(logs)
                     if not copy.is_file() or copy.read_bytes() != path.read_bytes():
                         wrong.append(str(path))
