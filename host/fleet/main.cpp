@@ -294,8 +294,6 @@ class CConfigFile : public CLI::Config {
     const std::string part = "[" + one.part + "]";
     const auto isPart = [&](const CLI::App* command) { return command->get_name() == one.part; };
     const auto commands = m_line.get_subcommands(isPart);
-    if (one.part.empty())
-      throw CSettingsFault(one.line, one.key + " is before the first part, such as [ship]");
     if (commands.empty())
       throw CSettingsFault(one.line, one.key + " is in " + part + ", which is no command");
     const CLI::Option* const option = commands.front()->get_option_no_throw("--" + one.key);

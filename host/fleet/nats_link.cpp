@@ -231,11 +231,16 @@ std::string CNatsLink::Server() const {
   return m_server;
 }
 
-// Without what is secret in the URL.
+// Without what is secret in the URL. It can be one that a server has told of.
 void CNatsLink::NoteServer(natsConnection* connection) {
   char url[256] = "";
   natsConnection_GetConnectedUrl(connection, url, sizeof url);
-  std::string server = *url == 0 ? "" : ShownServers({url});
+  std::string server;
+  try {
+    server = ShownServers({url});
+  } catch (const CNatsFault&) {
+    server = "a server";
+  }
   const std::lock_guard guard(m_lock);
   m_server = std::move(server);
 }

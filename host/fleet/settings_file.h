@@ -1,4 +1,4 @@
-// The settings of a file such as /etc/vastra/fleet.conf: parts with keys, in the form of TOML.
+// The settings of a file such as /etc/vastra/fleet.conf: parts with keys, in TOML.
 #pragma once
 
 #include <cstddef>
@@ -11,8 +11,7 @@ namespace vastra {
 
 struct CSetting {
   std::string part, key;
-  std::vector<std::string> values;
-  bool isList = false;
+  std::vector<std::string> values;  // one, or those of a list
   std::size_t line = 0;
 };
 
@@ -23,7 +22,8 @@ class CSettingsFault : public std::runtime_error {
       : std::runtime_error("line " + std::to_string(line) + ": " + text) {}
 };
 
-// Throws CSettingsFault for the first line that cannot be read without a doubt.
+// Throws CSettingsFault for what is not TOML, and for what is not a part, or a text, number, flag or list of
+// these in one.
 std::vector<CSetting> ParseSettings(std::istream& text);
 
 }  // namespace vastra

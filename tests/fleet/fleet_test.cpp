@@ -159,38 +159,29 @@ TEST(FleetServers, AnUrlIsAProtocolAHostAndAPort) {
     }
 }
 
-TEST(FleetSettings, AreReadAsTheyWereMeant) {
+TEST(FleetSettings, AreReadOrRefusedWithTheLine) {
   const std::pair<const char*, const char*> texts[] = {
-      {"[ship]\nnode = \"kiln #1, old\"  # the first\n", "ship.node=kiln #1, old;"},
-      {"\xef\xbb\xbf[ship]\r\n  node=kiln1\r\n\r\ncsv = true", "ship.node=kiln1;ship.csv=true;"},
-      {"[a]\nx = '\"\\'\ny = \"\\\"\\\\\"\nz = \"\"", "a.x=\"\\;a.y=\"\\;a.z=;"},
-      {"[a]\nx = [\"/b\" , # one\n 'c=/d',\n]\n[b]\nx = []", "a.x=/b|c=/d;b.x=;"},
-      {"x = 1\n# [a]\n[a]", ".x=1;"},
-      {"", ""}};
+      {"[ship]\nnode = \"kiln #1, old\"  # the first\ncsv = true\n", "ship.csv=true;ship.node=kiln #1, old;"},
+      {"[a]\nx = [\"/b\" , # one\n 'c=/d',\n]\ny = -5\n[b]\nx = []", "a.x=/b|c=/d;a.y=-5;b.x=;"},
+      {"", ""},
+      {"x = 1\n[a]", "line 1: x is before the first part, such as [ship]"},
+      {"[a]\nx = 1.5\n", "line 2: x is no text, whole number, true or false"},
+      {"[a]\nx = 1\n[a.b]\nc = 2", "line 3: b is no text, whole number, true or false"},
+      {"[a]\n\nnode = kiln1", "line 3: "},
+      {"[a]\nx = 1\nx = 2", "line 3: "}};
   for (const auto& [text, wanted] : texts) {
     std::istringstream input(text);
     std::string read;
-    for (const CSetting& one : ParseSettings(input)) {
-      read += one.part + "." + one.key + "=";
-      for (std::size_t i = 0; i < one.values.size(); ++i) read += (i > 0 ? "|" : "") + one.values[i];
-      read += ";";
-    }
-    EXPECT_EQ(read, wanted) << text;
-  }
-}
-
-TEST(FleetSettings, ALineInDoubtIsRefused) {
-  for (const char* const line :
-       {"node = \"kiln1", "node = 'kiln1\"", "node \"kiln1\"", "node: kiln1", "node =", "node = kiln 1",
-        "= 1", "node = \"a\\b\"", "x = [\"a\"\n\n", "x = [\"a\" \"b\"]", "x = [,]", "[ship", "[]", "[a b]",
-        "[[a]]", "no de = 1", "first = 2", "x = [\"a\"] b", "\x01"}) {
-    std::istringstream input(std::string("[a]\nfirst = 1\n") + line);
     try {
-      ParseSettings(input);
-      ADD_FAILURE() << line;
+      for (const CSetting& one : ParseSettings(input)) {
+        read += one.part + "." + one.key + "=";
+        for (std::size_t i = 0; i < one.values.size(); ++i) read += (i > 0 ? "|" : "") + one.values[i];
+        read += ";";
+      }
     } catch (const CSettingsFault& fault) {
-      EXPECT_EQ(std::string(fault.what()).find("line 3: "), 0U) << line << ": " << fault.what();
+      read = fault.what();
     }
+    EXPECT_TRUE(std::string(wanted).ends_with(": ") ? read.starts_with(wanted) : read == wanted) << read;
   }
 }
 
