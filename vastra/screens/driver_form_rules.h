@@ -32,7 +32,7 @@ CString FormTitle(const DriverForm& form);
 std::vector<CFormRow> RowsOf(const DriverForm& form);
 // The setting that a help text of a driver is about, as a configuration calls it: "text2" of "text2: one
 // value for each variable". Empty: the help does not begin with one.
-CString SettingOf(const CString& help);
+VASTRA_API CString SettingOf(const CString& help);
 // The help text of the row, without the name of the setting, and with the bounds of a number.
 CString HelpOf(const CFormRow& row);
 // Why the row's value is refused; empty: it is valid.
