@@ -93,7 +93,7 @@ TEST_F(Feed, AReaderFollowsARunFromItsOpeningToItsEnd) {
   json output =
       json::parse(R"({"name": "All", "binary": false, "text": true, "maxLogs": 400, "maxSamples": 2})");
   output["folder"] = m_dir.Path().Std();
-  EXPECT_EQ(opening["stages"]["outputs"], json({output}));
+  EXPECT_EQ(opening["stages"]["outputs"], json::array({output}));
   EXPECT_EQ(opening["stages"]["origins"], json::parse(R"([{"variables": ["x"], "alive": ""}])"));
   EXPECT_EQ(opening["units"], json::parse(R"([{"variable": "x", "unit": "K"}])"));
   EXPECT_EQ(opening["stages"]["nodes"], json({"Simulator"}));
