@@ -438,7 +438,8 @@ def main():
         finally:
             fleet.end()
         shutil.rmtree(folder, ignore_errors=True)
-        print(f"{name}: {fleet.compared} files compared, {time.monotonic() - began:.0f} s", flush=True)
+        seen = f"{fleet.compared} compared, no difference" if fleet.compared else "all as promised"  # at the end
+        print(f"{name}: {seen}, {time.monotonic() - began:.0f} s", flush=True)
 
 
 if __name__ == "__main__":

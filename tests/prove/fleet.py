@@ -37,5 +37,5 @@ def fleet(run):
         seen = re.search(rf"^{case}: (.*)$", ended.stdout, re.MULTILINE)
         if ended.returncode or not seen:
             raise Failed("%s: %s" % (case, ended.stderr[-2000:]))
-        rows.append(("A fleet's archive equals the files of its nodes. " + promise % {"count": run.count}, "no difference, " + seen[1]))
+        rows.append(("A fleet's archive equals the files of its nodes. " + promise % {"count": run.count}, "files at the end: " + seen[1]))
     return rows
