@@ -295,7 +295,7 @@ class CConfigFile : public CLI::Config {
     const auto isPart = [&](const CLI::App* command) { return command->get_name() == one.part; };
     const auto commands = m_line.get_subcommands(isPart);
     if (commands.empty())
-      throw CSettingsFault(one.line, one.key + " is in " + part + ", which is no command");
+      throw CSettingsFault(one.line, one.key + " is in " + part + ", which is not a command");
     const CLI::Option* const option = commands.front()->get_option_no_throw("--" + one.key);
     if (option == nullptr)
       throw CSettingsFault(one.line, one.key + " is not an option of vastra-fleet " + one.part);
@@ -422,8 +422,7 @@ int Main(int argc, char** argv) {
   try {
     for (const CCommand& one : commands)
       if (*one.app) return one.run(*one.options);
-    throw CUseFault(
-        "there is no command: it is init, ship, archive, status or watch (see vastra-fleet --help)");
+    throw CUseFault("a command is missing: init, ship, archive, status or watch (see vastra-fleet --help)");
   } catch (const CUseFault& fault) {
     Print(fault.what());
     return kWrongUse;

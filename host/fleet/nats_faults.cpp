@@ -10,15 +10,15 @@ constexpr const char* kOtherSigner = "--tls-ca is not who has signed the certifi
 constexpr const char* kOtherName =
     "the certificate of the server is for other names: its subjectAltName needs the host of --server";
 constexpr const char* kEndedByServer =
-    "the server has ended the connection: for the certificate of this client (--tls-cert), or because there "
-    "are too many; its log says why";
+    "the line was cut, or the server has ended the connection: for the certificate of this client "
+    "(--tls-cert), or because there are too many; its log says why";
 
 // The words of the library, of OpenSSL or of the servers, and what to do.
 constexpr std::pair<const char*, const char*> kHints[] = {
     {"Authorization Violation",
      "the servers do not accept the user: its password, or credentials that are too old or revoked "
-     "(--creds), or "
-     "its certificate (--tls-cert)"},
+     "(--creds), "
+     "or its certificate (--tls-cert)"},
     {"Authentication Expired", "the credentials are too old: renew the file (--creds)"},
     {"Authentication Revoked", "the servers have revoked the credentials (--creds)"},
     {"Secure Connection not available", "the servers have no TLS, which tls:// and --tls-ca ask for"},

@@ -45,12 +45,15 @@ std::string CReceiptSender::Work(Time now) {
   }
   const std::size_t silent =
       std::erase_if(m_sent, [&](const auto& one) { return now - one.second.sent > kReceiptOverdue; });
-  if (now < m_againDue || !m_link.IsUp()) return "";
-  m_againDue = now + kReceiptOverdue;
-  Send(Overdue(), now);
-  return silent == 0 ? ""
-                     : std::string("receipts: the stream ") + kReceiptStream +
-                           " has not answered, sent again (vastra-fleet init makes it if it is not there)";
+  if (!m_link.IsUp()) return "";
+  if (now >= m_againDue) {
+    m_againDue = now + kReceiptOverdue;
+    Send(Overdue(), now);
+  }
+  return silent == 0
+             ? ""
+             : std::string("receipts: the stream ") + kReceiptStream +
+                   " has not answered, they are sent again (vastra-fleet init makes it if it is not there)";
 }
 
 std::vector<CStoredFile> CReceiptSender::Overdue() {

@@ -34,13 +34,13 @@ void SetPlace(CServerUrl& server, const std::string& place, const std::string& s
   const bool isBracket = place.starts_with('[');
   const std::size_t close = isBracket ? place.find(']') : 0, colon = place.find(':', close);
   if (isBracket && close == std::string::npos) Refuse(shown, "the address has no ]");
-  if (isBracket && close + 1 < place.size() && colon != close + 1) Refuse(shown, "there is no : after ]");
+  if (isBracket && close + 1 < place.size() && colon != close + 1) Refuse(shown, "a : should follow the ]");
   if (!isBracket && colon != place.rfind(':'))
     Refuse(shown, "an address with colons needs brackets, as in [::1]");
   server.host = isBracket ? place.substr(1, close - 1) : place.substr(0, colon);
   server.port = colon == std::string::npos ? kPort : place.substr(colon + 1);
   if (server.host.empty() || server.host.find_first_of("/ ?#[]") != std::string::npos)
-    Refuse(shown, "there is no name or address of a host");
+    Refuse(shown, "the name or address of a host is missing");
   if (!IsPort(server.port)) Refuse(shown, "the port is not a number up to 65535");
 }
 
@@ -99,7 +99,7 @@ std::vector<CServerUrl> ParseServers(const std::vector<std::string>& texts) {
         servers.push_back(ParseServer(part.substr(begin, part.find_last_not_of(kBlank) + 1 - begin)));
     }
   }
-  if (servers.empty()) throw CUrlFault("there is no server; one is nats://HOST:PORT or tls://HOST:PORT");
+  if (servers.empty()) throw CUrlFault("a server is missing; one is nats://HOST:PORT or tls://HOST:PORT");
   return servers;
 }
 

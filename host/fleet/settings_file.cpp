@@ -12,7 +12,7 @@ std::string TextOf(const std::string& key, const toml::node& node) {
   if (const auto* const text = node.as_string()) return text->get();
   if (const auto* const number = node.as_integer()) return std::to_string(number->get());
   if (const auto* const flag = node.as_boolean()) return flag->get() ? "true" : "false";
-  throw CSettingsFault(LineOf(node), key + " is no text, whole number, true or false");
+  throw CSettingsFault(LineOf(node), key + " is not a text, a whole number, true or false");
 }
 
 CSetting SettingOf(const std::string& part, const std::string& key, const toml::node& node) {

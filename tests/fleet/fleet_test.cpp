@@ -165,8 +165,8 @@ TEST(FleetSettings, AreReadOrRefusedWithTheLine) {
       {"[a]\nx = [\"/b\" , # one\n 'c=/d',\n]\ny = -5\n[b]\nx = []", "a.x=/b|c=/d;a.y=-5;b.x=;"},
       {"", ""},
       {"x = 1\n[a]", "line 1: x is before the first part, such as [ship]"},
-      {"[a]\nx = 1.5\n", "line 2: x is no text, whole number, true or false"},
-      {"[a]\nx = 1\n[a.b]\nc = 2", "line 3: b is no text, whole number, true or false"},
+      {"[a]\nx = 1.5\n", "line 2: x is not a text, a whole number, true or false"},
+      {"[a]\nx = 1\n[a.b]\nc = 2", "line 3: b is not a text, a whole number, true or false"},
       {"[a]\n\nnode = kiln1", "line 3: "},
       {"[a]\nx = 1\nx = 2", "line 3: "}};
   for (const auto& [text, wanted] : texts) {
