@@ -3,6 +3,7 @@
 #include <openssl/evp.h>
 
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <sstream>
 
@@ -15,24 +16,26 @@ namespace {
 
 using CClock = std::chrono::steady_clock;
 
-constexpr std::chrono::seconds kReportPatience{5};
+constexpr std::chrono::seconds kReportPatience{5}, kChunkPatience{120};
 constexpr const char* kReportKind = "report";
 
-// The subjects in the stream come in pages.
-std::vector<std::string> ReportSubjects(CNatsLink& link) {
-  std::vector<std::string> subjects;
-  for (std::uint64_t total = 1; subjects.size() < total;) {
+// The subjects in a stream come in pages.
+void EachSubject(CNatsLink& link, const char* stream, const char* filter, std::chrono::seconds patience,
+                 const std::function<void(const std::string&)>& visit) {
+  std::uint64_t seen = 0;
+  for (std::uint64_t total = 1; seen < total;) {
     const nlohmann::json info =
-        link.Ask(StreamRequest("INFO", kStatusStream),
-                 {{"subjects_filter", "vastra.status.>"}, {"offset", subjects.size()}}, kReportPatience);
+        link.Ask(StreamRequest("INFO", stream), {{"subjects_filter", filter}, {"offset", seen}}, patience);
     const auto state = info.find("state");
     if (state == info.end() || !state->contains("subjects")) break;
-    const std::size_t before = subjects.size();
-    for (const auto& [subject, count] : (*state)["subjects"].items()) subjects.push_back(subject);
+    const std::uint64_t before = seen;
+    for (const auto& [subject, count] : (*state)["subjects"].items()) {
+      visit(subject);
+      ++seen;
+    }
     total = info.value("total", std::uint64_t{0});
-    if (subjects.size() == before) break;
+    if (seen == before) break;
   }
-  return subjects;
 }
 
 std::string Base64(const std::string& text) {
@@ -82,7 +85,9 @@ void HearReport(const CNatsMessage& answer, std::map<std::string, CJson>& nodes)
 
 std::map<std::string, CJson> Reports(CNatsLink& link) {
   std::map<std::string, CJson> nodes;
-  const std::vector<std::string> subjects = ReportSubjects(link);
+  std::vector<std::string> subjects;
+  EachSubject(link, kStatusStream, "vastra.status.>", kReportPatience,
+              [&](const std::string& subject) { subjects.push_back(subject); });
   const std::string answers = link.AnswerSubject(kReportKind);
   constexpr std::size_t kAtOnce = 500;
   for (std::size_t begin = 0; begin < subjects.size(); begin += kAtOnce) {
@@ -98,6 +103,21 @@ std::map<std::string, CJson> Reports(CNatsLink& link) {
       }
   }
   return nodes;
+}
+
+// Of each node, also of one that has not reported. The servers count no bytes of a subject.
+void CountChunks(CNatsLink& link, std::map<std::string, CJson>& nodes) {
+  for (auto& [subject, report] : nodes) report["chunks"] = 0;
+  EachSubject(link, kLogStream, "vastra.log.>", kChunkPatience, [&](const std::string& subject) {
+    const std::vector<std::string_view> tokens = TokensOf(subject);
+    constexpr std::size_t kTokens = 4;
+    if (tokens.size() < kTokens) return;
+    const std::optional<std::string> site = TextOfToken(tokens[2]), node = TextOfToken(tokens[3]);
+    if (!site || !node) return;
+    CJson& report = nodes[NodeSubject("status", {*site, *node})];
+    if (report.is_null()) report = {{"site", *site}, {"node", *node}, {"chunks", 0}};
+    report["chunks"] = report["chunks"].get<std::uint64_t>() + 1;
+  });
 }
 
 double NumberAt(const CJson& object, const char* key) {
@@ -129,10 +149,12 @@ std::string AgeText(const CJson& node, const char* key) {
 
 }  // namespace
 
-CJson FleetStatus(CNatsLink& link) {
+CJson FleetStatus(CNatsLink& link, bool hasChunks) {
   CJson list = CJson::array();
-  for (auto& [subject, report] : Reports(link)) list.push_back(std::move(report));
+  std::map<std::string, CJson> nodes = Reports(link);
   const nlohmann::json info = link.Ask(StreamRequest("INFO", kLogStream), nullptr, kReportPatience);
+  if (hasChunks) CountChunks(link, nodes);
+  for (auto& [subject, report] : nodes) list.push_back(std::move(report));
   const nlohmann::json state = info.value("state", nlohmann::json::object());
   return {{"servers",
            {{"messages", state.value("messages", std::uint64_t{0})},
@@ -140,13 +162,16 @@ CJson FleetStatus(CNatsLink& link) {
           {"nodes", std::move(list)}};
 }
 
-std::string FleetTable(const CJson& status) {
+std::string FleetTable(const CJson& status, bool hasChunks) {
   std::vector<std::vector<std::string>> rows = {
       {"site", "node", "waiting", "sent", "archived", "lost", "oldest", "last contact"}};
-  for (const CJson& node : status["nodes"])
+  if (hasChunks) rows.front().emplace_back("chunks");
+  for (const CJson& node : status["nodes"]) {
     rows.push_back({Printable(node["site"].get<std::string>()), Printable(node["node"].get<std::string>()),
                     SumText(node, "waiting"), SumText(node, "sent"), SumText(node, "archived"),
                     CountText(NumberAt(node, "lost")), AgeText(node, "oldest"), AgeText(node, "contact")});
+    if (hasChunks) rows.back().push_back(CountText(NumberAt(node, "chunks")));
+  }
   return status["nodes"].empty() ? "no node has reported yet\n" : TextTable(rows);
 }
 

@@ -29,33 +29,55 @@ CJson LogStream() {
           {"storage", "file"}};
 }
 
-CJson NewestStream(const char* name, const char* subjects, const char* words, std::int64_t days) {
-  return {{"name", name},
-          {"description", words},
-          {"subjects", {subjects}},
+// The streams with the newest message of each subject, and the part of the chunks' limit that is theirs if
+// the account asks for limits.
+struct CNewestStream {
+  const char *name, *subjects, *words;
+  std::int64_t days, part;
+};
+constexpr CNewestStream kNewestStreams[] = {
+    {kReceiptStream, "vastra.done.>", "receipts of an archive", 30, 20},
+    {kStatusStream, "vastra.status.>", "the newest report of each node", 365, 100}};
+constexpr std::int64_t kLeastBytes = 10'000'000;  // of these streams
+
+CJson NewestStream(const CNewestStream& stream) {
+  return {{"name", stream.name},
+          {"description", stream.words},
+          {"subjects", {stream.subjects}},
           {"retention", "limits"},
           {"discard", "old"},
           {"max_msgs_per_subject", 1},
-          {"max_age", days * 24 * 3600 * kSecond},
+          {"max_age", stream.days * 24 * 3600 * kSecond},
           {"max_msgs", -1},
           {"max_msg_size", -1},
           {"no_ack", false},
           {"duplicate_window", kSecond / 10},
-          {"allow_direct", name == kReceiptStream},
+          {"allow_direct", stream.name == kReceiptStream},
           {"storage", "file"}};
 }
 
-// -1 and 0 are no limit.
-bool IsLower(std::int64_t wish, std::int64_t have) { return wish > 0 && (have <= 0 || wish < have); }
+// What the account asks of streams with so many replicas, each of which counts.
+struct CAccount {
+  bool isLimitNeeded = false;  // of each stream
+  std::int64_t most = -1;      // bytes of all limits together
+  bool isOfReplicas = false;   // other numbers of replicas have limits of their own
+};
 
-std::optional<nlohmann::json> ConfigOf(CNatsLink& link, const char* stream) {
+CAccount AccountOf(const nlohmann::json& info, std::int64_t replicas) {
+  const nlohmann::json none = nlohmann::json::object(), tiers = info.value("tiers", none);
+  const nlohmann::json tier = tiers.value("R" + std::to_string(replicas), none);
+  const nlohmann::json limits = (tiers.empty() ? info : tier).value("limits", none);
+  return {limits.value("max_bytes_required", false), limits.value("max_storage", std::int64_t{-1}),
+          !tiers.empty()};
+}
+
+// Nothing if there is none of this name.
+nlohmann::json InfoOf(CNatsLink& link, const char* stream) {
   try {
-    return link.Ask(StreamRequest("INFO", stream), nullptr, kStreamPatience).at("config");
+    return link.Ask(StreamRequest("INFO", stream), nullptr, kStreamPatience);
   } catch (const CNatsFault& fault) {
-    if (fault.Error() == CNatsFault::kNoStream) return std::nullopt;
+    if (fault.Error() == CNatsFault::kNoStream) return nullptr;
     throw;
-  } catch (const nlohmann::json::exception& fault) {
-    throw CNatsFault(std::string(stream) + ": " + fault.what());
   }
 }
 
@@ -67,11 +89,25 @@ struct CPlan {
   std::string changes = {};  // each after "; "
 };
 
-void RefuseLower(const char* name, const char* what, std::int64_t wish, std::int64_t have) {
-  throw CNatsFault(std::string(name) + ": " + what + " would be lowered from " +
-                   (have <= 0 ? std::string("no limit") : std::to_string(have)) + " to " +
-                   std::to_string(wish) +
-                   "; nothing was changed (init only raises; the servers' tools can lower it)");
+std::int64_t LimitOf(const nlohmann::json& config) {
+  return std::max(std::int64_t{0}, config.value("max_bytes", std::int64_t{0}));
+}
+
+// A full stream refuses what comes, so a first limit loses nothing of a stream that holds less.
+void CheckFirstLimit(const char* name, std::int64_t wish, const nlohmann::json& state) {
+  if (const std::int64_t held = state.value("bytes", std::int64_t{0}); wish < held)
+    throw CNatsFault(
+        std::string(name) + ": holds " + std::to_string(held) + " bytes, and a limit of " +
+        std::to_string(wish) +
+        " would be less; nothing was changed (run an archive first, or choose a larger --max-bytes)");
+}
+
+void CheckRaise(const char* name, const char* option, std::int64_t wish, std::int64_t have) {
+  if (wish < have)
+    throw CNatsFault(std::string(name) + ": " + option + " would be lowered from " + std::to_string(have) +
+                     " to " + std::to_string(wish) +
+                     "; nothing was changed (init only raises; with the servers' tools: nats stream edit " +
+                     name + " " + option + "=" + std::to_string(wish) + ")");
 }
 
 // The value of a key. Times in seconds.
@@ -117,20 +153,39 @@ CPlan ChangeOf(const char* name, const CJson& wish, const nlohmann::json& config
   return plan;
 }
 
-CPlan PlanOf(CNatsLink& link, const char* name, CJson wish, const CStreamWishes& wishes) {
+// bytes: the limit; 0: as it is. That of another stream than the chunks' one is for one without a limit.
+CPlan PlanOf(CNatsLink& link, const char* name, CJson wish, std::int64_t replicas, std::int64_t bytes) {
   constexpr std::int64_t kReplicas = 3;
-  const std::optional<nlohmann::json> config = ConfigOf(link, name);
-  const std::int64_t replicas = config ? config->value("num_replicas", std::int64_t{1}) : 0;
-  const bool isLog = name == kLogStream;
-  wish["num_replicas"] = wishes.replicas > 0 ? wishes.replicas : std::max(replicas, kReplicas);
-  if (isLog && wishes.maxBytes > 0) wish["max_bytes"] = wishes.maxBytes;
-  if (!config) return {name, std::move(wish), "CREATE", "made"};
-  CheckUse(name, wish, *config);
-  const std::int64_t bytes = config->value("max_bytes", std::int64_t{-1});
-  if (wish["num_replicas"] < replicas) RefuseLower(name, "replicas", wishes.replicas, replicas);
-  if (isLog && IsLower(wishes.maxBytes, bytes))
-    RefuseLower(name, "the limit of bytes", wishes.maxBytes, bytes);
-  return ChangeOf(name, wish, *config);
+  const nlohmann::json info = InfoOf(link, name);
+  const nlohmann::json config = info.is_null() ? info : info.value("config", nlohmann::json::object());
+  const std::int64_t copies = config.is_null() ? 0 : config.value("num_replicas", std::int64_t{1});
+  const std::int64_t limit = config.is_null() ? 0 : LimitOf(config);
+  wish["num_replicas"] = replicas > 0 ? replicas : std::max(copies, kReplicas);
+  if (bytes > 0 && (name == kLogStream || limit == 0)) wish["max_bytes"] = bytes;
+  if (config.is_null()) return {name, std::move(wish), "CREATE", "made"};
+  CheckUse(name, wish, config);
+  CheckRaise(name, "--replicas", wish["num_replicas"], copies);
+  if (wish.contains("max_bytes") && limit > 0) CheckRaise(name, "--max-bytes", bytes, limit);
+  if (wish.contains("max_bytes") && limit == 0)
+    CheckFirstLimit(name, bytes, info.value("state", nlohmann::json::object()));
+  return ChangeOf(name, wish, config);
+}
+
+std::int64_t ReplicasOf(const CPlan& plan) { return plan.wish["num_replicas"].get<std::int64_t>(); }
+
+void CheckSum(const std::vector<CPlan>& plans, const CAccount& account) {
+  const std::int64_t replicas = ReplicasOf(plans.front());
+  std::int64_t sum = 0;
+  for (const CPlan& plan : plans)
+    if (!account.isOfReplicas || ReplicasOf(plan) == replicas) sum += LimitOf(plan.wish) * ReplicasOf(plan);
+  const bool isDone =
+      std::ranges::none_of(plans, [](const CPlan& plan) { return plan.operation != nullptr; });
+  if (isDone || account.most <= 0 || sum <= account.most) return;
+  const std::int64_t fits = LimitOf(plans.front().wish) - (sum - account.most) / replicas - 1;
+  throw CNatsFault("the limits of the streams, times the replicas, are " + std::to_string(sum) +
+                   " bytes, and the account may have " + std::to_string(account.most) +
+                   "; nothing was changed (raise max_file of the account" +
+                   (fits > 0 ? ", or --max-bytes is " + std::to_string(fits) + " at most" : "") + ")");
 }
 
 }  // namespace
@@ -158,20 +213,25 @@ std::optional<std::uint64_t> ServerTime(const std::string& text) {
 }
 
 void MakeStreams(CNatsLink& link, const CStreamWishes& wishes, std::ostream& out) {
-  constexpr std::int64_t kReceiptDays = 30, kStatusDays = 365;
-  const CPlan plans[] = {
-      PlanOf(link, kLogStream, LogStream(), wishes),
-      PlanOf(link, kReceiptStream,
-             NewestStream(kReceiptStream, "vastra.done.>", "receipts of an archive", kReceiptDays), wishes),
-      PlanOf(link, kStatusStream,
-             NewestStream(kStatusStream, "vastra.status.>", "the newest report of each node", kStatusDays),
-             wishes)};
+  const nlohmann::json info = link.Ask("$JS.API.INFO", nullptr, kStreamPatience);
+  std::vector<CPlan> plans = {PlanOf(link, kLogStream, LogStream(), wishes.replicas, wishes.maxBytes)};
+  const CAccount account = AccountOf(info, ReplicasOf(plans.front()));
+  const std::int64_t limit = account.isLimitNeeded ? LimitOf(plans.front().wish) : 0;
+  if (account.isLimitNeeded && limit == 0)
+    throw CNatsFault(
+        "the account asks for a limit of each stream (max_bytes_required): init needs --max-bytes");
+  for (const CNewestStream& one : kNewestStreams)
+    plans.push_back(PlanOf(link, one.name, NewestStream(one), wishes.replicas,
+                           limit > 0 ? std::max(kLeastBytes, limit / one.part) : 0));
+  CheckSum(plans, account);
   for (const CPlan& plan : plans) {
     if (plan.operation != nullptr)
       link.Ask(StreamRequest(plan.operation, plan.name), plan.wish, kStreamPatience);
-    out << plan.name << ": " << plan.words << ", " << plan.wish["num_replicas"] << " replicas" << plan.changes
-        << "\n";
+    out << plan.name << ": " << plan.words << ", " << plan.wish["num_replicas"] << " replicas";
+    if (const std::int64_t most = LimitOf(plan.wish); most > 0) out << ", at most " << most << " bytes";
+    out << plan.changes << "\n";
   }
+  if (account.isLimitNeeded) out << "the account asks for a limit of each stream (max_bytes_required)\n";
 }
 
 }  // namespace vastra

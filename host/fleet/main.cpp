@@ -41,7 +41,7 @@ struct COptions {
   CLiveChoice watched;
   std::string watchFeeds;
   std::string deleteAfter;
-  bool isJson = false, isPrint = false;
+  bool isJson = false, isPrint = false, hasChunks = false;
 };
 
 constexpr std::chrono::seconds kPatience{10};  // with servers, of commands that end
@@ -198,6 +198,7 @@ int Archive(COptions& options) {
   archive.state = StateFolder(archive.state, "");
   options.servers.name = "vastra-fleet archive";
   options.servers.inbox = "_INBOX.vastra-archive";
+  options.servers.payload = kMostInMessage;
   CToldOnce log(Print);
   CEnd::Block();
   CNatsLink link(options.servers);
@@ -212,8 +213,8 @@ int Status(COptions& options) {
   options.servers.inbox = "_INBOX.vastra-watch";
   CNatsLink link(options.servers);
   link.WaitUp(kPatience);
-  const CJson status = FleetStatus(link);
-  std::cout << (options.isJson ? JsonLine(status) : FleetTable(status));
+  const CJson status = FleetStatus(link, options.hasChunks);
+  std::cout << (options.isJson ? JsonLine(status) : FleetTable(status, options.hasChunks));
   return kDone;
 }
 
@@ -371,6 +372,8 @@ CCommand AddStatus(CLI::App& line, COptions& options) {
   CLI::App* const status = line.add_subcommand("status", "what each machine has sent, and what waits");
   AddServers(status, options);
   status->add_flag("--json", options.isJson, "as JSON");
+  status->add_flag("--chunks", options.hasChunks,
+                   "also the chunks of each machine that the servers hold, as they count them");
   return {status, Status, &options};
 }
 

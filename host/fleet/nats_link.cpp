@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 #include <charconv>
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <sstream>
@@ -22,6 +23,7 @@ constexpr int kReconnectWait = 500, kReconnectJitter = 500, kConnectTimeout = 50
 // passed by then, for an answer comes after it; so must a call that sends, which such a server would hold.
 constexpr int kPingInterval = 10000, kUnansweredPings = 2, kWriteDeadline = 20000;
 constexpr std::chrono::milliseconds kLook{20}, kAbsence{5000}, kAbsenceTold{60000};
+constexpr std::chrono::milliseconds kShortestLeave{500}, kLongestLeave{10000};
 constexpr int kReconnectBuffer = 1;  // nothing is kept for later: who sends asks whether it came
 
 void Check(natsStatus status, const std::string& what) {
@@ -187,7 +189,13 @@ CNatsLink::~CNatsLink() {
   nats_CloseAndWait(kLongest);  // no call of this object comes after it
 }
 
-bool CNatsLink::IsUp() const { return natsConnection_Status(m_connection) == NATS_CONN_STATUS_CONNECTED; }
+bool CNatsLink::IsConnected() const {
+  return natsConnection_Status(m_connection) == NATS_CONN_STATUS_CONNECTED;
+}
+
+bool CNatsLink::IsSmall() const { return natsConnection_GetMaxPayload(m_connection) < m_wish.payload; }
+
+bool CNatsLink::IsUp() const { return IsConnected() && !IsSmall(); }
 
 unsigned CNatsLink::Connections() const {
   const std::lock_guard guard(m_lock);
@@ -226,6 +234,11 @@ std::string CNatsLink::Absence() const {
          (words != nullptr && *words != 0 ? ": " + FaultWords(words) : " for a moment");
 }
 
+bool CNatsLink::IsLeft() const {
+  const std::lock_guard guard(m_lock);
+  return m_isLeft;
+}
+
 std::string CNatsLink::Server() const {
   const std::lock_guard guard(m_lock);
   return m_server;
@@ -243,25 +256,37 @@ void CNatsLink::NoteServer(natsConnection* connection) {
   }
   const std::lock_guard guard(m_lock);
   m_server = std::move(server);
+  m_isLeft = natsConnection_GetMaxPayload(connection) < m_wish.payload;
 }
 
 // The library gives up after servers have refused the user twice.
 void CNatsLink::CheckOpen() const {
   if (natsConnection_IsClosed(m_connection)) throw CNatsFault(Absence());
-  const std::int64_t most = natsConnection_GetMaxPayload(m_connection);
-  const bool isSmall = IsUp() && most < m_wish.payload;
   const std::lock_guard guard(m_lock);
-  if (isSmall)
-    throw CNatsFault("the server " + m_server + " takes messages of " + std::to_string(most) +
-                     " bytes at most, but chunks of logs need " + std::to_string(m_wish.payload) +
-                     ": set its max_payload");
   if (!m_deaf.empty()) throw CNatsFault("servers: " + m_deaf);
+}
+
+// The library has no call to leave a server; it goes on with the next one, and knows also those that servers
+// have told of.
+void CNatsLink::LeaveSmall(Time now) {
+  if (IsUp()) m_leavePause = {};
+  if (!IsConnected() || !IsSmall() || !IsLeft() || now < m_leaveDue) return;
+  m_leavePause = std::clamp(2 * m_leavePause, kShortestLeave, kLongestLeave);
+  m_leaveDue = now + m_leavePause;
+  Tell("the server " + Server() + " takes messages of " +
+       std::to_string(natsConnection_GetMaxPayload(m_connection)) + " bytes at most, but a fleet needs " +
+       std::to_string(m_wish.payload) + ": set its max_payload; left for another one, or tried again");
+  char* address = nullptr;
+  int port = 0;
+  if (natsConnection_GetLocalIPAndPort(m_connection, &address, &port) == NATS_OK) EndConnection(port);
+  std::free(address);
 }
 
 std::vector<std::string> CNatsLink::TakeFaults() {
   CheckOpen();
   const Time now = std::chrono::steady_clock::now();
-  if (IsUp()) m_checked = now;
+  LeaveSmall(now);
+  if (IsConnected()) m_checked = now;
   if (now - m_checked > kAbsence) {
     m_checked = now + kAbsenceTold;
     Tell(Absence());
@@ -397,6 +422,7 @@ void CNatsLink::OnError(natsConnection* connection, natsSubscription*, natsStatu
 void CNatsLink::OnUp(natsConnection* connection, void* link) {
   CNatsLink& self = *static_cast<CNatsLink*>(link);
   self.NoteServer(connection);
+  if (self.IsLeft()) return self.Wake();
   self.Tell("connected to " + self.Server());
   const std::lock_guard guard(self.m_lock);
   ++self.m_connections;
@@ -408,6 +434,7 @@ void CNatsLink::OnDown(natsConnection* connection, void* link) {
   const char* words = nullptr;
   const natsStatus status = natsConnection_GetLastError(connection, &words);
   CNatsLink& self = *static_cast<CNatsLink*>(link);
+  if (self.IsLeft()) return;
   self.Tell("the connection is lost: " + self.Server() +
             (status != NATS_OK && words != nullptr && *words != 0 ? ": " + FaultWords(words) : ""));
 }

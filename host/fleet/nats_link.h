@@ -71,6 +71,7 @@ class CNatsLink {
   CNatsLink& operator=(const CNatsLink&) = delete;
   ~CNatsLink();
 
+  // Whether there is a connection to a server that takes the messages.
   bool IsUp() const;
   // Waits for the first connection. Throws CNatsFault without one in this time, or if there will be none.
   void WaitUp(std::chrono::milliseconds patience);
@@ -78,8 +79,8 @@ class CNatsLink {
   // compares.
   unsigned Connections() const;
   // What the servers complained about since the last call, such as a subject that is not permitted, and why
-  // there is no connection. Throws CNatsFault for what stays so: the servers refuse the user, do not let it
-  // hear a subject, or take only smaller messages.
+  // there is no connection. Throws CNatsFault for what stays so: the servers refuse the user, or do not let
+  // it hear a subject. Leaves a server that takes only smaller messages, for another one or after a pause.
   std::vector<std::string> TakeFaults();
 
   // Messages of this subject, wildcards allowed, come to Take. Throws CNatsFault.
@@ -119,6 +120,10 @@ class CNatsLink {
   std::string Server() const;
   void NoteServer(natsConnection* connection);
   void CheckOpen() const;
+  bool IsConnected() const;
+  bool IsSmall() const;
+  bool IsLeft() const;
+  void LeaveSmall(Time now);
 
   const CNatsOptions m_wish;
   const std::string m_inbox;
@@ -132,10 +137,13 @@ class CNatsLink {
   bool m_isWoken = false, m_isEnding = false;
   unsigned m_connections = 0;
   Time m_checked = std::chrono::steady_clock::now();  // when there was a connection, or its absence was told
+  Time m_leaveDue{};                         // when a server that takes only smaller messages is left
+  std::chrono::milliseconds m_leavePause{};  // before the next one is
   std::vector<std::string> m_faults;
-  std::string m_server;  // that it is or was connected to
-  std::string m_deaf;    // the servers do not let this user hear a subject: why
-  std::string m_denial;  // what they did not let it say since the last Ask began
+  std::string m_server;   // that it is or was connected to
+  bool m_isLeft = false;  // it takes only smaller messages
+  std::string m_deaf;     // the servers do not let this user hear a subject: why
+  std::string m_denial;   // what they did not let it say since the last Ask began
 };
 
 // The number at the end of an answer's subject; 0 without one.

@@ -2,9 +2,12 @@
 
 #include <fcntl.h>
 #include <netdb.h>
+#include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cstring>
@@ -101,6 +104,17 @@ std::vector<CServerUrl> ParseServers(const std::vector<std::string>& texts) {
   }
   if (servers.empty()) throw CUrlFault("a server is missing; one is nats://HOST:PORT or tls://HOST:PORT");
   return servers;
+}
+
+void EndConnection(int port) {
+  const int most = static_cast<int>(std::min(::sysconf(_SC_OPEN_MAX), 65536L));
+  for (int number = 0; number < most; ++number) {
+    sockaddr_in6 place = {};  // the port is where that of the older protocol is
+    socklen_t size = sizeof place;
+    if (::getsockname(number, reinterpret_cast<sockaddr*>(&place), &size) == 0 &&
+        (place.sin6_family == AF_INET || place.sin6_family == AF_INET6) && ntohs(place.sin6_port) == port)
+      ::shutdown(number, SHUT_RDWR);
+  }
 }
 
 std::string ReachFault(const CServerUrl& server) {

@@ -25,6 +25,9 @@ class CUrlFault : public std::runtime_error {
 // a port.
 std::vector<CServerUrl> ParseServers(const std::vector<std::string>& texts);
 
+// Ends the connection of this process that has this port of its own.
+void EndConnection(int port);
+
 // Tries to connect, without a word to the server. Why it cannot; empty if it can.
 std::string ReachFault(const CServerUrl& server);
 

@@ -243,12 +243,20 @@ def permissions(fleet, rng):
     fleet.cluster.end()
     settings = subprocess.run([BIN / "vastra-fleet", "init", "--print", "--node", "plant/a", "--node", "plant/b"],
                               capture_output=True, text=True, check=True).stdout
-    accounts = settings[settings.index("accounts:"):].replace('"..."', '"secret"')
+    accounts = settings[settings.index("accounts:"):].replace('"..."', '"secret"').replace(
+        "jetstream: enabled", "jetstream: { max_file: 300MB, max_bytes_required: true }")
     fleet.cluster = Cluster(fleet.folder / "closed", 1, accounts)
     creds = {name: fleet.folder / f"{name.replace('/', '-')}.creds" for name in ("admin", "archive", "watch", "plant/a", "plant/b")}
     for name, path in creds.items():
         path.write_text(f"{name}:secret\n")
-    fleet.cluster.init("--creds", creds["admin"])
+    init = [BIN / "vastra-fleet", "init", "--server", fleet.cluster.url, "--creds", creds["admin"], "--replicas", "1"]
+
+    def refused(*options):
+        return subprocess.run([*init, *options], capture_output=True, text=True, timeout=60).stderr
+    wait(lambda: "init needs --max-bytes" in refused(), 30, "the account asks for limits")
+    most = re.search(r"--max-bytes is (\d+) at most", refused("--max-bytes", "300MB"))[1]
+    said = fleet.cluster.init("--creds", creds["admin"], "--max-bytes", most)
+    assert f"DONE: made, 1 replicas, at most {int(most) // 20} bytes" in said, said
     plain = subprocess.run([BIN / "vastra-fleet", "status", "--server", fleet.cluster.url.replace("nats:", "tls:"), "--creds",
                             creds["watch"]], capture_output=True, text=True, timeout=60)
     assert plain.returncode == 1 and "the servers have no TLS" in plain.stderr, plain  # no password without TLS
@@ -348,16 +356,28 @@ def tls_leaf(fleet, rng):
             fleet.start_archive(*secret("archive"))
             cluster.url = at_leaf
             fleet.wait_complete(60)
+
+    def set_payload(server, config, size):
+        config.write_text(config.read_text() + f"max_payload: {size}\n")
+        times = server.text().count("Reloaded server")
+        server.signal(signal.SIGHUP)
+        wait(lambda: server.text().count("Reloaded server") > times, 10, "the server has another max_payload")
+    set_payload(leaf, place / "leaf.conf", "64KB")
+    set_payload(cluster.servers[0], cluster.folder / "s0.conf", "64KB")
     fleet.start_shipper("a", "--domain", "hub")
+    wait(lambda: "takes messages of 65536 bytes at most" in fleet.shippers["a"].text(), 30, "a says why it does not send")
+    set_payload(leaf, place / "leaf.conf", "1MB")
     cluster.url = f"tls://127.0.0.1:{cluster.ports[0]}"
     fill(fleet.add_node("b"), 8, rng)
     fleet.start_shipper("b", *secret("plant-b"))
     fleet.wait_complete(60)
-    cluster.servers[0].signal(signal.SIGSTOP)  # the only one that b was told of
+    good = int(re.findall(r"connected to nats://127.0.0.1:(\d+)", fleet.shippers["b"].text())[-1])  # not what b was told of
+    stopped = cluster.servers[cluster.ports.index(good)]
+    stopped.signal(signal.SIGSTOP)
     for logs in fleet.nodes.values():
         fill(logs, 8, rng)
     fleet.wait_complete(150)
-    cluster.servers[0].signal(signal.SIGCONT)
+    stopped.signal(signal.SIGCONT)
     leaf.kill()
     assert "the connection is lost" in fleet.shippers["b"].text(), fleet.shippers["b"].text()
 
@@ -382,11 +402,6 @@ def basics(fleet, rng):
     def run(command, *options):
         return subprocess.run([BIN / "vastra-fleet", command, "--server", url, *options], capture_output=True,
                               text=True, timeout=60)
-    for options, status, words in ((("--replicas", "3"), 0, "VASTRA_LOGS: is there, 3 replicas"),
-                                   (("--replicas", "1"), 1, "replicas would be lowered from 3 to 1"),
-                                   (("--replicas", "3", "--max-bytes", "9MB"), 1, "from no limit to 9000000")):
-        done = run("init", *options)
-        assert done.returncode == status and words in done.stdout + done.stderr, done
     logs = fleet.add_node("a")
     for i in range(50):
         (logs / f"{i}.csv").write_bytes(rng.randbytes(20_000) + b"\n")
@@ -396,6 +411,15 @@ def basics(fleet, rng):
     assert done.returncode == 0 and 2 < time.monotonic() - began < 15, (done, time.monotonic() - began)
     node = fleet.status()["nodes"][0]
     assert (node["sent"], node["archived"]["files"], node["waiting"]["files"]) == ({"files": 50, "bytes": 1_000_050}, 0, 0), node
+    for options, status, words in ((("--replicas", "3"), 0, "VASTRA_LOGS: is there, 3 replicas"),
+                                   (("--replicas", "1"), 1, "replicas would be lowered from 3 to 1"),
+                                   (("--max-bytes", "1MB"), 1, "and a limit of 1000000 would be less"),  # than it holds
+                                   (("--max-bytes", "9MB"), 0, "max_bytes is now 9000000, was -1"),
+                                   (("--max-bytes", "8MB"), 1, "would be lowered from 9000000 to 8000000")):
+        done = run("init", *options)
+        assert done.returncode == status and words in done.stdout + done.stderr, done
+    held = json.loads(run("status", "--chunks", "--json").stdout)
+    assert held["nodes"][0]["chunks"] == held["servers"]["messages"] > 3, held
     fleet.start_archive()
     fleet.start_shipper("a", "--csv")
     wait(lambda: fleet.status()["nodes"][0]["archived"]["files"] == 50, 60, "all have receipts")
