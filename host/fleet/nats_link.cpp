@@ -69,8 +69,7 @@ CNatsOptions Secret(CNatsOptions options) {
 
 class COptions {
  public:
-  explicit COptions(const CNatsOptions& options) {
-    Check(natsOptions_Create(&m_options), "options");
+  explicit COptions(const CNatsOptions& options) : COptions() {
     AddServers(options.servers);
     AddSecrets(options);
     Check(natsOptions_SetName(m_options, options.name.c_str()), "name");
@@ -91,6 +90,9 @@ class COptions {
   natsOptions* Get() const { return m_options; }
 
  private:
+  // With it the object is there, so that a fault above frees the options.
+  COptions() { Check(natsOptions_Create(&m_options), "options"); }
+
   void AddServers(const std::vector<std::string>& servers) {
     std::vector<std::string> urls;
     bool isTls = false;
