@@ -20,8 +20,9 @@ from commands import log, output, simulated  # noqa: E402
 from fake_feed import HELLO, STATE, FakeFeed, lines  # noqa: E402
 
 FAR = "plant.gw.kiln"
-PATIENCE = 6 if os.environ.get("SANITIZER") else 2  # how many times slower a machine full of tests may be
-JUNK = 30_000  # files that are no logs: a walk through them takes a while
+PATIENCE = 60  # seconds: a machine full of tests may be slow
+TIMED = "FLEET_TIMES" in os.environ  # measures, too: on a machine that does nothing else
+JUNK = 30_000 if TIMED else 100  # files that are not logs: a walk through many takes a while
 
 
 class LiveTest(unittest.TestCase):
@@ -55,7 +56,7 @@ class LiveTest(unittest.TestCase):
         logger = Process([BIN / "vastra", "run", self.folder / "kiln.json", "--feed", self.feeds / "kiln/feed", "--quiet"],
                          self.folder / "kiln.log")
         self.addCleanup(lambda: logger.is_up() and logger.kill(15))
-        wait(lambda: (self.feeds / "kiln/feed").exists() or not logger.is_up(), 20, "the feed")
+        wait(lambda: (self.feeds / "kiln/feed").exists() or not logger.is_up(), PATIENCE, "the feed")
         self.assertTrue(logger.is_up(), logger.text())
         return logger
 
@@ -95,33 +96,30 @@ class LiveTest(unittest.TestCase):
 
     def test_what_a_logger_does_is_seen_and_that_it_ends(self):
         client = self.listen()
-        begin = time.monotonic()
         logger = self.run_logger()
-        message, times = self.next(client, key="hello"), [time.monotonic()]
-        self.assertLess(times[0] - begin, 4 * PATIENCE)  # with the start of the logger
+        message, begin = self.next(client, key="hello"), time.monotonic()
         self.assertEqual([{"variable": "x", "unit": "bar"}], message["hello"]["units"])
-        hellos = seen = 0
-        while len(times) < 12:
+        messages = hellos = seen = 0
+        while messages < 11 or seen < 5:  # a busy machine may send the sample and the counts in turn
             message = self.next(client)
-            times.append(time.monotonic())
+            messages += 1
             hellos += "hello" in message
             if {"sample", "counts"} <= message.keys():
                 self.assertEqual(message["sample"]["number"], message["sample"]["values"][0])
-                self.assertAlmostEqual(message["counts"]["read"], message["sample"]["number"], delta=150)
+                self.assertAlmostEqual(message["counts"]["read"], message["sample"]["number"], delta=1000)
                 seen += 1
-        self.assertIn(hellos, (1, 2))
-        self.assertGreater(seen, 5)
-        self.assertGreater(times[-1] - times[0], 10.8)
-        self.assertLess(times[-1] - times[0], 15 * PATIENCE)
+            self.assertLess(messages, 100)
+        self.assertIn(hellos, range(1, messages // 2))  # every ten seconds
+        self.assertGreater(time.monotonic() - begin, messages / 2)  # one a second, at most
         logger.kill(15)
         self.assertEqual("stopped", self.next(client, key="ended")["state"]["state"])
-        wait(lambda: "plant/gw/kiln: gone" in self.lines.text(), 5 * PATIENCE, "the end is shown")
-        self.assertRegex(self.lines.text(), r"plant/gw/kiln: running, sample 0 s old, read \d+, late \d+, lost 0\n")
+        wait(lambda: "plant/gw/kiln: gone" in self.lines.text(), PATIENCE, "the end is shown")
+        self.assertRegex(self.lines.text(), r"plant/gw/kiln: running, sample \d+ s old, read \d+, late \d+, lost 0\n")
 
     def test_a_distant_feed_is_that_of_the_logger(self):
         logger = self.run_logger()
         far = self.folder / "far" / FAR / "feed"
-        wait(lambda: far.exists() and self.status()["up"], 20 * PATIENCE, "the distant feed")
+        wait(lambda: far.exists() and self.status()["up"], PATIENCE, "the distant feed")
         status = self.status()
         self.assertEqual(("running", logger.process.pid, 10), (status["state"], status["pid"], status["period"]))
         hello = next(self.read_feed(far, {"want": ["sample"]}))
@@ -136,21 +134,24 @@ class LiveTest(unittest.TestCase):
                 self.assertEqual(number, values[0])
                 self.assertEqual(line, found[number] if request == "{}" else {**line, "values": [None, *values[::-1]]})
         logger.kill(9)
-        wait(lambda: not self.status()["up"], 10 * PATIENCE, "the distant feed says that the logger has gone")
+        wait(lambda: not self.status()["up"], PATIENCE, "the distant feed says that the logger has gone")
         self.assertIn("gone since", self.status()["problems"][0])
 
     def test_a_log_is_in_the_archive_as_soon_as_it_is_closed(self):
         self.run_logger()
         there = self.fleet.archive_folder / "plant/gw/logs"
-        delays, end = {}, time.time() + 8
-        while time.time() < end or len(delays) < 5:
-            self.assertLess(time.time(), end + 60 * PATIENCE, delays)
+        begin, delays = time.time(), {}
+
+        def see():
             for path in self.logs.glob("*.rph"):
                 closed = path.stat().st_mtime
-                if path.name not in delays and closed > end - 8 and (there / path.name).exists():
+                if path.name not in delays and closed > begin and (there / path.name).exists():
                     delays[path.name] = time.time() - closed
-            time.sleep(0.02)
-        self.assertLess(statistics.median(delays.values()), 1.5 * PATIENCE, delays)
+            return len(delays) >= (20 if TIMED else 5)
+        wait(see, PATIENCE, "closed logs are in the archive")
+        if TIMED:
+            self.assertLess(statistics.median(delays.values()), 1.5, delays)
+            print(f"live: median of {len(delays)} logs {statistics.median(delays.values()):.2f} s")
 
     def test_bad_feeds_cost_only_themselves(self):
         secret = self.folder / "f/nodes/gw/secret.rph"
@@ -170,13 +171,10 @@ class LiveTest(unittest.TestCase):
         client = self.listen()
         self.run_logger()
         self.next(client)
-        begin = time.monotonic()
         for _ in range(5):
             self.next(client)
-        self.assertLess(time.monotonic() - begin, 9 * PATIENCE)
         self.assertNotIn("sample", self.next(client, "huge", "state"))
-        wait(lambda: '"sample" of its feed has more than 512 KiB' in self.fleet.shippers["gw"].text(), 5 * PATIENCE, "a line about the huge sample")
-        begin = time.time()
+        wait(lambda: '"sample" of its feed has more than 512 KiB' in self.fleet.shippers["gw"].text(), PATIENCE, "a line about the huge sample")
         (self.logs / "late.rph").write_bytes(b"no log")
         wait(lambda: (self.fleet.archive_folder / "plant/gw/logs/late.rph").exists(), 60, "a file is shipped")
         self.assertEqual([], list(self.fleet.archive_folder.rglob("*secret*")))
@@ -192,7 +190,7 @@ class LiveTest(unittest.TestCase):
                            ("g", '{"live":1,"hello":%s,\n"state":%s}' % (hello.replace(",", ",\n"), json.dumps(STATE)))):
             client.publish(live + name, data.encode())
         far = self.folder / "far"
-        wait((far / "plant.evil.g/feed").exists, 5 * PATIENCE, "the one that is right has a feed")
+        wait((far / "plant.evil.g/feed").exists, PATIENCE, "the one that is right has a feed")
         found = self.read_feed(far / "plant.evil.g/feed", {"want": ["state"]})
         self.assertEqual(["hello", "state"], [next(found)["type"] for _ in range(2)])
         self.assertEqual(["plant.evil.g"], [one.name for one in far.iterdir() if "evil" in one.name])

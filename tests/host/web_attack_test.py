@@ -5,9 +5,7 @@ import re
 import resource
 import select
 import socket
-import statistics
 import subprocess
-import time
 import urllib.parse
 
 from commands import log
@@ -86,10 +84,8 @@ class WebAttackTest(ServerTest):
             self.assertEqual([], [one[:9] for one in received.split(b"\r\n\r\n")[:-1] if not one.startswith(b"HTTP/1.1 ")])
         return [int(status) for status in re.findall(rb"HTTP/1\.1 (\d+) ", received)] + end
 
-    def quick(self, path="/api/v1/about"):
-        begin = time.monotonic()
+    def good(self, path="/api/v1/about"):
         self.assertEqual(200, self.get(path)[0])
-        self.assertLess(time.monotonic() - begin, 5)
 
     def test_requests_that_are_not_clear(self):
         self.write("logs/a.rph", log(["x"], [(100, 1.0)]))
@@ -123,8 +119,8 @@ class WebAttackTest(ServerTest):
             for one in slow:
                 with contextlib.suppress(OSError):
                     one.sendall(b"x")
-            self.quick()
-            self.quick("/api/v1/loggers/old/range")
+            self.good()
+            self.good("/api/v1/loggers/old/range")
         for one in streams[:50]:
             self.assertIn(b"event: now", one.recv(1 << 16))
         if not os.environ.get("SANITIZER"):
@@ -133,7 +129,7 @@ class WebAttackTest(ServerTest):
             self.assertLess(peak, 300 << 10)  # KB
         for one in large + streams + downloads + slow:
             one.close()
-        self.quick()
+        self.good()
         self.ends_well(server)
 
     def test_names_of_all_bytes(self):
@@ -198,11 +194,16 @@ class WebAttackTest(ServerTest):
         # A method that takes much longer than the usual one.
         hashed = subprocess.run(["python3", "-W", "ignore", "-c", "import crypt; print(crypt.crypt('a', '$6$rounds=400000$salt'))"], capture_output=True, check=True)
         self.write("users", b"anna:" + hashed.stdout)
-        self.serve("--users", "users", "--proxy", "127.0.0.1")
-        times = {"anna": [], "bert": []}
+        server = self.serve("--users", "users", "--proxy", "127.0.0.1")
+        used = {"anna": 0, "bert": 0}  # ticks of the processor
         for i in range(3):
-            for name in times:
-                begin = time.monotonic()
+            for name in used:
+                used[name] -= self.ticks(server)
                 self.get("/login", "POST", {"X-Forwarded-For": "192.0.2.%d" % i}, "name=%s&password=b" % name)
-                times[name].append(time.monotonic() - begin)
-        self.assertGreater(statistics.median(times["bert"]), statistics.median(times["anna"]) / 3)
+                used[name] += self.ticks(server)
+        self.assertGreater(used["anna"], 9)
+        self.assertGreater(used["bert"], used["anna"] / 3)
+
+    def ticks(self, server):
+        with open("/proc/%d/stat" % server.pid) as file:
+            return sum(map(int, file.read().rsplit(")", 1)[1].split()[11:13]))

@@ -9,7 +9,6 @@ import re
 import signal
 import socket
 import subprocess
-import time
 import urllib.parse
 
 from commands import log, output, simulated
@@ -52,15 +51,16 @@ class WebTest(ServerTest):
         self.addCleanup(process.kill)
         return process
 
-    def events(self, query, seconds):
-        """The events of a stream: lists of type and data."""
-        connection = http.client.HTTPConnection("127.0.0.1", self.port, timeout=5)
-        found, end = [], time.monotonic() + seconds
+    def events(self, query, enough):
+        """The events of a stream, lists of type and data, until there are enough of each of these types."""
+        connection = http.client.HTTPConnection("127.0.0.1", self.port, timeout=20)
+        found = []
         with contextlib.closing(connection):
             connection.request("GET", "/api/v1/stream?" + query)
             answer = connection.getresponse()
             self.assertEqual("text/event-stream", answer.headers["Content-Type"])
-            while time.monotonic() < end:
+            while any(sum(one[0] == name for one in found) < count for name, count in enough.items()):
+                self.assertLess(len(found), 3000)
                 line = answer.readline().decode().rstrip("\n")
                 if line.startswith("event: "):
                     found.append([line[7:], json.loads(answer.readline().decode()[6:])])
@@ -71,11 +71,9 @@ class WebTest(ServerTest):
         logger = self.log()
         self.until(lambda: [(one["name"], one["up"], one.get("state")) for one in self.json("loggers")["loggers"]], [("kiln", True, "running")])
         self.assertEqual([{"name": "x", "unit": "bar", "node": "N"}], self.json("loggers/kiln/variables")["variables"])
-        events = self.events("sample=kiln&message=kiln", 2)
+        events = self.events("sample=kiln&message=kiln", {"now": 1, "loggers": 1, "variables": 1, "log": 1, "message": 1, "sample": 6})
         samples = [data for name, data in events if name == "sample"]
-        self.assertGreater(len(samples), 5)
         self.assertEqual(sorted(one["number"] for one in samples), [one["number"] for one in samples])
-        self.assertLess({"now", "loggers", "variables", "log"}, {name for name, _ in events})
         said = {(data["place"], data["text"]) for name, data in events if name == "message"}
         self.assertIn(("N", "Timeout error."), said)
         now = self.json("loggers/kiln")
@@ -155,9 +153,13 @@ class WebTest(ServerTest):
         self.assertEqual([200, 401, 401], [basic(pair) for pair in ("anna:se%cret", "anna", ":")])
         self.assertEqual(401, self.get("/metrics", headers={"Authorization": "Basic ="})[0])
         self.assertEqual(200, basic("anna:se%cret"))
-        # Failures wait, also with the right password.
-        places = [attempt(password)[2]["Location"] for password in ("a", "b", "c", "se%cret")]
-        self.assertEqual(["/login?failed"] * 3 + ["/login?wait"], places)
+        # Failures wait, also with the right password. On a busy machine the first waits are over at the next attempt.
+        for failures in range(3, 9):
+            places = [attempt(password)[2]["Location"] for password in [*"abcdefgh"[:failures], "se%cret"]]
+            self.assertEqual(["/login?failed"] * 3, places[:3])
+            if places[-1] != "/":
+                break
+        self.assertEqual("/login?wait", places[-1])
         # A new password ends the sessions of the old one, and streams that last.
         self.assertEqual(200, about()[0])
         stream = socket.create_connection(("127.0.0.1", self.port), timeout=20)

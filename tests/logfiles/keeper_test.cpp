@@ -420,14 +420,14 @@ TEST_F(Keeper, ADayAtASampleASecondHasEachRowAndFlatMemory) {
   policy.sync = std::chrono::seconds(5);
   CScript script(Folder(), policy, logs);
   std::size_t early = 0;
-  const int hours = IsLong() ? 24 : 6;
+  const int hours = IsLong() ? 24 : 12;
   for (int row = 0; row < hours * kHour; ++row, ++m_runs) {
     if (row % kHour == 0) m_recorder.Take();
     if (row == 2 * kHour) early = Allocated();
     script.Write(row, kStart + row, kValues);
   }
   m_recorder.Take();
-  EXPECT_LE(Allocated(), early + 2 * kLog);
+  EXPECT_LE(Allocated(), early + 4 * kLog);  // what the writer has not written yet, too
   script.Close();
   const CRows rows = ReadLogs(Folder(), true, logs)[0];
   EXPECT_EQ(rows.back() + 1, m_runs);  // in order, none twice

@@ -29,13 +29,15 @@ def fleet(run):
             if subprocess.run(build, stdout=sys.stderr).returncode:
                 raise Failed(" ".join(build))
     environment = os.environ | {"VASTRA_BIN": programs, "FLEET_SEED": str(run.seed), "FLEET_KILLS": str(run.count),
-                                "TMPDIR": run.work}
-    rows = []
-    for case, promise in PROMISES.items():
-        ended = subprocess.run([sys.executable, "tests/fleet/fleet_faults.py", case, "--long"], env=environment,
-                               capture_output=True, text=True)
-        seen = re.search(rf"^{case}: (.*)$", ended.stdout, re.MULTILINE)
-        if ended.returncode or not seen:
+                                "FLEET_TIMES": "1", "TMPDIR": run.work}
+
+    def seen(case, *command):
+        ended = subprocess.run([sys.executable, *command], env=environment, capture_output=True, text=True)
+        found = re.search(rf"^{case}: (.*)$", ended.stdout, re.MULTILINE)
+        if ended.returncode or not found:
             raise Failed("%s: %s" % (case, ended.stderr[-2000:]))
-        rows.append(("A fleet's archive equals the files of its nodes. " + promise % {"count": run.count}, "files at the end: " + seen[1]))
-    return rows
+        return found[1]
+
+    rows = [("A fleet's archive equals the files of its nodes. " + promise % {"count": run.count},
+             "files at the end: " + seen(case, "tests/fleet/fleet_faults.py", case, "--long")) for case, promise in PROMISES.items()]
+    return [*rows, ("A log that a logger closes is in the archive at once", seen("live", "tests/fleet/fleet_live.py"))]

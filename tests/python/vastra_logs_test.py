@@ -163,9 +163,8 @@ class PythonTest(LogTest):
             before = []
             for run, stop in enumerate(["kill", "terminate", "kill"]):
                 with self.logger(stop, "run", "c.json", "--quiet", "--create-folders"):
-                    time.sleep(0.5)
-                    end = time.monotonic() + 1
-                    while time.monotonic() < end:
+                    self.until(lambda: os.path.isdir(self.path(folder)) and len(self.counted(folder)) > len(before) + 50)
+                    for _ in range(50):
                         now = self.counted(folder)
                         begun = [*(i for i, value in enumerate(now) if value == now[0]), len(now)]
                         self.assertEqual([now[0] + i for j, k in zip(begun, begun[1:]) for i in range(k - j)], now)
@@ -190,7 +189,7 @@ class PythonTest(LogTest):
         names = ["a", "b", "c"]
         self.write("c.json", simulated([output("logs", names, maxSamples=100000)], "counter,counter,counter", names))
         with self.logger("kill", "run", "c.json", "--quiet", "--period", "1"):
-            time.sleep(1.5)
+            self.until(lambda: len(vastra_logs.read(self.path("logs"))) > 500)
         journal, rows = next(n for n in os.listdir(self.path("logs")) if "journal" in n), vastra_logs.read(self.path("logs"))
         self.assertEqual(self.vastra("convert", "logs/" + journal).out.count(b"\n"), len(rows) + 1)
         self.assertTrue((rows.values == rows.values[:1, :1] + np.arange(len(rows))[:, None]).all())
