@@ -22,6 +22,7 @@ class CArchiveIntake {
   // A message. Throws CChunkFault for a damaged one, whose bytes are to be asked for again; std::system_error
   // and CStoreFault if the disk does not take it: then everything since the last Finish is to be given back.
   void Take(const CFileSubject& subject, std::string_view message, COrder order);
+  std::size_t Count() const { return m_ready.size() + m_again.size(); }  // of files since the last Finish
   // Files whose receipts are due. Throws like Take.
   std::vector<CStoredFile> Finish();
   // Drops what came since the last Finish.

@@ -9,7 +9,8 @@ namespace vastra {
 namespace {
 
 constexpr std::size_t kBatch = 512;
-constexpr std::int64_t kBatchBytes = std::int64_t{16} << 20, kSecondNs = 1'000'000'000;
+constexpr std::size_t kMostFiles = 5000;  // taken together: many small ones fit into few messages
+constexpr std::int64_t kBatchBytes = std::int64_t{8} << 20, kSecondNs = 1'000'000'000;
 constexpr std::chrono::seconds kPullTime{10}, kSetUpPause{1}, kPatience{5}, kDiskPause{2}, kTurn{1};
 constexpr std::chrono::seconds kFirstAsk{2}, kLongestAsk{600}, kStaleTurn{3600};
 constexpr std::size_t kMostAsked = 10000, kMostChunksAsked = 64;
@@ -65,7 +66,7 @@ void CArchiver::Run(const std::atomic<bool>& end) {
     for (const std::string& fault : m_link.TakeFaults()) m_log.Tell("servers: " + fault);
     SetUp(now);
     Pull(now);
-    for (CNatsMessage& message : m_link.Take(now + kTurn)) Hear(std::move(message));
+    for (CNatsMessage& message : m_link.Take(m_batch.empty() ? now + kTurn : now)) Hear(std::move(message));
     now = std::chrono::steady_clock::now();
     TakeBatch(now);
     AskAgain(now);
@@ -108,7 +109,7 @@ void CArchiver::SetUp(Time now) {
 }
 
 void CArchiver::Pull(Time now) {
-  if (!m_isReady || (m_wanted > 0 && now < m_pullEnd)) return;
+  if (!m_isReady || !m_batch.empty() || (m_wanted > 0 && now < m_pullEnd)) return;
   const CJson wish = {{"batch", kBatch},
                       {"max_bytes", kBatchBytes},
                       {"expires", std::chrono::nanoseconds(kPullTime).count()}};
@@ -146,13 +147,15 @@ void CArchiver::HearPull(const CNatsMessage& status) {
   if (code == "503" || isChanged) m_isReady = false;
 }
 
+// All that came, or its first part.
 void CArchiver::TakeBatch(Time now) {
   if (m_batch.empty()) return;
-  const std::deque<CNatsMessage> batch = std::exchange(m_batch, {});
   try {
-    for (const CNatsMessage& message : batch) TakeOne(message, now);
+    std::size_t taken = 0;
+    while (taken < m_batch.size() && m_intake.Count() < kMostFiles) TakeOne(m_batch[taken++], now);
     m_receipts.Send(m_intake.Finish(), now);
-    for (const CNatsMessage& message : batch) m_link.Publish(std::string(message.Reply()), "+ACK");
+    for (; taken > 0; --taken, m_batch.pop_front())
+      m_link.Publish(std::string(m_batch.front().Reply()), "+ACK");
     return;
   } catch (const std::system_error& fault) {
     m_log.Tell(std::string("the archive does not take it, tried again: ") + fault.what());
@@ -160,8 +163,9 @@ void CArchiver::TakeBatch(Time now) {
     m_log.Tell(std::string("the archive does not take it, tried again: ") + fault.what());
   }
   const CJson pause = {{"delay", std::chrono::nanoseconds(kDiskPause).count()}};
-  for (const CNatsMessage& message : batch)
+  for (const CNatsMessage& message : m_batch)
     m_link.Publish(std::string(message.Reply()), "-NAK " + JsonText(pause));
+  m_batch.clear();
   try {
     m_intake.GiveBack();
   } catch (const std::exception& fault) {

@@ -84,9 +84,9 @@ CLAIMS = [
     Claim("reader", "A reader beside the logger sees each row once in logs and journals, and no short file",
           processes.reader, 120, 1000),
     Claim("rotations", "maxLogs full logs are kept, the newest ones, and names go on after 99", processes.rotations,
-          300, 10000),
+          150, 10000),
     Claim("gateway", "Starts that end in stops and power cuts leave full logs in order, also with a clock that restarts",
-          processes.gateway, 6, 200),
+          processes.gateway, 4, 200),
     Claim("replays", "A replay writes to no PLC, and each row of it with --write-plc", replays.replays, 100, 10000),
     Claim("modules", "A driver module that crashes, hangs, ends its process, is cut short or can be changed by others is left "
           "out with one line, and every command works with the others", modules.modules, 20, 2000),
@@ -103,13 +103,13 @@ CLAIMS = [
           "none is logged twice", reloads.reload, 10, 1000),
     Claim("soak", "Three services live through kills, dead loops, stops, reloads of good and bad configurations, full and stuck "
           "disks, steps of the clock and a device that comes and goes: each row that was kept is in a log once, each account agrees "
-          "with the logs, and the watchdog is fed", soak.soak, 12, 400),
+          "with the logs, and the watchdog is fed", soak.soak, 8, 400),
     Claim("history", "Exports of folders with logs that overlap, repeat, are cut, damaged or uneven, and with journals, have the rows "
-          "and steps of a plain model, value by value, with digests that are old, damaged or removed, too", history.history, 150, 20000),
+          "and steps of a plain model, value by value, with digests that are old, damaged or removed, too", history.history, 60, 20000),
     Claim("changing", "While logs are added, extended and removed, an export has each row of the logs that stay once and in order",
-          history_beside.changing, 20, 300),
+          history_beside.changing, 12, 300),
     Claim("newest", "An export beside a logger has each row at most 100 ms after it was kept, and none twice, while logs follow "
-          "each other", history_beside.newest, 40, 1000),
+          "each other", history_beside.newest, 20, 1000),
     Claim("zones", "Times are written and read as the clocks of ten zones show them, at all changes since 1901",
           history_clock.zones, 20, 2000),
     Claim("year", "Half days of a year at a row a second have the means and maxima of a plain model, in bounded memory",
