@@ -16,7 +16,7 @@ namespace vastra {
 namespace {
 
 constexpr std::size_t kLongestName = 64;  // the path of a socket with it has at most 108 bytes
-constexpr const char* kEndings[] = {".json", ".vst"};
+constexpr const char* kFileEndings[] = {".json", ".vst"};
 
 // Whether name can be that of an instance of the unit, and of a file.
 bool IsName(const CString& name) {
@@ -26,7 +26,7 @@ bool IsName(const CString& name) {
   };
   return !text.empty() && text.size() <= kLongestName && text[0] != '.' && text[0] != '-' &&
          std::ranges::all_of(text, isPlain) &&
-         std::ranges::none_of(kEndings, [&](const char* ending) { return text.ends_with(ending); });
+         std::ranges::none_of(kFileEndings, [&](const char* ending) { return text.ends_with(ending); });
 }
 
 EExit Check(const CString& subject, const std::string& text, const CString& folder) {

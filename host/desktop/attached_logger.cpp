@@ -10,7 +10,7 @@
 namespace vastra {
 namespace {
 
-constexpr double kLongestPeriod = 1e9;           // of scans that is believed, in milliseconds
+constexpr double kLongestKnownPeriod = 1e9;      // of scans that is believed, in milliseconds
 constexpr std::int64_t kMostReplayed = 100'000;  // logs that are believed
 constexpr const char *kRunning = "running", *kStopped = "stopped";
 
@@ -99,7 +99,7 @@ std::vector<CNodeState> StatesOf(const std::vector<CNodeFacts>& nodes) {
 }  // namespace
 
 CAttachedLogger::CChange CAttachedLogger::Take(const CHelloLine& hello) {
-  const double period = hello.period > 0 ? std::min(hello.period, kLongestPeriod) : 0;
+  const double period = hello.period > 0 ? std::min(hello.period, kLongestKnownPeriod) : 0;
   const CStringArray names = ArrayOf(hello.variables);
   CChange change;
   change.isOther = !(hello.started == m_hello.started);

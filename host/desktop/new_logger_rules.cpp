@@ -99,8 +99,8 @@ CString FolderOf(const CLoggerPlan& plan, const CString& folder) {
 
 // A span of time in words: "1 min".
 CString SpanText(std::int64_t seconds) {
-  constexpr std::pair<int, const char*> kUnits[] = {{86400, " d"}, {3600, " h"}, {60, " min"}};
-  for (const auto& [length, unit] : kUnits)
+  constexpr std::pair<int, const char*> kSpans[] = {{86400, " d"}, {3600, " h"}, {60, " min"}};
+  for (const auto& [length, unit] : kSpans)
     if (seconds >= length && seconds % length == 0) return CString(std::to_string(seconds / length)) + unit;
   return CString(std::to_string(seconds)) + " s";
 }

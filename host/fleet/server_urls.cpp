@@ -66,14 +66,14 @@ CServerUrl ParseServer(const std::string& text) {
 
 // Why there is no connection to this address; 0 if there is one.
 int ConnectFault(const addrinfo& address) {
-  constexpr int kPatience = 2000;  // ms
+  constexpr int kReachPatience = 2000;  // ms
   const CDescriptor line(
       ::socket(address.ai_family, address.ai_socktype | SOCK_NONBLOCK | SOCK_CLOEXEC, address.ai_protocol));
   if (line.Get() < 0) return errno;
   if (::connect(line.Get(), address.ai_addr, address.ai_addrlen) == 0) return 0;
   if (errno != EINPROGRESS) return errno;
   pollfd ready = {line.Get(), POLLOUT, 0};
-  if (::poll(&ready, 1, kPatience) <= 0) return ETIMEDOUT;
+  if (::poll(&ready, 1, kReachPatience) <= 0) return ETIMEDOUT;
   int fault = 0;
   socklen_t size = sizeof fault;
   return ::getsockopt(line.Get(), SOL_SOCKET, SO_ERROR, &fault, &size) == 0 ? fault : errno;

@@ -10,7 +10,7 @@ namespace vastra {
 namespace {
 
 constexpr std::size_t kTimesAtOnce = 16384;
-constexpr std::uint32_t kMostNames = 1'000'000;
+constexpr std::uint32_t kMostLogNames = 1'000'000;
 
 bool SpanTimes(CProbedFile& file, const CLogLayout& layout, CHistoryLog& log) {
   thread_local std::vector<_timeb> times;
@@ -48,7 +48,7 @@ CString CutFault(const CProbedFile& file) {
 void LookInto(CProbedFile& file, CNamesPool& pool, const CDigestReader* digest, CHistoryLog& log) {
   auto layout = std::make_shared<CLogLayout>();
   if (!ReadLogLayout(file, ERecords::assumed, *layout, log.fault)) return;
-  if (layout->nameCount > kMostNames) {
+  if (layout->nameCount > kMostLogNames) {
     log.fault = "has too many names";
     return;
   }

@@ -15,7 +15,7 @@ namespace {
 
 constexpr CKeeperTime kNever = CKeeperTime::max();
 constexpr std::chrono::milliseconds kClosingRetry{200};
-constexpr int kMostNames = 1000;  // tried for a log whose names other programs take
+constexpr int kMostTries = 1000;  // tried for a log whose names other programs take
 
 constexpr std::size_t Index(ELogForm form) { return static_cast<std::size_t>(form); }
 
@@ -120,7 +120,7 @@ void CLogTrack::SaveForm(CImage& image, ELogForm form) {
   const auto nameJournal = [&] {
     if (form == Counting()) NameJournal(log, {log.name, image.First(), image.count});
   };
-  for (int i = 0; i < kMostNames; ++i) {
+  for (int i = 0; i < kMostTries; ++i) {
     if (log.name.IsEmpty()) {
       CSampleSpan head = image.samples.front();
       CSampleRecord first;
