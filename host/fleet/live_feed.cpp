@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "host/common/json_text.h"
+#include "host/fleet/share_of_time.h"
 
 namespace vastra {
 namespace {
@@ -12,7 +13,6 @@ using std::chrono::milliseconds;
 constexpr milliseconds kShortestRetry{500}, kLongestRetry{5000};
 constexpr milliseconds kMessagePause{1000}, kAllPause{10'000};
 constexpr int kMostReads = 8;          // of a feed, heard in one turn
-constexpr int kShareOfLive = 20;       // of the time, that a feed may cost
 constexpr std::size_t kFrame = 64;     // bytes of a message beside its lines
 constexpr std::size_t kMostName = 16;  // of a type, with its marks
 
@@ -20,13 +20,14 @@ constexpr std::size_t kMostName = 16;  // of a type, with its marks
 
 void CLiveFeed::Work(Time now) {
   if (now < m_due) return;
+  const CShareOfTime share;
   if (!m_client && now >= m_retry)
     m_client = std::make_unique<CFeedClient>(m_place.feed,
                                              CClientRequest{{"sample", "counts", "log"}, kMessagePause});
   for (int i = 0; i < kMostReads && m_client && Hear(); ++i) {
   }
   if (m_client && m_client->HasEnded()) End(now);
-  m_due = now + kShareOfLive * (std::chrono::steady_clock::now() - now);
+  m_due = now + share.Pause();
 }
 
 // Whether there was something.

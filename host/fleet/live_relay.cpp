@@ -5,13 +5,14 @@
 
 #include <set>
 
+#include "host/fleet/share_of_time.h"
+
 namespace vastra {
 namespace {
 
 constexpr std::chrono::milliseconds kLiveTurn{200}, kSearchPause{1000};
 constexpr std::size_t kMostFeeds = 100, kMostLeft = 1000;
-constexpr int kShareOfSearch = 20;  // of the time, that the search may cost
-constexpr int kNice = 10;           // of the thread: logs go first
+constexpr int kNice = 10;  // of the thread: logs go first
 
 }  // namespace
 
@@ -60,9 +61,9 @@ void CLiveRelay::Turn(Time now) {
 // A feed that was removed is read to its end.
 void CLiveRelay::Search(Time now) {
   CString fault;
+  const CShareOfTime share;
   const std::vector<CLoggerPlace> places = FindLoggers(m_folders, fault);
-  m_searchDue =
-      now + std::max<Time::duration>(kSearchPause, kShareOfSearch * (std::chrono::steady_clock::now() - now));
+  m_searchDue = now + std::max<Time::duration>(kSearchPause, share.Pause());
   if (places.size() > kMostFeeds)
     fault = m_folders.run + ": there are more than " + CString(std::to_string(kMostFeeds)) +
             " loggers; the first ones are shown to others";

@@ -76,7 +76,7 @@ TEST_F(ChartData, ACoarseAnswerComesFirst) {
   });
   data->SetSources({{{Folder(), false}}});
   data->Ask(query);
-  ASSERT_TRUE(Wait([&] { return data->Picture().isFinal; }));
+  ASSERT_TRUE(Wait([&] { return data->Picture().isFinal && data->Picture().query == query; }));
   EXPECT_FALSE(first.isFinal);
   ASSERT_EQ(first.curves.size(), 1U);
   EXPECT_GT(first.curves[0].size(), 200U);

@@ -20,7 +20,7 @@ class ServiceTest(LogTest):
     def service(self, *args, program=VASTRA, **options):
         errors = open(self.path("errors"), "w+")
         service = Service([program, "run", "c.json", "--service", *args], self.folder, stderr=errors,
-                          environment=self.environment(), **options).start()
+                          environment=self.environment(), **{"watchdog": 30, **options}).start()
         self.addCleanup(errors.close)
         self.addCleanup(service.process.kill)
         return service
@@ -39,8 +39,8 @@ class ServiceTest(LogTest):
         """Also while the next scan is an hour away."""
         for period in ["0", "3600000"]:
             self.write("c.json", simulated([output("logs")]))
-            service = self.service("--period", period, watchdog=2)
-            self.assertTrue(service.wait_for("WATCHDOG=1", 2))
+            service = self.service("--period", period, watchdog=6)
+            self.assertTrue(service.wait_for("WATCHDOG=1"))
             self.assertTrue(service.wait_for(r"STATUS=running: [1-9]\d* scan.*, last sample 20.*in memory"))
             self.end(service)
             self.assertEqual("READY=1", service.said[0])
@@ -137,7 +137,7 @@ class ServiceTest(LogTest):
         next(line for line in other.stderr if b"outputs[0]" in line)
         for options, status in [(["--retry"], 0), ([], 1)]:
             self.write("c.json", simulated([output("logs", enableText="WriteToLog = 0;")]))
-            service = self.service("--json", "--close-within", ".1", *options, stdout=subprocess.PIPE, watchdog=2)
+            service = self.service("--json", "--close-within", ".1", *options, stdout=subprocess.PIPE)
             self.assertTrue(service.wait_for("STATUS=running"), self.errors())
             os.rename(self.path("logs"), self.path("gone"))
             self.write("c.json", simulated([output("more", name="Other")]))
