@@ -6,8 +6,8 @@
 
 namespace vastra {
 
-// Made when a turn of the work begins. It counts what this thread uses of a processor: on a busy machine a turn may
-// last long without costing much.
+// Made when a turn of the work begins. It counts what this thread uses of a processor: on a busy machine a
+// turn may last long without costing much.
 class CShareOfTime {
  public:
   // From the beginning of the turn to the next one.
