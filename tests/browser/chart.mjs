@@ -40,7 +40,7 @@ async function checkCursors(logger, names, rows) {
     const { x, width, y } = await plotBox(page);
     await page.mouse.move(x + (width * (a[0] - from)) / (to - from), y + 50);
     const close = rows.filter(row => Math.abs(row[0] - a[0]) <= (2 * (to - from)) / width).map(row => row[1]);
-    await until('the value at the pointer', async () => close.includes(cell((await readings(page))[names[0]].now)[0]), 5);
+    await until('the value at the pointer', async () => close.includes(cell((await readings(page))[names[0]].now)[0]));
   }
 }
 
@@ -143,7 +143,7 @@ test('zoom, moves and ranges do what they say, and the address holds the view', 
     const box = await plotBox(page);
     await act(page, box);
     await drawn(page);
-    await until(`${words}: the address`, () => range(page).some((time, k) => time !== before[k]), 3);
+    await until(`${words}: the address`, () => range(page).some((time, k) => time !== before[k]));
     near(range(page), expected(...before), ((before[1] - before[0]) * 3) / box.width + 1, words);
     if (i % 6 === 0) await checkSame(page, fresh, words);
     count('zooms and moves');
@@ -227,7 +227,7 @@ test('the chart works by keys alone', async () => {
   for (const [name, wanted, unwanted] of kKeys) {
     await page.keyboard.press(name);
     const fits = seen => Object.keys(wanted).every(key => seen.get(key) === wanted[key]) && !unwanted.some(key => seen.has(key));
-    await until(`key ${name}`, () => fits(parameters(page)), 3);
+    await until(`key ${name}`, () => fits(parameters(page)));
     if (/^[ab]$/.test(name)) await checkMoves(page, name);
   }
   await tabTo(page, 'Remove Heat');
@@ -241,10 +241,10 @@ test('the chart works by keys alone', async () => {
 async function checkMoves(page, name) {
   const time = () => Number(parameters(page).get(name));
   const span = 403200e3;
-  const first = await until(`cursor ${name}`, time, 3);
+  const first = await until(`cursor ${name}`, time);
   for (const [sign, part] of [['.', 0.002], ['>', 0.022], ['<', 0.002], [',', 0]]) {
     await page.keyboard.press(sign);
-    await until(`${sign}: cursor ${name}`, () => Math.abs(time() - first - span * part) <= 2, 3);
+    await until(`${sign}: cursor ${name}`, () => Math.abs(time() - first - span * part) <= 2);
   }
 }
 

@@ -57,19 +57,19 @@ test('a range has its logs and its rows, and the address holds it', async () => 
 test('a log that is closed comes by itself, what is open or has the focus stays, and nothing is asked in between', async () => {
   const { page, context } = await open(at('#/files?logger=kiln'));
   await ready(page, 'files');
-  await until('three logs', async () => (await logsIn(page)) >= 3, 30);
+  await until('three logs', async () => (await logsIn(page)) >= 3);
   const row = page.locator('.logs tbody tr').first();
   await row.getByRole('link', { name: 'as a file' }).focus();
   await page.evaluate(() => (window.seen = document.activeElement));
   const asked = [];
   context.on('request', request => request.url().includes('/api/') && asked.push(request.url()));
   const before = await logsIn(page);
-  await until('three more', async () => (await logsIn(page)) >= before + 3, 60);
+  await until('three more', async () => (await logsIn(page)) >= before + 3);
   assert.ok(await page.evaluate(() => document.activeElement === window.seen), 'the focus is lost');
   assert.ok(asked.every(url => /\/logs\?/.test(url)), `what else is asked: ${asked}`);
   assert.ok(asked.length <= 2 * ((await logsIn(page)) - before), `${asked.length} requests`);
   await page.locator('.logs summary').first().click();
   const closed = await logsIn(page);
-  await until('another log', async () => (await logsIn(page)) > closed, 30);
+  await until('another log', async () => (await logsIn(page)) > closed);
   assert.equal(await page.locator('.logs tbody').isVisible(), false, 'what was closed is open again');
 });

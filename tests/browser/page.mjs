@@ -23,7 +23,7 @@ export const closing = run => () =>
 // A tab of a new session. `tab` opens another tab of the same window: the tabs before it are hidden then, and slow.
 export async function open(address, { width = 1200, height = 900, mayFail = false, ...options } = {}) {
   const context = await browser.newContext({ viewport: { width, height }, timezoneId: 'America/New_York', ...options });
-  context.setDefaultTimeout(10e3);
+  context.setDefaultTimeout(60e3);
   const faults = [];
   sessions.getStore()?.push({ faults, mayFail, context });
   const tab = async to => {
@@ -37,7 +37,7 @@ export async function open(address, { width = 1200, height = 900, mayFail = fals
 }
 
 // Waits until a condition holds. Returns what it was at last; fails with `words` and this after `seconds`.
-export async function until(words, condition, seconds = 20) {
+export async function until(words, condition, seconds = 60) {
   const end = Date.now() + seconds * 1000;
   for (;;) {
     const seen = await condition();

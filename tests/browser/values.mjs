@@ -91,7 +91,7 @@ test('messages: filter and search find what they should, and missing ones are sh
     await page.getByLabel('Severity').selectOption(severity);
     await page.getByLabel('Search').fill(search);
     await until('the place', () => page.getByLabel('Place').selectOption(place, { timeout: 200 }).then(() => true, () => false));
-    await until(`${severity} ${place} ${search}`, async () => fits(await list(page), words), 5);
+    await until(`${severity} ${place} ${search}`, async () => fits(await list(page), words));
     await until('the count', async () => (await text(page.locator('.hint'))) === `${words.length} of 5 messages`);
     const filter = [severity === 'notice' ? '' : severity, place, search].join();
     const inAddress = () => ['severity', 'place', 'search'].map(name => parameters(page).get(name) ?? '').join();

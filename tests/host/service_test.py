@@ -44,7 +44,7 @@ class ServiceTest(LogTest):
             self.assertTrue(service.wait_for(r"STATUS=running: [1-9]\d* scan.*, last sample 20.*in memory"))
             self.end(service)
             self.assertEqual("READY=1", service.said[0])
-            self.assertTrue(service.said[-1].startswith("STOPPING=1"), service.said)
+            self.until(lambda: service.said[-1].startswith("STOPPING=1"))
             self.assertEqual(0, service.starved)
 
     def test_lines_for_the_journal_have_priorities(self):
@@ -150,7 +150,7 @@ class ServiceTest(LogTest):
                 service.process.terminate()
             counts = json.loads(service.process.communicate(timeout=60)[0])
             self.assertEqual(status, service.process.returncode, self.errors())
-            self.assertEqual(bool(options), any(text.startswith("STOPPING") for text in service.said), service.said)
+            self.until(lambda: any(text.startswith("STOPPING") for text in service.said), bool(options))
             self.assertEqual(counts["read"], counts["ledger"][0]["offered"])
 
     def test_init_writes_what_starts(self):

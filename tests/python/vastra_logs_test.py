@@ -158,15 +158,16 @@ class PythonTest(LogTest):
 
     def test_no_sample_is_missing_or_read_twice_while_the_logger_runs(self):
         """With logs that it saves, and with one that each run continues."""
+        begins = lambda rows: [*(i for i, value in enumerate(rows) if value == rows[0]), len(rows)]
         for folder, samples in [("logs", 20), ("one", 100000)]:
             self.write("c.json", simulated([output(folder, maxSamples=samples)], input={"scanPeriod": 1}))
             before = []
             for run, stop in enumerate(["kill", "terminate", "kill"]):
                 with self.logger(stop, "run", "c.json", "--quiet", "--create-folders"):
-                    self.until(lambda: os.path.isdir(self.path(folder)) and len(self.counted(folder)) > len(before) + 50)
+                    self.until(lambda: os.path.isdir(self.path(folder)) and len(begins(self.counted(folder))) == run + 2)
                     for _ in range(50):
                         now = self.counted(folder)
-                        begun = [*(i for i, value in enumerate(now) if value == now[0]), len(now)]
+                        begun = begins(now)
                         self.assertEqual([now[0] + i for j, k in zip(begun, begun[1:]) for i in range(k - j)], now)
                         self.assertEqual((before, run + 2), (now[:len(before)], len(begun)))
                         before = now
